@@ -1,0 +1,15 @@
+#include "platform/Clock.h"
+
+namespace kalvex {
+
+std::int64_t VirtualClock::Now() const {
+    const std::int64_t seconds = m_nMilliseconds / 1000;
+    return m_nMilliseconds % 1000 < 0 ? seconds - 1 : seconds;
+}
+
+bool VirtualClock::SetSystemTime(std::int64_t seconds) {
+    m_nMilliseconds = seconds * 1000;
+    return true;
+}
+
+}  // namespace kalvex

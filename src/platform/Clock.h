@@ -1,0 +1,32 @@
+// The clock that everything reads; passed in, never looked up. Main thread.
+#pragma once
+
+#include <cstdint>
+
+namespace kalvex {
+
+class Clock {
+  public:
+    virtual ~Clock() = default;
+
+    // Wall-clock time in seconds since 1970-01-01 00:00:00 GMT.
+    virtual std::int64_t Now() const = 0;
+
+    // Sets the system clock to this moment. False when the system refuses.
+    virtual bool SetSystemTime(std::int64_t seconds) = 0;
+};
+
+// A clock that stands still until it is moved: the virtual clock of the runner and of the tests.
+class VirtualClock final : public Clock {
+  public:
+    explicit VirtualClock(std::int64_t seconds = 0) : m_nMilliseconds(seconds * 1000) {}
+
+    std::int64_t Now() const override;
+    bool SetSystemTime(std::int64_t seconds) override;
+    void Advance(std::int64_t milliseconds) { m_nMilliseconds += milliseconds; }
+
+  private:
+    std::int64_t m_nMilliseconds;
+};
+
+}  // namespace kalvex

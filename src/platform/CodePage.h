@@ -1,0 +1,23 @@
+// Windows-1250, the code page of scripts and of all engine texts, and UTF-8, that of everything the
+// programs show. Conversions never fail: what has no counterpart becomes "?" (towards Windows-1250);
+// the five undefined bytes map to the C1 control of the same number and back.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kalvex {
+
+std::string ToUtf8(std::string_view windows1250);
+std::string FromUtf8(std::string_view utf8);
+std::string FromWide(std::wstring_view wide);
+std::wstring ToWide(std::string_view windows1250);
+
+// Upper and lower case of one byte and of a text, Polish and other Latin letters included.
+unsigned char ToUpper(unsigned char c);
+unsigned char ToLower(unsigned char c);
+std::string ToUpper(std::string_view text);
+std::string ToLower(std::string_view text);
+bool EqualNoCase(std::string_view a, std::string_view b);
+
+}  // namespace kalvex

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+namespace kalvex {
+
+class SystemClock final : public Clock {
+  public:
+    std::int64_t Now() const override;
+    bool SetSystemTime(std::int64_t seconds) override;
+};
+
+}  // namespace kalvex
