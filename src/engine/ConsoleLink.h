@@ -1,0 +1,21 @@
+// Messages between documents and the remote console. A module publishes through it, a console client
+// sends commands through it. Main thread.
+#pragma once
+
+#include <string_view>
+
+namespace kalvex {
+
+enum class ConsoleCommand : int { Start = 2, Stop = 4, Reset = 6, Step = 8 };
+enum class ConsoleStateMessage : int { Stepped = 9, Breakpoint = 16 };
+
+class CConsoleLink {
+  public:
+    virtual ~CConsoleLink() = default;
+    virtual void SendCommand(std::string_view documentKey, ConsoleCommand command) = 0;
+    virtual void SendLine(std::string_view documentKey, int line) = 0;
+    virtual void SendState(std::string_view documentKey, ConsoleStateMessage message, int stateWord,
+                           int line) = 0;
+};
+
+}  // namespace kalvex

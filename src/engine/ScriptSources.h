@@ -1,0 +1,38 @@
+// What the engine asks of the data sources. The client interface implements it; a process without
+// one has none. Main thread. Source and variable names are engine texts.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "values/Variable.h"
+
+namespace kalvex {
+
+class CKalvexDoc;
+
+class CScriptSources {
+  public:
+    virtual ~CScriptSources() = default;
+
+    // A remote variable bound to a server variable; the registration may still be refused, which the
+    // variable shows when it is read. Never null.
+    virtual std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
+                                                    std::string_view source,
+                                                    std::string_view variable) = 0;
+
+    // Ends the binding of a remote variable whose document clears its run state.
+    virtual void ReleaseRemote(CVariable& variable) = 0;
+
+    // Subscription is held back while blocks nest; the reset form ends them all.
+    virtual void BlockSubscribe() = 0;
+    virtual void UnblockSubscribe(bool reset) = 0;
+
+    // Names of a server's variables in the server's order; nothing when the list is not to be had.
+    virtual std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) = 0;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,40 @@
+// The text of a script as lines, with the operations that the preparation needs. An editor may stand
+// behind it; without one the line list serves. Lines are Windows-1250 without their line ends.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalvex {
+
+class CScriptText {
+  public:
+    virtual ~CScriptText() = default;
+
+    // A text of n line ends has n + 1 lines.
+    virtual int GetLineCount() const = 0;
+    virtual std::string_view GetLine(int n) const = 0;  // valid until the text changes
+    virtual void SetText(std::string_view text) = 0;    // line ends CR LF or LF
+    virtual std::string GetText() const = 0;            // line ends CR LF
+
+    // With `replace` the text takes the place of the line and its line end, otherwise it goes in
+    // behind that line. `text` carries its own line end.
+    virtual void InsertScriptText(int line, std::string_view text, bool replace) = 0;
+};
+
+class CLineList final : public CScriptText {
+  public:
+    CLineList() : m_arrLines(1) {}
+
+    int GetLineCount() const override { return static_cast<int>(m_arrLines.size()); }
+    std::string_view GetLine(int n) const override { return m_arrLines[static_cast<std::size_t>(n)]; }
+    void SetText(std::string_view text) override;
+    std::string GetText() const override;
+    void InsertScriptText(int line, std::string_view text, bool replace) override;
+
+  private:
+    std::vector<std::string> m_arrLines;  // never empty
+};
+
+}  // namespace kalvex

@@ -1,0 +1,18 @@
+// What the engine tells the view of a document, and the one thing that it asks. Main thread.
+#pragma once
+
+namespace kalvex {
+
+class CScriptView {
+  public:
+    virtual ~CScriptView() = default;
+    virtual void SelectLine(int line) = 0;  // -1 clears the selection
+    virtual void SetLineMarker(int line, bool set) = 0;
+    virtual void SetReadOnly(bool readOnly) = 0;
+    virtual void RefreshTitle() = 0;
+    virtual void ClearAllMarkers() = 0;
+    virtual void RefreshVariables() = 0;
+    virtual bool HasBreakpoint(int line) const = 0;
+};
+
+}  // namespace kalvex

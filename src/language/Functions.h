@@ -1,0 +1,10 @@
+// Every keyword function of expressions, in the order in which keywords are tried.
+#pragma once
+
+#include "values/KeywordFunction.h"
+
+namespace kalvex {
+
+const CFunctionTable& Functions();
+
+}  // namespace kalvex

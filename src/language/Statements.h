@@ -1,0 +1,10 @@
+// Every statement of the language, in the order in which keywords are tried.
+#pragma once
+
+#include "engine/Statement.h"
+
+namespace kalvex {
+
+const CStatementTable& Statements();
+
+}  // namespace kalvex

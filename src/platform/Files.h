@@ -1,0 +1,15 @@
+// Whole files in and out, byte for byte. Paths are the system's (UTF-8).
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kalvex {
+
+// False with the system's words in `error` when the file cannot be read to its end.
+bool ReadWholeFile(const std::string& path, std::string& content, std::string& error);
+
+// Replaces the file's content; false with the system's words in `error`.
+bool WriteWholeFile(const std::string& path, std::string_view content, std::string& error);
+
+}  // namespace kalvex

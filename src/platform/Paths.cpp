@@ -1,0 +1,37 @@
+#include "platform/Paths.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+Paths::Paths(std::string workingDir, std::string rootDir)
+    : m_strWorkingDir(FromUtf8(workingDir)),
+      m_strRootDir(rootDir.empty() ? m_strWorkingDir : FromUtf8(rootDir)) {}
+
+std::string Paths::GetWorkingDir() const { return m_strWorkingDir; }
+
+std::string Paths::GetRootPath() const { return m_strRootDir; }
+
+std::string Paths::GetFullPath(std::string_view path, std::string_view base) const {
+    std::string slashed(path);
+    std::ranges::replace(slashed, '\\', '/');
+    return (std::filesystem::path(base) / slashed).lexically_normal().string();
+}
+
+std::string Paths::GetFullPath(std::string_view path) const {
+    return GetFullPath(path, m_strWorkingDir);
+}
+
+std::string Paths::GetShortPath(std::string_view path) const {
+    std::string full = GetFullPath(path);
+    const std::string prefix = m_strWorkingDir + '/';
+    if (full.starts_with(prefix)) full.erase(0, prefix.size());
+    return full;
+}
+
+std::string NativePath(std::string_view enginePath) { return ToUtf8(enginePath); }
+
+}  // namespace kalvex

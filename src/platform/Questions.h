@@ -1,0 +1,15 @@
+// Questions to the person at the keyboard. A process that is not interactive answers for itself and
+// never blocks.
+#pragma once
+
+#include <string_view>
+
+namespace kalvex {
+
+class Questions {
+  public:
+    virtual ~Questions() = default;
+    virtual bool AskYesNo(std::string_view text) = 0;  // Windows-1250
+};
+
+}  // namespace kalvex

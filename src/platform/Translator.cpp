@@ -1,0 +1,9 @@
+#include "platform/Translator.h"
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+std::string Translator::Translate(const char* polish) const { return FromUtf8(polish); }
+
+}  // namespace kalvex

@@ -1,0 +1,71 @@
+#include "platform/Files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace kalvex {
+
+namespace {
+
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    ~Descriptor() {
+        if (m_fd >= 0) ::close(m_fd);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int Get() const { return m_fd; }
+    int Release() { return std::exchange(m_fd, -1); }
+
+  private:
+    int m_fd;
+};
+
+bool Fail(std::string& error) {
+    error = std::strerror(errno);
+    return false;
+}
+
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::string& content, std::string& error) {
+    content.clear();
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.Get() < 0) return Fail(error);
+    struct stat info {};
+    if (::fstat(file.Get(), &info) == 0 && info.st_size > 0) {
+        content.reserve(static_cast<std::size_t>(info.st_size));
+    }
+    char buffer[65536];
+    for (;;) {
+        const ssize_t count = ::read(file.Get(), buffer, sizeof buffer);
+        if (count == 0) return true;
+        if (count > 0) {
+            content.append(buffer, static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return Fail(error);
+        }
+    }
+}
+
+bool WriteWholeFile(const std::string& path, std::string_view content, std::string& error) {
+    Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (file.Get() < 0) return Fail(error);
+    while (!content.empty()) {
+        const ssize_t count = ::write(file.Get(), content.data(), content.size());
+        if (count >= 0) {
+            content.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return Fail(error);
+        }
+    }
+    return ::close(file.Release()) == 0 || Fail(error);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,26 @@
+// An ordered set of values with time stamps: the answer of a range read, or what an archive write
+// sends.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "values/Value.h"
+
+namespace kalvex {
+
+class CArchiveValueList {
+  public:
+    void Add(const CVal& value) { m_arrValues.push_back(value); }
+    const CVal* Get(std::size_t index) const {
+        return index < m_arrValues.size() ? &m_arrValues[index] : nullptr;
+    }
+    std::size_t GetSize() const { return m_arrValues.size(); }
+    void RemoveAll() { m_arrValues.clear(); }
+    void SortTimes();  // ascending; equal times keep their order
+
+  private:
+    std::vector<CVal> m_arrValues;
+};
+
+}  // namespace kalvex

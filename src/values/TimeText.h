@@ -1,0 +1,28 @@
+// Times as scripts write them.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "values/ScriptContext.h"
+
+namespace kalvex {
+
+// Up to six integer operands (year, month, day, hour, minute, second) taken off `text`, or one number
+// of 3001 or more that is a time as it stands. Local fields. False leaves `out` as it was; what does
+// not evaluate stays in `text`.
+bool ParseDateFields(CScriptContext& document, std::string_view& text, std::int64_t& out);
+
+enum class SleepForm { HoursMinutesSeconds = 0, MinutesSeconds = 1, Seconds = 2 };
+
+struct SleepTime {
+    int hours = 0;
+    int minutes = 0;
+    int seconds = 0;
+    SleepForm form = SleepForm::Seconds;
+};
+
+// "h:m.s", "m.s" or "s", or a variable that holds such a text.
+bool ParseSleepTime(CScriptContext& document, std::string_view text, SleepTime& out);
+
+}  // namespace kalvex
