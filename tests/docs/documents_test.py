@@ -1,0 +1,67 @@
+#!/usr/bin/env python3
+"""What the documents say of the project, compared with the project."""
+import pathlib
+import re
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def read(path):
+    return (ROOT / path).read_text(encoding="utf-8")
+
+
+def folders_below(path):
+    """The folders that hold something besides what a build or a program leaves there."""
+    return {
+        entry.name
+        for entry in (ROOT / path).iterdir()
+        if entry.is_dir() and not entry.name.startswith((".", "__")) and entry.name != "build"
+    }
+
+
+class Documents(unittest.TestCase):
+    def test_dependencies_list_the_packages_that_are_installed(self):
+        lines = read("tools/packages.list").splitlines()
+        installed = [tuple(line.split()) for line in lines if line and not line.startswith("#")]
+        rows = re.findall(r"(?m)^\| ([a-z0-9.+-]+) \| (build|check) \| \S.* \|$", read("docs/dependencies.md"))
+        self.assertTrue(installed)
+        self.assertEqual(rows, installed)
+
+    def test_architecture_has_a_paragraph_for_each_folder(self):
+        paragraphs = set(re.findall(r"(?m)^\*\*`src/([a-z]+)/`\*\*", read("docs/architecture.md")))
+        self.assertEqual(paragraphs, folders_below("src"))
+
+    def test_architecture_draws_the_arrows_that_the_build_allows(self):
+        drawn = {}
+        for line in read("docs/architecture.md").splitlines():
+            arrow = re.fullmatch(r"    ([a-z]+) +-> +([a-z, ]+)", line)
+            if arrow:
+                drawn[arrow[1]] = set(arrow[2].replace(",", " ").split())
+        allowed = {}
+        for lists in ROOT.glob("src/*/CMakeLists.txt"):
+            text = re.sub(r"#.*", "", lists.read_text(encoding="utf-8"))
+            folder = re.search(r"kalvex_folder\((\w+)([^)]*)\)", text)
+            if folder:
+                depends = re.search(r"\bDEPENDS\b((?:\s+[a-z]+)*)", folder[2])
+                allowed[folder[1]] = set(depends[1].split()) if depends else set()
+        self.assertEqual(drawn, {folder: depends for folder, depends in allowed.items() if depends})
+
+    def test_front_page_has_a_line_for_each_folder(self):
+        lines = set(re.findall(r"(?m)^\| `([a-z./]+)/` \|", read("README.md")))
+        missing = {"src/" + folder for folder in folders_below("src")} | (folders_below(".") - {"src"})
+        self.assertEqual(lines, missing)
+
+    def test_front_page_shows_the_script_that_it_names(self):
+        shown = re.search(r"`(examples/\w+\.kx)`[^`]*```\n(.*?)```", read("README.md"), re.DOTALL)
+        script = (ROOT / shown[1]).read_bytes().decode("cp1250").replace("\r\n", "\n")
+        self.assertEqual(shown[2], script)
+
+    def test_every_link_between_documents_leads_somewhere(self):
+        for document in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]:
+            for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):
+                self.assertTrue((document.parent / target).exists(), f"{document.name}: {target}")
+
+
+if __name__ == "__main__":
+    unittest.main()
