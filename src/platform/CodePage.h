@@ -1,6 +1,7 @@
 // Windows-1250, the code page of scripts and of all engine texts, and UTF-8, that of everything the
-// programs show. Conversions never fail: what has no counterpart becomes "?" (towards Windows-1250);
-// the five undefined bytes map to the C1 control of the same number and back.
+// programs show. Conversions never fail: towards Windows-1250 a character without a counterpart
+// becomes "?", and so does every byte that is no part of well-formed UTF-8; the five undefined
+// bytes map to the C1 control of the same number and back. Any thread.
 #pragma once
 
 #include <string>
