@@ -34,7 +34,9 @@ constexpr ValueKindRow kValueKinds[] = {
 
 }  // namespace
 
-std::span<const StatusWord> StatusWords() { return kStatusWords; }
+std::span<const StatusWord> StatusWords() {
+    return kStatusWords;
+}
 
 std::optional<std::uint16_t> StatusBit(std::string_view word) {
     for (const StatusWord& row : kStatusWords) {
@@ -43,7 +45,9 @@ std::optional<std::uint16_t> StatusBit(std::string_view word) {
     return std::nullopt;
 }
 
-std::span<const ValueKindRow> ValueKinds() { return kValueKinds; }
+std::span<const ValueKindRow> ValueKinds() {
+    return kValueKinds;
+}
 
 ValueKind KindFromWord(std::string_view word) {
     for (const ValueKindRow& row : kValueKinds) {

@@ -2,16 +2,19 @@
 // holds one. A value carries a type code, a status word and a time stamp beside its number or text.
 //
 // Plain data: no locks, no script errors, no allocation for numbers. Any thread may use its own
-// copies. Texts are Windows-1250 bytes.
+// copies. Texts are Windows-1250 bytes and are owned by their value.
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kalvex {
 
-// Type codes. Every code from IntegerFirst to IntegerLast belongs to the integer family.
+// Type codes. Every code from IntegerFirst to IntegerLast belongs to the integer family; one of
+// them without a name here holds 64 bits. Of two integer codes the greater is the wider.
 namespace ValueType {
 inline constexpr std::uint16_t IntegerFirst = 120;
 inline constexpr std::uint16_t Bool = 120;
@@ -26,7 +29,9 @@ inline constexpr std::uint16_t Text = 190;
 inline constexpr std::uint16_t Unreadable = 254;  // an answer of GetValueType, never stored
 inline constexpr std::uint16_t None = 255;
 
-constexpr bool IsInteger(int code) { return code >= IntegerFirst && code <= IntegerLast; }
+constexpr bool IsInteger(int code) {
+    return code >= IntegerFirst && code <= IntegerLast;
+}
 }  // namespace ValueType
 
 // The form in which archive requests carry a time stamp: 64-bit seconds since 1970-01-01 GMT.
@@ -36,30 +41,36 @@ union TIMEW {
 
 class CVal {
   public:
-    CVal() noexcept;  // type None, status 0, time 0
+    // A constructed value has status 0 and time 0; its type is that of the argument. A pointer is
+    // never null.
+    CVal() noexcept : CVal(ValueType::None, Number{0}) {}
     CVal(const CVal& other);
-    CVal(CVal&& other) noexcept;
-    explicit CVal(bool value) noexcept;
-    explicit CVal(short value) noexcept;
-    explicit CVal(unsigned short value) noexcept;
-    explicit CVal(int value) noexcept;
-    explicit CVal(unsigned int value) noexcept;
-    explicit CVal(long value) noexcept;       // Int64
-    explicit CVal(long long value) noexcept;  // Int64
-    explicit CVal(double value) noexcept;
-    explicit CVal(const char* text);
-    explicit CVal(std::string_view text);
+    CVal(CVal&& other) noexcept;  // a text is moved out, the other stays a text
+    explicit CVal(bool value) noexcept : CVal(ValueType::Bool, Number{value}) {}
+    explicit CVal(short value) noexcept : CVal(ValueType::Short, Number{value}) {}
+    explicit CVal(unsigned short value) noexcept : CVal(ValueType::UnsignedShort, Number{value}) {}
+    explicit CVal(int value) noexcept : CVal(ValueType::Int, Number{value}) {}
+    explicit CVal(unsigned int value) noexcept : CVal(ValueType::UnsignedInt, Number{value}) {}
+    explicit CVal(long value) noexcept : CVal(ValueType::Int64, Number{value}) {}
+    explicit CVal(long long value) noexcept : CVal(ValueType::Int64, Number{value}) {}
+    explicit CVal(double value) noexcept : CVal(ValueType::Double, Number{.real = value}) {}
+    explicit CVal(const char* text) : CVal(std::string(text)) {}
+    explicit CVal(std::string_view text) : CVal(std::string(text)) {}
     explicit CVal(std::string text) noexcept;
-    explicit CVal(const wchar_t* text);       // kept as Windows-1250
-    explicit CVal(std::wstring_view text);    // kept as Windows-1250
-    virtual ~CVal();
+    explicit CVal(const wchar_t* text) : CVal(std::wstring_view(text)) {}
+    explicit CVal(std::wstring_view text);  // kept as Windows-1250
+    virtual ~CVal() {
+        if (IsText()) m_text.~basic_string();
+    }
 
     // Copies type, status, time and content.
     CVal& operator=(const CVal& other);
     CVal& operator=(CVal&& other) noexcept;
 
     std::uint16_t GetType() const { return m_nType; }
-    void SetType(std::uint16_t code);  // the number, if any, is kept and read as the new type
+    // Gives the value this type whatever its content: what does not read as the type becomes 0 or
+    // empty, and a type that is neither a number's nor a text's leaves no content.
+    void SetType(std::uint16_t code);
     std::uint16_t GetStatus() const { return m_nStatus; }
     void SetStatus(std::uint16_t word) { m_nStatus = word; }
     void AddStatus(std::uint16_t bits) { m_nStatus |= bits; }
@@ -67,25 +78,43 @@ class CVal {
     void SetTime(std::int64_t seconds, std::uint16_t sub1 = 0, std::uint16_t sub2 = 0);
     TIMEW GetTimeW() const { return TIMEW{m_tTime}; }
 
-    // Converts the content to the type and stores it at the destination: 140 int16_t, 150 int32_t,
-    // 160 int64_t, 171 double; other integer codes their own width. False when the content does not
-    // read as the type; the destination is then 0 or empty. `count` is 1 and `format` null.
+    // Converts the content to the type and stores it at the destination: bool at 120, int16_t at
+    // 140, uint16_t at 141, int32_t at 150, uint32_t at 151, int64_t at any other integer code,
+    // double at 171; the second form takes a text at 190. `count` is 1 and `format` null.
+    //
+    // A floating value reads as an integer by truncation, and what a type cannot hold as its
+    // nearest bound (NaN as 0). A text reads as its longest numeric beginning. A value without
+    // content reads as 0 and as the empty text. False when a text has no number at its beginning,
+    // the destination then being 0, and when the type has no such destination, which is then left
+    // alone.
     bool GetValData(int type, void* destination, int count = 1, const char* format = nullptr) const;
     bool GetValData(int type, std::string& destination, int count = 1,
                     const char* format = nullptr) const;
 
-    // Converts the value in place. Casting to None or Unreadable leaves it as it is and succeeds.
-    // A text that is no number fails to cast to a number type and stays as it was.
+    // Converts the value in place by the same readings; status and time stay. Casting to None or
+    // Unreadable leaves it as it is and succeeds. A text that is no number fails to cast to a
+    // number type and stays as it was.
     bool Cast(int type);
 
+    // Status words of both operands are joined and the later time is taken. Two integers are
+    // computed exactly: the result has the wider type, or 64 bits where it does not fit, or else is
+    // a double. A quotient is a double, as is all that a double takes part in. Two texts are joined
+    // by +=; otherwise a text counts as the number it reads as, and a value without content as the
+    // int 0.
     CVal& operator+=(const CVal& right);
     CVal& operator-=(const CVal& right);
     CVal& operator*=(const CVal& right);
     CVal& operator/=(const CVal& right);
     CVal operator*(const CVal& right) const;
+    // The complement of the value read as a 64-bit integer, in the value's own integer type (int
+    // for a double, 64 bits for a text) or in 64 bits where it does not fit.
     CVal operator~() const;
     friend CVal pow(const CVal& base, const CVal& exponent);
 
+    // 0 or 1. Two numbers are compared exactly, two texts by their bytes, a text and a number as
+    // numbers when the whole text is one and by the bytes of both texts when not. A value without
+    // content counts as 0, and beside a text that is no number as the empty text. Beside a NaN only
+    // != holds.
     int operator==(const CVal& right) const;
     int operator!=(const CVal& right) const;
     int operator<(const CVal& right) const;
@@ -93,27 +122,108 @@ class CVal {
     int operator>(const CVal& right) const;
     int operator>=(const CVal& right) const;
 
-    // The content seen without a conversion: only for a value of the integer family, of type Double,
-    // or of type Text.
-    std::int64_t Integer() const { return m_content.integer; }
-    double Real() const { return m_content.real; }
-    std::string_view Text() const { return *m_content.text; }
+    // The content seen without a conversion: only for a value of the integer family, of type
+    // Double, or of type Text. The view lasts until the value changes.
+    std::int64_t Integer() const { return m_number.integer; }
+    double Real() const { return m_number.real; }
+    std::string_view Text() const { return m_text; }
     bool IsText() const { return m_nType == ValueType::Text; }
 
   private:
-    union Content {
+    union Number {
         std::int64_t integer;
         double real;
-        std::string* text;
     };
+
+    CVal(std::uint16_t type, Number number) noexcept
+        : m_nType(type),
+          m_nStatus(0),
+          m_nSubTime1(0),
+          m_nSubTime2(0),
+          m_tTime(0),
+          m_number(number) {}
+
+    void AssignText(const CVal& other);
+    void AssignText(CVal&& other) noexcept;
+    void CopyStamp(const CVal& other) noexcept;
+    void JoinStamp(const CVal& right) noexcept;
+    void PutNumber(std::uint16_t type, Number number) noexcept;
+    void PutText(std::string&& text) noexcept;
+    template <class Operation>
+    void Compute(const CVal& right, Operation operation);
+
     std::uint16_t m_nType;
     std::uint16_t m_nStatus;
     std::uint16_t m_nSubTime1;
     std::uint16_t m_nSubTime2;
     std::int64_t m_tTime;
-    Content m_content;
+    union {
+        Number m_number;  // every type but Text; 0 where there is no content
+        std::string m_text;
+    };
 };
 
+// Always a double.
 CVal pow(const CVal& base, const CVal& exponent);
+
+inline void CVal::CopyStamp(const CVal& other) noexcept {
+    m_nType = other.m_nType;
+    m_nStatus = other.m_nStatus;
+    m_nSubTime1 = other.m_nSubTime1;
+    m_nSubTime2 = other.m_nSubTime2;
+    m_tTime = other.m_tTime;
+}
+
+inline CVal::CVal(const CVal& other) {
+    CopyStamp(other);
+    if (other.IsText()) {
+        new (&m_text) std::string(other.m_text);
+    } else {
+        m_number = other.m_number;
+    }
+}
+
+inline CVal::CVal(CVal&& other) noexcept {
+    CopyStamp(other);
+    if (other.IsText()) {
+        new (&m_text) std::string(std::move(other.m_text));
+    } else {
+        m_number = other.m_number;
+    }
+}
+
+inline CVal::CVal(std::string text) noexcept
+    : m_nType(ValueType::Text),
+      m_nStatus(0),
+      m_nSubTime1(0),
+      m_nSubTime2(0),
+      m_tTime(0),
+      m_text(std::move(text)) {}
+
+inline CVal& CVal::operator=(const CVal& other) {
+    if (IsText() || other.IsText()) {
+        AssignText(other);
+    } else {
+        m_number = other.m_number;
+    }
+    CopyStamp(other);
+    return *this;
+}
+
+inline CVal& CVal::operator=(CVal&& other) noexcept {
+    if (IsText() || other.IsText()) {
+        AssignText(std::move(other));
+    } else {
+        m_number = other.m_number;
+    }
+    CopyStamp(other);
+    return *this;
+}
+
+inline void CVal::SetTime(std::int64_t seconds, std::uint16_t sub1, std::uint16_t sub2) {
+    m_tTime = seconds;
+    m_nSubTime1 = sub1;
+    m_nSubTime2 = sub2;
+}
 
 }  // namespace kalvex
