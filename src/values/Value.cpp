@@ -75,20 +75,24 @@ std::int64_t Truncate(double number) {
 }
 
 // False for a text without a number at its beginning, which counts as 0.
-bool ReadOperand(const CVal& value, COperand& out) {
+bool ReadTextOperand(std::string_view text, COperand& out) {
+    CVal number;
+    const bool found = ReadNumberPrefix(text, number);
+    const bool real = number.GetType() == ValueType::Double;
+    out = {number.GetType(), real ? 0 : number.Integer(), real ? number.Real() : 0};
+    return found;
+}
+
+inline bool ReadOperand(const CVal& value, COperand& out) {
     const std::uint16_t type = value.GetType();
+    if (type == ValueType::Text) return ReadTextOperand(value.Text(), out);
     if (type == ValueType::Double) {
         out = {type, 0, value.Real()};
-        return true;
+    } else if (ValueType::IsInteger(type)) {
+        out = {type, value.Integer(), 0};
+    } else {
+        out = {ValueType::Int, 0, 0};
     }
-    if (type == ValueType::Text) {
-        CVal number;
-        const bool found = ReadNumberPrefix(value.Text(), number);
-        ReadOperand(number, out);
-        return found;
-    }
-    const bool integer = ValueType::IsInteger(type);
-    out = {integer ? type : ValueType::Int, integer ? value.Integer() : 0, 0};
     return true;
 }
 
