@@ -43,19 +43,16 @@ struct CUtf8Form {
 };
 
 constexpr CUtf8Form Utf8Form(char16_t c) {
-    if (c < 0x80) return {{static_cast<char>(c)}, 1};
     const char last = static_cast<char>(0x80 | (c & 0x3F));
     if (c < 0x800) return {{static_cast<char>(0xC0 | c >> 6), last}, 2};
     return {{static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)), last},
             3};
 }
 
-constexpr std::array<CUtf8Form, 256> kUtf8Forms = [] {
-    std::array<CUtf8Form, 256> forms{};
-    for (int i = 0; i < 128; ++i) {
-        forms[i] = Utf8Form(static_cast<char16_t>(i));
-        forms[i + 128] = Utf8Form(kCharacters[i]);
-    }
+// Of the bytes from 0x80 up.
+constexpr std::array<CUtf8Form, 128> kUtf8Forms = [] {
+    std::array<CUtf8Form, 128> forms{};
+    for (int i = 0; i < 128; ++i) forms[i] = Utf8Form(kCharacters[i]);
     return forms;
 }();
 
@@ -123,6 +120,14 @@ char32_t TakeCharacter(std::string_view& text) {
     return valid ? character : kNoCharacter;
 }
 
+// Moves what is ASCII at the beginning of the text to the end of the other.
+void MoveAscii(std::string_view& text, std::string& out) {
+    const auto end = std::find_if(text.begin(), text.end(), [](char c) { return c & 0x80; });
+    const auto length = static_cast<std::size_t>(end - text.begin());
+    out.append(text, 0, length);
+    text.remove_prefix(length);
+}
+
 std::string Mapped(std::string_view text, const std::array<unsigned char, 256>& table) {
     std::string result(text);
     for (char& c : result) c = static_cast<char>(table[static_cast<unsigned char>(c)]);
@@ -134,9 +139,12 @@ std::string Mapped(std::string_view text, const std::array<unsigned char, 256>& 
 std::string ToUtf8(std::string_view windows1250) {
     std::string result;
     result.reserve(windows1250.size() + windows1250.size() / 4);
-    for (const char c : windows1250) {
-        const CUtf8Form& form = kUtf8Forms[static_cast<unsigned char>(c)];
+    while (!windows1250.empty()) {
+        MoveAscii(windows1250, result);
+        if (windows1250.empty()) break;
+        const CUtf8Form& form = kUtf8Forms[static_cast<unsigned char>(windows1250.front()) - 0x80];
         result.append(form.bytes, form.length);
+        windows1250.remove_prefix(1);
     }
     return result;
 }
@@ -144,7 +152,10 @@ std::string ToUtf8(std::string_view windows1250) {
 std::string FromUtf8(std::string_view utf8) {
     std::string result;
     result.reserve(utf8.size());
-    while (!utf8.empty()) result.push_back(ByteOf(TakeCharacter(utf8)));
+    while (!utf8.empty()) {
+        MoveAscii(utf8, result);
+        if (!utf8.empty()) result.push_back(ByteOf(TakeCharacter(utf8)));
+    }
     return result;
 }
 
@@ -182,10 +193,9 @@ std::string ToLower(std::string_view text) {
 }
 
 bool EqualNoCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char left, char right) {
-        return ToLower(static_cast<unsigned char>(left)) ==
-               ToLower(static_cast<unsigned char>(right));
-    });
+    const auto lower = [](char c) { return kCase.lower[static_cast<unsigned char>(c)]; };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [lower](char left, char right) { return lower(left) == lower(right); });
 }
 
 }  // namespace kalvex
