@@ -11,9 +11,13 @@ Paths::Paths(std::string workingDir, std::string rootDir)
     : m_strWorkingDir(FromUtf8(workingDir)),
       m_strRootDir(rootDir.empty() ? m_strWorkingDir : FromUtf8(rootDir)) {}
 
-std::string Paths::GetWorkingDir() const { return m_strWorkingDir; }
+std::string Paths::GetWorkingDir() const {
+    return m_strWorkingDir;
+}
 
-std::string Paths::GetRootPath() const { return m_strRootDir; }
+std::string Paths::GetRootPath() const {
+    return m_strRootDir;
+}
 
 std::string Paths::GetFullPath(std::string_view path, std::string_view base) const {
     std::string slashed(path);
@@ -32,6 +36,8 @@ std::string Paths::GetShortPath(std::string_view path) const {
     return full;
 }
 
-std::string NativePath(std::string_view enginePath) { return ToUtf8(enginePath); }
+std::string NativePath(std::string_view enginePath) {
+    return ToUtf8(enginePath);
+}
 
 }  // namespace kalvex

@@ -4,6 +4,8 @@
 
 namespace kalvex {
 
-std::string Translator::Translate(const char* polish) const { return FromUtf8(polish); }
+std::string Translator::Translate(const char* polish) const {
+    return FromUtf8(polish);
+}
 
 }  // namespace kalvex

@@ -18,8 +18,8 @@ struct ConditionWordRow {
 std::span<const ConditionWordRow> ConditionWords();
 const ConditionWordRow* FindConditionWord(std::string_view word);
 
-// 1 true, 0 false, -1 when it cannot be evaluated. For a test word on the left, `op` is its operand.
-// A side that is a string literal is that text; every other side is a formula in brackets.
+// 1 true, 0 false, -1 when it cannot be evaluated. For a test word on the left, `op` is its
+// operand. A side that is a string literal is that text; every other side is a formula in brackets.
 int CompareOperands(CScriptContext& document, std::string_view left, std::string_view right,
                     std::string_view op);
 

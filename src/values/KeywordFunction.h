@@ -17,7 +17,7 @@ struct FunctionCall {
     CScriptContext& document;
     std::string_view keyword;
     std::array<std::string_view, 3> arguments;  // the three tokens behind it, empty where missing
-    std::string_view rest;  // the text behind the keyword and the three tokens
+    std::string_view rest;                      // the text behind the keyword and the three tokens
     std::string_view full;  // the whole text of the expression, keyword included
     int wanted;             // type code that the caller would like to have
     CVal& out;

@@ -24,9 +24,10 @@ struct ElementFilter {
 
 int CountItems(const CVariableList& list, const ElementFilter& filter);
 
-// False, with `result` as it was, when no element counts. Sum and average get the time `now` and the
-// status SetByUser; minimum and maximum are the element itself, the earlier one on ties.
-bool SumItems(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t now);
+// False, with `result` as it was, when no element counts. Sum and average get the time `now` and
+// the status SetByUser; minimum and maximum are the element itself, the earlier one on ties.
+bool SumItems(const CVariableList& list, CVal& result, const ElementFilter& filter,
+              std::int64_t now);
 bool AverageItems(const CVariableList& list, CVal& result, const ElementFilter& filter,
                   std::int64_t now);
 bool MaxItem(const CVariableList& list, CVal& result, const ElementFilter& filter);

@@ -8,7 +8,8 @@ namespace kalvex {
 namespace PatternOption {
 inline constexpr int Wildcards = 1;  // "*" and "?" are honoured
 inline constexpr int Whole = 2;      // the whole text must match
-inline constexpr int Anywhere = 4;   // a match anywhere will do; with neither it must be at the start
+inline constexpr int Anywhere =
+    4;  // a match anywhere will do; with neither it must be at the start
 inline constexpr int NoCase = 8;
 inline constexpr int VariableNames = Wildcards | Whole | NoCase;
 }  // namespace PatternOption

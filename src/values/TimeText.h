@@ -8,9 +8,9 @@
 
 namespace kalvex {
 
-// Up to six integer operands (year, month, day, hour, minute, second) taken off `text`, or one number
-// of 3001 or more that is a time as it stands. Local fields. False leaves `out` as it was; what does
-// not evaluate stays in `text`.
+// Up to six integer operands (year, month, day, hour, minute, second) taken off `text`, or one
+// number of 3001 or more that is a time as it stands. Local fields. False leaves `out` as it was;
+// what does not evaluate stays in `text`.
 bool ParseDateFields(CScriptContext& document, std::string_view& text, std::int64_t& out);
 
 enum class SleepForm { HoursMinutesSeconds = 0, MinutesSeconds = 1, Seconds = 2 };

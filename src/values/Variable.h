@@ -19,7 +19,13 @@ namespace kalvex {
 class CInterfaceObj;
 class CScriptContext;
 
-enum VariableKind : int { VariableNone = 0, VariableLocal = 1, VariablePointer = 2, VariableList = 3, VariableRemote = 4 };
+enum VariableKind : int {
+    VariableNone = 0,
+    VariableLocal = 1,
+    VariablePointer = 2,
+    VariableList = 3,
+    VariableRemote = 4
+};
 
 // Answers of GetValue.
 enum ReadResult : int {
@@ -223,7 +229,8 @@ class CVariableTable {
 // The name without its suffix: cut at the first dot unless that stands at position 0.
 std::string_view BaseName(std::string_view name);
 
-// The variable of that name, its suffix left aside; null with script error 3 (not forced) otherwise.
+// The variable of that name, its suffix left aside; null with script error 3 (not forced)
+// otherwise.
 CVariable* FindVariable(CScriptContext& document, std::string_view name);
 
 // Status and time of the value that a name with suffix means; false when there is none (for the

@@ -4,7 +4,9 @@
 
 namespace kalvex {
 
-std::int64_t SystemClock::Now() const { return std::time(nullptr); }
+std::int64_t SystemClock::Now() const {
+    return std::time(nullptr);
+}
 
 bool SystemClock::SetSystemTime(std::int64_t seconds) {
     const timespec when{seconds, 0};

@@ -1,0 +1,42 @@
+// The operators and functions of formulas: how they are written, how they bind, what they compute.
+#pragma once
+
+#include <string_view>
+
+namespace kalvex {
+
+class FormulaParser;
+
+// While a formula is compiled each operator is one character, its letter.
+struct FormulaOperator {
+    char letter;
+    std::string_view text;                // in the postfix
+    int binding;                          // higher binds tighter; kBindsFirst is always written out
+    bool function;                        // written as a word before "("
+    bool (*apply)(FormulaParser& stack);  // null: the postfix text is not known as an operator
+};
+
+inline constexpr int kBindsFirst = 10;
+
+namespace FormulaLetter {
+inline constexpr char UnaryMinus = 'P';
+inline constexpr char And = 'A';
+inline constexpr char Or = 'O';
+inline constexpr char NotEqual = 'D';
+inline constexpr char Equal = 'E';
+inline constexpr char LessEqual = 'L';
+inline constexpr char GreaterEqual = 'G';
+}  // namespace FormulaLetter
+
+const FormulaOperator* FindOperatorByLetter(char letter);
+const FormulaOperator* FindFunctionByName(std::string_view name);  // upper case
+// An operator of the postfix text that can be applied.
+const FormulaOperator* FindOperatorByText(std::string_view text);
+
+// x with n digits behind the point; halves go up, also for negative numbers.
+double RoundToDigits(double x, int digits);
+
+double Cotangent(double x);
+double ArcCotangent(double x);
+
+}  // namespace kalvex
