@@ -1,5 +1,5 @@
-// Messages between documents and the remote console. A module publishes through it, a console client
-// sends commands through it. Main thread.
+// Messages between documents and the remote console. A module publishes through it, a console
+// client sends commands through it. Main thread.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,6 @@
 // State that a subsystem above the engine keeps for one document, such as its started programs. The
-// document owns it, tells it when the run state is cleared, and destroys it in the order of this list.
+// document owns it, tells it when the run state is cleared, and destroys it in the order of this
+// list.
 #pragma once
 
 namespace kalvex {

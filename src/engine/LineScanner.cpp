@@ -15,8 +15,8 @@ constexpr std::array<unsigned char, 256> MakeClasses() {
     for (int c = 'A'; c <= 'Z'; ++c) classes[c] = kLetterOrDigit | kWord;
     for (int c = 'a'; c <= 'z'; ++c) classes[c] = kLetterOrDigit | kWord;
     // Ą ą Ć ć Ę ę Ł ł Ń ń Ó ó Ś ś Ź ź Ż ż
-    for (int c : {0xA5, 0xB9, 0xC6, 0xE6, 0xCA, 0xEA, 0xA3, 0xB3, 0xD1, 0xF1, 0xD3, 0xF3, 0x8C, 0x9C,
-                  0x8F, 0x9F, 0xAF, 0xBF}) {
+    for (int c : {0xA5, 0xB9, 0xC6, 0xE6, 0xCA, 0xEA, 0xA3, 0xB3, 0xD1, 0xF1, 0xD3, 0xF3, 0x8C,
+                  0x9C, 0x8F, 0x9F, 0xAF, 0xBF}) {
         classes[c] = kLetterOrDigit | kWord;
     }
     for (char c : {'-', '.', ':', '\\', '_', '@', '*', '?'}) {
@@ -27,7 +27,9 @@ constexpr std::array<unsigned char, 256> MakeClasses() {
 
 constexpr std::array<unsigned char, 256> kClasses = MakeClasses();
 
-bool IsOneOf(char c, std::string_view set) { return set.find(c) != std::string_view::npos; }
+bool IsOneOf(char c, std::string_view set) {
+    return set.find(c) != std::string_view::npos;
+}
 
 std::size_t TokenLength(std::string_view text) {
     std::size_t length = 0;
@@ -61,7 +63,9 @@ std::string_view TrimBlanks(std::string_view text) {
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-bool IsWordCharacter(char c) { return (kClasses[static_cast<unsigned char>(c)] & kWord) != 0; }
+bool IsWordCharacter(char c) {
+    return (kClasses[static_cast<unsigned char>(c)] & kWord) != 0;
+}
 
 bool IsLetterOrDigit(char c) {
     return (kClasses[static_cast<unsigned char>(c)] & kLetterOrDigit) != 0;

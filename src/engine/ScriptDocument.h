@@ -1,5 +1,5 @@
-// One open script file together with the whole state of its interpreter. Documents share nothing but
-// their services. Everything runs on the main thread; nothing here blocks.
+// One open script file together with the whole state of its interpreter. Documents share nothing
+// but their services. Everything runs on the main thread; nothing here blocks.
 #pragma once
 
 #include <array>
@@ -14,6 +14,7 @@
 #include "engine/CallStack.h"
 #include "engine/DocumentPart.h"
 #include "engine/DocumentServices.h"
+#include "engine/IfBlocks.h"
 #include "engine/ScriptText.h"
 #include "engine/ScriptView.h"
 #include "values/ScriptContext.h"
@@ -99,16 +100,18 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     std::string FormatErrorReport(int line, int code, std::string_view text) const;
     void LogLine(std::string_view text, int level);  // the path followed by the text
 
-    // Preparation. With `expand` the file is reloaded and its INCLUDE and INCLUDE_VAR lines replaced;
-    // without it is only reloaded. False when a file failed in the middle of its reading.
+    // Preparation. With `expand` the file is reloaded and its INCLUDE and INCLUDE_VAR lines
+    // replaced; without it is only reloaded. False when a file failed in the middle of its reading.
     bool ExpandIncludes(bool expand);
     // The counts of IF...THEN and ENDIF; false, with a log line, when they do not match.
     bool CheckStructure();
+    // Where the blocks of the text end.
+    CIfBlocks& IfBlocks();
     // Moves to the label's line; a missing label stops the script with error 6.
     bool GotoLabel(std::string_view label);
 
-    // A variable of kind local, pointer or list. One that exists already stays as it is. A dot in the
-    // name stops the script.
+    // A variable of kind local, pointer or list. One that exists already stays as it is. A dot in
+    // the name stops the script.
     bool CreateVariable(std::string_view name, VariableKind kind);
     // A remote variable for "server@variable"; a target without "@" stops the script.
     bool CreateRemoteVariable(std::string_view name, std::string_view target);
@@ -130,7 +133,9 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void CompleteLine();
     bool RunStatement(std::string_view line, bool& keepLine);
     bool CommandGoesToModule(ConsoleCommand command);
-    bool UsesLineCache() const;
+    void FillLineCache();
+    void DropLineCache();
+    bool SaveChanges();
     bool NameMayBeDeclared(std::string_view name);
 
     const DocumentServices& m_documentServices;
@@ -140,7 +145,8 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     std::string m_strDocKey;
     bool m_bModified = false;
     bool m_bReadOnly = false;
-    std::vector<std::string> m_arrLineCache;  // all lines, normalised at start
+    std::vector<std::string> m_arrLineCache;  // all lines, normalised; filled while the text stands
+    CIfBlocks m_ifBlocks;
     std::string m_strLineBuffer;
     std::string m_strRewrittenLine;
     std::array<std::unique_ptr<CDocumentPart>, static_cast<std::size_t>(DocumentPart::Count)>

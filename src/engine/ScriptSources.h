@@ -18,8 +18,8 @@ class CScriptSources {
   public:
     virtual ~CScriptSources() = default;
 
-    // A remote variable bound to a server variable; the registration may still be refused, which the
-    // variable shows when it is read. Never null.
+    // A remote variable bound to a server variable; the registration may still be refused, which
+    // the variable shows when it is read. Never null.
     virtual std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
                                                     std::string_view source,
                                                     std::string_view variable) = 0;

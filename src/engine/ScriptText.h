@@ -1,5 +1,6 @@
-// The text of a script as lines, with the operations that the preparation needs. An editor may stand
-// behind it; without one the line list serves. Lines are Windows-1250 without their line ends.
+// The text of a script as lines, with the operations that the preparation needs. An editor may
+// stand behind it; without one the line list serves. Lines are Windows-1250 without their line
+// ends.
 #pragma once
 
 #include <string>
@@ -28,7 +29,9 @@ class CLineList final : public CScriptText {
     CLineList() : m_arrLines(1) {}
 
     int GetLineCount() const override { return static_cast<int>(m_arrLines.size()); }
-    std::string_view GetLine(int n) const override { return m_arrLines[static_cast<std::size_t>(n)]; }
+    std::string_view GetLine(int n) const override {
+        return m_arrLines[static_cast<std::size_t>(n)];
+    }
     void SetText(std::string_view text) override;
     std::string GetText() const override;
     void InsertScriptText(int line, std::string_view text, bool replace) override;

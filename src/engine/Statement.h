@@ -16,7 +16,8 @@ struct StatementCall {
     bool keepLine = false;     // not finished: the line runs again at the next due step
 };
 
-// True when the statement finished or waits without error; false leaves the reason in the error slot.
+// True when the statement finished or waits without error; false leaves the reason in the error
+// slot.
 using StatementHandler = bool (*)(StatementCall&);
 
 struct StatementRow {
@@ -38,8 +39,8 @@ class CStatementTable {
     std::unordered_map<std::string_view, const StatementRow*> m_mapByKeyword;
 };
 
-// The words that give a script its structure: the searches for blocks, labels and procedures look for
-// them, and the keyword table names its rows by them.
+// The words that give a script its structure: the searches for blocks, labels and procedures look
+// for them, and the keyword table names its rows by them.
 namespace Keyword {
 inline constexpr std::string_view If = "IF";
 inline constexpr std::string_view Then = "THEN";

@@ -1,0 +1,109 @@
+#include "engine/IfBlocks.h"
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+bool Is(std::string_view token, std::string_view keyword) {
+    return EqualNoCase(token, keyword);
+}
+
+std::string_view FirstToken(std::string_view line) {
+    return NextToken(line);
+}
+
+bool IsEnd(std::string_view token) {
+    return token.empty() || token == ";";
+}
+
+bool HoldsIf(std::string_view line) {
+    for (std::string_view token = NextToken(line); !IsEnd(token); token = NextToken(line)) {
+        if (Is(token, Keyword::If)) return true;
+    }
+    return false;
+}
+
+void NoteError(CIfBlock& block, int code) {
+    if (block.nError == 0) block.nError = code;
+}
+
+}  // namespace
+
+// The search for the ENDIF that belongs to an IF, from its line downwards.
+struct CIfBlocks::Search {
+    const CIfBlocks& known;
+    CKalvexDoc& document;
+    int lineCount;
+
+    // Fills in the block's lines; false when no ENDIF stands below. `withElse` notes ELSE lines.
+    bool Run(int line, CIfBlock& block, bool withElse) const {
+        bool atEndif = false;
+        while (!atEndif) {
+            if (line >= lineCount - 1) return false;
+            ++line;
+            const std::string_view text = document.GetLine(line);
+            const std::string_view first = FirstToken(text);
+            atEndif = Is(first, Keyword::Endif);
+            const bool atElse = withElse && Is(first, Keyword::Else);
+            if (HoldsIf(text)) {
+                const CIfBlock& nested = known.m_mapBlocks.at(line).nested;
+                if (nested.nError != 0) NoteError(block, nested.nError);
+                line = nested.nElseLine;
+            }
+            if (atElse) block.nElseLine = line;
+        }
+        block.nEndifLine = line;
+        if (block.nEndifLine < block.nElseLine) block.nElseLine = block.nEndifLine;
+        return true;
+    }
+
+    CIfBlock Build(int line, bool withElse) const {
+        CIfBlock block{lineCount, lineCount, 0};
+        bool noThen = true;
+        bool missingEndif = false;
+        const std::string copy(document.GetLine(line));
+        std::string_view text = copy;
+        for (std::string_view token = NextToken(text); !IsEnd(token); token = NextToken(text)) {
+            if (Is(token, Keyword::Goto)) {
+                block.nElseLine = block.nEndifLine = line;
+                noThen = false;
+            } else if (Is(token, Keyword::Then)) {
+                if (!Run(line, block, withElse)) missingEndif = true;
+                noThen = false;
+            }
+        }
+        if (missingEndif || noThen) {
+            block.nElseLine = block.nEndifLine = line;
+            NoteError(block, missingEndif ? ErrorNoEndif : ErrorBadFunction);
+        }
+        return block;
+    }
+};
+
+CIfBlocks::Outcome CIfBlocks::SearchBlock(CKalvexDoc& document, int line) const {
+    const Search search{*this, document, document.GetLineCount()};
+    return Outcome{search.Build(line, true), search.Build(line, false)};
+}
+
+void CIfBlocks::SearchAll(CKalvexDoc& document) {
+    // From the last line up: a search meets only blocks that begin below its own line.
+    for (int line = document.GetLineCount() - 1; line >= 0; --line) {
+        if (HoldsIf(document.GetLine(line))) {
+            m_mapBlocks.emplace(line, SearchBlock(document, line));
+        }
+    }
+    m_bSearched = true;
+}
+
+const CIfBlock& CIfBlocks::Find(CKalvexDoc& document, int line) {
+    if (!m_bSearched) SearchAll(document);
+    const CIfBlock& block = m_mapBlocks.at(line).outer;
+    if (block.nError != 0) document.SetError(block.nError, {}, false);
+    return block;
+}
+
+}  // namespace kalvex

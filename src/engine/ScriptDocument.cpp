@@ -1,0 +1,231 @@
+#include "engine/ScriptDocument.h"
+
+#include <algorithm>
+
+#include "engine/LineScanner.h"
+#include "platform/CodePage.h"
+#include "platform/Files.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kNoLineReported = 65535;
+constexpr int kNoErrorReported = -1;
+constexpr int kDefaultPriority = 50;
+
+void Normalise(std::string_view raw, std::string& line) {
+    line.assign(raw);
+    std::ranges::replace(line, '\t', ' ');
+    line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
+}
+
+}  // namespace
+
+CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<CScriptText> text)
+    : CScriptContext(services), m_documentServices(services), m_pText(std::move(text)) {}
+
+CKalvexDoc::~CKalvexDoc() {
+    ClearRunState();
+    for (std::unique_ptr<CDocumentPart>& part : m_arrParts) part.reset();
+}
+
+bool CKalvexDoc::Open(std::string_view path, std::string& error) {
+    const Paths& paths = Services().paths;
+    std::string content;
+    const std::string full = paths.GetFullPath(path);
+    if (!ReadWholeFile(NativePath(full), content, error)) return false;
+    m_strPath = full;
+    m_strDocKey = paths.GetShortPath(path);
+    m_pText->SetText(content);
+    m_bModified = false;
+    return true;
+}
+
+bool CKalvexDoc::Save(std::string& error) {
+    if (!WriteWholeFile(NativePath(m_strPath), m_pText->GetText(), error)) return false;
+    m_bModified = false;
+    return true;
+}
+
+bool CKalvexDoc::Reload() {
+    std::string content;
+    std::string error;
+    if (!ReadWholeFile(NativePath(m_strPath), content, error)) {
+        LogLine(" : " + FromUtf8(error), LogErrors);
+        return false;
+    }
+    m_pText->SetText(content);
+    return true;
+}
+
+void CKalvexDoc::SetReadOnly(bool readOnly) {
+    m_bReadOnly = readOnly;
+    if (m_pView != nullptr) m_pView->SetReadOnly(readOnly);
+}
+
+int CKalvexDoc::GetStateWord() const {
+    return (m_bRunning ? StateRunning : 0) | (m_bPaused ? StatePaused : 0) |
+           (m_bStepRequested ? StateStep : 0) | (m_bMinimised ? StateMinimised : 0);
+}
+
+void CKalvexDoc::LogLine(std::string_view text, int level) {
+    Services().log.Log(m_strPath + std::string(text), level);
+}
+
+void CKalvexDoc::FillLineCache() {
+    DropLineCache();
+    const int count = m_pText->GetLineCount();
+    m_arrLineCache.resize(static_cast<std::size_t>(count));
+    for (int n = 0; n < count; ++n) {
+        Normalise(m_pText->GetLine(n), m_arrLineCache[static_cast<std::size_t>(n)]);
+    }
+}
+
+void CKalvexDoc::DropLineCache() {
+    m_arrLineCache.clear();
+    m_ifBlocks.Clear();
+}
+
+int CKalvexDoc::GetLineCount() const {
+    return m_arrLineCache.empty() ? m_pText->GetLineCount()
+                                  : static_cast<int>(m_arrLineCache.size());
+}
+
+// The text of a started script stands still until its reset, whether its window shows or not.
+std::string_view CKalvexDoc::GetLine(int n) {
+    if (static_cast<std::size_t>(n) < m_arrLineCache.size()) {
+        return m_arrLineCache[static_cast<std::size_t>(n)];
+    }
+    if (n >= GetLineCount()) return {};
+    Normalise(m_pText->GetLine(n), m_strLineBuffer);
+    return m_strLineBuffer;
+}
+
+CIfBlocks& CKalvexDoc::IfBlocks() {
+    if (m_arrLineCache.empty()) m_ifBlocks.Clear();
+    return m_ifBlocks;
+}
+
+std::string FirstKeyword(CKalvexDoc& document, int line) {
+    std::string_view text = document.GetLine(line);
+    return ToUpper(NextToken(text));
+}
+
+bool CKalvexDoc::CommandGoesToModule(ConsoleCommand command) {
+    if (!Services().consoleClient) return false;
+    if (m_bControlAllowed && Services().console != nullptr) {
+        Services().console->SendCommand(m_strDocKey, command);
+    }
+    return true;
+}
+
+bool CKalvexDoc::SaveChanges() {
+    if (!m_bModified) return true;
+    if (!Services().questions.AskYesNo(Services().translator.Translate("Czy zapisać zmiany?"))) {
+        return false;
+    }
+    std::string error;
+    if (Save(error)) return true;
+    LogLine(" : " + FromUtf8(error), LogErrors);
+    return false;
+}
+
+bool CKalvexDoc::Start() {
+    if (Services().consoleClient && !m_bControlAllowed) return false;
+    if (!SaveChanges() || CommandGoesToModule(ConsoleCommand::Start)) return false;
+    LogLine(Services().translator.Translate(" : Inicjowanie skryptu "), LogAlways);
+    if (!m_bIncludesExpanded) {
+        DropLineCache();
+        ExpandIncludes(true);
+    }
+    MoveMarker(-1);
+    FillLineCache();
+    if (m_pView != nullptr) m_pView->SelectLine(-1);
+    m_bModified = false;
+    if (!CheckStructure()) {
+        DropLineCache();
+        if (m_bIncludesExpanded) ExpandIncludes(false);
+        return false;
+    }
+    m_nReportedLine = kNoLineReported;
+    m_nReportedError = kNoErrorReported;
+    m_bErrorStanding = false;
+    m_tSleepUntil = 0;
+    m_bRunning = true;
+    m_bPaused = false;
+    m_bInProcedureSkip = false;
+    m_bInProcedureBody = false;
+    SetReadOnly(true);
+    if (m_pView != nullptr) m_pView->RefreshTitle();
+    LogLine(Services().translator.Translate(" : Start skryptu "), LogAlways);
+    return true;
+}
+
+void CKalvexDoc::Stop() {
+    if (CommandGoesToModule(ConsoleCommand::Stop)) return;
+    MoveMarker(m_nCurrentLine);
+    m_bRunning = false;
+    m_bStepRequested = false;
+    m_bPaused = true;
+    if (m_pView != nullptr) {
+        m_pView->SelectLine(m_nCurrentLine);
+        m_pView->RefreshTitle();
+    }
+    LogLine(Services().translator.Translate(" : Stop skryptu "), LogAlways);
+}
+
+void CKalvexDoc::Step() {
+    if (CommandGoesToModule(ConsoleCommand::Step)) return;
+    m_nReportedLine = kNoLineReported;
+    m_bStepRequested = true;
+}
+
+void CKalvexDoc::Reset() {
+    if (CommandGoesToModule(ConsoleCommand::Reset)) return;
+    LogLine(Services().translator.Translate(" : Reset skryptu "), LogAlways);
+    MoveMarker(-1);
+    if (m_pView != nullptr) m_pView->SelectLine(-1);
+    ClearRunState();
+    ExpandIncludes(false);
+    SetReadOnly(!m_bControlAllowed);
+    if (m_pView != nullptr) m_pView->RefreshTitle();
+}
+
+void CKalvexDoc::ClearRunState() {
+    m_bRunning = false;
+    m_bStepRequested = false;
+    m_bPaused = false;
+    if (CScriptSources* sources = Services().sources) {
+        sources->BlockSubscribe();
+        for (const std::unique_ptr<CVariable>& variable : Variables()) {
+            if (variable->GetKind() == VariableRemote) sources->ReleaseRemote(*variable);
+        }
+        sources->UnblockSubscribe(true);
+    }
+    Variables().RemoveAll();
+    m_tSleepUntil = 0;
+    m_mapWaitFor.clear();
+    m_lstCallStack.clear();
+    DropLineCache();
+    for (const std::unique_ptr<CDocumentPart>& part : m_arrParts) {
+        if (part) part->ClearRunState();
+    }
+    if (m_pView != nullptr) m_pView->RefreshVariables();
+    m_nCurrentLine = 0;
+    m_nPriority = kDefaultPriority;
+    m_nPaceCounter = 0;
+    SetError(ErrorNone, {}, false);
+    m_nReportedError = ErrorNone;
+    m_bErrorStanding = false;
+}
+
+void CKalvexDoc::MoveMarker(int line) {
+    if (m_pView != nullptr) {
+        if (m_nMarkedLine != -1) m_pView->SetLineMarker(m_nMarkedLine, false);
+        if (line != -1) m_pView->SetLineMarker(line, true);
+    }
+    m_nMarkedLine = line;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,54 @@
+#include "engine/ScriptText.h"
+
+namespace kalvex {
+
+namespace {
+
+// The lines of a text; the carriage return of a line end belongs to it.
+std::vector<std::string> SplitLines(std::string_view text) {
+    std::vector<std::string> lines;
+    for (;;) {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        if (end == std::string_view::npos) {
+            lines.emplace_back(line);
+            return lines;
+        }
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        lines.emplace_back(line);
+        text.remove_prefix(end + 1);
+    }
+}
+
+}  // namespace
+
+void CLineList::SetText(std::string_view text) {
+    m_arrLines = SplitLines(text);
+}
+
+std::string CLineList::GetText() const {
+    std::string text;
+    for (const std::string& line : m_arrLines) {
+        if (&line != &m_arrLines.front()) text += "\r\n";
+        text += line;
+    }
+    return text;
+}
+
+void CLineList::InsertScriptText(int line, std::string_view text, bool replace) {
+    std::vector<std::string> added = SplitLines(text);
+    auto position = m_arrLines.begin() + line;
+    if (replace) {
+        // The text brings its own line end; the last line has none to give up.
+        const bool last = position + 1 == m_arrLines.end();
+        if (!last && added.back().empty() && added.size() > 1) added.pop_back();
+        position = m_arrLines.erase(position);
+    } else {
+        if (added.back().empty() && added.size() > 1) added.pop_back();
+        ++position;
+    }
+    m_arrLines.insert(position, std::make_move_iterator(added.begin()),
+                      std::make_move_iterator(added.end()));
+}
+
+}  // namespace kalvex
