@@ -1,0 +1,33 @@
+#include "language/Functions.h"
+
+#include "values/FunctionFamilies.h"
+
+namespace kalvex {
+
+namespace {
+
+// keyword, handler, arguments, help text
+constexpr FunctionRow kRows[] = {
+    {"SIN", Sine, "X", "Funkcja sinus ze zmiennej X"},
+    {"COS", Cosine, "X", "Funkcja cosinus ze zmiennej X"},
+    {"TG", Tangent, "X", "Funkcja tangens ze zmiennej X"},
+    {"CTG", Cotangent, "X", "Funkcja cotangens ze zmiennej X"},
+    {"ARCSIN", ArcSine, "X", "Funkcja arcus sinus ze zmiennej X"},
+    {"ARCCOS", ArcCosine, "X", "Funkcja arcus cosinus ze zmiennej X"},
+    {"ARCTG", ArcTangent, "X", "Funkcja arcus tangens ze zmiennej X"},
+    {"ARCCTG", ArcCotangent, "X", "Funkcja arcus cotangens ze zmiennej X"},
+    {"SQR", Square, "X", "Kwadrat ze zmiennej X"},
+    {"SQRT", SquareRoot, "X", "Pierwiastek kwadratowy ze zmiennej X"},
+    {"FACTORIAL", Factorial, "X", "Silnia ze zmiennej X"},
+    {"INT", IntegerPart, "X", "Konwersja łańcucha znaków na wartość numeryczną typu całkowitego"},
+    {"ROUND", Round, "X Y", "Zaokrąglenie zmiennej X do Y miejsca"},
+};
+
+}  // namespace
+
+const CFunctionTable& Functions() {
+    static const CFunctionTable table(kRows);
+    return table;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,39 @@
+#include "language/Statements.h"
+
+#include "engine/StatementFamilies.h"
+
+namespace kalvex {
+
+namespace {
+
+// keyword, handler, forms as the help shows them (one a line), help text
+constexpr StatementRow kRows[] = {
+    {"LOCAL", ExecuteLocal,
+     "LOCAL <nazwa_zmiennej>\nLOCAL <nazwa_zmiennej> = <zmienna>\nLOCAL <nazwa_zmiennej> = "
+     "<wartość>",
+     ""},
+    {"REMOTE", ExecuteRemote, "REMOTE <nazwa_zmiennej> <nazwa_serwera>@<nazwa_zmiennej_w_serwerze>",
+     ""},
+    {"POINTER", ExecutePointer, "POINTER <nazwa_wskaźnika>", ""},
+    {"LIST", ExecuteList, "LIST <nazwa_listy>", ""},
+    {"COPY", ExecuteCopy, "COPY <nazwa_zmiennej_źródłowej> <zmienna_docelowa>", ""},
+    {"CREATE_VAR_LIST", ExecuteCreateVarList, "CREATE_VAR_LIST <lista> <wzorzec>", ""},
+    {"SETPTR", ExecuteSetPtr, "SETPTR <wskaźnik> = <nazwa_zmiennej>", ""},
+    {"SET", ExecuteSet, "SET <nazwa_zmiennej> = <zmienna>\nSET <nazwa_zmiennej> = <wartość>", ""},
+    {Keyword::If, ExecuteIf,
+     "IF <warunek> THEN ... ELSE ... ENDIF\nIF <warunek> GOTO <etykieta>\n"
+     "IF NOT <warunek> THEN ... ELSE ... ENDIF\nIF NOT <warunek> GOTO <etykieta>",
+     ""},
+    {Keyword::Else, ExecuteElse, "ELSE", ""},
+    {Keyword::Endif, ExecuteEndif, "ENDIF", ""},
+    {Keyword::Goto, ExecuteGoto, "GOTO <etykieta>", ""},
+};
+
+}  // namespace
+
+const CStatementTable& Statements() {
+    static const CStatementTable table(kRows);
+    return table;
+}
+
+}  // namespace kalvex
