@@ -170,7 +170,7 @@ void CVal::AssignText(const CVal& other) {
     }
 }
 
-void CVal::AssignText(CVal&& other) noexcept {
+void CVal::TakeText(CVal& other) noexcept {
     if (!other.IsText()) {
         PutNumber(other.m_nType, other.m_number);
     } else {

@@ -144,7 +144,7 @@ class CVal {
           m_number(number) {}
 
     void AssignText(const CVal& other);
-    void AssignText(CVal&& other) noexcept;
+    void TakeText(CVal& other) noexcept;
     void CopyStamp(const CVal& other) noexcept;
     void JoinStamp(const CVal& right) noexcept;
     void PutNumber(std::uint16_t type, Number number) noexcept;
@@ -212,7 +212,7 @@ inline CVal& CVal::operator=(const CVal& other) {
 
 inline CVal& CVal::operator=(CVal&& other) noexcept {
     if (IsText() || other.IsText()) {
-        AssignText(std::move(other));
+        TakeText(other);
     } else {
         m_number = other.m_number;
     }
