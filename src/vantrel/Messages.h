@@ -1,0 +1,184 @@
+// What a client and a data server say to each other, whatever carries it. Plain data. All texts and
+// names are engine texts (Windows-1250), times are seconds since 1970-01-01 00:00:00 GMT.
+//
+// A conversation begins with the client's LoginRequest and the server's LoginResult; before a
+// result of 0 neither side sends anything else. From then on each side sends what it likes, and
+// each direction keeps its order. A message that a side does not expect is passed over.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "values/Status.h"
+#include "values/Value.h"
+
+namespace kalvex {
+
+// Stands for the name of a subscribed variable. Given by the client, never 0; it is not given a
+// second time on the same transport, so that what is under way for an old one cannot be mistaken.
+using VariableHandle = std::uint32_t;
+
+// Ties an answer to its request. Given by the client, never 0.
+using RequestId = std::uint32_t;
+
+inline constexpr std::uint16_t kProtocolVersion = 1;
+
+// ---- client to server
+// ----------------------------------------------------------------------------
+
+struct LoginRequest {
+    std::uint16_t protocolVersion = kProtocolVersion;
+    std::uint16_t moduleType = 0;  // of the server that the client means to talk to
+    std::string clientName;
+    std::string user;
+    std::string password;
+};
+
+// The server answers for each added variable with an access error or with its definition, if it
+// has one, and its present value, which may be of type None, and goes on sending its changes.
+struct SubscribeRequest {
+    struct Entry {
+        VariableHandle handle = 0;
+        std::string name;
+    };
+    std::vector<Entry> added;
+    std::vector<VariableHandle> removed;
+    std::uint32_t flags = 0;  // the client's wishes, as the connection gives them
+    bool last = true;         // false: another piece of the same subscription follows
+};
+
+// A report value (from equals to) or the values of a range, bounds included.
+struct ReadRequest {
+    RequestId id = 0;
+    ValueKind kind = KindNone;  // hour, day, month, span or archive
+    std::string variable;
+    std::int64_t from = 0;
+    std::int64_t to = 0;
+};
+
+struct ReadRequests {
+    std::vector<ReadRequest> requests;
+};
+
+// The requests need not be answered any more.
+struct CancelRequests {
+    std::vector<RequestId> ids;
+};
+
+struct ModifyRequest {
+    RequestId id = 0;
+    ValueKind kind = KindNone;  // current, hour, day, month or span
+    std::string variable;
+    std::int64_t time = 0;  // start of the report period; without meaning for a current value
+    CVal value;
+};
+
+struct ModifyRequests {
+    std::vector<ModifyRequest> requests;
+};
+
+struct ArchiveModifyRequest {
+    RequestId id = 0;
+    std::string variable;
+    std::int64_t from = 0;  // times of the first and the last value
+    std::int64_t to = 0;
+    std::vector<CVal> values;  // ascending by time
+};
+
+enum class PeriodAction : std::uint8_t {
+    Init,       // a report period is to begin
+    Load,       // its data are to be fetched from the device
+    Calculate,  // its value is to be computed anew
+    Update,     // archive data up to the time are to be fetched
+    Refresh,    // archive data up to the time are to be fetched again
+};
+
+// An order to the server that has no answer.
+struct PeriodRequest {
+    PeriodAction action = PeriodAction::Init;
+    ValueKind kind = KindNone;  // archive for the last two actions
+    std::string variable;
+    std::int64_t time = 0;
+};
+
+// The server's newest log lines, to be sent as log messages.
+struct LastMessagesRequest {
+    std::uint32_t count = 0;
+};
+
+using ClientMessage =
+    std::variant<LoginRequest, SubscribeRequest, ReadRequests, CancelRequests, ModifyRequests,
+                 ArchiveModifyRequest, PeriodRequest, LastMessagesRequest>;
+
+// ---- server to client
+// ----------------------------------------------------------------------------
+
+struct LoginResult {
+    std::uint8_t code = 0;  // 0: the client is logged in
+    std::string text;       // why not
+};
+
+// The definition of a variable: texts by short keys, a number as its decimal text.
+struct VariableDefinition {
+    std::string name;
+    std::vector<std::pair<std::string, std::string>> attributes;
+};
+
+struct VariableDefinitions {
+    std::vector<VariableDefinition> definitions;
+    bool last = true;  // false: another piece follows
+};
+
+struct ValueUpdates {
+    struct Entry {
+        VariableHandle handle = 0;
+        CVal value;
+    };
+    std::vector<Entry> entries;
+    bool last = true;  // false: another piece of the answer to a subscription follows
+};
+
+struct AccessErrors {
+    struct Entry {
+        VariableHandle handle = 0;
+        std::uint16_t code = 0;  // 0: no such variable
+    };
+    std::vector<Entry> entries;
+};
+
+// The answer to one ReadRequest, in one piece or several. A failed one has no values.
+struct ReadAnswer {
+    RequestId id = 0;
+    std::uint16_t result = 0;  // 0: success
+    std::vector<CVal> values;  // ascending by time
+    bool last = true;
+};
+
+// Answers to modify requests, archive ones among them.
+struct ModifyResults {
+    struct Entry {
+        RequestId id = 0;
+        std::uint16_t result = 0;  // 0: success
+    };
+    std::vector<Entry> entries;
+};
+
+// The reports of a period have changed.
+struct ReportChange {
+    ValueKind kind = KindNone;  // hour, day, month or span
+    std::int64_t time = 0;
+};
+
+struct LogMessage {
+    int level = 0;
+    std::int64_t time = 0;
+    std::string text;
+};
+
+using ServerMessage = std::variant<LoginResult, VariableDefinitions, ValueUpdates, AccessErrors,
+                                   ReadAnswer, ModifyResults, ReportChange, LogMessage>;
+
+}  // namespace kalvex

@@ -1,0 +1,136 @@
+// What carries messages between a client and a data server: a network, a queue within the process,
+// a simulated plant. Everything here is called on the main thread, in both directions; a transport
+// that has threads of its own hands over before it calls.
+//
+// Nothing is delivered from within a call: what Send, Open or Close bring about reaches the other
+// side, and comes back, after the call has returned and the main loop, or the owner of the
+// transport, has had its turn.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vantrel/Messages.h"
+
+namespace kalvex {
+
+// ---- client side
+// ---------------------------------------------------------------------------------
+
+// What a client hears of its transport. Reasons are those of vantrel/Codes.h.
+class ClientTransportEvents {
+  public:
+    virtual ~ClientTransportEvents() = default;
+
+    // Messages can be sent and will come in. Also after each break that was mended.
+    virtual void OnOpened() = 0;
+    // An attempt to open has failed. The transport goes on trying.
+    virtual void OnOpenFailed(std::uint32_t reason) = 0;
+    virtual void OnMessage(ServerMessage message) = 0;
+    // What was received does not decode; the message is lost.
+    virtual void OnReceiveFailed(std::uint32_t reason) = 0;
+    // The connection, which had been opened, is gone: by Close, by the server, or broken. After a
+    // break the transport goes on trying to open it again; after Close it rests.
+    virtual void OnClosed(std::uint32_t reason) = 0;
+};
+
+// One conversation with one server. Its events object outlives it. Destroying it ends the
+// conversation with ReasonClosed and delivers nothing more.
+//
+// A transport between processes watches over its peer with signs of life of its own, which are no
+// messages of vantrel/Messages.h; a silent peer is a break with ReasonSilent. It splits what is too
+// large for one parcel by the `last` fields and joins nothing.
+class ClientTransport {
+  public:
+    virtual ~ClientTransport() = default;
+
+    // Begins to open; from now on until Close the transport keeps the connection up by itself.
+    // True when an attempt is under way that will end with OnOpened or OnOpenFailed; false when the
+    // server is known to be out of reach for now, in which case OnOpened may come at any time.
+    virtual bool Open() = 0;
+
+    // Takes the message over. Lost without a word when the connection is not open.
+    virtual void Send(ClientMessage message) = 0;
+
+    // Ends the conversation; OnClosed comes with the same reason if it was open. The server hears
+    // ReasonClientEnded for ReasonClosed, and the reason itself otherwise.
+    virtual void Close(std::uint32_t reason) = 0;
+
+    // Periodic work, about once a second: the time for attempts to open anew.
+    virtual void Check() = 0;
+
+    // The definitions of all variables of the server in the server's order, also while the
+    // connection is not open. May wait for the server for as long as a person would; false when
+    // the list is not to be had.
+    virtual bool LoadVariableList(const LoginRequest& login,
+                                  std::vector<VariableDefinition>& list) = 0;
+};
+
+// Makes the transport for a source, by the source's name alone. Outlives the transports.
+class TransportFactory {
+  public:
+    virtual ~TransportFactory() = default;
+
+    // Not yet open. Null with a reason when there can be no transport for the name at all, now or
+    // later; a server that is out of reach is no such case.
+    virtual std::unique_ptr<ClientTransport> Connect(std::string_view source,
+                                                     ClientTransportEvents& events,
+                                                     std::uint32_t& reason) = 0;
+};
+
+// ---- server side
+// ---------------------------------------------------------------------------------
+
+// The server's end of one conversation, as the session sees it. Lives longer than the session.
+class ServerLink {
+  public:
+    virtual ~ServerLink() = default;
+
+    virtual void Send(ServerMessage message) = 0;
+
+    // Ends the conversation; the client hears the reason, the session's OnClosed comes with it.
+    virtual void Close(std::uint32_t reason) = 0;
+
+    // Messages that the client has not taken yet. A session whose client is slow may hold back
+    // value changes and send the newest alone.
+    virtual std::size_t Backlog() const = 0;
+
+    // Address of the other machine, empty when the client is on this one.
+    virtual std::string PeerAddress() const = 0;
+};
+
+// One client at a server; written by the server.
+class ServerSession {
+  public:
+    virtual ~ServerSession() = default;
+    virtual void OnMessage(ClientMessage message) = 0;
+    // The last call; the session is destroyed afterwards. An orderly end is ReasonClientEnded.
+    virtual void OnClosed(std::uint32_t reason) = 0;
+    // The backlog, which had been asked for and was not 0, has gone down to 0.
+    virtual void OnDrained() {}
+};
+
+// Where a server hears of new clients; written by the server, outlives the transport.
+class SessionAcceptor {
+  public:
+    virtual ~SessionAcceptor() = default;
+    // Null refuses the client.
+    virtual std::unique_ptr<ServerSession> Accept(ServerLink& link) = 0;
+
+    // For ClientTransport::LoadVariableList; false refuses.
+    virtual bool ListVariables(const LoginRequest& login,
+                               std::vector<VariableDefinition>& list) = 0;
+};
+
+// Waits for clients from its making on; destroying it ends all conversations with
+// ReasonServerEnded.
+class ServerTransport {
+  public:
+    virtual ~ServerTransport() = default;
+};
+
+}  // namespace kalvex
