@@ -1,0 +1,487 @@
+#include <gmock/gmock.h>
+
+#include "engine/script_world.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class RunCycle : public ScriptWorld {};
+
+// A view that keeps what it is told.
+class ViewRecorder final : public CScriptView {
+  public:
+    void SelectLine(int line) override { calls.push_back("select " + std::to_string(line)); }
+    void SetLineMarker(int line, bool set) override {
+        calls.push_back((set ? "mark " : "unmark ") + std::to_string(line));
+    }
+    void SetReadOnly(bool readOnly) override {
+        calls.push_back(readOnly ? "read-only" : "editable");
+    }
+    void RefreshTitle() override { calls.push_back("title"); }
+    void ClearAllMarkers() override { calls.push_back("clear markers"); }
+    void RefreshVariables() override { calls.push_back("variables"); }
+    bool HasBreakpoint(int line) const override { return line == breakpoint; }
+
+    std::vector<std::string> calls;
+    int breakpoint = -1;
+};
+
+class ConsoleRecorder final : public CConsoleLink {
+  public:
+    void SendCommand(std::string_view key, ConsoleCommand command) override {
+        calls.push_back(std::string(key) + " command " + std::to_string(static_cast<int>(command)));
+    }
+    void SendLine(std::string_view key, int line) override {
+        calls.push_back(std::string(key) + " line " + std::to_string(line));
+    }
+    void SendState(std::string_view key, ConsoleStateMessage message, int stateWord,
+                   int line) override {
+        calls.push_back(std::string(key) + " state " + std::to_string(static_cast<int>(message)) +
+                        " word " + std::to_string(stateWord) + " line " + std::to_string(line));
+    }
+
+    std::vector<std::string> calls;
+};
+
+TEST_F(RunCycle, NewDocumentIsIdle) {
+    CKalvexDoc document(services);
+    EXPECT_EQ(document.GetStateWord(), 0);
+    EXPECT_EQ(Error(document), "0");
+    EXPECT_EQ(document.m_nPriority, 50);
+    EXPECT_EQ(document.m_nMarkedLine, -1);
+    EXPECT_TRUE(document.m_bControlAllowed);
+    EXPECT_EQ(document.GetLineCount(), 1);
+}
+
+TEST_F(RunCycle, EmptyTextStartsAndIsFinishedAfterItsOnlyLine) {
+    CKalvexDoc& document = Open("");
+    EXPECT_TRUE(document.Start());
+    EXPECT_TRUE(document.ExecuteLine());
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_TRUE(document.ExecuteLine());
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_TRUE(document.m_bRunning);
+}
+
+TEST_F(RunCycle, OneLineIsExecutedAndThePointerIsPastTheEnd) {
+    CKalvexDoc& document = Open("LOCAL A = 3");
+    document.Start();
+    Tick(1);
+    EXPECT_EQ(Value(document, "A"), "171:3.00");
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+}
+
+TEST_F(RunCycle, LineIsDueEveryFiftiethTick) {
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
+    document.Start();
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    Tick(49);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 2);
+}
+
+TEST_F(RunCycle, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
+    std::string text;
+    for (int i = 0; i < 100; ++i) text += "LOCAL A" + std::to_string(i) + "\n";
+    CKalvexDoc& document = Open(text);
+    document.Start();
+    document.m_nPriority = 1;
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 10);
+    document.SetMinimised(true);
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 30);
+}
+
+TEST_F(RunCycle, BlockedTicksRunNothing) {
+    CKalvexDoc& document = Open("LOCAL A\n");
+    document.Start();
+    ticks.Block(true);
+    Tick(10);
+    EXPECT_EQ(document.m_nCurrentLine, 0);
+    ticks.Block(false);
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+}
+
+TEST_F(RunCycle, RemovedDocumentIsNotTicked) {
+    CKalvexDoc& document = Open("LOCAL A\n");
+    document.Start();
+    ticks.Remove(document);
+    Tick(10);
+    EXPECT_EQ(document.m_nCurrentLine, 0);
+}
+
+TEST_F(RunCycle, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
+    CKalvexDoc& document = Open("LOCAL A");
+    EXPECT_FALSE(document.IsReadOnly());
+    EXPECT_TRUE(document.Start());
+    EXPECT_TRUE(document.IsReadOnly());
+    EXPECT_THAT(Log(LogAlways),
+                ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu "));
+    EXPECT_EQ(document.m_nReportedLine, 65535);
+    EXPECT_EQ(document.m_nReportedError, -1);
+    EXPECT_EQ(document.GetStateWord(), StateRunning);
+}
+
+TEST_F(RunCycle, StartRunsTheTextOnDisk) {
+    CKalvexDoc& document = Open("LOCAL OLD");
+    WriteFile("main.kx", "LOCAL NEW");
+    document.Start();
+    Tick(1);
+    EXPECT_EQ(Value(document, "NEW"), "255:");
+    EXPECT_EQ(Value(document, "OLD"), "missing");
+}
+
+TEST_F(RunCycle, StartWhileRunningKeepsThePointer) {
+    CKalvexDoc& document = Open("LOCAL A = 1\nLOCAL B = 2\nLOCAL C = 3");
+    document.Start();
+    Tick(1);
+    EXPECT_TRUE(document.Start());
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    Tick(100);
+    EXPECT_EQ(document.m_nCurrentLine, 3);
+}
+
+TEST_F(RunCycle, FinishedScriptStartedAgainStaysAtItsEnd) {
+    CKalvexDoc& document = Run("LOCAL A = 1\nSET A = A + 1");
+    EXPECT_EQ(Value(document, "A"), "171:2.00");
+    document.Stop();
+    document.Start();
+    Tick(200);
+    EXPECT_EQ(Value(document, "A"), "171:2.00");
+}
+
+TEST_F(RunCycle, ModifiedDocumentIsSavedAfterTheQuestion) {
+    CKalvexDoc& document = Open("LOCAL A");
+    document.Text().SetText("LOCAL ZMIENIONA");
+    document.SetModified(true);
+    EXPECT_TRUE(document.Start());
+    EXPECT_THAT(questions.asked, ElementsAre("Czy zapisać zmiany?"));
+    EXPECT_FALSE(document.IsModified());
+    Tick(1);
+    EXPECT_EQ(Value(document, "ZMIENIONA"), "255:");
+}
+
+TEST_F(RunCycle, ModifiedDocumentThatIsNotSavedDoesNotStart) {
+    CKalvexDoc& document = Open("LOCAL A");
+    document.SetModified(true);
+    questions.answer = false;
+    EXPECT_FALSE(document.Start());
+    EXPECT_EQ(document.GetStateWord(), 0);
+    EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(RunCycle, ChangesThatCannotBeSavedAreNotLost) {
+    CKalvexDoc& document = Open("LOCAL A");
+    document.Text().SetText("LOCAL B");
+    document.SetModified(true);
+    std::filesystem::remove(folder / "main.kx");
+    std::filesystem::create_directory(folder / "main.kx");
+    EXPECT_FALSE(document.Start());
+    EXPECT_TRUE(document.IsModified());
+    EXPECT_EQ(document.GetLine(0), "LOCAL B");
+    EXPECT_THAT(Log(), ElementsAre("main.kx : Is a directory"));
+}
+
+TEST_F(RunCycle, StopAndResumeKeepTheState) {
+    CKalvexDoc& document = Open("LOCAL A = 1\nSET A = A + 1\nSET A = A + 1");
+    document.Start();
+    Tick(1);
+    document.Stop();
+    EXPECT_EQ(document.GetStateWord(), StatePaused);
+    EXPECT_TRUE(document.IsReadOnly());
+    Tick(200);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    document.Start();
+    EXPECT_EQ(document.GetStateWord(), StateRunning);
+    Tick(200);
+    EXPECT_EQ(Value(document, "A"), "171:3.00");
+    EXPECT_THAT(Log(), ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
+                                   "main.kx : Stop skryptu ", "main.kx : Inicjowanie skryptu ",
+                                   "main.kx : Start skryptu "));
+}
+
+TEST_F(RunCycle, StepRunsOneLine) {
+    CKalvexDoc& document = Open("LOCAL A = 1\nLOCAL B = 2");
+    document.Start();
+    document.Stop();
+    document.Step();
+    EXPECT_EQ(document.GetStateWord(), StatePaused | StateStep);
+    EXPECT_EQ(document.m_nReportedLine, 65535);
+    Tick(200);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.GetStateWord(), StatePaused);
+}
+
+TEST_F(RunCycle, StepOnAFinishedScriptOnlyShowsTheLine) {
+    CKalvexDoc& document = Run("LOCAL A = 1");
+    document.Stop();
+    ViewRecorder view;
+    document.SetView(&view);
+    document.Step();
+    Tick(100);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_THAT(view.calls, ElementsAre("unmark 1", "mark 1", "select 1", "variables"));
+    document.SetView(nullptr);
+}
+
+TEST_F(RunCycle, StepReportsOnlyWhenLineAndCodeBothDiffer) {
+    CKalvexDoc& document = Open("SET A = 1\n");
+    document.Start();
+    Tick(1);
+    document.Stop();
+    document.Step();
+    Tick(50);
+    EXPECT_EQ(Error(document), "3 A");
+    document.m_nReportedError = ErrorOther;
+    document.Step();
+    Tick(50);
+    EXPECT_THAT(Log(LogErrors),
+                ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
+                            "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A",
+                            "main.kx : Stop skryptu ",
+                            "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A"));
+    EXPECT_FALSE(document.m_bErrorStanding);
+}
+
+TEST_F(RunCycle, StepInTheRunningStateLiesIdle) {
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B\n");
+    document.Start();
+    document.Step();
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_TRUE(document.m_bStepRequested);
+    EXPECT_TRUE(document.m_bRunning);
+}
+
+TEST_F(RunCycle, ResetDiscardsTheRunAndRestoresTheText) {
+    CKalvexDoc& document = Run("LOCAL A = 1\nPRIORITY 3\nSET B = 1");
+    WriteFile("main.kx", "; nowy");
+    document.Reset();
+    EXPECT_EQ(document.GetStateWord(), 0);
+    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.m_nPriority, 50);
+    EXPECT_EQ(document.m_nPaceCounter, 0);
+    EXPECT_FALSE(document.IsReadOnly());
+    EXPECT_EQ(document.Variables().GetSize(), 0u);
+    EXPECT_EQ(document.GetLine(0), "; nowy");
+    EXPECT_EQ(Log(LogAlways).back(), "main.kx : Reset skryptu ");
+}
+
+TEST_F(RunCycle, ResetKeepsAStandingErrorUntilTheNextLine) {
+    CKalvexDoc& document = Run("LOCAL A 5");
+    EXPECT_EQ(Error(document), "5");
+    document.Reset();
+    EXPECT_EQ(Error(document), "5");
+    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_EQ(document.m_nReportedError, 0);
+    WriteFile("main.kx", "LOCAL A");
+    document.Start();
+    Tick(1);
+    EXPECT_EQ(Error(document), "0");
+}
+
+TEST_F(RunCycle, ResetClearsTheGeneralError) {
+    CKalvexDoc& document = Open("");
+    document.SetError(ErrorOther, "x", true);
+    document.Reset();
+    EXPECT_EQ(Error(document), "0");
+}
+
+TEST_F(RunCycle, ResetReleasesRemoteVariablesWithinOneSubscriptionBlock) {
+    CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nREMOTE C srv@Y");
+    sources.calls.clear();
+    document.Reset();
+    EXPECT_THAT(sources.calls, ElementsAre("block", "release A", "release C", "unblock all"));
+}
+
+TEST_F(RunCycle, ResetKeepsIgnoreUnknown) {
+    CKalvexDoc& document = Open("");
+    document.m_bIgnoreUnknown = true;
+    document.m_tSleepUntil = 5;
+    document.Reset();
+    EXPECT_TRUE(document.m_bIgnoreUnknown);
+    EXPECT_EQ(document.m_tSleepUntil, 0);
+}
+
+TEST_F(RunCycle, FailingLineIsRetriedAndLoggedOnce) {
+    CKalvexDoc& document = Run("LOCAL A = 1\nSET A = Q", 100);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_TRUE(document.m_bErrorStanding);
+    EXPECT_TRUE(ticks.IsErrorStanding());
+    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_EQ(Log().back(), "main.kx : Linia 2 - Zmienna nie została poprawnie zdefiniowana : Q");
+    EXPECT_EQ(Log().size(), 3u);
+    document.Variables().Append(std::make_unique<CVariableLocal>("Q"));
+    Tick(1);
+    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(ticks.IsErrorStanding());
+}
+
+TEST_F(RunCycle, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
+    CKalvexDoc& document = Run("LOCAL A\nPOINTER W\n:w\nSET A = W\nGOTO w", 5);
+    ASSERT_EQ(Log(LogErrors).size(), 3u);
+    auto& pointer = static_cast<CVariablePointer&>(*document.Variables().Find("W"));
+    pointer.SetTargetName("A");
+    Tick(1);
+    EXPECT_FALSE(document.m_bErrorStanding);
+    pointer.SetTargetName("");
+    Tick(1);
+    EXPECT_TRUE(document.m_bErrorStanding);
+    EXPECT_EQ(Log(LogErrors).size(), 3u);
+}
+
+TEST_F(RunCycle, TwoFailingLinesThatAlternateLogOnEveryChange) {
+    CKalvexDoc& document = Open("SET A = 1\nSET B = 1");
+    document.Start();
+    document.m_nPriority = 1;
+    for (int i = 0; i < 4; ++i) {
+        document.m_nCurrentLine = i % 2;
+        document.m_nPaceCounter = 0;
+        document.ExecuteStep();
+        document.ExecuteStep();
+    }
+    EXPECT_EQ(Log().size(), 2u + 4u);
+}
+
+TEST_F(RunCycle, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
+    CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nSET B = A", 100);
+    EXPECT_EQ(Error(document), "27 A");
+    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_EQ(Log(LogErrors).size(), 2u);
+    EXPECT_THAT(Log(LogEvents),
+                ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
+                            "main.kx : Linia 3 - Oczekiwanie na pobranie danych bieżących : A"));
+}
+
+TEST_F(RunCycle, BreakpointStopsBeforeItsLine) {
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
+    ViewRecorder view;
+    ConsoleRecorder console;
+    services.console = &console;
+    view.breakpoint = 2;
+    document.SetView(&view);
+    document.Start();
+    document.m_nPriority = 1;
+    Tick(20);
+    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.GetStateWord(), StatePaused);
+    EXPECT_THAT(console.calls, ElementsAre("main.kx state 16 word 2 line 2"));
+    EXPECT_THAT(view.calls, ElementsAre("select -1", "read-only", "title", "select 1", "select 2",
+                                        "mark 2", "select 2", "title"));
+    document.Step();
+    Tick(1);
+    EXPECT_EQ(document.m_nCurrentLine, 3);
+    document.SetView(nullptr);
+}
+
+TEST_F(RunCycle, StepNeverStopsOnABreakpointAndMovesTheMarker) {
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
+    document.Start();
+    document.Stop();
+    ViewRecorder view;
+    view.breakpoint = 1;
+    document.SetView(&view);
+    document.Step();
+    Tick(1);
+    EXPECT_THAT(view.calls, ElementsAre("unmark 0", "mark 1", "select 1", "variables"));
+    EXPECT_EQ(document.m_nMarkedLine, 1);
+    document.SetView(nullptr);
+}
+
+TEST_F(RunCycle, MinimisedStepLeavesTheMarker) {
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B");
+    document.Start();
+    document.Stop();
+    document.SetMinimised(true);
+    document.Step();
+    Tick(1);
+    EXPECT_EQ(document.m_nMarkedLine, 0);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+}
+
+TEST_F(RunCycle, RunningLineIsReportedToTheConsoleAboutOnceASecond) {
+    ConsoleRecorder console;
+    services.console = &console;
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C\nLOCAL D\nLOCAL E");
+    document.m_bLineReportSend = true;
+    document.Start();
+    for (int i = 0; i < 4; ++i) {
+        document.m_nPaceCounter = 0;
+        document.ExecuteStep();
+        clock.Advance(1000);
+    }
+    EXPECT_THAT(console.calls, ElementsAre("main.kx line 1", "main.kx line 3"));
+}
+
+TEST_F(RunCycle, StepWithoutControlReportsTheState) {
+    ConsoleRecorder console;
+    services.console = &console;
+    CKalvexDoc& document = Open("LOCAL A\nLOCAL B");
+    document.Start();
+    document.Stop();
+    document.m_bControlAllowed = false;
+    document.Step();
+    Tick(1);
+    EXPECT_THAT(console.calls, ElementsAre("main.kx state 9 word 6 line 1"));
+}
+
+TEST_F(RunCycle, ConsoleClientSendsCommandsAndInterpretsNothing) {
+    ConsoleRecorder console;
+    services.console = &console;
+    services.consoleClient = true;
+    CKalvexDoc& document = Open("LOCAL A");
+    EXPECT_FALSE(document.Start());
+    document.Stop();
+    document.Step();
+    document.Reset();
+    EXPECT_THAT(console.calls, ElementsAre("main.kx command 2", "main.kx command 4",
+                                           "main.kx command 8", "main.kx command 6"));
+    document.m_bRunning = true;
+    EXPECT_FALSE(document.ExecuteStep());
+    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(RunCycle, ConsoleClientWithoutControlSendsNothing) {
+    ConsoleRecorder console;
+    services.console = &console;
+    services.consoleClient = true;
+    CKalvexDoc& document = Open("LOCAL A");
+    document.m_bControlAllowed = false;
+    EXPECT_FALSE(document.Start());
+    document.Stop();
+    document.Step();
+    document.Reset();
+    EXPECT_THAT(console.calls, IsEmpty());
+}
+
+TEST_F(RunCycle, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
+    struct Part final : CDocumentPart {
+        Part(std::vector<std::string>& record, std::string label)
+            : calls(record), name(std::move(label)) {}
+        ~Part() override { calls.push_back("destroy " + name); }
+        void ClearRunState() override { calls.push_back("clear " + name); }
+        std::vector<std::string>& calls;
+        std::string name;
+    };
+    std::vector<std::string> calls;
+    auto document = std::make_unique<CKalvexDoc>(services);
+    document->GetPart<Part>(DocumentPart::LinkTests, calls, "links");
+    document->GetPart<Part>(DocumentPart::ReportNotifications, calls, "notify");
+    document->GetPart<Part>(DocumentPart::Processes, calls, "processes");
+    EXPECT_EQ(&document->GetPart<Part>(DocumentPart::LinkTests, calls, "second"),
+              &document->GetPart<Part>(DocumentPart::LinkTests, calls, "third"));
+    document.reset();
+    EXPECT_THAT(calls, ElementsAre("clear notify", "clear processes", "clear links",
+                                   "destroy notify", "destroy processes", "destroy links"));
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,134 @@
+#include <gmock/gmock.h>
+
+#include "engine/script_world.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+class ScriptErrors : public ScriptWorld {};
+
+TEST_F(ScriptErrors, EveryCodeHasItsMessage) {
+    const std::vector<std::string> expected = {
+        "Brak błędów",
+        "Nieznane słowo kluczowe",
+        "Błędna nazwa zmiennej",
+        "Zmienna nie została poprawnie zdefiniowana",
+        "Błąd w wyrażeniu SET",
+        "Nie znaleziono operatora podstawienia",
+        "Nie znaleziono etykiety",
+        "Nie znaleziono procedury",
+        "Nie zdefiniowano pliku",
+        "Błąd otwarcia pliku",
+        "Nie znaleziono poprawnego operatora warunkowego",
+        "Inny błąd",
+        "Przepełnienie stosu",
+        "Błąd w zapisie funkcji",
+        "Błąd w równaniu matematycznym",
+        "Błąd pobrania wartości zdalnej zmiennej",
+        "Błąd obliczenia wyrażenia",
+        "Wystąpił znak spoza tablicy ASCII",
+        "Nie znaleziono właściwego operatora",
+        "Błąd podczas pobierania łańcucha znaków",
+        "Błąd podczas pobierania wartości liczbowej",
+        "Niewłaściwy typ zmiennej",
+        "Nieprawidłowe lub brakujące argumenty wyrażenia",
+        "Deklarowana nazwa zmiennej zawiera znak kropki",
+        "Nie znaleziono dla instrukcji IF definicji zakończenia - ENDIF",
+        "Brak instrukcji IF...THEN dla użytej komendy ENDIF",
+        "Brak instrukcji ENDIF dla instrukcji IF...THEN",
+        "Oczekiwanie na pobranie danych bieżących",
+    };
+    const CKalvexDoc document(services);
+    for (std::size_t code = 0; code < expected.size(); ++code) {
+        EXPECT_EQ(ToUtf8(document.GetErrorMessage(static_cast<int>(code))), expected[code]);
+    }
+    EXPECT_EQ(ToUtf8(document.GetErrorMessage(28)), "Inny błąd (28)");
+    EXPECT_EQ(ToUtf8(document.GetErrorMessage(-1)), "Inny błąd (-1)");
+}
+
+TEST_F(ScriptErrors, MessagesPassThroughTheTranslatorButForTheMissingComparison) {
+    struct Marker final : Translator {
+        std::string Translate(const char* polish) const override {
+            return "<" + FromUtf8(polish) + ">";
+        }
+    } marker;
+    const DocumentServices translated{
+        {clock, log, marker, users, paths, Functions()}, Statements(), questions};
+    const CKalvexDoc document(translated);
+    EXPECT_EQ(ToUtf8(document.GetErrorMessage(16)), "<Błąd obliczenia wyrażenia>");
+    EXPECT_EQ(ToUtf8(document.GetErrorMessage(18)), "Nie znaleziono właściwego operatora");
+    EXPECT_EQ(document.FormatErrorReport(0, 0, ""), FromUtf8("< : Linia >1 - <Brak błędów>"));
+}
+
+TEST_F(ScriptErrors, ReportNamesLineMessageAndText) {
+    const CKalvexDoc document(services);
+    EXPECT_EQ(ToUtf8(document.FormatErrorReport(11, ErrorUnknownKeyword, "FOO")),
+              " : Linia 12 - Nieznane słowo kluczowe : FOO");
+    EXPECT_EQ(ToUtf8(document.FormatErrorReport(0, ErrorOther, "")), " : Linia 1 - Inny błąd");
+}
+
+TEST_F(ScriptErrors, FirstSpecificErrorStands) {
+    CKalvexDoc document(services);
+    document.SetError(ErrorExpression, "pierwszy", false);
+    document.SetError(ErrorUndefinedVariable, "drugi", false);
+    EXPECT_EQ(Error(document), "16 pierwszy");
+}
+
+TEST_F(ScriptErrors, GeneralErrorGivesWay) {
+    CKalvexDoc document(services);
+    document.SetError(ErrorOther, "", false);
+    document.SetError(ErrorUndefinedVariable, "x", false);
+    EXPECT_EQ(Error(document), "3 x");
+    document.SetError(ErrorOther, "", false);
+    EXPECT_EQ(Error(document), "3 x");
+}
+
+TEST_F(ScriptErrors, ForceReplaces) {
+    CKalvexDoc document(services);
+    document.SetError(ErrorExpression, "pierwszy", false);
+    document.SetError(ErrorUndefinedVariable, "drugi", true);
+    EXPECT_EQ(Error(document), "3 drugi");
+}
+
+TEST_F(ScriptErrors, UnknownKeywordIsNamedInUpperCase) {
+    CKalvexDoc& document = Run("foo bar");
+    EXPECT_EQ(Error(document), "1 FOO");
+    EXPECT_EQ(Log().back(), "main.kx : Linia 1 - Nieznane słowo kluczowe : FOO");
+    EXPECT_EQ(Error(Run("żółw")), "1 ŻÓŁW");
+    EXPECT_EQ(Error(Run("\"tekst")), "1 \"");
+}
+
+TEST_F(ScriptErrors, StatementThatFailsWithoutAReasonIsTheGeneralError) {
+    CKalvexDoc& document = Run("REMOTE A \"srv@");
+    EXPECT_EQ(Error(document), "11");
+    EXPECT_EQ(Log().back(), "main.kx : Linia 1 - Inny błąd");
+}
+
+TEST_F(ScriptErrors, KeywordsInAnyCase) {
+    CKalvexDoc& document = Run("local A = 1\nSet A = A + 1");
+    EXPECT_EQ(Value(document, "A"), "171:2.00");
+}
+
+TEST_F(ScriptErrors, BlankLinesCommentsAndLabelsSucceed) {
+    CKalvexDoc& document = Run("   \n;\n   ; tekst\n  :label\n: label\n\t\nLOCAL A");
+    EXPECT_EQ(document.m_nCurrentLine, 7);
+    EXPECT_EQ(Error(document), "0");
+    EXPECT_EQ(Value(document, "A"), "255:");
+}
+
+TEST_F(ScriptErrors, TabsAreBlanksAlsoInStrings) {
+    CKalvexDoc& document = Run("\tLOCAL\tA\t=\t\"x\ty\"");
+    EXPECT_EQ(Value(document, "A"), "190:x y");
+}
+
+TEST_F(ScriptErrors, FinishedScriptKeepsItsErrorSlot) {
+    CKalvexDoc& document = Run("LOCAL A = 1");
+    document.SetError(ErrorBadSet, "x", true);
+    EXPECT_TRUE(document.ExecuteLine());
+    EXPECT_EQ(Error(document), "4 x");
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,86 @@
+#include "engine/script_world.h"
+
+#include <unistd.h>
+
+namespace kalvex {
+
+std::filesystem::path ScriptWorld::MakeFolder() {
+    std::string pattern = testing::TempDir() + "kalvexXXXXXX";
+    return mkdtemp(pattern.data());
+}
+
+ScriptWorld::ScriptWorld()
+    : folder(MakeFolder()),
+      paths(folder.string()),
+      services{
+          {clock, log, translator, users, paths, Functions()}, Statements(), questions, &sources} {}
+
+ScriptWorld::~ScriptWorld() {
+    documents.clear();
+    std::filesystem::remove_all(folder);
+}
+
+void ScriptWorld::WriteFile(const std::string& name, std::string_view text) {
+    std::string bytes;
+    for (char c : FromUtf8(text)) {
+        if (c == '\n') bytes += '\r';
+        bytes += c;
+    }
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile((folder / name).string(), bytes, error)) << error;
+}
+
+CKalvexDoc& ScriptWorld::Open(std::string_view text, const std::string& name) {
+    WriteFile(name, text);
+    CKalvexDoc& document = *documents.emplace_back(std::make_unique<CKalvexDoc>(services));
+    std::string error;
+    EXPECT_TRUE(document.Open(name, error)) << error;
+    ticks.Add(document);
+    return document;
+}
+
+CKalvexDoc& ScriptWorld::Run(std::string_view text, int count) {
+    CKalvexDoc& document = Open(text);
+    document.Start();
+    document.m_nPriority = 1;
+    Tick(count);
+    return document;
+}
+
+void ScriptWorld::Tick(int count) {
+    for (int i = 0; i < count; ++i) ticks.RunTick();
+}
+
+std::string ScriptWorld::Error(const CKalvexDoc& document) {
+    std::string text = std::to_string(document.m_nErrorCode);
+    if (!document.m_strErrorText.empty()) text += " " + ToUtf8(document.m_strErrorText);
+    return text;
+}
+
+std::string ScriptWorld::Value(CKalvexDoc& document, std::string_view name, ValueKind kind) {
+    CVariable* variable = document.Variables().Find(FromUtf8(name));
+    if (variable == nullptr) return "missing";
+    if (variable->GetKind() == VariableList) {
+        std::string text = "[";
+        for (const CVal& element : static_cast<CVariableList*>(variable)->Elements()) {
+            if (text.size() > 1) text += ' ';
+            text += ToUtf8(ValueToText(element));
+        }
+        return text + "]";
+    }
+    CVal value;
+    if (variable->GetValue(value, kind, 1) == 0) return "unreadable";
+    return std::to_string(value.GetType()) + ":" + ToUtf8(ValueToText(value));
+}
+
+std::vector<std::string> ScriptWorld::Log(int level) const {
+    std::vector<std::string> lines;
+    const std::string prefix = folder.string() + "/";
+    for (const auto& [lineLevel, text] : log.lines) {
+        if (lineLevel > level) continue;
+        lines.push_back(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
+    }
+    return lines;
+}
+
+}  // namespace kalvex

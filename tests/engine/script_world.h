@@ -1,0 +1,151 @@
+// A world for scripts in tests: a virtual clock, a log that keeps its lines, a folder of its own
+// for script files, and sources whose variables are set by hand. Texts in and out are UTF-8.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/ScriptDocument.h"
+#include "engine/Tick.h"
+#include "language/Functions.h"
+#include "language/Statements.h"
+#include "platform/CodePage.h"
+#include "platform/Files.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+class LogRecorder final : public LogSink {
+  public:
+    void Log(std::string_view text, int level) override { lines.emplace_back(level, ToUtf8(text)); }
+
+    std::vector<std::pair<int, std::string>> lines;
+};
+
+class FixedUsers final : public Users {
+  public:
+    std::string GetActiveUserName() const override { return name; }
+    std::string GetActiveUserDescription() const override { return description; }
+    std::string GetAccountName() const override { return "operator"; }
+
+    std::string name;
+    std::string description;
+};
+
+class AnsweredQuestions final : public Questions {
+  public:
+    bool AskYesNo(std::string_view text) override {
+        asked.push_back(ToUtf8(text));
+        return answer;
+    }
+
+    std::vector<std::string> asked;
+    bool answer = true;
+};
+
+// A server variable as the tests set it.
+class HandRemote final : public CVariable {
+  public:
+    using CVariable::CVariable;
+
+    VariableKind GetKind() const override { return VariableRemote; }
+    int GetValue(CVal& out, int, int) override {
+        out = value;
+        return result;
+    }
+    int SetValue(const CVal& written, int) override {
+        value = written;
+        return 1;
+    }
+    int GetValueType(int, int) override { return value.GetType(); }
+    int SetLocked(bool flag) override {
+        locked = flag;
+        return 1;
+    }
+    int SetIgnoreUnknown(bool flag) override {
+        ignoreUnknown = flag;
+        return 1;
+    }
+    int IsReady(int) override { return ready ? 1 : 0; }
+    int IsArchived() override { return 1; }
+    std::string GetUnit() override { return FromUtf8("m³/h"); }
+    std::string GetDescription() override { return FromUtf8("Przepływ"); }
+
+    CVal value;
+    int result = ReadNothing;
+    bool locked = false;
+    bool ignoreUnknown = false;
+    bool ready = true;
+};
+
+class HandSources final : public CScriptSources {
+  public:
+    std::unique_ptr<CVariable> CreateRemote(CKalvexDoc&, std::string_view name,
+                                            std::string_view source,
+                                            std::string_view variable) override {
+        calls.push_back("create " + ToUtf8(source) + "@" + ToUtf8(variable));
+        return std::make_unique<HandRemote>(name);
+    }
+    void ReleaseRemote(CVariable& variable) override {
+        calls.push_back("release " + ToUtf8(variable.GetName()));
+    }
+    void BlockSubscribe() override { calls.push_back("block"); }
+    void UnblockSubscribe(bool reset) override {
+        calls.push_back(reset ? "unblock all" : "unblock");
+    }
+    std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override {
+        const auto found = servers.find(ToUtf8(source));
+        if (found == servers.end()) return std::nullopt;
+        return found->second;
+    }
+
+    std::vector<std::string> calls;
+    std::map<std::string, std::vector<std::string>> servers;
+};
+
+class ScriptWorld : public testing::Test {
+  protected:
+    static constexpr std::int64_t kStart = 1710050400;  // 2024-03-10 06:00:00 GMT
+
+    ScriptWorld();
+    ~ScriptWorld() override;
+
+    // Writes a file of this text (LF becomes CR LF) into the world's folder.
+    void WriteFile(const std::string& name, std::string_view text);
+    // A document of the text in main.kx, part of the ticks, not started.
+    CKalvexDoc& Open(std::string_view text, const std::string& name = "main.kx");
+    // The same, started, at PRIORITY 1 so that a tick runs up to ten lines, and ticked.
+    CKalvexDoc& Run(std::string_view text, int ticks = 50);
+    void Tick(int count);
+
+    // The error slot as "code text", or "0" where there is none.
+    static std::string Error(const CKalvexDoc& document);
+    // A variable's current value as "type:text", a list as its texts in brackets.
+    static std::string Value(CKalvexDoc& document, std::string_view name,
+                             ValueKind kind = KindCurrent);
+    // Log lines at or below the level, the world's folder left out.
+    std::vector<std::string> Log(int level = LogErrors) const;
+
+    std::filesystem::path folder;
+    VirtualClock clock{kStart};
+    LogRecorder log;
+    Translator translator;
+    FixedUsers users;
+    Paths paths;
+    AnsweredQuestions questions;
+    HandSources sources;
+    DocumentServices services;
+    CTickRunner ticks;
+    std::vector<std::unique_ptr<CKalvexDoc>> documents;
+
+  private:
+    static std::filesystem::path MakeFolder();
+};
+
+}  // namespace kalvex
