@@ -24,6 +24,8 @@ struct TimeFields {
     int minute = 0;
     int second = 0;
     int dayOfWeek = 0;  // 1 Sunday to 7 Saturday; not read when a time is built
+
+    bool operator==(const TimeFields&) const = default;
 };
 
 // The local calendar of a time, negative ones included, as the C library has it. False, with `out`
