@@ -12,4 +12,8 @@ bool ReadWholeFile(const std::string& path, std::string& content, std::string& e
 // Replaces the file's content; false with the system's words in `error`.
 bool WriteWholeFile(const std::string& path, std::string_view content, std::string& error);
 
+// Makes the file, for its owner alone to read and write, unless it is there; false with the
+// system's words in `error`.
+bool MakePrivateFile(const std::string& path, std::string& error);
+
 }  // namespace kalvex

@@ -68,4 +68,9 @@ bool WriteWholeFile(const std::string& path, std::string_view content, std::stri
     return ::close(file.Release()) == 0 || Fail(error);
 }
 
+bool MakePrivateFile(const std::string& path, std::string& error) {
+    const Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    return file.Get() >= 0 || Fail(error);
+}
+
 }  // namespace kalvex

@@ -1,0 +1,36 @@
+#include "platform/MainLoop.h"
+
+#include <utility>
+
+namespace kalvex {
+
+void PostedWork::Post(std::function<void()> work) {
+    bool wasEmpty;
+    {
+        const std::lock_guard lock(m_mutex);
+        wasEmpty = m_arrWork.empty();
+        m_arrWork.push_back(std::move(work));
+    }
+    m_posted.notify_one();
+    if (wasEmpty) m_wake();
+}
+
+bool PostedWork::Run() {
+    std::vector<std::function<void()>> work;
+    {
+        const std::lock_guard lock(m_mutex);
+        work.swap(m_arrWork);
+    }
+    for (const std::function<void()>& piece : work) piece();
+    return !work.empty();
+}
+
+void PostedWork::WaitAndRun() {
+    {
+        std::unique_lock lock(m_mutex);
+        m_posted.wait(lock, [this] { return !m_arrWork.empty(); });
+    }
+    Run();
+}
+
+}  // namespace kalvex

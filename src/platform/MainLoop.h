@@ -1,0 +1,41 @@
+// The main thread's inbox: other threads hand their results over here, and nothing else crosses.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace kalvex {
+
+class MainLoop {
+  public:
+    virtual ~MainLoop() = default;
+
+    // Has the work done on the main thread, after all that was posted before. Any thread.
+    virtual void Post(std::function<void()> work) = 0;
+};
+
+// An inbox that is emptied by hand: the heart of the loops that wait for the system, and the loop
+// of the tests.
+class PostedWork final : public MainLoop {
+  public:
+    // `wake` is called, on the posting thread, whenever the inbox stops being empty.
+    explicit PostedWork(std::function<void()> wake = [] {}) : m_wake(std::move(wake)) {}
+
+    void Post(std::function<void()> work) override;
+
+    // Does what was posted up to now; false when there was nothing. Main thread.
+    bool Run();
+
+    // Waits until something is posted, then does it. Main thread.
+    void WaitAndRun();
+
+  private:
+    std::function<void()> m_wake;
+    std::mutex m_mutex;
+    std::condition_variable m_posted;
+    std::vector<std::function<void()>> m_arrWork;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,41 @@
+#include "platform/UserDirectory.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "platform/AddressRange.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kHighestLevel = 100;
+
+std::optional<int> LevelOf(std::string_view right) {
+    int level = -1;
+    const auto [end, error] = std::from_chars(right.data(), right.data() + right.size(), level);
+    const bool whole = error == std::errc() && end == right.data() + right.size();
+    if (!whole || level < 0 || level > kHighestLevel) return std::nullopt;
+    return level;
+}
+
+}  // namespace
+
+bool IsRightText(std::string_view right) {
+    return LevelOf(right) || right.find_first_not_of("0123456789") != std::string_view::npos;
+}
+
+bool MayComeFrom(const UserRecord& user, std::string_view address) {
+    if (user.addresses.empty() || address.empty()) return true;
+    return std::any_of(user.addresses.begin(), user.addresses.end(),
+                       [address](const std::string& range) { return IsInRange(address, range); });
+}
+
+bool HasRight(const UserRecord& user, std::string_view right, std::string_view address) {
+    if (!MayComeFrom(user, address)) return false;
+    if (const std::optional<int> level = LevelOf(right)) return user.level >= *level;
+    return std::find(user.groups.begin(), user.groups.end(), right) != user.groups.end();
+}
+
+}  // namespace kalvex

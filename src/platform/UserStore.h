@@ -1,0 +1,47 @@
+// The users in an SQLite file. Several programs may have the file open; each operation sees what
+// the last one left. Main thread. Reasons are engine texts.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/PasswordHash.h"
+#include "platform/Sqlite.h"
+#include "platform/UserDirectory.h"
+
+namespace kalvex {
+
+class UserStore final : public UserDirectory {
+  public:
+    explicit UserStore(PasswordCost cost = PasswordCost::Interactive) : m_cost(cost) {}
+
+    // Makes the file, for nobody but its owner to read, if it is not there.
+    bool Open(const std::string& path, std::string& error);
+
+    // False for a user whose name is taken, a name or a level that cannot be, a group without a
+    // name or one that reads as a level, an address that is none. Names are one whatever the case
+    // of their letters.
+    bool Add(const UserRecord& user, std::string_view password, std::string& error);
+    bool SetPassword(std::string_view name, std::string_view password, std::string& error);
+    bool Remove(std::string_view name, std::string& error);
+    bool List(std::vector<UserRecord>& users, std::string& error) const;  // by name
+
+    // The user, with the hash of the password if it is asked for.
+    std::optional<UserRecord> Find(std::string_view name, std::string* hash = nullptr) const;
+
+    bool CheckUserRight(std::string_view user, std::string_view right,
+                        std::string_view address) const override;
+    int GetUserRightLevel(std::string_view user, std::string_view address) const override;
+    bool IsUserADAccount(std::string_view) const override { return false; }
+    std::vector<std::string> GetGroups() const override;
+
+  private:
+    bool Fail(std::string& error) const;
+
+    PasswordCost m_cost;
+    mutable SqliteDatabase m_database;
+};
+
+}  // namespace kalvex

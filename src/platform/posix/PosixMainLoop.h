@@ -1,0 +1,47 @@
+// The main loop of a program: posted work, periodic work, signals. Main thread, but for Post.
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+#include <functional>
+#include <map>
+
+#include "platform/MainLoop.h"
+
+namespace kalvex {
+
+class PosixMainLoop final : public MainLoop {
+  public:
+    // Made before any other thread, so that all threads inherit the blocking of the signals. The
+    // system refuses descriptors only when it is out of them; the program then ends.
+    PosixMainLoop();
+    ~PosixMainLoop() override;
+    PosixMainLoop(const PosixMainLoop&) = delete;
+    PosixMainLoop& operator=(const PosixMainLoop&) = delete;
+
+    void Post(std::function<void()> work) override { m_work.Post(std::move(work)); }
+
+    // From now on the signal calls the handler instead of what the system does with it.
+    void OnSignal(int signal, std::function<void()> handler);
+
+    // Calls `work` every so many milliseconds while Run lasts. A call that comes late is not made
+    // up for.
+    void Every(std::int64_t milliseconds, std::function<void()> work);
+
+    // Until Quit has been called from within.
+    void Run();
+    void Quit() { m_fQuit = true; }
+
+  private:
+    void ReadSignals();
+
+    int m_fdWake;
+    int m_fdSignals;
+    bool m_fQuit = false;
+    sigset_t m_signals;
+    std::map<int, std::function<void()>> m_mapSignals;
+    std::map<int, std::function<void()>> m_mapTimers;  // by descriptor
+    PostedWork m_work;
+};
+
+}  // namespace kalvex

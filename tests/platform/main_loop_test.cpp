@@ -1,0 +1,90 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/FileLock.h"
+#include "platform/posix/PosixMainLoop.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(PostedWorkTest, WorkIsDoneInOrderAndOnce) {
+    PostedWork loop;
+    std::vector<int> done;
+    EXPECT_FALSE(loop.Run());
+    loop.Post([&] { done.push_back(1); });
+    loop.Post([&] {
+        done.push_back(2);
+        loop.Post([&] { done.push_back(3); });
+    });
+    EXPECT_TRUE(done.empty());
+    EXPECT_TRUE(loop.Run());
+    EXPECT_THAT(done, ElementsAre(1, 2));
+    EXPECT_TRUE(loop.Run());
+    EXPECT_THAT(done, ElementsAre(1, 2, 3));
+    EXPECT_FALSE(loop.Run());
+}
+
+TEST(PostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
+    int wakes = 0;
+    PostedWork loop([&] { ++wakes; });
+    loop.Post([] {});
+    loop.Post([] {});
+    EXPECT_EQ(wakes, 1);
+    loop.Run();
+    loop.Post([] {});
+    EXPECT_EQ(wakes, 2);
+}
+
+TEST(PostedWorkTest, WaitsForAnotherThread) {
+    PostedWork loop;
+    std::thread::id doneOn;
+    std::thread other([&] { loop.Post([&] { doneOn = std::this_thread::get_id(); }); });
+    loop.WaitAndRun();
+    other.join();
+    EXPECT_EQ(doneOn, std::this_thread::get_id());
+}
+
+TEST(PosixMainLoopTest, DoesPostedWorkTimersAndSignals) {
+    PosixMainLoop loop;
+    std::vector<std::string> done;
+    loop.OnSignal(SIGUSR1, [&] {
+        done.push_back("signal");
+        loop.Quit();
+    });
+    int ticks = 0;
+    loop.Every(1, [&] {
+        if (++ticks == 3) std::raise(SIGUSR1);
+    });
+    std::thread other([&] { loop.Post([&] { done.push_back("posted"); }); });
+    other.join();
+    loop.Run();
+    EXPECT_THAT(done, ElementsAre("posted", "signal"));
+    EXPECT_GE(ticks, 3);
+}
+
+TEST(FileLockTest, OneHasItAtATime) {
+    const std::string path = testing::TempDir() + "kalvex_lock_test";
+    FileLock first;
+    FileLock second;
+    bool taken = true;
+    std::string error;
+    ASSERT_TRUE(first.Acquire(path, taken, error)) << error;
+    EXPECT_FALSE(second.Acquire(path, taken, error));
+    EXPECT_TRUE(taken);
+    first.Release();
+    EXPECT_TRUE(second.Acquire(path, taken, error)) << error;
+    EXPECT_FALSE(taken);
+    EXPECT_FALSE(first.Acquire(testing::TempDir() + "no/such/folder", taken, error));
+    EXPECT_FALSE(taken);
+    EXPECT_EQ(error, "No such file or directory");
+}
+
+}  // namespace
+}  // namespace kalvex
