@@ -1,5 +1,6 @@
 #include "language/Functions.h"
 
+#include "host/HostStatements.h"
 #include "values/FunctionFamilies.h"
 
 namespace kalvex {
@@ -21,6 +22,13 @@ constexpr FunctionRow kRows[] = {
     {"FACTORIAL", Factorial, "X", "Silnia ze zmiennej X"},
     {"INT", IntegerPart, "X", "Konwersja łańcucha znaków na wartość numeryczną typu całkowitego"},
     {"ROUND", Round, "X Y", "Zaokrąglenie zmiennej X do Y miejsca"},
+    {"READ_FILE", ReadFileFunction, "plik [<numer_sekcji>] [-A/-R <zmienna> <zmienna> ...]",
+     "Pobranie wartości zmiennych z pliku"},
+    {"WRITE_FILE", WriteFileFunction, "<pliku> [<numer_sekcji>] [-A/-R <zmienna> <zmienna> ...]",
+     "Zapisanie wartości zmiennych do pliku"},
+    {"SET_FILE", SetFileFunction,
+     "plik <numer_sekcji> <wartość> [-A/-R <zmienna> <zmienna> ...]",
+     "Ustawienie wartości zmiennych do pliku"},
 };
 
 }  // namespace

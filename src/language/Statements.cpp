@@ -1,6 +1,7 @@
 #include "language/Statements.h"
 
 #include "engine/StatementFamilies.h"
+#include "host/HostStatements.h"
 
 namespace kalvex {
 
@@ -27,6 +28,15 @@ constexpr StatementRow kRows[] = {
     {Keyword::Else, ExecuteElse, "ELSE", ""},
     {Keyword::Endif, ExecuteEndif, "ENDIF", ""},
     {Keyword::Goto, ExecuteGoto, "GOTO <etykieta>", ""},
+    {"READ_FILE", ExecuteReadFile,
+     "READ_FILE plik [<numer_sekcji>] [-A/-R <zmienna> <zmienna> ...]",
+     "Pobranie wartości zmiennych z pliku"},
+    {"WRITE_FILE", ExecuteWriteFile,
+     "WRITE_FILE <pliku> [<numer_sekcji>] [-A/-R <zmienna> <zmienna> ...]",
+     "Zapisanie wartości zmiennych do pliku"},
+    {"SET_FILE", ExecuteSetFile,
+     "SET_FILE plik <numer_sekcji> <wartość> [-A/-R <zmienna> <zmienna> ...]",
+     "Ustawienie wartości zmiennych do pliku"},
 };
 
 }  // namespace

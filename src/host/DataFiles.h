@@ -1,0 +1,27 @@
+// Variables kept in data files: the operations behind READ_FILE, WRITE_FILE and SET_FILE. Main
+// thread; an operation runs to its end within its line.
+#pragma once
+
+#include <string_view>
+
+#include "platform/FileStore.h"
+#include "values/ScriptContext.h"
+
+namespace kalvex {
+
+enum class DataFileResult {
+    Failed = 0,   // the reason is in the error slot
+    Nothing = 1,  // done, and nothing to report
+    Data = 2,     // done, with data
+};
+
+// `text` is what stands behind the keyword. Data: a line has named a variable of the script.
+DataFileResult ReadDataFile(CScriptContext& document, FileStore& files, std::string_view text);
+
+// The file that stood there becomes the backup and is the source of the new one; a write that fails
+// leaves the backup and no file, and so can be repeated. Data: the section is new, or a line of it
+// was carried over.
+DataFileResult WriteDataFile(CScriptContext& document, FileStore& files, std::string_view text);
+DataFileResult SetDataFile(CScriptContext& document, FileStore& files, std::string_view text);
+
+}  // namespace kalvex

@@ -1,0 +1,29 @@
+#include "host/host_world.h"
+
+namespace kalvex {
+
+std::string HostWorld::Run(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + line;
+    const CKalvexDoc& script = ScriptWorld::Run(text, static_cast<int>(lines.size()) + 1);
+    if (script.m_nCurrentLine == script.GetLineCount()) return "done";
+    return std::to_string(script.m_nCurrentLine + 1) + ": " + Error(script);
+}
+
+std::string HostWorld::Text(std::string_view name) {
+    const std::string typed = Typed(name);
+    return typed.substr(typed.find(':') + 1);
+}
+
+void HostWorld::Put(const std::string& name, std::string_view text) {
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile(PathOf(name), FromUtf8(text), error)) << error;
+}
+
+std::string HostWorld::Get(const std::string& name) const {
+    std::string content;
+    std::string error;
+    return ReadWholeFile(PathOf(name), content, error) ? ToUtf8(content) : error;
+}
+
+}  // namespace kalvex
