@@ -8,16 +8,13 @@
 #include "values/FormulaParser.h"
 #include "values/KeywordFunction.h"
 #include "values/ListAggregates.h"
+#include "values/Schedule.h"
 #include "values/TimeProperties.h"
 #include "values/ValueText.h"
 
 namespace kalvex {
 
 namespace {
-
-constexpr std::string_view kScheduleWords[] = {"@annually", "@yearly",      "@monthly",
-                                               "@weekly",   "@daily",       "@midnight",
-                                               "@hourly",   "@every_minute"};
 
 template <std::string (CVariable::*Getter)()>
 CVal TextOf(CVariable& variable) {
@@ -257,8 +254,7 @@ std::span<const VariablePropertyRow> VariableProperties() {
 bool EvaluateOperand(CScriptContext& document, std::string_view text, CVal& out, int wanted,
                      bool report) {
     text = TrimBlanks(text);
-    if (text.starts_with('@') &&
-        std::ranges::find(kScheduleWords, text) != std::end(kScheduleWords)) {
+    if (text.starts_with('@') && IsScheduleWord(text)) {
         out = CVal(text);
         return true;
     }

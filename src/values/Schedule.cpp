@@ -29,15 +29,15 @@ struct ScheduleWord {
 };
 
 constexpr ScheduleWord kWords[] = {
-    {"yearly", {kFirst, kFirst, kFirst, kFirst, kFirst, kAllWeek, kAnyDay}},
-    {"annually", {kFirst, kFirst, kFirst, kFirst, kFirst, kAllWeek, kAnyDay}},
-    {"monthly", {kFirst, kFirst, kFirst, kFirst, kAllMonths, kAllWeek, kAnyDay}},
-    {"weekly",
+    {"@yearly", {kFirst, kFirst, kFirst, kFirst, kFirst, kAllWeek, kAnyDay}},
+    {"@annually", {kFirst, kFirst, kFirst, kFirst, kFirst, kAllWeek, kAnyDay}},
+    {"@monthly", {kFirst, kFirst, kFirst, kFirst, kAllMonths, kAllWeek, kAnyDay}},
+    {"@weekly",
      {kFirst, kFirst, kFirst, kAllDays, kAllMonths, kSunday, ScheduleEntry::AnyDayOfMonth}},
-    {"daily", {kFirst, kFirst, kFirst, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
-    {"midnight", {kFirst, kFirst, kFirst, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
-    {"hourly", {kFirst, kFirst, kAllHours, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
-    {"every_minute", {kFirst, kAllMinutes, kAllHours, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
+    {"@daily", {kFirst, kFirst, kFirst, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
+    {"@midnight", {kFirst, kFirst, kFirst, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
+    {"@hourly", {kFirst, kFirst, kAllHours, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
+    {"@every_minute", {kFirst, kAllMinutes, kAllHours, kAllDays, kAllMonths, kAllWeek, kAnyDay}},
 };
 
 constexpr std::string_view kMonthNames[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
@@ -197,12 +197,21 @@ bool FitsWithin(const ScheduleEntry& entry, std::int64_t time, std::int64_t coun
     return false;
 }
 
+const ScheduleWord* FindWord(std::string_view text) {
+    const auto row = std::ranges::find(kWords, text, &ScheduleWord::word);
+    return row == std::end(kWords) ? nullptr : row;
+}
+
 }  // namespace
+
+bool IsScheduleWord(std::string_view text) {
+    return FindWord(text) != nullptr;
+}
 
 bool ReadScheduleEntry(std::string_view text, ScheduleEntry& entry) {
     if (text.starts_with('@')) {
-        const auto row = std::ranges::find(kWords, text.substr(1), &ScheduleWord::word);
-        if (row == std::end(kWords)) return false;
+        const ScheduleWord* row = FindWord(text);
+        if (row == nullptr) return false;
         entry = row->entry;
         return true;
     }

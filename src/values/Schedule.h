@@ -24,6 +24,9 @@ struct ScheduleEntry {
     unsigned flags = 0;
 };
 
+// True for exactly one of the words: "@daily" and its kin.
+bool IsScheduleWord(std::string_view text);
+
 // False, with `entry` undefined, for a text that is no entry. Any bytes may stand in it; the work
 // is linear in its length.
 bool ReadScheduleEntry(std::string_view text, ScheduleEntry& entry);

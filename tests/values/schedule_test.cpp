@@ -320,6 +320,7 @@ TEST_F(ScheduleWords, FitAtTheirMoments) {
         std::string list;
         for (const std::int64_t time : times) list += MatchScheduleEntry(word, time) ? '1' : '0';
         EXPECT_EQ(list, fits) << word;
+        EXPECT_TRUE(IsScheduleWord(word));
     }
 }
 
@@ -328,6 +329,7 @@ TEST_F(ScheduleWords, AreComparedExactly) {
                               "@reboot", "@dail", "@dailyx", "@every_second", "\"@daily\""}) {
         ScheduleEntry out;
         EXPECT_FALSE(ReadScheduleEntry(entry, out)) << entry;
+        EXPECT_FALSE(IsScheduleWord(entry)) << entry;
     }
 }
 
