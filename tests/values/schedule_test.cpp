@@ -448,6 +448,15 @@ TEST_F(ScheduleQuestions, ToleranceAgreesWithSingleSeconds) {
     }
 }
 
+// Clocks go from 02:00:30 to 03:00:30.
+TEST(ScheduleElsewhere, ToleranceSeesAChangeWithinAMinute) {
+    const ZoneScope zone("STD0DST-1,M3.5.0/2:00:30,M10.5.0/3");
+    const auto two = static_cast<std::int32_t>(Gmt(2024, 3, 31, 2));
+    EXPECT_FALSE(CheckEventTime("40 0 2 * * *", two, 120, 0));
+    EXPECT_TRUE(CheckEventTime("40 0 3 * * *", two, 41, 0));
+    EXPECT_FALSE(CheckEventTime("40 0 3 * * *", two, 40, 0));
+}
+
 // Whatever the text, the question ends, a trailing blank changes nothing, and neither does the form
 // in which it is asked.
 TEST_F(RandomEntries, AnyTextIsAnswered) {
