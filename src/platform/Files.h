@@ -6,6 +6,12 @@
 
 namespace kalvex {
 
+enum class FileRead { Complete, NotOpened, Broken };
+
+// `content` is what was read, also up to a break; `error` holds the system's words for a failure. A
+// folder is no file that opens.
+FileRead ReadFile(const std::string& path, std::string& content, std::string& error);
+
 // False with the system's words in `error` when the file cannot be read to its end.
 bool ReadWholeFile(const std::string& path, std::string& content, std::string& error);
 

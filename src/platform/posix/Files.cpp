@@ -34,24 +34,32 @@ bool Fail(std::string& error) {
 
 }  // namespace
 
-bool ReadWholeFile(const std::string& path, std::string& content, std::string& error) {
+FileRead ReadFile(const std::string& path, std::string& content, std::string& error) {
     content.clear();
     Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.Get() < 0) return Fail(error);
     struct stat info {};
-    if (::fstat(file.Get(), &info) == 0 && info.st_size > 0) {
-        content.reserve(static_cast<std::size_t>(info.st_size));
+    const bool opened = file.Get() >= 0 && ::fstat(file.Get(), &info) == 0;
+    if (opened && S_ISDIR(info.st_mode)) errno = EISDIR;
+    if (!opened || S_ISDIR(info.st_mode)) {
+        Fail(error);
+        return FileRead::NotOpened;
     }
+    if (info.st_size > 0) content.reserve(static_cast<std::size_t>(info.st_size));
     char buffer[65536];
     for (;;) {
         const ssize_t count = ::read(file.Get(), buffer, sizeof buffer);
-        if (count == 0) return true;
+        if (count == 0) return FileRead::Complete;
         if (count > 0) {
             content.append(buffer, static_cast<std::size_t>(count));
         } else if (errno != EINTR) {
-            return Fail(error);
+            Fail(error);
+            return FileRead::Broken;
         }
     }
+}
+
+bool ReadWholeFile(const std::string& path, std::string& content, std::string& error) {
+    return ReadFile(path, content, error) == FileRead::Complete;
 }
 
 bool WriteWholeFile(const std::string& path, std::string_view content, std::string& error) {

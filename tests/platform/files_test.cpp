@@ -1,0 +1,73 @@
+#include "platform/Files.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace kalvex {
+namespace {
+
+using namespace std::string_literals;
+
+class FilesTest : public testing::Test {
+  protected:
+    FilesTest() {
+        std::string name = (std::filesystem::temp_directory_path() / "kalvex-XXXXXX").string();
+        folder = mkdtemp(name.data());
+    }
+    ~FilesTest() override { std::filesystem::remove_all(folder); }
+
+    std::string folder;
+    std::string content = "old";
+    std::string error;
+};
+
+TEST_F(FilesTest, BytesComeBackAsTheyWereWritten) {
+    std::string bytes;
+    for (int c = 0; c < 256; ++c) bytes += static_cast<char>(c);
+    for (int i = 0; i < 10; ++i) bytes += bytes.substr(0, 20000);
+    EXPECT_TRUE(WriteWholeFile(folder + "/a", bytes, error));
+    EXPECT_EQ(ReadFile(folder + "/a", content, error), FileRead::Complete);
+    EXPECT_EQ(content, bytes);
+    EXPECT_TRUE(ReadWholeFile(folder + "/a", content, error));
+}
+
+TEST_F(FilesTest, WritingReplacesTheContent) {
+    EXPECT_TRUE(WriteWholeFile(folder + "/a", "dłuższy", error));
+    EXPECT_TRUE(WriteWholeFile(folder + "/a", "", error));
+    EXPECT_TRUE(ReadWholeFile(folder + "/a", content, error));
+    EXPECT_EQ(content, "");
+}
+
+TEST_F(FilesTest, MissingFileDoesNotOpen) {
+    EXPECT_EQ(ReadFile(folder + "/a", content, error), FileRead::NotOpened);
+    EXPECT_EQ(content, "");
+    EXPECT_EQ(error, "No such file or directory");
+    EXPECT_FALSE(ReadWholeFile(folder + "/a", content, error));
+}
+
+TEST_F(FilesTest, FolderDoesNotOpen) {
+    EXPECT_EQ(ReadFile(folder, content, error), FileRead::NotOpened);
+    EXPECT_EQ(error, "Is a directory");
+}
+
+TEST_F(FilesTest, ReadThatFailsIsBroken) {
+    EXPECT_EQ(ReadFile("/proc/self/mem", content, error), FileRead::Broken);
+    EXPECT_EQ(error, "Input/output error");
+    EXPECT_FALSE(ReadWholeFile("/proc/self/mem", content, error));
+}
+
+TEST_F(FilesTest, FileOfUnknownLengthIsReadToItsEnd) {
+    EXPECT_EQ(ReadFile("/proc/self/cmdline", content, error), FileRead::Complete);
+    EXPECT_NE(content, "");
+}
+
+TEST_F(FilesTest, FolderThatIsMissingTakesNoFile) {
+    EXPECT_FALSE(WriteWholeFile(folder + "/brak/a", "x", error));
+    EXPECT_EQ(error, "No such file or directory");
+}
+
+}  // namespace
+}  // namespace kalvex
