@@ -9,6 +9,10 @@ namespace {
 
 // keyword, handler, forms as the help shows them (one a line), help text
 constexpr StatementRow kRows[] = {
+    {Keyword::Procedure, ExecuteProcedure,
+     "PROCEDURE nazwa([parametr1,parametr2...]) BEGIN ... END", ""},
+    {Keyword::Begin, ExecuteBegin, "BEGIN", ""},
+    {Keyword::End, ExecuteEnd, "END", ""},
     {"LOCAL", ExecuteLocal,
      "LOCAL <nazwa_zmiennej>\nLOCAL <nazwa_zmiennej> = <zmienna>\nLOCAL <nazwa_zmiennej> = "
      "<wartość>",
@@ -28,6 +32,7 @@ constexpr StatementRow kRows[] = {
     {Keyword::Else, ExecuteElse, "ELSE", ""},
     {Keyword::Endif, ExecuteEndif, "ENDIF", ""},
     {Keyword::Goto, ExecuteGoto, "GOTO <etykieta>", ""},
+    {Keyword::Call, ExecuteCall, "CALL nazwa([parametr1,parametr2...])", ""},
     {"READ_FILE", ExecuteReadFile,
      "READ_FILE plik [<numer_sekcji>] [-A/-R <zmienna> <zmienna> ...]",
      "Pobranie wartości zmiennych z pliku"},

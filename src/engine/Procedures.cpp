@@ -1,0 +1,144 @@
+#include "engine/Procedures.h"
+
+#include <utility>
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "engine/StatementFamilies.h"
+
+namespace kalvex {
+
+namespace {
+
+// Walks through an argument list from behind its first "(" and hands over each item that a "," or
+// ")" ends. Blanks are dropped; a "," or ")" that meets an empty item begins it.
+template <class Take>
+void ForEachArgument(std::string_view text, Take take) {
+    const std::size_t open = text.find('(');
+    if (open == std::string_view::npos) return;
+    std::string item;
+    for (const char c : text.substr(open + 1)) {
+        if (c == ' ') continue;
+        if (item.empty() || (c != ',' && c != ')')) {
+            item += c;
+        } else {
+            take(std::exchange(item, {}));
+        }
+    }
+}
+
+int FindProcedure(CKalvexDoc& document, std::string_view name) {
+    for (int i = 0, count = document.GetLineCount(); i < count; ++i) {
+        std::string_view line = document.GetLine(i);
+        if (NextToken(line) == Keyword::Procedure && ProcedureName(line) == name) return i;
+    }
+    return -1;
+}
+
+bool CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view text) {
+    const std::string name(ProcedureName(text));  // the search moves on from this line's text
+    if (name.empty()) return document.StopOnError(ErrorNoProcedure, "");
+    ForEachArgument(text, [&](std::string item) {
+        frame.arrArgs.push_back({.strActual = std::move(item), .strFormal = {}});
+    });
+    const int head = FindProcedure(document, name);
+    if (head < 0) return document.StopOnError(ErrorNoProcedure, "");
+
+    std::string_view line = document.GetLine(head);
+    NextToken(line);
+    auto next = frame.arrArgs.begin();
+    ForEachArgument(line, [&](std::string item) {
+        if (next != frame.arrArgs.end()) (next++)->strFormal = std::move(item);
+    });
+    document.m_nCurrentLine = head;
+    return true;
+}
+
+// The arguments of a nested call are rewritten where they stand, so that they arrive as those of
+// the outer call and a frame never has to look into another.
+std::string RewriteArguments(const CCallFrame& frame, std::string_view text) {
+    const std::size_t open = text.find('(');
+    if (open == std::string_view::npos) return std::string(text);
+    std::string result(text.substr(0, open + 1));
+    ForEachArgument(text, [&](const std::string& item) {
+        const std::string replacement = LookupArgument(frame, item);
+        result += replacement.empty() ? item : replacement;
+        result += ',';
+    });
+    if (result.back() == ',') result.pop_back();
+    result += ')';
+    return result;
+}
+
+}  // namespace
+
+std::string_view ProcedureName(std::string_view text) {
+    const std::size_t start = text.find_first_not_of(' ');
+    if (start == std::string_view::npos) return {};
+    text.remove_prefix(start);
+    const std::size_t end = text.find_first_of("( ");
+    return end == std::string_view::npos ? std::string_view{} : text.substr(0, end);
+}
+
+std::string LookupArgument(const CCallFrame& frame, std::string_view token) {
+    const std::size_t dot = token.find('.');
+    const bool hasSuffix = dot != std::string_view::npos && dot > 0;
+    const std::string_view name = hasSuffix ? token.substr(0, dot) : token;
+    for (const CCallArg& argument : frame.arrArgs) {
+        if (argument.strFormal != name) continue;
+        return argument.strActual + std::string(token.substr(name.size()));
+    }
+    return {};
+}
+
+std::string RewriteLine(const CCallFrame& frame, std::string_view line) {
+    const std::string_view first = NextToken(line);
+    std::string result(first);
+    if (first == Keyword::Call) return result + RewriteArguments(frame, line);
+    for (;;) {
+        const std::string_view token = NextToken(line);
+        if (token.empty()) return result;
+        const std::string replacement = LookupArgument(frame, token);
+        result += ' ';
+        result += replacement.empty() ? token : std::string_view(replacement);
+    }
+}
+
+bool SkipProcedureLine(CKalvexDoc& document, std::string_view keyword) {
+    if (keyword == Keyword::Begin) {
+        document.m_bInProcedureBody = true;
+        return true;
+    }
+    if (!document.m_bInProcedureBody) return false;
+    if (keyword == Keyword::End) {
+        document.m_bInProcedureSkip = false;
+        document.m_bInProcedureBody = false;
+    }
+    return true;
+}
+
+bool ExecuteProcedure(StatementCall& call) {
+    call.document.m_bInProcedureSkip = true;
+    return true;
+}
+
+bool ExecuteBegin(StatementCall&) {
+    return true;
+}
+
+bool ExecuteEnd(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    if (document.m_lstCallStack.empty()) return false;
+    document.m_nCurrentLine = document.m_lstCallStack.back().nReturnLine;
+    document.m_lstCallStack.pop_back();
+    return true;
+}
+
+bool ExecuteCall(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    CCallFrame& frame = document.m_lstCallStack.emplace_back();
+    frame.nReturnLine = document.m_nCurrentLine;
+    return CallProcedure(document, frame, call.rest);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,64 @@
+#include "engine/script_lines.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kLineLimit = 1000;
+
+}  // namespace
+
+std::int64_t At(const char* reading, int hours) {
+    std::tm fields{};
+    strptime(reading, "%Y-%m-%d %H:%M:%S", &fields);
+    return timegm(&fields) - hours * 3600;
+}
+
+ScriptLines::ScriptLines()
+    : document(*documents.emplace_back(std::make_unique<CKalvexDoc>(services))) {
+    setenv("TZ", "Europe/Warsaw", 1);
+    tzset();
+}
+
+void ScriptLines::Load(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += FromUtf8(line) + "\r\n";
+    text.resize(text.size() - 2);
+    document.Text().SetText(text);
+    document.m_nCurrentLine = 0;
+    document.m_bRunning = true;
+}
+
+bool ScriptLines::GoOn() {
+    for (int count = 0; !Finished(); ++count) {
+        if (count > kLineLimit) {
+            ADD_FAILURE() << "the script does not end";
+            return false;
+        }
+        const int line = document.m_nCurrentLine;
+        if (!document.ExecuteLine()) return false;
+        const bool waits = document.m_nCurrentLine == line;
+        if (waits) return true;
+    }
+    return true;
+}
+
+bool ScriptLines::RunLines(const std::vector<std::string>& lines) {
+    Load(lines);
+    return GoOn();
+}
+
+std::string ScriptLines::Failure() const {
+    return std::to_string(document.m_nCurrentLine + 1) + ": " + Error(document);
+}
+
+std::vector<std::string> ScriptLines::Elements(const char* name) {
+    std::vector<std::string> texts;
+    for (const CVal& element : List(name).Elements()) texts.push_back(ToUtf8(ValueToText(element)));
+    return texts;
+}
+
+}  // namespace kalvex

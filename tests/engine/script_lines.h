@@ -1,0 +1,40 @@
+// A script run line by line, without ticks and without a file: what a single statement does and
+// leaves behind. Local time is Warsaw's.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/script_world.h"
+
+namespace kalvex {
+
+// The instant of a reading in a zone that is `hours` ahead of GMT.
+std::int64_t At(const char* reading, int hours);
+
+class ScriptLines : public ScriptWorld {
+  protected:
+    ScriptLines();
+
+    // Takes the lines as the script's text, to be run from the first one. Run state stays.
+    void Load(const std::vector<std::string>& lines);
+    // Runs lines up to the end, or to one that fails or waits; false for a failure.
+    bool GoOn();
+    bool RunLines(const std::vector<std::string>& lines);
+    // Forgets variables, calls and waits.
+    void Forget() { document.ClearRunState(); }
+
+    bool Finished() const { return document.m_nCurrentLine == document.GetLineCount(); }
+    // The line where the script stands (from 1) with the standing error: "2: 3 Q".
+    std::string Failure() const;
+
+    CVariable& Variable(const char* name) { return *document.Variables().Find(FromUtf8(name)); }
+    CVariableList& List(const char* name) { return static_cast<CVariableList&>(Variable(name)); }
+    HandRemote& Remote(const char* name) { return static_cast<HandRemote&>(Variable(name)); }
+    std::vector<std::string> Elements(const char* name);
+
+    CKalvexDoc& document;
+};
+
+}  // namespace kalvex
