@@ -22,6 +22,8 @@ constexpr StatementRow kRows[] = {
     {"PRIORITY", ExecutePriority, "PRIORITY <1-100>", "Sterowanie szybkością wykonywania skryptu"},
     {"SLEEP", ExecuteSleep, "SLEEP HH:MM.SS[MM.SS][SS]",
      "Zatrzymanie wykonywania programu na określony czas"},
+    {"WAITFOR", ExecuteWaitFor, "WAITFOR HH:MM.SS[MM.SS][SS], HH:MM.SS[MM.SS][SS]...",
+     "Zatrzymanie i wznowienie wykonywania programu w określonych momentach czasu"},
     {"SETTIME", ExecuteSetTime, "SETTIME <rok> <miesiąc> <dzień> <godzina> <minuta> <sekunda>",
      "Ustawianie czasu systemowego"},
     {"LOCAL", ExecuteLocal,

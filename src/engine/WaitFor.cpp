@@ -1,0 +1,119 @@
+#include "engine/WaitFor.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "engine/StatementFamilies.h"
+
+namespace kalvex {
+
+namespace {
+
+void SetDay(CWaitFor& record, const TimeFields& date) {
+    record.nDay = date.day;
+    record.nMonth = date.month;
+    record.nYear = date.year;
+}
+
+void Insert(std::vector<std::int64_t>& times, std::int64_t time) {
+    times.insert(std::ranges::lower_bound(times, time), time);
+}
+
+std::int64_t CountOf(const CWaitFor& record) {
+    return static_cast<std::int64_t>(record.arrTimes.size());
+}
+
+bool ReadWaitTimes(CKalvexDoc& document, std::string_view text, CWaitFor& record,
+                   const TimeFields& today) {
+    std::string_view token = NextToken(text);
+    if (token.empty()) return false;
+    for (; !token.empty(); token = NextToken(text)) {
+        if (token == ",") continue;
+        SleepTime written;
+        if (!ParseSleepTime(document, token, written)) return false;
+        AddWaitTimes(record, written, today);
+    }
+    return true;
+}
+
+}  // namespace
+
+void AddWaitTimes(CWaitFor& record, const SleepTime& written, const TimeFields& today) {
+    const auto range = [](bool all, int value, int high) {
+        const int fixed = std::clamp(value, 0, high);
+        return all ? std::pair{0, high} : std::pair{fixed, fixed};
+    };
+    const bool everyHour = written.form != SleepForm::HoursMinutesSeconds;
+    const bool everyMinute = written.form == SleepForm::Seconds;
+    const auto [firstHour, lastHour] = range(everyHour, written.hours, 23);
+    const auto [firstMinute, lastMinute] = range(everyMinute, written.minutes, 59);
+
+    TimeFields at = today;
+    at.second = std::clamp(written.seconds, 0, 59);
+    for (at.hour = firstHour; at.hour <= lastHour; ++at.hour) {
+        for (at.minute = firstMinute; at.minute <= lastMinute; ++at.minute) {
+            Insert(record.arrTimes, MakeLocalTime(at));
+        }
+    }
+}
+
+void LocateWaitTime(CWaitFor& record, std::int64_t time) {
+    record.nNext = std::ranges::lower_bound(record.arrTimes, time) - record.arrTimes.begin();
+}
+
+void RollWaitTimes(CWaitFor& record) {
+    if (record.arrTimes.empty()) return;
+    const TimeFields date = SplitLocalTime(GetNextLocalDayTime(record.arrTimes.front()));
+    std::vector<std::int64_t> rolled;
+    rolled.reserve(record.arrTimes.size());
+    // A day that leaves an hour out moves readings behind later ones: the order is made anew.
+    for (const std::int64_t time : record.arrTimes) {
+        TimeFields at = SplitLocalTime(time);
+        at.year = date.year;
+        at.month = date.month;
+        at.day = date.day;
+        Insert(rolled, MakeLocalTime(at));
+    }
+    record.arrTimes = std::move(rolled);
+    SetDay(record, date);
+    record.nNext = 0;
+}
+
+bool PassWaitTime(CWaitFor& record, std::int64_t now) {
+    const TimeFields today = SplitLocalTime(now);
+    if (record.nDay < today.day && record.nMonth <= today.month && record.nYear <= today.year) {
+        RollWaitTimes(record);
+    } else {
+        if (record.nNext != CountOf(record)) LocateWaitTime(record, now - 1);
+        if (record.nNext == CountOf(record)) RollWaitTimes(record);
+    }
+    if (record.arrTimes[static_cast<std::size_t>(record.nNext)] >= now) return false;
+    ++record.nNext;
+    return true;
+}
+
+bool ExecuteWaitFor(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    const std::int64_t now = document.Services().clock.Now();
+    const auto key = static_cast<std::uint16_t>(document.m_nCurrentLine);
+    call.keepLine = true;
+
+    const auto found = document.m_mapWaitFor.find(key);
+    if (found != document.m_mapWaitFor.end()) {
+        call.keepLine = !PassWaitTime(found->second, now);
+        return true;
+    }
+    const TimeFields today = SplitLocalTime(now);
+    CWaitFor record;
+    record.nLine = document.m_nCurrentLine;
+    if (!ReadWaitTimes(document, call.rest, record, today)) return false;
+    if (record.arrTimes.empty()) return true;
+    LocateWaitTime(record, now);
+    SetDay(record, today);
+    document.m_mapWaitFor.emplace(key, std::move(record));
+    return true;
+}
+
+}  // namespace kalvex
