@@ -39,6 +39,18 @@ constexpr StatementRow kRows[] = {
     {"SUBSCRIBE", ExecuteSubscribe, "SUBSCRIBE START\nSUBSCRIBE STOP",
      "Sterowanie rejestracją zmiennych"},
     {"SETPTR", ExecuteSetPtr, "SETPTR <wskaźnik> = <nazwa_zmiennej>", ""},
+    {"MOVE_FIRST", ExecuteMoveFirst, "MOVE_FIRST <lista>",
+     "Przesunięcie iteratora do początku listy"},
+    {"MOVE_NEXT", ExecuteMoveNext, "MOVE_NEXT <lista>",
+     "Przesuniecie iteratora do kolejnego elementu listy"},
+    {"MOVE_TO", ExecuteMoveTo, "MOVE_TO <lista> <indeks>",
+     "Przesuniecie iteratora do wskazanego elementu listy"},
+    {"ADD", ExecuteAdd, "ADD <lista> <element>", "Dodawanie elementów do listy"},
+    {"INSERT", ExecuteInsert, "INSERT <lista> <indeks> <element>", "Wstawianie elementów do listy"},
+    {"REMOVE", ExecuteRemove, "REMOVE <lista> <indeks>", "Usuwanie elementów z listy"},
+    {"REMOVE_ALL", ExecuteRemoveAll, "REMOVE_ALL <lista>",
+     "Usunięcie wszystkich elementów z listy"},
+    {"REMOVEALL", ExecuteRemoveAll, "REMOVEALL <lista>", "Usunięcie wszystkich elementów z listy"},
     {"SET", ExecuteSet, "SET <nazwa_zmiennej> = <zmienna>\nSET <nazwa_zmiennej> = <wartość>", ""},
     {Keyword::If, ExecuteIf,
      "IF <warunek> THEN ... ELSE ... ENDIF\nIF <warunek> GOTO <etykieta>\n"
@@ -57,6 +69,8 @@ constexpr StatementRow kRows[] = {
     {"SET_FILE", ExecuteSetFile,
      "SET_FILE plik <numer_sekcji> <wartość> [-A/-R <zmienna> <zmienna> ...]",
      "Ustawienie wartości zmiennych do pliku"},
+    {"SPLIT", ExecuteSplit, "SPLIT <zmienna> <separator> <lista>",
+     "Rozdzielenie fragmentów tekstu według podanego separatora"},
 };
 
 }  // namespace

@@ -1,0 +1,139 @@
+// Statements that change a list and its iterator.
+#include <cstdint>
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "engine/StatementFamilies.h"
+#include "values/OperandEvaluator.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+CVariable* FindNamed(CKalvexDoc& document, std::string_view name) {
+    CVariable* const variable = FindVariable(document, name);
+    if (variable == nullptr) document.SetError(ErrorUndefinedVariable, name, true);
+    return variable;
+}
+
+CVariableList* FindList(CKalvexDoc& document, std::string_view name) {
+    CVariable* const variable = FindNamed(document, name);
+    if (variable == nullptr) return nullptr;
+    if (variable->GetKind() != VariableList) {
+        document.SetError(ErrorWrongKind, name, false);
+        return nullptr;
+    }
+    return static_cast<CVariableList*>(variable);
+}
+
+// An argument is one token, whatever stands behind it.
+bool ReadArgument(CKalvexDoc& document, std::string_view token, CVal& out, int wanted) {
+    std::string_view text = token;
+    if (EvaluateRest(document, text, out, wanted)) return true;
+    document.SetError(ErrorExpression, token, false);
+    return false;
+}
+
+bool ReadIndex(CKalvexDoc& document, std::string_view token, std::int32_t& out) {
+    CVal value;
+    if (!ReadArgument(document, token, value, ValueType::Int)) return false;
+    out = ValueToInt(value);
+    return true;
+}
+
+bool ReadElement(CKalvexDoc& document, CVariableList& list, std::string_view token, CVal& out) {
+    return ReadArgument(document, token, out, list.GetValueType(KindCurrent, 1));
+}
+
+}  // namespace
+
+bool ExecuteMoveFirst(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    if (list == nullptr) return false;
+    list->MoveFirst();
+    return true;
+}
+
+bool ExecuteMoveNext(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    if (list == nullptr) return false;
+    list->MoveNext();
+    return true;
+}
+
+bool ExecuteMoveTo(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    std::int32_t index = 0;
+    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
+    list->MoveTo(index);
+    return true;
+}
+
+bool ExecuteAdd(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVal element;
+    if (list == nullptr || !ReadElement(call.document, *list, NextToken(call.rest), element)) {
+        return false;
+    }
+    list->Add(element);
+    return true;
+}
+
+bool ExecuteInsert(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    const std::string_view indexToken = NextToken(call.rest);
+    const std::string_view elementToken = NextToken(call.rest);
+    std::int32_t index = 0;
+    CVal element;
+    if (list == nullptr || !ReadIndex(call.document, indexToken, index) ||
+        !ReadElement(call.document, *list, elementToken, element)) {
+        return false;
+    }
+    if (list->Insert(index, element) != 0) return true;
+    call.document.SetError(ErrorExpression, indexToken, false);
+    return false;
+}
+
+// Removes the element under the iterator: the index has to be a valid expression and is not used.
+bool ExecuteRemove(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    std::int32_t index = 0;
+    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
+    list->RemoveCurrent();
+    return true;
+}
+
+bool ExecuteRemoveAll(StatementCall& call) {
+    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    if (list == nullptr) return false;
+    list->RemoveAll();
+    return true;
+}
+
+bool ExecuteSplit(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    const std::string_view sourceName = NextToken(call.rest);
+    const std::string_view separators = NextToken(call.rest);
+    const std::string_view listName = NextToken(call.rest);
+    if (listName.empty()) {
+        document.SetError(ErrorArguments, "", false);
+        return false;
+    }
+    CVariable* const source = FindNamed(document, sourceName);
+    CVariableList* const list = source == nullptr ? nullptr : FindList(document, listName);
+    if (list == nullptr) return false;
+
+    CVal value;
+    const bool readable = source->GetValue(value, KindCurrent, 0) == ReadValue;
+    const std::string text = readable ? ValueToText(value) : std::string();
+    std::size_t end = 0;
+    for (;;) {
+        const std::size_t start = text.find_first_not_of(separators, end);
+        if (start == std::string::npos) return true;
+        end = text.find_first_of(separators, start);
+        list->Add(CVal(std::string_view(text).substr(start, end - start)));
+    }
+}
+
+}  // namespace kalvex
