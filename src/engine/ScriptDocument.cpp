@@ -1,7 +1,5 @@
 #include "engine/ScriptDocument.h"
 
-#include <algorithm>
-
 #include "engine/LineScanner.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"
@@ -13,12 +11,6 @@ namespace {
 constexpr int kNoLineReported = 65535;
 constexpr int kNoErrorReported = -1;
 constexpr int kDefaultPriority = 50;
-
-void Normalise(std::string_view raw, std::string& line) {
-    line.assign(raw);
-    std::ranges::replace(line, '\t', ' ');
-    line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
-}
 
 }  // namespace
 
@@ -78,7 +70,7 @@ void CKalvexDoc::FillLineCache() {
     const int count = m_pText->GetLineCount();
     m_arrLineCache.resize(static_cast<std::size_t>(count));
     for (int n = 0; n < count; ++n) {
-        Normalise(m_pText->GetLine(n), m_arrLineCache[static_cast<std::size_t>(n)]);
+        NormaliseLine(m_pText->GetLine(n), m_arrLineCache[static_cast<std::size_t>(n)]);
     }
 }
 
@@ -98,7 +90,7 @@ std::string_view CKalvexDoc::GetLine(int n) {
         return m_arrLineCache[static_cast<std::size_t>(n)];
     }
     if (n >= GetLineCount()) return {};
-    Normalise(m_pText->GetLine(n), m_strLineBuffer);
+    NormaliseLine(m_pText->GetLine(n), m_strLineBuffer);
     return m_strLineBuffer;
 }
 

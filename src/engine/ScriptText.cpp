@@ -1,5 +1,8 @@
 #include "engine/ScriptText.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace kalvex {
 
 namespace {
@@ -21,6 +24,12 @@ std::vector<std::string> SplitLines(std::string_view text) {
 }
 
 }  // namespace
+
+void NormaliseLine(std::string_view raw, std::string& line) {
+    line.assign(raw);
+    std::ranges::replace(line, '\t', ' ');
+    line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
+}
 
 void CLineList::SetText(std::string_view text) {
     m_arrLines = SplitLines(text);

@@ -9,6 +9,9 @@
 
 namespace kalvex {
 
+// The line as statements read it: tabs are blanks, leading blanks are gone. `line` is overwritten.
+void NormaliseLine(std::string_view raw, std::string& line);
+
 class CScriptText {
   public:
     virtual ~CScriptText() = default;
