@@ -1,0 +1,27 @@
+// What a script's text declares, for a console client: it lists the variables before they exist.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "values/Variable.h"
+
+namespace kalvex {
+
+class CScriptText;
+
+struct CDeclaredVar {
+    std::string strName;  // as the declaring line has it
+    VariableKind nKind = VariableNone;
+    // Columns of the variables window, filled from the module's messages.
+    std::string strValue;
+    std::string strStatus;
+    std::string strTime;
+    std::string strDetailA;
+    std::string strDetailB;
+};
+
+// A record for each line that begins with LOCAL, POINTER, LIST or REMOTE, in order. Main thread.
+std::vector<CDeclaredVar> BuildDeclaredVars(const CScriptText& text);
+
+}  // namespace kalvex
