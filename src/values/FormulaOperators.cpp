@@ -157,26 +157,43 @@ constexpr std::array kOperators = {
     FormulaOperator{'F', "FACTORIAL", kBindsFirst, true, FactorialOfTop},
 };
 
+constexpr unsigned char kNoRow = 255;
+
+// Row of each letter; kNoRow for a character that is no operator's letter.
+constexpr auto kRowByLetter = [] {
+    std::array<unsigned char, 256> rows{};
+    rows.fill(kNoRow);
+    for (std::size_t i = 0; i < kOperators.size(); ++i) {
+        rows[static_cast<unsigned char>(kOperators[i].letter)] = static_cast<unsigned char>(i);
+    }
+    return rows;
+}();
+
 template <class Test>
-const FormulaOperator* FindOperator(Test test) {
-    const auto found = std::ranges::find_if(kOperators, test);
-    return found == kOperators.end() ? nullptr : &*found;
+const FormulaOperator* FindOperator(std::string_view text, Test test) {
+    for (const FormulaOperator& row : kOperators) {
+        if (row.text.front() == text.front() && row.text == text && test(row)) return &row;
+    }
+    return nullptr;
 }
 
 }  // namespace
 
 const FormulaOperator* FindOperatorByLetter(char letter) {
-    return FindOperator([letter](const FormulaOperator& row) { return row.letter == letter; });
+    const unsigned char row = kRowByLetter[static_cast<unsigned char>(letter)];
+    return row == kNoRow ? nullptr : &kOperators[row];
 }
 
 const FormulaOperator* FindFunctionByName(std::string_view name) {
-    return FindOperator(
-        [name](const FormulaOperator& row) { return row.function && row.text == name; });
+    return FindOperator(name, [](const FormulaOperator& row) { return row.function; });
 }
 
 const FormulaOperator* FindOperatorByText(std::string_view text) {
-    return FindOperator(
-        [text](const FormulaOperator& row) { return row.apply != nullptr && row.text == text; });
+    if (text.size() == 1) {
+        const FormulaOperator* row = FindOperatorByLetter(text.front());
+        return row != nullptr && row->text == text ? row : nullptr;
+    }
+    return FindOperator(text, [](const FormulaOperator& row) { return row.apply != nullptr; });
 }
 
 double RoundToDigits(double x, int digits) {

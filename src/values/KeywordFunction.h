@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -49,6 +50,9 @@ class CFunctionTable {
   private:
     std::span<const FunctionRow> m_rows;
     std::unordered_map<std::string_view, const FunctionRow*> m_mapByKeyword;
+    // By first character, a bit for each length that occurs: most words are no keyword and are told
+    // by these alone.
+    std::array<std::uint64_t, 256> m_arrLengths{};
 };
 
 // The text of the whole expression behind its keyword, for functions that read their own arguments.
