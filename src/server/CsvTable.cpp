@@ -1,0 +1,78 @@
+#include "server/CsvTable.h"
+
+#include <algorithm>
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kBlanks = " \t";
+
+std::string_view Trimmed(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(kBlanks);
+    if (begin == std::string_view::npos) return {};
+    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+// Takes a cell in quotes off the text, up to the separator; false when it is not well formed.
+bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
+    for (text.remove_prefix(1);;) {
+        const std::size_t quote = text.find('"');
+        if (quote == std::string_view::npos) return false;
+        cell += text.substr(0, quote);
+        text.remove_prefix(quote + 1);
+        if (text.empty() || text.front() != '"') break;
+        cell += '"';
+        text.remove_prefix(1);
+    }
+    const std::size_t end = std::min(text.find(separator), text.size());
+    const bool nothingBehind = Trimmed(text.substr(0, end)).empty();
+    text.remove_prefix(end);
+    return nothingBehind;
+}
+
+CsvRow ReadRow(std::string_view text, char separator, int line) {
+    CsvRow row;
+    row.line = line;
+    for (;;) {
+        std::string& cell = row.cells.emplace_back();
+        const std::size_t begin = text.find_first_not_of(separator == '\t' ? " " : kBlanks);
+        if (begin != std::string_view::npos && text[begin] == '"') {
+            text.remove_prefix(begin);
+            row.closed = TakeQuoted(text, separator, cell) && row.closed;
+            if (!row.closed) return row;
+        } else {
+            const std::size_t end = std::min(text.find(separator), text.size());
+            cell = Trimmed(text.substr(0, end));
+            text.remove_prefix(end);
+        }
+        if (text.empty()) return row;
+        text.remove_prefix(1);
+    }
+}
+
+}  // namespace
+
+std::vector<CsvRow> ReadCsv(std::string_view text) {
+    std::vector<CsvRow> rows;
+    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        text.remove_prefix(kByteOrderMark.size());
+    }
+    char separator = 0;
+    for (int line = 1; !text.empty(); ++line) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view content = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (!content.empty() && content.back() == '\r') content.remove_suffix(1);
+        if (Trimmed(content).empty() || content.front() == '#') continue;
+        if (separator == 0) {
+            const std::size_t first = content.find_first_of(",;\t");
+            separator = first == std::string_view::npos ? ',' : content[first];
+        }
+        rows.push_back(ReadRow(content, separator, line));
+    }
+    return rows;
+}
+
+}  // namespace kalvex

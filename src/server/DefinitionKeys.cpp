@@ -1,0 +1,279 @@
+#include "server/DefinitionKeys.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "platform/CodePage.h"
+#include "platform/UserDirectory.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kLongestText = 65535;
+
+struct TypeRow {
+    std::string_view word;
+    std::uint16_t code;
+};
+
+constexpr TypeRow kTypes[] = {
+    {"bool", ValueType::Bool},   {"short", ValueType::Short},   {"int", ValueType::Int},
+    {"int64", ValueType::Int64}, {"double", ValueType::Double}, {"text", ValueType::Text},
+};
+
+struct NobodyRow {
+    std::string_view word;
+    NobodyAccess access;
+};
+
+constexpr NobodyRow kNobody[] = {
+    {"never", NobodyAccess::Never},
+    {"local", NobodyAccess::Local},
+    {"always", NobodyAccess::Always},
+};
+
+struct PeriodRow {
+    std::string_view word;
+    ValueKind kind;
+};
+
+constexpr PeriodRow kPeriods[] = {{"hour", KindHour}, {"day", KindDay}, {"month", KindMonth}};
+
+bool HasControls(std::string_view text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
+}
+
+bool ReadInteger(std::string_view text, std::int64_t& number) {
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && rest == end;
+}
+
+std::string SetInteger(std::int64_t& target, std::string_view text, std::int64_t least,
+                       std::int64_t most) {
+    std::int64_t number = 0;
+    if (!ReadInteger(text, number) || number < least || number > most) {
+        return "oczekiwano liczby całkowitej od " + std::to_string(least) + " do " +
+               std::to_string(most);
+    }
+    target = number;
+    return {};
+}
+
+template <auto Member, std::int64_t Least, std::int64_t Most>
+std::string SetSetting(Definitions& target, std::string_view, std::string_view text) {
+    return SetInteger(target.*Member, text, Least, Most);
+}
+
+template <auto Member>
+std::string SetPath(Definitions& target, std::string_view, std::string_view text) {
+    if (text.empty() || HasControls(text)) return "oczekiwano ścieżki";
+    target.*Member = ToUtf8(text);
+    return {};
+}
+
+template <class Target, std::string Target::*Member>
+std::string SetRight(Target& target, std::string_view, std::string_view text) {
+    if (!IsRightText(text)) return "oczekiwano poziomu od 0 do 100 albo nazwy grupy";
+    target.*Member = text;
+    return {};
+}
+
+std::string SetServerName(Definitions& target, std::string_view, std::string_view text) {
+    constexpr std::string_view kForbidden = "/\\@ ";
+    if (text.empty() || text.size() > kLongestName || HasControls(text) ||
+        text.find_first_of(kForbidden) != std::string_view::npos) {
+        return "oczekiwano nazwy od 1 do 255 znaków, bez odstępów i znaków / \\ @";
+    }
+    target.name = text;
+    return {};
+}
+
+std::string SetNobody(Definitions& target, std::string_view, std::string_view text) {
+    for (const NobodyRow& row : kNobody) {
+        if (row.word != text) continue;
+        target.nobody = row.access;
+        return {};
+    }
+    return "oczekiwano jednego ze słów never, local, always";
+}
+
+std::string SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
+    std::vector<std::string_view> words;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        words.push_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    target.automatic.clear();
+    for (const PeriodRow& row : kPeriods) {
+        if (std::erase(words, row.word) > 0) target.automatic.push_back(row.kind);
+    }
+    return words.empty() ? "" : "oczekiwano słów hour, day, month";
+}
+
+std::string SetPattern(AccessRule& target, std::string_view, std::string_view text) {
+    if (text.empty()) return "oczekiwano nazwy, w której * i ? zastępują znaki";
+    target.variables = text;
+    return {};
+}
+
+std::string SetName(VariableConfig& target, std::string_view, std::string_view text) {
+    if (text.empty() || text.size() > kLongestName || HasControls(text) || text.front() == ' ' ||
+        text.back() == ' ') {
+        return "oczekiwano nazwy od 1 do 255 znaków, bez odstępu na początku i na końcu i bez "
+               "znaków sterujących";
+    }
+    target.name = text;
+    return {};
+}
+
+std::string SetType(VariableConfig& target, std::string_view, std::string_view text) {
+    for (const TypeRow& row : kTypes) {
+        if (row.word != text) continue;
+        target.type = row.code;
+        return {};
+    }
+    return "oczekiwano jednego ze słów bool, short, int, int64, double, text";
+}
+
+std::string SetText(VariableConfig& target, std::string_view name, std::string_view text) {
+    if (text.size() > kLongestText) return "tekst dłuższy niż 65535 znaków";
+    target.attributes[std::string(name)] = text;
+    return {};
+}
+
+template <std::optional<double> VariableConfig::*Member>
+std::string SetBound(VariableConfig& target, std::string_view name, std::string_view text) {
+    double number = 0;
+    if (!ConvertString2Double(text, &number) || !std::isfinite(number)) return "oczekiwano liczby";
+    target.*Member = number;
+    return SetText(target, name, text);
+}
+
+template <unsigned VariableConfig::*Member>
+std::string SetBits(VariableConfig& target, std::string_view name, std::string_view text) {
+    std::int64_t number = 0;
+    const std::string fault = SetInteger(number, text, 0, 255);
+    if (!fault.empty()) return fault;
+    target.*Member = static_cast<unsigned>(number);
+    return SetText(target, name, text);
+}
+
+std::string SetRule(VariableConfig& target, std::string_view, std::string_view text) {
+    const std::optional<ReportRule> rule = ReportRuleFromWord(text);
+    if (!rule) return "oczekiwano jednego ze słów mean, sum, increase";
+    target.rule = *rule;
+    return {};
+}
+
+std::string SetInitial(VariableConfig& target, std::string_view, std::string_view text) {
+    if (text.size() > kLongestText) return "tekst dłuższy niż 65535 znaków";
+    target.initial = text;
+    return {};
+}
+
+std::string SetSignal(VariableConfig& target, std::string_view, std::string_view text) {
+    std::string fault;
+    target.signal = Signal::Parse(ToUtf8(text), fault);
+    return fault;
+}
+
+using Setting = DefinitionKey<Definitions>;
+
+constexpr Setting kServerKeys[] = {
+    {"name", SetServerName},
+    {"data", SetPath<&Definitions::dataFolder>},
+    {"users", SetPath<&Definitions::usersFile>},
+    {"nobody", SetNobody},
+    {"log", SetRight<Definitions, &Definitions::logRight>},
+    {"clients", SetSetting<&Definitions::maxClients, 1, 10000>},
+    {"variables", SetSetting<&Definitions::maxVariables, 1, 1000000>},
+    {"save-period", SetSetting<&Definitions::savePeriod, 1, 3600>},
+};
+
+constexpr Setting kArchiveKeys[] = {
+    {"period", SetSetting<&Definitions::archivePeriod, 1, 86400>},
+    {"keep-days", SetSetting<&Definitions::keepDays, 0, 36500>},
+};
+
+constexpr Setting kReportKeys[] = {
+    {"day-start", SetSetting<&Definitions::dayStart, 0, 23>},
+    {"automatic", SetAutomatic, true},
+};
+
+constexpr DefinitionSection kSections[] = {
+    {"server", kServerKeys},
+    {"archive", kArchiveKeys},
+    {"reports", kReportKeys},
+};
+
+constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
+    {"variables", SetPattern},
+    {"read", SetRight<AccessRule, &AccessRule::read>},
+    {"write", SetRight<AccessRule, &AccessRule::write>},
+};
+
+constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
+    {"name", SetName},
+    {"type", SetType},
+    {"de", SetText},
+    {"nd", SetText},
+    {"un", SetText},
+    {"fo", SetText},
+    {"min", SetBound<&VariableConfig::minimum>},
+    {"max", SetBound<&VariableConfig::maximum>},
+    {"at", SetBits<&VariableConfig::archive>},
+    {"rt", SetBits<&VariableConfig::reports>},
+    {"pa", SetText},
+    {"report", SetRule},
+    {"value", SetInitial},
+    {"signal", SetSignal},
+};
+
+}  // namespace
+
+unsigned ReportBit(ValueKind kind) {
+    return kind >= KindHour && kind <= KindSpan ? 1u << (kind - 1) : 0;
+}
+
+std::span<const DefinitionSection> DefinitionSections() {
+    return kSections;
+}
+
+std::span<const DefinitionKey<AccessRule>> AccessKeys() {
+    return kAccessKeys;
+}
+
+std::span<const DefinitionKey<VariableConfig>> VariableKeys() {
+    return kVariableKeys;
+}
+
+std::string CheckVariable(const VariableConfig& variable, std::string& key) {
+    key.clear();
+    if (variable.name.empty()) {
+        key = "name";
+        return "brak nazwy zmiennej";
+    }
+    if (variable.minimum && variable.maximum && *variable.minimum > *variable.maximum) {
+        key = "min";
+        return "min nie może być większe od max";
+    }
+    CVal initial(variable.initial);
+    if (!variable.initial.empty() && !initial.Cast(variable.type)) {
+        key = "value";
+        return "oczekiwano liczby";
+    }
+    if (variable.signal && variable.type == ValueType::Text) {
+        key = "signal";
+        return "zmienna tekstowa nie może mieć sygnału";
+    }
+    return {};
+}
+
+}  // namespace kalvex

@@ -1,0 +1,323 @@
+#include "server/Definitions.h"
+
+#define TOML_EXCEPTIONS 0
+#define TOML_HEADER_ONLY 1
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <unordered_map>
+
+#include "platform/CodePage.h"
+#include "platform/Files.h"
+#include "server/CsvTable.h"
+#include "server/DefinitionKeys.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kMostFaults = 100;
+
+struct Place {
+    std::size_t file = 0;  // in the order in which the files are read
+    int line = 0;
+};
+
+// Reads one configuration into `m_out` and gathers what is wrong with it.
+class Reader {
+  public:
+    Reader(const std::string& path, Definitions& out)
+        : m_strFolder(std::filesystem::path(path).parent_path().string()), m_out(out) {
+        m_arrFiles.push_back(path);
+    }
+
+    void Read();
+    std::vector<std::string> Faults();
+
+  private:
+    void Tell(Place place, std::string key, std::string reason) {
+        if (++m_nFaults <= kMostFaults) {
+            m_arrFaults.push_back({place, std::move(key), std::move(reason)});
+        }
+    }
+    std::string Below(const std::string& path) const {
+        return (std::filesystem::path(m_strFolder) / path).string();
+    }
+    static int LineOf(const toml::node& node) { return static_cast<int>(node.source().begin.line); }
+
+    template <class Target>
+    void SetKey(Target& target, std::span<const DefinitionKey<Target>> keys, Place place,
+                std::string_view prefix, std::string_view name, const std::string& utf8);
+    template <class Target>
+    void ReadTable(Target& target, std::span<const DefinitionKey<Target>> keys,
+                   const toml::table& table, std::string_view section);
+    const toml::array* TablesOf(const toml::node& node, std::string_view section);
+    void ReadVariables(const toml::node& node);
+    void ReadAccess(const toml::node& node);
+    void ReadFiles(const toml::node& node);
+    void ReadCsvFile(const std::string& path, Place named);
+    void AddVariable(VariableConfig variable, Place place, std::string_view prefix);
+
+    struct Entry {
+        Place place;
+        std::string key;
+        std::string reason;
+    };
+
+    std::string m_strFolder;
+    std::vector<std::string> m_arrFiles;
+    Definitions& m_out;
+    std::vector<Entry> m_arrFaults;
+    std::unordered_map<std::string, Place> m_mapNames;
+    std::size_t m_nFaults = 0;
+};
+
+// The text of a number or text; nothing for anything else.
+std::optional<std::string> ScalarText(const toml::node& node) {
+    if (const auto* text = node.as_string()) return text->get();
+    if (const auto* number = node.as_integer()) return std::to_string(number->get());
+    if (const auto* number = node.as_floating_point()) return FormatDouble(number->get());
+    if (const auto* flag = node.as_boolean()) return flag->get() ? "1" : "0";
+    return std::nullopt;
+}
+
+// The same for a list, its elements in lines.
+std::optional<std::string> ListText(const toml::node& node) {
+    const toml::array* list = node.as_array();
+    if (list == nullptr) return std::nullopt;
+    std::string text;
+    for (const toml::node& element : *list) {
+        const std::optional<std::string> line = ScalarText(element);
+        if (!line || line->find('\n') != std::string::npos) return std::nullopt;
+        if (&element != &list->front()) text += '\n';
+        text += *line;
+    }
+    return text;
+}
+
+std::string Qualified(std::string_view prefix, std::string_view name) {
+    std::string key(prefix);
+    if (!key.empty()) key += '.';
+    return key.append(name);
+}
+
+template <class Target>
+void Reader::SetKey(Target& target, std::span<const DefinitionKey<Target>> keys, Place place,
+                    std::string_view prefix, std::string_view name, const std::string& utf8) {
+    const std::string text = FromUtf8(utf8);
+    if (ToUtf8(text) != utf8) {
+        Tell(place, Qualified(prefix, name), "znak spoza strony kodowej Windows-1250");
+        return;
+    }
+    std::string reason = FindKey(keys, name)->set(target, name, text);
+    if (!reason.empty()) Tell(place, Qualified(prefix, name), std::move(reason));
+}
+
+template <class Target>
+void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> keys,
+                       const toml::table& table, std::string_view section) {
+    for (const auto& [key, node] : table) {
+        const Place place{0, LineOf(node)};
+        const DefinitionKey<Target>* known = FindKey(keys, key.str());
+        if (known == nullptr) {
+            Tell(place, Qualified(section, key.str()), "nieznany klucz");
+            continue;
+        }
+        const std::optional<std::string> text = known->list ? ListText(node) : ScalarText(node);
+        if (text) {
+            SetKey(target, keys, place, section, key.str(), *text);
+        } else {
+            Tell(place, Qualified(section, key.str()),
+                 known->list ? "oczekiwano listy tekstów" : "oczekiwano tekstu albo liczby");
+        }
+    }
+}
+
+const toml::array* Reader::TablesOf(const toml::node& node, std::string_view section) {
+    const toml::array* tables = node.as_array();
+    if (tables != nullptr &&
+        std::all_of(tables->begin(), tables->end(),
+                    [](const toml::node& entry) { return entry.is_table(); })) {
+        return tables;
+    }
+    Tell({0, LineOf(node)}, std::string(section),
+         "oczekiwano sekcji [[" + std::string(section) + "]]");
+    return nullptr;
+}
+
+void Reader::AddVariable(VariableConfig variable, Place place, std::string_view prefix) {
+    std::string key;
+    std::string reason = CheckVariable(variable, key);
+    if (!reason.empty()) {
+        Tell(place, Qualified(prefix, key), std::move(reason));
+        return;
+    }
+    const auto [known, isNew] = m_mapNames.emplace(variable.name, place);
+    if (!isNew) {
+        Tell(place, Qualified(prefix, "name"),
+             "zmienna " + ToUtf8(variable.name) + " jest już w " + m_arrFiles[known->second.file] +
+                 ":" + std::to_string(known->second.line));
+        return;
+    }
+    m_out.variables.push_back(std::move(variable));
+}
+
+void Reader::ReadVariables(const toml::node& node) {
+    const toml::array* tables = TablesOf(node, "variable");
+    if (tables == nullptr) return;
+    for (const toml::node& entry : *tables) {
+        const std::size_t faults = m_nFaults;
+        VariableConfig variable;
+        ReadTable(variable, VariableKeys(), *entry.as_table(), "variable");
+        if (m_nFaults == faults) {
+            AddVariable(std::move(variable), {0, LineOf(entry)}, "variable");
+        }
+    }
+}
+
+void Reader::ReadAccess(const toml::node& node) {
+    const toml::array* tables = TablesOf(node, "access");
+    if (tables == nullptr) return;
+    for (const toml::node& entry : *tables) {
+        ReadTable(m_out.access.emplace_back(), AccessKeys(), *entry.as_table(), "access");
+    }
+}
+
+void Reader::ReadFiles(const toml::node& node) {
+    const toml::array* tables = TablesOf(node, "variables");
+    if (tables == nullptr) return;
+    for (const toml::node& entry : *tables) {
+        std::string file;
+        for (const auto& [key, value] : *entry.as_table()) {
+            const Place place{0, LineOf(value)};
+            if (key.str() != "file") {
+                Tell(place, Qualified("variables", key.str()), "nieznany klucz");
+            } else if (const auto* text = value.as_string()) {
+                file = text->get();
+            } else {
+                Tell(place, "variables.file", "oczekiwano ścieżki");
+            }
+        }
+        if (!file.empty()) ReadCsvFile(Below(file), {0, LineOf(entry)});
+    }
+}
+
+void Reader::ReadCsvFile(const std::string& path, Place named) {
+    std::string content;
+    std::string error;
+    if (!ReadWholeFile(path, content, error)) {
+        Tell(named, "variables.file", path + ": " + error);
+        return;
+    }
+    const std::size_t file = m_arrFiles.size();
+    m_arrFiles.push_back(path);
+    const std::vector<CsvRow> rows = ReadCsv(content);
+    if (rows.empty()) return;
+    const CsvRow& head = rows.front();
+    const std::size_t before = m_nFaults;
+    for (const std::string& column : head.cells) {
+        if (FindKey(VariableKeys(), column) == nullptr) {
+            Tell({file, head.line}, column, "nieznana kolumna");
+        } else if (std::count(head.cells.begin(), head.cells.end(), column) > 1) {
+            Tell({file, head.line}, column, "kolumna występuje więcej niż raz");
+        }
+    }
+    if (m_nFaults != before) return;
+    for (std::size_t index = 1; index < rows.size(); ++index) {
+        const CsvRow& row = rows[index];
+        const Place place{file, row.line};
+        const std::size_t faults = m_nFaults;
+        if (!row.closed) {
+            Tell(place, head.cells[std::min(row.cells.size(), head.cells.size()) - 1],
+                 "niezamknięty cudzysłów");
+            continue;
+        }
+        if (row.cells.size() > head.cells.size()) {
+            Tell(place, "", "więcej komórek niż kolumn");
+            continue;
+        }
+        VariableConfig variable;
+        for (std::size_t cell = 0; cell < row.cells.size(); ++cell) {
+            if (row.cells[cell].empty()) continue;
+            SetKey(variable, VariableKeys(), place, "", head.cells[cell], row.cells[cell]);
+        }
+        if (m_nFaults == faults) AddVariable(std::move(variable), place, "");
+    }
+}
+
+void Reader::Read() {
+    std::string content;
+    std::string error;
+    if (!ReadWholeFile(m_arrFiles.front(), content, error)) {
+        Tell({0, 0}, "", std::move(error));
+        return;
+    }
+    const toml::parse_result parsed = toml::parse(std::string_view(content));
+    if (!parsed) {
+        Tell({0, static_cast<int>(parsed.error().source().begin.line)}, "",
+             "błąd składni (" + std::string(parsed.error().description()) + ")");
+        return;
+    }
+    for (const auto& [key, node] : parsed.table()) {
+        const std::string_view name = key.str();
+        const auto sections = DefinitionSections();
+        const auto section =
+            std::find_if(sections.begin(), sections.end(),
+                         [name](const DefinitionSection& known) { return known.name == name; });
+        if (section != sections.end()) {
+            if (const toml::table* table = node.as_table()) {
+                ReadTable(m_out, section->keys, *table, name);
+            } else {
+                Tell({0, LineOf(node)}, std::string(name),
+                     "oczekiwano sekcji [" + std::string(name) + "]");
+            }
+        } else if (name == "access") {
+            ReadAccess(node);
+        } else if (name == "variable") {
+            ReadVariables(node);
+        } else if (name == "variables") {
+            ReadFiles(node);
+        } else {
+            Tell({0, LineOf(node)}, std::string(name), "nieznana sekcja");
+        }
+    }
+    m_out.dataFolder = Below(m_out.dataFolder);
+    m_out.usersFile = Below(m_out.usersFile);
+    if (m_out.variables.size() > static_cast<std::size_t>(m_out.maxVariables)) {
+        Tell({0, 0}, "",
+             "zmiennych jest " + std::to_string(m_out.variables.size()) +
+                 ", a server.variables dopuszcza " + std::to_string(m_out.maxVariables));
+    }
+}
+
+std::vector<std::string> Reader::Faults() {
+    std::stable_sort(m_arrFaults.begin(), m_arrFaults.end(), [](const Entry& a, const Entry& b) {
+        return a.place.file != b.place.file ? a.place.file < b.place.file
+                                            : a.place.line < b.place.line;
+    });
+    std::vector<std::string> lines;
+    for (const Entry& fault : m_arrFaults) {
+        std::string line = m_arrFiles[fault.place.file] + ":";
+        if (fault.place.line > 0) line += std::to_string(fault.place.line) + ":";
+        if (!fault.key.empty()) line += " " + fault.key + ":";
+        lines.push_back(line + " " + fault.reason);
+    }
+    if (m_nFaults > kMostFaults) {
+        lines.push_back("dalszych błędów: " + std::to_string(m_nFaults - kMostFaults));
+    }
+    return lines;
+}
+
+}  // namespace
+
+bool LoadDefinitions(const std::string& path, Definitions& out, std::vector<std::string>& errors) {
+    out = Definitions();
+    Reader reader(path, out);
+    reader.Read();
+    errors = reader.Faults();
+    return errors.empty();
+}
+
+}  // namespace kalvex

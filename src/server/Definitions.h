@@ -1,0 +1,72 @@
+// What a data server is told to be: its settings, its variables, who may do what with them. Read
+// from one TOML file and the CSV files that it names; docs/data-server.md is the reference.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/ReportComputing.h"
+#include "server/Signals.h"
+#include "values/Value.h"
+
+namespace kalvex {
+
+// Bits of the attribute "at".
+namespace ArchiveBit {
+inline constexpr unsigned Changes = 2;
+inline constexpr unsigned Samples = 4;
+inline constexpr unsigned Clients = 32;
+inline constexpr unsigned Any = Changes | Samples | Clients;
+}  // namespace ArchiveBit
+
+// The bit of the attribute "rt" for a report kind, 0 for any other kind.
+unsigned ReportBit(ValueKind kind);
+
+struct VariableConfig {
+    std::string name;
+    std::uint16_t type = ValueType::Double;
+    std::map<std::string, std::string> attributes;  // what clients are told: "de", "nd", ...
+    std::optional<double> minimum;
+    std::optional<double> maximum;
+    unsigned archive = 0;  // "at"
+    unsigned reports = 0;  // "rt"
+    ReportRule rule = ReportRule::Mean;
+    std::string initial;  // the text of the value that a new variable has; empty: none
+    std::optional<Signal> signal;
+};
+
+struct AccessRule {
+    std::string variables = "*";  // a pattern
+    std::string read = "0";
+    std::string write = "50";
+};
+
+enum class NobodyAccess { Never, Local, Always };
+
+struct Definitions {
+    std::string name = "sorvaned";
+    std::string dataFolder = "data";              // these two are system paths (UTF-8), made
+    std::string usersFile = "data/users.sqlite";  // relative to the configuration file
+    NobodyAccess nobody = NobodyAccess::Local;
+    std::string logRight = "100";
+    std::int64_t maxClients = 100;
+    std::int64_t maxVariables = 100000;
+    std::int64_t savePeriod = 10;  // seconds
+    std::int64_t archivePeriod = 60;
+    std::int64_t keepDays = 0;
+    std::int64_t dayStart = 0;
+    std::vector<ValueKind> automatic;  // report kinds, each once, the shorter first
+    std::vector<AccessRule> access;
+    std::vector<VariableConfig> variables;
+};
+
+// Reads the configuration. When anything is wrong the answer is false and `errors` holds a line for
+// each fault, Polish and in UTF-8: file, line, key if there is one, reason; `out` is then
+// undefined. After a hundred faults the rest is not told.
+bool LoadDefinitions(const std::string& path, Definitions& out, std::vector<std::string>& errors);
+
+}  // namespace kalvex

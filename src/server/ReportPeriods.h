@@ -1,0 +1,38 @@
+// The periods of reports. A report is named by the start of its local hour, of its calendar day or
+// month; the day that it covers begins at a configured hour. Any thread. Times lie between 0 and
+// kLargestTime.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "values/Status.h"
+
+namespace kalvex {
+
+// From `begin` on, before `end`.
+struct TimeSpan {
+    std::int64_t begin = 0;
+    std::int64_t end = 0;
+
+    bool operator==(const TimeSpan&) const = default;
+};
+
+// The name of the report that any time within the period stands for; the time itself for span
+// reports and the archive.
+std::int64_t ReportTime(ValueKind kind, std::int64_t time);
+
+// The name of the next hour, day or month report.
+std::int64_t NextReportTime(ValueKind kind, std::int64_t reportTime);
+
+// What the hour, day or month report of that name covers when days begin at `dayStart` o'clock. A
+// reading that the clocks leave out on that day begins where they go on.
+TimeSpan CoveredSpan(ValueKind kind, std::int64_t reportTime, int dayStart);
+
+// The name of the hour, day or month report that covers the instant.
+std::int64_t CoveringReport(ValueKind kind, std::int64_t instant, int dayStart);
+
+// The reports from which the day or month report of that name is computed: hours or days.
+std::vector<std::int64_t> PartsOf(ValueKind kind, std::int64_t reportTime, int dayStart);
+
+}  // namespace kalvex

@@ -1,0 +1,40 @@
+// Signals: values that a data server generates by itself, so that a plant lives without devices.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalvex {
+
+enum class SignalKind : std::uint8_t { Constant, Ramp, Sine, Square, Walk, Counter };
+
+class Signal {
+  public:
+    // From "sine mean=50 amplitude=5 period=600". Nothing, with the reason (Polish, UTF-8) in
+    // `error`, for a kind or a parameter that there is not, one that is missing or is no number,
+    // and values that make no sense together.
+    static std::optional<Signal> Parse(std::string_view text, std::string& error);
+
+    // The value at a time, in seconds since 1970-01-01 GMT. `last` is the value before it, if there
+    // is one, and `elapsed` the seconds since then; they matter to walks and counters alone.
+    // `random` is any number, another one each time.
+    double ValueAt(std::int64_t time, std::optional<double> last, std::int64_t elapsed,
+                   std::uint64_t random) const;
+
+  private:
+    Signal(SignalKind kind, std::vector<double> parameters)
+        : m_eKind(kind), m_arrParameters(std::move(parameters)) {}
+
+    double Walk(std::optional<double> last, std::int64_t elapsed, std::uint64_t random) const;
+
+    SignalKind m_eKind;
+    std::vector<double> m_arrParameters;  // in the order of the kind's row
+};
+
+// Evenly spread numbers that follow from `state`; any state will do.
+std::uint64_t NextRandom(std::uint64_t& state);
+
+}  // namespace kalvex

@@ -1,0 +1,319 @@
+#include "server/Definitions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/CodePage.h"
+#include "server/CsvTable.h"
+#include "temporary_folder.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+class DefinitionsTest : public testing::Test {
+  protected:
+    bool Load(std::string_view toml) {
+        const bool loaded =
+            LoadDefinitions(m_folder.Write("plant.toml", toml), m_definitions, m_errors);
+        for (std::string& error : m_errors) {
+            for (std::size_t at; (at = error.find(m_folder.Path(""))) != std::string::npos;) {
+                error.erase(at, m_folder.Path("").size());
+            }
+        }
+        EXPECT_EQ(loaded, m_errors.empty());
+        return loaded;
+    }
+
+    TemporaryFolder m_folder;
+    Definitions m_definitions;
+    std::vector<std::string> m_errors;
+};
+
+TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
+    ASSERT_TRUE(Load(""));
+    EXPECT_EQ(m_definitions.name, "sorvaned");
+    EXPECT_EQ(m_definitions.dataFolder, m_folder.Path("data"));
+    EXPECT_EQ(m_definitions.usersFile, m_folder.Path("data/users.sqlite"));
+    EXPECT_EQ(m_definitions.nobody, NobodyAccess::Local);
+    EXPECT_EQ(m_definitions.logRight, "100");
+    EXPECT_EQ(m_definitions.maxClients, 100);
+    EXPECT_EQ(m_definitions.maxVariables, 100000);
+    EXPECT_EQ(m_definitions.savePeriod, 10);
+    EXPECT_EQ(m_definitions.archivePeriod, 60);
+    EXPECT_EQ(m_definitions.keepDays, 0);
+    EXPECT_EQ(m_definitions.dayStart, 0);
+    EXPECT_THAT(m_definitions.automatic, IsEmpty());
+    EXPECT_THAT(m_definitions.access, IsEmpty());
+    EXPECT_THAT(m_definitions.variables, IsEmpty());
+}
+
+TEST_F(DefinitionsTest, SettingsAreRead) {
+    ASSERT_TRUE(Load(R"(
+[server]
+name = "Stacja"
+data = "/var/lib/sorvane"
+users = "users.sqlite"
+nobody = "never"
+log = "serwis"
+clients = 5
+variables = 7
+save-period = 3600
+[archive]
+period = 1
+keep-days = 400
+[reports]
+day-start = 6
+automatic = ["month", "hour"]
+[[access]]
+variables = "Z1.*"
+read = "gaz"
+write = "100"
+[[access]]
+)")) << testing::PrintToString(m_errors);
+    EXPECT_EQ(m_definitions.name, "Stacja");
+    EXPECT_EQ(m_definitions.dataFolder, "/var/lib/sorvane");
+    EXPECT_EQ(m_definitions.usersFile, m_folder.Path("users.sqlite"));
+    EXPECT_EQ(m_definitions.nobody, NobodyAccess::Never);
+    EXPECT_EQ(m_definitions.logRight, "serwis");
+    EXPECT_EQ(m_definitions.maxClients, 5);
+    EXPECT_EQ(m_definitions.maxVariables, 7);
+    EXPECT_EQ(m_definitions.savePeriod, 3600);
+    EXPECT_EQ(m_definitions.archivePeriod, 1);
+    EXPECT_EQ(m_definitions.keepDays, 400);
+    EXPECT_EQ(m_definitions.dayStart, 6);
+    EXPECT_THAT(m_definitions.automatic, ElementsAre(KindHour, KindMonth));
+    ASSERT_EQ(m_definitions.access.size(), 2u);
+    EXPECT_EQ(m_definitions.access[0].variables, "Z1.*");
+    EXPECT_EQ(m_definitions.access[0].read, "gaz");
+    EXPECT_EQ(m_definitions.access[0].write, "100");
+    EXPECT_EQ(m_definitions.access[1].variables, "*");
+    EXPECT_EQ(m_definitions.access[1].read, "0");
+    EXPECT_EQ(m_definitions.access[1].write, "50");
+}
+
+TEST_F(DefinitionsTest, VariableHasItsAttributes) {
+    ASSERT_TRUE(Load(R"(
+[[variable]]
+name = "Z1.PRZEPŁYW"
+type = "int"
+de = "Przepływ na wyjściu"
+nd = "Przepływ"
+un = "m3/h"
+fo = "%.1f"
+min = -0.5
+max = "5000"
+at = 6
+rt = 30
+pa = "Sieć/Z1"
+report = "sum"
+value = 12
+)")) << testing::PrintToString(m_errors);
+    ASSERT_EQ(m_definitions.variables.size(), 1u);
+    const VariableConfig& variable = m_definitions.variables[0];
+    EXPECT_EQ(ToUtf8(variable.name), "Z1.PRZEPŁYW");
+    EXPECT_EQ(variable.type, ValueType::Int);
+    EXPECT_EQ(variable.minimum, -0.5);
+    EXPECT_EQ(variable.maximum, 5000.0);
+    EXPECT_EQ(variable.archive, ArchiveBit::Changes | ArchiveBit::Samples);
+    EXPECT_EQ(variable.reports, ReportBit(KindHour) | ReportBit(KindDay) | ReportBit(KindMonth) |
+                                    ReportBit(KindSpan));
+    EXPECT_EQ(variable.rule, ReportRule::Sum);
+    EXPECT_EQ(variable.initial, "12");
+    EXPECT_FALSE(variable.signal);
+    EXPECT_THAT(variable.attributes,
+                ElementsAre(Pair("at", "6"), Pair("de", FromUtf8("Przepływ na wyjściu")),
+                            Pair("fo", "%.1f"), Pair("max", "5000"), Pair("min", "-0.50"),
+                            Pair("nd", FromUtf8("Przepływ")), Pair("pa", FromUtf8("Sieć/Z1")),
+                            Pair("rt", "30"), Pair("un", FromUtf8("m3/h"))));
+}
+
+TEST_F(DefinitionsTest, VariablesComeFromFilesToo) {
+    m_folder.Write("a.csv",
+                   "\xEF\xBB\xBFname;un;signal\r\n"
+                   "# pomiary\r\n"
+                   "\r\n"
+                   "Z1.P;MPa;sine mean=5 amplitude=1 period=60\r\n"
+                   "\"Z1;\"\"T\"\"\"; °C ;\r\n");
+    m_folder.Write("b.csv", "value,name\n7,Z2.P\n,Z2.T");
+    ASSERT_TRUE(
+        Load("[[variables]]\nfile = \"a.csv\"\n[[variables]]\nfile = \"b.csv\"\n"
+             "[[variable]]\nname = \"X\"\n"))
+        << testing::PrintToString(m_errors);
+    std::vector<std::string> names;
+    for (const VariableConfig& variable : m_definitions.variables) names.push_back(variable.name);
+    EXPECT_THAT(names, ElementsAre("X", "Z1.P", "Z1;\"T\"", "Z2.P", "Z2.T"));
+    EXPECT_TRUE(m_definitions.variables[1].signal);
+    EXPECT_FALSE(m_definitions.variables[2].signal);
+    EXPECT_EQ(m_definitions.variables[2].attributes.at("un"), FromUtf8("°C"));
+    EXPECT_EQ(m_definitions.variables[3].initial, "7");
+    EXPECT_EQ(m_definitions.variables[4].initial, "");
+}
+
+TEST_F(DefinitionsTest, FileThatIsNotThere) {
+    EXPECT_FALSE(LoadDefinitions(m_folder.Path("brak.toml"), m_definitions, m_errors));
+    EXPECT_THAT(m_errors, ElementsAre(m_folder.Path("brak.toml") + ": No such file or directory"));
+    EXPECT_FALSE(Load("\n[[variables]]\nfile = \"brak.csv\"\n"));
+    EXPECT_THAT(m_errors,
+                ElementsAre("plant.toml:2: variables.file: brak.csv: No such file or directory"));
+}
+
+TEST_F(DefinitionsTest, SyntaxErrorHasItsLine) {
+    EXPECT_FALSE(Load("[server]\nname = \"a\"\nclients = = 5\n"));
+    EXPECT_THAT(m_errors,
+                ElementsAre("plant.toml:3: błąd składni (Error while parsing value: could "
+                            "not determine value type)"));
+}
+
+TEST_F(DefinitionsTest, EveryFaultIsToldWithFileLineAndKey) {
+    m_folder.Write("a.csv",
+                   "name,at,min\n"
+                   "Z1.P,-1,\n"
+                   ",2,\n"
+                   "Z1.T,2,zero\n"
+                   "Z1.V,2,1,9\n"
+                   "\"Z1.W,2,1\n"
+                   "X,2,1\n"
+                   "Z1.P,2,1\n"
+                   "Z1.P,2,1\n");
+    EXPECT_FALSE(Load(R"(kolor = "czerwony"
+[server]
+clients = 0
+nobody = "wszyscy"
+port = 4810
+log = "101"
+[reports]
+day-start = 24
+automatic = ["hour", "week"]
+[archive]
+period = [60]
+[[access]]
+variables = ""
+read = ""
+[[variables]]
+file = "a.csv"
+[[variable]]
+name = "X"
+[[variable]]
+de = "bez nazwy"
+[[variable]]
+name = " Y"
+type = "float"
+report = "median"
+signal = "sine mean=1"
+rt = 1.5
+un = "Ω"
+[[variable]]
+name = "V"
+min = 2
+max = 1
+[[variable]]
+name = "W"
+value = "pięć"
+[[variable]]
+name = "U"
+type = "text"
+signal = "constant value=1"
+)"));
+    EXPECT_THAT(
+        m_errors,
+        ElementsAre(
+            "plant.toml:1: kolor: nieznana sekcja",
+            "plant.toml:3: server.clients: oczekiwano liczby całkowitej od 1 do 10000",
+            "plant.toml:4: server.nobody: oczekiwano jednego ze słów never, local, always",
+            "plant.toml:5: server.port: nieznany klucz",
+            "plant.toml:6: server.log: oczekiwano poziomu od 0 do 100 albo nazwy grupy",
+            "plant.toml:8: reports.day-start: oczekiwano liczby całkowitej od 0 do 23",
+            "plant.toml:9: reports.automatic: oczekiwano słów hour, day, month",
+            "plant.toml:11: archive.period: oczekiwano tekstu albo liczby",
+            "plant.toml:13: access.variables: oczekiwano nazwy, w której * i ? zastępują znaki",
+            "plant.toml:14: access.read: oczekiwano poziomu od 0 do 100 albo nazwy grupy",
+            "plant.toml:19: variable.name: brak nazwy zmiennej",
+            "plant.toml:22: variable.name: oczekiwano nazwy od 1 do 255 znaków, bez odstępu na "
+            "początku i na końcu i bez znaków sterujących",
+            "plant.toml:23: variable.type: oczekiwano jednego ze słów bool, short, int, int64, "
+            "double, text",
+            "plant.toml:24: variable.report: oczekiwano jednego ze słów mean, sum, increase",
+            "plant.toml:25: variable.signal: brak parametru amplitude",
+            "plant.toml:26: variable.rt: oczekiwano liczby całkowitej od 0 do 255",
+            "plant.toml:27: variable.un: znak spoza strony kodowej Windows-1250",
+            "plant.toml:28: variable.min: min nie może być większe od max",
+            "plant.toml:32: variable.value: oczekiwano liczby",
+            "plant.toml:35: variable.signal: zmienna tekstowa nie może mieć sygnału",
+            "a.csv:2: at: oczekiwano liczby całkowitej od 0 do 255",
+            "a.csv:3: name: brak nazwy zmiennej", "a.csv:4: min: oczekiwano liczby",
+            "a.csv:5: więcej komórek niż kolumn", "a.csv:6: name: niezamknięty cudzysłów",
+            "a.csv:7: name: zmienna X jest już w plant.toml:17",
+            "a.csv:9: name: zmienna Z1.P jest już w a.csv:8"));
+}
+
+TEST_F(DefinitionsTest, SectionsHaveTheirForms) {
+    EXPECT_FALSE(
+        Load("server = 1\naccess = [1]\n[variable]\nname = \"X\"\n"
+             "[[variables]]\nfile = 5\nplik = \"a\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("plant.toml:1: server: oczekiwano sekcji [server]",
+                                      "plant.toml:2: access: oczekiwano sekcji [[access]]",
+                                      "plant.toml:3: variable: oczekiwano sekcji [[variable]]",
+                                      "plant.toml:6: variables.file: oczekiwano ścieżki",
+                                      "plant.toml:7: variables.plik: nieznany klucz"));
+}
+
+TEST_F(DefinitionsTest, ColumnsHaveToBeKnown) {
+    m_folder.Write("a.csv", "\n\nname,kolor,name\nX,czerwony,Y\n");
+    EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("a.csv:3: name: kolumna występuje więcej niż raz",
+                                      "a.csv:3: kolor: nieznana kolumna",
+                                      "a.csv:3: name: kolumna występuje więcej niż raz"));
+}
+
+TEST_F(DefinitionsTest, VariablesAreBounded) {
+    EXPECT_FALSE(
+        Load("[server]\nvariables = 1\n[[variable]]\nname = \"A\"\n"
+             "[[variable]]\nname = \"B\"\n"));
+    EXPECT_THAT(m_errors,
+                ElementsAre("plant.toml: zmiennych jest 2, a server.variables dopuszcza 1"));
+    EXPECT_TRUE(
+        Load("[server]\nvariables = 2\n[[variable]]\nname = \"A\"\n"
+             "[[variable]]\nname = \"B\"\n"));
+}
+
+TEST_F(DefinitionsTest, NamesAreBounded) {
+    EXPECT_TRUE(Load("[[variable]]\nname = \"" + std::string(255, 'a') + "\"\n"));
+    EXPECT_FALSE(Load("[[variable]]\nname = \"" + std::string(256, 'a') + "\"\n"));
+}
+
+TEST_F(DefinitionsTest, AfterAHundredFaultsTheyAreCounted) {
+    std::string csv = "name,at\n";
+    for (int row = 0; row < 150; ++row) csv += "X" + std::to_string(row) + ",x\n";
+    m_folder.Write("a.csv", csv);
+    EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
+    ASSERT_EQ(m_errors.size(), 101u);
+    EXPECT_EQ(m_errors[99], "a.csv:101: at: oczekiwano liczby całkowitej od 0 do 255");
+    EXPECT_EQ(m_errors[100], "dalszych błędów: 50");
+}
+
+TEST(CsvTableTest, CellsAndSeparators) {
+    const auto cells = [](std::string_view text) {
+        std::vector<std::vector<std::string>> all;
+        for (const CsvRow& row : ReadCsv(text)) all.push_back(row.cells);
+        return all;
+    };
+    EXPECT_THAT(cells(""), IsEmpty());
+    EXPECT_THAT(cells("a\nb,c"), ElementsAre(ElementsAre("a"), ElementsAre("b", "c")));
+    EXPECT_THAT(cells("a;b,c\nd;\n"), ElementsAre(ElementsAre("a", "b,c"), ElementsAre("d", "")));
+    EXPECT_THAT(cells("a\tb;c\n\td"), ElementsAre(ElementsAre("a", "b;c"), ElementsAre("", "d")));
+    EXPECT_THAT(cells("a,b\n \"x, \"\"y\"\"\" , z "),
+                ElementsAre(ElementsAre("a", "b"), ElementsAre("x, \"y\"", "z")));
+}
+
+TEST(CsvTableTest, BrokenQuotesAreTold) {
+    EXPECT_FALSE(ReadCsv("a,b\n\"x,y\n")[1].closed);
+    EXPECT_FALSE(ReadCsv("a,b\n\"x\"z,y\n")[1].closed);
+    EXPECT_TRUE(ReadCsv("a,b\nx\"y,z\n")[1].closed);
+}
+
+}  // namespace
+}  // namespace kalvex
