@@ -1,0 +1,201 @@
+#include "platform/posix/Processes.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+
+#include "platform/posix/ChildProcesses.h"
+#include "platform/posix/WindowClose.h"
+
+// The C library's header leaves it to the includer to say that it is C.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kShell = "/bin/sh";
+constexpr const char* kNowhere = "/dev/null";
+constexpr int kFirstOwnDescriptor = 3;
+
+// How a child begins: with signals and descriptors as at a login, and in a group of its own.
+class CSpawnSettings {
+  public:
+    explicit CSpawnSettings(const std::string& directory) {
+        posix_spawnattr_init(&attributes);
+        posix_spawn_file_actions_init(&actions);
+        sigset_t all;
+        sigset_t none;
+        sigfillset(&all);
+        sigemptyset(&none);
+        posix_spawnattr_setsigdefault(&attributes, &all);
+        posix_spawnattr_setsigmask(&attributes, &none);
+        posix_spawnattr_setpgroup(&attributes, 0);
+        posix_spawnattr_setflags(
+            &attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, kNowhere, O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, kNowhere, O_WRONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+        posix_spawn_file_actions_addclosefrom_np(&actions, kFirstOwnDescriptor);
+        if (!directory.empty()) {
+            posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
+        }
+    }
+    ~CSpawnSettings() {
+        posix_spawn_file_actions_destroy(&actions);
+        posix_spawnattr_destroy(&attributes);
+    }
+    CSpawnSettings(const CSpawnSettings&) = delete;
+    CSpawnSettings& operator=(const CSpawnSettings&) = delete;
+
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_t actions;
+};
+
+// The child's number, or 0 with errno set.
+pid_t Spawn(const ProgramCall& call) {
+    std::vector<std::string> words;
+    words.push_back(call.program);
+    words.insert(words.end(), call.arguments.begin(), call.arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    const CSpawnSettings settings(call.directory);
+    pid_t pid = 0;
+    errno = posix_spawnp(&pid, call.program.c_str(), &settings.actions, &settings.attributes,
+                         argv.data(), environ);
+    return errno == 0 ? pid : 0;
+}
+
+// A descriptor of the process, never 0; -1 with errno set.
+int DescriptorOf(pid_t pid) {
+    const int fd = pidfd_open(pid, 0);
+    if (fd != 0) return fd;
+    const int other = fcntl(fd, F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
+    close(fd);
+    return other;
+}
+
+int Fail(std::string& error, int code = errno) {
+    error = std::strerror(code);
+    return 0;
+}
+
+bool IsPlainWord(const std::string& word) {
+    return word.find_first_of("\"'\\`$&|;<>()[]{}*?#~=%!") == std::string::npos;
+}
+
+int WaitForEnd(pid_t pid) {
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// The shell itself starts whatever it is given, so the word of the command is asked for first: 0
+// when the shell can run it, or when only the shell can tell what it is.
+int WhyShellRefuses(const std::string& commandLine) {
+    const std::size_t start = commandLine.find_first_not_of(' ');
+    if (start == std::string::npos) return ENOENT;
+    const std::string word = commandLine.substr(start, commandLine.find(' ', start) - start);
+    if (!IsPlainWord(word)) return 0;
+    if (word.find('/') == std::string::npos) {
+        const pid_t pid =
+            Spawn({kShell, {"-c", "command -v -- \"$1\"", kShell, word}, std::string()});
+        if (pid == 0) return errno;
+        return WaitForEnd(pid) == 0 ? 0 : ENOENT;
+    }
+    struct stat info {};
+    if (stat(word.c_str(), &info) != 0) return errno;
+    if (!S_ISREG(info.st_mode)) return EACCES;
+    return access(word.c_str(), X_OK) == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+PosixProcesses::PosixProcesses() {
+    WatchChildren();
+}
+
+PosixProcesses::~PosixProcesses() {
+    while (!m_mapById.empty()) Release(m_mapById.begin()->first);
+}
+
+int PosixProcesses::Start(const ProgramCall& call, std::string& error) {
+    const pid_t pid = Spawn(call);
+    if (pid == 0) return Fail(error);
+    const int id = DescriptorOf(pid);
+    const int reason = errno;
+    ChildProcess* child = AddChild(pid);
+    if (id < 0) {
+        ReleaseChild(child);
+        return Fail(error, reason);
+    }
+    m_mapById[id] = {child, std::nullopt};
+    return id;
+}
+
+int PosixProcesses::StartThroughShell(const std::string& commandLine, std::string& error) {
+    if (const int reason = WhyShellRefuses(commandLine)) return Fail(error, reason);
+    return Start({kShell, {"-c", commandLine}, std::string()}, error);
+}
+
+void PosixProcesses::Release(int id) {
+    const auto found = m_mapById.find(id);
+    if (found == m_mapById.end()) return;
+    ReleaseChild(found->second.child);
+    m_mapById.erase(found);
+    close(id);
+}
+
+std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
+    const auto found = m_mapById.find(id);
+    if (found == m_mapById.end()) {
+        Fail(error, EBADF);
+        return std::nullopt;
+    }
+    ReapChildren();
+    const int state = found->second.child->state.load();
+    if (state == ChildProcess::kRunning) return kStillActive;
+    if (found->second.terminateCode) return found->second.terminateCode;
+    if (state != ChildProcess::kLost) return state;
+    Fail(error, ECHILD);
+    return std::nullopt;
+}
+
+bool PosixProcesses::Terminate(int id, int exitCode, std::string& error) {
+    const std::optional<int> state = GetExitCode(id, error);
+    if (state != kStillActive) {
+        Fail(error, ESRCH);
+        return false;
+    }
+    if (pidfd_send_signal(id, SIGKILL, nullptr, 0) != 0) return Fail(error) != 0;
+    m_mapById[id].terminateCode = exitCode;
+    return true;
+}
+
+bool PosixProcesses::RequestClose(int id) {
+    std::string error;
+    if (GetExitCode(id, error) != kStillActive) return false;
+    const pid_t pid = m_mapById[id].child->pid.load();
+    if (pid != 0 && RequestWindowClose(pid) > 0) return true;
+    return pidfd_send_signal(id, SIGTERM, nullptr, 0) == 0;
+}
+
+void PosixProcesses::WaitSecond() {
+    timespec left{1, 0};
+    while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+    }
+}
+
+}  // namespace kalvex

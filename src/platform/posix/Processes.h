@@ -1,0 +1,39 @@
+// Programs as children of this process, each in a process group of its own. A child that ends is
+// taken off the system's table at once, by the handler of SIGCHLD, which the first object installs;
+// children that others have started are not touched.
+#pragma once
+
+#include <unordered_map>
+
+#include "platform/Processes.h"
+
+namespace kalvex {
+
+struct ChildProcess;
+
+class PosixProcesses final : public Processes {
+  public:
+    PosixProcesses();
+    ~PosixProcesses() override;
+
+    // The identifier is the number of a descriptor of the process.
+    int Start(const ProgramCall& call, std::string& error) override;
+    int StartThroughShell(const std::string& commandLine, std::string& error) override;
+    void Release(int id) override;
+    // 128 plus the signal for a program that a signal has ended.
+    std::optional<int> GetExitCode(int id, std::string& error) override;
+    bool Terminate(int id, int exitCode, std::string& error) override;
+    // Through the program's windows where it has some, else by SIGTERM.
+    bool RequestClose(int id) override;
+    void WaitSecond() override;
+
+  private:
+    struct Entry {
+        ChildProcess* child = nullptr;
+        std::optional<int> terminateCode;
+    };
+
+    std::unordered_map<int, Entry> m_mapById;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,273 @@
+#include "platform/posix/Processes.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <optional>
+
+#include "scratch_folder.h"
+
+namespace kalvex {
+namespace {
+
+class ProcessesTest : public testing::Test {
+  protected:
+    // A program that the shell makes of these commands, in the scratch folder; 0 with `error` set.
+    int Shell(const std::string& commands) {
+        return processes.Start({"/bin/sh", {"-c", commands}, folder.Path()}, error);
+    }
+
+    // The exit code of a program that is waited for.
+    std::optional<int> ExitOf(int id) {
+        pollfd ended{id, POLLIN, 0};
+        while (poll(&ended, 1, -1) < 0 && errno == EINTR) {
+        }
+        return processes.GetExitCode(id, error);
+    }
+
+    // Returns when this process has no child any more, not even an ended one.
+    static void WaitForNoChild() {
+        siginfo_t info;
+        while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0 || errno == EINTR) {
+        }
+        EXPECT_EQ(errno, ECHILD);
+    }
+
+    void MakeProgram(const std::string& name, const std::string& text, mode_t mode = 0755) {
+        folder.Put(name, text);
+        chmod(folder.Path(name).c_str(), mode);
+    }
+
+    // A name by which a program tells that it has come as far as there.
+    void MakeSign() { ASSERT_EQ(mkfifo(folder.Path("znak").c_str(), 0600), 0); }
+    void WaitForSign() { folder.Get("znak"); }
+
+    ScratchFolder folder;
+    std::string error;
+    PosixProcesses processes;
+};
+
+TEST_F(ProcessesTest, GivesTheExitCodeForAsLongAsTheIdentifierIsHeld) {
+    const int id = Shell("exit 7");
+    ASSERT_NE(id, 0);
+    EXPECT_EQ(ExitOf(id), 7);
+    EXPECT_EQ(processes.GetExitCode(id, error), 7);
+    processes.Release(id);
+    EXPECT_EQ(processes.GetExitCode(id, error), std::nullopt);
+    EXPECT_EQ(error, "Bad file descriptor");
+}
+
+TEST_F(ProcessesTest, RunningProgramHasTheCodeOfTheStillActive) {
+    MakeSign();
+    const int id = Shell("read x < znak; exit 3");
+    EXPECT_EQ(processes.GetExitCode(id, error), Processes::kStillActive);
+    folder.Put("znak", "\n");
+    EXPECT_EQ(ExitOf(id), 3);
+}
+
+TEST_F(ProcessesTest, SignalCountsFromOneHundredAndTwentyEight) {
+    EXPECT_EQ(ExitOf(Shell("kill -KILL $$")), 137);
+    EXPECT_EQ(ExitOf(Shell("kill -TERM $$")), 143);
+}
+
+TEST_F(ProcessesTest, TerminateGivesTheProgramItsCode) {
+    const int id = Shell("sleep 1000");
+    EXPECT_TRUE(processes.Terminate(id, -5, error));
+    EXPECT_EQ(ExitOf(id), -5);
+}
+
+TEST_F(ProcessesTest, TerminateOfAnEndedProgramFailsAndLeavesItsCode) {
+    const int id = Shell("exit 4");
+    EXPECT_EQ(ExitOf(id), 4);
+    EXPECT_FALSE(processes.Terminate(id, 9, error));
+    EXPECT_EQ(error, "No such process");
+    EXPECT_EQ(processes.GetExitCode(id, error), 4);
+}
+
+TEST_F(ProcessesTest, ProgramTerminatedWithTheCodeOfTheStillActiveLooksAsIfItRan) {
+    const int id = Shell("sleep 1000");
+    EXPECT_TRUE(processes.Terminate(id, 259, error));
+    EXPECT_EQ(ExitOf(id), Processes::kStillActive);
+}
+
+TEST_F(ProcessesTest, EndedProgramIsNoZombieThoughNobodyAsks) {
+    Shell("exit 1");
+    Shell("exit 2");
+    WaitForNoChild();
+}
+
+TEST_F(ProcessesTest, ReleasedProgramRunsOnAndIsNoZombieAfterItsEnd) {
+    MakeSign();
+    processes.Release(Shell("read x < znak; echo koniec > wynik"));
+    folder.Put("znak", "\n");
+    WaitForNoChild();
+    EXPECT_EQ(folder.Get("wynik"), "koniec\n");
+}
+
+TEST_F(ProcessesTest, ProgramOutlivesTheObjectAndIsNoZombieAfterItsEnd) {
+    MakeSign();
+    {
+        PosixProcesses others;
+        others.Start({"/bin/sh", {"-c", "read x < znak; echo koniec > wynik"}, folder.Path()},
+                     error);
+    }
+    folder.Put("znak", "\n");
+    WaitForNoChild();
+    EXPECT_EQ(folder.Get("wynik"), "koniec\n");
+}
+
+TEST_F(ProcessesTest, StateThatAnotherHasTakenCannotBeRead) {
+    struct sigaction kept {};
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGCHLD, &ignore, &kept);
+    MakeSign();
+    const int id = Shell("read x < znak");
+    folder.Put("znak", "\n");
+    EXPECT_EQ(ExitOf(id), std::nullopt);
+    EXPECT_EQ(error, "No child processes");
+    sigaction(SIGCHLD, &kept, nullptr);
+}
+
+TEST_F(ProcessesTest, IdentifierIsNeverZero) {
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    const int id = Shell("exit 6");
+    EXPECT_NE(id, 0);
+    EXPECT_EQ(ExitOf(id), 6);
+    dup2(input, STDIN_FILENO);
+    close(input);
+}
+
+TEST_F(ProcessesTest, ProgramHasNoneOfOurDescriptors) {
+    const int open = ::open(folder.Path("otwarty").c_str(), O_CREAT | O_RDWR, 0600);
+    const int running = Shell("sleep 1000");
+    EXPECT_EQ(ExitOf(Shell("exec ls /proc/self/fd > opisy")), 0);
+    EXPECT_EQ(folder.Get("opisy"), "0\n1\n2\n3\n");  // 3 is the folder that ls reads
+    EXPECT_EQ(ExitOf(Shell("exec readlink /proc/self/fd/0 /proc/self/fd/2 > pliki")), 0);
+    EXPECT_EQ(folder.Get("pliki"), "/dev/null\n/dev/null\n");
+    EXPECT_EQ(ExitOf(Shell("[ /proc/$$/fd/1 -ef /dev/null ]")), 0);
+    processes.Terminate(running, 0, error);
+    close(open);
+}
+
+TEST_F(ProcessesTest, ProgramStartsWithTheSignalsOfALogin) {
+    const auto kept = signal(SIGPIPE, SIG_IGN);
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGTERM);
+    sigprocmask(SIG_BLOCK, &blocked, &before);
+    EXPECT_EQ(ExitOf(Shell("exec grep -E '^Sig(Blk|Ign):' /proc/self/status > stan")), 0);
+    unsigned long blocks = 1;
+    unsigned long ignores = 1;
+    EXPECT_EQ(std::sscanf(folder.Get("stan").c_str(), "SigBlk: %lx SigIgn: %lx", &blocks, &ignores),
+              2);
+    constexpr unsigned long kOfTheCLibrary = 3UL
+                                             << 31;  // signals 32 and 33, which are no one's else
+    EXPECT_EQ(blocks, 0U);
+    EXPECT_EQ(ignores & ~kOfTheCLibrary, 0U);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    signal(SIGPIPE, kept);
+}
+
+TEST_F(ProcessesTest, ProgramLeadsAProcessGroupOfItsOwn) {
+    EXPECT_EQ(ExitOf(Shell("set -- $(cat /proc/$$/stat); [ $5 = $$ ] && echo tak > grupa")), 0);
+    EXPECT_EQ(folder.Get("grupa"), "tak\n");
+}
+
+TEST_F(ProcessesTest, ArgumentsArriveAsTheyAre) {
+    MakeProgram("spisz", "#!/bin/sh\nprintf '%s|' \"$@\" > wynik\n");
+    const int id = processes.Start(
+        {folder.Path("spisz"), {"a b", "", "\"", "$HOME", "ż"}, folder.Path()}, error);
+    EXPECT_EQ(ExitOf(id), 0);
+    EXPECT_EQ(folder.Get("wynik"), "a b||\"|$HOME|ż|");
+}
+
+TEST_F(ProcessesTest, NameIsLookedUpAlongThePath) {
+    MakeProgram("nasz_program", "#!/bin/sh\nexit 8\n");
+    const std::string kept = getenv("PATH");
+    setenv("PATH", (folder.Path() + ":/usr/bin:/bin").c_str(), 1);
+    EXPECT_EQ(ExitOf(processes.Start({"nasz_program", {}, {}}, error)), 8);
+    setenv("PATH", kept.c_str(), 1);
+    EXPECT_EQ(processes.Start({"nasz_program", {}, {}}, error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+}
+
+TEST_F(ProcessesTest, ProgramThatCannotBeStartedIsToldInTheSystemsWords) {
+    EXPECT_EQ(processes.Start({"/nie/ma/takiego", {}, {}}, error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+    EXPECT_EQ(processes.Start({"", {}, {}}, error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+    MakeProgram("dane", "#!/bin/sh\n", 0644);
+    EXPECT_EQ(processes.Start({folder.Path("dane"), {}, {}}, error), 0);
+    EXPECT_EQ(error, "Permission denied");
+    EXPECT_EQ(processes.Start({"/bin/true", {}, folder.Path("nie_ma")}, error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+    WaitForNoChild();
+}
+
+TEST_F(ProcessesTest, ShellRunsWhatIsNoProgramByItself) {
+    MakeProgram("skrypt", "echo $1 > \"$2\"\n");
+    EXPECT_EQ(processes.Start({folder.Path("skrypt"), {"a", folder.Path("wynik")}, {}}, error), 0);
+    EXPECT_EQ(error, "Exec format error");
+    const int id =
+        processes.StartThroughShell(folder.Path("skrypt") + " a " + folder.Path("wynik"), error);
+    EXPECT_EQ(ExitOf(id), 0);
+    EXPECT_EQ(folder.Get("wynik"), "a\n");
+}
+
+TEST_F(ProcessesTest, ShellRunsItsOwnWordsAndPipes) {
+    EXPECT_EQ(ExitOf(processes.StartThroughShell("exit 9", error)), 9);
+    const std::string result = folder.Path("wynik");
+    EXPECT_EQ(ExitOf(processes.StartThroughShell("echo Ala | tr A O > " + result, error)), 0);
+    EXPECT_EQ(folder.Get("wynik"), "Ola\n");
+    EXPECT_EQ(ExitOf(processes.StartThroughShell("(exit 3)", error)), 3);
+}
+
+TEST_F(ProcessesTest, ShellIsNotStartedForAProgramThatIsNotThere) {
+    EXPECT_EQ(processes.StartThroughShell("nie_ma_takiego_programu a b", error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+    EXPECT_EQ(processes.StartThroughShell("  /nie/ma/takiego a", error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+    EXPECT_EQ(processes.StartThroughShell(" ", error), 0);
+    EXPECT_EQ(error, "No such file or directory");
+    EXPECT_EQ(processes.StartThroughShell(folder.Path() + " a", error), 0);
+    EXPECT_EQ(error, "Permission denied");
+    MakeProgram("dane", "#!/bin/sh\n", 0644);
+    EXPECT_EQ(processes.StartThroughShell(folder.Path("dane"), error), 0);
+    EXPECT_EQ(error, "Permission denied");
+    WaitForNoChild();
+}
+
+TEST_F(ProcessesTest, CloseRequestIsASignalThatTheProgramMayTakeItsOwnWay) {
+    unsetenv("DISPLAY");
+    MakeSign();
+    const int id =
+        Shell("sleep 1000 & trap 'kill $!; exit 5' TERM; echo > znak; while :; do wait; done");
+    WaitForSign();
+    EXPECT_TRUE(processes.RequestClose(id));
+    EXPECT_EQ(ExitOf(id), 5);
+    EXPECT_FALSE(processes.RequestClose(id));
+}
+
+TEST(NoProcesses, EveryAttemptFails) {
+    std::string error;
+    Processes& none = NoProcesses();
+    EXPECT_EQ(none.Start({"/bin/true", {}, {}}, error), 0);
+    EXPECT_EQ(error, "Operation not permitted");
+    EXPECT_EQ(none.StartThroughShell("true", error), 0);
+    EXPECT_EQ(none.GetExitCode(5, error), std::nullopt);
+    EXPECT_FALSE(none.Terminate(5, 0, error));
+    EXPECT_FALSE(none.RequestClose(5));
+}
+
+}  // namespace
+}  // namespace kalvex
