@@ -4,6 +4,7 @@
 #include "engine/ConsoleLink.h"
 #include "engine/ScriptSources.h"
 #include "engine/Statement.h"
+#include "platform/Processes.h"
 #include "platform/Questions.h"
 #include "values/ScriptContext.h"
 
@@ -12,9 +13,10 @@ namespace kalvex {
 struct DocumentServices : ValueServices {
     const CStatementTable& statements;
     Questions& questions;
-    CScriptSources* sources = nullptr;  // none in a process without data sources
-    CConsoleLink* console = nullptr;    // none without a remote console
-    bool consoleClient = false;         // this process mirrors a module and never interprets
+    CScriptSources* sources = nullptr;      // none in a process without data sources
+    CConsoleLink* console = nullptr;        // none without a remote console
+    bool consoleClient = false;             // this process mirrors a module and never interprets
+    Processes* processes = &NoProcesses();  // never null
 };
 
 }  // namespace kalvex

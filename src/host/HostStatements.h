@@ -7,6 +7,16 @@
 
 namespace kalvex {
 
+// External programs
+bool ExecuteExec(StatementCall& call);
+bool ExecuteTerminateExec(StatementCall& call);
+bool ExecuteCloseExec(StatementCall& call);
+FunctionResult ExecFunction(FunctionCall& call);
+FunctionResult CheckExecActivity(FunctionCall& call);
+FunctionResult GetExitCodeExec(FunctionCall& call);
+FunctionResult TerminateExecFunction(FunctionCall& call);
+FunctionResult CloseExecFunction(FunctionCall& call);
+
 // Data files
 bool ExecuteReadFile(StatementCall& call);
 bool ExecuteWriteFile(StatementCall& call);

@@ -29,6 +29,19 @@ constexpr FunctionRow kRows[] = {
     {"SET_FILE", SetFileFunction,
      "plik <numer_sekcji> <wartość> [-A/-R <zmienna> <zmienna> ...]",
      "Ustawienie wartości zmiennych do pliku"},
+    {"EXEC", ExecFunction,
+     "<ścieżka_programu> [-WD <katalog_roboczy>] [<parametr1> <parametr2> ...]",
+     "Uruchomienie zewnętrznego programu"},
+    {"CHECK_EXEC_ACTIVITY", CheckExecActivity, "<identyfikator_programu>",
+     "Sprawdzenie aktywności uruchomionego programu"},
+    {"GET_EXIT_CODE_EXEC", GetExitCodeExec, "<identyfikator_programu>",
+     "Sprawdzenie kodu zakończenia uruchomionego programu"},
+    {"TERMINATE_EXEC", TerminateExecFunction, "<identyfikator_programu> [<kod_zakończenia>]",
+     "Przerwanie pracy uruchomionego programu"},
+    {"CLOSE_EXEC", CloseExecFunction,
+     "<identyfikator_programu> <pozwolenie_na_przerwanie_pracy_programu> "
+     "[<czas_oczekiwania_na_zakończenie>]",
+     "Zamknięcie uruchomionego programu"},
 };
 
 }  // namespace

@@ -1,0 +1,18 @@
+#include "host/LogText.h"
+
+namespace kalvex {
+
+std::string FillIn(std::string_view text, std::initializer_list<std::string_view> values) {
+    constexpr std::size_t kPlaceLength = 2;
+    std::string result;
+    for (const std::string_view value : values) {
+        const std::size_t place = text.find('%');
+        result += text.substr(0, place);
+        result += value;
+        text.remove_prefix(place + kPlaceLength);
+    }
+    result += text;
+    return result;
+}
+
+}  // namespace kalvex

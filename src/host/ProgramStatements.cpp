@@ -1,0 +1,270 @@
+// EXEC and its family. A failure is a log line or a code, and stops no script.
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "host/HostStatements.h"
+#include "host/LogText.h"
+#include "host/Programs.h"
+#include "platform/CodePage.h"
+#include "values/OperandEvaluator.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kNotStarted = "%s - Błąd uruchomienia programu (1): %s (%s)";
+constexpr const char* kNotStartedByShell = "%s - Błąd uruchomienia programu (2): %s (%s)";
+constexpr const char* kNoSuchProgram =
+    "%s - Brak procesu o podanym identyfikatorze (Id procesu %d)";
+constexpr const char* kNotTerminated = "%s - Błąd przerwania pracy programu: %s (Id procesu %d)";
+constexpr const char* kNotAsked =
+    "%s - Błąd wysłania polecenia zamknięcia programu (Id procesu %d)";
+constexpr const char* kNotPolled =
+    "%s - Błąd pobrania informacji o zamknięciu programu: %s (Id procesu %d)";
+constexpr const char* kNotClosed = "%s - Brak informacji o zamknięciu programu (Id procesu %d)";
+
+// Codes that the functions yield.
+enum : int {
+    CheckRunning = 1,
+    CheckEnded = 0,
+    ExitCodeRunning = -100,
+    StateUnreadable = -1,
+    NoSuchProgram = -2,
+    NoIdentifier = -3,
+    CloseEnded = 1,
+    CloseTimedOut = 0,
+    CloseNoWindow = -2,
+    CloseNoSuchProgram = -3,
+};
+
+Processes& ProcessesOf(CKalvexDoc& document) {
+    return *document.Services().processes;
+}
+
+CStartedPrograms& StartedBy(CKalvexDoc& document) {
+    return document.GetPart<CStartedPrograms>(DocumentPart::Processes, ProcessesOf(document));
+}
+
+CKalvexDoc& DocumentOf(FunctionCall& call) {
+    return static_cast<CKalvexDoc&>(call.document);
+}
+
+FunctionResult Yield(FunctionCall& call, int value) {
+    call.out = CVal(value);
+    return FunctionResult::Done;
+}
+
+template <class... Values>
+void LogFailure(CKalvexDoc& document, const char* text, const Values&... values) {
+    const DocumentServices& services = document.Services();
+    services.log.Log(
+        FillIn(services.translator.Translate(text), {document.GetPathName(), values...}),
+        LogErrors);
+}
+
+std::optional<int> ReadInteger(CKalvexDoc& document, std::string_view token) {
+    CVal value;
+    if (!EvaluateOperand(document, token, value, ValueType::Int, true)) return std::nullopt;
+    return ValueToInt(value);
+}
+
+std::optional<double> ReadIdentifier(FunctionCall& call) {
+    CVal value;
+    if (!EvaluateOperand(call.document, call.arguments[0], value, ValueType::Double, true)) {
+        return std::nullopt;
+    }
+    return ValueToDouble(value);
+}
+
+std::string WithSlashes(std::string path) {
+    std::ranges::replace(path, '\\', '/');
+    return path;
+}
+
+// The identifier, 0 when neither attempt has started the program. The second one leaves the
+// directory aside.
+int StartProgram(CKalvexDoc& document, std::string_view text, ExecForm form) {
+    const ProgramLine line = ReadProgramLine(document, text, form);
+    const Paths& paths = document.Services().paths;
+    ProgramCall call;
+    std::string program = WithSlashes(line.program);
+    const bool isPath = program.find('/') != std::string::npos;
+    call.program = NativePath(isPath ? paths.GetFullPath(program) : program);
+    for (const std::string& word : SplitParameters(line.parameters)) {
+        call.arguments.push_back(ToUtf8(word));
+    }
+    if (!line.directory.empty()) call.directory = NativePath(paths.GetFullPath(line.directory));
+
+    Processes& processes = ProcessesOf(document);
+    std::string error;
+    int id = processes.Start(call, error);
+    if (id != 0) return id;
+    LogFailure(document, kNotStarted, FromUtf8(error), line.program);
+    id = processes.StartThroughShell(ToUtf8(program + ' ' + line.parameters), error);
+    if (id == 0) LogFailure(document, kNotStartedByShell, FromUtf8(error), line.program);
+    return id;
+}
+
+// One CLOSE_EXEC, as a statement, which logs, or as a function, which yields a code.
+class CClosing {
+  public:
+    CClosing(CKalvexDoc& document, int id, bool logs)
+        : m_document(document), m_processes(ProcessesOf(document)), m_id(id), m_logs(logs) {}
+
+    bool Request() {
+        if (m_processes.RequestClose(m_id)) return true;
+        Log(kNotAsked, std::to_string(m_id));
+        return false;
+    }
+
+    bool Terminate() {
+        std::string error;
+        if (m_processes.Terminate(m_id, 0, error)) return true;
+        Log(kNotTerminated, FromUtf8(error), std::to_string(m_id));
+        return false;
+    }
+
+    int WaitForEnd(int seconds) {
+        int result = CloseTimedOut;
+        for (int i = 0; i < std::max(seconds, 1); ++i) {
+            m_processes.WaitSecond();
+            std::string error;
+            const std::optional<int> code = m_processes.GetExitCode(m_id, error);
+            if (!code) {
+                Log(kNotPolled, FromUtf8(error), std::to_string(m_id));
+                result = StateUnreadable;
+            } else if (*code != Processes::kStillActive) {
+                return CloseEnded;
+            } else {
+                result = CloseTimedOut;
+            }
+        }
+        Log(kNotClosed, std::to_string(m_id));
+        return result;
+    }
+
+  private:
+    template <class... Values>
+    void Log(const char* text, const Values&... values) {
+        if (m_logs) LogFailure(m_document, text, values...);
+    }
+
+    CKalvexDoc& m_document;
+    Processes& m_processes;
+    int m_id;
+    bool m_logs;
+};
+
+}  // namespace
+
+bool ExecuteExec(StatementCall& call) {
+    const int id = StartProgram(call.document, call.rest, ExecForm::Statement);
+    if (id != 0) ProcessesOf(call.document).Release(id);
+    return true;
+}
+
+bool ExecuteTerminateExec(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    const std::optional<int> wanted = ReadInteger(document, NextToken(call.rest));
+    if (!wanted) return false;
+    const int id = StartedBy(document).Find(*wanted);
+    if (id == 0) {
+        LogFailure(document, kNoSuchProgram, std::to_string(*wanted));
+        return true;
+    }
+    const std::string_view token = NextToken(call.rest);
+    const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
+    std::string error = std::strerror(EINVAL);
+    const bool ended = code && ProcessesOf(document).Terminate(id, *code, error);
+    if (!ended) LogFailure(document, kNotTerminated, FromUtf8(error), std::to_string(id));
+    return true;
+}
+
+bool ExecuteCloseExec(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    const std::optional<int> wanted = ReadInteger(document, NextToken(call.rest));
+    if (!wanted) return false;
+    const int id = StartedBy(document).Find(*wanted);
+    if (id == 0) {
+        LogFailure(document, kNoSuchProgram, std::to_string(*wanted));
+        return true;
+    }
+    const std::string_view force = NextToken(call.rest);
+    const std::string_view wait = NextToken(call.rest);
+    const bool forced = !force.empty() && ReadInteger(document, force).value_or(0) != 0;
+    CClosing closing(document, id, true);
+    if (closing.Request()) {
+        closing.WaitForEnd(wait.empty() ? 1 : ReadInteger(document, wait).value_or(1));
+    } else if (forced) {
+        closing.Terminate();
+    }
+    return true;
+}
+
+FunctionResult ExecFunction(FunctionCall& call) {
+    CKalvexDoc& document = DocumentOf(call);
+    const int id = StartProgram(document, TextBehindKeyword(call), ExecForm::Function);
+    if (id != 0) StartedBy(document).Add(id);
+    return Yield(call, id);
+}
+
+FunctionResult CheckExecActivity(FunctionCall& call) {
+    const std::optional<double> wanted = ReadIdentifier(call);
+    if (!wanted) return Yield(call, NoIdentifier);
+    const int id = StartedBy(DocumentOf(call)).Find(*wanted);
+    if (id == 0) return Yield(call, NoSuchProgram);
+    std::string error;
+    const std::optional<int> code = ProcessesOf(DocumentOf(call)).GetExitCode(id, error);
+    if (!code) return Yield(call, StateUnreadable);
+    return Yield(call, *code == Processes::kStillActive ? CheckRunning : CheckEnded);
+}
+
+FunctionResult GetExitCodeExec(FunctionCall& call) {
+    const std::optional<double> wanted = ReadIdentifier(call);
+    if (!wanted) return Yield(call, NoIdentifier);
+    const int id = StartedBy(DocumentOf(call)).Find(*wanted);
+    if (id == 0) return Yield(call, NoSuchProgram);
+    std::string error;
+    const std::optional<int> code = ProcessesOf(DocumentOf(call)).GetExitCode(id, error);
+    if (!code) return Yield(call, StateUnreadable);
+    return Yield(call, *code == Processes::kStillActive ? ExitCodeRunning : *code);
+}
+
+FunctionResult TerminateExecFunction(FunctionCall& call) {
+    CKalvexDoc& document = DocumentOf(call);
+    const std::optional<double> wanted = ReadIdentifier(call);
+    if (!wanted) return FunctionResult::Failed;
+    const std::string_view token = call.arguments[1];
+    const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
+    if (!code) return FunctionResult::Failed;
+    const int id = StartedBy(document).Find(*wanted);
+    if (id == 0) return Yield(call, NoSuchProgram);
+    std::string error;
+    return Yield(call, ProcessesOf(document).Terminate(id, *code, error) ? 1 : 0);
+}
+
+FunctionResult CloseExecFunction(FunctionCall& call) {
+    CKalvexDoc& document = DocumentOf(call);
+    const std::optional<double> wanted = ReadIdentifier(call);
+    if (!wanted) return FunctionResult::Failed;
+    const int id = StartedBy(document).Find(*wanted);
+    if (id == 0) return Yield(call, CloseNoSuchProgram);
+    const std::string_view force = call.arguments[1];
+    const std::optional<int> forced = force.empty() ? 0 : ReadInteger(document, force);
+    if (!forced) return FunctionResult::Failed;
+    CClosing closing(document, id, false);
+    if (!closing.Request()) {
+        if (*forced == 0) return Yield(call, CloseNoWindow);
+        return Yield(call, closing.Terminate() ? 1 : 0);
+    }
+    const std::string_view wait = call.arguments[2];
+    const std::optional<int> seconds = wait.empty() ? 1 : ReadInteger(document, wait);
+    return seconds ? Yield(call, closing.WaitForEnd(*seconds)) : FunctionResult::Failed;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,103 @@
+#include "host/Programs.h"
+
+#include <algorithm>
+
+#include "engine/LineScanner.h"
+#include "values/OperandEvaluator.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::string_view kDirectoryOption = "-WD";
+
+// The text of a token that names a variable.
+bool ReadText(CScriptContext& document, std::string_view token, std::string& out) {
+    CVal value;
+    if (FindVariable(document, token) == nullptr) return false;
+    if (!EvaluateOperand(document, token, value, ValueType::Text, false)) return false;
+    out = ValueToText(value);
+    return true;
+}
+
+bool IsDirectoryOption(std::string_view token, ExecForm form) {
+    return form == ExecForm::Function ? token.starts_with(kDirectoryOption)
+                                      : token == kDirectoryOption;
+}
+
+void AddParameter(ProgramLine& line, std::string_view text) {
+    line.parameters += text;
+    line.parameters += ' ';
+}
+
+void Unquote(std::string& text) {
+    if (text.size() > 1 && text.front() == '"' && text.back() == '"') {
+        text = text.substr(1, text.size() - 2);
+    }
+}
+
+}  // namespace
+
+ProgramLine ReadProgramLine(CScriptContext& document, std::string_view text, ExecForm form) {
+    ProgramLine line;
+    while (true) {
+        const std::string_view token = NextToken(text);
+        if (token.empty()) break;
+        std::string value;
+        const bool isVariable = ReadText(document, token, value);
+        if (line.program.empty()) {
+            line.program = isVariable ? value : token;
+        } else if (isVariable) {
+            std::string_view rest = value;
+            if (line.directory.empty() && rest.starts_with(kDirectoryOption)) {
+                rest.remove_prefix(kDirectoryOption.size());
+                line.directory = NextToken(rest);
+            } else {
+                AddParameter(line, value);
+            }
+        } else if (line.directory.empty() && IsDirectoryOption(token, form)) {
+            line.directory = NextToken(text);
+        } else {
+            AddParameter(line, token);
+        }
+    }
+    Unquote(line.program);
+    Unquote(line.directory);
+    return line;
+}
+
+std::vector<std::string> SplitParameters(std::string_view parameters) {
+    std::vector<std::string> words;
+    std::string word;
+    bool inWord = false;
+    bool inQuotes = false;
+    for (const char c : parameters) {
+        if (c == '"') {
+            inQuotes = !inQuotes;
+            inWord = true;
+        } else if (c == ' ' && !inQuotes) {
+            if (inWord) words.push_back(std::move(word));
+            word.clear();
+            inWord = false;
+        } else {
+            word += c;
+            inWord = true;
+        }
+    }
+    if (inWord) words.push_back(std::move(word));
+    return words;
+}
+
+void CStartedPrograms::ClearRunState() {
+    for (const int id : m_arrProcessHandles) m_processes.Release(id);
+    m_arrProcessHandles.clear();
+}
+
+int CStartedPrograms::Find(double id) const {
+    const auto found = std::ranges::find_if(
+        m_arrProcessHandles, [id](int handle) { return static_cast<double>(handle) == id; });
+    return found == m_arrProcessHandles.end() ? 0 : *found;
+}
+
+}  // namespace kalvex
