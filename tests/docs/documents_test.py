@@ -54,6 +54,11 @@ class Documents(unittest.TestCase):
         script = (ROOT / shown[1]).read_bytes().decode("cp1250").replace("\r\n", "\n")
         self.assertEqual(shown[2], script)
 
+    def test_every_example_is_run_by_a_script_test(self):
+        tests = (path.read_bytes().decode("cp1250") for path in ROOT.glob("tests/scripts/examples/*.kx"))
+        run = {name for text in tests for name in re.findall(r"(?m)^;; script: ../../../examples/(\S+)", text)}
+        self.assertEqual(run, {path.name for path in ROOT.glob("examples/*.kx")})
+
     def test_every_link_between_documents_leads_somewhere(self):
         for document in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]:
             for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):

@@ -6,6 +6,7 @@
 A comment that begins with ";;" is an instruction to this program; CONTRIBUTING.md tells the notation. Each script
 runs in a scratch folder of its own, under a virtual clock. Beside WHAT.kx may stand WHAT.plant.json and
 WHAT.actions.json, which kalvex-run is given, and a folder WHAT.d, whose content is copied beside the script.
+WHAT.kx may also name another script to run in its place, which takes everything that stands beside it along.
 """
 import argparse
 import dataclasses
@@ -51,6 +52,7 @@ class Outcome:
 class Test:
     """The instructions of one script. A check is a label, a function of the outcome, and what it must give."""
 
+    script: pathlib.PurePath = None
     options: list = dataclasses.field(default_factory=list)
     zone: str = DEFAULT_ZONE
     exit_code: int = 0
@@ -134,6 +136,10 @@ def read_file(folder, name):
     return path.read_bytes().decode("cp1250") if path.exists() else None
 
 
+def on_script(test, text):
+    test.script = pathlib.PurePath(text)
+
+
 def on_run(test, text):
     test.options = shlex.split(text)
 
@@ -185,6 +191,7 @@ def on_file(test, text):
 
 # Name, handler, whether it may stand more than once, whether it expects something.
 INSTRUCTIONS = {
+    "script": (on_script, False, False),
     "run": (on_run, False, False),
     "tz": (on_tz, False, False),
     "exit": (on_exit, False, True),
@@ -261,7 +268,7 @@ def show(value):
     return json.dumps(value, ensure_ascii=False)
 
 
-def command_line(runner, script, test):
+def command_line(runner, script, tested, test):
     options = list(test.options)
     for name, value in DEFAULT_OPTIONS.items():
         if name not in options:
@@ -270,7 +277,7 @@ def command_line(runner, script, test):
         beside = script.with_suffix(f".{option[2:]}.json")
         if beside.exists():
             options += [option, str(beside.resolve())]
-    return [runner, "--json", *options, script.name]
+    return [runner, "--json", *options, tested]
 
 
 def read_script(script):
@@ -286,14 +293,19 @@ def read_script(script):
 def run_script(runner, script):
     """What is not as expected: no line if the test passes."""
     test = parse(read_script(script))
+    tested = script.parent / (test.script or script.name)
+    read_script(tested)
     with tempfile.TemporaryDirectory(prefix="kalvex-") as scratch:
         folder = pathlib.Path(scratch).resolve()
-        shutil.copy(script, folder)
+        if test.script:
+            shutil.copytree(tested.parent, folder, dirs_exist_ok=True)
+        else:
+            shutil.copy(script, folder)
         beside = script.with_suffix(".d")
         if beside.is_dir():
             shutil.copytree(beside, folder, dirs_exist_ok=True)
         ended = subprocess.run(
-            command_line(runner, script, test),
+            command_line(runner, script, tested.name, test),
             cwd=folder,
             env=dict(os.environ, TZ=test.zone, LC_ALL="C.UTF-8"),
             stdin=subprocess.DEVNULL,
@@ -305,7 +317,7 @@ def run_script(runner, script):
         except ValueError as error:
             complaint = ended.stderr.decode("utf-8", "replace").strip()
             raise Fault(f"exit {ended.returncode} and no JSON: {error}\n{complaint}") from error
-        run = Outcome(ended.returncode, result, folder, str(folder / script.name))
+        run = Outcome(ended.returncode, result, folder, str(folder / tested.name))
         found = differences(test, run)
         if found:
             found += ["log: " + entry["text"] for entry in result["log"]]

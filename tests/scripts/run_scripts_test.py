@@ -150,6 +150,23 @@ class ScriptTest(unittest.TestCase):
         )
         self.assertEqual(found, [])
 
+    def test_another_script_is_run_with_what_stands_beside_it(self):
+        (self.folder / "inne").mkdir()
+        (self.folder / "inne" / "inny.kx").write_bytes(b"LOCAL A\r\n")
+        (self.folder / "inne" / "b.kx").write_bytes(b"")
+        (self.folder / "proba.actions.json").write_text("[]")
+        found = self.run_with(
+            "script: inne/inny.kx",
+            'result: beside = ["b.kx", "inny.kx", "wynik.txt"]',
+            'result: arguments.5 = "--actions"',
+            f'result: arguments.6 = "{(self.folder / "proba.actions.json").resolve()}"',
+            'result: arguments.7 = "inny.kx"',
+        )
+        self.assertEqual(found, [])
+        with self.assertRaises(FileNotFoundError):
+            self.run_with("script: inne/brak.kx", "line: 2")
+        self.assertEqual(self.refusal_of("script: inne/inny.kx"), "the script expects nothing")
+
     def test_a_script_that_tests_nothing_is_refused(self):
         self.assertEqual(self.refusal_of("run: --ticks 5", "tz: UTC"), "the script expects nothing")
         self.assertEqual(self.refusal_of("expct: A = 5"), "line 2: unknown instruction: ;; expct: A = 5")
