@@ -13,6 +13,11 @@ namespace kalvex {
 // what does not evaluate stays in `text`.
 bool ParseDateFields(CScriptContext& document, std::string_view& text, std::int64_t& out);
 
+// The decimal integer at the front of `text` after white space, a sign before it if any, taken off.
+// What does not fit an int is its nearest bound. False, with both as they were, when no digit
+// stands there.
+bool ScanInteger(std::string_view& text, int& out);
+
 enum class SleepForm { HoursMinutesSeconds = 0, MinutesSeconds = 1, Seconds = 2 };
 
 struct SleepTime {
