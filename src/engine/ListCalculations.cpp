@@ -1,0 +1,17 @@
+// FILL_IN_LIST and CALC_IN_LIST as statements.
+#include "engine/ScriptDocument.h"
+#include "engine/StatementFamilies.h"
+#include "values/ListFunctions.h"
+
+namespace kalvex {
+
+bool ExecuteFillInList(StatementCall& call) {
+    return FillInList(call.document, call.rest);
+}
+
+// A reversed range and an empty result are no failure of the line.
+bool ExecuteCalcInList(StatementCall& call) {
+    return CalcInList(call.document, call.rest) != CalcResult::Error;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,20 @@
+// SET_STATUS, ADD_STATUS and REMOVE_STATUS as statements.
+#include <string>
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "engine/StatementFamilies.h"
+#include "values/OperandEvaluator.h"
+
+namespace kalvex {
+
+bool ExecuteStatusChange(StatementCall& call) {
+    const std::string line = std::string(call.keyword) + ' ' + std::string(call.rest);
+    std::string_view text = line;
+    CVal changed;
+    if (EvaluateRest(call.document, text, changed, ValueType::Int)) return true;
+    call.document.SetError(ErrorExpression, TrimBlanks(call.rest), true);
+    return false;
+}
+
+}  // namespace kalvex
