@@ -1,0 +1,23 @@
+#include "platform/posix/AccountName.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+std::string AccountName() {
+    std::vector<char> buffer(1024);
+    passwd record;
+    passwd* found = nullptr;
+    while (getpwuid_r(geteuid(), &record, buffer.data(), buffer.size(), &found) == ERANGE) {
+        buffer.resize(buffer.size() * 2);
+    }
+    return found == nullptr ? std::to_string(geteuid()) : FromUtf8(found->pw_name);
+}
+
+}  // namespace kalvex
