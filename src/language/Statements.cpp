@@ -46,6 +46,14 @@ constexpr StatementRow kRows[] = {
     {"LIST", ExecuteList, "LIST <nazwa_listy>", ""},
     {"COPY", ExecuteCopy, "COPY <nazwa_zmiennej_źródłowej> <zmienna_docelowa>", ""},
     {"CREATE_VAR_LIST", ExecuteCreateVarList, "CREATE_VAR_LIST <lista> <wzorzec>", ""},
+    {"FILL_IN_LIST", ExecuteFillInList,
+     "FILL_IN_LIST <lista> <wartość> <status> <początek> <koniec> <krok>",
+     "Wypełnienie listy wartościami z zadanego przedziału"},
+    {"CALC_IN_LIST", ExecuteCalcInList,
+     "CALC_IN_LIST <lista.funkcja> <wynik> "
+     "[<maska_ignorowanych_wartości> [FROM <początek> TO <koniec>]]",
+     "Wykonanie obliczenia na podstawie wartości elementów listy według zadanego przedziału i "
+     "maski ignorowanych wartości"},
     {"SUBSCRIBE", ExecuteSubscribe, "SUBSCRIBE START\nSUBSCRIBE STOP",
      "Sterowanie rejestracją zmiennych"},
     {"SETPTR", ExecuteSetPtr, "SETPTR <wskaźnik> = <nazwa_zmiennej>", ""},
@@ -79,6 +87,12 @@ constexpr StatementRow kRows[] = {
     {"SET_FILE", ExecuteSetFile,
      "SET_FILE plik <numer_sekcji> <wartość> [-A/-R <zmienna> <zmienna> ...]",
      "Ustawienie wartości zmiennych do pliku"},
+    {"REMOVE_STATUS", ExecuteStatusChange,
+     "REMOVE_STATUS <zmienna>[.<typ_danych>] <wartość_statusu>", "Usuwanie statusu zmiennej"},
+    {"ADD_STATUS", ExecuteStatusChange, "ADD_STATUS <zmienna>[.<typ_danych>] <wartość_statusu>",
+     "Dodawanie statusu zmiennej"},
+    {"SET_STATUS", ExecuteStatusChange, "SET_STATUS <zmienna>[.<typ_danych>] <wartość_statusu>",
+     "Ustawianie statusu zmiennej"},
     {"SPLIT", ExecuteSplit, "SPLIT <zmienna> <separator> <lista>",
      "Rozdzielenie fragmentów tekstu według podanego separatora"},
 };

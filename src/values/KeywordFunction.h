@@ -36,7 +36,7 @@ using FunctionHandler = FunctionResult (*)(FunctionCall&);
 struct FunctionRow {
     std::string_view keyword;
     FunctionHandler handler;
-    std::string_view usage;  // argument list as the manual shows it, UTF-8
+    std::string_view usage;  // argument lists as the manual shows them, one a line, UTF-8
     std::string_view help;   // Polish, UTF-8
 };
 
