@@ -1,0 +1,24 @@
+#include "programs/kalvex-run/Interruption.h"
+
+#include <csignal>
+
+namespace kalvex {
+
+namespace {
+
+volatile std::sig_atomic_t g_bInterrupted = 0;
+
+}  // namespace
+
+void WatchInterruption() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { g_bInterrupted = 1; };
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+bool IsInterrupted() {
+    return g_bInterrupted != 0;
+}
+
+}  // namespace kalvex

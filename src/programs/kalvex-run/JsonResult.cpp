@@ -1,0 +1,145 @@
+#include "programs/kalvex-run/JsonResult.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "platform/CodePage.h"
+#include "values/Status.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kStoredValue = 1;  // the mode that reads a value which a script may not use
+
+Json ContentJson(const CVal& value) {
+    if (value.IsText()) return ToUtf8(value.Text());
+    if (ValueType::IsInteger(value.GetType())) return value.Integer();
+    if (value.GetType() == ValueType::Double && std::isfinite(value.Real())) return value.Real();
+    return nullptr;
+}
+
+Json SlotsJson(CVariable& variable) {
+    Json slots = Json::object();
+    for (const ValueKindRow& row : ValueKinds()) {
+        if (row.kind == KindArchive) continue;
+        CVal value;
+        variable.GetValue(value, row.kind, kStoredValue);
+        slots[std::string(row.suffix)] = CellJson(value);
+    }
+    return slots;
+}
+
+using AddFields = void (*)(CVariable&, const CRunSources*, Json&);
+
+struct KindRow {
+    VariableKind kind;
+    const char* name;
+    AddFields addFields;
+};
+
+void AddSlots(CVariable& variable, const CRunSources*, Json& record) {
+    record["slots"] = SlotsJson(variable);
+}
+
+void AddTarget(CVariable& variable, const CRunSources*, Json& record) {
+    record["target"] = ToUtf8(static_cast<CVariablePointer&>(variable).GetTargetName());
+}
+
+void AddElements(CVariable& variable, const CRunSources*, Json& record) {
+    const auto& list = static_cast<const CVariableList&>(variable);
+    record["iterator"] = list.GetIterator();
+    Json& elements = record["elements"] = Json::array();
+    for (const CVal& element : list.Elements()) elements.push_back(CellJson(element));
+}
+
+void AddRemote(CVariable& variable, const CRunSources* sources, Json& record) {
+    AddSlots(variable, sources, record);
+    const CInterfaceObj* link = variable.GetSourceRecord();
+    if (sources != nullptr && link != nullptr) sources->AddRemoteFields(*link, record);
+}
+
+constexpr KindRow kKinds[] = {{VariableLocal, "LOCAL", AddSlots},
+                              {VariablePointer, "POINTER", AddTarget},
+                              {VariableList, "LIST", AddElements},
+                              {VariableRemote, "REMOTE", AddRemote}};
+
+Json WaitLinesJson(const CKalvexDoc& document) {
+    Json lines = Json::array();
+    for (const auto& [key, record] : document.m_mapWaitFor) lines.push_back(record.nLine);
+    return lines;
+}
+
+Json TextJson(const CScriptText& text) {
+    Json lines = Json::array();
+    for (int n = 0; n < text.GetLineCount(); ++n) lines.push_back(ToUtf8(text.GetLine(n)));
+    return lines;
+}
+
+Json ScriptJson(const CRunScript& script, const CRunSources* sources, bool lines) {
+    const CKalvexDoc& document = script.Document();
+    Json record = {{"path", ToUtf8(document.GetPathName())},
+                   {"started", script.IsStarted()},
+                   {"running", document.m_bRunning},
+                   {"paused", document.m_bPaused},
+                   {"stepRequested", document.m_bStepRequested},
+                   {"minimised", document.m_bMinimised},
+                   {"finished", script.IsFinished()},
+                   {"errorStanding", document.m_bErrorStanding},
+                   {"currentLine", document.m_nCurrentLine},
+                   {"lineCount", document.GetLineCount()},
+                   {"priority", document.m_nPriority},
+                   {"errorCode", document.m_nErrorCode},
+                   {"errorText", ToUtf8(document.m_strErrorText)},
+                   {"errorMessage", ToUtf8(document.GetErrorMessage(document.m_nErrorCode))},
+                   {"ignoreUnknown", document.m_bIgnoreUnknown},
+                   {"callDepth", document.m_lstCallStack.size()},
+                   {"waitLines", WaitLinesJson(document)}};
+    Json& variables = record["variables"] = Json::array();
+    for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
+        variables.push_back(VariableJson(*variable, sources));
+    }
+    if (lines) record["lines"] = TextJson(document.Text());
+    return record;
+}
+
+}  // namespace
+
+Json CellJson(const CVal& value) {
+    return {{"type", value.GetType()},
+            {"status", value.GetStatus()},
+            {"time", value.GetTime()},
+            {"value", ContentJson(value)},
+            {"text", ToUtf8(ValueToText(value))}};
+}
+
+Json VariableJson(CVariable& variable, const CRunSources* sources) {
+    const KindRow& row = *std::ranges::find(kKinds, variable.GetKind(), &KindRow::kind);
+    Json record = {{"name", ToUtf8(variable.GetName())}, {"kind", row.name}};
+    row.addFields(variable, sources, record);
+    return record;
+}
+
+std::string JsonResult(const CRunner& runner, bool lines) {
+    Json log = Json::array();
+    for (const LogEntry& entry : runner.Log().Entries()) {
+        log.push_back({{"time", entry.time}, {"level", entry.level}, {"text", entry.text}});
+    }
+    Json scripts = Json::array();
+    for (const std::unique_ptr<CRunScript>& script : runner.Scripts()) {
+        scripts.push_back(ScriptJson(*script, runner.Sources(), lines));
+    }
+    const Json result = {
+        {"ticks", runner.GetTicks()},
+        {"now", runner.GetClock().Now()},
+        {"log", std::move(log)},
+        {"scripts", std::move(scripts)},
+        {"sources", runner.Sources() != nullptr ? runner.Sources()->Result() : Json::object()}};
+    return result.dump() + '\n';
+}
+
+}  // namespace kalvex

@@ -1,0 +1,22 @@
+// The result of a run as JSON. All texts in it are UTF-8.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+#include "programs/kalvex-run/Runner.h"
+#include "values/Value.h"
+#include "values/Variable.h"
+
+namespace kalvex {
+
+// One object and a line end. `lines` adds the text of each script.
+std::string JsonResult(const CRunner& runner, bool lines);
+
+// type, status, time, value, text
+nlohmann::ordered_json CellJson(const CVal& value);
+
+// What a variable is and holds. `sources` is null in a run without data sources.
+nlohmann::ordered_json VariableJson(CVariable& variable, const CRunSources* sources);
+
+}  // namespace kalvex

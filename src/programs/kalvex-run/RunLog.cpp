@@ -1,0 +1,22 @@
+#include "programs/kalvex-run/RunLog.h"
+
+#include <fmt/format.h>
+
+#include "platform/CodePage.h"
+#include "programs/kalvex-run/LocalTimeText.h"
+
+namespace kalvex {
+
+void CRunLog::Log(std::string_view text, int level) {
+    if (level > m_nLevel) return;
+    const std::int64_t now = m_clock.Now();
+    if (m_pOut == nullptr) {
+        m_arrEntries.push_back({now, level, ToUtf8(text)});
+        return;
+    }
+    const std::string line = fmt::format("{} {}\n", FormatLocalTime(now), ToUtf8(text));
+    std::fwrite(line.data(), 1, line.size(), m_pOut);
+    std::fflush(m_pOut);
+}
+
+}  // namespace kalvex

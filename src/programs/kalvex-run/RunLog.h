@@ -1,0 +1,39 @@
+// The log of a run: kept for the result, or printed as it comes.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/LogSink.h"
+
+namespace kalvex {
+
+struct LogEntry {
+    std::int64_t time;  // seconds since 1970 GMT
+    int level;
+    std::string text;  // UTF-8
+};
+
+class CRunLog final : public LogSink {
+  public:
+    // Lines above `level` are dropped. With `out` (not owned) each line is printed there at once
+    // and not kept.
+    CRunLog(const Clock& clock, int level, std::FILE* out)
+        : m_clock(clock), m_nLevel(level), m_pOut(out) {}
+
+    void Log(std::string_view text, int level) override;
+
+    const std::vector<LogEntry>& Entries() const { return m_arrEntries; }
+
+  private:
+    const Clock& m_clock;
+    int m_nLevel;
+    std::FILE* m_pOut;
+    std::vector<LogEntry> m_arrEntries;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,76 @@
+// A whole run: the world of the scripts, their ticks, and how it ended. Main thread.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/DocumentServices.h"
+#include "engine/Tick.h"
+#include "platform/Clock.h"
+#include "platform/Paths.h"
+#include "platform/Questions.h"
+#include "platform/Translator.h"
+#include "programs/kalvex-run/Actions.h"
+#include "programs/kalvex-run/Options.h"
+#include "programs/kalvex-run/Pace.h"
+#include "programs/kalvex-run/RunLog.h"
+#include "programs/kalvex-run/RunScript.h"
+#include "programs/kalvex-run/RunSources.h"
+#include "programs/kalvex-run/RunUsers.h"
+
+namespace kalvex {
+
+enum ExitStatus : int { ExitFinished = 0, ExitFailed = 1, ExitRefused = 2, ExitLimit = 3 };
+
+// Nobody is at the keyboard, so nothing is agreed to.
+class CNoAnswers final : public Questions {
+  public:
+    bool AskYesNo(std::string_view) override { return false; }
+};
+
+class CRunner {
+  public:
+    explicit CRunner(const RunOptions& options);
+
+    // Opens everything that the options name; false with the reason in `fault`.
+    bool Open(std::string& fault);
+
+    // Starts the scripts and ticks until they are at rest or the limit comes.
+    void Run();
+
+    ExitStatus GetExitStatus() const;
+    std::int64_t GetTicks() const { return m_nTicks; }
+    const Clock& GetClock() const { return *m_pClock; }
+    const CRunLog& Log() const { return m_log; }
+    const CRunSources* Sources() const { return m_pSources.get(); }
+    const std::vector<std::unique_ptr<CRunScript>>& Scripts() const { return m_arrScripts; }
+
+  private:
+    bool IsDone() const;
+    bool WaitForTick();
+    void RunTick();
+
+    RunOptions m_options;
+    std::unique_ptr<Clock> m_pClock;
+    VirtualClock* m_pVirtualClock = nullptr;  // the same clock, when it is a virtual one
+    CRunLog m_log;
+    Translator m_translator;
+    CRunUsers m_users;
+    Paths m_paths;
+    CNoAnswers m_questions;
+    std::unique_ptr<CRunSources> m_pSources;
+    DocumentServices m_services;
+    std::vector<std::unique_ptr<CRunScript>> m_arrScripts;
+    CTickRunner m_ticker;
+    std::vector<Action> m_arrActions;
+    std::size_t m_nNextAction = 0;
+    std::int64_t m_nTicks = 0;
+    bool m_bLimitReached = false;
+    CPace m_pace;
+    std::chrono::steady_clock::time_point m_tBegin;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,156 @@
+#include "programs/kalvex-run/TextResult.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "platform/CodePage.h"
+#include "programs/kalvex-run/LocalTimeText.h"
+#include "values/Status.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kStoredValue = 1;  // the mode that reads a value which a script may not use
+
+enum Column { ColumnName, ColumnKind, ColumnValue, ColumnStatus, ColumnTime, ColumnCount };
+using Row = std::array<std::string, ColumnCount>;
+
+constexpr std::string_view kGap = "  ";
+
+std::size_t Width(std::string_view utf8) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(utf8, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+// Control characters would break the table.
+std::string Printable(std::string_view windows1250) {
+    std::string text(windows1250);
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    return ToUtf8(text);
+}
+
+std::string StatusText(std::uint16_t status) {
+    std::string text;
+    const auto add = [&text](std::string_view word) {
+        if (!text.empty()) text += ' ';
+        text += word;
+    };
+    for (const StatusWord& row : StatusWords()) {
+        if ((status & row.bit) == 0) continue;
+        add(row.word);
+        status &= static_cast<std::uint16_t>(~row.bit);
+    }
+    if (status != 0) add(std::to_string(status));
+    return text;
+}
+
+std::string ContentText(const CVal& value) {
+    if (value.IsText()) return '"' + Printable(value.Text()) + '"';
+    return value.GetType() == ValueType::None ? "-" : ValueToText(value);
+}
+
+Row ValueRow(std::string name, std::string_view kind, const CVal& value) {
+    return {std::move(name), std::string(kind), ContentText(value), StatusText(value.GetStatus()),
+            value.GetTime() == 0 ? "" : FormatLocalTime(value.GetTime())};
+}
+
+void AddSlots(CVariable& variable, std::string_view kind, std::vector<Row>& rows) {
+    const std::string name = ToUtf8(variable.GetName());
+    for (const ValueKindRow& slot : ValueKinds()) {
+        if (slot.kind == KindArchive) continue;
+        CVal value;
+        variable.GetValue(value, slot.kind, kStoredValue);
+        if (slot.kind == KindCurrent) {
+            rows.push_back(ValueRow(name, kind, value));
+        } else if (value.GetType() != ValueType::None) {
+            rows.push_back(ValueRow(fmt::format("  .{}", slot.suffix), "", value));
+        }
+    }
+}
+
+void AddElements(const CVariableList& list, std::vector<Row>& rows) {
+    rows.push_back(
+        {ToUtf8(list.GetName()), "LIST",
+         fmt::format("{} elements, iterator {}", list.Elements().size(), list.GetIterator()), "",
+         ""});
+    for (std::size_t i = 0; i < list.Elements().size(); ++i) {
+        rows.push_back(ValueRow(fmt::format("  [{}]", i), "", list.Elements()[i]));
+    }
+}
+
+void AddVariable(CVariable& variable, std::vector<Row>& rows) {
+    switch (variable.GetKind()) {
+        case VariableList:
+            return AddElements(static_cast<const CVariableList&>(variable), rows);
+        case VariablePointer: {
+            const auto& pointer = static_cast<const CVariablePointer&>(variable);
+            rows.push_back({ToUtf8(pointer.GetName()), "POINTER",
+                            "-> " + ToUtf8(pointer.GetTargetName()), "", ""});
+            return;
+        }
+        case VariableRemote:
+            return AddSlots(variable, "REMOTE", rows);
+        default:
+            return AddSlots(variable, "LOCAL", rows);
+    }
+}
+
+std::string Line(const Row& row, const std::array<std::size_t, ColumnCount>& widths) {
+    std::string line;
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        if (column > 0) line += kGap;
+        line += row[column];
+        line.append(widths[column] - Width(row[column]), ' ');
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line + '\n';
+}
+
+std::string Place(const CRunScript& script) {
+    const CKalvexDoc& document = script.Document();
+    const bool waiting = document.m_nErrorCode == ErrorWaiting &&
+                         document.m_nReportedLine == document.m_nCurrentLine;
+    if (script.IsFailed() || waiting) {
+        return ToUtf8(document.FormatErrorReport(document.m_nCurrentLine, document.m_nErrorCode,
+                                                 document.m_strErrorText));
+    }
+    if (script.IsRefused() && !script.IsStarted()) return " : refused at its start";
+    if (script.IsFinished()) return " : finished";
+    const int line = document.m_nCurrentLine + 1;
+    if (document.m_bPaused) return fmt::format(" : stopped before line {}", line);
+    return document.m_bRunning ? fmt::format(" : at line {}", line) : " : not running";
+}
+
+}  // namespace
+
+std::string VariableTable(const CVariableTable& variables) {
+    if (variables.GetSize() == 0) return {};
+    std::vector<Row> rows = {{"NAME", "KIND", "VALUE", "STATUS", "TIME"}};
+    for (const std::unique_ptr<CVariable>& variable : variables) AddVariable(*variable, rows);
+    std::array<std::size_t, ColumnCount> widths{};
+    for (const Row& row : rows) {
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            widths[column] = std::max(widths[column], Width(row[column]));
+        }
+    }
+    std::string table;
+    for (const Row& row : rows) table += Line(row, widths);
+    return table;
+}
+
+std::string TextResult(const CRunner& runner) {
+    std::string text;
+    for (const std::unique_ptr<CRunScript>& script : runner.Scripts()) {
+        const CKalvexDoc& document = script->Document();
+        text += '\n' + ToUtf8(document.GetPathName()) + Place(*script) + '\n';
+        text += VariableTable(document.Variables());
+    }
+    return text;
+}
+
+}  // namespace kalvex
