@@ -1,0 +1,535 @@
+#!/usr/bin/env python3
+"""kalvex-run from outside: its options, its exit status, what it prints.
+
+    kalvex_run_test.py PATH_OF_KALVEX_RUN [unittest arguments]
+"""
+import dataclasses
+import datetime
+import json
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+import zoneinfo
+
+RUNNER = None
+ZONE = "Europe/Warsaw"
+CLOCK = "2024-03-10 07:00:00"
+START = int(datetime.datetime.fromisoformat(CLOCK).replace(tzinfo=zoneinfo.ZoneInfo(ZONE)).timestamp())
+VIRTUAL = ("--clock", CLOCK, "--ticks", "2000")
+TIME_LIMIT_SECONDS = 60
+
+SCRIPT_FIELDS = (
+    "path started running paused stepRequested minimised finished errorStanding currentLine lineCount priority "
+    "errorCode errorText errorMessage ignoreUnknown callDepth waitLines variables"
+).split()
+
+
+@dataclasses.dataclass
+class Outcome:
+    code: int
+    out: str
+    err: str
+
+    @property
+    def result(self):
+        return json.loads(self.out)
+
+    @property
+    def script(self):
+        return self.result["scripts"][0]
+
+    @property
+    def log(self):
+        return [entry["text"] for entry in self.result["log"]]
+
+    def cell(self, name, script=0):
+        variables = self.result["scripts"][script]["variables"]
+        return next(v for v in variables if v["name"] == name)["slots"]["CURDATA"]
+
+    def value(self, name, script=0):
+        return self.cell(name, script)["value"]
+
+
+class RunnerTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="kalvex-")
+        self.addCleanup(scratch.cleanup)
+        self.folder = pathlib.Path(scratch.name).resolve()
+        self.environment = dict(os.environ, TZ=ZONE, LC_ALL="C.UTF-8")
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.write_bytes(text.replace("\n", "\r\n").encode("cp1250"))
+        return path
+
+    def call(self, *arguments):
+        ended = subprocess.run(
+            [RUNNER, *arguments],
+            cwd=self.folder,
+            env=self.environment,
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            timeout=TIME_LIMIT_SECONDS,
+        )
+        return Outcome(ended.returncode, ended.stdout.decode("utf-8"), ended.stderr.decode("utf-8"))
+
+    def run_scripts(self, *texts, options=VIRTUAL, actions=None):
+        """The scripts a.kx, b.kx, ... of these texts, with --json."""
+        names = [f"{letter}.kx" for letter, _ in zip("abcd", texts)]
+        for name, text in zip(names, texts):
+            self.write(name, text)
+        if actions is not None:
+            (self.folder / "actions.json").write_text(json.dumps(actions), encoding="utf-8")
+            options = (*options, "--actions", "actions.json")
+        return self.call("--json", *options, *names)
+
+
+def at(tick, do, script=0, **more):
+    return {"atTick": tick, "script": script, "do": do, **more}
+
+
+class ExitStatus(RunnerTest):
+    def test_finished(self):
+        run = self.run_scripts("LOCAL A = 1\nLOCAL B = 2\n")
+        self.assertEqual(run.code, 0)
+        self.assertEqual(run.err, "")
+        self.assertTrue(run.script["finished"])
+        # The second line comes 50 ticks after the first, the empty one behind it after 50 more.
+        self.assertEqual(run.result["ticks"], 101)
+        self.assertEqual(run.script["currentLine"], 3)
+        self.assertEqual(run.script["lineCount"], 3)
+
+    def test_finished_at_the_very_limit(self):
+        self.assertEqual(self.run_scripts("LOCAL A\n", options=("--clock", CLOCK, "--ticks", "51")).code, 0)
+        self.assertEqual(self.run_scripts("LOCAL A\n", options=("--clock", CLOCK, "--ticks", "50")).code, 3)
+
+    def test_standing_error_even_at_the_limit(self):
+        run = self.run_scripts("SET Q = 1\n")
+        self.assertEqual(run.code, 1)
+        self.assertTrue(run.script["errorStanding"])
+        self.assertEqual(run.result["ticks"], 2000)
+
+    def test_fatal_error_ends_the_run(self):
+        run = self.run_scripts("GOTO brak\n")
+        self.assertEqual(run.code, 1)
+        self.assertTrue(run.script["paused"])
+        self.assertEqual(run.result["ticks"], 1)
+
+    def test_wait_is_no_failure(self):
+        run = self.run_scripts("LOCAL A = 1\nSET A = A.ARCH\n")
+        self.assertEqual(run.code, 3)
+        self.assertEqual(run.script["errorCode"], 27)
+
+    def test_limit(self):
+        run = self.run_scripts(":w\nGOTO w\n")
+        self.assertEqual(run.code, 3)
+        self.assertEqual(run.result["ticks"], 2000)
+
+    def test_limit_of_a_virtual_run_is_a_million(self):
+        run = self.run_scripts(":w\nGOTO w\n", options=("--clock", CLOCK))
+        self.assertEqual((run.code, run.result["ticks"]), (3, 1000000))
+
+    def test_no_tick_at_all(self):
+        run = self.run_scripts("LOCAL A\n", options=("--clock", CLOCK, "--ticks", "0"))
+        self.assertEqual((run.code, run.result["ticks"], run.script["currentLine"]), (3, 0, 0))
+        self.assertTrue(run.script["started"])
+
+    def test_refused_start_outweighs_an_error(self):
+        run = self.run_scripts("ENDIF\n", "SET Q = 1\n")
+        self.assertEqual(run.code, 2)
+        refused, failing = run.result["scripts"]
+        self.assertFalse(refused["started"])
+        self.assertFalse(refused["finished"])
+        self.assertTrue(failing["errorStanding"])
+
+    def test_refused_script_alone_needs_no_tick(self):
+        run = self.run_scripts("ENDIF\n")
+        self.assertEqual((run.code, run.result["ticks"]), (2, 0))
+
+    def test_error_outweighs_the_limit(self):
+        self.assertEqual(self.run_scripts("GOTO brak\n", ":w\nGOTO w\n").code, 1)
+
+    def test_error_outweighs_an_end(self):
+        self.assertEqual(self.run_scripts("LOCAL A\n", "GOTO brak\n").code, 1)
+
+    def test_stopped_by_an_action_counts_as_finished(self):
+        run = self.run_scripts(":w\nGOTO w\n", actions=[at(10, "stop")])
+        self.assertEqual(run.code, 0)
+        self.assertEqual(run.result["ticks"], 10)
+        self.assertTrue(run.script["paused"])
+        self.assertFalse(run.script["finished"])
+
+    def test_stopped_by_a_breakpoint_counts_as_finished(self):
+        run = self.run_scripts("LOCAL A\nLOCAL B\n", actions=[at(1, "breakpoint", line=1)])
+        self.assertEqual((run.code, run.result["ticks"], run.script["currentLine"]), (0, 1, 1))
+
+    def test_reset_by_an_action_counts_as_finished(self):
+        run = self.run_scripts("SET Q = 1\n", actions=[at(10, "reset")])
+        self.assertEqual((run.code, run.result["ticks"]), (0, 10))
+        self.assertEqual([run.script[field] for field in ("running", "paused", "errorStanding")], [False] * 3)
+
+    def test_stop_on_a_failing_line_is_a_failure(self):
+        self.assertEqual(self.run_scripts("SET Q = 1\n", actions=[at(10, "stop")]).code, 1)
+
+    def test_step_that_fails_is_a_failure(self):
+        breaks = at(1, "breakpoint", line=1)
+        failing = self.run_scripts("LOCAL A\nSET Q = 1\n", actions=[breaks, at(60, "step")])
+        self.assertEqual((failing.code, failing.script["currentLine"]), (1, 1))
+        self.assertFalse(failing.script["errorStanding"])
+        good = self.run_scripts("LOCAL A\nSET A = 1\n", actions=[breaks, at(60, "step")])
+        self.assertEqual((good.code, good.script["currentLine"]), (0, 2))
+
+    def test_step_that_waits_is_no_failure(self):
+        text = "LOCAL A\nSET A = A.ARCH\n"
+        run = self.run_scripts(text, actions=[at(1, "breakpoint", line=1), at(60, "step")])
+        self.assertEqual((run.code, run.script["errorCode"]), (0, 27))
+
+    def test_signals_count_as_the_limit(self):
+        self.write("a.kx", ":w\nGOTO w\n")
+        for number in (signal.SIGINT, signal.SIGTERM):
+            with subprocess.Popen(
+                [RUNNER, "a.kx"], cwd=self.folder, env=self.environment, stdout=subprocess.PIPE
+            ) as running:
+                lines = [running.stdout.readline().decode("utf-8") for _ in range(2)]
+                self.assertTrue(lines[1].endswith("a.kx : Start skryptu \n"), lines)
+                running.send_signal(number)
+                rest = running.stdout.read().decode("utf-8")
+                self.assertEqual(running.wait(TIME_LIMIT_SECONDS), 3)
+            self.assertRegex(rest, rf"^\n{re.escape(str(self.folder))}/a\.kx : at line [12]\n$")
+
+
+class Faults(RunnerTest):
+    """What is wrong comes as one line on standard error, with nothing on standard output and status 2."""
+
+    def assert_refused(self, run, line):
+        self.assertEqual((run.code, run.out, run.err), (2, "", line + "\n"))
+
+    def test_wrong_usage(self):
+        self.assert_refused(self.call(), "kalvex-run: no script is named")
+        self.assert_refused(self.call("--nie-ma", "a.kx"), "kalvex-run: unknown option --nie-ma")
+        self.assert_refused(self.call("a.kx", "--ticks"), "kalvex-run: --ticks needs a value")
+        self.assert_refused(
+            self.call("--clock", "wczoraj", "a.kx"),
+            'kalvex-run: --clock: "wczoraj" is not a time "YYYY-MM-DD HH:MM:SS"',
+        )
+        self.assert_refused(
+            self.call("--tick-ms", "x", "a.kx"),
+            'kalvex-run: --tick-ms: "x" is not a whole number from 1 to 86400000',
+        )
+
+    def test_script_that_cannot_be_read(self):
+        self.write("a.kx", "LOCAL A\n")
+        self.assert_refused(self.call("--json", "a.kx", "b.kx"), "kalvex-run: b.kx: No such file or directory")
+        self.assert_refused(self.call("a.kx", "."), "kalvex-run: .: Is a directory")
+
+    def test_action_file_that_is_not_valid(self):
+        self.write("a.kx", "LOCAL A\n")
+        (self.folder / "akcje.json").write_text('[\n{"atTick": 1, "script": 1, "do": "stop"}]\n', encoding="utf-8")
+        self.assert_refused(
+            self.call("--actions", "akcje.json", "a.kx"),
+            "kalvex-run: akcje.json:2: there is no script 1: the command line names 1",
+        )
+        self.assert_refused(
+            self.call("--actions", "brak.json", "a.kx"), "kalvex-run: brak.json: No such file or directory"
+        )
+
+    def test_result_that_cannot_be_written(self):
+        self.write("a.kx", "LOCAL A\n")
+        with open("/dev/full", "wb") as full:
+            ended = subprocess.run(
+                [RUNNER, "--json", *VIRTUAL, "a.kx"],
+                cwd=self.folder,
+                env=self.environment,
+                stdout=full,
+                stderr=subprocess.PIPE,
+                timeout=TIME_LIMIT_SECONDS,
+            )
+        self.assertEqual(
+            (ended.returncode, ended.stderr), (2, b"kalvex-run: the result cannot be written\n")
+        )
+
+
+class Output(RunnerTest):
+    def test_version_and_help(self):
+        version = self.call("--version")
+        self.assertEqual((version.code, version.err), (0, ""))
+        self.assertRegex(version.out, r"^kalvex-run \d+\.\d+\.\d+\n$")
+        usage = self.call("--help")
+        self.assertEqual((usage.code, usage.err), (0, ""))
+        self.assertIn("Usage: kalvex-run [OPTIONS] SCRIPT.kx [SCRIPT.kx ...]\n", usage.out)
+
+    def test_result_has_its_fields_in_order(self):
+        run = self.run_scripts('LOCAL A = "ż"\nLIST L\nPOINTER W\nSETPTR W = "A"')
+        self.assertEqual(list(run.result), ["ticks", "now", "log", "scripts", "sources"])
+        self.assertEqual(run.result["sources"], {})
+        self.assertEqual(list(run.script), SCRIPT_FIELDS)
+        path = str(self.folder / "a.kx")
+        self.assertEqual(
+            {name: run.script[name] for name in SCRIPT_FIELDS if name != "variables"},
+            {
+                "path": path,
+                "started": True,
+                "running": True,
+                "paused": False,
+                "stepRequested": False,
+                "minimised": False,
+                "finished": True,
+                "errorStanding": False,
+                "currentLine": 4,
+                "lineCount": 4,
+                "priority": 50,
+                "errorCode": 0,
+                "errorText": "",
+                "errorMessage": "Brak błędów",
+                "ignoreUnknown": False,
+                "callDepth": 0,
+                "waitLines": [],
+            },
+        )
+        self.assertEqual(
+            run.result["log"],
+            [
+                {"time": START, "level": 0, "text": path + " : Inicjowanie skryptu "},
+                {"time": START, "level": 0, "text": path + " : Start skryptu "},
+            ],
+        )
+        empty = {"type": 255, "status": 0, "time": 0, "value": None, "text": ""}
+        first, second, third = run.script["variables"]
+        self.assertEqual(
+            first,
+            {
+                "name": "A",
+                "kind": "LOCAL",
+                "slots": {
+                    "CURDATA": {"type": 190, "status": 0, "time": 0, "value": "ż", "text": "ż"},
+                    "HREP": empty,
+                    "DREP": empty,
+                    "MREP": empty,
+                    "SREP": empty,
+                },
+            },
+        )
+        self.assertEqual(second, {"name": "L", "kind": "LIST", "iterator": -1, "elements": []})
+        self.assertEqual(third, {"name": "W", "kind": "POINTER", "target": "A"})
+
+    def test_error_is_told_whole(self):
+        run = self.run_scripts("SET Ś = 1\n")
+        self.assertEqual(
+            [run.script[name] for name in ("errorCode", "errorText", "errorMessage")],
+            [3, "Ś", "Zmienna nie została poprawnie zdefiniowana"],
+        )
+        report = str(self.folder / "a.kx") + " : Linia 1 - Zmienna nie została poprawnie zdefiniowana : Ś"
+        self.assertEqual(run.result["log"][2:], [{"time": START, "level": 1, "text": report}])
+
+    def test_log_level_drops_what_lies_above(self):
+        text = "SET Q = 1\n"
+        self.assertEqual(len(self.run_scripts(text, options=(*VIRTUAL, "--log-level", "0")).log), 2)
+        self.assertEqual(len(self.run_scripts(text, options=(*VIRTUAL, "--log-level", "1")).log), 3)
+        waiting = "LOCAL A\nSET A = A.ARCH\n"
+        self.assertEqual(len(self.run_scripts(waiting, options=(*VIRTUAL, "--log-level", "1")).log), 2)
+        waits = self.run_scripts(waiting, options=(*VIRTUAL, "--log-level", "2"))
+        report = " : Linia 2 - Oczekiwanie na pobranie danych bieżących : A.ARCH"
+        self.assertEqual(waits.log[2:], [str(self.folder / "a.kx") + report])
+        self.assertEqual(waits.result["log"][2]["level"], 2)
+
+    def test_lines_are_those_of_the_prepared_text(self):
+        self.write("dod.kx", "  LOCAL B\n")
+        run = self.run_scripts("LOCAL A\nINCLUDE dod.kx\n", options=(*VIRTUAL, "--lines"))
+        path = self.folder / "dod.kx"
+        self.assertEqual(list(run.script), [*SCRIPT_FIELDS, "lines"])
+        self.assertEqual(
+            run.script["lines"],
+            ["LOCAL A", f"; BEGIN -> INCLUDE {path} */", "  LOCAL B", f"; END -> INCLUDE {path} */", ""],
+        )
+
+    def test_text_for_people(self):
+        self.write("a.kx", 'LOCAL A = "łąka"\nLOCAL C\nSET Q = 1\n')
+        self.write("b.kx", "LOCAL B\n")
+        run = self.call(*VIRTUAL, "a.kx", "b.kx")
+        a, b = (str(self.folder / name) for name in ("a.kx", "b.kx"))
+        report = " : Linia 3 - Zmienna nie została poprawnie zdefiniowana : Q"
+        self.assertEqual((run.code, run.err), (1, ""))
+        self.assertEqual(
+            run.out,
+            f"{CLOCK} {a} : Inicjowanie skryptu \n"
+            f"{CLOCK} {a} : Start skryptu \n"
+            f"{CLOCK} {b} : Inicjowanie skryptu \n"
+            f"{CLOCK} {b} : Start skryptu \n"
+            f"{CLOCK} {a}{report}\n"
+            f"\n{a}{report}\n"
+            "NAME  KIND   VALUE   STATUS  TIME\n"
+            'A     LOCAL  "łąka"\n'
+            "C     LOCAL  -\n"
+            f"\n{b} : finished\n"
+            "NAME  KIND   VALUE  STATUS  TIME\n"
+            "B     LOCAL  -\n",
+        )
+
+    def test_text_tells_where_each_script_stands(self):
+        self.write("a.kx", "ENDIF\n")
+        self.write("b.kx", "LOCAL A\nLOCAL B\n")
+        self.write("c.kx", ":w\nGOTO w\n")
+        actions = [at(1, "breakpoint", 1, line=1), at(2, "reset", 2)]
+        (self.folder / "actions.json").write_text(json.dumps(actions), encoding="utf-8")
+        run = self.call(*VIRTUAL, "--log-level", "0", "--actions", "actions.json", "a.kx", "b.kx", "c.kx")
+        headings = [line for line in run.out.splitlines() if line.startswith(str(self.folder))]
+        places = ("a.kx : refused at its start", "b.kx : stopped before line 2", "c.kx : not running")
+        self.assertEqual(headings, [f"{self.folder}/{place}" for place in places])
+
+
+class Ticks(RunnerTest):
+    def test_virtual_time_moves_by_tick(self):
+        options = ("--clock", CLOCK, "--tick-ms", "1000")
+        run = self.run_scripts("LOCAL A = TIME\nLOCAL B = TIME\nSET Q = 1", options=(*options, "--ticks", "200"))
+        self.assertEqual((run.value("A"), run.value("B")), (START, START + 50))
+        self.assertEqual(run.result["log"][2]["time"], START + 100)
+        self.assertEqual(run.result["now"], START + 200)
+
+    def test_milliseconds_add_up(self):
+        options = ("--clock", CLOCK, "--tick-ms", "30", "--ticks", "101")
+        run = self.run_scripts("LOCAL A = TIME\nLOCAL B = TIME\nLOCAL C = TIME", options=options)
+        self.assertEqual([run.value(name) for name in "ABC"], [START, START + 1, START + 3])
+
+    def test_clock_is_read_in_the_zone(self):
+        self.environment["TZ"] = "UTC"
+        self.assertEqual(self.run_scripts("LOCAL A = TIME").value("A"), START + 3600)
+
+    def test_real_clock(self):
+        before = int(datetime.datetime.now().timestamp())
+        run = self.run_scripts("LOCAL A = TIME\nLOCAL B", options=())
+        after = int(datetime.datetime.now().timestamp())
+        self.assertEqual((run.code, run.result["ticks"]), (0, 51))
+        self.assertTrue(before <= run.value("A") <= run.result["now"] <= after)
+
+    def test_scripts_run_side_by_side(self):
+        run = self.run_scripts("LOCAL A = 1\nLOCAL B = 2", "LOCAL A = 10\nLOCAL C = 3\nSET A = A * C")
+        self.assertEqual(run.code, 0)
+        self.assertEqual([run.value("A"), run.value("A", 1)], [1, 30])
+        self.assertEqual([s["path"] for s in run.result["scripts"]], [f"{self.folder}/a.kx", f"{self.folder}/b.kx"])
+        self.assertEqual([s["finished"] for s in run.result["scripts"]], [True, True])
+        self.assertEqual(run.result["ticks"], 101)
+
+    def test_minimised_doubles_the_speed_of_priority_1(self):
+        text = "PRIORITY 1\nLOCAL N = 0\n:w\nSET N = N + 1\nGOTO w\n"
+        options = ("--clock", CLOCK, "--ticks", "2")
+        # Three lines go before the loop, and a turn of it is two, the SET first.
+        self.assertEqual(self.run_scripts(text, options=options).value("N"), 9)
+        run = self.run_scripts(text, options=(*options, "--minimised"))
+        self.assertTrue(run.script["minimised"])
+        self.assertEqual(run.value("N"), 19)
+
+    def test_user(self):
+        text = "LOCAL A = SORVANE_USER_NAME\nLOCAL B = SORVANE_USER_DESCRIPTION"
+        run = self.run_scripts(text, options=(*VIRTUAL, "--user", "jan:Jan Żak"))
+        self.assertEqual((run.value("A"), run.value("B")), ("jan", "Jan Żak"))
+        nobody = self.run_scripts(text)
+        self.assertEqual((nobody.value("A"), nobody.value("B")), ("", ""))
+
+
+class Actions(RunnerTest):
+    def test_action_still_due_keeps_the_run_alive(self):
+        run = self.run_scripts("LOCAL A", actions=[at(700, "restore")])
+        self.assertEqual((run.code, run.result["ticks"]), (0, 700))
+
+    def test_action_beyond_the_limit_never_comes(self):
+        run = self.run_scripts("LOCAL A", actions=[at(2001, "reset")])
+        self.assertEqual((run.code, run.result["ticks"]), (3, 2000))
+        self.assertTrue(run.script["finished"])
+
+    def test_action_happens_before_the_tick_of_its_number(self):
+        # The second line is due in tick 51.
+        at_51 = self.run_scripts("LOCAL A\nLOCAL B", actions=[at(51, "stop")])
+        at_52 = self.run_scripts("LOCAL A\nLOCAL B\nLOCAL C", actions=[at(52, "stop")])
+        self.assertEqual([at_51.script["currentLine"], at_52.script["currentLine"]], [1, 2])
+
+    def test_stop_and_start_keep_the_state(self):
+        run = self.run_scripts("LOCAL A = 1\nSET A = A + 1", actions=[at(20, "stop"), at(300, "start")])
+        self.assertEqual((run.code, run.value("A")), (0, 2))
+        path = str(self.folder / "a.kx")
+        words = ("Inicjowanie", "Start", "Stop", "Inicjowanie", "Start")
+        self.assertEqual(run.log, [f"{path} : {word} skryptu " for word in words])
+
+    def test_reset_and_start_begin_anew(self):
+        text = "LOCAL N = 0\nSET N = N + 1\n"
+        run = self.run_scripts(text, actions=[at(500, "reset"), at(600, "start")])
+        self.assertEqual((run.code, run.value("N")), (0, 1))
+        self.assertEqual(run.result["log"][2]["text"], str(self.folder / "a.kx") + " : Reset skryptu ")
+
+    def test_start_that_is_refused(self):
+        run = self.run_scripts("LOCAL A\nENDIF", actions=[at(5, "start")])
+        self.assertEqual((run.code, run.result["ticks"]), (2, 5))
+        self.assertFalse(run.script["started"])
+
+    def test_step_runs_one_line_before_the_run_ends(self):
+        actions = [at(10, "stop"), at(20, "step")]
+        run = self.run_scripts("LOCAL A\nLOCAL B\nLOCAL C", actions=actions)
+        self.assertEqual((run.code, run.script["currentLine"]), (0, 2))
+        self.assertFalse(run.script["stepRequested"])
+        self.assertEqual(run.result["ticks"], 51)
+
+    def test_step_of_a_running_script_stays_idle(self):
+        run = self.run_scripts("LOCAL A", actions=[at(10, "step")])
+        self.assertEqual((run.code, run.result["ticks"]), (0, 10))
+        self.assertTrue(run.script["stepRequested"])
+
+    def test_breakpoint_toggles(self):
+        twice = [at(1, "breakpoint", line=1), at(1, "breakpoint", line=1)]
+        self.assertTrue(self.run_scripts("LOCAL A\nLOCAL B", actions=twice).script["finished"])
+        once = self.run_scripts("LOCAL A\nLOCAL B", actions=twice[:1])
+        self.assertEqual([once.script["paused"], once.script["currentLine"]], [True, 1])
+
+    def test_breakpoint_stops_at_each_pass(self):
+        text = "LOCAL N = 0\n:w\nSET N = N + 1\nGOTO w\n"
+        actions = [at(1, "breakpoint", line=2), at(200, "start"), at(400, "start")]
+        run = self.run_scripts(text, actions=actions)
+        self.assertEqual((run.code, run.value("N"), run.script["currentLine"]), (0, 2, 2))
+
+    def test_actions_reach_the_script_that_they_name(self):
+        run = self.run_scripts(":w\nGOTO w\n", ":w\nGOTO w\n", actions=[at(5, "stop", 1), at(9, "stop", 0)])
+        self.assertEqual(run.result["ticks"], 9)
+        self.assertEqual(run.log[4:], [f"{self.folder}/{name}.kx : Stop skryptu " for name in "ba"])
+
+    def test_minimise_and_restore(self):
+        text = "PRIORITY 1\nLOCAL N = 0\n:w\nSET N = N + 1\nGOTO w\n"
+        options = ("--clock", CLOCK, "--ticks", "3")
+        minimised = self.run_scripts(text, options=options, actions=[at(2, "minimise")])
+        self.assertTrue(minimised.script["minimised"])
+        # Ten lines a tick, or twenty: the loop counts as above.
+        self.assertEqual(minimised.value("N"), (10 + 20 + 20 - 3 + 1) // 2)
+        restored = self.run_scripts(text, options=options, actions=[at(2, "minimise"), at(3, "restore")])
+        self.assertFalse(restored.script["minimised"])
+        self.assertEqual(restored.value("N"), (10 + 20 + 10 - 3 + 1) // 2)
+
+    def test_set_value_takes_the_operators_forms(self):
+        names = "ABCDEF"
+        texts = ("12.5", '"12.5"', "*", "$", "#7", "")
+        actions = [at(400, "setValue", variable=name, text=text) for name, text in zip(names, texts)]
+        run = self.run_scripts("\n".join(f"LOCAL {name} = 1" for name in names), actions=actions)
+        cells = [run.cell(name) for name in names]
+        self.assertEqual(run.err, "")
+        self.assertEqual([cell["value"] for cell in cells], [12.5, "12.5", 0, 0, 7, 1])
+        self.assertEqual([cell["status"] for cell in cells], [0, 0, 1, 545, 2080, 0])
+
+    def test_set_value_reaches_through_a_pointer_and_into_a_list(self):
+        text = 'LOCAL ŁĄKA\nPOINTER W\nSETPTR W = "ŁĄKA"\nLIST L\nADD L 1\nADD L 2\nMOVE_TO L 1'
+        actions = [at(400, "setValue", variable=name, text=f'"{name}"') for name in "WL"]
+        run = self.run_scripts(text, actions=actions)
+        self.assertEqual(run.value("ŁĄKA"), "W")
+        elements = next(v for v in run.script["variables"] if v["name"] == "L")["elements"]
+        self.assertEqual([cell["value"] for cell in elements], [1, "L"])
+
+    def test_set_value_of_no_variable_is_told(self):
+        run = self.run_scripts("LOCAL A", actions=[at(400, "setValue", variable="Ż", text="1")])
+        self.assertEqual(run.code, 0)
+        self.assertEqual(run.err, f"kalvex-run: tick 400: {self.folder}/a.kx has no variable Ż to set\n")
+        self.assertEqual(run.script["errorCode"], 0)
+
+
+if __name__ == "__main__":
+    RUNNER = str(pathlib.Path(sys.argv.pop(1)).resolve())
+    unittest.main()

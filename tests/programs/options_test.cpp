@@ -1,0 +1,176 @@
+#include "programs/kalvex-run/Options.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+namespace {
+
+using Words = std::vector<std::string>;
+
+RunOptions Parse(const Words& arguments) {
+    const CommandLine line = ParseCommandLine(arguments);
+    EXPECT_EQ(line.exitStatus, std::nullopt) << line.message;
+    return line.options;
+}
+
+TEST(Options, Defaults) {
+    const RunOptions options = Parse({"a.kx"});
+    EXPECT_EQ(options.scripts, Words{"a.kx"});
+    EXPECT_EQ(options.clock, std::nullopt);
+    EXPECT_EQ(options.tickMs, 1);
+    EXPECT_EQ(options.ticks, std::nullopt);
+    EXPECT_EQ(options.plant, std::nullopt);
+    EXPECT_EQ(options.actions, std::nullopt);
+    EXPECT_EQ(options.profile, std::nullopt);
+    EXPECT_EQ(options.userName, "");
+    EXPECT_EQ(options.logLevel, 1);
+    EXPECT_FALSE(options.minimised);
+    EXPECT_FALSE(options.json);
+    EXPECT_FALSE(options.lines);
+}
+
+TEST(Options, AllAreTaken) {
+    setenv("TZ", "Europe/Warsaw", 1);
+    tzset();
+    const RunOptions options = Parse({"--clock",
+                                      "2024-03-10 07:00:00",
+                                      "--tick-ms",
+                                      "10",
+                                      "--ticks",
+                                      "500",
+                                      "--minimised",
+                                      "--plant",
+                                      "p.json",
+                                      "--actions",
+                                      "a.json",
+                                      "--user",
+                                      "jan:Jan Żak: dyspozytor",
+                                      "--log-level",
+                                      "3",
+                                      "--json",
+                                      "--lines",
+                                      "--profile",
+                                      "p.ini",
+                                      "a.kx",
+                                      "b.kx"});
+    EXPECT_EQ(options.scripts, (Words{"a.kx", "b.kx"}));
+    EXPECT_EQ(options.clock, 1710050400);
+    EXPECT_EQ(options.tickMs, 10);
+    EXPECT_EQ(options.ticks, 500);
+    EXPECT_EQ(options.plant, "p.json");
+    EXPECT_EQ(options.actions, "a.json");
+    EXPECT_EQ(options.profile, "p.ini");
+    EXPECT_EQ(options.userName, "jan");
+    EXPECT_EQ(options.userDescription, FromUtf8("Jan Żak: dyspozytor"));
+    EXPECT_EQ(options.logLevel, 3);
+    EXPECT_TRUE(options.minimised);
+    EXPECT_TRUE(options.json);
+    EXPECT_TRUE(options.lines);
+}
+
+TEST(Options, ScriptsMayStandBetweenOptions) {
+    const RunOptions options = Parse({"a.kx", "--json", "b.kx", "--ticks", "5", "c.kx"});
+    EXPECT_EQ(options.scripts, (Words{"a.kx", "b.kx", "c.kx"}));
+    EXPECT_EQ(options.ticks, 5);
+}
+
+TEST(Options, WhatFollowsTwoDashesIsAScript) {
+    EXPECT_EQ(Parse({"--json", "--", "--lines"}).scripts, Words{"--lines"});
+}
+
+TEST(Options, ValueMayFollowAnEqualsSign) {
+    EXPECT_EQ(Parse({"--ticks=7", "a.kx"}).ticks, 7);
+}
+
+TEST(Options, LastOfLikeOptionsCounts) {
+    EXPECT_EQ(Parse({"--ticks", "5", "--ticks", "6", "a.kx"}).ticks, 6);
+}
+
+TEST(Options, VirtualRunHasALimit) {
+    EXPECT_EQ(Parse({"--clock", "2024-03-10 07:00:00", "a.kx"}).ticks, 1000000);
+    EXPECT_EQ(Parse({"--clock", "2024-03-10 07:00:00", "--ticks", "0", "a.kx"}).ticks, 0);
+}
+
+TEST(Options, UserWithoutDescription) {
+    const RunOptions options = Parse({"--user", "jan", "a.kx"});
+    EXPECT_EQ(options.userName, "jan");
+    EXPECT_EQ(options.userDescription, "");
+}
+
+TEST(Options, VersionIsOneLine) {
+    const CommandLine line = ParseCommandLine({"--version"});
+    EXPECT_EQ(line.exitStatus, 0);
+    EXPECT_EQ(line.message, "kalvex-run 0.1.0\n");
+}
+
+TEST(Options, HelpNamesEveryOption) {
+    const CommandLine line = ParseCommandLine({"--help"});
+    EXPECT_EQ(line.exitStatus, 0);
+    for (const char* option :
+         {"--clock", "--tick-ms", "--ticks", "--minimised", "--plant", "--actions", "--user",
+          "--log-level", "--json", "--lines", "--profile", "--version", "--help"}) {
+        EXPECT_NE(line.message.find("\n  " + std::string(option) + " "), std::string::npos)
+            << option;
+    }
+}
+
+struct UsageCase {
+    const char* name;
+    Words arguments;
+    const char* message;
+};
+
+class WrongUsage : public testing::TestWithParam<UsageCase> {};
+
+TEST_P(WrongUsage, IsOneLine) {
+    const CommandLine line = ParseCommandLine(GetParam().arguments);
+    EXPECT_EQ(line.exitStatus, 2);
+    EXPECT_EQ(line.message, GetParam().message);
+}
+
+const UsageCase kUsages[] = {
+    {"Nothing", {}, "kalvex-run: no script is named\n"},
+    {"NoScript", {"--json"}, "kalvex-run: no script is named\n"},
+    {"UnknownOption", {"--jsn", "a.kx"}, "kalvex-run: unknown option --jsn\n"},
+    {"ShortOption", {"a.kx", "-v"}, "kalvex-run: unknown option -v\n"},
+    {"Abbreviation", {"a.kx", "--min"}, "kalvex-run: unknown option --min\n"},
+    {"ClockWithoutTime", {"a.kx", "--clock"}, "kalvex-run: --clock needs a value\n"},
+    {"ClockIsADay",
+     {"--clock", "2024-03-10", "a.kx"},
+     "kalvex-run: --clock: \"2024-03-10\" is not a time \"YYYY-MM-DD HH:MM:SS\"\n"},
+    {"ClockIsNoDay",
+     {"--clock", "2024-02-30 07:00:00", "a.kx"},
+     "kalvex-run: --clock: \"2024-02-30 07:00:00\" is not a time \"YYYY-MM-DD HH:MM:SS\"\n"},
+    {"TicksText",
+     {"--ticks", "12x", "a.kx"},
+     "kalvex-run: --ticks: \"12x\" is not a whole number of at least 0\n"},
+    {"TicksNegative",
+     {"--ticks", "-1", "a.kx"},
+     "kalvex-run: --ticks: \"-1\" is not a whole number of at least 0\n"},
+    {"TicksFraction",
+     {"--ticks", "1.5", "a.kx"},
+     "kalvex-run: --ticks: \"1.5\" is not a whole number of at least 0\n"},
+    {"TicksTooMany",
+     {"--ticks", "9223372036854775808", "a.kx"},
+     "kalvex-run: --ticks: \"9223372036854775808\" is not a whole number of at least 0\n"},
+    {"TickMsZero",
+     {"--tick-ms", "0", "a.kx"},
+     "kalvex-run: --tick-ms: \"0\" is not a whole number from 1 to 86400000\n"},
+    {"LogLevelFour",
+     {"--log-level", "4", "a.kx"},
+     "kalvex-run: --log-level: \"4\" is not a whole number from 0 to 3\n"},
+    {"UserWithoutName", {"--user", ":Jan", "a.kx"}, "kalvex-run: --user: \":Jan\" names nobody\n"},
+    {"PlantWithoutFile", {"a.kx", "--plant"}, "kalvex-run: --plant needs a value\n"},
+    {"ActionsWithoutFile", {"a.kx", "--actions"}, "kalvex-run: --actions needs a value\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Options, WrongUsage, testing::ValuesIn(kUsages),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace kalvex

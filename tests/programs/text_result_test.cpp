@@ -1,0 +1,47 @@
+#include "programs/kalvex-run/TextResult.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "values/fake_script.h"
+
+namespace kalvex {
+namespace {
+
+TEST(TextResult, NoVariablesNoTable) {
+    EXPECT_EQ(VariableTable(FakeScript().Variables()), "");
+}
+
+TEST(TextResult, TableIsAlignedByCharacters) {
+    setenv("TZ", "Europe/Warsaw", 1);
+    tzset();
+    FakeScript script;
+    CVal value(12.5);
+    value.SetStatus(Status::Alarm | Status::SetByUser);
+    value.SetTime(FakeScript::kStart);
+    script.Local("ŻÓŁĆ", value);
+    script.Local("A", CVal(FromUtf8("ą\tb"))).SetValue(CVal(3), KindDay);
+    script.Local("PUSTA");
+    script.Pointer("W", "ŻÓŁĆ");
+    CVal locked(7);
+    locked.SetStatus(Status::HardLock | 0x1000);
+    CVariableList& list = script.List("L");
+    list.Add(locked);
+    list.Add(CVal("x"));
+    list.MoveFirst();
+    EXPECT_EQ(VariableTable(script.Variables()),
+              "NAME     KIND     VALUE                   STATUS             TIME\n"
+              "ŻÓŁĆ     LOCAL    12.50                   ALARM SET_BY_USER  2024-03-10 07:00:00\n"
+              "A        LOCAL    \"ą b\"\n"
+              "  .DREP           3\n"
+              "PUSTA    LOCAL    -\n"
+              "W        POINTER  -> ŻÓŁĆ\n"
+              "L        LIST     2 elements, iterator 0\n"
+              "  [0]             7                       LOCK 4096\n"
+              "  [1]             \"x\"\n");
+}
+
+}  // namespace
+}  // namespace kalvex
