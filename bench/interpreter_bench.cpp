@@ -1,0 +1,231 @@
+// The interpreter: lines by kind, variables looked up among many, ticks over scripts that have
+// nothing to do. Every row counts lines (or scripts a tick) as its items and compares what its
+// script computed with what so many lines must give; the program fails when one differs.
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/ScriptDocument.h"
+#include "engine/Tick.h"
+#include "language/Functions.h"
+#include "language/Statements.h"
+#include "platform/Files.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+namespace {
+
+constexpr int kLinesOfRound = 4200;
+
+bool g_bWrong = false;
+
+void Expect(double got, double wanted, const std::string& row) {
+    if (got == wanted) return;
+    std::fprintf(stderr, "%s: %.17g instead of %.17g\n", row.c_str(), got, wanted);
+    g_bWrong = true;
+}
+
+class NoLog final : public LogSink {
+  public:
+    void Log(std::string_view, int) override {}
+};
+
+class Nobody final : public Users {
+  public:
+    std::string GetActiveUserName() const override { return {}; }
+    std::string GetActiveUserDescription() const override { return {}; }
+    std::string GetAccountName() const override { return {}; }
+};
+
+class NoQuestions final : public Questions {
+  public:
+    bool AskYesNo(std::string_view) override { return false; }
+};
+
+class World {
+  public:
+    World() : m_folder(MakeFolder()) {}
+    ~World() {
+        m_documents.clear();
+        std::filesystem::remove_all(m_folder);
+    }
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
+
+    void Write(const std::string& text) {
+        std::string error;
+        if (!WriteWholeFile(m_folder + "/a.kx", text, error)) Expect(0, 1, error);
+    }
+
+    // A document of the text written last, started.
+    CKalvexDoc& Open() {
+        CKalvexDoc& document = *m_documents.emplace_back(std::make_unique<CKalvexDoc>(m_services));
+        std::string error;
+        if (!document.Open("a.kx", error)) Expect(0, 1, error);
+        if (!document.Start()) Expect(0, 1, "start");
+        m_ticker.Add(document);
+        return document;
+    }
+
+    void RunTick() { m_ticker.RunTick(); }
+
+  private:
+    static std::string MakeFolder() {
+        std::string pattern = std::filesystem::temp_directory_path() / "kalvexXXXXXX";
+        return mkdtemp(pattern.data());
+    }
+
+    std::string m_folder;
+    VirtualClock m_clock{1710050400};
+    NoLog m_log;
+    Translator m_translator;
+    Nobody m_users;
+    Paths m_paths{m_folder};
+    NoQuestions m_questions;
+    DocumentServices m_services{
+        {m_clock, m_log, m_translator, m_users, m_paths, Functions()}, Statements(), m_questions};
+    std::vector<std::unique_ptr<CKalvexDoc>> m_documents;
+    CTickRunner m_ticker;
+};
+
+void RunLines(CKalvexDoc& document, int lines) {
+    document.m_nPriority = 1;
+    for (int i = 0; i < lines; ++i) document.ExecuteStep();
+}
+
+CVal Value(CKalvexDoc& document, std::string_view name) {
+    CVal value;
+    const CVariable* variable = document.Variables().Find(name);
+    Expect(variable != nullptr, 1, std::string(name));
+    if (variable != nullptr) document.Variables().Find(name)->GetValue(value, KindCurrent, 1);
+    return value;
+}
+
+// The script's `before` lines once, then whole rounds of its loop, whose lines divide a round. What
+// the loop counts in N must be `counts` a turn.
+void RunLoop(benchmark::State& state, const std::string& text, int before, int loop, int counts,
+             const std::string& row) {
+    World world;
+    world.Write(text);
+    CKalvexDoc& document = world.Open();
+    RunLines(document, before);
+    std::int64_t rounds = 0;
+    for (auto _ : state) {
+        RunLines(document, kLinesOfRound);
+        ++rounds;
+    }
+    Expect(document.m_bErrorStanding, 0, row);
+    const std::int64_t turns = rounds * (kLinesOfRound / loop);
+    Expect(ValueToDouble(Value(document, "N")), static_cast<double>(turns * counts), row);
+    state.SetItemsProcessed(rounds * kLinesOfRound);
+    state.SetLabel(row);
+}
+
+void CountingLoop(benchmark::State& state) {
+    RunLoop(state,
+            "LOCAL N = 0\nLOCAL M = 0\n:w\n"
+            "SET M = N\nSET N = M + 1\nIF N < 1000000000 GOTO w\n",
+            3, 3, 1, "SET, SET with a formula, IF GOTO");
+}
+BENCHMARK(CountingLoop);
+
+struct Line {
+    const char* text;
+    int counts;  // what it adds to N
+};
+
+constexpr Line kLines[] = {
+    {"SET M = N", 0},       {"SET M = 12.5", 0},
+    {"SET N = N + 1", 1},   {"SET M = (N * 1.8 + 32) / 4 - 7", 0},
+    {"IF N < 0 GOTO w", 0}, {"IF N < 0 | M < 0 GOTO w", 0},
+    {"; a comment", 0},
+};
+
+// Nine lines of one kind and the GOTO back.
+void SingleLine(benchmark::State& state) {
+    const Line& line = kLines[state.range(0)];
+    std::string text = "LOCAL N = 0\nLOCAL M = 0\n:w\n";
+    for (int i = 0; i < 9; ++i) text += std::string(line.text) + '\n';
+    RunLoop(state, text + "GOTO w\n", 3, 10, 9 * line.counts, line.text);
+}
+BENCHMARK(SingleLine)->DenseRange(0, std::size(kLines) - 1);
+
+// The lines that a jump to a label passes over on its way from the top of the text.
+void JumpFarDown(benchmark::State& state) {
+    std::string text = "LOCAL N = 0\nGOTO w\n";
+    for (int i = 0; i < state.range(0); ++i) text += "SET N = -1\n";
+    RunLoop(state, text + ":w\nSET N = N + 1\nGOTO w\n", 2, 2, 1, "SET, GOTO");
+}
+BENCHMARK(JumpFarDown)->Arg(10)->Arg(1000)->Arg(10000);
+
+// A loop on the last of so many variables, N, at the top of the text, where its label is near.
+void Lookup(benchmark::State& state) {
+    const int variables = static_cast<int>(state.range(0));
+    std::string text = "GOTO deklaracje\n:w\nSET N = N + 1\nGOTO w\n:deklaracje\n";
+    for (int i = 1; i < variables; ++i) text += "LOCAL ZMIENNA_" + std::to_string(i) + " = 1\n";
+    RunLoop(state, text + "LOCAL N = 0\nGOTO w\n", variables + 2, 2, 1, "SET with a formula, GOTO");
+}
+BENCHMARK(Lookup)->Arg(10)->Arg(1000)->Arg(10000);
+
+void StringLoop(benchmark::State& state) {
+    RunLoop(state,
+            "LOCAL N = 0\nLOCAL NAZWA = \"stacja pomp Z1\"\nLOCAL S\n:w\n"
+            "SET S = STRING_LEFT NAZWA 6\n"
+            "SET S = STRING_APPEND S \" Z2\"\n"
+            "SET S = STRING_MAKE_UPPER S\n"
+            "IF S == \"STACJA Z2\" THEN\n"
+            "SET N = N + 1\n"
+            "ENDIF\n"
+            "GOTO w\n",
+            4, 7, 1, "STRING_LEFT, _APPEND, _MAKE_UPPER, IF THEN, SET, ENDIF, GOTO");
+}
+BENCHMARK(StringLoop);
+
+struct Idleness {
+    const char* name;
+    const char* text;
+    int line;  // where such a script stands
+};
+
+constexpr Idleness kIdle[] = {
+    {"finished", "LOCAL A = 1", 1},
+    {"sleeping", "PRIORITY 1\nSLEEP 1:00.00\nLOCAL A = 1", 1},
+    {"sleeping at priority 50", "SLEEP 1:00.00\nLOCAL A = 1", 0},
+};
+
+// A tick over so many scripts that have nothing to do; the items are scripts.
+void IdleScripts(benchmark::State& state) {
+    const Idleness& idleness = kIdle[state.range(0)];
+    const auto count = static_cast<std::size_t>(state.range(1));
+    World world;
+    world.Write(idleness.text);
+    std::vector<CKalvexDoc*> documents;
+    for (std::size_t i = 0; i < count; ++i) documents.push_back(&world.Open());
+    world.RunTick();
+    for (auto _ : state) world.RunTick();
+    std::size_t idle = 0;
+    for (const CKalvexDoc* document : documents) {
+        idle += document->m_nCurrentLine == idleness.line && !document->m_bErrorStanding;
+    }
+    Expect(static_cast<double>(idle), static_cast<double>(count), idleness.name);
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
+    state.SetLabel(idleness.name);
+}
+BENCHMARK(IdleScripts)
+    ->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kIdle) - 1, 1), {1, 100, 10000}});
+
+}  // namespace
+}  // namespace kalvex
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    return kalvex::g_bWrong ? 1 : 0;
+}
