@@ -205,6 +205,15 @@ TEST_F(PreparationTest, ReloadBringsTheFilesTextBack) {
     EXPECT_FALSE(document.IsModified());
 }
 
+TEST_F(PreparationTest, TextStaysWhenTheScriptsOwnFileIsGone) {
+    Write("dod.kx", "LOCAL B\r\n");
+    OpenScript("INCLUDE dod.kx\r\nLOCAL A");
+    std::filesystem::remove(folder / "main.kx");
+    EXPECT_TRUE(document.ExpandIncludes(true));
+    EXPECT_THAT(Lines(), ElementsAre(Begin("dod.kx"), "LOCAL B", End("dod.kx"), "LOCAL A"));
+    EXPECT_THAT(Log(), ElementsAre("main.kx : No such file or directory"));
+}
+
 TEST_F(PreparationTest, ResumeExpandsNothing) {
     Write("dod.kx", "LOCAL B\r\n");
     OpenScript("INCLUDE dod.kx\r\nLOCAL A");
