@@ -29,12 +29,10 @@ class UserSession final : public Users {
     // Whether somebody is logged in and has the right, coming from that address.
     bool CheckActiveUserRight(std::string_view right, std::string_view address) const;
 
-    // What to log in to a server with; false, with both empty, when nobody is logged in.
-    bool ActiveUserInfo(std::string& name, std::string& password) const;
-
     std::string GetActiveUserName() const override;
     std::string GetActiveUserDescription() const override;
     std::string GetAccountName() const override { return m_strAccount; }
+    bool ActiveUserInfo(std::string& name, std::string& password) const override;
 
   private:
     const UserStore& m_store;

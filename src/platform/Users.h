@@ -12,6 +12,13 @@ class Users {
     virtual std::string GetActiveUserName() const = 0;
     virtual std::string GetActiveUserDescription() const = 0;
     virtual std::string GetAccountName() const = 0;
+
+    // What to log in to a server with; false, with both empty, when nobody is logged in.
+    virtual bool ActiveUserInfo(std::string& name, std::string& password) const {
+        name = GetActiveUserName();
+        password.clear();
+        return !name.empty();
+    }
 };
 
 }  // namespace kalvex

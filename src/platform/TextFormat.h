@@ -1,0 +1,14 @@
+// Message texts with places for names and numbers, as the translator's keys have them.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace kalvex {
+
+// The pattern with each "%s", "%d" and "%u" replaced by the next argument. Arguments without a
+// place are left out, places without an argument stay empty. No other "%" has a meaning.
+std::string FormatText(std::string_view pattern, std::initializer_list<std::string_view> arguments);
+
+}  // namespace kalvex
