@@ -29,23 +29,16 @@ enum ConnectionReason : std::uint32_t {
 };
 
 // How a request ended.
-// X(code, name, Polish words in UTF-8)
-#define KALVEX_REQUEST_RESULTS(X)                 \
-    X(0, ResultOk, "wykonano")                    \
-    X(1, ResultNothing, "brak danych")            \
-    X(2, ResultNoAccess, "brak uprawnień")        \
-    X(3, ResultBadValue, "niepoprawna wartość")   \
-    X(4, ResultBadRequest, "niepoprawne żądanie") \
-    X(5, ResultServerFault, "błąd wewnętrzny serwera")
-
 enum RequestResult : std::uint16_t {
-#define KALVEX_ROW(code, name, text) name = code,
-    KALVEX_REQUEST_RESULTS(KALVEX_ROW)
-#undef KALVEX_ROW
+    ResultOk = 0,
+    ResultNothing = 1,  // no such variable or no such data; also the fate of what a break overtakes
+    ResultNoAccess = 2,
+    ResultBadValue = 3,
+    ResultBadRequest = 4,
+    ResultServerFault = 5,
 };
 
 // The words as an engine text; "kod N" for a number outside the list.
 std::string ConnectionReasonText(std::uint32_t code);
-std::string RequestResultText(std::uint32_t code);
 
 }  // namespace kalvex

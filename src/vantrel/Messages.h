@@ -17,8 +17,9 @@
 
 namespace kalvex {
 
-// Stands for the name of a subscribed variable. Given by the client, never 0; it is not given a
-// second time on the same transport, so that what is under way for an old one cannot be mistaken.
+// Stands for the name of a subscribed variable. Given by the client, never 0. Within one
+// conversation a number is given once, so that an update under way for an old variable cannot be
+// taken for another's.
 using VariableHandle = std::uint32_t;
 
 // Ties an answer to its request. Given by the client, never 0.

@@ -21,6 +21,9 @@ namespace kalvex {
 // ---- client side
 // ---------------------------------------------------------------------------------
 
+// What can go wrong with a connection besides its break.
+enum class ConnectionFault { Create, Destroy, Open, Close, Receive };
+
 // What a client hears of its transport. Reasons are those of vantrel/Codes.h.
 class ClientTransportEvents {
   public:
@@ -28,11 +31,10 @@ class ClientTransportEvents {
 
     // Messages can be sent and will come in. Also after each break that was mended.
     virtual void OnOpened() = 0;
-    // An attempt to open has failed. The transport goes on trying.
-    virtual void OnOpenFailed(std::uint32_t reason) = 0;
     virtual void OnMessage(ServerMessage message) = 0;
-    // What was received does not decode; the message is lost.
-    virtual void OnReceiveFailed(std::uint32_t reason) = 0;
+    // Open: an attempt to open has failed, and the transport goes on trying. Receive: what came in
+    // does not decode, and the message is lost. Close: the server could not be told of the end.
+    virtual void OnFault(ConnectionFault fault, std::uint32_t reason) = 0;
     // The connection, which had been opened, is gone: by Close, by the server, or broken. After a
     // break the transport goes on trying to open it again; after Close it rests.
     virtual void OnClosed(std::uint32_t reason) = 0;
@@ -49,8 +51,9 @@ class ClientTransport {
     virtual ~ClientTransport() = default;
 
     // Begins to open; from now on until Close the transport keeps the connection up by itself.
-    // True when an attempt is under way that will end with OnOpened or OnOpenFailed; false when the
-    // server is known to be out of reach for now, in which case OnOpened may come at any time.
+    // True when an attempt is under way that will end with OnOpened or with the fault Open; false
+    // when the server is known to be out of reach for now, in which case OnOpened may come at any
+    // time. Does nothing else when the transport is opening or open already.
     virtual bool Open() = 0;
 
     // Takes the message over. Lost without a word when the connection is not open.

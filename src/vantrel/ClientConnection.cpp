@@ -1,0 +1,293 @@
+// Life of the connection and its variables. Requests: ClientRequests.cpp.
+#include "vantrel/ClientConnection.h"
+
+namespace kalvex {
+
+namespace {
+
+// A server may come to let the user in while the module runs, so a refused login is not for good.
+constexpr int kChecksBetweenLogins = 60;
+
+}  // namespace
+
+bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source,
+                               std::string_view clientName, TransportFactory& transports,
+                               RequestJournal* journal) {
+    m_nModuleType = moduleType;
+    m_strServer = source;
+    m_strClient = clientName;
+    m_pJournal = journal;
+    std::uint32_t reason = 0;
+    m_pTransport = transports.Connect(source, *this, reason);
+    if (!m_pTransport) {
+        OnConnectionFault(ConnectionFault::Create, reason);
+        return false;
+    }
+    Open();
+    return true;
+}
+
+void CClientConnection::Open() {
+    m_nState = m_pTransport->Open() ? StateOpening : StateDown;
+}
+
+void CClientConnection::SetLoginData(std::string_view user, std::string_view password) {
+    m_strUser = user;
+    m_strPassword = password;
+}
+
+void CClientConnection::GetLoginData(std::string& user, std::string& password) const {
+    user = m_strUser;
+    password = m_strPassword;
+}
+
+LoginRequest CClientConnection::MakeLoginRequest() const {
+    LoginRequest login;
+    login.moduleType = m_nModuleType;
+    login.clientName = m_strClient;
+    GetLoginData(login.user, login.password);
+    return login;
+}
+
+void CClientConnection::Login() {
+    if (m_nChecksToLogin > 0) {
+        m_nChecksToLogin = 0;
+        Open();
+    } else if (m_nState == StateLogin || m_nState == StateConnected) {
+        m_fOpenAgain = true;
+        m_pTransport->Close(ReasonLoginChanged);
+    }
+}
+
+void CClientConnection::CheckConnection() {
+    if (m_nChecksToLogin > 0 && --m_nChecksToLogin == 0) Open();
+    m_pTransport->Check();
+}
+
+// ---- variables
+
+CVarVal& CClientConnection::RegisterVariable(std::string_view name, CVarOwner* owner) {
+    Record({.operation = "RegisterVariable", .variable = std::string(name)});
+    Registration* registration = nullptr;
+    const auto found = m_mapByName.find(name);
+    if (found != m_mapByName.end()) {
+        registration = found->second;
+        registration->dropped = false;
+    } else {
+        m_arrVariables.push_back(std::make_unique<Registration>());
+        registration = m_arrVariables.back().get();
+        registration->pVarVal = CreateVarVal(name);
+        registration->index = m_arrVariables.size() - 1;
+        m_mapByName.emplace(registration->pVarVal->GetName(), registration);
+        Touch(*registration);
+    }
+    if (owner != nullptr) AttachVarOwner(*registration->pVarVal, owner);
+    return *registration->pVarVal;
+}
+
+void CClientConnection::UnRegisterVariable(std::string_view name, CVarOwner* owner) {
+    Record({.operation = "UnRegisterVariable", .variable = std::string(name)});
+    const auto found = m_mapByName.find(name);
+    if (found == m_mapByName.end()) return;
+    Registration& registration = *found->second;
+    if (owner != nullptr) DetachVarOwner(*registration.pVarVal, owner);
+    if (IsVarInUse(*registration.pVarVal)) return;
+    registration.dropped = true;
+    Touch(registration);
+}
+
+void CClientConnection::Touch(Registration& registration) {
+    if (registration.touched) return;
+    registration.touched = true;
+    m_arrTouched.push_back(&registration);
+}
+
+void CClientConnection::Subscribe() {
+    Record({.operation = "Subscribe"});
+    SubscribeRequest request;
+    for (Registration* registration : m_arrTouched) {
+        registration->touched = false;
+        if (registration->dropped) {
+            if (registration->handle != 0) request.removed.push_back(registration->handle);
+            Forget(*registration);
+        } else if (registration->handle == 0) {
+            registration->handle = ++m_nLastHandle;
+            m_mapByHandle.emplace(registration->handle, registration);
+            request.added.push_back({registration->handle, registration->pVarVal->GetName()});
+        }
+    }
+    m_arrTouched.clear();
+    if (m_nState != StateConnected) return;
+    if (!request.added.empty() || !request.removed.empty()) Send(std::move(request));
+}
+
+void CClientConnection::Forget(Registration& registration) {
+    m_mapByName.erase(registration.pVarVal->GetName());
+    m_mapByHandle.erase(registration.handle);
+    const std::size_t index = registration.index;
+    std::swap(m_arrVariables[index], m_arrVariables.back());
+    m_arrVariables[index]->index = index;
+    m_arrVariables.pop_back();
+}
+
+void CClientConnection::SubscribeAll() {
+    SubscribeRequest request;
+    for (const auto& registration : m_arrVariables) {
+        if (registration->handle == 0) continue;
+        request.added.push_back({registration->handle, registration->pVarVal->GetName()});
+    }
+    if (!request.added.empty()) Send(std::move(request));
+}
+
+CVarVal* CClientConnection::GetVarVal(std::string_view name) const {
+    const auto found = m_mapByName.find(name);
+    return found == m_mapByName.end() ? nullptr : found->second->pVarVal.get();
+}
+
+const CVarDefInfo* CClientConnection::GetVarDefInfo(std::string_view name) const {
+    const auto found = m_mapDefinitions.find(std::string(name));
+    return found == m_mapDefinitions.end() ? nullptr : &found->second;
+}
+
+bool CClientConnection::LoadVarDefList(CObjInfoList& list) {
+    std::vector<VariableDefinition> definitions;
+    if (!m_pTransport->LoadVariableList(MakeLoginRequest(), definitions)) return false;
+    list.clear();
+    list.reserve(definitions.size());
+    for (VariableDefinition& definition : definitions) list.emplace_back(std::move(definition));
+    return true;
+}
+
+// Whatever the lost source has said last is not what holds now.
+void CClientConnection::MarkVarValError() {
+    for (const auto& registration : m_arrVariables) {
+        registration->pVarVal->Value().AddStatus(Status::Unknown | Status::TransmissionError);
+    }
+}
+
+// ---- what the transport tells
+
+void CClientConnection::OnOpened() {
+    m_nState = StateLogin;
+    m_fOpenFaultTold = false;
+    m_pTransport->Send(MakeLoginRequest());
+}
+
+void CClientConnection::OnFault(ConnectionFault fault, std::uint32_t reason) {
+    if (fault == ConnectionFault::Open) {
+        GoDown();
+        if (m_fOpenFaultTold) return;
+        m_fOpenFaultTold = true;
+    }
+    OnConnectionFault(fault, reason);
+}
+
+void CClientConnection::OnClosed(std::uint32_t reason) {
+    const std::uint16_t state = m_nState;
+    GoDown();
+    if (state == StateConnected) {
+        OnDisconnect(reason);
+    } else if (state == StateLogin && !m_fOpenAgain) {
+        OnFault(ConnectionFault::Open, reason);
+    }
+    if (!m_fOpenAgain) return;
+    m_fOpenAgain = false;
+    Open();
+}
+
+void CClientConnection::GoDown() {
+    const bool wasConnected = m_nState == StateConnected;
+    m_nState = StateDown;
+    m_arrOutbox.clear();
+    if (!wasConnected) FailOutstanding();
+}
+
+void CClientConnection::OnMessage(ServerMessage message) {
+    if (m_nState != StateConnected && !std::holds_alternative<LoginResult>(message)) return;
+    std::visit([this](auto& content) { Receive(content); }, message);
+}
+
+void CClientConnection::Receive(LoginResult& message) {
+    if (m_nState != StateLogin) return;
+    const bool denied = message.code != 0;
+    OnServerAccess(denied, message.text);
+    if (denied) {
+        GoDown();
+        m_nChecksToLogin = kChecksBetweenLogins;
+        m_pTransport->Close(ReasonLoginRefused);
+        return;
+    }
+    m_nState = StateConnected;
+    OnConnect();
+    SubscribeAll();
+    for (ClientMessage& waiting : m_arrOutbox) m_pTransport->Send(std::move(waiting));
+    m_arrOutbox.clear();
+}
+
+void CClientConnection::Receive(VariableDefinitions& message) {
+    for (VariableDefinition& definition : message.definitions) {
+        std::string name = definition.name;
+        m_mapDefinitions.insert_or_assign(std::move(name), CVarDefInfo(std::move(definition)));
+    }
+    if (message.last) OnVariableList();
+}
+
+void CClientConnection::Receive(ValueUpdates& message) {
+    for (const ValueUpdates::Entry& entry : message.entries) {
+        const auto found = m_mapByHandle.find(entry.handle);
+        if (found != m_mapByHandle.end()) found->second->pVarVal->SetValue(entry.value);
+    }
+    if (message.last) OnDataArrived();
+}
+
+void CClientConnection::Receive(AccessErrors& message) {
+    for (const AccessErrors::Entry& entry : message.entries) {
+        const auto found = m_mapByHandle.find(entry.handle);
+        if (found == m_mapByHandle.end()) continue;
+        CRequestRecord record;
+        record.result = entry.code;
+        record.variable = found->second->pVarVal->GetName();
+        OnVarAccessError(record);
+    }
+}
+
+void CClientConnection::Receive(ReportChange& message) {
+    OnReportChange(message.kind, message.time);
+}
+
+void CClientConnection::Receive(LogMessage& message) {
+    OnRemoteLogMessage(message.level, message.time, message.text);
+}
+
+// ---- hooks
+
+std::unique_ptr<CVarVal> CClientConnection::CreateVarVal(std::string_view name) {
+    return std::make_unique<CVarVal>(name);
+}
+
+void CClientConnection::AttachVarOwner(CVarVal&, CVarOwner*) {}
+void CClientConnection::DetachVarOwner(CVarVal&, CVarOwner*) {}
+
+bool CClientConnection::IsVarInUse(const CVarVal&) const {
+    return false;
+}
+
+void CClientConnection::OnConnectionFault(ConnectionFault, std::uint32_t) {}
+void CClientConnection::OnServerAccess(bool, std::string_view) {}
+void CClientConnection::OnConnect() {}
+
+void CClientConnection::OnDisconnect(std::uint32_t) {
+    MarkVarValError();
+    FailOutstanding();
+}
+
+void CClientConnection::OnVariableList() {}
+void CClientConnection::OnDataArrived() {}
+void CClientConnection::OnVarAccessError(const CRequestRecord&) {}
+void CClientConnection::OnCurrentDataModifyAck(const CRequestRecord&) {}
+void CClientConnection::OnCurrentDataModifyError(const CRequestRecord&) {}
+void CClientConnection::OnReportModifyError(ValueKind, const CRequestRecord&) {}
+void CClientConnection::OnReportChange(ValueKind, std::int64_t) {}
+void CClientConnection::OnRemoteLogMessage(int, std::int64_t, std::string_view) {}
+
+}  // namespace kalvex

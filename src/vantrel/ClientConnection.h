@@ -1,0 +1,202 @@
+// A client's connection to one data server: login, subscription, requests. What happens on it is
+// told to virtual hooks, which a module overrides. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "vantrel/Codes.h"
+#include "vantrel/Requests.h"
+#include "vantrel/Transport.h"
+#include "vantrel/VarVal.h"
+
+namespace kalvex {
+
+enum ConnectionState : std::uint16_t {
+    StateDown = 0,     // out of reach; reads fail at once, whatever else is sent is lost
+    StateOpening = 1,  // requests are kept until the attempt has ended
+    StateLogin = 2,    // the same
+    StateConnected = 3,
+};
+
+class CClientConnection : private ClientTransportEvents {
+  public:
+    CClientConnection() = default;
+    ~CClientConnection() override = default;
+    CClientConnection(const CClientConnection&) = delete;
+    CClientConnection& operator=(const CClientConnection&) = delete;
+
+    // Begins to connect to the source of that name. False, after OnConnectionFault(Create), when
+    // there is no way to a source of that name. The journal may be null.
+    bool Create(std::uint16_t moduleType, std::string_view source, std::string_view clientName,
+                TransportFactory& transports, RequestJournal* journal);
+
+    std::uint16_t GetState() const { return m_nState; }
+    const std::string& GetServerName() const { return m_strServer; }
+    static std::string GetErrorInfo(std::uint32_t code) { return ConnectionReasonText(code); }
+
+    void SetLoginData(std::string_view user, std::string_view password);
+    virtual void GetLoginData(std::string& user, std::string& password) const;
+
+    // Logs in anew, as after a change of the user.
+    void Login();
+    // Periodic work, about once a second.
+    void CheckConnection();
+
+    // ---- variables
+
+    // The variable's local object, made when it is new; the server is asked at the next Subscribe.
+    // Without an owner the registration stands for itself.
+    CVarVal& RegisterVariable(std::string_view name, CVarOwner* owner);
+    // Takes the owner off. A variable that is then not in use goes at the next Subscribe unless it
+    // is registered again.
+    void UnRegisterVariable(std::string_view name, CVarOwner* owner);
+    // Brings the server's subscription into line with the registered variables.
+    void Subscribe();
+
+    CVarVal* GetVarVal(std::string_view name) const;  // null when it is not registered
+    CVarVal& GetVarVal(int index) const { return *m_arrVariables[index]->pVarVal; }
+    int GetMaxVarValIndex() const { return static_cast<int>(m_arrVariables.size()) - 1; }
+
+    // Null before the definition has come.
+    const CVarDefInfo* GetVarDefInfo(std::string_view name) const;
+    // All variables of the server in its order; false when they are not to be had. May wait.
+    bool LoadVarDefList(CObjInfoList& list);
+
+    // ---- requests: "Add" queues, "Make" sends what is queued of that kind. The operations of the
+    // five report and archive kinds differ by `kind` alone; each has its own queue.
+
+    // Reads the value at `from` when there is no list, otherwise the values from `from` to `to`
+    // into the list. The answer comes to the window, which, like context and list, must last until
+    // then or until the request is cancelled.
+    RequestId AddDataRequest(ValueKind kind, std::string_view variable, std::int64_t from,
+                             std::int64_t to, CArchiveValueList* list, CAnswerWindow& window,
+                             CVarOwner* context);
+    void MakeDataRequest(ValueKind kind);
+    // No answer comes any more.
+    void CancelDataRequest(ValueKind kind, RequestId id);
+
+    // Sent by MakeDataRequest. A refusal comes to OnReportModifyError.
+    void AddReportModifyRequest(ValueKind kind, std::string_view variable, std::int64_t time,
+                                const CVal& value);
+    // Orders a piece of work; there is no answer.
+    void MakePeriodRequest(PeriodAction action, ValueKind kind, std::string_view variable,
+                           std::int64_t time);
+
+    void AddArchiveModifyRequest(std::string_view variable, const CArchiveValueList& list,
+                                 TIMEW from, TIMEW to);
+    void MakeArchiveModifyRequest();
+
+    void AddCurrentDataModifyRequest(std::string_view variable, const CVal& value);
+    void MakeCurrentDataModifyRequest();
+
+  protected:
+    // ---- hooks
+
+    virtual std::unique_ptr<CVarVal> CreateVarVal(std::string_view name);
+    virtual void AttachVarOwner(CVarVal& variable, CVarOwner* owner);
+    virtual void DetachVarOwner(CVarVal& variable, CVarOwner* owner);
+    virtual bool IsVarInUse(const CVarVal& variable) const;
+
+    virtual void OnConnectionFault(ConnectionFault fault, std::uint32_t code);
+    // The server's answer to the login.
+    virtual void OnServerAccess(bool denied, std::string_view text);
+    virtual void OnConnect();
+    // The base marks all values and answers all outstanding requests with ResultNothing.
+    virtual void OnDisconnect(std::uint32_t reason);
+    virtual void OnVariableList();
+    // Values have been set, those of a whole subscription at once.
+    virtual void OnDataArrived();
+    virtual void OnVarAccessError(const CRequestRecord& record);
+    virtual void OnCurrentDataModifyAck(const CRequestRecord& record);
+    virtual void OnCurrentDataModifyError(const CRequestRecord& record);
+    virtual void OnReportModifyError(ValueKind kind, const CRequestRecord& record);
+    virtual void OnReportChange(ValueKind kind, std::int64_t time);
+    virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
+
+  private:
+    struct Registration {
+        std::unique_ptr<CVarVal> pVarVal;
+        VariableHandle handle = 0;  // 0 until it is subscribed
+        std::size_t index = 0;
+        bool dropped = false;  // goes at the next Subscribe
+        bool touched = false;  // stands in m_arrTouched
+    };
+
+    struct PendingRead {
+        ReadRequest request;
+        CArchiveValueList* list;
+        CAnswerWindow* window;
+        CVarOwner* context;
+        std::vector<CVal> values;
+    };
+
+    struct PendingWrite {
+        ValueKind kind;
+        std::string variable;
+        CVal value;
+    };
+
+    void OnOpened() override;
+    void OnMessage(ServerMessage message) override;
+    void OnFault(ConnectionFault fault, std::uint32_t reason) override;
+    void OnClosed(std::uint32_t reason) override;
+
+    void Receive(LoginResult& message);
+    void Receive(VariableDefinitions& message);
+    void Receive(ValueUpdates& message);
+    void Receive(AccessErrors& message);
+    void Receive(ReadAnswer& message);
+    void Receive(ModifyResults& message);
+    void Receive(ReportChange& message);
+    void Receive(LogMessage& message);
+
+    void Open();
+    void GoDown();
+    LoginRequest MakeLoginRequest() const;
+    void SubscribeAll();
+    void Touch(Registration& registration);
+    void Forget(Registration& registration);
+    void MarkVarValError();
+    void SendWrites(ValueKind kind);
+    void FinishRead(RequestId id, std::uint16_t result);
+    void FinishWrite(RequestId id, std::uint16_t result);
+    void FailOutstanding();
+    void Send(ClientMessage message);
+    void Record(JournalEntry entry) const;
+
+    std::string m_strServer;
+    std::string m_strClient;
+    std::string m_strUser;
+    std::string m_strPassword;
+    std::uint16_t m_nModuleType = 0;
+    std::uint16_t m_nState = StateDown;
+    bool m_fOpenFaultTold = false;  // the first of a row of failed attempts has been reported
+    bool m_fOpenAgain = false;      // closed to be opened again
+    int m_nChecksToLogin = 0;       // until a refused login is tried again
+    RequestJournal* m_pJournal = nullptr;
+
+    std::vector<std::unique_ptr<Registration>> m_arrVariables;
+    std::unordered_map<std::string_view, Registration*> m_mapByName;  // keys live in the objects
+    std::unordered_map<VariableHandle, Registration*> m_mapByHandle;
+    std::vector<Registration*> m_arrTouched;
+    VariableHandle m_nLastHandle = 0;
+    std::unordered_map<std::string, CVarDefInfo> m_mapDefinitions;
+
+    RequestId m_nLastRequest = 0;
+    std::map<RequestId, PendingRead> m_mapReads;
+    std::map<RequestId, PendingWrite> m_mapWrites;
+    std::map<ValueKind, ReadRequests> m_mapQueuedReads;
+    std::map<ValueKind, ModifyRequests> m_mapQueuedWrites;
+    std::vector<ArchiveModifyRequest> m_arrQueuedArchives;
+    std::vector<ClientMessage> m_arrOutbox;  // made while the connection comes up
+
+    std::unique_ptr<ClientTransport> m_pTransport;  // the first to go
+};
+
+}  // namespace kalvex

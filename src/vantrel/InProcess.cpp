@@ -1,0 +1,178 @@
+#include "vantrel/InProcess.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "vantrel/Codes.h"
+
+namespace kalvex {
+
+// One conversation. Either end may be gone while events of it are still under way.
+struct InProcessNetwork::Conversation final : public ServerLink,
+                                              public std::enable_shared_from_this<Conversation> {
+    Conversation(InProcessNetwork& network, InProcessTransport& transport)
+        : network(network), transport(&transport) {}
+
+    void Send(ServerMessage message) override;
+    void Close(std::uint32_t reason) override;
+    std::size_t Backlog() const override;
+    std::string PeerAddress() const override { return {}; }
+
+    InProcessNetwork& network;
+    InProcessTransport* transport;  // null when the client has gone
+    std::unique_ptr<ServerSession> session;
+    bool opened = false;
+    bool ending = false;  // nothing is taken over any more
+    std::size_t backlog = 0;
+    mutable bool backlogSeen = false;
+};
+
+class InProcessTransport final : public ClientTransport {
+  public:
+    InProcessTransport(InProcessNetwork& network, std::string_view source,
+                       ClientTransportEvents& events)
+        : m_network(network), m_strSource(source), m_events(events) {
+        network.m_arrTransports.push_back(this);
+    }
+
+    ~InProcessTransport() override {
+        std::erase(m_network.m_arrTransports, this);
+        if (!m_pConversation) return;
+        m_pConversation->transport = nullptr;
+        m_network.Finish(m_pConversation, ReasonClosed, ReasonClientEnded);
+    }
+
+    bool Open() override {
+        m_bWanted = true;
+        Check();
+        return m_network.FindServer(m_strSource) != nullptr;
+    }
+
+    void Check() override {
+        if (!m_bWanted || m_pConversation) return;
+        if (m_network.FindServer(m_strSource) != nullptr) m_network.Begin(*this);
+    }
+
+    void Send(ClientMessage message) override {
+        if (!m_pConversation || m_pConversation->ending) return;
+        m_network.Post(m_pConversation, [message = std::move(message)](
+                                            InProcessNetwork::Conversation& conversation) mutable {
+            if (conversation.session) conversation.session->OnMessage(std::move(message));
+        });
+    }
+
+    void Close(std::uint32_t reason) override {
+        m_bWanted = false;
+        if (!m_pConversation) return;
+        m_network.Finish(m_pConversation, reason,
+                         reason == ReasonClosed ? ReasonClientEnded : reason);
+    }
+
+    bool LoadVariableList(const LoginRequest& login,
+                          std::vector<VariableDefinition>& list) override {
+        SessionAcceptor* server = m_network.FindServer(m_strSource);
+        return server != nullptr && server->ListVariables(login, list);
+    }
+
+    InProcessNetwork& m_network;
+    std::string m_strSource;
+    ClientTransportEvents& m_events;
+    std::shared_ptr<InProcessNetwork::Conversation> m_pConversation;
+    bool m_bWanted = false;
+};
+
+void InProcessNetwork::Conversation::Send(ServerMessage message) {
+    if (ending) return;
+    ++backlog;
+    network.Post(shared_from_this(), [message = std::move(message)](Conversation& self) mutable {
+        --self.backlog;
+        if (self.transport != nullptr) self.transport->m_events.OnMessage(std::move(message));
+        if (self.backlog > 0 || !self.session) return;
+        if (std::exchange(self.backlogSeen, false)) self.session->OnDrained();
+    });
+}
+
+void InProcessNetwork::Conversation::Close(std::uint32_t reason) {
+    network.Finish(shared_from_this(), reason, reason);
+}
+
+std::size_t InProcessNetwork::Conversation::Backlog() const {
+    backlogSeen = backlog > 0;
+    return backlog;
+}
+
+InProcessNetwork::~InProcessNetwork() = default;
+
+SessionAcceptor* InProcessNetwork::FindServer(std::string_view name) const {
+    const auto found = m_mapServers.find(name);
+    return found == m_mapServers.end() ? nullptr : found->second;
+}
+
+void InProcessNetwork::AddServer(std::string_view name, SessionAcceptor& acceptor) {
+    m_mapServers.insert_or_assign(std::string(name), &acceptor);
+    for (InProcessTransport* transport : m_arrTransports) transport->Check();
+}
+
+void InProcessNetwork::RemoveServer(std::string_view name) {
+    Break(name, ReasonServerEnded);
+    m_mapServers.erase(std::string(name));
+    Deliver();
+}
+
+void InProcessNetwork::Break(std::string_view name, std::uint32_t reason) {
+    for (InProcessTransport* transport : m_arrTransports) {
+        if (transport->m_strSource != name || !transport->m_pConversation) continue;
+        Finish(transport->m_pConversation, reason, reason);
+    }
+}
+
+std::unique_ptr<ClientTransport> InProcessNetwork::Connect(std::string_view source,
+                                                           ClientTransportEvents& events,
+                                                           std::uint32_t&) {
+    return std::make_unique<InProcessTransport>(*this, source, events);
+}
+
+void InProcessNetwork::Begin(InProcessTransport& transport) {
+    auto conversation = std::make_shared<Conversation>(*this, transport);
+    transport.m_pConversation = conversation;
+    Post(conversation, [this](Conversation& self) {
+        if (self.ending) return;
+        InProcessTransport& client = *self.transport;
+        SessionAcceptor* server = FindServer(client.m_strSource);
+        if (server != nullptr) self.session = server->Accept(self);
+        if (self.session) {
+            self.opened = true;
+            client.m_events.OnOpened();
+        } else {
+            client.m_pConversation.reset();
+            client.m_events.OnFault(ConnectionFault::Open, ReasonUnreachable);
+        }
+    });
+}
+
+void InProcessNetwork::Finish(const std::shared_ptr<Conversation>& conversation,
+                              std::uint32_t clientReason, std::uint32_t serverReason) {
+    if (std::exchange(conversation->ending, true)) return;
+    Post(conversation, [clientReason, serverReason](Conversation& self) {
+        if (const auto session = std::move(self.session)) session->OnClosed(serverReason);
+        if (self.transport == nullptr) return;
+        InProcessTransport& client = *std::exchange(self.transport, nullptr);
+        client.m_pConversation.reset();
+        if (self.opened) client.m_events.OnClosed(clientReason);
+    });
+}
+
+void InProcessNetwork::Post(std::shared_ptr<Conversation> conversation,
+                            std::function<void(Conversation&)> event) {
+    m_queue.push_back({std::move(conversation), std::move(event)});
+}
+
+void InProcessNetwork::Deliver() {
+    while (!m_queue.empty()) {
+        const Event event = std::move(m_queue.front());
+        m_queue.pop_front();
+        event.run(*event.conversation);
+    }
+}
+
+}  // namespace kalvex

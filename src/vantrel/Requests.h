@@ -1,0 +1,55 @@
+// Requests of a client connection and their answers. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "values/ArchiveValueList.h"
+#include "vantrel/Messages.h"
+#include "vantrel/VarVal.h"
+
+namespace kalvex {
+
+class CClientConnection;
+
+// A request with its outcome.
+struct CRequestRecord {
+    std::uint16_t result = 0;  // 0: success
+    std::string variable;
+    CVal value;                         // a single report value, or what a write was to set
+    CVarOwner* context = nullptr;       // as given with the request
+    CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
+};
+
+// Where the answers to read requests arrive. Never called within the call that makes a request
+// while the server can be reached.
+class CAnswerWindow {
+  public:
+    virtual ~CAnswerWindow() = default;
+    virtual void OnAnswer(ValueKind kind, const CRequestRecord& record) = 0;
+};
+
+// One call that a connection received: the operation's name and those of its arguments that it has.
+struct JournalEntry {
+    std::string operation;
+    std::optional<std::string> variable = {};
+    std::optional<std::int64_t> from = {};
+    std::optional<std::int64_t> to = {};
+    std::optional<std::int64_t> time = {};
+    std::optional<RequestId> id = {};
+    std::optional<CVal> value = {};
+    std::optional<std::vector<CVal>> values = {};
+    std::optional<bool> list = {};  // the request carried a list for its answer
+};
+
+// Keeps account of the calls, for who wants to see what scripts ask of their servers.
+class RequestJournal {
+  public:
+    virtual ~RequestJournal() = default;
+    virtual void Record(const CClientConnection& connection, JournalEntry entry) = 0;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,44 @@
+#include "vantrel/SourceList.h"
+
+namespace kalvex {
+
+CClientConnection* CSourceList::Get(std::string_view name) const {
+    for (const auto& connection : m_arrConnections) {
+        if (connection->GetServerName() == name) return connection.get();
+    }
+    return nullptr;
+}
+
+CClientConnection* CSourceList::AddSource(std::string_view name) {
+    if (CClientConnection* connection = Get(name)) return connection;
+    std::unique_ptr<CClientConnection> connection = CreateConnection(name);
+    if (!connection) return nullptr;
+    m_arrConnections.push_back(std::move(connection));
+    return m_arrConnections.back().get();
+}
+
+CVarVal* CSourceList::RegisterVariable(std::string_view source, std::string_view variable,
+                                       CVarOwner* owner) {
+    CClientConnection* connection = AddSource(source);
+    return connection == nullptr ? nullptr : &connection->RegisterVariable(variable, owner);
+}
+
+void CSourceList::UnRegisterVariable(std::string_view source, std::string_view variable,
+                                     CVarOwner* owner) {
+    if (CClientConnection* connection = Get(source))
+        connection->UnRegisterVariable(variable, owner);
+}
+
+void CSourceList::Subscribe() {
+    for (const auto& connection : m_arrConnections) connection->Subscribe();
+}
+
+void CSourceList::CheckConnections() {
+    for (const auto& connection : m_arrConnections) connection->CheckConnection();
+}
+
+void CSourceList::Login() {
+    for (const auto& connection : m_arrConnections) connection->Login();
+}
+
+}  // namespace kalvex

@@ -1,0 +1,57 @@
+// What a client keeps of a server's variable: its value and its definition. Main thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "values/Value.h"
+#include "vantrel/Messages.h"
+
+namespace kalvex {
+
+// The definition of one server variable: attributes by key.
+class CVarDefInfo {
+  public:
+    explicit CVarDefInfo(VariableDefinition definition) : m_definition(std::move(definition)) {}
+
+    const std::string& GetName() const { return m_definition.name; }
+    const std::string& GetText(std::string_view key) const;  // empty when there is none
+    std::int64_t GetNumber(std::string_view key) const;      // 0 when there is none
+
+  private:
+    VariableDefinition m_definition;
+};
+
+using CObjInfoList = std::vector<CVarDefInfo>;
+
+// Whoever is bound to a registered variable, or waits for an answer. The owner outlives its binding
+// and its request.
+class CVarOwner {
+  public:
+    virtual ~CVarOwner() = default;
+};
+
+// The local object of one registered variable; the connection owns it and updates it in place.
+class CVarVal {
+  public:
+    explicit CVarVal(std::string_view name) : m_strName(name) {}
+    virtual ~CVarVal() = default;
+    CVarVal(const CVarVal&) = delete;
+    CVarVal& operator=(const CVarVal&) = delete;
+
+    const std::string& GetName() const { return m_strName; }
+    CVal& Value() { return m_Value; }
+    const CVal& Value() const { return m_Value; }
+
+    // A value that the server has sent, and one that a write of this client has confirmed.
+    virtual void SetValue(const CVal& value) { m_Value = value; }
+    virtual void SetControlValue(const CVal& value) { SetValue(value); }
+
+  private:
+    std::string m_strName;
+    CVal m_Value;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,66 @@
+// The description of simulated data servers, as a JSON file gives it. Ticks count from 1; what is
+// to happen at tick 0 happens before the first.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "values/Status.h"
+#include "values/Value.h"
+
+namespace kalvex {
+
+// A value published at a tick.
+struct PlantCurrent {
+    std::int64_t atTick = 0;
+    CVal value;
+    bool stamped = false;  // false: its time is the moment of that tick
+};
+
+struct PlantVariable {
+    std::string name;
+    std::vector<std::pair<std::string, std::string>> attributes;
+    std::vector<PlantCurrent> current;
+    std::map<ValueKind, std::map<std::int64_t, CVal>> stored;  // by kind and time
+    std::optional<std::uint16_t> accessError;
+    std::optional<std::uint16_t> readError;
+    std::optional<std::uint16_t> writeError;
+};
+
+// Out from tick `from` on, back at tick `to`.
+struct PlantOutage {
+    std::int64_t from = 0;
+    std::int64_t to = 0;
+    std::uint32_t reason = 0;
+};
+
+struct PlantReportChange {
+    std::int64_t atTick = 0;
+    ValueKind kind = KindNone;
+    std::int64_t time = 0;
+};
+
+struct PlantSource {
+    std::string name;
+    std::optional<std::int64_t> connectAtTick = 0;  // empty: never
+    std::int64_t dataAtTick = 0;
+    std::int64_t latencyTicks = 1;
+    std::vector<PlantOutage> outages;
+    std::vector<PlantVariable> variables;  // in the order of the file
+    std::vector<PlantReportChange> reportChanges;
+};
+
+struct PlantDefinition {
+    std::vector<PlantSource> sources;
+};
+
+// Reads the file's text (UTF-8). Local times are those of TZ. False with the line, the place and
+// what is wrong there in `error` (UTF-8).
+bool ParsePlant(std::string_view text, PlantDefinition& plant, std::string& error);
+
+}  // namespace kalvex

@@ -1,0 +1,34 @@
+// What scripts have asked of their connections, with the ticks at which they did.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "vantrel/Requests.h"
+
+namespace kalvex {
+
+class TickJournal final : public RequestJournal {
+  public:
+    struct Row {
+        std::int64_t tick;
+        JournalEntry entry;
+    };
+
+    void SetTick(std::int64_t tick) { m_nTick = tick; }
+    void Record(const CClientConnection& connection, JournalEntry entry) override {
+        m_mapRows[&connection].push_back({m_nTick, std::move(entry)});
+    }
+
+    // In the order of the calls; stays valid until the next call.
+    const std::vector<Row>& Rows(const CClientConnection& connection) {
+        return m_mapRows[&connection];
+    }
+
+  private:
+    std::int64_t m_nTick = 0;
+    std::map<const CClientConnection*, std::vector<Row>> m_mapRows;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,300 @@
+#include <gmock/gmock.h>
+
+#include "vantrel/Codes.h"
+#include "vantrel/hand_server.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ClientRequests : public testing::Test {
+  protected:
+    void SetUp() override {
+        network.AddServer("srv", server);
+        connection.Create(23, "srv", "Kalvex", network, &journal);
+        network.Deliver();
+        Forget();
+    }
+
+    void Forget() {
+        server.heard.clear();
+        connection.events.clear();
+        journal.entries.clear();
+    }
+
+    RequestId Read(ValueKind kind, std::int64_t from, std::int64_t to,
+                   CArchiveValueList* into = nullptr) {
+        const RequestId id = connection.AddDataRequest(kind, "V", from, to, into, window, &owner);
+        connection.MakeDataRequest(kind);
+        network.Deliver();
+        return id;
+    }
+
+    void Break() {
+        network.Break("srv", ReasonLost);
+        network.Deliver();
+    }
+
+    static CVal At(std::int64_t time, double number) {
+        CVal value(number);
+        value.SetTime(time);
+        return value;
+    }
+
+    struct Owner : CVarOwner {};
+
+    InProcessNetwork network;
+    HandServer server;
+    HeardJournal journal;
+    HeardConnection connection;
+    HeardWindow window;
+    CArchiveValueList list;
+    Owner owner;
+};
+
+TEST_F(ClientRequests, AddQueuesAndMakeSends) {
+    connection.AddDataRequest(KindHour, "A", 100, 100, nullptr, window, &owner);
+    connection.AddDataRequest(KindHour, "B", 200, 300, &list, window, &owner);
+    connection.AddDataRequest(KindDay, "A", 400, 400, nullptr, window, &owner);
+    network.Deliver();
+    EXPECT_THAT(server.heard, IsEmpty());
+    connection.MakeDataRequest(KindHour);
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("read 1:2A[100..100] 2:2B[200..300]"));
+    Forget();
+    connection.MakeDataRequest(KindDay);
+    connection.MakeDataRequest(KindDay);
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("read 3:3A[400..400]"));
+}
+
+TEST_F(ClientRequests, SingleAnswer) {
+    const RequestId id = Read(KindHour, 100, 100);
+    server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
+    network.Deliver();
+    EXPECT_THAT(window.answers, ElementsAre("2V 0 1.50/0"));
+    EXPECT_THAT(window.contexts, ElementsAre(&owner));
+}
+
+TEST_F(ClientRequests, SingleAnswerWithoutAValueHasFailed) {
+    const RequestId id = Read(KindMonth, 100, 100);
+    server.Send(ReadAnswer{id, ResultOk, {}, true});
+    network.Deliver();
+    EXPECT_THAT(window.answers, ElementsAre("4V 1 /0"));
+}
+
+TEST_F(ClientRequests, RangeInPiecesReachesTheListAtTheLast) {
+    const RequestId id = Read(KindArchive, 100, 300, &list);
+    server.Send(ReadAnswer{id, ResultOk, {At(100, 1.0), At(200, 2.0)}, false});
+    network.Deliver();
+    EXPECT_EQ(list.GetSize(), 0u);
+    EXPECT_THAT(window.answers, IsEmpty());
+    server.Send(ReadAnswer{id, ResultOk, {At(300, 3.0)}, true});
+    network.Deliver();
+    EXPECT_THAT(window.answers, ElementsAre("6V 0 [1.00/0 2.00/0 3.00/0]"));
+    EXPECT_EQ(list.Get(2)->GetTime(), 300);
+}
+
+TEST_F(ClientRequests, RangeTakesThePlaceOfWhatTheListHeld) {
+    list.Add(CVal(99));
+    const RequestId id = Read(KindSpan, 100, 300, &list);
+    server.Send(ReadAnswer{id, ResultOk, {}, true});
+    network.Deliver();
+    EXPECT_THAT(window.answers, ElementsAre("5V 0 []"));
+}
+
+TEST_F(ClientRequests, RangeThatFailsOnTheWayLeavesTheListAlone) {
+    const RequestId id = Read(KindArchive, 100, 300, &list);
+    server.Send(ReadAnswer{id, ResultOk, {At(100, 1.0)}, false});
+    server.Send(ReadAnswer{id, ResultServerFault, {}, true});
+    network.Deliver();
+    EXPECT_THAT(window.answers, ElementsAre("6V 5 []"));
+}
+
+TEST_F(ClientRequests, CancelledRequestIsNotAnswered) {
+    const RequestId id = Read(KindHour, 100, 100);
+    connection.CancelDataRequest(KindHour, id);
+    network.Deliver();
+    EXPECT_EQ(server.heard.back(), "cancel 1");
+    server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
+    network.Deliver();
+    EXPECT_THAT(window.answers, IsEmpty());
+}
+
+TEST_F(ClientRequests, CancelBeforeMakeSendsNothing) {
+    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window, &owner);
+    connection.CancelDataRequest(KindHour, id);
+    connection.MakeDataRequest(KindHour);
+    network.Deliver();
+    EXPECT_THAT(server.heard, IsEmpty());
+}
+
+TEST_F(ClientRequests, CancelOfAnAnsweredRequestSendsNothing) {
+    const RequestId id = Read(KindHour, 100, 100);
+    server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
+    network.Deliver();
+    Forget();
+    connection.CancelDataRequest(KindHour, id);
+    network.Deliver();
+    EXPECT_THAT(server.heard, IsEmpty());
+}
+
+TEST_F(ClientRequests, BreakAnswersWhatIsOutstandingInOrder) {
+    Read(KindHour, 100, 100);
+    Read(KindArchive, 100, 300, &list);
+    connection.AddReportModifyRequest(KindDay, "V", 100, CVal(1.5));
+    connection.MakeDataRequest(KindDay);
+    connection.AddCurrentDataModifyRequest("V", CVal(2));
+    connection.MakeCurrentDataModifyRequest();
+    Break();
+    EXPECT_THAT(window.answers, ElementsAre("2V 1 /0", "6V 1 []"));
+    EXPECT_THAT(connection.events,
+                ElementsAre("disconnect 4104", "report not written 3V 1", "not written V 1"));
+}
+
+TEST_F(ClientRequests, DownTheReadsFailAtOnceAndTheRestIsLost) {
+    Break();
+    Forget();
+    connection.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
+    EXPECT_THAT(window.answers, IsEmpty());
+    connection.MakeDataRequest(KindHour);
+    EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
+    connection.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
+    connection.MakeDataRequest(KindHour);
+    connection.AddCurrentDataModifyRequest("V", CVal(2));
+    connection.MakeCurrentDataModifyRequest();
+    connection.AddArchiveModifyRequest("V", list, TIMEW{1}, TIMEW{2});
+    connection.MakeArchiveModifyRequest();
+    connection.MakePeriodRequest(PeriodAction::Init, KindHour, "V", 100);
+    EXPECT_THAT(connection.events, IsEmpty());
+    connection.CheckConnection();
+    network.Deliver();
+    EXPECT_EQ(connection.GetState(), StateConnected);
+    EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23"));
+}
+
+TEST_F(ClientRequests, MadeWhileTheConnectionComesUpAreSentThen) {
+    Break();
+    Forget();
+    connection.RegisterVariable("V", &owner);
+    connection.Subscribe();
+    connection.CheckConnection();
+    HeardConnection other;
+    other.Create(23, "srv", "Kalvex", network, nullptr);
+    other.RegisterVariable("V", &owner);
+    other.Subscribe();
+    other.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
+    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
+    other.MakeDataRequest(KindHour);
+    other.MakePeriodRequest(PeriodAction::Load, KindDay, "V", 200);
+    EXPECT_THAT(window.answers, IsEmpty());
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "login / Kalvex 23", "subscribe +1V",
+                                          "subscribe +1V", "modify 1:2V[100]=1.50/0",
+                                          "read 2:2V[100..100]", "period 1:3V[200]"));
+}
+
+TEST_F(ClientRequests, FailedAttemptAnswersWhatWaitedForIt) {
+    server.accepts = false;
+    HeardConnection other;
+    other.Create(23, "srv", "Kalvex", network, nullptr);
+    other.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
+    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
+    other.MakeDataRequest(KindHour);
+    network.Deliver();
+    EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
+    EXPECT_THAT(other.events, ElementsAre("report not written 2V 1", "fault 2 4110"));
+}
+
+TEST_F(ClientRequests, WritesOfOneKindGoTogether) {
+    connection.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
+    connection.AddReportModifyRequest(KindHour, "V", 200, CVal(2.5));
+    connection.AddReportModifyRequest(KindDay, "V", 300, CVal(3.5));
+    connection.MakeDataRequest(KindHour);
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("modify 1:2V[100]=1.50/0 2:2V[200]=2.50/0"));
+    Forget();
+    server.Send(ModifyResults{{{1, ResultOk}, {2, 9}, {77, 9}}});
+    network.Deliver();
+    EXPECT_THAT(connection.events, ElementsAre("report not written 2V 9"));
+}
+
+TEST_F(ClientRequests, CurrentWriteIsAcknowledgedWithItsValue) {
+    CVal value(5.0);
+    value.SetStatus(Status::Supervisory);
+    connection.AddCurrentDataModifyRequest("V", value);
+    connection.MakeCurrentDataModifyRequest();
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("modify 1:1V[0]=5.00/32768"));
+    server.Send(ModifyResults{{{1, ResultOk}}});
+    server.Send(ModifyResults{{{1, ResultOk}}});
+    network.Deliver();
+    EXPECT_THAT(connection.events, ElementsAre("written V 5.00/32768"));
+}
+
+TEST_F(ClientRequests, RefusedCurrentWrite) {
+    connection.AddCurrentDataModifyRequest("V", CVal(5));
+    connection.MakeCurrentDataModifyRequest();
+    server.Send(ModifyResults{{{1, ResultNoAccess}}});
+    network.Deliver();
+    EXPECT_THAT(connection.events, ElementsAre("not written V 2"));
+}
+
+TEST_F(ClientRequests, ArchiveWriteCarriesTheListAsItIs) {
+    list.Add(At(100, 1.5));
+    list.Add(At(200, 2.5));
+    connection.AddArchiveModifyRequest("V", list, TIMEW{100}, TIMEW{200});
+    network.Deliver();
+    EXPECT_THAT(server.heard, IsEmpty());
+    connection.MakeArchiveModifyRequest();
+    connection.MakeArchiveModifyRequest();
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("archive 1:V[100..200] 1.50/0 2.50/0"));
+}
+
+TEST_F(ClientRequests, JournalNamesEachOperation) {
+    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window, &owner);
+    connection.MakeDataRequest(KindHour);
+    connection.CancelDataRequest(KindHour, id);
+    connection.AddDataRequest(KindArchive, "V", 1, 2, &list, window, &owner);
+    connection.MakeDataRequest(KindArchive);
+    connection.CancelDataRequest(KindArchive, 2);
+    connection.AddReportModifyRequest(KindDay, "V", 3, CVal(1.5));
+    connection.MakeDataRequest(KindDay);
+    connection.AddCurrentDataModifyRequest("V", CVal(2));
+    connection.MakeCurrentDataModifyRequest();
+    list.Add(CVal(1));
+    connection.AddArchiveModifyRequest("V", list, TIMEW{4}, TIMEW{5});
+    connection.MakeArchiveModifyRequest();
+    connection.MakePeriodRequest(PeriodAction::Init, KindMonth, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Load, KindSpan, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Calculate, KindHour, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Update, KindArchive, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Refresh, KindArchive, "V", 6);
+    connection.RegisterVariable("V", &owner);
+    connection.UnRegisterVariable("V", &owner);
+    connection.Subscribe();
+    EXPECT_THAT(journal.entries,
+                ElementsAre("srv AddHourReportRequest variable=V from=1 to=1 id=1 no list",
+                            "srv MakeHourReportRequest", "srv CancelHourReportRequest id=1",
+                            "srv AddArchiveDataRequest variable=V from=1 to=2 id=2 list",
+                            "srv MakeArchiveDataRequest", "srv CancelArchiveDataRequest id=2",
+                            "srv AddDayReportModifyRequest variable=V time=3 value=1.50/0",
+                            "srv MakeDayReportRequest",
+                            "srv AddCurrentDataModifyRequest variable=V value=2/0",
+                            "srv MakeCurrentDataModifyRequest",
+                            "srv AddArchiveModifyRequest variable=V from=4 to=5 values=1",
+                            "srv MakeArchiveModifyRequest",
+                            "srv MakeMonthReportInitRequest variable=V time=6",
+                            "srv MakeSpanReportLoadRequest variable=V time=6",
+                            "srv MakeHourReportCalcRequest variable=V time=6",
+                            "srv MakeArchiveDataUpdateRequest variable=V time=6",
+                            "srv MakeArchiveDataRefreshRequest variable=V time=6",
+                            "srv RegisterVariable variable=V", "srv UnRegisterVariable variable=V",
+                            "srv Subscribe"));
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,197 @@
+#include "vantrel/hand_server.h"
+
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+class HandSession final : public ServerSession {
+  public:
+    HandSession(HandServer& server, ServerLink& link) : m_server(server), m_link(link) {}
+
+    void OnMessage(ClientMessage message) override {
+        m_server.heard.push_back(Describe(message));
+        const bool login = std::holds_alternative<LoginRequest>(message);
+        if (login && m_server.answersLogin) m_link.Send(m_server.loginResult);
+    }
+
+    void OnClosed(std::uint32_t reason) override {
+        m_server.heard.push_back("closed " + std::to_string(reason));
+        if (m_server.link == &m_link) m_server.link = nullptr;
+    }
+
+    void OnDrained() override { m_server.heard.push_back("drained"); }
+
+  private:
+    HandServer& m_server;
+    ServerLink& m_link;
+};
+
+std::string Text(std::int64_t number) {
+    return std::to_string(number);
+}
+
+struct Describer {
+    std::string operator()(const LoginRequest& message) const {
+        return "login " + message.user + "/" + message.password + " " + message.clientName + " " +
+               Text(message.moduleType);
+    }
+    std::string operator()(const SubscribeRequest& message) const {
+        std::string text = "subscribe";
+        for (const auto& entry : message.added) text += " +" + Text(entry.handle) + entry.name;
+        for (const VariableHandle handle : message.removed) text += " -" + Text(handle);
+        return text;
+    }
+    std::string operator()(const ReadRequests& message) const {
+        std::string text = "read";
+        for (const ReadRequest& request : message.requests) {
+            text += " " + Text(request.id) + ":" + Text(request.kind) + request.variable + "[" +
+                    Text(request.from) + ".." + Text(request.to) + "]";
+        }
+        return text;
+    }
+    std::string operator()(const CancelRequests& message) const {
+        std::string text = "cancel";
+        for (const RequestId id : message.ids) text += " " + Text(id);
+        return text;
+    }
+    std::string operator()(const ModifyRequests& message) const {
+        std::string text = "modify";
+        for (const ModifyRequest& request : message.requests) {
+            text += " " + Text(request.id) + ":" + Text(request.kind) + request.variable + "[" +
+                    Text(request.time) + "]=" + Describe(request.value);
+        }
+        return text;
+    }
+    std::string operator()(const ArchiveModifyRequest& message) const {
+        std::string text = "archive " + Text(message.id) + ":" + message.variable + "[" +
+                           Text(message.from) + ".." + Text(message.to) + "]";
+        for (const CVal& value : message.values) text += " " + Describe(value);
+        return text;
+    }
+    std::string operator()(const PeriodRequest& message) const {
+        return "period " + Text(static_cast<int>(message.action)) + ":" + Text(message.kind) +
+               message.variable + "[" + Text(message.time) + "]";
+    }
+    std::string operator()(const LastMessagesRequest& message) const {
+        return "last " + Text(message.count);
+    }
+};
+
+}  // namespace
+
+std::string Describe(const ClientMessage& message) {
+    return std::visit(Describer(), message);
+}
+
+std::string Describe(const CVal& value) {
+    return ValueToText(value) + "/" + std::to_string(value.GetStatus());
+}
+
+std::unique_ptr<ServerSession> HandServer::Accept(ServerLink& newLink) {
+    if (!accepts) return nullptr;
+    ++clients;
+    link = &newLink;
+    return std::make_unique<HandSession>(*this, newLink);
+}
+
+bool HandServer::ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) {
+    heard.push_back("list " + login.user);
+    if (lists) list = definitions;
+    return lists;
+}
+
+void HeardConnection::AttachVarOwner(CVarVal& variable, CVarOwner* owner) {
+    owners.emplace(variable.GetName(), owner);
+}
+
+void HeardConnection::DetachVarOwner(CVarVal& variable, CVarOwner* owner) {
+    std::erase_if(owners, [&](const auto& bound) {
+        return bound.first == variable.GetName() && bound.second == owner;
+    });
+}
+
+bool HeardConnection::IsVarInUse(const CVarVal& variable) const {
+    return owners.count(variable.GetName()) != 0;
+}
+
+void HeardConnection::OnConnectionFault(ConnectionFault fault, std::uint32_t code) {
+    events.push_back("fault " + Text(static_cast<int>(fault)) + " " + Text(code));
+}
+
+void HeardConnection::OnServerAccess(bool denied, std::string_view text) {
+    events.push_back((denied ? "denied " : "access ") + std::string(text));
+}
+
+void HeardConnection::OnConnect() {
+    events.push_back("connect");
+}
+
+void HeardConnection::OnDisconnect(std::uint32_t reason) {
+    events.push_back("disconnect " + Text(reason));
+    CClientConnection::OnDisconnect(reason);
+}
+
+void HeardConnection::OnVariableList() {
+    events.push_back("variables");
+}
+
+void HeardConnection::OnDataArrived() {
+    events.push_back("data");
+}
+
+void HeardConnection::OnVarAccessError(const CRequestRecord& record) {
+    events.push_back("no access " + record.variable + " " + Text(record.result));
+}
+
+void HeardConnection::OnCurrentDataModifyAck(const CRequestRecord& record) {
+    events.push_back("written " + record.variable + " " + Describe(record.value));
+}
+
+void HeardConnection::OnCurrentDataModifyError(const CRequestRecord& record) {
+    events.push_back("not written " + record.variable + " " + Text(record.result));
+}
+
+void HeardConnection::OnReportModifyError(ValueKind kind, const CRequestRecord& record) {
+    events.push_back("report not written " + Text(kind) + record.variable + " " +
+                     Text(record.result));
+}
+
+void HeardConnection::OnReportChange(ValueKind kind, std::int64_t time) {
+    events.push_back("report changed " + Text(kind) + " " + Text(time));
+}
+
+void HeardConnection::OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) {
+    events.push_back("log " + Text(level) + " " + Text(time) + " " + std::string(text));
+}
+
+void HeardWindow::OnAnswer(ValueKind kind, const CRequestRecord& record) {
+    std::string text = Text(kind) + record.variable + " " + Text(record.result);
+    if (record.list != nullptr) {
+        text += " [";
+        for (std::size_t i = 0; i < record.list->GetSize(); ++i) {
+            text += (i == 0 ? "" : " ") + Describe(*record.list->Get(i));
+        }
+        text += "]";
+    } else {
+        text += " " + Describe(record.value);
+    }
+    answers.push_back(text);
+    contexts.push_back(record.context);
+}
+
+void HeardJournal::Record(const CClientConnection& connection, JournalEntry entry) {
+    std::string text = connection.GetServerName() + " " + entry.operation;
+    if (entry.variable) text += " variable=" + *entry.variable;
+    if (entry.from) text += " from=" + Text(*entry.from);
+    if (entry.to) text += " to=" + Text(*entry.to);
+    if (entry.time) text += " time=" + Text(*entry.time);
+    if (entry.id) text += " id=" + Text(*entry.id);
+    if (entry.value) text += " value=" + Describe(*entry.value);
+    if (entry.values) text += " values=" + Text(static_cast<std::int64_t>(entry.values->size()));
+    if (entry.list) text += *entry.list ? " list" : " no list";
+    entries.push_back(text);
+}
+
+}  // namespace kalvex

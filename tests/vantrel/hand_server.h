@@ -1,0 +1,82 @@
+// Servers and clients of the in-process transport, played by hand: what they hear is kept as text.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vantrel/ClientConnection.h"
+#include "vantrel/InProcess.h"
+
+namespace kalvex {
+
+std::string Describe(const ClientMessage& message);
+// "value/status" of a value, its text at type 190.
+std::string Describe(const CVal& value);
+
+// Answers a login as it is told and leaves the rest to the test.
+class HandServer final : public SessionAcceptor {
+  public:
+    std::unique_ptr<ServerSession> Accept(ServerLink& link) override;
+    bool ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) override;
+
+    // To the client that came last.
+    void Send(ServerMessage message) { link->Send(std::move(message)); }
+    void SendValue(VariableHandle handle, const CVal& value) {
+        Send(ValueUpdates{{{handle, value}}, true});
+    }
+
+    ServerLink* link = nullptr;  // null when nobody is there
+    int clients = 0;             // that have come so far
+    std::vector<std::string> heard;
+    bool accepts = true;
+    bool answersLogin = true;
+    LoginResult loginResult;
+    std::vector<VariableDefinition> definitions;
+    bool lists = true;
+};
+
+// Keeps what its hooks are told. Owners are not looked into.
+class HeardConnection final : public CClientConnection {
+  public:
+    std::vector<std::string> events;
+    std::multimap<std::string, CVarOwner*> owners;
+
+  protected:
+    void AttachVarOwner(CVarVal& variable, CVarOwner* owner) override;
+    void DetachVarOwner(CVarVal& variable, CVarOwner* owner) override;
+    bool IsVarInUse(const CVarVal& variable) const override;
+    void OnConnectionFault(ConnectionFault fault, std::uint32_t code) override;
+    void OnServerAccess(bool denied, std::string_view text) override;
+    void OnConnect() override;
+    void OnDisconnect(std::uint32_t reason) override;
+    void OnVariableList() override;
+    void OnDataArrived() override;
+    void OnVarAccessError(const CRequestRecord& record) override;
+    void OnCurrentDataModifyAck(const CRequestRecord& record) override;
+    void OnCurrentDataModifyError(const CRequestRecord& record) override;
+    void OnReportModifyError(ValueKind kind, const CRequestRecord& record) override;
+    void OnReportChange(ValueKind kind, std::int64_t time) override;
+    void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;
+};
+
+// Keeps the answers.
+class HeardWindow final : public CAnswerWindow {
+  public:
+    void OnAnswer(ValueKind kind, const CRequestRecord& record) override;
+
+    std::vector<std::string> answers;
+    std::vector<CVarOwner*> contexts;
+};
+
+// Keeps the names of the operations with their arguments.
+class HeardJournal final : public RequestJournal {
+  public:
+    void Record(const CClientConnection& connection, JournalEntry entry) override;
+
+    std::vector<std::string> entries;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,102 @@
+#include <gmock/gmock.h>
+
+#include "vantrel/SourceList.h"
+#include "vantrel/hand_server.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+class HandSourceList final : public CSourceList {
+  public:
+    explicit HandSourceList(InProcessNetwork& network) : m_network(network) {}
+
+    std::vector<std::string> made;
+
+  protected:
+    std::unique_ptr<CClientConnection> CreateConnection(std::string_view name) override {
+        made.emplace_back(name);
+        if (name == "nie") return nullptr;
+        auto connection = std::make_unique<HeardConnection>();
+        connection->Create(23, name, "Kalvex", m_network, nullptr);
+        return connection;
+    }
+
+  private:
+    InProcessNetwork& m_network;
+};
+
+class SourceList : public testing::Test {
+  protected:
+    struct Owner : CVarOwner {};
+
+    InProcessNetwork network;
+    HandServer first;
+    HandServer second;
+    HandSourceList list{network};
+    Owner owner;
+};
+
+TEST_F(SourceList, ConnectionIsMadeOnceByName) {
+    EXPECT_EQ(list.Get("srv"), nullptr);
+    CClientConnection* connection = list.AddSource("srv");
+    ASSERT_NE(connection, nullptr);
+    EXPECT_EQ(list.AddSource("srv"), connection);
+    EXPECT_EQ(list.Get("srv"), connection);
+    EXPECT_EQ(list.Get("SRV"), nullptr);
+    EXPECT_THAT(list.made, ElementsAre("srv"));
+}
+
+TEST_F(SourceList, SourceThatCannotBeMadeIsTriedEachTime) {
+    EXPECT_EQ(list.RegisterVariable("nie", "V", &owner), nullptr);
+    EXPECT_EQ(list.AddSource("nie"), nullptr);
+    EXPECT_THAT(list.made, ElementsAre("nie", "nie"));
+    EXPECT_TRUE(list.Connections().empty());
+    list.UnRegisterVariable("nie", "V", &owner);
+    EXPECT_EQ(list.made.size(), 2u);
+}
+
+TEST_F(SourceList, RegistrationsReachTheServersWithSubscribe) {
+    network.AddServer("jeden", first);
+    network.AddServer("dwa", second);
+    CVarVal* variable = list.RegisterVariable("jeden", "A", &owner);
+    list.RegisterVariable("dwa", "B", &owner);
+    network.Deliver();
+    EXPECT_EQ(variable, list.Get("jeden")->GetVarVal("A"));
+    EXPECT_THAT(first.heard, ElementsAre("login / Kalvex 23"));
+    list.Subscribe();
+    network.Deliver();
+    EXPECT_EQ(first.heard.back(), "subscribe +1A");
+    EXPECT_EQ(second.heard.back(), "subscribe +1B");
+    list.UnRegisterVariable("jeden", "A", &owner);
+    list.Subscribe();
+    network.Deliver();
+    EXPECT_EQ(first.heard.back(), "subscribe -1");
+    EXPECT_EQ(second.heard.back(), "subscribe +1B");
+}
+
+TEST_F(SourceList, AllConnectionsAreCheckedAndLoggedIn) {
+    network.AddServer("jeden", first);
+    network.AddServer("dwa", second);
+    list.AddSource("jeden");
+    list.AddSource("dwa");
+    network.Deliver();
+    network.Break("jeden", 4104);
+    network.Break("dwa", 4104);
+    network.Deliver();
+    list.CheckConnections();
+    network.Deliver();
+    EXPECT_EQ(first.clients, 2);
+    EXPECT_EQ(second.clients, 2);
+    list.Login();
+    network.Deliver();
+    EXPECT_EQ(first.clients, 3);
+    EXPECT_EQ(second.clients, 3);
+    for (const auto& connection : list.Connections()) {
+        EXPECT_EQ(connection->GetState(), StateConnected);
+    }
+}
+
+}  // namespace
+}  // namespace kalvex
