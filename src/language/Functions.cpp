@@ -1,6 +1,7 @@
 #include "language/Functions.h"
 
 #include "host/HostStatements.h"
+#include "sources/SourceFamilies.h"
 #include "values/FunctionFamilies.h"
 
 namespace kalvex {
@@ -52,6 +53,12 @@ constexpr FunctionRow kRows[] = {
     {"TOKENIZE", Tokenize, "<zmienna1> <separator> <zmienna2>",
      "Wydzielenie fragmentu tekstu według podanego separatora"},
     {"JOIN", Join, "<lista> <separator>", "Połączenie elementów listy w jeden ciąg znaków"},
+    {"NOTIFY", Notify, "<typ_danych> <nazwa_serwera>",
+     "Pobranie z kolejki powiadomień informacji o czasie zmiany raportu"},
+    {"NOTIFY_QUEUE_COUNT", NotifyQueueCount, "<typ_danych> <nazwa_serwera>",
+     "Sprawdzenie aktualnego rozmiaru kolejki powiadomień o zmianach wartości raportowych"},
+    {"NOTIFYING_QUEUE_SIZE", NotifyQueueCount, "<typ_danych> <nazwa_serwera>",
+     "Sprawdzenie aktualnego rozmiaru kolejki powiadomień o zmianach wartości raportowych"},
     {"LAST_DAY", LastDay, "<rok> <miesiąc>",
      "Pobranie ostatniego dnia danego miesiąca i roku w czasie używanym w gazownictwie (gdzie doba "
      "to 6:00-5:59)"},

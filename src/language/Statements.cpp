@@ -2,6 +2,7 @@
 
 #include "engine/StatementFamilies.h"
 #include "host/HostStatements.h"
+#include "sources/SourceFamilies.h"
 
 namespace kalvex {
 
@@ -36,6 +37,10 @@ constexpr StatementRow kRows[] = {
      "Zamknięcie uruchomionego programu"},
     {"SETTIME", ExecuteSetTime, "SETTIME <rok> <miesiąc> <dzień> <godzina> <minuta> <sekunda>",
      "Ustawianie czasu systemowego"},
+    {"ENABLE_NOTIFY", ExecuteEnableNotify, "ENABLE_NOTIFY HREP <nazwa_serwera>",
+     "Odblokowanie obsługi powiadomień o zmianach wartości raportowych godzinowych"},
+    {"DISABLE_NOTIFY", ExecuteDisableNotify, "DISABLE_NOTIFY HREP <nazwa_serwera>",
+     "Zablokowanie obsługi powiadomień o zmianach wartości raportowych godzinowych"},
     {"LOCAL", ExecuteLocal,
      "LOCAL <nazwa_zmiennej>\nLOCAL <nazwa_zmiennej> = <zmienna>\nLOCAL <nazwa_zmiennej> = "
      "<wartość>",
@@ -70,6 +75,33 @@ constexpr StatementRow kRows[] = {
      "Usunięcie wszystkich elementów z listy"},
     {"REMOVEALL", ExecuteRemoveAll, "REMOVEALL <lista>", "Usunięcie wszystkich elementów z listy"},
     {"SET", ExecuteSet, "SET <nazwa_zmiennej> = <zmienna>\nSET <nazwa_zmiennej> = <wartość>", ""},
+    {"MPUT", ExecuteMPut, "MPUT <zmienna> <typ_danych> <lista_wartości>",
+     "Modyfikacja zestawu wartości w serwerze"},
+    {"MGET", ExecuteMGet,
+     "MGET <zmienna> <typ_danych> FROM <start> TO <stop>\nMGET <zmienna> GETDATA <lista>",
+     "Pobranie zestawu wartości z serwera"},
+    {"GET", ExecuteGet,
+     "GET <zmienna> <typ_danych> <rok> <miesiąc> <dzień> <godzina> <przesunięcie>\n"
+     "GET <zmienna> <typ_danych> <czas> <przesunięcie>",
+     "Inicjowanie pobrania wartości z serwera"},
+    {"PUT", ExecutePut,
+     "PUT <zmienna> <typ_danych> <rok> <miesiąc> <dzień> <godzina> <nowa_wartość> "
+     "<przesunięcie>\n"
+     "PUT <zmienna> <typ_danych> <czas> <nowa_wartość> <przesunięcie>\n"
+     "PUT <zmienna>[.<typ_danych>]",
+     "Modyfikacja wartości raportowej lub statusu zmiennej"},
+    {"INIT", ExecuteInit,
+     "INIT <zmienna> <typ_danych> <rok> <miesiąc> <dzień> <godzina> [<przesunięcie>]",
+     "Inicjowanie raportów w serwerze"},
+    {"INIT_LOAD", ExecuteInitLoad,
+     "INIT_LOAD <zmienna> <typ_danych> [[<rok> <miesiąc> <dzień> <godzina>] [<przesunięcie>]]",
+     "Inicjowanie pobierania danych w serwerze"},
+    {"INIT_LOAD_REFRESH", ExecuteInitLoadRefresh,
+     "INIT_LOAD_REFRESH <zmienna> ARCH [[<rok> <miesiąc> <dzień> <godzina>] [<przesunięcie>]]",
+     "Inicjowanie odświeżania danych archiwalnych w serwerze"},
+    {"INIT_CALC", ExecuteInitCalc,
+     "INIT_CALC <zmienna> <typ_danych> <rok> <miesiąc> <dzień> <godzina> [<przesunięcie>]",
+     "Inicjowanie przeliczania danych w serwerze"},
     {Keyword::If, ExecuteIf,
      "IF <warunek> THEN ... ELSE ... ENDIF\nIF <warunek> GOTO <etykieta>\n"
      "IF NOT <warunek> THEN ... ELSE ... ENDIF\nIF NOT <warunek> GOTO <etykieta>",

@@ -1,0 +1,135 @@
+#include "sources/ClientInterface.h"
+
+#include "sources/VariableRemote.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::uint16_t kModuleType = 23;
+constexpr std::string_view kNobody = "NOBODY";
+
+}  // namespace
+
+std::unique_ptr<CClientConnection> CInterfaceSourceList::CreateConnection(std::string_view name) {
+    std::string_view user = kNobody;
+    std::string_view password;
+    for (const CSourceDesc& description : m_services.descriptions) {
+        if (description.name != name) continue;
+        user = description.user;
+        password = description.password;
+        break;
+    }
+    auto connection = std::make_unique<CInterfaceClientConnection>(m_services);
+    connection->SetLoginData(user, password);
+    const bool made = connection->Create(kModuleType, name, m_services.clientName,
+                                         m_services.transports, m_services.journal);
+    return made ? std::move(connection) : nullptr;
+}
+
+bool CClientInterface::IsConnected(std::string_view source) const {
+    const CInterfaceClientConnection* connection = FindConnection(source);
+    return connection != nullptr && connection->GetState() == StateConnected;
+}
+
+// ---- registration
+
+CVarVal* CClientInterface::RegisterPlain(std::string_view source, std::string_view variable) {
+    CVarVal* registered = m_SourceList.RegisterVariable(source, variable, nullptr);
+    SubscribeUnlessBlocked();
+    return registered;
+}
+
+CVarVal* CClientInterface::RegisterOwner(CInterfaceObj& owner) {
+    CVarVal* registered =
+        m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable(), &owner);
+    SubscribeUnlessBlocked();
+    return registered;
+}
+
+void CClientInterface::UnregisterPlain(std::string_view source, std::string_view variable) {
+    m_SourceList.UnRegisterVariable(source, variable, nullptr);
+    SubscribeUnlessBlocked();
+}
+
+void CClientInterface::UnregisterOwner(CInterfaceObj& owner) {
+    m_SourceList.UnRegisterVariable(owner.GetSource(), owner.GetVariable(), &owner);
+    SubscribeUnlessBlocked();
+}
+
+void CClientInterface::SubscribeUnlessBlocked() {
+    if (m_fSubscribe) m_SourceList.Subscribe();
+}
+
+void CClientInterface::BlockSubscribe() {
+    m_fSubscribe = false;
+    ++m_nSubscribeBlocks;
+}
+
+void CClientInterface::UnblockSubscribe(bool reset) {
+    m_nSubscribeBlocks = reset ? 0 : m_nSubscribeBlocks - 1;
+    if (m_nSubscribeBlocks >= 1) return;
+    m_nSubscribeBlocks = 0;
+    m_SourceList.Subscribe();
+    m_fSubscribe = true;
+}
+
+bool CClientInterface::ModifyCurrentByName(std::string_view source, std::string_view variable,
+                                           const CVal& value) {
+    CInterfaceClientConnection* connection = FindConnection(source);
+    if (connection == nullptr) return false;
+    connection->AddCurrentDataModifyRequest(variable, value);
+    connection->MakeCurrentDataModifyRequest();
+    return true;
+}
+
+// ---- notification of report changes
+
+bool CClientInterface::AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) {
+    CInterfaceClientConnection* connection = FindConnection(source);
+    return connection != nullptr && connection->AddNotifyDoc(kind, document);
+}
+
+void CClientInterface::RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) {
+    if (CInterfaceClientConnection* connection = FindConnection(source)) {
+        connection->RemoveNotifyDoc(kind, document);
+    }
+}
+
+// ---- remote variables
+
+std::unique_ptr<CVariable> CClientInterface::CreateRemote(CKalvexDoc& document,
+                                                          std::string_view name,
+                                                          std::string_view source,
+                                                          std::string_view variable) {
+    auto link = std::make_unique<CInterfaceObj>(document, *this, source, variable);
+    RegisterOwner(*link);
+    return std::make_unique<CVariableRemote>(name, std::move(link));
+}
+
+void CClientInterface::ReleaseRemote(CVariable& variable) {
+    CInterfaceObj& link = *variable.GetSourceRecord();
+    link.CancelAll();
+    UnregisterOwner(link);
+}
+
+std::optional<std::vector<std::string>> CClientInterface::GetVariableNames(
+    std::string_view source) {
+    CClientConnection* connection = m_SourceList.AddSource(source);
+    CObjInfoList list;
+    if (connection == nullptr || !connection->LoadVarDefList(list)) return std::nullopt;
+    std::vector<std::string> names;
+    names.reserve(list.size());
+    for (const CVarDefInfo& definition : list) names.push_back(definition.GetName());
+    return names;
+}
+
+void CClientInterface::OnAnswer(ValueKind kind, const CRequestRecord& record) {
+    static_cast<CInterfaceObj*>(record.context)->ApplyAnswer(kind, record);
+}
+
+CClientInterface* FindClientInterface(const CKalvexDoc& document) {
+    return static_cast<CClientInterface*>(document.Services().sources);
+}
+
+}  // namespace kalvex

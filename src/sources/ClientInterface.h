@@ -1,0 +1,105 @@
+// The data sources of the process: the connections, the registration of remote variables, and the
+// place where the answers to report requests arrive. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/ScriptSources.h"
+#include "platform/LogSink.h"
+#include "platform/Translator.h"
+#include "platform/Users.h"
+#include "sources/InterfaceClientConnection.h"
+#include "sources/InterfaceObj.h"
+#include "vantrel/SourceList.h"
+
+namespace kalvex {
+
+// The login of a source. A source needs no description to be reached.
+struct CSourceDesc {
+    std::string name;
+    std::string user;
+    std::string password;
+};
+
+// The world of the sources. Nothing referred to is owned; all of it outlives the client interface.
+struct SourceServices {
+    LogSink& log;
+    const Translator& translator;
+    const Users& users;
+    TransportFactory& transports;
+    RequestJournal* journal = nullptr;  // none where nobody keeps account
+    std::vector<CSourceDesc> descriptions = {};
+    std::string clientName = "Kalvex";  // by which the servers know this process
+    bool consoleClient = false;
+    bool definitionsChanged = false;  // definitions have come since the flag was cleared
+};
+
+class CInterfaceSourceList final : public CSourceList {
+  public:
+    explicit CInterfaceSourceList(SourceServices& services) : m_services(services) {}
+
+    CInterfaceClientConnection* Find(std::string_view name) const {
+        return static_cast<CInterfaceClientConnection*>(Get(name));
+    }
+
+  protected:
+    std::unique_ptr<CClientConnection> CreateConnection(std::string_view name) override;
+
+  private:
+    SourceServices& m_services;
+};
+
+// Outlives the documents. It is the only kind of CScriptSources that a process has in which the
+// statements of this folder run.
+class CClientInterface final : public CScriptSources, public CAnswerWindow {
+  public:
+    explicit CClientInterface(SourceServices services)
+        : m_services(std::move(services)), m_SourceList(m_services) {}
+
+    CInterfaceSourceList& SourceList() { return m_SourceList; }
+    SourceServices& Services() { return m_services; }
+    CInterfaceClientConnection* FindConnection(std::string_view source) const {
+        return m_SourceList.Find(source);
+    }
+    bool IsConnected(std::string_view source) const;
+
+    // Registrations reach the server at once, or with the end of the blocks.
+    CVarVal* RegisterPlain(std::string_view source, std::string_view variable);
+    CVarVal* RegisterOwner(CInterfaceObj& owner);
+    void UnregisterPlain(std::string_view source, std::string_view variable);
+    void UnregisterOwner(CInterfaceObj& owner);
+    void BlockSubscribe() override;
+    void UnblockSubscribe(bool reset) override;
+
+    // True when the source has a connection.
+    bool ModifyCurrentByName(std::string_view source, std::string_view variable, const CVal& value);
+
+    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document);
+    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document);
+
+    std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
+                                            std::string_view source,
+                                            std::string_view variable) override;
+    void ReleaseRemote(CVariable& variable) override;
+    std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override;
+
+    void OnAnswer(ValueKind kind, const CRequestRecord& record) override;
+
+  private:
+    void SubscribeUnlessBlocked();
+
+    SourceServices m_services;
+    CInterfaceSourceList m_SourceList;
+    bool m_fSubscribe = true;
+    int m_nSubscribeBlocks = 0;
+};
+
+// The client interface of the process that the document lives in; null where there is none.
+CClientInterface* FindClientInterface(const CKalvexDoc& document);
+
+}  // namespace kalvex

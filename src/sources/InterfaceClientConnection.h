@@ -1,0 +1,84 @@
+// A connection to one data server as scripts use it: who is bound to which variable, what goes to
+// the log, which documents hear of report changes. Main thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vantrel/ClientConnection.h"
+
+namespace kalvex {
+
+class CInterfaceObj;
+class CKalvexDoc;
+struct SourceServices;
+
+// The local copy of a server variable, which several links share.
+class CVarReg final : public CVarVal {
+  public:
+    using CVarVal::CVarVal;
+
+    const std::vector<CInterfaceObj*>& Owners() const { return m_arrOwners; }
+    void AddOwner(CInterfaceObj& owner) { m_arrOwners.push_back(&owner); }
+    void RemoveOwner(CInterfaceObj& owner) { std::erase(m_arrOwners, &owner); }
+
+    // Null before the definition has come; the connection owns it.
+    const CVarDefInfo* GetDefInfo() const { return m_pDefInfo; }
+    void SetDefInfo(const CVarDefInfo* definition) { m_pDefInfo = definition; }
+
+  private:
+    std::vector<CInterfaceObj*> m_arrOwners;
+    const CVarDefInfo* m_pDefInfo = nullptr;
+};
+
+class CInterfaceClientConnection : public CClientConnection {
+  public:
+    // The services outlive the connection.
+    explicit CInterfaceClientConnection(SourceServices& services) : m_services(services) {}
+
+    // Current data has come in since the last connect.
+    bool IsDataReady() const { return m_fDataReady; }
+
+    // The login of the source, or that of the user at the keyboard where the source has none.
+    void GetLoginData(std::string& user, std::string& password) const override;
+
+    // Documents that hear of changes in reports of a kind, each once; false when the kind is none
+    // of a report or the document is there already. Not owned.
+    bool AddNotifyDoc(int kind, CKalvexDoc& document);
+    void RemoveNotifyDoc(int kind, CKalvexDoc& document);
+
+    // Logs an error about a server variable in the terms of each script that uses it. The text with
+    // the variable's name in brackets behind it.
+    std::string LogVariableError(std::string_view text, std::string_view variable);
+
+  protected:
+    std::unique_ptr<CVarVal> CreateVarVal(std::string_view name) override;
+    void AttachVarOwner(CVarVal& variable, CVarOwner* owner) override;
+    void DetachVarOwner(CVarVal& variable, CVarOwner* owner) override;
+    bool IsVarInUse(const CVarVal& variable) const override;
+
+    void OnConnectionFault(ConnectionFault fault, std::uint32_t code) override;
+    void OnServerAccess(bool denied, std::string_view text) override;
+    void OnConnect() override;
+    void OnDisconnect(std::uint32_t reason) override;
+    void OnVariableList() override;
+    void OnDataArrived() override;
+    void OnVarAccessError(const CRequestRecord& record) override;
+    void OnCurrentDataModifyAck(const CRequestRecord& record) override;
+    void OnReportModifyError(ValueKind kind, const CRequestRecord& record) override;
+    void OnReportChange(ValueKind kind, std::int64_t time) override;
+
+  private:
+    void Log(const char* polish, std::initializer_list<std::string_view> arguments, int level);
+    std::vector<CKalvexDoc*>* FindNotifyDocs(int kind);
+
+    SourceServices& m_services;
+    bool m_fDataReady = false;
+    std::array<std::vector<CKalvexDoc*>, 4> m_arrNotifyDocs;  // hour, day, month, span
+};
+
+}  // namespace kalvex

@@ -1,0 +1,171 @@
+#include "sources/InterfaceObj.h"
+
+#include "sources/ClientInterface.h"
+
+namespace kalvex {
+
+namespace {
+
+CVal Marked(const CVal& value) {
+    CVal marked = value;
+    marked.AddStatus(Status::Supervisory);
+    return marked;
+}
+
+bool IsReport(int kind) {
+    return kind >= KindHour && kind <= KindSpan;
+}
+
+}  // namespace
+
+CInterfaceObj::CInterfaceObj(CKalvexDoc& document, CClientInterface& client,
+                             std::string_view source, std::string_view variable)
+    : m_document(document), m_client(client), m_strSource(source), m_strVariable(variable) {}
+
+CInterfaceClientConnection* CInterfaceObj::GetConnection() {
+    if (m_pConnection == nullptr) m_pConnection = m_client.FindConnection(m_strSource);
+    return m_pConnection;
+}
+
+CVal* CInterfaceObj::CurrentValue() {
+    if (m_fLocked) return &m_LockedVal;
+    return m_pVarVal == nullptr ? nullptr : &m_pVarVal->Value();
+}
+
+CReportSlot* CInterfaceObj::FindSlot(int kind) {
+    return IsReport(kind) ? &m_Slots[static_cast<std::size_t>(kind - KindHour)] : nullptr;
+}
+
+CInterfaceObj::Outstanding CInterfaceObj::FindRequest(int kind) {
+    if (kind == KindArchive) return {&m_nArchRequest, &m_eArchState};
+    CReportSlot* slot = FindSlot(kind);
+    return {&slot->m_nRequest, &slot->m_eState};
+}
+
+RequestState CInterfaceObj::GetRequestState(int kind) {
+    return *FindRequest(kind).state;
+}
+
+bool CInterfaceObj::IsUsable(int kind) {
+    const CVal* value = nullptr;
+    if (kind == KindCurrent) {
+        value = CurrentValue();
+    } else if (const CReportSlot* slot = FindSlot(kind); slot && slot->m_eState == RequestReady) {
+        value = &slot->m_Value;
+    }
+    if (value == nullptr) return false;
+    if ((value->GetStatus() & Status::Unknown) != 0) return m_fIgnoreUnknown;
+    return value->GetType() != ValueType::None;
+}
+
+void CInterfaceObj::ReadValue(CVal& out, int kind, bool skipCheck) {
+    out = CVal();
+    if (!skipCheck && !IsUsable(kind)) return;
+    if (kind == KindCurrent) {
+        if (const CVal* value = CurrentValue()) out = *value;
+    } else if (const CReportSlot* slot = FindSlot(kind); slot && slot->m_eState == RequestReady) {
+        out = slot->m_Value;
+    }
+}
+
+bool CInterfaceObj::IsAnswered(int kind) {
+    if (kind == KindCurrent) return true;
+    if (!IsReport(kind) && kind != KindArchive) return false;
+    return GetRequestState(kind) != RequestWaiting;
+}
+
+void CInterfaceObj::SetLocked(bool flag) {
+    m_fLocked = flag;
+    if (flag && m_pVarVal != nullptr) m_LockedVal = m_pVarVal->Value();
+}
+
+bool CInterfaceObj::Write(const CVal& value) {
+    CInterfaceClientConnection* connection = GetConnection();
+    if (connection == nullptr) return false;
+    const CVal marked = Marked(value);
+    connection->AddCurrentDataModifyRequest(m_strVariable, marked);
+    connection->MakeCurrentDataModifyRequest();
+    CVal* target = CurrentValue();
+    if (target == nullptr) return false;
+    *target = marked;
+    return true;
+}
+
+void CInterfaceObj::Assign(int kind, const CVal& value) {
+    Cancel(kind);
+    CReportSlot& slot = *FindSlot(kind);
+    slot.m_eState = RequestReady;
+    slot.m_Value = Marked(value);
+}
+
+// Without a connection the state stays, for there is nobody to tell.
+void CInterfaceObj::Cancel(int kind) {
+    const Outstanding request = FindRequest(kind);
+    if (*request.state != RequestWaiting) return;
+    GetConnection()->CancelDataRequest(static_cast<ValueKind>(kind), *request.id);
+    *request.state = RequestNone;
+}
+
+void CInterfaceObj::CancelAll() {
+    for (int kind = KindHour; kind <= KindArchive; ++kind) Cancel(kind);
+}
+
+bool CInterfaceObj::Request(int kind, std::int64_t from, std::int64_t to) {
+    Cancel(kind);
+    m_ArchValues.RemoveAll();
+    const Outstanding request = FindRequest(kind);
+    CInterfaceClientConnection* connection = GetConnection();
+    if (connection == nullptr) {
+        *request.state = RequestFailed;
+        return false;
+    }
+    const bool single = IsReport(kind) && from == to;
+    *request.id = connection->AddDataRequest(static_cast<ValueKind>(kind), m_strVariable, from, to,
+                                             single ? nullptr : &m_ArchValues, m_client, this);
+    *request.state = RequestWaiting;
+    connection->MakeDataRequest(static_cast<ValueKind>(kind));
+    return true;
+}
+
+void CInterfaceObj::ApplyAnswer(ValueKind kind, const CRequestRecord& record) {
+    RequestState& state = *FindRequest(kind).state;
+    const bool failed = record.result != ResultOk;
+    state = failed ? RequestFailed : RequestReady;
+    CReportSlot* slot = FindSlot(kind);
+    if (slot == nullptr) return;
+    if (failed) {
+        slot->m_Value.SetType(ValueType::None);
+        slot->m_Value.SetStatus(Status::Unknown);
+    } else if (record.list == nullptr) {
+        slot->m_Value = record.value;
+    }
+}
+
+bool CInterfaceObj::Put(int kind, std::int64_t time, const CVal& value, bool send) {
+    if (!IsReport(kind)) return false;
+    CInterfaceClientConnection* connection = GetConnection();
+    if (connection == nullptr) return false;
+    connection->AddReportModifyRequest(static_cast<ValueKind>(kind), m_strVariable, time,
+                                       Marked(value));
+    if (send) connection->MakeDataRequest(static_cast<ValueKind>(kind));
+    return true;
+}
+
+bool CInterfaceObj::PutArchive(CArchiveValueList& list) {
+    CInterfaceClientConnection* connection = GetConnection();
+    if (connection == nullptr || list.GetSize() == 0) return false;
+    list.SortTimes();
+    connection->AddArchiveModifyRequest(m_strVariable, list, list.Get(0)->GetTimeW(),
+                                        list.Get(list.GetSize() - 1)->GetTimeW());
+    connection->MakeArchiveModifyRequest();
+    return true;
+}
+
+bool CInterfaceObj::Order(PeriodAction action, int kind, std::int64_t time) {
+    CInterfaceClientConnection* connection = GetConnection();
+    if (connection == nullptr) return false;
+    connection->MakePeriodRequest(action, static_cast<ValueKind>(kind), m_strVariable, time);
+    return true;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,110 @@
+// The link of one remote variable to its source, with the report values and the states of their
+// requests. The remote variable owns it. Main thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "engine/ScriptDocument.h"
+#include "values/ArchiveValueList.h"
+#include "values/Status.h"
+#include "values/Value.h"
+#include "vantrel/Requests.h"
+#include "vantrel/VarVal.h"
+
+namespace kalvex {
+
+class CClientInterface;
+class CInterfaceClientConnection;
+class CVarReg;
+
+enum RequestState {
+    RequestNone = 0,     // nothing asked for, or cancelled
+    RequestWaiting = 1,  // a request is with the connection
+    RequestReady = 2,    // there is a value, from the server or from the script
+    RequestFailed = 3,   // no connection, or the server answered with an error
+};
+
+struct CReportSlot {
+    CVal m_Value;
+    RequestId m_nRequest = 0;
+    RequestState m_eState = RequestNone;
+};
+
+class CInterfaceObj final : public CVarOwner {
+  public:
+    CInterfaceObj(CKalvexDoc& document, CClientInterface& client, std::string_view source,
+                  std::string_view variable);
+
+    CKalvexDoc& GetDocument() const { return m_document; }
+    const std::string& GetSource() const { return m_strSource; }
+    const std::string& GetVariable() const { return m_strVariable; }
+
+    // The connection of the source, null while there is none.
+    CInterfaceClientConnection* GetConnection();
+
+    // The registered object; the connection sets and clears it as it binds the link.
+    void SetVarVal(CVarReg* variable) { m_pVarVal = variable; }
+    const CVarReg* GetVarVal() const { return m_pVarVal; }
+
+    // The value that reads of the current data see: the snapshot under a lock, otherwise the live
+    // one. Null when the variable is not registered.
+    CVal* CurrentValue();
+
+    // A value may be read: it is there and not unknown, unless unknown values are to be taken.
+    bool IsUsable(int kind);
+    // Empty where nothing is to be had, and for an unusable value unless the check is skipped.
+    void ReadValue(CVal& out, int kind, bool skipCheck);
+
+    // The slot of a report kind, null for another kind.
+    CReportSlot* FindSlot(int kind);
+    // No answer is outstanding; true for the current value.
+    bool IsAnswered(int kind);
+    RequestState GetRequestState(int kind);  // of a report kind or the archive
+    const CArchiveValueList& GetArchValues() const { return m_ArchValues; }
+
+    bool IsLocked() const { return m_fLocked; }
+    void SetLocked(bool flag);
+    bool IsIgnoreUnknown() const { return m_fIgnoreUnknown; }
+    void SetIgnoreUnknown(bool flag) { m_fIgnoreUnknown = flag; }
+
+    // False without a connection, in which case nothing happens to the server's data.
+    bool Write(const CVal& value);  // the current value, here and on the server
+    void Assign(int kind, const CVal& value);
+    bool Request(int kind, std::int64_t from, std::int64_t to);
+    bool Put(int kind, std::int64_t time, const CVal& value, bool send);
+    bool PutArchive(CArchiveValueList& list);
+    bool Order(PeriodAction action, int kind, std::int64_t time);
+
+    // Lets go of all that waits for the server.
+    void CancelAll();
+    // The answer to a request; the list is null for a failed one.
+    void ApplyAnswer(ValueKind kind, const CRequestRecord& record);
+
+  private:
+    struct Outstanding {
+        RequestId* id;
+        RequestState* state;
+    };
+
+    Outstanding FindRequest(int kind);
+    void Cancel(int kind);
+
+    CKalvexDoc& m_document;
+    CClientInterface& m_client;
+    std::string m_strSource;
+    std::string m_strVariable;
+    CInterfaceClientConnection* m_pConnection = nullptr;  // once found it stays
+    CVarReg* m_pVarVal = nullptr;
+    CVal m_LockedVal;
+    bool m_fLocked = false;
+    bool m_fIgnoreUnknown = false;
+    std::array<CReportSlot, 4> m_Slots;  // hour, day, month, span
+    CArchiveValueList m_ArchValues;
+    RequestId m_nArchRequest = 0;
+    RequestState m_eArchState = RequestNone;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,99 @@
+#include "sources/ReportNotifications.h"
+
+#include <algorithm>
+
+#include "engine/LineScanner.h"
+#include "sources/ClientInterface.h"
+#include "sources/SourceFamilies.h"
+
+namespace kalvex {
+
+namespace {
+
+// The kind for one of the four words of reports.
+int ReportKind(std::string_view word) {
+    const ValueKind kind = KindFromWord(word);
+    return kind >= KindHour && kind <= KindSpan ? kind : KindNone;
+}
+
+bool Enable(StatementCall& call, bool enable) {
+    const int kind = ReportKind(NextToken(call.rest));
+    const std::string_view source = NextToken(call.rest);
+    CClientInterface* client = FindClientInterface(call.document);
+    if (client == nullptr || kind == KindNone) return false;
+    CReportNotifications& notifications = CReportNotifications::Of(call.document);
+    CNotifyRecord* record = notifications.Find(kind, source);
+    if (record == nullptr) {
+        if (!enable || !client->AddNotifyDoc(kind, source, call.document)) return false;
+        record = &notifications.Add(kind, source);
+    }
+    record->bEnabled = enable;
+    return true;
+}
+
+}  // namespace
+
+CReportNotifications& CReportNotifications::Of(CKalvexDoc& document) {
+    return document.GetPart<CReportNotifications>(DocumentPart::ReportNotifications, document);
+}
+
+void CReportNotifications::ClearRunState() {
+    for (std::size_t i = 0; i < m_arrRecords.size(); ++i) {
+        for (const CNotifyRecord& record : m_arrRecords[i]) {
+            FindClientInterface(m_document)
+                ->RemoveNotifyDoc(static_cast<int>(i) + KindHour, record.strSource, m_document);
+        }
+        m_arrRecords[i].clear();
+    }
+}
+
+CNotifyRecord* CReportNotifications::Find(int kind, std::string_view source) {
+    if (kind < KindHour || kind > KindSpan) return nullptr;
+    std::vector<CNotifyRecord>& records = m_arrRecords[static_cast<std::size_t>(kind - KindHour)];
+    for (CNotifyRecord& record : records) {
+        if (record.strSource == source) return &record;
+    }
+    return nullptr;
+}
+
+CNotifyRecord& CReportNotifications::Add(int kind, std::string_view source) {
+    CNotifyRecord& record = m_arrRecords[static_cast<std::size_t>(kind - KindHour)].emplace_back();
+    record.strSource = source;
+    return record;
+}
+
+void CReportNotifications::OnReportChange(int kind, std::string_view source, std::int64_t time) {
+    CNotifyRecord* record = Find(kind, source);
+    if (record == nullptr || !record->bEnabled) return;
+    std::deque<std::int64_t>& times = record->arrTimes;
+    if (std::find(times.begin(), times.end(), time) == times.end()) times.push_back(time);
+}
+
+bool ExecuteEnableNotify(StatementCall& call) {
+    return Enable(call, true);
+}
+
+bool ExecuteDisableNotify(StatementCall& call) {
+    return Enable(call, false);
+}
+
+FunctionResult Notify(FunctionCall& call) {
+    CNotifyRecord* record = CReportNotifications::Of(static_cast<CKalvexDoc&>(call.document))
+                                .Find(ReportKind(call.arguments[0]), call.arguments[1]);
+    std::int64_t time = 0;
+    if (record != nullptr && record->bEnabled && !record->arrTimes.empty()) {
+        time = record->arrTimes.front();
+        record->arrTimes.pop_front();
+    }
+    call.out = CVal(time);
+    return FunctionResult::Done;
+}
+
+FunctionResult NotifyQueueCount(FunctionCall& call) {
+    const CNotifyRecord* record = CReportNotifications::Of(static_cast<CKalvexDoc&>(call.document))
+                                      .Find(ReportKind(call.arguments[0]), call.arguments[1]);
+    call.out = CVal(record == nullptr ? 0 : static_cast<int>(record->arrTimes.size()));
+    return FunctionResult::Done;
+}
+
+}  // namespace kalvex

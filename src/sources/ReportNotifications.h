@@ -1,0 +1,45 @@
+// The report changes that a document has been told of and has not taken yet, a queue for each kind
+// of report and source. The document owns it. Main thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/DocumentPart.h"
+#include "engine/ScriptDocument.h"
+
+namespace kalvex {
+
+struct CNotifyRecord {
+    std::string strSource;
+    bool bEnabled = false;
+    std::deque<std::int64_t> arrTimes;  // oldest first, no time twice
+};
+
+class CReportNotifications final : public CDocumentPart {
+  public:
+    explicit CReportNotifications(CKalvexDoc& document) : m_document(document) {}
+
+    // The notifications of a document, made at first use.
+    static CReportNotifications& Of(CKalvexDoc& document);
+
+    // Empties the queues and takes the document off the connections.
+    void ClearRunState() override;
+
+    // Null when there is none, and for a kind that is none of a report.
+    CNotifyRecord* Find(int kind, std::string_view source);
+    CNotifyRecord& Add(int kind, std::string_view source);
+
+    // Puts the time into the queue if that is enabled and does not hold it yet.
+    void OnReportChange(int kind, std::string_view source, std::int64_t time);
+
+  private:
+    CKalvexDoc& m_document;
+    std::array<std::vector<CNotifyRecord>, 4> m_arrRecords;  // hour, day, month, span
+};
+
+}  // namespace kalvex
