@@ -41,7 +41,7 @@ def split_cases(text):
 
 def main():
     options = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    options.add_argument("--runner", required=True)
+    options.add_argument("--runner", required=True, type=pathlib.Path)
     options.add_argument("folder", type=pathlib.Path)
     arguments = options.parse_args()
 
@@ -59,7 +59,7 @@ def main():
         for case, reason in left_out.items():
             print(f"left out: {case}: {reason}")
         sys.stdout.flush()
-        command = [sys.executable, arguments.folder / "run.py", "--runner", arguments.runner, "--jobs", "2", scratch]
+        command = [sys.executable, arguments.folder / "run.py", "--runner", arguments.runner.resolve(), "--jobs", "2", scratch]
         sys.exit(subprocess.run(command).returncode)
 
 
