@@ -29,8 +29,8 @@ class Documents(unittest.TestCase):
         self.assertEqual(rows, installed)
 
     def test_architecture_has_a_paragraph_for_each_folder(self):
-        paragraphs = set(re.findall(r"(?m)^\*\*`src/([a-z]+)/`\*\*", read("docs/architecture.md")))
-        self.assertEqual(paragraphs, folders_below("src"))
+        paragraphs = re.findall(r"(?m)^\*\*`src/([a-z]+)/`\*\*", read("docs/architecture.md"))
+        self.assertCountEqual(paragraphs, folders_below("src"))
 
     def test_architecture_draws_the_arrows_that_the_build_allows(self):
         drawn = {}
@@ -45,9 +45,9 @@ class Documents(unittest.TestCase):
         self.assertEqual(drawn, allowed)
 
     def test_front_page_has_a_line_for_each_folder(self):
-        lines = set(re.findall(r"(?m)^\| `([a-z./]+)/` \|", read("README.md")))
-        missing = {"src/" + folder for folder in folders_below("src")} | (folders_below(".") - {"src"})
-        self.assertEqual(lines, missing)
+        lines = re.findall(r"(?m)^\| `([a-z./]+)/` \|", read("README.md"))
+        folders = {"src/" + folder for folder in folders_below("src")} | (folders_below(".") - {"src"})
+        self.assertCountEqual(lines, folders)
 
     def test_front_page_shows_the_script_that_it_names(self):
         shown = re.search(r"`(examples/\w+\.kx)`[^`]*```\n(.*?)```", read("README.md"), re.DOTALL)
