@@ -430,6 +430,11 @@ class Ticks(RunnerTest):
         nobody = self.run_scripts(text)
         self.assertEqual((nobody.value("A"), nobody.value("B")), ("", ""))
 
+    def test_scripts_start_programs(self):
+        run = self.run_scripts('LOCAL P = "/bin/true"\nLOCAL A\nSET A = EXEC P')
+        self.assertEqual(run.code, 0)
+        self.assertGreater(run.value("A"), 0)
+
 
 class Actions(RunnerTest):
     def test_action_still_due_keeps_the_run_alive(self):

@@ -31,7 +31,9 @@ CRunner::CRunner(const RunOptions& options)
       m_paths(WorkingDirectory()),
       m_services{{*m_pClock, m_log, m_translator, m_users, m_paths, Functions()},
                  Statements(),
-                 m_questions} {}
+                 m_questions} {
+    m_services.processes = &m_processes;
+}
 
 bool CRunner::Open(std::string& fault) {
     m_pSources = MakeRunSources(m_options, fault);

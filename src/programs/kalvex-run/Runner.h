@@ -13,6 +13,7 @@
 #include "platform/Paths.h"
 #include "platform/Questions.h"
 #include "platform/Translator.h"
+#include "platform/posix/Processes.h"
 #include "programs/kalvex-run/Actions.h"
 #include "programs/kalvex-run/Options.h"
 #include "programs/kalvex-run/Pace.h"
@@ -61,6 +62,7 @@ class CRunner {
     CRunUsers m_users;
     Paths m_paths;
     CNoAnswers m_questions;
+    PosixProcesses m_processes;
     std::unique_ptr<CRunSources> m_pSources;
     DocumentServices m_services;
     std::vector<std::unique_ptr<CRunScript>> m_arrScripts;
