@@ -1,0 +1,134 @@
+// Aggregates over lists of 10 to 100000 elements, as properties and as CALC_IN_LIST, and series
+// made by FILL_IN_LIST. Each row compares its result with the one worked out beforehand; the
+// program fails when one differs. The time of a row grows with the number of elements alone.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <iterator>
+#include <string_view>
+
+#include "values/ListFunctions.h"
+#include "values/fake_script.h"
+
+namespace kalvex {
+namespace {
+
+bool g_bWrong = false;
+
+void Expect(double got, double wanted, std::string_view row) {
+    if (got == wanted) return;
+    std::fprintf(stderr, "%.*s: %g instead of %g\n", static_cast<int>(row.size()), row.data(), got,
+                 wanted);
+    g_bWrong = true;
+}
+
+constexpr std::int64_t kStart = 1710050400;
+
+// The numbers from 1 to n as doubles, a second apart; every tenth one is UNKNOWN.
+void Fill(CVariableList& list, std::int64_t n) {
+    for (std::int64_t i = 1; i <= n; ++i) {
+        CVal value(static_cast<double>(i));
+        value.SetStatus(i % 10 == 0 ? Status::Unknown : 0);
+        value.SetTime(kStart + i);
+        list.Add(value);
+    }
+}
+
+double SumTo(double n) {
+    return n * (n + 1) / 2;
+}
+
+// What is left when every tenth number is taken out.
+double SumOfKnown(double n) {
+    return SumTo(n) - 10 * SumTo(n / 10);
+}
+
+struct Property {
+    const char* text;
+    double (*result)(double n);
+};
+
+constexpr Property kProperties[] = {
+    {"LISTA.COUNT", [](double n) { return n; }},
+    {"LISTA.SUM", SumOfKnown},
+    {"LISTA.MINIMUM", [](double) { return 1.0; }},
+    {"LISTA.MAXIMUM", [](double n) { return n - 1; }},
+    {"LISTA.AVERAGE", [](double n) { return SumOfKnown(n) / (n - n / 10); }},
+};
+
+void ListProperty(benchmark::State& state) {
+    const Property& property = kProperties[state.range(0)];
+    FakeScript script;
+    Fill(script.List("LISTA"), state.range(1));
+    CVal value;
+    for (auto _ : state) EvaluateOperand(script, property.text, value, ValueType::Double, true);
+    Expect(ValueToDouble(value), property.result(static_cast<double>(state.range(1))),
+           property.text);
+    state.SetItemsProcessed(state.iterations() * state.range(1));
+    state.SetLabel(property.text);
+}
+BENCHMARK(ListProperty)
+    ->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kProperties) - 1, 1),
+                   {10, 1000, 100000}});
+
+struct Calculation {
+    const char* text;
+    double (*result)(double n);
+};
+
+constexpr Calculation kCalculations[] = {
+    {"LISTA.COUNT R UNKNOWN", [](double n) { return n - n / 10; }},
+    {"LISTA.SUM R", SumTo},
+    {"LISTA.SUM R UNKNOWN", SumOfKnown},
+    {"LISTA.MAXIMUM R 0 FROM POCZATEK TO POLOWA", [](double n) { return n / 2; }},
+    {"LISTA.AVERAGE R 0 FROM POCZATEK TO POLOWA", [](double n) { return SumTo(n / 2) / (n / 2); }},
+};
+
+void ListCalculation(benchmark::State& state) {
+    const Calculation& calculation = kCalculations[state.range(0)];
+    const std::int64_t n = state.range(1);
+    FakeScript script;
+    Fill(script.List("LISTA"), n);
+    script.Local("R");
+    script.Local("POCZATEK", CVal(kStart));
+    script.Local("POLOWA", CVal(kStart + n / 2));
+    for (auto _ : state) CalcInList(script, calculation.text);
+    Expect(ValueToDouble(script.Value("R")), calculation.result(static_cast<double>(n)),
+           calculation.text);
+    state.SetItemsProcessed(state.iterations() * n);
+    state.SetLabel(calculation.text);
+}
+BENCHMARK(ListCalculation)
+    ->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kCalculations) - 1, 1),
+                   {10, 1000, 100000}});
+
+// One element an hour.
+void ListSeries(benchmark::State& state) {
+    const std::int64_t hours = state.range(0);
+    FakeScript script;
+    CVariableList& list = script.List("LISTA");
+    script.Local("POCZATEK", CVal(kStart));
+    script.Local("KONIEC", CVal(kStart + (hours - 1) * 3600));
+    for (auto _ : state) {
+        list.RemoveAll();
+        FillInList(script, "LISTA 12.5 0 POCZATEK KONIEC HREP");
+    }
+    Expect(static_cast<double>(list.Elements().size()), static_cast<double>(hours), "HREP");
+    Expect(static_cast<double>(list.Elements().back().GetTime()),
+           static_cast<double>(kStart + (hours - 1) * 3600), "last hour");
+    state.SetItemsProcessed(state.iterations() * hours);
+}
+BENCHMARK(ListSeries)->Arg(24)->Arg(744)->Arg(8784);
+
+}  // namespace
+}  // namespace kalvex
+
+int main(int argc, char** argv) {
+    setenv("TZ", "Europe/Warsaw", 1);
+    tzset();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return kalvex::g_bWrong ? 1 : 0;
+}
