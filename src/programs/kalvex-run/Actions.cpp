@@ -12,8 +12,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr int kStoredValue = 1;  // the mode that reads a value which a script may not use
-
 void SetValue(CRunScript& script, const Action& action) {
     CVariable* variable = script.Document().Variables().Find(action.variable);
     if (variable == nullptr) {
@@ -21,8 +19,7 @@ void SetValue(CRunScript& script, const Action& action) {
                    ToUtf8(script.Document().GetPathName()), ToUtf8(action.variable));
         return;
     }
-    CVal value;
-    variable->GetValue(value, KindCurrent, kStoredValue);
+    CVal value = StoredValue(*variable, KindCurrent);
     ApplyOperatorText(value, action.text);
     variable->SetValue(value, KindCurrent);
 }

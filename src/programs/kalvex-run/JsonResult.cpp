@@ -14,8 +14,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kStoredValue = 1;  // the mode that reads a value which a script may not use
-
 Json ContentJson(const CVal& value) {
     if (value.IsText()) return ToUtf8(value.Text());
     if (ValueType::IsInteger(value.GetType())) return value.Integer();
@@ -27,9 +25,7 @@ Json SlotsJson(CVariable& variable) {
     Json slots = Json::object();
     for (const ValueKindRow& row : ValueKinds()) {
         if (row.kind == KindArchive) continue;
-        CVal value;
-        variable.GetValue(value, row.kind, kStoredValue);
-        slots[std::string(row.suffix)] = CellJson(value);
+        slots[std::string(row.suffix)] = CellJson(StoredValue(variable, row.kind));
     }
     return slots;
 }

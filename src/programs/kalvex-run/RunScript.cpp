@@ -2,6 +2,12 @@
 
 namespace kalvex {
 
+namespace {
+
+constexpr int kReadUnusable = 1;  // the mode of a read
+
+}  // namespace
+
 CRunScript::CRunScript(const DocumentServices& services) : m_document(services) {
     m_document.SetView(&m_breakpoints);
 }
@@ -36,6 +42,12 @@ bool CRunScript::IsAtRest() const {
 
 bool CRunScript::IsStepPending() const {
     return m_document.m_bStepRequested && !m_document.m_bRunning;
+}
+
+CVal StoredValue(CVariable& variable, ValueKind kind) {
+    CVal value;
+    variable.GetValue(value, kind, kReadUnusable);
+    return value;
 }
 
 }  // namespace kalvex

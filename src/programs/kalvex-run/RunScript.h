@@ -65,4 +65,7 @@ class CRunScript {
     bool m_bStepFailed = false;
 };
 
+// What the variable holds, whether a script could use it or not; of type None if it holds nothing.
+CVal StoredValue(CVariable& variable, ValueKind kind);
+
 }  // namespace kalvex

@@ -14,8 +14,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr int kStoredValue = 1;  // the mode that reads a value which a script may not use
-
 enum Column { ColumnName, ColumnKind, ColumnValue, ColumnStatus, ColumnTime, ColumnCount };
 using Row = std::array<std::string, ColumnCount>;
 
@@ -63,8 +61,7 @@ void AddSlots(CVariable& variable, std::string_view kind, std::vector<Row>& rows
     const std::string name = ToUtf8(variable.GetName());
     for (const ValueKindRow& slot : ValueKinds()) {
         if (slot.kind == KindArchive) continue;
-        CVal value;
-        variable.GetValue(value, slot.kind, kStoredValue);
+        const CVal value = StoredValue(variable, slot.kind);
         if (slot.kind == KindCurrent) {
             rows.push_back(ValueRow(name, kind, value));
         } else if (value.GetType() != ValueType::None) {
