@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/CodePage.h"
-#include "programs/scratch_file.h"
+#include "platform/scratch_file.h"
 
 namespace kalvex {
 namespace {

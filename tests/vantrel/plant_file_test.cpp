@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/CodePage.h"
+#include "platform/scratch_file.h"
 #include "values/ValueText.h"
 #include "vantrel/plant/PlantFile.h"
 
@@ -19,17 +20,21 @@ class PlantFile : public testing::Test {
 
     // The plant with this as the content of the source "srv".
     PlantSource Source(std::string_view content) {
+        const ScratchFile file(Whole(content));
         PlantDefinition plant;
-        std::string error;
-        EXPECT_TRUE(ParsePlant(Whole(content), plant, error)) << error;
+        std::string fault;
+        EXPECT_TRUE(ReadPlant(file.Path(), plant, fault)) << fault;
         return plant.sources.empty() ? PlantSource() : plant.sources.front();
     }
 
-    std::string Error(std::string_view content) {
+    std::string Error(std::string_view content) { return WholeError(Whole(content)); }
+
+    std::string WholeError(std::string_view text) {
+        const ScratchFile file(text);
         PlantDefinition plant;
-        std::string error;
-        EXPECT_FALSE(ParsePlant(Whole(content), plant, error));
-        return error;
+        std::string fault;
+        EXPECT_FALSE(ReadPlant(file.Path(), plant, fault));
+        return file.WithoutPath(fault);
     }
 
     static std::string Whole(std::string_view content) {
@@ -140,53 +145,60 @@ TEST_F(PlantFile, ErrorCodes) {
 }
 
 TEST_F(PlantFile, TextThatIsNoJson) {
+    EXPECT_EQ(WholeError("{\n  \"sources\": {,}\n}"),
+              "FILE:2: syntax error while parsing object key - unexpected ','; expected string "
+              "literal");
+}
+
+TEST_F(PlantFile, FileThatIsNotThere) {
     PlantDefinition plant;
-    std::string error;
-    EXPECT_FALSE(ParsePlant("{\n  \"sources\": {,}\n}", plant, error));
-    EXPECT_EQ(error,
-              "parse error at line 2, column 15: syntax error while parsing object key - "
-              "unexpected ','; expected string literal");
+    std::string fault;
+    EXPECT_FALSE(ReadPlant("/nie/ma/takiego.json", plant, fault));
+    EXPECT_EQ(fault, "/nie/ma/takiego.json: No such file or directory");
 }
 
-TEST_F(PlantFile, FaultsAreNamedWithTheirPlace) {
-    EXPECT_EQ(Error("\n\"latencyTick\": 5"),
-              "line 2: /sources/srv/latencyTick: there is no such field");
+TEST_F(PlantFile, FaultsAreNamedWithTheirLine) {
+    EXPECT_EQ(WholeError("[]"), "FILE:1: \"plant\" must be an object");
+    EXPECT_EQ(WholeError("{\"sources\":\n5}"), "FILE:2: \"sources\" must be an object");
+    EXPECT_EQ(Error("\n\"latencyTick\": 5"), "FILE:2: \"latencyTick\" is no field of \"srv\"");
     EXPECT_EQ(Error("\n\"latencyTicks\":\n -5\n"),
-              "line 3: /sources/srv/latencyTicks: a whole number of at least 0 is expected");
+              "FILE:3: \"latencyTicks\" must be a whole number of at least 0");
     EXPECT_EQ(Error("\"latencyTicks\": 1.5"),
-              "line 1: /sources/srv/latencyTicks: a whole number of at least 0 is expected");
-    EXPECT_EQ(Error("\"latencyTicks\": 18446744073709551615"),
-              "line 1: /sources/srv/latencyTicks: a whole number of at least 0 is expected");
-    EXPECT_EQ(Error("\"outages\": {}"), "line 1: /sources/srv/outages: a list is expected");
+              "FILE:1: \"latencyTicks\" must be a whole number of at least 0");
+    EXPECT_EQ(Error("\"outages\": {}"), "FILE:1: \"outages\" must be an array");
     EXPECT_EQ(Error("\"outages\": [{\"fromTick\": 5, \"toTick\": 5}]"),
-              "line 1: /sources/srv/outages/0: \"toTick\" must be greater than \"fromTick\"");
-    EXPECT_EQ(Error("\"variables\": []"), "line 1: /sources/srv/variables: an object is expected");
+              "FILE:1: \"outages\" has an entry whose \"toTick\" is not greater than its "
+              "\"fromTick\"");
+    EXPECT_EQ(Error("\"variables\": []"), "FILE:1: \"variables\" must be an object");
     EXPECT_EQ(Error("\"reportChanges\": [{\"kind\": \"ARCH\"}]"),
-              "line 1: /sources/srv/reportChanges/0/kind: HREP, DREP, MREP or SREP is expected");
+              "FILE:1: \"kind\" must be HREP, DREP, MREP or SREP");
     EXPECT_EQ(Error("\"reportChanges\": [{\"atTick\": 1}]"),
-              "line 1: /sources/srv/reportChanges/0: \"kind\" is missing");
+              "FILE:1: \"reportChanges\" has an entry without \"kind\"");
 }
 
-TEST_F(PlantFile, FaultyValuesAreNamedWithTheirPlace) {
+TEST_F(PlantFile, FaultyValuesAreNamedWithTheirLine) {
     const auto error = [this](std::string_view value) {
         return Error("\"variables\": {\"Z1.P\": {\"current\": [{\"value\": 1},\n{" +
                      std::string(value) + "}]}}");
     };
-    const std::string place = "line 2: /sources/srv/variables/Z1.P/current/1";
-    EXPECT_EQ(error("\"value\": true"), place + "/value: a number, a text or null is expected");
-    EXPECT_EQ(error("\"status\": 1"), place + ": \"value\" is missing");
+    EXPECT_EQ(error("\"value\": true"), "FILE:2: \"value\" must be a number, a text or null");
+    EXPECT_EQ(error("\"status\": 1"), "FILE:2: \"current\" has an entry without \"value\"");
     EXPECT_EQ(error("\"value\": 1, \"status\": 65536"),
-              place + "/status: a whole number from 0 to 65535 is expected");
-    EXPECT_EQ(error("\"value\": 5000000000"), place + ": the value is none of type 150");
+              "FILE:2: \"status\" must be a whole number from 0 to 65535");
+    EXPECT_EQ(error("\"value\": 5000000000"),
+              "FILE:2: \"current\" has a value that is none of type 150");
     EXPECT_EQ(error("\"value\": \"abc\", \"type\": 171"),
-              place + ": the value is none of type 171");
-    EXPECT_EQ(error("\"value\": 1, \"type\": 254"), place + ": the value is none of type 254");
+              "FILE:2: \"current\" has a value that is none of type 171");
+    EXPECT_EQ(error("\"value\": 1, \"type\": 254"),
+              "FILE:2: \"current\" has a value that is none of type 254");
     EXPECT_EQ(error("\"value\": 1, \"time\": \"2024-03-10\""),
-              place + "/time: a time (\"YYYY-MM-DD HH:MM:SS\" or seconds) is expected");
-    EXPECT_EQ(error("\"value\": 1, \"time\": \"2024-13-10 00:00:00\""),
-              place + "/time: a time (\"YYYY-MM-DD HH:MM:SS\" or seconds) is expected");
+              "FILE:2: \"time\" must be a time (\"YYYY-MM-DD HH:MM:SS\" or seconds)");
+    EXPECT_EQ(error("\"value\": 1, \"time\": 1.5"),
+              "FILE:2: \"time\" must be a time (\"YYYY-MM-DD HH:MM:SS\" or seconds)");
     EXPECT_EQ(Error("\"variables\": {\"V\": {\"hour\": [{\"value\": 1}]}}"),
-              "line 1: /sources/srv/variables/V/hour/0: \"time\" is missing");
+              "FILE:1: \"hour\" has an entry without \"time\"");
+    EXPECT_EQ(Error("\"variables\": {\"V\": {\"attributes\": {\"de\": null}}}"),
+              "FILE:1: \"de\" must be a text");
 }
 
 }  // namespace

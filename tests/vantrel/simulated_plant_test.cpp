@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "platform/scratch_file.h"
 #include "vantrel/Codes.h"
 #include "vantrel/hand_server.h"
 #include "vantrel/plant/SimulatedPlant.h"
@@ -16,10 +17,9 @@ class SimulatedPlantTest : public testing::Test {
     // Builds the plant from the content of the source "srv" and connects at tick 1.
     void Build(std::string_view content) {
         PlantDefinition definition;
-        std::string error;
-        ASSERT_TRUE(ParsePlant("{\"sources\": {\"srv\": {" + std::string(content) + "}}}",
-                               definition, error))
-            << error;
+        std::string fault;
+        const ScratchFile file("{\"sources\": {\"srv\": {" + std::string(content) + "}}}");
+        ASSERT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
         plant = std::make_unique<SimulatedPlant>(std::move(definition), clock);
         AdvanceTo(1);
         connection.Create(23, "srv", "Kalvex", *plant, nullptr);

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "platform/CodePage.h"
-#include "programs/kalvex-run/JsonFile.h"
+#include "platform/JsonFile.h"
 #include "values/ValueText.h"
 
 namespace kalvex {

@@ -7,7 +7,7 @@
 #include <charconv>
 
 #include "platform/CodePage.h"
-#include "programs/kalvex-run/LocalTimeText.h"
+#include "values/LocalTimeText.h"
 
 namespace kalvex {
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "platform/CodePage.h"
-#include "programs/kalvex-run/LocalTimeText.h"
+#include "values/LocalTimeText.h"
 
 namespace kalvex {
 

@@ -6,7 +6,7 @@
 #include <array>
 
 #include "platform/CodePage.h"
-#include "programs/kalvex-run/LocalTimeText.h"
+#include "values/LocalTimeText.h"
 #include "values/Status.h"
 #include "values/ValueText.h"
 

@@ -1,93 +1,86 @@
 #include "vantrel/plant/PlantFile.h"
 
 #include <array>
-#include <cstdio>
 #include <limits>
 
 #include "platform/CodePage.h"
-#include "platform/JsonDocument.h"
-#include "values/LocalTime.h"
+#include "platform/JsonFile.h"
+#include "values/LocalTimeText.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Type = JsonNode::Type;
 
 struct Fault {
-    Json::json_pointer place;
+    const JsonNode& place;
     std::string words;
 };
 
 constexpr std::int64_t kAnyNumber = std::numeric_limits<std::int64_t>::max();
 
-// A value of the file and where it stands.
+// A value of the file with the name by which its faults are told.
 class Item {
   public:
-    Item(const Json& json, Json::json_pointer place) : m_json(json), m_place(std::move(place)) {}
+    Item(const JsonNode& node, std::string name) : m_node(node), m_strName(std::move(name)) {}
 
-    [[noreturn]] void Fail(std::string words) const { throw Fault{m_place, std::move(words)}; }
+    [[noreturn]] void Fail(const std::string& words) const {
+        throw Fault{m_node, '"' + m_strName + "\" " + words};
+    }
 
-    const Json& Content() const { return m_json; }
-    bool IsNull() const { return m_json.is_null(); }
+    const JsonNode& Node() const { return m_node; }
+    bool IsNull() const { return m_node.type == Type::Null; }
 
     std::int64_t Number(std::int64_t least, std::int64_t greatest) const {
-        const bool whole = m_json.is_number_integer() &&
-                           !(m_json.is_number_unsigned() &&
-                             m_json.get<std::uint64_t>() > static_cast<std::uint64_t>(kAnyNumber));
-        if (!whole || m_json.get<std::int64_t>() < least || m_json.get<std::int64_t>() > greatest) {
+        const bool good =
+            m_node.type == Type::Integer && m_node.integer >= least && m_node.integer <= greatest;
+        if (!good) {
             Fail(greatest == kAnyNumber
-                     ? "a whole number of at least " + std::to_string(least) + " is expected"
-                     : "a whole number from " + std::to_string(least) + " to " +
-                           std::to_string(greatest) + " is expected");
+                     ? "must be a whole number of at least " + std::to_string(least)
+                     : "must be a whole number from " + std::to_string(least) + " to " +
+                           std::to_string(greatest));
         }
-        return m_json.get<std::int64_t>();
+        return m_node.integer;
     }
 
     std::int64_t Tick() const { return Number(0, kAnyNumber); }
 
     std::string Text() const {
-        if (!m_json.is_string()) Fail("a text is expected");
-        return FromUtf8(m_json.get_ref<const std::string&>());
+        if (m_node.type != Type::Text) Fail("must be a text");
+        return FromUtf8(m_node.text);
     }
 
     // Local time as text, or seconds.
     std::int64_t Time() const {
-        if (m_json.is_number()) return Number(0, kAnyNumber);
-        TimeFields fields;
-        int end = 0;
-        const std::string text = m_json.is_string() ? m_json.get<std::string>() : std::string();
-        const int count =
-            std::sscanf(text.c_str(), "%4d-%2d-%2d %2d:%2d:%2d%n", &fields.year, &fields.month,
-                        &fields.day, &fields.hour, &fields.minute, &fields.second, &end);
-        const bool good = count == 6 && static_cast<std::size_t>(end) == text.size() &&
-                          fields.year >= 1970 && fields.month >= 1 && fields.month <= 12 &&
-                          fields.day >= 1 && fields.day <= 31 && fields.hour >= 0 &&
-                          fields.hour <= 23 && fields.minute >= 0 && fields.minute <= 59 &&
-                          fields.second >= 0 && fields.second <= 59;
-        if (!good) Fail("a time (\"YYYY-MM-DD HH:MM:SS\" or seconds) is expected");
-        return MakeLocalTime(fields);
+        if (m_node.type == Type::Integer) return Number(0, kAnyNumber);
+        const std::optional<std::int64_t> time = ParseLocalTime(m_node.text);
+        if (!time) Fail("must be a time (\"YYYY-MM-DD HH:MM:SS\" or seconds)");
+        return *time;
     }
 
+    // Each element of the array.
     template <class Row>
     void Rows(Row row) const {
-        if (!m_json.is_array()) Fail("a list is expected");
-        for (std::size_t i = 0; i < m_json.size(); ++i) row(Item(m_json[i], m_place / i));
+        if (m_node.type != Type::Array) Fail("must be an array");
+        for (const JsonNode& node : m_node.items) row(Item(node, m_strName));
     }
 
-    // Each member of the object, with its name in UTF-8.
+    // Each member of the object.
     template <class Member>
     void Members(Member member) const {
-        if (!m_json.is_object()) Fail("an object is expected");
-        for (const auto& [name, content] : m_json.items()) {
-            member(name, Item(content, m_place / name));
+        if (m_node.type != Type::Object) Fail("must be an object");
+        for (std::size_t i = 0; i < m_node.items.size(); ++i) {
+            member(Item(m_node.items[i], m_node.names[i]));
         }
     }
 
+    const std::string& Name() const { return m_strName; }  // UTF-8
+
   private:
-    const Json& m_json;
-    Json::json_pointer m_place;
+    const JsonNode& m_node;
+    std::string m_strName;
 };
 
 // A field of an object of the file and what reads it.
@@ -99,11 +92,11 @@ struct Field {
 
 template <class Object, std::size_t Size>
 void ReadFields(Object& object, const Item& item, const std::array<Field<Object>, Size>& fields) {
-    item.Members([&](const std::string& name, const Item& member) {
+    item.Members([&](const Item& member) {
         for (const Field<Object>& field : fields) {
-            if (field.name == name) return field.read(object, member);
+            if (field.name == member.Name()) return field.read(object, member);
         }
-        member.Fail("there is no such field");
+        member.Fail("is no field of \"" + item.Name() + '"');
     });
 }
 
@@ -120,12 +113,18 @@ struct ValueRow {
 };
 
 CVal ReadValue(const Item& item) {
-    const Json& json = item.Content();
-    if (json.is_null()) return CVal();
-    if (json.is_string()) return CVal(item.Text());
-    if (json.is_number_float()) return CVal(json.get<double>());
-    if (!json.is_number()) item.Fail("a number, a text or null is expected");
-    return CVal(item.Number(std::numeric_limits<std::int64_t>::min(), kAnyNumber));
+    switch (item.Node().type) {
+        case Type::Null:
+            return CVal();
+        case Type::Text:
+            return CVal(item.Text());
+        case Type::Real:
+            return CVal(item.Node().real);
+        case Type::Integer:
+            return CVal(item.Node().integer);
+        default:
+            item.Fail("must be a number, a text or null");
+    }
 }
 
 constexpr std::array<Field<ValueRow>, 5> kValueFields = {{
@@ -151,14 +150,14 @@ constexpr std::array<Field<ValueRow>, 5> kValueFields = {{
 ValueRow ReadValueRow(const Item& item) {
     ValueRow row;
     ReadFields(row, item, kValueFields);
-    if (!row.given) item.Fail("\"value\" is missing");
+    if (!row.given) item.Fail("has an entry without \"value\"");
     if (!row.type && row.value.GetType() == ValueType::Int64) row.type = ValueType::Int;
     if (row.type) {
         const CVal original = row.value;
         const bool fits = *row.type == ValueType::None ||
                           (row.value.Cast(*row.type) && row.value.GetType() == *row.type &&
                            (!ValueType::IsInteger(original.GetType()) || row.value == original));
-        if (!fits) item.Fail("the value is none of type " + std::to_string(*row.type));
+        if (!fits) item.Fail("has a value that is none of type " + std::to_string(*row.type));
         if (*row.type == ValueType::None) row.value = CVal();
     }
     row.value.SetStatus(row.status);
@@ -177,7 +176,7 @@ template <ValueKind Kind>
 void ReadStored(PlantVariable& variable, const Item& item) {
     item.Rows([&](const Item& entry) {
         ValueRow row = ReadValueRow(entry);
-        if (!row.stamped) entry.Fail("\"time\" is missing");
+        if (!row.stamped) entry.Fail("has an entry without \"time\"");
         variable.stored[Kind].insert_or_assign(row.time, std::move(row.value));
     });
 }
@@ -191,10 +190,10 @@ void ReadCode(PlantVariable& variable, const Item& item) {
 }
 
 void ReadAttributes(PlantVariable& variable, const Item& item) {
-    item.Members([&](const std::string& name, const Item& member) {
-        const bool number = member.Content().is_number();
+    item.Members([&](const Item& member) {
+        const bool number = member.Node().type == Type::Integer;
         variable.attributes.emplace_back(
-            name, number ? std::to_string(member.Number(0, kAnyNumber)) : member.Text());
+            member.Name(), number ? std::to_string(member.Number(0, kAnyNumber)) : member.Text());
     });
 }
 
@@ -212,9 +211,9 @@ constexpr std::array<Field<PlantVariable>, 10> kVariableFields = {{
 }};
 
 void ReadVariables(PlantSource& source, const Item& item) {
-    item.Members([&](const std::string& name, const Item& member) {
+    item.Members([&](const Item& member) {
         PlantVariable& variable = source.variables.emplace_back();
-        variable.name = FromUtf8(name);
+        variable.name = FromUtf8(member.Name());
         ReadFields(variable, member, kVariableFields);
     });
 }
@@ -234,7 +233,8 @@ void ReadOutages(PlantSource& source, const Item& item) {
     item.Rows([&](const Item& entry) {
         PlantOutage outage{0, kAnyNumber, ReasonLost};
         ReadFields(outage, entry, kOutageFields);
-        if (outage.to <= outage.from) entry.Fail("\"toTick\" must be greater than \"fromTick\"");
+        if (outage.to <= outage.from)
+            entry.Fail("has an entry whose \"toTick\" is not greater than its \"fromTick\"");
         source.outages.push_back(outage);
     });
 }
@@ -245,7 +245,7 @@ constexpr std::array<Field<PlantReportChange>, 3> kReportChangeFields = {{
      [](PlantReportChange& change, const Item& item) {
          change.kind = KindFromWord(item.Text());
          if (change.kind < KindHour || change.kind > KindSpan) {
-             item.Fail("HREP, DREP, MREP or SREP is expected");
+             item.Fail("must be HREP, DREP, MREP or SREP");
          }
      }},
     {"time", [](PlantReportChange& change, const Item& item) { change.time = item.Time(); }},
@@ -255,7 +255,7 @@ void ReadReportChanges(PlantSource& source, const Item& item) {
     item.Rows([&](const Item& entry) {
         PlantReportChange& change = source.reportChanges.emplace_back();
         ReadFields(change, entry, kReportChangeFields);
-        if (change.kind == KindNone) entry.Fail("\"kind\" is missing");
+        if (change.kind == KindNone) entry.Fail("has an entry without \"kind\"");
     });
 }
 
@@ -281,10 +281,10 @@ constexpr std::array<Field<SourceRow>, 6> kSourceFields = {{
 }};
 
 void ReadSources(PlantDefinition& plant, const Item& item) {
-    item.Members([&](const std::string& name, const Item& member) {
+    item.Members([&](const Item& member) {
         SourceRow row;
         ReadFields(row, member, kSourceFields);
-        row.source.name = FromUtf8(name);
+        row.source.name = FromUtf8(member.Name());
         row.source.dataAtTick = row.dataAtTick.value_or(row.source.connectAtTick.value_or(0));
         plant.sources.push_back(std::move(row.source));
     });
@@ -294,18 +294,17 @@ constexpr std::array<Field<PlantDefinition>, 1> kPlantFields = {{{"sources", Rea
 
 }  // namespace
 
-bool ParsePlant(std::string_view text, PlantDefinition& plant, std::string& error) {
-    JsonDocument document;
-    if (!document.Parse(std::string(text), error)) return false;
+bool ReadPlant(const std::string& path, PlantDefinition& plant, std::string& fault) {
+    CJsonFile file(path);
+    JsonNode root;
+    bool good = file.Read(root);
     try {
-        ReadFields(plant, Item(document.Root(), Json::json_pointer()), kPlantFields);
-        return true;
-    } catch (const Fault& fault) {
-        error = "line " + std::to_string(document.LineOf(fault.place)) + ": ";
-        if (!fault.place.empty()) error += fault.place.to_string() + ": ";
-        error += fault.words;
-        return false;
+        if (good) ReadFields(plant, Item(root, "plant"), kPlantFields);
+    } catch (const Fault& found) {
+        good = file.Fault(found.place, found.words);
     }
+    fault = file.GetFault();
+    return good;
 }
 
 }  // namespace kalvex

@@ -6,7 +6,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -59,8 +58,8 @@ struct PlantDefinition {
     std::vector<PlantSource> sources;
 };
 
-// Reads the file's text (UTF-8). Local times are those of TZ. False with the line, the place and
-// what is wrong there in `error` (UTF-8).
-bool ParsePlant(std::string_view text, PlantDefinition& plant, std::string& error);
+// Reads the file (UTF-8). Local times are those of TZ. False with the file, the line and what is
+// wrong there in `fault` (UTF-8).
+bool ReadPlant(const std::string& path, PlantDefinition& plant, std::string& fault);
 
 }  // namespace kalvex

@@ -1,4 +1,4 @@
-#include "programs/kalvex-run/LocalTimeText.h"
+#include "values/LocalTimeText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// Local times as people write them to the runner: "YYYY-MM-DD HH:MM:SS".
+// Local times as people write them: "YYYY-MM-DD HH:MM:SS".
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "programs/kalvex-run/JsonFile.h"
+#include "platform/JsonFile.h"
 
 #include <fmt/format.h>
 

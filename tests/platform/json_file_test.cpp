@@ -1,8 +1,8 @@
-#include "programs/kalvex-run/JsonFile.h"
+#include "platform/JsonFile.h"
 
 #include <gtest/gtest.h>
 
-#include "programs/scratch_file.h"
+#include "platform/scratch_file.h"
 
 namespace kalvex {
 namespace {

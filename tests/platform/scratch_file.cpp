@@ -1,4 +1,4 @@
-#include "programs/scratch_file.h"
+#include "platform/scratch_file.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
