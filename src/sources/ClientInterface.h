@@ -61,6 +61,7 @@ class CClientInterface final : public CScriptSources, public CAnswerWindow {
     explicit CClientInterface(SourceServices services)
         : m_services(std::move(services)), m_SourceList(m_services) {}
 
+    const CInterfaceSourceList& SourceList() const { return m_SourceList; }
     CInterfaceSourceList& SourceList() { return m_SourceList; }
     SourceServices& Services() { return m_services; }
     CInterfaceClientConnection* FindConnection(std::string_view source) const {

@@ -15,7 +15,7 @@ std::string Cell(const CVal& value) {
 }
 
 std::string Record(FakeScript& script, std::string_view name) {
-    return VariableJson(*script.Variables().Find(FromUtf8(name)), nullptr).dump();
+    return VariableJson(*script.Variables().Find(FromUtf8(name))).dump();
 }
 
 constexpr const char* kEmpty = R"({"type":255,"status":0,"time":0,"value":null,"text":""})";

@@ -30,7 +30,7 @@ Json SlotsJson(CVariable& variable) {
     return slots;
 }
 
-using AddFields = void (*)(CVariable&, const CRunSources*, Json&);
+using AddFields = void (*)(CVariable&, Json&);
 
 struct KindRow {
     VariableKind kind;
@@ -38,25 +38,24 @@ struct KindRow {
     AddFields addFields;
 };
 
-void AddSlots(CVariable& variable, const CRunSources*, Json& record) {
+void AddSlots(CVariable& variable, Json& record) {
     record["slots"] = SlotsJson(variable);
 }
 
-void AddTarget(CVariable& variable, const CRunSources*, Json& record) {
+void AddTarget(CVariable& variable, Json& record) {
     record["target"] = ToUtf8(static_cast<CVariablePointer&>(variable).GetTargetName());
 }
 
-void AddElements(CVariable& variable, const CRunSources*, Json& record) {
+void AddElements(CVariable& variable, Json& record) {
     const auto& list = static_cast<const CVariableList&>(variable);
     record["iterator"] = list.GetIterator();
     Json& elements = record["elements"] = Json::array();
     for (const CVal& element : list.Elements()) elements.push_back(CellJson(element));
 }
 
-void AddRemote(CVariable& variable, const CRunSources* sources, Json& record) {
-    AddSlots(variable, sources, record);
-    const CInterfaceObj* link = variable.GetSourceRecord();
-    if (sources != nullptr && link != nullptr) sources->AddRemoteFields(*link, record);
+void AddRemote(CVariable& variable, Json& record) {
+    AddSlots(variable, record);
+    AddRemoteFields(*variable.GetSourceRecord(), record);
 }
 
 constexpr KindRow kKinds[] = {{VariableLocal, "LOCAL", AddSlots},
@@ -76,7 +75,7 @@ Json TextJson(const CScriptText& text) {
     return lines;
 }
 
-Json ScriptJson(const CRunScript& script, const CRunSources* sources, bool lines) {
+Json ScriptJson(const CRunScript& script, bool lines) {
     const CKalvexDoc& document = script.Document();
     Json record = {{"path", ToUtf8(document.GetPathName())},
                    {"started", script.IsStarted()},
@@ -97,7 +96,7 @@ Json ScriptJson(const CRunScript& script, const CRunSources* sources, bool lines
                    {"waitLines", WaitLinesJson(document)}};
     Json& variables = record["variables"] = Json::array();
     for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
-        variables.push_back(VariableJson(*variable, sources));
+        variables.push_back(VariableJson(*variable));
     }
     if (lines) record["lines"] = TextJson(document.Text());
     return record;
@@ -113,10 +112,10 @@ Json CellJson(const CVal& value) {
             {"text", ToUtf8(ValueToText(value))}};
 }
 
-Json VariableJson(CVariable& variable, const CRunSources* sources) {
+Json VariableJson(CVariable& variable) {
     const KindRow& row = *std::ranges::find(kKinds, variable.GetKind(), &KindRow::kind);
     Json record = {{"name", ToUtf8(variable.GetName())}, {"kind", row.name}};
-    row.addFields(variable, sources, record);
+    row.addFields(variable, record);
     return record;
 }
 
@@ -127,14 +126,13 @@ std::string JsonResult(const CRunner& runner, bool lines) {
     }
     Json scripts = Json::array();
     for (const std::unique_ptr<CRunScript>& script : runner.Scripts()) {
-        scripts.push_back(ScriptJson(*script, runner.Sources(), lines));
+        scripts.push_back(ScriptJson(*script, lines));
     }
-    const Json result = {
-        {"ticks", runner.GetTicks()},
-        {"now", runner.GetClock().Now()},
-        {"log", std::move(log)},
-        {"scripts", std::move(scripts)},
-        {"sources", runner.Sources() != nullptr ? runner.Sources()->Result() : Json::object()}};
+    const Json result = {{"ticks", runner.GetTicks()},
+                         {"now", runner.GetClock().Now()},
+                         {"log", std::move(log)},
+                         {"scripts", std::move(scripts)},
+                         {"sources", runner.Sources().Result()}};
     return result.dump() + '\n';
 }
 

@@ -16,7 +16,7 @@ std::string JsonResult(const CRunner& runner, bool lines);
 // type, status, time, value, text
 nlohmann::ordered_json CellJson(const CVal& value);
 
-// What a variable is and holds. `sources` is null in a run without data sources.
-nlohmann::ordered_json VariableJson(CVariable& variable, const CRunSources* sources);
+// What a variable is and holds.
+nlohmann::ordered_json VariableJson(CVariable& variable);
 
 }  // namespace kalvex

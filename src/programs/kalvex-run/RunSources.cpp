@@ -1,11 +1,107 @@
 #include "programs/kalvex-run/RunSources.h"
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "platform/CodePage.h"
+#include "programs/kalvex-run/JsonResult.h"
+
 namespace kalvex {
 
-std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, std::string& fault) {
-    if (options.plant) fault = "--plant: this build has no simulated plant";
-    if (options.profile) fault = "--profile: this build reads no profile";
-    return nullptr;
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kRequestStates[] = {"none", "waiting", "ready", "failed"};
+
+std::vector<std::string> SourceNames(const PlantDefinition& plant) {
+    std::vector<std::string> names;
+    for (const PlantSource& source : plant.sources) names.push_back(source.name);
+    return names;
+}
+
+Json CellsJson(const std::vector<CVal>& values) {
+    Json cells = Json::array();
+    for (const CVal& value : values) cells.push_back(CellJson(value));
+    return cells;
+}
+
+Json RequestJson(const TickJournal::Row& row) {
+    const JournalEntry& entry = row.entry;
+    Json record = {{"tick", row.tick}, {"op", entry.operation}};
+    if (entry.variable) record["variable"] = ToUtf8(*entry.variable);
+    if (entry.from) record["from"] = *entry.from;
+    if (entry.to) record["to"] = *entry.to;
+    if (entry.time) record["time"] = *entry.time;
+    if (entry.id) record["id"] = *entry.id;
+    if (entry.value) record["value"] = CellJson(*entry.value);
+    if (entry.values) record["values"] = CellsJson(*entry.values);
+    if (entry.list) record["list"] = *entry.list;
+    return record;
+}
+
+}  // namespace
+
+CRunSources::CRunSources(PlantDefinition plant, const Clock& clock, LogSink& log,
+                         const Translator& translator, const Users& users)
+    : m_arrPlantNames(SourceNames(plant)),
+      m_plant(std::move(plant), clock),
+      m_client({log, translator, users, m_plant, &m_journal}) {}
+
+void CRunSources::BeginTick(std::int64_t tick) {
+    m_journal.SetTick(tick);
+    m_plant.AdvanceTo(tick);
+}
+
+Json CRunSources::SourceJson(const CClientConnection* connection) const {
+    Json requests = Json::array();
+    if (connection != nullptr) {
+        for (const TickJournal::Row& row : m_journal.Rows(*connection)) {
+            requests.push_back(RequestJson(row));
+        }
+    }
+    const bool connected = connection != nullptr && connection->GetState() == StateConnected;
+    return {{"connected", connected}, {"requests", std::move(requests)}};
+}
+
+Json CRunSources::Result() const {
+    const CInterfaceSourceList& list = m_client.SourceList();
+    Json result = Json::object();
+    for (const std::string& name : m_arrPlantNames) {
+        result[ToUtf8(name)] = SourceJson(list.Get(name));
+    }
+    for (const auto& connection : list.Connections()) {
+        Json& source = result[ToUtf8(connection->GetServerName())];
+        if (source.is_null()) source = SourceJson(connection.get());
+    }
+    return result;
+}
+
+void AddRemoteFields(CInterfaceObj& link, Json& record) {
+    record["source"] = ToUtf8(link.GetSource());
+    record["variable"] = ToUtf8(link.GetVariable());
+    Json& requests = record["requests"] = Json::object();
+    for (const ValueKindRow& row : ValueKinds()) {
+        if (row.kind == KindCurrent) continue;
+        requests[std::string(row.suffix)] = kRequestStates[link.GetRequestState(row.kind)];
+    }
+    Json& archive = record["archive"] = Json::array();
+    const CArchiveValueList& values = link.GetArchValues();
+    for (std::size_t i = 0; i < values.GetSize(); ++i) archive.push_back(CellJson(*values.Get(i)));
+    record["locked"] = link.IsLocked();
+    record["ignoreUnknown"] = link.IsIgnoreUnknown();
+}
+
+std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const Clock& clock,
+                                            LogSink& log, const Translator& translator,
+                                            const Users& users, std::string& fault) {
+    PlantDefinition plant;
+    if (options.profile) {
+        fault = "--profile: this build reads no profile";
+        return nullptr;
+    }
+    if (options.plant && !ReadPlant(*options.plant, plant, fault)) return nullptr;
+    return std::make_unique<CRunSources>(std::move(plant), clock, log, translator, users);
 }
 
 }  // namespace kalvex

@@ -7,30 +7,47 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
-#include "engine/ScriptSources.h"
+#include "platform/Clock.h"
+#include "platform/LogSink.h"
+#include "platform/Translator.h"
+#include "platform/Users.h"
 #include "programs/kalvex-run/Options.h"
+#include "sources/ClientInterface.h"
+#include "vantrel/plant/SimulatedPlant.h"
+#include "vantrel/plant/TickJournal.h"
 
 namespace kalvex {
 
 class CRunSources {
   public:
-    virtual ~CRunSources() = default;
+    // A run without a plant has sources that never connect.
+    CRunSources(PlantDefinition plant, const Clock& clock, LogSink& log,
+                const Translator& translator, const Users& users);
 
-    virtual CScriptSources& ForScripts() = 0;
+    CScriptSources& ForScripts() { return m_client; }
 
     // Before the tick's actions and before its first line.
-    virtual void BeginTick(std::int64_t tick) = 0;
+    void BeginTick(std::int64_t tick);
 
-    // The members of "sources", by source name.
-    virtual nlohmann::ordered_json Result() const = 0;
+    // The members of "sources", by source name: those of the plant, then any other that a script
+    // has named.
+    nlohmann::ordered_json Result() const;
 
-    // What a remote variable's record has beside name, kind and slots.
-    virtual void AddRemoteFields(const CInterfaceObj& link,
-                                 nlohmann::ordered_json& record) const = 0;
+  private:
+    nlohmann::ordered_json SourceJson(const CClientConnection* connection) const;
+
+    std::vector<std::string> m_arrPlantNames;
+    SimulatedPlant m_plant;
+    TickJournal m_journal;
+    CClientInterface m_client;
 };
 
-// The sources that the options ask for; null where they ask for none. With a null also comes the
-// reason in `fault` when they cannot be had.
-std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, std::string& fault);
+// What a remote variable's record has beside name, kind and slots.
+void AddRemoteFields(CInterfaceObj& link, nlohmann::ordered_json& record);
+
+// The sources that the options ask for; null with the reason in `fault` when they cannot be had.
+std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const Clock& clock,
+                                            LogSink& log, const Translator& translator,
+                                            const Users& users, std::string& fault);
 
 }  // namespace kalvex

@@ -36,9 +36,9 @@ CRunner::CRunner(const RunOptions& options)
 }
 
 bool CRunner::Open(std::string& fault) {
-    m_pSources = MakeRunSources(m_options, fault);
-    if (!fault.empty()) return false;
-    if (m_pSources) m_services.sources = &m_pSources->ForScripts();
+    m_pSources = MakeRunSources(m_options, *m_pClock, m_log, m_translator, m_users, fault);
+    if (!m_pSources) return false;
+    m_services.sources = &m_pSources->ForScripts();
     for (const std::string& path : m_options.scripts) {
         CRunScript& script = *m_arrScripts.emplace_back(std::make_unique<CRunScript>(m_services));
         if (!script.Document().Open(FromUtf8(path), fault)) {
@@ -78,7 +78,7 @@ bool CRunner::WaitForTick() {
 
 void CRunner::RunTick() {
     ++m_nTicks;
-    if (m_pSources) m_pSources->BeginTick(m_nTicks);
+    m_pSources->BeginTick(m_nTicks);
     while (m_nNextAction < m_arrActions.size() && m_arrActions[m_nNextAction].atTick <= m_nTicks) {
         const Action& action = m_arrActions[m_nNextAction++];
         action.row->perform(*m_arrScripts[action.script], action);

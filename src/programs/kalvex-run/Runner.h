@@ -46,7 +46,7 @@ class CRunner {
     std::int64_t GetTicks() const { return m_nTicks; }
     const Clock& GetClock() const { return *m_pClock; }
     const CRunLog& Log() const { return m_log; }
-    const CRunSources* Sources() const { return m_pSources.get(); }
+    const CRunSources& Sources() const { return *m_pSources; }
     const std::vector<std::unique_ptr<CRunScript>>& Scripts() const { return m_arrScripts; }
 
   private:

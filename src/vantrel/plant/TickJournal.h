@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
 #include <vector>
 
 #include "vantrel/Requests.h"
@@ -21,9 +22,10 @@ class TickJournal final : public RequestJournal {
         m_mapRows[&connection].push_back({m_nTick, std::move(entry)});
     }
 
-    // In the order of the calls; stays valid until the next call.
-    const std::vector<Row>& Rows(const CClientConnection& connection) {
-        return m_mapRows[&connection];
+    // In the order of the calls. The view lasts until the next call.
+    std::span<const Row> Rows(const CClientConnection& connection) const {
+        const auto found = m_mapRows.find(&connection);
+        return found == m_mapRows.end() ? std::span<const Row>() : found->second;
     }
 
   private:
