@@ -1,0 +1,16 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/NetworkProbes.h"
+
+namespace kalvex {
+
+// Once in a process, before the first session and after the last.
+bool StartFtp();
+void StopFtp();
+
+// Null when the library has no memory for one.
+std::unique_ptr<FtpSession> MakeFtpSession();
+
+}  // namespace kalvex

@@ -1,0 +1,22 @@
+// Threads beside the main one: what each is called, and how one begins.
+#pragma once
+
+#include <functional>
+#include <thread>
+
+namespace kalvex {
+
+struct ThreadIdentity {
+    const char* name = "";  // the system shows its first 15 characters
+    int ident = 0;
+};
+
+// Of the thread that calls.
+void SetThreadIdentity(const ThreadIdentity& identity);
+const ThreadIdentity& GetThreadIdentity();
+
+// A thread that does the work under this identity and sees no signals, which are the main thread's.
+// A thread that cannot be started is not joinable.
+std::thread StartThread(const ThreadIdentity& identity, std::function<void()> work);
+
+}  // namespace kalvex
