@@ -17,6 +17,14 @@ FunctionResult GetExitCodeExec(FunctionCall& call);
 FunctionResult TerminateExecFunction(FunctionCall& call);
 FunctionResult CloseExecFunction(FunctionCall& call);
 
+// Connectivity checks
+bool ExecutePingInit(StatementCall& call);
+bool ExecuteFtpInit(StatementCall& call);
+bool ExecuteHttpInit(StatementCall& call);
+FunctionResult PingResultFunction(FunctionCall& call);
+FunctionResult FtpResultFunction(FunctionCall& call);
+FunctionResult HttpResultFunction(FunctionCall& call);
+
 // Data files
 bool ExecuteReadFile(StatementCall& call);
 bool ExecuteWriteFile(StatementCall& call);

@@ -2,10 +2,10 @@
 
 namespace kalvex {
 
-std::string FillIn(std::string_view text, std::initializer_list<std::string_view> values) {
+std::string FillIn(std::string_view text, std::span<const std::string> values) {
     constexpr std::size_t kPlaceLength = 2;
     std::string result;
-    for (const std::string_view value : values) {
+    for (const std::string& value : values) {
         const std::size_t place = text.find('%');
         result += text.substr(0, place);
         result += value;
@@ -13,6 +13,10 @@ std::string FillIn(std::string_view text, std::initializer_list<std::string_view
     }
     result += text;
     return result;
+}
+
+std::string FillIn(std::string_view text, std::initializer_list<std::string> values) {
+    return FillIn(text, std::span(values.begin(), values.size()));
 }
 
 }  // namespace kalvex

@@ -1,0 +1,122 @@
+// PING_INIT, FTP_INIT, HTTP_INIT and their results.
+#include <algorithm>
+#include <charconv>
+#include <climits>
+
+#include "engine/LineScanner.h"
+#include "engine/ScriptDocument.h"
+#include "host/HostStatements.h"
+#include "host/LinkTests.h"
+#include "values/OperandEvaluator.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::uint32_t kDefaultTimeout = 5000;
+constexpr std::uint32_t kFtpPort = 21;
+constexpr std::uint32_t kHttpPort = 80;
+
+CLinkTests& TestsOf(CKalvexDoc& document) {
+    return document.GetPart<CLinkTests>(DocumentPart::LinkTests, document.Services());
+}
+
+// Behind the colon at position 1 or later; npos where there is none.
+std::size_t FindColon(std::string_view address) {
+    const std::size_t colon = address.find(':');
+    return colon == 0 ? std::string_view::npos : colon;
+}
+
+// The number at the beginning of a text, as far as it goes; 0 for none.
+std::uint32_t ReadMilliseconds(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    if (text.starts_with('+')) text.remove_prefix(1);
+    std::int32_t number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (result.ec == std::errc::result_out_of_range) {
+        number = text.starts_with('-') ? INT_MIN : INT_MAX;
+    }
+    return static_cast<std::uint32_t>(number);
+}
+
+bool ReadText(CKalvexDoc& document, std::string_view token, std::string& out) {
+    CVal value;
+    if (!EvaluateOperand(document, token, value, ValueType::Text, true)) return false;
+    out = ValueToText(value);
+    return true;
+}
+
+// A parameter that is not there leaves the default.
+bool ReadOptionalText(CKalvexDoc& document, std::string_view token, std::string& out) {
+    return token.empty() || ReadText(document, token, out);
+}
+
+bool ReadOptionalPort(CKalvexDoc& document, std::string_view token, std::uint32_t& out) {
+    if (token.empty()) return true;
+    CVal value;
+    if (!EvaluateOperand(document, token, value, ValueType::Int, true)) return false;
+    out = static_cast<std::uint32_t>(ValueToInt(value));
+    return true;
+}
+
+FunctionResult TakeResult(FunctionCall& call, LinkKind kind, bool cutsPort) {
+    auto& document = static_cast<CKalvexDoc&>(call.document);
+    std::string address;
+    if (!ReadText(document, call.arguments[0], address)) return FunctionResult::Failed;
+    const std::size_t colon = FindColon(address);
+    if (cutsPort && colon != std::string::npos) address.resize(colon);
+    call.out = CVal(TestsOf(document).TakeResult(kind, address));
+    return FunctionResult::Done;
+}
+
+}  // namespace
+
+bool ExecutePingInit(StatementCall& call) {
+    LinkTarget target;
+    target.timeout = kDefaultTimeout;
+    if (!ReadText(call.document, NextToken(call.rest), target.address)) return false;
+    const std::size_t colon = FindColon(target.address);
+    if (colon != std::string::npos) {
+        target.timeout = ReadMilliseconds(std::string_view(target.address).substr(colon + 1));
+        target.address.resize(colon);
+    }
+    TestsOf(call.document).Start(LinkKind::Ping, std::move(target));
+    return true;
+}
+
+bool ExecuteFtpInit(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    LinkTarget target;
+    target.port = kFtpPort;
+    target.timeout = kDefaultTimeout;
+    if (!ReadText(document, NextToken(call.rest), target.address)) return false;
+    if (!ReadOptionalPort(document, NextToken(call.rest), target.port)) return false;
+    if (!ReadOptionalText(document, NextToken(call.rest), target.user)) return false;
+    if (!ReadOptionalText(document, NextToken(call.rest), target.password)) return false;
+    TestsOf(document).Start(LinkKind::Ftp, std::move(target));
+    return true;
+}
+
+bool ExecuteHttpInit(StatementCall& call) {
+    LinkTarget target;
+    target.port = kHttpPort;
+    if (!ReadText(call.document, NextToken(call.rest), target.address)) return false;
+    if (!ReadOptionalPort(call.document, NextToken(call.rest), target.port)) return false;
+    TestsOf(call.document).Start(LinkKind::Http, std::move(target));
+    return true;
+}
+
+FunctionResult PingResultFunction(FunctionCall& call) {
+    return TakeResult(call, LinkKind::Ping, true);
+}
+
+FunctionResult FtpResultFunction(FunctionCall& call) {
+    return TakeResult(call, LinkKind::Ftp, false);
+}
+
+FunctionResult HttpResultFunction(FunctionCall& call) {
+    return TakeResult(call, LinkKind::Http, true);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,207 @@
+#include "host/LinkTests.h"
+
+#include <chrono>
+#include <exception>
+#include <mutex>
+
+#include "host/LogText.h"
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLockLimit{600000};
+constexpr int kSuccess = 1;
+
+// A row a kind. The mutex guards the arrays of that kind in all documents.
+struct LinkKindRow {
+    ThreadIdentity identity;
+    int (*run)(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+    std::timed_mutex mutex;
+};
+
+int RunPing(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+int RunFtp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+int RunHttp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+
+LinkKindRow& RowOf(LinkKind kind) {
+    static LinkKindRow rows[static_cast<std::size_t>(LinkKind::Count)] = {
+        {{"ExecutePingThread", 102}, RunPing, {}},
+        {{"ExecuteFtpConnectionThread", 103}, RunFtp, {}},
+        {{"ExecuteHttpConnectionThread", 104}, RunHttp, {}},
+    };
+    return rows[static_cast<std::size_t>(kind)];
+}
+
+// A lock that is not to be had within the limit ends the process.
+class CLinkLock {
+  public:
+    explicit CLinkLock(LinkKind kind) : m_mutex(RowOf(kind).mutex) {
+        if (!m_mutex.try_lock_until(std::chrono::system_clock::now() + kLockLimit))
+            std::terminate();
+    }
+    ~CLinkLock() { m_mutex.unlock(); }
+    CLinkLock(const CLinkLock&) = delete;
+    CLinkLock& operator=(const CLinkLock&) = delete;
+
+  private:
+    std::timed_mutex& m_mutex;
+};
+
+int RunPing(CLinkInfo& info, NetworkProbes& probes, const LinkLog&) {
+    return probes.Ping(ToUtf8(info.address), info.timeout);
+}
+
+enum FtpResult : int {
+    FtpNoSession = -1,
+    FtpNoConnection = -2,
+    FtpNoUser = -4,
+    FtpNotClosed = -5,
+};
+
+constexpr int kFtpTries = 3;
+constexpr std::uint32_t kFtpPauseMilliseconds = 2000;
+constexpr std::size_t kFtpErrorLength = 200;
+constexpr const char* kFtpRetry = "Błąd FTP (Ponowienie próby nawiązania połączenia)";
+
+void SetErrorText(CLinkInfo& info, const char* text) {
+    info.errorText = FromUtf8(text);
+}
+
+void RemoveDashes(std::string& text) {
+    std::erase(text, '-');
+}
+
+std::string ShortWords(const std::string& error) {
+    std::string words = FromUtf8(error).substr(0, kFtpErrorLength);
+    words.erase(words.find_last_not_of("\r\n") + 1);
+    return words;
+}
+
+bool ConnectFtp(CLinkInfo& info, FtpSession& session, NetworkProbes& probes, const LinkLog& log) {
+    const FtpLogin login{ToUtf8(info.address), static_cast<std::uint16_t>(info.port), info.user,
+                         info.password};
+    for (int i = 0; i < kFtpTries; ++i) {
+        if (i > 0) log(kFtpRetry, {}, LogAlways);
+        std::string error;
+        if (session.Connect(login, error)) return true;
+        if (i == 0) info.errorText = FillIn(FromUtf8("Błąd FTP (%s)"), {ShortWords(error)});
+        probes.Pause(kFtpPauseMilliseconds);
+    }
+    return false;
+}
+
+int RunFtp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
+    const std::unique_ptr<FtpSession> session = probes.OpenFtpSession();
+    if (!session) {
+        SetErrorText(info, "Błąd otwarcia sesji FTP");
+        RemoveDashes(info.errorText);
+        return FtpNoSession;
+    }
+    if (info.user.empty()) {
+        SetErrorText(info, "Nie zdefiniowano w programie nazwy użytkownika FTP");
+        return FtpNoUser;
+    }
+    if (info.address.empty()) {
+        SetErrorText(info, "Nie zdefiniowano w programie adresu serwera FTP");
+        return FtpNoConnection;
+    }
+    if (!ConnectFtp(info, *session, probes, log)) {
+        RemoveDashes(info.errorText);
+        return FtpNoConnection;
+    }
+    if (ToUpper(session->GetGreeting()).find("FILEZILLA") != std::string::npos) {
+        session->Command("OPTS UTF8 OFF");
+    }
+    if (!session->Close()) {
+        SetErrorText(info, "Połączenie FTP zostało przerwane");
+        return FtpNotClosed;
+    }
+    return kSuccess;
+}
+
+struct HttpFailureRow {
+    TcpStep step;
+    int result;
+    const char* text;
+};
+
+constexpr HttpFailureRow kHttpFailures[] = {
+    {TcpStep::Resolve, -3, "Nieprawidłowy adres serwera http %s. %s"},
+    {TcpStep::Socket, -2, "Wystąpił błąd podczas otwierania połączenia z serwerem http %s. %s"},
+    {TcpStep::Connect, -1,
+     "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http %s. %s"},
+    {TcpStep::Close, -5, "Wystąpił błąd podczas zamykania połączenia z serwerem http %s. %s"},
+};
+
+int RunHttp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
+    const TcpOutcome outcome =
+        probes.ConnectTcp(ToUtf8(info.address), static_cast<std::uint16_t>(info.port));
+    for (const HttpFailureRow& row : kHttpFailures) {
+        if (row.step != outcome.failed) continue;
+        const std::string words = FromUtf8(outcome.error);
+        info.errorText = FillIn(FromUtf8(row.text), {info.address, words});
+        log(row.text, {info.address, words}, LogErrors);
+        return row.result;
+    }
+    return kSuccess;
+}
+
+}  // namespace
+
+int RunLinkTest(LinkKind kind, CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
+    return RowOf(kind).run(info, probes, log);
+}
+
+CLinkTests::~CLinkTests() {
+    for (const LinkKind kind : {LinkKind::Ping, LinkKind::Ftp, LinkKind::Http}) {
+        const CLinkLock lock(kind);
+        for (CTests& tests = TestsOf(kind); !tests.empty(); tests.pop_back()) {
+            tests.back().worker.join();
+        }
+    }
+    m_logLines.Run();
+}
+
+void CLinkTests::Start(LinkKind kind, LinkTarget target) {
+    CTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
+    const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
+        m_logLines.Post([this, text, values = std::move(values), level] {
+            m_services.log.Log(FillIn(m_services.translator.Translate(text), values), level);
+        });
+    };
+    test.worker = m_services.probes->StartThread(
+        RowOf(kind).identity, [kind, info = test.info.get(), probes = m_services.probes, log] {
+            const int result = RunLinkTest(kind, *info, *probes, log);
+            info->running.store(0);
+            info->result.store(result);
+        });
+    if (!test.worker.joinable()) return;
+    const CLinkLock lock(kind);
+    TestsOf(kind).push_back(std::move(test));
+}
+
+int CLinkTests::TakeResult(LinkKind kind, std::string_view address) {
+    int result = LinkUnknown;
+    bool anyRunning = false;
+    {
+        const CLinkLock lock(kind);
+        CTests& tests = TestsOf(kind);
+        for (std::size_t i = tests.size(); i-- > 0;) {
+            CTest& test = tests[i];
+            if (test.info->address != address) continue;
+            if (test.info->running.load() != 0) {
+                anyRunning = true;
+                continue;
+            }
+            test.worker.join();
+            if (result == LinkUnknown) result = test.info->result.load();
+            tests.erase(tests.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+    m_logLines.Run();
+    return anyRunning ? LinkRunning : result;
+}
+
+}  // namespace kalvex

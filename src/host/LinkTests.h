@@ -1,0 +1,79 @@
+// Connectivity checks: one thread a test, whose record the script looks at later. A result outlives
+// the reset of its script and goes with the document, which waits for its tests.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "engine/DocumentPart.h"
+#include "engine/DocumentServices.h"
+#include "platform/MainLoop.h"
+#include "platform/NetworkProbes.h"
+
+namespace kalvex {
+
+enum class LinkKind { Ping, Ftp, Http, Count };
+
+// Answers beside those of the tests themselves.
+enum LinkResult : int { LinkRunning = -100, LinkUnknown = -101 };
+
+// What a test is given. Texts are Windows-1250.
+struct LinkTarget {
+    std::string user;
+    std::string password;
+    std::string address;
+    std::uint32_t port = 0;
+    std::uint32_t timeout = 0;  // milliseconds
+};
+
+// One test under way or finished. The worker writes the error text while it runs and the result as
+// its last act; the record is not deleted before.
+struct CLinkInfo : LinkTarget {
+    explicit CLinkInfo(LinkTarget target) : LinkTarget(std::move(target)) {}
+
+    std::string errorText;
+    std::atomic<std::uint32_t> running{1};
+    std::atomic<std::int32_t> result{LinkRunning};
+};
+
+// Takes a text (UTF-8, with a place for each value) to the log. Any thread.
+using LinkLog = std::function<void(const char* text, std::vector<std::string> values, int level)>;
+
+// A whole test on the thread that calls; its result.
+int RunLinkTest(LinkKind kind, CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+
+// The tests of one document. Main thread; the workers' log lines come out when a result is asked
+// for.
+class CLinkTests final : public CDocumentPart {
+  public:
+    explicit CLinkTests(const DocumentServices& services) : m_services(services) {}
+    ~CLinkTests() override;
+
+    // Leaves no trace when the thread cannot be started.
+    void Start(LinkKind kind, LinkTarget target);
+
+    // LinkRunning while any test of the address runs, else the result of the newest; finished tests
+    // of the address are gone then.
+    int TakeResult(LinkKind kind, std::string_view address);
+
+  private:
+    struct CTest {
+        std::unique_ptr<CLinkInfo> info;
+        std::thread worker;
+    };
+    using CTests = std::vector<CTest>;
+
+    CTests& TestsOf(LinkKind kind) { return m_arrLinks[static_cast<std::size_t>(kind)]; }
+
+    const DocumentServices& m_services;
+    PostedWork m_logLines;
+    CTests m_arrLinks[static_cast<std::size_t>(LinkKind::Count)];
+};
+
+}  // namespace kalvex

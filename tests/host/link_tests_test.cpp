@@ -1,0 +1,544 @@
+#include "host/LinkTests.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+
+#include "host/host_world.h"
+#include "loopback.h"
+#include "platform/posix/NetworkProbes.h"
+#include "values/OperandEvaluator.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// What a session of the tests answers, and what it was told.
+struct FtpPlay {
+    int failures = 0;  // of the first tries
+    std::string error;
+    std::string greeting;
+    bool closes = true;
+    std::vector<std::string> calls;
+};
+
+class PlayedSession final : public FtpSession {
+  public:
+    explicit PlayedSession(FtpPlay& play) : m_play(play) {}
+    bool Connect(const FtpLogin& login, std::string& error) override {
+        m_play.calls.push_back("connect " + login.address + ':' + std::to_string(login.port) + ' ' +
+                               login.user + ' ' + login.password);
+        error = m_play.error;
+        return m_play.failures-- <= 0;
+    }
+    std::string GetGreeting() const override { return m_play.greeting; }
+    void Command(const std::string& command) override { m_play.calls.push_back(command); }
+    bool Close() override {
+        m_play.calls.emplace_back("close");
+        return m_play.closes;
+    }
+
+  private:
+    FtpPlay& m_play;
+};
+
+// Hosts that answer as the test says, on real threads. A test thread that has done its work is
+// counted, and one may be held up until the test lets it go on.
+class PlayedProbes final : public NetworkProbes {
+  public:
+    std::thread StartThread(const ThreadIdentity& identity, std::function<void()> work) override {
+        if (refusesThreads) return {};
+        return kalvex::StartThread(identity, [this, work = std::move(work)] {
+            work();
+            Count(m_finished);
+        });
+    }
+
+    int Ping(const std::string& address, std::uint32_t timeout) override {
+        Note("ping " + address + ' ' + std::to_string(timeout));
+        if (address == "czeka") WaitFor(m_released, 1);
+        const std::lock_guard lock(m_mutex);
+        return pings[address];
+    }
+
+    std::unique_ptr<FtpSession> OpenFtpSession() override {
+        Note("session");
+        if (!hasSessions) return nullptr;
+        return std::make_unique<PlayedSession>(ftp);
+    }
+
+    TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
+        Note("connect " + address + ' ' + std::to_string(port));
+        return tcp;
+    }
+
+    void Pause(std::uint32_t milliseconds) override {
+        Note("pause " + std::to_string(milliseconds));
+    }
+
+    void WaitForFinished(int count) { WaitFor(m_finished, count); }
+    void Release() { Count(m_released); }
+    int Finished() {
+        const std::lock_guard lock(m_mutex);
+        return m_finished;
+    }
+
+    std::vector<std::string> Notes() {
+        const std::lock_guard lock(m_mutex);
+        return m_notes;
+    }
+
+    bool refusesThreads = false;
+    bool hasSessions = true;
+    std::map<std::string, int> pings;
+    FtpPlay ftp;
+    TcpOutcome tcp;
+
+  private:
+    void Note(const std::string& what) {
+        const std::lock_guard lock(m_mutex);
+        m_notes.push_back(std::string(GetThreadIdentity().name) + ' ' +
+                          std::to_string(GetThreadIdentity().ident) + ": " + what);
+    }
+    void Count(int& counter) {
+        const std::lock_guard lock(m_mutex);
+        ++counter;
+        m_changed.notify_all();
+    }
+    void WaitFor(int& counter, int count) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return counter >= count; });
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_notes;
+    int m_finished = 0;
+    int m_released = 0;
+};
+
+class LinkTestsTest : public HostWorld {
+  protected:
+    LinkTestsTest() { services.probes = &probes; }
+    ~LinkTestsTest() override { documents.clear(); }
+
+    static LinkTarget Address(const std::string& address) {
+        LinkTarget target;
+        target.address = address;
+        return target;
+    }
+
+    // A whole test on this thread: its result, with its error text.
+    std::string Outcome(LinkKind kind, LinkTarget target) {
+        CLinkInfo info(std::move(target));
+        const int result =
+            RunLinkTest(kind, info, probes, [this](const char* text, auto values, int level) {
+                logged.push_back(std::to_string(level) + ' ' + text);
+                for (const std::string& value : values) logged.back() += " <" + ToUtf8(value) + '>';
+            });
+        return std::to_string(result) + ' ' + ToUtf8(info.errorText);
+    }
+
+    // Ticks until the last script has come to its end.
+    void Finish() {
+        const CKalvexDoc& script = *documents.back();
+        while (script.m_nCurrentLine < script.GetLineCount()) {
+            ticks.RunTick();
+            std::this_thread::yield();
+        }
+    }
+
+    std::vector<std::string> logged;
+    PlayedProbes probes;
+};
+
+TEST_F(LinkTestsTest, NoTestOfAnAddressIsUnknown) {
+    CLinkTests tests(services);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), -101);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ftp, "a"), -101);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Http, "a"), -101);
+}
+
+TEST_F(LinkTestsTest, ResultIsTakenOnce) {
+    probes.pings["a"] = 0;
+    CLinkTests tests(services);
+    tests.Start(LinkKind::Ping, Address("a"));
+    probes.WaitForFinished(1);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "b"), -101);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Http, "a"), -101);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), 0);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), -101);
+}
+
+TEST_F(LinkTestsTest, NewestFinishedTestGivesTheResultAndTheOlderGo) {
+    CLinkTests tests(services);
+    probes.pings["a"] = 7;
+    tests.Start(LinkKind::Ping, Address("a"));
+    probes.WaitForFinished(1);
+    probes.pings["a"] = 9;
+    tests.Start(LinkKind::Ping, Address("a"));
+    tests.Start(LinkKind::Ping, Address("b"));
+    probes.WaitForFinished(3);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), 9);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), -101);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "b"), 0);
+}
+
+TEST_F(LinkTestsTest, RunningTestHidesAFinishedOneWhichIsLost) {
+    CLinkTests tests(services);
+    probes.pings["czeka"] = 5;
+    probes.Release();
+    tests.Start(LinkKind::Ping, Address("czeka"));
+    probes.WaitForFinished(1);
+    PlayedProbes held;
+    services.probes = &held;
+    held.pings["czeka"] = 6;
+    tests.Start(LinkKind::Ping, Address("czeka"));
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "czeka"), -100);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "czeka"), -100);
+    held.Release();
+    held.WaitForFinished(1);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "czeka"), 6);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "czeka"), -101);
+}
+
+TEST_F(LinkTestsTest, ThreadThatCannotBeStartedLeavesNoTrace) {
+    probes.refusesThreads = true;
+    EXPECT_EQ(Run({"PING_INIT \"a\"", "LOCAL r = PING_RESULT \"a\""}), "done");
+    EXPECT_EQ(Typed("r"), "150:-101");
+}
+
+TEST_F(LinkTestsTest, ProcessWithoutProbesStartsNothing) {
+    services.probes = &NoProbes();
+    EXPECT_EQ(Run({"HTTP_INIT \"a\"", "LOCAL r = HTTP_RESULT \"a\""}), "done");
+    EXPECT_EQ(Text("r"), "-101");
+}
+
+TEST_F(LinkTestsTest, WorkersBearTheirNamesAndNumbers) {
+    CLinkTests tests(services);
+    LinkTarget ftp = Address("f");
+    ftp.user = "u";
+    tests.Start(LinkKind::Ping, Address("p"));
+    probes.WaitForFinished(1);
+    tests.Start(LinkKind::Ftp, ftp);
+    probes.WaitForFinished(2);
+    tests.Start(LinkKind::Http, Address("h"));
+    probes.WaitForFinished(3);
+    EXPECT_THAT(probes.Notes(), ElementsAre("ExecutePingThread 102: ping p 0",
+                                            "ExecuteFtpConnectionThread 103: session",
+                                            "ExecuteHttpConnectionThread 104: connect h 0"));
+}
+
+TEST_F(LinkTestsTest, DocumentWaitsForItsTests) {
+    EXPECT_EQ(Run({"PING_INIT \"czeka\"", "PING_INIT \"a\"", "HTTP_INIT \"a\""}), "done");
+    std::thread lets = StartThread({"Lets", 1}, [this] {
+        probes.WaitForFinished(2);
+        probes.Release();
+    });
+    ticks.Remove(*documents.back());
+    documents.clear();
+    EXPECT_EQ(probes.Finished(), 3);
+    lets.join();
+}
+
+TEST_F(LinkTestsTest, ResultOutlivesAReset) {
+    probes.pings["a"] = 12;
+    EXPECT_EQ(Run({"PING_INIT \"a\""}), "done");
+    probes.WaitForFinished(1);
+    CKalvexDoc& script = *documents.back();
+    script.Reset();
+    script.Text().SetText("LOCAL r = PING_RESULT \"a\"");
+    script.SetModified(false);
+    script.m_bIncludesExpanded = true;
+    script.Start();
+    Finish();
+    EXPECT_EQ(Text("r"), "12");
+}
+
+TEST_F(LinkTestsTest, PingTakesATimeoutBehindTheColon) {
+    EXPECT_EQ(Run({"PING_INIT \"a\"", "PING_INIT \"a:1000\"", "PING_INIT \"a: 20x\"",
+                   "PING_INIT \"a:x\"", "PING_INIT \"a:-1\"", "PING_INIT \"a:99999999999\"",
+                   "PING_INIT \":5\"", "PING_INIT \"a:+7:8\""}),
+              "done");
+    probes.WaitForFinished(8);
+    EXPECT_THAT(
+        probes.Notes(),
+        testing::UnorderedElementsAre(
+            "ExecutePingThread 102: ping a 5000", "ExecutePingThread 102: ping a 1000",
+            "ExecutePingThread 102: ping a 20", "ExecutePingThread 102: ping a 0",
+            "ExecutePingThread 102: ping a 4294967295", "ExecutePingThread 102: ping a 2147483647",
+            "ExecutePingThread 102: ping :5 5000", "ExecutePingThread 102: ping a 7"));
+}
+
+TEST_F(LinkTestsTest, ResultsOfPingAndHttpAreCutAtTheColonAndThatOfFtpIsNot) {
+    probes.pings["a"] = 3;
+    EXPECT_EQ(
+        Run({"PING_INIT \"a:1000\"", "HTTP_INIT \"a\"", "HTTP_INIT \"b:80\"", "FTP_INIT \"a:21\""}),
+        "done");
+    probes.WaitForFinished(4);
+    CKalvexDoc& script = *documents.back();
+    const auto value = [&script](std::string_view expression) {
+        CVal out;
+        EXPECT_TRUE(EvaluateExpression(script, expression, out, ValueType::Int)) << expression;
+        return ValueToInt(out);
+    };
+    EXPECT_EQ(value("PING_RESULT \"a:9\""), 3);
+    EXPECT_EQ(value("HTTP_RESULT \"a:9\""), 1);
+    EXPECT_EQ(value("HTTP_RESULT \"b:80\""), -101);
+    EXPECT_EQ(value("FTP_RESULT \"a\""), -101);
+    EXPECT_EQ(value("FTP_RESULT \"a:21\""), -4);
+    EXPECT_EQ(value("PING_RESULT \":a\""), -101);
+}
+
+TEST_F(LinkTestsTest, ParametersAreOperandsWithDefaults) {
+    EXPECT_EQ(Run({"LOCAL adres = \"host\"", "LOCAL port = 65556", "LOCAL kto = \"ja\"",
+                   "HTTP_INIT adres", "HTTP_INIT adres 8080", "HTTP_INIT adres port"}),
+              "done");
+    probes.WaitForFinished(3);
+    EXPECT_THAT(probes.Notes(),
+                testing::UnorderedElementsAre("ExecuteHttpConnectionThread 104: connect host 80",
+                                              "ExecuteHttpConnectionThread 104: connect host 8080",
+                                              "ExecuteHttpConnectionThread 104: connect host 20"));
+    EXPECT_EQ(Run({"LOCAL kto = \"ja\"", "FTP_INIT \"host\" 2121 kto \"tajne\""}), "done");
+    probes.WaitForFinished(4);
+    EXPECT_EQ(Run({"FTP_INIT \"host\""}), "done");
+    probes.WaitForFinished(5);
+    EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:2121 ja tajne", "close"));
+}
+
+TEST_F(LinkTestsTest, ParameterThatDoesNotEvaluateFailsAndStartsNothing) {
+    for (const char* line :
+         {"PING_INIT brak", "HTTP_INIT brak", "HTTP_INIT \"a\" brak", "FTP_INIT brak",
+          "FTP_INIT \"a\" brak", "FTP_INIT \"a\" 21 brak", "FTP_INIT \"a\" 21 \"u\" brak"}) {
+        EXPECT_EQ(Run({line}), "1: 3 brak") << line;
+    }
+    for (const char* line : {"LOCAL r = PING_RESULT brak", "LOCAL r = FTP_RESULT brak",
+                             "LOCAL r = HTTP_RESULT brak"}) {
+        EXPECT_EQ(Run({line}), "1: 3 brak") << line;
+    }
+    EXPECT_THAT(probes.Notes(), IsEmpty());
+}
+
+TEST_F(LinkTestsTest, FtpWithoutASession) {
+    probes.hasSessions = false;
+    EXPECT_EQ(Outcome(LinkKind::Ftp, Address("a")), "-1 Błąd otwarcia sesji FTP");
+}
+
+TEST_F(LinkTestsTest, FtpWithoutAUserOrAnAddressTouchesNoNetwork) {
+    EXPECT_EQ(Outcome(LinkKind::Ftp, Address("a")),
+              "-4 Nie zdefiniowano w programie nazwy użytkownika FTP");
+    LinkTarget target;
+    target.user = "u";
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target), "-2 Nie zdefiniowano w programie adresu serwera FTP");
+    EXPECT_THAT(probes.ftp.calls, IsEmpty());
+}
+
+TEST_F(LinkTestsTest, FtpTriesThreeTimesAndKeepsTheFirstError) {
+    probes.ftp.failures = 3;
+    probes.ftp.error = "nie-można\r\n";
+    LinkTarget target = Address("host");
+    target.user = "u";
+    target.port = 65557;
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target), "-2 Błąd FTP (niemożna)");
+    EXPECT_THAT(probes.ftp.calls,
+                ElementsAre("connect host:21 u ", "connect host:21 u ", "connect host:21 u "));
+    EXPECT_THAT(probes.Notes(),
+                ElementsAre(" 0: session", " 0: pause 2000", " 0: pause 2000", " 0: pause 2000"));
+    EXPECT_THAT(logged, ElementsAre("0 Błąd FTP (Ponowienie próby nawiązania połączenia)",
+                                    "0 Błąd FTP (Ponowienie próby nawiązania połączenia)"));
+}
+
+TEST_F(LinkTestsTest, FtpErrorHasAtMostTwoHundredCharacters) {
+    probes.ftp.failures = 3;
+    probes.ftp.error = std::string(150, 'x') + std::string(150, 'y');
+    LinkTarget target = Address("host");
+    target.user = "u";
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target),
+              "-2 Błąd FTP (" + std::string(150, 'x') + std::string(50, 'y') + ")");
+}
+
+TEST_F(LinkTestsTest, FtpThatSucceedsAtALaterTryIsASuccess) {
+    probes.ftp.failures = 2;
+    probes.ftp.error = "zajęty";
+    LinkTarget target = Address("host");
+    target.user = "u";
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target), "1 Błąd FTP (zajęty)");
+    EXPECT_EQ(probes.ftp.calls.size(), 4U);
+    EXPECT_EQ(logged.size(), 2U);
+}
+
+TEST_F(LinkTestsTest, FtpTellsOneServerToLeaveUtf8) {
+    LinkTarget target = Address("host");
+    target.user = "u";
+    probes.ftp.greeting = "220-FileZilla Server 1.7\r\n220 Witamy\r\n";
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target), "1 ");
+    EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:0 u ", "OPTS UTF8 OFF", "close"));
+    probes.ftp.calls.clear();
+    probes.ftp.greeting = "220 inny\r\n";
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target), "1 ");
+    EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:0 u ", "close"));
+}
+
+TEST_F(LinkTestsTest, FtpConnectionThatBreaksIsAFailure) {
+    probes.ftp.closes = false;
+    LinkTarget target = Address("host");
+    target.user = "u";
+    EXPECT_EQ(Outcome(LinkKind::Ftp, target), "-5 Połączenie FTP zostało przerwane");
+}
+
+TEST_F(LinkTestsTest, HttpFailuresHaveACodeATextAndALogLineEach) {
+    const std::map<TcpStep, std::pair<std::string, std::string>> rows = {
+        {TcpStep::Resolve, {"-3", "Nieprawidłowy adres serwera http %s. %s"}},
+        {TcpStep::Socket,
+         {"-2", "Wystąpił błąd podczas otwierania połączenia z serwerem http %s. %s"}},
+        {TcpStep::Connect,
+         {"-1", "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http %s. %s"}},
+        {TcpStep::Close,
+         {"-5", "Wystąpił błąd podczas zamykania połączenia z serwerem http %s. %s"}},
+    };
+    for (const auto& [step, row] : rows) {
+        const auto& [code, text] = row;
+        probes.tcp = {step, "słowa"};
+        const std::string shown = text.substr(0, text.find('%')) + "host. słowa";
+        EXPECT_EQ(Outcome(LinkKind::Http, Address("host")), code + ' ' + shown);
+        EXPECT_EQ(logged.back(), "1 " + text + " <host> <słowa>");
+    }
+    probes.tcp = {};
+    EXPECT_EQ(Outcome(LinkKind::Http, Address("host")), "1 ");
+    EXPECT_EQ(logged.size(), rows.size());
+}
+
+TEST_F(LinkTestsTest, LogLineStandsBeforeTheResultIsSeen) {
+    probes.tcp = {TcpStep::Connect, "odmowa"};
+    CLinkTests tests(services);
+    tests.Start(LinkKind::Http, Address("host"));
+    probes.WaitForFinished(1);
+    EXPECT_THAT(Log(), IsEmpty());
+    EXPECT_EQ(tests.TakeResult(LinkKind::Http, "inny"), -101);
+    EXPECT_THAT(Log(),
+                ElementsAre("Wystąpił błąd podczas próby zestawienia połączenia z serwerem http "
+                            "host. odmowa"));
+}
+
+TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocument) {
+    probes.tcp = {TcpStep::Resolve, "brak"};
+    {
+        CLinkTests tests(services);
+        tests.Start(LinkKind::Http, Address("host"));
+    }
+    EXPECT_THAT(Log(), ElementsAre("Nieprawidłowy adres serwera http host. brak"));
+}
+
+// The same against servers on this machine. Only the pauses between two tries are left out.
+class RealLinksTest : public HostWorld {
+  protected:
+    class Probes final : public NetworkProbes {
+      public:
+        std::thread StartThread(const ThreadIdentity& identity,
+                                std::function<void()> work) override {
+            return m_probes.StartThread(identity, std::move(work));
+        }
+        int Ping(const std::string& address, std::uint32_t timeout) override {
+            return m_probes.Ping(address, timeout);
+        }
+        std::unique_ptr<FtpSession> OpenFtpSession() override { return m_probes.OpenFtpSession(); }
+        TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
+            return m_probes.ConnectTcp(address, port);
+        }
+        void Pause(std::uint32_t) override {}
+
+      private:
+        PosixNetworkProbes m_probes;
+    };
+
+    RealLinksTest() { services.probes = &probes; }
+    ~RealLinksTest() override { documents.clear(); }
+
+    // Starts a test and asks for its result until it is there.
+    int ResultOf(const std::string& init, const std::string& result) {
+        CKalvexDoc& script = ScriptWorld::Run(init + "\n:czekaj\nLOCAL r\nSET r = " + result +
+                                              "\nIF r == -100 GOTO czekaj");
+        while (script.m_nCurrentLine < script.GetLineCount()) {
+            ticks.RunTick();
+            std::this_thread::yield();
+        }
+        return std::stoi(Text("r"));
+    }
+
+    Probes probes;
+};
+
+TEST_F(RealLinksTest, HttpConnectsToAListeningPort) {
+    const LoopbackPort port(true);
+    const std::string number = std::to_string(port.Number());
+    EXPECT_EQ(
+        ResultOf("HTTP_INIT \"127.0.0.1\" " + number, "HTTP_RESULT \"127.0.0.1:" + number + '"'),
+        1);
+}
+
+TEST_F(RealLinksTest, HttpRefusedIsLogged) {
+    const LoopbackPort port(false);
+    EXPECT_EQ(ResultOf("HTTP_INIT \"127.0.0.1\" " + std::to_string(port.Number()),
+                       "HTTP_RESULT \"127.0.0.1\""),
+              -1);
+    EXPECT_EQ(Log().back(),
+              "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http 127.0.0.1. "
+              "Connection refused");
+}
+
+TEST_F(RealLinksTest, FtpLogsIn) {
+    FtpResponder server(FtpResponder::Answers{{"greeting", "220 FileZilla Server"}});
+    EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
+                       "FTP_RESULT \"127.0.0.1\""),
+              1);
+    EXPECT_THAT(server.Commands(),
+                ElementsAre("connect", "USER u", "PASS p", "PWD", "OPTS UTF8 OFF", "QUIT"));
+}
+
+TEST_F(RealLinksTest, FtpRefusedLoginIsTriedThreeTimes) {
+    FtpResponder server(FtpResponder::Answers{{"PASS", "530 Nie"}});
+    EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
+                       "FTP_RESULT \"127.0.0.1\""),
+              -2);
+    const std::vector<std::string> commands = server.Commands();
+    EXPECT_EQ(std::ranges::count(commands, "connect"), 3);
+    const std::string retry = "Błąd FTP (Ponowienie próby nawiązania połączenia)";
+    EXPECT_EQ(std::ranges::count(Log(LogAlways), retry), 2);
+}
+
+TEST_F(RealLinksTest, ManyTestsAtOnce) {
+    const LoopbackPort open(true);
+    const LoopbackPort shut(false);
+    FtpResponder server;
+    CLinkTests tests(services);
+    for (int i = 0; i < 8; ++i) {
+        LinkTarget target;
+        target.address = "127.0.0.1";
+        target.user = "u";
+        target.timeout = 60000;
+        target.port = i % 2 == 0 ? open.Number() : shut.Number();
+        tests.Start(LinkKind::Ping, target);
+        tests.Start(LinkKind::Http, target);
+        target.port = server.Port();
+        tests.Start(LinkKind::Ftp, target);
+    }
+    const auto wait = [&tests](LinkKind kind) {
+        int result = LinkRunning;
+        while (result == LinkRunning) {
+            result = tests.TakeResult(kind, "127.0.0.1");
+            std::this_thread::yield();
+        }
+        return result;
+    };
+    EXPECT_NE(wait(LinkKind::Ping), LinkUnknown);
+    EXPECT_NE(wait(LinkKind::Http), LinkUnknown);
+    EXPECT_EQ(wait(LinkKind::Ftp), 1);
+}
+
+}  // namespace
+}  // namespace kalvex
