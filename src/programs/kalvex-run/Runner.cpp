@@ -33,6 +33,7 @@ CRunner::CRunner(const RunOptions& options)
                  Statements(),
                  m_questions} {
     m_services.processes = &m_processes;
+    m_services.probes = &m_probes;
 }
 
 bool CRunner::Open(std::string& fault) {

@@ -13,6 +13,7 @@
 #include "platform/Paths.h"
 #include "platform/Questions.h"
 #include "platform/Translator.h"
+#include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
 #include "programs/kalvex-run/Actions.h"
 #include "programs/kalvex-run/Options.h"
@@ -63,6 +64,7 @@ class CRunner {
     Paths m_paths;
     CNoAnswers m_questions;
     PosixProcesses m_processes;
+    PosixNetworkProbes m_probes;
     std::unique_ptr<CRunSources> m_pSources;
     DocumentServices m_services;
     std::vector<std::unique_ptr<CRunScript>> m_arrScripts;
