@@ -172,17 +172,27 @@ bool ExecuteGoto(StatementCall& call) {
     return call.document.GotoLabel(NextToken(call.rest));
 }
 
-bool CKalvexDoc::GotoLabel(std::string_view label) {
-    std::string target = ":";
-    target += label;
+// The first line that is the label, or -1. A text that is not started may change between two lines
+// and is searched anew.
+int CKalvexDoc::FindLabel(std::string_view target) {
+    if (!m_arrLineCache.empty()) {
+        const auto found = m_mapLabels.find(target);
+        return found == m_mapLabels.end() ? -1 : found->second;
+    }
     const int count = GetLineCount();
     for (int line = 0; line < count; ++line) {
         std::string_view text = GetLine(line);
-        if (!text.starts_with(':') || NextToken(text) != target) continue;
-        m_nCurrentLine = line;
-        return true;
+        if (text.starts_with(':') && NextToken(text) == target) return line;
     }
-    return StopOnError(ErrorNoLabel, target);
+    return -1;
+}
+
+bool CKalvexDoc::GotoLabel(std::string_view label) {
+    const std::string target = ':' + std::string(label);
+    const int line = FindLabel(target);
+    if (line < 0) return StopOnError(ErrorNoLabel, target);
+    m_nCurrentLine = line;
+    return true;
 }
 
 bool CKalvexDoc::CheckStructure() {

@@ -70,11 +70,15 @@ void CKalvexDoc::FillLineCache() {
     const int count = m_pText->GetLineCount();
     m_arrLineCache.resize(static_cast<std::size_t>(count));
     for (int n = 0; n < count; ++n) {
-        NormaliseLine(m_pText->GetLine(n), m_arrLineCache[static_cast<std::size_t>(n)]);
+        std::string& line = m_arrLineCache[static_cast<std::size_t>(n)];
+        NormaliseLine(m_pText->GetLine(n), line);
+        std::string_view text = line;
+        if (text.starts_with(':')) m_mapLabels.emplace(NextToken(text), n);
     }
 }
 
 void CKalvexDoc::DropLineCache() {
+    m_mapLabels.clear();
     m_arrLineCache.clear();
     m_ifBlocks.Clear();
 }

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/CallStack.h"
@@ -136,6 +137,7 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void FillLineCache();
     void DropLineCache();
     bool SaveChanges();
+    int FindLabel(std::string_view target);
     bool NameMayBeDeclared(std::string_view name);
 
     const DocumentServices& m_documentServices;
@@ -146,6 +148,8 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     bool m_bModified = false;
     bool m_bReadOnly = false;
     std::vector<std::string> m_arrLineCache;  // all lines, normalised; filled while the text stands
+    // First line of each label of the cached lines, by the label's token.
+    std::unordered_map<std::string_view, int> m_mapLabels;
     CIfBlocks m_ifBlocks;
     std::string m_strLineBuffer;
     std::string m_strRewrittenLine;

@@ -57,6 +57,18 @@ TEST_F(Branching, LabelWithABlankIsNotReached) {
     EXPECT_EQ(Error(Run(": x\nGOTO x")), "6 :x");
 }
 
+TEST_F(Branching, LabelsAreTheSameInAStartedTextAndInOneThatIsOnlyStepped) {
+    const std::string text = "GOTO b\n:a x\n  :b\n:b\n\t:c:d\n: e\nLOCAL F";
+    for (const char* label : {"a", "b", "c:d", "c", "e", "", "A", "x"}) {
+        CKalvexDoc& started = Open(text);
+        started.Start();
+        CKalvexDoc& idle = Open(text);
+        EXPECT_EQ(started.GotoLabel(label), idle.GotoLabel(label)) << label;
+        EXPECT_EQ(started.m_nCurrentLine, idle.m_nCurrentLine) << label;
+        EXPECT_EQ(Error(started), Error(idle)) << label;
+    }
+}
+
 TEST_F(Branching, LabelOnTheLastLineEndsTheScript) {
     CKalvexDoc& document = Run("GOTO k\nSET Q = 1\n:k");
     EXPECT_EQ(document.m_nCurrentLine, 3);
