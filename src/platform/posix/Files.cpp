@@ -6,26 +6,12 @@
 
 #include <cerrno>
 #include <cstring>
-#include <utility>
+
+#include "platform/posix/Descriptor.h"
 
 namespace kalvex {
 
 namespace {
-
-class Descriptor {
-  public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() {
-        if (m_fd >= 0) ::close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int Get() const { return m_fd; }
-    int Release() { return std::exchange(m_fd, -1); }
-
-  private:
-    int m_fd;
-};
 
 bool Fail(std::string& error) {
     error = std::strerror(errno);

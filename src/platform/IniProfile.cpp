@@ -1,0 +1,66 @@
+#include "platform/IniProfile.h"
+
+#include <cstdlib>
+
+#include "platform/FileEdit.h"
+#include "platform/Files.h"
+
+namespace kalvex {
+
+CIniText IniProfile::Read(const std::string& path) const {
+    std::string content;
+    std::string error;
+    const bool read = ReadWholeFile(PathOr(path), content, error);
+    return CIniText(read ? content : std::string());
+}
+
+bool IniProfile::Edit(const std::string& path, const std::function<bool(CIniText&)>& change) {
+    bool accepted = false;
+    const auto edit = [&](std::string& content) {
+        CIniText text(content);
+        accepted = change(text);
+        std::string changed = text.GetContent();
+        if (changed == content) return false;
+        content = std::move(changed);
+        return true;
+    };
+    std::string error;
+    return EditWholeFile(PathOr(path), edit, error) && accepted;
+}
+
+std::string IniProfile::GetProfileStringEx(std::string_view section, std::string_view key,
+                                           std::string_view fallback,
+                                           const std::string& path) const {
+    return Read(path).Get(section, key).value_or(std::string(fallback));
+}
+
+ProfileEntries IniProfile::GetProfileSectionEx(std::string_view section,
+                                               const std::string& path) const {
+    return Read(path).GetSection(section);
+}
+
+bool IniProfile::WriteProfileStringEx(std::string_view section, std::optional<std::string_view> key,
+                                      std::optional<std::string_view> value,
+                                      const std::string& path) {
+    return Edit(path, [&](CIniText& text) {
+        if (key && value) return text.Set(section, *key, *value);
+        if (key) {
+            text.Remove(section, *key);
+        } else {
+            text.RemoveSection(section);
+        }
+        return true;
+    });
+}
+
+bool IniProfile::WriteProfileSectionEx(std::string_view section, const ProfileEntries& entries,
+                                       const std::string& path) {
+    return Edit(path, [&](CIniText& text) { return text.SetSection(section, entries); });
+}
+
+std::string IniProfile::GetCommonProfilePath() const {
+    const char* path = std::getenv("SORVANE_COMMON_PROFILE");
+    return path != nullptr && *path != '\0' ? path : "/etc/sorvane/sorvane.ini";
+}
+
+}  // namespace kalvex

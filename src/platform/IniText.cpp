@@ -1,0 +1,196 @@
+#include "platform/IniText.h"
+
+#include <algorithm>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kLineEnds = "\r\n";
+
+std::string_view Trim(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(kBlanks);
+    if (begin == std::string_view::npos) return {};
+    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+bool IsQuoted(std::string_view value) {
+    return value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+           value.front() == value.back();
+}
+
+std::string Quote(std::string_view value) {
+    const bool plain = Trim(value) == value && !IsQuoted(value);
+    return plain ? std::string(value) : '"' + std::string(value) + '"';
+}
+
+bool IsOneLine(std::string_view text) {
+    return text.find_first_of(kLineEnds) == std::string_view::npos;
+}
+
+bool IsSectionName(std::string_view name) {
+    return IsOneLine(name) && Trim(name) == name && name.find(']') == std::string_view::npos;
+}
+
+bool IsEntry(std::string_view key, std::string_view value) {
+    return !key.empty() && IsOneLine(key) && IsOneLine(value) && Trim(key) == key &&
+           key.find('=') == std::string_view::npos &&
+           std::string_view("[;#").find(key.front()) == std::string_view::npos;
+}
+
+}  // namespace
+
+CIniText::Line CIniText::ParseLine(std::string_view text) {
+    Line line{std::string(text), Kind::Other, {}};
+    line.length = text.find_last_not_of(kLineEnds) + 1;
+    const std::string_view whole = text.substr(0, line.length);
+    const std::string_view content = Trim(whole);
+    if (content.empty()) {
+        line.kind = Kind::Blank;
+    } else if (content.front() == ';' || content.front() == '#') {
+        line.kind = Kind::Comment;
+    } else if (content.front() == '[') {
+        const std::size_t end = content.find(']');
+        if (end == std::string_view::npos) return line;
+        line.kind = Kind::Heading;
+        line.name = Trim(content.substr(1, end - 1));
+    } else if (const std::size_t sign = whole.find('='); sign != std::string_view::npos) {
+        line.kind = Kind::Entry;
+        line.name = Trim(whole.substr(0, sign));
+        line.value = std::min(whole.find_first_not_of(kBlanks, sign + 1), whole.size());
+    }
+    return line;
+}
+
+std::string CIniText::ValueOf(const Line& line) {
+    std::string_view value =
+        Trim(std::string_view(line.text).substr(line.value, line.length - line.value));
+    if (IsQuoted(value)) value = value.substr(1, value.size() - 2);
+    return std::string(value);
+}
+
+CIniText::CIniText(std::string_view content) {
+    const std::size_t firstEnd = content.find('\n');
+    const bool plain =
+        firstEnd != std::string_view::npos && (firstEnd == 0 || content[firstEnd - 1] != '\r');
+    m_strLineEnd = plain ? "\n" : "\r\n";
+    while (!content.empty()) {
+        const std::size_t end = std::min(content.find('\n'), content.size() - 1) + 1;
+        m_arrLines.push_back(ParseLine(content.substr(0, end)));
+        content.remove_prefix(end);
+    }
+}
+
+std::string CIniText::GetContent() const {
+    std::string content;
+    for (const Line& line : m_arrLines) content += line.text;
+    return content;
+}
+
+std::vector<bool> CIniText::LinesOf(std::string_view section) const {
+    std::vector<bool> lines;
+    bool inside = false;
+    for (const Line& line : m_arrLines) {
+        if (line.kind == Kind::Heading) inside = EqualNoCase(line.name, section);
+        lines.push_back(inside);
+    }
+    return lines;
+}
+
+ProfileEntries CIniText::GetSection(std::string_view section) const {
+    ProfileEntries entries;
+    const std::vector<bool> inside = LinesOf(section);
+    for (std::size_t i = 0; i < m_arrLines.size(); ++i) {
+        const Line& line = m_arrLines[i];
+        if (inside[i] && line.kind == Kind::Entry) entries.emplace_back(line.name, ValueOf(line));
+    }
+    return entries;
+}
+
+std::optional<std::string> CIniText::Get(std::string_view section, std::string_view key) const {
+    for (auto& [name, value] : GetSection(section)) {
+        if (EqualNoCase(name, key)) return std::move(value);
+    }
+    return std::nullopt;
+}
+
+bool CIniText::Set(std::string_view section, std::string_view key, std::string_view value) {
+    if (!IsSectionName(section) || !IsEntry(key, value)) return false;
+    Put(section, key, value);
+    return true;
+}
+
+bool CIniText::SetSection(std::string_view section, const ProfileEntries& entries) {
+    const auto isEntry = [](const auto& entry) { return IsEntry(entry.first, entry.second); };
+    if (!IsSectionName(section) || !std::ranges::all_of(entries, isEntry)) return false;
+    for (const auto& [key, value] : GetSection(section)) {
+        const auto isKey = [&key = key](const auto& entry) {
+            return EqualNoCase(entry.first, key);
+        };
+        if (std::ranges::none_of(entries, isKey)) Remove(section, key);
+    }
+    for (const auto& [key, value] : entries) Put(section, key, value);
+    return true;
+}
+
+void CIniText::Put(std::string_view section, std::string_view key, std::string_view value) {
+    const std::vector<bool> inside = LinesOf(section);
+    std::size_t behind = 0;
+    for (std::size_t i = 0; i < m_arrLines.size(); ++i) {
+        const Line& line = m_arrLines[i];
+        if (!inside[i] || (line.kind != Kind::Entry && line.kind != Kind::Heading)) continue;
+        if (line.kind == Kind::Entry && EqualNoCase(line.name, key)) {
+            const std::string end = line.text.substr(line.length);
+            m_arrLines[i] = ParseLine(line.text.substr(0, line.value) + Quote(value) + end);
+            return;
+        }
+        behind = i + 1;
+    }
+    if (behind == 0) {
+        AppendHeading(section);
+        behind = m_arrLines.size();
+    }
+    InsertLine(behind, std::string(key) + '=' + Quote(value));
+}
+
+void CIniText::AppendHeading(std::string_view section) {
+    if (!m_arrLines.empty() && m_arrLines.back().kind != Kind::Blank) {
+        InsertLine(m_arrLines.size(), {});
+    }
+    InsertLine(m_arrLines.size(), '[' + std::string(section) + ']');
+}
+
+void CIniText::InsertLine(std::size_t index, std::string_view text) {
+    if (index > 0 && !m_arrLines[index - 1].text.ends_with('\n')) {
+        m_arrLines[index - 1].text += m_strLineEnd;
+    }
+    m_arrLines.insert(m_arrLines.begin() + static_cast<std::ptrdiff_t>(index),
+                      ParseLine(std::string(text) + m_strLineEnd));
+}
+
+void CIniText::Remove(std::string_view section, std::string_view key) {
+    const std::vector<bool> inside = LinesOf(section);
+    for (std::size_t i = m_arrLines.size(); i-- > 0;) {
+        const Line& line = m_arrLines[i];
+        if (inside[i] && line.kind == Kind::Entry && EqualNoCase(line.name, key)) {
+            m_arrLines.erase(m_arrLines.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+}
+
+void CIniText::RemoveSection(std::string_view section) {
+    const std::vector<bool> inside = LinesOf(section);
+    bool ofNext = false;  // a comment here belongs to the heading below
+    for (std::size_t i = m_arrLines.size(); i-- > 0;) {
+        const Kind kind = m_arrLines[i].kind;
+        ofNext = (kind == Kind::Heading && !inside[i]) || (ofNext && kind == Kind::Comment);
+        if (inside[i] && !ofNext) {
+            m_arrLines.erase(m_arrLines.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+}
+
+}  // namespace kalvex

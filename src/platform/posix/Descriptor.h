@@ -1,0 +1,25 @@
+// A descriptor of the system's, closed with its owner.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace kalvex {
+
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    ~Descriptor() {
+        if (m_fd >= 0) ::close(m_fd);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int Get() const { return m_fd; }
+    int Release() { return std::exchange(m_fd, -1); }
+
+  private:
+    int m_fd;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,82 @@
+#include "platform/FileEdit.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string_view>
+
+#include "platform/Files.h"
+#include "platform/posix/Descriptor.h"
+
+namespace kalvex {
+
+namespace {
+
+bool Fail(std::string& error) {
+    error = std::strerror(errno);
+    return false;
+}
+
+// Where the file itself lies when the path is a link.
+std::string FollowLinks(const std::string& path) {
+    std::error_code fault;
+    const std::filesystem::path target = std::filesystem::weakly_canonical(path, fault);
+    return fault ? path : target.string();
+}
+
+// With the rights and the owner of the file that is replaced.
+bool WriteCopy(const std::string& path, const struct stat* replaced, std::string_view content) {
+    const Descriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0640));
+    if (file.Get() < 0) return false;
+    if (replaced != nullptr) {
+        // Only a process with the system's rights may give a file away.
+        [[maybe_unused]] const int given = ::fchown(file.Get(), replaced->st_uid, replaced->st_gid);
+        if (::fchmod(file.Get(), replaced->st_mode & 07777) != 0) return false;
+    }
+    while (!content.empty()) {
+        const ssize_t count = ::write(file.Get(), content.data(), content.size());
+        if (count >= 0) {
+            content.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return ::fsync(file.Get()) == 0;
+}
+
+}  // namespace
+
+bool EditWholeFile(const std::string& path, const std::function<bool(std::string& content)>& edit,
+                   std::string& error) {
+    const std::filesystem::path file = FollowLinks(path);
+    const std::string folderPath = file.has_parent_path() ? file.parent_path().string() : ".";
+    const Descriptor folder(::open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.Get() < 0) return Fail(error);
+    while (::flock(folder.Get(), LOCK_EX) != 0) {
+        if (errno != EINTR) return Fail(error);
+    }
+    struct stat info {};
+    const bool there = ::stat(file.c_str(), &info) == 0;
+    if (!there && errno != ENOENT) return Fail(error);
+    std::string content;
+    if (there && !ReadWholeFile(file.string(), content, error)) return false;
+    if (!edit(content)) return true;
+
+    const std::string copy = file.string() + ".tmp";
+    if (!WriteCopy(copy, there ? &info : nullptr, content) ||
+        ::rename(copy.c_str(), file.c_str()) != 0) {
+        Fail(error);
+        ::unlink(copy.c_str());
+        return false;
+    }
+    return ::fsync(folder.Get()) == 0 || Fail(error);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,153 @@
+#include "platform/IniText.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+constexpr const char* kFile =
+    "; uwagi na początku\r\n"
+    "[Konfiguracja]\r\n"
+    "Nazwa = Stacja 1\r\n"
+    "Obcy=1\r\n"
+    "\r\n"
+    "; skrypty\r\n"
+    "[Autostart]\r\n"
+    "Procedura0=a.kx\r\n"
+    "; drugi\r\n"
+    "Procedura1=b.kx\r\n"
+    "\r\n"
+    "; poziom\r\n"
+    "[Log]\r\n"
+    "Rodzaj=2\r\n";
+
+std::string Replaced(std::string text, const std::string& old, const std::string& by) {
+    return text.replace(text.find(old), old.size(), by);
+}
+
+TEST(IniText, ContentComesBackByteForByte) {
+    for (const std::string content : {"", "x", "[a", "a=b\n\r\n[]\r\nc", "\xEA\x9C=\xB3\r\r\n"}) {
+        EXPECT_EQ(CIniText(content).GetContent(), content);
+    }
+}
+
+TEST(IniText, ReadsValuesByNamesInAnyCase) {
+    const CIniText text(kFile);
+    EXPECT_EQ(text.Get("Konfiguracja", "Nazwa"), "Stacja 1");
+    EXPECT_EQ(text.Get("KONFIGURACJA", "nazwa"), "Stacja 1");
+    EXPECT_EQ(text.Get("Log", "Nazwa"), std::nullopt);
+    EXPECT_EQ(text.Get("Okna", "Nazwa"), std::nullopt);
+}
+
+TEST(IniText, PolishLettersHaveACaseToo) {
+    const CIniText text(FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
+    EXPECT_EQ(text.Get("Okna", FromUtf8("częstotliwość")), "5");
+}
+
+TEST(IniText, ValueMayHoldEqualsSignsAndSemicolons) {
+    EXPECT_EQ(CIniText("[a]\nk=x=y ; z\n").Get("a", "k"), "x=y ; z");
+}
+
+TEST(IniText, QuotesKeepTheBlanksOfAValue) {
+    EXPECT_EQ(CIniText("[a]\nk = \" x \" \n").Get("a", "k"), " x ");
+    EXPECT_EQ(CIniText("[a]\nk='x'\n").Get("a", "k"), "x");
+    EXPECT_EQ(CIniText("[a]\nk=\"\n").Get("a", "k"), "\"");
+}
+
+TEST(IniText, CommentsAndLinesOutsideSectionsAreNoEntries) {
+    EXPECT_THAT(CIniText("k=0\n[a]\n;k=1\n#k=2\n[a\nk=3\nk=4\n").GetSection("a"),
+                ElementsAre(Pair("k", "3"), Pair("k", "4")));
+}
+
+TEST(IniText, SectionMayHaveSeveralHeadings) {
+    const CIniText text("[a]\nx=1\n[b]\ny=2\n[A]\nz=3\n");
+    EXPECT_THAT(text.GetSection("a"), ElementsAre(Pair("x", "1"), Pair("z", "3")));
+}
+
+TEST(IniText, ChangeTouchesTheValueAlone) {
+    CIniText text(kFile);
+    EXPECT_TRUE(text.Set("Konfiguracja", "NAZWA", "Stacja 2"));
+    EXPECT_EQ(text.GetContent(), Replaced(kFile, "Nazwa = Stacja 1", "Nazwa = Stacja 2"));
+}
+
+TEST(IniText, NewKeyStandsBehindTheLastOfItsSection) {
+    CIniText text(kFile);
+    EXPECT_TRUE(text.Set("Konfiguracja", "Nowy", "5"));
+    EXPECT_EQ(text.GetContent(), Replaced(kFile, "Obcy=1\r\n", "Obcy=1\r\nNowy=5\r\n"));
+}
+
+TEST(IniText, NewSectionStandsAtTheEnd) {
+    CIniText text(kFile);
+    EXPECT_TRUE(text.Set("Okna", "Ikona", "0"));
+    EXPECT_EQ(text.GetContent(), std::string(kFile) + "\r\n[Okna]\r\nIkona=0\r\n");
+}
+
+TEST(IniText, NewTextHasTheLineEndsOfTheFile) {
+    CIniText empty("");
+    empty.Set("a", "k", "1");
+    EXPECT_EQ(empty.GetContent(), "[a]\r\nk=1\r\n");
+    CIniText plain("[a]\nx=1");
+    plain.Set("a", "k", "1");
+    EXPECT_EQ(plain.GetContent(), "[a]\nx=1\nk=1\n");
+}
+
+TEST(IniText, WhatIsWrittenReadsBack) {
+    for (const std::string value : {"", " ", "\t x", "\"x\"", "'x'", "\"", "a=b", ";a", "[a]"}) {
+        CIniText text("[a]\nk=old\n");
+        EXPECT_TRUE(text.Set("a", "k", value));
+        EXPECT_EQ(CIniText(text.GetContent()).Get("a", "k"), value);
+    }
+}
+
+TEST(IniText, TextsWithoutAFormAreRefused) {
+    CIniText text(kFile);
+    EXPECT_FALSE(text.Set("a", "k", "x\ny"));
+    EXPECT_FALSE(text.Set("a", "k\r", "x"));
+    EXPECT_FALSE(text.Set("a", "k=", "x"));
+    EXPECT_FALSE(text.Set("a", ";k", "x"));
+    EXPECT_FALSE(text.Set("a", "[k", "x"));
+    EXPECT_FALSE(text.Set("a", " k", "x"));
+    EXPECT_FALSE(text.Set("a", "", "x"));
+    EXPECT_FALSE(text.Set("a]", "k", "x"));
+    EXPECT_FALSE(text.SetSection("Autostart", {{"Procedura0", "a"}, {"Procedura1", "b\n"}}));
+    EXPECT_EQ(text.GetContent(), kFile);
+}
+
+TEST(IniText, RemovedKeyLeavesTheRest) {
+    CIniText text(kFile);
+    text.Remove("autostart", "procedura1");
+    text.Remove("Autostart", "Procedura7");
+    EXPECT_EQ(text.GetContent(), Replaced(kFile, "Procedura1=b.kx\r\n", ""));
+}
+
+TEST(IniText, RemovedSectionLeavesTheCommentOfTheNext) {
+    CIniText text(kFile);
+    text.RemoveSection("Autostart");
+    EXPECT_EQ(text.GetContent(), Replaced(kFile,
+                                          "[Autostart]\r\nProcedura0=a.kx\r\n; drugi\r\n"
+                                          "Procedura1=b.kx\r\n\r\n",
+                                          ""));
+}
+
+TEST(IniText, ReplacedSectionKeepsItsPlaceAndItsComments) {
+    CIniText text(kFile);
+    EXPECT_TRUE(text.SetSection("Autostart", {{"Procedura0", "c.kx"}}));
+    EXPECT_EQ(text.GetContent(),
+              Replaced(Replaced(kFile, "a.kx", "c.kx"), "Procedura1=b.kx\r\n", ""));
+}
+
+TEST(IniText, ReplacedSectionTakesNewKeysInOrder) {
+    CIniText text(kFile);
+    EXPECT_TRUE(text.SetSection(
+        "Autostart", {{"Procedura0", "a.kx"}, {"Procedura1", "b.kx"}, {"Procedura2", "c.kx"}}));
+    EXPECT_EQ(text.GetContent(), Replaced(kFile, "b.kx\r\n", "b.kx\r\nProcedura2=c.kx\r\n"));
+}
+
+}  // namespace
+}  // namespace kalvex
