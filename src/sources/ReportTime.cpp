@@ -1,5 +1,8 @@
 #include "sources/ReportTime.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "engine/LineScanner.h"
 #include "values/LocalTime.h"
 #include "values/OperandEvaluator.h"
@@ -39,13 +42,25 @@ std::int64_t StepTime(std::int64_t time, int count, std::int64_t (*next)(std::in
     return time;
 }
 
+// A line must not dwell on its steps, so what lies far away is reached in one stride.
+std::int64_t StepDays(std::int64_t time, int count) {
+    constexpr int kStepped = 1000;
+    constexpr int kFarthest = 400000;
+    if (std::abs(count) <= kStepped) {
+        return StepTime(time, count, GetNextLocalDayTime, GetPrevLocalDayTime);
+    }
+    TimeFields fields = SplitLocalTime(time);
+    fields.day += std::clamp(count, -kFarthest, kFarthest);
+    return MakeLocalTime(fields);
+}
+
 std::int64_t Shift(std::int64_t time, int offset, int kind) {
     if (kind == KindMonth) {
         return StepTime(time, offset, GetNextLocalMonthTime, GetPrevLocalMonthTime);
     }
     const int days = kind == KindDay ? offset : offset / kHoursPerDay;
     const int hours = kind == KindDay ? 0 : offset % kHoursPerDay;
-    return StepTime(time, days, GetNextLocalDayTime, GetPrevLocalDayTime) + hours * kSecondsPerHour;
+    return StepDays(time, days) + hours * kSecondsPerHour;
 }
 
 }  // namespace

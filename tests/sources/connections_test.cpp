@@ -1,0 +1,404 @@
+#include <gmock/gmock.h>
+
+#include "sources/source_world.h"
+#include "vantrel/hand_server.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// ---- login
+
+class SourceLogin : public ScriptWorld {
+  protected:
+    // How the source "srv" is logged in to with this description, if any.
+    std::string LoginWith(std::vector<CSourceDesc> descriptions, bool consoleClient = false) {
+        SourceServices world{log, translator, users, network, nullptr, std::move(descriptions)};
+        world.consoleClient = consoleClient;
+        server.heard.clear();
+        auto client = std::make_unique<CClientInterface>(std::move(world));
+        client->RegisterPlain("srv", "V");
+        network.Deliver();
+        const std::string login = server.heard.at(0);
+        client.reset();
+        network.Deliver();
+        return login;
+    }
+
+    void SetUp() override {
+        network.AddServer("srv", server);
+        users.name = "ewa";
+    }
+
+    InProcessNetwork network;
+    HandServer server;
+};
+
+TEST_F(SourceLogin, WithoutADescriptionAsTheActiveUser) {
+    EXPECT_EQ(LoginWith({}), "login ewa/ Kalvex 23");
+    EXPECT_EQ(LoginWith({{"inny", "jan", "tajne"}}), "login ewa/ Kalvex 23");
+}
+
+TEST_F(SourceLogin, DescriptionGivesUserAndPassword) {
+    EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}, {"srv", "drugi", ""}}),
+              "login jan/tajne Kalvex 23");
+}
+
+TEST_F(SourceLogin, NobodyAndTheEmptyUserMeanTheActiveUser) {
+    EXPECT_EQ(LoginWith({{"srv", "NOBODY", "tajne"}}), "login ewa/ Kalvex 23");
+    EXPECT_EQ(LoginWith({{"srv", "", "tajne"}}), "login ewa/ Kalvex 23");
+    EXPECT_EQ(LoginWith({{"srv", "Nobody", "tajne"}}), "login Nobody/tajne Kalvex 23");
+}
+
+TEST_F(SourceLogin, ConsoleClientAlwaysIsTheActiveUser) {
+    EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}}, true), "login ewa/ Kalvex 23");
+}
+
+TEST_F(SourceLogin, RefusalIsLogged) {
+    server.loginResult = {5, FromUtf8("użytkownik nieznany")};
+    LoginWith({});
+    EXPECT_THAT(log.lines, ElementsAre(std::pair(
+                               1, std::string("Brak dostępu do serwera srv użytkownik nieznany"))));
+}
+
+TEST_F(SourceLogin, AccessWithoutRefusalLogsTheConnectionAlone) {
+    LoginWith({});
+    EXPECT_THAT(log.lines, ElementsAre(std::pair(2, std::string("Nawiązanie połączenia z srv"))));
+}
+
+// ---- faults
+
+class HookedConnection final : public CInterfaceClientConnection {
+  public:
+    using CInterfaceClientConnection::CInterfaceClientConnection;
+    using CInterfaceClientConnection::OnConnectionFault;
+};
+
+class NoTransports final : public TransportFactory {
+  public:
+    std::unique_ptr<ClientTransport> Connect(std::string_view, ClientTransportEvents&,
+                                             std::uint32_t& reason) override {
+        reason = ReasonUnknownAddress;
+        return nullptr;
+    }
+};
+
+using ConnectionFaults = SourceLogin;
+
+TEST_F(ConnectionFaults, EachHasItsWords) {
+    SourceServices world{log, translator, users, network};
+    HookedConnection connection(world);
+    connection.Create(23, "srv", "Kalvex", network, nullptr);
+    for (const ConnectionFault fault :
+         {ConnectionFault::Create, ConnectionFault::Destroy, ConnectionFault::Open,
+          ConnectionFault::Close, ConnectionFault::Receive}) {
+        connection.OnConnectionFault(fault, ReasonUnreachable);
+    }
+    EXPECT_THAT(Log(), ElementsAre("Błąd utworzenia połączenia (serwer nie odpowiada)",
+                                   "Błąd usunięcia połączenia (serwer nie odpowiada)",
+                                   "Błąd nawiązania połączenia z srv (serwer nie odpowiada)",
+                                   "Błąd rozwiązania połączenia z srv (serwer nie odpowiada)",
+                                   "Błąd odbioru pakietu od srv (serwer nie odpowiada)"));
+}
+
+TEST_F(ConnectionFaults, SourceThatCannotBeMadeLeavesNoConnection) {
+    NoTransports none;
+    CClientInterface client({log, translator, users, none});
+    EXPECT_EQ(client.RegisterPlain("srv", "V"), nullptr);
+    EXPECT_EQ(client.FindConnection("srv"), nullptr);
+    EXPECT_FALSE(client.IsConnected("srv"));
+    EXPECT_FALSE(client.ModifyCurrentByName("srv", "V", CVal(1)));
+    EXPECT_THAT(Log(), ElementsAre("Błąd utworzenia połączenia (nieznany adres serwera)"));
+}
+
+TEST_F(ConnectionFaults, RemoteVariableWithoutAConnection) {
+    NoTransports none;
+    CClientInterface client({log, translator, users, none});
+    services.sources = &client;
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nLOCAL x\nGET a HREP 2024 3 10 6\n"
+            "PUT a HREP 2024 3 10 6 1\nINIT a HREP 2024 3 10 6\n"
+            "SET a = 5\nSET a.HREP = 7\nSET x = a");
+    EXPECT_EQ(Error(document), "27 a");
+    EXPECT_EQ(document.m_nCurrentLine, 7);
+    CInterfaceObj& link = *document.Variables().Find("a")->GetSourceRecord();
+    EXPECT_EQ(link.GetRequestState(KindHour), RequestReady);
+    EXPECT_EQ(link.CurrentValue(), nullptr);
+    CVariable& variable = *document.Variables().Find("a");
+    EXPECT_EQ(variable.SetValue(CVal(5), KindCurrent), 0);
+    EXPECT_EQ(variable.RequestRange(KindDay, 1, 1), 0);
+    EXPECT_EQ(link.GetRequestState(KindDay), RequestFailed);
+    EXPECT_EQ(variable.PutValue(KindDay, 1, CVal(1), true), 0);
+    EXPECT_EQ(variable.InitReport(KindDay, 1), 0);
+    std::uint16_t status = 0;
+    EXPECT_EQ(variable.GetStatus(&status, KindCurrent), 1);
+    EXPECT_EQ(status, Status::Unknown);
+    std::int64_t time = 7;
+    EXPECT_EQ(variable.GetTime(&time, KindCurrent), 1);
+    EXPECT_EQ(time, 0);
+    std::string text;
+    EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 1);
+    EXPECT_EQ(text, "a:");
+    EXPECT_EQ(variable.GetUnit(), "");
+    EXPECT_EQ(variable.IsArchived(), 0);
+    documents.clear();
+    services.sources = &sources;
+}
+
+// ---- the life of a connection
+
+class Connections : public SourceWorld {};
+
+TEST_F(Connections, DisconnectionsAreWordedByTheirReason) {
+    Plant(
+        "'outages': [{'fromTick': 10, 'toTick': 15, 'reason': 4102}, "
+        "{'fromTick': 20, 'toTick': 25, 'reason': 4100}, "
+        "{'fromTick': 30, 'toTick': 35, 'reason': 4101}, "
+        "{'fromTick': 40, 'toTick': 45, 'reason': 4104}, "
+        "{'fromTick': 50, 'toTick': 55, 'reason': 7}]");
+    Start("REMOTE a srv@V");
+    Tick(52);
+    EXPECT_THAT(
+        NewLog(LogEvents),
+        ElementsAre("Nawiązanie połączenia z srv", "main.kx - Brak zmiennej w źródle (srv@V)",
+                    "Rozwiązanie połączenia z srv", "Nawiązanie połączenia z srv",
+                    "main.kx - Brak zmiennej w źródle (srv@V)", "Reinicjacja połączenia z srv",
+                    "Nawiązanie połączenia z srv", "main.kx - Brak zmiennej w źródle (srv@V)",
+                    "Reinicjacja połączenia z srv", "Nawiązanie połączenia z srv",
+                    "main.kx - Brak zmiennej w źródle (srv@V)",
+                    "Połączenie z srv zerwane (utrata połączenia)", "Nawiązanie połączenia z srv",
+                    "main.kx - Brak zmiennej w źródle (srv@V)",
+                    "Połączenie z srv zerwane (kod 7)"));
+    EXPECT_THAT(Log(), testing::Contains("Połączenie z srv zerwane (kod 7)"));
+    EXPECT_THAT(Log(), testing::Not(testing::Contains("Reinicjacja połączenia z srv")));
+}
+
+TEST_F(Connections, DataAreReadyOnlyOnceTheyHaveComeIn) {
+    Plant(
+        "'dataAtTick': 60, 'outages': [{'fromTick': 20, 'toTick': 30}], "
+        "'variables': {'V': {'current': [{'value': 1}]}}");
+    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
+    Tick(10);
+    EXPECT_TRUE(client->IsConnected("srv"));
+    EXPECT_FALSE(Connection().IsDataReady());
+    EXPECT_EQ(Error(document), "27 a");
+    Tick(10);
+    EXPECT_FALSE(client->IsConnected("srv"));
+    Tick(39);
+    EXPECT_TRUE(client->IsConnected("srv"));
+    EXPECT_FALSE(Connection().IsDataReady());
+    EXPECT_EQ(document.m_nCurrentLine, 2);
+    Tick(1);
+    EXPECT_TRUE(Connection().IsDataReady());
+    EXPECT_EQ(Value(document, "x"), "150:1");
+    EXPECT_EQ(Connection().GetMaxVarValIndex(), 0);
+}
+
+TEST_F(Connections, NoSourceWithoutAName) {
+    Start("REMOTE a srv@V");
+    Tick(2);
+    EXPECT_TRUE(client->IsConnected("srv"));
+    EXPECT_FALSE(client->IsConnected("SRV"));
+    EXPECT_FALSE(client->IsConnected("inny"));
+}
+
+TEST_F(Connections, CurrentValueIsModifiedByName) {
+    Plant("'variables': {'V': {'current': [{'value': 1}]}}");
+    EXPECT_FALSE(client->ModifyCurrentByName("srv", "V", CVal(5)));
+    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 5);
+    EXPECT_TRUE(client->ModifyCurrentByName("srv", "V", CVal(5)));
+    Tick(1);
+    EXPECT_EQ(Stored(document, "a"), "5/0");
+}
+
+// ---- errors of variables
+
+TEST_F(Connections, VariableErrorIsLoggedForEachScript) {
+    Plant("'variables': {'V': {}}");
+    Start("REMOTE a srv@V\nREMOTE b srv@V", "pierwszy.kx");
+    Start("REMOTE c srv@V", "drugi.kx");
+    Tick(5);
+    NewLog();
+    EXPECT_EQ(Connection().LogVariableError("Klopot", "V"), "Klopot (V)");
+    EXPECT_THAT(NewLog(), ElementsAre("pierwszy.kx - Klopot (srv@V)",
+                                      "pierwszy.kx - Klopot (srv@V)", "drugi.kx - Klopot (srv@V)"));
+}
+
+TEST_F(Connections, VariableErrorWithoutAVariable) {
+    Start("REMOTE a srv@V");
+    Tick(5);
+    NewLog();
+    EXPECT_EQ(Connection().LogVariableError("Klopot", ""), "Klopot");
+    EXPECT_EQ(Connection().LogVariableError("Klopot", "W"), "Klopot (W)");
+    EXPECT_THAT(NewLog(), ElementsAre("Klopot", "Klopot (W)"));
+}
+
+TEST_F(Connections, VariableErrorOfAVariableWithoutOwnersIsSilent) {
+    client->RegisterPlain("srv", "V");
+    EXPECT_EQ(Connection().LogVariableError("Klopot", "V"), "Klopot (V)");
+    EXPECT_THAT(NewLog(), IsEmpty());
+}
+
+TEST_F(Connections, AccessErrorsNameTheScript) {
+    Plant("'variables': {'ODMOWA': {'accessError': 7}}");
+    Start("REMOTE a srv@BRAK\nREMOTE b srv@ODMOWA");
+    Tick(5);
+    EXPECT_THAT(
+        NewLog(),
+        ElementsAre("main.kx - Brak zmiennej w źródle (srv@BRAK)",
+                    "main.kx - Brak dostępu do wartości zmiennej w źródle (7) (srv@ODMOWA)"));
+}
+
+TEST_F(Connections, RefusedReportWritesAreLoggedByKind) {
+    Plant("'variables': {'V': {'writeError': 9, 'current': [{'value': 1}]}}");
+    Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 1\nPUT a DREP 2024 3 9 1\n"
+        "PUT a MREP 2024 3 1\nPUT a SREP 2024 5 1\nSET a = 5",
+        10);
+    EXPECT_THAT(NewLog(), ElementsAre("main.kx - Błąd modyfikacji raportu godzinowego (srv@V)",
+                                      "main.kx - Błąd modyfikacji raportu dobowego (srv@V)",
+                                      "main.kx - Błąd modyfikacji raportu miesięcznego (srv@V)",
+                                      "main.kx - Błąd modyfikacji raportu okresowego (srv@V)"));
+}
+
+// ---- registration
+
+TEST_F(Connections, RegistrationReachesTheServerAtOnce) {
+    Run("REMOTE a srv@V\nREMOTE b srv@W", 5);
+    EXPECT_THAT(Calls(""),
+                ElementsAre("RegisterVariable V", "Subscribe", "RegisterVariable W", "Subscribe"));
+}
+
+TEST_F(Connections, RegistrationWithoutAnOwner) {
+    CVarVal* variable = client->RegisterPlain("srv", "V");
+    ASSERT_NE(variable, nullptr);
+    EXPECT_EQ(variable, Connection().GetVarVal("V"));
+    client->UnregisterPlain("srv", "V");
+    EXPECT_EQ(Connection().GetVarVal("V"), nullptr);
+    EXPECT_THAT(Calls(""), ElementsAre("RegisterVariable V", "Subscribe", "UnRegisterVariable V",
+                                       "Subscribe"));
+}
+
+TEST_F(Connections, BlocksNestAndAFurtherStartSubscribesAgain) {
+    client->RegisterPlain("srv", "V");
+    Calls("");
+    client->BlockSubscribe();
+    client->BlockSubscribe();
+    client->RegisterPlain("srv", "A");
+    client->UnblockSubscribe(false);
+    client->RegisterPlain("srv", "B");
+    EXPECT_THAT(Calls("Subscribe"), IsEmpty());
+    client->UnblockSubscribe(false);
+    EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
+    client->RegisterPlain("srv", "C");
+    EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
+    client->UnblockSubscribe(false);
+    EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
+    client->BlockSubscribe();
+    client->RegisterPlain("srv", "D");
+    EXPECT_THAT(Calls("Subscribe"), IsEmpty());
+}
+
+TEST_F(Connections, OneBlockHoldsBackAllScripts) {
+    Run("SUBSCRIBE STOP\nREMOTE a srv@V\nSUBSCRIBE STOP", 5);
+    Start("REMOTE b srv@W\nSUBSCRIBE START\nREMOTE c srv@X", "drugi.kx");
+    Tick(5);
+    EXPECT_THAT(Calls("Subscribe"), IsEmpty());
+    Start("SUBSCRIBE START", "trzeci.kx");
+    Tick(5);
+    EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
+}
+
+TEST_F(Connections, ResetOfAnyScriptEndsAllBlocksAndTellsTheServerOnce) {
+    Run("REMOTE a srv@V\nREMOTE b srv@W\nSUBSCRIBE STOP\nSUBSCRIBE STOP\nSUBSCRIBE STOP", 5);
+    CKalvexDoc& other = Start("REMOTE c srv@X\nREMOTE d srv@Y", "drugi.kx");
+    Tick(5);
+    Calls("");
+    other.Reset();
+    EXPECT_THAT(Calls(""),
+                ElementsAre("UnRegisterVariable X", "UnRegisterVariable Y", "Subscribe"));
+    client->RegisterPlain("srv", "Z");
+    EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
+}
+
+TEST_F(Connections, ResetReleasesVariablesAndRequests) {
+    Plant("'latencyTicks': 100, 'variables': {'V': {}}");
+    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 1);
+    Tick(2);
+    document.Variables().Find("a")->RequestRange(KindHour, 1, 1);
+    document.Variables().Find("a")->RequestRange(KindArchive, 1, 2);
+    document.Variables().Find("a")->SetValue(CVal(1), KindDay);
+    Calls("");
+    document.Reset();
+    EXPECT_THAT(Calls("Cancel"),
+                ElementsAre("CancelHourReportRequest", "CancelArchiveDataRequest"));
+    EXPECT_EQ(Connection().GetVarVal("V"), nullptr);
+    Tick(200);
+}
+
+TEST_F(Connections, VariableOfTwoScriptsOutlivesTheResetOfOne) {
+    Plant("'variables': {'V': {'current': [{'value': 1}, {'atTick': 30, 'value': 2}]}}");
+    CKalvexDoc& first = Start("REMOTE a srv@V", "pierwszy.kx");
+    CKalvexDoc& second = Start("REMOTE b srv@V", "drugi.kx");
+    Tick(10);
+    first.Reset();
+    Tick(30);
+    EXPECT_EQ(Stored(second, "b"), "2/0");
+}
+
+// ---- definitions
+
+TEST_F(Connections, DefinitionsReachTheVariables) {
+    Plant(
+        "'latencyTicks': 5, 'variables': {'V': {'attributes': {'un': 'm3/h', 'de': 'Przepływ', "
+        "'nd': 'Z1', 'fo': '%.2f', 'min': '0', 'max': '500', 'at': 4, 'rt': 20}}, "
+        "'W': {'attributes': {'at': 64, 'rt': 10}}}");
+    CKalvexDoc& document = Start("REMOTE a srv@V");
+    EXPECT_FALSE(client->Services().definitionsChanged);
+    Tick(2);
+    EXPECT_TRUE(client->Services().definitionsChanged);
+    CVariable& a = *document.Variables().Find("a");
+    EXPECT_EQ(a.GetUnit(), "m3/h");
+    EXPECT_EQ(ToUtf8(a.GetDescription()), "Przepływ");
+    EXPECT_EQ(a.GetDescName(), "Z1");
+    EXPECT_EQ(a.GetDispFormat(), "%.2f");
+    EXPECT_EQ(a.GetMinVal(), "0");
+    EXPECT_EQ(a.GetMaxVal(), "500");
+    EXPECT_EQ(a.IsArchived(), 1);
+    EXPECT_EQ(a.HasHourReport(), 0);
+    EXPECT_EQ(a.HasDayReport(), 1);
+    EXPECT_EQ(a.HasMonthReport(), 0);
+    EXPECT_EQ(a.HasSpanReport(), 1);
+    CKalvexDoc& other = Start("REMOTE b srv@V\nREMOTE c srv@W", "drugi.kx");
+    Tick(1);
+    EXPECT_EQ(other.Variables().Find("b")->GetUnit(), "m3/h");
+    Tick(5);
+    CVariable& c = *other.Variables().Find("c");
+    EXPECT_EQ(c.GetUnit(), "");
+    EXPECT_EQ(c.IsArchived(), 0);
+    EXPECT_EQ(c.HasHourReport(), 1);
+    EXPECT_EQ(c.HasDayReport(), 0);
+    EXPECT_EQ(c.HasMonthReport(), 1);
+    EXPECT_EQ(c.HasSpanReport(), 0);
+}
+
+TEST_F(Connections, ArchiveBits) {
+    Plant(
+        "'variables': {'A': {'attributes': {'at': 2}}, 'B': {'attributes': {'at': 32}}, "
+        "'C': {'attributes': {'at': 89}}}");
+    CKalvexDoc& document = Run("REMOTE a srv@A\nREMOTE b srv@B\nREMOTE c srv@C", 5);
+    EXPECT_EQ(document.Variables().Find("a")->IsArchived(), 1);
+    EXPECT_EQ(document.Variables().Find("b")->IsArchived(), 1);
+    EXPECT_EQ(document.Variables().Find("c")->IsArchived(), 0);
+}
+
+TEST_F(Connections, NamesOfTheServersVariables) {
+    Plant("'connectAtTick': null, 'variables': {'Z': {}, 'A': {}}");
+    EXPECT_EQ(client->GetVariableNames("srv"), (std::vector<std::string>{"Z", "A"}));
+    EXPECT_EQ(client->GetVariableNames("inny"), std::nullopt);
+    EXPECT_NE(client->FindConnection("srv"), nullptr);
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,162 @@
+#include <gmock/gmock.h>
+
+#include "sources/ReportNotifications.h"
+#include "sources/source_world.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+class Notifications : public SourceWorld {
+  protected:
+    // The error of a script with this line, "0" when it went through.
+    std::string ErrorOf(const std::string& line) {
+        CKalvexDoc& document = Run("REMOTE a srv@V\n" + line, 2);
+        return document.m_nCurrentLine == 2 ? "0" : Error(document);
+    }
+
+    static std::vector<std::int64_t> Queue(CKalvexDoc& document, int kind) {
+        const CNotifyRecord* record = CReportNotifications::Of(document).Find(kind, "srv");
+        if (record == nullptr) return {};
+        return {record->arrTimes.begin(), record->arrTimes.end()};
+    }
+};
+
+TEST_F(Notifications, QueueHoldsEachTimeOnceOldestFirst) {
+    Plant(
+        "'reportChanges': [{'atTick': 10, 'kind': 'HREP', 'time': 200}, "
+        "{'atTick': 11, 'kind': 'HREP', 'time': 100}, {'atTick': 12, 'kind': 'HREP', "
+        "'time': 200}, {'atTick': 13, 'kind': 'DREP', 'time': 300}]");
+    CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
+    Tick(20);
+    EXPECT_THAT(Queue(document, KindHour), ElementsAre(200, 100));
+    EXPECT_THAT(Queue(document, KindDay), ElementsAre());
+}
+
+TEST_F(Notifications, TimesAreTakenOneByOne) {
+    Plant(
+        "'reportChanges': [{'atTick': 5, 'kind': 'SREP', 'time': 200}, "
+        "{'atTick': 6, 'kind': 'SREP', 'time': 100}]");
+    CKalvexDoc& document = Start(
+        "REMOTE a srv@V\nENABLE_NOTIFY SREP srv\n:c\n"
+        "IF TIME < 1710050410 GOTO c\nLOCAL n = NOTIFY_QUEUE_COUNT SREP srv\n"
+        "LOCAL t = NOTIFY SREP srv\nLOCAL m = NOTIFYING_QUEUE_SIZE SREP srv\n"
+        "LOCAL u = NOTIFY SREP srv\nLOCAL w = NOTIFY SREP srv");
+    Tick(10);
+    clock.Advance(60000);
+    Tick(2);
+    EXPECT_EQ(Value(document, "n"), "150:2");
+    EXPECT_EQ(Value(document, "t"), "160:200");
+    EXPECT_EQ(Value(document, "m"), "150:1");
+    EXPECT_EQ(Value(document, "u"), "160:100");
+    EXPECT_EQ(Value(document, "w"), "160:0");
+}
+
+TEST_F(Notifications, EachKindAndDocumentHasItsQueue) {
+    Plant(
+        "'reportChanges': [{'atTick': 10, 'kind': 'DREP', 'time': 100}, "
+        "{'atTick': 11, 'kind': 'MREP', 'time': 200}, {'atTick': 12, 'kind': 'SREP', "
+        "'time': 300}]");
+    CKalvexDoc& first = Start("REMOTE a srv@V\nENABLE_NOTIFY DREP srv\nENABLE_NOTIFY MREP srv");
+    CKalvexDoc& second = Start("ENABLE_NOTIFY SREP srv\nENABLE_NOTIFY DREP srv", "drugi.kx");
+    Tick(20);
+    EXPECT_THAT(Queue(first, KindDay), ElementsAre(100));
+    EXPECT_THAT(Queue(first, KindMonth), ElementsAre(200));
+    EXPECT_THAT(Queue(first, KindSpan), ElementsAre());
+    EXPECT_THAT(Queue(second, KindDay), ElementsAre(100));
+    EXPECT_THAT(Queue(second, KindSpan), ElementsAre(300));
+}
+
+TEST_F(Notifications, DisabledQueueStaysAndTakesNothing) {
+    Plant(
+        "'reportChanges': [{'atTick': 5, 'kind': 'HREP', 'time': 100}, "
+        "{'atTick': 15, 'kind': 'HREP', 'time': 200}, {'atTick': 25, 'kind': 'HREP', "
+        "'time': 300}]");
+    CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
+    Tick(10);
+    CKalvexDoc& other = document;
+    EXPECT_THAT(Queue(other, KindHour), ElementsAre(100));
+    CReportNotifications::Of(document).Find(KindHour, "srv")->bEnabled = false;
+    Tick(10);
+    EXPECT_THAT(Queue(document, KindHour), ElementsAre(100));
+    CReportNotifications::Of(document).Find(KindHour, "srv")->bEnabled = true;
+    Tick(10);
+    EXPECT_THAT(Queue(document, KindHour), ElementsAre(100, 300));
+}
+
+TEST_F(Notifications, DisableAndEnableInAScript) {
+    Plant("'reportChanges': [{'atTick': 5, 'kind': 'HREP', 'time': 100}]");
+    CKalvexDoc& document = Start(
+        "REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY HREP srv\n:c\n"
+        "IF TIME < 1710050410 GOTO c\nDISABLE_NOTIFY HREP srv\n"
+        "LOCAL n = NOTIFY_QUEUE_COUNT HREP srv\nLOCAL t = NOTIFY HREP srv\n"
+        "ENABLE_NOTIFY HREP srv\nLOCAL u = NOTIFY HREP srv");
+    Tick(10);
+    clock.Advance(60000);
+    Tick(2);
+    EXPECT_EQ(Value(document, "n"), "150:1");
+    EXPECT_EQ(Value(document, "t"), "160:0");
+    EXPECT_EQ(Value(document, "u"), "160:100");
+}
+
+TEST_F(Notifications, RefusedStatements) {
+    EXPECT_EQ(ErrorOf("ENABLE_NOTIFY HREP inny"), "11");
+    EXPECT_EQ(ErrorOf("ENABLE_NOTIFY CURDATA srv"), "11");
+    EXPECT_EQ(ErrorOf("ENABLE_NOTIFY ARCH srv"), "11");
+    EXPECT_EQ(ErrorOf("ENABLE_NOTIFY hrep srv"), "11");
+    EXPECT_EQ(ErrorOf("ENABLE_NOTIFY"), "11");
+    EXPECT_EQ(ErrorOf("DISABLE_NOTIFY HREP srv"), "11");
+    EXPECT_EQ(ErrorOf("ENABLE_NOTIFY HREP srv"), "0");
+}
+
+TEST_F(Notifications, NoSourcesAtAll) {
+    services.sources = nullptr;
+    EXPECT_EQ(Error(Run("ENABLE_NOTIFY HREP srv", 2)), "11");
+    EXPECT_EQ(Value(Run("LOCAL n = NOTIFY HREP srv", 2), "n"), "160:0");
+}
+
+TEST_F(Notifications, EnableWaitsForTheSource) {
+    CKalvexDoc& document = Start("ENABLE_NOTIFY HREP srv");
+    Tick(5);
+    EXPECT_EQ(document.m_nCurrentLine, 0);
+    Start("REMOTE a srv@V", "drugi.kx");
+    Tick(2);
+    EXPECT_EQ(document.m_nCurrentLine, 1);
+}
+
+TEST_F(Notifications, FunctionsWithoutARecordGiveZero) {
+    CKalvexDoc& document =
+        Run("LOCAL a = NOTIFY HREP srv\nLOCAL b = NOTIFY CURDATA srv\n"
+            "LOCAL c = NOTIFY_QUEUE_COUNT HREP srv\n"
+            "LOCAL d = NOTIFYING_QUEUE_SIZE xyz srv",
+            2);
+    EXPECT_EQ(Value(document, "a"), "160:0");
+    EXPECT_EQ(Value(document, "b"), "160:0");
+    EXPECT_EQ(Value(document, "c"), "150:0");
+    EXPECT_EQ(Value(document, "d"), "150:0");
+}
+
+TEST_F(Notifications, ResetTakesTheDocumentOffTheConnection) {
+    Plant("'reportChanges': [{'atTick': 10, 'kind': 'HREP', 'time': 100}]");
+    CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY DREP srv");
+    Tick(5);
+    document.Reset();
+    Tick(10);
+    EXPECT_EQ(CReportNotifications::Of(document).Find(KindHour, "srv"), nullptr);
+    EXPECT_TRUE(Connection().AddNotifyDoc(KindHour, document));
+    EXPECT_FALSE(Connection().AddNotifyDoc(KindHour, document));
+    EXPECT_TRUE(Connection().AddNotifyDoc(KindDay, document));
+    EXPECT_FALSE(Connection().AddNotifyDoc(KindCurrent, document));
+    EXPECT_FALSE(Connection().AddNotifyDoc(KindArchive, document));
+    client->RemoveNotifyDoc(KindHour, "srv", document);
+    client->RemoveNotifyDoc(KindDay, "srv", document);
+    client->RemoveNotifyDoc(KindArchive, "srv", document);
+    client->RemoveNotifyDoc(KindDay, "inny", document);
+    EXPECT_TRUE(client->AddNotifyDoc(KindHour, "srv", document));
+    EXPECT_FALSE(client->AddNotifyDoc(KindHour, "inny", document));
+    client->RemoveNotifyDoc(KindHour, "srv", document);
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,543 @@
+#include <gmock/gmock.h>
+
+#include "sources/VariableRemote.h"
+#include "sources/source_world.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class RemoteVariable : public SourceWorld {
+  protected:
+    // "a" bound to V, with its data.
+    CKalvexDoc& Declare(std::string_view plantContent) {
+        Plant(plantContent);
+        CKalvexDoc& document = Run("REMOTE a srv@V", 2);
+        Calls("");
+        return document;
+    }
+
+    static CVariable& Variable(CKalvexDoc& document, std::string_view name = "a") {
+        return *document.Variables().Find(name);
+    }
+
+    // The answer of GetValue with what it read, as "answer text/status".
+    static std::string Read(CKalvexDoc& document, int kind, int mode = 0) {
+        CVal value;
+        const int answer = Variable(document).GetValue(value, kind, mode);
+        return std::to_string(answer) + " " + ValueToText(value) + "/" +
+               std::to_string(value.GetStatus());
+    }
+
+    static std::int64_t Time(CKalvexDoc& document, int kind) {
+        std::int64_t time = -7;
+        EXPECT_EQ(Variable(document).GetTime(&time, kind), 1);
+        return time;
+    }
+
+    static int StatusOf(CKalvexDoc& document, int kind) {
+        std::uint16_t status = 0xFFFF;
+        EXPECT_EQ(Variable(document).GetStatus(&status, kind), 1);
+        return status;
+    }
+
+    static constexpr const char* kPlain =
+        "'variables': {'V': {'current': [{'value': 12.5, 'status': 16, 'time': 1710050000}]}}";
+};
+
+TEST_F(RemoteVariable, DeclarationSplitsTheTargetAtTheFirstAt) {
+    CKalvexDoc& document = Run("REMOTE a srv@V@W\nREMOTE a srv@inny", 2);
+    EXPECT_EQ(Link(document, "a").GetSource(), "srv");
+    EXPECT_EQ(Link(document, "a").GetVariable(), "V@W");
+    EXPECT_EQ(&Link(document, "a").GetDocument(), &document);
+    EXPECT_EQ(document.Variables().GetSize(), 1u);
+    EXPECT_EQ(Variable(document).GetKind(), VariableRemote);
+    EXPECT_THAT(Calls("Register"), ElementsAre("RegisterVariable V@W"));
+}
+
+TEST_F(RemoteVariable, BadDeclarationsStopTheScript) {
+    CKalvexDoc& document = Run("REMOTE a.b srv@V", 2);
+    EXPECT_EQ(Error(document), "23 a.b");
+    EXPECT_EQ(document.GetStateWord(), StatePaused);
+    CKalvexDoc& other = Run("REMOTE a srv", 2);
+    EXPECT_EQ(Error(other), "2 srv");
+    EXPECT_EQ(other.GetStateWord(), StatePaused);
+    EXPECT_EQ(other.Variables().GetSize(), 0u);
+}
+
+TEST_F(RemoteVariable, ReadingWaitsForDataAndGoesOn) {
+    Plant("'connectAtTick': 20, 'variables': {'V': {'current': [{'value': 12.5}]}}");
+    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
+    Tick(19);
+    EXPECT_EQ(Error(document), "27 a");
+    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_THAT(NewLog(LogEvents), ElementsAre("main.kx : Linia 3 - Oczekiwanie na pobranie danych "
+                                               "bieżących : a"));
+    Tick(1);
+    EXPECT_EQ(Value(document, "x"), "171:12.50");
+    EXPECT_EQ(document.m_nCurrentLine, 3);
+}
+
+TEST_F(RemoteVariable, ServerThatGoesAwayHoldsTheLine) {
+    Plant(
+        "'outages': [{'fromTick': 20, 'toTick': 40}], 'variables': {'V': {'current': "
+        "[{'value': 1}]}}");
+    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL n = 0\n:p\nSET n = n + a\nGOTO p");
+    Tick(19);
+    Tick(1);
+    EXPECT_EQ(Error(document), "27 a");
+    const std::string held = Value(document, "n");
+    Tick(19);
+    EXPECT_EQ(Value(document, "n"), held);
+    Tick(1);
+    EXPECT_NE(Value(document, "n"), held);
+    EXPECT_EQ(Error(document), "0");
+}
+
+TEST_F(RemoteVariable, AnswersOfGetValue) {
+    CKalvexDoc& document = Declare(kPlain);
+    EXPECT_EQ(Read(document, KindCurrent), "1 12.50/16");
+    EXPECT_EQ(Read(document, KindHour), "2 /0");
+    EXPECT_EQ(Read(document, KindArchive), "2 /0");
+    EXPECT_EQ(Read(document, KindNone), "2 /0");
+    EXPECT_EQ(Read(document, KindArchive, 1), "2 /0");
+}
+
+TEST_F(RemoteVariable, WithoutDataTheAnswerIsNothingWhateverWasRead) {
+    Plant("'dataAtTick': 10, 'variables': {'V': {'current': [{'value': 1}]}}");
+    CKalvexDoc& document = Run("REMOTE a srv@V\nSET a.HREP = 4", 5);
+    EXPECT_EQ(Read(document, KindHour), "0 4.00/32768");
+    EXPECT_EQ(Read(document, KindCurrent), "0 /0");
+}
+
+TEST_F(RemoteVariable, SuffixesOfNames) {
+    Plant("'variables': {'V': {'current': [{'value': 7}]}}");
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nSET a.hrep = 4\nLOCAL x = a.HREP\nLOCAL y = a.CURDATA", 3);
+    EXPECT_EQ(Value(document, "x"), "171:4.00");
+    EXPECT_EQ(Value(document, "y"), "150:7");
+    EXPECT_EQ(Error(Run("REMOTE a srv@V\nLOCAL x = a\nLOCAL y = a.XYZ", 3)), "15 a.XYZ");
+    EXPECT_EQ(Error(Run("REMOTE a srv@V\nLOCAL x = a\nLOCAL y = a.ARCH", 3)), "15 a.ARCH");
+}
+
+// ---- unknown values
+
+TEST_F(RemoteVariable, UnknownValueIsRefusedUnlessIgnored) {
+    CKalvexDoc& document =
+        Declare("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
+    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+    EXPECT_EQ(Read(document, KindCurrent, 1), "1 3.50/1");
+    EXPECT_EQ(Variable(document).SetIgnoreUnknown(true), 1);
+    EXPECT_EQ(Read(document, KindCurrent), "1 3.50/1");
+    Variable(document).SetIgnoreUnknown(false);
+    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+}
+
+TEST_F(RemoteVariable, UnknownWithoutAValueIsRefusedEvenIfIgnored) {
+    CKalvexDoc& document =
+        Declare("'variables': {'V': {'current': [{'value': null, 'status': 1}]}}");
+    Variable(document).SetIgnoreUnknown(true);
+    EXPECT_EQ(Read(document, KindCurrent), "2 /1");
+}
+
+TEST_F(RemoteVariable, NoValueIsRefused) {
+    CKalvexDoc& document = Declare("'variables': {'V': {}}");
+    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+    Variable(document).SetIgnoreUnknown(true);
+    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+}
+
+TEST_F(RemoteVariable, IgnoringAppliesToOldAndNewVariables) {
+    Plant("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nIGNORE_UNKNOWN_ON\nLOCAL x = a\nREMOTE b srv@V\nLOCAL y = b\n"
+            "IGNORE_UNKNOWN_OFF\nREMOTE c srv@V\nLOCAL z = c",
+            5);
+    EXPECT_EQ(Value(document, "x"), "171:3.50");
+    EXPECT_EQ(Value(document, "y"), "171:3.50");
+    EXPECT_EQ(Error(document), "15 c");
+    EXPECT_FALSE(Link(document, "a").IsIgnoreUnknown());
+}
+
+TEST_F(RemoteVariable, ReportSlotIsUsableOnlyWhenReady) {
+    CKalvexDoc& document = Declare(
+        "'variables': {'V': {'hour': [{'time': 3600, 'value': 1, "
+        "'status': 1}]}}");
+    Variable(document).RequestRange(KindHour, 3600, 3600);
+    EXPECT_EQ(Read(document, KindHour, 1), "2 /0");
+    Tick(1);
+    EXPECT_EQ(Read(document, KindHour), "2 /0");
+    EXPECT_EQ(Read(document, KindHour, 1), "1 1/1");
+    Variable(document).SetIgnoreUnknown(true);
+    EXPECT_EQ(Read(document, KindHour), "1 1/1");
+}
+
+// ---- types, status words, times
+
+TEST_F(RemoteVariable, TypeOfTheValue) {
+    CKalvexDoc& document = Declare("'variables': {'V': {'current': [{'value': 3, 'status': 1}]}}");
+    CVariable& variable = Variable(document);
+    EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::Int);
+    EXPECT_EQ(variable.GetValueType(KindCurrent, 0), ValueType::None);
+    EXPECT_EQ(variable.GetValueType(KindHour, 1), ValueType::None);
+    EXPECT_EQ(variable.GetValueType(KindArchive, 1), ValueType::None);
+}
+
+TEST_F(RemoteVariable, StatusIsThatOfTheStoredValue) {
+    CKalvexDoc& document = Declare(
+        "'latencyTicks': 5, 'variables': {'V': {'current': [{'value': 3, "
+        "'status': 16}], 'hour': [{'time': 3600, 'value': 1, "
+        "'status': 384}]}}");
+    Tick(5);
+    EXPECT_EQ(StatusOf(document, KindCurrent), 16);
+    EXPECT_EQ(StatusOf(document, KindHour), 0);
+    EXPECT_EQ(StatusOf(document, KindArchive), 1);
+    EXPECT_EQ(StatusOf(document, KindNone), 1);
+    Variable(document).RequestRange(KindHour, 3600, 3600);
+    Tick(5);
+    EXPECT_EQ(StatusOf(document, KindHour), 384);
+    Variable(document).RequestRange(KindHour, 7, 7);
+    EXPECT_EQ(StatusOf(document, KindHour), 384);
+    EXPECT_EQ(Variable(document).IsReportLoaded(KindHour), 1);
+    EXPECT_EQ(Variable(document).IsReportInited(KindHour), 1);
+    EXPECT_EQ(Variable(document).IsReportLoaded(KindDay), 0);
+    EXPECT_EQ(Variable(document).IsReportLoaded(KindCurrent), 0);
+    EXPECT_EQ(Variable(document).IsReportInited(KindArchive), 0);
+}
+
+TEST_F(RemoteVariable, NewStatusGoesToTheServerMarked) {
+    CKalvexDoc& document = Declare(kPlain);
+    EXPECT_EQ(Variable(document).SetStatus(4, KindCurrent), 1);
+    EXPECT_THAT(Calls("Modify"), ElementsAre("AddCurrentDataModifyRequest V 12.50/32772",
+                                             "MakeCurrentDataModifyRequest"));
+    EXPECT_EQ(Read(document, KindCurrent), "1 12.50/32772");
+    Variable(document).SetValue(CVal(3), KindDay);
+    EXPECT_EQ(Variable(document).SetStatus(8, KindDay), 1);
+    EXPECT_EQ(Read(document, KindDay), "1 3/32776");
+    EXPECT_EQ(Variable(document).SetStatus(8, KindArchive), 0);
+}
+
+TEST_F(RemoteVariable, TimeOfAReportIsTheStartOfItsPeriod) {
+    CKalvexDoc& document = Declare(kPlain);
+    CVal value(1);
+    value.SetTime(Local("2024-03-10 07:23:45"));
+    for (int kind = KindHour; kind <= KindSpan; ++kind) Variable(document).SetValue(value, kind);
+    EXPECT_EQ(Time(document, KindCurrent), 1710050000);
+    EXPECT_EQ(Time(document, KindHour), Local("2024-03-10 07:00:00"));
+    EXPECT_EQ(Time(document, KindDay), Local("2024-03-10 00:00:00"));
+    EXPECT_EQ(Time(document, KindMonth), Local("2024-03-01 00:00:00"));
+    EXPECT_EQ(Time(document, KindSpan), Local("2024-03-10 07:00:00"));
+    EXPECT_EQ(Time(document, KindArchive), 0);
+    EXPECT_EQ(Time(document, KindNone), 0);
+}
+
+TEST_F(RemoteVariable, NewTimeOfAReportStaysHere) {
+    CKalvexDoc& document = Declare(kPlain);
+    Variable(document).SetValue(CVal(77.5), KindHour);
+    EXPECT_EQ(Variable(document).SetTime(Local("2024-03-09 06:23:45"), KindHour), 1);
+    EXPECT_EQ(Read(document, KindHour), "1 77.50/32768");
+    EXPECT_EQ(Time(document, KindHour), Local("2024-03-09 06:00:00"));
+    EXPECT_THAT(Calls(""), IsEmpty());
+}
+
+TEST_F(RemoteVariable, NameAndText) {
+    CKalvexDoc& document = Declare(
+        "'variables': {'V': {'current': [{'value': 1}, {'atTick': 5, "
+        "'value': 2}]}}");
+    Variable(document).SetLocked(true);
+    Tick(5);
+    std::string text;
+    EXPECT_EQ(Variable(document).GetNameValueText(text, KindHour), 1);
+    EXPECT_EQ(text, "a:2");
+}
+
+TEST_F(RemoteVariable, TextIsWrittenAsCurrentData) {
+    CKalvexDoc& document = Declare(kPlain);
+    EXPECT_EQ(Variable(document).SetValueText("praca", KindDay), 1);
+    EXPECT_THAT(Calls("Add"), ElementsAre("AddCurrentDataModifyRequest V praca/32768"));
+}
+
+TEST_F(RemoteVariable, CopyTakesStatusAndTimeAlong) {
+    CKalvexDoc& document = Declare(kPlain);
+    CVariableLocal source("x");
+    CVal value(8);
+    value.SetStatus(4);
+    value.SetTime(1710000000);
+    source.SetValue(value, KindDay);
+    EXPECT_EQ(Variable(document).CopyFrom(&source, KindDay), 1);
+    EXPECT_EQ(Read(document, KindDay), "1 8/32772");
+    EXPECT_EQ(Variable(document).CopyFrom(nullptr, KindDay), 0);
+    CVariableList empty("l");
+    EXPECT_EQ(Variable(document).CopyFrom(&empty, KindCurrent), 0);
+    EXPECT_THAT(Calls(""), IsEmpty());
+}
+
+// ---- writing
+
+TEST_F(RemoteVariable, WriteIsSeenAtOnceAndConfirmed) {
+    CKalvexDoc& document = Declare(
+        "'latencyTicks': 10, 'variables': {'V': {'current': "
+        "[{'value': 1}, {'atTick': 8, 'value': 2}]}}");
+    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindCurrent), 1);
+    EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
+    Tick(6);
+    EXPECT_EQ(Read(document, KindCurrent), "1 2/0");
+    Tick(4);
+    EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
+    EXPECT_THAT(NewLog(LogTransmission), ElementsAre("Nawiązanie połączenia z srv"));
+}
+
+TEST_F(RemoteVariable, RefusedWriteStaysUntilTheNextUpdate) {
+    CKalvexDoc& document = Declare(
+        "'variables': {'V': {'writeError': 9, 'current': [{'value': 1}, "
+        "{'atTick': 20, 'value': 2}]}}");
+    Variable(document).SetValue(CVal(5), KindCurrent);
+    Tick(10);
+    EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
+    Tick(10);
+    EXPECT_EQ(Read(document, KindCurrent), "1 2/0");
+    EXPECT_THAT(NewLog(), IsEmpty());
+}
+
+TEST_F(RemoteVariable, AssignedReportValueMakesNoTraffic) {
+    CKalvexDoc& document = Declare(kPlain);
+    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindMonth), 1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindMonth), RequestReady);
+    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindArchive), 0);
+    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindNone), 0);
+    EXPECT_THAT(Calls(""), IsEmpty());
+}
+
+TEST_F(RemoteVariable, AssignmentCancelsTheRequestUnderWay) {
+    CKalvexDoc& document = Declare(
+        "'latencyTicks': 10, 'variables': {'V': {'hour': [{'time': 3600, "
+        "'value': 1}]}}");
+    Variable(document).RequestRange(KindHour, 3600, 3600);
+    Variable(document).SetValue(CVal(5), KindHour);
+    EXPECT_THAT(Calls("Cancel"), ElementsAre("CancelHourReportRequest"));
+    Tick(20);
+    EXPECT_EQ(Read(document, KindHour), "1 5/32768");
+    Variable(document).SetValue(CVal(6), KindHour);
+    EXPECT_THAT(Calls("Cancel"), IsEmpty());
+}
+
+// ---- locking
+
+TEST_F(RemoteVariable, LockReadsASnapshot) {
+    CKalvexDoc& document = Declare(
+        "'variables': {'V': {'current': [{'value': 1}, {'atTick': 10, "
+        "'value': 2, 'status': 4, 'time': 77}]}}");
+    EXPECT_EQ(Variable(document).SetLocked(true), 1);
+    Tick(10);
+    EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
+    EXPECT_EQ(StatusOf(document, KindCurrent), 0);
+    EXPECT_EQ(Time(document, KindCurrent), kStart);
+    Variable(document).SetLocked(true);
+    EXPECT_EQ(Read(document, KindCurrent), "1 2/4");
+    Variable(document).SetLocked(false);
+    EXPECT_EQ(Read(document, KindCurrent), "1 2/4");
+    EXPECT_EQ(Time(document, KindCurrent), 77);
+}
+
+TEST_F(RemoteVariable, WriteUnderLockGoesToTheServerAndTheSnapshot) {
+    CKalvexDoc& document = Declare(
+        "'latencyTicks': 10, 'variables': {'V': {'current': "
+        "[{'value': 1}]}}");
+    Variable(document).SetLocked(true);
+    Variable(document).SetValue(CVal(9), KindCurrent);
+    EXPECT_EQ(Read(document, KindCurrent), "1 9/32768");
+    Variable(document).SetLocked(false);
+    EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
+    Tick(10);
+    EXPECT_EQ(Read(document, KindCurrent), "1 9/32768");
+}
+
+TEST_F(RemoteVariable, LockDoesNotReachNewVariables) {
+    Plant("'variables': {'V': {'current': [{'value': 1}, {'atTick': 20, 'value': 2}]}}");
+    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a\nLOCK\nREMOTE b srv@V", 25);
+    EXPECT_EQ(Stored(document, "a"), "1/0");
+    EXPECT_EQ(Stored(document, "b"), "2/0");
+    EXPECT_TRUE(Link(document, "a").IsLocked());
+    EXPECT_FALSE(Link(document, "b").IsLocked());
+}
+
+// ---- sharing
+
+TEST_F(RemoteVariable, TwoNamesShareTheValueAndNothingElse) {
+    Plant(kPlain);
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nREMOTE b srv@V\nLOCAL x = a\nSET a = 9\n"
+            "LOCAL y = b\nSET a.HREP = 4",
+            3);
+    EXPECT_EQ(Value(document, "y"), "171:9.00");
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestReady);
+    EXPECT_EQ(Link(document, "b").GetRequestState(KindHour), RequestNone);
+    EXPECT_EQ(Connection().GetVarVal("V"), Link(document, "a").GetVarVal());
+    EXPECT_EQ(Connection().GetVarVal("V"), Link(document, "b").GetVarVal());
+}
+
+// ---- ready
+
+TEST_F(RemoteVariable, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
+    CKalvexDoc& document = Declare("'latencyTicks': 10, 'variables': {'V': {}}");
+    CVariable& variable = Variable(document);
+    for (int kind = KindCurrent; kind <= KindArchive; ++kind) {
+        EXPECT_EQ(variable.IsReady(kind), 1) << kind;
+    }
+    EXPECT_EQ(variable.IsReady(KindNone), 0);
+    EXPECT_EQ(variable.IsReady(7), 0);
+    for (int kind = KindHour; kind <= KindArchive; ++kind) {
+        variable.RequestRange(kind, 1, 2);
+        EXPECT_EQ(variable.IsReady(kind), 0) << kind;
+    }
+    Tick(10);
+    for (int kind = KindHour; kind <= KindArchive; ++kind) {
+        EXPECT_EQ(variable.IsReady(kind), 1) << kind;
+    }
+}
+
+TEST_F(RemoteVariable, CurrentValueIsReadyWithoutAConnection) {
+    Plant("'connectAtTick': null");
+    EXPECT_EQ(Variable(Run("REMOTE a srv@V", 5)).IsReady(KindCurrent), 1);
+}
+
+// ---- requests
+
+TEST_F(RemoteVariable, RangeIsRemembered) {
+    CKalvexDoc& document = Declare(kPlain);
+    CVariable& variable = Variable(document);
+    EXPECT_EQ(variable.RequestRange(KindHour, 100, 200), 1);
+    EXPECT_EQ(variable.GetRequestStart(), 100);
+    EXPECT_EQ(variable.GetRequestEnd(), 200);
+    EXPECT_EQ(variable.RequestRange(KindCurrent, 300, 400), 0);
+    EXPECT_EQ(variable.GetRequestStart(), 0);
+    EXPECT_EQ(variable.GetRequestEnd(), 0);
+    EXPECT_EQ(variable.RequestRange(KindNone, 300, 400), 0);
+}
+
+TEST_F(RemoteVariable, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
+    CKalvexDoc& document = Declare(kPlain);
+    CVariable& variable = Variable(document);
+    variable.RequestRange(KindDay, Local("2024-03-10 00:00:00"), Local("2024-03-10 00:00:00"));
+    variable.RequestRange(KindMonth, Local("2024-02-01 00:00:00"), Local("2024-03-01 00:00:00"));
+    variable.RequestRange(KindArchive, Local("2024-03-10 00:00:00"), Local("2024-03-10 00:00:00"));
+    EXPECT_THAT(Calls(""),
+                ElementsAre("AddDayReportRequest V 2024-03-10 00:00:00", "MakeDayReportRequest",
+                            "AddMonthReportRequest V 2024-02-01 00:00:00 - 2024-03-01 "
+                            "00:00:00 into a list",
+                            "MakeMonthReportRequest",
+                            "AddArchiveDataRequest V 2024-03-10 00:00:00 into a list",
+                            "MakeArchiveDataRequest"));
+}
+
+TEST_F(RemoteVariable, NewRequestOfAKindCancelsTheOlder) {
+    CKalvexDoc& document = Declare(
+        "'latencyTicks': 10, 'variables': {'V': {'hour': [{'time': 1, "
+        "'value': 1}, {'time': 2, 'value': 2}]}}");
+    CVariable& variable = Variable(document);
+    variable.RequestRange(KindHour, 1, 1);
+    variable.RequestRange(KindDay, 1, 1);
+    Tick(5);
+    Calls("");
+    variable.RequestRange(KindHour, 2, 2);
+    EXPECT_THAT(Calls("Cancel"), ElementsAre("CancelHourReportRequest"));
+    Tick(5);
+    EXPECT_EQ(variable.IsReady(KindHour), 0);
+    EXPECT_EQ(variable.IsReady(KindDay), 1);
+    Tick(5);
+    EXPECT_EQ(Read(document, KindHour), "1 2/0");
+    variable.RequestRange(KindHour, 1, 1);
+    EXPECT_THAT(Calls("Cancel"), IsEmpty());
+}
+
+TEST_F(RemoteVariable, FailedRequestLeavesAnUnknownEmptyValue) {
+    CKalvexDoc& document = Declare("'variables': {'V': {'readError': 8}}");
+    CVal value(5);
+    value.SetTime(Local("2024-03-10 07:00:00"));
+    Variable(document).SetValue(value, KindHour);
+    Variable(document).RequestRange(KindHour, 1, 1);
+    Tick(1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+    EXPECT_EQ(StatusOf(document, KindHour), Status::Unknown);
+    EXPECT_EQ(Read(document, KindHour, 1), "2 /0");
+    EXPECT_EQ(Variable(document).IsReady(KindHour), 1);
+    Variable(document).RequestRange(KindArchive, 1, 2);
+    Tick(1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindArchive), RequestFailed);
+}
+
+TEST_F(RemoteVariable, RangeAnswerLeavesTheSlotsValueAlone) {
+    CKalvexDoc& document = Declare("'variables': {'V': {'hour': [{'time': 1, 'value': 1}]}}");
+    Variable(document).SetValue(CVal(5), KindHour);
+    Variable(document).RequestRange(KindHour, 0, 9);
+    Tick(1);
+    EXPECT_EQ(Read(document, KindHour), "1 5/32768");
+    EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 1u);
+}
+
+TEST_F(RemoteVariable, EveryRequestEmptiesTheOneList) {
+    CKalvexDoc& document = Declare("'variables': {'V': {'archive': [{'time': 1, 'value': 1}]}}");
+    Variable(document).RequestRange(KindArchive, 0, 9);
+    Tick(1);
+    EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 1u);
+    Variable(document).RequestRange(KindDay, 1, 1);
+    EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 0u);
+}
+
+TEST_F(RemoteVariable, RequestToAServerThatIsOutFailsAtOnce) {
+    Plant("'connectAtTick': null");
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nLOCAL k = 0\nGET a HREP 2024 3 10 6\n"
+            "IF READY a.HREP THEN\nSET k = 1\nENDIF\nLOCAL x = a.HREP",
+            1);
+    EXPECT_EQ(Value(document, "k"), "171:1.00");
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+    EXPECT_EQ(Error(document), "27 a.HREP");
+}
+
+TEST_F(RemoteVariable, BreakFailsTheRequestUnderWay) {
+    CKalvexDoc& document = Declare(
+        "'latencyTicks': 50, 'outages': [{'fromTick': 10, 'toTick': 20}],"
+        "'variables': {'V': {}}");
+    Variable(document).RequestRange(KindHour, 1, 1);
+    Tick(7);
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestWaiting);
+    Tick(1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+}
+
+TEST_F(RemoteVariable, PutMarksAndSendsWhenTold) {
+    CKalvexDoc& document = Declare(kPlain);
+    CVariable& variable = Variable(document);
+    CVal value(5);
+    value.SetStatus(4);
+    EXPECT_EQ(variable.PutValue(KindHour, Local("2024-03-10 06:00:00"), value, false), 1);
+    EXPECT_EQ(variable.PutValue(KindHour, Local("2024-03-10 07:00:00"), value, true), 1);
+    EXPECT_EQ(variable.PutValue(KindArchive, 1, value, true), 0);
+    EXPECT_EQ(variable.PutValue(KindCurrent, 1, value, true), 0);
+    EXPECT_THAT(Calls(""), ElementsAre("AddHourReportModifyRequest V 2024-03-10 06:00:00 5/32772",
+                                       "AddHourReportModifyRequest V 2024-03-10 07:00:00 5/32772",
+                                       "MakeHourReportRequest"));
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestNone);
+}
+
+TEST_F(RemoteVariable, WritesToAServerThatIsOutAreLostInSilence) {
+    Plant(
+        "'outages': [{'fromTick': 5, 'toTick': 10}], 'variables': {'V': {'current': "
+        "[{'value': 1}]}}");
+    CKalvexDoc& document = Run("REMOTE a srv@V", 6);
+    NewLog();
+    Variable(document).PutValue(KindHour, 3600, CVal(5), true);
+    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindCurrent), 1);
+    Tick(10);
+    EXPECT_THAT(NewLog(), IsEmpty());
+    EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
+    Variable(document).RequestRange(KindHour, 3600, 3600);
+    Tick(1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+}
+
+}  // namespace
+}  // namespace kalvex

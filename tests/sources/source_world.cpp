@@ -1,0 +1,110 @@
+#include "sources/source_world.h"
+
+#include <algorithm>
+
+#include "platform/scratch_file.h"
+#include "values/LocalTimeText.h"
+
+namespace kalvex {
+
+namespace {
+
+std::string Describe(const CVal& value) {
+    return ToUtf8(ValueToText(value)) + "/" + std::to_string(value.GetStatus());
+}
+
+std::string Describe(const JournalEntry& entry) {
+    std::string text = entry.operation;
+    if (entry.variable) text += " " + ToUtf8(*entry.variable);
+    if (entry.from) text += " " + FormatLocalTime(*entry.from);
+    if (entry.to && entry.to != entry.from) text += " - " + FormatLocalTime(*entry.to);
+    if (entry.time) text += " " + FormatLocalTime(*entry.time);
+    if (entry.value) text += " " + Describe(*entry.value);
+    if (entry.list.value_or(false)) text += " into a list";
+    for (const CVal& value : entry.values.value_or(std::vector<CVal>())) {
+        text += " " + Describe(value);
+    }
+    return text;
+}
+
+}  // namespace
+
+SourceWorld::SourceWorld() {
+    Plant("");
+}
+
+void SourceWorld::Plant(std::string_view content) {
+    std::string text = "{\"sources\": {\"srv\": {" + std::string(content) + "}}}";
+    std::replace(text.begin(), text.end(), '\'', '"');
+    const ScratchFile file(text);
+    PlantDefinition definition;
+    std::string fault;
+    ASSERT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
+    client.reset();
+    plant = std::make_unique<SimulatedPlant>(std::move(definition), clock);
+    client = std::make_unique<CClientInterface>(
+        SourceServices{log, translator, users, *plant, &journal});
+    services.sources = client.get();
+}
+
+CKalvexDoc& SourceWorld::Start(std::string_view text, const std::string& name) {
+    CKalvexDoc& document = Open(text, name);
+    document.Start();
+    document.m_nPriority = 1;
+    return document;
+}
+
+CKalvexDoc& SourceWorld::Run(std::string_view text, int count) {
+    CKalvexDoc& document = Start(text);
+    Tick(count);
+    return document;
+}
+
+void SourceWorld::Tick(int count) {
+    for (int i = 0; i < count; ++i) {
+        journal.SetTick(++tick);
+        plant->AdvanceTo(tick);
+        ScriptWorld::Tick(1);
+    }
+}
+
+CInterfaceObj& SourceWorld::Link(CKalvexDoc& document, std::string_view name) {
+    return *document.Variables().Find(name)->GetSourceRecord();
+}
+
+std::string SourceWorld::Stored(CKalvexDoc& document, std::string_view name, ValueKind kind) {
+    CVal value;
+    document.Variables().Find(name)->GetValue(value, kind, 1);
+    return Describe(value);
+}
+
+CInterfaceClientConnection& SourceWorld::Connection(std::string_view source) {
+    return *client->FindConnection(source);
+}
+
+std::vector<std::string> SourceWorld::Calls(std::string_view part) {
+    std::vector<std::string> calls;
+    const auto rows = journal.Rows(Connection());
+    for (; m_nCallsSeen < rows.size(); ++m_nCallsSeen) {
+        const JournalEntry& entry = rows[m_nCallsSeen].entry;
+        if (entry.operation.find(part) != std::string::npos) calls.push_back(Describe(entry));
+    }
+    return calls;
+}
+
+std::vector<std::string> SourceWorld::NewLog(int level) {
+    std::vector<std::string> lines;
+    const std::string prefix = folder.string() + "/";
+    for (; m_nLinesSeen < log.lines.size(); ++m_nLinesSeen) {
+        const auto& [lineLevel, text] = log.lines[m_nLinesSeen];
+        if (lineLevel > level || text.ends_with(" skryptu ")) continue;
+        lines.push_back(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
+    }
+    return lines;
+}
+
+std::int64_t SourceWorld::Local(std::string_view text) {
+    return ParseLocalTime(text).value();
+}
+
+}  // namespace kalvex
