@@ -13,18 +13,25 @@ constexpr std::string_view kNobody = "NOBODY";
 
 std::unique_ptr<CClientConnection> CInterfaceSourceList::CreateConnection(std::string_view name) {
     std::string_view user = kNobody;
-    std::string_view password;
+    std::string password;
     for (const CSourceDesc& description : m_services.descriptions) {
         if (description.name != name) continue;
         user = description.user;
-        password = description.password;
+        password = PlainPassword(description.password);
         break;
     }
     auto connection = std::make_unique<CInterfaceClientConnection>(m_services);
     connection->SetLoginData(user, password);
+    CCrypt::SecureEmptyString(password);
     const bool made = connection->Create(kModuleType, name, m_services.clientName,
                                          m_services.transports, m_services.journal);
     return made ? std::move(connection) : nullptr;
+}
+
+std::string CInterfaceSourceList::PlainPassword(const std::string& password) const {
+    const CCrypt* crypt = m_services.crypt;
+    return crypt != nullptr && crypt->CanDecryptText(password) ? crypt->DecryptText(password)
+                                                               : password;
 }
 
 bool CClientInterface::IsConnected(std::string_view source) const {

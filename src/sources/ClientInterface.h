@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/ScriptSources.h"
+#include "platform/Crypt.h"
 #include "platform/LogSink.h"
 #include "platform/Translator.h"
 #include "platform/Users.h"
@@ -23,7 +24,7 @@ namespace kalvex {
 struct CSourceDesc {
     std::string name;
     std::string user;
-    std::string password;
+    std::string password;  // plain, or protected by CCrypt::EncryptText
 };
 
 // The world of the sources. Nothing referred to is owned; all of it outlives the client interface.
@@ -34,6 +35,7 @@ struct SourceServices {
     TransportFactory& transports;
     RequestJournal* journal = nullptr;  // none where nobody keeps account
     std::vector<CSourceDesc> descriptions = {};
+    const CCrypt* crypt = nullptr;      // none where the passwords are plain
     std::string clientName = "Kalvex";  // by which the servers know this process
     bool consoleClient = false;
     bool definitionsChanged = false;  // definitions have come since the flag was cleared
@@ -51,6 +53,8 @@ class CInterfaceSourceList final : public CSourceList {
     std::unique_ptr<CClientConnection> CreateConnection(std::string_view name) override;
 
   private:
+    std::string PlainPassword(const std::string& password) const;
+
     SourceServices& m_services;
 };
 

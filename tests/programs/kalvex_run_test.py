@@ -535,6 +535,42 @@ class Actions(RunnerTest):
         self.assertEqual(run.script["errorCode"], 0)
 
 
+class Profile(RunnerTest):
+    WAITING = "LOCAL A = 1\nSET A = A.ARCH\n"  # a wait is an event
+
+    def run_with(self, text, *options, profile=""):
+        self.write("Kalvex.ini", profile)
+        return self.run_scripts(text, options=(*VIRTUAL, "--profile", "Kalvex.ini", *options))
+
+    def test_gives_the_log_level(self):
+        self.assertEqual(len(self.run_with(self.WAITING).log), 2)
+        self.assertEqual(len(self.run_with(self.WAITING, profile="[Log]\nRodzaj=2\n").log), 3)
+
+    def test_gives_way_to_the_log_level_of_the_command_line(self):
+        run = self.run_with(self.WAITING, "--log-level", "1", profile="[Log]\nRodzaj=2\n")
+        self.assertEqual(len(run.log), 2)
+
+    def test_gives_the_folder_of_data_files(self):
+        (self.folder / "dane").mkdir()
+        run = self.run_with(
+            "LOCAL A = 5\nSET_FILE \"plik.txt\" \"S\" A -A A\n", profile="[Konfiguracja]\nKatalog główny=dane\n"
+        )
+        self.assertEqual(run.code, 0, run.out)
+        self.assertTrue((self.folder / "dane" / "plik.txt").exists())
+        self.assertFalse((self.folder / "plik.txt").exists())
+
+    def test_is_left_as_it_was(self):
+        run = self.run_with("LOCAL A\n", profile="[Zrodla]\nZrodlo0=srv,jan,(&!&\n")
+        self.assertEqual(run.code, 0)
+        self.assertEqual((self.folder / "Kalvex.ini").read_bytes(), b"[Zrodla]\r\nZrodlo0=srv,jan,(&!&\r\n")
+        self.assertEqual({path.name for path in self.folder.iterdir()}, {"Kalvex.ini", "a.kx"})
+
+    def test_that_cannot_be_read_is_refused(self):
+        run = self.run_scripts("LOCAL A\n", options=(*VIRTUAL, "--profile", "brak.ini"))
+        self.assertEqual((run.code, run.out), (2, ""))
+        self.assertEqual(run.err, "kalvex-run: brak.ini: No such file or directory\n")
+
+
 if __name__ == "__main__":
     RUNNER = str(pathlib.Path(sys.argv.pop(1)).resolve())
     unittest.main()

@@ -28,7 +28,7 @@ TEST(Options, Defaults) {
     EXPECT_EQ(options.actions, std::nullopt);
     EXPECT_EQ(options.profile, std::nullopt);
     EXPECT_EQ(options.userName, "");
-    EXPECT_EQ(options.logLevel, 1);
+    EXPECT_EQ(options.logLevel, std::nullopt);
     EXPECT_FALSE(options.minimised);
     EXPECT_FALSE(options.json);
     EXPECT_FALSE(options.lines);

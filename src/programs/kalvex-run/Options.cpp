@@ -105,7 +105,7 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     CommandLine line;
     RunOptions& options = line.options;
     std::int64_t ticks = -1;
-    std::int64_t logLevel = options.logLevel;
+    std::int64_t logLevel = -1;
 
     CLI::App app(kPurpose, "kalvex-run");
     app.formatter(std::make_shared<UsageFormatter>());
@@ -125,7 +125,8 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     AddFile(app, "--actions", options.actions, "Operator actions at given ticks");
     AddUser(app, options);
     AddNumber(app, "--log-level", 0, 3, logLevel,
-              "Log: 0 always, 1 errors, 2 events, 3 transmission (default 1)");
+              "Log: 0 always, 1 errors, 2 events, 3 transmission (default: of the "
+              "profile, or 1)");
     app.add_flag("--json", options.json, "Print the result as one JSON object and nothing else");
     app.add_flag("--lines", options.lines, "Add each script's text after preparation to the JSON");
     AddFile(app, "--profile", options.profile, "Profile to read sources and settings from");
@@ -147,7 +148,7 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
         return Refuse("unknown option " + unknown);
     }
     if (options.scripts.empty()) return Refuse("no script is named");
-    options.logLevel = static_cast<int>(logLevel);
+    if (logLevel >= 0) options.logLevel = static_cast<int>(logLevel);
     if (ticks >= 0) {
         options.ticks = ticks;
     } else if (options.clock) {

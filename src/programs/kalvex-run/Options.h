@@ -19,7 +19,7 @@ struct RunOptions {
     std::optional<std::string> profile;
     std::string userName;  // empty: nobody is logged in
     std::string userDescription;
-    int logLevel = 1;
+    std::optional<int> logLevel;
     bool minimised = false;
     bool json = false;
     bool lines = false;

@@ -42,11 +42,12 @@ Json RequestJson(const TickJournal::Row& row) {
 
 }  // namespace
 
-CRunSources::CRunSources(PlantDefinition plant, const Clock& clock, LogSink& log,
-                         const Translator& translator, const Users& users)
+CRunSources::CRunSources(PlantDefinition plant, const CRunProfile& profile, const Clock& clock,
+                         LogSink& log, const Translator& translator, const Users& users)
     : m_arrPlantNames(SourceNames(plant)),
       m_plant(std::move(plant), clock),
-      m_client({log, translator, users, m_plant, &m_journal}) {}
+      m_client(
+          {log, translator, users, m_plant, &m_journal, profile.sources, profile.crypt.get()}) {}
 
 void CRunSources::BeginTick(std::int64_t tick) {
     m_journal.SetTick(tick);
@@ -92,16 +93,13 @@ void AddRemoteFields(CInterfaceObj& link, Json& record) {
     record["ignoreUnknown"] = link.IsIgnoreUnknown();
 }
 
-std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const Clock& clock,
-                                            LogSink& log, const Translator& translator,
-                                            const Users& users, std::string& fault) {
+std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
+                                            const Clock& clock, LogSink& log,
+                                            const Translator& translator, const Users& users,
+                                            std::string& fault) {
     PlantDefinition plant;
-    if (options.profile) {
-        fault = "--profile: this build reads no profile";
-        return nullptr;
-    }
     if (options.plant && !ReadPlant(*options.plant, plant, fault)) return nullptr;
-    return std::make_unique<CRunSources>(std::move(plant), clock, log, translator, users);
+    return std::make_unique<CRunSources>(std::move(plant), profile, clock, log, translator, users);
 }
 
 }  // namespace kalvex

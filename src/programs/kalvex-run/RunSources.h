@@ -12,6 +12,7 @@
 #include "platform/Translator.h"
 #include "platform/Users.h"
 #include "programs/kalvex-run/Options.h"
+#include "programs/kalvex-run/RunProfile.h"
 #include "sources/ClientInterface.h"
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
@@ -20,8 +21,8 @@ namespace kalvex {
 
 class CRunSources {
   public:
-    // A run without a plant has sources that never connect.
-    CRunSources(PlantDefinition plant, const Clock& clock, LogSink& log,
+    // A run without a plant has sources that never connect. The profile outlives them.
+    CRunSources(PlantDefinition plant, const CRunProfile& profile, const Clock& clock, LogSink& log,
                 const Translator& translator, const Users& users);
 
     CScriptSources& ForScripts() { return m_client; }
@@ -46,8 +47,9 @@ class CRunSources {
 void AddRemoteFields(CInterfaceObj& link, nlohmann::ordered_json& record);
 
 // The sources that the options ask for; null with the reason in `fault` when they cannot be had.
-std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const Clock& clock,
-                                            LogSink& log, const Translator& translator,
-                                            const Users& users, std::string& fault);
+std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
+                                            const Clock& clock, LogSink& log,
+                                            const Translator& translator, const Users& users,
+                                            std::string& fault);
 
 }  // namespace kalvex

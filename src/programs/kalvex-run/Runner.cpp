@@ -23,12 +23,14 @@ std::string WorkingDirectory() {
 
 CRunner::CRunner(const RunOptions& options)
     : m_options(options),
+      m_strWorkingDir(WorkingDirectory()),
+      m_profile(ReadRunProfile(options, m_strWorkingDir)),
       m_pClock(options.clock ? std::unique_ptr<Clock>(new VirtualClock(*options.clock))
                              : std::make_unique<SystemClock>()),
       m_pVirtualClock(options.clock ? static_cast<VirtualClock*>(m_pClock.get()) : nullptr),
-      m_log(*m_pClock, options.logLevel, options.json ? nullptr : stdout),
+      m_log(*m_pClock, m_profile.logLevel, options.json ? nullptr : stdout),
       m_users(options),
-      m_paths(WorkingDirectory()),
+      m_paths(m_strWorkingDir, m_profile.rootFolder),
       m_services{{*m_pClock, m_log, m_translator, m_users, m_paths, Functions()},
                  Statements(),
                  m_questions} {
@@ -37,7 +39,10 @@ CRunner::CRunner(const RunOptions& options)
 }
 
 bool CRunner::Open(std::string& fault) {
-    m_pSources = MakeRunSources(m_options, *m_pClock, m_log, m_translator, m_users, fault);
+    fault = m_profile.fault;
+    if (!fault.empty()) return false;
+    m_pSources =
+        MakeRunSources(m_options, m_profile, *m_pClock, m_log, m_translator, m_users, fault);
     if (!m_pSources) return false;
     m_services.sources = &m_pSources->ForScripts();
     for (const std::string& path : m_options.scripts) {

@@ -19,6 +19,7 @@
 #include "programs/kalvex-run/Options.h"
 #include "programs/kalvex-run/Pace.h"
 #include "programs/kalvex-run/RunLog.h"
+#include "programs/kalvex-run/RunProfile.h"
 #include "programs/kalvex-run/RunScript.h"
 #include "programs/kalvex-run/RunSources.h"
 #include "programs/kalvex-run/RunUsers.h"
@@ -56,6 +57,8 @@ class CRunner {
     void RunTick();
 
     RunOptions m_options;
+    std::string m_strWorkingDir;
+    CRunProfile m_profile;
     std::unique_ptr<Clock> m_pClock;
     VirtualClock* m_pVirtualClock = nullptr;  // the same clock, when it is a virtual one
     CRunLog m_log;

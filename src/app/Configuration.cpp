@@ -1,0 +1,218 @@
+#include "app/Configuration.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kGeneral = "Konfiguracja";
+constexpr const char* kName = "Nazwa";
+constexpr const char* kRootFolder = "Katalog główny";
+constexpr const char* kConfigurationRight = "Poziom uprawnień do konfiguracji";
+constexpr const char* kControlRight = "Poziom uprawnień do sterowania procedurą";
+constexpr const char* kWindows = "Okna";
+constexpr const char* kTrayIcon = "Ikona w pasku zadan";
+constexpr const char* kRefreshPeriod = "Częstotliwość odświeżania";
+constexpr const char* kColumns = "Szerokości kolumn";
+constexpr const char* kAutostart = "Autostart";
+constexpr const char* kScript = "Procedura";
+constexpr const char* kSources = "Zrodla";
+constexpr const char* kSource = "Zrodlo";
+constexpr const char* kLog = "Log";
+constexpr const char* kLogLevel = "Rodzaj";
+
+constexpr const char* kPasswordLabel = "Kalvex";
+
+constexpr std::size_t kColumnCount = 7;
+constexpr unsigned int kColumnWidth = 60;
+constexpr int kLateColumnWidth = 120;
+constexpr std::size_t kFirstLateColumn = 5;
+
+// The old form has two characters for a byte: its low and its high four bits, each above the blank.
+std::string DecodePlainPassword(std::string_view text) {
+    std::string password;
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+        const int low = static_cast<unsigned char>(text[i]) - ' ';
+        const int high = static_cast<unsigned char>(text[i + 1]) - ' ';
+        password += static_cast<char>(low + 16 * high);
+    }
+    return password;
+}
+
+// What stands before the first comma, which is then cut off; nothing when that is empty or there is
+// no comma.
+std::optional<std::string> TakeField(std::string_view& rest) {
+    const std::size_t comma = rest.find(',');
+    if (comma == 0 || comma == std::string_view::npos) return std::nullopt;
+    std::string field(rest.substr(0, comma));
+    rest.remove_prefix(comma + 1);
+    return field;
+}
+
+bool HasWidth(std::span<const unsigned int> widths) {
+    return std::ranges::any_of(widths, [](unsigned int width) { return width != 0; });
+}
+
+ProfileEntries Numbered(const char* key, const std::vector<std::string>& values) {
+    ProfileEntries entries;
+    for (const std::string& value : values) {
+        entries.emplace_back(fmt::format("{}{}", key, entries.size()), value);
+    }
+    return entries;
+}
+
+}  // namespace
+
+void CConfigurationStore::Read(CConfiguration& configuration) const {
+    ReadName(configuration);
+    ReadSources(configuration);
+    ReadWindows(configuration);
+    ReadColumns(configuration);
+    ReadRights(configuration);
+    ReadLogLevel(configuration);
+}
+
+void CConfigurationStore::ReadName(CConfiguration& configuration) const {
+    configuration.moduleName = m_profile.GetProfileStringEx(kGeneral, kName);
+}
+
+void CConfigurationStore::ReadSources(CConfiguration& configuration) const {
+    for (const std::string& line : ReadList(kSources, kSource)) {
+        configuration.sources.push_back(ReadSource(line));
+    }
+}
+
+void CConfigurationStore::ReadWindows(CConfiguration& configuration) const {
+    configuration.trayIcon =
+        m_profile.GetProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon) != 0;
+    configuration.refreshPeriod = static_cast<unsigned int>(m_profile.GetProfileIntEx(
+        kWindows, FromUtf8(kRefreshPeriod), static_cast<int>(configuration.refreshPeriod)));
+    for (const std::string& path : ReadList(kAutostart, kScript)) {
+        configuration.autostart.push_back(m_paths.GetFullPath(path));
+    }
+}
+
+void CConfigurationStore::ReadColumns(CConfiguration& configuration) const {
+    const std::string text = m_profile.GetProfileStringEx(kWindows, FromUtf8(kColumns));
+    std::array<int, kColumnCount> numbers{};
+    const int count = std::sscanf(text.c_str(), "%d %d %d %d %d %d %d", &numbers[0], &numbers[1],
+                                  &numbers[2], &numbers[3], &numbers[4], &numbers[5], &numbers[6]);
+    for (std::size_t i = kFirstLateColumn; i < kColumnCount; ++i) {
+        if (static_cast<int>(i) >= count) numbers[i] = kLateColumnWidth;
+    }
+    std::array<unsigned int, kColumnCount> widths{};
+    std::ranges::copy(numbers, widths.begin());
+    if (text.empty() || !HasWidth(widths)) widths.fill(kColumnWidth);
+    configuration.columnWidths.insert(configuration.columnWidths.end(), widths.begin(),
+                                      widths.end());
+}
+
+void CConfigurationStore::ReadRights(CConfiguration& configuration) const {
+    const auto read = [this](const char* key, std::string& right) {
+        right = m_profile.GetProfileStringEx(kGeneral, FromUtf8(key), right);
+    };
+    read(kConfigurationRight, configuration.configurationRight);
+    read(kControlRight, configuration.controlRight);
+}
+
+void CConfigurationStore::ReadLogLevel(CConfiguration& configuration) const {
+    configuration.logLevel =
+        m_bConsoleClient ? kLogLevelOfModule
+                         : m_profile.GetProfileIntEx(kLog, kLogLevel, configuration.logLevel);
+}
+
+std::vector<std::string> CConfigurationStore::ReadList(std::string_view section,
+                                                       std::string_view key) const {
+    std::vector<std::string> values;
+    for (;;) {
+        std::string value =
+            m_profile.GetProfileStringEx(section, fmt::format("{}{}", key, values.size()));
+        if (value.empty()) return values;
+        values.push_back(std::move(value));
+    }
+}
+
+CSourceDesc CConfigurationStore::ReadSource(std::string_view line) const {
+    CSourceDesc description;
+    std::string password;
+    if (const auto name = TakeField(line)) {
+        description.name = *name;
+        if (const auto user = TakeField(line)) {
+            description.user = *user;
+            password = DecodePassword(line);
+        }
+    }
+    description.password = m_crypt.EncryptText(password);
+    CCrypt::SecureEmptyString(password);
+    return description;
+}
+
+std::string CConfigurationStore::DecodePassword(std::string_view text) const {
+    if (!CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
+    return m_crypt.DecryptTextWithLabel(kPasswordLabel, text).value_or(std::string());
+}
+
+void CConfigurationStore::WriteSources(const CConfiguration& configuration) {
+    std::vector<std::string> lines;
+    for (const CSourceDesc& source : configuration.sources) {
+        std::string password = m_crypt.CanDecryptText(source.password)
+                                   ? m_crypt.DecryptText(source.password)
+                                   : source.password;
+        const auto sealed = m_crypt.EncryptTextWithLabel(kPasswordLabel, password);
+        CCrypt::SecureEmptyString(password);
+        if (!sealed) return;
+        lines.push_back(source.name + ',' + source.user + ',' + *sealed);
+    }
+    m_profile.WriteProfileSectionEx(kSources, Numbered(kSource, lines));
+}
+
+void CConfigurationStore::WriteColumns(const CConfiguration& configuration) {
+    std::array<unsigned int, kColumnCount> widths{};
+    const std::size_t count = std::min(kColumnCount, configuration.columnWidths.size());
+    std::copy_n(configuration.columnWidths.begin(), count, widths.begin());
+    std::string text;
+    if (HasWidth(widths)) {
+        for (const unsigned int width : widths) {
+            text += fmt::format("{}{}", text.empty() ? "" : " ", static_cast<int>(width));
+        }
+    }
+    m_profile.WriteProfileStringEx(kWindows, FromUtf8(kColumns), text);
+}
+
+void CConfigurationStore::WriteLogLevel(const CConfiguration& configuration) {
+    if (m_bConsoleClient) return;
+    const bool transmission = configuration.logLevel == LogTransmission;
+    m_profile.WriteProfileIntEx(kLog, kLogLevel, transmission ? LogErrors : configuration.logLevel);
+}
+
+void CConfigurationStore::WriteApplication(const CConfiguration& configuration) {
+    m_profile.WriteProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon);
+    m_profile.WriteProfileIntEx(kWindows, FromUtf8(kRefreshPeriod),
+                                static_cast<int>(configuration.refreshPeriod));
+    std::vector<std::string> paths;
+    for (const std::string& path : configuration.autostart) {
+        paths.push_back(m_paths.GetShortPath(path));
+    }
+    m_profile.WriteProfileSectionEx(kAutostart, Numbered(kScript, paths));
+    WriteLogLevel(configuration);
+    m_profile.WriteProfileStringEx(kGeneral, FromUtf8(kConfigurationRight),
+                                   configuration.configurationRight);
+    m_profile.WriteProfileStringEx(kGeneral, FromUtf8(kControlRight), configuration.controlRight);
+}
+
+std::string ReadRootFolder(const Profile& profile, const std::string& workingDir) {
+    const std::filesystem::path folder =
+        NativePath(profile.GetProfileStringEx(kGeneral, FromUtf8(kRootFolder)));
+    return folder.empty() ? workingDir : (workingDir / folder).lexically_normal().string();
+}
+
+}  // namespace kalvex

@@ -1,0 +1,73 @@
+// The settings of the process and the profile that keeps them. Main thread. Texts are engine texts.
+#pragma once
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "platform/Crypt.h"
+#include "platform/LogSink.h"
+#include "platform/Paths.h"
+#include "platform/Profile.h"
+#include "sources/ClientInterface.h"
+
+namespace kalvex {
+
+// Of a console client that has not heard yet which level its module has: nothing is filtered.
+inline constexpr int kLogLevelOfModule = std::numeric_limits<std::uint16_t>::max();
+
+struct CConfiguration {
+    std::string moduleName;  // empty: none is given
+    std::string configurationRight = "100";
+    std::string controlRight = "100";
+    bool trayIcon = true;
+    unsigned int refreshPeriod = 1000;       // milliseconds
+    std::vector<unsigned int> columnWidths;  // of the variables window, from index 0
+    std::vector<std::string> autostart;      // full paths, in order
+    std::vector<CSourceDesc> sources;        // passwords in the form of CCrypt::EncryptText
+    int logLevel = LogErrors;
+};
+
+class CConfigurationStore {
+  public:
+    // Nothing referred to is owned; all of it outlives the store.
+    CConfigurationStore(Profile& profile, const CCrypt& crypt, const Paths& paths,
+                        bool consoleClient)
+        : m_profile(profile), m_crypt(crypt), m_paths(paths), m_bConsoleClient(consoleClient) {}
+
+    // Reads all settings. A missing key leaves the default; lists are appended to.
+    void Read(CConfiguration& configuration) const;
+
+    // The parts of Read.
+    void ReadName(CConfiguration& configuration) const;
+    void ReadSources(CConfiguration& configuration) const;
+    void ReadWindows(CConfiguration& configuration) const;  // with the scripts to start
+    void ReadColumns(CConfiguration& configuration) const;
+    void ReadRights(CConfiguration& configuration) const;
+    void ReadLogLevel(CConfiguration& configuration) const;
+
+    // What cannot be written is not reported. Sources are written all together or, when a password
+    // cannot be protected, not at all. A console client writes no log level, and transmission is
+    // never kept as one.
+    void WriteSources(const CConfiguration& configuration);
+    void WriteColumns(const CConfiguration& configuration);
+    void WriteLogLevel(const CConfiguration& configuration);
+    // What the application dialog has: windows, scripts to start, log level, rights.
+    void WriteApplication(const CConfiguration& configuration);
+
+  private:
+    std::vector<std::string> ReadList(std::string_view section, std::string_view key) const;
+    CSourceDesc ReadSource(std::string_view line) const;
+    std::string DecodePassword(std::string_view text) const;
+
+    Profile& m_profile;
+    const CCrypt& m_crypt;
+    const Paths& m_paths;
+    const bool m_bConsoleClient;
+};
+
+// The folder that data files lie in, by the profile, else the working directory; both, and the
+// answer, in the system's encoding.
+std::string ReadRootFolder(const Profile& profile, const std::string& workingDir);
+
+}  // namespace kalvex

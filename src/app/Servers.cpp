@@ -1,0 +1,47 @@
+#include "app/Servers.h"
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kServers = "Serwery";
+constexpr const char* kServer = "Serwer ";
+constexpr const char* kEncryption = "Szyfrowanie";
+constexpr const char* kPlainText = "Otwarty tekst";
+
+struct TextRow {
+    const char* key;
+    std::string CServerEntry::*field;
+};
+
+constexpr TextRow kTexts[] = {
+    {"Urząd", &CServerEntry::authority},
+    {"Certyfikat", &CServerEntry::certificate},
+    {"Klucz", &CServerEntry::key},
+    {"Nazwa certyfikatu", &CServerEntry::certificateName},
+};
+
+}  // namespace
+
+std::vector<CServerEntry> ReadServers(const Profile& profile) {
+    const std::string path = profile.GetCommonProfilePath();
+    std::vector<CServerEntry> servers;
+    for (const auto& [source, address] : profile.GetProfileSectionEx(kServers, path)) {
+        const std::string section = kServer + source;
+        CServerEntry& server = servers.emplace_back();
+        server.source = source;
+        server.address = ToUtf8(address);
+        for (const TextRow& row : kTexts) {
+            const std::string key = FromUtf8(row.key);
+            const std::string ofAll = profile.GetProfileStringEx(kEncryption, key, {}, path);
+            server.*row.field = ToUtf8(profile.GetProfileStringEx(section, key, ofAll, path));
+        }
+        const int ofAll = profile.GetProfileIntEx(kEncryption, kPlainText, 0, path);
+        server.plainTextAllowed = profile.GetProfileIntEx(section, kPlainText, ofAll, path) != 0;
+    }
+    return servers;
+}
+
+}  // namespace kalvex

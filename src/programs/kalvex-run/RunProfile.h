@@ -1,0 +1,26 @@
+// What a run takes from the profile that its options name. Nothing is written.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Crypt.h"
+#include "programs/kalvex-run/Options.h"
+#include "sources/ClientInterface.h"
+
+namespace kalvex {
+
+struct CRunProfile {
+    int logLevel = LogErrors;
+    std::string rootFolder;  // of data files; the system's encoding
+    std::vector<CSourceDesc> sources;
+    std::unique_ptr<CCrypt> crypt;  // that the sources' passwords are protected by; null without
+    std::string fault;              // why the file cannot be read
+};
+
+// The defaults where the options name no profile; the log level that they give goes before that of
+// the profile.
+CRunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir);
+
+}  // namespace kalvex

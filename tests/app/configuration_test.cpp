@@ -1,0 +1,280 @@
+#include "app/Configuration.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/CodePage.h"
+#include "platform/IniProfile.h"
+#include "scratch_folder.h"
+
+namespace kalvex {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class ConfigurationTest : public testing::Test {
+  protected:
+    void Put(const std::string& utf8) const { m_folder.Put("Kalvex.ini", FromUtf8(utf8)); }
+    std::string Content() const { return ToUtf8(m_folder.Get("Kalvex.ini")); }
+
+    CConfiguration Read() const {
+        CConfiguration configuration;
+        m_store.Read(configuration);
+        return configuration;
+    }
+
+    std::vector<unsigned int> Columns(const std::string& value) const {
+        Put("[Okna]\r\nSzerokości kolumn=" + value + "\r\n");
+        return Read().columnWidths;
+    }
+
+    // Name, user and password of the first source, its profile line being this.
+    std::vector<std::string> Source(const std::string& line) const {
+        Put("[Zrodla]\r\nZrodlo0=" + line + "\r\n");
+        const CConfiguration configuration = Read();
+        EXPECT_THAT(configuration.sources, SizeIs(1));
+        const CSourceDesc& source = configuration.sources.at(0);
+        EXPECT_TRUE(m_crypt.CanDecryptText(source.password));
+        return {source.name, source.user, m_crypt.DecryptText(source.password)};
+    }
+
+    ScratchFolder m_folder;
+    IniProfile m_profile{m_folder.Path("Kalvex.ini")};
+    CCrypt m_crypt{m_folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse};
+    Paths m_paths{m_folder.Path()};
+    CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
+    CConfigurationStore m_clientStore{m_profile, m_crypt, m_paths, true};
+};
+
+TEST_F(ConfigurationTest, EmptyProfileGivesTheDefaults) {
+    const CConfiguration configuration = Read();
+    EXPECT_EQ(configuration.moduleName, "");
+    EXPECT_EQ(configuration.configurationRight, "100");
+    EXPECT_EQ(configuration.controlRight, "100");
+    EXPECT_TRUE(configuration.trayIcon);
+    EXPECT_EQ(configuration.refreshPeriod, 1000u);
+    EXPECT_THAT(configuration.columnWidths, ElementsAre(60, 60, 60, 60, 60, 60, 60));
+    EXPECT_THAT(configuration.autostart, IsEmpty());
+    EXPECT_THAT(configuration.sources, IsEmpty());
+    EXPECT_EQ(configuration.logLevel, 1);
+}
+
+TEST_F(ConfigurationTest, EveryKeyIsRead) {
+    Put("[Konfiguracja]\r\n"
+        "Nazwa=Kotłownia\r\n"
+        "Poziom uprawnień do konfiguracji=80\r\n"
+        "Poziom uprawnień do sterowania procedurą=Dyżurni\r\n"
+        "[Okna]\r\n"
+        "Ikona w pasku zadan=0\r\n"
+        "Częstotliwość odświeżania=250\r\n"
+        "Szerokości kolumn=1 2 3 4 5 6 7\r\n"
+        "[Autostart]\r\n"
+        "Procedura0=a.kx\r\n"
+        "Procedura1=/srv/b.kx\r\n"
+        "[Log]\r\n"
+        "Rodzaj=2\r\n");
+    const CConfiguration configuration = Read();
+    EXPECT_EQ(configuration.moduleName, FromUtf8("Kotłownia"));
+    EXPECT_EQ(configuration.configurationRight, "80");
+    EXPECT_EQ(configuration.controlRight, FromUtf8("Dyżurni"));
+    EXPECT_FALSE(configuration.trayIcon);
+    EXPECT_EQ(configuration.refreshPeriod, 250u);
+    EXPECT_THAT(configuration.columnWidths, ElementsAre(1, 2, 3, 4, 5, 6, 7));
+    EXPECT_THAT(configuration.autostart, ElementsAre(m_folder.Path("a.kx"), "/srv/b.kx"));
+    EXPECT_EQ(configuration.logLevel, 2);
+}
+
+// ---- columns
+
+TEST_F(ConfigurationTest, FiveWidthsLeaveTheLastTwoAt120) {
+    EXPECT_THAT(Columns("10 20 30 40 50"), ElementsAre(10, 20, 30, 40, 50, 120, 120));
+}
+
+TEST_F(ConfigurationTest, SixWidthsLeaveTheLastAt120) {
+    EXPECT_THAT(Columns("10 20 30 40 50 60"), ElementsAre(10, 20, 30, 40, 50, 60, 120));
+}
+
+TEST_F(ConfigurationTest, OnlyZerosMeanAllWidths60) {
+    EXPECT_THAT(Columns("0 0 0 0 0 0 0"), ElementsAre(60, 60, 60, 60, 60, 60, 60));
+}
+
+TEST_F(ConfigurationTest, FiveZerosAreNotOnlyZeros) {
+    EXPECT_THAT(Columns("0 0 0 0 0"), ElementsAre(0, 0, 0, 0, 0, 120, 120));
+}
+
+TEST_F(ConfigurationTest, WidthsBehindAWordAreNotRead) {
+    EXPECT_THAT(Columns("10 x 30"), ElementsAre(10, 0, 0, 0, 0, 120, 120));
+    EXPECT_THAT(Columns("x"), ElementsAre(0, 0, 0, 0, 0, 120, 120));
+}
+
+TEST_F(ConfigurationTest, WidthsAreAppended) {
+    CConfiguration configuration;
+    configuration.columnWidths = {1};
+    m_store.ReadColumns(configuration);
+    EXPECT_THAT(configuration.columnWidths, ElementsAre(1, 60, 60, 60, 60, 60, 60, 60));
+}
+
+TEST_F(ConfigurationTest, FirstSevenWidthsAreWritten) {
+    CConfiguration configuration;
+    configuration.columnWidths = {1, 2, 3, 4, 5, 6, 7, 8};
+    m_store.WriteColumns(configuration);
+    EXPECT_EQ(Content(), "[Okna]\r\nSzerokości kolumn=1 2 3 4 5 6 7\r\n");
+}
+
+TEST_F(ConfigurationTest, NoWidthsAndOnlyZerosAreWrittenAsNothing) {
+    for (const std::vector<unsigned int>& widths :
+         {std::vector<unsigned int>(), std::vector<unsigned int>(7, 0)}) {
+        Put("[Okna]\r\nSzerokości kolumn=1 2 3 4 5 6 7\r\n");
+        CConfiguration configuration;
+        configuration.columnWidths = widths;
+        m_store.WriteColumns(configuration);
+        EXPECT_EQ(Content(), "[Okna]\r\nSzerokości kolumn=\r\n");
+    }
+}
+
+// ---- log level
+
+TEST_F(ConfigurationTest, TransmissionIsNeverKept) {
+    CConfiguration configuration;
+    for (const auto& [level, kept] : {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 1}, {4, 4}}) {
+        configuration.logLevel = level;
+        m_store.WriteLogLevel(configuration);
+        EXPECT_EQ(m_profile.GetProfileIntEx("Log", "Rodzaj", -1), kept);
+    }
+}
+
+TEST_F(ConfigurationTest, ConsoleClientReadsAndWritesNoLogLevel) {
+    Put("[Log]\r\nRodzaj=2\r\n");
+    CConfiguration configuration;
+    m_clientStore.Read(configuration);
+    EXPECT_EQ(configuration.logLevel, 65535);
+    configuration.logLevel = 1;
+    m_clientStore.WriteLogLevel(configuration);
+    EXPECT_EQ(Content(), "[Log]\r\nRodzaj=2\r\n");
+}
+
+// ---- scripts to start
+
+TEST_F(ConfigurationTest, ScriptBehindAGapIsNotReadAndGoesWithTheNextWrite) {
+    Put("[Autostart]\r\nProcedura0=a.kx\r\nProcedura1=b.kx\r\nProcedura3=d.kx\r\n[Log]\r\n");
+    CConfiguration configuration = Read();
+    EXPECT_THAT(configuration.autostart, ElementsAre(m_folder.Path("a.kx"), m_folder.Path("b.kx")));
+    m_store.WriteApplication(configuration);
+    EXPECT_THAT(
+        m_profile.GetProfileSectionEx("Autostart"),
+        ElementsAre(testing::Pair("Procedura0", "a.kx"), testing::Pair("Procedura1", "b.kx")));
+}
+
+TEST_F(ConfigurationTest, EmptyValueEndsTheScripts) {
+    Put("[Autostart]\r\nProcedura0=\r\nProcedura1=b.kx\r\n");
+    EXPECT_THAT(Read().autostart, IsEmpty());
+}
+
+TEST_F(ConfigurationTest, ApplicationSettingsAreWritten) {
+    CConfiguration configuration;
+    configuration.moduleName = "x";
+    configuration.trayIcon = false;
+    configuration.refreshPeriod = 500;
+    configuration.autostart = {m_folder.Path("stacja/a.kx"), "/srv/b.kx"};
+    configuration.logLevel = 3;
+    configuration.configurationRight = "5";
+    configuration.controlRight = "7";
+    m_store.WriteApplication(configuration);
+    EXPECT_EQ(Content(),
+              "[Okna]\r\n"
+              "Ikona w pasku zadan=0\r\n"
+              "Częstotliwość odświeżania=500\r\n"
+              "\r\n"
+              "[Autostart]\r\n"
+              "Procedura0=stacja/a.kx\r\n"
+              "Procedura1=/srv/b.kx\r\n"
+              "\r\n"
+              "[Log]\r\n"
+              "Rodzaj=1\r\n"
+              "\r\n"
+              "[Konfiguracja]\r\n"
+              "Poziom uprawnień do konfiguracji=5\r\n"
+              "Poziom uprawnień do sterowania procedurą=7\r\n");
+}
+
+// ---- sources
+
+// "haslo" in the old form: h 68, a 61, s 73, l 6C, o 6F, each the low digit, then the high one.
+constexpr const char* kOldPassword = "(&!&#',&/&";
+
+TEST_F(ConfigurationTest, SourceHasNameUserAndPassword) {
+    EXPECT_THAT(Source(std::string("srv,jan,") + kOldPassword), ElementsAre("srv", "jan", "haslo"));
+}
+
+TEST_F(ConfigurationTest, OldFormReachesEveryByte) {
+    // Each digit above the blank: 00 is two blanks, FF two slashes.
+    EXPECT_THAT(Source("srv,jan,//#"), ElementsAre("srv", "jan", "\xFF"));
+    EXPECT_THAT(Source("srv,jan,!(,,"), ElementsAre("srv", "jan", "\x81\xCC"));
+}
+
+TEST_F(ConfigurationTest, PasswordTextMayHoldCommas) {
+    // "L" is 4C: the digit C is written as a comma.
+    EXPECT_THAT(Source("srv,jan,,$,$"), ElementsAre("srv", "jan", "LL"));
+}
+
+TEST_F(ConfigurationTest, SourceWithoutACommaHasNoName) {
+    EXPECT_THAT(Source("srv"), ElementsAre("", "", ""));
+}
+
+TEST_F(ConfigurationTest, SourceWithOneCommaHasANameOnly) {
+    EXPECT_THAT(Source("srv,jan"), ElementsAre("srv", "", ""));
+}
+
+TEST_F(ConfigurationTest, CommaInFirstPlaceEndsTheSplitting) {
+    EXPECT_THAT(Source(std::string(",jan,") + kOldPassword), ElementsAre("", "", ""));
+    EXPECT_THAT(Source(std::string("srv,,") + kOldPassword), ElementsAre("srv", "", ""));
+}
+
+TEST_F(ConfigurationTest, SourcesEndAtTheFirstGap) {
+    Put("[Zrodla]\r\nZrodlo0=a,\r\nZrodlo1=b\r\nZrodlo3=d,\r\n");
+    const CConfiguration configuration = Read();
+    ASSERT_THAT(configuration.sources, SizeIs(2));
+    EXPECT_EQ(configuration.sources[0].name, "a");
+    EXPECT_EQ(configuration.sources[1].name, "");
+}
+
+TEST_F(ConfigurationTest, OldPasswordIsWrittenProtectedAndReadsBack) {
+    Put(std::string("[Zrodla]\r\nZrodlo0=srv,jan,") + kOldPassword + "\r\nZrodlo7=x\r\n");
+    m_store.WriteSources(Read());
+    const ProfileEntries lines = m_profile.GetProfileSectionEx("Zrodla");
+    ASSERT_THAT(lines, SizeIs(1));
+    EXPECT_EQ(lines[0].first, "Zrodlo0");
+    EXPECT_EQ(lines[0].second.substr(0, 13), "srv,jan,{kx1}");
+    const CConfiguration again = Read();
+    ASSERT_THAT(again.sources, SizeIs(1));
+    EXPECT_EQ(m_crypt.DecryptText(again.sources[0].password), "haslo");
+}
+
+TEST_F(ConfigurationTest, PasswordInTheProfileIsBoundToItsUse) {
+    EXPECT_THAT(Source("srv,jan," + m_crypt.EncryptText("haslo")), ElementsAre("srv", "jan", ""));
+}
+
+TEST_F(ConfigurationTest, SourcesStayWhenAPasswordCannotBeProtected) {
+    const std::string line = std::string("[Zrodla]\r\nZrodlo0=srv,jan,") + kOldPassword + "\r\n";
+    Put(line);
+    const CCrypt crypt(m_folder.Path("nie/ma.key"), KeyFile::MadeAtFirstUse);
+    CConfigurationStore store(m_profile, crypt, m_paths, false);
+    CConfiguration configuration;
+    store.ReadSources(configuration);
+    store.WriteSources(configuration);
+    EXPECT_EQ(Content(), line);
+}
+
+TEST_F(ConfigurationTest, RootFolderIsTheWorkingDirectoryUnlessThereIsAnother) {
+    EXPECT_EQ(ReadRootFolder(m_profile, "/srv/kalvex"), "/srv/kalvex");
+    Put("[Konfiguracja]\r\nKatalog główny=dane\r\n");
+    EXPECT_EQ(ReadRootFolder(m_profile, "/srv/kalvex"), "/srv/kalvex/dane");
+    Put("[Konfiguracja]\r\nKatalog główny=/var/lib/dane\r\n");
+    EXPECT_EQ(ReadRootFolder(m_profile, "/srv/kalvex"), "/var/lib/dane");
+}
+
+}  // namespace
+}  // namespace kalvex
