@@ -1,0 +1,282 @@
+#include "server/StoreFile.h"
+
+#include <limits>
+
+#include "platform/CodePage.h"
+#include "values/LocalTime.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+constexpr const char* kNewerFile = "Plik danych jest z nowszej wersji programu";
+
+// Full: a transaction that was committed outlasts a loss of power.
+constexpr const char* kSettings =
+    "PRAGMA journal_mode = WAL;"
+    "PRAGMA synchronous = FULL;"
+    "PRAGMA journal_size_limit = 67108864;"
+    "PRAGMA cache_size = -16000;";
+
+constexpr const char* kSchema =
+    "CREATE TABLE IF NOT EXISTS variables (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);"
+    "CREATE TABLE IF NOT EXISTS last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
+    "type INTEGER NOT NULL, status INTEGER NOT NULL, value);"
+    "CREATE TABLE IF NOT EXISTS history (variable INTEGER NOT NULL, kind INTEGER NOT NULL, "
+    "time INTEGER NOT NULL, type INTEGER NOT NULL, status INTEGER NOT NULL, value, "
+    "PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;"
+    "CREATE TABLE IF NOT EXISTS progress (what TEXT PRIMARY KEY, time INTEGER NOT NULL) "
+    "WITHOUT ROWID;"
+    "PRAGMA user_version = 1;";
+
+// Binds type, status and content to three parameters in a row.
+void BindValue(SqliteStatement& statement, int parameter, const CVal& value) {
+    statement.BindInteger(parameter, value.GetType());
+    statement.BindInteger(parameter + 1, value.GetStatus());
+    if (value.IsText()) {
+        statement.BindText(parameter + 2, value.Text());
+    } else if (value.GetType() == ValueType::Double) {
+        statement.BindReal(parameter + 2, value.Real());
+    } else if (ValueType::IsInteger(value.GetType())) {
+        statement.BindInteger(parameter + 2, value.Integer());
+    } else {
+        statement.BindNull(parameter + 2);
+    }
+}
+
+// From four columns in a row: time, type, status, content.
+CVal ReadValue(const SqliteStatement& row, int column) {
+    const auto type = static_cast<std::uint16_t>(row.Integer(column + 1));
+    CVal value;
+    if (type == ValueType::Text) {
+        value = CVal(row.Text(column + 3));
+    } else if (type == ValueType::Double) {
+        value = CVal(row.IsNull(column + 3) ? std::numeric_limits<double>::quiet_NaN()
+                                            : row.Real(column + 3));
+    } else if (ValueType::IsInteger(type)) {
+        value = CVal(static_cast<long long>(row.Integer(column + 3)));
+        value.SetType(type);
+    }
+    value.SetTime(row.Integer(column));
+    value.SetStatus(static_cast<std::uint16_t>(row.Integer(column + 2)));
+    return value;
+}
+
+bool IsReport(ValueKind kind) {
+    return kind >= KindHour && kind <= KindSpan;
+}
+
+}  // namespace
+
+std::string StoreFile::ErrorText() const {
+    return FromUtf8(m_database.ErrorText());
+}
+
+bool StoreFile::Open(const std::string& path, std::string& error) {
+    const auto fail = [&] {
+        error = FromUtf8(path) + ": " + ErrorText();
+        return false;
+    };
+    if (!m_database.Open(path)) return fail();
+    {
+        SqliteStatement version;
+        if (!version.Prepare(m_database, "PRAGMA user_version")) return fail();
+        if (version.Next() && version.Integer(0) > kSchemaVersion) {
+            error = FromUtf8(path) + ": " + FromUtf8(kNewerFile);
+            return false;
+        }
+        if (version.Failed()) return fail();
+    }
+    if (!m_database.Execute(kSettings)) return fail();
+    SqliteTransaction transaction(m_database);
+    return (m_database.Execute(kSchema) && transaction.Commit() && PrepareAll()) || fail();
+}
+
+bool StoreFile::PrepareAll() {
+    struct Row {
+        SqliteStatement& statement;
+        const char* sql;
+    };
+    const Row rows[] = {
+        {m_putName, "INSERT OR IGNORE INTO variables VALUES (?, ?)"},
+        {m_putLastValue, "INSERT OR REPLACE INTO last_values VALUES (?, ?, ?, ?, ?)"},
+        {m_putProgress, "INSERT OR REPLACE INTO progress VALUES (?, ?)"},
+        {m_put, "INSERT OR REPLACE INTO history VALUES (?, ?, ?, ?, ?, ?)"},
+        {m_get,
+         "SELECT time, type, status, value FROM history "
+         "WHERE variable = ? AND kind = ? AND time = ?"},
+        {m_getRange,
+         "SELECT time, type, status, value FROM history "
+         "WHERE variable = ? AND kind = ? AND time BETWEEN ? AND ? ORDER BY time LIMIT ?"},
+        {m_getBefore,
+         "SELECT time, type, status, value FROM history "
+         "WHERE variable = ? AND kind = 6 AND time <= ? ORDER BY time DESC LIMIT 1"},
+        {m_getKnownBefore,
+         "SELECT time, type, status, value FROM history WHERE variable = ? AND kind = 6 "
+         "AND time < ? AND status & 1 = 0 AND type <> 255 ORDER BY time DESC LIMIT 1"},
+        {m_remove,
+         "DELETE FROM history WHERE variable = ?1 AND kind = 6 AND time < ?2 AND time < "
+         "coalesce((SELECT time FROM history WHERE variable = ?1 AND kind = 6 "
+         "ORDER BY time LIMIT 1 OFFSET 10000), ?2)"},
+    };
+    for (const Row& row : rows) {
+        if (!row.statement.Prepare(m_database, row.sql)) return false;
+    }
+    return true;
+}
+
+bool StoreFile::ReadContents(Contents& contents) {
+    SqliteStatement select;
+    if (!select.Prepare(m_database, "SELECT id, name FROM variables")) return false;
+    while (select.Next()) contents.variables[select.Text(1)] = select.Integer(0);
+    if (select.Failed() ||
+        !select.Prepare(m_database,
+                        "SELECT variable, time, type, status, value FROM last_values")) {
+        return false;
+    }
+    while (select.Next()) contents.lastValues[select.Integer(0)] = ReadValue(select, 1);
+    if (select.Failed() || !select.Prepare(m_database, "SELECT what, time FROM progress")) {
+        return false;
+    }
+    while (select.Next()) contents.progress[select.Text(0)] = select.Integer(1);
+    return !select.Failed();
+}
+
+bool StoreFile::Apply(const StoreOperation& operation, ChangedReports& changed) {
+    return std::visit([&](const auto& known) { return Run(known, changed); }, operation);
+}
+
+bool StoreFile::Run(const SaveName& operation, ChangedReports&) {
+    m_putName.BindInteger(1, operation.variable);
+    m_putName.BindText(2, operation.name);
+    return m_putName.Run();
+}
+
+bool StoreFile::Run(const SaveLastValue& operation, ChangedReports&) {
+    m_putLastValue.BindInteger(1, operation.variable);
+    m_putLastValue.BindInteger(2, operation.value.GetTime());
+    BindValue(m_putLastValue, 3, operation.value);
+    return m_putLastValue.Run();
+}
+
+bool StoreFile::Run(const SaveProgress& operation, ChangedReports&) {
+    m_putProgress.BindText(1, operation.what);
+    m_putProgress.BindInteger(2, operation.time);
+    return m_putProgress.Run();
+}
+
+bool StoreFile::Put(VariableId variable, ValueKind kind, std::int64_t time, const CVal& value) {
+    m_put.BindInteger(1, variable);
+    m_put.BindInteger(2, kind);
+    m_put.BindInteger(3, time);
+    BindValue(m_put, 4, value);
+    return m_put.Run();
+}
+
+bool StoreFile::Run(const PutValue& operation, ChangedReports& changed) {
+    if (IsReport(operation.kind)) changed.emplace(operation.kind, operation.time);
+    return Put(operation.variable, operation.kind, operation.time, operation.value);
+}
+
+bool StoreFile::Run(const MarkGap& operation, ChangedReports&) {
+    m_getBefore.BindInteger(1, operation.variable);
+    m_getBefore.BindInteger(2, operation.time);
+    std::optional<CVal> last;
+    if (!ReadOne(m_getBefore, last)) return false;
+    if (!last || (last->GetStatus() & Status::Unknown) != 0) return true;
+    CVal unknown;
+    unknown.SetStatus(Status::Unknown);
+    return Put(operation.variable, KindArchive, operation.time, unknown);
+}
+
+bool StoreFile::Run(const RemoveArchive& operation, ChangedReports&) {
+    m_remove.BindInteger(1, operation.variable);
+    m_remove.BindInteger(2, operation.before);
+    return m_remove.Run();
+}
+
+bool StoreFile::ReadOne(SqliteStatement& statement, std::optional<CVal>& value) {
+    value.reset();
+    if (statement.Next()) value = ReadValue(statement, 0);
+    statement.Reset();
+    return !statement.Failed();
+}
+
+bool StoreFile::ReadReport(VariableId variable, ValueKind kind, std::int64_t time,
+                           std::optional<CVal>& value) {
+    m_get.BindInteger(1, variable);
+    m_get.BindInteger(2, kind);
+    m_get.BindInteger(3, time);
+    return ReadOne(m_get, value);
+}
+
+bool StoreFile::ReadRange(VariableId variable, ValueKind kind, std::int64_t from, std::int64_t to,
+                          std::int64_t limit, std::vector<CVal>& values) {
+    m_getRange.BindInteger(1, variable);
+    m_getRange.BindInteger(2, kind);
+    m_getRange.BindInteger(3, from);
+    m_getRange.BindInteger(4, to);
+    m_getRange.BindInteger(5, limit);
+    while (m_getRange.Next()) values.push_back(ReadValue(m_getRange, 0));
+    m_getRange.Reset();
+    return !m_getRange.Failed();
+}
+
+bool StoreFile::Run(const MakeReport& operation, ChangedReports& changed) {
+    std::optional<CVal> standing;
+    if (!ReadReport(operation.variable, operation.kind, operation.time, standing)) return false;
+    const std::uint16_t status = standing ? standing->GetStatus() : 0;
+    CVal result;
+    if (operation.action == PeriodAction::Init) {
+        if ((status & Status::ReportInited) != 0) return true;
+        if (standing) result = *standing;
+        result.AddStatus(Status::ReportInited | (standing ? 0 : Status::Unknown));
+    } else {
+        const bool load = operation.action == PeriodAction::Load;
+        if (load && (status & Status::SetByUser) != 0) return true;
+        if (!Compute(operation, result)) return false;
+        result.AddStatus(status & Status::ReportInited);
+    }
+    changed.emplace(operation.kind, operation.time);
+    return Put(operation.variable, operation.kind, operation.time, result);
+}
+
+bool StoreFile::Compute(const MakeReport& operation, CVal& result) {
+    return operation.kind == KindHour ? ComputeHour(operation, result)
+                                      : ComputeFromParts(operation, result);
+}
+
+bool StoreFile::ComputeHour(const MakeReport& operation, CVal& result) {
+    const TimeSpan span = CoveredSpan(KindHour, operation.time, operation.dayStart);
+    std::optional<CVal> before;
+    if (operation.rule != ReportRule::Sum) {
+        SqliteStatement& select =
+            operation.rule == ReportRule::Mean ? m_getBefore : m_getKnownBefore;
+        select.BindInteger(1, operation.variable);
+        select.BindInteger(2, span.begin);
+        if (!ReadOne(select, before)) return false;
+    }
+    std::vector<CVal> inside;
+    if (!ReadRange(operation.variable, KindArchive, span.begin, span.end - 1, span.end - span.begin,
+                   inside)) {
+        return false;
+    }
+    result = ComputeFromArchive(operation.rule, span, before, inside);
+    return true;
+}
+
+bool StoreFile::ComputeFromParts(const MakeReport& operation, CVal& result) {
+    const ValueKind partKind = operation.kind == KindMonth ? KindDay : KindHour;
+    std::vector<ReportPart> parts;
+    for (const std::int64_t time : PartsOf(operation.kind, operation.time, operation.dayStart)) {
+        const TimeSpan span = CoveredSpan(partKind, time, operation.dayStart);
+        ReportPart& part = parts.emplace_back();
+        part.length = span.end - span.begin;
+        if (!ReadReport(operation.variable, partKind, time, part.value)) return false;
+    }
+    result = ComputeFromReports(operation.rule, parts);
+    return true;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,125 @@
+// What is acknowledged is on disk, however the process ends.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "server/Store.h"
+#include "temporary_folder.h"
+
+namespace kalvex {
+namespace {
+
+constexpr int kRounds = 25;
+constexpr int kBatch = 7;
+
+// Writes archive and report values without end and tells the number of each acknowledged batch.
+[[noreturn]] void WriteUntilKilled(const std::string& path, std::int64_t first, int tell) {
+    PostedWork loop;
+    Store store(loop);
+    std::string error;
+    if (!store.Open(path, error)) ::_exit(1);
+    const VariableId x = store.Register("X");
+    for (std::int64_t batch = first;; ++batch) {
+        std::vector<StoreOperation> operations;
+        for (std::int64_t index = 0; index < kBatch; ++index) {
+            const std::int64_t time = batch * kBatch + index;
+            operations.push_back(PutValue{x, KindArchive, time, CVal(time * 3)});
+        }
+        operations.push_back(PutValue{x, KindHour, batch * 3600, CVal(batch)});
+        const bool taken = store.Submit(
+            std::move(operations), Store::Urgency::Now, [batch, tell](const StoreOutcome& outcome) {
+                if (!outcome.committed || ::write(tell, &batch, sizeof batch) != sizeof batch) {
+                    ::_exit(2);
+                }
+            });
+        if (!taken) ::_exit(3);
+        // Keeps a few batches under way, so that some are cut off in the middle.
+        if (batch % 5 == 0) loop.WaitAndRun();
+    }
+}
+
+// Kills the writer once it has acknowledged so many batches; the numbers of all acknowledged ones.
+std::vector<std::int64_t> RunAndKill(const std::string& path, std::int64_t first,
+                                     std::size_t enough) {
+    int ends[2];
+    EXPECT_EQ(::pipe(ends), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(ends[0]);
+        WriteUntilKilled(path, first, ends[1]);
+    }
+    ::close(ends[1]);
+    std::vector<std::int64_t> acknowledged;
+    std::int64_t batch;
+    bool killed = false;
+    while (::read(ends[0], &batch, sizeof batch) == sizeof batch) {
+        acknowledged.push_back(batch);
+        if (!killed && acknowledged.size() >= enough) {
+            ::kill(child, SIGKILL);
+            killed = true;
+        }
+    }
+    ::close(ends[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    return acknowledged;
+}
+
+std::vector<CVal> ReadAll(Store& store, PostedWork& loop, VariableId x, ValueKind kind) {
+    std::vector<CVal> values;
+    bool answered = false;
+    store.Read({x, kind, 0, INT64_MAX, 10'000'000}, [&](StorePiece piece) {
+        EXPECT_TRUE(piece.read);
+        values = std::move(piece.values);
+        answered = true;
+    });
+    while (!answered) loop.WaitAndRun();
+    return values;
+}
+
+TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Path("store.sqlite");
+    std::vector<std::int64_t> acknowledged;
+    std::int64_t next = 1;
+    for (int round = 0; round < kRounds; ++round) {
+        const std::size_t enough = 1 + static_cast<std::size_t>(round) * 13 % 101;
+        const std::vector<std::int64_t> more = RunAndKill(path, next, enough);
+        ASSERT_GE(more.size(), enough);
+        acknowledged.insert(acknowledged.end(), more.begin(), more.end());
+        next = more.back() + 1000000;
+
+        PostedWork loop;
+        Store store(loop);
+        std::string error;
+        ASSERT_TRUE(store.Open(path, error)) << error;
+        const VariableId x = store.Register("X");
+        std::map<std::int64_t, std::int64_t> archive;
+        for (const CVal& value : ReadAll(store, loop, x, KindArchive)) {
+            archive[value.GetTime()] = value.Integer();
+        }
+        std::map<std::int64_t, std::int64_t> hours;
+        for (const CVal& value : ReadAll(store, loop, x, KindHour)) {
+            hours[value.GetTime()] = value.Integer();
+        }
+        for (const std::int64_t batch : acknowledged) {
+            ASSERT_EQ(hours.count(batch * 3600), 1u) << batch;
+            ASSERT_EQ(hours[batch * 3600], batch);
+            for (std::int64_t time = batch * kBatch; time < (batch + 1) * kBatch; ++time) {
+                ASSERT_EQ(archive.count(time), 1u) << time;
+                ASSERT_EQ(archive[time], time * 3);
+            }
+        }
+        // A batch is there as a whole or not at all.
+        ASSERT_EQ(archive.size(), hours.size() * kBatch);
+    }
+}
+
+}  // namespace
+}  // namespace kalvex
