@@ -8,6 +8,9 @@ namespace {
 // A server may come to let the user in while the module runs, so a refused login is not for good.
 constexpr int kChecksBetweenLogins = 60;
 
+constexpr std::uint32_t kModuleWishes = 577;
+static_assert((kModuleWishes & SubscribeFlag::ReportChanges) != 0);
+
 }  // namespace
 
 bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source,
@@ -114,6 +117,7 @@ void CClientConnection::Subscribe() {
             registration->handle = ++m_nLastHandle;
             m_mapByHandle.emplace(registration->handle, registration);
             request.added.push_back({registration->handle, registration->pVarVal->GetName()});
+            request.flags |= GetSubscribeFlags(*registration->pVarVal);
         }
     }
     m_arrTouched.clear();
@@ -135,6 +139,7 @@ void CClientConnection::SubscribeAll() {
     for (const auto& registration : m_arrVariables) {
         if (registration->handle == 0) continue;
         request.added.push_back({registration->handle, registration->pVarVal->GetName()});
+        request.flags |= GetSubscribeFlags(*registration->pVarVal);
     }
     if (!request.added.empty()) Send(std::move(request));
 }
@@ -270,6 +275,10 @@ void CClientConnection::DetachVarOwner(CVarVal&, CVarOwner*) {}
 
 bool CClientConnection::IsVarInUse(const CVarVal&) const {
     return false;
+}
+
+std::uint32_t CClientConnection::GetSubscribeFlags(const CVarVal&) const {
+    return kModuleWishes;
 }
 
 void CClientConnection::OnConnectionFault(ConnectionFault, std::uint32_t) {}

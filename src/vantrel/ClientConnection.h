@@ -102,6 +102,8 @@ class CClientConnection : private ClientTransportEvents {
     virtual void AttachVarOwner(CVarVal& variable, CVarOwner* owner);
     virtual void DetachVarOwner(CVarVal& variable, CVarOwner* owner);
     virtual bool IsVarInUse(const CVarVal& variable) const;
+    // What a subscription of the variable asks for; SubscribeFlag names the bits that matter.
+    virtual std::uint32_t GetSubscribeFlags(const CVarVal& variable) const;
 
     virtual void OnConnectionFault(ConnectionFault fault, std::uint32_t code);
     // The server's answer to the login.

@@ -38,6 +38,12 @@ struct LoginRequest {
     std::string password;
 };
 
+// Wishes of a client that a server knows; other bits mean nothing to it.
+namespace SubscribeFlag {
+inline constexpr std::uint32_t ReportChanges = 64;
+inline constexpr std::uint32_t LogMessages = 256;
+}  // namespace SubscribeFlag
+
 // The server answers for each added variable with an access error or with its definition, if it
 // has one, and its present value, which may be of type None, and goes on sending its changes.
 struct SubscribeRequest {
@@ -47,7 +53,7 @@ struct SubscribeRequest {
     };
     std::vector<Entry> added;
     std::vector<VariableHandle> removed;
-    std::uint32_t flags = 0;  // the client's wishes, as the connection gives them
+    std::uint32_t flags = 0;  // the client's wishes, to be added to those that it has told before
     bool last = true;         // false: another piece of the same subscription follows
 };
 
