@@ -28,6 +28,7 @@ bool Store::Open(const std::string& path, std::string& error) {
 }
 
 void Store::Close() {
+    *m_pOpen = false;
     if (!m_writer.joinable()) return;
     {
         const std::lock_guard lock(m_mutex);
@@ -65,9 +66,10 @@ std::optional<std::int64_t> Store::Progress(const std::string& what) const {
 bool Store::Submit(std::vector<StoreOperation> operations, Urgency urgency, Done done) {
     {
         const std::lock_guard lock(m_mutex);
-        if (m_nWaiting + operations.size() > kMostWaiting) return false;
-        m_nWaiting += operations.size();
         const bool urgent = urgency == Urgency::Now;
+        std::size_t& waiting = urgent ? m_nUrgentWaiting : m_nBackgroundWaiting;
+        if (waiting + operations.size() > (urgent ? kMostUrgent : kMostBackground)) return false;
+        waiting += operations.size();
         if (urgent) ++m_nUrgentMade;
         (urgent ? m_arrUrgent : m_arrBackground)
             .push_back({std::move(operations), std::move(done), urgent});
@@ -117,21 +119,24 @@ void Store::Write() {
         std::vector<SaveName> names = std::exchange(m_arrNames, {});
         m_fWriting = true;
         lock.unlock();
-        std::size_t operations = 0;
-        std::uint64_t urgent = 0;
-        for (const Submission& submission : batch) {
-            operations += submission.operations.size();
-            if (submission.urgent) ++urgent;
-        }
         if (Commit(batch, names)) names.clear();
         lock.lock();
         m_arrNames.insert(m_arrNames.begin(), names.begin(), names.end());
         m_fWriting = false;
-        m_nWaiting -= operations;
-        m_nUrgentDone += urgent;
+        for (const Submission& submission : batch) {
+            (submission.urgent ? m_nUrgentWaiting : m_nBackgroundWaiting) -=
+                submission.operations.size();
+            if (submission.urgent) ++m_nUrgentDone;
+        }
         m_done.notify_all();
         m_work.notify_all();
     }
+}
+
+void Store::PostDone(std::function<void()> done) {
+    m_loop.Post([open = m_pOpen, done = std::move(done)] {
+        if (*open) done();
+    });
 }
 
 bool Store::Commit(std::vector<Submission>& batch, const std::vector<SaveName>& names) {
@@ -162,7 +167,7 @@ bool Store::Commit(std::vector<Submission>& batch, const std::vector<SaveName>& 
     }
     std::erase_if(*outcomes, [](const auto& entry) { return !entry.first; });
     if (!outcomes->empty()) {
-        m_loop.Post([outcomes] {
+        PostDone([outcomes] {
             for (const auto& [done, outcome] : *outcomes) done(outcome);
         });
     }
@@ -190,7 +195,7 @@ void Store::ReadPieces() {
             piece->values.pop_back();
             piece->more = true;
         }
-        m_loop.Post([piece, done = std::move(job.done)] { done(std::move(*piece)); });
+        PostDone([piece, done = std::move(job.done)] { done(std::move(*piece)); });
 
         lock.lock();
         m_fReading = false;

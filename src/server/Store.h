@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -44,8 +45,9 @@ struct StorePiece {
 
 class Store {
   public:
-    // Operations that may wait to be written.
-    static constexpr std::size_t kMostWaiting = 500000;
+    // Operations that may wait to be written, urgent ones and those of the background.
+    static constexpr std::size_t kMostUrgent = 500000;
+    static constexpr std::size_t kMostBackground = 20000;
 
     enum class Urgency {
         Now,
@@ -63,7 +65,7 @@ class Store {
     // Opens the file, makes it if it is not there, and starts the threads. Called once.
     bool Open(const std::string& path, std::string& error);
 
-    // Writes what is urgent and ends the threads. No `Done` of what was dropped is called.
+    // Writes what is urgent and ends the threads. No `done` is called any more.
     void Close();
 
     // The number of the variable, a new one if it has none yet. A new one is in the file before
@@ -104,7 +106,11 @@ class Store {
     bool Commit(std::vector<Submission>& batch, const std::vector<SaveName>& names);
     void ReadPieces();
 
+    void PostDone(std::function<void()> done);
+
     MainLoop& m_loop;
+    // Outlives the store in what is posted. The main thread's.
+    const std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
     StoreFile m_writeFile;  // the writer's, once it runs
     StoreFile m_readFile;   // the reader's
     StoreFile::Contents m_contents;
@@ -117,7 +123,8 @@ class Store {
     std::deque<Submission> m_arrUrgent;
     std::deque<Submission> m_arrBackground;
     std::deque<ReadJob> m_arrReads;
-    std::size_t m_nWaiting = 0;
+    std::size_t m_nUrgentWaiting = 0;  // in operations
+    std::size_t m_nBackgroundWaiting = 0;
     std::uint64_t m_nUrgentMade = 0;
     std::uint64_t m_nUrgentDone = 0;
     bool m_fWriting = false;

@@ -5,10 +5,7 @@
 
 #include <memory>
 
-#include "local_zone.h"
-#include "platform/CodePage.h"
-#include "temporary_folder.h"
-#include "values/LocalTime.h"
+#include "server_fixture.h"
 
 namespace kalvex {
 namespace {
@@ -18,12 +15,6 @@ using testing::IsEmpty;
 using testing::Pair;
 
 constexpr std::uint16_t kLoaded = Status::ReportLoaded;
-
-CVal Stamped(CVal value, std::int64_t time, std::uint16_t status = 0) {
-    value.SetTime(time);
-    value.SetStatus(status);
-    return value;
-}
 
 class StoreTest : public testing::Test {
   protected:
@@ -243,7 +234,7 @@ TEST_F(StoreTest, FailedTransactionLeavesNothingAndIsTold) {
 
 TEST_F(StoreTest, TooMuchWaitingIsRefused) {
     const VariableId x = m_store->Register("X");
-    std::vector<StoreOperation> operations(Store::kMostWaiting + 1,
+    std::vector<StoreOperation> operations(Store::kMostUrgent + 1,
                                            PutValue{x, KindArchive, 1, CVal(1)});
     EXPECT_FALSE(m_store->Submit(operations, Store::Urgency::Now, {}));
     operations.resize(2);
