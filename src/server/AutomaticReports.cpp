@@ -1,0 +1,77 @@
+#include "server/AutomaticReports.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/ReportPeriods.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::int64_t kFarthest = 62 * std::int64_t{86400};
+constexpr std::size_t kReportsTogether = 50;
+
+std::string ProgressName(ValueKind kind) {
+    return kind == KindHour ? "hour" : kind == KindDay ? "day" : "month";
+}
+
+}  // namespace
+
+void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
+    const int dayStart = static_cast<int>(definitions.dayStart);
+    for (const ValueKind kind : definitions.automatic) {
+        if (m_mapPlaces.count(kind) == 0) m_mapPlaces[kind] = FirstPlace(kind, dayStart, now);
+        Place& place = m_mapPlaces[kind];
+        while (CoveredSpan(kind, place.time, dayStart).end <= now) {
+            if (!HandOver(kind, dayStart, place)) return;
+        }
+    }
+}
+
+void AutomaticReports::OnDefine() {
+    for (auto& [kind, place] : m_mapPlaces) place.variable = 0;
+}
+
+AutomaticReports::Place AutomaticReports::FirstPlace(ValueKind kind, int dayStart,
+                                                     std::int64_t now) {
+    const std::string name = ProgressName(kind);
+    const std::optional<std::int64_t> recorded = m_store.Progress(name);
+    if (recorded) {
+        const std::int64_t farthest = std::max<std::int64_t>(now - kFarthest, 0);
+        return {std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
+    }
+    const std::int64_t present = CoveringReport(kind, now, dayStart);
+    std::vector<StoreOperation> operations;
+    operations.emplace_back(SaveProgress{name, present});
+    m_store.Submit(std::move(operations), Store::Urgency::Now, {});
+    return {present};
+}
+
+// What the store does not take now is handed over at a later step. The end of the report is marked
+// in the last submission, so that a report cut off by the end of the server is computed again.
+bool AutomaticReports::HandOver(ValueKind kind, int dayStart, Place& place) {
+    for (bool last = false; !last;) {
+        std::vector<StoreOperation> operations;
+        std::size_t index = place.variable;
+        for (; index < m_plant.Size() && operations.size() < kReportsTogether; ++index) {
+            const PlantVariable& variable = m_plant.At(index);
+            if ((variable.config.reports & ReportBit(kind)) == 0) continue;
+            operations.emplace_back(MakeReport{PeriodAction::Load, variable.id, kind, place.time,
+                                               variable.config.rule, dayStart});
+        }
+        last = index == m_plant.Size();
+        const std::int64_t next = NextReportTime(kind, place.time);
+        if (last) operations.emplace_back(SaveProgress{ProgressName(kind), next});
+        if (!m_store.Submit(std::move(operations), Store::Urgency::Background, m_done)) {
+            return false;
+        }
+        place = last ? Place{next, 0} : Place{place.time, index};
+    }
+    return true;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,42 @@
+// Has reports computed when their period has ended, as the configuration asks. Main thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+
+#include "server/Plant.h"
+#include "server/Store.h"
+
+namespace kalvex {
+
+class AutomaticReports {
+  public:
+    // Both outlive it. `done` hears of what was committed and of what failed.
+    AutomaticReports(const Plant& plant, Store& store, Store::Done done)
+        : m_plant(plant), m_store(store), m_done(std::move(done)) {}
+
+    // Once a second, behind the archive values of that second. Periods that ended while there was
+    // no server are made up for, 62 days back; with none on record the first is the one under way.
+    void Step(const Definitions& definitions, std::int64_t now);
+
+    // The plant has other variables now: a period that is half handed over is begun again.
+    void OnDefine();
+
+  private:
+    struct Place {
+        std::int64_t time = 0;     // the first report that is not handed over to the store yet
+        std::size_t variable = 0;  // the first variable of it
+    };
+
+    Place FirstPlace(ValueKind kind, int dayStart, std::int64_t now);
+    bool HandOver(ValueKind kind, int dayStart, Place& place);
+
+    const Plant& m_plant;
+    Store& m_store;
+    Store::Done m_done;
+    std::map<ValueKind, Place> m_mapPlaces;
+};
+
+}  // namespace kalvex

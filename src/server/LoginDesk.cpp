@@ -1,0 +1,114 @@
+#include "server/LoginDesk.h"
+
+#include <utility>
+
+#include "platform/CodePage.h"
+#include "platform/PasswordHash.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kLongestUser = 64;
+constexpr std::size_t kLongestPassword = 256;
+
+constexpr const char* kWrong = "brak uprawnień";
+constexpr const char* kTooOften = "zbyt wiele nieudanych prób, następna możliwa za ";
+constexpr const char* kOtherVersion = "inna wersja protokołu";
+
+bool IsNobody(const LoginRequest& request) {
+    return request.password.empty() && (request.user.empty() || request.user == "NOBODY");
+}
+
+}  // namespace
+
+LoginDesk::LoginDesk(const UserStore& users, const Clock& clock, MainLoop& loop, PasswordCost cost)
+    : m_users(users), m_clock(clock), m_loop(loop), m_strOtherHash(HashPassword("", cost)) {}
+
+LoginDesk::~LoginDesk() {
+    *m_pOpen = false;
+    if (m_checker.joinable()) m_checker.join();
+}
+
+bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::string& hash) {
+    const LoginRequest& request = pending.request;
+    if (request.protocolVersion != kProtocolVersion) {
+        verdict = {LoginOtherVersion, FromUtf8(kOtherVersion), {}};
+        return true;
+    }
+    verdict = {LoginWrong, FromUtf8(kWrong), {}};
+    if (request.user.size() > kLongestUser || request.password.size() > kLongestPassword) {
+        return true;
+    }
+    const std::int64_t wait = m_gate.Wait(pending.address, request.user, m_clock.Now());
+    if (wait > 0) {
+        verdict = {LoginTooOften, FromUtf8(kTooOften) + std::to_string(wait) + " s", {}};
+        return true;
+    }
+    if (IsNobody(request)) {
+        const bool local = pending.address.empty();
+        if (m_eNobody == NobodyAccess::Always || (m_eNobody == NobodyAccess::Local && local)) {
+            verdict = {LoginOk, {}, {}};
+            verdict.user.name = "NOBODY";
+        }
+        return true;
+    }
+    const std::optional<UserRecord> user = m_users.Find(request.user, &hash);
+    if (user && MayComeFrom(*user, pending.address)) {
+        verdict.user = *user;
+    } else {
+        hash = m_strOtherHash;
+    }
+    return false;
+}
+
+LoginVerdict LoginDesk::Conclude(const Pending& pending, LoginVerdict verdict, bool right) {
+    if (right && !verdict.user.name.empty()) {
+        m_gate.OnSuccess(pending.address, pending.request.user);
+        return {LoginOk, {}, std::move(verdict.user)};
+    }
+    m_gate.OnFailure(pending.address, pending.request.user, m_clock.Now());
+    verdict.user = {};
+    return verdict;
+}
+
+LoginVerdict LoginDesk::CheckNow(const LoginRequest& request, const std::string& address) {
+    const Pending pending{request, address, {}};
+    LoginVerdict verdict;
+    std::string hash;
+    if (Decide(pending, verdict, hash)) return verdict;
+    const bool right = CheckPassword(hash, request.password);
+    return Conclude(pending, std::move(verdict), right);
+}
+
+void LoginDesk::Check(LoginRequest request, std::string address, Done done) {
+    m_arrPending.push_back({std::move(request), std::move(address), std::move(done)});
+    Next();
+}
+
+void LoginDesk::Next() {
+    while (!m_fChecking && !m_arrPending.empty()) {
+        auto pending = std::make_shared<Pending>(std::move(m_arrPending.front()));
+        m_arrPending.pop_front();
+        LoginVerdict verdict;
+        std::string hash;
+        if (Decide(*pending, verdict, hash)) {
+            pending->done(verdict);
+            continue;
+        }
+        m_fChecking = true;
+        if (m_checker.joinable()) m_checker.join();
+        m_checker = std::thread([this, open = m_pOpen, pending, verdict, hash] {
+            const bool right = CheckPassword(hash, pending->request.password);
+            m_loop.Post([this, open, pending, verdict, right] {
+                WipePassword(pending->request.password);
+                if (!*open) return;
+                m_fChecking = false;
+                pending->done(Conclude(*pending, verdict, right));
+                Next();
+            });
+        });
+    }
+}
+
+}  // namespace kalvex

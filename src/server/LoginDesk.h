@@ -1,0 +1,77 @@
+// Checks who logs in. Passwords are checked on a thread of their own, one at a time. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "platform/Clock.h"
+#include "platform/MainLoop.h"
+#include "platform/UserStore.h"
+#include "server/Definitions.h"
+#include "server/LoginGate.h"
+#include "vantrel/Messages.h"
+
+namespace kalvex {
+
+enum LoginCode : std::uint8_t {
+    LoginOk = 0,
+    LoginWrong = 1,  // no such user, another password, not from there
+    LoginTooOften = 2,
+    LoginOtherVersion = 3,
+};
+
+struct LoginVerdict {
+    std::uint8_t code = LoginWrong;
+    std::string text;  // for the client, why not
+    UserRecord user;   // with code 0
+};
+
+class LoginDesk {
+  public:
+    using Done = std::function<void(const LoginVerdict&)>;
+
+    // All outlive the desk. The cost is the one of the users' passwords: a user who is not there
+    // takes as long as one who is.
+    LoginDesk(const UserStore& users, const Clock& clock, MainLoop& loop, PasswordCost cost);
+    ~LoginDesk();
+    LoginDesk(const LoginDesk&) = delete;
+    LoginDesk& operator=(const LoginDesk&) = delete;
+
+    void AllowNobody(NobodyAccess access) { m_eNobody = access; }
+
+    // `done` is called when it is decided, from within the call or later; not at all once the desk
+    // is gone. The user who is "NOBODY", or nameless, and has no password is nobody.
+    void Check(LoginRequest request, std::string address, Done done);
+
+    // The same at once, for as long as it takes.
+    LoginVerdict CheckNow(const LoginRequest& request, const std::string& address);
+
+  private:
+    struct Pending {
+        LoginRequest request;
+        std::string address;
+        Done done;
+    };
+
+    // What can be said without the password. True when that decides it.
+    bool Decide(const Pending& pending, LoginVerdict& verdict, std::string& hash);
+    LoginVerdict Conclude(const Pending& pending, LoginVerdict verdict, bool right);
+    void Next();
+
+    const UserStore& m_users;
+    const Clock& m_clock;
+    MainLoop& m_loop;
+    NobodyAccess m_eNobody = NobodyAccess::Never;
+    std::string m_strOtherHash;  // checked in place of the one of a user who is not there
+    LoginGate m_gate;
+    std::deque<Pending> m_arrPending;
+    bool m_fChecking = false;
+    const std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
+    std::thread m_checker;
+};
+
+}  // namespace kalvex

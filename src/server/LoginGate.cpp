@@ -1,0 +1,54 @@
+#include "server/LoginGate.h"
+
+#include <algorithm>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kFreeFailures = 2;
+constexpr int kDoublings = 5;  // from 2 s to 64 s
+constexpr std::int64_t kForgotten = 600;
+constexpr std::size_t kMostRecords = 10000;
+
+std::string KeyOf(std::string_view address, std::string_view user) {
+    return address.empty() ? "@" + ToUpper(user) : std::string(address);
+}
+
+}  // namespace
+
+std::int64_t LoginGate::Wait(std::string_view address, std::string_view user,
+                             std::int64_t now) const {
+    const auto found = m_mapRecords.find(KeyOf(address, user));
+    if (found == m_mapRecords.end()) return 0;
+    // A clock that was set back does not prolong the wait.
+    constexpr std::int64_t kLongest = std::int64_t{2} << kDoublings;
+    return std::clamp<std::int64_t>(found->second.until - now, 0, kLongest);
+}
+
+void LoginGate::OnFailure(std::string_view address, std::string_view user, std::int64_t now) {
+    std::string key = KeyOf(address, user);
+    if (m_mapRecords.count(key) == 0 && m_mapRecords.size() >= kMostRecords) MakeRoom(now);
+    Record& record = m_mapRecords[std::move(key)];
+    if (record.until + kForgotten < now) record.failures = 0;
+    ++record.failures;
+    const int counted = record.failures - kFreeFailures - 1;
+    record.until = now + (counted < 0 ? 0 : std::int64_t{2} << std::min(counted, kDoublings));
+}
+
+void LoginGate::MakeRoom(std::int64_t now) {
+    std::erase_if(m_mapRecords,
+                  [now](const auto& entry) { return entry.second.until + kForgotten < now; });
+    if (m_mapRecords.size() < kMostRecords) return;
+    m_mapRecords.erase(std::min_element(
+        m_mapRecords.begin(), m_mapRecords.end(),
+        [](const auto& a, const auto& b) { return a.second.until < b.second.until; }));
+}
+
+void LoginGate::OnSuccess(std::string_view address, std::string_view user) {
+    m_mapRecords.erase(KeyOf(address, user));
+}
+
+}  // namespace kalvex

@@ -1,0 +1,134 @@
+#include "server/Plant.h"
+
+#include <cmath>
+#include <utility>
+
+#include "values/Status.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kLongestText = 65535;
+
+CVal NoValue() {
+    CVal value;
+    value.SetStatus(Status::Unknown);
+    return value;
+}
+
+bool IsBounded(const VariableConfig& config, double number) {
+    return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
+           (!config.maximum || number <= *config.maximum);
+}
+
+// A value of the variable's type, or none.
+CVal InitialValue(const VariableConfig& config, std::int64_t now) {
+    CVal value(config.initial);
+    if (config.initial.empty() || !value.Cast(config.type)) return NoValue();
+    value.SetTime(now);
+    return value;
+}
+
+}  // namespace
+
+void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
+                   std::int64_t now) {
+    std::vector<PlantVariable> before = std::exchange(m_arrVariables, {});
+    const std::unordered_map<std::string, std::size_t> names = std::exchange(m_mapByName, {});
+    m_arrChanged.clear();
+    m_arrVariables.reserve(variables.size());
+    for (const VariableConfig& config : variables) {
+        PlantVariable& variable = m_arrVariables.emplace_back();
+        m_mapByName.emplace(config.name, m_arrVariables.size() - 1);
+        variable.config = config;
+        variable.id = store.Register(config.name);
+        variable.rule = rights.RuleFor(config.name);
+        std::optional<CVal> last;
+        const auto known = names.find(config.name);
+        if (known != names.end()) {
+            PlantVariable& old = before[known->second];
+            last = std::move(old.value);
+            variable.generated = old.generated;
+            variable.saved = old.saved;
+        } else {
+            last = store.LastValue(variable.id);
+        }
+        const bool hasLast = last && last->GetType() != ValueType::None;
+        if (hasLast && last->Cast(config.type)) {
+            variable.value = std::move(*last);
+        } else if (CVal value = InitialValue(config, now); value.GetType() != ValueType::None) {
+            SetValue(m_arrVariables.size() - 1, std::move(value));
+        } else {
+            variable.value = std::move(value);
+        }
+        double number = 0;
+        if (!variable.generated && IsKnownNumber(variable.value, number)) {
+            variable.generated = number;
+        }
+    }
+}
+
+std::size_t Plant::Find(std::string_view name) const {
+    const auto found = m_mapByName.find(std::string(name));
+    return found == m_mapByName.end() ? kNone : found->second;
+}
+
+void Plant::Step(std::int64_t now) {
+    const std::int64_t elapsed = m_tLastStep ? now - *m_tLastStep : 0;
+    m_tLastStep = now;
+    for (std::size_t index = 0; index < m_arrVariables.size(); ++index) {
+        PlantVariable& variable = m_arrVariables[index];
+        if (!variable.config.signal) continue;
+        variable.generated = variable.config.signal->ValueAt(now, variable.generated, elapsed,
+                                                             NextRandom(m_nRandom));
+        CVal value(*variable.generated);
+        value.Cast(variable.config.type);
+        const CVal& old = variable.value;
+        const bool same = old.GetStatus() == 0 && old.GetType() == value.GetType() && old == value;
+        if (same) continue;
+        value.SetTime(now);
+        SetValue(index, std::move(value));
+    }
+}
+
+void Plant::SetValue(std::size_t index, CVal value) {
+    PlantVariable& variable = m_arrVariables[index];
+    variable.value = std::move(value);
+    variable.saved = false;
+    if (variable.changed) return;
+    variable.changed = true;
+    m_arrChanged.push_back(index);
+}
+
+std::vector<std::size_t> Plant::TakeChanges() {
+    for (const std::size_t index : m_arrChanged) m_arrVariables[index].changed = false;
+    return std::exchange(m_arrChanged, {});
+}
+
+VariableDefinition DefinitionOf(const VariableConfig& config) {
+    VariableDefinition definition;
+    definition.name = config.name;
+    definition.attributes.assign(config.attributes.begin(), config.attributes.end());
+    return definition;
+}
+
+bool ConvertWritten(const VariableConfig& config, ValueKind kind, CVal& value) {
+    const bool isReport = kind >= KindHour && kind <= KindSpan;
+    const std::uint16_t type = value.GetType();
+    if (type == ValueType::None) {
+        value.AddStatus(Status::Unknown);
+        return kind != KindCurrent;
+    }
+    if (!value.IsText() && type != ValueType::Double && !ValueType::IsInteger(type)) return false;
+    if (config.type == ValueType::Text) {
+        return value.Cast(ValueType::Text) && value.Text().size() <= kLongestText;
+    }
+    const bool keepsType = isReport && !value.IsText();
+    if (!keepsType && !value.Cast(isReport ? ValueType::Double : config.type)) return false;
+    double number = 0;
+    return value.GetValData(ValueType::Double, &number) && std::isfinite(number) &&
+           (isReport || IsBounded(config, number));
+}
+
+}  // namespace kalvex

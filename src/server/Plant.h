@@ -1,0 +1,79 @@
+// The variables of a data server with their current values, and the signals that move them. Main
+// thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "server/Definitions.h"
+#include "server/Rights.h"
+#include "server/Store.h"
+#include "vantrel/Messages.h"
+
+namespace kalvex {
+
+class Session;
+
+struct PlantVariable {
+    struct Subscriber {
+        Session* session;
+        VariableHandle handle;
+    };
+
+    VariableConfig config;
+    VariableId id = 0;     // in the store
+    std::size_t rule = 0;  // of the rights
+    // Of the variable's type, or without content and UNKNOWN while there is none.
+    CVal value;
+    std::optional<double> generated;  // what the signal has come to, uncut by the type
+    bool changed = false;             // since the changes were last taken
+    bool saved = true;
+    std::vector<Subscriber> subscribers;
+};
+
+class Plant {
+  public:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    // Makes the variables anew. Each gets the value that it had here under the same name, or that
+    // the store has kept for it, or the one of its definition, and no subscribers.
+    void Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
+                std::int64_t now);
+
+    std::size_t Size() const { return m_arrVariables.size(); }
+    std::size_t Find(std::string_view name) const;  // kNone when there is no such variable
+    PlantVariable& At(std::size_t index) { return m_arrVariables[index]; }
+    const PlantVariable& At(std::size_t index) const { return m_arrVariables[index]; }
+
+    // Moves the signals to that time. A value that comes out the same keeps its time.
+    void Step(std::int64_t now);
+
+    // Sets a current value as it stands.
+    void SetValue(std::size_t index, CVal value);
+
+    // The variables whose values have been set since the last call, each once.
+    std::vector<std::size_t> TakeChanges();
+
+  private:
+    std::vector<PlantVariable> m_arrVariables;
+    std::unordered_map<std::string, std::size_t> m_mapByName;
+    std::vector<std::size_t> m_arrChanged;
+    std::optional<std::int64_t> m_tLastStep;
+    std::uint64_t m_nRandom = 0;
+};
+
+// What a client is told of the variable.
+VariableDefinition DefinitionOf(const VariableConfig& config);
+
+// Turns what a client writes into a value of the variable: of its type for a current or archive
+// value, of any number's type for a report of a numeric variable. Status and time stay. False when
+// the value does not read as the type, is not finite, is outside the bounds, is too long, or, for a
+// current value, has no content.
+bool ConvertWritten(const VariableConfig& config, ValueKind kind, CVal& value);
+
+}  // namespace kalvex

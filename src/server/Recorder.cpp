@@ -1,0 +1,109 @@
+#include "server/Recorder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/CodePage.h"
+#include "values/Status.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kBusy = "zbyt wiele danych czeka na zapis";
+constexpr const char* kAlive = "alive";
+constexpr std::size_t kHour = 3600;
+constexpr std::int64_t kDay = 86400;
+
+}  // namespace
+
+void Recorder::Begin(std::int64_t now) {
+    const std::optional<std::int64_t> alive = m_store.Progress(kAlive);
+    m_tLastSave = now;
+    if (!alive || *alive + 1 >= now) return;
+    for (std::size_t index = 0; index < m_plant.Size(); ++index) {
+        const PlantVariable& variable = m_plant.At(index);
+        if ((variable.config.archive & (ArchiveBit::Changes | ArchiveBit::Samples)) == 0) continue;
+        m_arrPending.emplace_back(MarkGap{variable.id, *alive + 1});
+        if (variable.value.GetType() == ValueType::None) continue;
+        CVal value = variable.value;
+        value.SetTime(now);
+        m_arrPending.emplace_back(PutValue{variable.id, KindArchive, now, std::move(value)});
+    }
+    Submit();
+}
+
+void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
+    for (const std::size_t index : changed) {
+        const PlantVariable& variable = m_plant.At(index);
+        if ((variable.config.archive & ArchiveBit::Changes) == 0) continue;
+        m_arrPending.emplace_back(
+            PutValue{variable.id, KindArchive, variable.value.GetTime(), variable.value});
+    }
+}
+
+void Recorder::Step(const Definitions& definitions, std::int64_t now) {
+    AddSamples(definitions.archivePeriod, now);
+    if (now < m_tLastSave || now - m_tLastSave >= definitions.savePeriod) {
+        AddUnsaved();
+        m_tLastSave = now;
+    }
+    if (!m_arrPending.empty()) m_arrPending.emplace_back(SaveProgress{kAlive, now});
+    Submit();
+    RemoveOld(definitions.keepDays, now);
+}
+
+void Recorder::End(std::int64_t now) {
+    AddUnsaved();
+    m_arrPending.emplace_back(SaveProgress{kAlive, now});
+    Submit();
+}
+
+void Recorder::AddSamples(std::int64_t period, std::int64_t now) {
+    const std::int64_t sample = now / period;
+    if (m_nLastSample == sample) return;
+    // At the start a period that is under way is left to end.
+    const bool due = m_nLastSample || now % period == 0;
+    m_nLastSample = sample;
+    if (!due) return;
+    for (std::size_t index = 0; index < m_plant.Size(); ++index) {
+        const PlantVariable& variable = m_plant.At(index);
+        if ((variable.config.archive & ArchiveBit::Samples) == 0) continue;
+        m_arrPending.emplace_back(PutValue{variable.id, KindArchive, now, variable.value});
+    }
+}
+
+void Recorder::AddUnsaved() {
+    for (std::size_t index = 0; index < m_plant.Size(); ++index) {
+        PlantVariable& variable = m_plant.At(index);
+        if (variable.saved && !m_fSaveAll) continue;
+        variable.saved = true;
+        m_arrPending.emplace_back(SaveLastValue{variable.id, variable.value});
+    }
+    m_fSaveAll = false;
+}
+
+void Recorder::Submit() {
+    if (m_arrPending.empty()) return;
+    const bool taken = m_store.Submit(std::exchange(m_arrPending, {}), Store::Urgency::Now,
+                                      [this](const StoreOutcome& outcome) {
+                                          if (!outcome.committed) m_fSaveAll = true;
+                                          m_done(outcome);
+                                      });
+    if (taken) return;
+    m_fSaveAll = true;
+    m_done({false, FromUtf8(kBusy), {}});
+}
+
+void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {
+    if (keepDays == 0 || m_plant.Size() == 0) return;
+    std::vector<StoreOperation> operations;
+    for (std::size_t count = m_plant.Size() / kHour + 1; count > 0; --count) {
+        m_nNextRemoval = (m_nNextRemoval + 1) % m_plant.Size();
+        operations.emplace_back(
+            RemoveArchive{m_plant.At(m_nNextRemoval).id, now - keepDays * kDay});
+    }
+    m_store.Submit(std::move(operations), Store::Urgency::Background, {});
+}
+
+}  // namespace kalvex

@@ -1,0 +1,49 @@
+// Takes the plant's values into the store: archives as the attribute "at" of each variable says,
+// current values for the next start. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "server/Plant.h"
+#include "server/Store.h"
+
+namespace kalvex {
+
+class Recorder {
+  public:
+    // Both outlive the recorder. `done` hears of each transaction, and of what the store was too
+    // busy to take as of one that failed.
+    Recorder(Plant& plant, Store& store, Store::Done done)
+        : m_plant(plant), m_store(store), m_done(std::move(done)) {}
+
+    // Marks the time since the server was last alive in the archives. Before the first step.
+    void Begin(std::int64_t now);
+
+    // Values that have been set.
+    void OnChanges(const std::vector<std::size_t>& changed);
+
+    // Once a second, behind the changes: samples, and everything that is due goes to the store.
+    void Step(const Definitions& definitions, std::int64_t now);
+
+    // The last step: all current values that are not saved yet.
+    void End(std::int64_t now);
+
+  private:
+    void AddSamples(std::int64_t period, std::int64_t now);
+    void AddUnsaved();
+    void RemoveOld(std::int64_t keepDays, std::int64_t now);
+    void Submit();
+
+    Plant& m_plant;
+    Store& m_store;
+    Store::Done m_done;
+    std::vector<StoreOperation> m_arrPending;
+    bool m_fSaveAll = false;                    // after a failed transaction
+    std::optional<std::int64_t> m_nLastSample;  // counted in periods since 1970
+    std::size_t m_nNextRemoval = 0;             // each variable comes about once an hour
+    std::int64_t m_tLastSave = 0;
+};
+
+}  // namespace kalvex

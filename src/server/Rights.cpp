@@ -1,0 +1,33 @@
+#include "server/Rights.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "values/PatternMatch.h"
+
+namespace kalvex {
+
+Rights::Rights(std::vector<AccessRule> rules) : m_arrRules(std::move(rules)) {
+    m_arrRules.emplace_back();
+}
+
+std::size_t Rights::RuleFor(std::string_view variable) const {
+    const auto rule =
+        std::find_if(m_arrRules.begin(), m_arrRules.end(), [variable](const AccessRule& candidate) {
+            return CompareWithPattern(variable, candidate.variables,
+                                      PatternOption::Wildcards | PatternOption::Whole);
+        });
+    return static_cast<std::size_t>(rule - m_arrRules.begin());
+}
+
+std::vector<Rights::Granted> Rights::GrantedTo(const UserRecord& user,
+                                               std::string_view address) const {
+    std::vector<Granted> granted;
+    for (const AccessRule& rule : m_arrRules) {
+        granted.push_back(
+            {HasRight(user, rule.read, address), HasRight(user, rule.write, address)});
+    }
+    return granted;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,182 @@
+#include "server/Server.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "platform/CodePage.h"
+#include "server/Session.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kLogLines = 1000;
+constexpr std::int64_t kLoginTime = 30;  // seconds until a client has to have logged in
+
+}  // namespace
+
+Server::Server(const Clock& clock, LogSink& log, MainLoop& loop, PasswordCost cost)
+    : m_clock(clock),
+      m_log(log),
+      m_loop(loop),
+      m_eCost(cost),
+      m_users(cost),
+      m_store(loop),
+      m_recorder(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
+      m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {}
+
+Server::~Server() = default;
+
+bool Server::Start(const std::string& configuration, std::vector<std::string>& errors) {
+    m_strConfiguration = configuration;
+    if (!LoadDefinitions(configuration, m_definitions, errors) || !OpenFiles(errors)) return false;
+    m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_loop, m_eCost);
+    Define();
+    m_recorder.Begin(m_clock.Now());
+    m_fStarted = true;
+    Log(FromUtf8("Uruchomienie serwera ") + m_definitions.name, LogAlways);
+    return true;
+}
+
+bool Server::OpenFiles(std::vector<std::string>& errors) {
+    const std::string& folder = m_definitions.dataFolder;
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    bool taken = false;
+    std::string error;
+    if (!m_lock.Acquire(folder + "/lock", taken, error)) {
+        errors.push_back(folder + ": " + (taken ? "używa go już inny serwer" : error));
+        return false;
+    }
+    if (!m_store.Open(folder + "/store.sqlite", error)) {
+        errors.push_back(ToUtf8(error));
+        return false;
+    }
+    if (!m_users.Open(m_definitions.usersFile, error)) {
+        errors.push_back(m_definitions.usersFile + ": " + ToUtf8(error));
+        return false;
+    }
+    return true;
+}
+
+void Server::Define() {
+    m_rights = Rights(m_definitions.access);
+    m_logins->AllowNobody(m_definitions.nobody);
+    m_plant.Define(m_definitions.variables, m_rights, m_store, m_clock.Now());
+    m_automatic.OnDefine();
+    Distribute();
+    for (const auto& [number, session] : m_mapSessions) session->OnDefine();
+}
+
+void Server::Reload() {
+    Definitions definitions;
+    std::vector<std::string> errors;
+    if (!LoadDefinitions(m_strConfiguration, definitions, errors)) {
+        for (const std::string& error : errors) Log(FromUtf8(error), LogErrors);
+        Log(FromUtf8("Konfiguracja bez zmian"), LogErrors);
+        return;
+    }
+    // These hold until the next start.
+    definitions.name = m_definitions.name;
+    definitions.dataFolder = m_definitions.dataFolder;
+    definitions.usersFile = m_definitions.usersFile;
+    Distribute();
+    m_definitions = std::move(definitions);
+    Define();
+    Log(FromUtf8("Konfiguracja odczytana ponownie"), LogEvents);
+}
+
+void Server::Tick() {
+    const std::int64_t now = m_clock.Now();
+    if (m_tLastTick == now) return;
+    m_tLastTick = now;
+    m_plant.Step(now);
+    Distribute();
+    m_recorder.Step(m_definitions, now);
+    m_automatic.Step(m_definitions, now);
+    const ChangedReports changed = std::exchange(m_changedReports, {});
+    for (const auto& [number, session] : m_mapSessions) {
+        session->SendReportChanges(changed);
+        session->CloseUnlessLoggedIn(now - kLoginTime);
+    }
+}
+
+void Server::Stop() {
+    if (!std::exchange(m_fStarted, false)) return;
+    Distribute();
+    m_recorder.End(m_clock.Now());
+    m_store.Close();
+    Log(FromUtf8("Zatrzymanie serwera ") + m_definitions.name, LogAlways);
+}
+
+void Server::Distribute() {
+    const std::vector<std::size_t> changed = m_plant.TakeChanges();
+    m_recorder.OnChanges(changed);
+    for (const std::size_t index : changed) {
+        for (const PlantVariable::Subscriber& subscriber : m_plant.At(index).subscribers) {
+            subscriber.session->MarkChanged(subscriber.handle);
+        }
+    }
+    for (const auto& [number, session] : m_mapSessions) session->SendChanges();
+}
+
+// ---- sessions
+
+std::unique_ptr<ServerSession> Server::Accept(ServerLink& link) {
+    if (m_mapSessions.size() >= static_cast<std::size_t>(m_definitions.maxClients)) {
+        Log(FromUtf8("Zbyt wielu klientów, odrzucono połączenie"), LogErrors);
+        return nullptr;
+    }
+    auto session = std::make_unique<Session>(*this, link, ++m_nLastSession);
+    m_mapSessions.emplace(m_nLastSession, session.get());
+    return session;
+}
+
+Session* Server::FindSession(std::uint64_t number) const {
+    const auto found = m_mapSessions.find(number);
+    return found == m_mapSessions.end() ? nullptr : found->second;
+}
+
+void Server::Forget(const Session& session) {
+    m_mapSessions.erase(session.Number());
+}
+
+bool Server::ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) {
+    const LoginVerdict verdict = m_logins->CheckNow(login, {});
+    if (verdict.code != LoginOk) return false;
+    const std::vector<Rights::Granted> granted = m_rights.GrantedTo(verdict.user, {});
+    for (std::size_t index = 0; index < m_plant.Size(); ++index) {
+        const PlantVariable& variable = m_plant.At(index);
+        if (granted[variable.rule].read) list.push_back(DefinitionOf(variable.config));
+    }
+    return true;
+}
+
+// ---- log and outcomes
+
+void Server::Log(const std::string& text, int level) {
+    m_log.Log(text, level);
+    m_arrLastMessages.push_back({level, m_clock.Now(), text});
+    if (m_arrLastMessages.size() > kLogLines) m_arrLastMessages.pop_front();
+    for (const auto& [number, session] : m_mapSessions) {
+        session->SendLog(m_arrLastMessages.back());
+    }
+}
+
+std::deque<LogMessage> Server::LastMessages(std::size_t count) const {
+    const std::size_t first = m_arrLastMessages.size() - std::min(count, m_arrLastMessages.size());
+    return {m_arrLastMessages.begin() + static_cast<std::ptrdiff_t>(first),
+            m_arrLastMessages.end()};
+}
+
+void Server::OnOutcome(const StoreOutcome& outcome) {
+    if (outcome.committed) {
+        m_fFailureTold = false;
+        m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
+    } else if (!std::exchange(m_fFailureTold, true)) {
+        Log(FromUtf8("Błąd zapisu danych (") + outcome.error + ")", LogErrors);
+    }
+}
+
+}  // namespace kalvex

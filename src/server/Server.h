@@ -1,0 +1,112 @@
+// The data server below its transport: it answers the sessions of its clients, moves the plant once
+// a second and keeps everything in the store. Main thread.
+//
+// Transports are made with the server as their acceptor, and are gone before the server stops.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/FileLock.h"
+#include "platform/LogSink.h"
+#include "platform/MainLoop.h"
+#include "platform/UserStore.h"
+#include "server/AutomaticReports.h"
+#include "server/Definitions.h"
+#include "server/LoginDesk.h"
+#include "server/Plant.h"
+#include "server/Recorder.h"
+#include "server/Rights.h"
+#include "server/Store.h"
+#include "vantrel/Transport.h"
+
+namespace kalvex {
+
+class Session;
+
+class Server final : public SessionAcceptor {
+  public:
+    // All outlive the server. The cost is that of the users' passwords.
+    Server(const Clock& clock, LogSink& log, MainLoop& loop,
+           PasswordCost cost = PasswordCost::Interactive);
+    ~Server() override;
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    // Reads the configuration and opens store and users. False, with lines for people (UTF-8), when
+    // any of it fails. Called once.
+    bool Start(const std::string& configuration, std::vector<std::string>& errors);
+
+    // Reads the configuration again. What is wrong with it goes to the log, and nothing changes.
+    void Reload();
+
+    // To be called at least once a second.
+    void Tick();
+
+    // Commits everything. The last call.
+    void Stop();
+
+    const Definitions& Settings() const { return m_definitions; }
+
+    // ---- for the transport
+
+    // The session is counted until it is destroyed; one too many is refused.
+    std::unique_ptr<ServerSession> Accept(ServerLink& link) override;
+
+    // For clients on this machine. Takes as long as the check of a password.
+    bool ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) override;
+
+    // ---- for the sessions
+
+    std::int64_t Now() const { return m_clock.Now(); }
+    Plant& GetPlant() { return m_plant; }
+    Store& GetStore() { return m_store; }
+    LoginDesk& GetLogins() { return *m_logins; }
+    const Rights& GetRights() const { return m_rights; }
+    void Log(const std::string& text, int level);  // an engine text
+    std::deque<LogMessage> LastMessages(std::size_t count) const;
+
+    // The session of that number, or null when it is gone.
+    Session* FindSession(std::uint64_t number) const;
+    void Forget(const Session& session);
+
+    // Archives the values that have been set and sends them to their subscribers.
+    void Distribute();
+
+    // Takes down what a transaction has changed, and logs its failure.
+    void OnOutcome(const StoreOutcome& outcome);
+
+  private:
+    bool OpenFiles(std::vector<std::string>& errors);
+    void Define();
+
+    const Clock& m_clock;
+    LogSink& m_log;
+    MainLoop& m_loop;
+    const PasswordCost m_eCost;
+    std::string m_strConfiguration;
+    Definitions m_definitions;
+    Rights m_rights;
+    FileLock m_lock;
+    UserStore m_users;
+    Store m_store;
+    std::unique_ptr<LoginDesk> m_logins;
+    Plant m_plant;
+    Recorder m_recorder;
+    AutomaticReports m_automatic;
+    std::map<std::uint64_t, Session*> m_mapSessions;
+    std::uint64_t m_nLastSession = 0;
+    ChangedReports m_changedReports;
+    std::deque<LogMessage> m_arrLastMessages;
+    bool m_fFailureTold = false;  // of the store, until a transaction succeeds
+    bool m_fStarted = false;
+    std::optional<std::int64_t> m_tLastTick;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,240 @@
+// Login and subscriptions. Reads and writes: SessionRequests.cpp.
+#include "server/Session.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+#include "platform/CodePage.h"
+#include "server/Server.h"
+#include "values/Status.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kLongestClientName = 255;
+constexpr std::size_t kDefinitionsTogether = 500;
+constexpr std::size_t kValuesTogether = 1000;
+// Messages under way beyond which the client counts as slow.
+constexpr std::size_t kMostBacklog = 8;
+
+constexpr std::uint16_t kNoVariable = 0;
+
+constexpr const char* kLogin = "Rejestracja użytkownika ";
+constexpr const char* kLoginTry = "Próba rejestracji użytkownika ";
+constexpr const char* kFrom = " z ";
+constexpr const char* kManySubscriptions = "zbyt wiele subskrybowanych zmiennych";
+
+// Bytes that would break a log line become "?".
+std::string Printable(std::string text) {
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+    }
+    return text;
+}
+
+}  // namespace
+
+Session::Session(Server& server, ServerLink& link, std::uint64_t number)
+    : m_server(server), m_link(link), m_nNumber(number), m_tAccepted(server.Now()) {}
+
+Session::~Session() {
+    for (auto& [handle, subscription] : m_mapSubscriptions) Release(handle, subscription);
+    m_server.Forget(*this);
+}
+
+void Session::OnMessage(ClientMessage message) {
+    if (m_eState != State::LoggedIn && !std::holds_alternative<LoginRequest>(message)) return;
+    std::visit([this](auto& content) { Receive(content); }, message);
+}
+
+void Session::OnClosed(std::uint32_t reason) {
+    if (reason == ReasonClientEnded || reason == ReasonServerEnded || !IsLoggedIn()) return;
+    m_server.Log(FromUtf8("Połączenie z klientem ") + Peer() + " zerwane (" +
+                     ConnectionReasonText(reason) + ")",
+                 LogErrors);
+}
+
+void Session::OnDrained() {
+    SendChanges();
+    ReadNext();
+}
+
+std::string Session::Peer() const {
+    const std::string address = m_link.PeerAddress();
+    return Printable(m_strClient) + (address.empty() ? "" : " (" + address + ")");
+}
+
+void Session::TellOnce(const char* polish) {
+    if (!m_setTold.insert(polish).second) return;
+    m_server.Log(FromUtf8("Klient ") + Peer() + ": " + FromUtf8(polish), LogErrors);
+}
+
+Rights::Granted Session::RightsTo(std::size_t variable) const {
+    return m_arrGranted[m_server.GetPlant().At(variable).rule];
+}
+
+// ---- login
+
+void Session::Receive(LoginRequest& message) {
+    if (m_eState != State::New) return;
+    m_eState = State::Checking;
+    m_strClient = message.clientName.substr(0, kLongestClientName);
+    m_strUser = message.user.substr(0, kLongestClientName);
+    m_server.GetLogins().Check(
+        std::move(message), m_link.PeerAddress(),
+        [&server = m_server, number = m_nNumber](const LoginVerdict& verdict) {
+            if (Session* session = server.FindSession(number)) session->OnLogin(verdict);
+        });
+}
+
+void Session::OnLogin(const LoginVerdict& verdict) {
+    const bool accepted = verdict.code == LoginOk;
+    const std::string user = Printable(accepted ? verdict.user.name : m_strUser);
+    std::string line = FromUtf8(accepted ? kLogin : kLoginTry) + user + kFrom + Peer();
+    if (!accepted) line += " - " + verdict.text;
+    m_server.Log(line, accepted ? LogEvents : LogErrors);
+    m_eState = accepted ? State::LoggedIn : State::New;
+    if (accepted) {
+        m_user = verdict.user;
+        m_arrGranted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
+    }
+    m_link.Send(LoginResult{verdict.code, verdict.text});
+}
+
+void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
+    if (IsLoggedIn() || m_fClosing || m_tAccepted >= acceptedBefore) return;
+    m_fClosing = true;
+    m_link.Close(ReasonLoginRefused);
+}
+
+// ---- subscriptions
+
+void Session::Receive(SubscribeRequest& message) {
+    m_nFlags |= message.flags;
+    for (const VariableHandle handle : message.removed) {
+        const auto found = m_mapSubscriptions.find(handle);
+        if (found == m_mapSubscriptions.end()) continue;
+        Release(handle, found->second);
+        m_mapSubscriptions.erase(found);
+    }
+    const auto most = 2 * static_cast<std::size_t>(m_server.Settings().maxVariables);
+    std::vector<VariableHandle> added;
+    AccessErrors refused;
+    for (SubscribeRequest::Entry& entry : message.added) {
+        if (entry.handle == 0 || m_mapSubscriptions.count(entry.handle) != 0) continue;
+        if (m_mapSubscriptions.size() >= most) {
+            TellOnce(kManySubscriptions);
+            refused.entries.push_back({entry.handle, ResultBadRequest});
+            continue;
+        }
+        m_mapSubscriptions[entry.handle].name = std::move(entry.name);
+        added.push_back(entry.handle);
+    }
+    if (!refused.entries.empty()) m_link.Send(std::move(refused));
+    if (!message.added.empty()) Answer(added, message.last);
+}
+
+void Session::Answer(const std::vector<VariableHandle>& handles, bool last) {
+    Plant& plant = m_server.GetPlant();
+    AccessErrors errors;
+    std::vector<VariableDefinitions> definitions(1);
+    std::vector<ValueUpdates> values(1);
+    for (const VariableHandle handle : handles) {
+        Subscription& subscription = m_mapSubscriptions[handle];
+        const std::size_t index = plant.Find(subscription.name);
+        if (index == Plant::kNone || !RightsTo(index).read) {
+            std::uint16_t code = kNoVariable;
+            if (index != Plant::kNone) code = ResultNoAccess;
+            errors.entries.push_back({handle, code});
+            continue;
+        }
+        subscription.variable = index;
+        PlantVariable& variable = plant.At(index);
+        variable.subscribers.push_back({this, handle});
+        if (definitions.back().definitions.size() == kDefinitionsTogether) {
+            definitions.emplace_back();
+        }
+        definitions.back().definitions.push_back(DefinitionOf(variable.config));
+        if (values.back().entries.size() == kValuesTogether) values.emplace_back();
+        values.back().entries.push_back({handle, variable.value});
+    }
+    if (!errors.entries.empty()) m_link.Send(std::move(errors));
+    for (VariableDefinitions& piece : definitions) {
+        if (piece.definitions.empty()) continue;
+        piece.last = &piece == &definitions.back();
+        m_link.Send(std::move(piece));
+    }
+    // The last piece is sent even when it is empty: it tells that the answer is complete.
+    for (ValueUpdates& piece : values) {
+        piece.last = last && &piece == &values.back();
+        m_link.Send(std::move(piece));
+    }
+}
+
+void Session::Release(VariableHandle handle, Subscription& subscription) {
+    if (subscription.variable == Plant::kNone) return;
+    auto& subscribers = m_server.GetPlant().At(subscription.variable).subscribers;
+    std::erase_if(subscribers, [this, handle](const PlantVariable::Subscriber& subscriber) {
+        return subscriber.session == this && subscriber.handle == handle;
+    });
+    subscription.variable = Plant::kNone;
+}
+
+void Session::OnDefine() {
+    if (!IsLoggedIn()) return;
+    m_arrGranted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
+    std::vector<VariableHandle> handles;
+    for (auto& [handle, subscription] : m_mapSubscriptions) {
+        subscription.variable = Plant::kNone;
+        handles.push_back(handle);
+    }
+    std::sort(handles.begin(), handles.end());
+    if (!handles.empty()) Answer(handles, true);
+}
+
+void Session::MarkChanged(VariableHandle handle) {
+    Subscription& subscription = m_mapSubscriptions.at(handle);
+    if (subscription.marked) return;
+    subscription.marked = true;
+    m_arrMarked.push_back(handle);
+}
+
+void Session::SendChanges() {
+    std::size_t sent = 0;
+    while (sent < m_arrMarked.size() && m_link.Backlog() < kMostBacklog) {
+        ValueUpdates updates;
+        for (; sent < m_arrMarked.size() && updates.entries.size() < kValuesTogether; ++sent) {
+            const auto found = m_mapSubscriptions.find(m_arrMarked[sent]);
+            if (found == m_mapSubscriptions.end()) continue;
+            found->second.marked = false;
+            if (found->second.variable == Plant::kNone) continue;
+            updates.entries.push_back(
+                {found->first, m_server.GetPlant().At(found->second.variable).value});
+        }
+        if (!updates.entries.empty()) m_link.Send(std::move(updates));
+    }
+    m_arrMarked.erase(m_arrMarked.begin(), m_arrMarked.begin() + static_cast<std::ptrdiff_t>(sent));
+}
+
+// ---- what the server tells of itself
+
+void Session::SendReportChanges(const ChangedReports& changed) {
+    if (!IsLoggedIn() || (m_nFlags & SubscribeFlag::ReportChanges) == 0) return;
+    for (const auto& [kind, time] : changed) m_link.Send(ReportChange{kind, time});
+}
+
+void Session::SendLog(const LogMessage& message) {
+    const bool wanted = IsLoggedIn() && (m_nFlags & SubscribeFlag::LogMessages) != 0;
+    if (!wanted || m_link.Backlog() >= kMostBacklog) return;
+    if (!HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
+    m_link.Send(message);
+}
+
+void Session::Receive(LastMessagesRequest& message) {
+    if (!HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
+    for (LogMessage& line : m_server.LastMessages(message.count)) m_link.Send(std::move(line));
+}
+
+}  // namespace kalvex

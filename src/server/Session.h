@@ -1,0 +1,117 @@
+// One client at the data server: its login, what it has subscribed, its requests. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/UserDirectory.h"
+#include "server/LoginDesk.h"
+#include "server/Plant.h"
+#include "server/Rights.h"
+#include "server/Store.h"
+#include "vantrel/Codes.h"
+#include "vantrel/Transport.h"
+
+namespace kalvex {
+
+class Server;
+
+class Session final : public ServerSession {
+  public:
+    // The server outlives the session. The number is given once.
+    Session(Server& server, ServerLink& link, std::uint64_t number);
+    ~Session() override;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    void OnMessage(ClientMessage message) override;
+    void OnClosed(std::uint32_t reason) override;
+    void OnDrained() override;
+
+    // ---- from the server
+
+    std::uint64_t Number() const { return m_nNumber; }
+    bool IsLoggedIn() const { return m_eState == State::LoggedIn; }
+    void OnLogin(const LoginVerdict& verdict);
+
+    // The variables or the rights have been defined anew: what had been subscribed is answered
+    // again.
+    void OnDefine();
+
+    // The value of a subscribed variable has changed; SendChanges tells the client of all of these,
+    // unless it has not taken the last ones yet.
+    void MarkChanged(VariableHandle handle);
+    void SendChanges();
+
+    void SendReportChanges(const ChangedReports& changed);
+    void SendLog(const LogMessage& message);
+
+    // Ends a conversation in which nobody has logged in since.
+    void CloseUnlessLoggedIn(std::int64_t acceptedBefore);
+
+  private:
+    enum class State { New, Checking, LoggedIn };
+
+    struct Subscription {
+        std::string name;
+        std::size_t variable = Plant::kNone;
+        bool marked = false;
+    };
+
+    struct Reading {
+        StoreQuery query;
+        bool single = false;  // one report, whose absence is a failure
+    };
+
+    void Receive(LoginRequest& message);
+    void Receive(SubscribeRequest& message);
+    void Receive(ReadRequests& message);
+    void Receive(CancelRequests& message);
+    void Receive(ModifyRequests& message);
+    void Receive(ArchiveModifyRequest& message);
+    void Receive(PeriodRequest& message);
+    void Receive(LastMessagesRequest& message);
+
+    std::string Peer() const;  // the client's name and address for the log
+    void TellOnce(const char* polish);
+    Rights::Granted RightsTo(std::size_t variable) const;
+
+    void Answer(const std::vector<VariableHandle>& handles, bool last);
+    void Release(VariableHandle handle, Subscription& subscription);
+
+    std::uint16_t StartReading(const ReadRequest& request);
+    void ReadNext();
+    void OnPiece(RequestId id, StorePiece piece);
+
+    std::uint16_t CheckWrite(ValueKind kind, std::string_view name, std::size_t& variable) const;
+    std::uint16_t PrepareModify(ModifyRequest& request, std::vector<StoreOperation>& operations);
+    void SubmitWrites(std::vector<StoreOperation> operations, std::vector<RequestId> ids);
+
+    Server& m_server;
+    ServerLink& m_link;
+    const std::uint64_t m_nNumber;
+    std::int64_t m_tAccepted;
+    State m_eState = State::New;
+    std::string m_strClient;
+    std::string m_strUser;  // as it was given
+    UserRecord m_user;
+    std::vector<Rights::Granted> m_arrGranted;  // by rule
+    std::uint32_t m_nFlags = 0;
+    bool m_fClosing = false;
+    std::set<std::string> m_setTold;  // refusals that the log has had for this client
+
+    std::unordered_map<VariableHandle, Subscription> m_mapSubscriptions;
+    std::vector<VariableHandle> m_arrMarked;
+
+    std::map<RequestId, Reading> m_mapReads;
+    std::deque<RequestId> m_arrReadQueue;  // in the order in which pieces are fetched
+    bool m_fReading = false;               // a piece is being fetched
+};
+
+}  // namespace kalvex

@@ -1,0 +1,242 @@
+#include "server/LoginGate.h"
+#include "server_fixture.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class LoginTest : public ServerTest {
+  protected:
+    // "code text"
+    std::string Result(TestClient& client, std::string user, std::string password) {
+        const LoginResult result = TryLogin(client, std::move(user), std::move(password));
+        return std::to_string(result.code) + " " + ToUtf8(result.text);
+    }
+};
+
+TEST_F(LoginTest, NobodyComesInFromThisMachineOnly) {
+    Start("");
+    EXPECT_EQ(Result(Connect(), "NOBODY", ""), "0 ");
+    EXPECT_EQ(Result(Connect(), "", ""), "0 ");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "NOBODY", ""), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect(), "NOBODY", "haslo"), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect(), "nobody", ""), "1 brak uprawnień");
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("2 Rejestracja użytkownika NOBODY z Kalvex_stacja",
+                            "2 Rejestracja użytkownika NOBODY z Kalvex_stacja",
+                            "1 Próba rejestracji użytkownika NOBODY z Kalvex_stacja (10.1.2.3) - "
+                            "brak uprawnień",
+                            "1 Próba rejestracji użytkownika NOBODY z Kalvex_stacja - brak "
+                            "uprawnień",
+                            "1 Próba rejestracji użytkownika nobody z Kalvex_stacja - brak "
+                            "uprawnień"));
+}
+
+TEST_F(LoginTest, NobodyComesInAsTheConfigurationSays) {
+    Start("[server]\nnobody = \"never\"\n");
+    EXPECT_EQ(Result(Connect(), "NOBODY", ""), "1 brak uprawnień");
+    Start("[server]\nnobody = \"always\"\n");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "NOBODY", ""), "0 ");
+}
+
+TEST_F(LoginTest, PasswordDecides) {
+    Start("");
+    AddUser("adam", "tajne", 50, {}, {"10.1.0.0/16"});
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "ADAM", "tajne"), "0 ");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "Tajne"), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect("10.2.2.3"), "adam", "tajne"), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "ewa", "tajne"), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", ""), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect("10.1.2.4"), std::string(65, 'a'), "x"), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect("10.1.2.4"), "adam", std::string(257, 'x')), "1 brak uprawnień");
+}
+
+TEST_F(LoginTest, AddressIsSlowedDownAfterThreeFailures) {
+    Start("");
+    AddUser("adam", "tajne", 50);
+    TestClient& client = Connect("10.1.2.3");
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        EXPECT_EQ(Result(client, "adam", "zle"), "1 brak uprawnień");
+    }
+    m_log.Take();
+    EXPECT_EQ(Result(client, "adam", "tajne"),
+              "2 zbyt wiele nieudanych prób, następna możliwa za 2 s");
+    EXPECT_THAT(
+        m_log.Take(),
+        ElementsAre("1 Próba rejestracji użytkownika adam z Kalvex_stacja (10.1.2.3) - zbyt "
+                    "wiele nieudanych prób, następna możliwa za 2 s"));
+    EXPECT_EQ(Result(Connect("10.1.2.4"), "adam", "tajne"), "0 ");
+    m_clock.Advance(2000);
+    EXPECT_EQ(Result(client, "adam", "tajne"), "0 ");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "zle"), "1 brak uprawnień");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "tajne"), "0 ");
+}
+
+TEST_F(LoginTest, AttemptsAtTheSameTimeAreCountedToo) {
+    Start("");
+    AddUser("adam", "tajne", 50);
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        LoginRequest request;
+        request.user = "adam";
+        request.password = attempt < 4 ? "zle" : "tajne";
+        Connect("10.1.2.3").Say(std::move(request));
+    }
+    std::vector<int> codes;
+    for (const auto& client : m_arrClients) {
+        while (client->messages.empty()) m_loop.WaitAndRun();
+        codes.push_back(client->Take<LoginResult>().at(0).code);
+    }
+    EXPECT_THAT(codes, ElementsAre(1, 1, 1, 2, 2));
+}
+
+TEST_F(LoginTest, OtherProtocolIsRefused) {
+    Start("");
+    TestClient& client = Connect();
+    LoginRequest request;
+    request.protocolVersion = kProtocolVersion + 1;
+    client.Say(request);
+    const LoginResult result = client.Take<LoginResult>().at(0);
+    EXPECT_EQ(result.code, 3);
+    EXPECT_EQ(ToUtf8(result.text), "inna wersja protokołu");
+}
+
+TEST_F(LoginTest, NothingIsAnsweredBefore) {
+    Start("[[variable]]\nname = \"X\"\nrt = 2\n");
+    TestClient& client = Connect();
+    client.Say(SubscribeRequest{{{1, "X"}}, {}, 0, true});
+    client.Say(ReadRequests{{{1, KindHour, "X", 0, 0}}});
+    client.Say(ModifyRequests{{{1, KindCurrent, "X", 0, CVal(1)}}});
+    Settle();
+    EXPECT_THAT(client.messages, IsEmpty());
+    EXPECT_EQ(TryLogin(client, "", "").code, 0);
+    EXPECT_THAT(client.messages, IsEmpty());
+}
+
+TEST_F(LoginTest, SecondLoginIsPassedOver) {
+    Start("");
+    TestClient& client = LogIn();
+    client.Say(LoginRequest{});
+    Settle();
+    EXPECT_THAT(client.messages, IsEmpty());
+}
+
+TEST_F(LoginTest, ClientThatGoesAwayMeanwhileIsForgotten) {
+    Start("");
+    AddUser("adam", "tajne", 50);
+    LoginRequest request;
+    request.user = "adam";
+    request.password = "tajne";
+    Connect().Say(request);
+    m_arrClients.clear();
+    m_loop.WaitAndRun();
+    EXPECT_THAT(m_log.Take(), IsEmpty());
+}
+
+TEST_F(LoginTest, ClientsAreBounded) {
+    Start("[server]\nclients = 2\n");
+    EXPECT_TRUE(Connect().session);
+    EXPECT_TRUE(Connect().session);
+    EXPECT_FALSE(Connect().session);
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 Zbyt wielu klientów, odrzucono połączenie"));
+    m_arrClients.clear();
+    EXPECT_TRUE(Connect().session);
+}
+
+TEST_F(LoginTest, ClientThatDoesNotLogInIsSentAway) {
+    Start("");
+    TestClient& silent = Connect();
+    TestClient& client = LogIn();
+    Tick(30);
+    EXPECT_EQ(silent.closed, 0u);
+    Tick();
+    EXPECT_EQ(silent.closed, ReasonLoginRefused);
+    EXPECT_EQ(client.closed, 0u);
+}
+
+TEST_F(LoginTest, BrokenConnectionIsLoggedAndAnOrderlyEndIsNot) {
+    Start("");
+    LogIn("", "", "").End(ReasonLost);
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Połączenie z klientem Kalvex_stacja zerwane (utrata połączenia)"));
+    LogIn().End(ReasonClientEnded);
+    Connect().End(ReasonLost);
+    EXPECT_THAT(m_log.Take(), IsEmpty());
+}
+
+TEST_F(LoginTest, NamesDoNotBreakTheLog) {
+    Start("");
+    TestClient& client = Connect();
+    LoginRequest request;
+    request.clientName = "a\nb";
+    request.user = "c\r\nd";
+    request.password = "x";
+    client.Say(request);
+    while (client.messages.empty()) m_loop.WaitAndRun();
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Próba rejestracji użytkownika c??d z a?b - brak uprawnień"));
+}
+
+TEST_F(LoginTest, VariablesAreListedForThoseWhoMayReadThem) {
+    Start(
+        "[server]\nnobody = \"local\"\n[[access]]\nvariables = \"B\"\nread = \"50\"\n"
+        "[[variable]]\nname = \"A\"\nun = \"MPa\"\n[[variable]]\nname = \"B\"\n");
+    AddUser("adam", "tajne", 50);
+    LoginRequest request;
+    std::vector<VariableDefinition> list;
+    ASSERT_TRUE(m_server->ListVariables(request, list));
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list[0].name, "A");
+    EXPECT_THAT(list[0].attributes, ElementsAre(testing::Pair("un", "MPa")));
+    request.user = "adam";
+    EXPECT_FALSE(m_server->ListVariables(request, list));
+    request.password = "tajne";
+    list.clear();
+    ASSERT_TRUE(m_server->ListVariables(request, list));
+    EXPECT_EQ(list.size(), 2u);
+}
+
+TEST(LoginGateTest, WaitsDoubleUpToAMinuteAndAreForgotten) {
+    LoginGate gate;
+    std::int64_t now = 1000;
+    std::vector<std::int64_t> waits;
+    for (int failure = 0; failure < 10; ++failure) {
+        gate.OnFailure("10.1.2.3", "adam", now);
+        waits.push_back(gate.Wait("10.1.2.3", "ewa", now));
+        now += waits.back();
+    }
+    EXPECT_THAT(waits, ElementsAre(0, 0, 2, 4, 8, 16, 32, 64, 64, 64));
+    EXPECT_EQ(gate.Wait("10.1.2.3", "adam", now), 0);
+    EXPECT_EQ(gate.Wait("10.1.2.3", "adam", now - 100000), 64);
+    gate.OnFailure("10.9.9.9", "adam", now + 601);
+    gate.OnFailure("10.1.2.3", "adam", now + 601);
+    EXPECT_EQ(gate.Wait("10.1.2.3", "adam", now + 601), 0);
+}
+
+TEST(LoginGateTest, ProgramsOfThisMachineAreToldApartByUser) {
+    LoginGate gate;
+    for (int failure = 0; failure < 3; ++failure) gate.OnFailure("", "Adam", 0);
+    EXPECT_EQ(gate.Wait("", "ADAM", 0), 2);
+    EXPECT_EQ(gate.Wait("", "ewa", 0), 0);
+    gate.OnSuccess("", "adam");
+    EXPECT_EQ(gate.Wait("", "adam", 0), 0);
+}
+
+TEST(LoginGateTest, RecordsAreBounded) {
+    LoginGate gate;
+    for (int address = 0; address < 10500; ++address) {
+        for (int failure = 0; failure < 3; ++failure) {
+            gate.OnFailure(std::to_string(address), "", 0);
+        }
+    }
+    int known = 0;
+    for (int address = 0; address < 10500; ++address) {
+        if (gate.Wait(std::to_string(address), "", 0) > 0) ++known;
+    }
+    EXPECT_LE(known, 10000);
+    EXPECT_GT(gate.Wait("10499", "", 0), 0);
+}
+
+}  // namespace
+}  // namespace kalvex

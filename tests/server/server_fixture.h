@@ -1,0 +1,137 @@
+// A data server with clients whose transport is in the hands of the test.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "local_zone.h"
+#include "platform/Clock.h"
+#include "platform/CodePage.h"
+#include "platform/MainLoop.h"
+#include "server/Server.h"
+#include "temporary_folder.h"
+#include "values/LocalTime.h"
+#include "vantrel/Codes.h"
+
+namespace kalvex {
+
+inline CVal Stamped(CVal value, std::int64_t time, std::uint16_t status = 0) {
+    value.SetTime(time);
+    value.SetStatus(status);
+    return value;
+}
+
+// "type status time text", so that values compare and print as a whole.
+std::string Dump(const CVal& value);
+
+class LogLines final : public LogSink {
+  public:
+    // "level text", UTF-8.
+    void Log(std::string_view text, int level) override {
+        lines.push_back(std::to_string(level) + " " + ToUtf8(text));
+    }
+    std::vector<std::string> Take() { return std::exchange(lines, {}); }
+
+    std::vector<std::string> lines;
+};
+
+// One client: what it says goes straight to its session, what it hears is kept.
+class TestClient final : public ServerLink {
+  public:
+    TestClient(SessionAcceptor& server, std::string address = {})
+        : m_strAddress(std::move(address)) {
+        session = server.Accept(*this);
+    }
+
+    void Send(ServerMessage message) override { messages.push_back(std::move(message)); }
+    void Close(std::uint32_t reason) override { closed = reason; }
+    std::size_t Backlog() const override { return backlog; }
+    std::string PeerAddress() const override { return m_strAddress; }
+
+    void Say(ClientMessage message) { session->OnMessage(std::move(message)); }
+    void End(std::uint32_t reason) {
+        session->OnClosed(reason);
+        session.reset();
+    }
+
+    // All messages of that kind that have come since the last call; the others stay.
+    template <class Message>
+    std::vector<Message> Take() {
+        std::vector<Message> taken;
+        std::erase_if(messages, [&taken](ServerMessage& message) {
+            Message* found = std::get_if<Message>(&message);
+            if (found != nullptr) taken.push_back(std::move(*found));
+            return found != nullptr;
+        });
+        return taken;
+    }
+
+    std::unique_ptr<ServerSession> session;
+    std::vector<ServerMessage> messages;
+    std::size_t backlog = 0;
+    std::uint32_t closed = 0;
+
+  private:
+    std::string m_strAddress;
+};
+
+class ServerTest : public testing::Test {
+  protected:
+    ServerTest() = default;
+    ~ServerTest() override { End(); }
+
+    // Starts a server with this configuration; one that was there is stopped.
+    void Start(std::string_view toml);
+    // Starts it again with what it left.
+    void Restart() { Start(m_strToml); }
+    void Configure(std::string_view toml) { m_folder.Write("plant.toml", toml); }
+    void End();
+
+    // Lets everything come to an end that is under way.
+    void Settle();
+    // One second.
+    void Tick();
+    void Tick(std::int64_t seconds);
+
+    TestClient& Connect(std::string address = {});
+    // A client that is logged in, as nobody unless told.
+    TestClient& LogIn(std::string user = {}, std::string password = {}, std::string address = {});
+    LoginResult TryLogin(TestClient& client, std::string user, std::string password);
+    // Subscribes under the handles 1, 2, ... and forgets the answer.
+    void Subscribe(TestClient& client, std::vector<std::string> names);
+    // "handle: value" of all updates since the last call.
+    std::vector<std::string> Updates(TestClient& client);
+
+    std::uint16_t Modify(TestClient& client, ValueKind kind, std::string_view variable,
+                         std::int64_t time, CVal value);
+    std::uint16_t ModifyArchive(TestClient& client, std::string_view variable,
+                                std::vector<CVal> values);
+    void Order(TestClient& client, PeriodAction action, ValueKind kind, std::string_view variable,
+               std::int64_t time);
+    // The dumps of the values, or "result N".
+    std::vector<std::string> Read(TestClient& client, ValueKind kind, std::string_view variable,
+                                  std::int64_t from, std::int64_t to);
+
+    void AddUser(std::string_view name, std::string_view password, int level,
+                 std::vector<std::string> groups = {}, std::vector<std::string> addresses = {});
+
+    LocalZone m_zone{"Europe/Warsaw"};
+    TemporaryFolder m_folder;
+    std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
+    VirtualClock m_clock{m_tStart};
+    LogLines m_log;
+    PostedWork m_loop;
+    std::string m_strToml;
+    std::unique_ptr<Server> m_server;
+    std::vector<std::unique_ptr<TestClient>> m_arrClients;
+    RequestId m_nLastRequest = 0;
+};
+
+}  // namespace kalvex

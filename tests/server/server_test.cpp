@@ -1,0 +1,369 @@
+// The server through time: signals, archives, automatic reports, restarts, changes of
+// configuration.
+#include "server_fixture.h"
+#include "values/Status.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::string At(std::int64_t time) {
+    return std::to_string(time);
+}
+
+TEST_F(ServerTest, SignalsMoveOnceASecond) {
+    Start(
+        "[[variable]]\nname = \"X\"\nsignal = \"ramp from=0 to=100 period=100\"\n"
+        "[[variable]]\nname = \"C\"\ntype = \"int\"\nsignal = \"counter rate=0.5\"\n"
+        "[[variable]]\nname = \"K\"\nsignal = \"constant value=7\"\n");
+    TestClient& client = LogIn();
+    Subscribe(client, {"X", "C", "K"});
+    const std::int64_t position = m_tStart % 100;
+    Tick();
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart + 1) + " " +
+                                                 std::to_string(position + 1) + ".00",
+                                             "2: 150 0 " + At(m_tStart + 1) + " 0",
+                                             "3: 171 0 " + At(m_tStart + 1) + " 7.00"));
+    m_server->Tick();
+    EXPECT_THAT(Updates(client), IsEmpty());
+    Tick(2);
+    const std::vector<std::string> updates = Updates(client);
+    ASSERT_EQ(updates.size(), 3u);
+    EXPECT_EQ(updates[2], "2: 150 0 " + At(m_tStart + 3) + " 1");
+}
+
+TEST_F(ServerTest, CurrentValuesOutlastARestart) {
+    Start(
+        "[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\n[[variable]]\nname = \"T\"\ntype = \"text\"\n"
+        "[[variable]]\nname = \"V\"\nvalue = 3\n"
+        "[[variable]]\nname = \"C\"\nsignal = \"counter rate=1 start=100\"\n");
+    TestClient* client = &LogIn();
+    Modify(*client, KindCurrent, "X", 0, Stamped(CVal(1.5), 0, 4));
+    Modify(*client, KindCurrent, "T", 0, CVal(FromUtf8("zażółć")));
+    Modify(*client, KindCurrent, "V", 0, CVal(8));
+    Tick(3);
+    End();
+    m_clock.Advance(100000);
+    Restart();
+    client = &LogIn();
+    client->Say(SubscribeRequest{{{1, "X"}, {2, "T"}, {3, "V"}, {4, "C"}}, {}, 0, true});
+    EXPECT_THAT(Updates(*client), ElementsAre("1: 171 4 " + At(m_tStart) + " 1.50",
+                                              "2: 190 0 " + At(m_tStart) + " zażółć",
+                                              "3: 171 0 " + At(m_tStart) + " 8.00",
+                                              "4: 171 0 " + At(m_tStart + 3) + " 102.00"));
+    Tick();
+    EXPECT_THAT(Updates(*client), IsEmpty());
+    Tick();
+    EXPECT_THAT(Updates(*client), ElementsAre("4: 171 0 " + At(m_clock.Now()) + " 103.00"));
+}
+
+TEST_F(ServerTest, ValuesAreSavedWhileTheServerRuns) {
+    Start("[server]\nsave-period = 5\n[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\n");
+    Modify(LogIn(), KindCurrent, "X", 0, CVal(1.5));
+    const auto saved = [this] {
+        SqliteDatabase database;
+        SqliteStatement select;
+        EXPECT_TRUE(database.Open(m_folder.Path("data/store.sqlite")));
+        EXPECT_TRUE(select.Prepare(database, "SELECT value FROM last_values"));
+        return select.Next() ? select.Real(0) : 0;
+    };
+    Tick(4);
+    EXPECT_EQ(saved(), 0);
+    Tick();
+    EXPECT_EQ(saved(), 1.5);
+}
+
+TEST_F(ServerTest, ChangesAreArchivedWithBitTwo) {
+    Start(
+        "[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 2\n[[variable]]\nname = \"Y\"\nat = 32\n"
+        "[[variable]]\nname = \"S\"\nat = 2\nsignal = \"square low=0 high=1 period=4\"\n");
+    TestClient& client = LogIn();
+    Modify(client, KindCurrent, "X", 0, CVal(1));
+    Modify(client, KindCurrent, "Y", 0, CVal(1));
+    Tick();
+    Modify(client, KindCurrent, "X", 0, Stamped(CVal(2), 0, 4));
+    Tick(8);
+    EXPECT_THAT(
+        Read(client, KindArchive, "X", 0, kLargestTime),
+        ElementsAre("171 0 " + At(m_tStart) + " 1.00", "171 4 " + At(m_tStart + 1) + " 2.00"));
+    EXPECT_THAT(Read(client, KindArchive, "Y", 0, kLargestTime), IsEmpty());
+    // The hour begins a period of 4 s: high at 1, low from 2, high from 4, low from 6, high from 8.
+    EXPECT_THAT(
+        Read(client, KindArchive, "S", 0, kLargestTime),
+        ElementsAre("171 0 " + At(m_tStart + 1) + " 1.00", "171 0 " + At(m_tStart + 2) + " 0.00",
+                    "171 0 " + At(m_tStart + 4) + " 1.00", "171 0 " + At(m_tStart + 6) + " 0.00",
+                    "171 0 " + At(m_tStart + 8) + " 1.00"));
+}
+
+TEST_F(ServerTest, SamplesAreArchivedWithBitFour) {
+    Start(
+        "[archive]\nperiod = 10\n[[variable]]\nname = \"X\"\nat = 4\nvalue = 5\n"
+        "[[variable]]\nname = \"U\"\nat = 4\n");
+    TestClient& client = LogIn();
+    Tick(25);
+    EXPECT_THAT(Read(client, KindArchive, "X", 0, kLargestTime),
+                ElementsAre("171 0 " + At(m_tStart + 10) + " 5.00",
+                            "171 0 " + At(m_tStart + 20) + " 5.00"));
+    EXPECT_THAT(
+        Read(client, KindArchive, "U", 0, kLargestTime),
+        ElementsAre("255 1 " + At(m_tStart + 10) + " ", "255 1 " + At(m_tStart + 20) + " "));
+}
+
+TEST_F(ServerTest, TimeWithoutAServerIsUnknownInTheArchive) {
+    Start(
+        "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n"
+        "[[variable]]\nname = \"Y\"\nat = 32\n");
+    Modify(LogIn(), KindCurrent, "X", 0, CVal(1));
+    Tick(3);
+    ModifyArchive(LogIn(), "Y", {Stamped(CVal(1), m_tStart)});
+    End();
+    m_clock.Advance(100000);
+    Restart();
+    EXPECT_THAT(Read(LogIn(), KindArchive, "X", 0, kLargestTime),
+                ElementsAre("171 0 " + At(m_tStart) + " 1.00", "255 1 " + At(m_tStart + 4) + " ",
+                            "171 0 " + At(m_tStart + 103) + " 1.00"));
+    EXPECT_THAT(Read(LogIn(), KindArchive, "Y", 0, kLargestTime),
+                ElementsAre("171 0 " + At(m_tStart) + " 1.00"));
+}
+
+TEST_F(ServerTest, QuickRestartLeavesNoGap) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n");
+    Modify(LogIn(), KindCurrent, "X", 0, CVal(1));
+    Tick();
+    m_clock.Advance(1000);
+    Restart();
+    EXPECT_EQ(Read(LogIn(), KindArchive, "X", 0, kLargestTime).size(), 1u);
+}
+
+TEST_F(ServerTest, OldArchiveValuesGo) {
+    Start(
+        "[archive]\nkeep-days = 1\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\n");
+    TestClient& client = LogIn();
+    ModifyArchive(client, "X",
+                  {Stamped(CVal(1), m_tStart - 86400), Stamped(CVal(2), m_tStart - 86398)});
+    Tick();
+    EXPECT_THAT(Read(client, KindArchive, "X", 0, kLargestTime),
+                ElementsAre("171 0 " + At(m_tStart - 86398) + " 2.00"));
+}
+
+// ---- automatic reports
+
+// The clock stands at 7:00; the archive has 10 from 6:30, 20 from 7:15.
+TEST_F(ServerTest, ReportsAreComputedAtTheEndOfTheirPeriods) {
+    Start(
+        "[reports]\nday-start = 8\nautomatic = [\"hour\", \"day\"]\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\nrt = 6\n[[variable]]\nname = \"Y\"\nat = 32\nrt = "
+        "4\n");
+    TestClient& client = LogIn();
+    Subscribe(client, {"X"});
+    ModifyArchive(client, "X",
+                  {Stamped(CVal(10), m_tStart - 1800), Stamped(CVal(20), m_tStart + 900)});
+    Tick();
+    m_clock.Advance(3597 * 1000);
+    Tick();
+    EXPECT_THAT(Read(client, KindHour, "X", m_tStart, m_tStart), ElementsAre("result 1"));
+    EXPECT_THAT(client.Take<ReportChange>(), IsEmpty());
+    Tick();
+    EXPECT_THAT(Read(client, KindHour, "X", m_tStart, m_tStart),
+                ElementsAre("171 128 " + At(m_tStart) + " 17.50"));
+    EXPECT_THAT(Read(client, KindHour, "X", m_tStart - 3600, m_tStart - 3600),
+                ElementsAre("result 1"));
+    // The day of reports of March 9 ends at 8:00 of March 10 and knows one hour.
+    const std::int64_t day = MakeLocalTime({2024, 3, 9});
+    EXPECT_THAT(Read(client, KindDay, "X", day, day), ElementsAre("171 192 " + At(day) + " 17.50"));
+    EXPECT_THAT(Read(client, KindDay, "Y", day, day), ElementsAre("255 129 " + At(day) + " "));
+    EXPECT_THAT(Read(client, KindHour, "Y", m_tStart, m_tStart), ElementsAre("result 1"));
+    Tick();
+    std::vector<int> kinds;
+    for (const ReportChange& change : client.Take<ReportChange>()) kinds.push_back(change.kind);
+    EXPECT_THAT(kinds, ElementsAre(KindHour, KindDay));
+}
+
+TEST_F(ServerTest, ReportsMissedWithoutAServerAreMadeUpFor) {
+    Start(
+        "[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n");
+    ModifyArchive(LogIn(), "X", {Stamped(CVal(10), m_tStart)});
+    Tick();
+    End();
+    m_clock.Advance(3 * 3600 * 1000);
+    Restart();
+    Tick();
+    EXPECT_THAT(Read(LogIn(), KindHour, "X", 0, kLargestTime),
+                ElementsAre("171 128 " + At(m_tStart) + " 10.00",
+                            "171 128 " + At(m_tStart + 3600) + " 10.00",
+                            "171 128 " + At(m_tStart + 7200) + " 10.00"));
+}
+
+TEST_F(ServerTest, ReportsAreMadeUpForTwoMonthsBack) {
+    Start("[reports]\nautomatic = [\"day\"]\n[[variable]]\nname = \"X\"\nrt = 4\n");
+    Tick();
+    End();
+    m_clock.Advance(std::int64_t{400} * 86400 * 1000);
+    Restart();
+    Tick();
+    const std::vector<std::string> days = Read(LogIn(), KindDay, "X", 0, kLargestTime);
+    EXPECT_EQ(days.size(), 62u);
+}
+
+TEST_F(ServerTest, ManyVariablesAreComputedOverSeveralSteps) {
+    std::string csv = "name,rt\n";
+    for (int index = 0; index < 25000; ++index) csv += "V" + std::to_string(index) + ",2\n";
+    m_folder.Write("many.csv", csv);
+    Start("[reports]\nautomatic = [\"hour\"]\n[[variables]]\nfile = \"many.csv\"\n");
+    Tick();
+    m_clock.Advance(3600 * 1000);
+    m_server->Tick();
+    Tick(2);
+    TestClient& client = LogIn();
+    for (const char* name : {"V0", "V12345", "V19999", "V20000", "V24999"}) {
+        EXPECT_THAT(Read(client, KindHour, name, m_tStart, m_tStart),
+                    ElementsAre("255 129 " + At(m_tStart) + " "))
+            << name;
+    }
+}
+
+// ---- configuration, start and end
+
+TEST_F(ServerTest, ReloadTellsClientsOfWhatHasChanged) {
+    Start(
+        "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"A\"\nun = \"m\"\n"
+        "[[variable]]\nname = \"B\"\nvalue = 2\n[[variable]]\nname = \"C\"\nvalue = 3\n");
+    TestClient& client = LogIn();
+    Subscribe(client, {"A", "B", "C", "D"});
+    Modify(client, KindCurrent, "A", 0, CVal(5));
+    client.messages.clear();
+    Configure(
+        "[[access]]\nvariables = \"C\"\nread = \"100\"\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"D\"\nvalue = 4\n"
+        "[[variable]]\nname = \"A\"\nun = \"km\"\n[[variable]]\nname = \"C\"\n");
+    m_server->Reload();
+    EXPECT_THAT(m_log.Take(), ElementsAre("2 Konfiguracja odczytana ponownie"));
+    const std::vector<AccessErrors> errors = client.Take<AccessErrors>();
+    ASSERT_EQ(errors.size(), 1u);
+    ASSERT_EQ(errors[0].entries.size(), 2u);
+    EXPECT_EQ(errors[0].entries[0].handle, 2u);
+    EXPECT_EQ(errors[0].entries[0].code, 0);
+    EXPECT_EQ(errors[0].entries[1].handle, 3u);
+    EXPECT_EQ(errors[0].entries[1].code, ResultNoAccess);
+    const std::vector<VariableDefinitions> definitions = client.Take<VariableDefinitions>();
+    ASSERT_EQ(definitions.size(), 1u);
+    EXPECT_EQ(definitions[0].definitions[0].name, "A");
+    EXPECT_THAT(definitions[0].definitions[0].attributes, ElementsAre(testing::Pair("un", "km")));
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart) + " 5.00",
+                                             "4: 171 0 " + At(m_tStart) + " 4.00"));
+    Modify(client, KindCurrent, "D", 0, CVal(6));
+    EXPECT_THAT(Updates(client), ElementsAre("4: 171 0 " + At(m_tStart) + " 6.00"));
+}
+
+TEST_F(ServerTest, ReloadWithAnErrorChangesNothing) {
+    Start("[[variable]]\nname = \"A\"\nvalue = 1\n");
+    TestClient& client = LogIn();
+    Subscribe(client, {"A"});
+    Configure("[[variable]]\nname = \"B\"\nat = 5000\n[[variable]]\nname = 5.5.5\n");
+    m_server->Reload();
+    const std::vector<std::string> lines = m_log.Take();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].substr(0, 2 + m_folder.Path("plant.toml").size()),
+              "1 " + m_folder.Path("plant.toml"));
+    EXPECT_EQ(lines[1], "1 Konfiguracja bez zmian");
+    EXPECT_THAT(client.messages, IsEmpty());
+    client.Say(SubscribeRequest{{{9, "A"}}, {}, 0, true});
+    EXPECT_THAT(Updates(client), ElementsAre("9: 171 0 " + At(m_tStart) + " 1.00"));
+}
+
+TEST_F(ServerTest, VariableThatComesBackHasItsData) {
+    const char* both =
+        "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"A\"\nrt = 2\n"
+        "[[variable]]\nname = \"B\"\nrt = 2\n";
+    Start(both);
+    Modify(LogIn(), KindHour, "A", m_tStart, CVal(1));
+    Modify(LogIn(), KindHour, "B", m_tStart, CVal(2));
+    Start("[[variable]]\nname = \"C\"\nrt = 2\n[[variable]]\nname = \"B\"\nrt = 2\n");
+    EXPECT_THAT(Read(LogIn(), KindHour, "B", m_tStart, m_tStart),
+                ElementsAre("150 32 " + At(m_tStart) + " 2"));
+    EXPECT_THAT(Read(LogIn(), KindHour, "C", m_tStart, m_tStart), ElementsAre("result 1"));
+    Start(both);
+    EXPECT_THAT(Read(LogIn(), KindHour, "A", m_tStart, m_tStart),
+                ElementsAre("150 32 " + At(m_tStart) + " 1"));
+}
+
+TEST_F(ServerTest, ChangedTypeConvertsTheKeptValue) {
+    Start("[[variable]]\nname = \"A\"\nvalue = 7.9\n");
+    Tick(10);
+    Start("[[variable]]\nname = \"A\"\ntype = \"int\"\n");
+    TestClient& client = LogIn();
+    client.Say(SubscribeRequest{{{1, "A"}}, {}, 0, true});
+    EXPECT_THAT(Updates(client), ElementsAre("1: 150 0 " + At(m_tStart) + " 7"));
+}
+
+TEST_F(ServerTest, FolderIsForOneServer) {
+    Start("");
+    Server second(m_clock, m_log, m_loop, PasswordCost::Least);
+    std::vector<std::string> errors;
+    EXPECT_FALSE(second.Start(m_folder.Path("plant.toml"), errors));
+    EXPECT_THAT(errors, ElementsAre(m_folder.Path("data") + ": używa go już inny serwer"));
+}
+
+TEST_F(ServerTest, StartTellsWhatFails) {
+    Server server(m_clock, m_log, m_loop, PasswordCost::Least);
+    std::vector<std::string> errors;
+    Configure("[server]\nclients = 0\n");
+    EXPECT_FALSE(server.Start(m_folder.Path("plant.toml"), errors));
+    EXPECT_THAT(errors,
+                ElementsAre(m_folder.Path("plant.toml") +
+                            ":2: server.clients: oczekiwano liczby całkowitej od 1 do 10000"));
+    Server other(m_clock, m_log, m_loop, PasswordCost::Least);
+    Configure("[server]\nusers = \"brak/users.sqlite\"\n");
+    errors.clear();
+    EXPECT_FALSE(other.Start(m_folder.Path("plant.toml"), errors));
+    EXPECT_THAT(errors,
+                ElementsAre(m_folder.Path("brak/users.sqlite") + ": No such file or directory"));
+}
+
+TEST_F(ServerTest, StoreThatFailsIsToldOnceAndAnsweredEachTime) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nrt = 2\n");
+    SqliteDatabase other;
+    ASSERT_TRUE(other.Open(m_folder.Path("data/store.sqlite")));
+    ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
+    TestClient& client = LogIn();
+    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultServerFault);
+    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultServerFault);
+    EXPECT_THAT(Read(client, KindHour, "X", m_tStart, m_tStart), ElementsAre("result 5"));
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
+    ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
+    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultOk);
+    ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
+    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultServerFault);
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
+}
+
+TEST_F(ServerTest, EndCommitsWhatIsUnderWay) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\nrt = 2\n");
+    TestClient& client = LogIn();
+    client.Say(
+        ModifyRequests{{{1, KindCurrent, "X", 0, CVal(1)}, {2, KindHour, "X", m_tStart, CVal(2)}}});
+    client.Say(ArchiveModifyRequest{3, "X", 5, 5, {Stamped(CVal(3), 5)}});
+    Restart();
+    TestClient& again = LogIn();
+    EXPECT_THAT(Read(again, KindArchive, "X", 0, kLargestTime),
+                ElementsAre("171 0 5 3.00", "171 0 " + At(m_tStart) + " 1.00"));
+    EXPECT_THAT(Read(again, KindHour, "X", m_tStart, m_tStart),
+                ElementsAre("150 32 " + At(m_tStart) + " 2"));
+}
+
+TEST_F(ServerTest, StartAndEndAreLogged) {
+    Start("[server]\nname = \"Stacja\"\n");
+    m_server->Stop();
+    EXPECT_THAT(m_log.Take(), ElementsAre("0 Zatrzymanie serwera Stacja"));
+    m_server->Stop();
+    EXPECT_THAT(m_log.Take(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kalvex

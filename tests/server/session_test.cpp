@@ -1,0 +1,528 @@
+// What one client hears and may do.
+#include "server_fixture.h"
+#include "values/Status.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr const char* kPlant = R"(
+[[access]]
+variables = "Tajne.*"
+read = "gaz"
+write = "gaz"
+[[access]]
+variables = "Z1.*"
+read = "0"
+write = "50"
+[[variable]]
+name = "Z1.P"
+un = "MPa"
+min = 0
+max = 10
+at = 32
+rt = 30
+value = 5
+[[variable]]
+name = "Z1.N"
+type = "int"
+at = 32
+rt = 2
+[[variable]]
+name = "Z1.T"
+type = "text"
+at = 32
+rt = 2
+[[variable]]
+name = "Z1.S"
+signal = "ramp from=0 to=3600 period=3600"
+[[variable]]
+name = "Tajne.X"
+value = 1
+)";
+
+class SessionTest : public ServerTest {
+  protected:
+    SessionTest() {
+        Start(kPlant);
+        AddUser("adam", "tajne", 50, {"gaz"});
+    }
+    TestClient& Operator() { return LogIn("adam", "tajne"); }
+
+    std::string Stamp(std::int64_t later = 0) const { return std::to_string(m_tStart + later); }
+};
+
+// ---- subscriptions
+
+TEST_F(SessionTest, SubscriptionIsAnsweredWithErrorsDefinitionsAndValues) {
+    TestClient& client = LogIn();
+    client.Say(
+        SubscribeRequest{{{7, "Z1.P"}, {8, "Tajne.X"}, {9, "Brak"}, {10, "Z1.N"}}, {}, 0, true});
+    ASSERT_EQ(client.messages.size(), 3u);
+    const auto& errors = std::get<AccessErrors>(client.messages[0]).entries;
+    ASSERT_EQ(errors.size(), 2u);
+    EXPECT_EQ(errors[0].handle, 8u);
+    EXPECT_EQ(errors[0].code, ResultNoAccess);
+    EXPECT_EQ(errors[1].handle, 9u);
+    EXPECT_EQ(errors[1].code, 0);
+    const auto& definitions = std::get<VariableDefinitions>(client.messages[1]);
+    EXPECT_TRUE(definitions.last);
+    ASSERT_EQ(definitions.definitions.size(), 2u);
+    EXPECT_EQ(definitions.definitions[0].name, "Z1.P");
+    EXPECT_THAT(definitions.definitions[0].attributes,
+                ElementsAre(Pair("at", "32"), Pair("max", "10"), Pair("min", "0"), Pair("rt", "30"),
+                            Pair("un", "MPa")));
+    EXPECT_TRUE(std::get<ValueUpdates>(client.messages[2]).last);
+    EXPECT_THAT(Updates(client), ElementsAre("7: 171 0 " + Stamp() + " 5.00", "10: 255 1 0 "));
+}
+
+TEST_F(SessionTest, AnswerIsCompleteEvenWithoutValues) {
+    TestClient& client = LogIn();
+    client.Say(SubscribeRequest{{{1, "Brak"}}, {}, 0, false});
+    client.Say(SubscribeRequest{{{2, "Brak"}}, {}, 0, true});
+    const std::vector<ValueUpdates> updates = client.Take<ValueUpdates>();
+    ASSERT_EQ(updates.size(), 2u);
+    EXPECT_THAT(updates[0].entries, IsEmpty());
+    EXPECT_FALSE(updates[0].last);
+    EXPECT_TRUE(updates[1].last);
+    client.messages.clear();
+    client.Say(SubscribeRequest{{}, {1}, 0, true});
+    EXPECT_THAT(client.messages, IsEmpty());
+}
+
+TEST_F(SessionTest, ChangesGoToThoseWhoSubscribed) {
+    TestClient& writer = Operator();
+    TestClient& reader = LogIn();
+    Subscribe(reader, {"Z1.N", "Z1.P"});
+    EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(6)), ResultOk);
+    EXPECT_THAT(Updates(reader), ElementsAre("2: 171 0 " + Stamp() + " 6.00"));
+    EXPECT_THAT(writer.messages, IsEmpty());
+    reader.Say(SubscribeRequest{{}, {2}, 0, true});
+    EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(7)), ResultOk);
+    EXPECT_THAT(reader.messages, IsEmpty());
+}
+
+TEST_F(SessionTest, OneVariableUnderTwoHandles) {
+    TestClient& client = Operator();
+    client.Say(SubscribeRequest{{{1, "Z1.P"}, {2, "Z1.P"}, {2, "Z1.N"}, {0, "Z1.N"}}, {}, 0, true});
+    client.messages.clear();
+    Modify(client, KindCurrent, "Z1.P", 0, CVal(6));
+    EXPECT_THAT(Updates(client),
+                ElementsAre("1: 171 0 " + Stamp() + " 6.00", "2: 171 0 " + Stamp() + " 6.00"));
+    client.Say(SubscribeRequest{{}, {1, 99}, 0, true});
+    Modify(client, KindCurrent, "Z1.P", 0, CVal(7));
+    EXPECT_THAT(Updates(client), ElementsAre("2: 171 0 " + Stamp() + " 7.00"));
+}
+
+TEST_F(SessionTest, ClientThatHasGoneIsNotSentAnything) {
+    TestClient& writer = Operator();
+    TestClient& reader = LogIn();
+    Subscribe(reader, {"Z1.P"});
+    reader.End(ReasonClientEnded);
+    EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(6)), ResultOk);
+    EXPECT_THAT(reader.messages, IsEmpty());
+}
+
+TEST_F(SessionTest, SlowClientGetsTheNewestValueAlone) {
+    TestClient& writer = Operator();
+    TestClient& reader = LogIn();
+    Subscribe(reader, {"Z1.N", "Z1.P"});
+    reader.backlog = 8;
+    for (int value = 1; value <= 9; ++value) Modify(writer, KindCurrent, "Z1.P", 0, CVal(value));
+    EXPECT_THAT(reader.messages, IsEmpty());
+    reader.backlog = 0;
+    reader.session->OnDrained();
+    EXPECT_THAT(Updates(reader), ElementsAre("2: 171 0 " + Stamp() + " 9.00"));
+}
+
+TEST_F(SessionTest, LargeSubscriptionIsAnsweredInPieces) {
+    std::string csv = "name,value\n";
+    std::vector<std::string> names;
+    for (int index = 0; index < 2500; ++index) {
+        names.push_back("V" + std::to_string(index));
+        csv += names.back() + ",1\n";
+    }
+    m_folder.Write("many.csv", csv);
+    Start("[server]\nvariables = 2500\n[[variables]]\nfile = \"many.csv\"\n");
+    TestClient& client = LogIn();
+    SubscribeRequest request;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        request.added.push_back({static_cast<VariableHandle>(index + 1), names[index]});
+    }
+    client.Say(request);
+    std::size_t defined = 0;
+    int lasts = 0;
+    for (const VariableDefinitions& piece : client.Take<VariableDefinitions>()) {
+        EXPECT_LE(piece.definitions.size(), 500u);
+        defined += piece.definitions.size();
+        lasts += piece.last ? 1 : 0;
+    }
+    EXPECT_EQ(defined, 2500u);
+    EXPECT_EQ(lasts, 1);
+    const std::vector<ValueUpdates> updates = client.Take<ValueUpdates>();
+    ASSERT_EQ(updates.size(), 3u);
+    EXPECT_EQ(updates[0].entries.size(), 1000u);
+    EXPECT_FALSE(updates[1].last);
+    EXPECT_TRUE(updates[2].last);
+
+    // Twice the variables of the server is the most, and it is told once.
+    for (SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
+    client.Say(request);
+    EXPECT_THAT(client.Take<AccessErrors>(), IsEmpty());
+    for (SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
+    client.Say(request);
+    const std::vector<AccessErrors> errors = client.Take<AccessErrors>();
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0].entries.size(), 2500u);
+    EXPECT_EQ(errors[0].entries[0].code, ResultBadRequest);
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Klient Kalvex_stacja: zbyt wiele subskrybowanych zmiennych"));
+}
+
+// ---- current values
+
+TEST_F(SessionTest, WriteIsConvertedStampedAndAnswered) {
+    TestClient& client = Operator();
+    Subscribe(client, {"Z1.P", "Z1.N", "Z1.T"});
+    m_clock.Advance(5000);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, Stamped(CVal("7.5"), 1, 0x8004)), ResultOk);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.N", 0, CVal(7.9)), ResultOk);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(12)), ResultOk);
+    EXPECT_THAT(Updates(client),
+                ElementsAre("1: 171 32772 " + Stamp(5) + " 7.50", "2: 150 0 " + Stamp(5) + " 7",
+                            "3: 190 0 " + Stamp(5) + " 12"));
+}
+
+TEST_F(SessionTest, WritesAreRefusedWithTheirReasons) {
+    TestClient& client = Operator();
+    EXPECT_EQ(Modify(client, KindCurrent, "Brak", 0, CVal(1)), ResultNothing);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.S", 0, CVal(1)), ResultBadRequest);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal("abc")), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(10.01)), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(-0.01)), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal()), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(std::string(65536, 'x'))),
+              ResultBadValue);
+    EXPECT_EQ(Modify(client, KindArchive, "Z1.P", 0, CVal(1)), ResultBadRequest);
+    EXPECT_EQ(Modify(client, static_cast<ValueKind>(17), "Z1.P", 0, CVal(1)), ResultBadRequest);
+    CVal strange;
+    strange.SetType(200);
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, strange), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.P", 0, strange), ResultBadValue);
+
+    TestClient& nobody = LogIn();
+    EXPECT_EQ(Modify(nobody, KindCurrent, "Z1.P", 0, CVal(1)), ResultNoAccess);
+    EXPECT_EQ(Modify(nobody, KindCurrent, "Tajne.X", 0, CVal(1)), ResultNothing);
+    Subscribe(client, {"Z1.P"});
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(10)), ResultOk);
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + Stamp() + " 10.00"));
+}
+
+TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
+    TestClient& client = Operator();
+    client.Say(ModifyRequests{{{1, KindCurrent, "Z1.P", 0, CVal(1)},
+                               {2, KindHour, "Z1.P", m_tStart, CVal(2)},
+                               {3, KindCurrent, "Brak", 0, CVal(3)},
+                               {4, KindHour, "Z1.P", m_tStart - 3600, CVal(4)}}});
+    const std::vector<ModifyResults> atOnce = client.Take<ModifyResults>();
+    ASSERT_EQ(atOnce.size(), 1u);
+    ASSERT_EQ(atOnce[0].entries.size(), 2u);
+    EXPECT_EQ(atOnce[0].entries[0].id, 1u);
+    EXPECT_EQ(atOnce[0].entries[0].result, ResultOk);
+    EXPECT_EQ(atOnce[0].entries[1].id, 3u);
+    EXPECT_EQ(atOnce[0].entries[1].result, ResultNothing);
+    Settle();
+    const std::vector<ModifyResults> committed = client.Take<ModifyResults>();
+    ASSERT_EQ(committed.size(), 1u);
+    ASSERT_EQ(committed[0].entries.size(), 2u);
+    EXPECT_EQ(committed[0].entries[0].id, 2u);
+    EXPECT_EQ(committed[0].entries[1].id, 4u);
+    EXPECT_EQ(committed[0].entries[1].result, ResultOk);
+}
+
+// ---- reports and archive
+
+TEST_F(SessionTest, ReportIsWrittenAndReadByAnyTimeOfItsPeriod) {
+    TestClient& client = Operator();
+    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart + 1234, Stamped(CVal(7), 5, 0x8000)),
+              ResultOk);
+    const std::string expected =
+        "150 " + std::to_string(0x8000 | Status::SetByUser) + " " + Stamp() + " 7";
+    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart, m_tStart), ElementsAre(expected));
+    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart + 3599, m_tStart + 3599),
+                ElementsAre(expected));
+    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart + 3600, m_tStart + 3600),
+                ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, KindDay, "Z1.P", m_tStart, m_tStart), ElementsAre("result 1"));
+}
+
+TEST_F(SessionTest, SpanIsKeptUnderItsVerySecond) {
+    TestClient& client = Operator();
+    EXPECT_EQ(Modify(client, KindSpan, "Z1.P", m_tStart + 3, CVal(7.5)), ResultOk);
+    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
+                ElementsAre("171 32 " + Stamp(3) + " 7.50"));
+    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart, m_tStart), ElementsAre("result 1"));
+}
+
+TEST_F(SessionTest, RangeHoldsItsBoundsAndMayBeEmpty) {
+    TestClient& client = Operator();
+    for (int hour = 0; hour < 4; ++hour) {
+        Modify(client, KindHour, "Z1.N", m_tStart + hour * 3600, CVal(hour));
+    }
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart + 3600, m_tStart + 7200),
+                ElementsAre("150 32 " + Stamp(3600) + " 1", "150 32 " + Stamp(7200) + " 2"));
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", 0, 5), IsEmpty());
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", 7200, 3600), IsEmpty());
+}
+
+TEST_F(SessionTest, ReportWritesAreRefusedWithTheirReasons) {
+    TestClient& client = Operator();
+    EXPECT_EQ(Modify(client, KindDay, "Z1.N", m_tStart, CVal(1)), ResultBadRequest);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.N", -1, CVal(1)), ResultBadRequest);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.N", kLargestTime + 1, CVal(1)), ResultBadRequest);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.N", m_tStart, CVal("x")), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.N", m_tStart, CVal("1.5")), ResultOk);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.T", m_tStart, CVal("x")), ResultOk);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart, CVal(100)), ResultOk);
+    EXPECT_EQ(Modify(LogIn(), KindHour, "Z1.P", m_tStart, CVal(1)), ResultNoAccess);
+}
+
+TEST_F(SessionTest, ValueWithoutContentMakesAReportUnknown) {
+    TestClient& client = Operator();
+    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart, CVal()), ResultOk);
+    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart, m_tStart),
+                ElementsAre("255 33 " + Stamp() + " "));
+}
+
+TEST_F(SessionTest, ArchiveIsWrittenAndRead) {
+    TestClient& client = Operator();
+    EXPECT_EQ(ModifyArchive(client, "Z1.N",
+                            {Stamped(CVal(1), 100), Stamped(CVal(2.7), 101, 4),
+                             Stamped(CVal("3"), 102), Stamped(CVal(), 103)}),
+              ResultOk);
+    EXPECT_THAT(Read(client, KindArchive, "Z1.N", 100, 103),
+                ElementsAre("150 0 100 1", "150 4 101 2", "150 0 102 3", "255 1 103 "));
+    EXPECT_THAT(Read(client, KindArchive, "Z1.N", 101, 101), ElementsAre("150 4 101 2"));
+    EXPECT_THAT(Read(client, KindArchive, "Z1.N", 99, 99), IsEmpty());
+    EXPECT_EQ(ModifyArchive(client, "Z1.N", {}), ResultOk);
+}
+
+TEST_F(SessionTest, ArchiveWriteIsTakenAsAWholeOrNotAtAll) {
+    TestClient& client = Operator();
+    EXPECT_EQ(ModifyArchive(client, "Z1.P", {Stamped(CVal(1), 100), Stamped(CVal(11), 101)}),
+              ResultBadValue);
+    EXPECT_EQ(ModifyArchive(client, "Z1.P", {Stamped(CVal(1), 100), Stamped(CVal(2), -1)}),
+              ResultBadRequest);
+    EXPECT_EQ(ModifyArchive(client, "Z1.S", {Stamped(CVal(1), 100)}), ResultBadRequest);
+    EXPECT_EQ(ModifyArchive(client, "Brak", {Stamped(CVal(1), 100)}), ResultNothing);
+    EXPECT_EQ(ModifyArchive(LogIn(), "Z1.P", {Stamped(CVal(1), 100)}), ResultNoAccess);
+    EXPECT_EQ(ModifyArchive(client, "Z1.P", std::vector<CVal>(100001, Stamped(CVal(1), 100))),
+              ResultBadRequest);
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Klient Kalvex_stacja: zbyt wiele wartości w jednym zapisie"));
+    EXPECT_THAT(Read(client, KindArchive, "Z1.P", 0, kLargestTime), IsEmpty());
+}
+
+TEST_F(SessionTest, ReadsAreRefusedWithTheirReasons) {
+    TestClient& client = LogIn();
+    EXPECT_THAT(Read(client, KindHour, "Brak", 0, 0), ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, KindHour, "Tajne.X", 0, 0), ElementsAre("result 2"));
+    EXPECT_THAT(Read(client, KindCurrent, "Z1.P", 0, 0), ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, static_cast<ValueKind>(-3), "Z1.P", 0, 0), ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MIN, INT64_MIN), ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MAX, INT64_MAX), ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MIN, INT64_MAX), IsEmpty());
+    client.Say(ReadRequests{{{0, KindHour, "Z1.P", 0, 0}}});
+    EXPECT_EQ(client.Take<ReadAnswer>().at(0).result, ResultBadRequest);
+}
+
+class LongReadTest : public SessionTest {
+  protected:
+    LongReadTest() : m_client(Operator()) {
+        std::vector<CVal> values;
+        for (int time = 1; time <= 7000; ++time) values.push_back(Stamped(CVal(time), time));
+        EXPECT_EQ(ModifyArchive(m_client, "Z1.N", values), ResultOk);
+        EXPECT_EQ(ModifyArchive(m_client, "Z1.T", {Stamped(CVal("x"), 5)}), ResultOk);
+    }
+    TestClient& m_client;
+};
+
+TEST_F(LongReadTest, ComesInPieces) {
+    m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 2, 6999}}});
+    Settle();
+    const std::vector<ReadAnswer> answers = m_client.Take<ReadAnswer>();
+    ASSERT_EQ(answers.size(), 4u);
+    int next = 2;
+    for (const ReadAnswer& answer : answers) {
+        EXPECT_LE(answer.values.size(), 2000u);
+        EXPECT_EQ(answer.last, next + static_cast<int>(answer.values.size()) == 7000);
+        for (const CVal& value : answer.values) ASSERT_EQ(value.GetTime(), next++);
+    }
+    EXPECT_EQ(next, 7000);
+}
+
+TEST_F(LongReadTest, WaitsForASlowClient) {
+    m_client.backlog = 8;
+    m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}}});
+    Settle();
+    EXPECT_THAT(m_client.messages, IsEmpty());
+    m_client.backlog = 0;
+    m_client.session->OnDrained();
+    m_client.backlog = 8;
+    Settle();
+    EXPECT_EQ(m_client.Take<ReadAnswer>().size(), 1u);
+    m_client.backlog = 0;
+    m_client.session->OnDrained();
+    Settle();
+    EXPECT_EQ(m_client.Take<ReadAnswer>().size(), 3u);
+}
+
+TEST_F(LongReadTest, ShortReadDoesNotWaitForItsEnd) {
+    m_client.Say(
+        ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}, {2, KindArchive, "Z1.T", 1, 7000}}});
+    Settle();
+    std::vector<RequestId> order;
+    for (const ReadAnswer& answer : m_client.Take<ReadAnswer>()) order.push_back(answer.id);
+    EXPECT_THAT(order, ElementsAre(1, 2, 1, 1, 1));
+}
+
+TEST_F(LongReadTest, CancelledReadIsNotAnswered) {
+    m_client.Say(
+        ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}, {2, KindArchive, "Z1.N", 1, 7000}}});
+    m_client.Say(CancelRequests{{1, 2, 77}});
+    Settle();
+    EXPECT_THAT(m_client.messages, IsEmpty());
+    EXPECT_EQ(Read(m_client, KindArchive, "Z1.T", 0, 10).size(), 1u);
+}
+
+TEST_F(LongReadTest, ReadsUnderWayAreBounded) {
+    m_client.backlog = 8;
+    ReadRequests requests;
+    for (RequestId id = 1; id <= 1002; ++id) {
+        requests.requests.push_back({id, KindHour, "Z1.N", 0, 0});
+    }
+    requests.requests.push_back({5, KindHour, "Z1.N", 0, 0});
+    m_client.Say(requests);
+    const std::vector<ReadAnswer> refused = m_client.Take<ReadAnswer>();
+    ASSERT_EQ(refused.size(), 3u);
+    EXPECT_EQ(refused[0].id, 1001u);
+    EXPECT_EQ(refused[0].result, ResultBadRequest);
+    EXPECT_EQ(refused[2].id, 5u);
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 Klient Kalvex_stacja: zbyt wiele odczytów naraz"));
+}
+
+TEST_F(LongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
+    m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}}});
+    m_client.Say(ModifyRequests{{{2, KindHour, "Z1.N", 0, CVal(1)}}});
+    m_client.End(ReasonLost);
+    Settle();
+    EXPECT_THAT(m_client.messages, IsEmpty());
+    EXPECT_EQ(Read(LogIn(), KindHour, "Z1.N", 0, 0).size(), 1u);
+}
+
+// ---- orders and notifications
+
+TEST_F(SessionTest, ReportsAreMadeLoadedAndCalculated) {
+    TestClient& client = Operator();
+    ModifyArchive(client, "Z1.N",
+                  {Stamped(CVal(10), m_tStart - 60), Stamped(CVal(20), m_tStart + 1800)});
+    Order(client, PeriodAction::Init, KindHour, "Z1.N", m_tStart + 5);
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+                ElementsAre("255 257 " + Stamp() + " "));
+    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart + 5);
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+                ElementsAre("171 384 " + Stamp() + " 15.00"));
+    Modify(client, KindHour, "Z1.N", m_tStart, CVal(1));
+    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart);
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+                ElementsAre("150 32 " + Stamp() + " 1"));
+    Order(client, PeriodAction::Calculate, KindHour, "Z1.N", m_tStart);
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+                ElementsAre("171 128 " + Stamp() + " 15.00"));
+}
+
+TEST_F(SessionTest, SpanCanBeMadeAndNotComputed) {
+    TestClient& client = Operator();
+    Order(client, PeriodAction::Load, KindSpan, "Z1.P", m_tStart + 3);
+    Order(client, PeriodAction::Calculate, KindSpan, "Z1.P", m_tStart + 3);
+    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
+                ElementsAre("result 1"));
+    Order(client, PeriodAction::Init, KindSpan, "Z1.P", m_tStart + 3);
+    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
+                ElementsAre("255 257 " + Stamp(3) + " "));
+    Order(client, PeriodAction::Update, KindArchive, "Z1.P", m_tStart);
+    Order(client, PeriodAction::Refresh, KindArchive, "Z1.P", m_tStart);
+    EXPECT_THAT(m_log.Take(), IsEmpty());
+}
+
+TEST_F(SessionTest, RefusedOrderIsLoggedOnce) {
+    TestClient& client = Operator();
+    Order(client, PeriodAction::Load, KindDay, "Z1.N", m_tStart);
+    Order(client, PeriodAction::Load, KindHour, "Brak", m_tStart);
+    Order(client, PeriodAction::Load, KindHour, "Z1.N", -1);
+    Order(client, PeriodAction::Load, KindArchive, "Z1.N", m_tStart);
+    Order(client, PeriodAction::Update, KindHour, "Z1.N", m_tStart);
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Klient Kalvex_stacja: polecenie dla danych raportowych albo "
+                            "archiwalnych odrzucone"));
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart), ElementsAre("result 1"));
+}
+
+TEST_F(SessionTest, ReportChangeIsToldOnceAPeriodToThoseWhoAsked) {
+    TestClient& writer = Operator();
+    TestClient& asked = LogIn();
+    Subscribe(asked, {"Z1.P"});
+    TestClient& other = LogIn();
+    other.Say(SubscribeRequest{{{1, "Z1.P"}}, {}, 0, true});
+    other.messages.clear();
+    Modify(writer, KindHour, "Z1.P", m_tStart, CVal(1));
+    Modify(writer, KindHour, "Z1.N", m_tStart + 60, CVal(1));
+    Modify(writer, KindDay, "Z1.P", m_tStart, CVal(1));
+    EXPECT_THAT(asked.messages, IsEmpty());
+    Tick();
+    std::vector<std::pair<int, std::int64_t>> changes;
+    for (const ReportChange& change : asked.Take<ReportChange>()) {
+        changes.emplace_back(change.kind, change.time);
+    }
+    EXPECT_THAT(changes,
+                ElementsAre(Pair(KindHour, m_tStart), Pair(KindDay, MakeLocalTime({2024, 3, 10}))));
+    EXPECT_THAT(other.messages, IsEmpty());
+    Tick();
+    EXPECT_THAT(asked.messages, IsEmpty());
+    Modify(writer, KindHour, "Z1.P", m_tStart, CVal(2));
+    Tick();
+    EXPECT_EQ(asked.Take<ReportChange>().size(), 1u);
+}
+
+// ---- log
+
+TEST_F(SessionTest, LogIsForThoseWithTheRight) {
+    AddUser("szef", "tajne", 100);
+    TestClient& chief = LogIn("szef", "tajne");
+    TestClient& other = Operator();
+    Subscribe(chief, {});
+    Subscribe(other, {});
+    LogIn();
+    const std::vector<LogMessage> told = chief.Take<LogMessage>();
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_EQ(ToUtf8(told[0].text), "Rejestracja użytkownika NOBODY z Kalvex_stacja");
+    EXPECT_EQ(told[0].level, 2);
+    EXPECT_EQ(told[0].time, m_tStart);
+    EXPECT_THAT(other.messages, IsEmpty());
+
+    chief.Say(LastMessagesRequest{2});
+    std::vector<std::string> lines;
+    for (const LogMessage& line : chief.Take<LogMessage>()) lines.push_back(ToUtf8(line.text));
+    EXPECT_THAT(lines, ElementsAre("Rejestracja użytkownika adam z Kalvex_stacja",
+                                   "Rejestracja użytkownika NOBODY z Kalvex_stacja"));
+    chief.Say(LastMessagesRequest{UINT32_MAX});
+    EXPECT_EQ(chief.Take<LogMessage>().size(), 4u);
+    other.Say(LastMessagesRequest{2});
+    EXPECT_THAT(other.messages, IsEmpty());
+}
+
+}  // namespace
+}  // namespace kalvex
