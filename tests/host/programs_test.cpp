@@ -1,13 +1,12 @@
 #include "host/Programs.h"
 
 #include <gmock/gmock.h>
-#include <poll.h>
 
-#include <cerrno>
 #include <map>
 
 #include "host/host_world.h"
 #include "platform/posix/Processes.h"
+#include "platform/program_end.h"
 #include "values/OperandEvaluator.h"
 
 namespace kalvex {
@@ -328,9 +327,7 @@ class RealProgramsTest : public HostWorld {
 
     // The value of an expression of the last script, after the program `id` has ended.
     int AfterTheEnd(std::string_view expression) {
-        pollfd ended{std::stoi(Text("id")), POLLIN, 0};
-        while (poll(&ended, 1, -1) < 0 && errno == EINTR) {
-        }
+        ExitCodeOf(processes, std::stoi(Text("id")));
         CVal value;
         EXPECT_TRUE(EvaluateExpression(*documents.back(), expression, value, ValueType::Int));
         return ValueToInt(value);

@@ -2,7 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,8 +10,12 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <iterator>
 #include <optional>
+#include <vector>
 
+#include "platform/program_end.h"
 #include "scratch_folder.h"
 
 namespace kalvex {
@@ -24,13 +28,7 @@ class ProcessesTest : public testing::Test {
         return processes.Start({"/bin/sh", {"-c", commands}, folder.Path()}, error);
     }
 
-    // The exit code of a program that is waited for.
-    std::optional<int> ExitOf(int id) {
-        pollfd ended{id, POLLIN, 0};
-        while (poll(&ended, 1, -1) < 0 && errno == EINTR) {
-        }
-        return processes.GetExitCode(id, error);
-    }
+    std::optional<int> ExitOf(int id) { return ExitCodeOf(processes, id); }
 
     // Returns when this process has no child any more, not even an ended one.
     static void WaitForNoChild() {
@@ -94,7 +92,8 @@ TEST_F(ProcessesTest, TerminateOfAnEndedProgramFailsAndLeavesItsCode) {
 TEST_F(ProcessesTest, ProgramTerminatedWithTheCodeOfTheStillActiveLooksAsIfItRan) {
     const int id = Shell("sleep 1000");
     EXPECT_TRUE(processes.Terminate(id, 259, error));
-    EXPECT_EQ(ExitOf(id), Processes::kStillActive);
+    WaitForNoChild();
+    EXPECT_EQ(processes.GetExitCode(id, error), Processes::kStillActive);
 }
 
 TEST_F(ProcessesTest, EndedProgramIsNoZombieThoughNobodyAsks) {
@@ -132,6 +131,7 @@ TEST_F(ProcessesTest, StateThatAnotherHasTakenCannotBeRead) {
     const int id = Shell("read x < znak");
     folder.Put("znak", "\n");
     EXPECT_EQ(ExitOf(id), std::nullopt);
+    EXPECT_EQ(processes.GetExitCode(id, error), std::nullopt);
     EXPECT_EQ(error, "No child processes");
     sigaction(SIGCHLD, &kept, nullptr);
 }
@@ -144,6 +144,41 @@ TEST_F(ProcessesTest, IdentifierIsNeverZero) {
     EXPECT_EQ(ExitOf(id), 6);
     dup2(input, STDIN_FILENO);
     close(input);
+}
+
+TEST_F(ProcessesTest, EndedProgramsHoldNoDescriptorsAndKeepTheirIdentifiers) {
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const int first = Shell("exit 1");
+    EXPECT_EQ(ExitOf(first), 1);
+    const auto before = descriptors();
+    std::vector<int> ids;
+    for (int i = 0; i < 20; ++i) {
+        ids.push_back(Shell("exit " + std::to_string(i + 2)));
+        WaitForNoChild();
+    }
+    EXPECT_NE(Shell("exit 0"), 0);
+    WaitForNoChild();
+    EXPECT_EQ(processes.GetExitCode(first, error), 1);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(processes.GetExitCode(ids[i], error), i + 2);
+    EXPECT_LE(descriptors(), before + 1);
+}
+
+TEST_F(ProcessesTest, ProgramThatCouldNotBeWatchedIsNotStarted) {
+    rlimit kept{};
+    getrlimit(RLIMIT_NOFILE, &kept);
+    const rlimit few{32, kept.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    std::vector<int> taken;
+    for (int fd = dup(STDIN_FILENO); fd >= 0; fd = dup(STDIN_FILENO)) taken.push_back(fd);
+    const int id = Shell("echo x > slad");
+    for (const int fd : taken) close(fd);
+    setrlimit(RLIMIT_NOFILE, &kept);
+    EXPECT_EQ(id, 0);
+    EXPECT_EQ(error, "Too many open files");
+    WaitForNoChild();
+    EXPECT_FALSE(folder.Has("slad"));
 }
 
 TEST_F(ProcessesTest, ProgramHasNoneOfOurDescriptors) {

@@ -1,14 +1,13 @@
 // Programs with windows, on a display that the test starts for itself.
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <optional>
 
 #include "platform/posix/Processes.h"
+#include "platform/program_end.h"
 #include "scratch_folder.h"
 
 namespace kalvex {
@@ -38,12 +37,7 @@ class WindowCloseTest : public testing::Test {
         unsetenv("DISPLAY");
     }
 
-    std::optional<int> ExitOf(int id) {
-        pollfd ended{id, POLLIN, 0};
-        while (poll(&ended, 1, -1) < 0 && errno == EINTR) {
-        }
-        return processes.GetExitCode(id, error);
-    }
+    std::optional<int> ExitOf(int id) { return ExitCodeOf(processes, id); }
 
     // The exit code of a program of this kind that was asked to close.
     std::optional<int> Closed(const std::string& kind) {

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -131,18 +132,46 @@ PosixProcesses::~PosixProcesses() {
     while (!m_mapById.empty()) Release(m_mapById.begin()->first);
 }
 
+// A descriptor is set aside before the program starts: one that runs and cannot be told of would be
+// started a second time.
 int PosixProcesses::Start(const ProgramCall& call, std::string& error) {
+    std::erase_if(m_arrRunning, [this](int id) { return !IsRunning(m_mapById[id]); });
+    const int reserve = open(kNowhere, O_RDONLY | O_CLOEXEC);
+    if (reserve < 0) return Fail(error);
     const pid_t pid = Spawn(call);
-    if (pid == 0) return Fail(error);
-    const int id = DescriptorOf(pid);
     const int reason = errno;
-    ChildProcess* child = AddChild(pid);
-    if (id < 0) {
-        ReleaseChild(child);
-        return Fail(error, reason);
-    }
-    m_mapById[id] = {child, std::nullopt};
+    close(reserve);
+    if (pid == 0) return Fail(error, reason);
+    const int fd = DescriptorOf(pid);
+    if (fd >= 0) return Register(fd, pid);
+    Fail(error);
+    ReleaseChild(AddChild(pid));
+    return 0;
+}
+
+int PosixProcesses::Register(int fd, pid_t pid) {
+    const int id = m_mapById.contains(fd) ? m_nLastId + 1 : fd;
+    m_nLastId = std::max(m_nLastId, id);
+    m_mapById[id] = {fd, AddChild(pid), 0, std::nullopt};
+    m_arrRunning.push_back(id);
     return id;
+}
+
+// Takes note of the end of a program.
+bool PosixProcesses::IsRunning(Entry& entry) {
+    if (entry.fd < 0) return false;
+    ReapChildren();
+    entry.state = entry.child->state.load();
+    if (entry.state == ChildProcess::kRunning) return true;
+    LetGo(entry);
+    return false;
+}
+
+void PosixProcesses::LetGo(Entry& entry) {
+    if (entry.fd < 0) return;
+    ReleaseChild(entry.child);
+    close(entry.fd);
+    entry.fd = -1;
 }
 
 int PosixProcesses::StartThroughShell(const std::string& commandLine, std::string& error) {
@@ -153,9 +182,9 @@ int PosixProcesses::StartThroughShell(const std::string& commandLine, std::strin
 void PosixProcesses::Release(int id) {
     const auto found = m_mapById.find(id);
     if (found == m_mapById.end()) return;
-    ReleaseChild(found->second.child);
+    LetGo(found->second);
     m_mapById.erase(found);
-    close(id);
+    std::erase(m_arrRunning, id);
 }
 
 std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
@@ -164,32 +193,28 @@ std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
         Fail(error, EBADF);
         return std::nullopt;
     }
-    ReapChildren();
-    const int state = found->second.child->state.load();
-    if (state == ChildProcess::kRunning) return kStillActive;
-    if (found->second.terminateCode) return found->second.terminateCode;
-    if (state != ChildProcess::kLost) return state;
+    Entry& entry = found->second;
+    if (IsRunning(entry)) return kStillActive;
+    if (entry.terminateCode) return entry.terminateCode;
+    if (entry.state != ChildProcess::kLost) return entry.state;
     Fail(error, ECHILD);
     return std::nullopt;
 }
 
 bool PosixProcesses::Terminate(int id, int exitCode, std::string& error) {
-    const std::optional<int> state = GetExitCode(id, error);
-    if (state != kStillActive) {
-        Fail(error, ESRCH);
-        return false;
-    }
-    if (pidfd_send_signal(id, SIGKILL, nullptr, 0) != 0) return Fail(error) != 0;
-    m_mapById[id].terminateCode = exitCode;
+    const auto found = m_mapById.find(id);
+    if (found == m_mapById.end() || !IsRunning(found->second)) return Fail(error, ESRCH) != 0;
+    if (pidfd_send_signal(found->second.fd, SIGKILL, nullptr, 0) != 0) return Fail(error) != 0;
+    found->second.terminateCode = exitCode;
     return true;
 }
 
 bool PosixProcesses::RequestClose(int id) {
-    std::string error;
-    if (GetExitCode(id, error) != kStillActive) return false;
-    const pid_t pid = m_mapById[id].child->pid.load();
+    const auto found = m_mapById.find(id);
+    if (found == m_mapById.end() || !IsRunning(found->second)) return false;
+    const pid_t pid = found->second.child->pid.load();
     if (pid != 0 && RequestWindowClose(pid) > 0) return true;
-    return pidfd_send_signal(id, SIGTERM, nullptr, 0) == 0;
+    return pidfd_send_signal(found->second.fd, SIGTERM, nullptr, 0) == 0;
 }
 
 void PosixProcesses::WaitSecond() {

@@ -3,7 +3,10 @@
 // children that others have started are not touched.
 #pragma once
 
+#include <sys/types.h>
+
 #include <unordered_map>
+#include <vector>
 
 #include "platform/Processes.h"
 
@@ -16,7 +19,9 @@ class PosixProcesses final : public Processes {
     PosixProcesses();
     ~PosixProcesses() override;
 
-    // The identifier is the number of a descriptor of the process.
+    // The identifier is the number of a descriptor of the process, or a number of its own where
+    // that one still names a program that has ended: descriptors are held for running programs
+    // only.
     int Start(const ProgramCall& call, std::string& error) override;
     int StartThroughShell(const std::string& commandLine, std::string& error) override;
     void Release(int id) override;
@@ -29,11 +34,19 @@ class PosixProcesses final : public Processes {
 
   private:
     struct Entry {
+        int fd = -1;  // of a running program
         ChildProcess* child = nullptr;
+        int state = 0;  // of one that has ended
         std::optional<int> terminateCode;
     };
 
+    int Register(int fd, pid_t pid);
+    static bool IsRunning(Entry& entry);
+    static void LetGo(Entry& entry);
+
     std::unordered_map<int, Entry> m_mapById;
+    std::vector<int> m_arrRunning;  // identifiers; some may have ended since
+    int m_nLastId = 0;              // the greatest one given so far
 };
 
 }  // namespace kalvex
