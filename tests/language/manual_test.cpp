@@ -1,0 +1,80 @@
+// The manual names whatever the tables hold.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "language/Functions.h"
+#include "language/Statements.h"
+#include "platform/Files.h"
+#include "values/Conditions.h"
+#include "values/OperandEvaluator.h"
+#include "values/ScriptErrors.h"
+#include "values/Status.h"
+#include "values/TimeProperties.h"
+
+namespace kalvex {
+namespace {
+
+class Manual : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string error;
+        ASSERT_TRUE(ReadWholeFile(KALVEX_MANUAL, text, error)) << error;
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            if (!line.starts_with("### ")) continue;
+            std::istringstream words(line.substr(4));
+            for (std::string word; words >> word;) {
+                if (word.ends_with(',')) word.pop_back();
+                entries.insert(word);
+            }
+        }
+    }
+
+    bool Mentions(std::string_view word) const { return text.find(word) != std::string::npos; }
+
+    std::string text;
+    std::set<std::string, std::less<>> entries;
+};
+
+TEST_F(Manual, HasAnEntryForEveryStatement) {
+    for (const StatementRow& row : Statements().Rows()) {
+        EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
+    }
+}
+
+TEST_F(Manual, HasAnEntryForEveryKeywordFunction) {
+    for (const FunctionRow& row : Functions().Rows()) {
+        EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
+    }
+}
+
+TEST_F(Manual, ListsEveryErrorWithItsMessage) {
+    for (int code = 0; const ScriptErrorRow* row = FindScriptError(code); ++code) {
+        const std::string start = "| " + std::to_string(code) + " | " + row->text + " |";
+        EXPECT_TRUE(Mentions(start)) << start;
+    }
+}
+
+TEST_F(Manual, NamesEveryPropertyKindStatusAndTestWord) {
+    for (const VariablePropertyRow& row : VariableProperties()) {
+        EXPECT_TRUE(Mentions("`" + std::string(row.name) + "`")) << row.name;
+    }
+    for (const TimeProperty& row : TimeProperties()) {
+        EXPECT_TRUE(Mentions("`" + std::string(row.name) + "`")) << row.name;
+    }
+    for (const ValueKindRow& row : ValueKinds()) {
+        EXPECT_TRUE(Mentions("`." + std::string(row.suffix) + "`")) << row.suffix;
+    }
+    for (const StatusWord& row : StatusWords()) {
+        EXPECT_TRUE(Mentions("`" + std::string(row.word) + "`")) << row.word;
+    }
+    for (const ConditionWordRow& row : ConditionWords()) {
+        EXPECT_TRUE(Mentions("`" + std::string(row.word) + " <")) << row.word;
+    }
+}
+
+}  // namespace
+}  // namespace kalvex
