@@ -32,7 +32,8 @@ constexpr StatementRow kRows[] = {
      "FTP_INIT <adres_serwera_ftp> <port> <użytkownik> <hasło>\n"
      "FTP_INIT <adres> <port> <użytkownik> <hasło>",
      "Inicjowanie diagnostyki połączenia ftp"},
-    {"HTTP_INIT", ExecuteHttpInit, "HTTP_INIT <adres_serwera_http> <port>\nHTTP_INIT <adres> <port>",
+    {"HTTP_INIT", ExecuteHttpInit,
+     "HTTP_INIT <adres_serwera_http> <port>\nHTTP_INIT <adres> <port>",
      "Inicjowanie diagnostyki połączenia http"},
     {"EXEC", ExecuteExec,
      "EXEC <ścieżka_programu> [-WD <katalog_roboczy>] [<parametr1> <parametr2> ...]",
