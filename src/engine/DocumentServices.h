@@ -4,6 +4,7 @@
 #include "engine/ConsoleLink.h"
 #include "engine/ScriptSources.h"
 #include "engine/Statement.h"
+#include "platform/Crypt.h"
 #include "platform/NetworkProbes.h"
 #include "platform/Processes.h"
 #include "platform/Questions.h"
@@ -18,6 +19,7 @@ struct DocumentServices : ValueServices {
     CConsoleLink* console = nullptr;        // none without a remote console
     bool consoleClient = false;             // this process mirrors a module and never interprets
     Processes* processes = &NoProcesses();  // never null
+    const CCrypt* crypt = nullptr;          // none where no text is protected
     NetworkProbes* probes = &NoProbes();    // never null
 };
 

@@ -88,6 +88,7 @@ bool ExecutePingInit(StatementCall& call) {
 bool ExecuteFtpInit(StatementCall& call) {
     CKalvexDoc& document = call.document;
     LinkTarget target;
+    target.crypt = document.Services().crypt;
     target.port = kFtpPort;
     target.timeout = kDefaultTimeout;
     if (!ReadText(document, NextToken(call.rest), target.address)) return false;

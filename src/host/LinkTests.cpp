@@ -80,12 +80,15 @@ std::string ShortWords(const std::string& error) {
 }
 
 bool ConnectFtp(CLinkInfo& info, FtpSession& session, NetworkProbes& probes, const LinkLog& log) {
-    const FtpLogin login{ToUtf8(info.address), static_cast<std::uint16_t>(info.port), info.user,
-                         info.password};
+    const bool isProtected = info.crypt != nullptr && info.crypt->CanDecryptText(info.password);
+    FtpLogin login{ToUtf8(info.address), static_cast<std::uint16_t>(info.port), info.user, {}};
     for (int i = 0; i < kFtpTries; ++i) {
         if (i > 0) log(kFtpRetry, {}, LogAlways);
         std::string error;
-        if (session.Connect(login, error)) return true;
+        login.password = isProtected ? info.crypt->DecryptText(info.password) : info.password;
+        const bool connected = session.Connect(login, error);
+        CCrypt::SecureEmptyString(login.password);
+        if (connected) return true;
         if (i == 0) info.errorText = FillIn(FromUtf8("Błąd FTP (%s)"), {ShortWords(error)});
         probes.Pause(kFtpPauseMilliseconds);
     }

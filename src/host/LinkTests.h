@@ -26,10 +26,11 @@ enum LinkResult : int { LinkRunning = -100, LinkUnknown = -101 };
 // What a test is given. Texts are Windows-1250.
 struct LinkTarget {
     std::string user;
-    std::string password;
+    std::string password;  // plain, or protected by CCrypt::EncryptText
     std::string address;
     std::uint32_t port = 0;
-    std::uint32_t timeout = 0;  // milliseconds
+    std::uint32_t timeout = 0;      // milliseconds
+    const CCrypt* crypt = nullptr;  // none where the password is plain
 };
 
 // One test under way or finished. The worker writes the error text while it runs and the result as

@@ -311,6 +311,18 @@ TEST_F(LinkTestsTest, ParametersAreOperandsWithDefaults) {
     EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:2121 ja tajne", "close"));
 }
 
+TEST_F(LinkTestsTest, FtpPasswordMayBeProtected) {
+    const CCrypt crypt(PathOf("klucz"), KeyFile::ReadOnly);
+    services.crypt = &crypt;
+    const std::string password = crypt.EncryptText("tajne");
+    EXPECT_EQ(Run({"FTP_INIT \"host\" 21 \"ja\" \"" + password + '"'}), "done");
+    probes.WaitForFinished(1);
+    EXPECT_EQ(Run({"FTP_INIT \"host\" 21 \"ja\" \"{kx1}jawne\""}), "done");
+    probes.WaitForFinished(2);
+    EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:21 ja tajne", "close",
+                                              "connect host:21 ja {kx1}jawne", "close"));
+}
+
 TEST_F(LinkTestsTest, ParameterThatDoesNotEvaluateFailsAndStartsNothing) {
     for (const char* line :
          {"PING_INIT brak", "HTTP_INIT brak", "HTTP_INIT \"a\" brak", "FTP_INIT brak",

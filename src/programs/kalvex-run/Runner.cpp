@@ -36,6 +36,7 @@ CRunner::CRunner(const RunOptions& options)
                  m_questions} {
     m_services.processes = &m_processes;
     m_services.probes = &m_probes;
+    m_services.crypt = m_profile.crypt.get();
 }
 
 bool CRunner::Open(std::string& fault) {
