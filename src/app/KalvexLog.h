@@ -1,0 +1,50 @@
+// The log of a module, or of a console client that shows that of its module. Main thread. Texts are
+// engine texts.
+#pragma once
+
+#include <string>
+
+#include "app/Log.h"
+
+namespace kalvex {
+
+// What a log does beside keeping its lines.
+class LogOutlets {
+  public:
+    virtual ~LogOutlets() = default;
+    // To the clients of a module.
+    virtual void AddLogMessage(std::string_view text, std::int64_t time, int level) = 0;
+    virtual void ShowStatusLine(std::string_view text) = 0;
+    // The level has been set: the clients of a module hear of it, and the profile keeps it.
+    virtual void OnLogLevel(int level) = 0;
+};
+
+class CKalvexLog final : public CLog, public LogSink {
+  public:
+    // A console client filters nothing until it has heard the level of its module.
+    CKalvexLog(const Clock& clock, const Translator& translator, bool consoleClient);
+
+    // None by default; not owned.
+    void SetOutlets(LogOutlets* outlets) { m_pOutlets = outlets; }
+
+    // Above the level of a module nothing happens.
+    void Log(std::string_view text, int level) override;
+    // At any level, for this process alone.
+    void LogAlways(std::string_view text);
+    // A line of the module with its time, in a console client.
+    void LogFromModule(std::string_view text, std::int64_t time, int level);
+
+    int GetLevel() const { return m_nLevel; }
+    void SetLevel(int level) { m_nLevel = level; }
+    // Tells the level of a module; numbers without a name have none.
+    void PublishLevel();
+
+  private:
+    std::string Prefixed(std::string_view text) const;
+
+    const bool m_bConsoleClient;
+    int m_nLevel;
+    LogOutlets* m_pOutlets = nullptr;
+};
+
+}  // namespace kalvex

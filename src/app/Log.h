@@ -1,0 +1,78 @@
+// The application log: the last lines in memory, all of them in a file. Main thread. Texts are
+// engine texts; what leaves the process is UTF-8.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/LogFile.h"
+#include "platform/LogSink.h"
+#include "platform/Translator.h"
+
+namespace kalvex {
+
+// The length of the time stamp that a line begins with: "2024-03-10 07:00:00  ".
+inline constexpr std::size_t kLogStampLength = 21;
+
+struct CLogMessage {
+    std::int64_t time;
+    int level;
+    std::string text;
+};
+
+// Hears of each line as it comes; the file, and what else there is, know nothing of each other.
+class LogListener {
+  public:
+    virtual ~LogListener() = default;
+    virtual void OnLogMessage(const CLogMessage& message) = 0;
+};
+
+class CLog {
+  public:
+    static constexpr std::size_t kLines = 10000;  // that are kept in memory
+
+    // Nothing referred to is owned; all of it outlives the log.
+    CLog(const Clock& clock, const Translator& translator)
+        : m_clock(clock), m_translator(translator), m_file(clock) {}
+
+    void AddMessage(std::string_view text, int level) { AddMessage(text, m_clock.Now(), level); }
+    void AddMessage(std::string_view text, std::int64_t time, int level);
+
+    // The line with its stamp; index from 0, the oldest that is kept.
+    std::string GetText(std::size_t index) const;
+    std::size_t GetCount() const { return m_arrMessages.size(); }
+    // The newest, at most so many, oldest first.
+    std::vector<CLogMessage> GetLastMessages(std::size_t count) const;
+    // Of memory; the file keeps what it has.
+    void OnClear() { m_arrMessages.clear(); }
+
+    // Lines go to `path`, ".log" behind it, from now on; see CLogFile. What could not be written is
+    // counted, and told in the file when it can be written again.
+    void SetLogFile(std::string path, std::size_t maxBytes);
+    void ReopenLogFile() { m_file.Reopen(); }
+
+    // None by default; not owned.
+    void SetListener(LogListener* listener) { m_pListener = listener; }
+
+  protected:
+    const Clock& m_clock;
+    const Translator& m_translator;
+
+  private:
+    bool WriteLine(const CLogMessage& message);
+
+    CLogFile m_file;
+    std::uint64_t m_nLost = 0;
+    std::deque<CLogMessage> m_arrMessages;
+    LogListener* m_pListener = nullptr;
+};
+
+// The line as it is shown.
+std::string FormatLogLine(const CLogMessage& message);
+
+}  // namespace kalvex

@@ -1,0 +1,38 @@
+#include "app/LogStream.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+// The priorities of syslog, by the level of the line; the last for all levels above.
+constexpr int kPriorities[] = {5, 3, 6, 7};
+
+}  // namespace
+
+LogStreamForm FormOfStandardOutput() {
+    return std::getenv("JOURNAL_STREAM") != nullptr ? LogStreamForm::Priority
+                                                    : LogStreamForm::Stamped;
+}
+
+void CLogStream::OnLogMessage(const CLogMessage& message) {
+    const int highest = static_cast<int>(std::size(kPriorities)) - 1;
+    std::string line =
+        m_form == LogStreamForm::Stamped
+            ? FormatLogLine(message)
+            : fmt::format("<{}>{}", kPriorities[std::clamp(message.level, 0, highest)],
+                          message.text);
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    line = ToUtf8(line) + '\n';
+    std::fwrite(line.data(), 1, line.size(), m_pStream);
+    std::fflush(m_pStream);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,29 @@
+// The log on standard output, for a service manager or a person.
+#pragma once
+
+#include <cstdio>
+
+#include "app/Log.h"
+
+namespace kalvex {
+
+enum class LogStreamForm {
+    Stamped,   // as in the file
+    Priority,  // "<3>text": the journal sets the time and understands the level
+};
+
+// Priority where the journal itself reads standard output.
+LogStreamForm FormOfStandardOutput();
+
+class CLogStream final : public LogListener {
+  public:
+    // The stream is not owned. A line that it does not take is lost.
+    CLogStream(std::FILE* stream, LogStreamForm form) : m_pStream(stream), m_form(form) {}
+    void OnLogMessage(const CLogMessage& message) override;
+
+  private:
+    std::FILE* m_pStream;
+    LogStreamForm m_form;
+};
+
+}  // namespace kalvex

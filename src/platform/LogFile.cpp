@@ -1,0 +1,98 @@
+#include "platform/LogFile.h"
+
+#include <fcntl.h>
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "platform/posix/Descriptor.h"
+
+namespace kalvex {
+
+namespace {
+
+bool IsControl(char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+}
+
+// Whether the file can be opened now; a part of a line at its end, which a full disk leaves, is
+// ended. The library would wait on a file that does not open.
+bool Prepare(const std::string& path) {
+    const Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0640));
+    struct stat info {};
+    if (file.Get() < 0 || ::fstat(file.Get(), &info) != 0) return false;
+    char last = '\n';
+    const bool ends =
+        info.st_size == 0 || ::pread(file.Get(), &last, 1, info.st_size - 1) != 1 || last == '\n';
+    return ends || ::write(file.Get(), "\n", 1) == 1;
+}
+
+spdlog::file_event_handlers Unbuffered() {
+    spdlog::file_event_handlers handlers;
+    handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) {
+        std::setvbuf(file, nullptr, _IONBF, 0);
+    };
+    return handlers;
+}
+
+}  // namespace
+
+class CLogFile::Sink {
+  public:
+    Sink(const std::string& path, std::size_t maxBytes)
+        : m_sink(path, maxBytes, kOlderFiles, false, Unbuffered()) {
+        m_sink.set_formatter(std::make_unique<spdlog::pattern_formatter>("%v"));
+    }
+
+    void Write(const std::string& line) {
+        m_sink.log(spdlog::details::log_msg("", spdlog::level::info, line));
+    }
+
+  private:
+    spdlog::sinks::rotating_file_sink_st m_sink;
+};
+
+CLogFile::CLogFile(const Clock& clock) : m_clock(clock) {}
+
+CLogFile::~CLogFile() = default;
+
+void CLogFile::SetFile(std::string path, std::size_t maxBytes) {
+    Reopen();
+    m_strPath = maxBytes == 0 ? std::string() : std::move(path);
+    m_nMaxBytes = maxBytes;
+}
+
+void CLogFile::Reopen() {
+    m_pSink.reset();
+    m_tFailed = -1;
+}
+
+bool CLogFile::Open() {
+    const std::string path = m_strPath + ".log";
+    if (!m_pSink && Prepare(path)) m_pSink = std::make_unique<Sink>(path, m_nMaxBytes);
+    return m_pSink != nullptr;
+}
+
+bool CLogFile::Write(std::string_view line) {
+    if (m_strPath.empty()) return true;
+    const std::int64_t now = m_clock.Now();
+    if (now == m_tFailed) return false;
+    std::string text(line);
+    std::ranges::replace_if(text, IsControl, ' ');
+    bool written = false;
+    try {
+        written = Open();
+        if (written) m_pSink->Write(text);
+    } catch (const spdlog::spdlog_ex&) {
+        m_pSink.reset();
+        written = false;
+    }
+    m_tFailed = written ? -1 : now;
+    return written;
+}
+
+}  // namespace kalvex

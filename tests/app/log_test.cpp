@@ -1,0 +1,200 @@
+#include "app/Log.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+
+#include "app/KalvexLog.h"
+#include "app/LogStream.h"
+#include "platform/CodePage.h"
+#include "scratch_folder.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// 2024-03-10 07:00:00 in Warsaw.
+constexpr std::int64_t kNow = 1710050400;
+
+class Outlets final : public LogOutlets {
+  public:
+    void AddLogMessage(std::string_view text, std::int64_t time, int level) override {
+        forwarded.push_back(ToUtf8(text) + '/' + std::to_string(time) + '/' +
+                            std::to_string(level));
+    }
+    void ShowStatusLine(std::string_view text) override { status = ToUtf8(text); }
+    void OnLogLevel(int level) override { levels.push_back(level); }
+
+    std::vector<std::string> forwarded;
+    std::string status;
+    std::vector<int> levels;
+};
+
+class LogTest : public testing::Test {
+  protected:
+    LogTest() {
+        ::setenv("TZ", "Europe/Warsaw", 1);
+        ::tzset();
+        m_module.SetOutlets(&m_outlets);
+        m_client.SetOutlets(&m_outlets);
+    }
+
+    static std::vector<std::string> Lines(const CLog& log) {
+        std::vector<std::string> lines;
+        for (std::size_t i = 0; i < log.GetCount(); ++i) lines.push_back(ToUtf8(log.GetText(i)));
+        return lines;
+    }
+
+    std::string Streamed(LogStreamForm form, const std::vector<CLogMessage>& messages) const {
+        std::FILE* file = std::fopen(m_folder.Path("wyjscie").c_str(), "wb");
+        CLogStream stream(file, form);
+        for (const CLogMessage& message : messages) stream.OnLogMessage(message);
+        std::fclose(file);
+        return m_folder.Get("wyjscie");
+    }
+
+    ScratchFolder m_folder;
+    VirtualClock m_clock{kNow};
+    Translator m_translator;
+    Outlets m_outlets;
+    CKalvexLog m_module{m_clock, m_translator, false};
+    CKalvexLog m_client{m_clock, m_translator, true};
+};
+
+TEST_F(LogTest, TextBeginsBehindTheStamp) {
+    m_module.Log("/a.kx : Linia 3 - x", 1);
+    ASSERT_EQ(m_module.GetCount(), 1u);
+    EXPECT_EQ(m_module.GetText(0), "2024-03-10 07:00:00  /a.kx : Linia 3 - x");
+    EXPECT_EQ(m_module.GetText(0).substr(21), "/a.kx : Linia 3 - x");
+}
+
+TEST_F(LogTest, LineAboveTheLevelIsNowhere) {
+    m_module.Log("zdarzenie", 2);
+    EXPECT_THAT(Lines(m_module), IsEmpty());
+    EXPECT_EQ(m_outlets.status, "");
+    EXPECT_THAT(m_outlets.forwarded, IsEmpty());
+}
+
+TEST_F(LogTest, LineUpToTheLevelIsKeptForwardedAndShown) {
+    m_module.SetLevel(2);
+    m_module.Log(FromUtf8("ż"), 2);
+    EXPECT_THAT(Lines(m_module), ElementsAre("2024-03-10 07:00:00  ż"));
+    EXPECT_EQ(m_outlets.status, "ż");
+    EXPECT_THAT(m_outlets.forwarded, ElementsAre("ż/1710050400/2"));
+}
+
+TEST_F(LogTest, ConsoleClientFiltersNothingForwardsNothingAndMarksItsLines) {
+    EXPECT_EQ(m_client.GetLevel(), 65535);
+    m_client.SetLevel(1);
+    m_client.Log("x", 3);
+    EXPECT_THAT(Lines(m_client), ElementsAre("2024-03-10 07:00:00  RC: x"));
+    EXPECT_EQ(m_outlets.status, "RC: x");
+    EXPECT_THAT(m_outlets.forwarded, IsEmpty());
+}
+
+TEST_F(LogTest, LogAlwaysIsOfThisProcessAlone) {
+    m_module.SetLevel(-1);
+    m_module.LogAlways("x");
+    m_client.LogAlways("y");
+    EXPECT_THAT(Lines(m_module), ElementsAre("2024-03-10 07:00:00  x"));
+    EXPECT_THAT(Lines(m_client), ElementsAre("2024-03-10 07:00:00  RC: y"));
+    EXPECT_EQ(m_outlets.status, "");
+    EXPECT_THAT(m_outlets.forwarded, IsEmpty());
+}
+
+TEST_F(LogTest, LineOfTheModuleHasItsTimeAndNoMark) {
+    m_client.LogFromModule("x", kNow - 60, 3);
+    EXPECT_THAT(Lines(m_client), ElementsAre("2024-03-10 06:59:00  x"));
+    EXPECT_EQ(m_outlets.status, "x");
+}
+
+TEST_F(LogTest, LineOfTheModuleNeedsAConsoleClientWithItsFrame) {
+    m_module.LogFromModule("x", kNow, 1);
+    m_client.SetOutlets(nullptr);
+    m_client.LogFromModule("x", kNow, 1);
+    EXPECT_THAT(Lines(m_module), IsEmpty());
+    EXPECT_THAT(Lines(m_client), IsEmpty());
+}
+
+TEST_F(LogTest, LevelIsToldByItsWord) {
+    for (const int level : {1, 2, 3, 0, 7}) {
+        m_module.SetLevel(level);
+        m_module.PublishLevel();
+    }
+    EXPECT_THAT(Lines(m_module), ElementsAre("2024-03-10 07:00:00  Poziom rejestracji: błędy ",
+                                             "2024-03-10 07:00:00  Poziom rejestracji: zdarzenia",
+                                             "2024-03-10 07:00:00  Poziom rejestracji: transmisja",
+                                             "2024-03-10 07:00:00  Poziom rejestracji: ",
+                                             "2024-03-10 07:00:00  Poziom rejestracji: "));
+    EXPECT_THAT(m_outlets.levels, ElementsAre(1, 2, 3, 0, 7));
+}
+
+TEST_F(LogTest, OldestLinesGoWhenThereAreTooMany) {
+    for (std::size_t i = 0; i < CLog::kLines + 2; ++i) m_module.Log(std::to_string(i), 0);
+    EXPECT_EQ(m_module.GetCount(), CLog::kLines);
+    EXPECT_EQ(m_module.GetText(0), "2024-03-10 07:00:00  2");
+    const std::vector<CLogMessage> last = m_module.GetLastMessages(2);
+    ASSERT_EQ(last.size(), 2u);
+    EXPECT_EQ(last[0].text, "10000");
+    EXPECT_EQ(last[1].text, "10001");
+    m_module.OnClear();
+    EXPECT_EQ(m_module.GetCount(), 0u);
+    EXPECT_THAT(m_module.GetLastMessages(2), IsEmpty());
+}
+
+TEST_F(LogTest, FileIsUtf8) {
+    m_module.SetLogFile(m_folder.Path("Kalvex"), 10000000);
+    m_module.Log(FromUtf8("zażółć"), 1);
+    m_module.SetLogFile("", 0);
+    m_module.Log("po", 1);
+    EXPECT_EQ(m_folder.Get("Kalvex.log"), "2024-03-10 07:00:00  zażółć\n");
+}
+
+TEST_F(LogTest, FullDiskStopsNothingAndTheGapIsTold) {
+    std::filesystem::create_symlink("/dev/full", m_folder.Path("Kalvex.log"));
+    m_module.SetLogFile(m_folder.Path("Kalvex"), 10000000);
+    m_module.Log("a", 1);
+    m_module.Log("b", 1);
+    m_clock.Advance(1000);
+    m_module.Log("c", 1);
+    std::filesystem::remove(m_folder.Path("Kalvex.log"));
+    m_clock.Advance(1000);
+    m_module.Log("d", 1);
+    m_module.Log("e", 1);
+    EXPECT_EQ(m_module.GetCount(), 5u);
+    EXPECT_EQ(m_folder.Get("Kalvex.log"),
+              "2024-03-10 07:00:02  Pominięte wiersze rejestru: 3\n"
+              "2024-03-10 07:00:02  d\n"
+              "2024-03-10 07:00:02  e\n");
+}
+
+TEST_F(LogTest, StreamHasThePriorityOfTheLevel) {
+    EXPECT_EQ(Streamed(LogStreamForm::Priority, {{kNow, 0, "a"},
+                                                 {kNow, 1, FromUtf8("ż\nb")},
+                                                 {kNow, 2, "c"},
+                                                 {kNow, 3, "d"},
+                                                 {kNow, 9, "e"}}),
+              "<5>a\n<3>ż b\n<6>c\n<7>d\n<7>e\n");
+}
+
+TEST_F(LogTest, StreamForAPersonHasTheStamp) {
+    EXPECT_EQ(Streamed(LogStreamForm::Stamped, {{kNow, 1, "a"}}), "2024-03-10 07:00:00  a\n");
+}
+
+TEST_F(LogTest, ListenerHearsEachLine) {
+    std::FILE* file = std::fopen(m_folder.Path("wyjscie").c_str(), "wb");
+    CLogStream stream(file, LogStreamForm::Priority);
+    m_module.SetListener(&stream);
+    m_module.Log("a", 1);
+    m_module.Log("b", 2);
+    std::fclose(file);
+    EXPECT_EQ(m_folder.Get("wyjscie"), "<3>a\n");
+}
+
+}  // namespace
+}  // namespace kalvex
