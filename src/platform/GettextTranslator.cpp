@@ -1,0 +1,37 @@
+#include "platform/GettextTranslator.h"
+
+#include <libintl.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kDomain = "kalvex";
+
+// LANGUAGE is looked at in a locale with a language only.
+void ChooseLanguage() {
+    const char* locale = std::setlocale(LC_MESSAGES, "");
+    const char* language = std::getenv("LANGUAGE");
+    const bool none = locale == nullptr || locale == std::string_view("C");
+    if (none && language != nullptr && *language != '\0') std::setlocale(LC_MESSAGES, "C.UTF-8");
+}
+
+}  // namespace
+
+GettextTranslator::GettextTranslator(const std::string& folder) {
+    ChooseLanguage();
+    bindtextdomain(kDomain, folder.c_str());
+    bind_textdomain_codeset(kDomain, "UTF-8");
+}
+
+std::string GettextTranslator::Translate(const char* polish) const {
+    return FromUtf8(dgettext(kDomain, polish));
+}
+
+}  // namespace kalvex

@@ -1,0 +1,89 @@
+#!/usr/bin/env python3
+"""The catalogues against the texts that the code translates."""
+import pathlib
+import re
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+# Files that translate texts out of tables of theirs, with the literals that are none of those.
+TABLES = {
+    "src/app/KalvexLog.cpp": {"", "RC: "},
+    "src/host/LinkTests.cpp": {
+        "ExecutePingThread",
+        "ExecuteFtpConnectionThread",
+        "ExecuteHttpConnectionThread",
+        "\\r\\n",
+        "FILEZILLA",
+        "OPTS UTF8 OFF",
+        # told to the script alone
+        "Błąd FTP (%s)",
+        "Błąd otwarcia sesji FTP",
+        "Nie zdefiniowano w programie nazwy użytkownika FTP",
+        "Nie zdefiniowano w programie adresu serwera FTP",
+        "Połączenie FTP zostało przerwane",
+    },
+    "src/host/ProgramStatements.cpp": set(),
+    "src/sources/InterfaceClientConnection.cpp": {"NOBODY", "%s (%s)", "%s - %s (%s@%s)"},
+    # its texts are the rows of src/values/ScriptErrors.h
+    "src/engine/ScriptRun.cpp": None,
+}
+
+
+def read(path):
+    """The text without includes and comments, a literal in pieces joined."""
+    text = re.sub(r"(?m)^\s*(?:#include.*|//.*)$", "", (ROOT / path).read_text(encoding="utf-8"))
+    return re.sub(r'"\s*"(?=[^"\n]*")', lambda m: '""' if m[0] == '""' else "", text)
+
+
+def literals(text):
+    return re.findall(r'"((?:[^"\\\n]|\\.)*)"', text)
+
+
+def catalogue(path):
+    entries = re.findall(r'(?m)^msgid "(.*)"\nmsgstr "(.*)"$', path.read_text(encoding="utf-8"))
+    return {key: text for key, text in entries if key}
+
+
+def translated():
+    rows = re.findall(r'X\(\d+, \w+, "([^"]*)",\s*true\)', read("src/values/ScriptErrors.h"))
+    assert rows
+    texts = set(rows)
+    for path in (ROOT / "src").rglob("*.cpp"):
+        texts.update(re.findall(r'\bTranslate\(\s*"([^"]*)"', read(path.relative_to(ROOT))))
+    for path, others in TABLES.items():
+        if others is not None:
+            texts |= set(literals(read(path))) - others
+    return texts
+
+
+class Translations(unittest.TestCase):
+    def test_every_file_that_translates_a_table_is_known(self):
+        known = {"src/platform/Translator.cpp", "src/platform/GettextTranslator.cpp", *TABLES}
+        for path in (ROOT / "src").rglob("*.cpp"):
+            name = str(path.relative_to(ROOT))
+            if re.search(r'\bTranslate\(\s*[^"\s]', read(name)):
+                self.assertIn(name, known)
+
+    def test_every_text_has_a_translation_in_every_catalogue(self):
+        for path in (ROOT / "translations").glob("*.po"):
+            entries = catalogue(path)
+            self.assertEqual(sorted(translated() - entries.keys()), [], path.name)
+            self.assertEqual([key for key, text in entries.items() if not text], [], path.name)
+
+    def test_no_catalogue_has_a_text_that_nothing_translates(self):
+        for path in (ROOT / "translations").glob("*.po"):
+            self.assertEqual(sorted(catalogue(path).keys() - translated()), [], path.name)
+
+    def test_no_text_is_there_twice(self):
+        for path in (ROOT / "translations").glob("*.po"):
+            keys = re.findall(r"(?m)^msgid (.*)$", path.read_text(encoding="utf-8"))
+            self.assertEqual(len(keys), len(set(keys)), path.name)
+
+    def test_lines_of_scripts_are_found_in_every_language(self):
+        for path in (ROOT / "translations").glob("*.po"):
+            self.assertEqual(catalogue(path)[" : Linia "], " : Linia ", path.name)
+
+
+if __name__ == "__main__":
+    unittest.main()
