@@ -8,6 +8,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 # Files that translate texts out of tables of theirs, with the literals that are none of those.
 TABLES = {
+    "src/app/CmdLine.cpp": {"", " ", ":=", "{}", "/{}", "{:<14}{}\\n"}
+    | {"?", "RC", "D", "X", "C", "INST", "NOLOGIN", "U", "Q", "P", "MIRROR"},
     "src/app/KalvexLog.cpp": {"", "RC: "},
     "src/host/LinkTests.cpp": {
         "ExecutePingThread",

@@ -1,0 +1,120 @@
+#include "app/CmdLine.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <ranges>
+
+#include "platform/CodePage.h"
+#include "platform/TextFormat.h"
+
+namespace kalvex {
+
+enum class CmdLineValue { None, Integer, Text };
+
+struct CmdLineRow {
+    const char* name;  // in upper case
+    CmdLineValue value;
+    const char* meaning;
+};
+
+namespace {
+
+constexpr CmdLineRow kRows[] = {
+    {"?", CmdLineValue::None, "lista parametrów"},
+    {"RC", CmdLineValue::None, "zdalna konsola działającego modułu"},
+    {"D", CmdLineValue::Integer, "opóźnienie autostartu w sekundach"},
+    {"X", CmdLineValue::Integer, "poziom uprawnień od 0 do 100"},
+    {"C", CmdLineValue::None, "nie jest wspierana, zastępuje ją INST"},
+    {"INST", CmdLineValue::Integer, "numer instancji"},
+    {"NOLOGIN", CmdLineValue::None, "autostart bez logowania"},
+    {"U", CmdLineValue::Text, "logowanie: użytkownik:hasło"},
+    {"Q", CmdLineValue::None, "pytanie przed zamknięciem"},
+    {"P", CmdLineValue::None, "bez znaczenia"},
+    {"MIRROR", CmdLineValue::None, "bez znaczenia"},
+};
+
+constexpr const char* kValueNames[] = {nullptr, "liczba", "tekst"};
+
+char UpperAscii(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+const CmdLineRow* FindRow(std::string_view name) {
+    for (const CmdLineRow& row : kRows) {
+        if (std::ranges::equal(name, std::string_view(row.name), {}, UpperAscii, UpperAscii)) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+bool IsOption(std::string_view argument) {
+    return argument.size() > 1 && (argument.front() == '/' || argument.front() == '-');
+}
+
+}  // namespace
+
+CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        const std::string_view option = IsOption(argument) ? argument.substr(1) : "";
+        const std::size_t sign = option.find_first_of(":=");
+        const CmdLineRow* row = FindRow(option.substr(0, sign));
+        if (row == nullptr) {
+            m_arrUnknown.emplace_back(argument);
+            continue;
+        }
+        Option& found = m_arrOptions.emplace_back(Option{row, {}});
+        if (sign != std::string_view::npos) {
+            found.value = option.substr(sign + 1);
+        } else if (row->value != CmdLineValue::None && i + 1 < arguments.size()) {
+            found.value = arguments[++i];
+        }
+    }
+}
+
+const CCmdLine::Option* CCmdLine::Find(std::string_view name) const {
+    const CmdLineRow* row = FindRow(name);
+    for (const Option& option : m_arrOptions | std::views::reverse) {
+        if (option.row == row) return &option;
+    }
+    return nullptr;
+}
+
+std::optional<std::string> CCmdLine::GetStringOption(std::string_view name) const {
+    const Option* option = Find(name);
+    if (option == nullptr) return std::nullopt;
+    return option->value;
+}
+
+std::optional<int> CCmdLine::GetIntOption(std::string_view name) const {
+    const Option* option = Find(name);
+    if (option == nullptr) return std::nullopt;
+    const char* end = option->value.data() + option->value.size();
+    int number = 0;
+    const auto [rest, fault] = std::from_chars(option->value.data(), end, number);
+    if (fault != std::errc() || rest != end) return std::nullopt;
+    return number;
+}
+
+std::string CCmdLine::GetWarning(const Translator& translator) const {
+    if (m_arrUnknown.empty()) return {};
+    return FormatText(translator.Translate("Pominięte parametry wiersza poleceń: %s"),
+                      {FromUtf8(fmt::format("{}", fmt::join(m_arrUnknown, " ")))});
+}
+
+std::string CCmdLine::GetHelp(const Translator& translator) {
+    std::string help;
+    for (const CmdLineRow& row : kRows) {
+        std::string form = fmt::format("/{}", row.name);
+        if (const char* value = kValueNames[static_cast<std::size_t>(row.value)]) {
+            form += ':' + translator.Translate(value);
+        }
+        help += fmt::format("{:<14}{}\n", form, translator.Translate(row.meaning));
+    }
+    return help;
+}
+
+}  // namespace kalvex

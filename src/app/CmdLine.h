@@ -1,0 +1,51 @@
+// The command line of a module. Main thread.
+//
+// An option begins with "/" or "-"; its name counts in any case. Its value stands behind ":" or "="
+// or, for an option that has one, in the next argument: "/D:5", "/d=5", "-D 5". Whatever is no
+// known option is passed over.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Translator.h"
+
+namespace kalvex {
+
+struct CmdLineRow;
+
+class CCmdLine {
+  public:
+    // `arguments` without the name of the program, in the system's encoding, as are all answers.
+    explicit CCmdLine(const std::vector<std::string>& arguments);
+
+    bool HasOption(std::string_view name) const { return Find(name) != nullptr; }
+    // The value of the option, empty when it was given without one; nothing when it was not given.
+    // Of an option that is given twice the last one counts.
+    std::optional<std::string> GetStringOption(std::string_view name) const;
+    // The whole number that the value is; nothing when it is none.
+    std::optional<int> GetIntOption(std::string_view name) const;
+
+    // What was passed over, as it was given.
+    const std::vector<std::string>& GetUnknown() const { return m_arrUnknown; }
+    // One line that names it, an engine text; empty when there is none.
+    std::string GetWarning(const Translator& translator) const;
+
+    // For "/?": a line for each option, an engine text.
+    static std::string GetHelp(const Translator& translator);
+
+  private:
+    struct Option {
+        const CmdLineRow* row;
+        std::string value;
+    };
+
+    const Option* Find(std::string_view name) const;
+
+    std::vector<Option> m_arrOptions;
+    std::vector<std::string> m_arrUnknown;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,92 @@
+#include "app/CmdLine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(CmdLine, NumberStandsBehindAColonAnEqualsSignOrABlank) {
+    const std::vector<std::vector<std::string>> forms = {
+        {"/D:5"}, {"/D=5"}, {"/D", "5"}, {"-D:5"}, {"-D=5"}, {"-D", "5"}, {"/d:5"}, {"-d", "5"}};
+    for (const std::vector<std::string>& arguments : forms) {
+        const CCmdLine line(arguments);
+        EXPECT_EQ(line.GetIntOption("D"), 5) << arguments[0];
+        EXPECT_THAT(line.GetUnknown(), IsEmpty()) << arguments[0];
+    }
+}
+
+TEST(CmdLine, TextKeepsItsSigns) {
+    EXPECT_EQ(CCmdLine({"/U:jan:haslo"}).GetStringOption("U"), "jan:haslo");
+    EXPECT_EQ(CCmdLine({"-u=jan:ha=s lo"}).GetStringOption("U"), "jan:ha=s lo");
+    EXPECT_EQ(CCmdLine({"/U", "-jan:/haslo"}).GetStringOption("U"), "-jan:/haslo");
+}
+
+TEST(CmdLine, FlagTakesNoArgument) {
+    const CCmdLine line({"/nologin", "/Q", "-RC"});
+    EXPECT_TRUE(line.HasOption("NOLOGIN"));
+    EXPECT_TRUE(line.HasOption("Q"));
+    EXPECT_TRUE(line.HasOption("RC"));
+    EXPECT_FALSE(line.HasOption("C"));
+    EXPECT_EQ(CCmdLine({"/Q", "5"}).GetStringOption("Q"), "");
+}
+
+TEST(CmdLine, QuestionMarkIsAnOption) {
+    EXPECT_TRUE(CCmdLine({"/?"}).HasOption("?"));
+    EXPECT_TRUE(CCmdLine({"-?"}).HasOption("?"));
+}
+
+TEST(CmdLine, OptionThatIsNotGivenHasNoValue) {
+    const CCmdLine line({"/D:5"});
+    EXPECT_EQ(line.GetStringOption("U"), std::nullopt);
+    EXPECT_EQ(line.GetIntOption("INST"), std::nullopt);
+}
+
+TEST(CmdLine, OptionAtTheEndMayLackItsValue) {
+    const CCmdLine line({"/D"});
+    EXPECT_EQ(line.GetStringOption("D"), "");
+    EXPECT_EQ(line.GetIntOption("D"), std::nullopt);
+}
+
+TEST(CmdLine, WhatIsNoWholeNumberHasNoValueAsOne) {
+    for (const char* argument : {"/D:", "/D:x", "/D:5x", "/D: 5", "/D:99999999999", "/D:1.5"}) {
+        EXPECT_EQ(CCmdLine({argument}).GetIntOption("D"), std::nullopt) << argument;
+    }
+    EXPECT_EQ(CCmdLine({"/D:-5"}).GetIntOption("D"), -5);
+}
+
+TEST(CmdLine, LastOfTwoCounts) {
+    EXPECT_EQ(CCmdLine({"/D:5", "-d", "7"}).GetIntOption("D"), 7);
+}
+
+TEST(CmdLine, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
+    const CCmdLine line({"/Y:1", "plik.kx", "-", "/D:5", "-żółw"});
+    EXPECT_THAT(line.GetUnknown(), ElementsAre("/Y:1", "plik.kx", "-", "-żółw"));
+    EXPECT_EQ(ToUtf8(line.GetWarning(Translator())),
+              "Pominięte parametry wiersza poleceń: /Y:1 plik.kx - -żółw");
+    EXPECT_EQ(line.GetIntOption("D"), 5);
+    EXPECT_EQ(CCmdLine({"/D:5"}).GetWarning(Translator()), "");
+}
+
+TEST(CmdLine, HelpHasALineForEachOption) {
+    EXPECT_EQ(ToUtf8(CCmdLine::GetHelp(Translator())),
+              "/?            lista parametrów\n"
+              "/RC           zdalna konsola działającego modułu\n"
+              "/D:liczba     opóźnienie autostartu w sekundach\n"
+              "/X:liczba     poziom uprawnień od 0 do 100\n"
+              "/C            nie jest wspierana, zastępuje ją INST\n"
+              "/INST:liczba  numer instancji\n"
+              "/NOLOGIN      autostart bez logowania\n"
+              "/U:tekst      logowanie: użytkownik:hasło\n"
+              "/Q            pytanie przed zamknięciem\n"
+              "/P            bez znaczenia\n"
+              "/MIRROR       bez znaczenia\n");
+}
+
+}  // namespace
+}  // namespace kalvex
