@@ -1,0 +1,33 @@
+// The command line of the data server.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/UserDirectory.h"
+
+namespace kalvex {
+
+enum SorvanedExit : int { ExitDone = 0, ExitFailed = 1, ExitUsage = 2 };
+
+enum class SorvanedTask { Serve, Check, AddUser, ListUsers, ChangePassword, RemoveUser };
+
+struct SorvanedOptions {
+    SorvanedTask task = SorvanedTask::Serve;
+    std::string configuration = "/etc/sorvane/sorvaned.toml";
+    int logLevel = 2;
+    UserRecord user;  // of a task with users; engine texts
+};
+
+struct SorvanedLine {
+    SorvanedOptions options;
+    std::optional<int>
+        exitStatus;       // set when there is nothing to do but to print: 0 help, 2 wrong usage
+    std::string message;  // what to print then, line end included
+};
+
+// `arguments` without the name of the program.
+SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments);
+
+}  // namespace kalvex

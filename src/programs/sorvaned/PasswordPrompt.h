@@ -1,0 +1,12 @@
+// Asks for a password.
+#pragma once
+
+#include <string>
+
+namespace kalvex {
+
+// On a terminal: twice, without showing it, until both are the same. Otherwise: the first line of
+// the standard input. UTF-8; false when the input ends before.
+bool AskPassword(std::string& password);
+
+}  // namespace kalvex

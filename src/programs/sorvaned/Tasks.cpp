@@ -1,0 +1,129 @@
+#include "programs/sorvaned/Tasks.h"
+
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+
+#include "platform/CodePage.h"
+#include "platform/UserStore.h"
+#include "platform/posix/PosixMainLoop.h"
+#include "platform/posix/SystemClock.h"
+#include "programs/sorvaned/PasswordPrompt.h"
+#include "server/Server.h"
+#include "values/LocalTimeText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::int64_t kTick = 100;  // ms
+
+class ErrorOutputLog final : public LogSink {
+  public:
+    ErrorOutputLog(const Clock& clock, int level) : m_clock(clock), m_nLevel(level) {}
+
+    void Log(std::string_view text, int level) override {
+        if (level > m_nLevel) return;
+        std::cerr << FormatLocalTime(m_clock.Now()) << ' ' << ToUtf8(text) << std::endl;
+    }
+
+  private:
+    const Clock& m_clock;
+    int m_nLevel;
+};
+
+int Fail(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) std::cerr << line << '\n';
+    return ExitFailed;
+}
+
+int Fail(const std::string& engineText) {
+    return Fail(std::vector<std::string>{ToUtf8(engineText)});
+}
+
+int Serve(const SorvanedOptions& options) {
+    const SystemClock clock;
+    PosixMainLoop loop;
+    ErrorOutputLog log(clock, options.logLevel);
+    Server server(clock, log, loop);
+    // Before the server makes its threads, which inherit what is blocked here.
+    loop.OnSignal(SIGHUP, [&server] { server.Reload(); });
+    loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
+    loop.OnSignal(SIGINT, [&loop] { loop.Quit(); });
+    std::vector<std::string> errors;
+    if (!server.Start(options.configuration, errors)) return Fail(errors);
+    loop.Every(kTick, [&server] { server.Tick(); });
+    loop.Run();
+    server.Stop();
+    return ExitDone;
+}
+
+int AddUser(UserStore& users, const UserRecord& user) {
+    std::string password;
+    std::string error;
+    if (!AskPassword(password)) return ExitFailed;
+    return users.Add(user, FromUtf8(password), error) ? ExitDone : Fail(error);
+}
+
+int ChangePassword(UserStore& users, const UserRecord& user) {
+    std::string password;
+    std::string error;
+    if (!AskPassword(password)) return ExitFailed;
+    return users.SetPassword(user.name, FromUtf8(password), error) ? ExitDone : Fail(error);
+}
+
+int RemoveUser(UserStore& users, const UserRecord& user) {
+    std::string error;
+    return users.Remove(user.name, error) ? ExitDone : Fail(error);
+}
+
+std::string Joined(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) joined += (joined.empty() ? "" : ",") + ToUtf8(text);
+    return joined;
+}
+
+int ListUsers(UserStore& users, const UserRecord&) {
+    std::vector<UserRecord> list;
+    std::string error;
+    if (!users.List(list, error)) return Fail(error);
+    for (const UserRecord& user : list) {
+        std::cout << ToUtf8(user.name) << '\t' << user.level << '\t' << Joined(user.groups) << '\t'
+                  << Joined(user.addresses) << '\t' << ToUtf8(user.description) << '\n';
+    }
+    return ExitDone;
+}
+
+struct UserTask {
+    SorvanedTask task;
+    int (*run)(UserStore& users, const UserRecord& user);
+};
+
+constexpr UserTask kUserTasks[] = {
+    {SorvanedTask::AddUser, AddUser},
+    {SorvanedTask::ListUsers, ListUsers},
+    {SorvanedTask::ChangePassword, ChangePassword},
+    {SorvanedTask::RemoveUser, RemoveUser},
+};
+
+}  // namespace
+
+int RunSorvaned(const SorvanedOptions& options) {
+    if (options.task == SorvanedTask::Serve) return Serve(options);
+    Definitions definitions;
+    std::vector<std::string> errors;
+    if (!LoadDefinitions(options.configuration, definitions, errors)) return Fail(errors);
+    for (const UserTask& row : kUserTasks) {
+        if (row.task != options.task) continue;
+        std::error_code failed;
+        std::filesystem::create_directories(
+            std::filesystem::path(definitions.usersFile).parent_path(), failed);
+        UserStore users;
+        std::string error;
+        if (!users.Open(definitions.usersFile, error)) return Fail(error);
+        return row.run(users, options.user);
+    }
+    return ExitDone;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,10 @@
+// What the program does once its command line is read. The answer is the exit status.
+#pragma once
+
+#include "programs/sorvaned/Options.h"
+
+namespace kalvex {
+
+int RunSorvaned(const SorvanedOptions& options);
+
+}  // namespace kalvex
