@@ -79,9 +79,10 @@ void PlantTransport::Take(LoginRequest&) {
 }
 
 void PlantTransport::Take(SubscribeRequest& message) {
-    for (const VariableHandle handle : message.removed) {
-        m_setSubscribed.erase(handle);
-        std::erase_if(m_mapLive, [handle](const auto& live) { return live.second == handle; });
+    for (const VariableHandle handle : message.removed) m_setSubscribed.erase(handle);
+    if (!message.removed.empty()) {
+        std::erase_if(m_mapLive,
+                      [this](const auto& live) { return !m_setSubscribed.contains(live.second); });
     }
     for (const SubscribeRequest::Entry& entry : message.added) m_setSubscribed.insert(entry.handle);
     if (message.added.empty()) return;
@@ -103,7 +104,7 @@ void PlantTransport::AnswerSubscription(const std::vector<SubscribeRequest::Entr
     ValueUpdates values;
     AccessErrors errors;
     for (const SubscribeRequest::Entry& entry : added) {
-        if (m_setSubscribed.count(entry.handle) == 0) continue;
+        if (!m_setSubscribed.contains(entry.handle)) continue;
         const PlantServer::Variable* variable = m_pServer->Find(entry.name);
         if (variable == nullptr) {
             errors.entries.push_back({entry.handle, 0});
