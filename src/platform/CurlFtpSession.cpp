@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "platform/posix/Resolve.h"
+#include "platform/posix/SharedLibrary.h"
 
 namespace kalvex {
 
@@ -17,12 +18,38 @@ namespace {
 constexpr long kTryLimitSeconds = 30;
 constexpr std::size_t kCodeLength = 3;
 
+// The functions of the library that are used here.
+#define KALVEX_CURL_FUNCTIONS(X) \
+    X(global_init)               \
+    X(global_cleanup)            \
+    X(easy_init)                 \
+    X(easy_setopt)               \
+    X(easy_perform)              \
+    X(easy_getinfo)              \
+    X(easy_strerror)             \
+    X(easy_cleanup)              \
+    X(slist_append)              \
+    X(slist_free_all)
+
+struct CCurl {
+    CSharedLibrary library{"libcurl.so.4"};
+#define KALVEX_ROW(name) \
+    decltype(&curl_##name) name = library.Find<decltype(&curl_##name)>("curl_" #name);
+    KALVEX_CURL_FUNCTIONS(KALVEX_ROW)
+#undef KALVEX_ROW
+};
+
+const CCurl& Curl() {
+    static const CCurl functions;
+    return functions;
+}
+
 struct CEasyDeleter {
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+    void operator()(CURL* handle) const { Curl().easy_cleanup(handle); }
 };
 
 struct CListDeleter {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+    void operator()(curl_slist* list) const { Curl().slist_free_all(list); }
 };
 
 // "220 text" ends an answer; "220-text" and anything else goes on with it.
@@ -63,9 +90,9 @@ class CCurlFtpSession final : public FtpSession {
         Set(CURLOPT_USERNAME, login.user.c_str());
         Set(CURLOPT_PASSWORD, login.password.c_str());
         m_error[0] = '\0';
-        const CURLcode code = curl_easy_perform(m_handle.get());
+        const CURLcode code = Curl().easy_perform(m_handle.get());
         if (code == CURLE_OK) return true;
-        error = m_error[0] != '\0' ? m_error : curl_easy_strerror(code);
+        error = m_error[0] != '\0' ? m_error : Curl().easy_strerror(code);
         return false;
     }
 
@@ -74,15 +101,15 @@ class CCurlFtpSession final : public FtpSession {
     // A star before a command tells the library that its answer does not matter.
     void Command(const std::string& command) override {
         const std::unique_ptr<curl_slist, CListDeleter> list(
-            curl_slist_append(nullptr, ('*' + command).c_str()));
+            Curl().slist_append(nullptr, ('*' + command).c_str()));
         Set(CURLOPT_QUOTE, list.get());
-        curl_easy_perform(m_handle.get());
+        Curl().easy_perform(m_handle.get());
         Set(CURLOPT_QUOTE, static_cast<curl_slist*>(nullptr));
     }
 
     bool Close() override {
         curl_socket_t fd = CURL_SOCKET_BAD;
-        curl_easy_getinfo(m_handle.get(), CURLINFO_ACTIVESOCKET, &fd);
+        Curl().easy_getinfo(m_handle.get(), CURLINFO_ACTIVESOCKET, &fd);
         if (fd == CURL_SOCKET_BAD) return false;
         char byte = 0;
         const ssize_t count = recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
@@ -94,7 +121,7 @@ class CCurlFtpSession final : public FtpSession {
   private:
     template <class Value>
     void Set(CURLoption option, Value value) {
-        curl_easy_setopt(m_handle.get(), option, value);
+        Curl().easy_setopt(m_handle.get(), option, value);
     }
 
     static std::size_t OnLine(char* text, std::size_t size, std::size_t count, void* self) {
@@ -117,15 +144,15 @@ class CCurlFtpSession final : public FtpSession {
 }  // namespace
 
 bool StartFtp() {
-    return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    return Curl().library.IsComplete() && Curl().global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
 }
 
 void StopFtp() {
-    curl_global_cleanup();
+    Curl().global_cleanup();
 }
 
 std::unique_ptr<FtpSession> MakeFtpSession() {
-    CURL* handle = curl_easy_init();
+    CURL* handle = Curl().easy_init();
     if (handle == nullptr) return nullptr;
     return std::make_unique<CCurlFtpSession>(handle);
 }

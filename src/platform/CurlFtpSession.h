@@ -6,7 +6,7 @@
 
 namespace kalvex {
 
-// Once in a process, before the first session and after the last.
+// Once in a process, before the first session and after the last. False where there is no library.
 bool StartFtp();
 void StopFtp();
 

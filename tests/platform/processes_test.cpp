@@ -166,6 +166,7 @@ TEST_F(ProcessesTest, EndedProgramsHoldNoDescriptorsAndKeepTheirIdentifiers) {
 }
 
 TEST_F(ProcessesTest, ProgramThatCouldNotBeWatchedIsNotStarted) {
+    EXPECT_EQ(ExitOf(Shell("exit 0")), 0);
     rlimit kept{};
     getrlimit(RLIMIT_NOFILE, &kept);
     const rlimit few{32, kept.rlim_max};

@@ -1,6 +1,5 @@
 #include "platform/posix/WindowClose.h"
 
-#include <dlfcn.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
@@ -10,6 +9,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/posix/SharedLibrary.h"
 
 namespace kalvex {
 
@@ -37,29 +38,17 @@ namespace {
     X(get_property_value_length)  \
     X(send_event)
 
-// Loaded only when a program is asked to close: a machine without a display needs no such library.
 struct CXcb {
-#define KALVEX_ROW(name) decltype(&xcb_##name) name = nullptr;
+    CSharedLibrary library{"libxcb.so.1"};
+#define KALVEX_ROW(name) \
+    decltype(&xcb_##name) name = library.Find<decltype(&xcb_##name)>("xcb_" #name);
     KALVEX_XCB_FUNCTIONS(KALVEX_ROW)
 #undef KALVEX_ROW
-
-    bool Load() {
-        void* library = dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) return false;
-        bool complete = true;
-#define KALVEX_ROW(name)                                                   \
-    name = reinterpret_cast<decltype(name)>(dlsym(library, "xcb_" #name)); \
-    complete = complete && name != nullptr;
-        KALVEX_XCB_FUNCTIONS(KALVEX_ROW)
-#undef KALVEX_ROW
-        return complete;
-    }
 };
 
 const CXcb* Xcb() {
-    static CXcb functions;
-    static const bool loaded = functions.Load();
-    return loaded ? &functions : nullptr;
+    static const CXcb functions;
+    return functions.library.IsComplete() ? &functions : nullptr;
 }
 
 struct CFree {

@@ -1,0 +1,31 @@
+// A library of the system that is loaded at run time, for what few processes need: the others start
+// without it, and so does a machine that does not have it.
+#pragma once
+
+#include <dlfcn.h>
+
+namespace kalvex {
+
+// Stays loaded until the end of the process.
+class CSharedLibrary {
+  public:
+    explicit CSharedLibrary(const char* file)
+        : m_library(dlopen(file, RTLD_NOW | RTLD_LOCAL)), m_fComplete(m_library != nullptr) {}
+
+    // A function by its name; null when it is not there.
+    template <class Function>
+    Function Find(const char* name) {
+        void* found = m_library == nullptr ? nullptr : dlsym(m_library, name);
+        m_fComplete = m_fComplete && found != nullptr;
+        return reinterpret_cast<Function>(found);
+    }
+
+    // The library and all that was looked for are there.
+    bool IsComplete() const { return m_fComplete; }
+
+  private:
+    void* m_library;
+    bool m_fComplete;
+};
+
+}  // namespace kalvex
