@@ -1,0 +1,161 @@
+// The data server's store: archive rows written and acknowledged, a month of one-second values read
+// in pieces, a day of hours computed. Each row checks its answers, and the program fails when one
+// is wrong or when the long read takes more memory than it may.
+#include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
+
+#include "server/Store.h"
+
+namespace kalvex {
+namespace {
+
+constexpr std::int64_t kMonth = 31 * std::int64_t{86400};  // seconds
+constexpr std::int64_t kStart = 1709247600;                // 2024-03-01 00:00:00 in Warsaw
+constexpr long kMostMemory = 200 * 1024;                   // KB
+
+bool g_bWrong = false;
+
+void Expect(bool right, const char* what) {
+    if (right) return;
+    std::fprintf(stderr, "wrong: %s\n", what);
+    g_bWrong = true;
+}
+
+class OpenStore {
+  public:
+    OpenStore() {
+        std::string error;
+        Expect(m_store.Open(Folder() + "/store.sqlite", error), error.c_str());
+    }
+
+    static std::string& Folder() {
+        static std::string folder;
+        return folder;
+    }
+
+    bool Submit(std::vector<StoreOperation> operations) {
+        bool committed = false;
+        bool answered = false;
+        m_store.Submit(std::move(operations), Store::Urgency::Now,
+                       [&](const StoreOutcome& outcome) {
+                           committed = outcome.committed;
+                           answered = true;
+                       });
+        while (!answered) m_loop.WaitAndRun();
+        return committed;
+    }
+
+    StorePiece Read(const StoreQuery& query) {
+        StorePiece answer;
+        bool answered = false;
+        m_store.Read(query, [&](StorePiece piece) {
+            answer = std::move(piece);
+            answered = true;
+        });
+        while (!answered) m_loop.WaitAndRun();
+        return answer;
+    }
+
+    VariableId Variable(const char* name) { return m_store.Register(name); }
+
+  private:
+    PostedWork m_loop;
+    Store m_store{m_loop};
+};
+
+// One transaction of so many rows each time.
+void WriteArchive(benchmark::State& state) {
+    OpenStore store;
+    const VariableId x = store.Variable("W");
+    static std::int64_t next = 0;
+    for (auto _ : state) {
+        std::vector<StoreOperation> operations;
+        for (std::int64_t row = 0; row < state.range(0); ++row) {
+            operations.emplace_back(PutValue{x, KindArchive, next++, CVal(0.5)});
+        }
+        Expect(store.Submit(std::move(operations)), "write");
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(WriteArchive)->Arg(1)->Arg(1000)->Arg(10000)->UseRealTime();
+
+VariableId FillMonth(OpenStore& store) {
+    const VariableId x = store.Variable("M");
+    const StorePiece last = store.Read({x, KindArchive, kStart + kMonth - 1, kStart + kMonth, 1});
+    if (!last.values.empty()) return x;
+    std::vector<StoreOperation> operations;
+    for (std::int64_t second = 0; second < kMonth; ++second) {
+        CVal value(static_cast<double>(second % 3600));
+        operations.emplace_back(PutValue{x, KindArchive, kStart + second, std::move(value)});
+        if (operations.size() < 50000 && second + 1 < kMonth) continue;
+        Expect(store.Submit(std::exchange(operations, {})), "fill");
+    }
+    return x;
+}
+
+long MostMemory() {
+    rusage usage;
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+void ReadMonth(benchmark::State& state) {
+    OpenStore store;
+    const VariableId x = FillMonth(store);
+    for (auto _ : state) {
+        std::int64_t count = 0;
+        StoreQuery query{x, KindArchive, kStart, kStart + kMonth - 1, 2000};
+        for (bool more = true; more;) {
+            const StorePiece piece = store.Read(query);
+            count += static_cast<std::int64_t>(piece.values.size());
+            more = piece.more;
+            if (more) query.from = piece.values.back().GetTime() + 1;
+        }
+        Expect(count == kMonth, "values of the month");
+    }
+    state.SetItemsProcessed(state.iterations() * kMonth);
+    state.counters["most_memory_MB"] = static_cast<double>(MostMemory()) / 1024;
+    Expect(MostMemory() < kMostMemory, "memory");
+}
+BENCHMARK(ReadMonth)->UseRealTime();
+
+// The mean of 0, 1, ..., 3599 is 1799.5.
+void ComputeDayOfHours(benchmark::State& state) {
+    OpenStore store;
+    const VariableId x = FillMonth(store);
+    for (auto _ : state) {
+        std::vector<StoreOperation> operations;
+        for (std::int64_t hour = 0; hour < 24; ++hour) {
+            operations.emplace_back(MakeReport{PeriodAction::Calculate, x, KindHour,
+                                               kStart + hour * 3600, ReportRule::Mean, 0});
+        }
+        Expect(store.Submit(std::move(operations)), "computing");
+    }
+    for (const CVal& value : store.Read({x, KindHour, kStart, kStart + 86399, 24}).values) {
+        Expect(value.Real() == 1799.5, "mean");
+    }
+    state.SetItemsProcessed(state.iterations() * 24);
+}
+BENCHMARK(ComputeDayOfHours)->UseRealTime();
+
+}  // namespace
+}  // namespace kalvex
+
+int main(int argc, char** argv) {
+    ::setenv("TZ", "Europe/Warsaw", 1);
+    ::tzset();
+    std::string folder = (std::filesystem::temp_directory_path() / "kalvex_XXXXXX").string();
+    if (::mkdtemp(folder.data()) == nullptr) return EXIT_FAILURE;
+    kalvex::OpenStore::Folder() = folder;
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    std::filesystem::remove_all(folder);
+    return kalvex::g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
+}

@@ -1,0 +1,169 @@
+// A real client connection at the server, within one process.
+#include "server_fixture.h"
+#include "values/ArchiveValueList.h"
+#include "values/ValueText.h"
+#include "vantrel/ClientConnection.h"
+#include "vantrel/InProcess.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+class Connection final : public CClientConnection {
+  public:
+    std::vector<std::string> events;
+
+  protected:
+    void OnServerAccess(bool denied, std::string_view text) override {
+        events.push_back((denied ? "denied " : "let in") + ToUtf8(text));
+    }
+    void OnDisconnect(std::uint32_t reason) override {
+        CClientConnection::OnDisconnect(reason);
+        events.push_back("disconnected " + std::to_string(reason));
+    }
+    void OnVariableList() override { events.push_back("definitions"); }
+    void OnDataArrived() override { events.push_back("data"); }
+    void OnVarAccessError(const CRequestRecord& record) override {
+        events.push_back("no access to " + record.variable + ": " + std::to_string(record.result));
+    }
+    void OnCurrentDataModifyAck(const CRequestRecord& record) override {
+        events.push_back(record.variable + " set to " + ValueToText(record.value));
+    }
+    void OnCurrentDataModifyError(const CRequestRecord& record) override {
+        events.push_back(record.variable + " refused: " + std::to_string(record.result));
+    }
+    void OnReportModifyError(ValueKind kind, const CRequestRecord& record) override {
+        events.push_back(record.variable + " report " + std::to_string(kind) +
+                         " refused: " + std::to_string(record.result));
+    }
+    void OnReportChange(ValueKind kind, std::int64_t time) override {
+        events.push_back("change " + std::to_string(kind) + " " + std::to_string(time));
+    }
+};
+
+class Window final : public CAnswerWindow {
+  public:
+    void OnAnswer(ValueKind kind, const CRequestRecord& record) override {
+        std::string line = std::to_string(kind) + ": " + std::to_string(record.result);
+        if (record.result == 0 && record.list == nullptr) line += " " + ValueToText(record.value);
+        answers.push_back(line);
+    }
+    std::vector<std::string> answers;
+};
+
+class ClientTest : public ServerTest {
+  protected:
+    void Connect() {
+        Start(
+            "[[access]]\nvariables = \"R*\"\nwrite = \"100\"\n[[access]]\nwrite = \"0\"\n"
+            "[[variable]]\nname = \"X\"\nun = \"MPa\"\nvalue = 5\nat = 32\nrt = 2\n"
+            "[[variable]]\nname = \"R\"\nrt = 2\n");
+        m_network.AddServer("srv", *m_server);
+        m_client.SetLoginData("NOBODY", "");
+        ASSERT_TRUE(m_client.Create(23, "srv", "Kalvex", m_network, nullptr));
+        Carry();
+    }
+    ~ClientTest() override {
+        m_network.RemoveServer("srv");
+        Carry();
+    }
+
+    void Carry() {
+        do {
+            m_network.Deliver();
+            m_server->GetStore().Flush();
+        } while (m_loop.Run());
+    }
+
+    InProcessNetwork m_network;
+    Connection m_client;
+    Window m_window;
+};
+
+TEST_F(ClientTest, SeesVariablesAndWritesThem) {
+    Connect();
+    CVarVal& x = m_client.RegisterVariable("X", nullptr);
+    m_client.RegisterVariable("Brak", nullptr);
+    m_client.Subscribe();
+    Carry();
+    EXPECT_THAT(m_client.events,
+                ElementsAre("let in", "no access to Brak: 0", "definitions", "data"));
+    EXPECT_EQ(Dump(x.Value()), "171 0 " + std::to_string(m_tStart) + " 5.00");
+    EXPECT_EQ(m_client.GetVarDefInfo("X")->GetText("un"), "MPa");
+
+    m_client.events.clear();
+    m_client.AddCurrentDataModifyRequest("X", CVal(6));
+    m_client.AddCurrentDataModifyRequest("R", CVal(6));
+    m_client.MakeCurrentDataModifyRequest();
+    Carry();
+    EXPECT_THAT(m_client.events, ElementsAre("X set to 6", "R refused: 2", "data"));
+    EXPECT_EQ(Dump(x.Value()), "171 0 " + std::to_string(m_tStart) + " 6.00");
+}
+
+TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
+    Connect();
+    m_client.RegisterVariable("X", nullptr);
+    m_client.Subscribe();
+    m_client.AddReportModifyRequest(KindHour, "X", m_tStart, CVal(7));
+    m_client.AddReportModifyRequest(KindHour, "R", m_tStart, CVal(7));
+    m_client.MakeDataRequest(KindHour);
+    Carry();
+    m_client.events.erase(m_client.events.begin(), m_client.events.begin() + 3);
+    EXPECT_THAT(m_client.events, ElementsAre("R report 2 refused: 2"));
+    m_client.events.clear();
+
+    m_client.AddDataRequest(KindHour, "X", m_tStart, m_tStart, nullptr, m_window, nullptr);
+    m_client.AddDataRequest(KindHour, "X", m_tStart + 3600, m_tStart + 3600, nullptr, m_window,
+                            nullptr);
+    m_client.MakeDataRequest(KindHour);
+    Carry();
+    EXPECT_THAT(m_window.answers, ElementsAre("2: 0 7", "2: 1"));
+    m_clock.Advance(1000);
+    m_server->Tick();
+    Carry();
+    EXPECT_THAT(m_client.events, ElementsAre("change 2 " + std::to_string(m_tStart)));
+}
+
+TEST_F(ClientTest, ReadsALongArchive) {
+    Connect();
+    CArchiveValueList written;
+    for (int time = 1; time <= 50000; ++time) written.Add(Stamped(CVal(time), time));
+    m_client.AddArchiveModifyRequest("X", written, TIMEW{1}, TIMEW{50000});
+    m_client.MakeArchiveModifyRequest();
+    CArchiveValueList read;
+    m_client.AddDataRequest(KindArchive, "X", 1, 49999, &read, m_window, nullptr);
+    m_client.MakeDataRequest(KindArchive);
+    Carry();
+    EXPECT_THAT(m_window.answers, ElementsAre("6: 0"));
+    ASSERT_EQ(read.GetSize(), 49999u);
+    for (std::size_t index = 0; index < read.GetSize(); ++index) {
+        ASSERT_EQ(read.Get(index)->GetTime(), static_cast<std::int64_t>(index) + 1);
+    }
+}
+
+TEST_F(ClientTest, BreakIsSurvivedByBothSides) {
+    Connect();
+    CVarVal& x = m_client.RegisterVariable("X", nullptr);
+    m_client.Subscribe();
+    Carry();
+    m_network.Break("srv", ReasonLost);
+    Carry();
+    m_client.events.clear();
+    m_client.CheckConnection();
+    Carry();
+    EXPECT_THAT(m_client.events, ElementsAre("let in", "definitions", "data"));
+    EXPECT_EQ(x.Value().GetStatus(), 0);
+}
+
+TEST_F(ClientTest, ListsTheVariables) {
+    Connect();
+    CObjInfoList list;
+    ASSERT_TRUE(m_client.LoadVarDefList(list));
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(list[0].GetName(), "X");
+    EXPECT_EQ(list[1].GetName(), "R");
+}
+
+}  // namespace
+}  // namespace kalvex
