@@ -37,7 +37,7 @@ class Documents(unittest.TestCase):
         for name, depends in re.findall(r"(?m)^    ([a-z_]+)(?: +-> +([a-z_, ]+))?$", read("docs/architecture.md")):
             drawn[name] = depends.split(", ") if depends else []
         allowed = {}
-        for lists in ROOT.glob("src/*/CMakeLists.txt"):
+        for lists in ROOT.glob("src/**/CMakeLists.txt"):
             text = re.sub(r"#.*", "", lists.read_text(encoding="utf-8"))
             for name, rest in re.findall(r"kalvex_folder\(([a-z_]+)([^)]*)\)", text):
                 depends = re.search(r"\bDEPENDS\s+((?:[a-z_]+\s*)+)", rest)
