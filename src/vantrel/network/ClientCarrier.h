@@ -1,0 +1,34 @@
+// The client's end of streams to servers.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "vantrel/network/Endpoint.h"
+#include "vantrel/network/Stream.h"
+
+namespace kalvex {
+
+class StreamYard;
+
+// Outlives the streams' users, but not the streams: it goes when all streams have come to their
+// end, which Finish and Cancel see to within a few seconds. Main thread.
+class ClientCarrier {
+  public:
+    ClientCarrier();
+    ~ClientCarrier();
+    ClientCarrier(const ClientCarrier&) = delete;
+    ClientCarrier& operator=(const ClientCarrier&) = delete;
+
+    // Sets out to reach the server; the stream can be used at once, and reads from Resume on. Null
+    // with the reason for the log, in Polish (UTF-8), when a file of `endpoint.tls` cannot be read.
+    std::shared_ptr<Stream> Dial(const Endpoint& endpoint, StreamMethod method,
+                                 std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
+                                 std::string& error);
+
+  private:
+    std::shared_ptr<StreamYard> m_pYard;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,36 @@
+// Gathers the list of variables that a server sends.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vantrel/network/Parcel.h"
+#include "vantrel/network/Stream.h"
+
+namespace kalvex {
+
+class ListReception final : public StreamEvents {
+  public:
+    // False when within the time the whole list has not come. Any thread.
+    bool Await(std::chrono::milliseconds patience, std::vector<VariableDefinition>& list);
+
+    bool OnParcel(std::string_view bytes) override;
+    void OnEnded(StreamEnd end, const std::string& detail) override;
+
+  private:
+    // A server that has more is none that should be listened to.
+    static constexpr std::size_t kMostVariables = 1'000'000;
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<VariableDefinition> m_arrList;
+    bool m_bWhole = false;
+    bool m_bEnded = false;
+    bool m_bGood = true;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,43 @@
+// The right to a local socket: one server has it at a time, and what a dead one left behind goes.
+// Main thread.
+#pragma once
+
+#include <string>
+
+#include "platform/FileLock.h"
+
+namespace kalvex {
+
+class LocalSocket {
+  public:
+    LocalSocket() = default;
+    ~LocalSocket();
+    LocalSocket(const LocalSocket&) = delete;
+    LocalSocket& operator=(const LocalSocket&) = delete;
+
+    // Makes the folder if it is not there, takes the lock beside the socket and removes a socket
+    // that nobody serves. False with Polish words in `error` (UTF-8).
+    bool Claim(const std::string& path, std::string& error);
+
+    // Opens the socket, which the server has made by now, to the group besides the owner. False as
+    // above.
+    bool Admit(const std::string& group, std::string& error);
+
+    // Until the object goes, what the process makes is for its owner alone.
+    class OwnerOnly {
+      public:
+        OwnerOnly();
+        ~OwnerOnly();
+        OwnerOnly(const OwnerOnly&) = delete;
+        OwnerOnly& operator=(const OwnerOnly&) = delete;
+
+      private:
+        unsigned int m_nMask;
+    };
+
+  private:
+    std::string m_strPath;  // empty until it is claimed
+    FileLock m_lock;
+};
+
+}  // namespace kalvex

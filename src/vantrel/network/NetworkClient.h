@@ -1,0 +1,58 @@
+// Reaches data servers over a network. Main thread.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/LogSink.h"
+#include "platform/MainLoop.h"
+#include "vantrel/Transport.h"
+#include "vantrel/network/ClientCarrier.h"
+#include "vantrel/network/Endpoint.h"
+#include "vantrel/network/Patience.h"
+
+namespace kalvex {
+
+struct NetworkClientSettings {
+    ServerAddresses addresses;
+    std::string runtimeFolder = RuntimeFolder();
+    SteadyClock clock = SteadyMilliseconds;
+    // Bytes that wait on one conversation: above the first, reading pauses; above the second, the
+    // server counts as gone.
+    std::size_t inboxLimit = 4 << 20;
+    std::size_t outboxLimit = 64 << 20;
+    // For a list of variables. While it lasts this side gives no sign of life.
+    std::chrono::milliseconds listPatience{5'000};
+};
+
+class NetworkTransport;
+
+// Loop and log outlive it.
+class NetworkClient final : public TransportFactory {
+  public:
+    NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log);
+    ~NetworkClient() override;
+    NetworkClient(const NetworkClient&) = delete;
+    NetworkClient& operator=(const NetworkClient&) = delete;
+
+    std::unique_ptr<ClientTransport> Connect(std::string_view source, ClientTransportEvents& events,
+                                             std::uint32_t& reason) override;
+
+    // The periodic work of all transports, signs of life among it: about once a second. A program
+    // calls it whatever else calls the Check of a transport.
+    void Check();
+
+  private:
+    friend class NetworkTransport;
+
+    NetworkClientSettings m_settings;
+    MainLoop& m_loop;
+    LogSink& m_log;
+    ClientCarrier m_carrier;
+    std::vector<NetworkTransport*> m_arrTransports;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,148 @@
+#include "vantrel/network/NetworkServer.h"
+
+#include <limits>
+#include <map>
+#include <utility>
+
+#include "platform/CodePage.h"
+#include "vantrel/Codes.h"
+#include "vantrel/network/LocalSocket.h"
+#include "vantrel/network/ServerCall.h"
+#include "vantrel/network/ServerPort.h"
+
+namespace kalvex {
+
+namespace {
+
+// Turns the client away unless somebody takes it.
+class WaitingCaller {
+  public:
+    explicit WaitingCaller(Caller caller) : m_caller(std::move(caller)) {}
+    ~WaitingCaller() {
+        if (!m_caller.stream) return;
+        m_caller.reception->Stop();
+        m_caller.stream->Cancel();
+    }
+    WaitingCaller(const WaitingCaller&) = delete;
+    WaitingCaller& operator=(const WaitingCaller&) = delete;
+
+    Caller Take() { return std::exchange(m_caller, {}); }
+
+  private:
+    Caller m_caller;
+};
+
+class Server final : public NetworkServer, private PortEvents {
+  public:
+    Server(const NetworkServerSettings& settings, SessionAcceptor& acceptor, MainLoop& loop,
+           LogSink& log)
+        : m_settings(settings),
+          m_loop(loop),
+          m_services{m_settings, acceptor, log, [this](ServerCall& call) { Retire(call); }},
+          m_pWork(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {}
+
+    ~Server() override {
+        m_pWork->Stop();
+        for (const auto& [call, owned] : m_mapCalls) call->Bury(ReasonServerEnded);
+        m_mapCalls.clear();
+        m_pPort.reset();
+    }
+
+    bool Listen(std::string& error) {
+        PortSettings port{.localSocket = {},
+                          .address = m_settings.address,
+                          .tls = m_settings.tls,
+                          .outboxLimit = m_settings.outboxLimit};
+        if (!AllowsAddress(error)) return false;
+        if (!m_settings.source.empty()) {
+            port.localSocket = LocalSocketPath(m_settings.runtimeFolder, m_settings.source);
+            if (port.localSocket.empty()) {
+                error = "Niepoprawna nazwa gniazda " + ToUtf8(m_settings.source);
+                return false;
+            }
+            if (!m_socket.Claim(port.localSocket, error)) return false;
+        }
+        {
+            const LocalSocket::OwnerOnly mode;
+            m_pPort = OpenPort(port, *this, error);
+        }
+        if (!m_pPort) return false;
+        return m_settings.source.empty() || m_settings.group.empty() ||
+               m_socket.Admit(m_settings.group, error);
+    }
+
+    int TcpPort() const override { return m_pPort->TcpPort(); }
+
+    void Check() override {
+        const std::int64_t now = m_settings.clock();
+        for (const auto& [call, owned] : m_mapCalls) call->Check(now);
+    }
+
+  private:
+    bool AllowsAddress(std::string& error) const {
+        std::string host;
+        std::uint16_t port = 0;
+        if (m_settings.address.empty()) return true;
+        if (!ReadAddress(m_settings.address, host, port)) {
+            error = "Niepoprawny adres " + m_settings.address;
+            return false;
+        }
+        if (m_settings.tls || m_settings.plainTextAllowed || IsLoopback(host)) return true;
+        error = m_settings.address + ": " + ToUtf8(ConnectionReasonText(ReasonPlainText));
+        return false;
+    }
+
+    std::shared_ptr<StreamEvents> MakeEvents() override {
+        return std::make_shared<Reception<ClientParcel>>(m_loop, m_settings.inboxLimit);
+    }
+
+    void OnCaller(std::shared_ptr<Stream> stream, std::shared_ptr<StreamEvents> events,
+                  StreamMethod method, std::string address) override {
+        auto reception = std::static_pointer_cast<Reception<ClientParcel>>(std::move(events));
+        const auto waiting = std::make_shared<WaitingCaller>(
+            Caller{std::move(stream), std::move(reception), method, std::move(address)});
+        m_pWork->Push([this, waiting] { Admit(waiting->Take()); }, 0);
+    }
+
+    void Admit(Caller caller) {
+        std::unique_ptr<ServerCall> call;
+        if (caller.method == StreamMethod::ListVariables) {
+            call = std::make_unique<ListCall>(m_services, std::move(caller));
+        } else {
+            const bool tooMany = m_mapCalls.size() >= m_settings.conversationLimit;
+            call = std::make_unique<Conversation>(m_services, std::move(caller), tooMany);
+        }
+        m_mapCalls.emplace(call.get(), std::move(call));
+    }
+
+    void Retire(ServerCall& call) {
+        m_pWork->Push(
+            [this, &call] {
+                const auto node = m_mapCalls.extract(&call);
+                call.Bury(ReasonClosed);
+            },
+            0);
+    }
+
+    const NetworkServerSettings m_settings;
+    MainLoop& m_loop;
+    const CallServices m_services;
+    std::shared_ptr<HandOver> m_pWork;
+    std::map<ServerCall*, std::unique_ptr<ServerCall>> m_mapCalls;
+    LocalSocket m_socket;
+    std::unique_ptr<ServerPort> m_pPort;
+};
+
+}  // namespace
+
+std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
+                                               SessionAcceptor& acceptor, MainLoop& loop,
+                                               LogSink& log, std::string& error) {
+    auto server = std::make_unique<Server>(settings, acceptor, loop, log);
+    std::string reason;
+    if (server->Listen(reason)) return server;
+    error = FromUtf8(reason);
+    return nullptr;
+}
+
+}  // namespace kalvex

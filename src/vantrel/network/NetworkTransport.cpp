@@ -1,0 +1,201 @@
+#include "vantrel/network/NetworkTransport.h"
+
+#include <fmt/printf.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "platform/CodePage.h"
+#include "vantrel/Codes.h"
+#include "vantrel/network/ListReception.h"
+
+namespace kalvex {
+
+namespace {
+
+// Polish, UTF-8: the source, the detail.
+constexpr char kNoConnection[] = "Brak połączenia z %s (%s)";
+constexpr char kServerStuck[] = "Serwer %s nie odbiera komunikatów (%s)";
+
+std::uint32_t ReasonOf(StreamEnd end, bool wasOpen) {
+    if (end == StreamEnd::TooLarge) return ReasonBadMessage;
+    return wasOpen ? ReasonLost : ReasonUnreachable;
+}
+
+}  // namespace
+
+NetworkTransport::NetworkTransport(NetworkClient& client, std::string_view source,
+                                   Endpoint endpoint, ClientTransportEvents& events)
+    : m_client(client),
+      m_strSource(source),
+      m_endpoint(std::move(endpoint)),
+      m_events(events),
+      m_pOwnEvents(
+          std::make_shared<HandOver>(client.m_loop, std::numeric_limits<std::size_t>::max())) {
+    client.m_arrTransports.push_back(this);
+}
+
+NetworkTransport::~NetworkTransport() {
+    std::erase(m_client.m_arrTransports, this);
+    Close(ReasonClosed);
+    m_pOwnEvents->Stop();
+}
+
+bool NetworkTransport::Open() {
+    if (m_state == State::Resting || m_state == State::Waiting) Attempt();
+    return true;
+}
+
+void NetworkTransport::Attempt() {
+    m_state = State::Opening;
+    m_watch = PeerWatch(m_client.m_settings.clock());
+    m_pReception =
+        std::make_shared<Reception<ServerParcel>>(m_client.m_loop, m_client.m_settings.inboxLimit);
+    std::string error;
+    m_pStream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::Converse, m_pReception,
+                                        m_client.m_settings.outboxLimit, error);
+    if (m_pStream) return m_pReception->Start(m_pStream, *this);
+    Log(kNoConnection, error, LogErrors);
+    Break(ReasonUnreachable);
+}
+
+void NetworkTransport::Send(ClientMessage message) {
+    if (m_state != State::Open) return;
+    PackedRequest packed = Pack(message);
+    for (ServerMessage& refusal : packed.refusals) {
+        Tell([refusal = std::move(refusal)](ClientTransportEvents& events) {
+            events.OnMessage(refusal);
+        });
+    }
+    for (std::string& parcel : packed.parcels) {
+        if (m_pStream->Send(std::move(parcel))) continue;
+        Log(kServerStuck, ToUtf8(ConnectionReasonText(ReasonSilent)), LogErrors);
+        return Break(ReasonSilent);
+    }
+    m_bSpoke = true;
+}
+
+void NetworkTransport::Close(std::uint32_t reason) {
+    const State state = std::exchange(m_state, State::Resting);
+    const auto stream = TakeStream();
+    if (state == State::Opening) stream->Cancel();
+    if (state != State::Open) return;
+    stream->Send(Pack(Farewell{reason == ReasonClosed ? ReasonClientEnded : reason}));
+    stream->Finish(StreamEnd::Orderly);
+    Tell([reason](ClientTransportEvents& events) { events.OnClosed(reason); });
+}
+
+void NetworkTransport::Check() {
+    const std::int64_t now = m_client.m_settings.clock();
+    if (m_state == State::Waiting && now >= m_tNextAttempt) return Attempt();
+    if (!m_pStream) return;
+    const LifeSigns signs{.heard = m_pReception->TakeHeard(),
+                          .spoke = std::exchange(m_bSpoke, false),
+                          .stuck = m_pStream->IsStuck()};
+    const PeerWatch::Due due = m_watch.Look(now, signs);
+    if (due == PeerWatch::Due::Beat) {
+        if (m_state == State::Open) m_pStream->Send(Pack(Heartbeat{}));
+    } else if (due != PeerWatch::Due::Nothing) {
+        Break(ReasonSilent);
+    }
+}
+
+std::shared_ptr<Stream> NetworkTransport::TakeStream() {
+    if (m_pReception) m_pReception->Stop();
+    m_pReception.reset();
+    return std::exchange(m_pStream, nullptr);
+}
+
+void NetworkTransport::Break(std::uint32_t reason) {
+    if (const auto stream = TakeStream()) stream->Cancel();
+    const State state = std::exchange(m_state, State::Waiting);
+    m_tNextAttempt = m_client.m_settings.clock() + m_pause.Next();
+    if (state == State::Open) {
+        Tell([reason](ClientTransportEvents& events) { events.OnClosed(reason); });
+    } else {
+        Tell([this, reason](ClientTransportEvents& events) {
+            if (m_state == State::Resting) return;
+            events.OnFault(ConnectionFault::Open, reason);
+        });
+    }
+}
+
+void NetworkTransport::Tell(std::function<void(ClientTransportEvents&)> event) {
+    m_pOwnEvents->Push([event = std::move(event), &events = m_events] { event(events); }, 0);
+}
+
+void NetworkTransport::Log(const char* format, const std::string& detail, int level) {
+    std::string line = FromUtf8(fmt::sprintf(format, ToUtf8(m_strSource), detail));
+    if (line == m_strLastDetail) return;
+    m_client.m_log.Log(line, level);
+    m_strLastDetail = std::move(line);
+}
+
+// ---- what the stream brings
+
+void NetworkTransport::OnParcel(ServerParcel parcel) {
+    if (const auto* farewell = std::get_if<Farewell>(&parcel)) return Break(farewell->reason);
+    if (std::holds_alternative<Greeting>(parcel) && m_state == State::Opening) {
+        m_state = State::Open;
+        m_strLastDetail.clear();
+        return m_events.OnOpened();
+    }
+    auto* message = std::get_if<ServerMessage>(&parcel);
+    if (message == nullptr || m_state != State::Open) return;
+    m_pause.Reset();
+    m_events.OnMessage(std::move(*message));
+}
+
+void NetworkTransport::OnWireFault(WireFault) {
+    if (m_state == State::Open) return m_events.OnFault(ConnectionFault::Receive, ReasonBadMessage);
+    Break(ReasonBadMessage);
+}
+
+void NetworkTransport::OnEnded(StreamEnd end, const std::string& detail) {
+    if (m_state == State::Opening) Log(kNoConnection, detail, LogEvents);
+    Break(ReasonOf(end, m_state == State::Open));
+}
+
+// ---- the list of variables
+
+bool NetworkTransport::LoadVariableList(const LoginRequest& login,
+                                        std::vector<VariableDefinition>& list) {
+    PackedRequest packed = Pack(ClientMessage(login));
+    if (packed.parcels.empty()) return false;
+    const auto reception = std::make_shared<ListReception>();
+    std::string error;
+    const auto stream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::ListVariables, reception,
+                                                m_client.m_settings.outboxLimit, error);
+    if (!stream) {
+        Log(kNoConnection, error, LogErrors);
+        return false;
+    }
+    stream->Resume();
+    stream->Send(std::move(packed.parcels.front()));
+    const bool loaded = reception->Await(m_client.m_settings.listPatience, list);
+    stream->Cancel();
+    return loaded;
+}
+
+// ---- the factory
+
+NetworkClient::NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log)
+    : m_settings(std::move(settings)), m_loop(loop), m_log(log) {}
+
+NetworkClient::~NetworkClient() = default;
+
+std::unique_ptr<ClientTransport> NetworkClient::Connect(std::string_view source,
+                                                        ClientTransportEvents& events,
+                                                        std::uint32_t& reason) {
+    Endpoint endpoint;
+    reason = FindEndpoint(source, m_settings.addresses, m_settings.runtimeFolder, endpoint);
+    if (reason != 0) return nullptr;
+    return std::make_unique<NetworkTransport>(*this, source, std::move(endpoint), events);
+}
+
+void NetworkClient::Check() {
+    for (NetworkTransport* transport : m_arrTransports) transport->Check();
+}
+
+}  // namespace kalvex

@@ -1,0 +1,61 @@
+// A client's conversation with one server over a network. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vantrel/network/NetworkClient.h"
+#include "vantrel/network/Reception.h"
+
+namespace kalvex {
+
+class NetworkTransport final : public ClientTransport, private ReceptionListener<ServerParcel> {
+  public:
+    NetworkTransport(NetworkClient& client, std::string_view source, Endpoint endpoint,
+                     ClientTransportEvents& events);
+    ~NetworkTransport() override;
+    NetworkTransport(const NetworkTransport&) = delete;
+    NetworkTransport& operator=(const NetworkTransport&) = delete;
+
+    bool Open() override;
+    void Send(ClientMessage message) override;
+    void Close(std::uint32_t reason) override;
+    void Check() override;
+    bool LoadVariableList(const LoginRequest& login,
+                          std::vector<VariableDefinition>& list) override;
+
+  private:
+    enum class State { Resting, Waiting, Opening, Open };
+
+    void OnParcel(ServerParcel parcel) override;
+    void OnWireFault(WireFault fault) override;
+    void OnEnded(StreamEnd end, const std::string& detail) override;
+
+    void Attempt();
+    // The conversation is gone, or an attempt has failed; there will be another one.
+    void Break(std::uint32_t reason);
+    // Takes the stream away: nothing comes in any more.
+    std::shared_ptr<Stream> TakeStream();
+    // Delivered after the call that brings it about.
+    void Tell(std::function<void(ClientTransportEvents&)> event);
+    void Log(const char* format, const std::string& detail, int level);
+
+    NetworkClient& m_client;
+    const std::string m_strSource;
+    const Endpoint m_endpoint;
+    ClientTransportEvents& m_events;
+    State m_state = State::Resting;
+    std::shared_ptr<Stream> m_pStream;  // while opening or open
+    std::shared_ptr<Reception<ServerParcel>> m_pReception;
+    std::shared_ptr<HandOver> m_pOwnEvents;
+    PeerWatch m_watch{0};
+    bool m_bSpoke = false;
+    RetryPause m_pause;
+    std::int64_t m_tNextAttempt = 0;
+    std::string m_strLastDetail;  // of the log, which is told each detail once
+};
+
+}  // namespace kalvex

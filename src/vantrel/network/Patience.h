@@ -1,0 +1,54 @@
+// How long a peer may be silent, and how long to wait before the next attempt. Times are in
+// milliseconds of a clock that never goes back.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace kalvex {
+
+using SteadyClock = std::function<std::int64_t()>;
+
+// The clock of the machine.
+std::int64_t SteadyMilliseconds();
+
+inline constexpr std::int64_t kBeatAfter = 2'000;
+inline constexpr std::int64_t kGoneAfter = 10'000;
+inline constexpr std::int64_t kLongestPause = 5'000;
+
+// What has happened since the last look at a conversation.
+struct LifeSigns {
+    bool heard = false;  // something came in
+    bool spoke = false;  // something was sent
+    bool stuck = false;  // what waits to be sent has not moved
+};
+
+// Watches over one conversation. Looked at about once a second.
+class PeerWatch {
+  public:
+    explicit PeerWatch(std::int64_t now) : m_tLooked(now) {}
+
+    // Beat: a sign of life is due. Silent, Stuck: the peer counts as gone.
+    enum class Due { Nothing, Beat, Silent, Stuck };
+    Due Look(std::int64_t now, LifeSigns signs);
+
+  private:
+    std::int64_t m_tLooked;
+    std::int64_t m_nSilent = 0;
+    std::int64_t m_nStuck = 0;
+    std::int64_t m_nMute = 0;  // time in which this side has sent nothing
+};
+
+// The growing pauses between attempts.
+class RetryPause {
+  public:
+    std::int64_t Next();
+    void Reset() { m_nNext = kFirst; }
+
+  private:
+    static constexpr std::int64_t kFirst = 500;
+
+    std::int64_t m_nNext = kFirst;
+};
+
+}  // namespace kalvex

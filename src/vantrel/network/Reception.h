@@ -1,0 +1,108 @@
+// Takes the parcels of a stream on the carrier's threads, decodes them there, and hands the content
+// over to the main thread.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+#include "vantrel/network/HandOver.h"
+#include "vantrel/network/Parcel.h"
+#include "vantrel/network/Stream.h"
+
+namespace kalvex {
+
+// Called on the main thread, and never within a call of its own.
+template <class Parcel>
+class ReceptionListener {
+  public:
+    virtual ~ReceptionListener() = default;
+    virtual void OnParcel(Parcel parcel) = 0;  // no heartbeats
+    virtual void OnWireFault(WireFault fault) = 0;
+    virtual void OnDrained() {}
+    virtual void OnEnded(StreamEnd end, const std::string& detail) = 0;
+};
+
+// The weight of a decoded message beside its bytes: values grow when they leave their columns.
+template <class Message>
+std::size_t WeightOf(const Message& message) {
+    return std::visit(
+        [](const auto& content) -> std::size_t {
+            if constexpr (requires { content.values.size(); }) {
+                return content.values.size() * sizeof(CVal);
+            } else if constexpr (requires { content.entries.size(); }) {
+                return content.entries.size() * sizeof(content.entries[0]);
+            } else {
+                return 0;
+            }
+        },
+        message);
+}
+
+template <class Parcel>
+class Reception final : public StreamEvents,
+                        public std::enable_shared_from_this<Reception<Parcel>> {
+  public:
+    Reception(MainLoop& loop, std::size_t inboxLimit)
+        : m_pHandOver(std::make_shared<HandOver>(loop, inboxLimit)) {}
+
+    // From now on the stream is read. The listener lasts until Stop. Main thread.
+    void Start(const std::shared_ptr<Stream>& stream, ReceptionListener<Parcel>& listener) {
+        m_pListener = &listener;
+        m_pHandOver->OnRoom([weak = std::weak_ptr(stream)] {
+            if (const auto reader = weak.lock()) reader->Resume();
+        });
+        stream->Resume();
+    }
+
+    // What still comes is dropped. Main thread.
+    void Stop() { m_pHandOver->Stop(); }
+
+    // Whether anything has come in since the last call.
+    bool TakeHeard() { return m_bHeard.exchange(false); }
+
+    bool OnParcel(std::string_view bytes) override {
+        m_bHeard = true;
+        Parcel parcel;
+        const WireFault fault = Unpack(bytes, parcel);
+        if (fault != WireFault::None) {
+            return Push(bytes.size(), [fault](Listener& listener) { listener.OnWireFault(fault); });
+        }
+        if (std::holds_alternative<Heartbeat>(parcel)) return true;
+        std::size_t weight = bytes.size();
+        if (const auto* message = std::get_if<0>(&parcel)) weight += WeightOf(*message);
+        return Push(weight, [parcel = std::move(parcel)](Listener& listener) mutable {
+            listener.OnParcel(std::move(parcel));
+        });
+    }
+
+    void OnDrained() override {
+        Push(0, [](Listener& listener) { listener.OnDrained(); });
+    }
+
+    void OnEnded(StreamEnd end, const std::string& detail) override {
+        Push(0, [end, detail](Listener& listener) { listener.OnEnded(end, detail); });
+    }
+
+  private:
+    using Listener = ReceptionListener<Parcel>;
+
+    template <class Event>
+    bool Push(std::size_t weight, Event event) {
+        return m_pHandOver->Push(
+            [self = this->shared_from_this(), event = std::move(event)]() mutable {
+                event(*self->m_pListener);
+            },
+            weight);
+    }
+
+    std::shared_ptr<HandOver> m_pHandOver;
+    std::atomic<bool> m_bHeard = false;
+    Listener* m_pListener = nullptr;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,181 @@
+#include "vantrel/network/ServerCall.h"
+
+#include <fmt/printf.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/CodePage.h"
+#include "vantrel/Codes.h"
+
+namespace kalvex {
+
+namespace {
+
+// Polish, UTF-8: the client, the detail.
+constexpr char kClientStuck[] = "Klient %s nie odbiera komunikatów - połączenie zerwane%s";
+constexpr char kClientSilent[] = "Klient %s nie odpowiada - połączenie zerwane%s";
+constexpr char kBadMessage[] = "Błąd odbioru pakietu od klienta %s (%s)";
+constexpr char kTooManyClients[] = "Odmowa połączenia z klientem %s: za dużo klientów%s";
+constexpr char kTooManyVariables[] = "Klient %s subskrybuje za dużo zmiennych%s";
+constexpr char kLeftOut[] = "Klient %s nie otrzyma za długich danych (pozycje: %s)";
+constexpr char kThisMachine[] = "na tym komputerze";
+
+}  // namespace
+
+ServerCall::ServerCall(const CallServices& services, Caller caller)
+    : m_services(services), m_caller(std::move(caller)), m_watch(services.settings.clock()) {}
+
+void ServerCall::End(std::uint32_t reason, Ending ending) {
+    if (std::exchange(m_bEnded, true)) return;
+    m_nReason = reason;
+    m_caller.reception->Stop();
+    if (ending == Ending::Cut) {
+        m_caller.stream->Cancel();
+    } else {
+        if (ending == Ending::Farewell) m_caller.stream->Send(Pack(Farewell{reason}));
+        m_caller.stream->Finish(ending == Ending::Refusal ? StreamEnd::Refused
+                                                          : StreamEnd::Orderly);
+    }
+    m_services.retire(*this);
+}
+
+void ServerCall::Bury(std::uint32_t reason) {
+    End(reason, Ending::Farewell);
+    OnBuried(m_nReason);
+}
+
+void ServerCall::Put(std::string parcel) {
+    m_bSpoke = true;
+    if (m_bEnded || m_caller.stream->Send(std::move(parcel))) return;
+    Log(kClientStuck);
+    End(ReasonSilent, Ending::Cut);
+}
+
+void ServerCall::Check(std::int64_t now) {
+    if (m_bEnded) return;
+    const LifeSigns signs{.heard = m_caller.reception->TakeHeard(),
+                          .spoke = std::exchange(m_bSpoke, false),
+                          .stuck = m_caller.stream->IsStuck()};
+    const PeerWatch::Due due = m_watch.Look(now, signs);
+    if (due == PeerWatch::Due::Nothing) return;
+    if (due == PeerWatch::Due::Beat) {
+        if (Beats()) m_caller.stream->Send(Pack(Heartbeat{}));
+        return;
+    }
+    Log(due == PeerWatch::Due::Stuck ? kClientStuck : kClientSilent);
+    End(ReasonSilent, Ending::Cut);
+}
+
+void ServerCall::Log(const char* format, const std::string& detail) {
+    std::string client = ToUtf8(m_strClient);
+    if (!m_caller.address.empty()) {
+        client += client.empty() ? m_caller.address : " (" + m_caller.address + ")";
+    }
+    if (client.empty()) client = kThisMachine;
+    m_services.log.Log(FromUtf8(fmt::sprintf(format, client, detail)), LogErrors);
+}
+
+void ServerCall::OnEnded(StreamEnd, const std::string&) {
+    End(ReasonLost, Ending::Cut);
+}
+
+// ---- conversations
+
+Conversation::Conversation(const CallServices& services, Caller caller, bool tooMany)
+    : ServerCall(services, std::move(caller)) {
+    if (tooMany) {
+        Log(kTooManyClients);
+    } else {
+        m_pSession = services.acceptor.Accept(*this);
+    }
+    if (m_pSession) {
+        Put(Pack(Greeting{}));
+        Start();
+    } else {
+        End(ReasonServerEnded, Ending::Refusal);
+    }
+}
+
+void Conversation::Send(ServerMessage message) {
+    if (HasEnded()) return;
+    PackedAnswer packed = Pack(message);
+    if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
+    for (std::string& parcel : packed.parcels) Put(std::move(parcel));
+}
+
+void Conversation::Close(std::uint32_t reason) {
+    End(reason, Ending::Farewell);
+}
+
+std::size_t Conversation::Backlog() const {
+    return m_caller.stream->Backlog();
+}
+
+void Conversation::OnDrained() {
+    m_pSession->OnDrained();
+}
+
+void Conversation::OnBuried(std::uint32_t reason) {
+    if (m_pSession) m_pSession->OnClosed(reason);
+}
+
+void Conversation::OnWireFault(WireFault fault) {
+    Log(kBadMessage, ToUtf8(WireFaultText(fault)));
+    End(ReasonBadMessage, Ending::Farewell);
+}
+
+void Conversation::OnParcel(ClientParcel parcel) {
+    if (const auto* farewell = std::get_if<Farewell>(&parcel)) {
+        return End(farewell->reason, Ending::Quiet);
+    }
+    auto* message = std::get_if<ClientMessage>(&parcel);
+    if (message == nullptr) return;
+    if (const auto* login = std::get_if<LoginRequest>(message)) m_strClient = login->clientName;
+    if (auto* request = std::get_if<SubscribeRequest>(message)) BoundSubscription(*request);
+    m_pSession->OnMessage(std::move(*message));
+}
+
+void Conversation::BoundSubscription(SubscribeRequest& request) {
+    for (const VariableHandle handle : request.removed) m_setHandles.erase(handle);
+    AccessErrors refused;
+    std::erase_if(request.added, [&](const SubscribeRequest::Entry& entry) {
+        if (m_setHandles.size() < m_services.settings.variableLimit) {
+            m_setHandles.insert(entry.handle);
+            return false;
+        }
+        refused.entries.push_back({entry.handle, ResultBadRequest});
+        return true;
+    });
+    if (refused.entries.empty()) return;
+    Log(kTooManyVariables);
+    Send(std::move(refused));
+}
+
+// ---- lists of variables
+
+ListCall::ListCall(const CallServices& services, Caller caller)
+    : ServerCall(services, std::move(caller)) {
+    Start();
+}
+
+void ListCall::OnParcel(ClientParcel parcel) {
+    const auto* message = std::get_if<ClientMessage>(&parcel);
+    const auto* login = message == nullptr ? nullptr : std::get_if<LoginRequest>(message);
+    VariableDefinitions list;
+    if (login == nullptr || !m_services.acceptor.ListVariables(*login, list.definitions)) {
+        return End(ReasonLoginRefused, Ending::Refusal);
+    }
+    m_strClient = login->clientName;
+    PackedAnswer packed = Pack(ServerMessage(std::move(list)));
+    if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
+    for (std::string& piece : packed.parcels) Put(std::move(piece));
+    End(ReasonClosed, Ending::Quiet);
+}
+
+void ListCall::OnWireFault(WireFault fault) {
+    Log(kBadMessage, ToUtf8(WireFaultText(fault)));
+    End(ReasonBadMessage, Ending::Refusal);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,106 @@
+// The two kinds of calls at a server: conversations, and the asking for the list of variables. Main
+// thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_set>
+
+#include "vantrel/network/NetworkServer.h"
+#include "vantrel/network/Reception.h"
+
+namespace kalvex {
+
+// A client that has called. One that nobody takes is turned away.
+struct Caller {
+    std::shared_ptr<Stream> stream;
+    std::shared_ptr<Reception<ClientParcel>> reception;
+    StreamMethod method = StreamMethod::Converse;
+    std::string address;  // empty: this machine
+};
+
+class ServerCall;
+
+// What the calls need of their server.
+struct CallServices {
+    const NetworkServerSettings& settings;
+    SessionAcceptor& acceptor;
+    LogSink& log;
+    // Removes the call after the present piece of work, with a last word to it.
+    std::function<void(ServerCall&)> retire;
+};
+
+class ServerCall : protected ReceptionListener<ClientParcel> {
+  public:
+    ~ServerCall() override = default;
+
+    // Ends the call unless it has ended; then the last word to who takes part in it.
+    void Bury(std::uint32_t reason);
+    void Check(std::int64_t now);
+
+  protected:
+    enum class Ending { Farewell, Quiet, Refusal, Cut };
+
+    ServerCall(const CallServices& services, Caller caller);
+
+    // Once; later calls have no effect. The call is retired.
+    void End(std::uint32_t reason, Ending ending);
+    bool HasEnded() const { return m_bEnded; }
+    void Put(std::string parcel);
+    // A line about the client; the format takes its name, then the detail.
+    void Log(const char* format, const std::string& detail = {});
+    void Start() { m_caller.reception->Start(m_caller.stream, *this); }
+
+    virtual void OnBuried(std::uint32_t) {}
+    virtual bool Beats() const = 0;
+    void OnEnded(StreamEnd end, const std::string& detail) override;
+
+    const CallServices& m_services;
+    const Caller m_caller;
+    std::string m_strClient;  // its name, once it has said it
+
+  private:
+    PeerWatch m_watch;
+    bool m_bSpoke = false;
+    bool m_bEnded = false;
+    std::uint32_t m_nReason = 0;
+};
+
+class Conversation final : public ServerCall, private ServerLink {
+  public:
+    // Begins with the acceptor's consent, or ends without it.
+    Conversation(const CallServices& services, Caller caller, bool tooMany);
+
+  private:
+    void Send(ServerMessage message) override;
+    void Close(std::uint32_t reason) override;
+    std::size_t Backlog() const override;
+    std::string PeerAddress() const override { return m_caller.address; }
+
+    void OnParcel(ClientParcel parcel) override;
+    void OnWireFault(WireFault fault) override;
+    void OnDrained() override;
+    void OnBuried(std::uint32_t reason) override;
+    bool Beats() const override { return true; }
+
+    // Keeps the subscription within the bound; what is beyond it is answered.
+    void BoundSubscription(SubscribeRequest& request);
+
+    std::unordered_set<VariableHandle> m_setHandles;
+    std::unique_ptr<ServerSession> m_pSession;
+};
+
+class ListCall final : public ServerCall {
+  public:
+    ListCall(const CallServices& services, Caller caller);
+
+  private:
+    void OnParcel(ClientParcel parcel) override;
+    void OnWireFault(WireFault fault) override;
+    bool Beats() const override { return false; }
+};
+
+}  // namespace kalvex

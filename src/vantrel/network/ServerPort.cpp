@@ -1,0 +1,198 @@
+#include "vantrel/network/ServerPort.h"
+
+#include <grpcpp/generic/async_generic_service.h>
+#include <grpcpp/security/server_credentials.h>
+#include <grpcpp/server.h>
+#include <grpcpp/server_builder.h>
+
+#include "vantrel/network/GrpcStream.h"
+#include "vantrel/network/TlsContent.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kStreamsOfAConnection = 16;
+constexpr int kHandshakeMilliseconds = 10'000;
+
+struct MethodRow {
+    const char* name;
+    StreamMethod method;
+};
+constexpr MethodRow kMethods[] = {{kConverse, StreamMethod::Converse},
+                                  {kListVariables, StreamMethod::ListVariables}};
+
+class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
+  public:
+    ServerStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
+                 grpc::GenericCallbackServerContext& context)
+        : GrpcStream(std::move(events), outboxLimit), m_context(context) {}
+
+    void Begin() { KeepAlive(); }
+
+    void Finish(StreamEnd end) override {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_end = end;
+        }
+        CloseOutbox();
+    }
+
+    void Cancel() override {
+        const std::lock_guard lock(m_mutex);
+        if (m_bDone) return;
+        m_context.TryCancel();
+        FinishLocked(StreamEnd::Lost);
+    }
+
+  private:
+    void FinishLocked(StreamEnd end) {
+        if (std::exchange(m_bOver, true)) return;
+        for (const StreamEndRow& row : kStreamEnds) {
+            if (row.end == end) grpc::ServerGenericBidiReactor::Finish({row.code, ""});
+        }
+    }
+
+    void EndLocked() {
+        if (!std::exchange(m_bEnded, true)) Events().OnEnded(StreamEnd::Lost, "");
+    }
+
+    void OnAllWrittenLocked() override { FinishLocked(m_end); }
+    void OnReadingEndedLocked() override { EndLocked(); }
+    void OnWritingFailedLocked() override { FinishLocked(StreamEnd::Lost); }
+
+    void OnCancel() override {
+        const std::lock_guard lock(m_mutex);
+        EndLocked();
+        FinishLocked(StreamEnd::Lost);
+    }
+
+    void OnDone() override {
+        const auto self = TakeSelf();
+        const std::lock_guard lock(m_mutex);
+        m_bDone = true;
+    }
+
+    grpc::GenericCallbackServerContext& m_context;  // until the stream is done
+    StreamEnd m_end = StreamEnd::Orderly;
+    bool m_bEnded = false;  // the events have been told
+    bool m_bDone = false;
+};
+
+// The calls are taken as bytes, not as the generated classes: so a message that does not decode is
+// one lost message and not the end of its stream.
+class Service final : public grpc::CallbackGenericService {
+  public:
+    Service(PortEvents& events, std::size_t outboxLimit)
+        : m_events(events), m_nOutboxLimit(outboxLimit) {}
+
+  private:
+    grpc::ServerGenericBidiReactor* CreateReactor(
+        grpc::GenericCallbackServerContext* context) override {
+        for (const MethodRow& row : kMethods) {
+            if (context->method() != row.name) continue;
+            const auto events = m_events.MakeEvents();
+            // A list is made in one piece whatever its length.
+            const bool bounded = row.method == StreamMethod::Converse;
+            const auto stream = std::make_shared<ServerStream>(
+                events, bounded ? m_nOutboxLimit : SIZE_MAX, *context);
+            stream->Begin();
+            m_events.OnCaller(stream, events, row.method, RemoteHost(context->peer()));
+            return stream.get();
+        }
+        return CallbackGenericService::CreateReactor(context);
+    }
+
+    // From "ipv4:10.1.2.3:50412", "ipv6:%5Bfe80::1%5D:50412" or "unix:".
+    static std::string RemoteHost(std::string peer) {
+        const std::size_t family = peer.find(':');
+        if (peer.compare(0, 2, "ip") != 0) return {};
+        peer.erase(0, family + 1);
+        for (const auto& [escaped, plain] :
+             {std::pair("%5B", "["), std::pair("%5D", "]"), std::pair("%25", "%")}) {
+            const std::size_t found = peer.find(escaped);
+            if (found != std::string::npos) peer.replace(found, 3, plain);
+        }
+        std::string host;
+        std::uint16_t port = 0;
+        if (!ReadAddress(peer, host, port) || IsLoopback(host)) return {};
+        constexpr std::string_view kMapped = "::ffff:";
+        if (host.starts_with(kMapped) && host.find('.') != std::string::npos) {
+            host.erase(0, kMapped.size());
+        }
+        return host;
+    }
+
+    PortEvents& m_events;
+    const std::size_t m_nOutboxLimit;
+};
+
+class GrpcPort final : public ServerPort {
+  public:
+    GrpcPort(PortEvents& events, std::size_t outboxLimit) : m_service(events, outboxLimit) {
+        PrepareLibrary();
+    }
+
+    ~GrpcPort() override {
+        if (m_pServer) m_pServer->Shutdown(std::chrono::system_clock::now() + kGrace);
+    }
+
+    bool Open(const PortSettings& settings, std::string& error) {
+        auto credentials = grpc::InsecureServerCredentials();
+        if (settings.tls) {
+            credentials = MakeCredentials(*settings.tls, error);
+            if (!credentials) return false;
+        }
+        grpc::ServerBuilder builder;
+        builder.RegisterCallbackGenericService(&m_service);
+        builder.SetMaxReceiveMessageSize(kLibraryMaxBytes);
+        builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+        builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kStreamsOfAConnection);
+        builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kHandshakeMilliseconds);
+        builder.AddChannelArgument(GRPC_COMPRESSION_CHANNEL_ENABLED_ALGORITHMS_BITSET, 1);
+        if (!settings.localSocket.empty()) {
+            builder.AddListeningPort(LocalSocketTarget(settings.localSocket),
+                                     grpc::InsecureServerCredentials());
+        }
+        if (!settings.address.empty()) {
+            builder.AddListeningPort("dns:///" + settings.address, credentials, &m_nTcpPort);
+        }
+        m_pServer = builder.BuildAndStart();
+        if (m_pServer) return true;
+        error = "Nie można nasłuchiwać";
+        for (const std::string& place : {settings.localSocket, settings.address}) {
+            if (!place.empty()) error += " " + place;
+        }
+        return false;
+    }
+
+    int TcpPort() const override { return m_nTcpPort; }
+
+  private:
+    static std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
+                                                                    std::string& error) {
+        TlsContent content;
+        if (!ReadTlsFiles(files, content, error)) return nullptr;
+        grpc::SslServerCredentialsOptions options(
+            content.authority.empty() ? GRPC_SSL_DONT_REQUEST_CLIENT_CERTIFICATE
+                                      : GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY);
+        options.pem_root_certs = content.authority;
+        options.pem_key_cert_pairs.push_back({content.key, content.certificate});
+        return grpc::SslServerCredentials(options);
+    }
+
+    Service m_service;
+    std::unique_ptr<grpc::Server> m_pServer;
+    int m_nTcpPort = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
+                                     std::string& error) {
+    auto port = std::make_unique<GrpcPort>(events, settings.outboxLimit);
+    if (!port->Open(settings, error)) return nullptr;
+    return port;
+}
+
+}  // namespace kalvex

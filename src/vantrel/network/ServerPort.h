@@ -1,0 +1,47 @@
+// The server's end of streams from clients.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "vantrel/network/Endpoint.h"
+#include "vantrel/network/Stream.h"
+
+namespace kalvex {
+
+struct PortSettings {
+    std::string localSocket = {};  // path; empty: none
+    std::string address = {};      // "host:port", port 0: one that is free; empty: none
+    // With an authority, clients must show a certificate that it has signed.
+    std::optional<TlsFiles> tls = {};
+    std::size_t outboxLimit = 0;
+};
+
+// Called on the library's threads.
+class PortEvents {
+  public:
+    virtual ~PortEvents() = default;
+
+    // What hears of the next stream.
+    virtual std::shared_ptr<StreamEvents> MakeEvents() = 0;
+    // A client has called. `address` is that of its machine, empty when it is this one. The stream
+    // reads from Resume on, and must be finished or cancelled at some time.
+    virtual void OnCaller(std::shared_ptr<Stream> stream, std::shared_ptr<StreamEvents> events,
+                          StreamMethod method, std::string address) = 0;
+};
+
+// Listens from its making on. It goes when all streams have come to their end; one that has been
+// neither finished nor cancelled is cancelled after a few seconds. Main thread.
+class ServerPort {
+  public:
+    virtual ~ServerPort() = default;
+    virtual int TcpPort() const = 0;  // 0 without TCP
+};
+
+// Null with Polish words in `error` (UTF-8). The events outlive the port.
+std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
+                                     std::string& error);
+
+}  // namespace kalvex

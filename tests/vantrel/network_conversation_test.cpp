@@ -1,0 +1,419 @@
+// Conversations over local sockets and loopback, from the greeting to the farewell.
+#include <gmock/gmock.h>
+
+#include <future>
+#include <thread>
+
+#include "platform/CodePage.h"
+#include "values/value_dump.h"
+#include "vantrel/Codes.h"
+#include "vantrel/network_world.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class NetworkTest : public testing::Test {
+  protected:
+    std::unique_ptr<ClientTransport> Connect(HeardEvents& heard) {
+        std::uint32_t reason = 0;
+        auto transport = client.Connect("srv", heard, reason);
+        EXPECT_EQ(reason, 0u);
+        return transport;
+    }
+
+    // Opens the conversation and forgets what was heard on the way.
+    void Open() {
+        transport = Connect(events);
+        EXPECT_TRUE(transport->Open());
+        world.RunUntil(events, "opened");
+        world.RunUntil([&] { return acceptor.link != nullptr; });
+        events.heard.clear();
+    }
+
+    // Until what the server said before has arrived.
+    void Flush() {
+        acceptor.Send(LogMessage{0, 0, "flush"});
+        world.RunUntil(events, "log 0 0 flush");
+        std::erase(events.heard, "log 0 0 flush");
+    }
+
+    NetworkWorld world;
+    HandServer acceptor;
+    NetworkClient client{world.ClientSettings(), world.loop, world.log};
+    HeardEvents events;
+    std::unique_ptr<ClientTransport> transport;
+    // The first to go, so that no client waits for its answer to the farewell.
+    std::unique_ptr<NetworkServer> server = world.Listen(world.ServerSettings(), acceptor);
+};
+
+TEST_F(NetworkTest, MessagesGoBothWaysInOrder) {
+    Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "jan", "tajne"});
+    world.RunUntil(events, "login result 0 ");
+    transport->Send(SubscribeRequest{{{1, "Z1"}, {2, FromUtf8("Ciśnienie")}}, {}, 577, true});
+    transport->Send(ReadRequests{{{1, KindHour, "Z1", 0, 3600}}});
+    transport->Send(LastMessagesRequest{5});
+    world.RunUntil(acceptor, "last 5");
+    EXPECT_THAT(acceptor.heard, ElementsAre("login jan/tajne Kalvex 23",
+                                            "subscribe +1Z1 +2" + FromUtf8("Ciśnienie"),
+                                            "read 1:2Z1[0..3600]", "last 5"));
+    acceptor.Send(ValueUpdates{{{1, Stamped(CVal(2.5), 4, 100)}}, true});
+    acceptor.Send(ReadAnswer{1, 0, {CVal(7)}, true});
+    acceptor.Send(ReportChange{KindDay, 5});
+    world.RunUntil(events, "report change 3 5");
+    EXPECT_THAT(events.heard, ElementsAre("login result 0 ", "updates 1=171:2.50/4@100",
+                                          "answer 1 0 150:7/0@0", "report change 3 5"));
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+TEST_F(NetworkTest, NothingIsDeliveredWithinACall) {
+    transport = Connect(events);
+    transport->Open();
+    EXPECT_THAT(events.heard, IsEmpty());
+    world.RunUntil(events, "opened");
+    transport->Send(SubscribeRequest{{{1, std::string(2000, 'A')}}, {}, 0, true});
+    EXPECT_THAT(events.heard, ElementsAre("opened"));
+    world.RunUntil(events, "access errors 1:4");
+    transport->Close(ReasonClosed);
+    EXPECT_THAT(events.heard, ElementsAre("opened", "access errors 1:4"));
+    world.RunUntil(events, "closed 4102");
+}
+
+TEST_F(NetworkTest, RefusedLoginTravels) {
+    acceptor.loginResult = {7, FromUtf8("złe hasło")};
+    Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "jan", "?"});
+    world.RunUntil(events, "login result 7 " + FromUtf8("złe hasło"));
+    transport->Close(ReasonLoginRefused);
+    world.RunUntil(acceptor, "closed 4103");
+    world.RunUntil(events, "closed 4103");
+}
+
+TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
+    HeardConnection connection;
+    connection.SetLoginData("jan", "tajne");
+    ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
+    connection.RegisterVariable("Z1", nullptr);
+    connection.Subscribe();
+    world.RunUntil(acceptor, "subscribe +1Z1");
+    acceptor.SendValue(1, CVal(5));
+    world.RunUntil([&] { return connection.GetVarVal("Z1")->Value().GetType() == 150; });
+    EXPECT_THAT(connection.events, ElementsAre("access ", "connect", "data"));
+}
+
+TEST_F(NetworkTest, ClientEndsWithAWordToTheServer) {
+    for (const auto& [reason, heard] :
+         {std::pair(ReasonClosed, "closed 4106"), std::pair(ReasonLoginChanged, "closed 4101")}) {
+        Open();
+        transport->Close(reason);
+        world.RunUntil(acceptor, heard);
+        world.RunUntil(events, "closed " + std::to_string(reason));
+    }
+}
+
+TEST_F(NetworkTest, DestroyedClientSaysFarewellAndHearsNothing) {
+    Open();
+    transport.reset();
+    world.RunUntil(acceptor, "closed 4106");
+    EXPECT_THAT(events.heard, IsEmpty());
+}
+
+TEST_F(NetworkTest, WhatWasSentBeforeTheEndArrives) {
+    Open();
+    for (std::uint32_t count = 1; count <= 100; ++count)
+        transport->Send(LastMessagesRequest{count});
+    transport->Close(ReasonClosed);
+    world.RunUntil(acceptor, "closed 4106");
+    ASSERT_EQ(acceptor.heard.size(), 101u);
+    EXPECT_EQ(acceptor.heard[99], "last 100");
+}
+
+TEST_F(NetworkTest, ServerEndsAConversationWithItsReason) {
+    Open();
+    acceptor.Send(LogMessage{1, 2, "ostatnie"});
+    acceptor.link->Close(ReasonLoginRefused);
+    EXPECT_THAT(acceptor.heard, IsEmpty());
+    world.RunUntil(acceptor, "closed 4103");
+    world.RunUntil(events, "closed 4103");
+    EXPECT_EQ(events.heard.front(), "log 1 2 ostatnie");
+}
+
+TEST_F(NetworkTest, ServerThatEndsTellsAllClientsAndSessions) {
+    Open();
+    HeardEvents otherEvents;
+    const auto other = Connect(otherEvents);
+    other->Open();
+    world.RunUntil(otherEvents, "opened");
+    server.reset();
+    EXPECT_THAT(acceptor.heard, ElementsAre("closed 4107", "closed 4107"));
+    world.RunUntil(events, "closed 4107");
+    world.RunUntil(otherEvents, "closed 4107");
+}
+
+TEST_F(NetworkTest, ServerThatRefusesIsOneThatCannotBeReached) {
+    acceptor.accepts = false;
+    transport = Connect(events);
+    EXPECT_TRUE(transport->Open());
+    world.RunUntil(events, "fault 2 4110");
+    EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
+}
+
+TEST_F(NetworkTest, ConversationsAreBounded) {
+    server.reset();
+    NetworkServerSettings settings = world.ServerSettings();
+    settings.conversationLimit = 1;
+    server = world.Listen(settings, acceptor);
+    Open();
+    HeardEvents otherEvents;
+    const auto other = Connect(otherEvents);
+    other->Open();
+    world.RunUntil(otherEvents, "fault 2 4110");
+    EXPECT_EQ(acceptor.clients, 1);
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Odmowa połączenia z klientem na tym komputerze: za dużo klientów",
+                            "2 Brak połączenia z srv ()"));
+    Flush();
+}
+
+TEST_F(NetworkTest, SubscribedVariablesAreBounded) {
+    server.reset();
+    NetworkServerSettings settings = world.ServerSettings();
+    settings.variableLimit = 2;
+    server = world.Listen(settings, acceptor);
+    Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
+    transport->Send(SubscribeRequest{{{1, "A"}, {2, "B"}, {3, "C"}}, {}, 0, true});
+    world.RunUntil(events, "access errors 3:4");
+    transport->Send(SubscribeRequest{{{4, "D"}}, {1}, 0, true});
+    world.RunUntil(acceptor, "subscribe +4D -1");
+    EXPECT_THAT(acceptor.heard,
+                ElementsAre("login / Kalvex 23", "subscribe +1A +2B", "subscribe +4D -1"));
+    EXPECT_THAT(world.log.lines, ElementsAre("1 Klient Kalvex subskrybuje za dużo zmiennych"));
+}
+
+TEST_F(NetworkTest, TextThatIsTooLongIsLeftOutWithALogLine) {
+    Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
+    world.RunUntil(events, "login result 0 ");
+    acceptor.Send(ValueUpdates{{{1, CVal(std::string(2 << 20, 'x'))}, {2, CVal(1)}}, true});
+    world.RunUntil(events, "updates 2=150:1/0@0");
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Klient Kalvex nie otrzyma za długich danych (pozycje: 1)"));
+}
+
+// ---- breaks and attempts
+
+TEST_F(NetworkTest, ClientComesBackByItselfWhenTheServerDoes) {
+    Open();
+    server.reset();
+    world.RunUntil(events, "closed 4107");
+    world.now += 500;
+    client.Check();
+    world.RunUntil(events, "fault 2 4110");
+    server = world.Listen(world.ServerSettings(), acceptor);
+    world.now += 1000;
+    client.Check();
+    world.RunUntil(events, "opened");
+    EXPECT_THAT(events.heard, ElementsAre("closed 4107", "fault 2 4110", "opened"));
+    world.RunUntil([&] { return acceptor.link != nullptr; });
+    events.heard.clear();
+    Flush();
+}
+
+TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
+    HeardConnection connection;
+    ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
+    connection.RegisterVariable("Z1", nullptr);
+    connection.RegisterVariable("Z2", nullptr);
+    connection.Subscribe();
+    world.RunUntil(acceptor, "subscribe +1Z1 +2Z2");
+    HeardWindow window;
+    connection.AddDataRequest(KindHour, "Z1", 0, 0, nullptr, window, nullptr);
+    connection.MakeDataRequest(KindHour);
+    server.reset();
+    world.RunUntil([&] { return !window.answers.empty(); });
+    EXPECT_THAT(window.answers, ElementsAre("2Z1 1 /0"));
+    acceptor.heard.clear();
+    server = world.Listen(world.ServerSettings(), acceptor);
+    world.now += 500;
+    connection.CheckConnection();
+    world.RunUntil(acceptor, "subscribe +1Z1 +2Z2");
+    EXPECT_THAT(acceptor.heard, ElementsAre("login / Kalvex 23", "subscribe +1Z1 +2Z2"));
+}
+
+TEST_F(NetworkTest, PausesBetweenAttemptsGrowToFiveSeconds) {
+    // An attempt without its certificate fails at once.
+    NetworkClientSettings settings = world.ClientSettings();
+    settings.addresses["far"] = {.address = "localhost:1", .tls = TlsFiles{.authority = "/none"}};
+    NetworkClient lone(settings, world.loop, world.log);
+    std::uint32_t reason = 0;
+    transport = lone.Connect("far", events, reason);
+    transport->Open();
+    world.loop.Run();
+    EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
+    for (const int pause : {500, 1000, 2000, 4000, 5000, 5000}) {
+        events.heard.clear();
+        world.now += pause - 1;
+        transport->Check();
+        world.loop.Run();
+        EXPECT_THAT(events.heard, IsEmpty());
+        world.now += 1;
+        transport->Check();
+        world.loop.Run();
+        EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
+    }
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Brak połączenia z far (Brak dostępu do pliku /none (No such file or "
+                            "directory))"));
+    transport.reset();
+}
+
+TEST_F(NetworkTest, ClosedClientRestsUntilItIsOpenedAgain) {
+    Open();
+    transport->Close(ReasonClosed);
+    world.RunUntil(events, "closed 4102");
+    world.now += 60'000;
+    client.Check();
+    EXPECT_EQ(acceptor.clients, 1);
+    events.heard.clear();
+    EXPECT_TRUE(transport->Open());
+    world.RunUntil(events, "opened");
+    EXPECT_EQ(acceptor.clients, 2);
+}
+
+TEST_F(NetworkTest, ClosingWhileOpeningIsHeardByNobody) {
+    transport = Connect(events);
+    transport->Open();
+    transport->Close(ReasonClosed);
+    transport->Open();
+    world.RunUntil(events, "opened");
+    EXPECT_THAT(events.heard, ElementsAre("opened"));
+}
+
+// ---- signs of life
+
+TEST_F(NetworkTest, SilentServerCountsAsGoneAfterTenSeconds) {
+    Open();
+    Flush();
+    for (int second = 0; second < 10; ++second) {
+        EXPECT_THAT(events.heard, IsEmpty());
+        world.now += 1000;
+        client.Check();  // the server's is not called: it hangs
+        world.loop.Run();
+    }
+    // The word of the last Flush counts at the first look.
+    world.now += 1000;
+    client.Check();
+    world.RunUntil(events, "closed 4105");
+}
+
+TEST_F(NetworkTest, SilentClientCountsAsGoneAfterTenSeconds) {
+    Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
+    world.RunUntil(events, "login result 0 ");
+    for (int second = 0; second < 11; ++second) {
+        world.now += 1000;
+        server->Check();
+    }
+    world.RunUntil(acceptor, "closed 4105");
+    world.RunUntil(events, "closed 4104");
+    EXPECT_THAT(world.log.lines, ElementsAre("1 Klient Kalvex nie odpowiada - połączenie zerwane"));
+}
+
+TEST_F(NetworkTest, ServerThatNeverGreetsIsGivenUp) {
+    transport = Connect(events);
+    transport->Open();
+    for (int second = 0; second < 10; ++second) {
+        world.now += 1000;
+        transport->Check();
+    }
+    world.loop.Run();
+    EXPECT_THAT(events.heard, testing::Contains("fault 2 4105"));
+}
+
+// ---- the list of variables
+
+class ListTest : public NetworkTest {
+  protected:
+    // The client waits, so the server has a thread of its own.
+    void Serve() {
+        server.reset();
+        thread = std::thread([this] {
+            std::string error;
+            const auto listening =
+                ListenOnNetwork(world.ServerSettings(), acceptor, serverLoop, serverLog, error);
+            ready.set_value();
+            while (!over) serverLoop.WaitAndRun();
+        });
+        ready.get_future().wait();
+    }
+    ~ListTest() override {
+        serverLoop.Post([this] { over = true; });
+        if (thread.joinable()) thread.join();
+    }
+
+    const LoginRequest login{1, 23, "Kalvex", "jan", "tajne"};
+    std::vector<VariableDefinition> list;
+    PostedWork serverLoop;
+    HeardLog serverLog;
+    std::promise<void> ready;
+    bool over = false;
+    std::thread thread;
+};
+
+TEST_F(ListTest, WholeListComesInTheServersOrder) {
+    for (int number = 0; number < 20000; ++number) {
+        acceptor.definitions.push_back({"Z" + std::to_string(20000 - number), {{"un", "m3/h"}}});
+    }
+    Serve();
+    transport = Connect(events);
+    ASSERT_TRUE(transport->LoadVariableList(login, list));
+    ASSERT_EQ(list.size(), 20000u);
+    EXPECT_EQ(Describe(ServerMessage(VariableDefinitions{list, true})),
+              Describe(ServerMessage(VariableDefinitions{acceptor.definitions, true})));
+    EXPECT_THAT(acceptor.heard, ElementsAre("list jan"));
+    EXPECT_THAT(events.heard, IsEmpty());
+}
+
+TEST_F(ListTest, EmptyListIsAListToo) {
+    Serve();
+    transport = Connect(events);
+    list.push_back({"X", {}});
+    EXPECT_TRUE(transport->LoadVariableList(login, list));
+    EXPECT_THAT(list, IsEmpty());
+}
+
+TEST_F(ListTest, RefusedListFails) {
+    acceptor.lists = false;
+    Serve();
+    transport = Connect(events);
+    EXPECT_FALSE(transport->LoadVariableList(login, list));
+    EXPECT_THAT(acceptor.heard, ElementsAre("list jan"));
+}
+
+TEST_F(ListTest, ListOfAServerThatIsNotThereFails) {
+    server.reset();
+    transport = Connect(events);
+    EXPECT_FALSE(transport->LoadVariableList(login, list));
+}
+
+TEST_F(ListTest, ListOfAServerThatHangsFails) {
+    NetworkClientSettings settings = world.ClientSettings();
+    settings.listPatience = std::chrono::milliseconds(1);
+    NetworkClient hasty(settings, world.loop, world.log);
+    std::uint32_t reason = 0;
+    transport = hasty.Connect("srv", events, reason);
+    EXPECT_FALSE(transport->LoadVariableList(login, list));  // its loop does not run
+    transport.reset();
+}
+
+TEST_F(ListTest, LoginThatCannotBeSentFails) {
+    transport = Connect(events);
+    EXPECT_FALSE(transport->LoadVariableList({1, 23, std::string(2000, 'x'), "", ""}, list));
+}
+
+}  // namespace
+}  // namespace kalvex

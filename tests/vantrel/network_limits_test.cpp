@@ -1,0 +1,315 @@
+// Peers that do not keep to the rules.
+#include <gmock/gmock.h>
+
+#include <future>
+#include <thread>
+
+#include "platform/CodePage.h"
+#include "vantrel/Codes.h"
+#include "vantrel/network_world.h"
+#include "vantrel/raw_peer.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::string Parcel(const ClientMessage& message) {
+    return Pack(message).parcels.at(0);
+}
+std::string Parcel(const ServerMessage& message) {
+    return Pack(message).parcels.at(0);
+}
+
+// A client at a server of ours.
+class RawClientTest : public testing::Test {
+  protected:
+    Endpoint Local() const { return {.target = LocalSocketTarget(world.folder.Path("srv"))}; }
+
+    // Until the greeting and the answer to the login have come.
+    void LogIn(RawClient& raw) {
+        raw.stream->Resume();
+        raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "", ""})));
+        world.RunUntil(acceptor, "login / Obcy 23");
+        EXPECT_EQ(raw.events->Take(), Pack(Greeting{1}));
+        EXPECT_EQ(raw.events->Take(), Parcel(ServerMessage(LoginResult{})));
+    }
+
+    NetworkWorld world;
+    HandServer acceptor;
+    NetworkServerSettings settings = world.ServerSettings();
+    std::unique_ptr<NetworkServer> server;
+};
+
+TEST_F(RawClientTest, ServerBeatsAfterTwoSecondsWithoutAWord) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    LogIn(raw);
+    world.now += 1000;
+    server->Check();  // it has spoken since it came
+    world.now += 2000;
+    server->Check();
+    EXPECT_EQ(raw.events->Take(), Pack(Heartbeat{}));
+}
+
+TEST_F(RawClientTest, ParcelThatDoesNotDecodeEndsTheConversationWithALogLine) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    LogIn(raw);
+    raw.stream->Send("rubbish");
+    world.RunUntil(acceptor, "closed 4108");
+    EXPECT_EQ(raw.events->Take(), Pack(Farewell{4108}));
+    EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Orderly);
+    EXPECT_THAT(
+        world.log.lines,
+        ElementsAre("1 Błąd odbioru pakietu od klienta Obcy (to nie jest komunikat protokołu)"));
+}
+
+TEST_F(RawClientTest, ParcelBeyondTheBoundEndsTheConversationWithALogLine) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    LogIn(raw);
+    raw.stream->Send(std::string(kMaxParcelBytes + 1, '\0'));
+    world.RunUntil(acceptor, "closed 4108");
+    EXPECT_EQ(raw.events->Take(), Pack(Farewell{4108}));
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Błąd odbioru pakietu od klienta Obcy (komunikat jest za duży)"));
+}
+
+TEST_F(RawClientTest, ParcelFarBeyondTheBoundIsNotEvenTaken) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    LogIn(raw);
+    raw.stream->Send(std::string(3 * kMaxParcelBytes, '\0'));
+    EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::TooLarge);
+    world.RunUntil(acceptor, "closed 4104");
+}
+
+TEST_F(RawClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothing) {
+    settings.outboxLimit = 1 << 20;
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "", ""})));
+    world.RunUntil(acceptor, "login / Obcy 23");  // and from now on it reads nothing
+    ServerLink* const deaf = acceptor.link;
+
+    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    HeardEvents events;
+    std::uint32_t reason = 0;
+    const auto reader = client.Connect("srv", events, reason);
+    reader->Open();
+    world.RunUntil(events, "opened");
+    world.RunUntil([&] { return acceptor.clients == 2; });
+
+    events.heard.clear();
+    const std::string ballast(100'000, 'x');
+    std::vector<std::string> wanted;
+    while (world.log.lines.empty()) {
+        const auto number = static_cast<std::int64_t>(wanted.size());
+        const LogMessage message{0, number, ballast};
+        deaf->Send(message);
+        acceptor.link->Send(message);
+        wanted.push_back(Describe(ServerMessage(message)));
+        world.RunUntil(events, wanted.back());
+    }
+    world.RunUntil(acceptor, "closed 4105");
+    EXPECT_EQ(events.heard, wanted);
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Klient Obcy nie odbiera komunikatów - połączenie zerwane"));
+    EXPECT_THAT(acceptor.heard, ElementsAre("login / Obcy 23", "closed 4105"));
+    raw.stream->Resume();
+    EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Lost);
+    server.reset();
+}
+
+TEST_F(RawClientTest, ClientThatTakesNothingForTenSecondsIsCutOffThoughItSpeaks) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "", ""})));
+    world.RunUntil(acceptor, "login / Obcy 23");
+    acceptor.heard.clear();
+    // Far more than the sockets take on the way.
+    for (int count = 0; count < 100; ++count) {
+        acceptor.Send(LogMessage{0, 0, std::string(500'000, 'x')});
+    }
+    EXPECT_GT(acceptor.link->Backlog(), 0u);
+    std::uint32_t second = 0;
+    while (world.log.lines.empty()) {
+        raw.stream->Send(Parcel(ClientMessage(LastMessagesRequest{++second})));
+        world.RunUntil(acceptor, "last " + std::to_string(second));
+        world.now += 1000;
+        server->Check();
+    }
+    EXPECT_GE(second, 10u);
+    world.RunUntil(acceptor, "closed 4105");
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Klient Obcy nie odbiera komunikatów - połączenie zerwane"));
+}
+
+TEST_F(RawClientTest, SessionHearsWhenItsBacklogHasGone) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "", ""})));
+    world.RunUntil(acceptor, "login / Obcy 23");
+    for (int count = 0; count < 20; ++count) {
+        acceptor.Send(LogMessage{0, 0, std::string(500'000, 'x')});
+    }
+    EXPECT_GT(acceptor.link->Backlog(), 0u);
+    raw.stream->Resume();
+    world.RunUntil(acceptor, "drained");
+    EXPECT_EQ(acceptor.link->Backlog(), 0u);
+}
+
+TEST_F(RawClientTest, BreakWithoutAFarewellIsALoss) {
+    server = world.Listen(settings, acceptor);
+    {
+        RawClient raw(Local(), StreamMethod::Converse);
+        LogIn(raw);
+    }
+    world.RunUntil(acceptor, "closed 4104");
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+TEST_F(RawClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
+    std::promise<void> arrived;
+    PostedWork idle([&] { arrived.set_value(); });
+    std::string error;
+    server = ListenOnNetwork(settings, acceptor, idle, world.log, error);
+    RawClient raw(Local(), StreamMethod::Converse);
+    raw.stream->Resume();
+    arrived.get_future().wait();
+    server.reset();  // the loop has not run
+    EXPECT_NE(raw.events->AwaitEnd(), StreamEnd::Orderly);
+    EXPECT_EQ(acceptor.clients, 0);
+}
+
+TEST_F(RawClientTest, ListIsAskedForWithALogin) {
+    server = world.Listen(settings, acceptor);
+    for (const std::string& parcel :
+         {Parcel(ClientMessage(LastMessagesRequest{1})), std::string("rubbish")}) {
+        RawClient raw(Local(), StreamMethod::ListVariables);
+        raw.stream->Resume();
+        raw.stream->Send(parcel);
+        bool ended = false;
+        std::thread waiting([&] {
+            EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Refused);
+            world.loop.Post([&] { ended = true; });
+        });
+        world.RunUntil([&] { return ended; });
+        waiting.join();
+    }
+    EXPECT_THAT(acceptor.heard, IsEmpty());
+    EXPECT_THAT(world.log.lines, ElementsAre("1 Błąd odbioru pakietu od klienta na tym komputerze "
+                                             "(to nie jest komunikat protokołu)"));
+}
+
+TEST_F(RawClientTest, ListCallerThatSaysNothingIsGivenUp) {
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::ListVariables);
+    raw.stream->Resume();
+    while (world.log.lines.empty()) {
+        if (!world.loop.Run()) std::this_thread::yield();
+        world.now += 1000;
+        server->Check();
+    }
+    EXPECT_NE(raw.events->AwaitEnd(), StreamEnd::Orderly);
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Klient na tym komputerze nie odpowiada - połączenie zerwane"));
+}
+
+// A client of ours at a server.
+class RawServerTest : public testing::Test {
+  protected:
+    void Open() {
+        std::uint32_t reason = 0;
+        transport = client.Connect("srv", events, reason);
+        transport->Open();
+        raw.AwaitClient();
+        raw.stream->Send(Pack(Greeting{1}));
+        world.RunUntil(events, "opened");
+        events.heard.clear();
+    }
+
+    NetworkWorld world;
+    HeardEvents events;
+    NetworkClientSettings settings = world.ClientSettings();
+    NetworkClient client{settings, world.loop, world.log};
+    std::unique_ptr<ClientTransport> transport;
+    // The first to go, so that no client waits for its answer to the farewell.
+    RawServer raw{world.folder.Path("srv")};
+};
+
+TEST_F(RawServerTest, ClientBeatsAfterTwoSecondsWithoutAWord) {
+    Open();
+    world.now += 2000;
+    client.Check();
+    EXPECT_EQ(raw.events->Take(), Pack(Heartbeat{}));
+}
+
+TEST_F(RawServerTest, ClientEndsWithAFarewellAndLeavesTheRestToTheServer) {
+    Open();
+    transport->Close(ReasonClosed);
+    EXPECT_EQ(raw.events->Take(), Pack(Farewell{4106}));
+    raw.events->AwaitEnd();
+    raw.stream->Finish(StreamEnd::Orderly);
+}
+
+TEST_F(RawServerTest, MessageThatDoesNotDecodeIsLostAndTheConversationGoesOn) {
+    Open();
+    raw.stream->Send("rubbish");
+    raw.stream->Send(std::string(kMaxParcelBytes + 1, '\0'));
+    raw.stream->Send(Parcel(ServerMessage(ReportChange{KindHour, 1})));
+    world.RunUntil(events, "report change 2 1");
+    EXPECT_THAT(events.heard, ElementsAre("fault 4 4108", "fault 4 4108", "report change 2 1"));
+}
+
+TEST_F(RawServerTest, ServerThatBreaksOffIsALoss) {
+    Open();
+    raw.stream->Cancel();
+    world.RunUntil(events, "closed 4104");
+}
+
+TEST_F(RawServerTest, NothingCountsBeforeTheGreeting) {
+    std::uint32_t reason = 0;
+    transport = client.Connect("srv", events, reason);
+    transport->Open();
+    raw.AwaitClient();
+    transport->Send(LastMessagesRequest{1});
+    raw.stream->Send(Parcel(ServerMessage(LogMessage{0, 0, "za wcześnie"})));
+    raw.stream->Send(Pack(Greeting{1}));
+    world.RunUntil(events, "opened");
+    transport->Send(LastMessagesRequest{2});
+    EXPECT_EQ(raw.events->Take(), Parcel(ClientMessage(LastMessagesRequest{2})));
+    EXPECT_THAT(events.heard, ElementsAre("opened"));
+}
+
+TEST_F(RawServerTest, RubbishForAGreetingFailsTheAttempt) {
+    std::uint32_t reason = 0;
+    transport = client.Connect("srv", events, reason);
+    transport->Open();
+    raw.AwaitClient();
+    raw.stream->Send("rubbish");
+    world.RunUntil(events, "fault 2 4108");
+}
+
+TEST_F(RawServerTest, ServerThatDoesNotReadCountsAsGone) {
+    settings.outboxLimit = 10'000;
+    NetworkClient narrow(settings, world.loop, world.log);
+    std::uint32_t reason = 0;
+    transport = narrow.Connect("srv", events, reason);
+    transport->Open();
+    raw.AwaitClient();
+    raw.stream->Send(Pack(Greeting{1}));
+    world.RunUntil(events, "opened");
+    transport->Send(ModifyRequests{{{1, KindCurrent, "A", 0, CVal(std::string(20'000, 'x'))}}});
+    EXPECT_THAT(events.heard, ElementsAre("opened"));
+    world.RunUntil(events, "closed 4105");
+    EXPECT_THAT(
+        world.log.lines,
+        ElementsAre("1 Serwer srv nie odbiera komunikatów (brak odpowiedzi drugiej strony)"));
+    transport.reset();
+}
+
+}  // namespace
+}  // namespace kalvex

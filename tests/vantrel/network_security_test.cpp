@@ -1,0 +1,354 @@
+// Who is let in where: addresses, certificates, local sockets.
+#include <gmock/gmock.h>
+#include <grp.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "platform/CodePage.h"
+#include "vantrel/Codes.h"
+#include "vantrel/certificates.h"
+#include "vantrel/network_world.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+// ---- addresses
+
+struct AddressRow {
+    const char* text;
+    bool good;
+    const char* host;
+    int port;
+};
+
+TEST(AddressTest, HostAndPortAreTold) {
+    constexpr AddressRow kRows[] = {
+        {"plant.example:4300", true, "plant.example", 4300},
+        {"10.1.2.3:0", true, "10.1.2.3", 0},
+        {"[::1]:65535", true, "::1", 65535},
+        {"localhost", false, "", 0},
+        {":4300", false, "", 0},
+        {"host:", false, "", 0},
+        {"host:x", false, "", 0},
+        {"host:1x", false, "", 0},
+        {"host:65536", false, "", 0},
+        {"::1:4300", false, "", 0},
+        {"[]:4300", false, "", 0},
+        {"", false, "", 0},
+    };
+    for (const AddressRow& row : kRows) {
+        std::string host;
+        std::uint16_t port = 0;
+        ASSERT_EQ(ReadAddress(row.text, host, port), row.good) << row.text;
+        if (!row.good) continue;
+        EXPECT_EQ(host, row.host);
+        EXPECT_EQ(port, row.port);
+    }
+}
+
+TEST(AddressTest, OnlyLoopbackIsThisMachine) {
+    for (const char* host : {"localhost", "127.0.0.1", "127.1.2.3", "::1", "::ffff:127.0.0.1"}) {
+        EXPECT_TRUE(IsLoopback(host)) << host;
+    }
+    for (const char* host : {"0.0.0.0", "::", "10.0.0.1", "localhost.example", "128.0.0.1", ""}) {
+        EXPECT_FALSE(IsLoopback(host)) << host;
+    }
+}
+
+TEST(AddressTest, RuntimeFolderIsTakenFromTheEnvironment) {
+    ::unsetenv("SORVANE_RUNTIME_DIR");
+    ::unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(RuntimeFolder(), "/run/sorvane");
+    ::setenv("XDG_RUNTIME_DIR", "/run/user/7", 1);
+    EXPECT_EQ(RuntimeFolder(), "/run/user/7/sorvane");
+    ::setenv("SORVANE_RUNTIME_DIR", "/tmp/s", 1);
+    EXPECT_EQ(RuntimeFolder(), "/tmp/s");
+    ::setenv("SORVANE_RUNTIME_DIR", "", 1);
+    EXPECT_EQ(RuntimeFolder(), "/run/user/7/sorvane");
+}
+
+TEST(AddressTest, LocalSocketBearsTheNameOfTheSource) {
+    EXPECT_EQ(LocalSocketPath("/run/s", FromUtf8("Kotłownia 1")), "/run/s/Kotłownia 1");
+    for (const char* name : {"", ".", "..", ".hidden", "a/b"}) {
+        EXPECT_EQ(LocalSocketPath("/run/s", name), "") << name;
+    }
+    EXPECT_EQ(LocalSocketPath("/run/s", std::string_view("a\0b", 3)), "");
+    EXPECT_EQ(LocalSocketPath("/run/s", std::string(100, 'x')).size(), 107u);
+    EXPECT_EQ(LocalSocketPath("/run/s", std::string(101, 'x')), "");
+    EXPECT_EQ(LocalSocketTarget("/run/a b%ł"), "unix:/run/a%20b%25%C5%82");
+}
+
+// ---- servers and clients on them
+
+class SecurityTest : public testing::Test {
+  protected:
+    // What becomes of a client with these settings of the source "far".
+    std::uint32_t ConnectReason(const ServerAddress& address) {
+        NetworkClientSettings settings = world.ClientSettings();
+        settings.addresses["far"] = address;
+        NetworkClient client(settings, world.loop, world.log);
+        std::uint32_t reason = 0;
+        const auto transport = client.Connect("far", events, reason);
+        EXPECT_EQ(transport == nullptr, reason != 0);
+        return reason;
+    }
+
+    // The first thing that a client hears that tries to reach the server by TCP.
+    std::string FirstEvent(const std::string& host, std::optional<TlsFiles> tls) {
+        NetworkClientSettings settings = world.ClientSettings();
+        settings.addresses["far"] = {.address = host + ":" + std::to_string(server->TcpPort()),
+                                     .tls = std::move(tls)};
+        NetworkClient client(settings, world.loop, world.log);
+        HeardEvents heard;
+        std::uint32_t reason = 0;
+        const auto transport = client.Connect("far", heard, reason);
+        transport->Open();
+        world.RunUntil([&] { return !heard.heard.empty(); });
+        if (heard.heard.front() == "opened") {
+            world.RunUntil([&] { return acceptor.link != nullptr; });
+            EXPECT_EQ(acceptor.link->PeerAddress(), "");
+            acceptor.link->Close(ReasonServerEnded);
+            world.RunUntil(heard, "closed 4107");
+        }
+        return heard.heard.front();
+    }
+
+    mode_t Mode(const std::string& path) const {
+        struct stat status {};
+        EXPECT_EQ(::stat(path.c_str(), &status), 0);
+        return status.st_mode;
+    }
+
+    NetworkWorld world;
+    HandServer acceptor;
+    HeardEvents events;
+    NetworkServerSettings settings = world.ServerSettings();
+    std::unique_ptr<NetworkServer> server;
+};
+
+TEST_F(SecurityTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords) {
+    EXPECT_EQ(ConnectReason({.address = "192.0.2.1:4300"}), ReasonPlainText);
+    EXPECT_EQ(ConnectReason({.address = "plant.example:4300"}), ReasonPlainText);
+    EXPECT_EQ(ConnectReason({.address = "192.0.2.1:4300", .plainTextAllowed = true}), 0u);
+    EXPECT_EQ(ConnectReason({.address = "192.0.2.1:4300", .tls = TlsFiles{}}), 0u);
+    EXPECT_EQ(ConnectReason({.address = "127.0.0.1:4300"}), 0u);
+    EXPECT_EQ(ConnectReason({.address = "[::1]:4300"}), 0u);
+}
+
+TEST_F(SecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
+    for (const char* address : {"nonsense", "localhost:0", "localhost:x"}) {
+        EXPECT_EQ(ConnectReason({.address = address}), ReasonUnknownAddress);
+    }
+    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    std::uint32_t reason = 0;
+    EXPECT_EQ(client.Connect("a/b", events, reason), nullptr);
+    EXPECT_EQ(reason, ReasonUnknownAddress);
+}
+
+TEST_F(SecurityTest, ServerListensBeyondThisMachineOnlyWhenToldInSoManyWords) {
+    settings.address = "0.0.0.0:0";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "0.0.0.0:0: połączenie nieszyfrowane jest niedozwolone");
+    settings.plainTextAllowed = true;
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
+    EXPECT_GT(server->TcpPort(), 0);
+}
+
+TEST_F(SecurityTest, ServerWithoutAnAddressHasNoPort) {
+    server = world.Listen(settings, acceptor);
+    EXPECT_EQ(server->TcpPort(), 0);
+}
+
+TEST_F(SecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
+    settings.address = "127.0.0.1:0";
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
+    EXPECT_EQ(FirstEvent("127.0.0.1", {}), "opened");
+    EXPECT_EQ(FirstEvent("localhost", {}), "opened");
+}
+
+TEST_F(SecurityTest, AddressThatIsNoneOrTakenIsAnError) {
+    settings.address = "nonsense";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Niepoprawny adres nonsense");
+    settings.address = "127.0.0.1:0";
+    server = world.Listen(settings, acceptor);
+    settings.source.clear();
+    settings.address = "127.0.0.1:" + std::to_string(server->TcpPort());
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Nie można nasłuchiwać " + settings.address);
+}
+
+// ---- TLS
+
+class TlsTest : public SecurityTest {
+  protected:
+    TlsTest() {
+        certificates.MakeAuthority("good");
+        certificates.MakeAuthority("other");
+        certificates.Make("server", "good");
+        settings.address = "127.0.0.1:0";
+    }
+
+    void Listen(const TlsFiles& files) {
+        settings.tls = files;
+        server = world.Listen(settings, acceptor);
+        ASSERT_NE(server, nullptr) << world.error;
+    }
+
+    Certificates certificates;
+};
+
+TEST_F(TlsTest, ClientThatTrustsTheAuthorityComesIn) {
+    Listen(certificates.Files("", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
+    EXPECT_EQ(FirstEvent("localhost", certificates.Files("good")), "opened");
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+TEST_F(TlsTest, ServerThatIsNotTrustedCannotBeReached) {
+    Listen(certificates.Files("", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "fault 2 4110");
+    EXPECT_THAT(world.log.lines, ElementsAre(StartsWith("2 Brak połączenia z far (")));
+}
+
+TEST_F(TlsTest, CertificateMustBearTheNameOfTheHost) {
+    Listen(certificates.Files("", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.2", certificates.Files("good")), "fault 2 4110");
+}
+
+TEST_F(TlsTest, NameOfTheCertificateCanBeGiven) {
+    settings.address = "127.0.0.2:0";
+    Listen(certificates.Files("", "server"));
+    NetworkClientSettings clientSettings = world.ClientSettings();
+    clientSettings.addresses["far"] = {.address = "127.0.0.2:" + std::to_string(server->TcpPort()),
+                                       .tls = certificates.Files("good"),
+                                       .certificateName = "localhost"};
+    NetworkClient client(clientSettings, world.loop, world.log);
+    std::uint32_t reason = 0;
+    const auto transport = client.Connect("far", events, reason);
+    transport->Open();
+    world.RunUntil(events, "opened");
+    server.reset();
+}
+
+TEST_F(TlsTest, PlainClientDoesNotComeIn) {
+    Listen(certificates.Files("", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", {}), "fault 2 4110");
+    EXPECT_EQ(acceptor.clients, 0);
+}
+
+TEST_F(TlsTest, MutualTlsRefusesAClientWithoutItsCertificate) {
+    certificates.Make("client", "good");
+    certificates.Make("stranger", "other");
+    Listen(certificates.Files("good", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good", "client")), "opened");
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "fault 2 4110");
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good", "stranger")), "fault 2 4110");
+    EXPECT_EQ(acceptor.clients, 1);
+}
+
+TEST_F(TlsTest, FileThatCannotBeReadIsNamed) {
+    settings.tls = certificates.Files("", "nobody");
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Brak dostępu do pliku " + certificates.File("nobody") +
+                               " (No such file or directory)");
+    settings.tls =
+        TlsFiles{.certificate = certificates.File("server"), .key = certificates.File("server")};
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Nie można nasłuchiwać " + world.folder.Path("srv") + " 127.0.0.1:0");
+}
+
+// ---- local sockets
+
+TEST_F(SecurityTest, LocalSocketIsForItsOwnerAlone) {
+    const mode_t mask = ::umask(0);
+    server = world.Listen(settings, acceptor);
+    EXPECT_EQ(::umask(mask), 0u);  // as it was
+    EXPECT_EQ(Mode(world.folder.Path("srv")), S_IFSOCK | 0600u);
+    server.reset();
+    EXPECT_FALSE(world.folder.Has("srv"));
+}
+
+TEST_F(SecurityTest, LocalSocketIsOpenToTheGroupThatIsNamed) {
+    settings.group = ::getgrgid(::getegid())->gr_name;
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
+    EXPECT_EQ(Mode(world.folder.Path("srv")), S_IFSOCK | 0660u);
+    server.reset();
+    settings.group = "no-such-group";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (brak grupy no-such-group)");
+    EXPECT_FALSE(world.folder.Has("srv"));
+}
+
+TEST_F(SecurityTest, SecondServerDoesNotStealTheSocket) {
+    server = world.Listen(settings, acceptor);
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (obsługuje je inny serwer)");
+    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    std::uint32_t reason = 0;
+    const auto transport = client.Connect("srv", events, reason);
+    transport->Open();
+    world.RunUntil(events, "opened");
+    server.reset();
+    server = world.Listen(settings, acceptor);
+    EXPECT_NE(server, nullptr) << world.error;
+    server.reset();
+}
+
+TEST_F(SecurityTest, SocketOfADeadServerIsReplaced) {
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    world.folder.Path("srv").copy(address.sun_path, sizeof address.sun_path - 1);
+    const int dead = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(dead, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ::close(dead);
+    ASSERT_TRUE(world.folder.Has("srv"));
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
+    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    std::uint32_t reason = 0;
+    const auto transport = client.Connect("srv", events, reason);
+    transport->Open();
+    world.RunUntil(events, "opened");
+    server.reset();
+}
+
+TEST_F(SecurityTest, FileThatIsNoSocketIsLeftAlone) {
+    world.folder.Put("srv", "dane");
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (to nie jest gniazdo)");
+    EXPECT_EQ(world.folder.Get("srv"), "dane");
+}
+
+TEST_F(SecurityTest, NameThatIsNoFileIsAnError) {
+    settings.source = "a/b";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Niepoprawna nazwa gniazda a/b");
+}
+
+TEST_F(SecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
+    settings.source = FromUtf8("Kotłownia 1 %");
+    settings.runtimeFolder = world.folder.Path("new/run");
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
+    EXPECT_TRUE(world.folder.Has("new/run/Kotłownia 1 %"));
+    NetworkClientSettings clientSettings = world.ClientSettings();
+    clientSettings.runtimeFolder = settings.runtimeFolder;
+    NetworkClient client(clientSettings, world.loop, world.log);
+    std::uint32_t reason = 0;
+    const auto transport = client.Connect(settings.source, events, reason);
+    transport->Open();
+    world.RunUntil(events, "opened");
+    server.reset();
+}
+
+}  // namespace
+}  // namespace kalvex

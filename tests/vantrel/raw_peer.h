@@ -1,0 +1,108 @@
+// Peers that keep to no rule but the ones a test gives them: parcels in and out, by hand.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "vantrel/network/ClientCarrier.h"
+#include "vantrel/network/Parcel.h"
+#include "vantrel/network/ServerPort.h"
+
+namespace kalvex {
+
+// Keeps what comes on one stream. Any thread.
+class RawEvents final : public StreamEvents {
+  public:
+    bool OnParcel(std::string_view bytes) override {
+        const std::lock_guard lock(m_mutex);
+        m_arrParcels.emplace_back(bytes);
+        m_changed.notify_all();
+        return true;
+    }
+    void OnEnded(StreamEnd end, const std::string&) override {
+        const std::lock_guard lock(m_mutex);
+        m_end = end;
+        m_bEnded = true;
+        m_changed.notify_all();
+    }
+
+    // The bytes of the first parcel that is not yet taken, when it is there.
+    std::string Take() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_nTaken < m_arrParcels.size(); });
+        return m_arrParcels[m_nTaken++];
+    }
+    StreamEnd AwaitEnd() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_bEnded; });
+        return m_end;
+    }
+
+  private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_arrParcels;
+    std::size_t m_nTaken = 0;
+    StreamEnd m_end = StreamEnd::Orderly;
+    bool m_bEnded = false;
+};
+
+class RawClient {
+  public:
+    RawClient(const Endpoint& endpoint, StreamMethod method) {
+        std::string error;
+        stream = m_carrier.Dial(endpoint, method, events, SIZE_MAX, error);
+    }
+    ~RawClient() { stream->Cancel(); }
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+
+    const std::shared_ptr<RawEvents> events = std::make_shared<RawEvents>();
+    std::shared_ptr<Stream> stream;
+
+  private:
+    ClientCarrier m_carrier;
+};
+
+// Takes one client at a time and leaves everything else to the test.
+class RawServer final : private PortEvents {
+  public:
+    explicit RawServer(const std::string& socket) {
+        std::string error;
+        m_pPort = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, error);
+    }
+    ~RawServer() override {
+        if (stream) stream->Cancel();
+        m_pPort.reset();
+    }
+
+    void AwaitClient() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return stream != nullptr; });
+    }
+
+    std::shared_ptr<RawEvents> events;
+    std::shared_ptr<Stream> stream;
+
+  private:
+    std::shared_ptr<StreamEvents> MakeEvents() override { return std::make_shared<RawEvents>(); }
+    void OnCaller(std::shared_ptr<Stream> newStream, std::shared_ptr<StreamEvents> newEvents,
+                  StreamMethod, std::string) override {
+        const std::lock_guard lock(m_mutex);
+        stream = std::move(newStream);
+        events = std::static_pointer_cast<RawEvents>(std::move(newEvents));
+        stream->Resume();
+        m_changed.notify_all();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::unique_ptr<ServerPort> m_pPort;
+};
+
+}  // namespace kalvex
