@@ -31,7 +31,7 @@ void MarkCalculated(CVal& result, std::int64_t now) {
 
 int CountItems(const CVariableList& list, const ElementFilter& filter) {
     const std::vector<CVal>& elements = list.Elements();
-    if (filter.ignoreMask == 0 && filter.from == 0 && filter.to == kNoTimeLimit) {
+    if (filter.ignoreMask == 0 && filter.from == 0 && filter.to == kLargestTime) {
         return static_cast<int>(elements.size());
     }
     return static_cast<int>(std::ranges::count_if(

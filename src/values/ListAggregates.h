@@ -4,17 +4,15 @@
 
 #include <cstdint>
 
+#include "values/LocalTime.h"
 #include "values/Variable.h"
 
 namespace kalvex {
 
-// The largest time in use, standing for no limit: 2999-12-31 22:59:59 GMT.
-inline constexpr std::int64_t kNoTimeLimit = 32503676399;
-
 struct ElementFilter {
     std::uint16_t ignoreMask = 0;
     std::int64_t from = 0;
-    std::int64_t to = kNoTimeLimit;
+    std::int64_t to = kLargestTime;
 
     bool Counts(const CVal& element) const {
         return (element.GetStatus() & ignoreMask) == 0 && element.GetTime() >= from &&

@@ -66,7 +66,7 @@ void ReadPositionValid(CScriptContext&, const CVariableList& list, CVal& out) {
     out = CVal(list.IsIteratorValid() ? 1 : 0);
 }
 
-constexpr ElementFilter kKnownElements{Status::Unknown, 0, kNoTimeLimit};
+constexpr ElementFilter kKnownElements{Status::Unknown, 0, kLargestTime};
 
 void ReadSum(CScriptContext& document, const CVariableList& list, CVal& out) {
     SumItems(list, out, kKnownElements, document.Services().clock.Now());

@@ -52,7 +52,7 @@ class ClientTransport {
 
     // Begins to open; from now on until Close the transport keeps the connection up by itself.
     // True when an attempt is under way that will end with OnOpened or with the fault Open; false
-    // when the server is known to be out of reach for now, in which case OnOpened may come at any
+    // when the server is known to be out of reach, in which case OnOpened may come at any
     // time. Does nothing else when the transport is opening or open already.
     virtual bool Open() = 0;
 

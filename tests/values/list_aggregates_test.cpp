@@ -34,7 +34,7 @@ TEST_F(ListAggregates, CountFollowsMaskAndRange) {
     EXPECT_EQ(CountItems(list, {Status::Unknown | Status::Alarm}), 2);
     EXPECT_EQ(CountItems(list, {0, 200, 300}), 2);
     EXPECT_EQ(CountItems(list, {0, 201, 299}), 0);
-    list.Add(Element(1, 0, kNoTimeLimit + 1));
+    list.Add(Element(1, 0, kLargestTime + 1));
     EXPECT_EQ(CountItems(list, {}), 5);
     EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
 }
