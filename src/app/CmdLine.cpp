@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <ranges>
 
 #include "platform/CodePage.h"
 #include "platform/TextFormat.h"
@@ -77,10 +76,9 @@ CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
 
 const CCmdLine::Option* CCmdLine::Find(std::string_view name) const {
     const CmdLineRow* row = FindRow(name);
-    for (const Option& option : m_arrOptions | std::views::reverse) {
-        if (option.row == row) return &option;
-    }
-    return nullptr;
+    const auto last = std::find_if(m_arrOptions.rbegin(), m_arrOptions.rend(),
+                                   [row](const Option& option) { return option.row == row; });
+    return last == m_arrOptions.rend() ? nullptr : &*last;
 }
 
 std::optional<std::string> CCmdLine::GetStringOption(std::string_view name) const {
