@@ -20,6 +20,7 @@ class RunSources : public ScriptWorld {
     // What the options get with a plant file of this content, ' standing for "; none without.
     std::unique_ptr<CRunSources> Make(std::optional<std::string> content = {}) {
         RunOptions options;
+        options.json = true;
         std::optional<ScratchFile> file;
         if (content) {
             std::replace(content->begin(), content->end(), '\'', '"');

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "app/Configuration.h"
+#include "app/ServerAddresses.h"
 #include "platform/Files.h"
 #include "platform/IniProfile.h"
 
@@ -27,6 +28,7 @@ CRunProfile ReadRunProfile(const RunOptions& options, const std::string& working
         store.ReadSources(configuration);
         store.ReadLogLevel(configuration);
         settings.sources = std::move(configuration.sources);
+        settings.servers = ReadServerAddresses(profile);
         settings.logLevel = configuration.logLevel;
         settings.rootFolder = ReadRootFolder(profile, workingDir);
     }

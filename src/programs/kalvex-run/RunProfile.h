@@ -1,4 +1,5 @@
-// What a run takes from the profile that its options name. Nothing is written.
+// What a run takes from the profile that its options name, and with it from the common profile of
+// the machine. Nothing is written.
 #pragma once
 
 #include <memory>
@@ -8,6 +9,7 @@
 #include "platform/Crypt.h"
 #include "programs/kalvex-run/Options.h"
 #include "sources/ClientInterface.h"
+#include "vantrel/network/Endpoint.h"
 
 namespace kalvex {
 
@@ -15,6 +17,7 @@ struct CRunProfile {
     int logLevel = LogErrors;
     std::string rootFolder;  // of data files; the system's encoding
     std::vector<CSourceDesc> sources;
+    ServerAddresses servers;        // of the machine's common profile
     std::unique_ptr<CCrypt> crypt;  // that the sources' passwords are protected by; null without
     std::string fault;              // why the file cannot be read
 };

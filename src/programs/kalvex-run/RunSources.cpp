@@ -14,12 +14,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kRequestStates[] = {"none", "waiting", "ready", "failed"};
 
-std::vector<std::string> SourceNames(const PlantDefinition& plant) {
-    std::vector<std::string> names;
-    for (const PlantSource& source : plant.sources) names.push_back(source.name);
-    return names;
-}
-
 Json CellsJson(const std::vector<CVal>& values) {
     Json cells = Json::array();
     for (const CVal& value : values) cells.push_back(CellJson(value));
@@ -42,16 +36,16 @@ Json RequestJson(const TickJournal::Row& row) {
 
 }  // namespace
 
-CRunSources::CRunSources(PlantDefinition plant, const CRunProfile& profile, const Clock& clock,
-                         LogSink& log, const Translator& translator, const Users& users)
-    : m_arrPlantNames(SourceNames(plant)),
-      m_plant(std::move(plant), clock),
-      m_client(
-          {log, translator, users, m_plant, &m_journal, profile.sources, profile.crypt.get()}) {}
+CRunSources::CRunSources(std::unique_ptr<RunCarrier> carrier, bool accounted,
+                         const CRunProfile& profile, LogSink& log, const Translator& translator,
+                         const Users& users)
+    : m_pCarrier(std::move(carrier)),
+      m_client({log, translator, users, m_pCarrier->Transports(), accounted ? &m_journal : nullptr,
+                profile.sources, profile.crypt.get()}) {}
 
 void CRunSources::BeginTick(std::int64_t tick) {
     m_journal.SetTick(tick);
-    m_plant.AdvanceTo(tick);
+    m_pCarrier->BeginTick(tick, m_client.SourceList());
 }
 
 Json CRunSources::SourceJson(const CClientConnection* connection) const {
@@ -68,7 +62,7 @@ Json CRunSources::SourceJson(const CClientConnection* connection) const {
 Json CRunSources::Result() const {
     const CInterfaceSourceList& list = m_client.SourceList();
     Json result = Json::object();
-    for (const std::string& name : m_arrPlantNames) {
+    for (const std::string& name : m_pCarrier->SourceNames()) {
         result[ToUtf8(name)] = SourceJson(list.Get(name));
     }
     for (const auto& connection : list.Connections()) {
@@ -97,9 +91,17 @@ std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRu
                                             const Clock& clock, LogSink& log,
                                             const Translator& translator, const Users& users,
                                             std::string& fault) {
-    PlantDefinition plant;
-    if (options.plant && !ReadPlant(*options.plant, plant, fault)) return nullptr;
-    return std::make_unique<CRunSources>(std::move(plant), profile, clock, log, translator, users);
+    std::unique_ptr<RunCarrier> carrier;
+    if (options.profile && !options.plant) {
+        carrier =
+            std::make_unique<CRunNetwork>(NetworkClientSettings{.addresses = profile.servers}, log);
+    } else {
+        PlantDefinition plant;
+        if (options.plant && !ReadPlant(*options.plant, plant, fault)) return nullptr;
+        carrier = std::make_unique<CRunPlant>(std::move(plant), clock);
+    }
+    return std::make_unique<CRunSources>(std::move(carrier), options.json, profile, log, translator,
+                                         users);
 }
 
 }  // namespace kalvex

@@ -12,33 +12,33 @@
 #include "platform/Translator.h"
 #include "platform/Users.h"
 #include "programs/kalvex-run/Options.h"
+#include "programs/kalvex-run/RunCarriers.h"
 #include "programs/kalvex-run/RunProfile.h"
 #include "sources/ClientInterface.h"
-#include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
 
 namespace kalvex {
 
 class CRunSources {
   public:
-    // A run without a plant has sources that never connect. The profile outlives them.
-    CRunSources(PlantDefinition plant, const CRunProfile& profile, const Clock& clock, LogSink& log,
-                const Translator& translator, const Users& users);
+    // All that is referred to outlives them. Requests are in the result only where account is kept
+    // of them, which takes memory for each.
+    CRunSources(std::unique_ptr<RunCarrier> carrier, bool accounted, const CRunProfile& profile,
+                LogSink& log, const Translator& translator, const Users& users);
 
     CScriptSources& ForScripts() { return m_client; }
 
     // Before the tick's actions and before its first line.
     void BeginTick(std::int64_t tick);
 
-    // The members of "sources", by source name: those of the plant, then any other that a script
-    // has named.
+    // The members of "sources", by source name: those that the carrier knows of, then any other
+    // that a script has named.
     nlohmann::ordered_json Result() const;
 
   private:
     nlohmann::ordered_json SourceJson(const CClientConnection* connection) const;
 
-    std::vector<std::string> m_arrPlantNames;
-    SimulatedPlant m_plant;
+    std::unique_ptr<RunCarrier> m_pCarrier;
     TickJournal m_journal;
     CClientInterface m_client;
 };
@@ -46,7 +46,9 @@ class CRunSources {
 // What a remote variable's record has beside name, kind and slots.
 void AddRemoteFields(CInterfaceObj& link, nlohmann::ordered_json& record);
 
-// The sources that the options ask for; null with the reason in `fault` when they cannot be had.
+// The sources that the options ask for: those of the plant, or of the network where there is a
+// profile but no plant, or else some that never connect. Null with the reason in `fault` when they
+// cannot be had.
 std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
                                             const Clock& clock, LogSink& log,
                                             const Translator& translator, const Users& users,

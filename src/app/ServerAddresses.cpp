@@ -1,0 +1,39 @@
+#include "app/ServerAddresses.h"
+
+#include <cstdint>
+
+#include "app/Servers.h"
+
+namespace kalvex {
+
+namespace {
+
+bool IsPlainTextMeant(const CServerEntry& server) {
+    std::string host;
+    std::uint16_t port = 0;
+    return server.plainTextAllowed || (ReadAddress(server.address, host, port) && IsLoopback(host));
+}
+
+ServerAddress MakeAddress(const CServerEntry& server) {
+    ServerAddress address{.address = server.address,
+                          .certificateName = server.certificateName,
+                          .plainTextAllowed = server.plainTextAllowed};
+    const bool namesFiles =
+        !server.authority.empty() || !server.certificate.empty() || !server.key.empty();
+    if (namesFiles || !IsPlainTextMeant(server)) {
+        address.tls = TlsFiles{server.authority, server.certificate, server.key};
+    }
+    return address;
+}
+
+}  // namespace
+
+ServerAddresses ReadServerAddresses(const Profile& profile) {
+    ServerAddresses addresses;
+    for (const CServerEntry& server : ReadServers(profile)) {
+        addresses.emplace(server.source, MakeAddress(server));
+    }
+    return addresses;
+}
+
+}  // namespace kalvex

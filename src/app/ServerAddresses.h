@@ -1,0 +1,14 @@
+// How the data servers that the common profile of the machine names are reached. Main thread.
+#pragma once
+
+#include "platform/Profile.h"
+#include "vantrel/network/Endpoint.h"
+
+namespace kalvex {
+
+// For a network client. A server whose entry names a file of encryption is reached with TLS; of the
+// others one on this machine, or one that plain text is allowed to, is not, and all the rest are,
+// trusted by the authorities of the system.
+ServerAddresses ReadServerAddresses(const Profile& profile);
+
+}  // namespace kalvex

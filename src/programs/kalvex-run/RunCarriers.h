@@ -1,0 +1,62 @@
+// What carries the messages of a run between its scripts and their servers. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/LogSink.h"
+#include "platform/MainLoop.h"
+#include "vantrel/SourceList.h"
+#include "vantrel/network/NetworkClient.h"
+#include "vantrel/plant/SimulatedPlant.h"
+
+namespace kalvex {
+
+class RunCarrier {
+  public:
+    virtual ~RunCarrier() = default;
+
+    virtual TransportFactory& Transports() = 0;
+    // That are known without a script naming them.
+    virtual const std::vector<std::string>& SourceNames() const = 0;
+    // Before the tick's actions and its first line: delivers what is there for the sources, and
+    // does their periodic work when it is due.
+    virtual void BeginTick(std::int64_t tick, CSourceList& sources) = 0;
+};
+
+// Servers that are simulated by ticks.
+class CRunPlant final : public RunCarrier {
+  public:
+    CRunPlant(PlantDefinition plant, const Clock& clock);
+
+    TransportFactory& Transports() override { return m_plant; }
+    const std::vector<std::string>& SourceNames() const override { return m_arrNames; }
+    void BeginTick(std::int64_t tick, CSourceList&) override { m_plant.AdvanceTo(tick); }
+
+  private:
+    std::vector<std::string> m_arrNames;
+    SimulatedPlant m_plant;
+};
+
+// Servers of the network. Their time is that of the settings' clock, whatever clock the scripts
+// have.
+class CRunNetwork final : public RunCarrier {
+  public:
+    // The log outlives it.
+    CRunNetwork(NetworkClientSettings settings, LogSink& log);
+
+    TransportFactory& Transports() override { return m_client; }
+    const std::vector<std::string>& SourceNames() const override { return m_arrNames; }
+    void BeginTick(std::int64_t tick, CSourceList& sources) override;
+
+  private:
+    const std::vector<std::string> m_arrNames;
+    SteadyClock m_clock;
+    std::int64_t m_tNextCheck = 0;
+    PostedWork m_loop;
+    NetworkClient m_client;
+};
+
+}  // namespace kalvex
