@@ -1,6 +1,8 @@
 // The world of a document. Nothing here is owned; everything outlives the documents.
 #pragma once
 
+#include <cstdint>
+
 #include "engine/ConsoleLink.h"
 #include "engine/ScriptSources.h"
 #include "engine/Statement.h"
@@ -12,6 +14,13 @@
 
 namespace kalvex {
 
+// What all scripts of the process have done so far.
+struct RunCounts {
+    std::uint64_t lines = 0;   // run, each try of a line that stays
+    std::uint64_t errors = 0;  // of them those that failed
+    std::uint64_t waits = 0;   // of them those that waited for data
+};
+
 struct DocumentServices : ValueServices {
     const CStatementTable& statements;
     Questions& questions;
@@ -21,6 +30,7 @@ struct DocumentServices : ValueServices {
     Processes* processes = &NoProcesses();  // never null
     const CCrypt* crypt = nullptr;          // none where no text is protected
     NetworkProbes* probes = &NoProbes();    // never null
+    RunCounts* counts = nullptr;            // none where nobody counts
 };
 
 }  // namespace kalvex

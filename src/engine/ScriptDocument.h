@@ -133,6 +133,7 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void RunOneStep();
     void CompleteLine();
     bool RunStatement(std::string_view line, bool& keepLine);
+    void CountLine(RunCounts& counts, bool succeeded) const;
     bool CommandGoesToModule(ConsoleCommand command);
     void FillLineCache();
     void DropLineCache();

@@ -91,12 +91,17 @@ bool CKalvexDoc::ExecuteLine() {
         line = m_strRewrittenLine;
     }
     bool keepLine = false;
-    if (!RunStatement(line, keepLine)) {
-        if (m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
-        return false;
-    }
-    if (!keepLine) CompleteLine();
-    return true;
+    const bool succeeded = RunStatement(line, keepLine);
+    if (!succeeded && m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
+    if (Services().counts != nullptr) CountLine(*Services().counts, succeeded);
+    if (succeeded && !keepLine) CompleteLine();
+    return succeeded;
+}
+
+void CKalvexDoc::CountLine(RunCounts& counts, bool succeeded) const {
+    ++counts.lines;
+    if (succeeded) return;
+    ++(m_nErrorCode == ErrorWaiting ? counts.waits : counts.errors);
 }
 
 bool CKalvexDoc::RunStatement(std::string_view line, bool& keepLine) {

@@ -12,4 +12,9 @@ class Translator {
     virtual std::string Translate(const char* polish) const;  // without a catalogue: the key itself
 };
 
+// Marks a text of a table, which is translated where it is shown.
+constexpr const char* Translatable(const char* polish) {
+    return polish;
+}
+
 }  // namespace kalvex

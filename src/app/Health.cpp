@@ -1,0 +1,67 @@
+#include "app/Health.h"
+
+#include "platform/ProcessMemory.h"
+#include "values/ScriptErrors.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::int64_t kSecond = 1'000'000;  // microseconds
+constexpr std::size_t kSamples = 11;         // the ends of ten seconds
+
+double Seconds(std::int64_t microseconds) {
+    return static_cast<double>(microseconds) / kSecond;
+}
+
+double Rate(std::uint64_t from, std::uint64_t to, double seconds) {
+    return seconds > 0 ? static_cast<double>(to - from) / seconds : 0;
+}
+
+}  // namespace
+
+ScriptCondition ConditionOf(CKalvexDoc& script) {
+    if (script.m_bErrorStanding) return ScriptCondition::Error;
+    if (script.m_bPaused) return ScriptCondition::Stopped;
+    if (!script.m_bRunning) return ScriptCondition::Idle;
+    if (script.m_nCurrentLine >= script.GetLineCount()) return ScriptCondition::Finished;
+    return script.m_nErrorCode == ErrorWaiting ? ScriptCondition::Waiting
+                                               : ScriptCondition::Running;
+}
+
+CHealth::CHealth(std::int64_t now) : m_tStart(now), m_arrSamples{{now, 0, 0}} {}
+
+void CHealth::OnTick(std::int64_t now, std::int64_t lateness) {
+    m_lateness.Add(lateness);
+    if (now - m_arrSamples.back().time < kSecond) return;
+    m_arrSamples.push_back({now, m_lateness.GetCount(), m_counts.lines});
+    if (m_arrSamples.size() > kSamples) m_arrSamples.pop_front();
+}
+
+CHealthFigures CHealth::GetFigures(std::int64_t now, const std::vector<CKalvexDoc*>& scripts,
+                                   const CSourceList* sources) const {
+    CHealthFigures figures;
+    figures.uptime = Seconds(now - m_tStart);
+    figures.ticks = m_lateness.GetCount();
+    figures.latenessHalf = Seconds(m_lateness.GetPercentile(0.5));
+    figures.lateness99 = Seconds(m_lateness.GetPercentile(0.99));
+    figures.latenessMax = Seconds(m_lateness.GetMax());
+    figures.latenessSum = Seconds(m_lateness.GetSum());
+    figures.counts = m_counts;
+    const Sample& oldest = m_arrSamples.front();
+    const double span = Seconds(now - oldest.time);
+    figures.ticksPerSecond = Rate(oldest.ticks, figures.ticks, span);
+    figures.linesPerSecond = Rate(oldest.lines, m_counts.lines, span);
+    for (CKalvexDoc* script : scripts) {
+        ++figures.scripts[static_cast<std::size_t>(ConditionOf(*script))];
+    }
+    if (sources != nullptr) {
+        for (const auto& connection : sources->Connections()) {
+            ++figures.connections[connection->GetState()];
+        }
+    }
+    figures.memory = ResidentBytes();
+    return figures;
+}
+
+}  // namespace kalvex

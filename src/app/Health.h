@@ -1,0 +1,73 @@
+// How a running module fares, in figures for those who run it. Main thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "app/TickLateness.h"
+#include "engine/ScriptDocument.h"
+#include "vantrel/SourceList.h"
+
+namespace kalvex {
+
+// What a script is at; the first that applies.
+enum class ScriptCondition : std::size_t {
+    Error,     // its last line failed, and it stands there or was stopped by it
+    Stopped,   // in step mode, with its state
+    Idle,      // not started, or reset
+    Finished,  // past its last line
+    Waiting,   // its line waits for data
+    Running,
+    Count,
+};
+
+ScriptCondition ConditionOf(CKalvexDoc& script);
+
+// Seconds unless said otherwise.
+struct CHealthFigures {
+    double uptime = 0;
+    std::uint64_t ticks = 0;
+    double ticksPerSecond = 0;  // over the last ten seconds, as are the lines
+    double latenessHalf = 0;    // half of the ticks come no later
+    double lateness99 = 0;      // 99 of 100
+    double latenessMax = 0;
+    double latenessSum = 0;
+    RunCounts counts;
+    double linesPerSecond = 0;
+    std::array<std::size_t, static_cast<std::size_t>(ScriptCondition::Count)> scripts{};
+    std::array<std::size_t, StateConnected + 1> connections{};  // by ConnectionState
+    std::uint64_t memory = 0;                                   // bytes
+};
+
+class CHealth {
+  public:
+    // `now` is here and below a reading in microseconds of one clock that nobody sets.
+    explicit CHealth(std::int64_t now);
+
+    // A tick has been run; how much later than it was due it began, in microseconds.
+    void OnTick(std::int64_t now, std::int64_t lateness);
+
+    // Where the documents count; DocumentServices::counts.
+    RunCounts& Counts() { return m_counts; }
+
+    // Without a list of sources there are no connections.
+    CHealthFigures GetFigures(std::int64_t now, const std::vector<CKalvexDoc*>& scripts,
+                              const CSourceList* sources) const;
+
+  private:
+    struct Sample {
+        std::int64_t time;
+        std::uint64_t ticks;
+        std::uint64_t lines;
+    };
+
+    const std::int64_t m_tStart;
+    CTickLateness m_lateness;
+    RunCounts m_counts;
+    std::deque<Sample> m_arrSamples;  // one a second, the newest at the end
+};
+
+}  // namespace kalvex

@@ -1,0 +1,187 @@
+#include "app/HealthText.h"
+
+#include <fmt/format.h>
+
+namespace kalvex {
+
+namespace {
+
+struct Sample {
+    const char* suffix;  // of the metric's name
+    const char* label;   // of the metric; "" for none
+    const char* word;    // before the value in the log; "" for none, null: the log leaves it out
+    double value;
+};
+
+using Samples = std::vector<Sample>;
+
+struct LogForm {
+    const char* text;
+    double scale;  // from the unit of the metric to that of the log
+    int decimals;
+    const char* unit;
+};
+
+struct FigureRow {
+    const char* name;
+    const char* type;
+    const char* help;
+    LogForm log;
+    Samples (*samples)(const CHealthFigures& figures);
+};
+
+// A value that stands alone.
+Samples Single(double value) {
+    return {{"", "", "", value}};
+}
+
+Samples Single(std::uint64_t value) {
+    return Single(static_cast<double>(value));
+}
+
+struct StateRow {
+    std::size_t index;
+    const char* label;
+    const char* word;
+};
+
+constexpr std::size_t IndexOf(ScriptCondition condition) {
+    return static_cast<std::size_t>(condition);
+}
+
+constexpr StateRow kScriptStates[] = {
+    {IndexOf(ScriptCondition::Running), "state=\"running\"", Translatable("działa")},
+    {IndexOf(ScriptCondition::Waiting), "state=\"waiting\"", Translatable("czeka na dane")},
+    {IndexOf(ScriptCondition::Error), "state=\"error\"", Translatable("w błędzie")},
+    {IndexOf(ScriptCondition::Stopped), "state=\"stopped\"", Translatable("zatrzymane")},
+    {IndexOf(ScriptCondition::Finished), "state=\"finished\"", Translatable("zakończone")},
+    {IndexOf(ScriptCondition::Idle), "state=\"idle\"", Translatable("nieuruchomione")},
+};
+
+constexpr StateRow kConnectionStates[] = {
+    {StateConnected, "state=\"connected\"", Translatable("połączone")},
+    {StateLogin, "state=\"login\"", Translatable("logowanie")},
+    {StateOpening, "state=\"opening\"", Translatable("łączenie")},
+    {StateDown, "state=\"down\"", Translatable("rozłączone")},
+};
+
+template <class Rows, class Counts>
+Samples ByState(const Rows& rows, const Counts& counts) {
+    Samples samples;
+    for (const StateRow& row : rows) {
+        samples.push_back({"", row.label, row.word, static_cast<double>(counts[row.index])});
+    }
+    return samples;
+}
+
+Samples Lateness(const CHealthFigures& figures) {
+    return {{"", "quantile=\"0.5\"", "50%", figures.latenessHalf},
+            {"", "quantile=\"0.99\"", "99%", figures.lateness99},
+            {"_sum", "", nullptr, figures.latenessSum},
+            {"_count", "", nullptr, static_cast<double>(figures.ticks)}};
+}
+
+constexpr double kMilli = 1000;
+constexpr double kPerMega = 1e-6;
+
+constexpr FigureRow kFigures[] = {
+    {"kalvex_uptime_seconds",
+     "gauge",
+     "Time since the start.",
+     {Translatable("czas pracy"), 1, 0, " s"},
+     [](const CHealthFigures& f) { return Single(f.uptime); }},
+    {"kalvex_ticks_total",
+     "counter",
+     "Ticks since the start.",
+     {Translatable("takty"), 1, 0, ""},
+     [](const CHealthFigures& f) { return Single(f.ticks); }},
+    {"kalvex_ticks_per_second",
+     "gauge",
+     "Ticks a second over the last ten seconds.",
+     {Translatable("takty na sekundę"), 1, 1, ""},
+     [](const CHealthFigures& f) { return Single(f.ticksPerSecond); }},
+    {"kalvex_tick_lateness_seconds",
+     "summary",
+     "How much later than due ticks began, since the start.",
+     {Translatable("spóźnienie taktów"), kMilli, 2, " ms"},
+     Lateness},
+    {"kalvex_tick_lateness_max_seconds",
+     "gauge",
+     "The latest tick since the start.",
+     {Translatable("największe spóźnienie taktu"), kMilli, 2, " ms"},
+     [](const CHealthFigures& f) { return Single(f.latenessMax); }},
+    {"kalvex_lines_total",
+     "counter",
+     "Script lines run since the start, each try counted.",
+     {Translatable("wykonane wiersze"), 1, 0, ""},
+     [](const CHealthFigures& f) { return Single(f.counts.lines); }},
+    {"kalvex_lines_per_second",
+     "gauge",
+     "Script lines a second over the last ten seconds.",
+     {Translatable("wiersze na sekundę"), 1, 1, ""},
+     [](const CHealthFigures& f) { return Single(f.linesPerSecond); }},
+    {"kalvex_line_errors_total",
+     "counter",
+     "Script lines that failed, each try counted.",
+     {Translatable("wiersze z błędem"), 1, 0, ""},
+     [](const CHealthFigures& f) { return Single(f.counts.errors); }},
+    {"kalvex_line_waits_total",
+     "counter",
+     "Script lines that waited for data, each try counted.",
+     {Translatable("wiersze czekające na dane"), 1, 0, ""},
+     [](const CHealthFigures& f) { return Single(f.counts.waits); }},
+    {"kalvex_scripts",
+     "gauge",
+     "Scripts by state.",
+     {Translatable("skrypty"), 1, 0, ""},
+     [](const CHealthFigures& f) { return ByState(kScriptStates, f.scripts); }},
+    {"kalvex_connections",
+     "gauge",
+     "Connections to data servers by state.",
+     {Translatable("połączenia"), 1, 0, ""},
+     [](const CHealthFigures& f) { return ByState(kConnectionStates, f.connections); }},
+    {"process_resident_memory_bytes",
+     "gauge",
+     "Physical memory that the process occupies.",
+     {Translatable("pamięć procesu"), kPerMega, 1, " MB"},
+     [](const CHealthFigures& f) { return Single(f.memory); }},
+};
+
+std::string FormatLine(const FigureRow& row, const CHealthFigures& figures,
+                       const Translator& translator) {
+    std::string line = translator.Translate("Stan modułu, ") + translator.Translate(row.log.text);
+    const char* separator = ": ";
+    for (const Sample& sample : row.samples(figures)) {
+        if (sample.word == nullptr) continue;
+        line += separator;
+        separator = ", ";
+        if (*sample.word != '\0') line += translator.Translate(sample.word) + ' ';
+        line +=
+            fmt::format("{:.{}f}{}", sample.value * row.log.scale, row.log.decimals, row.log.unit);
+    }
+    return line;
+}
+
+}  // namespace
+
+std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
+                                           const Translator& translator) {
+    std::vector<std::string> lines;
+    for (const FigureRow& row : kFigures) lines.push_back(FormatLine(row, figures, translator));
+    return lines;
+}
+
+std::string FormatHealthMetrics(const CHealthFigures& figures) {
+    std::string text;
+    for (const FigureRow& row : kFigures) {
+        text += fmt::format("# HELP {0} {1}\n# TYPE {0} {2}\n", row.name, row.help, row.type);
+        for (const Sample& sample : row.samples(figures)) {
+            const std::string label =
+                *sample.label == '\0' ? "" : fmt::format("{{{}}}", sample.label);
+            text += fmt::format("{}{}{} {}\n", row.name, sample.suffix, label, sample.value);
+        }
+    }
+    return text;
+}
+
+}  // namespace kalvex

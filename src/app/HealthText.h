@@ -1,0 +1,19 @@
+// The figures of a module's health as texts: one table of figures, two forms. Any thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/Health.h"
+#include "platform/Translator.h"
+
+namespace kalvex {
+
+// A line a figure, for the log; engine texts.
+std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
+                                           const Translator& translator);
+
+// The text exposition format 0.0.4 of Prometheus, UTF-8.
+std::string FormatHealthMetrics(const CHealthFigures& figures);
+
+}  // namespace kalvex

@@ -1,0 +1,38 @@
+// How late ticks come, counted in a fixed number of classes, however long the process lasts.
+// Main thread. Microseconds.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace kalvex {
+
+class CTickLateness {
+  public:
+    // A tick that comes early counts as one in time.
+    void Add(std::int64_t lateness);
+
+    std::uint64_t GetCount() const { return m_nCount; }
+    std::int64_t GetSum() const { return m_nSum; }
+    std::int64_t GetMax() const { return m_nMax; }
+    // What this share of all ticks, above 0 and up to 1, does not exceed: never less than the true
+    // figure and at most an eighth above it. 0 before the first tick.
+    std::int64_t GetPercentile(double share) const;
+
+  private:
+    // Eight classes for each doubling, up to 2^40, which is two weeks.
+    static constexpr int kSplit = 3;
+    static constexpr int kTopBit = 40;
+    static constexpr std::size_t kClasses = std::size_t{kTopBit - kSplit + 1} << kSplit;
+
+    static std::size_t ClassOf(std::uint64_t lateness);
+    static std::int64_t TopOf(std::size_t index);
+
+    std::array<std::uint64_t, kClasses> m_arrCounts{};
+    std::uint64_t m_nCount = 0;
+    std::int64_t m_nSum = 0;
+    std::int64_t m_nMax = 0;
+};
+
+}  // namespace kalvex

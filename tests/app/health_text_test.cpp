@@ -1,0 +1,101 @@
+#include "app/HealthText.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+CHealthFigures SomeFigures() {
+    CHealthFigures figures;
+    figures.uptime = 3600.4;
+    figures.ticks = 3'595'012;
+    figures.ticksPerSecond = 998.75;
+    figures.latenessHalf = 0.000012;
+    figures.lateness99 = 0.0025;
+    figures.latenessMax = 0.75;
+    figures.latenessSum = 41.5;
+    figures.counts = {250'000, 12, 7};
+    figures.linesPerSecond = 69.44;
+    figures.scripts = {1, 2, 3, 4, 5, 6};  // error, stopped, idle, finished, waiting, running
+    figures.connections = {1, 2, 3, 4};    // down, opening, login, connected
+    figures.memory = 18'350'080;
+    return figures;
+}
+
+TEST(HealthText, LogHasALineForEachFigure) {
+    std::vector<std::string> lines;
+    for (const std::string& line : FormatHealthLines(SomeFigures(), Translator())) {
+        lines.push_back(ToUtf8(line));
+    }
+    EXPECT_THAT(
+        lines, ElementsAre(
+                   "Stan modułu, czas pracy: 3600 s", "Stan modułu, takty: 3595012",
+                   "Stan modułu, takty na sekundę: 998.8",
+                   "Stan modułu, spóźnienie taktów: 50% 0.01 ms, 99% 2.50 ms",
+                   "Stan modułu, największe spóźnienie taktu: 750.00 ms",
+                   "Stan modułu, wykonane wiersze: 250000", "Stan modułu, wiersze na sekundę: 69.4",
+                   "Stan modułu, wiersze z błędem: 12", "Stan modułu, wiersze czekające na dane: 7",
+                   "Stan modułu, skrypty: działa 6, czeka na dane 5, w błędzie 1, zatrzymane 2, "
+                   "zakończone 4, nieuruchomione 3",
+                   "Stan modułu, połączenia: połączone 4, logowanie 3, łączenie 2, rozłączone 1",
+                   "Stan modułu, pamięć procesu: 18.4 MB"));
+}
+
+TEST(HealthText, MetricsFollowTheTextExpositionFormat) {
+    EXPECT_EQ(FormatHealthMetrics(SomeFigures()),
+              R"(# HELP kalvex_uptime_seconds Time since the start.
+# TYPE kalvex_uptime_seconds gauge
+kalvex_uptime_seconds 3600.4
+# HELP kalvex_ticks_total Ticks since the start.
+# TYPE kalvex_ticks_total counter
+kalvex_ticks_total 3595012
+# HELP kalvex_ticks_per_second Ticks a second over the last ten seconds.
+# TYPE kalvex_ticks_per_second gauge
+kalvex_ticks_per_second 998.75
+# HELP kalvex_tick_lateness_seconds How much later than due ticks began, since the start.
+# TYPE kalvex_tick_lateness_seconds summary
+kalvex_tick_lateness_seconds{quantile="0.5"} 1.2e-05
+kalvex_tick_lateness_seconds{quantile="0.99"} 0.0025
+kalvex_tick_lateness_seconds_sum 41.5
+kalvex_tick_lateness_seconds_count 3595012
+# HELP kalvex_tick_lateness_max_seconds The latest tick since the start.
+# TYPE kalvex_tick_lateness_max_seconds gauge
+kalvex_tick_lateness_max_seconds 0.75
+# HELP kalvex_lines_total Script lines run since the start, each try counted.
+# TYPE kalvex_lines_total counter
+kalvex_lines_total 250000
+# HELP kalvex_lines_per_second Script lines a second over the last ten seconds.
+# TYPE kalvex_lines_per_second gauge
+kalvex_lines_per_second 69.44
+# HELP kalvex_line_errors_total Script lines that failed, each try counted.
+# TYPE kalvex_line_errors_total counter
+kalvex_line_errors_total 12
+# HELP kalvex_line_waits_total Script lines that waited for data, each try counted.
+# TYPE kalvex_line_waits_total counter
+kalvex_line_waits_total 7
+# HELP kalvex_scripts Scripts by state.
+# TYPE kalvex_scripts gauge
+kalvex_scripts{state="running"} 6
+kalvex_scripts{state="waiting"} 5
+kalvex_scripts{state="error"} 1
+kalvex_scripts{state="stopped"} 2
+kalvex_scripts{state="finished"} 4
+kalvex_scripts{state="idle"} 3
+# HELP kalvex_connections Connections to data servers by state.
+# TYPE kalvex_connections gauge
+kalvex_connections{state="connected"} 4
+kalvex_connections{state="login"} 3
+kalvex_connections{state="opening"} 2
+kalvex_connections{state="down"} 1
+# HELP process_resident_memory_bytes Physical memory that the process occupies.
+# TYPE process_resident_memory_bytes gauge
+process_resident_memory_bytes 18350080
+)");
+}
+
+}  // namespace
+}  // namespace kalvex
