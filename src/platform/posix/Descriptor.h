@@ -15,6 +15,10 @@ class Descriptor {
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
+    Descriptor& operator=(Descriptor&& other) {
+        std::swap(m_fd, other.m_fd);
+        return *this;
+    }
     int Get() const { return m_fd; }
     int Release() { return std::exchange(m_fd, -1); }
 

@@ -1,0 +1,256 @@
+#include "platform/HttpEndpoint.h"
+
+#include <httplib.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "platform/Threads.h"
+#include "platform/posix/LocalListener.h"
+
+namespace kalvex {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr std::size_t kWorkers = 4;
+constexpr std::size_t kLongestRequest = 16384;  // bytes
+constexpr milliseconds kPauseWithoutDescriptors{200};
+constexpr int kServiceUnavailable = 503;
+
+// One client, who has a limited time to ask, and the same again to take the answer. What ends the
+// endpoint ends the conversation.
+class ClientStream final : public httplib::Stream {
+  public:
+    ClientStream(int socket, int stop, milliseconds patience)
+        : m_socket(socket),
+          m_fdStop(stop),
+          m_patience(patience),
+          m_tDeadline(steady_clock::now() + patience) {}
+
+    bool is_readable() const override { return m_nBegin < m_nEnd || Wait(POLLIN); }
+    bool is_writable() const override { return Wait(POLLOUT); }
+    void get_remote_ip_and_port(std::string&, int&) const override {}
+    void get_local_ip_and_port(std::string&, int&) const override {}
+    socket_t socket() const override { return m_socket; }
+
+    ssize_t read(char* target, size_t size) override {
+        if (m_nBegin == m_nEnd && !Fill()) return -1;
+        const std::size_t count = std::min(size, m_nEnd - m_nBegin);
+        std::memcpy(target, m_arrBuffer.data() + m_nBegin, count);
+        m_nBegin += count;
+        return static_cast<ssize_t>(count);
+    }
+
+    ssize_t write(const char* source, size_t size) override {
+        if (!std::exchange(m_bAnswering, true)) m_tDeadline = steady_clock::now() + m_patience;
+        for (std::size_t sent = 0; sent < size;) {
+            if (!Wait(POLLOUT)) return -1;
+            const ssize_t count =
+                ::send(m_socket, source + sent, size - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+            if (count < 0) return -1;
+            sent += static_cast<std::size_t>(count);
+        }
+        return static_cast<ssize_t>(size);
+    }
+
+  private:
+    bool Wait(short events) const {
+        const auto left =
+            std::chrono::ceil<milliseconds>(m_tDeadline - steady_clock::now()).count();
+        std::array<pollfd, 2> waits{{{m_fdStop, POLLIN, 0}, {m_socket, events, 0}}};
+        return left > 0 && ::poll(waits.data(), waits.size(), static_cast<int>(left)) > 0 &&
+               waits[0].revents == 0;
+    }
+
+    bool Fill() {
+        m_nRead += m_nEnd;
+        if (m_nRead >= kLongestRequest || !Wait(POLLIN)) return false;
+        const ssize_t count =
+            ::recv(m_socket, m_arrBuffer.data(), m_arrBuffer.size(), MSG_DONTWAIT);
+        m_nBegin = 0;
+        m_nEnd = count > 0 ? static_cast<std::size_t>(count) : 0;
+        return count > 0;
+    }
+
+    const int m_socket;
+    const int m_fdStop;
+    const milliseconds m_patience;
+    steady_clock::time_point m_tDeadline;
+    bool m_bAnswering = false;
+    std::array<char, 2048> m_arrBuffer;
+    std::size_t m_nBegin = 0;
+    std::size_t m_nEnd = 0;
+    std::size_t m_nRead = 0;
+};
+
+// The library reads requests and writes answers; sockets and threads are the endpoint's.
+class RequestServer final : public httplib::Server {
+  public:
+    void Serve(httplib::Stream& stream) {
+        bool closed = false;
+        process_request(stream, true, closed, nullptr);
+    }
+};
+
+// Making a server of the library takes SIGPIPE from the process, which is not its own.
+class KeptSigpipe {
+  public:
+    KeptSigpipe() { ::sigaction(SIGPIPE, nullptr, &m_before); }
+    ~KeptSigpipe() { ::sigaction(SIGPIPE, &m_before, nullptr); }
+    KeptSigpipe(const KeptSigpipe&) = delete;
+    KeptSigpipe& operator=(const KeptSigpipe&) = delete;
+
+  private:
+    struct sigaction m_before {};
+};
+
+std::unique_ptr<RequestServer> MakeServer() {
+    const KeptSigpipe kept;
+    return std::make_unique<RequestServer>();
+}
+
+// The text on its way from the main thread to those who wait for it. What is posted holds it too,
+// and may come to its turn when the endpoint is gone.
+struct TextExchange {
+    std::function<std::string()> render;  // main thread; none when the endpoint has ended
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool asked = false;
+    bool stopping = false;
+    std::uint64_t generation = 0;
+    std::string text;
+};
+
+void RenderText(TextExchange& exchange) {
+    if (!exchange.render) return;
+    std::string text = exchange.render();
+    const std::lock_guard lock(exchange.mutex);
+    exchange.text = std::move(text);
+    exchange.asked = false;
+    ++exchange.generation;
+    exchange.changed.notify_all();
+}
+
+}  // namespace
+
+class HttpEndpoint::Impl {
+  public:
+    Impl(MainLoop& loop, HttpText text, milliseconds patience)
+        : m_loop(loop),
+          m_patience(patience),
+          m_pServer(MakeServer()),
+          m_fdStop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+        m_pExchange->render = std::move(text.render);
+        m_pServer->set_payload_max_length(kLongestRequest);
+        m_pServer->Get(text.path, [this, type = std::move(text.contentType)](
+                                      const httplib::Request&, httplib::Response& response) {
+            Answer(type, response);
+        });
+    }
+
+    ~Impl() {
+        m_pExchange->render = nullptr;
+        {
+            const std::lock_guard lock(m_pExchange->mutex);
+            m_pExchange->stopping = true;
+            m_pExchange->changed.notify_all();
+        }
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const ssize_t written = ::write(m_fdStop.Get(), &one, sizeof one);
+        for (std::thread& worker : m_arrWorkers) worker.join();
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    bool Start(const std::string& address, std::string& error) {
+        if (!m_listener.Listen(address, error)) return false;
+        for (std::size_t i = 0; i < kWorkers; ++i) {
+            std::thread worker = StartThread({"HttpEndpoint", 0}, [this] { Work(); });
+            if (worker.joinable()) m_arrWorkers.push_back(std::move(worker));
+        }
+        if (m_arrWorkers.empty()) error = std::strerror(EAGAIN);
+        return !m_arrWorkers.empty();
+    }
+
+    const std::string& GetAddress() const { return m_listener.GetAddress(); }
+
+  private:
+    // Waits for a client; false at the end of the endpoint.
+    bool WaitForClient() const {
+        std::array<pollfd, 2> waits{{{m_fdStop.Get(), POLLIN, 0}, {m_listener.Get(), POLLIN, 0}}};
+        ::poll(waits.data(), waits.size(), -1);
+        return waits[0].revents == 0;
+    }
+
+    void Work() {
+        while (WaitForClient()) {
+            const Descriptor client(::accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+            if (client.Get() >= 0) {
+                ClientStream stream(client.Get(), m_fdStop.Get(), m_patience);
+                m_pServer->Serve(stream);
+            } else if (errno == EMFILE || errno == ENFILE) {
+                pollfd stop{m_fdStop.Get(), POLLIN, 0};
+                ::poll(&stop, 1, static_cast<int>(kPauseWithoutDescriptors.count()));
+            }
+        }
+    }
+
+    void Answer(const std::string& contentType, httplib::Response& response) {
+        std::string text;
+        if (AskForText(text)) {
+            response.set_content(text, contentType);
+            return;
+        }
+        response.status = kServiceUnavailable;
+        response.set_content("The main loop does not answer.\n", "text/plain; charset=utf-8");
+    }
+
+    bool AskForText(std::string& text) {
+        TextExchange& exchange = *m_pExchange;
+        std::unique_lock lock(exchange.mutex);
+        const std::uint64_t before = exchange.generation;
+        if (!exchange.asked) {
+            exchange.asked = true;
+            m_loop.Post([held = m_pExchange] { RenderText(*held); });
+        }
+        const auto arrived = [&] { return exchange.generation != before; };
+        exchange.changed.wait_for(lock, m_patience, [&] { return arrived() || exchange.stopping; });
+        if (!arrived()) return false;
+        text = exchange.text;
+        return true;
+    }
+
+    MainLoop& m_loop;
+    const milliseconds m_patience;
+    const std::shared_ptr<TextExchange> m_pExchange = std::make_shared<TextExchange>();
+    const std::unique_ptr<RequestServer> m_pServer;
+    const Descriptor m_fdStop;
+    LocalListener m_listener;
+    std::vector<std::thread> m_arrWorkers;
+};
+
+HttpEndpoint::HttpEndpoint(MainLoop& loop, HttpText text, milliseconds patience)
+    : m_pImpl(std::make_unique<Impl>(loop, std::move(text), patience)) {}
+
+HttpEndpoint::~HttpEndpoint() = default;
+
+bool HttpEndpoint::Start(const std::string& address, std::string& error) {
+    return m_pImpl->Start(address, error);
+}
+
+const std::string& HttpEndpoint::GetAddress() const {
+    return m_pImpl->GetAddress();
+}
+
+}  // namespace kalvex
