@@ -1,0 +1,95 @@
+#include "platform/ServiceManager.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+namespace kalvex {
+
+namespace {
+
+std::string TakeFromEnvironment(const char* name) {
+    const char* value = std::getenv(name);
+    const std::string text = value == nullptr ? "" : value;
+    ::unsetenv(name);
+    return text;
+}
+
+std::optional<std::int64_t> ReadNumber(const std::string& text) {
+    std::int64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, fault] = std::from_chars(text.data(), end, number);
+    if (fault != std::errc() || rest != end) return std::nullopt;
+    return number;
+}
+
+// A path, or the name of an abstract socket with "@" for its leading zero; other kinds of sockets
+// are those of virtual machines.
+std::string ReadAddress(std::string text) {
+    constexpr std::size_t kLongest = sizeof(sockaddr_un::sun_path) - 1;
+    if (text.size() < 2 || text.size() > kLongest) return {};
+    if (text.front() != '/' && text.front() != '@') return {};
+    if (text.front() == '@') text.front() = '\0';
+    return text;
+}
+
+std::string StatusLine(std::string_view status) {
+    std::string line = "STATUS=" + std::string(status);
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    return line;
+}
+
+}  // namespace
+
+ServiceManager::ServiceManager() : m_strAddress(ReadAddress(TakeFromEnvironment("NOTIFY_SOCKET"))) {
+    const std::optional<std::int64_t> process = ReadNumber(TakeFromEnvironment("WATCHDOG_PID"));
+    const std::optional<std::int64_t> patience = ReadNumber(TakeFromEnvironment("WATCHDOG_USEC"));
+    if (m_strAddress.empty()) return;
+    m_fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const timeval second{1, 0};
+    ::setsockopt(m_fd, SOL_SOCKET, SO_SNDTIMEO, &second, sizeof second);
+    const bool mine = !process || *process == ::getpid();
+    constexpr std::int64_t kMicrosecondsOfTwo = 2000;
+    if (mine && patience && *patience > 0) {
+        m_nWatchdogPeriod = std::max<std::int64_t>(*patience / kMicrosecondsOfTwo, 1);
+    }
+}
+
+ServiceManager::~ServiceManager() {
+    if (m_fd >= 0) ::close(m_fd);
+}
+
+void ServiceManager::TellReady(std::string_view status) {
+    Send("READY=1\n" + StatusLine(status), 0);
+}
+
+void ServiceManager::TellStopping() {
+    Send("STOPPING=1", 0);
+}
+
+void ServiceManager::TellStatus(std::string_view status) {
+    Send(StatusLine(status), MSG_DONTWAIT);
+}
+
+void ServiceManager::TellAlive() {
+    Send("WATCHDOG=1", MSG_DONTWAIT);
+}
+
+void ServiceManager::Send(const std::string& text, int flags) {
+    if (m_fd < 0) return;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, m_strAddress.data(), m_strAddress.size());
+    const auto length =
+        static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + m_strAddress.size());
+    ::sendto(m_fd, text.data(), text.size(), flags | MSG_NOSIGNAL,
+             reinterpret_cast<const sockaddr*>(&address), length);
+}
+
+}  // namespace kalvex
