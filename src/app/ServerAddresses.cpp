@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "app/Servers.h"
+#include "platform/NetworkAddress.h"
 
 namespace kalvex {
 

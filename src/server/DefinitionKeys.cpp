@@ -5,7 +5,9 @@
 #include <cmath>
 
 #include "platform/CodePage.h"
+#include "platform/NetworkAddress.h"
 #include "platform/UserDirectory.h"
+#include "platform/posix/AccountName.h"
 #include "values/ValueText.h"
 
 namespace kalvex {
@@ -77,6 +79,13 @@ std::string SetPath(Definitions& target, std::string_view, std::string_view text
     return {};
 }
 
+template <bool Definitions::*Member>
+std::string SetFlag(Definitions& target, std::string_view, std::string_view text) {
+    if (text != "0" && text != "1") return "oczekiwano true albo false";
+    target.*Member = text == "1";
+    return {};
+}
+
 template <class Target, std::string Target::*Member>
 std::string SetRight(Target& target, std::string_view, std::string_view text) {
     if (!IsRightText(text)) return "oczekiwano poziomu od 0 do 100 albo nazwy grupy";
@@ -101,6 +110,21 @@ std::string SetNobody(Definitions& target, std::string_view, std::string_view te
         return {};
     }
     return "oczekiwano jednego ze słów never, local, always";
+}
+
+std::string SetAddress(Definitions& target, std::string_view, std::string_view text) {
+    std::string host;
+    std::uint16_t port = 0;
+    if (HasControls(text) || !ReadAddress(text, host, port)) {
+        return "oczekiwano adresu w postaci komputer:port";
+    }
+    target.address = ToUtf8(text);
+    return {};
+}
+
+std::string SetGroup(Definitions& target, std::string_view, std::string_view text) {
+    target.socketGroup = ToUtf8(text);
+    return HasSystemGroup(target.socketGroup) ? "" : "w systemie nie ma grupy o tej nazwie";
 }
 
 std::string SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
@@ -192,8 +216,8 @@ constexpr Setting kServerKeys[] = {
     {"users", SetPath<&Definitions::usersFile>},
     {"nobody", SetNobody},
     {"log", SetRight<Definitions, &Definitions::logRight>},
-    {"clients", SetSetting<&Definitions::maxClients, 1, 10000>},
-    {"variables", SetSetting<&Definitions::maxVariables, 1, 1000000>},
+    {"clients", SetSetting<&Definitions::maxClients, 1, kMostClients>},
+    {"variables", SetSetting<&Definitions::maxVariables, 1, kMostVariables>},
     {"save-period", SetSetting<&Definitions::savePeriod, 1, 3600>},
 };
 
@@ -207,10 +231,47 @@ constexpr Setting kReportKeys[] = {
     {"automatic", SetAutomatic, true},
 };
 
+constexpr Setting kNetworkKeys[] = {
+    {"local-socket", SetFlag<&Definitions::localSocket>},
+    {"group", SetGroup},
+    {"address", SetAddress},
+    {"certificate", SetPath<&Definitions::certificate>},
+    {"key", SetPath<&Definitions::certificateKey>},
+    {"authority", SetPath<&Definitions::authority>},
+    {"plain-text-allowed", SetFlag<&Definitions::plainTextAllowed>},
+};
+
 constexpr DefinitionSection kSections[] = {
     {"server", kServerKeys},
+    {"network", kNetworkKeys},
     {"archive", kArchiveKeys},
     {"reports", kReportKeys},
+};
+
+template <auto Member>
+bool Keep(const Definitions& current, Definitions& next) {
+    const bool changed = next.*Member != current.*Member;
+    next.*Member = current.*Member;
+    return changed;
+}
+
+struct StartKey {
+    const char* name;
+    bool (*keep)(const Definitions& current, Definitions& next);
+};
+
+// Those that count at the start only.
+constexpr StartKey kStartKeys[] = {
+    {"server.name", Keep<&Definitions::name>},
+    {"server.data", Keep<&Definitions::dataFolder>},
+    {"server.users", Keep<&Definitions::usersFile>},
+    {"network.local-socket", Keep<&Definitions::localSocket>},
+    {"network.group", Keep<&Definitions::socketGroup>},
+    {"network.address", Keep<&Definitions::address>},
+    {"network.certificate", Keep<&Definitions::certificate>},
+    {"network.key", Keep<&Definitions::certificateKey>},
+    {"network.authority", Keep<&Definitions::authority>},
+    {"network.plain-text-allowed", Keep<&Definitions::plainTextAllowed>},
 };
 
 constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
@@ -244,6 +305,38 @@ unsigned ReportBit(ValueKind kind) {
 
 std::span<const DefinitionSection> DefinitionSections() {
     return kSections;
+}
+
+std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definitions& next) {
+    std::vector<std::string> names;
+    for (const StartKey& key : kStartKeys) {
+        if (key.keep(current, next)) names.emplace_back(key.name);
+    }
+    return names;
+}
+
+std::string CheckNetworkSettings(const Definitions& definitions, std::string& key) {
+    if (definitions.certificate.empty() != definitions.certificateKey.empty()) {
+        key = definitions.certificate.empty() ? "key" : "certificate";
+        return "certyfikat i klucz podaje się razem";
+    }
+    if (!definitions.authority.empty() && definitions.certificate.empty()) {
+        key = "authority";
+        return "certyfikaty klientów sprawdza tylko serwer, który ma własny certyfikat";
+    }
+    if (!definitions.socketGroup.empty() && !definitions.localSocket) {
+        key = "group";
+        return "bez gniazda lokalnego grupa nie ma znaczenia";
+    }
+    std::string host;
+    std::uint16_t port = 0;
+    const bool plain = definitions.certificate.empty() && !definitions.plainTextAllowed;
+    if (plain && ReadAddress(definitions.address, host, port) && !IsLoopback(host)) {
+        key = "address";
+        return "poza tym komputerem połączenia muszą być szyfrowane (certificate, key), chyba że "
+               "plain-text-allowed = true";
+    }
+    return {};
 }
 
 std::span<const DefinitionKey<AccessRule>> AccessKeys() {

@@ -59,6 +59,8 @@ class Reader {
     void ReadFiles(const toml::node& node);
     void ReadCsvFile(const std::string& path, Place named);
     void AddVariable(VariableConfig variable, Place place, std::string_view prefix);
+    Place PlaceOf(const std::string& key) const;
+    void CheckNetwork();
 
     struct Entry {
         Place place;
@@ -71,6 +73,7 @@ class Reader {
     Definitions& m_out;
     std::vector<Entry> m_arrFaults;
     std::unordered_map<std::string, Place> m_mapNames;
+    std::unordered_map<std::string, int> m_mapLines;  // of the settings, by key
     std::size_t m_nFaults = 0;
 };
 
@@ -120,6 +123,7 @@ void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> ke
                        const toml::table& table, std::string_view section) {
     for (const auto& [key, node] : table) {
         const Place place{0, LineOf(node)};
+        m_mapLines[Qualified(section, key.str())] = place.line;
         const DefinitionKey<Target>* known = FindKey(keys, key.str());
         if (known == nullptr) {
             Tell(place, Qualified(section, key.str()), "nieznany klucz");
@@ -247,6 +251,34 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
     }
 }
 
+Place Reader::PlaceOf(const std::string& key) const {
+    const auto found = m_mapLines.find(key);
+    return {0, found == m_mapLines.end() ? 0 : found->second};
+}
+
+void Reader::CheckNetwork() {
+    std::string name;
+    std::string reason = CheckNetworkSettings(m_out, name);
+    if (!reason.empty()) {
+        const std::string key = Qualified("network", name);
+        Tell(PlaceOf(key), key, std::move(reason));
+    }
+    const struct {
+        const char* key;
+        std::string& path;
+    } files[] = {{"network.certificate", m_out.certificate},
+                 {"network.key", m_out.certificateKey},
+                 {"network.authority", m_out.authority}};
+    for (const auto& file : files) {
+        if (file.path.empty()) continue;
+        file.path = Below(file.path);
+        std::string content;
+        std::string error;
+        if (ReadWholeFile(file.path, content, error)) continue;
+        Tell(PlaceOf(file.key), file.key, file.path + ": " + error);
+    }
+}
+
 void Reader::Read() {
     std::string content;
     std::string error;
@@ -285,6 +317,7 @@ void Reader::Read() {
     }
     m_out.dataFolder = Below(m_out.dataFolder);
     m_out.usersFile = Below(m_out.usersFile);
+    CheckNetwork();
     if (m_out.variables.size() > static_cast<std::size_t>(m_out.maxVariables)) {
         Tell({0, 0}, "",
              "zmiennych jest " + std::to_string(m_out.variables.size()) +

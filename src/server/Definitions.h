@@ -47,6 +47,10 @@ struct AccessRule {
 
 enum class NobodyAccess { Never, Local, Always };
 
+// The highest that `clients` and `variables` can be.
+inline constexpr std::int64_t kMostClients = 10'000;
+inline constexpr std::int64_t kMostVariables = 1'000'000;
+
 struct Definitions {
     std::string name = "sorvaned";
     std::string dataFolder = "data";              // these two are system paths (UTF-8), made
@@ -60,6 +64,14 @@ struct Definitions {
     std::int64_t keepDays = 0;
     std::int64_t dayStart = 0;
     std::vector<ValueKind> automatic;  // report kinds, each once, the shorter first
+    // How clients reach the server. Paths as above, empty for none.
+    bool localSocket = true;
+    std::string socketGroup;  // UTF-8
+    std::string address;      // "host:port"; empty: the local socket alone
+    std::string certificate;
+    std::string certificateKey;
+    std::string authority;
+    bool plainTextAllowed = false;
     std::vector<AccessRule> access;
     std::vector<VariableConfig> variables;
 };
@@ -68,5 +80,9 @@ struct Definitions {
 // each fault, Polish and in UTF-8: file, line, key if there is one, reason; `out` is then
 // undefined. After a hundred faults the rest is not told.
 bool LoadDefinitions(const std::string& path, Definitions& out, std::vector<std::string>& errors);
+
+// Puts back into `next` what cannot change while the server runs. The answer names the keys whose
+// change has to wait for the next start.
+std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definitions& next);
 
 }  // namespace kalvex

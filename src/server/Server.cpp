@@ -77,10 +77,9 @@ void Server::Reload() {
         Log(FromUtf8("Konfiguracja bez zmian"), LogErrors);
         return;
     }
-    // These hold until the next start.
-    definitions.name = m_definitions.name;
-    definitions.dataFolder = m_definitions.dataFolder;
-    definitions.usersFile = m_definitions.usersFile;
+    for (const std::string& key : KeepUntilNextStart(m_definitions, definitions)) {
+        Log(FromUtf8(key + ": zmiana zadziała po ponownym uruchomieniu serwera"), LogErrors);
+    }
     Distribute();
     m_definitions = std::move(definitions);
     Define();

@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """The data server as a process: its users, its configuration, its signals."""
+import os
 import pathlib
+import re
 import signal
+import socket
 import sqlite3
 import subprocess
 import sys
@@ -26,19 +29,48 @@ class Sorvaned(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
         self.config = self.folder / "plant.toml"
         self.config.write_text(PLANT, encoding="utf-8")
+        self.environment = os.environ | {"SORVANE_RUNTIME_DIR": str(self.folder / "run")}
 
     def run_with(self, *arguments, stdin=""):
         done = subprocess.run([PROGRAM, "--config", self.config, *arguments], input=stdin, capture_output=True,
-                              encoding="utf-8", timeout=60)
+                              encoding="utf-8", timeout=60, env=self.environment)
         return done.returncode, done.stdout, done.stderr
 
-    def start(self):
-        server = subprocess.Popen([PROGRAM, "--config", self.config], stderr=subprocess.PIPE, encoding="utf-8")
+    def start(self, *listening):
+        """A server that has said where it listens: the local socket, unless told otherwise."""
+        server = subprocess.Popen([PROGRAM, "--config", self.config], stderr=subprocess.PIPE, encoding="utf-8",
+                                  env=self.environment)
         self.addCleanup(server.stderr.close)
         self.addCleanup(server.wait)
         self.addCleanup(server.kill)
         self.assertEqual(self.line_of(server), "Uruchomienie serwera Stacja")
+        for place in listening or [self.local_socket()]:
+            self.assertRegex(self.line_of(server), f"^Nasłuchiwanie: {place}$")
         return server
+
+    def local_socket(self):
+        return "gniazdo lokalne " + re.escape(str(self.folder / "run" / "Stacja"))
+
+    def stop(self, server):
+        server.send_signal(signal.SIGTERM)
+        self.assertEqual(self.line_of(server), "Zatrzymanie serwera Stacja")
+        self.assertEqual(server.wait(60), 0)
+
+    def listen_as(self, keys):
+        self.config.write_text(PLANT + "[network]\n" + keys, encoding="utf-8")
+
+    def refusal(self):
+        """What a server says that does not start: the log without its times."""
+        status, out, err = self.run_with()
+        self.assertEqual((status, out), (1, ""))
+        lines = err.splitlines()
+        return [line[len("2024-03-10 07:00:00 "):] if line[:1].isdigit() else line for line in lines]
+
+    def make_certificate(self):
+        made = subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+                               "-nodes", "-days", "2", "-subj", "/CN=localhost", "-keyout", self.folder / "a.key",
+                               "-out", self.folder / "a.pem"], capture_output=True, encoding="utf-8")
+        self.assertEqual(made.returncode, 0, made.stderr)
 
     def line_of(self, server):
         """The next line of the log without its time."""
@@ -101,6 +133,81 @@ class Sorvaned(unittest.TestCase):
         server.kill()
         server.wait(60)
         self.start()
+
+    def test_local_socket_is_for_one_server_and_its_owner(self):
+        server = self.start()
+        place = self.folder / "run" / "Stacja"
+        self.assertEqual(place.stat().st_mode & 0o777, 0o600)
+        self.config.write_text(PLANT.replace("[server]", '[server]\ndata = "data2"'), encoding="utf-8")
+        self.assertEqual(self.refusal(), ["Uruchomienie serwera Stacja", "Zatrzymanie serwera Stacja",
+                                          f"Gniazdo {place} (obsługuje je inny serwer)"])
+        self.stop(server)
+        self.assertFalse(place.exists())
+
+    def test_listens_where_it_is_told(self):
+        self.make_certificate()
+        for keys, listening in (
+            ('address = "127.0.0.1:0"', [self.local_socket(), r"127\.0\.0\.1:\d+ \(bez szyfrowania\)"]),
+            ('local-socket = false\naddress = "127.0.0.1:0"\ncertificate = "a.pem"\nkey = "a.key"',
+             [r"127\.0\.0\.1:\d+ \(TLS\)"]),
+            ('local-socket = false\naddress = "0.0.0.0:0"\ncertificate = "a.pem"\nkey = "a.key"\nauthority = "a.pem"',
+             [r"0\.0\.0\.0:\d+ \(TLS, certyfikaty klientów\)"]),
+            ('local-socket = false\naddress = "0.0.0.0:0"\nplain-text-allowed = true',
+             [r"0\.0\.0\.0:\d+ \(bez szyfrowania\)"]),
+        ):
+            self.listen_as(keys)
+            self.assertEqual(self.run_with("--check"), (0, "", ""))
+            self.stop(self.start(*listening))
+
+    def test_server_may_be_told_to_listen_nowhere(self):
+        self.listen_as("local-socket = false")
+        server = subprocess.Popen([PROGRAM, "--config", self.config], stderr=subprocess.PIPE, encoding="utf-8",
+                                  env=self.environment)
+        self.addCleanup(server.stderr.close)
+        self.addCleanup(server.kill)
+        self.assertEqual(self.line_of(server), "Uruchomienie serwera Stacja")
+        self.assertEqual(self.line_of(server), "Serwer nie nasłuchuje: local-socket = false, brak address")
+        self.stop(server)
+        self.assertFalse((self.folder / "run").exists())
+
+    def test_wrong_network_settings_are_told(self):
+        self.listen_as('address = "0.0.0.0:4300"')
+        fault = (f"{self.config}:8: network.address: poza tym komputerem połączenia muszą być szyfrowane "
+                 "(certificate, key), chyba że plain-text-allowed = true\n")
+        self.assertEqual(self.run_with("--check"), (1, "", fault))
+        self.assertEqual(self.run_with(), (1, "", fault))
+        self.make_certificate()
+        self.listen_as('address = "0.0.0.0:4300"\ncertificate = "a.pem"\nkey = "b.key"')
+        fault = f"{self.config}:10: network.key: {self.folder}/b.key: No such file or directory\n"
+        self.assertEqual(self.run_with("--check"), (1, "", fault))
+        self.assertEqual(self.run_with(), (1, "", fault))
+
+    def test_server_that_cannot_listen_does_not_start(self):
+        self.make_certificate()
+        other = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(other.close)
+        taken = f"127.0.0.1:{other.getsockname()[1]}"
+        for keys, fault in (
+            (f'address = "{taken}"', f"Nie można nasłuchiwać {taken} (Address already in use)"),
+            ('address = "127.0.0.1:0"\ncertificate = "a.pem"\nkey = "a.pem"',
+             "Nie można nasłuchiwać 127.0.0.1:0 (niepoprawny certyfikat albo klucz)"),
+        ):
+            self.listen_as(keys)
+            self.assertEqual(self.refusal(), ["Uruchomienie serwera Stacja", "Zatrzymanie serwera Stacja", fault])
+        self.listen_as("")
+        (self.folder / "file").touch()
+        self.environment["SORVANE_RUNTIME_DIR"] = str(self.folder / "file" / "run")
+        self.assertEqual(self.refusal()[-1], f"Nie można utworzyć folderu {self.folder}/file/run (Not a directory)")
+
+    def test_changed_network_settings_wait_for_the_next_start(self):
+        server = self.start()
+        self.listen_as('local-socket = false\naddress = "127.0.0.1:0"')
+        server.send_signal(signal.SIGHUP)
+        for key in ("local-socket", "address"):
+            self.assertEqual(self.line_of(server), f"network.{key}: zmiana zadziała po ponownym uruchomieniu serwera")
+        self.assertEqual(self.line_of(server), "Konfiguracja odczytana ponownie")
+        self.assertTrue((self.folder / "run" / "Stacja").is_socket())
+        self.stop(server)
 
 
 if __name__ == "__main__":

@@ -47,6 +47,13 @@ TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
     EXPECT_EQ(m_definitions.keepDays, 0);
     EXPECT_EQ(m_definitions.dayStart, 0);
     EXPECT_THAT(m_definitions.automatic, IsEmpty());
+    EXPECT_TRUE(m_definitions.localSocket);
+    EXPECT_EQ(m_definitions.socketGroup, "");
+    EXPECT_EQ(m_definitions.address, "");
+    EXPECT_EQ(m_definitions.certificate, "");
+    EXPECT_EQ(m_definitions.certificateKey, "");
+    EXPECT_EQ(m_definitions.authority, "");
+    EXPECT_FALSE(m_definitions.plainTextAllowed);
     EXPECT_THAT(m_definitions.access, IsEmpty());
     EXPECT_THAT(m_definitions.variables, IsEmpty());
 }
@@ -93,6 +100,106 @@ write = "100"
     EXPECT_EQ(m_definitions.access[1].variables, "*");
     EXPECT_EQ(m_definitions.access[1].read, "0");
     EXPECT_EQ(m_definitions.access[1].write, "50");
+}
+
+TEST_F(DefinitionsTest, NetworkIsRead) {
+    for (const char* file : {"a.pem", "a.key", "b.pem"}) m_folder.Write(file, "x");
+    ASSERT_TRUE(Load(R"(
+[network]
+local-socket = true
+group = "root"
+address = "0.0.0.0:4300"
+certificate = "a.pem"
+key = "a.key"
+authority = "b.pem"
+plain-text-allowed = false
+)")) << testing::PrintToString(m_errors);
+    EXPECT_TRUE(m_definitions.localSocket);
+    EXPECT_EQ(m_definitions.socketGroup, "root");
+    EXPECT_EQ(m_definitions.address, "0.0.0.0:4300");
+    EXPECT_EQ(m_definitions.certificate, m_folder.Path("a.pem"));
+    EXPECT_EQ(m_definitions.certificateKey, m_folder.Path("a.key"));
+    EXPECT_EQ(m_definitions.authority, m_folder.Path("b.pem"));
+    EXPECT_FALSE(m_definitions.plainTextAllowed);
+    ASSERT_TRUE(
+        Load("[network]\nlocal-socket = false\naddress = \"plant.example:0\"\n"
+             "plain-text-allowed = true\n"));
+    EXPECT_FALSE(m_definitions.localSocket);
+    EXPECT_TRUE(m_definitions.plainTextAllowed);
+}
+
+TEST_F(DefinitionsTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords) {
+    for (const char* address : {"127.0.0.1:4300", "localhost:4300", "[::1]:4300"}) {
+        EXPECT_TRUE(Load("[network]\naddress = \"" + std::string(address) + "\"\n")) << address;
+    }
+    for (const char* address : {"0.0.0.0:4300", "plant.example:4300", "[::]:4300"}) {
+        EXPECT_FALSE(Load("[network]\naddress = \"" + std::string(address) + "\"\n")) << address;
+        EXPECT_THAT(m_errors, ElementsAre("plant.toml:2: network.address: poza tym komputerem "
+                                          "połączenia muszą być szyfrowane (certificate, key), "
+                                          "chyba że plain-text-allowed = true"));
+    }
+}
+
+TEST_F(DefinitionsTest, NetworkFaultsAreToldWithTheirLines) {
+    struct Row {
+        const char* keys;
+        const char* fault;
+    };
+    constexpr Row kRows[] = {
+        {"local-socket = \"tak\"", "2: network.local-socket: oczekiwano true albo false"},
+        {"plain-text-allowed = 2", "2: network.plain-text-allowed: oczekiwano true albo false"},
+        {"group = \"no-such-group\"", "2: network.group: w systemie nie ma grupy o tej nazwie"},
+        {"address = \"4300\"", "2: network.address: oczekiwano adresu w postaci komputer:port"},
+        {"address = \"a\\n:1\"", "2: network.address: oczekiwano adresu w postaci komputer:port"},
+        {"port = 4300", "2: network.port: nieznany klucz"},
+        {"key = \"a.key\"", "2: network.key: certyfikat i klucz podaje się razem"},
+        {"certificate = \"a.key\"", "2: network.certificate: certyfikat i klucz podaje się razem"},
+        {"authority = \"a.key\"",
+         "2: network.authority: certyfikaty klientów sprawdza tylko serwer, który ma własny "
+         "certyfikat"},
+        {"local-socket = false\ngroup = \"root\"",
+         "3: network.group: bez gniazda lokalnego grupa nie ma znaczenia"},
+        {"key = \"a.key\"\ncertificate = \"brak.pem\"",
+         "3: network.certificate: brak.pem: No such file or directory"},
+        {"certificate = \"a.key\"\nkey = \".\"", "3: network.key: .: Is a directory"},
+        {"certificate = \"a.key\"\nkey = \"a.key\"\nauthority = \"brak.pem\"",
+         "4: network.authority: brak.pem: No such file or directory"},
+    };
+    m_folder.Write("a.key", "x");
+    for (const Row& row : kRows) {
+        EXPECT_FALSE(Load(std::string("[network]\n") + row.keys + "\n"));
+        EXPECT_THAT(m_errors, ElementsAre("plant.toml:" + std::string(row.fault)));
+    }
+}
+
+TEST_F(DefinitionsTest, SomeKeysCountAtTheStartOnly) {
+    for (const char* file : {"a.pem", "a.key"}) m_folder.Write(file, "x");
+    ASSERT_TRUE(Load("[server]\nclients = 5\n[network]\naddress = \"localhost:1\"\n"));
+    const Definitions current = m_definitions;
+    EXPECT_THAT(KeepUntilNextStart(current, m_definitions), IsEmpty());
+    ASSERT_TRUE(Load(R"(
+[server]
+name = "A"
+data = "B"
+users = "C"
+clients = 6
+[network]
+local-socket = false
+address = "localhost:2"
+certificate = "a.pem"
+key = "a.key"
+authority = "a.pem"
+plain-text-allowed = true
+)")) << testing::PrintToString(m_errors);
+    m_definitions.socketGroup = "root";
+    EXPECT_THAT(KeepUntilNextStart(current, m_definitions),
+                ElementsAre("server.name", "server.data", "server.users", "network.local-socket",
+                            "network.group", "network.address", "network.certificate",
+                            "network.key", "network.authority", "network.plain-text-allowed"));
+    EXPECT_THAT(KeepUntilNextStart(current, m_definitions), IsEmpty());
+    EXPECT_EQ(m_definitions.address, "localhost:1");
+    EXPECT_EQ(m_definitions.name, "sorvaned");
+    EXPECT_EQ(m_definitions.maxClients, 6);
 }
 
 TEST_F(DefinitionsTest, VariableHasItsAttributes) {

@@ -277,6 +277,22 @@ TEST_F(ServerTest, ReloadWithAnErrorChangesNothing) {
     EXPECT_THAT(Updates(client), ElementsAre("9: 171 0 " + At(m_tStart) + " 1.00"));
 }
 
+TEST_F(ServerTest, ReloadTellsWhatHasToWaitForTheNextStart) {
+    Start("[[variable]]\nname = \"A\"\nvalue = 1\n");
+    Configure(
+        "[server]\nname = \"Inny\"\n[network]\naddress = \"localhost:0\"\n"
+        "[[variable]]\nname = \"B\"\nvalue = 2\n");
+    m_server->Reload();
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 server.name: zmiana zadziała po ponownym uruchomieniu serwera",
+                            "1 network.address: zmiana zadziała po ponownym uruchomieniu serwera",
+                            "2 Konfiguracja odczytana ponownie"));
+    EXPECT_EQ(m_server->Settings().name, "sorvaned");
+    TestClient& client = LogIn();
+    client.Say(SubscribeRequest{{{1, "B"}}, {}, 0, true});
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart) + " 2.00"));
+}
+
 TEST_F(ServerTest, VariableThatComesBackHasItsData) {
     const char* both =
         "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"A\"\nrt = 2\n"

@@ -1,5 +1,6 @@
 #include "platform/posix/AccountName.h"
 
+#include <grp.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -18,6 +19,10 @@ std::string AccountName() {
         buffer.resize(buffer.size() * 2);
     }
     return found == nullptr ? std::to_string(geteuid()) : FromUtf8(found->pw_name);
+}
+
+bool HasSystemGroup(const std::string& name) {
+    return getgrnam(name.c_str()) != nullptr;
 }
 
 }  // namespace kalvex

@@ -8,4 +8,7 @@ namespace kalvex {
 // for it.
 std::string AccountName();
 
+// Whether the machine has a group of this name (UTF-8). Main thread.
+bool HasSystemGroup(const std::string& name);
+
 }  // namespace kalvex

@@ -8,6 +8,7 @@
 #include "platform/UserStore.h"
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
+#include "programs/sorvaned/Listening.h"
 #include "programs/sorvaned/PasswordPrompt.h"
 #include "server/Server.h"
 #include "values/LocalTimeText.h"
@@ -17,6 +18,7 @@ namespace kalvex {
 namespace {
 
 constexpr std::int64_t kTick = 100;  // ms
+constexpr std::int64_t kCheck = 1000;
 
 class ErrorOutputLog final : public LogSink {
   public:
@@ -52,8 +54,16 @@ int Serve(const SorvanedOptions& options) {
     loop.OnSignal(SIGINT, [&loop] { loop.Quit(); });
     std::vector<std::string> errors;
     if (!server.Start(options.configuration, errors)) return Fail(errors);
+    std::unique_ptr<NetworkServer> network;
+    std::string error;
+    if (!OpenToClients(server, loop, log, network, error)) {
+        server.Stop();
+        return Fail(error);
+    }
     loop.Every(kTick, [&server] { server.Tick(); });
+    if (network) loop.Every(kCheck, [&network] { network->Check(); });
     loop.Run();
+    network.reset();
     server.Stop();
     return ExitDone;
 }

@@ -2,11 +2,10 @@
 
 #include <sys/un.h>
 
-#include <charconv>
 #include <cstdlib>
 
-#include "platform/AddressRange.h"
 #include "platform/CodePage.h"
+#include "platform/NetworkAddress.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {
@@ -46,25 +45,6 @@ std::string JoinAddress(const std::string& host, std::uint16_t port) {
 }
 
 }  // namespace
-
-bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port) {
-    const std::size_t colon = text.rfind(':');
-    if (colon == std::string_view::npos) return false;
-    std::string_view name = text.substr(0, colon);
-    if (name.size() > 2 && name.front() == '[' && name.back() == ']') {
-        name = name.substr(1, name.size() - 2);
-    } else if (name.find_first_of(":[]") != std::string_view::npos) {
-        return false;
-    }
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data() + colon + 1, end, port);
-    host = name;
-    return !host.empty() && error == std::errc() && rest == end;
-}
-
-bool IsLoopback(std::string_view host) {
-    return host == "localhost" || IsInRange(host, "127.0.0.0/8") || IsInRange(host, "::1");
-}
 
 std::string RuntimeFolder() {
     if (std::string folder = Environment("SORVANE_RUNTIME_DIR"); !folder.empty()) return folder;

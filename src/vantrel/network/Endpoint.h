@@ -39,13 +39,6 @@ struct Endpoint {
 std::uint32_t FindEndpoint(std::string_view source, const ServerAddresses& addresses,
                            const std::string& runtimeFolder, Endpoint& endpoint);
 
-// False when the text is no address. The host stands without brackets.
-bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port);
-
-// "localhost" or a loopback address. Another name counts as one beyond this machine whatever it
-// means at the moment.
-bool IsLoopback(std::string_view host);
-
 // The folder of local sockets: $SORVANE_RUNTIME_DIR, else $XDG_RUNTIME_DIR/sorvane, else
 // /run/sorvane.
 std::string RuntimeFolder();

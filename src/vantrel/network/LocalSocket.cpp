@@ -28,6 +28,7 @@ bool LocalSocket::Claim(const std::string& path, std::string& error) {
     const std::filesystem::path file(path);
     std::error_code code;
     std::filesystem::create_directories(file.parent_path(), code);
+    if (code) return Fail(error, "Nie można utworzyć folderu", file.parent_path(), code.message());
     const std::string lock = file.parent_path() / ("." + file.filename().string() + ".lock");
     bool taken = false;
     std::string why;

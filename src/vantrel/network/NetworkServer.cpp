@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/CodePage.h"
+#include "platform/NetworkAddress.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/LocalSocket.h"
 #include "vantrel/network/ServerCall.h"

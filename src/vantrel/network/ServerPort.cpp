@@ -5,7 +5,9 @@
 #include <grpcpp/server.h>
 #include <grpcpp/server_builder.h>
 
+#include "platform/NetworkAddress.h"
 #include "vantrel/network/GrpcStream.h"
+#include "vantrel/network/ListeningFault.h"
 #include "vantrel/network/TlsContent.h"
 
 namespace kalvex {
@@ -159,16 +161,22 @@ class GrpcPort final : public ServerPort {
         }
         m_pServer = builder.BuildAndStart();
         if (m_pServer) return true;
-        error = "Nie można nasłuchiwać";
-        for (const std::string& place : {settings.localSocket, settings.address}) {
-            if (!place.empty()) error += " " + place;
-        }
+        error = "Nie można nasłuchiwać " + Fault(settings);
         return false;
     }
 
     int TcpPort() const override { return m_nTcpPort; }
 
   private:
+    // The library does not tell why; so the system is asked, and what it has nothing against is the
+    // fault of the certificate.
+    static std::string Fault(const PortSettings& settings) {
+        if (settings.address.empty()) return settings.localSocket;
+        std::string why = ListeningFault(settings.address);
+        if (why.empty() && settings.tls) why = "niepoprawny certyfikat albo klucz";
+        return why.empty() ? settings.address : settings.address + " (" + why + ")";
+    }
+
     static std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
                                                                     std::string& error) {
         TlsContent content;

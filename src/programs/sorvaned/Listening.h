@@ -1,0 +1,18 @@
+// Opens the data server to its clients. Main thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "server/Server.h"
+#include "vantrel/network/NetworkServer.h"
+
+namespace kalvex {
+
+// Listens as the server's configuration says, and tells the log where. `network` stays empty when
+// it says nowhere; it goes before the server stops. False with an engine text in `error` when that
+// cannot be.
+bool OpenToClients(Server& server, MainLoop& loop, LogSink& log,
+                   std::unique_ptr<NetworkServer>& network, std::string& error);
+
+}  // namespace kalvex
