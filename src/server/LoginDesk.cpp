@@ -72,15 +72,6 @@ LoginVerdict LoginDesk::Conclude(const Pending& pending, LoginVerdict verdict, b
     return verdict;
 }
 
-LoginVerdict LoginDesk::CheckNow(const LoginRequest& request, const std::string& address) {
-    const Pending pending{request, address, {}};
-    LoginVerdict verdict;
-    std::string hash;
-    if (Decide(pending, verdict, hash)) return verdict;
-    const bool right = CheckPassword(hash, request.password);
-    return Conclude(pending, std::move(verdict), right);
-}
-
 void LoginDesk::Check(LoginRequest request, std::string address, Done done) {
     m_arrPending.push_back({std::move(request), std::move(address), std::move(done)});
     Next();

@@ -47,9 +47,6 @@ class LoginDesk {
     // is gone. The user who is "NOBODY", or nameless, and has no password is nobody.
     void Check(LoginRequest request, std::string address, Done done);
 
-    // The same at once, for as long as it takes.
-    LoginVerdict CheckNow(const LoginRequest& request, const std::string& address);
-
   private:
     struct Pending {
         LoginRequest request;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/CodePage.h"
+#include "server/ClientText.h"
 #include "server/Session.h"
 
 namespace kalvex {
@@ -141,15 +142,26 @@ void Server::Forget(const Session& session) {
     m_mapSessions.erase(session.Number());
 }
 
-bool Server::ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) {
-    const LoginVerdict verdict = m_logins->CheckNow(login, {});
-    if (verdict.code != LoginOk) return false;
-    const std::vector<Rights::Granted> granted = m_rights.GrantedTo(verdict.user, {});
+void Server::ListVariables(LoginRequest login, std::string address, ListAnswer answer) {
+    const std::string user = login.user;
+    const std::string client = ClientText(login.clientName, address);
+    m_logins->Check(std::move(login), address,
+                    [this, user, client, address, answer = std::move(answer)](const auto& verdict) {
+                        LogLogin(verdict, user, client);
+                        if (verdict.code != LoginOk) return answer(std::nullopt);
+                        answer(DefinitionsFor(verdict.user, address));
+                    });
+}
+
+std::vector<VariableDefinition> Server::DefinitionsFor(const UserRecord& user,
+                                                       const std::string& address) const {
+    const std::vector<Rights::Granted> granted = m_rights.GrantedTo(user, address);
+    std::vector<VariableDefinition> list;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
         if (granted[variable.rule].read) list.push_back(DefinitionOf(variable.config));
     }
-    return true;
+    return list;
 }
 
 // ---- log and outcomes
@@ -161,6 +173,11 @@ void Server::Log(const std::string& text, int level) {
     for (const auto& [number, session] : m_mapSessions) {
         session->SendLog(m_arrLastMessages.back());
     }
+}
+
+void Server::LogLogin(const LoginVerdict& verdict, std::string_view user,
+                      const std::string& client) {
+    Log(LoginLine(verdict, user, client), verdict.code == LoginOk ? LogEvents : LogErrors);
 }
 
 std::deque<LogMessage> Server::LastMessages(std::size_t count) const {

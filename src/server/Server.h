@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Clock.h"
@@ -59,8 +60,7 @@ class Server final : public SessionAcceptor {
     // The session is counted until it is destroyed; one too many is refused.
     std::unique_ptr<ServerSession> Accept(ServerLink& link) override;
 
-    // For clients on this machine. Takes as long as the check of a password.
-    bool ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) override;
+    void ListVariables(LoginRequest login, std::string address, ListAnswer answer) override;
 
     // ---- for the sessions
 
@@ -70,6 +70,8 @@ class Server final : public SessionAcceptor {
     LoginDesk& GetLogins() { return *m_logins; }
     const Rights& GetRights() const { return m_rights; }
     void Log(const std::string& text, int level);  // an engine text
+    // `user` as the client gave it, `client` as the log names it.
+    void LogLogin(const LoginVerdict& verdict, std::string_view user, const std::string& client);
     std::deque<LogMessage> LastMessages(std::size_t count) const;
 
     // The session of that number, or null when it is gone.
@@ -85,6 +87,8 @@ class Server final : public SessionAcceptor {
   private:
     bool OpenFiles(std::vector<std::string>& errors);
     void Define();
+    std::vector<VariableDefinition> DefinitionsFor(const UserRecord& user,
+                                                   const std::string& address) const;
 
     const Clock& m_clock;
     LogSink& m_log;

@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "platform/CodePage.h"
+#include "server/ClientText.h"
 #include "server/Server.h"
 #include "values/Status.h"
 
@@ -21,18 +22,7 @@ constexpr std::size_t kMostBacklog = 8;
 
 constexpr std::uint16_t kNoVariable = 0;
 
-constexpr const char* kLogin = "Rejestracja użytkownika ";
-constexpr const char* kLoginTry = "Próba rejestracji użytkownika ";
-constexpr const char* kFrom = " z ";
 constexpr const char* kManySubscriptions = "zbyt wiele subskrybowanych zmiennych";
-
-// Bytes that would break a log line become "?".
-std::string Printable(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-    }
-    return text;
-}
 
 }  // namespace
 
@@ -62,8 +52,7 @@ void Session::OnDrained() {
 }
 
 std::string Session::Peer() const {
-    const std::string address = m_link.PeerAddress();
-    return Printable(m_strClient) + (address.empty() ? "" : " (" + address + ")");
+    return ClientText(m_strClient, m_link.PeerAddress());
 }
 
 void Session::TellOnce(const char* polish) {
@@ -91,10 +80,7 @@ void Session::Receive(LoginRequest& message) {
 
 void Session::OnLogin(const LoginVerdict& verdict) {
     const bool accepted = verdict.code == LoginOk;
-    const std::string user = Printable(accepted ? verdict.user.name : m_strUser);
-    std::string line = FromUtf8(accepted ? kLogin : kLoginTry) + user + kFrom + Peer();
-    if (!accepted) line += " - " + verdict.text;
-    m_server.Log(line, accepted ? LogEvents : LogErrors);
+    m_server.LogLogin(verdict, m_strUser, Peer());
     m_eState = accepted ? State::LoggedIn : State::New;
     if (accepted) {
         m_user = verdict.user;

@@ -71,7 +71,12 @@ class InProcessTransport final : public ClientTransport {
     bool LoadVariableList(const LoginRequest& login,
                           std::vector<VariableDefinition>& list) override {
         SessionAcceptor* server = m_network.FindServer(m_strSource);
-        return server != nullptr && server->ListVariables(login, list);
+        if (server == nullptr) return false;
+        const auto answered = std::make_shared<std::optional<std::vector<VariableDefinition>>>();
+        server->ListVariables(login, {},
+                              [answered](auto definitions) { *answered = std::move(definitions); });
+        if (*answered) list = std::move(**answered);
+        return answered->has_value();
     }
 
     InProcessNetwork& m_network;

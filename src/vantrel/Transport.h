@@ -9,7 +9,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,7 +70,7 @@ class ClientTransport {
 
     // The definitions of all variables of the server in the server's order, also while the
     // connection is not open. May wait for the server for as long as a person would; false when
-    // the list is not to be had.
+    // the list is not to be had. A server on the same main thread has to answer at once.
     virtual bool LoadVariableList(const LoginRequest& login,
                                   std::vector<VariableDefinition>& list) = 0;
 };
@@ -120,13 +122,16 @@ class ServerSession {
 // Where a server hears of new clients; written by the server, outlives the transport.
 class SessionAcceptor {
   public:
+    // Takes the definitions of the variables, or nothing when the login is refused.
+    using ListAnswer = std::function<void(std::optional<std::vector<VariableDefinition>>)>;
+
     virtual ~SessionAcceptor() = default;
     // Null refuses the client.
     virtual std::unique_ptr<ServerSession> Accept(ServerLink& link) = 0;
 
-    // For ClientTransport::LoadVariableList; false refuses.
-    virtual bool ListVariables(const LoginRequest& login,
-                               std::vector<VariableDefinition>& list) = 0;
+    // For ClientTransport::LoadVariableList. `address` is as ServerLink::PeerAddress gives it.
+    // `answer` is called once, from within the call or later, unless the server goes before.
+    virtual void ListVariables(LoginRequest login, std::string address, ListAnswer answer) = 0;
 };
 
 // Waits for clients from its making on; destroying it ends all conversations with

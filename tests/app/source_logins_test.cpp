@@ -13,8 +13,8 @@ class DoorKeeper final : public SessionAcceptor {
     std::unique_ptr<ServerSession> Accept(ServerLink&) override {
         return std::make_unique<Session>(login);
     }
-    bool ListVariables(const LoginRequest&, std::vector<VariableDefinition>&) override {
-        return false;
+    void ListVariables(LoginRequest, std::string, ListAnswer answer) override {
+        answer(std::nullopt);
     }
 
     LoginRequest login;

@@ -178,24 +178,91 @@ TEST_F(LoginTest, NamesDoNotBreakTheLog) {
                 ElementsAre("1 Próba rejestracji użytkownika c??d z a?b - brak uprawnień"));
 }
 
-TEST_F(LoginTest, VariablesAreListedForThoseWhoMayReadThem) {
-    Start(
-        "[server]\nnobody = \"local\"\n[[access]]\nvariables = \"B\"\nread = \"50\"\n"
-        "[[variable]]\nname = \"A\"\nun = \"MPa\"\n[[variable]]\nname = \"B\"\n");
-    AddUser("adam", "tajne", 50);
-    LoginRequest request;
-    std::vector<VariableDefinition> list;
-    ASSERT_TRUE(m_server->ListVariables(request, list));
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list[0].name, "A");
-    EXPECT_THAT(list[0].attributes, ElementsAre(testing::Pair("un", "MPa")));
-    request.user = "adam";
-    EXPECT_FALSE(m_server->ListVariables(request, list));
-    request.password = "tajne";
-    list.clear();
-    ASSERT_TRUE(m_server->ListVariables(request, list));
-    EXPECT_EQ(list.size(), 2u);
+// ---- the list of variables
+
+class ListTest : public LoginTest {
+  protected:
+    ListTest() {
+        Start(
+            "[server]\nnobody = \"local\"\n[[access]]\nvariables = \"B\"\nread = \"50\"\n"
+            "[[variable]]\nname = \"A\"\nun = \"MPa\"\n[[variable]]\nname = \"B\"\n");
+        AddUser("adam", "tajne", 50, {}, {"10.1.0.0/16"});
+    }
+
+    void Ask(std::string user, std::string password, std::string address) {
+        LoginRequest request;
+        request.clientName = "Kalvex_stacja";
+        request.user = std::move(user);
+        request.password = std::move(password);
+        m_server->ListVariables(std::move(request), std::move(address), [this](auto definitions) {
+            m_arrAnswers.push_back(std::move(definitions));
+        });
+    }
+
+    // The names with blanks between, or "refused".
+    std::string Answer(std::string user, std::string password, std::string address) {
+        m_arrAnswers.clear();
+        Ask(std::move(user), std::move(password), std::move(address));
+        while (m_arrAnswers.empty()) m_loop.WaitAndRun();
+        if (!m_arrAnswers.front()) return "refused";
+        std::string names;
+        for (const VariableDefinition& definition : *m_arrAnswers.front()) {
+            names += (names.empty() ? "" : " ") + definition.name;
+        }
+        return names;
+    }
+
+    std::vector<std::optional<std::vector<VariableDefinition>>> m_arrAnswers;
+};
+
+TEST_F(ListTest, VariablesAreListedForThoseWhoMayReadThem) {
+    EXPECT_EQ(Answer("", "", ""), "A");
+    EXPECT_THAT(m_arrAnswers.front()->front().attributes, ElementsAre(testing::Pair("un", "MPa")));
+    EXPECT_EQ(Answer("adam", "tajne", "10.1.2.3"), "A B");
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("2 Rejestracja użytkownika NOBODY z Kalvex_stacja",
+                            "2 Rejestracja użytkownika adam z Kalvex_stacja (10.1.2.3)"));
 }
+
+TEST_F(ListTest, AddressDecidesAsForALogin) {
+    EXPECT_EQ(Answer("", "", "10.1.2.3"), "refused");
+    EXPECT_EQ(Answer("adam", "tajne", "10.2.2.3"), "refused");
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Próba rejestracji użytkownika  z Kalvex_stacja (10.1.2.3) - brak "
+                            "uprawnień",
+                            "1 Próba rejestracji użytkownika adam z Kalvex_stacja (10.2.2.3) - "
+                            "brak uprawnień"));
+}
+
+TEST_F(ListTest, WhoTriesPasswordsIsSlowedDown) {
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        EXPECT_EQ(Answer("adam", "zle", "10.1.2.3"), "refused");
+    }
+    EXPECT_EQ(Answer("adam", "tajne", "10.1.2.3"), "refused");
+    EXPECT_EQ(m_log.Take().back(),
+              "1 Próba rejestracji użytkownika adam z Kalvex_stacja (10.1.2.3) - zbyt wiele "
+              "nieudanych prób, następna możliwa za 2 s");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "tajne"),
+              "2 zbyt wiele nieudanych prób, następna możliwa za 2 s");
+    m_clock.Advance(2000);
+    EXPECT_EQ(Answer("adam", "tajne", "10.1.2.3"), "A B");
+}
+
+TEST_F(ListTest, PasswordIsNotCheckedWithinTheCall) {
+    Ask("adam", "tajne", "10.1.2.3");
+    EXPECT_THAT(m_arrAnswers, IsEmpty());
+    m_loop.WaitAndRun();
+    EXPECT_EQ(m_arrAnswers.size(), 1u);
+}
+
+TEST_F(ListTest, ServerThatGoesMeanwhileDoesNotAnswer) {
+    Ask("adam", "tajne", "10.1.2.3");
+    End();
+    m_loop.Run();
+    EXPECT_THAT(m_arrAnswers, IsEmpty());
+}
+
+// ---- who tries passwords
 
 TEST(LoginGateTest, WaitsDoubleUpToAMinuteAndAreForgotten) {
     LoginGate gate;

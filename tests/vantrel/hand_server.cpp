@@ -96,10 +96,15 @@ std::unique_ptr<ServerSession> HandServer::Accept(ServerLink& newLink) {
     return std::make_unique<HandSession>(*this, newLink);
 }
 
-bool HandServer::ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) {
-    heard.push_back("list " + login.user);
-    if (lists) list = definitions;
-    return lists;
+void HandServer::ListVariables(LoginRequest login, std::string address, ListAnswer answer) {
+    heard.push_back("list " + login.user + (address.empty() ? "" : " from " + address));
+    if (!answersList) {
+        listAnswer = std::move(answer);
+    } else if (lists) {
+        answer(definitions);
+    } else {
+        answer(std::nullopt);
+    }
 }
 
 void HeardConnection::AttachVarOwner(CVarVal& variable, CVarOwner* owner) {

@@ -20,7 +20,7 @@ std::string Describe(const CVal& value);
 class HandServer final : public SessionAcceptor {
   public:
     std::unique_ptr<ServerSession> Accept(ServerLink& link) override;
-    bool ListVariables(const LoginRequest& login, std::vector<VariableDefinition>& list) override;
+    void ListVariables(LoginRequest login, std::string address, ListAnswer answer) override;
 
     // To the client that came last.
     void Send(ServerMessage message) { link->Send(std::move(message)); }
@@ -36,6 +36,8 @@ class HandServer final : public SessionAcceptor {
     LoginResult loginResult;
     std::vector<VariableDefinition> definitions;
     bool lists = true;
+    bool answersList = true;
+    ListAnswer listAnswer;  // of the client that was not answered
 };
 
 // Keeps what its hooks are told. Owners are not looked into.

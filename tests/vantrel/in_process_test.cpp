@@ -78,6 +78,24 @@ TEST_F(InProcess, UnknownNameIsOutOfReach) {
     EXPECT_FALSE(other->LoadVariableList({}, list));
 }
 
+TEST_F(InProcess, ListOfVariablesIsHadAtOnceOrNotAtAll) {
+    server.definitions = {{"A", {{"un", "MPa"}}}, {"B", {}}};
+    std::vector<VariableDefinition> list;
+    LoginRequest login;
+    login.user = "jan";
+    ASSERT_TRUE(transport->LoadVariableList(login, list));
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(list[0].name, "A");
+    EXPECT_EQ(list[1].name, "B");
+    server.lists = false;
+    EXPECT_FALSE(transport->LoadVariableList(login, list));
+    server.answersList = false;
+    EXPECT_FALSE(transport->LoadVariableList(login, list));
+    server.listAnswer(server.definitions);
+    EXPECT_EQ(list.size(), 2u);
+    EXPECT_THAT(server.heard, ElementsAre("list jan", "list jan", "list jan"));
+}
+
 TEST_F(InProcess, CloseByTheClient) {
     Open();
     transport->Send(LastMessagesRequest{5});

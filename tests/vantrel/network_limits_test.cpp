@@ -204,6 +204,51 @@ TEST_F(RawClientTest, ListIsAskedForWithALogin) {
                                              "(to nie jest komunikat protokołu)"));
 }
 
+TEST_F(RawClientTest, ListMayBeAnsweredLater) {
+    acceptor.answersList = false;
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::ListVariables);
+    raw.stream->Resume();
+    raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "jan", ""})));
+    world.RunUntil(acceptor, "list jan");
+    acceptor.definitions = {{"A", {}}};
+    acceptor.listAnswer(acceptor.definitions);
+    EXPECT_EQ(raw.events->Take(),
+              Parcel(ServerMessage(VariableDefinitions{acceptor.definitions, true})));
+    EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Orderly);
+}
+
+TEST_F(RawClientTest, ListCallerThatHasGoneIsNotAnswered) {
+    acceptor.answersList = false;
+    server = world.Listen(settings, acceptor);
+    {
+        RawClient raw(Local(), StreamMethod::ListVariables);
+        raw.stream->Resume();
+        raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "jan", ""})));
+        world.RunUntil(acceptor, "list jan");
+    }
+    RawClient other(Local(), StreamMethod::Converse);
+    LogIn(other);
+    acceptor.listAnswer(std::nullopt);
+    server.reset();
+    acceptor.listAnswer(acceptor.definitions);
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+TEST_F(RawClientTest, ListCallersAreCountedWithTheConversations) {
+    settings.conversationLimit = 1;
+    server = world.Listen(settings, acceptor);
+    RawClient first(Local(), StreamMethod::Converse);
+    LogIn(first);
+    RawClient raw(Local(), StreamMethod::ListVariables);
+    raw.stream->Resume();
+    world.RunUntil([&] { return !world.log.lines.empty(); });
+    EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Refused);
+    EXPECT_THAT(world.log.lines,
+                ElementsAre("1 Odmowa połączenia z klientem na tym komputerze: za dużo klientów"));
+    EXPECT_THAT(acceptor.heard, testing::Not(testing::Contains("list ")));
+}
+
 TEST_F(RawClientTest, ListCallerThatSaysNothingIsGivenUp) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::ListVariables);

@@ -106,11 +106,11 @@ class Server final : public NetworkServer, private PortEvents {
     }
 
     void Admit(Caller caller) {
+        const bool tooMany = m_mapCalls.size() >= m_settings.conversationLimit;
         std::unique_ptr<ServerCall> call;
         if (caller.method == StreamMethod::ListVariables) {
-            call = std::make_unique<ListCall>(m_services, std::move(caller));
+            call = std::make_unique<ListCall>(m_services, std::move(caller), tooMany);
         } else {
-            const bool tooMany = m_mapCalls.size() >= m_settings.conversationLimit;
             call = std::make_unique<Conversation>(m_services, std::move(caller), tooMany);
         }
         m_mapCalls.emplace(call.get(), std::move(call));

@@ -154,20 +154,32 @@ void Conversation::BoundSubscription(SubscribeRequest& request) {
 
 // ---- lists of variables
 
-ListCall::ListCall(const CallServices& services, Caller caller)
-    : ServerCall(services, std::move(caller)) {
-    Start();
+ListCall::ListCall(const CallServices& services, Caller caller, bool tooMany)
+    : ServerCall(services, std::move(caller)), m_pSelf(std::make_shared<ListCall*>(this)) {
+    if (tooMany) {
+        Log(kTooManyClients);
+        End(ReasonServerEnded, Ending::Refusal);
+    } else {
+        Start();
+    }
 }
 
 void ListCall::OnParcel(ClientParcel parcel) {
-    const auto* message = std::get_if<ClientMessage>(&parcel);
-    const auto* login = message == nullptr ? nullptr : std::get_if<LoginRequest>(message);
-    VariableDefinitions list;
-    if (login == nullptr || !m_services.acceptor.ListVariables(*login, list.definitions)) {
-        return End(ReasonLoginRefused, Ending::Refusal);
-    }
+    if (std::exchange(m_bAsked, true)) return;
+    auto* message = std::get_if<ClientMessage>(&parcel);
+    auto* login = message == nullptr ? nullptr : std::get_if<LoginRequest>(message);
+    if (login == nullptr) return End(ReasonBadMessage, Ending::Refusal);
     m_strClient = login->clientName;
-    PackedAnswer packed = Pack(ServerMessage(std::move(list)));
+    m_services.acceptor.ListVariables(std::move(*login), m_caller.address,
+                                      [weak = std::weak_ptr(m_pSelf)](auto definitions) {
+                                          if (const auto self = weak.lock())
+                                              (*self)->Answer(std::move(definitions));
+                                      });
+}
+
+void ListCall::Answer(std::optional<std::vector<VariableDefinition>> definitions) {
+    if (!definitions) return End(ReasonLoginRefused, Ending::Refusal);
+    PackedAnswer packed = Pack(ServerMessage(VariableDefinitions{std::move(*definitions), true}));
     if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
     for (std::string& piece : packed.parcels) Put(std::move(piece));
     End(ReasonClosed, Ending::Quiet);

@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "vantrel/network/NetworkServer.h"
 #include "vantrel/network/Reception.h"
@@ -95,12 +97,17 @@ class Conversation final : public ServerCall, private ServerLink {
 
 class ListCall final : public ServerCall {
   public:
-    ListCall(const CallServices& services, Caller caller);
+    ListCall(const CallServices& services, Caller caller, bool tooMany);
 
   private:
+    void Answer(std::optional<std::vector<VariableDefinition>> definitions);
+
     void OnParcel(ClientParcel parcel) override;
     void OnWireFault(WireFault fault) override;
     bool Beats() const override { return false; }
+
+    bool m_bAsked = false;
+    const std::shared_ptr<ListCall*> m_pSelf;  // for an answer that comes when the call has gone
 };
 
 }  // namespace kalvex

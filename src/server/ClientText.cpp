@@ -1,0 +1,39 @@
+#include "server/ClientText.h"
+
+#include "platform/CodePage.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::size_t kLongestName = 255;
+
+constexpr const char* kLogin = "Rejestracja użytkownika ";
+constexpr const char* kLoginTry = "Próba rejestracji użytkownika ";
+constexpr const char* kFrom = " z ";
+
+// Bytes that would break a log line become "?".
+std::string Printable(std::string_view name) {
+    std::string text(name.substr(0, kLongestName));
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string ClientText(std::string_view name, const std::string& address) {
+    return Printable(name) + (address.empty() ? "" : " (" + address + ")");
+}
+
+std::string LoginLine(const LoginVerdict& verdict, std::string_view user,
+                      const std::string& client) {
+    const bool accepted = verdict.code == LoginOk;
+    const std::string name = Printable(accepted ? std::string_view(verdict.user.name) : user);
+    std::string line = FromUtf8(accepted ? kLogin : kLoginTry) + name + kFrom + client;
+    if (!accepted) line += " - " + verdict.text;
+    return line;
+}
+
+}  // namespace kalvex

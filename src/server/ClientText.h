@@ -1,0 +1,18 @@
+// How the log names clients and their logins. Engine texts; what a client gives may be anything.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "server/LoginDesk.h"
+
+namespace kalvex {
+
+// The client's name, and its address unless it is on this machine.
+std::string ClientText(std::string_view name, const std::string& address);
+
+// `user` is the name that was given.
+std::string LoginLine(const LoginVerdict& verdict, std::string_view user,
+                      const std::string& client);
+
+}  // namespace kalvex
