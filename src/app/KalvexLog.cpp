@@ -19,10 +19,10 @@ constexpr LevelRow kLevels[] = {
 
 }  // namespace
 
-CKalvexLog::CKalvexLog(const Clock& clock, const Translator& translator, bool consoleClient)
-    : CLog(clock, translator),
-      m_bConsoleClient(consoleClient),
-      m_nLevel(consoleClient ? kLogLevelOfModule : int{LogErrors}) {}
+void CKalvexLog::BecomeConsoleClient() {
+    m_bConsoleClient = true;
+    m_nLevel = kLogLevelOfModule;
+}
 
 std::string CKalvexLog::Prefixed(std::string_view text) const {
     return (m_bConsoleClient ? "RC: " : "") + std::string(text);
@@ -32,7 +32,7 @@ void CKalvexLog::Log(std::string_view text, int level) {
     if (!m_bConsoleClient && level > m_nLevel) return;
     const std::int64_t time = m_clock.Now();
     const std::string line = Prefixed(text);
-    if (!m_bConsoleClient && m_pOutlets != nullptr) m_pOutlets->AddLogMessage(line, time, level);
+    if (!m_bConsoleClient && m_pClients != nullptr) m_pClients->AddLogMessage(line, time, level);
     AddMessage(line, time, level);
     if (m_pOutlets != nullptr) m_pOutlets->ShowStatusLine(line);
 }

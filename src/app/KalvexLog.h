@@ -8,24 +8,34 @@
 
 namespace kalvex {
 
-// What a log does beside keeping its lines.
+// What a log does in its process beside keeping its lines.
 class LogOutlets {
   public:
     virtual ~LogOutlets() = default;
-    // To the clients of a module.
-    virtual void AddLogMessage(std::string_view text, std::int64_t time, int level) = 0;
     virtual void ShowStatusLine(std::string_view text) = 0;
-    // The level has been set: the clients of a module hear of it, and the profile keeps it.
+    // The level of a module has been set: the profile keeps it.
     virtual void OnLogLevel(int level) = 0;
+};
+
+// The clients of a module that hear of its lines.
+class LogClients {
+  public:
+    virtual ~LogClients() = default;
+    virtual void AddLogMessage(std::string_view text, std::int64_t time, int level) = 0;
 };
 
 class CKalvexLog final : public CLog, public LogSink {
   public:
-    // A console client filters nothing until it has heard the level of its module.
-    CKalvexLog(const Clock& clock, const Translator& translator, bool consoleClient);
+    // The log of a module.
+    CKalvexLog(const Clock& clock, const Translator& translator) : CLog(clock, translator) {}
+
+    // From now on it is that of a console client, which filters nothing until it has heard the
+    // level of its module.
+    void BecomeConsoleClient();
 
     // None by default; not owned.
     void SetOutlets(LogOutlets* outlets) { m_pOutlets = outlets; }
+    void SetClients(LogClients* clients) { m_pClients = clients; }
 
     // Above the level of a module nothing happens.
     void Log(std::string_view text, int level) override;
@@ -42,9 +52,10 @@ class CKalvexLog final : public CLog, public LogSink {
   private:
     std::string Prefixed(std::string_view text) const;
 
-    const bool m_bConsoleClient;
-    int m_nLevel;
+    bool m_bConsoleClient = false;
+    int m_nLevel = LogErrors;
     LogOutlets* m_pOutlets = nullptr;
+    LogClients* m_pClients = nullptr;
 };
 
 }  // namespace kalvex

@@ -1,11 +1,20 @@
 #include "platform/IniProfile.h"
 
 #include <cstdlib>
+#include <filesystem>
 
 #include "platform/FileEdit.h"
 #include "platform/Files.h"
 
 namespace kalvex {
+
+bool IniProfile::IsReadable(std::string& error) const {
+    std::string content;
+    std::error_code fault;
+    const std::filesystem::file_status status = std::filesystem::status(m_strPath, fault);
+    return status.type() == std::filesystem::file_type::not_found ||
+           ReadWholeFile(m_strPath, content, error);
+}
 
 CIniText IniProfile::Read(const std::string& path) const {
     std::string content;

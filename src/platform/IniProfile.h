@@ -13,9 +13,10 @@ namespace kalvex {
 class IniProfile final : public Profile {
   public:
     // The file of the process; it need not be there.
-    explicit IniProfile(std::string path) : m_strPath(std::move(path)) {}
+    explicit IniProfile(std::string path = {}) : m_strPath(std::move(path)) {}
 
-    void SetProfileConfigEx(std::string path) { m_strPath = std::move(path); }
+    void SetProfileConfigEx(std::string path) override { m_strPath = std::move(path); }
+    bool IsReadable(std::string& error) const override;
     const std::string& GetPath() const { return m_strPath; }
 
     std::string GetProfileStringEx(std::string_view section, std::string_view key,

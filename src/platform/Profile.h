@@ -17,6 +17,11 @@ class Profile {
   public:
     virtual ~Profile() = default;
 
+    // Takes the file as the profile of the process from now on; it need not be there.
+    virtual void SetProfileConfigEx(std::string path) = 0;
+    // False, with the system's words in `error`, when the profile is there and cannot be read.
+    virtual bool IsReadable(std::string& error) const = 0;
+
     // The value of the key, or the fallback where there is none.
     virtual std::string GetProfileStringEx(std::string_view section, std::string_view key,
                                            std::string_view fallback = {},

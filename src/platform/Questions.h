@@ -12,4 +12,10 @@ class Questions {
     virtual bool AskYesNo(std::string_view text) = 0;  // Windows-1250
 };
 
+// Where nobody is at the keyboard nothing is agreed to.
+class CNoAnswers final : public Questions {
+  public:
+    bool AskYesNo(std::string_view) override { return false; }
+};
+
 }  // namespace kalvex

@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "platform/UserManager.h"
 #include "platform/UserStore.h"
-#include "platform/Users.h"
 
 namespace kalvex {
 
-class UserSession final : public Users {
+class UserSession final : public UserManager {
   public:
     // The store outlives the session. The account is the one that the process runs under.
     UserSession(const UserStore& store, std::string accountName)
@@ -19,13 +19,10 @@ class UserSession final : public Users {
     UserSession(const UserSession&) = delete;
     UserSession& operator=(const UserSession&) = delete;
 
-    // Logs the user in instead of whoever is; with a wrong password nothing changes. Takes as long
-    // as the check of a password.
-    bool RegisterUser(std::string_view name, std::string_view password);
+    bool RegisterUser(std::string_view name, std::string_view password) override;
+    bool CheckRight(int level) const override;
     void Logout();
 
-    // Whether the active user has at least this level; nobody has level 0.
-    bool CheckRight(int level) const;
     // Whether somebody is logged in and has the right, coming from that address.
     bool CheckActiveUserRight(std::string_view right, std::string_view address) const;
 

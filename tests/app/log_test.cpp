@@ -21,7 +21,7 @@ using testing::IsEmpty;
 // 2024-03-10 07:00:00 in Warsaw.
 constexpr std::int64_t kNow = 1710050400;
 
-class Outlets final : public LogOutlets {
+class Outlets final : public LogOutlets, public LogClients {
   public:
     void AddLogMessage(std::string_view text, std::int64_t time, int level) override {
         forwarded.push_back(ToUtf8(text) + '/' + std::to_string(time) + '/' +
@@ -40,8 +40,11 @@ class LogTest : public testing::Test {
     LogTest() {
         ::setenv("TZ", "Europe/Warsaw", 1);
         ::tzset();
-        m_module.SetOutlets(&m_outlets);
-        m_client.SetOutlets(&m_outlets);
+        m_client.BecomeConsoleClient();
+        for (CKalvexLog* log : {&m_module, &m_client}) {
+            log->SetOutlets(&m_outlets);
+            log->SetClients(&m_outlets);
+        }
     }
 
     static std::vector<std::string> Lines(const CLog& log) {
@@ -62,8 +65,8 @@ class LogTest : public testing::Test {
     VirtualClock m_clock{kNow};
     Translator m_translator;
     Outlets m_outlets;
-    CKalvexLog m_module{m_clock, m_translator, false};
-    CKalvexLog m_client{m_clock, m_translator, true};
+    CKalvexLog m_module{m_clock, m_translator};
+    CKalvexLog m_client{m_clock, m_translator};
 };
 
 TEST_F(LogTest, TextBeginsBehindTheStamp) {

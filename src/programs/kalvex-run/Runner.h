@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/Pace.h"
 #include "engine/DocumentServices.h"
 #include "engine/Tick.h"
 #include "platform/Clock.h"
@@ -17,7 +18,6 @@
 #include "platform/posix/Processes.h"
 #include "programs/kalvex-run/Actions.h"
 #include "programs/kalvex-run/Options.h"
-#include "programs/kalvex-run/Pace.h"
 #include "programs/kalvex-run/RunLog.h"
 #include "programs/kalvex-run/RunProfile.h"
 #include "programs/kalvex-run/RunScript.h"
@@ -27,12 +27,6 @@
 namespace kalvex {
 
 enum ExitStatus : int { ExitFinished = 0, ExitFailed = 1, ExitRefused = 2, ExitLimit = 3 };
-
-// Nobody is at the keyboard, so nothing is agreed to.
-class CNoAnswers final : public Questions {
-  public:
-    bool AskYesNo(std::string_view) override { return false; }
-};
 
 class CRunner {
   public:

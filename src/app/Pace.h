@@ -1,5 +1,5 @@
-// The pace of a run against the real clock: one tick a millisecond by elapsed time. A run that
-// falls behind catches up within bounds, so that a stall does not turn into a burst.
+// The pace of ticks against a real clock: one a millisecond by elapsed time. Whoever falls behind
+// catches up within bounds, so that a stall does not turn into a burst.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@ class CPace {
   public:
     static constexpr std::int64_t kMostBehind = 100;  // ticks
 
-    // Takes the next tick when it is due. Milliseconds since the start of the run.
+    // Takes the next tick when it is due. Milliseconds since the making of the pace.
     bool TakeTick(std::int64_t now) {
         m_nNext = std::max(m_nNext, now - kMostBehind);
         if (now < m_nNext) return false;

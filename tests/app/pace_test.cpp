@@ -1,4 +1,4 @@
-#include "programs/kalvex-run/Pace.h"
+#include "app/Pace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,76 @@
+// What the application asks of the process that it lives in. Everything here is called on the main
+// thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/MainWindow.h"
+#include "platform/Clock.h"
+#include "platform/Crypt.h"
+#include "platform/Instances.h"
+#include "platform/MainLoop.h"
+#include "platform/NetworkProbes.h"
+#include "platform/Processes.h"
+#include "platform/Profile.h"
+#include "platform/Translator.h"
+#include "platform/UserManager.h"
+#include "vantrel/Transport.h"
+
+namespace kalvex {
+
+// The loop of the process; it calls nothing from within these operations.
+class AppLoop : public MainLoop {
+  public:
+    // Calls `work` every so many milliseconds; a timer of that number begins anew. False when the
+    // system has no timer to give.
+    virtual bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) = 0;
+    virtual void KillTimer(int id) = 0;
+    // Ends the loop after the work at hand.
+    virtual void Quit() = 0;
+};
+
+// A library that has to be started before its use.
+class AppLibrary {
+  public:
+    virtual ~AppLibrary() = default;
+    // False with the reason, an engine text, in `error`.
+    virtual bool Start(std::string& error) = 0;
+    virtual void Stop() = 0;
+};
+
+// What carries messages to data servers, between the start and the stop of its library.
+class AppTransports {
+  public:
+    virtual ~AppTransports() = default;
+    virtual TransportFactory& Factory() = 0;
+    // The periodic work of all transports.
+    virtual void Check() = 0;
+};
+
+// Nothing is owned; all of it outlives the application.
+struct AppWorld {
+    Clock& clock;
+    const Translator& translator;
+    AppLoop& loop;
+    Profile& profile;
+    const CCrypt& crypt;
+    UserManager& users;
+    Instances& instances;
+    Processes& processes;
+    NetworkProbes& probes;
+    AppTransports& transports;
+    std::vector<AppLibrary*> libraries = {};  // in the order of their start
+    MainWindow* window = nullptr;             // without one the process is not interactive
+    bool service = false;                     // run by the system, with no session of its own
+
+    // In the system's encoding; the folders are absolute paths.
+    std::vector<std::string> arguments = {};  // without the program's name
+    std::string workingDir = {};              // of the profile and of relative paths
+    std::string logFolder = {};
+    std::string hostName = {};
+};
+
+}  // namespace kalvex

@@ -1,0 +1,135 @@
+#include "app/KalvexApp.h"
+
+#include "platform/CodePage.h"
+#include "platform/TextFormat.h"
+#include "platform/Threads.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr ThreadIdentity kMainThread{"MainThread", 101};
+
+constexpr int kMayRefuse = 0;  // flags of CloseInstance
+constexpr int kMustClose = 1;
+
+enum Broadcast : unsigned int { BroadcastUser = 0, BroadcastInfo = 1 };
+
+}  // namespace
+
+CKalvexApp::CKalvexApp(const AppWorld& world)
+    : m_world(world),
+      m_cmdLine(world.arguments),
+      m_log(m_world.clock, m_world.translator),
+      m_diagnosticLog(m_world.clock, m_world.translator) {
+    SetThreadIdentity(kMainThread);
+}
+
+CKalvexApp::~CKalvexApp() = default;
+
+// ---- the end
+
+void CKalvexApp::OnCloseMainWindow() {
+    if (std::exchange(m_bClosing, true)) return;
+    MainWindow* const window = m_world.window;
+    const bool allowed =
+        window == nullptr ||
+        (m_world.users.CheckRight(m_nCloseLevel) &&
+         (!m_cmdLine.HasOption("Q") || window->AskYesNo(m_world.translator.Translate(
+                                           "Czy zakończyć działanie programu Kalvex?"))));
+    if (allowed) CloseFrame();
+    m_bClosing = false;
+}
+
+void CKalvexApp::CloseFrame() {
+    if (CloseInstance(kMayRefuse) == 0) m_world.loop.Quit();
+}
+
+int CKalvexApp::CloseInstance(int flag) {
+    MainWindow* const window = m_world.window;
+    if (window != nullptr) {
+        if (!window->SaveModified() && flag == kMayRefuse) return -1;
+        window->Hide();
+    }
+    if (m_pDocuments) m_pDocuments->CloseAll();
+    if (m_pServices) m_pServices->sources = nullptr;
+    m_pClientInterface.reset();
+    m_configuration.autostart.clear();
+    return 0;
+}
+
+void CKalvexApp::OnEndSession(bool ending) {
+    if (m_world.service || !ending) return;
+    m_log.LogAlways(m_world.translator.Translate("Sesja Windows została zakończona"));
+    CloseInstance(kMustClose);
+}
+
+int CKalvexApp::ExitInstance() {
+    CloseInstance(kMustClose);
+    LogAppStop();
+    m_log.SetLogFile({}, 0);
+    m_diagnosticLog.SetLogFile({}, 0);
+    m_log.SetOutlets(nullptr);
+    m_pFrame.reset();
+    while (m_nLibrariesStarted > 0) m_world.libraries[--m_nLibrariesStarted]->Stop();
+    return m_end.exitStatus;
+}
+
+void CKalvexApp::LogAppStart() {
+    m_log.Log(FormatText(m_world.translator.Translate("Uruchomienie modułu %s"),
+                         {m_configuration.moduleName}),
+              kalvex::LogAlways);
+    m_bStartLogged = true;
+    const std::string warning = m_cmdLine.GetWarning(m_world.translator);
+    if (!warning.empty()) m_log.Log(warning, LogErrors);
+}
+
+void CKalvexApp::LogAppStop() {
+    if (!std::exchange(m_bStartLogged, false)) return;
+    m_log.Log(FormatText(m_world.translator.Translate("Zatrzymanie modułu %s"),
+                         {m_configuration.moduleName}),
+              kalvex::LogAlways);
+}
+
+// ---- while the process runs
+
+void CKalvexApp::DoPeriodicWork() {
+    if (m_pClientInterface) m_pClientInterface->SourceList().CheckConnections();
+    m_world.transports.Check();
+}
+
+void CKalvexApp::OnUserBroadcast(unsigned int parameter, std::string_view info) {
+    if (parameter <= BroadcastInfo) m_log.Log(info, kalvex::LogAlways);
+    if (parameter == BroadcastUser && m_pClientInterface) m_pClientInterface->SourceList().Login();
+    UpdateCloseEntry();
+}
+
+void CKalvexApp::UpdateCloseEntry() {
+    if (m_world.window == nullptr) return;
+    m_world.window->EnableCloseEntry(m_world.users.CheckRight(m_nCloseLevel));
+}
+
+void CKalvexApp::UpdateTitle() {
+    if (m_world.window != nullptr) m_world.window->SetTitle(WithInstance(" [%d]", "Kalvex"));
+}
+
+void CKalvexApp::ReopenLogFiles() {
+    m_log.ReopenLogFile();
+    m_diagnosticLog.ReopenLogFile();
+}
+
+void CKalvexApp::SetLogLevel(int level) {
+    m_log.SetLevel(level);
+    m_log.PublishLevel();
+}
+
+void CKalvexApp::ShowStatusLine(std::string_view text) {
+    m_pFrame->SetStatusLine(text);
+}
+
+void CKalvexApp::OnLogLevel(int level) {
+    m_configuration.logLevel = level;
+    m_store->WriteLogLevel(m_configuration);
+}
+
+}  // namespace kalvex

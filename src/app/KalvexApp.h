@@ -1,0 +1,145 @@
+// The application: the role of its process, the order in which everything starts and stops, and
+// what the process has once: settings, log, data sources, documents. Main thread.
+//
+// InitInstance, then the loop of the process until it is told to quit, then ExitInstance, whatever
+// came before.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "app/AppWorld.h"
+#include "app/CmdLine.h"
+#include "app/Configuration.h"
+#include "app/KalvexLog.h"
+#include "app/MainFrame.h"
+#include "app/ScriptDocuments.h"
+#include "engine/DocumentServices.h"
+#include "platform/Paths.h"
+#include "sources/ClientInterface.h"
+
+namespace kalvex {
+
+// How the process ends, for whoever started it.
+struct AppEnd {
+    int exitStatus = 0;
+    std::string text;  // an engine text; empty when there is nothing to say
+};
+
+class CKalvexApp final : private LogOutlets {
+  public:
+    // The calling thread becomes the main one.
+    explicit CKalvexApp(const AppWorld& world);
+    ~CKalvexApp() override;
+    CKalvexApp(const CKalvexApp&) = delete;
+    CKalvexApp& operator=(const CKalvexApp&) = delete;
+
+    // False when the process has to end, with the reason in GetEnd.
+    bool InitInstance();
+    // Closes the documents and lets go of the data sources. With flag 0 the person at the keyboard
+    // may refuse, which gives -1 and changes nothing; otherwise 0.
+    int CloseInstance(int flag);
+    // Stops what InitInstance has started; the exit status.
+    int ExitInstance();
+    const AppEnd& GetEnd() const { return m_end; }
+
+    // What the system, the window and the user management tell.
+    void OnCloseMainWindow();
+    // True in `ending`: the session of the person at the keyboard ends.
+    void OnEndSession(bool ending);
+    // Parameter 0: another user is logged in, 1: something else to tell of; any other: rights may
+    // have changed.
+    void OnUserBroadcast(unsigned int parameter, std::string_view info);
+    // The files may have been moved: the next line goes to those that bear the names then.
+    void ReopenLogFiles();
+    // Takes effect at once, is told and kept.
+    void SetLogLevel(int level);
+
+    bool IsConsoleClient() const { return m_bConsoleClient; }
+    bool IsInteractiveMode() const { return m_world.window != nullptr; }
+    int GetInstance() const { return m_nInstance; }
+    // By which the servers know the module, and the machine's process in it.
+    const std::string& GetModuleName() const { return m_configuration.moduleName; }
+    const std::string& GetClientIdentity() const { return m_strClientIdentity; }
+    int GetCloseLevel() const { return m_nCloseLevel; }
+    const CConfiguration& Configuration() const { return m_configuration; }
+    CKalvexLog& Log() { return m_log; }
+    const CLog& DiagnosticLog() const { return m_diagnosticLog; }
+
+    // After InitInstance: of the process until its end; the sources go with CloseInstance, and are
+    // null then.
+    CMainFrame& MainFrame() { return *m_pFrame; }
+    CScriptDocuments& Documents() { return *m_pDocuments; }
+    CClientInterface* ClientInterface() { return m_pClientInterface.get(); }
+
+  private:
+    using Step = bool (CKalvexApp::*)();
+    static const Step kSteps[];
+
+    // The steps of InitInstance; false ends it.
+    bool ShowParameters();
+    bool ReadRole();
+    bool RefuseOptionC();
+    bool DecideRole();
+    bool LockInstance();
+    bool ConfigureProfile();
+    bool NameLogFiles();
+    bool StartLibraries();
+    bool RequirePrimaryInstance();
+    bool OpenProfile();
+    bool TakeNames();
+    bool LoadSettings();
+    bool OpenLogFile();
+    bool MakeDocuments();
+    bool CreateMainFrame();
+    bool CreateClientInterface();
+    bool TellRole();
+    bool ScheduleAutoStart();
+    bool CompleteFrame();
+
+    bool Fail(std::string text);
+    bool FailWithBox(std::string text);
+    std::string WithInstance(std::string_view format, std::string_view name) const;
+
+    void RunAutoStart();
+    bool LogIn();
+    void OpenAutoStartScripts();
+    void OnLoginFailed(std::string text);
+    void DoPeriodicWork();
+    void UpdateCloseEntry();
+    void UpdateTitle();
+    void CloseFrame();
+    void LogAppStart();
+    void LogAppStop();
+
+    void ShowStatusLine(std::string_view text) override;
+    void OnLogLevel(int level) override;
+
+    const AppWorld m_world;
+    const CCmdLine m_cmdLine;
+    bool m_bConsoleClient = false;
+    int m_nInstance = 1;
+    int m_nCloseLevel = 0;
+    std::string m_strProfile;  // path
+    std::string m_strLogBase;  // path and name of the log files
+    CConfiguration m_configuration;
+    std::string m_strClientIdentity;
+    CKalvexLog m_log;
+    CLog m_diagnosticLog;
+    std::optional<Paths> m_paths;
+    std::optional<CConfigurationStore> m_store;
+    std::size_t m_nLibrariesStarted = 0;
+    CNoAnswers m_noAnswers;
+    std::unique_ptr<CClientInterface> m_pClientInterface;
+    std::unique_ptr<DocumentServices> m_pServices;
+    std::unique_ptr<CScriptDocuments> m_pDocuments;
+    std::unique_ptr<CMainFrame> m_pFrame;
+    bool m_bStartLogged = false;
+    bool m_bClosing = false;
+    AppEnd m_end;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,305 @@
+// The start of the application: the steps of InitInstance, and what runs once after them.
+#include "app/KalvexApp.h"
+#include "language/Functions.h"
+#include "language/Statements.h"
+#include "platform/CodePage.h"
+#include "platform/TextFormat.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kProgram = "Kalvex";
+constexpr const char* kClientLock = "Kalvex_RC";
+constexpr const char* kClientSuffix = "_RC";
+constexpr const char* kClientLogSuffix = "_rc";
+constexpr const char* kDiagnosticSuffix = "_d";
+
+constexpr int kFirstInstance = 1;
+constexpr int kCloseLevel = 1;
+constexpr int kLoginLevel = 1;
+constexpr std::size_t kLogBytes = 10000000;
+constexpr unsigned int kUsualRefreshPeriod = 1000;  // milliseconds
+
+constexpr const char* kGeneral = "Konfiguracja";
+constexpr const char* kAutoClient = "AutoRC";
+
+}  // namespace
+
+// clang-format off
+const CKalvexApp::Step CKalvexApp::kSteps[] = {
+    &CKalvexApp::ShowParameters,
+    &CKalvexApp::ReadRole,
+    &CKalvexApp::RefuseOptionC,
+    &CKalvexApp::DecideRole,
+    &CKalvexApp::LockInstance,
+    &CKalvexApp::ConfigureProfile,
+    &CKalvexApp::NameLogFiles,
+    &CKalvexApp::StartLibraries,
+    &CKalvexApp::RequirePrimaryInstance,
+    &CKalvexApp::OpenProfile,
+    &CKalvexApp::TakeNames,
+    &CKalvexApp::LoadSettings,
+    &CKalvexApp::OpenLogFile,
+    &CKalvexApp::MakeDocuments,
+    &CKalvexApp::CreateMainFrame,
+    &CKalvexApp::CreateClientInterface,
+    &CKalvexApp::TellRole,
+    &CKalvexApp::ScheduleAutoStart,
+    &CKalvexApp::CompleteFrame,
+};
+// clang-format on
+
+bool CKalvexApp::InitInstance() {
+    for (const Step step : kSteps) {
+        if (!(this->*step)()) return false;
+    }
+    return true;
+}
+
+bool CKalvexApp::Fail(std::string text) {
+    if (!text.empty()) {
+        m_diagnosticLog.AddMessage(text, kalvex::LogAlways);
+        m_log.LogAlways(text);
+    }
+    m_end = {EXIT_FAILURE, std::move(text)};
+    return false;
+}
+
+bool CKalvexApp::FailWithBox(std::string text) {
+    if (m_world.window != nullptr) m_world.window->ShowMessage(text);
+    return Fail(std::move(text));
+}
+
+std::string CKalvexApp::WithInstance(std::string_view format, std::string_view name) const {
+    std::string text(name);
+    if (m_nInstance != kFirstInstance) text += FormatText(format, {std::to_string(m_nInstance)});
+    return text;
+}
+
+// ---- the role
+
+bool CKalvexApp::ShowParameters() {
+    if (!m_cmdLine.HasOption("?")) return true;
+    std::string help = CCmdLine::GetHelp(m_world.translator);
+    if (m_world.window != nullptr) return !m_world.window->ShowCmdLineParamsDlg(help);
+    m_end.text = std::move(help);
+    return false;
+}
+
+bool CKalvexApp::ReadRole() {
+    if (m_cmdLine.HasOption("RC")) m_bConsoleClient = true;
+    return true;
+}
+
+bool CKalvexApp::RefuseOptionC() {
+    if (!m_cmdLine.HasOption("C")) return true;
+    return FailWithBox(m_world.translator.Translate(
+        "Opcja  /C nie jest wspierana w tej wersji systemu. Należy zmodyfikować konfigurację "
+        "systemu z wykorzystaniem opcji /INST"));
+}
+
+// Nobody sits at a service, so a second one does not become a console by itself.
+bool CKalvexApp::DecideRole() {
+    m_nInstance = m_cmdLine.GetIntOption("INST").value_or(kFirstInstance);
+    if (!m_bConsoleClient && !m_world.instances.SetPrimaryInstance(kProgram)) {
+        const int automatic = m_world.profile.GetProfileIntEx(
+            kGeneral, kAutoClient, 1, m_world.profile.GetCommonProfilePath());
+        m_bConsoleClient = automatic != 0 && !m_world.service;
+    }
+    if (m_bConsoleClient) m_log.BecomeConsoleClient();
+    return true;
+}
+
+bool CKalvexApp::LockInstance() {
+    std::string error;
+    const char* name = m_bConsoleClient ? kClientLock : kProgram;
+    if (m_world.instances.LockInstance(name, m_nInstance, error)) return true;
+    if (error.empty()) return Fail({});
+    return Fail(FormatText(m_world.translator.Translate("Nie można zablokować instancji (%s)"),
+                           {FromUtf8(error)}));
+}
+
+// ---- profile, logs, libraries
+
+bool CKalvexApp::ConfigureProfile() {
+    m_strProfile = m_world.workingDir + '/' + WithInstance("%d", kProgram) + ".ini";
+    m_world.profile.SetProfileConfigEx(m_strProfile);
+    return true;
+}
+
+bool CKalvexApp::NameLogFiles() {
+    m_strLogBase = m_world.logFolder + '/' + WithInstance("%d", kProgram);
+    if (m_bConsoleClient) m_strLogBase += kClientLogSuffix;
+    m_diagnosticLog.SetLogFile(m_strLogBase + kDiagnosticSuffix, kLogBytes);
+    return true;
+}
+
+bool CKalvexApp::StartLibraries() {
+    for (AppLibrary* library : m_world.libraries) {
+        std::string error;
+        if (!library->Start(error)) return Fail(std::move(error));
+        ++m_nLibrariesStarted;
+    }
+    return true;
+}
+
+bool CKalvexApp::RequirePrimaryInstance() {
+    if (m_bConsoleClient || m_world.instances.IsPrimaryInstance()) return true;
+    return FailWithBox(m_world.translator.Translate(
+        "Ten program może być uruchamiany wyłącznie w pierwszej instancji systemu Sorvane"));
+}
+
+// ---- settings
+
+bool CKalvexApp::OpenProfile() {
+    std::string error;
+    if (!m_world.profile.IsReadable(error)) {
+        return Fail(FormatText(m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
+                               {FromUtf8(m_strProfile), FromUtf8(error)}));
+    }
+    m_paths.emplace(m_world.workingDir, ReadRootFolder(m_world.profile, m_world.workingDir));
+    m_store.emplace(m_world.profile, m_world.crypt, *m_paths, m_bConsoleClient);
+    return true;
+}
+
+bool CKalvexApp::TakeNames() {
+    m_configuration.configurationRight = m_configuration.controlRight = "100";
+    m_nCloseLevel = kCloseLevel;
+    m_store->ReadName(m_configuration);
+    std::string& name = m_configuration.moduleName;
+    if (name.empty()) name = WithInstance(" [%d]", kProgram);
+    m_strClientIdentity = name + '_' + FromUtf8(m_world.hostName);
+    if (m_bConsoleClient) m_strClientIdentity += kClientSuffix;
+    return true;
+}
+
+bool CKalvexApp::LoadSettings() {
+    m_store->ReadSources(m_configuration);
+    m_store->ReadWindows(m_configuration);
+    m_store->ReadColumns(m_configuration);
+    m_store->ReadRights(m_configuration);
+    m_store->ReadLogLevel(m_configuration);
+    m_log.SetLevel(m_configuration.logLevel);
+    return true;
+}
+
+bool CKalvexApp::OpenLogFile() {
+    m_log.SetLogFile(m_strLogBase, m_bConsoleClient ? 0 : kLogBytes);
+    return true;
+}
+
+// ---- documents, frame, sources
+
+bool CKalvexApp::MakeDocuments() {
+    Questions& questions = m_world.window != nullptr ? static_cast<Questions&>(*m_world.window)
+                                                     : static_cast<Questions&>(m_noAnswers);
+    m_pServices.reset(new DocumentServices{
+        {m_world.clock, m_log, m_world.translator, m_world.users, *m_paths, Functions()},
+        Statements(),
+        questions});
+    m_pServices->consoleClient = m_bConsoleClient;
+    m_pServices->processes = &m_world.processes;
+    m_pServices->probes = &m_world.probes;
+    m_pServices->crypt = &m_world.crypt;
+    m_pDocuments = std::make_unique<CScriptDocuments>(*m_pServices);
+    return true;
+}
+
+bool CKalvexApp::CreateMainFrame() {
+    m_pFrame = std::make_unique<CMainFrame>(
+        m_world.loop, m_world.translator, *m_pDocuments, m_world.window,
+        FrameWork{[this] { RunAutoStart(); }, [this] { DoPeriodicWork(); }}, m_bConsoleClient);
+    m_log.SetOutlets(this);
+    if (m_pFrame->Create()) return true;
+    return Fail(m_world.translator.Translate("Nie można uruchomić zegara"));
+}
+
+bool CKalvexApp::CreateClientInterface() {
+    SourceServices services{m_log, m_world.translator, m_world.users, m_world.transports.Factory()};
+    services.descriptions = m_configuration.sources;
+    services.crypt = &m_world.crypt;
+    services.clientName = m_bConsoleClient ? m_strClientIdentity : m_configuration.moduleName;
+    services.consoleClient = m_bConsoleClient;
+    m_pClientInterface = std::make_unique<CClientInterface>(std::move(services));
+    m_pServices->sources = m_pClientInterface.get();
+    LogAppStart();
+    return true;
+}
+
+bool CKalvexApp::TellRole() {
+    if (!m_bConsoleClient) return true;
+    m_log.Log(m_world.translator.Translate("Moduł uruchomiony w trybie zdalnej konsoli"),
+              kalvex::LogAlways);
+    return Fail(m_world.translator.Translate(
+        "Ten program nie może pracować jako zdalna konsola innego modułu"));
+}
+
+// ---- the scripts to start
+
+bool CKalvexApp::ScheduleAutoStart() {
+    const int delay = m_cmdLine.GetIntOption("D").value_or(0);
+    if (delay < 1 || !m_pFrame->SetAutoStartTimer(delay)) RunAutoStart();
+    return true;
+}
+
+bool CKalvexApp::CompleteFrame() {
+    const unsigned int period = m_configuration.refreshPeriod;
+    if (period != kUsualRefreshPeriod) m_pFrame->SetRefreshPeriod(period);
+    UpdateTitle();
+    m_log.PublishLevel();
+    return true;
+}
+
+void CKalvexApp::RunAutoStart() {
+    if (!LogIn()) return;
+    if (!m_bConsoleClient) OpenAutoStartScripts();
+    UpdateCloseEntry();
+    if (m_world.window != nullptr) m_world.window->Show();
+}
+
+bool CKalvexApp::LogIn() {
+    if (const std::optional<std::string> option = m_cmdLine.GetStringOption("U")) {
+        const std::string text = FromUtf8(*option);
+        const std::size_t colon = text.find(':');
+        const bool split = colon != std::string::npos;
+        const std::string name = split ? ToUpper(text.substr(0, colon)) : std::string();
+        std::string password = split ? ToUpper(text.substr(colon + 1)) : std::string();
+        const bool registered = m_world.users.RegisterUser(name, password);
+        CCrypt::SecureEmptyString(password);
+        if (!registered) {
+            OnLoginFailed(FormatText(
+                m_world.translator.Translate("Nie można zalogować użytkownika %s"), {name}));
+        }
+        return registered;
+    }
+    if (!IsInteractiveMode() || m_cmdLine.HasOption("NOLOGIN")) return true;
+    if (m_world.users.CheckRight(kLoginLevel) || m_world.window->Login()) return true;
+    OnLoginFailed({});
+    return false;
+}
+
+// The loop need not have begun, so the frame is closed by it.
+void CKalvexApp::OnLoginFailed(std::string text) {
+    Fail(std::move(text));
+    m_world.loop.Post([this] { CloseFrame(); });
+}
+
+// The frames of scripts that start by themselves are minimised, with a window and without one.
+void CKalvexApp::OpenAutoStartScripts() {
+    m_pFrame->SetOpeningScripts(true);
+    for (const std::string& path : m_configuration.autostart) {
+        std::string error;
+        CKalvexDoc* document = m_pDocuments->Open(path, error);
+        if (document == nullptr) {
+            m_log.Log(path + " : " + FromUtf8(error), LogErrors);
+            continue;
+        }
+        document->Start();
+        document->SetMinimised(true);
+        if (m_world.window != nullptr) m_world.window->MinimiseFrame(*document);
+    }
+    m_pFrame->SetOpeningScripts(false);
+}
+
+}  // namespace kalvex

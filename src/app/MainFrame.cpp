@@ -1,0 +1,95 @@
+#include "app/MainFrame.h"
+
+#include <utility>
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::int64_t kTickPeriod = 1;  // milliseconds, as all periods
+constexpr std::int64_t kRefreshPeriod = 1000;
+
+}  // namespace
+
+CMainFrame::CMainFrame(AppLoop& loop, const Translator& translator, CScriptDocuments& documents,
+                       MainWindow* window, FrameWork work, bool consoleClient)
+    : m_loop(loop),
+      m_translator(translator),
+      m_documents(documents),
+      m_pWindow(window),
+      m_work(std::move(work)),
+      m_bConsoleClient(consoleClient) {}
+
+CMainFrame::~CMainFrame() {
+    for (const int id : {TickTimer, AutoStartTimer, RefreshTimer}) m_loop.KillTimer(id);
+}
+
+bool CMainFrame::SetTimer(int id, std::int64_t milliseconds) {
+    return m_loop.SetTimer(id, milliseconds, [this, id] { OnTimer(id); });
+}
+
+bool CMainFrame::Create() {
+    return SetTimer(TickTimer, kTickPeriod) && SetTimer(RefreshTimer, kRefreshPeriod);
+}
+
+bool CMainFrame::SetAutoStartTimer(std::int64_t seconds) {
+    return SetTimer(AutoStartTimer, seconds * 1000);
+}
+
+bool CMainFrame::SetRefreshPeriod(std::int64_t milliseconds) {
+    return SetTimer(RefreshTimer, milliseconds);
+}
+
+void CMainFrame::OnTimer(int id) {
+    if (m_bConsoleClient) return;
+    switch (id) {
+        case TickTimer:
+            return OnTick();
+        case AutoStartTimer:
+            return OnAutoStart();
+        case RefreshTimer:
+            return OnRefresh();
+    }
+}
+
+void CMainFrame::OnTick() {
+    m_documents.Ticker().RunTick();
+    const bool errorWanted = m_documents.Ticker().IsErrorStanding();
+    if (errorWanted == m_bErrorShown) return;
+    m_bErrorShown = errorWanted;
+    if (m_pWindow == nullptr) return;
+    if (errorWanted) {
+        m_pWindow->ModifyTrayIcon(
+            true, "Kalvex",
+            m_translator.Translate("Jeden ze skryptów wygenerował błąd.\nSzczegółowe informacje w "
+                                   "oknie rejestracji"));
+    } else {
+        m_pWindow->ModifyTrayIcon(false, {}, {});
+    }
+}
+
+void CMainFrame::OnAutoStart() {
+    m_loop.KillTimer(AutoStartTimer);
+    m_work.autoStart();
+}
+
+void CMainFrame::OnRefresh() {
+    m_work.periodic();
+    if (m_pWindow == nullptr) return;
+    if (!m_bOpeningScripts) m_pWindow->UpdateToolBar();
+    for (const std::unique_ptr<CKalvexDoc>& document : m_documents.All()) {
+        if (document->m_bRunning) m_pWindow->RefreshVariables(*document);
+    }
+}
+
+void CMainFrame::SetOpeningScripts(bool opening) {
+    m_bOpeningScripts = opening;
+    m_documents.Ticker().Block(opening);
+}
+
+void CMainFrame::SetStatusLine(std::string_view text) {
+    m_strStatusLine = text;
+    if (m_pWindow != nullptr) m_pWindow->SetStatusLine(text);
+}
+
+}  // namespace kalvex

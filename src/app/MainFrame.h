@@ -1,0 +1,66 @@
+// The timers of the process, and what its main window shows of the scripts; it works without a
+// window as well. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "app/AppWorld.h"
+#include "app/ScriptDocuments.h"
+
+namespace kalvex {
+
+// What the timers do beside the scripts and the window.
+struct FrameWork {
+    std::function<void()> autoStart;
+    std::function<void()> periodic;  // of the data sources
+};
+
+class CMainFrame {
+  public:
+    enum Timer : int { TickTimer = 1, AutoStartTimer = 2, RefreshTimer = 4 };
+
+    // Nothing is owned; the window may be null. The timers of a console client do nothing.
+    CMainFrame(AppLoop& loop, const Translator& translator, CScriptDocuments& documents,
+               MainWindow* window, FrameWork work, bool consoleClient);
+    ~CMainFrame();
+    CMainFrame(const CMainFrame&) = delete;
+    CMainFrame& operator=(const CMainFrame&) = delete;
+
+    // Sets the timers of ticks and of refreshing, the latter to its usual period. False when there
+    // are none to be had, as with the next two.
+    bool Create();
+    bool SetAutoStartTimer(std::int64_t seconds);
+    bool SetRefreshPeriod(std::int64_t milliseconds);
+
+    void OnTimer(int id);
+
+    // Meanwhile there are no ticks.
+    void SetOpeningScripts(bool opening);
+
+    void SetStatusLine(std::string_view text);
+    const std::string& GetStatusLine() const { return m_strStatusLine; }
+
+    // The icon tells of a script that stands on an error.
+    bool IsErrorShown() const { return m_bErrorShown; }
+
+  private:
+    bool SetTimer(int id, std::int64_t milliseconds);
+    void OnTick();
+    void OnAutoStart();
+    void OnRefresh();
+
+    AppLoop& m_loop;
+    const Translator& m_translator;
+    CScriptDocuments& m_documents;
+    MainWindow* const m_pWindow;
+    const FrameWork m_work;
+    const bool m_bConsoleClient;
+    bool m_bOpeningScripts = false;
+    bool m_bErrorShown = false;
+    std::string m_strStatusLine;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,40 @@
+// The open script documents, in the order of their opening. Main thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/ScriptDocument.h"
+#include "engine/Tick.h"
+
+namespace kalvex {
+
+class CScriptDocuments {
+  public:
+    // The services outlive the documents.
+    explicit CScriptDocuments(const DocumentServices& services) : m_services(services) {}
+    ~CScriptDocuments() { CloseAll(); }
+    CScriptDocuments(const CScriptDocuments&) = delete;
+    CScriptDocuments& operator=(const CScriptDocuments&) = delete;
+
+    // The document of that file, which is opened unless it is open; null with the system's words
+    // in `error` when it does not open.
+    CKalvexDoc* Open(std::string_view path, std::string& error);
+    // By full or short path; null when it is not open.
+    CKalvexDoc* Find(std::string_view path) const;
+    // Ends the document's run and destroys it.
+    void Close(CKalvexDoc& document);
+    void CloseAll();
+
+    const std::vector<std::unique_ptr<CKalvexDoc>>& All() const { return m_arrDocuments; }
+    CTickRunner& Ticker() { return m_ticker; }
+
+  private:
+    const DocumentServices& m_services;
+    std::vector<std::unique_ptr<CKalvexDoc>> m_arrDocuments;
+    CTickRunner m_ticker;
+};
+
+}  // namespace kalvex

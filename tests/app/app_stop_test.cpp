@@ -1,0 +1,166 @@
+#include <gmock/gmock.h>
+
+#include "app_fakes.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class AppStopTest : public AppTest {
+  protected:
+    void StartWithScript(std::vector<std::string> arguments = {}) {
+        PutProfile("[Autostart]\nProcedura0=a.kx\n");
+        PutScript("a.kx", "LOCAL A = 1\n");
+        arguments.emplace_back("/NOLOGIN");
+        ASSERT_TRUE(Start(arguments));
+        ASSERT_EQ(App().Documents().All().size(), 1u);
+        m_record.clear();
+    }
+    bool IsClosed() { return App().Documents().All().empty() && !App().ClientInterface(); }
+};
+
+TEST_F(AppStopTest, ProcessWithoutAWindowClosesAtOnce) {
+    StartWithScript({"/Q"});
+    App().OnCloseMainWindow();
+    EXPECT_THAT(m_record, ElementsAre("quit"));
+    EXPECT_TRUE(IsClosed());
+    EXPECT_TRUE(App().Configuration().autostart.empty());
+}
+
+TEST_F(AppStopTest, WindowClosesForWhoeverHasTheRight) {
+    m_bWindow = true;
+    StartWithScript();
+    App().OnCloseMainWindow();
+    EXPECT_THAT(m_record, IsEmpty());
+    EXPECT_FALSE(IsClosed());
+    m_users.level = 1;
+    App().OnCloseMainWindow();
+    EXPECT_THAT(m_record, ElementsAre("save", "hide", "quit"));
+    EXPECT_TRUE(IsClosed());
+}
+
+TEST_F(AppStopTest, QuestionComesFirstWithItsOption) {
+    m_bWindow = true;
+    m_users.level = 1;
+    StartWithScript({"/Q"});
+    m_window.answer = false;
+    App().OnCloseMainWindow();
+    EXPECT_THAT(m_record, ElementsAre("ask Czy zakończyć działanie programu Kalvex?"));
+    EXPECT_FALSE(IsClosed());
+    m_window.answer = true;
+    App().OnCloseMainWindow();
+    EXPECT_EQ(m_record.back(), "quit");
+}
+
+TEST_F(AppStopTest, ChangedScriptsMayKeepTheProcessOpen) {
+    m_bWindow = true;
+    m_users.level = 1;
+    StartWithScript();
+    m_window.saved = false;
+    App().OnCloseMainWindow();
+    EXPECT_THAT(m_record, ElementsAre("save"));
+    EXPECT_FALSE(IsClosed());
+    EXPECT_EQ(App().CloseInstance(0), -1);
+    EXPECT_EQ(App().CloseInstance(1), 0);
+    EXPECT_TRUE(IsClosed());
+}
+
+TEST_F(AppStopTest, EndOfTheSessionClosesEverything) {
+    StartWithScript();
+    App().OnEndSession(false);
+    EXPECT_THAT(m_record, IsEmpty());
+    App().OnEndSession(true);
+    EXPECT_THAT(m_record, ElementsAre("log Sesja Windows została zakończona"));
+    EXPECT_TRUE(IsClosed());
+}
+
+TEST_F(AppStopTest, EndOfTheSessionIsNothingToAService) {
+    m_bService = true;
+    StartWithScript();
+    App().OnEndSession(true);
+    EXPECT_THAT(m_record, IsEmpty());
+    EXPECT_FALSE(IsClosed());
+}
+
+TEST_F(AppStopTest, StopIsToldInTheFileBeforeItCloses) {
+    StartWithScript();
+    App().ExitInstance();
+    App().Log().Log("po", LogErrors);
+    const std::string log = FileText("Kalvex.log");
+    const std::string last = "2024-03-10 07:00:00  Zatrzymanie modułu Kalvex\n";
+    EXPECT_EQ(log.substr(log.size() - last.size()), last);
+}
+
+// ---- what the user management tells
+
+// Counts the logins that a server hears.
+class LoginCounter final : public SessionAcceptor {
+  public:
+    std::unique_ptr<ServerSession> Accept(ServerLink&) override {
+        return std::make_unique<Session>(logins);
+    }
+    bool ListVariables(const LoginRequest&, std::vector<VariableDefinition>&) override {
+        return false;
+    }
+
+    int logins = 0;
+
+  private:
+    class Session final : public ServerSession {
+      public:
+        explicit Session(int& logins) : m_logins(logins) {}
+        void OnMessage(ClientMessage message) override {
+            if (std::holds_alternative<LoginRequest>(message)) ++m_logins;
+        }
+        void OnClosed(std::uint32_t) override {}
+
+      private:
+        int& m_logins;
+    };
+};
+
+class BroadcastTest : public AppStopTest {
+  protected:
+    void StartWithServer() {
+        m_vantrel.network.AddServer("srv", m_server);
+        m_bWindow = true;
+        ASSERT_TRUE(Start({"/NOLOGIN"}));
+        App().ClientInterface()->RegisterPlain("srv", "A");
+        m_vantrel.network.Deliver();
+        ASSERT_EQ(m_server.logins, 1);
+        m_record.clear();
+    }
+    int LoginsAfter(unsigned int parameter) {
+        App().OnUserBroadcast(parameter, FromUtf8("Zalogował się ADAM"));
+        m_vantrel.network.Deliver();
+        return m_server.logins;
+    }
+
+    LoginCounter m_server;
+};
+
+TEST_F(BroadcastTest, NewUserIsToldAndLogsInAnew) {
+    StartWithServer();
+    m_users.level = 1;
+    EXPECT_EQ(LoginsAfter(0), 2);
+    EXPECT_THAT(m_record,
+                ElementsAre("log Zalogował się ADAM", "status Zalogował się ADAM", "may close"));
+}
+
+TEST_F(BroadcastTest, OtherNewsAreTold) {
+    StartWithServer();
+    EXPECT_EQ(LoginsAfter(1), 1);
+    EXPECT_THAT(m_record, ElementsAre("log Zalogował się ADAM", "status Zalogował się ADAM",
+                                      "may not close"));
+}
+
+TEST_F(BroadcastTest, AnyOtherChangeIsOneOfRights) {
+    StartWithServer();
+    EXPECT_EQ(LoginsAfter(2), 1);
+    EXPECT_THAT(m_record, ElementsAre("may not close"));
+}
+
+}  // namespace
+}  // namespace kalvex
