@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/MainWindow.h"
+#include "engine/DocumentServices.h"
 #include "platform/Clock.h"
 #include "platform/Crypt.h"
 #include "platform/Instances.h"
@@ -65,6 +66,7 @@ struct AppWorld {
     std::vector<AppLibrary*> libraries = {};  // in the order of their start
     MainWindow* window = nullptr;             // without one the process is not interactive
     bool service = false;                     // run by the system, with no session of its own
+    RunCounts* counts = nullptr;              // where scripts count; none where nobody counts
 
     // In the system's encoding; the folders are absolute paths.
     std::vector<std::string> arguments = {};  // without the program's name

@@ -202,6 +202,7 @@ bool CKalvexApp::MakeDocuments() {
     m_pServices->processes = &m_world.processes;
     m_pServices->probes = &m_world.probes;
     m_pServices->crypt = &m_world.crypt;
+    m_pServices->counts = m_world.counts;
     m_pDocuments = std::make_unique<CScriptDocuments>(*m_pServices);
     return true;
 }
