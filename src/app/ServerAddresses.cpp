@@ -4,6 +4,7 @@
 
 #include "app/Servers.h"
 #include "platform/NetworkAddress.h"
+#include "platform/NetworkAddress.h"
 
 namespace kalvex {
 
