@@ -101,8 +101,8 @@ class LoginCounter final : public SessionAcceptor {
     std::unique_ptr<ServerSession> Accept(ServerLink&) override {
         return std::make_unique<Session>(logins);
     }
-    bool ListVariables(const LoginRequest&, std::vector<VariableDefinition>&) override {
-        return false;
+    void ListVariables(LoginRequest, std::string, ListAnswer answer) override {
+        answer(std::nullopt);
     }
 
     int logins = 0;
