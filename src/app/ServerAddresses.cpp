@@ -4,7 +4,6 @@
 
 #include "app/Servers.h"
 #include "platform/NetworkAddress.h"
-#include "platform/NetworkAddress.h"
 
 namespace kalvex {
 
