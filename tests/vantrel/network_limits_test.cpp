@@ -210,7 +210,13 @@ TEST_F(RawClientTest, ListMayBeAnsweredLater) {
     RawClient raw(Local(), StreamMethod::ListVariables);
     raw.stream->Resume();
     raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "jan", ""})));
+    raw.stream->Finish(StreamEnd::Orderly);
     world.RunUntil(acceptor, "list jan");
+    for (int second = 0; second < 30; ++second) {
+        world.loop.Run();
+        world.now += 1000;
+        server->Check();
+    }
     acceptor.definitions = {{"A", {}}};
     acceptor.listAnswer(acceptor.definitions);
     EXPECT_EQ(raw.events->Take(),

@@ -54,7 +54,7 @@ void ServerCall::Put(std::string parcel) {
 
 void ServerCall::Check(std::int64_t now) {
     if (m_bEnded) return;
-    const LifeSigns signs{.heard = m_caller.reception->TakeHeard(),
+    const LifeSigns signs{.heard = m_caller.reception->TakeHeard() || MayBeSilent(),
                           .spoke = std::exchange(m_bSpoke, false),
                           .stuck = m_caller.stream->IsStuck()};
     const PeerWatch::Due due = m_watch.Look(now, signs);

@@ -58,6 +58,7 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
 
     virtual void OnBuried(std::uint32_t) {}
     virtual bool Beats() const = 0;
+    virtual bool MayBeSilent() const { return false; }
     void OnEnded(StreamEnd end, const std::string& detail) override;
 
     const CallServices& m_services;
@@ -105,6 +106,7 @@ class ListCall final : public ServerCall {
     void OnParcel(ClientParcel parcel) override;
     void OnWireFault(WireFault fault) override;
     bool Beats() const override { return false; }
+    bool MayBeSilent() const override { return m_bAsked; }
 
     bool m_bAsked = false;
     const std::shared_ptr<ListCall*> m_pSelf;  // for an answer that comes when the call has gone

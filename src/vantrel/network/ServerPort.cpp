@@ -26,9 +26,9 @@ constexpr MethodRow kMethods[] = {{kConverse, StreamMethod::Converse},
 
 class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
   public:
-    ServerStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
+    ServerStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit, StreamMethod method,
                  grpc::GenericCallbackServerContext& context)
-        : GrpcStream(std::move(events), outboxLimit), m_context(context) {}
+        : GrpcStream(std::move(events), outboxLimit), m_method(method), m_context(context) {}
 
     void Begin() { KeepAlive(); }
 
@@ -60,7 +60,10 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
     }
 
     void OnAllWrittenLocked() override { FinishLocked(m_end); }
-    void OnReadingEndedLocked() override { EndLocked(); }
+    // Who asks for a list has nothing more to say, and waits.
+    void OnReadingEndedLocked() override {
+        if (m_method == StreamMethod::Converse) EndLocked();
+    }
     void OnWritingFailedLocked() override { FinishLocked(StreamEnd::Lost); }
 
     void OnCancel() override {
@@ -75,6 +78,7 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
         m_bDone = true;
     }
 
+    const StreamMethod m_method;
     grpc::GenericCallbackServerContext& m_context;  // until the stream is done
     StreamEnd m_end = StreamEnd::Orderly;
     bool m_bEnded = false;  // the events have been told
@@ -97,7 +101,7 @@ class Service final : public grpc::CallbackGenericService {
             // A list is made in one piece whatever its length.
             const bool bounded = row.method == StreamMethod::Converse;
             const auto stream = std::make_shared<ServerStream>(
-                events, bounded ? m_nOutboxLimit : SIZE_MAX, *context);
+                events, bounded ? m_nOutboxLimit : SIZE_MAX, row.method, *context);
             stream->Begin();
             m_events.OnCaller(stream, events, row.method, RemoteHost(context->peer()));
             return stream.get();
