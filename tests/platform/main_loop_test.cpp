@@ -69,6 +69,36 @@ TEST(PosixMainLoopTest, DoesPostedWorkTimersAndSignals) {
     EXPECT_GE(ticks, 3);
 }
 
+TEST(PosixMainLoopTest, TimerCanCancelItselfAndAnotherThatIsDue) {
+    PosixMainLoop loop;
+    int first = 0;
+    int second = 0;
+    int calls = 0;
+    const auto work = [&] {
+        ++calls;
+        loop.Cancel(first);
+        loop.Cancel(second);
+        loop.Every(1, [&] { loop.Quit(); });
+    };
+    first = loop.Every(1, work);
+    second = loop.Every(1, work);
+    loop.Run();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(PosixMainLoopTest, WaitsNoLongerThanItIsToldBeforehand) {
+    PosixMainLoop loop;
+    std::vector<std::optional<std::int64_t>> waits{0, 300, 1000};
+    loop.BeforeWait([&]() -> std::optional<std::int64_t> {
+        if (waits.empty()) loop.Quit();
+        const auto wait = waits.empty() ? std::nullopt : waits.back();
+        if (!waits.empty()) waits.pop_back();
+        return wait;
+    });
+    loop.Run();
+    EXPECT_TRUE(waits.empty());
+}
+
 TEST(FileLockTest, OneHasItAtATime) {
     const std::string path = testing::TempDir() + "kalvex_lock_test";
     FileLock first;

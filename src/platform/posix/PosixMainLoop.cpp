@@ -22,11 +22,10 @@ int Checked(int descriptor) {
     std::exit(EXIT_FAILURE);
 }
 
-// Takes the count off a descriptor that counts.
-void Drain(int descriptor) {
+// Takes the count off a descriptor that counts; false when it has counted nothing.
+bool Drain(int descriptor) {
     std::uint64_t count;
-    while (::read(descriptor, &count, sizeof count) > 0) {
-    }
+    return ::read(descriptor, &count, sizeof count) > 0;
 }
 
 }  // namespace
@@ -53,12 +52,17 @@ void PosixMainLoop::OnSignal(int signal, std::function<void()> handler) {
     m_mapSignals[signal] = std::move(handler);
 }
 
-void PosixMainLoop::Every(std::int64_t milliseconds, std::function<void()> work) {
+int PosixMainLoop::Every(std::int64_t milliseconds, std::function<void()> work) {
     const int timer = Checked(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     const timespec period{milliseconds / 1000, (milliseconds % 1000) * 1'000'000};
     const itimerspec setting{period, period};
     Checked(::timerfd_settime(timer, 0, &setting, nullptr));
     m_mapTimers[timer] = std::move(work);
+    return timer;
+}
+
+void PosixMainLoop::Cancel(int timer) {
+    if (m_mapTimers.erase(timer) != 0) ::close(timer);
 }
 
 void PosixMainLoop::ReadSignals() {
@@ -68,19 +72,32 @@ void PosixMainLoop::ReadSignals() {
     }
 }
 
+// Fills in what the descriptors have to tell; false when none has.
+bool PosixMainLoop::Wait(std::vector<pollfd>& waits) {
+    const std::optional<std::int64_t> most = m_beforeWait ? m_beforeWait() : std::nullopt;
+    if (m_fQuit) return false;
+    waits.assign({{m_fdWake, POLLIN, 0}, {m_fdSignals, POLLIN, 0}});
+    for (const auto& [descriptor, work] : m_mapTimers) waits.push_back({descriptor, POLLIN, 0});
+    const std::int64_t microseconds = most.value_or(0);
+    const timespec limit{microseconds / 1'000'000, microseconds % 1'000'000 * 1000};
+    return ::ppoll(waits.data(), waits.size(), most ? &limit : nullptr, nullptr) > 0;
+}
+
 void PosixMainLoop::Run() {
     m_fQuit = false;
+    std::vector<pollfd> waits;
     while (!m_fQuit) {
-        std::vector<pollfd> waits{{m_fdWake, POLLIN, 0}, {m_fdSignals, POLLIN, 0}};
-        for (const auto& [descriptor, work] : m_mapTimers) waits.push_back({descriptor, POLLIN, 0});
-        if (::poll(waits.data(), waits.size(), -1) <= 0) continue;
+        if (!Wait(waits)) continue;
         if (waits[0].revents != 0) Drain(m_fdWake);
         m_work.Run();
         if (waits[1].revents != 0) ReadSignals();
         for (std::size_t index = 2; index < waits.size(); ++index) {
             if (waits[index].revents == 0) continue;
-            Drain(waits[index].fd);
-            m_mapTimers.at(waits[index].fd)();
+            // One may have been cancelled by what was called before it.
+            const auto timer = m_mapTimers.find(waits[index].fd);
+            if (timer == m_mapTimers.end() || !Drain(timer->first)) continue;
+            const std::function<void()> work = timer->second;
+            work();
         }
     }
 }

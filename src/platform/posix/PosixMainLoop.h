@@ -1,10 +1,14 @@
 // The main loop of a program: posted work, periodic work, signals. Main thread, but for Post.
 #pragma once
 
+#include <poll.h>
+
 #include <csignal>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
+#include <vector>
 
 #include "platform/MainLoop.h"
 
@@ -24,9 +28,16 @@ class PosixMainLoop final : public MainLoop {
     // From now on the signal calls the handler instead of what the system does with it.
     void OnSignal(int signal, std::function<void()> handler);
 
-    // Calls `work` every so many milliseconds while Run lasts. A call that comes late is not made
-    // up for.
-    void Every(std::int64_t milliseconds, std::function<void()> work);
+    // Calls `work` every so many milliseconds while Run lasts, until it is cancelled by the number
+    // that this gives. A call that comes late is not made up for.
+    int Every(std::int64_t milliseconds, std::function<void()> work);
+    void Cancel(int timer);
+
+    // Calls `work` before each wait; it answers for how many microseconds the loop may wait at
+    // most, and with nothing for as long as it likes.
+    void BeforeWait(std::function<std::optional<std::int64_t>()> work) {
+        m_beforeWait = std::move(work);
+    }
 
     // Until Quit has been called from within.
     void Run();
@@ -34,6 +45,7 @@ class PosixMainLoop final : public MainLoop {
 
   private:
     void ReadSignals();
+    bool Wait(std::vector<pollfd>& waits);
 
     int m_fdWake;
     int m_fdSignals;
@@ -41,6 +53,7 @@ class PosixMainLoop final : public MainLoop {
     sigset_t m_signals;
     std::map<int, std::function<void()>> m_mapSignals;
     std::map<int, std::function<void()>> m_mapTimers;  // by descriptor
+    std::function<std::optional<std::int64_t>()> m_beforeWait;
     PostedWork m_work;
 };
 

@@ -1,0 +1,103 @@
+#include "programs/kalvexd/Options.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+namespace kalvex {
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kWrongUsage = 2;
+
+enum class Wants { Nothing, Folder };
+
+struct OptionRow {
+    const char* name;
+    Wants wants;
+    const char* help;
+    void (*take)(KalvexdOptions& options, const std::string& value);
+};
+
+constexpr OptionRow kRows[] = {
+    {"--working-dir", Wants::Folder, "The folder of the profile and of scripts (the current one)",
+     [](KalvexdOptions& options, const std::string& value) { options.workingDir = value; }},
+    {"--log-dir", Wants::Folder, "The folder of the log files (the working one)",
+     [](KalvexdOptions& options, const std::string& value) { options.logDir = value; }},
+    {"--log-stdout", Wants::Nothing, "Write the log to standard output as well",
+     [](KalvexdOptions& options, const std::string&) { options.logStdout = true; }},
+    {"--version", Wants::Nothing, "Print the version and exit", nullptr},
+    {"--help", Wants::Nothing, "Print this and exit", nullptr},
+};
+
+const OptionRow* FindRow(std::string_view argument) {
+    const std::string_view name = argument.substr(0, argument.find('='));
+    const auto row =
+        std::ranges::find(kRows, name, [](const OptionRow& r) { return std::string_view(r.name); });
+    return row == std::end(kRows) ? nullptr : row;
+}
+
+KalvexdLine End(int status, std::string message) {
+    return {{}, status, std::move(message)};
+}
+
+std::string Help() {
+    std::string help =
+        "Usage: kalvexd [OPTIONS] [OPTIONS OF A MODULE]\n"
+        "Runs Kalvex scripts as a service: those that its profile names, until it is told to end.\n"
+        "\nOptions:\n";
+    for (const OptionRow& row : kRows) {
+        const std::string form =
+            fmt::format("{}{}", row.name, row.wants == Wants::Folder ? " FOLDER" : "");
+        help += fmt::format("  {:<24}{}\n", form, row.help);
+    }
+    return help +
+           "\n\"/?\" lists the options of a module, such as /INST:2 and /D:5.\n"
+           "SIGTERM and SIGINT end the service, SIGHUP has it open its log files anew.\n"
+           "Exit status: 0 ended by a signal; 1 it could not start; 2 wrong usage.\n";
+}
+
+}  // namespace
+
+KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
+                             const std::string& currentDir) {
+    KalvexdLine line;
+    KalvexdOptions& options = line.options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const OptionRow* row = FindRow(arguments[i]);
+        if (row == nullptr) {
+            options.arguments.push_back(arguments[i]);
+            continue;
+        }
+        const std::string name = row->name;
+        const bool given = arguments[i].size() > name.size();
+        if (row->wants == Wants::Nothing && given) {
+            return End(kWrongUsage, "kalvexd: " + name + " takes no value\n");
+        }
+        if (name == "--help") return End(kDone, Help());
+        if (name == "--version") return End(kDone, "kalvexd " KALVEX_VERSION "\n");
+        std::string value = given ? arguments[i].substr(name.size() + 1) : std::string();
+        if (row->wants == Wants::Folder && !given && i + 1 < arguments.size()) {
+            value = arguments[++i];
+        }
+        if (row->wants == Wants::Folder && value.empty()) {
+            return End(kWrongUsage, "kalvexd: " + name + " needs a value\n");
+        }
+        row->take(options, value);
+    }
+    const std::filesystem::path current = currentDir;
+    const auto absolute = [](const std::filesystem::path& base, const std::string& folder) {
+        std::string path = (base / folder).lexically_normal().string();
+        if (path.size() > 1 && path.ends_with('/')) path.pop_back();
+        return path;
+    };
+    options.workingDir = absolute(current, options.workingDir);
+    options.logDir =
+        options.logDir.empty() ? options.workingDir : absolute(current, options.logDir);
+    return line;
+}
+
+}  // namespace kalvex

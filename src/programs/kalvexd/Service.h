@@ -1,0 +1,49 @@
+// A module as a service: the real world, and the application in it. Main thread.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "app/KalvexApp.h"
+#include "app/LogStream.h"
+#include "platform/GettextTranslator.h"
+#include "platform/IniProfile.h"
+#include "platform/UserSession.h"
+#include "platform/posix/NetworkProbes.h"
+#include "platform/posix/Processes.h"
+#include "platform/posix/SystemClock.h"
+#include "programs/kalvexd/Options.h"
+#include "programs/kalvexd/ServiceLibraries.h"
+#include "programs/kalvexd/ServiceLoop.h"
+
+namespace kalvex {
+
+class CKalvexService {
+  public:
+    // Made before any other thread; the working directory of the process is that of the options.
+    explicit CKalvexService(const KalvexdOptions& options);
+
+    // From the start to the end of the module; the exit status. What there is to say about the end
+    // has been said then.
+    int Run();
+
+  private:
+    AppWorld MakeWorld(const KalvexdOptions& options);
+    void WatchSignals();
+
+    SystemClock m_clock;
+    GettextTranslator m_translator;
+    CServiceLoop m_loop;
+    IniProfile m_profile;
+    CCrypt m_crypt;
+    FileInstances m_instances;
+    PosixProcesses m_processes;
+    PosixNetworkProbes m_probes;
+    CUserLibrary m_userLibrary;
+    CNetworkLibrary m_network;
+    UserSession m_users;
+    CLogStream m_stream;
+    CKalvexApp m_app;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,42 @@
+#include "programs/kalvexd/ServiceLibraries.h"
+
+#include "app/ServerAddresses.h"
+#include "platform/CodePage.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+#include "platform/TextFormat.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kGeneral = "Konfiguracja";
+constexpr const char* kUsers = "Użytkownicy";
+
+}  // namespace
+
+bool CUserLibrary::Start(std::string& error) {
+    const std::string file = m_profile.GetProfileStringEx(kGeneral, FromUtf8(kUsers), {},
+                                                          m_profile.GetCommonProfilePath());
+    if (file.empty()) return true;
+    std::string content;
+    std::string reason;
+    // The store would make a file that is not there.
+    if (!ReadWholeFile(NativePath(file), content, reason)) {
+        reason = FromUtf8(reason);
+    } else if (m_store.Open(NativePath(file), reason)) {
+        return true;
+    }
+    error = FormatText(m_translator.Translate("Nie można otworzyć pliku użytkowników %s (%s)"),
+                       {file, reason});
+    return false;
+}
+
+bool CNetworkLibrary::Start(std::string&) {
+    NetworkClientSettings settings;
+    settings.addresses = ReadServerAddresses(m_profile);
+    m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog);
+    return true;
+}
+
+}  // namespace kalvex

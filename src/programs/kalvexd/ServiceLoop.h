@@ -1,0 +1,40 @@
+// The loop of a process without a window: signals, timers, and ticks by a clock that nobody sets.
+// Main thread, but for Post.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+
+#include "app/AppWorld.h"
+#include "app/TickDriver.h"
+#include "platform/posix/PosixMainLoop.h"
+
+namespace kalvex {
+
+// Of a clock that nobody sets.
+std::int64_t SteadyMicroseconds();
+
+class CServiceLoop final : public AppLoop {
+  public:
+    // Made before any other thread. There are ticks as long as `ticksNeeded` says so.
+    explicit CServiceLoop(std::function<bool()> ticksNeeded);
+
+    void Post(std::function<void()> work) override { m_loop.Post(std::move(work)); }
+    bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) override;
+    void KillTimer(int id) override;
+    void Quit() override { m_loop.Quit(); }
+
+    void OnSignal(int signal, std::function<void()> handler) {
+        m_loop.OnSignal(signal, std::move(handler));
+    }
+    CTickDriver& Ticks() { return m_ticks; }
+    void Run() { m_loop.Run(); }
+
+  private:
+    PosixMainLoop m_loop;
+    CTickDriver m_ticks;
+    std::map<int, int> m_mapTimers;  // the loop's number of each but the ticks
+};
+
+}  // namespace kalvex

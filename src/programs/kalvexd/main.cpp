@@ -1,0 +1,30 @@
+#include <sys/stat.h>
+
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+
+#include "programs/kalvexd/Service.h"
+
+int main(int argc, char** argv) {
+    tzset();
+    // What the service writes is for its account and its group.
+    ::umask(0027);
+    // Whoever reads the log on standard output may go away.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::error_code fault;
+    const std::string current = std::filesystem::current_path(fault).string();
+    const kalvex::KalvexdLine line = kalvex::ParseKalvexdLine({argv + 1, argv + argc}, current);
+    if (line.exitStatus) {
+        std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
+        return *line.exitStatus;
+    }
+    for (const std::string& folder : {line.options.logDir, line.options.workingDir}) {
+        std::filesystem::current_path(folder, fault);
+        if (!fault) continue;
+        std::fprintf(stderr, "kalvexd: %s: %s\n", folder.c_str(), fault.message().c_str());
+        return EXIT_FAILURE;
+    }
+    return kalvex::CKalvexService(line.options).Run();
+}

@@ -1,0 +1,53 @@
+#include "programs/kalvexd/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+KalvexdLine Parse(const std::vector<std::string>& arguments) {
+    return ParseKalvexdLine(arguments, "/srv");
+}
+
+TEST(KalvexdOptions, WithoutOptionsEverythingIsInTheCurrentFolder) {
+    const KalvexdLine line = Parse({});
+    EXPECT_FALSE(line.exitStatus);
+    EXPECT_EQ(line.options.workingDir, "/srv");
+    EXPECT_EQ(line.options.logDir, "/srv");
+    EXPECT_FALSE(line.options.logStdout);
+    EXPECT_THAT(line.options.arguments, IsEmpty());
+}
+
+TEST(KalvexdOptions, FoldersAreMadeAbsolute) {
+    const KalvexdOptions options = Parse({"--working-dir=a/../b/", "--log-dir", "log"}).options;
+    EXPECT_EQ(options.workingDir, "/srv/b");
+    EXPECT_EQ(options.logDir, "/srv/log");
+    EXPECT_EQ(Parse({"--working-dir", "/var/kalvex"}).options.logDir, "/var/kalvex");
+    EXPECT_EQ(Parse({"--working-dir", "/"}).options.workingDir, "/");
+}
+
+TEST(KalvexdOptions, EverythingElseIsForTheModule) {
+    const KalvexdOptions options =
+        Parse({"/D:5", "--log-stdout", "-INST", "2", "--logs", "--log-dirs=x"}).options;
+    EXPECT_TRUE(options.logStdout);
+    EXPECT_THAT(options.arguments, ElementsAre("/D:5", "-INST", "2", "--logs", "--log-dirs=x"));
+}
+
+TEST(KalvexdOptions, WrongUsageEndsTheProcess) {
+    EXPECT_EQ(Parse({"--log-dir"}).exitStatus, 2);
+    EXPECT_EQ(Parse({"--log-dir="}).message, "kalvexd: --log-dir needs a value\n");
+    EXPECT_EQ(Parse({"--log-stdout=1"}).message, "kalvexd: --log-stdout takes no value\n");
+}
+
+TEST(KalvexdOptions, HelpAndVersionEndTheProcessWell) {
+    EXPECT_EQ(Parse({"/D:5", "--help"}).exitStatus, 0);
+    EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
+    EXPECT_EQ(Parse({"--version"}).message.substr(0, 8), "kalvexd ");
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""The service as a process: its start, its end, its files, its signals."""
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAM = sys.argv.pop(1)
+
+NOT_PRIMARY = "Ten program może być uruchamiany wyłącznie w pierwszej instancji systemu Sorvane"
+OPTION_C = (
+    "Opcja  /C nie jest wspierana w tej wersji systemu. Należy zmodyfikować konfigurację systemu "
+    "z wykorzystaniem opcji /INST"
+)
+STARTED = ["Uruchomienie modułu Kalvex", "Poziom rejestracji: błędy "]
+STOPPED = "Zatrzymanie modułu Kalvex"
+
+
+class Kalvexd(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name).resolve()
+        self.environment = {
+            **os.environ,
+            "SORVANE_RUNTIME_DIR": str(self.folder / "run"),
+            "SORVANE_COMMON_PROFILE": str(self.folder / "sorvane.ini"),
+            "LC_ALL": "C",
+            "TZ": "Europe/Warsaw",
+        }
+        for name in ("LANGUAGE", "JOURNAL_STREAM"):
+            self.environment.pop(name, None)
+
+    def put(self, name, text):
+        (self.folder / name).write_bytes(text.encode("cp1250"))
+
+    def run_with(self, *arguments):
+        done = subprocess.run(
+            [PROGRAM, "--working-dir", self.folder, *arguments],
+            capture_output=True, encoding="utf-8", env=self.environment, timeout=60)
+        return done.returncode, done.stdout, done.stderr
+
+    def start(self, *arguments):
+        service = subprocess.Popen(
+            [PROGRAM, "--working-dir", self.folder, "--log-stdout", *arguments],
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8", env=self.environment)
+        self.addCleanup(service.stdout.close)
+        self.addCleanup(service.stderr.close)
+        self.addCleanup(service.wait)
+        self.addCleanup(service.kill)
+        return service
+
+    def line_of(self, service):
+        """The next line of the log without its time."""
+        line = service.stdout.readline()
+        self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ")
+        return line.rstrip("\n")[21:]
+
+    def lines_of(self, service, count):
+        return [self.line_of(service) for _ in range(count)]
+
+    def expect_end(self, service, ending=signal.SIGTERM):
+        service.send_signal(ending)
+        self.assertEqual(self.line_of(service), STOPPED)
+        self.assertEqual(service.wait(60), 0)
+        self.assertEqual(service.stderr.read(), "")
+
+    def file_lines(self, name):
+        return [line[21:] for line in (self.folder / name).read_text(encoding="utf-8").splitlines()]
+
+    def test_scripts_of_the_profile_run_until_the_polite_end(self):
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=a.kx\r\nProcedura1=brak.kx\r\n")
+        self.put("a.kx", "PRIORITY 1\r\nLOCAL ŻAR = 1\r\nBZDURA\r\n")
+        script = self.folder / "a.kx"
+        for ending in (signal.SIGTERM, signal.SIGINT):
+            service = self.start()
+            self.assertEqual(self.lines_of(service, 5), [
+                STARTED[0],
+                f"{script} : Inicjowanie skryptu ",
+                f"{script} : Start skryptu ",
+                f"{self.folder}/brak.kx : No such file or directory",
+                STARTED[1],
+            ])
+            self.assertEqual(self.line_of(service), f"{script} : Linia 3 - Nieznane słowo kluczowe : BZDURA")
+            self.expect_end(service, ending)
+        self.assertEqual(len(self.file_lines("Kalvex.log")), 14)
+
+    def test_log_file_that_was_moved_is_opened_anew(self):
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+        (self.folder / "Kalvex.log").rename(self.folder / "stary.log")
+        service.send_signal(signal.SIGHUP)
+        self.expect_end(service)
+        self.assertEqual(self.file_lines("stary.log"), STARTED)
+        self.assertEqual(self.file_lines("Kalvex.log"), [STOPPED])
+
+    def test_logs_may_lie_elsewhere(self):
+        (self.folder / "dziennik").mkdir()
+        service = self.start("--log-dir", str(self.folder / "dziennik"))
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.expect_end(service)
+        self.assertEqual(self.file_lines("dziennik/Kalvex.log"), [*STARTED, STOPPED])
+        self.assertFalse((self.folder / "Kalvex.log").exists())
+
+    def test_second_copy_ends_silently_and_the_next_one_starts(self):
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.run_with(), (1, "", ""))
+        service.kill()
+        service.wait(60)
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+
+    def test_second_instance_is_not_the_primary_one(self):
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.run_with("/INST:2"), (1, "", f"kalvexd: {NOT_PRIMARY}\n"))
+        self.assertEqual(self.file_lines("Kalvex2_d.log"), [NOT_PRIMARY])
+        self.assertFalse((self.folder / "Kalvex2.log").exists())
+        self.expect_end(service)
+
+    def test_instances_of_two_runtime_folders_run_side_by_side(self):
+        first = self.start()
+        self.assertEqual(self.lines_of(first, 2), STARTED)
+        self.environment["SORVANE_RUNTIME_DIR"] = str(self.folder / "run2")
+        second = self.start("/INST:2")
+        self.assertEqual(self.line_of(second), "Uruchomienie modułu Kalvex [2]")
+        self.assertTrue((self.folder / "Kalvex2.log").exists())
+
+    def test_profile_that_cannot_be_read_is_told(self):
+        (self.folder / "Kalvex.ini").mkdir()
+        fault = f"Nie można odczytać pliku {self.folder}/Kalvex.ini (Is a directory)"
+        self.assertEqual(self.run_with(), (1, "", f"kalvexd: {fault}\n"))
+        self.assertEqual(self.file_lines("Kalvex_d.log"), [fault])
+
+    def test_refused_options_are_told(self):
+        self.assertEqual(self.run_with("/C"), (1, "", f"kalvexd: {OPTION_C}\n"))
+        self.assertEqual(
+            self.run_with("/RC"),
+            (1, "", "kalvexd: Ten program nie może pracować jako zdalna konsola innego modułu\n"))
+
+    def test_unknown_options_are_passed_over(self):
+        service = self.start("--kolor", "/ZZ:1")
+        self.assertEqual(
+            self.lines_of(service, 3),
+            [STARTED[0], "Pominięte parametry wiersza poleceń: --kolor /ZZ:1", STARTED[1]])
+        self.expect_end(service)
+
+    def test_wrong_usage(self):
+        self.assertEqual(self.run_with("--log-dir"), (2, "", "kalvexd: --log-dir needs a value\n"))
+        self.assertEqual(self.run_with("--log-stdout=1"), (2, "", "kalvexd: --log-stdout takes no value\n"))
+        self.assertEqual(
+            self.run_with("--working-dir", str(self.folder / "brak")),
+            (1, "", f"kalvexd: {self.folder}/brak: No such file or directory\n"))
+
+    def test_help_and_version(self):
+        status, out, err = self.run_with("--help")
+        self.assertEqual((status, err), (0, ""))
+        self.assertTrue(out.startswith("Usage: kalvexd [OPTIONS] [OPTIONS OF A MODULE]\n"), out)
+        status, out, err = self.run_with("--version")
+        self.assertEqual((status, err), (0, ""))
+        self.assertTrue(re.fullmatch(r"kalvexd \d+\.\d+\.\d+\n", out), out)
+        status, out, err = self.run_with("/?")
+        self.assertEqual((status, err), (0, ""))
+        self.assertEqual(out.splitlines()[0], "/?            lista parametrów")
+
+    def test_runtime_folder_that_cannot_be_made_is_told(self):
+        self.put("plik", "")
+        self.environment["SORVANE_RUNTIME_DIR"] = str(self.folder / "plik")
+        self.assertEqual(
+            self.run_with(),
+            (1, "", f"kalvexd: Nie można zablokować instancji ({self.folder}/plik/Kalvex.1.lock: Not a directory)\n"))
+
+    def test_messages_are_translated(self):
+        self.environment["LANGUAGE"] = "en"
+        self.assertEqual(
+            self.run_with("/RC"),
+            (1, "", "kalvexd: This program cannot work as the remote console of another module\n"))
+
+    def test_user_is_logged_in_from_the_users_file_or_the_service_ends(self):
+        users = self.folder / "users.sqlite"
+        self.put("sorvane.ini", f"[Konfiguracja]\nUżytkownicy={users}\n")
+        fault = f"Nie można otworzyć pliku użytkowników {users} (No such file or directory)"
+        self.assertEqual(self.run_with(), (1, "", f"kalvexd: {fault}\n"))
+        users.touch()
+        fault = "Nie można zalogować użytkownika ADAM"
+        self.assertEqual(self.run_with("/U:adam:tajne"), (1, "", f"kalvexd: {fault}\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()
