@@ -38,7 +38,7 @@ void CHealth::OnTick(std::int64_t now, std::int64_t lateness) {
     if (m_arrSamples.size() > kSamples) m_arrSamples.pop_front();
 }
 
-CHealthFigures CHealth::GetFigures(std::int64_t now, const std::vector<CKalvexDoc*>& scripts,
+CHealthFigures CHealth::GetFigures(std::int64_t now, const ScriptList& scripts,
                                    const CSourceList* sources) const {
     CHealthFigures figures;
     figures.uptime = Seconds(now - m_tStart);
@@ -52,7 +52,7 @@ CHealthFigures CHealth::GetFigures(std::int64_t now, const std::vector<CKalvexDo
     const double span = Seconds(now - oldest.time);
     figures.ticksPerSecond = Rate(oldest.ticks, figures.ticks, span);
     figures.linesPerSecond = Rate(oldest.lines, m_counts.lines, span);
-    for (CKalvexDoc* script : scripts) {
+    for (const std::unique_ptr<CKalvexDoc>& script : scripts) {
         ++figures.scripts[static_cast<std::size_t>(ConditionOf(*script))];
     }
     if (sources != nullptr) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <vector>
 
 #include "app/TickLateness.h"
@@ -44,6 +45,8 @@ struct CHealthFigures {
 
 class CHealth {
   public:
+    using ScriptList = std::vector<std::unique_ptr<CKalvexDoc>>;
+
     // `now` is here and below a reading in microseconds of one clock that nobody sets.
     explicit CHealth(std::int64_t now);
 
@@ -54,7 +57,7 @@ class CHealth {
     RunCounts& Counts() { return m_counts; }
 
     // Without a list of sources there are no connections.
-    CHealthFigures GetFigures(std::int64_t now, const std::vector<CKalvexDoc*>& scripts,
+    CHealthFigures GetFigures(std::int64_t now, const ScriptList& scripts,
                               const CSourceList* sources) const;
 
   private:

@@ -16,7 +16,7 @@ class HealthTest : public SourceWorld {
   protected:
     HealthTest() { services.counts = &health.Counts(); }
 
-    CHealthFigures Figures() { return health.GetFigures(now, scripts, nullptr); }
+    CHealthFigures Figures() { return health.GetFigures(now, documents, nullptr); }
 
     // Ticks of ten milliseconds, each of which runs so many lines.
     void Pass(std::int64_t seconds, std::uint64_t lines = 0) {
@@ -29,14 +29,12 @@ class HealthTest : public SourceWorld {
 
     CKalvexDoc& Add(std::string_view text, const std::string& name, int count = 50) {
         CKalvexDoc& script = Start(text, name);
-        scripts.push_back(&script);
         Tick(count);
         return script;
     }
 
     std::int64_t now = kBegin;
     CHealth health{kBegin};
-    std::vector<CKalvexDoc*> scripts;
 };
 
 TEST_F(HealthTest, BeforeTheFirstTickThereIsNothingToDivideBy) {
@@ -82,11 +80,11 @@ TEST_F(HealthTest, LinesErrorsAndWaitsOfAllScriptsAreCounted) {
     EXPECT_EQ(Figures().counts.lines, 2u);
     EXPECT_EQ(Figures().counts.errors, 0u);
     Add("; opis\nNIEZNANE", "blad.kx", 0);
-    scripts.back()->ExecuteLine();
+    documents.back()->ExecuteLine();
     EXPECT_EQ(Figures().counts.lines, 3u);
-    scripts.back()->m_nCurrentLine = 1;
-    scripts.back()->ExecuteLine();
-    scripts.back()->ExecuteLine();
+    documents.back()->m_nCurrentLine = 1;
+    documents.back()->ExecuteLine();
+    documents.back()->ExecuteLine();
     EXPECT_EQ(Figures().counts.lines, 5u);
     EXPECT_EQ(Figures().counts.errors, 2u);
     EXPECT_EQ(Figures().counts.waits, 0u);
@@ -97,7 +95,7 @@ TEST_F(HealthTest, LineThatNeedsDataIsAWaitAndNoError) {
     Add("REMOTE X srv@X\nLOCAL A\nSET A = X", "czeka.kx");
     EXPECT_GT(Figures().counts.waits, 0u);
     EXPECT_EQ(Figures().counts.errors, 0u);
-    EXPECT_EQ(ConditionOf(*scripts[0]), ScriptCondition::Waiting);
+    EXPECT_EQ(ConditionOf(*documents[0]), ScriptCondition::Waiting);
 }
 
 TEST_F(HealthTest, EachScriptIsInOneState) {
@@ -119,7 +117,7 @@ TEST_F(HealthTest, EachScriptIsInOneState) {
 TEST_F(HealthTest, ConnectionsAreCountedByState) {
     Plant("'variables': {'X': {'current': [{'atTick': 0, 'value': 1}]}}");
     const auto connections = [this] {
-        return health.GetFigures(now, scripts, &client->SourceList()).connections;
+        return health.GetFigures(now, documents, &client->SourceList()).connections;
     };
     EXPECT_THAT(connections(), ElementsAre(0, 0, 0, 0));
     Add("REMOTE A srv@X\nREMOTE B inny@X", "zrodla.kx");

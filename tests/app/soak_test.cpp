@@ -1,0 +1,207 @@
+// Weeks of plant time under a virtual clock: what scripts take they give back.
+#include <gtest/gtest.h>
+
+#include "app/Health.h"
+#include "app/HealthText.h"
+#include "engine/script_world.h"
+#include "platform/scratch_file.h"
+#include "sources/ClientInterface.h"
+#include "values/allocation_count.h"
+#include "values/zone_scope.h"
+#include "vantrel/plant/SimulatedPlant.h"
+
+namespace kalvex {
+namespace {
+
+constexpr std::int64_t kTick = 10;  // seconds of plant time
+constexpr std::int64_t kDay = 86400 / kTick;
+constexpr std::int64_t kWeek = 7 * kDay;
+
+// Texts are not always of the same length; what piles up would be far more.
+constexpr std::int64_t kPlay = 1024;  // bytes
+
+constexpr const char* kPlant = R"({"sources": {"srv": {"variables": {
+    "TEMPERATURA": {"current": [{"atTick": 0, "value": 3.5}]},
+    "ZADANA": {"current": [{"atTick": 0, "value": 60.5}]},
+    "OPIS": {"current": [{"atTick": 0, "value": "start"}]},
+    "GAZ": {"hour": [{"time": "2024-03-10 06:00:00", "value": 100.25, "status": 128},
+                     {"time": "2024-03-10 07:00:00", "value": 104.5, "status": 128},
+                     {"time": "2024-03-10 08:00:00", "value": 99.75, "status": 128}]}}}}})";
+
+// Reads, computes, writes, waits.
+constexpr const char* kController = R"(
+PRIORITY 1
+REMOTE TEMPERATURA srv@TEMPERATURA
+REMOTE ZADANA srv@ZADANA
+REMOTE OPIS srv@OPIS
+LOCAL NOWA
+LOCAL TEKST
+:obieg
+LOCK
+SET NOWA = 70 - 1.5 * TEMPERATURA + SIN(TIME.HOUR / 4)
+UNLOCK
+IF NOWA > 65 || NOWA < 40 THEN
+  SET NOWA = 65
+ELSE
+  SET NOWA = ROUND NOWA 1
+ENDIF
+SET ZADANA = NOWA
+SET TEKST = TO_STRING NOWA "%8.2f"
+SET TEKST = STRING_APPEND "Temperatura zadana kotła numer jeden: " TEKST
+SET OPIS = TEKST
+SLEEP 10.00
+GOTO obieg
+)";
+
+// Reports by time and as a set, and a report that is written.
+constexpr const char* kReports = R"(
+PRIORITY 1
+REMOTE GAZ srv@GAZ
+LIST GODZINY
+LOCAL SUMA
+WAITFOR 0.00
+GET GAZ HREP 2024 3 10 7
+:czekaj
+IF NOT READY GAZ.HREP GOTO czekaj
+SET SUMA = GAZ.HREP
+MGET GAZ HREP FROM 2024 3 10 5 TO 2024 3 10 9
+:czekaj_na_zbior
+IF NOT READY GAZ.HREP GOTO czekaj_na_zbior
+MGET GAZ GETDATA GODZINY
+CALC_IN_LIST GODZINY.SUM SUMA
+PUT GAZ HREP 2024 3 10 8 SUMA
+SLEEP 20
+)";
+
+// Texts, lists, procedures, a data file.
+constexpr const char* kTexts = R"(
+PRIORITY 1
+LIST POLA
+LOCAL WIERSZ
+LOCAL ŚREDNIA
+LOCAL ILE = 0
+LOCAL KIEDY
+PROCEDURE rozłóż(tekst, lista)
+BEGIN
+REMOVE_ALL lista
+SPLIT tekst ; lista
+END
+:obieg
+SET WIERSZ = STRING_APPEND "811.25;799.50;805.00;812.75;" "790.25;801.00;0;12.5"
+CALL rozłóż(WIERSZ, POLA)
+SET WIERSZ = JOIN POLA " | "
+SET WIERSZ = STRING_MAKE_LOWER WIERSZ
+SET ILE = ILE + 1
+SET KIEDY = TIME
+SET KIEDY.TIMESTAMP = TIME
+SET KIEDY = FORMATED_TIMESTAMP KIEDY "%Y-%m-%d %H:%M:%S"
+WRITE_FILE "stan.txt" "OBIEG" -A ILE KIEDY
+READ_FILE "stan.txt" "OBIEG" -A ILE
+SLEEP 30.00
+GOTO obieg
+)";
+
+// Ends on an error, is reset and started again every day.
+constexpr const char* kFaulty = R"(
+PRIORITY 1
+LOCAL A = 1
+LIST B
+ADD B "jeden"
+REMOTE BRAK srv@BRAK
+SET A = BRAK
+)";
+
+class SilentLog final : public LogSink {
+  public:
+    void Log(std::string_view, int) override { ++lines; }
+
+    std::uint64_t lines = 0;
+};
+
+class SoakTest : public ScriptWorld {
+  protected:
+    SoakTest() {
+        const ScratchFile file(kPlant);
+        PlantDefinition definition;
+        std::string fault;
+        EXPECT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
+        m_pPlant = std::make_unique<SimulatedPlant>(std::move(definition), clock);
+        m_pClient =
+            std::make_unique<CClientInterface>(SourceServices{m_log, translator, users, *m_pPlant});
+        m_services.sources = m_pClient.get();
+        m_services.counts = &m_health.Counts();
+    }
+    ~SoakTest() override { m_arrScripts.clear(); }
+
+    void Start(std::string_view text, const std::string& name) {
+        WriteFile(name, text);
+        CKalvexDoc& script = *m_arrScripts.emplace_back(std::make_unique<CKalvexDoc>(m_services));
+        std::string error;
+        ASSERT_TRUE(script.Open(name, error)) << error;
+        ticks.Add(script);
+        ASSERT_TRUE(script.Start());
+    }
+
+    void Pass(std::int64_t count) {
+        for (const std::int64_t end = m_nTick + count; m_nTick < end;) {
+            m_pPlant->AdvanceTo(++m_nTick);
+            m_pClient->SourceList().CheckConnections();
+            ticks.RunTick();
+            m_health.OnTick(m_nTick * kTick * 1'000'000, m_nTick % 977);
+            clock.Advance(kTick * 1000);
+            if (m_nTick % kDay == 0) EndDay();
+        }
+    }
+
+    void EndDay() {
+        m_strMetrics = FormatHealthMetrics(m_health.GetFigures(
+            m_nTick * kTick * 1'000'000, m_arrScripts, &m_pClient->SourceList()));
+        for (const std::unique_ptr<CKalvexDoc>& script : m_arrScripts) {
+            if (ConditionOf(*script) != ScriptCondition::Error) continue;
+            script->Reset();
+            script->Start();
+        }
+    }
+
+    ZoneScope m_zone{"Europe/Warsaw"};
+    SilentLog m_log;
+    DocumentServices m_services{
+        {clock, m_log, translator, users, paths, Functions()}, Statements(), questions};
+    CHealth m_health{0};
+    std::unique_ptr<SimulatedPlant> m_pPlant;
+    std::unique_ptr<CClientInterface> m_pClient;
+    std::vector<std::unique_ptr<CKalvexDoc>> m_arrScripts;
+    std::int64_t m_nTick = 0;
+    std::string m_strMetrics;
+};
+
+TEST_F(SoakTest, FourWeeksTakeNoMoreMemoryThanOne) {
+    Start(kController, "regulator.kx");
+    Start(kReports, "raporty.kx");
+    Start(kTexts, "teksty.kx");
+    Start(kFaulty, "wadliwy.kx");
+    Pass(kWeek);
+    const std::int64_t afterOne = HeldBytes();
+    const std::uint64_t linesOfOne = m_health.Counts().lines;
+    const std::uint64_t logOfOne = m_log.lines;
+    Pass(3 * kWeek);
+    EXPECT_LE(HeldBytes(), afterOne + kPlay);
+    // All of it has been at work to the end.
+    EXPECT_GT(m_health.Counts().lines, 3 * linesOfOne);
+    EXPECT_GT(m_log.lines, 3 * logOfOne);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(ConditionOf(*m_arrScripts[i]), ScriptCondition::Running) << i;
+    }
+}
+
+// What the figure above would be if scripts kept what they take.
+TEST_F(SoakTest, ListThatGrowsShows) {
+    Start("PRIORITY 1\nLIST A\n:obieg\nADD A TIME\nSLEEP 30.00\nGOTO obieg", "rosnie.kx");
+    Pass(kDay);
+    const std::int64_t afterOne = HeldBytes();
+    Pass(kDay);
+    EXPECT_GT(HeldBytes(), afterOne + kPlay);
+}
+
+}  // namespace
+}  // namespace kalvex
