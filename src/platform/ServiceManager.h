@@ -19,7 +19,7 @@ class ServiceManager {
     ServiceManager& operator=(const ServiceManager&) = delete;
 
     // These two wait for a manager that is busy, a second at most.
-    void TellReady(std::string_view status);
+    void TellReady();
     void TellStopping();
 
     // One line for people, UTF-8. Lost when the manager is busy.

@@ -76,12 +76,12 @@ class ServiceManagerTest : public testing::Test {
 TEST_F(ServiceManagerTest, StatesAreToldThroughAPath) {
     const Manager manager(m_folder.Path("notify"));
     ServiceManager service;
-    service.TellReady("Skrypty: 3");
+    service.TellReady();
     service.TellStatus("Skrypty:\n4");
     service.TellAlive();
     service.TellStopping();
-    EXPECT_THAT(manager.Heard(), ElementsAre("READY=1\nSTATUS=Skrypty: 3", "STATUS=Skrypty: 4",
-                                             "WATCHDOG=1", "STOPPING=1"));
+    EXPECT_THAT(manager.Heard(),
+                ElementsAre("READY=1", "STATUS=Skrypty: 4", "WATCHDOG=1", "STOPPING=1"));
 }
 
 TEST_F(ServiceManagerTest, AbstractSocketIsReached) {
@@ -105,7 +105,7 @@ TEST_F(ServiceManagerTest, WithoutAManagerNothingHappens) {
     for (const char* name : {"", "vsock:2:1234", "@", "wzgledna", "/nie/ma/takiego"}) {
         ::setenv("NOTIFY_SOCKET", name, 1);
         ServiceManager service;
-        service.TellReady("x");
+        service.TellReady();
         service.TellAlive();
         service.TellStopping();
     }

@@ -111,6 +111,21 @@ class Sorvaned(unittest.TestCase):
             self.assertEqual(store.execute("SELECT count(*) FROM progress WHERE what = 'alive'").fetchone(), (1,))
             store.close()
 
+    def test_service_manager_hears_of_the_start_the_life_and_the_end(self):
+        manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(manager.close)
+        manager.settimeout(60)
+        manager.bind(str(self.folder / "notify"))
+        self.environment.update(NOTIFY_SOCKET=str(self.folder / "notify"), WATCHDOG_USEC="20000")
+        server = self.start()
+        self.assertEqual(manager.recv(100), b"READY=1")
+        self.assertEqual(manager.recv(100), b"WATCHDOG=1")
+        self.stop(server)
+        heard = b"WATCHDOG=1"
+        while heard == b"WATCHDOG=1":
+            heard = manager.recv(100)
+        self.assertEqual(heard, b"STOPPING=1")
+
     def test_definitions_are_read_again(self):
         server = self.start()
         self.config.write_text(PLANT + "kolor = 5\n", encoding="utf-8")

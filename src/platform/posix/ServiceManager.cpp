@@ -65,8 +65,8 @@ ServiceManager::~ServiceManager() {
     if (m_fd >= 0) ::close(m_fd);
 }
 
-void ServiceManager::TellReady(std::string_view status) {
-    Send("READY=1\n" + StatusLine(status), 0);
+void ServiceManager::TellReady() {
+    Send("READY=1", 0);
 }
 
 void ServiceManager::TellStopping() {

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "platform/CodePage.h"
+#include "platform/ServiceManager.h"
 #include "platform/UserStore.h"
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
@@ -52,6 +53,7 @@ int Serve(const SorvanedOptions& options) {
     loop.OnSignal(SIGHUP, [&server] { server.Reload(); });
     loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
     loop.OnSignal(SIGINT, [&loop] { loop.Quit(); });
+    ServiceManager manager;
     std::vector<std::string> errors;
     if (!server.Start(options.configuration, errors)) return Fail(errors);
     std::unique_ptr<NetworkServer> network;
@@ -62,7 +64,12 @@ int Serve(const SorvanedOptions& options) {
     }
     loop.Every(kTick, [&server] { server.Tick(); });
     if (network) loop.Every(kCheck, [&network] { network->Check(); });
+    if (const std::optional<std::int64_t> period = manager.GetWatchdogPeriod()) {
+        loop.Every(*period, [&manager] { manager.TellAlive(); });
+    }
+    manager.TellReady();
     loop.Run();
+    manager.TellStopping();
     network.reset();
     server.Stop();
     return ExitDone;
