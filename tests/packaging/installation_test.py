@@ -1,0 +1,95 @@
+#!/usr/bin/env python3
+"""The installation: what lies where, that the programs run from there, and the service units."""
+import configparser
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+CMAKE, BUILD = sys.argv[1:3]
+del sys.argv[1:3]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PROGRAMS = ["kalvex-run", "sorvaned"]
+SERVICES = ["sorvaned"]
+
+
+def output_of(*command):
+    return subprocess.run(command, capture_output=True, encoding="utf-8", timeout=120)
+
+
+class Unit(configparser.RawConfigParser):
+    """A unit file, as far as its keys occur once."""
+
+    def __init__(self, path):
+        super().__init__(strict=False, delimiters="=", comment_prefixes="#")
+        self.optionxform = str
+        self.read(path, encoding="utf-8")
+
+
+class Installation(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.prefix = pathlib.Path(folder.name) / "usr"
+        done = output_of(CMAKE, "--install", BUILD, "--prefix", str(cls.prefix))
+        assert done.returncode == 0, done.stderr
+
+    def unit(self, service):
+        return self.prefix / "lib/systemd/system" / f"{service}.service"
+
+    def test_programs_run_from_where_they_are_installed(self):
+        for program in PROGRAMS:
+            shown = output_of(self.prefix / "bin" / program, "--help")
+            self.assertEqual((shown.returncode, shown.stderr), (0, ""), program)
+            self.assertIn(program, shown.stdout)
+        self.assertEqual(sorted(path.name for path in (self.prefix / "bin").iterdir()), sorted(PROGRAMS))
+
+    def test_every_program_has_its_page(self):
+        pages = {path.stem for path in (self.prefix / "share/man").glob("man?/*")}
+        self.assertEqual(pages, set(PROGRAMS))
+
+    def test_catalogues_documents_and_examples_are_there(self):
+        for language in (ROOT / "translations").glob("*.po"):
+            catalogue = self.prefix / "share/locale" / language.stem / "LC_MESSAGES/kalvex.mo"
+            self.assertTrue(catalogue.is_file(), catalogue)
+        shared = self.prefix / "share/doc/kalvex"
+        for source, target in (("docs", shared), ("examples", shared / "examples")):
+            for path in (ROOT / source).glob("*.*"):
+                self.assertEqual((target / path.name).read_bytes(), path.read_bytes())
+        self.assertFalse((shared / "examples/plant/data").exists())
+
+    def test_units_name_options_that_their_programs_have(self):
+        for service in SERVICES:
+            program, *arguments = Unit(self.unit(service))["Service"]["ExecStart"].split()
+            self.assertEqual(program, str(self.prefix / "bin" / service))
+            shown = output_of(program, "--help").stdout
+            options = [argument.split("=")[0] for argument in arguments if argument.startswith("-")]
+            for option in options:
+                self.assertRegex(shown, rf"(?m)(^|[\s,]){re.escape(option)}\b", service)
+
+    def test_units_confine_their_services(self):
+        for service in SERVICES:
+            unit = Unit(self.unit(service))["Service"]
+            for key, value in {"User": "sorvane", "NoNewPrivileges": "yes", "ProtectSystem": "strict",
+                               "CapabilityBoundingSet": "", "Type": "notify", "RuntimeDirectory": "sorvane",
+                               "RuntimeDirectoryPreserve": "yes"}.items():
+                self.assertEqual(unit[key], value, f"{service}: {key}")
+
+    def test_service_manager_takes_the_units(self):
+        if shutil.which("systemd-analyze") is None:
+            self.skipTest("systemd-analyze is not installed")
+        for service in SERVICES:
+            checked = output_of("systemd-analyze", "verify", "--man=no", str(self.unit(service)))
+            self.assertEqual((checked.returncode, checked.stderr), (0, ""), service)
+
+    def test_nothing_names_the_folder_of_the_build(self):
+        for path in [self.unit(service) for service in SERVICES]:
+            self.assertNotIn(str(BUILD), path.read_text(encoding="utf-8"))
+
+
+if __name__ == "__main__":
+    unittest.main()
