@@ -10,7 +10,7 @@
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
 #include "programs/sorvaned/Listening.h"
-#include "programs/sorvaned/PasswordPrompt.h"
+#include "programs/PasswordPrompt.h"
 #include "server/Server.h"
 #include "values/LocalTimeText.h"
 

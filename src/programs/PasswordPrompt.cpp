@@ -1,4 +1,4 @@
-#include "programs/sorvaned/PasswordPrompt.h"
+#include "programs/PasswordPrompt.h"
 
 #include <termios.h>
 #include <unistd.h>
