@@ -156,6 +156,13 @@ CSourceDesc CConfigurationStore::ReadSource(std::string_view line) const {
     return description;
 }
 
+bool CConfigurationStore::HasLostPasswords() const {
+    return std::ranges::any_of(ReadList(kSources, kSource), [this](std::string_view line) {
+        return TakeField(line) && TakeField(line) && CCrypt::GetCryptHeader(line) &&
+               !m_crypt.DecryptTextWithLabel(kPasswordLabel, line);
+    });
+}
+
 std::string CConfigurationStore::DecodePassword(std::string_view text) const {
     if (!CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
     return m_crypt.DecryptTextWithLabel(kPasswordLabel, text).value_or(std::string());

@@ -46,6 +46,10 @@ class CConfigurationStore {
     void ReadRights(CConfiguration& configuration) const;
     void ReadLogLevel(CConfiguration& configuration) const;
 
+    // Whether the store has a password of a source that the key does not open. To write the
+    // sources would lose it for good.
+    bool HasLostPasswords() const;
+
     // What cannot be written is not reported. Sources are written all together or, when a password
     // cannot be protected, not at all. A console client writes no log level, and transmission is
     // never kept as one.

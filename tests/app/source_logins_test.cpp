@@ -69,5 +69,24 @@ TEST(SourceLogins, ServerHearsTheLoginOfTheProfile) {
     EXPECT_EQ(server.login.password, "haslo, z przecinkiem");
 }
 
+TEST(SourceLogins, PasswordOfAnotherKeyIsLostAndThatIsKnown) {
+    ScratchFolder folder;
+    const CCrypt crypt(folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse);
+    const CCrypt other(folder.Path("Inny.key"), KeyFile::MadeAtFirstUse);
+    const Paths paths(folder.Path());
+    IniProfile profile(folder.Path("Kalvex.ini"));
+    const CConfigurationStore store(profile, crypt, paths, false);
+    EXPECT_FALSE(store.HasLostPasswords());
+    // No password, no user, the old plain form, one of its own.
+    folder.Put("Kalvex.ini",
+               "[Zrodla]\nZrodlo0=srv,jan,\nZrodlo1=sam\nZrodlo2=srv2,ewa,1&2&\n"
+               "Zrodlo3=srv3,jan," +
+                   *crypt.EncryptTextWithLabel("Kalvex", "tajne") + "\n");
+    EXPECT_FALSE(store.HasLostPasswords());
+    folder.Put("Kalvex.ini",
+               "[Zrodla]\nZrodlo0=srv,jan," + *other.EncryptTextWithLabel("Kalvex", "x") + "\n");
+    EXPECT_TRUE(store.HasLostPasswords());
+}
+
 }  // namespace
 }  // namespace kalvex
