@@ -216,6 +216,10 @@ void CConfigurationStore::WriteApplication(const CConfiguration& configuration) 
     m_profile.WriteProfileStringEx(kGeneral, FromUtf8(kControlRight), configuration.controlRight);
 }
 
+std::string ProfileFileName(int instance) {
+    return instance == 1 ? "Kalvex.ini" : fmt::format("Kalvex{}.ini", instance);
+}
+
 std::string ReadRootFolder(const Profile& profile, const std::string& workingDir) {
     const std::filesystem::path folder =
         NativePath(profile.GetProfileStringEx(kGeneral, FromUtf8(kRootFolder)));

@@ -70,6 +70,9 @@ class CConfigurationStore {
     const bool m_bConsoleClient;
 };
 
+// The name of the profile of an instance, without its folder.
+std::string ProfileFileName(int instance);
+
 // The folder that data files lie in, by the profile, else the working directory; both, and the
 // answer, in the system's encoding.
 std::string ReadRootFolder(const Profile& profile, const std::string& workingDir);

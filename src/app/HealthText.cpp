@@ -28,6 +28,7 @@ struct FigureRow {
     const char* help;
     LogForm log;
     Samples (*samples)(const CHealthFigures& figures);
+    bool inStatus = false;  // that the service manager shows
 };
 
 // A value that stands alone.
@@ -134,12 +135,14 @@ constexpr FigureRow kFigures[] = {
      "gauge",
      "Scripts by state.",
      {Translatable("skrypty"), 1, 0, ""},
-     [](const CHealthFigures& f) { return ByState(kScriptStates, f.scripts); }},
+     [](const CHealthFigures& f) { return ByState(kScriptStates, f.scripts); },
+     true},
     {"kalvex_connections",
      "gauge",
      "Connections to data servers by state.",
      {Translatable("połączenia"), 1, 0, ""},
-     [](const CHealthFigures& f) { return ByState(kConnectionStates, f.connections); }},
+     [](const CHealthFigures& f) { return ByState(kConnectionStates, f.connections); },
+     true},
     {"process_resident_memory_bytes",
      "gauge",
      "Physical memory that the process occupies.",
@@ -147,9 +150,9 @@ constexpr FigureRow kFigures[] = {
      [](const CHealthFigures& f) { return Single(f.memory); }},
 };
 
-std::string FormatLine(const FigureRow& row, const CHealthFigures& figures,
-                       const Translator& translator) {
-    std::string line = translator.Translate("Stan modułu, ") + translator.Translate(row.log.text);
+std::string FormatFigure(const FigureRow& row, const CHealthFigures& figures,
+                         const Translator& translator) {
+    std::string line = translator.Translate(row.log.text);
     const char* separator = ": ";
     for (const Sample& sample : row.samples(figures)) {
         if (sample.word == nullptr) continue;
@@ -166,9 +169,21 @@ std::string FormatLine(const FigureRow& row, const CHealthFigures& figures,
 
 std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
                                            const Translator& translator) {
+    const std::string beginning = translator.Translate("Stan modułu, ");
     std::vector<std::string> lines;
-    for (const FigureRow& row : kFigures) lines.push_back(FormatLine(row, figures, translator));
+    for (const FigureRow& row : kFigures) {
+        lines.push_back(beginning + FormatFigure(row, figures, translator));
+    }
     return lines;
+}
+
+std::string FormatHealthStatus(const CHealthFigures& figures, const Translator& translator) {
+    std::string status;
+    for (const FigureRow& row : kFigures) {
+        if (!row.inStatus) continue;
+        status += (status.empty() ? "" : "; ") + FormatFigure(row, figures, translator);
+    }
+    return status;
 }
 
 std::string FormatHealthMetrics(const CHealthFigures& figures) {

@@ -13,6 +13,9 @@ namespace kalvex {
 std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
                                            const Translator& translator);
 
+// Scripts and connections in one line, for a service manager; an engine text.
+std::string FormatHealthStatus(const CHealthFigures& figures, const Translator& translator);
+
 // The text exposition format 0.0.4 of Prometheus, UTF-8.
 std::string FormatHealthMetrics(const CHealthFigures& figures);
 

@@ -123,7 +123,7 @@ bool CKalvexApp::LockInstance() {
 // ---- profile, logs, libraries
 
 bool CKalvexApp::ConfigureProfile() {
-    m_strProfile = m_world.workingDir + '/' + WithInstance("%d", kProgram) + ".ini";
+    m_strProfile = m_world.workingDir + '/' + ProfileFileName(m_nInstance);
     m_world.profile.SetProfileConfigEx(m_strProfile);
     return true;
 }

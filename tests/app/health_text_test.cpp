@@ -45,6 +45,12 @@ TEST(HealthText, LogHasALineForEachFigure) {
                    "Stan modułu, pamięć procesu: 18.4 MB"));
 }
 
+TEST(HealthText, StatusTellsOfScriptsAndConnections) {
+    EXPECT_EQ(ToUtf8(FormatHealthStatus(SomeFigures(), Translator())),
+              "skrypty: działa 6, czeka na dane 5, w błędzie 1, zatrzymane 2, zakończone 4, "
+              "nieuruchomione 3; połączenia: połączone 4, logowanie 3, łączenie 2, rozłączone 1");
+}
+
 TEST(HealthText, MetricsFollowTheTextExpositionFormat) {
     EXPECT_EQ(FormatHealthMetrics(SomeFigures()),
               R"(# HELP kalvex_uptime_seconds Time since the start.

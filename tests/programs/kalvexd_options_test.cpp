@@ -37,6 +37,27 @@ TEST(KalvexdOptions, EverythingElseIsForTheModule) {
     EXPECT_THAT(options.arguments, ElementsAre("/D:5", "-INST", "2", "--logs", "--log-dirs=x"));
 }
 
+TEST(KalvexdOptions, SourcesAreManagedInsteadOfTheService) {
+    EXPECT_FALSE(Parse({}).options.source);
+    const std::optional<SourceOrder> added = Parse({"--add-source", "Gaz,ewa"}).options.source;
+    ASSERT_TRUE(added);
+    EXPECT_EQ(added->task, SourceTask::Add);
+    EXPECT_EQ(added->name, "Gaz");
+    EXPECT_EQ(added->user, "ewa");
+    const std::optional<SourceOrder> removed = Parse({"--remove-source=Gaz"}).options.source;
+    ASSERT_TRUE(removed);
+    EXPECT_EQ(removed->task, SourceTask::Remove);
+    EXPECT_EQ(removed->name, "Gaz");
+    const std::optional<SourceOrder> listed = Parse({"--list-sources"}).options.source;
+    ASSERT_TRUE(listed);
+    EXPECT_EQ(listed->task, SourceTask::List);
+}
+
+TEST(KalvexdOptions, FiguresAreOfferedWhereTheyShould) {
+    EXPECT_EQ(Parse({}).options.metrics, "");
+    EXPECT_EQ(Parse({"--metrics", "[::1]:9464"}).options.metrics, "[::1]:9464");
+}
+
 TEST(KalvexdOptions, WrongUsageEndsTheProcess) {
     EXPECT_EQ(Parse({"--log-dir"}).exitStatus, 2);
     EXPECT_EQ(Parse({"--log-dir="}).message, "kalvexd: --log-dir needs a value\n");

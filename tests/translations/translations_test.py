@@ -28,6 +28,8 @@ TABLES = {
         "Połączenie FTP zostało przerwane",
     },
     "src/host/ProgramStatements.cpp": set(),
+    # the reasons of src/platform/posix/LocalListener.cpp
+    "src/programs/kalvexd/Service.cpp": None,
     "src/sources/InterfaceClientConnection.cpp": {"NOBODY", "%s (%s)", "%s - %s (%s@%s)"},
     # its texts are the rows of src/values/ScriptErrors.h
     "src/engine/ScriptRun.cpp": None,

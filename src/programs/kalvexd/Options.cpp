@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <string_view>
 
+#include "platform/CodePage.h"
+
 namespace kalvex {
 
 namespace {
@@ -13,24 +15,45 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kWrongUsage = 2;
 
-enum class Wants { Nothing, Folder };
-
 struct OptionRow {
     const char* name;
-    Wants wants;
+    const char* value;  // as the help shows it; null for an option without one
     const char* help;
     void (*take)(KalvexdOptions& options, const std::string& value);
 };
 
+void TakeSource(KalvexdOptions& options, SourceTask task, const std::string& value) {
+    const std::string text = FromUtf8(value);
+    const std::size_t comma = text.find(',');
+    const std::string user = comma == std::string::npos ? "" : text.substr(comma + 1);
+    options.source = SourceOrder{task, text.substr(0, comma), user};
+}
+
 constexpr OptionRow kRows[] = {
-    {"--working-dir", Wants::Folder, "The folder of the profile and of scripts (the current one)",
+    {"--working-dir", "FOLDER", "The folder of the profile and of scripts (the current one)",
      [](KalvexdOptions& options, const std::string& value) { options.workingDir = value; }},
-    {"--log-dir", Wants::Folder, "The folder of the log files (the working one)",
+    {"--log-dir", "FOLDER", "The folder of the log files (the working one)",
      [](KalvexdOptions& options, const std::string& value) { options.logDir = value; }},
-    {"--log-stdout", Wants::Nothing, "Write the log to standard output as well",
+    {"--log-stdout", nullptr, "Write the log to standard output as well",
      [](KalvexdOptions& options, const std::string&) { options.logStdout = true; }},
-    {"--version", Wants::Nothing, "Print the version and exit", nullptr},
-    {"--help", Wants::Nothing, "Print this and exit", nullptr},
+    {"--metrics", "ADDRESS",
+     "Figures for Prometheus: 127.0.0.1:9464, [::1]:9464, or the path of a socket (none)",
+     [](KalvexdOptions& options, const std::string& value) { options.metrics = value; }},
+    {"--add-source", "NAME,USER",
+     "Put the login of a data server into the profile, with a password that is asked for",
+     [](KalvexdOptions& options, const std::string& value) {
+         TakeSource(options, SourceTask::Add, value);
+     }},
+    {"--remove-source", "NAME", "Take the login of a data server out of the profile",
+     [](KalvexdOptions& options, const std::string& value) {
+         TakeSource(options, SourceTask::Remove, value);
+     }},
+    {"--list-sources", nullptr, "List the logins of the profile: name and user, a tab between them",
+     [](KalvexdOptions& options, const std::string&) {
+         options.source = SourceOrder{SourceTask::List, {}, {}};
+     }},
+    {"--version", nullptr, "Print the version and exit", nullptr},
+    {"--help", nullptr, "Print this and exit", nullptr},
 };
 
 const OptionRow* FindRow(std::string_view argument) {
@@ -51,12 +74,14 @@ std::string Help() {
         "\nOptions:\n";
     for (const OptionRow& row : kRows) {
         const std::string form =
-            fmt::format("{}{}", row.name, row.wants == Wants::Folder ? " FOLDER" : "");
-        help += fmt::format("  {:<24}{}\n", form, row.help);
+            row.value == nullptr ? row.name : fmt::format("{} {}", row.name, row.value);
+        help += fmt::format("  {:<26}{}\n", form, row.help);
     }
     return help +
            "\n\"/?\" lists the options of a module, such as /INST:2 and /D:5.\n"
-           "SIGTERM and SIGINT end the service, SIGHUP has it open its log files anew.\n"
+           "SIGTERM and SIGINT end the service, SIGHUP has it open its log files anew, SIGUSR1 has "
+           "it\n"
+           "write the figures of its health to the log.\n"
            "Exit status: 0 ended by a signal; 1 it could not start; 2 wrong usage.\n";
 }
 
@@ -74,16 +99,16 @@ KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
         }
         const std::string name = row->name;
         const bool given = arguments[i].size() > name.size();
-        if (row->wants == Wants::Nothing && given) {
+        if (row->value == nullptr && given) {
             return End(kWrongUsage, "kalvexd: " + name + " takes no value\n");
         }
         if (name == "--help") return End(kDone, Help());
         if (name == "--version") return End(kDone, "kalvexd " KALVEX_VERSION "\n");
         std::string value = given ? arguments[i].substr(name.size() + 1) : std::string();
-        if (row->wants == Wants::Folder && !given && i + 1 < arguments.size()) {
+        if (row->value != nullptr && !given && i + 1 < arguments.size()) {
             value = arguments[++i];
         }
-        if (row->wants == Wants::Folder && value.empty()) {
+        if (row->value != nullptr && value.empty()) {
             return End(kWrongUsage, "kalvexd: " + name + " needs a value\n");
         }
         row->take(options, value);

@@ -5,12 +5,16 @@
 #include <string>
 #include <vector>
 
+#include "programs/kalvexd/SourceTasks.h"
+
 namespace kalvex {
 
 struct KalvexdOptions {
     std::string workingDir;  // absolute
     std::string logDir;      // absolute
     bool logStdout = false;
+    std::string metrics;                 // where figures are read; empty: nowhere
+    std::optional<SourceOrder> source;   // to be done instead of the service
     std::vector<std::string> arguments;  // of the module
 };
 

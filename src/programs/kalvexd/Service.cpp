@@ -6,7 +6,9 @@
 #include <csignal>
 #include <filesystem>
 
+#include "app/HealthText.h"
 #include "platform/CodePage.h"
+#include "platform/TextFormat.h"
 #include "platform/posix/AccountName.h"
 #include "vantrel/network/Endpoint.h"
 
@@ -15,6 +17,9 @@ namespace kalvex {
 namespace {
 
 constexpr const char* kKeyFile = "Kalvex.key";
+
+enum ServiceTimer : int { StatusTimer = 100, WatchdogTimer = 101 };
+constexpr std::int64_t kStatusPeriod = 5000;  // milliseconds
 
 // The catalogues lie beside the programs' folder, in the place where they are built and in the one
 // where they are installed.
@@ -32,7 +37,8 @@ std::string HostName() {
 }  // namespace
 
 CKalvexService::CKalvexService(const KalvexdOptions& options)
-    : m_translator(CatalogueFolder()),
+    : m_strMetrics(options.metrics),
+      m_translator(CatalogueFolder()),
       m_loop(
           [this] { return !m_app.Documents().All().empty() || m_app.MainFrame().IsErrorShown(); }),
       m_crypt(options.workingDir + '/' + kKeyFile, KeyFile::MadeAtFirstUse),
@@ -44,6 +50,8 @@ CKalvexService::CKalvexService(const KalvexdOptions& options)
       m_app(MakeWorld(options)) {
     m_network.SetLog(m_app.Log());
     if (options.logStdout) m_app.Log().SetListener(&m_stream);
+    m_loop.Ticks().SetListener(
+        [this](std::int64_t now, std::int64_t lateness) { m_health.OnTick(now, lateness); });
 }
 
 AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
@@ -59,6 +67,7 @@ AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
                    m_network,
                    {&m_userLibrary, &m_network}};
     world.service = true;
+    world.counts = &m_health.Counts();
     world.arguments = options.arguments;
     world.workingDir = options.workingDir;
     world.logFolder = options.logDir;
@@ -68,23 +77,85 @@ AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
 
 void CKalvexService::WatchSignals() {
     for (const int ending : {SIGTERM, SIGINT}) {
-        m_loop.OnSignal(ending, [this] { m_app.OnCloseMainWindow(); });
+        m_loop.OnSignal(ending, [this] {
+            m_manager.TellStopping();
+            m_app.OnCloseMainWindow();
+        });
     }
     m_loop.OnSignal(SIGHUP, [this] { m_app.ReopenLogFiles(); });
+    m_loop.OnSignal(SIGUSR1, [this] { LogHealth(); });
+}
+
+CHealthFigures CKalvexService::GetFigures() {
+    const CClientInterface* sources = m_app.ClientInterface();
+    return m_health.GetFigures(SteadyMicroseconds(), m_app.Documents().All(),
+                               sources == nullptr ? nullptr : &sources->SourceList());
+}
+
+void CKalvexService::LogHealth() {
+    for (const std::string& line : FormatHealthLines(GetFigures(), m_translator)) {
+        m_app.Log().Log(line, LogAlways);
+    }
+}
+
+bool CKalvexService::OfferFigures(std::string& fault) {
+    if (m_strMetrics.empty()) return true;
+    m_pEndpoint = std::make_unique<HttpEndpoint>(
+        m_loop, HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
+                         [this] { return FormatHealthMetrics(GetFigures()); }});
+    std::string reason;
+    if (m_pEndpoint->Start(m_strMetrics, reason)) {
+        m_app.Log().Log(FormatText(m_translator.Translate("Udostępnianie stanu modułu: %s"),
+                                   {FromUtf8(m_pEndpoint->GetAddress())}),
+                        LogAlways);
+        return true;
+    }
+    fault = FormatText(m_translator.Translate("Nie można udostępnić stanu modułu: %s (%s)"),
+                       {FromUtf8(m_strMetrics), m_translator.Translate(reason.c_str())});
+    return false;
+}
+
+// The timers go by the main loop: when it hangs the manager does not hear that it is alive.
+void CKalvexService::ReportToManager() {
+    const auto tellStatus = [this] {
+        const std::string status = ToUtf8(FormatHealthStatus(GetFigures(), m_translator));
+        if (status == m_strStatus) return;
+        m_strStatus = status;
+        m_manager.TellStatus(status);
+    };
+    m_manager.TellReady();
+    tellStatus();
+    m_loop.SetTimer(StatusTimer, kStatusPeriod, tellStatus);
+    if (const std::optional<std::int64_t> period = m_manager.GetWatchdogPeriod()) {
+        m_loop.SetTimer(WatchdogTimer, *period, [this] { m_manager.TellAlive(); });
+    }
+}
+
+int CKalvexService::End(int status, const std::string& text) const {
+    if (text.empty()) return status;
+    if (status == EXIT_SUCCESS) {
+        std::fputs(ToUtf8(text).c_str(), stdout);
+    } else {
+        std::fprintf(stderr, "kalvexd: %s\n", ToUtf8(text).c_str());
+    }
+    return status;
 }
 
 int CKalvexService::Run() {
     WatchSignals();
-    if (m_app.InitInstance()) m_loop.Run();
-    const int status = m_app.ExitInstance();
-    const std::string text = ToUtf8(m_app.GetEnd().text);
-    if (text.empty()) return status;
-    if (status == EXIT_SUCCESS) {
-        std::fputs(text.c_str(), stdout);
-    } else {
-        std::fprintf(stderr, "kalvexd: %s\n", text.c_str());
+    std::string fault;
+    if (m_app.InitInstance()) {
+        if (OfferFigures(fault)) {
+            ReportToManager();
+            m_loop.Run();
+        } else {
+            m_app.Log().Log(fault, LogErrors);
+            m_app.CloseInstance(1);
+        }
     }
-    return status;
+    m_pEndpoint.reset();
+    const int status = m_app.ExitInstance();
+    return fault.empty() ? End(status, m_app.GetEnd().text) : End(EXIT_FAILURE, fault);
 }
 
 }  // namespace kalvex

@@ -2,12 +2,16 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
+#include "app/Health.h"
 #include "app/KalvexApp.h"
 #include "app/LogStream.h"
 #include "platform/GettextTranslator.h"
+#include "platform/HttpEndpoint.h"
 #include "platform/IniProfile.h"
+#include "platform/ServiceManager.h"
 #include "platform/UserSession.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
@@ -30,6 +34,15 @@ class CKalvexService {
   private:
     AppWorld MakeWorld(const KalvexdOptions& options);
     void WatchSignals();
+    // False, with the reason in `fault`, when the figures cannot be offered where they should.
+    bool OfferFigures(std::string& fault);
+    void ReportToManager();
+    CHealthFigures GetFigures();
+    void LogHealth();
+    int End(int status, const std::string& text) const;
+
+    const std::string m_strMetrics;  // the address of the endpoint; empty: none
+    ServiceManager m_manager;
 
     SystemClock m_clock;
     GettextTranslator m_translator;
@@ -43,7 +56,10 @@ class CKalvexService {
     CNetworkLibrary m_network;
     UserSession m_users;
     CLogStream m_stream;
+    CHealth m_health{SteadyMicroseconds()};
     CKalvexApp m_app;
+    std::unique_ptr<HttpEndpoint> m_pEndpoint;
+    std::string m_strStatus;  // that the manager has heard last
 };
 
 }  // namespace kalvex

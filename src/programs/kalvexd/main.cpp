@@ -5,7 +5,18 @@
 #include <ctime>
 #include <filesystem>
 
+#include "app/CmdLine.h"
+#include "app/Configuration.h"
 #include "programs/kalvexd/Service.h"
+
+namespace {
+
+std::string ProfileOf(const kalvex::KalvexdOptions& options) {
+    const int instance = kalvex::CCmdLine(options.arguments).GetIntOption("INST").value_or(1);
+    return options.workingDir + '/' + kalvex::ProfileFileName(instance);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     tzset();
@@ -26,5 +37,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "kalvexd: %s: %s\n", folder.c_str(), fault.message().c_str());
         return EXIT_FAILURE;
     }
+    if (line.options.source)
+        return kalvex::RunSourceTask(*line.options.source, ProfileOf(line.options));
     return kalvex::CKalvexService(line.options).Run();
 }

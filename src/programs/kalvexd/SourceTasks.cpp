@@ -1,0 +1,125 @@
+#include "programs/kalvexd/SourceTasks.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+
+#include "app/Configuration.h"
+#include "platform/CodePage.h"
+#include "platform/IniProfile.h"
+#include "programs/PasswordPrompt.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr const char* kKeyFile = "Kalvex.key";
+constexpr const char* kNotWritten = "Nie można zapisać profilu lub jego klucza: ";
+
+int Fail(const std::string& text) {
+    std::cerr << text << '\n';
+    return 1;
+}
+
+std::string KeyFileOf(const std::string& profile) {
+    return (std::filesystem::path(profile).parent_path() / kKeyFile).string();
+}
+
+// The sources of a profile. A key is made when one is needed, and only then.
+class SourceBook {
+  public:
+    SourceBook(const std::string& path, KeyFile use)
+        : m_profile(path), m_crypt(KeyFileOf(path), use) {}
+
+    std::vector<CSourceDesc> Read() const {
+        CConfiguration configuration;
+        m_store.ReadSources(configuration);
+        return configuration.sources;
+    }
+
+    // False when it cannot be read again as it was to be written.
+    bool Write(const std::vector<CSourceDesc>& sources) {
+        CConfiguration configuration;
+        configuration.sources = sources;
+        m_store.WriteSources(configuration);
+        const auto same = [this](const CSourceDesc& a, const CSourceDesc& b) {
+            return a.name == b.name && a.user == b.user &&
+                   m_crypt.DecryptText(a.password) == m_crypt.DecryptText(b.password);
+        };
+        return std::ranges::equal(sources, Read(), same);
+    }
+
+    bool HasLostPasswords() const { return m_store.HasLostPasswords(); }
+    std::string Protect(const std::string& password) const { return m_crypt.EncryptText(password); }
+
+  private:
+    IniProfile m_profile;
+    const CCrypt m_crypt;
+    const Paths m_paths{"/"};
+    CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
+};
+
+auto FindSource(std::vector<CSourceDesc>& sources, const std::string& name) {
+    return std::ranges::find(sources, name, &CSourceDesc::name);
+}
+
+bool IsField(const std::string& text) {
+    return !text.empty() && text.find_first_of(",\r\n") == std::string::npos;
+}
+
+int AddSource(SourceBook& book, const SourceOrder& order, const std::string& profile) {
+    if (!IsField(order.name) || !IsField(order.user)) {
+        return Fail("Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka");
+    }
+    std::string password;
+    if (!AskPassword(password)) return Fail("Nie podano hasła");
+    std::string engineText = FromUtf8(password);
+    CCrypt::SecureEmptyString(password);
+    std::vector<CSourceDesc> sources = book.Read();
+    auto found = FindSource(sources, order.name);
+    if (found == sources.end()) found = sources.insert(found, CSourceDesc{order.name, {}, {}});
+    found->user = order.user;
+    found->password = book.Protect(engineText);
+    CCrypt::SecureEmptyString(engineText);
+    return book.Write(sources) ? 0 : Fail(kNotWritten + profile);
+}
+
+int ListSources(SourceBook& book, const SourceOrder&, const std::string&) {
+    for (const CSourceDesc& source : book.Read()) {
+        std::cout << ToUtf8(source.name) << '\t' << ToUtf8(source.user) << '\n';
+    }
+    return 0;
+}
+
+int RemoveSource(SourceBook& book, const SourceOrder& order, const std::string& profile) {
+    std::vector<CSourceDesc> sources = book.Read();
+    const auto found = FindSource(sources, order.name);
+    if (found == sources.end()) return Fail("Brak źródła o tej nazwie");
+    sources.erase(found);
+    return book.Write(sources) ? 0 : Fail(kNotWritten + profile);
+}
+
+struct TaskRow {
+    SourceTask task;
+    bool writes;
+    int (*run)(SourceBook& book, const SourceOrder& order, const std::string& profile);
+};
+
+constexpr TaskRow kTasks[] = {
+    {SourceTask::Add, true, AddSource},
+    {SourceTask::List, false, ListSources},
+    {SourceTask::Remove, true, RemoveSource},
+};
+
+}  // namespace
+
+int RunSourceTask(const SourceOrder& order, const std::string& profile) {
+    const TaskRow& row = *std::ranges::find(kTasks, order.task, &TaskRow::task);
+    if (row.writes && SourceBook(profile, KeyFile::ReadOnly).HasLostPasswords()) {
+        return Fail("Profil ma hasła, których nie otwiera klucz " + KeyFileOf(profile));
+    }
+    SourceBook book(profile, row.writes ? KeyFile::MadeAtFirstUse : KeyFile::ReadOnly);
+    return row.run(book, order, profile);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,21 @@
+// The logins of data servers in a profile, managed from the command line. Main thread.
+#pragma once
+
+#include <string>
+
+namespace kalvex {
+
+enum class SourceTask { Add, List, Remove };
+
+struct SourceOrder {
+    SourceTask task = SourceTask::List;
+    std::string name;  // engine texts
+    std::string user;  // of Add
+};
+
+// Add gives the source this login, whether it is there or not, with a password that is asked for.
+// List prints name and user of each, separated by a tab. The exit status: 0 done, 1 a failure that
+// the standard error output tells of.
+int RunSourceTask(const SourceOrder& order, const std::string& profile);
+
+}  // namespace kalvex

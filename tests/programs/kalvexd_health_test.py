@@ -1,0 +1,161 @@
+#!/usr/bin/env python3
+"""What a service tells of its health: to the log, to Prometheus, to its service manager."""
+import http.client
+import re
+import signal
+import socket
+import unittest
+
+from kalvexd_process import STARTED, STOPPED, ServiceTest
+
+PROFILE = "[Autostart]\r\nProcedura0=dziala.kx\r\nProcedura1=blad.kx\r\nProcedura2=koniec.kx\r\n"
+RUNNING = "PRIORITY 1\r\nLOCAL A = 0\r\n:obieg\r\nSET A = A + 1\r\nGOTO obieg\r\n"
+NUMBER = r"\d+(?:\.\d+)?(?:e[+-]\d+)?"
+
+
+class LocalConnection(http.client.HTTPConnection):
+    def __init__(self, path):
+        super().__init__("localhost", timeout=60)
+        self.path = path
+
+    def connect(self):
+        self.sock = socket.socket(socket.AF_UNIX)
+        self.sock.settimeout(60)
+        self.sock.connect(self.path)
+
+
+class Health(ServiceTest):
+    def start_scripts(self, *arguments):
+        """A service with a script that runs, one that stands on an error and one that has finished."""
+        self.put("Kalvex.ini", PROFILE)
+        self.put("dziala.kx", RUNNING)
+        self.put("blad.kx", "PRIORITY 1\r\nBZDURA\r\n")
+        self.put("koniec.kx", "PRIORITY 1\r\nLOCAL A = 1")
+        service = self.start(*arguments)
+        self.seen = self.read_to(service, f"{self.folder}/blad.kx : Linia 2 - Nieznane słowo kluczowe : BZDURA")
+        return service
+
+    def metrics_of(self, connection):
+        connection.request("GET", "/metrics")
+        response = connection.getresponse()
+        text = response.read().decode("utf-8")
+        self.assertEqual((response.status, response.headers["Content-Type"]),
+                         (200, "text/plain; version=0.0.4; charset=utf-8"), text)
+        rows = [line for line in text.splitlines() if not line.startswith("#")]
+        for row in rows:
+            self.assertRegex(row, rf'^[a-z_0-9]+(\{{[a-z]+="[a-z0-9.]+"\}})? {NUMBER}$')
+        return {name: float(value) for name, value in (row.rsplit(" ", 1) for row in rows)}
+
+    def wait_for_metrics(self, connect, condition):
+        """The figures, as soon as they are as they should be; the test ends at its limit otherwise."""
+        for _ in range(100000):
+            figures = self.metrics_of(connect())
+            if condition(figures):
+                return figures
+        self.fail(figures)
+
+    def end(self, service):
+        service.send_signal(signal.SIGTERM)
+        self.read_to(service, STOPPED)
+        self.assertEqual(service.wait(60), 0)
+        self.assertEqual(service.stderr.read(), "")
+
+    def test_signal_has_the_figures_in_the_log(self):
+        service = self.start_scripts()
+        service.send_signal(signal.SIGUSR1)
+        expected = [rf"czas pracy: {NUMBER} s", rf"takty: {NUMBER}", rf"takty na sekundę: {NUMBER}",
+                    rf"spóźnienie taktów: 50% {NUMBER} ms, 99% {NUMBER} ms",
+                    rf"największe spóźnienie taktu: {NUMBER} ms", rf"wykonane wiersze: {NUMBER}",
+                    rf"wiersze na sekundę: {NUMBER}", rf"wiersze z błędem: {NUMBER}", "wiersze czekające na dane: 0",
+                    "skrypty: działa 1, czeka na dane 0, w błędzie 1, zatrzymane 0, zakończone 1, nieuruchomione 0",
+                    "połączenia: połączone 0, logowanie 0, łączenie 0, rozłączone 0", rf"pamięć procesu: {NUMBER} MB"]
+        for line, form in zip(self.lines_of(service, len(expected)), expected, strict=True):
+            self.assertTrue(re.fullmatch("Stan modułu, " + form, line), line)
+        self.end(service)
+
+    def test_prometheus_reads_figures_that_grow(self):
+        service = self.start_scripts("--metrics", "127.0.0.1:0")
+        address = [line for line in self.seen if line.startswith("Udostępnianie stanu modułu: 127.0.0.1:")]
+        port = int(address[0].rsplit(":", 1)[1])
+
+        def connect():
+            return http.client.HTTPConnection("127.0.0.1", port, timeout=60)
+
+        first = self.metrics_of(connect())
+        self.assertEqual(first['kalvex_scripts{state="running"}'], 1)
+        self.assertEqual(first['kalvex_scripts{state="error"}'], 1)
+        self.assertEqual(first['kalvex_scripts{state="finished"}'], 1)
+        self.assertGreater(first["process_resident_memory_bytes"], 1e6)
+        names = ("kalvex_ticks_total", "kalvex_lines_total", "kalvex_line_errors_total", "kalvex_uptime_seconds")
+        second = self.wait_for_metrics(connect, lambda now: all(now[name] > first[name] for name in names))
+        self.assertEqual(second["kalvex_tick_lateness_seconds_count"], second["kalvex_ticks_total"])
+        self.end(service)
+
+    def test_prometheus_reads_from_a_local_socket(self):
+        path = str(self.folder / "stan.sock")
+        service = self.start("--metrics", path)
+        self.assertEqual(self.lines_of(service, 3), [*STARTED, f"Udostępnianie stanu modułu: {path}"])
+        self.assertEqual(self.metrics_of(LocalConnection(path))["kalvex_ticks_total"], 0)
+        self.end(service)
+        self.assertFalse((self.folder / "stan.sock").exists())
+
+    def test_client_that_hangs_does_not_hold_up_the_end(self):
+        path = str(self.folder / "stan.sock")
+        service = self.start("--metrics", path)
+        self.read_to(service, f"Udostępnianie stanu modułu: {path}")
+        hanging = LocalConnection(path)
+        hanging.connect()
+        self.addCleanup(hanging.close)
+        hanging.sock.sendall(b"GET /metr")
+        self.end(service)
+
+    def test_address_beyond_the_machine_keeps_the_service_from_starting(self):
+        self.put("Kalvex.ini", PROFILE)
+        for address in ("0.0.0.0:9464", "[::]:9464", "stan.sock"):
+            fault = f"Nie można udostępnić stanu modułu: {address} (to nie jest adres tego komputera)"
+            self.assertEqual(self.run_with("--metrics", address), (1, "", f"kalvexd: {fault}\n"))
+        log = (self.folder / "Kalvex.log").read_text(encoding="utf-8").splitlines()
+        self.assertEqual([line[21:] for line in log[-2:]], [fault, STOPPED])
+
+    def test_without_the_option_nothing_listens(self):
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.end(service)
+        with open(f"{self.folder}/Kalvex.log", encoding="utf-8") as log:
+            self.assertNotIn("Udostępnianie", log.read())
+
+    def test_service_manager_hears_of_the_start_the_life_and_the_end(self):
+        manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(manager.close)
+        manager.settimeout(60)
+        manager.bind(str(self.folder / "notify"))
+        self.environment.update(NOTIFY_SOCKET=str(self.folder / "notify"), WATCHDOG_USEC="20000")
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=dziala.kx\r\n")
+        self.put("dziala.kx", RUNNING)
+        service = self.start()
+        self.assertEqual(manager.recv(1000), b"READY=1")
+        self.assertEqual(
+            manager.recv(1000).decode("utf-8"),
+            "STATUS=skrypty: działa 1, czeka na dane 0, w błędzie 0, zatrzymane 0, zakończone 0, nieuruchomione 0; "
+            "połączenia: połączone 0, logowanie 0, łączenie 0, rozłączone 0")
+        self.assertEqual(manager.recv(1000), b"WATCHDOG=1")
+        self.assertEqual(manager.recv(1000), b"WATCHDOG=1")
+        service.send_signal(signal.SIGTERM)
+        heard = b"WATCHDOG=1"
+        while heard == b"WATCHDOG=1":
+            heard = manager.recv(1000)
+        self.assertEqual(heard, b"STOPPING=1")
+        self.assertEqual(service.wait(60), 0)
+
+    def test_service_that_does_not_start_never_says_that_it_is_ready(self):
+        manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(manager.close)
+        manager.bind(str(self.folder / "notify"))
+        self.environment["NOTIFY_SOCKET"] = str(self.folder / "notify")
+        self.assertEqual(self.run_with("--metrics", "0.0.0.0:1")[0], 1)
+        manager.setblocking(False)
+        self.assertRaises(BlockingIOError, manager.recv, 1000)
+
+
+if __name__ == "__main__":
+    unittest.main()

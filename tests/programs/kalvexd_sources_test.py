@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""The logins of data servers in the profile, managed by the service's program."""
+import os
+import pty
+import re
+import unittest
+
+from kalvexd_process import PROGRAM, ServiceTest
+
+LOST = "Profil ma hasła, których nie otwiera klucz "
+
+
+class Sources(ServiceTest):
+    def profile(self, name="Kalvex.ini"):
+        return (self.folder / name).read_bytes().decode("cp1250")
+
+    def test_source_is_added_listed_and_removed(self):
+        self.put("Kalvex.ini", "; uwaga\r\n[Log]\r\nRodzaj=2\r\n")
+        self.assertEqual(self.run_with("--add-source", "Gaz,skrypty", stdin="tajne, z przecinkiem\n"), (0, "", ""))
+        self.assertEqual(self.run_with("--add-source", "Woda,Żaneta", stdin="żółw"), (0, "", ""))
+        self.assertEqual(self.run_with("--list-sources"), (0, "Gaz\tskrypty\nWoda\tŻaneta\n", ""))
+        text = self.profile()
+        self.assertTrue(text.startswith("; uwaga\r\n[Log]\r\nRodzaj=2\r\n"), text)
+        self.assertRegex(text, r"Zrodlo0=Gaz,skrypty,\{kx1\}\S+\r\nZrodlo1=Woda,Żaneta,\{kx1\}\S+\r\n")
+        self.assertNotIn("tajne", text)
+        self.assertEqual((self.folder / "Kalvex.key").stat().st_mode & 0o777, 0o600)
+        self.assertEqual(self.run_with("--remove-source", "Gaz"), (0, "", ""))
+        self.assertEqual(self.run_with("--list-sources"), (0, "Woda\tŻaneta\n", ""))
+        self.assertEqual(self.run_with("--remove-source", "Gaz"), (1, "", "Brak źródła o tej nazwie\n"))
+
+    def test_source_that_is_there_gets_another_login(self):
+        for user in ("ewa", "jan"):
+            self.assertEqual(self.run_with("--add-source", f"Gaz,{user}", stdin="tajne\n"), (0, "", ""))
+        self.assertEqual(self.run_with("--list-sources"), (0, "Gaz\tjan\n", ""))
+        first = self.profile()
+        self.assertEqual(self.run_with("--add-source", "Gaz,jan", stdin="nowe\n"), (0, "", ""))
+        self.assertNotEqual(self.profile(), first)
+
+    def test_profile_of_an_instance_is_its_own(self):
+        self.assertEqual(self.run_with("/INST:2", "--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        self.assertFalse((self.folder / "Kalvex.ini").exists())
+        self.assertIn("Zrodlo0=Gaz,ewa,", self.profile("Kalvex2.ini"))
+
+    def test_name_and_user_are_checked_and_a_password_is_needed(self):
+        fault = "Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka\n"
+        for source in ("Gaz", "Gaz,", ",ewa", "Gaz,ewa,tajne", "Ga\nz,ewa"):
+            self.assertEqual(self.run_with("--add-source", source, stdin="tajne\n"), (1, "", fault), source)
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa"), (1, "", "Nie podano hasła\n"))
+        self.assertFalse((self.folder / "Kalvex.ini").exists())
+
+    def test_nothing_is_listed_and_nothing_is_made_without_a_profile(self):
+        self.assertEqual(self.run_with("--list-sources"), (0, "", ""))
+        self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_passwords_of_a_lost_key_are_not_written_over(self):
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        before = self.profile()
+        key = self.folder / "Kalvex.key"
+        secret = key.read_bytes()
+        key.unlink()
+        self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (1, "", f"{LOST}{key}\n"))
+        self.assertFalse(key.exists())
+        key.write_bytes(bytes(len(secret)))
+        self.assertEqual(self.run_with("--remove-source", "Gaz"), (1, "", f"{LOST}{key}\n"))
+        self.assertEqual(self.profile(), before)
+        key.write_bytes(secret)
+        self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (0, "", ""))
+
+    def test_profile_that_cannot_be_written_is_told(self):
+        (self.folder / "Kalvex.ini").mkdir()
+        status, out, err = self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n")
+        self.assertEqual((status, out, err),
+                         (1, "", f"Nie można zapisać profilu lub jego klucza: {self.folder}/Kalvex.ini\n"))
+
+    def test_terminal_does_not_show_the_password(self):
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(PROGRAM, [PROGRAM, "--working-dir", str(self.folder), "--add-source", "Gaz,ewa"],
+                      self.environment)
+        self.addCleanup(os.close, terminal)
+        shown = ""
+        for question, answer in (("Hasło: ", "tajne"), ("Hasło ponownie: ", "tajen"), ("Hasło: ", "tajne"),
+                                 ("Hasło ponownie: ", "tajne")):
+            while not shown.endswith(question):
+                shown += os.read(terminal, 1000).decode("utf-8")
+            os.write(terminal, f"{answer}\n".encode())
+            shown += os.read(terminal, 1).decode("utf-8")
+        try:
+            while data := os.read(terminal, 1000):
+                shown += data.decode("utf-8")
+        except OSError:  # the other end is closed
+            pass
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]), 0)
+        self.assertEqual(re.findall("taj", shown), [])
+        self.assertIn("Hasła różnią się", shown)
+        self.assertEqual(self.run_with("--list-sources"), (0, "Gaz\tewa\n", ""))
+
+
+if __name__ == "__main__":
+    unittest.main()
