@@ -12,8 +12,8 @@ import unittest
 CMAKE, BUILD = sys.argv[1:3]
 del sys.argv[1:3]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PROGRAMS = ["kalvex-run", "sorvaned"]
-SERVICES = ["sorvaned"]
+PROGRAMS = ["kalvex-run", "kalvexd", "sorvaned"]
+SERVICES = ["kalvexd", "sorvaned"]
 
 
 def output_of(*command):
