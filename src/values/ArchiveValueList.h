@@ -3,7 +3,8 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
+#include <deque>
+#include <utility>
 
 #include "values/Value.h"
 
@@ -11,7 +12,7 @@ namespace kalvex {
 
 class CArchiveValueList {
   public:
-    void Add(const CVal& value) { m_arrValues.push_back(value); }
+    void Add(CVal value) { m_arrValues.push_back(std::move(value)); }
     const CVal* Get(std::size_t index) const {
         return index < m_arrValues.size() ? &m_arrValues[index] : nullptr;
     }
@@ -20,7 +21,7 @@ class CArchiveValueList {
     void SortTimes();  // ascending; equal times keep their order
 
   private:
-    std::vector<CVal> m_arrValues;
+    std::deque<CVal> m_arrValues;  // grows without a second copy of a month of seconds
 };
 
 }  // namespace kalvex

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
@@ -73,7 +74,8 @@ class CClientConnection : private ClientTransportEvents {
 
     // Reads the value at `from` when there is no list, otherwise the values from `from` to `to`
     // into the list. The answer comes to the window, which, like context and list, must last until
-    // then or until the request is cancelled.
+    // then or until the request is cancelled. Of very many reads the later ones are held back until
+    // the server has answered the earlier.
     RequestId AddDataRequest(ValueKind kind, std::string_view variable, std::int64_t from,
                              std::int64_t to, CArchiveValueList* list, CAnswerWindow& window,
                              CVarOwner* context);
@@ -88,6 +90,7 @@ class CClientConnection : private ClientTransportEvents {
     void MakePeriodRequest(PeriodAction action, ValueKind kind, std::string_view variable,
                            std::int64_t time);
 
+    // A list that is too long for one write goes in several, each of them taken or refused.
     void AddArchiveModifyRequest(std::string_view variable, const CArchiveValueList& list,
                                  TIMEW from, TIMEW to);
     void MakeArchiveModifyRequest();
@@ -135,7 +138,8 @@ class CClientConnection : private ClientTransportEvents {
         CArchiveValueList* list;
         CAnswerWindow* window;
         CVarOwner* context;
-        std::vector<CVal> values;
+        CArchiveValueList values;
+        bool sent = false;
     };
 
     struct PendingWrite {
@@ -166,6 +170,8 @@ class CClientConnection : private ClientTransportEvents {
     void Forget(Registration& registration);
     void MarkVarValError();
     void SendWrites(ValueKind kind);
+    void SendReads();
+    PendingRead TakeRead(RequestId id);
     void FinishRead(RequestId id, std::uint16_t result);
     void FinishWrite(RequestId id, std::uint16_t result);
     void FailOutstanding();
@@ -193,7 +199,9 @@ class CClientConnection : private ClientTransportEvents {
     RequestId m_nLastRequest = 0;
     std::map<RequestId, PendingRead> m_mapReads;
     std::map<RequestId, PendingWrite> m_mapWrites;
-    std::map<ValueKind, ReadRequests> m_mapQueuedReads;
+    std::map<ValueKind, std::vector<RequestId>> m_mapQueuedReads;
+    std::deque<RequestId> m_arrReadsToSend;  // held back while enough of them are under way
+    std::size_t m_nReadsUnderWay = 0;
     std::map<ValueKind, ModifyRequests> m_mapQueuedWrites;
     std::vector<ArchiveModifyRequest> m_arrQueuedArchives;
     std::vector<ClientMessage> m_arrOutbox;  // made while the connection comes up

@@ -7,6 +7,13 @@ namespace kalvex {
 
 namespace {
 
+// A server refuses what is far beyond, so that no client can use up its memory.
+constexpr std::size_t kMostReadsUnderWay = 500;
+
+// What goes into one archive write; a longer list goes in several.
+constexpr std::size_t kArchiveValuesTogether = 50000;
+constexpr std::size_t kArchiveBytesTogether = 1 << 20;
+
 // The words for a kind in the names of the operations.
 struct KindRow {
     ValueKind kind;
@@ -57,59 +64,75 @@ RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view var
             .to = to,
             .id = id,
             .list = list != nullptr});
-    const ReadRequest request{id, kind, std::string(variable), from, to};
-    m_mapQueuedReads[kind].requests.push_back(request);
-    m_mapReads.emplace(id, PendingRead{request, list, &window, context, {}});
+    m_mapQueuedReads[kind].push_back(id);
+    m_mapReads.emplace(
+        id, PendingRead{
+                {id, kind, std::string(variable), from, to}, list, &window, context, {}, false});
     return id;
 }
 
 void CClientConnection::MakeDataRequest(ValueKind kind) {
     Record({.operation = OperationName("Make", kind)});
     SendWrites(kind);
-    ReadRequests reads = std::exchange(m_mapQueuedReads[kind], {});
+    const std::vector<RequestId> reads = std::exchange(m_mapQueuedReads[kind], {});
     if (m_nState == StateDown) {
-        for (const ReadRequest& read : reads.requests) FinishRead(read.id, ResultNothing);
-    } else if (!reads.requests.empty()) {
-        Send(std::move(reads));
+        for (const RequestId id : reads) FinishRead(id, ResultNothing);
+        return;
     }
+    m_arrReadsToSend.insert(m_arrReadsToSend.end(), reads.begin(), reads.end());
+    SendReads();
+}
+
+void CClientConnection::SendReads() {
+    ReadRequests message;
+    while (!m_arrReadsToSend.empty() && m_nReadsUnderWay < kMostReadsUnderWay) {
+        const auto found = m_mapReads.find(m_arrReadsToSend.front());
+        m_arrReadsToSend.pop_front();
+        if (found == m_mapReads.end()) continue;
+        found->second.sent = true;
+        ++m_nReadsUnderWay;
+        message.requests.push_back(found->second.request);
+    }
+    if (!message.requests.empty()) Send(std::move(message));
 }
 
 void CClientConnection::CancelDataRequest(ValueKind kind, RequestId id) {
     Record({.operation = OperationName("Cancel", kind), .id = id});
-    if (m_mapReads.erase(id) == 0) return;
-    std::vector<ReadRequest>& queued = m_mapQueuedReads[kind].requests;
-    const auto isCancelled = [id](const ReadRequest& request) { return request.id == id; };
-    if (std::erase_if(queued, isCancelled) == 0) Send(CancelRequests{{id}});
+    if (m_mapReads.count(id) == 0) return;
+    std::erase(m_mapQueuedReads[kind], id);
+    if (!TakeRead(id).sent) return;
+    Send(CancelRequests{{id}});
+    SendReads();
+}
+
+CClientConnection::PendingRead CClientConnection::TakeRead(RequestId id) {
+    PendingRead read = std::move(m_mapReads.extract(id).mapped());
+    if (read.sent) --m_nReadsUnderWay;
+    return read;
 }
 
 void CClientConnection::Receive(ReadAnswer& message) {
     const auto found = m_mapReads.find(message.id);
     if (found == m_mapReads.end()) return;
-    std::vector<CVal>& values = found->second.values;
-    if (values.empty()) {
-        values = std::move(message.values);
-    } else {
-        values.insert(values.end(), std::make_move_iterator(message.values.begin()),
-                      std::make_move_iterator(message.values.end()));
-    }
+    for (CVal& value : message.values) found->second.values.Add(std::move(value));
     if (message.last || message.result != ResultOk) FinishRead(message.id, message.result);
 }
 
 void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
-    PendingRead read = std::move(m_mapReads.extract(id).mapped());
+    PendingRead read = TakeRead(id);
+    SendReads();
     CRequestRecord record;
     record.result = result;
     record.variable = std::move(read.request.variable);
     record.context = read.context;
     record.list = read.list;
     if (result == ResultOk && read.list != nullptr) {
-        read.list->RemoveAll();
-        for (const CVal& value : read.values) read.list->Add(value);
+        *read.list = std::move(read.values);
     } else if (result == ResultOk) {
-        if (read.values.empty()) {
-            record.result = ResultNothing;
+        if (const CVal* value = read.values.Get(0)) {
+            record.value = *value;
         } else {
-            record.value = std::move(read.values.front());
+            record.result = ResultNothing;
         }
     }
     read.window->OnAnswer(read.request.kind, record);
@@ -152,16 +175,32 @@ void CClientConnection::MakeCurrentDataModifyRequest() {
 void CClientConnection::AddArchiveModifyRequest(std::string_view variable,
                                                 const CArchiveValueList& list, TIMEW from,
                                                 TIMEW to) {
-    std::vector<CVal> values;
-    values.reserve(list.GetSize());
-    for (std::size_t i = 0; i < list.GetSize(); ++i) values.push_back(*list.Get(i));
-    Record({.operation = "AddArchiveModifyRequest",
-            .variable = std::string(variable),
-            .from = from.seconds,
-            .to = to.seconds,
-            .values = values});
-    m_arrQueuedArchives.push_back(
-        {++m_nLastRequest, std::string(variable), from.seconds, to.seconds, std::move(values)});
+    JournalEntry entry{.operation = "AddArchiveModifyRequest",
+                       .variable = std::string(variable),
+                       .from = from.seconds,
+                       .to = to.seconds,
+                       .values = std::vector<CVal>()};
+    const std::size_t first = m_arrQueuedArchives.size();
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < list.GetSize(); ++i) {
+        const CVal& value = *list.Get(i);
+        const bool full =
+            bytes > kArchiveBytesTogether || (i != 0 && i % kArchiveValuesTogether == 0);
+        if (i == 0 || full) {
+            bytes = 0;
+            m_arrQueuedArchives.push_back(
+                {++m_nLastRequest, std::string(variable), value.GetTime(), 0, {}});
+        }
+        bytes += value.IsText() ? value.Text().size() : 0;
+        m_arrQueuedArchives.back().to = value.GetTime();
+        m_arrQueuedArchives.back().values.push_back(value);
+        if (m_pJournal != nullptr) entry.values->push_back(value);
+    }
+    if (m_arrQueuedArchives.size() > first) {
+        m_arrQueuedArchives[first].from = from.seconds;
+        m_arrQueuedArchives.back().to = to.seconds;
+    }
+    Record(std::move(entry));
 }
 
 void CClientConnection::MakeArchiveModifyRequest() {
@@ -204,6 +243,7 @@ void CClientConnection::FinishWrite(RequestId id, std::uint16_t result) {
 
 void CClientConnection::FailOutstanding() {
     m_mapQueuedReads.clear();
+    m_arrReadsToSend.clear();
     while (!m_mapReads.empty()) FinishRead(m_mapReads.begin()->first, ResultNothing);
     while (!m_mapWrites.empty()) FinishWrite(m_mapWrites.begin()->first, ResultNothing);
 }

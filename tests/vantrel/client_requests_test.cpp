@@ -141,6 +141,36 @@ TEST_F(ClientRequests, CancelOfAnAnsweredRequestSendsNothing) {
     EXPECT_THAT(server.heard, IsEmpty());
 }
 
+// The server hears of so many at a time; an answer or a cancellation lets the next one through.
+TEST_F(ClientRequests, VeryManyReadsAreHeldBack) {
+    for (int i = 1; i <= 503; ++i) {
+        connection.AddDataRequest(KindHour, "V", i, i, nullptr, window, &owner);
+    }
+    connection.MakeDataRequest(KindHour);
+    network.Deliver();
+    ASSERT_EQ(server.heard.size(), 1u);
+    EXPECT_THAT(server.heard[0], testing::EndsWith(" 500:2V[500..500]"));
+    Forget();
+    connection.CancelDataRequest(KindHour, 502);
+    network.Deliver();
+    EXPECT_THAT(server.heard, IsEmpty());
+    server.Send(ReadAnswer{7, ResultOk, {At(7, 1.5)}, true});
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("read 501:2V[501..501]"));
+    Forget();
+    connection.CancelDataRequest(KindHour, 8);
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("cancel 8", "read 503:2V[503..503]"));
+    window.answers.clear();
+    Break();
+    EXPECT_EQ(window.answers.size(), 500u);
+    connection.CheckConnection();
+    network.Deliver();
+    Forget();
+    const RequestId id = Read(KindDay, 9, 9);
+    EXPECT_THAT(server.heard, ElementsAre("read " + std::to_string(id) + ":3V[9..9]"));
+}
+
 TEST_F(ClientRequests, BreakAnswersWhatIsOutstandingInOrder) {
     Read(KindHour, 100, 100);
     Read(KindArchive, 100, 300, &list);
@@ -252,6 +282,33 @@ TEST_F(ClientRequests, ArchiveWriteCarriesTheListAsItIs) {
     connection.MakeArchiveModifyRequest();
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("archive 1:V[100..200] 1.50/0 2.50/0"));
+}
+
+TEST_F(ClientRequests, LongArchiveGoesInSeveralWrites) {
+    for (int i = 0; i < 100001; ++i) list.Add(At(1000 + i, 0.5));
+    connection.AddArchiveModifyRequest("V", list, TIMEW{1000}, TIMEW{101000});
+    connection.MakeArchiveModifyRequest();
+    network.Deliver();
+    ASSERT_EQ(server.heard.size(), 3u);
+    EXPECT_THAT(server.heard[0], testing::StartsWith("archive 1:V[1000..50999] 0.50/0 0.50/0"));
+    EXPECT_THAT(server.heard[1], testing::StartsWith("archive 2:V[51000..100999] 0.50/0"));
+    EXPECT_EQ(server.heard[2], "archive 3:V[101000..101000] 0.50/0");
+}
+
+TEST_F(ClientRequests, ArchiveOfLongTextsGoesInSeveralWrites) {
+    for (int i = 0; i < 40; ++i) {
+        CVal text(std::string(60000, 'x'));
+        text.SetTime(100 + i);
+        list.Add(text);
+    }
+    connection.AddArchiveModifyRequest("V", list, TIMEW{100}, TIMEW{139});
+    connection.MakeArchiveModifyRequest();
+    network.Deliver();
+    std::vector<std::string> heads;
+    for (const std::string& heard : server.heard) heads.push_back(heard.substr(0, 21));
+    // 18 texts of 60000 bytes are the first to be beyond a mebibyte.
+    EXPECT_THAT(heads, ElementsAre("archive 1:V[100..117]", "archive 2:V[118..135]",
+                                   "archive 3:V[136..139]"));
 }
 
 TEST_F(ClientRequests, JournalNamesEachOperation) {
