@@ -27,7 +27,7 @@ void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
         if (m_mapPlaces.count(kind) == 0) m_mapPlaces[kind] = FirstPlace(kind, dayStart, now);
         Place& place = m_mapPlaces[kind];
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
-            if (!HandOver(kind, dayStart, place)) return;
+            if (!HandOver(kind, dayStart, now, place)) return;
         }
     }
 }
@@ -53,7 +53,7 @@ AutomaticReports::Place AutomaticReports::FirstPlace(ValueKind kind, int dayStar
 
 // What the store does not take now is handed over at a later step. The end of the report is marked
 // in the last submission, so that a report cut off by the end of the server is computed again.
-bool AutomaticReports::HandOver(ValueKind kind, int dayStart, Place& place) {
+bool AutomaticReports::HandOver(ValueKind kind, int dayStart, std::int64_t now, Place& place) {
     for (bool last = false; !last;) {
         std::vector<StoreOperation> operations;
         std::size_t index = place.variable;
@@ -61,7 +61,7 @@ bool AutomaticReports::HandOver(ValueKind kind, int dayStart, Place& place) {
             const PlantVariable& variable = m_plant.At(index);
             if ((variable.config.reports & ReportBit(kind)) == 0) continue;
             operations.emplace_back(MakeReport{PeriodAction::Load, variable.id, kind, place.time,
-                                               variable.config.rule, dayStart});
+                                               variable.config.rule, dayStart, now});
         }
         last = index == m_plant.Size();
         const std::int64_t next = NextReportTime(kind, place.time);

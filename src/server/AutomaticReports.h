@@ -31,7 +31,7 @@ class AutomaticReports {
     };
 
     Place FirstPlace(ValueKind kind, int dayStart, std::int64_t now);
-    bool HandOver(ValueKind kind, int dayStart, Place& place);
+    bool HandOver(ValueKind kind, int dayStart, std::int64_t now, Place& place);
 
     const Plant& m_plant;
     Store& m_store;

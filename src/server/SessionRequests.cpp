@@ -229,9 +229,9 @@ void Session::Receive(PeriodRequest& message) {
     if (nothingToDo) return;
     const PlantVariable& target = m_server.GetPlant().At(variable);
     std::vector<StoreOperation> operations;
-    operations.emplace_back(MakeReport{message.action, target.id, message.kind,
-                                       ReportTime(message.kind, message.time), target.config.rule,
-                                       static_cast<int>(m_server.Settings().dayStart)});
+    operations.emplace_back(MakeReport{
+        message.action, target.id, message.kind, ReportTime(message.kind, message.time),
+        target.config.rule, static_cast<int>(m_server.Settings().dayStart), m_server.Now()});
     const bool taken = m_server.GetStore().Submit(
         std::move(operations), Store::Urgency::Now,
         [&server = m_server](const StoreOutcome& outcome) { server.OnOutcome(outcome); });

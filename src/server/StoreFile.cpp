@@ -1,9 +1,9 @@
 #include "server/StoreFile.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "platform/CodePage.h"
-#include "values/LocalTime.h"
 
 namespace kalvex {
 
@@ -67,6 +67,10 @@ bool IsReport(ValueKind kind) {
     return kind >= KindHour && kind <= KindSpan;
 }
 
+bool IsSame(const CVal& a, const CVal& b) {
+    return a.GetType() == b.GetType() && a.GetStatus() == b.GetStatus() && a == b;
+}
+
 }  // namespace
 
 std::string StoreFile::ErrorText() const {
@@ -116,8 +120,9 @@ bool StoreFile::PrepareAll() {
          "SELECT time, type, status, value FROM history WHERE variable = ? AND kind = 6 "
          "AND time < ? AND status & 1 = 0 AND type <> 255 ORDER BY time DESC LIMIT 1"},
         {m_remove,
-         "DELETE FROM history WHERE variable = ?1 AND kind = 6 AND time < ?2 AND time < "
-         "coalesce((SELECT time FROM history WHERE variable = ?1 AND kind = 6 "
+         "DELETE FROM history WHERE variable = ?1 AND kind = 6 AND time < "
+         "(SELECT max(time) FROM history WHERE variable = ?1 AND kind = 6 AND time <= ?2) "
+         "AND time < coalesce((SELECT time FROM history WHERE variable = ?1 AND kind = 6 "
          "ORDER BY time LIMIT 1 OFFSET 10000), ?2)"},
     };
     for (const Row& row : rows) {
@@ -175,8 +180,19 @@ bool StoreFile::Put(VariableId variable, ValueKind kind, std::int64_t time, cons
 }
 
 bool StoreFile::Run(const PutValue& operation, ChangedReports& changed) {
-    if (IsReport(operation.kind)) changed.emplace(operation.kind, operation.time);
-    return Put(operation.variable, operation.kind, operation.time, operation.value);
+    const auto& [variable, kind, time, value] = operation;
+    if (!IsReport(kind)) return Put(variable, kind, time, value);
+    std::optional<CVal> standing;
+    return ReadReport(variable, kind, time, standing) &&
+           PutReport(variable, kind, time, standing, value, changed);
+}
+
+bool StoreFile::PutReport(VariableId variable, ValueKind kind, std::int64_t time,
+                          const std::optional<CVal>& standing, const CVal& value,
+                          ChangedReports& changed) {
+    if (standing && IsSame(*standing, value)) return true;
+    changed.emplace(kind, time);
+    return Put(variable, kind, time, value);
 }
 
 bool StoreFile::Run(const MarkGap& operation, ChangedReports&) {
@@ -238,8 +254,7 @@ bool StoreFile::Run(const MakeReport& operation, ChangedReports& changed) {
         if (!Compute(operation, result)) return false;
         result.AddStatus(status & Status::ReportInited);
     }
-    changed.emplace(operation.kind, operation.time);
-    return Put(operation.variable, operation.kind, operation.time, result);
+    return PutReport(operation.variable, operation.kind, operation.time, standing, result, changed);
 }
 
 bool StoreFile::Compute(const MakeReport& operation, CVal& result) {
@@ -248,7 +263,8 @@ bool StoreFile::Compute(const MakeReport& operation, CVal& result) {
 }
 
 bool StoreFile::ComputeHour(const MakeReport& operation, CVal& result) {
-    const TimeSpan span = CoveredSpan(KindHour, operation.time, operation.dayStart);
+    const std::int64_t end = CoveredSpan(KindHour, operation.time, operation.dayStart).end;
+    const TimeSpan span{operation.time, std::clamp(operation.now, operation.time, end)};
     std::optional<CVal> before;
     if (operation.rule != ReportRule::Sum) {
         SqliteStatement& select =
@@ -263,6 +279,8 @@ bool StoreFile::ComputeHour(const MakeReport& operation, CVal& result) {
         return false;
     }
     result = ComputeFromArchive(operation.rule, span, before, inside);
+    const bool known = (result.GetStatus() & Status::Unknown) == 0;
+    if (known && span.end < end) result.AddStatus(Status::CalculateError);
     return true;
 }
 

@@ -13,6 +13,7 @@
 
 #include "platform/Sqlite.h"
 #include "server/ReportComputing.h"
+#include "values/LocalTime.h"
 #include "values/Status.h"
 #include "values/Value.h"
 #include "vantrel/Messages.h"
@@ -49,6 +50,7 @@ struct MakeReport {
     std::int64_t time = 0;  // the report's name
     ReportRule rule = ReportRule::Mean;
     int dayStart = 0;
+    std::int64_t now = kLargestTime;  // from here on nothing is known
 };
 
 // An unknown archive value, unless there is none before or the last one is unknown already.
@@ -57,7 +59,8 @@ struct MarkGap {
     std::int64_t time = 0;
 };
 
-// Archive values before the time, the oldest ten thousand at most.
+// Archive values before the time, the oldest ten thousand at most. The last value at or before it
+// stays, as it stands until the next one.
 struct RemoveArchive {
     VariableId variable = 0;
     std::int64_t before = 0;
@@ -71,7 +74,8 @@ struct SaveProgress {
 using StoreOperation = std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap,
                                     RemoveArchive, SaveProgress>;
 
-// Reports that operations have changed: kind and time, each once.
+// Reports that operations have changed: kind and time, each once. One that comes out as it stood
+// is not among them.
 using ChangedReports = std::set<std::pair<ValueKind, std::int64_t>>;
 
 // ---- the file
@@ -108,6 +112,8 @@ class StoreFile {
     bool Run(const RemoveArchive& operation, ChangedReports& changed);
     bool Run(const SaveProgress& operation, ChangedReports& changed);
     bool Put(VariableId variable, ValueKind kind, std::int64_t time, const CVal& value);
+    bool PutReport(VariableId variable, ValueKind kind, std::int64_t time,
+                   const std::optional<CVal>& standing, const CVal& value, ChangedReports& changed);
     bool ReadOne(SqliteStatement& statement, std::optional<CVal>& value);
     bool ReadReport(VariableId variable, ValueKind kind, std::int64_t time,
                     std::optional<CVal>& value);

@@ -145,10 +145,12 @@ TEST_F(ServerTest, OldArchiveValuesGo) {
         "[[variable]]\nname = \"X\"\nat = 32\n");
     TestClient& client = LogIn();
     ModifyArchive(client, "X",
-                  {Stamped(CVal(1), m_tStart - 86400), Stamped(CVal(2), m_tStart - 86398)});
+                  {Stamped(CVal(1), m_tStart - 86401), Stamped(CVal(2), m_tStart - 86400),
+                   Stamped(CVal(3), m_tStart - 86398)});
     Tick();
     EXPECT_THAT(Read(client, KindArchive, "X", 0, kLargestTime),
-                ElementsAre("171 0 " + At(m_tStart - 86398) + " 2.00"));
+                ElementsAre("171 0 " + At(m_tStart - 86400) + " 2.00",
+                            "171 0 " + At(m_tStart - 86398) + " 3.00"));
 }
 
 // ---- automatic reports

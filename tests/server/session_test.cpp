@@ -429,6 +429,7 @@ TEST_F(SessionTest, ReportsAreMadeLoadedAndCalculated) {
     TestClient& client = Operator();
     ModifyArchive(client, "Z1.N",
                   {Stamped(CVal(10), m_tStart - 60), Stamped(CVal(20), m_tStart + 1800)});
+    m_clock.Advance(3600 * 1000);
     Order(client, PeriodAction::Init, KindHour, "Z1.N", m_tStart + 5);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("255 257 " + Stamp() + " "));
@@ -442,6 +443,18 @@ TEST_F(SessionTest, ReportsAreMadeLoadedAndCalculated) {
     Order(client, PeriodAction::Calculate, KindHour, "Z1.N", m_tStart);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("171 128 " + Stamp() + " 15.00"));
+}
+
+TEST_F(SessionTest, LoadWithinTheHourTakesWhatIsThere) {
+    TestClient& client = Operator();
+    ModifyArchive(client, "Z1.N", {Stamped(CVal(10), m_tStart - 60)});
+    m_clock.Advance(600 * 1000);
+    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart);
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+                ElementsAre("171 192 " + Stamp() + " 10.00"));
+    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart + 3600);
+    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart + 3600, m_tStart + 3600),
+                ElementsAre("255 129 " + Stamp(3600) + " "));
 }
 
 TEST_F(SessionTest, SpanCanBeMadeAndNotComputed) {

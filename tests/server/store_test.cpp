@@ -199,7 +199,7 @@ TEST_F(StoreTest, SubmissionsAreAnsweredInOrderAndTellTheirReports) {
     for (int index = 0; index < 3; ++index) {
         m_store->Submit(
             {PutValue{x, KindArchive, index, CVal(1)}, PutValue{x, KindHour, 3600 * index, CVal(1)},
-             PutValue{x, KindHour, 3600 * index, CVal(2)}, PutValue{x, KindSpan, 5, CVal(2)}},
+             PutValue{x, KindHour, 3600 * index, CVal(2)}, PutValue{x, KindSpan, 5, CVal(index)}},
             Store::Urgency::Now, [&, index](const StoreOutcome& outcome) {
                 order.push_back(index);
                 changed[static_cast<std::size_t>(index)] = outcome.changed;
@@ -283,6 +283,18 @@ TEST_F(StoreTest, OldArchiveValuesAreRemovedInPortions) {
     EXPECT_EQ(ReadAll(x, KindHour).size(), 1u);
 }
 
+// The last value before the bound is the one that holds on it.
+TEST_F(StoreTest, OldArchiveValueStaysUntilTheNextOneTakesItsPlace) {
+    const VariableId x = m_store->Register("X");
+    Submit({PutValue{x, KindArchive, 100, CVal(1)}, PutValue{x, KindArchive, 200, CVal(2)},
+            PutValue{x, KindArchive, 500, CVal(3)}, RemoveArchive{x, 499}});
+    EXPECT_EQ(ReadAll(x, KindArchive).front().GetTime(), 200);
+    Submit({RemoveArchive{x, 500}});
+    EXPECT_EQ(ReadAll(x, KindArchive).front().GetTime(), 500);
+    Submit({RemoveArchive{x, 99999}});
+    EXPECT_EQ(ReadAll(x, KindArchive).size(), 1u);
+}
+
 // ---- reports
 
 class ReportTest : public StoreTest {
@@ -290,8 +302,10 @@ class ReportTest : public StoreTest {
     ReportTest() : m_nX(m_store->Register("X")) {}
 
     ChangedReports Make(PeriodAction action, ValueKind kind, std::int64_t time,
-                        ReportRule rule = ReportRule::Mean, int dayStart = 0) {
-        const StoreOutcome outcome = Submit({MakeReport{action, m_nX, kind, time, rule, dayStart}});
+                        ReportRule rule = ReportRule::Mean, int dayStart = 0,
+                        std::int64_t now = kLargestTime) {
+        const StoreOutcome outcome =
+            Submit({MakeReport{action, m_nX, kind, time, rule, dayStart, now}});
         EXPECT_TRUE(outcome.committed);
         return outcome.changed;
     }
@@ -377,6 +391,47 @@ TEST_F(ReportTest, CalcTakesWhatStandsThereNow) {
     Put(KindArchive, m_tHour, CVal(30));
     Make(PeriodAction::Calculate, KindHour, m_tHour);
     ExpectReport(KindHour, 30, kLoaded);
+}
+
+TEST_F(ReportTest, SameOutcomeIsNoChange) {
+    Put(KindArchive, m_tHour - 100, CVal(10));
+    EXPECT_EQ(Make(PeriodAction::Load, KindHour, m_tHour).size(), 1u);
+    EXPECT_THAT(Make(PeriodAction::Calculate, KindHour, m_tHour), IsEmpty());
+    Put(KindArchive, m_tHour, CVal(10), Status::Alarm);
+    EXPECT_EQ(Make(PeriodAction::Calculate, KindHour, m_tHour).size(), 1u);
+    Put(KindDay, m_tDay, CVal(10));
+    const auto changedBy = [this](CVal value) {
+        return Submit({PutValue{m_nX, KindDay, m_tDay, std::move(value)}}).changed.size();
+    };
+    EXPECT_EQ(changedBy(CVal(10)), 0u);
+    EXPECT_EQ(changedBy(CVal(10.0)), 1u);
+    EXPECT_EQ(changedBy(CVal(10.5)), 1u);
+    EXPECT_EQ(changedBy(CVal("10.5")), 1u);
+    EXPECT_EQ(changedBy(CVal("10.5")), 0u);
+    EXPECT_EQ(changedBy(Stamped(CVal("10.5"), 0, Status::Alarm)), 1u);
+}
+
+// 10 for half an hour, then 20 for a quarter; the last quarter is still to come.
+TEST_F(ReportTest, WhatIsStillToComeIsNotKnown) {
+    Put(KindArchive, m_tHour, CVal(10));
+    Put(KindArchive, m_tHour + 1800, CVal(20));
+    Put(KindArchive, m_tHour + 2700, CVal(1000));
+    Make(PeriodAction::Load, KindHour, m_tHour, ReportRule::Mean, 0, m_tHour + 2700);
+    ExpectReport(KindHour, (10 * 2.0 + 20) / 3, kLoaded | Status::CalculateError);
+    Make(PeriodAction::Load, KindHour, m_tHour, ReportRule::Sum, 0, m_tHour + 2700);
+    ExpectReport(KindHour, 30, kLoaded | Status::CalculateError);
+    Make(PeriodAction::Load, KindHour, m_tHour, ReportRule::Increase, 0, m_tHour + 3600);
+    ExpectReport(KindHour, 10 + 980, kLoaded | Status::CalculateError);
+}
+
+TEST_F(ReportTest, HourThatHasNotBegunHasNoValue) {
+    Put(KindArchive, m_tHour - 100, CVal(10));
+    for (const ReportRule rule : {ReportRule::Mean, ReportRule::Sum, ReportRule::Increase}) {
+        Make(PeriodAction::Load, KindHour, m_tHour, rule, 0, m_tHour - 1);
+        ExpectSame(ReadOne(m_nX, KindHour), Stamped(CVal(), m_tHour, Status::Unknown | kLoaded));
+    }
+    Make(PeriodAction::Load, KindHour, m_tHour, ReportRule::Mean, 0, m_tHour);
+    ExpectSame(ReadOne(m_nX, KindHour), Stamped(CVal(), m_tHour, Status::Unknown | kLoaded));
 }
 
 TEST_F(ReportTest, HourWithoutDataHasNoValue) {
