@@ -149,6 +149,36 @@ TEST_F(ReportReads, LocalVariableAsksForNothing) {
     EXPECT_EQ(Asks("GET t HREP 2024 3 10 7"), "nothing");
 }
 
+TEST_F(ReportReads, PointerAsksForItsTarget) {
+    Plant(
+        "'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
+        "'2024-03-10 06:00:00', 'value': 1.5, 'status': 256}]}}");
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nPOINTER p\nSETPTR p = \"a\"\nGET p HREP 2024 3 10 6\n:c\n"
+            "IF NOT READY p.HREP GOTO c\nLOCAL x = p.HREP\nLOCAL k = 0\n"
+            "IF REP_INITED p.HREP THEN\nSET k = 1\nENDIF\nGET p.HREP\nPUT p HREP 2024 3 10 5 7\n"
+            "INIT p HREP 2024 3 10 5",
+            10);
+    EXPECT_EQ(document.m_nCurrentLine, 14);
+    EXPECT_EQ(Value(document, "x"), "171:1.50");
+    EXPECT_EQ(Value(document, "k"), "171:1.00");
+    EXPECT_THAT(
+        Calls("HourReport"),
+        ElementsAre("AddHourReportRequest V 2024-03-10 06:00:00", "MakeHourReportRequest",
+                    "AddHourReportRequest V 2024-03-10 06:00:00", "MakeHourReportRequest",
+                    "AddHourReportModifyRequest V 2024-03-10 05:00:00 7/32768",
+                    "MakeHourReportRequest", "MakeHourReportInitRequest V 2024-03-10 05:00:00"));
+}
+
+TEST_F(ReportReads, ConditionsOnAVariableThatIsNotThereAreFalse) {
+    for (const char* word : {"READY", "REP_LOADED", "REP_INITED"}) {
+        CKalvexDoc& document =
+            Run("LOCAL k = 0\nIF " + std::string(word) + " brak.HREP THEN\nSET k = 1\nENDIF", 5);
+        EXPECT_EQ(Value(document, "k"), "171:0.00") << word;
+        EXPECT_EQ(document.m_nErrorCode, ErrorUndefinedVariable) << word;
+    }
+}
+
 TEST_F(ReportReads, ByNameAsksForTheTimeOfTheValueAgain) {
     Plant(
         "'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "

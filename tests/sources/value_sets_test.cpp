@@ -96,6 +96,18 @@ TEST_F(ValueSets, DataAreCopiedBetweenTheBounds) {
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 4u);
 }
 
+TEST_F(ValueSets, DataComeThroughAPointer) {
+    Plant(
+        "'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}, "
+        "{'time': '2024-03-10 03:00:00', 'value': 2}]}}");
+    CKalvexDoc& document =
+        Run("REMOTE a srv@V\nPOINTER p\nSETPTR p = \"a\"\nLIST L\n"
+            "MGET p HREP FROM 2024 3 10 1 TO 2024 3 10 3\n:c\nIF NOT READY p.HREP GOTO c\n"
+            "MGET p GETDATA L",
+            5);
+    EXPECT_EQ(Texts(document), "[1]");
+}
+
 TEST_F(ValueSets, RangeTheWrongWayRoundCopiesNothing) {
     Plant("'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
     CKalvexDoc& document =
