@@ -160,6 +160,16 @@ class CClosing {
     bool m_logs;
 };
 
+// The program that the next word names; 0, and a line in the log, when there is none. Nothing when
+// the word has no number.
+std::optional<int> TakeProgram(StatementCall& call) {
+    const std::optional<int> wanted = ReadInteger(call.document, NextToken(call.rest));
+    if (!wanted) return std::nullopt;
+    const int id = StartedBy(call.document).Find(*wanted);
+    if (id == 0) LogFailure(call.document, kNoSuchProgram, std::to_string(*wanted));
+    return id;
+}
+
 }  // namespace
 
 bool ExecuteExec(StatementCall& call) {
@@ -170,34 +180,26 @@ bool ExecuteExec(StatementCall& call) {
 
 bool ExecuteTerminateExec(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::optional<int> wanted = ReadInteger(document, NextToken(call.rest));
-    if (!wanted) return false;
-    const int id = StartedBy(document).Find(*wanted);
-    if (id == 0) {
-        LogFailure(document, kNoSuchProgram, std::to_string(*wanted));
-        return true;
-    }
+    const std::optional<int> program = TakeProgram(call);
+    if (!program || *program == 0) return program.has_value();
     const std::string_view token = NextToken(call.rest);
     const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
     std::string error = std::strerror(EINVAL);
-    const bool ended = code && ProcessesOf(document).Terminate(id, *code, error);
-    if (!ended) LogFailure(document, kNotTerminated, FromUtf8(error), std::to_string(id));
+    const bool ended = code && ProcessesOf(document).Terminate(*program, *code, error);
+    if (!ended) {
+        LogFailure(document, kNotTerminated, FromUtf8(error), std::to_string(*program));
+    }
     return true;
 }
 
 bool ExecuteCloseExec(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::optional<int> wanted = ReadInteger(document, NextToken(call.rest));
-    if (!wanted) return false;
-    const int id = StartedBy(document).Find(*wanted);
-    if (id == 0) {
-        LogFailure(document, kNoSuchProgram, std::to_string(*wanted));
-        return true;
-    }
+    const std::optional<int> program = TakeProgram(call);
+    if (!program || *program == 0) return program.has_value();
     const std::string_view force = NextToken(call.rest);
     const std::string_view wait = NextToken(call.rest);
     const bool forced = !force.empty() && ReadInteger(document, force).value_or(0) != 0;
-    CClosing closing(document, id, true);
+    CClosing closing(document, *program, true);
     if (closing.Request()) {
         closing.WaitForEnd(wait.empty() ? 1 : ReadInteger(document, wait).value_or(1));
     } else if (forced) {
