@@ -1,12 +1,10 @@
 // The whole server killed in the middle of a stream of writes: whatever a client was told to be
 // written is there at the next start.
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
-#include <map>
 #include <set>
 
+#include "killed_writer.h"
 #include "server_fixture.h"
 #include "values/ValueText.h"
 
@@ -27,10 +25,8 @@ class TellingLink final : public ServerLink {
         const ModifyResults* results = std::get_if<ModifyResults>(&message);
         if (results == nullptr) return;
         for (const ModifyResults::Entry& entry : results->entries) {
-            if (entry.result != ResultOk ||
-                ::write(m_nTell, &entry.id, sizeof entry.id) != sizeof entry.id) {
-                ::_exit(2);
-            }
+            if (entry.result != ResultOk) ::_exit(2);
+            TellConfirmed(m_nTell, entry.id);
         }
     }
     void Close(std::uint32_t) override {}
@@ -70,33 +66,6 @@ class TellingLink final : public ServerLink {
     }
 }
 
-std::vector<RequestId> RunAndKill(const std::string& configuration, RequestId first,
-                                  std::size_t enough) {
-    int ends[2];
-    EXPECT_EQ(::pipe(ends), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(ends[0]);
-        ServeUntilKilled(configuration, first, ends[1]);
-    }
-    ::close(ends[1]);
-    std::vector<RequestId> confirmed;
-    RequestId id;
-    bool killed = false;
-    while (::read(ends[0], &id, sizeof id) == sizeof id) {
-        confirmed.push_back(id);
-        if (!killed && confirmed.size() >= enough) {
-            ::kill(child, SIGKILL);
-            killed = true;
-        }
-    }
-    ::close(ends[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
-    return confirmed;
-}
-
 class ServerKillTest : public ServerTest {
   protected:
     std::set<std::int64_t> TimesOf(ValueKind kind) {
@@ -117,26 +86,28 @@ class ServerKillTest : public ServerTest {
 };
 
 TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
-    std::vector<RequestId> confirmed;
+    std::vector<std::int64_t> confirmed;
     RequestId next = 10;
     for (int round = 0; round < kRounds; ++round) {
         Configure(kPlant);
         const std::size_t enough = 1 + static_cast<std::size_t>(round) * 17 % 61;
-        const std::vector<RequestId> more = RunAndKill(m_folder.Path("plant.toml"), next, enough);
+        const std::string configuration = m_folder.Path("plant.toml");
+        const std::vector<std::int64_t> more =
+            RunAndKill([&](int tell) { ServeUntilKilled(configuration, next, tell); }, enough);
         ASSERT_GE(more.size(), enough);
         confirmed.insert(confirmed.end(), more.begin(), more.end());
-        next = more.back() + 100000;
+        next = static_cast<RequestId>(more.back()) + 100000;
 
         Start(kPlant);
         const std::set<std::int64_t> hours = TimesOf(KindHour);
         const std::set<std::int64_t> archive = TimesOf(KindArchive);
-        for (const RequestId id : confirmed) {
+        for (const std::int64_t id : confirmed) {
             if (id % 2 == 0) {
-                ASSERT_EQ(hours.count(std::int64_t{id} * 3600), 1u) << id;
+                ASSERT_EQ(hours.count(id * 3600), 1u) << id;
                 continue;
             }
             for (int index = 0; index < kArchiveValues; ++index) {
-                ASSERT_EQ(archive.count(std::int64_t{id} * 100 + index), 1u) << id;
+                ASSERT_EQ(archive.count(id * 100 + index), 1u) << id;
             }
         }
         ASSERT_EQ(archive.size() % kArchiveValues, 0u);

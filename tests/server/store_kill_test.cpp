@@ -1,13 +1,12 @@
 // What is acknowledged is on disk, however the process ends.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdint>
 #include <map>
 #include <vector>
 
+#include "killed_writer.h"
 #include "server/Store.h"
 #include "temporary_folder.h"
 
@@ -31,44 +30,15 @@ constexpr int kBatch = 7;
             operations.push_back(PutValue{x, KindArchive, time, CVal(time * 3)});
         }
         operations.push_back(PutValue{x, KindHour, batch * 3600, CVal(batch)});
-        const bool taken = store.Submit(
-            std::move(operations), Store::Urgency::Now, [batch, tell](const StoreOutcome& outcome) {
-                if (!outcome.committed || ::write(tell, &batch, sizeof batch) != sizeof batch) {
-                    ::_exit(2);
-                }
-            });
+        const bool taken = store.Submit(std::move(operations), Store::Urgency::Now,
+                                        [batch, tell](const StoreOutcome& outcome) {
+                                            if (!outcome.committed) ::_exit(2);
+                                            TellConfirmed(tell, batch);
+                                        });
         if (!taken) ::_exit(3);
         // Keeps a few batches under way, so that some are cut off in the middle.
         if (batch % 5 == 0) loop.WaitAndRun();
     }
-}
-
-// Kills the writer once it has acknowledged so many batches; the numbers of all acknowledged ones.
-std::vector<std::int64_t> RunAndKill(const std::string& path, std::int64_t first,
-                                     std::size_t enough) {
-    int ends[2];
-    EXPECT_EQ(::pipe(ends), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(ends[0]);
-        WriteUntilKilled(path, first, ends[1]);
-    }
-    ::close(ends[1]);
-    std::vector<std::int64_t> acknowledged;
-    std::int64_t batch;
-    bool killed = false;
-    while (::read(ends[0], &batch, sizeof batch) == sizeof batch) {
-        acknowledged.push_back(batch);
-        if (!killed && acknowledged.size() >= enough) {
-            ::kill(child, SIGKILL);
-            killed = true;
-        }
-    }
-    ::close(ends[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
-    return acknowledged;
 }
 
 std::vector<CVal> ReadAll(Store& store, PostedWork& loop, VariableId x, ValueKind kind) {
@@ -90,7 +60,8 @@ TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
     std::int64_t next = 1;
     for (int round = 0; round < kRounds; ++round) {
         const std::size_t enough = 1 + static_cast<std::size_t>(round) * 13 % 101;
-        const std::vector<std::int64_t> more = RunAndKill(path, next, enough);
+        const std::vector<std::int64_t> more =
+            RunAndKill([&](int tell) { WriteUntilKilled(path, next, tell); }, enough);
         ASSERT_GE(more.size(), enough);
         acknowledged.insert(acknowledged.end(), more.begin(), more.end());
         next = more.back() + 1000000;
