@@ -31,6 +31,11 @@ class CScriptSources {
     virtual void BlockSubscribe() = 0;
     virtual void UnblockSubscribe(bool reset) = 0;
 
+    // Has the document hear of changes in the reports of a kind; the notifications keep account of
+    // what is to be ended. False when there is no such source or kind, or it is so already.
+    virtual bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) = 0;
+    virtual void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) = 0;
+
     // Names of a server's variables in the server's order; nothing when the list is not to be had.
     virtual std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) = 0;
 };

@@ -135,8 +135,4 @@ void CClientInterface::OnAnswer(ValueKind kind, const CRequestRecord& record) {
     static_cast<CInterfaceObj*>(record.context)->ApplyAnswer(kind, record);
 }
 
-CClientInterface* FindClientInterface(const CKalvexDoc& document) {
-    return static_cast<CClientInterface*>(document.Services().sources);
-}
-
 }  // namespace kalvex

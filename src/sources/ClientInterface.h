@@ -58,8 +58,7 @@ class CInterfaceSourceList final : public CSourceList {
     SourceServices& m_services;
 };
 
-// Outlives the documents. It is the only kind of CScriptSources that a process has in which the
-// statements of this folder run.
+// Outlives the documents.
 class CClientInterface final : public CScriptSources, public CAnswerWindow {
   public:
     explicit CClientInterface(SourceServices services)
@@ -84,8 +83,8 @@ class CClientInterface final : public CScriptSources, public CAnswerWindow {
     // True when the source has a connection.
     bool ModifyCurrentByName(std::string_view source, std::string_view variable, const CVal& value);
 
-    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document);
-    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document);
+    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) override;
+    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) override;
 
     std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
                                             std::string_view source,
@@ -103,8 +102,5 @@ class CClientInterface final : public CScriptSources, public CAnswerWindow {
     bool m_fSubscribe = true;
     int m_nSubscribeBlocks = 0;
 };
-
-// The client interface of the process that the document lives in; null where there is none.
-CClientInterface* FindClientInterface(const CKalvexDoc& document);
 
 }  // namespace kalvex

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "engine/LineScanner.h"
-#include "sources/ClientInterface.h"
 #include "sources/SourceFamilies.h"
 
 namespace kalvex {
@@ -19,12 +18,12 @@ int ReportKind(std::string_view word) {
 bool Enable(StatementCall& call, bool enable) {
     const int kind = ReportKind(NextToken(call.rest));
     const std::string_view source = NextToken(call.rest);
-    CClientInterface* client = FindClientInterface(call.document);
-    if (client == nullptr || kind == KindNone) return false;
+    CScriptSources* sources = call.document.Services().sources;
+    if (sources == nullptr || kind == KindNone) return false;
     CReportNotifications& notifications = CReportNotifications::Of(call.document);
     CNotifyRecord* record = notifications.Find(kind, source);
     if (record == nullptr) {
-        if (!enable || !client->AddNotifyDoc(kind, source, call.document)) return false;
+        if (!enable || !sources->AddNotifyDoc(kind, source, call.document)) return false;
         record = &notifications.Add(kind, source);
     }
     record->bEnabled = enable;
@@ -40,8 +39,8 @@ CReportNotifications& CReportNotifications::Of(CKalvexDoc& document) {
 void CReportNotifications::ClearRunState() {
     for (std::size_t i = 0; i < m_arrRecords.size(); ++i) {
         for (const CNotifyRecord& record : m_arrRecords[i]) {
-            FindClientInterface(m_document)
-                ->RemoveNotifyDoc(static_cast<int>(i) + KindHour, record.strSource, m_document);
+            m_document.Services().sources->RemoveNotifyDoc(static_cast<int>(i) + KindHour,
+                                                           record.strSource, m_document);
         }
         m_arrRecords[i].clear();
     }

@@ -116,6 +116,16 @@ TEST_F(Notifications, NoSourcesAtAll) {
     EXPECT_EQ(Value(Run("LOCAL n = NOTIFY HREP srv", 2), "n"), "160:0");
 }
 
+// The statements ask whatever sources the document has.
+TEST_F(Notifications, SourcesOfAnotherMake) {
+    services.sources = &sources;
+    CKalvexDoc& document = Run("ENABLE_NOTIFY HREP srv\nENABLE_NOTIFY SREP inny", 2);
+    document.Reset();
+    EXPECT_THAT(sources.calls,
+                testing::IsSupersetOf({"notify 2 srv", "notify 5 inny", "stop notifying 2 srv",
+                                       "stop notifying 5 inny"}));
+}
+
 TEST_F(Notifications, EnableWaitsForTheSource) {
     CKalvexDoc& document = Start("ENABLE_NOTIFY HREP srv");
     Tick(5);
