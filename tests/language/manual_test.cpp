@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 
+#include "language/Directives.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
 #include "platform/Files.h"
@@ -41,6 +42,12 @@ class Manual : public testing::Test {
 
 TEST_F(Manual, HasAnEntryForEveryStatement) {
     for (const StatementRow& row : Statements().Rows()) {
+        EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
+    }
+}
+
+TEST_F(Manual, HasAnEntryForEveryDirective) {
+    for (const DirectiveRow& row : Directives()) {
         EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
     }
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "language/Directives.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
 
@@ -150,6 +151,21 @@ TEST(LanguageTables, FunctionsStandInTheOrderOfTheirTrial) {
                                                   "FILL_IN_LIST",
                                                   "CALC_IN_LIST",
                                               }));
+}
+
+// A directive is no statement: a line that reaches the run with one is an unknown keyword.
+TEST(LanguageTables, DirectivesStandApart) {
+    ASSERT_THAT(Keywords(Directives()), ElementsAreArray({"INCLUDE", "INCLUDE_VAR"}));
+    EXPECT_EQ(Directives()[0].usage, "INCLUDE <ścieżka_do_pliku_z_rozszerzeniem_kx>");
+    EXPECT_EQ(Directives()[0].help, "Umożliwia wczytanie i wykonanie kodu z określonego pliku");
+    EXPECT_EQ(Directives()[1].usage, "INCLUDE_VAR <nazwa_serwera> <filtr>");
+    EXPECT_EQ(Directives()[1].help,
+              "Wstawienie do skryptu (po jego uruchomieniu) deklaracji zmiennych dla podanego "
+              "serwera spełniających sformułowane kryteria");
+    for (const DirectiveRow& row : Directives()) {
+        EXPECT_EQ(Statements().Find(row.keyword), nullptr);
+        EXPECT_EQ(Functions().Find(row.keyword), nullptr);
+    }
 }
 
 TEST(LanguageTables, EveryKeywordIsFoundByItsSpelling) {

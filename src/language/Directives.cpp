@@ -1,0 +1,23 @@
+#include "language/Directives.h"
+
+#include "engine/Statement.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr DirectiveRow kRows[] = {
+    {Keyword::Include, "INCLUDE <ścieżka_do_pliku_z_rozszerzeniem_kx>",
+     "Umożliwia wczytanie i wykonanie kodu z określonego pliku"},
+    {Keyword::IncludeVar, "INCLUDE_VAR <nazwa_serwera> <filtr>",
+     "Wstawienie do skryptu (po jego uruchomieniu) deklaracji zmiennych dla podanego serwera "
+     "spełniających sformułowane kryteria"},
+};
+
+}  // namespace
+
+std::span<const DirectiveRow> Directives() {
+    return kRows;
+}
+
+}  // namespace kalvex
