@@ -148,8 +148,9 @@ class Outcome:
 
 
 class ServerAndRun(unittest.TestCase):
-    """A folder with the configuration of a server "srv" and with scripts. The programs are set by the test file."""
+    """A folder with the configuration of a server and with scripts. The programs are set by the test file."""
 
+    NAME = "srv"
     RUNNER = None
     SERVER = None
     PLANT = ""
@@ -164,7 +165,7 @@ class ServerAndRun(unittest.TestCase):
         self.write_profile("")
 
     def configure(self, text):
-        (self.folder / "plant.toml").write_text('[server]\nname = "srv"\n' + text, encoding="utf-8")
+        (self.folder / "plant.toml").write_text(f'[server]\nname = "{self.NAME}"\n' + text, encoding="utf-8")
 
     def write_profile(self, text):
         (self.folder / "Kalvex.ini").write_bytes(text.encode("cp1250"))
@@ -182,7 +183,7 @@ class ServerAndRun(unittest.TestCase):
     def start_server(self):
         server = Process(self, self.command(self.SERVER, "--config", str(self.folder / "plant.toml"),
                                             "--log-level", "2"), self.environment, "stderr")
-        server.await_line("Uruchomienie serwera srv")
+        server.await_line(f"Uruchomienie serwera {self.NAME}")
         return server
 
     def arguments(self, *more):
