@@ -1,6 +1,6 @@
 // The data server's store: archive rows written and acknowledged, a month of one-second values read
-// in pieces, a day of hours computed. Each row checks its answers, and the program fails when one
-// is wrong or when the long read takes more memory than it may.
+// in pieces, ranges out of ten million rows, a day of hours computed. Each row checks its answers,
+// and the program fails when one is wrong or when the long read takes more memory than it may.
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <random>
 #include <string>
 
 #include "server/Store.h"
@@ -18,7 +19,11 @@ namespace {
 
 constexpr std::int64_t kMonth = 31 * std::int64_t{86400};  // seconds
 constexpr std::int64_t kStart = 1709247600;                // 2024-03-01 00:00:00 in Warsaw
-constexpr long kMostMemory = 200 * 1024;                   // KB
+constexpr std::int64_t kPiece = 2000;
+constexpr int kManyVariables = 100;
+constexpr std::int64_t kManyRows = 100'000;  // of each of them
+constexpr std::int64_t kManyPeriod = 10;     // seconds between two of them
+constexpr long kMostMemory = 200 * 1024;     // KB
 
 bool g_bWrong = false;
 
@@ -111,7 +116,7 @@ void ReadMonth(benchmark::State& state) {
     const VariableId x = FillMonth(store);
     for (auto _ : state) {
         std::int64_t count = 0;
-        StoreQuery query{x, KindArchive, kStart, kStart + kMonth - 1, 2000};
+        StoreQuery query{x, KindArchive, kStart, kStart + kMonth - 1, kPiece};
         for (bool more = true; more;) {
             const StorePiece piece = store.Read(query);
             count += static_cast<std::int64_t>(piece.values.size());
@@ -125,6 +130,51 @@ void ReadMonth(benchmark::State& state) {
     Expect(MostMemory() < kMostMemory, "memory");
 }
 BENCHMARK(ReadMonth)->UseRealTime();
+
+// Row number n of each variable has the value n.
+std::vector<VariableId> FillTenMillion(OpenStore& store) {
+    std::vector<VariableId> variables;
+    for (int i = 0; i < kManyVariables; ++i) {
+        variables.push_back(store.Variable(("T" + std::to_string(i)).c_str()));
+    }
+    const StorePiece last = store.Read({variables.back(), KindArchive, kStart, INT64_MAX, 1});
+    if (!last.values.empty()) return variables;
+    for (const VariableId variable : variables) {
+        std::vector<StoreOperation> operations;
+        for (std::int64_t row = 0; row < kManyRows; ++row) {
+            operations.emplace_back(PutValue{variable, KindArchive, kStart + row * kManyPeriod,
+                                             CVal(static_cast<double>(row))});
+        }
+        Expect(store.Submit(std::move(operations)), "fill");
+    }
+    return variables;
+}
+
+// So many rows from any place, in as many pieces as that takes.
+void ReadRanges(benchmark::State& state) {
+    OpenStore store;
+    const std::vector<VariableId> variables = FillTenMillion(store);
+    const std::int64_t rows = state.range(0);
+    std::minstd_rand random(1);
+    for (auto _ : state) {
+        const std::int64_t first = static_cast<std::int64_t>(random()) % (kManyRows - rows);
+        StoreQuery query{variables[random() % variables.size()], KindArchive,
+                         kStart + first * kManyPeriod, kStart + (first + rows - 1) * kManyPeriod,
+                         kPiece};
+        std::int64_t next = first;
+        for (bool more = true; more;) {
+            const StorePiece piece = store.Read(query);
+            for (const CVal& value : piece.values) {
+                if (value.Real() != static_cast<double>(next++)) Expect(false, "row of a range");
+            }
+            more = piece.more;
+            if (more) query.from = piece.values.back().GetTime() + 1;
+        }
+        Expect(next == first + rows, "rows of a range");
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(ReadRanges)->Arg(1)->Arg(360)->Arg(8640)->UseRealTime();
 
 // The mean of 0, 1, ..., 3599 is 1799.5.
 void ComputeDayOfHours(benchmark::State& state) {
