@@ -55,9 +55,10 @@ std::string Session::Peer() const {
     return ClientText(m_strClient, m_link.PeerAddress());
 }
 
-void Session::TellOnce(const char* polish) {
-    if (!m_setTold.insert(polish).second) return;
-    m_server.Log(FromUtf8("Klient ") + Peer() + ": " + FromUtf8(polish), LogErrors);
+void Session::TellOnce(const char* polish, std::string_view variable) {
+    const std::string text = FromUtf8(polish) + std::string(variable);
+    if (!m_setTold.insert(text).second) return;
+    m_server.Log(FromUtf8("Klient ") + Peer() + ": " + text, LogErrors);
 }
 
 Rights::Granted Session::RightsTo(std::size_t variable) const {

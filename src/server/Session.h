@@ -79,7 +79,8 @@ class Session final : public ServerSession {
     void Receive(LastMessagesRequest& message);
 
     std::string Peer() const;  // the client's name and address for the log
-    void TellOnce(const char* polish);
+    // To the log, once; the variable is one of the server's, so that the texts stay few.
+    void TellOnce(const char* polish, std::string_view variable = {});
     Rights::Granted RightsTo(std::size_t variable) const;
 
     void Answer(const std::vector<VariableHandle>& handles, bool last);
@@ -91,6 +92,7 @@ class Session final : public ServerSession {
 
     std::uint16_t CheckWrite(ValueKind kind, std::string_view name, std::size_t& variable) const;
     std::uint16_t PrepareModify(ModifyRequest& request, std::vector<StoreOperation>& operations);
+    void Correct(std::string_view name);
     void SubmitWrites(std::vector<StoreOperation> operations, std::vector<RequestId> ids);
 
     Server& m_server;

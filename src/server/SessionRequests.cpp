@@ -20,6 +20,7 @@ constexpr std::size_t kMostBacklog = 8;
 
 constexpr const char* kManyReads = "zbyt wiele odczytów naraz";
 constexpr const char* kManyValues = "zbyt wiele wartości w jednym zapisie";
+constexpr const char* kRefusedWrite = "brak prawa do zapisu zmiennej ";
 constexpr const char* kRefusedOrder =
     "polecenie dla danych raportowych albo archiwalnych odrzucone";
 
@@ -160,18 +161,31 @@ void Session::Receive(ModifyRequests& message) {
         const std::uint16_t result = PrepareModify(request, operations);
         if (result == ResultOk && request.kind != KindCurrent) {
             waiting.push_back(request.id);
-        } else {
-            decided.entries.push_back({request.id, result});
+            continue;
         }
+        decided.entries.push_back({request.id, result});
+        if (result == ResultNoAccess) TellOnce(kRefusedWrite, request.variable);
+        if (result != ResultOk && request.kind == KindCurrent) Correct(request.variable);
     }
     if (!decided.entries.empty()) m_link.Send(std::move(decided));
     if (!waiting.empty()) SubmitWrites(std::move(operations), std::move(waiting));
     m_server.Distribute();
 }
 
+// A client shows what it has written before it hears of it, so it needs to be told what is true.
+void Session::Correct(std::string_view name) {
+    Plant& plant = m_server.GetPlant();
+    const std::size_t variable = plant.Find(name);
+    if (variable == Plant::kNone) return;
+    for (const PlantVariable::Subscriber& subscriber : plant.At(variable).subscribers) {
+        if (subscriber.session == this) MarkChanged(subscriber.handle);
+    }
+}
+
 void Session::Receive(ArchiveModifyRequest& message) {
     std::size_t variable = Plant::kNone;
     std::uint16_t result = CheckWrite(KindArchive, message.variable, variable);
+    if (result == ResultNoAccess) TellOnce(kRefusedWrite, message.variable);
     if (message.values.size() > kMostArchiveValues) {
         TellOnce(kManyValues);
         result = ResultBadRequest;

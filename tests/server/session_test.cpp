@@ -221,6 +221,31 @@ TEST_F(SessionTest, WritesAreRefusedWithTheirReasons) {
     EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + Stamp() + " 10.00"));
 }
 
+TEST_F(SessionTest, RefusedWriteBringsTheTrueValueToTheOneWhoWrote) {
+    TestClient& client = Operator();
+    Subscribe(client, {"Z1.T", "Z1.P"});
+    TestClient& other = LogIn();
+    Subscribe(other, {"Z1.P"});
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(11)), ResultBadValue);
+    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart, CVal("abc")), ResultBadValue);
+    EXPECT_THAT(Updates(client), ElementsAre("2: 171 0 " + Stamp() + " 5.00"));
+    EXPECT_THAT(Updates(other), IsEmpty());
+}
+
+TEST_F(SessionTest, WriteWithoutTheRightIsLoggedOnceForEachVariable) {
+    TestClient& client = LogIn();
+    m_log.Take();
+    for (const std::string name : {"Z1.P", "Z1.P", "Z1.N", "Tajne.X", "Brak"}) {
+        Modify(client, KindCurrent, name, 0, CVal(1));
+    }
+    Modify(client, KindHour, "Z1.P", m_tStart, CVal(1));
+    client.Say(ArchiveModifyRequest{9, "Z1.T", m_tStart, m_tStart, {}});
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.P",
+                            "1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.N",
+                            "1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.T"));
+}
+
 TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
     TestClient& client = Operator();
     client.Say(ModifyRequests{{{1, KindCurrent, "Z1.P", 0, CVal(1)},
@@ -322,7 +347,8 @@ TEST_F(SessionTest, ArchiveWriteIsTakenAsAWholeOrNotAtAll) {
     EXPECT_EQ(ModifyArchive(client, "Z1.P", std::vector<CVal>(100001, Stamped(CVal(1), 100))),
               ResultBadRequest);
     EXPECT_THAT(m_log.Take(),
-                ElementsAre("1 Klient Kalvex_stacja: zbyt wiele wartości w jednym zapisie"));
+                ElementsAre("1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.P",
+                            "1 Klient Kalvex_stacja: zbyt wiele wartości w jednym zapisie"));
     EXPECT_THAT(Read(client, KindArchive, "Z1.P", 0, kLargestTime), IsEmpty());
 }
 
