@@ -183,7 +183,7 @@ class ServerAndRun(unittest.TestCase):
     def start_server(self):
         server = Process(self, self.command(self.SERVER, "--config", str(self.folder / "plant.toml"),
                                             "--log-level", "2"), self.environment, "stderr")
-        server.await_line(f"Uruchomienie serwera {self.NAME}")
+        server.await_line(f"Nasłuchiwanie: gniazdo lokalne {self.folder}/run/{self.NAME}")
         return server
 
     def arguments(self, *more):
@@ -214,6 +214,11 @@ class ServerAndRun(unittest.TestCase):
         """Ends when the variable of the server has come to that."""
         run = self.run_script(f"REMOTE v srv@{variable}\n:w\nIF v < {least} GOTO w", name="await.kx")
         self.assertEqual(run.code, 0)
+
+    def await_progress(self):
+        """Ends when the run of WRITER has written again, twenty hours on or more."""
+        self.assertEqual(self.run_script("REMOTE k srv@KROK\nLOCAL x = k\nSET k = 0", name="zero.kx").code, 0)
+        self.await_value("KROK", 20)
 
     def finish_writer(self, writer):
         """Stops the run of WRITER. What it has got back from the server must be there, all of it."""
