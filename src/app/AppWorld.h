@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/MainWindow.h"
+#include "app/TickDriver.h"
 #include "engine/DocumentServices.h"
 #include "platform/Clock.h"
 #include "platform/Crypt.h"
@@ -29,6 +30,8 @@ class AppLoop : public MainLoop {
     // system has no timer to give.
     virtual bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) = 0;
     virtual void KillTimer(int id) = 0;
+    // Whose ticks come from now on, one a millisecond at most; null for none. Not owned.
+    virtual void SetTickSource(TickSource* source) = 0;
     // Ends the loop after the work at hand.
     virtual void Quit() = 0;
 };

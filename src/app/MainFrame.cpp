@@ -6,8 +6,7 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::int64_t kTickPeriod = 1;  // milliseconds, as all periods
-constexpr std::int64_t kRefreshPeriod = 1000;
+constexpr std::int64_t kRefreshPeriod = 1000;  // milliseconds
 
 }  // namespace
 
@@ -21,7 +20,8 @@ CMainFrame::CMainFrame(AppLoop& loop, const Translator& translator, CScriptDocum
       m_bConsoleClient(consoleClient) {}
 
 CMainFrame::~CMainFrame() {
-    for (const int id : {TickTimer, AutoStartTimer, RefreshTimer}) m_loop.KillTimer(id);
+    m_loop.SetTickSource(nullptr);
+    for (const int id : {AutoStartTimer, RefreshTimer}) m_loop.KillTimer(id);
 }
 
 bool CMainFrame::SetTimer(int id, std::int64_t milliseconds) {
@@ -29,7 +29,8 @@ bool CMainFrame::SetTimer(int id, std::int64_t milliseconds) {
 }
 
 bool CMainFrame::Create() {
-    return SetTimer(TickTimer, kTickPeriod) && SetTimer(RefreshTimer, kRefreshPeriod);
+    m_loop.SetTickSource(this);
+    return SetTimer(RefreshTimer, kRefreshPeriod);
 }
 
 bool CMainFrame::SetAutoStartTimer(std::int64_t seconds) {

@@ -9,6 +9,7 @@
 
 #include "app/AppWorld.h"
 #include "app/ScriptDocuments.h"
+#include "app/TickDriver.h"
 
 namespace kalvex {
 
@@ -18,24 +19,30 @@ struct FrameWork {
     std::function<void()> periodic;  // of the data sources
 };
 
-class CMainFrame {
+class CMainFrame final : public TickSource {
   public:
     enum Timer : int { TickTimer = 1, AutoStartTimer = 2, RefreshTimer = 4 };
 
     // Nothing is owned; the window may be null. The timers of a console client do nothing.
     CMainFrame(AppLoop& loop, const Translator& translator, CScriptDocuments& documents,
                MainWindow* window, FrameWork work, bool consoleClient);
-    ~CMainFrame();
+    ~CMainFrame() override;
     CMainFrame(const CMainFrame&) = delete;
     CMainFrame& operator=(const CMainFrame&) = delete;
 
-    // Sets the timers of ticks and of refreshing, the latter to its usual period. False when there
-    // are none to be had, as with the next two.
+    // Begins the ticks, and refreshing in its usual period. False when there is no timer to be had,
+    // as with the next two.
     bool Create();
     bool SetAutoStartTimer(std::int64_t seconds);
     bool SetRefreshPeriod(std::int64_t milliseconds);
 
     void OnTimer(int id);
+
+    void RunTick() override { OnTimer(TickTimer); }
+    // Ticks are needed while a script is open, or an error is shown that is to go.
+    bool NeedsTicks() const override { return !m_documents.All().empty() || m_bErrorShown; }
+    int GetIdleTicks() const override { return m_documents.Ticker().GetIdleTicks(); }
+    void SkipTicks(int count) override { m_documents.Ticker().SkipTicks(count); }
 
     // Meanwhile there are no ticks.
     void SetOpeningScripts(bool opening);

@@ -11,21 +11,42 @@ constexpr std::int64_t kTick = 1000;
 }  // namespace
 
 std::optional<std::int64_t> CTickDriver::OnTurn() {
-    if (!m_work || !m_needed()) {
+    if (m_pSource == nullptr || !m_pSource->NeedsTicks()) {
         m_pace.reset();
         return std::nullopt;
     }
-    const std::int64_t now = m_clock();
     if (!m_pace) {
-        m_tBegin = now;
+        m_tBegin = m_clock();
         m_pace.emplace();
+        m_nLeftOut = 0;
     }
-    const std::int64_t lateness = now - m_tBegin - m_pace->NextDue() * kTick;
-    if (m_pace->TakeTick((now - m_tBegin) / kTick)) {
-        m_work();
-        if (m_listener) m_listener(now, lateness);
+    const std::int64_t elapsed = Elapsed();
+    SkipIdleTicks(elapsed);
+    const std::int64_t lateness = elapsed - (m_pace->NextDue() - m_nLeftOut) * kTick;
+    if (m_pace->TakeTick(elapsed / kTick)) {
+        m_nLeftOut = 0;
+        m_pSource->RunTick();
+        if (m_listener) m_listener(m_tBegin + elapsed, lateness);
     }
-    return std::max<std::int64_t>(m_tBegin + m_pace->NextDue() * kTick - m_clock(), 0);
+    const std::int64_t next = m_pace->NextDue() + m_pSource->GetIdleTicks();
+    return std::max<std::int64_t>(next * kTick - Elapsed(), 0);
+}
+
+void CTickDriver::OnWake() {
+    if (m_pace && m_pSource != nullptr) SkipIdleTicks(Elapsed());
+}
+
+void CTickDriver::SkipIdleTicks(std::int64_t elapsed) {
+    const std::int64_t now = elapsed / kTick;
+    m_nLeftOut += m_pace->LeaveOut(now);
+    const std::int64_t due = m_pace->CountDue(now);
+    if (due == 0) return;
+    const auto count = static_cast<int>(std::min<std::int64_t>(due, m_pSource->GetIdleTicks()));
+    if (count == 0) return;
+    m_pSource->SkipTicks(count);
+    m_pace->Take(count);
+    if (!m_listener) return;
+    for (int i = 0; i < count; ++i) m_listener(m_tBegin + elapsed, 0);
 }
 
 }  // namespace kalvex

@@ -1,4 +1,4 @@
-// Ticks by elapsed time, for a loop that has work done before each of its waits. Main thread. All
+// Ticks by elapsed time, for a loop that has work done around each of its waits. Main thread. All
 // times are microseconds of one clock that nobody sets.
 #pragma once
 
@@ -10,30 +10,45 @@
 
 namespace kalvex {
 
+// What ticks are for.
+class TickSource {
+  public:
+    virtual ~TickSource() = default;
+    virtual void RunTick() = 0;
+    virtual bool NeedsTicks() const = 0;
+    // See the operations of CTickRunner.
+    virtual int GetIdleTicks() const = 0;
+    virtual void SkipTicks(int count) = 0;
+};
+
 class CTickDriver {
   public:
-    // A tick has been run; how much later than it was due it began.
+    // A tick has been run; how much later than it was due it began. One that was skipped, because
+    // it had nothing to run, counts as one that was in time.
     using Listener = std::function<void(std::int64_t now, std::int64_t lateness)>;
 
-    // There are ticks as long as `needed` says so.
-    CTickDriver(std::function<std::int64_t()> clock, std::function<bool()> needed)
-        : m_clock(std::move(clock)), m_needed(std::move(needed)) {}
+    explicit CTickDriver(std::function<std::int64_t()> clock) : m_clock(std::move(clock)) {}
 
-    // What a tick is; none at first, and none for an empty one.
-    void SetWork(std::function<void()> work) { m_work = std::move(work); }
+    // None at first, and none for null. Not owned.
+    void SetSource(TickSource* source) { m_pSource = source; }
     void SetListener(Listener listener) { m_listener = std::move(listener); }
 
-    // Runs the tick that is due, one at most, and answers how long nothing is due then: 0 when the
-    // next one is late already, nothing when no ticks are needed.
+    // Before a wait: runs the tick that is due, one at most, and answers how long there is nothing
+    // to run then: 0 when the next tick is late already, nothing when no ticks are needed.
     std::optional<std::int64_t> OnTurn();
+    // After a wait, before anything else acts on the source.
+    void OnWake();
 
   private:
+    std::int64_t Elapsed() const { return m_clock() - m_tBegin; }
+    void SkipIdleTicks(std::int64_t elapsed);
+
     const std::function<std::int64_t()> m_clock;
-    const std::function<bool()> m_needed;
-    std::function<void()> m_work;
+    TickSource* m_pSource = nullptr;
     Listener m_listener;
     std::int64_t m_tBegin = 0;
     std::optional<CPace> m_pace;  // since the beginning; none while no ticks are needed
+    std::int64_t m_nLeftOut = 0;  // ticks, before the next one that is run
 };
 
 }  // namespace kalvex

@@ -16,6 +16,11 @@ class CTickRunner {
     // Does nothing within a tick or while blocked.
     void RunTick();
 
+    // How many of the next ticks will have no line to run, 100 at most. Skipping so many, or fewer,
+    // leaves everything as running them does. Asked anew after whatever else acts on the documents.
+    int GetIdleTicks() const;
+    void SkipTicks(int count);
+
     // Ticks are blocked while scripts are opened at start-up.
     void Block(bool blocked) { m_bBlocked = blocked; }
 

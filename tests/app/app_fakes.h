@@ -35,6 +35,10 @@ class FakeLoop final : public AppLoop {
     void KillTimer(int id) override {
         if (timers.erase(id) != 0) m_record.push_back("no timer " + std::to_string(id));
     }
+    void SetTickSource(TickSource* source) override {
+        m_record.push_back(source != nullptr ? "ticks" : "no ticks");
+        tickSource = source;
+    }
     void Quit() override { m_record.push_back("quit"); }
 
     void Fire(int id) {
@@ -45,6 +49,7 @@ class FakeLoop final : public AppLoop {
     PostedWork posted;
     std::map<int, std::function<void()>> timers;
     std::set<int> refused;
+    TickSource* tickSource = nullptr;
 
   private:
     Record& m_record;

@@ -36,11 +36,11 @@ TEST_F(AppStartTest, ModuleStartsAndStopsInOrder) {
                     "read Okna/Szerokości kolumn",
                     "read Konfiguracja/Poziom uprawnień do konfiguracji",
                     "read Konfiguracja/Poziom uprawnień do sterowania procedurą", "read Log/Rodzaj",
-                    "timer 1 1", "timer 4 1000", "log Uruchomienie modułu Kalvex",
+                    "ticks", "timer 4 1000", "log Uruchomienie modułu Kalvex",
                     "log " + Script("a.kx") + " : Inicjowanie skryptu ",
                     "log " + Script("a.kx") + " : Start skryptu ", "log Poziom rejestracji: błędy ",
-                    "write Log/Rodzaj", "loop", "quit", "log Zatrzymanie modułu Kalvex",
-                    "no timer 1", "no timer 4", "stop Vantrel", "stop Dorlin", "stop Mordex"));
+                    "write Log/Rodzaj", "loop", "quit", "log Zatrzymanie modułu Kalvex", "no ticks",
+                    "no timer 4", "stop Vantrel", "stop Dorlin", "stop Mordex"));
 }
 
 TEST_F(AppStartTest, WindowIsTitledAndShownWithItsScriptsMinimised) {
@@ -50,7 +50,7 @@ TEST_F(AppStartTest, WindowIsTitledAndShownWithItsScriptsMinimised) {
     PutScript("a.kx", "LOCAL A = 1\n");
     ASSERT_TRUE(Start());
     EXPECT_THAT(Without({"read", "profile", "primary", "lock", "start", "log"}),
-                ElementsAre("timer 1 1", "timer 4 1000", "status Uruchomienie modułu Kalvex",
+                ElementsAre("ticks", "timer 4 1000", "status Uruchomienie modułu Kalvex",
                             "status " + Script("a.kx") + " : Inicjowanie skryptu ",
                             "status " + Script("a.kx") + " : Start skryptu ", "minimise a.kx",
                             "may close", "show", "title Kalvex",
@@ -240,8 +240,8 @@ TEST_F(AppStartTest, ProfileThatCannotBeReadEndsTheProcess) {
     ExpectFault("Nie można odczytać pliku " + m_folder.Path("Kalvex.ini") + " (Is a directory)");
 }
 
-TEST_F(AppStartTest, ProcessWithoutTicksEnds) {
-    m_loop.refused = {CMainFrame::TickTimer};
+TEST_F(AppStartTest, ProcessWithoutItsTimerEnds) {
+    m_loop.refused = {CMainFrame::RefreshTimer};
     EXPECT_FALSE(Start());
     ExpectFault("Nie można uruchomić zegara");
 }
@@ -251,7 +251,7 @@ TEST_F(AppStartTest, ProcessWithoutTicksEnds) {
 TEST_F(AppStartTest, RefreshPeriodRestartsItsTimer) {
     PutProfile("[Okna]\nCzęstotliwość odświeżania=250\n");
     ASSERT_TRUE(Start());
-    EXPECT_THAT(Those("timer"), ElementsAre("1 1", "4 1000", "4 250"));
+    EXPECT_THAT(Those("timer"), ElementsAre("4 1000", "4 250"));
 }
 
 TEST_F(AppStartTest, TransmissionLevelDoesNotSurviveARestart) {
@@ -302,7 +302,7 @@ TEST_F(AppStartTest, ScriptsStartBeforeTheLoopUnlessTheyAreDelayed) {
         ASSERT_TRUE(Start(arguments));
         ASSERT_EQ(App().Documents().All().size(), 1u);
         EXPECT_TRUE(App().Documents().All().front()->m_bRunning);
-        EXPECT_THAT(Those("timer"), ElementsAre("1 1", "4 1000"));
+        EXPECT_THAT(Those("timer"), ElementsAre("4 1000"));
         m_app->ExitInstance();
         m_record.clear();
     }
@@ -313,7 +313,7 @@ TEST_F(AppStartTest, DelayedScriptsStartOnTheirTimerOnce) {
     PutScript("a.kx", "\n");
     ASSERT_TRUE(Start({"/D:5"}));
     EXPECT_TRUE(App().Documents().All().empty());
-    EXPECT_THAT(Those("timer"), ElementsAre("1 1", "4 1000", "2 5000"));
+    EXPECT_THAT(Those("timer"), ElementsAre("4 1000", "2 5000"));
     m_loop.Fire(CMainFrame::AutoStartTimer);
     EXPECT_EQ(App().Documents().All().size(), 1u);
     EXPECT_FALSE(m_loop.timers.contains(CMainFrame::AutoStartTimer));

@@ -27,7 +27,7 @@ class MainFrameTest : public AppTest {
     }
     CKalvexDoc& Script(std::size_t index) { return *App().Documents().All().at(index); }
     void Tick(int count = 1) {
-        for (int i = 0; i < count; ++i) m_loop.Fire(CMainFrame::TickTimer);
+        for (int i = 0; i < count; ++i) m_loop.tickSource->RunTick();
     }
     void Refresh() { m_loop.Fire(CMainFrame::RefreshTimer); }
 };

@@ -89,14 +89,30 @@ TEST(PosixMainLoopTest, TimerCanCancelItselfAndAnotherThatIsDue) {
 TEST(PosixMainLoopTest, WaitsNoLongerThanItIsToldBeforehand) {
     PosixMainLoop loop;
     std::vector<std::optional<std::int64_t>> waits{0, 300, 1000};
-    loop.BeforeWait([&]() -> std::optional<std::int64_t> {
-        if (waits.empty()) loop.Quit();
-        const auto wait = waits.empty() ? std::nullopt : waits.back();
-        if (!waits.empty()) waits.pop_back();
-        return wait;
+    int ended = 0;
+    loop.AroundWait(
+        [&]() -> std::optional<std::int64_t> {
+            const auto wait = waits.back();
+            waits.pop_back();
+            if (waits.empty()) loop.Quit();
+            return wait;
+        },
+        [&] { ++ended; });
+    loop.Run();
+    EXPECT_EQ(ended, 2);
+}
+
+TEST(PosixMainLoopTest, EndOfAWaitComesBeforePostedWork) {
+    PosixMainLoop loop;
+    std::vector<std::string> done;
+    loop.AroundWait([]() -> std::optional<std::int64_t> { return std::nullopt; },
+                    [&] { done.push_back("woken"); });
+    loop.Post([&] {
+        done.push_back("posted");
+        loop.Quit();
     });
     loop.Run();
-    EXPECT_TRUE(waits.empty());
+    EXPECT_THAT(done, ElementsAre("woken", "posted"));
 }
 
 TEST(FileLockTest, OneHasItAtATime) {

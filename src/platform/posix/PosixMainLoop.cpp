@@ -80,7 +80,9 @@ bool PosixMainLoop::Wait(std::vector<pollfd>& waits) {
     for (const auto& [descriptor, work] : m_mapTimers) waits.push_back({descriptor, POLLIN, 0});
     const std::int64_t microseconds = most.value_or(0);
     const timespec limit{microseconds / 1'000'000, microseconds % 1'000'000 * 1000};
-    return ::ppoll(waits.data(), waits.size(), most ? &limit : nullptr, nullptr) > 0;
+    const int ready = ::ppoll(waits.data(), waits.size(), most ? &limit : nullptr, nullptr);
+    if (m_afterWait) m_afterWait();
+    return ready > 0;
 }
 
 void PosixMainLoop::Run() {

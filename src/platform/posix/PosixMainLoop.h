@@ -33,10 +33,13 @@ class PosixMainLoop final : public MainLoop {
     int Every(std::int64_t milliseconds, std::function<void()> work);
     void Cancel(int timer);
 
-    // Calls `work` before each wait; it answers for how many microseconds the loop may wait at
+    // Calls `before` before each wait; it answers for how many microseconds the loop may wait at
     // most, and with nothing for as long as it likes.
-    void BeforeWait(std::function<std::optional<std::int64_t>()> work) {
-        m_beforeWait = std::move(work);
+    // `after` is called when the wait is over, before anything else.
+    void AroundWait(std::function<std::optional<std::int64_t>()> before,
+                    std::function<void()> after) {
+        m_beforeWait = std::move(before);
+        m_afterWait = std::move(after);
     }
 
     // Until Quit has been called from within.
@@ -54,6 +57,7 @@ class PosixMainLoop final : public MainLoop {
     std::map<int, std::function<void()>> m_mapSignals;
     std::map<int, std::function<void()>> m_mapTimers;  // by descriptor
     std::function<std::optional<std::int64_t>()> m_beforeWait;
+    std::function<void()> m_afterWait;
     PostedWork m_work;
 };
 

@@ -39,8 +39,6 @@ std::string HostName() {
 CKalvexService::CKalvexService(const KalvexdOptions& options)
     : m_strMetrics(options.metrics),
       m_translator(CatalogueFolder()),
-      m_loop(
-          [this] { return !m_app.Documents().All().empty() || m_app.MainFrame().IsErrorShown(); }),
       m_crypt(options.workingDir + '/' + kKeyFile, KeyFile::MadeAtFirstUse),
       m_instances(RuntimeFolder()),
       m_userLibrary(m_profile, m_translator),

@@ -17,12 +17,13 @@ std::int64_t SteadyMicroseconds();
 
 class CServiceLoop final : public AppLoop {
   public:
-    // Made before any other thread. There are ticks as long as `ticksNeeded` says so.
-    explicit CServiceLoop(std::function<bool()> ticksNeeded);
+    // Made before any other thread.
+    CServiceLoop();
 
     void Post(std::function<void()> work) override { m_loop.Post(std::move(work)); }
     bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) override;
     void KillTimer(int id) override;
+    void SetTickSource(TickSource* source) override { m_ticks.SetSource(source); }
     void Quit() override { m_loop.Quit(); }
 
     void OnSignal(int signal, std::function<void()> handler) {
