@@ -2,33 +2,22 @@
 // into script variables, a large subscription, the way from a change to the line that sees it, many
 // clients at one server. Each row checks what arrived; the program fails when something is wrong.
 #include <benchmark/benchmark.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "engine/Tick.h"
-#include "language/Functions.h"
-#include "language/Statements.h"
+#include "network_world.h"
 #include "platform/Files.h"
 #include "platform/posix/PosixMainLoop.h"
-#include "programs/sorvaned/Tasks.h"
-#include "sources/ClientInterface.h"
 #include "values/ValueText.h"
-#include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 
 namespace kalvex {
@@ -39,56 +28,14 @@ constexpr std::size_t kMostBacklog = 8;  // messages under way
 constexpr int kFlowVariables = 1000;
 constexpr int kManyVariables = 100'000;
 constexpr int kManyClients = 1000;
-constexpr std::int64_t kMostMilliseconds = 60'000;
 constexpr int kVariablesOfClient = 10;
 constexpr int kRounds = 100;
 constexpr int kChanges = 1000;
 constexpr std::int64_t kNoMoreChanges = -1;
-constexpr int kNoLog = -1;  // below every level
-
-bool g_bWrong = false;
-
-void Expect(bool right, const std::string& what) {
-    if (right) return;
-    std::fprintf(stderr, "wrong: %s\n", what.c_str());
-    g_bWrong = true;
-}
-
-std::string& Folder() {
-    static std::string folder;
-    return folder;
-}
 
 std::int64_t Nanoseconds() {
     return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
-
-// Of a process, in KB.
-long Memory(pid_t process) {
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    for (std::string word; status >> word;) {
-        long kilobytes = 0;
-        if (word == "VmRSS:" && status >> kilobytes) return kilobytes;
-    }
-    return 0;
-}
-
-class NoLog final : public LogSink {
-  public:
-    void Log(std::string_view, int) override {}
-};
-
-class Nobody final : public Users {
-  public:
-    std::string GetActiveUserName() const override { return {}; }
-    std::string GetActiveUserDescription() const override { return {}; }
-    std::string GetAccountName() const override { return {}; }
-};
-
-class NoQuestions final : public Questions {
-  public:
-    bool AskYesNo(std::string_view) override { return false; }
-};
 
 // ---- the servers, each in a process of its own
 
@@ -197,8 +144,8 @@ int ServeSource() {
     return EXIT_SUCCESS;
 }
 
-// The data server itself.
-int ServePlant() {
+// The data server itself, with many variables.
+int ServeVariables() {
     std::string text = "name\tun\tvalue\n";
     for (int i = 0; i < kManyVariables; ++i) {
         const std::string number = std::to_string(i);
@@ -206,121 +153,13 @@ int ServePlant() {
     }
     std::string error;
     WriteWholeFile(Folder() + "/variables.csv", text, error);
-    WriteWholeFile(Folder() + "/plant.toml",
-                   "[server]\nname = \"stacja\"\nclients = 2000\n[[access]]\nwrite = \"0\"\n"
-                   "[[variables]]\nfile = \"variables.csv\"\n",
-                   error);
-    SorvanedOptions options;
-    options.configuration = Folder() + "/plant.toml";
-    options.logLevel = kNoLog;
-    return RunSorvaned(options);
+    return ServePlant(
+        "clients = 2000\n[[access]]\nwrite = \"0\"\n[[variables]]\nfile = \"variables.csv\"\n");
 }
-
-class Child {
-  public:
-    explicit Child(int (*serve)()) : m_nProcess(::fork()) {
-        if (m_nProcess != 0) return;
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        std::_Exit(serve());
-    }
-    ~Child() {
-        ::kill(m_nProcess, SIGTERM);
-        ::waitpid(m_nProcess, nullptr, 0);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    pid_t Process() const { return m_nProcess; }
-
-  private:
-    pid_t m_nProcess;
-};
 
 pid_t g_nPlant = 0;
 
 // ---- the clients
-
-// The network of a process, which gives it time for its periodic work while it waits.
-class Network {
-  public:
-    TransportFactory& Transports() { return m_client; }
-    void Deliver() {
-        m_loop.Run();
-        const std::int64_t now = SteadyMilliseconds();
-        if (now < m_tNextCheck) return;
-        m_tNextCheck = now + 100;
-        m_client.Check();
-    }
-    void DeliverUntil(const std::function<bool()>& done) {
-        const std::int64_t begin = SteadyMilliseconds();
-        while (!done()) {
-            Deliver();
-            std::this_thread::yield();
-            if (SteadyMilliseconds() - begin < kMostMilliseconds) continue;
-            Expect(false, "what is waited for does not come");
-            std::exit(EXIT_FAILURE);
-        }
-    }
-
-  private:
-    PostedWork m_loop;
-    NoLog m_log;
-    std::int64_t m_tNextCheck = 0;
-    NetworkClient m_client{{}, m_loop, m_log};
-};
-
-// A module with one script.
-class Module {
-  public:
-    explicit Module(const std::string& text) {
-        std::string error;
-        Expect(WriteWholeFile(Folder() + "/a.kx", text, error), error);
-        Expect(m_document.Open("a.kx", error), error);
-        Expect(m_document.Start(), "start");
-        m_document.m_nPriority = 1;
-        m_ticker.Add(m_document);
-    }
-
-    void Tick() {
-        m_network.Deliver();
-        m_ticker.RunTick();
-    }
-    void RunToEnd() {
-        while (m_document.m_nCurrentLine < m_document.GetLineCount()) Tick();
-    }
-    void WaitForData(std::string_view source) {
-        m_network.DeliverUntil([&] {
-            const CInterfaceClientConnection* connection = m_client.FindConnection(source);
-            return connection != nullptr && connection->IsDataReady();
-        });
-    }
-
-    void Subscribe() { m_client.UnblockSubscribe(true); }
-
-    Network& GetNetwork() { return m_network; }
-    CVariable& Variable(const std::string& name) { return *m_document.Variables().Find(name); }
-    double Value(const std::string& name) {
-        CVal value;
-        Variable(name).GetValue(value, KindCurrent, 1);
-        return ValueToDouble(value);
-    }
-
-  private:
-    VirtualClock m_clock{1710050400};
-    NoLog m_log;
-    Translator m_translator;
-    Nobody m_users;
-    Paths m_paths{Folder()};
-    NoQuestions m_questions;
-    Network m_network;
-    CClientInterface m_client{{m_log, m_translator, m_users, m_network.Transports()}};
-    DocumentServices m_services{{m_clock, m_log, m_translator, m_users, m_paths, Functions()},
-                                Statements(),
-                                m_questions,
-                                &m_client};
-    CKalvexDoc m_document{m_services};
-    CTickRunner m_ticker;
-};
 
 std::string RemoteLines(std::string_view source, int count) {
     std::string text = "SUBSCRIBE STOP\n";
@@ -474,20 +313,12 @@ BENCHMARK(Crowd)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 }  // namespace kalvex
 
 int main(int argc, char** argv) {
-    std::string folder = (std::filesystem::temp_directory_path() / "kalvex_XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr) return EXIT_FAILURE;
-    kalvex::Folder() = folder;
-    ::setenv("SORVANE_RUNTIME_DIR", folder.c_str(), 1);
-    ::setenv("TZ", "Europe/Warsaw", 1);
-    ::tzset();
-    benchmark::Initialize(&argc, argv);
+    if (!kalvex::BeginBench(argc, argv)) return EXIT_FAILURE;
     {
-        // Before this process has any thread.
         const kalvex::Child source(kalvex::ServeSource);
-        const kalvex::Child plant(kalvex::ServePlant);
+        const kalvex::Child plant(kalvex::ServeVariables);
         kalvex::g_nPlant = plant.Process();
         benchmark::RunSpecifiedBenchmarks();
     }
-    std::filesystem::remove_all(folder);
-    return kalvex::g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
+    return kalvex::EndBench();
 }

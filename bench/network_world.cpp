@@ -1,0 +1,136 @@
+#include "network_world.h"
+
+#include <benchmark/benchmark.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "platform/Files.h"
+#include "programs/sorvaned/Tasks.h"
+#include "values/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::int64_t kMostMilliseconds = 60'000;
+constexpr int kNoLog = -1;  // below every level
+
+bool g_bWrong = false;
+std::string g_folder;
+
+}  // namespace
+
+void Expect(bool right, const std::string& what) {
+    if (right) return;
+    std::fprintf(stderr, "wrong: %s\n", what.c_str());
+    g_bWrong = true;
+}
+
+const std::string& Folder() {
+    return g_folder;
+}
+
+long Memory(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string word; status >> word;) {
+        long kilobytes = 0;
+        if (word == "VmRSS:" && status >> kilobytes) return kilobytes;
+    }
+    return 0;
+}
+
+bool BeginBench(int argc, char** argv) {
+    g_folder = (std::filesystem::temp_directory_path() / "kalvex_XXXXXX").string();
+    if (::mkdtemp(g_folder.data()) == nullptr) return false;
+    ::setenv("SORVANE_RUNTIME_DIR", g_folder.c_str(), 1);
+    ::setenv("TZ", "Europe/Warsaw", 1);
+    ::tzset();
+    benchmark::Initialize(&argc, argv);
+    return true;
+}
+
+int EndBench() {
+    std::filesystem::remove_all(g_folder);
+    return g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
+}
+
+Child::Child(const std::function<int()>& serve) : m_nProcess(::fork()) {
+    if (m_nProcess != 0) return;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    std::_Exit(serve());
+}
+
+Child::~Child() {
+    ::kill(m_nProcess, SIGTERM);
+    ::waitpid(m_nProcess, nullptr, 0);
+}
+
+int ServePlant(const std::string& configuration) {
+    SorvanedOptions options;
+    options.configuration = Folder() + "/plant.toml";
+    options.logLevel = kNoLog;
+    std::string error;
+    const std::string name = "[server]\nname = \"stacja\"\n";
+    if (!WriteWholeFile(options.configuration, name + configuration, error)) return EXIT_FAILURE;
+    return RunSorvaned(options);
+}
+
+void Network::Deliver() {
+    m_loop.Run();
+    const std::int64_t now = SteadyMilliseconds();
+    if (now < m_tNextCheck) return;
+    m_tNextCheck = now + 100;
+    m_client.Check();
+}
+
+void Network::DeliverUntil(const std::function<bool()>& done) {
+    const std::int64_t begin = SteadyMilliseconds();
+    while (!done()) {
+        Deliver();
+        std::this_thread::yield();
+        if (SteadyMilliseconds() - begin < kMostMilliseconds) continue;
+        Expect(false, "what is waited for does not come");
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+Module::Module(const std::string& text) {
+    std::string error;
+    Expect(WriteWholeFile(Folder() + "/a.kx", text, error), error);
+    Expect(m_document.Open("a.kx", error), error);
+    Expect(m_document.Start(), "start");
+    m_document.m_nPriority = 1;
+    m_ticker.Add(m_document);
+}
+
+void Module::Tick() {
+    m_network.Deliver();
+    m_ticker.RunTick();
+}
+
+void Module::RunToEnd() {
+    while (m_document.m_nCurrentLine < m_document.GetLineCount()) Tick();
+}
+
+void Module::WaitForData(std::string_view source) {
+    m_network.DeliverUntil([&] {
+        const CInterfaceClientConnection* connection = m_client.FindConnection(source);
+        return connection != nullptr && connection->IsDataReady();
+    });
+}
+
+double Module::Value(const std::string& name) {
+    CVal value;
+    Variable(name).GetValue(value, KindCurrent, 1);
+    return ValueToDouble(value);
+}
+
+}  // namespace kalvex

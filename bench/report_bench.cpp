@@ -1,0 +1,192 @@
+// Reports on their whole way, from the lines of a script through a local socket to the store of a
+// data server and back, and the telling of their changes to many clients.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "network_world.h"
+
+namespace kalvex {
+namespace {
+
+constexpr std::int64_t kHours = 100'000;
+constexpr std::int64_t kChangedHours = 1000;
+constexpr int kListeners = 100;
+constexpr std::int64_t kSecondsPerHour = 3600;
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+SteadyTime Now() {
+    return std::chrono::steady_clock::now();
+}
+
+double SecondsSince(SteadyTime begin) {
+    return std::chrono::duration<double>(Now() - begin).count();
+}
+
+int ServeReports() {
+    return ServePlant(
+        "clients = 200\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nrt = 2\nvalue = 1\n"
+        "[[variable]]\nname = \"Y\"\nrt = 2\nvalue = 1\n");
+}
+
+// Round after round a script writes so many hours, of the value of the round, and reads them back.
+// It waits for KROK before it writes and before it reads, and tells in ETAP how far it has come.
+class Rounds {
+  public:
+    Rounds(const std::string& variable, std::int64_t hours)
+        : m_nHours(hours), m_module(Script(variable, hours)) {
+        while (!m_module.Has("STAN")) m_module.Tick();
+    }
+
+    void Prepare() { Await(1); }
+    void Write() { Step(1, 2); }
+    void Read() { Step(2, 3); }
+
+    // The list that was read is whole and has the value of the round.
+    void Check() {
+        ++m_nRound;
+        auto& list = static_cast<CVariableList&>(m_module.Variable("K"));
+        Expect(static_cast<std::int64_t>(list.Elements().size()) == m_nHours, "hours of a round");
+        std::int64_t time = static_cast<std::int64_t>(m_module.Value("OD"));
+        for (const CVal& value : list.Elements()) {
+            const bool right = value.GetTime() == time && value == CVal(m_nRound);
+            if (!right) return Expect(false, "an hour of a round");
+            time += kSecondsPerHour;
+        }
+    }
+
+    void Next() { Step(3, 0); }
+
+  private:
+    static std::string Script(const std::string& variable, std::int64_t hours) {
+        const std::string length = std::to_string((hours - 1) * kSecondsPerHour);
+        return "REMOTE x stacja@" + variable +
+               "\nLIST L\nLIST K\nLOCAL OD = MAKE_TIME 2010\n"
+               "LOCAL DO = OD + " +
+               length +
+               "\nLOCAL PRZED = OD - 1\nLOCAL PO = DO + 1\n"
+               "LOCAL NUMER = 0\nLOCAL ETAP = 0\nLOCAL KROK = 0\nLOCAL STAN = x\n"
+               ":obieg\nSET NUMER = NUMER + 1\nREMOVE_ALL L\n"
+               "FILL_IN_LIST L NUMER 0 OD DO HREP\nSET ETAP = 1\n"
+               ":zapis\nIF KROK != 1 GOTO zapis\nMPUT x HREP L\nGET x HREP DO\n"
+               ":zapisane\nIF NOT READY x.HREP GOTO zapisane\nSET ETAP = 2\n"
+               ":odczyt\nIF KROK != 2 GOTO odczyt\nMGET x HREP FROM PRZED TO PO\n"
+               ":odczytane\nIF NOT READY x.HREP GOTO odczytane\nMGET x GETDATA K\nSET ETAP = 3\n"
+               ":koniec\nIF KROK != 3 GOTO koniec\nSET ETAP = 0\nGOTO obieg\n";
+    }
+
+    void Step(int step, int stage) {
+        m_module.Variable("KROK").SetValue(CVal(step), KindCurrent);
+        Await(stage);
+    }
+    // A script that begins its next round passes over 0 within a tick.
+    void Await(int stage) {
+        while (m_module.Value("ETAP") != stage && (stage != 0 || m_module.Value("ETAP") != 1)) {
+            m_module.Tick();
+        }
+    }
+
+    std::int64_t m_nHours;
+    int m_nRound = 0;
+    Module m_module;
+};
+
+class Listener final : public CClientConnection {
+  public:
+    explicit Listener(TransportFactory& transports) {
+        Create(23, "stacja", "bench", transports, nullptr);
+        RegisterVariable("Y", nullptr);
+        Subscribe();
+    }
+
+    bool HasData() const { return m_bData; }
+    std::int64_t Told() const { return m_nTold; }
+
+  protected:
+    void OnDataArrived() override { m_bData = true; }
+    void OnReportChange(ValueKind, std::int64_t) override { ++m_nTold; }
+
+  private:
+    bool m_bData = false;
+    std::int64_t m_nTold = 0;
+};
+
+// The time from the first client that has been told of a change to the last that has been told of
+// all. The server tells once a second, and the wait for that is not counted. The first row, since
+// the changes that another one leaves behind would come to these clients too.
+void ChangesToManyClients(benchmark::State& state) {
+    Network network;
+    std::vector<std::unique_ptr<Listener>> listeners;
+    for (int i = 0; i < kListeners; ++i) {
+        listeners.push_back(std::make_unique<Listener>(network.Transports()));
+    }
+    const auto all = [&](const auto& has) {
+        return std::all_of(listeners.begin(), listeners.end(), has);
+    };
+    network.DeliverUntil(
+        [&] { return all([](const auto& listener) { return listener->HasData(); }); });
+    Rounds rounds("Y", kChangedHours);
+    std::int64_t told = 0;
+    for (auto _ : state) {
+        rounds.Prepare();
+        rounds.Write();
+        network.DeliverUntil([&] {
+            return !all([told](const auto& listener) { return listener->Told() == told; });
+        });
+        const SteadyTime begin = Now();
+        told += kChangedHours;
+        network.DeliverUntil(
+            [&] { return all([told](const auto& listener) { return listener->Told() >= told; }); });
+        state.SetIterationTime(SecondsSince(begin));
+        Expect(all([told](const auto& listener) { return listener->Told() == told; }),
+               "changes that a client was told of");
+        rounds.Read();
+        rounds.Check();
+        rounds.Next();
+    }
+    state.SetItemsProcessed(state.iterations() * kListeners * kChangedHours);
+}
+BENCHMARK(ChangesToManyClients)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
+
+// A write is done when a read behind it is answered, since the server keeps their order.
+void HoursOfAScript(benchmark::State& state) {
+    Rounds rounds("X", kHours);
+    double writing = 0;
+    double reading = 0;
+    for (auto _ : state) {
+        rounds.Prepare();
+        const SteadyTime begin = Now();
+        rounds.Write();
+        const SteadyTime written = Now();
+        rounds.Read();
+        reading += SecondsSince(written);
+        writing += std::chrono::duration<double>(written - begin).count();
+        state.SetIterationTime(SecondsSince(begin));
+        rounds.Check();
+        rounds.Next();
+    }
+    const double hours = static_cast<double>(state.iterations() * kHours);
+    state.counters["written_a_second"] = hours / writing;
+    state.counters["read_a_second"] = hours / reading;
+    state.SetItemsProcessed(state.iterations() * kHours);
+}
+BENCHMARK(HoursOfAScript)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
+
+}  // namespace
+}  // namespace kalvex
+
+int main(int argc, char** argv) {
+    if (!kalvex::BeginBench(argc, argv)) return EXIT_FAILURE;
+    {
+        const kalvex::Child plant(kalvex::ServeReports);
+        benchmark::RunSpecifiedBenchmarks();
+    }
+    return kalvex::EndBench();
+}
