@@ -26,8 +26,8 @@ namespace kalvex {
 // The loop of the process; it calls nothing from within these operations.
 class AppLoop : public MainLoop {
   public:
-    // Calls `work` every so many milliseconds; a timer of that number begins anew. False when the
-    // system has no timer to give.
+    // Calls `work` every so many milliseconds, 10 at least; a timer of that number begins anew.
+    // False when the system has no timer to give.
     virtual bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) = 0;
     virtual void KillTimer(int id) = 0;
     // Whose ticks come from now on, one a millisecond at most; null for none. Not owned.
@@ -45,13 +45,12 @@ class AppLibrary {
     virtual void Stop() = 0;
 };
 
-// What carries messages to data servers, between the start and the stop of its library.
+// What carries messages to data servers, between the start and the stop of its library. It does its
+// own periodic work.
 class AppTransports {
   public:
     virtual ~AppTransports() = default;
     virtual TransportFactory& Factory() = 0;
-    // The periodic work of all transports.
-    virtual void Check() = 0;
 };
 
 // Nothing is owned; all of it outlives the application.

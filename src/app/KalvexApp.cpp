@@ -51,11 +51,15 @@ int CKalvexApp::CloseInstance(int flag) {
         if (!window->SaveModified() && flag == kMayRefuse) return -1;
         window->Hide();
     }
+    ReleaseScripts();
+    return 0;
+}
+
+void CKalvexApp::ReleaseScripts() {
     if (m_pDocuments) m_pDocuments->CloseAll();
     if (m_pServices) m_pServices->sources = nullptr;
     m_pClientInterface.reset();
     m_configuration.autostart.clear();
-    return 0;
 }
 
 void CKalvexApp::OnEndSession(bool ending) {
@@ -65,7 +69,7 @@ void CKalvexApp::OnEndSession(bool ending) {
 }
 
 int CKalvexApp::ExitInstance() {
-    CloseInstance(kMustClose);
+    ReleaseScripts();
     LogAppStop();
     m_log.SetLogFile({}, 0);
     m_diagnosticLog.SetLogFile({}, 0);
@@ -95,7 +99,6 @@ void CKalvexApp::LogAppStop() {
 
 void CKalvexApp::DoPeriodicWork() {
     if (m_pClientInterface) m_pClientInterface->SourceList().CheckConnections();
-    m_world.transports.Check();
 }
 
 void CKalvexApp::OnUserBroadcast(unsigned int parameter, std::string_view info) {

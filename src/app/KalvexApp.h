@@ -112,6 +112,7 @@ class CKalvexApp final : private LogOutlets {
     void UpdateCloseEntry();
     void UpdateTitle();
     void CloseFrame();
+    void ReleaseScripts();
     void LogAppStart();
     void LogAppStop();
 

@@ -147,7 +147,6 @@ class FakeVantrel final : public FakeLibrary, public AppTransports {
     explicit FakeVantrel(Record& record) : FakeLibrary(record, "Vantrel") {}
 
     TransportFactory& Factory() override { return network; }
-    void Check() override { m_record.push_back("check transports"); }
 
     InProcessNetwork network;
 };

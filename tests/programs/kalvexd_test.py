@@ -98,6 +98,22 @@ class Kalvexd(unittest.TestCase):
         self.assertEqual(self.file_lines("stary.log"), STARTED)
         self.assertEqual(self.file_lines("Kalvex.log"), [STOPPED])
 
+    def test_profile_is_whole_however_often_the_service_is_killed(self):
+        before = "; ustawienia\r\n[Konfiguracja]\r\nNazwa=Kotłownia\r\n[Log]\r\nRodzaj=3\r\n"
+        after = before.replace("3", "1")
+        self.put("Kalvex.ini", before)
+        for _ in range(100):
+            service = self.start()
+            # The level is told, then written: transmission is never kept.
+            while self.line_of(service) != "Poziom rejestracji: transmisja":
+                pass
+            service.kill()
+            service.wait(60)
+            content = (self.folder / "Kalvex.ini").read_bytes().decode("cp1250")
+            self.assertIn(content, (before, after))
+            if content == after:
+                self.put("Kalvex.ini", before)
+
     def test_logs_may_lie_elsewhere(self):
         (self.folder / "dziennik").mkdir()
         service = self.start("--log-dir", str(self.folder / "dziennik"))

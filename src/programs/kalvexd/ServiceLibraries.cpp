@@ -11,6 +11,10 @@ namespace kalvex {
 namespace {
 
 constexpr const char* kGeneral = "Konfiguracja";
+// Signs of life go out in time however rarely views are refreshed.
+constexpr int kNetworkTimer = 100;
+constexpr std::int64_t kNetworkPeriod = 1000;  // milliseconds
+
 constexpr const char* kUsers = "Użytkownicy";
 
 }  // namespace
@@ -36,7 +40,13 @@ bool CNetworkLibrary::Start(std::string&) {
     NetworkClientSettings settings;
     settings.addresses = ReadServerAddresses(m_profile);
     m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog);
+    m_loop.SetTimer(kNetworkTimer, kNetworkPeriod, [this] { m_pClient->Check(); });
     return true;
+}
+
+void CNetworkLibrary::Stop() {
+    m_loop.KillTimer(kNetworkTimer);
+    m_pClient.reset();
 }
 
 }  // namespace kalvex

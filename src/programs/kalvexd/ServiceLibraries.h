@@ -32,19 +32,18 @@ class CUserLibrary final : public AppLibrary {
 
 class CNetworkLibrary final : public AppLibrary, public AppTransports {
   public:
-    CNetworkLibrary(const Profile& profile, MainLoop& loop) : m_profile(profile), m_loop(loop) {}
+    CNetworkLibrary(const Profile& profile, AppLoop& loop) : m_profile(profile), m_loop(loop) {}
 
     // Before the start; outlives the library's work.
     void SetLog(LogSink& log) { m_pLog = &log; }
 
     bool Start(std::string& error) override;
-    void Stop() override { m_pClient.reset(); }
+    void Stop() override;
     TransportFactory& Factory() override { return *m_pClient; }
-    void Check() override { m_pClient->Check(); }
 
   private:
     const Profile& m_profile;
-    MainLoop& m_loop;
+    AppLoop& m_loop;
     LogSink* m_pLog = nullptr;
     std::unique_ptr<NetworkClient> m_pClient;
 };

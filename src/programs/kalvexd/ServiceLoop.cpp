@@ -1,8 +1,15 @@
 #include "programs/kalvexd/ServiceLoop.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace kalvex {
+
+namespace {
+
+constexpr std::int64_t kLeastPeriod = 10;  // milliseconds
+
+}  // namespace
 
 std::int64_t SteadyMicroseconds() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -15,7 +22,7 @@ CServiceLoop::CServiceLoop() : m_ticks(SteadyMicroseconds) {
 
 bool CServiceLoop::SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) {
     KillTimer(id);
-    m_mapTimers[id] = m_loop.Every(milliseconds, std::move(work));
+    m_mapTimers[id] = m_loop.Every(std::max(milliseconds, kLeastPeriod), std::move(work));
     return true;
 }
 

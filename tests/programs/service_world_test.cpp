@@ -1,0 +1,98 @@
+// What a service brings to its module: its loop and its users.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "platform/IniProfile.h"
+#include "platform/UserSession.h"
+#include "programs/kalvexd/ServiceLibraries.h"
+#include "programs/kalvexd/ServiceLoop.h"
+#include "scratch_folder.h"
+
+namespace kalvex {
+namespace {
+
+class CountedTicks final : public TickSource {
+  public:
+    void RunTick() override {
+        if (++ticks == 3) loop->Quit();
+    }
+    bool NeedsTicks() const override { return true; }
+    int GetIdleTicks() const override { return 0; }
+    void SkipTicks(int) override {}
+
+    CServiceLoop* loop = nullptr;
+    int ticks = 0;
+};
+
+TEST(ServiceLoop, SourceOfTicksIsTicked) {
+    CServiceLoop loop;
+    CountedTicks source;
+    source.loop = &loop;
+    loop.SetTickSource(&source);
+    loop.Run();
+    EXPECT_EQ(source.ticks, 3);
+}
+
+TEST(ServiceLoop, TimerOfANumberBeginsAnewAndEnds) {
+    CServiceLoop loop;
+    int first = 0;
+    int second = 0;
+    EXPECT_TRUE(loop.SetTimer(4, 10, [&] { ++first; }));
+    EXPECT_TRUE(loop.SetTimer(4, 10, [&] {
+        ++second;
+        loop.KillTimer(4);
+        loop.SetTimer(2, 30, [&] { loop.Quit(); });
+    }));
+    loop.Run();
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(second, 1);
+}
+
+TEST(ServiceLoop, PeriodOfNothingIsAShortOne) {
+    CServiceLoop loop;
+    loop.SetTimer(4, 0, [&] { loop.Quit(); });
+    loop.Run();
+}
+
+class UserLibraryTest : public testing::Test {
+  protected:
+    UserLibraryTest() {
+        ::setenv("SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini").c_str(), 1);
+    }
+    ~UserLibraryTest() override { ::unsetenv("SORVANE_COMMON_PROFILE"); }
+
+    ScratchFolder m_folder;
+    IniProfile m_profile;
+    Translator m_translator;
+    CUserLibrary m_library{m_profile, m_translator};
+    std::string m_error;
+};
+
+TEST_F(UserLibraryTest, UsersOfTheMachineMayLogIn) {
+    {
+        UserStore store(PasswordCost::Least);
+        UserRecord user;
+        user.name = "adam";
+        user.level = 50;
+        ASSERT_TRUE(store.Open(m_folder.Path("users.sqlite"), m_error)) << m_error;
+        ASSERT_TRUE(store.Add(user, "TAJNE", m_error)) << m_error;
+    }
+    m_folder.Put("sorvane.ini",
+                 "[Konfiguracja]\nU\xBFytkownicy=" + m_folder.Path("users.sqlite") + "\n");
+    ASSERT_TRUE(m_library.Start(m_error)) << m_error;
+    UserSession session(m_library.Store(), "kalvex");
+    EXPECT_FALSE(session.RegisterUser("ADAM", "tajne"));
+    EXPECT_TRUE(session.RegisterUser("ADAM", "TAJNE"));
+    EXPECT_TRUE(session.CheckRight(50));
+}
+
+TEST_F(UserLibraryTest, WithoutAFileNobodyMayLogIn) {
+    EXPECT_TRUE(m_library.Start(m_error));
+    UserSession session(m_library.Store(), "kalvex");
+    EXPECT_FALSE(session.RegisterUser("ADAM", "TAJNE"));
+    EXPECT_FALSE(session.CheckRight(1));
+}
+
+}  // namespace
+}  // namespace kalvex
