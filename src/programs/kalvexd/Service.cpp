@@ -18,7 +18,6 @@ namespace {
 
 constexpr const char* kKeyFile = "Kalvex.key";
 
-enum ServiceTimer : int { StatusTimer = 100, WatchdogTimer = 101 };
 constexpr std::int64_t kStatusPeriod = 5000;  // milliseconds
 
 // The catalogues lie beside the programs' folder, in the place where they are built and in the one

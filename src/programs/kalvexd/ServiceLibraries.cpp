@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "platform/TextFormat.h"
+#include "programs/kalvexd/ServiceLoop.h"
 
 namespace kalvex {
 
@@ -12,7 +13,6 @@ namespace {
 
 constexpr const char* kGeneral = "Konfiguracja";
 // Signs of life go out in time however rarely views are refreshed.
-constexpr int kNetworkTimer = 100;
 constexpr std::int64_t kNetworkPeriod = 1000;  // milliseconds
 
 constexpr const char* kUsers = "Użytkownicy";
@@ -40,12 +40,12 @@ bool CNetworkLibrary::Start(std::string&) {
     NetworkClientSettings settings;
     settings.addresses = ReadServerAddresses(m_profile);
     m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog);
-    m_loop.SetTimer(kNetworkTimer, kNetworkPeriod, [this] { m_pClient->Check(); });
+    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_pClient->Check(); });
     return true;
 }
 
 void CNetworkLibrary::Stop() {
-    m_loop.KillTimer(kNetworkTimer);
+    m_loop.KillTimer(NetworkTimer);
     m_pClient.reset();
 }
 

@@ -12,6 +12,9 @@
 
 namespace kalvex {
 
+// Timers beside those of the main frame.
+enum ServiceTimer : int { NetworkTimer = 100, StatusTimer, WatchdogTimer };
+
 // Of a clock that nobody sets.
 std::int64_t SteadyMicroseconds();
 
