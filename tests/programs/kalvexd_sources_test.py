@@ -75,14 +75,19 @@ class Sources(ServiceTest):
     def test_terminal_does_not_show_the_password(self):
         pid, terminal = pty.fork()
         if pid == 0:
-            os.execve(PROGRAM, [PROGRAM, "--working-dir", str(self.folder), "--add-source", "Gaz,ewa"],
-                      self.environment)
+            try:
+                os.execve(PROGRAM, [PROGRAM, "--working-dir", str(self.folder), "--add-source", "Gaz,ewa"],
+                          self.environment)
+            finally:  # without the program, this copy of the tests would go on
+                os._exit(127)
         self.addCleanup(os.close, terminal)
         shown = ""
         for question, answer in (("Hasło: ", "tajne"), ("Hasło ponownie: ", "tajen"), ("Hasło: ", "tajne"),
                                  ("Hasło ponownie: ", "tajne")):
             while not shown.endswith(question):
-                shown += os.read(terminal, 1000).decode("utf-8")
+                more = os.read(terminal, 1000).decode("utf-8")
+                self.assertTrue(more, f"{shown!r} and nothing more")
+                shown += more
             os.write(terminal, f"{answer}\n".encode())
             shown += os.read(terminal, 1).decode("utf-8")
         try:
