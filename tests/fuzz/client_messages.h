@@ -1,0 +1,12 @@
+// Messages of clients, one of each kind and some at the edges.
+#pragma once
+
+#include <vector>
+
+#include "vantrel/Messages.h"
+
+namespace kalvex {
+
+std::vector<ClientMessage> SampleClientMessages();
+
+}  // namespace kalvex

@@ -1,0 +1,16 @@
+// What a server decodes.
+#include "fuzz/client_messages.h"
+#include "fuzz/parcels.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kalvex::CheckParcel<kalvex::ClientParcel>(kalvex::Bytes(data, size));
+    return 0;
+}
+
+std::vector<std::string> kalvex::FuzzCorpus() {
+    std::vector<std::string> corpus{"", Pack(Heartbeat{}), Pack(Farewell{4106})};
+    for (const ClientMessage& message : SampleClientMessages()) {
+        for (std::string& parcel : Pack(message).parcels) corpus.push_back(std::move(parcel));
+    }
+    return corpus;
+}

@@ -1,0 +1,166 @@
+// What a server does with what a client says: a conversation with a server whose store is scratch.
+// An input is a line of steps, in the form of fields; the content of each is a parcel.
+#include <set>
+
+#include "fuzz/WireFields.h"
+#include "fuzz/client_messages.h"
+#include "fuzz/fuzz.h"
+#include "scratch_folder.h"
+#include "server/Server.h"
+#include "vantrel/Codes.h"
+#include "vantrel/network/Parcel.h"
+
+namespace kalvex {
+
+namespace {
+
+// Tags of steps. Any other one is a parcel too.
+constexpr std::uint64_t kParcel = (1 << 3) | 2;
+constexpr std::uint64_t kSecond = (2 << 3) | 2;  // and a second goes by before
+
+constexpr const char* kPlant = R"(
+[server]
+clients = 2
+variables = 6
+[[access]]
+variables = "TAJNE"
+read = "50"
+[[access]]
+write = "0"
+[[variable]]
+name = "Z1.PRZEPŁYW"
+min = 0
+max = 5000
+at = 34
+rt = 30
+[[variable]]
+name = "TEKST"
+type = "text"
+at = 2
+[[variable]]
+name = "TAJNE"
+[[variable]]
+name = "LICZNIK"
+type = "int"
+signal = "counter rate=1"
+)";
+
+class NoLog final : public LogSink {
+  public:
+    void Log(std::string_view, int) override {}
+};
+
+struct World {
+    World() {
+        std::vector<std::string> errors;
+        folder.Put("plant.toml", kPlant);
+        Demand(server.Start(folder.Path("plant.toml"), errors), "the server must start");
+    }
+    ~World() { server.Stop(); }
+
+    void Settle() {
+        do {
+            server.GetStore().Flush();
+        } while (loop.Run());
+    }
+
+    ScratchFolder folder;
+    VirtualClock clock{1710068400};
+    NoLog log;
+    PostedWork loop;
+    Server server{clock, log, loop, PasswordCost::Least};
+};
+
+// Looks at all that the server says.
+class Client final : public ServerLink {
+  public:
+    explicit Client(World& world) : m_world(world), m_pSession(world.server.Accept(*this)) {
+        Demand(m_pSession != nullptr, "the client must be let in");
+    }
+    ~Client() override { m_pSession->OnClosed(ReasonLost); }
+
+    void Say(std::string_view bytes) {
+        ClientParcel parcel;
+        if (Unpack(bytes, parcel) != WireFault::None) return;
+        auto* message = std::get_if<ClientMessage>(&parcel);
+        if (message == nullptr) return;
+        NoteRequests(*message);
+        m_pSession->OnMessage(std::move(*message));
+        m_world.loop.Run();
+    }
+
+    void Send(ServerMessage message) override {
+        const PackedAnswer packed = Pack(message);
+        Demand(packed.leftOut == 0, "something cannot be sent");
+        for (const std::string& bytes : packed.parcels) {
+            ServerParcel parcel;
+            Demand(Unpack(bytes, parcel) == WireFault::None, "what is sent does not decode");
+        }
+        if (const auto* login = std::get_if<LoginResult>(&message)) {
+            Demand(!m_bLoggedIn, "a login is answered that was not asked for");
+            m_bLoggedIn = login->code == 0;
+            return;
+        }
+        Demand(m_bLoggedIn, "something is said before the login");
+        if (const auto* answer = std::get_if<ReadAnswer>(&message)) {
+            Demand(m_setRequests.count(answer->id) != 0, "an answer without a request");
+        } else if (const auto* results = std::get_if<ModifyResults>(&message)) {
+            for (const auto& entry : results->entries) {
+                Demand(m_setRequests.count(entry.id) != 0, "a result without a request");
+            }
+        }
+    }
+    void Close(std::uint32_t) override {}
+    std::size_t Backlog() const override { return 0; }
+    std::string PeerAddress() const override { return {}; }
+
+  private:
+    void NoteRequests(const ClientMessage& message) {
+        if (const auto* reads = std::get_if<ReadRequests>(&message)) {
+            for (const ReadRequest& request : reads->requests) m_setRequests.insert(request.id);
+        } else if (const auto* writes = std::get_if<ModifyRequests>(&message)) {
+            for (const ModifyRequest& request : writes->requests) m_setRequests.insert(request.id);
+        } else if (const auto* archive = std::get_if<ArchiveModifyRequest>(&message)) {
+            m_setRequests.insert(archive->id);
+        }
+    }
+
+    World& m_world;
+    std::set<RequestId> m_setRequests;
+    bool m_bLoggedIn = false;
+    std::unique_ptr<ServerSession> m_pSession;
+};
+
+}  // namespace
+
+std::vector<std::string> FuzzCorpus() {
+    const std::vector<ClientMessage> messages = SampleClientMessages();
+    const WireField login{kParcel, Pack(messages.front()).parcels.front()};
+    std::vector<std::string> corpus{"", JoinFields({login})};
+    std::vector<WireField> all{login};
+    for (const ClientMessage& message : messages) {
+        const std::string parcel = Pack(message).parcels.front();
+        corpus.push_back(JoinFields({login, {kParcel, parcel}, {kSecond, ""}}));
+        all.push_back({kSecond, parcel});
+    }
+    corpus.push_back(JoinFields(all));
+    return corpus;
+}
+
+}  // namespace kalvex
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static kalvex::World world;
+    kalvex::Client client(world);
+    std::vector<kalvex::WireField> steps;
+    kalvex::SplitFields(kalvex::Bytes(data, size), steps);
+    for (const kalvex::WireField& step : steps) {
+        if (step.tag == kalvex::kSecond) {
+            world.clock.Advance(1000);
+            world.server.Tick();
+        }
+        client.Say(step.content);
+    }
+    world.Settle();
+    return 0;
+}
