@@ -59,6 +59,19 @@ class Documents(unittest.TestCase):
         run = {name for text in tests for name in re.findall(r"(?m)^;; script: ../../../examples/(\S+)", text)}
         self.assertEqual(run, {path.name for path in ROOT.glob("examples/*.kx")})
 
+    def test_operations_explain_the_options_of_the_service(self):
+        rows = re.findall(r'(?m)^    \{"(--[a-z-]+)", (?:"([A-Z,]+)"|nullptr)', read("src/programs/kalvexd/Options.cpp"))
+        self.assertTrue(rows)
+        explained = set(re.findall(r"`(--[a-z-]+(?: [A-Z,]+)?)`", read("docs/operations.md")))
+        for name, value in rows:
+            self.assertIn(f"{name} {value}".rstrip(), explained)
+
+    def test_operations_explain_the_figures_of_health(self):
+        figures = re.findall(r'(?m)^    \{"([a-z_]+)",$', read("src/app/HealthText.cpp"))
+        table = re.search(r"(?ms)^\| figure \|.*?\n\n", read("docs/operations.md"))[0]
+        self.assertTrue(figures)
+        self.assertEqual(re.findall(r"`((?:kalvex|process)_[a-z_]+)`", table), figures)
+
     def test_every_link_between_documents_leads_somewhere(self):
         for document in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]:
             for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):

@@ -3,6 +3,8 @@
 import os
 import pty
 import re
+import subprocess
+import time
 import unittest
 
 from kalvexd_process import PROGRAM, ServiceTest
@@ -13,6 +15,11 @@ LOST = "Profil ma hasła, których nie otwiera klucz "
 class Sources(ServiceTest):
     def profile(self, name="Kalvex.ini"):
         return (self.folder / name).read_bytes().decode("cp1250")
+
+    def names_listed(self):
+        status, out, err = self.run_with("--list-sources")
+        self.assertEqual((status, err), (0, ""))
+        return [line.split("\t")[0] for line in out.splitlines()]
 
     def test_source_is_added_listed_and_removed(self):
         self.put("Kalvex.ini", "; uwaga\r\n[Log]\r\nRodzaj=2\r\n")
@@ -71,6 +78,34 @@ class Sources(ServiceTest):
         status, out, err = self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n")
         self.assertEqual((status, out, err),
                          (1, "", f"Nie można zapisać profilu lub jego klucza: {self.folder}/Kalvex.ini\n"))
+
+    def test_profile_is_whole_however_often_its_writer_is_killed(self):
+        self.put("Kalvex.ini", "; uwaga\r\n[Log]\r\nRodzaj=2\r\n")
+        begin = time.monotonic()
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        whole = time.monotonic() - begin
+        names = ["Gaz"]
+        for number in range(100):
+            writer = subprocess.Popen([PROGRAM, "--working-dir", self.folder, "--add-source", f"Z{number},ewa"],
+                                      stdin=subprocess.PIPE, stderr=subprocess.PIPE, bufsize=0,
+                                      env=self.environment)
+            self.addCleanup(writer.stdin.close)
+            try:
+                # Each a little later than the one before, from the first steps of the program to behind its end.
+                writer.communicate(b"tajne\n", 1.5 * whole * number / 100)
+                names.append(f"Z{number}")
+                continue
+            except subprocess.TimeoutExpired:
+                writer.kill()
+                writer.communicate()
+            listed = self.names_listed()
+            self.assertIn(listed, [names, [*names, f"Z{number}"]])
+            names = listed
+            self.assertTrue(self.profile().startswith("; uwaga\r\n[Log]\r\nRodzaj=2\r\n"))
+        self.assertEqual(self.names_listed(), names)
+        # The key has outlived them all: otherwise this refuses.
+        self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (0, "", ""))
+        self.assertEqual({path.name for path in self.folder.iterdir()}, {"Kalvex.ini", "Kalvex.key"})
 
     def test_terminal_does_not_show_the_password(self):
         pid, terminal = pty.fork()
