@@ -1,67 +1,21 @@
 #!/usr/bin/env python3
 """The service as a process: its start, its end, its files, its signals."""
-import os
-import pathlib
 import re
 import signal
-import subprocess
-import sys
-import tempfile
 import unittest
 
-PROGRAM = sys.argv.pop(1)
+from kalvexd_process import STARTED, STOPPED, ServiceTest
 
 NOT_PRIMARY = "Ten program może być uruchamiany wyłącznie w pierwszej instancji systemu Sorvane"
 OPTION_C = (
     "Opcja  /C nie jest wspierana w tej wersji systemu. Należy zmodyfikować konfigurację systemu "
     "z wykorzystaniem opcji /INST"
 )
-STARTED = ["Uruchomienie modułu Kalvex", "Poziom rejestracji: błędy "]
-STOPPED = "Zatrzymanie modułu Kalvex"
 
 
-class Kalvexd(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name).resolve()
-        self.environment = {
-            **os.environ,
-            "SORVANE_RUNTIME_DIR": str(self.folder / "run"),
-            "SORVANE_COMMON_PROFILE": str(self.folder / "sorvane.ini"),
-            "LC_ALL": "C",
-            "TZ": "Europe/Warsaw",
-        }
-        for name in ("LANGUAGE", "JOURNAL_STREAM"):
-            self.environment.pop(name, None)
-
-    def put(self, name, text):
-        (self.folder / name).write_bytes(text.encode("cp1250"))
-
-    def run_with(self, *arguments):
-        done = subprocess.run(
-            [PROGRAM, "--working-dir", self.folder, *arguments],
-            capture_output=True, encoding="utf-8", env=self.environment, timeout=60)
-        return done.returncode, done.stdout, done.stderr
-
-    def start(self, *arguments):
-        service = subprocess.Popen(
-            [PROGRAM, "--working-dir", self.folder, "--log-stdout", *arguments],
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8", env=self.environment)
-        self.addCleanup(service.stdout.close)
-        self.addCleanup(service.stderr.close)
-        self.addCleanup(service.wait)
-        self.addCleanup(service.kill)
-        return service
-
+class Kalvexd(ServiceTest):
     def line_of(self, service):
-        """The next line of the log without its time."""
-        line = service.stdout.readline()
-        self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ")
-        return line.rstrip("\n")[21:]
-
-    def lines_of(self, service, count):
-        return [self.line_of(service) for _ in range(count)]
+        return self.lines_of(service, 1)[0]
 
     def expect_end(self, service, ending=signal.SIGTERM):
         service.send_signal(ending)
@@ -105,8 +59,7 @@ class Kalvexd(unittest.TestCase):
         for _ in range(100):
             service = self.start()
             # The level is told, then written: transmission is never kept.
-            while self.line_of(service) != "Poziom rejestracji: transmisja":
-                pass
+            self.read_to(service, "Poziom rejestracji: transmisja")
             service.kill()
             service.wait(60)
             content = (self.folder / "Kalvex.ini").read_bytes().decode("cp1250")
