@@ -123,12 +123,13 @@ TEST_F(NetworkTest, DestroyedClientSaysFarewellAndHearsNothing) {
 
 TEST_F(NetworkTest, WhatWasSentBeforeTheEndArrives) {
     Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
     for (std::uint32_t count = 1; count <= 100; ++count)
         transport->Send(LastMessagesRequest{count});
     transport->Close(ReasonClosed);
     world.RunUntil(acceptor, "closed 4106");
-    ASSERT_EQ(acceptor.heard.size(), 101u);
-    EXPECT_EQ(acceptor.heard[99], "last 100");
+    ASSERT_EQ(acceptor.heard.size(), 102u);
+    EXPECT_EQ(acceptor.heard[100], "last 100");
 }
 
 TEST_F(NetworkTest, ServerEndsAConversationWithItsReason) {

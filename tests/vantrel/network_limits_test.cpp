@@ -147,6 +147,24 @@ TEST_F(RawClientTest, ClientThatTakesNothingForTenSecondsIsCutOffThoughItSpeaks)
                 ElementsAre("1 Klient Obcy nie odbiera komunikatów - połączenie zerwane"));
 }
 
+TEST_F(RawClientTest, WhatIsSaidBeforeTheLoginIsPassedOver) {
+    settings.variableLimit = 1;
+    acceptor.loginResult = {1, "nie"};
+    server = world.Listen(settings, acceptor);
+    RawClient raw(Local(), StreamMethod::Converse);
+    raw.stream->Send(Parcel(ClientMessage(SubscribeRequest{{{1, "A"}}, {}, 0, true})));
+    raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "jan", ""})));
+    world.RunUntil(acceptor, "login jan/ Obcy 23");
+    acceptor.loginResult = {};
+    raw.stream->Send(Parcel(ClientMessage(SubscribeRequest{{{2, "B"}}, {}, 0, true})));
+    raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "ewa", ""})));
+    raw.stream->Send(Parcel(ClientMessage(SubscribeRequest{{{3, "C"}}, {}, 0, true})));
+    world.RunUntil(acceptor, "subscribe +3C");
+    EXPECT_THAT(acceptor.heard,
+                ElementsAre("login jan/ Obcy 23", "login ewa/ Obcy 23", "subscribe +3C"));
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
 TEST_F(RawClientTest, SessionHearsWhenItsBacklogHasGone) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);

@@ -99,6 +99,8 @@ Conversation::Conversation(const CallServices& services, Caller caller, bool too
 
 void Conversation::Send(ServerMessage message) {
     if (HasEnded()) return;
+    const auto* login = std::get_if<LoginResult>(&message);
+    if (login != nullptr && login->code == 0) m_bLoggedIn = true;
     PackedAnswer packed = Pack(message);
     if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
     for (std::string& parcel : packed.parcels) Put(std::move(parcel));
@@ -131,7 +133,9 @@ void Conversation::OnParcel(ClientParcel parcel) {
     }
     auto* message = std::get_if<ClientMessage>(&parcel);
     if (message == nullptr) return;
-    if (const auto* login = std::get_if<LoginRequest>(message)) m_strClient = login->clientName;
+    const auto* login = std::get_if<LoginRequest>(message);
+    if (login == nullptr && !m_bLoggedIn) return;
+    if (login != nullptr) m_strClient = login->clientName;
     if (auto* request = std::get_if<SubscribeRequest>(message)) BoundSubscription(*request);
     m_pSession->OnMessage(std::move(*message));
 }

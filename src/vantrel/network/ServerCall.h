@@ -92,6 +92,7 @@ class Conversation final : public ServerCall, private ServerLink {
     // Keeps the subscription within the bound; what is beyond it is answered.
     void BoundSubscription(SubscribeRequest& request);
 
+    bool m_bLoggedIn = false;
     std::unordered_set<VariableHandle> m_setHandles;
     std::unique_ptr<ServerSession> m_pSession;
 };
