@@ -1,5 +1,7 @@
 #include "app/KalvexApp.h"
 
+#include <utility>
+
 #include "platform/CodePage.h"
 #include "platform/TextFormat.h"
 #include "platform/Threads.h"

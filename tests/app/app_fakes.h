@@ -175,7 +175,10 @@ class FakeWindow final : public MainWindow {
   public:
     explicit FakeWindow(Record& record) : m_record(record) {}
 
-    bool AskYesNo(std::string_view text) override { return Answer("ask " + ToUtf8(text)); }
+    bool AskYesNo(std::string_view text) override {
+        if (whileAsked) whileAsked();
+        return Answer("ask " + ToUtf8(text));
+    }
     void ShowMessage(std::string_view text) override { Add("message " + ToUtf8(text)); }
     bool ShowCmdLineParamsDlg(std::string_view help) override {
         helpShown = help;
@@ -203,6 +206,7 @@ class FakeWindow final : public MainWindow {
         Add("variables " + ToUtf8(document.GetDocKey()));
     }
 
+    std::function<void()> whileAsked;
     bool answer = true;
     bool saved = true;
     std::string helpShown;

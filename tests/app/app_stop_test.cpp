@@ -54,6 +54,16 @@ TEST_F(AppStopTest, QuestionComesFirstWithItsOption) {
     EXPECT_EQ(m_record.back(), "quit");
 }
 
+TEST_F(AppStopTest, WindowThatIsBeingClosedAsksOnce) {
+    m_bWindow = true;
+    m_users.level = 1;
+    StartWithScript({"/Q"});
+    m_window.whileAsked = [this] { App().OnCloseMainWindow(); };
+    App().OnCloseMainWindow();
+    EXPECT_THAT(m_record, ElementsAre("ask Czy zakończyć działanie programu Kalvex?", "save",
+                                      "hide", "quit"));
+}
+
 TEST_F(AppStopTest, ChangedScriptsMayKeepTheProcessOpen) {
     m_bWindow = true;
     m_users.level = 1;

@@ -34,8 +34,8 @@ class PosixMainLoop final : public MainLoop {
     void Cancel(int timer);
 
     // Calls `before` before each wait; it answers for how many microseconds the loop may wait at
-    // most, and with nothing for as long as it likes.
-    // `after` is called when the wait is over, before anything else.
+    // most, and with nothing for as long as it likes. Calls `after` when the wait is over, before
+    // anything else.
     void AroundWait(std::function<std::optional<std::int64_t>()> before,
                     std::function<void()> after) {
         m_beforeWait = std::move(before);
