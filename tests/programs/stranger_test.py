@@ -329,6 +329,14 @@ class Stranger(unittest.TestCase):
         self.assertEqual(refused.exception.code(), grpc.StatusCode.PERMISSION_DENIED)
         self.plant.await_log("Próba rejestracji użytkownika nikt z Spis - brak uprawnień")
 
+    def test_who_asks_for_a_list_and_leaves_harms_nobody(self):
+        login = MESSAGES.Login(protocol_version=1, client_name="Nagły", user="adam", password="tajne")
+        for _ in range(5):
+            with self.plant.channel() as channel:
+                grpc.channel_ready_future(channel).result(stranger.PATIENCE)
+                SERVICES.DataServerStub(channel).ListVariables(MESSAGES.ClientParcel(login=login))
+        self.assertEqual(len(self.list_variables(user="adam", password="tajne")), 5)
+
 
 def values_content(updates):
     return stranger.values_of(updates.values)[0][3]

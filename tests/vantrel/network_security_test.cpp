@@ -291,7 +291,8 @@ TEST_F(SecurityTest, FileThatIsNoSocketIsLeftAlone) {
 TEST_F(SecurityTest, NameThatIsNoFileIsAnError) {
     settings.source = "a/b";
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
-    EXPECT_EQ(world.error, "Niepoprawna nazwa gniazda a/b");
+    EXPECT_EQ(world.error,
+              "Niepoprawna nazwa albo za długa ścieżka gniazda " + world.folder.Path() + "/a/b");
 }
 
 TEST_F(SecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {

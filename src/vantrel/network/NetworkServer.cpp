@@ -58,7 +58,8 @@ class Server final : public NetworkServer, private PortEvents {
         if (!m_settings.source.empty()) {
             port.localSocket = LocalSocketPath(m_settings.runtimeFolder, m_settings.source);
             if (port.localSocket.empty()) {
-                error = "Niepoprawna nazwa gniazda " + ToUtf8(m_settings.source);
+                error = "Niepoprawna nazwa albo za długa ścieżka gniazda " +
+                        m_settings.runtimeFolder + '/' + ToUtf8(m_settings.source);
                 return false;
             }
             if (!m_socket.Claim(port.localSocket, error)) return false;
