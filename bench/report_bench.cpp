@@ -1,6 +1,7 @@
 // Reports on their whole way, from the lines of a script through a local socket to the store of a
 // data server and back, and the telling of their changes to many clients.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -18,6 +19,9 @@ constexpr std::int64_t kHours = 100'000;
 constexpr std::int64_t kChangedHours = 1000;
 constexpr int kListeners = 100;
 constexpr std::int64_t kSecondsPerHour = 3600;
+constexpr std::int64_t kMonthBegin = 1709247600;                  // 2024-03-01 00:00:00 in Warsaw
+constexpr std::int64_t kMonth = 31 * std::int64_t{86400} - 3600;  // the clocks go forward in it
+constexpr std::int64_t kWrittenTogether = 200'000;
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
@@ -33,7 +37,8 @@ int ServeReports() {
     return ServePlant(
         "clients = 200\n[[access]]\nwrite = \"0\"\n"
         "[[variable]]\nname = \"X\"\nrt = 2\nvalue = 1\n"
-        "[[variable]]\nname = \"Y\"\nrt = 2\nvalue = 1\n");
+        "[[variable]]\nname = \"Y\"\nrt = 2\nvalue = 1\n"
+        "[[variable]]\nname = \"M\"\nat = 32\nvalue = 1\n");
 }
 
 // Round after round a script writes so many hours, of the value of the round, and reads them back.
@@ -178,6 +183,85 @@ void HoursOfAScript(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kHours);
 }
 BENCHMARK(HoursOfAScript)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
+
+// Fills the archive of the month with a value for each second, its number.
+class Filler final : public CClientConnection, private CAnswerWindow {
+  public:
+    explicit Filler(Network& network) : m_network(network) {
+        Create(23, "stacja", "bench", network.Transports(), nullptr);
+        network.DeliverUntil([this] { return GetState() == StateConnected; });
+        for (std::int64_t first = 0; first < kMonth; first += kWrittenTogether) Write(first);
+    }
+
+  private:
+    // A write is done when a read behind it is answered.
+    void Write(std::int64_t first) {
+        CArchiveValueList list;
+        const std::int64_t end = std::min(first + kWrittenTogether, kMonth);
+        for (std::int64_t second = first; second < end; ++second) {
+            CVal value(static_cast<double>(second));
+            value.SetTime(kMonthBegin + second);
+            list.Add(std::move(value));
+        }
+        AddArchiveModifyRequest("M", list, TIMEW{kMonthBegin + first},
+                                TIMEW{kMonthBegin + end - 1});
+        MakeArchiveModifyRequest();
+        CArchiveValueList last;
+        m_bAnswered = false;
+        AddDataRequest(KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last, *this,
+                       nullptr);
+        MakeDataRequest(KindArchive);
+        m_network.DeliverUntil([this] { return m_bAnswered; });
+        Expect(last.GetSize() == 1, "archive that is filled");
+    }
+    void OnAnswer(ValueKind, const CRequestRecord&) override { m_bAnswered = true; }
+
+    Network& m_network;
+    bool m_bAnswered = false;
+};
+
+// The script's thread goes on ticking while the values come in. The longest tick until the answer
+// is complete tells how long it is held; the copy into a list is one line, with a time of its own.
+void MonthOfAScript(benchmark::State& state) {
+    Network network;
+    Filler filler(network);
+    for (auto _ : state) {
+        Module module(
+            "LOCAL ETAP = 0\nLOCAL KROK = 0\nREMOTE x stacja@M\nLIST K\nLOCAL STAN = x\n"
+            "MGET x ARCH FROM 2024 2 29 23 59 59 TO 2024 4 1\nSET ETAP = 1\n"
+            ":a\nIF NOT READY x.ARCH GOTO a\nSET ETAP = 2\n:b\nIF KROK < 1 GOTO b\n"
+            "MGET x GETDATA K\nSET ETAP = 3\n");
+        while (!module.Has("STAN")) module.Tick();
+        const long before = Memory(::getpid());
+        const SteadyTime begin = Now();
+        double longest = 0;
+        while (module.Value("ETAP") < 2) {
+            const SteadyTime tick = Now();
+            module.Tick();
+            longest = std::max(longest, SecondsSince(tick));
+        }
+        state.SetIterationTime(SecondsSince(begin));
+        state.counters["MB_of_the_answer"] =
+            static_cast<double>(Memory(::getpid()) - before) / 1024;
+        state.counters["longest_tick_ms"] = longest * 1000;
+        module.Variable("KROK").SetValue(CVal(1), KindCurrent);
+        double copy = 0;
+        while (module.Value("ETAP") < 3) {
+            const SteadyTime tick = Now();
+            module.Tick();
+            copy = std::max(copy, SecondsSince(tick));
+        }
+        state.counters["copy_ms"] = copy * 1000;
+        const auto& values = static_cast<CVariableList&>(module.Variable("K")).Elements();
+        Expect(static_cast<std::int64_t>(values.size()) == kMonth, "values of the month");
+        double next = 0;
+        for (const CVal& value : values) {
+            if (value.Real() != next++) return Expect(false, "a value of the month");
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kMonth);
+}
+BENCHMARK(MonthOfAScript)->Unit(benchmark::kMillisecond)->Iterations(1)->UseManualTime();
 
 }  // namespace
 }  // namespace kalvex
