@@ -70,6 +70,7 @@ bool CopyAnswer(StatementCall& call, CVariable& variable) {
     const std::int64_t to = variable.GetRequestEnd();
     const CArchiveValueList& values = variable.GetSourceRecord()->GetArchValues();
     list->RemoveAll();
+    list->Reserve(values.GetSize());
     for (std::size_t i = 0; i < values.GetSize(); ++i) {
         const CVal& value = *values.Get(i);
         if (value.GetTime() > from && value.GetTime() < to) list->Add(value);

@@ -137,6 +137,7 @@ class CVariableList final : public CVariableStored {
     int SetValue(const CVal& value, int kind) override;
 
     void Add(const CVal& value) { m_arrElements.push_back(value); }
+    void Reserve(std::size_t count) { m_arrElements.reserve(count); }  // ahead of so many additions
     int Insert(int index, const CVal& value);  // 0 for a negative index, which inserts nothing
     void MoveFirst() { m_nIterator = 0; }
     void MoveNext();  // no bound
