@@ -60,14 +60,12 @@ class CKalvexApp final : private LogOutlets {
 
     bool IsConsoleClient() const { return m_bConsoleClient; }
     bool IsInteractiveMode() const { return m_world.window != nullptr; }
-    int GetInstance() const { return m_nInstance; }
     // By which the servers know the module, and the machine's process in it.
     const std::string& GetModuleName() const { return m_configuration.moduleName; }
     const std::string& GetClientIdentity() const { return m_strClientIdentity; }
     int GetCloseLevel() const { return m_nCloseLevel; }
     const CConfiguration& Configuration() const { return m_configuration; }
     CKalvexLog& Log() { return m_log; }
-    const CLog& DiagnosticLog() const { return m_diagnosticLog; }
 
     // After InitInstance: of the process until its end; the sources go with CloseInstance, and are
     // null then.
