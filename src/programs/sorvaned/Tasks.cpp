@@ -9,8 +9,8 @@
 #include "platform/UserStore.h"
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
-#include "programs/sorvaned/Listening.h"
 #include "programs/PasswordPrompt.h"
+#include "programs/sorvaned/Listening.h"
 #include "server/Server.h"
 #include "values/LocalTimeText.h"
 
