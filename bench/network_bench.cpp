@@ -32,6 +32,7 @@ constexpr int kVariablesOfClient = 10;
 constexpr int kRounds = 100;
 constexpr int kChanges = 1000;
 constexpr std::int64_t kNoMoreChanges = -1;
+constexpr double kMostBytesOfVariable = 1700;
 
 std::int64_t Nanoseconds() {
     return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
@@ -215,7 +216,9 @@ void Subscription(benchmark::State& state) {
             return static_cast<double>(to - from) * 1024 / kManyVariables;
         };
         if (state.counters.empty()) {
-            state.counters["client_bytes"] = perVariable(before, Memory(::getpid()));
+            const double bytes = perVariable(before, Memory(::getpid()));
+            Expect(bytes < kMostBytesOfVariable, "memory of a variable");
+            state.counters["client_bytes"] = bytes;
             state.counters["server_bytes"] = perVariable(serverBefore, Memory(g_nPlant));
         }
     }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <memory>
 #include <utility>
 
 #include "values/Value.h"
@@ -12,16 +13,18 @@ namespace kalvex {
 
 class CArchiveValueList {
   public:
-    void Add(CVal value) { m_arrValues.push_back(std::move(value)); }
+    void Add(CVal value);
     const CVal* Get(std::size_t index) const {
-        return index < m_arrValues.size() ? &m_arrValues[index] : nullptr;
+        return index < GetSize() ? &(*m_pValues)[index] : nullptr;
     }
-    std::size_t GetSize() const { return m_arrValues.size(); }
-    void RemoveAll() { m_arrValues.clear(); }
+    std::size_t GetSize() const { return m_pValues ? m_pValues->size() : 0; }
+    void RemoveAll() { m_pValues.reset(); }
     void SortTimes();  // ascending; equal times keep their order
 
   private:
-    std::deque<CVal> m_arrValues;  // grows without a second copy of a month of seconds
+    // Grows without a second copy of a month of seconds. Every remote variable has a list, and most
+    // of them never hold anything.
+    std::unique_ptr<std::deque<CVal>> m_pValues;
 };
 
 }  // namespace kalvex
