@@ -16,6 +16,7 @@
 #include "language/Functions.h"
 #include "language/Statements.h"
 #include "platform/Files.h"
+#include "quiet_world.h"
 #include "values/ValueText.h"
 
 namespace kalvex {
@@ -30,23 +31,6 @@ void Expect(double got, double wanted, const std::string& row) {
     std::fprintf(stderr, "%s: %.17g instead of %.17g\n", row.c_str(), got, wanted);
     g_bWrong = true;
 }
-
-class NoLog final : public LogSink {
-  public:
-    void Log(std::string_view, int) override {}
-};
-
-class Nobody final : public Users {
-  public:
-    std::string GetActiveUserName() const override { return {}; }
-    std::string GetActiveUserDescription() const override { return {}; }
-    std::string GetAccountName() const override { return {}; }
-};
-
-class NoQuestions final : public Questions {
-  public:
-    bool AskYesNo(std::string_view) override { return false; }
-};
 
 class World {
   public:
@@ -87,7 +71,7 @@ class World {
     Translator m_translator;
     Nobody m_users;
     Paths m_paths{m_folder};
-    NoQuestions m_questions;
+    CNoAnswers m_questions;
     DocumentServices m_services{
         {m_clock, m_log, m_translator, m_users, m_paths, Functions()}, Statements(), m_questions};
     std::vector<std::unique_ptr<CKalvexDoc>> m_documents;

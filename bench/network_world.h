@@ -13,6 +13,7 @@
 #include "engine/Tick.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
+#include "quiet_world.h"
 #include "sources/ClientInterface.h"
 #include "vantrel/network/NetworkClient.h"
 
@@ -48,23 +49,6 @@ class Child {
 
 // The data server itself, with this behind its section [server] and the name "stacja".
 int ServePlant(const std::string& configuration);
-
-class NoLog final : public LogSink {
-  public:
-    void Log(std::string_view, int) override {}
-};
-
-class Nobody final : public Users {
-  public:
-    std::string GetActiveUserName() const override { return {}; }
-    std::string GetActiveUserDescription() const override { return {}; }
-    std::string GetAccountName() const override { return {}; }
-};
-
-class NoQuestions final : public Questions {
-  public:
-    bool AskYesNo(std::string_view) override { return false; }
-};
 
 // The network of a process, which gives it time for its periodic work while it waits.
 class Network {
@@ -103,7 +87,7 @@ class Module {
     Translator m_translator;
     Nobody m_users;
     Paths m_paths{Folder()};
-    NoQuestions m_questions;
+    CNoAnswers m_questions;
     Network m_network;
     CClientInterface m_client{{m_log, m_translator, m_users, m_network.Transports()}};
     DocumentServices m_services{{m_clock, m_log, m_translator, m_users, m_paths, Functions()},
