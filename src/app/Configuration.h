@@ -70,6 +70,9 @@ class CConfigurationStore {
     const bool m_bConsoleClient;
 };
 
+// The name of the file with the key of a profile's passwords, which lies beside the profile.
+inline constexpr char kKeyFileName[] = "Kalvex.key";
+
 // The name of the profile of an instance, without its folder.
 std::string ProfileFileName(int instance);
 

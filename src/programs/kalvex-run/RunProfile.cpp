@@ -19,7 +19,7 @@ CRunProfile ReadRunProfile(const RunOptions& options, const std::string& working
             settings.fault = *options.profile + ": " + error;
         }
         const std::filesystem::path file = *options.profile;
-        settings.crypt = std::make_unique<CCrypt>((file.parent_path() / "Kalvex.key").string(),
+        settings.crypt = std::make_unique<CCrypt>((file.parent_path() / kKeyFileName).string(),
                                                   KeyFile::ReadOnly);
         IniProfile profile(*options.profile);
         const Paths paths(workingDir);

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "app/Configuration.h"
 #include "app/HealthText.h"
 #include "platform/CodePage.h"
 #include "platform/TextFormat.h"
@@ -15,8 +16,6 @@
 namespace kalvex {
 
 namespace {
-
-constexpr const char* kKeyFile = "Kalvex.key";
 
 constexpr std::int64_t kStatusPeriod = 5000;  // milliseconds
 
@@ -38,7 +37,7 @@ std::string HostName() {
 CKalvexService::CKalvexService(const KalvexdOptions& options)
     : m_strMetrics(options.metrics),
       m_translator(CatalogueFolder()),
-      m_crypt(options.workingDir + '/' + kKeyFile, KeyFile::MadeAtFirstUse),
+      m_crypt(options.workingDir + '/' + kKeyFileName, KeyFile::MadeAtFirstUse),
       m_instances(RuntimeFolder()),
       m_userLibrary(m_profile, m_translator),
       m_network(m_profile, m_loop),

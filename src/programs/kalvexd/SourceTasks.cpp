@@ -13,7 +13,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr const char* kKeyFile = "Kalvex.key";
 constexpr const char* kNotWritten = "Nie można zapisać profilu lub jego klucza: ";
 
 int Fail(const std::string& text) {
@@ -22,7 +21,7 @@ int Fail(const std::string& text) {
 }
 
 std::string KeyFileOf(const std::string& profile) {
-    return (std::filesystem::path(profile).parent_path() / kKeyFile).string();
+    return (std::filesystem::path(profile).parent_path() / kKeyFileName).string();
 }
 
 // The sources of a profile. A key is made when one is needed, and only then.
