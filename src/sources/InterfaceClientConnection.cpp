@@ -11,6 +11,9 @@ namespace kalvex {
 
 namespace {
 
+constexpr std::uint32_t kConsoleWishes = 833;
+static_assert((kConsoleWishes & SubscribeFlag::LogMessages) != 0);
+
 constexpr std::string_view kNobody = "NOBODY";
 
 struct FaultRow {
@@ -74,6 +77,11 @@ void CInterfaceClientConnection::DetachVarOwner(CVarVal& variable, CVarOwner* ow
 
 bool CInterfaceClientConnection::IsVarInUse(const CVarVal& variable) const {
     return !m_services.consoleClient && !static_cast<const CVarReg&>(variable).Owners().empty();
+}
+
+std::uint32_t CInterfaceClientConnection::GetSubscribeFlags(const CVarVal& variable) const {
+    return m_services.consoleClient ? kConsoleWishes
+                                    : CClientConnection::GetSubscribeFlags(variable);
 }
 
 void CInterfaceClientConnection::OnVariableList() {

@@ -60,6 +60,7 @@ class CInterfaceClientConnection : public CClientConnection {
     void AttachVarOwner(CVarVal& variable, CVarOwner* owner) override;
     void DetachVarOwner(CVarVal& variable, CVarOwner* owner) override;
     bool IsVarInUse(const CVarVal& variable) const override;
+    std::uint32_t GetSubscribeFlags(const CVarVal& variable) const override;
 
     void OnConnectionFault(ConnectionFault fault, std::uint32_t code) override;
     void OnServerAccess(bool denied, std::string_view text) override;

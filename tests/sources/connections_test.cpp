@@ -56,6 +56,13 @@ TEST_F(SourceLogin, ConsoleClientAlwaysIsTheActiveUser) {
     EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}}, true), "login ewa/ Kalvex 23");
 }
 
+TEST_F(SourceLogin, ConsoleClientWishesForMoreThanAModule) {
+    LoginWith({}, false);
+    EXPECT_EQ(server.wishes, 577u);
+    LoginWith({}, true);
+    EXPECT_EQ(server.wishes, 833u);
+}
+
 TEST_F(SourceLogin, RefusalIsLogged) {
     server.loginResult = {5, FromUtf8("użytkownik nieznany")};
     LoginWith({});

@@ -12,6 +12,8 @@ class HandSession final : public ServerSession {
 
     void OnMessage(ClientMessage message) override {
         m_server.heard.push_back(Describe(message));
+        const auto* subscription = std::get_if<SubscribeRequest>(&message);
+        if (subscription != nullptr) m_server.wishes = subscription->flags;
         const bool login = std::holds_alternative<LoginRequest>(message);
         if (login && m_server.answersLogin) m_link.Send(m_server.loginResult);
     }

@@ -31,6 +31,7 @@ class HandServer final : public SessionAcceptor {
     ServerLink* link = nullptr;  // null when nobody is there
     int clients = 0;             // that have come so far
     std::vector<std::string> heard;
+    std::uint32_t wishes = 0;  // the flags of the last subscription
     bool accepts = true;
     bool answersLogin = true;
     LoginResult loginResult;
