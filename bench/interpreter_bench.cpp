@@ -17,7 +17,7 @@
 #include "language/Statements.h"
 #include "platform/Files.h"
 #include "quiet_world.h"
-#include "values/ValueText.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 namespace {

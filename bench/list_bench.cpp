@@ -9,8 +9,8 @@
 #include <iterator>
 #include <string_view>
 
-#include "values/ListFunctions.h"
-#include "values/fake_script.h"
+#include "operands/ListFunctions.h"
+#include "operands/fake_script.h"
 
 namespace kalvex {
 namespace {

@@ -17,7 +17,7 @@
 #include "network_world.h"
 #include "platform/Files.h"
 #include "platform/posix/PosixMainLoop.h"
-#include "values/ValueText.h"
+#include "value/ValueText.h"
 #include "vantrel/network/NetworkServer.h"
 
 namespace kalvex {

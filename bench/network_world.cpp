@@ -14,7 +14,7 @@
 
 #include "platform/Files.h"
 #include "programs/sorvaned/Tasks.h"
-#include "values/ValueText.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -8,9 +8,9 @@
 #include <iterator>
 #include <string_view>
 
-#include "values/LocalTime.h"
-#include "values/Schedule.h"
-#include "values/TimeProperties.h"
+#include "operands/Schedule.h"
+#include "operands/TimeProperties.h"
+#include "value/LocalTime.h"
 
 namespace kalvex {
 namespace {

@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "language/Functions.h"
-#include "values/NumberFormat.h"
-#include "values/PatternMatch.h"
-#include "values/fake_script.h"
+#include "operands/NumberFormat.h"
+#include "operands/fake_script.h"
+#include "text/PatternMatch.h"
 
 namespace kalvex {
 namespace {

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/CodePage.h"
-#include "platform/TextFormat.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -1,7 +1,7 @@
 #include "app/Health.h"
 
+#include "operands/ScriptErrors.h"
 #include "platform/ProcessMemory.h"
-#include "values/ScriptErrors.h"
 
 namespace kalvex {
 

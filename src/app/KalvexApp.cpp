@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "platform/CodePage.h"
-#include "platform/TextFormat.h"
 #include "platform/Threads.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 

@@ -2,8 +2,8 @@
 #include "app/KalvexApp.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
-#include "platform/CodePage.h"
-#include "platform/TextFormat.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/CodePage.h"
-#include "platform/TextFormat.h"
-#include "values/LocalTimeText.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex {
 

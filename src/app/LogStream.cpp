@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

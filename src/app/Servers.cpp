@@ -1,6 +1,6 @@
 #include "app/Servers.h"
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

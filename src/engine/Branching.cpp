@@ -3,12 +3,12 @@
 #include <iterator>
 
 #include "engine/IfBlocks.h"
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "platform/CodePage.h"
-#include "values/Conditions.h"
-#include "values/OperandEvaluator.h"
+#include "operands/Conditions.h"
+#include "operands/OperandEvaluator.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

@@ -1,10 +1,10 @@
 // Declarations and assignment: LOCAL, REMOTE, POINTER, LIST, SET, COPY, SETPTR, CREATE_VAR_LIST.
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "values/OperandEvaluator.h"
-#include "values/PatternMatch.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "text/LineScanner.h"
+#include "text/PatternMatch.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

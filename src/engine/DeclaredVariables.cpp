@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptText.h"
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "values/Variable.h"
+#include "operands/Variable.h"
 
 namespace kalvex {
 

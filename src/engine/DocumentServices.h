@@ -6,11 +6,11 @@
 #include "engine/ConsoleLink.h"
 #include "engine/ScriptSources.h"
 #include "engine/Statement.h"
+#include "operands/ScriptContext.h"
 #include "platform/Crypt.h"
 #include "platform/NetworkProbes.h"
 #include "platform/Processes.h"
 #include "platform/Questions.h"
-#include "values/ScriptContext.h"
 
 namespace kalvex {
 

@@ -1,8 +1,8 @@
 #include "engine/IfBlocks.h"
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

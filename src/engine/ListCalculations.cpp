@@ -1,7 +1,7 @@
 // FILL_IN_LIST and CALC_IN_LIST as statements.
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "values/ListFunctions.h"
+#include "operands/ListFunctions.h"
 
 namespace kalvex {
 

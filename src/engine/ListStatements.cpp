@@ -1,11 +1,11 @@
 // Statements that change a list and its iterator.
 #include <cstdint>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "values/OperandEvaluator.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -2,13 +2,13 @@
 // its own.
 #include <array>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "values/LocalTime.h"
-#include "values/OperandEvaluator.h"
-#include "values/TimeText.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "operands/TimeText.h"
+#include "text/LineScanner.h"
+#include "value/LocalTime.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

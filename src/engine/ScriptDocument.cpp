@@ -1,8 +1,8 @@
 #include "engine/ScriptDocument.h"
 
-#include "engine/LineScanner.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

@@ -18,7 +18,7 @@
 #include "engine/IfBlocks.h"
 #include "engine/ScriptText.h"
 #include "engine/ScriptView.h"
-#include "values/ScriptContext.h"
+#include "operands/ScriptContext.h"
 
 namespace kalvex {
 

@@ -4,12 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
-#include "values/PatternMatch.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
+#include "text/PatternMatch.h"
 
 namespace kalvex {
 

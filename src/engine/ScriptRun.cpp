@@ -1,8 +1,8 @@
 // The run cycle: due steps, the frame of a line, errors and their reports.
-#include "engine/LineScanner.h"
 #include "engine/Procedures.h"
 #include "engine/ScriptDocument.h"
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

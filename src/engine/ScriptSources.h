@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "values/Variable.h"
+#include "operands/Variable.h"
 
 namespace kalvex {
 

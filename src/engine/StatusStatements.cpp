@@ -1,10 +1,10 @@
 // SET_STATUS, ADD_STATUS and REMOVE_STATUS as statements.
 #include <string>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "values/OperandEvaluator.h"
+#include "operands/OperandEvaluator.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

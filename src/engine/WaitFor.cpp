@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

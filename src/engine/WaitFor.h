@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "engine/CallStack.h"
-#include "values/LocalTime.h"
-#include "values/TimeText.h"
+#include "operands/TimeText.h"
+#include "value/LocalTime.h"
 
 namespace kalvex {
 

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/LineScanner.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "host/DataFile.h"
 #include "host/HostStatements.h"
-#include "platform/CodePage.h"
 #include "platform/posix/FileStore.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

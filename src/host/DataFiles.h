@@ -4,8 +4,8 @@
 
 #include <string_view>
 
+#include "operands/ScriptContext.h"
 #include "platform/FileStore.h"
-#include "values/ScriptContext.h"
 
 namespace kalvex {
 

@@ -3,12 +3,12 @@
 #include <charconv>
 #include <climits>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "host/HostStatements.h"
 #include "host/LinkTests.h"
-#include "values/OperandEvaluator.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -5,7 +5,7 @@
 #include <mutex>
 
 #include "host/LogText.h"
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -4,14 +4,14 @@
 #include <cstring>
 #include <optional>
 
-#include "engine/LineScanner.h"
 #include "engine/ScriptDocument.h"
 #include "host/HostStatements.h"
 #include "host/LogText.h"
 #include "host/Programs.h"
-#include "platform/CodePage.h"
-#include "values/OperandEvaluator.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

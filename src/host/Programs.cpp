@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "engine/LineScanner.h"
-#include "values/OperandEvaluator.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

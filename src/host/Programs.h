@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "engine/DocumentPart.h"
+#include "operands/ScriptContext.h"
 #include "platform/Processes.h"
-#include "values/ScriptContext.h"
 
 namespace kalvex {
 

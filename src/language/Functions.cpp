@@ -1,8 +1,8 @@
 #include "language/Functions.h"
 
 #include "host/HostStatements.h"
+#include "operands/FunctionFamilies.h"
 #include "sources/SourceFamilies.h"
-#include "values/FunctionFamilies.h"
 
 namespace kalvex {
 

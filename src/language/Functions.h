@@ -1,7 +1,7 @@
 // Every keyword function of expressions, in the order in which keywords are tried.
 #pragma once
 
-#include "values/KeywordFunction.h"
+#include "operands/KeywordFunction.h"
 
 namespace kalvex {
 

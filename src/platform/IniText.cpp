@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -2,7 +2,7 @@
 
 #include <sqlite3.h>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -1,6 +1,6 @@
 #include "platform/Translator.h"
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

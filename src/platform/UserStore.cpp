@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "platform/AddressRange.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

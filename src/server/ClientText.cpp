@@ -1,6 +1,6 @@
 #include "server/ClientText.h"
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -4,11 +4,11 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/CodePage.h"
 #include "platform/NetworkAddress.h"
 #include "platform/UserDirectory.h"
 #include "platform/posix/AccountName.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -8,11 +8,11 @@
 #include <filesystem>
 #include <unordered_map>
 
-#include "platform/CodePage.h"
 #include "platform/Files.h"
 #include "server/CsvTable.h"
 #include "server/DefinitionKeys.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -11,7 +11,7 @@
 
 #include "server/ReportComputing.h"
 #include "server/Signals.h"
-#include "values/Value.h"
+#include "value/Value.h"
 
 namespace kalvex {
 

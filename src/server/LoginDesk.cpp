@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "platform/CodePage.h"
 #include "platform/PasswordHash.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <utility>
 
-#include "values/Status.h"
+#include "value/Status.h"
 
 namespace kalvex {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/CodePage.h"
-#include "values/Status.h"
+#include "text/CodePage.h"
+#include "value/Status.h"
 
 namespace kalvex {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "values/Status.h"
+#include "value/Status.h"
 
 namespace kalvex {
 

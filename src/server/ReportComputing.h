@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "server/ReportPeriods.h"
-#include "values/Value.h"
+#include "value/Value.h"
 
 namespace kalvex {
 

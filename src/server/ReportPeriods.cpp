@@ -1,6 +1,6 @@
 #include "server/ReportPeriods.h"
 
-#include "values/LocalTime.h"
+#include "value/LocalTime.h"
 
 namespace kalvex {
 

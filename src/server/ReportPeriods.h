@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "values/Status.h"
+#include "value/Status.h"
 
 namespace kalvex {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "values/PatternMatch.h"
+#include "text/PatternMatch.h"
 
 namespace kalvex {
 

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <utility>
 
-#include "platform/CodePage.h"
 #include "server/ClientText.h"
 #include "server/Session.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <variant>
 
-#include "platform/CodePage.h"
 #include "server/ClientText.h"
 #include "server/Server.h"
-#include "values/Status.h"
+#include "text/CodePage.h"
+#include "value/Status.h"
 
 namespace kalvex {
 

@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/CodePage.h"
 #include "server/ReportPeriods.h"
 #include "server/Server.h"
 #include "server/Session.h"
-#include "values/LocalTime.h"
-#include "values/Status.h"
+#include "text/CodePage.h"
+#include "value/LocalTime.h"
+#include "value/Status.h"
 
 namespace kalvex {
 

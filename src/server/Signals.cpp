@@ -8,7 +8,7 @@
 #include <numeric>
 #include <span>
 
-#include "values/ValueText.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -13,9 +13,9 @@
 
 #include "platform/Sqlite.h"
 #include "server/ReportComputing.h"
-#include "values/LocalTime.h"
-#include "values/Status.h"
-#include "values/Value.h"
+#include "value/LocalTime.h"
+#include "value/Status.h"
+#include "value/Value.h"
 #include "vantrel/Messages.h"
 
 namespace kalvex {

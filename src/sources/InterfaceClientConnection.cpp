@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "platform/CodePage.h"
-#include "platform/TextFormat.h"
 #include "sources/ClientInterface.h"
 #include "sources/ReportNotifications.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 

@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "engine/ScriptDocument.h"
-#include "values/ArchiveValueList.h"
-#include "values/Status.h"
-#include "values/Value.h"
+#include "value/ArchiveValueList.h"
+#include "value/Status.h"
+#include "value/Value.h"
 #include "vantrel/Requests.h"
 #include "vantrel/VarVal.h"
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "engine/LineScanner.h"
 #include "sources/SourceFamilies.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

@@ -4,11 +4,11 @@
 #include <initializer_list>
 #include <span>
 
-#include "engine/LineScanner.h"
+#include "operands/OperandEvaluator.h"
 #include "sources/ReportTime.h"
 #include "sources/SourceFamilies.h"
-#include "values/LocalTime.h"
-#include "values/OperandEvaluator.h"
+#include "text/LineScanner.h"
+#include "value/LocalTime.h"
 
 namespace kalvex {
 

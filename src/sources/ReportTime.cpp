@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "engine/LineScanner.h"
-#include "values/LocalTime.h"
-#include "values/OperandEvaluator.h"
-#include "values/ValueText.h"
+#include "operands/OperandEvaluator.h"
+#include "text/LineScanner.h"
+#include "value/LocalTime.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

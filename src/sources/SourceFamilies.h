@@ -3,7 +3,7 @@
 #pragma once
 
 #include "engine/Statement.h"
-#include "values/KeywordFunction.h"
+#include "operands/KeywordFunction.h"
 
 namespace kalvex {
 

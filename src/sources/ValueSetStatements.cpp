@@ -1,8 +1,8 @@
 // MGET and MPUT: the values of a period in one request.
-#include "engine/LineScanner.h"
+#include "operands/TimeText.h"
 #include "sources/InterfaceObj.h"
 #include "sources/SourceFamilies.h"
-#include "values/TimeText.h"
+#include "text/LineScanner.h"
 
 namespace kalvex {
 

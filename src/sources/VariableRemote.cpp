@@ -1,8 +1,8 @@
 #include "sources/VariableRemote.h"
 
 #include "sources/InterfaceClientConnection.h"
-#include "values/LocalTime.h"
-#include "values/ValueText.h"
+#include "value/LocalTime.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "operands/Variable.h"
 #include "sources/InterfaceObj.h"
-#include "values/Variable.h"
 
 namespace kalvex {
 

@@ -1,6 +1,6 @@
 #include "vantrel/Codes.h"
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -12,8 +12,8 @@
 #include <variant>
 #include <vector>
 
-#include "values/Status.h"
-#include "values/Value.h"
+#include "value/Status.h"
+#include "value/Value.h"
 
 namespace kalvex {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "values/ArchiveValueList.h"
+#include "value/ArchiveValueList.h"
 #include "vantrel/Messages.h"
 #include "vantrel/VarVal.h"
 

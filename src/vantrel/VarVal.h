@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "values/Value.h"
+#include "value/Value.h"
 #include "vantrel/Messages.h"
 
 namespace kalvex {

@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "app/KalvexApp.h"
-#include "platform/CodePage.h"
 #include "platform/IniProfile.h"
 #include "scratch_folder.h"
+#include "text/CodePage.h"
 #include "vantrel/InProcess.h"
 
 namespace kalvex {

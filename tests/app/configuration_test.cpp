@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/CodePage.h"
 #include "platform/IniProfile.h"
 #include "scratch_folder.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

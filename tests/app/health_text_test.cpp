@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "app/KalvexLog.h"
 #include "app/LogStream.h"
-#include "platform/CodePage.h"
 #include "scratch_folder.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

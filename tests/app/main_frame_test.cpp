@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "app_fakes.h"
-#include "values/Variable.h"
+#include "operands/Variable.h"
 
 namespace kalvex {
 namespace {

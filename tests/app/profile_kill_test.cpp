@@ -7,9 +7,9 @@
 #include <cstdlib>
 
 #include "app/Configuration.h"
-#include "platform/CodePage.h"
 #include "platform/IniProfile.h"
 #include "scratch_folder.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <cstdlib>
 
-#include "platform/CodePage.h"
 #include "platform/IniProfile.h"
 #include "scratch_folder.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

@@ -4,10 +4,10 @@
 #include "app/Health.h"
 #include "app/HealthText.h"
 #include "engine/script_world.h"
+#include "operands/allocation_count.h"
+#include "operands/zone_scope.h"
 #include "platform/scratch_file.h"
 #include "sources/ClientInterface.h"
-#include "values/allocation_count.h"
-#include "values/zone_scope.h"
 #include "vantrel/plant/SimulatedPlant.h"
 
 namespace kalvex {

@@ -15,9 +15,9 @@
 #include "engine/Tick.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

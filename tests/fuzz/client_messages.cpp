@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -1,6 +1,6 @@
 // What a client decodes.
 #include "fuzz/parcels.h"
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     kalvex::CheckParcel<kalvex::ServerParcel>(kalvex::Bytes(data, size));

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

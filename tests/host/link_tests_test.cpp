@@ -9,8 +9,8 @@
 
 #include "host/host_world.h"
 #include "loopback.h"
+#include "operands/OperandEvaluator.h"
 #include "platform/posix/NetworkProbes.h"
-#include "values/OperandEvaluator.h"
 
 namespace kalvex {
 namespace {

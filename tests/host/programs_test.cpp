@@ -5,9 +5,9 @@
 #include <map>
 
 #include "host/host_world.h"
+#include "operands/OperandEvaluator.h"
 #include "platform/posix/Processes.h"
 #include "platform/program_end.h"
-#include "values/OperandEvaluator.h"
 
 namespace kalvex {
 namespace {

@@ -8,12 +8,12 @@
 #include "language/Directives.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
+#include "operands/Conditions.h"
+#include "operands/OperandEvaluator.h"
+#include "operands/ScriptErrors.h"
+#include "operands/TimeProperties.h"
 #include "platform/Files.h"
-#include "values/Conditions.h"
-#include "values/OperandEvaluator.h"
-#include "values/ScriptErrors.h"
-#include "values/Status.h"
-#include "values/TimeProperties.h"
+#include "value/Status.h"
 
 namespace kalvex {
 namespace {

@@ -5,7 +5,7 @@
 #include <clocale>
 #include <cstdlib>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

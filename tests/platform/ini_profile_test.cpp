@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <functional>
 
-#include "platform/CodePage.h"
 #include "scratch_folder.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <filesystem>
 
-#include "platform/CodePage.h"
 #include "platform/UserSession.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

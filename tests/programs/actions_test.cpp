@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/CodePage.h"
 #include "platform/scratch_file.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 namespace {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "values/fake_script.h"
+#include "operands/fake_script.h"
 
 namespace kalvex {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "values/fake_script.h"
+#include "operands/fake_script.h"
 
 namespace kalvex {
 namespace {

@@ -1,7 +1,7 @@
 // A real client connection at the server, within one process.
 #include "server_fixture.h"
-#include "values/ArchiveValueList.h"
-#include "values/ValueText.h"
+#include "value/ArchiveValueList.h"
+#include "value/ValueText.h"
 #include "vantrel/ClientConnection.h"
 #include "vantrel/InProcess.h"
 

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "values/Status.h"
+#include "value/Status.h"
 
 namespace kalvex {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "local_zone.h"
-#include "values/LocalTime.h"
+#include "value/LocalTime.h"
 
 namespace kalvex {
 namespace {

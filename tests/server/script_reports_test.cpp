@@ -2,10 +2,10 @@
 #include <gmock/gmock.h>
 
 #include "engine/script_world.h"
+#include "operands/zone_scope.h"
 #include "server/Server.h"
 #include "sources/ClientInterface.h"
 #include "temporary_folder.h"
-#include "values/zone_scope.h"
 #include "vantrel/InProcess.h"
 
 namespace kalvex {

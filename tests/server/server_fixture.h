@@ -13,11 +13,11 @@
 
 #include "local_zone.h"
 #include "platform/Clock.h"
-#include "platform/CodePage.h"
 #include "platform/MainLoop.h"
 #include "server/Server.h"
 #include "temporary_folder.h"
-#include "values/LocalTime.h"
+#include "text/CodePage.h"
+#include "value/LocalTime.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {

@@ -6,7 +6,7 @@
 
 #include "killed_writer.h"
 #include "server_fixture.h"
-#include "values/ValueText.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 namespace {

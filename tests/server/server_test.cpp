@@ -1,7 +1,7 @@
 // The server through time: signals, archives, automatic reports, restarts, changes of
 // configuration.
 #include "server_fixture.h"
-#include "values/Status.h"
+#include "value/Status.h"
 
 namespace kalvex {
 namespace {

@@ -1,6 +1,6 @@
 // What one client hears and may do.
 #include "server_fixture.h"
-#include "values/Status.h"
+#include "value/Status.h"
 
 namespace kalvex {
 namespace {

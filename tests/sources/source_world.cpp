@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/scratch_file.h"
-#include "values/LocalTimeText.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex {
 

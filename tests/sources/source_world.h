@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "engine/script_world.h"
+#include "operands/zone_scope.h"
 #include "sources/ClientInterface.h"
 #include "sources/InterfaceObj.h"
-#include "values/zone_scope.h"
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
 

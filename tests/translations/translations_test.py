@@ -31,7 +31,7 @@ TABLES = {
     # the reasons of src/platform/posix/LocalListener.cpp
     "src/programs/kalvexd/Service.cpp": None,
     "src/sources/InterfaceClientConnection.cpp": {"NOBODY", "%s (%s)", "%s - %s (%s@%s)"},
-    # its texts are the rows of src/values/ScriptErrors.h
+    # its texts are the rows of src/operands/ScriptErrors.h
     "src/engine/ScriptRun.cpp": None,
 }
 
@@ -52,7 +52,7 @@ def catalogue(path):
 
 
 def translated():
-    rows = re.findall(r'X\(\d+, \w+, "([^"]*)",\s*true\)', read("src/values/ScriptErrors.h"))
+    rows = re.findall(r'X\(\d+, \w+, "([^"]*)",\s*true\)', read("src/operands/ScriptErrors.h"))
     assert rows
     texts = set(rows)
     for path in (ROOT / "src").rglob("*.cpp"):

@@ -1,6 +1,6 @@
 #include "vantrel/hand_server.h"
 
-#include "values/ValueText.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

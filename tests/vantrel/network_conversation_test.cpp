@@ -4,8 +4,8 @@
 #include <future>
 #include <thread>
 
-#include "platform/CodePage.h"
-#include "values/value_dump.h"
+#include "operands/value_dump.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network_world.h"
 

@@ -4,7 +4,7 @@
 #include <future>
 #include <thread>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network_world.h"
 #include "vantrel/raw_peer.h"

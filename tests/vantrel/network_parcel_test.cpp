@@ -4,9 +4,9 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/CodePage.h"
+#include "operands/value_dump.h"
 #include "sorvane.pb.h"
-#include "values/value_dump.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/Parcel.h"
 #include "vantrel/network_world.h"

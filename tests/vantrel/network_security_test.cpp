@@ -6,7 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/certificates.h"
 #include "vantrel/network_world.h"

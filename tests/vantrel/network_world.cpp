@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/CodePage.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
-#include "platform/CodePage.h"
 #include "platform/scratch_file.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
 #include "vantrel/plant/PlantFile.h"
 
 namespace kalvex {

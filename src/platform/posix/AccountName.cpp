@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <vector>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

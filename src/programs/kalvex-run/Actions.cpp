@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "platform/CodePage.h"
 #include "platform/JsonFile.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
-#include "platform/CodePage.h"
-#include "values/Status.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/Status.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

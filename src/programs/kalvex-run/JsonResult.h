@@ -4,9 +4,9 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
+#include "operands/Variable.h"
 #include "programs/kalvex-run/Runner.h"
-#include "values/Value.h"
-#include "values/Variable.h"
+#include "value/Value.h"
 
 namespace kalvex {
 

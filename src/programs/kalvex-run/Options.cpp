@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/CodePage.h"
-#include "values/LocalTimeText.h"
+#include "text/CodePage.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex {
 

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "platform/CodePage.h"
-#include "values/LocalTimeText.h"
+#include "text/CodePage.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex {
 

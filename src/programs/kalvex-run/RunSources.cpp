@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "platform/CodePage.h"
 #include "programs/kalvex-run/JsonResult.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

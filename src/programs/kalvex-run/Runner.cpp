@@ -6,9 +6,9 @@
 
 #include "language/Functions.h"
 #include "language/Statements.h"
-#include "platform/CodePage.h"
 #include "platform/posix/SystemClock.h"
 #include "programs/kalvex-run/Interruption.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/CodePage.h"
-#include "values/LocalTimeText.h"
-#include "values/Status.h"
-#include "values/ValueText.h"
+#include "text/CodePage.h"
+#include "value/LocalTimeText.h"
+#include "value/Status.h"
+#include "value/ValueText.h"
 
 namespace kalvex {
 

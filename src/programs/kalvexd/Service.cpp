@@ -8,9 +8,9 @@
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
-#include "platform/CodePage.h"
-#include "platform/TextFormat.h"
 #include "platform/posix/AccountName.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
 #include "vantrel/network/Endpoint.h"
 
 namespace kalvex {

@@ -1,11 +1,11 @@
 #include "programs/kalvexd/ServiceLibraries.h"
 
 #include "app/ServerAddresses.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
-#include "platform/TextFormat.h"
 #include "programs/kalvexd/ServiceLoop.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 

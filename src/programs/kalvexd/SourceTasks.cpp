@@ -5,9 +5,9 @@
 #include <iostream>
 
 #include "app/Configuration.h"
-#include "platform/CodePage.h"
 #include "platform/IniProfile.h"
 #include "programs/PasswordPrompt.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

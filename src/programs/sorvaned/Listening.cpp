@@ -1,6 +1,6 @@
 #include "programs/sorvaned/Listening.h"
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <iostream>
 
-#include "platform/CodePage.h"
 #include "platform/ServiceManager.h"
 #include "platform/UserStore.h"
 #include "platform/posix/PosixMainLoop.h"
@@ -12,7 +11,8 @@
 #include "programs/PasswordPrompt.h"
 #include "programs/sorvaned/Listening.h"
 #include "server/Server.h"
-#include "values/LocalTimeText.h"
+#include "text/CodePage.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex {
 

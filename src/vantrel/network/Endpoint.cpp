@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-#include "platform/CodePage.h"
 #include "platform/NetworkAddress.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {

@@ -4,8 +4,8 @@
 #include <map>
 #include <utility>
 
-#include "platform/CodePage.h"
 #include "platform/NetworkAddress.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/LocalSocket.h"
 #include "vantrel/network/ServerCall.h"

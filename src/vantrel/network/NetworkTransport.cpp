@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/ListReception.h"
 

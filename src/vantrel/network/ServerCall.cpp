@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {

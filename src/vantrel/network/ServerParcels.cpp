@@ -1,5 +1,5 @@
 // What a server says: out at the server, in at the client.
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/ListCutter.h"
 #include "vantrel/network/Parcel.h"

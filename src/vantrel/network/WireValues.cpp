@@ -2,7 +2,7 @@
 
 #include <google/protobuf/stubs/logging.h>
 
-#include "platform/CodePage.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 

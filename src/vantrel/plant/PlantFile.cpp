@@ -3,9 +3,9 @@
 #include <array>
 #include <limits>
 
-#include "platform/CodePage.h"
 #include "platform/JsonFile.h"
-#include "values/LocalTimeText.h"
+#include "text/CodePage.h"
+#include "value/LocalTimeText.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {

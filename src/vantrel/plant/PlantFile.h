@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "values/Status.h"
-#include "values/Value.h"
+#include "value/Status.h"
+#include "value/Value.h"
 
 namespace kalvex {
 

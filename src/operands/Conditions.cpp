@@ -1,0 +1,92 @@
+#include "operands/Conditions.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "operands/OperandEvaluator.h"
+
+namespace kalvex {
+
+namespace {
+
+bool IsSetByUser(CScriptContext& document, std::string_view operand) {
+    std::uint16_t word = 0;
+    return GetVariableStatus(document, operand, &word) && (word & Status::SetByUser) != 0;
+}
+
+// A test of the reading, not of the status.
+bool IsUnknown(CScriptContext& document, std::string_view operand) {
+    CVal value;
+    return !EvaluateOperand(document, operand, value, ValueType::Double, true);
+}
+
+template <int (CVariable::*Test)(int kind)>
+bool IsReport(CScriptContext& document, std::string_view operand) {
+    CVariable* variable = FindVariable(document, operand);
+    return variable != nullptr && (variable->*Test)(GetValueKind(operand)) != 0;
+}
+
+constexpr ConditionWordRow kConditionWords[] = {
+    {"SET_BY_USER", IsSetByUser, ""},
+    {"UNKNOWN", IsUnknown, "Sprawdzenie, czy zmienna posiada niepoprawną wartość"},
+    {"READY", IsReport<&CVariable::IsReady>,
+     "Sprawdzenie, czy dane są już pobrane lub wystąpił błąd pobrania"},
+    {"REP_INITED", IsReport<&CVariable::IsReportInited>,
+     "Sprawdzenie, czy raport został zainicjowany"},
+    {"REP_LOADED", IsReport<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
+};
+
+struct Comparison {
+    std::string_view text;
+    int (CVal::*compare)(const CVal& right) const;
+};
+
+constexpr Comparison kComparisons[] = {{"==", &CVal::operator== },
+                                        {"!=", &CVal::operator!= },
+                                         {">", &CVal::operator> },
+                                          {"<", &CVal::operator<},
+                                           {">=", &CVal::operator>= },
+                                            {
+                                                "<=",
+                                                &CVal::operator<= },
+                                           };
+
+bool IsStringLiteral(std::string_view side) {
+    return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
+}
+
+bool EvaluateSide(CScriptContext& document, std::string_view side, CVal& out) {
+    if (IsStringLiteral(side)) {
+        out = CVal(side.substr(1, side.size() - 2));
+        return true;
+    }
+    const std::string bracketed = '(' + std::string(side) + ')';
+    std::string_view text = bracketed;
+    return EvaluateExpression(document, text, out, ValueType::Double);
+}
+
+}  // namespace
+
+std::span<const ConditionWordRow> ConditionWords() {
+    return kConditionWords;
+}
+
+const ConditionWordRow* FindConditionWord(std::string_view word) {
+    const auto row = std::ranges::find(kConditionWords, word, &ConditionWordRow::word);
+    return row == std::end(kConditionWords) ? nullptr : row;
+}
+
+int CompareOperands(CScriptContext& document, std::string_view left, std::string_view right,
+                    std::string_view op) {
+    if (const ConditionWordRow* row = FindConditionWord(left)) return row->test(document, op);
+    CVal leftValue;
+    CVal rightValue;
+    const bool leftRead = EvaluateSide(document, left, leftValue);
+    const bool rightRead = EvaluateSide(document, right, rightValue);
+    const auto comparison = std::ranges::find(kComparisons, op, &Comparison::text);
+    if (!leftRead || !rightRead || comparison == std::end(kComparisons)) return -1;
+    return (leftValue.*comparison->compare)(rightValue);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,219 @@
+#include "operands/FormulaOperators.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+
+#include "operands/FormulaParser.h"
+#include "value/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+template <CVal& (CVal::*Operation)(const CVal&)>
+bool Arithmetic(FormulaParser& stack) {
+    const CVal right = stack.Pop();
+    CVal left = stack.Pop();
+    (left.*Operation)(right);
+    stack.Push(std::move(left));
+    return true;
+}
+
+template <int (CVal::*Comparison)(const CVal&) const>
+bool Compare(FormulaParser& stack) {
+    const CVal right = stack.Pop();
+    const CVal left = stack.Pop();
+    stack.Push(CVal((left.*Comparison)(right)));
+    return true;
+}
+
+template <class Operation>
+bool OnIntegers(FormulaParser& stack, Operation operation) {
+    const int right = ValueToInt(stack.Pop());
+    const int left = ValueToInt(stack.Pop());
+    stack.Push(CVal(operation(left, right)));
+    return true;
+}
+
+template <double (*Function)(double)>
+bool OnDouble(FormulaParser& stack) {
+    stack.Push(CVal(Function(ValueToDouble(stack.Pop()))));
+    return true;
+}
+
+bool Power(FormulaParser& stack) {
+    const CVal exponent = stack.Pop();
+    const CVal base = stack.Pop();
+    stack.Push(pow(base, exponent));
+    return true;
+}
+
+bool Negate(FormulaParser& stack) {
+    stack.Push(stack.Pop() * CVal(-1));
+    return true;
+}
+
+bool SquareValue(FormulaParser& stack) {
+    const CVal value = stack.Pop();
+    stack.Push(value * value);
+    return true;
+}
+
+bool Remainder(FormulaParser& stack) {
+    const int right = ValueToInt(stack.Pop());
+    const int left = ValueToInt(stack.Pop());
+    if (right == 0) return false;
+    stack.Push(CVal(right == -1 ? 0 : left % right));
+    return true;
+}
+
+bool BitAnd(FormulaParser& stack) {
+    return OnIntegers(stack, [](int a, int b) { return a & b; });
+}
+
+bool BitOr(FormulaParser& stack) {
+    return OnIntegers(stack, [](int a, int b) { return a | b; });
+}
+
+bool BitXor(FormulaParser& stack) {
+    return OnIntegers(stack, [](int a, int b) { return a ^ b; });
+}
+
+bool LogicalAnd(FormulaParser& stack) {
+    return OnIntegers(stack, [](int a, int b) { return a != 0 && b != 0 ? 1 : 0; });
+}
+
+bool LogicalOr(FormulaParser& stack) {
+    return OnIntegers(stack, [](int a, int b) { return a != 0 || b != 0 ? 1 : 0; });
+}
+
+bool LogicalNot(FormulaParser& stack) {
+    stack.Push(CVal((stack.Pop() != CVal(0)) != 0 ? 0 : 1));
+    return true;
+}
+
+bool Complement(FormulaParser& stack) {
+    stack.Push(~stack.Pop());
+    return true;
+}
+
+bool FactorialOfTop(FormulaParser& stack) {
+    const int n = ValueToInt(stack.Pop());
+    std::uint32_t product = 1;
+    // From 34! on the product has lost all of its 32 bits.
+    for (int i = 2; i <= n && product != 0; ++i) product *= static_cast<std::uint32_t>(i);
+    stack.Push(CVal(static_cast<std::int32_t>(product)));
+    return true;
+}
+
+bool TruncateTop(FormulaParser& stack) {
+    stack.Push(CVal(ValueToInt(stack.Pop())));
+    return true;
+}
+
+bool RoundTop(FormulaParser& stack) {
+    const int digits = ValueToInt(stack.Pop());
+    stack.Push(CVal(RoundToDigits(ValueToDouble(stack.Pop()), digits)));
+    return true;
+}
+
+// "TG" has no entry in the last column: a token of two letters is read as a variable.
+constexpr std::array kOperators = {
+    FormulaOperator{FormulaLetter::Or, "||", 1, false, LogicalOr},
+    FormulaOperator{FormulaLetter::And, "&&", 2, false, LogicalAnd},
+    FormulaOperator{FormulaLetter::NotEqual, "!=", 3, false, Compare<(&CVal::operator!=)>},
+    FormulaOperator{FormulaLetter::Equal, "==", 3, false, Compare<(&CVal::operator==)>},
+    FormulaOperator{FormulaLetter::LessEqual, "<=", 3, false, Compare<(&CVal::operator<=)>},
+    FormulaOperator{FormulaLetter::GreaterEqual, ">=", 3, false, Compare<(&CVal::operator>=)>},
+    FormulaOperator{'<', "<", 3, false, Compare<(&CVal::operator<)>},
+    FormulaOperator{'>', ">", 3, false, Compare<(&CVal::operator>)>},
+    FormulaOperator{'|', "|", 4, false, BitOr},
+    FormulaOperator{'^', "^", 5, false, BitXor},
+    FormulaOperator{'&', "&", 6, false, BitAnd},
+    FormulaOperator{'+', "+", 7, false, Arithmetic<(&CVal::operator+=)>},
+    FormulaOperator{'-', "-", 7, false, Arithmetic<(&CVal::operator-=)>},
+    FormulaOperator{'*', "*", 8, false, Arithmetic<(&CVal::operator*=)>},
+    FormulaOperator{'/', "/", 8, false, Arithmetic<(&CVal::operator/=)>},
+    FormulaOperator{'%', "%", 8, false, Remainder},
+    FormulaOperator{'#', "#", kBindsFirst, false, Power},
+    FormulaOperator{FormulaLetter::UnaryMinus, "P", kBindsFirst, false, Negate},
+    FormulaOperator{'!', "!", 0, false, FactorialOfTop},
+    FormulaOperator{'~', "~", 0, false, Complement},
+    FormulaOperator{'N', "NOT", kBindsFirst, true, LogicalNot},
+    FormulaOperator{'S', "SIN", kBindsFirst, true, OnDouble<std::sin>},
+    FormulaOperator{'C', "COS", kBindsFirst, true, OnDouble<std::cos>},
+    FormulaOperator{'U', "TG", kBindsFirst, true, nullptr},
+    FormulaOperator{'V', "CTG", kBindsFirst, true, OnDouble<Cotangent>},
+    FormulaOperator{'W', "ARCSIN", kBindsFirst, true, OnDouble<std::asin>},
+    FormulaOperator{'X', "ARCCOS", kBindsFirst, true, OnDouble<std::acos>},
+    FormulaOperator{'Y', "ARCTG", kBindsFirst, true, OnDouble<std::atan>},
+    FormulaOperator{'Z', "ARCCTG", kBindsFirst, true, OnDouble<ArcCotangent>},
+    FormulaOperator{'T', "SQRT", kBindsFirst, true, OnDouble<std::sqrt>},
+    FormulaOperator{'Q', "SQR", kBindsFirst, true, SquareValue},
+    FormulaOperator{'I', "INT", kBindsFirst, true, TruncateTop},
+    FormulaOperator{'R', "ROUND", kBindsFirst, true, RoundTop},
+    FormulaOperator{'F', "FACTORIAL", kBindsFirst, true, FactorialOfTop},
+};
+
+constexpr unsigned char kNoRow = 255;
+
+// Row of each letter; kNoRow for a character that is no operator's letter.
+constexpr auto kRowByLetter = [] {
+    std::array<unsigned char, 256> rows{};
+    rows.fill(kNoRow);
+    for (std::size_t i = 0; i < kOperators.size(); ++i) {
+        rows[static_cast<unsigned char>(kOperators[i].letter)] = static_cast<unsigned char>(i);
+    }
+    return rows;
+}();
+
+template <class Test>
+const FormulaOperator* FindOperator(std::string_view text, Test test) {
+    for (const FormulaOperator& row : kOperators) {
+        if (row.text.front() == text.front() && row.text == text && test(row)) return &row;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+const FormulaOperator* FindOperatorByLetter(char letter) {
+    const unsigned char row = kRowByLetter[static_cast<unsigned char>(letter)];
+    return row == kNoRow ? nullptr : &kOperators[row];
+}
+
+const FormulaOperator* FindFunctionByName(std::string_view name) {
+    return FindOperator(name, [](const FormulaOperator& row) { return row.function; });
+}
+
+const FormulaOperator* FindOperatorByText(std::string_view text) {
+    if (text.size() == 1) {
+        const FormulaOperator* row = FindOperatorByLetter(text.front());
+        return row != nullptr && row->text == text ? row : nullptr;
+    }
+    return FindOperator(text, [](const FormulaOperator& row) { return row.apply != nullptr; });
+}
+
+double RoundToDigits(double x, int digits) {
+    double whole = 0;
+    double fraction = std::modf(x, &whole);
+    std::uint32_t scale = 1;
+    // From 32 digits on the scale has lost all of its 32 bits.
+    for (int i = 0; i < std::min(digits, 32); ++i) scale *= 10;
+    fraction *= scale;
+    const double below = std::floor(fraction);
+    fraction = fraction - below < 0.5 ? below : std::ceil(fraction);
+    return fraction / scale + whole;
+}
+
+double Cotangent(double x) {
+    return 1.0 / std::tan(x);
+}
+
+double ArcCotangent(double x) {
+    return 1.5707963267948966 - std::atan(x);
+}
+
+}  // namespace kalvex

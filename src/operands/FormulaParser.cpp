@@ -1,0 +1,264 @@
+#include "operands/FormulaParser.h"
+
+#include <array>
+
+#include "operands/FormulaOperators.h"
+#include "operands/OperandEvaluator.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+// The first pass. `negative` says that a "-" now means the unary minus.
+class Compiler {
+  public:
+    Compiler(CScriptContext& document, std::string_view text, std::string& postfix)
+        : m_document(document), m_text(text), m_postfix(postfix) {}
+
+    bool Run() {
+        while (m_position < m_text.size() && m_text[m_position] != ';') {
+            if (!CompileAt(m_text[m_position])) return false;
+        }
+        return Flush();
+    }
+
+  private:
+    bool Fail(ScriptError code) {
+        m_count = 0;
+        m_document.SetError(code, {}, false);
+        return false;
+    }
+
+    char Next() const { return m_position < m_text.size() ? m_text[m_position] : '\0'; }
+
+    void SkipBlanks() {
+        while (Next() == ' ' || Next() == '\t') ++m_position;
+    }
+
+    void Push(char letter) {
+        if (m_count == m_stack.size()) {
+            Fail(ErrorStackOverflow);
+        } else {
+            m_stack[m_count++] = letter;
+        }
+    }
+
+    char Pop() { return m_count == 0 ? '\0' : m_stack[--m_count]; }
+
+    void Write(char letter) {
+        const FormulaOperator* row = FindOperatorByLetter(letter);
+        if (row != nullptr) {
+            m_postfix += row->text;
+        } else {
+            m_postfix += letter;
+        }
+        m_postfix += ' ';
+    }
+
+    bool CompileAt(char c) {
+        if (c == ' ' || c == '\t') {
+            ++m_position;
+            return true;
+        }
+        if (c == ',') return CompileComma();
+        if (IsLetterOrDigit(c) || c == '.') return CompileWord();
+        ++m_position;
+        if (c == '(') return OpenBracket();
+        if (c == ')') return CloseBracket();
+        return CompileOperator(c);
+    }
+
+    bool CompileComma() {
+        ++m_position;
+        if (m_count > 0 && m_stack[m_count - 1] == FormulaLetter::UnaryMinus) Write(Pop());
+        return true;
+    }
+
+    bool CompileWord() {
+        const std::size_t start = m_position;
+        while (m_position < m_text.size() &&
+               (IsLetterOrDigit(m_text[m_position]) || m_text[m_position] == '.' ||
+                m_text[m_position] == '_')) {
+            ++m_position;
+        }
+        const std::string_view word = m_text.substr(start, m_position - start);
+        m_negative = false;
+        const FormulaOperator* function = FindFunction(word);
+        if (function == nullptr) {
+            m_postfix += word;
+            m_postfix += ' ';
+            return true;
+        }
+        SkipBlanks();
+        Push(function->letter);
+        return Next() == '(' || Fail(ErrorBadFunction);
+    }
+
+    static const FormulaOperator* FindFunction(std::string_view word) {
+        constexpr std::size_t kShortest = 2;
+        constexpr std::size_t kLongest = 9;
+        if (word.size() < kShortest || word.size() > kLongest) return nullptr;
+        std::array<char, kLongest> upper;
+        for (std::size_t i = 0; i < word.size(); ++i) {
+            upper[i] = static_cast<char>(ToUpper(static_cast<unsigned char>(word[i])));
+        }
+        return FindFunctionByName({upper.data(), word.size()});
+    }
+
+    bool OpenBracket() {
+        Push('(');
+        SkipBlanks();
+        if (Next() == '-') m_negative = true;
+        return true;
+    }
+
+    bool CloseBracket() {
+        for (;;) {
+            if (m_count == 0) return Fail(ErrorBadEquation);
+            const char top = Pop();
+            if (top == '(') return true;
+            Write(top);
+        }
+    }
+
+    // The letter of the operator that begins with c, its further characters taken; 0 for a "=" that
+    // belongs to nothing.
+    char TakeOperator(char c) {
+        if (m_negative && c == '-') {
+            c = FormulaLetter::UnaryMinus;
+            m_negative = false;
+        } else if ((c == '&' || c == '|') && Next() == c) {
+            c = c == '&' ? FormulaLetter::And : FormulaLetter::Or;
+            ++m_position;
+        }
+        if (Next() != '=') return c;
+        ++m_position;
+        switch (c) {
+            case '!':
+                return FormulaLetter::NotEqual;
+            case '<':
+                return FormulaLetter::LessEqual;
+            case '=':
+                return FormulaLetter::Equal;
+            case '>':
+                return FormulaLetter::GreaterEqual;
+            default:
+                return '\0';
+        }
+    }
+
+    static bool IsWrittenBefore(char top, char c) {
+        const FormulaOperator* waiting = FindOperatorByLetter(top);
+        if (waiting == nullptr || waiting->binding == 0) return false;
+        if (waiting->binding == kBindsFirst) return true;
+        const FormulaOperator* coming = FindOperatorByLetter(c);
+        return coming == nullptr || coming->binding <= waiting->binding;
+    }
+
+    bool CompileOperator(char first) {
+        const char c = TakeOperator(first);
+        if (c == '\0') return Fail(ErrorBadOperator);
+        char top = Pop();
+        while (IsWrittenBefore(top, c)) {
+            Write(top);
+            top = Pop();
+        }
+        constexpr std::string_view kNeverSecond = "|^&~+*/%#";
+        if (m_position < m_text.size() && kNeverSecond.find(Next()) != std::string_view::npos) {
+            return Fail(ErrorBadEquation);
+        }
+        Push(top);
+        Push(c);
+        SkipBlanks();
+        m_negative = Next() == '-';
+        return true;
+    }
+
+    bool Flush() {
+        for (char top = Pop(); top != '\0'; top = Pop()) {
+            if (top == '(') return Fail(ErrorBadEquation);
+            Write(top);
+        }
+        return true;
+    }
+
+    CScriptContext& m_document;
+    std::string_view m_text;
+    std::string& m_postfix;
+    std::size_t m_position = 0;
+    bool m_negative = true;
+    std::array<char, FormulaParser::kStackCells> m_stack;
+    std::size_t m_count = 0;
+};
+
+bool HoldsLetter(std::string_view token) {
+    for (char c : token) {
+        if (IsLetterOrDigit(c) && (c < '0' || c > '9')) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool FormulaParser::CompileFormula(std::string_view text, std::string& postfix) {
+    postfix.clear();
+    postfix.reserve(2 * text.size() + 8);
+    return Compiler(m_document, text, postfix).Run();
+}
+
+void FormulaParser::Push(CVal value) {
+    if (m_stack.size() == kStackCells) {
+        m_stack.clear();
+        m_document.SetError(ErrorStackOverflow, {}, false);
+    } else {
+        m_stack.push_back(std::move(value));
+    }
+}
+
+CVal FormulaParser::Pop() {
+    if (m_stack.empty()) return CVal(0);
+    CVal top = std::move(m_stack.back());
+    m_stack.pop_back();
+    return top;
+}
+
+bool FormulaParser::EvaluateToken(std::string_view token) {
+    double number = 0;
+    const char first = token[0];
+    if (((first >= '0' && first <= '9') || first == '.') && ConvertString2Double(token, &number)) {
+        if (HoldsLetter(token)) return false;
+        Push(CVal(number));
+        return true;
+    }
+    if (const FormulaOperator* row = FindOperatorByText(token)) {
+        if (row->apply(*this)) return true;
+        m_document.SetError(ErrorBadEquation, {}, false);
+        return false;
+    }
+    CVal operand;
+    if (!EvaluateOperand(m_document, token, operand, ValueType::Double, true)) {
+        m_document.SetError(ErrorRemoteValue, {}, false);
+        return false;
+    }
+    Push(std::move(operand));
+    return true;
+}
+
+bool FormulaParser::EvaluatePostfix(CVal& out, std::string_view postfix) {
+    m_stack.clear();
+    m_stack.reserve(8);
+    out = CVal(0);
+    while (!postfix.empty()) {
+        const std::string_view token = postfix.substr(0, postfix.find(' '));
+        if (token.empty()) break;
+        if (!EvaluateToken(token)) return false;
+        postfix.remove_prefix(std::min(token.size() + 1, postfix.size()));
+    }
+    out = Pop();
+    return true;
+}
+
+}  // namespace kalvex

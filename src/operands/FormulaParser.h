@@ -1,0 +1,37 @@
+// Arithmetic formulas: infix text to postfix text by shunting-yard, then postfix text to a value on
+// a stack. Made for one evaluation. The errors 10, 12, 13, 14 and 15 go to the document, not
+// forced.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "operands/ScriptContext.h"
+#include "value/Value.h"
+
+namespace kalvex {
+
+class FormulaParser {
+  public:
+    explicit FormulaParser(CScriptContext& document) : m_document(document) {}
+
+    // `postfix` receives the tokens, each followed by one blank.
+    bool CompileFormula(std::string_view text, std::string& postfix);
+    // The value left on top of the stack, the integer 0 for an empty one.
+    bool EvaluatePostfix(CVal& out, std::string_view postfix);
+
+    static constexpr std::size_t kStackCells = 1024;
+
+    // The value stack, for the operators.
+    void Push(CVal value);
+    CVal Pop();  // the integer 0 when nothing is left
+
+  private:
+    bool EvaluateToken(std::string_view token);
+
+    CScriptContext& m_document;
+    std::vector<CVal> m_stack;
+};
+
+}  // namespace kalvex

@@ -1,0 +1,201 @@
+#include "operands/ListFunctions.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "operands/FunctionFamilies.h"
+#include "operands/ListAggregates.h"
+#include "operands/OperandEvaluator.h"
+#include "operands/StatusArgument.h"
+#include "operands/TimeText.h"
+#include "text/LineScanner.h"
+#include "value/LocalTime.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::string_view kFrom = "FROM";
+constexpr std::string_view kTo = "TO";
+
+bool Fail(CScriptContext& document, ScriptError code, std::string_view text) {
+    document.SetError(code, text, true);
+    return false;
+}
+
+CVariableList* FindList(CScriptContext& document, std::string_view name) {
+    CVariable* variable = FindVariable(document, name);
+    if (variable == nullptr) {
+        Fail(document, ErrorUndefinedVariable, BaseName(name));
+    } else if (variable->GetKind() != VariableList) {
+        Fail(document, ErrorWrongKind, BaseName(name));
+    } else {
+        return static_cast<CVariableList*>(variable);
+    }
+    return nullptr;
+}
+
+// A local or remote variable, or a pointer to a remote one.
+CVariable* FindResult(CScriptContext& document, std::string_view name) {
+    CVariable* variable = FindVariable(document, name);
+    if (variable == nullptr) {
+        Fail(document, ErrorUndefinedVariable, BaseName(name));
+        return nullptr;
+    }
+    const VariableKind kind = variable->GetKind();
+    if (kind == VariableLocal || kind == VariableRemote) return variable;
+    if (kind == VariablePointer &&
+        static_cast<CVariablePointer*>(variable)->GetTargetKind() == VariableRemote) {
+        return variable;
+    }
+    Fail(document, ErrorWrongKind, BaseName(name));
+    return nullptr;
+}
+
+// "FROM <time>" or "TO <time>" at the front of the text.
+bool TakeBound(CScriptContext& document, std::string_view word, std::string_view& text,
+               std::int64_t& bound) {
+    text = TrimBlanks(text);
+    const std::string_view clause = text;
+    const std::string_view token = NextToken(text);
+    if (token.empty()) return Fail(document, ErrorArguments, word);
+    if (token != word) return Fail(document, ErrorUnknownKeyword, token);
+    return ParseDateFields(document, text, bound) || Fail(document, ErrorText, clause);
+}
+
+CalcResult ReadFilter(CScriptContext& document, std::string_view mask, std::string_view text,
+                      ElementFilter& filter) {
+    if (mask.empty()) return CalcResult::Done;
+    if (!ParseStatusArgument(document, mask, &filter.ignoreMask, StatusAction::Set)) {
+        Fail(document, ErrorArguments, mask);
+        return CalcResult::Error;
+    }
+    if (TrimBlanks(text).empty()) return CalcResult::Done;
+    if (!TakeBound(document, kFrom, text, filter.from) ||
+        !TakeBound(document, kTo, text, filter.to)) {
+        return CalcResult::Error;
+    }
+    return filter.from > filter.to ? CalcResult::RangeReversed : CalcResult::Done;
+}
+
+bool Count(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t) {
+    result = CVal(CountItems(list, filter));
+    return true;
+}
+
+bool Minimum(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t) {
+    return MinItem(list, result, filter);
+}
+
+bool Maximum(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t) {
+    return MaxItem(list, result, filter);
+}
+
+struct Aggregate {
+    std::string_view ending;
+    std::size_t longerThan;  // the length of list and function together
+    bool (*compute)(const CVariableList& list, CVal& result, const ElementFilter& filter,
+                    std::int64_t now);
+};
+
+constexpr Aggregate kAggregates[] = {
+    {".COUNT", 6, Count},     {".SUM", 6, SumItems},         {".MINIMUM", 8, Minimum},
+    {".MAXIMUM", 8, Maximum}, {".AVERAGE", 8, AverageItems},
+};
+
+const Aggregate* FindAggregate(std::string_view token) {
+    const auto row = std::ranges::find_if(kAggregates, [token](const Aggregate& aggregate) {
+        return token.size() > aggregate.longerThan && token.ends_with(aggregate.ending);
+    });
+    return row == std::end(kAggregates) ? nullptr : row;
+}
+
+std::int64_t NextHour(std::int64_t time) {
+    return time + 3600;
+}
+
+struct FillStep {
+    std::string_view word;
+    std::int64_t (*first)(std::int64_t time);
+    std::int64_t (*next)(std::int64_t time);
+};
+
+constexpr FillStep kFillSteps[] = {
+    {"HREP", GetFirstLocalHourTime, NextHour},
+    {"DREP", GetFirstLocalDayTime, GetNextLocalDayTime},
+    {"MREP", GetFirstLocalMonthTime, GetNextLocalMonthTime},
+};
+
+}  // namespace
+
+CalcResult CalcInList(CScriptContext& document, std::string_view text) {
+    const std::string_view source = NextToken(text);
+    const std::string_view target = NextToken(text);
+    const std::string_view mask = NextToken(text);
+    ElementFilter filter;
+    const CalcResult read = ReadFilter(document, mask, text, filter);
+    const CVariableList* list = FindList(document, source);
+    CVariable* result = FindResult(document, target);
+    if (list == nullptr || result == nullptr) return CalcResult::Error;
+    if (read != CalcResult::Done) return read;
+    const Aggregate* aggregate = FindAggregate(source);
+    CVal value;
+    CalcResult code = CalcResult::Done;
+    if (aggregate == nullptr) {
+        Fail(document, ErrorArguments, source);
+        code = CalcResult::Error;
+    } else if (!aggregate->compute(*list, value, filter, document.Services().clock.Now())) {
+        code = CalcResult::NothingComputed;
+    }
+    result->SetValue(value, GetValueKind(target));
+    return code;
+}
+
+bool FillInList(CScriptContext& document, std::string_view text) {
+    CVariableList* list = FindList(document, NextToken(text));
+    if (list == nullptr) return false;
+    const std::string_view valueToken = NextToken(text);
+    CVal value;
+    const int wanted = list->GetValueType(KindCurrent, 1);
+    if (!EvaluateOperand(document, valueToken, value, wanted, true)) {
+        return Fail(document, ErrorArguments, valueToken);
+    }
+    const std::string_view statusToken = NextToken(text);
+    std::uint16_t status = 0;
+    if (!ParseStatusArgument(document, statusToken, &status, StatusAction::Set)) {
+        return Fail(document, ErrorArguments, statusToken);
+    }
+    std::string_view startToken = NextToken(text);
+    const std::string_view endToken = NextToken(text);
+    std::string_view endText = endToken;
+    std::int64_t start = 0;
+    std::int64_t end = 0;
+    if (!ParseDateFields(document, startToken, start) || !ParseDateFields(document, endText, end)) {
+        return Fail(document, ErrorArguments, endToken);
+    }
+    const std::string_view stepToken = NextToken(text);
+    const auto step = std::ranges::find(kFillSteps, stepToken, &FillStep::word);
+    if (step == std::end(kFillSteps)) return Fail(document, ErrorArguments, stepToken);
+    value.SetStatus(status);
+    end = step->first(end);
+    for (std::int64_t time = step->first(start); time <= end; time = step->next(time)) {
+        value.SetTime(time);
+        list->Add(value);
+    }
+    return true;
+}
+
+FunctionResult CalcInListFunction(FunctionCall& call) {
+    const CalcResult code = CalcInList(call.document, TextBehindKeyword(call));
+    if (code == CalcResult::Error) return FunctionResult::Failed;
+    call.out = CVal(static_cast<int>(code));
+    return FunctionResult::Done;
+}
+
+FunctionResult FillInListFunction(FunctionCall& call) {
+    if (!FillInList(call.document, TextBehindKeyword(call))) return FunctionResult::Failed;
+    call.out = CVal(1);
+    return FunctionResult::Done;
+}
+
+}  // namespace kalvex

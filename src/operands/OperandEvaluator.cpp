@@ -1,0 +1,317 @@
+#include "operands/OperandEvaluator.h"
+
+#include <algorithm>
+#include <array>
+
+#include "operands/FormulaParser.h"
+#include "operands/KeywordFunction.h"
+#include "operands/ListAggregates.h"
+#include "operands/Schedule.h"
+#include "operands/TimeProperties.h"
+#include "text/CodePage.h"
+#include "text/LineScanner.h"
+#include "value/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+template <std::string (CVariable::*Getter)()>
+CVal TextOf(CVariable& variable) {
+    return CVal((variable.*Getter)());
+}
+
+template <int (CVariable::*Getter)()>
+CVal NumberOf(CVariable& variable) {
+    return CVal((variable.*Getter)() != 0 ? 1 : 0);
+}
+
+CVal NameOf(CVariable& variable) {
+    return CVal(std::string_view(variable.GetName()));
+}
+
+struct VariableProperty {
+    VariablePropertyRow row;
+    CVal (*read)(CVariable& variable);
+};
+
+constexpr VariableProperty kVariableProperties[] = {
+    {{".NAME", "Nazwa zmiennej"}, NameOf},
+    {{".DESCRIPTION", "Opis zmiennej"}, TextOf<&CVariable::GetDescription>},
+    {{".DESCNAME", "Nazwa pełna zmiennej"}, TextOf<&CVariable::GetDescName>},
+    {{".UNIT", "Jednostka zmiennej"}, TextOf<&CVariable::GetUnit>},
+    {{".DISPFORMAT", "Format wyświetlania zmiennej"}, TextOf<&CVariable::GetDispFormat>},
+    {{".MINVAL", "Minimum zakresu wartości"}, TextOf<&CVariable::GetMinVal>},
+    {{".MAXVAL", "Maksimum zakresu wartości"}, TextOf<&CVariable::GetMaxVal>},
+    {{".ISARCH", "Czy zmienna jest achiwizowana"}, NumberOf<&CVariable::IsArchived>},
+    {{".ISHREP", "Czy zmienna posiada raport godzinowy"}, NumberOf<&CVariable::HasHourReport>},
+    {{".ISDREP", "Czy zmienna posiada raport dobowy"}, NumberOf<&CVariable::HasDayReport>},
+    {{".ISMREP", "Czy zmienna posiada raport miesięczny"}, NumberOf<&CVariable::HasMonthReport>},
+    {{".ISSREP", "Czy zmienna posiada raport okresowy"}, NumberOf<&CVariable::HasSpanReport>},
+};
+
+constexpr std::string_view kBaseName = ".BASENAME";
+constexpr std::string_view kTimestamp = ".TIMESTAMP";
+constexpr std::string_view kTime = "TIME";
+
+void ReadCount(CScriptContext&, const CVariableList& list, CVal& out) {
+    out = CVal(CountItems(list, {}));
+}
+
+void ReadPosition(CScriptContext&, const CVariableList& list, CVal& out) {
+    out = CVal(list.GetIterator());
+}
+
+void ReadPositionValid(CScriptContext&, const CVariableList& list, CVal& out) {
+    out = CVal(list.IsIteratorValid() ? 1 : 0);
+}
+
+constexpr ElementFilter kKnownElements{Status::Unknown, 0, kLargestTime};
+
+void ReadSum(CScriptContext& document, const CVariableList& list, CVal& out) {
+    SumItems(list, out, kKnownElements, document.Services().clock.Now());
+}
+
+void ReadMinimum(CScriptContext&, const CVariableList& list, CVal& out) {
+    MinItem(list, out, kKnownElements);
+}
+
+void ReadMaximum(CScriptContext&, const CVariableList& list, CVal& out) {
+    MaxItem(list, out, kKnownElements);
+}
+
+void ReadAverage(CScriptContext& document, const CVariableList& list, CVal& out) {
+    AverageItems(list, out, kKnownElements, document.Services().clock.Now());
+}
+
+struct ListProperty {
+    std::string_view name;
+    void (*read)(CScriptContext& document, const CVariableList& list, CVal& out);
+};
+
+constexpr ListProperty kListProperties[] = {
+    {".COUNT", ReadCount},     {".POS", ReadPosition},    {".CHECKPOS", ReadPositionValid},
+    {".SUM", ReadSum},         {".MINIMUM", ReadMinimum}, {".MAXIMUM", ReadMaximum},
+    {".AVERAGE", ReadAverage},
+};
+
+// A plain substring search; its first occurrence counts, and only at position 1 or later.
+bool Mentions(std::string_view text, std::string_view name) {
+    const std::size_t position = text.find(name);
+    return position != std::string_view::npos && position >= 1;
+}
+
+// Every property begins with a dot and a capital letter; a text without that pair needs no search.
+bool MayMentionProperty(std::string_view text) {
+    for (std::size_t dot = text.find('.', 1);
+         dot != std::string_view::npos && dot + 1 < text.size(); dot = text.find('.', dot + 1)) {
+        if (text[dot + 1] >= 'A' && text[dot + 1] <= 'Z') return true;
+    }
+    return false;
+}
+
+std::string_view CutAtLastDot(std::string_view text) {
+    return text.substr(0, text.rfind('.'));
+}
+
+bool EvaluateVariableProperty(CScriptContext& document, std::string_view text, CVal& out,
+                              bool report) {
+    const std::size_t dot = text.find('.');
+    const std::string_view base = text.substr(0, dot);
+    CVariable* variable = FindVariable(document, base);
+    if (variable == nullptr) {
+        if (report) document.SetError(ErrorWrongKind, base, false);
+        return false;
+    }
+    for (const VariableProperty& property : kVariableProperties) {
+        if (property.row.name == text.substr(dot)) {
+            out = property.read(*variable);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool EvaluateBaseName(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+    const std::string_view name = CutAtLastDot(text);
+    CVariable* variable = FindVariable(document, name);
+    if (variable == nullptr) return false;
+    if (variable->GetKind() != VariablePointer) {
+        if (report) document.SetError(ErrorWrongKind, name, false);
+        return false;
+    }
+    const auto& pointer = static_cast<const CVariablePointer&>(*variable);
+    out = CVal(std::string_view(pointer.GetTargetName()));
+    return true;
+}
+
+bool EvaluateListProperty(CScriptContext& document, std::string_view text,
+                          const ListProperty& property, CVal& out, bool report) {
+    const std::string_view name = CutAtLastDot(text);
+    CVariable* variable = FindVariable(document, name);
+    if (variable == nullptr || variable->GetKind() != VariableList) {
+        const ScriptError code = variable == nullptr ? ErrorBadVariableName : ErrorWrongKind;
+        if (report) document.SetError(code, name, false);
+        return false;
+    }
+    property.read(document, static_cast<const CVariableList&>(*variable), out);
+    return true;
+}
+
+bool EvaluateTimestamp(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+    const std::string_view name = CutAtLastDot(text);
+    std::int64_t time = 0;
+    if (!GetVariableTime(document, name, &time)) {
+        if (report) document.SetError(ErrorRemoteValue, name, false);
+        return false;
+    }
+    out = CVal(time);
+    return true;
+}
+
+bool EvaluateTime(CScriptContext& document, std::string_view text, CVal& out) {
+    const std::size_t dot = text.find('.');
+    const std::string_view base = text.substr(0, dot);
+    std::int64_t time = 0;
+    if (base == kTime) {
+        time = document.Services().clock.Now();
+    } else {
+        CVal value;
+        if (!EvaluateOperand(document, base, value, ValueType::Int64, true)) return false;
+        value.GetValData(ValueType::Int64, &time);
+    }
+    if (dot == std::string_view::npos) {
+        out = CVal(time);
+        return true;
+    }
+    const TimeProperty* property = FindTimeProperty(text.substr(dot));
+    if (property == nullptr) return false;
+    const std::int64_t result = property->compute(time);
+    out = property->kind == TimePropertyKind::Time ? CVal(result) : CVal(static_cast<int>(result));
+    return true;
+}
+
+enum class Attempt { NotMine, Failed, Succeeded };
+
+Attempt Outcome(bool succeeded) {
+    return succeeded ? Attempt::Succeeded : Attempt::Failed;
+}
+
+// Steps 3 to 7: everything that a dot can select.
+Attempt EvaluateProperty(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+    for (const VariableProperty& property : kVariableProperties) {
+        if (Mentions(text, property.row.name)) {
+            return Outcome(EvaluateVariableProperty(document, text, out, report));
+        }
+    }
+    if (Mentions(text, kBaseName)) return Outcome(EvaluateBaseName(document, text, out, report));
+    for (const ListProperty& property : kListProperties) {
+        if (Mentions(text, property.name)) {
+            return Outcome(EvaluateListProperty(document, text, property, out, report));
+        }
+    }
+    if (Mentions(text, kTimestamp)) return Outcome(EvaluateTimestamp(document, text, out, report));
+    if (MentionsTimeProperty(text)) return Outcome(EvaluateTime(document, text, out));
+    return Attempt::NotMine;
+}
+
+bool IsTimeWord(std::string_view text) {
+    return text.starts_with(kTime) && (text.size() == kTime.size() || text[kTime.size()] == '.');
+}
+
+bool EvaluateVariable(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+    CVariable* variable = FindVariable(document, text);
+    if (variable == nullptr) return false;
+    const int result = variable->GetValue(out, GetValueKind(text), 0);
+    if (result == ReadValue) return true;
+    const bool unavailable = result == ReadUnavailable && report;
+    document.SetError(unavailable ? ErrorRemoteValue : ErrorWaiting, text, false);
+    return false;
+}
+
+bool EvaluateFormula(CScriptContext& document, std::string_view text, CVal& out) {
+    FormulaParser parser(document);
+    std::string postfix;
+    return parser.CompileFormula(text, postfix) && parser.EvaluatePostfix(out, postfix);
+}
+
+bool EndsExpression(std::string_view token) {
+    if (token.size() == 1) return token[0] == ';';
+    return token.size() == 4 && (EqualNoCase(token, "THEN") || EqualNoCase(token, "GOTO"));
+}
+
+}  // namespace
+
+std::span<const VariablePropertyRow> VariableProperties() {
+    static const auto rows = [] {
+        std::array<VariablePropertyRow, std::size(kVariableProperties)> copy;
+        std::ranges::transform(kVariableProperties, copy.begin(), &VariableProperty::row);
+        return copy;
+    }();
+    return rows;
+}
+
+bool EvaluateOperand(CScriptContext& document, std::string_view text, CVal& out, int wanted,
+                     bool report) {
+    text = TrimBlanks(text);
+    if (text.starts_with('@') && IsScheduleWord(text)) {
+        out = CVal(text);
+        return true;
+    }
+    if (MayMentionProperty(text)) {
+        const Attempt attempt = EvaluateProperty(document, text, out, report);
+        if (attempt != Attempt::NotMine) return attempt == Attempt::Succeeded;
+    }
+    if (IsTimeWord(text)) return EvaluateTime(document, text, out);
+    double number = 0;
+    if (ConvertString2Double(text, &number)) {
+        out = ValueType::IsInteger(wanted) ? CVal(text) : CVal(number);
+        return out.Cast(wanted);
+    }
+    if (text.size() > 2 && text.front() == '"' && text.back() == '"') {
+        out = CVal(text.substr(1, text.size() - 2));
+        return true;
+    }
+    return EvaluateVariable(document, text, out, report);
+}
+
+bool EvaluateExpression(CScriptContext& document, std::string_view& text, CVal& out, int wanted) {
+    const std::string_view full = text;
+    const std::string_view keyword = NextToken(text);
+    std::array<std::string_view, 3> arguments;
+    for (std::string_view& argument : arguments) argument = NextToken(text);
+    if (const FunctionRow* row = document.Services().functions.Find(keyword)) {
+        FunctionCall call{document, keyword, arguments, text, full, wanted, out, {}};
+        const FunctionResult result = row->handler(call);
+        if (result != FunctionResult::Continues) return result == FunctionResult::Done;
+        return EvaluateFormula(document, call.formula, out);
+    }
+    if (arguments[0].empty() && EvaluateOperand(document, keyword, out, wanted, true)) return true;
+    return EvaluateFormula(document, full, out);
+}
+
+bool EvaluateRest(CScriptContext& document, std::string_view& text, CVal& out, int wanted) {
+    std::string joined;
+    std::string_view token = NextToken(text);
+    const char* start = token.data();
+    std::size_t length = 0;
+    bool contiguous = true;  // the tokens stand in the line as they would be joined
+    while (!token.empty() && !EndsExpression(token)) {
+        if (length > 0 && contiguous && token.data() != start + length + 1) {
+            joined.assign(start, length);
+            contiguous = false;
+        }
+        if (!contiguous) {
+            joined += ' ';
+            joined += token;
+        } else {
+            length = static_cast<std::size_t>(token.data() + token.size() - start);
+        }
+        token = NextToken(text);
+    }
+    std::string_view expression = contiguous ? std::string_view(start, length) : joined;
+    text = {};
+    return EvaluateExpression(document, expression, out, wanted);
+}
+
+}  // namespace kalvex

@@ -1,0 +1,176 @@
+// Making texts: conversion from and to numbers, case, joining, cutting, trimming. Positions count
+// bytes, which are characters in Windows-1250, from 0.
+#include <algorithm>
+
+#include "operands/FunctionArguments.h"
+#include "operands/FunctionFamilies.h"
+#include "operands/NumberFormat.h"
+#include "operands/OperandEvaluator.h"
+#include "text/CodePage.h"
+#include "value/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+constexpr std::string_view kDefaultFormat = "%.2f";
+
+FunctionResult Give(FunctionCall& call, std::string text) {
+    call.out = CVal(std::move(text));
+    return FunctionResult::Done;
+}
+
+template <class Function>
+FunctionResult OfText(FunctionCall& call, Function function) {
+    const std::optional<std::string> text = TextArgument(call, 0);
+    return text ? Give(call, function(*text)) : FunctionResult::Failed;
+}
+
+template <class Function>
+FunctionResult OfTwoTexts(FunctionCall& call, Function function) {
+    const std::optional<std::string> first = TextArgument(call, 0);
+    if (!first) return FunctionResult::Failed;
+    const std::optional<std::string> second = TextArgument(call, 1);
+    if (!second) return FunctionResult::Failed;
+    return Give(call, std::string(function(*first, *second)));
+}
+
+// A negative count counts as 0.
+std::size_t Count(int count) {
+    return static_cast<std::size_t>(std::max(count, 0));
+}
+
+template <class Function>
+FunctionResult OfTextAndCount(FunctionCall& call, Function function) {
+    const std::optional<std::string> text = TextArgument(call, 0);
+    if (!text) return FunctionResult::Failed;
+    const std::optional<int> count = NumberArgument(call, 1);
+    if (!count) return FunctionResult::Failed;
+    return Give(call, function(*text, std::min(Count(*count), text->size())));
+}
+
+std::string_view SpanIncluding(std::string_view text, std::string_view set) {
+    return text.substr(0, text.find_first_not_of(set));
+}
+
+std::string_view SpanExcluding(std::string_view text, std::string_view set) {
+    return text.substr(0, text.find_first_of(set));
+}
+
+std::string_view TrimLeft(std::string_view text, std::string_view set) {
+    return text.substr(std::min(text.find_first_not_of(set), text.size()));
+}
+
+std::string_view TrimRight(std::string_view text, std::string_view set) {
+    return text.substr(0, text.find_last_not_of(set) + 1);
+}
+
+std::string_view Trim(std::string_view text, std::string_view set) {
+    return TrimRight(TrimLeft(text, set), set);
+}
+
+std::string Append(std::string_view first, std::string_view second) {
+    return std::string(first).append(second);
+}
+
+}  // namespace
+
+FunctionResult ToStringFunction(FunctionCall& call) {
+    CVal value;
+    if (!EvaluateOperand(call.document, call.arguments[0], value, ValueType::Text, true)) {
+        return FunctionResult::Failed;
+    }
+    if (call.arguments[0].find('"') != std::string_view::npos) {
+        return Give(call, ValueToText(value));
+    }
+    std::string format(kDefaultFormat);
+    if (!call.arguments[1].empty()) {
+        std::optional<std::string> given = TextArgument(call, 1);
+        if (!given) return FunctionResult::Failed;
+        format = std::move(*given);
+    }
+    return Give(call, FormatNumber(value, format));
+}
+
+FunctionResult ToFloat(FunctionCall& call) {
+    CVal value;
+    if (!EvaluateOperand(call.document, call.arguments[0], value, ValueType::Double, true)) {
+        return FunctionResult::Failed;
+    }
+    call.out = CVal(ValueToDouble(value));
+    return FunctionResult::Done;
+}
+
+FunctionResult ToInt(FunctionCall& call) {
+    const std::optional<int> number = NumberArgument(call, 0);
+    if (!number) return FunctionResult::Failed;
+    call.out = CVal(*number);
+    return FunctionResult::Done;
+}
+
+FunctionResult StringLen(FunctionCall& call) {
+    const std::optional<std::string> text = TextArgument(call, 0);
+    if (!text) return FunctionResult::Failed;
+    call.out = CVal(static_cast<int>(text->size()));
+    return FunctionResult::Done;
+}
+
+FunctionResult StringMakeLower(FunctionCall& call) {
+    return OfText(call, [](std::string_view text) { return ToLower(text); });
+}
+
+FunctionResult StringMakeUpper(FunctionCall& call) {
+    return OfText(call, [](std::string_view text) { return ToUpper(text); });
+}
+
+FunctionResult StringMakeReverse(FunctionCall& call) {
+    return OfText(call,
+                  [](const std::string& text) { return std::string(text.rbegin(), text.rend()); });
+}
+
+FunctionResult StringAppend(FunctionCall& call) {
+    return OfTwoTexts(call, Append);
+}
+
+FunctionResult StringSpanIncluding(FunctionCall& call) {
+    return OfTwoTexts(call, SpanIncluding);
+}
+
+FunctionResult StringSpanExcluding(FunctionCall& call) {
+    return OfTwoTexts(call, SpanExcluding);
+}
+
+FunctionResult StringTrim(FunctionCall& call) {
+    return OfTwoTexts(call, Trim);
+}
+
+FunctionResult StringTrimLeft(FunctionCall& call) {
+    return OfTwoTexts(call, TrimLeft);
+}
+
+FunctionResult StringTrimRight(FunctionCall& call) {
+    return OfTwoTexts(call, TrimRight);
+}
+
+FunctionResult StringLeft(FunctionCall& call) {
+    return OfTextAndCount(
+        call, [](const std::string& text, std::size_t count) { return text.substr(0, count); });
+}
+
+FunctionResult StringRight(FunctionCall& call) {
+    return OfTextAndCount(call, [](const std::string& text, std::size_t count) {
+        return text.substr(text.size() - count);
+    });
+}
+
+FunctionResult StringMid(FunctionCall& call) {
+    const std::optional<std::string> text = TextArgument(call, 0);
+    if (!text) return FunctionResult::Failed;
+    const std::optional<int> position = NumberArgument(call, 1);
+    if (!position) return FunctionResult::Failed;
+    const std::optional<int> count = NumberArgument(call, 2);
+    if (!count) return FunctionResult::Failed;
+    return Give(call, text->substr(std::min(Count(*position), text->size()), Count(*count)));
+}
+
+}  // namespace kalvex

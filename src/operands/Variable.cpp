@@ -1,0 +1,420 @@
+#include "operands/Variable.h"
+
+#include "operands/ScriptContext.h"
+#include "value/ValueText.h"
+
+namespace kalvex {
+
+int CVariable::GetValue(CVal&, int, int) {
+    return 0;
+}
+int CVariable::SetValue(const CVal&, int) {
+    return 0;
+}
+int CVariable::GetValueType(int, int) {
+    return 0;
+}
+int CVariable::GetStatus(std::uint16_t*, int) {
+    return 0;
+}
+int CVariable::SetStatus(std::uint16_t, int) {
+    return 0;
+}
+int CVariable::GetTime(std::int64_t*, int) {
+    return 0;
+}
+int CVariable::SetTime(std::int64_t, int) {
+    return 0;
+}
+int CVariable::CopyFrom(CVariable*, int) {
+    return 0;
+}
+int CVariable::GetNameValueText(std::string&, int) {
+    return 0;
+}
+int CVariable::SetValueText(std::string_view, int) {
+    return 0;
+}
+int CVariable::IsReportLoaded(int) {
+    return 0;
+}
+int CVariable::IsReportInited(int) {
+    return 0;
+}
+int CVariable::RequestRange(int, std::int64_t, std::int64_t) {
+    return 0;
+}
+std::int64_t CVariable::GetRequestStart() {
+    return 0;
+}
+std::int64_t CVariable::GetRequestEnd() {
+    return 0;
+}
+int CVariable::IsReady(int) {
+    return 0;
+}
+int CVariable::PutValue(int, std::int64_t, const CVal&, bool) {
+    return 0;
+}
+int CVariable::FlushPuts(CArchiveValueList&) {
+    return 0;
+}
+int CVariable::InitLoad(int, std::int64_t) {
+    return 0;
+}
+int CVariable::InitLoadRefresh(int, std::int64_t) {
+    return 0;
+}
+int CVariable::InitReport(int, std::int64_t) {
+    return 0;
+}
+int CVariable::InitCalc(int, std::int64_t) {
+    return 0;
+}
+int CVariable::SetLocked(bool) {
+    return 0;
+}
+int CVariable::SetIgnoreUnknown(bool) {
+    return 0;
+}
+CInterfaceObj* CVariable::GetSourceRecord() {
+    return nullptr;
+}
+int CVariable::IsArchived() {
+    return 0;
+}
+int CVariable::HasHourReport() {
+    return 0;
+}
+int CVariable::HasDayReport() {
+    return 0;
+}
+int CVariable::HasMonthReport() {
+    return 0;
+}
+int CVariable::HasSpanReport() {
+    return 0;
+}
+std::string CVariable::GetDescription() {
+    return {};
+}
+std::string CVariable::GetDescName() {
+    return {};
+}
+std::string CVariable::GetUnit() {
+    return {};
+}
+std::string CVariable::GetDispFormat() {
+    return {};
+}
+std::string CVariable::GetMinVal() {
+    return {};
+}
+std::string CVariable::GetMaxVal() {
+    return {};
+}
+
+int CVariableStored::GetValueType(int kind, int) {
+    CVal value;
+    return GetValue(value, kind, 1) == 0 ? ValueType::Unreadable : value.GetType();
+}
+
+int CVariableStored::GetStatus(std::uint16_t* out, int kind) {
+    CVal value;
+    if (GetValue(value, kind, 1) == 0) return 0;
+    *out = value.GetStatus();
+    return 1;
+}
+
+int CVariableStored::SetStatus(std::uint16_t word, int kind) {
+    CVal value;
+    if (GetValue(value, kind, 1) == 0) return 0;
+    value.SetStatus(word);
+    return SetValue(value, kind);
+}
+
+int CVariableStored::GetTime(std::int64_t* out, int kind) {
+    CVal value;
+    if (GetValue(value, kind, 1) == 0) return 0;
+    *out = value.GetTime();
+    return 1;
+}
+
+int CVariableStored::SetTime(std::int64_t time, int kind) {
+    CVal value;
+    if (GetValue(value, kind, 1) == 0) return 0;
+    value.SetTime(time);
+    return SetValue(value, kind);
+}
+
+int CVariableStored::CopyFrom(CVariable* source, int kind) {
+    CVal value;
+    if (source == nullptr || source->GetValue(value, kind, 1) == 0) return 0;
+    return SetValue(value, kind);
+}
+
+int CVariableStored::GetNameValueText(std::string& out, int kind) {
+    CVal value;
+    if (GetValue(value, kind, 0) == 0) return 0;
+    out = GetName() + ':' + ValueToText(value);
+    return 1;
+}
+
+int CVariableStored::SetValueText(std::string_view text, int) {
+    return SetValue(CVal(text), KindCurrent);
+}
+
+int CVariableStored::IsReportLoaded(int) {
+    return 1;
+}
+int CVariableStored::IsReportInited(int) {
+    return 1;
+}
+int CVariableStored::RequestRange(int, std::int64_t, std::int64_t) {
+    return 1;
+}
+int CVariableStored::IsReady(int) {
+    return 1;
+}
+int CVariableStored::PutValue(int, std::int64_t, const CVal&, bool) {
+    return 1;
+}
+int CVariableStored::InitLoad(int, std::int64_t) {
+    return 1;
+}
+int CVariableStored::InitLoadRefresh(int, std::int64_t) {
+    return 1;
+}
+int CVariableStored::InitReport(int, std::int64_t) {
+    return 1;
+}
+int CVariableStored::InitCalc(int, std::int64_t) {
+    return 1;
+}
+int CVariableStored::SetLocked(bool) {
+    return 1;
+}
+
+int CVariableLocal::GetValue(CVal& out, int kind, int) {
+    if (kind < KindCurrent || kind > KindSpan) return 0;
+    out = m_Values[kind - KindCurrent];
+    return 1;
+}
+
+int CVariableLocal::SetValue(const CVal& value, int kind) {
+    if (kind < KindCurrent || kind > KindSpan) return 0;
+    m_Values[kind - KindCurrent] = value;
+    return kind == KindHour ? 0 : 1;
+}
+
+int CVariableList::GetValue(CVal& out, int kind, int mode) {
+    if (kind != KindCurrent || !IsIteratorValid()) return 0;
+    out = m_arrElements[static_cast<std::size_t>(m_nIterator)];
+    return mode == 0 && (out.GetStatus() & Status::Unknown) != 0 ? 0 : 1;
+}
+
+int CVariableList::SetValue(const CVal& value, int kind) {
+    if (kind != KindCurrent || !IsIteratorValid()) return 0;
+    m_arrElements[static_cast<std::size_t>(m_nIterator)] = value;
+    return 1;
+}
+
+int CVariableList::Insert(int index, const CVal& value) {
+    if (index < 0) return 0;
+    const auto position = static_cast<std::size_t>(index);
+    if (position >= m_arrElements.size()) {
+        m_arrElements.push_back(value);
+    } else {
+        m_arrElements.insert(m_arrElements.begin() + index, value);
+    }
+    return 1;
+}
+
+void CVariableList::MoveNext() {
+    m_nIterator = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_nIterator) + 1);
+}
+
+bool CVariableList::IsIteratorValid() const {
+    return m_nIterator >= 0 && static_cast<std::size_t>(m_nIterator) < m_arrElements.size();
+}
+
+void CVariableList::RemoveCurrent() {
+    if (!IsIteratorValid()) return;
+    m_arrElements.erase(m_arrElements.begin() + m_nIterator);
+    if (m_nIterator >= 1) --m_nIterator;
+}
+
+void CVariableList::RemoveAll() {
+    m_arrElements.clear();
+    m_nIterator = -1;
+}
+
+template <class Result, class... Parameters, class... Arguments>
+Result CVariablePointer::Forward(Result missing, Result (CVariable::*operation)(Parameters...),
+                                 Arguments&&... arguments) {
+    CVariable* target = FindVariable(m_document, m_strTarget);
+    if (target == nullptr || m_bForwarding) return missing;
+    m_bForwarding = true;
+    Result result = (target->*operation)(std::forward<Arguments>(arguments)...);
+    m_bForwarding = false;
+    return result;
+}
+
+VariableKind CVariablePointer::GetTargetKind() {
+    const CVariable* target = FindVariable(m_document, m_strTarget);
+    return target == nullptr ? VariableNone : target->GetKind();
+}
+
+int CVariablePointer::GetValue(CVal& out, int kind, int mode) {
+    return Forward(0, &CVariable::GetValue, out, kind, mode);
+}
+int CVariablePointer::SetValue(const CVal& value, int kind) {
+    return Forward(0, &CVariable::SetValue, value, kind);
+}
+int CVariablePointer::GetValueType(int kind, int mode) {
+    return Forward(int{ValueType::Unreadable}, &CVariable::GetValueType, kind, mode);
+}
+int CVariablePointer::GetStatus(std::uint16_t* out, int kind) {
+    return Forward(0, &CVariable::GetStatus, out, kind);
+}
+int CVariablePointer::SetStatus(std::uint16_t word, int kind) {
+    return Forward(0, &CVariable::SetStatus, word, kind);
+}
+int CVariablePointer::GetTime(std::int64_t* out, int kind) {
+    return Forward(0, &CVariable::GetTime, out, kind);
+}
+int CVariablePointer::SetTime(std::int64_t time, int kind) {
+    return Forward(0, &CVariable::SetTime, time, kind);
+}
+int CVariablePointer::CopyFrom(CVariable* source, int kind) {
+    return Forward(0, &CVariable::CopyFrom, source, kind);
+}
+int CVariablePointer::GetNameValueText(std::string& out, int kind) {
+    return Forward(0, &CVariable::GetNameValueText, out, kind);
+}
+int CVariablePointer::SetValueText(std::string_view text, int kind) {
+    return Forward(0, &CVariable::SetValueText, text, kind);
+}
+int CVariablePointer::IsReportLoaded(int kind) {
+    return Forward(0, &CVariable::IsReportLoaded, kind);
+}
+int CVariablePointer::IsReportInited(int kind) {
+    return Forward(0, &CVariable::IsReportInited, kind);
+}
+int CVariablePointer::RequestRange(int kind, std::int64_t from, std::int64_t to) {
+    return Forward(0, &CVariable::RequestRange, kind, from, to);
+}
+std::int64_t CVariablePointer::GetRequestStart() {
+    return Forward(std::int64_t{0}, &CVariable::GetRequestStart);
+}
+std::int64_t CVariablePointer::GetRequestEnd() {
+    return Forward(std::int64_t{0}, &CVariable::GetRequestEnd);
+}
+int CVariablePointer::IsReady(int kind) {
+    return Forward(0, &CVariable::IsReady, kind);
+}
+int CVariablePointer::PutValue(int kind, std::int64_t time, const CVal& value, bool send) {
+    return Forward(0, &CVariable::PutValue, kind, time, value, send);
+}
+int CVariablePointer::FlushPuts(CArchiveValueList& list) {
+    return Forward(0, &CVariable::FlushPuts, list);
+}
+int CVariablePointer::InitLoad(int kind, std::int64_t time) {
+    return Forward(0, &CVariable::InitLoad, kind, time);
+}
+int CVariablePointer::InitLoadRefresh(int kind, std::int64_t time) {
+    return Forward(0, &CVariable::InitLoadRefresh, kind, time);
+}
+int CVariablePointer::InitReport(int kind, std::int64_t time) {
+    return Forward(0, &CVariable::InitReport, kind, time);
+}
+int CVariablePointer::InitCalc(int kind, std::int64_t time) {
+    return Forward(0, &CVariable::InitCalc, kind, time);
+}
+int CVariablePointer::SetLocked(bool flag) {
+    return Forward(0, &CVariable::SetLocked, flag);
+}
+int CVariablePointer::SetIgnoreUnknown(bool flag) {
+    return Forward(0, &CVariable::SetIgnoreUnknown, flag);
+}
+CInterfaceObj* CVariablePointer::GetSourceRecord() {
+    return Forward<CInterfaceObj*>(nullptr, &CVariable::GetSourceRecord);
+}
+int CVariablePointer::IsArchived() {
+    return Forward(0, &CVariable::IsArchived);
+}
+int CVariablePointer::HasHourReport() {
+    return Forward(0, &CVariable::HasHourReport);
+}
+int CVariablePointer::HasDayReport() {
+    return Forward(0, &CVariable::HasDayReport);
+}
+int CVariablePointer::HasMonthReport() {
+    return Forward(0, &CVariable::HasMonthReport);
+}
+int CVariablePointer::HasSpanReport() {
+    return Forward(0, &CVariable::HasSpanReport);
+}
+std::string CVariablePointer::GetDescription() {
+    return Forward(std::string(), &CVariable::GetDescription);
+}
+std::string CVariablePointer::GetDescName() {
+    return Forward(std::string(), &CVariable::GetDescName);
+}
+std::string CVariablePointer::GetUnit() {
+    return Forward(std::string(), &CVariable::GetUnit);
+}
+std::string CVariablePointer::GetDispFormat() {
+    return Forward(std::string(), &CVariable::GetDispFormat);
+}
+std::string CVariablePointer::GetMinVal() {
+    return Forward(std::string(), &CVariable::GetMinVal);
+}
+std::string CVariablePointer::GetMaxVal() {
+    return Forward(std::string(), &CVariable::GetMaxVal);
+}
+
+CVariable* CVariableTable::Find(std::string_view name) const {
+    const auto found = m_mapByName.find(name);
+    return found == m_mapByName.end() ? nullptr : found->second;
+}
+
+CVariable& CVariableTable::Append(std::unique_ptr<CVariable> variable) {
+    CVariable& added = *m_arrVariables.emplace_back(std::move(variable));
+    m_mapByName.emplace(added.GetName(), &added);
+    return added;
+}
+
+void CVariableTable::RemoveAll() {
+    m_mapByName.clear();
+    m_arrVariables.clear();
+}
+
+std::string_view BaseName(std::string_view name) {
+    const std::size_t dot = name.find('.');
+    return dot == 0 ? name : name.substr(0, dot);
+}
+
+CVariable* FindVariable(CScriptContext& document, std::string_view name) {
+    const std::string_view base = BaseName(name);
+    CVariable* variable = document.Variables().Find(base);
+    if (variable == nullptr) document.SetError(ErrorUndefinedVariable, base, false);
+    return variable;
+}
+
+bool GetVariableStatus(CScriptContext& document, std::string_view name, std::uint16_t* out) {
+    CVariable* variable = FindVariable(document, name);
+    return variable != nullptr && variable->GetStatus(out, GetValueKind(name)) != 0;
+}
+
+bool GetVariableTime(CScriptContext& document, std::string_view name, std::int64_t* out) {
+    CVariable* variable = FindVariable(document, name);
+    std::int64_t time = 0;
+    if (variable == nullptr || variable->GetTime(&time, GetValueKind(name)) == 0 || time < 0) {
+        return false;
+    }
+    *out = time;
+    return true;
+}
+
+}  // namespace kalvex

@@ -1,0 +1,242 @@
+// Script variables: one wide interface for the four kinds, so that statements and evaluators never
+// ask what they have. A variable belongs to one document and lives for one run of its script.
+// Main thread. No operation raises a script error but the lookup inside a pointer.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "value/ArchiveValueList.h"
+#include "value/Status.h"
+#include "value/Value.h"
+
+namespace kalvex {
+
+class CInterfaceObj;
+class CScriptContext;
+
+enum VariableKind : int {
+    VariableNone = 0,
+    VariableLocal = 1,
+    VariablePointer = 2,
+    VariableList = 3,
+    VariableRemote = 4
+};
+
+// Answers of GetValue.
+enum ReadResult : int {
+    ReadNothing = 0,      // no value, or the source of a remote variable is not connected
+    ReadValue = 1,        // `out` holds a value
+    ReadUnavailable = 2,  // remote only: connected, and no usable value is there
+};
+
+// The `kind` of every operation is a ValueKind; times are seconds since 1970 GMT. An operation that
+// a class does not support answers 0 or an empty text, which is a defined answer and no failure.
+class CVariable {
+  public:
+    explicit CVariable(std::string_view name) : m_strName(name) {}
+    virtual ~CVariable() = default;
+    CVariable(const CVariable&) = delete;
+    CVariable& operator=(const CVariable&) = delete;
+
+    virtual VariableKind GetKind() const { return VariableNone; }
+    const std::string& GetName() const { return m_strName; }
+
+    // mode 0 refuses a value that the script may not use; mode 1 reads whatever is stored.
+    virtual int GetValue(CVal& out, int kind, int mode);
+    virtual int SetValue(const CVal& value, int kind);
+    virtual int GetValueType(int kind, int mode);  // Unreadable when it cannot be read
+    virtual int GetStatus(std::uint16_t* out, int kind);
+    virtual int SetStatus(std::uint16_t word, int kind);
+    virtual int GetTime(std::int64_t* out, int kind);
+    virtual int SetTime(std::int64_t time, int kind);
+    virtual int CopyFrom(CVariable* source, int kind);
+    virtual int GetNameValueText(std::string& out, int kind);  // "name:value"
+    virtual int SetValueText(std::string_view text, int kind);
+    virtual int IsReportLoaded(int kind);
+    virtual int IsReportInited(int kind);
+    virtual int RequestRange(int kind, std::int64_t from, std::int64_t to);
+    virtual std::int64_t GetRequestStart();
+    virtual std::int64_t GetRequestEnd();
+    virtual int IsReady(int kind);
+    virtual int PutValue(int kind, std::int64_t time, const CVal& value, bool send);
+    virtual int FlushPuts(CArchiveValueList& list);
+    virtual int InitLoad(int kind, std::int64_t time);
+    virtual int InitLoadRefresh(int kind, std::int64_t time);
+    virtual int InitReport(int kind, std::int64_t time);
+    virtual int InitCalc(int kind, std::int64_t time);
+    virtual int SetLocked(bool flag);
+    virtual int SetIgnoreUnknown(bool flag);
+    virtual CInterfaceObj* GetSourceRecord();
+    virtual int IsArchived();
+    virtual int HasHourReport();
+    virtual int HasDayReport();
+    virtual int HasMonthReport();
+    virtual int HasSpanReport();
+    virtual std::string GetDescription();
+    virtual std::string GetDescName();
+    virtual std::string GetUnit();
+    virtual std::string GetDispFormat();
+    virtual std::string GetMinVal();
+    virtual std::string GetMaxVal();
+
+  private:
+    std::string m_strName;
+};
+
+// What local and list variables share: the derived operations written on GetValue and SetValue
+// alone, and answers of 1 to whatever would address a server.
+class CVariableStored : public CVariable {
+  public:
+    using CVariable::CVariable;
+
+    int GetValueType(int kind, int mode) override;
+    int GetStatus(std::uint16_t* out, int kind) override;
+    int SetStatus(std::uint16_t word, int kind) override;
+    int GetTime(std::int64_t* out, int kind) override;
+    int SetTime(std::int64_t time, int kind) override;
+    int CopyFrom(CVariable* source, int kind) override;
+    int GetNameValueText(std::string& out, int kind) override;
+    int SetValueText(std::string_view text, int kind) override;  // always the current value
+    int IsReportLoaded(int kind) override;
+    int IsReportInited(int kind) override;
+    int RequestRange(int kind, std::int64_t from, std::int64_t to) override;
+    int IsReady(int kind) override;
+    int PutValue(int kind, std::int64_t time, const CVal& value, bool send) override;
+    int InitLoad(int kind, std::int64_t time) override;
+    int InitLoadRefresh(int kind, std::int64_t time) override;
+    int InitReport(int kind, std::int64_t time) override;
+    int InitCalc(int kind, std::int64_t time) override;
+    int SetLocked(bool flag) override;
+};
+
+// Five values of its own, for the kinds 1 to 5; each is readable whatever its status.
+class CVariableLocal final : public CVariableStored {
+  public:
+    using CVariableStored::CVariableStored;
+
+    VariableKind GetKind() const override { return VariableLocal; }
+    int GetValue(CVal& out, int kind, int mode) override;
+    int SetValue(const CVal& value, int kind) override;  // for KindHour: stored, and answers 0
+
+  private:
+    CVal m_Values[5];
+};
+
+// Values in order with an iterator; the element under the iterator is the list's value.
+class CVariableList final : public CVariableStored {
+  public:
+    using CVariableStored::CVariableStored;
+
+    VariableKind GetKind() const override { return VariableList; }
+    int GetValue(CVal& out, int kind, int mode) override;
+    int SetValue(const CVal& value, int kind) override;
+
+    void Add(const CVal& value) { m_arrElements.push_back(value); }
+    void Reserve(std::size_t count) { m_arrElements.reserve(count); }  // ahead of so many additions
+    int Insert(int index, const CVal& value);  // 0 for a negative index, which inserts nothing
+    void MoveFirst() { m_nIterator = 0; }
+    void MoveNext();  // no bound
+    void MoveTo(std::int32_t index) { m_nIterator = index; }
+    bool IsIteratorValid() const;
+    std::int32_t GetIterator() const { return m_nIterator; }
+    void RemoveCurrent();
+    void RemoveAll();
+    const std::vector<CVal>& Elements() const { return m_arrElements; }
+
+  private:
+    std::vector<CVal> m_arrElements;
+    std::int32_t m_nIterator = -1;
+};
+
+// Stands for another variable by name; the name is looked up at each use and every operation is
+// passed on. A missing target, and a pointer that leads back to itself, give the base answers.
+class CVariablePointer final : public CVariable {
+  public:
+    CVariablePointer(std::string_view name, CScriptContext& document)
+        : CVariable(name), m_document(document) {}
+
+    VariableKind GetKind() const override { return VariablePointer; }
+    const std::string& GetTargetName() const { return m_strTarget; }
+    void SetTargetName(std::string_view name) { m_strTarget = name; }
+    VariableKind GetTargetKind();
+
+    int GetValue(CVal& out, int kind, int mode) override;
+    int SetValue(const CVal& value, int kind) override;
+    int GetValueType(int kind, int mode) override;
+    int GetStatus(std::uint16_t* out, int kind) override;
+    int SetStatus(std::uint16_t word, int kind) override;
+    int GetTime(std::int64_t* out, int kind) override;
+    int SetTime(std::int64_t time, int kind) override;
+    int CopyFrom(CVariable* source, int kind) override;
+    int GetNameValueText(std::string& out, int kind) override;
+    int SetValueText(std::string_view text, int kind) override;
+    int IsReportLoaded(int kind) override;
+    int IsReportInited(int kind) override;
+    int RequestRange(int kind, std::int64_t from, std::int64_t to) override;
+    std::int64_t GetRequestStart() override;
+    std::int64_t GetRequestEnd() override;
+    int IsReady(int kind) override;
+    int PutValue(int kind, std::int64_t time, const CVal& value, bool send) override;
+    int FlushPuts(CArchiveValueList& list) override;
+    int InitLoad(int kind, std::int64_t time) override;
+    int InitLoadRefresh(int kind, std::int64_t time) override;
+    int InitReport(int kind, std::int64_t time) override;
+    int InitCalc(int kind, std::int64_t time) override;
+    int SetLocked(bool flag) override;
+    int SetIgnoreUnknown(bool flag) override;
+    CInterfaceObj* GetSourceRecord() override;
+    int IsArchived() override;
+    int HasHourReport() override;
+    int HasDayReport() override;
+    int HasMonthReport() override;
+    int HasSpanReport() override;
+    std::string GetDescription() override;
+    std::string GetDescName() override;
+    std::string GetUnit() override;
+    std::string GetDispFormat() override;
+    std::string GetMinVal() override;
+    std::string GetMaxVal() override;
+
+  private:
+    template <class Result, class... Parameters, class... Arguments>
+    Result Forward(Result missing, Result (CVariable::*operation)(Parameters...),
+                   Arguments&&... arguments);
+
+    CScriptContext& m_document;
+    std::string m_strTarget;
+    bool m_bForwarding = false;
+};
+
+// The variables of one document in order of declaration, found by exact name. Owns them.
+class CVariableTable {
+  public:
+    CVariable* Find(std::string_view name) const;
+    CVariable& Append(std::unique_ptr<CVariable> variable);  // its name must not be there yet
+    void RemoveAll();
+    std::size_t GetSize() const { return m_arrVariables.size(); }
+    auto begin() const { return m_arrVariables.begin(); }
+    auto end() const { return m_arrVariables.end(); }
+
+  private:
+    std::vector<std::unique_ptr<CVariable>> m_arrVariables;
+    std::unordered_map<std::string_view, CVariable*> m_mapByName;  // keys live in the variables
+};
+
+// The name without its suffix: cut at the first dot unless that stands at position 0.
+std::string_view BaseName(std::string_view name);
+
+// The variable of that name, its suffix left aside; null with script error 3 (not forced)
+// otherwise.
+CVariable* FindVariable(CScriptContext& document, std::string_view name);
+
+// Status and time of the value that a name with suffix means; false when there is none (for the
+// time also when it is negative).
+bool GetVariableStatus(CScriptContext& document, std::string_view name, std::uint16_t* out);
+bool GetVariableTime(CScriptContext& document, std::string_view name, std::int64_t* out);
+
+}  // namespace kalvex

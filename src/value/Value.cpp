@@ -1,0 +1,344 @@
+#include "value/Value.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <compare>
+#include <cstring>
+#include <limits>
+
+#include "text/CodePage.h"
+#include "value/ValueText.h"
+
+namespace kalvex {
+
+namespace {
+
+__extension__ using CWideInteger = __int128;
+
+constexpr double kTwoTo63 = 9223372036854775808.0;
+
+// A number apart from the value that holds it: the double when the type is Double, else the
+// integer.
+struct COperand {
+    std::uint16_t type;
+    std::int64_t integer;
+    double real;
+
+    bool IsReal() const { return type == ValueType::Double; }
+    double AsReal() const { return IsReal() ? real : static_cast<double>(integer); }
+};
+
+struct CIntegerForm {
+    std::int64_t least;
+    std::int64_t greatest;
+    void (*store)(std::int64_t number, void* destination);
+};
+
+template <class Native>
+constexpr CIntegerForm FormOf() {
+    return {std::numeric_limits<Native>::min(), std::numeric_limits<Native>::max(),
+            [](std::int64_t number, void* destination) {
+                const Native native = static_cast<Native>(number);
+                std::memcpy(destination, &native, sizeof native);
+            }};
+}
+
+constexpr int kIntegerCodes = ValueType::IntegerLast - ValueType::IntegerFirst + 1;
+
+// By the type code, counted from the first of the integer family.
+constexpr std::array<CIntegerForm, kIntegerCodes> kIntegerForms = [] {
+    std::array<CIntegerForm, kIntegerCodes> forms{};
+    forms.fill(FormOf<std::int64_t>());
+    forms[ValueType::Bool - ValueType::IntegerFirst] = FormOf<bool>();
+    forms[ValueType::Short - ValueType::IntegerFirst] = FormOf<std::int16_t>();
+    forms[ValueType::UnsignedShort - ValueType::IntegerFirst] = FormOf<std::uint16_t>();
+    forms[ValueType::Int - ValueType::IntegerFirst] = FormOf<std::int32_t>();
+    forms[ValueType::UnsignedInt - ValueType::IntegerFirst] = FormOf<std::uint32_t>();
+    return forms;
+}();
+
+const CIntegerForm& IntegerForm(int type) {
+    return kIntegerForms[type - ValueType::IntegerFirst];
+}
+
+bool Fits(std::int64_t number, int type) {
+    const CIntegerForm& form = IntegerForm(type);
+    return number >= form.least && number <= form.greatest;
+}
+
+std::int64_t Truncate(double number) {
+    if (std::isnan(number)) return 0;
+    if (number >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
+    if (number < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
+    return static_cast<std::int64_t>(number);
+}
+
+// False for a text without a number at its beginning, which counts as 0.
+bool ReadTextOperand(std::string_view text, COperand& out) {
+    CVal number;
+    const bool found = ReadNumberPrefix(text, number);
+    const bool real = number.GetType() == ValueType::Double;
+    out = {number.GetType(), real ? 0 : number.Integer(), real ? number.Real() : 0};
+    return found;
+}
+
+inline bool ReadOperand(const CVal& value, COperand& out) {
+    const std::uint16_t type = value.GetType();
+    if (type == ValueType::Text) return ReadTextOperand(value.Text(), out);
+    if (type == ValueType::Double) {
+        out = {type, 0, value.Real()};
+    } else if (ValueType::IsInteger(type)) {
+        out = {type, value.Integer(), 0};
+    } else {
+        out = {ValueType::Int, 0, 0};
+    }
+    return true;
+}
+
+std::int64_t ReadAs(int type, const COperand& operand) {
+    const std::int64_t number = operand.IsReal() ? Truncate(operand.real) : operand.integer;
+    const CIntegerForm& form = IntegerForm(type);
+    return std::clamp(number, form.least, form.greatest);
+}
+
+struct CAdd {
+    CWideInteger operator()(CWideInteger a, CWideInteger b) const { return a + b; }
+    double operator()(double a, double b) const { return a + b; }
+};
+
+struct CSubtract {
+    CWideInteger operator()(CWideInteger a, CWideInteger b) const { return a - b; }
+    double operator()(double a, double b) const { return a - b; }
+};
+
+struct CMultiply {
+    CWideInteger operator()(CWideInteger a, CWideInteger b) const { return a * b; }
+    double operator()(double a, double b) const { return a * b; }
+};
+
+std::partial_ordering CompareMixed(std::int64_t integer, double real) {
+    if (std::isnan(real)) return std::partial_ordering::unordered;
+    if (real >= kTwoTo63) return std::partial_ordering::less;
+    if (real < -kTwoTo63) return std::partial_ordering::greater;
+    const auto whole = static_cast<std::int64_t>(real);
+    if (integer != whole) return integer <=> whole;
+    return 0.0 <=> real - static_cast<double>(whole);
+}
+
+std::partial_ordering CompareNumbers(const COperand& left, const COperand& right) {
+    if (left.IsReal() && right.IsReal()) return left.real <=> right.real;
+    if (left.IsReal()) return 0 <=> CompareMixed(right.integer, left.real);
+    if (right.IsReal()) return CompareMixed(left.integer, right.real);
+    return left.integer <=> right.integer;
+}
+
+bool IsNaN(const CVal& value) {
+    return value.GetType() == ValueType::Double && std::isnan(value.Real());
+}
+
+std::partial_ordering Compare(const CVal& left, const CVal& right) {
+    COperand a;
+    COperand b;
+    if (left.IsText() && right.IsText()) return left.Text() <=> right.Text();
+    if (left.IsText() || right.IsText()) {
+        CVal number;
+        if (IsNaN(left) || IsNaN(right)) return std::partial_ordering::unordered;
+        if (!ReadWholeNumber(left.IsText() ? left.Text() : right.Text(), number)) {
+            return ValueToText(left) <=> ValueToText(right);
+        }
+        ReadOperand(left.IsText() ? number : left, a);
+        ReadOperand(right.IsText() ? number : right, b);
+    } else {
+        ReadOperand(left, a);
+        ReadOperand(right, b);
+    }
+    return CompareNumbers(a, b);
+}
+
+}  // namespace
+
+CVal::CVal(std::wstring_view text) : CVal(FromWide(text)) {}
+
+void CVal::AssignText(const CVal& other) {
+    if (!other.IsText()) {
+        PutNumber(other.m_nType, other.m_number);
+    } else if (IsText()) {
+        m_text = other.m_text;
+    } else {
+        new (&m_text) std::string(other.m_text);
+    }
+}
+
+void CVal::TakeText(CVal& other) noexcept {
+    if (!other.IsText()) {
+        PutNumber(other.m_nType, other.m_number);
+    } else {
+        PutText(std::move(other.m_text));
+    }
+}
+
+void CVal::JoinStamp(const CVal& right) noexcept {
+    m_nStatus |= right.m_nStatus;
+    if (right.m_tTime > m_tTime) SetTime(right.m_tTime, right.m_nSubTime1, right.m_nSubTime2);
+}
+
+void CVal::PutNumber(std::uint16_t type, Number number) noexcept {
+    if (IsText()) m_text.~basic_string();
+    m_number = number;
+    m_nType = type;
+}
+
+void CVal::PutText(std::string&& text) noexcept {
+    if (IsText()) {
+        m_text = std::move(text);
+    } else {
+        new (&m_text) std::string(std::move(text));
+    }
+    m_nType = ValueType::Text;
+}
+
+void CVal::SetType(std::uint16_t code) {
+    if (code == m_nType) return;
+    if (code == ValueType::None || !Cast(code)) PutNumber(code, Number{0});
+}
+
+bool CVal::GetValData(int type, void* destination, int, const char*) const {
+    const bool integer = ValueType::IsInteger(type);
+    if (!integer && type != ValueType::Double) return false;
+    COperand operand;
+    const bool read = ReadOperand(*this, operand);
+    if (integer) {
+        IntegerForm(type).store(ReadAs(type, operand), destination);
+    } else {
+        const double real = operand.AsReal();
+        std::memcpy(destination, &real, sizeof real);
+    }
+    return read;
+}
+
+bool CVal::GetValData(int type, std::string& destination, int, const char*) const {
+    if (type != ValueType::Text) return false;
+    destination = ValueToText(*this);
+    return true;
+}
+
+bool CVal::Cast(int type) {
+    if (type == m_nType || type == ValueType::None || type == ValueType::Unreadable) return true;
+    if (type == ValueType::Text) {
+        PutText(ValueToText(*this));
+        return true;
+    }
+    const bool integer = ValueType::IsInteger(type);
+    if (!integer && type != ValueType::Double) return false;
+    COperand operand;
+    if (!ReadOperand(*this, operand)) return false;
+    const Number number =
+        integer ? Number{ReadAs(type, operand)} : Number{.real = operand.AsReal()};
+    PutNumber(static_cast<std::uint16_t>(type), number);
+    return true;
+}
+
+template <class Operation>
+void CVal::Compute(const CVal& right, Operation operation) {
+    COperand a;
+    COperand b;
+    ReadOperand(*this, a);
+    ReadOperand(right, b);
+    if (a.IsReal() || b.IsReal()) {
+        PutNumber(ValueType::Double, Number{.real = operation(a.AsReal(), b.AsReal())});
+    } else {
+        const CWideInteger exact = operation(CWideInteger{a.integer}, CWideInteger{b.integer});
+        const auto number = static_cast<std::int64_t>(exact);
+        const std::uint16_t wider = std::max(a.type, b.type);
+        if (number != exact) {
+            PutNumber(ValueType::Double, Number{.real = static_cast<double>(exact)});
+        } else {
+            PutNumber(Fits(number, wider) ? wider : ValueType::Int64, Number{number});
+        }
+    }
+    JoinStamp(right);
+}
+
+CVal& CVal::operator+=(const CVal& right) {
+    if (IsText() && right.IsText()) {
+        m_text += right.m_text;
+        JoinStamp(right);
+    } else {
+        Compute(right, CAdd());
+    }
+    return *this;
+}
+
+CVal& CVal::operator-=(const CVal& right) {
+    Compute(right, CSubtract());
+    return *this;
+}
+
+CVal& CVal::operator*=(const CVal& right) {
+    Compute(right, CMultiply());
+    return *this;
+}
+
+CVal& CVal::operator/=(const CVal& right) {
+    COperand a;
+    COperand b;
+    ReadOperand(*this, a);
+    ReadOperand(right, b);
+    PutNumber(ValueType::Double, Number{.real = a.AsReal() / b.AsReal()});
+    JoinStamp(right);
+    return *this;
+}
+
+CVal CVal::operator*(const CVal& right) const {
+    CVal result(*this);
+    result *= right;
+    return result;
+}
+
+CVal CVal::operator~() const {
+    COperand operand;
+    ReadOperand(*this, operand);
+    const std::uint16_t type = operand.IsReal() ? ValueType::Int : operand.type;
+    const std::int64_t complement = ~ReadAs(ValueType::Int64, operand);
+    CVal result(*this);
+    result.PutNumber(Fits(complement, type) ? type : ValueType::Int64, CVal::Number{complement});
+    return result;
+}
+
+CVal pow(const CVal& base, const CVal& exponent) {
+    COperand a;
+    COperand b;
+    ReadOperand(base, a);
+    ReadOperand(exponent, b);
+    CVal result(base);
+    result.PutNumber(ValueType::Double, CVal::Number{.real = std::pow(a.AsReal(), b.AsReal())});
+    result.JoinStamp(exponent);
+    return result;
+}
+
+int CVal::operator==(const CVal& right) const {
+    return Compare(*this, right) == 0;
+}
+
+int CVal::operator!=(const CVal& right) const {
+    return Compare(*this, right) != 0;
+}
+
+int CVal::operator<(const CVal& right) const {
+    return Compare(*this, right) < 0;
+}
+
+int CVal::operator<=(const CVal& right) const {
+    return Compare(*this, right) <= 0;
+}
+
+int CVal::operator>(const CVal& right) const {
+    return Compare(*this, right) > 0;
+}
+
+int CVal::operator>=(const CVal& right) const {
+    return Compare(*this, right) >= 0;
+}
+
+}  // namespace kalvex

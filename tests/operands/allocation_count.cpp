@@ -1,0 +1,56 @@
+#include "operands/allocation_count.h"
+
+#include <malloc.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<int> g_nAllocations = 0;
+std::atomic<std::int64_t> g_nHeldBytes = 0;
+
+void* Allocate(std::size_t size) noexcept {
+    void* memory = std::malloc(size);
+    ++g_nAllocations;
+    g_nHeldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
+    return memory;
+}
+
+void Release(void* memory) noexcept {
+    g_nHeldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
+    std::free(memory);
+}
+
+}  // namespace
+
+namespace kalvex {
+
+int AllocationCount() {
+    return g_nAllocations;
+}
+
+std::int64_t HeldBytes() {
+    return g_nHeldBytes;
+}
+
+}  // namespace kalvex
+
+void* operator new(std::size_t size) {
+    if (void* memory = Allocate(size)) return memory;
+    throw std::bad_alloc();
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+
+void operator delete(void* memory) noexcept {
+    Release(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    Release(memory);
+}

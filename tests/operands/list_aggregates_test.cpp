@@ -1,0 +1,107 @@
+#include "operands/ListAggregates.h"
+
+#include <gtest/gtest.h>
+
+#include "operands/value_dump.h"
+
+namespace kalvex {
+namespace {
+
+constexpr std::int64_t kNow = 5000;
+
+CVal Element(int number, std::uint16_t status, std::int64_t time) {
+    CVal value(number);
+    value.SetStatus(status);
+    value.SetTime(time);
+    return value;
+}
+
+class ListAggregates : public testing::Test {
+  protected:
+    void SetUp() override {
+        list.Add(Element(5, 0, 100));
+        list.Add(Element(2, Status::Unknown, 200));
+        list.Add(Element(5, Status::Alarm, 300));
+        list.Add(Element(3, 0, 400));
+    }
+
+    CVariableList list{"L"};
+};
+
+TEST_F(ListAggregates, CountFollowsMaskAndRange) {
+    EXPECT_EQ(CountItems(list, {}), 4);
+    EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
+    EXPECT_EQ(CountItems(list, {Status::Unknown | Status::Alarm}), 2);
+    EXPECT_EQ(CountItems(list, {0, 200, 300}), 2);
+    EXPECT_EQ(CountItems(list, {0, 201, 299}), 0);
+    list.Add(Element(1, 0, kLargestTime + 1));
+    EXPECT_EQ(CountItems(list, {}), 5);
+    EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
+}
+
+TEST_F(ListAggregates, SumHasTheTimeOfItsMaking) {
+    CVal result;
+    EXPECT_TRUE(SumItems(list, result, {}, kNow));
+    EXPECT_EQ(Dump(result), "150:15");
+    EXPECT_EQ(result.GetStatus(), Status::SetByUser);
+    EXPECT_EQ(result.GetTime(), kNow);
+    EXPECT_TRUE(SumItems(list, result, {Status::Unknown}, kNow));
+    EXPECT_EQ(Dump(result), "150:13");
+}
+
+TEST_F(ListAggregates, AverageIsADouble) {
+    CVal result;
+    EXPECT_TRUE(AverageItems(list, result, {0, 300, 400}, kNow));
+    EXPECT_EQ(Dump(result), "171:4.00");
+    EXPECT_EQ(result.GetStatus(), Status::SetByUser);
+    EXPECT_EQ(result.GetTime(), kNow);
+}
+
+TEST_F(ListAggregates, ExtremesAreTheElementsThemselves) {
+    CVal result;
+    EXPECT_TRUE(MaxItem(list, result, {}));
+    EXPECT_EQ(Dump(result), "150:5");
+    EXPECT_EQ(result.GetTime(), 100);
+    EXPECT_EQ(result.GetStatus(), 0);
+    EXPECT_TRUE(MinItem(list, result, {}));
+    EXPECT_EQ(result.GetTime(), 200);
+    EXPECT_EQ(result.GetStatus(), Status::Unknown);
+    EXPECT_TRUE(MinItem(list, result, {Status::Unknown}));
+    EXPECT_EQ(result.GetTime(), 400);
+}
+
+TEST_F(ListAggregates, NothingThatCountsLeavesTheResult) {
+    CVal result("przed");
+    const ElementFilter nothing{0, 1, 2};
+    EXPECT_FALSE(SumItems(list, result, nothing, kNow));
+    EXPECT_FALSE(AverageItems(list, result, nothing, kNow));
+    EXPECT_FALSE(MaxItem(list, result, nothing));
+    EXPECT_FALSE(MinItem(list, result, nothing));
+    EXPECT_FALSE(SumItems(CVariableList("E"), result, {}, kNow));
+    EXPECT_EQ(Dump(result), "190:przed");
+}
+
+TEST_F(ListAggregates, ElementsAreNotChanged) {
+    CVal result;
+    SumItems(list, result, {}, kNow);
+    EXPECT_EQ(Dump(list.Elements()[0]), "150:5");
+    EXPECT_EQ(list.Elements()[0].GetTime(), 100);
+}
+
+TEST(ArchiveValueList, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
+    CArchiveValueList values;
+    values.Add(Element(1, 0, 30));
+    values.Add(Element(2, 0, 10));
+    values.Add(Element(3, 0, 30));
+    values.SortTimes();
+    EXPECT_EQ(Dump(*values.Get(0)), "150:2");
+    EXPECT_EQ(Dump(*values.Get(1)), "150:1");
+    EXPECT_EQ(Dump(*values.Get(2)), "150:3");
+    EXPECT_EQ(values.Get(3), nullptr);
+    EXPECT_EQ(values.GetSize(), 3u);
+    values.RemoveAll();
+    EXPECT_EQ(values.Get(0), nullptr);
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+
+#include "operands/FunctionFamilies.h"
+#include "operands/fake_script.h"
+#include "operands/value_dump.h"
+#include "operands/zone_scope.h"
+
+namespace kalvex {
+namespace {
+
+constexpr FunctionRow kRows[] = {{"CHECK_EVENT_TIME", CheckEventTimeFunction, "", ""}};
+
+class ScheduleFunction : public testing::Test {
+  protected:
+    ScheduleFunction() {
+        script.clock.SetSystemTime(kNoon);
+        script.Local("POLUDNIE", CVal("0 0 12 * * *"));
+    }
+
+    static const CFunctionTable& Table() {
+        static const CFunctionTable table(kRows);
+        return table;
+    }
+
+    static constexpr std::int64_t kNoon = Gmt(2024, 3, 10, 11);  // 12:00 of winter time
+
+    ZoneScope zone{"Europe/Warsaw"};
+    FakeScript script{Table()};
+};
+
+TEST_F(ScheduleFunction, EntryAloneAsksAboutThePresent) {
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"0 0 12 * * *\""), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"1 0 12 * * *\""), "150:0");
+    script.clock.Advance(1000);
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE"), "150:0");
+}
+
+TEST_F(ScheduleFunction, WordsNeedNoQuotes) {
+    script.clock.SetSystemTime(Gmt(2024, 3, 9, 23));
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @daily"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"@daily\""), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @monthly"), "150:0");
+}
+
+TEST_F(ScheduleFunction, TokenThatDoesNotEvaluateIsTheEntry) {
+    script.clock.SetSystemTime(Gmt(2024, 3, 9, 23));
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @Daily"), "150:0");
+    EXPECT_EQ(script.Error(), "3 @Daily");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME BRAK"), "150:0");
+}
+
+TEST_F(ScheduleFunction, EntryThatCannotBeReadDoesNotFit) {
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"0 0 12 * *\""), "150:0");
+    EXPECT_EQ(script.Error(), "0");
+}
+
+TEST_F(ScheduleFunction, SmallNumberIsATolerance) {
+    script.clock.SetSystemTime(kNoon - 4);
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 5"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 4"), "150:0");
+    script.Local("ZAPAS", CVal("5 sekund"));
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE ZAPAS"), "150:1");
+}
+
+TEST_F(ScheduleFunction, GreatNumberIsATime) {
+    script.clock.SetSystemTime(5);
+    script.Local("T", CVal(kNoon - 4));
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T"), "150:0");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T 5"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T 4"), "150:0");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 1710068400"), "150:1");
+}
+
+TEST_F(ScheduleFunction, TwoTimesAreARange) {
+    script.Local("OD", CVal(kNoon - 10));
+    script.Local("DO", CVal(kNoon));
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE OD DO"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE DO OD"), "150:0");
+    script.Variables().Find("DO")->SetValue(CVal(kNoon - 1), KindCurrent);
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE OD DO"), "150:0");
+}
+
+TEST_F(ScheduleFunction, TextWithoutANumberCountsAsNone) {
+    script.Local("TEKST", CVal("abc"));
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE TEKST"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE -5 500"), "150:1");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 0 500"), "150:1");
+}
+
+TEST_F(ScheduleFunction, MissingEntryOrBadNumbersFail) {
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME"), "failed 0");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE BRAK"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 5 BRAK"), "failed 3 BRAK");
+}
+
+TEST_F(ScheduleFunction, RestOfTheLineIsDropped) {
+    EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 0 0 == 7 ("), "150:1");
+}
+
+}  // namespace
+}  // namespace kalvex

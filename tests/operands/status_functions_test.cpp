@@ -1,0 +1,215 @@
+#include <gtest/gtest.h>
+
+#include "operands/FunctionFamilies.h"
+#include "operands/StatusArgument.h"
+#include "operands/fake_script.h"
+#include "operands/value_dump.h"
+
+namespace kalvex {
+namespace {
+
+constexpr FunctionRow kRows[] = {
+    {"STATUS", StatusFunction, "", ""},
+    {"SET_STATUS", SetStatusFunction, "", ""},
+    {"ADD_STATUS", AddStatusFunction, "", ""},
+    {"REMOVE_STATUS", RemoveStatusFunction, "", ""},
+    {"SORVANE_USER_NAME", SorvaneUserName, "", ""},
+    {"SORVANE_USER_DESCRIPTION", SorvaneUserDescription, "", ""},
+    {"WINDOWS_USER_NAME", WindowsUserName, "", ""},
+};
+
+class StatusFunctions : public testing::Test {
+  protected:
+    static const CFunctionTable& Table() {
+        static const CFunctionTable table(kRows);
+        return table;
+    }
+    // The status word of a variable's value after an expression, whose outcome goes in front.
+    std::string After(std::string_view expression, std::string_view name,
+                      ValueKind kind = KindCurrent) {
+        const std::string outcome = script.Evaluate(expression, ValueType::Int);
+        return outcome + " -> " + std::to_string(script.Value(name, kind).GetStatus());
+    }
+    void SetStatus(std::string_view name, std::uint16_t word) {
+        script.Variables().Find(name)->SetStatus(word, KindCurrent);
+    }
+
+    FakeScript script{Table()};
+};
+
+TEST_F(StatusFunctions, StatusGivesTheWord) {
+    script.Local("A", Stamped(CVal(1.5), 33, 0));
+    EXPECT_EQ(script.Evaluate("STATUS A"), "141:33");
+    script.Local("B", Stamped(CVal(1.5), 0xFFFF, 0));
+    EXPECT_EQ(script.Evaluate("STATUS B"), "141:65535");
+    script.Local("C");
+    EXPECT_EQ(script.Evaluate("STATUS C"), "141:0");
+}
+
+TEST_F(StatusFunctions, StatusTestsAWord) {
+    script.Local("A", Stamped(CVal(1), 33, 0));
+    EXPECT_EQ(script.Evaluate("STATUS A UNKNOWN"), "120:1");
+    EXPECT_EQ(script.Evaluate("STATUS A SET_BY_USER"), "120:1");
+    EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
+}
+
+TEST_F(StatusFunctions, StatusKnowsEveryWord) {
+    struct Row {
+        const char* word;
+        std::uint16_t bit;
+    };
+    constexpr Row kWords[] = {
+        {"UNKNOWN", 1},          {"TRANSMISSION_ERROR", 2}, {"ALARM", 4},
+        {"CONFIRMED_ALARM", 8},  {"SET_BY_DEVICE", 16},     {"SET_BY_USER", 32},
+        {"CALCULATE_ERROR", 64}, {"REPORT_LOADED", 128},    {"REPORT_INITED", 256},
+        {"LOCK", 512},           {"HARDLOCK", 512},         {"SOFTLOCK", 2048},
+        {"ALARM_MEM", 16384},    {"SUPERVISORY", 32768},
+    };
+    script.Local("A", CVal(1));
+    for (const Row& row : kWords) {
+        SetStatus("A", row.bit);
+        EXPECT_EQ(script.Evaluate(std::string("STATUS A ") + row.word), "120:1") << row.word;
+        SetStatus("A", static_cast<std::uint16_t>(~row.bit));
+        EXPECT_EQ(script.Evaluate(std::string("STATUS A ") + row.word), "120:0") << row.word;
+        SetStatus("A", 0);
+        EXPECT_EQ(After(std::string("SET_STATUS A ") + row.word, "A"),
+                  "150:1 -> " + std::to_string(row.bit));
+    }
+}
+
+TEST_F(StatusFunctions, StatusTestsTheBitsOfANumber) {
+    script.Local("A", Stamped(CVal(1), 33, 0));
+    script.Local("MASKA", CVal(34));
+    EXPECT_EQ(script.Evaluate("STATUS A 2"), "120:0");
+    EXPECT_EQ(script.Evaluate("STATUS A 3"), "120:1");
+    EXPECT_EQ(script.Evaluate("STATUS A MASKA"), "120:1");
+    EXPECT_EQ(script.Evaluate("STATUS A 0"), "120:0");
+}
+
+TEST_F(StatusFunctions, StatusWordsArePreferredToVariables) {
+    script.Local("A", Stamped(CVal(1), 1, 0));
+    script.Local("ALARM", CVal(1));
+    EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
+    EXPECT_EQ(script.Evaluate("STATUS A unknown"), "failed 3 unknown");
+}
+
+TEST_F(StatusFunctions, StatusFollowsTheSuffix) {
+    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 1, 0));
+    variable.SetValue(Stamped(CVal(2), 4, 0), KindDay);
+    EXPECT_EQ(script.Evaluate("STATUS A.DREP"), "141:4");
+    EXPECT_EQ(script.Evaluate("STATUS A.CURDATA"), "141:1");
+    EXPECT_EQ(script.Evaluate("STATUS A.ARCH"), "failed 0");
+    EXPECT_EQ(script.Evaluate("STATUS A.ARCH ALARM"), "failed 0");
+}
+
+TEST_F(StatusFunctions, StatusOfAnUnusableValueIsReadAllTheSame) {
+    script.Remote("Z").value = Stamped(CVal(1), 3, 0);
+    EXPECT_EQ(script.Evaluate("STATUS Z"), "141:3");
+    script.List("L", {Stamped(CVal(1), 1, 0)}).MoveFirst();
+    EXPECT_EQ(script.Evaluate("STATUS L UNKNOWN"), "120:1");
+}
+
+TEST_F(StatusFunctions, StatusFailsWithItsOperands) {
+    script.Local("A", CVal(1));
+    EXPECT_EQ(script.Evaluate("STATUS BRAK"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("STATUS BRAK ALARM"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("STATUS A BRAK"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("STATUS BRAK 3"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("STATUS"), "failed 3");
+}
+
+TEST_F(StatusFunctions, SetAddAndRemove) {
+    script.Local("A", Stamped(CVal(7), 33, 1000));
+    EXPECT_EQ(After("SET_STATUS A 0", "A"), "150:1 -> 0");
+    EXPECT_EQ(After("SET_STATUS A UNKNOWN", "A"), "150:1 -> 1");
+    EXPECT_EQ(After("ADD_STATUS A ALARM", "A"), "150:1 -> 5");
+    EXPECT_EQ(After("REMOVE_STATUS A UNKNOWN", "A"), "150:1 -> 4");
+    EXPECT_EQ(After("ADD_STATUS A 48", "A"), "150:1 -> 52");
+    EXPECT_EQ(After("REMOVE_STATUS A 20", "A"), "150:1 -> 32");
+    EXPECT_EQ(After("SET_STATUS A 6", "A"), "150:1 -> 6");
+    EXPECT_EQ(Dump(script.Value("A")), "150:7");
+    EXPECT_EQ(script.Value("A").GetTime(), 1000);
+}
+
+TEST_F(StatusFunctions, HighestBitsAreReached) {
+    script.Local("A", Stamped(CVal(7), 0x8001, 0));
+    EXPECT_EQ(After("REMOVE_STATUS A SUPERVISORY", "A"), "150:1 -> 1");
+    EXPECT_EQ(After("ADD_STATUS A 32768", "A"), "150:1 -> 32769");
+    EXPECT_EQ(After("SET_STATUS A 65537", "A"), "150:1 -> 1");
+    EXPECT_EQ(After("SET_STATUS A -1", "A"), "150:1 -> 65535");
+}
+
+TEST_F(StatusFunctions, VariableMayHoldAWordOrANumber) {
+    script.Local("A", Stamped(CVal(7), 1, 0));
+    script.Local("W", CVal("ALARM"));
+    script.Local("N", CVal(32.9));
+    EXPECT_EQ(After("ADD_STATUS A W", "A"), "150:1 -> 5");
+    EXPECT_EQ(After("SET_STATUS A N", "A"), "150:1 -> 32");
+    EXPECT_EQ(After("SET_STATUS A \"LOCK\"", "A"), "150:1 -> 512");
+}
+
+TEST_F(StatusFunctions, UnknownWordLeavesTheStatusAsItWas) {
+    script.Local("A", Stamped(CVal(7), 33, 0));
+    script.Local("W", CVal("alarm"));
+    EXPECT_EQ(After("SET_STATUS A BOGUS", "A"), "failed 3 BOGUS -> 33");
+    EXPECT_EQ(After("ADD_STATUS A alarm", "A"), "failed 3 alarm -> 33");
+    EXPECT_EQ(After("REMOVE_STATUS A W", "A"), "failed 0 -> 33");
+    EXPECT_EQ(After("SET_STATUS A", "A"), "failed 3 -> 33");
+}
+
+TEST_F(StatusFunctions, MissingVariableFailsWithItsName) {
+    EXPECT_EQ(script.Evaluate("SET_STATUS BRAK 0"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("ADD_STATUS BRAK.HREP ALARM"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("REMOVE_STATUS BRAK ALARM"), "failed 3 BRAK");
+}
+
+TEST_F(StatusFunctions, HourValueOfALocalVariableIsChangedAndFails) {
+    script.Local("A", CVal(7)).SetValue(CVal(1), KindHour);
+    EXPECT_EQ(After("ADD_STATUS A.HREP ALARM", "A", KindHour), "failed 3 ALARM -> 4");
+    EXPECT_EQ(After("SET_STATUS A.HREP 2", "A", KindHour), "failed 0 -> 2");
+    EXPECT_EQ(After("SET_STATUS A.DREP 2", "A", KindDay), "150:1 -> 2");
+    EXPECT_EQ(After("SET_STATUS A", "A"), "failed 3 -> 0");
+}
+
+TEST_F(StatusFunctions, ValueThatIsNotThereCannotBeChanged) {
+    script.Local("A", CVal(7));
+    EXPECT_EQ(script.Evaluate("SET_STATUS A.ARCH 1"), "failed 0");
+    EXPECT_EQ(script.Evaluate("ADD_STATUS A.ARCH 1"), "failed 0");
+    script.List("L");
+    EXPECT_EQ(script.Evaluate("SET_STATUS L 1"), "failed 0");
+}
+
+TEST_F(StatusFunctions, PointerReachesItsTarget) {
+    script.Local("A", CVal(7));
+    script.Pointer("W", "A");
+    EXPECT_EQ(After("ADD_STATUS W ALARM", "A"), "150:1 -> 4");
+    EXPECT_EQ(script.Evaluate("STATUS W ALARM"), "120:1");
+}
+
+TEST(StatusArgument, LeadingBlanksAreLeftOut) {
+    FakeScript script;
+    std::uint16_t word = 1;
+    EXPECT_TRUE(ParseStatusArgument(script, "  ALARM", &word, StatusAction::Add));
+    EXPECT_EQ(word, 5);
+    EXPECT_FALSE(ParseStatusArgument(script, "ALARM ", &word, StatusAction::Add));
+    EXPECT_FALSE(ParseStatusArgument(script, "  ", &word, StatusAction::Set));
+    EXPECT_FALSE(ParseStatusArgument(script, "@daily", &word, StatusAction::Set));
+    EXPECT_EQ(word, 5);
+    EXPECT_TRUE(ParseStatusArgument(script, " 2 ", &word, StatusAction::Set));
+    EXPECT_EQ(word, 2);
+}
+
+TEST_F(StatusFunctions, NamesOfTheUser) {
+    EXPECT_EQ(script.Evaluate("SORVANE_USER_NAME"), "190:");
+    EXPECT_EQ(script.Evaluate("SORVANE_USER_DESCRIPTION"), "190:");
+    script.users.name = "jkowalski";
+    script.users.description = "Główny mechanik";
+    script.users.account = "żuraw";
+    EXPECT_EQ(script.Evaluate("SORVANE_USER_NAME"), "190:jkowalski");
+    EXPECT_EQ(script.Evaluate("SORVANE_USER_DESCRIPTION"), "190:Główny mechanik");
+    EXPECT_EQ(script.Evaluate("WINDOWS_USER_NAME"), "190:żuraw");
+    EXPECT_EQ(script.Evaluate("WINDOWS_USER_NAME + 1 ("), "190:żuraw");
+}
+
+}  // namespace
+}  // namespace kalvex

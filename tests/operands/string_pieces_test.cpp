@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include "operands/FunctionFamilies.h"
+#include "operands/fake_script.h"
+#include "operands/value_dump.h"
+
+namespace kalvex {
+namespace {
+
+constexpr FunctionRow kRows[] = {
+    {"TOKENIZE", Tokenize, "", ""},
+    {"JOIN", Join, "", ""},
+};
+
+class StringPieces : public testing::Test {
+  protected:
+    static const CFunctionTable& Table() {
+        static const CFunctionTable table(kRows);
+        return table;
+    }
+    std::string Position() { return Dump(script.Value("P")); }
+
+    FakeScript script{Table()};
+};
+
+TEST_F(StringPieces, TokenizeTakesOnePieceAfterTheOther) {
+    script.Local("S", CVal("a;b"));
+    script.Local("P", CVal(0));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "190:a");
+    EXPECT_EQ(Position(), "150:2");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "190:b");
+    EXPECT_EQ(Position(), "150:4");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "190:");
+    EXPECT_EQ(Position(), "150:-1");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "failed 0");
+    EXPECT_EQ(Position(), "150:-1");
+}
+
+TEST_F(StringPieces, TokenizePassesOverRunsOfSeparators) {
+    script.Local("S", CVal(",,a,,b,,"));
+    script.Local("P", CVal(0));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S , P"), "190:a");
+    EXPECT_EQ(Position(), "150:4");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S , P"), "190:b");
+    EXPECT_EQ(Position(), "150:7");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S , P"), "190:");
+    EXPECT_EQ(Position(), "150:-1");
+}
+
+TEST_F(StringPieces, TokenizeTakesItsSeparatorAsItIsWritten) {
+    script.Local("S", CVal("x\"y;z"));
+    script.Local("ZNAK", CVal(";"));
+    script.Local("P", CVal(0));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S \";\" P"), "190:x");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S \";\" P"), "190:y");
+    script.Local("T", CVal("abZcd"));
+    script.Variables().Find("P")->SetValue(CVal(0), KindCurrent);
+    EXPECT_EQ(script.Evaluate("TOKENIZE T ZNAK P"), "190:ab");
+    EXPECT_EQ(Position(), "150:3");
+}
+
+TEST_F(StringPieces, TokenizeBeginsAnywhere) {
+    script.Local("S", CVal("alfa beta"));
+    script.Local("P", CVal(2.9));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:fa beta");
+    EXPECT_EQ(Position(), "150:10");
+    script.Variables().Find("P")->SetValue(CVal(9), KindCurrent);
+    EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:");
+    EXPECT_EQ(Position(), "150:-1");
+    script.Variables().Find("P")->SetValue(CVal(2147483647), KindCurrent);
+    EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:");
+    EXPECT_EQ(Position(), "150:-1");
+}
+
+TEST_F(StringPieces, TokenizeReadsThePositionAsANumber) {
+    script.Local("S", CVal("a b"));
+    script.Local("BEZ_WARTOSCI");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S - BEZ_WARTOSCI"), "190:a b");
+    EXPECT_EQ(Dump(script.Value("BEZ_WARTOSCI")), "150:4");
+    script.Local("P", CVal("1x"));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S - P"), "190: b");
+    script.Local("TEKST", CVal("abc"));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S - TEKST"), "failed 0");
+    EXPECT_EQ(Dump(script.Value("TEKST")), "190:abc");
+}
+
+TEST_F(StringPieces, TokenizeWantsThreeTokens) {
+    script.Local("S", CVal("a"));
+    EXPECT_EQ(script.Evaluate("TOKENIZE"), "failed 0");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S"), "failed 0");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ;"), "failed 0");
+}
+
+TEST_F(StringPieces, TokenizeFailsWithoutTextOrPosition) {
+    script.Local("S", CVal("a"));
+    script.Local("P", CVal(0));
+    EXPECT_EQ(script.Evaluate("TOKENIZE BRAK ; P"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; BRAK"), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; 0"), "failed 3 0");
+    script.Remote("Z").answer = ReadUnavailable;
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; Z"), "failed 0");
+}
+
+TEST_F(StringPieces, TokenizeNegativePositionFails) {
+    script.Local("S", CVal("a"));
+    script.Local("P", CVal(-5));
+    EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "failed 0");
+    EXPECT_EQ(Position(), "150:-5");
+}
+
+TEST_F(StringPieces, JoinPutsTheSeparatorBetween) {
+    CVariableList& list = script.List("L", {CVal("a"), CVal(2), CVal(0.5)});
+    EXPECT_EQ(script.Evaluate("JOIN L \", \""), "190:a, 2, 0.50");
+    EXPECT_EQ(list.GetIterator(), 3);
+    EXPECT_FALSE(list.IsIteratorValid());
+    EXPECT_EQ(script.Evaluate("JOIN L"), "190:a20.50");
+}
+
+TEST_F(StringPieces, JoinOfAnEmptyListIsEmpty) {
+    CVariableList& list = script.List("L");
+    EXPECT_EQ(script.Evaluate("JOIN L \",\""), "190:");
+    EXPECT_EQ(list.GetIterator(), 0);
+}
+
+TEST_F(StringPieces, JoinSeparatorIsEvaluatedOrStandsForItself) {
+    script.List("L", {CVal("a"), CVal("b")});
+    script.Local("ZNAK", CVal(" - "));
+    EXPECT_EQ(script.Evaluate("JOIN L ZNAK"), "190:a - b");
+    EXPECT_EQ(script.Evaluate("JOIN L BRAK"), "190:aBRAKb");
+    EXPECT_EQ(script.Error(), "3 BRAK");
+    EXPECT_EQ(script.Evaluate("JOIN L ;"), "190:a;b");
+    EXPECT_EQ(script.Evaluate("JOIN L 1"), "190:a1.00b");
+}
+
+TEST_F(StringPieces, JoinTakesUnknownAndValuelessElementsIn) {
+    script.List("L", {CVal("a"), Stamped(CVal("b"), Status::Unknown, 0), CVal(), CVal("c")});
+    EXPECT_EQ(script.Evaluate("JOIN L +"), "190:a+b++c");
+}
+
+TEST_F(StringPieces, JoinWantsAList) {
+    script.Local("A", CVal("a"));
+    script.List("L", {CVal("a")});
+    script.Pointer("W", "L");
+    EXPECT_EQ(script.Evaluate("JOIN A \",\""), "failed 0");
+    EXPECT_EQ(script.Evaluate("JOIN W \",\""), "failed 0");
+    EXPECT_EQ(script.Evaluate("JOIN BRAK \",\""), "failed 3 BRAK");
+    EXPECT_EQ(script.Evaluate("JOIN"), "failed 3");
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,214 @@
+#include "operands/TimeText.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "operands/fake_script.h"
+#include "operands/value_dump.h"
+#include "operands/zone_scope.h"
+
+namespace kalvex {
+namespace {
+
+class DateFields : public testing::Test {
+  protected:
+    // The time and what is left of the text, or "failed" and what is left.
+    std::string Parse(std::string_view text) {
+        script.ClearError();
+        std::int64_t time = -7;
+        const bool read = ParseDateFields(script, text, time);
+        if (!read) {
+            EXPECT_EQ(time, -7);
+        }
+        return (read ? std::to_string(time) : "failed") + " |" + std::string(text);
+    }
+    static std::string At(std::int64_t time, std::string_view rest = "") {
+        return std::to_string(time) + " |" + std::string(rest);
+    }
+
+    ZoneScope zone{"Europe/Warsaw"};
+    FakeScript script;
+};
+
+TEST_F(DateFields, MissingFieldsKeepTheirDefaults) {
+    EXPECT_EQ(Parse("2024"), At(Gmt(2023, 12, 31, 23)));
+    EXPECT_EQ(Parse("2024 7"), At(Gmt(2024, 6, 30, 22)));
+    EXPECT_EQ(Parse("2024 7 5"), At(Gmt(2024, 7, 4, 22)));
+    EXPECT_EQ(Parse("2024 7 5 6"), At(Gmt(2024, 7, 5, 4)));
+    EXPECT_EQ(Parse("2024 7 5 6 7"), At(Gmt(2024, 7, 5, 4, 7)));
+    EXPECT_EQ(Parse("2024 7 5 6 7 8"), At(Gmt(2024, 7, 5, 4, 7, 8)));
+    EXPECT_EQ(script.Error(), "0");
+}
+
+TEST_F(DateFields, SeventhNumberAndWhatDoesNotEvaluateAreLeft) {
+    EXPECT_EQ(Parse("2024 7 5 6 7 8 9"), At(Gmt(2024, 7, 5, 4, 7, 8), " 9"));
+    EXPECT_EQ(Parse(" 2024 7 TO 2025"), At(Gmt(2024, 6, 30, 22), " TO 2025"));
+    EXPECT_EQ(script.Error(), "3 TO");
+}
+
+TEST_F(DateFields, FieldsAreOperands) {
+    script.Local("ROK", CVal("2024"));
+    script.Local("MIESIAC", CVal(7.9));
+    EXPECT_EQ(Parse("ROK MIESIAC"), At(Gmt(2024, 6, 30, 22)));
+    EXPECT_EQ(Parse("TIME.YEAR TIME.MONTH 1 6"), At(Gmt(2024, 3, 1, 5)));
+}
+
+TEST_F(DateFields, FirstNumberOfThreeThousandAndOneIsATime) {
+    EXPECT_EQ(Parse("3001"), At(3001));
+    EXPECT_EQ(Parse("1700000000"), At(1700000000));
+    EXPECT_EQ(Parse("1700000000 99 99"), At(1700000000));
+    EXPECT_EQ(Parse("3000"), At(Gmt(2999, 12, 31, 23)));
+    script.Local("T", CVal(std::int64_t{1710050400}));
+    EXPECT_EQ(Parse("T"), At(1710050400));
+    EXPECT_EQ(Parse("TIME"), At(FakeScript::kStart));
+}
+
+TEST_F(DateFields, TimeBeyondAnIntDoesNotSurvive) {
+    script.Local("T", CVal(std::int64_t{3000000000}));
+    EXPECT_EQ(Parse("T"), At(std::numeric_limits<int>::max()));
+}
+
+TEST_F(DateFields, BoundsOfEachField) {
+    EXPECT_EQ(Parse("1970 1 1 1 0 0"), At(0));
+    EXPECT_EQ(Parse("2024 12 31 23 59 59"), At(Gmt(2024, 12, 31, 22, 59, 59)));
+    for (const char* text :
+         {"1969", "0", "-2024", "2024 0", "2024 13", "2024 1 0", "2024 1 32", "2024 1 1 -1",
+          "2024 1 1 24", "2024 1 1 0 -1", "2024 1 1 0 60", "2024 1 1 0 0 -1", "2024 1 1 0 0 60"}) {
+        EXPECT_EQ(Parse(text), "failed |") << text;
+        EXPECT_EQ(script.Error(), "0") << text;
+    }
+}
+
+TEST_F(DateFields, DayPastTheEndOfItsMonthCarriesOver) {
+    EXPECT_EQ(Parse("2024 2 31"), At(Gmt(2024, 3, 1, 23)));
+}
+
+TEST_F(DateFields, FirstOperandThatFailsLeavesTheText) {
+    EXPECT_EQ(Parse(" BRAK 7"), "failed | BRAK 7");
+    EXPECT_EQ(script.Error(), "3 BRAK");
+    EXPECT_EQ(Parse(""), "failed |");
+    EXPECT_EQ(script.Error(), "3");
+}
+
+TEST_F(DateFields, RemoteValueIsAskedForQuietly) {
+    script.Remote("Z").answer = ReadUnavailable;
+    EXPECT_EQ(Parse("Z"), "failed |Z");
+    EXPECT_EQ(script.Error(), "27 Z");
+}
+
+struct IntegerRow {
+    std::string_view text;
+    int value;
+    std::string_view rest;
+};
+
+TEST(ScanInteger, WhiteSpaceSignAndDigits) {
+    constexpr IntegerRow kRows[] = {
+        {"7", 7, ""},
+        {"  7", 7, ""},
+        {"\t\n\v\f\r 7x", 7, "x"},
+        {"-7", -7, ""},
+        {"+7", 7, ""},
+        {"007", 7, ""},
+        {"1:30", 1, ":30"},
+        {"1.5", 1, ".5"},
+        {"2147483647", 2147483647, ""},
+        {"2147483648", 2147483647, ""},
+        {"-2147483648", -2147483647 - 1, ""},
+        {"-2147483649", -2147483647 - 1, ""},
+        {"99999999999999999999999999 1", 2147483647, " 1"},
+        {"-99999999999999999999999999", -2147483647 - 1, ""},
+    };
+    for (const IntegerRow& row : kRows) {
+        std::string_view text = row.text;
+        int value = 0;
+        EXPECT_TRUE(ScanInteger(text, value)) << row.text;
+        EXPECT_EQ(value, row.value) << row.text;
+        EXPECT_EQ(text, row.rest) << row.text;
+    }
+}
+
+TEST(ScanInteger, NoDigitLeavesBothAlone) {
+    for (std::string_view row : {"", " ", "x", "-", "+ 7", "- 7", "--7", ".5",
+                                 "\xA0"
+                                 "7"}) {
+        std::string_view text = row;
+        int value = 42;
+        EXPECT_FALSE(ScanInteger(text, value)) << row;
+        EXPECT_EQ(value, 42) << row;
+        EXPECT_EQ(text, row) << row;
+    }
+}
+
+class SleepText : public testing::Test {
+  protected:
+    std::string Parse(std::string_view text) {
+        script.ClearError();
+        SleepTime time;
+        if (!ParseSleepTime(script, FromUtf8(text), time)) return "failed " + script.Error();
+        return std::to_string(time.hours) + "h " + std::to_string(time.minutes) + "m " +
+               std::to_string(time.seconds) + "s form " +
+               std::to_string(static_cast<int>(time.form));
+    }
+
+    FakeScript script;
+};
+
+TEST_F(SleepText, ThreeForms) {
+    EXPECT_EQ(Parse("1:30.15"), "1h 30m 15s form 0");
+    EXPECT_EQ(Parse("1.30"), "0h 1m 30s form 1");
+    EXPECT_EQ(Parse("90"), "0h 0m 90s form 2");
+    EXPECT_EQ(Parse("0:0.0"), "0h 0m 0s form 0");
+}
+
+TEST_F(SleepText, WhatStandsBehindTheNumbersIsLeftOut) {
+    EXPECT_EQ(Parse("1:30.15 po"), "1h 30m 15s form 0");
+    EXPECT_EQ(Parse("1.30.15"), "0h 1m 30s form 1");
+    EXPECT_EQ(Parse("90s"), "0h 0m 90s form 2");
+    EXPECT_EQ(Parse("1:30"), "0h 0m 1s form 2");
+    EXPECT_EQ(Parse("1:30:15"), "0h 0m 1s form 2");
+    EXPECT_EQ(Parse("1.x"), "0h 0m 1s form 2");
+}
+
+TEST_F(SleepText, EachNumberMayHaveWhiteSpaceAndASign) {
+    EXPECT_EQ(Parse(" 1: 30. +15"), "1h 30m 15s form 0");
+    EXPECT_EQ(Parse("-1:-30.-15"), "-1h -30m -15s form 0");
+    EXPECT_EQ(Parse("1 :30.15"), "0h 0m 1s form 2");
+    EXPECT_EQ(Parse("99999999999:1.2"), "2147483647h 1m 2s form 0");
+}
+
+TEST_F(SleepText, VariableHoldsTheText) {
+    script.Local("PAUZA", CVal("0:5.30"));
+    script.Local("SEKUNDY", CVal(45));
+    script.Local("ULAMEK", CVal(1.5));
+    EXPECT_EQ(Parse("PAUZA"), "0h 5m 30s form 0");
+    EXPECT_EQ(Parse("SEKUNDY"), "0h 0m 45s form 2");
+    EXPECT_EQ(Parse("ULAMEK"), "0h 1m 50s form 1");
+    script.Variables().Find("PAUZA")->SetValue(CVal("2.10"), KindDay);
+    EXPECT_EQ(Parse("PAUZA.DREP"), "0h 2m 10s form 1");
+}
+
+TEST_F(SleepText, VariableNamedLikeANumberGoesFirst) {
+    script.Local("90", CVal(5));
+    EXPECT_EQ(Parse("90"), "0h 0m 5s form 2");
+}
+
+TEST_F(SleepText, TextThatIsNoTimeFails) {
+    script.Local("TEKST", CVal("wkrótce"));
+    script.Local("NIC");
+    script.Remote("Z").answer = ReadUnavailable;
+    EXPECT_EQ(Parse("BRAK"), "failed 3 BRAK");
+    EXPECT_EQ(Parse(""), "failed 3");
+    EXPECT_EQ(Parse("TEKST"), "failed 0");
+    EXPECT_EQ(Parse("NIC"), "failed 0");
+    EXPECT_EQ(Parse("Z"), "failed 0");
+}
+
+TEST_F(SleepText, LookupOfALiteralLeavesItsErrorBehind) {
+    EXPECT_EQ(Parse("1:30.15"), "1h 30m 15s form 0");
+    EXPECT_EQ(script.Error(), "3 1:30");
+}
+
+}  // namespace
+}  // namespace kalvex

@@ -1,0 +1,362 @@
+#include "operands/Variable.h"
+
+#include <gmock/gmock.h>
+
+#include "operands/fake_script.h"
+#include "operands/value_dump.h"
+
+namespace kalvex {
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> Texts(const CVariableList& list) {
+    std::vector<std::string> texts;
+    for (const CVal& element : list.Elements()) texts.push_back(ValueToText(element));
+    return texts;
+}
+
+TEST(Variable, BaseClassAnswersNothing) {
+    CVariable variable("x");
+    CVal value(7);
+    std::uint16_t word = 9;
+    std::int64_t time = 9;
+    std::string text = "t";
+    CArchiveValueList list;
+    EXPECT_EQ(variable.GetKind(), VariableNone);
+    EXPECT_EQ(variable.GetName(), "x");
+    EXPECT_EQ(variable.GetValue(value, KindCurrent, 1), 0);
+    EXPECT_EQ(variable.SetValue(value, KindCurrent), 0);
+    EXPECT_EQ(variable.GetValueType(KindCurrent, 1), 0);
+    EXPECT_EQ(variable.GetStatus(&word, KindCurrent), 0);
+    EXPECT_EQ(variable.SetStatus(1, KindCurrent), 0);
+    EXPECT_EQ(variable.GetTime(&time, KindCurrent), 0);
+    EXPECT_EQ(variable.SetTime(1, KindCurrent), 0);
+    EXPECT_EQ(variable.CopyFrom(&variable, KindCurrent), 0);
+    EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 0);
+    EXPECT_EQ(variable.SetValueText("1", KindCurrent), 0);
+    EXPECT_EQ(variable.IsReportLoaded(KindHour), 0);
+    EXPECT_EQ(variable.IsReportInited(KindHour), 0);
+    EXPECT_EQ(variable.RequestRange(KindHour, 1, 2), 0);
+    EXPECT_EQ(variable.GetRequestStart(), 0);
+    EXPECT_EQ(variable.GetRequestEnd(), 0);
+    EXPECT_EQ(variable.IsReady(KindHour), 0);
+    EXPECT_EQ(variable.PutValue(KindHour, 1, value, true), 0);
+    EXPECT_EQ(variable.FlushPuts(list), 0);
+    EXPECT_EQ(variable.InitLoad(KindHour, 1), 0);
+    EXPECT_EQ(variable.InitLoadRefresh(KindArchive, 1), 0);
+    EXPECT_EQ(variable.InitReport(KindHour, 1), 0);
+    EXPECT_EQ(variable.InitCalc(KindHour, 1), 0);
+    EXPECT_EQ(variable.SetLocked(true), 0);
+    EXPECT_EQ(variable.SetIgnoreUnknown(true), 0);
+    EXPECT_EQ(variable.GetSourceRecord(), nullptr);
+    EXPECT_EQ(variable.IsArchived() + variable.HasHourReport() + variable.HasDayReport() +
+                  variable.HasMonthReport() + variable.HasSpanReport(),
+              0);
+    EXPECT_EQ(variable.GetDescription() + variable.GetDescName() + variable.GetUnit() +
+                  variable.GetDispFormat() + variable.GetMinVal() + variable.GetMaxVal(),
+              "");
+    EXPECT_EQ(ValueToInt(value), 7);
+}
+
+TEST(VariableLocal, UnassignedReadsAsNoValue) {
+    CVariableLocal variable("A");
+    CVal value(1);
+    EXPECT_EQ(variable.GetKind(), VariableLocal);
+    EXPECT_EQ(variable.GetValue(value, KindCurrent, 0), 1);
+    EXPECT_EQ(value.GetType(), ValueType::None);
+    EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::None);
+}
+
+TEST(VariableLocal, FiveKindsAreReadableWhateverTheirStatus) {
+    CVariableLocal variable("A");
+    for (int kind = KindCurrent; kind <= KindSpan; ++kind) {
+        CVal value(kind);
+        value.SetStatus(Status::Unknown);
+        EXPECT_EQ(variable.SetValue(value, kind), kind == KindHour ? 0 : 1) << kind;
+    }
+    for (int kind = KindCurrent; kind <= KindSpan; ++kind) {
+        CVal value;
+        EXPECT_EQ(variable.GetValue(value, kind, 0), 1);
+        EXPECT_EQ(ValueToInt(value), kind);
+    }
+}
+
+TEST(VariableLocal, OtherKindsAreNeverReadable) {
+    CVariableLocal variable("A");
+    CVal value(5);
+    for (int kind : {KindNone, KindArchive, ValueKind(7)}) {
+        EXPECT_EQ(variable.GetValue(value, kind, 1), 0);
+        EXPECT_EQ(variable.SetValue(CVal(1), kind), 0);
+        EXPECT_EQ(variable.GetValueType(kind, 1), ValueType::Unreadable);
+    }
+    EXPECT_EQ(ValueToInt(value), 5);
+}
+
+TEST(VariableLocal, StatusAndTimeOfTheHourValueAreSetAndReportFailure) {
+    CVariableLocal variable("A");
+    EXPECT_EQ(variable.SetStatus(4, KindHour), 0);
+    EXPECT_EQ(variable.SetTime(100, KindHour), 0);
+    EXPECT_EQ(variable.SetStatus(8, KindDay), 1);
+    EXPECT_EQ(variable.SetTime(200, KindDay), 1);
+    std::uint16_t word = 0;
+    std::int64_t time = 0;
+    EXPECT_EQ(variable.GetStatus(&word, KindHour), 1);
+    EXPECT_EQ(variable.GetTime(&time, KindHour), 1);
+    EXPECT_EQ(word, 4);
+    EXPECT_EQ(time, 100);
+    EXPECT_EQ(variable.GetStatus(&word, KindArchive), 0);
+    EXPECT_EQ(variable.GetTime(&time, KindArchive), 0);
+    EXPECT_EQ(variable.SetStatus(1, KindArchive), 0);
+    EXPECT_EQ(variable.SetTime(1, KindArchive), 0);
+}
+
+TEST(VariableLocal, ServerOperationsSucceedAndDoNothing) {
+    CVariableLocal variable("A");
+    CArchiveValueList list;
+    EXPECT_EQ(variable.IsReportLoaded(KindHour), 1);
+    EXPECT_EQ(variable.IsReportInited(KindHour), 1);
+    EXPECT_EQ(variable.IsReady(KindArchive), 1);
+    EXPECT_EQ(variable.RequestRange(KindHour, 1, 2), 1);
+    EXPECT_EQ(variable.PutValue(KindHour, 1, CVal(1), true), 1);
+    EXPECT_EQ(variable.InitLoad(KindHour, 1), 1);
+    EXPECT_EQ(variable.InitLoadRefresh(KindArchive, 1), 1);
+    EXPECT_EQ(variable.InitReport(KindHour, 1), 1);
+    EXPECT_EQ(variable.InitCalc(KindHour, 1), 1);
+    EXPECT_EQ(variable.SetLocked(true), 1);
+    EXPECT_EQ(variable.SetIgnoreUnknown(true), 0);
+    EXPECT_EQ(variable.FlushPuts(list), 0);
+    EXPECT_EQ(variable.GetValueType(KindHour, 1), ValueType::None);
+}
+
+TEST(VariableLocal, ValueTextAlwaysLandsInTheCurrentValue) {
+    CVariableLocal variable("A");
+    EXPECT_EQ(variable.SetValueText("12", KindDay), 1);
+    CVal value;
+    variable.GetValue(value, KindCurrent, 0);
+    EXPECT_EQ(Dump(value), "190:12");
+    variable.GetValue(value, KindDay, 0);
+    EXPECT_EQ(value.GetType(), ValueType::None);
+    std::string text;
+    EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 1);
+    EXPECT_EQ(text, "A:12");
+    EXPECT_EQ(variable.GetNameValueText(text, KindArchive), 0);
+}
+
+TEST(VariableLocal, CopyCarriesStatusAndTime) {
+    CVariableLocal from("A");
+    CVariableLocal to("B");
+    CVal value(3.5);
+    value.SetStatus(33);
+    value.SetTime(77);
+    from.SetValue(value, KindDay);
+    EXPECT_EQ(to.CopyFrom(&from, KindDay), 1);
+    EXPECT_EQ(to.CopyFrom(nullptr, KindDay), 0);
+    EXPECT_EQ(to.CopyFrom(&from, KindArchive), 0);
+    CVal copied;
+    to.GetValue(copied, KindDay, 0);
+    EXPECT_EQ(copied.GetStatus(), 33);
+    EXPECT_EQ(copied.GetTime(), 77);
+    EXPECT_EQ(ValueToDouble(copied), 3.5);
+}
+
+TEST(VariableList, ReadsThroughItsIterator) {
+    CVariableList list("L");
+    CVal value(9);
+    EXPECT_EQ(list.GetKind(), VariableList);
+    EXPECT_EQ(list.GetIterator(), -1);
+    list.Add(CVal(1));
+    EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 0);
+    EXPECT_EQ(ValueToInt(value), 9);
+    list.MoveFirst();
+    EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 1);
+    EXPECT_EQ(ValueToInt(value), 1);
+    EXPECT_EQ(list.GetValue(value, KindHour, 1), 0);
+}
+
+TEST(VariableList, UnknownElementIsRefusedThoughFilledIn) {
+    CVariableList list("L");
+    CVal element(4);
+    element.SetStatus(Status::Unknown);
+    list.Add(element);
+    list.MoveFirst();
+    CVal value;
+    EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 0);
+    EXPECT_EQ(ValueToInt(value), 4);
+    EXPECT_EQ(list.GetValue(value, KindCurrent, 1), 1);
+    EXPECT_EQ(list.GetValueType(KindCurrent, 0), ValueType::Int);
+    std::string text;
+    EXPECT_EQ(list.GetNameValueText(text, KindCurrent), 0);
+}
+
+TEST(VariableList, WritesOverTheCurrentElement) {
+    CVariableList list("L");
+    EXPECT_EQ(list.SetValue(CVal(1), KindCurrent), 0);
+    list.Add(CVal(1));
+    list.Add(CVal(2));
+    list.MoveTo(1);
+    EXPECT_EQ(list.SetValue(CVal(5), KindCurrent), 1);
+    EXPECT_EQ(list.SetValue(CVal(6), KindDay), 0);
+    EXPECT_THAT(Texts(list), ElementsAre("1", "5"));
+    EXPECT_EQ(list.GetValueType(KindCurrent, 1), ValueType::Int);
+    list.MoveNext();
+    EXPECT_EQ(list.GetValueType(KindCurrent, 1), ValueType::Unreadable);
+    CVariableLocal source("A");
+    EXPECT_EQ(list.CopyFrom(&source, KindCurrent), 0);
+}
+
+TEST(VariableList, InsertGoesInFrontOrBehindTheEnd) {
+    CVariableList list("L");
+    EXPECT_EQ(list.Insert(0, CVal("a")), 1);
+    EXPECT_EQ(list.Insert(1, CVal("b")), 1);
+    EXPECT_EQ(list.Insert(99, CVal("c")), 1);
+    EXPECT_EQ(list.Insert(1, CVal("x")), 1);
+    EXPECT_EQ(list.Insert(-1, CVal("y")), 0);
+    EXPECT_THAT(Texts(list), ElementsAre("a", "x", "b", "c"));
+}
+
+TEST(VariableList, RemovingStepsTheIteratorBack) {
+    CVariableList list("L");
+    for (int i = 0; i < 3; ++i) list.Add(CVal(i));
+    list.MoveTo(2);
+    list.RemoveCurrent();
+    EXPECT_THAT(Texts(list), ElementsAre("0", "1"));
+    EXPECT_EQ(list.GetIterator(), 1);
+    list.MoveFirst();
+    list.RemoveCurrent();
+    EXPECT_EQ(list.GetIterator(), 0);
+    list.RemoveCurrent();
+    EXPECT_EQ(list.GetIterator(), 0);
+    EXPECT_FALSE(list.IsIteratorValid());
+    list.RemoveCurrent();
+    EXPECT_EQ(list.GetIterator(), 0);
+    list.RemoveAll();
+    EXPECT_EQ(list.GetIterator(), -1);
+}
+
+TEST(VariableList, IteratorHasNoBounds) {
+    CVariableList list("L");
+    list.MoveTo(-5);
+    EXPECT_EQ(list.GetIterator(), -5);
+    EXPECT_FALSE(list.IsIteratorValid());
+    list.MoveTo(2147483647);
+    list.MoveNext();
+    EXPECT_EQ(list.GetIterator(), -2147483647 - 1);
+}
+
+TEST(VariableList, ServerOperationsAnswerAsALocalVariable) {
+    CVariableList list("L");
+    CArchiveValueList values;
+    EXPECT_EQ(list.IsReady(KindHour), 1);
+    EXPECT_EQ(list.InitCalc(KindHour, 1), 1);
+    EXPECT_EQ(list.SetLocked(true), 1);
+    EXPECT_EQ(list.SetIgnoreUnknown(true), 0);
+    EXPECT_EQ(list.FlushPuts(values), 0);
+}
+
+TEST(VariablePointer, PassesEveryOperationOn) {
+    FakeScript script;
+    CVariableLocal& target = script.Local("X", CVal(5));
+    CVariablePointer& pointer = script.Pointer("P", "X");
+    CVal value;
+    EXPECT_EQ(pointer.GetKind(), VariablePointer);
+    EXPECT_EQ(pointer.GetTargetKind(), VariableLocal);
+    EXPECT_EQ(pointer.GetName(), "P");
+    EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 1);
+    EXPECT_EQ(ValueToInt(value), 5);
+    EXPECT_EQ(pointer.SetValue(CVal(6), KindDay), 1);
+    EXPECT_EQ(pointer.SetStatus(4, KindDay), 1);
+    EXPECT_EQ(pointer.SetTime(60, KindDay), 1);
+    std::uint16_t word = 0;
+    std::int64_t time = 0;
+    EXPECT_EQ(pointer.GetStatus(&word, KindDay), 1);
+    EXPECT_EQ(pointer.GetTime(&time, KindDay), 1);
+    EXPECT_EQ(word, 4);
+    EXPECT_EQ(time, 60);
+    EXPECT_EQ(pointer.GetValueType(KindDay, 1), ValueType::Int);
+    EXPECT_EQ(pointer.IsReady(KindHour), 1);
+    EXPECT_EQ(pointer.SetLocked(true), 1);
+    std::string text;
+    EXPECT_EQ(pointer.GetNameValueText(text, KindCurrent), 1);
+    EXPECT_EQ(text, "X:5");
+    EXPECT_EQ(pointer.SetValueText("7", KindCurrent), 1);
+    EXPECT_EQ(target.GetValueType(KindCurrent, 1), ValueType::Text);
+    EXPECT_EQ(script.Error(), "0");
+}
+
+TEST(VariablePointer, MissingTargetGivesTheBaseAnswersAndError3) {
+    FakeScript script;
+    CVariablePointer& pointer = script.Pointer("P", "");
+    CVal value;
+    EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 0);
+    EXPECT_EQ(pointer.GetValueType(KindCurrent, 1), ValueType::Unreadable);
+    EXPECT_EQ(pointer.IsReady(KindCurrent), 0);
+    EXPECT_EQ(pointer.GetUnit(), "");
+    EXPECT_EQ(pointer.GetTargetKind(), VariableNone);
+    EXPECT_EQ(script.Error(), "3");
+}
+
+TEST(VariablePointer, PointersFollowEachOther) {
+    FakeScript script;
+    script.Local("X", CVal(5));
+    script.Pointer("P", "X");
+    CVariablePointer& second = script.Pointer("Q", "P");
+    CVal value;
+    EXPECT_EQ(second.GetValue(value, KindCurrent, 0), 1);
+    EXPECT_EQ(ValueToInt(value), 5);
+    EXPECT_EQ(second.GetTargetKind(), VariablePointer);
+}
+
+TEST(VariablePointer, PointerThatReachesItselfEnds) {
+    FakeScript script;
+    CVariablePointer& pointer = script.Pointer("P", "Q");
+    script.Pointer("Q", "P");
+    CVal value;
+    EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 0);
+    EXPECT_EQ(pointer.GetValueType(KindCurrent, 0), ValueType::Unreadable);
+}
+
+TEST(FindVariable, CutsAtTheFirstDotUnlessInFront) {
+    FakeScript script;
+    script.Local("A");
+    script.Local(".B");
+    EXPECT_EQ(FindVariable(script, "A.HREP.X")->GetName(), "A");
+    EXPECT_EQ(FindVariable(script, ".B")->GetName(), ".B");
+    EXPECT_EQ(script.Error(), "0");
+    EXPECT_EQ(FindVariable(script, "a.HREP"), nullptr);
+    EXPECT_EQ(script.Error(), "3 a");
+}
+
+TEST(FindVariable, FindsAmongManyByExactName) {
+    FakeScript script;
+    for (int i = 0; i < 1000; ++i) script.Local("V" + std::to_string(i), CVal(i));
+    CVal value;
+    FindVariable(script, "V777")->GetValue(value, KindCurrent, 0);
+    EXPECT_EQ(ValueToInt(value), 777);
+    int index = 0;
+    for (const auto& variable : script.Variables()) {
+        EXPECT_EQ(variable->GetName(), "V" + std::to_string(index++));
+    }
+}
+
+TEST(VariableStatusAndTime, FollowTheSuffix) {
+    FakeScript script;
+    CVariableLocal& variable = script.Local("A");
+    variable.SetStatus(8, KindDay);
+    variable.SetTime(50, KindDay);
+    variable.SetTime(-1, KindMonth);
+    std::uint16_t word = 0;
+    std::int64_t time = 0;
+    EXPECT_TRUE(GetVariableStatus(script, "A.DREP", &word));
+    EXPECT_EQ(word, 8);
+    EXPECT_TRUE(GetVariableTime(script, "A.DREP", &time));
+    EXPECT_EQ(time, 50);
+    EXPECT_FALSE(GetVariableTime(script, "A.MREP", &time));
+    EXPECT_FALSE(GetVariableTime(script, "A.ARCH", &time));
+    EXPECT_FALSE(GetVariableStatus(script, "A.ARCH", &word));
+    EXPECT_FALSE(GetVariableStatus(script, "B", &word));
+    EXPECT_EQ(script.Error(), "3 B");
+}
+
+}  // namespace
+}  // namespace kalvex
