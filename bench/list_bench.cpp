@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "operands/ListFunctions.h"
-#include "operands/fake_script.h"
+#include "support/fake_script.h"
 
 namespace kalvex {
 namespace {

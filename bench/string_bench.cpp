@@ -9,7 +9,7 @@
 
 #include "language/Functions.h"
 #include "operands/NumberFormat.h"
-#include "operands/fake_script.h"
+#include "support/fake_script.h"
 #include "text/PatternMatch.h"
 
 namespace kalvex {

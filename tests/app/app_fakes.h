@@ -13,9 +13,9 @@
 
 #include "app/KalvexApp.h"
 #include "platform/IniProfile.h"
-#include "scratch_folder.h"
+#include "support/in_process.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
-#include "vantrel/InProcess.h"
 
 namespace kalvex {
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/IniProfile.h"
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {

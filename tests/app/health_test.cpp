@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "sources/source_world.h"
+#include "support/source_world.h"
 
 namespace kalvex {
 namespace {

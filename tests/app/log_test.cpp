@@ -9,7 +9,7 @@
 
 #include "app/KalvexLog.h"
 #include "app/LogStream.h"
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {

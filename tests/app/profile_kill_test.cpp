@@ -8,7 +8,7 @@
 
 #include "app/Configuration.h"
 #include "platform/IniProfile.h"
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {

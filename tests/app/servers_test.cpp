@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "platform/IniProfile.h"
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {

@@ -3,11 +3,11 @@
 
 #include "app/Health.h"
 #include "app/HealthText.h"
-#include "engine/script_world.h"
-#include "operands/allocation_count.h"
-#include "operands/zone_scope.h"
-#include "platform/scratch_file.h"
 #include "sources/ClientInterface.h"
+#include "support/allocation_count.h"
+#include "support/scratch_file.h"
+#include "support/script_world.h"
+#include "support/zone_scope.h"
 #include "vantrel/plant/SimulatedPlant.h"
 
 namespace kalvex {

@@ -2,8 +2,8 @@
 
 #include "app/Configuration.h"
 #include "platform/IniProfile.h"
-#include "scratch_folder.h"
-#include "vantrel/InProcess.h"
+#include "support/in_process.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "engine/script_world.h"
+#include "support/script_world.h"
 
 namespace kalvex {
 namespace {

@@ -1,7 +1,7 @@
 // Ticks that are skipped because they have no line to run, against the same ticks run.
 #include <gmock/gmock.h>
 
-#include "script_world.h"
+#include "support/script_world.h"
 
 namespace kalvex {
 namespace {

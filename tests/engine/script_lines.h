@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/script_world.h"
+#include "support/script_world.h"
 
 namespace kalvex {
 

@@ -5,8 +5,8 @@
 #include "fuzz/WireFields.h"
 #include "fuzz/client_messages.h"
 #include "fuzz/fuzz.h"
-#include "scratch_folder.h"
 #include "server/Server.h"
+#include "support/scratch_folder.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/Parcel.h"
 

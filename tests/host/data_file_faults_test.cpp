@@ -7,8 +7,8 @@
 #include <functional>
 
 #include "host/DataFiles.h"
-#include "host/host_world.h"
 #include "platform/posix/FileStore.h"
+#include "support/host_world.h"
 
 namespace kalvex {
 namespace {

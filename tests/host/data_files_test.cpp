@@ -1,6 +1,6 @@
 #include "host/DataFiles.h"
 
-#include "host/host_world.h"
+#include "support/host_world.h"
 
 namespace kalvex {
 namespace {

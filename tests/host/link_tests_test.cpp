@@ -7,10 +7,10 @@
 #include <map>
 #include <mutex>
 
-#include "host/host_world.h"
-#include "loopback.h"
 #include "operands/OperandEvaluator.h"
 #include "platform/posix/NetworkProbes.h"
+#include "support/host_world.h"
+#include "support/loopback.h"
 
 namespace kalvex {
 namespace {

@@ -4,10 +4,10 @@
 
 #include <map>
 
-#include "host/host_world.h"
 #include "operands/OperandEvaluator.h"
 #include "platform/posix/Processes.h"
-#include "platform/program_end.h"
+#include "support/host_world.h"
+#include "support/program_end.h"
 
 namespace kalvex {
 namespace {

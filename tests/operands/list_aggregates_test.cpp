@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "operands/value_dump.h"
+#include "support/value_dump.h"
 
 namespace kalvex {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "operands/fake_script.h"
-#include "operands/value_dump.h"
+#include "support/fake_script.h"
+#include "support/value_dump.h"
 
 namespace kalvex {
 namespace {

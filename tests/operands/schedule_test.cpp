@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "operands/zone_scope.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "operands/FunctionFamilies.h"
-#include "operands/fake_script.h"
-#include "operands/value_dump.h"
+#include "support/fake_script.h"
+#include "support/value_dump.h"
 
 namespace kalvex {
 namespace {

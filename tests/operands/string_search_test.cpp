@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "operands/FunctionFamilies.h"
-#include "operands/fake_script.h"
+#include "support/fake_script.h"
 
 namespace kalvex {
 namespace {

@@ -3,9 +3,9 @@
 #include <clocale>
 
 #include "operands/FunctionFamilies.h"
-#include "operands/fake_script.h"
-#include "operands/value_dump.h"
-#include "operands/zone_scope.h"
+#include "support/fake_script.h"
+#include "support/value_dump.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {

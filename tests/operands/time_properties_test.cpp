@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "operands/zone_scope.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {

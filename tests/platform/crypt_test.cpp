@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

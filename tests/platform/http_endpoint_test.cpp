@@ -11,8 +11,8 @@
 #include <filesystem>
 #include <thread>
 
-#include "loopback.h"
-#include "scratch_folder.h"
+#include "support/loopback.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

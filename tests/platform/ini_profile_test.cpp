@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {

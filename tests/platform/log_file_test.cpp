@@ -8,7 +8,7 @@
 #include <csignal>
 #include <filesystem>
 
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

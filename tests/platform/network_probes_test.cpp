@@ -15,8 +15,8 @@
 #include <fstream>
 #include <numeric>
 
-#include "loopback.h"
 #include "platform/posix/Ping.h"
+#include "support/loopback.h"
 
 namespace kalvex {
 namespace {

@@ -15,8 +15,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/program_end.h"
-#include "scratch_folder.h"
+#include "support/program_end.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

@@ -7,8 +7,8 @@
 #include <optional>
 
 #include "platform/posix/Processes.h"
-#include "platform/program_end.h"
-#include "scratch_folder.h"
+#include "support/program_end.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/scratch_file.h"
+#include "support/scratch_file.h"
 #include "text/CodePage.h"
 
 namespace kalvex {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "operands/fake_script.h"
+#include "support/fake_script.h"
 
 namespace kalvex {
 namespace {

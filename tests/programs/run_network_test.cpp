@@ -4,10 +4,10 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "engine/script_world.h"
-#include "platform/scratch_file.h"
 #include "programs/kalvex-run/RunSources.h"
-#include "vantrel/network_world.h"
+#include "support/network_world.h"
+#include "support/scratch_file.h"
+#include "support/script_world.h"
 
 namespace kalvex {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "engine/script_world.h"
-#include "platform/scratch_file.h"
 #include "programs/kalvex-run/JsonResult.h"
+#include "support/scratch_file.h"
+#include "support/script_world.h"
 
 namespace kalvex {
 namespace {

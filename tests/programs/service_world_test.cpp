@@ -7,7 +7,7 @@
 #include "platform/UserSession.h"
 #include "programs/kalvexd/ServiceLibraries.h"
 #include "programs/kalvexd/ServiceLoop.h"
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "operands/fake_script.h"
+#include "support/fake_script.h"
 
 namespace kalvex {
 namespace {

@@ -1,9 +1,9 @@
 // A real client connection at the server, within one process.
 #include "server_fixture.h"
+#include "support/in_process.h"
 #include "value/ArchiveValueList.h"
 #include "value/ValueText.h"
 #include "vantrel/ClientConnection.h"
-#include "vantrel/InProcess.h"
 
 namespace kalvex {
 namespace {

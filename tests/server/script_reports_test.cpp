@@ -1,12 +1,12 @@
 // Scripts and their reports at a real data server, within one process.
 #include <gmock/gmock.h>
 
-#include "engine/script_world.h"
-#include "operands/zone_scope.h"
 #include "server/Server.h"
 #include "sources/ClientInterface.h"
+#include "support/in_process.h"
+#include "support/script_world.h"
+#include "support/zone_scope.h"
 #include "temporary_folder.h"
-#include "vantrel/InProcess.h"
 
 namespace kalvex {
 namespace {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "sources/source_world.h"
-#include "vantrel/hand_server.h"
+#include "support/hand_server.h"
+#include "support/source_world.h"
 
 namespace kalvex {
 namespace {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "sources/VariableRemote.h"
-#include "sources/source_world.h"
+#include "support/source_world.h"
 
 namespace kalvex {
 namespace {

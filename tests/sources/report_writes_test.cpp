@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "sources/source_world.h"
+#include "support/source_world.h"
 
 namespace kalvex {
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "operands/value_dump.h"
+#include "support/value_dump.h"
 #include "value/Value.h"
 
 namespace kalvex {

@@ -10,8 +10,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "operands/allocation_count.h"
-#include "operands/value_dump.h"
+#include "support/allocation_count.h"
+#include "support/value_dump.h"
 #include "value/Status.h"
 
 namespace kalvex {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "vantrel/network/Endpoint.h"
 
 namespace kalvex {

@@ -4,10 +4,10 @@
 #include <future>
 #include <thread>
 
-#include "operands/value_dump.h"
+#include "support/network_world.h"
+#include "support/value_dump.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
-#include "vantrel/network_world.h"
 
 namespace kalvex {
 namespace {

@@ -4,9 +4,9 @@
 #include <future>
 #include <thread>
 
+#include "support/network_world.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
-#include "vantrel/network_world.h"
 #include "vantrel/raw_peer.h"
 
 namespace kalvex {

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <limits>
 
-#include "operands/value_dump.h"
 #include "sorvane.pb.h"
+#include "support/network_world.h"
+#include "support/value_dump.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/Parcel.h"
-#include "vantrel/network_world.h"
 
 namespace kalvex {
 namespace {

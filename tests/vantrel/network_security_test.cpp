@@ -6,10 +6,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "support/network_world.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/certificates.h"
-#include "vantrel/network_world.h"
 
 namespace kalvex {
 namespace {

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "platform/scratch_file.h"
+#include "support/scratch_file.h"
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 #include "vantrel/plant/PlantFile.h"

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
-#include "platform/scratch_file.h"
+#include "support/hand_server.h"
+#include "support/scratch_file.h"
 #include "vantrel/Codes.h"
-#include "vantrel/hand_server.h"
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
 

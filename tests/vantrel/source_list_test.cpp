@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
+#include "support/hand_server.h"
 #include "vantrel/SourceList.h"
-#include "vantrel/hand_server.h"
 
 namespace kalvex {
 namespace {

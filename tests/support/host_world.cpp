@@ -1,4 +1,4 @@
-#include "host/host_world.h"
+#include "support/host_world.h"
 
 namespace kalvex {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/in_process.h"
 #include "vantrel/ClientConnection.h"
-#include "vantrel/InProcess.h"
 
 namespace kalvex {
 

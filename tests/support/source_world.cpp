@@ -1,8 +1,8 @@
-#include "sources/source_world.h"
+#include "support/source_world.h"
 
 #include <algorithm>
 
-#include "platform/scratch_file.h"
+#include "support/scratch_file.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex {

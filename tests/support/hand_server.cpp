@@ -1,4 +1,4 @@
-#include "vantrel/hand_server.h"
+#include "support/hand_server.h"
 
 #include "value/ValueText.h"
 

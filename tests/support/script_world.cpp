@@ -1,4 +1,4 @@
-#include "engine/script_world.h"
+#include "support/script_world.h"
 
 #include <unistd.h>
 

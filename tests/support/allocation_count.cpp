@@ -1,4 +1,4 @@
-#include "operands/allocation_count.h"
+#include "support/allocation_count.h"
 
 #include <malloc.h>
 

@@ -1,4 +1,4 @@
-#include "platform/scratch_file.h"
+#include "support/scratch_file.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "vantrel/InProcess.h"
+#include "support/in_process.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "vantrel/network_world.h"
+#include "support/network_world.h"
 
 #include <algorithm>
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/MainLoop.h"
-#include "scratch_folder.h"
-#include "vantrel/hand_server.h"
+#include "support/hand_server.h"
+#include "support/scratch_folder.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/script_world.h"
-#include "operands/zone_scope.h"
 #include "sources/ClientInterface.h"
 #include "sources/InterfaceObj.h"
+#include "support/script_world.h"
+#include "support/zone_scope.h"
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
 
