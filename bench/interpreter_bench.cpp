@@ -2,11 +2,9 @@
 // nothing to do. Every row counts lines (or scripts a tick) as its items and compares what its
 // script computed with what so many lines must give; the program fails when one differs.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,8 +13,10 @@
 #include "engine/Tick.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
-#include "platform/Files.h"
-#include "quiet_world.h"
+#include "platform/Questions.h"
+#include "support/fixed_user.h"
+#include "support/log_recorder.h"
+#include "support/scratch_folder.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -34,18 +34,7 @@ void Expect(double got, double wanted, const std::string& row) {
 
 class World {
   public:
-    World() : m_folder(MakeFolder()) {}
-    ~World() {
-        m_documents.clear();
-        std::filesystem::remove_all(m_folder);
-    }
-    World(const World&) = delete;
-    World& operator=(const World&) = delete;
-
-    void Write(const std::string& text) {
-        std::string error;
-        if (!WriteWholeFile(m_folder + "/a.kx", text, error)) Expect(0, 1, error);
-    }
+    void Write(const std::string& text) { m_folder.Put("a.kx", text); }
 
     // A document of the text written last, started.
     CKalvexDoc& Open() {
@@ -60,17 +49,12 @@ class World {
     void RunTick() { m_ticker.RunTick(); }
 
   private:
-    static std::string MakeFolder() {
-        std::string pattern = std::filesystem::temp_directory_path() / "kalvexXXXXXX";
-        return mkdtemp(pattern.data());
-    }
-
-    std::string m_folder;
+    ScratchFolder m_folder;
     VirtualClock m_clock{1710050400};
-    NoLog m_log;
+    SilentLog m_log;
     Translator m_translator;
-    Nobody m_users;
-    Paths m_paths{m_folder};
+    FixedUser m_users;
+    Paths m_paths{m_folder.Path()};
     CNoAnswers m_questions;
     DocumentServices m_services{
         {m_clock, m_log, m_translator, m_users, m_paths, Functions()}, Statements(), m_questions};

@@ -4,13 +4,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <iterator>
 #include <string_view>
 
 #include "operands/ListFunctions.h"
 #include "support/fake_script.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {
@@ -126,8 +125,7 @@ BENCHMARK(ListSeries)->Arg(24)->Arg(744)->Arg(8784);
 }  // namespace kalvex
 
 int main(int argc, char** argv) {
-    setenv("TZ", "Europe/Warsaw", 1);
-    tzset();
+    const kalvex::ZoneScope zone("Europe/Warsaw");
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return kalvex::g_bWrong ? 1 : 0;

@@ -8,12 +8,14 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
+#include <optional>
 #include <thread>
 
 #include "platform/Files.h"
 #include "programs/sorvaned/Tasks.h"
+#include "support/scratch_folder.h"
+#include "support/zone_scope.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -24,7 +26,8 @@ constexpr std::int64_t kMostMilliseconds = 60'000;
 constexpr int kNoLog = -1;  // below every level
 
 bool g_bWrong = false;
-std::string g_folder;
+std::optional<ScratchFolder> g_folder;
+std::optional<ZoneScope> g_zone;
 
 }  // namespace
 
@@ -35,7 +38,7 @@ void Expect(bool right, const std::string& what) {
 }
 
 const std::string& Folder() {
-    return g_folder;
+    return g_folder->Path();
 }
 
 long Memory(pid_t process) {
@@ -47,18 +50,15 @@ long Memory(pid_t process) {
     return 0;
 }
 
-bool BeginBench(int argc, char** argv) {
-    g_folder = (std::filesystem::temp_directory_path() / "kalvex_XXXXXX").string();
-    if (::mkdtemp(g_folder.data()) == nullptr) return false;
-    ::setenv("SORVANE_RUNTIME_DIR", g_folder.c_str(), 1);
-    ::setenv("TZ", "Europe/Warsaw", 1);
-    ::tzset();
+void BeginBench(int argc, char** argv) {
+    g_folder.emplace();
+    g_zone.emplace("Europe/Warsaw");
+    ::setenv("SORVANE_RUNTIME_DIR", Folder().c_str(), 1);
     benchmark::Initialize(&argc, argv);
-    return true;
 }
 
 int EndBench() {
-    std::filesystem::remove_all(g_folder);
+    g_folder.reset();
     return g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 

@@ -13,8 +13,10 @@
 #include "engine/Tick.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
-#include "quiet_world.h"
+#include "platform/Questions.h"
 #include "sources/ClientInterface.h"
+#include "support/fixed_user.h"
+#include "support/log_recorder.h"
 #include "vantrel/network/NetworkClient.h"
 
 namespace kalvex {
@@ -30,7 +32,7 @@ long Memory(pid_t process);
 
 // To be called before anything else, and the servers be started before the first thread: makes the
 // folder and reads the arguments. The answer of EndBench is the exit status.
-bool BeginBench(int argc, char** argv);
+void BeginBench(int argc, char** argv);
 int EndBench();
 
 // A server in a process of its own.
@@ -60,7 +62,7 @@ class Network {
 
   private:
     PostedWork m_loop;
-    NoLog m_log;
+    SilentLog m_log;
     std::int64_t m_tNextCheck = 0;
     NetworkClient m_client{{}, m_loop, m_log};
 };
@@ -83,9 +85,9 @@ class Module {
 
   private:
     VirtualClock m_clock{1710050400};
-    NoLog m_log;
+    SilentLog m_log;
     Translator m_translator;
-    Nobody m_users;
+    FixedUser m_users;
     Paths m_paths{Folder()};
     CNoAnswers m_questions;
     Network m_network;

@@ -3,13 +3,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <iterator>
 #include <string_view>
 
 #include "operands/Schedule.h"
 #include "operands/TimeProperties.h"
+#include "support/zone_scope.h"
 #include "value/LocalTime.h"
 
 namespace kalvex {
@@ -153,8 +152,7 @@ BENCHMARK(Mentions)->DenseRange(0, std::size(kMentions) - 1);
 }  // namespace kalvex
 
 int main(int argc, char** argv) {
-    setenv("TZ", "Europe/Warsaw", 1);
-    tzset();
+    const kalvex::ZoneScope zone("Europe/Warsaw");
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     benchmark::RunSpecifiedBenchmarks();

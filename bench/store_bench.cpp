@@ -3,16 +3,15 @@
 // and the program fails when one is wrong or when the long read takes more memory than it may.
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
-#include <filesystem>
 #include <random>
 #include <string>
 
 #include "server/Store.h"
+#include "support/scratch_folder.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {
@@ -199,13 +198,10 @@ BENCHMARK(ComputeDayOfHours)->UseRealTime();
 }  // namespace kalvex
 
 int main(int argc, char** argv) {
-    ::setenv("TZ", "Europe/Warsaw", 1);
-    ::tzset();
-    std::string folder = (std::filesystem::temp_directory_path() / "kalvex_XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr) return EXIT_FAILURE;
-    kalvex::OpenStore::Folder() = folder;
+    const kalvex::ZoneScope zone("Europe/Warsaw");
+    const kalvex::ScratchFolder folder;
+    kalvex::OpenStore::Folder() = folder.Path();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    std::filesystem::remove_all(folder);
     return kalvex::g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -1,15 +1,8 @@
 #include "app_fakes.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <ctime>
 
 namespace kalvex {
-
-AppTest::AppTest() {
-    ::setenv("TZ", "Europe/Warsaw", 1);
-    ::tzset();
-}
 
 AppTest::~AppTest() {
     if (m_app) m_app->ExitInstance();

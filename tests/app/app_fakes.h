@@ -15,6 +15,7 @@
 #include "platform/IniProfile.h"
 #include "support/in_process.h"
 #include "support/scratch_folder.h"
+#include "support/zone_scope.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -224,7 +225,6 @@ class FakeWindow final : public MainWindow {
 // The world, and the application when it has been started.
 class AppTest : public testing::Test, protected LogListener {
   protected:
-    AppTest();
     ~AppTest() override;
 
     void PutScript(const std::string& name, const std::string& text) const {
@@ -246,6 +246,7 @@ class AppTest : public testing::Test, protected LogListener {
 
     static constexpr std::int64_t kNow = 1710050400;  // 2024-03-10 07:00:00 in Warsaw
 
+    ZoneScope m_zone{"Europe/Warsaw"};
     ScratchFolder m_folder;
     Record m_record;
     VirtualClock m_clock{kNow};

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "app_fakes.h"
+#include "support/hand_server.h"
 
 namespace kalvex {
 namespace {
@@ -105,70 +106,45 @@ TEST_F(AppStopTest, StopIsToldInTheFileBeforeItCloses) {
 
 // ---- what the user management tells
 
-// Counts the logins that a server hears.
-class LoginCounter final : public SessionAcceptor {
-  public:
-    std::unique_ptr<ServerSession> Accept(ServerLink&) override {
-        return std::make_unique<Session>(logins);
-    }
-    void ListVariables(LoginRequest, std::string, ListAnswer answer) override {
-        answer(std::nullopt);
-    }
-
-    int logins = 0;
-
-  private:
-    class Session final : public ServerSession {
-      public:
-        explicit Session(int& logins) : m_logins(logins) {}
-        void OnMessage(ClientMessage message) override {
-            if (std::holds_alternative<LoginRequest>(message)) ++m_logins;
-        }
-        void OnClosed(std::uint32_t) override {}
-
-      private:
-        int& m_logins;
-    };
-};
-
 class BroadcastTest : public AppStopTest {
   protected:
     void StartWithServer() {
+        m_server.answersLogin = false;
         m_vantrel.network.AddServer("srv", m_server);
         m_bWindow = true;
         ASSERT_TRUE(Start({"/NOLOGIN"}));
         App().ClientInterface()->RegisterPlain("srv", "A");
         m_vantrel.network.Deliver();
-        ASSERT_EQ(m_server.logins, 1);
+        ASSERT_EQ(m_server.logins.size(), 1u);
         m_record.clear();
     }
-    int LoginsAfter(unsigned int parameter) {
+    std::size_t LoginsAfter(unsigned int parameter) {
         App().OnUserBroadcast(parameter, FromUtf8("Zalogował się ADAM"));
         m_vantrel.network.Deliver();
-        return m_server.logins;
+        return m_server.logins.size();
     }
 
-    LoginCounter m_server;
+    HandServer m_server;
 };
 
 TEST_F(BroadcastTest, NewUserIsToldAndLogsInAnew) {
     StartWithServer();
     m_users.level = 1;
-    EXPECT_EQ(LoginsAfter(0), 2);
+    EXPECT_EQ(LoginsAfter(0), 2u);
     EXPECT_THAT(m_record,
                 ElementsAre("log Zalogował się ADAM", "status Zalogował się ADAM", "may close"));
 }
 
 TEST_F(BroadcastTest, OtherNewsAreTold) {
     StartWithServer();
-    EXPECT_EQ(LoginsAfter(1), 1);
+    EXPECT_EQ(LoginsAfter(1), 1u);
     EXPECT_THAT(m_record, ElementsAre("log Zalogował się ADAM", "status Zalogował się ADAM",
                                       "may not close"));
 }
 
 TEST_F(BroadcastTest, AnyOtherChangeIsOneOfRights) {
     StartWithServer();
-    EXPECT_EQ(LoginsAfter(2), 1);
+    EXPECT_EQ(LoginsAfter(2), 1u);
     EXPECT_THAT(m_record, ElementsAre("may not close"));
 }
 

@@ -10,6 +10,7 @@
 #include "app/KalvexLog.h"
 #include "app/LogStream.h"
 #include "support/scratch_folder.h"
+#include "support/zone_scope.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -38,8 +39,6 @@ class Outlets final : public LogOutlets, public LogClients {
 class LogTest : public testing::Test {
   protected:
     LogTest() {
-        ::setenv("TZ", "Europe/Warsaw", 1);
-        ::tzset();
         m_client.BecomeConsoleClient();
         for (CKalvexLog* log : {&m_module, &m_client}) {
             log->SetOutlets(&m_outlets);
@@ -61,6 +60,7 @@ class LogTest : public testing::Test {
         return m_folder.Get("wyjscie");
     }
 
+    ZoneScope m_zone{"Europe/Warsaw"};
     ScratchFolder m_folder;
     VirtualClock m_clock{kNow};
     Translator m_translator;

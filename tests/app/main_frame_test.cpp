@@ -4,6 +4,7 @@
 
 #include "app_fakes.h"
 #include "operands/Variable.h"
+#include "support/hand_server.h"
 
 namespace kalvex {
 namespace {
@@ -30,27 +31,6 @@ class MainFrameTest : public AppTest {
         for (int i = 0; i < count; ++i) m_loop.tickSource->RunTick();
     }
     void Refresh() { m_loop.Fire(CMainFrame::RefreshTimer); }
-};
-
-// Lets every client in and counts them.
-class DoorKeeper final : public SessionAcceptor {
-  public:
-    std::unique_ptr<ServerSession> Accept(ServerLink&) override {
-        ++clients;
-        return std::make_unique<Session>();
-    }
-    void ListVariables(LoginRequest, std::string, ListAnswer answer) override {
-        answer(std::nullopt);
-    }
-
-    int clients = 0;
-
-  private:
-    class Session final : public ServerSession {
-      public:
-        void OnMessage(ClientMessage) override {}
-        void OnClosed(std::uint32_t) override {}
-    };
 };
 
 constexpr const char* kError =
@@ -131,7 +111,8 @@ TEST_F(MainFrameTest, RefreshDoesThePeriodicWorkAndShowsRunningScripts) {
 
 TEST_F(MainFrameTest, RefreshOpensConnectionsAnew) {
     StartScripts({"\n"});
-    DoorKeeper server;
+    HandServer server;
+    server.answersLogin = false;
     App().ClientInterface()->RegisterPlain("srv", "A");
     m_vantrel.network.AddServer("srv", server);
     m_vantrel.network.Deliver();

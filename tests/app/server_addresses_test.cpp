@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "platform/IniProfile.h"
+#include "support/environment_scope.h"
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
@@ -13,11 +12,6 @@ namespace {
 
 class ServerAddressesTest : public testing::Test {
   protected:
-    ServerAddressesTest() {
-        ::setenv("SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini").c_str(), 1);
-    }
-    ~ServerAddressesTest() override { ::unsetenv("SORVANE_COMMON_PROFILE"); }
-
     ServerAddresses Read(const std::string& utf8) const {
         m_folder.Put("sorvane.ini", FromUtf8(utf8));
         return ReadServerAddresses(IniProfile(m_folder.Path("Kalvex.ini")));
@@ -30,6 +24,7 @@ class ServerAddressesTest : public testing::Test {
     }
 
     ScratchFolder m_folder;
+    EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
 };
 
 TEST_F(ServerAddressesTest, EntryBecomesAnAddress) {

@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "platform/IniProfile.h"
+#include "support/environment_scope.h"
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
@@ -13,15 +12,13 @@ namespace {
 
 class ServersTest : public testing::Test {
   protected:
-    ServersTest() { ::setenv("SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini").c_str(), 1); }
-    ~ServersTest() override { ::unsetenv("SORVANE_COMMON_PROFILE"); }
-
     std::vector<CServerEntry> Read(const std::string& utf8) const {
         m_folder.Put("sorvane.ini", FromUtf8(utf8));
         return ReadServers(IniProfile(m_folder.Path("Kalvex.ini")));
     }
 
     ScratchFolder m_folder;
+    EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
 };
 
 TEST_F(ServersTest, ServersAreThoseOfTheCommonProfileInItsOrder) {

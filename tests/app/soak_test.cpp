@@ -115,13 +115,6 @@ REMOTE BRAK srv@BRAK
 SET A = BRAK
 )";
 
-class SilentLog final : public LogSink {
-  public:
-    void Log(std::string_view, int) override { ++lines; }
-
-    std::uint64_t lines = 0;
-};
-
 class SoakTest : public ScriptWorld {
   protected:
     SoakTest() {

@@ -2,48 +2,13 @@
 
 #include "app/Configuration.h"
 #include "platform/IniProfile.h"
-#include "support/in_process.h"
+#include "support/fixed_user.h"
+#include "support/hand_server.h"
+#include "support/log_recorder.h"
 #include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {
-
-class DoorKeeper final : public SessionAcceptor {
-  public:
-    std::unique_ptr<ServerSession> Accept(ServerLink&) override {
-        return std::make_unique<Session>(login);
-    }
-    void ListVariables(LoginRequest, std::string, ListAnswer answer) override {
-        answer(std::nullopt);
-    }
-
-    LoginRequest login;
-
-  private:
-    class Session final : public ServerSession {
-      public:
-        explicit Session(LoginRequest& login) : m_login(login) {}
-        void OnMessage(ClientMessage message) override {
-            if (const auto* login = std::get_if<LoginRequest>(&message)) m_login = *login;
-        }
-        void OnClosed(std::uint32_t) override {}
-
-      private:
-        LoginRequest& m_login;
-    };
-};
-
-class NoLog final : public LogSink {
-  public:
-    void Log(std::string_view, int) override {}
-};
-
-class Nobody final : public Users {
-  public:
-    std::string GetActiveUserName() const override { return {}; }
-    std::string GetActiveUserDescription() const override { return {}; }
-    std::string GetAccountName() const override { return {}; }
-};
 
 TEST(SourceLogins, ServerHearsTheLoginOfTheProfile) {
     ScratchFolder folder;
@@ -56,17 +21,19 @@ TEST(SourceLogins, ServerHearsTheLoginOfTheProfile) {
     CConfigurationStore(profile, crypt, Paths(folder.Path()), false).Read(configuration);
 
     InProcessNetwork network;
-    DoorKeeper server;
+    HandServer server;
+    server.answersLogin = false;
     network.AddServer("srv", server);
-    NoLog log;
+    SilentLog log;
     const Translator translator;
-    const Nobody users;
+    const FixedUser users;
     CClientInterface client(
         {log, translator, users, network, nullptr, configuration.sources, &crypt});
     ASSERT_NE(client.SourceList().AddSource("srv"), nullptr);
     network.Deliver();
-    EXPECT_EQ(server.login.user, "jan");
-    EXPECT_EQ(server.login.password, "haslo, z przecinkiem");
+    ASSERT_EQ(server.logins.size(), 1u);
+    EXPECT_EQ(server.logins[0].user, "jan");
+    EXPECT_EQ(server.logins[0].password, "haslo, z przecinkiem");
 }
 
 TEST(SourceLogins, PasswordOfAnotherKeyIsLostAndThatIsKnown) {

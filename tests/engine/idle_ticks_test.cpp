@@ -79,7 +79,7 @@ class World final : public ScriptWorld {
     void Note(int tick) {
         for (; m_nLogged < log.lines.size(); ++m_nLogged) {
             std::string line = log.lines[m_nLogged].second;
-            if (line.starts_with(folder.string())) line.erase(0, folder.string().size());
+            if (line.starts_with(folder.Path())) line.erase(0, folder.Path().size());
             m_trace.push_back(std::to_string(tick) + ": " + line);
         }
         if (ticks.IsErrorStanding() == m_bError) return;

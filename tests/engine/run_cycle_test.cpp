@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "support/script_world.h"
 
 namespace kalvex {
@@ -181,8 +183,8 @@ TEST_F(RunCycle, ChangesThatCannotBeSavedAreNotLost) {
     CKalvexDoc& document = Open("LOCAL A");
     document.Text().SetText("LOCAL B");
     document.SetModified(true);
-    std::filesystem::remove(folder / "main.kx");
-    std::filesystem::create_directory(folder / "main.kx");
+    std::filesystem::remove(folder.Path("main.kx"));
+    folder.MakeFolder("main.kx");
     EXPECT_FALSE(document.Start());
     EXPECT_TRUE(document.IsModified());
     EXPECT_EQ(document.GetLine(0), "LOCAL B");

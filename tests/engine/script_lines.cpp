@@ -1,6 +1,5 @@
 #include "engine/script_lines.h"
 
-#include <cstdlib>
 #include <ctime>
 
 namespace kalvex {
@@ -18,10 +17,7 @@ std::int64_t At(const char* reading, int hours) {
 }
 
 ScriptLines::ScriptLines()
-    : document(*documents.emplace_back(std::make_unique<CKalvexDoc>(services))) {
-    setenv("TZ", "Europe/Warsaw", 1);
-    tzset();
-}
+    : document(*documents.emplace_back(std::make_unique<CKalvexDoc>(services))) {}
 
 void ScriptLines::Load(const std::vector<std::string>& lines) {
     std::string text;

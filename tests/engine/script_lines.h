@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/script_world.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 
@@ -34,6 +35,7 @@ class ScriptLines : public ScriptWorld {
     HandRemote& Remote(const char* name) { return static_cast<HandRemote&>(Variable(name)); }
     std::vector<std::string> Elements(const char* name);
 
+    ZoneScope zone{"Europe/Warsaw"};
     CKalvexDoc& document;
 };
 

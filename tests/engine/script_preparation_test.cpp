@@ -15,7 +15,7 @@ class PreparationTest : public ScriptLines {
     // The bytes are written as they are.
     void Write(const std::string& name, std::string_view bytes) {
         std::string error;
-        ASSERT_TRUE(WriteWholeFile(folder / name, bytes, error)) << error;
+        ASSERT_TRUE(WriteWholeFile(folder.Path(name), bytes, error)) << error;
     }
 
     void OpenScript(std::string_view bytes) {
@@ -29,7 +29,7 @@ class PreparationTest : public ScriptLines {
         return document.ExpandIncludes(true);
     }
 
-    std::string Path(const std::string& name) const { return folder.string() + '/' + name; }
+    std::string Path(const std::string& name) const { return folder.Path() + '/' + name; }
     std::string Begin(const std::string& name) const {
         return "; BEGIN -> INCLUDE " + Path(name) + " */";
     }
@@ -93,7 +93,7 @@ TEST_F(PreparationTest, ByteOrderMarkIsNotUnderstood) {
 }
 
 TEST_F(PreparationTest, PathLosesQuotesAndOuterBlanksOnly) {
-    std::filesystem::create_directory(folder / "moje dane");
+    folder.MakeFolder("moje dane");
     Write("moje dane/plik z danymi.kx", "LOCAL A\r\n");
     for (const char* line :
          {"Include   \"moje dane/plik z danymi.kx\"  ",
@@ -106,7 +106,7 @@ TEST_F(PreparationTest, PathLosesQuotesAndOuterBlanksOnly) {
 }
 
 TEST_F(PreparationTest, PathIsMadeAbsolute) {
-    std::filesystem::create_directory(folder / "a");
+    folder.MakeFolder("a");
     Write("dod.kx", "LOCAL A\r\n");
     EXPECT_TRUE(Expand("INCLUDE a/../dod.kx\r\nINCLUDE " + Path("dod.kx") + "\r\n"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("dod.kx"), "LOCAL A", End("dod.kx"), Begin("dod.kx"),
@@ -132,7 +132,7 @@ TEST_F(PreparationTest, MissingFileLeavesALineThatFails) {
 }
 
 TEST_F(PreparationTest, FolderIsNoFile) {
-    std::filesystem::create_directory(folder / "a");
+    folder.MakeFolder("a");
     EXPECT_TRUE(Expand("INCLUDE a"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("a"), "ERROR - file \"" + Path("a") + "\" not found",
                                      End("a"), ""));
@@ -208,7 +208,7 @@ TEST_F(PreparationTest, ReloadBringsTheFilesTextBack) {
 TEST_F(PreparationTest, TextStaysWhenTheScriptsOwnFileIsGone) {
     Write("dod.kx", "LOCAL B\r\n");
     OpenScript("INCLUDE dod.kx\r\nLOCAL A");
-    std::filesystem::remove(folder / "main.kx");
+    std::filesystem::remove(folder.Path("main.kx"));
     EXPECT_TRUE(document.ExpandIncludes(true));
     EXPECT_THAT(Lines(), ElementsAre(Begin("dod.kx"), "LOCAL B", End("dod.kx"), "LOCAL A"));
     EXPECT_THAT(Log(), ElementsAre("main.kx : No such file or directory"));

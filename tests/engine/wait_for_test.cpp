@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "engine/script_lines.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {
@@ -11,11 +12,6 @@ using testing::ElementsAre;
 
 class WaitTimesTest : public testing::Test {
   protected:
-    WaitTimesTest() {
-        setenv("TZ", "Europe/Warsaw", 1);
-        tzset();
-    }
-
     static SleepTime Daily(int hours, int minutes, int seconds) {
         return {hours, minutes, seconds, SleepForm::HoursMinutesSeconds};
     }
@@ -26,6 +22,7 @@ class WaitTimesTest : public testing::Test {
 
     void Add(SleepTime written) { AddWaitTimes(record, written, today); }
 
+    ZoneScope zone{"Europe/Warsaw"};
     CWaitFor record;
     TimeFields today{.year = 2024, .month = 3, .day = 10, .hour = 7, .minute = 8, .second = 9};
 };

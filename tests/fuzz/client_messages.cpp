@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "support/value_dump.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -11,18 +12,13 @@ namespace {
 
 constexpr std::int64_t kNoon = 1710068400;
 
-CVal Stamped(CVal value, std::int64_t time) {
-    value.SetTime(time);
-    value.SetStatus(Status::Supervisory);
-    return value;
-}
-
 }  // namespace
 
 std::vector<ClientMessage> SampleClientMessages() {
     const std::string name = FromUtf8("Z1.PRZEPŁYW");
     std::vector<CVal> values;
-    for (int index = 0; index < 5; ++index) values.push_back(Stamped(CVal(index), kNoon + index));
+    for (int index = 0; index < 5; ++index)
+        values.push_back(Stamped(CVal(index), kNoon + index, Status::Supervisory));
     std::vector<CVal> mixed{CVal(std::string("x")), CVal(), CVal(1.5), CVal(2)};
     std::int64_t time = kNoon;
     for (CVal& value : mixed) value.SetTime(++time);

@@ -6,6 +6,7 @@
 #include "fuzz/client_messages.h"
 #include "fuzz/fuzz.h"
 #include "server/Server.h"
+#include "support/log_recorder.h"
 #include "support/scratch_folder.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/Parcel.h"
@@ -45,11 +46,6 @@ type = "int"
 signal = "counter rate=1"
 )";
 
-class NoLog final : public LogSink {
-  public:
-    void Log(std::string_view, int) override {}
-};
-
 struct World {
     World() {
         std::vector<std::string> errors;
@@ -66,7 +62,7 @@ struct World {
 
     ScratchFolder folder;
     VirtualClock clock{1710068400};
-    NoLog log;
+    SilentLog log;
     PostedWork loop;
     Server server{clock, log, loop, PasswordCost::Least};
 };

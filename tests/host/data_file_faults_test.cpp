@@ -4,6 +4,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 
 #include "host/DataFiles.h"
@@ -77,7 +78,7 @@ class CommonUser {
 };
 
 TEST_F(DataFileFaults, FullDiskLeavesTheBackupAndTheNextTryWritesFromIt) {
-    std::filesystem::create_directory(folder / "dysk");
+    folder.MakeFolder("dysk");
     if (!MountTinyDisk(PathOf("dysk"))) GTEST_SKIP() << "no disk of its own for this user";
     std::string old = "[S]\r\nA:1\r\n";
     while (old.size() < 30000) old += "; wiersz, który zostaje\r\n";
@@ -101,7 +102,7 @@ TEST_F(DataFileFaults, FullDiskLeavesTheBackupAndTheNextTryWritesFromIt) {
 
 TEST_F(DataFileFaults, ClosedFolderKeepsTheFileAsItIs) {
     Put("d.bak", "stary");
-    std::filesystem::permissions(folder, std::filesystem::perms(0555));
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0555));
     {
         const CommonUser user;
         EXPECT_EQ(Write(), DataFileResult::Failed);
@@ -109,17 +110,17 @@ TEST_F(DataFileFaults, ClosedFolderKeepsTheFileAsItIs) {
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
     EXPECT_EQ(Get("d.txt"), kOld);
     EXPECT_EQ(Get("d.bak"), "stary");
-    std::filesystem::permissions(folder, std::filesystem::perms(0755));
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
 }
 
 TEST_F(DataFileFaults, ClosedFolderTakesNoNewFile) {
-    std::filesystem::permissions(folder, std::filesystem::perms(0555));
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0555));
     {
         const CommonUser user;
         EXPECT_EQ(Write("nowy.txt"), DataFileResult::Failed);
     }
     EXPECT_EQ(Error(script), "9 " + PathOf("nowy.txt"));
-    std::filesystem::permissions(folder, std::filesystem::perms(0755));
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
 }
 
 TEST_F(DataFileFaults, FileTakenAwayBeforeTheBackupIsSimplyNew) {
@@ -136,7 +137,7 @@ TEST_F(DataFileFaults, BackupTakenAwayBeforeItIsReadLeavesANewSection) {
 }
 
 TEST_F(DataFileFaults, FolderTakenAwayBeforeTheNewFileIsMade) {
-    files.beforeCreate = [&] { std::filesystem::remove_all(folder); };
+    files.beforeCreate = [&] { std::filesystem::remove_all(folder.Path()); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
 }

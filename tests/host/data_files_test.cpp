@@ -184,8 +184,8 @@ TEST_F(DataFilesTest, WhatWasWrittenReadsBack) {
 }
 
 TEST_F(DataFilesTest, PathIsRelativeToTheRootOrAbsoluteAndABackslashCountsAsASlash) {
-    std::filesystem::create_directories(folder / "dane" / "dział");
-    paths = Paths(folder, folder / "dane");
+    folder.MakeFolder("dane/dział");
+    paths = Paths(folder.Path(), folder.Path("dane"));
     EXPECT_EQ(Run({"LOCAL A = 1", "WRITE_FILE \"dział\\b.txt\" S -A A",
                    "WRITE_FILE \"" + PathOf("c.txt") + "\" S -A A"}),
               "done");

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <map>
 
 #include "operands/OperandEvaluator.h"
@@ -146,8 +147,9 @@ TEST_F(ProgramsTest, StatementStartsAndForgets) {
 
 TEST_F(ProgramsTest, PathWithBackslashesCountsAsOneWithSlashes) {
     EXPECT_EQ(Run({"EXEC bin\\prog a\\b -WD ..\\x", "EXEC \"/usr/bin/prog\""}), "done");
-    EXPECT_EQ(processes.calls[0],
-              "start " + PathOf("bin/prog") + " <a\\b> in " + folder.parent_path().string() + "/x");
+    EXPECT_EQ(processes.calls[0], "start " + PathOf("bin/prog") + " <a\\b> in " +
+                                      std::filesystem::path(folder.Path()).parent_path().string() +
+                                      "/x");
     EXPECT_EQ(processes.calls[2], "start /usr/bin/prog");
 }
 
@@ -337,7 +339,7 @@ class RealProgramsTest : public HostWorld {
 };
 
 TEST_F(RealProgramsTest, ParametersDirectoryAndExitCodeArrive) {
-    std::filesystem::create_directory(folder / "kat");
+    folder.MakeFolder("kat");
     Put("kat/zapis.sh", "echo \"$#|$1|$2|$3\" > wynik.txt\nexit 7\n");
     EXPECT_EQ(
         Run({"LOCAL arg = \"abc\"", "LOCAL id = EXEC \"/bin/sh\" -WD kat zapis.sh arg \"x y\" 12"}),

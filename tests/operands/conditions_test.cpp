@@ -30,8 +30,8 @@ TEST_F(Conditions, TestWordsAreFive) {
 }
 
 TEST_F(Conditions, SetByUserLooksAtTheStatus) {
-    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 33, 0));
-    variable.SetValue(Stamped(CVal(1), 16, 0), KindDay);
+    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 0, 33));
+    variable.SetValue(Stamped(CVal(1), 0, 16), KindDay);
     EXPECT_EQ(Test("SET_BY_USER", "A"), 1);
     EXPECT_EQ(Test("SET_BY_USER", "A.DREP"), 0);
     EXPECT_EQ(Test("SET_BY_USER", "A.ARCH"), 0);
@@ -40,12 +40,12 @@ TEST_F(Conditions, SetByUserLooksAtTheStatus) {
 }
 
 TEST_F(Conditions, UnknownIsATestOfTheReading) {
-    script.Local("A", Stamped(CVal(1), Status::Unknown, 0));
+    script.Local("A", Stamped(CVal(1), 0, Status::Unknown));
     EXPECT_EQ(Test("UNKNOWN", "A"), 0);
     EXPECT_EQ(Test("UNKNOWN", "A.ARCH"), 1);
     EXPECT_EQ(Test("UNKNOWN", "BRAK"), 1);
     EXPECT_EQ(Test("UNKNOWN", "12.5"), 0);
-    FakeRemote& remote = script.Remote("Z");
+    HandRemote& remote = script.Remote("Z");
     remote.answer = ReadUnavailable;
     EXPECT_EQ(Test("UNKNOWN", "Z"), 1);
     EXPECT_EQ(script.Error(), "15 Z");
@@ -54,12 +54,12 @@ TEST_F(Conditions, UnknownIsATestOfTheReading) {
     EXPECT_EQ(script.Error(), "27 Z");
     remote.answer = ReadValue;
     EXPECT_EQ(Test("UNKNOWN", "Z"), 0);
-    script.List("L", {Stamped(CVal(1), Status::Unknown, 0)}).MoveFirst();
+    script.List("L", {Stamped(CVal(1), 0, Status::Unknown)}).MoveFirst();
     EXPECT_EQ(Test("UNKNOWN", "L"), 1);
 }
 
 TEST_F(Conditions, ReportTestsFollowTheSuffix) {
-    FakeRemote& remote = script.Remote("Z");
+    HandRemote& remote = script.Remote("Z");
     remote.readyKind = KindHour;
     remote.initedKind = KindDay;
     remote.loadedKind = KindMonth;

@@ -45,8 +45,8 @@ class CalcInListTest : public ListFunctions {
         return outcome + " R " + Dump(script.Value("R"));
     }
     void Series() {
-        script.List("LISTA", {Stamped(CVal(4), 0, 100), Stamped(CVal(9), Status::Unknown, 200),
-                              Stamped(CVal(1), Status::Alarm, 300), Stamped(CVal(2), 0, 400)});
+        script.List("LISTA", {Stamped(CVal(4), 100), Stamped(CVal(9), 200, Status::Unknown),
+                              Stamped(CVal(1), 300, Status::Alarm), Stamped(CVal(2), 400)});
     }
 };
 
@@ -74,7 +74,7 @@ TEST_F(CalcInListTest, SumAndAverageAreMarkedAndMinimumIsTheElement) {
 }
 
 TEST_F(CalcInListTest, EarlierElementStaysOnTies) {
-    script.List("L", {Stamped(CVal(3), 0, 100), Stamped(CVal(3.0), 0, 200)});
+    script.List("L", {Stamped(CVal(3), 100), Stamped(CVal(3.0), 200)});
     Calc("L.MAXIMUM R");
     EXPECT_EQ(Whole(script.Value("R")), "150:3 status 0 time 100");
     Calc("L.MINIMUM R");
@@ -93,9 +93,9 @@ TEST_F(CalcInListTest, MaskLeavesElementsOut) {
 
 TEST_F(CalcInListTest, RangeIncludesItsBounds) {
     script.List(
-        "L", {Stamped(CVal(1), 0, Gmt(2023, 12, 31, 22, 59, 59)),
-              Stamped(CVal(2), 0, Gmt(2023, 12, 31, 23)), Stamped(CVal(4), 0, Gmt(2024, 1, 31, 23)),
-              Stamped(CVal(8), 0, Gmt(2024, 1, 31, 23, 0, 1))});
+        "L",
+        {Stamped(CVal(1), Gmt(2023, 12, 31, 22, 59, 59)), Stamped(CVal(2), Gmt(2023, 12, 31, 23)),
+         Stamped(CVal(4), Gmt(2024, 1, 31, 23)), Stamped(CVal(8), Gmt(2024, 1, 31, 23, 0, 1))});
     EXPECT_EQ(Calc("L.MAXIMUM R 0 FROM 2024 1 1 TO 2024 2 1"), "0 R 150:4");
     EXPECT_EQ(Calc("L.COUNT R 0 FROM 2024 1 1 TO 2024 2 1"), "0 R 150:2");
     EXPECT_EQ(Calc("L.COUNT R 0 FROM 2024 1 31 23 59 59 TO 2024 2 1 0 0 0"), "0 R 150:1");
@@ -119,7 +119,7 @@ TEST_F(CalcInListTest, NothingComputedWritesAValueWithoutContent) {
     EXPECT_EQ(Calc("LISTA.MINIMUM R"), "-2 R 255:");
     EXPECT_EQ(Calc("LISTA.MAXIMUM R"), "-2 R 255:");
     EXPECT_EQ(Calc("LISTA.AVERAGE R"), "-2 R 255:");
-    script.List("INNA", {Stamped(CVal(1), Status::Unknown, 0)});
+    script.List("INNA", {Stamped(CVal(1), 0, Status::Unknown)});
     EXPECT_EQ(Calc("INNA.AVERAGE R UNKNOWN"), "-2 R 255:");
 }
 
@@ -134,7 +134,7 @@ TEST_F(CalcInListTest, ResultMayBeAKindOfAVariable) {
 
 TEST_F(CalcInListTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
     Series();
-    FakeRemote& remote = script.Remote("Z");
+    HandRemote& remote = script.Remote("Z");
     script.Pointer("W", "Z");
     Calc("LISTA.SUM Z");
     EXPECT_EQ(Dump(remote.value), "150:16");
@@ -274,7 +274,7 @@ TEST_F(FillInListTest, ElementsTakeTheStatus) {
 }
 
 TEST_F(FillInListTest, ValueLosesItsOwnStatusAndTime) {
-    script.Local("W", Stamped(CVal("x"), 7, 9));
+    script.Local("W", Stamped(CVal("x"), 9, 7));
     EXPECT_EQ(Fill("L W 0 T1 T1 HREP"), "190:x status 0 time 1710050400; ");
 }
 

@@ -214,7 +214,7 @@ TEST_F(Operand, NothingToReadIsAWait) {
 }
 
 TEST_F(Operand, RemoteValueThatIsMissing) {
-    FakeRemote& remote = script.Remote("R");
+    HandRemote& remote = script.Remote("R");
     remote.value = CVal(5);
     EXPECT_EQ(Read("R"), "150:5");
     remote.answer = ReadUnavailable;

@@ -38,16 +38,16 @@ class StatusFunctions : public testing::Test {
 };
 
 TEST_F(StatusFunctions, StatusGivesTheWord) {
-    script.Local("A", Stamped(CVal(1.5), 33, 0));
+    script.Local("A", Stamped(CVal(1.5), 0, 33));
     EXPECT_EQ(script.Evaluate("STATUS A"), "141:33");
-    script.Local("B", Stamped(CVal(1.5), 0xFFFF, 0));
+    script.Local("B", Stamped(CVal(1.5), 0, 0xFFFF));
     EXPECT_EQ(script.Evaluate("STATUS B"), "141:65535");
     script.Local("C");
     EXPECT_EQ(script.Evaluate("STATUS C"), "141:0");
 }
 
 TEST_F(StatusFunctions, StatusTestsAWord) {
-    script.Local("A", Stamped(CVal(1), 33, 0));
+    script.Local("A", Stamped(CVal(1), 0, 33));
     EXPECT_EQ(script.Evaluate("STATUS A UNKNOWN"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A SET_BY_USER"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
@@ -78,7 +78,7 @@ TEST_F(StatusFunctions, StatusKnowsEveryWord) {
 }
 
 TEST_F(StatusFunctions, StatusTestsTheBitsOfANumber) {
-    script.Local("A", Stamped(CVal(1), 33, 0));
+    script.Local("A", Stamped(CVal(1), 0, 33));
     script.Local("MASKA", CVal(34));
     EXPECT_EQ(script.Evaluate("STATUS A 2"), "120:0");
     EXPECT_EQ(script.Evaluate("STATUS A 3"), "120:1");
@@ -87,15 +87,15 @@ TEST_F(StatusFunctions, StatusTestsTheBitsOfANumber) {
 }
 
 TEST_F(StatusFunctions, StatusWordsArePreferredToVariables) {
-    script.Local("A", Stamped(CVal(1), 1, 0));
+    script.Local("A", Stamped(CVal(1), 0, 1));
     script.Local("ALARM", CVal(1));
     EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
     EXPECT_EQ(script.Evaluate("STATUS A unknown"), "failed 3 unknown");
 }
 
 TEST_F(StatusFunctions, StatusFollowsTheSuffix) {
-    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 1, 0));
-    variable.SetValue(Stamped(CVal(2), 4, 0), KindDay);
+    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 0, 1));
+    variable.SetValue(Stamped(CVal(2), 0, 4), KindDay);
     EXPECT_EQ(script.Evaluate("STATUS A.DREP"), "141:4");
     EXPECT_EQ(script.Evaluate("STATUS A.CURDATA"), "141:1");
     EXPECT_EQ(script.Evaluate("STATUS A.ARCH"), "failed 0");
@@ -103,9 +103,9 @@ TEST_F(StatusFunctions, StatusFollowsTheSuffix) {
 }
 
 TEST_F(StatusFunctions, StatusOfAnUnusableValueIsReadAllTheSame) {
-    script.Remote("Z").value = Stamped(CVal(1), 3, 0);
+    script.Remote("Z").value = Stamped(CVal(1), 0, 3);
     EXPECT_EQ(script.Evaluate("STATUS Z"), "141:3");
-    script.List("L", {Stamped(CVal(1), 1, 0)}).MoveFirst();
+    script.List("L", {Stamped(CVal(1), 0, 1)}).MoveFirst();
     EXPECT_EQ(script.Evaluate("STATUS L UNKNOWN"), "120:1");
 }
 
@@ -119,7 +119,7 @@ TEST_F(StatusFunctions, StatusFailsWithItsOperands) {
 }
 
 TEST_F(StatusFunctions, SetAddAndRemove) {
-    script.Local("A", Stamped(CVal(7), 33, 1000));
+    script.Local("A", Stamped(CVal(7), 1000, 33));
     EXPECT_EQ(After("SET_STATUS A 0", "A"), "150:1 -> 0");
     EXPECT_EQ(After("SET_STATUS A UNKNOWN", "A"), "150:1 -> 1");
     EXPECT_EQ(After("ADD_STATUS A ALARM", "A"), "150:1 -> 5");
@@ -132,7 +132,7 @@ TEST_F(StatusFunctions, SetAddAndRemove) {
 }
 
 TEST_F(StatusFunctions, HighestBitsAreReached) {
-    script.Local("A", Stamped(CVal(7), 0x8001, 0));
+    script.Local("A", Stamped(CVal(7), 0, 0x8001));
     EXPECT_EQ(After("REMOVE_STATUS A SUPERVISORY", "A"), "150:1 -> 1");
     EXPECT_EQ(After("ADD_STATUS A 32768", "A"), "150:1 -> 32769");
     EXPECT_EQ(After("SET_STATUS A 65537", "A"), "150:1 -> 1");
@@ -140,7 +140,7 @@ TEST_F(StatusFunctions, HighestBitsAreReached) {
 }
 
 TEST_F(StatusFunctions, VariableMayHoldAWordOrANumber) {
-    script.Local("A", Stamped(CVal(7), 1, 0));
+    script.Local("A", Stamped(CVal(7), 0, 1));
     script.Local("W", CVal("ALARM"));
     script.Local("N", CVal(32.9));
     EXPECT_EQ(After("ADD_STATUS A W", "A"), "150:1 -> 5");
@@ -149,7 +149,7 @@ TEST_F(StatusFunctions, VariableMayHoldAWordOrANumber) {
 }
 
 TEST_F(StatusFunctions, UnknownWordLeavesTheStatusAsItWas) {
-    script.Local("A", Stamped(CVal(7), 33, 0));
+    script.Local("A", Stamped(CVal(7), 0, 33));
     script.Local("W", CVal("alarm"));
     EXPECT_EQ(After("SET_STATUS A BOGUS", "A"), "failed 3 BOGUS -> 33");
     EXPECT_EQ(After("ADD_STATUS A alarm", "A"), "failed 3 alarm -> 33");

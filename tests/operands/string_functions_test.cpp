@@ -160,7 +160,7 @@ TEST_F(StringFunctions, LowerCaseSpellingIsNoFunction) {
 }
 
 TEST_F(StringFunctions, ResultCarriesNeitherStatusNorTime) {
-    script.Local("T", Stamped(CVal("abc"), 5, 1000));
+    script.Local("T", Stamped(CVal("abc"), 1000, 5));
     std::string_view text = "STRING_LEFT T 2";
     CVal value = Stamped(CVal(), 7, 7);
     ASSERT_TRUE(EvaluateExpression(script, text, value, ValueType::Text));
@@ -185,7 +185,7 @@ TEST_F(StringFunctions, MissingVariableFailsWithItsName) {
 }
 
 TEST_F(StringFunctions, RemoteValueThatIsMissingFailsOrWaits) {
-    FakeRemote& remote = script.Remote("Z");
+    HandRemote& remote = script.Remote("Z");
     remote.answer = ReadUnavailable;
     EXPECT_EQ(script.Evaluate("STRING_LEN Z"), "failed 15 Z");
     remote.answer = ReadNothing;

@@ -133,7 +133,7 @@ TEST_F(StringPieces, JoinSeparatorIsEvaluatedOrStandsForItself) {
 }
 
 TEST_F(StringPieces, JoinTakesUnknownAndValuelessElementsIn) {
-    script.List("L", {CVal("a"), Stamped(CVal("b"), Status::Unknown, 0), CVal(), CVal("c")});
+    script.List("L", {CVal("a"), Stamped(CVal("b"), 0, Status::Unknown), CVal(), CVal("c")});
     EXPECT_EQ(script.Evaluate("JOIN L +"), "190:a+b++c");
 }
 

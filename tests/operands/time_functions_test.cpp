@@ -31,8 +31,8 @@ class TimeFunctions : public testing::Test {
 };
 
 TEST_F(TimeFunctions, TimestampFollowsTheSuffix) {
-    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 0, 1000));
-    variable.SetValue(Stamped(CVal(1), 0, 2000), KindHour);
+    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 1000));
+    variable.SetValue(Stamped(CVal(1), 2000), KindHour);
     EXPECT_EQ(script.Evaluate("TIMESTAMP A"), Time(1000));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.HREP"), Time(2000));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.DREP"), Time(0));
@@ -40,7 +40,7 @@ TEST_F(TimeFunctions, TimestampFollowsTheSuffix) {
 }
 
 TEST_F(TimeFunctions, TimestampThatIsNotThereFails) {
-    script.Local("A", Stamped(CVal(1), 0, -5));
+    script.Local("A", Stamped(CVal(1), -5));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A"), "failed 0");
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.ARCH"), "failed 0");
     EXPECT_EQ(script.Evaluate("TIMESTAMP BRAK"), "failed 3 BRAK");
@@ -48,8 +48,8 @@ TEST_F(TimeFunctions, TimestampThatIsNotThereFails) {
 }
 
 TEST_F(TimeFunctions, FormatedTimestampIsLocal) {
-    script.Local("A", Stamped(CVal(1), 0, Gmt(2024, 3, 10, 6, 7, 8)));
-    script.Local("B", Stamped(CVal(1), 0, Gmt(2024, 7, 10, 6, 7, 8)));
+    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
+    script.Local("B", Stamped(CVal(1), Gmt(2024, 7, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A"), "190:2024-03-10 07:07:08");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP B"), "190:2024-07-10 08:07:08");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%d.%m.%y, %H%%\""), "190:10.03.24, 07%");
@@ -62,7 +62,7 @@ TEST_F(TimeFunctions, FormatedTimestampIsLocal) {
 }
 
 TEST_F(TimeFunctions, FormatThatCannotBeReadLeavesTheUsualOne) {
-    script.Local("A", Stamped(CVal(1), 0, Gmt(2024, 3, 10, 6, 7, 8)));
+    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A BRAK"), "190:2024-03-10 07:07:08");
     EXPECT_EQ(script.Error(), "3 BRAK");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A"), "190:2024-03-10 07:07:08");
@@ -70,7 +70,7 @@ TEST_F(TimeFunctions, FormatThatCannotBeReadLeavesTheUsualOne) {
 }
 
 TEST_F(TimeFunctions, FormatMayHoldAnything) {
-    script.Local("A", Stamped(CVal(1), 0, Gmt(2024, 3, 10, 6, 7, 8)));
+    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"dzień %d, godzina ćwierć %H\""),
               "190:dzień 10, godzina ćwierć 07");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%9999999999Y %H\""), "190:%9999999999Y 07");
@@ -86,7 +86,7 @@ TEST_F(TimeFunctions, FormatMayHoldAnything) {
 
 TEST_F(TimeFunctions, LocaleDoesNotMatter) {
     ASSERT_NE(std::setlocale(LC_ALL, "pl_PL.UTF-8"), nullptr);
-    script.Local("A", Stamped(CVal(1), 0, Gmt(2024, 3, 10, 6)));
+    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%A %B\""), "190:Sunday March");
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"10 March 2024\" \"%d %B %Y\""),
               Time(Gmt(2024, 3, 9, 23)));
@@ -94,8 +94,8 @@ TEST_F(TimeFunctions, LocaleDoesNotMatter) {
 }
 
 TEST_F(TimeFunctions, FormatedTimestampThatIsNotThereFails) {
-    script.Local("A", Stamped(CVal(1), 0, -1));
-    script.Local("B", Stamped(CVal(1), 0, std::int64_t{1} << 60));
+    script.Local("A", Stamped(CVal(1), -1));
+    script.Local("B", Stamped(CVal(1), std::int64_t{1} << 60));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%H\""), "failed 0");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP B \"%H\""), "failed 0");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP BRAK \"%H\""), "failed 3 BRAK");

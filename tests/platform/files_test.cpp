@@ -1,10 +1,8 @@
 #include "platform/Files.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {
@@ -13,13 +11,7 @@ using namespace std::string_literals;
 
 class FilesTest : public testing::Test {
   protected:
-    FilesTest() {
-        std::string name = (std::filesystem::temp_directory_path() / "kalvex-XXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~FilesTest() override { std::filesystem::remove_all(folder); }
-
-    std::string folder;
+    ScratchFolder folder;
     std::string content = "old";
     std::string error;
 };
@@ -28,28 +20,28 @@ TEST_F(FilesTest, BytesComeBackAsTheyWereWritten) {
     std::string bytes;
     for (int c = 0; c < 256; ++c) bytes += static_cast<char>(c);
     for (int i = 0; i < 10; ++i) bytes += bytes.substr(0, 20000);
-    EXPECT_TRUE(WriteWholeFile(folder + "/a", bytes, error));
-    EXPECT_EQ(ReadFile(folder + "/a", content, error), FileRead::Complete);
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), bytes, error));
+    EXPECT_EQ(ReadFile(folder.Path("a"), content, error), FileRead::Complete);
     EXPECT_EQ(content, bytes);
-    EXPECT_TRUE(ReadWholeFile(folder + "/a", content, error));
+    EXPECT_TRUE(ReadWholeFile(folder.Path("a"), content, error));
 }
 
 TEST_F(FilesTest, WritingReplacesTheContent) {
-    EXPECT_TRUE(WriteWholeFile(folder + "/a", "dłuższy", error));
-    EXPECT_TRUE(WriteWholeFile(folder + "/a", "", error));
-    EXPECT_TRUE(ReadWholeFile(folder + "/a", content, error));
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "dłuższy", error));
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "", error));
+    EXPECT_TRUE(ReadWholeFile(folder.Path("a"), content, error));
     EXPECT_EQ(content, "");
 }
 
 TEST_F(FilesTest, MissingFileDoesNotOpen) {
-    EXPECT_EQ(ReadFile(folder + "/a", content, error), FileRead::NotOpened);
+    EXPECT_EQ(ReadFile(folder.Path("a"), content, error), FileRead::NotOpened);
     EXPECT_EQ(content, "");
     EXPECT_EQ(error, "No such file or directory");
-    EXPECT_FALSE(ReadWholeFile(folder + "/a", content, error));
+    EXPECT_FALSE(ReadWholeFile(folder.Path("a"), content, error));
 }
 
 TEST_F(FilesTest, FolderDoesNotOpen) {
-    EXPECT_EQ(ReadFile(folder, content, error), FileRead::NotOpened);
+    EXPECT_EQ(ReadFile(folder.Path(), content, error), FileRead::NotOpened);
     EXPECT_EQ(error, "Is a directory");
 }
 
@@ -65,7 +57,7 @@ TEST_F(FilesTest, FileOfUnknownLengthIsReadToItsEnd) {
 }
 
 TEST_F(FilesTest, FolderThatIsMissingTakesNoFile) {
-    EXPECT_FALSE(WriteWholeFile(folder + "/brak/a", "x", error));
+    EXPECT_FALSE(WriteWholeFile(folder.Path("brak/a"), "x", error));
     EXPECT_EQ(error, "No such file or directory");
 }
 

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "support/environment_scope.h"
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
@@ -97,9 +98,10 @@ TEST_F(IniProfileTest, AnotherFileIsReadAndWrittenByItsPath) {
 }
 
 TEST_F(IniProfileTest, CommonProfileIsNamedByTheEnvironment) {
-    ::setenv("SORVANE_COMMON_PROFILE", "/srv/wspolny.ini", 1);
-    EXPECT_EQ(m_profile.GetCommonProfilePath(), "/srv/wspolny.ini");
-    ::unsetenv("SORVANE_COMMON_PROFILE");
+    {
+        const EnvironmentScope common("SORVANE_COMMON_PROFILE", "/srv/wspolny.ini");
+        EXPECT_EQ(m_profile.GetCommonProfilePath(), "/srv/wspolny.ini");
+    }
     EXPECT_EQ(m_profile.GetCommonProfilePath(), "/etc/sorvane/sorvane.ini");
 }
 

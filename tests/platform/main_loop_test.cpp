@@ -8,6 +8,7 @@
 
 #include "platform/FileLock.h"
 #include "platform/posix/PosixMainLoop.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {
@@ -116,7 +117,8 @@ TEST(PosixMainLoopTest, EndOfAWaitComesBeforePostedWork) {
 }
 
 TEST(FileLockTest, OneHasItAtATime) {
-    const std::string path = testing::TempDir() + "kalvex_lock_test";
+    const ScratchFolder folder;
+    const std::string path = folder.Path("lock");
     FileLock first;
     FileLock second;
     bool taken = true;
@@ -127,7 +129,7 @@ TEST(FileLockTest, OneHasItAtATime) {
     first.Release();
     EXPECT_TRUE(second.Acquire(path, taken, error)) << error;
     EXPECT_FALSE(taken);
-    EXPECT_FALSE(first.Acquire(testing::TempDir() + "no/such/folder", taken, error));
+    EXPECT_FALSE(first.Acquire(folder.Path("no/such/folder"), taken, error));
     EXPECT_FALSE(taken);
     EXPECT_EQ(error, "No such file or directory");
 }

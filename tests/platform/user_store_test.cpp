@@ -3,11 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
 
 #include "platform/UserSession.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -18,14 +16,7 @@ using testing::IsEmpty;
 
 class UserStoreTest : public testing::Test {
   protected:
-    UserStoreTest() {
-        const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-        m_strPath = testing::TempDir() + "kalvex_users_" + test.name() + "_" +
-                    std::to_string(::getpid()) + ".sqlite";
-        std::filesystem::remove(m_strPath);
-        EXPECT_TRUE(m_store.Open(m_strPath, m_strError)) << ToUtf8(m_strError);
-    }
-    ~UserStoreTest() override { std::filesystem::remove(m_strPath); }
+    UserStoreTest() { EXPECT_TRUE(m_store.Open(m_strPath, m_strError)) << ToUtf8(m_strError); }
 
     bool Add(const UserRecord& user, std::string_view password = "haslo") {
         return m_store.Add(user, password, m_strError);
@@ -33,7 +24,8 @@ class UserStoreTest : public testing::Test {
 
     std::string Error() const { return ToUtf8(m_strError); }
 
-    std::string m_strPath;
+    ScratchFolder m_folder;
+    std::string m_strPath = m_folder.Path("users.sqlite");
     std::string m_strError;
     UserStore m_store{PasswordCost::Least};
 };

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-
+#include "support/zone_scope.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -35,8 +33,7 @@ TEST(Options, Defaults) {
 }
 
 TEST(Options, AllAreTaken) {
-    setenv("TZ", "Europe/Warsaw", 1);
-    tzset();
+    const ZoneScope zone("Europe/Warsaw");
     const RunOptions options = Parse({"--clock",
                                       "2024-03-10 07:00:00",
                                       "--tick-ms",

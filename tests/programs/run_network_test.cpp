@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "programs/kalvex-run/RunSources.h"
+#include "support/environment_scope.h"
 #include "support/network_world.h"
 #include "support/scratch_file.h"
 #include "support/script_world.h"
@@ -192,21 +193,13 @@ TEST_F(RunNetwork, RunEndsThoughTheServerHangs) {
 
 class RunNetworkOptions : public ScriptWorld {
   protected:
-    RunNetworkOptions() {
-        ::setenv("SORVANE_COMMON_PROFILE", folder.Path("sorvane.ini").c_str(), 1);
-        ::setenv("SORVANE_RUNTIME_DIR", network.folder.Path().c_str(), 1);
-    }
-    ~RunNetworkOptions() override {
-        documents.clear();
-        ::unsetenv("SORVANE_COMMON_PROFILE");
-        ::unsetenv("SORVANE_RUNTIME_DIR");
-    }
+    ~RunNetworkOptions() override { documents.clear(); }
 
     // The clients that a server named "srv" sees of a run that declares a variable of it.
     int ClientsOf(const RunOptions& options) {
         HandServer server;
         const auto transport = network.Listen(network.ServerSettings(), server);
-        const CRunProfile profile = ReadRunProfile(options, ScriptWorld::folder.string());
+        const CRunProfile profile = ReadRunProfile(options, folder.Path());
         std::string fault;
         const auto run = MakeRunSources(options, profile, clock, log, translator, users, fault);
         services.sources = &run->ForScripts();
@@ -223,8 +216,9 @@ class RunNetworkOptions : public ScriptWorld {
         return server.clients;
     }
 
-    ScratchFolder folder;
     NetworkWorld network;
+    EnvironmentScope common{"SORVANE_COMMON_PROFILE", folder.Path("sorvane.ini")};
+    EnvironmentScope sockets{"SORVANE_RUNTIME_DIR", network.folder.Path()};
 };
 
 TEST_F(RunNetworkOptions, ProfileLeadsToTheServersOfTheMachine) {

@@ -1,12 +1,11 @@
 // What a service brings to its module: its loop and its users.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "platform/IniProfile.h"
 #include "platform/UserSession.h"
 #include "programs/kalvexd/ServiceLibraries.h"
 #include "programs/kalvexd/ServiceLoop.h"
+#include "support/environment_scope.h"
 #include "support/scratch_folder.h"
 
 namespace kalvex {
@@ -57,12 +56,8 @@ TEST(ServiceLoop, PeriodOfNothingIsAShortOne) {
 
 class UserLibraryTest : public testing::Test {
   protected:
-    UserLibraryTest() {
-        ::setenv("SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini").c_str(), 1);
-    }
-    ~UserLibraryTest() override { ::unsetenv("SORVANE_COMMON_PROFILE"); }
-
     ScratchFolder m_folder;
+    EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
     IniProfile m_profile;
     Translator m_translator;
     CUserLibrary m_library{m_profile, m_translator};

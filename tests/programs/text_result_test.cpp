@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-
 #include "support/fake_script.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {
@@ -15,8 +13,7 @@ TEST(TextResult, NoVariablesNoTable) {
 }
 
 TEST(TextResult, TableIsAlignedByCharacters) {
-    setenv("TZ", "Europe/Warsaw", 1);
-    tzset();
+    const ZoneScope zone("Europe/Warsaw");
     FakeScript script;
     CVal value(12.5);
     value.SetStatus(Status::Alarm | Status::SetByUser);

@@ -89,7 +89,7 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     Carry();
     EXPECT_THAT(m_client.events,
                 ElementsAre("let in", "no access to Brak: 0", "definitions", "data"));
-    EXPECT_EQ(Dump(x.Value()), "171 0 " + std::to_string(m_tStart) + " 5.00");
+    EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_tStart) + " 5.00");
     EXPECT_EQ(m_client.GetVarDefInfo("X")->GetText("un"), "MPa");
 
     m_client.events.clear();
@@ -98,7 +98,7 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     m_client.MakeCurrentDataModifyRequest();
     Carry();
     EXPECT_THAT(m_client.events, ElementsAre("X set to 6", "R refused: 2", "data"));
-    EXPECT_EQ(Dump(x.Value()), "171 0 " + std::to_string(m_tStart) + " 6.00");
+    EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_tStart) + " 6.00");
 }
 
 TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "server/CsvTable.h"
-#include "temporary_folder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -18,7 +18,7 @@ class DefinitionsTest : public testing::Test {
   protected:
     bool Load(std::string_view toml) {
         const bool loaded =
-            LoadDefinitions(m_folder.Write("plant.toml", toml), m_definitions, m_errors);
+            LoadDefinitions(m_folder.Put("plant.toml", toml), m_definitions, m_errors);
         for (std::string& error : m_errors) {
             for (std::size_t at; (at = error.find(m_folder.Path(""))) != std::string::npos;) {
                 error.erase(at, m_folder.Path("").size());
@@ -28,7 +28,7 @@ class DefinitionsTest : public testing::Test {
         return loaded;
     }
 
-    TemporaryFolder m_folder;
+    ScratchFolder m_folder;
     Definitions m_definitions;
     std::vector<std::string> m_errors;
 };
@@ -103,7 +103,7 @@ write = "100"
 }
 
 TEST_F(DefinitionsTest, NetworkIsRead) {
-    for (const char* file : {"a.pem", "a.key", "b.pem"}) m_folder.Write(file, "x");
+    for (const char* file : {"a.pem", "a.key", "b.pem"}) m_folder.Put(file, "x");
     ASSERT_TRUE(Load(R"(
 [network]
 local-socket = true
@@ -165,7 +165,7 @@ TEST_F(DefinitionsTest, NetworkFaultsAreToldWithTheirLines) {
         {"certificate = \"a.key\"\nkey = \"a.key\"\nauthority = \"brak.pem\"",
          "4: network.authority: brak.pem: No such file or directory"},
     };
-    m_folder.Write("a.key", "x");
+    m_folder.Put("a.key", "x");
     for (const Row& row : kRows) {
         EXPECT_FALSE(Load(std::string("[network]\n") + row.keys + "\n"));
         EXPECT_THAT(m_errors, ElementsAre("plant.toml:" + std::string(row.fault)));
@@ -173,7 +173,7 @@ TEST_F(DefinitionsTest, NetworkFaultsAreToldWithTheirLines) {
 }
 
 TEST_F(DefinitionsTest, SomeKeysCountAtTheStartOnly) {
-    for (const char* file : {"a.pem", "a.key"}) m_folder.Write(file, "x");
+    for (const char* file : {"a.pem", "a.key"}) m_folder.Put(file, "x");
     ASSERT_TRUE(Load("[server]\nclients = 5\n[network]\naddress = \"localhost:1\"\n"));
     const Definitions current = m_definitions;
     EXPECT_THAT(KeepUntilNextStart(current, m_definitions), IsEmpty());
@@ -239,13 +239,13 @@ value = 12
 }
 
 TEST_F(DefinitionsTest, VariablesComeFromFilesToo) {
-    m_folder.Write("a.csv",
-                   "\xEF\xBB\xBFname;un;signal\r\n"
-                   "# pomiary\r\n"
-                   "\r\n"
-                   "Z1.P;MPa;sine mean=5 amplitude=1 period=60\r\n"
-                   "\"Z1;\"\"T\"\"\"; °C ;\r\n");
-    m_folder.Write("b.csv", "value,name\n7,Z2.P\n,Z2.T");
+    m_folder.Put("a.csv",
+                 "\xEF\xBB\xBFname;un;signal\r\n"
+                 "# pomiary\r\n"
+                 "\r\n"
+                 "Z1.P;MPa;sine mean=5 amplitude=1 period=60\r\n"
+                 "\"Z1;\"\"T\"\"\"; °C ;\r\n");
+    m_folder.Put("b.csv", "value,name\n7,Z2.P\n,Z2.T");
     ASSERT_TRUE(
         Load("[[variables]]\nfile = \"a.csv\"\n[[variables]]\nfile = \"b.csv\"\n"
              "[[variable]]\nname = \"X\"\n"))
@@ -276,16 +276,16 @@ TEST_F(DefinitionsTest, SyntaxErrorHasItsLine) {
 }
 
 TEST_F(DefinitionsTest, EveryFaultIsToldWithFileLineAndKey) {
-    m_folder.Write("a.csv",
-                   "name,at,min\n"
-                   "Z1.P,-1,\n"
-                   ",2,\n"
-                   "Z1.T,2,zero\n"
-                   "Z1.V,2,1,9\n"
-                   "\"Z1.W,2,1\n"
-                   "X,2,1\n"
-                   "Z1.P,2,1\n"
-                   "Z1.P,2,1\n");
+    m_folder.Put("a.csv",
+                 "name,at,min\n"
+                 "Z1.P,-1,\n"
+                 ",2,\n"
+                 "Z1.T,2,zero\n"
+                 "Z1.V,2,1,9\n"
+                 "\"Z1.W,2,1\n"
+                 "X,2,1\n"
+                 "Z1.P,2,1\n"
+                 "Z1.P,2,1\n");
     EXPECT_FALSE(Load(R"(kolor = "czerwony"
 [server]
 clients = 0
@@ -369,7 +369,7 @@ TEST_F(DefinitionsTest, SectionsHaveTheirForms) {
 }
 
 TEST_F(DefinitionsTest, ColumnsHaveToBeKnown) {
-    m_folder.Write("a.csv", "\n\nname,kolor,name\nX,czerwony,Y\n");
+    m_folder.Put("a.csv", "\n\nname,kolor,name\nX,czerwony,Y\n");
     EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
     EXPECT_THAT(m_errors, ElementsAre("a.csv:3: name: kolumna występuje więcej niż raz",
                                       "a.csv:3: kolor: nieznana kolumna",
@@ -395,7 +395,7 @@ TEST_F(DefinitionsTest, NamesAreBounded) {
 TEST_F(DefinitionsTest, AfterAHundredFaultsTheyAreCounted) {
     std::string csv = "name,at\n";
     for (int row = 0; row < 150; ++row) csv += "X" + std::to_string(row) + ",x\n";
-    m_folder.Write("a.csv", csv);
+    m_folder.Put("a.csv", csv);
     EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
     ASSERT_EQ(m_errors.size(), 101u);
     EXPECT_EQ(m_errors[99], "a.csv:101: at: oczekiwano liczby całkowitej od 0 do 255");

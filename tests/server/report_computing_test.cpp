@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "support/value_dump.h"
 #include "value/Status.h"
 
 namespace kalvex {
@@ -11,12 +12,6 @@ namespace {
 
 constexpr TimeSpan kSpan{3600, 7200};
 constexpr std::uint16_t kLoaded = Status::ReportLoaded;
-
-CVal Stamped(CVal value, std::int64_t time, std::uint16_t status = 0) {
-    value.SetTime(time);
-    value.SetStatus(status);
-    return value;
-}
 
 void ExpectResult(const CVal& result, double number, std::uint16_t status) {
     ASSERT_EQ(result.GetType(), ValueType::Double);

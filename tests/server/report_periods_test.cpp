@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "local_zone.h"
+#include "support/zone_scope.h"
 #include "value/LocalTime.h"
 
 namespace kalvex {
@@ -14,7 +14,7 @@ using testing::ElementsAre;
 constexpr std::int64_t kHour = 3600;
 
 class ReportPeriodsTest : public testing::Test {
-    LocalZone m_zone{"Europe/Warsaw"};
+    ZoneScope m_zone{"Europe/Warsaw"};
 };
 
 std::int64_t At(int year, int month, int day, int hour = 0, int minute = 0) {

@@ -4,9 +4,9 @@
 #include "server/Server.h"
 #include "sources/ClientInterface.h"
 #include "support/in_process.h"
+#include "support/scratch_folder.h"
 #include "support/script_world.h"
 #include "support/zone_scope.h"
-#include "temporary_folder.h"
 
 namespace kalvex {
 namespace {
@@ -54,10 +54,10 @@ class ScriptReports : public ScriptWorld {
     ScriptReports() {
         std::string many = "name,rt\n";
         for (int i = 0; i < kMany; ++i) many += "M" + std::to_string(i) + ",4\n";
-        m_folder.Write("many.csv", many);
+        m_folder.Put("many.csv", many);
         m_server = std::make_unique<Server>(clock, m_serverLog, m_loop, PasswordCost::Least);
         std::vector<std::string> errors;
-        EXPECT_TRUE(m_server->Start(m_folder.Write("plant.toml", kPlant), errors))
+        EXPECT_TRUE(m_server->Start(m_folder.Put("plant.toml", kPlant), errors))
             << testing::PrintToString(errors);
         m_network.AddServer("srv", *m_server);
         m_client =
@@ -116,7 +116,7 @@ class ScriptReports : public ScriptWorld {
     }
 
     ZoneScope m_zone{"Europe/Warsaw"};
-    TemporaryFolder m_folder;
+    ScratchFolder m_folder;
     LogRecorder m_serverLog;
     PostedWork m_loop;
     std::unique_ptr<Server> m_server;

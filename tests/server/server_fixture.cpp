@@ -2,7 +2,7 @@
 
 namespace kalvex {
 
-std::string Dump(const CVal& value) {
+std::string DumpRow(const CVal& value) {
     std::string text;
     value.GetValData(ValueType::Text, text);
     return std::to_string(value.GetType()) + " " + std::to_string(value.GetStatus()) + " " +
@@ -78,7 +78,7 @@ std::vector<std::string> ServerTest::Updates(TestClient& client) {
     std::vector<std::string> lines;
     for (const ValueUpdates& updates : client.Take<ValueUpdates>()) {
         for (const ValueUpdates::Entry& entry : updates.entries) {
-            lines.push_back(std::to_string(entry.handle) + ": " + Dump(entry.value));
+            lines.push_back(std::to_string(entry.handle) + ": " + DumpRow(entry.value));
         }
     }
     return lines;
@@ -131,7 +131,7 @@ std::vector<std::string> ServerTest::Read(TestClient& client, ValueKind kind,
         EXPECT_EQ(answer.id, id);
         EXPECT_EQ(answer.last, &answer == &answers.back());
         if (answer.result != 0) lines.push_back("result " + std::to_string(answer.result));
-        for (const CVal& value : answer.values) lines.push_back(Dump(value));
+        for (const CVal& value : answer.values) lines.push_back(DumpRow(value));
     }
     return lines;
 }

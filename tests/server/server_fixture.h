@@ -11,36 +11,21 @@
 #include <variant>
 #include <vector>
 
-#include "local_zone.h"
 #include "platform/Clock.h"
 #include "platform/MainLoop.h"
 #include "server/Server.h"
-#include "temporary_folder.h"
+#include "support/log_recorder.h"
+#include "support/scratch_folder.h"
+#include "support/value_dump.h"
+#include "support/zone_scope.h"
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {
 
-inline CVal Stamped(CVal value, std::int64_t time, std::uint16_t status = 0) {
-    value.SetTime(time);
-    value.SetStatus(status);
-    return value;
-}
-
 // "type status time text", so that values compare and print as a whole.
-std::string Dump(const CVal& value);
-
-class LogLines final : public LogSink {
-  public:
-    // "level text", UTF-8.
-    void Log(std::string_view text, int level) override {
-        lines.push_back(std::to_string(level) + " " + ToUtf8(text));
-    }
-    std::vector<std::string> Take() { return std::exchange(lines, {}); }
-
-    std::vector<std::string> lines;
-};
+std::string DumpRow(const CVal& value);
 
 // One client: what it says goes straight to its session, what it hears is kept.
 class TestClient final : public ServerLink {
@@ -91,7 +76,7 @@ class ServerTest : public testing::Test {
     void Start(std::string_view toml);
     // Starts it again with what it left.
     void Restart() { Start(m_strToml); }
-    void Configure(std::string_view toml) { m_folder.Write("plant.toml", toml); }
+    void Configure(std::string_view toml) { m_folder.Put("plant.toml", toml); }
     void End();
 
     // Lets everything come to an end that is under way.
@@ -122,11 +107,11 @@ class ServerTest : public testing::Test {
     void AddUser(std::string_view name, std::string_view password, int level,
                  std::vector<std::string> groups = {}, std::vector<std::string> addresses = {});
 
-    LocalZone m_zone{"Europe/Warsaw"};
-    TemporaryFolder m_folder;
+    ZoneScope m_zone{"Europe/Warsaw"};
+    ScratchFolder m_folder;
     std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
     VirtualClock m_clock{m_tStart};
-    LogLines m_log;
+    LogRecorder m_log;
     PostedWork m_loop;
     std::string m_strToml;
     std::unique_ptr<Server> m_server;

@@ -40,7 +40,7 @@ class TellingLink final : public ServerLink {
 // Write number n: even, the report of hour n; odd, archive values from second n * 100 on.
 [[noreturn]] void ServeUntilKilled(const std::string& configuration, RequestId first, int tell) {
     VirtualClock clock(1700000000 + std::int64_t{first} * 10);
-    LogLines log;
+    LogRecorder log;
     PostedWork loop;
     Server server(clock, log, loop, PasswordCost::Least);
     std::vector<std::string> errors;

@@ -216,7 +216,7 @@ TEST_F(ServerTest, ReportsAreMadeUpForTwoMonthsBack) {
 TEST_F(ServerTest, ManyVariablesAreComputedOverSeveralSteps) {
     std::string csv = "name,rt\n";
     for (int index = 0; index < 25000; ++index) csv += "V" + std::to_string(index) + ",2\n";
-    m_folder.Write("many.csv", csv);
+    m_folder.Put("many.csv", csv);
     Start("[reports]\nautomatic = [\"hour\"]\n[[variables]]\nfile = \"many.csv\"\n");
     Tick();
     m_clock.Advance(3600 * 1000);

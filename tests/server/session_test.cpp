@@ -145,7 +145,7 @@ TEST_F(SessionTest, LargeSubscriptionIsAnsweredInPieces) {
         names.push_back("V" + std::to_string(index));
         csv += names.back() + ",1\n";
     }
-    m_folder.Write("many.csv", csv);
+    m_folder.Put("many.csv", csv);
     Start("[server]\nvariables = 2500\n[[variables]]\nfile = \"many.csv\"\n");
     TestClient& client = LogIn();
     SubscribeRequest request;

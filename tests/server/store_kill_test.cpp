@@ -8,7 +8,7 @@
 
 #include "killed_writer.h"
 #include "server/Store.h"
-#include "temporary_folder.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {
@@ -54,7 +54,7 @@ std::vector<CVal> ReadAll(Store& store, PostedWork& loop, VariableId x, ValueKin
 }
 
 TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const std::string path = folder.Path("store.sqlite");
     std::vector<std::int64_t> acknowledged;
     std::int64_t next = 1;

@@ -64,8 +64,8 @@ class StoreTest : public testing::Test {
         return values.size() == 1 ? values[0] : CVal();
     }
 
-    LocalZone m_zone{"Europe/Warsaw"};
-    TemporaryFolder m_folder;
+    ZoneScope m_zone{"Europe/Warsaw"};
+    ScratchFolder m_folder;
     PostedWork m_loop;
     std::unique_ptr<Store> m_store;
 };

@@ -83,15 +83,6 @@ class HookedConnection final : public CInterfaceClientConnection {
     using CInterfaceClientConnection::OnConnectionFault;
 };
 
-class NoTransports final : public TransportFactory {
-  public:
-    std::unique_ptr<ClientTransport> Connect(std::string_view, ClientTransportEvents&,
-                                             std::uint32_t& reason) override {
-        reason = ReasonUnknownAddress;
-        return nullptr;
-    }
-};
-
 using ConnectionFaults = SourceLogin;
 
 TEST_F(ConnectionFaults, EachHasItsWords) {

@@ -14,62 +14,24 @@
 #include "operands/OperandEvaluator.h"
 #include "operands/ScriptContext.h"
 #include "platform/Clock.h"
+#include "support/fixed_user.h"
+#include "support/hand_remote.h"
+#include "support/log_recorder.h"
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
 
-class KeptLog final : public LogSink {
-  public:
-    void Log(std::string_view text, int level) override { lines.emplace_back(level, ToUtf8(text)); }
-
-    std::vector<std::pair<int, std::string>> lines;
-};
-
-class FixedUser final : public Users {
-  public:
-    std::string GetActiveUserName() const override { return FromUtf8(name); }
-    std::string GetActiveUserDescription() const override { return FromUtf8(description); }
-    std::string GetAccountName() const override { return FromUtf8(account); }
-
-    std::string name;
-    std::string description;
-    std::string account = "dyspozytor";
-};
-
-// A remote variable whose answers are set by hand.
-class FakeRemote final : public CVariableStored {
-  public:
-    using CVariableStored::CVariableStored;
-
-    VariableKind GetKind() const override { return VariableRemote; }
-    int GetValue(CVal& out, int, int) override {
-        if (answer == ReadValue) out = value;
-        return answer;
-    }
-    int SetValue(const CVal& written, int) override {
-        value = written;
-        return 1;
-    }
-    int IsReady(int kind) override { return kind == readyKind ? 1 : 0; }
-    int IsReportLoaded(int kind) override { return kind == loadedKind ? 1 : 0; }
-    int IsReportInited(int kind) override { return kind == initedKind ? 1 : 0; }
-
-    CVal value;
-    ReadResult answer = ReadValue;
-    ValueKind readyKind = KindNone;
-    ValueKind loadedKind = KindNone;
-    ValueKind initedKind = KindNone;
-};
-
 struct FakeWorld {
     static constexpr std::int64_t kStart = 1710050400;  // 2024-03-10 06:00:00 GMT
 
     explicit FakeWorld(const CFunctionTable& functions)
-        : services{clock, log, translator, users, paths, functions} {}
+        : services{clock, log, translator, users, paths, functions} {
+        users.account = "dyspozytor";
+    }
 
     VirtualClock clock{kStart};
-    KeptLog log;
+    LogRecorder log;
     Translator translator;
     FixedUser users;
     Paths paths{"/skrypty"};
@@ -107,7 +69,7 @@ class FakeScript final : public FakeWorld, public CScriptContext {
         pointer.SetTargetName(FromUtf8(target));
         return pointer;
     }
-    FakeRemote& Remote(std::string_view name) { return Append<FakeRemote>(name); }
+    HandRemote& Remote(std::string_view name) { return Append<HandRemote>(name); }
 
     // A variable's value, whether a script could use it or not.
     CVal Value(std::string_view name, int kind = KindCurrent) {

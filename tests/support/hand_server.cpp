@@ -1,6 +1,6 @@
 #include "support/hand_server.h"
 
-#include "value/ValueText.h"
+#include "support/value_dump.h"
 
 namespace kalvex {
 
@@ -14,8 +14,10 @@ class HandSession final : public ServerSession {
         m_server.heard.push_back(Describe(message));
         const auto* subscription = std::get_if<SubscribeRequest>(&message);
         if (subscription != nullptr) m_server.wishes = subscription->flags;
-        const bool login = std::holds_alternative<LoginRequest>(message);
-        if (login && m_server.answersLogin) m_link.Send(m_server.loginResult);
+        const auto* login = std::get_if<LoginRequest>(&message);
+        if (login == nullptr) return;
+        m_server.logins.push_back(*login);
+        if (m_server.answersLogin) m_link.Send(m_server.loginResult);
     }
 
     void OnClosed(std::uint32_t reason) override {
@@ -85,10 +87,6 @@ struct Describer {
 
 std::string Describe(const ClientMessage& message) {
     return std::visit(Describer(), message);
-}
-
-std::string Describe(const CVal& value) {
-    return ValueToText(value) + "/" + std::to_string(value.GetStatus());
 }
 
 std::unique_ptr<ServerSession> HandServer::Accept(ServerLink& newLink) {

@@ -13,8 +13,6 @@
 namespace kalvex {
 
 std::string Describe(const ClientMessage& message);
-// "value/status" of a value, its text at type 190.
-std::string Describe(const CVal& value);
 
 // Answers a login as it is told and leaves the rest to the test.
 class HandServer final : public SessionAcceptor {
@@ -31,7 +29,8 @@ class HandServer final : public SessionAcceptor {
     ServerLink* link = nullptr;  // null when nobody is there
     int clients = 0;             // that have come so far
     std::vector<std::string> heard;
-    std::uint32_t wishes = 0;  // the flags of the last subscription
+    std::vector<LoginRequest> logins;  // of all clients
+    std::uint32_t wishes = 0;          // the flags of the last subscription
     bool accepts = true;
     bool answersLogin = true;
     LoginResult loginResult;

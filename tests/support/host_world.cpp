@@ -16,8 +16,7 @@ std::string HostWorld::Text(std::string_view name) {
 }
 
 void HostWorld::Put(const std::string& name, std::string_view text) {
-    std::string error;
-    ASSERT_TRUE(WriteWholeFile(PathOf(name), FromUtf8(text), error)) << error;
+    folder.Put(name, FromUtf8(text));
 }
 
 std::string HostWorld::Get(const std::string& name) const {

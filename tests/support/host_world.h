@@ -22,8 +22,8 @@ class HostWorld : public ScriptWorld {
     // Files byte for byte.
     void Put(const std::string& name, std::string_view text);
     std::string Get(const std::string& name) const;
-    bool Has(const std::string& name) const { return std::filesystem::exists(folder / name); }
-    std::string PathOf(const std::string& name) const { return (folder / name).string(); }
+    bool Has(const std::string& name) const { return folder.Has(name); }
+    std::string PathOf(const std::string& name) const { return folder.Path(name); }
 };
 
 }  // namespace kalvex

@@ -180,4 +180,10 @@ void InProcessNetwork::Deliver() {
     }
 }
 
+std::unique_ptr<ClientTransport> NoTransports::Connect(std::string_view, ClientTransportEvents&,
+                                                       std::uint32_t& reason) {
+    reason = ReasonUnknownAddress;
+    return nullptr;
+}
+
 }  // namespace kalvex

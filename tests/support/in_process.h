@@ -1,5 +1,4 @@
-// Clients and servers within one process: for tests, and for a program that holds both. Main
-// thread.
+// Clients and servers within one process. Main thread.
 #pragma once
 
 #include <deque>
@@ -53,6 +52,13 @@ class InProcessNetwork final : public TransportFactory {
     std::map<std::string, SessionAcceptor*, std::less<>> m_mapServers;
     std::vector<InProcessTransport*> m_arrTransports;
     std::deque<Event> m_queue;
+};
+
+// Knows no server's address.
+class NoTransports final : public TransportFactory {
+  public:
+    std::unique_ptr<ClientTransport> Connect(std::string_view source, ClientTransportEvents& events,
+                                             std::uint32_t& reason) override;
 };
 
 }  // namespace kalvex

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "support/hand_server.h"
+#include "support/heard_events.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {
@@ -8,23 +9,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-class HeardEvents final : public ClientTransportEvents {
-  public:
-    void OnOpened() override { events.push_back("opened"); }
-    void OnMessage(ServerMessage message) override {
-        events.push_back("message " + std::to_string(message.index()));
-    }
-    void OnFault(ConnectionFault fault, std::uint32_t reason) override {
-        events.push_back("fault " + std::to_string(static_cast<int>(fault)) + " " +
-                         std::to_string(reason));
-    }
-    void OnClosed(std::uint32_t reason) override {
-        events.push_back("closed " + std::to_string(reason));
-    }
-
-    std::vector<std::string> events;
-};
 
 class InProcess : public testing::Test {
   protected:
@@ -37,7 +21,7 @@ class InProcess : public testing::Test {
     void Open() {
         transport->Open();
         network.Deliver();
-        client.events.clear();
+        client.heard.clear();
     }
 
     InProcessNetwork network;
@@ -48,14 +32,14 @@ class InProcess : public testing::Test {
 
 TEST_F(InProcess, NothingIsDeliveredFromWithinACall) {
     EXPECT_TRUE(transport->Open());
-    EXPECT_THAT(client.events, IsEmpty());
+    EXPECT_THAT(client.heard, IsEmpty());
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("opened"));
+    EXPECT_THAT(client.heard, ElementsAre("opened"));
     transport->Send(LoginRequest{});
     EXPECT_THAT(server.heard, IsEmpty());
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("login /  0"));
-    EXPECT_THAT(client.events, ElementsAre("opened", "message 0"));
+    EXPECT_THAT(client.heard, ElementsAre("opened", "login result 0 "));
 }
 
 TEST_F(InProcess, OpenTwiceMakesOneConversation) {
@@ -64,7 +48,7 @@ TEST_F(InProcess, OpenTwiceMakesOneConversation) {
     network.Deliver();
     EXPECT_TRUE(transport->Open());
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("opened"));
+    EXPECT_THAT(client.heard, ElementsAre("opened"));
     EXPECT_EQ(server.clients, 1);
 }
 
@@ -73,7 +57,7 @@ TEST_F(InProcess, UnknownNameIsOutOfReach) {
     const auto other = network.Connect("inny", client, reason);
     EXPECT_FALSE(other->Open());
     network.Deliver();
-    EXPECT_THAT(client.events, IsEmpty());
+    EXPECT_THAT(client.heard, IsEmpty());
     std::vector<VariableDefinition> list;
     EXPECT_FALSE(other->LoadVariableList({}, list));
 }
@@ -103,13 +87,13 @@ TEST_F(InProcess, CloseByTheClient) {
     transport->Send(LastMessagesRequest{6});
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("last 5", "closed 4106"));
-    EXPECT_THAT(client.events, ElementsAre("closed 4102"));
+    EXPECT_THAT(client.heard, ElementsAre("closed 4102"));
     transport->Check();
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("closed 4102"));
+    EXPECT_THAT(client.heard, ElementsAre("closed 4102"));
     EXPECT_TRUE(transport->Open());
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("closed 4102", "opened"));
+    EXPECT_THAT(client.heard, ElementsAre("closed 4102", "opened"));
 }
 
 TEST_F(InProcess, CloseByTheServerComesBackWithTheNextCheck) {
@@ -118,18 +102,18 @@ TEST_F(InProcess, CloseByTheServerComesBackWithTheNextCheck) {
     server.link->Close(ReasonBadMessage);
     server.Send(ReportChange{});
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("message 6", "closed 4108"));
+    EXPECT_THAT(client.heard, ElementsAre("report change 0 0", "closed 4108"));
     EXPECT_THAT(server.heard, ElementsAre("closed 4108"));
     transport->Check();
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("message 6", "closed 4108", "opened"));
+    EXPECT_THAT(client.heard, ElementsAre("report change 0 0", "closed 4108", "opened"));
 }
 
 TEST_F(InProcess, CloseBeforeItWasOpenIsSilent) {
     transport->Open();
     transport->Close(ReasonClosed);
     network.Deliver();
-    EXPECT_THAT(client.events, IsEmpty());
+    EXPECT_THAT(client.heard, IsEmpty());
     EXPECT_EQ(server.clients, 0);
 }
 
@@ -138,21 +122,21 @@ TEST_F(InProcess, DestroyedTransportEndsTheConversation) {
     server.Send(ReportChange{});
     transport.reset();
     network.Deliver();
-    EXPECT_THAT(client.events, IsEmpty());
+    EXPECT_THAT(client.heard, IsEmpty());
     EXPECT_THAT(server.heard, ElementsAre("closed 4106"));
 }
 
 TEST_F(InProcess, RemovedServerEndsItsConversations) {
     Open();
     network.RemoveServer("srv");
-    EXPECT_THAT(client.events, ElementsAre("closed 4107"));
+    EXPECT_THAT(client.heard, ElementsAre("closed 4107"));
     EXPECT_THAT(server.heard, ElementsAre("closed 4107"));
     transport->Check();
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("closed 4107"));
+    EXPECT_THAT(client.heard, ElementsAre("closed 4107"));
     network.AddServer("srv", server);
     network.Deliver();
-    EXPECT_THAT(client.events, ElementsAre("closed 4107", "opened"));
+    EXPECT_THAT(client.heard, ElementsAre("closed 4107", "opened"));
 }
 
 TEST_F(InProcess, BacklogGoesDownAndIsToldWhenAskedFor) {
@@ -166,11 +150,6 @@ TEST_F(InProcess, BacklogGoesDownAndIsToldWhenAskedFor) {
     network.Deliver();
     EXPECT_EQ(server.link->Backlog(), 0u);
     EXPECT_THAT(server.heard, ElementsAre("drained"));
-}
-
-TEST(ConnectionReasons, HaveWords) {
-    EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress), "nieznany adres serwera");
-    EXPECT_EQ(ConnectionReasonText(17), "kod 17");
 }
 
 }  // namespace

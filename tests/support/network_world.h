@@ -8,35 +8,13 @@
 
 #include "platform/MainLoop.h"
 #include "support/hand_server.h"
+#include "support/heard_events.h"
+#include "support/log_recorder.h"
 #include "support/scratch_folder.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 
 namespace kalvex {
-
-// All there is to a value: type, status, time, content.
-std::string DescribeWhole(const CVal& value);
-std::string Describe(const ServerMessage& message);
-
-// "level text", UTF-8.
-class HeardLog final : public LogSink {
-  public:
-    void Log(std::string_view text, int level) override;
-
-    std::vector<std::string> lines;
-};
-
-class HeardEvents final : public ClientTransportEvents {
-  public:
-    void OnOpened() override { heard.push_back("opened"); }
-    void OnMessage(ServerMessage message) override { heard.push_back(Describe(message)); }
-    void OnFault(ConnectionFault fault, std::uint32_t reason) override;
-    void OnClosed(std::uint32_t reason) override;
-
-    bool Has(const std::string& event) const;
-
-    std::vector<std::string> heard;
-};
 
 // A main loop, a folder for sockets, a clock that stands still. What waits, waits for an event: a
 // test whose event does not come ends by the time limit of the test runner.
@@ -56,7 +34,7 @@ class NetworkWorld {
     ScratchFolder folder;
     std::int64_t now = 1'000'000;  // milliseconds
     PostedWork loop;
-    HeardLog log;
+    LogRecorder log;
     std::string error;  // of the last Listen, UTF-8
 };
 

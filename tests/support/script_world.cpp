@@ -1,23 +1,16 @@
 #include "support/script_world.h"
 
-#include <unistd.h>
-
 namespace kalvex {
 
-std::filesystem::path ScriptWorld::MakeFolder() {
-    std::string pattern = testing::TempDir() + "kalvexXXXXXX";
-    return mkdtemp(pattern.data());
-}
-
 ScriptWorld::ScriptWorld()
-    : folder(MakeFolder()),
-      paths(folder.string()),
+    : paths(folder.Path()),
       services{
-          {clock, log, translator, users, paths, Functions()}, Statements(), questions, &sources} {}
+          {clock, log, translator, users, paths, Functions()}, Statements(), questions, &sources} {
+    users.account = "operator";
+}
 
 ScriptWorld::~ScriptWorld() {
     documents.clear();
-    std::filesystem::remove_all(folder);
 }
 
 void ScriptWorld::WriteFile(const std::string& name, std::string_view text) {
@@ -26,8 +19,7 @@ void ScriptWorld::WriteFile(const std::string& name, std::string_view text) {
         if (c == '\n') bytes += '\r';
         bytes += c;
     }
-    std::string error;
-    ASSERT_TRUE(WriteWholeFile((folder / name).string(), bytes, error)) << error;
+    folder.Put(name, bytes);
 }
 
 CKalvexDoc& ScriptWorld::Open(std::string_view text, const std::string& name) {
@@ -75,7 +67,7 @@ std::string ScriptWorld::Value(CKalvexDoc& document, std::string_view name, Valu
 
 std::vector<std::string> ScriptWorld::Log(int level) const {
     std::vector<std::string> lines;
-    const std::string prefix = folder.string() + "/";
+    const std::string prefix = folder.Path() + "/";
     for (const auto& [lineLevel, text] : log.lines) {
         if (lineLevel > level) continue;
         lines.push_back(text.starts_with(prefix) ? text.substr(prefix.size()) : text);

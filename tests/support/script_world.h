@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -16,27 +15,14 @@
 #include "language/Functions.h"
 #include "language/Statements.h"
 #include "platform/Files.h"
+#include "support/fixed_user.h"
+#include "support/hand_remote.h"
+#include "support/log_recorder.h"
+#include "support/scratch_folder.h"
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
-
-class LogRecorder final : public LogSink {
-  public:
-    void Log(std::string_view text, int level) override { lines.emplace_back(level, ToUtf8(text)); }
-
-    std::vector<std::pair<int, std::string>> lines;
-};
-
-class FixedUsers final : public Users {
-  public:
-    std::string GetActiveUserName() const override { return name; }
-    std::string GetActiveUserDescription() const override { return description; }
-    std::string GetAccountName() const override { return "operator"; }
-
-    std::string name;
-    std::string description;
-};
 
 class AnsweredQuestions final : public Questions {
   public:
@@ -49,48 +35,17 @@ class AnsweredQuestions final : public Questions {
     bool answer = true;
 };
 
-// A server variable as the tests set it.
-class HandRemote final : public CVariable {
-  public:
-    using CVariable::CVariable;
-
-    VariableKind GetKind() const override { return VariableRemote; }
-    int GetValue(CVal& out, int, int) override {
-        out = value;
-        return result;
-    }
-    int SetValue(const CVal& written, int) override {
-        value = written;
-        return 1;
-    }
-    int GetValueType(int, int) override { return value.GetType(); }
-    int SetLocked(bool flag) override {
-        locked = flag;
-        return 1;
-    }
-    int SetIgnoreUnknown(bool flag) override {
-        ignoreUnknown = flag;
-        return 1;
-    }
-    int IsReady(int) override { return ready ? 1 : 0; }
-    int IsArchived() override { return 1; }
-    std::string GetUnit() override { return FromUtf8("m³/h"); }
-    std::string GetDescription() override { return FromUtf8("Przepływ"); }
-
-    CVal value;
-    int result = ReadNothing;
-    bool locked = false;
-    bool ignoreUnknown = false;
-    bool ready = true;
-};
-
+// Its variables have no value as yet; a report of the hour has come.
 class HandSources final : public CScriptSources {
   public:
     std::unique_ptr<CVariable> CreateRemote(CKalvexDoc&, std::string_view name,
                                             std::string_view source,
                                             std::string_view variable) override {
         calls.push_back("create " + ToUtf8(source) + "@" + ToUtf8(variable));
-        return std::make_unique<HandRemote>(name);
+        auto remote = std::make_unique<HandRemote>(name);
+        remote->answer = ReadNothing;
+        remote->readyKind = KindHour;
+        return remote;
     }
     void ReleaseRemote(CVariable& variable) override {
         calls.push_back("release " + ToUtf8(variable.GetName()));
@@ -139,20 +94,17 @@ class ScriptWorld : public testing::Test {
     // Log lines at or below the level, the world's folder left out.
     std::vector<std::string> Log(int level = LogErrors) const;
 
-    std::filesystem::path folder;
+    ScratchFolder folder;
     VirtualClock clock{kStart};
     LogRecorder log;
     Translator translator;
-    FixedUsers users;
+    FixedUser users;
     Paths paths;
     AnsweredQuestions questions;
     HandSources sources;
     DocumentServices services;
     CTickRunner ticks;
     std::vector<std::unique_ptr<CKalvexDoc>> documents;
-
-  private:
-    static std::filesystem::path MakeFolder();
 };
 
 }  // namespace kalvex

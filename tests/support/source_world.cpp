@@ -3,15 +3,12 @@
 #include <algorithm>
 
 #include "support/scratch_file.h"
+#include "support/value_dump.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex {
 
 namespace {
-
-std::string Describe(const CVal& value) {
-    return ToUtf8(ValueToText(value)) + "/" + std::to_string(value.GetStatus());
-}
 
 std::string Describe(const JournalEntry& entry) {
     std::string text = entry.operation;
@@ -19,10 +16,10 @@ std::string Describe(const JournalEntry& entry) {
     if (entry.from) text += " " + FormatLocalTime(*entry.from);
     if (entry.to && entry.to != entry.from) text += " - " + FormatLocalTime(*entry.to);
     if (entry.time) text += " " + FormatLocalTime(*entry.time);
-    if (entry.value) text += " " + Describe(*entry.value);
+    if (entry.value) text += " " + kalvex::Describe(*entry.value);
     if (entry.list.value_or(false)) text += " into a list";
     for (const CVal& value : entry.values.value_or(std::vector<CVal>())) {
-        text += " " + Describe(value);
+        text += " " + kalvex::Describe(value);
     }
     return text;
 }
@@ -94,7 +91,7 @@ std::vector<std::string> SourceWorld::Calls(std::string_view part) {
 
 std::vector<std::string> SourceWorld::NewLog(int level) {
     std::vector<std::string> lines;
-    const std::string prefix = folder.string() + "/";
+    const std::string prefix = folder.Path() + "/";
     for (; m_nLinesSeen < log.lines.size(); ++m_nLinesSeen) {
         const auto& [lineLevel, text] = log.lines[m_nLinesSeen];
         if (lineLevel > level || text.ends_with(" skryptu ")) continue;

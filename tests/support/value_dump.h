@@ -1,4 +1,4 @@
-// What the tests of values are written with.
+// Values as tests make them and show them.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,13 @@
 
 namespace kalvex {
 
-// Type and content in one text, as in "150:7".
-inline std::string Dump(const CVal& value) {
-    return std::to_string(value.GetType()) + ":" + ValueToText(value);
-}
+CVal Stamped(CVal value, std::int64_t time, std::uint16_t status = 0);
 
-inline CVal Stamped(CVal value, std::uint16_t status, std::int64_t time) {
-    value.SetStatus(status);
-    value.SetTime(time);
-    return value;
-}
+// Type and content, as in "150:7"; the content in its own code page.
+std::string Dump(const CVal& value);
+// Content and status, as in "7/4"; UTF-8.
+std::string Describe(const CVal& value);
+// All there is to a value, as in "150:7/4@1000": type, content, status, time.
+std::string DescribeWhole(const CVal& value);
 
 }  // namespace kalvex

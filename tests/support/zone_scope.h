@@ -3,34 +3,22 @@
 
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
-#include <ctime>
 #include <optional>
-#include <string>
+
+#include "support/environment_scope.h"
 
 namespace kalvex {
 
 // Sets the zone of the process for its lifetime and puts the former one back.
 class ZoneScope {
   public:
-    explicit ZoneScope(const char* zone) {
-        if (const char* former = std::getenv("TZ")) m_former = former;
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ZoneScope() {
-        if (m_former) {
-            setenv("TZ", m_former->c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
+    explicit ZoneScope(const char* zone);
+    ~ZoneScope();
     ZoneScope(const ZoneScope&) = delete;
     ZoneScope& operator=(const ZoneScope&) = delete;
 
   private:
-    std::optional<std::string> m_former;
+    std::optional<EnvironmentScope> m_zone;
 };
 
 // The count of seconds of a reading of GMT.

@@ -1,19 +1,14 @@
+#include "support/zone_scope.h"
 #include "value/LocalTimeText.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <ctime>
 
 namespace kalvex {
 namespace {
 
 class LocalTimeText : public testing::Test {
   protected:
-    LocalTimeText() {
-        setenv("TZ", "Europe/Warsaw", 1);
-        tzset();
-    }
+    ZoneScope zone{"Europe/Warsaw"};
 };
 
 TEST_F(LocalTimeText, ReadsLocalTime) {

@@ -161,23 +161,23 @@ TEST(ValueArithmetic, WithItself) {
 
 TEST(ValueArithmetic, JoinsStatusWordsAndTakesTheLaterTime) {
     for (const Operation operation : {kAdd, kSubtract, kMultiply, kDivide}) {
-        CVal value = Stamped(CVal(6), 0x0021, 100);
-        (value.*operation)(Stamped(CVal(3), 0x8004, 200));
+        CVal value = Stamped(CVal(6), 100, 0x0021);
+        (value.*operation)(Stamped(CVal(3), 200, 0x8004));
         EXPECT_EQ(value.GetStatus(), 0x8025);
         EXPECT_EQ(value.GetTime(), 200);
-        (value.*operation)(Stamped(CVal(3.5), 0, 150));
+        (value.*operation)(Stamped(CVal(3.5), 150));
         EXPECT_EQ(value.GetStatus(), 0x8025);
         EXPECT_EQ(value.GetTime(), 200);
     }
-    CVal text = Stamped(CVal("a"), 4, 100);
-    text += Stamped(CVal("b"), 32, 200);
+    CVal text = Stamped(CVal("a"), 100, 4);
+    text += Stamped(CVal("b"), 200, 32);
     EXPECT_EQ(text.GetStatus(), 36);
     EXPECT_EQ(text.GetTime(), 200);
 }
 
 TEST(ValueArithmetic, ProductIsANewValue) {
-    const CVal left = Stamped(CVal(6), 1, 100);
-    const CVal right = Stamped(CVal(7), 2, 50);
+    const CVal left = Stamped(CVal(6), 100, 1);
+    const CVal right = Stamped(CVal(7), 50, 2);
     const CVal product = left * right;
     EXPECT_EQ(Dump(product), "150:42");
     EXPECT_EQ(product.GetStatus(), 3);
@@ -200,7 +200,7 @@ TEST(ValueArithmetic, ComplementKeepsAnIntegerTypeThatHoldsIt) {
 }
 
 TEST(ValueArithmetic, ComplementKeepsStatusAndTime) {
-    const CVal value = ~Stamped(CVal("5"), 36, -7);
+    const CVal value = ~Stamped(CVal("5"), -7, 36);
     EXPECT_EQ(value.GetStatus(), 36);
     EXPECT_EQ(value.GetTime(), -7);
 }
@@ -211,7 +211,7 @@ TEST(ValueArithmetic, PowerIsADouble) {
     EXPECT_EQ(Dump(pow(CVal("2"), CVal(-1))), "171:0.50");
     EXPECT_EQ(Dump(pow(CVal(-1), CVal(0.5))), "171:nan");
     EXPECT_EQ(Dump(pow(CVal(), CVal())), "171:1.00");
-    const CVal power = pow(Stamped(CVal(2), 1, -9), Stamped(CVal(3), 4, -5));
+    const CVal power = pow(Stamped(CVal(2), -9, 1), Stamped(CVal(3), -5, 4));
     EXPECT_EQ(power.GetStatus(), 5);
     EXPECT_EQ(power.GetTime(), -5);
 }
@@ -338,7 +338,7 @@ TEST(ValueComparison, NoContentCountsAs0AndBesideATextAsEmpty) {
 }
 
 TEST(ValueComparison, StatusAndTimePlayNoPart) {
-    EXPECT_EQ(Comparisons(Stamped(CVal(5), 1, 100), Stamped(CVal(5), 2, 200)), kEqual);
+    EXPECT_EQ(Comparisons(Stamped(CVal(5), 100, 1), Stamped(CVal(5), 200, 2)), kEqual);
 }
 
 }  // namespace

@@ -71,7 +71,7 @@ TEST(ValueConstruction, ClassIsPolymorphicAndFreelyCopied) {
 TEST(ValueCopy, CarriesTypeStatusTimeAndContent) {
     for (const CVal& content : {CVal(), CVal(7), CVal(2.5), CVal("short"),
                                 CVal("a text that is too long to be kept inside its string")}) {
-        const CVal source = Stamped(content, 1, 1600000000);
+        const CVal source = Stamped(content, 1600000000, 1);
         const CVal copy(source);
         EXPECT_EQ(Dump(copy), Dump(source));
         EXPECT_EQ(copy.GetStatus(), 1);
@@ -103,7 +103,7 @@ TEST(ValueCopy, OwnsItsText) {
 }
 
 TEST(ValueCopy, ToItselfChangesNothing) {
-    CVal text = Stamped(CVal("a text that is too long to be kept inside its string"), 4, 9);
+    CVal text = Stamped(CVal("a text that is too long to be kept inside its string"), 9, 4);
     const CVal& same = text;
     text = same;
     EXPECT_EQ(Dump(text), "190:a text that is too long to be kept inside its string");
@@ -313,7 +313,7 @@ TEST(ValueCast, ConvertsTheContent) {
         {CVal(), 190, "190:"},
     };
     for (const CCastRow& row : kRows) {
-        CVal value = Stamped(row.value, 0x1204, 99);
+        CVal value = Stamped(row.value, 99, 0x1204);
         EXPECT_TRUE(value.Cast(row.type)) << row.result;
         EXPECT_EQ(Dump(value), row.result);
         EXPECT_EQ(value.GetStatus(), 0x1204);
@@ -356,7 +356,7 @@ TEST(ValueSetType, AlwaysTakesTheCode) {
         {CVal("abc"), 190, "190:abc"},
     };
     for (const CCastRow& row : kRows) {
-        CVal value = Stamped(row.value, 1, 99);
+        CVal value = Stamped(row.value, 99, 1);
         value.SetType(static_cast<std::uint16_t>(row.type));
         EXPECT_EQ(Dump(value), row.result);
         EXPECT_EQ(value.GetStatus(), 1);

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "support/hand_server.h"
+#include "support/value_dump.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex {
@@ -52,15 +53,6 @@ TEST_F(ClientConnection, LogsInAndIsConnected) {
     EXPECT_THAT(server.heard, ElementsAre("login jan/tajne Kalvex 23"));
     EXPECT_THAT(connection.events, ElementsAre("access ", "connect"));
 }
-
-class NoTransports final : public TransportFactory {
-  public:
-    std::unique_ptr<ClientTransport> Connect(std::string_view, ClientTransportEvents&,
-                                             std::uint32_t& reason) override {
-        reason = ReasonUnknownAddress;
-        return nullptr;
-    }
-};
 
 TEST_F(ClientConnection, NoWayToTheSource) {
     NoTransports none;

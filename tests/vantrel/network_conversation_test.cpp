@@ -60,13 +60,13 @@ TEST_F(NetworkTest, MessagesGoBothWaysInOrder) {
     EXPECT_THAT(acceptor.heard, ElementsAre("login jan/tajne Kalvex 23",
                                             "subscribe +1Z1 +2" + FromUtf8("Ciśnienie"),
                                             "read 1:2Z1[0..3600]", "last 5"));
-    acceptor.Send(ValueUpdates{{{1, Stamped(CVal(2.5), 4, 100)}}, true});
+    acceptor.Send(ValueUpdates{{{1, Stamped(CVal(2.5), 100, 4)}}, true});
     acceptor.Send(ReadAnswer{1, 0, {CVal(7)}, true});
     acceptor.Send(ReportChange{KindDay, 5});
     world.RunUntil(events, "report change 3 5");
     EXPECT_THAT(events.heard, ElementsAre("login result 0 ", "updates 1=171:2.50/4@100",
                                           "answer 1 0 150:7/0@0", "report change 3 5"));
-    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
 TEST_F(NetworkTest, NothingIsDeliveredWithinACall) {
@@ -173,7 +173,7 @@ TEST_F(NetworkTest, ConversationsAreBounded) {
     other->Open();
     world.RunUntil(otherEvents, "fault 2 4110");
     EXPECT_EQ(acceptor.clients, 1);
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Odmowa połączenia z klientem na tym komputerze: za dużo klientów",
                             "2 Brak połączenia z srv ()"));
     Flush();
@@ -192,7 +192,7 @@ TEST_F(NetworkTest, SubscribedVariablesAreBounded) {
     world.RunUntil(acceptor, "subscribe +4D -1");
     EXPECT_THAT(acceptor.heard,
                 ElementsAre("login / Kalvex 23", "subscribe +1A +2B", "subscribe +4D -1"));
-    EXPECT_THAT(world.log.lines, ElementsAre("1 Klient Kalvex subskrybuje za dużo zmiennych"));
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Klient Kalvex subskrybuje za dużo zmiennych"));
 }
 
 TEST_F(NetworkTest, TextThatIsTooLongIsLeftOutWithALogLine) {
@@ -201,7 +201,7 @@ TEST_F(NetworkTest, TextThatIsTooLongIsLeftOutWithALogLine) {
     world.RunUntil(events, "login result 0 ");
     acceptor.Send(ValueUpdates{{{1, CVal(std::string(2 << 20, 'x'))}, {2, CVal(1)}}, true});
     world.RunUntil(events, "updates 2=150:1/0@0");
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Klient Kalvex nie otrzyma za długich danych (pozycje: 1)"));
 }
 
@@ -266,7 +266,7 @@ TEST_F(NetworkTest, PausesBetweenAttemptsGrowToFiveSeconds) {
         world.loop.Run();
         EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
     }
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Brak połączenia z far (Brak dostępu do pliku /none (No such file or "
                             "directory))"));
     transport.reset();
@@ -321,7 +321,8 @@ TEST_F(NetworkTest, SilentClientCountsAsGoneAfterTenSeconds) {
     }
     world.RunUntil(acceptor, "closed 4105");
     world.RunUntil(events, "closed 4104");
-    EXPECT_THAT(world.log.lines, ElementsAre("1 Klient Kalvex nie odpowiada - połączenie zerwane"));
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Klient Kalvex nie odpowiada - połączenie zerwane"));
 }
 
 TEST_F(NetworkTest, ServerThatNeverGreetsIsGivenUp) {
@@ -359,7 +360,7 @@ class ListTest : public NetworkTest {
     const LoginRequest login{1, 23, "Kalvex", "jan", "tajne"};
     std::vector<VariableDefinition> list;
     PostedWork serverLoop;
-    HeardLog serverLog;
+    LogRecorder serverLog;
     std::promise<void> ready;
     bool over = false;
     std::thread thread;

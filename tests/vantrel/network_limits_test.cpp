@@ -62,7 +62,7 @@ TEST_F(RawClientTest, ParcelThatDoesNotDecodeEndsTheConversationWithALogLine) {
     EXPECT_EQ(raw.events->Take(), Pack(Farewell{4108}));
     EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Orderly);
     EXPECT_THAT(
-        world.log.lines,
+        world.log.Take(),
         ElementsAre("1 Błąd odbioru pakietu od klienta Obcy (to nie jest komunikat protokołu)"));
 }
 
@@ -73,7 +73,7 @@ TEST_F(RawClientTest, ParcelBeyondTheBoundEndsTheConversationWithALogLine) {
     raw.stream->Send(std::string(kMaxParcelBytes + 1, '\0'));
     world.RunUntil(acceptor, "closed 4108");
     EXPECT_EQ(raw.events->Take(), Pack(Farewell{4108}));
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Błąd odbioru pakietu od klienta Obcy (komunikat jest za duży)"));
 }
 
@@ -115,7 +115,7 @@ TEST_F(RawClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothing) {
     }
     world.RunUntil(acceptor, "closed 4105");
     EXPECT_EQ(events.heard, wanted);
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Klient Obcy nie odbiera komunikatów - połączenie zerwane"));
     EXPECT_THAT(acceptor.heard, ElementsAre("login / Obcy 23", "closed 4105"));
     raw.stream->Resume();
@@ -143,7 +143,7 @@ TEST_F(RawClientTest, ClientThatTakesNothingForTenSecondsIsCutOffThoughItSpeaks)
     }
     EXPECT_GE(second, 10u);
     world.RunUntil(acceptor, "closed 4105");
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Klient Obcy nie odbiera komunikatów - połączenie zerwane"));
 }
 
@@ -162,7 +162,7 @@ TEST_F(RawClientTest, WhatIsSaidBeforeTheLoginIsPassedOver) {
     world.RunUntil(acceptor, "subscribe +3C");
     EXPECT_THAT(acceptor.heard,
                 ElementsAre("login jan/ Obcy 23", "login ewa/ Obcy 23", "subscribe +3C"));
-    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
 TEST_F(RawClientTest, SessionHearsWhenItsBacklogHasGone) {
@@ -186,7 +186,7 @@ TEST_F(RawClientTest, BreakWithoutAFarewellIsALoss) {
         LogIn(raw);
     }
     world.RunUntil(acceptor, "closed 4104");
-    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
 TEST_F(RawClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
@@ -218,8 +218,8 @@ TEST_F(RawClientTest, ListIsAskedForWithALogin) {
         waiting.join();
     }
     EXPECT_THAT(acceptor.heard, IsEmpty());
-    EXPECT_THAT(world.log.lines, ElementsAre("1 Błąd odbioru pakietu od klienta na tym komputerze "
-                                             "(to nie jest komunikat protokołu)"));
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Błąd odbioru pakietu od klienta na tym komputerze "
+                                              "(to nie jest komunikat protokołu)"));
 }
 
 TEST_F(RawClientTest, ListMayBeAnsweredLater) {
@@ -256,7 +256,7 @@ TEST_F(RawClientTest, ListCallerThatHasGoneIsNotAnswered) {
     acceptor.listAnswer(std::nullopt);
     server.reset();
     acceptor.listAnswer(acceptor.definitions);
-    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
 TEST_F(RawClientTest, ListCallersAreCountedWithTheConversations) {
@@ -268,7 +268,7 @@ TEST_F(RawClientTest, ListCallersAreCountedWithTheConversations) {
     raw.stream->Resume();
     world.RunUntil([&] { return !world.log.lines.empty(); });
     EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Refused);
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Odmowa połączenia z klientem na tym komputerze: za dużo klientów"));
     EXPECT_THAT(acceptor.heard, testing::Not(testing::Contains("list ")));
 }
@@ -283,7 +283,7 @@ TEST_F(RawClientTest, ListCallerThatSaysNothingIsGivenUp) {
         server->Check();
     }
     EXPECT_NE(raw.events->AwaitEnd(), StreamEnd::Orderly);
-    EXPECT_THAT(world.log.lines,
+    EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Klient na tym komputerze nie odpowiada - połączenie zerwane"));
 }
 
@@ -375,7 +375,7 @@ TEST_F(RawServerTest, ServerThatDoesNotReadCountsAsGone) {
     EXPECT_THAT(events.heard, ElementsAre("opened"));
     world.RunUntil(events, "closed 4105");
     EXPECT_THAT(
-        world.log.lines,
+        world.log.Take(),
         ElementsAre("1 Serwer srv nie odbiera komunikatów (brak odpowiedzi drugiej strony)"));
     transport.reset();
 }

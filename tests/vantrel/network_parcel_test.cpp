@@ -27,22 +27,22 @@ CVal Typed(CVal value, std::uint16_t type) {
 }
 
 std::vector<CVal> AllTypes() {
-    return {Stamped(CVal(true), 1, 10),
-            Stamped(CVal(short{-32768}), 2, 20),
-            Stamped(CVal(static_cast<unsigned short>(65535)), 4, 30),
-            Stamped(CVal(-2147483647), 8, 40),
-            Stamped(CVal(4294967295u), 16, 50),
-            Stamped(CVal(std::numeric_limits<long long>::min()), 32, 60),
-            Stamped(Typed(CVal(1LL << 40), 145), 64, 70),
-            Stamped(Typed(CVal(-1LL), 161), 128, 80),
-            Stamped(CVal(0.1), 256, 90),
-            Stamped(CVal(-0.0), 0, 0),
-            Stamped(CVal(std::numeric_limits<double>::infinity()), 0, -1),
-            Stamped(CVal(std::numeric_limits<double>::denorm_min()), 0, 1LL << 40),
-            Stamped(CVal(kText), 65535, 100),
-            Stamped(CVal(std::string()), 0, 110),
-            Stamped(CVal(), 3, 120),
-            Stamped(Typed(CVal(), 7), 5, 130)};
+    return {Stamped(CVal(true), 10, 1),
+            Stamped(CVal(short{-32768}), 20, 2),
+            Stamped(CVal(static_cast<unsigned short>(65535)), 30, 4),
+            Stamped(CVal(-2147483647), 40, 8),
+            Stamped(CVal(4294967295u), 50, 16),
+            Stamped(CVal(std::numeric_limits<long long>::min()), 60, 32),
+            Stamped(Typed(CVal(1LL << 40), 145), 70, 64),
+            Stamped(Typed(CVal(-1LL), 161), 80, 128),
+            Stamped(CVal(0.1), 90, 256),
+            Stamped(CVal(-0.0), 0),
+            Stamped(CVal(std::numeric_limits<double>::infinity()), -1),
+            Stamped(CVal(std::numeric_limits<double>::denorm_min()), 1LL << 40),
+            Stamped(CVal(kText), 100, 65535),
+            Stamped(CVal(std::string()), 110),
+            Stamped(CVal(), 120, 3),
+            Stamped(Typed(CVal(), 7), 130, 5)};
 }
 
 std::string DescribeAll(const std::vector<CVal>& values) {
@@ -176,7 +176,7 @@ TEST(ParcelTest, BytesAreThoseOfTheContract) {
     EXPECT_EQ(Pack(Farewell{4106}), "\x12\x03\x08\x8a\x20"s);
     EXPECT_EQ(Pack(Greeting{1}), "\x1a\x02\x08\x01"s);
     // Two ints 5 and -1 of status 0 and time 3: one type, one status, one time stand for both.
-    const ValueUpdates updates{{{1, Stamped(CVal(5), 0, 3)}, {2, Stamped(CVal(-1), 0, 3)}}, true};
+    const ValueUpdates updates{{{1, Stamped(CVal(5), 3)}, {2, Stamped(CVal(-1), 3)}}, true};
     EXPECT_THAT(Pack(ServerMessage(updates)).parcels,
                 ElementsAre("\x32\x16"
                             "\x0a\x02\x01\x02"

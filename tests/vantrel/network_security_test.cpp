@@ -6,6 +6,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "support/network_world.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
@@ -170,13 +172,13 @@ TEST_F(TlsTest, ClientThatTrustsTheAuthorityComesIn) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
     EXPECT_EQ(FirstEvent("localhost", certificates.Files("good")), "opened");
-    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
 TEST_F(TlsTest, ServerThatIsNotTrustedCannotBeReached) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "fault 2 4110");
-    EXPECT_THAT(world.log.lines, ElementsAre(StartsWith("2 Brak połączenia z far (")));
+    EXPECT_THAT(world.log.Take(), ElementsAre(StartsWith("2 Brak połączenia z far (")));
 }
 
 TEST_F(TlsTest, CertificateMustBearTheNameOfTheHost) {

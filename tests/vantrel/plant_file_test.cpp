@@ -1,8 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "support/scratch_file.h"
+#include "support/value_dump.h"
+#include "support/zone_scope.h"
 #include "text/CodePage.h"
-#include "value/ValueText.h"
 #include "vantrel/plant/PlantFile.h"
 
 namespace kalvex {
@@ -13,11 +14,6 @@ using testing::Pair;
 
 class PlantFile : public testing::Test {
   protected:
-    PlantFile() {
-        setenv("TZ", "Europe/Warsaw", 1);
-        tzset();
-    }
-
     // The plant with this as the content of the source "srv".
     PlantSource Source(std::string_view content) {
         const ScratchFile file(Whole(content));
@@ -41,10 +37,7 @@ class PlantFile : public testing::Test {
         return "{\"sources\": {\"srv\": {" + std::string(content) + "}}}";
     }
 
-    static std::string Describe(const CVal& value) {
-        return std::to_string(value.GetType()) + ":" + ValueToText(value) + "/" +
-               std::to_string(value.GetStatus()) + "@" + std::to_string(value.GetTime());
-    }
+    ZoneScope zone{"Europe/Warsaw"};
 };
 
 TEST_F(PlantFile, EmptySourceHasTheDefaults) {
@@ -103,7 +96,7 @@ TEST_F(PlantFile, TypeOfAValueFollowsItsForm) {
         "{\"value\": 2, \"type\": 171}, {\"value\": null}]}}");
     std::vector<std::string> values;
     for (const PlantCurrent& current : source.variables[0].current) {
-        values.push_back(Describe(current.value));
+        values.push_back(DescribeWhole(current.value));
         EXPECT_FALSE(current.stamped);
         EXPECT_EQ(current.atTick, 0);
     }
@@ -118,7 +111,7 @@ TEST_F(PlantFile, StatusTimeAndTickOfAValue) {
     const PlantCurrent& current = source.variables[0].current[0];
     EXPECT_EQ(current.atTick, 300);
     EXPECT_TRUE(current.stamped);
-    EXPECT_EQ(Describe(current.value), "150:1/16@1710050400");
+    EXPECT_EQ(DescribeWhole(current.value), "150:1/16@1710050400");
 }
 
 TEST_F(PlantFile, StoredValuesByKindAndTime) {
@@ -129,11 +122,11 @@ TEST_F(PlantFile, StoredValuesByKindAndTime) {
         "\"value\": 5}], \"archive\": [{\"time\": 4, \"value\": 6}]}}");
     auto& stored = source.variables[0].stored;
     ASSERT_EQ(stored[KindHour].size(), 2u);
-    EXPECT_EQ(Describe(stored[KindHour].begin()->second), "171:1.50/128@3600");
-    EXPECT_EQ(Describe(stored[KindDay][1]), "150:3/0@1");
-    EXPECT_EQ(Describe(stored[KindMonth][2]), "150:4/0@2");
-    EXPECT_EQ(Describe(stored[KindSpan][3]), "150:5/0@3");
-    EXPECT_EQ(Describe(stored[KindArchive][4]), "150:6/0@4");
+    EXPECT_EQ(DescribeWhole(stored[KindHour].begin()->second), "171:1.50/128@3600");
+    EXPECT_EQ(DescribeWhole(stored[KindDay][1]), "150:3/0@1");
+    EXPECT_EQ(DescribeWhole(stored[KindMonth][2]), "150:4/0@2");
+    EXPECT_EQ(DescribeWhole(stored[KindSpan][3]), "150:5/0@3");
+    EXPECT_EQ(DescribeWhole(stored[KindArchive][4]), "150:6/0@4");
 }
 
 TEST_F(PlantFile, ErrorCodes) {

@@ -2,6 +2,7 @@
 
 #include "support/hand_server.h"
 #include "support/scratch_file.h"
+#include "support/value_dump.h"
 #include "vantrel/Codes.h"
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"

@@ -1,0 +1,17 @@
+#include "support/zone_scope.h"
+
+#include <ctime>
+
+namespace kalvex {
+
+ZoneScope::ZoneScope(const char* zone) {
+    m_zone.emplace("TZ", zone);
+    ::tzset();
+}
+
+ZoneScope::~ZoneScope() {
+    m_zone.reset();
+    ::tzset();
+}
+
+}  // namespace kalvex

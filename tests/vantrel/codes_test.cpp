@@ -1,0 +1,14 @@
+#include "vantrel/Codes.h"
+
+#include <gtest/gtest.h>
+
+namespace kalvex {
+namespace {
+
+TEST(ConnectionReasons, HaveWords) {
+    EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress), "nieznany adres serwera");
+    EXPECT_EQ(ConnectionReasonText(17), "kod 17");
+}
+
+}  // namespace
+}  // namespace kalvex
