@@ -106,7 +106,7 @@ TEST_F(AppStopTest, StopIsToldInTheFileBeforeItCloses) {
 
 // ---- what the user management tells
 
-class BroadcastTest : public AppStopTest {
+class AppStopBroadcastTest : public AppStopTest {
   protected:
     void StartWithServer() {
         m_server.answersLogin = false;
@@ -127,7 +127,7 @@ class BroadcastTest : public AppStopTest {
     HandServer m_server;
 };
 
-TEST_F(BroadcastTest, NewUserIsToldAndLogsInAnew) {
+TEST_F(AppStopBroadcastTest, NewUserIsToldAndLogsInAnew) {
     StartWithServer();
     m_users.level = 1;
     EXPECT_EQ(LoginsAfter(0), 2u);
@@ -135,14 +135,14 @@ TEST_F(BroadcastTest, NewUserIsToldAndLogsInAnew) {
                 ElementsAre("log Zalogował się ADAM", "status Zalogował się ADAM", "may close"));
 }
 
-TEST_F(BroadcastTest, OtherNewsAreTold) {
+TEST_F(AppStopBroadcastTest, OtherNewsAreTold) {
     StartWithServer();
     EXPECT_EQ(LoginsAfter(1), 1u);
     EXPECT_THAT(m_record, ElementsAre("log Zalogował się ADAM", "status Zalogował się ADAM",
                                       "may not close"));
 }
 
-TEST_F(BroadcastTest, AnyOtherChangeIsOneOfRights) {
+TEST_F(AppStopBroadcastTest, AnyOtherChangeIsOneOfRights) {
     StartWithServer();
     EXPECT_EQ(LoginsAfter(2), 1u);
     EXPECT_THAT(m_record, ElementsAre("may not close"));

@@ -11,7 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(CmdLine, NumberStandsBehindAColonAnEqualsSignOrABlank) {
+TEST(CmdLineTest, NumberStandsBehindAColonAnEqualsSignOrABlank) {
     const std::vector<std::vector<std::string>> forms = {
         {"/D:5"}, {"/D=5"}, {"/D", "5"}, {"-D:5"}, {"-D=5"}, {"-D", "5"}, {"/d:5"}, {"-d", "5"}};
     for (const std::vector<std::string>& arguments : forms) {
@@ -21,13 +21,13 @@ TEST(CmdLine, NumberStandsBehindAColonAnEqualsSignOrABlank) {
     }
 }
 
-TEST(CmdLine, TextKeepsItsSigns) {
+TEST(CmdLineTest, TextKeepsItsSigns) {
     EXPECT_EQ(CCmdLine({"/U:jan:haslo"}).GetStringOption("U"), "jan:haslo");
     EXPECT_EQ(CCmdLine({"-u=jan:ha=s lo"}).GetStringOption("U"), "jan:ha=s lo");
     EXPECT_EQ(CCmdLine({"/U", "-jan:/haslo"}).GetStringOption("U"), "-jan:/haslo");
 }
 
-TEST(CmdLine, FlagTakesNoArgument) {
+TEST(CmdLineTest, FlagTakesNoArgument) {
     const CCmdLine line({"/nologin", "/Q", "-RC"});
     EXPECT_TRUE(line.HasOption("NOLOGIN"));
     EXPECT_TRUE(line.HasOption("Q"));
@@ -36,35 +36,35 @@ TEST(CmdLine, FlagTakesNoArgument) {
     EXPECT_EQ(CCmdLine({"/Q", "5"}).GetStringOption("Q"), "");
 }
 
-TEST(CmdLine, QuestionMarkIsAnOption) {
+TEST(CmdLineTest, QuestionMarkIsAnOption) {
     EXPECT_TRUE(CCmdLine({"/?"}).HasOption("?"));
     EXPECT_TRUE(CCmdLine({"-?"}).HasOption("?"));
 }
 
-TEST(CmdLine, OptionThatIsNotGivenHasNoValue) {
+TEST(CmdLineTest, OptionThatIsNotGivenHasNoValue) {
     const CCmdLine line({"/D:5"});
     EXPECT_EQ(line.GetStringOption("U"), std::nullopt);
     EXPECT_EQ(line.GetIntOption("INST"), std::nullopt);
 }
 
-TEST(CmdLine, OptionAtTheEndMayLackItsValue) {
+TEST(CmdLineTest, OptionAtTheEndMayLackItsValue) {
     const CCmdLine line({"/D"});
     EXPECT_EQ(line.GetStringOption("D"), "");
     EXPECT_EQ(line.GetIntOption("D"), std::nullopt);
 }
 
-TEST(CmdLine, WhatIsNoWholeNumberHasNoValueAsOne) {
+TEST(CmdLineTest, WhatIsNoWholeNumberHasNoValueAsOne) {
     for (const char* argument : {"/D:", "/D:x", "/D:5x", "/D: 5", "/D:99999999999", "/D:1.5"}) {
         EXPECT_EQ(CCmdLine({argument}).GetIntOption("D"), std::nullopt) << argument;
     }
     EXPECT_EQ(CCmdLine({"/D:-5"}).GetIntOption("D"), -5);
 }
 
-TEST(CmdLine, LastOfTwoCounts) {
+TEST(CmdLineTest, LastOfTwoCounts) {
     EXPECT_EQ(CCmdLine({"/D:5", "-d", "7"}).GetIntOption("D"), 7);
 }
 
-TEST(CmdLine, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
+TEST(CmdLineTest, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
     const CCmdLine line({"/Y:1", "plik.kx", "-", "/D:5", "-żółw"});
     EXPECT_THAT(line.GetUnknown(), ElementsAre("/Y:1", "plik.kx", "-", "-żółw"));
     EXPECT_EQ(ToUtf8(line.GetWarning(Translator())),
@@ -73,7 +73,7 @@ TEST(CmdLine, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
     EXPECT_EQ(CCmdLine({"/D:5"}).GetWarning(Translator()), "");
 }
 
-TEST(CmdLine, HelpHasALineForEachOption) {
+TEST(CmdLineTest, HelpHasALineForEachOption) {
     EXPECT_EQ(ToUtf8(CCmdLine::GetHelp(Translator())),
               "/?            lista parametrów\n"
               "/RC           zdalna konsola działającego modułu\n"

@@ -26,7 +26,7 @@ CHealthFigures SomeFigures() {
     return figures;
 }
 
-TEST(HealthText, LogHasALineForEachFigure) {
+TEST(HealthTextTest, LogHasALineForEachFigure) {
     std::vector<std::string> lines;
     for (const std::string& line : FormatHealthLines(SomeFigures(), Translator())) {
         lines.push_back(ToUtf8(line));
@@ -45,13 +45,13 @@ TEST(HealthText, LogHasALineForEachFigure) {
                    "Stan modułu, pamięć procesu: 18.4 MB"));
 }
 
-TEST(HealthText, StatusTellsOfScriptsAndConnections) {
+TEST(HealthTextTest, StatusTellsOfScriptsAndConnections) {
     EXPECT_EQ(ToUtf8(FormatHealthStatus(SomeFigures(), Translator())),
               "skrypty: działa 6, czeka na dane 5, w błędzie 1, zatrzymane 2, zakończone 4, "
               "nieuruchomione 3; połączenia: połączone 4, logowanie 3, łączenie 2, rozłączone 1");
 }
 
-TEST(HealthText, MetricsFollowTheTextExpositionFormat) {
+TEST(HealthTextTest, MetricsFollowTheTextExpositionFormat) {
     EXPECT_EQ(FormatHealthMetrics(SomeFigures()),
               R"(# HELP kalvex_uptime_seconds Time since the start.
 # TYPE kalvex_uptime_seconds gauge

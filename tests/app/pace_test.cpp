@@ -11,7 +11,7 @@ int TicksAt(CPace& pace, std::int64_t now) {
     return ticks;
 }
 
-TEST(Pace, OneTickEachMillisecond) {
+TEST(PaceTest, OneTickEachMillisecond) {
     CPace pace;
     EXPECT_EQ(TicksAt(pace, 0), 1);
     EXPECT_EQ(pace.NextDue(), 1);
@@ -20,14 +20,14 @@ TEST(Pace, OneTickEachMillisecond) {
     EXPECT_EQ(TicksAt(pace, 2), 1);
 }
 
-TEST(Pace, LateTicksAreCaughtUp) {
+TEST(PaceTest, LateTicksAreCaughtUp) {
     CPace pace;
     EXPECT_EQ(TicksAt(pace, 40), 41);
     EXPECT_EQ(TicksAt(pace, 100), 60);
     EXPECT_EQ(pace.NextDue(), 101);
 }
 
-TEST(Pace, StallIsNoBurst) {
+TEST(PaceTest, StallIsNoBurst) {
     CPace pace;
     EXPECT_EQ(TicksAt(pace, 0), 1);
     EXPECT_EQ(TicksAt(pace, 60000), 101);

@@ -39,7 +39,7 @@ std::string Content(int level) {
     }
 }
 
-TEST(ProfileKill, ProfileIsWholeHoweverOftenTheProcessIsKilled) {
+TEST(ProfileKillTest, ProfileIsWholeHoweverOftenTheProcessIsKilled) {
     const ScratchFolder folder;
     folder.Put("Kalvex.ini", Content(1));
     for (int kill = 0; kill < kKills; ++kill) {

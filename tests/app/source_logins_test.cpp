@@ -10,7 +10,7 @@
 namespace kalvex {
 namespace {
 
-TEST(SourceLogins, ServerHearsTheLoginOfTheProfile) {
+TEST(SourceLoginsTest, ServerHearsTheLoginOfTheProfile) {
     ScratchFolder folder;
     const CCrypt crypt(folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse);
     const auto password = crypt.EncryptTextWithLabel("Kalvex", "haslo, z przecinkiem");
@@ -36,7 +36,7 @@ TEST(SourceLogins, ServerHearsTheLoginOfTheProfile) {
     EXPECT_EQ(server.logins[0].password, "haslo, z przecinkiem");
 }
 
-TEST(SourceLogins, PasswordOfAnotherKeyIsLostAndThatIsKnown) {
+TEST(SourceLoginsTest, PasswordOfAnotherKeyIsLostAndThatIsKnown) {
     ScratchFolder folder;
     const CCrypt crypt(folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse);
     const CCrypt other(folder.Path("Inny.key"), KeyFile::MadeAtFirstUse);

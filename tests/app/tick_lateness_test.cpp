@@ -5,14 +5,14 @@
 namespace kalvex {
 namespace {
 
-TEST(TickLateness, NothingBeforeTheFirstTick) {
+TEST(TickLatenessTest, NothingBeforeTheFirstTick) {
     const CTickLateness lateness;
     EXPECT_EQ(lateness.GetCount(), 0u);
     EXPECT_EQ(lateness.GetPercentile(0.99), 0);
     EXPECT_EQ(lateness.GetMax(), 0);
 }
 
-TEST(TickLateness, SmallFiguresAreExact) {
+TEST(TickLatenessTest, SmallFiguresAreExact) {
     CTickLateness lateness;
     for (int i = 1; i <= 10; ++i) lateness.Add(i);
     EXPECT_EQ(lateness.GetCount(), 10u);
@@ -23,7 +23,7 @@ TEST(TickLateness, SmallFiguresAreExact) {
     EXPECT_EQ(lateness.GetPercentile(1), 10);
 }
 
-TEST(TickLateness, EarlyTickCountsAsOneInTime) {
+TEST(TickLatenessTest, EarlyTickCountsAsOneInTime) {
     CTickLateness lateness;
     lateness.Add(-5);
     EXPECT_EQ(lateness.GetCount(), 1u);
@@ -31,7 +31,7 @@ TEST(TickLateness, EarlyTickCountsAsOneInTime) {
     EXPECT_EQ(lateness.GetPercentile(1), 0);
 }
 
-TEST(TickLateness, PercentileIsNeverTooLowAndAtMostAnEighthTooHigh) {
+TEST(TickLatenessTest, PercentileIsNeverTooLowAndAtMostAnEighthTooHigh) {
     for (std::int64_t value = 1; value < (std::int64_t{1} << 39); value = value * 21 / 16 + 1) {
         CTickLateness lateness;
         lateness.Add(value);
@@ -42,7 +42,7 @@ TEST(TickLateness, PercentileIsNeverTooLowAndAtMostAnEighthTooHigh) {
     }
 }
 
-TEST(TickLateness, OneOfAHundredDoesNotShowInNinetyNine) {
+TEST(TickLatenessTest, OneOfAHundredDoesNotShowInNinetyNine) {
     CTickLateness lateness;
     for (int i = 0; i < 99; ++i) lateness.Add(3);
     lateness.Add(2'000'000);
@@ -52,7 +52,7 @@ TEST(TickLateness, OneOfAHundredDoesNotShowInNinetyNine) {
     EXPECT_EQ(lateness.GetPercentile(0.99), 2'000'000);
 }
 
-TEST(TickLateness, BeyondTheClassesTheLastOneHolds) {
+TEST(TickLatenessTest, BeyondTheClassesTheLastOneHolds) {
     CTickLateness lateness;
     lateness.Add(std::int64_t{1} << 60);
     EXPECT_EQ(lateness.GetMax(), (std::int64_t{1} << 40) - 1);

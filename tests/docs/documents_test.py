@@ -72,6 +72,20 @@ class Documents(unittest.TestCase):
         self.assertTrue(figures)
         self.assertEqual(re.findall(r"`((?:kalvex|process)_[a-z_]+)`", table), figures)
 
+    def test_suites_are_named_after_their_files(self):
+        for path in ROOT.glob("tests/**/*.cpp"):
+            suites = set(re.findall(r"(?m)^TEST(?:_F|_P)?\((\w+),", path.read_text(encoding="utf-8")))
+            words = path.stem.split("_")
+            self.assertEqual(bool(suites), words[-1] == "test", path)
+            concept = "".join(word.capitalize() for word in words[:-1])
+            for suite in suites:
+                self.assertRegex(suite, f"^{concept}([A-Z]\\w*)?Test$", path)
+
+    def test_no_program_compiles_a_source_of_another_folder(self):
+        lists = [ROOT / "bench/CMakeLists.txt", *ROOT.glob("tests/**/CMakeLists.txt")]
+        for path in lists:
+            self.assertNotRegex(path.read_text(encoding="utf-8"), r"\.\./\S*\.cpp", path)
+
     def test_every_link_between_documents_leads_somewhere(self):
         for document in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]:
             for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):

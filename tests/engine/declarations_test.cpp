@@ -7,16 +7,16 @@ namespace {
 
 using testing::ElementsAre;
 
-class Declarations : public ScriptWorld {};
+class DeclarationsTest : public ScriptWorld {};
 
-TEST_F(Declarations, LocalWithoutAValue) {
+TEST_F(DeclarationsTest, LocalWithoutAValue) {
     CKalvexDoc& document = Run("LOCAL x ; opis\nLOCAL y");
     EXPECT_EQ(Value(document, "x"), "255:");
     EXPECT_EQ(Value(document, "y"), "255:");
     EXPECT_EQ(document.m_nCurrentLine, 2);
 }
 
-TEST_F(Declarations, LocalWithAValueTakesItsType) {
+TEST_F(DeclarationsTest, LocalWithAValueTakesItsType) {
     CKalvexDoc& document =
         Run("LOCAL a = 5\nLOCAL b = \"tekst\"\nLOCAL c = a\nLOCAL d = a > 3\nLOCAL e = 2 ; uwaga");
     EXPECT_EQ(Value(document, "a"), "171:5.00");
@@ -26,26 +26,26 @@ TEST_F(Declarations, LocalWithAValueTakesItsType) {
     EXPECT_EQ(Value(document, "e"), "171:2.00");
 }
 
-TEST_F(Declarations, LocalWithoutTheEqualsSignFailsOnEachRetry) {
+TEST_F(DeclarationsTest, LocalWithoutTheEqualsSignFailsOnEachRetry) {
     CKalvexDoc& document = Run("LOCAL x 5");
     EXPECT_EQ(Value(document, "x"), "255:");
     EXPECT_EQ(Error(document), "5");
     EXPECT_EQ(document.Variables().GetSize(), 1u);
 }
 
-TEST_F(Declarations, LocalWithABadValueNamesItButKeepsTheFirstError) {
+TEST_F(DeclarationsTest, LocalWithABadValueNamesItButKeepsTheFirstError) {
     CKalvexDoc& document = Run("LOCAL x = \"a\" + 1");
     EXPECT_EQ(document.m_nCurrentLine, 0);
     EXPECT_EQ(Error(document), "3 a");
     EXPECT_EQ(Value(document, "x"), "255:");
 }
 
-TEST_F(Declarations, ValueThatLeavesNoErrorIsNamed) {
+TEST_F(DeclarationsTest, ValueThatLeavesNoErrorIsNamed) {
     CKalvexDoc& document = Run("LOCAL x =   1e5 + 1  ");
     EXPECT_EQ(Error(document), "16 1e5 + 1");
 }
 
-TEST_F(Declarations, AgainDeclaredKeepsKindAndGetsTheValue) {
+TEST_F(DeclarationsTest, AgainDeclaredKeepsKindAndGetsTheValue) {
     CKalvexDoc& document = Run("LIST x\nLOCAL x = 1\nLIST x");
     EXPECT_EQ(document.Variables().Find("x")->GetKind(), VariableList);
     EXPECT_EQ(Value(document, "x"), "[]");
@@ -53,7 +53,7 @@ TEST_F(Declarations, AgainDeclaredKeepsKindAndGetsTheValue) {
     EXPECT_EQ(document.Variables().GetSize(), 1u);
 }
 
-TEST_F(Declarations, DotInANameStopsTheScript) {
+TEST_F(DeclarationsTest, DotInANameStopsTheScript) {
     for (const char* line : {"LOCAL a.b", "LIST a.b", "POINTER a.b", "REMOTE a.b srv@v"}) {
         CKalvexDoc& document = Run(line);
         EXPECT_EQ(Error(document), "23 a.b") << line;
@@ -64,38 +64,38 @@ TEST_F(Declarations, DotInANameStopsTheScript) {
     }
 }
 
-TEST_F(Declarations, DotInFrontIsLetThrough) {
+TEST_F(DeclarationsTest, DotInFrontIsLetThrough) {
     CKalvexDoc& document = Run("LOCAL .A = 4\nLOCAL B = .A");
     EXPECT_EQ(Value(document, ".A"), "171:4.00");
     EXPECT_EQ(Value(document, "B"), "171:4.00");
 }
 
-TEST_F(Declarations, NamesAreCaseSensitive) {
+TEST_F(DeclarationsTest, NamesAreCaseSensitive) {
     CKalvexDoc& document = Run("LOCAL a = 1\nLOCAL A = 2");
     EXPECT_EQ(Value(document, "a"), "171:1.00");
     EXPECT_EQ(Value(document, "A"), "171:2.00");
 }
 
-TEST_F(Declarations, RemoteBindsOnce) {
+TEST_F(DeclarationsTest, RemoteBindsOnce) {
     CKalvexDoc& document = Run("REMOTE a srv@v\nREMOTE a srv@w");
     EXPECT_EQ(document.m_nCurrentLine, 2);
     EXPECT_EQ(document.Variables().GetSize(), 1u);
     EXPECT_THAT(sources.calls, ElementsAre("create srv@v"));
 }
 
-TEST_F(Declarations, RemoteWithoutAtStopsAndLeavesNoVariable) {
+TEST_F(DeclarationsTest, RemoteWithoutAtStopsAndLeavesNoVariable) {
     CKalvexDoc& document = Run("REMOTE a srv");
     EXPECT_EQ(Error(document), "2 srv");
     EXPECT_EQ(document.GetStateWord(), StatePaused);
     EXPECT_EQ(document.Variables().GetSize(), 0u);
 }
 
-TEST_F(Declarations, RemoteTargetMayBeQuoted) {
+TEST_F(DeclarationsTest, RemoteTargetMayBeQuoted) {
     Run("REMOTE a \"srv@Z 1 PRZEPŁYW\"\nREMOTE b \"srv@x@y\"");
     EXPECT_THAT(sources.calls, ElementsAre("create srv@Z 1 PRZEPŁYW", "create srv@x@y"));
 }
 
-TEST_F(Declarations, RemoteInheritsIgnoreUnknownButNoLock) {
+TEST_F(DeclarationsTest, RemoteInheritsIgnoreUnknownButNoLock) {
     CKalvexDoc& document = Open("REMOTE a srv@v");
     document.m_bIgnoreUnknown = true;
     document.Start();
@@ -105,13 +105,13 @@ TEST_F(Declarations, RemoteInheritsIgnoreUnknownButNoLock) {
     EXPECT_FALSE(remote.locked);
 }
 
-TEST_F(Declarations, RemoteWithoutSourcesFails) {
+TEST_F(DeclarationsTest, RemoteWithoutSourcesFails) {
     services.sources = nullptr;
     CKalvexDoc& document = Run("REMOTE a srv@v");
     EXPECT_EQ(Error(document), "11");
 }
 
-TEST_F(Declarations, SetConvertsALiteralToTheTypeThatIsThere) {
+TEST_F(DeclarationsTest, SetConvertsALiteralToTheTypeThatIsThere) {
     CKalvexDoc& document = Run(
         "LOCAL t = \"x\"\nSET t = 5\nLOCAL c = 1 > 0\nSET c = 12.7\nLOCAL n\nSET n = 5\nSET c = n");
     EXPECT_EQ(Value(document, "t"), "190:5.00");
@@ -120,23 +120,23 @@ TEST_F(Declarations, SetConvertsALiteralToTheTypeThatIsThere) {
     EXPECT_EQ(Value(Run("LOCAL c = 1 > 0\nSET c = 12.7"), "c"), "150:12");
 }
 
-TEST_F(Declarations, SetWithoutTheEqualsSign) {
+TEST_F(DeclarationsTest, SetWithoutTheEqualsSign) {
     EXPECT_EQ(Error(Run("LOCAL a\nSET a 5")), "5");
     EXPECT_EQ(Error(Run("LOCAL a\nSET a")), "5");
     EXPECT_EQ(Error(Run("LOCAL a\nSET a == 5")), "5");
 }
 
-TEST_F(Declarations, SetOfAnUnknownVariableNamesTheToken) {
+TEST_F(DeclarationsTest, SetOfAnUnknownVariableNamesTheToken) {
     EXPECT_EQ(Error(Run("SET brak.HREP = 5")), "3 brak.HREP");
 }
 
-TEST_F(Declarations, SetReportsWhatTheEvaluationLeft) {
+TEST_F(DeclarationsTest, SetReportsWhatTheEvaluationLeft) {
     EXPECT_EQ(Error(Run("LOCAL a\nSET a = brak")), "3 brak");
     EXPECT_EQ(Error(Run("LOCAL a\nSET a = 1e5 + 1")), "11");
     EXPECT_EQ(Error(Run("LOCAL a\nSET a = (1")), "14");
 }
 
-TEST_F(Declarations, SetOfTheTimeLeavesTheValue) {
+TEST_F(DeclarationsTest, SetOfTheTimeLeavesTheValue) {
     CKalvexDoc& document = Run(
         "LOCAL x = 7\nSET x.TIMESTAMP = 1000000000\nSET x.HREP = 5\nSET x.HREP.TIMESTAMP = 60.9");
     CVal value;
@@ -148,11 +148,11 @@ TEST_F(Declarations, SetOfTheTimeLeavesTheValue) {
     EXPECT_EQ(value.GetTime(), 60);
 }
 
-TEST_F(Declarations, TimestampInFrontIsAName) {
+TEST_F(DeclarationsTest, TimestampInFrontIsAName) {
     EXPECT_EQ(Error(Run("SET .TIMESTAMP = 5")), "3 .TIMESTAMP");
 }
 
-TEST_F(Declarations, SetReachesTheKindOfTheName) {
+TEST_F(DeclarationsTest, SetReachesTheKindOfTheName) {
     CKalvexDoc& document = Run("LOCAL x\nSET x.DREP = 5\nSET x.hrep = 6\nSET x.XYZ = 7");
     EXPECT_EQ(Value(document, "x", KindDay), "171:5.00");
     EXPECT_EQ(Value(document, "x", KindHour), "171:6.00");
@@ -160,20 +160,20 @@ TEST_F(Declarations, SetReachesTheKindOfTheName) {
     EXPECT_EQ(document.m_nCurrentLine, 4);
 }
 
-TEST_F(Declarations, AssignmentCarriesStatusAndTime) {
+TEST_F(DeclarationsTest, AssignmentCarriesStatusAndTime) {
     CKalvexDoc& document = Run("LOCAL a = 1\nLOCAL b\nSET a.TIMESTAMP = 99999\nSET b = a");
     CVal value;
     document.Variables().Find("b")->GetValue(value, KindCurrent, 1);
     EXPECT_EQ(value.GetTime(), 99999);
 }
 
-TEST_F(Declarations, CopyTakesTheKindOfTheSource) {
+TEST_F(DeclarationsTest, CopyTakesTheKindOfTheSource) {
     CKalvexDoc& document = Run("LOCAL a\nLOCAL b\nSET a.DREP = 3\nCOPY a.DREP b");
     EXPECT_EQ(Value(document, "b", KindDay), "171:3.00");
     EXPECT_EQ(Value(document, "b"), "255:");
 }
 
-TEST_F(Declarations, CopyNamesWhatIsMissing) {
+TEST_F(DeclarationsTest, CopyNamesWhatIsMissing) {
     EXPECT_EQ(Error(Run("LOCAL a\nCOPY a")), "3");
     EXPECT_EQ(Error(Run("COPY")), "3");
     EXPECT_EQ(Error(Run("LOCAL b\nCOPY a.HREP b")), "3 a.HREP");
@@ -181,7 +181,7 @@ TEST_F(Declarations, CopyNamesWhatIsMissing) {
     EXPECT_EQ(Error(Run("COPY a b")), "3 a");
 }
 
-TEST_F(Declarations, PointerTakesTheEvaluatedText) {
+TEST_F(DeclarationsTest, PointerTakesTheEvaluatedText) {
     CKalvexDoc& document =
         Run("POINTER p\nLOCAL q = \"cel\"\nSETPTR p = q\nLOCAL cel = 8\nLOCAL r = p");
     EXPECT_EQ(Value(document, "r"), "171:8.00");
@@ -189,18 +189,18 @@ TEST_F(Declarations, PointerTakesTheEvaluatedText) {
     EXPECT_EQ(pointer.GetTargetName(), "cel");
 }
 
-TEST_F(Declarations, PointerMayBeSetBeforeItsTargetExists) {
+TEST_F(DeclarationsTest, PointerMayBeSetBeforeItsTargetExists) {
     EXPECT_EQ(Value(Run("POINTER p\nSETPTR p = \"x\"\nLOCAL x = 2\nSET p = 9"), "x"), "171:9.00");
 }
 
-TEST_F(Declarations, SetPtrFailures) {
+TEST_F(DeclarationsTest, SetPtrFailures) {
     EXPECT_EQ(Error(Run("POINTER p\nSETPTR p \"x\"")), "5");
     EXPECT_EQ(Error(Run("SETPTR p = \"x\"")), "3 p");
     EXPECT_EQ(Error(Run("LOCAL p\nSETPTR p = \"x\"")), "3 p");
     EXPECT_EQ(Error(Run("POINTER p\nSETPTR p = 1e5 + 1")), "16 1e5 + 1");
 }
 
-TEST_F(Declarations, CreateVarListEntersLocalsAndRemotes) {
+TEST_F(DeclarationsTest, CreateVarListEntersLocalsAndRemotes) {
     CKalvexDoc& document =
         Run("POINTER p\nLOCAL Ala\nLIST l\nLOCAL ola\nREMOTE r srv@v\nCREATE_VAR_LIST l *\n"
             "LIST m\nCREATE_VAR_LIST m \"?LA\"\nCREATE_VAR_LIST m \"?LA\"\nLIST n\nCREATE_VAR_LIST "
@@ -210,7 +210,7 @@ TEST_F(Declarations, CreateVarListEntersLocalsAndRemotes) {
     EXPECT_EQ(Value(document, "n"), "[ola]");
 }
 
-TEST_F(Declarations, CreateVarListFailures) {
+TEST_F(DeclarationsTest, CreateVarListFailures) {
     EXPECT_EQ(Error(Run("CREATE_VAR_LIST l *")), "3 l");
     EXPECT_EQ(Error(Run("LOCAL l\nCREATE_VAR_LIST l *")), "3 l");
     EXPECT_EQ(Error(Run("LIST l\nCREATE_VAR_LIST l wzor")), "3 wzor");

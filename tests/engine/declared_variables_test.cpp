@@ -20,30 +20,30 @@ std::vector<std::string> Declared(std::string_view text) {
     return declared;
 }
 
-TEST(DeclaredVariables, FourKindsInTheOrderOfTheText) {
+TEST(DeclaredVariablesTest, FourKindsInTheOrderOfTheText) {
     EXPECT_THAT(Declared("LIST l\r\nLOCAL a = 5\r\nREMOTE r srv@v\r\nPOINTER p\r\n"),
                 ElementsAre("l 3", "a 1", "r 4", "p 2"));
 }
 
-TEST(DeclaredVariables, KeywordIsTakenInAnyCaseAndBehindBlanks) {
+TEST(DeclaredVariablesTest, KeywordIsTakenInAnyCaseAndBehindBlanks) {
     EXPECT_THAT(Declared("\t local\ta\r\n  Remote r srv@v"), ElementsAre("a 1", "r 4"));
 }
 
-TEST(DeclaredVariables, OnlyTheFirstWordDeclares) {
+TEST(DeclaredVariablesTest, OnlyTheFirstWordDeclares) {
     EXPECT_THAT(Declared("; LOCAL a\r\n;LOCAL b\r\n\r\nIF x THEN LOCAL c\r\n:LOCAL d\r\nLOCALE "
                          "e\r\nSET LIST = 1"),
                 ElementsAre());
 }
 
-TEST(DeclaredVariables, SecondDeclarationIsARecordToo) {
+TEST(DeclaredVariablesTest, SecondDeclarationIsARecordToo) {
     EXPECT_THAT(Declared("LOCAL a\r\nLIST a"), ElementsAre("a 1", "a 3"));
 }
 
-TEST(DeclaredVariables, DeclarationWithoutANameIsListed) {
+TEST(DeclaredVariablesTest, DeclarationWithoutANameIsListed) {
     EXPECT_THAT(Declared("LOCAL"), ElementsAre(" 1"));
 }
 
-TEST(DeclaredVariables, ColumnsBeginEmpty) {
+TEST(DeclaredVariablesTest, ColumnsBeginEmpty) {
     CLineList lines;
     lines.SetText("LOCAL a = 5");
     const std::vector<CDeclaredVar> declared = BuildDeclaredVars(lines);

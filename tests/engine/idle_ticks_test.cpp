@@ -105,7 +105,7 @@ class World final : public ScriptWorld {
     bool m_bError = false;
 };
 
-TEST(IdleTicks, ScriptsCannotTellThatTheyAreSkipped) {
+TEST(IdleTicksComparisonTest, ScriptsCannotTellThatTheyAreSkipped) {
     World run;
     World skipped;
     EXPECT_EQ(skipped.Run(true), run.Run(false));

@@ -10,9 +10,9 @@ using testing::ElementsAre;
 constexpr const char* kOpened = "main.kx : Inicjowanie skryptu ";
 constexpr const char* kStarted = "main.kx : Start skryptu ";
 
-class ListCalculations : public ScriptWorld {};
+class ListCalculationsTest : public ScriptWorld {};
 
-TEST_F(ListCalculations, SeriesAndItsSum) {
+TEST_F(ListCalculationsTest, SeriesAndItsSum) {
     CKalvexDoc& document =
         Run("LIST LISTA\n"
             "LOCAL R\n"
@@ -26,7 +26,7 @@ TEST_F(ListCalculations, SeriesAndItsSum) {
     EXPECT_THAT(Log(), ElementsAre(kOpened, kStarted));
 }
 
-TEST_F(ListCalculations, EmptyResultAndReversedRangeAreNoFailure) {
+TEST_F(ListCalculationsTest, EmptyResultAndReversedRangeAreNoFailure) {
     CKalvexDoc& document =
         Run("LIST LISTA\n"
             "LOCAL R = 1\n"
@@ -39,7 +39,7 @@ TEST_F(ListCalculations, EmptyResultAndReversedRangeAreNoFailure) {
     EXPECT_THAT(Log(), ElementsAre(kOpened, kStarted));
 }
 
-TEST_F(ListCalculations, FailureStaysOnTheLine) {
+TEST_F(ListCalculationsTest, FailureStaysOnTheLine) {
     CKalvexDoc& document = Run("LIST L\nLOCAL R\nCALC_IN_LIST L.SUM R\n");
     EXPECT_EQ(Error(document), "22 L.SUM");
     EXPECT_EQ(document.m_nCurrentLine, 2);
@@ -48,7 +48,7 @@ TEST_F(ListCalculations, FailureStaysOnTheLine) {
                                    "wyrażenia : L.SUM"));
 }
 
-TEST_F(ListCalculations, SeriesWithAnUnknownStepFails) {
+TEST_F(ListCalculationsTest, SeriesWithAnUnknownStepFails) {
     CKalvexDoc& document = Run("LIST L\nFILL_IN_LIST L 1 0 2024 2025 SREP\n");
     EXPECT_EQ(Error(document), "22 SREP");
     EXPECT_EQ(Value(document, "L"), "[]");
@@ -57,7 +57,7 @@ TEST_F(ListCalculations, SeriesWithAnUnknownStepFails) {
                                    "wyrażenia : SREP"));
 }
 
-TEST_F(ListCalculations, FunctionGivesItsCode) {
+TEST_F(ListCalculationsTest, FunctionGivesItsCode) {
     CKalvexDoc& document =
         Run("LIST LISTA\n"
             "LOCAL R = 1\n"
@@ -68,7 +68,7 @@ TEST_F(ListCalculations, FunctionGivesItsCode) {
     EXPECT_EQ(Value(document, "LISTA"), "[1.00]");
 }
 
-TEST_F(ListCalculations, ErrorsOfTheFunctionStandBeforeThoseOfTheAssignment) {
+TEST_F(ListCalculationsTest, ErrorsOfTheFunctionStandBeforeThoseOfTheAssignment) {
     EXPECT_EQ(Error(Run("LOCAL R = 1\nSET R = CALC_IN_LIST BRAK.SUM R\n")), "3 BRAK");
 }
 

@@ -175,7 +175,7 @@ TEST_F(ListStatementsTest, RemoveAllHasTwoNames) {
     }
 }
 
-class SplitTest : public ScriptLines {
+class ListStatementsSplitTest : public ScriptLines {
   protected:
     std::vector<std::string> Split(const std::string& text, const std::string& separator) {
         Forget();
@@ -186,58 +186,58 @@ class SplitTest : public ScriptLines {
     }
 };
 
-TEST_F(SplitTest, RunsOfSeparatorsCountAsOne) {
+TEST_F(ListStatementsSplitTest, RunsOfSeparatorsCountAsOne) {
     EXPECT_THAT(Split("a,,b", ","), ElementsAre("a", "b"));
     EXPECT_THAT(Split(",,a,b,,", ","), ElementsAre("a", "b"));
     EXPECT_THAT(Split("a, b ,c", ","), ElementsAre("a", " b ", "c"));
 }
 
-TEST_F(SplitTest, EveryCharacterOfTheTokenSeparates) {
+TEST_F(ListStatementsSplitTest, EveryCharacterOfTheTokenSeparates) {
     EXPECT_THAT(Split("a-b.c", "-."), ElementsAre("a", "b", "c"));
     EXPECT_THAT(Split("a\"b,c d", "\",\""), ElementsAre("a", "b", "c d"));
     EXPECT_THAT(Split("a;b c", "\" ;\""), ElementsAre("a", "b", "c"));
 }
 
-TEST_F(SplitTest, PolishLettersSeparateToo) {
+TEST_F(ListStatementsSplitTest, PolishLettersSeparateToo) {
     EXPECT_THAT(Split("aąbęc", "ąę"), ElementsAre("a", "b", "c"));
 }
 
-TEST_F(SplitTest, SeparatorIsNotEvaluated) {
+TEST_F(ListStatementsSplitTest, SeparatorIsNotEvaluated) {
     EXPECT_THAT(Split("a,s,b", "s"), ElementsAre("a,", ",b"));
 }
 
-TEST_F(SplitTest, TextOfSeparatorsAloneGivesNothing) {
+TEST_F(ListStatementsSplitTest, TextOfSeparatorsAloneGivesNothing) {
     EXPECT_THAT(Split(",,,", ","), ElementsAre());
     EXPECT_THAT(Split("", ","), ElementsAre());
 }
 
-TEST_F(SplitTest, TextWithoutASeparatorIsOnePiece) {
+TEST_F(ListStatementsSplitTest, TextWithoutASeparatorIsOnePiece) {
     EXPECT_THAT(Split("abc", ","), ElementsAre("abc"));
 }
 
-TEST_F(SplitTest, PiecesAreTextsAndAppended) {
+TEST_F(ListStatementsSplitTest, PiecesAreTextsAndAppended) {
     EXPECT_TRUE(RunLines({"LOCAL s = \"1;2\"", "LIST L", "SPLIT s ; L", "SPLIT s ; L"}));
     EXPECT_THAT(Elements("L"), ElementsAre("1", "2", "1", "2"));
     for (const CVal& element : List("L").Elements()) EXPECT_EQ(element.GetType(), ValueType::Text);
     EXPECT_EQ(List("L").GetIterator(), -1);
 }
 
-TEST_F(SplitTest, NumberIsSplitAsItsText) {
+TEST_F(ListStatementsSplitTest, NumberIsSplitAsItsText) {
     EXPECT_TRUE(RunLines({"LOCAL s = 12.5", "LIST L", "SPLIT s . L"}));
     EXPECT_THAT(Elements("L"), ElementsAre("12", "50"));
 }
 
-TEST_F(SplitTest, WhatCannotBeReadGivesNothing) {
+TEST_F(ListStatementsSplitTest, WhatCannotBeReadGivesNothing) {
     EXPECT_TRUE(RunLines({"LIST s", "LIST L", "SPLIT s , L"}));
     EXPECT_THAT(Elements("L"), ElementsAre());
 }
 
-TEST_F(SplitTest, ListIsSplitIntoItself) {
+TEST_F(ListStatementsSplitTest, ListIsSplitIntoItself) {
     EXPECT_TRUE(RunLines({"LIST L", "ADD L \"a,b\"", "MOVE_FIRST L", "SPLIT L , L"}));
     EXPECT_THAT(Elements("L"), ElementsAre("a,b", "a", "b"));
 }
 
-TEST_F(SplitTest, MissingArgumentFails) {
+TEST_F(ListStatementsSplitTest, MissingArgumentFails) {
     for (const char* line : {"SPLIT", "SPLIT s", "SPLIT s ,"}) {
         Forget();
         EXPECT_FALSE(RunLines({"LOCAL s = \"a,b\"", line})) << line;
@@ -245,7 +245,7 @@ TEST_F(SplitTest, MissingArgumentFails) {
     }
 }
 
-TEST_F(SplitTest, MissingSourceAndListAreNamed) {
+TEST_F(ListStatementsSplitTest, MissingSourceAndListAreNamed) {
     EXPECT_FALSE(RunLines({"SPLIT brak , tez_brak"}));
     EXPECT_EQ(Failure(), "1: 3 brak");
     EXPECT_FALSE(RunLines({"LOCAL s", "SPLIT s , brak"}));

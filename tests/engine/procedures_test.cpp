@@ -15,7 +15,7 @@ CCallFrame FrameOf(std::vector<CCallArg> arguments) {
     return frame;
 }
 
-TEST(ProcedureName, EndsAtTheBracketOrABlank) {
+TEST(ProceduresNameTest, EndsAtTheBracketOrABlank) {
     EXPECT_EQ(ProcedureName("licz(a, 5)"), "licz");
     EXPECT_EQ(ProcedureName("  licz(a)"), "licz");
     EXPECT_EQ(ProcedureName("licz (a)"), "licz");
@@ -23,100 +23,100 @@ TEST(ProcedureName, EndsAtTheBracketOrABlank) {
     EXPECT_EQ(ProcedureName(" licz ; x"), "licz");
 }
 
-TEST(ProcedureName, IsEmptyWithoutBracketOrBlank) {
+TEST(ProceduresNameTest, IsEmptyWithoutBracketOrBlank) {
     EXPECT_EQ(ProcedureName(" licz"), "");
     EXPECT_EQ(ProcedureName(""), "");
     EXPECT_EQ(ProcedureName("  "), "");
     EXPECT_EQ(ProcedureName("(a)"), "");
 }
 
-TEST(LookupArgument, TakesTheFirstMatch) {
+TEST(ProceduresArgumentTest, TakesTheFirstMatch) {
     const CCallFrame frame = FrameOf({{"b", "a"}, {"c", "a"}, {"d", "x"}});
     EXPECT_EQ(LookupArgument(frame, "a"), "b");
     EXPECT_EQ(LookupArgument(frame, "x"), "d");
 }
 
-TEST(LookupArgument, KeepsTheSuffixFromTheFirstDot) {
+TEST(ProceduresArgumentTest, KeepsTheSuffixFromTheFirstDot) {
     const CCallFrame frame = FrameOf({{"zmienna", "p"}});
     EXPECT_EQ(LookupArgument(frame, "p.HREP"), "zmienna.HREP");
     EXPECT_EQ(LookupArgument(frame, "p.HREP.TIMESTAMP"), "zmienna.HREP.TIMESTAMP");
     EXPECT_EQ(LookupArgument(frame, "p."), "zmienna.");
 }
 
-TEST(LookupArgument, DotAtTheStartSplitsNothing) {
+TEST(ProceduresArgumentTest, DotAtTheStartSplitsNothing) {
     const CCallFrame frame = FrameOf({{"zmienna", "p"}, {"cała", ".p"}});
     EXPECT_EQ(LookupArgument(frame, ".p"), "cała");
     EXPECT_EQ(LookupArgument(frame, ".p.q"), "");
 }
 
-TEST(LookupArgument, ComparesWithCaseAndAsAWhole) {
+TEST(ProceduresArgumentTest, ComparesWithCaseAndAsAWhole) {
     const CCallFrame frame = FrameOf({{"zmienna", "p"}});
     EXPECT_EQ(LookupArgument(frame, "P"), "");
     EXPECT_EQ(LookupArgument(frame, "p1"), "");
     EXPECT_EQ(LookupArgument(frame, "\"p\""), "");
 }
 
-TEST(LookupArgument, SurplusArgumentHasNoName) {
+TEST(ProceduresArgumentTest, SurplusArgumentHasNoName) {
     EXPECT_EQ(LookupArgument(FrameOf({{"zmienna", ""}}), "p"), "");
 }
 
-TEST(RewriteLine, ReplacesTokensAndSetsOneBlankBetweenThem) {
+TEST(ProceduresRewriteTest, ReplacesTokensAndSetsOneBlankBetweenThem) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, "SET   a=a+1"), "SET b = b + 1");
     EXPECT_EQ(RewriteLine(frame, "SET a.TIMESTAMP = t  "), "SET b.TIMESTAMP = t");
 }
 
-TEST(RewriteLine, LeavesTheFirstTokenAsWritten) {
+TEST(ProceduresRewriteTest, LeavesTheFirstTokenAsWritten) {
     const CCallFrame frame = FrameOf({{"b", "set"}});
     EXPECT_EQ(RewriteLine(frame, "set set = 1"), "set b = 1");
 }
 
-TEST(RewriteLine, ReplacesKeywordsInTheMiddleToo) {
+TEST(ProceduresRewriteTest, ReplacesKeywordsInTheMiddleToo) {
     const CCallFrame frame = FrameOf({{"GOTO", "THEN"}});
     EXPECT_EQ(RewriteLine(frame, "IF x THEN y"), "IF x GOTO y");
 }
 
-TEST(RewriteLine, LeavesLongerTokensAndTextsAlone) {
+TEST(ProceduresRewriteTest, LeavesLongerTokensAndTextsAlone) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, "SET aa = \"a  a\""), "SET aa = \"a  a\"");
 }
 
-TEST(RewriteLine, CommentStaysACommentAndALabelALabel) {
+TEST(ProceduresRewriteTest, CommentStaysACommentAndALabelALabel) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, ";a a"), "; b b");
     EXPECT_EQ(RewriteLine(frame, ":a a"), ":a b");
     EXPECT_EQ(RewriteLine(frame, ""), "");
 }
 
-TEST(RewriteLine, NestedCallGetsTheOuterArguments) {
+TEST(ProceduresRewriteTest, NestedCallGetsTheOuterArguments) {
     const CCallFrame frame = FrameOf({{"wynik", "x"}, {"a+1", "y"}});
     EXPECT_EQ(RewriteLine(frame, "CALL dalej( x , y , 5 ) ; opis"), "CALL dalej(wynik,a+1,5)");
     EXPECT_EQ(RewriteLine(frame, "CALL dalej(x.HREP)"), "CALL dalej(wynik.HREP)");
 }
 
-TEST(RewriteLine, NestedCallWithoutItemsIsClosed) {
+TEST(ProceduresRewriteTest, NestedCallWithoutItemsIsClosed) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, "CALL f()"), "CALL f()");
     EXPECT_EQ(RewriteLine(frame, "CALL f( ) a"), "CALL f()");
     EXPECT_EQ(RewriteLine(frame, "CALL f(a"), "CALL f()");
 }
 
-TEST(RewriteLine, NestedCallKeepsTheStrayComma) {
+TEST(ProceduresRewriteTest, NestedCallKeepsTheStrayComma) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, "CALL f(a,,a)"), "CALL f(b,,a)");
 }
 
-TEST(RewriteLine, NestedCallWithoutBracketStays) {
+TEST(ProceduresRewriteTest, NestedCallWithoutBracketStays) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, "CALL a "), "CALL a ");
 }
 
-TEST(RewriteLine, LowerCaseCallIsRewrittenAsAnyLine) {
+TEST(ProceduresRewriteTest, LowerCaseCallIsRewrittenAsAnyLine) {
     const CCallFrame frame = FrameOf({{"b", "a"}});
     EXPECT_EQ(RewriteLine(frame, "call f(a, c)"), "call f ( b , c )");
 }
 
-class ProcedureTest : public ScriptLines {
+class ProceduresTest : public ScriptLines {
   protected:
     // Runs the one CALL line of the script and gives its frame as "actual=formal" pairs.
     std::vector<std::string> Call(const std::string& call, const std::string& head) {
@@ -131,51 +131,51 @@ class ProcedureTest : public ScriptLines {
     }
 };
 
-TEST_F(ProcedureTest, ArgumentsArePairedInOrder) {
+TEST_F(ProceduresTest, ArgumentsArePairedInOrder) {
     EXPECT_THAT(Call("CALL f(a, 5)", "PROCEDURE f(x, y)"), ElementsAre("a=x", "5=y"));
 }
 
-TEST_F(ProcedureTest, BlanksInArgumentsAreDropped) {
+TEST_F(ProceduresTest, BlanksInArgumentsAreDropped) {
     EXPECT_THAT(Call("CALL f(a + 1 , \"b c\")", "PROCEDURE f ( x , y )"),
                 ElementsAre("a+1=x", "\"bc\"=y"));
 }
 
-TEST_F(ProcedureTest, SurplusArgumentsHaveNoName) {
+TEST_F(ProceduresTest, SurplusArgumentsHaveNoName) {
     EXPECT_THAT(Call("CALL f(a,b,c)", "PROCEDURE f(x)"), ElementsAre("a=x", "b=", "c="));
 }
 
-TEST_F(ProcedureTest, SurplusParametersAreDropped) {
+TEST_F(ProceduresTest, SurplusParametersAreDropped) {
     EXPECT_THAT(Call("CALL f(a)", "PROCEDURE f(x,y,z)"), ElementsAre("a=x"));
 }
 
-TEST_F(ProcedureTest, EmptyItemTakesTheCommaIn) {
+TEST_F(ProceduresTest, EmptyItemTakesTheCommaIn) {
     EXPECT_THAT(Call("CALL f(a,,b)", "PROCEDURE f(x,y)"), ElementsAre("a=x", ",b=y"));
 }
 
-TEST_F(ProcedureTest, EmptyListHasNoItems) {
+TEST_F(ProceduresTest, EmptyListHasNoItems) {
     EXPECT_THAT(Call("CALL f()", "PROCEDURE f(x)"), ElementsAre());
 }
 
-TEST_F(ProcedureTest, CommaInATextSplitsIt) {
+TEST_F(ProceduresTest, CommaInATextSplitsIt) {
     EXPECT_THAT(Call("CALL f(\"a,b\")", "PROCEDURE f(x,y)"), ElementsAre("\"a=x", "b\"=y"));
 }
 
-TEST_F(ProcedureTest, ItemThatNothingEndsIsDropped) {
+TEST_F(ProceduresTest, ItemThatNothingEndsIsDropped) {
     EXPECT_THAT(Call("CALL f(a,b", "PROCEDURE f(x,y"), ElementsAre("a=x"));
 }
 
-TEST_F(ProcedureTest, NameWithABlankIsFoundAndHasNoArguments) {
+TEST_F(ProceduresTest, NameWithABlankIsFoundAndHasNoArguments) {
     EXPECT_THAT(Call("CALL f ", "PROCEDURE f(x)"), ElementsAre());
 }
 
-TEST_F(ProcedureTest, CallGoesToTheLineBehindTheHead) {
+TEST_F(ProceduresTest, CallGoesToTheLineBehindTheHead) {
     Load({"CALL f()", "", "PROCEDURE f()", "BEGIN", "END"});
     EXPECT_TRUE(document.ExecuteLine());
     EXPECT_EQ(document.m_nCurrentLine, 3);
     EXPECT_EQ(document.m_lstCallStack.back().nReturnLine, 0);
 }
 
-TEST_F(ProcedureTest, EndReturnsBehindTheCall) {
+TEST_F(ProceduresTest, EndReturnsBehindTheCall) {
     EXPECT_TRUE(RunLines({"LOCAL n = 0", "CALL f()", "SET n = n + 10", "GOTO koniec",
                           "PROCEDURE f()", "BEGIN", "SET n = n + 1", "END", ":koniec"}));
     EXPECT_TRUE(Finished());
@@ -183,24 +183,24 @@ TEST_F(ProcedureTest, EndReturnsBehindTheCall) {
     EXPECT_TRUE(document.m_lstCallStack.empty());
 }
 
-TEST_F(ProcedureTest, FirstOfTwoLikeNamesIsCalled) {
+TEST_F(ProceduresTest, FirstOfTwoLikeNamesIsCalled) {
     EXPECT_TRUE(RunLines({"CALL f()", "GOTO koniec", "PROCEDURE f()", "BEGIN", "LOCAL a", "END",
                           "PROCEDURE f()", "BEGIN", "LOCAL b", "END", ":koniec"}));
     EXPECT_EQ(document.Variables().GetSize(), 1u);
     EXPECT_EQ(Variable("a").GetName(), "a");
 }
 
-TEST_F(ProcedureTest, NameIsComparedWithCase) {
+TEST_F(ProceduresTest, NameIsComparedWithCase) {
     EXPECT_FALSE(RunLines({"CALL F()", "PROCEDURE f()", "BEGIN", "END"}));
     EXPECT_EQ(Failure(), "1: 7");
 }
 
-TEST_F(ProcedureTest, LowerCaseHeadCannotBeCalled) {
+TEST_F(ProceduresTest, LowerCaseHeadCannotBeCalled) {
     EXPECT_FALSE(RunLines({"CALL f()", "procedure f()", "BEGIN", "END"}));
     EXPECT_EQ(Failure(), "1: 7");
 }
 
-TEST_F(ProcedureTest, MissingProcedureStopsTheScriptAndLeavesItsFrame) {
+TEST_F(ProceduresTest, MissingProcedureStopsTheScriptAndLeavesItsFrame) {
     EXPECT_FALSE(RunLines({"LOCAL a", "CALL brak(a)"}));
     EXPECT_EQ(Failure(), "2: 7");
     EXPECT_FALSE(document.m_bRunning);
@@ -211,23 +211,23 @@ TEST_F(ProcedureTest, MissingProcedureStopsTheScriptAndLeavesItsFrame) {
     EXPECT_EQ(document.m_lstCallStack.size(), 2u);
 }
 
-TEST_F(ProcedureTest, CallWithoutBracketAndBlankStopsTheScript) {
+TEST_F(ProceduresTest, CallWithoutBracketAndBlankStopsTheScript) {
     EXPECT_FALSE(RunLines({"CALL f", "PROCEDURE f()", "BEGIN", "END"}));
     EXPECT_EQ(Failure(), "1: 7");
     EXPECT_TRUE(document.m_bPaused);
 }
 
-TEST_F(ProcedureTest, EndWithoutACallFails) {
+TEST_F(ProceduresTest, EndWithoutACallFails) {
     EXPECT_FALSE(RunLines({"END"}));
     EXPECT_EQ(Failure(), "1: 11");
 }
 
-TEST_F(ProcedureTest, BeginInPlainFlowDoesNothing) {
+TEST_F(ProceduresTest, BeginInPlainFlowDoesNothing) {
     EXPECT_TRUE(RunLines({"BEGIN", "LOCAL a"}));
     EXPECT_TRUE(Finished());
 }
 
-TEST_F(ProcedureTest, ReachedFromAboveItIsPassedOver) {
+TEST_F(ProceduresTest, ReachedFromAboveItIsPassedOver) {
     EXPECT_TRUE(RunLines({"PROCEDURE f(x)", "; opis", "", ":etykieta", "BEGIN", "FOO", "GOTO brak",
                           "CALL brak()", "IF", "PROCEDURE g()", "END", "LOCAL a"}));
     EXPECT_TRUE(Finished());
@@ -236,33 +236,33 @@ TEST_F(ProcedureTest, ReachedFromAboveItIsPassedOver) {
     EXPECT_FALSE(document.m_bInProcedureBody);
 }
 
-TEST_F(ProcedureTest, FirstEndEndsThePassingOver) {
+TEST_F(ProceduresTest, FirstEndEndsThePassingOver) {
     EXPECT_FALSE(RunLines({"PROCEDURE f()", "BEGIN", "END", "END"}));
     EXPECT_EQ(Failure(), "4: 11");
 }
 
-TEST_F(ProcedureTest, StatementBeforeBeginFailsFromAbove) {
+TEST_F(ProceduresTest, StatementBeforeBeginFailsFromAbove) {
     EXPECT_FALSE(RunLines({"PROCEDURE f()", "LOCAL a", "BEGIN", "END"}));
     EXPECT_EQ(Failure(), "2: 11");
     EXPECT_TRUE(document.m_bInProcedureSkip);
 }
 
-TEST_F(ProcedureTest, BeginOnTheHeadsLineIsNotSeenFromAbove) {
+TEST_F(ProceduresTest, BeginOnTheHeadsLineIsNotSeenFromAbove) {
     EXPECT_FALSE(RunLines({"PROCEDURE f() BEGIN", "LOCAL a", "END"}));
     EXPECT_EQ(Failure(), "2: 11");
 }
 
-TEST_F(ProcedureTest, EndBeforeBeginFailsFromAbove) {
+TEST_F(ProceduresTest, EndBeforeBeginFailsFromAbove) {
     EXPECT_FALSE(RunLines({"PROCEDURE f()", "END"}));
     EXPECT_EQ(Failure(), "2: 11");
 }
 
-TEST_F(ProcedureTest, LowerCaseKeywordsArePassedOverToo) {
+TEST_F(ProceduresTest, LowerCaseKeywordsArePassedOverToo) {
     EXPECT_TRUE(RunLines({"procedure f()", "begin", "FOO", "end", "LOCAL a"}));
     EXPECT_TRUE(Finished());
 }
 
-TEST_F(ProcedureTest, RecursionStacksFrames) {
+TEST_F(ProceduresTest, RecursionStacksFrames) {
     EXPECT_TRUE(RunLines({"LOCAL n = 100", "LOCAL suma = 0", "CALL licz(n)", "GOTO koniec",
                           "PROCEDURE licz(k)", "BEGIN", "IF k < 1 GOTO wyj", "SET k = k - 1",
                           "CALL licz(k)", ":wyj", "SET suma = suma + 1", "END", ":koniec"}));
@@ -272,14 +272,14 @@ TEST_F(ProcedureTest, RecursionStacksFrames) {
     EXPECT_TRUE(document.m_lstCallStack.empty());
 }
 
-TEST_F(ProcedureTest, GotoOutOfAProcedureKeepsItsFrame) {
+TEST_F(ProceduresTest, GotoOutOfAProcedureKeepsItsFrame) {
     EXPECT_TRUE(RunLines({"LOCAL b", "CALL f(b)", "GOTO koniec", "PROCEDURE f(a)", "BEGIN",
                           "GOTO poza", "END", ":poza", "SET a = 5", "END", ":koniec"}));
     EXPECT_TRUE(Finished());
     EXPECT_EQ(Value(document, "b"), "171:5.00");
 }
 
-TEST_F(ProcedureTest, OnlyTheNewestFrameRewrites) {
+TEST_F(ProceduresTest, OnlyTheNewestFrameRewrites) {
     EXPECT_TRUE(
         RunLines({"LOCAL b", "LOCAL y", "CALL f(b)", "GOTO koniec", "PROCEDURE f(a)", "BEGIN",
                   "CALL g(1)", "END", "PROCEDURE g(x)", "BEGIN", "LOCAL a = x", "END", ":koniec"}));
@@ -287,7 +287,7 @@ TEST_F(ProcedureTest, OnlyTheNewestFrameRewrites) {
     EXPECT_EQ(Value(document, "a"), "171:1.00");
 }
 
-TEST_F(ProcedureTest, HeadIsSearchedInTheTextAsItStands) {
+TEST_F(ProceduresTest, HeadIsSearchedInTheTextAsItStands) {
     // The call is made while a frame is active whose parameter is called like the procedure.
     EXPECT_TRUE(RunLines({"CALL f(x)", "GOTO koniec", "PROCEDURE f(g)", "BEGIN", "CALL g(1)", "END",
                           "PROCEDURE g(y)", "BEGIN", "LOCAL a = y", "END", ":koniec"}));

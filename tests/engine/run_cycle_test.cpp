@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class RunCycle : public ScriptWorld {};
+class RunCycleTest : public ScriptWorld {};
 
 // A view that keeps what it is told.
 class ViewRecorder final : public CScriptView {
@@ -48,7 +48,7 @@ class ConsoleRecorder final : public CConsoleLink {
     std::vector<std::string> calls;
 };
 
-TEST_F(RunCycle, NewDocumentIsIdle) {
+TEST_F(RunCycleTest, NewDocumentIsIdle) {
     CKalvexDoc document(services);
     EXPECT_EQ(document.GetStateWord(), 0);
     EXPECT_EQ(Error(document), "0");
@@ -58,7 +58,7 @@ TEST_F(RunCycle, NewDocumentIsIdle) {
     EXPECT_EQ(document.GetLineCount(), 1);
 }
 
-TEST_F(RunCycle, EmptyTextStartsAndIsFinishedAfterItsOnlyLine) {
+TEST_F(RunCycleTest, EmptyTextStartsAndIsFinishedAfterItsOnlyLine) {
     CKalvexDoc& document = Open("");
     EXPECT_TRUE(document.Start());
     EXPECT_TRUE(document.ExecuteLine());
@@ -68,7 +68,7 @@ TEST_F(RunCycle, EmptyTextStartsAndIsFinishedAfterItsOnlyLine) {
     EXPECT_TRUE(document.m_bRunning);
 }
 
-TEST_F(RunCycle, OneLineIsExecutedAndThePointerIsPastTheEnd) {
+TEST_F(RunCycleTest, OneLineIsExecutedAndThePointerIsPastTheEnd) {
     CKalvexDoc& document = Open("LOCAL A = 3");
     document.Start();
     Tick(1);
@@ -76,7 +76,7 @@ TEST_F(RunCycle, OneLineIsExecutedAndThePointerIsPastTheEnd) {
     EXPECT_EQ(document.m_nCurrentLine, 1);
 }
 
-TEST_F(RunCycle, LineIsDueEveryFiftiethTick) {
+TEST_F(RunCycleTest, LineIsDueEveryFiftiethTick) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
     document.Start();
     Tick(1);
@@ -87,7 +87,7 @@ TEST_F(RunCycle, LineIsDueEveryFiftiethTick) {
     EXPECT_EQ(document.m_nCurrentLine, 2);
 }
 
-TEST_F(RunCycle, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
+TEST_F(RunCycleTest, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
     std::string text;
     for (int i = 0; i < 100; ++i) text += "LOCAL A" + std::to_string(i) + "\n";
     CKalvexDoc& document = Open(text);
@@ -100,7 +100,7 @@ TEST_F(RunCycle, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
     EXPECT_EQ(document.m_nCurrentLine, 30);
 }
 
-TEST_F(RunCycle, BlockedTicksRunNothing) {
+TEST_F(RunCycleTest, BlockedTicksRunNothing) {
     CKalvexDoc& document = Open("LOCAL A\n");
     document.Start();
     ticks.Block(true);
@@ -111,7 +111,7 @@ TEST_F(RunCycle, BlockedTicksRunNothing) {
     EXPECT_EQ(document.m_nCurrentLine, 1);
 }
 
-TEST_F(RunCycle, RemovedDocumentIsNotTicked) {
+TEST_F(RunCycleTest, RemovedDocumentIsNotTicked) {
     CKalvexDoc& document = Open("LOCAL A\n");
     document.Start();
     ticks.Remove(document);
@@ -119,7 +119,7 @@ TEST_F(RunCycle, RemovedDocumentIsNotTicked) {
     EXPECT_EQ(document.m_nCurrentLine, 0);
 }
 
-TEST_F(RunCycle, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
+TEST_F(RunCycleTest, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
     CKalvexDoc& document = Open("LOCAL A");
     EXPECT_FALSE(document.IsReadOnly());
     EXPECT_TRUE(document.Start());
@@ -131,7 +131,7 @@ TEST_F(RunCycle, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
     EXPECT_EQ(document.GetStateWord(), StateRunning);
 }
 
-TEST_F(RunCycle, StartRunsTheTextOnDisk) {
+TEST_F(RunCycleTest, StartRunsTheTextOnDisk) {
     CKalvexDoc& document = Open("LOCAL OLD");
     WriteFile("main.kx", "LOCAL NEW");
     document.Start();
@@ -140,7 +140,7 @@ TEST_F(RunCycle, StartRunsTheTextOnDisk) {
     EXPECT_EQ(Value(document, "OLD"), "missing");
 }
 
-TEST_F(RunCycle, StartWhileRunningKeepsThePointer) {
+TEST_F(RunCycleTest, StartWhileRunningKeepsThePointer) {
     CKalvexDoc& document = Open("LOCAL A = 1\nLOCAL B = 2\nLOCAL C = 3");
     document.Start();
     Tick(1);
@@ -150,7 +150,7 @@ TEST_F(RunCycle, StartWhileRunningKeepsThePointer) {
     EXPECT_EQ(document.m_nCurrentLine, 3);
 }
 
-TEST_F(RunCycle, FinishedScriptStartedAgainStaysAtItsEnd) {
+TEST_F(RunCycleTest, FinishedScriptStartedAgainStaysAtItsEnd) {
     CKalvexDoc& document = Run("LOCAL A = 1\nSET A = A + 1");
     EXPECT_EQ(Value(document, "A"), "171:2.00");
     document.Stop();
@@ -159,7 +159,7 @@ TEST_F(RunCycle, FinishedScriptStartedAgainStaysAtItsEnd) {
     EXPECT_EQ(Value(document, "A"), "171:2.00");
 }
 
-TEST_F(RunCycle, ModifiedDocumentIsSavedAfterTheQuestion) {
+TEST_F(RunCycleTest, ModifiedDocumentIsSavedAfterTheQuestion) {
     CKalvexDoc& document = Open("LOCAL A");
     document.Text().SetText("LOCAL ZMIENIONA");
     document.SetModified(true);
@@ -170,7 +170,7 @@ TEST_F(RunCycle, ModifiedDocumentIsSavedAfterTheQuestion) {
     EXPECT_EQ(Value(document, "ZMIENIONA"), "255:");
 }
 
-TEST_F(RunCycle, ModifiedDocumentThatIsNotSavedDoesNotStart) {
+TEST_F(RunCycleTest, ModifiedDocumentThatIsNotSavedDoesNotStart) {
     CKalvexDoc& document = Open("LOCAL A");
     document.SetModified(true);
     questions.answer = false;
@@ -179,7 +179,7 @@ TEST_F(RunCycle, ModifiedDocumentThatIsNotSavedDoesNotStart) {
     EXPECT_THAT(Log(), IsEmpty());
 }
 
-TEST_F(RunCycle, ChangesThatCannotBeSavedAreNotLost) {
+TEST_F(RunCycleTest, ChangesThatCannotBeSavedAreNotLost) {
     CKalvexDoc& document = Open("LOCAL A");
     document.Text().SetText("LOCAL B");
     document.SetModified(true);
@@ -191,7 +191,7 @@ TEST_F(RunCycle, ChangesThatCannotBeSavedAreNotLost) {
     EXPECT_THAT(Log(), ElementsAre("main.kx : Is a directory"));
 }
 
-TEST_F(RunCycle, StopAndResumeKeepTheState) {
+TEST_F(RunCycleTest, StopAndResumeKeepTheState) {
     CKalvexDoc& document = Open("LOCAL A = 1\nSET A = A + 1\nSET A = A + 1");
     document.Start();
     Tick(1);
@@ -209,7 +209,7 @@ TEST_F(RunCycle, StopAndResumeKeepTheState) {
                                    "main.kx : Start skryptu "));
 }
 
-TEST_F(RunCycle, StepRunsOneLine) {
+TEST_F(RunCycleTest, StepRunsOneLine) {
     CKalvexDoc& document = Open("LOCAL A = 1\nLOCAL B = 2");
     document.Start();
     document.Stop();
@@ -221,7 +221,7 @@ TEST_F(RunCycle, StepRunsOneLine) {
     EXPECT_EQ(document.GetStateWord(), StatePaused);
 }
 
-TEST_F(RunCycle, StepOnAFinishedScriptOnlyShowsTheLine) {
+TEST_F(RunCycleTest, StepOnAFinishedScriptOnlyShowsTheLine) {
     CKalvexDoc& document = Run("LOCAL A = 1");
     document.Stop();
     ViewRecorder view;
@@ -233,7 +233,7 @@ TEST_F(RunCycle, StepOnAFinishedScriptOnlyShowsTheLine) {
     document.SetView(nullptr);
 }
 
-TEST_F(RunCycle, StepReportsOnlyWhenLineAndCodeBothDiffer) {
+TEST_F(RunCycleTest, StepReportsOnlyWhenLineAndCodeBothDiffer) {
     CKalvexDoc& document = Open("SET A = 1\n");
     document.Start();
     Tick(1);
@@ -252,7 +252,7 @@ TEST_F(RunCycle, StepReportsOnlyWhenLineAndCodeBothDiffer) {
     EXPECT_FALSE(document.m_bErrorStanding);
 }
 
-TEST_F(RunCycle, StepInTheRunningStateLiesIdle) {
+TEST_F(RunCycleTest, StepInTheRunningStateLiesIdle) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\n");
     document.Start();
     document.Step();
@@ -262,7 +262,7 @@ TEST_F(RunCycle, StepInTheRunningStateLiesIdle) {
     EXPECT_TRUE(document.m_bRunning);
 }
 
-TEST_F(RunCycle, ResetDiscardsTheRunAndRestoresTheText) {
+TEST_F(RunCycleTest, ResetDiscardsTheRunAndRestoresTheText) {
     CKalvexDoc& document = Run("LOCAL A = 1\nPRIORITY 3\nSET B = 1");
     WriteFile("main.kx", "; nowy");
     document.Reset();
@@ -276,7 +276,7 @@ TEST_F(RunCycle, ResetDiscardsTheRunAndRestoresTheText) {
     EXPECT_EQ(Log(LogAlways).back(), "main.kx : Reset skryptu ");
 }
 
-TEST_F(RunCycle, ResetKeepsAStandingErrorUntilTheNextLine) {
+TEST_F(RunCycleTest, ResetKeepsAStandingErrorUntilTheNextLine) {
     CKalvexDoc& document = Run("LOCAL A 5");
     EXPECT_EQ(Error(document), "5");
     document.Reset();
@@ -289,21 +289,21 @@ TEST_F(RunCycle, ResetKeepsAStandingErrorUntilTheNextLine) {
     EXPECT_EQ(Error(document), "0");
 }
 
-TEST_F(RunCycle, ResetClearsTheGeneralError) {
+TEST_F(RunCycleTest, ResetClearsTheGeneralError) {
     CKalvexDoc& document = Open("");
     document.SetError(ErrorOther, "x", true);
     document.Reset();
     EXPECT_EQ(Error(document), "0");
 }
 
-TEST_F(RunCycle, ResetReleasesRemoteVariablesWithinOneSubscriptionBlock) {
+TEST_F(RunCycleTest, ResetReleasesRemoteVariablesWithinOneSubscriptionBlock) {
     CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nREMOTE C srv@Y");
     sources.calls.clear();
     document.Reset();
     EXPECT_THAT(sources.calls, ElementsAre("block", "release A", "release C", "unblock all"));
 }
 
-TEST_F(RunCycle, ResetKeepsIgnoreUnknown) {
+TEST_F(RunCycleTest, ResetKeepsIgnoreUnknown) {
     CKalvexDoc& document = Open("");
     document.m_bIgnoreUnknown = true;
     document.m_tSleepUntil = 5;
@@ -312,7 +312,7 @@ TEST_F(RunCycle, ResetKeepsIgnoreUnknown) {
     EXPECT_EQ(document.m_tSleepUntil, 0);
 }
 
-TEST_F(RunCycle, FailingLineIsRetriedAndLoggedOnce) {
+TEST_F(RunCycleTest, FailingLineIsRetriedAndLoggedOnce) {
     CKalvexDoc& document = Run("LOCAL A = 1\nSET A = Q", 100);
     EXPECT_EQ(document.m_nCurrentLine, 1);
     EXPECT_TRUE(document.m_bErrorStanding);
@@ -326,7 +326,7 @@ TEST_F(RunCycle, FailingLineIsRetriedAndLoggedOnce) {
     EXPECT_FALSE(ticks.IsErrorStanding());
 }
 
-TEST_F(RunCycle, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
+TEST_F(RunCycleTest, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     CKalvexDoc& document = Run("LOCAL A\nPOINTER W\n:w\nSET A = W\nGOTO w", 5);
     ASSERT_EQ(Log(LogErrors).size(), 3u);
     auto& pointer = static_cast<CVariablePointer&>(*document.Variables().Find("W"));
@@ -339,7 +339,7 @@ TEST_F(RunCycle, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     EXPECT_EQ(Log(LogErrors).size(), 3u);
 }
 
-TEST_F(RunCycle, TwoFailingLinesThatAlternateLogOnEveryChange) {
+TEST_F(RunCycleTest, TwoFailingLinesThatAlternateLogOnEveryChange) {
     CKalvexDoc& document = Open("SET A = 1\nSET B = 1");
     document.Start();
     document.m_nPriority = 1;
@@ -352,7 +352,7 @@ TEST_F(RunCycle, TwoFailingLinesThatAlternateLogOnEveryChange) {
     EXPECT_EQ(Log().size(), 2u + 4u);
 }
 
-TEST_F(RunCycle, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
+TEST_F(RunCycleTest, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
     CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nSET B = A", 100);
     EXPECT_EQ(Error(document), "27 A");
     EXPECT_FALSE(document.m_bErrorStanding);
@@ -362,7 +362,7 @@ TEST_F(RunCycle, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
                             "main.kx : Linia 3 - Oczekiwanie na pobranie danych bieżących : A"));
 }
 
-TEST_F(RunCycle, BreakpointStopsBeforeItsLine) {
+TEST_F(RunCycleTest, BreakpointStopsBeforeItsLine) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
     ViewRecorder view;
     ConsoleRecorder console;
@@ -383,7 +383,7 @@ TEST_F(RunCycle, BreakpointStopsBeforeItsLine) {
     document.SetView(nullptr);
 }
 
-TEST_F(RunCycle, StepNeverStopsOnABreakpointAndMovesTheMarker) {
+TEST_F(RunCycleTest, StepNeverStopsOnABreakpointAndMovesTheMarker) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
     document.Start();
     document.Stop();
@@ -397,7 +397,7 @@ TEST_F(RunCycle, StepNeverStopsOnABreakpointAndMovesTheMarker) {
     document.SetView(nullptr);
 }
 
-TEST_F(RunCycle, MinimisedStepLeavesTheMarker) {
+TEST_F(RunCycleTest, MinimisedStepLeavesTheMarker) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B");
     document.Start();
     document.Stop();
@@ -408,7 +408,7 @@ TEST_F(RunCycle, MinimisedStepLeavesTheMarker) {
     EXPECT_EQ(document.m_nCurrentLine, 1);
 }
 
-TEST_F(RunCycle, RunningLineIsReportedToTheConsoleAboutOnceASecond) {
+TEST_F(RunCycleTest, RunningLineIsReportedToTheConsoleAboutOnceASecond) {
     ConsoleRecorder console;
     services.console = &console;
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C\nLOCAL D\nLOCAL E");
@@ -422,7 +422,7 @@ TEST_F(RunCycle, RunningLineIsReportedToTheConsoleAboutOnceASecond) {
     EXPECT_THAT(console.calls, ElementsAre("main.kx line 1", "main.kx line 3"));
 }
 
-TEST_F(RunCycle, StepWithoutControlReportsTheState) {
+TEST_F(RunCycleTest, StepWithoutControlReportsTheState) {
     ConsoleRecorder console;
     services.console = &console;
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B");
@@ -434,7 +434,7 @@ TEST_F(RunCycle, StepWithoutControlReportsTheState) {
     EXPECT_THAT(console.calls, ElementsAre("main.kx state 9 word 6 line 1"));
 }
 
-TEST_F(RunCycle, ConsoleClientSendsCommandsAndInterpretsNothing) {
+TEST_F(RunCycleTest, ConsoleClientSendsCommandsAndInterpretsNothing) {
     ConsoleRecorder console;
     services.console = &console;
     services.consoleClient = true;
@@ -451,7 +451,7 @@ TEST_F(RunCycle, ConsoleClientSendsCommandsAndInterpretsNothing) {
     EXPECT_THAT(Log(), IsEmpty());
 }
 
-TEST_F(RunCycle, ConsoleClientWithoutControlSendsNothing) {
+TEST_F(RunCycleTest, ConsoleClientWithoutControlSendsNothing) {
     ConsoleRecorder console;
     services.console = &console;
     services.consoleClient = true;
@@ -464,7 +464,7 @@ TEST_F(RunCycle, ConsoleClientWithoutControlSendsNothing) {
     EXPECT_THAT(console.calls, IsEmpty());
 }
 
-TEST_F(RunCycle, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
+TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
     struct Part final : CDocumentPart {
         Part(std::vector<std::string>& record, std::string label)
             : calls(record), name(std::move(label)) {}

@@ -7,9 +7,9 @@ namespace {
 
 using testing::ElementsAre;
 
-class ScriptErrors : public ScriptWorld {};
+class ScriptErrorsTest : public ScriptWorld {};
 
-TEST_F(ScriptErrors, EveryCodeHasItsMessage) {
+TEST_F(ScriptErrorsTest, EveryCodeHasItsMessage) {
     const std::vector<std::string> expected = {
         "Brak błędów",
         "Nieznane słowo kluczowe",
@@ -48,7 +48,7 @@ TEST_F(ScriptErrors, EveryCodeHasItsMessage) {
     EXPECT_EQ(ToUtf8(document.GetErrorMessage(-1)), "Inny błąd (-1)");
 }
 
-TEST_F(ScriptErrors, MessagesPassThroughTheTranslatorButForTheMissingComparison) {
+TEST_F(ScriptErrorsTest, MessagesPassThroughTheTranslatorButForTheMissingComparison) {
     struct Marker final : Translator {
         std::string Translate(const char* polish) const override {
             return "<" + FromUtf8(polish) + ">";
@@ -62,21 +62,21 @@ TEST_F(ScriptErrors, MessagesPassThroughTheTranslatorButForTheMissingComparison)
     EXPECT_EQ(document.FormatErrorReport(0, 0, ""), FromUtf8("< : Linia >1 - <Brak błędów>"));
 }
 
-TEST_F(ScriptErrors, ReportNamesLineMessageAndText) {
+TEST_F(ScriptErrorsTest, ReportNamesLineMessageAndText) {
     const CKalvexDoc document(services);
     EXPECT_EQ(ToUtf8(document.FormatErrorReport(11, ErrorUnknownKeyword, "FOO")),
               " : Linia 12 - Nieznane słowo kluczowe : FOO");
     EXPECT_EQ(ToUtf8(document.FormatErrorReport(0, ErrorOther, "")), " : Linia 1 - Inny błąd");
 }
 
-TEST_F(ScriptErrors, FirstSpecificErrorStands) {
+TEST_F(ScriptErrorsTest, FirstSpecificErrorStands) {
     CKalvexDoc document(services);
     document.SetError(ErrorExpression, "pierwszy", false);
     document.SetError(ErrorUndefinedVariable, "drugi", false);
     EXPECT_EQ(Error(document), "16 pierwszy");
 }
 
-TEST_F(ScriptErrors, GeneralErrorGivesWay) {
+TEST_F(ScriptErrorsTest, GeneralErrorGivesWay) {
     CKalvexDoc document(services);
     document.SetError(ErrorOther, "", false);
     document.SetError(ErrorUndefinedVariable, "x", false);
@@ -85,14 +85,14 @@ TEST_F(ScriptErrors, GeneralErrorGivesWay) {
     EXPECT_EQ(Error(document), "3 x");
 }
 
-TEST_F(ScriptErrors, ForceReplaces) {
+TEST_F(ScriptErrorsTest, ForceReplaces) {
     CKalvexDoc document(services);
     document.SetError(ErrorExpression, "pierwszy", false);
     document.SetError(ErrorUndefinedVariable, "drugi", true);
     EXPECT_EQ(Error(document), "3 drugi");
 }
 
-TEST_F(ScriptErrors, UnknownKeywordIsNamedInUpperCase) {
+TEST_F(ScriptErrorsTest, UnknownKeywordIsNamedInUpperCase) {
     CKalvexDoc& document = Run("foo bar");
     EXPECT_EQ(Error(document), "1 FOO");
     EXPECT_EQ(Log().back(), "main.kx : Linia 1 - Nieznane słowo kluczowe : FOO");
@@ -100,30 +100,30 @@ TEST_F(ScriptErrors, UnknownKeywordIsNamedInUpperCase) {
     EXPECT_EQ(Error(Run("\"tekst")), "1 \"");
 }
 
-TEST_F(ScriptErrors, StatementThatFailsWithoutAReasonIsTheGeneralError) {
+TEST_F(ScriptErrorsTest, StatementThatFailsWithoutAReasonIsTheGeneralError) {
     CKalvexDoc& document = Run("REMOTE A \"srv@");
     EXPECT_EQ(Error(document), "11");
     EXPECT_EQ(Log().back(), "main.kx : Linia 1 - Inny błąd");
 }
 
-TEST_F(ScriptErrors, KeywordsInAnyCase) {
+TEST_F(ScriptErrorsTest, KeywordsInAnyCase) {
     CKalvexDoc& document = Run("local A = 1\nSet A = A + 1");
     EXPECT_EQ(Value(document, "A"), "171:2.00");
 }
 
-TEST_F(ScriptErrors, BlankLinesCommentsAndLabelsSucceed) {
+TEST_F(ScriptErrorsTest, BlankLinesCommentsAndLabelsSucceed) {
     CKalvexDoc& document = Run("   \n;\n   ; tekst\n  :label\n: label\n\t\nLOCAL A");
     EXPECT_EQ(document.m_nCurrentLine, 7);
     EXPECT_EQ(Error(document), "0");
     EXPECT_EQ(Value(document, "A"), "255:");
 }
 
-TEST_F(ScriptErrors, TabsAreBlanksAlsoInStrings) {
+TEST_F(ScriptErrorsTest, TabsAreBlanksAlsoInStrings) {
     CKalvexDoc& document = Run("\tLOCAL\tA\t=\t\"x\ty\"");
     EXPECT_EQ(Value(document, "A"), "190:x y");
 }
 
-TEST_F(ScriptErrors, FinishedScriptKeepsItsErrorSlot) {
+TEST_F(ScriptErrorsTest, FinishedScriptKeepsItsErrorSlot) {
     CKalvexDoc& document = Run("LOCAL A = 1");
     document.SetError(ErrorBadSet, "x", true);
     EXPECT_TRUE(document.ExecuteLine());

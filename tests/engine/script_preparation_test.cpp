@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-class PreparationTest : public ScriptLines {
+class ScriptPreparationTest : public ScriptLines {
   protected:
     // The bytes are written as they are.
     void Write(const std::string& name, std::string_view bytes) {
@@ -46,7 +46,7 @@ class PreparationTest : public ScriptLines {
     }
 };
 
-TEST_F(PreparationTest, IncludedLinesTakeThePlaceOfTheStatement) {
+TEST_F(ScriptPreparationTest, IncludedLinesTakeThePlaceOfTheStatement) {
     Write("dod.kx", "LOCAL B\r\nLOCAL C\r\n");
     EXPECT_TRUE(Expand("LOCAL A\r\nINCLUDE dod.kx\r\nLOCAL D"));
     EXPECT_THAT(Lines(), ElementsAre("LOCAL A", Begin("dod.kx"), "LOCAL B", "LOCAL C",
@@ -55,19 +55,19 @@ TEST_F(PreparationTest, IncludedLinesTakeThePlaceOfTheStatement) {
     EXPECT_FALSE(document.IsModified());
 }
 
-TEST_F(PreparationTest, StatementOnTheLastLineIsFollowedByTheText) {
+TEST_F(ScriptPreparationTest, StatementOnTheLastLineIsFollowedByTheText) {
     Write("dod.kx", "LOCAL B");
     EXPECT_TRUE(Expand("LOCAL A\r\nINCLUDE dod.kx"));
     EXPECT_THAT(Lines(), ElementsAre("LOCAL A", Begin("dod.kx"), "LOCAL B", End("dod.kx"), ""));
 }
 
-TEST_F(PreparationTest, EmptyFileGivesItsTwoMarkers) {
+TEST_F(ScriptPreparationTest, EmptyFileGivesItsTwoMarkers) {
     Write("pusty.kx", "");
     EXPECT_TRUE(Expand("INCLUDE pusty.kx\r\nLOCAL A"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("pusty.kx"), End("pusty.kx"), "LOCAL A"));
 }
 
-TEST_F(PreparationTest, LineEndAtTheEndOfAFileMakesNoLine) {
+TEST_F(ScriptPreparationTest, LineEndAtTheEndOfAFileMakesNoLine) {
     Write("z.kx", "a\nb\n");
     Write("bez.kx", "a\nb");
     Write("puste.kx", "\n\n");
@@ -77,7 +77,7 @@ TEST_F(PreparationTest, LineEndAtTheEndOfAFileMakesNoLine) {
                             End("bez.kx"), Begin("puste.kx"), "", "", End("puste.kx"), ""));
 }
 
-TEST_F(PreparationTest, BytesOfAFileStayAsTheyAre) {
+TEST_F(ScriptPreparationTest, BytesOfAFileStayAsTheyAre) {
     using namespace std::string_literals;
     // Undefined and Polish bytes, a NUL, tabs, and carriage returns that end no line.
     Write("b.kx", "\x81\xB9\xFF\t \0x\r\nsam\rCR\r\r\nkoniec\r"s);
@@ -86,13 +86,13 @@ TEST_F(PreparationTest, BytesOfAFileStayAsTheyAre) {
                                      End("b.kx"), "LOCAL A"));
 }
 
-TEST_F(PreparationTest, ByteOrderMarkIsNotUnderstood) {
+TEST_F(ScriptPreparationTest, ByteOrderMarkIsNotUnderstood) {
     Write("bom.kx", "\xEF\xBB\xBFLOCAL A\r\n");
     EXPECT_TRUE(Expand("INCLUDE bom.kx"));
     EXPECT_EQ(Lines()[1], "\xEF\xBB\xBFLOCAL A");
 }
 
-TEST_F(PreparationTest, PathLosesQuotesAndOuterBlanksOnly) {
+TEST_F(ScriptPreparationTest, PathLosesQuotesAndOuterBlanksOnly) {
     folder.MakeFolder("moje dane");
     Write("moje dane/plik z danymi.kx", "LOCAL A\r\n");
     for (const char* line :
@@ -105,7 +105,7 @@ TEST_F(PreparationTest, PathLosesQuotesAndOuterBlanksOnly) {
     }
 }
 
-TEST_F(PreparationTest, PathIsMadeAbsolute) {
+TEST_F(ScriptPreparationTest, PathIsMadeAbsolute) {
     folder.MakeFolder("a");
     Write("dod.kx", "LOCAL A\r\n");
     EXPECT_TRUE(Expand("INCLUDE a/../dod.kx\r\nINCLUDE " + Path("dod.kx") + "\r\n"));
@@ -113,14 +113,14 @@ TEST_F(PreparationTest, PathIsMadeAbsolute) {
                                      "LOCAL A", End("dod.kx"), ""));
 }
 
-TEST_F(PreparationTest, PolishNameIsFoundInTheFileSystem) {
+TEST_F(ScriptPreparationTest, PolishNameIsFoundInTheFileSystem) {
     Write("źródło.kx", "LOCAL A\r\n");
     EXPECT_TRUE(Expand(FromUtf8("INCLUDE źródło.kx")));
     EXPECT_THAT(Lines(), ElementsAre(FromUtf8(Begin("źródło.kx")), "LOCAL A",
                                      FromUtf8(End("źródło.kx")), ""));
 }
 
-TEST_F(PreparationTest, MissingFileLeavesALineThatFails) {
+TEST_F(ScriptPreparationTest, MissingFileLeavesALineThatFails) {
     EXPECT_TRUE(Expand("INCLUDE nie_ma.kx\r\nLOCAL A"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("nie_ma.kx"),
                                      "ERROR - file \"" + Path("nie_ma.kx") + "\" not found",
@@ -131,20 +131,20 @@ TEST_F(PreparationTest, MissingFileLeavesALineThatFails) {
     EXPECT_EQ(Failure(), "2: 1 ERROR");
 }
 
-TEST_F(PreparationTest, FolderIsNoFile) {
+TEST_F(ScriptPreparationTest, FolderIsNoFile) {
     folder.MakeFolder("a");
     EXPECT_TRUE(Expand("INCLUDE a"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("a"), "ERROR - file \"" + Path("a") + "\" not found",
                                      End("a"), ""));
 }
 
-TEST_F(PreparationTest, MissingPathIsTheWorkingFolder) {
+TEST_F(ScriptPreparationTest, MissingPathIsTheWorkingFolder) {
     EXPECT_TRUE(Expand("INCLUDE\r\n"));
     EXPECT_THAT(Lines(),
                 ElementsAre(Begin(""), "ERROR - file \"" + Path("") + "\" not found", End(""), ""));
 }
 
-TEST_F(PreparationTest, FileThatBreaksEndsTheExpansion) {
+TEST_F(ScriptPreparationTest, FileThatBreaksEndsTheExpansion) {
     Write("dod.kx", "LOCAL B\r\n");
     // The system opens this file and cannot read its beginning.
     EXPECT_FALSE(Expand("LOCAL A\r\nINCLUDE /proc/self/mem\r\nINCLUDE dod.kx"));
@@ -154,7 +154,7 @@ TEST_F(PreparationTest, FileThatBreaksEndsTheExpansion) {
     EXPECT_FALSE(document.m_bIncludesExpanded);
 }
 
-TEST_F(PreparationTest, StartGoesOnWithATextThatBroke) {
+TEST_F(ScriptPreparationTest, StartGoesOnWithATextThatBroke) {
     OpenScript("INCLUDE /proc/self/mem\r\nLOCAL A");
     EXPECT_TRUE(document.Start());
     EXPECT_TRUE(document.m_bRunning);
@@ -163,7 +163,7 @@ TEST_F(PreparationTest, StartGoesOnWithATextThatBroke) {
     EXPECT_EQ(Failure(), "2: 1 ERROR");
 }
 
-TEST_F(PreparationTest, IncludeInAnIncludedFileStays) {
+TEST_F(ScriptPreparationTest, IncludeInAnIncludedFileStays) {
     Write("a.kx", "INCLUDE a.kx\r\n");
     EXPECT_TRUE(Expand("INCLUDE a.kx\r\nLOCAL A"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("a.kx"), "INCLUDE a.kx", End("a.kx"), "LOCAL A"));
@@ -172,12 +172,12 @@ TEST_F(PreparationTest, IncludeInAnIncludedFileStays) {
     EXPECT_EQ(Failure(), "2: 1 INCLUDE");
 }
 
-TEST_F(PreparationTest, CommentedIncludeStays) {
+TEST_F(ScriptPreparationTest, CommentedIncludeStays) {
     EXPECT_TRUE(Expand(";INCLUDE a.kx\r\n; INCLUDE a.kx"));
     EXPECT_THAT(Lines(), ElementsAre(";INCLUDE a.kx", "; INCLUDE a.kx"));
 }
 
-TEST_F(PreparationTest, IncludedProcedureAndLabelAreFound) {
+TEST_F(ScriptPreparationTest, IncludedProcedureAndLabelAreFound) {
     Write("proc.kx", "PROCEDURE f(x)\nBEGIN\nSET x = 5\nEND\n:z_pliku\n");
     EXPECT_TRUE(Expand("LOCAL A\r\nCALL f(A)\r\nGOTO z_pliku\r\nINCLUDE proc.kx"));
     document.m_bRunning = true;
@@ -186,7 +186,7 @@ TEST_F(PreparationTest, IncludedProcedureAndLabelAreFound) {
     EXPECT_EQ(Value(document, "A"), "171:5.00");
 }
 
-TEST_F(PreparationTest, ErrorsCountTheLinesOfTheExpandedText) {
+TEST_F(ScriptPreparationTest, ErrorsCountTheLinesOfTheExpandedText) {
     Write("dod.kx", "LOCAL B\r\nLOCAL C\r\n");
     OpenScript("INCLUDE dod.kx\r\nFOO");
     EXPECT_TRUE(document.Start());
@@ -194,7 +194,7 @@ TEST_F(PreparationTest, ErrorsCountTheLinesOfTheExpandedText) {
     EXPECT_EQ(Failure(), "5: 1 FOO");
 }
 
-TEST_F(PreparationTest, ReloadBringsTheFilesTextBack) {
+TEST_F(ScriptPreparationTest, ReloadBringsTheFilesTextBack) {
     Write("dod.kx", "LOCAL B\r\n");
     EXPECT_TRUE(Expand("INCLUDE dod.kx\r\n"));
     Write("main.kx", "LOCAL A\r\n");
@@ -205,7 +205,7 @@ TEST_F(PreparationTest, ReloadBringsTheFilesTextBack) {
     EXPECT_FALSE(document.IsModified());
 }
 
-TEST_F(PreparationTest, TextStaysWhenTheScriptsOwnFileIsGone) {
+TEST_F(ScriptPreparationTest, TextStaysWhenTheScriptsOwnFileIsGone) {
     Write("dod.kx", "LOCAL B\r\n");
     OpenScript("INCLUDE dod.kx\r\nLOCAL A");
     std::filesystem::remove(folder.Path("main.kx"));
@@ -214,7 +214,7 @@ TEST_F(PreparationTest, TextStaysWhenTheScriptsOwnFileIsGone) {
     EXPECT_THAT(Log(), ElementsAre("main.kx : No such file or directory"));
 }
 
-TEST_F(PreparationTest, ResumeExpandsNothing) {
+TEST_F(ScriptPreparationTest, ResumeExpandsNothing) {
     Write("dod.kx", "LOCAL B\r\n");
     OpenScript("INCLUDE dod.kx\r\nLOCAL A");
     EXPECT_TRUE(document.Start());
@@ -224,7 +224,7 @@ TEST_F(PreparationTest, ResumeExpandsNothing) {
     EXPECT_THAT(Lines(), ElementsAre(Begin("dod.kx"), "LOCAL B", End("dod.kx"), "LOCAL A"));
 }
 
-TEST_F(PreparationTest, ResetAndFailedStructureUndoTheExpansion) {
+TEST_F(ScriptPreparationTest, ResetAndFailedStructureUndoTheExpansion) {
     Write("dod.kx", "ENDIF\r\n");
     OpenScript("INCLUDE dod.kx\r\nLOCAL A");
     EXPECT_FALSE(document.Start());
@@ -239,7 +239,7 @@ TEST_F(PreparationTest, ResetAndFailedStructureUndoTheExpansion) {
     EXPECT_FALSE(document.m_bIncludesExpanded);
 }
 
-TEST_F(PreparationTest, LargeFileIsInsertedInOrder) {
+TEST_F(ScriptPreparationTest, LargeFileIsInsertedInOrder) {
     std::string bytes;
     std::vector<std::string> wanted{Begin("duzy.kx")};
     for (int i = 0; i < 20000; ++i) {
@@ -253,7 +253,7 @@ TEST_F(PreparationTest, LargeFileIsInsertedInOrder) {
     EXPECT_THAT(Lines(), ElementsAreArray(wanted));
 }
 
-TEST_F(PreparationTest, VariablesOfAServerAreDeclared) {
+TEST_F(ScriptPreparationTest, VariablesOfAServerAreDeclared) {
     sources.servers["srv"] = {"Z1.PRZEPLYW", "Z1 CISN 2", "Z2"};
     EXPECT_TRUE(Expand("INCLUDE_VAR srv\r\nLOCAL A"));
     EXPECT_THAT(Lines(),
@@ -263,33 +263,33 @@ TEST_F(PreparationTest, VariablesOfAServerAreDeclared) {
     EXPECT_TRUE(document.m_bIncludesExpanded);
 }
 
-TEST_F(PreparationTest, LocalNameIsTrimmed) {
+TEST_F(ScriptPreparationTest, LocalNameIsTrimmed) {
     sources.servers["srv"] = {"\tZ1\r"};
     EXPECT_TRUE(Expand("INCLUDE_VAR srv\r\nLOCAL A"));
     EXPECT_EQ(Lines()[1], "REMOTE Z1 srv@\tZ1\r");
 }
 
-TEST_F(PreparationTest, FilterTakesWholeNamesInAnyCase) {
+TEST_F(ScriptPreparationTest, FilterTakesWholeNamesInAnyCase) {
     sources.servers["srv"] = {"Z1.A", "z1.b", "Z2.A", "XZ1.A", "Z1"};
     EXPECT_TRUE(Expand("include_var srv Z1.?\r\n"));
     EXPECT_THAT(Lines(), ElementsAre("; BEGIN -> INCLUDE_VAR srv */", "REMOTE Z1_A srv@Z1.A",
                                      "REMOTE z1_b srv@z1.b", "; END -> INCLUDE_VAR srv */", ""));
 }
 
-TEST_F(PreparationTest, UnknownServerGivesTheTwoMarkers) {
+TEST_F(ScriptPreparationTest, UnknownServerGivesTheTwoMarkers) {
     EXPECT_TRUE(Expand("INCLUDE_VAR inny Z*\r\n"));
     EXPECT_THAT(Lines(),
                 ElementsAre("; BEGIN -> INCLUDE_VAR inny */", "; END -> INCLUDE_VAR inny */", ""));
 }
 
-TEST_F(PreparationTest, ProcessWithoutSourcesGivesTheTwoMarkers) {
+TEST_F(ScriptPreparationTest, ProcessWithoutSourcesGivesTheTwoMarkers) {
     services.sources = nullptr;
     EXPECT_TRUE(Expand("INCLUDE_VAR srv\r\n"));
     EXPECT_THAT(Lines(),
                 ElementsAre("; BEGIN -> INCLUDE_VAR srv */", "; END -> INCLUDE_VAR srv */", ""));
 }
 
-TEST_F(PreparationTest, MissingServerLeavesTheStatementAndALineBehindIt) {
+TEST_F(ScriptPreparationTest, MissingServerLeavesTheStatementAndALineBehindIt) {
     EXPECT_TRUE(Expand("INCLUDE_VAR\r\nLOCAL A"));
     EXPECT_THAT(Lines(), ElementsAre("INCLUDE_VAR", "ERROR - source \"\" not found", "LOCAL A"));
     document.m_bRunning = true;

@@ -13,7 +13,7 @@ std::vector<std::string> Lines(const CLineList& text) {
     return lines;
 }
 
-TEST(LineList, EmptyTextIsOneEmptyLine) {
+TEST(ScriptTextTest, EmptyTextIsOneEmptyLine) {
     CLineList text;
     EXPECT_THAT(Lines(text), ElementsAre(""));
     text.SetText("");
@@ -21,7 +21,7 @@ TEST(LineList, EmptyTextIsOneEmptyLine) {
     EXPECT_EQ(text.GetText(), "");
 }
 
-TEST(LineList, AnEndOfLineAtTheEndLeavesAnEmptyLine) {
+TEST(ScriptTextTest, AnEndOfLineAtTheEndLeavesAnEmptyLine) {
     CLineList text;
     text.SetText("a\r\nb\r\n");
     EXPECT_THAT(Lines(text), ElementsAre("a", "b", ""));
@@ -31,14 +31,14 @@ TEST(LineList, AnEndOfLineAtTheEndLeavesAnEmptyLine) {
     EXPECT_EQ(text.GetText(), "a\r\nb");
 }
 
-TEST(LineList, LoneLineFeedEndsALineAndLoneCarriageReturnDoesNot) {
+TEST(ScriptTextTest, LoneLineFeedEndsALineAndLoneCarriageReturnDoesNot) {
     CLineList text;
     text.SetText("a\nb\rc\n");
     EXPECT_THAT(Lines(text), ElementsAre("a", "b\rc", ""));
     EXPECT_EQ(text.GetText(), "a\r\nb\rc\r\n");
 }
 
-TEST(LineList, EveryByteIsKept) {
+TEST(ScriptTextTest, EveryByteIsKept) {
     std::string bytes;
     for (int c = 0; c < 256; ++c) {
         if (c != '\n' && c != '\r') bytes += static_cast<char>(c);
@@ -48,7 +48,7 @@ TEST(LineList, EveryByteIsKept) {
     EXPECT_EQ(text.GetText(), bytes);
 }
 
-TEST(LineList, ReplacingTakesTheLineAndItsEnd) {
+TEST(ScriptTextTest, ReplacingTakesTheLineAndItsEnd) {
     CLineList text;
     text.SetText("a\r\nb\r\nc");
     text.InsertScriptText(1, "x\n", true);
@@ -57,14 +57,14 @@ TEST(LineList, ReplacingTakesTheLineAndItsEnd) {
     EXPECT_THAT(Lines(text), ElementsAre("p", "q", "x", "c"));
 }
 
-TEST(LineList, ReplacingTheLastLineAddsTheEndThatItLacked) {
+TEST(ScriptTextTest, ReplacingTheLastLineAddsTheEndThatItLacked) {
     CLineList text;
     text.SetText("a\r\nb");
     text.InsertScriptText(1, "x\n", true);
     EXPECT_THAT(Lines(text), ElementsAre("a", "x", ""));
 }
 
-TEST(LineList, InsertingGoesBehindTheLine) {
+TEST(ScriptTextTest, InsertingGoesBehindTheLine) {
     CLineList text;
     text.SetText("a\r\nb");
     text.InsertScriptText(0, "x\n", false);

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 constexpr const char* kOpened = "main.kx : Inicjowanie skryptu ";
 constexpr const char* kStarted = "main.kx : Start skryptu ";
 
-class StatusStatements : public ScriptWorld {
+class StatusStatementsTest : public ScriptWorld {
   protected:
     static int StatusOf(CKalvexDoc& document, std::string_view name, ValueKind kind = KindCurrent) {
         CVal value;
@@ -19,7 +19,7 @@ class StatusStatements : public ScriptWorld {
     }
 };
 
-TEST_F(StatusStatements, ChangeTheStatus) {
+TEST_F(StatusStatementsTest, ChangeTheStatus) {
     CKalvexDoc& document =
         Run("LOCAL A = 1\n"
             "SET_STATUS A UNKNOWN\n"
@@ -31,7 +31,7 @@ TEST_F(StatusStatements, ChangeTheStatus) {
     EXPECT_THAT(Log(), ElementsAre(kOpened, kStarted));
 }
 
-TEST_F(StatusStatements, FailureNamesTheRestOfTheLine) {
+TEST_F(StatusStatementsTest, FailureNamesTheRestOfTheLine) {
     CKalvexDoc& document = Run("LOCAL A = 1\nSET_STATUS  A   BZDURA \n");
     EXPECT_EQ(Error(document), "16 A   BZDURA");
     EXPECT_EQ(StatusOf(document, "A"), 0);
@@ -40,15 +40,15 @@ TEST_F(StatusStatements, FailureNamesTheRestOfTheLine) {
                                    "main.kx : Linia 2 - Błąd obliczenia wyrażenia : A   BZDURA"));
 }
 
-TEST_F(StatusStatements, FailureTakesThePlaceOfTheOperandsError) {
+TEST_F(StatusStatementsTest, FailureTakesThePlaceOfTheOperandsError) {
     EXPECT_EQ(Error(Run("ADD_STATUS BRAK ALARM\n")), "16 BRAK ALARM");
 }
 
-TEST_F(StatusStatements, ErrorOfTheOperandIsHidden) {
+TEST_F(StatusStatementsTest, ErrorOfTheOperandIsHidden) {
     EXPECT_EQ(Error(Run("LOCAL A = 1\nREMOVE_STATUS A ALARM2 ; uwaga\n")), "16 A ALARM2 ; uwaga");
 }
 
-TEST_F(StatusStatements, HourValueOfALocalVariableIsChangedAndFails) {
+TEST_F(StatusStatementsTest, HourValueOfALocalVariableIsChangedAndFails) {
     CKalvexDoc& document = Run("LOCAL A = 1\nADD_STATUS A.HREP ALARM\n");
     EXPECT_EQ(Error(document), "16 A.HREP ALARM");
     EXPECT_EQ(StatusOf(document, "A", KindHour), 4);

@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class WaitTimesTest : public testing::Test {
+class WaitForTimesTest : public testing::Test {
   protected:
     static SleepTime Daily(int hours, int minutes, int seconds) {
         return {hours, minutes, seconds, SleepForm::HoursMinutesSeconds};
@@ -27,12 +27,12 @@ class WaitTimesTest : public testing::Test {
     TimeFields today{.year = 2024, .month = 3, .day = 10, .hour = 7, .minute = 8, .second = 9};
 };
 
-TEST_F(WaitTimesTest, FullTimeIsOneADay) {
+TEST_F(WaitForTimesTest, FullTimeIsOneADay) {
     Add(Daily(12, 30, 15));
     EXPECT_THAT(record.arrTimes, ElementsAre(At("2024-03-10 12:30:15", 1)));
 }
 
-TEST_F(WaitTimesTest, MinutesAndSecondsAreOneAnHour) {
+TEST_F(WaitForTimesTest, MinutesAndSecondsAreOneAnHour) {
     Add(Hourly(5, 20));
     ASSERT_EQ(record.arrTimes.size(), 24u);
     EXPECT_EQ(record.arrTimes.front(), At("2024-03-10 00:05:20", 1));
@@ -40,7 +40,7 @@ TEST_F(WaitTimesTest, MinutesAndSecondsAreOneAnHour) {
     EXPECT_EQ(record.arrTimes.back(), At("2024-03-10 23:05:20", 1));
 }
 
-TEST_F(WaitTimesTest, SecondsAreOneAMinute) {
+TEST_F(WaitForTimesTest, SecondsAreOneAMinute) {
     Add(EveryMinute(45));
     ASSERT_EQ(record.arrTimes.size(), 1440u);
     EXPECT_EQ(record.arrTimes.front(), At("2024-03-10 00:00:45", 1));
@@ -48,25 +48,25 @@ TEST_F(WaitTimesTest, SecondsAreOneAMinute) {
     EXPECT_EQ(record.arrTimes.back(), At("2024-03-10 23:59:45", 1));
 }
 
-TEST_F(WaitTimesTest, FieldsOutOfBoundsAreBroughtBack) {
+TEST_F(WaitForTimesTest, FieldsOutOfBoundsAreBroughtBack) {
     Add(Daily(24, 60, 61));
     Add(Daily(-1, -2, -3));
     EXPECT_THAT(record.arrTimes,
                 ElementsAre(At("2024-03-10 00:00:00", 1), At("2024-03-10 23:59:59", 1)));
 }
 
-TEST_F(WaitTimesTest, HourlyFieldsOutOfBoundsAreBroughtBack) {
+TEST_F(WaitForTimesTest, HourlyFieldsOutOfBoundsAreBroughtBack) {
     Add(Hourly(99, -5));
     ASSERT_EQ(record.arrTimes.size(), 24u);
     EXPECT_EQ(record.arrTimes.front(), At("2024-03-10 00:59:00", 1));
 }
 
-TEST_F(WaitTimesTest, SecondsOutOfBoundsAreBroughtBack) {
+TEST_F(WaitForTimesTest, SecondsOutOfBoundsAreBroughtBack) {
     Add(EveryMinute(75));
     EXPECT_EQ(record.arrTimes.front(), At("2024-03-10 00:00:59", 1));
 }
 
-TEST_F(WaitTimesTest, TimesAreAscendingAndEqualOnesKept) {
+TEST_F(WaitForTimesTest, TimesAreAscendingAndEqualOnesKept) {
     Add(Daily(18, 0, 0));
     Add(Daily(6, 0, 0));
     Add(Daily(18, 0, 0));
@@ -75,7 +75,7 @@ TEST_F(WaitTimesTest, TimesAreAscendingAndEqualOnesKept) {
                             At("2024-03-10 18:00:00", 1)));
 }
 
-TEST_F(WaitTimesTest, TimeInTheHourThatSpringLeavesOutComesAnHourLater) {
+TEST_F(WaitForTimesTest, TimeInTheHourThatSpringLeavesOutComesAnHourLater) {
     today = {.year = 2024, .month = 3, .day = 31};
     Add(Daily(2, 30, 0));
     Add(Daily(3, 10, 0));
@@ -83,7 +83,7 @@ TEST_F(WaitTimesTest, TimeInTheHourThatSpringLeavesOutComesAnHourLater) {
                 ElementsAre(At("2024-03-31 03:10:00", 2), At("2024-03-31 03:30:00", 2)));
 }
 
-TEST_F(WaitTimesTest, TimeInTheHourThatAutumnRepeatsIsTheFirst) {
+TEST_F(WaitForTimesTest, TimeInTheHourThatAutumnRepeatsIsTheFirst) {
     today = {.year = 2024, .month = 10, .day = 27};
     Add(Daily(2, 30, 0));
     Add(Daily(3, 0, 0));
@@ -91,7 +91,7 @@ TEST_F(WaitTimesTest, TimeInTheHourThatAutumnRepeatsIsTheFirst) {
                 ElementsAre(At("2024-10-27 02:30:00", 2), At("2024-10-27 03:00:00", 1)));
 }
 
-TEST_F(WaitTimesTest, LocatesTheFirstAtOrAfter) {
+TEST_F(WaitForTimesTest, LocatesTheFirstAtOrAfter) {
     record.arrTimes = {100, 200, 200, 300};
     const auto located = [&](std::int64_t time) {
         LocateWaitTime(record, time);
@@ -106,7 +106,7 @@ TEST_F(WaitTimesTest, LocatesTheFirstAtOrAfter) {
     EXPECT_EQ(located(301), 4);
 }
 
-TEST_F(WaitTimesTest, RollKeepsTheReadingsOnTheNextDay) {
+TEST_F(WaitForTimesTest, RollKeepsTheReadingsOnTheNextDay) {
     Add(Daily(6, 0, 0));
     Add(Daily(18, 30, 5));
     record.nNext = 2;
@@ -119,7 +119,7 @@ TEST_F(WaitTimesTest, RollKeepsTheReadingsOnTheNextDay) {
     EXPECT_EQ(record.nYear, 2024);
 }
 
-TEST_F(WaitTimesTest, RollGoesOverTheEndOfAMonthAndOfAYear) {
+TEST_F(WaitForTimesTest, RollGoesOverTheEndOfAMonthAndOfAYear) {
     today = {.year = 2024, .month = 2, .day = 29};
     Add(Daily(12, 0, 0));
     RollWaitTimes(record);
@@ -135,7 +135,7 @@ TEST_F(WaitTimesTest, RollGoesOverTheEndOfAMonthAndOfAYear) {
     EXPECT_EQ(record.nYear, 2025);
 }
 
-TEST_F(WaitTimesTest, RollIntoSpringKeepsTheOrder) {
+TEST_F(WaitForTimesTest, RollIntoSpringKeepsTheOrder) {
     today = {.year = 2024, .month = 3, .day = 30};
     Add(Daily(2, 30, 0));
     Add(Daily(3, 0, 0));
@@ -144,7 +144,7 @@ TEST_F(WaitTimesTest, RollIntoSpringKeepsTheOrder) {
                 ElementsAre(At("2024-03-31 03:00:00", 2), At("2024-03-31 03:30:00", 2)));
 }
 
-TEST_F(WaitTimesTest, RollOverAutumnKeepsTheReadings) {
+TEST_F(WaitForTimesTest, RollOverAutumnKeepsTheReadings) {
     today = {.year = 2024, .month = 10, .day = 26};
     Add(Daily(2, 30, 0));
     Add(Daily(12, 0, 0));
@@ -156,7 +156,7 @@ TEST_F(WaitTimesTest, RollOverAutumnKeepsTheReadings) {
                 ElementsAre(At("2024-10-28 02:30:00", 1), At("2024-10-28 12:00:00", 1)));
 }
 
-TEST_F(WaitTimesTest, RollOfNothingChangesNothing) {
+TEST_F(WaitForTimesTest, RollOfNothingChangesNothing) {
     record.nNext = 0;
     RollWaitTimes(record);
     EXPECT_EQ(record.nDay, -1);

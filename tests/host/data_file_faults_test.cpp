@@ -40,9 +40,9 @@ class InterruptedFiles : public FileStore {
     PosixFileStore m_files;
 };
 
-class DataFileFaults : public HostWorld {
+class DataFileFaultsTest : public HostWorld {
   protected:
-    DataFileFaults() {
+    DataFileFaultsTest() {
         Put("d.txt", kOld);
         script.CreateVariable("A", VariableLocal);
         script.Variables().Find("A")->SetValue(CVal(5), KindCurrent);
@@ -77,7 +77,7 @@ class CommonUser {
     bool m_wasRoot;
 };
 
-TEST_F(DataFileFaults, FullDiskLeavesTheBackupAndTheNextTryWritesFromIt) {
+TEST_F(DataFileFaultsTest, FullDiskLeavesTheBackupAndTheNextTryWritesFromIt) {
     folder.MakeFolder("dysk");
     if (!MountTinyDisk(PathOf("dysk"))) GTEST_SKIP() << "no disk of its own for this user";
     std::string old = "[S]\r\nA:1\r\n";
@@ -100,7 +100,7 @@ TEST_F(DataFileFaults, FullDiskLeavesTheBackupAndTheNextTryWritesFromIt) {
     umount2(PathOf("dysk").c_str(), MNT_DETACH);
 }
 
-TEST_F(DataFileFaults, ClosedFolderKeepsTheFileAsItIs) {
+TEST_F(DataFileFaultsTest, ClosedFolderKeepsTheFileAsItIs) {
     Put("d.bak", "stary");
     std::filesystem::permissions(folder.Path(), std::filesystem::perms(0555));
     {
@@ -113,7 +113,7 @@ TEST_F(DataFileFaults, ClosedFolderKeepsTheFileAsItIs) {
     std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
 }
 
-TEST_F(DataFileFaults, ClosedFolderTakesNoNewFile) {
+TEST_F(DataFileFaultsTest, ClosedFolderTakesNoNewFile) {
     std::filesystem::permissions(folder.Path(), std::filesystem::perms(0555));
     {
         const CommonUser user;
@@ -123,26 +123,26 @@ TEST_F(DataFileFaults, ClosedFolderTakesNoNewFile) {
     std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
 }
 
-TEST_F(DataFileFaults, FileTakenAwayBeforeTheBackupIsSimplyNew) {
+TEST_F(DataFileFaultsTest, FileTakenAwayBeforeTheBackupIsSimplyNew) {
     files.beforeMove = [&] { std::filesystem::remove(PathOf("d.txt")); };
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
     EXPECT_FALSE(Has("d.bak"));
 }
 
-TEST_F(DataFileFaults, BackupTakenAwayBeforeItIsReadLeavesANewSection) {
+TEST_F(DataFileFaultsTest, BackupTakenAwayBeforeItIsReadLeavesANewSection) {
     files.beforeRead = [&] { std::filesystem::remove(PathOf("d.bak")); };
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
 }
 
-TEST_F(DataFileFaults, FolderTakenAwayBeforeTheNewFileIsMade) {
+TEST_F(DataFileFaultsTest, FolderTakenAwayBeforeTheNewFileIsMade) {
     files.beforeCreate = [&] { std::filesystem::remove_all(folder.Path()); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
 }
 
-TEST_F(DataFileFaults, FileThatAppearsMeanwhileIsNotOverwritten) {
+TEST_F(DataFileFaultsTest, FileThatAppearsMeanwhileIsNotOverwritten) {
     files.beforeCreate = [&] { Put("d.txt", "obcy"); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
@@ -150,21 +150,21 @@ TEST_F(DataFileFaults, FileThatAppearsMeanwhileIsNotOverwritten) {
     EXPECT_EQ(Get("d.bak"), kOld);
 }
 
-TEST_F(DataFileFaults, BackupWithoutItsFileIsTheSource) {
+TEST_F(DataFileFaultsTest, BackupWithoutItsFileIsTheSource) {
     std::filesystem::rename(PathOf("d.txt"), PathOf("d.bak"));
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n; uwaga\r\n");
     EXPECT_EQ(Get("d.bak"), kOld);
 }
 
-TEST_F(DataFileFaults, FolderUnderTheBackupsNameStopsTheWrite) {
+TEST_F(DataFileFaultsTest, FolderUnderTheBackupsNameStopsTheWrite) {
     std::filesystem::create_directory(PathOf("d.bak"));
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
     EXPECT_EQ(Get("d.txt"), kOld);
 }
 
-TEST_F(DataFileFaults, FolderUnderTheFilesNameIsNotMoved) {
+TEST_F(DataFileFaultsTest, FolderUnderTheFilesNameIsNotMoved) {
     std::filesystem::create_directory(PathOf("e.txt"));
     EXPECT_EQ(Write("e.txt"), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("e.txt"));
@@ -174,7 +174,7 @@ TEST_F(DataFileFaults, FolderUnderTheFilesNameIsNotMoved) {
     EXPECT_EQ(Error(script), "9 " + PathOf("e.txt"));
 }
 
-TEST_F(DataFileFaults, FileThatWouldBeItsOwnBackupIsNotOverwritten) {
+TEST_F(DataFileFaultsTest, FileThatWouldBeItsOwnBackupIsNotOverwritten) {
     Put("e.bak", kOld);
     EXPECT_EQ(Write("e.bak"), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("e.bak"));

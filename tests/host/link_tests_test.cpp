@@ -447,7 +447,7 @@ TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocume
 }
 
 // The same against servers on this machine. Only the pauses between two tries are left out.
-class RealLinksTest : public HostWorld {
+class LinkTestsRealTest : public HostWorld {
   protected:
     class Probes final : public NetworkProbes {
       public:
@@ -468,8 +468,8 @@ class RealLinksTest : public HostWorld {
         PosixNetworkProbes m_probes;
     };
 
-    RealLinksTest() { services.probes = &probes; }
-    ~RealLinksTest() override { documents.clear(); }
+    LinkTestsRealTest() { services.probes = &probes; }
+    ~LinkTestsRealTest() override { documents.clear(); }
 
     // Starts a test and asks for its result until it is there.
     int ResultOf(const std::string& init, const std::string& result) {
@@ -485,7 +485,7 @@ class RealLinksTest : public HostWorld {
     Probes probes;
 };
 
-TEST_F(RealLinksTest, HttpConnectsToAListeningPort) {
+TEST_F(LinkTestsRealTest, HttpConnectsToAListeningPort) {
     const LoopbackPort port(true);
     const std::string number = std::to_string(port.Number());
     EXPECT_EQ(
@@ -493,7 +493,7 @@ TEST_F(RealLinksTest, HttpConnectsToAListeningPort) {
         1);
 }
 
-TEST_F(RealLinksTest, HttpRefusedIsLogged) {
+TEST_F(LinkTestsRealTest, HttpRefusedIsLogged) {
     const LoopbackPort port(false);
     EXPECT_EQ(ResultOf("HTTP_INIT \"127.0.0.1\" " + std::to_string(port.Number()),
                        "HTTP_RESULT \"127.0.0.1\""),
@@ -503,7 +503,7 @@ TEST_F(RealLinksTest, HttpRefusedIsLogged) {
               "Connection refused");
 }
 
-TEST_F(RealLinksTest, FtpLogsIn) {
+TEST_F(LinkTestsRealTest, FtpLogsIn) {
     FtpResponder server(FtpResponder::Answers{{"greeting", "220 FileZilla Server"}});
     EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
                        "FTP_RESULT \"127.0.0.1\""),
@@ -512,7 +512,7 @@ TEST_F(RealLinksTest, FtpLogsIn) {
                 ElementsAre("connect", "USER u", "PASS p", "PWD", "OPTS UTF8 OFF", "QUIT"));
 }
 
-TEST_F(RealLinksTest, FtpRefusedLoginIsTriedThreeTimes) {
+TEST_F(LinkTestsRealTest, FtpRefusedLoginIsTriedThreeTimes) {
     FtpResponder server(FtpResponder::Answers{{"PASS", "530 Nie"}});
     EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
                        "FTP_RESULT \"127.0.0.1\""),
@@ -523,7 +523,7 @@ TEST_F(RealLinksTest, FtpRefusedLoginIsTriedThreeTimes) {
     EXPECT_EQ(std::ranges::count(Log(LogAlways), retry), 2);
 }
 
-TEST_F(RealLinksTest, ManyTestsAtOnce) {
+TEST_F(LinkTestsRealTest, ManyTestsAtOnce) {
     const LoopbackPort open(true);
     const LoopbackPort shut(false);
     FtpResponder server;

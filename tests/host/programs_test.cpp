@@ -129,7 +129,7 @@ TEST_F(ProgramsTest, VariablesGiveTheirTexts) {
     EXPECT_EQ(read("P.x N.y"), "P.x||N.y ");
 }
 
-TEST(SplitParameters, QuotesGroupAndGo) {
+TEST(ProgramsSplitParametersTest, QuotesGroupAndGo) {
     EXPECT_THAT(SplitParameters("a  b "), ElementsAre("a", "b"));
     EXPECT_THAT(SplitParameters("\"a b\" c"), ElementsAre("a b", "c"));
     EXPECT_THAT(SplitParameters("x\"a b\"y \"\" z"), ElementsAre("xa by", "", "z"));
@@ -322,10 +322,10 @@ TEST_F(ProgramsTest, ClosedDocumentLetsItsProgramsGo) {
 }
 
 // The same with the system's own programs.
-class RealProgramsTest : public HostWorld {
+class ProgramsRealTest : public HostWorld {
   protected:
-    RealProgramsTest() { services.processes = &processes; }
-    ~RealProgramsTest() override { documents.clear(); }
+    ProgramsRealTest() { services.processes = &processes; }
+    ~ProgramsRealTest() override { documents.clear(); }
 
     // The value of an expression of the last script, after the program `id` has ended.
     int AfterTheEnd(std::string_view expression) {
@@ -338,7 +338,7 @@ class RealProgramsTest : public HostWorld {
     PosixProcesses processes;
 };
 
-TEST_F(RealProgramsTest, ParametersDirectoryAndExitCodeArrive) {
+TEST_F(ProgramsRealTest, ParametersDirectoryAndExitCodeArrive) {
     folder.MakeFolder("kat");
     Put("kat/zapis.sh", "echo \"$#|$1|$2|$3\" > wynik.txt\nexit 7\n");
     EXPECT_EQ(
@@ -349,7 +349,7 @@ TEST_F(RealProgramsTest, ParametersDirectoryAndExitCodeArrive) {
     EXPECT_EQ(Get("kat/wynik.txt"), "3|abc|x y|12\n");
 }
 
-TEST_F(RealProgramsTest, ProgramThatIsNotThereHasNoIdentifier) {
+TEST_F(ProgramsRealTest, ProgramThatIsNotThereHasNoIdentifier) {
     EXPECT_EQ(Run({"LOCAL id = EXEC \"/nie/ma/takiego\" a"}), "done");
     EXPECT_EQ(Text("id"), "0");
     EXPECT_THAT(Log(), testing::Contains("main.kx - Błąd uruchomienia programu (1): No such file "
@@ -359,7 +359,7 @@ TEST_F(RealProgramsTest, ProgramThatIsNotThereHasNoIdentifier) {
         "main.kx - Błąd uruchomienia programu (2): No such file or directory (/nie/ma/takiego)");
 }
 
-TEST_F(RealProgramsTest, TerminatedProgramHasItsCodeAndCannotBeTerminatedAgain) {
+TEST_F(ProgramsRealTest, TerminatedProgramHasItsCodeAndCannotBeTerminatedAgain) {
     EXPECT_EQ(Run({"LOCAL id = EXEC sleep 1000", "LOCAL t = TERMINATE_EXEC id 12"}), "done");
     EXPECT_EQ(Text("t"), "1");
     EXPECT_EQ(AfterTheEnd("GET_EXIT_CODE_EXEC id"), 12);

@@ -18,7 +18,7 @@
 namespace kalvex {
 namespace {
 
-class Manual : public testing::Test {
+class ManualTest : public testing::Test {
   protected:
     void SetUp() override {
         std::string error;
@@ -40,32 +40,32 @@ class Manual : public testing::Test {
     std::set<std::string, std::less<>> entries;
 };
 
-TEST_F(Manual, HasAnEntryForEveryStatement) {
+TEST_F(ManualTest, HasAnEntryForEveryStatement) {
     for (const StatementRow& row : Statements().Rows()) {
         EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
     }
 }
 
-TEST_F(Manual, HasAnEntryForEveryDirective) {
+TEST_F(ManualTest, HasAnEntryForEveryDirective) {
     for (const DirectiveRow& row : Directives()) {
         EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
     }
 }
 
-TEST_F(Manual, HasAnEntryForEveryKeywordFunction) {
+TEST_F(ManualTest, HasAnEntryForEveryKeywordFunction) {
     for (const FunctionRow& row : Functions().Rows()) {
         EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
     }
 }
 
-TEST_F(Manual, ListsEveryErrorWithItsMessage) {
+TEST_F(ManualTest, ListsEveryErrorWithItsMessage) {
     for (int code = 0; const ScriptErrorRow* row = FindScriptError(code); ++code) {
         const std::string start = "| " + std::to_string(code) + " | " + row->text + " |";
         EXPECT_TRUE(Mentions(start)) << start;
     }
 }
 
-TEST_F(Manual, NamesEveryPropertyKindStatusAndTestWord) {
+TEST_F(ManualTest, NamesEveryPropertyKindStatusAndTestWord) {
     for (const VariablePropertyRow& row : VariableProperties()) {
         EXPECT_TRUE(Mentions("`" + std::string(row.name) + "`")) << row.name;
     }

@@ -20,7 +20,7 @@ std::vector<std::string> Keywords(const Rows& rows) {
     return keywords;
 }
 
-TEST(LanguageTables, StatementsStandInTheOrderOfTheirTrial) {
+TEST(TablesTest, StatementsStandInTheOrderOfTheirTrial) {
     EXPECT_THAT(Keywords(Statements().Rows()), ElementsAreArray({
                                                    "PROCEDURE",
                                                    "BEGIN",
@@ -83,7 +83,7 @@ TEST(LanguageTables, StatementsStandInTheOrderOfTheirTrial) {
                                                }));
 }
 
-TEST(LanguageTables, FunctionsStandInTheOrderOfTheirTrial) {
+TEST(TablesTest, FunctionsStandInTheOrderOfTheirTrial) {
     EXPECT_THAT(Keywords(Functions().Rows()), ElementsAreArray({
                                                   "STRING_COMPARE",
                                                   "STRING_COMPARE_NO_CASE",
@@ -154,7 +154,7 @@ TEST(LanguageTables, FunctionsStandInTheOrderOfTheirTrial) {
 }
 
 // A directive is no statement: a line that reaches the run with one is an unknown keyword.
-TEST(LanguageTables, DirectivesStandApart) {
+TEST(TablesTest, DirectivesStandApart) {
     ASSERT_THAT(Keywords(Directives()), ElementsAreArray({"INCLUDE", "INCLUDE_VAR"}));
     EXPECT_EQ(Directives()[0].usage, "INCLUDE <ścieżka_do_pliku_z_rozszerzeniem_kx>");
     EXPECT_EQ(Directives()[0].help, "Umożliwia wczytanie i wykonanie kodu z określonego pliku");
@@ -168,7 +168,7 @@ TEST(LanguageTables, DirectivesStandApart) {
     }
 }
 
-TEST(LanguageTables, EveryKeywordIsFoundByItsSpelling) {
+TEST(TablesTest, EveryKeywordIsFoundByItsSpelling) {
     for (const StatementRow& row : Statements().Rows()) {
         EXPECT_EQ(Statements().Find(row.keyword), &row) << row.keyword;
         EXPECT_NE(row.handler, nullptr);

@@ -8,7 +8,7 @@
 namespace kalvex {
 namespace {
 
-class Conditions : public testing::Test {
+class ConditionsTest : public testing::Test {
   protected:
     int Compare(std::string_view left, std::string_view op, std::string_view right) {
         script.ClearError();
@@ -19,7 +19,7 @@ class Conditions : public testing::Test {
     FakeScript script;
 };
 
-TEST_F(Conditions, TestWordsAreFive) {
+TEST_F(ConditionsTest, TestWordsAreFive) {
     std::string words;
     for (const ConditionWordRow& row : ConditionWords()) words += std::string(row.word) + ' ';
     EXPECT_EQ(words, "SET_BY_USER UNKNOWN READY REP_INITED REP_LOADED ");
@@ -29,7 +29,7 @@ TEST_F(Conditions, TestWordsAreFive) {
     EXPECT_EQ(FindConditionWord(""), nullptr);
 }
 
-TEST_F(Conditions, SetByUserLooksAtTheStatus) {
+TEST_F(ConditionsTest, SetByUserLooksAtTheStatus) {
     CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 0, 33));
     variable.SetValue(Stamped(CVal(1), 0, 16), KindDay);
     EXPECT_EQ(Test("SET_BY_USER", "A"), 1);
@@ -39,7 +39,7 @@ TEST_F(Conditions, SetByUserLooksAtTheStatus) {
     EXPECT_EQ(script.Error(), "3 BRAK");
 }
 
-TEST_F(Conditions, UnknownIsATestOfTheReading) {
+TEST_F(ConditionsTest, UnknownIsATestOfTheReading) {
     script.Local("A", Stamped(CVal(1), 0, Status::Unknown));
     EXPECT_EQ(Test("UNKNOWN", "A"), 0);
     EXPECT_EQ(Test("UNKNOWN", "A.ARCH"), 1);
@@ -58,7 +58,7 @@ TEST_F(Conditions, UnknownIsATestOfTheReading) {
     EXPECT_EQ(Test("UNKNOWN", "L"), 1);
 }
 
-TEST_F(Conditions, ReportTestsFollowTheSuffix) {
+TEST_F(ConditionsTest, ReportTestsFollowTheSuffix) {
     HandRemote& remote = script.Remote("Z");
     remote.readyKind = KindHour;
     remote.initedKind = KindDay;
@@ -78,7 +78,7 @@ TEST_F(Conditions, ReportTestsFollowTheSuffix) {
     }
 }
 
-TEST_F(Conditions, ComparisonOfNumbers) {
+TEST_F(ConditionsTest, ComparisonOfNumbers) {
     struct Row {
         const char* op;
         int below;
@@ -95,14 +95,14 @@ TEST_F(Conditions, ComparisonOfNumbers) {
     }
 }
 
-TEST_F(Conditions, SidesAreFormulas) {
+TEST_F(ConditionsTest, SidesAreFormulas) {
     script.Local("A", CVal(5));
     EXPECT_EQ(Compare("A*2-1", "==", "3*3"), 1);
     EXPECT_EQ(Compare("2*SQRT(16)", ">", "A+2"), 1);
     EXPECT_EQ(Compare("", "==", "0"), 1);
 }
 
-TEST_F(Conditions, StringLiteralIsItsText) {
+TEST_F(ConditionsTest, StringLiteralIsItsText) {
     script.Local("NAZWA", CVal(FromUtf8("Stacja Łódź")));
     EXPECT_EQ(Compare("NAZWA", "==", "\"Stacja Łódź\""), 1);
     EXPECT_EQ(Compare("NAZWA", "!=", "\"Stacja Łódź\""), 0);
@@ -115,7 +115,7 @@ TEST_F(Conditions, StringLiteralIsItsText) {
     EXPECT_EQ(Compare("N", "==", "\"12.0\""), 1);
 }
 
-TEST_F(Conditions, TextThatIsNoSingleLiteralIsAFormula) {
+TEST_F(ConditionsTest, TextThatIsNoSingleLiteralIsAFormula) {
     script.Local("NAZWA", CVal("a"));
     EXPECT_EQ(Compare("NAZWA", "==", "\"a\"+\"b\""), -1);
     EXPECT_EQ(Compare("NAZWA", "==", "\"\""), -1);
@@ -123,7 +123,7 @@ TEST_F(Conditions, TextThatIsNoSingleLiteralIsAFormula) {
     EXPECT_EQ(Compare("NAZWA", "==", "\"a\"+1"), -1);
 }
 
-TEST_F(Conditions, SideThatCannotBeEvaluated) {
+TEST_F(ConditionsTest, SideThatCannotBeEvaluated) {
     script.Local("A", CVal(5));
     EXPECT_EQ(Compare("BRAK", "==", "1"), -1);
     EXPECT_EQ(script.Error(), "3 BRAK");
@@ -133,7 +133,7 @@ TEST_F(Conditions, SideThatCannotBeEvaluated) {
     EXPECT_EQ(script.Error(), "10");
 }
 
-TEST_F(Conditions, UnknownOperator) {
+TEST_F(ConditionsTest, UnknownOperator) {
     script.Local("A", CVal(5));
     for (const char* op : {"=", "", "=>", "&", "A", "==="}) {
         EXPECT_EQ(Compare("A", op, "5"), -1) << op;

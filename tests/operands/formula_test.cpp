@@ -11,7 +11,7 @@
 namespace kalvex {
 namespace {
 
-class Formula : public testing::Test {
+class FormulaTest : public testing::Test {
   protected:
     std::string Postfix(std::string_view text) {
         script.ClearError();
@@ -35,7 +35,7 @@ class Formula : public testing::Test {
     FakeScript script;
 };
 
-TEST_F(Formula, CompilesToPostfix) {
+TEST_F(FormulaTest, CompilesToPostfix) {
     const std::pair<const char*, const char*> cases[] = {
         {"2+3*4", "2 3 4 * + "},
         {"(2+3)*4", "2 3 + 4 * "},
@@ -76,7 +76,7 @@ TEST_F(Formula, CompilesToPostfix) {
     for (const auto& [text, postfix] : cases) EXPECT_EQ(Postfix(text), postfix) << text;
 }
 
-TEST_F(Formula, MalformedTextNamesItsKindOfError) {
+TEST_F(FormulaTest, MalformedTextNamesItsKindOfError) {
     const std::pair<const char*, const char*> cases[] = {
         {"1+=2", "failed 10"},  {"1&=2", "failed 10"},  {"a-=1", "failed 10"},
         {"SIN 1", "failed 13"}, {"2*sin", "failed 13"}, {"1+*2", "failed 14"},
@@ -87,7 +87,7 @@ TEST_F(Formula, MalformedTextNamesItsKindOfError) {
     for (const auto& [text, outcome] : cases) EXPECT_EQ(Postfix(text), outcome) << text;
 }
 
-TEST_F(Formula, Arithmetic) {
+TEST_F(FormulaTest, Arithmetic) {
     const std::pair<const char*, const char*> cases[] = {
         {"2+3*4", "171:14.00"},   {"(2+3)*4", "171:20.00"},
         {"2#3", "171:8.00"},      {"2#3#2", "171:64.00"},
@@ -113,7 +113,7 @@ TEST_F(Formula, Arithmetic) {
     for (const auto& [text, value] : cases) EXPECT_EQ(Evaluate(text), value) << text;
 }
 
-TEST_F(Formula, FunctionsAreTheStandardOnes) {
+TEST_F(FormulaTest, FunctionsAreTheStandardOnes) {
     const auto number = [](double x) { return Dump(CVal(x)); };
     EXPECT_EQ(Evaluate("(SIN(1))"), number(std::sin(1.0)));
     EXPECT_EQ(Evaluate("(COS(1))"), number(std::cos(1.0)));
@@ -126,7 +126,7 @@ TEST_F(Formula, FunctionsAreTheStandardOnes) {
     EXPECT_EQ(Evaluate("ARCSIN(2)").substr(0, 4), "171:");
 }
 
-TEST_F(Formula, RoundTakesHalvesUp) {
+TEST_F(FormulaTest, RoundTakesHalvesUp) {
     const std::pair<const char*, const char*> cases[] = {
         {"ROUND(3.14159, 2)", "171:3.14"}, {"ROUND(2.5, 0)", "171:3.00"},
         {"ROUND(-2.5, 0)", "171:-2.00"},   {"ROUND(-1.25, 1)", "171:-1.20"},
@@ -136,7 +136,7 @@ TEST_F(Formula, RoundTakesHalvesUp) {
     EXPECT_TRUE(std::isnan(RoundToDigits(1.5, 2000000000)));
 }
 
-TEST_F(Formula, VariablesBringTypeStatusAndTime) {
+TEST_F(FormulaTest, VariablesBringTypeStatusAndTime) {
     CVal stamped(7);
     stamped.SetStatus(4);
     stamped.SetTime(99);
@@ -155,24 +155,24 @@ TEST_F(Formula, VariablesBringTypeStatusAndTime) {
     }
 }
 
-TEST_F(Formula, MissingOperandCountsAsZero) {
+TEST_F(FormulaTest, MissingOperandCountsAsZero) {
     script.Local("A", CVal(7));
     EXPECT_EQ(Evaluate("A +"), "150:7");
     EXPECT_EQ(Evaluate("A -"), "150:-7");
     EXPECT_EQ(Evaluate("* A"), "150:0");
 }
 
-TEST_F(Formula, NumberWithALetterFailsWithoutAnError) {
+TEST_F(FormulaTest, NumberWithALetterFailsWithoutAnError) {
     EXPECT_EQ(Evaluate("1e5+1"), "failed 0");
     EXPECT_EQ(Evaluate("2E3"), "failed 0");
 }
 
-TEST_F(Formula, RemainderByZeroFails) {
+TEST_F(FormulaTest, RemainderByZeroFails) {
     EXPECT_EQ(Evaluate("7%0"), "failed 14");
     EXPECT_EQ(Evaluate("(-2147483648)%(-1)"), "150:0");
 }
 
-TEST_F(Formula, OperandThatCannotBeRead) {
+TEST_F(FormulaTest, OperandThatCannotBeRead) {
     EXPECT_EQ(Evaluate("BRAK+1"), "failed 3 BRAK");
     script.Remote("R").answer = ReadUnavailable;
     EXPECT_EQ(Evaluate("R+1"), "failed 15 R");
@@ -181,31 +181,31 @@ TEST_F(Formula, OperandThatCannotBeRead) {
     EXPECT_EQ(Evaluate("1=2"), "failed 3 =");
 }
 
-TEST_F(Formula, TextLiteralsDoNotExist) {
+TEST_F(FormulaTest, TextLiteralsDoNotExist) {
     EXPECT_EQ(Evaluate("\"a\"+1"), "failed 14");
     EXPECT_EQ(Evaluate("\"a\""), "failed 3 a");
 }
 
-TEST_F(Formula, VariableNamedPIsTheMinus) {
+TEST_F(FormulaTest, VariableNamedPIsTheMinus) {
     script.Local("P", CVal(7));
     EXPECT_EQ(Evaluate("2 P"), "171:-2.00");
 }
 
-TEST_F(Formula, TangentIsReadAsAVariable) {
+TEST_F(FormulaTest, TangentIsReadAsAVariable) {
     script.Local("X", CVal(1));
     EXPECT_EQ(Evaluate("2*TG(X)"), "failed 3 TG");
     script.Local("TG", CVal(5));
     EXPECT_EQ(Evaluate("2*TG(X)"), "150:5");
 }
 
-TEST_F(Formula, FactorialWrapsInThirtyTwoBits) {
+TEST_F(FormulaTest, FactorialWrapsInThirtyTwoBits) {
     EXPECT_EQ(Evaluate("FACTORIAL(13)"), "150:1932053504");
     EXPECT_EQ(Evaluate("FACTORIAL(0)"), "150:1");
     EXPECT_EQ(Evaluate("FACTORIAL(-3)"), "150:1");
     EXPECT_EQ(Evaluate("FACTORIAL(2147483647)"), "150:0");
 }
 
-TEST_F(Formula, ComplementKeepsTheInteger) {
+TEST_F(FormulaTest, ComplementKeepsTheInteger) {
     script.Local("A", CVal(5));
     EXPECT_EQ(Evaluate("~A"), "150:-6");
     EXPECT_EQ(Evaluate("B + ~A"), "failed 3 B");
@@ -213,7 +213,7 @@ TEST_F(Formula, ComplementKeepsTheInteger) {
     EXPECT_EQ(Evaluate("B + ~A"), "150:-6");
 }
 
-TEST_F(Formula, StackHasItsLimit) {
+TEST_F(FormulaTest, StackHasItsLimit) {
     EXPECT_EQ(Postfix(std::string(1024, '(')), "failed 14");
     EXPECT_EQ(Postfix(std::string(1025, '(')), "");
     EXPECT_EQ(script.Error(), "12");
@@ -229,7 +229,7 @@ TEST_F(Formula, StackHasItsLimit) {
     EXPECT_EQ(script.Error(), "0");
 }
 
-TEST_F(Formula, EveryTextEnds) {
+TEST_F(FormulaTest, EveryTextEnds) {
     std::uint32_t seed = 1;
     const std::string_view alphabet = "12.aP(+-*/%#&|^=!<>~), ;\"NOTSIN_";
     for (int round = 0; round < 20000; ++round) {

@@ -16,7 +16,7 @@ CVal Element(int number, std::uint16_t status, std::int64_t time) {
     return value;
 }
 
-class ListAggregates : public testing::Test {
+class ListAggregatesTest : public testing::Test {
   protected:
     void SetUp() override {
         list.Add(Element(5, 0, 100));
@@ -28,7 +28,7 @@ class ListAggregates : public testing::Test {
     CVariableList list{"L"};
 };
 
-TEST_F(ListAggregates, CountFollowsMaskAndRange) {
+TEST_F(ListAggregatesTest, CountFollowsMaskAndRange) {
     EXPECT_EQ(CountItems(list, {}), 4);
     EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
     EXPECT_EQ(CountItems(list, {Status::Unknown | Status::Alarm}), 2);
@@ -39,7 +39,7 @@ TEST_F(ListAggregates, CountFollowsMaskAndRange) {
     EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
 }
 
-TEST_F(ListAggregates, SumHasTheTimeOfItsMaking) {
+TEST_F(ListAggregatesTest, SumHasTheTimeOfItsMaking) {
     CVal result;
     EXPECT_TRUE(SumItems(list, result, {}, kNow));
     EXPECT_EQ(Dump(result), "150:15");
@@ -49,7 +49,7 @@ TEST_F(ListAggregates, SumHasTheTimeOfItsMaking) {
     EXPECT_EQ(Dump(result), "150:13");
 }
 
-TEST_F(ListAggregates, AverageIsADouble) {
+TEST_F(ListAggregatesTest, AverageIsADouble) {
     CVal result;
     EXPECT_TRUE(AverageItems(list, result, {0, 300, 400}, kNow));
     EXPECT_EQ(Dump(result), "171:4.00");
@@ -57,7 +57,7 @@ TEST_F(ListAggregates, AverageIsADouble) {
     EXPECT_EQ(result.GetTime(), kNow);
 }
 
-TEST_F(ListAggregates, ExtremesAreTheElementsThemselves) {
+TEST_F(ListAggregatesTest, ExtremesAreTheElementsThemselves) {
     CVal result;
     EXPECT_TRUE(MaxItem(list, result, {}));
     EXPECT_EQ(Dump(result), "150:5");
@@ -70,7 +70,7 @@ TEST_F(ListAggregates, ExtremesAreTheElementsThemselves) {
     EXPECT_EQ(result.GetTime(), 400);
 }
 
-TEST_F(ListAggregates, NothingThatCountsLeavesTheResult) {
+TEST_F(ListAggregatesTest, NothingThatCountsLeavesTheResult) {
     CVal result("przed");
     const ElementFilter nothing{0, 1, 2};
     EXPECT_FALSE(SumItems(list, result, nothing, kNow));
@@ -81,14 +81,14 @@ TEST_F(ListAggregates, NothingThatCountsLeavesTheResult) {
     EXPECT_EQ(Dump(result), "190:przed");
 }
 
-TEST_F(ListAggregates, ElementsAreNotChanged) {
+TEST_F(ListAggregatesTest, ElementsAreNotChanged) {
     CVal result;
     SumItems(list, result, {}, kNow);
     EXPECT_EQ(Dump(list.Elements()[0]), "150:5");
     EXPECT_EQ(list.Elements()[0].GetTime(), 100);
 }
 
-TEST(ArchiveValueList, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
+TEST(ListAggregatesArchiveTest, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
     CArchiveValueList values;
     values.Add(Element(1, 0, 30));
     values.Add(Element(2, 0, 10));

@@ -15,7 +15,7 @@ constexpr FunctionRow kRows[] = {
     {"CALC_IN_LIST", CalcInListFunction, "", ""},
 };
 
-class ListFunctions : public testing::Test {
+class ListFunctionsTest : public testing::Test {
   protected:
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -31,9 +31,9 @@ class ListFunctions : public testing::Test {
     FakeScript script{Table()};
 };
 
-class CalcInListTest : public ListFunctions {
+class ListFunctionsCalcTest : public ListFunctionsTest {
   protected:
-    CalcInListTest() { script.Local("R", CVal("stare")); }
+    ListFunctionsCalcTest() { script.Local("R", CVal("stare")); }
 
     // The code, the error slot when there is an error, and the result variable.
     std::string Calc(std::string_view text) {
@@ -50,7 +50,7 @@ class CalcInListTest : public ListFunctions {
     }
 };
 
-TEST_F(CalcInListTest, EveryFunctionCountsAllElementsWithoutAMask) {
+TEST_F(ListFunctionsCalcTest, EveryFunctionCountsAllElementsWithoutAMask) {
     Series();
     EXPECT_EQ(Calc("LISTA.COUNT R"), "0 R 150:4");
     EXPECT_EQ(Calc("LISTA.SUM R"), "0 R 150:16");
@@ -59,7 +59,7 @@ TEST_F(CalcInListTest, EveryFunctionCountsAllElementsWithoutAMask) {
     EXPECT_EQ(Calc("LISTA.AVERAGE R"), "0 R 171:4.00");
 }
 
-TEST_F(CalcInListTest, SumAndAverageAreMarkedAndMinimumIsTheElement) {
+TEST_F(ListFunctionsCalcTest, SumAndAverageAreMarkedAndMinimumIsTheElement) {
     Series();
     Calc("LISTA.SUM R");
     EXPECT_EQ(Whole(script.Value("R")), "150:16 status 32 time 1710050400");
@@ -73,7 +73,7 @@ TEST_F(CalcInListTest, SumAndAverageAreMarkedAndMinimumIsTheElement) {
     EXPECT_EQ(Whole(script.Value("R")), "150:4 status 0 time 0");
 }
 
-TEST_F(CalcInListTest, EarlierElementStaysOnTies) {
+TEST_F(ListFunctionsCalcTest, EarlierElementStaysOnTies) {
     script.List("L", {Stamped(CVal(3), 100), Stamped(CVal(3.0), 200)});
     Calc("L.MAXIMUM R");
     EXPECT_EQ(Whole(script.Value("R")), "150:3 status 0 time 100");
@@ -81,7 +81,7 @@ TEST_F(CalcInListTest, EarlierElementStaysOnTies) {
     EXPECT_EQ(Whole(script.Value("R")), "150:3 status 0 time 100");
 }
 
-TEST_F(CalcInListTest, MaskLeavesElementsOut) {
+TEST_F(ListFunctionsCalcTest, MaskLeavesElementsOut) {
     Series();
     EXPECT_EQ(Calc("LISTA.COUNT R UNKNOWN"), "0 R 150:3");
     EXPECT_EQ(Calc("LISTA.SUM R UNKNOWN"), "0 R 150:7");
@@ -91,7 +91,7 @@ TEST_F(CalcInListTest, MaskLeavesElementsOut) {
     EXPECT_EQ(Calc("LISTA.COUNT R 0"), "0 R 150:4");
 }
 
-TEST_F(CalcInListTest, RangeIncludesItsBounds) {
+TEST_F(ListFunctionsCalcTest, RangeIncludesItsBounds) {
     script.List(
         "L",
         {Stamped(CVal(1), Gmt(2023, 12, 31, 22, 59, 59)), Stamped(CVal(2), Gmt(2023, 12, 31, 23)),
@@ -104,7 +104,7 @@ TEST_F(CalcInListTest, RangeIncludesItsBounds) {
     EXPECT_EQ(Calc("L.COUNT R 0 FROM OD TO TIME"), "0 R 150:2");
 }
 
-TEST_F(CalcInListTest, ReversedRangeWritesNothing) {
+TEST_F(ListFunctionsCalcTest, ReversedRangeWritesNothing) {
     Series();
     EXPECT_EQ(Calc("LISTA.SUM R 0 FROM 2024 2 1 TO 2024 1 1"), "-1 R 190:stare");
     EXPECT_EQ(Calc("LISTA.COUNT R 0 FROM 2024 2 1 TO 2024 1 1"), "-1 R 190:stare");
@@ -112,7 +112,7 @@ TEST_F(CalcInListTest, ReversedRangeWritesNothing) {
     EXPECT_EQ(Calc("BRAK.SUM R 0 FROM 2024 2 1 TO 2024 1 1"), "-100 error 3 BRAK R 190:stare");
 }
 
-TEST_F(CalcInListTest, NothingComputedWritesAValueWithoutContent) {
+TEST_F(ListFunctionsCalcTest, NothingComputedWritesAValueWithoutContent) {
     script.List("LISTA");
     EXPECT_EQ(Calc("LISTA.SUM R"), "-2 R 255:");
     EXPECT_EQ(Calc("LISTA.COUNT R"), "0 R 150:0");
@@ -123,7 +123,7 @@ TEST_F(CalcInListTest, NothingComputedWritesAValueWithoutContent) {
     EXPECT_EQ(Calc("INNA.AVERAGE R UNKNOWN"), "-2 R 255:");
 }
 
-TEST_F(CalcInListTest, ResultMayBeAKindOfAVariable) {
+TEST_F(ListFunctionsCalcTest, ResultMayBeAKindOfAVariable) {
     Series();
     EXPECT_EQ(Calc("LISTA.SUM R.DREP"), "0 R 190:stare");
     EXPECT_EQ(Dump(script.Value("R", KindDay)), "150:16");
@@ -132,7 +132,7 @@ TEST_F(CalcInListTest, ResultMayBeAKindOfAVariable) {
     EXPECT_EQ(Dump(script.Value("R", KindHour)), "150:16");
 }
 
-TEST_F(CalcInListTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
+TEST_F(ListFunctionsCalcTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
     Series();
     HandRemote& remote = script.Remote("Z");
     script.Pointer("W", "Z");
@@ -142,7 +142,7 @@ TEST_F(CalcInListTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
     EXPECT_EQ(Dump(remote.value), "150:4");
 }
 
-TEST_F(CalcInListTest, PointerToALocalVariableIsRefused) {
+TEST_F(ListFunctionsCalcTest, PointerToALocalVariableIsRefused) {
     Series();
     script.Pointer("W", "R");
     EXPECT_EQ(Calc("LISTA.SUM W"), "-100 error 21 W R 190:stare");
@@ -152,7 +152,7 @@ TEST_F(CalcInListTest, PointerToALocalVariableIsRefused) {
     EXPECT_EQ(Calc("LISTA.SUM NIGDZIE"), "-100 error 21 NIGDZIE R 190:stare");
 }
 
-TEST_F(CalcInListTest, NamesThatAreWrong) {
+TEST_F(ListFunctionsCalcTest, NamesThatAreWrong) {
     Series();
     script.Pointer("W", "LISTA");
     EXPECT_EQ(Calc("BRAK.SUM R"), "-100 error 3 BRAK R 190:stare");
@@ -165,7 +165,7 @@ TEST_F(CalcInListTest, NamesThatAreWrong) {
     EXPECT_EQ(Calc("BRAK.SUM BRAK2"), "-100 error 3 BRAK2 R 190:stare");
 }
 
-TEST_F(CalcInListTest, FunctionIsToldByTheEndOfItsToken) {
+TEST_F(ListFunctionsCalcTest, FunctionIsToldByTheEndOfItsToken) {
     script.List("L", {CVal(1)});
     script.List("LL", {CVal(2)});
     script.List("LLL", {CVal(3)});
@@ -180,7 +180,7 @@ TEST_F(CalcInListTest, FunctionIsToldByTheEndOfItsToken) {
     EXPECT_EQ(Calc("LLL R"), "-100 error 22 LLL R 255:");
 }
 
-TEST_F(CalcInListTest, MaskAndRangeThatCannotBeRead) {
+TEST_F(ListFunctionsCalcTest, MaskAndRangeThatCannotBeRead) {
     Series();
     EXPECT_EQ(Calc("LISTA.SUM R BZDURA"), "-100 error 22 BZDURA R 190:stare");
     EXPECT_EQ(Calc("LISTA.SUM R 0 OD 2024"), "-100 error 1 OD R 190:stare");
@@ -195,13 +195,13 @@ TEST_F(CalcInListTest, MaskAndRangeThatCannotBeRead) {
     EXPECT_EQ(Calc("LISTA.SUM R 0 FROM 2024 TO rok 7"), "-100 error 19 TO rok 7 R 190:stare");
 }
 
-TEST_F(CalcInListTest, NamesAreLookedUpAfterABadMask) {
+TEST_F(ListFunctionsCalcTest, NamesAreLookedUpAfterABadMask) {
     Series();
     EXPECT_EQ(Calc("LISTA.SUM BRAK BZDURA"), "-100 error 3 BRAK R 190:stare");
     EXPECT_EQ(Calc("R.SUM R 0 OD"), "-100 error 21 R R 190:stare");
 }
 
-TEST_F(CalcInListTest, FunctionGivesTheCode) {
+TEST_F(ListFunctionsCalcTest, FunctionGivesTheCode) {
     Series();
     script.List("PUSTA");
     EXPECT_EQ(script.Evaluate("CALC_IN_LIST LISTA.SUM R UNKNOWN"), "150:0");
@@ -211,9 +211,9 @@ TEST_F(CalcInListTest, FunctionGivesTheCode) {
     EXPECT_EQ(script.Evaluate("CALC_IN_LIST BRAK.SUM R"), "failed 3 BRAK");
 }
 
-class FillInListTest : public ListFunctions {
+class ListFunctionsFillTest : public ListFunctionsTest {
   protected:
-    FillInListTest() : list(script.List("L")) {
+    ListFunctionsFillTest() : list(script.List("L")) {
         script.Local("T1", CVal(Gmt(2024, 3, 10, 6, 7, 8)));
         script.Local("T2", CVal(Gmt(2024, 3, 10, 8, 7, 8)));
     }
@@ -234,13 +234,13 @@ class FillInListTest : public ListFunctions {
     CVariableList& list;
 };
 
-TEST_F(FillInListTest, OneElementForEachHour) {
+TEST_F(ListFunctionsFillTest, OneElementForEachHour) {
     EXPECT_EQ(Fill("L 5 0 T1 T2 HREP"),
               Five(Gmt(2024, 3, 10, 6)) + Five(Gmt(2024, 3, 10, 7)) + Five(Gmt(2024, 3, 10, 8)));
     EXPECT_EQ(list.GetIterator(), -1);
 }
 
-TEST_F(FillInListTest, HoursAreRealOnesWhenTheClockIsPutBack) {
+TEST_F(ListFunctionsFillTest, HoursAreRealOnesWhenTheClockIsPutBack) {
     script.Local("OD", CVal(Gmt(2024, 10, 26, 23, 30)));
     script.Local("DO", CVal(Gmt(2024, 10, 27, 2)));
     EXPECT_EQ(Fill("L 5 0 OD DO HREP"), Five(Gmt(2024, 10, 26, 23)) + Five(Gmt(2024, 10, 27, 0)) +
@@ -248,14 +248,14 @@ TEST_F(FillInListTest, HoursAreRealOnesWhenTheClockIsPutBack) {
                                             Five(Gmt(2024, 10, 27, 2)));
 }
 
-TEST_F(FillInListTest, DaysFollowTheLocalClock) {
+TEST_F(ListFunctionsFillTest, DaysFollowTheLocalClock) {
     script.Local("OD", CVal(Gmt(2024, 3, 30, 12)));
     script.Local("DO", CVal(Gmt(2024, 4, 1, 12)));
     EXPECT_EQ(Fill("L 5 0 OD DO DREP"),
               Five(Gmt(2024, 3, 29, 23)) + Five(Gmt(2024, 3, 30, 23)) + Five(Gmt(2024, 3, 31, 22)));
 }
 
-TEST_F(FillInListTest, Months) {
+TEST_F(ListFunctionsFillTest, Months) {
     script.Local("OD", CVal(Gmt(2024, 1, 31, 12)));
     script.Local("DO", CVal(Gmt(2024, 4, 1, 12)));
     EXPECT_EQ(Fill("L 5 0 OD DO MREP"), Five(Gmt(2023, 12, 31, 23)) + Five(Gmt(2024, 1, 31, 23)) +
@@ -263,34 +263,34 @@ TEST_F(FillInListTest, Months) {
                                             Five(Gmt(2024, 3, 31, 22)));
 }
 
-TEST_F(FillInListTest, YearsAndOperandsAreTimesToo) {
+TEST_F(ListFunctionsFillTest, YearsAndOperandsAreTimesToo) {
     EXPECT_EQ(Fill("L 5 0 2024 T1.FIRSTLOCALYEAR DREP"), Five(Gmt(2023, 12, 31, 23)));
 }
 
-TEST_F(FillInListTest, ElementsTakeTheStatus) {
+TEST_F(ListFunctionsFillTest, ElementsTakeTheStatus) {
     EXPECT_EQ(Fill("L 5 ALARM T1 T1 HREP"), Five(Gmt(2024, 3, 10, 6), 4));
     EXPECT_EQ(Fill("L 5 33 T1 T1 HREP"),
               Five(Gmt(2024, 3, 10, 6), 4) + Five(Gmt(2024, 3, 10, 6), 33));
 }
 
-TEST_F(FillInListTest, ValueLosesItsOwnStatusAndTime) {
+TEST_F(ListFunctionsFillTest, ValueLosesItsOwnStatusAndTime) {
     script.Local("W", Stamped(CVal("x"), 9, 7));
     EXPECT_EQ(Fill("L W 0 T1 T1 HREP"), "190:x status 0 time 1710050400; ");
 }
 
-TEST_F(FillInListTest, NumberTakesTheTypeOfTheCurrentElement) {
+TEST_F(ListFunctionsFillTest, NumberTakesTheTypeOfTheCurrentElement) {
     list.Add(CVal(1));
     list.MoveFirst();
     EXPECT_EQ(Fill("L 7.9 0 T1 T1 HREP"),
               "150:1 status 0 time 0; 150:7 status 0 time 1710050400; ");
 }
 
-TEST_F(FillInListTest, StartAfterEndAddsNothing) {
+TEST_F(ListFunctionsFillTest, StartAfterEndAddsNothing) {
     EXPECT_EQ(Fill("L 5 0 T2 T1 HREP"), "");
     EXPECT_EQ(Fill("L 5 0 T2 T1 DREP"), Five(Gmt(2024, 3, 9, 23)));
 }
 
-TEST_F(FillInListTest, Failures) {
+TEST_F(ListFunctionsFillTest, Failures) {
     script.Local("A", CVal(1));
     script.Pointer("W", "L");
     EXPECT_EQ(Fill("BRAK 5 0 T1 T2 HREP"), "failed 3 BRAK");
@@ -310,7 +310,7 @@ TEST_F(FillInListTest, Failures) {
     EXPECT_TRUE(list.Elements().empty());
 }
 
-TEST_F(FillInListTest, FunctionGivesOne) {
+TEST_F(ListFunctionsFillTest, FunctionGivesOne) {
     EXPECT_EQ(script.Evaluate("FILL_IN_LIST L 5 0 T1 T2 HREP"), "150:1");
     EXPECT_EQ(list.Elements().size(), 3u);
     EXPECT_EQ(script.Evaluate("FILL_IN_LIST L 5 0 T1 T2 SREP"), "failed 22 SREP");

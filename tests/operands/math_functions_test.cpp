@@ -17,7 +17,7 @@ constexpr FunctionRow kRows[] = {
     {"ROUND", Round, "", ""},
 };
 
-class MathFunctions : public testing::Test {
+class MathFunctionsTest : public testing::Test {
   protected:
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -28,7 +28,7 @@ class MathFunctions : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(MathFunctions, TakeOneArgument) {
+TEST_F(MathFunctionsTest, TakeOneArgument) {
     EXPECT_EQ(script.Evaluate("SIN 1"), Number(std::sin(1.0)));
     EXPECT_EQ(script.Evaluate("COS 1"), Number(std::cos(1.0)));
     EXPECT_EQ(script.Evaluate("TG 1"), Number(std::tan(1.0)));
@@ -44,18 +44,18 @@ TEST_F(MathFunctions, TakeOneArgument) {
     EXPECT_EQ(script.Evaluate("ROUND -2.5 0.9"), "171:-2.00");
 }
 
-TEST_F(MathFunctions, RestOfTheLineIsDropped) {
+TEST_F(MathFunctionsTest, RestOfTheLineIsDropped) {
     EXPECT_EQ(script.Evaluate("SIN 0 + 1"), "171:0.00");
     EXPECT_EQ(script.Evaluate("2*SIN(1)/2"), script.Evaluate("SIN 1"));
 }
 
-TEST_F(MathFunctions, FormulaCannotBeginWithAFunction) {
+TEST_F(MathFunctionsTest, FormulaCannotBeginWithAFunction) {
     script.Local("A", CVal(1));
     EXPECT_EQ(script.Evaluate("SIN(A)*2"), "failed 3 (");
     EXPECT_EQ(script.Evaluate("(SIN(A))*2"), Number(std::sin(1.0) * 2));
 }
 
-TEST_F(MathFunctions, FactorialGrowsWithItsValues) {
+TEST_F(MathFunctionsTest, FactorialGrowsWithItsValues) {
     EXPECT_EQ(script.Evaluate("FACTORIAL 5"), "150:120");
     EXPECT_EQ(script.Evaluate("FACTORIAL 0"), "150:1");
     EXPECT_EQ(script.Evaluate("FACTORIAL -2"), "150:1");
@@ -63,7 +63,7 @@ TEST_F(MathFunctions, FactorialGrowsWithItsValues) {
     EXPECT_EQ(script.Evaluate("FACTORIAL 2147483647"), "171:inf");
 }
 
-TEST_F(MathFunctions, SquareLosesTheStatusOfItsArgument) {
+TEST_F(MathFunctionsTest, SquareLosesTheStatusOfItsArgument) {
     CVal unknown(3);
     unknown.SetStatus(Status::Alarm);
     script.Local("A", unknown);
@@ -73,7 +73,7 @@ TEST_F(MathFunctions, SquareLosesTheStatusOfItsArgument) {
     EXPECT_EQ(value.GetStatus(), 0);
 }
 
-TEST_F(MathFunctions, ArgumentThatCannotBeReadFailsTheExpression) {
+TEST_F(MathFunctionsTest, ArgumentThatCannotBeReadFailsTheExpression) {
     for (const FunctionRow& row : kRows) {
         EXPECT_EQ(script.Evaluate(std::string(row.keyword) + " BRAK"), "failed 3 BRAK")
             << row.keyword;

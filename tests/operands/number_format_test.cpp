@@ -11,7 +11,7 @@
 namespace kalvex {
 namespace {
 
-TEST(IsValidNumberFormat, LooksAtBothEndsAndTheFirstDigit) {
+TEST(NumberFormatValidTest, LooksAtBothEndsAndTheFirstDigit) {
     for (const char* format : {"%f", "%d", "%F", "%D", "%5.2f", "%.2f", "%.f", "%05d", "%5xd",
                                "%2f", "%0f", "%5.f", "%.0D", "%.3lf", "%1 km/d"}) {
         EXPECT_TRUE(IsValidNumberFormat(format)) << format;
@@ -26,7 +26,7 @@ std::string Format(double value, const char* format) {
     return FormatNumber(CVal(value), format);
 }
 
-TEST(FormatNumber, RealNumbers) {
+TEST(NumberFormatTest, RealNumbers) {
     EXPECT_EQ(Format(3.14159, "%.3f"), "3.142");
     EXPECT_EQ(Format(3.14159, "%f"), "3.141590");
     EXPECT_EQ(Format(3.14159, "%.0f"), "3");
@@ -44,7 +44,7 @@ TEST(FormatNumber, RealNumbers) {
     EXPECT_EQ(Format(3.14159, "%.1F"), "3.1");
 }
 
-TEST(FormatNumber, NumbersThatAreNotFiniteAreFilledUpWithBlanks) {
+TEST(NumberFormatTest, NumbersThatAreNotFiniteAreFilledUpWithBlanks) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(Format(kInfinity, "%.2f"), "inf");
     EXPECT_EQ(Format(-kInfinity, "%06.2f"), "  -inf");
@@ -52,7 +52,7 @@ TEST(FormatNumber, NumbersThatAreNotFiniteAreFilledUpWithBlanks) {
     EXPECT_EQ(Format(kInfinity, "%4F"), " INF");
 }
 
-TEST(FormatNumber, WholeNumbers) {
+TEST(NumberFormatTest, WholeNumbers) {
     EXPECT_EQ(Format(7, "%d"), "7");
     EXPECT_EQ(Format(7, "%3d"), "  7");
     EXPECT_EQ(Format(7, "%03d"), "007");
@@ -72,21 +72,21 @@ TEST(FormatNumber, WholeNumbers) {
     EXPECT_EQ(Format(12345, "%8ld"), "   12345");
 }
 
-TEST(FormatNumber, TextBehindTheNumber) {
+TEST(NumberFormatTest, TextBehindTheNumber) {
     EXPECT_EQ(Format(12.5, "%5d m3/d"), "   12 m3/d");
     EXPECT_EQ(Format(12.5, "%.1f%% of"), "12.5% of");
     EXPECT_EQ(Format(12.5, "%.1f%f"), "12.50");
     EXPECT_EQ(Format(12.5, "%1d %d"), "12.50");
 }
 
-TEST(FormatNumber, FormatThatMeansNothingGivesTwoDecimals) {
+TEST(NumberFormatTest, FormatThatMeansNothingGivesTwoDecimals) {
     for (const char* format : {"", "abc", "%", "%s", "%x", "%D", "%5xd", "%.3D", "%-5d", "%5 f",
                                "%1.2.3f", "%5%f", "%.0f GJ/d", "%5n d", "%lld"}) {
         EXPECT_EQ(Format(7, format), "7.00") << format;
     }
 }
 
-TEST(FormatNumber, WidthAndPrecisionHaveALimit) {
+TEST(NumberFormatTest, WidthAndPrecisionHaveALimit) {
     EXPECT_EQ(Format(7, "%1000d"), std::string(999, ' ') + "7");
     EXPECT_EQ(Format(7, "%1001d"), "7.00");
     EXPECT_EQ(Format(7, "%.1000f"), "7." + std::string(1000, '0'));
@@ -96,7 +96,7 @@ TEST(FormatNumber, WidthAndPrecisionHaveALimit) {
     EXPECT_EQ(Format(-1e308, "%.1000f").size(), 1 + 309 + 1 + 1000);
 }
 
-TEST(FormatNumber, ValuesReadAsNumbers) {
+TEST(NumberFormatTest, ValuesReadAsNumbers) {
     EXPECT_EQ(FormatNumber(CVal("12.5 bar"), "%.1f"), "12.5");
     EXPECT_EQ(FormatNumber(CVal("bar"), "%d"), "0");
     EXPECT_EQ(FormatNumber(CVal(), "%.1f"), "0.0");
@@ -104,7 +104,7 @@ TEST(FormatNumber, ValuesReadAsNumbers) {
     EXPECT_EQ(FormatNumber(CVal(true), "%d"), "1");
 }
 
-TEST(FormatNumber, LocaleDoesNotMatter) {
+TEST(NumberFormatTest, LocaleDoesNotMatter) {
     ASSERT_NE(std::setlocale(LC_NUMERIC, "pl_PL.UTF-8"), nullptr);
     EXPECT_EQ(Format(1234.5, "%.2f"), "1234.50");
     std::setlocale(LC_NUMERIC, "C");

@@ -8,7 +8,7 @@
 namespace kalvex {
 namespace {
 
-class Operand : public testing::Test {
+class OperandTest : public testing::Test {
   protected:
     // Type and content of an operand, or "failed" with the error slot.
     std::string Read(std::string_view operand, int wanted = ValueType::Double, bool report = true) {
@@ -23,7 +23,7 @@ class Operand : public testing::Test {
     FakeScript script;
 };
 
-TEST_F(Operand, ScheduleWordsAreTexts) {
+TEST_F(OperandTest, ScheduleWordsAreTexts) {
     for (const char* word : {"@annually", "@yearly", "@monthly", "@weekly", "@daily", "@midnight",
                              "@hourly", "@every_minute"}) {
         EXPECT_EQ(Read(word), std::string("190:") + word);
@@ -33,7 +33,7 @@ TEST_F(Operand, ScheduleWordsAreTexts) {
     EXPECT_EQ(Read("@every"), "failed 3 @every");
 }
 
-TEST_F(Operand, NumbersAreConvertedToTheWantedType) {
+TEST_F(OperandTest, NumbersAreConvertedToTheWantedType) {
     EXPECT_EQ(Read("12.7", ValueType::Int), "150:12");
     EXPECT_EQ(Read("12.7", ValueType::Double), "171:12.70");
     EXPECT_EQ(Read("12", ValueType::Text), "190:12.00");
@@ -48,14 +48,14 @@ TEST_F(Operand, NumbersAreConvertedToTheWantedType) {
     EXPECT_EQ(Read("1,5"), "failed 3 1,5");
 }
 
-TEST_F(Operand, VariablesKeepTheirType) {
+TEST_F(OperandTest, VariablesKeepTheirType) {
     script.Local("A", CVal(12.7));
     EXPECT_EQ(Read("A", ValueType::Int), "171:12.70");
     EXPECT_EQ(Read("A", ValueType::Text), "171:12.70");
     EXPECT_EQ(Read("  A  "), "171:12.70");
 }
 
-TEST_F(Operand, StringLiterals) {
+TEST_F(OperandTest, StringLiterals) {
     EXPECT_EQ(Read("\"abc\"", ValueType::Int), "190:abc");
     EXPECT_EQ(Read("\"a\""), "190:a");
     EXPECT_EQ(Read("\" \""), "190: ");
@@ -65,7 +65,7 @@ TEST_F(Operand, StringLiterals) {
     EXPECT_EQ(Read("\"żółw\""), "190:żółw");
 }
 
-TEST_F(Operand, LiteralThatMentionsAPropertyIsTakenForOne) {
+TEST_F(OperandTest, LiteralThatMentionsAPropertyIsTakenForOne) {
     EXPECT_EQ(Read("\"plik.NAME\""), "failed 3 \"plik");
     EXPECT_EQ(Read("\"x.SEC\""), "failed 3 \"x");
     EXPECT_EQ(Read("\"x.COUNT\""), "failed 3 \"x");
@@ -73,7 +73,7 @@ TEST_F(Operand, LiteralThatMentionsAPropertyIsTakenForOne) {
     EXPECT_EQ(Read("\"raport.txt\""), "190:raport.txt");
 }
 
-TEST_F(Operand, PropertiesOfAVariable) {
+TEST_F(OperandTest, PropertiesOfAVariable) {
     script.Local("A");
     EXPECT_EQ(Read("A.NAME"), "190:A");
     for (const char* property :
@@ -85,7 +85,7 @@ TEST_F(Operand, PropertiesOfAVariable) {
     }
 }
 
-TEST_F(Operand, EveryPropertyReadsItsOwnOperation) {
+TEST_F(OperandTest, EveryPropertyReadsItsOwnOperation) {
     struct Described final : CVariable {
         using CVariable::CVariable;
         int IsArchived() override { return 2; }
@@ -114,23 +114,23 @@ TEST_F(Operand, EveryPropertyReadsItsOwnOperation) {
     EXPECT_EQ(Read("D.ISSREP"), "150:1");
 }
 
-TEST_F(Operand, PropertyOfAnUnknownVariableNamesIt) {
+TEST_F(OperandTest, PropertyOfAnUnknownVariableNamesIt) {
     EXPECT_EQ(Read("B.UNIT"), "failed 3 B");
 }
 
-TEST_F(Operand, PropertyBehindASuffixFailsWithoutAnError) {
+TEST_F(OperandTest, PropertyBehindASuffixFailsWithoutAnError) {
     script.Local("A");
     EXPECT_EQ(Read("A.HREP.UNIT"), "failed 0");
     EXPECT_EQ(Read("A.UNITS"), "failed 0");
 }
 
-TEST_F(Operand, PropertyInFrontIsAName) {
+TEST_F(OperandTest, PropertyInFrontIsAName) {
     EXPECT_EQ(Read(".NAME"), "failed 3 .NAME");
     script.Local(".NAME", CVal(1));
     EXPECT_EQ(Read(".NAME"), "150:1");
 }
 
-TEST_F(Operand, BaseNameIsForPointers) {
+TEST_F(OperandTest, BaseNameIsForPointers) {
     script.Local("X", CVal(1));
     script.Pointer("P", "X");
     EXPECT_EQ(Read("P.BASENAME"), "190:X");
@@ -140,7 +140,7 @@ TEST_F(Operand, BaseNameIsForPointers) {
     EXPECT_EQ(Read("P.NAME"), "190:P");
 }
 
-TEST_F(Operand, ListProperties) {
+TEST_F(OperandTest, ListProperties) {
     CVariableList& list = script.List("L", {CVal(4), CVal(1), CVal(7)});
     EXPECT_EQ(Read("L.COUNT"), "150:3");
     EXPECT_EQ(Read("L.POS"), "150:-1");
@@ -154,21 +154,21 @@ TEST_F(Operand, ListProperties) {
     EXPECT_EQ(Read("L.AVERAGE"), "171:4.00");
 }
 
-TEST_F(Operand, ListPropertyOfAnythingElse) {
+TEST_F(OperandTest, ListPropertyOfAnythingElse) {
     script.Local("A");
     EXPECT_EQ(Read("A.COUNT"), "failed 21 A");
     EXPECT_EQ(Read("A.COUNT", ValueType::Double, false), "failed 0");
     EXPECT_EQ(Read("B.COUNT"), "failed 3 B");
 }
 
-TEST_F(Operand, SumOfAnEmptyListLeavesWhatWasThere) {
+TEST_F(OperandTest, SumOfAnEmptyListLeavesWhatWasThere) {
     script.List("L");
     CVal value("przed");
     EXPECT_TRUE(EvaluateOperand(script, "L.SUM", value, ValueType::Double, true));
     EXPECT_EQ(ValueToText(value), "przed");
 }
 
-TEST_F(Operand, TimestampFollowsTheSuffix) {
+TEST_F(OperandTest, TimestampFollowsTheSuffix) {
     CVariableLocal& variable = script.Local("A");
     variable.SetTime(1000, KindCurrent);
     variable.SetTime(2000, KindDay);
@@ -180,7 +180,7 @@ TEST_F(Operand, TimestampFollowsTheSuffix) {
     EXPECT_EQ(Read("B.TIMESTAMP"), "failed 3 B");
 }
 
-TEST_F(Operand, TimeExpressions) {
+TEST_F(OperandTest, TimeExpressions) {
     script.Local("X", CVal(std::int64_t{1000000000}));
     EXPECT_EQ(Read("TIME"), "160:1710050400");
     EXPECT_EQ(Read("TIME.GMTYEAR"), "150:2024");
@@ -195,7 +195,7 @@ TEST_F(Operand, TimeExpressions) {
     EXPECT_EQ(Read("TIMES"), "failed 3 TIMES");
 }
 
-TEST_F(Operand, SuffixesSelectTheKind) {
+TEST_F(OperandTest, SuffixesSelectTheKind) {
     CVariableLocal& variable = script.Local("A", CVal(1));
     variable.SetValue(CVal(2), KindHour);
     EXPECT_EQ(Read("A.CURDATA"), "150:1");
@@ -204,7 +204,7 @@ TEST_F(Operand, SuffixesSelectTheKind) {
     EXPECT_EQ(Read("a.HREP"), "failed 3 a");
 }
 
-TEST_F(Operand, NothingToReadIsAWait) {
+TEST_F(OperandTest, NothingToReadIsAWait) {
     script.Local("A");
     script.List("L", {CVal(1)});
     EXPECT_EQ(Read("A.ARCH"), "failed 27 A.ARCH");
@@ -213,7 +213,7 @@ TEST_F(Operand, NothingToReadIsAWait) {
     EXPECT_EQ(Read("A.ARCH", ValueType::Double, false), "failed 27 A.ARCH");
 }
 
-TEST_F(Operand, RemoteValueThatIsMissing) {
+TEST_F(OperandTest, RemoteValueThatIsMissing) {
     HandRemote& remote = script.Remote("R");
     remote.value = CVal(5);
     EXPECT_EQ(Read("R"), "150:5");
@@ -224,19 +224,19 @@ TEST_F(Operand, RemoteValueThatIsMissing) {
     EXPECT_EQ(Read("R"), "failed 27 R");
 }
 
-TEST_F(Operand, FirstErrorStays) {
+TEST_F(OperandTest, FirstErrorStays) {
     script.SetError(ErrorExpression, "pierwszy", true);
     CVal value;
     EXPECT_FALSE(EvaluateOperand(script, "B", value, ValueType::Double, true));
     EXPECT_EQ(script.Error(), "16 pierwszy");
 }
 
-class Expression : public testing::Test {
+class OperandExpressionTest : public testing::Test {
   protected:
     FakeScript script;
 };
 
-TEST_F(Expression, SingleTokenIsAnOperandOrElseAFormula) {
+TEST_F(OperandExpressionTest, SingleTokenIsAnOperandOrElseAFormula) {
     script.Local("A", CVal(7));
     script.Local("B", CVal(2));
     EXPECT_EQ(script.Evaluate("5", ValueType::Int), "150:5");
@@ -246,13 +246,13 @@ TEST_F(Expression, SingleTokenIsAnOperandOrElseAFormula) {
     EXPECT_EQ(script.Evaluate(""), "150:0");
 }
 
-TEST_F(Expression, SeveralTokensAreAFormulaWhoseTypeIsNotCast) {
+TEST_F(OperandExpressionTest, SeveralTokensAreAFormulaWhoseTypeIsNotCast) {
     script.Local("A", CVal(7));
     EXPECT_EQ(script.Evaluate("A + 1", ValueType::Text), "171:8.00");
     EXPECT_EQ(script.Evaluate("A A", ValueType::Text), "150:7");
 }
 
-TEST_F(Expression, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
+TEST_F(OperandExpressionTest, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
     static const FunctionRow rows[] = {
         {"PIERWSZY",
          [](FunctionCall& call) {
@@ -280,7 +280,7 @@ TEST_F(Expression, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
     EXPECT_EQ(withFunctions.Evaluate("1 + NIGDY"), "failed 3 NIGDY");
 }
 
-TEST_F(Expression, RestEndsAtThenGotoOrSemicolon) {
+TEST_F(OperandExpressionTest, RestEndsAtThenGotoOrSemicolon) {
     script.Local("A", CVal(7));
     for (const char* line : {"A THEN x", "A GOTO x", "A then", "A ; THEN", "A;x", "A   "}) {
         std::string_view rest = line;
@@ -291,7 +291,7 @@ TEST_F(Expression, RestEndsAtThenGotoOrSemicolon) {
     }
 }
 
-TEST_F(Expression, RestIsJoinedWithSingleBlanks) {
+TEST_F(OperandExpressionTest, RestIsJoinedWithSingleBlanks) {
     static const FunctionRow rows[] = {
         {"F",
          [](FunctionCall& call) {
@@ -318,7 +318,7 @@ TEST_F(Expression, RestIsJoinedWithSingleBlanks) {
     }
 }
 
-TEST(VariablePropertyTable, ListsNamesWithTheirHelp) {
+TEST(OperandPropertyTableTest, ListsNamesWithTheirHelp) {
     std::vector<std::string> names;
     for (const VariablePropertyRow& row : VariableProperties()) names.emplace_back(row.name);
     EXPECT_THAT(names, testing::ElementsAre(".NAME", ".DESCRIPTION", ".DESCNAME", ".UNIT",

@@ -10,9 +10,9 @@ namespace {
 
 constexpr FunctionRow kRows[] = {{"CHECK_EVENT_TIME", CheckEventTimeFunction, "", ""}};
 
-class ScheduleFunction : public testing::Test {
+class ScheduleFunctionTest : public testing::Test {
   protected:
-    ScheduleFunction() {
+    ScheduleFunctionTest() {
         script.clock.SetSystemTime(kNoon);
         script.Local("POLUDNIE", CVal("0 0 12 * * *"));
     }
@@ -28,7 +28,7 @@ class ScheduleFunction : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(ScheduleFunction, EntryAloneAsksAboutThePresent) {
+TEST_F(ScheduleFunctionTest, EntryAloneAsksAboutThePresent) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"0 0 12 * * *\""), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"1 0 12 * * *\""), "150:0");
@@ -36,26 +36,26 @@ TEST_F(ScheduleFunction, EntryAloneAsksAboutThePresent) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE"), "150:0");
 }
 
-TEST_F(ScheduleFunction, WordsNeedNoQuotes) {
+TEST_F(ScheduleFunctionTest, WordsNeedNoQuotes) {
     script.clock.SetSystemTime(Gmt(2024, 3, 9, 23));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @daily"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"@daily\""), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @monthly"), "150:0");
 }
 
-TEST_F(ScheduleFunction, TokenThatDoesNotEvaluateIsTheEntry) {
+TEST_F(ScheduleFunctionTest, TokenThatDoesNotEvaluateIsTheEntry) {
     script.clock.SetSystemTime(Gmt(2024, 3, 9, 23));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @Daily"), "150:0");
     EXPECT_EQ(script.Error(), "3 @Daily");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME BRAK"), "150:0");
 }
 
-TEST_F(ScheduleFunction, EntryThatCannotBeReadDoesNotFit) {
+TEST_F(ScheduleFunctionTest, EntryThatCannotBeReadDoesNotFit) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"0 0 12 * *\""), "150:0");
     EXPECT_EQ(script.Error(), "0");
 }
 
-TEST_F(ScheduleFunction, SmallNumberIsATolerance) {
+TEST_F(ScheduleFunctionTest, SmallNumberIsATolerance) {
     script.clock.SetSystemTime(kNoon - 4);
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 5"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 4"), "150:0");
@@ -63,7 +63,7 @@ TEST_F(ScheduleFunction, SmallNumberIsATolerance) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE ZAPAS"), "150:1");
 }
 
-TEST_F(ScheduleFunction, GreatNumberIsATime) {
+TEST_F(ScheduleFunctionTest, GreatNumberIsATime) {
     script.clock.SetSystemTime(5);
     script.Local("T", CVal(kNoon - 4));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T"), "150:0");
@@ -72,7 +72,7 @@ TEST_F(ScheduleFunction, GreatNumberIsATime) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 1710068400"), "150:1");
 }
 
-TEST_F(ScheduleFunction, TwoTimesAreARange) {
+TEST_F(ScheduleFunctionTest, TwoTimesAreARange) {
     script.Local("OD", CVal(kNoon - 10));
     script.Local("DO", CVal(kNoon));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE OD DO"), "150:1");
@@ -81,20 +81,20 @@ TEST_F(ScheduleFunction, TwoTimesAreARange) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE OD DO"), "150:0");
 }
 
-TEST_F(ScheduleFunction, TextWithoutANumberCountsAsNone) {
+TEST_F(ScheduleFunctionTest, TextWithoutANumberCountsAsNone) {
     script.Local("TEKST", CVal("abc"));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE TEKST"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE -5 500"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 0 500"), "150:1");
 }
 
-TEST_F(ScheduleFunction, MissingEntryOrBadNumbersFail) {
+TEST_F(ScheduleFunctionTest, MissingEntryOrBadNumbersFail) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME"), "failed 0");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 5 BRAK"), "failed 3 BRAK");
 }
 
-TEST_F(ScheduleFunction, RestOfTheLineIsDropped) {
+TEST_F(ScheduleFunctionTest, RestOfTheLineIsDropped) {
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 0 0 == 7 ("), "150:1");
 }
 

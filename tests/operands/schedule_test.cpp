@@ -20,10 +20,10 @@ class ScheduleTest : public testing::Test {
     ZoneScope m_zone{"Europe/Warsaw"};
 };
 
-using ScheduleFields = ScheduleTest;
-using ScheduleWords = ScheduleTest;
-using ScheduleQuestions = ScheduleTest;
-using RandomEntries = ScheduleTest;
+using ScheduleFieldsTest = ScheduleTest;
+using ScheduleWordsTest = ScheduleTest;
+using ScheduleQuestionsTest = ScheduleTest;
+using ScheduleRandomEntriesTest = ScheduleTest;
 
 // Sunday 2024-03-10 12:00:00 in Warsaw.
 constexpr std::int64_t kNoon = Gmt(2024, 3, 10, 11);
@@ -75,19 +75,19 @@ std::string Week(const std::string& field) {
     return list;
 }
 
-TEST_F(ScheduleFields, StarsAlwaysFit) {
+TEST_F(ScheduleFieldsTest, StarsAlwaysFit) {
     for (const std::int64_t time : {std::int64_t{0}, kNoon, kNoon + 1, Gmt(2024, 10, 27, 1, 30)}) {
         EXPECT_TRUE(MatchScheduleEntry("* * * * * *", time));
     }
 }
 
-TEST_F(ScheduleFields, NoonFitsAtNoonOnly) {
+TEST_F(ScheduleFieldsTest, NoonFitsAtNoonOnly) {
     for (std::int64_t time = kNoon - kDay / 2; time < kNoon + kDay / 2; ++time) {
         ASSERT_EQ(MatchScheduleEntry("0 0 12 * * *", time), time == kNoon) << time;
     }
 }
 
-TEST_F(ScheduleFields, HourIsTheLocalOneOfTheSeason) {
+TEST_F(ScheduleFieldsTest, HourIsTheLocalOneOfTheSeason) {
     EXPECT_TRUE(MatchScheduleEntry("0 0 12 * * *", Gmt(2024, 7, 1, 10)));
     EXPECT_FALSE(MatchScheduleEntry("0 0 12 * * *", Gmt(2024, 7, 1, 11)));
     EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", Gmt(2024, 10, 27, 0, 30)));
@@ -97,7 +97,7 @@ TEST_F(ScheduleFields, HourIsTheLocalOneOfTheSeason) {
     }
 }
 
-TEST_F(ScheduleFields, ListsRangesAndStepsOfSeconds) {
+TEST_F(ScheduleFieldsTest, ListsRangesAndStepsOfSeconds) {
     EXPECT_EQ(Seconds("*/15"), "0,15,30,45");
     EXPECT_EQ(Seconds("*/10"), "0,10,20,30,40,50");
     EXPECT_EQ(Seconds("10-50/20"), "10,30,50");
@@ -111,30 +111,30 @@ TEST_F(ScheduleFields, ListsRangesAndStepsOfSeconds) {
     EXPECT_EQ(Seconds("50-59/99999999999999999999"), "50");
 }
 
-TEST_F(ScheduleFields, SingleNumberTakesNoStep) {
+TEST_F(ScheduleFieldsTest, SingleNumberTakesNoStep) {
     EXPECT_EQ(Seconds("5/10"), "5");
     EXPECT_EQ(Seconds("5/0"), "5");
 }
 
-TEST_F(ScheduleFields, RangeThatRunsBackwardsSetsNothing) {
+TEST_F(ScheduleFieldsTest, RangeThatRunsBackwardsSetsNothing) {
     EXPECT_EQ(Seconds("5-3"), "");
     EXPECT_EQ(Seconds("5-3,8"), "8");
     EXPECT_EQ(Seconds("99-98,8"), "8");
 }
 
-TEST_F(ScheduleFields, StepMayPassTheEndOfItsRange) {
+TEST_F(ScheduleFieldsTest, StepMayPassTheEndOfItsRange) {
     EXPECT_EQ(Seconds("5-60/20"), "5,25,45");
     EXPECT_EQ(Seconds("5-65/20"), "");
 }
 
-TEST_F(ScheduleFields, StepOfZeroFailsTheEntry) {
+TEST_F(ScheduleFieldsTest, StepOfZeroFailsTheEntry) {
     EXPECT_EQ(Seconds("*/0"), "");
     EXPECT_EQ(Seconds("*/"), "");
     EXPECT_EQ(Seconds("7,10-20/0"), "");
     EXPECT_EQ(Seconds("*/-1"), "");
 }
 
-TEST_F(ScheduleFields, EmptyNumberIsZero) {
+TEST_F(ScheduleFieldsTest, EmptyNumberIsZero) {
     EXPECT_EQ(Seconds(","), "0");
     EXPECT_EQ(Seconds("7,"), "0,7");
     EXPECT_EQ(Seconds("-3"), "0,1,2,3");
@@ -144,7 +144,7 @@ TEST_F(ScheduleFields, EmptyNumberIsZero) {
     EXPECT_EQ(Months("?"), "");
 }
 
-TEST_F(ScheduleFields, RubbishBehindAGoodElementIsIgnored) {
+TEST_F(ScheduleFieldsTest, RubbishBehindAGoodElementIsIgnored) {
     EXPECT_EQ(Seconds("7?!:"), "7");
     EXPECT_EQ(Seconds("7;8,9"), "7");
     EXPECT_EQ(Seconds("7-8-9"), "7,8");
@@ -153,7 +153,7 @@ TEST_F(ScheduleFields, RubbishBehindAGoodElementIsIgnored) {
     EXPECT_EQ(Seconds(std::string("7\0008", 3)), "7");
 }
 
-TEST_F(ScheduleFields, LettersInANumberFailTheEntry) {
+TEST_F(ScheduleFieldsTest, LettersInANumberFailTheEntry) {
     EXPECT_EQ(Seconds("7x"), "");
     EXPECT_EQ(Seconds("x"), "");
     EXPECT_EQ(Seconds("Jan"), "");
@@ -163,7 +163,7 @@ TEST_F(ScheduleFields, LettersInANumberFailTheEntry) {
     EXPECT_EQ(Week("\x8cro"), "");
 }
 
-TEST_F(ScheduleFields, NumberOutOfItsFieldFailsTheEntry) {
+TEST_F(ScheduleFieldsTest, NumberOutOfItsFieldFailsTheEntry) {
     for (const char* entry :
          {"61 * * * * *", "60 * * * * *", "0,60 * * * * *", "0-60 * * * * *", "* 60 * * * *",
           "* * 24 * * *", "* * * 0 * *", "* * * 32 * *", "* * * 10,32 * *", "* * * 0-5 * *",
@@ -175,14 +175,14 @@ TEST_F(ScheduleFields, NumberOutOfItsFieldFailsTheEntry) {
     }
 }
 
-TEST_F(ScheduleFields, HundredLettersOrDigitsFailTheEntry) {
+TEST_F(ScheduleFieldsTest, HundredLettersOrDigitsFailTheEntry) {
     EXPECT_EQ(Seconds(std::string(98, '0') + "7"), "7");
     EXPECT_EQ(Seconds(std::string(99, '0') + "7"), "");
     EXPECT_EQ(Seconds(std::string(100, 'a')), "");
     EXPECT_EQ(Seconds(std::string(1'000'000, '0')), "");
 }
 
-TEST_F(ScheduleFields, BoundsOfEachField) {
+TEST_F(ScheduleFieldsTest, BoundsOfEachField) {
     EXPECT_TRUE(MatchScheduleEntry("59 59 23 31 12 *", Gmt(2024, 12, 31, 22, 59, 59)));
     EXPECT_TRUE(MatchScheduleEntry("0 0 0 1 1 *", Gmt(2023, 12, 31, 23)));
     EXPECT_EQ(Days("1,31"), "1,31");
@@ -191,7 +191,7 @@ TEST_F(ScheduleFields, BoundsOfEachField) {
     EXPECT_EQ(Months("*/2"), "1,3,5,7,9,11");
 }
 
-TEST_F(ScheduleFields, MonthsHaveNames) {
+TEST_F(ScheduleFieldsTest, MonthsHaveNames) {
     EXPECT_EQ(Months("Jan"), "1");
     EXPECT_EQ(Months("feb,MAR,aPr"), "2,3,4");
     EXPECT_EQ(Months("May-Jul"), "5,6,7");
@@ -204,7 +204,7 @@ TEST_F(ScheduleFields, MonthsHaveNames) {
     EXPECT_FALSE(MatchScheduleEntry("0 0 0 1 Jan *", Gmt(2024, 1, 31, 23)));
 }
 
-TEST_F(ScheduleFields, DaysOfWeekHaveNames) {
+TEST_F(ScheduleFieldsTest, DaysOfWeekHaveNames) {
     EXPECT_EQ(Week("Sun"), "0");
     EXPECT_EQ(Week("mon"), "1");
     EXPECT_EQ(Week("Mon-Fri"), "1,2,3,4,5");
@@ -216,14 +216,14 @@ TEST_F(ScheduleFields, DaysOfWeekHaveNames) {
     EXPECT_FALSE(MatchScheduleEntry("0 30 6 * * Mon-Fri", Gmt(2024, 3, 10, 5, 30)));
 }
 
-TEST_F(ScheduleFields, SundayIsZeroAndSeven) {
+TEST_F(ScheduleFieldsTest, SundayIsZeroAndSeven) {
     EXPECT_EQ(Week("0"), "0");
     EXPECT_EQ(Week("7"), "0");
     EXPECT_EQ(Week("5-7"), "0,5,6");
     EXPECT_EQ(Week("0-2"), "0,1,2");
 }
 
-TEST_F(ScheduleFields, DayOfMonthOrDayOfWeekFitsUnlessOneIsAStar) {
+TEST_F(ScheduleFieldsTest, DayOfMonthOrDayOfWeekFitsUnlessOneIsAStar) {
     const std::int64_t wednesday13 = Gmt(2024, 3, 12, 23);
     const std::int64_t thursday14 = Gmt(2024, 3, 13, 23);
     const std::int64_t friday15 = Gmt(2024, 3, 14, 23);
@@ -245,7 +245,7 @@ TEST_F(ScheduleFields, DayOfMonthOrDayOfWeekFitsUnlessOneIsAStar) {
     EXPECT_EQ(fits("0 0 0 5-3 * 5"), "0011");
 }
 
-TEST_F(ScheduleFields, ThereAreExactlySix) {
+TEST_F(ScheduleFieldsTest, ThereAreExactlySix) {
     for (const char* entry :
          {"", " ", "*", "* *", "* * *", "* * * *", "0 0 12 * *", "* * * * * ", "0 0 12 * * * *",
           "* * * * * * *", "* * * * * * 2024", "* * * * * * ?", "poniedzialek", "\t", "\n"}) {
@@ -253,7 +253,7 @@ TEST_F(ScheduleFields, ThereAreExactlySix) {
     }
 }
 
-TEST_F(ScheduleFields, BlanksAndTabsPartThem) {
+TEST_F(ScheduleFieldsTest, BlanksAndTabsPartThem) {
     EXPECT_TRUE(MatchScheduleEntry("0\t0  12 \t * * *", kNoon));
     EXPECT_TRUE(MatchScheduleEntry("0 0 12 * * *   ", kNoon));
     EXPECT_TRUE(MatchScheduleEntry("0 0 12 * * *\t", kNoon));
@@ -262,27 +262,27 @@ TEST_F(ScheduleFields, BlanksAndTabsPartThem) {
 }
 
 // The blank makes a field of its own, an empty one, which reads as 0.
-TEST_F(ScheduleFields, LeadingBlankIsTheSecondZero) {
+TEST_F(ScheduleFieldsTest, LeadingBlankIsTheSecondZero) {
     EXPECT_FALSE(MatchScheduleEntry(" 0 0 12 * * *", kNoon));
     EXPECT_TRUE(MatchScheduleEntry(" 0 12 * * *", kNoon));
     EXPECT_FALSE(MatchScheduleEntry(" 0 12 * * *", kNoon + 1));
 }
 
 // A newline ends a field and is not skipped, so that the next one is empty.
-TEST_F(ScheduleFields, NewlineLeavesTheNextFieldsEmpty) {
+TEST_F(ScheduleFieldsTest, NewlineLeavesTheNextFieldsEmpty) {
     EXPECT_FALSE(MatchScheduleEntry("*\n* * * * *", kNoon));
     EXPECT_FALSE(MatchScheduleEntry("* * * * *\n", kNoon));
     EXPECT_FALSE(MatchScheduleEntry("* * * * * \n", kNoon));
 }
 
-TEST_F(ScheduleFields, NegativeTimeFitsNothing) {
+TEST_F(ScheduleFieldsTest, NegativeTimeFitsNothing) {
     EXPECT_FALSE(MatchScheduleEntry("* * * * * *", -1));
     EXPECT_FALSE(MatchScheduleEntry("@every_minute", -60));
     EXPECT_FALSE(MatchScheduleEntry("* * * * * *", INT64_MIN));
     EXPECT_FALSE(MatchScheduleEntry("* * * * * *", INT64_MAX));
 }
 
-TEST(ScheduleElsewhere, FollowsTheZone) {
+TEST(ScheduleElsewhereTest, FollowsTheZone) {
     {
         const ZoneScope zone("Asia/Kolkata");
         EXPECT_TRUE(MatchScheduleEntry("0 30 12 * * *", Gmt(2024, 3, 10, 7)));
@@ -301,7 +301,7 @@ TEST(ScheduleElsewhere, FollowsTheZone) {
 }
 
 // The words at the moments around a start of minute, hour, day, week, month and year.
-TEST_F(ScheduleWords, FitAtTheirMoments) {
+TEST_F(ScheduleWordsTest, FitAtTheirMoments) {
     const std::int64_t times[] = {
         Gmt(2023, 12, 31, 23),      // Monday, start of the year
         Gmt(2024, 1, 31, 23),       // Thursday, start of a month
@@ -324,7 +324,7 @@ TEST_F(ScheduleWords, FitAtTheirMoments) {
     }
 }
 
-TEST_F(ScheduleWords, AreComparedExactly) {
+TEST_F(ScheduleWordsTest, AreComparedExactly) {
     for (const char* entry : {"@Daily", "@DAILY", "@daily ", " @daily", "@", "@@daily", "daily",
                               "@reboot", "@dail", "@dailyx", "@every_second", "\"@daily\""}) {
         ScheduleEntry out;
@@ -333,7 +333,7 @@ TEST_F(ScheduleWords, AreComparedExactly) {
     }
 }
 
-TEST_F(ScheduleWords, MeanWhatTheirFieldsWouldMean) {
+TEST_F(ScheduleWordsTest, MeanWhatTheirFieldsWouldMean) {
     const std::pair<const char*, const char*> pairs[] = {
         {"@yearly", "0 0 0 1 1 *"}, {"@monthly", "0 0 0 1 * *"}, {"@weekly", "0 0 0 * * 0"},
         {"@daily", "0 0 0 * * *"},  {"@hourly", "0 0 * * * *"},  {"@every_minute", "0 * * * * *"},
@@ -345,20 +345,20 @@ TEST_F(ScheduleWords, MeanWhatTheirFieldsWouldMean) {
     }
 }
 
-TEST_F(ScheduleQuestions, NoNumbersAskAboutThePresent) {
+TEST_F(ScheduleQuestionsTest, NoNumbersAskAboutThePresent) {
     EXPECT_TRUE(CheckEventTime("0 0 12 * * *", 0, 0, kNoon));
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", 0, 0, kNoon - 1));
     EXPECT_TRUE(CheckEventTime("0 0 12 * * *", -5, 0, kNoon));
 }
 
-TEST_F(ScheduleQuestions, SecondNumberWithoutAFirstHasNoEffect) {
+TEST_F(ScheduleQuestionsTest, SecondNumberWithoutAFirstHasNoEffect) {
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", 0, 500, kNoon - 1));
     EXPECT_TRUE(CheckEventTime("0 0 12 * * *", 0, 500, kNoon));
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", -1, 1700000000, kNoon - 1));
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", 4, 500, kNoon - 4));
 }
 
-TEST_F(ScheduleQuestions, ToleranceAboutThePresentLooksForward) {
+TEST_F(ScheduleQuestionsTest, ToleranceAboutThePresentLooksForward) {
     std::string list;
     for (int before = 6; before >= -1; --before) {
         list += CheckEventTime("0 0 12 * * *", 5, 0, kNoon - before) ? '1' : '0';
@@ -368,13 +368,13 @@ TEST_F(ScheduleQuestions, ToleranceAboutThePresentLooksForward) {
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", 1, 0, kNoon - 1));
 }
 
-TEST_F(ScheduleQuestions, GivenTimeTakesThePlaceOfThePresent) {
+TEST_F(ScheduleQuestionsTest, GivenTimeTakesThePlaceOfThePresent) {
     EXPECT_TRUE(CheckEventTime("0 0 12 * * *", static_cast<std::int32_t>(kNoon), 0, 5));
     EXPECT_TRUE(CheckEventTime("0 0 12 * * *", static_cast<std::int32_t>(kNoon), -7, 5));
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", static_cast<std::int32_t>(kNoon) + 1, 0, kNoon));
 }
 
-TEST_F(ScheduleQuestions, ToleranceAboutAGivenTimeLooksForward) {
+TEST_F(ScheduleQuestionsTest, ToleranceAboutAGivenTimeLooksForward) {
     const auto noon = static_cast<std::int32_t>(kNoon);
     EXPECT_TRUE(CheckEventTime("0 0 12 * * *", noon - 4, 5, 0));
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", noon - 4, 4, 0));
@@ -383,7 +383,7 @@ TEST_F(ScheduleQuestions, ToleranceAboutAGivenTimeLooksForward) {
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", noon - 3600, 3600, 0));
 }
 
-TEST_F(ScheduleQuestions, HundredThousandIsATime) {
+TEST_F(ScheduleQuestionsTest, HundredThousandIsATime) {
     // 99999 seconds from 1970-01-01 01:00:00 on hold 04:46:39 of the 2nd, at 99999 they do not yet.
     EXPECT_TRUE(CheckEventTime("38 46 4 2 1 *", 99999, 0, 0));
     EXPECT_FALSE(CheckEventTime("39 46 4 2 1 *", 99999, 0, 0));
@@ -393,7 +393,7 @@ TEST_F(ScheduleQuestions, HundredThousandIsATime) {
     EXPECT_FALSE(CheckEventTime("0 0 12 * * *", 100000, 100000, kNoon));  // a range of one second
 }
 
-TEST_F(ScheduleQuestions, RangeHoldsThePresentWithItsBounds) {
+TEST_F(ScheduleQuestionsTest, RangeHoldsThePresentWithItsBounds) {
     const auto noon = static_cast<std::int32_t>(kNoon);
     const char* always = "* * * * * *";
     EXPECT_TRUE(CheckEventTime(always, noon, noon + 10, kNoon));
@@ -406,7 +406,7 @@ TEST_F(ScheduleQuestions, RangeHoldsThePresentWithItsBounds) {
     EXPECT_TRUE(CheckEventTime("1 0 12 * * *", noon, noon + 10, kNoon + 1));
 }
 
-TEST_F(ScheduleQuestions, NumbersMayBeTheLargest) {
+TEST_F(ScheduleQuestionsTest, NumbersMayBeTheLargest) {
     constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();  // 2038-01-19
     EXPECT_TRUE(CheckEventTime("7 14 4 19 1 *", largest, 0, 0));
     EXPECT_TRUE(CheckEventTime("0 0 5 19 1 *", largest, 99999, 0));
@@ -416,7 +416,7 @@ TEST_F(ScheduleQuestions, NumbersMayBeTheLargest) {
     EXPECT_TRUE(CheckEventTime("* * * * * *", 6, 0, -5));
 }
 
-TEST_F(ScheduleQuestions, UnreadableEntryFitsInNoForm) {
+TEST_F(ScheduleQuestionsTest, UnreadableEntryFitsInNoForm) {
     EXPECT_FALSE(CheckEventTime("* * * * *", 0, 0, kNoon));
     EXPECT_FALSE(CheckEventTime("* * * * *", 99999, 0, kNoon));
     EXPECT_FALSE(CheckEventTime("* * * * *", static_cast<std::int32_t>(kNoon), 99999, kNoon));
@@ -424,7 +424,7 @@ TEST_F(ScheduleQuestions, UnreadableEntryFitsInNoForm) {
 
 // A tolerance is the question asked for each of its seconds, also across a change of the clocks and
 // where a minute is cut off at either end.
-TEST_F(ScheduleQuestions, ToleranceAgreesWithSingleSeconds) {
+TEST_F(ScheduleQuestionsTest, ToleranceAgreesWithSingleSeconds) {
     const char* entries[] = {"0 0 * * * *",    "59 59 1,2 * * *", "0 0 3 * * *", "30 30 2 * * *",
                              "*/7 13 * * * *", "0 0 0 * * *",     "5 * * 31 * *"};
     for (const char* zoneName : {"Europe/Warsaw", "Australia/Lord_Howe", "America/St_Johns"}) {
@@ -449,7 +449,7 @@ TEST_F(ScheduleQuestions, ToleranceAgreesWithSingleSeconds) {
 }
 
 // Clocks go from 02:00:30 to 03:00:30.
-TEST(ScheduleElsewhere, ToleranceSeesAChangeWithinAMinute) {
+TEST(ScheduleElsewhereTest, ToleranceSeesAChangeWithinAMinute) {
     const ZoneScope zone("STD0DST-1,M3.5.0/2:00:30,M10.5.0/3");
     const auto two = static_cast<std::int32_t>(Gmt(2024, 3, 31, 2));
     EXPECT_FALSE(CheckEventTime("40 0 2 * * *", two, 120, 0));
@@ -459,7 +459,7 @@ TEST(ScheduleElsewhere, ToleranceSeesAChangeWithinAMinute) {
 
 // Whatever the text, the question ends, a trailing blank changes nothing, and neither does the form
 // in which it is asked.
-TEST_F(RandomEntries, AnyTextIsAnswered) {
+TEST_F(ScheduleRandomEntriesTest, AnyTextIsAnswered) {
     static constexpr const char* kPieces[] = {
         "*",   "*",  "*/2", "0", "5", "1-30", "9-3", "Jan", "sun", "Mon-5", "@daily", "1,2",
         "*/0", "60", ",",   "-", "/", "\t",   "\n",  "?",   "x",   "\xb3",  "\xff",   "99999999999",
@@ -492,7 +492,7 @@ TEST_F(RandomEntries, AnyTextIsAnswered) {
     EXPECT_GT(fitting, 100);
 }
 
-TEST_F(RandomEntries, AnyBytesAreAnswered) {
+TEST_F(ScheduleRandomEntriesTest, AnyBytesAreAnswered) {
     std::mt19937 random(20241027);
     for (int round = 0; round < 20000; ++round) {
         std::string text(random() % 300, '\0');
@@ -543,7 +543,7 @@ std::string RandomField(std::mt19937& random, int low, int high, std::set<int>& 
     return text;
 }
 
-TEST(RandomFields, FitWhereTheirValuesSay) {
+TEST(ScheduleRandomFieldsTest, FitWhereTheirValuesSay) {
     const ZoneScope zone("UTC");
     constexpr std::pair<int, int> kBounds[] = {{0, 59}, {0, 59}, {0, 23}, {1, 31}, {1, 12}, {0, 7}};
     std::mt19937 random(7);

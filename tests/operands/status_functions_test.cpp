@@ -18,7 +18,7 @@ constexpr FunctionRow kRows[] = {
     {"WINDOWS_USER_NAME", WindowsUserName, "", ""},
 };
 
-class StatusFunctions : public testing::Test {
+class StatusFunctionsTest : public testing::Test {
   protected:
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -37,7 +37,7 @@ class StatusFunctions : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(StatusFunctions, StatusGivesTheWord) {
+TEST_F(StatusFunctionsTest, StatusGivesTheWord) {
     script.Local("A", Stamped(CVal(1.5), 0, 33));
     EXPECT_EQ(script.Evaluate("STATUS A"), "141:33");
     script.Local("B", Stamped(CVal(1.5), 0, 0xFFFF));
@@ -46,14 +46,14 @@ TEST_F(StatusFunctions, StatusGivesTheWord) {
     EXPECT_EQ(script.Evaluate("STATUS C"), "141:0");
 }
 
-TEST_F(StatusFunctions, StatusTestsAWord) {
+TEST_F(StatusFunctionsTest, StatusTestsAWord) {
     script.Local("A", Stamped(CVal(1), 0, 33));
     EXPECT_EQ(script.Evaluate("STATUS A UNKNOWN"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A SET_BY_USER"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
 }
 
-TEST_F(StatusFunctions, StatusKnowsEveryWord) {
+TEST_F(StatusFunctionsTest, StatusKnowsEveryWord) {
     struct Row {
         const char* word;
         std::uint16_t bit;
@@ -77,7 +77,7 @@ TEST_F(StatusFunctions, StatusKnowsEveryWord) {
     }
 }
 
-TEST_F(StatusFunctions, StatusTestsTheBitsOfANumber) {
+TEST_F(StatusFunctionsTest, StatusTestsTheBitsOfANumber) {
     script.Local("A", Stamped(CVal(1), 0, 33));
     script.Local("MASKA", CVal(34));
     EXPECT_EQ(script.Evaluate("STATUS A 2"), "120:0");
@@ -86,14 +86,14 @@ TEST_F(StatusFunctions, StatusTestsTheBitsOfANumber) {
     EXPECT_EQ(script.Evaluate("STATUS A 0"), "120:0");
 }
 
-TEST_F(StatusFunctions, StatusWordsArePreferredToVariables) {
+TEST_F(StatusFunctionsTest, StatusWordsArePreferredToVariables) {
     script.Local("A", Stamped(CVal(1), 0, 1));
     script.Local("ALARM", CVal(1));
     EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
     EXPECT_EQ(script.Evaluate("STATUS A unknown"), "failed 3 unknown");
 }
 
-TEST_F(StatusFunctions, StatusFollowsTheSuffix) {
+TEST_F(StatusFunctionsTest, StatusFollowsTheSuffix) {
     CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 0, 1));
     variable.SetValue(Stamped(CVal(2), 0, 4), KindDay);
     EXPECT_EQ(script.Evaluate("STATUS A.DREP"), "141:4");
@@ -102,14 +102,14 @@ TEST_F(StatusFunctions, StatusFollowsTheSuffix) {
     EXPECT_EQ(script.Evaluate("STATUS A.ARCH ALARM"), "failed 0");
 }
 
-TEST_F(StatusFunctions, StatusOfAnUnusableValueIsReadAllTheSame) {
+TEST_F(StatusFunctionsTest, StatusOfAnUnusableValueIsReadAllTheSame) {
     script.Remote("Z").value = Stamped(CVal(1), 0, 3);
     EXPECT_EQ(script.Evaluate("STATUS Z"), "141:3");
     script.List("L", {Stamped(CVal(1), 0, 1)}).MoveFirst();
     EXPECT_EQ(script.Evaluate("STATUS L UNKNOWN"), "120:1");
 }
 
-TEST_F(StatusFunctions, StatusFailsWithItsOperands) {
+TEST_F(StatusFunctionsTest, StatusFailsWithItsOperands) {
     script.Local("A", CVal(1));
     EXPECT_EQ(script.Evaluate("STATUS BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("STATUS BRAK ALARM"), "failed 3 BRAK");
@@ -118,7 +118,7 @@ TEST_F(StatusFunctions, StatusFailsWithItsOperands) {
     EXPECT_EQ(script.Evaluate("STATUS"), "failed 3");
 }
 
-TEST_F(StatusFunctions, SetAddAndRemove) {
+TEST_F(StatusFunctionsTest, SetAddAndRemove) {
     script.Local("A", Stamped(CVal(7), 1000, 33));
     EXPECT_EQ(After("SET_STATUS A 0", "A"), "150:1 -> 0");
     EXPECT_EQ(After("SET_STATUS A UNKNOWN", "A"), "150:1 -> 1");
@@ -131,7 +131,7 @@ TEST_F(StatusFunctions, SetAddAndRemove) {
     EXPECT_EQ(script.Value("A").GetTime(), 1000);
 }
 
-TEST_F(StatusFunctions, HighestBitsAreReached) {
+TEST_F(StatusFunctionsTest, HighestBitsAreReached) {
     script.Local("A", Stamped(CVal(7), 0, 0x8001));
     EXPECT_EQ(After("REMOVE_STATUS A SUPERVISORY", "A"), "150:1 -> 1");
     EXPECT_EQ(After("ADD_STATUS A 32768", "A"), "150:1 -> 32769");
@@ -139,7 +139,7 @@ TEST_F(StatusFunctions, HighestBitsAreReached) {
     EXPECT_EQ(After("SET_STATUS A -1", "A"), "150:1 -> 65535");
 }
 
-TEST_F(StatusFunctions, VariableMayHoldAWordOrANumber) {
+TEST_F(StatusFunctionsTest, VariableMayHoldAWordOrANumber) {
     script.Local("A", Stamped(CVal(7), 0, 1));
     script.Local("W", CVal("ALARM"));
     script.Local("N", CVal(32.9));
@@ -148,7 +148,7 @@ TEST_F(StatusFunctions, VariableMayHoldAWordOrANumber) {
     EXPECT_EQ(After("SET_STATUS A \"LOCK\"", "A"), "150:1 -> 512");
 }
 
-TEST_F(StatusFunctions, UnknownWordLeavesTheStatusAsItWas) {
+TEST_F(StatusFunctionsTest, UnknownWordLeavesTheStatusAsItWas) {
     script.Local("A", Stamped(CVal(7), 0, 33));
     script.Local("W", CVal("alarm"));
     EXPECT_EQ(After("SET_STATUS A BOGUS", "A"), "failed 3 BOGUS -> 33");
@@ -157,13 +157,13 @@ TEST_F(StatusFunctions, UnknownWordLeavesTheStatusAsItWas) {
     EXPECT_EQ(After("SET_STATUS A", "A"), "failed 3 -> 33");
 }
 
-TEST_F(StatusFunctions, MissingVariableFailsWithItsName) {
+TEST_F(StatusFunctionsTest, MissingVariableFailsWithItsName) {
     EXPECT_EQ(script.Evaluate("SET_STATUS BRAK 0"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("ADD_STATUS BRAK.HREP ALARM"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("REMOVE_STATUS BRAK ALARM"), "failed 3 BRAK");
 }
 
-TEST_F(StatusFunctions, HourValueOfALocalVariableIsChangedAndFails) {
+TEST_F(StatusFunctionsTest, HourValueOfALocalVariableIsChangedAndFails) {
     script.Local("A", CVal(7)).SetValue(CVal(1), KindHour);
     EXPECT_EQ(After("ADD_STATUS A.HREP ALARM", "A", KindHour), "failed 3 ALARM -> 4");
     EXPECT_EQ(After("SET_STATUS A.HREP 2", "A", KindHour), "failed 0 -> 2");
@@ -171,7 +171,7 @@ TEST_F(StatusFunctions, HourValueOfALocalVariableIsChangedAndFails) {
     EXPECT_EQ(After("SET_STATUS A", "A"), "failed 3 -> 0");
 }
 
-TEST_F(StatusFunctions, ValueThatIsNotThereCannotBeChanged) {
+TEST_F(StatusFunctionsTest, ValueThatIsNotThereCannotBeChanged) {
     script.Local("A", CVal(7));
     EXPECT_EQ(script.Evaluate("SET_STATUS A.ARCH 1"), "failed 0");
     EXPECT_EQ(script.Evaluate("ADD_STATUS A.ARCH 1"), "failed 0");
@@ -179,14 +179,14 @@ TEST_F(StatusFunctions, ValueThatIsNotThereCannotBeChanged) {
     EXPECT_EQ(script.Evaluate("SET_STATUS L 1"), "failed 0");
 }
 
-TEST_F(StatusFunctions, PointerReachesItsTarget) {
+TEST_F(StatusFunctionsTest, PointerReachesItsTarget) {
     script.Local("A", CVal(7));
     script.Pointer("W", "A");
     EXPECT_EQ(After("ADD_STATUS W ALARM", "A"), "150:1 -> 4");
     EXPECT_EQ(script.Evaluate("STATUS W ALARM"), "120:1");
 }
 
-TEST(StatusArgument, LeadingBlanksAreLeftOut) {
+TEST(StatusFunctionsArgumentTest, LeadingBlanksAreLeftOut) {
     FakeScript script;
     std::uint16_t word = 1;
     EXPECT_TRUE(ParseStatusArgument(script, "  ALARM", &word, StatusAction::Add));
@@ -199,7 +199,7 @@ TEST(StatusArgument, LeadingBlanksAreLeftOut) {
     EXPECT_EQ(word, 2);
 }
 
-TEST_F(StatusFunctions, NamesOfTheUser) {
+TEST_F(StatusFunctionsTest, NamesOfTheUser) {
     EXPECT_EQ(script.Evaluate("SORVANE_USER_NAME"), "190:");
     EXPECT_EQ(script.Evaluate("SORVANE_USER_DESCRIPTION"), "190:");
     script.users.name = "jkowalski";

@@ -26,9 +26,9 @@ constexpr FunctionRow kRows[] = {
     {"STRING_MID", StringMid, "", ""},
 };
 
-class StringFunctions : public testing::Test {
+class StringFunctionsTest : public testing::Test {
   protected:
-    StringFunctions() { script.Local("PUSTY", CVal("")); }
+    StringFunctionsTest() { script.Local("PUSTY", CVal("")); }
 
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -38,7 +38,7 @@ class StringFunctions : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(StringFunctions, NumberToText) {
+TEST_F(StringFunctionsTest, NumberToText) {
     EXPECT_EQ(script.Evaluate("TO_STRING 3.14159"), "190:3.14");
     EXPECT_EQ(script.Evaluate("TO_STRING 3.14159 \"%.3f\""), "190:3.142");
     EXPECT_EQ(script.Evaluate("TO_STRING 7 \"%3d\""), "190:  7");
@@ -50,13 +50,13 @@ TEST_F(StringFunctions, NumberToText) {
     EXPECT_EQ(script.Evaluate("TO_STRING L \"%d\""), "190:12");
 }
 
-TEST_F(StringFunctions, QuotedTextIsNotFormatted) {
+TEST_F(StringFunctionsTest, QuotedTextIsNotFormatted) {
     EXPECT_EQ(script.Evaluate("TO_STRING \"abc\" \"%d\""), "190:abc");
     EXPECT_EQ(script.Evaluate("TO_STRING \"12.5\""), "190:12.5");
     EXPECT_EQ(script.Evaluate("TO_STRING \"abc\" BRAK"), "190:abc");
 }
 
-TEST_F(StringFunctions, TextOfAVariableIsFormattedAsItsNumber) {
+TEST_F(StringFunctionsTest, TextOfAVariableIsFormattedAsItsNumber) {
     script.Local("T", CVal("12.345"));
     script.Local("S", CVal("abc"));
     EXPECT_EQ(script.Evaluate("TO_STRING T"), "190:12.35");
@@ -64,7 +64,7 @@ TEST_F(StringFunctions, TextOfAVariableIsFormattedAsItsNumber) {
     EXPECT_EQ(script.Evaluate("TO_STRING S \"%d\""), "190:0");
 }
 
-TEST_F(StringFunctions, TextToNumber) {
+TEST_F(StringFunctionsTest, TextToNumber) {
     script.Local("T", CVal(" 12.7 bar"));
     EXPECT_EQ(script.Evaluate("TO_FLOAT T"), "171:12.70");
     EXPECT_EQ(script.Evaluate("TO_INT T"), "150:12");
@@ -75,31 +75,31 @@ TEST_F(StringFunctions, TextToNumber) {
     EXPECT_EQ(script.Evaluate("TO_FLOAT 12", ValueType::Text), "171:12.00");
 }
 
-TEST_F(StringFunctions, LengthCountsCharacters) {
+TEST_F(StringFunctionsTest, LengthCountsCharacters) {
     EXPECT_EQ(script.Evaluate("STRING_LEN \"abc\""), "150:3");
     EXPECT_EQ(script.Evaluate("STRING_LEN \"zażółć gęślą\""), "150:12");
     EXPECT_EQ(script.Evaluate("STRING_LEN PUSTY"), "150:0");
 }
 
-TEST_F(StringFunctions, CaseFollowsWindows1250) {
+TEST_F(StringFunctionsTest, CaseFollowsWindows1250) {
     EXPECT_EQ(script.Evaluate("STRING_MAKE_LOWER \"ŻÓŁĆ Gaz 12\""), "190:żółć gaz 12");
     EXPECT_EQ(script.Evaluate("STRING_MAKE_UPPER \"żółć Gaz 12\""), "190:ŻÓŁĆ GAZ 12");
     EXPECT_EQ(script.Evaluate("STRING_MAKE_UPPER PUSTY"), "190:");
 }
 
-TEST_F(StringFunctions, Reverse) {
+TEST_F(StringFunctionsTest, Reverse) {
     EXPECT_EQ(script.Evaluate("STRING_MAKE_REVERSE \"abcó\""), "190:ócba");
     EXPECT_EQ(script.Evaluate("STRING_MAKE_REVERSE PUSTY"), "190:");
 }
 
-TEST_F(StringFunctions, Append) {
+TEST_F(StringFunctionsTest, Append) {
     EXPECT_EQ(script.Evaluate("STRING_APPEND \"ab\" \"cd\""), "190:abcd");
     EXPECT_EQ(script.Evaluate("STRING_APPEND \"ab\" PUSTY"), "190:ab");
     EXPECT_EQ(script.Evaluate("STRING_APPEND PUSTY PUSTY"), "190:");
     EXPECT_EQ(script.Evaluate("STRING_APPEND PUSTY \"\""), "failed 3 \"\"");
 }
 
-TEST_F(StringFunctions, SpansTakeTheBeginning) {
+TEST_F(StringFunctionsTest, SpansTakeTheBeginning) {
     EXPECT_EQ(script.Evaluate("STRING_SPAN_INCLUDING \"112a1\" \"12\""), "190:112");
     EXPECT_EQ(script.Evaluate("STRING_SPAN_INCLUDING \"112\" \"21\""), "190:112");
     EXPECT_EQ(script.Evaluate("STRING_SPAN_INCLUDING \"abc\" \"x\""), "190:");
@@ -110,7 +110,7 @@ TEST_F(StringFunctions, SpansTakeTheBeginning) {
     EXPECT_EQ(script.Evaluate("STRING_SPAN_EXCLUDING PUSTY \"a\""), "190:");
 }
 
-TEST_F(StringFunctions, TrimTakesASetOfCharacters) {
+TEST_F(StringFunctionsTest, TrimTakesASetOfCharacters) {
     EXPECT_EQ(script.Evaluate("STRING_TRIM \"xxaxx\" \"x\""), "190:a");
     EXPECT_EQ(script.Evaluate("STRING_TRIM \"xya yx\" \"xy\""), "190:a ");
     EXPECT_EQ(script.Evaluate("STRING_TRIM_LEFT \"xyaxy\" \"yx\""), "190:axy");
@@ -122,7 +122,7 @@ TEST_F(StringFunctions, TrimTakesASetOfCharacters) {
     EXPECT_EQ(script.Evaluate("STRING_TRIM PUSTY \"x\""), "190:");
 }
 
-TEST_F(StringFunctions, LeftAndRight) {
+TEST_F(StringFunctionsTest, LeftAndRight) {
     EXPECT_EQ(script.Evaluate("STRING_LEFT \"abc\" 2"), "190:ab");
     EXPECT_EQ(script.Evaluate("STRING_LEFT \"abc\" 0"), "190:");
     EXPECT_EQ(script.Evaluate("STRING_LEFT \"abc\" -1"), "190:");
@@ -134,7 +134,7 @@ TEST_F(StringFunctions, LeftAndRight) {
     EXPECT_EQ(script.Evaluate("STRING_LEFT PUSTY 1"), "190:");
 }
 
-TEST_F(StringFunctions, Middle) {
+TEST_F(StringFunctionsTest, Middle) {
     EXPECT_EQ(script.Evaluate("STRING_MID \"abcdef\" 2 2"), "190:cd");
     EXPECT_EQ(script.Evaluate("STRING_MID \"abc\" -1 2"), "190:ab");
     EXPECT_EQ(script.Evaluate("STRING_MID \"abc\" 2 9"), "190:c");
@@ -144,22 +144,22 @@ TEST_F(StringFunctions, Middle) {
     EXPECT_EQ(script.Evaluate("STRING_MID \"abc\" 1 2147483647"), "190:bc");
 }
 
-TEST_F(StringFunctions, ResultIsATextWhateverWasWanted) {
+TEST_F(StringFunctionsTest, ResultIsATextWhateverWasWanted) {
     EXPECT_EQ(script.Evaluate("STRING_LEFT \"123\" 2", ValueType::Int), "190:12");
     EXPECT_EQ(script.Evaluate("STRING_APPEND \"1\" \"2\"", ValueType::Double), "190:12");
 }
 
-TEST_F(StringFunctions, RestOfTheLineIsDropped) {
+TEST_F(StringFunctionsTest, RestOfTheLineIsDropped) {
     EXPECT_EQ(script.Evaluate("STRING_LEFT \"abc\" 2 BRAK + ("), "190:ab");
     EXPECT_EQ(script.Evaluate("STRING_LEN \"abc\" + 2"), "150:3");
     EXPECT_EQ(script.Evaluate("TO_INT \"4\" * 2"), "150:4");
 }
 
-TEST_F(StringFunctions, LowerCaseSpellingIsNoFunction) {
+TEST_F(StringFunctionsTest, LowerCaseSpellingIsNoFunction) {
     EXPECT_EQ(script.Evaluate("string_len \"abc\""), "failed 3 string_len");
 }
 
-TEST_F(StringFunctions, ResultCarriesNeitherStatusNorTime) {
+TEST_F(StringFunctionsTest, ResultCarriesNeitherStatusNorTime) {
     script.Local("T", Stamped(CVal("abc"), 1000, 5));
     std::string_view text = "STRING_LEFT T 2";
     CVal value = Stamped(CVal(), 7, 7);
@@ -169,7 +169,7 @@ TEST_F(StringFunctions, ResultCarriesNeitherStatusNorTime) {
     EXPECT_EQ(value.GetTime(), 0);
 }
 
-TEST_F(StringFunctions, MissingVariableFailsWithItsName) {
+TEST_F(StringFunctionsTest, MissingVariableFailsWithItsName) {
     for (const FunctionRow& row : kRows) {
         const std::string name(row.keyword);
         EXPECT_EQ(script.Evaluate(name + " BRAK 1 1"), "failed 3 BRAK") << name;
@@ -184,7 +184,7 @@ TEST_F(StringFunctions, MissingVariableFailsWithItsName) {
     }
 }
 
-TEST_F(StringFunctions, RemoteValueThatIsMissingFailsOrWaits) {
+TEST_F(StringFunctionsTest, RemoteValueThatIsMissingFailsOrWaits) {
     HandRemote& remote = script.Remote("Z");
     remote.answer = ReadUnavailable;
     EXPECT_EQ(script.Evaluate("STRING_LEN Z"), "failed 15 Z");

@@ -12,7 +12,7 @@ constexpr FunctionRow kRows[] = {
     {"JOIN", Join, "", ""},
 };
 
-class StringPieces : public testing::Test {
+class StringPiecesTest : public testing::Test {
   protected:
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -23,7 +23,7 @@ class StringPieces : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(StringPieces, TokenizeTakesOnePieceAfterTheOther) {
+TEST_F(StringPiecesTest, TokenizeTakesOnePieceAfterTheOther) {
     script.Local("S", CVal("a;b"));
     script.Local("P", CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "190:a");
@@ -36,7 +36,7 @@ TEST_F(StringPieces, TokenizeTakesOnePieceAfterTheOther) {
     EXPECT_EQ(Position(), "150:-1");
 }
 
-TEST_F(StringPieces, TokenizePassesOverRunsOfSeparators) {
+TEST_F(StringPiecesTest, TokenizePassesOverRunsOfSeparators) {
     script.Local("S", CVal(",,a,,b,,"));
     script.Local("P", CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE S , P"), "190:a");
@@ -47,7 +47,7 @@ TEST_F(StringPieces, TokenizePassesOverRunsOfSeparators) {
     EXPECT_EQ(Position(), "150:-1");
 }
 
-TEST_F(StringPieces, TokenizeTakesItsSeparatorAsItIsWritten) {
+TEST_F(StringPiecesTest, TokenizeTakesItsSeparatorAsItIsWritten) {
     script.Local("S", CVal("x\"y;z"));
     script.Local("ZNAK", CVal(";"));
     script.Local("P", CVal(0));
@@ -59,7 +59,7 @@ TEST_F(StringPieces, TokenizeTakesItsSeparatorAsItIsWritten) {
     EXPECT_EQ(Position(), "150:3");
 }
 
-TEST_F(StringPieces, TokenizeBeginsAnywhere) {
+TEST_F(StringPiecesTest, TokenizeBeginsAnywhere) {
     script.Local("S", CVal("alfa beta"));
     script.Local("P", CVal(2.9));
     EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:fa beta");
@@ -72,7 +72,7 @@ TEST_F(StringPieces, TokenizeBeginsAnywhere) {
     EXPECT_EQ(Position(), "150:-1");
 }
 
-TEST_F(StringPieces, TokenizeReadsThePositionAsANumber) {
+TEST_F(StringPiecesTest, TokenizeReadsThePositionAsANumber) {
     script.Local("S", CVal("a b"));
     script.Local("BEZ_WARTOSCI");
     EXPECT_EQ(script.Evaluate("TOKENIZE S - BEZ_WARTOSCI"), "190:a b");
@@ -84,14 +84,14 @@ TEST_F(StringPieces, TokenizeReadsThePositionAsANumber) {
     EXPECT_EQ(Dump(script.Value("TEKST")), "190:abc");
 }
 
-TEST_F(StringPieces, TokenizeWantsThreeTokens) {
+TEST_F(StringPiecesTest, TokenizeWantsThreeTokens) {
     script.Local("S", CVal("a"));
     EXPECT_EQ(script.Evaluate("TOKENIZE"), "failed 0");
     EXPECT_EQ(script.Evaluate("TOKENIZE S"), "failed 0");
     EXPECT_EQ(script.Evaluate("TOKENIZE S ;"), "failed 0");
 }
 
-TEST_F(StringPieces, TokenizeFailsWithoutTextOrPosition) {
+TEST_F(StringPiecesTest, TokenizeFailsWithoutTextOrPosition) {
     script.Local("S", CVal("a"));
     script.Local("P", CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE BRAK ; P"), "failed 3 BRAK");
@@ -101,14 +101,14 @@ TEST_F(StringPieces, TokenizeFailsWithoutTextOrPosition) {
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; Z"), "failed 0");
 }
 
-TEST_F(StringPieces, TokenizeNegativePositionFails) {
+TEST_F(StringPiecesTest, TokenizeNegativePositionFails) {
     script.Local("S", CVal("a"));
     script.Local("P", CVal(-5));
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "failed 0");
     EXPECT_EQ(Position(), "150:-5");
 }
 
-TEST_F(StringPieces, JoinPutsTheSeparatorBetween) {
+TEST_F(StringPiecesTest, JoinPutsTheSeparatorBetween) {
     CVariableList& list = script.List("L", {CVal("a"), CVal(2), CVal(0.5)});
     EXPECT_EQ(script.Evaluate("JOIN L \", \""), "190:a, 2, 0.50");
     EXPECT_EQ(list.GetIterator(), 3);
@@ -116,13 +116,13 @@ TEST_F(StringPieces, JoinPutsTheSeparatorBetween) {
     EXPECT_EQ(script.Evaluate("JOIN L"), "190:a20.50");
 }
 
-TEST_F(StringPieces, JoinOfAnEmptyListIsEmpty) {
+TEST_F(StringPiecesTest, JoinOfAnEmptyListIsEmpty) {
     CVariableList& list = script.List("L");
     EXPECT_EQ(script.Evaluate("JOIN L \",\""), "190:");
     EXPECT_EQ(list.GetIterator(), 0);
 }
 
-TEST_F(StringPieces, JoinSeparatorIsEvaluatedOrStandsForItself) {
+TEST_F(StringPiecesTest, JoinSeparatorIsEvaluatedOrStandsForItself) {
     script.List("L", {CVal("a"), CVal("b")});
     script.Local("ZNAK", CVal(" - "));
     EXPECT_EQ(script.Evaluate("JOIN L ZNAK"), "190:a - b");
@@ -132,12 +132,12 @@ TEST_F(StringPieces, JoinSeparatorIsEvaluatedOrStandsForItself) {
     EXPECT_EQ(script.Evaluate("JOIN L 1"), "190:a1.00b");
 }
 
-TEST_F(StringPieces, JoinTakesUnknownAndValuelessElementsIn) {
+TEST_F(StringPiecesTest, JoinTakesUnknownAndValuelessElementsIn) {
     script.List("L", {CVal("a"), Stamped(CVal("b"), 0, Status::Unknown), CVal(), CVal("c")});
     EXPECT_EQ(script.Evaluate("JOIN L +"), "190:a+b++c");
 }
 
-TEST_F(StringPieces, JoinWantsAList) {
+TEST_F(StringPiecesTest, JoinWantsAList) {
     script.Local("A", CVal("a"));
     script.List("L", {CVal("a")});
     script.Pointer("W", "L");

@@ -14,9 +14,9 @@ constexpr FunctionRow kRows[] = {
     {"STRING_FIND", StringFind, "", ""},
 };
 
-class StringSearch : public testing::Test {
+class StringSearchTest : public testing::Test {
   protected:
-    StringSearch() { script.Local("PUSTY", CVal("")); }
+    StringSearchTest() { script.Local("PUSTY", CVal("")); }
 
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -26,7 +26,7 @@ class StringSearch : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(StringSearch, CompareGivesTheOrderOfBytes) {
+TEST_F(StringSearchTest, CompareGivesTheOrderOfBytes) {
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"a\" \"a\""), "171:0.00");
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"a\" \"c\""), "171:-1.00");
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"c\" \"a\""), "171:1.00");
@@ -37,7 +37,7 @@ TEST_F(StringSearch, CompareGivesTheOrderOfBytes) {
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"a\" PUSTY"), "171:1.00");
 }
 
-TEST_F(StringSearch, CompareWithoutCaseIncludesPolishLetters) {
+TEST_F(StringSearchTest, CompareWithoutCaseIncludesPolishLetters) {
     EXPECT_EQ(script.Evaluate("STRING_COMPARE_NO_CASE \"Żółw\" \"żÓŁW\""), "171:0.00");
     EXPECT_EQ(script.Evaluate("STRING_COMPARE_NO_CASE \"b\" \"A\""), "171:1.00");
     EXPECT_EQ(script.Evaluate("STRING_COMPARE_NO_CASE \"A\" \"b\""), "171:-1.00");
@@ -45,14 +45,14 @@ TEST_F(StringSearch, CompareWithoutCaseIncludesPolishLetters) {
     EXPECT_EQ(script.Evaluate("STRING_COMPARE_NO_CASE \"_\" \"z\""), "171:1.00");
 }
 
-TEST_F(StringSearch, FindOneOfGivesTheFirstPosition) {
+TEST_F(StringSearchTest, FindOneOfGivesTheFirstPosition) {
     EXPECT_EQ(script.Evaluate("STRING_FIND_ONE_OF \"abcd\" \"dc\""), "171:2.00");
     EXPECT_EQ(script.Evaluate("STRING_FIND_ONE_OF \"abcd\" \"a\""), "171:0.00");
     EXPECT_EQ(script.Evaluate("STRING_FIND_ONE_OF \"abcd\" \"x\""), "171:-1.00");
     EXPECT_EQ(script.Evaluate("STRING_FIND_ONE_OF \"abcd\" PUSTY"), "171:-1.00");
 }
 
-TEST_F(StringSearch, ReverseFindLooksForOneCharacter) {
+TEST_F(StringSearchTest, ReverseFindLooksForOneCharacter) {
     EXPECT_EQ(script.Evaluate("STRING_REVERSE_FIND \"abca\" \"a\""), "171:3.00");
     EXPECT_EQ(script.Evaluate("STRING_REVERSE_FIND \"abca\" \"xa\""), "171:-1.00");
     EXPECT_EQ(script.Evaluate("STRING_REVERSE_FIND \"abca\" \"ax\""), "171:3.00");
@@ -60,7 +60,7 @@ TEST_F(StringSearch, ReverseFindLooksForOneCharacter) {
     EXPECT_EQ(script.Evaluate("STRING_REVERSE_FIND PUSTY PUSTY"), "171:0.00");
 }
 
-TEST_F(StringSearch, FindBeginsAtAPosition) {
+TEST_F(StringSearchTest, FindBeginsAtAPosition) {
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abcabc\" \"c\" 3"), "171:5.00");
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abcabc\" \"c\" 2"), "171:2.00");
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abcabc\" \"bca\" 0"), "171:1.00");
@@ -73,25 +73,25 @@ TEST_F(StringSearch, FindBeginsAtAPosition) {
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" PUSTY 4"), "171:-1.00");
 }
 
-TEST_F(StringSearch, ResultIsADoubleWhateverWasWanted) {
+TEST_F(StringSearchTest, ResultIsADoubleWhateverWasWanted) {
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"a\" \"a\"", ValueType::Text), "171:0.00");
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"c\" 0", ValueType::Int), "171:2.00");
 }
 
-TEST_F(StringSearch, LineGoesOnBehindTheFunction) {
+TEST_F(StringSearchTest, LineGoesOnBehindTheFunction) {
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abcabc\" \"c\" 3 > 2"), "150:1");
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"x\" 0 > 2"), "150:0");
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"x\" 0 + 3 * 2"), "171:5.00");
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"b\" \"a\" 0 == 1"), "150:1");
 }
 
-TEST_F(StringSearch, ThirdTokenIsTakenFromTheLineInAnyCase) {
+TEST_F(StringSearchTest, ThirdTokenIsTakenFromTheLineInAnyCase) {
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"b\" \"a\" == 0"), "171:0.00");
     EXPECT_EQ(script.Evaluate("STRING_COMPARE \"b\" \"a\" == 7"), "171:7.00");
     EXPECT_EQ(script.Evaluate("STRING_REVERSE_FIND \"ab\" \"b\" BRAK + 1"), "171:2.00");
 }
 
-TEST_F(StringSearch, MissingVariableFailsWithItsName) {
+TEST_F(StringSearchTest, MissingVariableFailsWithItsName) {
     for (const FunctionRow& row : kRows) {
         const std::string name(row.keyword);
         EXPECT_EQ(script.Evaluate(name + " BRAK \"a\" 0"), "failed 3 BRAK") << name;
@@ -102,12 +102,12 @@ TEST_F(StringSearch, MissingVariableFailsWithItsName) {
     EXPECT_EQ(script.Evaluate("STRING_FIND \"a\" \"a\""), "failed 3");
 }
 
-TEST_F(StringSearch, FormulaBehindTheFunctionMayFail) {
+TEST_F(StringSearchTest, FormulaBehindTheFunctionMayFail) {
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"c\" 0 + BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"c\" 0 += 1"), "failed 10");
 }
 
-TEST_F(StringSearch, EmptyFirstTextIsReadAsASingleWordFirst) {
+TEST_F(StringSearchTest, EmptyFirstTextIsReadAsASingleWordFirst) {
     EXPECT_EQ(script.Evaluate("STRING_FIND PUSTY \"a\" 0"), "171:-1.00");
     EXPECT_EQ(script.Error(), "3 STRING_FIND");
     EXPECT_EQ(script.Evaluate("STRING_FIND PUSTY \"a\" 0 += 1"), "failed 3 STRING_FIND");

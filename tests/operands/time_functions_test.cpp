@@ -18,7 +18,7 @@ constexpr FunctionRow kRows[] = {
     {"MAKE_TIME_FROM_STRING", MakeTimeFromString, "", ""},
 };
 
-class TimeFunctions : public testing::Test {
+class TimeFunctionsTest : public testing::Test {
   protected:
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
@@ -30,7 +30,7 @@ class TimeFunctions : public testing::Test {
     FakeScript script{Table()};
 };
 
-TEST_F(TimeFunctions, TimestampFollowsTheSuffix) {
+TEST_F(TimeFunctionsTest, TimestampFollowsTheSuffix) {
     CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 1000));
     variable.SetValue(Stamped(CVal(1), 2000), KindHour);
     EXPECT_EQ(script.Evaluate("TIMESTAMP A"), Time(1000));
@@ -39,7 +39,7 @@ TEST_F(TimeFunctions, TimestampFollowsTheSuffix) {
     EXPECT_EQ(script.Evaluate("TIMESTAMP A BRAK + ("), Time(1000));
 }
 
-TEST_F(TimeFunctions, TimestampThatIsNotThereFails) {
+TEST_F(TimeFunctionsTest, TimestampThatIsNotThereFails) {
     script.Local("A", Stamped(CVal(1), -5));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A"), "failed 0");
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.ARCH"), "failed 0");
@@ -47,7 +47,7 @@ TEST_F(TimeFunctions, TimestampThatIsNotThereFails) {
     EXPECT_EQ(script.Evaluate("TIMESTAMP"), "failed 3");
 }
 
-TEST_F(TimeFunctions, FormatedTimestampIsLocal) {
+TEST_F(TimeFunctionsTest, FormatedTimestampIsLocal) {
     script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
     script.Local("B", Stamped(CVal(1), Gmt(2024, 7, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A"), "190:2024-03-10 07:07:08");
@@ -61,7 +61,7 @@ TEST_F(TimeFunctions, FormatedTimestampIsLocal) {
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A PUSTY"), "190:");
 }
 
-TEST_F(TimeFunctions, FormatThatCannotBeReadLeavesTheUsualOne) {
+TEST_F(TimeFunctionsTest, FormatThatCannotBeReadLeavesTheUsualOne) {
     script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A BRAK"), "190:2024-03-10 07:07:08");
     EXPECT_EQ(script.Error(), "3 BRAK");
@@ -69,7 +69,7 @@ TEST_F(TimeFunctions, FormatThatCannotBeReadLeavesTheUsualOne) {
     EXPECT_EQ(script.Error(), "3");
 }
 
-TEST_F(TimeFunctions, FormatMayHoldAnything) {
+TEST_F(TimeFunctionsTest, FormatMayHoldAnything) {
     script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"dzień %d, godzina ćwierć %H\""),
               "190:dzień 10, godzina ćwierć 07");
@@ -84,7 +84,7 @@ TEST_F(TimeFunctions, FormatMayHoldAnything) {
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A DLUGI").size(), 4 + 5000 * 6);
 }
 
-TEST_F(TimeFunctions, LocaleDoesNotMatter) {
+TEST_F(TimeFunctionsTest, LocaleDoesNotMatter) {
     ASSERT_NE(std::setlocale(LC_ALL, "pl_PL.UTF-8"), nullptr);
     script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%A %B\""), "190:Sunday March");
@@ -93,7 +93,7 @@ TEST_F(TimeFunctions, LocaleDoesNotMatter) {
     std::setlocale(LC_ALL, "C");
 }
 
-TEST_F(TimeFunctions, FormatedTimestampThatIsNotThereFails) {
+TEST_F(TimeFunctionsTest, FormatedTimestampThatIsNotThereFails) {
     script.Local("A", Stamped(CVal(1), -1));
     script.Local("B", Stamped(CVal(1), std::int64_t{1} << 60));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%H\""), "failed 0");
@@ -101,7 +101,7 @@ TEST_F(TimeFunctions, FormatedTimestampThatIsNotThereFails) {
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP BRAK \"%H\""), "failed 3 BRAK");
 }
 
-TEST_F(TimeFunctions, MakeTimeTakesAllOfTheLine) {
+TEST_F(TimeFunctionsTest, MakeTimeTakesAllOfTheLine) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024"), Time(Gmt(2023, 12, 31, 23)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 5 6 7 8"), Time(Gmt(2024, 7, 5, 4, 7, 8)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 2 31"), Time(Gmt(2024, 3, 1, 23)));
@@ -111,19 +111,19 @@ TEST_F(TimeFunctions, MakeTimeTakesAllOfTheLine) {
               Time(Gmt(2024, 6, 30, 22)));
 }
 
-TEST_F(TimeFunctions, MakeTimeOutOfBoundsFails) {
+TEST_F(TimeFunctionsTest, MakeTimeOutOfBoundsFails) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 13"), "failed 0");
     EXPECT_EQ(script.Evaluate("MAKE_TIME 1969"), "failed 0");
     EXPECT_EQ(script.Evaluate("MAKE_TIME BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("MAKE_TIME"), "failed 3");
 }
 
-TEST_F(TimeFunctions, MakeTimeAroundTheChangesOfTheClock) {
+TEST_F(TimeFunctionsTest, MakeTimeAroundTheChangesOfTheClock) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 3 31 2 30"), Time(Gmt(2024, 3, 31, 1, 30)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 10 27 2 30"), Time(Gmt(2024, 10, 27, 0, 30)));
 }
 
-TEST_F(TimeFunctions, TimeFromTextIsWinterTime) {
+TEST_F(TimeFunctionsTest, TimeFromTextIsWinterTime) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024-01-05 07:08:09\""),
               Time(Gmt(2024, 1, 5, 6, 8, 9)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024-07-05 07:08:09\""),
@@ -131,7 +131,7 @@ TEST_F(TimeFunctions, TimeFromTextIsWinterTime) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 5 7 8 9"), Time(Gmt(2024, 7, 5, 5, 8, 9)));
 }
 
-TEST_F(TimeFunctions, TimeFromTextTakesAFormat) {
+TEST_F(TimeFunctionsTest, TimeFromTextTakesAFormat) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"05.01.2024 07:08\" \"%d.%m.%Y %H:%M\""),
               Time(Gmt(2024, 1, 5, 6, 8)));
     script.Local("D", CVal("2024/02/29"));
@@ -143,7 +143,7 @@ TEST_F(TimeFunctions, TimeFromTextTakesAFormat) {
               Time(Gmt(2024, 3, 1, 23)));
 }
 
-TEST_F(TimeFunctions, TimeFromTextMustBeWrittenAsTheFormatSays) {
+TEST_F(TimeFunctionsTest, TimeFromTextMustBeWrittenAsTheFormatSays) {
     for (const char* text : {"2024-1-05 00:00:00",   "2024-01-5 00:00:00",   "2024-1-5 00:00:00",
                              "2024-01-05 7:08:09",   "2024-01-05",           "2024-01-05 07:08:09 ",
                              " 2024-01-05 07:08:09", "2024-01-05  07:08:09", "2024-13-05 07:08:09",
@@ -159,27 +159,27 @@ TEST_F(TimeFunctions, TimeFromTextMustBeWrittenAsTheFormatSays) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024\" \"%Y\""), "failed 0");
 }
 
-TEST_F(TimeFunctions, TimeFromTextFailsWithItsOperands) {
+TEST_F(TimeFunctionsTest, TimeFromTextFailsWithItsOperands) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING"), "failed 0");
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024-01-05 07:08:09\" BRAK"),
               "failed 3 BRAK");
 }
 
-TEST_F(TimeFunctions, LastDayEndsTheLastGasDay) {
+TEST_F(TimeFunctionsTest, LastDayEndsTheLastGasDay) {
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 2"), Time(Gmt(2024, 3, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY 2023 2"), Time(Gmt(2023, 3, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 12"), Time(Gmt(2025, 1, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 6"), Time(Gmt(2024, 7, 1, 4)));
 }
 
-TEST_F(TimeFunctions, LastDayCountsDaysInSeconds) {
+TEST_F(TimeFunctionsTest, LastDayCountsDaysInSeconds) {
     // From 6:00 of winter time on in steps of a day: 7:00 by the clock of summer, and vice versa.
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 3"), Time(Gmt(2024, 4, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 10"), Time(Gmt(2024, 11, 1, 4)));
 }
 
-TEST_F(TimeFunctions, LastDayReadsBothOperands) {
+TEST_F(TimeFunctionsTest, LastDayReadsBothOperands) {
     script.Local("ROK", CVal("2024"));
     EXPECT_EQ(script.Evaluate("LAST_DAY ROK 2.9", ValueType::Text), Time(Gmt(2024, 3, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY BRAK 2"), "failed 3 BRAK");
@@ -189,7 +189,7 @@ TEST_F(TimeFunctions, LastDayReadsBothOperands) {
     EXPECT_EQ(script.Evaluate("LAST_DAY Z BRAK"), "failed 15 Z");
 }
 
-TEST_F(TimeFunctions, LastDayOutOfBoundsFails) {
+TEST_F(TimeFunctionsTest, LastDayOutOfBoundsFails) {
     for (const char* text : {"LAST_DAY 2024 0", "LAST_DAY 2024 13", "LAST_DAY 1969 12",
                              "LAST_DAY 3001 1", "LAST_DAY -1 1"}) {
         EXPECT_EQ(script.Evaluate(text), "failed 0") << text;

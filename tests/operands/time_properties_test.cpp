@@ -91,12 +91,12 @@ std::int64_t Compute(const char* name, std::int64_t time) {
     return row == nullptr ? INT64_MIN : row->compute(time);
 }
 
-class WarsawProperties : public testing::Test {
+class TimePropertiesTest : public testing::Test {
   private:
     ZoneScope m_zone{"Europe/Warsaw"};
 };
 
-TEST_F(WarsawProperties, StandInTheirOrderWithTheirResults) {
+TEST_F(TimePropertiesTest, StandInTheirOrderWithTheirResults) {
     ASSERT_EQ(TimeProperties().size(), std::size(kExpected));
     for (std::size_t i = 0; i < std::size(kExpected); ++i) {
         const TimeProperty& row = TimeProperties()[i];
@@ -107,7 +107,7 @@ TEST_F(WarsawProperties, StandInTheirOrderWithTheirResults) {
     }
 }
 
-TEST_F(WarsawProperties, BearTheirHelp) {
+TEST_F(TimePropertiesTest, BearTheirHelp) {
     EXPECT_EQ(FindTimeProperty(".DAYOFWEEK")->help, "Bieżący dzień tygodnia");
     EXPECT_EQ(FindTimeProperty(".LASTLOCALMONTH")->help,
               "Ostatnia sekunda bieżącego miesiąca czasu lokalnego");
@@ -118,7 +118,7 @@ TEST_F(WarsawProperties, BearTheirHelp) {
     EXPECT_EQ(FindTimeProperty(".WINTERYEAR")->help, "Bieżący rok czasu zimowego");
 }
 
-TEST_F(WarsawProperties, GMTFormsTakeTheGMTMinute) {
+TEST_F(TimePropertiesTest, GMTFormsTakeTheGMTMinute) {
     const ZoneScope zone("Asia/Kolkata");  // +05:30
     const std::int64_t time = Gmt(2024, 3, 9, 18, 40, 20);
     EXPECT_EQ(Compute(".GMTMIN", time), 40);
@@ -129,7 +129,7 @@ TEST_F(WarsawProperties, GMTFormsTakeTheGMTMinute) {
     EXPECT_EQ(Compute(".MIN.SEC", time), 620);
 }
 
-TEST(HalfHourShift, WinterFormsTakeTheLocalMinute) {
+TEST(TimePropertiesHalfHourTest, WinterFormsTakeTheLocalMinute) {
     const ZoneScope zone("Australia/Lord_Howe");           // +10:30, in summer +11
     const std::int64_t time = Gmt(2024, 1, 10, 3, 20, 5);  // 14:20:05, in winter time 13:50:05
     EXPECT_EQ(Compute(".WINTERHOUR", time), 13);
@@ -137,14 +137,14 @@ TEST(HalfHourShift, WinterFormsTakeTheLocalMinute) {
     EXPECT_EQ(Compute(".WINTERHOUR.MIN.SEC", time), 13 * 3600 + 20 * 60 + 5);
 }
 
-TEST_F(WarsawProperties, DayOfWeekCountsFromSunday) {
+TEST_F(TimePropertiesTest, DayOfWeekCountsFromSunday) {
     for (int day = 0; day < 8; ++day) {
         const std::int64_t time = Gmt(2024, 2, 25, 22, 59, 59) + day * 86400;  // from a Sunday on
         EXPECT_EQ(Compute(".DAYOFWEEK", time), day % 7 + 1);
     }
 }
 
-TEST_F(WarsawProperties, DateStepsKeepTheClockReadingAcrossAChange) {
+TEST_F(TimePropertiesTest, DateStepsKeepTheClockReadingAcrossAChange) {
     EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 3, 30, 11)), Gmt(2024, 3, 30, 11) + 82800);
     EXPECT_EQ(Compute(".PREVDAY", Gmt(2024, 3, 31, 10)), Gmt(2024, 3, 31, 10) - 82800);
     EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 10, 26, 10)), Gmt(2024, 10, 26, 10) + 90000);
@@ -155,7 +155,7 @@ TEST_F(WarsawProperties, DateStepsKeepTheClockReadingAcrossAChange) {
     EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 12, 31, 11)), Gmt(2025, 1, 1, 11));
 }
 
-TEST_F(WarsawProperties, OfANegativeTimeAreMadeOfMissingFields) {
+TEST_F(TimePropertiesTest, OfANegativeTimeAreMadeOfMissingFields) {
     EXPECT_EQ(Compute(".YEAR", -1), 0);
     EXPECT_EQ(Compute(".DAYOFWEEK", -1), 0);
     EXPECT_EQ(Compute(".HOUR", -1), -1);
@@ -165,7 +165,7 @@ TEST_F(WarsawProperties, OfANegativeTimeAreMadeOfMissingFields) {
     EXPECT_EQ(Compute(".GMTMIN.SEC", -1), -61);
 }
 
-TEST_F(WarsawProperties, LeaveATimeTooFarAwayAsItIs) {
+TEST_F(TimePropertiesTest, LeaveATimeTooFarAwayAsItIs) {
     for (const TimeProperty& row : TimeProperties()) {
         if (row.kind != TimePropertyKind::Time) continue;
         EXPECT_EQ(row.compute(INT64_MAX), INT64_MAX) << row.name;
@@ -173,7 +173,7 @@ TEST_F(WarsawProperties, LeaveATimeTooFarAwayAsItIs) {
     }
 }
 
-TEST(FindTimeProperty, ComparesExactly) {
+TEST(TimePropertiesFindTest, ComparesExactly) {
     EXPECT_EQ(FindTimeProperty(".HOUR.MIN")->name, ".HOUR.MIN");
     for (const char* text : {"", ".", "HOUR", ".YEARS", ".hour", ".HOUR.", ".HOUR.SEC", " .HOUR",
                              ".HREP.HOUR", ".PREVLOCALYEAR", ".NEXTLOCALYEAR"}) {
@@ -181,21 +181,21 @@ TEST(FindTimeProperty, ComparesExactly) {
     }
 }
 
-TEST(MentionsTimeProperty, FindsANameAtPositionOneOrLater) {
+TEST(TimePropertiesMentionsTest, FindsANameAtPositionOneOrLater) {
     for (const char* text : {"X.DAY", "TIME.HOUR", "1000000000.YEAR", "A.HREP.HOUR", "TIME.YEARS",
                              "A.SECOND", "A..MIN", "1.5.DAY", "..DAY", "A B.WINTERYEAR C"}) {
         EXPECT_TRUE(MentionsTimeProperty(text)) << text;
     }
 }
 
-TEST(MentionsTimeProperty, FindsNoneElsewhere) {
+TEST(TimePropertiesMentionsTest, FindsNoneElsewhere) {
     for (const char* text : {"", ".", "X", "TIME", "TIME.", "DAY", "A.HREP", "A.UNIT", "3.14",
                              "A.day", "A.DA", "A.", "A.TIMESTAMP", "XDAY", "A. DAY", "A.\xb3"}) {
         EXPECT_FALSE(MentionsTimeProperty(text)) << text;
     }
 }
 
-TEST(MentionsTimeProperty, LooksAtTheFirstOccurrenceOfEachName) {
+TEST(TimePropertiesMentionsTest, LooksAtTheFirstOccurrenceOfEachName) {
     EXPECT_FALSE(MentionsTimeProperty(".DAY"));
     EXPECT_FALSE(MentionsTimeProperty(".DAY.DAY"));
     EXPECT_TRUE(MentionsTimeProperty(".DAY.HOUR"));
@@ -206,7 +206,7 @@ TEST(MentionsTimeProperty, LooksAtTheFirstOccurrenceOfEachName) {
 }
 
 // The rule as it is told, name by name, beside the faster search.
-TEST(MentionsTimeProperty, AgreesWithASearchForEachName) {
+TEST(TimePropertiesMentionsTest, AgreesWithASearchForEachName) {
     const std::vector<std::string> pieces = {"",      ".",    "A",    ".DAY", ".DAYOFWEEK",
                                              ".HOUR", "1",    ".MIN", ".SEC", "TIME",
                                              ".GMT",  "HOUR", ".x"};

@@ -11,7 +11,7 @@
 namespace kalvex {
 namespace {
 
-class DateFields : public testing::Test {
+class TimeTextDateTest : public testing::Test {
   protected:
     // The time and what is left of the text, or "failed" and what is left.
     std::string Parse(std::string_view text) {
@@ -31,7 +31,7 @@ class DateFields : public testing::Test {
     FakeScript script;
 };
 
-TEST_F(DateFields, MissingFieldsKeepTheirDefaults) {
+TEST_F(TimeTextDateTest, MissingFieldsKeepTheirDefaults) {
     EXPECT_EQ(Parse("2024"), At(Gmt(2023, 12, 31, 23)));
     EXPECT_EQ(Parse("2024 7"), At(Gmt(2024, 6, 30, 22)));
     EXPECT_EQ(Parse("2024 7 5"), At(Gmt(2024, 7, 4, 22)));
@@ -41,20 +41,20 @@ TEST_F(DateFields, MissingFieldsKeepTheirDefaults) {
     EXPECT_EQ(script.Error(), "0");
 }
 
-TEST_F(DateFields, SeventhNumberAndWhatDoesNotEvaluateAreLeft) {
+TEST_F(TimeTextDateTest, SeventhNumberAndWhatDoesNotEvaluateAreLeft) {
     EXPECT_EQ(Parse("2024 7 5 6 7 8 9"), At(Gmt(2024, 7, 5, 4, 7, 8), " 9"));
     EXPECT_EQ(Parse(" 2024 7 TO 2025"), At(Gmt(2024, 6, 30, 22), " TO 2025"));
     EXPECT_EQ(script.Error(), "3 TO");
 }
 
-TEST_F(DateFields, FieldsAreOperands) {
+TEST_F(TimeTextDateTest, FieldsAreOperands) {
     script.Local("ROK", CVal("2024"));
     script.Local("MIESIAC", CVal(7.9));
     EXPECT_EQ(Parse("ROK MIESIAC"), At(Gmt(2024, 6, 30, 22)));
     EXPECT_EQ(Parse("TIME.YEAR TIME.MONTH 1 6"), At(Gmt(2024, 3, 1, 5)));
 }
 
-TEST_F(DateFields, FirstNumberOfThreeThousandAndOneIsATime) {
+TEST_F(TimeTextDateTest, FirstNumberOfThreeThousandAndOneIsATime) {
     EXPECT_EQ(Parse("3001"), At(3001));
     EXPECT_EQ(Parse("1700000000"), At(1700000000));
     EXPECT_EQ(Parse("1700000000 99 99"), At(1700000000));
@@ -64,12 +64,12 @@ TEST_F(DateFields, FirstNumberOfThreeThousandAndOneIsATime) {
     EXPECT_EQ(Parse("TIME"), At(FakeScript::kStart));
 }
 
-TEST_F(DateFields, TimeBeyondAnIntDoesNotSurvive) {
+TEST_F(TimeTextDateTest, TimeBeyondAnIntDoesNotSurvive) {
     script.Local("T", CVal(std::int64_t{3000000000}));
     EXPECT_EQ(Parse("T"), At(std::numeric_limits<int>::max()));
 }
 
-TEST_F(DateFields, BoundsOfEachField) {
+TEST_F(TimeTextDateTest, BoundsOfEachField) {
     EXPECT_EQ(Parse("1970 1 1 1 0 0"), At(0));
     EXPECT_EQ(Parse("2024 12 31 23 59 59"), At(Gmt(2024, 12, 31, 22, 59, 59)));
     for (const char* text :
@@ -80,18 +80,18 @@ TEST_F(DateFields, BoundsOfEachField) {
     }
 }
 
-TEST_F(DateFields, DayPastTheEndOfItsMonthCarriesOver) {
+TEST_F(TimeTextDateTest, DayPastTheEndOfItsMonthCarriesOver) {
     EXPECT_EQ(Parse("2024 2 31"), At(Gmt(2024, 3, 1, 23)));
 }
 
-TEST_F(DateFields, FirstOperandThatFailsLeavesTheText) {
+TEST_F(TimeTextDateTest, FirstOperandThatFailsLeavesTheText) {
     EXPECT_EQ(Parse(" BRAK 7"), "failed | BRAK 7");
     EXPECT_EQ(script.Error(), "3 BRAK");
     EXPECT_EQ(Parse(""), "failed |");
     EXPECT_EQ(script.Error(), "3");
 }
 
-TEST_F(DateFields, RemoteValueIsAskedForQuietly) {
+TEST_F(TimeTextDateTest, RemoteValueIsAskedForQuietly) {
     script.Remote("Z").answer = ReadUnavailable;
     EXPECT_EQ(Parse("Z"), "failed |Z");
     EXPECT_EQ(script.Error(), "27 Z");
@@ -103,7 +103,7 @@ struct IntegerRow {
     std::string_view rest;
 };
 
-TEST(ScanInteger, WhiteSpaceSignAndDigits) {
+TEST(TimeTextIntegerTest, WhiteSpaceSignAndDigits) {
     constexpr IntegerRow kRows[] = {
         {"7", 7, ""},
         {"  7", 7, ""},
@@ -129,7 +129,7 @@ TEST(ScanInteger, WhiteSpaceSignAndDigits) {
     }
 }
 
-TEST(ScanInteger, NoDigitLeavesBothAlone) {
+TEST(TimeTextIntegerTest, NoDigitLeavesBothAlone) {
     for (std::string_view row : {"", " ", "x", "-", "+ 7", "- 7", "--7", ".5",
                                  "\xA0"
                                  "7"}) {
@@ -141,7 +141,7 @@ TEST(ScanInteger, NoDigitLeavesBothAlone) {
     }
 }
 
-class SleepText : public testing::Test {
+class TimeTextSleepTest : public testing::Test {
   protected:
     std::string Parse(std::string_view text) {
         script.ClearError();
@@ -155,14 +155,14 @@ class SleepText : public testing::Test {
     FakeScript script;
 };
 
-TEST_F(SleepText, ThreeForms) {
+TEST_F(TimeTextSleepTest, ThreeForms) {
     EXPECT_EQ(Parse("1:30.15"), "1h 30m 15s form 0");
     EXPECT_EQ(Parse("1.30"), "0h 1m 30s form 1");
     EXPECT_EQ(Parse("90"), "0h 0m 90s form 2");
     EXPECT_EQ(Parse("0:0.0"), "0h 0m 0s form 0");
 }
 
-TEST_F(SleepText, WhatStandsBehindTheNumbersIsLeftOut) {
+TEST_F(TimeTextSleepTest, WhatStandsBehindTheNumbersIsLeftOut) {
     EXPECT_EQ(Parse("1:30.15 po"), "1h 30m 15s form 0");
     EXPECT_EQ(Parse("1.30.15"), "0h 1m 30s form 1");
     EXPECT_EQ(Parse("90s"), "0h 0m 90s form 2");
@@ -171,14 +171,14 @@ TEST_F(SleepText, WhatStandsBehindTheNumbersIsLeftOut) {
     EXPECT_EQ(Parse("1.x"), "0h 0m 1s form 2");
 }
 
-TEST_F(SleepText, EachNumberMayHaveWhiteSpaceAndASign) {
+TEST_F(TimeTextSleepTest, EachNumberMayHaveWhiteSpaceAndASign) {
     EXPECT_EQ(Parse(" 1: 30. +15"), "1h 30m 15s form 0");
     EXPECT_EQ(Parse("-1:-30.-15"), "-1h -30m -15s form 0");
     EXPECT_EQ(Parse("1 :30.15"), "0h 0m 1s form 2");
     EXPECT_EQ(Parse("99999999999:1.2"), "2147483647h 1m 2s form 0");
 }
 
-TEST_F(SleepText, VariableHoldsTheText) {
+TEST_F(TimeTextSleepTest, VariableHoldsTheText) {
     script.Local("PAUZA", CVal("0:5.30"));
     script.Local("SEKUNDY", CVal(45));
     script.Local("ULAMEK", CVal(1.5));
@@ -189,12 +189,12 @@ TEST_F(SleepText, VariableHoldsTheText) {
     EXPECT_EQ(Parse("PAUZA.DREP"), "0h 2m 10s form 1");
 }
 
-TEST_F(SleepText, VariableNamedLikeANumberGoesFirst) {
+TEST_F(TimeTextSleepTest, VariableNamedLikeANumberGoesFirst) {
     script.Local("90", CVal(5));
     EXPECT_EQ(Parse("90"), "0h 0m 5s form 2");
 }
 
-TEST_F(SleepText, TextThatIsNoTimeFails) {
+TEST_F(TimeTextSleepTest, TextThatIsNoTimeFails) {
     script.Local("TEKST", CVal("wkrótce"));
     script.Local("NIC");
     script.Remote("Z").answer = ReadUnavailable;
@@ -205,7 +205,7 @@ TEST_F(SleepText, TextThatIsNoTimeFails) {
     EXPECT_EQ(Parse("Z"), "failed 0");
 }
 
-TEST_F(SleepText, LookupOfALiteralLeavesItsErrorBehind) {
+TEST_F(TimeTextSleepTest, LookupOfALiteralLeavesItsErrorBehind) {
     EXPECT_EQ(Parse("1:30.15"), "1h 30m 15s form 0");
     EXPECT_EQ(script.Error(), "3 1:30");
 }

@@ -16,7 +16,7 @@ std::vector<std::string> Texts(const CVariableList& list) {
     return texts;
 }
 
-TEST(Variable, BaseClassAnswersNothing) {
+TEST(VariableTest, BaseClassAnswersNothing) {
     CVariable variable("x");
     CVal value(7);
     std::uint16_t word = 9;
@@ -59,7 +59,7 @@ TEST(Variable, BaseClassAnswersNothing) {
     EXPECT_EQ(ValueToInt(value), 7);
 }
 
-TEST(VariableLocal, UnassignedReadsAsNoValue) {
+TEST(VariableLocalTest, UnassignedReadsAsNoValue) {
     CVariableLocal variable("A");
     CVal value(1);
     EXPECT_EQ(variable.GetKind(), VariableLocal);
@@ -68,7 +68,7 @@ TEST(VariableLocal, UnassignedReadsAsNoValue) {
     EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::None);
 }
 
-TEST(VariableLocal, FiveKindsAreReadableWhateverTheirStatus) {
+TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
     CVariableLocal variable("A");
     for (int kind = KindCurrent; kind <= KindSpan; ++kind) {
         CVal value(kind);
@@ -82,7 +82,7 @@ TEST(VariableLocal, FiveKindsAreReadableWhateverTheirStatus) {
     }
 }
 
-TEST(VariableLocal, OtherKindsAreNeverReadable) {
+TEST(VariableLocalTest, OtherKindsAreNeverReadable) {
     CVariableLocal variable("A");
     CVal value(5);
     for (int kind : {KindNone, KindArchive, ValueKind(7)}) {
@@ -93,7 +93,7 @@ TEST(VariableLocal, OtherKindsAreNeverReadable) {
     EXPECT_EQ(ValueToInt(value), 5);
 }
 
-TEST(VariableLocal, StatusAndTimeOfTheHourValueAreSetAndReportFailure) {
+TEST(VariableLocalTest, StatusAndTimeOfTheHourValueAreSetAndReportFailure) {
     CVariableLocal variable("A");
     EXPECT_EQ(variable.SetStatus(4, KindHour), 0);
     EXPECT_EQ(variable.SetTime(100, KindHour), 0);
@@ -111,7 +111,7 @@ TEST(VariableLocal, StatusAndTimeOfTheHourValueAreSetAndReportFailure) {
     EXPECT_EQ(variable.SetTime(1, KindArchive), 0);
 }
 
-TEST(VariableLocal, ServerOperationsSucceedAndDoNothing) {
+TEST(VariableLocalTest, ServerOperationsSucceedAndDoNothing) {
     CVariableLocal variable("A");
     CArchiveValueList list;
     EXPECT_EQ(variable.IsReportLoaded(KindHour), 1);
@@ -129,7 +129,7 @@ TEST(VariableLocal, ServerOperationsSucceedAndDoNothing) {
     EXPECT_EQ(variable.GetValueType(KindHour, 1), ValueType::None);
 }
 
-TEST(VariableLocal, ValueTextAlwaysLandsInTheCurrentValue) {
+TEST(VariableLocalTest, ValueTextAlwaysLandsInTheCurrentValue) {
     CVariableLocal variable("A");
     EXPECT_EQ(variable.SetValueText("12", KindDay), 1);
     CVal value;
@@ -143,7 +143,7 @@ TEST(VariableLocal, ValueTextAlwaysLandsInTheCurrentValue) {
     EXPECT_EQ(variable.GetNameValueText(text, KindArchive), 0);
 }
 
-TEST(VariableLocal, CopyCarriesStatusAndTime) {
+TEST(VariableLocalTest, CopyCarriesStatusAndTime) {
     CVariableLocal from("A");
     CVariableLocal to("B");
     CVal value(3.5);
@@ -160,7 +160,7 @@ TEST(VariableLocal, CopyCarriesStatusAndTime) {
     EXPECT_EQ(ValueToDouble(copied), 3.5);
 }
 
-TEST(VariableList, ReadsThroughItsIterator) {
+TEST(VariableListTest, ReadsThroughItsIterator) {
     CVariableList list("L");
     CVal value(9);
     EXPECT_EQ(list.GetKind(), VariableList);
@@ -174,7 +174,7 @@ TEST(VariableList, ReadsThroughItsIterator) {
     EXPECT_EQ(list.GetValue(value, KindHour, 1), 0);
 }
 
-TEST(VariableList, UnknownElementIsRefusedThoughFilledIn) {
+TEST(VariableListTest, UnknownElementIsRefusedThoughFilledIn) {
     CVariableList list("L");
     CVal element(4);
     element.SetStatus(Status::Unknown);
@@ -189,7 +189,7 @@ TEST(VariableList, UnknownElementIsRefusedThoughFilledIn) {
     EXPECT_EQ(list.GetNameValueText(text, KindCurrent), 0);
 }
 
-TEST(VariableList, WritesOverTheCurrentElement) {
+TEST(VariableListTest, WritesOverTheCurrentElement) {
     CVariableList list("L");
     EXPECT_EQ(list.SetValue(CVal(1), KindCurrent), 0);
     list.Add(CVal(1));
@@ -205,7 +205,7 @@ TEST(VariableList, WritesOverTheCurrentElement) {
     EXPECT_EQ(list.CopyFrom(&source, KindCurrent), 0);
 }
 
-TEST(VariableList, InsertGoesInFrontOrBehindTheEnd) {
+TEST(VariableListTest, InsertGoesInFrontOrBehindTheEnd) {
     CVariableList list("L");
     EXPECT_EQ(list.Insert(0, CVal("a")), 1);
     EXPECT_EQ(list.Insert(1, CVal("b")), 1);
@@ -215,7 +215,7 @@ TEST(VariableList, InsertGoesInFrontOrBehindTheEnd) {
     EXPECT_THAT(Texts(list), ElementsAre("a", "x", "b", "c"));
 }
 
-TEST(VariableList, RemovingStepsTheIteratorBack) {
+TEST(VariableListTest, RemovingStepsTheIteratorBack) {
     CVariableList list("L");
     for (int i = 0; i < 3; ++i) list.Add(CVal(i));
     list.MoveTo(2);
@@ -234,7 +234,7 @@ TEST(VariableList, RemovingStepsTheIteratorBack) {
     EXPECT_EQ(list.GetIterator(), -1);
 }
 
-TEST(VariableList, IteratorHasNoBounds) {
+TEST(VariableListTest, IteratorHasNoBounds) {
     CVariableList list("L");
     list.MoveTo(-5);
     EXPECT_EQ(list.GetIterator(), -5);
@@ -244,7 +244,7 @@ TEST(VariableList, IteratorHasNoBounds) {
     EXPECT_EQ(list.GetIterator(), -2147483647 - 1);
 }
 
-TEST(VariableList, ServerOperationsAnswerAsALocalVariable) {
+TEST(VariableListTest, ServerOperationsAnswerAsALocalVariable) {
     CVariableList list("L");
     CArchiveValueList values;
     EXPECT_EQ(list.IsReady(KindHour), 1);
@@ -254,7 +254,7 @@ TEST(VariableList, ServerOperationsAnswerAsALocalVariable) {
     EXPECT_EQ(list.FlushPuts(values), 0);
 }
 
-TEST(VariablePointer, PassesEveryOperationOn) {
+TEST(VariablePointerTest, PassesEveryOperationOn) {
     FakeScript script;
     CVariableLocal& target = script.Local("X", CVal(5));
     CVariablePointer& pointer = script.Pointer("P", "X");
@@ -284,7 +284,7 @@ TEST(VariablePointer, PassesEveryOperationOn) {
     EXPECT_EQ(script.Error(), "0");
 }
 
-TEST(VariablePointer, MissingTargetGivesTheBaseAnswersAndError3) {
+TEST(VariablePointerTest, MissingTargetGivesTheBaseAnswersAndError3) {
     FakeScript script;
     CVariablePointer& pointer = script.Pointer("P", "");
     CVal value;
@@ -296,7 +296,7 @@ TEST(VariablePointer, MissingTargetGivesTheBaseAnswersAndError3) {
     EXPECT_EQ(script.Error(), "3");
 }
 
-TEST(VariablePointer, PointersFollowEachOther) {
+TEST(VariablePointerTest, PointersFollowEachOther) {
     FakeScript script;
     script.Local("X", CVal(5));
     script.Pointer("P", "X");
@@ -307,7 +307,7 @@ TEST(VariablePointer, PointersFollowEachOther) {
     EXPECT_EQ(second.GetTargetKind(), VariablePointer);
 }
 
-TEST(VariablePointer, PointerThatReachesItselfEnds) {
+TEST(VariablePointerTest, PointerThatReachesItselfEnds) {
     FakeScript script;
     CVariablePointer& pointer = script.Pointer("P", "Q");
     script.Pointer("Q", "P");
@@ -316,7 +316,7 @@ TEST(VariablePointer, PointerThatReachesItselfEnds) {
     EXPECT_EQ(pointer.GetValueType(KindCurrent, 0), ValueType::Unreadable);
 }
 
-TEST(FindVariable, CutsAtTheFirstDotUnlessInFront) {
+TEST(VariableFindTest, CutsAtTheFirstDotUnlessInFront) {
     FakeScript script;
     script.Local("A");
     script.Local(".B");
@@ -327,7 +327,7 @@ TEST(FindVariable, CutsAtTheFirstDotUnlessInFront) {
     EXPECT_EQ(script.Error(), "3 a");
 }
 
-TEST(FindVariable, FindsAmongManyByExactName) {
+TEST(VariableFindTest, FindsAmongManyByExactName) {
     FakeScript script;
     for (int i = 0; i < 1000; ++i) script.Local("V" + std::to_string(i), CVal(i));
     CVal value;
@@ -339,7 +339,7 @@ TEST(FindVariable, FindsAmongManyByExactName) {
     }
 }
 
-TEST(VariableStatusAndTime, FollowTheSuffix) {
+TEST(VariableStatusAndTimeTest, FollowTheSuffix) {
     FakeScript script;
     CVariableLocal& variable = script.Local("A");
     variable.SetStatus(8, KindDay);

@@ -11,13 +11,13 @@
 namespace kalvex {
 namespace {
 
-TEST(AccountName, NamesTheAccountOfTheProcess) {
+TEST(AccountNameTest, NamesTheAccountOfTheProcess) {
     const passwd* account = getpwuid(geteuid());
     if (account == nullptr) GTEST_SKIP() << "this account has no name";
     EXPECT_EQ(ToUtf8(AccountName()), account->pw_name);
 }
 
-TEST(AccountName, AccountWithoutANameGivesItsNumber) {
+TEST(AccountNameTest, AccountWithoutANameGivesItsNumber) {
     constexpr uid_t kNobodyKnows = 2000000123;
     if (geteuid() != 0) GTEST_SKIP() << "only root may change its account";
     const pid_t child = fork();

@@ -31,13 +31,13 @@ std::string Replaced(std::string text, const std::string& old, const std::string
     return text.replace(text.find(old), old.size(), by);
 }
 
-TEST(IniText, ContentComesBackByteForByte) {
+TEST(IniTextTest, ContentComesBackByteForByte) {
     for (const std::string content : {"", "x", "[a", "a=b\n\r\n[]\r\nc", "\xEA\x9C=\xB3\r\r\n"}) {
         EXPECT_EQ(CIniText(content).GetContent(), content);
     }
 }
 
-TEST(IniText, ReadsValuesByNamesInAnyCase) {
+TEST(IniTextTest, ReadsValuesByNamesInAnyCase) {
     const CIniText text(kFile);
     EXPECT_EQ(text.Get("Konfiguracja", "Nazwa"), "Stacja 1");
     EXPECT_EQ(text.Get("KONFIGURACJA", "nazwa"), "Stacja 1");
@@ -45,50 +45,50 @@ TEST(IniText, ReadsValuesByNamesInAnyCase) {
     EXPECT_EQ(text.Get("Okna", "Nazwa"), std::nullopt);
 }
 
-TEST(IniText, PolishLettersHaveACaseToo) {
+TEST(IniTextTest, PolishLettersHaveACaseToo) {
     const CIniText text(FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
     EXPECT_EQ(text.Get("Okna", FromUtf8("częstotliwość")), "5");
 }
 
-TEST(IniText, ValueMayHoldEqualsSignsAndSemicolons) {
+TEST(IniTextTest, ValueMayHoldEqualsSignsAndSemicolons) {
     EXPECT_EQ(CIniText("[a]\nk=x=y ; z\n").Get("a", "k"), "x=y ; z");
 }
 
-TEST(IniText, QuotesKeepTheBlanksOfAValue) {
+TEST(IniTextTest, QuotesKeepTheBlanksOfAValue) {
     EXPECT_EQ(CIniText("[a]\nk = \" x \" \n").Get("a", "k"), " x ");
     EXPECT_EQ(CIniText("[a]\nk='x'\n").Get("a", "k"), "x");
     EXPECT_EQ(CIniText("[a]\nk=\"\n").Get("a", "k"), "\"");
 }
 
-TEST(IniText, CommentsAndLinesOutsideSectionsAreNoEntries) {
+TEST(IniTextTest, CommentsAndLinesOutsideSectionsAreNoEntries) {
     EXPECT_THAT(CIniText("k=0\n[a]\n;k=1\n#k=2\n[a\nk=3\nk=4\n").GetSection("a"),
                 ElementsAre(Pair("k", "3"), Pair("k", "4")));
 }
 
-TEST(IniText, SectionMayHaveSeveralHeadings) {
+TEST(IniTextTest, SectionMayHaveSeveralHeadings) {
     const CIniText text("[a]\nx=1\n[b]\ny=2\n[A]\nz=3\n");
     EXPECT_THAT(text.GetSection("a"), ElementsAre(Pair("x", "1"), Pair("z", "3")));
 }
 
-TEST(IniText, ChangeTouchesTheValueAlone) {
+TEST(IniTextTest, ChangeTouchesTheValueAlone) {
     CIniText text(kFile);
     EXPECT_TRUE(text.Set("Konfiguracja", "NAZWA", "Stacja 2"));
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "Nazwa = Stacja 1", "Nazwa = Stacja 2"));
 }
 
-TEST(IniText, NewKeyStandsBehindTheLastOfItsSection) {
+TEST(IniTextTest, NewKeyStandsBehindTheLastOfItsSection) {
     CIniText text(kFile);
     EXPECT_TRUE(text.Set("Konfiguracja", "Nowy", "5"));
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "Obcy=1\r\n", "Obcy=1\r\nNowy=5\r\n"));
 }
 
-TEST(IniText, NewSectionStandsAtTheEnd) {
+TEST(IniTextTest, NewSectionStandsAtTheEnd) {
     CIniText text(kFile);
     EXPECT_TRUE(text.Set("Okna", "Ikona", "0"));
     EXPECT_EQ(text.GetContent(), std::string(kFile) + "\r\n[Okna]\r\nIkona=0\r\n");
 }
 
-TEST(IniText, NewTextHasTheLineEndsOfTheFile) {
+TEST(IniTextTest, NewTextHasTheLineEndsOfTheFile) {
     CIniText empty("");
     empty.Set("a", "k", "1");
     EXPECT_EQ(empty.GetContent(), "[a]\r\nk=1\r\n");
@@ -97,7 +97,7 @@ TEST(IniText, NewTextHasTheLineEndsOfTheFile) {
     EXPECT_EQ(plain.GetContent(), "[a]\nx=1\nk=1\n");
 }
 
-TEST(IniText, WhatIsWrittenReadsBack) {
+TEST(IniTextTest, WhatIsWrittenReadsBack) {
     for (const std::string value : {"", " ", "\t x", "\"x\"", "'x'", "\"", "a=b", ";a", "[a]"}) {
         CIniText text("[a]\nk=old\n");
         EXPECT_TRUE(text.Set("a", "k", value));
@@ -105,7 +105,7 @@ TEST(IniText, WhatIsWrittenReadsBack) {
     }
 }
 
-TEST(IniText, TextsWithoutAFormAreRefused) {
+TEST(IniTextTest, TextsWithoutAFormAreRefused) {
     CIniText text(kFile);
     EXPECT_FALSE(text.Set("a", "k", "x\ny"));
     EXPECT_FALSE(text.Set("a", "k\r", "x"));
@@ -119,14 +119,14 @@ TEST(IniText, TextsWithoutAFormAreRefused) {
     EXPECT_EQ(text.GetContent(), kFile);
 }
 
-TEST(IniText, RemovedKeyLeavesTheRest) {
+TEST(IniTextTest, RemovedKeyLeavesTheRest) {
     CIniText text(kFile);
     text.Remove("autostart", "procedura1");
     text.Remove("Autostart", "Procedura7");
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "Procedura1=b.kx\r\n", ""));
 }
 
-TEST(IniText, RemovedSectionLeavesTheCommentOfTheNext) {
+TEST(IniTextTest, RemovedSectionLeavesTheCommentOfTheNext) {
     CIniText text(kFile);
     text.RemoveSection("Autostart");
     EXPECT_EQ(text.GetContent(), Replaced(kFile,
@@ -135,14 +135,14 @@ TEST(IniText, RemovedSectionLeavesTheCommentOfTheNext) {
                                           ""));
 }
 
-TEST(IniText, ReplacedSectionKeepsItsPlaceAndItsComments) {
+TEST(IniTextTest, ReplacedSectionKeepsItsPlaceAndItsComments) {
     CIniText text(kFile);
     EXPECT_TRUE(text.SetSection("Autostart", {{"Procedura0", "c.kx"}}));
     EXPECT_EQ(text.GetContent(),
               Replaced(Replaced(kFile, "a.kx", "c.kx"), "Procedura1=b.kx\r\n", ""));
 }
 
-TEST(IniText, ReplacedSectionTakesNewKeysInOrder) {
+TEST(IniTextTest, ReplacedSectionTakesNewKeysInOrder) {
     CIniText text(kFile);
     EXPECT_TRUE(text.SetSection(
         "Autostart", {{"Procedura0", "a.kx"}, {"Procedura1", "b.kx"}, {"Procedura2", "c.kx"}}));

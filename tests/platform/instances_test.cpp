@@ -8,7 +8,7 @@ namespace kalvex {
 namespace {
 
 // Two objects are two processes: a lock belongs to the opening of its file.
-TEST(Instances, OneProcessIsThePrimaryOne) {
+TEST(InstancesTest, OneProcessIsThePrimaryOne) {
     const ScratchFolder folder;
     auto first = std::make_unique<FileInstances>(folder.Path("run/sorvane"));
     FileInstances second(folder.Path("run/sorvane"));
@@ -22,7 +22,7 @@ TEST(Instances, OneProcessIsThePrimaryOne) {
     EXPECT_TRUE(second.SetPrimaryInstance("Kalvex"));
 }
 
-TEST(Instances, EachNameAndNumberRunsOnce) {
+TEST(InstancesTest, EachNameAndNumberRunsOnce) {
     const ScratchFolder folder;
     auto first = std::make_unique<FileInstances>(folder.Path());
     FileInstances second(folder.Path());
@@ -36,7 +36,7 @@ TEST(Instances, EachNameAndNumberRunsOnce) {
     EXPECT_TRUE(second.LockInstance("Kalvex", 1, error));
 }
 
-TEST(Instances, FolderThatCannotBeMadeIsTold) {
+TEST(InstancesTest, FolderThatCannotBeMadeIsTold) {
     const ScratchFolder folder;
     folder.Put("plik", "");
     FileInstances instances(folder.Path("plik/run"));

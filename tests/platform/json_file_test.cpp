@@ -25,7 +25,7 @@ std::string Fault(std::string_view content) {
     return scratch.WithoutPath(file.GetFault());
 }
 
-TEST(JsonFile, KeepsTheFormOfEachValue) {
+TEST(JsonFileTest, KeepsTheFormOfEachValue) {
     const JsonNode root = Read(R"([null, true, false, 12, -3, 1.5, 2.0, 1e3, "tekst", [], {}])");
     ASSERT_EQ(root.type, Type::Array);
     ASSERT_EQ(root.items.size(), 11u);
@@ -47,7 +47,7 @@ TEST(JsonFile, KeepsTheFormOfEachValue) {
     EXPECT_EQ(root.items[10].type, Type::Object);
 }
 
-TEST(JsonFile, IntegerBeyond64BitsIsReal) {
+TEST(JsonFileTest, IntegerBeyond64BitsIsReal) {
     const JsonNode root = Read("[9223372036854775807, 9223372036854775808]");
     EXPECT_EQ(root.items[0].type, Type::Integer);
     EXPECT_EQ(root.items[0].integer, INT64_MAX);
@@ -55,7 +55,7 @@ TEST(JsonFile, IntegerBeyond64BitsIsReal) {
     EXPECT_EQ(root.items[1].real, 9223372036854775808.0);
 }
 
-TEST(JsonFile, EachValueKnowsItsLine) {
+TEST(JsonFileTest, EachValueKnowsItsLine) {
     const JsonNode root = Read("\n{\"a\":\n 12\n,\r\n\"b\": [\n\"x\",\n[\n]], \"c\"\n: null}\n");
     EXPECT_EQ(root.line, 2);
     EXPECT_EQ(root.Find("a")->line, 3);
@@ -65,21 +65,21 @@ TEST(JsonFile, EachValueKnowsItsLine) {
     EXPECT_EQ(root.Find("c")->line, 9);
 }
 
-TEST(JsonFile, MembersAreFoundByNameAndTheLastOfLikeNamesCounts) {
+TEST(JsonFileTest, MembersAreFoundByNameAndTheLastOfLikeNamesCounts) {
     const JsonNode root = Read(R"({"a": 1, "b": 2, "a": 3})");
     EXPECT_EQ(root.Find("a")->integer, 3);
     EXPECT_EQ(root.Find("b")->integer, 2);
     EXPECT_EQ(root.Find("c"), nullptr);
 }
 
-TEST(JsonFile, MissingFileIsTold) {
+TEST(JsonFileTest, MissingFileIsTold) {
     CJsonFile file("/nie/ma/takiego.json");
     JsonNode root;
     EXPECT_FALSE(file.Read(root));
     EXPECT_EQ(file.GetFault(), "/nie/ma/takiego.json: No such file or directory");
 }
 
-TEST(JsonFile, FaultOfFormHasItsLine) {
+TEST(JsonFileTest, FaultOfFormHasItsLine) {
     EXPECT_EQ(Fault(""),
               "FILE:1: syntax error while parsing value - unexpected end of input; expected '[', "
               "'{', or a literal");
@@ -96,13 +96,13 @@ TEST(JsonFile, FaultOfFormHasItsLine) {
     EXPECT_EQ(Fault("[\n1e999]"), "FILE:2: number overflow parsing '1e999'");
 }
 
-TEST(JsonFile, DeepBracketsAreRefused) {
+TEST(JsonFileTest, DeepBracketsAreRefused) {
     EXPECT_EQ(Read(std::string(64, '[') + std::string(64, ']')).items.size(), 1u);
     EXPECT_EQ(Fault("\n" + std::string(65, '[') + std::string(65, ']')),
               "FILE:2: brackets are more than 64 deep");
 }
 
-TEST(JsonFile, FieldsAreTakenByTypeAndRange) {
+TEST(JsonFileTest, FieldsAreTakenByTypeAndRange) {
     const ScratchFile scratch("{\n\"n\": 5,\n\"t\": \"x\",\n\"r\": 1.0\n}");
     const auto integer = [&scratch](std::string_view name, IntegerRange range) {
         CJsonFile file(scratch.Path());

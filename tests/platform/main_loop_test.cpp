@@ -6,16 +6,14 @@
 #include <thread>
 #include <vector>
 
-#include "platform/FileLock.h"
 #include "platform/posix/PosixMainLoop.h"
-#include "support/scratch_folder.h"
 
 namespace kalvex {
 namespace {
 
 using testing::ElementsAre;
 
-TEST(PostedWorkTest, WorkIsDoneInOrderAndOnce) {
+TEST(MainLoopPostedWorkTest, WorkIsDoneInOrderAndOnce) {
     PostedWork loop;
     std::vector<int> done;
     EXPECT_FALSE(loop.Run());
@@ -32,7 +30,7 @@ TEST(PostedWorkTest, WorkIsDoneInOrderAndOnce) {
     EXPECT_FALSE(loop.Run());
 }
 
-TEST(PostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
+TEST(MainLoopPostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
     int wakes = 0;
     PostedWork loop([&] { ++wakes; });
     loop.Post([] {});
@@ -43,7 +41,7 @@ TEST(PostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
     EXPECT_EQ(wakes, 2);
 }
 
-TEST(PostedWorkTest, WaitsForAnotherThread) {
+TEST(MainLoopPostedWorkTest, WaitsForAnotherThread) {
     PostedWork loop;
     std::thread::id doneOn;
     std::thread other([&] { loop.Post([&] { doneOn = std::this_thread::get_id(); }); });
@@ -52,7 +50,7 @@ TEST(PostedWorkTest, WaitsForAnotherThread) {
     EXPECT_EQ(doneOn, std::this_thread::get_id());
 }
 
-TEST(PosixMainLoopTest, DoesPostedWorkTimersAndSignals) {
+TEST(MainLoopTest, DoesPostedWorkTimersAndSignals) {
     PosixMainLoop loop;
     std::vector<std::string> done;
     loop.OnSignal(SIGUSR1, [&] {
@@ -70,7 +68,7 @@ TEST(PosixMainLoopTest, DoesPostedWorkTimersAndSignals) {
     EXPECT_GE(ticks, 3);
 }
 
-TEST(PosixMainLoopTest, TimerCanCancelItselfAndAnotherThatIsDue) {
+TEST(MainLoopTest, TimerCanCancelItselfAndAnotherThatIsDue) {
     PosixMainLoop loop;
     int first = 0;
     int second = 0;
@@ -87,7 +85,7 @@ TEST(PosixMainLoopTest, TimerCanCancelItselfAndAnotherThatIsDue) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(PosixMainLoopTest, WaitsNoLongerThanItIsToldBeforehand) {
+TEST(MainLoopTest, WaitsNoLongerThanItIsToldBeforehand) {
     PosixMainLoop loop;
     std::vector<std::optional<std::int64_t>> waits{0, 300, 1000};
     int ended = 0;
@@ -103,7 +101,7 @@ TEST(PosixMainLoopTest, WaitsNoLongerThanItIsToldBeforehand) {
     EXPECT_EQ(ended, 2);
 }
 
-TEST(PosixMainLoopTest, EndOfAWaitComesBeforePostedWork) {
+TEST(MainLoopTest, EndOfAWaitComesBeforePostedWork) {
     PosixMainLoop loop;
     std::vector<std::string> done;
     loop.AroundWait([]() -> std::optional<std::int64_t> { return std::nullopt; },
@@ -114,24 +112,6 @@ TEST(PosixMainLoopTest, EndOfAWaitComesBeforePostedWork) {
     });
     loop.Run();
     EXPECT_THAT(done, ElementsAre("woken", "posted"));
-}
-
-TEST(FileLockTest, OneHasItAtATime) {
-    const ScratchFolder folder;
-    const std::string path = folder.Path("lock");
-    FileLock first;
-    FileLock second;
-    bool taken = true;
-    std::string error;
-    ASSERT_TRUE(first.Acquire(path, taken, error)) << error;
-    EXPECT_FALSE(second.Acquire(path, taken, error));
-    EXPECT_TRUE(taken);
-    first.Release();
-    EXPECT_TRUE(second.Acquire(path, taken, error)) << error;
-    EXPECT_FALSE(taken);
-    EXPECT_FALSE(first.Acquire(folder.Path("no/such/folder"), taken, error));
-    EXPECT_FALSE(taken);
-    EXPECT_EQ(error, "No such file or directory");
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Threads, WorkIsDoneUnderItsIdentityAndWithoutSignals) {
+TEST(NetworkProbesThreadsTest, WorkIsDoneUnderItsIdentityAndWithoutSignals) {
     SetThreadIdentity({"MainThread", 101});
     std::string name;
     std::string shown(16, '\0');
@@ -48,31 +48,31 @@ TEST(Threads, WorkIsDoneUnderItsIdentityAndWithoutSignals) {
     EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
 }
 
-class ConnectTcpTest : public testing::Test {
+class NetworkProbesTcpTest : public testing::Test {
   protected:
     PosixNetworkProbes probes;
 };
 
-TEST_F(ConnectTcpTest, ListeningPortTakesTheConnection) {
+TEST_F(NetworkProbesTcpTest, ListeningPortTakesTheConnection) {
     const LoopbackPort port(true);
     const TcpOutcome outcome = probes.ConnectTcp("127.0.0.1", port.Number());
     EXPECT_EQ(outcome.failed, TcpStep::None);
     EXPECT_EQ(outcome.error, "");
 }
 
-TEST_F(ConnectTcpTest, NameIsLookedUp) {
+TEST_F(NetworkProbesTcpTest, NameIsLookedUp) {
     const LoopbackPort port(true);
     EXPECT_EQ(probes.ConnectTcp("localhost", port.Number()).failed, TcpStep::None);
 }
 
-TEST_F(ConnectTcpTest, RefusedPortIsToldInTheSystemsWords) {
+TEST_F(NetworkProbesTcpTest, RefusedPortIsToldInTheSystemsWords) {
     const LoopbackPort port(false);
     const TcpOutcome outcome = probes.ConnectTcp("127.0.0.1", port.Number());
     EXPECT_EQ(outcome.failed, TcpStep::Connect);
     EXPECT_EQ(outcome.error, "Connection refused");
 }
 
-TEST_F(ConnectTcpTest, AddressThatIsNoneIsToldInTheSystemsWords) {
+TEST_F(NetworkProbesTcpTest, AddressThatIsNoneIsToldInTheSystemsWords) {
     const std::string tooLong(64, 'x');  // for a part of a name
     for (const std::string& address : {std::string(), tooLong}) {
         const TcpOutcome outcome = probes.ConnectTcp(address, 80);
@@ -81,7 +81,7 @@ TEST_F(ConnectTcpTest, AddressThatIsNoneIsToldInTheSystemsWords) {
     }
 }
 
-TEST_F(ConnectTcpTest, NoDescriptorLeftIsAFailureOfTheSocket) {
+TEST_F(NetworkProbesTcpTest, NoDescriptorLeftIsAFailureOfTheSocket) {
     std::vector<int> taken;
     rlimit kept{};
     getrlimit(RLIMIT_NOFILE, &kept);
@@ -97,7 +97,7 @@ TEST_F(ConnectTcpTest, NoDescriptorLeftIsAFailureOfTheSocket) {
     EXPECT_EQ(outcome.error, "Too many open files");
 }
 
-class FtpSessionTest : public testing::Test {
+class NetworkProbesFtpTest : public testing::Test {
   protected:
     FtpLogin Login(const FtpResponder& server) const {
         return {"127.0.0.1", server.Port(), "operator", "tajne"};
@@ -108,7 +108,7 @@ class FtpSessionTest : public testing::Test {
     std::string error;
 };
 
-TEST_F(FtpSessionTest, LogsInAndSaysGoodbye) {
+TEST_F(NetworkProbesFtpTest, LogsInAndSaysGoodbye) {
     FtpResponder server;
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
     EXPECT_EQ(session->GetGreeting(), "220 Serwer\r\n");
@@ -117,7 +117,7 @@ TEST_F(FtpSessionTest, LogsInAndSaysGoodbye) {
                 ElementsAre("connect", "USER operator", "PASS tajne", "PWD", "QUIT"));
 }
 
-TEST_F(FtpSessionTest, GreetingHasAllItsLinesAndNoMore) {
+TEST_F(NetworkProbesFtpTest, GreetingHasAllItsLinesAndNoMore) {
     FtpResponder server(
         {{"greeting", "220-FileZilla Server 1.7\r\n220-220 nie koniec\r\n220 Witamy"},
          {"PASS", "230-Dużo\r\n230 słów"}});
@@ -126,7 +126,7 @@ TEST_F(FtpSessionTest, GreetingHasAllItsLinesAndNoMore) {
               "220-FileZilla Server 1.7\r\n220-220 nie koniec\r\n220 Witamy\r\n");
 }
 
-TEST_F(FtpSessionTest, CommandGoesOverTheSameConnectionAndMayBeRefused) {
+TEST_F(NetworkProbesFtpTest, CommandGoesOverTheSameConnectionAndMayBeRefused) {
     FtpResponder server(FtpResponder::Answers{{"OPTS", "501 Nie rozumiem"}});
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
     session->Command("OPTS UTF8 OFF");
@@ -135,7 +135,7 @@ TEST_F(FtpSessionTest, CommandGoesOverTheSameConnectionAndMayBeRefused) {
                                                "OPTS UTF8 OFF", "QUIT"));
 }
 
-TEST_F(FtpSessionTest, BytesOfUserAndPasswordArriveAsTheyAre) {
+TEST_F(NetworkProbesFtpTest, BytesOfUserAndPasswordArriveAsTheyAre) {
     FtpResponder server;
     EXPECT_TRUE(session->Connect({"127.0.0.1", server.Port(), "u@\xB9:x", "a b/%41"}, error))
         << error;
@@ -143,7 +143,7 @@ TEST_F(FtpSessionTest, BytesOfUserAndPasswordArriveAsTheyAre) {
     EXPECT_EQ(server.Commands()[2], "PASS a b/%41");
 }
 
-TEST_F(FtpSessionTest, RefusedLoginFailsAndTheNextTryBeginsAnew) {
+TEST_F(NetworkProbesFtpTest, RefusedLoginFailsAndTheNextTryBeginsAnew) {
     FtpResponder server(FtpResponder::Answers{{"PASS", "530 Nie"}});
     EXPECT_FALSE(session->Connect(Login(server), error));
     EXPECT_EQ(error, "Access denied: 530");
@@ -153,34 +153,34 @@ TEST_F(FtpSessionTest, RefusedLoginFailsAndTheNextTryBeginsAnew) {
     EXPECT_EQ(std::count(commands.begin(), commands.end(), "connect"), 2);
 }
 
-TEST_F(FtpSessionTest, ServerThatHangsUpFails) {
+TEST_F(NetworkProbesFtpTest, ServerThatHangsUpFails) {
     FtpResponder server(FtpResponder::Answers{{"greeting", "hangup"}});
     EXPECT_FALSE(session->Connect(Login(server), error));
     EXPECT_NE(error, "");
 }
 
-TEST_F(FtpSessionTest, RefusedPortFails) {
+TEST_F(NetworkProbesFtpTest, RefusedPortFails) {
     const LoopbackPort port(false);
     EXPECT_FALSE(session->Connect({"127.0.0.1", port.Number(), "u", "p"}, error));
     EXPECT_NE(error, "");
     EXPECT_FALSE(session->Close());
 }
 
-TEST_F(FtpSessionTest, AddressWithAPortIsNoAddress) {
+TEST_F(NetworkProbesFtpTest, AddressWithAPortIsNoAddress) {
     FtpResponder server;
     const std::string address = "127.0.0.1:" + std::to_string(server.Port());
     EXPECT_FALSE(session->Connect({address, server.Port(), "u", "p"}, error));
     EXPECT_THAT(server.Commands(), ElementsAre());
 }
 
-TEST_F(FtpSessionTest, ConnectionThatTheServerEndedIsNotThereToClose) {
+TEST_F(NetworkProbesFtpTest, ConnectionThatTheServerEndedIsNotThereToClose) {
     FtpResponder server(FtpResponder::Answers{{"NOOP", "hangup"}});
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
     session->Command("NOOP");
     EXPECT_FALSE(session->Close());
 }
 
-TEST(Ping, RequestHasThirtyTwoCountingBytesAndARightChecksum) {
+TEST(NetworkProbesEchoTest, RequestHasThirtyTwoCountingBytesAndARightChecksum) {
     const std::vector<std::uint8_t> packet = MakeEchoRequest(0x1234, 0x0102);
     ASSERT_EQ(packet.size(), 40U);
     EXPECT_THAT(std::vector(packet.begin(), packet.begin() + 2), ElementsAre(8, 0));
@@ -192,7 +192,7 @@ TEST(Ping, RequestHasThirtyTwoCountingBytesAndARightChecksum) {
     EXPECT_EQ(InternetChecksum(packet), 0);
 }
 
-TEST(Ping, ChecksumIsThatOfTheInternet) {
+TEST(NetworkProbesEchoTest, ChecksumIsThatOfTheInternet) {
     // The words 0001 f203 f4f5 f6f7 add up to 2 ddf0, with the carry ddf2.
     const std::uint8_t bytes[] = {0x00, 0x01, 0xF2, 0x03, 0xF4, 0xF5, 0xF6, 0xF7};
     EXPECT_EQ(InternetChecksum(bytes), 0x220D);
@@ -200,7 +200,7 @@ TEST(Ping, ChecksumIsThatOfTheInternet) {
     EXPECT_EQ(InternetChecksum(odd), 0x0DFE);
 }
 
-TEST(Ping, WordOfARouterBecomesItsNumber) {
+TEST(NetworkProbesEchoTest, WordOfARouterBecomesItsNumber) {
     EXPECT_EQ(ResultOfIcmp(3, 0), -11002);
     EXPECT_EQ(ResultOfIcmp(3, 1), -11003);
     EXPECT_EQ(ResultOfIcmp(3, 2), -11004);
@@ -233,7 +233,7 @@ Bytes InPacket(const Bytes& message, std::uint8_t protocol = 1) {
     return Joined(header, message);
 }
 
-TEST(Ping, RawSocketPicksItsOwnReply) {
+TEST(NetworkProbesEchoTest, RawSocketPicksItsOwnReply) {
     Bytes reply = MakeEchoRequest(7, 1);
     EXPECT_EQ(ReadRawPacket(InPacket(reply), 7, 1).answer, EchoAnswer::Foreign);
     reply[0] = 0;
@@ -243,7 +243,7 @@ TEST(Ping, RawSocketPicksItsOwnReply) {
     EXPECT_EQ(ReadRawPacket(InPacket(reply, 17), 7, 1).answer, EchoAnswer::Foreign);
 }
 
-TEST(Ping, RawSocketPicksTheRefusalOfItsOwnRequest) {
+TEST(NetworkProbesEchoTest, RawSocketPicksTheRefusalOfItsOwnRequest) {
     const Bytes refusal = Joined({11, 0, 0, 0, 0, 0, 0, 0}, InPacket(MakeEchoRequest(7, 1)));
     const EchoReading reading = ReadRawPacket(InPacket(refusal), 7, 1);
     EXPECT_EQ(reading.answer, EchoAnswer::Refusal);
@@ -251,7 +251,7 @@ TEST(Ping, RawSocketPicksTheRefusalOfItsOwnRequest) {
     EXPECT_EQ(ReadRawPacket(InPacket(refusal), 8, 1).answer, EchoAnswer::Foreign);
 }
 
-TEST(Ping, RawSocketPassesOverPacketsThatAreCutShort) {
+TEST(NetworkProbesEchoTest, RawSocketPassesOverPacketsThatAreCutShort) {
     const Bytes quoted = Cut(InPacket(MakeEchoRequest(7, 1)), 32);
     const Bytes whole = InPacket(Joined({3, 1, 0, 0, 0, 0, 0, 0}, quoted));
     ASSERT_EQ(ReadRawPacket(whole, 7, 1).answer, EchoAnswer::Refusal);
@@ -261,7 +261,7 @@ TEST(Ping, RawSocketPassesOverPacketsThatAreCutShort) {
 }
 
 // A network of its own, in which the test makes the rules; for root only.
-class OwnNetworkTest : public testing::Test {
+class NetworkProbesOwnNetworkTest : public testing::Test {
   protected:
     void SetUp() override {
         m_kept = open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
@@ -293,19 +293,19 @@ class OwnNetworkTest : public testing::Test {
     bool m_unshared = false;
 };
 
-TEST_F(OwnNetworkTest, EchoComesBackThroughADatagramSocket) {
+TEST_F(NetworkProbesOwnNetworkTest, EchoComesBackThroughADatagramSocket) {
     BringLoopbackUp();
     Set("ping_group_range", "0 0");
     EXPECT_GE(probes.Ping("127.0.0.1", 60000), 0);
 }
 
-TEST_F(OwnNetworkTest, EchoComesBackThroughARawSocketWhereTheOtherIsRefused) {
+TEST_F(NetworkProbesOwnNetworkTest, EchoComesBackThroughARawSocketWhereTheOtherIsRefused) {
     BringLoopbackUp();
     Set("ping_group_range", "1 0");
     EXPECT_GE(probes.Ping("127.0.0.1", 60000), 0);
 }
 
-TEST_F(OwnNetworkTest, HostThatKeepsSilentGivesNoReply) {
+TEST_F(NetworkProbesOwnNetworkTest, HostThatKeepsSilentGivesNoReply) {
     BringLoopbackUp();
     Set("icmp_echo_ignore_all", "1");
     Set("ping_group_range", "0 0");
@@ -315,11 +315,11 @@ TEST_F(OwnNetworkTest, HostThatKeepsSilentGivesNoReply) {
     EXPECT_EQ(probes.Ping("127.0.0.1", 1), -1);
 }
 
-TEST_F(OwnNetworkTest, NetworkThatIsNotThereIsUnreachable) {
+TEST_F(NetworkProbesOwnNetworkTest, NetworkThatIsNotThereIsUnreachable) {
     EXPECT_EQ(probes.Ping("127.0.0.1", 60000), -11002);
 }
 
-TEST_F(OwnNetworkTest, SocketsThatAreRefusedAreAMatterOfPermission) {
+TEST_F(NetworkProbesOwnNetworkTest, SocketsThatAreRefusedAreAMatterOfPermission) {
     BringLoopbackUp();
     Set("ping_group_range", "1 0");
     ASSERT_EQ(seteuid(65534), 0);
@@ -327,13 +327,13 @@ TEST_F(OwnNetworkTest, SocketsThatAreRefusedAreAMatterOfPermission) {
     ASSERT_EQ(seteuid(0), 0);
 }
 
-TEST(PingProbe, AddressThatIsNoneIsNotLookedFor) {
+TEST(NetworkProbesPingTest, AddressThatIsNoneIsNotLookedFor) {
     PosixNetworkProbes probes;
     EXPECT_EQ(probes.Ping("", 60000), -3);
     EXPECT_EQ(probes.Ping(std::string(64, 'x'), 60000), -3);
 }
 
-TEST(NoProbes, NoThreadIsStarted) {
+TEST(NetworkProbesNoneTest, NoThreadIsStarted) {
     EXPECT_FALSE(NoProbes().StartThread({"ExecutePingThread", 102}, [] {}).joinable());
 }
 

@@ -295,7 +295,7 @@ TEST_F(ProcessesTest, CloseRequestIsASignalThatTheProgramMayTakeItsOwnWay) {
     EXPECT_FALSE(processes.RequestClose(id));
 }
 
-TEST(NoProcesses, EveryAttemptFails) {
+TEST(ProcessesNoneTest, EveryAttemptFails) {
     std::string error;
     Processes& none = NoProcesses();
     EXPECT_EQ(none.Start({"/bin/true", {}, {}}, error), 0);

@@ -232,7 +232,7 @@ TEST_F(UserStoreTest, SessionHoldsTheUserWhoLoggedIn) {
     EXPECT_FALSE(session.CheckRight(1));
 }
 
-TEST(RightTextTest, IsALevelOrNoNumber) {
+TEST(UserStoreRightTextTest, IsALevelOrNoNumber) {
     for (const char* right : {"0", "100", "007", "gaz", "gaz 2", "-1"}) {
         EXPECT_TRUE(IsRightText(right)) << right;
     }

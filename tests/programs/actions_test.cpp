@@ -18,7 +18,7 @@ std::string Fault(std::string_view content) {
     return scratch.WithoutPath(fault);
 }
 
-TEST(Actions, EachIsRead) {
+TEST(ActionsTest, EachIsRead) {
     const ScratchFile scratch(R"([
         {"atTick": 1, "script": 0, "do": "start"},
         {"atTick": 1, "script": 1, "do": "stop"},
@@ -44,7 +44,7 @@ TEST(Actions, EachIsRead) {
     EXPECT_EQ(actions[7].text, FromUtf8("#1,5 ż"));
 }
 
-TEST(Actions, AnEmptyListIsNoFault) {
+TEST(ActionsTest, AnEmptyListIsNoFault) {
     const ScratchFile scratch("[]");
     std::vector<Action> actions;
     std::string fault;
@@ -58,9 +58,9 @@ struct FaultCase {
     const char* fault;
 };
 
-class ActionFault : public testing::TestWithParam<FaultCase> {};
+class ActionsFaultTest : public testing::TestWithParam<FaultCase> {};
 
-TEST_P(ActionFault, IsToldWithItsLine) {
+TEST_P(ActionsFaultTest, IsToldWithItsLine) {
     EXPECT_EQ(Fault(GetParam().content), GetParam().fault);
 }
 
@@ -104,7 +104,7 @@ constexpr FaultCase kFaults[] = {
      "FILE:2: syntax error while parsing object key - unexpected '}'; expected string literal"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Actions, ActionFault, testing::ValuesIn(kFaults),
+INSTANTIATE_TEST_SUITE_P(Actions, ActionsFaultTest, testing::ValuesIn(kFaults),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -20,7 +20,7 @@ std::string Record(FakeScript& script, std::string_view name) {
 
 constexpr const char* kEmpty = R"({"type":255,"status":0,"time":0,"value":null,"text":""})";
 
-TEST(JsonResult, CellOfEachType) {
+TEST(JsonResultTest, CellOfEachType) {
     EXPECT_EQ(Cell(CVal()), kEmpty);
     EXPECT_EQ(Cell(CVal(true)), R"({"type":120,"status":0,"time":0,"value":1,"text":"1"})");
     EXPECT_EQ(Cell(CVal(short{-3})), R"({"type":140,"status":0,"time":0,"value":-3,"text":"-3"})");
@@ -35,7 +35,7 @@ TEST(JsonResult, CellOfEachType) {
               R"({"type":190,"status":0,"time":0,"value":"łą\"ka","text":"łą\"ka"})");
 }
 
-TEST(JsonResult, DoubleThatIsNotFiniteHasNoValue) {
+TEST(JsonResultTest, DoubleThatIsNotFiniteHasNoValue) {
     const double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(Cell(CVal(infinity)),
               R"({"type":171,"status":0,"time":0,"value":null,"text":"inf"})");
@@ -45,14 +45,14 @@ TEST(JsonResult, DoubleThatIsNotFiniteHasNoValue) {
               R"({"type":171,"status":0,"time":0,"value":null,"text":"nan"})");
 }
 
-TEST(JsonResult, CellHasStatusAndTime) {
+TEST(JsonResultTest, CellHasStatusAndTime) {
     CVal value(5);
     value.SetStatus(Status::SetByUser | Status::Supervisory);
     value.SetTime(-1);
     EXPECT_EQ(Cell(value), R"({"type":150,"status":32800,"time":-1,"value":5,"text":"5"})");
 }
 
-TEST(JsonResult, LocalHasItsFiveValues) {
+TEST(JsonResultTest, LocalHasItsFiveValues) {
     FakeScript script;
     CVariableLocal& local = script.Local("ŁĄKA", CVal(1));
     local.SetValue(CVal(2), KindHour);
@@ -67,7 +67,7 @@ TEST(JsonResult, LocalHasItsFiveValues) {
                   R"(,"SREP":{"type":150,"status":0,"time":0,"value":5,"text":"5"}}})");
 }
 
-TEST(JsonResult, PointerHasItsTarget) {
+TEST(JsonResultTest, PointerHasItsTarget) {
     FakeScript script;
     script.Pointer("W", "Żółw");
     script.Pointer("PUSTY", "");
@@ -76,7 +76,7 @@ TEST(JsonResult, PointerHasItsTarget) {
     EXPECT_EQ(script.Error(), "0");
 }
 
-TEST(JsonResult, ListHasItsElementsUsableOrNot) {
+TEST(JsonResultTest, ListHasItsElementsUsableOrNot) {
     FakeScript script;
     CVal unknown(4);
     unknown.SetStatus(Status::Unknown);

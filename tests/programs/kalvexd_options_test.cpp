@@ -13,7 +13,7 @@ KalvexdLine Parse(const std::vector<std::string>& arguments) {
     return ParseKalvexdLine(arguments, "/srv");
 }
 
-TEST(KalvexdOptions, WithoutOptionsEverythingIsInTheCurrentFolder) {
+TEST(KalvexdOptionsTest, WithoutOptionsEverythingIsInTheCurrentFolder) {
     const KalvexdLine line = Parse({});
     EXPECT_FALSE(line.exitStatus);
     EXPECT_EQ(line.options.workingDir, "/srv");
@@ -22,7 +22,7 @@ TEST(KalvexdOptions, WithoutOptionsEverythingIsInTheCurrentFolder) {
     EXPECT_THAT(line.options.arguments, IsEmpty());
 }
 
-TEST(KalvexdOptions, FoldersAreMadeAbsolute) {
+TEST(KalvexdOptionsTest, FoldersAreMadeAbsolute) {
     const KalvexdOptions options = Parse({"--working-dir=a/../b/", "--log-dir", "log"}).options;
     EXPECT_EQ(options.workingDir, "/srv/b");
     EXPECT_EQ(options.logDir, "/srv/log");
@@ -30,14 +30,14 @@ TEST(KalvexdOptions, FoldersAreMadeAbsolute) {
     EXPECT_EQ(Parse({"--working-dir", "/"}).options.workingDir, "/");
 }
 
-TEST(KalvexdOptions, EverythingElseIsForTheModule) {
+TEST(KalvexdOptionsTest, EverythingElseIsForTheModule) {
     const KalvexdOptions options =
         Parse({"/D:5", "--log-stdout", "-INST", "2", "--logs", "--log-dirs=x"}).options;
     EXPECT_TRUE(options.logStdout);
     EXPECT_THAT(options.arguments, ElementsAre("/D:5", "-INST", "2", "--logs", "--log-dirs=x"));
 }
 
-TEST(KalvexdOptions, SourcesAreManagedInsteadOfTheService) {
+TEST(KalvexdOptionsTest, SourcesAreManagedInsteadOfTheService) {
     EXPECT_FALSE(Parse({}).options.source);
     const std::optional<SourceOrder> added = Parse({"--add-source", "Gaz,ewa"}).options.source;
     ASSERT_TRUE(added);
@@ -53,18 +53,18 @@ TEST(KalvexdOptions, SourcesAreManagedInsteadOfTheService) {
     EXPECT_EQ(listed->task, SourceTask::List);
 }
 
-TEST(KalvexdOptions, FiguresAreOfferedWhereTheyShould) {
+TEST(KalvexdOptionsTest, FiguresAreOfferedWhereTheyShould) {
     EXPECT_EQ(Parse({}).options.metrics, "");
     EXPECT_EQ(Parse({"--metrics", "[::1]:9464"}).options.metrics, "[::1]:9464");
 }
 
-TEST(KalvexdOptions, WrongUsageEndsTheProcess) {
+TEST(KalvexdOptionsTest, WrongUsageEndsTheProcess) {
     EXPECT_EQ(Parse({"--log-dir"}).exitStatus, 2);
     EXPECT_EQ(Parse({"--log-dir="}).message, "kalvexd: --log-dir needs a value\n");
     EXPECT_EQ(Parse({"--log-stdout=1"}).message, "kalvexd: --log-stdout takes no value\n");
 }
 
-TEST(KalvexdOptions, HelpAndVersionEndTheProcessWell) {
+TEST(KalvexdOptionsTest, HelpAndVersionEndTheProcessWell) {
     EXPECT_EQ(Parse({"/D:5", "--help"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).message.substr(0, 8), "kalvexd ");

@@ -16,7 +16,7 @@ RunOptions Parse(const Words& arguments) {
     return line.options;
 }
 
-TEST(Options, Defaults) {
+TEST(OptionsTest, Defaults) {
     const RunOptions options = Parse({"a.kx"});
     EXPECT_EQ(options.scripts, Words{"a.kx"});
     EXPECT_EQ(options.clock, std::nullopt);
@@ -32,7 +32,7 @@ TEST(Options, Defaults) {
     EXPECT_FALSE(options.lines);
 }
 
-TEST(Options, AllAreTaken) {
+TEST(OptionsTest, AllAreTaken) {
     const ZoneScope zone("Europe/Warsaw");
     const RunOptions options = Parse({"--clock",
                                       "2024-03-10 07:00:00",
@@ -70,42 +70,42 @@ TEST(Options, AllAreTaken) {
     EXPECT_TRUE(options.lines);
 }
 
-TEST(Options, ScriptsMayStandBetweenOptions) {
+TEST(OptionsTest, ScriptsMayStandBetweenOptions) {
     const RunOptions options = Parse({"a.kx", "--json", "b.kx", "--ticks", "5", "c.kx"});
     EXPECT_EQ(options.scripts, (Words{"a.kx", "b.kx", "c.kx"}));
     EXPECT_EQ(options.ticks, 5);
 }
 
-TEST(Options, WhatFollowsTwoDashesIsAScript) {
+TEST(OptionsTest, WhatFollowsTwoDashesIsAScript) {
     EXPECT_EQ(Parse({"--json", "--", "--lines"}).scripts, Words{"--lines"});
 }
 
-TEST(Options, ValueMayFollowAnEqualsSign) {
+TEST(OptionsTest, ValueMayFollowAnEqualsSign) {
     EXPECT_EQ(Parse({"--ticks=7", "a.kx"}).ticks, 7);
 }
 
-TEST(Options, LastOfLikeOptionsCounts) {
+TEST(OptionsTest, LastOfLikeOptionsCounts) {
     EXPECT_EQ(Parse({"--ticks", "5", "--ticks", "6", "a.kx"}).ticks, 6);
 }
 
-TEST(Options, VirtualRunHasALimit) {
+TEST(OptionsTest, VirtualRunHasALimit) {
     EXPECT_EQ(Parse({"--clock", "2024-03-10 07:00:00", "a.kx"}).ticks, 1000000);
     EXPECT_EQ(Parse({"--clock", "2024-03-10 07:00:00", "--ticks", "0", "a.kx"}).ticks, 0);
 }
 
-TEST(Options, UserWithoutDescription) {
+TEST(OptionsTest, UserWithoutDescription) {
     const RunOptions options = Parse({"--user", "jan", "a.kx"});
     EXPECT_EQ(options.userName, "jan");
     EXPECT_EQ(options.userDescription, "");
 }
 
-TEST(Options, VersionIsOneLine) {
+TEST(OptionsTest, VersionIsOneLine) {
     const CommandLine line = ParseCommandLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
     EXPECT_EQ(line.message, "kalvex-run 0.1.0\n");
 }
 
-TEST(Options, HelpNamesEveryOption) {
+TEST(OptionsTest, HelpNamesEveryOption) {
     const CommandLine line = ParseCommandLine({"--help"});
     EXPECT_EQ(line.exitStatus, 0);
     for (const char* option :
@@ -122,9 +122,9 @@ struct UsageCase {
     const char* message;
 };
 
-class WrongUsage : public testing::TestWithParam<UsageCase> {};
+class OptionsWrongUsageTest : public testing::TestWithParam<UsageCase> {};
 
-TEST_P(WrongUsage, IsOneLine) {
+TEST_P(OptionsWrongUsageTest, IsOneLine) {
     const CommandLine line = ParseCommandLine(GetParam().arguments);
     EXPECT_EQ(line.exitStatus, 2);
     EXPECT_EQ(line.message, GetParam().message);
@@ -166,7 +166,7 @@ const UsageCase kUsages[] = {
     {"ActionsWithoutFile", {"a.kx", "--actions"}, "kalvex-run: --actions needs a value\n"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Options, WrongUsage, testing::ValuesIn(kUsages),
+INSTANTIATE_TEST_SUITE_P(Options, OptionsWrongUsageTest, testing::ValuesIn(kUsages),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -31,9 +31,9 @@ class LentNetwork final : public RunCarrier {
 };
 
 // A run whose sources are servers on real sockets. The time of the network is moved by hand.
-class RunNetwork : public ScriptWorld {
+class RunNetworkTest : public ScriptWorld {
   protected:
-    ~RunNetwork() override { EndRun(); }
+    ~RunNetworkTest() override { EndRun(); }
 
     void Listen() { transport = network.Listen(network.ServerSettings(), server); }
 
@@ -89,7 +89,7 @@ class RunNetwork : public ScriptWorld {
     std::int64_t tick = 0;
 };
 
-TEST_F(RunNetwork, ScriptReadsAndWritesAVariableOfAServer) {
+TEST_F(RunNetworkTest, ScriptReadsAndWritesAVariableOfAServer) {
     Listen();
     MakeRun();
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a + 1\nSET a = x\nLOCAL koniec = 1");
@@ -104,7 +104,7 @@ TEST_F(RunNetwork, ScriptReadsAndWritesAVariableOfAServer) {
                 ElementsAre("login / Kalvex 23", "subscribe +1V", "modify 1:1V[0]=42.00/32768"));
 }
 
-TEST_F(RunNetwork, WriteOfTheLastLineReachesTheServer) {
+TEST_F(RunNetworkTest, WriteOfTheLastLineReachesTheServer) {
     Listen();
     MakeRun();
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a\nSET a = 7");
@@ -116,7 +116,7 @@ TEST_F(RunNetwork, WriteOfTheLastLineReachesTheServer) {
                                           "modify 1:1V[0]=7/32768", "subscribe -1", "closed 4106"));
 }
 
-TEST_F(RunNetwork, ServerThatComesBackIsFoundByThePeriodicWork) {
+TEST_F(RunNetworkTest, ServerThatComesBackIsFoundByThePeriodicWork) {
     Listen();
     MakeRun();
     CKalvexDoc& document = Start("REMOTE a srv@V\n:w\nLOCAL x\nSET x = a\nGOTO w");
@@ -137,7 +137,7 @@ TEST_F(RunNetwork, ServerThatComesBackIsFoundByThePeriodicWork) {
     EXPECT_THAT(Log(LogEvents), Contains("Nawiązanie połączenia z srv").Times(2));
 }
 
-TEST_F(RunNetwork, PeriodicWorkComesOnceASecond) {
+TEST_F(RunNetworkTest, PeriodicWorkComesOnceASecond) {
     MakeRun();
     Start("REMOTE a srv@V");
     const std::string unreachable = "Błąd nawiązania połączenia z srv (serwer nie odpowiada)";
@@ -152,7 +152,7 @@ TEST_F(RunNetwork, PeriodicWorkComesOnceASecond) {
                                             "main.kx : Start skryptu ", unreachable));
 }
 
-TEST_F(RunNetwork, RefusedLoginIsTriedAgainAfterSixtyRoundsOfPeriodicWork) {
+TEST_F(RunNetworkTest, RefusedLoginIsTriedAgainAfterSixtyRoundsOfPeriodicWork) {
     server.loginResult = {1, FromUtf8("Błędne hasło")};
     Listen();
     MakeRun();
@@ -169,7 +169,7 @@ TEST_F(RunNetwork, RefusedLoginIsTriedAgainAfterSixtyRoundsOfPeriodicWork) {
     EXPECT_EQ(server.clients, 2);
 }
 
-TEST_F(RunNetwork, RunEndsWhileItDialsAServerThatIsNotThere) {
+TEST_F(RunNetworkTest, RunEndsWhileItDialsAServerThatIsNotThere) {
     MakeRun();
     Start("REMOTE a srv@V");
     TickOnce();
@@ -178,7 +178,7 @@ TEST_F(RunNetwork, RunEndsWhileItDialsAServerThatIsNotThere) {
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu "));
 }
 
-TEST_F(RunNetwork, RunEndsThoughTheServerHangs) {
+TEST_F(RunNetworkTest, RunEndsThoughTheServerHangs) {
     Listen();
     MakeRun();
     Start("REMOTE a srv@V");
@@ -191,9 +191,9 @@ TEST_F(RunNetwork, RunEndsThoughTheServerHangs) {
 
 // ---- what the options ask for
 
-class RunNetworkOptions : public ScriptWorld {
+class RunNetworkOptionsTest : public ScriptWorld {
   protected:
-    ~RunNetworkOptions() override { documents.clear(); }
+    ~RunNetworkOptionsTest() override { documents.clear(); }
 
     // The clients that a server named "srv" sees of a run that declares a variable of it.
     int ClientsOf(const RunOptions& options) {
@@ -221,18 +221,18 @@ class RunNetworkOptions : public ScriptWorld {
     EnvironmentScope sockets{"SORVANE_RUNTIME_DIR", network.folder.Path()};
 };
 
-TEST_F(RunNetworkOptions, ProfileLeadsToTheServersOfTheMachine) {
+TEST_F(RunNetworkOptionsTest, ProfileLeadsToTheServersOfTheMachine) {
     folder.Put("Kalvex.ini", "");
     RunOptions options;
     options.profile = folder.Path("Kalvex.ini");
     EXPECT_EQ(ClientsOf(options), 1);
 }
 
-TEST_F(RunNetworkOptions, WithoutAProfileNoServerIsAsked) {
+TEST_F(RunNetworkOptionsTest, WithoutAProfileNoServerIsAsked) {
     EXPECT_EQ(ClientsOf({}), 0);
 }
 
-TEST_F(RunNetworkOptions, PlantStandsInForTheServersOfTheMachine) {
+TEST_F(RunNetworkOptionsTest, PlantStandsInForTheServersOfTheMachine) {
     folder.Put("Kalvex.ini", "");
     folder.Put("plant.json", R"({"sources": {}})");
     RunOptions options;
@@ -241,7 +241,7 @@ TEST_F(RunNetworkOptions, PlantStandsInForTheServersOfTheMachine) {
     EXPECT_EQ(ClientsOf(options), 0);
 }
 
-TEST_F(RunNetworkOptions, AddressesComeFromTheCommonProfile) {
+TEST_F(RunNetworkOptionsTest, AddressesComeFromTheCommonProfile) {
     folder.Put("Kalvex.ini", "");
     folder.Put("sorvane.ini", "[Serwery]\nsrv=localhost:4000\n");
     RunOptions options;

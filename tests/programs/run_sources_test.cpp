@@ -13,9 +13,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-class RunSources : public ScriptWorld {
+class RunSourcesTest : public ScriptWorld {
   protected:
-    ~RunSources() override { documents.clear(); }
+    ~RunSourcesTest() override { documents.clear(); }
 
     // What the options get with a plant file of this content, ' standing for "; none without.
     std::unique_ptr<CRunSources> Make(std::optional<std::string> content = {}) {
@@ -49,7 +49,7 @@ class RunSources : public ScriptWorld {
     std::unique_ptr<CRunSources> run;
 };
 
-TEST_F(RunSources, WithoutAPlantNoSourceConnects) {
+TEST_F(RunSourcesTest, WithoutAPlantNoSourceConnects) {
     run = Make();
     ASSERT_TRUE(run);
     EXPECT_EQ(run->Result().dump(), "{}");
@@ -60,7 +60,7 @@ TEST_F(RunSources, WithoutAPlantNoSourceConnects) {
         R"({"tick":1,"op":"RegisterVariable","variable":"V"},{"tick":1,"op":"Subscribe"}]}})");
 }
 
-TEST_F(RunSources, SourcesOfThePlantComeFirst) {
+TEST_F(RunSourcesTest, SourcesOfThePlantComeFirst) {
     run = Make("{'sources': {'srv': {}, 'cichy': {}}}");
     RunWith(*run, "REMOTE a inny@V\nREMOTE b srv@V", 5);
     const Json result = run->Result();
@@ -72,7 +72,7 @@ TEST_F(RunSources, SourcesOfThePlantComeFirst) {
     EXPECT_EQ(result["cichy"]["requests"].dump(), "[]");
 }
 
-TEST_F(RunSources, RequestsHaveTheFieldsOfTheirOperation) {
+TEST_F(RunSourcesTest, RequestsHaveTheFieldsOfTheirOperation) {
     run = Make(
         "{'sources': {'srv': {'latencyTicks': 50, 'variables': {'V': {'current': "
         "[{'value': 1}]}}}}}");
@@ -103,7 +103,7 @@ TEST_F(RunSources, RequestsHaveTheFieldsOfTheirOperation) {
     EXPECT_TRUE(requests[11].contains("time"));
 }
 
-TEST_F(RunSources, RecordOfARemoteVariable) {
+TEST_F(RunSourcesTest, RecordOfARemoteVariable) {
     run = Make(
         "{'sources': {'srv': {'variables': {'Z1.P': {'current': [{'value': 3, 'status': 1}], "
         "'archive': [{'time': 50, 'value': 'x'}]}}}}}");
@@ -128,7 +128,7 @@ TEST_F(RunSources, RecordOfARemoteVariable) {
     EXPECT_EQ(record["ignoreUnknown"], true);
 }
 
-TEST_F(RunSources, ArchiveOfARemoteVariable) {
+TEST_F(RunSourcesTest, ArchiveOfARemoteVariable) {
     run = Make(
         "{'sources': {'srv': {'variables': {'V': {'archive': [{'time': 50, 'value': "
         "'x'}]}}}}}");
@@ -139,7 +139,7 @@ TEST_F(RunSources, ArchiveOfARemoteVariable) {
               R"([{"type":190,"status":0,"time":50,"value":"x","text":"x"}])");
 }
 
-TEST_F(RunSources, FaultyPlantIsToldWithItsLine) {
+TEST_F(RunSourcesTest, FaultyPlantIsToldWithItsLine) {
     EXPECT_EQ(Make("{'sources': {\n'srv': 5}}"), nullptr);
     EXPECT_EQ(fault, "FILE:2: \"srv\" must be an object");
 }

@@ -24,7 +24,7 @@ class CountedTicks final : public TickSource {
     int ticks = 0;
 };
 
-TEST(ServiceLoop, SourceOfTicksIsTicked) {
+TEST(ServiceWorldLoopTest, SourceOfTicksIsTicked) {
     CServiceLoop loop;
     CountedTicks source;
     source.loop = &loop;
@@ -33,7 +33,7 @@ TEST(ServiceLoop, SourceOfTicksIsTicked) {
     EXPECT_EQ(source.ticks, 3);
 }
 
-TEST(ServiceLoop, TimerOfANumberBeginsAnewAndEnds) {
+TEST(ServiceWorldLoopTest, TimerOfANumberBeginsAnewAndEnds) {
     CServiceLoop loop;
     int first = 0;
     int second = 0;
@@ -48,13 +48,13 @@ TEST(ServiceLoop, TimerOfANumberBeginsAnewAndEnds) {
     EXPECT_EQ(second, 1);
 }
 
-TEST(ServiceLoop, PeriodOfNothingIsAShortOne) {
+TEST(ServiceWorldLoopTest, PeriodOfNothingIsAShortOne) {
     CServiceLoop loop;
     loop.SetTimer(4, 0, [&] { loop.Quit(); });
     loop.Run();
 }
 
-class UserLibraryTest : public testing::Test {
+class ServiceWorldUserLibraryTest : public testing::Test {
   protected:
     ScratchFolder m_folder;
     EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
@@ -64,7 +64,7 @@ class UserLibraryTest : public testing::Test {
     std::string m_error;
 };
 
-TEST_F(UserLibraryTest, UsersOfTheMachineMayLogIn) {
+TEST_F(ServiceWorldUserLibraryTest, UsersOfTheMachineMayLogIn) {
     {
         UserStore store(PasswordCost::Least);
         UserRecord user;
@@ -82,7 +82,7 @@ TEST_F(UserLibraryTest, UsersOfTheMachineMayLogIn) {
     EXPECT_TRUE(session.CheckRight(50));
 }
 
-TEST_F(UserLibraryTest, WithoutAFileNobodyMayLogIn) {
+TEST_F(ServiceWorldUserLibraryTest, WithoutAFileNobodyMayLogIn) {
     EXPECT_TRUE(m_library.Start(m_error));
     UserSession session(m_library.Store(), "kalvex");
     EXPECT_FALSE(session.RegisterUser("ADAM", "TAJNE"));

@@ -17,7 +17,7 @@ SorvanedOptions Parsed(std::vector<std::string> arguments) {
     return line.options;
 }
 
-TEST(SorvanedOptions, ServesUnlessToldOtherwise) {
+TEST(SorvanedOptionsTest, ServesUnlessToldOtherwise) {
     const SorvanedOptions options = Parsed({});
     EXPECT_EQ(options.task, SorvanedTask::Serve);
     EXPECT_EQ(options.configuration, "/etc/sorvane/sorvaned.toml");
@@ -27,7 +27,7 @@ TEST(SorvanedOptions, ServesUnlessToldOtherwise) {
     EXPECT_EQ(Parsed({"--check"}).task, SorvanedTask::Check);
 }
 
-TEST(SorvanedOptions, UserHasItsAttributes) {
+TEST(SorvanedOptionsTest, UserHasItsAttributes) {
     const SorvanedOptions options =
         Parsed({"--config", "a.toml", "user", "add", "Żaneta", "--level", "50", "--group", "gaz",
                 "--group", "zmiana A", "--address", "10.0.0.0/8", "--description", "Główna"});
@@ -39,7 +39,7 @@ TEST(SorvanedOptions, UserHasItsAttributes) {
     EXPECT_EQ(options.user.description, FromUtf8("Główna"));
 }
 
-TEST(SorvanedOptions, GroupTakesOneWord) {
+TEST(SorvanedOptionsTest, GroupTakesOneWord) {
     const SorvanedOptions options = Parsed({"user", "add", "--group", "gaz", "adam"});
     EXPECT_EQ(options.user.name, "adam");
     EXPECT_THAT(options.user.groups, ElementsAre("gaz"));
@@ -47,7 +47,7 @@ TEST(SorvanedOptions, GroupTakesOneWord) {
     EXPECT_THAT(options.user.addresses, IsEmpty());
 }
 
-TEST(SorvanedOptions, OtherTasksWithUsers) {
+TEST(SorvanedOptionsTest, OtherTasksWithUsers) {
     EXPECT_EQ(Parsed({"user", "list"}).task, SorvanedTask::ListUsers);
     EXPECT_EQ(Parsed({"user", "passwd", "adam"}).task, SorvanedTask::ChangePassword);
     EXPECT_EQ(Parsed({"user", "passwd", "adam"}).user.name, "adam");
@@ -56,7 +56,7 @@ TEST(SorvanedOptions, OtherTasksWithUsers) {
     EXPECT_EQ(options.configuration, "a.toml");
 }
 
-TEST(SorvanedOptions, WrongUsageIsTold) {
+TEST(SorvanedOptionsTest, WrongUsageIsTold) {
     struct Row {
         std::vector<std::string> arguments;
         const char* message;
@@ -75,7 +75,7 @@ TEST(SorvanedOptions, WrongUsageIsTold) {
     }
 }
 
-TEST(SorvanedOptions, HelpAndVersionAreNoFault) {
+TEST(SorvanedOptionsTest, HelpAndVersionAreNoFault) {
     EXPECT_EQ(ParseSorvanedLine({"--help"}).exitStatus, 0);
     EXPECT_EQ(ParseSorvanedLine({"user", "add", "--help"}).exitStatus, 0);
     EXPECT_EQ(ParseSorvanedLine({"--version"}).message.rfind("sorvaned ", 0), 0u);

@@ -8,11 +8,11 @@
 namespace kalvex {
 namespace {
 
-TEST(TextResult, NoVariablesNoTable) {
+TEST(TextResultTest, NoVariablesNoTable) {
     EXPECT_EQ(VariableTable(FakeScript().Variables()), "");
 }
 
-TEST(TextResult, TableIsAlignedByCharacters) {
+TEST(TextResultTest, TableIsAlignedByCharacters) {
     const ZoneScope zone("Europe/Warsaw");
     FakeScript script;
     CVal value(12.5);

@@ -402,7 +402,7 @@ TEST_F(DefinitionsTest, AfterAHundredFaultsTheyAreCounted) {
     EXPECT_EQ(m_errors[100], "dalszych błędów: 50");
 }
 
-TEST(CsvTableTest, CellsAndSeparators) {
+TEST(DefinitionsCsvTableTest, CellsAndSeparators) {
     const auto cells = [](std::string_view text) {
         std::vector<std::vector<std::string>> all;
         for (const CsvRow& row : ReadCsv(text)) all.push_back(row.cells);
@@ -416,7 +416,7 @@ TEST(CsvTableTest, CellsAndSeparators) {
                 ElementsAre(ElementsAre("a", "b"), ElementsAre("x, \"y\"", "z")));
 }
 
-TEST(CsvTableTest, BrokenQuotesAreTold) {
+TEST(DefinitionsCsvTableTest, BrokenQuotesAreTold) {
     EXPECT_FALSE(ReadCsv("a,b\n\"x,y\n")[1].closed);
     EXPECT_FALSE(ReadCsv("a,b\n\"x\"z,y\n")[1].closed);
     EXPECT_TRUE(ReadCsv("a,b\nx\"y,z\n")[1].closed);

@@ -180,9 +180,9 @@ TEST_F(LoginTest, NamesDoNotBreakTheLog) {
 
 // ---- the list of variables
 
-class ListTest : public LoginTest {
+class LoginListTest : public LoginTest {
   protected:
-    ListTest() {
+    LoginListTest() {
         Start(
             "[server]\nnobody = \"local\"\n[[access]]\nvariables = \"B\"\nread = \"50\"\n"
             "[[variable]]\nname = \"A\"\nun = \"MPa\"\n[[variable]]\nname = \"B\"\n");
@@ -215,7 +215,7 @@ class ListTest : public LoginTest {
     std::vector<std::optional<std::vector<VariableDefinition>>> m_arrAnswers;
 };
 
-TEST_F(ListTest, VariablesAreListedForThoseWhoMayReadThem) {
+TEST_F(LoginListTest, VariablesAreListedForThoseWhoMayReadThem) {
     EXPECT_EQ(Answer("", "", ""), "A");
     EXPECT_THAT(m_arrAnswers.front()->front().attributes, ElementsAre(testing::Pair("un", "MPa")));
     EXPECT_EQ(Answer("adam", "tajne", "10.1.2.3"), "A B");
@@ -224,7 +224,7 @@ TEST_F(ListTest, VariablesAreListedForThoseWhoMayReadThem) {
                             "2 Rejestracja użytkownika adam z Kalvex_stacja (10.1.2.3)"));
 }
 
-TEST_F(ListTest, AddressDecidesAsForALogin) {
+TEST_F(LoginListTest, AddressDecidesAsForALogin) {
     EXPECT_EQ(Answer("", "", "10.1.2.3"), "refused");
     EXPECT_EQ(Answer("adam", "tajne", "10.2.2.3"), "refused");
     EXPECT_THAT(m_log.Take(),
@@ -234,7 +234,7 @@ TEST_F(ListTest, AddressDecidesAsForALogin) {
                             "brak uprawnień"));
 }
 
-TEST_F(ListTest, WhoTriesPasswordsIsSlowedDown) {
+TEST_F(LoginListTest, WhoTriesPasswordsIsSlowedDown) {
     for (int attempt = 0; attempt < 3; ++attempt) {
         EXPECT_EQ(Answer("adam", "zle", "10.1.2.3"), "refused");
     }
@@ -248,14 +248,14 @@ TEST_F(ListTest, WhoTriesPasswordsIsSlowedDown) {
     EXPECT_EQ(Answer("adam", "tajne", "10.1.2.3"), "A B");
 }
 
-TEST_F(ListTest, PasswordIsNotCheckedWithinTheCall) {
+TEST_F(LoginListTest, PasswordIsNotCheckedWithinTheCall) {
     Ask("adam", "tajne", "10.1.2.3");
     EXPECT_THAT(m_arrAnswers, IsEmpty());
     m_loop.WaitAndRun();
     EXPECT_EQ(m_arrAnswers.size(), 1u);
 }
 
-TEST_F(ListTest, ServerThatGoesMeanwhileDoesNotAnswer) {
+TEST_F(LoginListTest, ServerThatGoesMeanwhileDoesNotAnswer) {
     Ask("adam", "tajne", "10.1.2.3");
     End();
     m_loop.Run();

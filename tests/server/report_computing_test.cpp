@@ -24,7 +24,7 @@ void ExpectNothingKnown(const CVal& result, std::uint16_t more = 0) {
     EXPECT_EQ(result.GetStatus(), Status::Unknown | kLoaded | more);
 }
 
-TEST(ReportRuleTest, Words) {
+TEST(ReportComputingRuleTest, Words) {
     EXPECT_EQ(ReportRuleFromWord("mean"), ReportRule::Mean);
     EXPECT_EQ(ReportRuleFromWord("sum"), ReportRule::Sum);
     EXPECT_EQ(ReportRuleFromWord("increase"), ReportRule::Increase);
@@ -32,18 +32,18 @@ TEST(ReportRuleTest, Words) {
 }
 
 // 10 for 1800 s, 20 for 900 s, 40 for 900 s: (18000 + 18000 + 36000) / 3600.
-TEST(MeanTest, IsWeightedByTime) {
+TEST(ReportComputingMeanTest, IsWeightedByTime) {
     const CVal result = ComputeFromArchive(ReportRule::Mean, kSpan, Stamped(CVal(10.0), 100),
                                            {Stamped(CVal(20.0), 5400), Stamped(CVal(40.0), 6300)});
     ExpectResult(result, 20.0, kLoaded);
 }
 
-TEST(MeanTest, ValueBeforeStandsForTheWholeSpan) {
+TEST(ReportComputingMeanTest, ValueBeforeStandsForTheWholeSpan) {
     ExpectResult(ComputeFromArchive(ReportRule::Mean, kSpan, Stamped(CVal(7), 0), {}), 7.0,
                  kLoaded);
 }
 
-TEST(MeanTest, ValueAtTheBeginTakesThePlaceOfTheOneBefore) {
+TEST(ReportComputingMeanTest, ValueAtTheBeginTakesThePlaceOfTheOneBefore) {
     const CVal result =
         ComputeFromArchive(ReportRule::Mean, kSpan, Stamped(CVal(100.0), 10, Status::Alarm),
                            {Stamped(CVal(5.0), 3600)});
@@ -51,14 +51,14 @@ TEST(MeanTest, ValueAtTheBeginTakesThePlaceOfTheOneBefore) {
 }
 
 // Nothing known up to 5400; 30 from there on.
-TEST(MeanTest, MissingBeginIsTold) {
+TEST(ReportComputingMeanTest, MissingBeginIsTold) {
     const CVal result =
         ComputeFromArchive(ReportRule::Mean, kSpan, std::nullopt, {Stamped(CVal(30.0), 5400)});
     ExpectResult(result, 30.0, kLoaded | Status::CalculateError);
 }
 
 // 10 for 900 s, unknown for 1800 s, 50 for 900 s: (10 + 50) / 2.
-TEST(MeanTest, UnknownPartIsLeftOutAndTold) {
+TEST(ReportComputingMeanTest, UnknownPartIsLeftOutAndTold) {
     const CVal result = ComputeFromArchive(
         ReportRule::Mean, kSpan, Stamped(CVal(10.0), 0),
         {Stamped(CVal(9999.0), 4500, Status::Unknown | Status::TransmissionError),
@@ -66,27 +66,27 @@ TEST(MeanTest, UnknownPartIsLeftOutAndTold) {
     ExpectResult(result, 30.0, kLoaded | Status::CalculateError | Status::TransmissionError);
 }
 
-TEST(MeanTest, TextThatIsANumberCountsAndAnotherDoesNot) {
+TEST(ReportComputingMeanTest, TextThatIsANumberCountsAndAnotherDoesNot) {
     const CVal result =
         ComputeFromArchive(ReportRule::Mean, kSpan, std::nullopt,
                            {Stamped(CVal("12"), 3600), Stamped(CVal("awaria"), 5400)});
     ExpectResult(result, 12.0, kLoaded | Status::CalculateError);
 }
 
-TEST(MeanTest, NumberThatIsNoneIsUnknown) {
+TEST(ReportComputingMeanTest, NumberThatIsNoneIsUnknown) {
     const double none = std::numeric_limits<double>::quiet_NaN();
     ExpectNothingKnown(
         ComputeFromArchive(ReportRule::Mean, kSpan, std::nullopt, {Stamped(CVal(none), 3600)}));
 }
 
-TEST(MeanTest, NothingKnown) {
+TEST(ReportComputingMeanTest, NothingKnown) {
     ExpectNothingKnown(ComputeFromArchive(ReportRule::Mean, kSpan, std::nullopt, {}));
     ExpectNothingKnown(ComputeFromArchive(ReportRule::Mean, kSpan, std::nullopt,
                                           {Stamped(CVal(), 3600, Status::Unknown | 2)}),
                        Status::TransmissionError);
 }
 
-TEST(StatusTest, WorstOfAllThatWentInIsTakenOver) {
+TEST(ReportComputingStatusTest, WorstOfAllThatWentInIsTakenOver) {
     const CVal result = ComputeFromArchive(
         ReportRule::Mean, kSpan, Stamped(CVal(1.0), 0, Status::Alarm | Status::SetByUser),
         {Stamped(CVal(1.0), 5400, Status::SoftLock | Status::Supervisory | Status::SetByDevice),
@@ -94,7 +94,7 @@ TEST(StatusTest, WorstOfAllThatWentInIsTakenOver) {
     ExpectResult(result, 1.0, kLoaded | Status::Alarm | Status::SoftLock | 0x0400);
 }
 
-TEST(SumTest, AddsTheAmountsOfTheSpan) {
+TEST(ReportComputingSumTest, AddsTheAmountsOfTheSpan) {
     ExpectResult(ComputeFromArchive(ReportRule::Sum, kSpan, std::nullopt,
                                     {Stamped(CVal(1.5), 3600), Stamped(CVal(2), 3700),
                                      Stamped(CVal(3.0), 7199, Status::Alarm)}),
@@ -102,7 +102,7 @@ TEST(SumTest, AddsTheAmountsOfTheSpan) {
     ExpectNothingKnown(ComputeFromArchive(ReportRule::Sum, kSpan, std::nullopt, {}));
 }
 
-TEST(SumTest, UnknownAmountIsLeftOutAndTold) {
+TEST(ReportComputingSumTest, UnknownAmountIsLeftOutAndTold) {
     ExpectResult(
         ComputeFromArchive(ReportRule::Sum, kSpan, std::nullopt,
                            {Stamped(CVal(1.5), 3600), Stamped(CVal(2.0), 3700, Status::Unknown)}),
@@ -110,21 +110,21 @@ TEST(SumTest, UnknownAmountIsLeftOutAndTold) {
 }
 
 // From 100 to 130; a new beginning with 4; to 10: 30 + 4 + 6.
-TEST(IncreaseTest, CounterThatFallsHasBegunAnew) {
+TEST(ReportComputingIncreaseTest, CounterThatFallsHasBegunAnew) {
     ExpectResult(ComputeFromArchive(ReportRule::Increase, kSpan, Stamped(CVal(100.0), 3599),
                                     {Stamped(CVal(130.0), 4000), Stamped(CVal(4.0), 5000),
                                      Stamped(CVal(10.0), 6000)}),
                  40.0, kLoaded);
 }
 
-TEST(IncreaseTest, UnknownReadingLeavesNothingOut) {
+TEST(ReportComputingIncreaseTest, UnknownReadingLeavesNothingOut) {
     ExpectResult(
         ComputeFromArchive(ReportRule::Increase, kSpan, Stamped(CVal(100.0), 3599),
                            {Stamped(CVal(), 4000, Status::Unknown), Stamped(CVal(112.0), 5000)}),
         12.0, kLoaded);
 }
 
-TEST(IncreaseTest, WithoutAReadingBeforeAPartIsMissing) {
+TEST(ReportComputingIncreaseTest, WithoutAReadingBeforeAPartIsMissing) {
     ExpectResult(ComputeFromArchive(ReportRule::Increase, kSpan, std::nullopt,
                                     {Stamped(CVal(100.0), 4000), Stamped(CVal(103.0), 5000)}),
                  3.0, kLoaded | Status::CalculateError);
@@ -132,27 +132,27 @@ TEST(IncreaseTest, WithoutAReadingBeforeAPartIsMissing) {
                                           {Stamped(CVal(100.0), 4000)}));
 }
 
-TEST(IncreaseTest, WithoutReadingsNothingIsKnown) {
+TEST(ReportComputingIncreaseTest, WithoutReadingsNothingIsKnown) {
     ExpectNothingKnown(
         ComputeFromArchive(ReportRule::Increase, kSpan, Stamped(CVal(100.0), 3599), {}));
 }
 
 // Parts of 1 h and 3 h: (10 + 3 * 50) / 4.
-TEST(ReportsTest, MeanIsWeightedByTheirLengths) {
+TEST(ReportComputingReportsTest, MeanIsWeightedByTheirLengths) {
     ExpectResult(ComputeFromReports(ReportRule::Mean,
                                     {{3600, Stamped(CVal(10.0), 0, kLoaded)},
                                      {3 * 3600, Stamped(CVal(50.0), 0, Status::SetByUser)}}),
                  40.0, kLoaded);
 }
 
-TEST(ReportsTest, SumAndIncreaseAreAdded) {
+TEST(ReportComputingReportsTest, SumAndIncreaseAreAdded) {
     const std::vector<ReportPart> parts{{3600, Stamped(CVal(10.0), 0)},
                                         {3 * 3600, Stamped(CVal(50.0), 0, Status::Alarm)}};
     ExpectResult(ComputeFromReports(ReportRule::Sum, parts), 60.0, kLoaded | Status::Alarm);
     ExpectResult(ComputeFromReports(ReportRule::Increase, parts), 60.0, kLoaded | Status::Alarm);
 }
 
-TEST(ReportsTest, MissingAndUnknownPartsAreTold) {
+TEST(ReportComputingReportsTest, MissingAndUnknownPartsAreTold) {
     ExpectResult(ComputeFromReports(ReportRule::Mean,
                                     {{3600, Stamped(CVal(10.0), 0)}, {3600, std::nullopt}}),
                  10.0, kLoaded | Status::CalculateError);
@@ -164,7 +164,7 @@ TEST(ReportsTest, MissingAndUnknownPartsAreTold) {
     ExpectNothingKnown(ComputeFromReports(ReportRule::Mean, {}));
 }
 
-TEST(ReportsTest, CalculateErrorOfAPartIsTakenOver) {
+TEST(ReportComputingReportsTest, CalculateErrorOfAPartIsTakenOver) {
     ExpectResult(
         ComputeFromReports(ReportRule::Sum,
                            {{3600, Stamped(CVal(10.0), 0, kLoaded | Status::CalculateError)}}),

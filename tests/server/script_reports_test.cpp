@@ -47,11 +47,11 @@ file = "many.csv"
 )";
 
 // The clock stands at 2024-03-10 07:00:00 in Warsaw.
-class ScriptReports : public ScriptWorld {
+class ScriptReportsTest : public ScriptWorld {
   protected:
     static constexpr int kMany = 1500;
 
-    ScriptReports() {
+    ScriptReportsTest() {
         std::string many = "name,rt\n";
         for (int i = 0; i < kMany; ++i) many += "M" + std::to_string(i) + ",4\n";
         m_folder.Put("many.csv", many);
@@ -64,7 +64,7 @@ class ScriptReports : public ScriptWorld {
             std::make_unique<CClientInterface>(SourceServices{log, translator, users, m_network});
         services.sources = m_client.get();
     }
-    ~ScriptReports() override {
+    ~ScriptReportsTest() override {
         documents.clear();
         m_client.reset();
         m_network.RemoveServer("srv");
@@ -130,7 +130,7 @@ constexpr const char* kArchive =
     "LOCAL t2 = MAKE_TIME 2024 3 10 6 30\nADD L 10\nADD L 20\nMOVE_FIRST L\n"
     "SET L.TIMESTAMP = t1\nMOVE_NEXT L\nSET L.TIMESTAMP = t2\nMPUT x ARCH L\n";
 
-TEST_F(ScriptReports, ReportIsMadeLoadedAndCalculated) {
+TEST_F(ScriptReportsTest, ReportIsMadeLoadedAndCalculated) {
     CKalvexDoc& document = Finish(
         std::string(kArchive) +
         "INIT x HREP 2024 3 10 6\nGET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"
@@ -153,7 +153,7 @@ TEST_F(ScriptReports, ReportIsMadeLoadedAndCalculated) {
 }
 
 // Day and month take what stands below them: one hour of 24, one day of 31.
-TEST_F(ScriptReports, DayComesFromHoursAndMonthFromDays) {
+TEST_F(ScriptReportsTest, DayComesFromHoursAndMonthFromDays) {
     CKalvexDoc& document = Finish(
         std::string(kArchive) +
         "PUT x HREP 2024 3 9 6 30\nPUT x HREP 2024 3 9 7 50\nINIT_LOAD x DREP 2024 3 9\n"
@@ -165,7 +165,7 @@ TEST_F(ScriptReports, DayComesFromHoursAndMonthFromDays) {
     EXPECT_EQ(Value(document, "niepelny"), "171:1.00");
 }
 
-TEST_F(ScriptReports, RefusedWritesAreLoggedInTheTermsOfTheScript) {
+TEST_F(ScriptReportsTest, RefusedWritesAreLoggedInTheTermsOfTheScript) {
     Finish(
         "REMOTE r srv@R\nLIST L\nLOCAL t = MAKE_TIME 2024 3 9 6\nLOCAL u = t + 3600\n"
         "FILL_IN_LIST L 5 0 t u HREP\nPUT r HREP 2024 3 9 6 5\nPUT r DREP 2024 3 9 5\n"
@@ -179,7 +179,7 @@ TEST_F(ScriptReports, RefusedWritesAreLoggedInTheTermsOfTheScript) {
                                       "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)"));
 }
 
-TEST_F(ScriptReports, VariablesThatAreNotThereOrSecretAreLogged) {
+TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
     CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nREMOTE t srv@T\nREMOTE brak srv@Brak\nLOCAL y = x\n"
         "GET t HREP 2024 3 10 6\nGET brak HREP 2024 3 10 6\nGET x HREP 2024 3 10 6\n"
@@ -198,7 +198,7 @@ TEST_F(ScriptReports, VariablesThatAreNotThereOrSecretAreLogged) {
                             "main.kx - Błąd modyfikacji raportu dobowego (srv@Brak)"));
 }
 
-TEST_F(ScriptReports, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
+TEST_F(ScriptReportsTest, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
     CKalvexDoc& document = Begin(
         "REMOTE x srv@X\nLOCAL y = x\nGET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"
         "SET y = x.HREP");
@@ -210,7 +210,7 @@ TEST_F(ScriptReports, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
 }
 
 // A write outside the bounds is refused in silence, and the server's next value takes its place.
-TEST_F(ScriptReports, ValueOutsideItsBoundsIsRefused) {
+TEST_F(ScriptReportsTest, ValueOutsideItsBoundsIsRefused) {
     CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nLOCAL y = x\nSET x = 2000\nLOCAL zaraz = x\nSLEEP 1\nSET x = 900\n"
         "SLEEP 1\nLOCAL potem = x");
@@ -219,7 +219,7 @@ TEST_F(ScriptReports, ValueOutsideItsBoundsIsRefused) {
     EXPECT_THAT(Errors(), IsEmpty());
 }
 
-TEST_F(ScriptReports, SetOfHoursGoesAndComesBackWithoutItsBounds) {
+TEST_F(ScriptReportsTest, SetOfHoursGoesAndComesBackWithoutItsBounds) {
     CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nLIST L\nLIST K\nLOCAL t = MAKE_TIME 2024 3 8 6\nLOCAL u = t + 356400\n"
         "FILL_IN_LIST L 5 0 t u HREP\nMPUT x HREP L\nMGET x HREP FROM t TO u\n:a\n"
@@ -234,7 +234,7 @@ TEST_F(ScriptReports, SetOfHoursGoesAndComesBackWithoutItsBounds) {
 }
 
 // More reads than a server takes from one client at a time.
-TEST_F(ScriptReports, VeryManyVariablesAreReadAtOnce) {
+TEST_F(ScriptReportsTest, VeryManyVariablesAreReadAtOnce) {
     std::string text;
     for (int i = 0; i < kMany; ++i) {
         const std::string n = std::to_string(i);
@@ -256,7 +256,7 @@ TEST_F(ScriptReports, VeryManyVariablesAreReadAtOnce) {
 }
 
 // The script writes a day at each change of a day, its own writes among them.
-TEST_F(ScriptReports, RecalculationByNotificationsComesToRest) {
+TEST_F(ScriptReportsTest, RecalculationByNotificationsComesToRest) {
     CKalvexDoc& document = Begin(
         "REMOTE x srv@X\nREMOTE m srv@M0\nLOCAL ile = 0\nLOCAL czas\nENABLE_NOTIFY DREP srv\n"
         ":petla\nSET czas = NOTIFY DREP srv\nIF czas == 0 GOTO petla\nSET ile = ile + 1\n"
@@ -272,7 +272,7 @@ TEST_F(ScriptReports, RecalculationByNotificationsComesToRest) {
     EXPECT_EQ(document.m_nErrorCode, 0);
 }
 
-TEST_F(ScriptReports, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {
+TEST_F(ScriptReportsTest, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {
     CKalvexDoc& document = Begin(
         "REMOTE x srv@X\nLOCAL y = x\nPUT x HREP 2024 3 10 6 3.5\nSLEEP 1\n:od_nowa\n"
         "GET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"

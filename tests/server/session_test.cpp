@@ -365,9 +365,9 @@ TEST_F(SessionTest, ReadsAreRefusedWithTheirReasons) {
     EXPECT_EQ(client.Take<ReadAnswer>().at(0).result, ResultBadRequest);
 }
 
-class LongReadTest : public SessionTest {
+class SessionLongReadTest : public SessionTest {
   protected:
-    LongReadTest() : m_client(Operator()) {
+    SessionLongReadTest() : m_client(Operator()) {
         std::vector<CVal> values;
         for (int time = 1; time <= 7000; ++time) values.push_back(Stamped(CVal(time), time));
         EXPECT_EQ(ModifyArchive(m_client, "Z1.N", values), ResultOk);
@@ -376,7 +376,7 @@ class LongReadTest : public SessionTest {
     TestClient& m_client;
 };
 
-TEST_F(LongReadTest, ComesInPieces) {
+TEST_F(SessionLongReadTest, ComesInPieces) {
     m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 2, 6999}}});
     Settle();
     const std::vector<ReadAnswer> answers = m_client.Take<ReadAnswer>();
@@ -390,7 +390,7 @@ TEST_F(LongReadTest, ComesInPieces) {
     EXPECT_EQ(next, 7000);
 }
 
-TEST_F(LongReadTest, WaitsForASlowClient) {
+TEST_F(SessionLongReadTest, WaitsForASlowClient) {
     m_client.backlog = 8;
     m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}}});
     Settle();
@@ -406,7 +406,7 @@ TEST_F(LongReadTest, WaitsForASlowClient) {
     EXPECT_EQ(m_client.Take<ReadAnswer>().size(), 3u);
 }
 
-TEST_F(LongReadTest, ShortReadDoesNotWaitForItsEnd) {
+TEST_F(SessionLongReadTest, ShortReadDoesNotWaitForItsEnd) {
     m_client.Say(
         ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}, {2, KindArchive, "Z1.T", 1, 7000}}});
     Settle();
@@ -415,7 +415,7 @@ TEST_F(LongReadTest, ShortReadDoesNotWaitForItsEnd) {
     EXPECT_THAT(order, ElementsAre(1, 2, 1, 1, 1));
 }
 
-TEST_F(LongReadTest, CancelledReadIsNotAnswered) {
+TEST_F(SessionLongReadTest, CancelledReadIsNotAnswered) {
     m_client.Say(
         ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}, {2, KindArchive, "Z1.N", 1, 7000}}});
     m_client.Say(CancelRequests{{1, 2, 77}});
@@ -424,7 +424,7 @@ TEST_F(LongReadTest, CancelledReadIsNotAnswered) {
     EXPECT_EQ(Read(m_client, KindArchive, "Z1.T", 0, 10).size(), 1u);
 }
 
-TEST_F(LongReadTest, ReadsUnderWayAreBounded) {
+TEST_F(SessionLongReadTest, ReadsUnderWayAreBounded) {
     m_client.backlog = 8;
     ReadRequests requests;
     for (RequestId id = 1; id <= 1002; ++id) {
@@ -440,7 +440,7 @@ TEST_F(LongReadTest, ReadsUnderWayAreBounded) {
     EXPECT_THAT(m_log.Take(), ElementsAre("1 Klient Kalvex_stacja: zbyt wiele odczytów naraz"));
 }
 
-TEST_F(LongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
+TEST_F(SessionLongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
     m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}}});
     m_client.Say(ModifyRequests{{{2, KindHour, "Z1.N", 0, CVal(1)}}});
     m_client.End(ReasonLost);

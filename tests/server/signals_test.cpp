@@ -16,12 +16,12 @@ double At(std::string_view text, std::int64_t time) {
     return Parsed(text).ValueAt(time, std::nullopt, 0, 0);
 }
 
-TEST(SignalTest, ConstantStands) {
+TEST(SignalsTest, ConstantStands) {
     EXPECT_EQ(At("constant value=-2.5", 0), -2.5);
     EXPECT_EQ(At("constant value=-2.5", 1000000), -2.5);
 }
 
-TEST(SignalTest, RampRunsFromOneToTheOtherAndAnew) {
+TEST(SignalsTest, RampRunsFromOneToTheOtherAndAnew) {
     EXPECT_DOUBLE_EQ(At("ramp from=10 to=20 period=100", 0), 10);
     EXPECT_DOUBLE_EQ(At("ramp from=10 to=20 period=100", 25), 12.5);
     EXPECT_DOUBLE_EQ(At("ramp from=10 to=20 period=100", 99), 19.9);
@@ -29,7 +29,7 @@ TEST(SignalTest, RampRunsFromOneToTheOtherAndAnew) {
     EXPECT_DOUBLE_EQ(At("ramp from=20 to=10 period=100", 75), 12.5);
 }
 
-TEST(SignalTest, SineSwingsAroundItsMean) {
+TEST(SignalsTest, SineSwingsAroundItsMean) {
     EXPECT_NEAR(At("sine mean=50 amplitude=5 period=60", 0), 50, 1e-12);
     EXPECT_NEAR(At("sine mean=50 amplitude=5 period=60", 15), 55, 1e-12);
     EXPECT_NEAR(At("sine mean=50 amplitude=5 period=60", 45), 45, 1e-12);
@@ -37,7 +37,7 @@ TEST(SignalTest, SineSwingsAroundItsMean) {
     EXPECT_NEAR(At("sine mean=50 amplitude=5 period=60 phase=15", 0), 45, 1e-12);
 }
 
-TEST(SignalTest, SquareIsHighForItsDuty) {
+TEST(SignalsTest, SquareIsHighForItsDuty) {
     EXPECT_EQ(At("square low=0 high=1 period=10", 4), 1);
     EXPECT_EQ(At("square low=0 high=1 period=10", 5), 0);
     EXPECT_EQ(At("square low=0 high=1 period=10 duty=0.8", 7), 1);
@@ -46,7 +46,7 @@ TEST(SignalTest, SquareIsHighForItsDuty) {
     EXPECT_EQ(At("square low=0 high=1 period=10 duty=1", 9), 1);
 }
 
-TEST(SignalTest, CounterGrowsFromTheLastValue) {
+TEST(SignalsTest, CounterGrowsFromTheLastValue) {
     const Signal counter = Parsed("counter rate=0.5 start=100");
     EXPECT_EQ(counter.ValueAt(5, std::nullopt, 0, 0), 100);
     EXPECT_EQ(counter.ValueAt(6, 250.0, 1, 0), 250.5);
@@ -55,7 +55,7 @@ TEST(SignalTest, CounterGrowsFromTheLastValue) {
     EXPECT_EQ(Parsed("counter rate=2").ValueAt(0, std::nullopt, 0, 0), 0);
 }
 
-TEST(SignalTest, WalkStaysWithinItsStepAndBounds) {
+TEST(SignalsTest, WalkStaysWithinItsStepAndBounds) {
     const Signal walk = Parsed("walk min=0 max=10 step=2");
     EXPECT_EQ(walk.ValueAt(0, std::nullopt, 1, 1), 5);
     EXPECT_EQ(Parsed("walk min=0 max=10 step=2 start=1").ValueAt(0, std::nullopt, 1, 1), 1);
@@ -81,7 +81,7 @@ TEST(SignalTest, WalkStaysWithinItsStepAndBounds) {
     EXPECT_EQ(walk.ValueAt(0, 99.0, 0, 1), 10);
 }
 
-TEST(SignalTest, WrongTextsAreTold) {
+TEST(SignalsTest, WrongTextsAreTold) {
     struct Row {
         const char* text;
         const char* error;

@@ -297,9 +297,9 @@ TEST_F(StoreTest, OldArchiveValueStaysUntilTheNextOneTakesItsPlace) {
 
 // ---- reports
 
-class ReportTest : public StoreTest {
+class StoreReportTest : public StoreTest {
   protected:
-    ReportTest() : m_nX(m_store->Register("X")) {}
+    StoreReportTest() : m_nX(m_store->Register("X")) {}
 
     ChangedReports Make(PeriodAction action, ValueKind kind, std::int64_t time,
                         ReportRule rule = ReportRule::Mean, int dayStart = 0,
@@ -328,7 +328,7 @@ class ReportTest : public StoreTest {
     std::int64_t m_tMonth = MakeLocalTime({2024, 3, 1});
 };
 
-TEST_F(ReportTest, InitMakesARecordOnce) {
+TEST_F(StoreReportTest, InitMakesARecordOnce) {
     EXPECT_THAT(Make(PeriodAction::Init, KindHour, m_tHour), ElementsAre(Pair(KindHour, m_tHour)));
     ExpectSame(ReadOne(m_nX, KindHour),
                Stamped(CVal(), m_tHour, Status::Unknown | Status::ReportInited));
@@ -338,7 +338,7 @@ TEST_F(ReportTest, InitMakesARecordOnce) {
                Stamped(CVal(), m_tHour + 3, Status::Unknown | Status::ReportInited));
 }
 
-TEST_F(ReportTest, InitLeavesAValue) {
+TEST_F(StoreReportTest, InitLeavesAValue) {
     Put(KindHour, m_tHour, CVal(5), Status::SetByUser);
     Make(PeriodAction::Init, KindHour, m_tHour);
     ExpectSame(ReadOne(m_nX, KindHour),
@@ -346,7 +346,7 @@ TEST_F(ReportTest, InitLeavesAValue) {
 }
 
 // 10 from the hour before, 20 from half past.
-TEST_F(ReportTest, LoadComputesTheHourFromTheArchive) {
+TEST_F(StoreReportTest, LoadComputesTheHourFromTheArchive) {
     Put(KindArchive, m_tHour - 100, CVal(10));
     Put(KindArchive, m_tHour + 1800, CVal(20), Status::Alarm);
     Put(KindArchive, m_tHour + 3600, CVal(1000));
@@ -355,7 +355,7 @@ TEST_F(ReportTest, LoadComputesTheHourFromTheArchive) {
     ExpectReport(KindHour, 15, kLoaded | Status::ReportInited | Status::Alarm);
 }
 
-TEST_F(ReportTest, IncreaseStartsFromTheLastKnownReadingBefore) {
+TEST_F(StoreReportTest, IncreaseStartsFromTheLastKnownReadingBefore) {
     Put(KindArchive, m_tHour - 200, CVal(100));
     Put(KindArchive, m_tHour - 100, CVal(), Status::Unknown);
     Put(KindArchive, m_tHour, CVal(103));
@@ -365,7 +365,7 @@ TEST_F(ReportTest, IncreaseStartsFromTheLastKnownReadingBefore) {
     ExpectReport(KindHour, 10, kLoaded);
 }
 
-TEST_F(ReportTest, SumTakesTheAmountsOfTheHour) {
+TEST_F(StoreReportTest, SumTakesTheAmountsOfTheHour) {
     Put(KindArchive, m_tHour - 1, CVal(100));
     Put(KindArchive, m_tHour, CVal(1));
     Put(KindArchive, m_tHour + 3599, CVal(2));
@@ -374,7 +374,7 @@ TEST_F(ReportTest, SumTakesTheAmountsOfTheHour) {
     ExpectReport(KindHour, 3, kLoaded);
 }
 
-TEST_F(ReportTest, LoadLeavesWhatAUserHasSetAndCalcDoesNot) {
+TEST_F(StoreReportTest, LoadLeavesWhatAUserHasSetAndCalcDoesNot) {
     Put(KindArchive, m_tHour - 100, CVal(10));
     Put(KindHour, m_tHour, CVal(7), Status::SetByUser | Status::ReportInited);
     EXPECT_THAT(Make(PeriodAction::Load, KindHour, m_tHour), IsEmpty());
@@ -385,7 +385,7 @@ TEST_F(ReportTest, LoadLeavesWhatAUserHasSetAndCalcDoesNot) {
     ExpectReport(KindHour, 10, kLoaded | Status::ReportInited);
 }
 
-TEST_F(ReportTest, CalcTakesWhatStandsThereNow) {
+TEST_F(StoreReportTest, CalcTakesWhatStandsThereNow) {
     Put(KindArchive, m_tHour - 100, CVal(10));
     Make(PeriodAction::Load, KindHour, m_tHour);
     Put(KindArchive, m_tHour, CVal(30));
@@ -393,7 +393,7 @@ TEST_F(ReportTest, CalcTakesWhatStandsThereNow) {
     ExpectReport(KindHour, 30, kLoaded);
 }
 
-TEST_F(ReportTest, SameOutcomeIsNoChange) {
+TEST_F(StoreReportTest, SameOutcomeIsNoChange) {
     Put(KindArchive, m_tHour - 100, CVal(10));
     EXPECT_EQ(Make(PeriodAction::Load, KindHour, m_tHour).size(), 1u);
     EXPECT_THAT(Make(PeriodAction::Calculate, KindHour, m_tHour), IsEmpty());
@@ -412,7 +412,7 @@ TEST_F(ReportTest, SameOutcomeIsNoChange) {
 }
 
 // 10 for half an hour, then 20 for a quarter; the last quarter is still to come.
-TEST_F(ReportTest, WhatIsStillToComeIsNotKnown) {
+TEST_F(StoreReportTest, WhatIsStillToComeIsNotKnown) {
     Put(KindArchive, m_tHour, CVal(10));
     Put(KindArchive, m_tHour + 1800, CVal(20));
     Put(KindArchive, m_tHour + 2700, CVal(1000));
@@ -424,7 +424,7 @@ TEST_F(ReportTest, WhatIsStillToComeIsNotKnown) {
     ExpectReport(KindHour, 10 + 980, kLoaded | Status::CalculateError);
 }
 
-TEST_F(ReportTest, HourThatHasNotBegunHasNoValue) {
+TEST_F(StoreReportTest, HourThatHasNotBegunHasNoValue) {
     Put(KindArchive, m_tHour - 100, CVal(10));
     for (const ReportRule rule : {ReportRule::Mean, ReportRule::Sum, ReportRule::Increase}) {
         Make(PeriodAction::Load, KindHour, m_tHour, rule, 0, m_tHour - 1);
@@ -434,14 +434,14 @@ TEST_F(ReportTest, HourThatHasNotBegunHasNoValue) {
     ExpectSame(ReadOne(m_nX, KindHour), Stamped(CVal(), m_tHour, Status::Unknown | kLoaded));
 }
 
-TEST_F(ReportTest, HourWithoutDataHasNoValue) {
+TEST_F(StoreReportTest, HourWithoutDataHasNoValue) {
     Make(PeriodAction::Load, KindHour, m_tHour);
     ExpectSame(ReadOne(m_nX, KindHour), Stamped(CVal(), m_tHour, Status::Unknown | kLoaded));
 }
 
 // On 27 October 2024 the day had 25 hours: 1, 2, ..., 25, of which hour 3 was set by hand to 100.
 // (1 + ... + 25 - 3 + 100) = 422.
-TEST_F(ReportTest, DayIsComputedFromItsHours) {
+TEST_F(StoreReportTest, DayIsComputedFromItsHours) {
     const std::int64_t day = MakeLocalTime({2024, 10, 27});
     for (int hour = 0; hour < 25; ++hour) Put(KindHour, day + hour * 3600, CVal(hour + 1), kLoaded);
     Put(KindHour, day - 3600, CVal(1000));
@@ -453,7 +453,7 @@ TEST_F(ReportTest, DayIsComputedFromItsHours) {
     ExpectReport(KindDay, 422.0 / 25, kLoaded);
 }
 
-TEST_F(ReportTest, GasDayTakesTheHoursFromSixToSix) {
+TEST_F(StoreReportTest, GasDayTakesTheHoursFromSixToSix) {
     for (int hour = 0; hour < 48; ++hour) {
         Put(KindHour, m_tDay + hour * 3600, CVal(hour >= 6 && hour < 30 ? 1 : 1000));
     }
@@ -462,14 +462,14 @@ TEST_F(ReportTest, GasDayTakesTheHoursFromSixToSix) {
     EXPECT_EQ(ReadOne(m_nX, KindDay).GetTime(), m_tDay);
 }
 
-TEST_F(ReportTest, DayWithoutAnHourIsIncomplete) {
+TEST_F(StoreReportTest, DayWithoutAnHourIsIncomplete) {
     for (int hour = 0; hour < 23; ++hour) Put(KindHour, m_tDay + hour * 3600, CVal(2));
     Make(PeriodAction::Load, KindDay, m_tDay, ReportRule::Sum);
     ExpectReport(KindDay, 46, kLoaded | Status::CalculateError);
 }
 
 // March 2024 had 30 days of 24 hours and one of 23: a mean of 1 and once 32.
-TEST_F(ReportTest, MonthIsComputedFromItsDays) {
+TEST_F(StoreReportTest, MonthIsComputedFromItsDays) {
     for (std::int64_t day = m_tMonth; day < MakeLocalTime({2024, 4, 1});
          day = GetNextLocalDayTime(day)) {
         Put(KindDay, day, CVal(day == MakeLocalTime({2024, 3, 31}) ? 32 : 1));
@@ -480,7 +480,7 @@ TEST_F(ReportTest, MonthIsComputedFromItsDays) {
     ExpectReport(KindMonth, 62, kLoaded);
 }
 
-TEST_F(ReportTest, BackgroundWorkIsDoneBetweenTheRest) {
+TEST_F(StoreReportTest, BackgroundWorkIsDoneBetweenTheRest) {
     Put(KindArchive, m_tHour - 100, CVal(10));
     const StoreOutcome outcome = Submit({MakeReport{PeriodAction::Load, m_nX, KindHour, m_tHour},
                                          SaveProgress{"hour", m_tHour + 3600}},

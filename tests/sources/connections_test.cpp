@@ -11,7 +11,7 @@ using testing::IsEmpty;
 
 // ---- login
 
-class SourceLogin : public ScriptWorld {
+class ConnectionsLoginTest : public ScriptWorld {
   protected:
     // How the source "srv" is logged in to with this description, if any.
     std::string LoginWith(std::vector<CSourceDesc> descriptions, bool consoleClient = false) {
@@ -36,41 +36,41 @@ class SourceLogin : public ScriptWorld {
     HandServer server;
 };
 
-TEST_F(SourceLogin, WithoutADescriptionAsTheActiveUser) {
+TEST_F(ConnectionsLoginTest, WithoutADescriptionAsTheActiveUser) {
     EXPECT_EQ(LoginWith({}), "login ewa/ Kalvex 23");
     EXPECT_EQ(LoginWith({{"inny", "jan", "tajne"}}), "login ewa/ Kalvex 23");
 }
 
-TEST_F(SourceLogin, DescriptionGivesUserAndPassword) {
+TEST_F(ConnectionsLoginTest, DescriptionGivesUserAndPassword) {
     EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}, {"srv", "drugi", ""}}),
               "login jan/tajne Kalvex 23");
 }
 
-TEST_F(SourceLogin, NobodyAndTheEmptyUserMeanTheActiveUser) {
+TEST_F(ConnectionsLoginTest, NobodyAndTheEmptyUserMeanTheActiveUser) {
     EXPECT_EQ(LoginWith({{"srv", "NOBODY", "tajne"}}), "login ewa/ Kalvex 23");
     EXPECT_EQ(LoginWith({{"srv", "", "tajne"}}), "login ewa/ Kalvex 23");
     EXPECT_EQ(LoginWith({{"srv", "Nobody", "tajne"}}), "login Nobody/tajne Kalvex 23");
 }
 
-TEST_F(SourceLogin, ConsoleClientAlwaysIsTheActiveUser) {
+TEST_F(ConnectionsLoginTest, ConsoleClientAlwaysIsTheActiveUser) {
     EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}}, true), "login ewa/ Kalvex 23");
 }
 
-TEST_F(SourceLogin, ConsoleClientWishesForMoreThanAModule) {
+TEST_F(ConnectionsLoginTest, ConsoleClientWishesForMoreThanAModule) {
     LoginWith({}, false);
     EXPECT_EQ(server.wishes, 577u);
     LoginWith({}, true);
     EXPECT_EQ(server.wishes, 833u);
 }
 
-TEST_F(SourceLogin, RefusalIsLogged) {
+TEST_F(ConnectionsLoginTest, RefusalIsLogged) {
     server.loginResult = {5, FromUtf8("użytkownik nieznany")};
     LoginWith({});
     EXPECT_THAT(log.lines, ElementsAre(std::pair(
                                1, std::string("Brak dostępu do serwera srv użytkownik nieznany"))));
 }
 
-TEST_F(SourceLogin, AccessWithoutRefusalLogsTheConnectionAlone) {
+TEST_F(ConnectionsLoginTest, AccessWithoutRefusalLogsTheConnectionAlone) {
     LoginWith({});
     EXPECT_THAT(log.lines, ElementsAre(std::pair(2, std::string("Nawiązanie połączenia z srv"))));
 }
@@ -83,9 +83,9 @@ class HookedConnection final : public CInterfaceClientConnection {
     using CInterfaceClientConnection::OnConnectionFault;
 };
 
-using ConnectionFaults = SourceLogin;
+using ConnectionsFaultTest = ConnectionsLoginTest;
 
-TEST_F(ConnectionFaults, EachHasItsWords) {
+TEST_F(ConnectionsFaultTest, EachHasItsWords) {
     SourceServices world{log, translator, users, network};
     HookedConnection connection(world);
     connection.Create(23, "srv", "Kalvex", network, nullptr);
@@ -101,7 +101,7 @@ TEST_F(ConnectionFaults, EachHasItsWords) {
                                    "Błąd odbioru pakietu od srv (serwer nie odpowiada)"));
 }
 
-TEST_F(ConnectionFaults, SourceThatCannotBeMadeLeavesNoConnection) {
+TEST_F(ConnectionsFaultTest, SourceThatCannotBeMadeLeavesNoConnection) {
     NoTransports none;
     CClientInterface client({log, translator, users, none});
     EXPECT_EQ(client.RegisterPlain("srv", "V"), nullptr);
@@ -111,7 +111,7 @@ TEST_F(ConnectionFaults, SourceThatCannotBeMadeLeavesNoConnection) {
     EXPECT_THAT(Log(), ElementsAre("Błąd utworzenia połączenia (nieznany adres serwera)"));
 }
 
-TEST_F(ConnectionFaults, RemoteVariableWithoutAConnection) {
+TEST_F(ConnectionsFaultTest, RemoteVariableWithoutAConnection) {
     NoTransports none;
     CClientInterface client({log, translator, users, none});
     services.sources = &client;
@@ -147,9 +147,9 @@ TEST_F(ConnectionFaults, RemoteVariableWithoutAConnection) {
 
 // ---- the life of a connection
 
-class Connections : public SourceWorld {};
+class ConnectionsTest : public SourceWorld {};
 
-TEST_F(Connections, DisconnectionsAreWordedByTheirReason) {
+TEST_F(ConnectionsTest, DisconnectionsAreWordedByTheirReason) {
     Plant(
         "'outages': [{'fromTick': 10, 'toTick': 15, 'reason': 4102}, "
         "{'fromTick': 20, 'toTick': 25, 'reason': 4100}, "
@@ -173,7 +173,7 @@ TEST_F(Connections, DisconnectionsAreWordedByTheirReason) {
     EXPECT_THAT(Log(), testing::Not(testing::Contains("Reinicjacja połączenia z srv")));
 }
 
-TEST_F(Connections, DataAreReadyOnlyOnceTheyHaveComeIn) {
+TEST_F(ConnectionsTest, DataAreReadyOnlyOnceTheyHaveComeIn) {
     Plant(
         "'dataAtTick': 60, 'outages': [{'fromTick': 20, 'toTick': 30}], "
         "'variables': {'V': {'current': [{'value': 1}]}}");
@@ -194,7 +194,7 @@ TEST_F(Connections, DataAreReadyOnlyOnceTheyHaveComeIn) {
     EXPECT_EQ(Connection().GetMaxVarValIndex(), 0);
 }
 
-TEST_F(Connections, NoSourceWithoutAName) {
+TEST_F(ConnectionsTest, NoSourceWithoutAName) {
     Start("REMOTE a srv@V");
     Tick(2);
     EXPECT_TRUE(client->IsConnected("srv"));
@@ -202,7 +202,7 @@ TEST_F(Connections, NoSourceWithoutAName) {
     EXPECT_FALSE(client->IsConnected("inny"));
 }
 
-TEST_F(Connections, CurrentValueIsModifiedByName) {
+TEST_F(ConnectionsTest, CurrentValueIsModifiedByName) {
     Plant("'variables': {'V': {'current': [{'value': 1}]}}");
     EXPECT_FALSE(client->ModifyCurrentByName("srv", "V", CVal(5)));
     CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 5);
@@ -213,7 +213,7 @@ TEST_F(Connections, CurrentValueIsModifiedByName) {
 
 // ---- errors of variables
 
-TEST_F(Connections, VariableErrorIsLoggedForEachScript) {
+TEST_F(ConnectionsTest, VariableErrorIsLoggedForEachScript) {
     Plant("'variables': {'V': {}}");
     Start("REMOTE a srv@V\nREMOTE b srv@V", "pierwszy.kx");
     Start("REMOTE c srv@V", "drugi.kx");
@@ -224,7 +224,7 @@ TEST_F(Connections, VariableErrorIsLoggedForEachScript) {
                                       "pierwszy.kx - Klopot (srv@V)", "drugi.kx - Klopot (srv@V)"));
 }
 
-TEST_F(Connections, VariableErrorWithoutAVariable) {
+TEST_F(ConnectionsTest, VariableErrorWithoutAVariable) {
     Start("REMOTE a srv@V");
     Tick(5);
     NewLog();
@@ -233,13 +233,13 @@ TEST_F(Connections, VariableErrorWithoutAVariable) {
     EXPECT_THAT(NewLog(), ElementsAre("Klopot", "Klopot (W)"));
 }
 
-TEST_F(Connections, VariableErrorOfAVariableWithoutOwnersIsSilent) {
+TEST_F(ConnectionsTest, VariableErrorOfAVariableWithoutOwnersIsSilent) {
     client->RegisterPlain("srv", "V");
     EXPECT_EQ(Connection().LogVariableError("Klopot", "V"), "Klopot (V)");
     EXPECT_THAT(NewLog(), IsEmpty());
 }
 
-TEST_F(Connections, AccessErrorsNameTheScript) {
+TEST_F(ConnectionsTest, AccessErrorsNameTheScript) {
     Plant("'variables': {'ODMOWA': {'accessError': 7}}");
     Start("REMOTE a srv@BRAK\nREMOTE b srv@ODMOWA");
     Tick(5);
@@ -249,7 +249,7 @@ TEST_F(Connections, AccessErrorsNameTheScript) {
                     "main.kx - Brak dostępu do wartości zmiennej w źródle (7) (srv@ODMOWA)"));
 }
 
-TEST_F(Connections, RefusedReportWritesAreLoggedByKind) {
+TEST_F(ConnectionsTest, RefusedReportWritesAreLoggedByKind) {
     Plant("'variables': {'V': {'writeError': 9, 'current': [{'value': 1}]}}");
     Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 1\nPUT a DREP 2024 3 9 1\n"
         "PUT a MREP 2024 3 1\nPUT a SREP 2024 5 1\nSET a = 5",
@@ -262,13 +262,13 @@ TEST_F(Connections, RefusedReportWritesAreLoggedByKind) {
 
 // ---- registration
 
-TEST_F(Connections, RegistrationReachesTheServerAtOnce) {
+TEST_F(ConnectionsTest, RegistrationReachesTheServerAtOnce) {
     Run("REMOTE a srv@V\nREMOTE b srv@W", 5);
     EXPECT_THAT(Calls(""),
                 ElementsAre("RegisterVariable V", "Subscribe", "RegisterVariable W", "Subscribe"));
 }
 
-TEST_F(Connections, RegistrationWithoutAnOwner) {
+TEST_F(ConnectionsTest, RegistrationWithoutAnOwner) {
     CVarVal* variable = client->RegisterPlain("srv", "V");
     ASSERT_NE(variable, nullptr);
     EXPECT_EQ(variable, Connection().GetVarVal("V"));
@@ -278,7 +278,7 @@ TEST_F(Connections, RegistrationWithoutAnOwner) {
                                        "Subscribe"));
 }
 
-TEST_F(Connections, BlocksNestAndAFurtherStartSubscribesAgain) {
+TEST_F(ConnectionsTest, BlocksNestAndAFurtherStartSubscribesAgain) {
     client->RegisterPlain("srv", "V");
     Calls("");
     client->BlockSubscribe();
@@ -298,7 +298,7 @@ TEST_F(Connections, BlocksNestAndAFurtherStartSubscribesAgain) {
     EXPECT_THAT(Calls("Subscribe"), IsEmpty());
 }
 
-TEST_F(Connections, OneBlockHoldsBackAllScripts) {
+TEST_F(ConnectionsTest, OneBlockHoldsBackAllScripts) {
     Run("SUBSCRIBE STOP\nREMOTE a srv@V\nSUBSCRIBE STOP", 5);
     Start("REMOTE b srv@W\nSUBSCRIBE START\nREMOTE c srv@X", "drugi.kx");
     Tick(5);
@@ -308,7 +308,7 @@ TEST_F(Connections, OneBlockHoldsBackAllScripts) {
     EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
 }
 
-TEST_F(Connections, ResetOfAnyScriptEndsAllBlocksAndTellsTheServerOnce) {
+TEST_F(ConnectionsTest, ResetOfAnyScriptEndsAllBlocksAndTellsTheServerOnce) {
     Run("REMOTE a srv@V\nREMOTE b srv@W\nSUBSCRIBE STOP\nSUBSCRIBE STOP\nSUBSCRIBE STOP", 5);
     CKalvexDoc& other = Start("REMOTE c srv@X\nREMOTE d srv@Y", "drugi.kx");
     Tick(5);
@@ -320,7 +320,7 @@ TEST_F(Connections, ResetOfAnyScriptEndsAllBlocksAndTellsTheServerOnce) {
     EXPECT_THAT(Calls("Subscribe"), ElementsAre("Subscribe"));
 }
 
-TEST_F(Connections, ResetReleasesVariablesAndRequests) {
+TEST_F(ConnectionsTest, ResetReleasesVariablesAndRequests) {
     Plant("'latencyTicks': 100, 'variables': {'V': {}}");
     CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 1);
     Tick(2);
@@ -335,7 +335,7 @@ TEST_F(Connections, ResetReleasesVariablesAndRequests) {
     Tick(200);
 }
 
-TEST_F(Connections, VariableOfTwoScriptsOutlivesTheResetOfOne) {
+TEST_F(ConnectionsTest, VariableOfTwoScriptsOutlivesTheResetOfOne) {
     Plant("'variables': {'V': {'current': [{'value': 1}, {'atTick': 30, 'value': 2}]}}");
     CKalvexDoc& first = Start("REMOTE a srv@V", "pierwszy.kx");
     CKalvexDoc& second = Start("REMOTE b srv@V", "drugi.kx");
@@ -347,7 +347,7 @@ TEST_F(Connections, VariableOfTwoScriptsOutlivesTheResetOfOne) {
 
 // ---- definitions
 
-TEST_F(Connections, DefinitionsReachTheVariables) {
+TEST_F(ConnectionsTest, DefinitionsReachTheVariables) {
     Plant(
         "'latencyTicks': 5, 'variables': {'V': {'attributes': {'un': 'm3/h', 'de': 'Przepływ', "
         "'nd': 'Z1', 'fo': '%.2f', 'min': '0', 'max': '500', 'at': 4, 'rt': 20}}, "
@@ -381,7 +381,7 @@ TEST_F(Connections, DefinitionsReachTheVariables) {
     EXPECT_EQ(c.HasSpanReport(), 0);
 }
 
-TEST_F(Connections, ArchiveBits) {
+TEST_F(ConnectionsTest, ArchiveBits) {
     Plant(
         "'variables': {'A': {'attributes': {'at': 2}}, 'B': {'attributes': {'at': 32}}, "
         "'C': {'attributes': {'at': 89}}}");
@@ -391,7 +391,7 @@ TEST_F(Connections, ArchiveBits) {
     EXPECT_EQ(document.Variables().Find("c")->IsArchived(), 0);
 }
 
-TEST_F(Connections, NamesOfTheServersVariables) {
+TEST_F(ConnectionsTest, NamesOfTheServersVariables) {
     Plant("'connectAtTick': null, 'variables': {'Z': {}, 'A': {}}");
     EXPECT_EQ(client->GetVariableNames("srv"), (std::vector<std::string>{"Z", "A"}));
     EXPECT_EQ(client->GetVariableNames("inny"), std::nullopt);

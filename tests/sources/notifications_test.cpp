@@ -8,7 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class Notifications : public SourceWorld {
+class NotificationsTest : public SourceWorld {
   protected:
     // The error of a script with this line, "0" when it went through.
     std::string ErrorOf(const std::string& line) {
@@ -23,7 +23,7 @@ class Notifications : public SourceWorld {
     }
 };
 
-TEST_F(Notifications, QueueHoldsEachTimeOnceOldestFirst) {
+TEST_F(NotificationsTest, QueueHoldsEachTimeOnceOldestFirst) {
     Plant(
         "'reportChanges': [{'atTick': 10, 'kind': 'HREP', 'time': 200}, "
         "{'atTick': 11, 'kind': 'HREP', 'time': 100}, {'atTick': 12, 'kind': 'HREP', "
@@ -34,7 +34,7 @@ TEST_F(Notifications, QueueHoldsEachTimeOnceOldestFirst) {
     EXPECT_THAT(Queue(document, KindDay), ElementsAre());
 }
 
-TEST_F(Notifications, TimesAreTakenOneByOne) {
+TEST_F(NotificationsTest, TimesAreTakenOneByOne) {
     Plant(
         "'reportChanges': [{'atTick': 5, 'kind': 'SREP', 'time': 200}, "
         "{'atTick': 6, 'kind': 'SREP', 'time': 100}]");
@@ -53,7 +53,7 @@ TEST_F(Notifications, TimesAreTakenOneByOne) {
     EXPECT_EQ(Value(document, "w"), "160:0");
 }
 
-TEST_F(Notifications, EachKindAndDocumentHasItsQueue) {
+TEST_F(NotificationsTest, EachKindAndDocumentHasItsQueue) {
     Plant(
         "'reportChanges': [{'atTick': 10, 'kind': 'DREP', 'time': 100}, "
         "{'atTick': 11, 'kind': 'MREP', 'time': 200}, {'atTick': 12, 'kind': 'SREP', "
@@ -68,7 +68,7 @@ TEST_F(Notifications, EachKindAndDocumentHasItsQueue) {
     EXPECT_THAT(Queue(second, KindSpan), ElementsAre(300));
 }
 
-TEST_F(Notifications, DisabledQueueStaysAndTakesNothing) {
+TEST_F(NotificationsTest, DisabledQueueStaysAndTakesNothing) {
     Plant(
         "'reportChanges': [{'atTick': 5, 'kind': 'HREP', 'time': 100}, "
         "{'atTick': 15, 'kind': 'HREP', 'time': 200}, {'atTick': 25, 'kind': 'HREP', "
@@ -85,7 +85,7 @@ TEST_F(Notifications, DisabledQueueStaysAndTakesNothing) {
     EXPECT_THAT(Queue(document, KindHour), ElementsAre(100, 300));
 }
 
-TEST_F(Notifications, DisableAndEnableInAScript) {
+TEST_F(NotificationsTest, DisableAndEnableInAScript) {
     Plant("'reportChanges': [{'atTick': 5, 'kind': 'HREP', 'time': 100}]");
     CKalvexDoc& document = Start(
         "REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY HREP srv\n:c\n"
@@ -100,7 +100,7 @@ TEST_F(Notifications, DisableAndEnableInAScript) {
     EXPECT_EQ(Value(document, "u"), "160:100");
 }
 
-TEST_F(Notifications, RefusedStatements) {
+TEST_F(NotificationsTest, RefusedStatements) {
     EXPECT_EQ(ErrorOf("ENABLE_NOTIFY HREP inny"), "11");
     EXPECT_EQ(ErrorOf("ENABLE_NOTIFY CURDATA srv"), "11");
     EXPECT_EQ(ErrorOf("ENABLE_NOTIFY ARCH srv"), "11");
@@ -110,14 +110,14 @@ TEST_F(Notifications, RefusedStatements) {
     EXPECT_EQ(ErrorOf("ENABLE_NOTIFY HREP srv"), "0");
 }
 
-TEST_F(Notifications, NoSourcesAtAll) {
+TEST_F(NotificationsTest, NoSourcesAtAll) {
     services.sources = nullptr;
     EXPECT_EQ(Error(Run("ENABLE_NOTIFY HREP srv", 2)), "11");
     EXPECT_EQ(Value(Run("LOCAL n = NOTIFY HREP srv", 2), "n"), "160:0");
 }
 
 // The statements ask whatever sources the document has.
-TEST_F(Notifications, SourcesOfAnotherMake) {
+TEST_F(NotificationsTest, SourcesOfAnotherMake) {
     services.sources = &sources;
     CKalvexDoc& document = Run("ENABLE_NOTIFY HREP srv\nENABLE_NOTIFY SREP inny", 2);
     document.Reset();
@@ -126,7 +126,7 @@ TEST_F(Notifications, SourcesOfAnotherMake) {
                                        "stop notifying 5 inny"}));
 }
 
-TEST_F(Notifications, EnableWaitsForTheSource) {
+TEST_F(NotificationsTest, EnableWaitsForTheSource) {
     CKalvexDoc& document = Start("ENABLE_NOTIFY HREP srv");
     Tick(5);
     EXPECT_EQ(document.m_nCurrentLine, 0);
@@ -135,7 +135,7 @@ TEST_F(Notifications, EnableWaitsForTheSource) {
     EXPECT_EQ(document.m_nCurrentLine, 1);
 }
 
-TEST_F(Notifications, FunctionsWithoutARecordGiveZero) {
+TEST_F(NotificationsTest, FunctionsWithoutARecordGiveZero) {
     CKalvexDoc& document =
         Run("LOCAL a = NOTIFY HREP srv\nLOCAL b = NOTIFY CURDATA srv\n"
             "LOCAL c = NOTIFY_QUEUE_COUNT HREP srv\n"
@@ -147,7 +147,7 @@ TEST_F(Notifications, FunctionsWithoutARecordGiveZero) {
     EXPECT_EQ(Value(document, "d"), "150:0");
 }
 
-TEST_F(Notifications, ResetTakesTheDocumentOffTheConnection) {
+TEST_F(NotificationsTest, ResetTakesTheDocumentOffTheConnection) {
     Plant("'reportChanges': [{'atTick': 10, 'kind': 'HREP', 'time': 100}]");
     CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY DREP srv");
     Tick(5);

@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class RemoteVariable : public SourceWorld {
+class RemoteVariableTest : public SourceWorld {
   protected:
     // "a" bound to V, with its data.
     CKalvexDoc& Declare(std::string_view plantContent) {
@@ -47,7 +47,7 @@ class RemoteVariable : public SourceWorld {
         "'variables': {'V': {'current': [{'value': 12.5, 'status': 16, 'time': 1710050000}]}}";
 };
 
-TEST_F(RemoteVariable, DeclarationSplitsTheTargetAtTheFirstAt) {
+TEST_F(RemoteVariableTest, DeclarationSplitsTheTargetAtTheFirstAt) {
     CKalvexDoc& document = Run("REMOTE a srv@V@W\nREMOTE a srv@inny", 2);
     EXPECT_EQ(Link(document, "a").GetSource(), "srv");
     EXPECT_EQ(Link(document, "a").GetVariable(), "V@W");
@@ -57,7 +57,7 @@ TEST_F(RemoteVariable, DeclarationSplitsTheTargetAtTheFirstAt) {
     EXPECT_THAT(Calls("Register"), ElementsAre("RegisterVariable V@W"));
 }
 
-TEST_F(RemoteVariable, BadDeclarationsStopTheScript) {
+TEST_F(RemoteVariableTest, BadDeclarationsStopTheScript) {
     CKalvexDoc& document = Run("REMOTE a.b srv@V", 2);
     EXPECT_EQ(Error(document), "23 a.b");
     EXPECT_EQ(document.GetStateWord(), StatePaused);
@@ -67,7 +67,7 @@ TEST_F(RemoteVariable, BadDeclarationsStopTheScript) {
     EXPECT_EQ(other.Variables().GetSize(), 0u);
 }
 
-TEST_F(RemoteVariable, ReadingWaitsForDataAndGoesOn) {
+TEST_F(RemoteVariableTest, ReadingWaitsForDataAndGoesOn) {
     Plant("'connectAtTick': 20, 'variables': {'V': {'current': [{'value': 12.5}]}}");
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
     Tick(19);
@@ -80,7 +80,7 @@ TEST_F(RemoteVariable, ReadingWaitsForDataAndGoesOn) {
     EXPECT_EQ(document.m_nCurrentLine, 3);
 }
 
-TEST_F(RemoteVariable, ServerThatGoesAwayHoldsTheLine) {
+TEST_F(RemoteVariableTest, ServerThatGoesAwayHoldsTheLine) {
     Plant(
         "'outages': [{'fromTick': 20, 'toTick': 40}], 'variables': {'V': {'current': "
         "[{'value': 1}]}}");
@@ -96,7 +96,7 @@ TEST_F(RemoteVariable, ServerThatGoesAwayHoldsTheLine) {
     EXPECT_EQ(Error(document), "0");
 }
 
-TEST_F(RemoteVariable, AnswersOfGetValue) {
+TEST_F(RemoteVariableTest, AnswersOfGetValue) {
     CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Read(document, KindCurrent), "1 12.50/16");
     EXPECT_EQ(Read(document, KindHour), "2 /0");
@@ -105,14 +105,14 @@ TEST_F(RemoteVariable, AnswersOfGetValue) {
     EXPECT_EQ(Read(document, KindArchive, 1), "2 /0");
 }
 
-TEST_F(RemoteVariable, WithoutDataTheAnswerIsNothingWhateverWasRead) {
+TEST_F(RemoteVariableTest, WithoutDataTheAnswerIsNothingWhateverWasRead) {
     Plant("'dataAtTick': 10, 'variables': {'V': {'current': [{'value': 1}]}}");
     CKalvexDoc& document = Run("REMOTE a srv@V\nSET a.HREP = 4", 5);
     EXPECT_EQ(Read(document, KindHour), "0 4.00/32768");
     EXPECT_EQ(Read(document, KindCurrent), "0 /0");
 }
 
-TEST_F(RemoteVariable, SuffixesOfNames) {
+TEST_F(RemoteVariableTest, SuffixesOfNames) {
     Plant("'variables': {'V': {'current': [{'value': 7}]}}");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nSET a.hrep = 4\nLOCAL x = a.HREP\nLOCAL y = a.CURDATA", 3);
@@ -124,7 +124,7 @@ TEST_F(RemoteVariable, SuffixesOfNames) {
 
 // ---- unknown values
 
-TEST_F(RemoteVariable, UnknownValueIsRefusedUnlessIgnored) {
+TEST_F(RemoteVariableTest, UnknownValueIsRefusedUnlessIgnored) {
     CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
@@ -135,21 +135,21 @@ TEST_F(RemoteVariable, UnknownValueIsRefusedUnlessIgnored) {
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
 }
 
-TEST_F(RemoteVariable, UnknownWithoutAValueIsRefusedEvenIfIgnored) {
+TEST_F(RemoteVariableTest, UnknownWithoutAValueIsRefusedEvenIfIgnored) {
     CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': null, 'status': 1}]}}");
     Variable(document).SetIgnoreUnknown(true);
     EXPECT_EQ(Read(document, KindCurrent), "2 /1");
 }
 
-TEST_F(RemoteVariable, NoValueIsRefused) {
+TEST_F(RemoteVariableTest, NoValueIsRefused) {
     CKalvexDoc& document = Declare("'variables': {'V': {}}");
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
     Variable(document).SetIgnoreUnknown(true);
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
 }
 
-TEST_F(RemoteVariable, IgnoringAppliesToOldAndNewVariables) {
+TEST_F(RemoteVariableTest, IgnoringAppliesToOldAndNewVariables) {
     Plant("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nIGNORE_UNKNOWN_ON\nLOCAL x = a\nREMOTE b srv@V\nLOCAL y = b\n"
@@ -161,7 +161,7 @@ TEST_F(RemoteVariable, IgnoringAppliesToOldAndNewVariables) {
     EXPECT_FALSE(Link(document, "a").IsIgnoreUnknown());
 }
 
-TEST_F(RemoteVariable, ReportSlotIsUsableOnlyWhenReady) {
+TEST_F(RemoteVariableTest, ReportSlotIsUsableOnlyWhenReady) {
     CKalvexDoc& document = Declare(
         "'variables': {'V': {'hour': [{'time': 3600, 'value': 1, "
         "'status': 1}]}}");
@@ -176,7 +176,7 @@ TEST_F(RemoteVariable, ReportSlotIsUsableOnlyWhenReady) {
 
 // ---- types, status words, times
 
-TEST_F(RemoteVariable, TypeOfTheValue) {
+TEST_F(RemoteVariableTest, TypeOfTheValue) {
     CKalvexDoc& document = Declare("'variables': {'V': {'current': [{'value': 3, 'status': 1}]}}");
     CVariable& variable = Variable(document);
     EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::Int);
@@ -185,7 +185,7 @@ TEST_F(RemoteVariable, TypeOfTheValue) {
     EXPECT_EQ(variable.GetValueType(KindArchive, 1), ValueType::None);
 }
 
-TEST_F(RemoteVariable, StatusIsThatOfTheStoredValue) {
+TEST_F(RemoteVariableTest, StatusIsThatOfTheStoredValue) {
     CKalvexDoc& document = Declare(
         "'latencyTicks': 5, 'variables': {'V': {'current': [{'value': 3, "
         "'status': 16}], 'hour': [{'time': 3600, 'value': 1, "
@@ -207,7 +207,7 @@ TEST_F(RemoteVariable, StatusIsThatOfTheStoredValue) {
     EXPECT_EQ(Variable(document).IsReportInited(KindArchive), 0);
 }
 
-TEST_F(RemoteVariable, NewStatusGoesToTheServerMarked) {
+TEST_F(RemoteVariableTest, NewStatusGoesToTheServerMarked) {
     CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Variable(document).SetStatus(4, KindCurrent), 1);
     EXPECT_THAT(Calls("Modify"), ElementsAre("AddCurrentDataModifyRequest V 12.50/32772",
@@ -219,7 +219,7 @@ TEST_F(RemoteVariable, NewStatusGoesToTheServerMarked) {
     EXPECT_EQ(Variable(document).SetStatus(8, KindArchive), 0);
 }
 
-TEST_F(RemoteVariable, TimeOfAReportIsTheStartOfItsPeriod) {
+TEST_F(RemoteVariableTest, TimeOfAReportIsTheStartOfItsPeriod) {
     CKalvexDoc& document = Declare(kPlain);
     CVal value(1);
     value.SetTime(Local("2024-03-10 07:23:45"));
@@ -233,7 +233,7 @@ TEST_F(RemoteVariable, TimeOfAReportIsTheStartOfItsPeriod) {
     EXPECT_EQ(Time(document, KindNone), 0);
 }
 
-TEST_F(RemoteVariable, NewTimeOfAReportStaysHere) {
+TEST_F(RemoteVariableTest, NewTimeOfAReportStaysHere) {
     CKalvexDoc& document = Declare(kPlain);
     Variable(document).SetValue(CVal(77.5), KindHour);
     EXPECT_EQ(Variable(document).SetTime(Local("2024-03-09 06:23:45"), KindHour), 1);
@@ -242,7 +242,7 @@ TEST_F(RemoteVariable, NewTimeOfAReportStaysHere) {
     EXPECT_THAT(Calls(""), IsEmpty());
 }
 
-TEST_F(RemoteVariable, NameAndText) {
+TEST_F(RemoteVariableTest, NameAndText) {
     CKalvexDoc& document = Declare(
         "'variables': {'V': {'current': [{'value': 1}, {'atTick': 5, "
         "'value': 2}]}}");
@@ -253,13 +253,13 @@ TEST_F(RemoteVariable, NameAndText) {
     EXPECT_EQ(text, "a:2");
 }
 
-TEST_F(RemoteVariable, TextIsWrittenAsCurrentData) {
+TEST_F(RemoteVariableTest, TextIsWrittenAsCurrentData) {
     CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Variable(document).SetValueText("praca", KindDay), 1);
     EXPECT_THAT(Calls("Add"), ElementsAre("AddCurrentDataModifyRequest V praca/32768"));
 }
 
-TEST_F(RemoteVariable, CopyTakesStatusAndTimeAlong) {
+TEST_F(RemoteVariableTest, CopyTakesStatusAndTimeAlong) {
     CKalvexDoc& document = Declare(kPlain);
     CVariableLocal source("x");
     CVal value(8);
@@ -276,7 +276,7 @@ TEST_F(RemoteVariable, CopyTakesStatusAndTimeAlong) {
 
 // ---- writing
 
-TEST_F(RemoteVariable, WriteIsSeenAtOnceAndConfirmed) {
+TEST_F(RemoteVariableTest, WriteIsSeenAtOnceAndConfirmed) {
     CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'current': "
         "[{'value': 1}, {'atTick': 8, 'value': 2}]}}");
@@ -289,7 +289,7 @@ TEST_F(RemoteVariable, WriteIsSeenAtOnceAndConfirmed) {
     EXPECT_THAT(NewLog(LogTransmission), ElementsAre("Nawiązanie połączenia z srv"));
 }
 
-TEST_F(RemoteVariable, RefusedWriteStaysUntilTheNextUpdate) {
+TEST_F(RemoteVariableTest, RefusedWriteStaysUntilTheNextUpdate) {
     CKalvexDoc& document = Declare(
         "'variables': {'V': {'writeError': 9, 'current': [{'value': 1}, "
         "{'atTick': 20, 'value': 2}]}}");
@@ -301,7 +301,7 @@ TEST_F(RemoteVariable, RefusedWriteStaysUntilTheNextUpdate) {
     EXPECT_THAT(NewLog(), IsEmpty());
 }
 
-TEST_F(RemoteVariable, AssignedReportValueMakesNoTraffic) {
+TEST_F(RemoteVariableTest, AssignedReportValueMakesNoTraffic) {
     CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Variable(document).SetValue(CVal(5), KindMonth), 1);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindMonth), RequestReady);
@@ -310,7 +310,7 @@ TEST_F(RemoteVariable, AssignedReportValueMakesNoTraffic) {
     EXPECT_THAT(Calls(""), IsEmpty());
 }
 
-TEST_F(RemoteVariable, AssignmentCancelsTheRequestUnderWay) {
+TEST_F(RemoteVariableTest, AssignmentCancelsTheRequestUnderWay) {
     CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'hour': [{'time': 3600, "
         "'value': 1}]}}");
@@ -325,7 +325,7 @@ TEST_F(RemoteVariable, AssignmentCancelsTheRequestUnderWay) {
 
 // ---- locking
 
-TEST_F(RemoteVariable, LockReadsASnapshot) {
+TEST_F(RemoteVariableTest, LockReadsASnapshot) {
     CKalvexDoc& document = Declare(
         "'variables': {'V': {'current': [{'value': 1}, {'atTick': 10, "
         "'value': 2, 'status': 4, 'time': 77}]}}");
@@ -341,7 +341,7 @@ TEST_F(RemoteVariable, LockReadsASnapshot) {
     EXPECT_EQ(Time(document, KindCurrent), 77);
 }
 
-TEST_F(RemoteVariable, WriteUnderLockGoesToTheServerAndTheSnapshot) {
+TEST_F(RemoteVariableTest, WriteUnderLockGoesToTheServerAndTheSnapshot) {
     CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'current': "
         "[{'value': 1}]}}");
@@ -354,7 +354,7 @@ TEST_F(RemoteVariable, WriteUnderLockGoesToTheServerAndTheSnapshot) {
     EXPECT_EQ(Read(document, KindCurrent), "1 9/32768");
 }
 
-TEST_F(RemoteVariable, LockDoesNotReachNewVariables) {
+TEST_F(RemoteVariableTest, LockDoesNotReachNewVariables) {
     Plant("'variables': {'V': {'current': [{'value': 1}, {'atTick': 20, 'value': 2}]}}");
     CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a\nLOCK\nREMOTE b srv@V", 25);
     EXPECT_EQ(Stored(document, "a"), "1/0");
@@ -365,7 +365,7 @@ TEST_F(RemoteVariable, LockDoesNotReachNewVariables) {
 
 // ---- sharing
 
-TEST_F(RemoteVariable, TwoNamesShareTheValueAndNothingElse) {
+TEST_F(RemoteVariableTest, TwoNamesShareTheValueAndNothingElse) {
     Plant(kPlain);
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nREMOTE b srv@V\nLOCAL x = a\nSET a = 9\n"
@@ -380,7 +380,7 @@ TEST_F(RemoteVariable, TwoNamesShareTheValueAndNothingElse) {
 
 // ---- ready
 
-TEST_F(RemoteVariable, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
+TEST_F(RemoteVariableTest, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
     CKalvexDoc& document = Declare("'latencyTicks': 10, 'variables': {'V': {}}");
     CVariable& variable = Variable(document);
     for (int kind = KindCurrent; kind <= KindArchive; ++kind) {
@@ -398,14 +398,14 @@ TEST_F(RemoteVariable, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
     }
 }
 
-TEST_F(RemoteVariable, CurrentValueIsReadyWithoutAConnection) {
+TEST_F(RemoteVariableTest, CurrentValueIsReadyWithoutAConnection) {
     Plant("'connectAtTick': null");
     EXPECT_EQ(Variable(Run("REMOTE a srv@V", 5)).IsReady(KindCurrent), 1);
 }
 
 // ---- requests
 
-TEST_F(RemoteVariable, RangeIsRemembered) {
+TEST_F(RemoteVariableTest, RangeIsRemembered) {
     CKalvexDoc& document = Declare(kPlain);
     CVariable& variable = Variable(document);
     EXPECT_EQ(variable.RequestRange(KindHour, 100, 200), 1);
@@ -417,7 +417,7 @@ TEST_F(RemoteVariable, RangeIsRemembered) {
     EXPECT_EQ(variable.RequestRange(KindNone, 300, 400), 0);
 }
 
-TEST_F(RemoteVariable, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
+TEST_F(RemoteVariableTest, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
     CKalvexDoc& document = Declare(kPlain);
     CVariable& variable = Variable(document);
     variable.RequestRange(KindDay, Local("2024-03-10 00:00:00"), Local("2024-03-10 00:00:00"));
@@ -432,7 +432,7 @@ TEST_F(RemoteVariable, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
                             "MakeArchiveDataRequest"));
 }
 
-TEST_F(RemoteVariable, NewRequestOfAKindCancelsTheOlder) {
+TEST_F(RemoteVariableTest, NewRequestOfAKindCancelsTheOlder) {
     CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'hour': [{'time': 1, "
         "'value': 1}, {'time': 2, 'value': 2}]}}");
@@ -452,7 +452,7 @@ TEST_F(RemoteVariable, NewRequestOfAKindCancelsTheOlder) {
     EXPECT_THAT(Calls("Cancel"), IsEmpty());
 }
 
-TEST_F(RemoteVariable, FailedRequestLeavesAnUnknownEmptyValue) {
+TEST_F(RemoteVariableTest, FailedRequestLeavesAnUnknownEmptyValue) {
     CKalvexDoc& document = Declare("'variables': {'V': {'readError': 8}}");
     CVal value(5);
     value.SetTime(Local("2024-03-10 07:00:00"));
@@ -468,7 +468,7 @@ TEST_F(RemoteVariable, FailedRequestLeavesAnUnknownEmptyValue) {
     EXPECT_EQ(Link(document, "a").GetRequestState(KindArchive), RequestFailed);
 }
 
-TEST_F(RemoteVariable, RangeAnswerLeavesTheSlotsValueAlone) {
+TEST_F(RemoteVariableTest, RangeAnswerLeavesTheSlotsValueAlone) {
     CKalvexDoc& document = Declare("'variables': {'V': {'hour': [{'time': 1, 'value': 1}]}}");
     Variable(document).SetValue(CVal(5), KindHour);
     Variable(document).RequestRange(KindHour, 0, 9);
@@ -477,7 +477,7 @@ TEST_F(RemoteVariable, RangeAnswerLeavesTheSlotsValueAlone) {
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 1u);
 }
 
-TEST_F(RemoteVariable, EveryRequestEmptiesTheOneList) {
+TEST_F(RemoteVariableTest, EveryRequestEmptiesTheOneList) {
     CKalvexDoc& document = Declare("'variables': {'V': {'archive': [{'time': 1, 'value': 1}]}}");
     Variable(document).RequestRange(KindArchive, 0, 9);
     Tick(1);
@@ -486,7 +486,7 @@ TEST_F(RemoteVariable, EveryRequestEmptiesTheOneList) {
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 0u);
 }
 
-TEST_F(RemoteVariable, RequestToAServerThatIsOutFailsAtOnce) {
+TEST_F(RemoteVariableTest, RequestToAServerThatIsOutFailsAtOnce) {
     Plant("'connectAtTick': null");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL k = 0\nGET a HREP 2024 3 10 6\n"
@@ -497,7 +497,7 @@ TEST_F(RemoteVariable, RequestToAServerThatIsOutFailsAtOnce) {
     EXPECT_EQ(Error(document), "27 a.HREP");
 }
 
-TEST_F(RemoteVariable, BreakFailsTheRequestUnderWay) {
+TEST_F(RemoteVariableTest, BreakFailsTheRequestUnderWay) {
     CKalvexDoc& document = Declare(
         "'latencyTicks': 50, 'outages': [{'fromTick': 10, 'toTick': 20}],"
         "'variables': {'V': {}}");
@@ -508,7 +508,7 @@ TEST_F(RemoteVariable, BreakFailsTheRequestUnderWay) {
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
 }
 
-TEST_F(RemoteVariable, PutMarksAndSendsWhenTold) {
+TEST_F(RemoteVariableTest, PutMarksAndSendsWhenTold) {
     CKalvexDoc& document = Declare(kPlain);
     CVariable& variable = Variable(document);
     CVal value(5);
@@ -523,7 +523,7 @@ TEST_F(RemoteVariable, PutMarksAndSendsWhenTold) {
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestNone);
 }
 
-TEST_F(RemoteVariable, WritesToAServerThatIsOutAreLostInSilence) {
+TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostInSilence) {
     Plant(
         "'outages': [{'fromTick': 5, 'toTick': 10}], 'variables': {'V': {'current': "
         "[{'value': 1}]}}");

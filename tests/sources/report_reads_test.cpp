@@ -9,7 +9,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // The clock stands at 2024-03-10 07:00:00.
-class ReportReads : public SourceWorld {
+class ReportReadsTest : public SourceWorld {
   protected:
     // What the line asks of the server; on failure the error on which it stands.
     std::string Asks(const std::string& line) {
@@ -24,14 +24,14 @@ class ReportReads : public SourceWorld {
     }
 };
 
-TEST_F(ReportReads, HourByItsDate) {
+TEST_F(ReportReadsTest, HourByItsDate) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7"), "V 2024-03-10 07:00:00");
     EXPECT_EQ(Asks("GET a HREP rok cztery cztery cztery"), "V 2023-04-04 04:00:00");
     EXPECT_EQ(Asks("GET a.DREP HREP 2024 3 10 7"), "V 2024-03-10 07:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 4 31 5"), "V 2024-05-01 05:00:00");
 }
 
-TEST_F(ReportReads, HourWithAnOffset) {
+TEST_F(ReportReadsTest, HourWithAnOffset) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7 -24"), "V 2024-03-09 07:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7 - 25"), "V 2024-03-09 06:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 23 1"), "V 2024-03-11 00:00:00");
@@ -39,13 +39,13 @@ TEST_F(ReportReads, HourWithAnOffset) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7 -cztery"), "V 2024-03-10 07:00:00");
 }
 
-TEST_F(ReportReads, OffsetThatSaysNothingMovesNothing) {
+TEST_F(ReportReadsTest, OffsetThatSaysNothingMovesNothing) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7 brak"), "V 2024-03-10 07:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7 ;"), "V 2024-03-10 07:00:00");
     EXPECT_EQ(Asks("GET a DREP 2024 3 10 brak"), "V 2024-03-10 00:00:00");
 }
 
-TEST_F(ReportReads, HourByATime) {
+TEST_F(ReportReadsTest, HourByATime) {
     EXPECT_EQ(Asks("GET a HREP t"), "V 2024-03-10 07:23:45");
     EXPECT_EQ(Asks("GET a HREP t -1"), "V 2024-03-10 06:23:45");
     EXPECT_EQ(Asks("GET a HREP t - 1"), "V 2024-03-10 06:23:45");
@@ -53,13 +53,13 @@ TEST_F(ReportReads, HourByATime) {
     EXPECT_EQ(Asks("GET a HREP 2024 3"), "V 1970-01-01 04:33:44");
 }
 
-TEST_F(ReportReads, SignsAreJoinedOnlyWhereTheyMayStand) {
+TEST_F(ReportReadsTest, SignsAreJoinedOnlyWhereTheyMayStand) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 - 10 7"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Asks("GET a HREP 2024 - 3 10 7"), "error 11 Niepoprawna data");
     EXPECT_EQ(Asks("GET a HREP - 2024 3 10 7"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportReads, DaysGoThroughTheCalendar) {
+TEST_F(ReportReadsTest, DaysGoThroughTheCalendar) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 30 12 24"), "V 2024-03-31 12:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 3 30 12 25"), "V 2024-03-31 13:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 3 31 1 1"), "V 2024-03-31 03:00:00");
@@ -69,7 +69,7 @@ TEST_F(ReportReads, DaysGoThroughTheCalendar) {
     EXPECT_EQ(Asks("GET a DREP 2024 10 27 1"), "V 2024-10-28 00:00:00");
 }
 
-TEST_F(ReportReads, OffsetsFarAway) {
+TEST_F(ReportReadsTest, OffsetsFarAway) {
     EXPECT_EQ(Asks("GET a DREP 2024 3 10 1000"), "V 2026-12-05 00:00:00");
     EXPECT_EQ(Asks("GET a DREP 2024 3 10 -1001"), "V 2021-06-13 00:00:00");
     EXPECT_EQ(Asks("GET a HREP 2024 3 10 7 24025"), "V 2026-12-06 08:00:00");
@@ -77,7 +77,7 @@ TEST_F(ReportReads, OffsetsFarAway) {
     EXPECT_EQ(Asks("GET a MREP 2024 3 -2000000000"), "V 1970-01-01 00:00:00");
 }
 
-TEST_F(ReportReads, Day) {
+TEST_F(ReportReadsTest, Day) {
     EXPECT_EQ(Asks("GET a DREP 2024 3 10"), "V 2024-03-10 00:00:00");
     EXPECT_EQ(Asks("GET a DREP 2024 3 1 -1"), "V 2024-02-29 00:00:00");
     EXPECT_EQ(Asks("GET a DREP 2024 3 1 - 1"), "V 2024-02-29 00:00:00");
@@ -85,7 +85,7 @@ TEST_F(ReportReads, Day) {
     EXPECT_EQ(Asks("GET a DREP t - 1"), "V 2024-03-09 07:23:45");
 }
 
-TEST_F(ReportReads, Month) {
+TEST_F(ReportReadsTest, Month) {
     EXPECT_EQ(Asks("GET a MREP 2024 3"), "V 2024-03-01 00:00:00");
     EXPECT_EQ(Asks("GET a MREP 2024 1 -1"), "V 2023-12-01 00:00:00");
     EXPECT_EQ(Asks("GET a MREP 2024 1 - 1"), "V 2023-12-01 00:00:00");
@@ -97,7 +97,7 @@ TEST_F(ReportReads, Month) {
     EXPECT_EQ(Asks("GET a MREP brak 3"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportReads, SpanOfAYearOrOfATimeByTheLengthOfTheToken) {
+TEST_F(ReportReadsTest, SpanOfAYearOrOfATimeByTheLengthOfTheToken) {
     EXPECT_EQ(Asks("GET a SREP 2024 5"), "V 2024-01-01 00:00:05");
     EXPECT_EQ(Asks("GET a SREP rok 6"), "V 2023-01-01 00:00:06");
     EXPECT_EQ(Asks("GET a SREP moment 7"), "V 2024-03-10 07:00:07");
@@ -110,7 +110,7 @@ TEST_F(ReportReads, SpanOfAYearOrOfATimeByTheLengthOfTheToken) {
     EXPECT_EQ(Asks("GET a SREP niema 1"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportReads, DatesOutOfRangeAreRefused) {
+TEST_F(ReportReadsTest, DatesOutOfRangeAreRefused) {
     for (const char* date : {"1969 12 31 23", "3001 1 1 0", "2024 0 1 0", "2024 13 1 0",
                              "2024 3 0 7", "2024 3 32 7", "2024 3 10 24", "2024 3 10 -1"}) {
         EXPECT_EQ(Asks("GET a HREP " + std::string(date)), "error 11 Niepoprawna data") << date;
@@ -119,7 +119,7 @@ TEST_F(ReportReads, DatesOutOfRangeAreRefused) {
     EXPECT_EQ(Asks("GET a HREP 1970 1 1 0"), "V 1970-01-01 00:00:00");
 }
 
-TEST_F(ReportReads, MissingPartsAreRefused) {
+TEST_F(ReportReadsTest, MissingPartsAreRefused) {
     EXPECT_EQ(Asks("GET a HREP"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Asks("GET a HREP brak"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Asks("GET a HREP 2024 3 10"), "error 11 Niepoprawna liczba parametrów");
@@ -127,7 +127,7 @@ TEST_F(ReportReads, MissingPartsAreRefused) {
     EXPECT_EQ(Asks("GET a HREP 2024 13 brak 7"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportReads, WordsThatAreUnknown) {
+TEST_F(ReportReadsTest, WordsThatAreUnknown) {
     EXPECT_EQ(Asks("GET brak HREP 2024 3 10 7"), "error 3 brak");
     EXPECT_EQ(Asks("GET brak.HREP"), "error 3 brak.HREP");
     EXPECT_EQ(Asks("GET a ARCH 2024 3 10 7"), "error 1 ARCH");
@@ -135,21 +135,21 @@ TEST_F(ReportReads, WordsThatAreUnknown) {
     EXPECT_EQ(Asks("GET a 2024 3 10 7"), "error 1 2024");
 }
 
-TEST_F(ReportReads, FailureIsLoggedOnce) {
+TEST_F(ReportReadsTest, FailureIsLoggedOnce) {
     Run("REMOTE a srv@V\nGET a HREP 2024 13 1 0", 20);
     EXPECT_THAT(NewLog(), testing::Contains("main.kx : Linia 2 - Inny błąd : Niepoprawna data"));
 }
 
-TEST_F(ReportReads, CurrentDataAsksForNothing) {
+TEST_F(ReportReadsTest, CurrentDataAsksForNothing) {
     EXPECT_EQ(Asks("GET a CURDATA"), "nothing");
     EXPECT_EQ(Asks("GET a CURDATA 2024 brak"), "nothing");
 }
 
-TEST_F(ReportReads, LocalVariableAsksForNothing) {
+TEST_F(ReportReadsTest, LocalVariableAsksForNothing) {
     EXPECT_EQ(Asks("GET t HREP 2024 3 10 7"), "nothing");
 }
 
-TEST_F(ReportReads, PointerAsksForItsTarget) {
+TEST_F(ReportReadsTest, PointerAsksForItsTarget) {
     Plant(
         "'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 1.5, 'status': 256}]}}");
@@ -170,7 +170,7 @@ TEST_F(ReportReads, PointerAsksForItsTarget) {
                     "MakeHourReportRequest", "MakeHourReportInitRequest V 2024-03-10 05:00:00"));
 }
 
-TEST_F(ReportReads, ConditionsOnAVariableThatIsNotThereAreFalse) {
+TEST_F(ReportReadsTest, ConditionsOnAVariableThatIsNotThereAreFalse) {
     for (const char* word : {"READY", "REP_LOADED", "REP_INITED"}) {
         CKalvexDoc& document =
             Run("LOCAL k = 0\nIF " + std::string(word) + " brak.HREP THEN\nSET k = 1\nENDIF", 5);
@@ -179,7 +179,7 @@ TEST_F(ReportReads, ConditionsOnAVariableThatIsNotThereAreFalse) {
     }
 }
 
-TEST_F(ReportReads, ByNameAsksForTheTimeOfTheValueAgain) {
+TEST_F(ReportReadsTest, ByNameAsksForTheTimeOfTheValueAgain) {
     Plant(
         "'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 1.5}]}}");
@@ -192,14 +192,14 @@ TEST_F(ReportReads, ByNameAsksForTheTimeOfTheValueAgain) {
                                           "AddHourReportRequest V 2024-03-10 06:00:00"));
 }
 
-TEST_F(ReportReads, ByNameWithoutAValueSucceedsAndAsksForNothing) {
+TEST_F(ReportReadsTest, ByNameWithoutAValueSucceedsAndAsksForNothing) {
     Plant("'variables': {'V': {}}");
     CKalvexDoc& document = Run("REMOTE a srv@V\nGET a.HREP\nGET a.XYZ", 1);
     EXPECT_EQ(document.m_nCurrentLine, 3);
     EXPECT_THAT(Calls("Add"), IsEmpty());
 }
 
-TEST_F(ReportReads, AnswerLandsInTheSlot) {
+TEST_F(ReportReadsTest, AnswerLandsInTheSlot) {
     Plant(
         "'latencyTicks': 20, 'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 100.25, 'status': 128}]}}");
@@ -220,7 +220,7 @@ TEST_F(ReportReads, AnswerLandsInTheSlot) {
     EXPECT_EQ(value.GetTime(), Local("2024-03-10 06:00:00"));
 }
 
-TEST_F(ReportReads, ReadingTooSoonStandsOnTheLineUntilTheAnswer) {
+TEST_F(ReportReadsTest, ReadingTooSoonStandsOnTheLineUntilTheAnswer) {
     Plant(
         "'latencyTicks': 20, 'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 100.25}]}}");
@@ -234,7 +234,7 @@ TEST_F(ReportReads, ReadingTooSoonStandsOnTheLineUntilTheAnswer) {
                                       ": a.HREP"));
 }
 
-TEST_F(ReportReads, FailedRequestIsReadyAndCannotBeRead) {
+TEST_F(ReportReadsTest, FailedRequestIsReadyAndCannotBeRead) {
     Plant("'variables': {'V': {'current': [{'value': 1}]}}");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nGET a HREP 2024 3 10 3\n:c\n"

@@ -5,7 +5,7 @@
 namespace kalvex {
 namespace {
 
-class ReportWork : public SourceWorld {
+class ReportWorkTest : public SourceWorld {
   protected:
     // What the line orders of the server; on failure the error on which it stands.
     std::string Orders(const std::string& line) {
@@ -16,7 +16,7 @@ class ReportWork : public SourceWorld {
     }
 };
 
-TEST_F(ReportWork, InitOfEachKind) {
+TEST_F(ReportWorkTest, InitOfEachKind) {
     EXPECT_EQ(Orders("INIT a HREP 2024 3 10 7"), "MakeHourReportInitRequest V 2024-03-10 07:00:00");
     EXPECT_EQ(Orders("INIT a HREP 2024 3 10 7 - 1"),
               "MakeHourReportInitRequest V 2024-03-10 06:00:00");
@@ -26,19 +26,19 @@ TEST_F(ReportWork, InitOfEachKind) {
     EXPECT_EQ(Orders("INIT a SREP 2024 - 5"), "MakeSpanReportInitRequest V 2023-12-31 23:59:55");
 }
 
-TEST_F(ReportWork, SignsAreJoinedOnlyInTheOffset) {
+TEST_F(ReportWorkTest, SignsAreJoinedOnlyInTheOffset) {
     EXPECT_EQ(Orders("INIT a HREP 2024 3 - 10 7"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Orders("INIT a HREP 2024 3 10 7 brak"),
               "MakeHourReportInitRequest V 2024-03-10 07:00:00");
 }
 
-TEST_F(ReportWork, InitKnowsNoTimeInOneToken) {
+TEST_F(ReportWorkTest, InitKnowsNoTimeInOneToken) {
     EXPECT_EQ(Orders("INIT a HREP 1710050400"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Orders("INIT a SREP 1710050400 1"), "error 11 Niepoprawna data");
     EXPECT_EQ(Orders("INIT a SREP 2024"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportWork, LoadOfEachKind) {
+TEST_F(ReportWorkTest, LoadOfEachKind) {
     EXPECT_EQ(Orders("INIT_LOAD a HREP 2024 3 10 7"),
               "MakeHourReportLoadRequest V 2024-03-10 07:00:00");
     EXPECT_EQ(Orders("INIT_LOAD a DREP 2024 3 10"),
@@ -48,7 +48,7 @@ TEST_F(ReportWork, LoadOfEachKind) {
     EXPECT_EQ(Orders("INIT_LOAD a SREP 2024 5"), "MakeSpanReportLoadRequest V 2024-01-01 00:00:05");
 }
 
-TEST_F(ReportWork, MidnightOfAnArchiveCountsToTheDayThatEnds) {
+TEST_F(ReportWorkTest, MidnightOfAnArchiveCountsToTheDayThatEnds) {
     EXPECT_EQ(Orders("INIT_LOAD a ARCH 2024 3 10 7"),
               "MakeArchiveDataUpdateRequest V 2024-03-10 07:00:00");
     EXPECT_EQ(Orders("INIT_LOAD a ARCH 2024 3 10 0"),
@@ -61,7 +61,7 @@ TEST_F(ReportWork, MidnightOfAnArchiveCountsToTheDayThatEnds) {
     EXPECT_EQ(Orders("INIT_LOAD a ARCH brak"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportWork, ArchiveWithoutATime) {
+TEST_F(ReportWorkTest, ArchiveWithoutATime) {
     EXPECT_EQ(Orders("INIT_LOAD a ARCH"), "MakeArchiveDataUpdateRequest V 1970-01-01 01:00:00");
     EXPECT_EQ(Orders("INIT_LOAD_REFRESH a ARCH"),
               "MakeArchiveDataRefreshRequest V 1970-01-01 01:00:00");
@@ -69,7 +69,7 @@ TEST_F(ReportWork, ArchiveWithoutATime) {
     EXPECT_EQ(Orders("INIT_LOAD a ARCH"), "MakeArchiveDataUpdateRequest V 1969-12-31 23:59:59");
 }
 
-TEST_F(ReportWork, CalculationOfEachKind) {
+TEST_F(ReportWorkTest, CalculationOfEachKind) {
     EXPECT_EQ(Orders("INIT_CALC a HREP 2024 3 10 7"),
               "MakeHourReportCalcRequest V 2024-03-10 07:00:00");
     EXPECT_EQ(Orders("INIT_CALC a DREP 2024 3 10 -1"),
@@ -79,7 +79,7 @@ TEST_F(ReportWork, CalculationOfEachKind) {
               "MakeMonthReportCalcRequest V 2024-01-01 00:00:05");
 }
 
-TEST_F(ReportWork, WordsThatAreUnknown) {
+TEST_F(ReportWorkTest, WordsThatAreUnknown) {
     EXPECT_EQ(Orders("INIT brak HREP 2024 3 10 7"), "error 3 brak");
     EXPECT_EQ(Orders("INIT a ARCH 2024 3 10 7"), "error 1 ARCH");
     EXPECT_EQ(Orders("INIT a CURDATA"), "error 1 CURDATA");
@@ -89,14 +89,14 @@ TEST_F(ReportWork, WordsThatAreUnknown) {
     EXPECT_EQ(Orders("INIT_CALC a ARCH"), "error 1 ARCH");
 }
 
-TEST_F(ReportWork, DatesOutOfRangeAreRefused) {
+TEST_F(ReportWorkTest, DatesOutOfRangeAreRefused) {
     EXPECT_EQ(Orders("INIT a HREP 2024 3 10 24"), "error 11 Niepoprawna data");
     EXPECT_EQ(Orders("INIT_LOAD a DREP 2024 3 32"), "error 11 Niepoprawna data");
     EXPECT_EQ(Orders("INIT_CALC a SREP 3001 1"), "error 11 Niepoprawna data");
     EXPECT_EQ(Orders("INIT_LOAD_REFRESH a ARCH 2024 13 1 0"), "error 11 Niepoprawna data");
 }
 
-TEST_F(ReportWork, LocalVariableOrdersNothing) {
+TEST_F(ReportWorkTest, LocalVariableOrdersNothing) {
     EXPECT_EQ(Orders("INIT x HREP 2024 3 10 7"), "nothing");
     EXPECT_EQ(Orders("INIT_LOAD x ARCH"), "nothing");
     EXPECT_EQ(Orders("INIT_CALC x DREP 2024 3 10"), "nothing");

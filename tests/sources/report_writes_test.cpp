@@ -8,9 +8,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ReportWrites : public SourceWorld {
+class ReportWritesTest : public SourceWorld {
   protected:
-    ReportWrites() { Plant("'variables': {'V': {'current': [{'value': 1.5}]}}"); }
+    ReportWritesTest() { Plant("'variables': {'V': {'current': [{'value': 1.5}]}}"); }
 
     // What the line writes on the server; on failure the error on which it stands.
     std::string Writes(const std::string& line) {
@@ -25,7 +25,7 @@ class ReportWrites : public SourceWorld {
     }
 };
 
-TEST_F(ReportWrites, Hour) {
+TEST_F(ReportWritesTest, Hour) {
     EXPECT_EQ(Writes("PUT a HREP 2024 3 10 7 12.5"),
               "AddHourReportModifyRequest V 2024-03-10 07:00:00 12.50/32768");
     EXPECT_EQ(Writes("PUT a HREP 2024 3 10 7 13.5 -1"),
@@ -40,7 +40,7 @@ TEST_F(ReportWrites, Hour) {
               "AddHourReportModifyRequest V 2024-03-09 04:23:45 -17.50/32768");
 }
 
-TEST_F(ReportWrites, Day) {
+TEST_F(ReportWritesTest, Day) {
     EXPECT_EQ(Writes("PUT a DREP 2024 3 10 24.5"),
               "AddDayReportModifyRequest V 2024-03-10 00:00:00 24.50/32768");
     EXPECT_EQ(Writes("PUT a DREP 2024 3 10 24.5 - 1"),
@@ -49,7 +49,7 @@ TEST_F(ReportWrites, Day) {
               "AddDayReportModifyRequest V 2024-03-10 05:23:45 -26.50/32768");
 }
 
-TEST_F(ReportWrites, Month) {
+TEST_F(ReportWritesTest, Month) {
     EXPECT_EQ(Writes("PUT a MREP 2024 3 700.5"),
               "AddMonthReportModifyRequest V 2024-03-01 00:00:00 700.50/32768");
     EXPECT_EQ(Writes("PUT a MREP 2024 3 - 700.5 - 1"),
@@ -62,7 +62,7 @@ TEST_F(ReportWrites, Month) {
     EXPECT_EQ(Writes("PUT a MREP 2024 3"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportWrites, Span) {
+TEST_F(ReportWritesTest, Span) {
     EXPECT_EQ(Writes("PUT a SREP 2024 5 9.25"),
               "AddSpanReportModifyRequest V 2024-01-01 00:00:05 9.25/32768");
     EXPECT_EQ(Writes("PUT a SREP moment - 5 9.25"),
@@ -71,7 +71,7 @@ TEST_F(ReportWrites, Span) {
     EXPECT_EQ(Writes("PUT a SREP 2024"), "error 11 Niepoprawna liczba parametrów");
 }
 
-TEST_F(ReportWrites, LiteralTakesTheTypeOfTheVariable) {
+TEST_F(ReportWritesTest, LiteralTakesTheTypeOfTheVariable) {
     Plant("'variables': {'V': {'current': [{'value': 1}]}, 'T': {'current': [{'value': 'x'}]}}");
     EXPECT_EQ(Writes("PUT a HREP 2024 3 10 7 12"),
               "AddHourReportModifyRequest V 2024-03-10 07:00:00 12/32768");
@@ -79,7 +79,7 @@ TEST_F(ReportWrites, LiteralTakesTheTypeOfTheVariable) {
               "AddDayReportModifyRequest V 2024-03-10 00:00:00 praca/32768");
 }
 
-TEST_F(ReportWrites, ValueThatDoesNotEvaluate) {
+TEST_F(ReportWritesTest, ValueThatDoesNotEvaluate) {
     EXPECT_EQ(Writes("PUT a HREP t brak"), "nothing");
     EXPECT_EQ(Writes("PUT a HREP 2024 3 10 7 brak"), "nothing");
     EXPECT_EQ(Writes("PUT a DREP t brak"),
@@ -93,7 +93,7 @@ TEST_F(ReportWrites, ValueThatDoesNotEvaluate) {
     EXPECT_EQ(Writes("PUT a DREP t +"), "AddDayReportModifyRequest V 2024-03-09 05:23:45 /32768");
 }
 
-TEST_F(ReportWrites, MissingValueOrPartsAreRefused) {
+TEST_F(ReportWritesTest, MissingValueOrPartsAreRefused) {
     EXPECT_EQ(Writes("PUT a HREP 2024 3 10 7"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Writes("PUT a HREP t"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Writes("PUT a HREP"), "error 11 Niepoprawna liczba parametrów");
@@ -102,23 +102,23 @@ TEST_F(ReportWrites, MissingValueOrPartsAreRefused) {
     EXPECT_EQ(Writes("PUT a HREP 2024 13 10 7 1"), "error 11 Niepoprawna data");
 }
 
-TEST_F(ReportWrites, WordsThatAreUnknown) {
+TEST_F(ReportWritesTest, WordsThatAreUnknown) {
     EXPECT_EQ(Writes("PUT brak HREP 2024 3 10 7 1"), "error 3 brak");
     EXPECT_EQ(Writes("PUT a ARCH 2024 3 10 7 1"), "error 1 ARCH");
     EXPECT_EQ(Writes("PUT a drep 2024 3 10 1"), "error 1 drep");
 }
 
-TEST_F(ReportWrites, CurrentDataWritesNothing) {
+TEST_F(ReportWritesTest, CurrentDataWritesNothing) {
     EXPECT_EQ(Writes("PUT a CURDATA"), "nothing");
     EXPECT_EQ(Writes("PUT a CURDATA 5"), "nothing");
 }
 
-TEST_F(ReportWrites, EachWriteIsSentAtOnce) {
+TEST_F(ReportWritesTest, EachWriteIsSentAtOnce) {
     Run("REMOTE a srv@V\nPUT a HREP 2024 3 10 7 1\nPUT a DREP 2024 3 10 1", 5);
     EXPECT_THAT(Calls("Make"), ElementsAre("MakeHourReportRequest", "MakeDayReportRequest"));
 }
 
-TEST_F(ReportWrites, ByNameSendsTheAssignedValueAtItsTime) {
+TEST_F(ReportWritesTest, ByNameSendsTheAssignedValueAtItsTime) {
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nLOCAL t = MAKE_TIME 2024 3 9 6 23 45\nSET a.HREP = 77.5\n"
             "SET a.HREP.TIMESTAMP = t\nPUT a.HREP\nPUT a.DREP\nPUT a\nPUT a.XYZ\nLOCAL y = a.HREP",
@@ -130,7 +130,7 @@ TEST_F(ReportWrites, ByNameSendsTheAssignedValueAtItsTime) {
                             "MakeHourReportRequest"));
 }
 
-TEST_F(ReportWrites, WrittenReportIsReadBack) {
+TEST_F(ReportWritesTest, WrittenReportIsReadBack) {
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 55.5\n"
             "GET a HREP 2024 3 10 6\n:c\nIF NOT READY a.HREP GOTO c\nSET x = a.HREP",
@@ -138,7 +138,7 @@ TEST_F(ReportWrites, WrittenReportIsReadBack) {
     EXPECT_EQ(Value(document, "x"), "171:55.50");
 }
 
-TEST_F(ReportWrites, SlotIsLeftAlone) {
+TEST_F(ReportWritesTest, SlotIsLeftAlone) {
     CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 55.5", 5);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestNone);
     EXPECT_EQ(Stored(document, "a", KindHour), "/0");

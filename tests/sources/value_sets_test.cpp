@@ -8,7 +8,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ValueSets : public SourceWorld {
+class ValueSetsTest : public SourceWorld {
   protected:
     // What the line asks of the server; on failure the error on which it stands.
     std::string Asks(const std::string& line) {
@@ -25,7 +25,7 @@ class ValueSets : public SourceWorld {
     std::string Texts(CKalvexDoc& document) { return Value(document, "L"); }
 };
 
-TEST_F(ValueSets, RangeOfEachKind) {
+TEST_F(ValueSetsTest, RangeOfEachKind) {
     EXPECT_EQ(Asks("MGET a ARCH FROM 2024 3 TO 2024 4"),
               "AddArchiveDataRequest V 2024-03-01 00:00:00 - 2024-04-01 00:00:00 into a list");
     EXPECT_EQ(Asks("MGET a HREP FROM 2024 3 10 0 TO 2024 3 10 4"),
@@ -38,7 +38,7 @@ TEST_F(ValueSets, RangeOfEachKind) {
               "AddSpanReportRequest V 2023-01-01 00:00:00 - 2024-01-01 00:00:00 into a list");
 }
 
-TEST_F(ValueSets, RangeAsItStands) {
+TEST_F(ValueSetsTest, RangeAsItStands) {
     EXPECT_EQ(Asks("MGET a HREP FROM 2024 4 TO 2024 3"),
               "AddHourReportRequest V 2024-04-01 00:00:00 - 2024-03-01 00:00:00 into a list");
     EXPECT_EQ(Asks("MGET a HREP FROM 2024 3 TO 2024 3"),
@@ -47,18 +47,18 @@ TEST_F(ValueSets, RangeAsItStands) {
               "AddArchiveDataRequest V 2024-03-01 00:00:00 into a list");
 }
 
-TEST_F(ValueSets, NumberFrom3001OnIsATime) {
+TEST_F(ValueSetsTest, NumberFrom3001OnIsATime) {
     EXPECT_EQ(Asks("MGET a HREP FROM 3001 13 99 TO t"),
               "AddHourReportRequest V 1970-01-01 01:50:01 - 2024-03-10 07:23:45 into a list");
 }
 
-TEST_F(ValueSets, PointerToARemoteVariable) {
+TEST_F(ValueSetsTest, PointerToARemoteVariable) {
     EXPECT_EQ(Asks("MGET p HREP FROM 2024 3 TO 2024 4"),
               "AddHourReportRequest V 2024-03-01 00:00:00 - 2024-04-01 00:00:00 into a list");
     EXPECT_EQ(Asks("MGET q HREP FROM 2024 3 TO 2024 4"), "error 3 q");
 }
 
-TEST_F(ValueSets, WordsThatAreWrong) {
+TEST_F(ValueSetsTest, WordsThatAreWrong) {
     EXPECT_EQ(Asks("MGET brak HREP FROM 2024 3 TO 2024 4"), "error 3 brak");
     EXPECT_EQ(Asks("MGET x HREP FROM 2024 3 TO 2024 4"), "error 3 x");
     EXPECT_EQ(Asks("MGET a CURDATA FROM 2024 3 TO 2024 4"), "error 1 CURDATA");
@@ -69,7 +69,7 @@ TEST_F(ValueSets, WordsThatAreWrong) {
     EXPECT_EQ(Asks("MGET a HREP FROM 2024 3"), "error 1 FROM");
 }
 
-TEST_F(ValueSets, DatesThatAreWrong) {
+TEST_F(ValueSetsTest, DatesThatAreWrong) {
     EXPECT_EQ(Asks("MGET a HREP FROM 2024 13 TO 2024 4"), "error 19 2024 13 TO 2024 4");
     EXPECT_EQ(Asks("MGET a HREP FROM TO 2024 4"), "error 19 TO 2024 4");
     EXPECT_EQ(Asks("MGET a HREP FROM 2024 3 TO 2024 4 31 24"), "error 19 2024 4 31 24");
@@ -77,7 +77,7 @@ TEST_F(ValueSets, DatesThatAreWrong) {
     EXPECT_EQ(Asks("MGET a HREP FROM 1969 TO 2024"), "error 19 1969 TO 2024");
 }
 
-TEST_F(ValueSets, DataAreCopiedBetweenTheBounds) {
+TEST_F(ValueSetsTest, DataAreCopiedBetweenTheBounds) {
     Plant(
         "'variables': {'V': {'archive': [{'time': '2024-02-29 23:59:59', 'value': 0}, "
         "{'time': '2024-03-01 00:00:00', 'value': 1}, {'time': '2024-03-01 00:00:01', 'value': 2, "
@@ -96,7 +96,7 @@ TEST_F(ValueSets, DataAreCopiedBetweenTheBounds) {
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 4u);
 }
 
-TEST_F(ValueSets, DataComeThroughAPointer) {
+TEST_F(ValueSetsTest, DataComeThroughAPointer) {
     Plant(
         "'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}, "
         "{'time': '2024-03-10 03:00:00', 'value': 2}]}}");
@@ -108,7 +108,7 @@ TEST_F(ValueSets, DataComeThroughAPointer) {
     EXPECT_EQ(Texts(document), "[1]");
 }
 
-TEST_F(ValueSets, RangeTheWrongWayRoundCopiesNothing) {
+TEST_F(ValueSetsTest, RangeTheWrongWayRoundCopiesNothing) {
     Plant("'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nMGET a HREP FROM 2024 3 10 4 TO 2024 3 10 1\n"
@@ -118,7 +118,7 @@ TEST_F(ValueSets, RangeTheWrongWayRoundCopiesNothing) {
     EXPECT_EQ(Texts(document), "[]");
 }
 
-TEST_F(ValueSets, SingleReportFillsTheSlotAndNoList) {
+TEST_F(ValueSetsTest, SingleReportFillsTheSlotAndNoList) {
     Plant("'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nADD L 99\n"
@@ -129,7 +129,7 @@ TEST_F(ValueSets, SingleReportFillsTheSlotAndNoList) {
     EXPECT_EQ(Value(document, "x"), "150:1");
 }
 
-TEST_F(ValueSets, AnotherRequestBetweenEmptiesTheData) {
+TEST_F(ValueSetsTest, AnotherRequestBetweenEmptiesTheData) {
     Plant("'variables': {'V': {'archive': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nMGET a ARCH FROM 2024 3 TO 2024 4\n:c\n"
@@ -139,7 +139,7 @@ TEST_F(ValueSets, AnotherRequestBetweenEmptiesTheData) {
     EXPECT_EQ(Texts(document), "[]");
 }
 
-TEST_F(ValueSets, FailedRequestLeavesNothingToCopy) {
+TEST_F(ValueSetsTest, FailedRequestLeavesNothingToCopy) {
     Plant(
         "'variables': {'V': {'readError': 8, 'archive': [{'time': '2024-03-10 02:00:00', "
         "'value': 1}]}}");
@@ -151,7 +151,7 @@ TEST_F(ValueSets, FailedRequestLeavesNothingToCopy) {
     EXPECT_EQ(Texts(document), "[]");
 }
 
-TEST_F(ValueSets, ListsThatAreNone) {
+TEST_F(ValueSetsTest, ListsThatAreNone) {
     EXPECT_EQ(Asks("MGET a GETDATA brak"), "error 3 brak");
     EXPECT_EQ(Asks("MGET a GETDATA x"), "error 21 x");
     EXPECT_EQ(Asks("MGET x GETDATA L"), "error 3 x");
@@ -161,7 +161,7 @@ TEST_F(ValueSets, ListsThatAreNone) {
 
 // ---- writing
 
-TEST_F(ValueSets, WritesOfAListGoTogether) {
+TEST_F(ValueSetsTest, WritesOfAListGoTogether) {
     CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nLOCAL od = MAKE_TIME 2024 3 9 6\n"
             "LOCAL ko = MAKE_TIME 2024 3 9 8\nFILL_IN_LIST L 5 4 od ko HREP\n"
@@ -176,14 +176,14 @@ TEST_F(ValueSets, WritesOfAListGoTogether) {
     EXPECT_EQ(static_cast<CVariableList&>(*document.Variables().Find("L")).GetIterator(), 3);
 }
 
-TEST_F(ValueSets, UnknownElementsAreWrittenToo) {
+TEST_F(ValueSetsTest, UnknownElementsAreWrittenToo) {
     Run("REMOTE a srv@V\nLIST L\nADD L 7\nMOVE_FIRST L\nSET_STATUS L 1\nMPUT a DREP L", 5);
     EXPECT_THAT(Calls("Request"),
                 ElementsAre("AddDayReportModifyRequest V 1970-01-01 01:00:00 7.00/32769",
                             "MakeDayReportRequest"));
 }
 
-TEST_F(ValueSets, ArchiveIsSortedAndUnmarked) {
+TEST_F(ValueSetsTest, ArchiveIsSortedAndUnmarked) {
     CKalvexDoc& document = Run(
         "REMOTE a srv@V\nLIST L\nLOCAL t1 = MAKE_TIME 2024 3 9 6\nLOCAL t2 = MAKE_TIME 2024 3 9 7\n"
         "LOCAL t3 = MAKE_TIME 2024 3 9 2\nFILL_IN_LIST L 5 4 t1 t2 HREP\n"
@@ -199,25 +199,25 @@ TEST_F(ValueSets, ArchiveIsSortedAndUnmarked) {
                             "MakeArchiveModifyRequest"));
 }
 
-TEST_F(ValueSets, EmptyListWritesNothing) {
+TEST_F(ValueSetsTest, EmptyListWritesNothing) {
     EXPECT_EQ(Asks("MPUT a HREP L"), "nothing");
     EXPECT_EQ(Asks("MPUT a ARCH L"), "nothing");
 }
 
-TEST_F(ValueSets, WritingThroughAPointer) {
+TEST_F(ValueSetsTest, WritingThroughAPointer) {
     Run("REMOTE a srv@V\nPOINTER p\nSETPTR p = \"a\"\nLIST L\nADD L 7\nMPUT p MREP L", 5);
     EXPECT_THAT(Calls("Add"),
                 ElementsAre("AddMonthReportModifyRequest V 1970-01-01 01:00:00 7.00/32768"));
 }
 
-TEST_F(ValueSets, WrongWordsInWriting) {
+TEST_F(ValueSetsTest, WrongWordsInWriting) {
     EXPECT_EQ(Asks("MPUT x HREP L"), "error 3 x");
     EXPECT_EQ(Asks("MPUT brak HREP L"), "error 3 brak");
     EXPECT_EQ(Asks("MPUT a CURDATA L"), "error 1 CURDATA");
     EXPECT_EQ(Asks("MPUT a GETDATA L"), "error 1 GETDATA");
 }
 
-TEST_F(ValueSets, RefusedWritesAreLoggedOneByOne) {
+TEST_F(ValueSetsTest, RefusedWritesAreLoggedOneByOne) {
     Plant("'variables': {'V': {'writeError': 9, 'current': [{'value': 1}]}}");
     Run("REMOTE a srv@V\nLIST L\nADD L 7\nADD L 8\nLOCAL x = a\nMPUT a DREP L\nMPUT a ARCH L", 5);
     EXPECT_THAT(NewLog(), ElementsAre("main.kx - Błąd modyfikacji raportu dobowego (srv@V)",

@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class InProcess : public testing::Test {
+class InProcessTest : public testing::Test {
   protected:
     void SetUp() override {
         network.AddServer("srv", server);
@@ -30,7 +30,7 @@ class InProcess : public testing::Test {
     std::unique_ptr<ClientTransport> transport;
 };
 
-TEST_F(InProcess, NothingIsDeliveredFromWithinACall) {
+TEST_F(InProcessTest, NothingIsDeliveredFromWithinACall) {
     EXPECT_TRUE(transport->Open());
     EXPECT_THAT(client.heard, IsEmpty());
     network.Deliver();
@@ -42,7 +42,7 @@ TEST_F(InProcess, NothingIsDeliveredFromWithinACall) {
     EXPECT_THAT(client.heard, ElementsAre("opened", "login result 0 "));
 }
 
-TEST_F(InProcess, OpenTwiceMakesOneConversation) {
+TEST_F(InProcessTest, OpenTwiceMakesOneConversation) {
     transport->Open();
     EXPECT_TRUE(transport->Open());
     network.Deliver();
@@ -52,7 +52,7 @@ TEST_F(InProcess, OpenTwiceMakesOneConversation) {
     EXPECT_EQ(server.clients, 1);
 }
 
-TEST_F(InProcess, UnknownNameIsOutOfReach) {
+TEST_F(InProcessTest, UnknownNameIsOutOfReach) {
     std::uint32_t reason = 0;
     const auto other = network.Connect("inny", client, reason);
     EXPECT_FALSE(other->Open());
@@ -62,7 +62,7 @@ TEST_F(InProcess, UnknownNameIsOutOfReach) {
     EXPECT_FALSE(other->LoadVariableList({}, list));
 }
 
-TEST_F(InProcess, ListOfVariablesIsHadAtOnceOrNotAtAll) {
+TEST_F(InProcessTest, ListOfVariablesIsHadAtOnceOrNotAtAll) {
     server.definitions = {{"A", {{"un", "MPa"}}}, {"B", {}}};
     std::vector<VariableDefinition> list;
     LoginRequest login;
@@ -80,7 +80,7 @@ TEST_F(InProcess, ListOfVariablesIsHadAtOnceOrNotAtAll) {
     EXPECT_THAT(server.heard, ElementsAre("list jan", "list jan", "list jan"));
 }
 
-TEST_F(InProcess, CloseByTheClient) {
+TEST_F(InProcessTest, CloseByTheClient) {
     Open();
     transport->Send(LastMessagesRequest{5});
     transport->Close(ReasonClosed);
@@ -96,7 +96,7 @@ TEST_F(InProcess, CloseByTheClient) {
     EXPECT_THAT(client.heard, ElementsAre("closed 4102", "opened"));
 }
 
-TEST_F(InProcess, CloseByTheServerComesBackWithTheNextCheck) {
+TEST_F(InProcessTest, CloseByTheServerComesBackWithTheNextCheck) {
     Open();
     server.Send(ReportChange{});
     server.link->Close(ReasonBadMessage);
@@ -109,7 +109,7 @@ TEST_F(InProcess, CloseByTheServerComesBackWithTheNextCheck) {
     EXPECT_THAT(client.heard, ElementsAre("report change 0 0", "closed 4108", "opened"));
 }
 
-TEST_F(InProcess, CloseBeforeItWasOpenIsSilent) {
+TEST_F(InProcessTest, CloseBeforeItWasOpenIsSilent) {
     transport->Open();
     transport->Close(ReasonClosed);
     network.Deliver();
@@ -117,7 +117,7 @@ TEST_F(InProcess, CloseBeforeItWasOpenIsSilent) {
     EXPECT_EQ(server.clients, 0);
 }
 
-TEST_F(InProcess, DestroyedTransportEndsTheConversation) {
+TEST_F(InProcessTest, DestroyedTransportEndsTheConversation) {
     Open();
     server.Send(ReportChange{});
     transport.reset();
@@ -126,7 +126,7 @@ TEST_F(InProcess, DestroyedTransportEndsTheConversation) {
     EXPECT_THAT(server.heard, ElementsAre("closed 4106"));
 }
 
-TEST_F(InProcess, RemovedServerEndsItsConversations) {
+TEST_F(InProcessTest, RemovedServerEndsItsConversations) {
     Open();
     network.RemoveServer("srv");
     EXPECT_THAT(client.heard, ElementsAre("closed 4107"));
@@ -139,7 +139,7 @@ TEST_F(InProcess, RemovedServerEndsItsConversations) {
     EXPECT_THAT(client.heard, ElementsAre("closed 4107", "opened"));
 }
 
-TEST_F(InProcess, BacklogGoesDownAndIsToldWhenAskedFor) {
+TEST_F(InProcessTest, BacklogGoesDownAndIsToldWhenAskedFor) {
     Open();
     server.Send(ReportChange{});
     network.Deliver();

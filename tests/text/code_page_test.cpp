@@ -30,45 +30,45 @@ constexpr CRow kRows[] = {
     {0xE0, "ŕáâăäĺćçčéęëěíîď"}, {0xF0, "đńňóôőö÷řůúűüýţ˙"},
 };
 
-TEST(CodePage, EveryDefinedByteHasItsCharacterInUtf8) {
+TEST(CodePageTest, EveryDefinedByteHasItsCharacterInUtf8) {
     for (const CRow& row : kRows) {
         EXPECT_EQ(ToUtf8(Bytes(row.first, row.first + 15)), row.utf8);
     }
 }
 
-TEST(CodePage, EveryCharacterOfThePageHasItsByte) {
+TEST(CodePageTest, EveryCharacterOfThePageHasItsByte) {
     for (const CRow& row : kRows) {
         EXPECT_EQ(FromUtf8(row.utf8), Bytes(row.first, row.first + 15));
     }
 }
 
-TEST(CodePage, LowerHalfIsAsciiBothWays) {
+TEST(CodePageTest, LowerHalfIsAsciiBothWays) {
     std::string ascii;
     for (int i = 0; i < 128; ++i) ascii.push_back(static_cast<char>(i));
     EXPECT_EQ(ToUtf8(ascii), ascii);
     EXPECT_EQ(FromUtf8(ascii), ascii);
 }
 
-TEST(CodePage, PolishTextHasItsBytes) {
+TEST(CodePageTest, PolishTextHasItsBytes) {
     EXPECT_EQ(FromUtf8("Zażółć gęślą jaźń"), "Za\xBF\xF3\xB3\xE6 g\xEA\x9Cl\xB9 ja\x9F\xF1");
     EXPECT_EQ(ToUtf8("ZA\xAF\xD3\xA3\xC6 G\xCA\x8CL\xA5 JA\x8F\xD1"), "ZAŻÓŁĆ GĘŚLĄ JAŹŃ");
 }
 
-TEST(CodePage, UndefinedBytesAreControlsBothWays) {
+TEST(CodePageTest, UndefinedBytesAreControlsBothWays) {
     const std::string bytes = "\x81\x83\x88\x90\x98";
     const std::string utf8 = "\xC2\x81\xC2\x83\xC2\x88\xC2\x90\xC2\x98";
     EXPECT_EQ(ToUtf8(bytes), utf8);
     EXPECT_EQ(FromUtf8(utf8), bytes);
 }
 
-TEST(CodePage, EveryByteComesBackThroughUtf8AndThroughWide) {
+TEST(CodePageTest, EveryByteComesBackThroughUtf8AndThroughWide) {
     std::string all;
     for (int i = 0; i < 256; ++i) all.push_back(static_cast<char>(i));
     EXPECT_EQ(FromUtf8(ToUtf8(all)), all);
     EXPECT_EQ(FromWide(ToWide(all)), all);
 }
 
-TEST(CodePage, CharacterWithoutCounterpartIsAQuestionMark) {
+TEST(CodePageTest, CharacterWithoutCounterpartIsAQuestionMark) {
     EXPECT_EQ(FromUtf8("aλb"), "a?b");
     EXPECT_EQ(FromUtf8("a\u20ABb"), "a?b");  // beside the euro sign
     EXPECT_EQ(FromUtf8("a\u2123b"), "a?b");  // behind the last character of the page
@@ -78,7 +78,7 @@ TEST(CodePage, CharacterWithoutCounterpartIsAQuestionMark) {
     EXPECT_EQ(FromUtf8("\u00E3"), "?");    // a letter of another page of the family
 }
 
-TEST(CodePage, MalformedUtf8GivesOneQuestionMarkAByte) {
+TEST(CodePageTest, MalformedUtf8GivesOneQuestionMarkAByte) {
     EXPECT_EQ(FromUtf8("a\x80z"), "a?z");  // continuation without a lead
     EXPECT_EQ(FromUtf8("a\xC5"), "a?");    // cut at the end of the text
     EXPECT_EQ(FromUtf8("a\xC5z"), "a?z");  // cut by another character
@@ -94,13 +94,13 @@ TEST(CodePage, MalformedUtf8GivesOneQuestionMarkAByte) {
     EXPECT_EQ(FromUtf8("\xFF\xFE"), "??");
 }
 
-TEST(CodePage, ZeroByteIsKept) {
+TEST(CodePageTest, ZeroByteIsKept) {
     EXPECT_EQ(FromUtf8(std::string_view("a\0b", 3)), std::string("a\0b", 3));
     EXPECT_EQ(FromWide(std::wstring_view(L"a\0b", 3)), std::string("a\0b", 3));
     EXPECT_EQ(ToUtf8(std::string_view("a\0b", 3)), std::string("a\0b", 3));
 }
 
-TEST(CodePage, WideTextIsConverted) {
+TEST(CodePageTest, WideTextIsConverted) {
     EXPECT_EQ(FromWide(L"Łódź €"),
               "\xA3\xF3"
               "d\x9F \x80");
@@ -111,7 +111,7 @@ TEST(CodePage, WideTextIsConverted) {
     EXPECT_EQ(FromWide(std::wstring(1, static_cast<wchar_t>(-1))), "?");
 }
 
-TEST(CodePage, EmptyTextStaysEmpty) {
+TEST(CodePageTest, EmptyTextStaysEmpty) {
     EXPECT_EQ(ToUtf8(""), "");
     EXPECT_EQ(FromUtf8(""), "");
     EXPECT_EQ(FromWide(L""), "");
@@ -129,14 +129,14 @@ constexpr std::string_view kUpper =
     "ŠŤŽŞĽ"
     "ŔÁÂĂÄĹÇČÉËĚÍÎĎĐŇÔŐÖŘŮÚŰÜÝŢ";
 
-TEST(CodePage, EveryLetterHasItsOtherCase) {
+TEST(CodePageTest, EveryLetterHasItsOtherCase) {
     EXPECT_EQ(ToUpper(FromUtf8(kLower)), FromUtf8(kUpper));
     EXPECT_EQ(ToLower(FromUtf8(kUpper)), FromUtf8(kLower));
     EXPECT_EQ(ToUpper(FromUtf8(kUpper)), FromUtf8(kUpper));
     EXPECT_EQ(ToLower(FromUtf8(kLower)), FromUtf8(kLower));
 }
 
-TEST(CodePage, WhatIsNoLetterHasNoCase) {
+TEST(CodePageTest, WhatIsNoLetterHasNoCase) {
     const std::string letters = FromUtf8(kLower) + FromUtf8(kUpper);
     for (int i = 0; i < 256; ++i) {
         const auto byte = static_cast<unsigned char>(i);
@@ -146,7 +146,7 @@ TEST(CodePage, WhatIsNoLetterHasNoCase) {
     }
 }
 
-TEST(CodePage, EqualNoCaseComparesWholeTexts) {
+TEST(CodePageTest, EqualNoCaseComparesWholeTexts) {
     EXPECT_TRUE(EqualNoCase("", ""));
     EXPECT_TRUE(EqualNoCase("hRep", "HREP"));
     EXPECT_TRUE(EqualNoCase(FromUtf8("żÓŁĆ"), FromUtf8("ŻółĆ")));

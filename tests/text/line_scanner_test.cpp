@@ -23,52 +23,52 @@ std::vector<std::string> Tokens(const std::string& line) {
     return tokens;
 }
 
-TEST(LineScanner, ComparisonNeedsNoBlanks) {
+TEST(LineScannerTest, ComparisonNeedsNoBlanks) {
     const auto expected = ElementsAre("IF", "a", ">=", "5", "GOTO", "x");
     EXPECT_THAT(Tokens("IF a>=5 GOTO x"), expected);
     EXPECT_THAT(Tokens("IF a >= 5 GOTO x"), expected);
 }
 
-TEST(LineScanner, MinusNeverSplitsAWord) {
+TEST(LineScannerTest, MinusNeverSplitsAWord) {
     EXPECT_THAT(Tokens("a=-1"), ElementsAre("a", "=", "-1"));
     EXPECT_THAT(Tokens("a-1"), ElementsAre("a-1"));
     EXPECT_THAT(Tokens("a - 1"), ElementsAre("a", "-", "1"));
 }
 
-TEST(LineScanner, WordsHoldPathsLabelsAndTargets) {
+TEST(LineScannerTest, WordsHoldPathsLabelsAndTargets) {
     EXPECT_THAT(Tokens("a.b x-1 :label C:\\temp\\f.txt @daily server@var -12.5 Z_1*?"),
                 ElementsAre("a.b", "x-1", ":label", "C:\\temp\\f.txt", "@daily", "server@var",
                             "-12.5", "Z_1*?"));
 }
 
-TEST(LineScanner, PolishLettersBelongToWords) {
+TEST(LineScannerTest, PolishLettersBelongToWords) {
     EXPECT_THAT(Tokens("zażółć=GĘŚLĄ_JAŹŃ"), ElementsAre("zażółć", "=", "GĘŚLĄ_JAŹŃ"));
     EXPECT_THAT(Tokens("ä"), ElementsAre("ä"));
     EXPECT_THAT(Tokens("aäb"), ElementsAre("a", "ä", "b"));
 }
 
-TEST(LineScanner, StringKeepsBothQuotes) {
+TEST(LineScannerTest, StringKeepsBothQuotes) {
     EXPECT_THAT(Tokens("\"ab cd\" x"), ElementsAre("\"ab cd\"", "x"));
     EXPECT_THAT(Tokens("\"\""), ElementsAre("\"\""));
 }
 
-TEST(LineScanner, OpenStringIsALoneQuote) {
+TEST(LineScannerTest, OpenStringIsALoneQuote) {
     EXPECT_THAT(Tokens("\"abc"), ElementsAre("\"", "abc"));
     EXPECT_THAT(Tokens("\""), ElementsAre("\""));
 }
 
-TEST(LineScanner, TwoCharacterOperators) {
+TEST(LineScannerTest, TwoCharacterOperators) {
     EXPECT_THAT(Tokens("a<=b>=c==d!=e&&f||g"),
                 ElementsAre("a", "<=", "b", ">=", "c", "==", "d", "!=", "e", "&&", "f", "||", "g"));
     EXPECT_THAT(Tokens("<& =| <> ="), ElementsAre("<&", "=|", "<", ">", "="));
 }
 
-TEST(LineScanner, OtherCharactersStandAlone) {
+TEST(LineScannerTest, OtherCharactersStandAlone) {
     EXPECT_THAT(Tokens("(a),;+/%#'"),
                 ElementsAre("(", "a", ")", ",", ";", "+", "/", "%", "#", "'"));
 }
 
-TEST(LineScanner, TextIsShortenedToWhatFollows) {
+TEST(LineScannerTest, TextIsShortenedToWhatFollows) {
     std::string_view text = "  GOTO   dalej  ";
     EXPECT_EQ(NextToken(text), "GOTO");
     EXPECT_EQ(text, "   dalej  ");
@@ -77,13 +77,13 @@ TEST(LineScanner, TextIsShortenedToWhatFollows) {
     EXPECT_EQ(text, "");
 }
 
-TEST(LineScanner, BlanksOnlyGiveAnEmptyToken) {
+TEST(LineScannerTest, BlanksOnlyGiveAnEmptyToken) {
     std::string_view text = "    ";
     EXPECT_EQ(NextToken(text), "");
     EXPECT_EQ(text, "");
 }
 
-TEST(LineScanner, AnyByteIsScannedToTheEnd) {
+TEST(LineScannerTest, AnyByteIsScannedToTheEnd) {
     for (int c = 1; c < 256; ++c) {
         const std::string line(3, static_cast<char>(c));
         std::string_view text = line;
@@ -93,7 +93,7 @@ TEST(LineScanner, AnyByteIsScannedToTheEnd) {
     }
 }
 
-TEST(LineScanner, TrimTakesBlanksOnly) {
+TEST(LineScannerTest, TrimTakesBlanksOnly) {
     EXPECT_EQ(TrimBlanks("  a b  "), "a b");
     EXPECT_EQ(TrimBlanks("\ta "), "\ta");
     EXPECT_EQ(TrimBlanks("   "), "");

@@ -26,7 +26,7 @@ void ExpectRows(std::initializer_list<PatternRow> rows) {
     }
 }
 
-TEST(PatternMatch, WholeTextWithWildcards) {
+TEST(PatternMatchTest, WholeTextWithWildcards) {
     ExpectRows({
         {"Z1.PRZEPLYW", "Z1.PRZEPLYW", Wildcards | Whole, true},
         {"Z1.PRZEPLYW", "Z1.*", Wildcards | Whole, true},
@@ -52,7 +52,7 @@ TEST(PatternMatch, WholeTextWithWildcards) {
     });
 }
 
-TEST(PatternMatch, LatestStarIsGoneBackTo) {
+TEST(PatternMatchTest, LatestStarIsGoneBackTo) {
     ExpectRows({
         {"aXbXc", "a*Xc", Wildcards | Whole, true},
         {"aaab", "*ab", Wildcards | Whole, true},
@@ -64,7 +64,7 @@ TEST(PatternMatch, LatestStarIsGoneBackTo) {
     });
 }
 
-TEST(PatternMatch, WithoutWildcardsThePatternIsLiteral) {
+TEST(PatternMatchTest, WithoutWildcardsThePatternIsLiteral) {
     ExpectRows({
         {"a*c", "a*c", Whole, true},
         {"abc", "a*c", Whole, false},
@@ -73,7 +73,7 @@ TEST(PatternMatch, WithoutWildcardsThePatternIsLiteral) {
     });
 }
 
-TEST(PatternMatch, MatchAtTheStartIsEnoughUnlessTheWholeTextIsAsked) {
+TEST(PatternMatchTest, MatchAtTheStartIsEnoughUnlessTheWholeTextIsAsked) {
     ExpectRows({
         {"abcdef", "abc", Wildcards, true},
         {"abcdef", "a?c", Wildcards, true},
@@ -86,7 +86,7 @@ TEST(PatternMatch, MatchAtTheStartIsEnoughUnlessTheWholeTextIsAsked) {
     });
 }
 
-TEST(PatternMatch, MatchAnywhere) {
+TEST(PatternMatchTest, MatchAnywhere) {
     ExpectRows({
         {"abcdef", "cde", Anywhere, true},
         {"abcdef", "def", Anywhere, true},
@@ -101,7 +101,7 @@ TEST(PatternMatch, MatchAnywhere) {
     });
 }
 
-TEST(PatternMatch, CaseCountsUnlessItIsLeftOut) {
+TEST(PatternMatchTest, CaseCountsUnlessItIsLeftOut) {
     ExpectRows({
         {"Licznik", "LICZNIK", Wildcards | Whole, false},
         {"Licznik", "LICZNIK", VariableNames, true},
@@ -112,7 +112,7 @@ TEST(PatternMatch, CaseCountsUnlessItIsLeftOut) {
     });
 }
 
-TEST(PatternMatch, ManyStarsDoNotMultiplyTheWork) {
+TEST(PatternMatchTest, ManyStarsDoNotMultiplyTheWork) {
     const std::string text(20000, 'a');
     std::string pattern;
     for (int i = 0; i < 200; ++i) pattern += "*a";

@@ -5,22 +5,22 @@
 namespace kalvex {
 namespace {
 
-TEST(TextFormat, PutsArgumentsInTheirPlaces) {
+TEST(TextFormatTest, PutsArgumentsInTheirPlaces) {
     EXPECT_EQ(FormatText("%s - %s (%s@%s)", {"a", "b", "c", "d"}), "a - b (c@d)");
     EXPECT_EQ(FormatText("kod %d, %u", {"5", "6"}), "kod 5, 6");
     EXPECT_EQ(FormatText("bez miejsc", {}), "bez miejsc");
 }
 
-TEST(TextFormat, ArgumentsAreNoPatterns) {
+TEST(TextFormatTest, ArgumentsAreNoPatterns) {
     EXPECT_EQ(FormatText("%s %s", {"%s", "x"}), "%s x");
 }
 
-TEST(TextFormat, TooFewAndTooManyArguments) {
+TEST(TextFormatTest, TooFewAndTooManyArguments) {
     EXPECT_EQ(FormatText("<%s><%s>", {"a"}), "<a><>");
     EXPECT_EQ(FormatText("<%s>", {"a", "b"}), "<a>");
 }
 
-TEST(TextFormat, OtherPercentSignsStay) {
+TEST(TextFormatTest, OtherPercentSignsStay) {
     EXPECT_EQ(FormatText("50% %f %", {"a"}), "50% %f %");
 }
 

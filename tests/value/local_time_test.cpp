@@ -22,21 +22,21 @@ using TimeFunction = std::int64_t (*)(std::int64_t);
 
 // Clocks go from 02:00 to 03:00 at 01:00 GMT on 2024-03-31, and back from 03:00 to 02:00 at 01:00
 // GMT on 2024-10-27.
-class WarsawTime : public testing::Test {
+class LocalTimeTest : public testing::Test {
   private:
     ZoneScope m_zone{"Europe/Warsaw"};
 };
 
-using NoFields = WarsawTime;
+using LocalTimeNoFieldsTest = LocalTimeTest;
 
 constexpr std::int64_t kSpring = Gmt(2024, 3, 31, 1);
 constexpr std::int64_t kAutumn = Gmt(2024, 10, 27, 1);
 
-TEST(LargestTime, IsTheEndOf2999InWinterTimeOfWarsaw) {
+TEST(LocalTimeLargestTest, IsTheEndOf2999InWinterTimeOfWarsaw) {
     EXPECT_EQ(kLargestTime, Gmt(2999, 12, 31, 22, 59, 59));
 }
 
-TEST_F(WarsawTime, SplitsIntoLocalFields) {
+TEST_F(LocalTimeTest, SplitsIntoLocalFields) {
     EXPECT_EQ(SplitLocalTime(0), (TimeFields{1970, 1, 1, 1, 0, 0, 5}));
     EXPECT_EQ(SplitLocalTime(Gmt(2024, 2, 29, 22, 59, 59)),
               (TimeFields{2024, 2, 29, 23, 59, 59, 5}));
@@ -48,12 +48,12 @@ TEST_F(WarsawTime, SplitsIntoLocalFields) {
     EXPECT_EQ(SplitLocalTime(kLargestTime), (TimeFields{2999, 12, 31, 23, 59, 59, 3}));
 }
 
-TEST_F(WarsawTime, SplitsIntoGMTFields) {
+TEST_F(LocalTimeTest, SplitsIntoGMTFields) {
     EXPECT_EQ(SplitGMTTime(0), (TimeFields{1970, 1, 1, 0, 0, 0, 5}));
     EXPECT_EQ(SplitGMTTime(Gmt(2024, 6, 30, 22, 30, 45)), (TimeFields{2024, 6, 30, 22, 30, 45, 1}));
 }
 
-TEST_F(WarsawTime, SplitsIntoWinterFieldsInEverySeason) {
+TEST_F(LocalTimeTest, SplitsIntoWinterFieldsInEverySeason) {
     EXPECT_EQ(SplitWinterTime(Gmt(2024, 1, 15, 11, 0, 0)), (TimeFields{2024, 1, 15, 12, 0, 0, 2}));
     EXPECT_EQ(SplitWinterTime(Gmt(2024, 6, 30, 22, 30, 45)),
               (TimeFields{2024, 6, 30, 23, 30, 45, 1}));
@@ -62,7 +62,7 @@ TEST_F(WarsawTime, SplitsIntoWinterFieldsInEverySeason) {
     EXPECT_EQ(SplitWinterTime(kAutumn), (TimeFields{2024, 10, 27, 2, 0, 0, 1}));
 }
 
-TEST_F(NoFields, OfANegativeTime) {
+TEST_F(LocalTimeNoFieldsTest, OfANegativeTime) {
     const TimeFields none{0, 0, 0, -1, -1, -1, 0};
     for (const std::int64_t time : {std::int64_t{-1}, std::int64_t{-86400}, INT64_MIN}) {
         EXPECT_EQ(SplitLocalTime(time), none);
@@ -76,7 +76,7 @@ TEST_F(NoFields, OfANegativeTime) {
     EXPECT_EQ(GetWinterHour(-1), -1);
 }
 
-TEST_F(NoFields, OfATimeTooFarAway) {
+TEST_F(LocalTimeNoFieldsTest, OfATimeTooFarAway) {
     const TimeFields none{0, 0, 0, -1, -1, -1, 0};
     for (const std::int64_t time : {INT64_MAX, std::int64_t{60'000'000'000'000'001}}) {
         EXPECT_EQ(SplitLocalTime(time), none);
@@ -87,7 +87,7 @@ TEST_F(NoFields, OfATimeTooFarAway) {
     }
 }
 
-TEST_F(NoFields, LeaveATimeAsItIs) {
+TEST_F(LocalTimeNoFieldsTest, LeaveATimeAsItIs) {
     constexpr TimeFunction kFunctions[] = {
         GetFirstLocalHourTime, GetFirstLocalDayTime,  GetFirstLocalMonthTime, GetFirstLocalYearTime,
         GetLastLocalHourTime,  GetLastLocalDayTime,   GetLastLocalMonthTime,  GetLastLocalYearTime,
@@ -105,7 +105,7 @@ TEST_F(NoFields, LeaveATimeAsItIs) {
     EXPECT_EQ(MakeSpanRequestTime(INT64_MIN, INT_MIN), INT64_MIN);
 }
 
-TEST_F(WarsawTime, CalendarOfNegativeTimesHolds) {
+TEST_F(LocalTimeTest, CalendarOfNegativeTimesHolds) {
     EXPECT_EQ(GetFirstGMTDayTime(-1), -86400);
     EXPECT_EQ(GetFirstGMTHourTime(-1), -3600);
     EXPECT_EQ(GetLastGMTHourTime(-3600), -1);
@@ -114,7 +114,7 @@ TEST_F(WarsawTime, CalendarOfNegativeTimesHolds) {
     EXPECT_EQ(GetPrevGMTYearTime(0), Gmt(1969, 1, 1));
 }
 
-TEST_F(WarsawTime, MakesTimesOfLocalReadings) {
+TEST_F(LocalTimeTest, MakesTimesOfLocalReadings) {
     EXPECT_EQ(MakeLocalTime({2024}), Gmt(2023, 12, 31, 23));
     EXPECT_EQ(MakeLocalTime({1970, 1, 1, 1}), 0);
     EXPECT_EQ(MakeLocalTime({2024, 7, 5, 7, 8, 9}), Gmt(2024, 7, 5, 5, 8, 9));
@@ -122,7 +122,7 @@ TEST_F(WarsawTime, MakesTimesOfLocalReadings) {
     EXPECT_EQ(MakeLocalTime({2999, 12, 31, 23, 59, 59}), kLargestTime);
 }
 
-TEST_F(WarsawTime, RepeatedReadingMeansItsFirstOccurrenceWhateverWasAskedBefore) {
+TEST_F(LocalTimeTest, RepeatedReadingMeansItsFirstOccurrenceWhateverWasAskedBefore) {
     EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 30, 0}), Gmt(2024, 10, 27, 0, 30));
     MakeLocalTime({2024, 12, 24});
     MakeWinterTime({2024, 10, 27, 2, 30, 0});
@@ -133,7 +133,7 @@ TEST_F(WarsawTime, RepeatedReadingMeansItsFirstOccurrenceWhateverWasAskedBefore)
     EXPECT_EQ(MakeLocalTime({2024, 10, 27, 3, 0, 0}), Gmt(2024, 10, 27, 2));
 }
 
-TEST_F(WarsawTime, MissingReadingTakesTheOffsetBeforeTheChangeWhateverWasAskedBefore) {
+TEST_F(LocalTimeTest, MissingReadingTakesTheOffsetBeforeTheChangeWhateverWasAskedBefore) {
     EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 30, 0}), Gmt(2024, 3, 31, 1, 30));
     MakeLocalTime({2024, 7, 1});
     EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 30, 0}), Gmt(2024, 3, 31, 1, 30));
@@ -143,7 +143,7 @@ TEST_F(WarsawTime, MissingReadingTakesTheOffsetBeforeTheChangeWhateverWasAskedBe
     EXPECT_EQ(MakeLocalTime({2024, 3, 31, 3, 0, 0}), kSpring);
 }
 
-TEST_F(WarsawTime, FieldsOutOfBoundsCarryOver) {
+TEST_F(LocalTimeTest, FieldsOutOfBoundsCarryOver) {
     EXPECT_EQ(MakeLocalTime({2024, 2, 31}), Gmt(2024, 3, 1, 23));
     EXPECT_EQ(MakeLocalTime({2024, 13, 1}), Gmt(2024, 12, 31, 23));
     EXPECT_EQ(MakeLocalTime({2024, 0, 1}), Gmt(2023, 11, 30, 23));
@@ -152,7 +152,7 @@ TEST_F(WarsawTime, FieldsOutOfBoundsCarryOver) {
     EXPECT_EQ(MakeLocalTime({2024, 5, 10, 0, 0, -1}), Gmt(2024, 5, 9, 21, 59, 59));
 }
 
-TEST_F(WarsawTime, YearBeyondReachGivesMinusOne) {
+TEST_F(LocalTimeTest, YearBeyondReachGivesMinusOne) {
     EXPECT_EQ(MakeLocalTime({INT_MAX}), -1);
     EXPECT_EQ(MakeLocalTime({INT_MIN}), -1);
     EXPECT_EQ(MakeWinterTime({INT_MAX, INT_MAX, INT_MAX}), -1);
@@ -163,7 +163,7 @@ TEST_F(WarsawTime, YearBeyondReachGivesMinusOne) {
     EXPECT_EQ(GetLocalMonth(late), 7);
 }
 
-TEST_F(WarsawTime, MakesTimesOfWinterReadingsInEverySeason) {
+TEST_F(LocalTimeTest, MakesTimesOfWinterReadingsInEverySeason) {
     EXPECT_EQ(MakeWinterTime({2024, 1, 5, 7, 8, 9}), Gmt(2024, 1, 5, 6, 8, 9));
     EXPECT_EQ(MakeWinterTime({2024, 7, 5, 7, 8, 9}), Gmt(2024, 7, 5, 6, 8, 9));
     EXPECT_EQ(MakeWinterTime({2024, 3, 31, 2, 30, 0}), Gmt(2024, 3, 31, 1, 30));
@@ -171,7 +171,7 @@ TEST_F(WarsawTime, MakesTimesOfWinterReadingsInEverySeason) {
     EXPECT_EQ(MakeWinterTime({2024, 1, 5, 24, 0, 0}), Gmt(2024, 1, 5, 23));
 }
 
-TEST_F(WarsawTime, BoundsOfLocalPeriods) {
+TEST_F(LocalTimeTest, BoundsOfLocalPeriods) {
     const std::int64_t time = Gmt(2024, 3, 10, 6, 8, 9);  // 07:08:09
     EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 3, 10, 6));
     EXPECT_EQ(GetLastLocalHourTime(time), Gmt(2024, 3, 10, 6, 59, 59));
@@ -183,7 +183,7 @@ TEST_F(WarsawTime, BoundsOfLocalPeriods) {
     EXPECT_EQ(GetLastLocalYearTime(time), Gmt(2024, 12, 31, 22, 59, 59));
 }
 
-TEST_F(WarsawTime, BoundsOfGMTPeriods) {
+TEST_F(LocalTimeTest, BoundsOfGMTPeriods) {
     const std::int64_t time = Gmt(2024, 2, 29, 23, 8, 9);  // already March in Warsaw
     EXPECT_EQ(GetFirstGMTHourTime(time), Gmt(2024, 2, 29, 23));
     EXPECT_EQ(GetLastGMTHourTime(time), Gmt(2024, 2, 29, 23, 59, 59));
@@ -195,7 +195,7 @@ TEST_F(WarsawTime, BoundsOfGMTPeriods) {
     EXPECT_EQ(GetLastGMTYearTime(time), Gmt(2024, 12, 31, 23, 59, 59));
 }
 
-TEST_F(WarsawTime, FirstSecondOfAPeriodIsItsOwnFirst) {
+TEST_F(LocalTimeTest, FirstSecondOfAPeriodIsItsOwnFirst) {
     const std::int64_t newYear = Gmt(2023, 12, 31, 23);
     for (const TimeFunction first : {GetFirstLocalHourTime, GetFirstLocalDayTime,
                                      GetFirstLocalMonthTime, GetFirstLocalYearTime}) {
@@ -207,31 +207,31 @@ TEST_F(WarsawTime, FirstSecondOfAPeriodIsItsOwnFirst) {
     }
 }
 
-TEST_F(WarsawTime, DayOfTheSpringChangeHas23Hours) {
+TEST_F(LocalTimeTest, DayOfTheSpringChangeHas23Hours) {
     const std::int64_t noon = Gmt(2024, 3, 31, 10);
     EXPECT_EQ(GetFirstLocalDayTime(noon), Gmt(2024, 3, 30, 23));
     EXPECT_EQ(GetLastLocalDayTime(noon), Gmt(2024, 3, 31, 21, 59, 59));
 }
 
-TEST_F(WarsawTime, DayOfTheAutumnChangeHas25Hours) {
+TEST_F(LocalTimeTest, DayOfTheAutumnChangeHas25Hours) {
     const std::int64_t noon = Gmt(2024, 10, 27, 11);
     EXPECT_EQ(GetFirstLocalDayTime(noon), Gmt(2024, 10, 26, 22));
     EXPECT_EQ(GetLastLocalDayTime(noon), Gmt(2024, 10, 27, 22, 59, 59));
 }
 
-TEST_F(WarsawTime, EachOccurrenceOfTheRepeatedHourIsAnHour) {
+TEST_F(LocalTimeTest, EachOccurrenceOfTheRepeatedHourIsAnHour) {
     EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 10, 27, 0, 30)), Gmt(2024, 10, 27, 0));
     EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 10, 27, 0, 30)), Gmt(2024, 10, 27, 0, 59, 59));
     EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 10, 27, 1, 30)), Gmt(2024, 10, 27, 1));
     EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 10, 27, 1, 30)), Gmt(2024, 10, 27, 1, 59, 59));
 }
 
-TEST_F(WarsawTime, HoursBesideTheMissingOneAreWhole) {
+TEST_F(LocalTimeTest, HoursBesideTheMissingOneAreWhole) {
     EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 3, 31, 0, 30)), kSpring - 1);
     EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 3, 31, 1, 30)), kSpring);
 }
 
-TEST_F(WarsawTime, LocalDayStepsKeepTheClockReading) {
+TEST_F(LocalTimeTest, LocalDayStepsKeepTheClockReading) {
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 3, 30, 11)), Gmt(2024, 3, 31, 10));
     EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 3, 31, 10)), Gmt(2024, 3, 30, 11));
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 10, 26, 10)), Gmt(2024, 10, 27, 11));
@@ -240,7 +240,7 @@ TEST_F(WarsawTime, LocalDayStepsKeepTheClockReading) {
     EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 3, 1, 11)), Gmt(2024, 2, 29, 11));
 }
 
-TEST_F(WarsawTime, LocalDayStepsOntoAMissingOrRepeatedReading) {
+TEST_F(LocalTimeTest, LocalDayStepsOntoAMissingOrRepeatedReading) {
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 3, 30, 1, 30)), Gmt(2024, 3, 31, 1, 30));    // 03:30
     EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 4, 1, 0, 30)), Gmt(2024, 3, 31, 1, 30));     // 03:30
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 10, 26, 0, 30)), Gmt(2024, 10, 27, 0, 30));  // first
@@ -249,7 +249,7 @@ TEST_F(WarsawTime, LocalDayStepsOntoAMissingOrRepeatedReading) {
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 10, 27, 1, 30)), Gmt(2024, 10, 28, 1, 30));
 }
 
-TEST_F(WarsawTime, LocalMonthStepsLandOnTheLastDayAtMost) {
+TEST_F(LocalTimeTest, LocalMonthStepsLandOnTheLastDayAtMost) {
     const std::int64_t endOfMarch = Gmt(2024, 3, 31, 3, 6, 7);  // 05:06:07
     EXPECT_EQ(GetPrevLocalMonthTime(endOfMarch), Gmt(2024, 2, 29, 4, 6, 7));
     EXPECT_EQ(GetNextLocalMonthTime(endOfMarch), Gmt(2024, 4, 30, 3, 6, 7));
@@ -260,7 +260,7 @@ TEST_F(WarsawTime, LocalMonthStepsLandOnTheLastDayAtMost) {
     EXPECT_EQ(GetPrevLocalMonthTime(Gmt(2024, 4, 30, 0, 30)), Gmt(2024, 3, 30, 1, 30));
 }
 
-TEST_F(WarsawTime, GMTStepsKnowNoDaylightSaving) {
+TEST_F(LocalTimeTest, GMTStepsKnowNoDaylightSaving) {
     EXPECT_EQ(GetNextGMTDayTime(Gmt(2024, 3, 30, 11)), Gmt(2024, 3, 31, 11));
     EXPECT_EQ(GetPrevGMTDayTime(Gmt(2024, 10, 27, 11)), Gmt(2024, 10, 26, 11));
     EXPECT_EQ(GetPrevGMTMonthTime(Gmt(2024, 3, 31, 5, 6, 7)), Gmt(2024, 2, 29, 5, 6, 7));
@@ -271,7 +271,7 @@ TEST_F(WarsawTime, GMTStepsKnowNoDaylightSaving) {
     EXPECT_EQ(GetNextGMTYearTime(Gmt(2023, 2, 28, 12)), Gmt(2024, 2, 28, 12));
 }
 
-TEST_F(WarsawTime, ShiftsByTheOffsetAtTheInstant) {
+TEST_F(LocalTimeTest, ShiftsByTheOffsetAtTheInstant) {
     EXPECT_EQ(GMTToLocalDayTime(kSpring - 1), kSpring - 1 + 3600);
     EXPECT_EQ(GMTToLocalDayTime(kSpring), kSpring + 7200);
     EXPECT_EQ(LocalToGMTDayTime(Gmt(2024, 1, 10, 12)), Gmt(2024, 1, 10, 11));
@@ -280,7 +280,7 @@ TEST_F(WarsawTime, ShiftsByTheOffsetAtTheInstant) {
     EXPECT_EQ(LocalToGMTDayTime(Gmt(2024, 10, 27, 2, 30)), Gmt(2024, 10, 27, 0, 30));
 }
 
-TEST_F(WarsawTime, SingleFields) {
+TEST_F(LocalTimeTest, SingleFields) {
     const std::int64_t newYear = Gmt(2023, 12, 31, 23, 45, 6);
     EXPECT_EQ(GetLocalYear(newYear), 2024);
     EXPECT_EQ(GetLocalMonth(newYear), 1);
@@ -303,7 +303,7 @@ std::string Stepped(void (*step)(int&, int&, int&), int year, int month, int day
     return std::to_string(year) + "-" + std::to_string(month) + "-" + std::to_string(day);
 }
 
-TEST(CalendarSteps, CrossMonthAndYearEnds) {
+TEST(LocalTimeStepsTest, CrossMonthAndYearEnds) {
     EXPECT_EQ(Stepped(GetNextDayTime, 2024, 2, 28), "2024-2-29");
     EXPECT_EQ(Stepped(GetNextDayTime, 2024, 2, 29), "2024-3-1");
     EXPECT_EQ(Stepped(GetNextDayTime, 2023, 2, 28), "2023-3-1");
@@ -314,20 +314,20 @@ TEST(CalendarSteps, CrossMonthAndYearEnds) {
     EXPECT_EQ(Stepped(GetPrevDayTime, 1970, 1, 1), "1969-12-31");
 }
 
-TEST(CalendarSteps, DateThatIsNoneCarriesOverFirst) {
+TEST(LocalTimeStepsTest, DateThatIsNoneCarriesOverFirst) {
     EXPECT_EQ(Stepped(GetNextDayTime, 2024, 2, 31), "2024-3-3");
     EXPECT_EQ(Stepped(GetPrevDayTime, 2024, 13, 1), "2024-12-31");
     EXPECT_EQ(Stepped(GetPrevDayTime, INT_MAX, 5, 6), "2147483647-5-6");
 }
 
-TEST_F(WarsawTime, SpanRequestCountsFromTheFirstSecondOfTheHour) {
+TEST_F(LocalTimeTest, SpanRequestCountsFromTheFirstSecondOfTheHour) {
     EXPECT_EQ(MakeSpanRequestTime(Gmt(2024, 3, 10, 6, 8, 9), 5), Gmt(2024, 3, 10, 6, 0, 5));
     EXPECT_EQ(MakeSpanRequestTime(Gmt(2023, 12, 31, 23), 0), Gmt(2023, 12, 31, 23));
     EXPECT_EQ(MakeSpanRequestTime(Gmt(2024, 10, 27, 1, 30), 1), Gmt(2024, 10, 27, 1, 0, 1));
     EXPECT_EQ(MakeSpanRequestTime(Gmt(2024, 3, 10, 6), -1), Gmt(2024, 3, 10, 5, 59, 59));
 }
 
-TEST(ZoneWithoutDaylightSaving, HasItsHoursOffTheGMTHours) {
+TEST(LocalTimeZoneTest, WithoutDaylightSavingHasItsHoursOffTheGMTHours) {
     const ZoneScope zone("Asia/Kolkata");  // +05:30
     const std::int64_t time = Gmt(2024, 3, 9, 18, 40, 20);
     EXPECT_EQ(SplitLocalTime(time), (TimeFields{2024, 3, 10, 0, 10, 20, 1}));
@@ -343,7 +343,7 @@ TEST(ZoneWithoutDaylightSaving, HasItsHoursOffTheGMTHours) {
     EXPECT_EQ(LocalToGMTDayTime(time), time - 19800);
 }
 
-TEST(ZoneSouthOfTheEquator, HasItsWinterTimeInJuly) {
+TEST(LocalTimeZoneTest, SouthOfTheEquatorHasItsWinterTimeInJuly) {
     const ZoneScope zone("Australia/Sydney");  // +10, in summer +11
     const std::int64_t newYear = Gmt(2023, 12, 31, 13, 30);
     EXPECT_EQ(SplitLocalTime(newYear), (TimeFields{2024, 1, 1, 0, 30, 0, 2}));
@@ -355,7 +355,7 @@ TEST(ZoneSouthOfTheEquator, HasItsWinterTimeInJuly) {
     EXPECT_EQ(MakeLocalTime({2024, 10, 6, 2, 30, 0}), Gmt(2024, 10, 5, 16, 30));  // missing
 }
 
-TEST(ZoneThatChangesAtMidnight, StartsTheDayWhereItsClockStarts) {
+TEST(LocalTimeZoneTest, ThatChangesAtMidnightStartsTheDayWhereItsClockStarts) {
     const ZoneScope zone("America/Santiago");
     // On 2024-09-08 clocks go from 00:00 (-04) to 01:00 (-03).
     EXPECT_EQ(GetFirstLocalDayTime(Gmt(2024, 9, 8, 15)), Gmt(2024, 9, 8, 4));
@@ -369,7 +369,7 @@ TEST(ZoneThatChangesAtMidnight, StartsTheDayWhereItsClockStarts) {
     EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 4, 7, 3, 30)), Gmt(2024, 4, 7, 3));
 }
 
-TEST(ZoneWithHalfAnHourOfShift, RepeatsOrDropsHalfAnHour) {
+TEST(LocalTimeZoneTest, WithHalfAnHourOfShiftRepeatsOrDropsHalfAnHour) {
     const ZoneScope zone("Australia/Lord_Howe");
     // On 2024-04-07 at 15:00 GMT (of the 6th) clocks go from 02:00 (+11) back to 01:30 (+10:30).
     EXPECT_EQ(MakeLocalTime({2024, 4, 7, 1, 45, 0}), Gmt(2024, 4, 6, 14, 45));
@@ -387,7 +387,7 @@ TEST(ZoneWithHalfAnHourOfShift, RepeatsOrDropsHalfAnHour) {
     EXPECT_EQ(SplitWinterTime(Gmt(2024, 12, 31, 13)), (TimeFields{2024, 12, 31, 23, 30, 0, 3}));
 }
 
-TEST(ZoneThatSavesDaylightInWinterOnPaper, StillHasItsWinterClock) {
+TEST(LocalTimeZoneTest, ThatSavesDaylightInWinterOnPaperStillHasItsWinterClock) {
     const ZoneScope zone("Europe/Dublin");  // GMT in winter, +01 in summer
     EXPECT_EQ(GetWinterHour(Gmt(2024, 1, 10, 12)), 12);
     EXPECT_EQ(GetWinterHour(Gmt(2024, 7, 10, 12)), 12);
@@ -395,21 +395,21 @@ TEST(ZoneThatSavesDaylightInWinterOnPaper, StillHasItsWinterClock) {
     EXPECT_EQ(MakeWinterTime({2024, 7, 10, 12}), Gmt(2024, 7, 10, 12));
 }
 
-TEST(ZoneThatChangedItsOffset, HasTheWinterClockOfTheSeason) {
+TEST(LocalTimeZoneTest, ThatChangedItsOffsetHasTheWinterClockOfTheSeason) {
     const ZoneScope zone("Europe/Istanbul");  // +02 and in summer +03, from September 2016 +03
     EXPECT_EQ(GetWinterHour(Gmt(2016, 8, 20, 12)), 14);
     EXPECT_EQ(GetWinterHour(Gmt(2016, 9, 20, 12)), 15);
     EXPECT_EQ(GetWinterHour(Gmt(2024, 7, 1, 12)), 15);
 }
 
-TEST(ZoneThatLeftOutADay, StepsOverIt) {
+TEST(LocalTimeZoneTest, ThatLeftOutADayStepsOverIt) {
     const ZoneScope zone("Pacific/Apia");  // 2011-12-30 does not exist: -10 became +14
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2011, 12, 29, 22)), Gmt(2011, 12, 30, 22));  // 29th, 31st
     EXPECT_EQ(GetPrevLocalDayTime(Gmt(2011, 12, 30, 22)), Gmt(2011, 12, 29, 22));
     EXPECT_EQ(GetLastLocalDayTime(Gmt(2011, 12, 29, 22)), Gmt(2011, 12, 30, 9, 59, 59));
 }
 
-TEST(ZoneThatLeavesOutTheEndOfADay, StaysOnTheNeighbouringDay) {
+TEST(LocalTimeZoneTest, ThatLeavesOutTheEndOfADayStaysOnTheNeighbouringDay) {
     const ZoneScope zone("America/Nuuk");
     // On Saturday 2025-03-29 clocks go from 23:00 (-02) to 00:00 (-01) of Sunday, at 01:00 GMT.
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2025, 3, 29, 1, 30)), Gmt(2025, 3, 30, 0, 59, 59));
@@ -417,7 +417,7 @@ TEST(ZoneThatLeavesOutTheEndOfADay, StaysOnTheNeighbouringDay) {
     EXPECT_EQ(GetFirstLocalDayTime(Gmt(2025, 3, 30, 12)), Gmt(2025, 3, 30, 1));
 }
 
-TEST(ZoneThatChangesPastMidnight, KeepsATimeWithinItsDay) {
+TEST(LocalTimeZoneTest, ThatChangesPastMidnightKeepsATimeWithinItsDay) {
     const ZoneScope zone("America/St_Johns");
     // On 2009-11-01 clocks went from 00:01 (-02:30) back to 23:01 (-03:30) of October 31.
     EXPECT_EQ(GetLastLocalDayTime(Gmt(2009, 11, 1, 2)), Gmt(2009, 11, 1, 2, 29, 59));
@@ -428,7 +428,7 @@ TEST(ZoneThatChangesPastMidnight, KeepsATimeWithinItsDay) {
 }
 
 // Walks through the days around changes of many zones and asks each time for the bounds of its day.
-TEST(LocalDays, HoldTheirTimesAndTouchTheirNeighbours) {
+TEST(LocalTimeDaysTest, HoldTheirTimesAndTouchTheirNeighbours) {
     const std::vector<std::string> zones = {"Europe/Warsaw",    "Asia/Kolkata", "Australia/Sydney",
                                             "America/Santiago", "America/Nuuk", "America/Havana",
                                             "Pacific/Chatham",  "Pacific/Apia", "UTC",

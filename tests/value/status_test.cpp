@@ -21,11 +21,11 @@ constexpr CWordRow kWords[] = {
     {"ALARM_MEM", 16384},    {"SUPERVISORY", 32768},
 };
 
-TEST(Status, EveryWordNamesItsBit) {
+TEST(StatusTest, EveryWordNamesItsBit) {
     for (const CWordRow& row : kWords) EXPECT_EQ(StatusBit(row.word), row.bit) << row.word;
 }
 
-TEST(Status, ListHoldsTheseWordsAndNoOthers) {
+TEST(StatusTest, ListHoldsTheseWordsAndNoOthers) {
     std::vector<std::string_view> expected;
     std::vector<std::string_view> listed;
     for (const CWordRow& row : kWords) expected.push_back(row.word);
@@ -33,7 +33,7 @@ TEST(Status, ListHoldsTheseWordsAndNoOthers) {
     EXPECT_EQ(listed, expected);
 }
 
-TEST(Status, OtherWordNamesNoBit) {
+TEST(StatusTest, OtherWordNamesNoBit) {
     for (const std::string_view word : {"", "unknown", "Alarm", "ALARM ", "ALARM_", "DEADLOCK"}) {
         EXPECT_EQ(StatusBit(word), std::nullopt) << word;
     }
@@ -48,7 +48,7 @@ constexpr CKindRow kKinds[] = {
     {"CURDATA", 1}, {"HREP", 2}, {"DREP", 3}, {"MREP", 4}, {"SREP", 5}, {"ARCH", 6},
 };
 
-TEST(ValueKind, EverySuffixHasItsKindAndLabel) {
+TEST(StatusValueKindTest, EverySuffixHasItsKindAndLabel) {
     constexpr std::string_view kLabels[] = {
         "Typ danych: bieżące",    "Typ danych: godzinowe", "Typ danych: dobowe",
         "Typ danych: miesięczne", "Typ danych: okresowe",  "Typ danych: archiwalne",
@@ -61,14 +61,14 @@ TEST(ValueKind, EverySuffixHasItsKindAndLabel) {
     }
 }
 
-TEST(ValueKind, WordIsComparedWithCase) {
+TEST(StatusValueKindTest, WordIsComparedWithCase) {
     for (const CKindRow& row : kKinds) EXPECT_EQ(KindFromWord(row.suffix), row.kind);
     for (const std::string_view word : {"", "hrep", "Hrep", "HREPX", ".HREP", "XYZ"}) {
         EXPECT_EQ(KindFromWord(word), 0) << word;
     }
 }
 
-TEST(ValueKind, SuffixOfANameSelectsTheKindInEitherCase) {
+TEST(StatusValueKindTest, SuffixOfANameSelectsTheKindInEitherCase) {
     constexpr CKindRow kNames[] = {
         {"A.CURDATA", 1}, {"A.HREP", 2}, {"A.DREP", 3}, {"A.MREP", 4},
         {"A.SREP", 5},    {"A.ARCH", 6}, {"A.hrep", 2}, {"A.Curdata", 1},
@@ -76,13 +76,13 @@ TEST(ValueKind, SuffixOfANameSelectsTheKindInEitherCase) {
     for (const CKindRow& row : kNames) EXPECT_EQ(GetValueKind(row.suffix), row.kind) << row.suffix;
 }
 
-TEST(ValueKind, NameWithoutASuffixIsCurrent) {
+TEST(StatusValueKindTest, NameWithoutASuffixIsCurrent) {
     for (const std::string_view name : {"", "A", "HREP", ".HREP", "."}) {
         EXPECT_EQ(GetValueKind(name), 1) << name;
     }
 }
 
-TEST(ValueKind, UnknownSuffixIsNoKind) {
+TEST(StatusValueKindTest, UnknownSuffixIsNoKind) {
     for (const std::string_view name :
          {"A.", "A.XYZ", "A.B.HREP", "A..HREP", "A.HREP.", "A. HREP"}) {
         EXPECT_EQ(GetValueKind(name), 0) << name;

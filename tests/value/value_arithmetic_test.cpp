@@ -49,7 +49,7 @@ void ExpectResults(const std::vector<CArithmeticRow>& rows) {
     }
 }
 
-TEST(ValueArithmetic, IntegersGiveTheWiderType) {
+TEST(ValueArithmeticTest, IntegersGiveTheWiderType) {
     ExpectResults({
         {CVal(2), kAdd, CVal(3), "150:5"},
         {CVal(2), kSubtract, CVal(3), "150:-1"},
@@ -66,7 +66,7 @@ TEST(ValueArithmetic, IntegersGiveTheWiderType) {
     });
 }
 
-TEST(ValueArithmetic, WhatDoesNotFitTheWiderTypeHas64Bits) {
+TEST(ValueArithmeticTest, WhatDoesNotFitTheWiderTypeHas64Bits) {
     ExpectResults({
         {CVal(2147483647), kAdd, CVal(1), "160:2147483648"},
         {CVal(-2147483647 - 1), kSubtract, CVal(1), "160:-2147483649"},
@@ -80,7 +80,7 @@ TEST(ValueArithmetic, WhatDoesNotFitTheWiderTypeHas64Bits) {
     });
 }
 
-TEST(ValueArithmetic, WhatDoesNotFit64BitsIsADouble) {
+TEST(ValueArithmeticTest, WhatDoesNotFit64BitsIsADouble) {
     ExpectResults({
         {CVal(kGreatest), kAdd, CVal(1), "171:9.223372036854776e+18"},
         {CVal(kLeast), kSubtract, CVal(1), "171:-9.223372036854776e+18"},
@@ -94,7 +94,7 @@ TEST(ValueArithmetic, WhatDoesNotFit64BitsIsADouble) {
     });
 }
 
-TEST(ValueArithmetic, DoubleTakesAllToDouble) {
+TEST(ValueArithmeticTest, DoubleTakesAllToDouble) {
     ExpectResults({
         {CVal(2.5), kAdd, CVal(2), "171:4.50"},
         {CVal(2), kAdd, CVal(2.5), "171:4.50"},
@@ -106,7 +106,7 @@ TEST(ValueArithmetic, DoubleTakesAllToDouble) {
     });
 }
 
-TEST(ValueArithmetic, QuotientIsADouble) {
+TEST(ValueArithmeticTest, QuotientIsADouble) {
     ExpectResults({
         {CVal(6), kDivide, CVal(3), "171:2.00"},
         {CVal(7), kDivide, CVal(2), "171:3.50"},
@@ -119,7 +119,7 @@ TEST(ValueArithmetic, QuotientIsADouble) {
     });
 }
 
-TEST(ValueArithmetic, TextsJoinAndOtherwiseCountAsNumbers) {
+TEST(ValueArithmeticTest, TextsJoinAndOtherwiseCountAsNumbers) {
     ExpectResults({
         {CVal("ab"), kAdd, CVal("cd"), "190:abcd"},
         {CVal("1"), kAdd, CVal("2"), "190:12"},
@@ -136,7 +136,7 @@ TEST(ValueArithmetic, TextsJoinAndOtherwiseCountAsNumbers) {
     });
 }
 
-TEST(ValueArithmetic, NoContentCountsAsTheInt0) {
+TEST(ValueArithmeticTest, NoContentCountsAsTheInt0) {
     ExpectResults({
         {CVal(), kAdd, CVal(5), "150:5"},
         {CVal(5), kSubtract, CVal(), "150:5"},
@@ -147,7 +147,7 @@ TEST(ValueArithmetic, NoContentCountsAsTheInt0) {
     });
 }
 
-TEST(ValueArithmetic, WithItself) {
+TEST(ValueArithmeticTest, WithItself) {
     CVal number(21);
     number += number;
     EXPECT_EQ(Dump(number), "150:42");
@@ -159,7 +159,7 @@ TEST(ValueArithmetic, WithItself) {
     EXPECT_EQ(Dump(digits), "160:144");
 }
 
-TEST(ValueArithmetic, JoinsStatusWordsAndTakesTheLaterTime) {
+TEST(ValueArithmeticTest, JoinsStatusWordsAndTakesTheLaterTime) {
     for (const Operation operation : {kAdd, kSubtract, kMultiply, kDivide}) {
         CVal value = Stamped(CVal(6), 100, 0x0021);
         (value.*operation)(Stamped(CVal(3), 200, 0x8004));
@@ -175,7 +175,7 @@ TEST(ValueArithmetic, JoinsStatusWordsAndTakesTheLaterTime) {
     EXPECT_EQ(text.GetTime(), 200);
 }
 
-TEST(ValueArithmetic, ProductIsANewValue) {
+TEST(ValueArithmeticTest, ProductIsANewValue) {
     const CVal left = Stamped(CVal(6), 100, 1);
     const CVal right = Stamped(CVal(7), 50, 2);
     const CVal product = left * right;
@@ -186,7 +186,7 @@ TEST(ValueArithmetic, ProductIsANewValue) {
     EXPECT_EQ(left.GetStatus(), 1);
 }
 
-TEST(ValueArithmetic, ComplementKeepsAnIntegerTypeThatHoldsIt) {
+TEST(ValueArithmeticTest, ComplementKeepsAnIntegerTypeThatHoldsIt) {
     EXPECT_EQ(Dump(~CVal(5)), "150:-6");
     EXPECT_EQ(Dump(~CVal(short{-1})), "140:0");
     EXPECT_EQ(Dump(~CVal(kGreatest)), "160:-9223372036854775808");
@@ -199,13 +199,13 @@ TEST(ValueArithmetic, ComplementKeepsAnIntegerTypeThatHoldsIt) {
     EXPECT_EQ(Dump(~CVal()), "150:-1");
 }
 
-TEST(ValueArithmetic, ComplementKeepsStatusAndTime) {
+TEST(ValueArithmeticTest, ComplementKeepsStatusAndTime) {
     const CVal value = ~Stamped(CVal("5"), -7, 36);
     EXPECT_EQ(value.GetStatus(), 36);
     EXPECT_EQ(value.GetTime(), -7);
 }
 
-TEST(ValueArithmetic, PowerIsADouble) {
+TEST(ValueArithmeticTest, PowerIsADouble) {
     EXPECT_EQ(Dump(pow(CVal(2), CVal(10))), "171:1024.00");
     EXPECT_EQ(Dump(pow(CVal(4), CVal(0.5))), "171:2.00");
     EXPECT_EQ(Dump(pow(CVal("2"), CVal(-1))), "171:0.50");
@@ -249,7 +249,7 @@ void ExpectComparisons(const std::vector<CComparisonRow>& rows) {
     }
 }
 
-TEST(ValueComparison, Numbers) {
+TEST(ValueArithmeticComparisonTest, Numbers) {
     ExpectComparisons({
         {CVal(2), CVal(2), kEqual},
         {CVal(2), CVal(3), kLess},
@@ -270,7 +270,7 @@ TEST(ValueComparison, Numbers) {
     });
 }
 
-TEST(ValueComparison, LargeIntegersAreNotRounded) {
+TEST(ValueArithmeticComparisonTest, LargeIntegersAreNotRounded) {
     ExpectComparisons({
         {CVal(9007199254740993), CVal(9007199254740992.0), kGreater},
         {CVal(9007199254740992), CVal(9007199254740992.0), kEqual},
@@ -285,7 +285,7 @@ TEST(ValueComparison, LargeIntegersAreNotRounded) {
     });
 }
 
-TEST(ValueComparison, NaNIsUnequalToAll) {
+TEST(ValueArithmeticComparisonTest, NaNIsUnequalToAll) {
     ExpectComparisons({
         {CVal(kNaN), CVal(kNaN), kUnordered},
         {CVal(kNaN), CVal(1.0), kUnordered},
@@ -296,7 +296,7 @@ TEST(ValueComparison, NaNIsUnequalToAll) {
     });
 }
 
-TEST(ValueComparison, TextsByTheirBytes) {
+TEST(ValueArithmeticComparisonTest, TextsByTheirBytes) {
     ExpectComparisons({
         {CVal("abc"), CVal("abc"), kEqual},
         {CVal("abc"), CVal("abd"), kLess},
@@ -309,7 +309,7 @@ TEST(ValueComparison, TextsByTheirBytes) {
     });
 }
 
-TEST(ValueComparison, TextAndNumber) {
+TEST(ValueArithmeticComparisonTest, TextAndNumber) {
     ExpectComparisons({
         {CVal("10"), CVal(9), kGreater},
         {CVal(" 10 "), CVal(10), kEqual},
@@ -324,7 +324,7 @@ TEST(ValueComparison, TextAndNumber) {
     });
 }
 
-TEST(ValueComparison, NoContentCountsAs0AndBesideATextAsEmpty) {
+TEST(ValueArithmeticComparisonTest, NoContentCountsAs0AndBesideATextAsEmpty) {
     ExpectComparisons({
         {CVal(), CVal(0), kEqual},
         {CVal(), CVal(), kEqual},
@@ -337,7 +337,7 @@ TEST(ValueComparison, NoContentCountsAs0AndBesideATextAsEmpty) {
     });
 }
 
-TEST(ValueComparison, StatusAndTimePlayNoPart) {
+TEST(ValueArithmeticComparisonTest, StatusAndTimePlayNoPart) {
     EXPECT_EQ(Comparisons(Stamped(CVal(5), 100, 1), Stamped(CVal(5), 200, 2)), kEqual);
 }
 

@@ -23,14 +23,14 @@ constexpr std::int64_t kGreatest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 const double kNaN = std::nan("");
 
-TEST(ValueConstruction, DefaultHasNoContent) {
+TEST(ValueConstructionTest, DefaultHasNoContent) {
     const CVal value;
     EXPECT_EQ(Dump(value), "255:");
     EXPECT_EQ(value.GetStatus(), 0);
     EXPECT_EQ(value.GetTime(), 0);
 }
 
-TEST(ValueConstruction, TypeFollowsTheArgument) {
+TEST(ValueConstructionTest, TypeFollowsTheArgument) {
     EXPECT_EQ(Dump(CVal(true)), "120:1");
     EXPECT_EQ(Dump(CVal(false)), "120:0");
     EXPECT_EQ(Dump(CVal(short{-7})), "140:-7");
@@ -48,27 +48,27 @@ TEST(ValueConstruction, TypeFollowsTheArgument) {
     EXPECT_EQ(Dump(CVal(std::wstring_view(L"abc"))), "190:abc");
 }
 
-TEST(ValueConstruction, HasStatusAndTime0) {
+TEST(ValueConstructionTest, HasStatusAndTime0) {
     for (const CVal& value : {CVal(1), CVal(1.5), CVal("a"), CVal(L"a"), CVal(true)}) {
         EXPECT_EQ(value.GetStatus(), 0);
         EXPECT_EQ(value.GetTime(), 0);
     }
 }
 
-TEST(ValueConstruction, WideTextIsKeptInTheCodePage) {
+TEST(ValueConstructionTest, WideTextIsKeptInTheCodePage) {
     EXPECT_EQ(CVal(L"Łódź").Text(), std::string_view("\xA3\xF3"
                                                      "d\x9F"));
     EXPECT_EQ(CVal(L"λ").Text(), "?");
 }
 
-TEST(ValueConstruction, ClassIsPolymorphicAndFreelyCopied) {
+TEST(ValueConstructionTest, ClassIsPolymorphicAndFreelyCopied) {
     EXPECT_TRUE(std::has_virtual_destructor_v<CVal>);
     EXPECT_TRUE(std::is_nothrow_move_constructible_v<CVal>);
     EXPECT_TRUE(std::is_nothrow_move_assignable_v<CVal>);
     EXPECT_TRUE(std::is_copy_constructible_v<CVal>);
 }
 
-TEST(ValueCopy, CarriesTypeStatusTimeAndContent) {
+TEST(ValueCopyTest, CarriesTypeStatusTimeAndContent) {
     for (const CVal& content : {CVal(), CVal(7), CVal(2.5), CVal("short"),
                                 CVal("a text that is too long to be kept inside its string")}) {
         const CVal source = Stamped(content, 1600000000, 1);
@@ -94,7 +94,7 @@ TEST(ValueCopy, CarriesTypeStatusTimeAndContent) {
     }
 }
 
-TEST(ValueCopy, OwnsItsText) {
+TEST(ValueCopyTest, OwnsItsText) {
     CVal source("abc");
     const CVal copy(source);
     source += CVal("def");
@@ -102,7 +102,7 @@ TEST(ValueCopy, OwnsItsText) {
     EXPECT_EQ(source.Text(), "abcdef");
 }
 
-TEST(ValueCopy, ToItselfChangesNothing) {
+TEST(ValueCopyTest, ToItselfChangesNothing) {
     CVal text = Stamped(CVal("a text that is too long to be kept inside its string"), 9, 4);
     const CVal& same = text;
     text = same;
@@ -111,7 +111,7 @@ TEST(ValueCopy, ToItselfChangesNothing) {
     EXPECT_EQ(text.GetTime(), 9);
 }
 
-TEST(ValueCopy, MovedTextLeavesAUsableText) {
+TEST(ValueCopyTest, MovedTextLeavesAUsableText) {
     CVal source("a text that is too long to be kept inside its string");
     const CVal target(std::move(source));
     EXPECT_EQ(source.GetType(), 190);
@@ -119,7 +119,7 @@ TEST(ValueCopy, MovedTextLeavesAUsableText) {
     EXPECT_EQ(Dump(source), "150:3");
 }
 
-TEST(ValueCopy, OfANumberDoesNotAllocate) {
+TEST(ValueCopyTest, OfANumberDoesNotAllocate) {
     const CVal numbers[] = {CVal(true), CVal(short{1}), CVal(7), CVal(7LL), CVal(2.5), CVal()};
     CVal target;
     std::int64_t sum = 0;
@@ -139,7 +139,7 @@ TEST(ValueCopy, OfANumberDoesNotAllocate) {
     EXPECT_GT(AllocationCount(), before);
 }
 
-TEST(ValueStatus, AddStatusKeepsTheOtherBits) {
+TEST(ValueStatusTest, AddStatusKeepsTheOtherBits) {
     CVal value(1);
     value.SetStatus(0x0020);
     value.AddStatus(0x8000);
@@ -148,27 +148,27 @@ TEST(ValueStatus, AddStatusKeepsTheOtherBits) {
     EXPECT_EQ(value.GetStatus(), 0);
 }
 
-TEST(ValueStatus, BitsWithoutAWordAreCarried) {
+TEST(ValueStatusTest, BitsWithoutAWordAreCarried) {
     CVal value(1);
     value.SetStatus(0x3400);
     value.AddStatus(Status::Supervisory);
     EXPECT_EQ(CVal(value).GetStatus(), 0xB400);
 }
 
-TEST(ValueStatus, SupervisoryComesOffAlone) {
+TEST(ValueStatusTest, SupervisoryComesOffAlone) {
     CVal value(1);
     value.SetStatus(0xFFFF);
     value.SetStatus(value.GetStatus() & ~Status::Supervisory);
     EXPECT_EQ(value.GetStatus(), 0x7FFF);
 }
 
-TEST(ValueStatus, LockSetReadsAsHardlock) {
+TEST(ValueStatusTest, LockSetReadsAsHardlock) {
     CVal value(1);
     value.AddStatus(*StatusBit("LOCK"));
     EXPECT_EQ(value.GetStatus() & *StatusBit("HARDLOCK"), 512);
 }
 
-TEST(ValueTime, KeepsTheWholeCount) {
+TEST(ValueTimeTest, KeepsTheWholeCount) {
     CVal value(1);
     value.SetTime(253402300799, 0, 0);
     EXPECT_EQ(value.GetTime(), 253402300799);
@@ -177,7 +177,7 @@ TEST(ValueTime, KeepsTheWholeCount) {
     EXPECT_EQ(value.GetTime(), -1);
 }
 
-TEST(ValueGetData, StoresTheWidthOfTheType) {
+TEST(ValueGetDataTest, StoresTheWidthOfTheType) {
     struct CTarget {
         std::uint64_t low = 0xAAAAAAAAAAAAAAAA;
         std::uint64_t high = 0xAAAAAAAAAAAAAAAA;
@@ -207,7 +207,7 @@ Native Read(const CVal& value, int type) {
     return out;
 }
 
-TEST(ValueGetData, EveryPairOfTypesConverts) {
+TEST(ValueGetDataTest, EveryPairOfTypesConverts) {
     for (const CVal& value : {CVal(short{42}), CVal(42), CVal(42LL), CVal(42.0), CVal("42")}) {
         EXPECT_EQ(Read<std::int16_t>(value, 140), 42);
         EXPECT_EQ(Read<std::int32_t>(value, 150), 42);
@@ -220,7 +220,7 @@ TEST(ValueGetData, EveryPairOfTypesConverts) {
     }
 }
 
-TEST(ValueGetData, SaturatesAtTheBoundsOfTheType) {
+TEST(ValueGetDataTest, SaturatesAtTheBoundsOfTheType) {
     for (const CVal& big : {CVal(kGreatest), CVal(1e30), CVal(kInfinity), CVal("1e30"),
                             CVal("99999999999999999999999")}) {
         EXPECT_EQ(Read<bool>(big, 120), true);
@@ -245,13 +245,13 @@ TEST(ValueGetData, SaturatesAtTheBoundsOfTheType) {
     EXPECT_EQ(Read<std::int64_t>(CVal(9223372036854774784.0), 160), 9223372036854774784);
 }
 
-TEST(ValueGetData, FloatingValueIsTruncated) {
+TEST(ValueGetDataTest, FloatingValueIsTruncated) {
     EXPECT_EQ(Read<std::int32_t>(CVal(1.999), 150), 1);
     EXPECT_EQ(Read<std::int32_t>(CVal(-1.999), 150), -1);
     EXPECT_EQ(Read<std::int64_t>(CVal("-1.999"), 160), -1);
 }
 
-TEST(ValueGetData, TextWithoutANumberFailsAndStores0) {
+TEST(ValueGetDataTest, TextWithoutANumberFailsAndStores0) {
     for (const std::string_view text : {"", "abc", "-", "x1"}) {
         std::int32_t integer = 77;
         double real = 77;
@@ -262,7 +262,7 @@ TEST(ValueGetData, TextWithoutANumberFailsAndStores0) {
     }
 }
 
-TEST(ValueGetData, ValueWithoutContentReadsAs0AndEmpty) {
+TEST(ValueGetDataTest, ValueWithoutContentReadsAs0AndEmpty) {
     std::string text = "before";
     EXPECT_EQ(Read<std::int32_t>(CVal(), 150), 0);
     EXPECT_EQ(Read<double>(CVal(), 171), 0);
@@ -270,7 +270,7 @@ TEST(ValueGetData, ValueWithoutContentReadsAs0AndEmpty) {
     EXPECT_EQ(text, "");
 }
 
-TEST(ValueGetData, TypeWithoutSuchADestinationLeavesItAlone) {
+TEST(ValueGetDataTest, TypeWithoutSuchADestinationLeavesItAlone) {
     for (const int type : {0, 119, 162, 170, 172, 190, 254, 255}) {
         std::int64_t target = 77;
         EXPECT_FALSE(CVal(5).GetValData(type, &target)) << type;
@@ -289,7 +289,7 @@ struct CCastRow {
     std::string_view result;
 };
 
-TEST(ValueCast, ConvertsTheContent) {
+TEST(ValueCastTest, ConvertsTheContent) {
     const CCastRow kRows[] = {
         {CVal(5), 150, "150:5"},
         {CVal(5), 160, "160:5"},
@@ -321,7 +321,7 @@ TEST(ValueCast, ConvertsTheContent) {
     }
 }
 
-TEST(ValueCast, ToNoTypeLeavesTheValueAndSucceeds) {
+TEST(ValueCastTest, ToNoTypeLeavesTheValueAndSucceeds) {
     for (const int type : {254, 255}) {
         for (const CVal& source : {CVal(5), CVal(2.5), CVal("abc"), CVal()}) {
             CVal value(source);
@@ -331,7 +331,7 @@ TEST(ValueCast, ToNoTypeLeavesTheValueAndSucceeds) {
     }
 }
 
-TEST(ValueCast, TextThatIsNoNumberFailsAndStays) {
+TEST(ValueCastTest, TextThatIsNoNumberFailsAndStays) {
     for (const int type : {120, 140, 150, 160, 171}) {
         CVal value("abc");
         EXPECT_FALSE(value.Cast(type));
@@ -339,7 +339,7 @@ TEST(ValueCast, TextThatIsNoNumberFailsAndStays) {
     }
 }
 
-TEST(ValueCast, UnknownTypeFailsAndLeavesTheValue) {
+TEST(ValueCastTest, UnknownTypeFailsAndLeavesTheValue) {
     for (const int type : {-1, 0, 119, 162, 172, 191, 65536 + 150}) {
         CVal value(5);
         EXPECT_FALSE(value.Cast(type)) << type;
@@ -347,7 +347,7 @@ TEST(ValueCast, UnknownTypeFailsAndLeavesTheValue) {
     }
 }
 
-TEST(ValueSetType, AlwaysTakesTheCode) {
+TEST(ValueSetTypeTest, AlwaysTakesTheCode) {
     const CCastRow kRows[] = {
         {CVal(5), 255, "255:"},         {CVal("abc"), 255, "255:"},
         {CVal(5), 171, "171:5.00"},     {CVal("abc"), 150, "150:0"},
@@ -364,7 +364,7 @@ TEST(ValueSetType, AlwaysTakesTheCode) {
     }
 }
 
-TEST(ValueSetType, ContentIsGoneAfterNone) {
+TEST(ValueSetTypeTest, ContentIsGoneAfterNone) {
     CVal value(5);
     value.SetType(255);
     value.SetType(150);

@@ -25,7 +25,7 @@ struct CNumberRow {
     double value;
 };
 
-TEST(ConvertString2Double, WholeTextThatIsANumber) {
+TEST(ValueTextConvertTest, WholeTextThatIsANumber) {
     constexpr CNumberRow kRows[] = {
         {"0", 0},
         {"7", 7},
@@ -58,7 +58,7 @@ TEST(ConvertString2Double, WholeTextThatIsANumber) {
     }
 }
 
-TEST(ConvertString2Double, OtherTextIsRefusedAndLeavesTheTarget) {
+TEST(ValueTextConvertTest, OtherTextIsRefusedAndLeavesTheTarget) {
     constexpr std::string_view kRows[] = {
         "",      " ",   "-",     "+",    ".",   "-.",    "e5",    ".e5",      "1e",
         "1e+",   "1ex", "0x10",  "0x",   "--1", "+-1",   "-+1",   "++1",      "- 1",
@@ -76,7 +76,7 @@ TEST(ConvertString2Double, OtherTextIsRefusedAndLeavesTheTarget) {
     EXPECT_EQ(value, 77);
 }
 
-TEST(ConvertString2Double, BeyondTheRangeLieInfinityAndZero) {
+TEST(ValueTextConvertTest, BeyondTheRangeLieInfinityAndZero) {
     const CNumberRow kRows[] = {
         {"1e309", kInfinity},
         {"-1e309", -kInfinity},
@@ -106,7 +106,7 @@ TEST(ConvertString2Double, BeyondTheRangeLieInfinityAndZero) {
     EXPECT_EQ(value, 1);
 }
 
-TEST(ConvertString2Double, SignOfZeroIsKept) {
+TEST(ValueTextConvertTest, SignOfZeroIsKept) {
     double value = 1;
     EXPECT_TRUE(ConvertString2Double("-0", &value));
     EXPECT_TRUE(std::signbit(value));
@@ -118,7 +118,7 @@ struct CPrefixRow {
     double value;
 };
 
-TEST(ReadNumberPrefix, TakesTheLongestNumberAtTheBeginning) {
+TEST(ValueTextPrefixTest, TakesTheLongestNumberAtTheBeginning) {
     constexpr CPrefixRow kRows[] = {
         {"12abc", 160, 12},  {"  12 34", 160, 12}, {"-7x", 160, -7},    {"+7", 160, 7},
         {"1.5kg", 171, 1.5}, {"5.", 171, 5},       {".5.5", 171, 0.5},  {"1e", 160, 1},
@@ -134,7 +134,7 @@ TEST(ReadNumberPrefix, TakesTheLongestNumberAtTheBeginning) {
     }
 }
 
-TEST(ReadNumberPrefix, TextWithoutADigitThereGivesTheInteger0) {
+TEST(ValueTextPrefixTest, TextWithoutADigitThereGivesTheInteger0) {
     for (const std::string_view text : {"", "  ", "abc", "-", "+", ".", "-.", "--1", "+-1", "- 1",
                                         "e5", ".e5", "x1", "inf", "nan", "$1"}) {
         CVal out("before");
@@ -144,7 +144,7 @@ TEST(ReadNumberPrefix, TextWithoutADigitThereGivesTheInteger0) {
     }
 }
 
-TEST(ReadNumberPrefix, IntegerIsReadWithoutRounding) {
+TEST(ValueTextPrefixTest, IntegerIsReadWithoutRounding) {
     CVal out;
     EXPECT_TRUE(ReadNumberPrefix("9007199254740993", out));
     EXPECT_EQ(out.Integer(), 9007199254740993);
@@ -155,7 +155,7 @@ TEST(ReadNumberPrefix, IntegerIsReadWithoutRounding) {
     EXPECT_EQ(out.Integer(), kLeast);
 }
 
-TEST(ReadNumberPrefix, IntegerBeyond64BitsIsADouble) {
+TEST(ValueTextPrefixTest, IntegerBeyond64BitsIsADouble) {
     CVal out;
     EXPECT_TRUE(ReadNumberPrefix("9223372036854775808", out));
     EXPECT_EQ(out.GetType(), 171);
@@ -166,7 +166,7 @@ TEST(ReadNumberPrefix, IntegerBeyond64BitsIsADouble) {
     EXPECT_EQ(out.Real(), 1e20);
 }
 
-TEST(ReadWholeNumber, RefusesWhatTheNumberLeavesOver) {
+TEST(ValueTextWholeNumberTest, RefusesWhatTheNumberLeavesOver) {
     CVal out;
     EXPECT_TRUE(ReadWholeNumber(" 12 ", out));
     EXPECT_EQ(out.GetType(), 160);
@@ -186,7 +186,7 @@ struct CFormatRow {
     std::string_view text;
 };
 
-TEST(FormatDouble, FixedWithTheShortestDigitsButAtLeastTwoDecimals) {
+TEST(ValueTextFormatTest, FixedWithTheShortestDigitsButAtLeastTwoDecimals) {
     constexpr CFormatRow kRows[] = {
         {0, "0.00"},
         {-0.0, "0.00"},
@@ -208,7 +208,7 @@ TEST(FormatDouble, FixedWithTheShortestDigitsButAtLeastTwoDecimals) {
     for (const CFormatRow& row : kRows) EXPECT_EQ(FormatDouble(row.value), row.text);
 }
 
-TEST(FormatDouble, ScientificFrom1e15UpAndBelow1eMinus5) {
+TEST(ValueTextFormatTest, ScientificFrom1e15UpAndBelow1eMinus5) {
     constexpr CFormatRow kRows[] = {
         {1e15, "1e+15"},
         {-1e15, "-1e+15"},
@@ -222,14 +222,14 @@ TEST(FormatDouble, ScientificFrom1e15UpAndBelow1eMinus5) {
     for (const CFormatRow& row : kRows) EXPECT_EQ(FormatDouble(row.value), row.text);
 }
 
-TEST(FormatDouble, NotFiniteHasItsWord) {
+TEST(ValueTextFormatTest, NotFiniteHasItsWord) {
     EXPECT_EQ(FormatDouble(kInfinity), "inf");
     EXPECT_EQ(FormatDouble(-kInfinity), "-inf");
     EXPECT_EQ(FormatDouble(std::nan("")), "nan");
     EXPECT_EQ(FormatDouble(-std::nan("")), "nan");
 }
 
-TEST(FormatDouble, ReadsBackAsTheSameDouble) {
+TEST(ValueTextFormatTest, ReadsBackAsTheSameDouble) {
     std::mt19937_64 random(20210314);
     for (int i = 0; i < 20000; ++i) {
         const std::uint64_t bits = random();
@@ -244,7 +244,7 @@ TEST(FormatDouble, ReadsBackAsTheSameDouble) {
     }
 }
 
-TEST(ValueTextLocale, DecimalCommaOfTheLocalePlaysNoPart) {
+TEST(ValueTextLocaleTest, DecimalCommaOfTheLocalePlaysNoPart) {
     const char* name = nullptr;
     for (const char* candidate : {"pl_PL.UTF-8", "pl_PL", "de_DE.UTF-8", "de_DE"}) {
         if (name == nullptr) name = std::setlocale(LC_NUMERIC, candidate);
@@ -261,7 +261,7 @@ TEST(ValueTextLocale, DecimalCommaOfTheLocalePlaysNoPart) {
     EXPECT_EQ(text, "2.25");
 }
 
-TEST(ValueReads, IntegerSaturates) {
+TEST(ValueTextReadsTest, IntegerSaturates) {
     EXPECT_EQ(ValueToInt(CVal(2147483648LL)), 2147483647);
     EXPECT_EQ(ValueToInt(CVal(-2147483649LL)), -2147483647 - 1);
     EXPECT_EQ(ValueToInt(CVal(1e300)), 2147483647);
@@ -271,7 +271,7 @@ TEST(ValueReads, IntegerSaturates) {
     EXPECT_EQ(ValueToInt(CVal("-99999999999999999999")), -2147483647 - 1);
 }
 
-TEST(ValueReads, WhatDoesNotReadIs0OrEmpty) {
+TEST(ValueTextReadsTest, WhatDoesNotReadIs0OrEmpty) {
     EXPECT_EQ(ValueToInt(CVal("abc")), 0);
     EXPECT_EQ(ValueToDouble(CVal("abc")), 0);
     EXPECT_EQ(ValueToInt(CVal()), 0);
@@ -280,19 +280,19 @@ TEST(ValueReads, WhatDoesNotReadIs0OrEmpty) {
     EXPECT_EQ(ValueToInt(CVal(std::nan(""))), 0);
 }
 
-TEST(ValueReads, FloatingValueIsTruncatedTowardsZero) {
+TEST(ValueTextReadsTest, FloatingValueIsTruncatedTowardsZero) {
     EXPECT_EQ(ValueToInt(CVal(2.99)), 2);
     EXPECT_EQ(ValueToInt(CVal(-2.99)), -2);
     EXPECT_EQ(ValueToInt(CVal("2.99zł")), 2);
 }
 
-TEST(ValueReads, TextReadsAsADoubleInFull) {
+TEST(ValueTextReadsTest, TextReadsAsADoubleInFull) {
     EXPECT_EQ(ValueToDouble(CVal(" 2.5 m")), 2.5);
     EXPECT_EQ(ValueToDouble(CVal("100000000000000000000")), 1e20);
     EXPECT_EQ(ValueToDouble(CVal("9007199254740993")), 9007199254740992.0);
 }
 
-TEST(ValueReads, EveryTypeHasItsText) {
+TEST(ValueTextReadsTest, EveryTypeHasItsText) {
     EXPECT_EQ(ValueToText(CVal(true)), "1");
     EXPECT_EQ(ValueToText(CVal(false)), "0");
     EXPECT_EQ(ValueToText(CVal(short{-5})), "-5");
@@ -320,7 +320,7 @@ struct COperatorRow {
     double number;
 };
 
-TEST(OperatorText, NumbersAndMarks) {
+TEST(ValueTextOperatorTest, NumbersAndMarks) {
     constexpr COperatorRow kRows[] = {
         {"*", 1, 0},          {"$", 545, 0},    {"#", 2080, 0},   {"#12.5", 2080, 12.5},
         {"#*", 2080, 0},      {"#$", 2080, 0},  {"##5", 2080, 0}, {"**", 0, 0},
@@ -344,7 +344,7 @@ struct COperatorTextRow {
     std::string_view content;
 };
 
-TEST(OperatorText, WhatLiesBetweenQuotesIsAText) {
+TEST(ValueTextOperatorTest, WhatLiesBetweenQuotesIsAText) {
     constexpr COperatorTextRow kRows[] = {
         {"\"abc\"", 0, "abc"},     {"\"\"", 0, ""},   {"\"5\"", 0, "5"}, {"\"a\"b\"", 0, "a\"b"},
         {"#\"abc\"", 2080, "abc"}, {"\"*\"", 0, "*"}, {"\"#\"", 0, "#"}, {"\" x \"", 0, " x "},
@@ -358,7 +358,7 @@ TEST(OperatorText, WhatLiesBetweenQuotesIsAText) {
     }
 }
 
-TEST(OperatorText, EmptyTextLeavesTheValueAsItWas) {
+TEST(ValueTextOperatorTest, EmptyTextLeavesTheValueAsItWas) {
     const CVal value = Edited("");
     EXPECT_EQ(value.GetType(), 150);
     EXPECT_EQ(value.Integer(), 5);
@@ -366,13 +366,13 @@ TEST(OperatorText, EmptyTextLeavesTheValueAsItWas) {
     EXPECT_EQ(value.GetTime(), 1234);
 }
 
-TEST(OperatorText, OpensWithTheTextOfTheValue) {
+TEST(ValueTextOperatorTest, OpensWithTheTextOfTheValue) {
     EXPECT_EQ(OperatorText(CVal(12.0)), "12.00");
     EXPECT_EQ(OperatorText(CVal("abc")), "abc");
     EXPECT_EQ(OperatorText(CVal()), "");
 }
 
-TEST(OperatorText, OpensEmptyWhileTheValueIsUnknown) {
+TEST(ValueTextOperatorTest, OpensEmptyWhileTheValueIsUnknown) {
     CVal value(12.0);
     value.SetStatus(545);
     EXPECT_EQ(OperatorText(value), "");

@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ClientConnection : public testing::Test {
+class ClientConnectionTest : public testing::Test {
   protected:
     void SetUp() override {
         network.AddServer("srv", server);
@@ -43,7 +43,7 @@ class ClientConnection : public testing::Test {
     Owner second;
 };
 
-TEST_F(ClientConnection, LogsInAndIsConnected) {
+TEST_F(ClientConnectionTest, LogsInAndIsConnected) {
     EXPECT_TRUE(connection.Create(23, "srv", "Kalvex", network, nullptr));
     EXPECT_EQ(connection.GetState(), StateOpening);
     EXPECT_THAT(server.heard, IsEmpty());
@@ -54,13 +54,13 @@ TEST_F(ClientConnection, LogsInAndIsConnected) {
     EXPECT_THAT(connection.events, ElementsAre("access ", "connect"));
 }
 
-TEST_F(ClientConnection, NoWayToTheSource) {
+TEST_F(ClientConnectionTest, NoWayToTheSource) {
     NoTransports none;
     EXPECT_FALSE(connection.Create(23, "srv", "Kalvex", none, nullptr));
     EXPECT_THAT(connection.events, ElementsAre("fault 0 4109"));
 }
 
-TEST_F(ClientConnection, ServerThatComesLater) {
+TEST_F(ClientConnectionTest, ServerThatComesLater) {
     InProcessNetwork empty;
     HeardConnection waiting;
     EXPECT_TRUE(waiting.Create(23, "srv", "Kalvex", empty, nullptr));
@@ -73,7 +73,7 @@ TEST_F(ClientConnection, ServerThatComesLater) {
     EXPECT_THAT(waiting.events, ElementsAre("access ", "connect"));
 }
 
-TEST_F(ClientConnection, ServerThatRefusesIsReportedOnceARow) {
+TEST_F(ClientConnectionTest, ServerThatRefusesIsReportedOnceARow) {
     server.accepts = false;
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Deliver();
@@ -96,7 +96,7 @@ TEST_F(ClientConnection, ServerThatRefusesIsReportedOnceARow) {
     EXPECT_THAT(connection.events, ElementsAre("disconnect 4104", "fault 2 4110"));
 }
 
-TEST_F(ClientConnection, RefusedLoginIsTriedAgainAfterAMinuteOfChecks) {
+TEST_F(ClientConnectionTest, RefusedLoginIsTriedAgainAfterAMinuteOfChecks) {
     server.loginResult = {5, "brak uprawnien"};
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Deliver();
@@ -114,7 +114,7 @@ TEST_F(ClientConnection, RefusedLoginIsTriedAgainAfterAMinuteOfChecks) {
     EXPECT_EQ(connection.GetState(), StateConnected);
 }
 
-TEST_F(ClientConnection, AnotherUserIsLetInAtOnceAfterARefusal) {
+TEST_F(ClientConnectionTest, AnotherUserIsLetInAtOnceAfterARefusal) {
     server.loginResult = {5, "brak uprawnien"};
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Deliver();
@@ -127,7 +127,7 @@ TEST_F(ClientConnection, AnotherUserIsLetInAtOnceAfterARefusal) {
     EXPECT_THAT(connection.events, ElementsAre("access ", "connect"));
 }
 
-TEST_F(ClientConnection, LoginAnewOfAConnectedSource) {
+TEST_F(ClientConnectionTest, LoginAnewOfAConnectedSource) {
     Connect();
     connection.SetLoginData("ewa", "inne");
     connection.Login();
@@ -137,7 +137,7 @@ TEST_F(ClientConnection, LoginAnewOfAConnectedSource) {
     EXPECT_THAT(connection.events, ElementsAre("disconnect 4101", "access ", "connect"));
 }
 
-TEST_F(ClientConnection, BreakBeforeItWasOpenIsSilent) {
+TEST_F(ClientConnectionTest, BreakBeforeItWasOpenIsSilent) {
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Break("srv", ReasonLost);
     network.Deliver();
@@ -147,7 +147,7 @@ TEST_F(ClientConnection, BreakBeforeItWasOpenIsSilent) {
     EXPECT_EQ(connection.GetState(), StateConnected);
 }
 
-TEST_F(ClientConnection, BreakWhileLoggingInCountsAsAFailedAttempt) {
+TEST_F(ClientConnectionTest, BreakWhileLoggingInCountsAsAFailedAttempt) {
     server.answersLogin = false;
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Deliver();
@@ -158,7 +158,7 @@ TEST_F(ClientConnection, BreakWhileLoggingInCountsAsAFailedAttempt) {
     EXPECT_THAT(connection.events, ElementsAre("fault 2 4104"));
 }
 
-TEST_F(ClientConnection, BreakAndReturnSubscribeAllAgain) {
+TEST_F(ClientConnectionTest, BreakAndReturnSubscribeAllAgain) {
     connection.RegisterVariable("A", &first);
     connection.RegisterVariable("B", &first);
     connection.Subscribe();
@@ -175,7 +175,7 @@ TEST_F(ClientConnection, BreakAndReturnSubscribeAllAgain) {
 
 // ---- variables
 
-TEST_F(ClientConnection, SubscribeTellsTheServerOfWhatHasChanged) {
+TEST_F(ClientConnectionTest, SubscribeTellsTheServerOfWhatHasChanged) {
     Connect();
     connection.RegisterVariable("A", &first);
     connection.RegisterVariable("B", &first);
@@ -197,7 +197,7 @@ TEST_F(ClientConnection, SubscribeTellsTheServerOfWhatHasChanged) {
     EXPECT_EQ(connection.GetMaxVarValIndex(), 1);
 }
 
-TEST_F(ClientConnection, VariableWithAnotherOwnerStays) {
+TEST_F(ClientConnectionTest, VariableWithAnotherOwnerStays) {
     Connect();
     CVarVal& variable = connection.RegisterVariable("A", &first);
     EXPECT_EQ(&connection.RegisterVariable("A", &second), &variable);
@@ -211,7 +211,7 @@ TEST_F(ClientConnection, VariableWithAnotherOwnerStays) {
     EXPECT_EQ(connection.GetVarVal("A"), nullptr);
 }
 
-TEST_F(ClientConnection, RegisteredAgainBeforeSubscribeKeepsItsObject) {
+TEST_F(ClientConnectionTest, RegisteredAgainBeforeSubscribeKeepsItsObject) {
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
     Connect();
@@ -224,7 +224,7 @@ TEST_F(ClientConnection, RegisteredAgainBeforeSubscribeKeepsItsObject) {
     EXPECT_THAT(server.heard, IsEmpty());
 }
 
-TEST_F(ClientConnection, DroppedTwiceBeforeSubscribeGoesOnce) {
+TEST_F(ClientConnectionTest, DroppedTwiceBeforeSubscribeGoesOnce) {
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
     Connect();
@@ -237,7 +237,7 @@ TEST_F(ClientConnection, DroppedTwiceBeforeSubscribeGoesOnce) {
     EXPECT_EQ(connection.GetMaxVarValIndex(), -1);
 }
 
-TEST_F(ClientConnection, RegisteredAndDroppedBeforeSubscribeIsNeverTold) {
+TEST_F(ClientConnectionTest, RegisteredAndDroppedBeforeSubscribeIsNeverTold) {
     Connect();
     connection.RegisterVariable("A", &first);
     connection.UnRegisterVariable("A", &first);
@@ -247,7 +247,7 @@ TEST_F(ClientConnection, RegisteredAndDroppedBeforeSubscribeIsNeverTold) {
     EXPECT_EQ(connection.GetVarVal("A"), nullptr);
 }
 
-TEST_F(ClientConnection, HandleOfADroppedVariableIsNotGivenAgain) {
+TEST_F(ClientConnectionTest, HandleOfADroppedVariableIsNotGivenAgain) {
     Connect();
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
@@ -262,7 +262,7 @@ TEST_F(ClientConnection, HandleOfADroppedVariableIsNotGivenAgain) {
     EXPECT_EQ(Value("B"), "/0");
 }
 
-TEST_F(ClientConnection, UnregisteringAnUnknownVariableDoesNothing) {
+TEST_F(ClientConnectionTest, UnregisteringAnUnknownVariableDoesNothing) {
     Connect();
     connection.UnRegisterVariable("A", &first);
     connection.Subscribe();
@@ -270,7 +270,7 @@ TEST_F(ClientConnection, UnregisteringAnUnknownVariableDoesNothing) {
     EXPECT_THAT(server.heard, IsEmpty());
 }
 
-TEST_F(ClientConnection, ValuesArriveInPlace) {
+TEST_F(ClientConnectionTest, ValuesArriveInPlace) {
     connection.RegisterVariable("A", &first);
     connection.RegisterVariable("B", &first);
     connection.Subscribe();
@@ -286,7 +286,7 @@ TEST_F(ClientConnection, ValuesArriveInPlace) {
     EXPECT_THAT(connection.events, ElementsAre("data"));
 }
 
-TEST_F(ClientConnection, DataOfASubscriptionInPiecesArriveAtTheLast) {
+TEST_F(ClientConnectionTest, DataOfASubscriptionInPiecesArriveAtTheLast) {
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
     Connect();
@@ -298,7 +298,7 @@ TEST_F(ClientConnection, DataOfASubscriptionInPiecesArriveAtTheLast) {
     EXPECT_THAT(connection.events, ElementsAre("data"));
 }
 
-TEST_F(ClientConnection, BreakMarksTheValues) {
+TEST_F(ClientConnectionTest, BreakMarksTheValues) {
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
     Connect();
@@ -311,7 +311,7 @@ TEST_F(ClientConnection, BreakMarksTheValues) {
     EXPECT_EQ(Value("A"), "12.50/19");
 }
 
-TEST_F(ClientConnection, AccessErrorsNameTheVariable) {
+TEST_F(ClientConnectionTest, AccessErrorsNameTheVariable) {
     connection.RegisterVariable("A", &first);
     connection.RegisterVariable("B", &first);
     connection.Subscribe();
@@ -321,7 +321,7 @@ TEST_F(ClientConnection, AccessErrorsNameTheVariable) {
     EXPECT_THAT(connection.events, ElementsAre("no access A 0", "no access B 7"));
 }
 
-TEST_F(ClientConnection, DefinitionsAreKeptAndReplacedInPlace) {
+TEST_F(ClientConnectionTest, DefinitionsAreKeptAndReplacedInPlace) {
     Connect();
     EXPECT_EQ(connection.GetVarDefInfo("A"), nullptr);
     server.Send(VariableDefinitions{{{"A", {{"un", "m3"}, {"at", "6"}}}}, false});
@@ -341,7 +341,7 @@ TEST_F(ClientConnection, DefinitionsAreKeptAndReplacedInPlace) {
     EXPECT_EQ(definition->GetText("un"), "bar");
 }
 
-TEST_F(ClientConnection, VariableListIsHadWithoutAConnection) {
+TEST_F(ClientConnectionTest, VariableListIsHadWithoutAConnection) {
     server.definitions = {{"B", {{"nd", "Be"}}}, {"A", {}}};
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     CObjInfoList list;
@@ -355,7 +355,7 @@ TEST_F(ClientConnection, VariableListIsHadWithoutAConnection) {
     EXPECT_FALSE(connection.LoadVarDefList(list));
 }
 
-TEST_F(ClientConnection, ReportChangesAndLogLinesArePassedOn) {
+TEST_F(ClientConnectionTest, ReportChangesAndLogLinesArePassedOn) {
     Connect();
     server.Send(ReportChange{KindDay, 1710025200});
     server.Send(LogMessage{2, 1710050400, "linia"});
@@ -364,7 +364,7 @@ TEST_F(ClientConnection, ReportChangesAndLogLinesArePassedOn) {
                 ElementsAre("report changed 3 1710025200", "log 2 1710050400 linia"));
 }
 
-TEST_F(ClientConnection, NothingIsTakenBeforeTheLogin) {
+TEST_F(ClientConnectionTest, NothingIsTakenBeforeTheLogin) {
     server.answersLogin = false;
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Deliver();

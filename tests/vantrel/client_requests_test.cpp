@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ClientRequests : public testing::Test {
+class ClientRequestsTest : public testing::Test {
   protected:
     void SetUp() override {
         network.AddServer("srv", server);
@@ -54,7 +54,7 @@ class ClientRequests : public testing::Test {
     Owner owner;
 };
 
-TEST_F(ClientRequests, AddQueuesAndMakeSends) {
+TEST_F(ClientRequestsTest, AddQueuesAndMakeSends) {
     connection.AddDataRequest(KindHour, "A", 100, 100, nullptr, window, &owner);
     connection.AddDataRequest(KindHour, "B", 200, 300, &list, window, &owner);
     connection.AddDataRequest(KindDay, "A", 400, 400, nullptr, window, &owner);
@@ -70,7 +70,7 @@ TEST_F(ClientRequests, AddQueuesAndMakeSends) {
     EXPECT_THAT(server.heard, ElementsAre("read 3:3A[400..400]"));
 }
 
-TEST_F(ClientRequests, SingleAnswer) {
+TEST_F(ClientRequestsTest, SingleAnswer) {
     const RequestId id = Read(KindHour, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
     network.Deliver();
@@ -78,14 +78,14 @@ TEST_F(ClientRequests, SingleAnswer) {
     EXPECT_THAT(window.contexts, ElementsAre(&owner));
 }
 
-TEST_F(ClientRequests, SingleAnswerWithoutAValueHasFailed) {
+TEST_F(ClientRequestsTest, SingleAnswerWithoutAValueHasFailed) {
     const RequestId id = Read(KindMonth, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {}, true});
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("4V 1 /0"));
 }
 
-TEST_F(ClientRequests, RangeInPiecesReachesTheListAtTheLast) {
+TEST_F(ClientRequestsTest, RangeInPiecesReachesTheListAtTheLast) {
     const RequestId id = Read(KindArchive, 100, 300, &list);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.0), At(200, 2.0)}, false});
     network.Deliver();
@@ -97,7 +97,7 @@ TEST_F(ClientRequests, RangeInPiecesReachesTheListAtTheLast) {
     EXPECT_EQ(list.Get(2)->GetTime(), 300);
 }
 
-TEST_F(ClientRequests, RangeTakesThePlaceOfWhatTheListHeld) {
+TEST_F(ClientRequestsTest, RangeTakesThePlaceOfWhatTheListHeld) {
     list.Add(CVal(99));
     const RequestId id = Read(KindSpan, 100, 300, &list);
     server.Send(ReadAnswer{id, ResultOk, {}, true});
@@ -105,7 +105,7 @@ TEST_F(ClientRequests, RangeTakesThePlaceOfWhatTheListHeld) {
     EXPECT_THAT(window.answers, ElementsAre("5V 0 []"));
 }
 
-TEST_F(ClientRequests, RangeThatFailsOnTheWayLeavesTheListAlone) {
+TEST_F(ClientRequestsTest, RangeThatFailsOnTheWayLeavesTheListAlone) {
     const RequestId id = Read(KindArchive, 100, 300, &list);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.0)}, false});
     server.Send(ReadAnswer{id, ResultServerFault, {}, true});
@@ -113,7 +113,7 @@ TEST_F(ClientRequests, RangeThatFailsOnTheWayLeavesTheListAlone) {
     EXPECT_THAT(window.answers, ElementsAre("6V 5 []"));
 }
 
-TEST_F(ClientRequests, CancelledRequestIsNotAnswered) {
+TEST_F(ClientRequestsTest, CancelledRequestIsNotAnswered) {
     const RequestId id = Read(KindHour, 100, 100);
     connection.CancelDataRequest(KindHour, id);
     network.Deliver();
@@ -123,7 +123,7 @@ TEST_F(ClientRequests, CancelledRequestIsNotAnswered) {
     EXPECT_THAT(window.answers, IsEmpty());
 }
 
-TEST_F(ClientRequests, CancelBeforeMakeSendsNothing) {
+TEST_F(ClientRequestsTest, CancelBeforeMakeSendsNothing) {
     const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window, &owner);
     connection.CancelDataRequest(KindHour, id);
     connection.MakeDataRequest(KindHour);
@@ -131,7 +131,7 @@ TEST_F(ClientRequests, CancelBeforeMakeSendsNothing) {
     EXPECT_THAT(server.heard, IsEmpty());
 }
 
-TEST_F(ClientRequests, CancelOfAnAnsweredRequestSendsNothing) {
+TEST_F(ClientRequestsTest, CancelOfAnAnsweredRequestSendsNothing) {
     const RequestId id = Read(KindHour, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
     network.Deliver();
@@ -142,7 +142,7 @@ TEST_F(ClientRequests, CancelOfAnAnsweredRequestSendsNothing) {
 }
 
 // The server hears of so many at a time; an answer or a cancellation lets the next one through.
-TEST_F(ClientRequests, VeryManyReadsAreHeldBack) {
+TEST_F(ClientRequestsTest, VeryManyReadsAreHeldBack) {
     for (int i = 1; i <= 503; ++i) {
         connection.AddDataRequest(KindHour, "V", i, i, nullptr, window, &owner);
     }
@@ -171,7 +171,7 @@ TEST_F(ClientRequests, VeryManyReadsAreHeldBack) {
     EXPECT_THAT(server.heard, ElementsAre("read " + std::to_string(id) + ":3V[9..9]"));
 }
 
-TEST_F(ClientRequests, BreakAnswersWhatIsOutstandingInOrder) {
+TEST_F(ClientRequestsTest, BreakAnswersWhatIsOutstandingInOrder) {
     Read(KindHour, 100, 100);
     Read(KindArchive, 100, 300, &list);
     connection.AddReportModifyRequest(KindDay, "V", 100, CVal(1.5));
@@ -184,7 +184,7 @@ TEST_F(ClientRequests, BreakAnswersWhatIsOutstandingInOrder) {
                 ElementsAre("disconnect 4104", "report not written 3V 1", "not written V 1"));
 }
 
-TEST_F(ClientRequests, DownTheReadsFailAtOnceAndTheRestIsLost) {
+TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheRestIsLost) {
     Break();
     Forget();
     connection.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
@@ -205,7 +205,7 @@ TEST_F(ClientRequests, DownTheReadsFailAtOnceAndTheRestIsLost) {
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23"));
 }
 
-TEST_F(ClientRequests, MadeWhileTheConnectionComesUpAreSentThen) {
+TEST_F(ClientRequestsTest, MadeWhileTheConnectionComesUpAreSentThen) {
     Break();
     Forget();
     connection.RegisterVariable("V", &owner);
@@ -226,7 +226,7 @@ TEST_F(ClientRequests, MadeWhileTheConnectionComesUpAreSentThen) {
                                           "read 2:2V[100..100]", "period 1:3V[200]"));
 }
 
-TEST_F(ClientRequests, FailedAttemptAnswersWhatWaitedForIt) {
+TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
     server.accepts = false;
     HeardConnection other;
     other.Create(23, "srv", "Kalvex", network, nullptr);
@@ -238,7 +238,7 @@ TEST_F(ClientRequests, FailedAttemptAnswersWhatWaitedForIt) {
     EXPECT_THAT(other.events, ElementsAre("report not written 2V 1", "fault 2 4110"));
 }
 
-TEST_F(ClientRequests, WritesOfOneKindGoTogether) {
+TEST_F(ClientRequestsTest, WritesOfOneKindGoTogether) {
     connection.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
     connection.AddReportModifyRequest(KindHour, "V", 200, CVal(2.5));
     connection.AddReportModifyRequest(KindDay, "V", 300, CVal(3.5));
@@ -251,7 +251,7 @@ TEST_F(ClientRequests, WritesOfOneKindGoTogether) {
     EXPECT_THAT(connection.events, ElementsAre("report not written 2V 9"));
 }
 
-TEST_F(ClientRequests, CurrentWriteIsAcknowledgedWithItsValue) {
+TEST_F(ClientRequestsTest, CurrentWriteIsAcknowledgedWithItsValue) {
     CVal value(5.0);
     value.SetStatus(Status::Supervisory);
     connection.AddCurrentDataModifyRequest("V", value);
@@ -264,7 +264,7 @@ TEST_F(ClientRequests, CurrentWriteIsAcknowledgedWithItsValue) {
     EXPECT_THAT(connection.events, ElementsAre("written V 5.00/32768"));
 }
 
-TEST_F(ClientRequests, RefusedCurrentWrite) {
+TEST_F(ClientRequestsTest, RefusedCurrentWrite) {
     connection.AddCurrentDataModifyRequest("V", CVal(5));
     connection.MakeCurrentDataModifyRequest();
     server.Send(ModifyResults{{{1, ResultNoAccess}}});
@@ -272,7 +272,7 @@ TEST_F(ClientRequests, RefusedCurrentWrite) {
     EXPECT_THAT(connection.events, ElementsAre("not written V 2"));
 }
 
-TEST_F(ClientRequests, ArchiveWriteCarriesTheListAsItIs) {
+TEST_F(ClientRequestsTest, ArchiveWriteCarriesTheListAsItIs) {
     list.Add(At(100, 1.5));
     list.Add(At(200, 2.5));
     connection.AddArchiveModifyRequest("V", list, TIMEW{100}, TIMEW{200});
@@ -284,7 +284,7 @@ TEST_F(ClientRequests, ArchiveWriteCarriesTheListAsItIs) {
     EXPECT_THAT(server.heard, ElementsAre("archive 1:V[100..200] 1.50/0 2.50/0"));
 }
 
-TEST_F(ClientRequests, LongArchiveGoesInSeveralWrites) {
+TEST_F(ClientRequestsTest, LongArchiveGoesInSeveralWrites) {
     for (int i = 0; i < 100001; ++i) list.Add(At(1000 + i, 0.5));
     connection.AddArchiveModifyRequest("V", list, TIMEW{1000}, TIMEW{101000});
     connection.MakeArchiveModifyRequest();
@@ -295,7 +295,7 @@ TEST_F(ClientRequests, LongArchiveGoesInSeveralWrites) {
     EXPECT_EQ(server.heard[2], "archive 3:V[101000..101000] 0.50/0");
 }
 
-TEST_F(ClientRequests, ArchiveOfLongTextsGoesInSeveralWrites) {
+TEST_F(ClientRequestsTest, ArchiveOfLongTextsGoesInSeveralWrites) {
     for (int i = 0; i < 40; ++i) {
         CVal text(std::string(60000, 'x'));
         text.SetTime(100 + i);
@@ -311,7 +311,7 @@ TEST_F(ClientRequests, ArchiveOfLongTextsGoesInSeveralWrites) {
                                    "archive 3:V[136..139]"));
 }
 
-TEST_F(ClientRequests, JournalNamesEachOperation) {
+TEST_F(ClientRequestsTest, JournalNamesEachOperation) {
     const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window, &owner);
     connection.MakeDataRequest(KindHour);
     connection.CancelDataRequest(KindHour, id);

@@ -5,7 +5,7 @@
 namespace kalvex {
 namespace {
 
-TEST(ConnectionReasons, HaveWords) {
+TEST(CodesTest, HaveWords) {
     EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress), "nieznany adres serwera");
     EXPECT_EQ(ConnectionReasonText(17), "kod 17");
 }

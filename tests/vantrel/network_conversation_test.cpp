@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class NetworkTest : public testing::Test {
+class NetworkConversationTest : public testing::Test {
   protected:
     std::unique_ptr<ClientTransport> Connect(HeardEvents& heard) {
         std::uint32_t reason = 0;
@@ -49,7 +49,7 @@ class NetworkTest : public testing::Test {
     std::unique_ptr<NetworkServer> server = world.Listen(world.ServerSettings(), acceptor);
 };
 
-TEST_F(NetworkTest, MessagesGoBothWaysInOrder) {
+TEST_F(NetworkConversationTest, MessagesGoBothWaysInOrder) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "jan", "tajne"});
     world.RunUntil(events, "login result 0 ");
@@ -69,7 +69,7 @@ TEST_F(NetworkTest, MessagesGoBothWaysInOrder) {
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
-TEST_F(NetworkTest, NothingIsDeliveredWithinACall) {
+TEST_F(NetworkConversationTest, NothingIsDeliveredWithinACall) {
     transport = Connect(events);
     transport->Open();
     EXPECT_THAT(events.heard, IsEmpty());
@@ -82,7 +82,7 @@ TEST_F(NetworkTest, NothingIsDeliveredWithinACall) {
     world.RunUntil(events, "closed 4102");
 }
 
-TEST_F(NetworkTest, RefusedLoginTravels) {
+TEST_F(NetworkConversationTest, RefusedLoginTravels) {
     acceptor.loginResult = {7, FromUtf8("złe hasło")};
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "jan", "?"});
@@ -92,7 +92,7 @@ TEST_F(NetworkTest, RefusedLoginTravels) {
     world.RunUntil(events, "closed 4103");
 }
 
-TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
+TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
     HeardConnection connection;
     connection.SetLoginData("jan", "tajne");
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
@@ -104,7 +104,7 @@ TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
     EXPECT_THAT(connection.events, ElementsAre("access ", "connect", "data"));
 }
 
-TEST_F(NetworkTest, ClientEndsWithAWordToTheServer) {
+TEST_F(NetworkConversationTest, ClientEndsWithAWordToTheServer) {
     for (const auto& [reason, heard] :
          {std::pair(ReasonClosed, "closed 4106"), std::pair(ReasonLoginChanged, "closed 4101")}) {
         Open();
@@ -114,14 +114,14 @@ TEST_F(NetworkTest, ClientEndsWithAWordToTheServer) {
     }
 }
 
-TEST_F(NetworkTest, DestroyedClientSaysFarewellAndHearsNothing) {
+TEST_F(NetworkConversationTest, DestroyedClientSaysFarewellAndHearsNothing) {
     Open();
     transport.reset();
     world.RunUntil(acceptor, "closed 4106");
     EXPECT_THAT(events.heard, IsEmpty());
 }
 
-TEST_F(NetworkTest, WhatWasSentBeforeTheEndArrives) {
+TEST_F(NetworkConversationTest, WhatWasSentBeforeTheEndArrives) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
     for (std::uint32_t count = 1; count <= 100; ++count)
@@ -132,7 +132,7 @@ TEST_F(NetworkTest, WhatWasSentBeforeTheEndArrives) {
     EXPECT_EQ(acceptor.heard[100], "last 100");
 }
 
-TEST_F(NetworkTest, ServerEndsAConversationWithItsReason) {
+TEST_F(NetworkConversationTest, ServerEndsAConversationWithItsReason) {
     Open();
     acceptor.Send(LogMessage{1, 2, "ostatnie"});
     acceptor.link->Close(ReasonLoginRefused);
@@ -142,7 +142,7 @@ TEST_F(NetworkTest, ServerEndsAConversationWithItsReason) {
     EXPECT_EQ(events.heard.front(), "log 1 2 ostatnie");
 }
 
-TEST_F(NetworkTest, ServerThatEndsTellsAllClientsAndSessions) {
+TEST_F(NetworkConversationTest, ServerThatEndsTellsAllClientsAndSessions) {
     Open();
     HeardEvents otherEvents;
     const auto other = Connect(otherEvents);
@@ -154,7 +154,7 @@ TEST_F(NetworkTest, ServerThatEndsTellsAllClientsAndSessions) {
     world.RunUntil(otherEvents, "closed 4107");
 }
 
-TEST_F(NetworkTest, ServerThatRefusesIsOneThatCannotBeReached) {
+TEST_F(NetworkConversationTest, ServerThatRefusesIsOneThatCannotBeReached) {
     acceptor.accepts = false;
     transport = Connect(events);
     EXPECT_TRUE(transport->Open());
@@ -162,7 +162,7 @@ TEST_F(NetworkTest, ServerThatRefusesIsOneThatCannotBeReached) {
     EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
 }
 
-TEST_F(NetworkTest, ConversationsAreBounded) {
+TEST_F(NetworkConversationTest, ConversationsAreBounded) {
     server.reset();
     NetworkServerSettings settings = world.ServerSettings();
     settings.conversationLimit = 1;
@@ -179,7 +179,7 @@ TEST_F(NetworkTest, ConversationsAreBounded) {
     Flush();
 }
 
-TEST_F(NetworkTest, SubscribedVariablesAreBounded) {
+TEST_F(NetworkConversationTest, SubscribedVariablesAreBounded) {
     server.reset();
     NetworkServerSettings settings = world.ServerSettings();
     settings.variableLimit = 2;
@@ -195,7 +195,7 @@ TEST_F(NetworkTest, SubscribedVariablesAreBounded) {
     EXPECT_THAT(world.log.Take(), ElementsAre("1 Klient Kalvex subskrybuje za dużo zmiennych"));
 }
 
-TEST_F(NetworkTest, TextThatIsTooLongIsLeftOutWithALogLine) {
+TEST_F(NetworkConversationTest, TextThatIsTooLongIsLeftOutWithALogLine) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
     world.RunUntil(events, "login result 0 ");
@@ -207,7 +207,7 @@ TEST_F(NetworkTest, TextThatIsTooLongIsLeftOutWithALogLine) {
 
 // ---- breaks and attempts
 
-TEST_F(NetworkTest, ClientComesBackByItselfWhenTheServerDoes) {
+TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
     Open();
     server.reset();
     world.RunUntil(events, "closed 4107");
@@ -224,7 +224,7 @@ TEST_F(NetworkTest, ClientComesBackByItselfWhenTheServerDoes) {
     Flush();
 }
 
-TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
+TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
     HeardConnection connection;
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
     connection.RegisterVariable("Z1", nullptr);
@@ -245,7 +245,7 @@ TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
     EXPECT_THAT(acceptor.heard, ElementsAre("login / Kalvex 23", "subscribe +1Z1 +2Z2"));
 }
 
-TEST_F(NetworkTest, PausesBetweenAttemptsGrowToFiveSeconds) {
+TEST_F(NetworkConversationTest, PausesBetweenAttemptsGrowToFiveSeconds) {
     // An attempt without its certificate fails at once.
     NetworkClientSettings settings = world.ClientSettings();
     settings.addresses["far"] = {.address = "localhost:1", .tls = TlsFiles{.authority = "/none"}};
@@ -272,7 +272,7 @@ TEST_F(NetworkTest, PausesBetweenAttemptsGrowToFiveSeconds) {
     transport.reset();
 }
 
-TEST_F(NetworkTest, ClosedClientRestsUntilItIsOpenedAgain) {
+TEST_F(NetworkConversationTest, ClosedClientRestsUntilItIsOpenedAgain) {
     Open();
     transport->Close(ReasonClosed);
     world.RunUntil(events, "closed 4102");
@@ -285,7 +285,7 @@ TEST_F(NetworkTest, ClosedClientRestsUntilItIsOpenedAgain) {
     EXPECT_EQ(acceptor.clients, 2);
 }
 
-TEST_F(NetworkTest, ClosingWhileOpeningIsHeardByNobody) {
+TEST_F(NetworkConversationTest, ClosingWhileOpeningIsHeardByNobody) {
     transport = Connect(events);
     transport->Open();
     transport->Close(ReasonClosed);
@@ -296,7 +296,7 @@ TEST_F(NetworkTest, ClosingWhileOpeningIsHeardByNobody) {
 
 // ---- signs of life
 
-TEST_F(NetworkTest, SilentServerCountsAsGoneAfterTenSeconds) {
+TEST_F(NetworkConversationTest, SilentServerCountsAsGoneAfterTenSeconds) {
     Open();
     Flush();
     for (int second = 0; second < 10; ++second) {
@@ -311,7 +311,7 @@ TEST_F(NetworkTest, SilentServerCountsAsGoneAfterTenSeconds) {
     world.RunUntil(events, "closed 4105");
 }
 
-TEST_F(NetworkTest, SilentClientCountsAsGoneAfterTenSeconds) {
+TEST_F(NetworkConversationTest, SilentClientCountsAsGoneAfterTenSeconds) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
     world.RunUntil(events, "login result 0 ");
@@ -325,7 +325,7 @@ TEST_F(NetworkTest, SilentClientCountsAsGoneAfterTenSeconds) {
                 ElementsAre("1 Klient Kalvex nie odpowiada - połączenie zerwane"));
 }
 
-TEST_F(NetworkTest, ServerThatNeverGreetsIsGivenUp) {
+TEST_F(NetworkConversationTest, ServerThatNeverGreetsIsGivenUp) {
     transport = Connect(events);
     transport->Open();
     for (int second = 0; second < 10; ++second) {
@@ -338,7 +338,7 @@ TEST_F(NetworkTest, ServerThatNeverGreetsIsGivenUp) {
 
 // ---- the list of variables
 
-class ListTest : public NetworkTest {
+class NetworkConversationListTest : public NetworkConversationTest {
   protected:
     // The client waits, so the server has a thread of its own.
     void Serve() {
@@ -352,7 +352,7 @@ class ListTest : public NetworkTest {
         });
         ready.get_future().wait();
     }
-    ~ListTest() override {
+    ~NetworkConversationListTest() override {
         serverLoop.Post([this] { over = true; });
         if (thread.joinable()) thread.join();
     }
@@ -366,7 +366,7 @@ class ListTest : public NetworkTest {
     std::thread thread;
 };
 
-TEST_F(ListTest, WholeListComesInTheServersOrder) {
+TEST_F(NetworkConversationListTest, WholeListComesInTheServersOrder) {
     for (int number = 0; number < 20000; ++number) {
         acceptor.definitions.push_back({"Z" + std::to_string(20000 - number), {{"un", "m3/h"}}});
     }
@@ -380,7 +380,7 @@ TEST_F(ListTest, WholeListComesInTheServersOrder) {
     EXPECT_THAT(events.heard, IsEmpty());
 }
 
-TEST_F(ListTest, EmptyListIsAListToo) {
+TEST_F(NetworkConversationListTest, EmptyListIsAListToo) {
     Serve();
     transport = Connect(events);
     list.push_back({"X", {}});
@@ -388,7 +388,7 @@ TEST_F(ListTest, EmptyListIsAListToo) {
     EXPECT_THAT(list, IsEmpty());
 }
 
-TEST_F(ListTest, RefusedListFails) {
+TEST_F(NetworkConversationListTest, RefusedListFails) {
     acceptor.lists = false;
     Serve();
     transport = Connect(events);
@@ -396,13 +396,13 @@ TEST_F(ListTest, RefusedListFails) {
     EXPECT_THAT(acceptor.heard, ElementsAre("list jan"));
 }
 
-TEST_F(ListTest, ListOfAServerThatIsNotThereFails) {
+TEST_F(NetworkConversationListTest, ListOfAServerThatIsNotThereFails) {
     server.reset();
     transport = Connect(events);
     EXPECT_FALSE(transport->LoadVariableList(login, list));
 }
 
-TEST_F(ListTest, ListOfAServerThatHangsFails) {
+TEST_F(NetworkConversationListTest, ListOfAServerThatHangsFails) {
     NetworkClientSettings settings = world.ClientSettings();
     settings.listPatience = std::chrono::milliseconds(1);
     NetworkClient hasty(settings, world.loop, world.log);
@@ -412,7 +412,7 @@ TEST_F(ListTest, ListOfAServerThatHangsFails) {
     transport.reset();
 }
 
-TEST_F(ListTest, LoginThatCannotBeSentFails) {
+TEST_F(NetworkConversationListTest, LoginThatCannotBeSentFails) {
     transport = Connect(events);
     EXPECT_FALSE(transport->LoadVariableList({1, 23, std::string(2000, 'x'), "", ""}, list));
 }

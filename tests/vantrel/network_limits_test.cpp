@@ -23,7 +23,7 @@ std::string Parcel(const ServerMessage& message) {
 }
 
 // A client at a server of ours.
-class RawClientTest : public testing::Test {
+class NetworkLimitsClientTest : public testing::Test {
   protected:
     Endpoint Local() const { return {.target = LocalSocketTarget(world.folder.Path("srv"))}; }
 
@@ -42,7 +42,7 @@ class RawClientTest : public testing::Test {
     std::unique_ptr<NetworkServer> server;
 };
 
-TEST_F(RawClientTest, ServerBeatsAfterTwoSecondsWithoutAWord) {
+TEST_F(NetworkLimitsClientTest, ServerBeatsAfterTwoSecondsWithoutAWord) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
     LogIn(raw);
@@ -53,7 +53,7 @@ TEST_F(RawClientTest, ServerBeatsAfterTwoSecondsWithoutAWord) {
     EXPECT_EQ(raw.events->Take(), Pack(Heartbeat{}));
 }
 
-TEST_F(RawClientTest, ParcelThatDoesNotDecodeEndsTheConversationWithALogLine) {
+TEST_F(NetworkLimitsClientTest, ParcelThatDoesNotDecodeEndsTheConversationWithALogLine) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
     LogIn(raw);
@@ -66,7 +66,7 @@ TEST_F(RawClientTest, ParcelThatDoesNotDecodeEndsTheConversationWithALogLine) {
         ElementsAre("1 Błąd odbioru pakietu od klienta Obcy (to nie jest komunikat protokołu)"));
 }
 
-TEST_F(RawClientTest, ParcelBeyondTheBoundEndsTheConversationWithALogLine) {
+TEST_F(NetworkLimitsClientTest, ParcelBeyondTheBoundEndsTheConversationWithALogLine) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
     LogIn(raw);
@@ -77,7 +77,7 @@ TEST_F(RawClientTest, ParcelBeyondTheBoundEndsTheConversationWithALogLine) {
                 ElementsAre("1 Błąd odbioru pakietu od klienta Obcy (komunikat jest za duży)"));
 }
 
-TEST_F(RawClientTest, ParcelFarBeyondTheBoundIsNotEvenTaken) {
+TEST_F(NetworkLimitsClientTest, ParcelFarBeyondTheBoundIsNotEvenTaken) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
     LogIn(raw);
@@ -86,7 +86,7 @@ TEST_F(RawClientTest, ParcelFarBeyondTheBoundIsNotEvenTaken) {
     world.RunUntil(acceptor, "closed 4104");
 }
 
-TEST_F(RawClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothing) {
+TEST_F(NetworkLimitsClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothing) {
     settings.outboxLimit = 1 << 20;
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
@@ -123,7 +123,7 @@ TEST_F(RawClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothing) {
     server.reset();
 }
 
-TEST_F(RawClientTest, ClientThatTakesNothingForTenSecondsIsCutOffThoughItSpeaks) {
+TEST_F(NetworkLimitsClientTest, ClientThatTakesNothingForTenSecondsIsCutOffThoughItSpeaks) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
     raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "", ""})));
@@ -147,7 +147,7 @@ TEST_F(RawClientTest, ClientThatTakesNothingForTenSecondsIsCutOffThoughItSpeaks)
                 ElementsAre("1 Klient Obcy nie odbiera komunikatów - połączenie zerwane"));
 }
 
-TEST_F(RawClientTest, WhatIsSaidBeforeTheLoginIsPassedOver) {
+TEST_F(NetworkLimitsClientTest, WhatIsSaidBeforeTheLoginIsPassedOver) {
     settings.variableLimit = 1;
     acceptor.loginResult = {1, "nie"};
     server = world.Listen(settings, acceptor);
@@ -165,7 +165,7 @@ TEST_F(RawClientTest, WhatIsSaidBeforeTheLoginIsPassedOver) {
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
-TEST_F(RawClientTest, SessionHearsWhenItsBacklogHasGone) {
+TEST_F(NetworkLimitsClientTest, SessionHearsWhenItsBacklogHasGone) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::Converse);
     raw.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "", ""})));
@@ -179,7 +179,7 @@ TEST_F(RawClientTest, SessionHearsWhenItsBacklogHasGone) {
     EXPECT_EQ(acceptor.link->Backlog(), 0u);
 }
 
-TEST_F(RawClientTest, BreakWithoutAFarewellIsALoss) {
+TEST_F(NetworkLimitsClientTest, BreakWithoutAFarewellIsALoss) {
     server = world.Listen(settings, acceptor);
     {
         RawClient raw(Local(), StreamMethod::Converse);
@@ -189,7 +189,7 @@ TEST_F(RawClientTest, BreakWithoutAFarewellIsALoss) {
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
-TEST_F(RawClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
+TEST_F(NetworkLimitsClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
     std::promise<void> arrived;
     PostedWork idle([&] { arrived.set_value(); });
     std::string error;
@@ -202,7 +202,7 @@ TEST_F(RawClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
     EXPECT_EQ(acceptor.clients, 0);
 }
 
-TEST_F(RawClientTest, ListIsAskedForWithALogin) {
+TEST_F(NetworkLimitsClientTest, ListIsAskedForWithALogin) {
     server = world.Listen(settings, acceptor);
     for (const std::string& parcel :
          {Parcel(ClientMessage(LastMessagesRequest{1})), std::string("rubbish")}) {
@@ -222,7 +222,7 @@ TEST_F(RawClientTest, ListIsAskedForWithALogin) {
                                               "(to nie jest komunikat protokołu)"));
 }
 
-TEST_F(RawClientTest, ListMayBeAnsweredLater) {
+TEST_F(NetworkLimitsClientTest, ListMayBeAnsweredLater) {
     acceptor.answersList = false;
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::ListVariables);
@@ -242,7 +242,7 @@ TEST_F(RawClientTest, ListMayBeAnsweredLater) {
     EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Orderly);
 }
 
-TEST_F(RawClientTest, ListCallerThatHasGoneIsNotAnswered) {
+TEST_F(NetworkLimitsClientTest, ListCallerThatHasGoneIsNotAnswered) {
     acceptor.answersList = false;
     server = world.Listen(settings, acceptor);
     {
@@ -259,7 +259,7 @@ TEST_F(RawClientTest, ListCallerThatHasGoneIsNotAnswered) {
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
-TEST_F(RawClientTest, ListCallersAreCountedWithTheConversations) {
+TEST_F(NetworkLimitsClientTest, ListCallersAreCountedWithTheConversations) {
     settings.conversationLimit = 1;
     server = world.Listen(settings, acceptor);
     RawClient first(Local(), StreamMethod::Converse);
@@ -273,7 +273,7 @@ TEST_F(RawClientTest, ListCallersAreCountedWithTheConversations) {
     EXPECT_THAT(acceptor.heard, testing::Not(testing::Contains("list ")));
 }
 
-TEST_F(RawClientTest, ListCallerThatSaysNothingIsGivenUp) {
+TEST_F(NetworkLimitsClientTest, ListCallerThatSaysNothingIsGivenUp) {
     server = world.Listen(settings, acceptor);
     RawClient raw(Local(), StreamMethod::ListVariables);
     raw.stream->Resume();
@@ -288,7 +288,7 @@ TEST_F(RawClientTest, ListCallerThatSaysNothingIsGivenUp) {
 }
 
 // A client of ours at a server.
-class RawServerTest : public testing::Test {
+class NetworkLimitsServerTest : public testing::Test {
   protected:
     void Open() {
         std::uint32_t reason = 0;
@@ -309,14 +309,14 @@ class RawServerTest : public testing::Test {
     RawServer raw{world.folder.Path("srv")};
 };
 
-TEST_F(RawServerTest, ClientBeatsAfterTwoSecondsWithoutAWord) {
+TEST_F(NetworkLimitsServerTest, ClientBeatsAfterTwoSecondsWithoutAWord) {
     Open();
     world.now += 2000;
     client.Check();
     EXPECT_EQ(raw.events->Take(), Pack(Heartbeat{}));
 }
 
-TEST_F(RawServerTest, ClientEndsWithAFarewellAndLeavesTheRestToTheServer) {
+TEST_F(NetworkLimitsServerTest, ClientEndsWithAFarewellAndLeavesTheRestToTheServer) {
     Open();
     transport->Close(ReasonClosed);
     EXPECT_EQ(raw.events->Take(), Pack(Farewell{4106}));
@@ -324,7 +324,7 @@ TEST_F(RawServerTest, ClientEndsWithAFarewellAndLeavesTheRestToTheServer) {
     raw.stream->Finish(StreamEnd::Orderly);
 }
 
-TEST_F(RawServerTest, MessageThatDoesNotDecodeIsLostAndTheConversationGoesOn) {
+TEST_F(NetworkLimitsServerTest, MessageThatDoesNotDecodeIsLostAndTheConversationGoesOn) {
     Open();
     raw.stream->Send("rubbish");
     raw.stream->Send(std::string(kMaxParcelBytes + 1, '\0'));
@@ -333,13 +333,13 @@ TEST_F(RawServerTest, MessageThatDoesNotDecodeIsLostAndTheConversationGoesOn) {
     EXPECT_THAT(events.heard, ElementsAre("fault 4 4108", "fault 4 4108", "report change 2 1"));
 }
 
-TEST_F(RawServerTest, ServerThatBreaksOffIsALoss) {
+TEST_F(NetworkLimitsServerTest, ServerThatBreaksOffIsALoss) {
     Open();
     raw.stream->Cancel();
     world.RunUntil(events, "closed 4104");
 }
 
-TEST_F(RawServerTest, NothingCountsBeforeTheGreeting) {
+TEST_F(NetworkLimitsServerTest, NothingCountsBeforeTheGreeting) {
     std::uint32_t reason = 0;
     transport = client.Connect("srv", events, reason);
     transport->Open();
@@ -353,7 +353,7 @@ TEST_F(RawServerTest, NothingCountsBeforeTheGreeting) {
     EXPECT_THAT(events.heard, ElementsAre("opened"));
 }
 
-TEST_F(RawServerTest, RubbishForAGreetingFailsTheAttempt) {
+TEST_F(NetworkLimitsServerTest, RubbishForAGreetingFailsTheAttempt) {
     std::uint32_t reason = 0;
     transport = client.Connect("srv", events, reason);
     transport->Open();
@@ -362,7 +362,7 @@ TEST_F(RawServerTest, RubbishForAGreetingFailsTheAttempt) {
     world.RunUntil(events, "fault 2 4108");
 }
 
-TEST_F(RawServerTest, ServerThatDoesNotReadCountsAsGone) {
+TEST_F(NetworkLimitsServerTest, ServerThatDoesNotReadCountsAsGone) {
     settings.outboxLimit = 10'000;
     NetworkClient narrow(settings, world.loop, world.log);
     std::uint32_t reason = 0;

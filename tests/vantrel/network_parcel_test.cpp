@@ -77,7 +77,7 @@ WireFault FaultOf(const google::protobuf::MessageLite& message) {
 
 // ---- client to server
 
-TEST(ClientParcelTest, LoginGoesAcross) {
+TEST(NetworkParcelClientTest, LoginGoesAcross) {
     const LoginRequest back = Carry(LoginRequest{2, 23, kText, "jan", "ta jne"});
     EXPECT_EQ(back.protocolVersion, 2);
     EXPECT_EQ(back.moduleType, 23);
@@ -86,7 +86,7 @@ TEST(ClientParcelTest, LoginGoesAcross) {
     EXPECT_EQ(back.password, "ta jne");
 }
 
-TEST(ClientParcelTest, SubscriptionGoesAcross) {
+TEST(NetworkParcelClientTest, SubscriptionGoesAcross) {
     SubscribeRequest request{{{1, "A"}, {4294967295u, kText}}, {7, 8}, 577, true};
     SubscribeRequest back = Carry(request);
     EXPECT_EQ(Describe(ClientMessage(back)), Describe(ClientMessage(request)));
@@ -97,7 +97,7 @@ TEST(ClientParcelTest, SubscriptionGoesAcross) {
     EXPECT_TRUE(Carry(SubscribeRequest{}).last);
 }
 
-TEST(ClientParcelTest, RequestsGoAcross) {
+TEST(NetworkParcelClientTest, RequestsGoAcross) {
     const ReadRequests reads{{{1, KindHour, "A", -5, 1LL << 40}, {2, KindArchive, kText, 0, 1}}};
     EXPECT_EQ(Describe(ClientMessage(Carry(reads))), Describe(ClientMessage(reads)));
     const CancelRequests cancels{{1, 2, 4294967295u}};
@@ -111,7 +111,7 @@ TEST(ClientParcelTest, RequestsGoAcross) {
     EXPECT_EQ(Carry(LastMessagesRequest{50}).count, 50u);
 }
 
-TEST(ClientParcelTest, WritesGoAcrossWithEveryTypeOfValue) {
+TEST(NetworkParcelClientTest, WritesGoAcrossWithEveryTypeOfValue) {
     ModifyRequests writes;
     for (const CVal& value : AllTypes()) writes.requests.push_back({3, KindCurrent, "A", 9, value});
     const ModifyRequests back = Carry(writes);
@@ -126,7 +126,7 @@ TEST(ClientParcelTest, WritesGoAcrossWithEveryTypeOfValue) {
     }
 }
 
-TEST(ClientParcelTest, ArchiveWriteGoesAcrossWithEveryTypeOfValue) {
+TEST(NetworkParcelClientTest, ArchiveWriteGoesAcrossWithEveryTypeOfValue) {
     const ArchiveModifyRequest back = Carry(ArchiveModifyRequest{5, kText, -1, 130, AllTypes()});
     EXPECT_EQ(back.id, 5u);
     EXPECT_EQ(back.variable, kText);
@@ -137,7 +137,7 @@ TEST(ClientParcelTest, ArchiveWriteGoesAcrossWithEveryTypeOfValue) {
 
 // ---- server to client
 
-TEST(ServerParcelTest, MessagesGoAcross) {
+TEST(NetworkParcelServerTest, MessagesGoAcross) {
     const ServerMessage messages[] = {
         LoginResult{0, ""},
         LoginResult{255, "brak " + kText},
@@ -155,7 +155,7 @@ TEST(ServerParcelTest, MessagesGoAcross) {
     }
 }
 
-TEST(ServerParcelTest, UpdatesGoAcrossWithEveryTypeOfValue) {
+TEST(NetworkParcelServerTest, UpdatesGoAcrossWithEveryTypeOfValue) {
     ValueUpdates updates;
     for (const CVal& value : AllTypes()) updates.entries.push_back({77, value});
     EXPECT_EQ(Describe(ServerMessage(Carry(updates))), Describe(ServerMessage(updates)));
@@ -163,14 +163,14 @@ TEST(ServerParcelTest, UpdatesGoAcrossWithEveryTypeOfValue) {
     EXPECT_EQ(Describe(ServerMessage(Carry(ValueUpdates{}))), "updates");
 }
 
-TEST(ServerParcelTest, NotANumberAndMinusZeroStayWhatTheyAre) {
+TEST(NetworkParcelServerTest, NotANumberAndMinusZeroStayWhatTheyAre) {
     const ValueUpdates back = Carry(ValueUpdates{{{1, CVal(std::nan(""))}, {2, CVal(-0.0)}}, true});
     EXPECT_TRUE(std::isnan(back.entries[0].value.Real()));
     EXPECT_TRUE(std::signbit(back.entries[1].value.Real()));
 }
 
 // The bytes, worked out by hand, are the contract.
-TEST(ParcelTest, BytesAreThoseOfTheContract) {
+TEST(NetworkParcelTest, BytesAreThoseOfTheContract) {
     using namespace std::string_literals;
     EXPECT_EQ(Pack(Heartbeat{}), "\x0a\x00"s);
     EXPECT_EQ(Pack(Farewell{4106}), "\x12\x03\x08\x8a\x20"s);
@@ -184,7 +184,7 @@ TEST(ParcelTest, BytesAreThoseOfTheContract) {
                             "\x08\x02\x12\x02\x96\x01\x1a\x01\x00\x22\x01\x03\x2a\x02\x0a\x01"s));
 }
 
-TEST(ParcelTest, WordsOfTheTransportGoAcross) {
+TEST(NetworkParcelTest, WordsOfTheTransportGoAcross) {
     ClientParcel fromClient;
     ASSERT_EQ(Unpack(Pack(Farewell{4101}), fromClient), WireFault::None);
     EXPECT_EQ(std::get<Farewell>(fromClient).reason, 4101u);
@@ -197,7 +197,7 @@ TEST(ParcelTest, WordsOfTheTransportGoAcross) {
     EXPECT_EQ(std::get<Greeting>(fromServer).protocolVersion, 3);
 }
 
-TEST(ParcelTest, UnknownContentIsASignOfLife) {
+TEST(NetworkParcelTest, UnknownContentIsASignOfLife) {
     ClientParcel parcel;
     EXPECT_EQ(Unpack("\x9a\x06\x01x", parcel), WireFault::None);  // field 99
     EXPECT_TRUE(std::holds_alternative<Heartbeat>(parcel));
@@ -205,7 +205,7 @@ TEST(ParcelTest, UnknownContentIsASignOfLife) {
     EXPECT_TRUE(std::holds_alternative<Heartbeat>(parcel));
 }
 
-TEST(ParcelTest, CharactersOutsideTheCodePageBecomeQuestionMarks) {
+TEST(NetworkParcelTest, CharactersOutsideTheCodePageBecomeQuestionMarks) {
     pb::ServerParcel in;
     in.mutable_log_message()->set_text("\u4e2d\u0142");
     ServerParcel parcel;
@@ -215,7 +215,7 @@ TEST(ParcelTest, CharactersOutsideTheCodePageBecomeQuestionMarks) {
 
 // ---- lists are cut into pieces
 
-TEST(ParcelTest, LongUpdatesAreCutByTheFieldLast) {
+TEST(NetworkParcelTest, LongUpdatesAreCutByTheFieldLast) {
     for (const bool last : {true, false}) {
         ValueUpdates updates;
         updates.last = last;
@@ -240,7 +240,7 @@ TEST(ParcelTest, LongUpdatesAreCutByTheFieldLast) {
     }
 }
 
-TEST(ParcelTest, EveryPieceOfAnAnswerBearsItsNumberAndOfASubscriptionItsFlags) {
+TEST(NetworkParcelTest, EveryPieceOfAnAnswerBearsItsNumberAndOfASubscriptionItsFlags) {
     ReadAnswer answer{.id = 9, .result = 0, .values = std::vector<CVal>(50000, CVal(1.5))};
     const PackedAnswer answers = Pack(ServerMessage(answer));
     ASSERT_GT(answers.parcels.size(), 1u);
@@ -275,14 +275,14 @@ TEST(ParcelTest, EveryPieceOfAnAnswerBearsItsNumberAndOfASubscriptionItsFlags) {
     EXPECT_EQ(Describe(ClientMessage(joined)), Describe(ClientMessage(request)));
 }
 
-TEST(ParcelTest, ListWithoutEntriesMakesNoParcel) {
+TEST(NetworkParcelTest, ListWithoutEntriesMakesNoParcel) {
     EXPECT_THAT(Pack(ClientMessage(ReadRequests{})).parcels, IsEmpty());
     EXPECT_THAT(Pack(ServerMessage(AccessErrors{})).parcels, IsEmpty());
 }
 
 // ---- what is beyond the bounds
 
-TEST(ParcelTest, LongestNameAndTextStillGo) {
+TEST(NetworkParcelTest, LongestNameAndTextStillGo) {
     const SubscribeRequest request{{{1, std::string(kMaxNameBytes, 'A')}}, {}, 0, true};
     EXPECT_EQ(Carry(request).added[0].name.size(), kMaxNameBytes);
     const LogMessage message{0, 0, std::string(kMaxTextBytes, 'x')};
@@ -297,7 +297,7 @@ std::vector<std::string> RefusalsOf(const ClientMessage& message, std::size_t pa
     return refusals;
 }
 
-TEST(ParcelTest, RequestBeyondTheBoundsIsAnsweredAtOnce) {
+TEST(NetworkParcelTest, RequestBeyondTheBoundsIsAnsweredAtOnce) {
     const std::string name(kMaxNameBytes + 1, 'A');
     const CVal text(std::string(kMaxTextBytes / 2 + 1, '\xb9'));  // two bytes each in UTF-8
     EXPECT_THAT(RefusalsOf(SubscribeRequest{{{1, name}, {2, "B"}}, {}, 0, true}, 1),
@@ -327,7 +327,7 @@ TEST(ParcelTest, RequestBeyondTheBoundsIsAnsweredAtOnce) {
     EXPECT_THAT(RefusalsOf(PeriodRequest{PeriodAction::Init, KindHour, name, 0}, 0), IsEmpty());
 }
 
-TEST(ParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
+TEST(NetworkParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
     const std::string long_(kMaxTextBytes + 1, 'x');
     const struct {
         ServerMessage message;
@@ -355,7 +355,7 @@ TEST(ParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
 
 // ---- what is no parcel
 
-TEST(ParcelTest, BytesThatAreNoParcelAreRefused) {
+TEST(NetworkParcelTest, BytesThatAreNoParcelAreRefused) {
     ClientParcel parcel;
     EXPECT_EQ(Unpack("\x0a", parcel), WireFault::NotAParcel);
     EXPECT_EQ(Unpack("hello", parcel), WireFault::NotAParcel);
@@ -363,7 +363,7 @@ TEST(ParcelTest, BytesThatAreNoParcelAreRefused) {
     EXPECT_EQ(Unpack(std::string(kMaxParcelBytes + 1, '\0'), parcel), WireFault::ParcelTooLarge);
 }
 
-TEST(ParcelTest, NumbersOutsideTheirRangeAreRefused) {
+TEST(NetworkParcelTest, NumbersOutsideTheirRangeAreRefused) {
     pb::ClientParcel client;
     client.mutable_login()->set_module_type(65536);
     EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::NumberOutOfRange);
@@ -384,7 +384,7 @@ TEST(ParcelTest, NumbersOutsideTheirRangeAreRefused) {
     EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::NumberOutOfRange);
 }
 
-TEST(ParcelTest, LongNamesTextsAndListsAreRefused) {
+TEST(NetworkParcelTest, LongNamesTextsAndListsAreRefused) {
     pb::ClientParcel client;
     client.mutable_login()->set_user(std::string(kMaxNameBytes + 1, 'x'));
     EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::NameTooLong);
@@ -401,7 +401,7 @@ TEST(ParcelTest, LongNamesTextsAndListsAreRefused) {
     EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::ListTooLong);
 }
 
-TEST(ParcelTest, ColumnsMustBeAsLongAsTheList) {
+TEST(NetworkParcelTest, ColumnsMustBeAsLongAsTheList) {
     pb::ServerParcel server;
     pb::Values& values = *server.mutable_read_answer()->mutable_values();
     values.set_count(2);
@@ -422,7 +422,7 @@ TEST(ParcelTest, ColumnsMustBeAsLongAsTheList) {
     EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::ColumnsDiffer);
 }
 
-TEST(ParcelTest, EmptyColumnsOfStatusAndTimeStandForZero) {
+TEST(NetworkParcelTest, EmptyColumnsOfStatusAndTimeStandForZero) {
     pb::ServerParcel in;
     pb::Values& values = *in.mutable_read_answer()->mutable_values();
     values.set_count(2);
@@ -434,7 +434,7 @@ TEST(ParcelTest, EmptyColumnsOfStatusAndTimeStandForZero) {
     EXPECT_EQ(Describe(std::get<ServerMessage>(parcel)), "answer 0 0 150:1/0@0 150:2/0@0");
 }
 
-TEST(ParcelTest, ValueMustHaveTheContentOfItsType) {
+TEST(NetworkParcelTest, ValueMustHaveTheContentOfItsType) {
     for (const int type : {120, 161, 171, 190}) {
         pb::ClientParcel client;
         client.mutable_modify_requests()->add_requests()->mutable_value()->set_type(type);
@@ -451,7 +451,7 @@ TEST(ParcelTest, ValueMustHaveTheContentOfItsType) {
     EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::ContentMissing);
 }
 
-TEST(ParcelTest, FaultsHaveWords) {
+TEST(NetworkParcelTest, FaultsHaveWords) {
     EXPECT_EQ(WireFaultText(WireFault::NotAParcel), FromUtf8("to nie jest komunikat protokołu"));
     EXPECT_EQ(WireFaultText(WireFault::ContentMissing),
               FromUtf8("wartość nie ma treści, którą zapowiada jej typ"));

@@ -14,7 +14,7 @@ constexpr LifeSigns kHeardAndSpoke{.heard = true, .spoke = true};
 constexpr LifeSigns kHeardButStuck{.heard = true, .spoke = true, .stuck = true};
 constexpr LifeSigns kSpoke{.spoke = true};
 
-TEST(PeerWatchTest, BeatIsDueAfterTwoSecondsWithoutAWord) {
+TEST(NetworkPatiencePeerWatchTest, BeatIsDueAfterTwoSecondsWithoutAWord) {
     PeerWatch watch(0);
     EXPECT_EQ(watch.Look(1000, kHeard), Due::Nothing);
     EXPECT_EQ(watch.Look(2000, kHeard), Due::Beat);
@@ -25,7 +25,7 @@ TEST(PeerWatchTest, BeatIsDueAfterTwoSecondsWithoutAWord) {
     EXPECT_EQ(watch.Look(7000, kHeard), Due::Beat);
 }
 
-TEST(PeerWatchTest, SilenceOfTenSecondsIsTheEnd) {
+TEST(NetworkPatiencePeerWatchTest, SilenceOfTenSecondsIsTheEnd) {
     PeerWatch watch(500);
     for (std::int64_t now = 1500; now < 10500; now += 1000) {
         EXPECT_EQ(watch.Look(now, kSpoke), Due::Nothing);
@@ -33,7 +33,7 @@ TEST(PeerWatchTest, SilenceOfTenSecondsIsTheEnd) {
     EXPECT_EQ(watch.Look(10500, kSpoke), Due::Silent);
 }
 
-TEST(PeerWatchTest, OneWordEndsTheSilence) {
+TEST(NetworkPatiencePeerWatchTest, OneWordEndsTheSilence) {
     PeerWatch watch(0);
     for (std::int64_t now = 1000; now < 10000; now += 1000) watch.Look(now, kSpoke);
     EXPECT_EQ(watch.Look(10000, kHeardAndSpoke), Due::Nothing);
@@ -43,7 +43,7 @@ TEST(PeerWatchTest, OneWordEndsTheSilence) {
     EXPECT_EQ(watch.Look(20000, kSpoke), Due::Silent);
 }
 
-TEST(PeerWatchTest, PeerThatTakesNothingForTenSecondsIsStuck) {
+TEST(NetworkPatiencePeerWatchTest, PeerThatTakesNothingForTenSecondsIsStuck) {
     PeerWatch watch(0);
     for (std::int64_t now = 1000; now < 10000; now += 1000) {
         EXPECT_EQ(watch.Look(now, kHeardButStuck), Due::Nothing);
@@ -51,21 +51,21 @@ TEST(PeerWatchTest, PeerThatTakesNothingForTenSecondsIsStuck) {
     EXPECT_EQ(watch.Look(10000, kHeardButStuck), Due::Stuck);
 }
 
-TEST(PeerWatchTest, PeerThatTakesSomethingIsNotStuck) {
+TEST(NetworkPatiencePeerWatchTest, PeerThatTakesSomethingIsNotStuck) {
     PeerWatch watch(0);
     for (std::int64_t now = 1000; now < 10000; now += 1000) watch.Look(now, kHeardButStuck);
     EXPECT_EQ(watch.Look(10000, kHeardAndSpoke), Due::Nothing);
     EXPECT_EQ(watch.Look(11000, kHeardButStuck), Due::Nothing);
 }
 
-TEST(PeerWatchTest, SideThatWasHeldUpItselfBlamesNobody) {
+TEST(NetworkPatiencePeerWatchTest, SideThatWasHeldUpItselfBlamesNobody) {
     PeerWatch watch(0);
     EXPECT_EQ(watch.Look(60'000, kSpoke), Due::Nothing);  // counts as 5 seconds
     EXPECT_EQ(watch.Look(64'000, kSpoke), Due::Nothing);
     EXPECT_EQ(watch.Look(65'000, kSpoke), Due::Silent);
 }
 
-TEST(RetryPauseTest, GrowsToFiveSecondsAndBeginsAnew) {
+TEST(NetworkPatienceRetryPauseTest, GrowsToFiveSecondsAndBeginsAnew) {
     RetryPause pause;
     std::vector<std::int64_t> pauses;
     for (int attempt = 0; attempt < 6; ++attempt) pauses.push_back(pause.Next());
@@ -74,7 +74,7 @@ TEST(RetryPauseTest, GrowsToFiveSecondsAndBeginsAnew) {
     EXPECT_EQ(pause.Next(), 500);
 }
 
-TEST(SteadyClockTest, NeverGoesBack) {
+TEST(NetworkPatienceSteadyClockTest, NeverGoesBack) {
     const std::int64_t before = SteadyMilliseconds();
     EXPECT_GE(SteadyMilliseconds(), before);
     EXPECT_GT(before, 0);
@@ -108,7 +108,7 @@ class Listener final : public ReceptionListener<ClientParcel> {
     std::vector<std::string> heard;
 };
 
-class ReceptionTest : public testing::Test {
+class NetworkPatienceReceptionTest : public testing::Test {
   protected:
     void SetUp() override { reception->Start(stream, listener); }
 
@@ -119,19 +119,19 @@ class ReceptionTest : public testing::Test {
         std::make_shared<Reception<ClientParcel>>(loop, 200);
 };
 
-TEST_F(ReceptionTest, StartBeginsToRead) {
+TEST_F(NetworkPatienceReceptionTest, StartBeginsToRead) {
     EXPECT_EQ(stream->resumed, 1);
     EXPECT_FALSE(reception->TakeHeard());
 }
 
-TEST_F(ReceptionTest, HeartbeatIsASignOfLifeAndNothingElse) {
+TEST_F(NetworkPatienceReceptionTest, HeartbeatIsASignOfLifeAndNothingElse) {
     EXPECT_TRUE(reception->OnParcel(Pack(Heartbeat{})));
     EXPECT_TRUE(reception->TakeHeard());
     EXPECT_FALSE(reception->TakeHeard());
     EXPECT_FALSE(loop.Run());
 }
 
-TEST_F(ReceptionTest, WhatComesInGoesToTheListenerInOrder) {
+TEST_F(NetworkPatienceReceptionTest, WhatComesInGoesToTheListenerInOrder) {
     reception->OnParcel(Pack(ClientMessage(LastMessagesRequest{1})).parcels[0]);
     reception->OnParcel("rubbish");
     reception->OnDrained();
@@ -141,7 +141,7 @@ TEST_F(ReceptionTest, WhatComesInGoesToTheListenerInOrder) {
     EXPECT_THAT(listener.heard, ElementsAre("message", "fault 1", "drained", "farewell", "ended"));
 }
 
-TEST_F(ReceptionTest, FullInboxPausesReadingUntilTheMainThreadHasBeenThere) {
+TEST_F(NetworkPatienceReceptionTest, FullInboxPausesReadingUntilTheMainThreadHasBeenThere) {
     const std::string parcel = Pack(Farewell{4106});
     bool goOn = true;
     int taken = 0;
@@ -156,7 +156,7 @@ TEST_F(ReceptionTest, FullInboxPausesReadingUntilTheMainThreadHasBeenThere) {
     EXPECT_EQ(listener.heard.size(), 40u);
 }
 
-TEST_F(ReceptionTest, ValuesWeighWhatTheyBecome) {
+TEST_F(NetworkPatienceReceptionTest, ValuesWeighWhatTheyBecome) {
     ArchiveModifyRequest request{1, "A", 0, 0, std::vector<CVal>(4)};
     const std::string parcel = Pack(ClientMessage(request)).parcels[0];
     ASSERT_LT(parcel.size(), 50u);

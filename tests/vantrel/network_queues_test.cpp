@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class HandOverTest : public testing::Test {
+class NetworkQueuesHandOverTest : public testing::Test {
   protected:
     bool Push(int number, std::size_t weight) {
         return handOver->Push([this, number] { done.push_back(number); }, weight);
@@ -31,7 +31,7 @@ class HandOverTest : public testing::Test {
     }
 };
 
-TEST_F(HandOverTest, RunsEventsInOrderOnTheMainThreadOnly) {
+TEST_F(NetworkQueuesHandOverTest, RunsEventsInOrderOnTheMainThreadOnly) {
     EXPECT_TRUE(Push(1, 10));
     EXPECT_TRUE(Push(2, 10));
     EXPECT_THAT(done, IsEmpty());
@@ -41,7 +41,7 @@ TEST_F(HandOverTest, RunsEventsInOrderOnTheMainThreadOnly) {
     EXPECT_EQ(resumed, 0);
 }
 
-TEST_F(HandOverTest, FullInboxPausesTheReaderAndResumesItOnce) {
+TEST_F(NetworkQueuesHandOverTest, FullInboxPausesTheReaderAndResumesItOnce) {
     EXPECT_TRUE(Push(1, 99));
     EXPECT_FALSE(Push(2, 1));
     EXPECT_EQ(resumed, 0);
@@ -53,14 +53,14 @@ TEST_F(HandOverTest, FullInboxPausesTheReaderAndResumesItOnce) {
     EXPECT_EQ(resumed, 1);
 }
 
-TEST_F(HandOverTest, TakesAnEventThatIsHeavierThanTheLimit) {
+TEST_F(NetworkQueuesHandOverTest, TakesAnEventThatIsHeavierThanTheLimit) {
     EXPECT_FALSE(Push(1, 1000));
     loop.Run();
     EXPECT_THAT(done, ElementsAre(1));
     EXPECT_EQ(resumed, 1);
 }
 
-TEST_F(HandOverTest, EventThatIsPushedByAnEventComesLater) {
+TEST_F(NetworkQueuesHandOverTest, EventThatIsPushedByAnEventComesLater) {
     handOver->Push(
         [this] {
             done.push_back(1);
@@ -75,7 +75,7 @@ TEST_F(HandOverTest, EventThatIsPushedByAnEventComesLater) {
     EXPECT_EQ(resumed, 1);
 }
 
-TEST_F(HandOverTest, StopDropsWhatWaitsAndWhatComes) {
+TEST_F(NetworkQueuesHandOverTest, StopDropsWhatWaitsAndWhatComes) {
     EXPECT_FALSE(Push(1, 100));
     handOver->Stop();
     EXPECT_EQ(resumed, 1);  // the reader goes on, to find the end of its stream
@@ -87,14 +87,14 @@ TEST_F(HandOverTest, StopDropsWhatWaitsAndWhatComes) {
     EXPECT_EQ(resumed, 1);
 }
 
-TEST_F(HandOverTest, StopByAnEventDropsTheEventsBehindIt) {
+TEST_F(NetworkQueuesHandOverTest, StopByAnEventDropsTheEventsBehindIt) {
     handOver->Push([this] { handOver->Stop(); }, 1);
     Push(2, 1);
     loop.Run();
     EXPECT_THAT(done, IsEmpty());
 }
 
-TEST_F(HandOverTest, StopByAnEventDropsWhatItHolds) {
+TEST_F(NetworkQueuesHandOverTest, StopByAnEventDropsWhatItHolds) {
     const auto held = std::make_shared<int>(1);
     handOver->Push([held] {}, 1);
     EXPECT_EQ(held.use_count(), 2);
@@ -103,7 +103,7 @@ TEST_F(HandOverTest, StopByAnEventDropsWhatItHolds) {
 }
 
 // A reader that pauses when told, as the carriers do.
-TEST(HandOverThreadsTest, EachReaderKeepsItsOrderAndIsNeverLeftPaused) {
+TEST(NetworkQueuesHandOverThreadsTest, EachReaderKeepsItsOrderAndIsNeverLeftPaused) {
     constexpr int kReaders = 3;
     constexpr int kEvents = 5000;
     PostedWork loop;
@@ -134,7 +134,7 @@ TEST(HandOverThreadsTest, EachReaderKeepsItsOrderAndIsNeverLeftPaused) {
     EXPECT_GT(resumes, 0);
 }
 
-TEST(HandOverThreadsTest, LoopMayGoAfterStop) {
+TEST(NetworkQueuesHandOverThreadsTest, LoopMayGoAfterStop) {
     auto loop = std::make_unique<PostedWork>();
     const auto handOver = std::make_shared<HandOver>(*loop, 50);
     std::atomic<bool> running = false;
@@ -153,7 +153,7 @@ TEST(HandOverThreadsTest, LoopMayGoAfterStop) {
     reader.join();
 }
 
-class OutboxTest : public testing::Test {
+class NetworkQueuesOutboxTest : public testing::Test {
   protected:
     Outbox::Next Take() { return outbox.Take(parcel, drained); }
 
@@ -162,7 +162,7 @@ class OutboxTest : public testing::Test {
     bool drained = false;
 };
 
-TEST_F(OutboxTest, FirstParcelWantsAWriterAndTheOthersQueue) {
+TEST_F(NetworkQueuesOutboxTest, FirstParcelWantsAWriterAndTheOthersQueue) {
     EXPECT_EQ(outbox.Add("one"), Outbox::Put::WriterNeeded);
     EXPECT_EQ(outbox.Add("two"), Outbox::Put::Queued);
     EXPECT_EQ(Take(), Outbox::Next::Parcel);
@@ -174,7 +174,7 @@ TEST_F(OutboxTest, FirstParcelWantsAWriterAndTheOthersQueue) {
     EXPECT_EQ(outbox.Add("three"), Outbox::Put::WriterNeeded);
 }
 
-TEST_F(OutboxTest, FullOutboxRefusesAndKeepsWhatItHas) {
+TEST_F(NetworkQueuesOutboxTest, FullOutboxRefusesAndKeepsWhatItHas) {
     EXPECT_EQ(outbox.Add("12345"), Outbox::Put::WriterNeeded);
     EXPECT_EQ(outbox.Add("67890"), Outbox::Put::Queued);
     EXPECT_EQ(outbox.Add("x"), Outbox::Put::Full);
@@ -186,7 +186,7 @@ TEST_F(OutboxTest, FullOutboxRefusesAndKeepsWhatItHas) {
     EXPECT_EQ(parcel, "x");
 }
 
-TEST_F(OutboxTest, EndComesBehindWhatWaits) {
+TEST_F(NetworkQueuesOutboxTest, EndComesBehindWhatWaits) {
     outbox.Add("one");
     EXPECT_EQ(outbox.Close(), Outbox::Put::Queued);
     EXPECT_EQ(outbox.Add("late"), Outbox::Put::Queued);
@@ -194,13 +194,13 @@ TEST_F(OutboxTest, EndComesBehindWhatWaits) {
     EXPECT_EQ(Take(), Outbox::Next::End);
 }
 
-TEST_F(OutboxTest, EndWantsAWriterWhenNothingWaits) {
+TEST_F(NetworkQueuesOutboxTest, EndWantsAWriterWhenNothingWaits) {
     EXPECT_EQ(outbox.Close(), Outbox::Put::WriterNeeded);
     EXPECT_EQ(Take(), Outbox::Next::End);
     EXPECT_EQ(outbox.Close(), Outbox::Put::Queued);
 }
 
-TEST_F(OutboxTest, DrainedIsToldOnceToWhoAskedForABacklog) {
+TEST_F(NetworkQueuesOutboxTest, DrainedIsToldOnceToWhoAskedForABacklog) {
     EXPECT_EQ(outbox.Backlog(), 0u);
     outbox.Add("one");
     outbox.Add("two");
@@ -218,7 +218,7 @@ TEST_F(OutboxTest, DrainedIsToldOnceToWhoAskedForABacklog) {
     EXPECT_FALSE(drained);
 }
 
-TEST_F(OutboxTest, StuckMeansThatTheWriterHasNotComeByThoughItHadWork) {
+TEST_F(NetworkQueuesOutboxTest, StuckMeansThatTheWriterHasNotComeByThoughItHadWork) {
     EXPECT_FALSE(outbox.IsStuck());
     EXPECT_FALSE(outbox.IsStuck());  // nothing to do
     outbox.Add("one");
@@ -231,7 +231,7 @@ TEST_F(OutboxTest, StuckMeansThatTheWriterHasNotComeByThoughItHadWork) {
     EXPECT_TRUE(outbox.IsStuck());
 }
 
-TEST(OutboxThreadsTest, WriterGetsAllParcelsInOrder) {
+TEST(NetworkQueuesOutboxThreadsTest, WriterGetsAllParcelsInOrder) {
     constexpr int kParcels = 20000;
     Outbox outbox(1 << 20);
     std::atomic<int> wanted = 0;  // calls for the writer that it has not followed

@@ -22,7 +22,7 @@ using testing::StartsWith;
 
 // ---- addresses
 
-TEST(AddressTest, RuntimeFolderIsTakenFromTheEnvironment) {
+TEST(NetworkSecurityAddressTest, RuntimeFolderIsTakenFromTheEnvironment) {
     ::unsetenv("SORVANE_RUNTIME_DIR");
     ::unsetenv("XDG_RUNTIME_DIR");
     EXPECT_EQ(RuntimeFolder(), "/run/sorvane");
@@ -34,7 +34,7 @@ TEST(AddressTest, RuntimeFolderIsTakenFromTheEnvironment) {
     EXPECT_EQ(RuntimeFolder(), "/run/user/7/sorvane");
 }
 
-TEST(AddressTest, LocalSocketBearsTheNameOfTheSource) {
+TEST(NetworkSecurityAddressTest, LocalSocketBearsTheNameOfTheSource) {
     EXPECT_EQ(LocalSocketPath("/run/s", FromUtf8("Kotłownia 1")), "/run/s/Kotłownia 1");
     for (const char* name : {"", ".", "..", ".hidden", "a/b"}) {
         EXPECT_EQ(LocalSocketPath("/run/s", name), "") << name;
@@ -47,7 +47,7 @@ TEST(AddressTest, LocalSocketBearsTheNameOfTheSource) {
 
 // ---- servers and clients on them
 
-class SecurityTest : public testing::Test {
+class NetworkSecurityTest : public testing::Test {
   protected:
     // What becomes of a client with these settings of the source "far".
     std::uint32_t ConnectReason(const ServerAddress& address) {
@@ -93,7 +93,7 @@ class SecurityTest : public testing::Test {
     std::unique_ptr<NetworkServer> server;
 };
 
-TEST_F(SecurityTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords) {
+TEST_F(NetworkSecurityTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords) {
     EXPECT_EQ(ConnectReason({.address = "192.0.2.1:4300"}), ReasonPlainText);
     EXPECT_EQ(ConnectReason({.address = "plant.example:4300"}), ReasonPlainText);
     EXPECT_EQ(ConnectReason({.address = "192.0.2.1:4300", .plainTextAllowed = true}), 0u);
@@ -102,7 +102,7 @@ TEST_F(SecurityTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords) {
     EXPECT_EQ(ConnectReason({.address = "[::1]:4300"}), 0u);
 }
 
-TEST_F(SecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
+TEST_F(NetworkSecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
     for (const char* address : {"nonsense", "localhost:0", "localhost:x"}) {
         EXPECT_EQ(ConnectReason({.address = address}), ReasonUnknownAddress);
     }
@@ -112,7 +112,7 @@ TEST_F(SecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
     EXPECT_EQ(reason, ReasonUnknownAddress);
 }
 
-TEST_F(SecurityTest, ServerListensBeyondThisMachineOnlyWhenToldInSoManyWords) {
+TEST_F(NetworkSecurityTest, ServerListensBeyondThisMachineOnlyWhenToldInSoManyWords) {
     settings.address = "0.0.0.0:0";
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "0.0.0.0:0: połączenie nieszyfrowane jest niedozwolone");
@@ -122,12 +122,12 @@ TEST_F(SecurityTest, ServerListensBeyondThisMachineOnlyWhenToldInSoManyWords) {
     EXPECT_GT(server->TcpPort(), 0);
 }
 
-TEST_F(SecurityTest, ServerWithoutAnAddressHasNoPort) {
+TEST_F(NetworkSecurityTest, ServerWithoutAnAddressHasNoPort) {
     server = world.Listen(settings, acceptor);
     EXPECT_EQ(server->TcpPort(), 0);
 }
 
-TEST_F(SecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
+TEST_F(NetworkSecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
     settings.address = "127.0.0.1:0";
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
@@ -135,7 +135,7 @@ TEST_F(SecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
     EXPECT_EQ(FirstEvent("localhost", {}), "opened");
 }
 
-TEST_F(SecurityTest, AddressThatIsNoneOrTakenIsAnError) {
+TEST_F(NetworkSecurityTest, AddressThatIsNoneOrTakenIsAnError) {
     settings.address = "nonsense";
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Niepoprawny adres nonsense");
@@ -150,9 +150,9 @@ TEST_F(SecurityTest, AddressThatIsNoneOrTakenIsAnError) {
 
 // ---- TLS
 
-class TlsTest : public SecurityTest {
+class NetworkSecurityTlsTest : public NetworkSecurityTest {
   protected:
-    TlsTest() {
+    NetworkSecurityTlsTest() {
         certificates.MakeAuthority("good");
         certificates.MakeAuthority("other");
         certificates.Make("server", "good");
@@ -168,25 +168,25 @@ class TlsTest : public SecurityTest {
     Certificates certificates;
 };
 
-TEST_F(TlsTest, ClientThatTrustsTheAuthorityComesIn) {
+TEST_F(NetworkSecurityTlsTest, ClientThatTrustsTheAuthorityComesIn) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
     EXPECT_EQ(FirstEvent("localhost", certificates.Files("good")), "opened");
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
-TEST_F(TlsTest, ServerThatIsNotTrustedCannotBeReached) {
+TEST_F(NetworkSecurityTlsTest, ServerThatIsNotTrustedCannotBeReached) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "fault 2 4110");
     EXPECT_THAT(world.log.Take(), ElementsAre(StartsWith("2 Brak połączenia z far (")));
 }
 
-TEST_F(TlsTest, CertificateMustBearTheNameOfTheHost) {
+TEST_F(NetworkSecurityTlsTest, CertificateMustBearTheNameOfTheHost) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.2", certificates.Files("good")), "fault 2 4110");
 }
 
-TEST_F(TlsTest, NameOfTheCertificateCanBeGiven) {
+TEST_F(NetworkSecurityTlsTest, NameOfTheCertificateCanBeGiven) {
     settings.address = "127.0.0.2:0";
     Listen(certificates.Files("", "server"));
     NetworkClientSettings clientSettings = world.ClientSettings();
@@ -201,13 +201,13 @@ TEST_F(TlsTest, NameOfTheCertificateCanBeGiven) {
     server.reset();
 }
 
-TEST_F(TlsTest, PlainClientDoesNotComeIn) {
+TEST_F(NetworkSecurityTlsTest, PlainClientDoesNotComeIn) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", {}), "fault 2 4110");
     EXPECT_EQ(acceptor.clients, 0);
 }
 
-TEST_F(TlsTest, MutualTlsRefusesAClientWithoutItsCertificate) {
+TEST_F(NetworkSecurityTlsTest, MutualTlsRefusesAClientWithoutItsCertificate) {
     certificates.Make("client", "good");
     certificates.Make("stranger", "other");
     Listen(certificates.Files("good", "server"));
@@ -217,7 +217,7 @@ TEST_F(TlsTest, MutualTlsRefusesAClientWithoutItsCertificate) {
     EXPECT_EQ(acceptor.clients, 1);
 }
 
-TEST_F(TlsTest, FileThatCannotBeReadIsNamed) {
+TEST_F(NetworkSecurityTlsTest, FileThatCannotBeReadIsNamed) {
     settings.tls = certificates.Files("", "nobody");
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Brak dostępu do pliku " + certificates.File("nobody") +
@@ -230,7 +230,7 @@ TEST_F(TlsTest, FileThatCannotBeReadIsNamed) {
 
 // ---- local sockets
 
-TEST_F(SecurityTest, LocalSocketIsForItsOwnerAlone) {
+TEST_F(NetworkSecurityTest, LocalSocketIsForItsOwnerAlone) {
     const mode_t mask = ::umask(0);
     server = world.Listen(settings, acceptor);
     EXPECT_EQ(::umask(mask), 0u);  // as it was
@@ -239,7 +239,7 @@ TEST_F(SecurityTest, LocalSocketIsForItsOwnerAlone) {
     EXPECT_FALSE(world.folder.Has("srv"));
 }
 
-TEST_F(SecurityTest, LocalSocketIsOpenToTheGroupThatIsNamed) {
+TEST_F(NetworkSecurityTest, LocalSocketIsOpenToTheGroupThatIsNamed) {
     settings.group = ::getgrgid(::getegid())->gr_name;
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
@@ -251,7 +251,7 @@ TEST_F(SecurityTest, LocalSocketIsOpenToTheGroupThatIsNamed) {
     EXPECT_FALSE(world.folder.Has("srv"));
 }
 
-TEST_F(SecurityTest, SecondServerDoesNotStealTheSocket) {
+TEST_F(NetworkSecurityTest, SecondServerDoesNotStealTheSocket) {
     server = world.Listen(settings, acceptor);
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (obsługuje je inny serwer)");
@@ -266,7 +266,7 @@ TEST_F(SecurityTest, SecondServerDoesNotStealTheSocket) {
     server.reset();
 }
 
-TEST_F(SecurityTest, SocketOfADeadServerIsReplaced) {
+TEST_F(NetworkSecurityTest, SocketOfADeadServerIsReplaced) {
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     world.folder.Path("srv").copy(address.sun_path, sizeof address.sun_path - 1);
     const int dead = ::socket(AF_UNIX, SOCK_STREAM, 0);
@@ -283,21 +283,21 @@ TEST_F(SecurityTest, SocketOfADeadServerIsReplaced) {
     server.reset();
 }
 
-TEST_F(SecurityTest, FileThatIsNoSocketIsLeftAlone) {
+TEST_F(NetworkSecurityTest, FileThatIsNoSocketIsLeftAlone) {
     world.folder.Put("srv", "dane");
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (to nie jest gniazdo)");
     EXPECT_EQ(world.folder.Get("srv"), "dane");
 }
 
-TEST_F(SecurityTest, NameThatIsNoFileIsAnError) {
+TEST_F(NetworkSecurityTest, NameThatIsNoFileIsAnError) {
     settings.source = "a/b";
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error,
               "Niepoprawna nazwa albo za długa ścieżka gniazda " + world.folder.Path() + "/a/b");
 }
 
-TEST_F(SecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
+TEST_F(NetworkSecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
     settings.source = FromUtf8("Kotłownia 1 %");
     settings.runtimeFolder = world.folder.Path("new/run");
     server = world.Listen(settings, acceptor);

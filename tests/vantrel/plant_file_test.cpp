@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-class PlantFile : public testing::Test {
+class PlantFileTest : public testing::Test {
   protected:
     // The plant with this as the content of the source "srv".
     PlantSource Source(std::string_view content) {
@@ -40,7 +40,7 @@ class PlantFile : public testing::Test {
     ZoneScope zone{"Europe/Warsaw"};
 };
 
-TEST_F(PlantFile, EmptySourceHasTheDefaults) {
+TEST_F(PlantFileTest, EmptySourceHasTheDefaults) {
     const PlantSource source = Source("");
     EXPECT_EQ(source.name, "srv");
     EXPECT_EQ(source.connectAtTick, 0);
@@ -51,13 +51,13 @@ TEST_F(PlantFile, EmptySourceHasTheDefaults) {
     EXPECT_TRUE(source.reportChanges.empty());
 }
 
-TEST_F(PlantFile, DataComeWithTheConnectionUnlessTold) {
+TEST_F(PlantFileTest, DataComeWithTheConnectionUnlessTold) {
     EXPECT_EQ(Source("\"connectAtTick\": 400").dataAtTick, 400);
     EXPECT_EQ(Source("\"dataAtTick\": 500, \"connectAtTick\": 400").dataAtTick, 500);
     EXPECT_EQ(Source("\"connectAtTick\": null").connectAtTick, std::nullopt);
 }
 
-TEST_F(PlantFile, OutagesAndReportChanges) {
+TEST_F(PlantFileTest, OutagesAndReportChanges) {
     const PlantSource source = Source(
         "\"latencyTicks\": 10, \"outages\": [{\"fromTick\": 500, \"toTick\": 800, "
         "\"reason\": 4101}, {\"fromTick\": 900}], \"reportChanges\": [{\"atTick\": 100, "
@@ -74,7 +74,7 @@ TEST_F(PlantFile, OutagesAndReportChanges) {
     EXPECT_EQ(source.reportChanges[0].time, 1710046800);
 }
 
-TEST_F(PlantFile, VariablesKeepTheOrderOfTheFile) {
+TEST_F(PlantFileTest, VariablesKeepTheOrderOfTheFile) {
     const PlantSource source = Source("\"variables\": {\"Z\": {}, \"A\": {}, \"Ł1\": {}}");
     ASSERT_EQ(source.variables.size(), 3u);
     EXPECT_EQ(source.variables[0].name, "Z");
@@ -82,14 +82,14 @@ TEST_F(PlantFile, VariablesKeepTheOrderOfTheFile) {
     EXPECT_EQ(source.variables[2].name, FromUtf8("Ł1"));
 }
 
-TEST_F(PlantFile, Attributes) {
+TEST_F(PlantFileTest, Attributes) {
     const PlantSource source =
         Source("\"variables\": {\"V\": {\"attributes\": {\"de\": \"Przepływ\", \"at\": 2}}}");
     EXPECT_THAT(source.variables[0].attributes,
                 ElementsAre(Pair("de", FromUtf8("Przepływ")), Pair("at", "2")));
 }
 
-TEST_F(PlantFile, TypeOfAValueFollowsItsForm) {
+TEST_F(PlantFileTest, TypeOfAValueFollowsItsForm) {
     const PlantSource source = Source(
         "\"variables\": {\"V\": {\"current\": [{\"value\": 13.0}, {\"value\": 1e2}, "
         "{\"value\": -7}, {\"value\": \"praca\"}, {\"value\": 1, \"type\": 160}, "
@@ -104,7 +104,7 @@ TEST_F(PlantFile, TypeOfAValueFollowsItsForm) {
                                     "190:praca/0@0", "160:1/0@0", "171:2.00/0@0", "255:/0@0"));
 }
 
-TEST_F(PlantFile, StatusTimeAndTickOfAValue) {
+TEST_F(PlantFileTest, StatusTimeAndTickOfAValue) {
     const PlantSource source = Source(
         "\"variables\": {\"V\": {\"current\": [{\"atTick\": 300, \"value\": 1, \"status\": 16, "
         "\"time\": \"2024-03-10 07:00:00\"}]}}");
@@ -114,7 +114,7 @@ TEST_F(PlantFile, StatusTimeAndTickOfAValue) {
     EXPECT_EQ(DescribeWhole(current.value), "150:1/16@1710050400");
 }
 
-TEST_F(PlantFile, StoredValuesByKindAndTime) {
+TEST_F(PlantFileTest, StoredValuesByKindAndTime) {
     PlantSource source = Source(
         "\"variables\": {\"V\": {\"hour\": [{\"time\": 7200, \"value\": 2.5}, "
         "{\"time\": 3600, \"value\": 1.5, \"status\": 128}], \"day\": [{\"time\": 1, "
@@ -129,7 +129,7 @@ TEST_F(PlantFile, StoredValuesByKindAndTime) {
     EXPECT_EQ(DescribeWhole(stored[KindArchive][4]), "150:6/0@4");
 }
 
-TEST_F(PlantFile, ErrorCodes) {
+TEST_F(PlantFileTest, ErrorCodes) {
     const PlantSource source = Source(
         "\"variables\": {\"V\": {\"accessError\": 7, \"readError\": null, \"writeError\": 9}}");
     EXPECT_EQ(source.variables[0].accessError, 7);
@@ -137,20 +137,20 @@ TEST_F(PlantFile, ErrorCodes) {
     EXPECT_EQ(source.variables[0].writeError, 9);
 }
 
-TEST_F(PlantFile, TextThatIsNoJson) {
+TEST_F(PlantFileTest, TextThatIsNoJson) {
     EXPECT_EQ(WholeError("{\n  \"sources\": {,}\n}"),
               "FILE:2: syntax error while parsing object key - unexpected ','; expected string "
               "literal");
 }
 
-TEST_F(PlantFile, FileThatIsNotThere) {
+TEST_F(PlantFileTest, FileThatIsNotThere) {
     PlantDefinition plant;
     std::string fault;
     EXPECT_FALSE(ReadPlant("/nie/ma/takiego.json", plant, fault));
     EXPECT_EQ(fault, "/nie/ma/takiego.json: No such file or directory");
 }
 
-TEST_F(PlantFile, FaultsAreNamedWithTheirLine) {
+TEST_F(PlantFileTest, FaultsAreNamedWithTheirLine) {
     EXPECT_EQ(WholeError("[]"), "FILE:1: \"plant\" must be an object");
     EXPECT_EQ(WholeError("{\"sources\":\n5}"), "FILE:2: \"sources\" must be an object");
     EXPECT_EQ(Error("\n\"latencyTick\": 5"), "FILE:2: \"latencyTick\" is no field of \"srv\"");
@@ -169,7 +169,7 @@ TEST_F(PlantFile, FaultsAreNamedWithTheirLine) {
               "FILE:1: \"reportChanges\" has an entry without \"kind\"");
 }
 
-TEST_F(PlantFile, FaultyValuesAreNamedWithTheirLine) {
+TEST_F(PlantFileTest, FaultyValuesAreNamedWithTheirLine) {
     const auto error = [this](std::string_view value) {
         return Error("\"variables\": {\"Z1.P\": {\"current\": [{\"value\": 1},\n{" +
                      std::string(value) + "}]}}");

@@ -381,7 +381,7 @@ TEST_F(SimulatedPlantTest, LoginAnewBreaksAndComesBack) {
     EXPECT_THAT(Events(), ElementsAre("disconnect 4101", "access ", "connect", "data"));
 }
 
-TEST(TickJournal, StampsTheCalls) {
+TEST(SimulatedPlantJournalTest, StampsTheCalls) {
     InProcessNetwork network;
     TickJournal journal;
     HeardConnection connection;

@@ -27,7 +27,7 @@ class HandSourceList final : public CSourceList {
     InProcessNetwork& m_network;
 };
 
-class SourceList : public testing::Test {
+class SourceListTest : public testing::Test {
   protected:
     struct Owner : CVarOwner {};
 
@@ -38,7 +38,7 @@ class SourceList : public testing::Test {
     Owner owner;
 };
 
-TEST_F(SourceList, ConnectionIsMadeOnceByName) {
+TEST_F(SourceListTest, ConnectionIsMadeOnceByName) {
     EXPECT_EQ(list.Get("srv"), nullptr);
     CClientConnection* connection = list.AddSource("srv");
     ASSERT_NE(connection, nullptr);
@@ -48,7 +48,7 @@ TEST_F(SourceList, ConnectionIsMadeOnceByName) {
     EXPECT_THAT(list.made, ElementsAre("srv"));
 }
 
-TEST_F(SourceList, SourceThatCannotBeMadeIsTriedEachTime) {
+TEST_F(SourceListTest, SourceThatCannotBeMadeIsTriedEachTime) {
     EXPECT_EQ(list.RegisterVariable("nie", "V", &owner), nullptr);
     EXPECT_EQ(list.AddSource("nie"), nullptr);
     EXPECT_THAT(list.made, ElementsAre("nie", "nie"));
@@ -57,7 +57,7 @@ TEST_F(SourceList, SourceThatCannotBeMadeIsTriedEachTime) {
     EXPECT_EQ(list.made.size(), 2u);
 }
 
-TEST_F(SourceList, RegistrationsReachTheServersWithSubscribe) {
+TEST_F(SourceListTest, RegistrationsReachTheServersWithSubscribe) {
     network.AddServer("jeden", first);
     network.AddServer("dwa", second);
     CVarVal* variable = list.RegisterVariable("jeden", "A", &owner);
@@ -76,7 +76,7 @@ TEST_F(SourceList, RegistrationsReachTheServersWithSubscribe) {
     EXPECT_EQ(second.heard.back(), "subscribe +1B");
 }
 
-TEST_F(SourceList, AllConnectionsAreCheckedAndLoggedIn) {
+TEST_F(SourceListTest, AllConnectionsAreCheckedAndLoggedIn) {
     network.AddServer("jeden", first);
     network.AddServer("dwa", second);
     list.AddSource("jeden");
