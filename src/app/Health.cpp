@@ -25,8 +25,7 @@ ScriptCondition ConditionOf(CKalvexDoc& script) {
     if (script.m_bPaused) return ScriptCondition::Stopped;
     if (!script.m_bRunning) return ScriptCondition::Idle;
     if (script.m_nCurrentLine >= script.GetLineCount()) return ScriptCondition::Finished;
-    return script.m_nErrorCode == ErrorWaiting ? ScriptCondition::Waiting
-                                               : ScriptCondition::Running;
+    return script.LastError().IsWaiting() ? ScriptCondition::Waiting : ScriptCondition::Running;
 }
 
 CHealth::CHealth(std::int64_t now) : m_tStart(now), m_arrSamples{{now, 0, 0}} {}

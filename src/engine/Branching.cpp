@@ -43,14 +43,14 @@ class ComparisonChain {
     bool Run() {
         if (!ReadComparison()) return false;
         const int first = Evaluate();
-        if (first != 0 && first != 1) return Fail();
+        if (first != 0 && first != 1) return m_document.Fail(ErrorExpression);
         bool result = first == 1;
         if (result && !EndsComparison()) return false;
         while (Connects(m_token)) {
             const bool both = m_token == "&";
             if (!ReadComparison()) return false;
             const int next = Evaluate();
-            if (next != 0 && next != 1) return Fail();
+            if (next != 0 && next != 1) return m_document.Fail(ErrorExpression);
             result = both ? result && next == 1 : result || next == 1;
             if (!EndsComparison()) return false;
         }
@@ -58,11 +58,6 @@ class ComparisonChain {
     }
 
   private:
-    bool Fail() {
-        m_document.SetError(ErrorExpression, {}, false);
-        return false;
-    }
-
     bool EndsComparison() const {
         return Is(m_token, Keyword::Goto) || Is(m_token, Keyword::Then) || Connects(m_token);
     }
@@ -104,8 +99,7 @@ class ComparisonChain {
                 return true;
             m_right += m_token;
         }
-        m_document.SetError(ErrorNoComparison, {}, false);
-        return false;
+        return m_document.Fail(ErrorNoComparison);
     }
 
     // A NOT in front of the first comparison inverts all later ones too.
@@ -136,7 +130,7 @@ class ComparisonChain {
 bool ExecuteIf(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const int elseLine = document.IfBlocks().Find(document, document.m_nCurrentLine).nElseLine;
-    if (document.m_nErrorCode != ErrorNone) return false;
+    if (document.LastError().m_nErrorCode != ErrorNone) return false;
     CVal value;
     std::string_view condition = call.rest;
     if (!EvaluateRest(document, condition, value, ValueType::Double)) {
@@ -160,8 +154,7 @@ bool ExecuteElse(StatementCall& call) {
         first = FirstKeyword(document, line);
     }
     if (first == Keyword::Endif) return true;
-    document.SetError(ErrorBadFunction, first, false);
-    return false;
+    return document.Fail(ErrorBadFunction, first);
 }
 
 bool ExecuteEndif(StatementCall&) {

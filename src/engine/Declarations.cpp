@@ -12,11 +12,6 @@ namespace {
 
 constexpr std::string_view kTimestamp = ".TIMESTAMP";
 
-bool Fail(CKalvexDoc& document, ScriptError code, std::string_view text, bool force) {
-    document.SetError(code, text, force);
-    return false;
-}
-
 // The current type of the variable is what numeric literals on the right side become.
 bool EvaluateFor(CKalvexDoc& document, CVariable& variable, std::string_view& text, CVal& out) {
     return EvaluateRest(document, text, out, variable.GetValueType(KindCurrent, 1));
@@ -61,12 +56,12 @@ bool ExecuteLocal(StatementCall& call) {
     const std::string_view sign = NextToken(call.rest);
     if (!document.CreateVariable(name, VariableLocal)) return false;
     if (sign.empty() || sign == ";") return true;
-    if (sign != "=") return Fail(document, ErrorNoAssignment, {}, false);
+    if (sign != "=") return document.Fail(ErrorNoAssignment);
     CVariable& variable = *document.Variables().Find(name);
     const std::string_view text = TrimBlanks(call.rest);
     CVal value;
     if (!EvaluateFor(document, variable, call.rest, value)) {
-        return Fail(document, ErrorExpression, text, false);
+        return document.Fail(ErrorExpression, text);
     }
     variable.SetValue(value, GetValueKind(name));
     return true;
@@ -95,12 +90,12 @@ bool ExecuteList(StatementCall& call) {
 bool ExecuteSet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     std::string_view name = NextToken(call.rest);
-    if (NextToken(call.rest) != "=") return Fail(document, ErrorNoAssignment, {}, false);
+    if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
     const std::size_t stamp = name.find(kTimestamp);
     const bool setsTime = stamp != std::string_view::npos && stamp > 0;
     if (setsTime) name = name.substr(0, stamp);
-    CVariable* variable = FindVariable(document, name);
-    if (variable == nullptr) return Fail(document, ErrorUndefinedVariable, name, true);
+    CVariable* variable = document.FindNamed(name);
+    if (variable == nullptr) return false;
     CVal value;
     if (!EvaluateFor(document, *variable, call.rest, value)) return false;
     if (setsTime) {
@@ -116,12 +111,12 @@ bool ExecuteCopy(StatementCall& call) {
     const std::string_view source = NextToken(call.rest);
     const std::string_view target = NextToken(call.rest);
     if (source.empty() || target.empty()) {
-        return Fail(document, ErrorUndefinedVariable, {}, false);
+        return document.Fail(ErrorUndefinedVariable);
     }
-    CVariable* from = FindVariable(document, source);
-    if (from == nullptr) return Fail(document, ErrorUndefinedVariable, source, true);
-    CVariable* to = FindVariable(document, target);
-    if (to == nullptr) return Fail(document, ErrorUndefinedVariable, target, true);
+    CVariable* from = document.FindNamed(source);
+    if (from == nullptr) return false;
+    CVariable* to = document.FindNamed(target);
+    if (to == nullptr) return false;
     to->CopyFrom(from, GetValueKind(source));
     return true;
 }
@@ -129,15 +124,15 @@ bool ExecuteCopy(StatementCall& call) {
 bool ExecuteSetPtr(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
-    if (NextToken(call.rest) != "=") return Fail(document, ErrorNoAssignment, {}, false);
+    if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
     CVariable* variable = FindVariable(document, name);
     if (variable == nullptr || variable->GetKind() != VariablePointer) {
-        return Fail(document, ErrorUndefinedVariable, name, true);
+        return document.FailForced(ErrorUndefinedVariable, name);
     }
     const std::string_view text = TrimBlanks(call.rest);
     CVal target;
     if (!EvaluateRest(document, call.rest, target, ValueType::Text)) {
-        return Fail(document, ErrorExpression, text, false);
+        return document.Fail(ErrorExpression, text);
     }
     static_cast<CVariablePointer*>(variable)->SetTargetName(ValueToText(target));
     return true;
@@ -149,13 +144,13 @@ bool ExecuteCreateVarList(StatementCall& call) {
     const std::string_view token = NextToken(call.rest);
     CVariable* list = FindVariable(document, name);
     if (list == nullptr || list->GetKind() != VariableList) {
-        return Fail(document, ErrorUndefinedVariable, name, true);
+        return document.FailForced(ErrorUndefinedVariable, name);
     }
     CVal pattern;
     if (!EvaluateOperand(document, token, pattern, ValueType::Text, true)) {
         const bool wild = token.find_first_of("*?") != std::string_view::npos;
         if (!wild || document.Variables().Find(BaseName(token)) != nullptr) {
-            return Fail(document, ErrorOther, token, false);
+            return document.Fail(ErrorOther, token);
         }
         pattern = CVal(token);
     }

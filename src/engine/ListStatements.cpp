@@ -11,28 +11,11 @@ namespace kalvex {
 
 namespace {
 
-CVariable* FindNamed(CKalvexDoc& document, std::string_view name) {
-    CVariable* const variable = FindVariable(document, name);
-    if (variable == nullptr) document.SetError(ErrorUndefinedVariable, name, true);
-    return variable;
-}
-
-CVariableList* FindList(CKalvexDoc& document, std::string_view name) {
-    CVariable* const variable = FindNamed(document, name);
-    if (variable == nullptr) return nullptr;
-    if (variable->GetKind() != VariableList) {
-        document.SetError(ErrorWrongKind, name, false);
-        return nullptr;
-    }
-    return static_cast<CVariableList*>(variable);
-}
-
 // An argument is one token, whatever stands behind it.
 bool ReadArgument(CKalvexDoc& document, std::string_view token, CVal& out, int wanted) {
     std::string_view text = token;
     if (EvaluateRest(document, text, out, wanted)) return true;
-    document.SetError(ErrorExpression, token, false);
-    return false;
+    return document.Fail(ErrorExpression, token);
 }
 
 bool ReadIndex(CKalvexDoc& document, std::string_view token, std::int32_t& out) {
@@ -49,21 +32,21 @@ bool ReadElement(CKalvexDoc& document, CVariableList& list, std::string_view tok
 }  // namespace
 
 bool ExecuteMoveFirst(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     if (list == nullptr) return false;
     list->MoveFirst();
     return true;
 }
 
 bool ExecuteMoveNext(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     if (list == nullptr) return false;
     list->MoveNext();
     return true;
 }
 
 bool ExecuteMoveTo(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     std::int32_t index = 0;
     if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
     list->MoveTo(index);
@@ -71,7 +54,7 @@ bool ExecuteMoveTo(StatementCall& call) {
 }
 
 bool ExecuteAdd(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     CVal element;
     if (list == nullptr || !ReadElement(call.document, *list, NextToken(call.rest), element)) {
         return false;
@@ -81,7 +64,7 @@ bool ExecuteAdd(StatementCall& call) {
 }
 
 bool ExecuteInsert(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     const std::string_view indexToken = NextToken(call.rest);
     const std::string_view elementToken = NextToken(call.rest);
     std::int32_t index = 0;
@@ -91,13 +74,12 @@ bool ExecuteInsert(StatementCall& call) {
         return false;
     }
     if (list->Insert(index, element) != 0) return true;
-    call.document.SetError(ErrorExpression, indexToken, false);
-    return false;
+    return call.document.Fail(ErrorExpression, indexToken);
 }
 
 // Removes the element under the iterator: the index has to be a valid expression and is not used.
 bool ExecuteRemove(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     std::int32_t index = 0;
     if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
     list->RemoveCurrent();
@@ -105,7 +87,7 @@ bool ExecuteRemove(StatementCall& call) {
 }
 
 bool ExecuteRemoveAll(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     if (list == nullptr) return false;
     list->RemoveAll();
     return true;
@@ -116,12 +98,9 @@ bool ExecuteSplit(StatementCall& call) {
     const std::string_view sourceName = NextToken(call.rest);
     const std::string_view separators = NextToken(call.rest);
     const std::string_view listName = NextToken(call.rest);
-    if (listName.empty()) {
-        document.SetError(ErrorArguments, "", false);
-        return false;
-    }
-    CVariable* const source = FindNamed(document, sourceName);
-    CVariableList* const list = source == nullptr ? nullptr : FindList(document, listName);
+    if (listName.empty()) return document.Fail(ErrorArguments);
+    CVariable* const source = document.FindNamed(sourceName);
+    CVariableList* const list = source == nullptr ? nullptr : document.FindList(listName);
     if (list == nullptr) return false;
 
     CVal value;

@@ -99,8 +99,7 @@ bool ExecuteSubscribe(StatementCall& call) {
     } else if (word == "START") {
         if (sources != nullptr) sources->UnblockSubscribe(false);
     } else {
-        call.document.SetError(ErrorUnknownKeyword, word, false);
-        return false;
+        return call.document.Fail(ErrorUnknownKeyword, word);
     }
     return true;
 }

@@ -19,7 +19,7 @@ CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<CScript
 
 CKalvexDoc::~CKalvexDoc() {
     ClearRunState();
-    for (std::unique_ptr<CDocumentPart>& part : m_arrParts) part.reset();
+    DestroyParts();
 }
 
 bool CKalvexDoc::Open(std::string_view path, std::string& error) {
@@ -27,7 +27,7 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
     std::string content;
     const std::string full = paths.GetFullPath(path);
     if (!ReadWholeFile(NativePath(full), content, error)) return false;
-    m_strPath = full;
+    SetPathName(full);
     m_strDocKey = paths.GetShortPath(path);
     m_pText->SetText(content);
     m_bModified = false;
@@ -35,7 +35,7 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
 }
 
 bool CKalvexDoc::Save(std::string& error) {
-    if (!WriteWholeFile(NativePath(m_strPath), m_pText->GetText(), error)) return false;
+    if (!WriteWholeFile(NativePath(GetPathName()), m_pText->GetText(), error)) return false;
     m_bModified = false;
     return true;
 }
@@ -43,7 +43,7 @@ bool CKalvexDoc::Save(std::string& error) {
 bool CKalvexDoc::Reload() {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(NativePath(m_strPath), content, error)) {
+    if (!ReadWholeFile(NativePath(GetPathName()), content, error)) {
         LogLine(" : " + FromUtf8(error), LogErrors);
         return false;
     }
@@ -62,7 +62,7 @@ int CKalvexDoc::GetStateWord() const {
 }
 
 void CKalvexDoc::LogLine(std::string_view text, int level) {
-    Services().log.Log(m_strPath + std::string(text), level);
+    Services().log.Log(GetPathName() + std::string(text), level);
 }
 
 void CKalvexDoc::FillLineCache() {
@@ -204,9 +204,7 @@ void CKalvexDoc::ClearRunState() {
     m_mapWaitFor.clear();
     m_lstCallStack.clear();
     DropLineCache();
-    for (const std::unique_ptr<CDocumentPart>& part : m_arrParts) {
-        if (part) part->ClearRunState();
-    }
+    ClearParts();
     if (m_pView != nullptr) m_pView->RefreshVariables();
     m_nCurrentLine = 0;
     m_nPriority = kDefaultPriority;

@@ -2,7 +2,6 @@
 // but their services. Everything runs on the main thread; nothing here blocks.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -13,7 +12,6 @@
 #include <vector>
 
 #include "engine/CallStack.h"
-#include "engine/DocumentPart.h"
 #include "engine/DocumentServices.h"
 #include "engine/IfBlocks.h"
 #include "engine/ScriptText.h"
@@ -27,8 +25,6 @@ enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, St
 
 // The interpreter's state that statements work on. Line numbers count from 0.
 struct CRunState {
-    int m_nErrorCode = 0;
-    std::string m_strErrorText;
     bool m_bIncludesExpanded = false;
     bool m_bRunning = false;        // runs freely; also when it has passed its last line
     bool m_bStepRequested = false;  // the next due step runs one line
@@ -65,7 +61,6 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     bool Save(std::string& error);
 
     const DocumentServices& Services() const { return m_documentServices; }
-    const std::string& GetPathName() const { return m_strPath; }  // full path, Windows-1250
     const std::string& GetDocKey() const { return m_strDocKey; }  // short path
     CScriptText& Text() { return *m_pText; }
     const CScriptText& Text() const { return *m_pText; }
@@ -93,9 +88,8 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     // Line n normalised: tabs are blanks, leading blanks gone. Valid until the next call.
     std::string_view GetLine(int n);
 
-    void SetError(int code, std::string_view text, bool force) override;
-    // Records the error and puts the script into step mode; always false, for a handler to return.
-    bool StopOnError(int code, std::string_view text);
+    // Records the error and puts the script into step mode, for a handler to return.
+    Failure StopOnError(int code, std::string_view text);
     std::string GetErrorMessage(int code) const;  // translated
     // " : Linia N - message" and " : text" if there is one.
     std::string FormatErrorReport(int line, int code, std::string_view text) const;
@@ -117,16 +111,9 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     // A remote variable for "server@variable"; a target without "@" stops the script.
     bool CreateRemoteVariable(std::string_view name, std::string_view target);
 
-    // The part of a subsystem, made at first use.
-    template <class Part, class... Arguments>
-    Part& GetPart(DocumentPart id, Arguments&&... arguments) {
-        std::unique_ptr<CDocumentPart>& slot = m_arrParts[static_cast<std::size_t>(id)];
-        if (!slot) slot = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
-        return static_cast<Part&>(*slot);
-    }
-
   private:
     bool Reload();
+    void ReportError(int level);
     void ShowLine(int line);
     void MoveMarker(int line);
     void RunFreely();
@@ -144,7 +131,6 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     const DocumentServices& m_documentServices;
     std::unique_ptr<CScriptText> m_pText;
     CScriptView* m_pView = nullptr;
-    std::string m_strPath;
     std::string m_strDocKey;
     bool m_bModified = false;
     bool m_bReadOnly = false;
@@ -154,8 +140,6 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     CIfBlocks m_ifBlocks;
     std::string m_strLineBuffer;
     std::string m_strRewrittenLine;
-    std::array<std::unique_ptr<CDocumentPart>, static_cast<std::size_t>(DocumentPart::Count)>
-        m_arrParts;
 };
 
 // First token of a line of the document, upper-cased; empty for a blank line.

@@ -32,14 +32,13 @@ void CKalvexDoc::RunFreely() {
         m_bErrorStanding = false;
     } else {
         const bool lineChanged = m_nReportedLine != m_nCurrentLine;
-        const bool errorChanged = m_nReportedError != m_nErrorCode;
-        const bool waiting = m_nErrorCode == ErrorWaiting;
+        const bool errorChanged = m_nReportedError != LastError().m_nErrorCode;
+        const bool waiting = LastError().IsWaiting();
         if (waiting ? lineChanged : lineChanged || errorChanged) {
-            LogLine(FormatErrorReport(m_nCurrentLine, m_nErrorCode, m_strErrorText),
-                    waiting ? LogEvents : LogErrors);
+            ReportError(waiting ? LogEvents : LogErrors);
         }
         m_nReportedLine = m_nCurrentLine;
-        m_nReportedError = m_nErrorCode;
+        m_nReportedError = LastError().m_nErrorCode;
         m_bErrorStanding = !waiting;
     }
     ShowLine(m_nCurrentLine);
@@ -54,11 +53,10 @@ void CKalvexDoc::RunFreely() {
 // A step reports an error only where line and code both differ from the reported ones.
 void CKalvexDoc::RunOneStep() {
     if (!ExecuteLine()) {
-        if (m_nReportedLine != m_nCurrentLine && m_nReportedError != m_nErrorCode) {
-            LogLine(FormatErrorReport(m_nCurrentLine, m_nErrorCode, m_strErrorText), LogErrors);
-        }
+        const int code = LastError().m_nErrorCode;
+        if (m_nReportedLine != m_nCurrentLine && m_nReportedError != code) ReportError(LogErrors);
         m_nReportedLine = m_nCurrentLine;
-        m_nReportedError = m_nErrorCode;
+        m_nReportedError = code;
     }
     ShowLine(m_nCurrentLine);
     if (!m_bControlAllowed && Services().console != nullptr) {
@@ -68,6 +66,11 @@ void CKalvexDoc::RunOneStep() {
     m_bErrorStanding = false;
     m_bStepRequested = false;
     if (m_pView != nullptr) m_pView->RefreshVariables();
+}
+
+void CKalvexDoc::ReportError(int level) {
+    const ErrorSlot& error = LastError();
+    LogLine(FormatErrorReport(m_nCurrentLine, error.m_nErrorCode, error.m_strErrorText), level);
 }
 
 void CKalvexDoc::ShowLine(int line) {
@@ -92,7 +95,7 @@ bool CKalvexDoc::ExecuteLine() {
     }
     bool keepLine = false;
     const bool succeeded = RunStatement(line, keepLine);
-    if (!succeeded && m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
+    if (!succeeded && LastError().m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
     if (Services().counts != nullptr) CountLine(*Services().counts, succeeded);
     if (succeeded && !keepLine) CompleteLine();
     return succeeded;
@@ -101,7 +104,7 @@ bool CKalvexDoc::ExecuteLine() {
 void CKalvexDoc::CountLine(RunCounts& counts, bool succeeded) const {
     ++counts.lines;
     if (succeeded) return;
-    ++(m_nErrorCode == ErrorWaiting ? counts.waits : counts.errors);
+    ++(LastError().IsWaiting() ? counts.waits : counts.errors);
 }
 
 bool CKalvexDoc::RunStatement(std::string_view line, bool& keepLine) {
@@ -111,10 +114,7 @@ bool CKalvexDoc::RunStatement(std::string_view line, bool& keepLine) {
     if (word.starts_with(':')) return true;
     const StatementRow* row = Services().statements.Find(word);
     if (m_bInProcedureSkip && word != Keyword::Procedure) return SkipProcedureLine(*this, word);
-    if (row == nullptr) {
-        SetError(ErrorUnknownKeyword, word, false);
-        return false;
-    }
+    if (row == nullptr) return Fail(ErrorUnknownKeyword, word);
     StatementCall call{*this, row->keyword, rest, false};
     const bool succeeded = row->handler(call);
     keepLine = call.keepLine;
@@ -131,17 +131,10 @@ void CKalvexDoc::CompleteLine() {
     }
 }
 
-void CKalvexDoc::SetError(int code, std::string_view text, bool force) {
-    if (!force && m_nErrorCode != ErrorNone && m_nErrorCode != ErrorOther) return;
-    m_nErrorCode = code;
-    m_strErrorText = text;
-}
-
-bool CKalvexDoc::StopOnError(int code, std::string_view text) {
-    SetError(code, text, false);
+Failure CKalvexDoc::StopOnError(int code, std::string_view text) {
     m_bRunning = false;
     m_bPaused = true;
-    return false;
+    return Fail(code, text);
 }
 
 std::string CKalvexDoc::GetErrorMessage(int code) const {

@@ -13,8 +13,7 @@ bool ExecuteStatusChange(StatementCall& call) {
     std::string_view text = line;
     CVal changed;
     if (EvaluateRest(call.document, text, changed, ValueType::Int)) return true;
-    call.document.SetError(ErrorExpression, TrimBlanks(call.rest), true);
-    return false;
+    return call.document.FailForced(ErrorExpression, TrimBlanks(call.rest));
 }
 
 }  // namespace kalvex

@@ -1,5 +1,4 @@
-// Handlers of what a script does on its own machine; the tables of language/ name them. A
-// function's script is a document.
+// Handlers of what a script does on its own machine; the tables of language/ name them.
 #pragma once
 
 #include "engine/Statement.h"

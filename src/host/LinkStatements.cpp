@@ -18,8 +18,8 @@ constexpr std::uint32_t kDefaultTimeout = 5000;
 constexpr std::uint32_t kFtpPort = 21;
 constexpr std::uint32_t kHttpPort = 80;
 
-CLinkTests& TestsOf(CKalvexDoc& document) {
-    return document.GetPart<CLinkTests>(DocumentPart::LinkTests, document.Services());
+CLinkTests& TestsOf(CScriptContext& script) {
+    return script.GetPart<CLinkTests>(DocumentPart::LinkTests, script.Services());
 }
 
 // Behind the colon at position 1 or later; npos where there is none.
@@ -40,33 +40,32 @@ std::uint32_t ReadMilliseconds(std::string_view text) {
     return static_cast<std::uint32_t>(number);
 }
 
-bool ReadText(CKalvexDoc& document, std::string_view token, std::string& out) {
+bool ReadText(CScriptContext& script, std::string_view token, std::string& out) {
     CVal value;
-    if (!EvaluateOperand(document, token, value, ValueType::Text, true)) return false;
+    if (!EvaluateOperand(script, token, value, ValueType::Text, true)) return false;
     out = ValueToText(value);
     return true;
 }
 
 // A parameter that is not there leaves the default.
-bool ReadOptionalText(CKalvexDoc& document, std::string_view token, std::string& out) {
-    return token.empty() || ReadText(document, token, out);
+bool ReadOptionalText(CScriptContext& script, std::string_view token, std::string& out) {
+    return token.empty() || ReadText(script, token, out);
 }
 
-bool ReadOptionalPort(CKalvexDoc& document, std::string_view token, std::uint32_t& out) {
+bool ReadOptionalPort(CScriptContext& script, std::string_view token, std::uint32_t& out) {
     if (token.empty()) return true;
     CVal value;
-    if (!EvaluateOperand(document, token, value, ValueType::Int, true)) return false;
+    if (!EvaluateOperand(script, token, value, ValueType::Int, true)) return false;
     out = static_cast<std::uint32_t>(ValueToInt(value));
     return true;
 }
 
 FunctionResult TakeResult(FunctionCall& call, LinkKind kind, bool cutsPort) {
-    auto& document = static_cast<CKalvexDoc&>(call.document);
     std::string address;
-    if (!ReadText(document, call.arguments[0], address)) return FunctionResult::Failed;
+    if (!ReadText(call.script, call.arguments[0], address)) return FunctionResult::Failed;
     const std::size_t colon = FindColon(address);
     if (cutsPort && colon != std::string::npos) address.resize(colon);
-    call.out = CVal(TestsOf(document).TakeResult(kind, address));
+    call.out = CVal(TestsOf(call.script).TakeResult(kind, address));
     return FunctionResult::Done;
 }
 

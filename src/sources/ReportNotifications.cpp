@@ -30,6 +30,14 @@ bool Enable(StatementCall& call, bool enable) {
     return true;
 }
 
+// The record that a function's arguments name; null when nothing was ever enabled.
+CNotifyRecord* RecordOf(FunctionCall& call) {
+    auto* notifications =
+        call.script.FindPart<CReportNotifications>(DocumentPart::ReportNotifications);
+    if (notifications == nullptr) return nullptr;
+    return notifications->Find(ReportKind(call.arguments[0]), call.arguments[1]);
+}
+
 }  // namespace
 
 CReportNotifications& CReportNotifications::Of(CKalvexDoc& document) {
@@ -77,8 +85,7 @@ bool ExecuteDisableNotify(StatementCall& call) {
 }
 
 FunctionResult Notify(FunctionCall& call) {
-    CNotifyRecord* record = CReportNotifications::Of(static_cast<CKalvexDoc&>(call.document))
-                                .Find(ReportKind(call.arguments[0]), call.arguments[1]);
+    CNotifyRecord* record = RecordOf(call);
     std::int64_t time = 0;
     if (record != nullptr && record->bEnabled && !record->arrTimes.empty()) {
         time = record->arrTimes.front();
@@ -89,8 +96,7 @@ FunctionResult Notify(FunctionCall& call) {
 }
 
 FunctionResult NotifyQueueCount(FunctionCall& call) {
-    const CNotifyRecord* record = CReportNotifications::Of(static_cast<CKalvexDoc&>(call.document))
-                                      .Find(ReportKind(call.arguments[0]), call.arguments[1]);
+    const CNotifyRecord* record = RecordOf(call);
     call.out = CVal(record == nullptr ? 0 : static_cast<int>(record->arrTimes.size()));
     return FunctionResult::Done;
 }

@@ -44,14 +44,7 @@ bool IsReport(ValueKind kind) {
 
 CVariable* TakeVariable(StatementCall& call, std::string_view& name) {
     name = NextToken(call.rest);
-    CVariable* variable = FindVariable(call.document, name);
-    if (variable == nullptr) call.document.SetError(ErrorUndefinedVariable, name, true);
-    return variable;
-}
-
-bool FailKeyword(CKalvexDoc& document, std::string_view word) {
-    document.SetError(ErrorUnknownKeyword, word, false);
-    return false;
+    return call.document.FindNamed(name);
 }
 
 // Where a statement's parameters lead: the time of the report, and where its value stands.
@@ -95,8 +88,7 @@ bool ReadNamedValue(CKalvexDoc& document, CVariable& variable, std::string_view 
     if (EvaluateOperand(document, name, value, variable.GetValueType(KindCurrent, 1), true)) {
         return true;
     }
-    document.SetError(ErrorBadVariableName, name, false);
-    return false;
+    return document.Fail(ErrorBadVariableName, name);
 }
 
 // A text whose first and last character are taken for its quotes.
@@ -121,7 +113,7 @@ bool ExecuteGet(StatementCall& call) {
     }
     const ValueKind kind = KindFromWord(word);
     if (kind == KindCurrent) return true;
-    if (!IsReport(kind)) return FailKeyword(document, word);
+    if (!IsReport(kind)) return document.Fail(ErrorUnknownKeyword, word);
     const ReportTokens tokens(call.rest, SignsOf(kind).get);
     Period period;
     if (!LocatePeriod(document, tokens, kind, 0, period)) return false;
@@ -144,7 +136,7 @@ bool ExecutePut(StatementCall& call) {
     }
     const ValueKind kind = KindFromWord(word);
     if (kind == KindCurrent) return true;
-    if (!IsReport(kind)) return FailKeyword(document, word);
+    if (!IsReport(kind)) return document.Fail(ErrorUnknownKeyword, word);
     const ReportTokens tokens(call.rest, SignsOf(kind).put);
     Period period;
     if (!LocatePeriod(document, tokens, kind, 1, period)) return false;
@@ -201,7 +193,7 @@ bool AskForWork(StatementCall& call, std::span<const WorkRow> rows, PeriodOperat
     const ValueKind kind = KindFromWord(word);
     const auto row = std::find_if(rows.begin(), rows.end(),
                                   [kind](const WorkRow& work) { return work.kind == kind; });
-    if (row == rows.end()) return FailKeyword(call.document, word);
+    if (row == rows.end()) return call.document.Fail(ErrorUnknownKeyword, word);
     if (row->asked == KindNone) return true;
     const ReportTokens tokens(call.rest, SignsOf(kind).init);
     std::int64_t time = 0;

@@ -19,7 +19,7 @@ bool ExecuteInitCalc(StatementCall& call);
 bool ExecuteMGet(StatementCall& call);
 bool ExecuteMPut(StatementCall& call);
 
-// Report change notifications. The functions need a CKalvexDoc as the document of their call.
+// Report change notifications
 bool ExecuteEnableNotify(StatementCall& call);
 bool ExecuteDisableNotify(StatementCall& call);
 FunctionResult Notify(FunctionCall& call);

@@ -14,11 +14,6 @@ class ArchiveValues final : public CDocumentPart {
     CArchiveValueList m_List;
 };
 
-bool Fail(CKalvexDoc& document, ScriptError code, std::string_view text, bool force) {
-    document.SetError(code, text, force);
-    return false;
-}
-
 bool IsSetKind(ValueKind kind) {
     return kind >= KindHour && kind <= KindArchive;
 }
@@ -35,36 +30,20 @@ CVariable* TakeRemote(StatementCall& call) {
              static_cast<CVariablePointer*>(variable)->GetTargetKind() == VariableRemote);
         if (remote) return variable;
     }
-    Fail(call.document, ErrorUndefinedVariable, name, true);
-    return nullptr;
-}
-
-CVariableList* TakeList(StatementCall& call) {
-    const std::string_view name = NextToken(call.rest);
-    CVariable* variable = FindVariable(call.document, name);
-    if (variable == nullptr) {
-        Fail(call.document, ErrorUndefinedVariable, name, true);
-        return nullptr;
-    }
-    if (variable->GetKind() != VariableList) {
-        Fail(call.document, ErrorWrongKind, name, false);
-        return nullptr;
-    }
-    return static_cast<CVariableList*>(variable);
+    return call.document.FailForced(ErrorUndefinedVariable, name);
 }
 
 // Reading a date leaves nothing in the error slot.
 bool TakeDate(CKalvexDoc& document, std::string_view& rest, std::int64_t& time) {
     const std::string_view text = TrimBlanks(rest);
-    const int code = document.m_nErrorCode;
-    const std::string words = document.m_strErrorText;
+    const ErrorSlot before = document.LastError();
     const bool read = ParseDateFields(document, rest, time);
-    document.SetError(code, words, true);
-    return read || Fail(document, ErrorText, text, false);
+    document.SetError(before.m_nErrorCode, before.m_strErrorText, true);
+    return read || document.Fail(ErrorText, text);
 }
 
 bool CopyAnswer(StatementCall& call, CVariable& variable) {
-    CVariableList* list = TakeList(call);
+    CVariableList* list = call.document.FindList(NextToken(call.rest));
     if (list == nullptr) return false;
     const std::int64_t from = variable.GetRequestStart();
     const std::int64_t to = variable.GetRequestEnd();
@@ -87,13 +66,13 @@ bool ExecuteMGet(StatementCall& call) {
     const std::string_view type = NextToken(call.rest);
     if (type == "GETDATA") return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
+    if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
     const std::string_view fromWord = NextToken(call.rest);
-    if (fromWord != "FROM") return Fail(document, ErrorUnknownKeyword, fromWord, false);
+    if (fromWord != "FROM") return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t from = 0;
     if (!TakeDate(document, call.rest, from)) return false;
     // The error names the statement's third word, whatever stands in place of TO.
-    if (NextToken(call.rest) != "TO") return Fail(document, ErrorUnknownKeyword, fromWord, false);
+    if (NextToken(call.rest) != "TO") return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t to = 0;
     if (!TakeDate(document, call.rest, to)) return false;
     variable->RequestRange(kind, from, to);
@@ -106,8 +85,8 @@ bool ExecuteMPut(StatementCall& call) {
     if (variable == nullptr) return false;
     const std::string_view type = NextToken(call.rest);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
-    CVariableList* list = TakeList(call);
+    if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
+    CVariableList* list = call.document.FindList(NextToken(call.rest));
     if (list == nullptr) return false;
     CArchiveValueList& archive =
         document.GetPart<ArchiveValues>(DocumentPart::ArchiveValues).m_List;

@@ -92,7 +92,7 @@ class World final : public ScriptWorld {
         for (const auto& document : documents) {
             for (const int number :
                  {document->GetStateWord(), document->m_nCurrentLine, document->m_nPriority,
-                  document->m_nPaceCounter, document->m_nErrorCode}) {
+                  document->m_nPaceCounter, document->LastError().m_nErrorCode}) {
                 state += ' ' + std::to_string(number);
             }
             state += ';';

@@ -52,8 +52,9 @@ void ScriptWorld::Tick(int count) {
 }
 
 std::string ScriptWorld::Error(const CKalvexDoc& document) {
-    std::string text = std::to_string(document.m_nErrorCode);
-    if (!document.m_strErrorText.empty()) text += " " + ToUtf8(document.m_strErrorText);
+    std::string text = std::to_string(document.LastError().m_nErrorCode);
+    if (!document.LastError().m_strErrorText.empty())
+        text += " " + ToUtf8(document.LastError().m_strErrorText);
     return text;
 }
 

@@ -93,7 +93,7 @@ TEST_F(RunNetwork, ScriptReadsAndWritesAVariableOfAServer) {
     MakeRun();
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a + 1\nSET a = x\nLOCAL koniec = 1");
     TickUntilHeard("subscribe +1V");
-    EXPECT_EQ(document.m_nErrorCode, 27);
+    EXPECT_EQ(document.LastError().m_nErrorCode, 27);
     server.SendValue(1, CVal(41));
     TickUntilHeard("modify 1:1V[0]=42.00/32768");
     EXPECT_EQ(run->Result()["srv"]["connected"], true);
@@ -129,7 +129,7 @@ TEST_F(RunNetwork, ServerThatComesBackIsFoundByThePeriodicWork) {
     Listen();
     network.now += 2'000;
     TickUntilHeard("subscribe +1V");
-    EXPECT_EQ(document.m_nErrorCode, 27);
+    EXPECT_EQ(document.LastError().m_nErrorCode, 27);
     server.SendValue(1, CVal(2));
     TickUntil([&] { return Value(document, "x") == "150:2"; });
     EXPECT_THAT(Log(LogErrors), Contains("Połączenie z srv zerwane (zakończenie pracy serwera)"));

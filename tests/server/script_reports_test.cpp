@@ -269,7 +269,7 @@ TEST_F(ScriptReports, RecalculationByNotificationsComesToRest) {
     for (int second = 0; second < 10; ++second) Second();
     EXPECT_EQ(Value(document, "ile"), "171:2.00");
     EXPECT_EQ(Value(document, "wynik"), "171:42.00");
-    EXPECT_EQ(document.m_nErrorCode, 0);
+    EXPECT_EQ(document.LastError().m_nErrorCode, 0);
 }
 
 TEST_F(ScriptReports, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {

@@ -175,7 +175,7 @@ TEST_F(ReportReads, ConditionsOnAVariableThatIsNotThereAreFalse) {
         CKalvexDoc& document =
             Run("LOCAL k = 0\nIF " + std::string(word) + " brak.HREP THEN\nSET k = 1\nENDIF", 5);
         EXPECT_EQ(Value(document, "k"), "171:0.00") << word;
-        EXPECT_EQ(document.m_nErrorCode, ErrorUndefinedVariable) << word;
+        EXPECT_EQ(document.LastError().m_nErrorCode, ErrorUndefinedVariable) << word;
     }
 }
 

@@ -77,23 +77,24 @@ Json TextJson(const CScriptText& text) {
 
 Json ScriptJson(const CRunScript& script, bool lines) {
     const CKalvexDoc& document = script.Document();
-    Json record = {{"path", ToUtf8(document.GetPathName())},
-                   {"started", script.IsStarted()},
-                   {"running", document.m_bRunning},
-                   {"paused", document.m_bPaused},
-                   {"stepRequested", document.m_bStepRequested},
-                   {"minimised", document.m_bMinimised},
-                   {"finished", script.IsFinished()},
-                   {"errorStanding", document.m_bErrorStanding},
-                   {"currentLine", document.m_nCurrentLine},
-                   {"lineCount", document.GetLineCount()},
-                   {"priority", document.m_nPriority},
-                   {"errorCode", document.m_nErrorCode},
-                   {"errorText", ToUtf8(document.m_strErrorText)},
-                   {"errorMessage", ToUtf8(document.GetErrorMessage(document.m_nErrorCode))},
-                   {"ignoreUnknown", document.m_bIgnoreUnknown},
-                   {"callDepth", document.m_lstCallStack.size()},
-                   {"waitLines", WaitLinesJson(document)}};
+    Json record = {
+        {"path", ToUtf8(document.GetPathName())},
+        {"started", script.IsStarted()},
+        {"running", document.m_bRunning},
+        {"paused", document.m_bPaused},
+        {"stepRequested", document.m_bStepRequested},
+        {"minimised", document.m_bMinimised},
+        {"finished", script.IsFinished()},
+        {"errorStanding", document.m_bErrorStanding},
+        {"currentLine", document.m_nCurrentLine},
+        {"lineCount", document.GetLineCount()},
+        {"priority", document.m_nPriority},
+        {"errorCode", document.LastError().m_nErrorCode},
+        {"errorText", ToUtf8(document.LastError().m_strErrorText)},
+        {"errorMessage", ToUtf8(document.GetErrorMessage(document.LastError().m_nErrorCode))},
+        {"ignoreUnknown", document.m_bIgnoreUnknown},
+        {"callDepth", document.m_lstCallStack.size()},
+        {"waitLines", WaitLinesJson(document)}};
     Json& variables = record["variables"] = Json::array();
     for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
         variables.push_back(VariableJson(*variable));

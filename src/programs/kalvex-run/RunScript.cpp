@@ -29,7 +29,7 @@ void CRunScript::Reset() {
 void CRunScript::AfterTick() {
     if (!m_bStepDue || m_document.m_bStepRequested) return;
     m_bStepFailed = m_document.m_nReportedLine == m_document.m_nCurrentLine &&
-                    m_document.m_nErrorCode != ErrorWaiting;
+                    !m_document.LastError().IsWaiting();
 }
 
 bool CRunScript::IsFinished() const {

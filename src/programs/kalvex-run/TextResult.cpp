@@ -110,11 +110,11 @@ std::string Line(const Row& row, const std::array<std::size_t, ColumnCount>& wid
 
 std::string Place(const CRunScript& script) {
     const CKalvexDoc& document = script.Document();
-    const bool waiting = document.m_nErrorCode == ErrorWaiting &&
-                         document.m_nReportedLine == document.m_nCurrentLine;
+    const ErrorSlot& error = document.LastError();
+    const bool waiting = error.IsWaiting() && document.m_nReportedLine == document.m_nCurrentLine;
     if (script.IsFailed() || waiting) {
-        return ToUtf8(document.FormatErrorReport(document.m_nCurrentLine, document.m_nErrorCode,
-                                                 document.m_strErrorText));
+        return ToUtf8(document.FormatErrorReport(document.m_nCurrentLine, error.m_nErrorCode,
+                                                 error.m_strErrorText));
     }
     if (script.IsRefused() && !script.IsStarted()) return " : refused at its start";
     if (script.IsFinished()) return " : finished";
