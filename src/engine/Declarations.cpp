@@ -50,12 +50,12 @@ bool CKalvexDoc::CreateRemoteVariable(std::string_view name, std::string_view ta
     return true;
 }
 
-bool ExecuteLocal(StatementCall& call) {
+LineOutcome ExecuteLocal(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
     const std::string_view sign = NextToken(call.rest);
-    if (!document.CreateVariable(name, VariableLocal)) return false;
-    if (sign.empty() || sign == ";") return true;
+    if (!document.CreateVariable(name, VariableLocal)) return LineOutcome::Failed;
+    if (sign.empty() || sign == ";") return LineOutcome::Finished;
     if (sign != "=") return document.Fail(ErrorNoAssignment);
     CVariable& variable = *document.Variables().Find(name);
     const std::string_view text = TrimBlanks(call.rest);
@@ -64,30 +64,32 @@ bool ExecuteLocal(StatementCall& call) {
         return document.Fail(ErrorExpression, text);
     }
     variable.SetValue(value, GetValueKind(name));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteRemote(StatementCall& call) {
+LineOutcome ExecuteRemote(StatementCall& call) {
     const std::string_view name = NextToken(call.rest);
     const std::string_view target = NextToken(call.rest);
     const std::size_t quote = target.find('"');
-    if (quote == std::string_view::npos) return call.document.CreateRemoteVariable(name, target);
+    if (quote == std::string_view::npos) {
+        return FinishedIf(call.document.CreateRemoteVariable(name, target));
+    }
     const std::size_t last = target.rfind('"');
-    if (last == quote) return false;
+    if (last == quote) return LineOutcome::Failed;
     std::string unquoted(target.substr(0, quote));
     unquoted += target.substr(quote + 1, last - quote - 1);
-    return call.document.CreateRemoteVariable(name, unquoted);
+    return FinishedIf(call.document.CreateRemoteVariable(name, unquoted));
 }
 
-bool ExecutePointer(StatementCall& call) {
-    return call.document.CreateVariable(NextToken(call.rest), VariablePointer);
+LineOutcome ExecutePointer(StatementCall& call) {
+    return FinishedIf(call.document.CreateVariable(NextToken(call.rest), VariablePointer));
 }
 
-bool ExecuteList(StatementCall& call) {
-    return call.document.CreateVariable(NextToken(call.rest), VariableList);
+LineOutcome ExecuteList(StatementCall& call) {
+    return FinishedIf(call.document.CreateVariable(NextToken(call.rest), VariableList));
 }
 
-bool ExecuteSet(StatementCall& call) {
+LineOutcome ExecuteSet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     std::string_view name = NextToken(call.rest);
     if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
@@ -95,18 +97,18 @@ bool ExecuteSet(StatementCall& call) {
     const bool setsTime = stamp != std::string_view::npos && stamp > 0;
     if (setsTime) name = name.substr(0, stamp);
     CVariable* variable = document.FindNamed(name);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     CVal value;
-    if (!EvaluateFor(document, *variable, call.rest, value)) return false;
+    if (!EvaluateFor(document, *variable, call.rest, value)) return LineOutcome::Failed;
     if (setsTime) {
         variable->SetTime(ValueToInt(value), GetValueKind(name));
     } else {
         variable->SetValue(value, GetValueKind(name));
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteCopy(StatementCall& call) {
+LineOutcome ExecuteCopy(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view source = NextToken(call.rest);
     const std::string_view target = NextToken(call.rest);
@@ -114,14 +116,14 @@ bool ExecuteCopy(StatementCall& call) {
         return document.Fail(ErrorUndefinedVariable);
     }
     CVariable* from = document.FindNamed(source);
-    if (from == nullptr) return false;
+    if (from == nullptr) return LineOutcome::Failed;
     CVariable* to = document.FindNamed(target);
-    if (to == nullptr) return false;
+    if (to == nullptr) return LineOutcome::Failed;
     to->CopyFrom(from, GetValueKind(source));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSetPtr(StatementCall& call) {
+LineOutcome ExecuteSetPtr(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
     if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
@@ -135,10 +137,10 @@ bool ExecuteSetPtr(StatementCall& call) {
         return document.Fail(ErrorExpression, text);
     }
     static_cast<CVariablePointer*>(variable)->SetTargetName(ValueToText(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteCreateVarList(StatementCall& call) {
+LineOutcome ExecuteCreateVarList(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
     const std::string_view token = NextToken(call.rest);
@@ -163,7 +165,7 @@ bool ExecuteCreateVarList(StatementCall& call) {
             static_cast<CVariableList*>(list)->Add(CVal(std::string_view(candidate)));
         }
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex

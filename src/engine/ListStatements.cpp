@@ -31,39 +31,41 @@ bool ReadElement(CKalvexDoc& document, CVariableList& list, std::string_view tok
 
 }  // namespace
 
-bool ExecuteMoveFirst(StatementCall& call) {
+LineOutcome ExecuteMoveFirst(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
-    if (list == nullptr) return false;
+    if (list == nullptr) return LineOutcome::Failed;
     list->MoveFirst();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteMoveNext(StatementCall& call) {
+LineOutcome ExecuteMoveNext(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
-    if (list == nullptr) return false;
+    if (list == nullptr) return LineOutcome::Failed;
     list->MoveNext();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteMoveTo(StatementCall& call) {
+LineOutcome ExecuteMoveTo(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
     std::int32_t index = 0;
-    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
+    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) {
+        return LineOutcome::Failed;
+    }
     list->MoveTo(index);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteAdd(StatementCall& call) {
+LineOutcome ExecuteAdd(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
     CVal element;
     if (list == nullptr || !ReadElement(call.document, *list, NextToken(call.rest), element)) {
-        return false;
+        return LineOutcome::Failed;
     }
     list->Add(element);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteInsert(StatementCall& call) {
+LineOutcome ExecuteInsert(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
     const std::string_view indexToken = NextToken(call.rest);
     const std::string_view elementToken = NextToken(call.rest);
@@ -71,29 +73,31 @@ bool ExecuteInsert(StatementCall& call) {
     CVal element;
     if (list == nullptr || !ReadIndex(call.document, indexToken, index) ||
         !ReadElement(call.document, *list, elementToken, element)) {
-        return false;
+        return LineOutcome::Failed;
     }
-    if (list->Insert(index, element) != 0) return true;
+    if (list->Insert(index, element) != 0) return LineOutcome::Finished;
     return call.document.Fail(ErrorExpression, indexToken);
 }
 
 // Removes the element under the iterator: the index has to be a valid expression and is not used.
-bool ExecuteRemove(StatementCall& call) {
+LineOutcome ExecuteRemove(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
     std::int32_t index = 0;
-    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
+    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) {
+        return LineOutcome::Failed;
+    }
     list->RemoveCurrent();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteRemoveAll(StatementCall& call) {
+LineOutcome ExecuteRemoveAll(StatementCall& call) {
     CVariableList* const list = call.document.FindList(NextToken(call.rest));
-    if (list == nullptr) return false;
+    if (list == nullptr) return LineOutcome::Failed;
     list->RemoveAll();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSplit(StatementCall& call) {
+LineOutcome ExecuteSplit(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view sourceName = NextToken(call.rest);
     const std::string_view separators = NextToken(call.rest);
@@ -101,7 +105,7 @@ bool ExecuteSplit(StatementCall& call) {
     if (listName.empty()) return document.Fail(ErrorArguments);
     CVariable* const source = document.FindNamed(sourceName);
     CVariableList* const list = source == nullptr ? nullptr : document.FindList(listName);
-    if (list == nullptr) return false;
+    if (list == nullptr) return LineOutcome::Failed;
 
     CVal value;
     const bool readable = source->GetValue(value, KindCurrent, 0) == ReadValue;
@@ -109,7 +113,7 @@ bool ExecuteSplit(StatementCall& call) {
     std::size_t end = 0;
     for (;;) {
         const std::size_t start = text.find_first_not_of(separators, end);
-        if (start == std::string::npos) return true;
+        if (start == std::string::npos) return LineOutcome::Finished;
         end = text.find_first_of(separators, start);
         list->Add(CVal(std::string_view(text).substr(start, end - start)));
     }

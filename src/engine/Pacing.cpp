@@ -14,68 +14,72 @@ namespace kalvex {
 
 namespace {
 
-bool SetAllLocked(CKalvexDoc& document, bool locked) {
+LineOutcome SetAllLocked(CKalvexDoc& document, bool locked) {
     for (const auto& variable : document.Variables()) variable->SetLocked(locked);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool SetAllIgnoreUnknown(CKalvexDoc& document, bool ignore) {
+LineOutcome SetAllIgnoreUnknown(CKalvexDoc& document, bool ignore) {
     document.m_bIgnoreUnknown = ignore;
     for (const auto& variable : document.Variables()) variable->SetIgnoreUnknown(ignore);
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace
 
-bool ExecuteLock(StatementCall& call) {
+LineOutcome ExecuteLock(StatementCall& call) {
     return SetAllLocked(call.document, true);
 }
 
-bool ExecuteUnlock(StatementCall& call) {
+LineOutcome ExecuteUnlock(StatementCall& call) {
     return SetAllLocked(call.document, false);
 }
 
-bool ExecuteIgnoreUnknownOn(StatementCall& call) {
+LineOutcome ExecuteIgnoreUnknownOn(StatementCall& call) {
     return SetAllIgnoreUnknown(call.document, true);
 }
 
-bool ExecuteIgnoreUnknownOff(StatementCall& call) {
+LineOutcome ExecuteIgnoreUnknownOff(StatementCall& call) {
     return SetAllIgnoreUnknown(call.document, false);
 }
 
-bool ExecutePriority(StatementCall& call) {
+LineOutcome ExecutePriority(StatementCall& call) {
     CKalvexDoc& document = call.document;
     CVal value;
-    if (!EvaluateOperand(document, NextToken(call.rest), value, ValueType::Int, true)) return false;
+    if (!EvaluateOperand(document, NextToken(call.rest), value, ValueType::Int, true)) {
+        return LineOutcome::Failed;
+    }
     const int priority = ValueToInt(value);
-    if (priority <= 0) return true;
+    if (priority <= 0) return LineOutcome::Finished;
     document.m_nPriority = priority;
     // The extra steps of the top speed follow in this same tick, and have lines to run.
     if (priority == 1) document.m_nPaceCounter = 0;
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSleep(StatementCall& call) {
+LineOutcome ExecuteSleep(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::int64_t now = document.Services().clock.Now();
     SleepTime span;
-    if (!ParseSleepTime(document, NextToken(call.rest), span)) return false;
+    if (!ParseSleepTime(document, NextToken(call.rest), span)) return LineOutcome::Failed;
     if (document.m_tSleepUntil == 0) {
         document.m_tSleepUntil =
             now + std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 + span.seconds;
     }
-    call.keepLine = document.m_tSleepUntil > now;
-    if (!call.keepLine) document.m_tSleepUntil = 0;
-    return true;
+    if (document.m_tSleepUntil > now) return LineOutcome::Stays;
+    document.m_tSleepUntil = 0;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSetTime(StatementCall& call) {
+LineOutcome ExecuteSetTime(StatementCall& call) {
     std::array<std::string_view, 6> tokens;
     for (std::string_view& token : tokens) token = NextToken(call.rest);
     std::array<int, 6> fields{};
     for (std::size_t i = 0; i < tokens.size(); ++i) {
         CVal value;
-        if (!EvaluateOperand(call.document, tokens[i], value, ValueType::Int, true)) return false;
+        if (!EvaluateOperand(call.document, tokens[i], value, ValueType::Int, true)) {
+            return LineOutcome::Failed;
+        }
         fields[i] = ValueToInt(value);
     }
     const auto [year, month, day, hour, minute, second] = fields;
@@ -88,10 +92,10 @@ bool ExecuteSetTime(StatementCall& call) {
     // A time before 1970 has no fields, so there is nothing to set. Whether the system lets the
     // clock be set is no concern of the script.
     if (time >= 0) call.document.Services().clock.SetSystemTime(time);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSubscribe(StatementCall& call) {
+LineOutcome ExecuteSubscribe(StatementCall& call) {
     CScriptSources* const sources = call.document.Services().sources;
     const std::string_view word = NextToken(call.rest);
     if (word == "STOP") {
@@ -101,7 +105,7 @@ bool ExecuteSubscribe(StatementCall& call) {
     } else {
         return call.document.Fail(ErrorUnknownKeyword, word);
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex

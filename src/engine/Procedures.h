@@ -19,6 +19,6 @@ std::string LookupArgument(const CCallFrame& frame, std::string_view token);
 std::string RewriteLine(const CCallFrame& frame, std::string_view line);
 
 // The rule for lines below a PROCEDURE that was reached from above.
-bool SkipProcedureLine(CKalvexDoc& document, std::string_view keyword);
+LineOutcome SkipProcedureLine(CKalvexDoc& document, std::string_view keyword);
 
 }  // namespace kalvex

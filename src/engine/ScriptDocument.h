@@ -102,7 +102,9 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     bool CheckStructure();
     // Where the blocks of the text end.
     CIfBlocks& IfBlocks();
-    // Moves to the label's line; a missing label stops the script with error 6.
+    // Moves to a line, which is passed over when the statement that jumps has finished.
+    void JumpTo(int line) { m_nCurrentLine = line; }
+    // Jumps to the label's line; a missing label stops the script with error 6.
     bool GotoLabel(std::string_view label);
 
     // A variable of kind local, pointer or list. One that exists already stays as it is. A dot in
@@ -119,8 +121,8 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void RunFreely();
     void RunOneStep();
     void CompleteLine();
-    bool RunStatement(std::string_view line, bool& keepLine);
-    void CountLine(RunCounts& counts, bool succeeded) const;
+    LineOutcome RunStatement(std::string_view line);
+    void CountLine(RunCounts& counts, bool failed) const;
     bool CommandGoesToModule(ConsoleCommand command);
     void FillLineCache();
     void DropLineCache();

@@ -93,32 +93,30 @@ bool CKalvexDoc::ExecuteLine() {
         m_strRewrittenLine = RewriteLine(m_lstCallStack.back(), line);
         line = m_strRewrittenLine;
     }
-    bool keepLine = false;
-    const bool succeeded = RunStatement(line, keepLine);
-    if (!succeeded && LastError().m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
-    if (Services().counts != nullptr) CountLine(*Services().counts, succeeded);
-    if (succeeded && !keepLine) CompleteLine();
-    return succeeded;
+    const LineOutcome outcome = RunStatement(line);
+    const bool failed = outcome == LineOutcome::Failed;
+    if (failed && LastError().m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
+    if (Services().counts != nullptr) CountLine(*Services().counts, failed);
+    if (outcome == LineOutcome::Finished) CompleteLine();
+    return !failed;
 }
 
-void CKalvexDoc::CountLine(RunCounts& counts, bool succeeded) const {
+void CKalvexDoc::CountLine(RunCounts& counts, bool failed) const {
     ++counts.lines;
-    if (succeeded) return;
+    if (!failed) return;
     ++(LastError().IsWaiting() ? counts.waits : counts.errors);
 }
 
-bool CKalvexDoc::RunStatement(std::string_view line, bool& keepLine) {
-    if (line.empty() || line.front() == ';') return true;
+LineOutcome CKalvexDoc::RunStatement(std::string_view line) {
+    if (line.empty() || line.front() == ';') return LineOutcome::Finished;
     std::string_view rest = line;
     const std::string word = ToUpper(NextToken(rest));
-    if (word.starts_with(':')) return true;
+    if (word.starts_with(':')) return LineOutcome::Finished;
     const StatementRow* row = Services().statements.Find(word);
     if (m_bInProcedureSkip && word != Keyword::Procedure) return SkipProcedureLine(*this, word);
     if (row == nullptr) return Fail(ErrorUnknownKeyword, word);
-    StatementCall call{*this, row->keyword, rest, false};
-    const bool succeeded = row->handler(call);
-    keepLine = call.keepLine;
-    return succeeded;
+    StatementCall call{*this, row->keyword, rest};
+    return row->handler(call);
 }
 
 // A finished script that has waited at a WAITFOR goes back to the first one and becomes a cycle.

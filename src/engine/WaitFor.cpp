@@ -94,26 +94,23 @@ bool PassWaitTime(CWaitFor& record, std::int64_t now) {
     return true;
 }
 
-bool ExecuteWaitFor(StatementCall& call) {
+LineOutcome ExecuteWaitFor(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::int64_t now = document.Services().clock.Now();
     const auto key = static_cast<std::uint16_t>(document.m_nCurrentLine);
-    call.keepLine = true;
-
     const auto found = document.m_mapWaitFor.find(key);
     if (found != document.m_mapWaitFor.end()) {
-        call.keepLine = !PassWaitTime(found->second, now);
-        return true;
+        return PassWaitTime(found->second, now) ? LineOutcome::Finished : LineOutcome::Stays;
     }
     const TimeFields today = SplitLocalTime(now);
     CWaitFor record;
     record.nLine = document.m_nCurrentLine;
-    if (!ReadWaitTimes(document, call.rest, record, today)) return false;
-    if (record.arrTimes.empty()) return true;
+    if (!ReadWaitTimes(document, call.rest, record, today)) return LineOutcome::Failed;
+    if (record.arrTimes.empty()) return LineOutcome::Stays;
     LocateWaitTime(record, now);
     SetDay(record, today);
     document.m_mapWaitFor.emplace(key, std::move(record));
-    return true;
+    return LineOutcome::Stays;
 }
 
 }  // namespace kalvex

@@ -152,9 +152,9 @@ DataFileResult Rewrite(CScriptContext& script, FileStore& files, const CParamete
 
 using Operation = DataFileResult (*)(CScriptContext&, FileStore&, std::string_view);
 
-bool Execute(StatementCall& call, Operation operation) {
+LineOutcome Execute(StatementCall& call, Operation operation) {
     PosixFileStore files;
-    return operation(call.document, files, call.rest) != DataFileResult::Failed;
+    return FinishedIf(operation(call.document, files, call.rest) != DataFileResult::Failed);
 }
 
 FunctionResult Evaluate(FunctionCall& call, Operation operation) {
@@ -213,15 +213,15 @@ DataFileResult SetDataFile(CScriptContext& script, FileStore& files, std::string
     return Rewrite(script, files, parameters, entries);
 }
 
-bool ExecuteReadFile(StatementCall& call) {
+LineOutcome ExecuteReadFile(StatementCall& call) {
     return Execute(call, ReadDataFile);
 }
 
-bool ExecuteWriteFile(StatementCall& call) {
+LineOutcome ExecuteWriteFile(StatementCall& call) {
     return Execute(call, WriteDataFile);
 }
 
-bool ExecuteSetFile(StatementCall& call) {
+LineOutcome ExecuteSetFile(StatementCall& call) {
     return Execute(call, SetDataFile);
 }
 

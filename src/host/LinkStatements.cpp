@@ -71,40 +71,44 @@ FunctionResult TakeResult(FunctionCall& call, LinkKind kind, bool cutsPort) {
 
 }  // namespace
 
-bool ExecutePingInit(StatementCall& call) {
+LineOutcome ExecutePingInit(StatementCall& call) {
     LinkTarget target;
     target.timeout = kDefaultTimeout;
-    if (!ReadText(call.document, NextToken(call.rest), target.address)) return false;
+    if (!ReadText(call.document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
     const std::size_t colon = FindColon(target.address);
     if (colon != std::string::npos) {
         target.timeout = ReadMilliseconds(std::string_view(target.address).substr(colon + 1));
         target.address.resize(colon);
     }
     TestsOf(call.document).Start(LinkKind::Ping, std::move(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteFtpInit(StatementCall& call) {
+LineOutcome ExecuteFtpInit(StatementCall& call) {
     CKalvexDoc& document = call.document;
     LinkTarget target;
     target.crypt = document.Services().crypt;
     target.port = kFtpPort;
     target.timeout = kDefaultTimeout;
-    if (!ReadText(document, NextToken(call.rest), target.address)) return false;
-    if (!ReadOptionalPort(document, NextToken(call.rest), target.port)) return false;
-    if (!ReadOptionalText(document, NextToken(call.rest), target.user)) return false;
-    if (!ReadOptionalText(document, NextToken(call.rest), target.password)) return false;
+    if (!ReadText(document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
+    if (!ReadOptionalPort(document, NextToken(call.rest), target.port)) return LineOutcome::Failed;
+    if (!ReadOptionalText(document, NextToken(call.rest), target.user)) return LineOutcome::Failed;
+    if (!ReadOptionalText(document, NextToken(call.rest), target.password)) {
+        return LineOutcome::Failed;
+    }
     TestsOf(document).Start(LinkKind::Ftp, std::move(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteHttpInit(StatementCall& call) {
+LineOutcome ExecuteHttpInit(StatementCall& call) {
     LinkTarget target;
     target.port = kHttpPort;
-    if (!ReadText(call.document, NextToken(call.rest), target.address)) return false;
-    if (!ReadOptionalPort(call.document, NextToken(call.rest), target.port)) return false;
+    if (!ReadText(call.document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
+    if (!ReadOptionalPort(call.document, NextToken(call.rest), target.port)) {
+        return LineOutcome::Failed;
+    }
     TestsOf(call.document).Start(LinkKind::Http, std::move(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
 FunctionResult PingResultFunction(FunctionCall& call) {

@@ -167,16 +167,16 @@ std::optional<int> TakeProgram(StatementCall& call) {
 
 }  // namespace
 
-bool ExecuteExec(StatementCall& call) {
+LineOutcome ExecuteExec(StatementCall& call) {
     const int id = StartProgram(call.document, call.rest, ExecForm::Statement);
     if (id != 0) ProcessesOf(call.document).Release(id);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteTerminateExec(StatementCall& call) {
+LineOutcome ExecuteTerminateExec(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::optional<int> program = TakeProgram(call);
-    if (!program || *program == 0) return program.has_value();
+    if (!program || *program == 0) return FinishedIf(program.has_value());
     const std::string_view token = NextToken(call.rest);
     const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
     std::string error = std::strerror(EINVAL);
@@ -184,13 +184,13 @@ bool ExecuteTerminateExec(StatementCall& call) {
     if (!ended) {
         LogFailure(document, kNotTerminated, FromUtf8(error), std::to_string(*program));
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteCloseExec(StatementCall& call) {
+LineOutcome ExecuteCloseExec(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::optional<int> program = TakeProgram(call);
-    if (!program || *program == 0) return program.has_value();
+    if (!program || *program == 0) return FinishedIf(program.has_value());
     const std::string_view force = NextToken(call.rest);
     const std::string_view wait = NextToken(call.rest);
     const bool forced = !force.empty() && ReadInteger(document, force).value_or(0) != 0;
@@ -200,7 +200,7 @@ bool ExecuteCloseExec(StatementCall& call) {
     } else if (forced) {
         closing.Terminate();
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 FunctionResult ExecFunction(FunctionCall& call) {

@@ -42,9 +42,9 @@ bool TakeDate(CKalvexDoc& document, std::string_view& rest, std::int64_t& time) 
     return read || document.Fail(ErrorText, text);
 }
 
-bool CopyAnswer(StatementCall& call, CVariable& variable) {
+LineOutcome CopyAnswer(StatementCall& call, CVariable& variable) {
     CVariableList* list = call.document.FindList(NextToken(call.rest));
-    if (list == nullptr) return false;
+    if (list == nullptr) return LineOutcome::Failed;
     const std::int64_t from = variable.GetRequestStart();
     const std::int64_t to = variable.GetRequestEnd();
     const CArchiveValueList& values = variable.GetSourceRecord()->GetArchValues();
@@ -54,15 +54,15 @@ bool CopyAnswer(StatementCall& call, CVariable& variable) {
         const CVal& value = *values.Get(i);
         if (value.GetTime() > from && value.GetTime() < to) list->Add(value);
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace
 
-bool ExecuteMGet(StatementCall& call) {
+LineOutcome ExecuteMGet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     CVariable* variable = TakeRemote(call);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view type = NextToken(call.rest);
     if (type == "GETDATA") return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
@@ -70,24 +70,24 @@ bool ExecuteMGet(StatementCall& call) {
     const std::string_view fromWord = NextToken(call.rest);
     if (fromWord != "FROM") return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t from = 0;
-    if (!TakeDate(document, call.rest, from)) return false;
+    if (!TakeDate(document, call.rest, from)) return LineOutcome::Failed;
     // The error names the statement's third word, whatever stands in place of TO.
     if (NextToken(call.rest) != "TO") return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t to = 0;
-    if (!TakeDate(document, call.rest, to)) return false;
+    if (!TakeDate(document, call.rest, to)) return LineOutcome::Failed;
     variable->RequestRange(kind, from, to);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteMPut(StatementCall& call) {
+LineOutcome ExecuteMPut(StatementCall& call) {
     CKalvexDoc& document = call.document;
     CVariable* variable = TakeRemote(call);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view type = NextToken(call.rest);
     const ValueKind kind = KindFromWord(type);
     if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
     CVariableList* list = call.document.FindList(NextToken(call.rest));
-    if (list == nullptr) return false;
+    if (list == nullptr) return LineOutcome::Failed;
     CArchiveValueList& archive =
         document.GetPart<ArchiveValues>(DocumentPart::ArchiveValues).m_List;
     if (kind == KindArchive) archive.RemoveAll();
@@ -102,7 +102,7 @@ bool ExecuteMPut(StatementCall& call) {
         }
     }
     if (kind == KindArchive && archive.GetSize() != 0) variable->FlushPuts(archive);
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex
