@@ -130,7 +130,8 @@ class ComparisonChain {
 
 LineOutcome ExecuteIf(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const int elseLine = document.IfBlocks().Find(document, document.m_nCurrentLine).nElseLine;
+    const int elseLine =
+        document.IfBlocks().Find(document, document.State().m_nCurrentLine).nElseLine;
     if (document.LastError().m_nErrorCode != ErrorNone) return LineOutcome::Failed;
     CVal value;
     std::string_view condition = call.rest;
@@ -149,7 +150,7 @@ LineOutcome ExecuteIf(StatementCall& call) {
 
 LineOutcome ExecuteElse(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    int line = document.m_nCurrentLine;
+    int line = document.State().m_nCurrentLine;
     std::string first = FirstKeyword(document, line);
     while (first != Keyword::Endif && line < document.GetLineCount()) {
         if (first == Keyword::If) line = document.IfBlocks().Find(document, line).nEndifLine;

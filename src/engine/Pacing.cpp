@@ -19,13 +19,26 @@ LineOutcome SetAllLocked(CKalvexDoc& document, bool locked) {
     return LineOutcome::Finished;
 }
 
-LineOutcome SetAllIgnoreUnknown(CKalvexDoc& document, bool ignore) {
-    document.m_bIgnoreUnknown = ignore;
-    for (const auto& variable : document.Variables()) variable->SetIgnoreUnknown(ignore);
-    return LineOutcome::Finished;
+}  // namespace
+
+void CKalvexDoc::IgnoreUnknown(bool ignore) {
+    m_bIgnoreUnknown = ignore;
+    for (const auto& variable : Variables()) variable->SetIgnoreUnknown(ignore);
 }
 
-}  // namespace
+void CKalvexDoc::SetPriority(int ticks) {
+    m_nPriority = ticks;
+    // The extra steps of the top speed follow in this same tick, and have lines to run.
+    if (ticks == 1) m_nPaceCounter = 0;
+}
+
+LineOutcome CKalvexDoc::Sleep(std::int64_t seconds) {
+    const std::int64_t now = Services().clock.Now();
+    if (m_tSleepUntil == 0) m_tSleepUntil = now + seconds;
+    if (m_tSleepUntil > now) return LineOutcome::Stays;
+    m_tSleepUntil = 0;
+    return LineOutcome::Finished;
+}
 
 LineOutcome ExecuteLock(StatementCall& call) {
     return SetAllLocked(call.document, true);
@@ -36,11 +49,13 @@ LineOutcome ExecuteUnlock(StatementCall& call) {
 }
 
 LineOutcome ExecuteIgnoreUnknownOn(StatementCall& call) {
-    return SetAllIgnoreUnknown(call.document, true);
+    call.document.IgnoreUnknown(true);
+    return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteIgnoreUnknownOff(StatementCall& call) {
-    return SetAllIgnoreUnknown(call.document, false);
+    call.document.IgnoreUnknown(false);
+    return LineOutcome::Finished;
 }
 
 LineOutcome ExecutePriority(StatementCall& call) {
@@ -50,25 +65,15 @@ LineOutcome ExecutePriority(StatementCall& call) {
         return LineOutcome::Failed;
     }
     const int priority = ValueToInt(value);
-    if (priority <= 0) return LineOutcome::Finished;
-    document.m_nPriority = priority;
-    // The extra steps of the top speed follow in this same tick, and have lines to run.
-    if (priority == 1) document.m_nPaceCounter = 0;
+    if (priority > 0) document.SetPriority(priority);
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteSleep(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    const std::int64_t now = document.Services().clock.Now();
     SleepTime span;
-    if (!ParseSleepTime(document, NextToken(call.rest), span)) return LineOutcome::Failed;
-    if (document.m_tSleepUntil == 0) {
-        document.m_tSleepUntil =
-            now + std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 + span.seconds;
-    }
-    if (document.m_tSleepUntil > now) return LineOutcome::Stays;
-    document.m_tSleepUntil = 0;
-    return LineOutcome::Finished;
+    if (!ParseSleepTime(call.document, NextToken(call.rest), span)) return LineOutcome::Failed;
+    return call.document.Sleep(std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 +
+                               span.seconds);
 }
 
 LineOutcome ExecuteSetTime(StatementCall& call) {

@@ -104,21 +104,35 @@ std::string RewriteLine(const CCallFrame& frame, std::string_view line) {
     }
 }
 
-LineOutcome SkipProcedureLine(CKalvexDoc& document, std::string_view keyword) {
+// Nothing but BEGIN may stand between a head that was reached from above and the body.
+LineOutcome CKalvexDoc::PassProcedureLine(std::string_view keyword) {
     if (keyword == Keyword::Begin) {
-        document.m_bInProcedureBody = true;
+        m_bInProcedureBody = true;
         return LineOutcome::Finished;
     }
-    if (!document.m_bInProcedureBody) return LineOutcome::Failed;
+    if (!m_bInProcedureBody) return LineOutcome::Failed;
     if (keyword == Keyword::End) {
-        document.m_bInProcedureSkip = false;
-        document.m_bInProcedureBody = false;
+        m_bInProcedureSkip = false;
+        m_bInProcedureBody = false;
     }
     return LineOutcome::Finished;
 }
 
+CCallFrame& CKalvexDoc::PushFrame() {
+    CCallFrame& frame = m_lstCallStack.emplace_back();
+    frame.nReturnLine = m_nCurrentLine;
+    return frame;
+}
+
+bool CKalvexDoc::ReturnFromCall() {
+    if (m_lstCallStack.empty()) return false;
+    JumpTo(m_lstCallStack.back().nReturnLine);
+    m_lstCallStack.pop_back();
+    return true;
+}
+
 LineOutcome ExecuteProcedure(StatementCall& call) {
-    call.document.m_bInProcedureSkip = true;
+    call.document.SkipProcedure();
     return LineOutcome::Finished;
 }
 
@@ -127,18 +141,11 @@ LineOutcome ExecuteBegin(StatementCall&) {
 }
 
 LineOutcome ExecuteEnd(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    if (document.m_lstCallStack.empty()) return LineOutcome::Failed;
-    document.JumpTo(document.m_lstCallStack.back().nReturnLine);
-    document.m_lstCallStack.pop_back();
-    return LineOutcome::Finished;
+    return FinishedIf(call.document.ReturnFromCall());
 }
 
 LineOutcome ExecuteCall(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    CCallFrame& frame = document.m_lstCallStack.emplace_back();
-    frame.nReturnLine = document.m_nCurrentLine;
-    return CallProcedure(document, frame, call.rest);
+    return CallProcedure(call.document, call.document.PushFrame(), call.rest);
 }
 
 }  // namespace kalvex

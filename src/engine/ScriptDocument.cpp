@@ -135,7 +135,7 @@ bool CKalvexDoc::Start() {
         DropLineCache();
         ExpandIncludes(true);
     }
-    MoveMarker(-1);
+    MarkLine(-1);
     FillLineCache();
     if (m_pView != nullptr) m_pView->SelectLine(-1);
     m_bModified = false;
@@ -148,10 +148,9 @@ bool CKalvexDoc::Start() {
     m_nReportedError = kNoErrorReported;
     m_bErrorStanding = false;
     m_tSleepUntil = 0;
-    m_bRunning = true;
-    m_bPaused = false;
     m_bInProcedureSkip = false;
     m_bInProcedureBody = false;
+    Resume();
     SetReadOnly(true);
     if (m_pView != nullptr) m_pView->RefreshTitle();
     LogLine(Services().translator.Translate(" : Start skryptu "), LogAlways);
@@ -160,10 +159,9 @@ bool CKalvexDoc::Start() {
 
 void CKalvexDoc::Stop() {
     if (CommandGoesToModule(ConsoleCommand::Stop)) return;
-    MoveMarker(m_nCurrentLine);
-    m_bRunning = false;
+    MarkLine(m_nCurrentLine);
     m_bStepRequested = false;
-    m_bPaused = true;
+    Pause();
     if (m_pView != nullptr) {
         m_pView->SelectLine(m_nCurrentLine);
         m_pView->RefreshTitle();
@@ -180,7 +178,7 @@ void CKalvexDoc::Step() {
 void CKalvexDoc::Reset() {
     if (CommandGoesToModule(ConsoleCommand::Reset)) return;
     LogLine(Services().translator.Translate(" : Reset skryptu "), LogAlways);
-    MoveMarker(-1);
+    MarkLine(-1);
     if (m_pView != nullptr) m_pView->SelectLine(-1);
     ClearRunState();
     ExpandIncludes(false);
@@ -214,7 +212,7 @@ void CKalvexDoc::ClearRunState() {
     m_bErrorStanding = false;
 }
 
-void CKalvexDoc::MoveMarker(int line) {
+void CKalvexDoc::MarkLine(int line) {
     if (m_pView != nullptr) {
         if (m_nMarkedLine != -1) m_pView->SetLineMarker(m_nMarkedLine, false);
         if (line != -1) m_pView->SetLineMarker(line, true);

@@ -23,7 +23,7 @@ namespace kalvex {
 // Bits of the state word that the console publishes.
 enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, StateMinimised = 8 };
 
-// The interpreter's state that statements work on. Line numbers count from 0.
+// The state of a script's run. The document alone changes it. Line numbers count from 0.
 struct CRunState {
     bool m_bIncludesExpanded = false;
     bool m_bRunning = false;        // runs freely; also when it has passed its last line
@@ -48,7 +48,7 @@ struct CRunState {
     bool m_bIgnoreUnknown = false;
 };
 
-class CKalvexDoc final : public CScriptContext, public CRunState {
+class CKalvexDoc final : public CScriptContext, private CRunState {
   public:
     // Makes an empty, idle document. Lines live in a line list unless another text is given.
     explicit CKalvexDoc(const DocumentServices& services,
@@ -71,6 +71,7 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void SetReadOnly(bool readOnly);
     void SetMinimised(bool minimised) { m_bMinimised = minimised; }
     int GetStateWord() const;
+    const CRunState& State() const { return *this; }
 
     // Commands. Start is also the resume after a stop; false when the script does not run now.
     bool Start();
@@ -79,10 +80,20 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void Reset();
     void ClearRunState();
 
+    // Without control a console client commands nothing. Lines go to the console once it wants
+    // them.
+    void AllowControl(bool allowed) { m_bControlAllowed = allowed; }
+    void SendLineReports(bool wanted) { m_bLineReportSend = wanted; }
+
     // One step by pacing; returns m_bErrorStanding.
     bool ExecuteStep();
     // Runs the current line; true when it finished or waits without error.
     bool ExecuteLine();
+    // Counts the pace on as so many steps do that have no line to run.
+    void SkipSteps(int count);
+    // Into step mode, all state kept, and out of it to run freely.
+    void Pause();
+    void Resume();
 
     int GetLineCount() const;
     // Line n normalised: tabs are blanks, leading blanks gone. Valid until the next call.
@@ -106,6 +117,22 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void JumpTo(int line) { m_nCurrentLine = line; }
     // Jumps to the label's line; a missing label stops the script with error 6.
     bool GotoLabel(std::string_view label);
+    // A frame for a CALL on the current line. Going back ends the newest one and jumps to its CALL;
+    // false when there is none.
+    CCallFrame& PushFrame();
+    bool ReturnFromCall();
+    // The lines from here to the END of the procedure are passed over.
+    void SkipProcedure() { m_bInProcedureSkip = true; }
+
+    // A line runs every so many ticks.
+    void SetPriority(int ticks);
+    // Begins to sleep or goes on sleeping: finished once the time is up.
+    LineOutcome Sleep(std::int64_t seconds);
+    // The wait record of the current line, null until it has one.
+    CWaitFor* FindWaitFor();
+    void AddWaitFor(CWaitFor record);
+    // For all variables, and the remote ones to come.
+    void IgnoreUnknown(bool ignore);
 
     // A variable of kind local, pointer or list. One that exists already stays as it is. A dot in
     // the name stops the script.
@@ -117,11 +144,12 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     bool Reload();
     void ReportError(int level);
     void ShowLine(int line);
-    void MoveMarker(int line);
+    void MarkLine(int line);
     void RunFreely();
     void RunOneStep();
     void CompleteLine();
     LineOutcome RunStatement(std::string_view line);
+    LineOutcome PassProcedureLine(std::string_view keyword);
     void CountLine(RunCounts& counts, bool failed) const;
     bool CommandGoesToModule(ConsoleCommand command);
     void FillLineCache();

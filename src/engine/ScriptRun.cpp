@@ -10,6 +10,12 @@ namespace {
 
 constexpr std::int64_t kLineReportPause = 1;  // seconds
 
+// The pace counter after so many steps that run nothing.
+int CounterAfter(int counter, int priority, int steps) {
+    if (steps <= counter) return counter - steps;
+    return priority - 1 - (steps - counter - 1) % priority;
+}
+
 }  // namespace
 
 bool CKalvexDoc::ExecuteStep() {
@@ -25,6 +31,20 @@ bool CKalvexDoc::ExecuteStep() {
         RunOneStep();
     }
     return m_bErrorStanding;
+}
+
+void CKalvexDoc::SkipSteps(int count) {
+    m_nPaceCounter = CounterAfter(m_nPaceCounter, m_nPriority, count);
+}
+
+void CKalvexDoc::Pause() {
+    m_bRunning = false;
+    m_bPaused = true;
+}
+
+void CKalvexDoc::Resume() {
+    m_bRunning = true;
+    m_bPaused = false;
 }
 
 void CKalvexDoc::RunFreely() {
@@ -75,7 +95,7 @@ void CKalvexDoc::ReportError(int level) {
 
 void CKalvexDoc::ShowLine(int line) {
     if (m_pView == nullptr) return;
-    if (m_bStepRequested && !m_bMinimised) MoveMarker(line);
+    if (m_bStepRequested && !m_bMinimised) MarkLine(line);
     m_pView->SelectLine(line);
     if (m_bStepRequested || !m_pView->HasBreakpoint(line)) return;
     Stop();
@@ -113,7 +133,7 @@ LineOutcome CKalvexDoc::RunStatement(std::string_view line) {
     const std::string word = ToUpper(NextToken(rest));
     if (word.starts_with(':')) return LineOutcome::Finished;
     const StatementRow* row = Services().statements.Find(word);
-    if (m_bInProcedureSkip && word != Keyword::Procedure) return SkipProcedureLine(*this, word);
+    if (m_bInProcedureSkip && word != Keyword::Procedure) return PassProcedureLine(word);
     if (row == nullptr) return Fail(ErrorUnknownKeyword, word);
     StatementCall call{*this, row->keyword, rest};
     return row->handler(call);
@@ -130,8 +150,7 @@ void CKalvexDoc::CompleteLine() {
 }
 
 Failure CKalvexDoc::StopOnError(int code, std::string_view text) {
-    m_bRunning = false;
-    m_bPaused = true;
+    Pause();
     return Fail(code, text);
 }
 

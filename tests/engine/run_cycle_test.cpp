@@ -50,9 +50,9 @@ TEST_F(RunCycle, NewDocumentIsIdle) {
     CKalvexDoc document(services);
     EXPECT_EQ(document.GetStateWord(), 0);
     EXPECT_EQ(Error(document), "0");
-    EXPECT_EQ(document.m_nPriority, 50);
-    EXPECT_EQ(document.m_nMarkedLine, -1);
-    EXPECT_TRUE(document.m_bControlAllowed);
+    EXPECT_EQ(document.State().m_nPriority, 50);
+    EXPECT_EQ(document.State().m_nMarkedLine, -1);
+    EXPECT_TRUE(document.State().m_bControlAllowed);
     EXPECT_EQ(document.GetLineCount(), 1);
 }
 
@@ -60,10 +60,10 @@ TEST_F(RunCycle, EmptyTextStartsAndIsFinishedAfterItsOnlyLine) {
     CKalvexDoc& document = Open("");
     EXPECT_TRUE(document.Start());
     EXPECT_TRUE(document.ExecuteLine());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_TRUE(document.ExecuteLine());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
-    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
+    EXPECT_TRUE(document.State().m_bRunning);
 }
 
 TEST_F(RunCycle, OneLineIsExecutedAndThePointerIsPastTheEnd) {
@@ -71,18 +71,18 @@ TEST_F(RunCycle, OneLineIsExecutedAndThePointerIsPastTheEnd) {
     document.Start();
     Tick(1);
     EXPECT_EQ(Value(document, "A"), "171:3.00");
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(RunCycle, LineIsDueEveryFiftiethTick) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
     document.Start();
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     Tick(49);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
 }
 
 TEST_F(RunCycle, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
@@ -90,12 +90,12 @@ TEST_F(RunCycle, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
     for (int i = 0; i < 100; ++i) text += "LOCAL A" + std::to_string(i) + "\n";
     CKalvexDoc& document = Open(text);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 10);
+    EXPECT_EQ(document.State().m_nCurrentLine, 10);
     document.SetMinimised(true);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 30);
+    EXPECT_EQ(document.State().m_nCurrentLine, 30);
 }
 
 TEST_F(RunCycle, BlockedTicksRunNothing) {
@@ -103,10 +103,10 @@ TEST_F(RunCycle, BlockedTicksRunNothing) {
     document.Start();
     ticks.Block(true);
     Tick(10);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
     ticks.Block(false);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(RunCycle, RemovedDocumentIsNotTicked) {
@@ -114,7 +114,7 @@ TEST_F(RunCycle, RemovedDocumentIsNotTicked) {
     document.Start();
     ticks.Remove(document);
     Tick(10);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
 }
 
 TEST_F(RunCycle, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
@@ -124,8 +124,8 @@ TEST_F(RunCycle, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
     EXPECT_TRUE(document.IsReadOnly());
     EXPECT_THAT(Log(LogAlways),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu "));
-    EXPECT_EQ(document.m_nReportedLine, 65535);
-    EXPECT_EQ(document.m_nReportedError, -1);
+    EXPECT_EQ(document.State().m_nReportedLine, 65535);
+    EXPECT_EQ(document.State().m_nReportedError, -1);
     EXPECT_EQ(document.GetStateWord(), StateRunning);
 }
 
@@ -143,9 +143,9 @@ TEST_F(RunCycle, StartWhileRunningKeepsThePointer) {
     document.Start();
     Tick(1);
     EXPECT_TRUE(document.Start());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     Tick(100);
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
 }
 
 TEST_F(RunCycle, FinishedScriptStartedAgainStaysAtItsEnd) {
@@ -197,7 +197,7 @@ TEST_F(RunCycle, StopAndResumeKeepTheState) {
     EXPECT_EQ(document.GetStateWord(), StatePaused);
     EXPECT_TRUE(document.IsReadOnly());
     Tick(200);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     document.Start();
     EXPECT_EQ(document.GetStateWord(), StateRunning);
     Tick(200);
@@ -213,9 +213,9 @@ TEST_F(RunCycle, StepRunsOneLine) {
     document.Stop();
     document.Step();
     EXPECT_EQ(document.GetStateWord(), StatePaused | StateStep);
-    EXPECT_EQ(document.m_nReportedLine, 65535);
+    EXPECT_EQ(document.State().m_nReportedLine, 65535);
     Tick(200);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_EQ(document.GetStateWord(), StatePaused);
 }
 
@@ -226,7 +226,7 @@ TEST_F(RunCycle, StepOnAFinishedScriptOnlyShowsTheLine) {
     document.SetView(&view);
     document.Step();
     Tick(100);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_THAT(view.calls, ElementsAre("unmark 1", "mark 1", "select 1", "variables"));
     document.SetView(nullptr);
 }
@@ -239,7 +239,7 @@ TEST_F(RunCycle, StepReportsOnlyWhenLineAndCodeBothDiffer) {
     document.Step();
     Tick(50);
     EXPECT_EQ(Error(document), "3 A");
-    document.m_nReportedError = ErrorOther;
+    document.ClearRunState();  // forgets the code that was reported
     document.Step();
     Tick(50);
     EXPECT_THAT(Log(LogErrors),
@@ -247,7 +247,7 @@ TEST_F(RunCycle, StepReportsOnlyWhenLineAndCodeBothDiffer) {
                             "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A",
                             "main.kx : Stop skryptu ",
                             "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A"));
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
 }
 
 TEST_F(RunCycle, StepInTheRunningStateLiesIdle) {
@@ -255,9 +255,9 @@ TEST_F(RunCycle, StepInTheRunningStateLiesIdle) {
     document.Start();
     document.Step();
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
-    EXPECT_TRUE(document.m_bStepRequested);
-    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
+    EXPECT_TRUE(document.State().m_bStepRequested);
+    EXPECT_TRUE(document.State().m_bRunning);
 }
 
 TEST_F(RunCycle, ResetDiscardsTheRunAndRestoresTheText) {
@@ -265,9 +265,9 @@ TEST_F(RunCycle, ResetDiscardsTheRunAndRestoresTheText) {
     WriteFile("main.kx", "; nowy");
     document.Reset();
     EXPECT_EQ(document.GetStateWord(), 0);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
-    EXPECT_EQ(document.m_nPriority, 50);
-    EXPECT_EQ(document.m_nPaceCounter, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nPriority, 50);
+    EXPECT_EQ(document.State().m_nPaceCounter, 0);
     EXPECT_FALSE(document.IsReadOnly());
     EXPECT_EQ(document.Variables().GetSize(), 0u);
     EXPECT_EQ(document.GetLine(0), "; nowy");
@@ -279,8 +279,8 @@ TEST_F(RunCycle, ResetKeepsAStandingErrorUntilTheNextLine) {
     EXPECT_EQ(Error(document), "5");
     document.Reset();
     EXPECT_EQ(Error(document), "5");
-    EXPECT_FALSE(document.m_bErrorStanding);
-    EXPECT_EQ(document.m_nReportedError, 0);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
+    EXPECT_EQ(document.State().m_nReportedError, 0);
     WriteFile("main.kx", "LOCAL A");
     document.Start();
     Tick(1);
@@ -303,24 +303,24 @@ TEST_F(RunCycle, ResetReleasesRemoteVariablesWithinOneSubscriptionBlock) {
 
 TEST_F(RunCycle, ResetKeepsIgnoreUnknown) {
     CKalvexDoc& document = Open("");
-    document.m_bIgnoreUnknown = true;
-    document.m_tSleepUntil = 5;
+    document.IgnoreUnknown(true);
+    document.Sleep(5);
     document.Reset();
-    EXPECT_TRUE(document.m_bIgnoreUnknown);
-    EXPECT_EQ(document.m_tSleepUntil, 0);
+    EXPECT_TRUE(document.State().m_bIgnoreUnknown);
+    EXPECT_EQ(document.State().m_tSleepUntil, 0);
 }
 
 TEST_F(RunCycle, FailingLineIsRetriedAndLoggedOnce) {
     CKalvexDoc& document = Run("LOCAL A = 1\nSET A = Q", 100);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
-    EXPECT_TRUE(document.m_bErrorStanding);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
+    EXPECT_TRUE(document.State().m_bErrorStanding);
     EXPECT_TRUE(ticks.IsErrorStanding());
-    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_TRUE(document.State().m_bRunning);
     EXPECT_EQ(Log().back(), "main.kx : Linia 2 - Zmienna nie została poprawnie zdefiniowana : Q");
     EXPECT_EQ(Log().size(), 3u);
     document.Variables().Append(std::make_unique<CVariableLocal>("Q"));
     Tick(1);
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     EXPECT_FALSE(ticks.IsErrorStanding());
 }
 
@@ -330,20 +330,19 @@ TEST_F(RunCycle, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     auto& pointer = static_cast<CVariablePointer&>(*document.Variables().Find("W"));
     pointer.SetTargetName("A");
     Tick(1);
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     pointer.SetTargetName("");
     Tick(1);
-    EXPECT_TRUE(document.m_bErrorStanding);
+    EXPECT_TRUE(document.State().m_bErrorStanding);
     EXPECT_EQ(Log(LogErrors).size(), 3u);
 }
 
 TEST_F(RunCycle, TwoFailingLinesThatAlternateLogOnEveryChange) {
     CKalvexDoc& document = Open("SET A = 1\nSET B = 1");
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     for (int i = 0; i < 4; ++i) {
-        document.m_nCurrentLine = i % 2;
-        document.m_nPaceCounter = 0;
+        document.JumpTo(i % 2);
         document.ExecuteStep();
         document.ExecuteStep();
     }
@@ -353,7 +352,7 @@ TEST_F(RunCycle, TwoFailingLinesThatAlternateLogOnEveryChange) {
 TEST_F(RunCycle, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
     CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nSET B = A", 100);
     EXPECT_EQ(Error(document), "27 A");
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     EXPECT_EQ(Log(LogErrors).size(), 2u);
     EXPECT_THAT(Log(LogEvents),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
@@ -368,16 +367,16 @@ TEST_F(RunCycle, BreakpointStopsBeforeItsLine) {
     view.breakpoint = 2;
     document.SetView(&view);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(20);
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     EXPECT_EQ(document.GetStateWord(), StatePaused);
     EXPECT_THAT(console.calls, ElementsAre("main.kx state 16 word 2 line 2"));
     EXPECT_THAT(view.calls, ElementsAre("select -1", "read-only", "title", "select 1", "select 2",
                                         "mark 2", "select 2", "title"));
     document.Step();
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
     document.SetView(nullptr);
 }
 
@@ -391,7 +390,7 @@ TEST_F(RunCycle, StepNeverStopsOnABreakpointAndMovesTheMarker) {
     document.Step();
     Tick(1);
     EXPECT_THAT(view.calls, ElementsAre("unmark 0", "mark 1", "select 1", "variables"));
-    EXPECT_EQ(document.m_nMarkedLine, 1);
+    EXPECT_EQ(document.State().m_nMarkedLine, 1);
     document.SetView(nullptr);
 }
 
@@ -402,18 +401,18 @@ TEST_F(RunCycle, MinimisedStepLeavesTheMarker) {
     document.SetMinimised(true);
     document.Step();
     Tick(1);
-    EXPECT_EQ(document.m_nMarkedLine, 0);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nMarkedLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(RunCycle, RunningLineIsReportedToTheConsoleAboutOnceASecond) {
     ConsoleRecorder console;
     services.console = &console;
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C\nLOCAL D\nLOCAL E");
-    document.m_bLineReportSend = true;
+    document.SendLineReports(true);
     document.Start();
+    document.SetPriority(1);
     for (int i = 0; i < 4; ++i) {
-        document.m_nPaceCounter = 0;
         document.ExecuteStep();
         clock.Advance(1000);
     }
@@ -426,7 +425,7 @@ TEST_F(RunCycle, StepWithoutControlReportsTheState) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B");
     document.Start();
     document.Stop();
-    document.m_bControlAllowed = false;
+    document.AllowControl(false);
     document.Step();
     Tick(1);
     EXPECT_THAT(console.calls, ElementsAre("main.kx state 9 word 6 line 1"));
@@ -443,9 +442,9 @@ TEST_F(RunCycle, ConsoleClientSendsCommandsAndInterpretsNothing) {
     document.Reset();
     EXPECT_THAT(console.calls, ElementsAre("main.kx command 2", "main.kx command 4",
                                            "main.kx command 8", "main.kx command 6"));
-    document.m_bRunning = true;
+    document.Resume();
     EXPECT_FALSE(document.ExecuteStep());
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
     EXPECT_THAT(Log(), IsEmpty());
 }
 
@@ -454,7 +453,7 @@ TEST_F(RunCycle, ConsoleClientWithoutControlSendsNothing) {
     services.console = &console;
     services.consoleClient = true;
     CKalvexDoc& document = Open("LOCAL A");
-    document.m_bControlAllowed = false;
+    document.AllowControl(false);
     EXPECT_FALSE(document.Start());
     document.Stop();
     document.Step();

@@ -42,7 +42,7 @@ CKalvexDoc& ScriptWorld::Open(std::string_view text, const std::string& name) {
 CKalvexDoc& ScriptWorld::Run(std::string_view text, int count) {
     CKalvexDoc& document = Open(text);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(count);
     return document;
 }

@@ -54,7 +54,7 @@ class RunNetwork : public ScriptWorld {
     CKalvexDoc& Start(std::string_view text) {
         CKalvexDoc& document = Open(text);
         document.Start();
-        document.m_nPriority = 1;
+        document.SetPriority(1);
         return document;
     }
 
@@ -109,7 +109,7 @@ TEST_F(RunNetwork, WriteOfTheLastLineReachesTheServer) {
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a\nSET a = 7");
     TickUntilHeard("subscribe +1V");
     server.SendValue(1, CVal(1));
-    TickUntil([&] { return document.m_nCurrentLine == document.GetLineCount(); });
+    TickUntil([&] { return document.State().m_nCurrentLine == document.GetLineCount(); });
     EndRun();
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "subscribe +1V",
                                           "modify 1:1V[0]=7/32768", "subscribe -1", "closed 4106"));
