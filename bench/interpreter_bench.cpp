@@ -63,7 +63,7 @@ class World {
 };
 
 void RunLines(CKalvexDoc& document, int lines) {
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     for (int i = 0; i < lines; ++i) document.ExecuteStep();
 }
 
@@ -88,7 +88,7 @@ void RunLoop(benchmark::State& state, const std::string& text, int before, int l
         RunLines(document, kLinesOfRound);
         ++rounds;
     }
-    Expect(document.m_bErrorStanding, 0, row);
+    Expect(document.State().m_bErrorStanding, 0, row);
     const std::int64_t turns = rounds * (kLinesOfRound / loop);
     Expect(ValueToDouble(Value(document, "N")), static_cast<double>(turns * counts), row);
     state.SetItemsProcessed(rounds * kLinesOfRound);
@@ -179,7 +179,8 @@ void IdleScripts(benchmark::State& state) {
     for (auto _ : state) world.RunTick();
     std::size_t idle = 0;
     for (const CKalvexDoc* document : documents) {
-        idle += document->m_nCurrentLine == idleness.line && !document->m_bErrorStanding;
+        idle += document->State().m_nCurrentLine == idleness.line &&
+                !document->State().m_bErrorStanding;
     }
     Expect(static_cast<double>(idle), static_cast<double>(count), idleness.name);
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));

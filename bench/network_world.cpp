@@ -107,7 +107,7 @@ Module::Module(const std::string& text) {
     Expect(WriteWholeFile(Folder() + "/a.kx", text, error), error);
     Expect(m_document.Open("a.kx", error), error);
     Expect(m_document.Start(), "start");
-    m_document.m_nPriority = 1;
+    m_document.SetPriority(1);
     m_ticker.Add(m_document);
 }
 
@@ -117,7 +117,7 @@ void Module::Tick() {
 }
 
 void Module::RunToEnd() {
-    while (m_document.m_nCurrentLine < m_document.GetLineCount()) Tick();
+    while (m_document.State().m_nCurrentLine < m_document.GetLineCount()) Tick();
 }
 
 void Module::WaitForData(std::string_view source) {

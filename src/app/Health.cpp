@@ -21,12 +21,12 @@ double Rate(std::uint64_t from, std::uint64_t to, double seconds) {
 }  // namespace
 
 ScriptCondition ConditionOf(CKalvexDoc& script) {
-    if (script.m_bErrorStanding) return ScriptCondition::Error;
-    if (script.m_bPaused) return ScriptCondition::Stopped;
-    if (!script.m_bRunning) return ScriptCondition::Idle;
-    if (script.m_nCurrentLine >= script.GetLineCount()) return ScriptCondition::Finished;
-    return script.m_nErrorCode == ErrorWaiting ? ScriptCondition::Waiting
-                                               : ScriptCondition::Running;
+    const CRunState& state = script.State();
+    if (state.m_bErrorStanding) return ScriptCondition::Error;
+    if (state.m_bPaused) return ScriptCondition::Stopped;
+    if (!state.m_bRunning) return ScriptCondition::Idle;
+    if (state.m_nCurrentLine >= script.GetLineCount()) return ScriptCondition::Finished;
+    return script.LastError().IsWaiting() ? ScriptCondition::Waiting : ScriptCondition::Running;
 }
 
 CHealth::CHealth(std::int64_t now) : m_tStart(now), m_arrSamples{{now, 0, 0}} {}

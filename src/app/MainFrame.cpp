@@ -79,7 +79,7 @@ void CMainFrame::OnRefresh() {
     if (m_pWindow == nullptr) return;
     if (!m_bOpeningScripts) m_pWindow->UpdateToolBar();
     for (const std::unique_ptr<CKalvexDoc>& document : m_documents.All()) {
-        if (document->m_bRunning) m_pWindow->RefreshVariables(*document);
+        if (document->State().m_bRunning) m_pWindow->RefreshVariables(*document);
     }
 }
 

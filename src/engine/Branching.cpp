@@ -43,14 +43,14 @@ class ComparisonChain {
     bool Run() {
         if (!ReadComparison()) return false;
         const int first = Evaluate();
-        if (first != 0 && first != 1) return Fail();
+        if (first != 0 && first != 1) return m_document.Fail(ErrorExpression);
         bool result = first == 1;
         if (result && !EndsComparison()) return false;
         while (Connects(m_token)) {
             const bool both = m_token == "&";
             if (!ReadComparison()) return false;
             const int next = Evaluate();
-            if (next != 0 && next != 1) return Fail();
+            if (next != 0 && next != 1) return m_document.Fail(ErrorExpression);
             result = both ? result && next == 1 : result || next == 1;
             if (!EndsComparison()) return false;
         }
@@ -58,11 +58,6 @@ class ComparisonChain {
     }
 
   private:
-    bool Fail() {
-        m_document.SetError(ErrorExpression, {}, false);
-        return false;
-    }
-
     bool EndsComparison() const {
         return Is(m_token, Keyword::Goto) || Is(m_token, Keyword::Then) || Connects(m_token);
     }
@@ -100,12 +95,12 @@ class ComparisonChain {
     bool ReadRight() {
         while (!m_rest.empty()) {
             m_token = NextToken(m_rest);
-            if (m_token == Keyword::Goto || m_token == Keyword::Then || Connects(m_token))
+            if (m_token == Keyword::Goto || m_token == Keyword::Then || Connects(m_token)) {
                 return true;
+            }
             m_right += m_token;
         }
-        m_document.SetError(ErrorNoComparison, {}, false);
-        return false;
+        return m_document.Fail(ErrorNoComparison);
     }
 
     // A NOT in front of the first comparison inverts all later ones too.
@@ -116,7 +111,7 @@ class ComparisonChain {
 
     bool Decide(bool result) {
         if (Is(m_token, Keyword::Goto) && result) return m_document.GotoLabel(NextToken(m_rest));
-        if (Is(m_token, Keyword::Then) && !result) m_document.m_nCurrentLine = m_nElseLine;
+        if (Is(m_token, Keyword::Then) && !result) m_document.JumpTo(m_nElseLine);
         return true;
     }
 
@@ -133,43 +128,46 @@ class ComparisonChain {
 
 }  // namespace
 
-bool ExecuteIf(StatementCall& call) {
+LineOutcome ExecuteIf(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const int elseLine = document.IfBlocks().Find(document, document.m_nCurrentLine).nElseLine;
-    if (document.m_nErrorCode != ErrorNone) return false;
+    const int elseLine =
+        document.IfBlocks().Find(document, document.State().m_nCurrentLine).nElseLine;
+    if (document.LastError().m_nErrorCode != ErrorNone) return LineOutcome::Failed;
     CVal value;
     std::string_view condition = call.rest;
     if (!EvaluateRest(document, condition, value, ValueType::Double)) {
-        return ComparisonChain(document, call.rest, elseLine).Run();
+        return FinishedIf(ComparisonChain(document, call.rest, elseLine).Run());
     }
     const bool holds = (value != CVal(0)) != 0;
     std::string_view token = NextToken(call.rest);
     while (!token.empty() && !EndsCondition(token)) token = NextToken(call.rest);
-    if (Is(token, Keyword::Goto) && holds) return document.GotoLabel(NextToken(call.rest));
-    if (Is(token, Keyword::Then) && !holds) document.m_nCurrentLine = elseLine;
-    return true;
+    if (Is(token, Keyword::Goto) && holds) {
+        return FinishedIf(document.GotoLabel(NextToken(call.rest)));
+    }
+    if (Is(token, Keyword::Then) && !holds) document.JumpTo(elseLine);
+    return LineOutcome::Finished;
 }
 
-bool ExecuteElse(StatementCall& call) {
+LineOutcome ExecuteElse(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    int& line = document.m_nCurrentLine;
+    int line = document.State().m_nCurrentLine;
     std::string first = FirstKeyword(document, line);
     while (first != Keyword::Endif && line < document.GetLineCount()) {
         if (first == Keyword::If) line = document.IfBlocks().Find(document, line).nEndifLine;
         ++line;
         first = FirstKeyword(document, line);
     }
-    if (first == Keyword::Endif) return true;
-    document.SetError(ErrorBadFunction, first, false);
-    return false;
+    document.JumpTo(line);
+    if (first == Keyword::Endif) return LineOutcome::Finished;
+    return document.Fail(ErrorBadFunction, first);
 }
 
-bool ExecuteEndif(StatementCall&) {
-    return true;
+LineOutcome ExecuteEndif(StatementCall&) {
+    return LineOutcome::Finished;
 }
 
-bool ExecuteGoto(StatementCall& call) {
-    return call.document.GotoLabel(NextToken(call.rest));
+LineOutcome ExecuteGoto(StatementCall& call) {
+    return FinishedIf(call.document.GotoLabel(NextToken(call.rest)));
 }
 
 // The first line that is the label, or -1. A text that is not started may change between two lines
@@ -191,7 +189,7 @@ bool CKalvexDoc::GotoLabel(std::string_view label) {
     const std::string target = ':' + std::string(label);
     const int line = FindLabel(target);
     if (line < 0) return StopOnError(ErrorNoLabel, target);
-    m_nCurrentLine = line;
+    JumpTo(line);
     return true;
 }
 

@@ -12,11 +12,6 @@ namespace {
 
 constexpr std::string_view kTimestamp = ".TIMESTAMP";
 
-bool Fail(CKalvexDoc& document, ScriptError code, std::string_view text, bool force) {
-    document.SetError(code, text, force);
-    return false;
-}
-
 // The current type of the variable is what numeric literals on the right side become.
 bool EvaluateFor(CKalvexDoc& document, CVariable& variable, std::string_view& text, CVal& out) {
     return EvaluateRest(document, text, out, variable.GetValueType(KindCurrent, 1));
@@ -55,107 +50,109 @@ bool CKalvexDoc::CreateRemoteVariable(std::string_view name, std::string_view ta
     return true;
 }
 
-bool ExecuteLocal(StatementCall& call) {
+LineOutcome ExecuteLocal(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
     const std::string_view sign = NextToken(call.rest);
-    if (!document.CreateVariable(name, VariableLocal)) return false;
-    if (sign.empty() || sign == ";") return true;
-    if (sign != "=") return Fail(document, ErrorNoAssignment, {}, false);
+    if (!document.CreateVariable(name, VariableLocal)) return LineOutcome::Failed;
+    if (sign.empty() || sign == ";") return LineOutcome::Finished;
+    if (sign != "=") return document.Fail(ErrorNoAssignment);
     CVariable& variable = *document.Variables().Find(name);
     const std::string_view text = TrimBlanks(call.rest);
     CVal value;
     if (!EvaluateFor(document, variable, call.rest, value)) {
-        return Fail(document, ErrorExpression, text, false);
+        return document.Fail(ErrorExpression, text);
     }
     variable.SetValue(value, GetValueKind(name));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteRemote(StatementCall& call) {
+LineOutcome ExecuteRemote(StatementCall& call) {
     const std::string_view name = NextToken(call.rest);
     const std::string_view target = NextToken(call.rest);
     const std::size_t quote = target.find('"');
-    if (quote == std::string_view::npos) return call.document.CreateRemoteVariable(name, target);
+    if (quote == std::string_view::npos) {
+        return FinishedIf(call.document.CreateRemoteVariable(name, target));
+    }
     const std::size_t last = target.rfind('"');
-    if (last == quote) return false;
+    if (last == quote) return LineOutcome::Failed;
     std::string unquoted(target.substr(0, quote));
     unquoted += target.substr(quote + 1, last - quote - 1);
-    return call.document.CreateRemoteVariable(name, unquoted);
+    return FinishedIf(call.document.CreateRemoteVariable(name, unquoted));
 }
 
-bool ExecutePointer(StatementCall& call) {
-    return call.document.CreateVariable(NextToken(call.rest), VariablePointer);
+LineOutcome ExecutePointer(StatementCall& call) {
+    return FinishedIf(call.document.CreateVariable(NextToken(call.rest), VariablePointer));
 }
 
-bool ExecuteList(StatementCall& call) {
-    return call.document.CreateVariable(NextToken(call.rest), VariableList);
+LineOutcome ExecuteList(StatementCall& call) {
+    return FinishedIf(call.document.CreateVariable(NextToken(call.rest), VariableList));
 }
 
-bool ExecuteSet(StatementCall& call) {
+LineOutcome ExecuteSet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     std::string_view name = NextToken(call.rest);
-    if (NextToken(call.rest) != "=") return Fail(document, ErrorNoAssignment, {}, false);
+    if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
     const std::size_t stamp = name.find(kTimestamp);
     const bool setsTime = stamp != std::string_view::npos && stamp > 0;
     if (setsTime) name = name.substr(0, stamp);
-    CVariable* variable = FindVariable(document, name);
-    if (variable == nullptr) return Fail(document, ErrorUndefinedVariable, name, true);
+    CVariable* variable = document.FindNamed(name);
+    if (variable == nullptr) return LineOutcome::Failed;
     CVal value;
-    if (!EvaluateFor(document, *variable, call.rest, value)) return false;
+    if (!EvaluateFor(document, *variable, call.rest, value)) return LineOutcome::Failed;
     if (setsTime) {
         variable->SetTime(ValueToInt(value), GetValueKind(name));
     } else {
         variable->SetValue(value, GetValueKind(name));
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteCopy(StatementCall& call) {
+LineOutcome ExecuteCopy(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view source = NextToken(call.rest);
     const std::string_view target = NextToken(call.rest);
     if (source.empty() || target.empty()) {
-        return Fail(document, ErrorUndefinedVariable, {}, false);
+        return document.Fail(ErrorUndefinedVariable);
     }
-    CVariable* from = FindVariable(document, source);
-    if (from == nullptr) return Fail(document, ErrorUndefinedVariable, source, true);
-    CVariable* to = FindVariable(document, target);
-    if (to == nullptr) return Fail(document, ErrorUndefinedVariable, target, true);
+    CVariable* from = document.FindNamed(source);
+    if (from == nullptr) return LineOutcome::Failed;
+    CVariable* to = document.FindNamed(target);
+    if (to == nullptr) return LineOutcome::Failed;
     to->CopyFrom(from, GetValueKind(source));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSetPtr(StatementCall& call) {
+LineOutcome ExecuteSetPtr(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
-    if (NextToken(call.rest) != "=") return Fail(document, ErrorNoAssignment, {}, false);
+    if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
     CVariable* variable = FindVariable(document, name);
     if (variable == nullptr || variable->GetKind() != VariablePointer) {
-        return Fail(document, ErrorUndefinedVariable, name, true);
+        return document.FailForced(ErrorUndefinedVariable, name);
     }
     const std::string_view text = TrimBlanks(call.rest);
     CVal target;
     if (!EvaluateRest(document, call.rest, target, ValueType::Text)) {
-        return Fail(document, ErrorExpression, text, false);
+        return document.Fail(ErrorExpression, text);
     }
     static_cast<CVariablePointer*>(variable)->SetTargetName(ValueToText(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteCreateVarList(StatementCall& call) {
+LineOutcome ExecuteCreateVarList(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view name = NextToken(call.rest);
     const std::string_view token = NextToken(call.rest);
     CVariable* list = FindVariable(document, name);
     if (list == nullptr || list->GetKind() != VariableList) {
-        return Fail(document, ErrorUndefinedVariable, name, true);
+        return document.FailForced(ErrorUndefinedVariable, name);
     }
     CVal pattern;
     if (!EvaluateOperand(document, token, pattern, ValueType::Text, true)) {
         const bool wild = token.find_first_of("*?") != std::string_view::npos;
         if (!wild || document.Variables().Find(BaseName(token)) != nullptr) {
-            return Fail(document, ErrorOther, token, false);
+            return document.Fail(ErrorOther, token);
         }
         pattern = CVal(token);
     }
@@ -168,7 +165,7 @@ bool ExecuteCreateVarList(StatementCall& call) {
             static_cast<CVariableList*>(list)->Add(CVal(std::string_view(candidate)));
         }
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex

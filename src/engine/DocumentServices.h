@@ -7,9 +7,6 @@
 #include "engine/ScriptSources.h"
 #include "engine/Statement.h"
 #include "operands/ScriptContext.h"
-#include "platform/Crypt.h"
-#include "platform/NetworkProbes.h"
-#include "platform/Processes.h"
 #include "platform/Questions.h"
 
 namespace kalvex {
@@ -24,13 +21,10 @@ struct RunCounts {
 struct DocumentServices : ValueServices {
     const CStatementTable& statements;
     Questions& questions;
-    CScriptSources* sources = nullptr;      // none in a process without data sources
-    CConsoleLink* console = nullptr;        // none without a remote console
-    bool consoleClient = false;             // this process mirrors a module and never interprets
-    Processes* processes = &NoProcesses();  // never null
-    const CCrypt* crypt = nullptr;          // none where no text is protected
-    NetworkProbes* probes = &NoProbes();    // never null
-    RunCounts* counts = nullptr;            // none where nobody counts
+    CScriptSources* sources = nullptr;  // none in a process without data sources
+    CConsoleLink* console = nullptr;    // none without a remote console
+    bool consoleClient = false;         // this process mirrors a module and never interprets
+    RunCounts* counts = nullptr;        // none where nobody counts
 };
 
 }  // namespace kalvex

@@ -5,13 +5,13 @@
 
 namespace kalvex {
 
-bool ExecuteFillInList(StatementCall& call) {
-    return FillInList(call.document, call.rest);
+LineOutcome ExecuteFillInList(StatementCall& call) {
+    return FinishedIf(FillInList(call.document, call.rest));
 }
 
 // A reversed range and an empty result are no failure of the line.
-bool ExecuteCalcInList(StatementCall& call) {
-    return CalcInList(call.document, call.rest) != CalcResult::Error;
+LineOutcome ExecuteCalcInList(StatementCall& call) {
+    return FinishedIf(CalcInList(call.document, call.rest) != CalcResult::Error);
 }
 
 }  // namespace kalvex

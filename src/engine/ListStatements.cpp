@@ -11,28 +11,11 @@ namespace kalvex {
 
 namespace {
 
-CVariable* FindNamed(CKalvexDoc& document, std::string_view name) {
-    CVariable* const variable = FindVariable(document, name);
-    if (variable == nullptr) document.SetError(ErrorUndefinedVariable, name, true);
-    return variable;
-}
-
-CVariableList* FindList(CKalvexDoc& document, std::string_view name) {
-    CVariable* const variable = FindNamed(document, name);
-    if (variable == nullptr) return nullptr;
-    if (variable->GetKind() != VariableList) {
-        document.SetError(ErrorWrongKind, name, false);
-        return nullptr;
-    }
-    return static_cast<CVariableList*>(variable);
-}
-
 // An argument is one token, whatever stands behind it.
 bool ReadArgument(CKalvexDoc& document, std::string_view token, CVal& out, int wanted) {
     std::string_view text = token;
     if (EvaluateRest(document, text, out, wanted)) return true;
-    document.SetError(ErrorExpression, token, false);
-    return false;
+    return document.Fail(ErrorExpression, token);
 }
 
 bool ReadIndex(CKalvexDoc& document, std::string_view token, std::int32_t& out) {
@@ -48,81 +31,81 @@ bool ReadElement(CKalvexDoc& document, CVariableList& list, std::string_view tok
 
 }  // namespace
 
-bool ExecuteMoveFirst(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
-    if (list == nullptr) return false;
+LineOutcome ExecuteMoveFirst(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
+    if (list == nullptr) return LineOutcome::Failed;
     list->MoveFirst();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteMoveNext(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
-    if (list == nullptr) return false;
+LineOutcome ExecuteMoveNext(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
+    if (list == nullptr) return LineOutcome::Failed;
     list->MoveNext();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteMoveTo(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+LineOutcome ExecuteMoveTo(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     std::int32_t index = 0;
-    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
+    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) {
+        return LineOutcome::Failed;
+    }
     list->MoveTo(index);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteAdd(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+LineOutcome ExecuteAdd(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     CVal element;
     if (list == nullptr || !ReadElement(call.document, *list, NextToken(call.rest), element)) {
-        return false;
+        return LineOutcome::Failed;
     }
     list->Add(element);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteInsert(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+LineOutcome ExecuteInsert(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     const std::string_view indexToken = NextToken(call.rest);
     const std::string_view elementToken = NextToken(call.rest);
     std::int32_t index = 0;
     CVal element;
     if (list == nullptr || !ReadIndex(call.document, indexToken, index) ||
         !ReadElement(call.document, *list, elementToken, element)) {
-        return false;
+        return LineOutcome::Failed;
     }
-    if (list->Insert(index, element) != 0) return true;
-    call.document.SetError(ErrorExpression, indexToken, false);
-    return false;
+    if (list->Insert(index, element) != 0) return LineOutcome::Finished;
+    return call.document.Fail(ErrorExpression, indexToken);
 }
 
 // Removes the element under the iterator: the index has to be a valid expression and is not used.
-bool ExecuteRemove(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
+LineOutcome ExecuteRemove(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
     std::int32_t index = 0;
-    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) return false;
+    if (list == nullptr || !ReadIndex(call.document, NextToken(call.rest), index)) {
+        return LineOutcome::Failed;
+    }
     list->RemoveCurrent();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteRemoveAll(StatementCall& call) {
-    CVariableList* const list = FindList(call.document, NextToken(call.rest));
-    if (list == nullptr) return false;
+LineOutcome ExecuteRemoveAll(StatementCall& call) {
+    CVariableList* const list = call.document.FindList(NextToken(call.rest));
+    if (list == nullptr) return LineOutcome::Failed;
     list->RemoveAll();
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSplit(StatementCall& call) {
+LineOutcome ExecuteSplit(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::string_view sourceName = NextToken(call.rest);
     const std::string_view separators = NextToken(call.rest);
     const std::string_view listName = NextToken(call.rest);
-    if (listName.empty()) {
-        document.SetError(ErrorArguments, "", false);
-        return false;
-    }
-    CVariable* const source = FindNamed(document, sourceName);
-    CVariableList* const list = source == nullptr ? nullptr : FindList(document, listName);
-    if (list == nullptr) return false;
+    if (listName.empty()) return document.Fail(ErrorArguments);
+    CVariable* const source = document.FindNamed(sourceName);
+    CVariableList* const list = source == nullptr ? nullptr : document.FindList(listName);
+    if (list == nullptr) return LineOutcome::Failed;
 
     CVal value;
     const bool readable = source->GetValue(value, KindCurrent, 0) == ReadValue;
@@ -130,7 +113,7 @@ bool ExecuteSplit(StatementCall& call) {
     std::size_t end = 0;
     for (;;) {
         const std::size_t start = text.find_first_not_of(separators, end);
-        if (start == std::string::npos) return true;
+        if (start == std::string::npos) return LineOutcome::Finished;
         end = text.find_first_of(separators, start);
         list->Add(CVal(std::string_view(text).substr(start, end - start)));
     }

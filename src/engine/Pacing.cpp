@@ -14,68 +14,77 @@ namespace kalvex {
 
 namespace {
 
-bool SetAllLocked(CKalvexDoc& document, bool locked) {
+LineOutcome SetAllLocked(CKalvexDoc& document, bool locked) {
     for (const auto& variable : document.Variables()) variable->SetLocked(locked);
-    return true;
-}
-
-bool SetAllIgnoreUnknown(CKalvexDoc& document, bool ignore) {
-    document.m_bIgnoreUnknown = ignore;
-    for (const auto& variable : document.Variables()) variable->SetIgnoreUnknown(ignore);
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace
 
-bool ExecuteLock(StatementCall& call) {
+void CKalvexDoc::IgnoreUnknown(bool ignore) {
+    m_bIgnoreUnknown = ignore;
+    for (const auto& variable : Variables()) variable->SetIgnoreUnknown(ignore);
+}
+
+void CKalvexDoc::SetPriority(int ticks) {
+    m_nPriority = ticks;
+    // The extra steps of the top speed follow in this same tick, and have lines to run.
+    if (ticks == 1) m_nPaceCounter = 0;
+}
+
+LineOutcome CKalvexDoc::Sleep(std::int64_t seconds) {
+    const std::int64_t now = Services().clock.Now();
+    if (m_tSleepUntil == 0) m_tSleepUntil = now + seconds;
+    if (m_tSleepUntil > now) return LineOutcome::Stays;
+    m_tSleepUntil = 0;
+    return LineOutcome::Finished;
+}
+
+LineOutcome ExecuteLock(StatementCall& call) {
     return SetAllLocked(call.document, true);
 }
 
-bool ExecuteUnlock(StatementCall& call) {
+LineOutcome ExecuteUnlock(StatementCall& call) {
     return SetAllLocked(call.document, false);
 }
 
-bool ExecuteIgnoreUnknownOn(StatementCall& call) {
-    return SetAllIgnoreUnknown(call.document, true);
+LineOutcome ExecuteIgnoreUnknownOn(StatementCall& call) {
+    call.document.IgnoreUnknown(true);
+    return LineOutcome::Finished;
 }
 
-bool ExecuteIgnoreUnknownOff(StatementCall& call) {
-    return SetAllIgnoreUnknown(call.document, false);
+LineOutcome ExecuteIgnoreUnknownOff(StatementCall& call) {
+    call.document.IgnoreUnknown(false);
+    return LineOutcome::Finished;
 }
 
-bool ExecutePriority(StatementCall& call) {
+LineOutcome ExecutePriority(StatementCall& call) {
     CKalvexDoc& document = call.document;
     CVal value;
-    if (!EvaluateOperand(document, NextToken(call.rest), value, ValueType::Int, true)) return false;
-    const int priority = ValueToInt(value);
-    if (priority <= 0) return true;
-    document.m_nPriority = priority;
-    // The extra steps of the top speed follow in this same tick, and have lines to run.
-    if (priority == 1) document.m_nPaceCounter = 0;
-    return true;
-}
-
-bool ExecuteSleep(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    const std::int64_t now = document.Services().clock.Now();
-    SleepTime span;
-    if (!ParseSleepTime(document, NextToken(call.rest), span)) return false;
-    if (document.m_tSleepUntil == 0) {
-        document.m_tSleepUntil =
-            now + std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 + span.seconds;
+    if (!EvaluateOperand(document, NextToken(call.rest), value, ValueType::Int, true)) {
+        return LineOutcome::Failed;
     }
-    call.keepLine = document.m_tSleepUntil > now;
-    if (!call.keepLine) document.m_tSleepUntil = 0;
-    return true;
+    const int priority = ValueToInt(value);
+    if (priority > 0) document.SetPriority(priority);
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSetTime(StatementCall& call) {
+LineOutcome ExecuteSleep(StatementCall& call) {
+    SleepTime span;
+    if (!ParseSleepTime(call.document, NextToken(call.rest), span)) return LineOutcome::Failed;
+    return call.document.Sleep(std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 +
+                               span.seconds);
+}
+
+LineOutcome ExecuteSetTime(StatementCall& call) {
     std::array<std::string_view, 6> tokens;
     for (std::string_view& token : tokens) token = NextToken(call.rest);
     std::array<int, 6> fields{};
     for (std::size_t i = 0; i < tokens.size(); ++i) {
         CVal value;
-        if (!EvaluateOperand(call.document, tokens[i], value, ValueType::Int, true)) return false;
+        if (!EvaluateOperand(call.document, tokens[i], value, ValueType::Int, true)) {
+            return LineOutcome::Failed;
+        }
         fields[i] = ValueToInt(value);
     }
     const auto [year, month, day, hour, minute, second] = fields;
@@ -88,10 +97,10 @@ bool ExecuteSetTime(StatementCall& call) {
     // A time before 1970 has no fields, so there is nothing to set. Whether the system lets the
     // clock be set is no concern of the script.
     if (time >= 0) call.document.Services().clock.SetSystemTime(time);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteSubscribe(StatementCall& call) {
+LineOutcome ExecuteSubscribe(StatementCall& call) {
     CScriptSources* const sources = call.document.Services().sources;
     const std::string_view word = NextToken(call.rest);
     if (word == "STOP") {
@@ -99,10 +108,9 @@ bool ExecuteSubscribe(StatementCall& call) {
     } else if (word == "START") {
         if (sources != nullptr) sources->UnblockSubscribe(false);
     } else {
-        call.document.SetError(ErrorUnknownKeyword, word, false);
-        return false;
+        return call.document.Fail(ErrorUnknownKeyword, word);
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex

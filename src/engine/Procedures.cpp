@@ -35,7 +35,7 @@ int FindProcedure(CKalvexDoc& document, std::string_view name) {
     return -1;
 }
 
-bool CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view text) {
+LineOutcome CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view text) {
     const std::string name(ProcedureName(text));  // the search moves on from this line's text
     if (name.empty()) return document.StopOnError(ErrorNoProcedure, "");
     ForEachArgument(text, [&](std::string item) {
@@ -50,8 +50,8 @@ bool CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view tex
     ForEachArgument(line, [&](std::string item) {
         if (next != frame.arrArgs.end()) (next++)->strFormal = std::move(item);
     });
-    document.m_nCurrentLine = head;
-    return true;
+    document.JumpTo(head);
+    return LineOutcome::Finished;
 }
 
 // The arguments of a nested call are rewritten where they stand, so that they arrive as those of
@@ -104,41 +104,48 @@ std::string RewriteLine(const CCallFrame& frame, std::string_view line) {
     }
 }
 
-bool SkipProcedureLine(CKalvexDoc& document, std::string_view keyword) {
+// Nothing but BEGIN may stand between a head that was reached from above and the body.
+LineOutcome CKalvexDoc::PassProcedureLine(std::string_view keyword) {
     if (keyword == Keyword::Begin) {
-        document.m_bInProcedureBody = true;
-        return true;
+        m_bInProcedureBody = true;
+        return LineOutcome::Finished;
     }
-    if (!document.m_bInProcedureBody) return false;
+    if (!m_bInProcedureBody) return LineOutcome::Failed;
     if (keyword == Keyword::End) {
-        document.m_bInProcedureSkip = false;
-        document.m_bInProcedureBody = false;
+        m_bInProcedureSkip = false;
+        m_bInProcedureBody = false;
     }
+    return LineOutcome::Finished;
+}
+
+CCallFrame& CKalvexDoc::PushFrame() {
+    CCallFrame& frame = m_lstCallStack.emplace_back();
+    frame.nReturnLine = m_nCurrentLine;
+    return frame;
+}
+
+bool CKalvexDoc::ReturnFromCall() {
+    if (m_lstCallStack.empty()) return false;
+    JumpTo(m_lstCallStack.back().nReturnLine);
+    m_lstCallStack.pop_back();
     return true;
 }
 
-bool ExecuteProcedure(StatementCall& call) {
-    call.document.m_bInProcedureSkip = true;
-    return true;
+LineOutcome ExecuteProcedure(StatementCall& call) {
+    call.document.SkipProcedure();
+    return LineOutcome::Finished;
 }
 
-bool ExecuteBegin(StatementCall&) {
-    return true;
+LineOutcome ExecuteBegin(StatementCall&) {
+    return LineOutcome::Finished;
 }
 
-bool ExecuteEnd(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    if (document.m_lstCallStack.empty()) return false;
-    document.m_nCurrentLine = document.m_lstCallStack.back().nReturnLine;
-    document.m_lstCallStack.pop_back();
-    return true;
+LineOutcome ExecuteEnd(StatementCall& call) {
+    return FinishedIf(call.document.ReturnFromCall());
 }
 
-bool ExecuteCall(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    CCallFrame& frame = document.m_lstCallStack.emplace_back();
-    frame.nReturnLine = document.m_nCurrentLine;
-    return CallProcedure(document, frame, call.rest);
+LineOutcome ExecuteCall(StatementCall& call) {
+    return CallProcedure(call.document, call.document.PushFrame(), call.rest);
 }
 
 }  // namespace kalvex

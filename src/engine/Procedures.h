@@ -18,7 +18,4 @@ std::string LookupArgument(const CCallFrame& frame, std::string_view token);
 // The line with each formal parameter replaced by the actual argument's text.
 std::string RewriteLine(const CCallFrame& frame, std::string_view line);
 
-// The rule for lines below a PROCEDURE that was reached from above.
-bool SkipProcedureLine(CKalvexDoc& document, std::string_view keyword);
-
 }  // namespace kalvex

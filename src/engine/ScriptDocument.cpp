@@ -19,7 +19,7 @@ CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<CScript
 
 CKalvexDoc::~CKalvexDoc() {
     ClearRunState();
-    for (std::unique_ptr<CDocumentPart>& part : m_arrParts) part.reset();
+    DestroyParts();
 }
 
 bool CKalvexDoc::Open(std::string_view path, std::string& error) {
@@ -27,7 +27,7 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
     std::string content;
     const std::string full = paths.GetFullPath(path);
     if (!ReadWholeFile(NativePath(full), content, error)) return false;
-    m_strPath = full;
+    SetPathName(full);
     m_strDocKey = paths.GetShortPath(path);
     m_pText->SetText(content);
     m_bModified = false;
@@ -35,7 +35,7 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
 }
 
 bool CKalvexDoc::Save(std::string& error) {
-    if (!WriteWholeFile(NativePath(m_strPath), m_pText->GetText(), error)) return false;
+    if (!WriteWholeFile(NativePath(GetPathName()), m_pText->GetText(), error)) return false;
     m_bModified = false;
     return true;
 }
@@ -43,7 +43,7 @@ bool CKalvexDoc::Save(std::string& error) {
 bool CKalvexDoc::Reload() {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(NativePath(m_strPath), content, error)) {
+    if (!ReadWholeFile(NativePath(GetPathName()), content, error)) {
         LogLine(" : " + FromUtf8(error), LogErrors);
         return false;
     }
@@ -62,7 +62,7 @@ int CKalvexDoc::GetStateWord() const {
 }
 
 void CKalvexDoc::LogLine(std::string_view text, int level) {
-    Services().log.Log(m_strPath + std::string(text), level);
+    Services().log.Log(GetPathName() + std::string(text), level);
 }
 
 void CKalvexDoc::FillLineCache() {
@@ -135,7 +135,7 @@ bool CKalvexDoc::Start() {
         DropLineCache();
         ExpandIncludes(true);
     }
-    MoveMarker(-1);
+    MarkLine(-1);
     FillLineCache();
     if (m_pView != nullptr) m_pView->SelectLine(-1);
     m_bModified = false;
@@ -148,10 +148,9 @@ bool CKalvexDoc::Start() {
     m_nReportedError = kNoErrorReported;
     m_bErrorStanding = false;
     m_tSleepUntil = 0;
-    m_bRunning = true;
-    m_bPaused = false;
     m_bInProcedureSkip = false;
     m_bInProcedureBody = false;
+    Resume();
     SetReadOnly(true);
     if (m_pView != nullptr) m_pView->RefreshTitle();
     LogLine(Services().translator.Translate(" : Start skryptu "), LogAlways);
@@ -160,10 +159,9 @@ bool CKalvexDoc::Start() {
 
 void CKalvexDoc::Stop() {
     if (CommandGoesToModule(ConsoleCommand::Stop)) return;
-    MoveMarker(m_nCurrentLine);
-    m_bRunning = false;
+    MarkLine(m_nCurrentLine);
     m_bStepRequested = false;
-    m_bPaused = true;
+    Pause();
     if (m_pView != nullptr) {
         m_pView->SelectLine(m_nCurrentLine);
         m_pView->RefreshTitle();
@@ -180,7 +178,7 @@ void CKalvexDoc::Step() {
 void CKalvexDoc::Reset() {
     if (CommandGoesToModule(ConsoleCommand::Reset)) return;
     LogLine(Services().translator.Translate(" : Reset skryptu "), LogAlways);
-    MoveMarker(-1);
+    MarkLine(-1);
     if (m_pView != nullptr) m_pView->SelectLine(-1);
     ClearRunState();
     ExpandIncludes(false);
@@ -204,9 +202,7 @@ void CKalvexDoc::ClearRunState() {
     m_mapWaitFor.clear();
     m_lstCallStack.clear();
     DropLineCache();
-    for (const std::unique_ptr<CDocumentPart>& part : m_arrParts) {
-        if (part) part->ClearRunState();
-    }
+    ClearParts();
     if (m_pView != nullptr) m_pView->RefreshVariables();
     m_nCurrentLine = 0;
     m_nPriority = kDefaultPriority;
@@ -216,7 +212,7 @@ void CKalvexDoc::ClearRunState() {
     m_bErrorStanding = false;
 }
 
-void CKalvexDoc::MoveMarker(int line) {
+void CKalvexDoc::MarkLine(int line) {
     if (m_pView != nullptr) {
         if (m_nMarkedLine != -1) m_pView->SetLineMarker(m_nMarkedLine, false);
         if (line != -1) m_pView->SetLineMarker(line, true);

@@ -2,7 +2,6 @@
 // but their services. Everything runs on the main thread; nothing here blocks.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -13,7 +12,6 @@
 #include <vector>
 
 #include "engine/CallStack.h"
-#include "engine/DocumentPart.h"
 #include "engine/DocumentServices.h"
 #include "engine/IfBlocks.h"
 #include "engine/ScriptText.h"
@@ -25,10 +23,8 @@ namespace kalvex {
 // Bits of the state word that the console publishes.
 enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, StateMinimised = 8 };
 
-// The interpreter's state that statements work on. Line numbers count from 0.
+// The state of a script's run. The document alone changes it. Line numbers count from 0.
 struct CRunState {
-    int m_nErrorCode = 0;
-    std::string m_strErrorText;
     bool m_bIncludesExpanded = false;
     bool m_bRunning = false;        // runs freely; also when it has passed its last line
     bool m_bStepRequested = false;  // the next due step runs one line
@@ -52,7 +48,7 @@ struct CRunState {
     bool m_bIgnoreUnknown = false;
 };
 
-class CKalvexDoc final : public CScriptContext, public CRunState {
+class CKalvexDoc final : public CScriptContext, private CRunState {
   public:
     // Makes an empty, idle document. Lines live in a line list unless another text is given.
     explicit CKalvexDoc(const DocumentServices& services,
@@ -65,7 +61,6 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     bool Save(std::string& error);
 
     const DocumentServices& Services() const { return m_documentServices; }
-    const std::string& GetPathName() const { return m_strPath; }  // full path, Windows-1250
     const std::string& GetDocKey() const { return m_strDocKey; }  // short path
     CScriptText& Text() { return *m_pText; }
     const CScriptText& Text() const { return *m_pText; }
@@ -76,6 +71,7 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void SetReadOnly(bool readOnly);
     void SetMinimised(bool minimised) { m_bMinimised = minimised; }
     int GetStateWord() const;
+    const CRunState& State() const { return *this; }
 
     // Commands. Start is also the resume after a stop; false when the script does not run now.
     bool Start();
@@ -84,18 +80,27 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     void Reset();
     void ClearRunState();
 
+    // Without control a console client commands nothing. Lines go to the console once it wants
+    // them.
+    void AllowControl(bool allowed) { m_bControlAllowed = allowed; }
+    void SendLineReports(bool wanted) { m_bLineReportSend = wanted; }
+
     // One step by pacing; returns m_bErrorStanding.
     bool ExecuteStep();
     // Runs the current line; true when it finished or waits without error.
     bool ExecuteLine();
+    // Counts the pace on as so many steps do that have no line to run.
+    void SkipSteps(int count);
+    // Into step mode, all state kept, and out of it to run freely.
+    void Pause();
+    void Resume();
 
     int GetLineCount() const;
     // Line n normalised: tabs are blanks, leading blanks gone. Valid until the next call.
     std::string_view GetLine(int n);
 
-    void SetError(int code, std::string_view text, bool force) override;
-    // Records the error and puts the script into step mode; always false, for a handler to return.
-    bool StopOnError(int code, std::string_view text);
+    // Records the error and puts the script into step mode, for a handler to return.
+    Failure StopOnError(int code, std::string_view text);
     std::string GetErrorMessage(int code) const;  // translated
     // " : Linia N - message" and " : text" if there is one.
     std::string FormatErrorReport(int line, int code, std::string_view text) const;
@@ -108,8 +113,26 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     bool CheckStructure();
     // Where the blocks of the text end.
     CIfBlocks& IfBlocks();
-    // Moves to the label's line; a missing label stops the script with error 6.
+    // Moves to a line, which is passed over when the statement that jumps has finished.
+    void JumpTo(int line) { m_nCurrentLine = line; }
+    // Jumps to the label's line; a missing label stops the script with error 6.
     bool GotoLabel(std::string_view label);
+    // A frame for a CALL on the current line. Going back ends the newest one and jumps to its CALL;
+    // false when there is none.
+    CCallFrame& PushFrame();
+    bool ReturnFromCall();
+    // The lines from here to the END of the procedure are passed over.
+    void SkipProcedure() { m_bInProcedureSkip = true; }
+
+    // A line runs every so many ticks.
+    void SetPriority(int ticks);
+    // Begins to sleep or goes on sleeping: finished once the time is up.
+    LineOutcome Sleep(std::int64_t seconds);
+    // The wait record of the current line, null until it has one.
+    CWaitFor* FindWaitFor();
+    void AddWaitFor(CWaitFor record);
+    // For all variables, and the remote ones to come.
+    void IgnoreUnknown(bool ignore);
 
     // A variable of kind local, pointer or list. One that exists already stays as it is. A dot in
     // the name stops the script.
@@ -117,23 +140,17 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     // A remote variable for "server@variable"; a target without "@" stops the script.
     bool CreateRemoteVariable(std::string_view name, std::string_view target);
 
-    // The part of a subsystem, made at first use.
-    template <class Part, class... Arguments>
-    Part& GetPart(DocumentPart id, Arguments&&... arguments) {
-        std::unique_ptr<CDocumentPart>& slot = m_arrParts[static_cast<std::size_t>(id)];
-        if (!slot) slot = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
-        return static_cast<Part&>(*slot);
-    }
-
   private:
     bool Reload();
+    void ReportError(int level);
     void ShowLine(int line);
-    void MoveMarker(int line);
+    void MarkLine(int line);
     void RunFreely();
     void RunOneStep();
     void CompleteLine();
-    bool RunStatement(std::string_view line, bool& keepLine);
-    void CountLine(RunCounts& counts, bool succeeded) const;
+    LineOutcome RunStatement(std::string_view line);
+    LineOutcome PassProcedureLine(std::string_view keyword);
+    void CountLine(RunCounts& counts, bool failed) const;
     bool CommandGoesToModule(ConsoleCommand command);
     void FillLineCache();
     void DropLineCache();
@@ -144,7 +161,6 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     const DocumentServices& m_documentServices;
     std::unique_ptr<CScriptText> m_pText;
     CScriptView* m_pView = nullptr;
-    std::string m_strPath;
     std::string m_strDocKey;
     bool m_bModified = false;
     bool m_bReadOnly = false;
@@ -154,8 +170,6 @@ class CKalvexDoc final : public CScriptContext, public CRunState {
     CIfBlocks m_ifBlocks;
     std::string m_strLineBuffer;
     std::string m_strRewrittenLine;
-    std::array<std::unique_ptr<CDocumentPart>, static_cast<std::size_t>(DocumentPart::Count)>
-        m_arrParts;
 };
 
 // First token of a line of the document, upper-cased; empty for a blank line.

@@ -10,6 +10,12 @@ namespace {
 
 constexpr std::int64_t kLineReportPause = 1;  // seconds
 
+// The pace counter after so many steps that run nothing.
+int CounterAfter(int counter, int priority, int steps) {
+    if (steps <= counter) return counter - steps;
+    return priority - 1 - (steps - counter - 1) % priority;
+}
+
 }  // namespace
 
 bool CKalvexDoc::ExecuteStep() {
@@ -27,19 +33,32 @@ bool CKalvexDoc::ExecuteStep() {
     return m_bErrorStanding;
 }
 
+void CKalvexDoc::SkipSteps(int count) {
+    m_nPaceCounter = CounterAfter(m_nPaceCounter, m_nPriority, count);
+}
+
+void CKalvexDoc::Pause() {
+    m_bRunning = false;
+    m_bPaused = true;
+}
+
+void CKalvexDoc::Resume() {
+    m_bRunning = true;
+    m_bPaused = false;
+}
+
 void CKalvexDoc::RunFreely() {
     if (ExecuteLine()) {
         m_bErrorStanding = false;
     } else {
         const bool lineChanged = m_nReportedLine != m_nCurrentLine;
-        const bool errorChanged = m_nReportedError != m_nErrorCode;
-        const bool waiting = m_nErrorCode == ErrorWaiting;
+        const bool errorChanged = m_nReportedError != LastError().m_nErrorCode;
+        const bool waiting = LastError().IsWaiting();
         if (waiting ? lineChanged : lineChanged || errorChanged) {
-            LogLine(FormatErrorReport(m_nCurrentLine, m_nErrorCode, m_strErrorText),
-                    waiting ? LogEvents : LogErrors);
+            ReportError(waiting ? LogEvents : LogErrors);
         }
         m_nReportedLine = m_nCurrentLine;
-        m_nReportedError = m_nErrorCode;
+        m_nReportedError = LastError().m_nErrorCode;
         m_bErrorStanding = !waiting;
     }
     ShowLine(m_nCurrentLine);
@@ -54,11 +73,10 @@ void CKalvexDoc::RunFreely() {
 // A step reports an error only where line and code both differ from the reported ones.
 void CKalvexDoc::RunOneStep() {
     if (!ExecuteLine()) {
-        if (m_nReportedLine != m_nCurrentLine && m_nReportedError != m_nErrorCode) {
-            LogLine(FormatErrorReport(m_nCurrentLine, m_nErrorCode, m_strErrorText), LogErrors);
-        }
+        const int code = LastError().m_nErrorCode;
+        if (m_nReportedLine != m_nCurrentLine && m_nReportedError != code) ReportError(LogErrors);
         m_nReportedLine = m_nCurrentLine;
-        m_nReportedError = m_nErrorCode;
+        m_nReportedError = code;
     }
     ShowLine(m_nCurrentLine);
     if (!m_bControlAllowed && Services().console != nullptr) {
@@ -70,9 +88,14 @@ void CKalvexDoc::RunOneStep() {
     if (m_pView != nullptr) m_pView->RefreshVariables();
 }
 
+void CKalvexDoc::ReportError(int level) {
+    const ErrorSlot& error = LastError();
+    LogLine(FormatErrorReport(m_nCurrentLine, error.m_nErrorCode, error.m_strErrorText), level);
+}
+
 void CKalvexDoc::ShowLine(int line) {
     if (m_pView == nullptr) return;
-    if (m_bStepRequested && !m_bMinimised) MoveMarker(line);
+    if (m_bStepRequested && !m_bMinimised) MarkLine(line);
     m_pView->SelectLine(line);
     if (m_bStepRequested || !m_pView->HasBreakpoint(line)) return;
     Stop();
@@ -90,35 +113,30 @@ bool CKalvexDoc::ExecuteLine() {
         m_strRewrittenLine = RewriteLine(m_lstCallStack.back(), line);
         line = m_strRewrittenLine;
     }
-    bool keepLine = false;
-    const bool succeeded = RunStatement(line, keepLine);
-    if (!succeeded && m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
-    if (Services().counts != nullptr) CountLine(*Services().counts, succeeded);
-    if (succeeded && !keepLine) CompleteLine();
-    return succeeded;
+    const LineOutcome outcome = RunStatement(line);
+    const bool failed = outcome == LineOutcome::Failed;
+    if (failed && LastError().m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
+    if (Services().counts != nullptr) CountLine(*Services().counts, failed);
+    if (outcome == LineOutcome::Finished) CompleteLine();
+    return !failed;
 }
 
-void CKalvexDoc::CountLine(RunCounts& counts, bool succeeded) const {
+void CKalvexDoc::CountLine(RunCounts& counts, bool failed) const {
     ++counts.lines;
-    if (succeeded) return;
-    ++(m_nErrorCode == ErrorWaiting ? counts.waits : counts.errors);
+    if (!failed) return;
+    ++(LastError().IsWaiting() ? counts.waits : counts.errors);
 }
 
-bool CKalvexDoc::RunStatement(std::string_view line, bool& keepLine) {
-    if (line.empty() || line.front() == ';') return true;
+LineOutcome CKalvexDoc::RunStatement(std::string_view line) {
+    if (line.empty() || line.front() == ';') return LineOutcome::Finished;
     std::string_view rest = line;
     const std::string word = ToUpper(NextToken(rest));
-    if (word.starts_with(':')) return true;
+    if (word.starts_with(':')) return LineOutcome::Finished;
     const StatementRow* row = Services().statements.Find(word);
-    if (m_bInProcedureSkip && word != Keyword::Procedure) return SkipProcedureLine(*this, word);
-    if (row == nullptr) {
-        SetError(ErrorUnknownKeyword, word, false);
-        return false;
-    }
-    StatementCall call{*this, row->keyword, rest, false};
-    const bool succeeded = row->handler(call);
-    keepLine = call.keepLine;
-    return succeeded;
+    if (m_bInProcedureSkip && word != Keyword::Procedure) return PassProcedureLine(word);
+    if (row == nullptr) return Fail(ErrorUnknownKeyword, word);
+    StatementCall call{*this, row->keyword, rest};
+    return row->handler(call);
 }
 
 // A finished script that has waited at a WAITFOR goes back to the first one and becomes a cycle.
@@ -131,17 +149,9 @@ void CKalvexDoc::CompleteLine() {
     }
 }
 
-void CKalvexDoc::SetError(int code, std::string_view text, bool force) {
-    if (!force && m_nErrorCode != ErrorNone && m_nErrorCode != ErrorOther) return;
-    m_nErrorCode = code;
-    m_strErrorText = text;
-}
-
-bool CKalvexDoc::StopOnError(int code, std::string_view text) {
-    SetError(code, text, false);
-    m_bRunning = false;
-    m_bPaused = true;
-    return false;
+Failure CKalvexDoc::StopOnError(int code, std::string_view text) {
+    Pause();
+    return Fail(code, text);
 }
 
 std::string CKalvexDoc::GetErrorMessage(int code) const {

@@ -13,12 +13,20 @@ struct StatementCall {
     CKalvexDoc& document;
     std::string_view keyword;  // upper case
     std::string_view rest;     // the line behind the keyword; the handler takes its tokens off
-    bool keepLine = false;     // not finished: the line runs again at the next due step
 };
 
-// True when the statement finished or waits without error; false leaves the reason in the error
-// slot.
-using StatementHandler = bool (*)(StatementCall&);
+// What became of a line. One that has not finished runs again at the next due step.
+enum class LineOutcome {
+    Finished,  // the script moves on
+    Stays,     // the statement waits, without error
+    Failed,    // the reason is in the error slot
+};
+
+constexpr LineOutcome FinishedIf(bool succeeded) {
+    return succeeded ? LineOutcome::Finished : LineOutcome::Failed;
+}
+
+using StatementHandler = LineOutcome (*)(StatementCall&);
 
 struct StatementRow {
     std::string_view keyword;  // upper case

@@ -6,51 +6,51 @@
 namespace kalvex {
 
 // Declarations and assignment
-bool ExecuteLocal(StatementCall& call);
-bool ExecuteRemote(StatementCall& call);
-bool ExecutePointer(StatementCall& call);
-bool ExecuteList(StatementCall& call);
-bool ExecuteSet(StatementCall& call);
-bool ExecuteCopy(StatementCall& call);
-bool ExecuteSetPtr(StatementCall& call);
-bool ExecuteCreateVarList(StatementCall& call);
+LineOutcome ExecuteLocal(StatementCall& call);
+LineOutcome ExecuteRemote(StatementCall& call);
+LineOutcome ExecutePointer(StatementCall& call);
+LineOutcome ExecuteList(StatementCall& call);
+LineOutcome ExecuteSet(StatementCall& call);
+LineOutcome ExecuteCopy(StatementCall& call);
+LineOutcome ExecuteSetPtr(StatementCall& call);
+LineOutcome ExecuteCreateVarList(StatementCall& call);
 
 // Branching
-bool ExecuteIf(StatementCall& call);
-bool ExecuteElse(StatementCall& call);
-bool ExecuteEndif(StatementCall& call);
-bool ExecuteGoto(StatementCall& call);
+LineOutcome ExecuteIf(StatementCall& call);
+LineOutcome ExecuteElse(StatementCall& call);
+LineOutcome ExecuteEndif(StatementCall& call);
+LineOutcome ExecuteGoto(StatementCall& call);
 
 // Procedures
-bool ExecuteProcedure(StatementCall& call);
-bool ExecuteBegin(StatementCall& call);
-bool ExecuteEnd(StatementCall& call);
-bool ExecuteCall(StatementCall& call);
+LineOutcome ExecuteProcedure(StatementCall& call);
+LineOutcome ExecuteBegin(StatementCall& call);
+LineOutcome ExecuteEnd(StatementCall& call);
+LineOutcome ExecuteCall(StatementCall& call);
 
 // Pacing and engine control
-bool ExecuteLock(StatementCall& call);
-bool ExecuteUnlock(StatementCall& call);
-bool ExecuteIgnoreUnknownOn(StatementCall& call);
-bool ExecuteIgnoreUnknownOff(StatementCall& call);
-bool ExecutePriority(StatementCall& call);
-bool ExecuteSleep(StatementCall& call);
-bool ExecuteWaitFor(StatementCall& call);
-bool ExecuteSetTime(StatementCall& call);
-bool ExecuteSubscribe(StatementCall& call);
+LineOutcome ExecuteLock(StatementCall& call);
+LineOutcome ExecuteUnlock(StatementCall& call);
+LineOutcome ExecuteIgnoreUnknownOn(StatementCall& call);
+LineOutcome ExecuteIgnoreUnknownOff(StatementCall& call);
+LineOutcome ExecutePriority(StatementCall& call);
+LineOutcome ExecuteSleep(StatementCall& call);
+LineOutcome ExecuteWaitFor(StatementCall& call);
+LineOutcome ExecuteSetTime(StatementCall& call);
+LineOutcome ExecuteSubscribe(StatementCall& call);
 
 // Lists
-bool ExecuteMoveFirst(StatementCall& call);
-bool ExecuteMoveNext(StatementCall& call);
-bool ExecuteMoveTo(StatementCall& call);
-bool ExecuteAdd(StatementCall& call);
-bool ExecuteInsert(StatementCall& call);
-bool ExecuteRemove(StatementCall& call);
-bool ExecuteRemoveAll(StatementCall& call);
-bool ExecuteSplit(StatementCall& call);
-bool ExecuteFillInList(StatementCall& call);
-bool ExecuteCalcInList(StatementCall& call);
+LineOutcome ExecuteMoveFirst(StatementCall& call);
+LineOutcome ExecuteMoveNext(StatementCall& call);
+LineOutcome ExecuteMoveTo(StatementCall& call);
+LineOutcome ExecuteAdd(StatementCall& call);
+LineOutcome ExecuteInsert(StatementCall& call);
+LineOutcome ExecuteRemove(StatementCall& call);
+LineOutcome ExecuteRemoveAll(StatementCall& call);
+LineOutcome ExecuteSplit(StatementCall& call);
+LineOutcome ExecuteFillInList(StatementCall& call);
+LineOutcome ExecuteCalcInList(StatementCall& call);
 
 // Status words
-bool ExecuteStatusChange(StatementCall& call);
+LineOutcome ExecuteStatusChange(StatementCall& call);
 
 }  // namespace kalvex

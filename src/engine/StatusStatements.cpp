@@ -8,13 +8,12 @@
 
 namespace kalvex {
 
-bool ExecuteStatusChange(StatementCall& call) {
+LineOutcome ExecuteStatusChange(StatementCall& call) {
     const std::string line = std::string(call.keyword) + ' ' + std::string(call.rest);
     std::string_view text = line;
     CVal changed;
-    if (EvaluateRest(call.document, text, changed, ValueType::Int)) return true;
-    call.document.SetError(ErrorExpression, TrimBlanks(call.rest), true);
-    return false;
+    if (EvaluateRest(call.document, text, changed, ValueType::Int)) return LineOutcome::Finished;
+    return call.document.FailForced(ErrorExpression, TrimBlanks(call.rest));
 }
 
 }  // namespace kalvex

@@ -11,12 +11,6 @@ constexpr int kExtraSteps = 9;
 constexpr int kExtraStepsMinimised = 10;
 constexpr int kMostIdleTicks = 100;
 
-// The pace counter after so many steps that run nothing.
-int CounterAfter(int counter, int priority, int steps) {
-    if (steps <= counter) return counter - steps;
-    return priority - 1 - (steps - counter - 1) % priority;
-}
-
 }  // namespace
 
 void CTickRunner::Remove(CKalvexDoc& document) {
@@ -29,8 +23,8 @@ void CTickRunner::RunTick() {
     bool errorStanding = false;
     for (CKalvexDoc* document : m_arrDocuments) {
         errorStanding |= document->ExecuteStep();
-        if (document->m_nPriority != kTopPriority) continue;
-        const int steps = kExtraSteps + (document->m_bMinimised ? kExtraStepsMinimised : 0);
+        if (document->State().m_nPriority != kTopPriority) continue;
+        const int steps = kExtraSteps + (document->State().m_bMinimised ? kExtraStepsMinimised : 0);
         for (int i = 0; i < steps; ++i) errorStanding |= document->ExecuteStep();
     }
     m_bErrorStanding = errorStanding;
@@ -42,19 +36,17 @@ int CTickRunner::GetIdleTicks() const {
     int idle = kMostIdleTicks;
     bool errorStanding = false;
     for (const CKalvexDoc* document : m_arrDocuments) {
-        errorStanding |= document->m_bErrorStanding;
-        if (!document->m_bRunning && !document->m_bStepRequested) continue;
-        if (document->m_nPriority == kTopPriority || document->m_nPaceCounter == 0) return 0;
-        idle = std::min(idle, document->m_nPaceCounter);
+        const CRunState& state = document->State();
+        errorStanding |= state.m_bErrorStanding;
+        if (!state.m_bRunning && !state.m_bStepRequested) continue;
+        if (state.m_nPriority == kTopPriority || state.m_nPaceCounter == 0) return 0;
+        idle = std::min(idle, state.m_nPaceCounter);
     }
     return errorStanding == m_bErrorStanding ? idle : 0;
 }
 
 void CTickRunner::SkipTicks(int count) {
-    for (CKalvexDoc* document : m_arrDocuments) {
-        document->m_nPaceCounter =
-            CounterAfter(document->m_nPaceCounter, document->m_nPriority, count);
-    }
+    for (CKalvexDoc* document : m_arrDocuments) document->SkipSteps(count);
 }
 
 }  // namespace kalvex

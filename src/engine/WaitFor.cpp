@@ -94,26 +94,30 @@ bool PassWaitTime(CWaitFor& record, std::int64_t now) {
     return true;
 }
 
-bool ExecuteWaitFor(StatementCall& call) {
+CWaitFor* CKalvexDoc::FindWaitFor() {
+    const auto found = m_mapWaitFor.find(static_cast<std::uint16_t>(m_nCurrentLine));
+    return found == m_mapWaitFor.end() ? nullptr : &found->second;
+}
+
+void CKalvexDoc::AddWaitFor(CWaitFor record) {
+    record.nLine = m_nCurrentLine;
+    m_mapWaitFor.emplace(static_cast<std::uint16_t>(m_nCurrentLine), std::move(record));
+}
+
+LineOutcome ExecuteWaitFor(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::int64_t now = document.Services().clock.Now();
-    const auto key = static_cast<std::uint16_t>(document.m_nCurrentLine);
-    call.keepLine = true;
-
-    const auto found = document.m_mapWaitFor.find(key);
-    if (found != document.m_mapWaitFor.end()) {
-        call.keepLine = !PassWaitTime(found->second, now);
-        return true;
+    if (CWaitFor* known = document.FindWaitFor()) {
+        return PassWaitTime(*known, now) ? LineOutcome::Finished : LineOutcome::Stays;
     }
     const TimeFields today = SplitLocalTime(now);
     CWaitFor record;
-    record.nLine = document.m_nCurrentLine;
-    if (!ReadWaitTimes(document, call.rest, record, today)) return false;
-    if (record.arrTimes.empty()) return true;
+    if (!ReadWaitTimes(document, call.rest, record, today)) return LineOutcome::Failed;
+    if (record.arrTimes.empty()) return LineOutcome::Stays;
     LocateWaitTime(record, now);
     SetDay(record, today);
-    document.m_mapWaitFor.emplace(key, std::move(record));
-    return true;
+    document.AddWaitFor(std::move(record));
+    return LineOutcome::Stays;
 }
 
 }  // namespace kalvex

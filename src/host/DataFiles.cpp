@@ -61,24 +61,19 @@ bool IsOption(std::string_view token) {
     return EqualNoCase(token, kOnly) || EqualNoCase(token, kAllBut);
 }
 
-bool Fail(CScriptContext& document, ScriptError code, std::string_view text) {
-    document.SetError(code, text, false);
-    return false;
-}
-
 // A quoted text, the value of a variable, or the token as it stands; false for a variable that has
 // no value now.
-bool Resolve(CScriptContext& document, std::string_view token, std::string& out) {
+bool Resolve(CScriptContext& script, std::string_view token, std::string& out) {
     out = token;
     if (token.empty()) return true;
     if (token.size() > 1 && token.front() == '"' && token.back() == '"') {
         out = token.substr(1, token.size() - 2);
         return true;
     }
-    CVariable* variable = document.Variables().Find(BaseName(token));
+    CVariable* variable = script.Variables().Find(BaseName(token));
     const int kind = GetValueKind(token);
     if (variable == nullptr || kind == KindNone) {
-        document.SetError(ErrorUndefinedVariable, token, false);
+        script.SetError(ErrorUndefinedVariable, token, false);
         return true;
     }
     CVal value;
@@ -87,42 +82,42 @@ bool Resolve(CScriptContext& document, std::string_view token, std::string& out)
         out = ValueToText(value);
         return true;
     }
-    return Fail(document, result == ReadUnavailable ? ErrorRemoteValue : ErrorWaiting, token);
+    return script.Fail(result == ReadUnavailable ? ErrorRemoteValue : ErrorWaiting, token);
 }
 
 // A numeric variable names a section by its whole number.
-bool ResolveWhole(CScriptContext& document, std::string_view token, std::string& out) {
-    if (!Resolve(document, token, out)) return false;
+bool ResolveWhole(CScriptContext& script, std::string_view token, std::string& out) {
+    if (!Resolve(script, token, out)) return false;
     if (out.ends_with(kNoDecimals)) out.resize(out.size() - kNoDecimals.size());
     return true;
 }
 
-bool ReadSelection(CScriptContext& document, std::string_view option, std::string_view text,
+bool ReadSelection(CScriptContext& script, std::string_view option, std::string_view text,
                    CSelection& out) {
     if (option.empty()) return true;
-    if (!IsOption(option)) return Fail(document, ErrorUndefinedVariable, option);
+    if (!IsOption(option)) return script.Fail(ErrorUndefinedVariable, option);
     out.mode = EqualNoCase(option, kOnly) ? CSelection::Mode::Only : CSelection::Mode::AllBut;
     while (true) {
         const std::string_view name = NextToken(text);
         if (name.empty()) return true;
-        if (IsOption(name)) return Fail(document, ErrorUndefinedVariable, name);
+        if (IsOption(name)) return script.Fail(ErrorUndefinedVariable, name);
         out.names.emplace_back(name);
     }
 }
 
-bool ReadParameters(CScriptContext& document, std::string_view text, Form form, CParameters& out) {
-    if (!Resolve(document, NextToken(text), out.path)) return false;
+bool ReadParameters(CScriptContext& script, std::string_view text, Form form, CParameters& out) {
+    if (!Resolve(script, NextToken(text), out.path)) return false;
     std::string option = form == Form::WithValue ? std::string(NextToken(text)) : NextSigned(text);
     if (!IsOption(option)) {
-        if (!ResolveWhole(document, option, out.section)) return false;
-        if (form == Form::WithValue && !ResolveWhole(document, NextSigned(text), out.value)) {
+        if (!ResolveWhole(script, option, out.section)) return false;
+        if (form == Form::WithValue && !ResolveWhole(script, NextSigned(text), out.value)) {
             return false;
         }
         option = NextSigned(text);
     }
-    if (!ReadSelection(document, option, text, out.selection)) return false;
-    if (out.path.empty()) return Fail(document, ErrorNoFileName, out.path);
-    const Paths& paths = document.Services().paths;
+    if (!ReadSelection(script, option, text, out.selection)) return false;
+    if (out.path.empty()) return script.Fail(ErrorNoFileName, out.path);
+    const Paths& paths = script.Services().paths;
     out.path = paths.GetFullPath(out.path, paths.GetRootPath());
     return true;
 }
@@ -139,7 +134,7 @@ void Assign(CVariable& variable, std::string_view text) {
     if (value.Cast(type)) variable.SetValue(value, KindCurrent);
 }
 
-DataFileResult Rewrite(CScriptContext& document, FileStore& files, const CParameters& parameters,
+DataFileResult Rewrite(CScriptContext& script, FileStore& files, const CParameters& parameters,
                        std::span<const DataEntry> entries) {
     const std::string path = NativePath(parameters.path);
     const std::string backup = NativePath(BackupPath(parameters.path));
@@ -152,39 +147,37 @@ DataFileResult Rewrite(CScriptContext& document, FileStore& files, const CParame
             return data.hasMore ? DataFileResult::Data : DataFileResult::Nothing;
         }
     }
-    document.SetError(ErrorFileOpen, parameters.path, false);
-    return DataFileResult::Failed;
+    return script.Fail(ErrorFileOpen, parameters.path);
 }
 
 using Operation = DataFileResult (*)(CScriptContext&, FileStore&, std::string_view);
 
-bool Execute(StatementCall& call, Operation operation) {
+LineOutcome Execute(StatementCall& call, Operation operation) {
     PosixFileStore files;
-    return operation(call.document, files, call.rest) != DataFileResult::Failed;
+    return FinishedIf(operation(call.document, files, call.rest) != DataFileResult::Failed);
 }
 
 FunctionResult Evaluate(FunctionCall& call, Operation operation) {
     PosixFileStore files;
-    const DataFileResult result = operation(call.document, files, TextBehindKeyword(call));
+    const DataFileResult result = operation(call.script, files, TextBehindKeyword(call));
     call.out = CVal(result == DataFileResult::Data ? 1 : 0);
     return FunctionResult::Done;
 }
 
 }  // namespace
 
-DataFileResult ReadDataFile(CScriptContext& document, FileStore& files, std::string_view text) {
+DataFileResult ReadDataFile(CScriptContext& script, FileStore& files, std::string_view text) {
     CParameters parameters;
-    if (!ReadParameters(document, text, Form::WithoutValue, parameters)) {
+    if (!ReadParameters(script, text, Form::WithoutValue, parameters)) {
         return DataFileResult::Failed;
     }
     std::string content;
     if (files.Read(NativePath(parameters.path), content) != FileOutcome::Done) {
-        document.SetError(ErrorFileOpen, parameters.path, false);
-        return DataFileResult::Failed;
+        return script.Fail(ErrorFileOpen, parameters.path);
     }
     DataFileResult result = DataFileResult::Nothing;
     ReadDataLines(content, parameters.section, [&](std::string_view name, std::string_view value) {
-        CVariable* variable = FindVariable(document, name);
+        CVariable* variable = FindVariable(script, name);
         if (variable == nullptr) return;
         result = DataFileResult::Data;
         if (parameters.selection.Take(variable->GetName())) Assign(*variable, value);
@@ -192,43 +185,43 @@ DataFileResult ReadDataFile(CScriptContext& document, FileStore& files, std::str
     return result;
 }
 
-DataFileResult WriteDataFile(CScriptContext& document, FileStore& files, std::string_view text) {
+DataFileResult WriteDataFile(CScriptContext& script, FileStore& files, std::string_view text) {
     CParameters parameters;
-    if (!ReadParameters(document, text, Form::WithoutValue, parameters)) {
+    if (!ReadParameters(script, text, Form::WithoutValue, parameters)) {
         return DataFileResult::Failed;
     }
     std::vector<DataEntry> entries;
-    for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
+    for (const std::unique_ptr<CVariable>& variable : script.Variables()) {
         if (!parameters.selection.Contains(variable->GetName())) continue;
         DataEntry entry{variable->GetName(), std::string()};
         if (variable->GetNameValueText(*entry.line, KindCurrent) == 0) entry.line.reset();
         entries.push_back(std::move(entry));
     }
-    return Rewrite(document, files, parameters, entries);
+    return Rewrite(script, files, parameters, entries);
 }
 
-DataFileResult SetDataFile(CScriptContext& document, FileStore& files, std::string_view text) {
+DataFileResult SetDataFile(CScriptContext& script, FileStore& files, std::string_view text) {
     CParameters parameters;
-    if (!ReadParameters(document, text, Form::WithValue, parameters)) return DataFileResult::Failed;
+    if (!ReadParameters(script, text, Form::WithValue, parameters)) return DataFileResult::Failed;
     if (parameters.value.empty()) parameters.value = kNoValue;
     std::vector<DataEntry> entries;
-    for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
+    for (const std::unique_ptr<CVariable>& variable : script.Variables()) {
         const std::string& name = variable->GetName();
         if (!parameters.selection.Contains(name)) continue;
         entries.push_back({name, name + ':' + parameters.value});
     }
-    return Rewrite(document, files, parameters, entries);
+    return Rewrite(script, files, parameters, entries);
 }
 
-bool ExecuteReadFile(StatementCall& call) {
+LineOutcome ExecuteReadFile(StatementCall& call) {
     return Execute(call, ReadDataFile);
 }
 
-bool ExecuteWriteFile(StatementCall& call) {
+LineOutcome ExecuteWriteFile(StatementCall& call) {
     return Execute(call, WriteDataFile);
 }
 
-bool ExecuteSetFile(StatementCall& call) {
+LineOutcome ExecuteSetFile(StatementCall& call) {
     return Execute(call, SetDataFile);
 }
 

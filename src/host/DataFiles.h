@@ -16,12 +16,12 @@ enum class DataFileResult {
 };
 
 // `text` is what stands behind the keyword. Data: a line has named a variable of the script.
-DataFileResult ReadDataFile(CScriptContext& document, FileStore& files, std::string_view text);
+DataFileResult ReadDataFile(CScriptContext& script, FileStore& files, std::string_view text);
 
 // The file that stood there becomes the backup and is the source of the new one; a write that fails
 // leaves the backup and no file, and so can be repeated. Data: the section is new, or a line of it
 // was carried over.
-DataFileResult WriteDataFile(CScriptContext& document, FileStore& files, std::string_view text);
-DataFileResult SetDataFile(CScriptContext& document, FileStore& files, std::string_view text);
+DataFileResult WriteDataFile(CScriptContext& script, FileStore& files, std::string_view text);
+DataFileResult SetDataFile(CScriptContext& script, FileStore& files, std::string_view text);
 
 }  // namespace kalvex

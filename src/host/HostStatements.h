@@ -1,5 +1,4 @@
-// Handlers of what a script does on its own machine; the tables of language/ name them. A
-// function's script is a document.
+// Handlers of what a script does on its own machine; the tables of language/ name them.
 #pragma once
 
 #include "engine/Statement.h"
@@ -8,9 +7,9 @@
 namespace kalvex {
 
 // External programs
-bool ExecuteExec(StatementCall& call);
-bool ExecuteTerminateExec(StatementCall& call);
-bool ExecuteCloseExec(StatementCall& call);
+LineOutcome ExecuteExec(StatementCall& call);
+LineOutcome ExecuteTerminateExec(StatementCall& call);
+LineOutcome ExecuteCloseExec(StatementCall& call);
 FunctionResult ExecFunction(FunctionCall& call);
 FunctionResult CheckExecActivity(FunctionCall& call);
 FunctionResult GetExitCodeExec(FunctionCall& call);
@@ -18,17 +17,17 @@ FunctionResult TerminateExecFunction(FunctionCall& call);
 FunctionResult CloseExecFunction(FunctionCall& call);
 
 // Connectivity checks
-bool ExecutePingInit(StatementCall& call);
-bool ExecuteFtpInit(StatementCall& call);
-bool ExecuteHttpInit(StatementCall& call);
+LineOutcome ExecutePingInit(StatementCall& call);
+LineOutcome ExecuteFtpInit(StatementCall& call);
+LineOutcome ExecuteHttpInit(StatementCall& call);
 FunctionResult PingResultFunction(FunctionCall& call);
 FunctionResult FtpResultFunction(FunctionCall& call);
 FunctionResult HttpResultFunction(FunctionCall& call);
 
 // Data files
-bool ExecuteReadFile(StatementCall& call);
-bool ExecuteWriteFile(StatementCall& call);
-bool ExecuteSetFile(StatementCall& call);
+LineOutcome ExecuteReadFile(StatementCall& call);
+LineOutcome ExecuteWriteFile(StatementCall& call);
+LineOutcome ExecuteSetFile(StatementCall& call);
 FunctionResult ReadFileFunction(FunctionCall& call);
 FunctionResult WriteFileFunction(FunctionCall& call);
 FunctionResult SetFileFunction(FunctionCall& call);

@@ -18,8 +18,8 @@ constexpr std::uint32_t kDefaultTimeout = 5000;
 constexpr std::uint32_t kFtpPort = 21;
 constexpr std::uint32_t kHttpPort = 80;
 
-CLinkTests& TestsOf(CKalvexDoc& document) {
-    return document.GetPart<CLinkTests>(DocumentPart::LinkTests, document.Services());
+CLinkTests& TestsOf(CScriptContext& script) {
+    return script.GetPart<CLinkTests>(DocumentPart::LinkTests, script.Services());
 }
 
 // Behind the colon at position 1 or later; npos where there is none.
@@ -40,72 +40,75 @@ std::uint32_t ReadMilliseconds(std::string_view text) {
     return static_cast<std::uint32_t>(number);
 }
 
-bool ReadText(CKalvexDoc& document, std::string_view token, std::string& out) {
+bool ReadText(CScriptContext& script, std::string_view token, std::string& out) {
     CVal value;
-    if (!EvaluateOperand(document, token, value, ValueType::Text, true)) return false;
+    if (!EvaluateOperand(script, token, value, ValueType::Text, true)) return false;
     out = ValueToText(value);
     return true;
 }
 
 // A parameter that is not there leaves the default.
-bool ReadOptionalText(CKalvexDoc& document, std::string_view token, std::string& out) {
-    return token.empty() || ReadText(document, token, out);
+bool ReadOptionalText(CScriptContext& script, std::string_view token, std::string& out) {
+    return token.empty() || ReadText(script, token, out);
 }
 
-bool ReadOptionalPort(CKalvexDoc& document, std::string_view token, std::uint32_t& out) {
+bool ReadOptionalPort(CScriptContext& script, std::string_view token, std::uint32_t& out) {
     if (token.empty()) return true;
     CVal value;
-    if (!EvaluateOperand(document, token, value, ValueType::Int, true)) return false;
+    if (!EvaluateOperand(script, token, value, ValueType::Int, true)) return false;
     out = static_cast<std::uint32_t>(ValueToInt(value));
     return true;
 }
 
 FunctionResult TakeResult(FunctionCall& call, LinkKind kind, bool cutsPort) {
-    auto& document = static_cast<CKalvexDoc&>(call.document);
     std::string address;
-    if (!ReadText(document, call.arguments[0], address)) return FunctionResult::Failed;
+    if (!ReadText(call.script, call.arguments[0], address)) return FunctionResult::Failed;
     const std::size_t colon = FindColon(address);
     if (cutsPort && colon != std::string::npos) address.resize(colon);
-    call.out = CVal(TestsOf(document).TakeResult(kind, address));
+    call.out = CVal(TestsOf(call.script).TakeResult(kind, address));
     return FunctionResult::Done;
 }
 
 }  // namespace
 
-bool ExecutePingInit(StatementCall& call) {
+LineOutcome ExecutePingInit(StatementCall& call) {
     LinkTarget target;
     target.timeout = kDefaultTimeout;
-    if (!ReadText(call.document, NextToken(call.rest), target.address)) return false;
+    if (!ReadText(call.document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
     const std::size_t colon = FindColon(target.address);
     if (colon != std::string::npos) {
         target.timeout = ReadMilliseconds(std::string_view(target.address).substr(colon + 1));
         target.address.resize(colon);
     }
     TestsOf(call.document).Start(LinkKind::Ping, std::move(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteFtpInit(StatementCall& call) {
+LineOutcome ExecuteFtpInit(StatementCall& call) {
     CKalvexDoc& document = call.document;
     LinkTarget target;
     target.crypt = document.Services().crypt;
     target.port = kFtpPort;
     target.timeout = kDefaultTimeout;
-    if (!ReadText(document, NextToken(call.rest), target.address)) return false;
-    if (!ReadOptionalPort(document, NextToken(call.rest), target.port)) return false;
-    if (!ReadOptionalText(document, NextToken(call.rest), target.user)) return false;
-    if (!ReadOptionalText(document, NextToken(call.rest), target.password)) return false;
+    if (!ReadText(document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
+    if (!ReadOptionalPort(document, NextToken(call.rest), target.port)) return LineOutcome::Failed;
+    if (!ReadOptionalText(document, NextToken(call.rest), target.user)) return LineOutcome::Failed;
+    if (!ReadOptionalText(document, NextToken(call.rest), target.password)) {
+        return LineOutcome::Failed;
+    }
     TestsOf(document).Start(LinkKind::Ftp, std::move(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteHttpInit(StatementCall& call) {
+LineOutcome ExecuteHttpInit(StatementCall& call) {
     LinkTarget target;
     target.port = kHttpPort;
-    if (!ReadText(call.document, NextToken(call.rest), target.address)) return false;
-    if (!ReadOptionalPort(call.document, NextToken(call.rest), target.port)) return false;
+    if (!ReadText(call.document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
+    if (!ReadOptionalPort(call.document, NextToken(call.rest), target.port)) {
+        return LineOutcome::Failed;
+    }
     TestsOf(call.document).Start(LinkKind::Http, std::move(target));
-    return true;
+    return LineOutcome::Finished;
 }
 
 FunctionResult PingResultFunction(FunctionCall& call) {

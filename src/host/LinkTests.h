@@ -11,8 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "engine/DocumentPart.h"
-#include "engine/DocumentServices.h"
+#include "operands/ScriptContext.h"
 #include "platform/MainLoop.h"
 #include "platform/NetworkProbes.h"
 
@@ -53,7 +52,7 @@ int RunLinkTest(LinkKind kind, CLinkInfo& info, NetworkProbes& probes, const Lin
 // for.
 class CLinkTests final : public CDocumentPart {
   public:
-    explicit CLinkTests(const DocumentServices& services) : m_services(services) {}
+    explicit CLinkTests(const ValueServices& services) : m_services(services) {}
     ~CLinkTests() override;
 
     // Leaves no trace when the thread cannot be started.
@@ -72,7 +71,7 @@ class CLinkTests final : public CDocumentPart {
 
     CTests& TestsOf(LinkKind kind) { return m_arrLinks[static_cast<std::size_t>(kind)]; }
 
-    const DocumentServices& m_services;
+    const ValueServices& m_services;
     PostedWork m_logLines;
     CTests m_arrLinks[static_cast<std::size_t>(LinkKind::Count)];
 };

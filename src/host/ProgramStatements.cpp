@@ -42,16 +42,12 @@ enum : int {
     CloseNoSuchProgram = -3,
 };
 
-Processes& ProcessesOf(CKalvexDoc& document) {
-    return *document.Services().processes;
+Processes& ProcessesOf(CScriptContext& script) {
+    return *script.Services().processes;
 }
 
-CStartedPrograms& StartedBy(CKalvexDoc& document) {
-    return document.GetPart<CStartedPrograms>(DocumentPart::Processes, ProcessesOf(document));
-}
-
-CKalvexDoc& DocumentOf(FunctionCall& call) {
-    return static_cast<CKalvexDoc&>(call.document);
+CStartedPrograms& StartedBy(CScriptContext& script) {
+    return script.GetPart<CStartedPrograms>(DocumentPart::Processes, ProcessesOf(script));
 }
 
 FunctionResult Yield(FunctionCall& call, int value) {
@@ -60,22 +56,21 @@ FunctionResult Yield(FunctionCall& call, int value) {
 }
 
 template <class... Values>
-void LogFailure(CKalvexDoc& document, const char* text, const Values&... values) {
-    const DocumentServices& services = document.Services();
-    services.log.Log(
-        FillIn(services.translator.Translate(text), {document.GetPathName(), values...}),
-        LogErrors);
+void LogFailure(CScriptContext& script, const char* text, const Values&... values) {
+    const ValueServices& services = script.Services();
+    services.log.Log(FillIn(services.translator.Translate(text), {script.GetPathName(), values...}),
+                     LogErrors);
 }
 
-std::optional<int> ReadInteger(CKalvexDoc& document, std::string_view token) {
+std::optional<int> ReadInteger(CScriptContext& script, std::string_view token) {
     CVal value;
-    if (!EvaluateOperand(document, token, value, ValueType::Int, true)) return std::nullopt;
+    if (!EvaluateOperand(script, token, value, ValueType::Int, true)) return std::nullopt;
     return ValueToInt(value);
 }
 
 std::optional<double> ReadIdentifier(FunctionCall& call) {
     CVal value;
-    if (!EvaluateOperand(call.document, call.arguments[0], value, ValueType::Double, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[0], value, ValueType::Double, true)) {
         return std::nullopt;
     }
     return ValueToDouble(value);
@@ -88,9 +83,9 @@ std::string WithSlashes(std::string path) {
 
 // The identifier, 0 when neither attempt has started the program. The second one leaves the
 // directory aside.
-int StartProgram(CKalvexDoc& document, std::string_view text, ExecForm form) {
-    const ProgramLine line = ReadProgramLine(document, text, form);
-    const Paths& paths = document.Services().paths;
+int StartProgram(CScriptContext& script, std::string_view text, ExecForm form) {
+    const ProgramLine line = ReadProgramLine(script, text, form);
+    const Paths& paths = script.Services().paths;
     ProgramCall call;
     std::string program = WithSlashes(line.program);
     const bool isPath = program.find('/') != std::string::npos;
@@ -100,21 +95,21 @@ int StartProgram(CKalvexDoc& document, std::string_view text, ExecForm form) {
     }
     if (!line.directory.empty()) call.directory = NativePath(paths.GetFullPath(line.directory));
 
-    Processes& processes = ProcessesOf(document);
+    Processes& processes = ProcessesOf(script);
     std::string error;
     int id = processes.Start(call, error);
     if (id != 0) return id;
-    LogFailure(document, kNotStarted, FromUtf8(error), line.program);
+    LogFailure(script, kNotStarted, FromUtf8(error), line.program);
     id = processes.StartThroughShell(ToUtf8(program + ' ' + line.parameters), error);
-    if (id == 0) LogFailure(document, kNotStartedByShell, FromUtf8(error), line.program);
+    if (id == 0) LogFailure(script, kNotStartedByShell, FromUtf8(error), line.program);
     return id;
 }
 
 // One CLOSE_EXEC, as a statement, which logs, or as a function, which yields a code.
 class CClosing {
   public:
-    CClosing(CKalvexDoc& document, int id, bool logs)
-        : m_document(document), m_processes(ProcessesOf(document)), m_id(id), m_logs(logs) {}
+    CClosing(CScriptContext& script, int id, bool logs)
+        : m_script(script), m_processes(ProcessesOf(script)), m_id(id), m_logs(logs) {}
 
     bool Request() {
         if (m_processes.RequestClose(m_id)) return true;
@@ -151,10 +146,10 @@ class CClosing {
   private:
     template <class... Values>
     void Log(const char* text, const Values&... values) {
-        if (m_logs) LogFailure(m_document, text, values...);
+        if (m_logs) LogFailure(m_script, text, values...);
     }
 
-    CKalvexDoc& m_document;
+    CScriptContext& m_script;
     Processes& m_processes;
     int m_id;
     bool m_logs;
@@ -172,16 +167,16 @@ std::optional<int> TakeProgram(StatementCall& call) {
 
 }  // namespace
 
-bool ExecuteExec(StatementCall& call) {
+LineOutcome ExecuteExec(StatementCall& call) {
     const int id = StartProgram(call.document, call.rest, ExecForm::Statement);
     if (id != 0) ProcessesOf(call.document).Release(id);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteTerminateExec(StatementCall& call) {
+LineOutcome ExecuteTerminateExec(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::optional<int> program = TakeProgram(call);
-    if (!program || *program == 0) return program.has_value();
+    if (!program || *program == 0) return FinishedIf(program.has_value());
     const std::string_view token = NextToken(call.rest);
     const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
     std::string error = std::strerror(EINVAL);
@@ -189,13 +184,13 @@ bool ExecuteTerminateExec(StatementCall& call) {
     if (!ended) {
         LogFailure(document, kNotTerminated, FromUtf8(error), std::to_string(*program));
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteCloseExec(StatementCall& call) {
+LineOutcome ExecuteCloseExec(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::optional<int> program = TakeProgram(call);
-    if (!program || *program == 0) return program.has_value();
+    if (!program || *program == 0) return FinishedIf(program.has_value());
     const std::string_view force = NextToken(call.rest);
     const std::string_view wait = NextToken(call.rest);
     const bool forced = !force.empty() && ReadInteger(document, force).value_or(0) != 0;
@@ -205,23 +200,22 @@ bool ExecuteCloseExec(StatementCall& call) {
     } else if (forced) {
         closing.Terminate();
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 FunctionResult ExecFunction(FunctionCall& call) {
-    CKalvexDoc& document = DocumentOf(call);
-    const int id = StartProgram(document, TextBehindKeyword(call), ExecForm::Function);
-    if (id != 0) StartedBy(document).Add(id);
+    const int id = StartProgram(call.script, TextBehindKeyword(call), ExecForm::Function);
+    if (id != 0) StartedBy(call.script).Add(id);
     return Yield(call, id);
 }
 
 FunctionResult CheckExecActivity(FunctionCall& call) {
     const std::optional<double> wanted = ReadIdentifier(call);
     if (!wanted) return Yield(call, NoIdentifier);
-    const int id = StartedBy(DocumentOf(call)).Find(*wanted);
+    const int id = StartedBy(call.script).Find(*wanted);
     if (id == 0) return Yield(call, NoSuchProgram);
     std::string error;
-    const std::optional<int> code = ProcessesOf(DocumentOf(call)).GetExitCode(id, error);
+    const std::optional<int> code = ProcessesOf(call.script).GetExitCode(id, error);
     if (!code) return Yield(call, StateUnreadable);
     return Yield(call, *code == Processes::kStillActive ? CheckRunning : CheckEnded);
 }
@@ -229,43 +223,41 @@ FunctionResult CheckExecActivity(FunctionCall& call) {
 FunctionResult GetExitCodeExec(FunctionCall& call) {
     const std::optional<double> wanted = ReadIdentifier(call);
     if (!wanted) return Yield(call, NoIdentifier);
-    const int id = StartedBy(DocumentOf(call)).Find(*wanted);
+    const int id = StartedBy(call.script).Find(*wanted);
     if (id == 0) return Yield(call, NoSuchProgram);
     std::string error;
-    const std::optional<int> code = ProcessesOf(DocumentOf(call)).GetExitCode(id, error);
+    const std::optional<int> code = ProcessesOf(call.script).GetExitCode(id, error);
     if (!code) return Yield(call, StateUnreadable);
     return Yield(call, *code == Processes::kStillActive ? ExitCodeRunning : *code);
 }
 
 FunctionResult TerminateExecFunction(FunctionCall& call) {
-    CKalvexDoc& document = DocumentOf(call);
     const std::optional<double> wanted = ReadIdentifier(call);
     if (!wanted) return FunctionResult::Failed;
     const std::string_view token = call.arguments[1];
-    const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
+    const std::optional<int> code = token.empty() ? 0 : ReadInteger(call.script, token);
     if (!code) return FunctionResult::Failed;
-    const int id = StartedBy(document).Find(*wanted);
+    const int id = StartedBy(call.script).Find(*wanted);
     if (id == 0) return Yield(call, NoSuchProgram);
     std::string error;
-    return Yield(call, ProcessesOf(document).Terminate(id, *code, error) ? 1 : 0);
+    return Yield(call, ProcessesOf(call.script).Terminate(id, *code, error) ? 1 : 0);
 }
 
 FunctionResult CloseExecFunction(FunctionCall& call) {
-    CKalvexDoc& document = DocumentOf(call);
     const std::optional<double> wanted = ReadIdentifier(call);
     if (!wanted) return FunctionResult::Failed;
-    const int id = StartedBy(document).Find(*wanted);
+    const int id = StartedBy(call.script).Find(*wanted);
     if (id == 0) return Yield(call, CloseNoSuchProgram);
     const std::string_view force = call.arguments[1];
-    const std::optional<int> forced = force.empty() ? 0 : ReadInteger(document, force);
+    const std::optional<int> forced = force.empty() ? 0 : ReadInteger(call.script, force);
     if (!forced) return FunctionResult::Failed;
-    CClosing closing(document, id, false);
+    CClosing closing(call.script, id, false);
     if (!closing.Request()) {
         if (*forced == 0) return Yield(call, CloseNoWindow);
         return Yield(call, closing.Terminate() ? 1 : 0);
     }
     const std::string_view wait = call.arguments[2];
-    const std::optional<int> seconds = wait.empty() ? 1 : ReadInteger(document, wait);
+    const std::optional<int> seconds = wait.empty() ? 1 : ReadInteger(call.script, wait);
     return seconds ? Yield(call, closing.WaitForEnd(*seconds)) : FunctionResult::Failed;
 }
 

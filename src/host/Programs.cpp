@@ -13,10 +13,10 @@ namespace {
 constexpr std::string_view kDirectoryOption = "-WD";
 
 // The text of a token that names a variable.
-bool ReadText(CScriptContext& document, std::string_view token, std::string& out) {
+bool ReadText(CScriptContext& script, std::string_view token, std::string& out) {
     CVal value;
-    if (FindVariable(document, token) == nullptr) return false;
-    if (!EvaluateOperand(document, token, value, ValueType::Text, false)) return false;
+    if (FindVariable(script, token) == nullptr) return false;
+    if (!EvaluateOperand(script, token, value, ValueType::Text, false)) return false;
     out = ValueToText(value);
     return true;
 }
@@ -39,13 +39,13 @@ void Unquote(std::string& text) {
 
 }  // namespace
 
-ProgramLine ReadProgramLine(CScriptContext& document, std::string_view text, ExecForm form) {
+ProgramLine ReadProgramLine(CScriptContext& script, std::string_view text, ExecForm form) {
     ProgramLine line;
     while (true) {
         const std::string_view token = NextToken(text);
         if (token.empty()) break;
         std::string value;
-        const bool isVariable = ReadText(document, token, value);
+        const bool isVariable = ReadText(script, token, value);
         if (line.program.empty()) {
             line.program = isVariable ? value : token;
         } else if (isVariable) {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/DocumentPart.h"
+#include "operands/DocumentPart.h"
 #include "operands/ScriptContext.h"
 #include "platform/Processes.h"
 
@@ -23,7 +23,7 @@ struct ProgramLine {
 enum class ExecForm { Statement, Function };
 
 // Reads everything behind the keyword. The function knows "-WD" at the start of a token too.
-ProgramLine ReadProgramLine(CScriptContext& document, std::string_view text, ExecForm form);
+ProgramLine ReadProgramLine(CScriptContext& script, std::string_view text, ExecForm form);
 
 // The parameters as the program gets them: cut at blanks outside double quotes, which go.
 std::vector<std::string> SplitParameters(std::string_view parameters);

@@ -10,20 +10,20 @@ namespace kalvex {
 
 namespace {
 
-bool IsSetByUser(CScriptContext& document, std::string_view operand) {
+bool IsSetByUser(CScriptContext& script, std::string_view operand) {
     std::uint16_t word = 0;
-    return GetVariableStatus(document, operand, &word) && (word & Status::SetByUser) != 0;
+    return GetVariableStatus(script, operand, &word) && (word & Status::SetByUser) != 0;
 }
 
 // A test of the reading, not of the status.
-bool IsUnknown(CScriptContext& document, std::string_view operand) {
+bool IsUnknown(CScriptContext& script, std::string_view operand) {
     CVal value;
-    return !EvaluateOperand(document, operand, value, ValueType::Double, true);
+    return !EvaluateOperand(script, operand, value, ValueType::Double, true);
 }
 
 template <int (CVariable::*Test)(int kind)>
-bool IsReport(CScriptContext& document, std::string_view operand) {
-    CVariable* variable = FindVariable(document, operand);
+bool IsReport(CScriptContext& script, std::string_view operand) {
+    CVariable* variable = FindVariable(script, operand);
     return variable != nullptr && (variable->*Test)(GetValueKind(operand)) != 0;
 }
 
@@ -56,14 +56,14 @@ bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
 }
 
-bool EvaluateSide(CScriptContext& document, std::string_view side, CVal& out) {
+bool EvaluateSide(CScriptContext& script, std::string_view side, CVal& out) {
     if (IsStringLiteral(side)) {
         out = CVal(side.substr(1, side.size() - 2));
         return true;
     }
     const std::string bracketed = '(' + std::string(side) + ')';
     std::string_view text = bracketed;
-    return EvaluateExpression(document, text, out, ValueType::Double);
+    return EvaluateExpression(script, text, out, ValueType::Double);
 }
 
 }  // namespace
@@ -77,13 +77,13 @@ const ConditionWordRow* FindConditionWord(std::string_view word) {
     return row == std::end(kConditionWords) ? nullptr : row;
 }
 
-int CompareOperands(CScriptContext& document, std::string_view left, std::string_view right,
+int CompareOperands(CScriptContext& script, std::string_view left, std::string_view right,
                     std::string_view op) {
-    if (const ConditionWordRow* row = FindConditionWord(left)) return row->test(document, op);
+    if (const ConditionWordRow* row = FindConditionWord(left)) return row->test(script, op);
     CVal leftValue;
     CVal rightValue;
-    const bool leftRead = EvaluateSide(document, left, leftValue);
-    const bool rightRead = EvaluateSide(document, right, rightValue);
+    const bool leftRead = EvaluateSide(script, left, leftValue);
+    const bool rightRead = EvaluateSide(script, right, rightValue);
     const auto comparison = std::ranges::find(kComparisons, op, &Comparison::text);
     if (!leftRead || !rightRead || comparison == std::end(kComparisons)) return -1;
     return (leftValue.*comparison->compare)(rightValue);

@@ -15,8 +15,8 @@ namespace {
 // The first pass. `negative` says that a "-" now means the unary minus.
 class Compiler {
   public:
-    Compiler(CScriptContext& document, std::string_view text, std::string& postfix)
-        : m_document(document), m_text(text), m_postfix(postfix) {}
+    Compiler(CScriptContext& script, std::string_view text, std::string& postfix)
+        : m_script(script), m_text(text), m_postfix(postfix) {}
 
     bool Run() {
         while (m_position < m_text.size() && m_text[m_position] != ';') {
@@ -28,8 +28,7 @@ class Compiler {
   private:
     bool Fail(ScriptError code) {
         m_count = 0;
-        m_document.SetError(code, {}, false);
-        return false;
+        return m_script.Fail(code);
     }
 
     char Next() const { return m_position < m_text.size() ? m_text[m_position] : '\0'; }
@@ -185,7 +184,7 @@ class Compiler {
         return true;
     }
 
-    CScriptContext& m_document;
+    CScriptContext& m_script;
     std::string_view m_text;
     std::string& m_postfix;
     std::size_t m_position = 0;
@@ -206,13 +205,13 @@ bool HoldsLetter(std::string_view token) {
 bool FormulaParser::CompileFormula(std::string_view text, std::string& postfix) {
     postfix.clear();
     postfix.reserve(2 * text.size() + 8);
-    return Compiler(m_document, text, postfix).Run();
+    return Compiler(m_script, text, postfix).Run();
 }
 
 void FormulaParser::Push(CVal value) {
     if (m_stack.size() == kStackCells) {
         m_stack.clear();
-        m_document.SetError(ErrorStackOverflow, {}, false);
+        m_script.SetError(ErrorStackOverflow, {}, false);
     } else {
         m_stack.push_back(std::move(value));
     }
@@ -235,13 +234,11 @@ bool FormulaParser::EvaluateToken(std::string_view token) {
     }
     if (const FormulaOperator* row = FindOperatorByText(token)) {
         if (row->apply(*this)) return true;
-        m_document.SetError(ErrorBadEquation, {}, false);
-        return false;
+        return m_script.Fail(ErrorBadEquation);
     }
     CVal operand;
-    if (!EvaluateOperand(m_document, token, operand, ValueType::Double, true)) {
-        m_document.SetError(ErrorRemoteValue, {}, false);
-        return false;
+    if (!EvaluateOperand(m_script, token, operand, ValueType::Double, true)) {
+        return m_script.Fail(ErrorRemoteValue);
     }
     Push(std::move(operand));
     return true;

@@ -1,5 +1,5 @@
 // Arithmetic formulas: infix text to postfix text by shunting-yard, then postfix text to a value on
-// a stack. Made for one evaluation. The errors 10, 12, 13, 14 and 15 go to the document, not
+// a stack. Made for one evaluation. The errors 10, 12, 13, 14 and 15 go to the script, not
 // forced.
 #pragma once
 
@@ -14,7 +14,7 @@ namespace kalvex {
 
 class FormulaParser {
   public:
-    explicit FormulaParser(CScriptContext& document) : m_document(document) {}
+    explicit FormulaParser(CScriptContext& script) : m_script(script) {}
 
     // `postfix` receives the tokens, each followed by one blank.
     bool CompileFormula(std::string_view text, std::string& postfix);
@@ -30,7 +30,7 @@ class FormulaParser {
   private:
     bool EvaluateToken(std::string_view token);
 
-    CScriptContext& m_document;
+    CScriptContext& m_script;
     std::vector<CVal> m_stack;
 };
 

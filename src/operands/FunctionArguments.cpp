@@ -7,7 +7,7 @@ namespace kalvex {
 
 std::optional<std::string> TextArgument(const FunctionCall& call, std::size_t index) {
     CVal value;
-    if (!EvaluateOperand(call.document, call.arguments[index], value, ValueType::Text, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[index], value, ValueType::Text, true)) {
         return std::nullopt;
     }
     return ValueToText(value);
@@ -15,7 +15,7 @@ std::optional<std::string> TextArgument(const FunctionCall& call, std::size_t in
 
 std::optional<int> NumberArgument(const FunctionCall& call, std::size_t index) {
     CVal value;
-    if (!EvaluateOperand(call.document, call.arguments[index], value, ValueType::Int, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[index], value, ValueType::Int, true)) {
         return std::nullopt;
     }
     return ValueToInt(value);

@@ -15,7 +15,7 @@ namespace kalvex {
 class CScriptContext;
 
 struct FunctionCall {
-    CScriptContext& document;
+    CScriptContext& script;
     std::string_view keyword;
     std::array<std::string_view, 3> arguments;  // the three tokens behind it, empty where missing
     std::string_view rest;                      // the text behind the keyword and the three tokens

@@ -18,61 +18,39 @@ namespace {
 constexpr std::string_view kFrom = "FROM";
 constexpr std::string_view kTo = "TO";
 
-bool Fail(CScriptContext& document, ScriptError code, std::string_view text) {
-    document.SetError(code, text, true);
-    return false;
-}
-
-CVariableList* FindList(CScriptContext& document, std::string_view name) {
-    CVariable* variable = FindVariable(document, name);
-    if (variable == nullptr) {
-        Fail(document, ErrorUndefinedVariable, BaseName(name));
-    } else if (variable->GetKind() != VariableList) {
-        Fail(document, ErrorWrongKind, BaseName(name));
-    } else {
-        return static_cast<CVariableList*>(variable);
-    }
-    return nullptr;
-}
-
 // A local or remote variable, or a pointer to a remote one.
-CVariable* FindResult(CScriptContext& document, std::string_view name) {
-    CVariable* variable = FindVariable(document, name);
-    if (variable == nullptr) {
-        Fail(document, ErrorUndefinedVariable, BaseName(name));
-        return nullptr;
-    }
+CVariable* FindResult(CScriptContext& script, std::string_view name) {
+    CVariable* variable = script.FindNamed(name);
+    if (variable == nullptr) return nullptr;
     const VariableKind kind = variable->GetKind();
     if (kind == VariableLocal || kind == VariableRemote) return variable;
     if (kind == VariablePointer &&
         static_cast<CVariablePointer*>(variable)->GetTargetKind() == VariableRemote) {
         return variable;
     }
-    Fail(document, ErrorWrongKind, BaseName(name));
-    return nullptr;
+    return script.FailForced(ErrorWrongKind, name);
 }
 
 // "FROM <time>" or "TO <time>" at the front of the text.
-bool TakeBound(CScriptContext& document, std::string_view word, std::string_view& text,
+bool TakeBound(CScriptContext& script, std::string_view word, std::string_view& text,
                std::int64_t& bound) {
     text = TrimBlanks(text);
     const std::string_view clause = text;
     const std::string_view token = NextToken(text);
-    if (token.empty()) return Fail(document, ErrorArguments, word);
-    if (token != word) return Fail(document, ErrorUnknownKeyword, token);
-    return ParseDateFields(document, text, bound) || Fail(document, ErrorText, clause);
+    if (token.empty()) return script.FailForced(ErrorArguments, word);
+    if (token != word) return script.FailForced(ErrorUnknownKeyword, token);
+    return ParseDateFields(script, text, bound) || script.FailForced(ErrorText, clause);
 }
 
-CalcResult ReadFilter(CScriptContext& document, std::string_view mask, std::string_view text,
+CalcResult ReadFilter(CScriptContext& script, std::string_view mask, std::string_view text,
                       ElementFilter& filter) {
     if (mask.empty()) return CalcResult::Done;
-    if (!ParseStatusArgument(document, mask, &filter.ignoreMask, StatusAction::Set)) {
-        Fail(document, ErrorArguments, mask);
+    if (!ParseStatusArgument(script, mask, &filter.ignoreMask, StatusAction::Set)) {
+        script.SetError(ErrorArguments, mask, true);
         return CalcResult::Error;
     }
     if (TrimBlanks(text).empty()) return CalcResult::Done;
-    if (!TakeBound(document, kFrom, text, filter.from) ||
-        !TakeBound(document, kTo, text, filter.to)) {
+    if (!TakeBound(script, kFrom, text, filter.from) || !TakeBound(script, kTo, text, filter.to)) {
         return CalcResult::Error;
     }
     return filter.from > filter.to ? CalcResult::RangeReversed : CalcResult::Done;
@@ -128,54 +106,54 @@ constexpr FillStep kFillSteps[] = {
 
 }  // namespace
 
-CalcResult CalcInList(CScriptContext& document, std::string_view text) {
+CalcResult CalcInList(CScriptContext& script, std::string_view text) {
     const std::string_view source = NextToken(text);
     const std::string_view target = NextToken(text);
     const std::string_view mask = NextToken(text);
     ElementFilter filter;
-    const CalcResult read = ReadFilter(document, mask, text, filter);
-    const CVariableList* list = FindList(document, source);
-    CVariable* result = FindResult(document, target);
+    const CalcResult read = ReadFilter(script, mask, text, filter);
+    const CVariableList* list = script.FindList(BaseName(source));
+    CVariable* result = FindResult(script, BaseName(target));
     if (list == nullptr || result == nullptr) return CalcResult::Error;
     if (read != CalcResult::Done) return read;
     const Aggregate* aggregate = FindAggregate(source);
     CVal value;
     CalcResult code = CalcResult::Done;
     if (aggregate == nullptr) {
-        Fail(document, ErrorArguments, source);
+        script.SetError(ErrorArguments, source, true);
         code = CalcResult::Error;
-    } else if (!aggregate->compute(*list, value, filter, document.Services().clock.Now())) {
+    } else if (!aggregate->compute(*list, value, filter, script.Services().clock.Now())) {
         code = CalcResult::NothingComputed;
     }
     result->SetValue(value, GetValueKind(target));
     return code;
 }
 
-bool FillInList(CScriptContext& document, std::string_view text) {
-    CVariableList* list = FindList(document, NextToken(text));
+bool FillInList(CScriptContext& script, std::string_view text) {
+    CVariableList* list = script.FindList(BaseName(NextToken(text)));
     if (list == nullptr) return false;
     const std::string_view valueToken = NextToken(text);
     CVal value;
     const int wanted = list->GetValueType(KindCurrent, 1);
-    if (!EvaluateOperand(document, valueToken, value, wanted, true)) {
-        return Fail(document, ErrorArguments, valueToken);
+    if (!EvaluateOperand(script, valueToken, value, wanted, true)) {
+        return script.FailForced(ErrorArguments, valueToken);
     }
     const std::string_view statusToken = NextToken(text);
     std::uint16_t status = 0;
-    if (!ParseStatusArgument(document, statusToken, &status, StatusAction::Set)) {
-        return Fail(document, ErrorArguments, statusToken);
+    if (!ParseStatusArgument(script, statusToken, &status, StatusAction::Set)) {
+        return script.FailForced(ErrorArguments, statusToken);
     }
     std::string_view startToken = NextToken(text);
     const std::string_view endToken = NextToken(text);
     std::string_view endText = endToken;
     std::int64_t start = 0;
     std::int64_t end = 0;
-    if (!ParseDateFields(document, startToken, start) || !ParseDateFields(document, endText, end)) {
-        return Fail(document, ErrorArguments, endToken);
+    if (!ParseDateFields(script, startToken, start) || !ParseDateFields(script, endText, end)) {
+        return script.FailForced(ErrorArguments, endToken);
     }
     const std::string_view stepToken = NextToken(text);
     const auto step = std::ranges::find(kFillSteps, stepToken, &FillStep::word);
-    if (step == std::end(kFillSteps)) return Fail(document, ErrorArguments, stepToken);
+    if (step == std::end(kFillSteps)) return script.FailForced(ErrorArguments, stepToken);
     value.SetStatus(status);
     end = step->first(end);
     for (std::int64_t time = step->first(start); time <= end; time = step->next(time)) {
@@ -186,14 +164,14 @@ bool FillInList(CScriptContext& document, std::string_view text) {
 }
 
 FunctionResult CalcInListFunction(FunctionCall& call) {
-    const CalcResult code = CalcInList(call.document, TextBehindKeyword(call));
+    const CalcResult code = CalcInList(call.script, TextBehindKeyword(call));
     if (code == CalcResult::Error) return FunctionResult::Failed;
     call.out = CVal(static_cast<int>(code));
     return FunctionResult::Done;
 }
 
 FunctionResult FillInListFunction(FunctionCall& call) {
-    if (!FillInList(call.document, TextBehindKeyword(call))) return FunctionResult::Failed;
+    if (!FillInList(call.script, TextBehindKeyword(call))) return FunctionResult::Failed;
     call.out = CVal(1);
     return FunctionResult::Done;
 }

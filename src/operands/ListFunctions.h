@@ -1,5 +1,5 @@
 // The two calculations on lists that are both statements and functions. They work on the text
-// behind their keyword; their errors go to the document, forced.
+// behind their keyword; their errors go to the script, forced.
 #pragma once
 
 #include <string_view>
@@ -17,10 +17,10 @@ enum class CalcResult : int {
 
 // <list.function> <result> [<mask> [FROM <time> TO <time>]]: the aggregate goes into the result, a
 // value of type None where nothing was computed.
-CalcResult CalcInList(CScriptContext& document, std::string_view text);
+CalcResult CalcInList(CScriptContext& script, std::string_view text);
 
 // <list> <value> <status> <start> <end> HREP|DREP|MREP: one element for each hour, day or month
 // from start to end goes behind those that the list has.
-bool FillInList(CScriptContext& document, std::string_view text);
+bool FillInList(CScriptContext& script, std::string_view text);
 
 }  // namespace kalvex

@@ -13,7 +13,7 @@ namespace {
 template <class Function>
 FunctionResult OnDouble(FunctionCall& call, Function function) {
     CVal argument;
-    if (!EvaluateOperand(call.document, call.arguments[0], argument, ValueType::Double, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[0], argument, ValueType::Double, true)) {
         return FunctionResult::Failed;
     }
     call.out = CVal(function(ValueToDouble(argument)));
@@ -69,7 +69,7 @@ FunctionResult SquareRoot(FunctionCall& call) {
 
 FunctionResult Factorial(FunctionCall& call) {
     CVal argument;
-    if (!EvaluateOperand(call.document, call.arguments[0], argument, ValueType::Int, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[0], argument, ValueType::Int, true)) {
         return FunctionResult::Failed;
     }
     const int n = ValueToInt(argument);
@@ -81,7 +81,7 @@ FunctionResult Factorial(FunctionCall& call) {
 
 FunctionResult IntegerPart(FunctionCall& call) {
     CVal argument;
-    if (!EvaluateOperand(call.document, call.arguments[0], argument, ValueType::Int, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[0], argument, ValueType::Int, true)) {
         return FunctionResult::Failed;
     }
     call.out = CVal(ValueToInt(argument));
@@ -92,9 +92,9 @@ FunctionResult Round(FunctionCall& call) {
     CVal number;
     CVal digits;
     const bool numberRead =
-        EvaluateOperand(call.document, call.arguments[0], number, ValueType::Double, true);
+        EvaluateOperand(call.script, call.arguments[0], number, ValueType::Double, true);
     const bool digitsRead =
-        EvaluateOperand(call.document, call.arguments[1], digits, ValueType::Double, true);
+        EvaluateOperand(call.script, call.arguments[1], digits, ValueType::Double, true);
     if (!numberRead || !digitsRead) return FunctionResult::Failed;
     call.out = CVal(RoundToDigits(ValueToDouble(number), Truncate(digits)));
     return FunctionResult::Done;

@@ -68,8 +68,8 @@ void ReadPositionValid(CScriptContext&, const CVariableList& list, CVal& out) {
 
 constexpr ElementFilter kKnownElements{Status::Unknown, 0, kLargestTime};
 
-void ReadSum(CScriptContext& document, const CVariableList& list, CVal& out) {
-    SumItems(list, out, kKnownElements, document.Services().clock.Now());
+void ReadSum(CScriptContext& script, const CVariableList& list, CVal& out) {
+    SumItems(list, out, kKnownElements, script.Services().clock.Now());
 }
 
 void ReadMinimum(CScriptContext&, const CVariableList& list, CVal& out) {
@@ -80,13 +80,13 @@ void ReadMaximum(CScriptContext&, const CVariableList& list, CVal& out) {
     MaxItem(list, out, kKnownElements);
 }
 
-void ReadAverage(CScriptContext& document, const CVariableList& list, CVal& out) {
-    AverageItems(list, out, kKnownElements, document.Services().clock.Now());
+void ReadAverage(CScriptContext& script, const CVariableList& list, CVal& out) {
+    AverageItems(list, out, kKnownElements, script.Services().clock.Now());
 }
 
 struct ListProperty {
     std::string_view name;
-    void (*read)(CScriptContext& document, const CVariableList& list, CVal& out);
+    void (*read)(CScriptContext& script, const CVariableList& list, CVal& out);
 };
 
 constexpr ListProperty kListProperties[] = {
@@ -114,13 +114,13 @@ std::string_view CutAtLastDot(std::string_view text) {
     return text.substr(0, text.rfind('.'));
 }
 
-bool EvaluateVariableProperty(CScriptContext& document, std::string_view text, CVal& out,
+bool EvaluateVariableProperty(CScriptContext& script, std::string_view text, CVal& out,
                               bool report) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
-    CVariable* variable = FindVariable(document, base);
+    CVariable* variable = FindVariable(script, base);
     if (variable == nullptr) {
-        if (report) document.SetError(ErrorWrongKind, base, false);
+        if (report) script.SetError(ErrorWrongKind, base, false);
         return false;
     }
     for (const VariableProperty& property : kVariableProperties) {
@@ -132,12 +132,12 @@ bool EvaluateVariableProperty(CScriptContext& document, std::string_view text, C
     return false;
 }
 
-bool EvaluateBaseName(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+bool EvaluateBaseName(CScriptContext& script, std::string_view text, CVal& out, bool report) {
     const std::string_view name = CutAtLastDot(text);
-    CVariable* variable = FindVariable(document, name);
+    CVariable* variable = FindVariable(script, name);
     if (variable == nullptr) return false;
     if (variable->GetKind() != VariablePointer) {
-        if (report) document.SetError(ErrorWrongKind, name, false);
+        if (report) script.SetError(ErrorWrongKind, name, false);
         return false;
     }
     const auto& pointer = static_cast<const CVariablePointer&>(*variable);
@@ -145,39 +145,39 @@ bool EvaluateBaseName(CScriptContext& document, std::string_view text, CVal& out
     return true;
 }
 
-bool EvaluateListProperty(CScriptContext& document, std::string_view text,
+bool EvaluateListProperty(CScriptContext& script, std::string_view text,
                           const ListProperty& property, CVal& out, bool report) {
     const std::string_view name = CutAtLastDot(text);
-    CVariable* variable = FindVariable(document, name);
+    CVariable* variable = FindVariable(script, name);
     if (variable == nullptr || variable->GetKind() != VariableList) {
         const ScriptError code = variable == nullptr ? ErrorBadVariableName : ErrorWrongKind;
-        if (report) document.SetError(code, name, false);
+        if (report) script.SetError(code, name, false);
         return false;
     }
-    property.read(document, static_cast<const CVariableList&>(*variable), out);
+    property.read(script, static_cast<const CVariableList&>(*variable), out);
     return true;
 }
 
-bool EvaluateTimestamp(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+bool EvaluateTimestamp(CScriptContext& script, std::string_view text, CVal& out, bool report) {
     const std::string_view name = CutAtLastDot(text);
     std::int64_t time = 0;
-    if (!GetVariableTime(document, name, &time)) {
-        if (report) document.SetError(ErrorRemoteValue, name, false);
+    if (!GetVariableTime(script, name, &time)) {
+        if (report) script.SetError(ErrorRemoteValue, name, false);
         return false;
     }
     out = CVal(time);
     return true;
 }
 
-bool EvaluateTime(CScriptContext& document, std::string_view text, CVal& out) {
+bool EvaluateTime(CScriptContext& script, std::string_view text, CVal& out) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
     std::int64_t time = 0;
     if (base == kTime) {
-        time = document.Services().clock.Now();
+        time = script.Services().clock.Now();
     } else {
         CVal value;
-        if (!EvaluateOperand(document, base, value, ValueType::Int64, true)) return false;
+        if (!EvaluateOperand(script, base, value, ValueType::Int64, true)) return false;
         value.GetValData(ValueType::Int64, &time);
     }
     if (dot == std::string_view::npos) {
@@ -198,20 +198,20 @@ Attempt Outcome(bool succeeded) {
 }
 
 // Steps 3 to 7: everything that a dot can select.
-Attempt EvaluateProperty(CScriptContext& document, std::string_view text, CVal& out, bool report) {
+Attempt EvaluateProperty(CScriptContext& script, std::string_view text, CVal& out, bool report) {
     for (const VariableProperty& property : kVariableProperties) {
         if (Mentions(text, property.row.name)) {
-            return Outcome(EvaluateVariableProperty(document, text, out, report));
+            return Outcome(EvaluateVariableProperty(script, text, out, report));
         }
     }
-    if (Mentions(text, kBaseName)) return Outcome(EvaluateBaseName(document, text, out, report));
+    if (Mentions(text, kBaseName)) return Outcome(EvaluateBaseName(script, text, out, report));
     for (const ListProperty& property : kListProperties) {
         if (Mentions(text, property.name)) {
-            return Outcome(EvaluateListProperty(document, text, property, out, report));
+            return Outcome(EvaluateListProperty(script, text, property, out, report));
         }
     }
-    if (Mentions(text, kTimestamp)) return Outcome(EvaluateTimestamp(document, text, out, report));
-    if (MentionsTimeProperty(text)) return Outcome(EvaluateTime(document, text, out));
+    if (Mentions(text, kTimestamp)) return Outcome(EvaluateTimestamp(script, text, out, report));
+    if (MentionsTimeProperty(text)) return Outcome(EvaluateTime(script, text, out));
     return Attempt::NotMine;
 }
 
@@ -219,18 +219,18 @@ bool IsTimeWord(std::string_view text) {
     return text.starts_with(kTime) && (text.size() == kTime.size() || text[kTime.size()] == '.');
 }
 
-bool EvaluateVariable(CScriptContext& document, std::string_view text, CVal& out, bool report) {
-    CVariable* variable = FindVariable(document, text);
+bool EvaluateVariable(CScriptContext& script, std::string_view text, CVal& out, bool report) {
+    CVariable* variable = FindVariable(script, text);
     if (variable == nullptr) return false;
     const int result = variable->GetValue(out, GetValueKind(text), 0);
     if (result == ReadValue) return true;
     const bool unavailable = result == ReadUnavailable && report;
-    document.SetError(unavailable ? ErrorRemoteValue : ErrorWaiting, text, false);
+    script.SetError(unavailable ? ErrorRemoteValue : ErrorWaiting, text, false);
     return false;
 }
 
-bool EvaluateFormula(CScriptContext& document, std::string_view text, CVal& out) {
-    FormulaParser parser(document);
+bool EvaluateFormula(CScriptContext& script, std::string_view text, CVal& out) {
+    FormulaParser parser(script);
     std::string postfix;
     return parser.CompileFormula(text, postfix) && parser.EvaluatePostfix(out, postfix);
 }
@@ -251,7 +251,7 @@ std::span<const VariablePropertyRow> VariableProperties() {
     return rows;
 }
 
-bool EvaluateOperand(CScriptContext& document, std::string_view text, CVal& out, int wanted,
+bool EvaluateOperand(CScriptContext& script, std::string_view text, CVal& out, int wanted,
                      bool report) {
     text = TrimBlanks(text);
     if (text.starts_with('@') && IsScheduleWord(text)) {
@@ -259,10 +259,10 @@ bool EvaluateOperand(CScriptContext& document, std::string_view text, CVal& out,
         return true;
     }
     if (MayMentionProperty(text)) {
-        const Attempt attempt = EvaluateProperty(document, text, out, report);
+        const Attempt attempt = EvaluateProperty(script, text, out, report);
         if (attempt != Attempt::NotMine) return attempt == Attempt::Succeeded;
     }
-    if (IsTimeWord(text)) return EvaluateTime(document, text, out);
+    if (IsTimeWord(text)) return EvaluateTime(script, text, out);
     double number = 0;
     if (ConvertString2Double(text, &number)) {
         out = ValueType::IsInteger(wanted) ? CVal(text) : CVal(number);
@@ -272,25 +272,25 @@ bool EvaluateOperand(CScriptContext& document, std::string_view text, CVal& out,
         out = CVal(text.substr(1, text.size() - 2));
         return true;
     }
-    return EvaluateVariable(document, text, out, report);
+    return EvaluateVariable(script, text, out, report);
 }
 
-bool EvaluateExpression(CScriptContext& document, std::string_view& text, CVal& out, int wanted) {
+bool EvaluateExpression(CScriptContext& script, std::string_view& text, CVal& out, int wanted) {
     const std::string_view full = text;
     const std::string_view keyword = NextToken(text);
     std::array<std::string_view, 3> arguments;
     for (std::string_view& argument : arguments) argument = NextToken(text);
-    if (const FunctionRow* row = document.Services().functions.Find(keyword)) {
-        FunctionCall call{document, keyword, arguments, text, full, wanted, out, {}};
+    if (const FunctionRow* row = script.Services().functions.Find(keyword)) {
+        FunctionCall call{script, keyword, arguments, text, full, wanted, out, {}};
         const FunctionResult result = row->handler(call);
         if (result != FunctionResult::Continues) return result == FunctionResult::Done;
-        return EvaluateFormula(document, call.formula, out);
+        return EvaluateFormula(script, call.formula, out);
     }
-    if (arguments[0].empty() && EvaluateOperand(document, keyword, out, wanted, true)) return true;
-    return EvaluateFormula(document, full, out);
+    if (arguments[0].empty() && EvaluateOperand(script, keyword, out, wanted, true)) return true;
+    return EvaluateFormula(script, full, out);
 }
 
-bool EvaluateRest(CScriptContext& document, std::string_view& text, CVal& out, int wanted) {
+bool EvaluateRest(CScriptContext& script, std::string_view& text, CVal& out, int wanted) {
     std::string joined;
     std::string_view token = NextToken(text);
     const char* start = token.data();
@@ -311,7 +311,7 @@ bool EvaluateRest(CScriptContext& document, std::string_view& text, CVal& out, i
     }
     std::string_view expression = contiguous ? std::string_view(start, length) : joined;
     text = {};
-    return EvaluateExpression(document, expression, out, wanted);
+    return EvaluateExpression(script, expression, out, wanted);
 }
 
 }  // namespace kalvex

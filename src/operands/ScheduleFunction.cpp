@@ -29,7 +29,7 @@ FunctionResult CheckEventTimeFunction(FunctionCall& call) {
     if (!a) return FunctionResult::Failed;
     const std::optional<int> b = Seconds(call, 2);
     if (!b) return FunctionResult::Failed;
-    const bool fits = CheckEventTime(entry, *a, *b, call.document.Services().clock.Now());
+    const bool fits = CheckEventTime(entry, *a, *b, call.script.Services().clock.Now());
     call.out = CVal(fits ? 1 : 0);
     return FunctionResult::Done;
 }

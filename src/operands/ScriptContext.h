@@ -1,14 +1,23 @@
-// What the evaluators see of a script: its variables, its error slot and the services it was made
-// with. The script document implements it. Main thread.
+// What evaluators and handlers see of a script: its variables, its error slot, its parts and the
+// services it was made with. The script document is one. Main thread.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
 #include <string_view>
+#include <utility>
 
+#include "operands/DocumentPart.h"
 #include "operands/ScriptErrors.h"
 #include "operands/Variable.h"
 #include "platform/Clock.h"
+#include "platform/Crypt.h"
 #include "platform/LogSink.h"
+#include "platform/NetworkProbes.h"
 #include "platform/Paths.h"
+#include "platform/Processes.h"
 #include "platform/Translator.h"
 #include "platform/Users.h"
 
@@ -16,7 +25,7 @@ namespace kalvex {
 
 class CFunctionTable;
 
-// The world of a script, none of it owned; all of it outlives the document.
+// The world of a script, none of it owned; all of it outlives the script.
 struct ValueServices {
     Clock& clock;
     LogSink& log;
@@ -24,6 +33,31 @@ struct ValueServices {
     const Users& users;
     const Paths& paths;
     const CFunctionTable& functions;
+    Processes* processes = &NoProcesses();  // never null
+    const CCrypt* crypt = nullptr;          // none where no text is protected
+    NetworkProbes* probes = &NoProbes();    // never null
+};
+
+// The error of the line that runs, or of the last one that ran.
+struct ErrorSlot {
+    int m_nErrorCode = ErrorNone;
+    std::string m_strErrorText;  // what it is about, usually the offending token
+
+    // The line awaits current data, which is no fault.
+    bool IsWaiting() const { return m_nErrorCode == ErrorWaiting; }
+};
+
+// What a failure answers. Returned, it becomes what says so there: false, a null pointer, or the
+// Failed among other outcomes.
+struct [[nodiscard]] Failure {
+    operator bool() const { return false; }
+    template <class Object>
+    operator Object*() const {
+        return nullptr;
+    }
+    template <class Outcome>
+    requires requires { Outcome::Failed; }
+    operator Outcome() const { return Outcome::Failed; }
 };
 
 class CScriptContext {
@@ -33,17 +67,51 @@ class CScriptContext {
     CScriptContext(const CScriptContext&) = delete;
     CScriptContext& operator=(const CScriptContext&) = delete;
 
+    const ValueServices& Services() const { return m_services; }
+    const std::string& GetPathName() const { return m_strPath; }  // full path, Windows-1250
+
+    const ErrorSlot& LastError() const { return m_error; }
     // Records an error. Without force the first specific error of a line stands, and ErrorOther
     // gives way to any other.
-    virtual void SetError(int code, std::string_view text, bool force) = 0;
+    void SetError(int code, std::string_view text, bool force);
+    // Records an error without force, for a handler to return.
+    Failure Fail(int code, std::string_view text = {});
+    // The same with force, for an error that is known to be the real cause.
+    Failure FailForced(int code, std::string_view text);
 
     CVariableTable& Variables() { return m_arrVariables; }
     const CVariableTable& Variables() const { return m_arrVariables; }
-    const ValueServices& Services() const { return m_services; }
+    // The variable of that name or its list. Null records ErrorUndefinedVariable or, for another
+    // kind of variable, ErrorWrongKind: forced, with the name as it is given.
+    CVariable* FindNamed(std::string_view name);
+    CVariableList* FindList(std::string_view name);
+
+    // The part of a subsystem, made at first use.
+    template <class Part, class... Arguments>
+    Part& GetPart(DocumentPart id, Arguments&&... arguments) {
+        std::unique_ptr<CDocumentPart>& slot = m_arrParts[static_cast<std::size_t>(id)];
+        if (!slot) slot = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
+        return static_cast<Part&>(*slot);
+    }
+    // The same, null as long as nobody has made it.
+    template <class Part>
+    Part* FindPart(DocumentPart id) {
+        return static_cast<Part*>(m_arrParts[static_cast<std::size_t>(id)].get());
+    }
+
+  protected:
+    void SetPathName(std::string path) { m_strPath = std::move(path); }
+    // Tells the parts that the run state is cleared.
+    void ClearParts();
+    void DestroyParts();
 
   private:
     const ValueServices& m_services;
+    std::string m_strPath;
+    ErrorSlot m_error;
     CVariableTable m_arrVariables;
+    std::array<std::unique_ptr<CDocumentPart>, static_cast<std::size_t>(DocumentPart::Count)>
+        m_arrParts;
 };
 
 }  // namespace kalvex

@@ -15,11 +15,11 @@ std::uint16_t Changed(std::uint16_t word, std::uint16_t bits, StatusAction actio
 
 }  // namespace
 
-bool ParseStatusArgument(CScriptContext& document, std::string_view text, std::uint16_t* word,
+bool ParseStatusArgument(CScriptContext& script, std::string_view text, std::uint16_t* word,
                          StatusAction action) {
     CVal value;
     std::optional<std::uint16_t> bits;
-    if (!EvaluateOperand(document, text, value, ValueType::Int, false)) {
+    if (!EvaluateOperand(script, text, value, ValueType::Int, false)) {
         const std::size_t start = text.find_first_not_of(' ');
         bits = start == std::string_view::npos ? std::nullopt : StatusBit(text.substr(start));
     } else if (value.IsText()) {

@@ -9,12 +9,12 @@ namespace {
 
 FunctionResult ChangeStatus(FunctionCall& call, StatusAction action) {
     const std::string_view name = call.arguments[0];
-    CVariable* variable = FindVariable(call.document, name);
+    CVariable* variable = FindVariable(call.script, name);
     if (variable == nullptr) return FunctionResult::Failed;
     const ValueKind kind = GetValueKind(name);
     std::uint16_t word = 0;
     const bool known = action == StatusAction::Set || variable->GetStatus(&word, kind) != 0;
-    const bool parsed = ParseStatusArgument(call.document, call.arguments[1], &word, action);
+    const bool parsed = ParseStatusArgument(call.script, call.arguments[1], &word, action);
     if (!known || !parsed || variable->SetStatus(word, kind) == 0) return FunctionResult::Failed;
     call.out = CVal(1);
     return FunctionResult::Done;
@@ -29,7 +29,7 @@ FunctionResult Give(FunctionCall& call, std::string text) {
 
 FunctionResult StatusFunction(FunctionCall& call) {
     std::uint16_t word = 0;
-    const bool known = GetVariableStatus(call.document, call.arguments[0], &word);
+    const bool known = GetVariableStatus(call.script, call.arguments[0], &word);
     const std::string_view wanted = call.arguments[1];
     if (const std::optional<std::uint16_t> bit = StatusBit(wanted)) {
         call.out = CVal((word & *bit) != 0);
@@ -56,15 +56,15 @@ FunctionResult RemoveStatusFunction(FunctionCall& call) {
 }
 
 FunctionResult SorvaneUserName(FunctionCall& call) {
-    return Give(call, call.document.Services().users.GetActiveUserName());
+    return Give(call, call.script.Services().users.GetActiveUserName());
 }
 
 FunctionResult SorvaneUserDescription(FunctionCall& call) {
-    return Give(call, call.document.Services().users.GetActiveUserDescription());
+    return Give(call, call.script.Services().users.GetActiveUserDescription());
 }
 
 FunctionResult WindowsUserName(FunctionCall& call) {
-    return Give(call, call.document.Services().users.GetAccountName());
+    return Give(call, call.script.Services().users.GetAccountName());
 }
 
 }  // namespace kalvex

@@ -77,7 +77,7 @@ std::string Append(std::string_view first, std::string_view second) {
 
 FunctionResult ToStringFunction(FunctionCall& call) {
     CVal value;
-    if (!EvaluateOperand(call.document, call.arguments[0], value, ValueType::Text, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[0], value, ValueType::Text, true)) {
         return FunctionResult::Failed;
     }
     if (call.arguments[0].find('"') != std::string_view::npos) {
@@ -94,7 +94,7 @@ FunctionResult ToStringFunction(FunctionCall& call) {
 
 FunctionResult ToFloat(FunctionCall& call) {
     CVal value;
-    if (!EvaluateOperand(call.document, call.arguments[0], value, ValueType::Double, true)) {
+    if (!EvaluateOperand(call.script, call.arguments[0], value, ValueType::Double, true)) {
         return FunctionResult::Failed;
     }
     call.out = CVal(ValueToDouble(value));

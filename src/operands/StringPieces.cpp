@@ -31,7 +31,7 @@ FunctionResult Tokenize(FunctionCall& call) {
     }
     const std::optional<std::string> text = TextArgument(call, 0);
     if (!text) return FunctionResult::Failed;
-    CVariable* variable = FindVariable(call.document, call.arguments[2]);
+    CVariable* variable = FindVariable(call.script, call.arguments[2]);
     CVal value;
     if (variable == nullptr || variable->GetValue(value, KindCurrent, 0) != ReadValue) {
         return FunctionResult::Failed;
@@ -44,7 +44,7 @@ FunctionResult Tokenize(FunctionCall& call) {
 }
 
 FunctionResult Join(FunctionCall& call) {
-    CVariable* variable = FindVariable(call.document, call.arguments[0]);
+    CVariable* variable = FindVariable(call.script, call.arguments[0]);
     if (variable == nullptr || variable->GetKind() != VariableList) return FunctionResult::Failed;
     std::string separator;
     if (!call.arguments[1].empty()) {

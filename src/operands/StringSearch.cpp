@@ -39,7 +39,7 @@ int ReverseFind(std::string_view text, std::string_view wanted) {
 // an operand first, and the error of that stays behind.
 FunctionResult ContinueWith(FunctionCall& call, int result, std::string_view firstText) {
     if (firstText.empty() &&
-        EvaluateOperand(call.document, call.keyword, call.out, call.wanted, true)) {
+        EvaluateOperand(call.script, call.keyword, call.out, call.wanted, true)) {
         return FunctionResult::Done;
     }
     call.formula = std::to_string(result) + ' ';

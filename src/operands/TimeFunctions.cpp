@@ -23,7 +23,7 @@ FunctionResult Give(FunctionCall& call, std::int64_t time) {
 
 FunctionResult TimestampFunction(FunctionCall& call) {
     std::int64_t time = 0;
-    if (!GetVariableTime(call.document, call.arguments[0], &time)) return FunctionResult::Failed;
+    if (!GetVariableTime(call.script, call.arguments[0], &time)) return FunctionResult::Failed;
     return Give(call, time);
 }
 
@@ -31,7 +31,7 @@ FunctionResult FormatedTimestamp(FunctionCall& call) {
     const std::string format = TextArgument(call, 1).value_or(std::string(kDefaultTimeFormat));
     std::int64_t time = 0;
     std::tm fields;
-    if (!GetVariableTime(call.document, call.arguments[0], &time) || !LocalCalendar(time, fields)) {
+    if (!GetVariableTime(call.script, call.arguments[0], &time) || !LocalCalendar(time, fields)) {
         return FunctionResult::Failed;
     }
     call.out = CVal(FormatTime(fields, format));
@@ -41,7 +41,7 @@ FunctionResult FormatedTimestamp(FunctionCall& call) {
 FunctionResult MakeTime(FunctionCall& call) {
     std::string_view text = TextBehindKeyword(call);
     std::int64_t time = 0;
-    if (!ParseDateFields(call.document, text, time)) return FunctionResult::Failed;
+    if (!ParseDateFields(call.script, text, time)) return FunctionResult::Failed;
     return Give(call, time);
 }
 

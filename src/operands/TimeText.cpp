@@ -33,10 +33,10 @@ constexpr DateField kDateFields[] = {
 };
 
 // Takes the operand at the front of the text.
-bool TakeNumber(CScriptContext& document, std::string_view& text, int& out) {
+bool TakeNumber(CScriptContext& script, std::string_view& text, int& out) {
     std::string_view rest = text;
     CVal value;
-    if (!EvaluateOperand(document, NextToken(rest), value, ValueType::Int, false)) return false;
+    if (!EvaluateOperand(script, NextToken(rest), value, ValueType::Int, false)) return false;
     out = ValueToInt(value);
     text = rest;
     return true;
@@ -69,11 +69,11 @@ bool ScanSleepTime(std::string_view text, std::string_view separators, std::arra
 
 }  // namespace
 
-bool ParseDateFields(CScriptContext& document, std::string_view& text, std::int64_t& out) {
+bool ParseDateFields(CScriptContext& script, std::string_view& text, std::int64_t& out) {
     TimeFields fields;
-    if (!TakeNumber(document, text, fields.year)) return false;
+    if (!TakeNumber(script, text, fields.year)) return false;
     for (const DateField& row : std::span(kDateFields).subspan(1)) {
-        if (TrimBlanks(text).empty() || !TakeNumber(document, text, fields.*row.field)) break;
+        if (TrimBlanks(text).empty() || !TakeNumber(script, text, fields.*row.field)) break;
     }
     if (fields.year >= kFirstTime) {
         out = fields.year;
@@ -103,9 +103,9 @@ bool ScanInteger(std::string_view& text, int& out) {
     return true;
 }
 
-bool ParseSleepTime(CScriptContext& document, std::string_view text, SleepTime& out) {
+bool ParseSleepTime(CScriptContext& script, std::string_view text, SleepTime& out) {
     std::string held;
-    CVariable* variable = FindVariable(document, text);
+    CVariable* variable = FindVariable(script, text);
     CVal value;
     if (variable != nullptr && variable->GetValue(value, GetValueKind(text), 0) == ReadValue) {
         held = ValueToText(value);

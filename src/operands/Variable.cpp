@@ -252,7 +252,7 @@ void CVariableList::RemoveAll() {
 template <class Result, class... Parameters, class... Arguments>
 Result CVariablePointer::Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                                  Arguments&&... arguments) {
-    CVariable* target = FindVariable(m_document, m_strTarget);
+    CVariable* target = FindVariable(m_script, m_strTarget);
     if (target == nullptr || m_bForwarding) return missing;
     m_bForwarding = true;
     Result result = (target->*operation)(std::forward<Arguments>(arguments)...);
@@ -261,7 +261,7 @@ Result CVariablePointer::Forward(Result missing, Result (CVariable::*operation)(
 }
 
 VariableKind CVariablePointer::GetTargetKind() {
-    const CVariable* target = FindVariable(m_document, m_strTarget);
+    const CVariable* target = FindVariable(m_script, m_strTarget);
     return target == nullptr ? VariableNone : target->GetKind();
 }
 
@@ -395,20 +395,20 @@ std::string_view BaseName(std::string_view name) {
     return dot == 0 ? name : name.substr(0, dot);
 }
 
-CVariable* FindVariable(CScriptContext& document, std::string_view name) {
+CVariable* FindVariable(CScriptContext& script, std::string_view name) {
     const std::string_view base = BaseName(name);
-    CVariable* variable = document.Variables().Find(base);
-    if (variable == nullptr) document.SetError(ErrorUndefinedVariable, base, false);
+    CVariable* variable = script.Variables().Find(base);
+    if (variable == nullptr) script.SetError(ErrorUndefinedVariable, base, false);
     return variable;
 }
 
-bool GetVariableStatus(CScriptContext& document, std::string_view name, std::uint16_t* out) {
-    CVariable* variable = FindVariable(document, name);
+bool GetVariableStatus(CScriptContext& script, std::string_view name, std::uint16_t* out) {
+    CVariable* variable = FindVariable(script, name);
     return variable != nullptr && variable->GetStatus(out, GetValueKind(name)) != 0;
 }
 
-bool GetVariableTime(CScriptContext& document, std::string_view name, std::int64_t* out) {
-    CVariable* variable = FindVariable(document, name);
+bool GetVariableTime(CScriptContext& script, std::string_view name, std::int64_t* out) {
+    CVariable* variable = FindVariable(script, name);
     std::int64_t time = 0;
     if (variable == nullptr || variable->GetTime(&time, GetValueKind(name)) == 0 || time < 0) {
         return false;

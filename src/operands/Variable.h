@@ -1,5 +1,5 @@
 // Script variables: one wide interface for the four kinds, so that statements and evaluators never
-// ask what they have. A variable belongs to one document and lives for one run of its script.
+// ask what they have. A variable belongs to one script and lives for one run of it.
 // Main thread. No operation raises a script error but the lookup inside a pointer.
 #pragma once
 
@@ -157,8 +157,8 @@ class CVariableList final : public CVariableStored {
 // passed on. A missing target, and a pointer that leads back to itself, give the base answers.
 class CVariablePointer final : public CVariable {
   public:
-    CVariablePointer(std::string_view name, CScriptContext& document)
-        : CVariable(name), m_document(document) {}
+    CVariablePointer(std::string_view name, CScriptContext& script)
+        : CVariable(name), m_script(script) {}
 
     VariableKind GetKind() const override { return VariablePointer; }
     const std::string& GetTargetName() const { return m_strTarget; }
@@ -207,12 +207,12 @@ class CVariablePointer final : public CVariable {
     Result Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                    Arguments&&... arguments);
 
-    CScriptContext& m_document;
+    CScriptContext& m_script;
     std::string m_strTarget;
     bool m_bForwarding = false;
 };
 
-// The variables of one document in order of declaration, found by exact name. Owns them.
+// The variables of one script in order of declaration, found by exact name. Owns them.
 class CVariableTable {
   public:
     CVariable* Find(std::string_view name) const;
@@ -232,11 +232,11 @@ std::string_view BaseName(std::string_view name);
 
 // The variable of that name, its suffix left aside; null with script error 3 (not forced)
 // otherwise.
-CVariable* FindVariable(CScriptContext& document, std::string_view name);
+CVariable* FindVariable(CScriptContext& script, std::string_view name);
 
 // Status and time of the value that a name with suffix means; false when there is none (for the
 // time also when it is negative).
-bool GetVariableStatus(CScriptContext& document, std::string_view name, std::uint16_t* out);
-bool GetVariableTime(CScriptContext& document, std::string_view name, std::int64_t* out);
+bool GetVariableStatus(CScriptContext& script, std::string_view name, std::uint16_t* out);
+bool GetVariableTime(CScriptContext& script, std::string_view name, std::int64_t* out);
 
 }  // namespace kalvex

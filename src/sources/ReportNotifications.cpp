@@ -15,19 +15,29 @@ int ReportKind(std::string_view word) {
     return kind >= KindHour && kind <= KindSpan ? kind : KindNone;
 }
 
-bool Enable(StatementCall& call, bool enable) {
+LineOutcome Enable(StatementCall& call, bool enable) {
     const int kind = ReportKind(NextToken(call.rest));
     const std::string_view source = NextToken(call.rest);
     CScriptSources* sources = call.document.Services().sources;
-    if (sources == nullptr || kind == KindNone) return false;
+    if (sources == nullptr || kind == KindNone) return LineOutcome::Failed;
     CReportNotifications& notifications = CReportNotifications::Of(call.document);
     CNotifyRecord* record = notifications.Find(kind, source);
     if (record == nullptr) {
-        if (!enable || !sources->AddNotifyDoc(kind, source, call.document)) return false;
+        if (!enable || !sources->AddNotifyDoc(kind, source, call.document)) {
+            return LineOutcome::Failed;
+        }
         record = &notifications.Add(kind, source);
     }
     record->bEnabled = enable;
-    return true;
+    return LineOutcome::Finished;
+}
+
+// The record that a function's arguments name; null when nothing was ever enabled.
+CNotifyRecord* RecordOf(FunctionCall& call) {
+    auto* notifications =
+        call.script.FindPart<CReportNotifications>(DocumentPart::ReportNotifications);
+    if (notifications == nullptr) return nullptr;
+    return notifications->Find(ReportKind(call.arguments[0]), call.arguments[1]);
 }
 
 }  // namespace
@@ -68,17 +78,16 @@ void CReportNotifications::OnReportChange(int kind, std::string_view source, std
     if (std::find(times.begin(), times.end(), time) == times.end()) times.push_back(time);
 }
 
-bool ExecuteEnableNotify(StatementCall& call) {
+LineOutcome ExecuteEnableNotify(StatementCall& call) {
     return Enable(call, true);
 }
 
-bool ExecuteDisableNotify(StatementCall& call) {
+LineOutcome ExecuteDisableNotify(StatementCall& call) {
     return Enable(call, false);
 }
 
 FunctionResult Notify(FunctionCall& call) {
-    CNotifyRecord* record = CReportNotifications::Of(static_cast<CKalvexDoc&>(call.document))
-                                .Find(ReportKind(call.arguments[0]), call.arguments[1]);
+    CNotifyRecord* record = RecordOf(call);
     std::int64_t time = 0;
     if (record != nullptr && record->bEnabled && !record->arrTimes.empty()) {
         time = record->arrTimes.front();
@@ -89,8 +98,7 @@ FunctionResult Notify(FunctionCall& call) {
 }
 
 FunctionResult NotifyQueueCount(FunctionCall& call) {
-    const CNotifyRecord* record = CReportNotifications::Of(static_cast<CKalvexDoc&>(call.document))
-                                      .Find(ReportKind(call.arguments[0]), call.arguments[1]);
+    const CNotifyRecord* record = RecordOf(call);
     call.out = CVal(record == nullptr ? 0 : static_cast<int>(record->arrTimes.size()));
     return FunctionResult::Done;
 }

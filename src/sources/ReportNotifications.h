@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/DocumentPart.h"
 #include "engine/ScriptDocument.h"
+#include "operands/DocumentPart.h"
 
 namespace kalvex {
 

@@ -44,14 +44,7 @@ bool IsReport(ValueKind kind) {
 
 CVariable* TakeVariable(StatementCall& call, std::string_view& name) {
     name = NextToken(call.rest);
-    CVariable* variable = FindVariable(call.document, name);
-    if (variable == nullptr) call.document.SetError(ErrorUndefinedVariable, name, true);
-    return variable;
-}
-
-bool FailKeyword(CKalvexDoc& document, std::string_view word) {
-    document.SetError(ErrorUnknownKeyword, word, false);
-    return false;
+    return call.document.FindNamed(name);
 }
 
 // Where a statement's parameters lead: the time of the report, and where its value stands.
@@ -95,8 +88,7 @@ bool ReadNamedValue(CKalvexDoc& document, CVariable& variable, std::string_view 
     if (EvaluateOperand(document, name, value, variable.GetValueType(KindCurrent, 1), true)) {
         return true;
     }
-    document.SetError(ErrorBadVariableName, name, false);
-    return false;
+    return document.Fail(ErrorBadVariableName, name);
 }
 
 // A text whose first and last character are taken for its quotes.
@@ -106,48 +98,48 @@ std::string WithoutQuotes(const std::string& token) {
 
 }  // namespace
 
-bool ExecuteGet(StatementCall& call) {
+LineOutcome ExecuteGet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     std::string_view name;
     CVariable* variable = TakeVariable(call, name);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view word = NextToken(call.rest);
     if (word.empty()) {
         CVal value;
         if (ReadNamedValue(document, *variable, name, value)) {
             variable->RequestRange(GetValueKind(name), value.GetTime(), value.GetTime());
         }
-        return true;
+        return LineOutcome::Finished;
     }
     const ValueKind kind = KindFromWord(word);
-    if (kind == KindCurrent) return true;
-    if (!IsReport(kind)) return FailKeyword(document, word);
+    if (kind == KindCurrent) return LineOutcome::Finished;
+    if (!IsReport(kind)) return document.Fail(ErrorUnknownKeyword, word);
     const ReportTokens tokens(call.rest, SignsOf(kind).get);
     Period period;
-    if (!LocatePeriod(document, tokens, kind, 0, period)) return false;
+    if (!LocatePeriod(document, tokens, kind, 0, period)) return LineOutcome::Failed;
     variable->RequestRange(kind, period.time, period.time);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecutePut(StatementCall& call) {
+LineOutcome ExecutePut(StatementCall& call) {
     CKalvexDoc& document = call.document;
     std::string_view name;
     CVariable* variable = TakeVariable(call, name);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view word = NextToken(call.rest);
     CVal value;
     if (word.empty()) {
         if (ReadNamedValue(document, *variable, name, value)) {
             variable->PutValue(GetValueKind(name), value.GetTime(), value, true);
         }
-        return true;
+        return LineOutcome::Finished;
     }
     const ValueKind kind = KindFromWord(word);
-    if (kind == KindCurrent) return true;
-    if (!IsReport(kind)) return FailKeyword(document, word);
+    if (kind == KindCurrent) return LineOutcome::Finished;
+    if (!IsReport(kind)) return document.Fail(ErrorUnknownKeyword, word);
     const ReportTokens tokens(call.rest, SignsOf(kind).put);
     Period period;
-    if (!LocatePeriod(document, tokens, kind, 1, period)) return false;
+    if (!LocatePeriod(document, tokens, kind, 1, period)) return LineOutcome::Failed;
     const std::string& text = tokens[period.next];
     if (text.empty()) return FailParameters(document);
     if (EvaluateOperand(document, text, value, variable->GetValueType(KindCurrent, 1), true)) {
@@ -157,7 +149,7 @@ bool ExecutePut(StatementCall& call) {
     } else if (period.shortForm) {
         document.SetError(ErrorBadVariableName, text, false);
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 // ---- the server's own work
@@ -193,21 +185,22 @@ bool ReadWorkTime(CKalvexDoc& document, const ReportTokens& tokens, ValueKind ki
     return true;
 }
 
-bool AskForWork(StatementCall& call, std::span<const WorkRow> rows, PeriodOperation operation) {
+LineOutcome AskForWork(StatementCall& call, std::span<const WorkRow> rows,
+                       PeriodOperation operation) {
     std::string_view name;
     CVariable* variable = TakeVariable(call, name);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view word = NextToken(call.rest);
     const ValueKind kind = KindFromWord(word);
     const auto row = std::find_if(rows.begin(), rows.end(),
                                   [kind](const WorkRow& work) { return work.kind == kind; });
-    if (row == rows.end()) return FailKeyword(call.document, word);
-    if (row->asked == KindNone) return true;
+    if (row == rows.end()) return call.document.Fail(ErrorUnknownKeyword, word);
+    if (row->asked == KindNone) return LineOutcome::Finished;
     const ReportTokens tokens(call.rest, SignsOf(kind).init);
     std::int64_t time = 0;
-    if (!ReadWorkTime(call.document, tokens, kind, time)) return false;
+    if (!ReadWorkTime(call.document, tokens, kind, time)) return LineOutcome::Failed;
     (variable->*operation)(row->asked, time);
-    return true;
+    return LineOutcome::Finished;
 }
 
 constexpr WorkRow kReports[] = {
@@ -224,19 +217,19 @@ constexpr WorkRow kCalculations[] = {
 
 }  // namespace
 
-bool ExecuteInit(StatementCall& call) {
+LineOutcome ExecuteInit(StatementCall& call) {
     return AskForWork(call, kReports, &CVariable::InitReport);
 }
 
-bool ExecuteInitLoad(StatementCall& call) {
+LineOutcome ExecuteInitLoad(StatementCall& call) {
     return AskForWork(call, kReportsAndArchive, &CVariable::InitLoad);
 }
 
-bool ExecuteInitLoadRefresh(StatementCall& call) {
+LineOutcome ExecuteInitLoadRefresh(StatementCall& call) {
     return AskForWork(call, kArchive, &CVariable::InitLoadRefresh);
 }
 
-bool ExecuteInitCalc(StatementCall& call) {
+LineOutcome ExecuteInitCalc(StatementCall& call) {
     return AskForWork(call, kCalculations, &CVariable::InitCalc);
 }
 

@@ -28,10 +28,8 @@ constexpr DatePart kDateParts[] = {
     {&TimeFields::hour, 0, 23},
 };
 
-bool FailDate(CKalvexDoc& document) {
-    document.SetError(ErrorOther, document.Services().translator.Translate("Niepoprawna data"),
-                      false);
-    return false;
+Failure FailDate(CKalvexDoc& document) {
+    return document.Fail(ErrorOther, document.Services().translator.Translate("Niepoprawna data"));
 }
 
 // Beyond the calendar's end a further step has no meaning.
@@ -86,11 +84,9 @@ int CountDateParts(int kind) {
     }
 }
 
-bool FailParameters(CKalvexDoc& document) {
-    document.SetError(ErrorOther,
-                      document.Services().translator.Translate("Niepoprawna liczba parametrów"),
-                      true);
-    return false;
+Failure FailParameters(CKalvexDoc& document) {
+    return document.FailForced(
+        ErrorOther, document.Services().translator.Translate("Niepoprawna liczba parametrów"));
 }
 
 bool ReadInteger(CKalvexDoc& document, std::string_view token, std::int32_t& number) {

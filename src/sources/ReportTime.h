@@ -46,7 +46,7 @@ bool ChooseSpan(CKalvexDoc& document, std::string_view number, std::int64_t& tim
 // nothing.
 void ShiftByToken(CKalvexDoc& document, std::string_view token, int kind, std::int64_t& time);
 
-// Records that parameters are missing or make no sense; always false, for a handler to return.
-bool FailParameters(CKalvexDoc& document);
+// Records that parameters are missing or make no sense, for a handler to return.
+Failure FailParameters(CKalvexDoc& document);
 
 }  // namespace kalvex

@@ -8,20 +8,20 @@
 namespace kalvex {
 
 // Reports
-bool ExecuteGet(StatementCall& call);
-bool ExecutePut(StatementCall& call);
-bool ExecuteInit(StatementCall& call);
-bool ExecuteInitLoad(StatementCall& call);
-bool ExecuteInitLoadRefresh(StatementCall& call);
-bool ExecuteInitCalc(StatementCall& call);
+LineOutcome ExecuteGet(StatementCall& call);
+LineOutcome ExecutePut(StatementCall& call);
+LineOutcome ExecuteInit(StatementCall& call);
+LineOutcome ExecuteInitLoad(StatementCall& call);
+LineOutcome ExecuteInitLoadRefresh(StatementCall& call);
+LineOutcome ExecuteInitCalc(StatementCall& call);
 
 // Value sets
-bool ExecuteMGet(StatementCall& call);
-bool ExecuteMPut(StatementCall& call);
+LineOutcome ExecuteMGet(StatementCall& call);
+LineOutcome ExecuteMPut(StatementCall& call);
 
-// Report change notifications. The functions need a CKalvexDoc as the document of their call.
-bool ExecuteEnableNotify(StatementCall& call);
-bool ExecuteDisableNotify(StatementCall& call);
+// Report change notifications
+LineOutcome ExecuteEnableNotify(StatementCall& call);
+LineOutcome ExecuteDisableNotify(StatementCall& call);
 FunctionResult Notify(FunctionCall& call);
 FunctionResult NotifyQueueCount(FunctionCall& call);
 

@@ -14,11 +14,6 @@ class ArchiveValues final : public CDocumentPart {
     CArchiveValueList m_List;
 };
 
-bool Fail(CKalvexDoc& document, ScriptError code, std::string_view text, bool force) {
-    document.SetError(code, text, force);
-    return false;
-}
-
 bool IsSetKind(ValueKind kind) {
     return kind >= KindHour && kind <= KindArchive;
 }
@@ -35,37 +30,21 @@ CVariable* TakeRemote(StatementCall& call) {
              static_cast<CVariablePointer*>(variable)->GetTargetKind() == VariableRemote);
         if (remote) return variable;
     }
-    Fail(call.document, ErrorUndefinedVariable, name, true);
-    return nullptr;
-}
-
-CVariableList* TakeList(StatementCall& call) {
-    const std::string_view name = NextToken(call.rest);
-    CVariable* variable = FindVariable(call.document, name);
-    if (variable == nullptr) {
-        Fail(call.document, ErrorUndefinedVariable, name, true);
-        return nullptr;
-    }
-    if (variable->GetKind() != VariableList) {
-        Fail(call.document, ErrorWrongKind, name, false);
-        return nullptr;
-    }
-    return static_cast<CVariableList*>(variable);
+    return call.document.FailForced(ErrorUndefinedVariable, name);
 }
 
 // Reading a date leaves nothing in the error slot.
 bool TakeDate(CKalvexDoc& document, std::string_view& rest, std::int64_t& time) {
     const std::string_view text = TrimBlanks(rest);
-    const int code = document.m_nErrorCode;
-    const std::string words = document.m_strErrorText;
+    const ErrorSlot before = document.LastError();
     const bool read = ParseDateFields(document, rest, time);
-    document.SetError(code, words, true);
-    return read || Fail(document, ErrorText, text, false);
+    document.SetError(before.m_nErrorCode, before.m_strErrorText, true);
+    return read || document.Fail(ErrorText, text);
 }
 
-bool CopyAnswer(StatementCall& call, CVariable& variable) {
-    CVariableList* list = TakeList(call);
-    if (list == nullptr) return false;
+LineOutcome CopyAnswer(StatementCall& call, CVariable& variable) {
+    CVariableList* list = call.document.FindList(NextToken(call.rest));
+    if (list == nullptr) return LineOutcome::Failed;
     const std::int64_t from = variable.GetRequestStart();
     const std::int64_t to = variable.GetRequestEnd();
     const CArchiveValueList& values = variable.GetSourceRecord()->GetArchValues();
@@ -75,40 +54,40 @@ bool CopyAnswer(StatementCall& call, CVariable& variable) {
         const CVal& value = *values.Get(i);
         if (value.GetTime() > from && value.GetTime() < to) list->Add(value);
     }
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace
 
-bool ExecuteMGet(StatementCall& call) {
+LineOutcome ExecuteMGet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     CVariable* variable = TakeRemote(call);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view type = NextToken(call.rest);
     if (type == "GETDATA") return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
+    if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
     const std::string_view fromWord = NextToken(call.rest);
-    if (fromWord != "FROM") return Fail(document, ErrorUnknownKeyword, fromWord, false);
+    if (fromWord != "FROM") return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t from = 0;
-    if (!TakeDate(document, call.rest, from)) return false;
+    if (!TakeDate(document, call.rest, from)) return LineOutcome::Failed;
     // The error names the statement's third word, whatever stands in place of TO.
-    if (NextToken(call.rest) != "TO") return Fail(document, ErrorUnknownKeyword, fromWord, false);
+    if (NextToken(call.rest) != "TO") return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t to = 0;
-    if (!TakeDate(document, call.rest, to)) return false;
+    if (!TakeDate(document, call.rest, to)) return LineOutcome::Failed;
     variable->RequestRange(kind, from, to);
-    return true;
+    return LineOutcome::Finished;
 }
 
-bool ExecuteMPut(StatementCall& call) {
+LineOutcome ExecuteMPut(StatementCall& call) {
     CKalvexDoc& document = call.document;
     CVariable* variable = TakeRemote(call);
-    if (variable == nullptr) return false;
+    if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view type = NextToken(call.rest);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
-    CVariableList* list = TakeList(call);
-    if (list == nullptr) return false;
+    if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
+    CVariableList* list = call.document.FindList(NextToken(call.rest));
+    if (list == nullptr) return LineOutcome::Failed;
     CArchiveValueList& archive =
         document.GetPart<ArchiveValues>(DocumentPart::ArchiveValues).m_List;
     if (kind == KindArchive) archive.RemoveAll();
@@ -123,7 +102,7 @@ bool ExecuteMPut(StatementCall& call) {
         }
     }
     if (kind == KindArchive && archive.GetSize() != 0) variable->FlushPuts(archive);
-    return true;
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex

@@ -303,7 +303,7 @@ TEST_F(AppStartTest, ScriptsStartBeforeTheLoopUnlessTheyAreDelayed) {
          {std::vector<std::string>{}, {"/D:0"}, {"/D:-3"}, {"/D:x"}}) {
         ASSERT_TRUE(Start(arguments));
         ASSERT_EQ(App().Documents().All().size(), 1u);
-        EXPECT_TRUE(App().Documents().All().front()->m_bRunning);
+        EXPECT_TRUE(App().Documents().All().front()->State().m_bRunning);
         EXPECT_THAT(Those("timer"), ElementsAre("4 1000"));
         m_app->ExitInstance();
         m_record.clear();
@@ -337,7 +337,7 @@ TEST_F(AppStartTest, ScriptWhoseFileIsGoneIsPassedOver) {
     ASSERT_EQ(App().Documents().All().size(), 2u);
     EXPECT_EQ(App().Documents().All()[0]->GetDocKey(), "a.kx");
     EXPECT_EQ(App().Documents().All()[1]->GetDocKey(), "c.kx");
-    EXPECT_TRUE(App().Documents().All()[1]->m_bRunning);
+    EXPECT_TRUE(App().Documents().All()[1]->State().m_bRunning);
     EXPECT_THAT(
         Those("log"),
         ElementsAre("Uruchomienie modułu Kalvex", Script("a.kx") + " : Inicjowanie skryptu ",
@@ -359,7 +359,7 @@ TEST_F(AppStartTest, ScriptThatCannotStartStaysOpen) {
     PutScript("a.kx", "LOCAL A = 1\nIF A == 1 THEN\n");
     ASSERT_TRUE(Start());
     ASSERT_EQ(App().Documents().All().size(), 1u);
-    EXPECT_FALSE(App().Documents().All().front()->m_bRunning);
+    EXPECT_FALSE(App().Documents().All().front()->State().m_bRunning);
 }
 
 // ---- login

@@ -82,7 +82,7 @@ TEST_F(HealthTest, LinesErrorsAndWaitsOfAllScriptsAreCounted) {
     Add("; opis\nNIEZNANE", "blad.kx", 0);
     documents.back()->ExecuteLine();
     EXPECT_EQ(Figures().counts.lines, 3u);
-    documents.back()->m_nCurrentLine = 1;
+    documents.back()->JumpTo(1);
     documents.back()->ExecuteLine();
     documents.back()->ExecuteLine();
     EXPECT_EQ(Figures().counts.lines, 5u);

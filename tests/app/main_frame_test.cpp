@@ -40,31 +40,31 @@ constexpr const char* kError =
 TEST_F(MainFrameTest, TickStepsEveryDocument) {
     StartScripts({"LOCAL A = 1\n", "LOCAL B = 1\n"});
     Tick();
-    EXPECT_EQ(Script(0).m_nCurrentLine, 1);
-    EXPECT_EQ(Script(1).m_nCurrentLine, 1);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 1);
+    EXPECT_EQ(Script(1).State().m_nCurrentLine, 1);
 }
 
 TEST_F(MainFrameTest, TopPriorityIsTenStepsATickAndTwentyWhileMinimised) {
     StartScripts({"PRIORITY 1" + std::string(60, '\n')});
     Script(0).SetMinimised(false);
     Tick();
-    EXPECT_EQ(Script(0).m_nCurrentLine, 10);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 10);
     Tick();
-    EXPECT_EQ(Script(0).m_nCurrentLine, 20);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 20);
     Script(0).SetMinimised(true);
     Tick();
-    EXPECT_EQ(Script(0).m_nCurrentLine, 40);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 40);
 }
 
 TEST_F(MainFrameTest, MinimisedScriptAtPaceTwoRunsALineEverySecondTick) {
     StartScripts({"PRIORITY 2\n\n\n\n\n\n\n"});
     Tick();
-    EXPECT_EQ(Script(0).m_nPriority, 2);
-    const int first = Script(0).m_nPaceCounter;
+    EXPECT_EQ(Script(0).State().m_nPriority, 2);
+    const int first = Script(0).State().m_nPaceCounter;
     Tick(first + 1);
-    EXPECT_EQ(Script(0).m_nCurrentLine, 2);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 2);
     Tick(4);
-    EXPECT_EQ(Script(0).m_nCurrentLine, 4);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 4);
 }
 
 TEST_F(MainFrameTest, IconChangesWithTheFirstErrorAndWithTheLast) {
@@ -93,11 +93,11 @@ TEST_F(MainFrameTest, NothingTicksWhileScriptsAreOpened) {
     App().MainFrame().SetOpeningScripts(true);
     Tick();
     Refresh();
-    EXPECT_EQ(Script(0).m_nCurrentLine, 0);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 0);
     EXPECT_THAT(m_record, ElementsAre("variables 0.kx"));
     App().MainFrame().SetOpeningScripts(false);
     Tick();
-    EXPECT_EQ(Script(0).m_nCurrentLine, 1);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 1);
 }
 
 TEST_F(MainFrameTest, RefreshDoesThePeriodicWorkAndShowsRunningScripts) {
@@ -139,7 +139,7 @@ TEST_F(MainFrameTest, TimersOfAConsoleClientDoNothing) {
     for (const int id : {1, 2, 4}) client.OnTimer(id);
     EXPECT_FALSE(worked);
     EXPECT_THAT(m_record, IsEmpty());
-    EXPECT_EQ(Script(0).m_nCurrentLine, 0);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 0);
 }
 
 // ---- open documents
@@ -161,7 +161,7 @@ TEST_F(MainFrameTest, ClosedDocumentTicksNoMore) {
     Tick();
     ASSERT_EQ(App().Documents().All().size(), 1u);
     EXPECT_EQ(Script(0).GetDocKey(), "1.kx");
-    EXPECT_EQ(Script(0).m_nCurrentLine, 1);
+    EXPECT_EQ(Script(0).State().m_nCurrentLine, 1);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ class BranchingTest : public ScriptWorld {
     // The path of a script through its "ADD S <letter>" lines.
     std::string Path(const std::string& text) {
         CKalvexDoc& document = Run("LIST S\n" + text, 100);
-        const bool finished = document.m_nCurrentLine >= document.GetLineCount();
+        const bool finished = document.State().m_nCurrentLine >= document.GetLineCount();
         return Value(document, "S") + (finished ? "" : " " + Error(document));
     }
     // Which branch a condition takes.
@@ -44,7 +44,7 @@ TEST_F(BranchingTest, MissingLabelStopsTheScript) {
     CKalvexDoc& document = Run("LOCAL A = 1\nGOTO brak");
     EXPECT_EQ(Error(document), "6 :brak");
     EXPECT_EQ(document.GetStateWord(), StatePaused);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_EQ(Log().back(), "main.kx : Linia 2 - Nie znaleziono etykiety : :brak");
 }
 
@@ -64,14 +64,14 @@ TEST_F(BranchingTest, LabelsAreTheSameInAStartedTextAndInOneThatIsOnlyStepped) {
         started.Start();
         CKalvexDoc& idle = Open(text);
         EXPECT_EQ(started.GotoLabel(label), idle.GotoLabel(label)) << label;
-        EXPECT_EQ(started.m_nCurrentLine, idle.m_nCurrentLine) << label;
+        EXPECT_EQ(started.State().m_nCurrentLine, idle.State().m_nCurrentLine) << label;
         EXPECT_EQ(Error(started), Error(idle)) << label;
     }
 }
 
 TEST_F(BranchingTest, LabelOnTheLastLineEndsTheScript) {
     CKalvexDoc& document = Run("GOTO k\nSET Q = 1\n:k");
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
     EXPECT_EQ(Error(document), "0");
 }
 
@@ -113,17 +113,17 @@ TEST_F(BranchingTest, LastOfSeveralElseLinesWins) {
 TEST_F(BranchingTest, IfWithoutThenOrGoto) {
     CKalvexDoc& document = Run("LOCAL A = 1\nIF A > 0");
     EXPECT_EQ(Error(document), "13");
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_EQ(Log().back(), "main.kx : Linia 2 - Błąd w zapisie funkcji");
 }
 
 TEST_F(BranchingTest, MissingEndifAtRunTime) {
     CKalvexDoc& document = Open("LOCAL A = 1\nIF A > 0 THEN\nLOCAL B");
-    document.m_nPriority = 1;
-    document.m_bRunning = true;
+    document.SetPriority(1);
+    document.Resume();
     Tick(2);
     EXPECT_EQ(Error(document), "24");
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(BranchingTest, NestedSearchThatNeverEndsIsCut) {
@@ -136,7 +136,7 @@ TEST_F(BranchingTest, NestedSearchThatNeverEndsIsCut) {
 TEST_F(BranchingTest, ElseWithoutEndifNamesWhereItEnded) {
     CKalvexDoc& document = Run("LOCAL A = 1\nELSE\nLOCAL B\nLOCAL C");
     EXPECT_EQ(Error(document), "13");
-    EXPECT_EQ(document.m_nCurrentLine, 4);
+    EXPECT_EQ(document.State().m_nCurrentLine, 4);
     EXPECT_EQ(Log().back(), "main.kx : Linia 5 - Błąd w zapisie funkcji");
 }
 
@@ -237,12 +237,12 @@ TEST_F(BranchingTest, TrueTestWordWithNothingBehindFails) {
 TEST_F(BranchingTest, BlocksAreSearchedAnewAfterTheTextChanged) {
     CKalvexDoc& document = Open("IF 0 THEN\nENDIF");
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(1);
     document.Reset();
     WriteFile("main.kx", "LOCAL A\nIF 0 THEN\nLOCAL B\nENDIF\nLOCAL C");
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(1);
     EXPECT_EQ(Value(document, "B"), "missing");
     EXPECT_EQ(Value(document, "C"), "255:");

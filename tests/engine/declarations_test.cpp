@@ -13,7 +13,7 @@ TEST_F(DeclarationsTest, LocalWithoutAValue) {
     CKalvexDoc& document = Run("LOCAL x ; opis\nLOCAL y");
     EXPECT_EQ(Value(document, "x"), "255:");
     EXPECT_EQ(Value(document, "y"), "255:");
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
 }
 
 TEST_F(DeclarationsTest, LocalWithAValueTakesItsType) {
@@ -35,7 +35,7 @@ TEST_F(DeclarationsTest, LocalWithoutTheEqualsSignFailsOnEachRetry) {
 
 TEST_F(DeclarationsTest, LocalWithABadValueNamesItButKeepsTheFirstError) {
     CKalvexDoc& document = Run("LOCAL x = \"a\" + 1");
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
     EXPECT_EQ(Error(document), "3 a");
     EXPECT_EQ(Value(document, "x"), "255:");
 }
@@ -49,7 +49,7 @@ TEST_F(DeclarationsTest, AgainDeclaredKeepsKindAndGetsTheValue) {
     CKalvexDoc& document = Run("LIST x\nLOCAL x = 1\nLIST x");
     EXPECT_EQ(document.Variables().Find("x")->GetKind(), VariableList);
     EXPECT_EQ(Value(document, "x"), "[]");
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
     EXPECT_EQ(document.Variables().GetSize(), 1u);
 }
 
@@ -58,7 +58,7 @@ TEST_F(DeclarationsTest, DotInANameStopsTheScript) {
         CKalvexDoc& document = Run(line);
         EXPECT_EQ(Error(document), "23 a.b") << line;
         EXPECT_EQ(document.GetStateWord(), StatePaused) << line;
-        EXPECT_EQ(document.m_nCurrentLine, 0) << line;
+        EXPECT_EQ(document.State().m_nCurrentLine, 0) << line;
         EXPECT_EQ(Log().back(),
                   "main.kx : Linia 1 - Deklarowana nazwa zmiennej zawiera znak kropki : a.b");
     }
@@ -78,7 +78,7 @@ TEST_F(DeclarationsTest, NamesAreCaseSensitive) {
 
 TEST_F(DeclarationsTest, RemoteBindsOnce) {
     CKalvexDoc& document = Run("REMOTE a srv@v\nREMOTE a srv@w");
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     EXPECT_EQ(document.Variables().GetSize(), 1u);
     EXPECT_THAT(sources.calls, ElementsAre("create srv@v"));
 }
@@ -97,7 +97,7 @@ TEST_F(DeclarationsTest, RemoteTargetMayBeQuoted) {
 
 TEST_F(DeclarationsTest, RemoteInheritsIgnoreUnknownButNoLock) {
     CKalvexDoc& document = Open("REMOTE a srv@v");
-    document.m_bIgnoreUnknown = true;
+    document.IgnoreUnknown(true);
     document.Start();
     Tick(1);
     const auto& remote = static_cast<HandRemote&>(*document.Variables().Find("a"));
@@ -157,7 +157,7 @@ TEST_F(DeclarationsTest, SetReachesTheKindOfTheName) {
     EXPECT_EQ(Value(document, "x", KindDay), "171:5.00");
     EXPECT_EQ(Value(document, "x", KindHour), "171:6.00");
     EXPECT_EQ(Value(document, "x"), "255:");
-    EXPECT_EQ(document.m_nCurrentLine, 4);
+    EXPECT_EQ(document.State().m_nCurrentLine, 4);
 }
 
 TEST_F(DeclarationsTest, AssignmentCarriesStatusAndTime) {

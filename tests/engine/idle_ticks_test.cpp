@@ -91,8 +91,9 @@ class World final : public ScriptWorld {
         std::string state = std::to_string(tick) + ":";
         for (const auto& document : documents) {
             for (const int number :
-                 {document->GetStateWord(), document->m_nCurrentLine, document->m_nPriority,
-                  document->m_nPaceCounter, document->m_nErrorCode}) {
+                 {document->GetStateWord(), document->State().m_nCurrentLine,
+                  document->State().m_nPriority, document->State().m_nPaceCounter,
+                  document->LastError().m_nErrorCode}) {
                 state += ' ' + std::to_string(number);
             }
             state += ';';
@@ -130,12 +131,12 @@ TEST_F(IdleTicksTest, ScriptThatWasNotStartedIsNeverDue) {
     CKalvexDoc& document = Open("LOCAL A = 1\n");
     EXPECT_EQ(ticks.GetIdleTicks(), 100);
     ticks.SkipTicks(1);
-    EXPECT_EQ(document.m_nPaceCounter, 49);
+    EXPECT_EQ(document.State().m_nPaceCounter, 49);
     ticks.SkipTicks(100);
-    EXPECT_EQ(document.m_nPaceCounter, 49);
+    EXPECT_EQ(document.State().m_nPaceCounter, 49);
     ticks.SkipTicks(50);
     ticks.SkipTicks(49);
-    EXPECT_EQ(document.m_nPaceCounter, 0);
+    EXPECT_EQ(document.State().m_nPaceCounter, 0);
 }
 
 TEST_F(IdleTicksTest, TopPriorityIsAlwaysDue) {

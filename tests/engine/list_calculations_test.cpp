@@ -35,14 +35,14 @@ TEST_F(ListCalculationsTest, EmptyResultAndReversedRangeAreNoFailure) {
             "CALC_IN_LIST LISTA.SUM R\n");
     EXPECT_EQ(Value(document, "S"), "171:1.00");
     EXPECT_EQ(Value(document, "R"), "255:");
-    EXPECT_EQ(document.m_nCurrentLine, document.GetLineCount());
+    EXPECT_EQ(document.State().m_nCurrentLine, document.GetLineCount());
     EXPECT_THAT(Log(), ElementsAre(kOpened, kStarted));
 }
 
 TEST_F(ListCalculationsTest, FailureStaysOnTheLine) {
     CKalvexDoc& document = Run("LIST L\nLOCAL R\nCALC_IN_LIST L.SUM R\n");
     EXPECT_EQ(Error(document), "22 L.SUM");
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     EXPECT_THAT(Log(), ElementsAre(kOpened, kStarted,
                                    "main.kx : Linia 3 - Nieprawidłowe lub brakujące argumenty "
                                    "wyrażenia : L.SUM"));

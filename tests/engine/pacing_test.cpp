@@ -11,55 +11,55 @@ class PacingTest : public ScriptLines {};
 
 TEST_F(PacingTest, PriorityTakesAValueAboveZero) {
     EXPECT_TRUE(RunLines({"PRIORITY 5"}));
-    EXPECT_EQ(document.m_nPriority, 5);
+    EXPECT_EQ(document.State().m_nPriority, 5);
 }
 
 TEST_F(PacingTest, PriorityHasNoUpperBound) {
     EXPECT_TRUE(RunLines({"PRIORITY 500"}));
-    EXPECT_EQ(document.m_nPriority, 500);
+    EXPECT_EQ(document.State().m_nPriority, 500);
 }
 
 TEST_F(PacingTest, PriorityOfZeroOrLessChangesNothing) {
     EXPECT_TRUE(RunLines({"PRIORITY 7", "PRIORITY 0", "PRIORITY -3"}));
     EXPECT_TRUE(Finished());
-    EXPECT_EQ(document.m_nPriority, 7);
+    EXPECT_EQ(document.State().m_nPriority, 7);
 }
 
 TEST_F(PacingTest, PriorityReadsAVariable) {
     EXPECT_TRUE(RunLines({"LOCAL p = 12.9", "PRIORITY p"}));
-    EXPECT_EQ(document.m_nPriority, 12);
+    EXPECT_EQ(document.State().m_nPriority, 12);
 }
 
 TEST_F(PacingTest, PriorityReadsOneOperandOnly) {
     EXPECT_TRUE(RunLines({"PRIORITY 5 + 5"}));
-    EXPECT_EQ(document.m_nPriority, 5);
+    EXPECT_EQ(document.State().m_nPriority, 5);
 }
 
 TEST_F(PacingTest, PriorityWithABadOperandFails) {
     EXPECT_FALSE(RunLines({"PRIORITY szybko"}));
     EXPECT_EQ(Failure(), "1: 3 szybko");
-    EXPECT_EQ(document.m_nPriority, 50);
+    EXPECT_EQ(document.State().m_nPriority, 50);
 }
 
 TEST_F(PacingTest, TopPriorityRunsLinesFromItsOwnTick) {
     Load({"PRIORITY 1", "LOCAL a", "LOCAL b"});
     document.ExecuteStep();
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     document.ExecuteStep();
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
 }
 
 TEST_F(PacingTest, AnotherPriorityWaitsForTheCounter) {
     Load({"PRIORITY 2", "LOCAL a", "LOCAL b"});
     document.ExecuteStep();
     for (int step = 1; step < 50; ++step) document.ExecuteStep();
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     document.ExecuteStep();
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     document.ExecuteStep();
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     document.ExecuteStep();
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
 }
 
 TEST_F(PacingTest, SleepLastsItsSpan) {
@@ -73,21 +73,21 @@ TEST_F(PacingTest, SleepLastsItsSpan) {
         const std::int64_t start = clock.Now();
         Load({row.line});
         EXPECT_TRUE(document.ExecuteLine());
-        EXPECT_EQ(document.m_tSleepUntil, start + row.seconds) << row.line;
+        EXPECT_EQ(document.State().m_tSleepUntil, start + row.seconds) << row.line;
         clock.SetSystemTime(start + row.seconds - 1);
         EXPECT_TRUE(document.ExecuteLine());
         EXPECT_FALSE(Finished()) << row.line;
         clock.SetSystemTime(start + row.seconds);
         EXPECT_TRUE(document.ExecuteLine());
         EXPECT_TRUE(Finished()) << row.line;
-        EXPECT_EQ(document.m_tSleepUntil, 0);
+        EXPECT_EQ(document.State().m_tSleepUntil, 0);
     }
 }
 
 TEST_F(PacingTest, SleepOfNothingPassesAtOnce) {
     EXPECT_TRUE(RunLines({"SLEEP 0", "SLEEP -5", "LOCAL a"}));
     EXPECT_TRUE(Finished());
-    EXPECT_EQ(document.m_tSleepUntil, 0);
+    EXPECT_EQ(document.State().m_tSleepUntil, 0);
 }
 
 TEST_F(PacingTest, SleepTakesItsSpanOnTheFirstRunOnly) {
@@ -119,13 +119,13 @@ TEST_F(PacingTest, SleepEndsWithAClockThatIsSetOn) {
 TEST_F(PacingTest, SleepWithABadTimeFails) {
     EXPECT_FALSE(RunLines({"SLEEP krotko"}));
     EXPECT_EQ(Failure(), "1: 3 krotko");
-    EXPECT_EQ(document.m_tSleepUntil, 0);
+    EXPECT_EQ(document.State().m_tSleepUntil, 0);
 }
 
 TEST_F(PacingTest, SleepBeginsAnewAfterAClearedRun) {
     EXPECT_TRUE(RunLines({"SLEEP 10"}));
     document.ClearRunState();
-    EXPECT_EQ(document.m_tSleepUntil, 0);
+    EXPECT_EQ(document.State().m_tSleepUntil, 0);
 }
 
 TEST_F(PacingTest, LockReachesEveryVariableThatIsThere) {
@@ -143,11 +143,11 @@ TEST_F(PacingTest, OneUnlockEndsAnyNumberOfLocks) {
 
 TEST_F(PacingTest, IgnoringUnknownIsInheritedByLaterVariables) {
     EXPECT_TRUE(RunLines({"REMOTE a srv@A", "IGNORE_UNKNOWN_ON", "REMOTE b srv@B"}));
-    EXPECT_TRUE(document.m_bIgnoreUnknown);
+    EXPECT_TRUE(document.State().m_bIgnoreUnknown);
     EXPECT_TRUE(Remote("a").ignoreUnknown);
     EXPECT_TRUE(Remote("b").ignoreUnknown);
     EXPECT_TRUE(RunLines({"IGNORE_UNKNOWN_OFF", "REMOTE c srv@C"}));
-    EXPECT_FALSE(document.m_bIgnoreUnknown);
+    EXPECT_FALSE(document.State().m_bIgnoreUnknown);
     EXPECT_FALSE(Remote("a").ignoreUnknown);
     EXPECT_FALSE(Remote("b").ignoreUnknown);
     EXPECT_FALSE(Remote("c").ignoreUnknown);
@@ -156,7 +156,7 @@ TEST_F(PacingTest, IgnoringUnknownIsInheritedByLaterVariables) {
 TEST_F(PacingTest, IgnoringUnknownOutlastsTheRun) {
     EXPECT_TRUE(RunLines({"IGNORE_UNKNOWN_ON"}));
     Forget();
-    EXPECT_TRUE(document.m_bIgnoreUnknown);
+    EXPECT_TRUE(document.State().m_bIgnoreUnknown);
 }
 
 TEST_F(PacingTest, SubscribeBlocksAndUnblocks) {
@@ -204,7 +204,7 @@ TEST_F(PacingTest, SetTimeSucceedsWhenTheSystemRefuses) {
     CKalvexDoc script(other);
     script.Text().SetText("SETTIME 2024 7 10 7 8 9");
     EXPECT_TRUE(script.ExecuteLine());
-    EXPECT_EQ(script.m_nCurrentLine, 1);
+    EXPECT_EQ(script.State().m_nCurrentLine, 1);
 }
 
 TEST_F(PacingTest, SetTimeSetsNothingThatIsNoTime) {

@@ -120,11 +120,11 @@ class ProceduresTest : public ScriptLines {
   protected:
     // Runs the one CALL line of the script and gives its frame as "actual=formal" pairs.
     std::vector<std::string> Call(const std::string& call, const std::string& head) {
-        document.m_lstCallStack.clear();
+        Forget();
         Load({call, head, "BEGIN", "END"});
         EXPECT_TRUE(document.ExecuteLine()) << call;
         std::vector<std::string> pairs;
-        for (const CCallArg& argument : document.m_lstCallStack.back().arrArgs) {
+        for (const CCallArg& argument : document.State().m_lstCallStack.back().arrArgs) {
             pairs.push_back(argument.strActual + '=' + argument.strFormal);
         }
         return pairs;
@@ -171,8 +171,8 @@ TEST_F(ProceduresTest, NameWithABlankIsFoundAndHasNoArguments) {
 TEST_F(ProceduresTest, CallGoesToTheLineBehindTheHead) {
     Load({"CALL f()", "", "PROCEDURE f()", "BEGIN", "END"});
     EXPECT_TRUE(document.ExecuteLine());
-    EXPECT_EQ(document.m_nCurrentLine, 3);
-    EXPECT_EQ(document.m_lstCallStack.back().nReturnLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_lstCallStack.back().nReturnLine, 0);
 }
 
 TEST_F(ProceduresTest, EndReturnsBehindTheCall) {
@@ -180,7 +180,7 @@ TEST_F(ProceduresTest, EndReturnsBehindTheCall) {
                           "PROCEDURE f()", "BEGIN", "SET n = n + 1", "END", ":koniec"}));
     EXPECT_TRUE(Finished());
     EXPECT_EQ(Value(document, "n"), "171:11.00");
-    EXPECT_TRUE(document.m_lstCallStack.empty());
+    EXPECT_TRUE(document.State().m_lstCallStack.empty());
 }
 
 TEST_F(ProceduresTest, FirstOfTwoLikeNamesIsCalled) {
@@ -203,18 +203,18 @@ TEST_F(ProceduresTest, LowerCaseHeadCannotBeCalled) {
 TEST_F(ProceduresTest, MissingProcedureStopsTheScriptAndLeavesItsFrame) {
     EXPECT_FALSE(RunLines({"LOCAL a", "CALL brak(a)"}));
     EXPECT_EQ(Failure(), "2: 7");
-    EXPECT_FALSE(document.m_bRunning);
-    EXPECT_TRUE(document.m_bPaused);
-    EXPECT_EQ(document.m_lstCallStack.size(), 1u);
+    EXPECT_FALSE(document.State().m_bRunning);
+    EXPECT_TRUE(document.State().m_bPaused);
+    EXPECT_EQ(document.State().m_lstCallStack.size(), 1u);
 
     EXPECT_FALSE(document.ExecuteLine());
-    EXPECT_EQ(document.m_lstCallStack.size(), 2u);
+    EXPECT_EQ(document.State().m_lstCallStack.size(), 2u);
 }
 
 TEST_F(ProceduresTest, CallWithoutBracketAndBlankStopsTheScript) {
     EXPECT_FALSE(RunLines({"CALL f", "PROCEDURE f()", "BEGIN", "END"}));
     EXPECT_EQ(Failure(), "1: 7");
-    EXPECT_TRUE(document.m_bPaused);
+    EXPECT_TRUE(document.State().m_bPaused);
 }
 
 TEST_F(ProceduresTest, EndWithoutACallFails) {
@@ -232,8 +232,8 @@ TEST_F(ProceduresTest, ReachedFromAboveItIsPassedOver) {
                           "CALL brak()", "IF", "PROCEDURE g()", "END", "LOCAL a"}));
     EXPECT_TRUE(Finished());
     EXPECT_EQ(document.Variables().GetSize(), 1u);
-    EXPECT_FALSE(document.m_bInProcedureSkip);
-    EXPECT_FALSE(document.m_bInProcedureBody);
+    EXPECT_FALSE(document.State().m_bInProcedureSkip);
+    EXPECT_FALSE(document.State().m_bInProcedureBody);
 }
 
 TEST_F(ProceduresTest, FirstEndEndsThePassingOver) {
@@ -244,7 +244,7 @@ TEST_F(ProceduresTest, FirstEndEndsThePassingOver) {
 TEST_F(ProceduresTest, StatementBeforeBeginFailsFromAbove) {
     EXPECT_FALSE(RunLines({"PROCEDURE f()", "LOCAL a", "BEGIN", "END"}));
     EXPECT_EQ(Failure(), "2: 11");
-    EXPECT_TRUE(document.m_bInProcedureSkip);
+    EXPECT_TRUE(document.State().m_bInProcedureSkip);
 }
 
 TEST_F(ProceduresTest, BeginOnTheHeadsLineIsNotSeenFromAbove) {
@@ -269,7 +269,7 @@ TEST_F(ProceduresTest, RecursionStacksFrames) {
     EXPECT_TRUE(Finished());
     EXPECT_EQ(Value(document, "n"), "171:0.00");
     EXPECT_EQ(Value(document, "suma"), "171:101.00");
-    EXPECT_TRUE(document.m_lstCallStack.empty());
+    EXPECT_TRUE(document.State().m_lstCallStack.empty());
 }
 
 TEST_F(ProceduresTest, GotoOutOfAProcedureKeepsItsFrame) {

@@ -52,9 +52,9 @@ TEST_F(RunCycleTest, NewDocumentIsIdle) {
     CKalvexDoc document(services);
     EXPECT_EQ(document.GetStateWord(), 0);
     EXPECT_EQ(Error(document), "0");
-    EXPECT_EQ(document.m_nPriority, 50);
-    EXPECT_EQ(document.m_nMarkedLine, -1);
-    EXPECT_TRUE(document.m_bControlAllowed);
+    EXPECT_EQ(document.State().m_nPriority, 50);
+    EXPECT_EQ(document.State().m_nMarkedLine, -1);
+    EXPECT_TRUE(document.State().m_bControlAllowed);
     EXPECT_EQ(document.GetLineCount(), 1);
 }
 
@@ -62,10 +62,10 @@ TEST_F(RunCycleTest, EmptyTextStartsAndIsFinishedAfterItsOnlyLine) {
     CKalvexDoc& document = Open("");
     EXPECT_TRUE(document.Start());
     EXPECT_TRUE(document.ExecuteLine());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_TRUE(document.ExecuteLine());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
-    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
+    EXPECT_TRUE(document.State().m_bRunning);
 }
 
 TEST_F(RunCycleTest, OneLineIsExecutedAndThePointerIsPastTheEnd) {
@@ -73,18 +73,18 @@ TEST_F(RunCycleTest, OneLineIsExecutedAndThePointerIsPastTheEnd) {
     document.Start();
     Tick(1);
     EXPECT_EQ(Value(document, "A"), "171:3.00");
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(RunCycleTest, LineIsDueEveryFiftiethTick) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C");
     document.Start();
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     Tick(49);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
 }
 
 TEST_F(RunCycleTest, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
@@ -92,12 +92,12 @@ TEST_F(RunCycleTest, TopPriorityRunsTenLinesATickAndTwentyWhenMinimised) {
     for (int i = 0; i < 100; ++i) text += "LOCAL A" + std::to_string(i) + "\n";
     CKalvexDoc& document = Open(text);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 10);
+    EXPECT_EQ(document.State().m_nCurrentLine, 10);
     document.SetMinimised(true);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 30);
+    EXPECT_EQ(document.State().m_nCurrentLine, 30);
 }
 
 TEST_F(RunCycleTest, BlockedTicksRunNothing) {
@@ -105,10 +105,10 @@ TEST_F(RunCycleTest, BlockedTicksRunNothing) {
     document.Start();
     ticks.Block(true);
     Tick(10);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
     ticks.Block(false);
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(RunCycleTest, RemovedDocumentIsNotTicked) {
@@ -116,7 +116,7 @@ TEST_F(RunCycleTest, RemovedDocumentIsNotTicked) {
     document.Start();
     ticks.Remove(document);
     Tick(10);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
 }
 
 TEST_F(RunCycleTest, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
@@ -126,8 +126,8 @@ TEST_F(RunCycleTest, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
     EXPECT_TRUE(document.IsReadOnly());
     EXPECT_THAT(Log(LogAlways),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu "));
-    EXPECT_EQ(document.m_nReportedLine, 65535);
-    EXPECT_EQ(document.m_nReportedError, -1);
+    EXPECT_EQ(document.State().m_nReportedLine, 65535);
+    EXPECT_EQ(document.State().m_nReportedError, -1);
     EXPECT_EQ(document.GetStateWord(), StateRunning);
 }
 
@@ -145,9 +145,9 @@ TEST_F(RunCycleTest, StartWhileRunningKeepsThePointer) {
     document.Start();
     Tick(1);
     EXPECT_TRUE(document.Start());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     Tick(100);
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
 }
 
 TEST_F(RunCycleTest, FinishedScriptStartedAgainStaysAtItsEnd) {
@@ -199,7 +199,7 @@ TEST_F(RunCycleTest, StopAndResumeKeepTheState) {
     EXPECT_EQ(document.GetStateWord(), StatePaused);
     EXPECT_TRUE(document.IsReadOnly());
     Tick(200);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     document.Start();
     EXPECT_EQ(document.GetStateWord(), StateRunning);
     Tick(200);
@@ -215,9 +215,9 @@ TEST_F(RunCycleTest, StepRunsOneLine) {
     document.Stop();
     document.Step();
     EXPECT_EQ(document.GetStateWord(), StatePaused | StateStep);
-    EXPECT_EQ(document.m_nReportedLine, 65535);
+    EXPECT_EQ(document.State().m_nReportedLine, 65535);
     Tick(200);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_EQ(document.GetStateWord(), StatePaused);
 }
 
@@ -228,7 +228,7 @@ TEST_F(RunCycleTest, StepOnAFinishedScriptOnlyShowsTheLine) {
     document.SetView(&view);
     document.Step();
     Tick(100);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_THAT(view.calls, ElementsAre("unmark 1", "mark 1", "select 1", "variables"));
     document.SetView(nullptr);
 }
@@ -241,7 +241,7 @@ TEST_F(RunCycleTest, StepReportsOnlyWhenLineAndCodeBothDiffer) {
     document.Step();
     Tick(50);
     EXPECT_EQ(Error(document), "3 A");
-    document.m_nReportedError = ErrorOther;
+    document.ClearRunState();  // forgets the code that was reported
     document.Step();
     Tick(50);
     EXPECT_THAT(Log(LogErrors),
@@ -249,7 +249,7 @@ TEST_F(RunCycleTest, StepReportsOnlyWhenLineAndCodeBothDiffer) {
                             "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A",
                             "main.kx : Stop skryptu ",
                             "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A"));
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
 }
 
 TEST_F(RunCycleTest, StepInTheRunningStateLiesIdle) {
@@ -257,9 +257,9 @@ TEST_F(RunCycleTest, StepInTheRunningStateLiesIdle) {
     document.Start();
     document.Step();
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
-    EXPECT_TRUE(document.m_bStepRequested);
-    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
+    EXPECT_TRUE(document.State().m_bStepRequested);
+    EXPECT_TRUE(document.State().m_bRunning);
 }
 
 TEST_F(RunCycleTest, ResetDiscardsTheRunAndRestoresTheText) {
@@ -267,9 +267,9 @@ TEST_F(RunCycleTest, ResetDiscardsTheRunAndRestoresTheText) {
     WriteFile("main.kx", "; nowy");
     document.Reset();
     EXPECT_EQ(document.GetStateWord(), 0);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
-    EXPECT_EQ(document.m_nPriority, 50);
-    EXPECT_EQ(document.m_nPaceCounter, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nPriority, 50);
+    EXPECT_EQ(document.State().m_nPaceCounter, 0);
     EXPECT_FALSE(document.IsReadOnly());
     EXPECT_EQ(document.Variables().GetSize(), 0u);
     EXPECT_EQ(document.GetLine(0), "; nowy");
@@ -281,8 +281,8 @@ TEST_F(RunCycleTest, ResetKeepsAStandingErrorUntilTheNextLine) {
     EXPECT_EQ(Error(document), "5");
     document.Reset();
     EXPECT_EQ(Error(document), "5");
-    EXPECT_FALSE(document.m_bErrorStanding);
-    EXPECT_EQ(document.m_nReportedError, 0);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
+    EXPECT_EQ(document.State().m_nReportedError, 0);
     WriteFile("main.kx", "LOCAL A");
     document.Start();
     Tick(1);
@@ -305,24 +305,24 @@ TEST_F(RunCycleTest, ResetReleasesRemoteVariablesWithinOneSubscriptionBlock) {
 
 TEST_F(RunCycleTest, ResetKeepsIgnoreUnknown) {
     CKalvexDoc& document = Open("");
-    document.m_bIgnoreUnknown = true;
-    document.m_tSleepUntil = 5;
+    document.IgnoreUnknown(true);
+    document.Sleep(5);
     document.Reset();
-    EXPECT_TRUE(document.m_bIgnoreUnknown);
-    EXPECT_EQ(document.m_tSleepUntil, 0);
+    EXPECT_TRUE(document.State().m_bIgnoreUnknown);
+    EXPECT_EQ(document.State().m_tSleepUntil, 0);
 }
 
 TEST_F(RunCycleTest, FailingLineIsRetriedAndLoggedOnce) {
     CKalvexDoc& document = Run("LOCAL A = 1\nSET A = Q", 100);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
-    EXPECT_TRUE(document.m_bErrorStanding);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
+    EXPECT_TRUE(document.State().m_bErrorStanding);
     EXPECT_TRUE(ticks.IsErrorStanding());
-    EXPECT_TRUE(document.m_bRunning);
+    EXPECT_TRUE(document.State().m_bRunning);
     EXPECT_EQ(Log().back(), "main.kx : Linia 2 - Zmienna nie została poprawnie zdefiniowana : Q");
     EXPECT_EQ(Log().size(), 3u);
     document.Variables().Append(std::make_unique<CVariableLocal>("Q"));
     Tick(1);
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     EXPECT_FALSE(ticks.IsErrorStanding());
 }
 
@@ -332,20 +332,19 @@ TEST_F(RunCycleTest, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     auto& pointer = static_cast<CVariablePointer&>(*document.Variables().Find("W"));
     pointer.SetTargetName("A");
     Tick(1);
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     pointer.SetTargetName("");
     Tick(1);
-    EXPECT_TRUE(document.m_bErrorStanding);
+    EXPECT_TRUE(document.State().m_bErrorStanding);
     EXPECT_EQ(Log(LogErrors).size(), 3u);
 }
 
 TEST_F(RunCycleTest, TwoFailingLinesThatAlternateLogOnEveryChange) {
     CKalvexDoc& document = Open("SET A = 1\nSET B = 1");
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     for (int i = 0; i < 4; ++i) {
-        document.m_nCurrentLine = i % 2;
-        document.m_nPaceCounter = 0;
+        document.JumpTo(i % 2);
         document.ExecuteStep();
         document.ExecuteStep();
     }
@@ -355,7 +354,7 @@ TEST_F(RunCycleTest, TwoFailingLinesThatAlternateLogOnEveryChange) {
 TEST_F(RunCycleTest, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
     CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nSET B = A", 100);
     EXPECT_EQ(Error(document), "27 A");
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     EXPECT_EQ(Log(LogErrors).size(), 2u);
     EXPECT_THAT(Log(LogEvents),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
@@ -370,16 +369,16 @@ TEST_F(RunCycleTest, BreakpointStopsBeforeItsLine) {
     view.breakpoint = 2;
     document.SetView(&view);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(20);
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     EXPECT_EQ(document.GetStateWord(), StatePaused);
     EXPECT_THAT(console.calls, ElementsAre("main.kx state 16 word 2 line 2"));
     EXPECT_THAT(view.calls, ElementsAre("select -1", "read-only", "title", "select 1", "select 2",
                                         "mark 2", "select 2", "title"));
     document.Step();
     Tick(1);
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
     document.SetView(nullptr);
 }
 
@@ -393,7 +392,7 @@ TEST_F(RunCycleTest, StepNeverStopsOnABreakpointAndMovesTheMarker) {
     document.Step();
     Tick(1);
     EXPECT_THAT(view.calls, ElementsAre("unmark 0", "mark 1", "select 1", "variables"));
-    EXPECT_EQ(document.m_nMarkedLine, 1);
+    EXPECT_EQ(document.State().m_nMarkedLine, 1);
     document.SetView(nullptr);
 }
 
@@ -404,18 +403,18 @@ TEST_F(RunCycleTest, MinimisedStepLeavesTheMarker) {
     document.SetMinimised(true);
     document.Step();
     Tick(1);
-    EXPECT_EQ(document.m_nMarkedLine, 0);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nMarkedLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(RunCycleTest, RunningLineIsReportedToTheConsoleAboutOnceASecond) {
     ConsoleRecorder console;
     services.console = &console;
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B\nLOCAL C\nLOCAL D\nLOCAL E");
-    document.m_bLineReportSend = true;
+    document.SendLineReports(true);
     document.Start();
+    document.SetPriority(1);
     for (int i = 0; i < 4; ++i) {
-        document.m_nPaceCounter = 0;
         document.ExecuteStep();
         clock.Advance(1000);
     }
@@ -428,7 +427,7 @@ TEST_F(RunCycleTest, StepWithoutControlReportsTheState) {
     CKalvexDoc& document = Open("LOCAL A\nLOCAL B");
     document.Start();
     document.Stop();
-    document.m_bControlAllowed = false;
+    document.AllowControl(false);
     document.Step();
     Tick(1);
     EXPECT_THAT(console.calls, ElementsAre("main.kx state 9 word 6 line 1"));
@@ -445,9 +444,9 @@ TEST_F(RunCycleTest, ConsoleClientSendsCommandsAndInterpretsNothing) {
     document.Reset();
     EXPECT_THAT(console.calls, ElementsAre("main.kx command 2", "main.kx command 4",
                                            "main.kx command 8", "main.kx command 6"));
-    document.m_bRunning = true;
+    document.Resume();
     EXPECT_FALSE(document.ExecuteStep());
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
     EXPECT_THAT(Log(), IsEmpty());
 }
 
@@ -456,7 +455,7 @@ TEST_F(RunCycleTest, ConsoleClientWithoutControlSendsNothing) {
     services.console = &console;
     services.consoleClient = true;
     CKalvexDoc& document = Open("LOCAL A");
-    document.m_bControlAllowed = false;
+    document.AllowControl(false);
     EXPECT_FALSE(document.Start());
     document.Stop();
     document.Step();

@@ -113,7 +113,7 @@ TEST_F(ScriptErrorsTest, KeywordsInAnyCase) {
 
 TEST_F(ScriptErrorsTest, BlankLinesCommentsAndLabelsSucceed) {
     CKalvexDoc& document = Run("   \n;\n   ; tekst\n  :label\n: label\n\t\nLOCAL A");
-    EXPECT_EQ(document.m_nCurrentLine, 7);
+    EXPECT_EQ(document.State().m_nCurrentLine, 7);
     EXPECT_EQ(Error(document), "0");
     EXPECT_EQ(Value(document, "A"), "255:");
 }

@@ -24,8 +24,8 @@ void ScriptLines::Load(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) text += FromUtf8(line) + "\r\n";
     text.resize(text.size() - 2);
     document.Text().SetText(text);
-    document.m_nCurrentLine = 0;
-    document.m_bRunning = true;
+    document.JumpTo(0);
+    document.Resume();
 }
 
 bool ScriptLines::GoOn() {
@@ -34,9 +34,9 @@ bool ScriptLines::GoOn() {
             ADD_FAILURE() << "the script does not end";
             return false;
         }
-        const int line = document.m_nCurrentLine;
+        const int line = document.State().m_nCurrentLine;
         if (!document.ExecuteLine()) return false;
-        const bool waits = document.m_nCurrentLine == line;
+        const bool waits = document.State().m_nCurrentLine == line;
         if (waits) return true;
     }
     return true;
@@ -48,7 +48,7 @@ bool ScriptLines::RunLines(const std::vector<std::string>& lines) {
 }
 
 std::string ScriptLines::Failure() const {
-    return std::to_string(document.m_nCurrentLine + 1) + ": " + Error(document);
+    return std::to_string(document.State().m_nCurrentLine + 1) + ": " + Error(document);
 }
 
 std::vector<std::string> ScriptLines::Elements(const char* name) {

@@ -26,7 +26,7 @@ class ScriptLines : public ScriptWorld {
     // Forgets variables, calls and waits.
     void Forget() { document.ClearRunState(); }
 
-    bool Finished() const { return document.m_nCurrentLine == document.GetLineCount(); }
+    bool Finished() const { return document.State().m_nCurrentLine == document.GetLineCount(); }
     // The line where the script stands (from 1) with the standing error: "2: 3 Q".
     std::string Failure() const;
 

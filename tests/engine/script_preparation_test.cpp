@@ -51,7 +51,7 @@ TEST_F(ScriptPreparationTest, IncludedLinesTakeThePlaceOfTheStatement) {
     EXPECT_TRUE(Expand("LOCAL A\r\nINCLUDE dod.kx\r\nLOCAL D"));
     EXPECT_THAT(Lines(), ElementsAre("LOCAL A", Begin("dod.kx"), "LOCAL B", "LOCAL C",
                                      End("dod.kx"), "LOCAL D"));
-    EXPECT_TRUE(document.m_bIncludesExpanded);
+    EXPECT_TRUE(document.State().m_bIncludesExpanded);
     EXPECT_FALSE(document.IsModified());
 }
 
@@ -125,8 +125,8 @@ TEST_F(ScriptPreparationTest, MissingFileLeavesALineThatFails) {
     EXPECT_THAT(Lines(), ElementsAre(Begin("nie_ma.kx"),
                                      "ERROR - file \"" + Path("nie_ma.kx") + "\" not found",
                                      End("nie_ma.kx"), "LOCAL A"));
-    EXPECT_TRUE(document.m_bIncludesExpanded);
-    document.m_bRunning = true;
+    EXPECT_TRUE(document.State().m_bIncludesExpanded);
+    document.Resume();
     EXPECT_FALSE(GoOn());
     EXPECT_EQ(Failure(), "2: 1 ERROR");
 }
@@ -151,14 +151,14 @@ TEST_F(ScriptPreparationTest, FileThatBreaksEndsTheExpansion) {
     EXPECT_THAT(Lines(), ElementsAre("LOCAL A", "; BEGIN -> INCLUDE /proc/self/mem */",
                                      "ERROR - file \"/proc/self/mem\" %sInput/output error",
                                      "INCLUDE dod.kx"));
-    EXPECT_FALSE(document.m_bIncludesExpanded);
+    EXPECT_FALSE(document.State().m_bIncludesExpanded);
 }
 
 TEST_F(ScriptPreparationTest, StartGoesOnWithATextThatBroke) {
     OpenScript("INCLUDE /proc/self/mem\r\nLOCAL A");
     EXPECT_TRUE(document.Start());
-    EXPECT_TRUE(document.m_bRunning);
-    EXPECT_FALSE(document.m_bIncludesExpanded);
+    EXPECT_TRUE(document.State().m_bRunning);
+    EXPECT_FALSE(document.State().m_bIncludesExpanded);
     EXPECT_FALSE(GoOn());
     EXPECT_EQ(Failure(), "2: 1 ERROR");
 }
@@ -167,7 +167,7 @@ TEST_F(ScriptPreparationTest, IncludeInAnIncludedFileStays) {
     Write("a.kx", "INCLUDE a.kx\r\n");
     EXPECT_TRUE(Expand("INCLUDE a.kx\r\nLOCAL A"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("a.kx"), "INCLUDE a.kx", End("a.kx"), "LOCAL A"));
-    document.m_bRunning = true;
+    document.Resume();
     EXPECT_FALSE(GoOn());
     EXPECT_EQ(Failure(), "2: 1 INCLUDE");
 }
@@ -180,7 +180,7 @@ TEST_F(ScriptPreparationTest, CommentedIncludeStays) {
 TEST_F(ScriptPreparationTest, IncludedProcedureAndLabelAreFound) {
     Write("proc.kx", "PROCEDURE f(x)\nBEGIN\nSET x = 5\nEND\n:z_pliku\n");
     EXPECT_TRUE(Expand("LOCAL A\r\nCALL f(A)\r\nGOTO z_pliku\r\nINCLUDE proc.kx"));
-    document.m_bRunning = true;
+    document.Resume();
     EXPECT_TRUE(GoOn());
     EXPECT_TRUE(Finished());
     EXPECT_EQ(Value(document, "A"), "171:5.00");
@@ -201,7 +201,7 @@ TEST_F(ScriptPreparationTest, ReloadBringsTheFilesTextBack) {
     document.SetModified(true);
     EXPECT_TRUE(document.ExpandIncludes(false));
     EXPECT_THAT(Lines(), ElementsAre("LOCAL A", ""));
-    EXPECT_FALSE(document.m_bIncludesExpanded);
+    EXPECT_FALSE(document.State().m_bIncludesExpanded);
     EXPECT_FALSE(document.IsModified());
 }
 
@@ -229,14 +229,14 @@ TEST_F(ScriptPreparationTest, ResetAndFailedStructureUndoTheExpansion) {
     OpenScript("INCLUDE dod.kx\r\nLOCAL A");
     EXPECT_FALSE(document.Start());
     EXPECT_THAT(Lines(), ElementsAre("INCLUDE dod.kx", "LOCAL A"));
-    EXPECT_FALSE(document.m_bIncludesExpanded);
+    EXPECT_FALSE(document.State().m_bIncludesExpanded);
 
     Write("dod.kx", "LOCAL B\r\n");
     EXPECT_TRUE(document.Start());
     EXPECT_EQ(Lines().size(), 4u);
     document.Reset();
     EXPECT_THAT(Lines(), ElementsAre("INCLUDE dod.kx", "LOCAL A"));
-    EXPECT_FALSE(document.m_bIncludesExpanded);
+    EXPECT_FALSE(document.State().m_bIncludesExpanded);
 }
 
 TEST_F(ScriptPreparationTest, LargeFileIsInsertedInOrder) {
@@ -260,7 +260,7 @@ TEST_F(ScriptPreparationTest, VariablesOfAServerAreDeclared) {
                 ElementsAre("; BEGIN -> INCLUDE_VAR srv */", "REMOTE Z1_PRZEPLYW srv@Z1.PRZEPLYW",
                             "REMOTE Z1_CISN_2 srv@Z1 CISN 2", "REMOTE Z2 srv@Z2",
                             "; END -> INCLUDE_VAR srv */", "LOCAL A"));
-    EXPECT_TRUE(document.m_bIncludesExpanded);
+    EXPECT_TRUE(document.State().m_bIncludesExpanded);
 }
 
 TEST_F(ScriptPreparationTest, LocalNameIsTrimmed) {
@@ -292,7 +292,7 @@ TEST_F(ScriptPreparationTest, ProcessWithoutSourcesGivesTheTwoMarkers) {
 TEST_F(ScriptPreparationTest, MissingServerLeavesTheStatementAndALineBehindIt) {
     EXPECT_TRUE(Expand("INCLUDE_VAR\r\nLOCAL A"));
     EXPECT_THAT(Lines(), ElementsAre("INCLUDE_VAR", "ERROR - source \"\" not found", "LOCAL A"));
-    document.m_bRunning = true;
+    document.Resume();
     EXPECT_FALSE(GoOn());
     EXPECT_EQ(Failure(), "1: 1 INCLUDE_VAR");
 }

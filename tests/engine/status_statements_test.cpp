@@ -35,7 +35,7 @@ TEST_F(StatusStatementsTest, FailureNamesTheRestOfTheLine) {
     CKalvexDoc& document = Run("LOCAL A = 1\nSET_STATUS  A   BZDURA \n");
     EXPECT_EQ(Error(document), "16 A   BZDURA");
     EXPECT_EQ(StatusOf(document, "A"), 0);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_THAT(Log(), ElementsAre(kOpened, kStarted,
                                    "main.kx : Linia 2 - Błąd obliczenia wyrażenia : A   BZDURA"));
 }

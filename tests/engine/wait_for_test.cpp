@@ -174,8 +174,8 @@ class WaitForTest : public ScriptLines {
     // Whether the statement passes now; if so it is set back to wait again.
     bool Passes() {
         EXPECT_TRUE(document.ExecuteLine()) << Failure();
-        const bool passed = document.m_nCurrentLine == 1;
-        document.m_nCurrentLine = 0;
+        const bool passed = document.State().m_nCurrentLine == 1;
+        document.JumpTo(0);
         return passed;
     }
 
@@ -193,7 +193,7 @@ class WaitForTest : public ScriptLines {
         return passed;
     }
 
-    const CWaitFor& Record() { return document.m_mapWaitFor.at(0); }
+    const CWaitFor& Record() { return document.State().m_mapWaitFor.at(0); }
 };
 
 TEST_F(WaitForTest, FirstRunNotesTheTimesAndWaits) {
@@ -383,27 +383,27 @@ TEST_F(WaitForTest, WithoutATimeFails) {
     Start("WAITFOR", "2024-03-10 07:00:00", 1);
     EXPECT_FALSE(document.ExecuteLine());
     EXPECT_EQ(Failure(), "1: 11");
-    EXPECT_TRUE(document.m_mapWaitFor.empty());
+    EXPECT_TRUE(document.State().m_mapWaitFor.empty());
 }
 
 TEST_F(WaitForTest, CommasAloneWaitAndNoteNothing) {
     Start("WAITFOR ,", "2024-03-10 07:00:00", 1);
     EXPECT_FALSE(Passes());
-    EXPECT_TRUE(document.m_mapWaitFor.empty());
+    EXPECT_TRUE(document.State().m_mapWaitFor.empty());
 }
 
 TEST_F(WaitForTest, BadTokenFailsWithItsText) {
     Start("WAITFOR potem, 13:00.00", "2024-03-10 07:00:00", 1);
     EXPECT_FALSE(document.ExecuteLine());
     EXPECT_EQ(Failure(), "1: 3 potem");
-    EXPECT_TRUE(document.m_mapWaitFor.empty());
+    EXPECT_TRUE(document.State().m_mapWaitFor.empty());
 }
 
 TEST_F(WaitForTest, BadTokenBehindAGoodOneFailsWithTheErrorThatTheGoodOneLeft) {
     Start("WAITFOR 12:00.00, potem", "2024-03-10 07:00:00", 1);
     EXPECT_FALSE(document.ExecuteLine());
     EXPECT_EQ(Failure(), "1: 3 12:00");
-    EXPECT_TRUE(document.m_mapWaitFor.empty());
+    EXPECT_TRUE(document.State().m_mapWaitFor.empty());
 }
 
 TEST_F(WaitForTest, TimesNeedNoCommas) {
@@ -427,13 +427,13 @@ TEST_F(WaitForTest, RecordBelongsToItsLineCutToSixteenBits) {
     lines[65537] = "WAITFOR 13:00.00";
     clock.SetSystemTime(At("2024-03-10 11:59:59", 1));
     Load(lines);
-    document.m_nCurrentLine = 1;
+    document.JumpTo(1);
     EXPECT_TRUE(document.ExecuteLine());
-    document.m_nCurrentLine = 65537;
+    document.JumpTo(65537);
     clock.SetSystemTime(At("2024-03-10 12:00:01", 1));
     EXPECT_TRUE(document.ExecuteLine());
-    EXPECT_EQ(document.m_mapWaitFor.size(), 1u);
-    EXPECT_EQ(document.m_nCurrentLine,
+    EXPECT_EQ(document.State().m_mapWaitFor.size(), 1u);
+    EXPECT_EQ(document.State().m_nCurrentLine,
               1);  // passed on the last line, and back to the record's line
 }
 
@@ -443,10 +443,10 @@ TEST_F(WaitForTest, EndOfTheScriptReturnsToTheLowestLine) {
     EXPECT_TRUE(GoOn());
     clock.SetSystemTime(At("2024-03-10 12:00:01", 1));
     EXPECT_TRUE(GoOn());
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     clock.SetSystemTime(At("2024-03-10 12:00:06", 1));
     EXPECT_TRUE(GoOn());
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
     EXPECT_EQ(Value(document, "n"), "171:1.00");
 }
 
@@ -454,9 +454,9 @@ TEST_F(WaitForTest, RecordsSurviveAStopAndGoWithTheRunState) {
     Start("WAITFOR 12:00.00", "2024-03-10 07:00:00", 1);
     EXPECT_FALSE(Passes());
     document.Stop();
-    EXPECT_EQ(document.m_mapWaitFor.size(), 1u);
+    EXPECT_EQ(document.State().m_mapWaitFor.size(), 1u);
     document.ClearRunState();
-    EXPECT_TRUE(document.m_mapWaitFor.empty());
+    EXPECT_TRUE(document.State().m_mapWaitFor.empty());
 }
 
 }  // namespace

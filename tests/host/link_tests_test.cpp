@@ -147,7 +147,7 @@ class LinkTestsTest : public HostWorld {
     // Ticks until the last script has come to its end.
     void Finish() {
         const CKalvexDoc& script = *documents.back();
-        while (script.m_nCurrentLine < script.GetLineCount()) {
+        while (script.State().m_nCurrentLine < script.GetLineCount()) {
             ticks.RunTick();
             std::this_thread::yield();
         }
@@ -251,10 +251,8 @@ TEST_F(LinkTestsTest, ResultOutlivesAReset) {
     EXPECT_EQ(Run({"PING_INIT \"a\""}), "done");
     probes.WaitForFinished(1);
     CKalvexDoc& script = *documents.back();
+    WriteFile("main.kx", "LOCAL r = PING_RESULT \"a\"");
     script.Reset();
-    script.Text().SetText("LOCAL r = PING_RESULT \"a\"");
-    script.SetModified(false);
-    script.m_bIncludesExpanded = true;
     script.Start();
     Finish();
     EXPECT_EQ(Text("r"), "12");
@@ -475,7 +473,7 @@ class LinkTestsRealTest : public HostWorld {
     int ResultOf(const std::string& init, const std::string& result) {
         CKalvexDoc& script = ScriptWorld::Run(init + "\n:czekaj\nLOCAL r\nSET r = " + result +
                                               "\nIF r == -100 GOTO czekaj");
-        while (script.m_nCurrentLine < script.GetLineCount()) {
+        while (script.State().m_nCurrentLine < script.GetLineCount()) {
             ticks.RunTick();
             std::this_thread::yield();
         }

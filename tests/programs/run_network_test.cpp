@@ -55,7 +55,7 @@ class RunNetworkTest : public ScriptWorld {
     CKalvexDoc& Start(std::string_view text) {
         CKalvexDoc& document = Open(text);
         document.Start();
-        document.m_nPriority = 1;
+        document.SetPriority(1);
         return document;
     }
 
@@ -94,7 +94,7 @@ TEST_F(RunNetworkTest, ScriptReadsAndWritesAVariableOfAServer) {
     MakeRun();
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a + 1\nSET a = x\nLOCAL koniec = 1");
     TickUntilHeard("subscribe +1V");
-    EXPECT_EQ(document.m_nErrorCode, 27);
+    EXPECT_EQ(document.LastError().m_nErrorCode, 27);
     server.SendValue(1, CVal(41));
     TickUntilHeard("modify 1:1V[0]=42.00/32768");
     EXPECT_EQ(run->Result()["srv"]["connected"], true);
@@ -110,7 +110,7 @@ TEST_F(RunNetworkTest, WriteOfTheLastLineReachesTheServer) {
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a\nSET a = 7");
     TickUntilHeard("subscribe +1V");
     server.SendValue(1, CVal(1));
-    TickUntil([&] { return document.m_nCurrentLine == document.GetLineCount(); });
+    TickUntil([&] { return document.State().m_nCurrentLine == document.GetLineCount(); });
     EndRun();
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "subscribe +1V",
                                           "modify 1:1V[0]=7/32768", "subscribe -1", "closed 4106"));
@@ -130,7 +130,7 @@ TEST_F(RunNetworkTest, ServerThatComesBackIsFoundByThePeriodicWork) {
     Listen();
     network.now += 2'000;
     TickUntilHeard("subscribe +1V");
-    EXPECT_EQ(document.m_nErrorCode, 27);
+    EXPECT_EQ(document.LastError().m_nErrorCode, 27);
     server.SendValue(1, CVal(2));
     TickUntil([&] { return Value(document, "x") == "150:2"; });
     EXPECT_THAT(Log(LogErrors), Contains("Połączenie z srv zerwane (zakończenie pracy serwera)"));

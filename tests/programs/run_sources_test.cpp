@@ -36,7 +36,7 @@ class RunSourcesTest : public ScriptWorld {
         services.sources = &run.ForScripts();
         CKalvexDoc& document = Open(text);
         document.Start();
-        document.m_nPriority = 1;
+        document.SetPriority(1);
         for (int tick = 1; tick <= count; ++tick) {
             run.BeginTick(tick);
             Tick(1);

@@ -93,19 +93,20 @@ class ScriptReportsTest : public ScriptWorld {
     CKalvexDoc& Begin(std::string_view text) {
         CKalvexDoc& document = Open(text);
         document.Start();
-        document.m_nPriority = 1;
+        document.SetPriority(1);
         return document;
     }
 
     static bool HasEnded(const CKalvexDoc& document) {
-        return document.m_nCurrentLine >= document.GetLineCount();
+        return document.State().m_nCurrentLine >= document.GetLineCount();
     }
 
     // The script is to come to its end within some seconds.
     CKalvexDoc& Finish(std::string_view text) {
         CKalvexDoc& document = Begin(text);
         for (int second = 0; second < 20 && !HasEnded(document); ++second) Second();
-        EXPECT_TRUE(HasEnded(document)) << document.m_nCurrentLine << ": " << Error(document);
+        EXPECT_TRUE(HasEnded(document))
+            << document.State().m_nCurrentLine << ": " << Error(document);
         return document;
     }
 
@@ -204,7 +205,7 @@ TEST_F(ScriptReportsTest, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
         "SET y = x.HREP");
     Second();
     EXPECT_EQ(Error(document), "15 x.HREP");
-    EXPECT_EQ(document.m_nCurrentLine, 5);
+    EXPECT_EQ(document.State().m_nCurrentLine, 5);
     EXPECT_THAT(Errors(), ElementsAre("main.kx : Linia 6 - Błąd pobrania wartości zdalnej zmiennej "
                                       ": x.HREP"));
 }
@@ -265,11 +266,11 @@ TEST_F(ScriptReportsTest, RecalculationByNotificationsComesToRest) {
     Second();
     CKalvexDoc& writer = Open("REMOTE x srv@X\nLOCAL y = x\nPUT x DREP 2024 3 9 21", "drugi.kx");
     writer.Start();
-    writer.m_nPriority = 1;
+    writer.SetPriority(1);
     for (int second = 0; second < 10; ++second) Second();
     EXPECT_EQ(Value(document, "ile"), "171:2.00");
     EXPECT_EQ(Value(document, "wynik"), "171:42.00");
-    EXPECT_EQ(document.m_nErrorCode, 0);
+    EXPECT_EQ(document.LastError().m_nErrorCode, 0);
 }
 
 TEST_F(ScriptReportsTest, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {
@@ -277,7 +278,7 @@ TEST_F(ScriptReportsTest, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {
         "REMOTE x srv@X\nLOCAL y = x\nPUT x HREP 2024 3 10 6 3.5\nSLEEP 1\n:od_nowa\n"
         "GET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"
         "LOCAL znany = STATUS x.HREP UNKNOWN\nIF znany != 0 GOTO od_nowa\nSET y = x.HREP");
-    while (document.m_nCurrentLine < 5) Second(1);
+    while (document.State().m_nCurrentLine < 5) Second(1);
     m_network.Break("srv", ReasonLost);
     for (int second = 0; second < 20 && !HasEnded(document); ++second) Second();
     EXPECT_TRUE(HasEnded(document));

@@ -120,7 +120,7 @@ TEST_F(ConnectionsFaultTest, RemoteVariableWithoutAConnection) {
             "PUT a HREP 2024 3 10 6 1\nINIT a HREP 2024 3 10 6\n"
             "SET a = 5\nSET a.HREP = 7\nSET x = a");
     EXPECT_EQ(Error(document), "27 a");
-    EXPECT_EQ(document.m_nCurrentLine, 7);
+    EXPECT_EQ(document.State().m_nCurrentLine, 7);
     CInterfaceObj& link = *document.Variables().Find("a")->GetSourceRecord();
     EXPECT_EQ(link.GetRequestState(KindHour), RequestReady);
     EXPECT_EQ(link.CurrentValue(), nullptr);
@@ -187,7 +187,7 @@ TEST_F(ConnectionsTest, DataAreReadyOnlyOnceTheyHaveComeIn) {
     Tick(39);
     EXPECT_TRUE(client->IsConnected("srv"));
     EXPECT_FALSE(Connection().IsDataReady());
-    EXPECT_EQ(document.m_nCurrentLine, 2);
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
     Tick(1);
     EXPECT_TRUE(Connection().IsDataReady());
     EXPECT_EQ(Value(document, "x"), "150:1");

@@ -13,7 +13,7 @@ class NotificationsTest : public SourceWorld {
     // The error of a script with this line, "0" when it went through.
     std::string ErrorOf(const std::string& line) {
         CKalvexDoc& document = Run("REMOTE a srv@V\n" + line, 2);
-        return document.m_nCurrentLine == 2 ? "0" : Error(document);
+        return document.State().m_nCurrentLine == 2 ? "0" : Error(document);
     }
 
     static std::vector<std::int64_t> Queue(CKalvexDoc& document, int kind) {
@@ -129,10 +129,10 @@ TEST_F(NotificationsTest, SourcesOfAnotherMake) {
 TEST_F(NotificationsTest, EnableWaitsForTheSource) {
     CKalvexDoc& document = Start("ENABLE_NOTIFY HREP srv");
     Tick(5);
-    EXPECT_EQ(document.m_nCurrentLine, 0);
+    EXPECT_EQ(document.State().m_nCurrentLine, 0);
     Start("REMOTE a srv@V", "drugi.kx");
     Tick(2);
-    EXPECT_EQ(document.m_nCurrentLine, 1);
+    EXPECT_EQ(document.State().m_nCurrentLine, 1);
 }
 
 TEST_F(NotificationsTest, FunctionsWithoutARecordGiveZero) {

@@ -72,12 +72,12 @@ TEST_F(RemoteVariableTest, ReadingWaitsForDataAndGoesOn) {
     CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
     Tick(19);
     EXPECT_EQ(Error(document), "27 a");
-    EXPECT_FALSE(document.m_bErrorStanding);
+    EXPECT_FALSE(document.State().m_bErrorStanding);
     EXPECT_THAT(NewLog(LogEvents), ElementsAre("main.kx : Linia 3 - Oczekiwanie na pobranie danych "
                                                "bieżących : a"));
     Tick(1);
     EXPECT_EQ(Value(document, "x"), "171:12.50");
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
 }
 
 TEST_F(RemoteVariableTest, ServerThatGoesAwayHoldsTheLine) {

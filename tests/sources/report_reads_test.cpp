@@ -19,7 +19,7 @@ class ReportReadsTest : public SourceWorld {
                     line,
                 2);
         const std::vector<std::string> calls = Calls("Add");
-        if (document.m_nCurrentLine != 7) return "error " + Error(document);
+        if (document.State().m_nCurrentLine != 7) return "error " + Error(document);
         return calls.empty() ? "nothing" : calls.front().substr(calls.front().find(' ') + 1);
     }
 };
@@ -159,7 +159,7 @@ TEST_F(ReportReadsTest, PointerAsksForItsTarget) {
             "IF REP_INITED p.HREP THEN\nSET k = 1\nENDIF\nGET p.HREP\nPUT p HREP 2024 3 10 5 7\n"
             "INIT p HREP 2024 3 10 5",
             10);
-    EXPECT_EQ(document.m_nCurrentLine, 14);
+    EXPECT_EQ(document.State().m_nCurrentLine, 14);
     EXPECT_EQ(Value(document, "x"), "171:1.50");
     EXPECT_EQ(Value(document, "k"), "171:1.00");
     EXPECT_THAT(
@@ -175,7 +175,7 @@ TEST_F(ReportReadsTest, ConditionsOnAVariableThatIsNotThereAreFalse) {
         CKalvexDoc& document =
             Run("LOCAL k = 0\nIF " + std::string(word) + " brak.HREP THEN\nSET k = 1\nENDIF", 5);
         EXPECT_EQ(Value(document, "k"), "171:0.00") << word;
-        EXPECT_EQ(document.m_nErrorCode, ErrorUndefinedVariable) << word;
+        EXPECT_EQ(document.LastError().m_nErrorCode, ErrorUndefinedVariable) << word;
     }
 }
 
@@ -187,7 +187,7 @@ TEST_F(ReportReadsTest, ByNameAsksForTheTimeOfTheValueAgain) {
         Run("REMOTE a srv@V\nLOCAL x = a\nGET a HREP 2024 3 10 6\n:c\n"
             "IF NOT READY a.HREP GOTO c\nGET a.HREP\nGET a.DREP\nGET a",
             5);
-    EXPECT_EQ(document.m_nCurrentLine, 8);
+    EXPECT_EQ(document.State().m_nCurrentLine, 8);
     EXPECT_THAT(Calls("Add"), ElementsAre("AddHourReportRequest V 2024-03-10 06:00:00",
                                           "AddHourReportRequest V 2024-03-10 06:00:00"));
 }
@@ -195,7 +195,7 @@ TEST_F(ReportReadsTest, ByNameAsksForTheTimeOfTheValueAgain) {
 TEST_F(ReportReadsTest, ByNameWithoutAValueSucceedsAndAsksForNothing) {
     Plant("'variables': {'V': {}}");
     CKalvexDoc& document = Run("REMOTE a srv@V\nGET a.HREP\nGET a.XYZ", 1);
-    EXPECT_EQ(document.m_nCurrentLine, 3);
+    EXPECT_EQ(document.State().m_nCurrentLine, 3);
     EXPECT_THAT(Calls("Add"), IsEmpty());
 }
 
@@ -241,7 +241,7 @@ TEST_F(ReportReadsTest, FailedRequestIsReadyAndCannotBeRead) {
             "IF NOT READY a.HREP GOTO c\nSET x = a.HREP",
             10);
     EXPECT_EQ(Error(document), "15 a.HREP");
-    EXPECT_EQ(document.m_nCurrentLine, 5);
+    EXPECT_EQ(document.State().m_nCurrentLine, 5);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
 }
 

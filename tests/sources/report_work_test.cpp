@@ -11,7 +11,7 @@ class ReportWorkTest : public SourceWorld {
     std::string Orders(const std::string& line) {
         CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = 5\n" + line, 2);
         const std::vector<std::string> calls = Calls("Make");
-        if (document.m_nCurrentLine != 3) return "error " + Error(document);
+        if (document.State().m_nCurrentLine != 3) return "error " + Error(document);
         return calls.empty() ? "nothing" : calls.front();
     }
 };

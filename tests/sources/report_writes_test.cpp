@@ -20,7 +20,7 @@ class ReportWritesTest : public SourceWorld {
                     line,
                 5);
         const std::vector<std::string> calls = Calls("Modify");
-        if (document.m_nCurrentLine != 6) return "error " + Error(document);
+        if (document.State().m_nCurrentLine != 6) return "error " + Error(document);
         return calls.empty() ? "nothing" : calls.front();
     }
 };
@@ -123,7 +123,7 @@ TEST_F(ReportWritesTest, ByNameSendsTheAssignedValueAtItsTime) {
         Run("REMOTE a srv@V\nLOCAL x = a\nLOCAL t = MAKE_TIME 2024 3 9 6 23 45\nSET a.HREP = 77.5\n"
             "SET a.HREP.TIMESTAMP = t\nPUT a.HREP\nPUT a.DREP\nPUT a\nPUT a.XYZ\nLOCAL y = a.HREP",
             5);
-    EXPECT_EQ(document.m_nCurrentLine, 10);
+    EXPECT_EQ(document.State().m_nCurrentLine, 10);
     EXPECT_EQ(Value(document, "y"), "171:77.50");
     EXPECT_THAT(Calls("Request"),
                 ElementsAre("AddHourReportModifyRequest V 2024-03-09 06:23:45 77.50/32768",

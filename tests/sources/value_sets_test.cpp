@@ -18,7 +18,7 @@ class ValueSetsTest : public SourceWorld {
                     line,
                 2);
         const std::vector<std::string> calls = Calls("Add");
-        if (document.m_nCurrentLine != 9) return "error " + Error(document);
+        if (document.State().m_nCurrentLine != 9) return "error " + Error(document);
         return calls.empty() ? "nothing" : calls.front();
     }
 
@@ -114,7 +114,7 @@ TEST_F(ValueSetsTest, RangeTheWrongWayRoundCopiesNothing) {
         Run("REMOTE a srv@V\nLIST L\nMGET a HREP FROM 2024 3 10 4 TO 2024 3 10 1\n"
             ":c\nIF NOT READY a.HREP GOTO c\nMGET a GETDATA L",
             5);
-    EXPECT_EQ(document.m_nCurrentLine, 6);
+    EXPECT_EQ(document.State().m_nCurrentLine, 6);
     EXPECT_EQ(Texts(document), "[]");
 }
 
@@ -135,7 +135,7 @@ TEST_F(ValueSetsTest, AnotherRequestBetweenEmptiesTheData) {
         Run("REMOTE a srv@V\nLIST L\nMGET a ARCH FROM 2024 3 TO 2024 4\n:c\n"
             "IF NOT READY a.ARCH GOTO c\nGET a DREP 2024 3 9\nMGET a GETDATA L",
             5);
-    EXPECT_EQ(document.m_nCurrentLine, 7);
+    EXPECT_EQ(document.State().m_nCurrentLine, 7);
     EXPECT_EQ(Texts(document), "[]");
 }
 
@@ -167,7 +167,7 @@ TEST_F(ValueSetsTest, WritesOfAListGoTogether) {
             "LOCAL ko = MAKE_TIME 2024 3 9 8\nFILL_IN_LIST L 5 4 od ko HREP\n"
             "MPUT a HREP L",
             5);
-    EXPECT_EQ(document.m_nCurrentLine, 6);
+    EXPECT_EQ(document.State().m_nCurrentLine, 6);
     EXPECT_THAT(Calls("Request"),
                 ElementsAre("AddHourReportModifyRequest V 2024-03-09 06:00:00 5.00/32772",
                             "AddHourReportModifyRequest V 2024-03-09 07:00:00 5.00/32772",

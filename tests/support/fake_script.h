@@ -1,5 +1,5 @@
-// A script for the tests of what reads one: variables made by hand, an error slot, a clock that
-// stands still, a log that keeps its lines, a user. Script texts in and out are UTF-8.
+// A script for the tests of what reads one: variables made by hand, a clock that stands still,
+// a log that keeps its lines, a user. Script texts in and out are UTF-8.
 #pragma once
 
 #include <cstdint>
@@ -48,12 +48,6 @@ class FakeScript final : public FakeWorld, public CScriptContext {
     explicit FakeScript(const CFunctionTable& functions = NoFunctions())
         : FakeWorld(functions), CScriptContext(services) {}
 
-    void SetError(int code, std::string_view text, bool force) override {
-        if (!force && m_nErrorCode != ErrorNone && m_nErrorCode != ErrorOther) return;
-        m_nErrorCode = code;
-        m_strErrorText = text;
-    }
-
     CVariableLocal& Local(std::string_view name, const CVal& value = CVal()) {
         auto& variable = Append<CVariableLocal>(name);
         variable.SetValue(value, KindCurrent);
@@ -80,8 +74,10 @@ class FakeScript final : public FakeWorld, public CScriptContext {
 
     // The error slot as "code text", or "0" where there is none.
     std::string Error() const {
-        std::string error = std::to_string(m_nErrorCode);
-        if (!m_strErrorText.empty()) error += " " + ToUtf8(m_strErrorText);
+        std::string error = std::to_string(LastError().m_nErrorCode);
+        if (const std::string& text = LastError().m_strErrorText; !text.empty()) {
+            error += " " + ToUtf8(text);
+        }
         return error;
     }
     void ClearError() { SetError(ErrorNone, {}, true); }
@@ -103,9 +99,6 @@ class FakeScript final : public FakeWorld, public CScriptContext {
         return static_cast<Variable&>(
             Variables().Append(std::make_unique<Variable>(FromUtf8(name), arguments...)));
     }
-
-    int m_nErrorCode = ErrorNone;
-    std::string m_strErrorText;
 };
 
 }  // namespace kalvex

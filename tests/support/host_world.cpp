@@ -6,8 +6,8 @@ std::string HostWorld::Run(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + line;
     const CKalvexDoc& script = ScriptWorld::Run(text, static_cast<int>(lines.size()) + 1);
-    if (script.m_nCurrentLine == script.GetLineCount()) return "done";
-    return std::to_string(script.m_nCurrentLine + 1) + ": " + Error(script);
+    if (script.State().m_nCurrentLine == script.GetLineCount()) return "done";
+    return std::to_string(script.State().m_nCurrentLine + 1) + ": " + Error(script);
 }
 
 std::string HostWorld::Text(std::string_view name) {

@@ -34,7 +34,7 @@ CKalvexDoc& ScriptWorld::Open(std::string_view text, const std::string& name) {
 CKalvexDoc& ScriptWorld::Run(std::string_view text, int count) {
     CKalvexDoc& document = Open(text);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     Tick(count);
     return document;
 }
@@ -44,8 +44,9 @@ void ScriptWorld::Tick(int count) {
 }
 
 std::string ScriptWorld::Error(const CKalvexDoc& document) {
-    std::string text = std::to_string(document.m_nErrorCode);
-    if (!document.m_strErrorText.empty()) text += " " + ToUtf8(document.m_strErrorText);
+    std::string text = std::to_string(document.LastError().m_nErrorCode);
+    if (!document.LastError().m_strErrorText.empty())
+        text += " " + ToUtf8(document.LastError().m_strErrorText);
     return text;
 }
 

@@ -47,7 +47,7 @@ void SourceWorld::Plant(std::string_view content) {
 CKalvexDoc& SourceWorld::Start(std::string_view text, const std::string& name) {
     CKalvexDoc& document = Open(text, name);
     document.Start();
-    document.m_nPriority = 1;
+    document.SetPriority(1);
     return document;
 }
 

@@ -65,7 +65,7 @@ constexpr KindRow kKinds[] = {{VariableLocal, "LOCAL", AddSlots},
 
 Json WaitLinesJson(const CKalvexDoc& document) {
     Json lines = Json::array();
-    for (const auto& [key, record] : document.m_mapWaitFor) lines.push_back(record.nLine);
+    for (const auto& [key, record] : document.State().m_mapWaitFor) lines.push_back(record.nLine);
     return lines;
 }
 
@@ -77,22 +77,24 @@ Json TextJson(const CScriptText& text) {
 
 Json ScriptJson(const CRunScript& script, bool lines) {
     const CKalvexDoc& document = script.Document();
+    const CRunState& state = document.State();
+    const ErrorSlot& error = document.LastError();
     Json record = {{"path", ToUtf8(document.GetPathName())},
                    {"started", script.IsStarted()},
-                   {"running", document.m_bRunning},
-                   {"paused", document.m_bPaused},
-                   {"stepRequested", document.m_bStepRequested},
-                   {"minimised", document.m_bMinimised},
+                   {"running", state.m_bRunning},
+                   {"paused", state.m_bPaused},
+                   {"stepRequested", state.m_bStepRequested},
+                   {"minimised", state.m_bMinimised},
                    {"finished", script.IsFinished()},
-                   {"errorStanding", document.m_bErrorStanding},
-                   {"currentLine", document.m_nCurrentLine},
+                   {"errorStanding", state.m_bErrorStanding},
+                   {"currentLine", state.m_nCurrentLine},
                    {"lineCount", document.GetLineCount()},
-                   {"priority", document.m_nPriority},
-                   {"errorCode", document.m_nErrorCode},
-                   {"errorText", ToUtf8(document.m_strErrorText)},
-                   {"errorMessage", ToUtf8(document.GetErrorMessage(document.m_nErrorCode))},
-                   {"ignoreUnknown", document.m_bIgnoreUnknown},
-                   {"callDepth", document.m_lstCallStack.size()},
+                   {"priority", state.m_nPriority},
+                   {"errorCode", error.m_nErrorCode},
+                   {"errorText", ToUtf8(error.m_strErrorText)},
+                   {"errorMessage", ToUtf8(document.GetErrorMessage(error.m_nErrorCode))},
+                   {"ignoreUnknown", state.m_bIgnoreUnknown},
+                   {"callDepth", state.m_lstCallStack.size()},
                    {"waitLines", WaitLinesJson(document)}};
     Json& variables = record["variables"] = Json::array();
     for (const std::unique_ptr<CVariable>& variable : document.Variables()) {

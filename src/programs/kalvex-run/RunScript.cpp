@@ -27,21 +27,22 @@ void CRunScript::Reset() {
 // A step leaves no error standing, but the order to step has put the reported line out of the text,
 // so it stands on the current line only after a failure.
 void CRunScript::AfterTick() {
-    if (!m_bStepDue || m_document.m_bStepRequested) return;
-    m_bStepFailed = m_document.m_nReportedLine == m_document.m_nCurrentLine &&
-                    m_document.m_nErrorCode != ErrorWaiting;
+    const CRunState& state = m_document.State();
+    if (!m_bStepDue || state.m_bStepRequested) return;
+    m_bStepFailed =
+        state.m_nReportedLine == state.m_nCurrentLine && !m_document.LastError().IsWaiting();
 }
 
 bool CRunScript::IsFinished() const {
-    return m_document.m_nCurrentLine >= m_document.GetLineCount();
+    return m_document.State().m_nCurrentLine >= m_document.GetLineCount();
 }
 
 bool CRunScript::IsAtRest() const {
-    return !IsStepPending() && (!m_document.m_bRunning || IsFinished());
+    return !IsStepPending() && (!m_document.State().m_bRunning || IsFinished());
 }
 
 bool CRunScript::IsStepPending() const {
-    return m_document.m_bStepRequested && !m_document.m_bRunning;
+    return m_document.State().m_bStepRequested && !m_document.State().m_bRunning;
 }
 
 CVal StoredValue(CVariable& variable, ValueKind kind) {

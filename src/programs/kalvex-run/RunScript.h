@@ -52,7 +52,7 @@ class CRunScript {
     // do.
     bool IsAtRest() const;
     // It stands on a line whose last run failed, or was stopped by a failure.
-    bool IsFailed() const { return m_document.m_bErrorStanding || m_bStepFailed; }
+    bool IsFailed() const { return m_document.State().m_bErrorStanding || m_bStepFailed; }
 
   private:
     bool IsStepPending() const;

@@ -110,17 +110,18 @@ std::string Line(const Row& row, const std::array<std::size_t, ColumnCount>& wid
 
 std::string Place(const CRunScript& script) {
     const CKalvexDoc& document = script.Document();
-    const bool waiting = document.m_nErrorCode == ErrorWaiting &&
-                         document.m_nReportedLine == document.m_nCurrentLine;
+    const CRunState& state = document.State();
+    const ErrorSlot& error = document.LastError();
+    const bool waiting = error.IsWaiting() && state.m_nReportedLine == state.m_nCurrentLine;
     if (script.IsFailed() || waiting) {
-        return ToUtf8(document.FormatErrorReport(document.m_nCurrentLine, document.m_nErrorCode,
-                                                 document.m_strErrorText));
+        return ToUtf8(document.FormatErrorReport(state.m_nCurrentLine, error.m_nErrorCode,
+                                                 error.m_strErrorText));
     }
     if (script.IsRefused() && !script.IsStarted()) return " : refused at its start";
     if (script.IsFinished()) return " : finished";
-    const int line = document.m_nCurrentLine + 1;
-    if (document.m_bPaused) return fmt::format(" : stopped before line {}", line);
-    return document.m_bRunning ? fmt::format(" : at line {}", line) : " : not running";
+    const int line = state.m_nCurrentLine + 1;
+    if (state.m_bPaused) return fmt::format(" : stopped before line {}", line);
+    return state.m_bRunning ? fmt::format(" : at line {}", line) : " : not running";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// State that a subsystem above the engine keeps for one document, such as its started programs. The
-// document owns it, tells it when the run state is cleared, and destroys it in the order of this
+// State that a subsystem keeps for one script beside its variables, such as its started programs.
+// The script owns it, tells it when the run state is cleared, and destroys it in the order of this
 // list.
 #pragma once
 
