@@ -274,6 +274,27 @@ TEST_F(RunCycle, ResetDiscardsTheRunAndRestoresTheText) {
     EXPECT_EQ(Log(LogAlways).back(), "main.kx : Reset skryptu ");
 }
 
+TEST_F(RunCycle, ResetForgetsTheCallsUnderWay) {
+    CKalvexDoc& document = Run("LOCAL A\nCALL f(B)\nPROCEDURE f(A)\nBEGIN\nSET A = 1");
+    EXPECT_EQ(Error(document), "3 B");
+    document.Reset();
+    document.Start();
+    Tick(1);
+    EXPECT_EQ(Value(document, "A"), "255:");
+    EXPECT_EQ(Value(document, "B"), "missing");
+}
+
+TEST_F(RunCycle, ResetLeavesADocumentThatAConsoleControlsReadOnly) {
+    CKalvexDoc& document = Open("LOCAL A");
+    document.m_bControlAllowed = false;
+    document.Start();
+    document.Reset();
+    EXPECT_TRUE(document.IsReadOnly());
+    document.m_bControlAllowed = true;
+    document.Reset();
+    EXPECT_FALSE(document.IsReadOnly());
+}
+
 TEST_F(RunCycle, ResetKeepsAStandingErrorUntilTheNextLine) {
     CKalvexDoc& document = Run("LOCAL A 5");
     EXPECT_EQ(Error(document), "5");
