@@ -15,6 +15,7 @@
 #include <fstream>
 #include <numeric>
 
+#include "localhost.h"
 #include "loopback.h"
 #include "platform/posix/Ping.h"
 
@@ -61,6 +62,7 @@ TEST_F(ConnectTcpTest, ListeningPortTakesTheConnection) {
 }
 
 TEST_F(ConnectTcpTest, NameIsLookedUp) {
+    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
     const LoopbackPort port(true);
     EXPECT_EQ(probes.ConnectTcp("localhost", port.Number()).failed, TcpStep::None);
 }

@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "localhost.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/certificates.h"
@@ -130,6 +131,13 @@ TEST_F(SecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(FirstEvent("127.0.0.1", {}), "opened");
+}
+
+TEST_F(SecurityTest, LoopbackMayBePlainByItsName) {
+    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
+    settings.address = "127.0.0.1:0";
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(FirstEvent("localhost", {}), "opened");
 }
 
@@ -169,6 +177,12 @@ class TlsTest : public SecurityTest {
 TEST_F(TlsTest, ClientThatTrustsTheAuthorityComesIn) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+TEST_F(TlsTest, CertificateMayBearAName) {
+    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
+    Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("localhost", certificates.Files("good")), "opened");
     EXPECT_THAT(world.log.lines, IsEmpty());
 }
