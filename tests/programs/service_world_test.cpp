@@ -51,8 +51,14 @@ TEST(ServiceLoop, TimerOfANumberBeginsAnewAndEnds) {
 
 TEST(ServiceLoop, PeriodOfNothingIsAShortOne) {
     CServiceLoop loop;
-    loop.SetTimer(4, 0, [&] { loop.Quit(); });
+    int nothing = 0;
+    int negative = 0;
+    loop.SetTimer(4, 0, [&] { ++nothing; });
+    loop.SetTimer(5, -1, [&] { ++negative; });
+    loop.SetTimer(6, 20, [&] { loop.Quit(); });  // of two that are due the older goes first
     loop.Run();
+    EXPECT_GT(nothing, 0);
+    EXPECT_GT(negative, 0);
 }
 
 class UserLibraryTest : public testing::Test {
