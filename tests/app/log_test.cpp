@@ -6,6 +6,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "app/KalvexLog.h"
 #include "app/LogStream.h"
@@ -18,6 +22,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 // 2024-03-10 07:00:00 in Warsaw.
 constexpr std::int64_t kNow = 1710050400;
@@ -174,6 +179,48 @@ TEST_F(LogTest, FullDiskStopsNothingAndTheGapIsTold) {
               "2024-03-10 07:00:02  Pominięte wiersze rejestru: 3\n"
               "2024-03-10 07:00:02  d\n"
               "2024-03-10 07:00:02  e\n");
+}
+
+// Every question for the time is a second later, and one of them finds the disk with room again.
+class FullDisk final : public Clock {
+  public:
+    explicit FullDisk(std::string file) : m_file(std::move(file)) {
+        std::filesystem::create_symlink("/dev/full", m_file);
+    }
+    void HasRoomAfter(int questions) { m_left = questions; }
+
+    std::int64_t Now() const override {
+        if (m_left-- == 0) std::filesystem::remove(m_file);
+        return ++m_now;
+    }
+    bool SetSystemTime(std::int64_t) override { return false; }
+
+  private:
+    std::string m_file;
+    mutable int m_left = -1;
+    mutable std::int64_t m_now = kNow;
+};
+
+TEST_F(LogTest, GapIsToldBeforeTheLinesBehindItWheneverTheDiskHasRoomAgain) {
+    constexpr int kLogged = 6;
+    constexpr std::size_t kStamp = 21;
+    for (int questions = 0; questions < 10; ++questions) {
+        const std::string name = "pelny" + std::to_string(questions);
+        FullDisk disk(m_folder.Path(name + ".log"));
+        CKalvexLog log(disk, m_translator);
+        log.SetLogFile(m_folder.Path(name), 10000000);
+        log.Log("0", 1);
+        disk.HasRoomAfter(questions);
+        for (int line = 1; line < kLogged; ++line) log.Log(std::to_string(line), 1);
+        std::vector<std::string> lines;
+        std::istringstream file(m_folder.Get(name + ".log"));
+        for (std::string line; std::getline(file, line);) lines.push_back(line.substr(kStamp));
+        ASSERT_THAT(lines, Not(IsEmpty())) << questions;
+        const int lost = kLogged + 1 - static_cast<int>(lines.size());
+        std::vector<std::string> expected{"Pominięte wiersze rejestru: " + std::to_string(lost)};
+        for (int line = lost; line < kLogged; ++line) expected.push_back(std::to_string(line));
+        EXPECT_EQ(lines, expected) << questions;
+    }
 }
 
 TEST_F(LogTest, StreamHasThePriorityOfTheLevel) {

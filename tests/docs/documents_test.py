@@ -20,6 +20,13 @@ def folders_below(path):
     }
 
 
+def own_lines(script):
+    """What a script test runs: its lines without comments and without what stands in quotes."""
+    lines = script.read_bytes().decode("cp1250").splitlines()
+    bare = (re.sub(r'"[^"]*"', '""', line).partition(";")[0] for line in lines)
+    return [line for line in bare if line.strip()]
+
+
 class Documents(unittest.TestCase):
     def test_dependencies_list_the_packages_that_are_installed(self):
         lines = read("tools/packages.list").splitlines()
@@ -58,6 +65,19 @@ class Documents(unittest.TestCase):
         tests = (path.read_bytes().decode("cp1250") for path in ROOT.glob("tests/scripts/examples/*.kx"))
         run = {name for text in tests for name in re.findall(r"(?m)^;; script: ../../../examples/(\S+)", text)}
         self.assertEqual(run, {path.name for path in ROOT.glob("examples/*.kx")})
+
+    def test_every_row_of_the_language_is_in_a_script_test(self):
+        spellings = dict(re.findall(r'string_view (\w+) = "([A-Z_]+)";', read("src/engine/Statement.h")))
+        lines = [line for path in ROOT.glob("tests/scripts/*/*.kx") for line in own_lines(path)]
+        statements = {line.split()[0].upper() for line in lines}
+        functions = {word for line in lines for word in re.findall(r"(?:=|\bIF|\bNOT)\s*([A-Z_]+)\b", line)}
+        for table, used in {"Statements": statements, "Functions": functions}.items():
+            text = read(f"src/language/{table}.cpp")
+            rows = re.findall(r'(?m)^    \{(?:"([A-Z_]+)"|Keyword::(\w+)), \w+,', text)
+            self.assertEqual(len(rows), len(re.findall(r"(?m)^    \{\S", text)))
+            self.assertTrue(rows)
+            keywords = [keyword or spellings[name] for keyword, name in rows]
+            self.assertEqual([keyword for keyword in keywords if keyword not in used], [], table)
 
     def test_operations_explain_the_options_of_the_service(self):
         rows = re.findall(r'(?m)^    \{"(--[a-z-]+)", (?:"([A-Z,]+)"|nullptr)', read("src/programs/kalvexd/Options.cpp"))

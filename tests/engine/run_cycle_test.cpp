@@ -276,6 +276,27 @@ TEST_F(RunCycleTest, ResetDiscardsTheRunAndRestoresTheText) {
     EXPECT_EQ(Log(LogAlways).back(), "main.kx : Reset skryptu ");
 }
 
+TEST_F(RunCycleTest, ResetForgetsTheCallsUnderWay) {
+    CKalvexDoc& document = Run("LOCAL A\nCALL f(B)\nPROCEDURE f(A)\nBEGIN\nSET A = 1");
+    EXPECT_EQ(Error(document), "3 B");
+    document.Reset();
+    document.Start();
+    Tick(1);
+    EXPECT_EQ(Value(document, "A"), "255:");
+    EXPECT_EQ(Value(document, "B"), "missing");
+}
+
+TEST_F(RunCycleTest, ResetLeavesADocumentThatAConsoleControlsReadOnly) {
+    CKalvexDoc& document = Open("LOCAL A");
+    document.AllowControl(false);
+    document.Start();
+    document.Reset();
+    EXPECT_TRUE(document.IsReadOnly());
+    document.AllowControl(true);
+    document.Reset();
+    EXPECT_FALSE(document.IsReadOnly());
+}
+
 TEST_F(RunCycleTest, ResetKeepsAStandingErrorUntilTheNextLine) {
     CKalvexDoc& document = Run("LOCAL A 5");
     EXPECT_EQ(Error(document), "5");

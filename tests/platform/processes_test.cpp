@@ -97,10 +97,15 @@ TEST_F(ProcessesTest, ProgramTerminatedWithTheCodeOfTheStillActiveLooksAsIfItRan
     EXPECT_EQ(processes.GetExitCode(id, error), Processes::kStillActive);
 }
 
-TEST_F(ProcessesTest, EndedProgramIsNoZombieThoughNobodyAsks) {
-    Shell("exit 1");
-    Shell("exit 2");
+TEST_F(ProcessesTest, EndedProgramIsNoZombieThoughNobodyAsksAndItsCodeIsKept) {
+    const int first = Shell("exit 1");
     WaitForNoChild();
+    const int second = Shell("exit 2");
+    EXPECT_NE(first, 0);
+    EXPECT_NE(second, 0);
+    WaitForNoChild();
+    EXPECT_EQ(processes.GetExitCode(first, error), 1);
+    EXPECT_EQ(processes.GetExitCode(second, error), 2);
 }
 
 TEST_F(ProcessesTest, ReleasedProgramRunsOnAndIsNoZombieAfterItsEnd) {

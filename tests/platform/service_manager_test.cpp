@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -70,6 +71,13 @@ class ServiceManagerTest : public testing::Test {
         return ServiceManager().GetWatchdogPeriod();
     }
 
+    static void TellAll(ServiceManager& service) {
+        service.TellReady();
+        service.TellStatus("Skrypty");
+        service.TellAlive();
+        service.TellStopping();
+    }
+
     ScratchFolder m_folder;
 };
 
@@ -101,17 +109,55 @@ TEST_F(ServiceManagerTest, ProgramsThatAreStartedDoNotInheritTheManager) {
     EXPECT_EQ(std::getenv("WATCHDOG_PID"), nullptr);
 }
 
-TEST_F(ServiceManagerTest, WithoutAManagerNothingHappens) {
-    for (const char* name : {"", "vsock:2:1234", "@", "wzgledna", "/nie/ma/takiego"}) {
-        ::setenv("NOTIFY_SOCKET", name, 1);
+TEST_F(ServiceManagerTest, NameThatIsNoPathAndNoAbstractSocketIsNobody) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(m_folder.Path());
+    for (const char* name : {"wzgledna", "vsock:2:1234"}) {
+        const Manager manager(name);
+        ::setenv("WATCHDOG_USEC", "30000000", 1);
         ServiceManager service;
-        service.TellReady();
-        service.TellAlive();
-        service.TellStopping();
+        TellAll(service);
+        EXPECT_THAT(manager.Heard(), IsEmpty()) << name;
+        EXPECT_EQ(service.GetWatchdogPeriod(), std::nullopt) << name;
     }
-    ::setenv("NOTIFY_SOCKET", ("/" + std::string(200, 'x')).c_str(), 1);
+    std::filesystem::current_path(before);
+}
+
+TEST_F(ServiceManagerTest, NameThatIsTooShortIsNobody) {
+    for (const char* name : {"", "@", "/"}) {
+        ::setenv("NOTIFY_SOCKET", name, 1);
+        ::setenv("WATCHDOG_USEC", "30000000", 1);
+        ServiceManager service;
+        TellAll(service);
+        EXPECT_EQ(service.GetWatchdogPeriod(), std::nullopt) << name;
+    }
+}
+
+TEST_F(ServiceManagerTest, PathMayHaveAsManyLettersAsTheSystemTakes) {
+    constexpr std::size_t kLongest = sizeof(sockaddr_un::sun_path) - 1;
+    std::string name = m_folder.Path("x");
+    name.resize(kLongest, 'x');
+    const Manager manager(name);
+    {
+        ServiceManager service;
+        service.TellAlive();
+        EXPECT_THAT(manager.Heard(), ElementsAre("WATCHDOG=1"));
+    }
+    ::setenv("NOTIFY_SOCKET", (name + "x").c_str(), 1);
+    ::setenv("WATCHDOG_USEC", "30000000", 1);
     ServiceManager service;
+    TellAll(service);
+    EXPECT_THAT(manager.Heard(), IsEmpty());
+    EXPECT_EQ(service.GetWatchdogPeriod(), std::nullopt);
+}
+
+TEST_F(ServiceManagerTest, ManagerThatComesLaterHearsWhatIsToldThen) {
+    ::setenv("NOTIFY_SOCKET", m_folder.Path("notify").c_str(), 1);
+    ServiceManager service;
+    TellAll(service);
+    const Manager manager(m_folder.Path("notify"));
     service.TellAlive();
+    EXPECT_THAT(manager.Heard(), ElementsAre("WATCHDOG=1"));
 }
 
 TEST_F(ServiceManagerTest, ManagerThatIsBusyHoldsNothingUp) {

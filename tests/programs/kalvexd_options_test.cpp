@@ -67,7 +67,7 @@ TEST(KalvexdOptionsTest, WrongUsageEndsTheProcess) {
 TEST(KalvexdOptionsTest, HelpAndVersionEndTheProcessWell) {
     EXPECT_EQ(Parse({"/D:5", "--help"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
-    EXPECT_EQ(Parse({"--version"}).message.substr(0, 8), "kalvexd ");
+    EXPECT_EQ(Parse({"--version"}).message, "kalvexd 0.1.0\n");
 }
 
 }  // namespace

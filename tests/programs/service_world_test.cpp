@@ -50,8 +50,14 @@ TEST(ServiceWorldLoopTest, TimerOfANumberBeginsAnewAndEnds) {
 
 TEST(ServiceWorldLoopTest, PeriodOfNothingIsAShortOne) {
     CServiceLoop loop;
-    loop.SetTimer(4, 0, [&] { loop.Quit(); });
+    int nothing = 0;
+    int negative = 0;
+    loop.SetTimer(4, 0, [&] { ++nothing; });
+    loop.SetTimer(5, -1, [&] { ++negative; });
+    loop.SetTimer(6, 20, [&] { loop.Quit(); });  // of two that are due the older goes first
     loop.Run();
+    EXPECT_GT(nothing, 0);
+    EXPECT_GT(negative, 0);
 }
 
 class ServiceWorldUserLibraryTest : public testing::Test {

@@ -416,10 +416,10 @@ class StrangerOverTls(unittest.TestCase):
 
         if authority:
             shown = (read(f"{name}.key"), read(f"{name}.pem")) if name else (None, None)
-            channel = grpc.secure_channel(f"localhost:{port}",
+            channel = grpc.secure_channel(f"127.0.0.1:{port}",
                                           grpc.ssl_channel_credentials(read(f"{authority}.pem"), *shown))
         else:
-            channel = grpc.insecure_channel(f"localhost:{port}")
+            channel = grpc.insecure_channel(f"127.0.0.1:{port}")
         self.addCleanup(channel.close)
         client = stranger.Conversation(MESSAGES, channel)
         client.say(login={"protocol_version": 1, "client_name": "Obcy"})

@@ -32,9 +32,10 @@ def local(name, **slots):
     return {"name": name, "kind": "LOCAL", "slots": every | slots}
 
 
+START = ("@ : Inicjowanie skryptu ", "@ : Start skryptu ")
+
 ANSWER = {
     "ticks": 7,
-    "log": [{"text": "@ : Inicjowanie skryptu ", "level": 0}, {"text": "@ : Start skryptu ", "level": 0}],
     "sources": {"srv": {"requests": [{"op": "Subscribe", "tick": 3, "variable": "Z1"}]}},
     "scripts": [
         {
@@ -59,9 +60,9 @@ class ScriptTest(unittest.TestCase):
         self.folder = pathlib.Path(scratch.name)
         self.script = self.folder / "proba.kx"
 
-    def run_with(self, *instructions, log=(), exit_code=0):
+    def run_with(self, *instructions, log=(), start=START, exit_code=0):
         """What run_scripts finds for a script of these instructions, without its listing of the log."""
-        answer = ANSWER | {"log": ANSWER["log"] + [{"text": text} for text in log]}
+        answer = ANSWER | {"log": [{"text": text, "level": 0} for text in (*start, *log)]}
         runner = self.folder / "runner"
         source = RUNNER.format(python=sys.executable, answer=json.dumps(answer), exit_code=exit_code)
         runner.write_text(source, encoding="utf-8")
@@ -125,6 +126,22 @@ class ScriptTest(unittest.TestCase):
         self.assertEqual(len(self.run_with(wanted)), 1)
         self.assertEqual(len(self.run_with(wanted, log=[line, line])), 1)
         self.assertEqual(len(self.run_with('log: "Linia 1 - Inny błąd"', log=[line])), 1)
+
+    def test_the_lines_of_the_start_are_held(self):
+        line = "@ : Linia 1 - Inny błąd"
+        wanted = 'log: "%s : Linia 1 - Inny błąd"'
+        for start in (), START[:1], START[1:], START[::-1], (START[0], "@ : Start"), (START[0], *START):
+            with self.subTest(start):
+                self.assertEqual(len(self.run_with(wanted, start=start, log=[line])), 1)
+        self.assertEqual(len(self.run_with(wanted, start=(START[0], line, START[1]))), 1)
+
+    def test_a_log_that_tells_of_the_first_start_is_the_whole_log(self):
+        begin, running = 'log: "%s : Inicjowanie skryptu "', 'log: "%s : Start skryptu "'
+        self.assertEqual(self.run_with(begin, start=START[:1]), [])
+        self.assertEqual(len(self.run_with(begin)), 1)
+        self.assertEqual(self.run_with(begin, running), [])
+        self.assertEqual(self.run_with(begin, running, begin, running, log=START), [])
+        self.assertEqual(len(self.run_with(begin, running, log=START)), 1)
 
     def test_an_unexpected_exit_status_fails(self):
         self.assertEqual(self.run_with("line: 2", exit_code=3), ["exit: expected 0, got 3"])

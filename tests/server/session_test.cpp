@@ -196,6 +196,16 @@ TEST_F(SessionTest, WriteIsConvertedStampedAndAnswered) {
                             "3: 190 0 " + Stamp(5) + " 12"));
 }
 
+TEST_F(SessionTest, LongestTextIsWritten) {
+    TestClient& client = Operator();
+    Subscribe(client, {"Z1.T"});
+    const std::string longest(65535, 'x');
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(longest)), ResultOk);
+    EXPECT_THAT(Updates(client), ElementsAre("1: 190 0 " + Stamp() + " " + longest));
+    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(longest + "x")), ResultBadValue);
+    EXPECT_THAT(Updates(client), ElementsAre("1: 190 0 " + Stamp() + " " + longest));
+}
+
 TEST_F(SessionTest, WritesAreRefusedWithTheirReasons) {
     TestClient& client = Operator();
     EXPECT_EQ(Modify(client, KindCurrent, "Brak", 0, CVal(1)), ResultNothing);
@@ -561,6 +571,24 @@ TEST_F(SessionTest, LogIsForThoseWithTheRight) {
     EXPECT_EQ(chief.Take<LogMessage>().size(), 4u);
     other.Say(LastMessagesRequest{2});
     EXPECT_THAT(other.messages, IsEmpty());
+}
+
+TEST_F(SessionTest, LogReachesAThousandLinesBack) {
+    AddUser("szef", "tajne", 100);
+    TestClient& chief = LogIn("szef", "tajne");
+    std::vector<std::string> expected;
+    for (int i = 0; i <= 1000; ++i) {
+        LoginRequest request;
+        request.clientName = "K" + std::to_string(i);
+        bool answered = false;
+        m_server->ListVariables(request, {}, [&answered](const auto&) { answered = true; });
+        while (!answered) m_loop.WaitAndRun();
+        if (i > 0) expected.push_back("Rejestracja użytkownika NOBODY z " + request.clientName);
+    }
+    chief.Say(LastMessagesRequest{UINT32_MAX});
+    std::vector<std::string> lines;
+    for (const LogMessage& line : chief.Take<LogMessage>()) lines.push_back(ToUtf8(line.text));
+    EXPECT_EQ(lines, expected);
 }
 
 }  // namespace

@@ -76,7 +76,21 @@ TEST(ValueArithmeticTest, WhatDoesNotFitTheWiderTypeHas64Bits) {
         {CVal(true), kAdd, CVal(true), "160:2"},
         {CVal(2u), kSubtract, CVal(3u), "160:-1"},
         {CVal(2147483647), kAdd, CVal(1u), "151:2147483648"},
+        {CVal(short{-32768}), kSubtract, CVal(short{1}), "160:-32769"},
         {Typed(141, 65535), kAdd, CVal(short{1}), "160:65536"},
+    });
+}
+
+TEST(ValueArithmeticTest, LimitsOfATypeStillFitIt) {
+    ExpectResults({
+        {CVal(2147483646), kAdd, CVal(1), "150:2147483647"},
+        {CVal(-2147483647), kSubtract, CVal(1), "150:-2147483648"},
+        {CVal(short{32766}), kAdd, CVal(short{1}), "140:32767"},
+        {CVal(short{-32767}), kSubtract, CVal(short{1}), "140:-32768"},
+        {CVal(2u), kSubtract, CVal(2u), "151:0"},
+        {CVal(4294967294u), kAdd, CVal(1u), "151:4294967295"},
+        {Typed(141, 65534), kAdd, CVal(short{1}), "141:65535"},
+        {CVal(true), kSubtract, CVal(true), "120:0"},
     });
 }
 

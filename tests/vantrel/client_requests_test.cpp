@@ -203,6 +203,9 @@ TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheRestIsLost) {
     network.Deliver();
     EXPECT_EQ(connection.GetState(), StateConnected);
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23"));
+    Forget();
+    Break();
+    EXPECT_THAT(connection.events, ElementsAre("disconnect 4104"));
 }
 
 TEST_F(ClientRequestsTest, MadeWhileTheConnectionComesUpAreSentThen) {
@@ -236,6 +239,11 @@ TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
     EXPECT_THAT(other.events, ElementsAre("report not written 2V 1", "fault 2 4110"));
+    server.accepts = true;
+    other.CheckConnection();
+    network.Deliver();
+    EXPECT_EQ(other.GetState(), StateConnected);
+    EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23"));
 }
 
 TEST_F(ClientRequestsTest, WritesOfOneKindGoTogether) {

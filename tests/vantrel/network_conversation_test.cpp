@@ -124,12 +124,15 @@ TEST_F(NetworkConversationTest, DestroyedClientSaysFarewellAndHearsNothing) {
 TEST_F(NetworkConversationTest, WhatWasSentBeforeTheEndArrives) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
-    for (std::uint32_t count = 1; count <= 100; ++count)
+    std::vector<std::string> expected{"login / Kalvex 23"};
+    for (std::uint32_t count = 1; count <= 100; ++count) {
         transport->Send(LastMessagesRequest{count});
+        expected.push_back("last " + std::to_string(count));
+    }
     transport->Close(ReasonClosed);
+    expected.emplace_back("closed 4106");
     world.RunUntil(acceptor, "closed 4106");
-    ASSERT_EQ(acceptor.heard.size(), 102u);
-    EXPECT_EQ(acceptor.heard[100], "last 100");
+    EXPECT_EQ(acceptor.heard, expected);
 }
 
 TEST_F(NetworkConversationTest, ServerEndsAConversationWithItsReason) {

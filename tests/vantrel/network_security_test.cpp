@@ -6,8 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstdlib>
-
+#include "support/localhost.h"
 #include "support/network_world.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
@@ -132,6 +131,13 @@ TEST_F(NetworkSecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(FirstEvent("127.0.0.1", {}), "opened");
+}
+
+TEST_F(SecurityTest, LoopbackMayBePlainByItsName) {
+    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
+    settings.address = "127.0.0.1:0";
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(FirstEvent("localhost", {}), "opened");
 }
 
@@ -171,6 +177,12 @@ class NetworkSecurityTlsTest : public NetworkSecurityTest {
 TEST_F(NetworkSecurityTlsTest, ClientThatTrustsTheAuthorityComesIn) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+}
+
+TEST_F(NetworkSecurityTlsTest, CertificateMayBearAName) {
+    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
+    Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("localhost", certificates.Files("good")), "opened");
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
