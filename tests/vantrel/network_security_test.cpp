@@ -6,6 +6,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "support/localhost.h"
 #include "support/network_world.h"
 #include "text/CodePage.h"
