@@ -6,11 +6,11 @@
 
 #include "engine/ScriptDocument.h"
 #include "host/HostStatements.h"
-#include "host/LogText.h"
 #include "host/Programs.h"
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
+#include "text/TextFormat.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -63,7 +63,7 @@ template <class... Values>
 void LogFailure(CKalvexDoc& document, const char* text, const Values&... values) {
     const DocumentServices& services = document.Services();
     services.log.Log(
-        FillIn(services.translator.Translate(text), {document.GetPathName(), values...}),
+        FormatText(services.translator.Translate(text), {document.GetPathName(), values...}),
         LogErrors);
 }
 
