@@ -8,6 +8,7 @@
 #include "engine/Statement.h"
 #include "operands/ScriptContext.h"
 #include "platform/Crypt.h"
+#include "platform/FileStore.h"
 #include "platform/NetworkProbes.h"
 #include "platform/Processes.h"
 #include "platform/Questions.h"
@@ -28,6 +29,7 @@ struct DocumentServices : ValueServices {
     CConsoleLink* console = nullptr;        // none without a remote console
     bool consoleClient = false;             // this process mirrors a module and never interprets
     Processes* processes = &NoProcesses();  // never null
+    FileStore* files = &NoFiles();          // never null
     const CCrypt* crypt = nullptr;          // none where no text is protected
     NetworkProbes* probes = &NoProbes();    // never null
     RunCounts* counts = nullptr;            // none where nobody counts

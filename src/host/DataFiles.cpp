@@ -8,7 +8,6 @@
 #include "engine/ScriptDocument.h"
 #include "host/DataFile.h"
 #include "host/HostStatements.h"
-#include "platform/posix/FileStore.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
@@ -159,12 +158,12 @@ DataFileResult Rewrite(CScriptContext& document, FileStore& files, const CParame
 using Operation = DataFileResult (*)(CScriptContext&, FileStore&, std::string_view);
 
 bool Execute(StatementCall& call, Operation operation) {
-    PosixFileStore files;
+    FileStore& files = *call.document.Services().files;
     return operation(call.document, files, call.rest) != DataFileResult::Failed;
 }
 
 FunctionResult Evaluate(FunctionCall& call, Operation operation) {
-    PosixFileStore files;
+    FileStore& files = *static_cast<CKalvexDoc&>(call.document).Services().files;
     const DataFileResult result = operation(call.document, files, TextBehindKeyword(call));
     call.out = CVal(result == DataFileResult::Data ? 1 : 0);
     return FunctionResult::Done;

@@ -6,6 +6,7 @@
 #include "engine/script_world.h"
 #include "operands/allocation_count.h"
 #include "operands/zone_scope.h"
+#include "platform/posix/FileStore.h"
 #include "platform/scratch_file.h"
 #include "sources/ClientInterface.h"
 #include "vantrel/plant/SimulatedPlant.h"
@@ -134,6 +135,7 @@ class SoakTest : public ScriptWorld {
             std::make_unique<CClientInterface>(SourceServices{m_log, translator, users, *m_pPlant});
         m_services.sources = m_pClient.get();
         m_services.counts = &m_health.Counts();
+        m_services.files = &m_files;
     }
     ~SoakTest() override { m_arrScripts.clear(); }
 
@@ -169,6 +171,7 @@ class SoakTest : public ScriptWorld {
 
     ZoneScope m_zone{"Europe/Warsaw"};
     SilentLog m_log;
+    PosixFileStore m_files;
     DocumentServices m_services{
         {clock, m_log, translator, users, paths, Functions()}, Statements(), questions};
     CHealth m_health{0};

@@ -49,10 +49,10 @@ class DataFileFaults : public HostWorld {
 
     DataFileResult Write(const std::string& path = "d.txt") {
         script.SetError(ErrorNone, {}, true);
-        return WriteDataFile(script, files, '"' + path + "\" \"S\" -A A");
+        return WriteDataFile(script, interrupted, '"' + path + "\" \"S\" -A A");
     }
 
-    InterruptedFiles files;
+    InterruptedFiles interrupted;
     CKalvexDoc& script = Open("");
 };
 
@@ -123,26 +123,26 @@ TEST_F(DataFileFaults, ClosedFolderTakesNoNewFile) {
 }
 
 TEST_F(DataFileFaults, FileTakenAwayBeforeTheBackupIsSimplyNew) {
-    files.beforeMove = [&] { std::filesystem::remove(PathOf("d.txt")); };
+    interrupted.beforeMove = [&] { std::filesystem::remove(PathOf("d.txt")); };
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
     EXPECT_FALSE(Has("d.bak"));
 }
 
 TEST_F(DataFileFaults, BackupTakenAwayBeforeItIsReadLeavesANewSection) {
-    files.beforeRead = [&] { std::filesystem::remove(PathOf("d.bak")); };
+    interrupted.beforeRead = [&] { std::filesystem::remove(PathOf("d.bak")); };
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
 }
 
 TEST_F(DataFileFaults, FolderTakenAwayBeforeTheNewFileIsMade) {
-    files.beforeCreate = [&] { std::filesystem::remove_all(folder); };
+    interrupted.beforeCreate = [&] { std::filesystem::remove_all(folder); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
 }
 
 TEST_F(DataFileFaults, FileThatAppearsMeanwhileIsNotOverwritten) {
-    files.beforeCreate = [&] { Put("d.txt", "obcy"); };
+    interrupted.beforeCreate = [&] { Put("d.txt", "obcy"); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
     EXPECT_EQ(Get("d.txt"), "obcy");
@@ -169,7 +169,7 @@ TEST_F(DataFileFaults, FolderUnderTheFilesNameIsNotMoved) {
     EXPECT_EQ(Error(script), "9 " + PathOf("e.txt"));
     EXPECT_TRUE(std::filesystem::is_directory(PathOf("e.txt")));
     EXPECT_FALSE(Has("e.bak"));
-    EXPECT_EQ(ReadDataFile(script, files, "\"e.txt\""), DataFileResult::Failed);
+    EXPECT_EQ(ReadDataFile(script, interrupted, "\"e.txt\""), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("e.txt"));
 }
 
