@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "operands/FunctionFamilies.h"
+#include "operands/Keywords.h"
 #include "operands/ListAggregates.h"
 #include "operands/OperandEvaluator.h"
 #include "operands/StatusArgument.h"
@@ -14,9 +15,6 @@
 namespace kalvex {
 
 namespace {
-
-constexpr std::string_view kFrom = "FROM";
-constexpr std::string_view kTo = "TO";
 
 bool Fail(CScriptContext& document, ScriptError code, std::string_view text) {
     document.SetError(code, text, true);
@@ -71,8 +69,8 @@ CalcResult ReadFilter(CScriptContext& document, std::string_view mask, std::stri
         return CalcResult::Error;
     }
     if (TrimBlanks(text).empty()) return CalcResult::Done;
-    if (!TakeBound(document, kFrom, text, filter.from) ||
-        !TakeBound(document, kTo, text, filter.to)) {
+    if (!TakeBound(document, Keyword::From, text, filter.from) ||
+        !TakeBound(document, Keyword::To, text, filter.to)) {
         return CalcResult::Error;
     }
     return filter.from > filter.to ? CalcResult::RangeReversed : CalcResult::Done;

@@ -1,4 +1,5 @@
 // MGET and MPUT: the values of a period in one request.
+#include "operands/Keywords.h"
 #include "operands/TimeText.h"
 #include "sources/InterfaceObj.h"
 #include "sources/SourceFamilies.h"
@@ -85,15 +86,16 @@ bool ExecuteMGet(StatementCall& call) {
     CVariable* variable = TakeRemote(call);
     if (variable == nullptr) return false;
     const std::string_view type = NextToken(call.rest);
-    if (type == "GETDATA") return CopyAnswer(call, *variable);
+    if (type == Keyword::GetData) return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
     if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
     const std::string_view fromWord = NextToken(call.rest);
-    if (fromWord != "FROM") return Fail(document, ErrorUnknownKeyword, fromWord, false);
+    if (fromWord != Keyword::From) return Fail(document, ErrorUnknownKeyword, fromWord, false);
     std::int64_t from = 0;
     if (!TakeDate(document, call.rest, from)) return false;
     // The error names the statement's third word, whatever stands in place of TO.
-    if (NextToken(call.rest) != "TO") return Fail(document, ErrorUnknownKeyword, fromWord, false);
+    if (NextToken(call.rest) != Keyword::To)
+        return Fail(document, ErrorUnknownKeyword, fromWord, false);
     std::int64_t to = 0;
     if (!TakeDate(document, call.rest, to)) return false;
     variable->RequestRange(kind, from, to);
