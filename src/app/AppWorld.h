@@ -12,6 +12,7 @@
 #include "engine/DocumentServices.h"
 #include "platform/Clock.h"
 #include "platform/Crypt.h"
+#include "platform/FileStore.h"
 #include "platform/Instances.h"
 #include "platform/MainLoop.h"
 #include "platform/NetworkProbes.h"
@@ -63,6 +64,7 @@ struct AppWorld {
     UserManager& users;
     Instances& instances;
     Processes& processes;
+    FileStore& files;
     NetworkProbes& probes;
     AppTransports& transports;
     std::vector<AppLibrary*> libraries = {};  // in the order of their start

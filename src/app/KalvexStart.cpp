@@ -200,6 +200,7 @@ bool CKalvexApp::MakeDocuments() {
         questions});
     m_pServices->consoleClient = m_bConsoleClient;
     m_pServices->processes = &m_world.processes;
+    m_pServices->files = &m_world.files;
     m_pServices->probes = &m_world.probes;
     m_pServices->crypt = &m_world.crypt;
     m_pServices->counts = m_world.counts;

@@ -6,6 +6,7 @@
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
 #include "operands/Conditions.h"
+#include "operands/Keywords.h"
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"

@@ -1,6 +1,7 @@
 #include "engine/IfBlocks.h"
 
 #include "engine/ScriptDocument.h"
+#include "operands/Keywords.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 

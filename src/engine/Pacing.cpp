@@ -4,6 +4,7 @@
 
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
+#include "operands/Keywords.h"
 #include "operands/OperandEvaluator.h"
 #include "operands/TimeText.h"
 #include "text/LineScanner.h"
@@ -103,9 +104,9 @@ LineOutcome ExecuteSetTime(StatementCall& call) {
 LineOutcome ExecuteSubscribe(StatementCall& call) {
     CScriptSources* const sources = call.document.Services().sources;
     const std::string_view word = NextToken(call.rest);
-    if (word == "STOP") {
+    if (word == Keyword::Stop) {
         if (sources != nullptr) sources->BlockSubscribe();
-    } else if (word == "START") {
+    } else if (word == Keyword::Start) {
         if (sources != nullptr) sources->UnblockSubscribe(false);
     } else {
         return call.document.Fail(ErrorUnknownKeyword, word);

@@ -4,6 +4,7 @@
 
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
+#include "operands/Keywords.h"
 #include "text/LineScanner.h"
 
 namespace kalvex {

@@ -1,5 +1,6 @@
 // One open script file together with the whole state of its interpreter. Documents share nothing
-// but their services. Everything runs on the main thread; nothing here blocks.
+// but their services. Everything runs on the main thread; nothing here blocks but the end of a
+// document, which waits for its connectivity checks, and a line that waits for a program to end.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "engine/ScriptDocument.h"
+#include "operands/Keywords.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "text/CodePage.h"

@@ -1,6 +1,7 @@
 // The run cycle: due steps, the frame of a line, errors and their reports.
 #include "engine/Procedures.h"
 #include "engine/ScriptDocument.h"
+#include "operands/Keywords.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 

@@ -47,21 +47,4 @@ class CStatementTable {
     std::unordered_map<std::string_view, const StatementRow*> m_mapByKeyword;
 };
 
-// The words that give a script its structure: the searches for blocks, labels and procedures look
-// for them, and the keyword table names its rows by them.
-namespace Keyword {
-inline constexpr std::string_view If = "IF";
-inline constexpr std::string_view Then = "THEN";
-inline constexpr std::string_view Else = "ELSE";
-inline constexpr std::string_view Endif = "ENDIF";
-inline constexpr std::string_view Goto = "GOTO";
-inline constexpr std::string_view Not = "NOT";
-inline constexpr std::string_view Procedure = "PROCEDURE";
-inline constexpr std::string_view Begin = "BEGIN";
-inline constexpr std::string_view End = "END";
-inline constexpr std::string_view Call = "CALL";
-inline constexpr std::string_view Include = "INCLUDE";
-inline constexpr std::string_view IncludeVar = "INCLUDE_VAR";
-}  // namespace Keyword
-
 }  // namespace kalvex

@@ -8,7 +8,6 @@
 #include "engine/ScriptDocument.h"
 #include "host/DataFile.h"
 #include "host/HostStatements.h"
-#include "platform/posix/FileStore.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
@@ -153,12 +152,12 @@ DataFileResult Rewrite(CScriptContext& script, FileStore& files, const CParamete
 using Operation = DataFileResult (*)(CScriptContext&, FileStore&, std::string_view);
 
 LineOutcome Execute(StatementCall& call, Operation operation) {
-    PosixFileStore files;
+    FileStore& files = *call.document.Services().files;
     return FinishedIf(operation(call.document, files, call.rest) != DataFileResult::Failed);
 }
 
 FunctionResult Evaluate(FunctionCall& call, Operation operation) {
-    PosixFileStore files;
+    FileStore& files = *call.script.Services().files;
     const DataFileResult result = operation(call.script, files, TextBehindKeyword(call));
     call.out = CVal(result == DataFileResult::Data ? 1 : 0);
     return FunctionResult::Done;

@@ -4,8 +4,8 @@
 #include <exception>
 #include <mutex>
 
-#include "host/LogText.h"
 #include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 
@@ -89,7 +89,7 @@ bool ConnectFtp(CLinkInfo& info, FtpSession& session, NetworkProbes& probes, con
         const bool connected = session.Connect(login, error);
         CCrypt::SecureEmptyString(login.password);
         if (connected) return true;
-        if (i == 0) info.errorText = FillIn(FromUtf8("Błąd FTP (%s)"), {ShortWords(error)});
+        if (i == 0) info.errorText = FormatText(FromUtf8("Błąd FTP (%s)"), {ShortWords(error)});
         probes.Pause(kFtpPauseMilliseconds);
     }
     return false;
@@ -144,7 +144,7 @@ int RunHttp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
     for (const HttpFailureRow& row : kHttpFailures) {
         if (row.step != outcome.failed) continue;
         const std::string words = FromUtf8(outcome.error);
-        info.errorText = FillIn(FromUtf8(row.text), {info.address, words});
+        info.errorText = FormatText(FromUtf8(row.text), {info.address, words});
         log(row.text, {info.address, words}, LogErrors);
         return row.result;
     }
@@ -171,7 +171,7 @@ void CLinkTests::Start(LinkKind kind, LinkTarget target) {
     CTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
     const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
         m_logLines.Post([this, text, values = std::move(values), level] {
-            m_services.log.Log(FillIn(m_services.translator.Translate(text), values), level);
+            m_services.log.Log(FormatText(m_services.translator.Translate(text), values), level);
         });
     };
     test.worker = m_services.probes->StartThread(

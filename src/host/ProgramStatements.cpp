@@ -6,11 +6,11 @@
 
 #include "engine/ScriptDocument.h"
 #include "host/HostStatements.h"
-#include "host/LogText.h"
 #include "host/Programs.h"
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
+#include "text/TextFormat.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -58,7 +58,7 @@ FunctionResult Yield(FunctionCall& call, int value) {
 template <class... Values>
 void LogFailure(CScriptContext& script, const char* text, const Values&... values) {
     const ValueServices& services = script.Services();
-    services.log.Log(FillIn(services.translator.Translate(text), {script.GetPathName(), values...}),
+    services.log.Log(FormatText(services.translator.Translate(text), {script.GetPathName(), values...}),
                      LogErrors);
 }
 

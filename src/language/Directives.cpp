@@ -1,6 +1,7 @@
 #include "language/Directives.h"
 
 #include "engine/Statement.h"
+#include "operands/Keywords.h"
 
 namespace kalvex {
 

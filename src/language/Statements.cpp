@@ -2,6 +2,7 @@
 
 #include "engine/StatementFamilies.h"
 #include "host/HostStatements.h"
+#include "operands/Keywords.h"
 #include "sources/SourceFamilies.h"
 
 namespace kalvex {

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "operands/FunctionFamilies.h"
+#include "operands/Keywords.h"
 #include "operands/ListAggregates.h"
 #include "operands/OperandEvaluator.h"
 #include "operands/StatusArgument.h"
@@ -15,8 +16,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::string_view kFrom = "FROM";
-constexpr std::string_view kTo = "TO";
 
 // A local or remote variable, or a pointer to a remote one.
 CVariable* FindResult(CScriptContext& script, std::string_view name) {
@@ -50,7 +49,8 @@ CalcResult ReadFilter(CScriptContext& script, std::string_view mask, std::string
         return CalcResult::Error;
     }
     if (TrimBlanks(text).empty()) return CalcResult::Done;
-    if (!TakeBound(script, kFrom, text, filter.from) || !TakeBound(script, kTo, text, filter.to)) {
+    if (!TakeBound(script, Keyword::From, text, filter.from) ||
+        !TakeBound(script, Keyword::To, text, filter.to)) {
         return CalcResult::Error;
     }
     return filter.from > filter.to ? CalcResult::RangeReversed : CalcResult::Done;

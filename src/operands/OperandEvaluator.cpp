@@ -5,6 +5,7 @@
 
 #include "operands/FormulaParser.h"
 #include "operands/KeywordFunction.h"
+#include "operands/Keywords.h"
 #include "operands/ListAggregates.h"
 #include "operands/Schedule.h"
 #include "operands/TimeProperties.h"
@@ -52,7 +53,6 @@ constexpr VariableProperty kVariableProperties[] = {
 
 constexpr std::string_view kBaseName = ".BASENAME";
 constexpr std::string_view kTimestamp = ".TIMESTAMP";
-constexpr std::string_view kTime = "TIME";
 
 void ReadCount(CScriptContext&, const CVariableList& list, CVal& out) {
     out = CVal(CountItems(list, {}));
@@ -173,7 +173,7 @@ bool EvaluateTime(CScriptContext& script, std::string_view text, CVal& out) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
     std::int64_t time = 0;
-    if (base == kTime) {
+    if (base == Keyword::Time) {
         time = script.Services().clock.Now();
     } else {
         CVal value;
@@ -197,7 +197,7 @@ Attempt Outcome(bool succeeded) {
     return succeeded ? Attempt::Succeeded : Attempt::Failed;
 }
 
-// Steps 3 to 7: everything that a dot can select.
+// Everything that a dot can select, in the order in which it is looked for.
 Attempt EvaluateProperty(CScriptContext& script, std::string_view text, CVal& out, bool report) {
     for (const VariableProperty& property : kVariableProperties) {
         if (Mentions(text, property.row.name)) {
@@ -216,7 +216,8 @@ Attempt EvaluateProperty(CScriptContext& script, std::string_view text, CVal& ou
 }
 
 bool IsTimeWord(std::string_view text) {
-    return text.starts_with(kTime) && (text.size() == kTime.size() || text[kTime.size()] == '.');
+    return text.starts_with(Keyword::Time) &&
+           (text.size() == Keyword::Time.size() || text[Keyword::Time.size()] == '.');
 }
 
 bool EvaluateVariable(CScriptContext& script, std::string_view text, CVal& out, bool report) {
@@ -237,7 +238,9 @@ bool EvaluateFormula(CScriptContext& script, std::string_view text, CVal& out) {
 
 bool EndsExpression(std::string_view token) {
     if (token.size() == 1) return token[0] == ';';
-    return token.size() == 4 && (EqualNoCase(token, "THEN") || EqualNoCase(token, "GOTO"));
+    static_assert(Keyword::Then.size() == Keyword::Goto.size());
+    return token.size() == Keyword::Then.size() &&
+           (EqualNoCase(token, Keyword::Then) || EqualNoCase(token, Keyword::Goto));
 }
 
 }  // namespace

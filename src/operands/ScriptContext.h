@@ -14,6 +14,7 @@
 #include "operands/Variable.h"
 #include "platform/Clock.h"
 #include "platform/Crypt.h"
+#include "platform/FileStore.h"
 #include "platform/LogSink.h"
 #include "platform/NetworkProbes.h"
 #include "platform/Paths.h"
@@ -34,6 +35,7 @@ struct ValueServices {
     const Paths& paths;
     const CFunctionTable& functions;
     Processes* processes = &NoProcesses();  // never null
+    FileStore* files = &NoFiles();          // never null
     const CCrypt* crypt = nullptr;          // none where no text is protected
     NetworkProbes* probes = &NoProbes();    // never null
 };

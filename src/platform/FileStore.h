@@ -26,4 +26,7 @@ class FileStore {
     virtual bool Create(const std::string& path, std::string_view content) = 0;
 };
 
+// Has no files and makes none.
+FileStore& NoFiles();
+
 }  // namespace kalvex

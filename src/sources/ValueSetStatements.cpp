@@ -1,4 +1,5 @@
 // MGET and MPUT: the values of a period in one request.
+#include "operands/Keywords.h"
 #include "operands/TimeText.h"
 #include "sources/InterfaceObj.h"
 #include "sources/SourceFamilies.h"
@@ -64,15 +65,15 @@ LineOutcome ExecuteMGet(StatementCall& call) {
     CVariable* variable = TakeRemote(call);
     if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view type = NextToken(call.rest);
-    if (type == "GETDATA") return CopyAnswer(call, *variable);
+    if (type == Keyword::GetData) return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
     if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
     const std::string_view fromWord = NextToken(call.rest);
-    if (fromWord != "FROM") return document.Fail(ErrorUnknownKeyword, fromWord);
+    if (fromWord != Keyword::From) return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t from = 0;
     if (!TakeDate(document, call.rest, from)) return LineOutcome::Failed;
     // The error names the statement's third word, whatever stands in place of TO.
-    if (NextToken(call.rest) != "TO") return document.Fail(ErrorUnknownKeyword, fromWord);
+    if (NextToken(call.rest) != Keyword::To) return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t to = 0;
     if (!TakeDate(document, call.rest, to)) return LineOutcome::Failed;
     variable->RequestRange(kind, from, to);

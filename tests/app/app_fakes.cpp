@@ -9,17 +9,9 @@ AppTest::~AppTest() {
 }
 
 bool AppTest::Start(std::vector<std::string> arguments) {
-    AppWorld world{m_clock,
-                   m_translator,
-                   m_loop,
-                   m_profile,
-                   m_crypt,
-                   m_users,
-                   m_instances,
-                   NoProcesses(),
-                   NoProbes(),
-                   m_vantrel,
-                   {&m_mordex, &m_dorlin, &m_vantrel}};
+    AppWorld world{m_clock,   m_translator, m_loop,      m_profile,
+                   m_crypt,   m_users,      m_instances, NoProcesses(),
+                   NoFiles(), NoProbes(),   m_vantrel,   {&m_mordex, &m_dorlin, &m_vantrel}};
     world.window = m_bWindow ? &m_window : nullptr;
     world.service = m_bService;
     world.arguments = std::move(arguments);

@@ -3,6 +3,7 @@
 
 #include "app/Health.h"
 #include "app/HealthText.h"
+#include "platform/posix/FileStore.h"
 #include "sources/ClientInterface.h"
 #include "support/allocation_count.h"
 #include "support/scratch_file.h"
@@ -127,6 +128,7 @@ class SoakTest : public ScriptWorld {
             std::make_unique<CClientInterface>(SourceServices{m_log, translator, users, *m_pPlant});
         m_services.sources = m_pClient.get();
         m_services.counts = &m_health.Counts();
+        m_services.files = &m_files;
     }
     ~SoakTest() override { m_arrScripts.clear(); }
 
@@ -162,6 +164,7 @@ class SoakTest : public ScriptWorld {
 
     ZoneScope m_zone{"Europe/Warsaw"};
     SilentLog m_log;
+    PosixFileStore m_files;
     DocumentServices m_services{
         {clock, m_log, translator, users, paths, Functions()}, Statements(), questions};
     CHealth m_health{0};

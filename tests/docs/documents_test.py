@@ -5,6 +5,7 @@ import re
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]
 
 
 def read(path):
@@ -50,6 +51,24 @@ class Documents(unittest.TestCase):
                 depends = re.search(r"\bDEPENDS\s+((?:[a-z_]+\s*)+)", rest)
                 allowed[name] = depends[1].split() if depends else []
         self.assertEqual(drawn, allowed)
+
+    def test_no_code_compares_a_word_with_a_text_of_its_own(self):
+        word = r'"[A-Z][A-Z_]+"(?:sv)?'
+        own = re.compile(
+            rf"[=!]=\s*{word}|{word}\s*[=!]=|(?:EqualNoCase|starts_with|ends_with|compare)\([^;{{}}]*?{word}"
+            rf"|(?:string_view|char\s*\*|k[A-Z]\w*(?:\[\])?)\s+?\w*(?:\[\])?\s*=\s*{word}"
+        )
+        users = {'constexpr std::string_view kNobody = "NOBODY"'}  # a user's name
+        folders = ["text", "value", "operands", "engine", "sources", "host"]
+        paths = [path for folder in folders for path in (ROOT / "src" / folder).rglob("*.[ch]*")]
+        self.assertGreater(len(paths), len(folders))
+        for path in paths:
+            if path.name == "Keywords.h":
+                continue
+            code = re.sub(r"(?m)//.*$", "", path.read_text(encoding="utf-8"))
+            for text in users:
+                code = code.replace(text, "")
+            self.assertEqual([found[0] for found in own.finditer(code)], [], path.name)
 
     def test_front_page_has_a_line_for_each_folder(self):
         lines = re.findall(r"(?m)^\| `([a-z./]+)/` \|", read("README.md"))
@@ -106,8 +125,20 @@ class Documents(unittest.TestCase):
         for path in lists:
             self.assertNotRegex(path.read_text(encoding="utf-8"), r"\.\./\S*\.cpp", path)
 
+    def test_every_path_in_a_document_is_there(self):
+        tops = "|".join(["src", "tests", "tools", "docs", "examples", "bench", "packaging", "translations", r"\.ci"])
+        folders = "|".join(folders_below("src"))
+        for document in DOCUMENTS:
+            text = document.read_text(encoding="utf-8")
+            paths = re.findall(rf"(?<![\w/.-])((?:{tops})/[\w./*<>+-]*)", text)
+            self.assertTrue(paths, document.name)
+            for path in paths:
+                pattern = re.sub(r"<\w+>", "*", path.rstrip("./"))
+                self.assertTrue(list(ROOT.glob(pattern)), f"{document.name}: {path}")
+            self.assertEqual(re.findall(rf"`((?:{folders})/[^`\n]*)`", text), [], document.name)
+
     def test_every_link_between_documents_leads_somewhere(self):
-        for document in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]:
+        for document in DOCUMENTS:
             for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):
                 self.assertTrue((document.parent / target).exists(), f"{document.name}: {target}")
 

@@ -50,10 +50,10 @@ class DataFileFaultsTest : public HostWorld {
 
     DataFileResult Write(const std::string& path = "d.txt") {
         script.SetError(ErrorNone, {}, true);
-        return WriteDataFile(script, files, '"' + path + "\" \"S\" -A A");
+        return WriteDataFile(script, interrupted, '"' + path + "\" \"S\" -A A");
     }
 
-    InterruptedFiles files;
+    InterruptedFiles interrupted;
     CKalvexDoc& script = Open("");
 };
 
@@ -124,26 +124,26 @@ TEST_F(DataFileFaultsTest, ClosedFolderTakesNoNewFile) {
 }
 
 TEST_F(DataFileFaultsTest, FileTakenAwayBeforeTheBackupIsSimplyNew) {
-    files.beforeMove = [&] { std::filesystem::remove(PathOf("d.txt")); };
+    interrupted.beforeMove = [&] { std::filesystem::remove(PathOf("d.txt")); };
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
     EXPECT_FALSE(Has("d.bak"));
 }
 
 TEST_F(DataFileFaultsTest, BackupTakenAwayBeforeItIsReadLeavesANewSection) {
-    files.beforeRead = [&] { std::filesystem::remove(PathOf("d.bak")); };
+    interrupted.beforeRead = [&] { std::filesystem::remove(PathOf("d.bak")); };
     EXPECT_EQ(Write(), DataFileResult::Data);
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
 }
 
 TEST_F(DataFileFaultsTest, FolderTakenAwayBeforeTheNewFileIsMade) {
-    files.beforeCreate = [&] { std::filesystem::remove_all(folder.Path()); };
+    interrupted.beforeCreate = [&] { std::filesystem::remove_all(folder.Path()); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
 }
 
 TEST_F(DataFileFaultsTest, FileThatAppearsMeanwhileIsNotOverwritten) {
-    files.beforeCreate = [&] { Put("d.txt", "obcy"); };
+    interrupted.beforeCreate = [&] { Put("d.txt", "obcy"); };
     EXPECT_EQ(Write(), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
     EXPECT_EQ(Get("d.txt"), "obcy");
@@ -170,7 +170,7 @@ TEST_F(DataFileFaultsTest, FolderUnderTheFilesNameIsNotMoved) {
     EXPECT_EQ(Error(script), "9 " + PathOf("e.txt"));
     EXPECT_TRUE(std::filesystem::is_directory(PathOf("e.txt")));
     EXPECT_FALSE(Has("e.bak"));
-    EXPECT_EQ(ReadDataFile(script, files, "\"e.txt\""), DataFileResult::Failed);
+    EXPECT_EQ(ReadDataFile(script, interrupted, "\"e.txt\""), DataFileResult::Failed);
     EXPECT_EQ(Error(script), "9 " + PathOf("e.txt"));
 }
 

@@ -240,6 +240,14 @@ TEST_F(DataFilesTest, SuffixReadsAnotherValueOfTheVariable) {
     EXPECT_EQ(Get("d.txt"), "[S]\r\nA:1.00\r\n");
 }
 
+TEST_F(DataFilesTest, FilesAreThoseOfTheScriptsWorld) {
+    services.files = &NoFiles();
+    Put("d.txt", "A:2\r\n");
+    EXPECT_EQ(Run({"LOCAL A = 1", "READ_FILE \"d.txt\""}), "2: 9 " + PathOf("d.txt"));
+    EXPECT_EQ(Run({"LOCAL A = 1", "WRITE_FILE \"d.txt\" \"S\""}), "2: 9 " + PathOf("d.txt"));
+    EXPECT_EQ(Get("d.txt"), "A:2\r\n");
+}
+
 TEST_F(DataFilesTest, BigFileAndLongLineAreRead) {
     const std::string longText(1 << 20, 'x');
     std::string content;

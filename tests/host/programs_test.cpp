@@ -91,6 +91,24 @@ class ProgramsTest : public HostWorld {
     FakeProcesses processes;
 };
 
+TEST_F(ProgramsTest, TranslationMayHaveOtherPlacesThanTheText) {
+    struct OneText final : Translator {
+        std::string Translate(const char*) const override { return text; }
+        std::string text;
+    } english;
+    DocumentServices told{
+        {clock, log, english, users, paths, Functions()}, Statements(), questions};
+    told.processes = &processes;
+    CKalvexDoc script(told);
+    script.Text().SetText("TERMINATE_EXEC 17");
+    for (const char* text : {"none", "%s|%d|%s|%d", "no %2$d", "100%"}) {
+        english.text = text;
+        script.m_nCurrentLine = 0;
+        EXPECT_TRUE(script.ExecuteLine());
+    }
+    EXPECT_THAT(Log(), ElementsAre("none", "|17||", "no 17", "100%"));
+}
+
 TEST_F(ProgramsTest, ReadsProgramDirectoryAndParameters) {
     CKalvexDoc& script = Open("");
     const auto read = [&](std::string_view text) {

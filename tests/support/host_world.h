@@ -5,12 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "platform/posix/FileStore.h"
 #include "support/script_world.h"
 
 namespace kalvex {
 
 class HostWorld : public ScriptWorld {
   protected:
+    HostWorld() { services.files = &files; }
+
     // Runs the lines as a script of their own: "done", or line (from 1), code and text of the error
     // on which it stands, as in "2: 3 X".
     std::string Run(const std::vector<std::string>& lines);
@@ -24,6 +27,8 @@ class HostWorld : public ScriptWorld {
     std::string Get(const std::string& name) const;
     bool Has(const std::string& name) const { return folder.Has(name); }
     std::string PathOf(const std::string& name) const { return folder.Path(name); }
+
+    PosixFileStore files;
 };
 
 }  // namespace kalvex

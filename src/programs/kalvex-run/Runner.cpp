@@ -35,6 +35,7 @@ CRunner::CRunner(const RunOptions& options)
                  Statements(),
                  m_questions} {
     m_services.processes = &m_processes;
+    m_services.files = &m_files;
     m_services.probes = &m_probes;
     m_services.crypt = m_profile.crypt.get();
 }

@@ -14,6 +14,7 @@
 #include "platform/Paths.h"
 #include "platform/Questions.h"
 #include "platform/Translator.h"
+#include "platform/posix/FileStore.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
 #include "programs/kalvex-run/Actions.h"
@@ -61,6 +62,7 @@ class CRunner {
     Paths m_paths;
     CNoAnswers m_questions;
     PosixProcesses m_processes;
+    PosixFileStore m_files;
     PosixNetworkProbes m_probes;
     std::unique_ptr<CRunSources> m_pSources;
     DocumentServices m_services;

@@ -51,17 +51,9 @@ CKalvexService::CKalvexService(const KalvexdOptions& options)
 }
 
 AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
-    AppWorld world{m_clock,
-                   m_translator,
-                   m_loop,
-                   m_profile,
-                   m_crypt,
-                   m_users,
-                   m_instances,
-                   m_processes,
-                   m_probes,
-                   m_network,
-                   {&m_userLibrary, &m_network}};
+    AppWorld world{m_clock, m_translator, m_loop,      m_profile,
+                   m_crypt, m_users,      m_instances, m_processes,
+                   m_files, m_probes,     m_network,   {&m_userLibrary, &m_network}};
     world.service = true;
     world.counts = &m_health.Counts();
     world.arguments = options.arguments;

@@ -13,6 +13,7 @@
 #include "platform/IniProfile.h"
 #include "platform/ServiceManager.h"
 #include "platform/UserSession.h"
+#include "platform/posix/FileStore.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
 #include "platform/posix/SystemClock.h"
@@ -51,6 +52,7 @@ class CKalvexService {
     CCrypt m_crypt;
     FileInstances m_instances;
     PosixProcesses m_processes;
+    PosixFileStore m_files;
     PosixNetworkProbes m_probes;
     CUserLibrary m_userLibrary;
     CNetworkLibrary m_network;

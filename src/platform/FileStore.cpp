@@ -1,0 +1,23 @@
+#include "platform/FileStore.h"
+
+namespace kalvex {
+
+namespace {
+
+class EmptyFileStore final : public FileStore {
+  public:
+    FileOutcome Read(const std::string&, std::string&) override { return FileOutcome::Missing; }
+    FileOutcome MoveAside(const std::string&, const std::string&) override {
+        return FileOutcome::Missing;
+    }
+    bool Create(const std::string&, std::string_view) override { return false; }
+};
+
+}  // namespace
+
+FileStore& NoFiles() {
+    static EmptyFileStore files;
+    return files;
+}
+
+}  // namespace kalvex
