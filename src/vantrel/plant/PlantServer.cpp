@@ -11,7 +11,7 @@ namespace kalvex {
 PlantServer::PlantServer(SimulatedPlant& plant, PlantSource source)
     : m_plant(plant), m_source(std::move(source)) {
     m_arrVariables.reserve(m_source.variables.size());
-    for (PlantVariable& definition : m_source.variables) {
+    for (SimulatedVariable& definition : m_source.variables) {
         Variable& variable = m_arrVariables.emplace_back(Variable{std::move(definition), CVal()});
         m_mapByName.emplace(variable.definition.name, &variable);
         for (PlantCurrent& current : variable.definition.current) {
@@ -58,7 +58,7 @@ PlantServer::Variable* PlantServer::Find(std::string_view name) {
     return found == m_mapByName.end() ? nullptr : found->second;
 }
 
-VariableDefinition DefinitionOf(const PlantVariable& variable) {
+VariableDefinition DefinitionOf(const SimulatedVariable& variable) {
     return {variable.name, variable.attributes};
 }
 

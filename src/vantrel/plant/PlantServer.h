@@ -30,7 +30,7 @@ class PlantServer {
     void Remove(PlantTransport& transport) { std::erase(m_arrTransports, &transport); }
 
     struct Variable {
-        PlantVariable definition;
+        SimulatedVariable definition;
         CVal value;
     };
 
@@ -53,6 +53,6 @@ class PlantServer {
     std::vector<PlantTransport*> m_arrTransports;
 };
 
-VariableDefinition DefinitionOf(const PlantVariable& variable);
+VariableDefinition DefinitionOf(const SimulatedVariable& variable);
 
 }  // namespace kalvex
