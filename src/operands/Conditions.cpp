@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string>
 
+#include "operands/Comparisons.h"
 #include "operands/OperandEvaluator.h"
 
 namespace kalvex {
@@ -37,21 +38,6 @@ constexpr ConditionWordRow kConditionWords[] = {
     {"REP_LOADED", IsReport<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
 };
 
-struct Comparison {
-    std::string_view text;
-    int (CVal::*compare)(const CVal& right) const;
-};
-
-constexpr Comparison kComparisons[] = {{"==", &CVal::operator== },
-                                        {"!=", &CVal::operator!= },
-                                         {">", &CVal::operator> },
-                                          {"<", &CVal::operator<},
-                                           {">=", &CVal::operator>= },
-                                            {
-                                                "<=",
-                                                &CVal::operator<= },
-                                           };
-
 bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
 }
@@ -84,8 +70,8 @@ int CompareOperands(CScriptContext& document, std::string_view left, std::string
     CVal rightValue;
     const bool leftRead = EvaluateSide(document, left, leftValue);
     const bool rightRead = EvaluateSide(document, right, rightValue);
-    const auto comparison = std::ranges::find(kComparisons, op, &Comparison::text);
-    if (!leftRead || !rightRead || comparison == std::end(kComparisons)) return -1;
+    const Comparison* comparison = FindComparison(op);
+    if (!leftRead || !rightRead || comparison == nullptr) return -1;
     return (leftValue.*comparison->compare)(rightValue);
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "operands/Comparisons.h"
 #include "operands/FormulaOperators.h"
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
@@ -136,18 +137,9 @@ class Compiler {
         }
         if (Next() != '=') return c;
         ++m_position;
-        switch (c) {
-            case '!':
-                return FormulaLetter::NotEqual;
-            case '<':
-                return FormulaLetter::LessEqual;
-            case '=':
-                return FormulaLetter::Equal;
-            case '>':
-                return FormulaLetter::GreaterEqual;
-            default:
-                return '\0';
-        }
+        const std::array<char, 2> text = {c, '='};
+        const Comparison* comparison = FindComparison({text.data(), text.size()});
+        return comparison == nullptr ? '\0' : comparison->letter;
     }
 
     static bool IsWrittenBefore(char top, char c) {
