@@ -10,8 +10,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::string_view kTimestamp = ".TIMESTAMP";
-
 bool Fail(CKalvexDoc& document, ScriptError code, std::string_view text, bool force) {
     document.SetError(code, text, force);
     return false;

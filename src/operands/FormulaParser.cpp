@@ -5,6 +5,7 @@
 #include "operands/Comparisons.h"
 #include "operands/FormulaOperators.h"
 #include "operands/OperandEvaluator.h"
+#include "text/Characters.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
@@ -188,7 +189,7 @@ class Compiler {
 
 bool HoldsLetter(std::string_view token) {
     for (char c : token) {
-        if (IsLetterOrDigit(c) && (c < '0' || c > '9')) return true;
+        if (IsLetterOrDigit(c) && !IsDigit(c)) return true;
     }
     return false;
 }
@@ -220,7 +221,7 @@ CVal FormulaParser::Pop() {
 bool FormulaParser::EvaluateToken(std::string_view token) {
     double number = 0;
     const char first = token[0];
-    if (((first >= '0' && first <= '9') || first == '.') && ConvertString2Double(token, &number)) {
+    if ((IsDigit(first) || first == '.') && ConvertString2Double(token, &number)) {
         if (HoldsLetter(token)) return false;
         Push(CVal(number));
         return true;

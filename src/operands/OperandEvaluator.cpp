@@ -51,7 +51,6 @@ constexpr VariableProperty kVariableProperties[] = {
 };
 
 constexpr std::string_view kBaseName = ".BASENAME";
-constexpr std::string_view kTimestamp = ".TIMESTAMP";
 constexpr std::string_view kTime = "TIME";
 
 void ReadCount(CScriptContext&, const CVariableList& list, CVal& out) {

@@ -47,9 +47,8 @@ struct AccessRule {
 
 enum class NobodyAccess { Never, Local, Always };
 
-// The highest that `clients` and `variables` can be.
+// The highest that `clients` can be; that of `variables` is kMostVariables.
 inline constexpr std::int64_t kMostClients = 10'000;
-inline constexpr std::int64_t kMostVariables = 1'000'000;
 
 struct Definitions {
     std::string name = "sorvaned";

@@ -7,7 +7,6 @@ namespace kalvex {
 namespace {
 
 constexpr std::uint16_t kModuleType = 23;
-constexpr std::string_view kNobody = "NOBODY";
 
 }  // namespace
 

@@ -14,8 +14,6 @@ namespace {
 constexpr std::uint32_t kConsoleWishes = 833;
 static_assert((kConsoleWishes & SubscribeFlag::LogMessages) != 0);
 
-constexpr std::string_view kNobody = "NOBODY";
-
 struct FaultRow {
     ConnectionFault fault;
     const char* text;

@@ -12,7 +12,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::int64_t kSecondsPerHour = 3600;
 constexpr int kHoursPerDay = 24;
 
 struct DatePart {

@@ -16,6 +16,7 @@
 #include "platform/Translator.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
+#include "programs/ExitStatus.h"
 #include "programs/kalvex-run/Actions.h"
 #include "programs/kalvex-run/Options.h"
 #include "programs/kalvex-run/RunLog.h"
@@ -25,8 +26,6 @@
 #include "programs/kalvex-run/RunUsers.h"
 
 namespace kalvex {
-
-enum ExitStatus : int { ExitFinished = 0, ExitFailed = 1, ExitRefused = 2, ExitLimit = 3 };
 
 class CRunner {
   public:
