@@ -23,8 +23,7 @@
 namespace kalvex {
 namespace {
 
-constexpr int kBatch = 1000;             // values in a message
-constexpr std::size_t kMostBacklog = 8;  // messages under way
+constexpr int kBatch = 1000;  // values in a message
 constexpr int kFlowVariables = 1000;
 constexpr int kManyVariables = 100'000;
 constexpr int kManyClients = 1000;

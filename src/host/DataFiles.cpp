@@ -76,7 +76,7 @@ bool Resolve(CScriptContext& document, std::string_view token, std::string& out)
         return true;
     }
     CVariable* variable = document.Variables().Find(BaseName(token));
-    const int kind = GetValueKind(token);
+    const ValueKind kind = GetValueKind(token);
     if (variable == nullptr || kind == KindNone) {
         document.SetError(ErrorUndefinedVariable, token, false);
         return true;

@@ -22,8 +22,8 @@ bool IsUnknown(CScriptContext& document, std::string_view operand) {
     return !EvaluateOperand(document, operand, value, ValueType::Double, true);
 }
 
-template <int (CVariable::*Test)(int kind)>
-bool IsReport(CScriptContext& document, std::string_view operand) {
+template <int (CVariable::*Test)(ValueKind kind)>
+bool Holds(CScriptContext& document, std::string_view operand) {
     CVariable* variable = FindVariable(document, operand);
     return variable != nullptr && (variable->*Test)(GetValueKind(operand)) != 0;
 }
@@ -31,11 +31,11 @@ bool IsReport(CScriptContext& document, std::string_view operand) {
 constexpr ConditionWordRow kConditionWords[] = {
     {"SET_BY_USER", IsSetByUser, ""},
     {"UNKNOWN", IsUnknown, "Sprawdzenie, czy zmienna posiada niepoprawną wartość"},
-    {"READY", IsReport<&CVariable::IsReady>,
+    {"READY", Holds<&CVariable::IsReady>,
      "Sprawdzenie, czy dane są już pobrane lub wystąpił błąd pobrania"},
-    {"REP_INITED", IsReport<&CVariable::IsReportInited>,
+    {"REP_INITED", Holds<&CVariable::IsReportInited>,
      "Sprawdzenie, czy raport został zainicjowany"},
-    {"REP_LOADED", IsReport<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
+    {"REP_LOADED", Holds<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
 };
 
 bool IsStringLiteral(std::string_view side) {

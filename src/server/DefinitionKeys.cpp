@@ -16,7 +16,6 @@ namespace kalvex {
 namespace {
 
 constexpr std::size_t kLongestName = 255;
-constexpr std::size_t kLongestText = 65535;
 
 struct TypeRow {
     std::string_view word;
@@ -277,14 +276,14 @@ constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
 constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
     {"name", SetName},
     {"type", SetType},
-    {"de", SetText},
-    {"nd", SetText},
-    {"un", SetText},
-    {"fo", SetText},
-    {"min", SetBound<&VariableConfig::minimum>},
-    {"max", SetBound<&VariableConfig::maximum>},
-    {"at", SetBits<&VariableConfig::archive>},
-    {"rt", SetBits<&VariableConfig::reports>},
+    {Attribute::Description, SetText},
+    {Attribute::DescName, SetText},
+    {Attribute::Unit, SetText},
+    {Attribute::DispFormat, SetText},
+    {Attribute::Minimum, SetBound<&VariableConfig::minimum>},
+    {Attribute::Maximum, SetBound<&VariableConfig::maximum>},
+    {Attribute::Archive, SetBits<&VariableConfig::archive>},
+    {Attribute::Reports, SetBits<&VariableConfig::reports>},
     {"pa", SetText},
     {"report", SetRule},
     {"value", SetInitial},
@@ -292,10 +291,6 @@ constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
 };
 
 }  // namespace
-
-unsigned ReportBit(ValueKind kind) {
-    return kind >= KindHour && kind <= KindSpan ? 1u << (kind - 1) : 0;
-}
 
 std::span<const DefinitionSection> DefinitionSections() {
     return kSections;
@@ -348,7 +343,7 @@ std::string CheckVariable(const VariableConfig& variable, std::string& key) {
         return "brak nazwy zmiennej";
     }
     if (variable.minimum && variable.maximum && *variable.minimum > *variable.maximum) {
-        key = "min";
+        key = Attribute::Minimum;
         return "min nie może być większe od max";
     }
     CVal initial(variable.initial);

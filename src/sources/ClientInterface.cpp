@@ -1,5 +1,6 @@
 #include "sources/ClientInterface.h"
 
+#include "platform/UserDirectory.h"
 #include "sources/VariableRemote.h"
 
 namespace kalvex {
@@ -91,12 +92,13 @@ bool CClientInterface::ModifyCurrentByName(std::string_view source, std::string_
 
 // ---- notification of report changes
 
-bool CClientInterface::AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) {
+bool CClientInterface::AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) {
     CInterfaceClientConnection* connection = FindConnection(source);
     return connection != nullptr && connection->AddNotifyDoc(kind, document);
 }
 
-void CClientInterface::RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) {
+void CClientInterface::RemoveNotifyDoc(ValueKind kind, std::string_view source,
+                                       CKalvexDoc& document) {
     if (CInterfaceClientConnection* connection = FindConnection(source)) {
         connection->RemoveNotifyDoc(kind, document);
     }

@@ -83,8 +83,8 @@ class CClientInterface final : public CScriptSources, public CAnswerWindow {
     // True when the source has a connection.
     bool ModifyCurrentByName(std::string_view source, std::string_view variable, const CVal& value);
 
-    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) override;
-    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) override;
+    bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) override;
+    void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) override;
 
     std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
                                             std::string_view source,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/UserDirectory.h"
 #include "sources/ClientInterface.h"
 #include "sources/ReportNotifications.h"
 #include "text/CodePage.h"
@@ -28,8 +29,7 @@ constexpr FaultRow kFaults[] = {
     {ConnectionFault::Receive, "Błąd odbioru pakietu od %s (%s)", true},
 };
 
-// In the order of the kinds from the hour report on.
-constexpr const char* kReportModifyErrors[] = {
+constexpr std::array<const char*, kReportKinds.size()> kReportModifyErrors = {
     "Błąd modyfikacji raportu godzinowego",
     "Błąd modyfikacji raportu dobowego",
     "Błąd modyfikacji raportu miesięcznego",
@@ -169,7 +169,7 @@ void CInterfaceClientConnection::OnCurrentDataModifyAck(const CRequestRecord& re
 }
 
 void CInterfaceClientConnection::OnReportModifyError(ValueKind kind, const CRequestRecord& record) {
-    LogVariableError(m_services.translator.Translate(kReportModifyErrors[kind - KindHour]),
+    LogVariableError(m_services.translator.Translate(kReportModifyErrors[ReportIndex(kind)]),
                      record.variable);
 }
 
@@ -181,12 +181,11 @@ void CInterfaceClientConnection::OnReportChange(ValueKind kind, std::int64_t tim
     }
 }
 
-std::vector<CKalvexDoc*>* CInterfaceClientConnection::FindNotifyDocs(int kind) {
-    if (kind < KindHour || kind > KindSpan) return nullptr;
-    return &m_arrNotifyDocs[static_cast<std::size_t>(kind - KindHour)];
+std::vector<CKalvexDoc*>* CInterfaceClientConnection::FindNotifyDocs(ValueKind kind) {
+    return IsReport(kind) ? &m_arrNotifyDocs[ReportIndex(kind)] : nullptr;
 }
 
-bool CInterfaceClientConnection::AddNotifyDoc(int kind, CKalvexDoc& document) {
+bool CInterfaceClientConnection::AddNotifyDoc(ValueKind kind, CKalvexDoc& document) {
     std::vector<CKalvexDoc*>* documents = FindNotifyDocs(kind);
     if (documents == nullptr) return false;
     if (std::find(documents->begin(), documents->end(), &document) != documents->end()) {
@@ -196,7 +195,7 @@ bool CInterfaceClientConnection::AddNotifyDoc(int kind, CKalvexDoc& document) {
     return true;
 }
 
-void CInterfaceClientConnection::RemoveNotifyDoc(int kind, CKalvexDoc& document) {
+void CInterfaceClientConnection::RemoveNotifyDoc(ValueKind kind, CKalvexDoc& document) {
     if (std::vector<CKalvexDoc*>* documents = FindNotifyDocs(kind)) {
         std::erase(*documents, &document);
     }

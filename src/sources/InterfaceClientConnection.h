@@ -48,8 +48,8 @@ class CInterfaceClientConnection : public CClientConnection {
 
     // Documents that hear of changes in reports of a kind, each once; false when the kind is none
     // of a report or the document is there already. Not owned.
-    bool AddNotifyDoc(int kind, CKalvexDoc& document);
-    void RemoveNotifyDoc(int kind, CKalvexDoc& document);
+    bool AddNotifyDoc(ValueKind kind, CKalvexDoc& document);
+    void RemoveNotifyDoc(ValueKind kind, CKalvexDoc& document);
 
     // Logs an error about a server variable in the terms of each script that uses it. The text with
     // the variable's name in brackets behind it.
@@ -75,11 +75,11 @@ class CInterfaceClientConnection : public CClientConnection {
 
   private:
     void Log(const char* polish, std::initializer_list<std::string_view> arguments, int level);
-    std::vector<CKalvexDoc*>* FindNotifyDocs(int kind);
+    std::vector<CKalvexDoc*>* FindNotifyDocs(ValueKind kind);
 
     SourceServices& m_services;
     bool m_fDataReady = false;
-    std::array<std::vector<CKalvexDoc*>, 4> m_arrNotifyDocs;  // hour, day, month, span
+    std::array<std::vector<CKalvexDoc*>, kReportKinds.size()> m_arrNotifyDocs;
 };
 
 }  // namespace kalvex

@@ -38,10 +38,6 @@ const SignRow& SignsOf(ValueKind kind) {
                          [kind](const SignRow& row) { return row.kind == kind; });
 }
 
-bool IsReport(ValueKind kind) {
-    return kind >= KindHour && kind <= KindSpan;
-}
-
 CVariable* TakeVariable(StatementCall& call, std::string_view& name) {
     name = NextToken(call.rest);
     CVariable* variable = FindVariable(call.document, name);
@@ -164,7 +160,7 @@ bool ExecutePut(StatementCall& call) {
 
 namespace {
 
-using PeriodOperation = int (CVariable::*)(int kind, std::int64_t time);
+using PeriodOperation = int (CVariable::*)(ValueKind kind, std::int64_t time);
 
 // What a data type in the statement asks for; KindNone asks for nothing.
 struct WorkRow {

@@ -19,10 +19,6 @@ bool Fail(CKalvexDoc& document, ScriptError code, std::string_view text, bool fo
     return false;
 }
 
-bool IsSetKind(ValueKind kind) {
-    return kind >= KindHour && kind <= KindArchive;
-}
-
 // A remote variable, or a pointer to one; error 3 for anything else.
 CVariable* TakeRemote(StatementCall& call) {
     const std::string_view name = NextToken(call.rest);
@@ -87,7 +83,7 @@ bool ExecuteMGet(StatementCall& call) {
     const std::string_view type = NextToken(call.rest);
     if (type == "GETDATA") return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
+    if (!IsStored(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
     const std::string_view fromWord = NextToken(call.rest);
     if (fromWord != "FROM") return Fail(document, ErrorUnknownKeyword, fromWord, false);
     std::int64_t from = 0;
@@ -106,7 +102,7 @@ bool ExecuteMPut(StatementCall& call) {
     if (variable == nullptr) return false;
     const std::string_view type = NextToken(call.rest);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
+    if (!IsStored(kind)) return Fail(document, ErrorUnknownKeyword, type, false);
     CVariableList* list = TakeList(call);
     if (list == nullptr) return false;
     CArchiveValueList& archive =

@@ -24,7 +24,7 @@ struct CRequestRecord {
     CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
 };
 
-// Where the answers to read requests arrive. Never called within the call that makes a request
+// Where the answer to a read request arrives. Never called within the call that makes a request
 // while the server can be reached.
 class CAnswerWindow {
   public:

@@ -90,6 +90,10 @@ class TransportFactory {
 // ---- server side
 // ---------------------------------------------------------------------------------
 
+// Of messages that a client has not taken yet. A server that has so many under way holds back what
+// can wait.
+inline constexpr std::size_t kMostBacklog = 8;
+
 // The server's end of one conversation, as the session sees it. Lives longer than the session.
 class ServerLink {
   public:

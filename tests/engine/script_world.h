@@ -55,15 +55,15 @@ class HandRemote final : public CVariable {
     using CVariable::CVariable;
 
     VariableKind GetKind() const override { return VariableRemote; }
-    int GetValue(CVal& out, int, int) override {
+    int GetValue(CVal& out, ValueKind, int) override {
         out = value;
         return result;
     }
-    int SetValue(const CVal& written, int) override {
+    int SetValue(const CVal& written, ValueKind) override {
         value = written;
         return 1;
     }
-    int GetValueType(int, int) override { return value.GetType(); }
+    int GetValueType(ValueKind, int) override { return value.GetType(); }
     int SetLocked(bool flag) override {
         locked = flag;
         return 1;
@@ -72,7 +72,7 @@ class HandRemote final : public CVariable {
         ignoreUnknown = flag;
         return 1;
     }
-    int IsReady(int) override { return ready ? 1 : 0; }
+    int IsReady(ValueKind) override { return ready ? 1 : 0; }
     int IsArchived() override { return 1; }
     std::string GetUnit() override { return FromUtf8("m³/h"); }
     std::string GetDescription() override { return FromUtf8("Przepływ"); }
@@ -99,11 +99,11 @@ class HandSources final : public CScriptSources {
     void UnblockSubscribe(bool reset) override {
         calls.push_back(reset ? "unblock all" : "unblock");
     }
-    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc&) override {
+    bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc&) override {
         calls.push_back("notify " + std::to_string(kind) + " " + ToUtf8(source));
         return true;
     }
-    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc&) override {
+    void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc&) override {
         calls.push_back("stop notifying " + std::to_string(kind) + " " + ToUtf8(source));
     }
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override {

@@ -43,17 +43,17 @@ class FakeRemote final : public CVariableStored {
     using CVariableStored::CVariableStored;
 
     VariableKind GetKind() const override { return VariableRemote; }
-    int GetValue(CVal& out, int, int) override {
+    int GetValue(CVal& out, ValueKind, int) override {
         if (answer == ReadValue) out = value;
         return answer;
     }
-    int SetValue(const CVal& written, int) override {
+    int SetValue(const CVal& written, ValueKind) override {
         value = written;
         return 1;
     }
-    int IsReady(int kind) override { return kind == readyKind ? 1 : 0; }
-    int IsReportLoaded(int kind) override { return kind == loadedKind ? 1 : 0; }
-    int IsReportInited(int kind) override { return kind == initedKind ? 1 : 0; }
+    int IsReady(ValueKind kind) override { return kind == readyKind ? 1 : 0; }
+    int IsReportLoaded(ValueKind kind) override { return kind == loadedKind ? 1 : 0; }
+    int IsReportInited(ValueKind kind) override { return kind == initedKind ? 1 : 0; }
 
     CVal value;
     ReadResult answer = ReadValue;
@@ -110,7 +110,7 @@ class FakeScript final : public FakeWorld, public CScriptContext {
     FakeRemote& Remote(std::string_view name) { return Append<FakeRemote>(name); }
 
     // A variable's value, whether a script could use it or not.
-    CVal Value(std::string_view name, int kind = KindCurrent) {
+    CVal Value(std::string_view name, ValueKind kind = KindCurrent) {
         CVal value;
         Variables().Find(FromUtf8(name))->GetValue(value, kind, 1);
         return value;

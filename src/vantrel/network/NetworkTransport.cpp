@@ -93,7 +93,7 @@ void NetworkTransport::Check() {
     const LifeSigns signs{.heard = m_pReception->TakeHeard(),
                           .spoke = std::exchange(m_bSpoke, false),
                           .stuck = m_pStream->IsStuck()};
-    const PeerWatch::Due due = m_watch.Look(now, signs);
+    const PeerWatch::Due due = m_watch.Look(m_client.m_settings.clock(), signs);
     if (due == PeerWatch::Due::Beat) {
         if (m_state == State::Open) m_pStream->Send(Pack(Heartbeat{}));
     } else if (due != PeerWatch::Due::Nothing) {

@@ -244,7 +244,7 @@ constexpr std::array<Field<PlantReportChange>, 3> kReportChangeFields = {{
     {"kind",
      [](PlantReportChange& change, const Item& item) {
          change.kind = KindFromWord(item.Text());
-         if (change.kind < KindHour || change.kind > KindSpan) {
+         if (!IsReport(change.kind)) {
              item.Fail("must be HREP, DREP, MREP or SREP");
          }
      }},

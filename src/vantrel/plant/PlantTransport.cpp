@@ -141,7 +141,7 @@ void PlantTransport::Take(ReadRequests& message) {
 void PlantTransport::Take(ModifyRequests& message) {
     After(m_pServer->Latency(), [this, message = std::move(message)] {
         ModifyResults results;
-        for (const ModifyRequest& request : message.requests) {
+        for (ModifyRequest& request : message.requests) {
             results.entries.push_back({request.id, m_pServer->Modify(request)});
         }
         Deliver(std::move(results));
