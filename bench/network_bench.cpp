@@ -261,7 +261,7 @@ class Client final : public CClientConnection {
     explicit Client(TransportFactory& transports) {
         Create(23, "stacja", "bench", transports, nullptr);
         for (int i = 0; i < kVariablesOfClient; ++i) {
-            RegisterVariable("V" + std::to_string(i), nullptr);
+            RegisterVariable("V" + std::to_string(i));
         }
         Subscribe();
     }

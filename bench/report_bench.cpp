@@ -107,7 +107,7 @@ class Listener final : public CClientConnection {
   public:
     explicit Listener(TransportFactory& transports) {
         Create(23, "stacja", "bench", transports, nullptr);
-        RegisterVariable("Y", nullptr);
+        RegisterVariable("Y");
         Subscribe();
     }
 
@@ -208,13 +208,13 @@ class Filler final : public CClientConnection, private CAnswerWindow {
         MakeArchiveModifyRequest();
         CArchiveValueList last;
         m_bAnswered = false;
-        AddDataRequest(KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last, *this,
-                       nullptr);
+        AddDataRequest(KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last,
+                       *this);
         MakeDataRequest(KindArchive);
         m_network.DeliverUntil([this] { return m_bAnswered; });
         Expect(last.GetSize() == 1, "archive that is filled");
     }
-    void OnAnswer(ValueKind, const CRequestRecord&) override { m_bAnswered = true; }
+    void OnAnswer(ValueKind, CRequestRecord) override { m_bAnswered = true; }
 
     Network& m_network;
     bool m_bAnswered = false;

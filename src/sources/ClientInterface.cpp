@@ -42,25 +42,28 @@ bool CClientInterface::IsConnected(std::string_view source) const {
 // ---- registration
 
 CVarVal* CClientInterface::RegisterPlain(std::string_view source, std::string_view variable) {
-    CVarVal* registered = m_SourceList.RegisterVariable(source, variable, nullptr);
+    CVarVal* registered = m_SourceList.RegisterVariable(source, variable);
     SubscribeUnlessBlocked();
     return registered;
 }
 
 CVarVal* CClientInterface::RegisterOwner(CInterfaceObj& owner) {
-    CVarVal* registered =
-        m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable(), &owner);
+    CVarVal* registered = m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable());
+    if (registered != nullptr) owner.GetConnection()->AttachVarOwner(*registered, owner);
     SubscribeUnlessBlocked();
     return registered;
 }
 
 void CClientInterface::UnregisterPlain(std::string_view source, std::string_view variable) {
-    m_SourceList.UnRegisterVariable(source, variable, nullptr);
+    m_SourceList.UnRegisterVariable(source, variable);
     SubscribeUnlessBlocked();
 }
 
 void CClientInterface::UnregisterOwner(CInterfaceObj& owner) {
-    m_SourceList.UnRegisterVariable(owner.GetSource(), owner.GetVariable(), &owner);
+    if (CInterfaceClientConnection* connection = owner.GetConnection()) {
+        connection->DetachVarOwner(owner);
+    }
+    m_SourceList.UnRegisterVariable(owner.GetSource(), owner.GetVariable());
     SubscribeUnlessBlocked();
 }
 
@@ -130,10 +133,6 @@ std::optional<std::vector<std::string>> CClientInterface::GetVariableNames(
     names.reserve(list.size());
     for (const CVarDefInfo& definition : list) names.push_back(definition.GetName());
     return names;
-}
-
-void CClientInterface::OnAnswer(ValueKind kind, const CRequestRecord& record) {
-    static_cast<CInterfaceObj*>(record.context)->ApplyAnswer(kind, record);
 }
 
 }  // namespace kalvex

@@ -1,5 +1,5 @@
-// The data sources of the process: the connections, the registration of remote variables, and the
-// place where the answers to report requests arrive. Main thread.
+// The data sources of the process: the connections and the registration of remote variables. Main
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -59,7 +59,7 @@ class CInterfaceSourceList final : public CSourceList {
 };
 
 // Outlives the documents.
-class CClientInterface final : public CScriptSources, public CAnswerWindow {
+class CClientInterface final : public CScriptSources {
   public:
     explicit CClientInterface(SourceServices services)
         : m_services(std::move(services)), m_SourceList(m_services) {}
@@ -91,8 +91,6 @@ class CClientInterface final : public CScriptSources, public CAnswerWindow {
                                             std::string_view variable) override;
     void ReleaseRemote(CVariable& variable) override;
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override;
-
-    void OnAnswer(ValueKind kind, const CRequestRecord& record) override;
 
   private:
     void SubscribeUnlessBlocked();

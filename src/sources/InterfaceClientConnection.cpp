@@ -61,16 +61,16 @@ std::unique_ptr<CVarVal> CInterfaceClientConnection::CreateVarVal(std::string_vi
     return variable;
 }
 
-void CInterfaceClientConnection::AttachVarOwner(CVarVal& variable, CVarOwner* owner) {
-    CInterfaceObj& link = static_cast<CInterfaceObj&>(*owner);
-    Registered(variable).AddOwner(link);
-    link.SetVarVal(&Registered(variable));
+void CInterfaceClientConnection::AttachVarOwner(CVarVal& variable, CInterfaceObj& owner) {
+    Registered(variable).AddOwner(owner);
+    owner.SetVarVal(&Registered(variable));
 }
 
-void CInterfaceClientConnection::DetachVarOwner(CVarVal& variable, CVarOwner* owner) {
-    CInterfaceObj& link = static_cast<CInterfaceObj&>(*owner);
-    link.SetVarVal(nullptr);
-    Registered(variable).RemoveOwner(link);
+void CInterfaceClientConnection::DetachVarOwner(CInterfaceObj& owner) {
+    owner.SetVarVal(nullptr);
+    if (CVarVal* variable = GetVarVal(owner.GetVariable())) {
+        Registered(*variable).RemoveOwner(owner);
+    }
 }
 
 bool CInterfaceClientConnection::IsVarInUse(const CVarVal& variable) const {

@@ -46,6 +46,11 @@ class CInterfaceClientConnection : public CClientConnection {
     // The login of the source, or that of the user at the keyboard where the source has none.
     void GetLoginData(std::string& user, std::string& password) const override;
 
+    // Binds a link to its variable, which has been registered, and lets it go before the variable
+    // is unregistered.
+    void AttachVarOwner(CVarVal& variable, CInterfaceObj& owner);
+    void DetachVarOwner(CInterfaceObj& owner);
+
     // Documents that hear of changes in reports of a kind, each once; false when the kind is none
     // of a report or the document is there already. Not owned.
     bool AddNotifyDoc(ValueKind kind, CKalvexDoc& document);
@@ -57,8 +62,6 @@ class CInterfaceClientConnection : public CClientConnection {
 
   protected:
     std::unique_ptr<CVarVal> CreateVarVal(std::string_view name) override;
-    void AttachVarOwner(CVarVal& variable, CVarOwner* owner) override;
-    void DetachVarOwner(CVarVal& variable, CVarOwner* owner) override;
     bool IsVarInUse(const CVarVal& variable) const override;
     std::uint32_t GetSubscribeFlags(const CVarVal& variable) const override;
 

@@ -117,13 +117,13 @@ bool CInterfaceObj::Request(ValueKind kind, std::int64_t from, std::int64_t to) 
     }
     const bool single = IsReport(kind) && from == to;
     *request.id = connection->AddDataRequest(kind, m_strVariable, from, to,
-                                             single ? nullptr : &m_ArchValues, m_client, this);
+                                             single ? nullptr : &m_ArchValues, *this);
     *request.state = RequestWaiting;
     connection->MakeDataRequest(kind);
     return true;
 }
 
-void CInterfaceObj::ApplyAnswer(ValueKind kind, const CRequestRecord& record) {
+void CInterfaceObj::OnAnswer(ValueKind kind, CRequestRecord record) {
     RequestState& state = *FindRequest(kind).state;
     const bool failed = record.result != ResultOk;
     state = failed ? RequestFailed : RequestReady;

@@ -12,7 +12,6 @@
 #include "value/Status.h"
 #include "value/Value.h"
 #include "vantrel/Requests.h"
-#include "vantrel/VarVal.h"
 
 namespace kalvex {
 
@@ -33,7 +32,7 @@ struct CReportSlot {
     RequestState m_eState = RequestNone;
 };
 
-class CInterfaceObj final : public CVarOwner {
+class CInterfaceObj final : public CAnswerWindow {
   public:
     CInterfaceObj(CKalvexDoc& document, CClientInterface& client, std::string_view source,
                   std::string_view variable);
@@ -80,8 +79,7 @@ class CInterfaceObj final : public CVarOwner {
 
     // Lets go of all that waits for the server.
     void CancelAll();
-    // The answer to a request; the list is null for a failed one.
-    void ApplyAnswer(ValueKind kind, const CRequestRecord& record);
+    void OnAnswer(ValueKind kind, CRequestRecord record) override;
 
   private:
     struct Outstanding {

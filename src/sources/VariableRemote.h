@@ -9,6 +9,7 @@
 
 #include "operands/Variable.h"
 #include "sources/InterfaceObj.h"
+#include "vantrel/VarVal.h"
 
 namespace kalvex {
 

@@ -55,8 +55,7 @@ void CClientConnection::Send(ClientMessage message) {
 
 RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view variable,
                                             std::int64_t from, std::int64_t to,
-                                            CArchiveValueList* list, CAnswerWindow& window,
-                                            CVarOwner* context) {
+                                            CArchiveValueList* list, CAnswerWindow& window) {
     const RequestId id = ++m_nLastRequest;
     Record({.operation = OperationName("Add", kind),
             .variable = std::string(variable),
@@ -66,8 +65,7 @@ RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view var
             .list = list != nullptr});
     m_mapQueuedReads[kind].push_back(id);
     m_mapReads.emplace(
-        id, PendingRead{
-                {id, kind, std::string(variable), from, to}, list, &window, context, {}, false});
+        id, PendingRead{{id, kind, std::string(variable), from, to}, list, &window, {}, false});
     return id;
 }
 
@@ -124,7 +122,6 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
     CRequestRecord record;
     record.result = result;
     record.variable = std::move(read.request.variable);
-    record.context = read.context;
     record.list = read.list;
     if (result == ResultOk && read.list != nullptr) {
         *read.list = std::move(read.values);
@@ -135,7 +132,7 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
             record.result = ResultNothing;
         }
     }
-    read.window->OnAnswer(read.request.kind, record);
+    read.window->OnAnswer(read.request.kind, std::move(record));
 }
 
 // ---- writing

@@ -9,7 +9,6 @@
 
 #include "value/ArchiveValueList.h"
 #include "vantrel/Messages.h"
-#include "vantrel/VarVal.h"
 
 namespace kalvex {
 
@@ -20,7 +19,6 @@ struct CRequestRecord {
     std::uint16_t result = 0;  // 0: success
     std::string variable;
     CVal value;                         // a single report value, or what a write was to set
-    CVarOwner* context = nullptr;       // as given with the request
     CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
 };
 
@@ -29,7 +27,7 @@ struct CRequestRecord {
 class CAnswerWindow {
   public:
     virtual ~CAnswerWindow() = default;
-    virtual void OnAnswer(ValueKind kind, const CRequestRecord& record) = 0;
+    virtual void OnAnswer(ValueKind kind, CRequestRecord record) = 0;
 };
 
 // One call that a connection received: the operation's name and those of its arguments that it has.

@@ -26,13 +26,6 @@ class CVarDefInfo {
 
 using CObjInfoList = std::vector<CVarDefInfo>;
 
-// Whoever is bound to a registered variable, or waits for an answer. The owner outlives its binding
-// and its request.
-class CVarOwner {
-  public:
-    virtual ~CVarOwner() = default;
-};
-
 // The local object of one registered variable; the connection owns it and updates it in place.
 class CVarVal {
   public:

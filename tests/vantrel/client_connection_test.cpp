@@ -32,7 +32,7 @@ class ClientConnection : public testing::Test {
         return Describe(connection.GetVarVal(name)->Value());
     }
 
-    struct Owner : CVarOwner {};
+    using Owner = HeardConnection::Owner;
 
     InProcessNetwork network;
     HandServer server;

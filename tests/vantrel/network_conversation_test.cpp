@@ -96,7 +96,7 @@ TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
     HeardConnection connection;
     connection.SetLoginData("jan", "tajne");
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
-    connection.RegisterVariable("Z1", nullptr);
+    connection.RegisterVariable("Z1");
     connection.Subscribe();
     world.RunUntil(acceptor, "subscribe +1Z1");
     acceptor.SendValue(1, CVal(5));
@@ -227,12 +227,12 @@ TEST_F(NetworkTest, ClientComesBackByItselfWhenTheServerDoes) {
 TEST_F(NetworkTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
     HeardConnection connection;
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
-    connection.RegisterVariable("Z1", nullptr);
-    connection.RegisterVariable("Z2", nullptr);
+    connection.RegisterVariable("Z1");
+    connection.RegisterVariable("Z2");
     connection.Subscribe();
     world.RunUntil(acceptor, "subscribe +1Z1 +2Z2");
     HeardWindow window;
-    connection.AddDataRequest(KindHour, "Z1", 0, 0, nullptr, window, nullptr);
+    connection.AddDataRequest(KindHour, "Z1", 0, 0, nullptr, window);
     connection.MakeDataRequest(KindHour);
     server.reset();
     world.RunUntil([&] { return !window.answers.empty(); });
