@@ -6,10 +6,9 @@ namespace kalvex {
 
 namespace {
 
-CVal Marked(const CVal& value) {
-    CVal marked = value;
-    marked.AddStatus(Status::Supervisory);
-    return marked;
+CVal Marked(CVal value) {
+    value.AddStatus(Status::Supervisory);
+    return value;
 }
 
 }  // namespace
@@ -74,23 +73,23 @@ void CInterfaceObj::SetLocked(bool flag) {
     if (flag && m_pVarVal != nullptr) m_LockedVal = m_pVarVal->Value();
 }
 
-bool CInterfaceObj::Write(const CVal& value) {
+bool CInterfaceObj::Write(CVal value) {
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
-    const CVal marked = Marked(value);
+    CVal marked = Marked(std::move(value));
     connection->AddCurrentDataModifyRequest(m_strVariable, marked);
     connection->MakeCurrentDataModifyRequest();
     CVal* target = CurrentValue();
     if (target == nullptr) return false;
-    *target = marked;
+    *target = std::move(marked);
     return true;
 }
 
-void CInterfaceObj::Assign(ValueKind kind, const CVal& value) {
+void CInterfaceObj::Assign(ValueKind kind, CVal value) {
     Cancel(kind);
     CReportSlot& slot = *FindSlot(kind);
     slot.m_eState = RequestReady;
-    slot.m_Value = Marked(value);
+    slot.m_Value = Marked(std::move(value));
 }
 
 // Without a connection the state stays, for there is nobody to tell.
@@ -133,15 +132,15 @@ void CInterfaceObj::OnAnswer(ValueKind kind, CRequestRecord record) {
         slot->m_Value.SetType(ValueType::None);
         slot->m_Value.SetStatus(Status::Unknown);
     } else if (record.list == nullptr) {
-        slot->m_Value = record.value;
+        slot->m_Value = std::move(record.value);
     }
 }
 
-bool CInterfaceObj::Put(ValueKind kind, std::int64_t time, const CVal& value, bool send) {
+bool CInterfaceObj::Put(ValueKind kind, std::int64_t time, CVal value, bool send) {
     if (!IsReport(kind)) return false;
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
-    connection->AddReportModifyRequest(kind, m_strVariable, time, Marked(value));
+    connection->AddReportModifyRequest(kind, m_strVariable, time, Marked(std::move(value)));
     if (send) connection->MakeDataRequest(kind);
     return true;
 }

@@ -70,10 +70,10 @@ class CInterfaceObj final : public CAnswerWindow {
     void SetIgnoreUnknown(bool flag) { m_fIgnoreUnknown = flag; }
 
     // False without a connection, in which case nothing happens to the server's data.
-    bool Write(const CVal& value);  // the current value, here and on the server
-    void Assign(ValueKind kind, const CVal& value);
+    bool Write(CVal value);  // the current value, here and on the server
+    void Assign(ValueKind kind, CVal value);
     bool Request(ValueKind kind, std::int64_t from, std::int64_t to);
-    bool Put(ValueKind kind, std::int64_t time, const CVal& value, bool send);
+    bool Put(ValueKind kind, std::int64_t time, CVal value, bool send);
     bool PutArchive(CArchiveValueList& list);
     bool Order(PeriodAction action, ValueKind kind, std::int64_t time);
 

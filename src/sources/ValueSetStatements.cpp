@@ -113,7 +113,7 @@ bool ExecuteMPut(StatementCall& call) {
         list->GetValue(value, KindCurrent, 1);
         list->MoveNext();
         if (kind == KindArchive) {
-            archive.Add(value);
+            archive.Add(std::move(value));
         } else {
             variable->PutValue(kind, value.GetTime(), value, !list->IsIteratorValid());
         }

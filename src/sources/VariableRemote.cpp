@@ -1,5 +1,7 @@
 #include "sources/VariableRemote.h"
 
+#include <utility>
+
 #include "sources/InterfaceClientConnection.h"
 #include "value/LocalTime.h"
 #include "value/ValueText.h"
@@ -16,10 +18,14 @@ int CVariableRemote::GetValue(CVal& out, ValueKind kind, int mode) {
 }
 
 int CVariableRemote::SetValue(const CVal& value, ValueKind kind) {
-    if (kind == KindCurrent) return m_pLink->Write(value);
-    if (m_pLink->FindSlot(kind) == nullptr) return 0;
-    m_pLink->Assign(kind, value);
-    return 1;
+    return Store(value, kind);
+}
+
+bool CVariableRemote::Store(CVal value, ValueKind kind) {
+    if (kind == KindCurrent) return m_pLink->Write(std::move(value));
+    if (m_pLink->FindSlot(kind) == nullptr) return false;
+    m_pLink->Assign(kind, std::move(value));
+    return true;
 }
 
 int CVariableRemote::GetValueType(ValueKind kind, int mode) {
@@ -42,7 +48,7 @@ int CVariableRemote::SetStatus(std::uint16_t word, ValueKind kind) {
     CVal value;
     GetValue(value, kind, 1);
     value.SetStatus(word);
-    return SetValue(value, kind);
+    return Store(std::move(value), kind);
 }
 
 int CVariableRemote::GetTime(std::int64_t* out, ValueKind kind) {
@@ -62,13 +68,13 @@ int CVariableRemote::SetTime(std::int64_t time, ValueKind kind) {
     CVal value;
     GetValue(value, kind, 1);
     value.SetTime(time);
-    return SetValue(value, kind);
+    return Store(std::move(value), kind);
 }
 
 int CVariableRemote::CopyFrom(CVariable* source, ValueKind kind) {
     CVal value;
     if (source == nullptr || source->GetValue(value, kind, 1) == ReadNothing) return 0;
-    return SetValue(value, kind);
+    return Store(std::move(value), kind);
 }
 
 int CVariableRemote::GetNameValueText(std::string& out, ValueKind) {
@@ -79,7 +85,7 @@ int CVariableRemote::GetNameValueText(std::string& out, ValueKind) {
 }
 
 int CVariableRemote::SetValueText(std::string_view text, ValueKind) {
-    return SetValue(CVal(text), KindCurrent);
+    return Store(CVal(text), KindCurrent);
 }
 
 bool CVariableRemote::HasSlotStatus(ValueKind kind, std::uint16_t bit) const {

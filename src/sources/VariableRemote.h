@@ -60,6 +60,7 @@ class CVariableRemote final : public CVariable {
     std::string GetMaxVal() override;
 
   private:
+    bool Store(CVal value, ValueKind kind);
     bool HasSlotStatus(ValueKind kind, std::uint16_t bit) const;
     const CVarDefInfo* Definition() const;
     std::string DefinitionText(std::string_view key) const;

@@ -238,7 +238,7 @@ void CClientConnection::Receive(VariableDefinitions& message) {
 void CClientConnection::Receive(ValueUpdates& message) {
     for (ValueUpdates::Entry& entry : message.entries) {
         const auto found = m_mapByHandle.find(entry.handle);
-        if (found != m_mapByHandle.end()) found->second->pVarVal->SetValue(entry.value);
+        if (found != m_mapByHandle.end()) found->second->pVarVal->SetValue(std::move(entry.value));
     }
     if (message.last) OnDataArrived();
 }

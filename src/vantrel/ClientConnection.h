@@ -82,7 +82,7 @@ class CClientConnection : private ClientTransportEvents {
 
     // Sent by MakeDataRequest. A refusal comes to OnReportModifyError.
     void AddReportModifyRequest(ValueKind kind, std::string_view variable, std::int64_t time,
-                                const CVal& value);
+                                CVal value);
     // Orders a piece of work; there is no answer.
     void MakePeriodRequest(PeriodAction action, ValueKind kind, std::string_view variable,
                            std::int64_t time);
@@ -92,7 +92,7 @@ class CClientConnection : private ClientTransportEvents {
                                  TIMEW from, TIMEW to);
     void MakeArchiveModifyRequest();
 
-    void AddCurrentDataModifyRequest(std::string_view variable, const CVal& value);
+    void AddCurrentDataModifyRequest(std::string_view variable, CVal value);
     void MakeCurrentDataModifyRequest();
 
   protected:

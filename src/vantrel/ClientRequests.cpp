@@ -138,13 +138,13 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
 // ---- writing
 
 void CClientConnection::AddReportModifyRequest(ValueKind kind, std::string_view variable,
-                                               std::int64_t time, const CVal& value) {
+                                               std::int64_t time, CVal value) {
     Record({.operation = OperationName("Add", kind, "Modify"),
             .variable = std::string(variable),
             .time = time,
             .value = value});
     m_mapQueuedWrites[kind].requests.push_back(
-        {++m_nLastRequest, kind, std::string(variable), time, value});
+        {++m_nLastRequest, kind, std::string(variable), time, std::move(value)});
 }
 
 void CClientConnection::SendWrites(ValueKind kind) {
@@ -156,12 +156,12 @@ void CClientConnection::SendWrites(ValueKind kind) {
     Send(std::move(writes));
 }
 
-void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, const CVal& value) {
+void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, CVal value) {
     Record({.operation = "AddCurrentDataModifyRequest",
             .variable = std::string(variable),
             .value = value});
     m_mapQueuedWrites[KindCurrent].requests.push_back(
-        {++m_nLastRequest, KindCurrent, std::string(variable), 0, value});
+        {++m_nLastRequest, KindCurrent, std::string(variable), 0, std::move(value)});
 }
 
 void CClientConnection::MakeCurrentDataModifyRequest() {

@@ -64,8 +64,8 @@ void NetworkTransport::Send(ClientMessage message) {
     if (m_state != State::Open) return;
     PackedRequest packed = Pack(message);
     for (ServerMessage& refusal : packed.refusals) {
-        Tell([refusal = std::move(refusal)](ClientTransportEvents& events) {
-            events.OnMessage(refusal);
+        Tell([refusal = std::move(refusal)](ClientTransportEvents& events) mutable {
+            events.OnMessage(std::move(refusal));
         });
     }
     for (std::string& parcel : packed.parcels) {

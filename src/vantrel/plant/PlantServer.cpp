@@ -98,17 +98,17 @@ ReadAnswer PlantServer::Read(const ReadRequest& request) {
     return answer;
 }
 
-std::uint16_t PlantServer::Modify(const ModifyRequest& request) {
+std::uint16_t PlantServer::Modify(ModifyRequest& request) {
     Variable* variable = Find(request.variable);
     if (variable == nullptr) return ResultNothing;
     if (variable->definition.writeError) return *variable->definition.writeError;
     if (request.kind == KindCurrent) {
-        Publish(*variable, request.value);
+        Publish(*variable, std::move(request.value));
         return ResultOk;
     }
-    CVal value = request.value;
-    value.SetTime(request.time);
-    variable->definition.stored[request.kind].insert_or_assign(request.time, std::move(value));
+    request.value.SetTime(request.time);
+    variable->definition.stored[request.kind].insert_or_assign(request.time,
+                                                               std::move(request.value));
     return ResultOk;
 }
 

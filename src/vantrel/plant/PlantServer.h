@@ -39,7 +39,7 @@ class PlantServer {
     std::vector<VariableDefinition> Definitions() const;
 
     ReadAnswer Read(const ReadRequest& request);
-    std::uint16_t Modify(const ModifyRequest& request);
+    std::uint16_t Modify(ModifyRequest& request);
     std::uint16_t Modify(ArchiveModifyRequest& request);
     void Work(const PeriodRequest& request);
 

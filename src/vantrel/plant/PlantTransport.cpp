@@ -139,7 +139,7 @@ void PlantTransport::Take(ReadRequests& message) {
 }
 
 void PlantTransport::Take(ModifyRequests& message) {
-    After(m_pServer->Latency(), [this, message = std::move(message)] {
+    After(m_pServer->Latency(), [this, message = std::move(message)]() mutable {
         ModifyResults results;
         for (ModifyRequest& request : message.requests) {
             results.entries.push_back({request.id, m_pServer->Modify(request)});
