@@ -289,9 +289,12 @@ void Crowd(benchmark::State& state) {
         for (int i = 0; i < kManyClients; ++i) {
             clients.push_back(std::make_unique<Client>(network.Transports()));
         }
-        network.DeliverUntil([&] {
+        const auto haveData = [&] {
             return std::all_of(clients.begin(), clients.end(),
                                [](const auto& client) { return client->HasData(); });
+        };
+        network.DeliverUntil(haveData, [&] {
+            for (const auto& client : clients) client->CheckConnection();
         });
     }
     state.counters["server_KB_a_client"] =

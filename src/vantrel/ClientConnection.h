@@ -46,7 +46,8 @@ class CClientConnection : private ClientTransportEvents {
 
     // Logs in anew, as after a change of the user.
     void Login();
-    // Periodic work, about once a second.
+    // Periodic work, about once a second: the time to come back after a break, and to try a refused
+    // login again.
     void CheckConnection();
 
     // ---- variables

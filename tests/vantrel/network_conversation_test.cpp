@@ -212,11 +212,11 @@ TEST_F(NetworkTest, ClientComesBackByItselfWhenTheServerDoes) {
     server.reset();
     world.RunUntil(events, "closed 4107");
     world.now += 500;
-    client.Check();
+    transport->Check();
     world.RunUntil(events, "fault 2 4110");
     server = world.Listen(world.ServerSettings(), acceptor);
     world.now += 1000;
-    client.Check();
+    transport->Check();
     world.RunUntil(events, "opened");
     EXPECT_THAT(events.heard, ElementsAre("closed 4107", "fault 2 4110", "opened"));
     world.RunUntil([&] { return acceptor.link != nullptr; });
@@ -277,7 +277,7 @@ TEST_F(NetworkTest, ClosedClientRestsUntilItIsOpenedAgain) {
     transport->Close(ReasonClosed);
     world.RunUntil(events, "closed 4102");
     world.now += 60'000;
-    client.Check();
+    transport->Check();
     EXPECT_EQ(acceptor.clients, 1);
     events.heard.clear();
     EXPECT_TRUE(transport->Open());
@@ -302,12 +302,12 @@ TEST_F(NetworkTest, SilentServerCountsAsGoneAfterTenSeconds) {
     for (int second = 0; second < 10; ++second) {
         EXPECT_THAT(events.heard, IsEmpty());
         world.now += 1000;
-        client.Check();  // the server's is not called: it hangs
+        client.KeepAlive();  // the server's is not called: it hangs
         world.loop.Run();
     }
     // The word of the last Flush counts at the first look.
     world.now += 1000;
-    client.Check();
+    client.KeepAlive();
     world.RunUntil(events, "closed 4105");
 }
 
@@ -329,7 +329,7 @@ TEST_F(NetworkTest, ServerThatNeverGreetsIsGivenUp) {
     transport->Open();
     for (int second = 0; second < 10; ++second) {
         world.now += 1000;
-        transport->Check();
+        client.KeepAlive();
     }
     world.loop.Run();
     EXPECT_THAT(events.heard, testing::Contains("fault 2 4105"));

@@ -87,8 +87,10 @@ void NetworkTransport::Close(std::uint32_t reason) {
 }
 
 void NetworkTransport::Check() {
-    const std::int64_t now = m_client.m_settings.clock();
-    if (m_state == State::Waiting && now >= m_tNextAttempt) return Attempt();
+    if (m_state == State::Waiting && m_client.m_settings.clock() >= m_tNextAttempt) Attempt();
+}
+
+void NetworkTransport::KeepAlive() {
     if (!m_pStream) return;
     const LifeSigns signs{.heard = m_pReception->TakeHeard(),
                           .spoke = std::exchange(m_bSpoke, false),
@@ -194,8 +196,8 @@ std::unique_ptr<ClientTransport> NetworkClient::Connect(std::string_view source,
     return std::make_unique<NetworkTransport>(*this, source, std::move(endpoint), events);
 }
 
-void NetworkClient::Check() {
-    for (NetworkTransport* transport : m_arrTransports) transport->Check();
+void NetworkClient::KeepAlive() {
+    for (NetworkTransport* transport : m_arrTransports) transport->KeepAlive();
 }
 
 }  // namespace kalvex
