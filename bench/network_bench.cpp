@@ -23,8 +23,7 @@
 namespace kalvex {
 namespace {
 
-constexpr int kBatch = 1000;             // values in a message
-constexpr std::size_t kMostBacklog = 8;  // messages under way
+constexpr int kBatch = 1000;  // values in a message
 constexpr int kFlowVariables = 1000;
 constexpr int kManyVariables = 100'000;
 constexpr int kManyClients = 1000;
@@ -262,7 +261,7 @@ class Client final : public CClientConnection {
     explicit Client(TransportFactory& transports) {
         Create(23, "stacja", "bench", transports, nullptr);
         for (int i = 0; i < kVariablesOfClient; ++i) {
-            RegisterVariable("V" + std::to_string(i), nullptr);
+            RegisterVariable("V" + std::to_string(i));
         }
         Subscribe();
     }
@@ -290,9 +289,12 @@ void Crowd(benchmark::State& state) {
         for (int i = 0; i < kManyClients; ++i) {
             clients.push_back(std::make_unique<Client>(network.Transports()));
         }
-        network.DeliverUntil([&] {
+        const auto haveData = [&] {
             return std::all_of(clients.begin(), clients.end(),
                                [](const auto& client) { return client->HasData(); });
+        };
+        network.DeliverUntil(haveData, [&] {
+            for (const auto& client : clients) client->CheckConnection();
         });
     }
     state.counters["server_KB_a_client"] =

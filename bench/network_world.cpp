@@ -83,18 +83,19 @@ int ServePlant(const std::string& configuration) {
     return RunSorvaned(options);
 }
 
-void Network::Deliver() {
+void Network::Deliver(const std::function<void()>& check) {
     m_loop.Run();
     const std::int64_t now = SteadyMilliseconds();
     if (now < m_tNextCheck) return;
     m_tNextCheck = now + 100;
-    m_client.Check();
+    m_client.KeepAlive();
+    check();
 }
 
-void Network::DeliverUntil(const std::function<bool()>& done) {
+void Network::DeliverUntil(const std::function<bool()>& done, const std::function<void()>& check) {
     const std::int64_t begin = SteadyMilliseconds();
     while (!done()) {
-        Deliver();
+        Deliver(check);
         std::this_thread::yield();
         if (SteadyMilliseconds() - begin < kMostMilliseconds) continue;
         Expect(false, "what is waited for does not come");
@@ -112,7 +113,7 @@ Module::Module(const std::string& text) {
 }
 
 void Module::Tick() {
-    m_network.Deliver();
+    m_network.Deliver([this] { m_client.SourceList().CheckConnections(); });
     m_ticker.RunTick();
 }
 
@@ -121,10 +122,11 @@ void Module::RunToEnd() {
 }
 
 void Module::WaitForData(std::string_view source) {
-    m_network.DeliverUntil([&] {
+    const auto ready = [&] {
         const CInterfaceClientConnection* connection = m_client.FindConnection(source);
         return connection != nullptr && connection->IsDataReady();
-    });
+    };
+    m_network.DeliverUntil(ready, [this] { m_client.SourceList().CheckConnections(); });
 }
 
 double Module::Value(const std::string& name) {

@@ -52,13 +52,15 @@ class Child {
 // The data server itself, with this behind its section [server] and the name "stacja".
 int ServePlant(const std::string& configuration);
 
-// The network of a process, which gives it time for its periodic work while it waits.
+// The network of a process, which gives it time for its periodic work while it waits. `check` does
+// that of the connections, for as long as they are not made.
 class Network {
   public:
     TransportFactory& Transports() { return m_client; }
-    void Deliver();
+    void Deliver(const std::function<void()>& check = [] {});
     // Ends the program when it takes more than a minute.
-    void DeliverUntil(const std::function<bool()>& done);
+    void DeliverUntil(
+        const std::function<bool()>& done, const std::function<void()>& check = [] {});
 
   private:
     PostedWork m_loop;

@@ -107,7 +107,7 @@ class Listener final : public CClientConnection {
   public:
     explicit Listener(TransportFactory& transports) {
         Create(23, "stacja", "bench", transports, nullptr);
-        RegisterVariable("Y", nullptr);
+        RegisterVariable("Y");
         Subscribe();
     }
 
@@ -136,7 +136,10 @@ void ChangesToManyClients(benchmark::State& state) {
         return std::all_of(listeners.begin(), listeners.end(), has);
     };
     network.DeliverUntil(
-        [&] { return all([](const auto& listener) { return listener->HasData(); }); });
+        [&] { return all([](const auto& listener) { return listener->HasData(); }); },
+        [&] {
+            for (const auto& listener : listeners) listener->CheckConnection();
+        });
     Rounds rounds("Y", kChangedHours);
     std::int64_t told = 0;
     for (auto _ : state) {
@@ -189,7 +192,8 @@ class Filler final : public CClientConnection, private CAnswerWindow {
   public:
     explicit Filler(Network& network) : m_network(network) {
         Create(23, "stacja", "bench", network.Transports(), nullptr);
-        network.DeliverUntil([this] { return GetState() == StateConnected; });
+        network.DeliverUntil([this] { return GetState() == StateConnected; },
+                             [this] { CheckConnection(); });
         for (std::int64_t first = 0; first < kMonth; first += kWrittenTogether) Write(first);
     }
 
@@ -208,13 +212,13 @@ class Filler final : public CClientConnection, private CAnswerWindow {
         MakeArchiveModifyRequest();
         CArchiveValueList last;
         m_bAnswered = false;
-        AddDataRequest(KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last, *this,
-                       nullptr);
+        AddDataRequest(KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last,
+                       *this);
         MakeDataRequest(KindArchive);
         m_network.DeliverUntil([this] { return m_bAnswered; });
         Expect(last.GetSize() == 1, "archive that is filled");
     }
-    void OnAnswer(ValueKind, const CRequestRecord&) override { m_bAnswered = true; }
+    void OnAnswer(ValueKind, CRequestRecord) override { m_bAnswered = true; }
 
     Network& m_network;
     bool m_bAnswered = false;

@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
@@ -90,11 +90,7 @@ std::optional<std::string> CCmdLine::GetStringOption(std::string_view name) cons
 std::optional<int> CCmdLine::GetIntOption(std::string_view name) const {
     const Option* option = Find(name);
     if (option == nullptr) return std::nullopt;
-    const char* end = option->value.data() + option->value.size();
-    int number = 0;
-    const auto [rest, fault] = std::from_chars(option->value.data(), end, number);
-    if (fault != std::errc() || rest != end) return std::nullopt;
-    return number;
+    return ReadWholeNumber<int>(option->value);
 }
 
 std::string CCmdLine::GetWarning(const Translator& translator) const {

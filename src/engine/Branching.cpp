@@ -1,10 +1,8 @@
 // Labels, IF, ELSE, ENDIF and GOTO.
-#include <algorithm>
-#include <iterator>
-
 #include "engine/IfBlocks.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
+#include "operands/Comparisons.h"
 #include "operands/Conditions.h"
 #include "operands/Keywords.h"
 #include "operands/OperandEvaluator.h"
@@ -23,9 +21,9 @@ bool EndsCondition(std::string_view token) {
     return Is(token, Keyword::Goto) || Is(token, Keyword::Then) || token == ";";
 }
 
+// A lone "=" parts the sides as well, but compares nothing.
 bool IsComparison(std::string_view token) {
-    constexpr std::string_view kComparisons[] = {"<", ">", "=", ">=", "<=", "!=", "=="};
-    return std::ranges::find(kComparisons, token) != std::end(kComparisons);
+    return token == "=" || FindComparison(token) != nullptr;
 }
 
 bool Connects(std::string_view token) {

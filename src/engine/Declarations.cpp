@@ -10,7 +10,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::string_view kTimestamp = ".TIMESTAMP";
 
 // The current type of the variable is what numeric literals on the right side become.
 bool EvaluateFor(CKalvexDoc& document, CVariable& variable, std::string_view& text, CVal& out) {

@@ -33,8 +33,8 @@ class CScriptSources {
 
     // Has the document hear of changes in the reports of a kind; the notifications keep account of
     // what is to be ended. False when there is no such source or kind, or it is so already.
-    virtual bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) = 0;
-    virtual void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) = 0;
+    virtual bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) = 0;
+    virtual void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) = 0;
 
     // Names of a server's variables in the server's order; nothing when the list is not to be had.
     virtual std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) = 0;

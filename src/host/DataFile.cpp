@@ -1,12 +1,12 @@
 #include "host/DataFile.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <unordered_map>
 #include <vector>
 
 #include "text/LineScanner.h"
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
@@ -45,11 +45,8 @@ std::optional<std::string_view> WrittenName(std::string_view line) {
 
 // The number of a header such as [12]; 0 for any other name.
 std::int64_t HeaderNumber(std::string_view name) {
-    std::int64_t number = 0;
-    const char* end = name.data() + name.size();
-    const auto result = std::from_chars(name.data(), end, number);
-    const bool whole = result.ec == std::errc() && result.ptr == end;
-    return whole && number > 0 && number < INT64_MAX ? number : 0;
+    const auto number = ReadWholeNumber<std::int64_t>(name);
+    return number && *number > 0 && *number < INT64_MAX ? *number : 0;
 }
 
 class CDataRewriter {

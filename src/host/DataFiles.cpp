@@ -70,7 +70,7 @@ bool Resolve(CScriptContext& script, std::string_view token, std::string& out) {
         return true;
     }
     CVariable* variable = script.Variables().Find(BaseName(token));
-    const int kind = GetValueKind(token);
+    const ValueKind kind = GetValueKind(token);
     if (variable == nullptr || kind == KindNone) {
         script.SetError(ErrorUndefinedVariable, token, false);
         return true;

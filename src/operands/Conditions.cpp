@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string>
 
+#include "operands/Comparisons.h"
 #include "operands/OperandEvaluator.h"
 
 namespace kalvex {
@@ -21,8 +22,8 @@ bool IsUnknown(CScriptContext& script, std::string_view operand) {
     return !EvaluateOperand(script, operand, value, ValueType::Double, true);
 }
 
-template <int (CVariable::*Test)(int kind)>
-bool IsReport(CScriptContext& script, std::string_view operand) {
+template <int (CVariable::*Test)(ValueKind kind)>
+bool Holds(CScriptContext& script, std::string_view operand) {
     CVariable* variable = FindVariable(script, operand);
     return variable != nullptr && (variable->*Test)(GetValueKind(operand)) != 0;
 }
@@ -30,27 +31,12 @@ bool IsReport(CScriptContext& script, std::string_view operand) {
 constexpr ConditionWordRow kConditionWords[] = {
     {"SET_BY_USER", IsSetByUser, ""},
     {"UNKNOWN", IsUnknown, "Sprawdzenie, czy zmienna posiada niepoprawną wartość"},
-    {"READY", IsReport<&CVariable::IsReady>,
+    {"READY", Holds<&CVariable::IsReady>,
      "Sprawdzenie, czy dane są już pobrane lub wystąpił błąd pobrania"},
-    {"REP_INITED", IsReport<&CVariable::IsReportInited>,
+    {"REP_INITED", Holds<&CVariable::IsReportInited>,
      "Sprawdzenie, czy raport został zainicjowany"},
-    {"REP_LOADED", IsReport<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
+    {"REP_LOADED", Holds<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
 };
-
-struct Comparison {
-    std::string_view text;
-    int (CVal::*compare)(const CVal& right) const;
-};
-
-constexpr Comparison kComparisons[] = {{"==", &CVal::operator== },
-                                        {"!=", &CVal::operator!= },
-                                         {">", &CVal::operator> },
-                                          {"<", &CVal::operator<},
-                                           {">=", &CVal::operator>= },
-                                            {
-                                                "<=",
-                                                &CVal::operator<= },
-                                           };
 
 bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
@@ -84,8 +70,8 @@ int CompareOperands(CScriptContext& script, std::string_view left, std::string_v
     CVal rightValue;
     const bool leftRead = EvaluateSide(script, left, leftValue);
     const bool rightRead = EvaluateSide(script, right, rightValue);
-    const auto comparison = std::ranges::find(kComparisons, op, &Comparison::text);
-    if (!leftRead || !rightRead || comparison == std::end(kComparisons)) return -1;
+    const Comparison* comparison = FindComparison(op);
+    if (!leftRead || !rightRead || comparison == nullptr) return -1;
     return (leftValue.*comparison->compare)(rightValue);
 }
 

@@ -4,7 +4,9 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
+#include "operands/Comparisons.h"
 #include "operands/FormulaParser.h"
 #include "value/ValueText.h"
 
@@ -120,15 +122,9 @@ bool RoundTop(FormulaParser& stack) {
 }
 
 // "TG" has no entry in the last column: a token of two letters is read as a variable.
-constexpr std::array kOperators = {
+constexpr std::array kOtherOperators = {
     FormulaOperator{FormulaLetter::Or, "||", 1, false, LogicalOr},
     FormulaOperator{FormulaLetter::And, "&&", 2, false, LogicalAnd},
-    FormulaOperator{FormulaLetter::NotEqual, "!=", 3, false, Compare<(&CVal::operator!=)>},
-    FormulaOperator{FormulaLetter::Equal, "==", 3, false, Compare<(&CVal::operator==)>},
-    FormulaOperator{FormulaLetter::LessEqual, "<=", 3, false, Compare<(&CVal::operator<=)>},
-    FormulaOperator{FormulaLetter::GreaterEqual, ">=", 3, false, Compare<(&CVal::operator>=)>},
-    FormulaOperator{'<', "<", 3, false, Compare<(&CVal::operator<)>},
-    FormulaOperator{'>', ">", 3, false, Compare<(&CVal::operator>)>},
     FormulaOperator{'|', "|", 4, false, BitOr},
     FormulaOperator{'^', "^", 5, false, BitXor},
     FormulaOperator{'&', "&", 6, false, BitAnd},
@@ -156,6 +152,17 @@ constexpr std::array kOperators = {
     FormulaOperator{'R', "ROUND", kBindsFirst, true, RoundTop},
     FormulaOperator{'F', "FACTORIAL", kBindsFirst, true, FactorialOfTop},
 };
+
+template <std::size_t... Index>
+constexpr auto WithComparisons(std::index_sequence<Index...>) {
+    std::array<FormulaOperator, sizeof...(Index) + kOtherOperators.size()> rows = {
+        FormulaOperator{kComparisons[Index].letter, kComparisons[Index].text, 3, false,
+                        Compare<kComparisons[Index].compare>}...};
+    std::ranges::copy(kOtherOperators, rows.begin() + sizeof...(Index));
+    return rows;
+}
+
+constexpr std::array kOperators = WithComparisons(std::make_index_sequence<kComparisons.size()>());
 
 constexpr unsigned char kNoRow = 255;
 

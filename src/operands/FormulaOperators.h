@@ -7,7 +7,8 @@ namespace kalvex {
 
 class FormulaParser;
 
-// While a formula is compiled each operator is one character, its letter.
+// While a formula is compiled each operator is one character, its letter. Comparisons.h has those
+// of the comparisons.
 struct FormulaOperator {
     char letter;
     std::string_view text;                // in the postfix
@@ -22,10 +23,6 @@ namespace FormulaLetter {
 inline constexpr char UnaryMinus = 'P';
 inline constexpr char And = 'A';
 inline constexpr char Or = 'O';
-inline constexpr char NotEqual = 'D';
-inline constexpr char Equal = 'E';
-inline constexpr char LessEqual = 'L';
-inline constexpr char GreaterEqual = 'G';
 }  // namespace FormulaLetter
 
 const FormulaOperator* FindOperatorByLetter(char letter);

@@ -2,8 +2,10 @@
 
 #include <array>
 
+#include "operands/Comparisons.h"
 #include "operands/FormulaOperators.h"
 #include "operands/OperandEvaluator.h"
+#include "text/Characters.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
@@ -135,18 +137,9 @@ class Compiler {
         }
         if (Next() != '=') return c;
         ++m_position;
-        switch (c) {
-            case '!':
-                return FormulaLetter::NotEqual;
-            case '<':
-                return FormulaLetter::LessEqual;
-            case '=':
-                return FormulaLetter::Equal;
-            case '>':
-                return FormulaLetter::GreaterEqual;
-            default:
-                return '\0';
-        }
+        const std::array<char, 2> text = {c, '='};
+        const Comparison* comparison = FindComparison({text.data(), text.size()});
+        return comparison == nullptr ? '\0' : comparison->letter;
     }
 
     static bool IsWrittenBefore(char top, char c) {
@@ -195,7 +188,7 @@ class Compiler {
 
 bool HoldsLetter(std::string_view token) {
     for (char c : token) {
-        if (IsLetterOrDigit(c) && (c < '0' || c > '9')) return true;
+        if (IsLetterOrDigit(c) && !IsDigit(c)) return true;
     }
     return false;
 }
@@ -227,7 +220,7 @@ CVal FormulaParser::Pop() {
 bool FormulaParser::EvaluateToken(std::string_view token) {
     double number = 0;
     const char first = token[0];
-    if (((first >= '0' && first <= '9') || first == '.') && ConvertString2Double(token, &number)) {
+    if ((IsDigit(first) || first == '.') && ConvertString2Double(token, &number)) {
         if (HoldsLetter(token)) return false;
         Push(CVal(number));
         return true;

@@ -89,7 +89,7 @@ const Aggregate* FindAggregate(std::string_view token) {
 }
 
 std::int64_t NextHour(std::int64_t time) {
-    return time + 3600;
+    return time + kSecondsPerHour;
 }
 
 struct FillStep {

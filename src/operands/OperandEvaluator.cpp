@@ -52,7 +52,6 @@ constexpr VariableProperty kVariableProperties[] = {
 };
 
 constexpr std::string_view kBaseName = ".BASENAME";
-constexpr std::string_view kTimestamp = ".TIMESTAMP";
 
 void ReadCount(CScriptContext&, const CVariableList& list, CVal& out) {
     out = CVal(CountItems(list, {}));

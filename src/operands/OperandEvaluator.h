@@ -9,6 +9,9 @@
 
 namespace kalvex {
 
+// Behind the name of a variable: the time of its value, to be read and to be set.
+inline constexpr std::string_view kTimestamp = ".TIMESTAMP";
+
 // One operand: a schedule word, a property, a time expression, a literal or a variable. `wanted` is
 // a type code that numeric literals are converted to. False leaves `out` undefined; with `report`
 // the errors of type and remote kinds are recorded too.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "text/Characters.h"
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 
@@ -61,11 +62,8 @@ constexpr ScheduleField kFields[] = {
     {&ScheduleEntry::daysOfWeek, 0, 7, kDayNames, ScheduleEntry::AnyDayOfWeek},
 };
 
-bool IsDigit(unsigned char c) {
-    return c >= '0' && c <= '9';
-}
-bool IsLetterOrDigit(unsigned char c) {
-    return IsDigit(c) || ToUpper(c) != ToLower(c);
+bool IsWordOfField(unsigned char c) {
+    return IsDigit(static_cast<char>(c)) || ToUpper(c) != ToLower(c);
 }
 
 bool SetBit(std::uint64_t& bits, int low, int high, int value) {
@@ -143,7 +141,7 @@ bool CScheduleReader::ReadElement(std::uint64_t& bits, const ScheduleField& fiel
 bool CScheduleReader::ReadNumber(int& value, int low, std::span<const std::string_view> names) {
     constexpr std::size_t kTooLong = 100;
     constexpr int kLargest = 1'000'000;  // far above every field, far below overflow
-    const auto end = std::ranges::find_if_not(m_text, IsLetterOrDigit);
+    const auto end = std::ranges::find_if_not(m_text, IsWordOfField);
     const std::string_view word(m_text.begin(), end);
     if (word.size() >= kTooLong) return false;
     m_text.remove_prefix(word.size());
@@ -155,7 +153,7 @@ bool CScheduleReader::ReadNumber(int& value, int low, std::span<const std::strin
     }
     value = 0;
     for (const char c : word) {
-        if (!IsDigit(static_cast<unsigned char>(c))) return false;
+        if (!IsDigit(c)) return false;
         value = std::min(value * 10 + (c - '0'), kLargest);
     }
     return true;

@@ -7,6 +7,7 @@
 #include "operands/NumberFormat.h"
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
+#include "text/Trim.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -55,18 +56,6 @@ std::string_view SpanIncluding(std::string_view text, std::string_view set) {
 
 std::string_view SpanExcluding(std::string_view text, std::string_view set) {
     return text.substr(0, text.find_first_of(set));
-}
-
-std::string_view TrimLeft(std::string_view text, std::string_view set) {
-    return text.substr(std::min(text.find_first_not_of(set), text.size()));
-}
-
-std::string_view TrimRight(std::string_view text, std::string_view set) {
-    return text.substr(0, text.find_last_not_of(set) + 1);
-}
-
-std::string_view Trim(std::string_view text, std::string_view set) {
-    return TrimRight(TrimLeft(text, set), set);
 }
 
 std::string Append(std::string_view first, std::string_view second) {

@@ -12,7 +12,6 @@ namespace {
 constexpr int kFirstYear = 1970;
 constexpr int kLastYear = 3000;
 constexpr int kGasDayStart = 6;  // hour at which the gas industry's day begins
-constexpr std::int64_t kDay = 86400;
 
 FunctionResult Give(FunctionCall& call, std::int64_t time) {
     call.out = CVal(time);
@@ -72,7 +71,7 @@ FunctionResult LastDay(FunctionCall& call) {
         return FunctionResult::Failed;
     }
     std::int64_t time = MakeLocalTime({*year, *month, 1, kGasDayStart});
-    while (GetLocalMonth(time) == *month) time += kDay;
+    while (GetLocalMonth(time) == *month) time += kSecondsPerDay;
     return Give(call, time);
 }
 

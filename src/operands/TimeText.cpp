@@ -6,6 +6,7 @@
 #include <string>
 
 #include "operands/OperandEvaluator.h"
+#include "text/Characters.h"
 #include "text/LineScanner.h"
 #include "value/LocalTime.h"
 #include "value/ValueText.h"
@@ -94,7 +95,7 @@ bool ScanInteger(std::string_view& text, int& out) {
     if (negative || text[at] == '+') ++at;
     const std::size_t firstDigit = at;
     std::int64_t magnitude = 0;
-    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+    for (; at < text.size() && IsDigit(text[at]); ++at) {
         magnitude = std::min(magnitude * 10 + (text[at] - '0'), kMost + 1);
     }
     if (at == firstDigit) return false;

@@ -5,43 +5,43 @@
 
 namespace kalvex {
 
-int CVariable::GetValue(CVal&, int, int) {
+int CVariable::GetValue(CVal&, ValueKind, int) {
     return 0;
 }
-int CVariable::SetValue(const CVal&, int) {
+int CVariable::SetValue(const CVal&, ValueKind) {
     return 0;
 }
-int CVariable::GetValueType(int, int) {
+int CVariable::GetValueType(ValueKind, int) {
     return 0;
 }
-int CVariable::GetStatus(std::uint16_t*, int) {
+int CVariable::GetStatus(std::uint16_t*, ValueKind) {
     return 0;
 }
-int CVariable::SetStatus(std::uint16_t, int) {
+int CVariable::SetStatus(std::uint16_t, ValueKind) {
     return 0;
 }
-int CVariable::GetTime(std::int64_t*, int) {
+int CVariable::GetTime(std::int64_t*, ValueKind) {
     return 0;
 }
-int CVariable::SetTime(std::int64_t, int) {
+int CVariable::SetTime(std::int64_t, ValueKind) {
     return 0;
 }
-int CVariable::CopyFrom(CVariable*, int) {
+int CVariable::CopyFrom(CVariable*, ValueKind) {
     return 0;
 }
-int CVariable::GetNameValueText(std::string&, int) {
+int CVariable::GetNameValueText(std::string&, ValueKind) {
     return 0;
 }
-int CVariable::SetValueText(std::string_view, int) {
+int CVariable::SetValueText(std::string_view, ValueKind) {
     return 0;
 }
-int CVariable::IsReportLoaded(int) {
+int CVariable::IsReportLoaded(ValueKind) {
     return 0;
 }
-int CVariable::IsReportInited(int) {
+int CVariable::IsReportInited(ValueKind) {
     return 0;
 }
-int CVariable::RequestRange(int, std::int64_t, std::int64_t) {
+int CVariable::RequestRange(ValueKind, std::int64_t, std::int64_t) {
     return 0;
 }
 std::int64_t CVariable::GetRequestStart() {
@@ -50,25 +50,25 @@ std::int64_t CVariable::GetRequestStart() {
 std::int64_t CVariable::GetRequestEnd() {
     return 0;
 }
-int CVariable::IsReady(int) {
+int CVariable::IsReady(ValueKind) {
     return 0;
 }
-int CVariable::PutValue(int, std::int64_t, const CVal&, bool) {
+int CVariable::PutValue(ValueKind, std::int64_t, const CVal&, bool) {
     return 0;
 }
 int CVariable::FlushPuts(CArchiveValueList&) {
     return 0;
 }
-int CVariable::InitLoad(int, std::int64_t) {
+int CVariable::InitLoad(ValueKind, std::int64_t) {
     return 0;
 }
-int CVariable::InitLoadRefresh(int, std::int64_t) {
+int CVariable::InitLoadRefresh(ValueKind, std::int64_t) {
     return 0;
 }
-int CVariable::InitReport(int, std::int64_t) {
+int CVariable::InitReport(ValueKind, std::int64_t) {
     return 0;
 }
-int CVariable::InitCalc(int, std::int64_t) {
+int CVariable::InitCalc(ValueKind, std::int64_t) {
     return 0;
 }
 int CVariable::SetLocked(bool) {
@@ -114,106 +114,106 @@ std::string CVariable::GetMaxVal() {
     return {};
 }
 
-int CVariableStored::GetValueType(int kind, int) {
+int CVariableStored::GetValueType(ValueKind kind, int) {
     CVal value;
     return GetValue(value, kind, 1) == 0 ? ValueType::Unreadable : value.GetType();
 }
 
-int CVariableStored::GetStatus(std::uint16_t* out, int kind) {
+int CVariableStored::GetStatus(std::uint16_t* out, ValueKind kind) {
     CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     *out = value.GetStatus();
     return 1;
 }
 
-int CVariableStored::SetStatus(std::uint16_t word, int kind) {
+int CVariableStored::SetStatus(std::uint16_t word, ValueKind kind) {
     CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     value.SetStatus(word);
     return SetValue(value, kind);
 }
 
-int CVariableStored::GetTime(std::int64_t* out, int kind) {
+int CVariableStored::GetTime(std::int64_t* out, ValueKind kind) {
     CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     *out = value.GetTime();
     return 1;
 }
 
-int CVariableStored::SetTime(std::int64_t time, int kind) {
+int CVariableStored::SetTime(std::int64_t time, ValueKind kind) {
     CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     value.SetTime(time);
     return SetValue(value, kind);
 }
 
-int CVariableStored::CopyFrom(CVariable* source, int kind) {
+int CVariableStored::CopyFrom(CVariable* source, ValueKind kind) {
     CVal value;
     if (source == nullptr || source->GetValue(value, kind, 1) == 0) return 0;
     return SetValue(value, kind);
 }
 
-int CVariableStored::GetNameValueText(std::string& out, int kind) {
+int CVariableStored::GetNameValueText(std::string& out, ValueKind kind) {
     CVal value;
     if (GetValue(value, kind, 0) == 0) return 0;
     out = GetName() + ':' + ValueToText(value);
     return 1;
 }
 
-int CVariableStored::SetValueText(std::string_view text, int) {
+int CVariableStored::SetValueText(std::string_view text, ValueKind) {
     return SetValue(CVal(text), KindCurrent);
 }
 
-int CVariableStored::IsReportLoaded(int) {
+int CVariableStored::IsReportLoaded(ValueKind) {
     return 1;
 }
-int CVariableStored::IsReportInited(int) {
+int CVariableStored::IsReportInited(ValueKind) {
     return 1;
 }
-int CVariableStored::RequestRange(int, std::int64_t, std::int64_t) {
+int CVariableStored::RequestRange(ValueKind, std::int64_t, std::int64_t) {
     return 1;
 }
-int CVariableStored::IsReady(int) {
+int CVariableStored::IsReady(ValueKind) {
     return 1;
 }
-int CVariableStored::PutValue(int, std::int64_t, const CVal&, bool) {
+int CVariableStored::PutValue(ValueKind, std::int64_t, const CVal&, bool) {
     return 1;
 }
-int CVariableStored::InitLoad(int, std::int64_t) {
+int CVariableStored::InitLoad(ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitLoadRefresh(int, std::int64_t) {
+int CVariableStored::InitLoadRefresh(ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitReport(int, std::int64_t) {
+int CVariableStored::InitReport(ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitCalc(int, std::int64_t) {
+int CVariableStored::InitCalc(ValueKind, std::int64_t) {
     return 1;
 }
 int CVariableStored::SetLocked(bool) {
     return 1;
 }
 
-int CVariableLocal::GetValue(CVal& out, int kind, int) {
+int CVariableLocal::GetValue(CVal& out, ValueKind kind, int) {
     if (kind < KindCurrent || kind > KindSpan) return 0;
     out = m_Values[kind - KindCurrent];
     return 1;
 }
 
-int CVariableLocal::SetValue(const CVal& value, int kind) {
+int CVariableLocal::SetValue(const CVal& value, ValueKind kind) {
     if (kind < KindCurrent || kind > KindSpan) return 0;
     m_Values[kind - KindCurrent] = value;
     return kind == KindHour ? 0 : 1;
 }
 
-int CVariableList::GetValue(CVal& out, int kind, int mode) {
+int CVariableList::GetValue(CVal& out, ValueKind kind, int mode) {
     if (kind != KindCurrent || !IsIteratorValid()) return 0;
     out = m_arrElements[static_cast<std::size_t>(m_nIterator)];
     return mode == 0 && (out.GetStatus() & Status::Unknown) != 0 ? 0 : 1;
 }
 
-int CVariableList::SetValue(const CVal& value, int kind) {
+int CVariableList::SetValue(const CVal& value, ValueKind kind) {
     if (kind != KindCurrent || !IsIteratorValid()) return 0;
     m_arrElements[static_cast<std::size_t>(m_nIterator)] = value;
     return 1;
@@ -265,43 +265,43 @@ VariableKind CVariablePointer::GetTargetKind() {
     return target == nullptr ? VariableNone : target->GetKind();
 }
 
-int CVariablePointer::GetValue(CVal& out, int kind, int mode) {
+int CVariablePointer::GetValue(CVal& out, ValueKind kind, int mode) {
     return Forward(0, &CVariable::GetValue, out, kind, mode);
 }
-int CVariablePointer::SetValue(const CVal& value, int kind) {
+int CVariablePointer::SetValue(const CVal& value, ValueKind kind) {
     return Forward(0, &CVariable::SetValue, value, kind);
 }
-int CVariablePointer::GetValueType(int kind, int mode) {
+int CVariablePointer::GetValueType(ValueKind kind, int mode) {
     return Forward(int{ValueType::Unreadable}, &CVariable::GetValueType, kind, mode);
 }
-int CVariablePointer::GetStatus(std::uint16_t* out, int kind) {
+int CVariablePointer::GetStatus(std::uint16_t* out, ValueKind kind) {
     return Forward(0, &CVariable::GetStatus, out, kind);
 }
-int CVariablePointer::SetStatus(std::uint16_t word, int kind) {
+int CVariablePointer::SetStatus(std::uint16_t word, ValueKind kind) {
     return Forward(0, &CVariable::SetStatus, word, kind);
 }
-int CVariablePointer::GetTime(std::int64_t* out, int kind) {
+int CVariablePointer::GetTime(std::int64_t* out, ValueKind kind) {
     return Forward(0, &CVariable::GetTime, out, kind);
 }
-int CVariablePointer::SetTime(std::int64_t time, int kind) {
+int CVariablePointer::SetTime(std::int64_t time, ValueKind kind) {
     return Forward(0, &CVariable::SetTime, time, kind);
 }
-int CVariablePointer::CopyFrom(CVariable* source, int kind) {
+int CVariablePointer::CopyFrom(CVariable* source, ValueKind kind) {
     return Forward(0, &CVariable::CopyFrom, source, kind);
 }
-int CVariablePointer::GetNameValueText(std::string& out, int kind) {
+int CVariablePointer::GetNameValueText(std::string& out, ValueKind kind) {
     return Forward(0, &CVariable::GetNameValueText, out, kind);
 }
-int CVariablePointer::SetValueText(std::string_view text, int kind) {
+int CVariablePointer::SetValueText(std::string_view text, ValueKind kind) {
     return Forward(0, &CVariable::SetValueText, text, kind);
 }
-int CVariablePointer::IsReportLoaded(int kind) {
+int CVariablePointer::IsReportLoaded(ValueKind kind) {
     return Forward(0, &CVariable::IsReportLoaded, kind);
 }
-int CVariablePointer::IsReportInited(int kind) {
+int CVariablePointer::IsReportInited(ValueKind kind) {
     return Forward(0, &CVariable::IsReportInited, kind);
 }
-int CVariablePointer::RequestRange(int kind, std::int64_t from, std::int64_t to) {
+int CVariablePointer::RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) {
     return Forward(0, &CVariable::RequestRange, kind, from, to);
 }
 std::int64_t CVariablePointer::GetRequestStart() {
@@ -310,25 +310,25 @@ std::int64_t CVariablePointer::GetRequestStart() {
 std::int64_t CVariablePointer::GetRequestEnd() {
     return Forward(std::int64_t{0}, &CVariable::GetRequestEnd);
 }
-int CVariablePointer::IsReady(int kind) {
+int CVariablePointer::IsReady(ValueKind kind) {
     return Forward(0, &CVariable::IsReady, kind);
 }
-int CVariablePointer::PutValue(int kind, std::int64_t time, const CVal& value, bool send) {
+int CVariablePointer::PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) {
     return Forward(0, &CVariable::PutValue, kind, time, value, send);
 }
 int CVariablePointer::FlushPuts(CArchiveValueList& list) {
     return Forward(0, &CVariable::FlushPuts, list);
 }
-int CVariablePointer::InitLoad(int kind, std::int64_t time) {
+int CVariablePointer::InitLoad(ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitLoad, kind, time);
 }
-int CVariablePointer::InitLoadRefresh(int kind, std::int64_t time) {
+int CVariablePointer::InitLoadRefresh(ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitLoadRefresh, kind, time);
 }
-int CVariablePointer::InitReport(int kind, std::int64_t time) {
+int CVariablePointer::InitReport(ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitReport, kind, time);
 }
-int CVariablePointer::InitCalc(int kind, std::int64_t time) {
+int CVariablePointer::InitCalc(ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitCalc, kind, time);
 }
 int CVariablePointer::SetLocked(bool flag) {

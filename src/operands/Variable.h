@@ -34,8 +34,8 @@ enum ReadResult : int {
     ReadUnavailable = 2,  // remote only: connected, and no usable value is there
 };
 
-// The `kind` of every operation is a ValueKind; times are seconds since 1970 GMT. An operation that
-// a class does not support answers 0 or an empty text, which is a defined answer and no failure.
+// Times are seconds since 1970 GMT. An operation that a class does not support answers 0 or an
+// empty text, which is a defined answer and no failure.
 class CVariable {
   public:
     explicit CVariable(std::string_view name) : m_strName(name) {}
@@ -47,28 +47,28 @@ class CVariable {
     const std::string& GetName() const { return m_strName; }
 
     // mode 0 refuses a value that the script may not use; mode 1 reads whatever is stored.
-    virtual int GetValue(CVal& out, int kind, int mode);
-    virtual int SetValue(const CVal& value, int kind);
-    virtual int GetValueType(int kind, int mode);  // Unreadable when it cannot be read
-    virtual int GetStatus(std::uint16_t* out, int kind);
-    virtual int SetStatus(std::uint16_t word, int kind);
-    virtual int GetTime(std::int64_t* out, int kind);
-    virtual int SetTime(std::int64_t time, int kind);
-    virtual int CopyFrom(CVariable* source, int kind);
-    virtual int GetNameValueText(std::string& out, int kind);  // "name:value"
-    virtual int SetValueText(std::string_view text, int kind);
-    virtual int IsReportLoaded(int kind);
-    virtual int IsReportInited(int kind);
-    virtual int RequestRange(int kind, std::int64_t from, std::int64_t to);
+    virtual int GetValue(CVal& out, ValueKind kind, int mode);
+    virtual int SetValue(const CVal& value, ValueKind kind);
+    virtual int GetValueType(ValueKind kind, int mode);  // Unreadable when it cannot be read
+    virtual int GetStatus(std::uint16_t* out, ValueKind kind);
+    virtual int SetStatus(std::uint16_t word, ValueKind kind);
+    virtual int GetTime(std::int64_t* out, ValueKind kind);
+    virtual int SetTime(std::int64_t time, ValueKind kind);
+    virtual int CopyFrom(CVariable* source, ValueKind kind);
+    virtual int GetNameValueText(std::string& out, ValueKind kind);  // "name:value"
+    virtual int SetValueText(std::string_view text, ValueKind kind);
+    virtual int IsReportLoaded(ValueKind kind);
+    virtual int IsReportInited(ValueKind kind);
+    virtual int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to);
     virtual std::int64_t GetRequestStart();
     virtual std::int64_t GetRequestEnd();
-    virtual int IsReady(int kind);
-    virtual int PutValue(int kind, std::int64_t time, const CVal& value, bool send);
+    virtual int IsReady(ValueKind kind);
+    virtual int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send);
     virtual int FlushPuts(CArchiveValueList& list);
-    virtual int InitLoad(int kind, std::int64_t time);
-    virtual int InitLoadRefresh(int kind, std::int64_t time);
-    virtual int InitReport(int kind, std::int64_t time);
-    virtual int InitCalc(int kind, std::int64_t time);
+    virtual int InitLoad(ValueKind kind, std::int64_t time);
+    virtual int InitLoadRefresh(ValueKind kind, std::int64_t time);
+    virtual int InitReport(ValueKind kind, std::int64_t time);
+    virtual int InitCalc(ValueKind kind, std::int64_t time);
     virtual int SetLocked(bool flag);
     virtual int SetIgnoreUnknown(bool flag);
     virtual CInterfaceObj* GetSourceRecord();
@@ -94,23 +94,23 @@ class CVariableStored : public CVariable {
   public:
     using CVariable::CVariable;
 
-    int GetValueType(int kind, int mode) override;
-    int GetStatus(std::uint16_t* out, int kind) override;
-    int SetStatus(std::uint16_t word, int kind) override;
-    int GetTime(std::int64_t* out, int kind) override;
-    int SetTime(std::int64_t time, int kind) override;
-    int CopyFrom(CVariable* source, int kind) override;
-    int GetNameValueText(std::string& out, int kind) override;
-    int SetValueText(std::string_view text, int kind) override;  // always the current value
-    int IsReportLoaded(int kind) override;
-    int IsReportInited(int kind) override;
-    int RequestRange(int kind, std::int64_t from, std::int64_t to) override;
-    int IsReady(int kind) override;
-    int PutValue(int kind, std::int64_t time, const CVal& value, bool send) override;
-    int InitLoad(int kind, std::int64_t time) override;
-    int InitLoadRefresh(int kind, std::int64_t time) override;
-    int InitReport(int kind, std::int64_t time) override;
-    int InitCalc(int kind, std::int64_t time) override;
+    int GetValueType(ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, ValueKind kind) override;
+    int SetStatus(std::uint16_t word, ValueKind kind) override;
+    int GetTime(std::int64_t* out, ValueKind kind) override;
+    int SetTime(std::int64_t time, ValueKind kind) override;
+    int CopyFrom(CVariable* source, ValueKind kind) override;
+    int GetNameValueText(std::string& out, ValueKind kind) override;
+    int SetValueText(std::string_view text, ValueKind kind) override;  // always the current value
+    int IsReportLoaded(ValueKind kind) override;
+    int IsReportInited(ValueKind kind) override;
+    int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) override;
+    int IsReady(ValueKind kind) override;
+    int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) override;
+    int InitLoad(ValueKind kind, std::int64_t time) override;
+    int InitLoadRefresh(ValueKind kind, std::int64_t time) override;
+    int InitReport(ValueKind kind, std::int64_t time) override;
+    int InitCalc(ValueKind kind, std::int64_t time) override;
     int SetLocked(bool flag) override;
 };
 
@@ -120,8 +120,9 @@ class CVariableLocal final : public CVariableStored {
     using CVariableStored::CVariableStored;
 
     VariableKind GetKind() const override { return VariableLocal; }
-    int GetValue(CVal& out, int kind, int mode) override;
-    int SetValue(const CVal& value, int kind) override;  // for KindHour: stored, and answers 0
+    int GetValue(CVal& out, ValueKind kind, int mode) override;
+    int SetValue(const CVal& value,
+                 ValueKind kind) override;  // for KindHour: stored, and answers 0
 
   private:
     CVal m_Values[5];
@@ -133,8 +134,8 @@ class CVariableList final : public CVariableStored {
     using CVariableStored::CVariableStored;
 
     VariableKind GetKind() const override { return VariableList; }
-    int GetValue(CVal& out, int kind, int mode) override;
-    int SetValue(const CVal& value, int kind) override;
+    int GetValue(CVal& out, ValueKind kind, int mode) override;
+    int SetValue(const CVal& value, ValueKind kind) override;
 
     void Add(const CVal& value) { m_arrElements.push_back(value); }
     void Reserve(std::size_t count) { m_arrElements.reserve(count); }  // ahead of so many additions
@@ -165,28 +166,28 @@ class CVariablePointer final : public CVariable {
     void SetTargetName(std::string_view name) { m_strTarget = name; }
     VariableKind GetTargetKind();
 
-    int GetValue(CVal& out, int kind, int mode) override;
-    int SetValue(const CVal& value, int kind) override;
-    int GetValueType(int kind, int mode) override;
-    int GetStatus(std::uint16_t* out, int kind) override;
-    int SetStatus(std::uint16_t word, int kind) override;
-    int GetTime(std::int64_t* out, int kind) override;
-    int SetTime(std::int64_t time, int kind) override;
-    int CopyFrom(CVariable* source, int kind) override;
-    int GetNameValueText(std::string& out, int kind) override;
-    int SetValueText(std::string_view text, int kind) override;
-    int IsReportLoaded(int kind) override;
-    int IsReportInited(int kind) override;
-    int RequestRange(int kind, std::int64_t from, std::int64_t to) override;
+    int GetValue(CVal& out, ValueKind kind, int mode) override;
+    int SetValue(const CVal& value, ValueKind kind) override;
+    int GetValueType(ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, ValueKind kind) override;
+    int SetStatus(std::uint16_t word, ValueKind kind) override;
+    int GetTime(std::int64_t* out, ValueKind kind) override;
+    int SetTime(std::int64_t time, ValueKind kind) override;
+    int CopyFrom(CVariable* source, ValueKind kind) override;
+    int GetNameValueText(std::string& out, ValueKind kind) override;
+    int SetValueText(std::string_view text, ValueKind kind) override;
+    int IsReportLoaded(ValueKind kind) override;
+    int IsReportInited(ValueKind kind) override;
+    int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) override;
     std::int64_t GetRequestStart() override;
     std::int64_t GetRequestEnd() override;
-    int IsReady(int kind) override;
-    int PutValue(int kind, std::int64_t time, const CVal& value, bool send) override;
+    int IsReady(ValueKind kind) override;
+    int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) override;
     int FlushPuts(CArchiveValueList& list) override;
-    int InitLoad(int kind, std::int64_t time) override;
-    int InitLoadRefresh(int kind, std::int64_t time) override;
-    int InitReport(int kind, std::int64_t time) override;
-    int InitCalc(int kind, std::int64_t time) override;
+    int InitLoad(ValueKind kind, std::int64_t time) override;
+    int InitLoadRefresh(ValueKind kind, std::int64_t time) override;
+    int InitReport(ValueKind kind, std::int64_t time) override;
+    int InitCalc(ValueKind kind, std::int64_t time) override;
     int SetLocked(bool flag) override;
     int SetIgnoreUnknown(bool flag) override;
     CInterfaceObj* GetSourceRecord() override;

@@ -3,19 +3,13 @@
 #include <algorithm>
 
 #include "text/CodePage.h"
+#include "text/Trim.h"
 
 namespace kalvex {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLineEnds = "\r\n";
-
-std::string_view Trim(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos) return {};
-    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
 
 bool IsQuoted(std::string_view value) {
     return value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
@@ -60,7 +54,7 @@ CIniText::Line CIniText::ParseLine(std::string_view text) {
     } else if (const std::size_t sign = whole.find('='); sign != std::string_view::npos) {
         line.kind = Kind::Entry;
         line.name = Trim(whole.substr(0, sign));
-        line.value = std::min(whole.find_first_not_of(kBlanks, sign + 1), whole.size());
+        line.value = std::min(whole.find_first_not_of(kBlanksAndTabs, sign + 1), whole.size());
     }
     return line;
 }

@@ -1,9 +1,7 @@
 #include "platform/NetworkAddress.h"
 
-#include <charconv>
-#include <system_error>
-
 #include "platform/AddressRange.h"
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
@@ -16,10 +14,10 @@ bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port) 
     } else if (name.find_first_of(":[]") != std::string_view::npos) {
         return false;
     }
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data() + colon + 1, end, port);
+    const auto number = ReadWholeNumber<std::uint16_t>(text.substr(colon + 1));
     host = name;
-    return !host.empty() && error == std::errc() && rest == end;
+    port = number.value_or(0);
+    return !host.empty() && number;
 }
 
 bool IsLoopback(std::string_view host) {

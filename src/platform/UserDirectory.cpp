@@ -1,23 +1,18 @@
 #include "platform/UserDirectory.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 
 #include "platform/AddressRange.h"
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
 namespace {
 
-constexpr int kHighestLevel = 100;
-
 std::optional<int> LevelOf(std::string_view right) {
-    int level = -1;
-    const auto [end, error] = std::from_chars(right.data(), right.data() + right.size(), level);
-    const bool whole = error == std::errc() && end == right.data() + right.size();
-    if (!whole || level < 0 || level > kHighestLevel) return std::nullopt;
-    return level;
+    const auto level = ReadWholeNumber<int>(right);
+    return level && *level >= 0 && *level <= kHighestLevel ? level : std::nullopt;
 }
 
 }  // namespace

@@ -11,6 +11,11 @@
 
 namespace kalvex {
 
+inline constexpr int kHighestLevel = 100;
+
+// Who comes without a login; no user can have the name.
+inline constexpr std::string_view kNobody = "NOBODY";
+
 struct UserRecord {
     std::string name;
     std::string description;

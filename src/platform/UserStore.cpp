@@ -4,6 +4,7 @@
 
 #include "platform/AddressRange.h"
 #include "platform/Files.h"
+#include "text/Characters.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -11,10 +12,7 @@ namespace kalvex {
 namespace {
 
 constexpr int kSchemaVersion = 1;
-constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kLongestDescription = 255;
-constexpr std::size_t kLongestPassword = 256;
-constexpr int kHighestLevel = 100;
 
 constexpr const char* kNameTaken = "Użytkownik o tej nazwie już istnieje";
 constexpr const char* kNoUser = "Brak użytkownika o tej nazwie";
@@ -39,19 +37,16 @@ constexpr const char* kSchema =
     "PRAGMA user_version = 1;";
 
 bool IsPrintable(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte < 0x20 || byte == 0x7f;
-    });
+    return std::none_of(text.begin(), text.end(), IsControl);
 }
 
 bool IsUserName(std::string_view name) {
-    return !name.empty() && name.size() <= kLongestName && IsPrintable(name) &&
-           name.find(':') == std::string_view::npos && !EqualNoCase(name, "NOBODY");
+    return !name.empty() && name.size() <= kLongestUserName && IsPrintable(name) &&
+           name.find(':') == std::string_view::npos && !EqualNoCase(name, kNobody);
 }
 
 bool IsGroupName(std::string_view name) {
-    return name.size() <= kLongestName && IsPrintable(name) &&
+    return name.size() <= kLongestUserName && IsPrintable(name) &&
            name.find_first_not_of("0123456789") != std::string_view::npos;
 }
 

@@ -2,6 +2,7 @@
 // the last one left. Main thread. Reasons are engine texts.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,10 @@
 #include "platform/UserDirectory.h"
 
 namespace kalvex {
+
+// In characters; the first holds for groups as well.
+inline constexpr std::size_t kLongestUserName = 64;
+inline constexpr std::size_t kLongestPassword = 256;
 
 class UserStore final : public UserDirectory {
   public:

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "server/ReportPeriods.h"
+#include "value/LocalTime.h"
 
 namespace kalvex {
 
 namespace {
 
-constexpr std::int64_t kFarthest = 62 * std::int64_t{86400};
+constexpr std::int64_t kFarthest = 62 * kSecondsPerDay;
 constexpr std::size_t kReportsTogether = 50;
 
 std::string ProgressName(ValueKind kind) {

@@ -1,5 +1,8 @@
 #include "server/ClientText.h"
 
+#include <algorithm>
+
+#include "text/Characters.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
@@ -15,9 +18,7 @@ constexpr const char* kFrom = " z ";
 // Bytes that would break a log line become "?".
 std::string Printable(std::string_view name) {
     std::string text(name.substr(0, kLongestName));
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-    }
+    std::replace_if(text.begin(), text.end(), IsControl, '?');
     return text;
 }
 

@@ -2,18 +2,13 @@
 
 #include <algorithm>
 
+#include "text/Trim.h"
+
 namespace kalvex {
 
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kBlanks = " \t";
-
-std::string_view Trimmed(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos) return {};
-    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
 
 // Takes a cell in quotes off the text, up to the separator; false when it is not well formed.
 bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
@@ -27,7 +22,7 @@ bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
         text.remove_prefix(1);
     }
     const std::size_t end = std::min(text.find(separator), text.size());
-    const bool nothingBehind = Trimmed(text.substr(0, end)).empty();
+    const bool nothingBehind = Trim(text.substr(0, end)).empty();
     text.remove_prefix(end);
     return nothingBehind;
 }
@@ -37,14 +32,14 @@ CsvRow ReadRow(std::string_view text, char separator, int line) {
     row.line = line;
     for (;;) {
         std::string& cell = row.cells.emplace_back();
-        const std::size_t begin = text.find_first_not_of(separator == '\t' ? " " : kBlanks);
+        const std::size_t begin = text.find_first_not_of(separator == '\t' ? " " : kBlanksAndTabs);
         if (begin != std::string_view::npos && text[begin] == '"') {
             text.remove_prefix(begin);
             row.closed = TakeQuoted(text, separator, cell) && row.closed;
             if (!row.closed) return row;
         } else {
             const std::size_t end = std::min(text.find(separator), text.size());
-            cell = Trimmed(text.substr(0, end));
+            cell = Trim(text.substr(0, end));
             text.remove_prefix(end);
         }
         if (text.empty()) return row;
@@ -65,7 +60,7 @@ std::vector<CsvRow> ReadCsv(std::string_view text) {
         std::string_view content = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
         if (!content.empty() && content.back() == '\r') content.remove_suffix(1);
-        if (Trimmed(content).empty() || content.front() == '#') continue;
+        if (Trim(content).empty() || content.front() == '#') continue;
         if (separator == 0) {
             const std::size_t first = content.find_first_of(",;\t");
             separator = first == std::string_view::npos ? ',' : content[first];

@@ -1,13 +1,14 @@
 #include "server/DefinitionKeys.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 #include "platform/NetworkAddress.h"
 #include "platform/UserDirectory.h"
 #include "platform/posix/AccountName.h"
+#include "text/Characters.h"
 #include "text/CodePage.h"
+#include "text/WholeNumber.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -15,7 +16,6 @@ namespace kalvex {
 namespace {
 
 constexpr std::size_t kLongestName = 255;
-constexpr std::size_t kLongestText = 65535;
 
 struct TypeRow {
     std::string_view word;
@@ -32,7 +32,7 @@ struct NobodyRow {
     NobodyAccess access;
 };
 
-constexpr NobodyRow kNobody[] = {
+constexpr NobodyRow kNobodyRows[] = {
     {"never", NobodyAccess::Never},
     {"local", NobodyAccess::Local},
     {"always", NobodyAccess::Always},
@@ -46,24 +46,17 @@ struct PeriodRow {
 constexpr PeriodRow kPeriods[] = {{"hour", KindHour}, {"day", KindDay}, {"month", KindMonth}};
 
 bool HasControls(std::string_view text) {
-    return std::any_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
-}
-
-bool ReadInteger(std::string_view text, std::int64_t& number) {
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && rest == end;
+    return std::any_of(text.begin(), text.end(), IsControl);
 }
 
 std::string SetInteger(std::int64_t& target, std::string_view text, std::int64_t least,
                        std::int64_t most) {
-    std::int64_t number = 0;
-    if (!ReadInteger(text, number) || number < least || number > most) {
+    const auto number = ReadWholeNumber<std::int64_t>(text);
+    if (!number || *number < least || *number > most) {
         return "oczekiwano liczby całkowitej od " + std::to_string(least) + " do " +
                std::to_string(most);
     }
-    target = number;
+    target = *number;
     return {};
 }
 
@@ -104,7 +97,7 @@ std::string SetServerName(Definitions& target, std::string_view, std::string_vie
 }
 
 std::string SetNobody(Definitions& target, std::string_view, std::string_view text) {
-    for (const NobodyRow& row : kNobody) {
+    for (const NobodyRow& row : kNobodyRows) {
         if (row.word != text) continue;
         target.nobody = row.access;
         return {};
@@ -283,14 +276,14 @@ constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
 constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
     {"name", SetName},
     {"type", SetType},
-    {"de", SetText},
-    {"nd", SetText},
-    {"un", SetText},
-    {"fo", SetText},
-    {"min", SetBound<&VariableConfig::minimum>},
-    {"max", SetBound<&VariableConfig::maximum>},
-    {"at", SetBits<&VariableConfig::archive>},
-    {"rt", SetBits<&VariableConfig::reports>},
+    {Attribute::Description, SetText},
+    {Attribute::DescName, SetText},
+    {Attribute::Unit, SetText},
+    {Attribute::DispFormat, SetText},
+    {Attribute::Minimum, SetBound<&VariableConfig::minimum>},
+    {Attribute::Maximum, SetBound<&VariableConfig::maximum>},
+    {Attribute::Archive, SetBits<&VariableConfig::archive>},
+    {Attribute::Reports, SetBits<&VariableConfig::reports>},
     {"pa", SetText},
     {"report", SetRule},
     {"value", SetInitial},
@@ -298,10 +291,6 @@ constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
 };
 
 }  // namespace
-
-unsigned ReportBit(ValueKind kind) {
-    return kind >= KindHour && kind <= KindSpan ? 1u << (kind - 1) : 0;
-}
 
 std::span<const DefinitionSection> DefinitionSections() {
     return kSections;
@@ -354,7 +343,7 @@ std::string CheckVariable(const VariableConfig& variable, std::string& key) {
         return "brak nazwy zmiennej";
     }
     if (variable.minimum && variable.maximum && *variable.minimum > *variable.maximum) {
-        key = "min";
+        key = Attribute::Minimum;
         return "min nie może być większe od max";
     }
     CVal initial(variable.initial);

@@ -2,6 +2,7 @@
 // from one TOML file and the CSV files that it names; docs/data-server.md is the reference.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -12,19 +13,13 @@
 #include "server/ReportComputing.h"
 #include "server/Signals.h"
 #include "value/Value.h"
+#include "vantrel/Attributes.h"
+#include "vantrel/Messages.h"
 
 namespace kalvex {
 
-// Bits of the attribute "at".
-namespace ArchiveBit {
-inline constexpr unsigned Changes = 2;
-inline constexpr unsigned Samples = 4;
-inline constexpr unsigned Clients = 32;
-inline constexpr unsigned Any = Changes | Samples | Clients;
-}  // namespace ArchiveBit
-
-// The bit of the attribute "rt" for a report kind, 0 for any other kind.
-unsigned ReportBit(ValueKind kind);
+// Of the text of an attribute or a value, in bytes.
+inline constexpr std::size_t kLongestText = 65535;
 
 struct VariableConfig {
     std::string name;
@@ -32,8 +27,8 @@ struct VariableConfig {
     std::map<std::string, std::string> attributes;  // what clients are told: "de", "nd", ...
     std::optional<double> minimum;
     std::optional<double> maximum;
-    unsigned archive = 0;  // "at"
-    unsigned reports = 0;  // "rt"
+    unsigned archive = 0;  // ArchiveBit
+    unsigned reports = 0;  // ReportBit
     ReportRule rule = ReportRule::Mean;
     std::string initial;  // the text of the value that a new variable has; empty: none
     std::optional<Signal> signal;
@@ -47,9 +42,8 @@ struct AccessRule {
 
 enum class NobodyAccess { Never, Local, Always };
 
-// The highest that `clients` and `variables` can be.
+// The highest that `clients` can be; that of `variables` is kMostVariables.
 inline constexpr std::int64_t kMostClients = 10'000;
-inline constexpr std::int64_t kMostVariables = 1'000'000;
 
 struct Definitions {
     std::string name = "sorvaned";

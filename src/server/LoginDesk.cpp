@@ -9,15 +9,12 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::size_t kLongestUser = 64;
-constexpr std::size_t kLongestPassword = 256;
-
 constexpr const char* kWrong = "brak uprawnień";
 constexpr const char* kTooOften = "zbyt wiele nieudanych prób, następna możliwa za ";
 constexpr const char* kOtherVersion = "inna wersja protokołu";
 
 bool IsNobody(const LoginRequest& request) {
-    return request.password.empty() && (request.user.empty() || request.user == "NOBODY");
+    return request.password.empty() && (request.user.empty() || request.user == kNobody);
 }
 
 }  // namespace
@@ -37,7 +34,7 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
         return true;
     }
     verdict = {LoginWrong, FromUtf8(kWrong), {}};
-    if (request.user.size() > kLongestUser || request.password.size() > kLongestPassword) {
+    if (request.user.size() > kLongestUserName || request.password.size() > kLongestPassword) {
         return true;
     }
     const std::int64_t wait = m_gate.Wait(pending.address, request.user, m_clock.Now());
@@ -49,7 +46,7 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
         const bool local = pending.address.empty();
         if (m_eNobody == NobodyAccess::Always || (m_eNobody == NobodyAccess::Local && local)) {
             verdict = {LoginOk, {}, {}};
-            verdict.user.name = "NOBODY";
+            verdict.user.name = kNobody;
         }
         return true;
     }

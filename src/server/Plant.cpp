@@ -9,8 +9,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::size_t kLongestText = 65535;
-
 CVal NoValue() {
     CVal value;
     value.SetStatus(Status::Unknown);
@@ -114,7 +112,7 @@ VariableDefinition DefinitionOf(const VariableConfig& config) {
 }
 
 bool ConvertWritten(const VariableConfig& config, ValueKind kind, CVal& value) {
-    const bool isReport = kind >= KindHour && kind <= KindSpan;
+    const bool isReport = IsReport(kind);
     const std::uint16_t type = value.GetType();
     if (type == ValueType::None) {
         value.AddStatus(Status::Unknown);

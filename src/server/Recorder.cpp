@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "text/CodePage.h"
+#include "value/LocalTime.h"
 #include "value/Status.h"
 
 namespace kalvex {
@@ -12,8 +13,6 @@ namespace {
 
 constexpr const char* kBusy = "zbyt wiele danych czeka na zapis";
 constexpr const char* kAlive = "alive";
-constexpr std::size_t kHour = 3600;
-constexpr std::int64_t kDay = 86400;
 
 }  // namespace
 
@@ -98,10 +97,10 @@ void Recorder::Submit() {
 void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {
     if (keepDays == 0 || m_plant.Size() == 0) return;
     std::vector<StoreOperation> operations;
-    for (std::size_t count = m_plant.Size() / kHour + 1; count > 0; --count) {
+    for (std::size_t count = m_plant.Size() / kSecondsPerHour + 1; count > 0; --count) {
         m_nNextRemoval = (m_nNextRemoval + 1) % m_plant.Size();
         operations.emplace_back(
-            RemoveArchive{m_plant.At(m_nNextRemoval).id, now - keepDays * kDay});
+            RemoveArchive{m_plant.At(m_nNextRemoval).id, now - keepDays * kSecondsPerDay});
     }
     m_store.Submit(std::move(operations), Store::Urgency::Background, {});
 }

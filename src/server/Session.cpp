@@ -17,8 +17,6 @@ namespace {
 constexpr std::size_t kLongestClientName = 255;
 constexpr std::size_t kDefinitionsTogether = 500;
 constexpr std::size_t kValuesTogether = 1000;
-// Messages under way beyond which the client counts as slow.
-constexpr std::size_t kMostBacklog = 8;
 
 constexpr std::uint16_t kNoVariable = 0;
 

@@ -16,17 +16,12 @@ namespace {
 constexpr std::size_t kMostReads = 1000;
 constexpr std::size_t kMostArchiveValues = 100000;
 constexpr std::int64_t kPieceValues = 2000;
-constexpr std::size_t kMostBacklog = 8;
 
 constexpr const char* kManyReads = "zbyt wiele odczytów naraz";
 constexpr const char* kManyValues = "zbyt wiele wartości w jednym zapisie";
 constexpr const char* kRefusedWrite = "brak prawa do zapisu zmiennej ";
 constexpr const char* kRefusedOrder =
     "polecenie dla danych raportowych albo archiwalnych odrzucone";
-
-bool IsReport(ValueKind kind) {
-    return kind >= KindHour && kind <= KindSpan;
-}
 
 bool IsTime(std::int64_t time) {
     return time >= 0 && time <= kLargestTime;
@@ -50,7 +45,7 @@ void Session::Receive(ReadRequests& message) {
 
 std::uint16_t Session::StartReading(const ReadRequest& request) {
     if (request.id == 0 || m_mapReads.count(request.id) != 0) return ResultBadRequest;
-    if (!IsReport(request.kind) && request.kind != KindArchive) return ResultBadRequest;
+    if (!IsStored(request.kind)) return ResultBadRequest;
     if (m_mapReads.size() >= kMostReads) {
         TellOnce(kManyReads);
         return ResultBadRequest;

@@ -63,10 +63,6 @@ CVal ReadValue(const SqliteStatement& row, int column) {
     return value;
 }
 
-bool IsReport(ValueKind kind) {
-    return kind >= KindHour && kind <= KindSpan;
-}
-
 bool IsSame(const CVal& a, const CVal& b) {
     return a.GetType() == b.GetType() && a.GetStatus() == b.GetStatus() && a == b;
 }

@@ -1,5 +1,6 @@
 #include "sources/ClientInterface.h"
 
+#include "platform/UserDirectory.h"
 #include "sources/VariableRemote.h"
 
 namespace kalvex {
@@ -7,7 +8,6 @@ namespace kalvex {
 namespace {
 
 constexpr std::uint16_t kModuleType = 23;
-constexpr std::string_view kNobody = "NOBODY";
 
 }  // namespace
 
@@ -42,25 +42,28 @@ bool CClientInterface::IsConnected(std::string_view source) const {
 // ---- registration
 
 CVarVal* CClientInterface::RegisterPlain(std::string_view source, std::string_view variable) {
-    CVarVal* registered = m_SourceList.RegisterVariable(source, variable, nullptr);
+    CVarVal* registered = m_SourceList.RegisterVariable(source, variable);
     SubscribeUnlessBlocked();
     return registered;
 }
 
 CVarVal* CClientInterface::RegisterOwner(CInterfaceObj& owner) {
-    CVarVal* registered =
-        m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable(), &owner);
+    CVarVal* registered = m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable());
+    if (registered != nullptr) owner.GetConnection()->AttachVarOwner(*registered, owner);
     SubscribeUnlessBlocked();
     return registered;
 }
 
 void CClientInterface::UnregisterPlain(std::string_view source, std::string_view variable) {
-    m_SourceList.UnRegisterVariable(source, variable, nullptr);
+    m_SourceList.UnRegisterVariable(source, variable);
     SubscribeUnlessBlocked();
 }
 
 void CClientInterface::UnregisterOwner(CInterfaceObj& owner) {
-    m_SourceList.UnRegisterVariable(owner.GetSource(), owner.GetVariable(), &owner);
+    if (CInterfaceClientConnection* connection = owner.GetConnection()) {
+        connection->DetachVarOwner(owner);
+    }
+    m_SourceList.UnRegisterVariable(owner.GetSource(), owner.GetVariable());
     SubscribeUnlessBlocked();
 }
 
@@ -92,12 +95,13 @@ bool CClientInterface::ModifyCurrentByName(std::string_view source, std::string_
 
 // ---- notification of report changes
 
-bool CClientInterface::AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) {
+bool CClientInterface::AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) {
     CInterfaceClientConnection* connection = FindConnection(source);
     return connection != nullptr && connection->AddNotifyDoc(kind, document);
 }
 
-void CClientInterface::RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) {
+void CClientInterface::RemoveNotifyDoc(ValueKind kind, std::string_view source,
+                                       CKalvexDoc& document) {
     if (CInterfaceClientConnection* connection = FindConnection(source)) {
         connection->RemoveNotifyDoc(kind, document);
     }
@@ -129,10 +133,6 @@ std::optional<std::vector<std::string>> CClientInterface::GetVariableNames(
     names.reserve(list.size());
     for (const CVarDefInfo& definition : list) names.push_back(definition.GetName());
     return names;
-}
-
-void CClientInterface::OnAnswer(ValueKind kind, const CRequestRecord& record) {
-    static_cast<CInterfaceObj*>(record.context)->ApplyAnswer(kind, record);
 }
 
 }  // namespace kalvex

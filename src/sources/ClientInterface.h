@@ -1,5 +1,5 @@
-// The data sources of the process: the connections, the registration of remote variables, and the
-// place where the answers to report requests arrive. Main thread.
+// The data sources of the process: the connections and the registration of remote variables. Main
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -59,7 +59,7 @@ class CInterfaceSourceList final : public CSourceList {
 };
 
 // Outlives the documents.
-class CClientInterface final : public CScriptSources, public CAnswerWindow {
+class CClientInterface final : public CScriptSources {
   public:
     explicit CClientInterface(SourceServices services)
         : m_services(std::move(services)), m_SourceList(m_services) {}
@@ -83,16 +83,14 @@ class CClientInterface final : public CScriptSources, public CAnswerWindow {
     // True when the source has a connection.
     bool ModifyCurrentByName(std::string_view source, std::string_view variable, const CVal& value);
 
-    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) override;
-    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc& document) override;
+    bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) override;
+    void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) override;
 
     std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
                                             std::string_view source,
                                             std::string_view variable) override;
     void ReleaseRemote(CVariable& variable) override;
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override;
-
-    void OnAnswer(ValueKind kind, const CRequestRecord& record) override;
 
   private:
     void SubscribeUnlessBlocked();

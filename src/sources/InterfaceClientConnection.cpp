@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/UserDirectory.h"
 #include "sources/ClientInterface.h"
 #include "sources/ReportNotifications.h"
 #include "text/CodePage.h"
@@ -13,8 +14,6 @@ namespace {
 
 constexpr std::uint32_t kConsoleWishes = 833;
 static_assert((kConsoleWishes & SubscribeFlag::LogMessages) != 0);
-
-constexpr std::string_view kNobody = "NOBODY";
 
 struct FaultRow {
     ConnectionFault fault;
@@ -30,8 +29,7 @@ constexpr FaultRow kFaults[] = {
     {ConnectionFault::Receive, "Błąd odbioru pakietu od %s (%s)", true},
 };
 
-// In the order of the kinds from the hour report on.
-constexpr const char* kReportModifyErrors[] = {
+constexpr std::array<const char*, kReportKinds.size()> kReportModifyErrors = {
     "Błąd modyfikacji raportu godzinowego",
     "Błąd modyfikacji raportu dobowego",
     "Błąd modyfikacji raportu miesięcznego",
@@ -63,16 +61,16 @@ std::unique_ptr<CVarVal> CInterfaceClientConnection::CreateVarVal(std::string_vi
     return variable;
 }
 
-void CInterfaceClientConnection::AttachVarOwner(CVarVal& variable, CVarOwner* owner) {
-    CInterfaceObj& link = static_cast<CInterfaceObj&>(*owner);
-    Registered(variable).AddOwner(link);
-    link.SetVarVal(&Registered(variable));
+void CInterfaceClientConnection::AttachVarOwner(CVarVal& variable, CInterfaceObj& owner) {
+    Registered(variable).AddOwner(owner);
+    owner.SetVarVal(&Registered(variable));
 }
 
-void CInterfaceClientConnection::DetachVarOwner(CVarVal& variable, CVarOwner* owner) {
-    CInterfaceObj& link = static_cast<CInterfaceObj&>(*owner);
-    link.SetVarVal(nullptr);
-    Registered(variable).RemoveOwner(link);
+void CInterfaceClientConnection::DetachVarOwner(CInterfaceObj& owner) {
+    owner.SetVarVal(nullptr);
+    if (CVarVal* variable = GetVarVal(owner.GetVariable())) {
+        Registered(*variable).RemoveOwner(owner);
+    }
 }
 
 bool CInterfaceClientConnection::IsVarInUse(const CVarVal& variable) const {
@@ -171,7 +169,7 @@ void CInterfaceClientConnection::OnCurrentDataModifyAck(const CRequestRecord& re
 }
 
 void CInterfaceClientConnection::OnReportModifyError(ValueKind kind, const CRequestRecord& record) {
-    LogVariableError(m_services.translator.Translate(kReportModifyErrors[kind - KindHour]),
+    LogVariableError(m_services.translator.Translate(kReportModifyErrors[ReportIndex(kind)]),
                      record.variable);
 }
 
@@ -183,12 +181,11 @@ void CInterfaceClientConnection::OnReportChange(ValueKind kind, std::int64_t tim
     }
 }
 
-std::vector<CKalvexDoc*>* CInterfaceClientConnection::FindNotifyDocs(int kind) {
-    if (kind < KindHour || kind > KindSpan) return nullptr;
-    return &m_arrNotifyDocs[static_cast<std::size_t>(kind - KindHour)];
+std::vector<CKalvexDoc*>* CInterfaceClientConnection::FindNotifyDocs(ValueKind kind) {
+    return IsReport(kind) ? &m_arrNotifyDocs[ReportIndex(kind)] : nullptr;
 }
 
-bool CInterfaceClientConnection::AddNotifyDoc(int kind, CKalvexDoc& document) {
+bool CInterfaceClientConnection::AddNotifyDoc(ValueKind kind, CKalvexDoc& document) {
     std::vector<CKalvexDoc*>* documents = FindNotifyDocs(kind);
     if (documents == nullptr) return false;
     if (std::find(documents->begin(), documents->end(), &document) != documents->end()) {
@@ -198,7 +195,7 @@ bool CInterfaceClientConnection::AddNotifyDoc(int kind, CKalvexDoc& document) {
     return true;
 }
 
-void CInterfaceClientConnection::RemoveNotifyDoc(int kind, CKalvexDoc& document) {
+void CInterfaceClientConnection::RemoveNotifyDoc(ValueKind kind, CKalvexDoc& document) {
     if (std::vector<CKalvexDoc*>* documents = FindNotifyDocs(kind)) {
         std::erase(*documents, &document);
     }

@@ -46,10 +46,15 @@ class CInterfaceClientConnection : public CClientConnection {
     // The login of the source, or that of the user at the keyboard where the source has none.
     void GetLoginData(std::string& user, std::string& password) const override;
 
+    // Binds a link to its variable, which has been registered, and lets it go before the variable
+    // is unregistered.
+    void AttachVarOwner(CVarVal& variable, CInterfaceObj& owner);
+    void DetachVarOwner(CInterfaceObj& owner);
+
     // Documents that hear of changes in reports of a kind, each once; false when the kind is none
     // of a report or the document is there already. Not owned.
-    bool AddNotifyDoc(int kind, CKalvexDoc& document);
-    void RemoveNotifyDoc(int kind, CKalvexDoc& document);
+    bool AddNotifyDoc(ValueKind kind, CKalvexDoc& document);
+    void RemoveNotifyDoc(ValueKind kind, CKalvexDoc& document);
 
     // Logs an error about a server variable in the terms of each script that uses it. The text with
     // the variable's name in brackets behind it.
@@ -57,8 +62,6 @@ class CInterfaceClientConnection : public CClientConnection {
 
   protected:
     std::unique_ptr<CVarVal> CreateVarVal(std::string_view name) override;
-    void AttachVarOwner(CVarVal& variable, CVarOwner* owner) override;
-    void DetachVarOwner(CVarVal& variable, CVarOwner* owner) override;
     bool IsVarInUse(const CVarVal& variable) const override;
     std::uint32_t GetSubscribeFlags(const CVarVal& variable) const override;
 
@@ -75,11 +78,11 @@ class CInterfaceClientConnection : public CClientConnection {
 
   private:
     void Log(const char* polish, std::initializer_list<std::string_view> arguments, int level);
-    std::vector<CKalvexDoc*>* FindNotifyDocs(int kind);
+    std::vector<CKalvexDoc*>* FindNotifyDocs(ValueKind kind);
 
     SourceServices& m_services;
     bool m_fDataReady = false;
-    std::array<std::vector<CKalvexDoc*>, 4> m_arrNotifyDocs;  // hour, day, month, span
+    std::array<std::vector<CKalvexDoc*>, kReportKinds.size()> m_arrNotifyDocs;
 };
 
 }  // namespace kalvex

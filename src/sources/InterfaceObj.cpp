@@ -6,14 +6,9 @@ namespace kalvex {
 
 namespace {
 
-CVal Marked(const CVal& value) {
-    CVal marked = value;
-    marked.AddStatus(Status::Supervisory);
-    return marked;
-}
-
-bool IsReport(int kind) {
-    return kind >= KindHour && kind <= KindSpan;
+CVal Marked(CVal value) {
+    value.AddStatus(Status::Supervisory);
+    return value;
 }
 
 }  // namespace
@@ -32,21 +27,21 @@ CVal* CInterfaceObj::CurrentValue() {
     return m_pVarVal == nullptr ? nullptr : &m_pVarVal->Value();
 }
 
-CReportSlot* CInterfaceObj::FindSlot(int kind) {
-    return IsReport(kind) ? &m_Slots[static_cast<std::size_t>(kind - KindHour)] : nullptr;
+CReportSlot* CInterfaceObj::FindSlot(ValueKind kind) {
+    return IsReport(kind) ? &m_Slots[ReportIndex(kind)] : nullptr;
 }
 
-CInterfaceObj::Outstanding CInterfaceObj::FindRequest(int kind) {
+CInterfaceObj::Outstanding CInterfaceObj::FindRequest(ValueKind kind) {
     if (kind == KindArchive) return {&m_nArchRequest, &m_eArchState};
     CReportSlot* slot = FindSlot(kind);
     return {&slot->m_nRequest, &slot->m_eState};
 }
 
-RequestState CInterfaceObj::GetRequestState(int kind) {
+RequestState CInterfaceObj::GetRequestState(ValueKind kind) {
     return *FindRequest(kind).state;
 }
 
-bool CInterfaceObj::IsUsable(int kind) {
+bool CInterfaceObj::IsUsable(ValueKind kind) {
     const CVal* value = nullptr;
     if (kind == KindCurrent) {
         value = CurrentValue();
@@ -58,7 +53,7 @@ bool CInterfaceObj::IsUsable(int kind) {
     return value->GetType() != ValueType::None;
 }
 
-void CInterfaceObj::ReadValue(CVal& out, int kind, bool skipCheck) {
+void CInterfaceObj::ReadValue(CVal& out, ValueKind kind, bool skipCheck) {
     out = CVal();
     if (!skipCheck && !IsUsable(kind)) return;
     if (kind == KindCurrent) {
@@ -68,10 +63,9 @@ void CInterfaceObj::ReadValue(CVal& out, int kind, bool skipCheck) {
     }
 }
 
-bool CInterfaceObj::IsAnswered(int kind) {
+bool CInterfaceObj::IsAnswered(ValueKind kind) {
     if (kind == KindCurrent) return true;
-    if (!IsReport(kind) && kind != KindArchive) return false;
-    return GetRequestState(kind) != RequestWaiting;
+    return IsStored(kind) && GetRequestState(kind) != RequestWaiting;
 }
 
 void CInterfaceObj::SetLocked(bool flag) {
@@ -79,38 +73,39 @@ void CInterfaceObj::SetLocked(bool flag) {
     if (flag && m_pVarVal != nullptr) m_LockedVal = m_pVarVal->Value();
 }
 
-bool CInterfaceObj::Write(const CVal& value) {
+bool CInterfaceObj::Write(CVal value) {
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
-    const CVal marked = Marked(value);
+    CVal marked = Marked(std::move(value));
     connection->AddCurrentDataModifyRequest(m_strVariable, marked);
     connection->MakeCurrentDataModifyRequest();
     CVal* target = CurrentValue();
     if (target == nullptr) return false;
-    *target = marked;
+    *target = std::move(marked);
     return true;
 }
 
-void CInterfaceObj::Assign(int kind, const CVal& value) {
+void CInterfaceObj::Assign(ValueKind kind, CVal value) {
     Cancel(kind);
     CReportSlot& slot = *FindSlot(kind);
     slot.m_eState = RequestReady;
-    slot.m_Value = Marked(value);
+    slot.m_Value = Marked(std::move(value));
 }
 
 // Without a connection the state stays, for there is nobody to tell.
-void CInterfaceObj::Cancel(int kind) {
+void CInterfaceObj::Cancel(ValueKind kind) {
     const Outstanding request = FindRequest(kind);
     if (*request.state != RequestWaiting) return;
-    GetConnection()->CancelDataRequest(static_cast<ValueKind>(kind), *request.id);
+    GetConnection()->CancelDataRequest(kind, *request.id);
     *request.state = RequestNone;
 }
 
 void CInterfaceObj::CancelAll() {
-    for (int kind = KindHour; kind <= KindArchive; ++kind) Cancel(kind);
+    for (const ValueKind kind : kReportKinds) Cancel(kind);
+    Cancel(KindArchive);
 }
 
-bool CInterfaceObj::Request(int kind, std::int64_t from, std::int64_t to) {
+bool CInterfaceObj::Request(ValueKind kind, std::int64_t from, std::int64_t to) {
     Cancel(kind);
     m_ArchValues.RemoveAll();
     const Outstanding request = FindRequest(kind);
@@ -120,14 +115,14 @@ bool CInterfaceObj::Request(int kind, std::int64_t from, std::int64_t to) {
         return false;
     }
     const bool single = IsReport(kind) && from == to;
-    *request.id = connection->AddDataRequest(static_cast<ValueKind>(kind), m_strVariable, from, to,
-                                             single ? nullptr : &m_ArchValues, m_client, this);
+    *request.id = connection->AddDataRequest(kind, m_strVariable, from, to,
+                                             single ? nullptr : &m_ArchValues, *this);
     *request.state = RequestWaiting;
-    connection->MakeDataRequest(static_cast<ValueKind>(kind));
+    connection->MakeDataRequest(kind);
     return true;
 }
 
-void CInterfaceObj::ApplyAnswer(ValueKind kind, const CRequestRecord& record) {
+void CInterfaceObj::OnAnswer(ValueKind kind, CRequestRecord record) {
     RequestState& state = *FindRequest(kind).state;
     const bool failed = record.result != ResultOk;
     state = failed ? RequestFailed : RequestReady;
@@ -137,17 +132,16 @@ void CInterfaceObj::ApplyAnswer(ValueKind kind, const CRequestRecord& record) {
         slot->m_Value.SetType(ValueType::None);
         slot->m_Value.SetStatus(Status::Unknown);
     } else if (record.list == nullptr) {
-        slot->m_Value = record.value;
+        slot->m_Value = std::move(record.value);
     }
 }
 
-bool CInterfaceObj::Put(int kind, std::int64_t time, const CVal& value, bool send) {
+bool CInterfaceObj::Put(ValueKind kind, std::int64_t time, CVal value, bool send) {
     if (!IsReport(kind)) return false;
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
-    connection->AddReportModifyRequest(static_cast<ValueKind>(kind), m_strVariable, time,
-                                       Marked(value));
-    if (send) connection->MakeDataRequest(static_cast<ValueKind>(kind));
+    connection->AddReportModifyRequest(kind, m_strVariable, time, Marked(std::move(value)));
+    if (send) connection->MakeDataRequest(kind);
     return true;
 }
 
@@ -161,10 +155,10 @@ bool CInterfaceObj::PutArchive(CArchiveValueList& list) {
     return true;
 }
 
-bool CInterfaceObj::Order(PeriodAction action, int kind, std::int64_t time) {
+bool CInterfaceObj::Order(PeriodAction action, ValueKind kind, std::int64_t time) {
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
-    connection->MakePeriodRequest(action, static_cast<ValueKind>(kind), m_strVariable, time);
+    connection->MakePeriodRequest(action, kind, m_strVariable, time);
     return true;
 }
 

@@ -12,7 +12,6 @@
 #include "value/Status.h"
 #include "value/Value.h"
 #include "vantrel/Requests.h"
-#include "vantrel/VarVal.h"
 
 namespace kalvex {
 
@@ -33,7 +32,7 @@ struct CReportSlot {
     RequestState m_eState = RequestNone;
 };
 
-class CInterfaceObj final : public CVarOwner {
+class CInterfaceObj final : public CAnswerWindow {
   public:
     CInterfaceObj(CKalvexDoc& document, CClientInterface& client, std::string_view source,
                   std::string_view variable);
@@ -54,15 +53,15 @@ class CInterfaceObj final : public CVarOwner {
     CVal* CurrentValue();
 
     // A value may be read: it is there and not unknown, unless unknown values are to be taken.
-    bool IsUsable(int kind);
+    bool IsUsable(ValueKind kind);
     // Empty where nothing is to be had, and for an unusable value unless the check is skipped.
-    void ReadValue(CVal& out, int kind, bool skipCheck);
+    void ReadValue(CVal& out, ValueKind kind, bool skipCheck);
 
     // The slot of a report kind, null for another kind.
-    CReportSlot* FindSlot(int kind);
+    CReportSlot* FindSlot(ValueKind kind);
     // No answer is outstanding; true for the current value.
-    bool IsAnswered(int kind);
-    RequestState GetRequestState(int kind);  // of a report kind or the archive
+    bool IsAnswered(ValueKind kind);
+    RequestState GetRequestState(ValueKind kind);  // of a report kind or the archive
     const CArchiveValueList& GetArchValues() const { return m_ArchValues; }
 
     bool IsLocked() const { return m_fLocked; }
@@ -71,17 +70,16 @@ class CInterfaceObj final : public CVarOwner {
     void SetIgnoreUnknown(bool flag) { m_fIgnoreUnknown = flag; }
 
     // False without a connection, in which case nothing happens to the server's data.
-    bool Write(const CVal& value);  // the current value, here and on the server
-    void Assign(int kind, const CVal& value);
-    bool Request(int kind, std::int64_t from, std::int64_t to);
-    bool Put(int kind, std::int64_t time, const CVal& value, bool send);
+    bool Write(CVal value);  // the current value, here and on the server
+    void Assign(ValueKind kind, CVal value);
+    bool Request(ValueKind kind, std::int64_t from, std::int64_t to);
+    bool Put(ValueKind kind, std::int64_t time, CVal value, bool send);
     bool PutArchive(CArchiveValueList& list);
-    bool Order(PeriodAction action, int kind, std::int64_t time);
+    bool Order(PeriodAction action, ValueKind kind, std::int64_t time);
 
     // Lets go of all that waits for the server.
     void CancelAll();
-    // The answer to a request; the list is null for a failed one.
-    void ApplyAnswer(ValueKind kind, const CRequestRecord& record);
+    void OnAnswer(ValueKind kind, CRequestRecord record) override;
 
   private:
     struct Outstanding {
@@ -89,8 +87,8 @@ class CInterfaceObj final : public CVarOwner {
         RequestState* state;
     };
 
-    Outstanding FindRequest(int kind);
-    void Cancel(int kind);
+    Outstanding FindRequest(ValueKind kind);
+    void Cancel(ValueKind kind);
 
     CKalvexDoc& m_document;
     CClientInterface& m_client;
@@ -101,7 +99,7 @@ class CInterfaceObj final : public CVarOwner {
     CVal m_LockedVal;
     bool m_fLocked = false;
     bool m_fIgnoreUnknown = false;
-    std::array<CReportSlot, 4> m_Slots;  // hour, day, month, span
+    std::array<CReportSlot, kReportKinds.size()> m_Slots;
     CArchiveValueList m_ArchValues;
     RequestId m_nArchRequest = 0;
     RequestState m_eArchState = RequestNone;

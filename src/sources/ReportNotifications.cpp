@@ -1,6 +1,7 @@
 #include "sources/ReportNotifications.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "sources/SourceFamilies.h"
 #include "text/LineScanner.h"
@@ -10,13 +11,13 @@ namespace kalvex {
 namespace {
 
 // The kind for one of the four words of reports.
-int ReportKind(std::string_view word) {
+ValueKind ReportKind(std::string_view word) {
     const ValueKind kind = KindFromWord(word);
-    return kind >= KindHour && kind <= KindSpan ? kind : KindNone;
+    return IsReport(kind) ? kind : KindNone;
 }
 
 LineOutcome Enable(StatementCall& call, bool enable) {
-    const int kind = ReportKind(NextToken(call.rest));
+    const ValueKind kind = ReportKind(NextToken(call.rest));
     const std::string_view source = NextToken(call.rest);
     CScriptSources* sources = call.document.Services().sources;
     if (sources == nullptr || kind == KindNone) return LineOutcome::Failed;
@@ -47,31 +48,30 @@ CReportNotifications& CReportNotifications::Of(CKalvexDoc& document) {
 }
 
 void CReportNotifications::ClearRunState() {
-    for (std::size_t i = 0; i < m_arrRecords.size(); ++i) {
-        for (const CNotifyRecord& record : m_arrRecords[i]) {
-            m_document.Services().sources->RemoveNotifyDoc(static_cast<int>(i) + KindHour,
-                                                           record.strSource, m_document);
+    for (const ValueKind kind : kReportKinds) {
+        for (const CNotifyRecord& record : std::exchange(m_arrRecords[ReportIndex(kind)], {})) {
+            m_document.Services().sources->RemoveNotifyDoc(kind, record.strSource, m_document);
         }
-        m_arrRecords[i].clear();
     }
 }
 
-CNotifyRecord* CReportNotifications::Find(int kind, std::string_view source) {
-    if (kind < KindHour || kind > KindSpan) return nullptr;
-    std::vector<CNotifyRecord>& records = m_arrRecords[static_cast<std::size_t>(kind - KindHour)];
+CNotifyRecord* CReportNotifications::Find(ValueKind kind, std::string_view source) {
+    if (!IsReport(kind)) return nullptr;
+    std::vector<CNotifyRecord>& records = m_arrRecords[ReportIndex(kind)];
     for (CNotifyRecord& record : records) {
         if (record.strSource == source) return &record;
     }
     return nullptr;
 }
 
-CNotifyRecord& CReportNotifications::Add(int kind, std::string_view source) {
-    CNotifyRecord& record = m_arrRecords[static_cast<std::size_t>(kind - KindHour)].emplace_back();
+CNotifyRecord& CReportNotifications::Add(ValueKind kind, std::string_view source) {
+    CNotifyRecord& record = m_arrRecords[ReportIndex(kind)].emplace_back();
     record.strSource = source;
     return record;
 }
 
-void CReportNotifications::OnReportChange(int kind, std::string_view source, std::int64_t time) {
+void CReportNotifications::OnReportChange(ValueKind kind, std::string_view source,
+                                          std::int64_t time) {
     CNotifyRecord* record = Find(kind, source);
     if (record == nullptr || !record->bEnabled) return;
     std::deque<std::int64_t>& times = record->arrTimes;

@@ -31,15 +31,15 @@ class CReportNotifications final : public CDocumentPart {
     void ClearRunState() override;
 
     // Null when there is none, and for a kind that is none of a report.
-    CNotifyRecord* Find(int kind, std::string_view source);
-    CNotifyRecord& Add(int kind, std::string_view source);
+    CNotifyRecord* Find(ValueKind kind, std::string_view source);
+    CNotifyRecord& Add(ValueKind kind, std::string_view source);
 
     // Puts the time into the queue if that is enabled and does not hold it yet.
-    void OnReportChange(int kind, std::string_view source, std::int64_t time);
+    void OnReportChange(ValueKind kind, std::string_view source, std::int64_t time);
 
   private:
     CKalvexDoc& m_document;
-    std::array<std::vector<CNotifyRecord>, 4> m_arrRecords;  // hour, day, month, span
+    std::array<std::vector<CNotifyRecord>, kReportKinds.size()> m_arrRecords;
 };
 
 }  // namespace kalvex

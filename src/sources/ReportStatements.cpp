@@ -38,10 +38,6 @@ const SignRow& SignsOf(ValueKind kind) {
                          [kind](const SignRow& row) { return row.kind == kind; });
 }
 
-bool IsReport(ValueKind kind) {
-    return kind >= KindHour && kind <= KindSpan;
-}
-
 CVariable* TakeVariable(StatementCall& call, std::string_view& name) {
     name = NextToken(call.rest);
     return call.document.FindNamed(name);
@@ -156,7 +152,7 @@ LineOutcome ExecutePut(StatementCall& call) {
 
 namespace {
 
-using PeriodOperation = int (CVariable::*)(int kind, std::int64_t time);
+using PeriodOperation = int (CVariable::*)(ValueKind kind, std::int64_t time);
 
 // What a data type in the statement asks for; KindNone asks for nothing.
 struct WorkRow {

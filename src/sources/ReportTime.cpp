@@ -12,7 +12,6 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::int64_t kSecondsPerHour = 3600;
 constexpr int kHoursPerDay = 24;
 
 struct DatePart {
@@ -52,7 +51,7 @@ std::int64_t StepDays(std::int64_t time, int count) {
     return MakeLocalTime(fields);
 }
 
-std::int64_t Shift(std::int64_t time, int offset, int kind) {
+std::int64_t Shift(std::int64_t time, int offset, ValueKind kind) {
     if (kind == KindMonth) {
         return StepTime(time, offset, GetNextLocalMonthTime, GetPrevLocalMonthTime);
     }
@@ -71,7 +70,7 @@ ReportTokens::ReportTokens(std::string_view& rest, unsigned signs) {
     }
 }
 
-int CountDateParts(int kind) {
+int CountDateParts(ValueKind kind) {
     switch (kind) {
         case KindDay:
             return 3;
@@ -96,7 +95,8 @@ bool ReadInteger(CKalvexDoc& document, std::string_view token, std::int32_t& num
     return true;
 }
 
-bool BuildDate(CKalvexDoc& document, const ReportTokens& tokens, int kind, std::int64_t& time) {
+bool BuildDate(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kind,
+               std::int64_t& time) {
     TimeFields fields;
     const int count = CountDateParts(kind);
     for (int i = 0; i < count; ++i) {
@@ -127,7 +127,8 @@ bool ChooseSpan(CKalvexDoc& document, std::string_view number, std::int64_t& tim
     return true;
 }
 
-void ShiftByToken(CKalvexDoc& document, std::string_view token, int kind, std::int64_t& time) {
+void ShiftByToken(CKalvexDoc& document, std::string_view token, ValueKind kind,
+                  std::int64_t& time) {
     std::int32_t offset = 0;
     if (!token.empty() && ReadInteger(document, token, offset)) time = Shift(time, offset, kind);
 }

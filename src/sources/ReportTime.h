@@ -28,7 +28,7 @@ class ReportTokens {
 };
 
 // Number of date parts that name a period of the kind.
-int CountDateParts(int kind);
+int CountDateParts(ValueKind kind);
 
 // An operand read as an integer.
 bool ReadInteger(CKalvexDoc& document, std::string_view token, std::int32_t& number);
@@ -36,7 +36,8 @@ bool ReadInteger(CKalvexDoc& document, std::string_view token, std::int32_t& num
 // The functions below record an error of their own and answer false when there is no time.
 
 // Year, month, day, hour, as many as the kind has; a span's time is the first of the year.
-bool BuildDate(CKalvexDoc& document, const ReportTokens& tokens, int kind, std::int64_t& time);
+bool BuildDate(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kind,
+               std::int64_t& time);
 // A time as it stands.
 bool ReadTime(CKalvexDoc& document, std::string_view token, std::int64_t& time);
 // Moves the start of a year, or any time, on to the span of that number.
@@ -44,7 +45,7 @@ bool ChooseSpan(CKalvexDoc& document, std::string_view number, std::int64_t& tim
 
 // Moves the time by as many hours, days or months as the token says; one that says nothing moves
 // nothing.
-void ShiftByToken(CKalvexDoc& document, std::string_view token, int kind, std::int64_t& time);
+void ShiftByToken(CKalvexDoc& document, std::string_view token, ValueKind kind, std::int64_t& time);
 
 // Records that parameters are missing or make no sense, for a handler to return.
 Failure FailParameters(CKalvexDoc& document);

@@ -15,10 +15,6 @@ class ArchiveValues final : public CDocumentPart {
     CArchiveValueList m_List;
 };
 
-bool IsSetKind(ValueKind kind) {
-    return kind >= KindHour && kind <= KindArchive;
-}
-
 // A remote variable, or a pointer to one; error 3 for anything else.
 CVariable* TakeRemote(StatementCall& call) {
     const std::string_view name = NextToken(call.rest);
@@ -67,7 +63,7 @@ LineOutcome ExecuteMGet(StatementCall& call) {
     const std::string_view type = NextToken(call.rest);
     if (type == Keyword::GetData) return CopyAnswer(call, *variable);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
+    if (!IsStored(kind)) return document.Fail(ErrorUnknownKeyword, type);
     const std::string_view fromWord = NextToken(call.rest);
     if (fromWord != Keyword::From) return document.Fail(ErrorUnknownKeyword, fromWord);
     std::int64_t from = 0;
@@ -86,7 +82,7 @@ LineOutcome ExecuteMPut(StatementCall& call) {
     if (variable == nullptr) return LineOutcome::Failed;
     const std::string_view type = NextToken(call.rest);
     const ValueKind kind = KindFromWord(type);
-    if (!IsSetKind(kind)) return document.Fail(ErrorUnknownKeyword, type);
+    if (!IsStored(kind)) return document.Fail(ErrorUnknownKeyword, type);
     CVariableList* list = call.document.FindList(NextToken(call.rest));
     if (list == nullptr) return LineOutcome::Failed;
     CArchiveValueList& archive =
@@ -97,7 +93,7 @@ LineOutcome ExecuteMPut(StatementCall& call) {
         list->GetValue(value, KindCurrent, 1);
         list->MoveNext();
         if (kind == KindArchive) {
-            archive.Add(value);
+            archive.Add(std::move(value));
         } else {
             variable->PutValue(kind, value.GetTime(), value, !list->IsIteratorValid());
         }

@@ -9,6 +9,7 @@
 
 #include "operands/Variable.h"
 #include "sources/InterfaceObj.h"
+#include "vantrel/VarVal.h"
 
 namespace kalvex {
 
@@ -19,29 +20,30 @@ class CVariableRemote final : public CVariable {
 
     VariableKind GetKind() const override { return VariableRemote; }
     // A value that is unusable, or was never there, leaves an empty `out`.
-    int GetValue(CVal& out, int kind, int mode) override;
+    int GetValue(CVal& out, ValueKind kind, int mode) override;
     // The current value goes to the server and is seen here at once; a report value stays here.
-    int SetValue(const CVal& value, int kind) override;
-    int GetValueType(int kind, int mode) override;
-    int GetStatus(std::uint16_t* out, int kind) override;
-    int SetStatus(std::uint16_t word, int kind) override;
-    int GetTime(std::int64_t* out, int kind) override;  // of a report: the start of its period
-    int SetTime(std::int64_t time, int kind) override;
-    int CopyFrom(CVariable* source, int kind) override;
-    int GetNameValueText(std::string& out, int kind) override;
-    int SetValueText(std::string_view text, int kind) override;
-    int IsReportLoaded(int kind) override;
-    int IsReportInited(int kind) override;
-    int RequestRange(int kind, std::int64_t from, std::int64_t to) override;
+    int SetValue(const CVal& value, ValueKind kind) override;
+    int GetValueType(ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, ValueKind kind) override;
+    int SetStatus(std::uint16_t word, ValueKind kind) override;
+    int GetTime(std::int64_t* out,
+                ValueKind kind) override;  // of a report: the start of its period
+    int SetTime(std::int64_t time, ValueKind kind) override;
+    int CopyFrom(CVariable* source, ValueKind kind) override;
+    int GetNameValueText(std::string& out, ValueKind kind) override;
+    int SetValueText(std::string_view text, ValueKind kind) override;
+    int IsReportLoaded(ValueKind kind) override;
+    int IsReportInited(ValueKind kind) override;
+    int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) override;
     std::int64_t GetRequestStart() override { return m_tFrom; }
     std::int64_t GetRequestEnd() override { return m_tTo; }
-    int IsReady(int kind) override { return m_pLink->IsAnswered(kind); }
-    int PutValue(int kind, std::int64_t time, const CVal& value, bool send) override;
+    int IsReady(ValueKind kind) override { return m_pLink->IsAnswered(kind); }
+    int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) override;
     int FlushPuts(CArchiveValueList& list) override { return m_pLink->PutArchive(list); }
-    int InitLoad(int kind, std::int64_t time) override;
-    int InitLoadRefresh(int kind, std::int64_t time) override;
-    int InitReport(int kind, std::int64_t time) override;
-    int InitCalc(int kind, std::int64_t time) override;
+    int InitLoad(ValueKind kind, std::int64_t time) override;
+    int InitLoadRefresh(ValueKind kind, std::int64_t time) override;
+    int InitReport(ValueKind kind, std::int64_t time) override;
+    int InitCalc(ValueKind kind, std::int64_t time) override;
     int SetLocked(bool flag) override;
     int SetIgnoreUnknown(bool flag) override;
     CInterfaceObj* GetSourceRecord() override { return m_pLink.get(); }
@@ -58,10 +60,11 @@ class CVariableRemote final : public CVariable {
     std::string GetMaxVal() override;
 
   private:
-    bool HasSlotStatus(int kind, std::uint16_t bit) const;
+    bool Store(CVal value, ValueKind kind);
+    bool HasSlotStatus(ValueKind kind, std::uint16_t bit) const;
     const CVarDefInfo* Definition() const;
     std::string DefinitionText(std::string_view key) const;
-    bool DefinitionBits(std::string_view key, std::int64_t bits) const;
+    bool DefinitionBits(std::string_view key, unsigned bits) const;
 
     std::int64_t m_tFrom = 0;
     std::int64_t m_tTo = 0;

@@ -8,10 +8,7 @@ namespace kalvex {
 
 namespace {
 
-constexpr std::int64_t kMinute = 60;
-constexpr std::int64_t kHour = 3600;
-constexpr std::int64_t kDay = 86400;
-constexpr std::int64_t kWeek = 7 * kDay;
+constexpr std::int64_t kWeek = 7 * kSecondsPerDay;
 
 // Within these bounds every year, and every neighbour of it, fits the C library's structure.
 constexpr std::int64_t kFarthestTime = 60'000'000'000'000'000;
@@ -63,10 +60,10 @@ std::optional<std::int64_t> ReadingOf(const TimeFields& fields) {
 // The instant at which local clocks first show the reading. Both probes lie clear of any change
 // near the reading, whatever the zone's offset.
 std::int64_t InstantOf(std::int64_t reading) {
-    const std::int64_t before = Offset(reading - kDay);
+    const std::int64_t before = Offset(reading - kSecondsPerDay);
     const std::int64_t first = reading - before;
     if (Offset(first) == before) return first;
-    const std::int64_t after = Offset(reading + kDay);
+    const std::int64_t after = Offset(reading + kSecondsPerDay);
     return Offset(reading - after) == after ? reading - after : first;
 }
 
@@ -76,7 +73,7 @@ std::int64_t InstantOf(std::int64_t reading) {
 // itself by the size of the shift.
 std::int64_t WinterOffset(std::int64_t time) {
     constexpr int kWeeks = 30;
-    constexpr std::int64_t kLargestShift = 2 * kHour;
+    constexpr std::int64_t kLargestShift = 2 * kSecondsPerHour;
     std::tm at;
     if (!LocalCalendar(time, at)) return 0;
     for (int week = 1; week <= kWeeks; ++week) {
@@ -107,7 +104,7 @@ bool SameHour(const std::tm& a, const std::tm& b) {
 }
 
 std::int64_t DayNumber(std::int64_t reading) {
-    return reading >= 0 ? reading / kDay : (reading + 1) / kDay - 1;
+    return reading >= 0 ? reading / kSecondsPerDay : (reading + 1) / kSecondsPerDay - 1;
 }
 
 // The reading with which the period of these fields begins, or the one `step` periods later.
@@ -146,9 +143,10 @@ std::int64_t LastGMT(std::int64_t time, Period period) {
 // The reading of these fields some months away, on the month's last day if it has fewer days.
 std::int64_t MonthsAway(const std::tm& at, int months) {
     const std::int64_t first = PeriodStart(at, Period::Month, months);
-    const std::int64_t days = (PeriodStart(at, Period::Month, months + 1) - first) / kDay;
+    const std::int64_t days = (PeriodStart(at, Period::Month, months + 1) - first) / kSecondsPerDay;
     const std::int64_t day = std::min<std::int64_t>(at.tm_mday, days);
-    return first + (day - 1) * kDay + at.tm_hour * kHour + at.tm_min * kMinute + at.tm_sec;
+    return first + (day - 1) * kSecondsPerDay + at.tm_hour * kSecondsPerHour +
+           at.tm_min * kSecondsPerMinute + at.tm_sec;
 }
 
 std::int64_t StepLocalMonth(std::int64_t time, int months) {
@@ -167,7 +165,8 @@ std::int64_t StepLocalDay(std::int64_t time, int step) {
     const auto liesOn = [](std::int64_t instant, std::int64_t reading) {
         return DayNumber(instant + Offset(instant)) == DayNumber(reading);
     };
-    for (std::int64_t wanted = time + at.tm_gmtoff + step * kDay;; wanted += step * kDay) {
+    for (std::int64_t wanted = time + at.tm_gmtoff + step * kSecondsPerDay;;
+         wanted += step * kSecondsPerDay) {
         const std::int64_t found = InstantOf(wanted);
         if (liesOn(found, wanted)) return found;
         // The end of that day is left out, or the day as a whole, as where the date line moved.
@@ -222,7 +221,7 @@ std::int64_t MakeWinterTime(const TimeFields& fields) {
 std::int64_t GetFirstLocalHourTime(std::int64_t time) {
     std::tm at;
     if (!LocalCalendar(time, at)) return time;
-    const std::int64_t start = time - at.tm_min * kMinute - at.tm_sec;
+    const std::int64_t start = time - at.tm_min * kSecondsPerMinute - at.tm_sec;
     if (Offset(start) == at.tm_gmtoff) return start;
     const std::int64_t change = OffsetChange(start, time);
     std::tm before;
@@ -233,7 +232,7 @@ std::int64_t GetFirstLocalHourTime(std::int64_t time) {
 std::int64_t GetLastLocalHourTime(std::int64_t time) {
     std::tm at;
     if (!LocalCalendar(time, at)) return time;
-    std::int64_t next = time + (59 - at.tm_min) * kMinute + 60 - at.tm_sec;
+    std::int64_t next = time + (59 - at.tm_min) * kSecondsPerMinute + 60 - at.tm_sec;
     if (Offset(next - 1) != at.tm_gmtoff) next = OffsetChange(time, next - 1);
     std::tm after;
     const bool goesOn = LocalCalendar(next, after) && SameHour(after, at) && after.tm_min != 0;
@@ -261,11 +260,11 @@ std::int64_t GetLastLocalYearTime(std::int64_t time) {
 
 std::int64_t GetFirstGMTHourTime(std::int64_t time) {
     std::tm at;
-    return GMTCalendar(time, at) ? time - at.tm_min * kMinute - at.tm_sec : time;
+    return GMTCalendar(time, at) ? time - at.tm_min * kSecondsPerMinute - at.tm_sec : time;
 }
 
 std::int64_t GetLastGMTHourTime(std::int64_t time) {
-    return IsNear(time) ? GetFirstGMTHourTime(time) + kHour - 1 : time;
+    return IsNear(time) ? GetFirstGMTHourTime(time) + kSecondsPerHour - 1 : time;
 }
 
 std::int64_t GetFirstGMTDayTime(std::int64_t time) {
@@ -301,7 +300,7 @@ std::int64_t GetNextLocalMonthTime(std::int64_t time) {
 }
 
 std::int64_t GetPrevGMTDayTime(std::int64_t time) {
-    return IsNear(time) ? time - kDay : time;
+    return IsNear(time) ? time - kSecondsPerDay : time;
 }
 std::int64_t GetPrevGMTMonthTime(std::int64_t time) {
     return StepGMTMonth(time, -1);
@@ -310,7 +309,7 @@ std::int64_t GetPrevGMTYearTime(std::int64_t time) {
     return StepGMTMonth(time, -12);
 }
 std::int64_t GetNextGMTDayTime(std::int64_t time) {
-    return IsNear(time) ? time + kDay : time;
+    return IsNear(time) ? time + kSecondsPerDay : time;
 }
 std::int64_t GetNextGMTMonthTime(std::int64_t time) {
     return StepGMTMonth(time, 1);
@@ -368,10 +367,10 @@ int GetWinterHour(std::int64_t time) {
 }
 
 void GetPrevDayTime(int& year, int& month, int& day) {
-    StepDate(year, month, day, -kDay);
+    StepDate(year, month, day, -kSecondsPerDay);
 }
 void GetNextDayTime(int& year, int& month, int& day) {
-    StepDate(year, month, day, kDay);
+    StepDate(year, month, day, kSecondsPerDay);
 }
 
 std::int64_t MakeSpanRequestTime(std::int64_t time, int number) {

@@ -13,6 +13,10 @@
 
 namespace kalvex {
 
+inline constexpr std::int64_t kSecondsPerMinute = 60;
+inline constexpr std::int64_t kSecondsPerHour = 3600;
+inline constexpr std::int64_t kSecondsPerDay = 86400;
+
 // Stands for "no limit": 2999-12-31 22:59:59 GMT.
 inline constexpr std::int64_t kLargestTime = 32503676399;
 

@@ -1,6 +1,8 @@
 // Status bits and value kinds with the words that name them in scripts.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -43,6 +45,22 @@ enum ValueKind : int {
     KindSpan = 5,
     KindArchive = 6,
 };
+
+inline constexpr std::array kReportKinds = {KindHour, KindDay, KindMonth, KindSpan};
+
+constexpr bool IsReport(ValueKind kind) {
+    return kind >= KindHour && kind <= KindSpan;
+}
+
+// The place of a report kind among the four.
+constexpr std::size_t ReportIndex(ValueKind kind) {
+    return static_cast<std::size_t>(kind - KindHour);
+}
+
+// What a server keeps by its times: reports and the archive.
+constexpr bool IsStored(ValueKind kind) {
+    return IsReport(kind) || kind == KindArchive;
+}
 
 struct ValueKindRow {
     std::string_view suffix;  // without its dot

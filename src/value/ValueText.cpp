@@ -9,6 +9,7 @@
 #include <optional>
 #include <system_error>
 
+#include "text/Characters.h"
 #include "value/Status.h"
 
 namespace kalvex {
@@ -20,10 +21,6 @@ constexpr double kLeastFixed = 1e-5;
 
 constexpr bool IsBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-constexpr bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 std::string_view WithoutLeadingBlanks(std::string_view text) {

@@ -69,7 +69,7 @@ void CClientConnection::CheckConnection() {
 
 // ---- variables
 
-CVarVal& CClientConnection::RegisterVariable(std::string_view name, CVarOwner* owner) {
+CVarVal& CClientConnection::RegisterVariable(std::string_view name) {
     Record({.operation = "RegisterVariable", .variable = std::string(name)});
     Registration* registration = nullptr;
     const auto found = m_mapByName.find(name);
@@ -84,16 +84,14 @@ CVarVal& CClientConnection::RegisterVariable(std::string_view name, CVarOwner* o
         m_mapByName.emplace(registration->pVarVal->GetName(), registration);
         Touch(*registration);
     }
-    if (owner != nullptr) AttachVarOwner(*registration->pVarVal, owner);
     return *registration->pVarVal;
 }
 
-void CClientConnection::UnRegisterVariable(std::string_view name, CVarOwner* owner) {
+void CClientConnection::UnRegisterVariable(std::string_view name) {
     Record({.operation = "UnRegisterVariable", .variable = std::string(name)});
     const auto found = m_mapByName.find(name);
     if (found == m_mapByName.end()) return;
     Registration& registration = *found->second;
-    if (owner != nullptr) DetachVarOwner(*registration.pVarVal, owner);
     if (IsVarInUse(*registration.pVarVal)) return;
     registration.dropped = true;
     Touch(registration);
@@ -238,9 +236,9 @@ void CClientConnection::Receive(VariableDefinitions& message) {
 }
 
 void CClientConnection::Receive(ValueUpdates& message) {
-    for (const ValueUpdates::Entry& entry : message.entries) {
+    for (ValueUpdates::Entry& entry : message.entries) {
         const auto found = m_mapByHandle.find(entry.handle);
-        if (found != m_mapByHandle.end()) found->second->pVarVal->SetValue(entry.value);
+        if (found != m_mapByHandle.end()) found->second->pVarVal->SetValue(std::move(entry.value));
     }
     if (message.last) OnDataArrived();
 }
@@ -269,9 +267,6 @@ void CClientConnection::Receive(LogMessage& message) {
 std::unique_ptr<CVarVal> CClientConnection::CreateVarVal(std::string_view name) {
     return std::make_unique<CVarVal>(name);
 }
-
-void CClientConnection::AttachVarOwner(CVarVal&, CVarOwner*) {}
-void CClientConnection::DetachVarOwner(CVarVal&, CVarOwner*) {}
 
 bool CClientConnection::IsVarInUse(const CVarVal&) const {
     return false;

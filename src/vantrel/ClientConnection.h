@@ -46,17 +46,16 @@ class CClientConnection : private ClientTransportEvents {
 
     // Logs in anew, as after a change of the user.
     void Login();
-    // Periodic work, about once a second.
+    // Periodic work, about once a second: the time to come back after a break, and to try a refused
+    // login again.
     void CheckConnection();
 
     // ---- variables
 
     // The variable's local object, made when it is new; the server is asked at the next Subscribe.
-    // Without an owner the registration stands for itself.
-    CVarVal& RegisterVariable(std::string_view name, CVarOwner* owner);
-    // Takes the owner off. A variable that is then not in use goes at the next Subscribe unless it
-    // is registered again.
-    void UnRegisterVariable(std::string_view name, CVarOwner* owner);
+    CVarVal& RegisterVariable(std::string_view name);
+    // A variable that is not in use goes at the next Subscribe unless it is registered again.
+    void UnRegisterVariable(std::string_view name);
     // Brings the server's subscription into line with the registered variables.
     void Subscribe();
 
@@ -73,19 +72,18 @@ class CClientConnection : private ClientTransportEvents {
     // five report and archive kinds differ by `kind` alone; each has its own queue.
 
     // Reads the value at `from` when there is no list, otherwise the values from `from` to `to`
-    // into the list. The answer comes to the window, which, like context and list, must last until
-    // then or until the request is cancelled. Of very many reads the later ones are held back until
-    // the server has answered the earlier.
+    // into the list. The answer comes to the window, which, like the list, must last until then or
+    // until the request is cancelled. Of very many reads the later ones are held back until the
+    // server has answered the earlier.
     RequestId AddDataRequest(ValueKind kind, std::string_view variable, std::int64_t from,
-                             std::int64_t to, CArchiveValueList* list, CAnswerWindow& window,
-                             CVarOwner* context);
+                             std::int64_t to, CArchiveValueList* list, CAnswerWindow& window);
     void MakeDataRequest(ValueKind kind);
     // No answer comes any more.
     void CancelDataRequest(ValueKind kind, RequestId id);
 
     // Sent by MakeDataRequest. A refusal comes to OnReportModifyError.
     void AddReportModifyRequest(ValueKind kind, std::string_view variable, std::int64_t time,
-                                const CVal& value);
+                                CVal value);
     // Orders a piece of work; there is no answer.
     void MakePeriodRequest(PeriodAction action, ValueKind kind, std::string_view variable,
                            std::int64_t time);
@@ -95,15 +93,13 @@ class CClientConnection : private ClientTransportEvents {
                                  TIMEW from, TIMEW to);
     void MakeArchiveModifyRequest();
 
-    void AddCurrentDataModifyRequest(std::string_view variable, const CVal& value);
+    void AddCurrentDataModifyRequest(std::string_view variable, CVal value);
     void MakeCurrentDataModifyRequest();
 
   protected:
     // ---- hooks
 
     virtual std::unique_ptr<CVarVal> CreateVarVal(std::string_view name);
-    virtual void AttachVarOwner(CVarVal& variable, CVarOwner* owner);
-    virtual void DetachVarOwner(CVarVal& variable, CVarOwner* owner);
     virtual bool IsVarInUse(const CVarVal& variable) const;
     // What a subscription of the variable asks for; SubscribeFlag names the bits that matter.
     virtual std::uint32_t GetSubscribeFlags(const CVarVal& variable) const;
@@ -137,7 +133,6 @@ class CClientConnection : private ClientTransportEvents {
         ReadRequest request;
         CArchiveValueList* list;
         CAnswerWindow* window;
-        CVarOwner* context;
         CArchiveValueList values;
         bool sent = false;
     };

@@ -55,8 +55,7 @@ void CClientConnection::Send(ClientMessage message) {
 
 RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view variable,
                                             std::int64_t from, std::int64_t to,
-                                            CArchiveValueList* list, CAnswerWindow& window,
-                                            CVarOwner* context) {
+                                            CArchiveValueList* list, CAnswerWindow& window) {
     const RequestId id = ++m_nLastRequest;
     Record({.operation = OperationName("Add", kind),
             .variable = std::string(variable),
@@ -66,8 +65,7 @@ RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view var
             .list = list != nullptr});
     m_mapQueuedReads[kind].push_back(id);
     m_mapReads.emplace(
-        id, PendingRead{
-                {id, kind, std::string(variable), from, to}, list, &window, context, {}, false});
+        id, PendingRead{{id, kind, std::string(variable), from, to}, list, &window, {}, false});
     return id;
 }
 
@@ -124,7 +122,6 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
     CRequestRecord record;
     record.result = result;
     record.variable = std::move(read.request.variable);
-    record.context = read.context;
     record.list = read.list;
     if (result == ResultOk && read.list != nullptr) {
         *read.list = std::move(read.values);
@@ -135,19 +132,19 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
             record.result = ResultNothing;
         }
     }
-    read.window->OnAnswer(read.request.kind, record);
+    read.window->OnAnswer(read.request.kind, std::move(record));
 }
 
 // ---- writing
 
 void CClientConnection::AddReportModifyRequest(ValueKind kind, std::string_view variable,
-                                               std::int64_t time, const CVal& value) {
+                                               std::int64_t time, CVal value) {
     Record({.operation = OperationName("Add", kind, "Modify"),
             .variable = std::string(variable),
             .time = time,
             .value = value});
     m_mapQueuedWrites[kind].requests.push_back(
-        {++m_nLastRequest, kind, std::string(variable), time, value});
+        {++m_nLastRequest, kind, std::string(variable), time, std::move(value)});
 }
 
 void CClientConnection::SendWrites(ValueKind kind) {
@@ -159,12 +156,12 @@ void CClientConnection::SendWrites(ValueKind kind) {
     Send(std::move(writes));
 }
 
-void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, const CVal& value) {
+void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, CVal value) {
     Record({.operation = "AddCurrentDataModifyRequest",
             .variable = std::string(variable),
             .value = value});
     m_mapQueuedWrites[KindCurrent].requests.push_back(
-        {++m_nLastRequest, KindCurrent, std::string(variable), 0, value});
+        {++m_nLastRequest, KindCurrent, std::string(variable), 0, std::move(value)});
 }
 
 void CClientConnection::MakeCurrentDataModifyRequest() {

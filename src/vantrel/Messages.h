@@ -6,6 +6,7 @@
 // each direction keeps its order. A message that a side does not expect is passed over.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -26,6 +27,9 @@ using VariableHandle = std::uint32_t;
 using RequestId = std::uint32_t;
 
 inline constexpr std::uint16_t kProtocolVersion = 1;
+
+// That a server can have.
+inline constexpr std::size_t kMostVariables = 1'000'000;
 
 // ---- client to server
 // ----------------------------------------------------------------------------

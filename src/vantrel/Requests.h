@@ -9,7 +9,6 @@
 
 #include "value/ArchiveValueList.h"
 #include "vantrel/Messages.h"
-#include "vantrel/VarVal.h"
 
 namespace kalvex {
 
@@ -20,16 +19,15 @@ struct CRequestRecord {
     std::uint16_t result = 0;  // 0: success
     std::string variable;
     CVal value;                         // a single report value, or what a write was to set
-    CVarOwner* context = nullptr;       // as given with the request
     CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
 };
 
-// Where the answers to read requests arrive. Never called within the call that makes a request
+// Where the answer to a read request arrives. Never called within the call that makes a request
 // while the server can be reached.
 class CAnswerWindow {
   public:
     virtual ~CAnswerWindow() = default;
-    virtual void OnAnswer(ValueKind kind, const CRequestRecord& record) = 0;
+    virtual void OnAnswer(ValueKind kind, CRequestRecord record) = 0;
 };
 
 // One call that a connection received: the operation's name and those of its arguments that it has.

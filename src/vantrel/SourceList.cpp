@@ -17,16 +17,15 @@ CClientConnection* CSourceList::AddSource(std::string_view name) {
     return m_arrConnections.back().get();
 }
 
-CVarVal* CSourceList::RegisterVariable(std::string_view source, std::string_view variable,
-                                       CVarOwner* owner) {
+CVarVal* CSourceList::RegisterVariable(std::string_view source, std::string_view variable) {
     CClientConnection* connection = AddSource(source);
-    return connection == nullptr ? nullptr : &connection->RegisterVariable(variable, owner);
+    return connection == nullptr ? nullptr : &connection->RegisterVariable(variable);
 }
 
-void CSourceList::UnRegisterVariable(std::string_view source, std::string_view variable,
-                                     CVarOwner* owner) {
-    if (CClientConnection* connection = Get(source))
-        connection->UnRegisterVariable(variable, owner);
+void CSourceList::UnRegisterVariable(std::string_view source, std::string_view variable) {
+    if (CClientConnection* connection = Get(source)) {
+        connection->UnRegisterVariable(variable);
+    }
 }
 
 void CSourceList::Subscribe() {

@@ -27,8 +27,8 @@ class CSourceList {
 
     // The variable's local object, null when its source has no connection. The servers hear of it
     // at the next Subscribe.
-    CVarVal* RegisterVariable(std::string_view source, std::string_view variable, CVarOwner* owner);
-    void UnRegisterVariable(std::string_view source, std::string_view variable, CVarOwner* owner);
+    CVarVal* RegisterVariable(std::string_view source, std::string_view variable);
+    void UnRegisterVariable(std::string_view source, std::string_view variable);
 
     // For all connections: brings the servers' subscriptions into line; periodic work; logs in
     // anew.

@@ -65,7 +65,7 @@ class ClientTransport {
     // ReasonClientEnded for ReasonClosed, and the reason itself otherwise.
     virtual void Close(std::uint32_t reason) = 0;
 
-    // Periodic work, about once a second: the time for attempts to open anew.
+    // The time for attempts to open anew. Called by the connection, about once a second.
     virtual void Check() = 0;
 
     // The definitions of all variables of the server in the server's order, also while the
@@ -89,6 +89,10 @@ class TransportFactory {
 
 // ---- server side
 // ---------------------------------------------------------------------------------
+
+// Of messages that a client has not taken yet. A server that has so many under way holds back what
+// can wait.
+inline constexpr std::size_t kMostBacklog = 8;
 
 // The server's end of one conversation, as the session sees it. Lives longer than the session.
 class ServerLink {

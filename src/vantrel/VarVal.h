@@ -26,13 +26,6 @@ class CVarDefInfo {
 
 using CObjInfoList = std::vector<CVarDefInfo>;
 
-// Whoever is bound to a registered variable, or waits for an answer. The owner outlives its binding
-// and its request.
-class CVarOwner {
-  public:
-    virtual ~CVarOwner() = default;
-};
-
 // The local object of one registered variable; the connection owns it and updates it in place.
 class CVarVal {
   public:
@@ -46,8 +39,8 @@ class CVarVal {
     const CVal& Value() const { return m_Value; }
 
     // A value that the server has sent, and one that a write of this client has confirmed.
-    virtual void SetValue(const CVal& value) { m_Value = value; }
-    virtual void SetControlValue(const CVal& value) { SetValue(value); }
+    virtual void SetValue(CVal value) { m_Value = std::move(value); }
+    virtual void SetControlValue(CVal value) { SetValue(std::move(value)); }
 
   private:
     std::string m_strName;

@@ -70,12 +70,12 @@ TEST(VariableLocalTest, UnassignedReadsAsNoValue) {
 
 TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
     CVariableLocal variable("A");
-    for (int kind = KindCurrent; kind <= KindSpan; ++kind) {
+    for (const ValueKind kind : {KindCurrent, KindHour, KindDay, KindMonth, KindSpan}) {
         CVal value(kind);
         value.SetStatus(Status::Unknown);
         EXPECT_EQ(variable.SetValue(value, kind), kind == KindHour ? 0 : 1) << kind;
     }
-    for (int kind = KindCurrent; kind <= KindSpan; ++kind) {
+    for (const ValueKind kind : {KindCurrent, KindHour, KindDay, KindMonth, KindSpan}) {
         CVal value;
         EXPECT_EQ(variable.GetValue(value, kind, 0), 1);
         EXPECT_EQ(ValueToInt(value), kind);
@@ -85,7 +85,7 @@ TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
 TEST(VariableLocalTest, OtherKindsAreNeverReadable) {
     CVariableLocal variable("A");
     CVal value(5);
-    for (int kind : {KindNone, KindArchive, ValueKind(7)}) {
+    for (const ValueKind kind : {KindNone, KindArchive, ValueKind(7)}) {
         EXPECT_EQ(variable.GetValue(value, kind, 1), 0);
         EXPECT_EQ(variable.SetValue(CVal(1), kind), 0);
         EXPECT_EQ(variable.GetValueType(kind, 1), ValueType::Unreadable);

@@ -44,7 +44,7 @@ class Connection final : public CClientConnection {
 
 class Window final : public CAnswerWindow {
   public:
-    void OnAnswer(ValueKind kind, const CRequestRecord& record) override {
+    void OnAnswer(ValueKind kind, CRequestRecord record) override {
         std::string line = std::to_string(kind) + ": " + std::to_string(record.result);
         if (record.result == 0 && record.list == nullptr) line += " " + ValueToText(record.value);
         answers.push_back(line);
@@ -83,8 +83,8 @@ class ClientTest : public ServerTest {
 
 TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     Connect();
-    CVarVal& x = m_client.RegisterVariable("X", nullptr);
-    m_client.RegisterVariable("Brak", nullptr);
+    CVarVal& x = m_client.RegisterVariable("X");
+    m_client.RegisterVariable("Brak");
     m_client.Subscribe();
     Carry();
     EXPECT_THAT(m_client.events,
@@ -103,7 +103,7 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
 
 TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
     Connect();
-    m_client.RegisterVariable("X", nullptr);
+    m_client.RegisterVariable("X");
     m_client.Subscribe();
     m_client.AddReportModifyRequest(KindHour, "X", m_tStart, CVal(7));
     m_client.AddReportModifyRequest(KindHour, "R", m_tStart, CVal(7));
@@ -113,9 +113,8 @@ TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
     EXPECT_THAT(m_client.events, ElementsAre("R report 2 refused: 2"));
     m_client.events.clear();
 
-    m_client.AddDataRequest(KindHour, "X", m_tStart, m_tStart, nullptr, m_window, nullptr);
-    m_client.AddDataRequest(KindHour, "X", m_tStart + 3600, m_tStart + 3600, nullptr, m_window,
-                            nullptr);
+    m_client.AddDataRequest(KindHour, "X", m_tStart, m_tStart, nullptr, m_window);
+    m_client.AddDataRequest(KindHour, "X", m_tStart + 3600, m_tStart + 3600, nullptr, m_window);
     m_client.MakeDataRequest(KindHour);
     Carry();
     EXPECT_THAT(m_window.answers, ElementsAre("2: 0 7", "2: 1"));
@@ -132,7 +131,7 @@ TEST_F(ClientTest, ReadsALongArchive) {
     m_client.AddArchiveModifyRequest("X", written, TIMEW{1}, TIMEW{50000});
     m_client.MakeArchiveModifyRequest();
     CArchiveValueList read;
-    m_client.AddDataRequest(KindArchive, "X", 1, 49999, &read, m_window, nullptr);
+    m_client.AddDataRequest(KindArchive, "X", 1, 49999, &read, m_window);
     m_client.MakeDataRequest(KindArchive);
     Carry();
     EXPECT_THAT(m_window.answers, ElementsAre("6: 0"));
@@ -144,7 +143,7 @@ TEST_F(ClientTest, ReadsALongArchive) {
 
 TEST_F(ClientTest, BreakIsSurvivedByBothSides) {
     Connect();
-    CVarVal& x = m_client.RegisterVariable("X", nullptr);
+    CVarVal& x = m_client.RegisterVariable("X");
     m_client.Subscribe();
     Carry();
     m_network.Break("srv", ReasonLost);

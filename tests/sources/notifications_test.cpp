@@ -16,7 +16,7 @@ class NotificationsTest : public SourceWorld {
         return document.State().m_nCurrentLine == 2 ? "0" : Error(document);
     }
 
-    static std::vector<std::int64_t> Queue(CKalvexDoc& document, int kind) {
+    static std::vector<std::int64_t> Queue(CKalvexDoc& document, ValueKind kind) {
         const CNotifyRecord* record = CReportNotifications::Of(document).Find(kind, "srv");
         if (record == nullptr) return {};
         return {record->arrTimes.begin(), record->arrTimes.end()};

@@ -24,20 +24,20 @@ class RemoteVariableTest : public SourceWorld {
     }
 
     // The answer of GetValue with what it read, as "answer text/status".
-    static std::string Read(CKalvexDoc& document, int kind, int mode = 0) {
+    static std::string Read(CKalvexDoc& document, ValueKind kind, int mode = 0) {
         CVal value;
         const int answer = Variable(document).GetValue(value, kind, mode);
         return std::to_string(answer) + " " + ValueToText(value) + "/" +
                std::to_string(value.GetStatus());
     }
 
-    static std::int64_t Time(CKalvexDoc& document, int kind) {
+    static std::int64_t Time(CKalvexDoc& document, ValueKind kind) {
         std::int64_t time = -7;
         EXPECT_EQ(Variable(document).GetTime(&time, kind), 1);
         return time;
     }
 
-    static int StatusOf(CKalvexDoc& document, int kind) {
+    static int StatusOf(CKalvexDoc& document, ValueKind kind) {
         std::uint16_t status = 0xFFFF;
         EXPECT_EQ(Variable(document).GetStatus(&status, kind), 1);
         return status;
@@ -223,7 +223,7 @@ TEST_F(RemoteVariableTest, TimeOfAReportIsTheStartOfItsPeriod) {
     CKalvexDoc& document = Declare(kPlain);
     CVal value(1);
     value.SetTime(Local("2024-03-10 07:23:45"));
-    for (int kind = KindHour; kind <= KindSpan; ++kind) Variable(document).SetValue(value, kind);
+    for (const ValueKind kind : kReportKinds) Variable(document).SetValue(value, kind);
     EXPECT_EQ(Time(document, KindCurrent), 1710050000);
     EXPECT_EQ(Time(document, KindHour), Local("2024-03-10 07:00:00"));
     EXPECT_EQ(Time(document, KindDay), Local("2024-03-10 00:00:00"));
@@ -383,17 +383,18 @@ TEST_F(RemoteVariableTest, TwoNamesShareTheValueAndNothingElse) {
 TEST_F(RemoteVariableTest, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
     CKalvexDoc& document = Declare("'latencyTicks': 10, 'variables': {'V': {}}");
     CVariable& variable = Variable(document);
-    for (int kind = KindCurrent; kind <= KindArchive; ++kind) {
-        EXPECT_EQ(variable.IsReady(kind), 1) << kind;
+    for (const ValueKindRow& row : ValueKinds()) {
+        EXPECT_EQ(variable.IsReady(row.kind), 1) << row.kind;
     }
     EXPECT_EQ(variable.IsReady(KindNone), 0);
-    EXPECT_EQ(variable.IsReady(7), 0);
-    for (int kind = KindHour; kind <= KindArchive; ++kind) {
+    EXPECT_EQ(variable.IsReady(ValueKind(7)), 0);
+    constexpr ValueKind kStored[] = {KindHour, KindDay, KindMonth, KindSpan, KindArchive};
+    for (const ValueKind kind : kStored) {
         variable.RequestRange(kind, 1, 2);
         EXPECT_EQ(variable.IsReady(kind), 0) << kind;
     }
     Tick(10);
-    for (int kind = KindHour; kind <= KindArchive; ++kind) {
+    for (const ValueKind kind : kStored) {
         EXPECT_EQ(variable.IsReady(kind), 1) << kind;
     }
 }

@@ -66,7 +66,7 @@ class FakeScript final : public FakeWorld, public CScriptContext {
     HandRemote& Remote(std::string_view name) { return Append<HandRemote>(name); }
 
     // A variable's value, whether a script could use it or not.
-    CVal Value(std::string_view name, int kind = KindCurrent) {
+    CVal Value(std::string_view name, ValueKind kind = KindCurrent) {
         CVal value;
         Variables().Find(FromUtf8(name))->GetValue(value, kind, 1);
         return value;

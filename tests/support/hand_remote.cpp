@@ -4,12 +4,12 @@
 
 namespace kalvex {
 
-int HandRemote::GetValue(CVal& out, int, int) {
+int HandRemote::GetValue(CVal& out, ValueKind, int) {
     if (answer == ReadValue) out = value;
     return answer;
 }
 
-int HandRemote::SetValue(const CVal& written, int) {
+int HandRemote::SetValue(const CVal& written, ValueKind) {
     value = written;
     return 1;
 }

@@ -12,13 +12,13 @@ class HandRemote final : public CVariableStored {
     using CVariableStored::CVariableStored;
 
     VariableKind GetKind() const override { return VariableRemote; }
-    int GetValue(CVal& out, int kind, int mode) override;
-    int SetValue(const CVal& written, int kind) override;
+    int GetValue(CVal& out, ValueKind kind, int mode) override;
+    int SetValue(const CVal& written, ValueKind kind) override;
     int SetLocked(bool flag) override;
     int SetIgnoreUnknown(bool flag) override;
-    int IsReady(int kind) override { return kind == readyKind ? 1 : 0; }
-    int IsReportLoaded(int kind) override { return kind == loadedKind ? 1 : 0; }
-    int IsReportInited(int kind) override { return kind == initedKind ? 1 : 0; }
+    int IsReady(ValueKind kind) override { return kind == readyKind ? 1 : 0; }
+    int IsReportLoaded(ValueKind kind) override { return kind == loadedKind ? 1 : 0; }
+    int IsReportInited(ValueKind kind) override { return kind == initedKind ? 1 : 0; }
     int IsArchived() override { return 1; }
     std::string GetUnit() override;
     std::string GetDescription() override;

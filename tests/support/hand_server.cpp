@@ -107,14 +107,15 @@ void HandServer::ListVariables(LoginRequest login, std::string address, ListAnsw
     }
 }
 
-void HeardConnection::AttachVarOwner(CVarVal& variable, CVarOwner* owner) {
-    owners.emplace(variable.GetName(), owner);
+CVarVal& HeardConnection::RegisterVariable(std::string_view name, const Owner* owner) {
+    owners.emplace(name, owner);
+    return RegisterVariable(name);
 }
 
-void HeardConnection::DetachVarOwner(CVarVal& variable, CVarOwner* owner) {
-    std::erase_if(owners, [&](const auto& bound) {
-        return bound.first == variable.GetName() && bound.second == owner;
-    });
+void HeardConnection::UnRegisterVariable(const std::string& name, const Owner* owner) {
+    std::erase_if(owners,
+                  [&](const auto& bound) { return bound.first == name && bound.second == owner; });
+    CClientConnection::UnRegisterVariable(name);
 }
 
 bool HeardConnection::IsVarInUse(const CVarVal& variable) const {
@@ -171,7 +172,7 @@ void HeardConnection::OnRemoteLogMessage(int level, std::int64_t time, std::stri
     events.push_back("log " + Text(level) + " " + Text(time) + " " + std::string(text));
 }
 
-void HeardWindow::OnAnswer(ValueKind kind, const CRequestRecord& record) {
+void HeardWindow::OnAnswer(ValueKind kind, CRequestRecord record) {
     std::string text = Text(kind) + record.variable + " " + Text(record.result);
     if (record.list != nullptr) {
         text += " [";
@@ -183,7 +184,6 @@ void HeardWindow::OnAnswer(ValueKind kind, const CRequestRecord& record) {
         text += " " + Describe(record.value);
     }
     answers.push_back(text);
-    contexts.push_back(record.context);
 }
 
 void HeardJournal::Record(const CClientConnection& connection, JournalEntry entry) {

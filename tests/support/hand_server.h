@@ -40,15 +40,19 @@ class HandServer final : public SessionAcceptor {
     ListAnswer listAnswer;  // of the client that was not answered
 };
 
-// Keeps what its hooks are told. Owners are not looked into.
+// Keeps what its hooks are told. A variable is in use for as long as it has an owner.
 class HeardConnection final : public CClientConnection {
   public:
+    struct Owner {};
+
+    using CClientConnection::RegisterVariable;
+    CVarVal& RegisterVariable(std::string_view name, const Owner* owner);
+    void UnRegisterVariable(const std::string& name, const Owner* owner);
+
     std::vector<std::string> events;
-    std::multimap<std::string, CVarOwner*> owners;
+    std::multimap<std::string, const Owner*> owners;
 
   protected:
-    void AttachVarOwner(CVarVal& variable, CVarOwner* owner) override;
-    void DetachVarOwner(CVarVal& variable, CVarOwner* owner) override;
     bool IsVarInUse(const CVarVal& variable) const override;
     void OnConnectionFault(ConnectionFault fault, std::uint32_t code) override;
     void OnServerAccess(bool denied, std::string_view text) override;
@@ -67,10 +71,9 @@ class HeardConnection final : public CClientConnection {
 // Keeps the answers.
 class HeardWindow final : public CAnswerWindow {
   public:
-    void OnAnswer(ValueKind kind, const CRequestRecord& record) override;
+    void OnAnswer(ValueKind kind, CRequestRecord record) override;
 
     std::vector<std::string> answers;
-    std::vector<CVarOwner*> contexts;
 };
 
 // Keeps the names of the operations with their arguments.

@@ -54,11 +54,11 @@ class HandSources final : public CScriptSources {
     void UnblockSubscribe(bool reset) override {
         calls.push_back(reset ? "unblock all" : "unblock");
     }
-    bool AddNotifyDoc(int kind, std::string_view source, CKalvexDoc&) override {
+    bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc&) override {
         calls.push_back("notify " + std::to_string(kind) + " " + ToUtf8(source));
         return true;
     }
-    void RemoveNotifyDoc(int kind, std::string_view source, CKalvexDoc&) override {
+    void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc&) override {
         calls.push_back("stop notifying " + std::to_string(kind) + " " + ToUtf8(source));
     }
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override {

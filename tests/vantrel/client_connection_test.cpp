@@ -33,7 +33,7 @@ class ClientConnectionTest : public testing::Test {
         return Describe(connection.GetVarVal(name)->Value());
     }
 
-    struct Owner : CVarOwner {};
+    using Owner = HeardConnection::Owner;
 
     InProcessNetwork network;
     HandServer server;

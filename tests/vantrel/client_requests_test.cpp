@@ -26,7 +26,7 @@ class ClientRequestsTest : public testing::Test {
 
     RequestId Read(ValueKind kind, std::int64_t from, std::int64_t to,
                    CArchiveValueList* into = nullptr) {
-        const RequestId id = connection.AddDataRequest(kind, "V", from, to, into, window, &owner);
+        const RequestId id = connection.AddDataRequest(kind, "V", from, to, into, window);
         connection.MakeDataRequest(kind);
         network.Deliver();
         return id;
@@ -43,7 +43,7 @@ class ClientRequestsTest : public testing::Test {
         return value;
     }
 
-    struct Owner : CVarOwner {};
+    using Owner = HeardConnection::Owner;
 
     InProcessNetwork network;
     HandServer server;
@@ -55,9 +55,9 @@ class ClientRequestsTest : public testing::Test {
 };
 
 TEST_F(ClientRequestsTest, AddQueuesAndMakeSends) {
-    connection.AddDataRequest(KindHour, "A", 100, 100, nullptr, window, &owner);
-    connection.AddDataRequest(KindHour, "B", 200, 300, &list, window, &owner);
-    connection.AddDataRequest(KindDay, "A", 400, 400, nullptr, window, &owner);
+    connection.AddDataRequest(KindHour, "A", 100, 100, nullptr, window);
+    connection.AddDataRequest(KindHour, "B", 200, 300, &list, window);
+    connection.AddDataRequest(KindDay, "A", 400, 400, nullptr, window);
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
     connection.MakeDataRequest(KindHour);
@@ -75,7 +75,6 @@ TEST_F(ClientRequestsTest, SingleAnswer) {
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 0 1.50/0"));
-    EXPECT_THAT(window.contexts, ElementsAre(&owner));
 }
 
 TEST_F(ClientRequestsTest, SingleAnswerWithoutAValueHasFailed) {
@@ -124,7 +123,7 @@ TEST_F(ClientRequestsTest, CancelledRequestIsNotAnswered) {
 }
 
 TEST_F(ClientRequestsTest, CancelBeforeMakeSendsNothing) {
-    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window, &owner);
+    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window);
     connection.CancelDataRequest(KindHour, id);
     connection.MakeDataRequest(KindHour);
     network.Deliver();
@@ -144,7 +143,7 @@ TEST_F(ClientRequestsTest, CancelOfAnAnsweredRequestSendsNothing) {
 // The server hears of so many at a time; an answer or a cancellation lets the next one through.
 TEST_F(ClientRequestsTest, VeryManyReadsAreHeldBack) {
     for (int i = 1; i <= 503; ++i) {
-        connection.AddDataRequest(KindHour, "V", i, i, nullptr, window, &owner);
+        connection.AddDataRequest(KindHour, "V", i, i, nullptr, window);
     }
     connection.MakeDataRequest(KindHour);
     network.Deliver();
@@ -187,7 +186,7 @@ TEST_F(ClientRequestsTest, BreakAnswersWhatIsOutstandingInOrder) {
 TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheRestIsLost) {
     Break();
     Forget();
-    connection.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
+    connection.AddDataRequest(KindHour, "V", 100, 100, nullptr, window);
     EXPECT_THAT(window.answers, IsEmpty());
     connection.MakeDataRequest(KindHour);
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
@@ -219,7 +218,7 @@ TEST_F(ClientRequestsTest, MadeWhileTheConnectionComesUpAreSentThen) {
     other.RegisterVariable("V", &owner);
     other.Subscribe();
     other.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
-    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
+    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window);
     other.MakeDataRequest(KindHour);
     other.MakePeriodRequest(PeriodAction::Load, KindDay, "V", 200);
     EXPECT_THAT(window.answers, IsEmpty());
@@ -234,7 +233,7 @@ TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
     HeardConnection other;
     other.Create(23, "srv", "Kalvex", network, nullptr);
     other.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
-    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window, &owner);
+    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window);
     other.MakeDataRequest(KindHour);
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
@@ -320,10 +319,10 @@ TEST_F(ClientRequestsTest, ArchiveOfLongTextsGoesInSeveralWrites) {
 }
 
 TEST_F(ClientRequestsTest, JournalNamesEachOperation) {
-    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window, &owner);
+    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window);
     connection.MakeDataRequest(KindHour);
     connection.CancelDataRequest(KindHour, id);
-    connection.AddDataRequest(KindArchive, "V", 1, 2, &list, window, &owner);
+    connection.AddDataRequest(KindArchive, "V", 1, 2, &list, window);
     connection.MakeDataRequest(KindArchive);
     connection.CancelDataRequest(KindArchive, 2);
     connection.AddReportModifyRequest(KindDay, "V", 3, CVal(1.5));

@@ -96,7 +96,7 @@ TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
     HeardConnection connection;
     connection.SetLoginData("jan", "tajne");
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
-    connection.RegisterVariable("Z1", nullptr);
+    connection.RegisterVariable("Z1");
     connection.Subscribe();
     world.RunUntil(acceptor, "subscribe +1Z1");
     acceptor.SendValue(1, CVal(5));
@@ -215,11 +215,11 @@ TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
     server.reset();
     world.RunUntil(events, "closed 4107");
     world.now += 500;
-    client.Check();
+    transport->Check();
     world.RunUntil(events, "fault 2 4110");
     server = world.Listen(world.ServerSettings(), acceptor);
     world.now += 1000;
-    client.Check();
+    transport->Check();
     world.RunUntil(events, "opened");
     EXPECT_THAT(events.heard, ElementsAre("closed 4107", "fault 2 4110", "opened"));
     world.RunUntil([&] { return acceptor.link != nullptr; });
@@ -230,12 +230,12 @@ TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
 TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
     HeardConnection connection;
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
-    connection.RegisterVariable("Z1", nullptr);
-    connection.RegisterVariable("Z2", nullptr);
+    connection.RegisterVariable("Z1");
+    connection.RegisterVariable("Z2");
     connection.Subscribe();
     world.RunUntil(acceptor, "subscribe +1Z1 +2Z2");
     HeardWindow window;
-    connection.AddDataRequest(KindHour, "Z1", 0, 0, nullptr, window, nullptr);
+    connection.AddDataRequest(KindHour, "Z1", 0, 0, nullptr, window);
     connection.MakeDataRequest(KindHour);
     server.reset();
     world.RunUntil([&] { return !window.answers.empty(); });
@@ -280,7 +280,7 @@ TEST_F(NetworkConversationTest, ClosedClientRestsUntilItIsOpenedAgain) {
     transport->Close(ReasonClosed);
     world.RunUntil(events, "closed 4102");
     world.now += 60'000;
-    client.Check();
+    transport->Check();
     EXPECT_EQ(acceptor.clients, 1);
     events.heard.clear();
     EXPECT_TRUE(transport->Open());
@@ -305,12 +305,12 @@ TEST_F(NetworkConversationTest, SilentServerCountsAsGoneAfterTenSeconds) {
     for (int second = 0; second < 10; ++second) {
         EXPECT_THAT(events.heard, IsEmpty());
         world.now += 1000;
-        client.Check();  // the server's is not called: it hangs
+        client.KeepAlive();  // the server's is not called: it hangs
         world.loop.Run();
     }
     // The word of the last Flush counts at the first look.
     world.now += 1000;
-    client.Check();
+    client.KeepAlive();
     world.RunUntil(events, "closed 4105");
 }
 
@@ -333,7 +333,7 @@ TEST_F(NetworkConversationTest, ServerThatNeverGreetsIsGivenUp) {
     transport->Open();
     for (int second = 0; second < 10; ++second) {
         world.now += 1000;
-        transport->Check();
+        client.KeepAlive();
     }
     world.loop.Run();
     EXPECT_THAT(events.heard, testing::Contains("fault 2 4105"));

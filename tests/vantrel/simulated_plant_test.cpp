@@ -45,7 +45,7 @@ class SimulatedPlantTest : public testing::Test {
 
     void Read(ValueKind kind, std::int64_t from, std::int64_t to, CArchiveValueList* into = nullptr,
               std::string_view variable = "V") {
-        connection.AddDataRequest(kind, variable, from, to, into, window, &owner);
+        connection.AddDataRequest(kind, variable, from, to, into, window);
         connection.MakeDataRequest(kind);
     }
 
@@ -55,7 +55,7 @@ class SimulatedPlantTest : public testing::Test {
         connection.MakeDataRequest(kind);
     }
 
-    struct Owner : CVarOwner {};
+    using Owner = HeardConnection::Owner;
 
     VirtualClock clock{1710050400};
     std::unique_ptr<SimulatedPlant> plant;

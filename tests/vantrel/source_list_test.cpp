@@ -29,13 +29,10 @@ class HandSourceList final : public CSourceList {
 
 class SourceListTest : public testing::Test {
   protected:
-    struct Owner : CVarOwner {};
-
     InProcessNetwork network;
     HandServer first;
     HandServer second;
     HandSourceList list{network};
-    Owner owner;
 };
 
 TEST_F(SourceListTest, ConnectionIsMadeOnceByName) {
@@ -49,19 +46,19 @@ TEST_F(SourceListTest, ConnectionIsMadeOnceByName) {
 }
 
 TEST_F(SourceListTest, SourceThatCannotBeMadeIsTriedEachTime) {
-    EXPECT_EQ(list.RegisterVariable("nie", "V", &owner), nullptr);
+    EXPECT_EQ(list.RegisterVariable("nie", "V"), nullptr);
     EXPECT_EQ(list.AddSource("nie"), nullptr);
     EXPECT_THAT(list.made, ElementsAre("nie", "nie"));
     EXPECT_TRUE(list.Connections().empty());
-    list.UnRegisterVariable("nie", "V", &owner);
+    list.UnRegisterVariable("nie", "V");
     EXPECT_EQ(list.made.size(), 2u);
 }
 
 TEST_F(SourceListTest, RegistrationsReachTheServersWithSubscribe) {
     network.AddServer("jeden", first);
     network.AddServer("dwa", second);
-    CVarVal* variable = list.RegisterVariable("jeden", "A", &owner);
-    list.RegisterVariable("dwa", "B", &owner);
+    CVarVal* variable = list.RegisterVariable("jeden", "A");
+    list.RegisterVariable("dwa", "B");
     network.Deliver();
     EXPECT_EQ(variable, list.Get("jeden")->GetVarVal("A"));
     EXPECT_THAT(first.heard, ElementsAre("login / Kalvex 23"));
@@ -69,7 +66,7 @@ TEST_F(SourceListTest, RegistrationsReachTheServersWithSubscribe) {
     network.Deliver();
     EXPECT_EQ(first.heard.back(), "subscribe +1A");
     EXPECT_EQ(second.heard.back(), "subscribe +1B");
-    list.UnRegisterVariable("jeden", "A", &owner);
+    list.UnRegisterVariable("jeden", "A");
     list.Subscribe();
     network.Deliver();
     EXPECT_EQ(first.heard.back(), "subscribe -1");

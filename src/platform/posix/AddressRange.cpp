@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <optional>
 #include <string>
+
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
@@ -46,11 +47,9 @@ std::optional<Range> ParseRange(std::string_view text) {
     if (!address) return std::nullopt;
     if (slash == std::string_view::npos) return Range{*address, address->bits};
     const std::string_view digits = text.substr(slash + 1);
-    int prefix = -1;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), prefix);
-    const bool whole = error == std::errc() && end == digits.data() + digits.size();
-    if (!whole || prefix < 0 || prefix > address->bits) return std::nullopt;
-    return Range{*address, prefix};
+    const auto prefix = ReadWholeNumber<int>(digits);
+    if (!prefix || *prefix < 0 || *prefix > address->bits) return std::nullopt;
+    return Range{*address, *prefix};
 }
 
 }  // namespace

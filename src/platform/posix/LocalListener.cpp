@@ -7,11 +7,11 @@
 #include <sys/un.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <string_view>
 
 #include "platform/Translator.h"
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
@@ -26,11 +26,9 @@ struct PortAddress {
 };
 
 bool ReadPort(std::string_view text, in_port_t& port) {
-    std::uint16_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, fault] = std::from_chars(text.data(), end, number);
-    port = htons(number);
-    return fault == std::errc() && rest == end;
+    const auto number = ReadWholeNumber<std::uint16_t>(text);
+    port = htons(number.value_or(0));
+    return number.has_value();
 }
 
 bool ReadAddress4(const std::string& host, std::string_view port, PortAddress& address) {

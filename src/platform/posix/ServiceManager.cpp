@@ -5,10 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+
+#include "text/WholeNumber.h"
 
 namespace kalvex {
 
@@ -19,14 +20,6 @@ std::string TakeFromEnvironment(const char* name) {
     const std::string text = value == nullptr ? "" : value;
     ::unsetenv(name);
     return text;
-}
-
-std::optional<std::int64_t> ReadNumber(const std::string& text) {
-    std::int64_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, fault] = std::from_chars(text.data(), end, number);
-    if (fault != std::errc() || rest != end) return std::nullopt;
-    return number;
 }
 
 // A path, or the name of an abstract socket with "@" for its leading zero; other kinds of sockets
@@ -48,8 +41,10 @@ std::string StatusLine(std::string_view status) {
 }  // namespace
 
 ServiceManager::ServiceManager() : m_strAddress(ReadAddress(TakeFromEnvironment("NOTIFY_SOCKET"))) {
-    const std::optional<std::int64_t> process = ReadNumber(TakeFromEnvironment("WATCHDOG_PID"));
-    const std::optional<std::int64_t> patience = ReadNumber(TakeFromEnvironment("WATCHDOG_USEC"));
+    const std::optional<std::int64_t> process =
+        ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_PID"));
+    const std::optional<std::int64_t> patience =
+        ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_USEC"));
     if (m_strAddress.empty()) return;
     m_fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const timeval second{1, 0};

@@ -4,16 +4,16 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 
+#include "programs/ExitStatus.h"
 #include "text/CodePage.h"
+#include "text/WholeNumber.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex {
 
 namespace {
 
-constexpr int kWrongUsage = 2;
 constexpr std::int64_t kTicksOfVirtualRun = 1000000;
 constexpr std::int64_t kGreatestTickMs = 86400000;
 
@@ -36,16 +36,14 @@ class UsageFormatter final : public CLI::Formatter {
     }
 };
 
-bool ReadNumber(const std::string& text, std::int64_t& out) {
-    const char* end = text.data() + text.size();
-    const auto [rest, fault] = std::from_chars(text.data(), end, out);
-    return fault == std::errc() && rest == end;
-}
-
 void AddNumber(CLI::App& app, const std::string& name, std::int64_t least, std::int64_t greatest,
                std::int64_t& out, const std::string& help) {
     const auto take = [=, &out](const std::string& text) {
-        if (ReadNumber(text, out) && out >= least && out <= greatest) return;
+        const auto number = ReadWholeNumber<std::int64_t>(text);
+        if (number && *number >= least && *number <= greatest) {
+            out = *number;
+            return;
+        }
         const std::string range = greatest == INT64_MAX
                                       ? fmt::format("of at least {}", least)
                                       : fmt::format("from {} to {}", least, greatest);
@@ -96,7 +94,7 @@ std::string FirstUnknown(const CLI::App& app) {
 }
 
 CommandLine Refuse(const std::string& reason) {
-    return {{}, kWrongUsage, "kalvex-run: " + reason + "\n"};
+    return {{}, ExitRefused, "kalvex-run: " + reason + "\n"};
 }
 
 }  // namespace

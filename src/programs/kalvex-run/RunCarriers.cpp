@@ -29,7 +29,7 @@ void CRunNetwork::BeginTick(std::int64_t, CSourceList& sources) {
     const std::int64_t now = m_clock();
     if (now < m_tNextCheck) return;
     m_tNextCheck = now + kCheckPeriod;
-    m_client.Check();
+    m_client.KeepAlive();
     sources.CheckConnections();
 }
 

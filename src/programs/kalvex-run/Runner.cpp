@@ -104,7 +104,7 @@ ExitStatus CRunner::GetExitStatus() const {
     };
     if (any(&CRunScript::IsRefused)) return ExitRefused;
     if (any(&CRunScript::IsFailed)) return ExitFailed;
-    return m_bLimitReached ? ExitLimit : ExitFinished;
+    return m_bLimitReached ? ExitLimit : ExitDone;
 }
 
 }  // namespace kalvex

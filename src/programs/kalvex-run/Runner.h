@@ -17,6 +17,7 @@
 #include "platform/posix/FileStore.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
+#include "programs/ExitStatus.h"
 #include "programs/kalvex-run/Actions.h"
 #include "programs/kalvex-run/Options.h"
 #include "programs/kalvex-run/RunLog.h"
@@ -26,8 +27,6 @@
 #include "programs/kalvex-run/RunUsers.h"
 
 namespace kalvex {
-
-enum ExitStatus : int { ExitFinished = 0, ExitFailed = 1, ExitRefused = 2, ExitLimit = 3 };
 
 class CRunner {
   public:

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "text/Characters.h"
 #include "text/CodePage.h"
 #include "value/LocalTimeText.h"
 #include "value/Status.h"
@@ -27,8 +28,7 @@ std::size_t Width(std::string_view utf8) {
 // Control characters would break the table.
 std::string Printable(std::string_view windows1250) {
     std::string text(windows1250);
-    std::ranges::replace_if(
-        text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    std::ranges::replace_if(text, IsControl, ' ');
     return ToUtf8(text);
 }
 

@@ -6,14 +6,12 @@
 #include <filesystem>
 #include <string_view>
 
+#include "programs/ExitStatus.h"
 #include "text/CodePage.h"
 
 namespace kalvex {
 
 namespace {
-
-constexpr int kDone = 0;
-constexpr int kWrongUsage = 2;
 
 struct OptionRow {
     const char* name;
@@ -100,16 +98,16 @@ KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
         const std::string name = row->name;
         const bool given = arguments[i].size() > name.size();
         if (row->value == nullptr && given) {
-            return End(kWrongUsage, "kalvexd: " + name + " takes no value\n");
+            return End(ExitRefused, "kalvexd: " + name + " takes no value\n");
         }
-        if (name == "--help") return End(kDone, Help());
-        if (name == "--version") return End(kDone, "kalvexd " KALVEX_VERSION "\n");
+        if (name == "--help") return End(ExitDone, Help());
+        if (name == "--version") return End(ExitDone, "kalvexd " KALVEX_VERSION "\n");
         std::string value = given ? arguments[i].substr(name.size() + 1) : std::string();
         if (row->value != nullptr && !given && i + 1 < arguments.size()) {
             value = arguments[++i];
         }
         if (row->value != nullptr && value.empty()) {
-            return End(kWrongUsage, "kalvexd: " + name + " needs a value\n");
+            return End(ExitRefused, "kalvexd: " + name + " needs a value\n");
         }
         row->take(options, value);
     }

@@ -40,7 +40,7 @@ bool CNetworkLibrary::Start(std::string&) {
     NetworkClientSettings settings;
     settings.addresses = ReadServerAddresses(m_profile);
     m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog);
-    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_pClient->Check(); });
+    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_pClient->KeepAlive(); });
     return true;
 }
 

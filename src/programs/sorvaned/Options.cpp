@@ -92,7 +92,7 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         std::ostringstream out;
         std::ostringstream fault;
         const bool wrong = app.exit(error, out, fault) != 0;
-        line.exitStatus = wrong ? ExitUsage : ExitDone;
+        line.exitStatus = wrong ? ExitRefused : ExitDone;
         line.message = wrong ? "sorvaned: " + std::string(error.what()) + "\n" : out.str();
         return line;
     }

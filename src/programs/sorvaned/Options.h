@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "platform/UserDirectory.h"
+#include "programs/ExitStatus.h"
 
 namespace kalvex {
-
-enum SorvanedExit : int { ExitDone = 0, ExitFailed = 1, ExitUsage = 2 };
 
 enum class SorvanedTask { Serve, Check, AddUser, ListUsers, ChangePassword, RemoveUser };
 

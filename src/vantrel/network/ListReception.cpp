@@ -22,6 +22,7 @@ bool ListReception::OnParcel(std::string_view bytes) {
     const std::lock_guard lock(m_mutex);
     if (fault != WireFault::None) m_bGood = false;
     if (piece == nullptr || !m_bGood) return true;
+    // A server that has more is none that should be listened to.
     m_bGood = m_arrList.size() + piece->definitions.size() <= kMostVariables;
     m_bWhole = piece->last;
     std::move(piece->definitions.begin(), piece->definitions.end(), std::back_inserter(m_arrList));
@@ -31,6 +32,7 @@ bool ListReception::OnParcel(std::string_view bytes) {
 void ListReception::OnEnded(StreamEnd end, const std::string&) {
     const std::lock_guard lock(m_mutex);
     m_bEnded = true;
+    // A server that has more is none that should be listened to.
     m_bGood = m_bGood && end == StreamEnd::Orderly;
     m_changed.notify_all();
 }

@@ -22,9 +22,6 @@ class ListReception final : public StreamEvents {
     void OnEnded(StreamEnd end, const std::string& detail) override;
 
   private:
-    // A server that has more is none that should be listened to.
-    static constexpr std::size_t kMostVariables = 1'000'000;
-
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::vector<VariableDefinition> m_arrList;

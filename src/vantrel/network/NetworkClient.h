@@ -41,9 +41,9 @@ class NetworkClient final : public TransportFactory {
     std::unique_ptr<ClientTransport> Connect(std::string_view source, ClientTransportEvents& events,
                                              std::uint32_t& reason) override;
 
-    // The periodic work of all transports, signs of life among it: about once a second. A program
-    // calls it whatever else calls the Check of a transport.
-    void Check();
+    // The signs of life of all conversations. A program calls it about once a second, however
+    // rarely it checks its connections.
+    void KeepAlive();
 
   private:
     friend class NetworkTransport;

@@ -64,8 +64,8 @@ void NetworkTransport::Send(ClientMessage message) {
     if (m_state != State::Open) return;
     PackedRequest packed = Pack(message);
     for (ServerMessage& refusal : packed.refusals) {
-        Tell([refusal = std::move(refusal)](ClientTransportEvents& events) {
-            events.OnMessage(refusal);
+        Tell([refusal = std::move(refusal)](ClientTransportEvents& events) mutable {
+            events.OnMessage(std::move(refusal));
         });
     }
     for (std::string& parcel : packed.parcels) {
@@ -87,13 +87,15 @@ void NetworkTransport::Close(std::uint32_t reason) {
 }
 
 void NetworkTransport::Check() {
-    const std::int64_t now = m_client.m_settings.clock();
-    if (m_state == State::Waiting && now >= m_tNextAttempt) return Attempt();
+    if (m_state == State::Waiting && m_client.m_settings.clock() >= m_tNextAttempt) Attempt();
+}
+
+void NetworkTransport::KeepAlive() {
     if (!m_pStream) return;
     const LifeSigns signs{.heard = m_pReception->TakeHeard(),
                           .spoke = std::exchange(m_bSpoke, false),
                           .stuck = m_pStream->IsStuck()};
-    const PeerWatch::Due due = m_watch.Look(now, signs);
+    const PeerWatch::Due due = m_watch.Look(m_client.m_settings.clock(), signs);
     if (due == PeerWatch::Due::Beat) {
         if (m_state == State::Open) m_pStream->Send(Pack(Heartbeat{}));
     } else if (due != PeerWatch::Due::Nothing) {
@@ -194,8 +196,8 @@ std::unique_ptr<ClientTransport> NetworkClient::Connect(std::string_view source,
     return std::make_unique<NetworkTransport>(*this, source, std::move(endpoint), events);
 }
 
-void NetworkClient::Check() {
-    for (NetworkTransport* transport : m_arrTransports) transport->Check();
+void NetworkClient::KeepAlive() {
+    for (NetworkTransport* transport : m_arrTransports) transport->KeepAlive();
 }
 
 }  // namespace kalvex

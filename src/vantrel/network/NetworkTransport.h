@@ -27,6 +27,9 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     bool LoadVariableList(const LoginRequest& login,
                           std::vector<VariableDefinition>& list) override;
 
+    // Gives signs of life, and looks for those of the server.
+    void KeepAlive();
+
   private:
     enum class State { Resting, Waiting, Opening, Open };
 

@@ -58,7 +58,7 @@ class Reader {
         return static_cast<Number>(number);
     }
 
-    ValueKind Kind(int kind);
+    ValueKind Kind(int number);
     CVal Value(const pb::Value& value);
     // As many as told; an empty vector when something is wrong.
     std::vector<CVal> Values(const pb::Values& values);

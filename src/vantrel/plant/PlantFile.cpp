@@ -165,7 +165,7 @@ ValueRow ReadValueRow(const Item& item) {
     return row;
 }
 
-void ReadCurrent(PlantVariable& variable, const Item& item) {
+void ReadCurrent(SimulatedVariable& variable, const Item& item) {
     item.Rows([&](const Item& entry) {
         ValueRow row = ReadValueRow(entry);
         variable.current.push_back({row.atTick, std::move(row.value), row.stamped});
@@ -173,7 +173,7 @@ void ReadCurrent(PlantVariable& variable, const Item& item) {
 }
 
 template <ValueKind Kind>
-void ReadStored(PlantVariable& variable, const Item& item) {
+void ReadStored(SimulatedVariable& variable, const Item& item) {
     item.Rows([&](const Item& entry) {
         ValueRow row = ReadValueRow(entry);
         if (!row.stamped) entry.Fail("has an entry without \"time\"");
@@ -183,13 +183,13 @@ void ReadStored(PlantVariable& variable, const Item& item) {
 
 // ---- variables
 
-template <std::optional<std::uint16_t> PlantVariable::*Code>
-void ReadCode(PlantVariable& variable, const Item& item) {
+template <std::optional<std::uint16_t> SimulatedVariable::*Code>
+void ReadCode(SimulatedVariable& variable, const Item& item) {
     if (item.IsNull()) return;
     variable.*Code = static_cast<std::uint16_t>(item.Number(0, 0xFFFF));
 }
 
-void ReadAttributes(PlantVariable& variable, const Item& item) {
+void ReadAttributes(SimulatedVariable& variable, const Item& item) {
     item.Members([&](const Item& member) {
         const bool number = member.Node().type == Type::Integer;
         variable.attributes.emplace_back(
@@ -197,7 +197,7 @@ void ReadAttributes(PlantVariable& variable, const Item& item) {
     });
 }
 
-constexpr std::array<Field<PlantVariable>, 10> kVariableFields = {{
+constexpr std::array<Field<SimulatedVariable>, 10> kVariableFields = {{
     {"attributes", ReadAttributes},
     {"current", ReadCurrent},
     {"hour", ReadStored<KindHour>},
@@ -205,14 +205,14 @@ constexpr std::array<Field<PlantVariable>, 10> kVariableFields = {{
     {"month", ReadStored<KindMonth>},
     {"span", ReadStored<KindSpan>},
     {"archive", ReadStored<KindArchive>},
-    {"accessError", ReadCode<&PlantVariable::accessError>},
-    {"readError", ReadCode<&PlantVariable::readError>},
-    {"writeError", ReadCode<&PlantVariable::writeError>},
+    {"accessError", ReadCode<&SimulatedVariable::accessError>},
+    {"readError", ReadCode<&SimulatedVariable::readError>},
+    {"writeError", ReadCode<&SimulatedVariable::writeError>},
 }};
 
 void ReadVariables(PlantSource& source, const Item& item) {
     item.Members([&](const Item& member) {
-        PlantVariable& variable = source.variables.emplace_back();
+        SimulatedVariable& variable = source.variables.emplace_back();
         variable.name = FromUtf8(member.Name());
         ReadFields(variable, member, kVariableFields);
     });
@@ -244,7 +244,7 @@ constexpr std::array<Field<PlantReportChange>, 3> kReportChangeFields = {{
     {"kind",
      [](PlantReportChange& change, const Item& item) {
          change.kind = KindFromWord(item.Text());
-         if (change.kind < KindHour || change.kind > KindSpan) {
+         if (!IsReport(change.kind)) {
              item.Fail("must be HREP, DREP, MREP or SREP");
          }
      }},

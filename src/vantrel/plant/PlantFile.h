@@ -21,7 +21,7 @@ struct PlantCurrent {
     bool stamped = false;  // false: its time is the moment of that tick
 };
 
-struct PlantVariable {
+struct SimulatedVariable {
     std::string name;
     std::vector<std::pair<std::string, std::string>> attributes;
     std::vector<PlantCurrent> current;
@@ -50,7 +50,7 @@ struct PlantSource {
     std::int64_t dataAtTick = 0;
     std::int64_t latencyTicks = 1;
     std::vector<PlantOutage> outages;
-    std::vector<PlantVariable> variables;  // in the order of the file
+    std::vector<SimulatedVariable> variables;  // in the order of the file
     std::vector<PlantReportChange> reportChanges;
 };
 

@@ -11,7 +11,7 @@ namespace kalvex {
 PlantServer::PlantServer(SimulatedPlant& plant, PlantSource source)
     : m_plant(plant), m_source(std::move(source)) {
     m_arrVariables.reserve(m_source.variables.size());
-    for (PlantVariable& definition : m_source.variables) {
+    for (SimulatedVariable& definition : m_source.variables) {
         Variable& variable = m_arrVariables.emplace_back(Variable{std::move(definition), CVal()});
         m_mapByName.emplace(variable.definition.name, &variable);
         for (PlantCurrent& current : variable.definition.current) {
@@ -58,7 +58,7 @@ PlantServer::Variable* PlantServer::Find(std::string_view name) {
     return found == m_mapByName.end() ? nullptr : found->second;
 }
 
-VariableDefinition DefinitionOf(const PlantVariable& variable) {
+VariableDefinition DefinitionOf(const SimulatedVariable& variable) {
     return {variable.name, variable.attributes};
 }
 
@@ -98,17 +98,17 @@ ReadAnswer PlantServer::Read(const ReadRequest& request) {
     return answer;
 }
 
-std::uint16_t PlantServer::Modify(const ModifyRequest& request) {
+std::uint16_t PlantServer::Modify(ModifyRequest& request) {
     Variable* variable = Find(request.variable);
     if (variable == nullptr) return ResultNothing;
     if (variable->definition.writeError) return *variable->definition.writeError;
     if (request.kind == KindCurrent) {
-        Publish(*variable, request.value);
+        Publish(*variable, std::move(request.value));
         return ResultOk;
     }
-    CVal value = request.value;
-    value.SetTime(request.time);
-    variable->definition.stored[request.kind].insert_or_assign(request.time, std::move(value));
+    request.value.SetTime(request.time);
+    variable->definition.stored[request.kind].insert_or_assign(request.time,
+                                                               std::move(request.value));
     return ResultOk;
 }
 

@@ -30,7 +30,7 @@ class PlantServer {
     void Remove(PlantTransport& transport) { std::erase(m_arrTransports, &transport); }
 
     struct Variable {
-        PlantVariable definition;
+        SimulatedVariable definition;
         CVal value;
     };
 
@@ -39,7 +39,7 @@ class PlantServer {
     std::vector<VariableDefinition> Definitions() const;
 
     ReadAnswer Read(const ReadRequest& request);
-    std::uint16_t Modify(const ModifyRequest& request);
+    std::uint16_t Modify(ModifyRequest& request);
     std::uint16_t Modify(ArchiveModifyRequest& request);
     void Work(const PeriodRequest& request);
 
@@ -53,6 +53,6 @@ class PlantServer {
     std::vector<PlantTransport*> m_arrTransports;
 };
 
-VariableDefinition DefinitionOf(const PlantVariable& variable);
+VariableDefinition DefinitionOf(const SimulatedVariable& variable);
 
 }  // namespace kalvex

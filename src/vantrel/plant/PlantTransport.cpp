@@ -139,9 +139,9 @@ void PlantTransport::Take(ReadRequests& message) {
 }
 
 void PlantTransport::Take(ModifyRequests& message) {
-    After(m_pServer->Latency(), [this, message = std::move(message)] {
+    After(m_pServer->Latency(), [this, message = std::move(message)]() mutable {
         ModifyResults results;
-        for (const ModifyRequest& request : message.requests) {
+        for (ModifyRequest& request : message.requests) {
             results.entries.push_back({request.id, m_pServer->Modify(request)});
         }
         Deliver(std::move(results));
