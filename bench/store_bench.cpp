@@ -13,6 +13,7 @@
 #include <string>
 
 #include "server/Store.h"
+#include "waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -71,7 +72,7 @@ class OpenStore {
     VariableId Variable(const char* name) { return m_store.Register(name); }
 
   private:
-    PostedWork m_loop;
+    WaitingLoop m_loop;
     Store m_store{m_loop};
 };
 

@@ -13,6 +13,7 @@
 
 #include "loopback.h"
 #include "scratch_folder.h"
+#include "waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -107,7 +108,7 @@ class HttpEndpointTest : public testing::Test {
         return answer;
     }
 
-    PostedWork loop;
+    WaitingLoop loop;
     int rendered = 0;
 };
 

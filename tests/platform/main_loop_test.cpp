@@ -42,15 +42,6 @@ TEST(PostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
     EXPECT_EQ(wakes, 2);
 }
 
-TEST(PostedWorkTest, WaitsForAnotherThread) {
-    PostedWork loop;
-    std::thread::id doneOn;
-    std::thread other([&] { loop.Post([&] { doneOn = std::this_thread::get_id(); }); });
-    loop.WaitAndRun();
-    other.join();
-    EXPECT_EQ(doneOn, std::this_thread::get_id());
-}
-
 TEST(PosixMainLoopTest, DoesPostedWorkTimersAndSignals) {
     PosixMainLoop loop;
     std::vector<std::string> done;

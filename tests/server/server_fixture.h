@@ -13,12 +13,12 @@
 
 #include "local_zone.h"
 #include "platform/Clock.h"
-#include "platform/MainLoop.h"
 #include "server/Server.h"
 #include "temporary_folder.h"
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 #include "vantrel/Codes.h"
+#include "waiting_loop.h"
 
 namespace kalvex {
 
@@ -127,7 +127,7 @@ class ServerTest : public testing::Test {
     std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
     VirtualClock m_clock{m_tStart};
     LogLines m_log;
-    PostedWork m_loop;
+    WaitingLoop m_loop;
     std::string m_strToml;
     std::unique_ptr<Server> m_server;
     std::vector<std::unique_ptr<TestClient>> m_arrClients;

@@ -8,6 +8,7 @@
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network_world.h"
+#include "waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -358,7 +359,7 @@ class ListTest : public NetworkTest {
 
     const LoginRequest login{1, 23, "Kalvex", "jan", "tajne"};
     std::vector<VariableDefinition> list;
-    PostedWork serverLoop;
+    WaitingLoop serverLoop;
     HeardLog serverLog;
     std::promise<void> ready;
     bool over = false;

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/MainLoop.h"
 #include "scratch_folder.h"
 #include "vantrel/hand_server.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
+#include "waiting_loop.h"
 
 namespace kalvex {
 
@@ -55,7 +55,7 @@ class NetworkWorld {
 
     ScratchFolder folder;
     std::int64_t now = 1'000'000;  // milliseconds
-    PostedWork loop;
+    WaitingLoop loop;
     HeardLog log;
     std::string error;  // of the last Listen, UTF-8
 };
