@@ -12,6 +12,7 @@
 #include "server/Store.h"
 #include "support/scratch_folder.h"
 #include "support/zone_scope.h"
+#include "support/waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -70,7 +71,7 @@ class OpenStore {
     VariableId Variable(const char* name) { return m_store.Register(name); }
 
   private:
-    PostedWork m_loop;
+    WaitingLoop m_loop;
     Store m_store{m_loop};
 };
 

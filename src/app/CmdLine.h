@@ -28,9 +28,7 @@ class CCmdLine {
     // The whole number that the value is; nothing when it is none.
     std::optional<int> GetIntOption(std::string_view name) const;
 
-    // What was passed over, as it was given.
-    const std::vector<std::string>& GetUnknown() const { return m_arrUnknown; }
-    // One line that names it, an engine text; empty when there is none.
+    // One line that names what was passed over, an engine text; empty when there is none.
     std::string GetWarning(const Translator& translator) const;
 
     // For "/?": a line for each option, an engine text.

@@ -72,15 +72,6 @@ ProfileEntries Numbered(const char* key, const std::vector<std::string>& values)
 
 }  // namespace
 
-void CConfigurationStore::Read(CConfiguration& configuration) const {
-    ReadName(configuration);
-    ReadSources(configuration);
-    ReadWindows(configuration);
-    ReadColumns(configuration);
-    ReadRights(configuration);
-    ReadLogLevel(configuration);
-}
-
 void CConfigurationStore::ReadName(CConfiguration& configuration) const {
     configuration.moduleName = m_profile.GetProfileStringEx(kGeneral, kName);
 }

@@ -35,10 +35,7 @@ class CConfigurationStore {
                         bool consoleClient)
         : m_profile(profile), m_crypt(crypt), m_paths(paths), m_bConsoleClient(consoleClient) {}
 
-    // Reads all settings. A missing key leaves the default; lists are appended to.
-    void Read(CConfiguration& configuration) const;
-
-    // The parts of Read.
+    // A missing key leaves the default; lists are appended to.
     void ReadName(CConfiguration& configuration) const;
     void ReadSources(CConfiguration& configuration) const;
     void ReadWindows(CConfiguration& configuration) const;  // with the scripts to start

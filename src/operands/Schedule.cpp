@@ -225,11 +225,6 @@ bool FitsSchedule(const ScheduleEntry& entry, std::int64_t time) {
            FitsMinute(entry, at);
 }
 
-bool MatchScheduleEntry(std::string_view text, std::int64_t time) {
-    ScheduleEntry entry;
-    return ReadScheduleEntry(text, entry) && FitsSchedule(entry, time);
-}
-
 bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now) {
     constexpr std::int32_t kFirstTime = 100000;
     ScheduleEntry entry;

@@ -34,9 +34,6 @@ bool ReadScheduleEntry(std::string_view text, ScheduleEntry& entry);
 // Whether the second fits. A negative time fits no entry.
 bool FitsSchedule(const ScheduleEntry& entry, std::int64_t time);
 
-// The same for the text of an entry.
-bool MatchScheduleEntry(std::string_view text, std::int64_t time);
-
 // The question of CHECK_EVENT_TIME. `a` and `b` are told apart by their size: below 1 absent, below
 // 100000 a tolerance in seconds, which looks forward only, else a time. So: the present; a
 // tolerance from the present on; the time a; a tolerance from the time a on; the present, if it

@@ -17,7 +17,6 @@ class IniProfile final : public Profile {
 
     void SetProfileConfigEx(std::string path) override { m_strPath = std::move(path); }
     bool IsReadable(std::string& error) const override;
-    const std::string& GetPath() const { return m_strPath; }
 
     std::string GetProfileStringEx(std::string_view section, std::string_view key,
                                    std::string_view fallback = {},

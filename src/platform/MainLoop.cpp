@@ -11,7 +11,6 @@ void PostedWork::Post(std::function<void()> work) {
         wasEmpty = m_arrWork.empty();
         m_arrWork.push_back(std::move(work));
     }
-    m_posted.notify_one();
     if (wasEmpty) m_wake();
 }
 
@@ -23,14 +22,6 @@ bool PostedWork::Run() {
     }
     for (const std::function<void()>& piece : work) piece();
     return !work.empty();
-}
-
-void PostedWork::WaitAndRun() {
-    {
-        std::unique_lock lock(m_mutex);
-        m_posted.wait(lock, [this] { return !m_arrWork.empty(); });
-    }
-    Run();
 }
 
 }  // namespace kalvex

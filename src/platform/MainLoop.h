@@ -1,7 +1,6 @@
 // The main thread's inbox: other threads hand their results over here, and nothing else crosses.
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -16,8 +15,7 @@ class MainLoop {
     virtual void Post(std::function<void()> work) = 0;
 };
 
-// An inbox that is emptied by hand: the heart of the loops that wait for the system, and the loop
-// of the tests.
+// An inbox that is emptied by hand: the heart of the loops that wait for the system.
 class PostedWork final : public MainLoop {
   public:
     // `wake` is called, on the posting thread, whenever the inbox stops being empty.
@@ -28,13 +26,9 @@ class PostedWork final : public MainLoop {
     // Does what was posted up to now; false when there was nothing. Main thread.
     bool Run();
 
-    // Waits until something is posted, then does it. Main thread.
-    void WaitAndRun();
-
   private:
     std::function<void()> m_wake;
     std::mutex m_mutex;
-    std::condition_variable m_posted;
     std::vector<std::function<void()>> m_arrWork;
 };
 

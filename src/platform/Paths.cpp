@@ -11,10 +11,6 @@ Paths::Paths(std::string workingDir, std::string rootDir)
     : m_strWorkingDir(FromUtf8(workingDir)),
       m_strRootDir(rootDir.empty() ? m_strWorkingDir : FromUtf8(rootDir)) {}
 
-std::string Paths::GetWorkingDir() const {
-    return m_strWorkingDir;
-}
-
 std::string Paths::GetRootPath() const {
     return m_strRootDir;
 }

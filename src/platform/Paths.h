@@ -12,7 +12,6 @@ class Paths {
     // Both directories are absolute, in the system's encoding (UTF-8).
     explicit Paths(std::string workingDir, std::string rootDir = {});
 
-    std::string GetWorkingDir() const;
     std::string GetRootPath() const;  // where data files lie; the working directory by default
 
     // Absolute, normalised (no "." and ".."), "/" as the separator.

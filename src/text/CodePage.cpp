@@ -166,16 +166,6 @@ std::string FromWide(std::wstring_view wide) {
     return result;
 }
 
-std::wstring ToWide(std::string_view windows1250) {
-    std::wstring result;
-    result.reserve(windows1250.size());
-    for (const char c : windows1250) {
-        const auto byte = static_cast<unsigned char>(c);
-        result.push_back(byte < 0x80 ? byte : kCharacters[byte - 0x80]);
-    }
-    return result;
-}
-
 unsigned char ToUpper(unsigned char c) {
     return kCase.upper[c];
 }

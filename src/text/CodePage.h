@@ -12,7 +12,6 @@ namespace kalvex {
 std::string ToUtf8(std::string_view windows1250);
 std::string FromUtf8(std::string_view utf8);
 std::string FromWide(std::wstring_view wide);
-std::wstring ToWide(std::string_view windows1250);
 
 // Upper and lower case of one byte and of a text, Polish and other Latin letters included.
 unsigned char ToUpper(unsigned char c);

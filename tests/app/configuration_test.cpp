@@ -22,7 +22,12 @@ class ConfigurationTest : public testing::Test {
 
     CConfiguration Read() const {
         CConfiguration configuration;
-        m_store.Read(configuration);
+        m_store.ReadName(configuration);
+        m_store.ReadSources(configuration);
+        m_store.ReadWindows(configuration);
+        m_store.ReadColumns(configuration);
+        m_store.ReadRights(configuration);
+        m_store.ReadLogLevel(configuration);
         return configuration;
     }
 
@@ -149,7 +154,7 @@ TEST_F(ConfigurationTest, TransmissionIsNeverKept) {
 TEST_F(ConfigurationTest, ConsoleClientReadsAndWritesNoLogLevel) {
     Put("[Log]\r\nRodzaj=2\r\n");
     CConfiguration configuration;
-    m_clientStore.Read(configuration);
+    m_clientStore.ReadLogLevel(configuration);
     EXPECT_EQ(configuration.logLevel, 65535);
     configuration.logLevel = 1;
     m_clientStore.WriteLogLevel(configuration);

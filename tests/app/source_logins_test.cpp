@@ -18,7 +18,7 @@ TEST(SourceLoginsTest, ServerHearsTheLoginOfTheProfile) {
     folder.Put("Kalvex.ini", "[Zrodla]\nZrodlo0=inny,ewa,\nZrodlo1=srv,jan," + *password + "\n");
     IniProfile profile(folder.Path("Kalvex.ini"));
     CConfiguration configuration;
-    CConfigurationStore(profile, crypt, Paths(folder.Path()), false).Read(configuration);
+    CConfigurationStore(profile, crypt, Paths(folder.Path()), false).ReadSources(configuration);
 
     InProcessNetwork network;
     HandServer server;

@@ -30,6 +30,10 @@ constexpr std::int64_t kNoon = Gmt(2024, 3, 10, 11);
 
 constexpr std::int64_t kDay = 86400;
 
+bool MatchScheduleEntry(std::string_view text, std::int64_t time) {
+    return CheckEventTime(text, 0, 0, time);
+}
+
 // Which of the seconds 0 to 59 of that noon's minute fit, as a list.
 std::string Seconds(const std::string& field) {
     std::string list;

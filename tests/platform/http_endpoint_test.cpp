@@ -13,6 +13,7 @@
 
 #include "support/loopback.h"
 #include "support/scratch_folder.h"
+#include "support/waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -107,7 +108,7 @@ class HttpEndpointTest : public testing::Test {
         return answer;
     }
 
-    PostedWork loop;
+    WaitingLoop loop;
     int rendered = 0;
 };
 

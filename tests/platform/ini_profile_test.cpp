@@ -38,7 +38,8 @@ class IniProfileTest : public testing::Test {
     }
 
     ScratchFolder m_folder;
-    IniProfile m_profile{m_folder.Path("Kalvex.ini")};
+    const std::string m_path = m_folder.Path("Kalvex.ini");
+    IniProfile m_profile{m_path};
 };
 
 TEST_F(IniProfileTest, MissingFileGivesTheFallbacks) {
@@ -107,28 +108,28 @@ TEST_F(IniProfileTest, CommonProfileIsNamedByTheEnvironment) {
 
 TEST_F(IniProfileTest, RightsOfTheFileStay) {
     Put("[a]\nb=1\n");
-    ASSERT_EQ(::chmod(m_profile.GetPath().c_str(), 0604), 0);
+    ASSERT_EQ(::chmod(m_path.c_str(), 0604), 0);
     EXPECT_TRUE(m_profile.WriteProfileIntEx("a", "b", 2));
     struct stat info {};
-    ASSERT_EQ(::stat(m_profile.GetPath().c_str(), &info), 0);
+    ASSERT_EQ(::stat(m_path.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0604u);
 }
 
 TEST_F(IniProfileTest, LinkStaysALink) {
     m_folder.Put("plik.ini", "[a]\nb=1\n");
-    std::filesystem::create_symlink("plik.ini", m_profile.GetPath());
+    std::filesystem::create_symlink("plik.ini", m_path);
     EXPECT_TRUE(m_profile.WriteProfileIntEx("a", "b", 2));
-    EXPECT_TRUE(std::filesystem::is_symlink(m_profile.GetPath()));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_path));
     EXPECT_EQ(m_folder.Get("plik.ini"), "[a]\nb=2\n");
 }
 
 TEST_F(IniProfileTest, WriteThatChangesNothingLeavesTheFileAlone) {
     Put("[a]\nb=1\n");
     struct stat before {};
-    ASSERT_EQ(::stat(m_profile.GetPath().c_str(), &before), 0);
+    ASSERT_EQ(::stat(m_path.c_str(), &before), 0);
     EXPECT_TRUE(m_profile.WriteProfileIntEx("a", "b", 1));
     struct stat after {};
-    ASSERT_EQ(::stat(m_profile.GetPath().c_str(), &after), 0);
+    ASSERT_EQ(::stat(m_path.c_str(), &after), 0);
     EXPECT_EQ(before.st_ino, after.st_ino);
 }
 
@@ -138,9 +139,9 @@ TEST_F(IniProfileTest, FolderThatIsMissingRefusesTheWrite) {
 }
 
 TEST_F(IniProfileTest, WhatIsThereAndCannotBeReadIsNotReplaced) {
-    std::filesystem::create_directory(m_profile.GetPath());
+    std::filesystem::create_directory(m_path);
     EXPECT_FALSE(m_profile.WriteProfileIntEx("a", "b", 1));
-    EXPECT_TRUE(std::filesystem::is_directory(m_profile.GetPath()));
+    EXPECT_TRUE(std::filesystem::is_directory(m_path));
 }
 
 TEST_F(IniProfileTest, WriterThatFindsNoRoomLeavesTheOldContent) {

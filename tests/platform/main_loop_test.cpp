@@ -41,15 +41,6 @@ TEST(MainLoopPostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
     EXPECT_EQ(wakes, 2);
 }
 
-TEST(MainLoopPostedWorkTest, WaitsForAnotherThread) {
-    PostedWork loop;
-    std::thread::id doneOn;
-    std::thread other([&] { loop.Post([&] { doneOn = std::this_thread::get_id(); }); });
-    loop.WaitAndRun();
-    other.join();
-    EXPECT_EQ(doneOn, std::this_thread::get_id());
-}
-
 TEST(MainLoopTest, DoesPostedWorkTimersAndSignals) {
     PosixMainLoop loop;
     std::vector<std::string> done;

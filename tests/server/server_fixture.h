@@ -12,12 +12,12 @@
 #include <vector>
 
 #include "platform/Clock.h"
-#include "platform/MainLoop.h"
 #include "server/Server.h"
 #include "support/log_recorder.h"
 #include "support/scratch_folder.h"
 #include "support/value_dump.h"
 #include "support/zone_scope.h"
+#include "support/waiting_loop.h"
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 #include "vantrel/Codes.h"
@@ -112,7 +112,7 @@ class ServerTest : public testing::Test {
     std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
     VirtualClock m_clock{m_tStart};
     LogRecorder m_log;
-    PostedWork m_loop;
+    WaitingLoop m_loop;
     std::string m_strToml;
     std::unique_ptr<Server> m_server;
     std::vector<std::unique_ptr<TestClient>> m_arrClients;

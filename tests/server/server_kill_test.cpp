@@ -6,6 +6,7 @@
 
 #include "killed_writer.h"
 #include "server_fixture.h"
+#include "support/waiting_loop.h"
 #include "value/ValueText.h"
 
 namespace kalvex {
@@ -41,7 +42,7 @@ class TellingLink final : public ServerLink {
 [[noreturn]] void ServeUntilKilled(const std::string& configuration, RequestId first, int tell) {
     VirtualClock clock(1700000000 + std::int64_t{first} * 10);
     LogRecorder log;
-    PostedWork loop;
+    WaitingLoop loop;
     Server server(clock, log, loop, PasswordCost::Least);
     std::vector<std::string> errors;
     if (!server.Start(configuration, errors)) ::_exit(1);

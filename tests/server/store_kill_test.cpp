@@ -9,6 +9,7 @@
 #include "killed_writer.h"
 #include "server/Store.h"
 #include "support/scratch_folder.h"
+#include "support/waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -18,7 +19,7 @@ constexpr int kBatch = 7;
 
 // Writes archive and report values without end and tells the number of each acknowledged batch.
 [[noreturn]] void WriteUntilKilled(const std::string& path, std::int64_t first, int tell) {
-    PostedWork loop;
+    WaitingLoop loop;
     Store store(loop);
     std::string error;
     if (!store.Open(path, error)) ::_exit(1);
@@ -41,7 +42,7 @@ constexpr int kBatch = 7;
     }
 }
 
-std::vector<CVal> ReadAll(Store& store, PostedWork& loop, VariableId x, ValueKind kind) {
+std::vector<CVal> ReadAll(Store& store, WaitingLoop& loop, VariableId x, ValueKind kind) {
     std::vector<CVal> values;
     bool answered = false;
     store.Read({x, kind, 0, INT64_MAX, 10'000'000}, [&](StorePiece piece) {
@@ -66,7 +67,7 @@ TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
         acknowledged.insert(acknowledged.end(), more.begin(), more.end());
         next = more.back() + 1000000;
 
-        PostedWork loop;
+        WaitingLoop loop;
         Store store(loop);
         std::string error;
         ASSERT_TRUE(store.Open(path, error)) << error;

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "server_fixture.h"
+#include "support/waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -66,7 +67,7 @@ class StoreTest : public testing::Test {
 
     ZoneScope m_zone{"Europe/Warsaw"};
     ScratchFolder m_folder;
-    PostedWork m_loop;
+    WaitingLoop m_loop;
     std::unique_ptr<Store> m_store;
 };
 

@@ -11,6 +11,7 @@
 #include "support/heard_events.h"
 #include "support/log_recorder.h"
 #include "support/scratch_folder.h"
+#include "support/waiting_loop.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 
@@ -33,7 +34,7 @@ class NetworkWorld {
 
     ScratchFolder folder;
     std::int64_t now = 1'000'000;  // milliseconds
-    PostedWork loop;
+    WaitingLoop loop;
     LogRecorder log;
     std::string error;  // of the last Listen, UTF-8
 };

@@ -61,11 +61,10 @@ TEST(CodePageTest, UndefinedBytesAreControlsBothWays) {
     EXPECT_EQ(FromUtf8(utf8), bytes);
 }
 
-TEST(CodePageTest, EveryByteComesBackThroughUtf8AndThroughWide) {
+TEST(CodePageTest, EveryByteComesBackThroughUtf8) {
     std::string all;
     for (int i = 0; i < 256; ++i) all.push_back(static_cast<char>(i));
     EXPECT_EQ(FromUtf8(ToUtf8(all)), all);
-    EXPECT_EQ(FromWide(ToWide(all)), all);
 }
 
 TEST(CodePageTest, CharacterWithoutCounterpartIsAQuestionMark) {
@@ -104,9 +103,6 @@ TEST(CodePageTest, WideTextIsConverted) {
     EXPECT_EQ(FromWide(L"Łódź €"),
               "\xA3\xF3"
               "d\x9F \x80");
-    EXPECT_EQ(ToWide("\xA3\xF3"
-                     "d\x9F \x80"),
-              L"Łódź €");
     EXPECT_EQ(FromWide(L"\u03BB\U0001F600"), "??");
     EXPECT_EQ(FromWide(std::wstring(1, static_cast<wchar_t>(-1))), "?");
 }
@@ -115,7 +111,6 @@ TEST(CodePageTest, EmptyTextStaysEmpty) {
     EXPECT_EQ(ToUtf8(""), "");
     EXPECT_EQ(FromUtf8(""), "");
     EXPECT_EQ(FromWide(L""), "");
-    EXPECT_EQ(ToWide(""), L"");
 }
 
 constexpr std::string_view kLower =

@@ -61,6 +61,7 @@ TEST(PatternMatchTest, LatestStarIsGoneBackTo) {
         {"ababab", "*ab?c", Wildcards | Whole, false},
         {"abcabd", "*ab*d", Wildcards | Whole, true},
         {"abcabd", "*ab*c", Wildcards | Whole, false},
+        {"abcd", "abc*c", Wildcards, false},
     });
 }
 
@@ -95,6 +96,7 @@ TEST(PatternMatchTest, MatchAnywhere) {
         {"abcdef", "c?e", Anywhere | Wildcards, true},
         {"abcdef", "b*e", Anywhere | Wildcards, true},
         {"aab", "ab", Anywhere, true},
+        {"abc", "xbc", Anywhere, false},
         {"abcdef", "cde", Anywhere | Whole, false},
         {"abcdef", "", Anywhere, true},
         {"", "a", Anywhere, false},

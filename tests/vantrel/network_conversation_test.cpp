@@ -6,6 +6,7 @@
 
 #include "support/network_world.h"
 #include "support/value_dump.h"
+#include "support/waiting_loop.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 
@@ -362,7 +363,7 @@ class NetworkConversationListTest : public NetworkConversationTest {
 
     const LoginRequest login{1, 23, "Kalvex", "jan", "tajne"};
     std::vector<VariableDefinition> list;
-    PostedWork serverLoop;
+    WaitingLoop serverLoop;
     LogRecorder serverLog;
     std::promise<void> ready;
     bool over = false;

@@ -8,6 +8,7 @@
 
 #include "vantrel/network/HandOver.h"
 #include "vantrel/network/Outbox.h"
+#include "support/waiting_loop.h"
 
 namespace kalvex {
 namespace {
@@ -106,7 +107,7 @@ TEST_F(NetworkQueuesHandOverTest, StopByAnEventDropsWhatItHolds) {
 TEST(NetworkQueuesHandOverThreadsTest, EachReaderKeepsItsOrderAndIsNeverLeftPaused) {
     constexpr int kReaders = 3;
     constexpr int kEvents = 5000;
-    PostedWork loop;
+    WaitingLoop loop;
     const auto handOver = std::make_shared<HandOver>(loop, 50);
     std::atomic<int> resumes = 0;
     handOver->OnRoom([&] {
