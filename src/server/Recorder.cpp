@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "text/CodePage.h"
 #include "value/Status.h"
 
 namespace kalvex {
 
 namespace {
 
-constexpr const char* kBusy = "zbyt wiele danych czeka na zapis";
+constexpr const char* kBusy = Translatable("zbyt wiele danych czeka na zapis");
 constexpr const char* kAlive = "alive";
 constexpr std::size_t kHour = 3600;
 constexpr std::int64_t kDay = 86400;
@@ -92,7 +91,7 @@ void Recorder::Submit() {
                                       });
     if (taken) return;
     m_fSaveAll = true;
-    m_done({false, FromUtf8(kBusy), {}});
+    m_done({false, m_translator.Translate(kBusy), {}});
 }
 
 void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {

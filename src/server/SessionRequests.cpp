@@ -5,7 +5,6 @@
 #include "server/ReportPeriods.h"
 #include "server/Server.h"
 #include "server/Session.h"
-#include "text/CodePage.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
 
@@ -18,11 +17,11 @@ constexpr std::size_t kMostArchiveValues = 100000;
 constexpr std::int64_t kPieceValues = 2000;
 constexpr std::size_t kMostBacklog = 8;
 
-constexpr const char* kManyReads = "zbyt wiele odczytów naraz";
-constexpr const char* kManyValues = "zbyt wiele wartości w jednym zapisie";
-constexpr const char* kRefusedWrite = "brak prawa do zapisu zmiennej ";
+constexpr const char* kManyReads = Translatable("zbyt wiele odczytów naraz");
+constexpr const char* kManyValues = Translatable("zbyt wiele wartości w jednym zapisie");
+constexpr const char* kRefusedWrite = Translatable("brak prawa do zapisu zmiennej %s");
 constexpr const char* kRefusedOrder =
-    "polecenie dla danych raportowych albo archiwalnych odrzucone";
+    Translatable("polecenie dla danych raportowych albo archiwalnych odrzucone");
 
 bool IsReport(ValueKind kind) {
     return kind >= KindHour && kind <= KindSpan;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "local_zone.h"
+#include "marking_translator.h"
 #include "platform/Clock.h"
 #include "platform/MainLoop.h"
 #include "server/Server.h"
@@ -127,6 +128,7 @@ class ServerTest : public testing::Test {
     std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
     VirtualClock m_clock{m_tStart};
     LogLines m_log;
+    MarkingTranslator m_translator{false};
     PostedWork m_loop;
     std::string m_strToml;
     std::unique_ptr<Server> m_server;

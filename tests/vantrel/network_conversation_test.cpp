@@ -42,7 +42,7 @@ class NetworkTest : public testing::Test {
 
     NetworkWorld world;
     HandServer acceptor;
-    NetworkClient client{world.ClientSettings(), world.loop, world.log};
+    NetworkClient client{world.ClientSettings(), world.loop, world.log, world.translator};
     HeardEvents events;
     std::unique_ptr<ClientTransport> transport;
     // The first to go, so that no client waits for its answer to the farewell.
@@ -249,7 +249,7 @@ TEST_F(NetworkTest, PausesBetweenAttemptsGrowToFiveSeconds) {
     // An attempt without its certificate fails at once.
     NetworkClientSettings settings = world.ClientSettings();
     settings.addresses["far"] = {.address = "localhost:1", .tls = TlsFiles{.authority = "/none"}};
-    NetworkClient lone(settings, world.loop, world.log);
+    NetworkClient lone(settings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     transport = lone.Connect("far", events, reason);
     transport->Open();
@@ -344,8 +344,8 @@ class ListTest : public NetworkTest {
         server.reset();
         thread = std::thread([this] {
             std::string error;
-            const auto listening =
-                ListenOnNetwork(world.ServerSettings(), acceptor, serverLoop, serverLog, error);
+            const auto listening = ListenOnNetwork(world.ServerSettings(), acceptor, serverLoop,
+                                                   serverLog, world.translator, error);
             ready.set_value();
             while (!over) serverLoop.WaitAndRun();
         });
@@ -404,7 +404,7 @@ TEST_F(ListTest, ListOfAServerThatIsNotThereFails) {
 TEST_F(ListTest, ListOfAServerThatHangsFails) {
     NetworkClientSettings settings = world.ClientSettings();
     settings.listPatience = std::chrono::milliseconds(1);
-    NetworkClient hasty(settings, world.loop, world.log);
+    NetworkClient hasty(settings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     transport = hasty.Connect("srv", events, reason);
     EXPECT_FALSE(transport->LoadVariableList(login, list));  // its loop does not run

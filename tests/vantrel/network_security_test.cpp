@@ -51,7 +51,7 @@ class SecurityTest : public testing::Test {
     std::uint32_t ConnectReason(const ServerAddress& address) {
         NetworkClientSettings settings = world.ClientSettings();
         settings.addresses["far"] = address;
-        NetworkClient client(settings, world.loop, world.log);
+        NetworkClient client(settings, world.loop, world.log, world.translator);
         std::uint32_t reason = 0;
         const auto transport = client.Connect("far", events, reason);
         EXPECT_EQ(transport == nullptr, reason != 0);
@@ -63,7 +63,7 @@ class SecurityTest : public testing::Test {
         NetworkClientSettings settings = world.ClientSettings();
         settings.addresses["far"] = {.address = host + ":" + std::to_string(server->TcpPort()),
                                      .tls = std::move(tls)};
-        NetworkClient client(settings, world.loop, world.log);
+        NetworkClient client(settings, world.loop, world.log, world.translator);
         HeardEvents heard;
         std::uint32_t reason = 0;
         const auto transport = client.Connect("far", heard, reason);
@@ -104,7 +104,7 @@ TEST_F(SecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
     for (const char* address : {"nonsense", "localhost:0", "localhost:x"}) {
         EXPECT_EQ(ConnectReason({.address = address}), ReasonUnknownAddress);
     }
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     EXPECT_EQ(client.Connect("a/b", events, reason), nullptr);
     EXPECT_EQ(reason, ReasonUnknownAddress);
@@ -131,6 +131,16 @@ TEST_F(SecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
     ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(FirstEvent("127.0.0.1", {}), "opened");
     EXPECT_EQ(FirstEvent("localhost", {}), "opened");
+}
+
+TEST_F(SecurityTest, ReasonsAreTranslated) {
+    world.translator.marks = true;
+    settings.address = "nonsense";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "<Niepoprawny adres nonsense>");
+    settings.address = "0.0.0.0:0";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "<0.0.0.0:0: <połączenie nieszyfrowane jest niedozwolone>>");
 }
 
 TEST_F(SecurityTest, AddressThatIsNoneOrTakenIsAnError) {
@@ -191,7 +201,7 @@ TEST_F(TlsTest, NameOfTheCertificateCanBeGiven) {
     clientSettings.addresses["far"] = {.address = "127.0.0.2:" + std::to_string(server->TcpPort()),
                                        .tls = certificates.Files("good"),
                                        .certificateName = "localhost"};
-    NetworkClient client(clientSettings, world.loop, world.log);
+    NetworkClient client(clientSettings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("far", events, reason);
     transport->Open();
@@ -253,7 +263,7 @@ TEST_F(SecurityTest, SecondServerDoesNotStealTheSocket) {
     server = world.Listen(settings, acceptor);
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (obsługuje je inny serwer)");
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("srv", events, reason);
     transport->Open();
@@ -273,7 +283,7 @@ TEST_F(SecurityTest, SocketOfADeadServerIsReplaced) {
     ASSERT_TRUE(world.folder.Has("srv"));
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("srv", events, reason);
     transport->Open();
@@ -303,7 +313,7 @@ TEST_F(SecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
     EXPECT_TRUE(world.folder.Has("new/run/Kotłownia 1 %"));
     NetworkClientSettings clientSettings = world.ClientSettings();
     clientSettings.runtimeFolder = settings.runtimeFolder;
-    NetworkClient client(clientSettings, world.loop, world.log);
+    NetworkClient client(clientSettings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect(settings.source, events, reason);
     transport->Open();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "marking_translator.h"
 #include "platform/MainLoop.h"
 #include "scratch_folder.h"
 #include "vantrel/hand_server.h"
@@ -57,6 +58,7 @@ class NetworkWorld {
     std::int64_t now = 1'000'000;  // milliseconds
     PostedWork loop;
     HeardLog log;
+    MarkingTranslator translator{false};
     std::string error;  // of the last Listen, UTF-8
 };
 
