@@ -133,11 +133,12 @@ int ServeSource() {
     PosixMainLoop loop;
     loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
     SilentLog log;
+    const Translator translator;
     Source source(loop);
     std::string error;
     NetworkServerSettings settings;
     settings.source = "zrodlo";
-    const auto server = ListenOnNetwork(settings, source, loop, log, error);
+    const auto server = ListenOnNetwork(settings, source, loop, log, translator, error);
     if (!server) return EXIT_FAILURE;
     loop.Every(1000, [&server] { server->Check(); });
     loop.Run();

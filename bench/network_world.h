@@ -65,8 +65,9 @@ class Network {
   private:
     PostedWork m_loop;
     SilentLog m_log;
+    Translator m_translator;
     std::int64_t m_tNextCheck = 0;
-    NetworkClient m_client{{}, m_loop, m_log};
+    NetworkClient m_client{{}, m_loop, m_log, m_translator};
 };
 
 // A module with one script.

@@ -112,7 +112,7 @@ class Listener final : public CClientConnection {
     }
 
     bool HasData() const { return m_bData; }
-    std::int64_t Told() const { return m_nTold; }
+    std::int64_t Notice() const { return m_nTold; }
 
   protected:
     void OnDataArrived() override { m_bData = true; }
@@ -146,14 +146,15 @@ void ChangesToManyClients(benchmark::State& state) {
         rounds.Prepare();
         rounds.Write();
         network.DeliverUntil([&] {
-            return !all([told](const auto& listener) { return listener->Told() == told; });
+            return !all([told](const auto& listener) { return listener->Notice() == told; });
         });
         const SteadyTime begin = Now();
         told += kChangedHours;
-        network.DeliverUntil(
-            [&] { return all([told](const auto& listener) { return listener->Told() >= told; }); });
+        network.DeliverUntil([&] {
+            return all([told](const auto& listener) { return listener->Notice() >= told; });
+        });
         state.SetIterationTime(SecondsSince(begin));
-        Expect(all([told](const auto& listener) { return listener->Told() == told; }),
+        Expect(all([told](const auto& listener) { return listener->Notice() == told; }),
                "changes that a client was told of");
         rounds.Read();
         rounds.Check();

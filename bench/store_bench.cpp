@@ -36,8 +36,8 @@ void Expect(bool right, const char* what) {
 class OpenStore {
   public:
     OpenStore() {
-        std::string error;
-        Expect(m_store.Open(Folder() + "/store.sqlite", error), error.c_str());
+        Notice error;
+        Expect(m_store.Open(Folder() + "/store.sqlite", error), "the store must open");
     }
 
     static std::string& Folder() {

@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <filesystem>
 #include <string_view>
 
 #include "text/CodePage.h"
@@ -13,6 +14,12 @@ namespace kalvex {
 namespace {
 
 constexpr const char* kDomain = "kalvex";
+
+std::string CatalogueFolder() {
+    std::error_code fault;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", fault);
+    return (program.parent_path().parent_path() / "share" / "locale").string();
+}
 
 // LANGUAGE is looked at in a locale with a language only.
 void ChooseLanguage() {
@@ -24,6 +31,8 @@ void ChooseLanguage() {
 
 }  // namespace
 
+GettextTranslator::GettextTranslator() : GettextTranslator(CatalogueFolder()) {}
+
 GettextTranslator::GettextTranslator(const std::string& folder) {
     ChooseLanguage();
     bindtextdomain(kDomain, folder.c_str());
@@ -31,7 +40,8 @@ GettextTranslator::GettextTranslator(const std::string& folder) {
 }
 
 std::string GettextTranslator::Translate(const char* polish) const {
-    return FromUtf8(dgettext(kDomain, polish));
+    // The empty key has the head of the catalogue.
+    return *polish == '\0' ? std::string() : FromUtf8(dgettext(kDomain, polish));
 }
 
 }  // namespace kalvex

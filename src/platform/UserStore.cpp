@@ -4,6 +4,7 @@
 
 #include "platform/AddressRange.h"
 #include "platform/Files.h"
+#include "platform/Translator.h"
 #include "text/Characters.h"
 #include "text/CodePage.h"
 
@@ -14,18 +15,19 @@ namespace {
 constexpr int kSchemaVersion = 1;
 constexpr std::size_t kLongestDescription = 255;
 
-constexpr const char* kNameTaken = "Użytkownik o tej nazwie już istnieje";
-constexpr const char* kNoUser = "Brak użytkownika o tej nazwie";
-constexpr const char* kBadName =
+constexpr const char* kNameTaken = Translatable("Użytkownik o tej nazwie już istnieje");
+constexpr const char* kNoUser = Translatable("Brak użytkownika o tej nazwie");
+constexpr const char* kBadName = Translatable(
     "Nazwa użytkownika musi mieć od 1 do 64 znaków, bez znaku \":\" i znaków sterujących, "
-    "i być różna od NOBODY";
-constexpr const char* kBadDescription = "Opis użytkownika może mieć do 255 znaków";
-constexpr const char* kBadLevel = "Poziom użytkownika musi być liczbą od 0 do 100";
-constexpr const char* kBadGroup = "Nazwa grupy musi mieć od 1 do 64 znaków i nie może być liczbą";
-constexpr const char* kBadAddress = "Niepoprawny adres lub zakres adresów";
-constexpr const char* kBadPassword = "Hasło musi mieć od 1 do 256 znaków";
-constexpr const char* kNoMemory = "Brak pamięci do wyznaczenia skrótu hasła";
-constexpr const char* kNewerFile = "Plik użytkowników jest z nowszej wersji programu";
+    "i być różna od NOBODY");
+constexpr const char* kBadDescription = Translatable("Opis użytkownika może mieć do 255 znaków");
+constexpr const char* kBadLevel = Translatable("Poziom użytkownika musi być liczbą od 0 do 100");
+constexpr const char* kBadGroup =
+    Translatable("Nazwa grupy musi mieć od 1 do 64 znaków i nie może być liczbą");
+constexpr const char* kBadAddress = Translatable("Niepoprawny adres lub zakres adresów");
+constexpr const char* kBadPassword = Translatable("Hasło musi mieć od 1 do 256 znaków");
+constexpr const char* kNoMemory = Translatable("Brak pamięci do wyznaczenia skrótu hasła");
+constexpr const char* kNewerFile = Translatable("Plik użytkowników jest z nowszej wersji programu");
 
 constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS users (id INTEGER PRIMARY KEY, key TEXT NOT NULL UNIQUE, "

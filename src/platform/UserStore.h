@@ -1,5 +1,6 @@
 // The users in an SQLite file. Several programs may have the file open; each operation sees what
-// the last one left. Main thread. Reasons are engine texts.
+// the last one left. Main thread. Reasons are engine texts,
+// Polish ones still to be translated.
 #pragma once
 
 #include <cstddef>

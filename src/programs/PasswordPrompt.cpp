@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "platform/PasswordHash.h"
+#include "text/CodePage.h"
 
 namespace kalvex {
 
@@ -28,8 +29,8 @@ class SilentTerminal {
     termios m_before;
 };
 
-bool AskOnce(const char* question, std::string& password) {
-    std::cerr << question << std::flush;
+bool AskOnce(const std::string& question, std::string& password) {
+    std::cerr << ToUtf8(question) << std::flush;
     const bool answered = static_cast<bool>(std::getline(std::cin, password));
     std::cerr << "\n";
     return answered;
@@ -37,16 +38,19 @@ bool AskOnce(const char* question, std::string& password) {
 
 }  // namespace
 
-bool AskPassword(std::string& password) {
+bool AskPassword(std::string& password, const Translator& translator) {
     if (::isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, password));
     const SilentTerminal silent;
     std::string again;
     for (;;) {
-        if (!AskOnce("Hasło: ", password) || !AskOnce("Hasło ponownie: ", again)) return false;
+        if (!AskOnce(translator.Translate("Hasło: "), password) ||
+            !AskOnce(translator.Translate("Hasło ponownie: "), again)) {
+            return false;
+        }
         const bool same = password == again;
         WipePassword(again);
         if (same) return true;
-        std::cerr << "Hasła różnią się\n";
+        std::cerr << ToUtf8(translator.Translate("Hasła różnią się")) << '\n';
     }
 }
 

@@ -3,10 +3,12 @@
 
 #include <string>
 
+#include "platform/Translator.h"
+
 namespace kalvex {
 
 // On a terminal: twice, without showing it, until both are the same. Otherwise: the first line of
 // the standard input. UTF-8; false when the input ends before.
-bool AskPassword(std::string& password);
+bool AskPassword(std::string& password, const Translator& translator);
 
 }  // namespace kalvex

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "text/Characters.h"
-#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 
@@ -11,9 +11,8 @@ namespace {
 
 constexpr std::size_t kLongestName = 255;
 
-constexpr const char* kLogin = "Rejestracja użytkownika ";
-constexpr const char* kLoginTry = "Próba rejestracji użytkownika ";
-constexpr const char* kFrom = " z ";
+constexpr const char* kLogin = Translatable("Rejestracja użytkownika %s z %s");
+constexpr const char* kLoginTry = Translatable("Próba rejestracji użytkownika %s z %s - %s");
 
 // Bytes that would break a log line become "?".
 std::string Printable(std::string_view name) {
@@ -28,13 +27,12 @@ std::string ClientText(std::string_view name, const std::string& address) {
     return Printable(name) + (address.empty() ? "" : " (" + address + ")");
 }
 
-std::string LoginLine(const LoginVerdict& verdict, std::string_view user,
-                      const std::string& client) {
+std::string LoginLine(const LoginVerdict& verdict, std::string_view user, const std::string& client,
+                      const Translator& translator) {
     const bool accepted = verdict.code == LoginOk;
     const std::string name = Printable(accepted ? std::string_view(verdict.user.name) : user);
-    std::string line = FromUtf8(accepted ? kLogin : kLoginTry) + name + kFrom + client;
-    if (!accepted) line += " - " + verdict.text;
-    return line;
+    return FormatText(translator.Translate(accepted ? kLogin : kLoginTry),
+                      {name, client, verdict.text});
 }
 
 }  // namespace kalvex

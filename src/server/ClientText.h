@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Translator.h"
 #include "server/LoginDesk.h"
 
 namespace kalvex {
@@ -12,7 +13,7 @@ namespace kalvex {
 std::string ClientText(std::string_view name, const std::string& address);
 
 // `user` is the name that was given.
-std::string LoginLine(const LoginVerdict& verdict, std::string_view user,
-                      const std::string& client);
+std::string LoginLine(const LoginVerdict& verdict, std::string_view user, const std::string& client,
+                      const Translator& translator);
 
 }  // namespace kalvex

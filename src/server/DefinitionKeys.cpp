@@ -49,78 +49,80 @@ bool HasControls(std::string_view text) {
     return std::any_of(text.begin(), text.end(), IsControl);
 }
 
-std::string SetInteger(std::int64_t& target, std::string_view text, std::int64_t least,
-                       std::int64_t most) {
+Notice SetInteger(std::int64_t& target, std::string_view text, std::int64_t least,
+                  std::int64_t most) {
     const auto number = ReadWholeNumber<std::int64_t>(text);
     if (!number || *number < least || *number > most) {
-        return "oczekiwano liczby całkowitej od " + std::to_string(least) + " do " +
-               std::to_string(most);
+        return {Translatable("oczekiwano liczby całkowitej od %s do %s"),
+                {std::to_string(least), std::to_string(most)}};
     }
     target = *number;
     return {};
 }
 
 template <auto Member, std::int64_t Least, std::int64_t Most>
-std::string SetSetting(Definitions& target, std::string_view, std::string_view text) {
+Notice SetSetting(Definitions& target, std::string_view, std::string_view text) {
     return SetInteger(target.*Member, text, Least, Most);
 }
 
 template <auto Member>
-std::string SetPath(Definitions& target, std::string_view, std::string_view text) {
-    if (text.empty() || HasControls(text)) return "oczekiwano ścieżki";
+Notice SetPath(Definitions& target, std::string_view, std::string_view text) {
+    if (text.empty() || HasControls(text)) return {Translatable("oczekiwano ścieżki")};
     target.*Member = ToUtf8(text);
     return {};
 }
 
 template <bool Definitions::*Member>
-std::string SetFlag(Definitions& target, std::string_view, std::string_view text) {
-    if (text != "0" && text != "1") return "oczekiwano true albo false";
+Notice SetFlag(Definitions& target, std::string_view, std::string_view text) {
+    if (text != "0" && text != "1") return {Translatable("oczekiwano true albo false")};
     target.*Member = text == "1";
     return {};
 }
 
 template <class Target, std::string Target::*Member>
-std::string SetRight(Target& target, std::string_view, std::string_view text) {
-    if (!IsRightText(text)) return "oczekiwano poziomu od 0 do 100 albo nazwy grupy";
+Notice SetRight(Target& target, std::string_view, std::string_view text) {
+    if (!IsRightText(text))
+        return {Translatable("oczekiwano poziomu od 0 do 100 albo nazwy grupy")};
     target.*Member = text;
     return {};
 }
 
-std::string SetServerName(Definitions& target, std::string_view, std::string_view text) {
+Notice SetServerName(Definitions& target, std::string_view, std::string_view text) {
     constexpr std::string_view kForbidden = "/\\@ ";
     if (text.empty() || text.size() > kLongestName || HasControls(text) ||
         text.find_first_of(kForbidden) != std::string_view::npos) {
-        return "oczekiwano nazwy od 1 do 255 znaków, bez odstępów i znaków / \\ @";
+        return {Translatable("oczekiwano nazwy od 1 do 255 znaków, bez odstępów i znaków / \\ @")};
     }
     target.name = text;
     return {};
 }
 
-std::string SetNobody(Definitions& target, std::string_view, std::string_view text) {
+Notice SetNobody(Definitions& target, std::string_view, std::string_view text) {
     for (const NobodyRow& row : kNobodyRows) {
         if (row.word != text) continue;
         target.nobody = row.access;
         return {};
     }
-    return "oczekiwano jednego ze słów never, local, always";
+    return {Translatable("oczekiwano jednego ze słów never, local, always")};
 }
 
-std::string SetAddress(Definitions& target, std::string_view, std::string_view text) {
+Notice SetAddress(Definitions& target, std::string_view, std::string_view text) {
     std::string host;
     std::uint16_t port = 0;
     if (HasControls(text) || !ReadAddress(text, host, port)) {
-        return "oczekiwano adresu w postaci komputer:port";
+        return {Translatable("oczekiwano adresu w postaci komputer:port")};
     }
     target.address = ToUtf8(text);
     return {};
 }
 
-std::string SetGroup(Definitions& target, std::string_view, std::string_view text) {
+Notice SetGroup(Definitions& target, std::string_view, std::string_view text) {
     target.socketGroup = ToUtf8(text);
-    return HasSystemGroup(target.socketGroup) ? "" : "w systemie nie ma grupy o tej nazwie";
+    if (HasSystemGroup(target.socketGroup)) return {};
+    return {Translatable("w systemie nie ma grupy o tej nazwie")};
 }
 
-std::string SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
+Notice SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
     std::vector<std::string_view> words;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -131,72 +133,75 @@ std::string SetAutomatic(Definitions& target, std::string_view, std::string_view
     for (const PeriodRow& row : kPeriods) {
         if (std::erase(words, row.word) > 0) target.automatic.push_back(row.kind);
     }
-    return words.empty() ? "" : "oczekiwano słów hour, day, month";
+    if (words.empty()) return {};
+    return {Translatable("oczekiwano słów hour, day, month")};
 }
 
-std::string SetPattern(AccessRule& target, std::string_view, std::string_view text) {
-    if (text.empty()) return "oczekiwano nazwy, w której * i ? zastępują znaki";
+Notice SetPattern(AccessRule& target, std::string_view, std::string_view text) {
+    if (text.empty()) return {Translatable("oczekiwano nazwy, w której * i ? zastępują znaki")};
     target.variables = text;
     return {};
 }
 
-std::string SetName(VariableConfig& target, std::string_view, std::string_view text) {
+Notice SetName(VariableConfig& target, std::string_view, std::string_view text) {
     if (text.empty() || text.size() > kLongestName || HasControls(text) || text.front() == ' ' ||
         text.back() == ' ') {
-        return "oczekiwano nazwy od 1 do 255 znaków, bez odstępu na początku i na końcu i bez "
-               "znaków sterujących";
+        return {Translatable(
+            "oczekiwano nazwy od 1 do 255 znaków, bez odstępu na początku i na końcu i bez "
+            "znaków sterujących")};
     }
     target.name = text;
     return {};
 }
 
-std::string SetType(VariableConfig& target, std::string_view, std::string_view text) {
+Notice SetType(VariableConfig& target, std::string_view, std::string_view text) {
     for (const TypeRow& row : kTypes) {
         if (row.word != text) continue;
         target.type = row.code;
         return {};
     }
-    return "oczekiwano jednego ze słów bool, short, int, int64, double, text";
+    return {Translatable("oczekiwano jednego ze słów bool, short, int, int64, double, text")};
 }
 
-std::string SetText(VariableConfig& target, std::string_view name, std::string_view text) {
-    if (text.size() > kLongestText) return "tekst dłuższy niż 65535 znaków";
+Notice SetText(VariableConfig& target, std::string_view name, std::string_view text) {
+    if (text.size() > kLongestText) return {Translatable("tekst dłuższy niż 65535 znaków")};
     target.attributes[std::string(name)] = text;
     return {};
 }
 
 template <std::optional<double> VariableConfig::*Member>
-std::string SetBound(VariableConfig& target, std::string_view name, std::string_view text) {
+Notice SetBound(VariableConfig& target, std::string_view name, std::string_view text) {
     double number = 0;
-    if (!ConvertString2Double(text, &number) || !std::isfinite(number)) return "oczekiwano liczby";
+    if (!ConvertString2Double(text, &number) || !std::isfinite(number))
+        return {Translatable("oczekiwano liczby")};
     target.*Member = number;
     return SetText(target, name, text);
 }
 
 template <unsigned VariableConfig::*Member>
-std::string SetBits(VariableConfig& target, std::string_view name, std::string_view text) {
+Notice SetBits(VariableConfig& target, std::string_view name, std::string_view text) {
     std::int64_t number = 0;
-    const std::string fault = SetInteger(number, text, 0, 255);
-    if (!fault.empty()) return fault;
+    const Notice fault = SetInteger(number, text, 0, 255);
+    if (fault) return fault;
     target.*Member = static_cast<unsigned>(number);
     return SetText(target, name, text);
 }
 
-std::string SetRule(VariableConfig& target, std::string_view, std::string_view text) {
+Notice SetRule(VariableConfig& target, std::string_view, std::string_view text) {
     const std::optional<ReportRule> rule = ReportRuleFromWord(text);
-    if (!rule) return "oczekiwano jednego ze słów mean, sum, increase";
+    if (!rule) return {Translatable("oczekiwano jednego ze słów mean, sum, increase")};
     target.rule = *rule;
     return {};
 }
 
-std::string SetInitial(VariableConfig& target, std::string_view, std::string_view text) {
-    if (text.size() > kLongestText) return "tekst dłuższy niż 65535 znaków";
+Notice SetInitial(VariableConfig& target, std::string_view, std::string_view text) {
+    if (text.size() > kLongestText) return {Translatable("tekst dłuższy niż 65535 znaków")};
     target.initial = text;
     return {};
 }
 
-std::string SetSignal(VariableConfig& target, std::string_view, std::string_view text) {
-    std::string fault;
+Notice SetSignal(VariableConfig& target, std::string_view, std::string_view text) {
+    Notice fault;
     target.signal = Signal::Parse(ToUtf8(text), fault);
     return fault;
 }
@@ -304,26 +309,28 @@ std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definiti
     return names;
 }
 
-std::string CheckNetworkSettings(const Definitions& definitions, std::string& key) {
+Notice CheckNetworkSettings(const Definitions& definitions, std::string& key) {
     if (definitions.certificate.empty() != definitions.certificateKey.empty()) {
         key = definitions.certificate.empty() ? "key" : "certificate";
-        return "certyfikat i klucz podaje się razem";
+        return {Translatable("certyfikat i klucz podaje się razem")};
     }
     if (!definitions.authority.empty() && definitions.certificate.empty()) {
         key = "authority";
-        return "certyfikaty klientów sprawdza tylko serwer, który ma własny certyfikat";
+        return {
+            Translatable("certyfikaty klientów sprawdza tylko serwer, który ma własny certyfikat")};
     }
     if (!definitions.socketGroup.empty() && !definitions.localSocket) {
         key = "group";
-        return "bez gniazda lokalnego grupa nie ma znaczenia";
+        return {Translatable("bez gniazda lokalnego grupa nie ma znaczenia")};
     }
     std::string host;
     std::uint16_t port = 0;
     const bool plain = definitions.certificate.empty() && !definitions.plainTextAllowed;
     if (plain && ReadAddress(definitions.address, host, port) && !IsLoopback(host)) {
         key = "address";
-        return "poza tym komputerem połączenia muszą być szyfrowane (certificate, key), chyba że "
-               "plain-text-allowed = true";
+        return {Translatable(
+            "poza tym komputerem połączenia muszą być szyfrowane (certificate, key), chyba że "
+            "plain-text-allowed = true")};
     }
     return {};
 }
@@ -336,24 +343,24 @@ std::span<const DefinitionKey<VariableConfig>> VariableKeys() {
     return kVariableKeys;
 }
 
-std::string CheckVariable(const VariableConfig& variable, std::string& key) {
+Notice CheckVariable(const VariableConfig& variable, std::string& key) {
     key.clear();
     if (variable.name.empty()) {
         key = "name";
-        return "brak nazwy zmiennej";
+        return {Translatable("brak nazwy zmiennej")};
     }
     if (variable.minimum && variable.maximum && *variable.minimum > *variable.maximum) {
         key = Attribute::Minimum;
-        return "min nie może być większe od max";
+        return {Translatable("min nie może być większe od max")};
     }
     CVal initial(variable.initial);
     if (!variable.initial.empty() && !initial.Cast(variable.type)) {
         key = "value";
-        return "oczekiwano liczby";
+        return {Translatable("oczekiwano liczby")};
     }
     if (variable.signal && variable.type == ValueType::Text) {
         key = "signal";
-        return "zmienna tekstowa nie może mieć sygnału";
+        return {Translatable("zmienna tekstowa nie może mieć sygnału")};
     }
     return {};
 }

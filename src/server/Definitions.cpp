@@ -34,10 +34,10 @@ class Reader {
     }
 
     void Read();
-    std::vector<std::string> Faults();
+    std::vector<std::string> Faults(const Translator& translator);
 
   private:
-    void Tell(Place place, std::string key, std::string reason) {
+    void Tell(Place place, std::string key, Notice reason) {
         if (++m_nFaults <= kMostFaults) {
             m_arrFaults.push_back({place, std::move(key), std::move(reason)});
         }
@@ -65,7 +65,7 @@ class Reader {
     struct Entry {
         Place place;
         std::string key;
-        std::string reason;
+        Notice reason;
     };
 
     std::string m_strFolder;
@@ -111,11 +111,12 @@ void Reader::SetKey(Target& target, std::span<const DefinitionKey<Target>> keys,
                     std::string_view prefix, std::string_view name, const std::string& utf8) {
     const std::string text = FromUtf8(utf8);
     if (ToUtf8(text) != utf8) {
-        Tell(place, Qualified(prefix, name), "znak spoza strony kodowej Windows-1250");
+        Tell(place, Qualified(prefix, name),
+             {Translatable("znak spoza strony kodowej Windows-1250")});
         return;
     }
-    std::string reason = FindKey(keys, name)->set(target, name, text);
-    if (!reason.empty()) Tell(place, Qualified(prefix, name), std::move(reason));
+    Notice reason = FindKey(keys, name)->set(target, name, text);
+    if (reason) Tell(place, Qualified(prefix, name), std::move(reason));
 }
 
 template <class Target>
@@ -126,7 +127,7 @@ void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> ke
         m_mapLines[Qualified(section, key.str())] = place.line;
         const DefinitionKey<Target>* known = FindKey(keys, key.str());
         if (known == nullptr) {
-            Tell(place, Qualified(section, key.str()), "nieznany klucz");
+            Tell(place, Qualified(section, key.str()), {Translatable("nieznany klucz")});
             continue;
         }
         const std::optional<std::string> text = known->list ? ListText(node) : ScalarText(node);
@@ -134,7 +135,8 @@ void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> ke
             SetKey(target, keys, place, section, key.str(), *text);
         } else {
             Tell(place, Qualified(section, key.str()),
-                 known->list ? "oczekiwano listy tekstów" : "oczekiwano tekstu albo liczby");
+                 {known->list ? Translatable("oczekiwano listy tekstów")
+                              : Translatable("oczekiwano tekstu albo liczby")});
         }
     }
 }
@@ -147,22 +149,23 @@ const toml::array* Reader::TablesOf(const toml::node& node, std::string_view sec
         return tables;
     }
     Tell({0, LineOf(node)}, std::string(section),
-         "oczekiwano sekcji [[" + std::string(section) + "]]");
+         {Translatable("oczekiwano sekcji [[%s]]"), {std::string(section)}});
     return nullptr;
 }
 
 void Reader::AddVariable(VariableConfig variable, Place place, std::string_view prefix) {
     std::string key;
-    std::string reason = CheckVariable(variable, key);
-    if (!reason.empty()) {
+    Notice reason = CheckVariable(variable, key);
+    if (reason) {
         Tell(place, Qualified(prefix, key), std::move(reason));
         return;
     }
     const auto [known, isNew] = m_mapNames.emplace(variable.name, place);
     if (!isNew) {
         Tell(place, Qualified(prefix, "name"),
-             "zmienna " + ToUtf8(variable.name) + " jest już w " + m_arrFiles[known->second.file] +
-                 ":" + std::to_string(known->second.line));
+             {Translatable("zmienna %s jest już w %s:%d"),
+              {ToUtf8(variable.name), m_arrFiles[known->second.file],
+               std::to_string(known->second.line)}});
         return;
     }
     m_out.variables.push_back(std::move(variable));
@@ -197,11 +200,11 @@ void Reader::ReadFiles(const toml::node& node) {
         for (const auto& [key, value] : *entry.as_table()) {
             const Place place{0, LineOf(value)};
             if (key.str() != "file") {
-                Tell(place, Qualified("variables", key.str()), "nieznany klucz");
+                Tell(place, Qualified("variables", key.str()), {Translatable("nieznany klucz")});
             } else if (const auto* text = value.as_string()) {
                 file = text->get();
             } else {
-                Tell(place, "variables.file", "oczekiwano ścieżki");
+                Tell(place, "variables.file", {Translatable("oczekiwano ścieżki")});
             }
         }
         if (!file.empty()) ReadCsvFile(Below(file), {0, LineOf(entry)});
@@ -212,7 +215,7 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
     std::string content;
     std::string error;
     if (!ReadWholeFile(path, content, error)) {
-        Tell(named, "variables.file", path + ": " + error);
+        Tell(named, "variables.file", {"%s: %s", {path, error}});
         return;
     }
     const std::size_t file = m_arrFiles.size();
@@ -223,9 +226,9 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
     const std::size_t before = m_nFaults;
     for (const std::string& column : head.cells) {
         if (FindKey(VariableKeys(), column) == nullptr) {
-            Tell({file, head.line}, column, "nieznana kolumna");
+            Tell({file, head.line}, column, {Translatable("nieznana kolumna")});
         } else if (std::count(head.cells.begin(), head.cells.end(), column) > 1) {
-            Tell({file, head.line}, column, "kolumna występuje więcej niż raz");
+            Tell({file, head.line}, column, {Translatable("kolumna występuje więcej niż raz")});
         }
     }
     if (m_nFaults != before) return;
@@ -235,11 +238,11 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
         const std::size_t faults = m_nFaults;
         if (!row.closed) {
             Tell(place, head.cells[std::min(row.cells.size(), head.cells.size()) - 1],
-                 "niezamknięty cudzysłów");
+                 {Translatable("niezamknięty cudzysłów")});
             continue;
         }
         if (row.cells.size() > head.cells.size()) {
-            Tell(place, "", "więcej komórek niż kolumn");
+            Tell(place, "", {Translatable("więcej komórek niż kolumn")});
             continue;
         }
         VariableConfig variable;
@@ -258,8 +261,8 @@ Place Reader::PlaceOf(const std::string& key) const {
 
 void Reader::CheckNetwork() {
     std::string name;
-    std::string reason = CheckNetworkSettings(m_out, name);
-    if (!reason.empty()) {
+    Notice reason = CheckNetworkSettings(m_out, name);
+    if (reason) {
         const std::string key = Qualified("network", name);
         Tell(PlaceOf(key), key, std::move(reason));
     }
@@ -275,7 +278,7 @@ void Reader::CheckNetwork() {
         std::string content;
         std::string error;
         if (ReadWholeFile(file.path, content, error)) continue;
-        Tell(PlaceOf(file.key), file.key, file.path + ": " + error);
+        Tell(PlaceOf(file.key), file.key, {"%s: %s", {file.path, error}});
     }
 }
 
@@ -283,13 +286,13 @@ void Reader::Read() {
     std::string content;
     std::string error;
     if (!ReadWholeFile(m_arrFiles.front(), content, error)) {
-        Tell({0, 0}, "", std::move(error));
+        Tell({0, 0}, "", {"%s", {error}});
         return;
     }
     const toml::parse_result parsed = toml::parse(std::string_view(content));
     if (!parsed) {
         Tell({0, static_cast<int>(parsed.error().source().begin.line)}, "",
-             "błąd składni (" + std::string(parsed.error().description()) + ")");
+             {Translatable("błąd składni (%s)"), {std::string(parsed.error().description())}});
         return;
     }
     for (const auto& [key, node] : parsed.table()) {
@@ -303,7 +306,7 @@ void Reader::Read() {
                 ReadTable(m_out, section->keys, *table, name);
             } else {
                 Tell({0, LineOf(node)}, std::string(name),
-                     "oczekiwano sekcji [" + std::string(name) + "]");
+                     {Translatable("oczekiwano sekcji [%s]"), {std::string(name)}});
             }
         } else if (name == "access") {
             ReadAccess(node);
@@ -312,7 +315,7 @@ void Reader::Read() {
         } else if (name == "variables") {
             ReadFiles(node);
         } else {
-            Tell({0, LineOf(node)}, std::string(name), "nieznana sekcja");
+            Tell({0, LineOf(node)}, std::string(name), {Translatable("nieznana sekcja")});
         }
     }
     m_out.dataFolder = Below(m_out.dataFolder);
@@ -320,12 +323,12 @@ void Reader::Read() {
     CheckNetwork();
     if (m_out.variables.size() > static_cast<std::size_t>(m_out.maxVariables)) {
         Tell({0, 0}, "",
-             "zmiennych jest " + std::to_string(m_out.variables.size()) +
-                 ", a server.variables dopuszcza " + std::to_string(m_out.maxVariables));
+             {Translatable("zmiennych jest %s, a server.variables dopuszcza %s"),
+              {std::to_string(m_out.variables.size()), std::to_string(m_out.maxVariables)}});
     }
 }
 
-std::vector<std::string> Reader::Faults() {
+std::vector<std::string> Reader::Faults(const Translator& translator) {
     std::stable_sort(m_arrFaults.begin(), m_arrFaults.end(), [](const Entry& a, const Entry& b) {
         return a.place.file != b.place.file ? a.place.file < b.place.file
                                             : a.place.line < b.place.line;
@@ -335,21 +338,24 @@ std::vector<std::string> Reader::Faults() {
         std::string line = m_arrFiles[fault.place.file] + ":";
         if (fault.place.line > 0) line += std::to_string(fault.place.line) + ":";
         if (!fault.key.empty()) line += " " + fault.key + ":";
-        lines.push_back(line + " " + fault.reason);
+        lines.push_back(line + " " + InWords(fault.reason, translator));
     }
     if (m_nFaults > kMostFaults) {
-        lines.push_back("dalszych błędów: " + std::to_string(m_nFaults - kMostFaults));
+        const Notice rest{Translatable("dalszych błędów: %s"),
+                          {std::to_string(m_nFaults - kMostFaults)}};
+        lines.push_back(InWords(rest, translator));
     }
     return lines;
 }
 
 }  // namespace
 
-bool LoadDefinitions(const std::string& path, Definitions& out, std::vector<std::string>& errors) {
+bool LoadDefinitions(const std::string& path, const Translator& translator, Definitions& out,
+                     std::vector<std::string>& errors) {
     out = Definitions();
     Reader reader(path, out);
     reader.Read();
-    errors = reader.Faults();
+    errors = reader.Faults(translator);
     return errors.empty();
 }
 

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Translator.h"
 #include "server/ReportComputing.h"
 #include "server/Signals.h"
 #include "value/Value.h"
@@ -71,9 +72,10 @@ struct Definitions {
 };
 
 // Reads the configuration. When anything is wrong the answer is false and `errors` holds a line for
-// each fault, Polish and in UTF-8: file, line, key if there is one, reason; `out` is then
+// each fault, in UTF-8: file, line, key if there is one, reason; `out` is then
 // undefined. After a hundred faults the rest is not told.
-bool LoadDefinitions(const std::string& path, Definitions& out, std::vector<std::string>& errors);
+bool LoadDefinitions(const std::string& path, const Translator& translator, Definitions& out,
+                     std::vector<std::string>& errors);
 
 // Puts back into `next` what cannot change while the server runs. The answer names the keys whose
 // change has to wait for the next start.

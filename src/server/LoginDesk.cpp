@@ -3,15 +3,16 @@
 #include <utility>
 
 #include "platform/PasswordHash.h"
-#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 
 namespace {
 
-constexpr const char* kWrong = "brak uprawnień";
-constexpr const char* kTooOften = "zbyt wiele nieudanych prób, następna możliwa za ";
-constexpr const char* kOtherVersion = "inna wersja protokołu";
+constexpr const char* kWrong = Translatable("brak uprawnień");
+constexpr const char* kTooOften =
+    Translatable("zbyt wiele nieudanych prób, następna możliwa za %d s");
+constexpr const char* kOtherVersion = Translatable("inna wersja protokołu");
 
 bool IsNobody(const LoginRequest& request) {
     return request.password.empty() && (request.user.empty() || request.user == kNobody);
@@ -19,8 +20,13 @@ bool IsNobody(const LoginRequest& request) {
 
 }  // namespace
 
-LoginDesk::LoginDesk(const UserStore& users, const Clock& clock, MainLoop& loop, PasswordCost cost)
-    : m_users(users), m_clock(clock), m_loop(loop), m_strOtherHash(HashPassword("", cost)) {}
+LoginDesk::LoginDesk(const UserStore& users, const Clock& clock, const Translator& translator,
+                     MainLoop& loop, PasswordCost cost)
+    : m_users(users),
+      m_clock(clock),
+      m_translator(translator),
+      m_loop(loop),
+      m_strOtherHash(HashPassword("", cost)) {}
 
 LoginDesk::~LoginDesk() {
     *m_pOpen = false;
@@ -30,16 +36,18 @@ LoginDesk::~LoginDesk() {
 bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::string& hash) {
     const LoginRequest& request = pending.request;
     if (request.protocolVersion != kProtocolVersion) {
-        verdict = {LoginOtherVersion, FromUtf8(kOtherVersion), {}};
+        verdict = {LoginOtherVersion, m_translator.Translate(kOtherVersion), {}};
         return true;
     }
-    verdict = {LoginWrong, FromUtf8(kWrong), {}};
+    verdict = {LoginWrong, m_translator.Translate(kWrong), {}};
     if (request.user.size() > kLongestUserName || request.password.size() > kLongestPassword) {
         return true;
     }
     const std::int64_t wait = m_gate.Wait(pending.address, request.user, m_clock.Now());
     if (wait > 0) {
-        verdict = {LoginTooOften, FromUtf8(kTooOften) + std::to_string(wait) + " s", {}};
+        verdict = {LoginTooOften,
+                   FormatText(m_translator.Translate(kTooOften), {std::to_string(wait)}),
+                   {}};
         return true;
     }
     if (IsNobody(request)) {

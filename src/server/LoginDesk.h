@@ -10,6 +10,7 @@
 
 #include "platform/Clock.h"
 #include "platform/MainLoop.h"
+#include "platform/Translator.h"
 #include "platform/UserStore.h"
 #include "server/Definitions.h"
 #include "server/LoginGate.h"
@@ -36,7 +37,8 @@ class LoginDesk {
 
     // All outlive the desk. The cost is the one of the users' passwords: a user who is not there
     // takes as long as one who is.
-    LoginDesk(const UserStore& users, const Clock& clock, MainLoop& loop, PasswordCost cost);
+    LoginDesk(const UserStore& users, const Clock& clock, const Translator& translator,
+              MainLoop& loop, PasswordCost cost);
     ~LoginDesk();
     LoginDesk(const LoginDesk&) = delete;
     LoginDesk& operator=(const LoginDesk&) = delete;
@@ -61,6 +63,7 @@ class LoginDesk {
 
     const UserStore& m_users;
     const Clock& m_clock;
+    const Translator& m_translator;
     MainLoop& m_loop;
     NobodyAccess m_eNobody = NobodyAccess::Never;
     std::string m_strOtherHash;  // checked in place of the one of a user who is not there

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "text/CodePage.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
 
@@ -11,7 +10,7 @@ namespace kalvex {
 
 namespace {
 
-constexpr const char* kBusy = "zbyt wiele danych czeka na zapis";
+constexpr const char* kBusy = Translatable("zbyt wiele danych czeka na zapis");
 constexpr const char* kAlive = "alive";
 
 }  // namespace
@@ -91,7 +90,7 @@ void Recorder::Submit() {
                                       });
     if (taken) return;
     m_fSaveAll = true;
-    m_done({false, FromUtf8(kBusy), {}});
+    m_done({false, m_translator.Translate(kBusy), {}});
 }
 
 void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/Translator.h"
 #include "server/Plant.h"
 #include "server/Store.h"
 
@@ -13,10 +14,10 @@ namespace kalvex {
 
 class Recorder {
   public:
-    // Both outlive the recorder. `done` hears of each transaction, and of what the store was too
+    // All outlive the recorder. `done` hears of each transaction, and of what the store was too
     // busy to take as of one that failed.
-    Recorder(Plant& plant, Store& store, Store::Done done)
-        : m_plant(plant), m_store(store), m_done(std::move(done)) {}
+    Recorder(Plant& plant, Store& store, const Translator& translator, Store::Done done)
+        : m_plant(plant), m_store(store), m_translator(translator), m_done(std::move(done)) {}
 
     // Marks the time since the server was last alive in the archives. Before the first step.
     void Begin(std::int64_t now);
@@ -38,6 +39,7 @@ class Recorder {
 
     Plant& m_plant;
     Store& m_store;
+    const Translator& m_translator;
     Store::Done m_done;
     std::vector<StoreOperation> m_arrPending;
     bool m_fSaveAll = false;                    // after a failed transaction

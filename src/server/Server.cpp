@@ -7,6 +7,7 @@
 #include "server/ClientText.h"
 #include "server/Session.h"
 #include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 
@@ -15,28 +16,42 @@ namespace {
 constexpr std::size_t kLogLines = 1000;
 constexpr std::int64_t kLoginTime = 30;  // seconds until a client has to have logged in
 
+constexpr const char* kStarted = Translatable("Uruchomienie serwera %s");
+constexpr const char* kStopped = Translatable("Zatrzymanie serwera %s");
+constexpr const char* kTaken = Translatable("używa go już inny serwer");
+constexpr const char* kUnchanged = Translatable("Konfiguracja bez zmian");
+constexpr const char* kNextStart =
+    Translatable("%s: zmiana zadziała po ponownym uruchomieniu serwera");
+constexpr const char* kReloaded = Translatable("Konfiguracja odczytana ponownie");
+constexpr const char* kManyClients = Translatable("Zbyt wielu klientów, odrzucono połączenie");
+constexpr const char* kNotStored = Translatable("Błąd zapisu danych (%s)");
+
 }  // namespace
 
-Server::Server(const Clock& clock, LogSink& log, MainLoop& loop, PasswordCost cost)
+Server::Server(const Clock& clock, LogSink& log, const Translator& translator, MainLoop& loop,
+               PasswordCost cost)
     : m_clock(clock),
       m_log(log),
+      m_translator(translator),
       m_loop(loop),
       m_eCost(cost),
       m_users(cost),
       m_store(loop),
-      m_recorder(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
+      m_recorder(m_plant, m_store, translator,
+                 [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
       m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {}
 
 Server::~Server() = default;
 
 bool Server::Start(const std::string& configuration, std::vector<std::string>& errors) {
     m_strConfiguration = configuration;
-    if (!LoadDefinitions(configuration, m_definitions, errors) || !OpenFiles(errors)) return false;
-    m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_loop, m_eCost);
+    if (!LoadDefinitions(configuration, m_translator, m_definitions, errors) || !OpenFiles(errors))
+        return false;
+    m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_eCost);
     Define();
     m_recorder.Begin(m_clock.Now());
     m_fStarted = true;
-    Log(FromUtf8("Uruchomienie serwera ") + m_definitions.name, LogAlways);
+    Log(kStarted, {m_definitions.name}, LogAlways);
     return true;
 }
 
@@ -47,15 +62,17 @@ bool Server::OpenFiles(std::vector<std::string>& errors) {
     bool taken = false;
     std::string error;
     if (!m_lock.Acquire(folder + "/lock", taken, error)) {
-        errors.push_back(folder + ": " + (taken ? "używa go już inny serwer" : error));
+        errors.push_back(folder + ": " + (taken ? ToUtf8(m_translator.Translate(kTaken)) : error));
         return false;
     }
-    if (!m_store.Open(folder + "/store.sqlite", error)) {
-        errors.push_back(ToUtf8(error));
+    Notice fault;
+    if (!m_store.Open(folder + "/store.sqlite", fault)) {
+        errors.push_back(InWords(fault, m_translator));
         return false;
     }
     if (!m_users.Open(m_definitions.usersFile, error)) {
-        errors.push_back(m_definitions.usersFile + ": " + ToUtf8(error));
+        const std::string reason = m_translator.Translate(ToUtf8(error).c_str());
+        errors.push_back(m_definitions.usersFile + ": " + ToUtf8(reason));
         return false;
     }
     return true;
@@ -73,18 +90,18 @@ void Server::Define() {
 void Server::Reload() {
     Definitions definitions;
     std::vector<std::string> errors;
-    if (!LoadDefinitions(m_strConfiguration, definitions, errors)) {
+    if (!LoadDefinitions(m_strConfiguration, m_translator, definitions, errors)) {
         for (const std::string& error : errors) Log(FromUtf8(error), LogErrors);
-        Log(FromUtf8("Konfiguracja bez zmian"), LogErrors);
+        Log(kUnchanged, {}, LogErrors);
         return;
     }
     for (const std::string& key : KeepUntilNextStart(m_definitions, definitions)) {
-        Log(FromUtf8(key + ": zmiana zadziała po ponownym uruchomieniu serwera"), LogErrors);
+        Log(kNextStart, {key}, LogErrors);
     }
     Distribute();
     m_definitions = std::move(definitions);
     Define();
-    Log(FromUtf8("Konfiguracja odczytana ponownie"), LogEvents);
+    Log(kReloaded, {}, LogEvents);
 }
 
 void Server::Tick() {
@@ -107,7 +124,7 @@ void Server::Stop() {
     Distribute();
     m_recorder.End(m_clock.Now());
     m_store.Close();
-    Log(FromUtf8("Zatrzymanie serwera ") + m_definitions.name, LogAlways);
+    Log(kStopped, {m_definitions.name}, LogAlways);
 }
 
 void Server::Distribute() {
@@ -125,7 +142,7 @@ void Server::Distribute() {
 
 std::unique_ptr<ServerSession> Server::Accept(ServerLink& link) {
     if (m_mapSessions.size() >= static_cast<std::size_t>(m_definitions.maxClients)) {
-        Log(FromUtf8("Zbyt wielu klientów, odrzucono połączenie"), LogErrors);
+        Log(kManyClients, {}, LogErrors);
         return nullptr;
     }
     auto session = std::make_unique<Session>(*this, link, ++m_nLastSession);
@@ -175,9 +192,14 @@ void Server::Log(const std::string& text, int level) {
     }
 }
 
+void Server::Log(const char* polish, std::initializer_list<std::string_view> values, int level) {
+    Log(FormatText(m_translator.Translate(polish), values), level);
+}
+
 void Server::LogLogin(const LoginVerdict& verdict, std::string_view user,
                       const std::string& client) {
-    Log(LoginLine(verdict, user, client), verdict.code == LoginOk ? LogEvents : LogErrors);
+    Log(LoginLine(verdict, user, client, m_translator),
+        verdict.code == LoginOk ? LogEvents : LogErrors);
 }
 
 std::deque<LogMessage> Server::LastMessages(std::size_t count) const {
@@ -191,7 +213,7 @@ void Server::OnOutcome(const StoreOutcome& outcome) {
         m_fFailureTold = false;
         m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
     } else if (!std::exchange(m_fFailureTold, true)) {
-        Log(FromUtf8("Błąd zapisu danych (") + outcome.error + ")", LogErrors);
+        Log(kNotStored, {outcome.error}, LogErrors);
     }
 }
 

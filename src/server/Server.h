@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -17,6 +18,7 @@
 #include "platform/FileLock.h"
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
+#include "platform/Translator.h"
 #include "platform/UserStore.h"
 #include "server/AutomaticReports.h"
 #include "server/Definitions.h"
@@ -34,7 +36,7 @@ class Session;
 class Server final : public SessionAcceptor {
   public:
     // All outlive the server. The cost is that of the users' passwords.
-    Server(const Clock& clock, LogSink& log, MainLoop& loop,
+    Server(const Clock& clock, LogSink& log, const Translator& translator, MainLoop& loop,
            PasswordCost cost = PasswordCost::Interactive);
     ~Server() override;
     Server(const Server&) = delete;
@@ -69,7 +71,10 @@ class Server final : public SessionAcceptor {
     Store& GetStore() { return m_store; }
     LoginDesk& GetLogins() { return *m_logins; }
     const Rights& GetRights() const { return m_rights; }
+    const Translator& GetTranslator() const { return m_translator; }
     void Log(const std::string& text, int level);  // an engine text
+    // The translation with the values (engine texts) in its places.
+    void Log(const char* polish, std::initializer_list<std::string_view> values, int level);
     // `user` as the client gave it, `client` as the log names it.
     void LogLogin(const LoginVerdict& verdict, std::string_view user, const std::string& client);
     std::deque<LogMessage> LastMessages(std::size_t count) const;
@@ -92,6 +97,7 @@ class Server final : public SessionAcceptor {
 
     const Clock& m_clock;
     LogSink& m_log;
+    const Translator& m_translator;
     MainLoop& m_loop;
     const PasswordCost m_eCost;
     std::string m_strConfiguration;

@@ -7,7 +7,7 @@
 
 #include "server/ClientText.h"
 #include "server/Server.h"
-#include "text/CodePage.h"
+#include "text/TextFormat.h"
 #include "value/Status.h"
 
 namespace kalvex {
@@ -20,7 +20,9 @@ constexpr std::size_t kValuesTogether = 1000;
 
 constexpr std::uint16_t kNoVariable = 0;
 
-constexpr const char* kManySubscriptions = "zbyt wiele subskrybowanych zmiennych";
+constexpr const char* kBroken = Translatable("Połączenie z klientem %s zerwane (%s)");
+constexpr const char* kClient = Translatable("Klient %s: %s");
+constexpr const char* kManySubscriptions = Translatable("zbyt wiele subskrybowanych zmiennych");
 
 }  // namespace
 
@@ -39,8 +41,7 @@ void Session::OnMessage(ClientMessage message) {
 
 void Session::OnClosed(std::uint32_t reason) {
     if (reason == ReasonClientEnded || reason == ReasonServerEnded || !IsLoggedIn()) return;
-    m_server.Log(FromUtf8("Połączenie z klientem ") + Peer() + " zerwane (" +
-                     ConnectionReasonText(reason) + ")",
+    m_server.Log(kBroken, {Peer(), ConnectionReasonText(reason, m_server.GetTranslator())},
                  LogErrors);
 }
 
@@ -54,9 +55,9 @@ std::string Session::Peer() const {
 }
 
 void Session::TellOnce(const char* polish, std::string_view variable) {
-    const std::string text = FromUtf8(polish) + std::string(variable);
+    const std::string text = FormatText(m_server.GetTranslator().Translate(polish), {variable});
     if (!m_setTold.insert(text).second) return;
-    m_server.Log(FromUtf8("Klient ") + Peer() + ": " + text, LogErrors);
+    m_server.Log(kClient, {Peer(), text}, LogErrors);
 }
 
 Rights::Granted Session::RightsTo(std::size_t variable) const {

@@ -5,7 +5,6 @@
 #include "server/ReportPeriods.h"
 #include "server/Server.h"
 #include "server/Session.h"
-#include "text/CodePage.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
 
@@ -17,11 +16,11 @@ constexpr std::size_t kMostReads = 1000;
 constexpr std::size_t kMostArchiveValues = 100000;
 constexpr std::int64_t kPieceValues = 2000;
 
-constexpr const char* kManyReads = "zbyt wiele odczytów naraz";
-constexpr const char* kManyValues = "zbyt wiele wartości w jednym zapisie";
-constexpr const char* kRefusedWrite = "brak prawa do zapisu zmiennej ";
+constexpr const char* kManyReads = Translatable("zbyt wiele odczytów naraz");
+constexpr const char* kManyValues = Translatable("zbyt wiele wartości w jednym zapisie");
+constexpr const char* kRefusedWrite = Translatable("brak prawa do zapisu zmiennej %s");
 constexpr const char* kRefusedOrder =
-    "polecenie dla danych raportowych albo archiwalnych odrzucone";
+    Translatable("polecenie dla danych raportowych albo archiwalnych odrzucone");
 
 bool IsTime(std::int64_t time) {
     return time >= 0 && time <= kLargestTime;

@@ -65,16 +65,17 @@ const char* FaultOf(SignalKind kind, const std::vector<double>& values) {
     switch (kind) {
         case SignalKind::Ramp:
         case SignalKind::Sine:
-            return values[2] > 0 ? nullptr : "period musi być większe od 0";
+            return values[2] > 0 ? nullptr : Translatable("period musi być większe od 0");
         case SignalKind::Square:
-            if (values[2] <= 0) return "period musi być większe od 0";
-            return values[3] >= 0 && values[3] <= 1 ? nullptr : "duty musi być od 0 do 1";
+            if (values[2] <= 0) return Translatable("period musi być większe od 0");
+            return values[3] >= 0 && values[3] <= 1 ? nullptr
+                                                    : Translatable("duty musi być od 0 do 1");
         case SignalKind::Walk:
-            if (values[0] > values[1]) return "min nie może być większe od max";
-            if (values[2] < 0) return "step nie może być ujemne";
+            if (values[0] > values[1]) return Translatable("min nie może być większe od max");
+            if (values[2] < 0) return Translatable("step nie może być ujemne");
             return values[3] >= values[0] && values[3] <= values[1]
                        ? nullptr
-                       : "start musi być od min do max";
+                       : Translatable("start musi być od min do max");
         default:
             return nullptr;
     }
@@ -86,19 +87,15 @@ double Position(std::int64_t time, double phase, double period) {
     return position < 0 ? position + 1 : position;
 }
 
-std::string Quoted(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
 }  // namespace
 
-std::optional<Signal> Signal::Parse(std::string_view text, std::string& error) {
+std::optional<Signal> Signal::Parse(std::string_view text, Notice& error) {
     const std::vector<std::string_view> words = Words(text);
     const std::string_view word = words.empty() ? std::string_view() : words.front();
     const auto row = std::find_if(std::begin(kKinds), std::end(kKinds),
                                   [word](const KindRow& kind) { return kind.word == word; });
     if (row == std::end(kKinds)) {
-        error = "nieznany rodzaj sygnału " + Quoted(word);
+        error = {Translatable("nieznany rodzaj sygnału \"%s\""), {std::string(word)}};
         return std::nullopt;
     }
     std::vector<std::optional<double>> given(row->parameters.size());
@@ -109,12 +106,12 @@ std::optional<Signal> Signal::Parse(std::string_view text, std::string& error) {
             std::find_if(row->parameters.begin(), row->parameters.end(),
                          [name](const Parameter& known) { return known.name == name; });
         if (parameter == row->parameters.end()) {
-            error = "nieznany parametr sygnału " + Quoted(name);
+            error = {Translatable("nieznany parametr sygnału \"%s\""), {std::string(name)}};
             return std::nullopt;
         }
         double number = 0;
         if (sign == std::string_view::npos || !ReadNumber(words[index].substr(sign + 1), number)) {
-            error = "parametr " + std::string(name) + " musi być liczbą";
+            error = {Translatable("parametr %s musi być liczbą"), {std::string(name)}};
             return std::nullopt;
         }
         given[static_cast<std::size_t>(parameter - row->parameters.begin())] = number;
@@ -123,7 +120,7 @@ std::optional<Signal> Signal::Parse(std::string_view text, std::string& error) {
     for (std::size_t index = 0; index < given.size(); ++index) {
         const Parameter& parameter = row->parameters[index];
         if (!given[index] && !parameter.standard) {
-            error = "brak parametru " + std::string(parameter.name);
+            error = {Translatable("brak parametru %s"), {std::string(parameter.name)}};
             return std::nullopt;
         }
         values.push_back(given[index] ? *given[index] : *parameter.standard);
@@ -132,7 +129,7 @@ std::optional<Signal> Signal::Parse(std::string_view text, std::string& error) {
         values[3] = std::midpoint(values[0], values[1]);
     }
     if (const char* fault = FaultOf(row->kind, values)) {
-        error = fault;
+        error = {fault};
         return std::nullopt;
     }
     return Signal(row->kind, std::move(values));

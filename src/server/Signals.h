@@ -7,16 +7,18 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/Translator.h"
+
 namespace kalvex {
 
 enum class SignalKind : std::uint8_t { Constant, Ramp, Sine, Square, Walk, Counter };
 
 class Signal {
   public:
-    // From "sine mean=50 amplitude=5 period=600". Nothing, with the reason (Polish, UTF-8) in
-    // `error`, for a kind or a parameter that there is not, one that is missing or is no number,
+    // From "sine mean=50 amplitude=5 period=600". Nothing, with the reason in `error`,
+    // for a kind or a parameter that there is not, one that is missing or is no number,
     // and values that make no sense together.
-    static std::optional<Signal> Parse(std::string_view text, std::string& error);
+    static std::optional<Signal> Parse(std::string_view text, Notice& error);
 
     // The value at a time, in seconds since 1970-01-01 GMT. `last` is the value before it, if there
     // is one, and `elapsed` the seconds since then; they matter to walks and counters alone.

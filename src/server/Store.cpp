@@ -4,6 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "text/CodePage.h"
+
 namespace kalvex {
 
 namespace {
@@ -13,10 +15,10 @@ constexpr std::size_t kBatchOperations = 20000;
 
 }  // namespace
 
-bool Store::Open(const std::string& path, std::string& error) {
+bool Store::Open(const std::string& path, Notice& error) {
     if (!m_writeFile.Open(path, error) || !m_readFile.Open(path, error)) return false;
     if (!m_writeFile.ReadContents(m_contents)) {
-        error = m_writeFile.ErrorText();
+        error = {"%s", {ToUtf8(m_writeFile.ErrorText())}};
         return false;
     }
     for (const auto& [name, id] : m_contents.variables) {

@@ -63,7 +63,7 @@ class Store {
     Store& operator=(const Store&) = delete;
 
     // Opens the file, makes it if it is not there, and starts the threads. Called once.
-    bool Open(const std::string& path, std::string& error);
+    bool Open(const std::string& path, Notice& error);
 
     // Writes what is urgent and ends the threads. No `done` is called any more.
     void Close();

@@ -10,7 +10,7 @@ namespace kalvex {
 namespace {
 
 constexpr int kSchemaVersion = 1;
-constexpr const char* kNewerFile = "Plik danych jest z nowszej wersji programu";
+constexpr const char* kNewerFile = Translatable("%s: Plik danych jest z nowszej wersji programu");
 
 // Full: a transaction that was committed outlasts a loss of power.
 constexpr const char* kSettings =
@@ -73,9 +73,9 @@ std::string StoreFile::ErrorText() const {
     return FromUtf8(m_database.ErrorText());
 }
 
-bool StoreFile::Open(const std::string& path, std::string& error) {
+bool StoreFile::Open(const std::string& path, Notice& error) {
     const auto fail = [&] {
-        error = FromUtf8(path) + ": " + ErrorText();
+        error = {"%s: %s", {path, m_database.ErrorText()}};
         return false;
     };
     if (!m_database.Open(path)) return fail();
@@ -83,7 +83,7 @@ bool StoreFile::Open(const std::string& path, std::string& error) {
         SqliteStatement version;
         if (!version.Prepare(m_database, "PRAGMA user_version")) return fail();
         if (version.Next() && version.Integer(0) > kSchemaVersion) {
-            error = FromUtf8(path) + ": " + FromUtf8(kNewerFile);
+            error = {kNewerFile, {path}};
             return false;
         }
         if (version.Failed()) return fail();

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/Sqlite.h"
+#include "platform/Translator.h"
 #include "server/ReportComputing.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
@@ -88,8 +89,8 @@ class StoreFile {
         std::map<std::string, std::int64_t> progress;
     };
 
-    // Makes the file and its tables if they are not there. The reason is an engine text.
-    bool Open(const std::string& path, std::string& error);
+    // Makes the file and its tables if they are not there.
+    bool Open(const std::string& path, Notice& error);
     bool ReadContents(Contents& contents);
 
     // Within a transaction of the caller's. False when the file fails.

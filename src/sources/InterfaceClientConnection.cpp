@@ -94,7 +94,7 @@ void CInterfaceClientConnection::OnVariableList() {
 // ---- the life of the connection
 
 void CInterfaceClientConnection::OnConnectionFault(ConnectionFault fault, std::uint32_t code) {
-    const std::string words = GetErrorInfo(code);
+    const std::string words = GetErrorInfo(code, m_services.translator);
     for (const FaultRow& row : kFaults) {
         if (row.fault != fault) continue;
         if (row.namesSource) {
@@ -120,7 +120,8 @@ void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
     } else if (reason == ReasonSettingsChanged || reason == ReasonLoginChanged) {
         Log("Reinicjacja połączenia z %s", {GetServerName()}, LogEvents);
     } else {
-        Log("Połączenie z %s zerwane (%s)", {GetServerName(), GetErrorInfo(reason)}, LogErrors);
+        Log("Połączenie z %s zerwane (%s)",
+            {GetServerName(), GetErrorInfo(reason, m_services.translator)}, LogErrors);
     }
     CClientConnection::OnDisconnect(reason);
 }

@@ -39,7 +39,9 @@ class CClientConnection : private ClientTransportEvents {
 
     std::uint16_t GetState() const { return m_nState; }
     const std::string& GetServerName() const { return m_strServer; }
-    static std::string GetErrorInfo(std::uint32_t code) { return ConnectionReasonText(code); }
+    static std::string GetErrorInfo(std::uint32_t code, const Translator& translator) {
+        return ConnectionReasonText(code, translator);
+    }
 
     void SetLoginData(std::string_view user, std::string_view password);
     virtual void GetLoginData(std::string& user, std::string& password) const;

@@ -1,6 +1,6 @@
 #include "vantrel/Codes.h"
 
-#include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex {
 
@@ -17,11 +17,11 @@ constexpr ReasonRow kReasons[] = {KALVEX_CONNECTION_REASONS(KALVEX_ROW)};
 
 }  // namespace
 
-std::string ConnectionReasonText(std::uint32_t code) {
+std::string ConnectionReasonText(std::uint32_t code, const Translator& translator) {
     for (const ReasonRow& row : kReasons) {
-        if (row.code == code) return FromUtf8(row.text);
+        if (row.code == code) return translator.Translate(row.text);
     }
-    return "kod " + std::to_string(code);
+    return FormatText(translator.Translate("kod %d"), {std::to_string(code)});
 }
 
 }  // namespace kalvex

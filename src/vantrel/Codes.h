@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/Translator.h"
+
 namespace kalvex {
 
 // Why a connection ended or could not be made.
@@ -38,7 +40,7 @@ enum RequestResult : std::uint16_t {
     ResultServerFault = 5,
 };
 
-// The words as an engine text; "kod N" for a number outside the list.
-std::string ConnectionReasonText(std::uint32_t code);
+// The words as an engine text; the number for a code outside the list.
+std::string ConnectionReasonText(std::uint32_t code, const Translator& translator);
 
 }  // namespace kalvex

@@ -63,8 +63,9 @@ struct World {
     ScratchFolder folder;
     VirtualClock clock{1710068400};
     SilentLog log;
+    Translator translator;
     PostedWork loop;
-    Server server{clock, log, loop, PasswordCost::Least};
+    Server server{clock, log, translator, loop, PasswordCost::Least};
 };
 
 // Looks at all that the server says.

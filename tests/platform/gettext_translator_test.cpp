@@ -46,6 +46,7 @@ TEST_F(GettextTranslatorTest, LanguageWithoutACatalogueIsPolish) {
 TEST_F(GettextTranslatorTest, TextWithoutAnEntryStaysAsItIs) {
     ::setenv("LANGUAGE", "en", 1);
     EXPECT_EQ(Translate("żółw"), "żółw");
+    EXPECT_EQ(Translate(""), "");
 }
 
 TEST_F(GettextTranslatorTest, AnswerIsAnEngineText) {

@@ -38,7 +38,7 @@ class RunNetworkTest : public ScriptWorld {
     void Listen() { transport = network.Listen(network.ServerSettings(), server); }
 
     void MakeRun() {
-        carrier = std::make_unique<CRunNetwork>(network.ClientSettings(), log);
+        carrier = std::make_unique<CRunNetwork>(network.ClientSettings(), log, translator);
         run = std::make_unique<CRunSources>(std::make_unique<LentNetwork>(*carrier), true, profile,
                                             log, translator, users);
         services.sources = &run->ForScripts();

@@ -161,6 +161,7 @@ class ServerAndRun(unittest.TestCase):
         self.folder = pathlib.Path(scratch.name).resolve()
         self.environment = dict(os.environ, TZ=ZONE, LC_ALL="C.UTF-8", SORVANE_RUNTIME_DIR=str(self.folder / "run"),
                                 SORVANE_COMMON_PROFILE=str(self.folder / "sorvane.ini"))
+        self.environment.pop("LANGUAGE", None)
         self.configure(self.PLANT)
         self.write_profile("")
 

@@ -29,7 +29,8 @@ class Sorvaned(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
         self.config = self.folder / "plant.toml"
         self.config.write_text(PLANT, encoding="utf-8")
-        self.environment = os.environ | {"SORVANE_RUNTIME_DIR": str(self.folder / "run")}
+        self.environment = os.environ | {"SORVANE_RUNTIME_DIR": str(self.folder / "run"), "LC_ALL": "C.UTF-8"}
+        self.environment.pop("LANGUAGE", None)
 
     def run_with(self, *arguments, stdin=""):
         done = subprocess.run([PROGRAM, "--config", self.config, *arguments], input=stdin, capture_output=True,
@@ -100,6 +101,20 @@ class Sorvaned(unittest.TestCase):
         self.assertEqual(self.run_with("--check"), (1, "", fault))
         self.assertEqual(self.run_with(), (1, "", fault))
         self.assertEqual(self.run_with("user", "list"), (1, "", fault))
+
+    def test_messages_are_translated(self):
+        self.environment["LANGUAGE"] = "en"
+        self.assertEqual(self.run_with("user", "remove", "adam"), (1, "", "There is no user of this name\n"))
+        server = subprocess.Popen([PROGRAM, "--config", self.config], stderr=subprocess.PIPE, encoding="utf-8",
+                                  env=self.environment)
+        self.addCleanup(server.stderr.close)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        self.assertEqual(self.line_of(server), "The server Stacja starts")
+        self.assertEqual(self.line_of(server), f"Listening: local socket {self.folder}/run/Stacja")
+        server.send_signal(signal.SIGTERM)
+        self.assertEqual(self.line_of(server), "The server Stacja stops")
+        self.assertEqual(server.wait(60), 0)
 
     def test_polite_end_commits_everything(self):
         for ending in (signal.SIGTERM, signal.SIGINT):

@@ -78,7 +78,9 @@ class Plant:
         self.folder = pathlib.Path(folder.name)
         self.config = self.folder / "plant.toml"
         self.configure(network)
-        self.environment = os.environ | {"SORVANE_RUNTIME_DIR": folder.name, "TZ": "Europe/Warsaw"}
+        self.environment = os.environ | {"SORVANE_RUNTIME_DIR": folder.name, "TZ": "Europe/Warsaw",
+                                         "LC_ALL": "C.UTF-8"}
+        self.environment.pop("LANGUAGE", None)
         for name, password, level in users:
             subprocess.run([PROGRAM, "--config", self.config, "user", "add", name, "--level", str(level)],
                            input=password, encoding="utf-8", check=True)

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "server/CsvTable.h"
+#include "support/marking_translator.h"
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
@@ -17,8 +18,8 @@ using testing::Pair;
 class DefinitionsTest : public testing::Test {
   protected:
     bool Load(std::string_view toml) {
-        const bool loaded =
-            LoadDefinitions(m_folder.Put("plant.toml", toml), m_definitions, m_errors);
+        const bool loaded = LoadDefinitions(m_folder.Put("plant.toml", toml), Translator(),
+                                            m_definitions, m_errors);
         for (std::string& error : m_errors) {
             for (std::size_t at; (at = error.find(m_folder.Path(""))) != std::string::npos;) {
                 error.erase(at, m_folder.Path("").size());
@@ -32,6 +33,16 @@ class DefinitionsTest : public testing::Test {
     Definitions m_definitions;
     std::vector<std::string> m_errors;
 };
+
+TEST_F(DefinitionsTest, ReasonsAreTranslatedAndPathsAndKeysAreNot) {
+    const std::string path =
+        m_folder.Write("plant.toml", "[server]\nclients = 0\ndata = 5\nkolor = 1\n");
+    EXPECT_FALSE(LoadDefinitions(path, MarkingTranslator(), m_definitions, m_errors));
+    EXPECT_THAT(
+        m_errors,
+        ElementsAre(path + ":2: server.clients: <oczekiwano liczby całkowitej od 1 do 10000>",
+                    path + ":4: server.kolor: <nieznany klucz>"));
+}
 
 TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
     ASSERT_TRUE(Load(""));
@@ -261,7 +272,8 @@ TEST_F(DefinitionsTest, VariablesComeFromFilesToo) {
 }
 
 TEST_F(DefinitionsTest, FileThatIsNotThere) {
-    EXPECT_FALSE(LoadDefinitions(m_folder.Path("brak.toml"), m_definitions, m_errors));
+    EXPECT_FALSE(
+        LoadDefinitions(m_folder.Path("brak.toml"), Translator(), m_definitions, m_errors));
     EXPECT_THAT(m_errors, ElementsAre(m_folder.Path("brak.toml") + ": No such file or directory"));
     EXPECT_FALSE(Load("\n[[variables]]\nfile = \"brak.csv\"\n"));
     EXPECT_THAT(m_errors,

@@ -34,6 +34,14 @@ TEST_F(LoginTest, NobodyComesInFromThisMachineOnly) {
                             "uprawnień"));
 }
 
+TEST_F(LoginTest, ClientAndLogAreToldInTheLanguageOfTheServer) {
+    m_translator.marks = true;
+    Start("");
+    EXPECT_EQ(Result(Connect("10.1.2.3"), "NOBODY", ""), "1 <brak uprawnień>");
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 <Próba rejestracji użytkownika NOBODY z Kalvex_stacja "
+                                          "(10.1.2.3) - <brak uprawnień>>"));
+}
+
 TEST_F(LoginTest, NobodyComesInAsTheConfigurationSays) {
     Start("[server]\nnobody = \"never\"\n");
     EXPECT_EQ(Result(Connect(), "NOBODY", ""), "1 brak uprawnień");

@@ -55,7 +55,8 @@ class ScriptReportsTest : public ScriptWorld {
         std::string many = "name,rt\n";
         for (int i = 0; i < kMany; ++i) many += "M" + std::to_string(i) + ",4\n";
         m_folder.Put("many.csv", many);
-        m_server = std::make_unique<Server>(clock, m_serverLog, m_loop, PasswordCost::Least);
+        m_server =
+            std::make_unique<Server>(clock, m_serverLog, translator, m_loop, PasswordCost::Least);
         std::vector<std::string> errors;
         EXPECT_TRUE(m_server->Start(m_folder.Put("plant.toml", kPlant), errors))
             << testing::PrintToString(errors);

@@ -13,7 +13,7 @@ void ServerTest::Start(std::string_view toml) {
     m_strToml = toml;
     End();
     Configure(m_strToml);
-    m_server = std::make_unique<Server>(m_clock, m_log, m_loop, PasswordCost::Least);
+    m_server = std::make_unique<Server>(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
     std::vector<std::string> errors;
     ASSERT_TRUE(m_server->Start(m_folder.Path("plant.toml"), errors))
         << testing::PrintToString(errors);

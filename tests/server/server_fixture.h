@@ -14,6 +14,7 @@
 #include "platform/Clock.h"
 #include "server/Server.h"
 #include "support/log_recorder.h"
+#include "support/marking_translator.h"
 #include "support/scratch_folder.h"
 #include "support/value_dump.h"
 #include "support/zone_scope.h"
@@ -112,6 +113,7 @@ class ServerTest : public testing::Test {
     std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
     VirtualClock m_clock{m_tStart};
     LogRecorder m_log;
+    MarkingTranslator m_translator{false};
     WaitingLoop m_loop;
     std::string m_strToml;
     std::unique_ptr<Server> m_server;

@@ -42,8 +42,9 @@ class TellingLink final : public ServerLink {
 [[noreturn]] void ServeUntilKilled(const std::string& configuration, RequestId first, int tell) {
     VirtualClock clock(1700000000 + std::int64_t{first} * 10);
     LogRecorder log;
+    const Translator translator;
     WaitingLoop loop;
-    Server server(clock, log, loop, PasswordCost::Least);
+    Server server(clock, log, translator, loop, PasswordCost::Least);
     std::vector<std::string> errors;
     if (!server.Start(configuration, errors)) ::_exit(1);
     TellingLink link(tell);

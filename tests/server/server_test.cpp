@@ -322,21 +322,21 @@ TEST_F(ServerTest, ChangedTypeConvertsTheKeptValue) {
 
 TEST_F(ServerTest, FolderIsForOneServer) {
     Start("");
-    Server second(m_clock, m_log, m_loop, PasswordCost::Least);
+    Server second(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
     std::vector<std::string> errors;
     EXPECT_FALSE(second.Start(m_folder.Path("plant.toml"), errors));
     EXPECT_THAT(errors, ElementsAre(m_folder.Path("data") + ": używa go już inny serwer"));
 }
 
 TEST_F(ServerTest, StartTellsWhatFails) {
-    Server server(m_clock, m_log, m_loop, PasswordCost::Least);
+    Server server(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
     std::vector<std::string> errors;
     Configure("[server]\nclients = 0\n");
     EXPECT_FALSE(server.Start(m_folder.Path("plant.toml"), errors));
     EXPECT_THAT(errors,
                 ElementsAre(m_folder.Path("plant.toml") +
                             ":2: server.clients: oczekiwano liczby całkowitej od 1 do 10000"));
-    Server other(m_clock, m_log, m_loop, PasswordCost::Least);
+    Server other(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
     Configure("[server]\nusers = \"brak/users.sqlite\"\n");
     errors.clear();
     EXPECT_FALSE(other.Start(m_folder.Path("plant.toml"), errors));

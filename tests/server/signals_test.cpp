@@ -6,9 +6,9 @@ namespace kalvex {
 namespace {
 
 Signal Parsed(std::string_view text) {
-    std::string error;
+    Notice error;
     std::optional<Signal> signal = Signal::Parse(text, error);
-    EXPECT_TRUE(signal) << error;
+    EXPECT_TRUE(signal) << text;
     return *signal;
 }
 
@@ -104,9 +104,9 @@ TEST(SignalsTest, WrongTextsAreTold) {
         {"counter start=5", "brak parametru rate"},
     };
     for (const Row& row : kRows) {
-        std::string error;
+        Notice error;
         EXPECT_FALSE(Signal::Parse(row.text, error)) << row.text;
-        EXPECT_EQ(error, row.error) << row.text;
+        EXPECT_EQ(InWords(error, Translator()), row.error) << row.text;
     }
 }
 

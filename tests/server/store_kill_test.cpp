@@ -21,7 +21,7 @@ constexpr int kBatch = 7;
 [[noreturn]] void WriteUntilKilled(const std::string& path, std::int64_t first, int tell) {
     WaitingLoop loop;
     Store store(loop);
-    std::string error;
+    Notice error;
     if (!store.Open(path, error)) ::_exit(1);
     const VariableId x = store.Register("X");
     for (std::int64_t batch = first;; ++batch) {
@@ -69,8 +69,8 @@ TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
 
         WaitingLoop loop;
         Store store(loop);
-        std::string error;
-        ASSERT_TRUE(store.Open(path, error)) << error;
+        Notice error;
+        ASSERT_TRUE(store.Open(path, error));
         const VariableId x = store.Register("X");
         std::map<std::int64_t, std::int64_t> archive;
         for (const CVal& value : ReadAll(store, loop, x, KindArchive)) {

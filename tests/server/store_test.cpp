@@ -23,8 +23,8 @@ class StoreTest : public testing::Test {
 
     void Open() {
         m_store = std::make_unique<Store>(m_loop);
-        std::string error;
-        ASSERT_TRUE(m_store->Open(m_folder.Path("store.sqlite"), error)) << ToUtf8(error);
+        Notice error;
+        ASSERT_TRUE(m_store->Open(m_folder.Path("store.sqlite"), error));
     }
 
     StoreOutcome Submit(std::vector<StoreOperation> operations,
@@ -249,12 +249,13 @@ TEST_F(StoreTest, NewerFileIsRefused) {
         ASSERT_TRUE(database.Execute("PRAGMA user_version = 2"));
     }
     Store other(m_loop);
-    std::string error;
+    Notice error;
     EXPECT_FALSE(other.Open(m_folder.Path("newer.sqlite"), error));
-    EXPECT_EQ(ToUtf8(error),
+    EXPECT_EQ(InWords(error, Translator()),
               m_folder.Path("newer.sqlite") + ": Plik danych jest z nowszej wersji programu");
     EXPECT_FALSE(other.Open(m_folder.Path("brak/x.sqlite"), error));
-    EXPECT_EQ(ToUtf8(error), m_folder.Path("brak/x.sqlite") + ": unable to open database file");
+    EXPECT_EQ(InWords(error, Translator()),
+              m_folder.Path("brak/x.sqlite") + ": unable to open database file");
 }
 
 TEST_F(StoreTest, GapIsMarkedOnceBehindAKnownValue) {

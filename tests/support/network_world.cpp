@@ -24,7 +24,7 @@ NetworkClientSettings NetworkWorld::ClientSettings() const {
 std::unique_ptr<NetworkServer> NetworkWorld::Listen(const NetworkServerSettings& settings,
                                                     SessionAcceptor& acceptor) {
     std::string reason;
-    auto server = ListenOnNetwork(settings, acceptor, loop, log, reason);
+    auto server = ListenOnNetwork(settings, acceptor, loop, log, translator, reason);
     error = ToUtf8(reason);
     return server;
 }

@@ -36,6 +36,7 @@ class NetworkWorld {
     std::int64_t now = 1'000'000;  // milliseconds
     WaitingLoop loop;
     LogRecorder log;
+    MarkingTranslator translator{false};
     std::string error;  // of the last Listen, UTF-8
 };
 

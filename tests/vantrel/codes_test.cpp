@@ -6,8 +6,8 @@ namespace kalvex {
 namespace {
 
 TEST(CodesTest, HaveWords) {
-    EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress), "nieznany adres serwera");
-    EXPECT_EQ(ConnectionReasonText(17), "kod 17");
+    EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress, Translator()), "nieznany adres serwera");
+    EXPECT_EQ(ConnectionReasonText(17, Translator()), "kod 17");
 }
 
 }  // namespace

@@ -43,7 +43,7 @@ class NetworkConversationTest : public testing::Test {
 
     NetworkWorld world;
     HandServer acceptor;
-    NetworkClient client{world.ClientSettings(), world.loop, world.log};
+    NetworkClient client{world.ClientSettings(), world.loop, world.log, world.translator};
     HeardEvents events;
     std::unique_ptr<ClientTransport> transport;
     // The first to go, so that no client waits for its answer to the farewell.
@@ -253,7 +253,7 @@ TEST_F(NetworkConversationTest, PausesBetweenAttemptsGrowToFiveSeconds) {
     // An attempt without its certificate fails at once.
     NetworkClientSettings settings = world.ClientSettings();
     settings.addresses["far"] = {.address = "localhost:1", .tls = TlsFiles{.authority = "/none"}};
-    NetworkClient lone(settings, world.loop, world.log);
+    NetworkClient lone(settings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     transport = lone.Connect("far", events, reason);
     transport->Open();
@@ -349,8 +349,8 @@ class NetworkConversationListTest : public NetworkConversationTest {
         server.reset();
         thread = std::thread([this] {
             std::string error;
-            const auto listening =
-                ListenOnNetwork(world.ServerSettings(), acceptor, serverLoop, serverLog, error);
+            const auto listening = ListenOnNetwork(world.ServerSettings(), acceptor, serverLoop,
+                                                   serverLog, world.translator, error);
             ready.set_value();
             while (!over) serverLoop.WaitAndRun();
         });
@@ -409,7 +409,7 @@ TEST_F(NetworkConversationListTest, ListOfAServerThatIsNotThereFails) {
 TEST_F(NetworkConversationListTest, ListOfAServerThatHangsFails) {
     NetworkClientSettings settings = world.ClientSettings();
     settings.listPatience = std::chrono::milliseconds(1);
-    NetworkClient hasty(settings, world.loop, world.log);
+    NetworkClient hasty(settings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     transport = hasty.Connect("srv", events, reason);
     EXPECT_FALSE(transport->LoadVariableList(login, list));  // its loop does not run

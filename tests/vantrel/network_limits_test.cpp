@@ -94,7 +94,7 @@ TEST_F(NetworkLimitsClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothin
     world.RunUntil(acceptor, "login / Obcy 23");  // and from now on it reads nothing
     ServerLink* const deaf = acceptor.link;
 
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     HeardEvents events;
     std::uint32_t reason = 0;
     const auto reader = client.Connect("srv", events, reason);
@@ -193,7 +193,7 @@ TEST_F(NetworkLimitsClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
     std::promise<void> arrived;
     PostedWork idle([&] { arrived.set_value(); });
     std::string error;
-    server = ListenOnNetwork(settings, acceptor, idle, world.log, error);
+    server = ListenOnNetwork(settings, acceptor, idle, world.log, world.translator, error);
     RawClient raw(Local(), StreamMethod::Converse);
     raw.stream->Resume();
     arrived.get_future().wait();
@@ -303,7 +303,7 @@ class NetworkLimitsServerTest : public testing::Test {
     NetworkWorld world;
     HeardEvents events;
     NetworkClientSettings settings = world.ClientSettings();
-    NetworkClient client{settings, world.loop, world.log};
+    NetworkClient client{settings, world.loop, world.log, world.translator};
     std::unique_ptr<ClientTransport> transport;
     // The first to go, so that no client waits for its answer to the farewell.
     RawServer raw{world.folder.Path("srv")};
@@ -364,7 +364,7 @@ TEST_F(NetworkLimitsServerTest, RubbishForAGreetingFailsTheAttempt) {
 
 TEST_F(NetworkLimitsServerTest, ServerThatDoesNotReadCountsAsGone) {
     settings.outboxLimit = 10'000;
-    NetworkClient narrow(settings, world.loop, world.log);
+    NetworkClient narrow(settings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     transport = narrow.Connect("srv", events, reason);
     transport->Open();

@@ -452,9 +452,9 @@ TEST(NetworkParcelTest, ValueMustHaveTheContentOfItsType) {
 }
 
 TEST(NetworkParcelTest, FaultsHaveWords) {
-    EXPECT_EQ(WireFaultText(WireFault::NotAParcel), FromUtf8("to nie jest komunikat protokołu"));
-    EXPECT_EQ(WireFaultText(WireFault::ContentMissing),
-              FromUtf8("wartość nie ma treści, którą zapowiada jej typ"));
+    EXPECT_STREQ(WireFaultText(WireFault::NotAParcel), "to nie jest komunikat protokołu");
+    EXPECT_STREQ(WireFaultText(WireFault::ContentMissing),
+                 "wartość nie ma treści, którą zapowiada jej typ");
 }
 
 }  // namespace

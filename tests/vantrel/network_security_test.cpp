@@ -54,7 +54,7 @@ class NetworkSecurityTest : public testing::Test {
     std::uint32_t ConnectReason(const ServerAddress& address) {
         NetworkClientSettings settings = world.ClientSettings();
         settings.addresses["far"] = address;
-        NetworkClient client(settings, world.loop, world.log);
+        NetworkClient client(settings, world.loop, world.log, world.translator);
         std::uint32_t reason = 0;
         const auto transport = client.Connect("far", events, reason);
         EXPECT_EQ(transport == nullptr, reason != 0);
@@ -66,7 +66,7 @@ class NetworkSecurityTest : public testing::Test {
         NetworkClientSettings settings = world.ClientSettings();
         settings.addresses["far"] = {.address = host + ":" + std::to_string(server->TcpPort()),
                                      .tls = std::move(tls)};
-        NetworkClient client(settings, world.loop, world.log);
+        NetworkClient client(settings, world.loop, world.log, world.translator);
         HeardEvents heard;
         std::uint32_t reason = 0;
         const auto transport = client.Connect("far", heard, reason);
@@ -107,7 +107,7 @@ TEST_F(NetworkSecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
     for (const char* address : {"nonsense", "localhost:0", "localhost:x"}) {
         EXPECT_EQ(ConnectReason({.address = address}), ReasonUnknownAddress);
     }
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     EXPECT_EQ(client.Connect("a/b", events, reason), nullptr);
     EXPECT_EQ(reason, ReasonUnknownAddress);
@@ -135,12 +135,22 @@ TEST_F(NetworkSecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
     EXPECT_EQ(FirstEvent("127.0.0.1", {}), "opened");
 }
 
-TEST_F(SecurityTest, LoopbackMayBePlainByItsName) {
+TEST_F(NetworkSecurityTest, LoopbackMayBePlainByItsName) {
     if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
     settings.address = "127.0.0.1:0";
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(FirstEvent("localhost", {}), "opened");
+}
+
+TEST_F(NetworkSecurityTest, ReasonsAreTranslated) {
+    world.translator.marks = true;
+    settings.address = "nonsense";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "<Niepoprawny adres nonsense>");
+    settings.address = "0.0.0.0:0";
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "<0.0.0.0:0: <połączenie nieszyfrowane jest niedozwolone>>");
 }
 
 TEST_F(NetworkSecurityTest, AddressThatIsNoneOrTakenIsAnError) {
@@ -207,7 +217,7 @@ TEST_F(NetworkSecurityTlsTest, NameOfTheCertificateCanBeGiven) {
     clientSettings.addresses["far"] = {.address = "127.0.0.2:" + std::to_string(server->TcpPort()),
                                        .tls = certificates.Files("good"),
                                        .certificateName = "localhost"};
-    NetworkClient client(clientSettings, world.loop, world.log);
+    NetworkClient client(clientSettings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("far", events, reason);
     transport->Open();
@@ -269,7 +279,7 @@ TEST_F(NetworkSecurityTest, SecondServerDoesNotStealTheSocket) {
     server = world.Listen(settings, acceptor);
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (obsługuje je inny serwer)");
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("srv", events, reason);
     transport->Open();
@@ -289,7 +299,7 @@ TEST_F(NetworkSecurityTest, SocketOfADeadServerIsReplaced) {
     ASSERT_TRUE(world.folder.Has("srv"));
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
-    NetworkClient client(world.ClientSettings(), world.loop, world.log);
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("srv", events, reason);
     transport->Open();
@@ -319,7 +329,7 @@ TEST_F(NetworkSecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
     EXPECT_TRUE(world.folder.Has("new/run/Kotłownia 1 %"));
     NetworkClientSettings clientSettings = world.ClientSettings();
     clientSettings.runtimeFolder = settings.runtimeFolder;
-    NetworkClient client(clientSettings, world.loop, world.log);
+    NetworkClient client(clientSettings, world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect(settings.source, events, reason);
     transport->Open();

@@ -55,7 +55,7 @@ class RawEvents final : public StreamEvents {
 class RawClient {
   public:
     RawClient(const Endpoint& endpoint, StreamMethod method) {
-        std::string error;
+        Notice error;
         stream = m_carrier.Dial(endpoint, method, events, SIZE_MAX, error);
     }
     ~RawClient() { stream->Cancel(); }
@@ -73,7 +73,7 @@ class RawClient {
 class RawServer final : private PortEvents {
   public:
     explicit RawServer(const std::string& socket) {
-        std::string error;
+        Notice error;
         m_pPort = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, error);
     }
     ~RawServer() override {

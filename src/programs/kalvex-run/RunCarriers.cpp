@@ -19,10 +19,10 @@ std::vector<std::string> SourceNamesOf(const PlantDefinition& plant) {
 CRunPlant::CRunPlant(PlantDefinition plant, const Clock& clock)
     : m_arrNames(SourceNamesOf(plant)), m_plant(std::move(plant), clock) {}
 
-CRunNetwork::CRunNetwork(NetworkClientSettings settings, LogSink& log)
+CRunNetwork::CRunNetwork(NetworkClientSettings settings, LogSink& log, const Translator& translator)
     : m_clock(settings.clock),
       m_tNextCheck(m_clock() + kCheckPeriod),
-      m_client(std::move(settings), m_loop, log) {}
+      m_client(std::move(settings), m_loop, log, translator) {}
 
 void CRunNetwork::BeginTick(std::int64_t, CSourceList& sources) {
     m_loop.Run();

@@ -8,6 +8,7 @@
 #include "platform/Clock.h"
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
+#include "platform/Translator.h"
 #include "vantrel/SourceList.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/plant/SimulatedPlant.h"
@@ -44,8 +45,8 @@ class CRunPlant final : public RunCarrier {
 // have.
 class CRunNetwork final : public RunCarrier {
   public:
-    // The log outlives it.
-    CRunNetwork(NetworkClientSettings settings, LogSink& log);
+    // Log and translator outlive it.
+    CRunNetwork(NetworkClientSettings settings, LogSink& log, const Translator& translator);
 
     TransportFactory& Transports() override { return m_client; }
     const std::vector<std::string>& SourceNames() const override { return m_arrNames; }

@@ -93,8 +93,8 @@ std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRu
                                             std::string& fault) {
     std::unique_ptr<RunCarrier> carrier;
     if (options.profile && !options.plant) {
-        carrier =
-            std::make_unique<CRunNetwork>(NetworkClientSettings{.addresses = profile.servers}, log);
+        carrier = std::make_unique<CRunNetwork>(NetworkClientSettings{.addresses = profile.servers},
+                                                log, translator);
     } else {
         PlantDefinition plant;
         if (options.plant && !ReadPlant(*options.plant, plant, fault)) return nullptr;

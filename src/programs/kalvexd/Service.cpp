@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <csignal>
-#include <filesystem>
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
@@ -19,14 +18,6 @@ namespace {
 
 constexpr std::int64_t kStatusPeriod = 5000;  // milliseconds
 
-// The catalogues lie beside the programs' folder, in the place where they are built and in the one
-// where they are installed.
-std::string CatalogueFolder() {
-    std::error_code fault;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", fault);
-    return (program.parent_path().parent_path() / "share" / "locale").string();
-}
-
 std::string HostName() {
     char name[HOST_NAME_MAX + 1] = {};
     return ::gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
@@ -36,11 +27,10 @@ std::string HostName() {
 
 CKalvexService::CKalvexService(const KalvexdOptions& options)
     : m_strMetrics(options.metrics),
-      m_translator(CatalogueFolder()),
       m_crypt(options.workingDir + '/' + kKeyFileName, KeyFile::MadeAtFirstUse),
       m_instances(RuntimeFolder()),
       m_userLibrary(m_profile, m_translator),
-      m_network(m_profile, m_loop),
+      m_network(m_profile, m_loop, m_translator),
       m_users(m_userLibrary.Store(), AccountName()),
       m_stream(stdout, FormOfStandardOutput()),
       m_app(MakeWorld(options)) {

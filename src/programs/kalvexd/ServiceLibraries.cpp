@@ -32,14 +32,14 @@ bool CUserLibrary::Start(std::string& error) {
         return true;
     }
     error = FormatText(m_translator.Translate("Nie można otworzyć pliku użytkowników %s (%s)"),
-                       {file, reason});
+                       {file, m_translator.Translate(ToUtf8(reason).c_str())});
     return false;
 }
 
 bool CNetworkLibrary::Start(std::string&) {
     NetworkClientSettings settings;
     settings.addresses = ReadServerAddresses(m_profile);
-    m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog);
+    m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog, m_translator);
     m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_pClient->KeepAlive(); });
     return true;
 }

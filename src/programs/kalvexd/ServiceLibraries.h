@@ -32,7 +32,8 @@ class CUserLibrary final : public AppLibrary {
 
 class CNetworkLibrary final : public AppLibrary, public AppTransports {
   public:
-    CNetworkLibrary(const Profile& profile, AppLoop& loop) : m_profile(profile), m_loop(loop) {}
+    CNetworkLibrary(const Profile& profile, AppLoop& loop, const Translator& translator)
+        : m_profile(profile), m_loop(loop), m_translator(translator) {}
 
     // Before the start; outlives the library's work.
     void SetLog(LogSink& log) { m_pLog = &log; }
@@ -44,6 +45,7 @@ class CNetworkLibrary final : public AppLibrary, public AppTransports {
   private:
     const Profile& m_profile;
     AppLoop& m_loop;
+    const Translator& m_translator;
     LogSink* m_pLog = nullptr;
     std::unique_ptr<NetworkClient> m_pClient;
 };

@@ -13,10 +13,10 @@ namespace kalvex {
 
 namespace {
 
-constexpr const char* kNotWritten = "Nie można zapisać profilu lub jego klucza: ";
+constexpr const char* kNotWritten = Translatable("Nie można zapisać profilu lub jego klucza: %s");
 
-int Fail(const std::string& text) {
-    std::cerr << text << '\n';
+int Fail(const Translator& translator, const Notice& notice) {
+    std::cerr << InWords(notice, translator) << '\n';
     return 1;
 }
 
@@ -66,12 +66,16 @@ bool IsField(const std::string& text) {
     return !text.empty() && text.find_first_of(",\r\n") == std::string::npos;
 }
 
-int AddSource(SourceBook& book, const SourceOrder& order, const std::string& profile) {
+int AddSource(SourceBook& book, const SourceOrder& order, const std::string& profile,
+              const Translator& translator) {
     if (!IsField(order.name) || !IsField(order.user)) {
-        return Fail("Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka");
+        return Fail(
+            translator,
+            {Translatable("Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka")});
     }
     std::string password;
-    if (!AskPassword(password)) return Fail("Nie podano hasła");
+    if (!AskPassword(password, translator))
+        return Fail(translator, {Translatable("Nie podano hasła")});
     std::string engineText = FromUtf8(password);
     CCrypt::SecureEmptyString(password);
     std::vector<CSourceDesc> sources = book.Read();
@@ -80,28 +84,30 @@ int AddSource(SourceBook& book, const SourceOrder& order, const std::string& pro
     found->user = order.user;
     found->password = book.Protect(engineText);
     CCrypt::SecureEmptyString(engineText);
-    return book.Write(sources) ? 0 : Fail(kNotWritten + profile);
+    return book.Write(sources) ? 0 : Fail(translator, {kNotWritten, {profile}});
 }
 
-int ListSources(SourceBook& book, const SourceOrder&, const std::string&) {
+int ListSources(SourceBook& book, const SourceOrder&, const std::string&, const Translator&) {
     for (const CSourceDesc& source : book.Read()) {
         std::cout << ToUtf8(source.name) << '\t' << ToUtf8(source.user) << '\n';
     }
     return 0;
 }
 
-int RemoveSource(SourceBook& book, const SourceOrder& order, const std::string& profile) {
+int RemoveSource(SourceBook& book, const SourceOrder& order, const std::string& profile,
+                 const Translator& translator) {
     std::vector<CSourceDesc> sources = book.Read();
     const auto found = FindSource(sources, order.name);
-    if (found == sources.end()) return Fail("Brak źródła o tej nazwie");
+    if (found == sources.end()) return Fail(translator, {Translatable("Brak źródła o tej nazwie")});
     sources.erase(found);
-    return book.Write(sources) ? 0 : Fail(kNotWritten + profile);
+    return book.Write(sources) ? 0 : Fail(translator, {kNotWritten, {profile}});
 }
 
 struct TaskRow {
     SourceTask task;
     bool writes;
-    int (*run)(SourceBook& book, const SourceOrder& order, const std::string& profile);
+    int (*run)(SourceBook& book, const SourceOrder& order, const std::string& profile,
+               const Translator& translator);
 };
 
 constexpr TaskRow kTasks[] = {
@@ -112,13 +118,15 @@ constexpr TaskRow kTasks[] = {
 
 }  // namespace
 
-int RunSourceTask(const SourceOrder& order, const std::string& profile) {
+int RunSourceTask(const SourceOrder& order, const std::string& profile,
+                  const Translator& translator) {
     const TaskRow& row = *std::ranges::find(kTasks, order.task, &TaskRow::task);
     if (row.writes && SourceBook(profile, KeyFile::ReadOnly).HasLostPasswords()) {
-        return Fail("Profil ma hasła, których nie otwiera klucz " + KeyFileOf(profile));
+        return Fail(translator, {Translatable("Profil ma hasła, których nie otwiera klucz %s"),
+                                 {KeyFileOf(profile)}});
     }
     SourceBook book(profile, row.writes ? KeyFile::MadeAtFirstUse : KeyFile::ReadOnly);
-    return row.run(book, order, profile);
+    return row.run(book, order, profile, translator);
 }
 
 }  // namespace kalvex

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "platform/Translator.h"
+
 namespace kalvex {
 
 enum class SourceTask { Add, List, Remove };
@@ -16,6 +18,7 @@ struct SourceOrder {
 // Add gives the source this login, whether it is there or not, with a password that is asked for.
 // List prints name and user of each, separated by a tab. The exit status: 0 done, 1 a failure that
 // the standard error output tells of.
-int RunSourceTask(const SourceOrder& order, const std::string& profile);
+int RunSourceTask(const SourceOrder& order, const std::string& profile,
+                  const Translator& translator);
 
 }  // namespace kalvex

@@ -7,6 +7,7 @@
 
 #include "app/CmdLine.h"
 #include "app/Configuration.h"
+#include "platform/GettextTranslator.h"
 #include "programs/kalvexd/Service.h"
 
 namespace {
@@ -37,7 +38,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "kalvexd: %s: %s\n", folder.c_str(), fault.message().c_str());
         return EXIT_FAILURE;
     }
-    if (line.options.source)
-        return kalvex::RunSourceTask(*line.options.source, ProfileOf(line.options));
+    if (line.options.source) {
+        return kalvex::RunSourceTask(*line.options.source, ProfileOf(line.options),
+                                     kalvex::GettextTranslator());
+    }
     return kalvex::CKalvexService(line.options).Run();
 }

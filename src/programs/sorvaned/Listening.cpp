@@ -6,9 +6,12 @@ namespace kalvex {
 
 namespace {
 
-// Polish, UTF-8.
-constexpr char kListening[] = "Nasłuchiwanie: ";
-constexpr char kNowhere[] = "Serwer nie nasłuchuje: local-socket = false, brak address";
+constexpr const char* kNowhere =
+    Translatable("Serwer nie nasłuchuje: local-socket = false, brak address");
+constexpr const char* kSocket = Translatable("Nasłuchiwanie: gniazdo lokalne %s");
+constexpr const char* kPlain = Translatable("Nasłuchiwanie: %s (bez szyfrowania)");
+constexpr const char* kTls = Translatable("Nasłuchiwanie: %s (TLS)");
+constexpr const char* kTlsForKnown = Translatable("Nasłuchiwanie: %s (TLS, certyfikaty klientów)");
 
 NetworkServerSettings MakeSettings(const Definitions& definitions) {
     NetworkServerSettings settings;
@@ -27,30 +30,30 @@ NetworkServerSettings MakeSettings(const Definitions& definitions) {
     return settings;
 }
 
-std::string Encryption(const NetworkServerSettings& settings) {
-    if (!settings.tls) return " (bez szyfrowania)";
-    return settings.tls->authority.empty() ? " (TLS)" : " (TLS, certyfikaty klientów)";
+const char* TextFor(const NetworkServerSettings& settings) {
+    if (!settings.tls) return kPlain;
+    return settings.tls->authority.empty() ? kTls : kTlsForKnown;
 }
 
 }  // namespace
 
-bool OpenToClients(Server& server, MainLoop& loop, LogSink& log,
+bool OpenToClients(Server& server, MainLoop& loop, LogSink& log, const Translator& translator,
                    std::unique_ptr<NetworkServer>& network, std::string& error) {
     const NetworkServerSettings settings = MakeSettings(server.Settings());
     if (settings.source.empty() && settings.address.empty()) {
-        server.Log(FromUtf8(kNowhere), LogAlways);
+        server.Log(kNowhere, {}, LogAlways);
         return true;
     }
-    network = ListenOnNetwork(settings, server, loop, log, error);
+    network = ListenOnNetwork(settings, server, loop, log, translator, error);
     if (!network) return false;
     if (!settings.source.empty()) {
         const std::string path = LocalSocketPath(settings.runtimeFolder, settings.source);
-        server.Log(FromUtf8(kListening + ("gniazdo lokalne " + path)), LogAlways);
+        server.Log(kSocket, {FromUtf8(path)}, LogAlways);
     }
     if (!settings.address.empty()) {
         const std::string host = settings.address.substr(0, settings.address.rfind(':'));
         const std::string address = host + ':' + std::to_string(network->TcpPort());
-        server.Log(FromUtf8(kListening + address + Encryption(settings)), LogAlways);
+        server.Log(TextFor(settings), {FromUtf8(address)}, LogAlways);
     }
     return true;
 }

@@ -12,7 +12,7 @@ namespace kalvex {
 // Listens as the server's configuration says, and tells the log where. `network` stays empty when
 // it says nowhere; it goes before the server stops. False with an engine text in `error` when that
 // cannot be.
-bool OpenToClients(Server& server, MainLoop& loop, LogSink& log,
+bool OpenToClients(Server& server, MainLoop& loop, LogSink& log, const Translator& translator,
                    std::unique_ptr<NetworkServer>& network, std::string& error);
 
 }  // namespace kalvex

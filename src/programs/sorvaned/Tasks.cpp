@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "platform/GettextTranslator.h"
 #include "platform/ServiceManager.h"
 #include "platform/UserStore.h"
 #include "platform/posix/PosixMainLoop.h"
@@ -44,11 +45,16 @@ int Fail(const std::string& engineText) {
     return Fail(std::vector<std::string>{ToUtf8(engineText)});
 }
 
-int Serve(const SorvanedOptions& options) {
+// What the users' file has told.
+int FailWithUsers(const std::string& error, const Translator& translator) {
+    return Fail(translator.Translate(ToUtf8(error).c_str()));
+}
+
+int Serve(const SorvanedOptions& options, const Translator& translator) {
     const SystemClock clock;
     PosixMainLoop loop;
     ErrorOutputLog log(clock, options.logLevel);
-    Server server(clock, log, loop);
+    Server server(clock, log, translator, loop);
     // Before the server makes its threads, which inherit what is blocked here.
     loop.OnSignal(SIGHUP, [&server] { server.Reload(); });
     loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
@@ -58,7 +64,7 @@ int Serve(const SorvanedOptions& options) {
     if (!server.Start(options.configuration, errors)) return Fail(errors);
     std::unique_ptr<NetworkServer> network;
     std::string error;
-    if (!OpenToClients(server, loop, log, network, error)) {
+    if (!OpenToClients(server, loop, log, translator, network, error)) {
         server.Stop();
         return Fail(error);
     }
@@ -75,23 +81,25 @@ int Serve(const SorvanedOptions& options) {
     return ExitDone;
 }
 
-int AddUser(UserStore& users, const UserRecord& user) {
+int AddUser(UserStore& users, const UserRecord& user, const Translator& translator) {
     std::string password;
     std::string error;
-    if (!AskPassword(password)) return ExitFailed;
-    return users.Add(user, FromUtf8(password), error) ? ExitDone : Fail(error);
+    if (!AskPassword(password, translator)) return ExitFailed;
+    return users.Add(user, FromUtf8(password), error) ? ExitDone : FailWithUsers(error, translator);
 }
 
-int ChangePassword(UserStore& users, const UserRecord& user) {
+int ChangePassword(UserStore& users, const UserRecord& user, const Translator& translator) {
     std::string password;
     std::string error;
-    if (!AskPassword(password)) return ExitFailed;
-    return users.SetPassword(user.name, FromUtf8(password), error) ? ExitDone : Fail(error);
+    if (!AskPassword(password, translator)) return ExitFailed;
+    return users.SetPassword(user.name, FromUtf8(password), error)
+               ? ExitDone
+               : FailWithUsers(error, translator);
 }
 
-int RemoveUser(UserStore& users, const UserRecord& user) {
+int RemoveUser(UserStore& users, const UserRecord& user, const Translator& translator) {
     std::string error;
-    return users.Remove(user.name, error) ? ExitDone : Fail(error);
+    return users.Remove(user.name, error) ? ExitDone : FailWithUsers(error, translator);
 }
 
 std::string Joined(const std::vector<std::string>& texts) {
@@ -100,10 +108,10 @@ std::string Joined(const std::vector<std::string>& texts) {
     return joined;
 }
 
-int ListUsers(UserStore& users, const UserRecord&) {
+int ListUsers(UserStore& users, const UserRecord&, const Translator& translator) {
     std::vector<UserRecord> list;
     std::string error;
-    if (!users.List(list, error)) return Fail(error);
+    if (!users.List(list, error)) return FailWithUsers(error, translator);
     for (const UserRecord& user : list) {
         std::cout << ToUtf8(user.name) << '\t' << user.level << '\t' << Joined(user.groups) << '\t'
                   << Joined(user.addresses) << '\t' << ToUtf8(user.description) << '\n';
@@ -113,7 +121,7 @@ int ListUsers(UserStore& users, const UserRecord&) {
 
 struct UserTask {
     SorvanedTask task;
-    int (*run)(UserStore& users, const UserRecord& user);
+    int (*run)(UserStore& users, const UserRecord& user, const Translator& translator);
 };
 
 constexpr UserTask kUserTasks[] = {
@@ -126,10 +134,12 @@ constexpr UserTask kUserTasks[] = {
 }  // namespace
 
 int RunSorvaned(const SorvanedOptions& options) {
-    if (options.task == SorvanedTask::Serve) return Serve(options);
+    const GettextTranslator translator;
+    if (options.task == SorvanedTask::Serve) return Serve(options, translator);
     Definitions definitions;
     std::vector<std::string> errors;
-    if (!LoadDefinitions(options.configuration, definitions, errors)) return Fail(errors);
+    if (!LoadDefinitions(options.configuration, translator, definitions, errors))
+        return Fail(errors);
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;
         std::error_code failed;
@@ -137,8 +147,8 @@ int RunSorvaned(const SorvanedOptions& options) {
             std::filesystem::path(definitions.usersFile).parent_path(), failed);
         UserStore users;
         std::string error;
-        if (!users.Open(definitions.usersFile, error)) return Fail(error);
-        return row.run(users, options.user);
+        if (!users.Open(definitions.usersFile, error)) return FailWithUsers(error, translator);
+        return row.run(users, options.user, translator);
     }
     return ExitDone;
 }

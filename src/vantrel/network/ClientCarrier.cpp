@@ -126,7 +126,7 @@ ClientCarrier::~ClientCarrier() {
 
 std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, StreamMethod method,
                                             std::shared_ptr<StreamEvents> events,
-                                            std::size_t outboxLimit, std::string& error) {
+                                            std::size_t outboxLimit, Notice& error) {
     m_pYard->Sweep();
     std::shared_ptr<grpc::ChannelCredentials> credentials = grpc::InsecureChannelCredentials();
     if (endpoint.tls) {

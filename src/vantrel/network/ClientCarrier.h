@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/Translator.h"
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Stream.h"
 
@@ -22,10 +23,10 @@ class ClientCarrier {
     ClientCarrier& operator=(const ClientCarrier&) = delete;
 
     // Sets out to reach the server; the stream can be used at once, and reads from Resume on. Null
-    // with the reason for the log, in Polish (UTF-8), when a file of `endpoint.tls` cannot be read.
+    // with the reason for the log when a file of `endpoint.tls` cannot be read.
     std::shared_ptr<Stream> Dial(const Endpoint& endpoint, StreamMethod method,
                                  std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
-                                 std::string& error);
+                                 Notice& error);
 
   private:
     std::shared_ptr<StreamYard> m_pYard;

@@ -1,4 +1,5 @@
 // What a client says: out at the client, in at the server.
+#include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/ListCutter.h"
 #include "vantrel/network/Parcel.h"
@@ -26,7 +27,7 @@ class Packer {
             PutText(message.password, kMaxNameBytes, *out.mutable_password())) {
             return Put(parcel);
         }
-        Refuse(LoginResult{ResultBadRequest, WireFaultText(WireFault::NameTooLong)});
+        Refuse(LoginResult{ResultBadRequest, FromUtf8(WireFaultText(WireFault::NameTooLong))});
     }
 
     void operator()(const SubscribeRequest& message) {

@@ -12,9 +12,15 @@ namespace kalvex {
 
 namespace {
 
-bool Fail(std::string& error, const std::string& what, const std::string& path,
-          const std::string& why) {
-    error = what + " " + path + " (" + why + ")";
+constexpr const char* kNoFolder = Translatable("Nie można utworzyć folderu %s (%s)");
+constexpr const char* kNoLock = Translatable("Brak dostępu do pliku %s (%s)");
+constexpr const char* kTaken = Translatable("Gniazdo %s (obsługuje je inny serwer)");
+constexpr const char* kNoSocket = Translatable("Gniazdo %s (to nie jest gniazdo)");
+constexpr const char* kNoGroup = Translatable("Gniazdo %s (brak grupy %s)");
+constexpr const char* kRefused = Translatable("Gniazdo %s (%s)");
+
+bool Fail(Notice& error, const char* polish, const std::string& path, const std::string& why = {}) {
+    error = {polish, {path, why}};
     return false;
 }
 
@@ -24,37 +30,37 @@ LocalSocket::~LocalSocket() {
     if (!m_strPath.empty()) ::unlink(m_strPath.c_str());
 }
 
-bool LocalSocket::Claim(const std::string& path, std::string& error) {
+bool LocalSocket::Claim(const std::string& path, Notice& error) {
     const std::filesystem::path file(path);
     std::error_code code;
     std::filesystem::create_directories(file.parent_path(), code);
-    if (code) return Fail(error, "Nie można utworzyć folderu", file.parent_path(), code.message());
+    if (code) return Fail(error, kNoFolder, file.parent_path(), code.message());
     const std::string lock = file.parent_path() / ("." + file.filename().string() + ".lock");
     bool taken = false;
     std::string why;
     if (!m_lock.Acquire(lock, taken, why)) {
-        if (taken) return Fail(error, "Gniazdo", path, "obsługuje je inny serwer");
-        return Fail(error, "Brak dostępu do pliku", lock, why);
+        if (taken) return Fail(error, kTaken, path);
+        return Fail(error, kNoLock, lock, why);
     }
     struct stat status;
     if (::lstat(path.c_str(), &status) == 0) {
-        if (!S_ISSOCK(status.st_mode)) return Fail(error, "Gniazdo", path, "to nie jest gniazdo");
+        if (!S_ISSOCK(status.st_mode)) return Fail(error, kNoSocket, path);
         if (::unlink(path.c_str()) != 0) {
-            return Fail(error, "Gniazdo", path, std::strerror(errno));
+            return Fail(error, kRefused, path, std::strerror(errno));
         }
     }
     m_strPath = path;
     return true;
 }
 
-bool LocalSocket::Admit(const std::string& group, std::string& error) {
+bool LocalSocket::Admit(const std::string& group, Notice& error) {
     const struct group* entry = ::getgrnam(group.c_str());
-    if (entry == nullptr) return Fail(error, "Gniazdo", m_strPath, "brak grupy " + group);
+    if (entry == nullptr) return Fail(error, kNoGroup, m_strPath, group);
     if (::chown(m_strPath.c_str(), static_cast<uid_t>(-1), entry->gr_gid) == 0 &&
         ::chmod(m_strPath.c_str(), 0660) == 0) {
         return true;
     }
-    return Fail(error, "Gniazdo", m_strPath, std::strerror(errno));
+    return Fail(error, kRefused, m_strPath, std::strerror(errno));
 }
 
 LocalSocket::OwnerOnly::OwnerOnly() : m_nMask(::umask(0177)) {}

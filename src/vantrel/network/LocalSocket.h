@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/FileLock.h"
+#include "platform/Translator.h"
 
 namespace kalvex {
 
@@ -16,12 +17,12 @@ class LocalSocket {
     LocalSocket& operator=(const LocalSocket&) = delete;
 
     // Makes the folder if it is not there, takes the lock beside the socket and removes a socket
-    // that nobody serves. False with Polish words in `error` (UTF-8).
-    bool Claim(const std::string& path, std::string& error);
+    // that nobody serves. False with the reason in `error`.
+    bool Claim(const std::string& path, Notice& error);
 
     // Opens the socket, which the server has made by now, to the group besides the owner. False as
     // above.
-    bool Admit(const std::string& group, std::string& error);
+    bool Admit(const std::string& group, Notice& error);
 
     // Until the object goes, what the process makes is for its owner alone.
     class OwnerOnly {

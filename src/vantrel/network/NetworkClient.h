@@ -9,6 +9,7 @@
 
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
+#include "platform/Translator.h"
 #include "vantrel/Transport.h"
 #include "vantrel/network/ClientCarrier.h"
 #include "vantrel/network/Endpoint.h"
@@ -30,10 +31,11 @@ struct NetworkClientSettings {
 
 class NetworkTransport;
 
-// Loop and log outlive it.
+// Loop, log and translator outlive it.
 class NetworkClient final : public TransportFactory {
   public:
-    NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log);
+    NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log,
+                  const Translator& translator);
     ~NetworkClient() override;
     NetworkClient(const NetworkClient&) = delete;
     NetworkClient& operator=(const NetworkClient&) = delete;
@@ -51,6 +53,7 @@ class NetworkClient final : public TransportFactory {
     NetworkClientSettings m_settings;
     MainLoop& m_loop;
     LogSink& m_log;
+    const Translator& m_translator;
     ClientCarrier m_carrier;
     std::vector<NetworkTransport*> m_arrTransports;
 };

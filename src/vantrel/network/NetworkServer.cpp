@@ -36,10 +36,11 @@ class WaitingCaller {
 class Server final : public NetworkServer, private PortEvents {
   public:
     Server(const NetworkServerSettings& settings, SessionAcceptor& acceptor, MainLoop& loop,
-           LogSink& log)
+           LogSink& log, const Translator& translator)
         : m_settings(settings),
           m_loop(loop),
-          m_services{m_settings, acceptor, log, [this](ServerCall& call) { Retire(call); }},
+          m_services{m_settings, acceptor, log, translator,
+                     [this](ServerCall& call) { Retire(call); }},
           m_pWork(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {}
 
     ~Server() override {
@@ -49,7 +50,7 @@ class Server final : public NetworkServer, private PortEvents {
         m_pPort.reset();
     }
 
-    bool Listen(std::string& error) {
+    bool Listen(Notice& error) {
         PortSettings port{.localSocket = {},
                           .address = m_settings.address,
                           .tls = m_settings.tls,
@@ -58,8 +59,8 @@ class Server final : public NetworkServer, private PortEvents {
         if (!m_settings.source.empty()) {
             port.localSocket = LocalSocketPath(m_settings.runtimeFolder, m_settings.source);
             if (port.localSocket.empty()) {
-                error = "Niepoprawna nazwa albo za długa ścieżka gniazda " +
-                        m_settings.runtimeFolder + '/' + ToUtf8(m_settings.source);
+                error = {Translatable("Niepoprawna nazwa albo za długa ścieżka gniazda %s"),
+                         {m_settings.runtimeFolder + '/' + ToUtf8(m_settings.source)}};
                 return false;
             }
             if (!m_socket.Claim(port.localSocket, error)) return false;
@@ -81,16 +82,18 @@ class Server final : public NetworkServer, private PortEvents {
     }
 
   private:
-    bool AllowsAddress(std::string& error) const {
+    bool AllowsAddress(Notice& error) const {
         std::string host;
         std::uint16_t port = 0;
         if (m_settings.address.empty()) return true;
         if (!ReadAddress(m_settings.address, host, port)) {
-            error = "Niepoprawny adres " + m_settings.address;
+            error = {Translatable("Niepoprawny adres %s"), {m_settings.address}};
             return false;
         }
         if (m_settings.tls || m_settings.plainTextAllowed || IsLoopback(host)) return true;
-        error = m_settings.address + ": " + ToUtf8(ConnectionReasonText(ReasonPlainText));
+        error = {"%s: %s",
+                 {m_settings.address,
+                  ToUtf8(ConnectionReasonText(ReasonPlainText, m_services.translator))}};
         return false;
     }
 
@@ -139,11 +142,12 @@ class Server final : public NetworkServer, private PortEvents {
 
 std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
                                                SessionAcceptor& acceptor, MainLoop& loop,
-                                               LogSink& log, std::string& error) {
-    auto server = std::make_unique<Server>(settings, acceptor, loop, log);
-    std::string reason;
+                                               LogSink& log, const Translator& translator,
+                                               std::string& error) {
+    auto server = std::make_unique<Server>(settings, acceptor, loop, log, translator);
+    Notice reason;
     if (server->Listen(reason)) return server;
-    error = FromUtf8(reason);
+    error = FromUtf8(InWords(reason, translator));
     return nullptr;
 }
 

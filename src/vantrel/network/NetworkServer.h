@@ -9,6 +9,7 @@
 
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
+#include "platform/Translator.h"
 #include "vantrel/Transport.h"
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Patience.h"
@@ -36,7 +37,7 @@ struct NetworkServerSettings {
     std::size_t variableLimit = 1'000'000;  // subscribed on one conversation
 };
 
-// Loop, log and acceptor outlive it.
+// Loop, log, translator and acceptor outlive it.
 class NetworkServer : public ServerTransport {
   public:
     virtual int TcpPort() const = 0;  // 0 without TCP
@@ -48,6 +49,7 @@ class NetworkServer : public ServerTransport {
 // Null with an engine text in `error` when it cannot listen as told.
 std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
                                                SessionAcceptor& acceptor, MainLoop& loop,
-                                               LogSink& log, std::string& error);
+                                               LogSink& log, const Translator& translator,
+                                               std::string& error);
 
 }  // namespace kalvex

@@ -1,7 +1,5 @@
 #include "vantrel/network/NetworkTransport.h"
 
-#include <fmt/printf.h>
-
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -14,9 +12,9 @@ namespace kalvex {
 
 namespace {
 
-// Polish, UTF-8: the source, the detail.
-constexpr char kNoConnection[] = "Brak połączenia z %s (%s)";
-constexpr char kServerStuck[] = "Serwer %s nie odbiera komunikatów (%s)";
+// The source, the detail.
+constexpr const char* kNoConnection = Translatable("Brak połączenia z %s (%s)");
+constexpr const char* kServerStuck = Translatable("Serwer %s nie odbiera komunikatów (%s)");
 
 std::uint32_t ReasonOf(StreamEnd end, bool wasOpen) {
     if (end == StreamEnd::TooLarge) return ReasonBadMessage;
@@ -52,25 +50,29 @@ void NetworkTransport::Attempt() {
     m_watch = PeerWatch(m_client.m_settings.clock());
     m_pReception =
         std::make_shared<Reception<ServerParcel>>(m_client.m_loop, m_client.m_settings.inboxLimit);
-    std::string error;
+    Notice error;
     m_pStream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::Converse, m_pReception,
                                         m_client.m_settings.outboxLimit, error);
     if (m_pStream) return m_pReception->Start(m_pStream, *this);
-    Log(kNoConnection, error, LogErrors);
+    Log(kNoConnection, InWords(error, m_client.m_translator), LogErrors);
     Break(ReasonUnreachable);
 }
 
 void NetworkTransport::Send(ClientMessage message) {
     if (m_state != State::Open) return;
+    const Translator& translator = m_client.m_translator;
     PackedRequest packed = Pack(message);
     for (ServerMessage& refusal : packed.refusals) {
+        if (auto* login = std::get_if<LoginResult>(&refusal)) {
+            login->text = translator.Translate(ToUtf8(login->text).c_str());
+        }
         Tell([refusal = std::move(refusal)](ClientTransportEvents& events) mutable {
             events.OnMessage(std::move(refusal));
         });
     }
     for (std::string& parcel : packed.parcels) {
         if (m_pStream->Send(std::move(parcel))) continue;
-        Log(kServerStuck, ToUtf8(ConnectionReasonText(ReasonSilent)), LogErrors);
+        Log(kServerStuck, ToUtf8(ConnectionReasonText(ReasonSilent, translator)), LogErrors);
         return Break(ReasonSilent);
     }
     m_bSpoke = true;
@@ -127,8 +129,9 @@ void NetworkTransport::Tell(std::function<void(ClientTransportEvents&)> event) {
     m_pOwnEvents->Push([event = std::move(event), &events = m_events] { event(events); }, 0);
 }
 
-void NetworkTransport::Log(const char* format, const std::string& detail, int level) {
-    std::string line = FromUtf8(fmt::sprintf(format, ToUtf8(m_strSource), detail));
+void NetworkTransport::Log(const char* polish, const std::string& detail, int level) {
+    std::string line =
+        FromUtf8(InWords({polish, {ToUtf8(m_strSource), detail}}, m_client.m_translator));
     if (line == m_strLastDetail) return;
     m_client.m_log.Log(line, level);
     m_strLastDetail = std::move(line);
@@ -166,11 +169,11 @@ bool NetworkTransport::LoadVariableList(const LoginRequest& login,
     PackedRequest packed = Pack(ClientMessage(login));
     if (packed.parcels.empty()) return false;
     const auto reception = std::make_shared<ListReception>();
-    std::string error;
+    Notice error;
     const auto stream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::ListVariables, reception,
                                                 m_client.m_settings.outboxLimit, error);
     if (!stream) {
-        Log(kNoConnection, error, LogErrors);
+        Log(kNoConnection, InWords(error, m_client.m_translator), LogErrors);
         return false;
     }
     stream->Resume();
@@ -182,8 +185,9 @@ bool NetworkTransport::LoadVariableList(const LoginRequest& login,
 
 // ---- the factory
 
-NetworkClient::NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log)
-    : m_settings(std::move(settings)), m_loop(loop), m_log(log) {}
+NetworkClient::NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log,
+                             const Translator& translator)
+    : m_settings(std::move(settings)), m_loop(loop), m_log(log), m_translator(translator) {}
 
 NetworkClient::~NetworkClient() = default;
 

@@ -44,7 +44,7 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     std::shared_ptr<Stream> TakeStream();
     // Delivered after the call that brings it about.
     void Tell(std::function<void(ClientTransportEvents&)> event);
-    void Log(const char* format, const std::string& detail, int level);
+    void Log(const char* polish, const std::string& detail, int level);
 
     NetworkClient& m_client;
     const std::string m_strSource;

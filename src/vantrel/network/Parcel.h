@@ -48,7 +48,7 @@ std::string Pack(Heartbeat);
 std::string Pack(Farewell farewell);
 std::string Pack(Greeting greeting);  // a server's only
 
-// What is wrong with bytes that are no parcel.
+// What is wrong with bytes that are no parcel. The words are translated where they are told.
 // X(name, Polish words in UTF-8)
 #define KALVEX_WIRE_FAULTS(X)                                 \
     X(None, "")                                               \
@@ -67,7 +67,7 @@ enum class WireFault : std::uint8_t {
 #undef KALVEX_ROW
 };
 
-std::string WireFaultText(WireFault fault);  // an engine text
+const char* WireFaultText(WireFault fault);
 
 // A parcel whose content this side does not know is taken for a sign of life. The parcel is
 // undefined when there is a fault.

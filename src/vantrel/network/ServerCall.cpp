@@ -1,7 +1,5 @@
 #include "vantrel/network/ServerCall.h"
 
-#include <fmt/printf.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -13,13 +11,16 @@ namespace kalvex {
 namespace {
 
 // Polish, UTF-8: the client, the detail.
-constexpr char kClientStuck[] = "Klient %s nie odbiera komunikatów - połączenie zerwane%s";
-constexpr char kClientSilent[] = "Klient %s nie odpowiada - połączenie zerwane%s";
-constexpr char kBadMessage[] = "Błąd odbioru pakietu od klienta %s (%s)";
-constexpr char kTooManyClients[] = "Odmowa połączenia z klientem %s: za dużo klientów%s";
-constexpr char kTooManyVariables[] = "Klient %s subskrybuje za dużo zmiennych%s";
-constexpr char kLeftOut[] = "Klient %s nie otrzyma za długich danych (pozycje: %s)";
-constexpr char kThisMachine[] = "na tym komputerze";
+constexpr const char* kClientStuck =
+    Translatable("Klient %s nie odbiera komunikatów - połączenie zerwane");
+constexpr const char* kClientSilent = Translatable("Klient %s nie odpowiada - połączenie zerwane");
+constexpr const char* kBadMessage = Translatable("Błąd odbioru pakietu od klienta %s (%s)");
+constexpr const char* kTooManyClients =
+    Translatable("Odmowa połączenia z klientem %s: za dużo klientów");
+constexpr const char* kTooManyVariables = Translatable("Klient %s subskrybuje za dużo zmiennych");
+constexpr const char* kLeftOut =
+    Translatable("Klient %s nie otrzyma za długich danych (pozycje: %s)");
+constexpr const char* kThisMachine = Translatable("na tym komputerze");
 
 }  // namespace
 
@@ -67,13 +68,18 @@ void ServerCall::Check(std::int64_t now) {
     End(ReasonSilent, Ending::Cut);
 }
 
-void ServerCall::Log(const char* format, const std::string& detail) {
+void ServerCall::Log(const char* polish, const std::string& detail) {
     std::string client = ToUtf8(m_strClient);
     if (!m_caller.address.empty()) {
         client += client.empty() ? m_caller.address : " (" + m_caller.address + ")";
     }
-    if (client.empty()) client = kThisMachine;
-    m_services.log.Log(FromUtf8(fmt::sprintf(format, client, detail)), LogErrors);
+    const Translator& translator = m_services.translator;
+    if (client.empty()) client = ToUtf8(translator.Translate(kThisMachine));
+    m_services.log.Log(FromUtf8(InWords({polish, {client, detail}}, translator)), LogErrors);
+}
+
+void ServerCall::LogFault(WireFault fault) {
+    Log(kBadMessage, ToUtf8(m_services.translator.Translate(WireFaultText(fault))));
 }
 
 void ServerCall::OnEnded(StreamEnd, const std::string&) {
@@ -123,7 +129,7 @@ void Conversation::OnBuried(std::uint32_t reason) {
 }
 
 void Conversation::OnWireFault(WireFault fault) {
-    Log(kBadMessage, ToUtf8(WireFaultText(fault)));
+    LogFault(fault);
     End(ReasonBadMessage, Ending::Farewell);
 }
 
@@ -190,7 +196,7 @@ void ListCall::Answer(std::optional<std::vector<VariableDefinition>> definitions
 }
 
 void ListCall::OnWireFault(WireFault fault) {
-    Log(kBadMessage, ToUtf8(WireFaultText(fault)));
+    LogFault(fault);
     End(ReasonBadMessage, Ending::Refusal);
 }
 

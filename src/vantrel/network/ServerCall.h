@@ -31,6 +31,7 @@ struct CallServices {
     const NetworkServerSettings& settings;
     SessionAcceptor& acceptor;
     LogSink& log;
+    const Translator& translator;
     // Removes the call after the present piece of work, with a last word to it.
     std::function<void(ServerCall&)> retire;
 };
@@ -52,8 +53,9 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
     void End(std::uint32_t reason, Ending ending);
     bool HasEnded() const { return m_bEnded; }
     void Put(std::string parcel);
-    // A line about the client; the format takes its name, then the detail.
-    void Log(const char* format, const std::string& detail = {});
+    // A line about the client; the text takes its name, then the detail (UTF-8).
+    void Log(const char* polish, const std::string& detail = {});
+    void LogFault(WireFault fault);
     void Start() { m_caller.reception->Start(m_caller.stream, *this); }
 
     virtual void OnBuried(std::uint32_t) {}

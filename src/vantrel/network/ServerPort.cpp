@@ -143,7 +143,7 @@ class GrpcPort final : public ServerPort {
         if (m_pServer) m_pServer->Shutdown(std::chrono::system_clock::now() + kGrace);
     }
 
-    bool Open(const PortSettings& settings, std::string& error) {
+    bool Open(const PortSettings& settings, Notice& error) {
         auto credentials = grpc::InsecureServerCredentials();
         if (settings.tls) {
             credentials = MakeCredentials(*settings.tls, error);
@@ -165,7 +165,7 @@ class GrpcPort final : public ServerPort {
         }
         m_pServer = builder.BuildAndStart();
         if (m_pServer) return true;
-        error = "Nie można nasłuchiwać " + Fault(settings);
+        error = Fault(settings);
         return false;
     }
 
@@ -174,15 +174,18 @@ class GrpcPort final : public ServerPort {
   private:
     // The library does not tell why; so the system is asked, and what it has nothing against is the
     // fault of the certificate.
-    static std::string Fault(const PortSettings& settings) {
-        if (settings.address.empty()) return settings.localSocket;
-        std::string why = ListeningFault(settings.address);
-        if (why.empty() && settings.tls) why = "niepoprawny certyfikat albo klucz";
-        return why.empty() ? settings.address : settings.address + " (" + why + ")";
+    static Notice Fault(const PortSettings& settings) {
+        const bool local = settings.address.empty();
+        const std::string& place = local ? settings.localSocket : settings.address;
+        const std::string why = local ? "" : ListeningFault(place);
+        if (!why.empty()) return {Translatable("Nie można nasłuchiwać %s (%s)"), {place, why}};
+        if (local || !settings.tls) return {Translatable("Nie można nasłuchiwać %s"), {place}};
+        return {Translatable("Nie można nasłuchiwać %s (niepoprawny certyfikat albo klucz)"),
+                {place}};
     }
 
     static std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
-                                                                    std::string& error) {
+                                                                    Notice& error) {
         TlsContent content;
         if (!ReadTlsFiles(files, content, error)) return nullptr;
         grpc::SslServerCredentialsOptions options(
@@ -201,7 +204,7 @@ class GrpcPort final : public ServerPort {
 }  // namespace
 
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
-                                     std::string& error) {
+                                     Notice& error) {
     auto port = std::make_unique<GrpcPort>(events, settings.outboxLimit);
     if (!port->Open(settings, error)) return nullptr;
     return port;

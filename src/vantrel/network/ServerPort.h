@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/Translator.h"
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Stream.h"
 
@@ -40,8 +41,8 @@ class ServerPort {
     virtual int TcpPort() const = 0;  // 0 without TCP
 };
 
-// Null with Polish words in `error` (UTF-8). The events outlive the port.
+// Null with the reason in `error`. The events outlive the port.
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
-                                     std::string& error);
+                                     Notice& error);
 
 }  // namespace kalvex

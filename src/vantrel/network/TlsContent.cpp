@@ -4,7 +4,7 @@
 
 namespace kalvex {
 
-bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, std::string& error) {
+bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, Notice& error) {
     const struct {
         const std::string& path;
         std::string& content;
@@ -14,7 +14,7 @@ bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, std::string& error
     for (const auto& row : rows) {
         std::string why;
         if (row.path.empty() || ReadWholeFile(row.path, row.content, why)) continue;
-        error = "Brak dostępu do pliku " + row.path + " (" + why + ")";
+        error = {Translatable("Brak dostępu do pliku %s (%s)"), {row.path, why}};
         return false;
     }
     return true;

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/Translator.h"
 #include "vantrel/network/Endpoint.h"
 
 namespace kalvex {
@@ -13,7 +14,7 @@ struct TlsContent {
     std::string key;
 };
 
-// False, with Polish words in `error` (UTF-8), when a file that is named cannot be read.
-bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, std::string& error);
+// False, with the reason in `error`, when a file that is named cannot be read.
+bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, Notice& error);
 
 }  // namespace kalvex

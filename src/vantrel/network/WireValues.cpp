@@ -14,8 +14,8 @@ constexpr const char* kFaultTexts[] = {KALVEX_WIRE_FAULTS(KALVEX_ROW)};
 
 }  // namespace
 
-std::string WireFaultText(WireFault fault) {
-    return FromUtf8(kFaultTexts[static_cast<std::size_t>(fault)]);
+const char* WireFaultText(WireFault fault) {
+    return kFaultTexts[static_cast<std::size_t>(fault)];
 }
 
 namespace wire {

@@ -1,0 +1,23 @@
+#include "platform/Translator.h"
+
+#include <gtest/gtest.h>
+
+#include "support/marking_translator.h"
+#include "text/CodePage.h"
+
+namespace kalvex {
+namespace {
+
+TEST(Translator, WithoutACatalogueTheTextIsItsKey) {
+    EXPECT_EQ(Translator().Translate("żółw"), FromUtf8("żółw"));
+}
+
+TEST(Translator, NoticeIsTranslatedAndItsValuesAreNot) {
+    const Notice notice{"zmienna %s jest już w %s", {"żółw %s", "\xe3\x83\x87"}};
+    EXPECT_TRUE(notice);
+    EXPECT_EQ(InWords(notice, MarkingTranslator()), "<zmienna żółw %s jest już w \xe3\x83\x87>");
+    EXPECT_FALSE(Notice());
+}
+
+}  // namespace
+}  // namespace kalvex

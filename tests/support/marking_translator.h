@@ -1,0 +1,22 @@
+// Shows which texts have passed through the translator: it puts them into angle brackets.
+#pragma once
+
+#include <string>
+
+#include "platform/Translator.h"
+
+namespace kalvex {
+
+class MarkingTranslator final : public Translator {
+  public:
+    explicit MarkingTranslator(bool marks = true) : marks(marks) {}
+
+    std::string Translate(const char* polish) const override {
+        const std::string text = Translator::Translate(polish);
+        return marks ? "<" + text + ">" : text;
+    }
+
+    bool marks;
+};
+
+}  // namespace kalvex
