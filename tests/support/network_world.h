@@ -10,6 +10,7 @@
 #include "support/hand_server.h"
 #include "support/heard_events.h"
 #include "support/log_recorder.h"
+#include "support/marking_translator.h"
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
 #include "vantrel/network/NetworkClient.h"
