@@ -11,8 +11,8 @@
 
 #include "server/Store.h"
 #include "support/scratch_folder.h"
-#include "support/zone_scope.h"
 #include "support/waiting_loop.h"
+#include "support/zone_scope.h"
 
 namespace kalvex {
 namespace {

@@ -10,7 +10,6 @@ namespace kalvex {
 
 namespace {
 
-
 // The current type of the variable is what numeric literals on the right side become.
 bool EvaluateFor(CKalvexDoc& document, CVariable& variable, std::string_view& text, CVal& out) {
     return EvaluateRest(document, text, out, variable.GetValueType(KindCurrent, 1));

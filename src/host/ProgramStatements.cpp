@@ -58,8 +58,9 @@ FunctionResult Yield(FunctionCall& call, int value) {
 template <class... Values>
 void LogFailure(CScriptContext& script, const char* text, const Values&... values) {
     const ValueServices& services = script.Services();
-    services.log.Log(FormatText(services.translator.Translate(text), {script.GetPathName(), values...}),
-                     LogErrors);
+    services.log.Log(
+        FormatText(services.translator.Translate(text), {script.GetPathName(), values...}),
+        LogErrors);
 }
 
 std::optional<int> ReadInteger(CScriptContext& script, std::string_view token) {

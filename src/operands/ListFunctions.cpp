@@ -16,7 +16,6 @@ namespace kalvex {
 
 namespace {
 
-
 // A local or remote variable, or a pointer to a remote one.
 CVariable* FindResult(CScriptContext& script, std::string_view name) {
     CVariable* variable = script.FindNamed(name);

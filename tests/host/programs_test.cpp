@@ -103,7 +103,7 @@ TEST_F(ProgramsTest, TranslationMayHaveOtherPlacesThanTheText) {
     script.Text().SetText("TERMINATE_EXEC 17");
     for (const char* text : {"none", "%s|%d|%s|%d", "no %2$d", "100%"}) {
         english.text = text;
-        script.m_nCurrentLine = 0;
+        script.JumpTo(0);
         EXPECT_TRUE(script.ExecuteLine());
     }
     EXPECT_THAT(Log(), ElementsAre("none", "|17||", "no 17", "100%"));

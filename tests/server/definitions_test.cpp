@@ -36,7 +36,7 @@ class DefinitionsTest : public testing::Test {
 
 TEST_F(DefinitionsTest, ReasonsAreTranslatedAndPathsAndKeysAreNot) {
     const std::string path =
-        m_folder.Write("plant.toml", "[server]\nclients = 0\ndata = 5\nkolor = 1\n");
+        m_folder.Put("plant.toml", "[server]\nclients = 0\ndata = 5\nkolor = 1\n");
     EXPECT_FALSE(LoadDefinitions(path, MarkingTranslator(), m_definitions, m_errors));
     EXPECT_THAT(
         m_errors,

@@ -6,9 +6,9 @@
 #include <thread>
 #include <vector>
 
+#include "support/waiting_loop.h"
 #include "vantrel/network/HandOver.h"
 #include "vantrel/network/Outbox.h"
-#include "support/waiting_loop.h"
 
 namespace kalvex {
 namespace {
