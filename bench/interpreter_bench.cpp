@@ -19,7 +19,7 @@
 #include "support/scratch_folder.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 constexpr int kLinesOfRound = 4200;
@@ -37,8 +37,9 @@ class World {
     void Write(const std::string& text) { m_folder.Put("a.kx", text); }
 
     // A document of the text written last, started.
-    CKalvexDoc& Open() {
-        CKalvexDoc& document = *m_documents.emplace_back(std::make_unique<CKalvexDoc>(m_services));
+    engine::CKalvexDoc& Open() {
+        engine::CKalvexDoc& document =
+            *m_documents.emplace_back(std::make_unique<engine::CKalvexDoc>(m_services));
         std::string error;
         if (!document.Open("a.kx", error)) Expect(0, 1, error);
         if (!document.Start()) Expect(0, 1, "start");
@@ -49,29 +50,32 @@ class World {
     void RunTick() { m_ticker.RunTick(); }
 
   private:
-    ScratchFolder m_folder;
-    VirtualClock m_clock{1710050400};
-    SilentLog m_log;
-    Translator m_translator;
-    FixedUser m_users;
-    Paths m_paths{m_folder.Path()};
-    CNoAnswers m_questions;
-    DocumentServices m_services{
-        {m_clock, m_log, m_translator, m_users, m_paths, Functions()}, Statements(), m_questions};
-    std::vector<std::unique_ptr<CKalvexDoc>> m_documents;
-    CTickRunner m_ticker;
+    support::ScratchFolder m_folder;
+    platform::VirtualClock m_clock{1710050400};
+    support::SilentLog m_log;
+    platform::Translator m_translator;
+    support::FixedUser m_users;
+    platform::Paths m_paths{m_folder.Path()};
+    platform::CNoAnswers m_questions;
+    engine::DocumentServices m_services{
+        {m_clock, m_log, m_translator, m_users, m_paths, language::Functions()},
+        language::Statements(),
+        m_questions};
+    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
+    engine::CTickRunner m_ticker;
 };
 
-void RunLines(CKalvexDoc& document, int lines) {
+void RunLines(engine::CKalvexDoc& document, int lines) {
     document.SetPriority(1);
     for (int i = 0; i < lines; ++i) document.ExecuteStep();
 }
 
-CVal Value(CKalvexDoc& document, std::string_view name) {
-    CVal value;
-    const CVariable* variable = document.Variables().Find(name);
+value::CVal Value(engine::CKalvexDoc& document, std::string_view name) {
+    value::CVal value;
+    const operands::CVariable* variable = document.Variables().Find(name);
     Expect(variable != nullptr, 1, std::string(name));
-    if (variable != nullptr) document.Variables().Find(name)->GetValue(value, KindCurrent, 1);
+    if (variable != nullptr)
+        document.Variables().Find(name)->GetValue(value, value::KindCurrent, 1);
     return value;
 }
 
@@ -81,7 +85,7 @@ void RunLoop(benchmark::State& state, const std::string& text, int before, int l
              const std::string& row) {
     World world;
     world.Write(text);
-    CKalvexDoc& document = world.Open();
+    engine::CKalvexDoc& document = world.Open();
     RunLines(document, before);
     std::int64_t rounds = 0;
     for (auto _ : state) {
@@ -90,7 +94,7 @@ void RunLoop(benchmark::State& state, const std::string& text, int before, int l
     }
     Expect(document.State().m_bErrorStanding, 0, row);
     const std::int64_t turns = rounds * (kLinesOfRound / loop);
-    Expect(ValueToDouble(Value(document, "N")), static_cast<double>(turns * counts), row);
+    Expect(value::ValueToDouble(Value(document, "N")), static_cast<double>(turns * counts), row);
     state.SetItemsProcessed(rounds * kLinesOfRound);
     state.SetLabel(row);
 }
@@ -173,12 +177,12 @@ void IdleScripts(benchmark::State& state) {
     const auto count = static_cast<std::size_t>(state.range(1));
     World world;
     world.Write(idleness.text);
-    std::vector<CKalvexDoc*> documents;
+    std::vector<engine::CKalvexDoc*> documents;
     for (std::size_t i = 0; i < count; ++i) documents.push_back(&world.Open());
     world.RunTick();
     for (auto _ : state) world.RunTick();
     std::size_t idle = 0;
-    for (const CKalvexDoc* document : documents) {
+    for (const engine::CKalvexDoc* document : documents) {
         idle += document->State().m_nCurrentLine == idleness.line &&
                 !document->State().m_bErrorStanding;
     }
@@ -190,11 +194,11 @@ BENCHMARK(IdleScripts)
     ->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kIdle) - 1, 1), {1, 100, 10000}});
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_bWrong ? 1 : 0;
 }

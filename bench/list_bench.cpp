@@ -11,7 +11,7 @@
 #include "support/fake_script.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 bool g_bWrong = false;
@@ -26,10 +26,10 @@ void Expect(double got, double wanted, std::string_view row) {
 constexpr std::int64_t kStart = 1710050400;
 
 // The numbers from 1 to n as doubles, a second apart; every tenth one is UNKNOWN.
-void Fill(CVariableList& list, std::int64_t n) {
+void Fill(operands::CVariableList& list, std::int64_t n) {
     for (std::int64_t i = 1; i <= n; ++i) {
-        CVal value(static_cast<double>(i));
-        value.SetStatus(i % 10 == 0 ? Status::Unknown : 0);
+        value::CVal value(static_cast<double>(i));
+        value.SetStatus(i % 10 == 0 ? value::Status::Unknown : 0);
         value.SetTime(kStart + i);
         list.Add(value);
     }
@@ -59,11 +59,12 @@ constexpr Property kProperties[] = {
 
 void ListProperty(benchmark::State& state) {
     const Property& property = kProperties[state.range(0)];
-    FakeScript script;
+    support::FakeScript script;
     Fill(script.List("LISTA"), state.range(1));
-    CVal value;
-    for (auto _ : state) EvaluateOperand(script, property.text, value, ValueType::Double, true);
-    Expect(ValueToDouble(value), property.result(static_cast<double>(state.range(1))),
+    value::CVal value;
+    for (auto _ : state)
+        operands::EvaluateOperand(script, property.text, value, value::ValueType::Double, true);
+    Expect(value::ValueToDouble(value), property.result(static_cast<double>(state.range(1))),
            property.text);
     state.SetItemsProcessed(state.iterations() * state.range(1));
     state.SetLabel(property.text);
@@ -88,13 +89,13 @@ constexpr Calculation kCalculations[] = {
 void ListCalculation(benchmark::State& state) {
     const Calculation& calculation = kCalculations[state.range(0)];
     const std::int64_t n = state.range(1);
-    FakeScript script;
+    support::FakeScript script;
     Fill(script.List("LISTA"), n);
     script.Local("R");
-    script.Local("POCZATEK", CVal(kStart));
-    script.Local("POLOWA", CVal(kStart + n / 2));
-    for (auto _ : state) CalcInList(script, calculation.text);
-    Expect(ValueToDouble(script.Value("R")), calculation.result(static_cast<double>(n)),
+    script.Local("POCZATEK", value::CVal(kStart));
+    script.Local("POLOWA", value::CVal(kStart + n / 2));
+    for (auto _ : state) operands::CalcInList(script, calculation.text);
+    Expect(value::ValueToDouble(script.Value("R")), calculation.result(static_cast<double>(n)),
            calculation.text);
     state.SetItemsProcessed(state.iterations() * n);
     state.SetLabel(calculation.text);
@@ -106,13 +107,13 @@ BENCHMARK(ListCalculation)
 // One element an hour.
 void ListSeries(benchmark::State& state) {
     const std::int64_t hours = state.range(0);
-    FakeScript script;
-    CVariableList& list = script.List("LISTA");
-    script.Local("POCZATEK", CVal(kStart));
-    script.Local("KONIEC", CVal(kStart + (hours - 1) * 3600));
+    support::FakeScript script;
+    operands::CVariableList& list = script.List("LISTA");
+    script.Local("POCZATEK", value::CVal(kStart));
+    script.Local("KONIEC", value::CVal(kStart + (hours - 1) * 3600));
     for (auto _ : state) {
         list.RemoveAll();
-        FillInList(script, "LISTA 12.5 0 POCZATEK KONIEC HREP");
+        operands::FillInList(script, "LISTA 12.5 0 POCZATEK KONIEC HREP");
     }
     Expect(static_cast<double>(list.Elements().size()), static_cast<double>(hours), "HREP");
     Expect(static_cast<double>(list.Elements().back().GetTime()),
@@ -122,11 +123,11 @@ void ListSeries(benchmark::State& state) {
 BENCHMARK(ListSeries)->Arg(24)->Arg(744)->Arg(8784);
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    const kalvex::ZoneScope zone("Europe/Warsaw");
+    const kalvex::support::ZoneScope zone("Europe/Warsaw");
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_bWrong ? 1 : 0;
 }

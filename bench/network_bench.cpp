@@ -20,7 +20,7 @@
 #include "value/ValueText.h"
 #include "vantrel/network/NetworkServer.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 constexpr int kBatch = 1000;  // values in a message
@@ -42,19 +42,21 @@ std::int64_t Nanoseconds() {
 // What is written to a variable is an order: to "FLOW", to send so many values in turn to all that
 // is subscribed, each variable getting 1, 2, 3...; to "CLOCK", to change it so many times, each
 // time to what the clock says.
-class SourceSession final : public ServerSession {
+class SourceSession final : public vantrel::ServerSession {
   public:
-    SourceSession(ServerLink& link, MainLoop& loop) : m_link(link), m_loop(loop) {}
+    SourceSession(vantrel::ServerLink& link, platform::MainLoop& loop)
+        : m_link(link), m_loop(loop) {}
     ~SourceSession() override {
         if (m_changes.joinable()) m_changes.join();
     }
 
-    void OnMessage(ClientMessage message) override {
-        if (std::holds_alternative<LoginRequest>(message)) m_link.Send(LoginResult{});
-        if (const auto* wish = std::get_if<SubscribeRequest>(&message)) Subscribe(*wish);
-        const auto* writes = std::get_if<ModifyRequests>(&message);
+    void OnMessage(vantrel::ClientMessage message) override {
+        if (std::holds_alternative<vantrel::LoginRequest>(message))
+            m_link.Send(vantrel::LoginResult{});
+        if (const auto* wish = std::get_if<vantrel::SubscribeRequest>(&message)) Subscribe(*wish);
+        const auto* writes = std::get_if<vantrel::ModifyRequests>(&message);
         if (writes == nullptr) return;
-        const ModifyRequest& order = writes->requests.front();
+        const vantrel::ModifyRequest& order = writes->requests.front();
         if (order.variable == "CLOCK") return StartChanges();
         m_nLeft = order.value.Integer();
         Flow();
@@ -63,22 +65,22 @@ class SourceSession final : public ServerSession {
     void OnDrained() override { Flow(); }
 
   private:
-    void Subscribe(const SubscribeRequest& wish) {
-        ValueUpdates values;
-        for (const SubscribeRequest::Entry& entry : wish.added) {
+    void Subscribe(const vantrel::SubscribeRequest& wish) {
+        vantrel::ValueUpdates values;
+        for (const vantrel::SubscribeRequest::Entry& entry : wish.added) {
             if (entry.name == "CLOCK") m_nClock = entry.handle;
             if (entry.name.starts_with("V")) m_arrHandles.push_back(entry.handle);
-            values.entries.push_back({entry.handle, CVal(0.0)});
+            values.entries.push_back({entry.handle, value::CVal(0.0)});
         }
         m_link.Send(std::move(values));
     }
 
     void Flow() {
-        while (m_nLeft > 0 && m_link.Backlog() < kMostBacklog) {
-            ValueUpdates values;
+        while (m_nLeft > 0 && m_link.Backlog() < vantrel::kMostBacklog) {
+            vantrel::ValueUpdates values;
             for (; values.entries.size() < kBatch && m_nLeft > 0; --m_nLeft) {
                 if (m_nNext == 0) m_rRound += 1;
-                values.entries.push_back({m_arrHandles[m_nNext], CVal(m_rRound)});
+                values.entries.push_back({m_arrHandles[m_nNext], value::CVal(m_rRound)});
                 m_nNext = (m_nNext + 1) % m_arrHandles.size();
             }
             m_link.Send(std::move(values));
@@ -103,42 +105,45 @@ class SourceSession final : public ServerSession {
     }
 
     void SendClock(std::int64_t time) {
-        m_link.Send(ValueUpdates{{{m_nClock, CVal(static_cast<long long>(time))}}, true});
+        m_link.Send(
+            vantrel::ValueUpdates{{{m_nClock, value::CVal(static_cast<long long>(time))}}, true});
     }
 
-    ServerLink& m_link;
-    MainLoop& m_loop;
+    vantrel::ServerLink& m_link;
+    platform::MainLoop& m_loop;
     std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
-    std::vector<VariableHandle> m_arrHandles;
-    VariableHandle m_nClock = 0;
+    std::vector<vantrel::VariableHandle> m_arrHandles;
+    vantrel::VariableHandle m_nClock = 0;
     std::int64_t m_nLeft = 0;
     std::size_t m_nNext = 0;
     double m_rRound = 0;
     std::thread m_changes;
 };
 
-class Source final : public SessionAcceptor {
+class Source final : public vantrel::SessionAcceptor {
   public:
-    explicit Source(MainLoop& loop) : m_loop(loop) {}
-    std::unique_ptr<ServerSession> Accept(ServerLink& link) override {
+    explicit Source(platform::MainLoop& loop) : m_loop(loop) {}
+    std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override {
         return std::make_unique<SourceSession>(link, m_loop);
     }
-    void ListVariables(LoginRequest, std::string, ListAnswer answer) override { answer({}); }
+    void ListVariables(vantrel::LoginRequest, std::string, ListAnswer answer) override {
+        answer({});
+    }
 
   private:
-    MainLoop& m_loop;
+    platform::MainLoop& m_loop;
 };
 
 int ServeSource() {
-    PosixMainLoop loop;
+    platform::PosixMainLoop loop;
     loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
-    SilentLog log;
-    const Translator translator;
+    support::SilentLog log;
+    const platform::Translator translator;
     Source source(loop);
     std::string error;
-    NetworkServerSettings settings;
+    vantrel::NetworkServerSettings settings;
     settings.source = "zrodlo";
-    const auto server = ListenOnNetwork(settings, source, loop, log, translator, error);
+    const auto server = vantrel::ListenOnNetwork(settings, source, loop, log, translator, error);
     if (!server) return EXIT_FAILURE;
     loop.Every(1000, [&server] { server->Check(); });
     loop.Run();
@@ -153,7 +158,7 @@ int ServeVariables() {
         text += "V" + number + "\tm3/h\t" + number + "\n";
     }
     std::string error;
-    WriteWholeFile(Folder() + "/variables.csv", text, error);
+    platform::WriteWholeFile(Folder() + "/variables.csv", text, error);
     return ServePlant(
         "clients = 2000\n[[access]]\nwrite = \"0\"\n[[variables]]\nfile = \"variables.csv\"\n");
 }
@@ -186,7 +191,8 @@ void Flow(benchmark::State& state) {
     const std::string last = "V" + std::to_string(kFlowVariables - 1);
     double rounds = 0;
     for (auto _ : state) {
-        module.Variable("FLOW").SetValue(CVal(static_cast<long long>(state.range(0))), KindCurrent);
+        module.Variable("FLOW").SetValue(value::CVal(static_cast<long long>(state.range(0))),
+                                         value::KindCurrent);
         rounds += static_cast<double>(state.range(0)) / kFlowVariables;
         module.GetNetwork().DeliverUntil([&] { return module.Value(last) == rounds; });
     }
@@ -234,14 +240,14 @@ void Latency(benchmark::State& state) {
     for (auto _ : state) {
         module.Tick();
         module.WaitForData("zrodlo");
-        module.Variable("CLOCK").SetValue(CVal(1), KindCurrent);
+        module.Variable("CLOCK").SetValue(value::CVal(1), value::KindCurrent);
         auto next = std::chrono::steady_clock::now();
         for (std::int64_t seen = 0; seen != kNoMoreChanges;) {
             next += std::chrono::milliseconds(1);
             std::this_thread::sleep_until(next);
             module.Tick();
-            CVal value;
-            module.Variable("SEEN").GetValue(value, KindCurrent, 1);
+            value::CVal value;
+            module.Variable("SEEN").GetValue(value, value::KindCurrent, 1);
             const std::int64_t then = value.Integer();
             if (then == seen) continue;
             seen = then;
@@ -257,9 +263,9 @@ void Latency(benchmark::State& state) {
 }
 BENCHMARK(Latency)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
-class Client final : public CClientConnection {
+class Client final : public vantrel::CClientConnection {
   public:
-    explicit Client(TransportFactory& transports) {
+    explicit Client(vantrel::TransportFactory& transports) {
         Create(23, "stacja", "bench", transports, nullptr);
         for (int i = 0; i < kVariablesOfClient; ++i) {
             RegisterVariable("V" + std::to_string(i));
@@ -267,9 +273,9 @@ class Client final : public CClientConnection {
         Subscribe();
     }
 
-    double Value() const { return ValueToDouble(GetVarVal("V0")->Value()); }
+    double Value() const { return value::ValueToDouble(GetVarVal("V0")->Value()); }
     void Write(double value) {
-        AddCurrentDataModifyRequest("V0", CVal(value));
+        AddCurrentDataModifyRequest("V0", value::CVal(value));
         MakeCurrentDataModifyRequest();
     }
     bool HasData() const { return m_bData; }
@@ -316,15 +322,15 @@ void Crowd(benchmark::State& state) {
 BENCHMARK(Crowd)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    kalvex::BeginBench(argc, argv);
+    kalvex::bench::BeginBench(argc, argv);
     {
-        const kalvex::Child source(kalvex::ServeSource);
-        const kalvex::Child plant(kalvex::ServeVariables);
-        kalvex::g_nPlant = plant.Process();
+        const kalvex::bench::Child source(kalvex::bench::ServeSource);
+        const kalvex::bench::Child plant(kalvex::bench::ServeVariables);
+        kalvex::bench::g_nPlant = plant.Process();
         benchmark::RunSpecifiedBenchmarks();
     }
-    return kalvex::EndBench();
+    return kalvex::bench::EndBench();
 }

@@ -18,7 +18,7 @@
 #include "support/zone_scope.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 
 namespace {
 
@@ -26,8 +26,8 @@ constexpr std::int64_t kMostMilliseconds = 60'000;
 constexpr int kNoLog = -1;  // below every level
 
 bool g_bWrong = false;
-std::optional<ScratchFolder> g_folder;
-std::optional<ZoneScope> g_zone;
+std::optional<support::ScratchFolder> g_folder;
+std::optional<support::ZoneScope> g_zone;
 
 }  // namespace
 
@@ -74,18 +74,19 @@ Child::~Child() {
 }
 
 int ServePlant(const std::string& configuration) {
-    SorvanedOptions options;
+    sorvaned::SorvanedOptions options;
     options.configuration = Folder() + "/plant.toml";
     options.logLevel = kNoLog;
     std::string error;
     const std::string name = "[server]\nname = \"stacja\"\n";
-    if (!WriteWholeFile(options.configuration, name + configuration, error)) return EXIT_FAILURE;
-    return RunSorvaned(options);
+    if (!platform::WriteWholeFile(options.configuration, name + configuration, error))
+        return EXIT_FAILURE;
+    return sorvaned::RunSorvaned(options);
 }
 
 void Network::Deliver(const std::function<void()>& check) {
     m_loop.Run();
-    const std::int64_t now = SteadyMilliseconds();
+    const std::int64_t now = vantrel::SteadyMilliseconds();
     if (now < m_tNextCheck) return;
     m_tNextCheck = now + 100;
     m_client.KeepAlive();
@@ -93,11 +94,11 @@ void Network::Deliver(const std::function<void()>& check) {
 }
 
 void Network::DeliverUntil(const std::function<bool()>& done, const std::function<void()>& check) {
-    const std::int64_t begin = SteadyMilliseconds();
+    const std::int64_t begin = vantrel::SteadyMilliseconds();
     while (!done()) {
         Deliver(check);
         std::this_thread::yield();
-        if (SteadyMilliseconds() - begin < kMostMilliseconds) continue;
+        if (vantrel::SteadyMilliseconds() - begin < kMostMilliseconds) continue;
         Expect(false, "what is waited for does not come");
         std::exit(EXIT_FAILURE);
     }
@@ -105,7 +106,7 @@ void Network::DeliverUntil(const std::function<bool()>& done, const std::functio
 
 Module::Module(const std::string& text) {
     std::string error;
-    Expect(WriteWholeFile(Folder() + "/a.kx", text, error), error);
+    Expect(platform::WriteWholeFile(Folder() + "/a.kx", text, error), error);
     Expect(m_document.Open("a.kx", error), error);
     Expect(m_document.Start(), "start");
     m_document.SetPriority(1);
@@ -123,16 +124,16 @@ void Module::RunToEnd() {
 
 void Module::WaitForData(std::string_view source) {
     const auto ready = [&] {
-        const CInterfaceClientConnection* connection = m_client.FindConnection(source);
+        const sources::CInterfaceClientConnection* connection = m_client.FindConnection(source);
         return connection != nullptr && connection->IsDataReady();
     };
     m_network.DeliverUntil(ready, [this] { m_client.SourceList().CheckConnections(); });
 }
 
 double Module::Value(const std::string& name) {
-    CVal value;
-    Variable(name).GetValue(value, KindCurrent, 1);
-    return ValueToDouble(value);
+    value::CVal value;
+    Variable(name).GetValue(value, value::KindCurrent, 1);
+    return value::ValueToDouble(value);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::bench

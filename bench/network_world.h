@@ -19,7 +19,7 @@
 #include "support/log_recorder.h"
 #include "vantrel/network/NetworkClient.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 
 // Tells what is wrong, for EndBench.
 void Expect(bool right, const std::string& what);
@@ -56,18 +56,18 @@ int ServePlant(const std::string& configuration);
 // that of the connections, for as long as they are not made.
 class Network {
   public:
-    TransportFactory& Transports() { return m_client; }
+    vantrel::TransportFactory& Transports() { return m_client; }
     void Deliver(const std::function<void()>& check = [] {});
     // Ends the program when it takes more than a minute.
     void DeliverUntil(
         const std::function<bool()>& done, const std::function<void()>& check = [] {});
 
   private:
-    PostedWork m_loop;
-    SilentLog m_log;
-    Translator m_translator;
+    platform::PostedWork m_loop;
+    support::SilentLog m_log;
+    platform::Translator m_translator;
     std::int64_t m_tNextCheck = 0;
-    NetworkClient m_client{{}, m_loop, m_log, m_translator};
+    vantrel::NetworkClient m_client{{}, m_loop, m_log, m_translator};
 };
 
 // A module with one script.
@@ -83,24 +83,27 @@ class Module {
 
     Network& GetNetwork() { return m_network; }
     bool Has(const std::string& name) { return m_document.Variables().Find(name) != nullptr; }
-    CVariable& Variable(const std::string& name) { return *m_document.Variables().Find(name); }
+    operands::CVariable& Variable(const std::string& name) {
+        return *m_document.Variables().Find(name);
+    }
     double Value(const std::string& name);
 
   private:
-    VirtualClock m_clock{1710050400};
-    SilentLog m_log;
-    Translator m_translator;
-    FixedUser m_users;
-    Paths m_paths{Folder()};
-    CNoAnswers m_questions;
+    platform::VirtualClock m_clock{1710050400};
+    support::SilentLog m_log;
+    platform::Translator m_translator;
+    support::FixedUser m_users;
+    platform::Paths m_paths{Folder()};
+    platform::CNoAnswers m_questions;
     Network m_network;
-    CClientInterface m_client{{m_log, m_translator, m_users, m_network.Transports()}};
-    DocumentServices m_services{{m_clock, m_log, m_translator, m_users, m_paths, Functions()},
-                                Statements(),
-                                m_questions,
-                                &m_client};
-    CKalvexDoc m_document{m_services};
-    CTickRunner m_ticker;
+    sources::CClientInterface m_client{{m_log, m_translator, m_users, m_network.Transports()}};
+    engine::DocumentServices m_services{
+        {m_clock, m_log, m_translator, m_users, m_paths, language::Functions()},
+        language::Statements(),
+        m_questions,
+        &m_client};
+    engine::CKalvexDoc m_document{m_services};
+    engine::CTickRunner m_ticker;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::bench

@@ -12,7 +12,7 @@
 
 #include "network_world.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 constexpr std::int64_t kHours = 100'000;
@@ -57,11 +57,11 @@ class Rounds {
     // The list that was read is whole and has the value of the round.
     void Check() {
         ++m_nRound;
-        auto& list = static_cast<CVariableList&>(m_module.Variable("K"));
+        auto& list = static_cast<operands::CVariableList&>(m_module.Variable("K"));
         Expect(static_cast<std::int64_t>(list.Elements().size()) == m_nHours, "hours of a round");
         std::int64_t time = static_cast<std::int64_t>(m_module.Value("OD"));
-        for (const CVal& value : list.Elements()) {
-            const bool right = value.GetTime() == time && value == CVal(m_nRound);
+        for (const value::CVal& value : list.Elements()) {
+            const bool right = value.GetTime() == time && value == value::CVal(m_nRound);
             if (!right) return Expect(false, "an hour of a round");
             time += kSecondsPerHour;
         }
@@ -88,7 +88,7 @@ class Rounds {
     }
 
     void Step(int step, int stage) {
-        m_module.Variable("KROK").SetValue(CVal(step), KindCurrent);
+        m_module.Variable("KROK").SetValue(value::CVal(step), value::KindCurrent);
         Await(stage);
     }
     // A script that begins its next round passes over 0 within a tick.
@@ -103,9 +103,9 @@ class Rounds {
     Module m_module;
 };
 
-class Listener final : public CClientConnection {
+class Listener final : public vantrel::CClientConnection {
   public:
-    explicit Listener(TransportFactory& transports) {
+    explicit Listener(vantrel::TransportFactory& transports) {
         Create(23, "stacja", "bench", transports, nullptr);
         RegisterVariable("Y");
         Subscribe();
@@ -116,7 +116,7 @@ class Listener final : public CClientConnection {
 
   protected:
     void OnDataArrived() override { m_bData = true; }
-    void OnReportChange(ValueKind, std::int64_t) override { ++m_nTold; }
+    void OnReportChange(value::ValueKind, std::int64_t) override { ++m_nTold; }
 
   private:
     bool m_bData = false;
@@ -189,11 +189,11 @@ void HoursOfAScript(benchmark::State& state) {
 BENCHMARK(HoursOfAScript)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
 
 // Fills the archive of the month with a value for each second, its number.
-class Filler final : public CClientConnection, private CAnswerWindow {
+class Filler final : public vantrel::CClientConnection, private vantrel::CAnswerWindow {
   public:
     explicit Filler(Network& network) : m_network(network) {
         Create(23, "stacja", "bench", network.Transports(), nullptr);
-        network.DeliverUntil([this] { return GetState() == StateConnected; },
+        network.DeliverUntil([this] { return GetState() == vantrel::StateConnected; },
                              [this] { CheckConnection(); });
         for (std::int64_t first = 0; first < kMonth; first += kWrittenTogether) Write(first);
     }
@@ -201,25 +201,25 @@ class Filler final : public CClientConnection, private CAnswerWindow {
   private:
     // A write is done when a read behind it is answered.
     void Write(std::int64_t first) {
-        CArchiveValueList list;
+        value::CArchiveValueList list;
         const std::int64_t end = std::min(first + kWrittenTogether, kMonth);
         for (std::int64_t second = first; second < end; ++second) {
-            CVal value(static_cast<double>(second));
+            value::CVal value(static_cast<double>(second));
             value.SetTime(kMonthBegin + second);
             list.Add(std::move(value));
         }
-        AddArchiveModifyRequest("M", list, TIMEW{kMonthBegin + first},
-                                TIMEW{kMonthBegin + end - 1});
+        AddArchiveModifyRequest("M", list, value::TIMEW{kMonthBegin + first},
+                                value::TIMEW{kMonthBegin + end - 1});
         MakeArchiveModifyRequest();
-        CArchiveValueList last;
+        value::CArchiveValueList last;
         m_bAnswered = false;
-        AddDataRequest(KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last,
+        AddDataRequest(value::KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last,
                        *this);
-        MakeDataRequest(KindArchive);
+        MakeDataRequest(value::KindArchive);
         m_network.DeliverUntil([this] { return m_bAnswered; });
         Expect(last.GetSize() == 1, "archive that is filled");
     }
-    void OnAnswer(ValueKind, CRequestRecord) override { m_bAnswered = true; }
+    void OnAnswer(value::ValueKind, vantrel::CRequestRecord) override { m_bAnswered = true; }
 
     Network& m_network;
     bool m_bAnswered = false;
@@ -249,7 +249,7 @@ void MonthOfAScript(benchmark::State& state) {
         state.counters["MB_of_the_answer"] =
             static_cast<double>(Memory(::getpid()) - before) / 1024;
         state.counters["longest_tick_ms"] = longest * 1000;
-        module.Variable("KROK").SetValue(CVal(1), KindCurrent);
+        module.Variable("KROK").SetValue(value::CVal(1), value::KindCurrent);
         double copy = 0;
         while (module.Value("ETAP") < 3) {
             const SteadyTime tick = Now();
@@ -257,10 +257,10 @@ void MonthOfAScript(benchmark::State& state) {
             copy = std::max(copy, SecondsSince(tick));
         }
         state.counters["copy_ms"] = copy * 1000;
-        const auto& values = static_cast<CVariableList&>(module.Variable("K")).Elements();
+        const auto& values = static_cast<operands::CVariableList&>(module.Variable("K")).Elements();
         Expect(static_cast<std::int64_t>(values.size()) == kMonth, "values of the month");
         double next = 0;
-        for (const CVal& value : values) {
+        for (const value::CVal& value : values) {
             if (value.Real() != next++) return Expect(false, "a value of the month");
         }
     }
@@ -269,13 +269,13 @@ void MonthOfAScript(benchmark::State& state) {
 BENCHMARK(MonthOfAScript)->Unit(benchmark::kMillisecond)->Iterations(1)->UseManualTime();
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    kalvex::BeginBench(argc, argv);
+    kalvex::bench::BeginBench(argc, argv);
     {
-        const kalvex::Child plant(kalvex::ServeReports);
+        const kalvex::bench::Child plant(kalvex::bench::ServeReports);
         benchmark::RunSpecifiedBenchmarks();
     }
-    return kalvex::EndBench();
+    return kalvex::bench::EndBench();
 }

@@ -11,7 +11,7 @@
 #include "support/zone_scope.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 // Monday 2024-03-11 00:00:00 in Warsaw, an hour ahead of GMT.
@@ -43,7 +43,7 @@ void MatchText(benchmark::State& state) {
     std::int64_t fits = 0;
     for (auto _ : state) {
         for (int minute = 0; minute < 1440; ++minute) {
-            fits += CheckEventTime(question.entry, 0, 0, kMonday + minute * 60);
+            fits += operands::CheckEventTime(question.entry, 0, 0, kMonday + minute * 60);
         }
         ++days;
     }
@@ -55,13 +55,13 @@ BENCHMARK(MatchText)->DenseRange(0, std::size(kQuestions) - 1);
 
 void MatchPrepared(benchmark::State& state) {
     const Question& question = kQuestions[state.range(0)];
-    ScheduleEntry entry;
-    Expect(ReadScheduleEntry(question.entry, entry), 1, question.entry);
+    operands::ScheduleEntry entry;
+    Expect(operands::ReadScheduleEntry(question.entry, entry), 1, question.entry);
     std::int64_t days = 0;
     std::int64_t fits = 0;
     for (auto _ : state) {
         for (int minute = 0; minute < 1440; ++minute) {
-            fits += FitsSchedule(entry, kMonday + minute * 60);
+            fits += operands::FitsSchedule(entry, kMonday + minute * 60);
         }
         ++days;
     }
@@ -76,9 +76,10 @@ void Tolerance(benchmark::State& state) {
     const auto seconds = static_cast<std::int32_t>(state.range(0));
     const std::int64_t now = kMonday + kDay - seconds;
     std::int64_t fits = 0;
-    for (auto _ : state) fits += CheckEventTime("0 0 0 12 Mar *", seconds, 0, now);
+    for (auto _ : state) fits += operands::CheckEventTime("0 0 0 12 Mar *", seconds, 0, now);
     Expect(fits, 0, "Tolerance");
-    Expect(CheckEventTime("0 0 0 12 Mar *", seconds + 1, 0, now), 1, "Tolerance and a second");
+    Expect(operands::CheckEventTime("0 0 0 12 Mar *", seconds + 1, 0, now), 1,
+           "Tolerance and a second");
 }
 BENCHMARK(Tolerance)->Arg(5)->Arg(3600)->Arg(86400);
 
@@ -88,7 +89,7 @@ void ToleranceBySeconds(benchmark::State& state) {
     std::int64_t fits = 0;
     for (auto _ : state) {
         for (std::int64_t i = 0; i < state.range(0); ++i) {
-            fits += CheckEventTime("0 0 0 12 Mar *", 0, 0, now + i);
+            fits += operands::CheckEventTime("0 0 0 12 Mar *", 0, 0, now + i);
         }
     }
     Expect(fits, 0, "ToleranceBySeconds");
@@ -116,7 +117,7 @@ void Property(benchmark::State& state) {
     const Computation& row = kComputations[state.range(0)];
     std::int64_t value = 0;
     for (auto _ : state) {
-        const TimeProperty* property = FindTimeProperty(row.property);
+        const operands::TimeProperty* property = operands::FindTimeProperty(row.property);
         benchmark::DoNotOptimize(value = property->compute(kMonday + 23415));
     }
     Expect(value, row.value, row.property);
@@ -140,7 +141,7 @@ void Mentions(benchmark::State& state) {
     std::int64_t mentioned = 0;
     std::int64_t rounds = 0;
     for (auto _ : state) {
-        mentioned += MentionsTimeProperty(text);
+        mentioned += operands::MentionsTimeProperty(text);
         ++rounds;
     }
     Expect(mentioned, row.mentioned ? rounds : 0, row.text);
@@ -149,12 +150,12 @@ void Mentions(benchmark::State& state) {
 BENCHMARK(Mentions)->DenseRange(0, std::size(kMentions) - 1);
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    const kalvex::ZoneScope zone("Europe/Warsaw");
+    const kalvex::support::ZoneScope zone("Europe/Warsaw");
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_bWrong ? 1 : 0;
 }

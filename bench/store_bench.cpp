@@ -14,7 +14,7 @@
 #include "support/waiting_loop.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 constexpr std::int64_t kMonth = 31 * std::int64_t{86400};  // seconds
@@ -36,7 +36,7 @@ void Expect(bool right, const char* what) {
 class OpenStore {
   public:
     OpenStore() {
-        Notice error;
+        platform::Notice error;
         Expect(m_store.Open(Folder() + "/store.sqlite", error), "the store must open");
     }
 
@@ -45,11 +45,11 @@ class OpenStore {
         return folder;
     }
 
-    bool Submit(std::vector<StoreOperation> operations) {
+    bool Submit(std::vector<server::StoreOperation> operations) {
         bool committed = false;
         bool answered = false;
-        m_store.Submit(std::move(operations), Store::Urgency::Now,
-                       [&](const StoreOutcome& outcome) {
+        m_store.Submit(std::move(operations), server::Store::Urgency::Now,
+                       [&](const server::StoreOutcome& outcome) {
                            committed = outcome.committed;
                            answered = true;
                        });
@@ -57,10 +57,10 @@ class OpenStore {
         return committed;
     }
 
-    StorePiece Read(const StoreQuery& query) {
-        StorePiece answer;
+    server::StorePiece Read(const server::StoreQuery& query) {
+        server::StorePiece answer;
         bool answered = false;
-        m_store.Read(query, [&](StorePiece piece) {
+        m_store.Read(query, [&](server::StorePiece piece) {
             answer = std::move(piece);
             answered = true;
         });
@@ -68,22 +68,23 @@ class OpenStore {
         return answer;
     }
 
-    VariableId Variable(const char* name) { return m_store.Register(name); }
+    server::VariableId Variable(const char* name) { return m_store.Register(name); }
 
   private:
-    WaitingLoop m_loop;
-    Store m_store{m_loop};
+    support::WaitingLoop m_loop;
+    server::Store m_store{m_loop};
 };
 
 // One transaction of so many rows each time.
 void WriteArchive(benchmark::State& state) {
     OpenStore store;
-    const VariableId x = store.Variable("W");
+    const server::VariableId x = store.Variable("W");
     static std::int64_t next = 0;
     for (auto _ : state) {
-        std::vector<StoreOperation> operations;
+        std::vector<server::StoreOperation> operations;
         for (std::int64_t row = 0; row < state.range(0); ++row) {
-            operations.emplace_back(PutValue{x, KindArchive, next++, CVal(0.5)});
+            operations.emplace_back(
+                server::PutValue{x, value::KindArchive, next++, value::CVal(0.5)});
         }
         Expect(store.Submit(std::move(operations)), "write");
     }
@@ -91,14 +92,16 @@ void WriteArchive(benchmark::State& state) {
 }
 BENCHMARK(WriteArchive)->Arg(1)->Arg(1000)->Arg(10000)->UseRealTime();
 
-VariableId FillMonth(OpenStore& store) {
-    const VariableId x = store.Variable("M");
-    const StorePiece last = store.Read({x, KindArchive, kStart + kMonth - 1, kStart + kMonth, 1});
+server::VariableId FillMonth(OpenStore& store) {
+    const server::VariableId x = store.Variable("M");
+    const server::StorePiece last =
+        store.Read({x, value::KindArchive, kStart + kMonth - 1, kStart + kMonth, 1});
     if (!last.values.empty()) return x;
-    std::vector<StoreOperation> operations;
+    std::vector<server::StoreOperation> operations;
     for (std::int64_t second = 0; second < kMonth; ++second) {
-        CVal value(static_cast<double>(second % 3600));
-        operations.emplace_back(PutValue{x, KindArchive, kStart + second, std::move(value)});
+        value::CVal value(static_cast<double>(second % 3600));
+        operations.emplace_back(
+            server::PutValue{x, value::KindArchive, kStart + second, std::move(value)});
         if (operations.size() < 50000 && second + 1 < kMonth) continue;
         Expect(store.Submit(std::exchange(operations, {})), "fill");
     }
@@ -113,12 +116,12 @@ long MostMemory() {
 
 void ReadMonth(benchmark::State& state) {
     OpenStore store;
-    const VariableId x = FillMonth(store);
+    const server::VariableId x = FillMonth(store);
     for (auto _ : state) {
         std::int64_t count = 0;
-        StoreQuery query{x, KindArchive, kStart, kStart + kMonth - 1, kPiece};
+        server::StoreQuery query{x, value::KindArchive, kStart, kStart + kMonth - 1, kPiece};
         for (bool more = true; more;) {
-            const StorePiece piece = store.Read(query);
+            const server::StorePiece piece = store.Read(query);
             count += static_cast<std::int64_t>(piece.values.size());
             more = piece.more;
             if (more) query.from = piece.values.back().GetTime() + 1;
@@ -132,18 +135,20 @@ void ReadMonth(benchmark::State& state) {
 BENCHMARK(ReadMonth)->UseRealTime();
 
 // Row number n of each variable has the value n.
-std::vector<VariableId> FillTenMillion(OpenStore& store) {
-    std::vector<VariableId> variables;
+std::vector<server::VariableId> FillTenMillion(OpenStore& store) {
+    std::vector<server::VariableId> variables;
     for (int i = 0; i < kManyVariables; ++i) {
         variables.push_back(store.Variable(("T" + std::to_string(i)).c_str()));
     }
-    const StorePiece last = store.Read({variables.back(), KindArchive, kStart, INT64_MAX, 1});
+    const server::StorePiece last =
+        store.Read({variables.back(), value::KindArchive, kStart, INT64_MAX, 1});
     if (!last.values.empty()) return variables;
-    for (const VariableId variable : variables) {
-        std::vector<StoreOperation> operations;
+    for (const server::VariableId variable : variables) {
+        std::vector<server::StoreOperation> operations;
         for (std::int64_t row = 0; row < kManyRows; ++row) {
-            operations.emplace_back(PutValue{variable, KindArchive, kStart + row * kManyPeriod,
-                                             CVal(static_cast<double>(row))});
+            operations.emplace_back(server::PutValue{variable, value::KindArchive,
+                                                     kStart + row * kManyPeriod,
+                                                     value::CVal(static_cast<double>(row))});
         }
         Expect(store.Submit(std::move(operations)), "fill");
     }
@@ -153,18 +158,18 @@ std::vector<VariableId> FillTenMillion(OpenStore& store) {
 // So many rows from any place, in as many pieces as that takes.
 void ReadRanges(benchmark::State& state) {
     OpenStore store;
-    const std::vector<VariableId> variables = FillTenMillion(store);
+    const std::vector<server::VariableId> variables = FillTenMillion(store);
     const std::int64_t rows = state.range(0);
     std::minstd_rand random(1);
     for (auto _ : state) {
         const std::int64_t first = static_cast<std::int64_t>(random()) % (kManyRows - rows);
-        StoreQuery query{variables[random() % variables.size()], KindArchive,
-                         kStart + first * kManyPeriod, kStart + (first + rows - 1) * kManyPeriod,
-                         kPiece};
+        server::StoreQuery query{variables[random() % variables.size()], value::KindArchive,
+                                 kStart + first * kManyPeriod,
+                                 kStart + (first + rows - 1) * kManyPeriod, kPiece};
         std::int64_t next = first;
         for (bool more = true; more;) {
-            const StorePiece piece = store.Read(query);
-            for (const CVal& value : piece.values) {
+            const server::StorePiece piece = store.Read(query);
+            for (const value::CVal& value : piece.values) {
                 if (value.Real() != static_cast<double>(next++)) Expect(false, "row of a range");
             }
             more = piece.more;
@@ -179,16 +184,18 @@ BENCHMARK(ReadRanges)->Arg(1)->Arg(360)->Arg(8640)->UseRealTime();
 // The mean of 0, 1, ..., 3599 is 1799.5.
 void ComputeDayOfHours(benchmark::State& state) {
     OpenStore store;
-    const VariableId x = FillMonth(store);
+    const server::VariableId x = FillMonth(store);
     for (auto _ : state) {
-        std::vector<StoreOperation> operations;
+        std::vector<server::StoreOperation> operations;
         for (std::int64_t hour = 0; hour < 24; ++hour) {
-            operations.emplace_back(MakeReport{PeriodAction::Calculate, x, KindHour,
-                                               kStart + hour * 3600, ReportRule::Mean, 0});
+            operations.emplace_back(server::MakeReport{vantrel::PeriodAction::Calculate, x,
+                                                       value::KindHour, kStart + hour * 3600,
+                                                       server::ReportRule::Mean, 0});
         }
         Expect(store.Submit(std::move(operations)), "computing");
     }
-    for (const CVal& value : store.Read({x, KindHour, kStart, kStart + 86399, 24}).values) {
+    for (const value::CVal& value :
+         store.Read({x, value::KindHour, kStart, kStart + 86399, 24}).values) {
         Expect(value.Real() == 1799.5, "mean");
     }
     state.SetItemsProcessed(state.iterations() * 24);
@@ -196,13 +203,13 @@ void ComputeDayOfHours(benchmark::State& state) {
 BENCHMARK(ComputeDayOfHours)->UseRealTime();
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    const kalvex::ZoneScope zone("Europe/Warsaw");
-    const kalvex::ScratchFolder folder;
-    kalvex::OpenStore::Folder() = folder.Path();
+    const kalvex::support::ZoneScope zone("Europe/Warsaw");
+    const kalvex::support::ScratchFolder folder;
+    kalvex::bench::OpenStore::Folder() = folder.Path();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
+    return kalvex::bench::g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -12,7 +12,7 @@
 #include "support/fake_script.h"
 #include "text/PatternMatch.h"
 
-namespace kalvex {
+namespace kalvex::bench {
 namespace {
 
 bool g_bWrong = false;
@@ -24,11 +24,11 @@ void Expect(std::string_view got, std::string_view wanted, std::string_view row)
     g_bWrong = true;
 }
 
-std::string Evaluate(FakeScript& script, std::string_view expression) {
-    CVal value;
+std::string Evaluate(support::FakeScript& script, std::string_view expression) {
+    value::CVal value;
     std::string_view text = expression;
-    if (!EvaluateExpression(script, text, value, ValueType::Text)) return "failed";
-    return ValueToText(value);
+    if (!operands::EvaluateExpression(script, text, value, value::ValueType::Text)) return "failed";
+    return value::ValueToText(value);
 }
 
 struct Row {
@@ -51,9 +51,9 @@ constexpr Row kRows[] = {
 
 void Function(benchmark::State& state) {
     const Row& row = kRows[state.range(0)];
-    FakeScript script(Functions());
-    script.Local("NAZWA", CVal("Stacja/Gaz/Odory1"));
-    script.Local("LICZBA", CVal(12.3456));
+    support::FakeScript script(language::Functions());
+    script.Local("NAZWA", value::CVal("Stacja/Gaz/Odory1"));
+    script.Local("LICZBA", value::CVal(12.3456));
     std::string result;
     for (auto _ : state) result = Evaluate(script, row.expression);
     Expect(result, row.result, row.expression);
@@ -66,12 +66,12 @@ void TokenizeText(benchmark::State& state) {
     const auto pieces = static_cast<int>(state.range(0));
     std::string text;
     for (int i = 0; i < pieces; ++i) text += "12.5;";
-    FakeScript script(Functions());
-    script.Local("TEKST", CVal(text));
-    CVariableLocal& position = script.Local("P");
+    support::FakeScript script(language::Functions());
+    script.Local("TEKST", value::CVal(text));
+    operands::CVariableLocal& position = script.Local("P");
     int found = 0;
     for (auto _ : state) {
-        position.SetValue(CVal(0), KindCurrent);
+        position.SetValue(value::CVal(0), value::KindCurrent);
         for (found = 0; Evaluate(script, "TOKENIZE TEKST ; P") == "12.5"; ++found) continue;
     }
     Expect(std::to_string(found), std::to_string(pieces), "TOKENIZE");
@@ -81,11 +81,11 @@ BENCHMARK(TokenizeText)->Arg(10)->Arg(100)->Arg(1000);
 
 void JoinList(benchmark::State& state) {
     const auto elements = static_cast<int>(state.range(0));
-    FakeScript script(Functions());
-    CVariableList& list = script.List("L");
+    support::FakeScript script(language::Functions());
+    operands::CVariableList& list = script.List("L");
     std::string wanted;
     for (int i = 0; i < elements; ++i) {
-        list.Add(CVal("12.5"));
+        list.Add(value::CVal("12.5"));
         wanted += i == 0 ? "12.5" : ";12.5";
     }
     std::string result;
@@ -96,9 +96,9 @@ void JoinList(benchmark::State& state) {
 BENCHMARK(JoinList)->Arg(10)->Arg(1000)->Arg(100000);
 
 void NumberFormat(benchmark::State& state) {
-    const CVal value(1234.5678);
+    const value::CVal value(1234.5678);
     std::string text;
-    for (auto _ : state) text = FormatNumber(value, "%12.3f");
+    for (auto _ : state) text = operands::FormatNumber(value, "%12.3f");
     Expect(text, "    1234.568", "%12.3f");
 }
 BENCHMARK(NumberFormat);
@@ -108,8 +108,10 @@ void Pattern(benchmark::State& state) {
     bool name = false;
     bool otherName = true;
     for (auto _ : state) {
-        name = CompareWithPattern("CISNIENIE_WEJ_2", "cisn*_wej_?", PatternOption::VariableNames);
-        otherName = CompareWithPattern("PRZEPLYW_WEJ_2", "cisn*", PatternOption::VariableNames);
+        name = text::CompareWithPattern("CISNIENIE_WEJ_2", "cisn*_wej_?",
+                                        text::PatternOption::VariableNames);
+        otherName =
+            text::CompareWithPattern("PRZEPLYW_WEJ_2", "cisn*", text::PatternOption::VariableNames);
     }
     Expect(name && !otherName ? "both right" : "wrong", "both right", "pattern");
 }
@@ -119,7 +121,8 @@ void PatternOfManyStars(benchmark::State& state) {
     const std::string text(static_cast<std::size_t>(state.range(0)), 'a');
     bool matched = true;
     for (auto _ : state) {
-        matched = CompareWithPattern(text, "*a*a*a*a*a*a*a*a*b", PatternOption::VariableNames);
+        matched = text::CompareWithPattern(text, "*a*a*a*a*a*a*a*a*b",
+                                           text::PatternOption::VariableNames);
     }
     Expect(matched ? "matched" : "no match", "no match", "pattern of many stars");
     state.SetComplexityN(state.range(0));
@@ -127,10 +130,10 @@ void PatternOfManyStars(benchmark::State& state) {
 BENCHMARK(PatternOfManyStars)->RangeMultiplier(10)->Range(100, 100000)->Complexity(benchmark::oN);
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_bWrong ? 1 : 0;
 }

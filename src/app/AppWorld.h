@@ -22,10 +22,10 @@
 #include "platform/UserManager.h"
 #include "vantrel/Transport.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // The loop of the process; it calls nothing from within these operations.
-class AppLoop : public MainLoop {
+class AppLoop : public platform::MainLoop {
   public:
     // Calls `work` every so many milliseconds, 10 at least; a timer of that number begins anew.
     // False when the system has no timer to give.
@@ -51,26 +51,26 @@ class AppLibrary {
 class AppTransports {
   public:
     virtual ~AppTransports() = default;
-    virtual TransportFactory& Factory() = 0;
+    virtual vantrel::TransportFactory& Factory() = 0;
 };
 
 // Nothing is owned; all of it outlives the application.
 struct AppWorld {
-    Clock& clock;
-    const Translator& translator;
+    platform::Clock& clock;
+    const platform::Translator& translator;
     AppLoop& loop;
-    Profile& profile;
-    const CCrypt& crypt;
-    UserManager& users;
-    Instances& instances;
-    Processes& processes;
-    FileStore& files;
-    NetworkProbes& probes;
+    platform::Profile& profile;
+    const platform::CCrypt& crypt;
+    platform::UserManager& users;
+    platform::Instances& instances;
+    platform::Processes& processes;
+    platform::FileStore& files;
+    platform::NetworkProbes& probes;
     AppTransports& transports;
     std::vector<AppLibrary*> libraries = {};  // in the order of their start
     MainWindow* window = nullptr;             // without one the process is not interactive
     bool service = false;                     // run by the system, with no session of its own
-    RunCounts* counts = nullptr;              // where scripts count; none where nobody counts
+    engine::RunCounts* counts = nullptr;      // where scripts count; none where nobody counts
 
     // In the system's encoding; the folders are absolute paths.
     std::vector<std::string> arguments = {};  // without the program's name
@@ -79,4 +79,4 @@ struct AppWorld {
     std::string hostName = {};
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

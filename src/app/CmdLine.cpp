@@ -8,7 +8,7 @@
 #include "text/TextFormat.h"
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 enum class CmdLineValue { None, Integer, Text };
 
@@ -90,16 +90,16 @@ std::optional<std::string> CCmdLine::GetStringOption(std::string_view name) cons
 std::optional<int> CCmdLine::GetIntOption(std::string_view name) const {
     const Option* option = Find(name);
     if (option == nullptr) return std::nullopt;
-    return ReadWholeNumber<int>(option->value);
+    return text::ReadWholeNumber<int>(option->value);
 }
 
-std::string CCmdLine::GetWarning(const Translator& translator) const {
+std::string CCmdLine::GetWarning(const platform::Translator& translator) const {
     if (m_arrUnknown.empty()) return {};
-    return FormatText(translator.Translate("Pominięte parametry wiersza poleceń: %s"),
-                      {FromUtf8(fmt::format("{}", fmt::join(m_arrUnknown, " ")))});
+    return text::FormatText(translator.Translate("Pominięte parametry wiersza poleceń: %s"),
+                            {text::FromUtf8(fmt::format("{}", fmt::join(m_arrUnknown, " ")))});
 }
 
-std::string CCmdLine::GetHelp(const Translator& translator) {
+std::string CCmdLine::GetHelp(const platform::Translator& translator) {
     std::string help;
     for (const CmdLineRow& row : kRows) {
         std::string form = fmt::format("/{}", row.name);
@@ -111,4 +111,4 @@ std::string CCmdLine::GetHelp(const Translator& translator) {
     return help;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -12,7 +12,7 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 struct CmdLineRow;
 
@@ -29,10 +29,10 @@ class CCmdLine {
     std::optional<int> GetIntOption(std::string_view name) const;
 
     // One line that names what was passed over, an engine text; empty when there is none.
-    std::string GetWarning(const Translator& translator) const;
+    std::string GetWarning(const platform::Translator& translator) const;
 
     // For "/?": a line for each option, an engine text.
-    static std::string GetHelp(const Translator& translator);
+    static std::string GetHelp(const platform::Translator& translator);
 
   private:
     struct Option {
@@ -46,4 +46,4 @@ class CCmdLine {
     std::vector<std::string> m_arrUnknown;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -10,7 +10,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -62,8 +62,8 @@ bool HasWidth(std::span<const unsigned int> widths) {
     return std::ranges::any_of(widths, [](unsigned int width) { return width != 0; });
 }
 
-ProfileEntries Numbered(const char* key, const std::vector<std::string>& values) {
-    ProfileEntries entries;
+platform::ProfileEntries Numbered(const char* key, const std::vector<std::string>& values) {
+    platform::ProfileEntries entries;
     for (const std::string& value : values) {
         entries.emplace_back(fmt::format("{}{}", key, entries.size()), value);
     }
@@ -86,14 +86,14 @@ void CConfigurationStore::ReadWindows(CConfiguration& configuration) const {
     configuration.trayIcon =
         m_profile.GetProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon) != 0;
     configuration.refreshPeriod = static_cast<unsigned int>(m_profile.GetProfileIntEx(
-        kWindows, FromUtf8(kRefreshPeriod), static_cast<int>(configuration.refreshPeriod)));
+        kWindows, text::FromUtf8(kRefreshPeriod), static_cast<int>(configuration.refreshPeriod)));
     for (const std::string& path : ReadList(kAutostart, kScript)) {
         configuration.autostart.push_back(m_paths.GetFullPath(path));
     }
 }
 
 void CConfigurationStore::ReadColumns(CConfiguration& configuration) const {
-    const std::string text = m_profile.GetProfileStringEx(kWindows, FromUtf8(kColumns));
+    const std::string text = m_profile.GetProfileStringEx(kWindows, text::FromUtf8(kColumns));
     std::array<int, kColumnCount> numbers{};
     const int count = std::sscanf(text.c_str(), "%d %d %d %d %d %d %d", &numbers[0], &numbers[1],
                                   &numbers[2], &numbers[3], &numbers[4], &numbers[5], &numbers[6]);
@@ -109,7 +109,7 @@ void CConfigurationStore::ReadColumns(CConfiguration& configuration) const {
 
 void CConfigurationStore::ReadRights(CConfiguration& configuration) const {
     const auto read = [this](const char* key, std::string& right) {
-        right = m_profile.GetProfileStringEx(kGeneral, FromUtf8(key), right);
+        right = m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(key), right);
     };
     read(kConfigurationRight, configuration.configurationRight);
     read(kControlRight, configuration.controlRight);
@@ -132,8 +132,8 @@ std::vector<std::string> CConfigurationStore::ReadList(std::string_view section,
     }
 }
 
-CSourceDesc CConfigurationStore::ReadSource(std::string_view line) const {
-    CSourceDesc description;
+sources::CSourceDesc CConfigurationStore::ReadSource(std::string_view line) const {
+    sources::CSourceDesc description;
     std::string password;
     if (const auto name = TakeField(line)) {
         description.name = *name;
@@ -143,30 +143,30 @@ CSourceDesc CConfigurationStore::ReadSource(std::string_view line) const {
         }
     }
     description.password = m_crypt.EncryptText(password);
-    CCrypt::SecureEmptyString(password);
+    platform::CCrypt::SecureEmptyString(password);
     return description;
 }
 
 bool CConfigurationStore::HasLostPasswords() const {
     return std::ranges::any_of(ReadList(kSources, kSource), [this](std::string_view line) {
-        return TakeField(line) && TakeField(line) && CCrypt::GetCryptHeader(line) &&
+        return TakeField(line) && TakeField(line) && platform::CCrypt::GetCryptHeader(line) &&
                !m_crypt.DecryptTextWithLabel(kPasswordLabel, line);
     });
 }
 
 std::string CConfigurationStore::DecodePassword(std::string_view text) const {
-    if (!CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
+    if (!platform::CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
     return m_crypt.DecryptTextWithLabel(kPasswordLabel, text).value_or(std::string());
 }
 
 void CConfigurationStore::WriteSources(const CConfiguration& configuration) {
     std::vector<std::string> lines;
-    for (const CSourceDesc& source : configuration.sources) {
+    for (const sources::CSourceDesc& source : configuration.sources) {
         std::string password = m_crypt.CanDecryptText(source.password)
                                    ? m_crypt.DecryptText(source.password)
                                    : source.password;
         const auto sealed = m_crypt.EncryptTextWithLabel(kPasswordLabel, password);
-        CCrypt::SecureEmptyString(password);
+        platform::CCrypt::SecureEmptyString(password);
         if (!sealed) return;
         lines.push_back(source.name + ',' + source.user + ',' + *sealed);
     }
@@ -183,18 +183,19 @@ void CConfigurationStore::WriteColumns(const CConfiguration& configuration) {
             text += fmt::format("{}{}", text.empty() ? "" : " ", static_cast<int>(width));
         }
     }
-    m_profile.WriteProfileStringEx(kWindows, FromUtf8(kColumns), text);
+    m_profile.WriteProfileStringEx(kWindows, text::FromUtf8(kColumns), text);
 }
 
 void CConfigurationStore::WriteLogLevel(const CConfiguration& configuration) {
     if (m_bConsoleClient) return;
-    const bool transmission = configuration.logLevel == LogTransmission;
-    m_profile.WriteProfileIntEx(kLog, kLogLevel, transmission ? LogErrors : configuration.logLevel);
+    const bool transmission = configuration.logLevel == platform::LogTransmission;
+    m_profile.WriteProfileIntEx(kLog, kLogLevel,
+                                transmission ? platform::LogErrors : configuration.logLevel);
 }
 
 void CConfigurationStore::WriteApplication(const CConfiguration& configuration) {
     m_profile.WriteProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon);
-    m_profile.WriteProfileIntEx(kWindows, FromUtf8(kRefreshPeriod),
+    m_profile.WriteProfileIntEx(kWindows, text::FromUtf8(kRefreshPeriod),
                                 static_cast<int>(configuration.refreshPeriod));
     std::vector<std::string> paths;
     for (const std::string& path : configuration.autostart) {
@@ -202,19 +203,20 @@ void CConfigurationStore::WriteApplication(const CConfiguration& configuration) 
     }
     m_profile.WriteProfileSectionEx(kAutostart, Numbered(kScript, paths));
     WriteLogLevel(configuration);
-    m_profile.WriteProfileStringEx(kGeneral, FromUtf8(kConfigurationRight),
+    m_profile.WriteProfileStringEx(kGeneral, text::FromUtf8(kConfigurationRight),
                                    configuration.configurationRight);
-    m_profile.WriteProfileStringEx(kGeneral, FromUtf8(kControlRight), configuration.controlRight);
+    m_profile.WriteProfileStringEx(kGeneral, text::FromUtf8(kControlRight),
+                                   configuration.controlRight);
 }
 
 std::string ProfileFileName(int instance) {
     return instance == 1 ? "Kalvex.ini" : fmt::format("Kalvex{}.ini", instance);
 }
 
-std::string ReadRootFolder(const Profile& profile, const std::string& workingDir) {
+std::string ReadRootFolder(const platform::Profile& profile, const std::string& workingDir) {
     const std::filesystem::path folder =
-        NativePath(profile.GetProfileStringEx(kGeneral, FromUtf8(kRootFolder)));
+        platform::NativePath(profile.GetProfileStringEx(kGeneral, text::FromUtf8(kRootFolder)));
     return folder.empty() ? workingDir : (workingDir / folder).lexically_normal().string();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -11,7 +11,7 @@
 #include "platform/Profile.h"
 #include "sources/ClientInterface.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // Of a console client that has not heard yet which level its module has: nothing is filtered.
 inline constexpr int kLogLevelOfModule = std::numeric_limits<std::uint16_t>::max();
@@ -21,18 +21,18 @@ struct CConfiguration {
     std::string configurationRight = "100";
     std::string controlRight = "100";
     bool trayIcon = true;
-    unsigned int refreshPeriod = 1000;       // milliseconds
-    std::vector<unsigned int> columnWidths;  // of the variables window, from index 0
-    std::vector<std::string> autostart;      // full paths, in order
-    std::vector<CSourceDesc> sources;        // passwords in the form of CCrypt::EncryptText
-    int logLevel = LogErrors;
+    unsigned int refreshPeriod = 1000;          // milliseconds
+    std::vector<unsigned int> columnWidths;     // of the variables window, from index 0
+    std::vector<std::string> autostart;         // full paths, in order
+    std::vector<sources::CSourceDesc> sources;  // passwords in the form of CCrypt::EncryptText
+    int logLevel = platform::LogErrors;
 };
 
 class CConfigurationStore {
   public:
     // Nothing referred to is owned; all of it outlives the store.
-    CConfigurationStore(Profile& profile, const CCrypt& crypt, const Paths& paths,
-                        bool consoleClient)
+    CConfigurationStore(platform::Profile& profile, const platform::CCrypt& crypt,
+                        const platform::Paths& paths, bool consoleClient)
         : m_profile(profile), m_crypt(crypt), m_paths(paths), m_bConsoleClient(consoleClient) {}
 
     // A missing key leaves the default; lists are appended to.
@@ -58,12 +58,12 @@ class CConfigurationStore {
 
   private:
     std::vector<std::string> ReadList(std::string_view section, std::string_view key) const;
-    CSourceDesc ReadSource(std::string_view line) const;
+    sources::CSourceDesc ReadSource(std::string_view line) const;
     std::string DecodePassword(std::string_view text) const;
 
-    Profile& m_profile;
-    const CCrypt& m_crypt;
-    const Paths& m_paths;
+    platform::Profile& m_profile;
+    const platform::CCrypt& m_crypt;
+    const platform::Paths& m_paths;
     const bool m_bConsoleClient;
 };
 
@@ -75,6 +75,6 @@ std::string ProfileFileName(int instance);
 
 // The folder that data files lie in, by the profile, else the working directory; both, and the
 // answer, in the system's encoding.
-std::string ReadRootFolder(const Profile& profile, const std::string& workingDir);
+std::string ReadRootFolder(const platform::Profile& profile, const std::string& workingDir);
 
-}  // namespace kalvex
+}  // namespace kalvex::app

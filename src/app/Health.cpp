@@ -3,7 +3,7 @@
 #include "operands/ScriptErrors.h"
 #include "platform/ProcessMemory.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -20,8 +20,8 @@ double Rate(std::uint64_t from, std::uint64_t to, double seconds) {
 
 }  // namespace
 
-ScriptCondition ConditionOf(CKalvexDoc& script) {
-    const CRunState& state = script.State();
+ScriptCondition ConditionOf(engine::CKalvexDoc& script) {
+    const engine::CRunState& state = script.State();
     if (state.m_bErrorStanding) return ScriptCondition::Error;
     if (state.m_bPaused) return ScriptCondition::Stopped;
     if (!state.m_bRunning) return ScriptCondition::Idle;
@@ -39,7 +39,7 @@ void CHealth::OnTick(std::int64_t now, std::int64_t lateness) {
 }
 
 CHealthFigures CHealth::GetFigures(std::int64_t now, const ScriptList& scripts,
-                                   const CSourceList* sources) const {
+                                   const vantrel::CSourceList* sources) const {
     CHealthFigures figures;
     figures.uptime = Seconds(now - m_tStart);
     figures.ticks = m_lateness.GetCount();
@@ -52,7 +52,7 @@ CHealthFigures CHealth::GetFigures(std::int64_t now, const ScriptList& scripts,
     const double span = Seconds(now - oldest.time);
     figures.ticksPerSecond = Rate(oldest.ticks, figures.ticks, span);
     figures.linesPerSecond = Rate(oldest.lines, m_counts.lines, span);
-    for (const std::unique_ptr<CKalvexDoc>& script : scripts) {
+    for (const std::unique_ptr<engine::CKalvexDoc>& script : scripts) {
         ++figures.scripts[static_cast<std::size_t>(ConditionOf(*script))];
     }
     if (sources != nullptr) {
@@ -60,8 +60,8 @@ CHealthFigures CHealth::GetFigures(std::int64_t now, const ScriptList& scripts,
             ++figures.connections[connection->GetState()];
         }
     }
-    figures.memory = ResidentBytes();
+    figures.memory = platform::ResidentBytes();
     return figures;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

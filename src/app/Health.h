@@ -12,7 +12,7 @@
 #include "engine/ScriptDocument.h"
 #include "vantrel/SourceList.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // What a script is at; the first that applies.
 enum class ScriptCondition : std::size_t {
@@ -25,7 +25,7 @@ enum class ScriptCondition : std::size_t {
     Count,
 };
 
-ScriptCondition ConditionOf(CKalvexDoc& script);
+ScriptCondition ConditionOf(engine::CKalvexDoc& script);
 
 // Seconds unless said otherwise.
 struct CHealthFigures {
@@ -36,16 +36,16 @@ struct CHealthFigures {
     double lateness99 = 0;      // 99 of 100
     double latenessMax = 0;
     double latenessSum = 0;
-    RunCounts counts;
+    engine::RunCounts counts;
     double linesPerSecond = 0;
     std::array<std::size_t, static_cast<std::size_t>(ScriptCondition::Count)> scripts{};
-    std::array<std::size_t, StateConnected + 1> connections{};  // by ConnectionState
-    std::uint64_t memory = 0;                                   // bytes
+    std::array<std::size_t, vantrel::StateConnected + 1> connections{};  // by ConnectionState
+    std::uint64_t memory = 0;                                            // bytes
 };
 
 class CHealth {
   public:
-    using ScriptList = std::vector<std::unique_ptr<CKalvexDoc>>;
+    using ScriptList = std::vector<std::unique_ptr<engine::CKalvexDoc>>;
 
     // `now` is here and below a reading in microseconds of one clock that nobody sets.
     explicit CHealth(std::int64_t now);
@@ -54,11 +54,11 @@ class CHealth {
     void OnTick(std::int64_t now, std::int64_t lateness);
 
     // Where the documents count; DocumentServices::counts.
-    RunCounts& Counts() { return m_counts; }
+    engine::RunCounts& Counts() { return m_counts; }
 
     // Without a list of sources there are no connections.
     CHealthFigures GetFigures(std::int64_t now, const ScriptList& scripts,
-                              const CSourceList* sources) const;
+                              const vantrel::CSourceList* sources) const;
 
   private:
     struct Sample {
@@ -69,8 +69,8 @@ class CHealth {
 
     const std::int64_t m_tStart;
     CTickLateness m_lateness;
-    RunCounts m_counts;
+    engine::RunCounts m_counts;
     std::deque<Sample> m_arrSamples;  // one a second, the newest at the end
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -51,19 +51,21 @@ constexpr std::size_t IndexOf(ScriptCondition condition) {
 }
 
 constexpr StateRow kScriptStates[] = {
-    {IndexOf(ScriptCondition::Running), "state=\"running\"", Translatable("działa")},
-    {IndexOf(ScriptCondition::Waiting), "state=\"waiting\"", Translatable("czeka na dane")},
-    {IndexOf(ScriptCondition::Error), "state=\"error\"", Translatable("w błędzie")},
-    {IndexOf(ScriptCondition::Stopped), "state=\"stopped\"", Translatable("zatrzymane")},
-    {IndexOf(ScriptCondition::Finished), "state=\"finished\"", Translatable("zakończone")},
-    {IndexOf(ScriptCondition::Idle), "state=\"idle\"", Translatable("nieuruchomione")},
+    {IndexOf(ScriptCondition::Running), "state=\"running\"", platform::Translatable("działa")},
+    {IndexOf(ScriptCondition::Waiting), "state=\"waiting\"",
+     platform::Translatable("czeka na dane")},
+    {IndexOf(ScriptCondition::Error), "state=\"error\"", platform::Translatable("w błędzie")},
+    {IndexOf(ScriptCondition::Stopped), "state=\"stopped\"", platform::Translatable("zatrzymane")},
+    {IndexOf(ScriptCondition::Finished), "state=\"finished\"",
+     platform::Translatable("zakończone")},
+    {IndexOf(ScriptCondition::Idle), "state=\"idle\"", platform::Translatable("nieuruchomione")},
 };
 
 constexpr StateRow kConnectionStates[] = {
-    {StateConnected, "state=\"connected\"", Translatable("połączone")},
-    {StateLogin, "state=\"login\"", Translatable("logowanie")},
-    {StateOpening, "state=\"opening\"", Translatable("łączenie")},
-    {StateDown, "state=\"down\"", Translatable("rozłączone")},
+    {vantrel::StateConnected, "state=\"connected\"", platform::Translatable("połączone")},
+    {vantrel::StateLogin, "state=\"login\"", platform::Translatable("logowanie")},
+    {vantrel::StateOpening, "state=\"opening\"", platform::Translatable("łączenie")},
+    {vantrel::StateDown, "state=\"down\"", platform::Translatable("rozłączone")},
 };
 
 template <class Rows, class Counts>
@@ -89,69 +91,69 @@ constexpr FigureRow kFigures[] = {
     {"kalvex_uptime_seconds",
      "gauge",
      "Time since the start.",
-     {Translatable("czas pracy"), 1, 0, " s"},
+     {platform::Translatable("czas pracy"), 1, 0, " s"},
      [](const CHealthFigures& f) { return Single(f.uptime); }},
     {"kalvex_ticks_total",
      "counter",
      "Ticks since the start.",
-     {Translatable("takty"), 1, 0, ""},
+     {platform::Translatable("takty"), 1, 0, ""},
      [](const CHealthFigures& f) { return Single(f.ticks); }},
     {"kalvex_ticks_per_second",
      "gauge",
      "Ticks a second over the last ten seconds.",
-     {Translatable("takty na sekundę"), 1, 1, ""},
+     {platform::Translatable("takty na sekundę"), 1, 1, ""},
      [](const CHealthFigures& f) { return Single(f.ticksPerSecond); }},
     {"kalvex_tick_lateness_seconds",
      "summary",
      "How much later than due ticks began, since the start.",
-     {Translatable("spóźnienie taktów"), kMilli, 2, " ms"},
+     {platform::Translatable("spóźnienie taktów"), kMilli, 2, " ms"},
      Lateness},
     {"kalvex_tick_lateness_max_seconds",
      "gauge",
      "The latest tick since the start.",
-     {Translatable("największe spóźnienie taktu"), kMilli, 2, " ms"},
+     {platform::Translatable("największe spóźnienie taktu"), kMilli, 2, " ms"},
      [](const CHealthFigures& f) { return Single(f.latenessMax); }},
     {"kalvex_lines_total",
      "counter",
      "Script lines run since the start, each try counted.",
-     {Translatable("wykonane wiersze"), 1, 0, ""},
+     {platform::Translatable("wykonane wiersze"), 1, 0, ""},
      [](const CHealthFigures& f) { return Single(f.counts.lines); }},
     {"kalvex_lines_per_second",
      "gauge",
      "Script lines a second over the last ten seconds.",
-     {Translatable("wiersze na sekundę"), 1, 1, ""},
+     {platform::Translatable("wiersze na sekundę"), 1, 1, ""},
      [](const CHealthFigures& f) { return Single(f.linesPerSecond); }},
     {"kalvex_line_errors_total",
      "counter",
      "Script lines that failed, each try counted.",
-     {Translatable("wiersze z błędem"), 1, 0, ""},
+     {platform::Translatable("wiersze z błędem"), 1, 0, ""},
      [](const CHealthFigures& f) { return Single(f.counts.errors); }},
     {"kalvex_line_waits_total",
      "counter",
      "Script lines that waited for data, each try counted.",
-     {Translatable("wiersze czekające na dane"), 1, 0, ""},
+     {platform::Translatable("wiersze czekające na dane"), 1, 0, ""},
      [](const CHealthFigures& f) { return Single(f.counts.waits); }},
     {"kalvex_scripts",
      "gauge",
      "Scripts by state.",
-     {Translatable("skrypty"), 1, 0, ""},
+     {platform::Translatable("skrypty"), 1, 0, ""},
      [](const CHealthFigures& f) { return ByState(kScriptStates, f.scripts); },
      true},
     {"kalvex_connections",
      "gauge",
      "Connections to data servers by state.",
-     {Translatable("połączenia"), 1, 0, ""},
+     {platform::Translatable("połączenia"), 1, 0, ""},
      [](const CHealthFigures& f) { return ByState(kConnectionStates, f.connections); },
      true},
     {"process_resident_memory_bytes",
      "gauge",
      "Physical memory that the process occupies.",
-     {Translatable("pamięć procesu"), kPerMega, 1, " MB"},
+     {platform::Translatable("pamięć procesu"), kPerMega, 1, " MB"},
      [](const CHealthFigures& f) { return Single(f.memory); }},
 };
 
 std::string FormatFigure(const FigureRow& row, const CHealthFigures& figures,
-                         const Translator& translator) {
+                         const platform::Translator& translator) {
     std::string line = translator.Translate(row.log.text);
     const char* separator = ": ";
     for (const Sample& sample : row.samples(figures)) {
@@ -168,7 +170,7 @@ std::string FormatFigure(const FigureRow& row, const CHealthFigures& figures,
 }  // namespace
 
 std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
-                                           const Translator& translator) {
+                                           const platform::Translator& translator) {
     const std::string beginning = translator.Translate("Stan modułu, ");
     std::vector<std::string> lines;
     for (const FigureRow& row : kFigures) {
@@ -177,7 +179,8 @@ std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
     return lines;
 }
 
-std::string FormatHealthStatus(const CHealthFigures& figures, const Translator& translator) {
+std::string FormatHealthStatus(const CHealthFigures& figures,
+                               const platform::Translator& translator) {
     std::string status;
     for (const FigureRow& row : kFigures) {
         if (!row.inStatus) continue;
@@ -199,4 +202,4 @@ std::string FormatHealthMetrics(const CHealthFigures& figures) {
     return text;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -7,16 +7,17 @@
 #include "app/Health.h"
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // A line a figure, for the log; engine texts.
 std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
-                                           const Translator& translator);
+                                           const platform::Translator& translator);
 
 // Scripts and connections in one line, for a service manager; an engine text.
-std::string FormatHealthStatus(const CHealthFigures& figures, const Translator& translator);
+std::string FormatHealthStatus(const CHealthFigures& figures,
+                               const platform::Translator& translator);
 
 // The text exposition format 0.0.4 of Prometheus, UTF-8.
 std::string FormatHealthMetrics(const CHealthFigures& figures);
 
-}  // namespace kalvex
+}  // namespace kalvex::app

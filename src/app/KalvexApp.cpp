@@ -6,11 +6,11 @@
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
-constexpr ThreadIdentity kMainThread{"MainThread", 101};
+constexpr platform::ThreadIdentity kMainThread{"MainThread", 101};
 
 constexpr int kMayRefuse = 0;  // flags of CloseInstance
 constexpr int kMustClose = 1;
@@ -24,7 +24,7 @@ CKalvexApp::CKalvexApp(const AppWorld& world)
       m_cmdLine(world.arguments),
       m_log(m_world.clock, m_world.translator),
       m_diagnosticLog(m_world.clock, m_world.translator) {
-    SetThreadIdentity(kMainThread);
+    platform::SetThreadIdentity(kMainThread);
 }
 
 CKalvexApp::~CKalvexApp() = default;
@@ -82,19 +82,19 @@ int CKalvexApp::ExitInstance() {
 }
 
 void CKalvexApp::LogAppStart() {
-    m_log.Log(FormatText(m_world.translator.Translate("Uruchomienie modułu %s"),
-                         {m_configuration.moduleName}),
-              kalvex::LogAlways);
+    m_log.Log(text::FormatText(m_world.translator.Translate("Uruchomienie modułu %s"),
+                               {m_configuration.moduleName}),
+              platform::LogAlways);
     m_bStartLogged = true;
     const std::string warning = m_cmdLine.GetWarning(m_world.translator);
-    if (!warning.empty()) m_log.Log(warning, LogErrors);
+    if (!warning.empty()) m_log.Log(warning, platform::LogErrors);
 }
 
 void CKalvexApp::LogAppStop() {
     if (!std::exchange(m_bStartLogged, false)) return;
-    m_log.Log(FormatText(m_world.translator.Translate("Zatrzymanie modułu %s"),
-                         {m_configuration.moduleName}),
-              kalvex::LogAlways);
+    m_log.Log(text::FormatText(m_world.translator.Translate("Zatrzymanie modułu %s"),
+                               {m_configuration.moduleName}),
+              platform::LogAlways);
 }
 
 // ---- while the process runs
@@ -104,7 +104,7 @@ void CKalvexApp::DoPeriodicWork() {
 }
 
 void CKalvexApp::OnUserBroadcast(unsigned int parameter, std::string_view info) {
-    if (parameter <= BroadcastInfo) m_log.Log(info, kalvex::LogAlways);
+    if (parameter <= BroadcastInfo) m_log.Log(info, platform::LogAlways);
     if (parameter == BroadcastUser && m_pClientInterface) m_pClientInterface->SourceList().Login();
     UpdateCloseEntry();
 }
@@ -137,4 +137,4 @@ void CKalvexApp::OnLogLevel(int level) {
     m_store->WriteLogLevel(m_configuration);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -21,7 +21,7 @@
 #include "platform/Paths.h"
 #include "sources/ClientInterface.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // How the process ends, for whoever started it.
 struct AppEnd {
@@ -71,7 +71,7 @@ class CKalvexApp final : private LogOutlets {
     // null then.
     CMainFrame& MainFrame() { return *m_pFrame; }
     CScriptDocuments& Documents() { return *m_pDocuments; }
-    CClientInterface* ClientInterface() { return m_pClientInterface.get(); }
+    sources::CClientInterface* ClientInterface() { return m_pClientInterface.get(); }
 
   private:
     using Step = bool (CKalvexApp::*)();
@@ -128,12 +128,12 @@ class CKalvexApp final : private LogOutlets {
     std::string m_strClientIdentity;
     CKalvexLog m_log;
     CLog m_diagnosticLog;
-    std::optional<Paths> m_paths;
+    std::optional<platform::Paths> m_paths;
     std::optional<CConfigurationStore> m_store;
     std::size_t m_nLibrariesStarted = 0;
-    CNoAnswers m_noAnswers;
-    std::unique_ptr<CClientInterface> m_pClientInterface;
-    std::unique_ptr<DocumentServices> m_pServices;
+    platform::CNoAnswers m_noAnswers;
+    std::unique_ptr<sources::CClientInterface> m_pClientInterface;
+    std::unique_ptr<engine::DocumentServices> m_pServices;
     std::unique_ptr<CScriptDocuments> m_pDocuments;
     std::unique_ptr<CMainFrame> m_pFrame;
     bool m_bStartLogged = false;
@@ -141,4 +141,4 @@ class CKalvexApp final : private LogOutlets {
     AppEnd m_end;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

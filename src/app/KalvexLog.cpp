@@ -2,7 +2,7 @@
 
 #include "app/Configuration.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -12,9 +12,9 @@ struct LevelRow {
 };
 
 constexpr LevelRow kLevels[] = {
-    {LogErrors, "błędy "},
-    {LogEvents, "zdarzenia"},
-    {LogTransmission, "transmisja"},
+    {platform::LogErrors, "błędy "},
+    {platform::LogEvents, "zdarzenia"},
+    {platform::LogTransmission, "transmisja"},
 };
 
 }  // namespace
@@ -38,7 +38,7 @@ void CKalvexLog::Log(std::string_view text, int level) {
 }
 
 void CKalvexLog::LogAlways(std::string_view text) {
-    AddMessage(Prefixed(text), kalvex::LogAlways);
+    AddMessage(Prefixed(text), platform::LogAlways);
 }
 
 void CKalvexLog::LogFromModule(std::string_view text, std::int64_t time, int level) {
@@ -52,8 +52,8 @@ void CKalvexLog::PublishLevel() {
     for (const LevelRow& row : kLevels) {
         if (row.level == m_nLevel) line += m_translator.Translate(row.word);
     }
-    Log(line, kalvex::LogAlways);
+    Log(line, platform::LogAlways);
     if (m_pOutlets != nullptr) m_pOutlets->OnLogLevel(m_nLevel);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

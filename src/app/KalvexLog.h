@@ -6,7 +6,7 @@
 
 #include "app/Log.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // What a log does in its process beside keeping its lines.
 class LogOutlets {
@@ -24,10 +24,11 @@ class LogClients {
     virtual void AddLogMessage(std::string_view text, std::int64_t time, int level) = 0;
 };
 
-class CKalvexLog final : public CLog, public LogSink {
+class CKalvexLog final : public CLog, public platform::LogSink {
   public:
     // The log of a module.
-    CKalvexLog(const Clock& clock, const Translator& translator) : CLog(clock, translator) {}
+    CKalvexLog(const platform::Clock& clock, const platform::Translator& translator)
+        : CLog(clock, translator) {}
 
     // From now on it is that of a console client, which filters nothing until it has heard the
     // level of its module.
@@ -53,9 +54,9 @@ class CKalvexLog final : public CLog, public LogSink {
     std::string Prefixed(std::string_view text) const;
 
     bool m_bConsoleClient = false;
-    int m_nLevel = LogErrors;
+    int m_nLevel = platform::LogErrors;
     LogOutlets* m_pOutlets = nullptr;
     LogClients* m_pClients = nullptr;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -5,7 +5,7 @@
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -59,7 +59,7 @@ bool CKalvexApp::InitInstance() {
 
 bool CKalvexApp::Fail(std::string text) {
     if (!text.empty()) {
-        m_diagnosticLog.AddMessage(text, kalvex::LogAlways);
+        m_diagnosticLog.AddMessage(text, platform::LogAlways);
         m_log.LogAlways(text);
     }
     m_end = {EXIT_FAILURE, std::move(text)};
@@ -73,7 +73,8 @@ bool CKalvexApp::FailWithBox(std::string text) {
 
 std::string CKalvexApp::WithInstance(std::string_view format, std::string_view name) const {
     std::string text(name);
-    if (m_nInstance != kFirstInstance) text += FormatText(format, {std::to_string(m_nInstance)});
+    if (m_nInstance != kFirstInstance)
+        text += text::FormatText(format, {std::to_string(m_nInstance)});
     return text;
 }
 
@@ -116,8 +117,9 @@ bool CKalvexApp::LockInstance() {
     const char* name = m_bConsoleClient ? kClientLock : kProgram;
     if (m_world.instances.LockInstance(name, m_nInstance, error)) return true;
     if (error.empty()) return Fail({});
-    return Fail(FormatText(m_world.translator.Translate("Nie można zablokować instancji (%s)"),
-                           {FromUtf8(error)}));
+    return Fail(
+        text::FormatText(m_world.translator.Translate("Nie można zablokować instancji (%s)"),
+                         {text::FromUtf8(error)}));
 }
 
 // ---- profile, logs, libraries
@@ -155,8 +157,9 @@ bool CKalvexApp::RequirePrimaryInstance() {
 bool CKalvexApp::OpenProfile() {
     std::string error;
     if (!m_world.profile.IsReadable(error)) {
-        return Fail(FormatText(m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
-                               {FromUtf8(m_strProfile), FromUtf8(error)}));
+        return Fail(
+            text::FormatText(m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
+                             {text::FromUtf8(m_strProfile), text::FromUtf8(error)}));
     }
     m_paths.emplace(m_world.workingDir, ReadRootFolder(m_world.profile, m_world.workingDir));
     m_store.emplace(m_world.profile, m_world.crypt, *m_paths, m_bConsoleClient);
@@ -169,7 +172,7 @@ bool CKalvexApp::TakeNames() {
     m_store->ReadName(m_configuration);
     std::string& name = m_configuration.moduleName;
     if (name.empty()) name = WithInstance(" [%d]", kProgram);
-    m_strClientIdentity = name + '_' + FromUtf8(m_world.hostName);
+    m_strClientIdentity = name + '_' + text::FromUtf8(m_world.hostName);
     if (m_bConsoleClient) m_strClientIdentity += kClientSuffix;
     return true;
 }
@@ -192,11 +195,12 @@ bool CKalvexApp::OpenLogFile() {
 // ---- documents, frame, sources
 
 bool CKalvexApp::MakeDocuments() {
-    Questions& questions = m_world.window != nullptr ? static_cast<Questions&>(*m_world.window)
-                                                     : static_cast<Questions&>(m_noAnswers);
-    m_pServices.reset(new DocumentServices{
-        {m_world.clock, m_log, m_world.translator, m_world.users, *m_paths, Functions()},
-        Statements(),
+    platform::Questions& questions = m_world.window != nullptr
+                                         ? static_cast<platform::Questions&>(*m_world.window)
+                                         : static_cast<platform::Questions&>(m_noAnswers);
+    m_pServices.reset(new engine::DocumentServices{
+        {m_world.clock, m_log, m_world.translator, m_world.users, *m_paths, language::Functions()},
+        language::Statements(),
         questions});
     m_pServices->consoleClient = m_bConsoleClient;
     m_pServices->processes = &m_world.processes;
@@ -218,12 +222,13 @@ bool CKalvexApp::CreateMainFrame() {
 }
 
 bool CKalvexApp::CreateClientInterface() {
-    SourceServices services{m_log, m_world.translator, m_world.users, m_world.transports.Factory()};
+    sources::SourceServices services{m_log, m_world.translator, m_world.users,
+                                     m_world.transports.Factory()};
     services.descriptions = m_configuration.sources;
     services.crypt = &m_world.crypt;
     services.clientName = m_bConsoleClient ? m_strClientIdentity : m_configuration.moduleName;
     services.consoleClient = m_bConsoleClient;
-    m_pClientInterface = std::make_unique<CClientInterface>(std::move(services));
+    m_pClientInterface = std::make_unique<sources::CClientInterface>(std::move(services));
     m_pServices->sources = m_pClientInterface.get();
     LogAppStart();
     return true;
@@ -232,7 +237,7 @@ bool CKalvexApp::CreateClientInterface() {
 bool CKalvexApp::TellRole() {
     if (!m_bConsoleClient) return true;
     m_log.Log(m_world.translator.Translate("Moduł uruchomiony w trybie zdalnej konsoli"),
-              kalvex::LogAlways);
+              platform::LogAlways);
     return Fail(m_world.translator.Translate(
         "Ten program nie może pracować jako zdalna konsola innego modułu"));
 }
@@ -262,15 +267,15 @@ void CKalvexApp::RunAutoStart() {
 
 bool CKalvexApp::LogIn() {
     if (const std::optional<std::string> option = m_cmdLine.GetStringOption("U")) {
-        const std::string text = FromUtf8(*option);
+        const std::string text = text::FromUtf8(*option);
         const std::size_t colon = text.find(':');
         const bool split = colon != std::string::npos;
-        const std::string name = split ? ToUpper(text.substr(0, colon)) : std::string();
-        std::string password = split ? ToUpper(text.substr(colon + 1)) : std::string();
+        const std::string name = split ? text::ToUpper(text.substr(0, colon)) : std::string();
+        std::string password = split ? text::ToUpper(text.substr(colon + 1)) : std::string();
         const bool registered = m_world.users.RegisterUser(name, password);
-        CCrypt::SecureEmptyString(password);
+        platform::CCrypt::SecureEmptyString(password);
         if (!registered) {
-            OnLoginFailed(FormatText(
+            OnLoginFailed(text::FormatText(
                 m_world.translator.Translate("Nie można zalogować użytkownika %s"), {name}));
         }
         return registered;
@@ -292,9 +297,9 @@ void CKalvexApp::OpenAutoStartScripts() {
     m_pFrame->SetOpeningScripts(true);
     for (const std::string& path : m_configuration.autostart) {
         std::string error;
-        CKalvexDoc* document = m_pDocuments->Open(path, error);
+        engine::CKalvexDoc* document = m_pDocuments->Open(path, error);
         if (document == nullptr) {
-            m_log.Log(path + " : " + FromUtf8(error), LogErrors);
+            m_log.Log(path + " : " + text::FromUtf8(error), platform::LogErrors);
             continue;
         }
         document->Start();
@@ -304,4 +309,4 @@ void CKalvexApp::OpenAutoStartScripts() {
     m_pFrame->SetOpeningScripts(false);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -6,10 +6,10 @@
 #include "text/TextFormat.h"
 #include "value/LocalTimeText.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 std::string FormatLogLine(const CLogMessage& message) {
-    std::string line = FormatLocalTime(message.time);
+    std::string line = value::FormatLocalTime(message.time);
     line.resize(kLogStampLength, ' ');
     return line + message.text;
 }
@@ -19,16 +19,16 @@ void CLog::AddMessage(std::string_view text, std::int64_t time, int level) {
     const CLogMessage& message =
         m_arrMessages.emplace_back(CLogMessage{time, level, std::string(text)});
     if (m_nLost > 0) {
-        const std::string gap = FormatText(m_translator.Translate("Pominięte wiersze rejestru: %s"),
-                                           {std::to_string(m_nLost)});
-        if (WriteLine({m_clock.Now(), LogAlways, gap})) m_nLost = 0;
+        const std::string gap = text::FormatText(
+            m_translator.Translate("Pominięte wiersze rejestru: %s"), {std::to_string(m_nLost)});
+        if (WriteLine({m_clock.Now(), platform::LogAlways, gap})) m_nLost = 0;
     }
     if (m_nLost > 0 || !WriteLine(message)) ++m_nLost;
     if (m_pListener != nullptr) m_pListener->OnLogMessage(message);
 }
 
 bool CLog::WriteLine(const CLogMessage& message) {
-    return m_file.Write(ToUtf8(FormatLogLine(message)));
+    return m_file.Write(text::ToUtf8(FormatLogLine(message)));
 }
 
 std::string CLog::GetText(std::size_t index) const {
@@ -45,4 +45,4 @@ void CLog::SetLogFile(std::string path, std::size_t maxBytes) {
     m_nLost = 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

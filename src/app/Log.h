@@ -14,7 +14,7 @@
 #include "platform/LogSink.h"
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // The length of the time stamp that a line begins with: "2024-03-10 07:00:00  ".
 inline constexpr std::size_t kLogStampLength = 21;
@@ -37,7 +37,7 @@ class CLog {
     static constexpr std::size_t kLines = 10000;  // that are kept in memory
 
     // Nothing referred to is owned; all of it outlives the log.
-    CLog(const Clock& clock, const Translator& translator)
+    CLog(const platform::Clock& clock, const platform::Translator& translator)
         : m_clock(clock), m_translator(translator), m_file(clock) {}
 
     void AddMessage(std::string_view text, int level) { AddMessage(text, m_clock.Now(), level); }
@@ -60,13 +60,13 @@ class CLog {
     void SetListener(LogListener* listener) { m_pListener = listener; }
 
   protected:
-    const Clock& m_clock;
-    const Translator& m_translator;
+    const platform::Clock& m_clock;
+    const platform::Translator& m_translator;
 
   private:
     bool WriteLine(const CLogMessage& message);
 
-    CLogFile m_file;
+    platform::CLogFile m_file;
     std::uint64_t m_nLost = 0;
     std::deque<CLogMessage> m_arrMessages;
     LogListener* m_pListener = nullptr;
@@ -75,4 +75,4 @@ class CLog {
 // The line as it is shown.
 std::string FormatLogLine(const CLogMessage& message);
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -7,7 +7,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -30,9 +30,9 @@ void CLogStream::OnLogMessage(const CLogMessage& message) {
                           message.text);
     std::ranges::replace_if(
         line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-    line = ToUtf8(line) + '\n';
+    line = text::ToUtf8(line) + '\n';
     std::fwrite(line.data(), 1, line.size(), m_pStream);
     std::fflush(m_pStream);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -5,7 +5,7 @@
 
 #include "app/Log.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 enum class LogStreamForm {
     Stamped,   // as in the file
@@ -26,4 +26,4 @@ class CLogStream final : public LogListener {
     LogStreamForm m_form;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -10,8 +10,9 @@ constexpr std::int64_t kRefreshPeriod = 1000;  // milliseconds
 
 }  // namespace
 
-CMainFrame::CMainFrame(AppLoop& loop, const Translator& translator, CScriptDocuments& documents,
-                       MainWindow* window, FrameWork work, bool consoleClient)
+CMainFrame::CMainFrame(AppLoop& loop, const platform::Translator& translator,
+                       CScriptDocuments& documents, MainWindow* window, FrameWork work,
+                       bool consoleClient)
     : m_loop(loop),
       m_translator(translator),
       m_documents(documents),
@@ -78,7 +79,7 @@ void CMainFrame::OnRefresh() {
     m_work.periodic();
     if (m_pWindow == nullptr) return;
     if (!m_bOpeningScripts) m_pWindow->UpdateToolBar();
-    for (const std::unique_ptr<CKalvexDoc>& document : m_documents.All()) {
+    for (const std::unique_ptr<engine::CKalvexDoc>& document : m_documents.All()) {
         if (document->State().m_bRunning) m_pWindow->RefreshVariables(*document);
     }
 }
@@ -93,4 +94,4 @@ void CMainFrame::SetStatusLine(std::string_view text) {
     if (m_pWindow != nullptr) m_pWindow->SetStatusLine(text);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -11,7 +11,7 @@
 #include "app/ScriptDocuments.h"
 #include "app/TickDriver.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // What the timers do beside the scripts and the window.
 struct FrameWork {
@@ -24,7 +24,7 @@ class CMainFrame final : public TickSource {
     enum Timer : int { TickTimer = 1, AutoStartTimer = 2, RefreshTimer = 4 };
 
     // Nothing is owned; the window may be null. The timers of a console client do nothing.
-    CMainFrame(AppLoop& loop, const Translator& translator, CScriptDocuments& documents,
+    CMainFrame(AppLoop& loop, const platform::Translator& translator, CScriptDocuments& documents,
                MainWindow* window, FrameWork work, bool consoleClient);
     ~CMainFrame() override;
     CMainFrame(const CMainFrame&) = delete;
@@ -60,7 +60,7 @@ class CMainFrame final : public TickSource {
     void OnRefresh();
 
     AppLoop& m_loop;
-    const Translator& m_translator;
+    const platform::Translator& m_translator;
     CScriptDocuments& m_documents;
     MainWindow* const m_pWindow;
     const FrameWork m_work;
@@ -70,4 +70,4 @@ class CMainFrame final : public TickSource {
     std::string m_strStatusLine;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

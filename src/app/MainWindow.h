@@ -6,9 +6,9 @@
 #include "engine/ScriptDocument.h"
 #include "platform/Questions.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
-class MainWindow : public Questions {
+class MainWindow : public platform::Questions {
   public:
     // ---- dialogs: each returns when the person at the keyboard has answered
     virtual void ShowMessage(std::string_view text) = 0;
@@ -30,8 +30,8 @@ class MainWindow : public Questions {
     virtual void UpdateToolBar() = 0;
 
     // ---- the frames of documents
-    virtual void MinimiseFrame(CKalvexDoc& document) = 0;
-    virtual void RefreshVariables(CKalvexDoc& document) = 0;
+    virtual void MinimiseFrame(engine::CKalvexDoc& document) = 0;
+    virtual void RefreshVariables(engine::CKalvexDoc& document) = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

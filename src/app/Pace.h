@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace kalvex {
+namespace kalvex::app {
 
 class CPace {
   public:
@@ -38,4 +38,4 @@ class CPace {
     std::int64_t m_nNext = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

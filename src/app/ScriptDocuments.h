@@ -9,32 +9,32 @@
 #include "engine/ScriptDocument.h"
 #include "engine/Tick.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 class CScriptDocuments {
   public:
     // The services outlive the documents.
-    explicit CScriptDocuments(const DocumentServices& services) : m_services(services) {}
+    explicit CScriptDocuments(const engine::DocumentServices& services) : m_services(services) {}
     ~CScriptDocuments() { CloseAll(); }
     CScriptDocuments(const CScriptDocuments&) = delete;
     CScriptDocuments& operator=(const CScriptDocuments&) = delete;
 
     // The document of that file, which is opened unless it is open; null with the system's words
     // in `error` when it does not open.
-    CKalvexDoc* Open(std::string_view path, std::string& error);
+    engine::CKalvexDoc* Open(std::string_view path, std::string& error);
     // By full or short path; null when it is not open.
-    CKalvexDoc* Find(std::string_view path) const;
+    engine::CKalvexDoc* Find(std::string_view path) const;
     // Ends the document's run and destroys it.
-    void Close(CKalvexDoc& document);
+    void Close(engine::CKalvexDoc& document);
     void CloseAll();
 
-    const std::vector<std::unique_ptr<CKalvexDoc>>& All() const { return m_arrDocuments; }
-    CTickRunner& Ticker() { return m_ticker; }
+    const std::vector<std::unique_ptr<engine::CKalvexDoc>>& All() const { return m_arrDocuments; }
+    engine::CTickRunner& Ticker() { return m_ticker; }
 
   private:
-    const DocumentServices& m_services;
-    std::vector<std::unique_ptr<CKalvexDoc>> m_arrDocuments;
-    CTickRunner m_ticker;
+    const engine::DocumentServices& m_services;
+    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_arrDocuments;
+    engine::CTickRunner m_ticker;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

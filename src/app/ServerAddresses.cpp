@@ -5,36 +5,37 @@
 #include "app/Servers.h"
 #include "platform/NetworkAddress.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
 bool IsPlainTextMeant(const CServerEntry& server) {
     std::string host;
     std::uint16_t port = 0;
-    return server.plainTextAllowed || (ReadAddress(server.address, host, port) && IsLoopback(host));
+    return server.plainTextAllowed ||
+           (platform::ReadAddress(server.address, host, port) && platform::IsLoopback(host));
 }
 
-ServerAddress MakeAddress(const CServerEntry& server) {
-    ServerAddress address{.address = server.address,
-                          .certificateName = server.certificateName,
-                          .plainTextAllowed = server.plainTextAllowed};
+vantrel::ServerAddress MakeAddress(const CServerEntry& server) {
+    vantrel::ServerAddress address{.address = server.address,
+                                   .certificateName = server.certificateName,
+                                   .plainTextAllowed = server.plainTextAllowed};
     const bool namesFiles =
         !server.authority.empty() || !server.certificate.empty() || !server.key.empty();
     if (namesFiles || !IsPlainTextMeant(server)) {
-        address.tls = TlsFiles{server.authority, server.certificate, server.key};
+        address.tls = vantrel::TlsFiles{server.authority, server.certificate, server.key};
     }
     return address;
 }
 
 }  // namespace
 
-ServerAddresses ReadServerAddresses(const Profile& profile) {
-    ServerAddresses addresses;
+vantrel::ServerAddresses ReadServerAddresses(const platform::Profile& profile) {
+    vantrel::ServerAddresses addresses;
     for (const CServerEntry& server : ReadServers(profile)) {
         addresses.emplace(server.source, MakeAddress(server));
     }
     return addresses;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -4,11 +4,11 @@
 #include "platform/Profile.h"
 #include "vantrel/network/Endpoint.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // For a network client. A server whose entry names a file of encryption is reached with TLS; of the
 // others one on this machine, or one that plain text is allowed to, is not, and all the rest are,
 // trusted by the authorities of the system.
-ServerAddresses ReadServerAddresses(const Profile& profile);
+vantrel::ServerAddresses ReadServerAddresses(const platform::Profile& profile);
 
-}  // namespace kalvex
+}  // namespace kalvex::app

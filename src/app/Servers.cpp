@@ -2,7 +2,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -25,18 +25,18 @@ constexpr TextRow kTexts[] = {
 
 }  // namespace
 
-std::vector<CServerEntry> ReadServers(const Profile& profile) {
+std::vector<CServerEntry> ReadServers(const platform::Profile& profile) {
     const std::string path = profile.GetCommonProfilePath();
     std::vector<CServerEntry> servers;
     for (const auto& [source, address] : profile.GetProfileSectionEx(kServers, path)) {
         const std::string section = kServer + source;
         CServerEntry& server = servers.emplace_back();
         server.source = source;
-        server.address = ToUtf8(address);
+        server.address = text::ToUtf8(address);
         for (const TextRow& row : kTexts) {
-            const std::string key = FromUtf8(row.key);
+            const std::string key = text::FromUtf8(row.key);
             const std::string ofAll = profile.GetProfileStringEx(kEncryption, key, {}, path);
-            server.*row.field = ToUtf8(profile.GetProfileStringEx(section, key, ofAll, path));
+            server.*row.field = text::ToUtf8(profile.GetProfileStringEx(section, key, ofAll, path));
         }
         const int ofAll = profile.GetProfileIntEx(kEncryption, kPlainText, 0, path);
         server.plainTextAllowed = profile.GetProfileIntEx(section, kPlainText, ofAll, path) != 0;
@@ -44,4 +44,4 @@ std::vector<CServerEntry> ReadServers(const Profile& profile) {
     return servers;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

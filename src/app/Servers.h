@@ -6,7 +6,7 @@
 
 #include "platform/Profile.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // Paths and addresses are in the system's encoding (UTF-8).
 struct CServerEntry {
@@ -21,6 +21,6 @@ struct CServerEntry {
 
 // The section "Serwery" has a line "name=host:port" for each server. The settings of its encryption
 // stand in the section "Serwer NAME", and for all servers in "Szyfrowanie".
-std::vector<CServerEntry> ReadServers(const Profile& profile);
+std::vector<CServerEntry> ReadServers(const platform::Profile& profile);
 
-}  // namespace kalvex
+}  // namespace kalvex::app

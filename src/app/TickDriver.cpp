@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace kalvex {
+namespace kalvex::app {
 
 namespace {
 
@@ -49,4 +49,4 @@ void CTickDriver::SkipIdleTicks(std::int64_t elapsed) {
     for (int i = 0; i < count; ++i) m_listener(m_tBegin + elapsed, 0);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

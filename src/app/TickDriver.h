@@ -8,7 +8,7 @@
 
 #include "app/Pace.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 // What ticks are for.
 class TickSource {
@@ -51,4 +51,4 @@ class CTickDriver {
     std::int64_t m_nLeftOut = 0;  // ticks, before the next one that is run
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cmath>
 
-namespace kalvex {
+namespace kalvex::app {
 
 // Up to 8 a class a value; from there on the bits below the highest four are left out of account.
 std::size_t CTickLateness::ClassOf(std::uint64_t lateness) {
@@ -40,4 +40,4 @@ std::int64_t CTickLateness::GetPercentile(double share) const {
     return m_nMax;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace kalvex {
+namespace kalvex::app {
 
 class CTickLateness {
   public:
@@ -35,4 +35,4 @@ class CTickLateness {
     std::int64_t m_nMax = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

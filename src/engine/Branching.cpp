@@ -9,21 +9,21 @@
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
 bool Is(std::string_view token, std::string_view keyword) {
-    return EqualNoCase(token, keyword);
+    return text::EqualNoCase(token, keyword);
 }
 
 bool EndsCondition(std::string_view token) {
-    return Is(token, Keyword::Goto) || Is(token, Keyword::Then) || token == ";";
+    return Is(token, operands::Keyword::Goto) || Is(token, operands::Keyword::Then) || token == ";";
 }
 
 // A lone "=" parts the sides as well, but compares nothing.
 bool IsComparison(std::string_view token) {
-    return token == "=" || FindComparison(token) != nullptr;
+    return token == "=" || operands::FindComparison(token) != nullptr;
 }
 
 bool Connects(std::string_view token) {
@@ -42,14 +42,14 @@ class ComparisonChain {
     bool Run() {
         if (!ReadComparison()) return false;
         const int first = Evaluate();
-        if (first != 0 && first != 1) return m_document.Fail(ErrorExpression);
+        if (first != 0 && first != 1) return m_document.Fail(operands::ErrorExpression);
         bool result = first == 1;
         if (result && !EndsComparison()) return false;
         while (Connects(m_token)) {
             const bool both = m_token == "&";
             if (!ReadComparison()) return false;
             const int next = Evaluate();
-            if (next != 0 && next != 1) return m_document.Fail(ErrorExpression);
+            if (next != 0 && next != 1) return m_document.Fail(operands::ErrorExpression);
             result = both ? result && next == 1 : result || next == 1;
             if (!EndsComparison()) return false;
         }
@@ -58,7 +58,8 @@ class ComparisonChain {
 
   private:
     bool EndsComparison() const {
-        return Is(m_token, Keyword::Goto) || Is(m_token, Keyword::Then) || Connects(m_token);
+        return Is(m_token, operands::Keyword::Goto) || Is(m_token, operands::Keyword::Then) ||
+               Connects(m_token);
     }
 
     // Reads left side, operator and right side; the token behind them stays in m_token.
@@ -67,14 +68,14 @@ class ComparisonChain {
         m_right.clear();
         m_token = {};
         ReadLeft();
-        if (m_left == Keyword::Not) {
+        if (m_left == operands::Keyword::Not) {
             m_bNot = true;
             m_left = m_token;
-            m_token = NextToken(m_rest);
+            m_token = text::NextToken(m_rest);
         }
         m_operator = m_token;
-        if (FindConditionWord(m_left) != nullptr) {
-            m_token = NextToken(m_rest);
+        if (operands::FindConditionWord(m_left) != nullptr) {
+            m_token = text::NextToken(m_rest);
             return true;
         }
         return ReadRight();
@@ -82,35 +83,38 @@ class ComparisonChain {
 
     void ReadLeft() {
         while (!m_rest.empty() && !IsComparison(m_token)) {
-            const std::string upper = ToUpper(m_token);
-            if (upper == Keyword::Then || upper == Keyword::Goto) return;
+            const std::string upper = text::ToUpper(m_token);
+            if (upper == operands::Keyword::Then || upper == operands::Keyword::Goto) return;
             m_left += upper;
-            m_token = NextToken(m_rest);
-            if (m_left == Keyword::Not || FindConditionWord(m_left) != nullptr) return;
+            m_token = text::NextToken(m_rest);
+            if (m_left == operands::Keyword::Not || operands::FindConditionWord(m_left) != nullptr)
+                return;
         }
     }
 
     // Here THEN and GOTO are known in upper case only.
     bool ReadRight() {
         while (!m_rest.empty()) {
-            m_token = NextToken(m_rest);
-            if (m_token == Keyword::Goto || m_token == Keyword::Then || Connects(m_token)) {
+            m_token = text::NextToken(m_rest);
+            if (m_token == operands::Keyword::Goto || m_token == operands::Keyword::Then ||
+                Connects(m_token)) {
                 return true;
             }
             m_right += m_token;
         }
-        return m_document.Fail(ErrorNoComparison);
+        return m_document.Fail(operands::ErrorNoComparison);
     }
 
     // A NOT in front of the first comparison inverts all later ones too.
     int Evaluate() {
-        const int result = CompareOperands(m_document, m_left, m_right, m_operator);
+        const int result = operands::CompareOperands(m_document, m_left, m_right, m_operator);
         return result == 0 || result == 1 ? result ^ static_cast<int>(m_bNot) : -1;
     }
 
     bool Decide(bool result) {
-        if (Is(m_token, Keyword::Goto) && result) return m_document.GotoLabel(NextToken(m_rest));
-        if (Is(m_token, Keyword::Then) && !result) m_document.JumpTo(m_nElseLine);
+        if (Is(m_token, operands::Keyword::Goto) && result)
+            return m_document.GotoLabel(text::NextToken(m_rest));
+        if (Is(m_token, operands::Keyword::Then) && !result) m_document.JumpTo(m_nElseLine);
         return true;
     }
 
@@ -131,19 +135,19 @@ LineOutcome ExecuteIf(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const int elseLine =
         document.IfBlocks().Find(document, document.State().m_nCurrentLine).nElseLine;
-    if (document.LastError().m_nErrorCode != ErrorNone) return LineOutcome::Failed;
-    CVal value;
+    if (document.LastError().m_nErrorCode != operands::ErrorNone) return LineOutcome::Failed;
+    value::CVal value;
     std::string_view condition = call.rest;
-    if (!EvaluateRest(document, condition, value, ValueType::Double)) {
+    if (!operands::EvaluateRest(document, condition, value, value::ValueType::Double)) {
         return FinishedIf(ComparisonChain(document, call.rest, elseLine).Run());
     }
-    const bool holds = (value != CVal(0)) != 0;
-    std::string_view token = NextToken(call.rest);
-    while (!token.empty() && !EndsCondition(token)) token = NextToken(call.rest);
-    if (Is(token, Keyword::Goto) && holds) {
-        return FinishedIf(document.GotoLabel(NextToken(call.rest)));
+    const bool holds = (value != value::CVal(0)) != 0;
+    std::string_view token = text::NextToken(call.rest);
+    while (!token.empty() && !EndsCondition(token)) token = text::NextToken(call.rest);
+    if (Is(token, operands::Keyword::Goto) && holds) {
+        return FinishedIf(document.GotoLabel(text::NextToken(call.rest)));
     }
-    if (Is(token, Keyword::Then) && !holds) document.JumpTo(elseLine);
+    if (Is(token, operands::Keyword::Then) && !holds) document.JumpTo(elseLine);
     return LineOutcome::Finished;
 }
 
@@ -151,14 +155,15 @@ LineOutcome ExecuteElse(StatementCall& call) {
     CKalvexDoc& document = call.document;
     int line = document.State().m_nCurrentLine;
     std::string first = FirstKeyword(document, line);
-    while (first != Keyword::Endif && line < document.GetLineCount()) {
-        if (first == Keyword::If) line = document.IfBlocks().Find(document, line).nEndifLine;
+    while (first != operands::Keyword::Endif && line < document.GetLineCount()) {
+        if (first == operands::Keyword::If)
+            line = document.IfBlocks().Find(document, line).nEndifLine;
         ++line;
         first = FirstKeyword(document, line);
     }
     document.JumpTo(line);
-    if (first == Keyword::Endif) return LineOutcome::Finished;
-    return document.Fail(ErrorBadFunction, first);
+    if (first == operands::Keyword::Endif) return LineOutcome::Finished;
+    return document.Fail(operands::ErrorBadFunction, first);
 }
 
 LineOutcome ExecuteEndif(StatementCall&) {
@@ -166,7 +171,7 @@ LineOutcome ExecuteEndif(StatementCall&) {
 }
 
 LineOutcome ExecuteGoto(StatementCall& call) {
-    return FinishedIf(call.document.GotoLabel(NextToken(call.rest)));
+    return FinishedIf(call.document.GotoLabel(text::NextToken(call.rest)));
 }
 
 // The first line that is the label, or -1. A text that is not started may change between two lines
@@ -179,7 +184,7 @@ int CKalvexDoc::FindLabel(std::string_view target) {
     const int count = GetLineCount();
     for (int line = 0; line < count; ++line) {
         std::string_view text = GetLine(line);
-        if (text.starts_with(':') && NextToken(text) == target) return line;
+        if (text.starts_with(':') && text::NextToken(text) == target) return line;
     }
     return -1;
 }
@@ -187,7 +192,7 @@ int CKalvexDoc::FindLabel(std::string_view target) {
 bool CKalvexDoc::GotoLabel(std::string_view label) {
     const std::string target = ':' + std::string(label);
     const int line = FindLabel(target);
-    if (line < 0) return StopOnError(ErrorNoLabel, target);
+    if (line < 0) return StopOnError(operands::ErrorNoLabel, target);
     JumpTo(line);
     return true;
 }
@@ -198,19 +203,19 @@ bool CKalvexDoc::CheckStructure() {
     for (int line = 0; line < count; ++line) {
         std::string_view text = GetLine(line);
         if (text.empty() || text.front() == ';') continue;
-        std::string_view token = NextToken(text);
-        if (Is(token, Keyword::If)) {
-            do token = NextToken(text);
+        std::string_view token = text::NextToken(text);
+        if (Is(token, operands::Keyword::If)) {
+            do token = text::NextToken(text);
             while (!token.empty() && !EndsCondition(token));
-            if (Is(token, Keyword::Then)) ++open;
-        } else if (Is(token, Keyword::Endif) && --open < 0) {
-            LogLine(FormatErrorReport(line, ErrorStrayEndif, {}), LogErrors);
+            if (Is(token, operands::Keyword::Then)) ++open;
+        } else if (Is(token, operands::Keyword::Endif) && --open < 0) {
+            LogLine(FormatErrorReport(line, operands::ErrorStrayEndif, {}), platform::LogErrors);
             return false;
         }
     }
     if (open == 0) return true;
-    LogLine(" : " + GetErrorMessage(ErrorOpenIf), LogErrors);
+    LogLine(" : " + GetErrorMessage(operands::ErrorOpenIf), platform::LogErrors);
     return false;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 struct CCallArg {
     std::string strActual;  // the argument's text at the call, blanks removed
@@ -27,4 +27,4 @@ struct CWaitFor {
     std::vector<std::int64_t> arrTimes;  // ascending, equal times kept
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 enum class ConsoleCommand : int { Start = 2, Stop = 4, Reset = 6, Step = 8 };
 enum class ConsoleStateMessage : int { Stepped = 9, Breakpoint = 16 };
@@ -18,4 +18,4 @@ class CConsoleLink {
                            int line) = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -6,31 +6,34 @@
 #include "text/PatternMatch.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
 // The current type of the variable is what numeric literals on the right side become.
-bool EvaluateFor(CKalvexDoc& document, CVariable& variable, std::string_view& text, CVal& out) {
-    return EvaluateRest(document, text, out, variable.GetValueType(KindCurrent, 1));
+bool EvaluateFor(CKalvexDoc& document, operands::CVariable& variable, std::string_view& text,
+                 value::CVal& out) {
+    return operands::EvaluateRest(document, text, out,
+                                  variable.GetValueType(value::KindCurrent, 1));
 }
 
 }  // namespace
 
 bool CKalvexDoc::NameMayBeDeclared(std::string_view name) {
-    return name.find('.', 1) == std::string_view::npos || StopOnError(ErrorDotInName, name);
+    return name.find('.', 1) == std::string_view::npos ||
+           StopOnError(operands::ErrorDotInName, name);
 }
 
-bool CKalvexDoc::CreateVariable(std::string_view name, VariableKind kind) {
+bool CKalvexDoc::CreateVariable(std::string_view name, operands::VariableKind kind) {
     if (!NameMayBeDeclared(name)) return false;
     if (Variables().Find(name) != nullptr) return true;
-    std::unique_ptr<CVariable> variable;
-    if (kind == VariablePointer) {
-        variable = std::make_unique<CVariablePointer>(name, *this);
-    } else if (kind == VariableList) {
-        variable = std::make_unique<CVariableList>(name);
+    std::unique_ptr<operands::CVariable> variable;
+    if (kind == operands::VariablePointer) {
+        variable = std::make_unique<operands::CVariablePointer>(name, *this);
+    } else if (kind == operands::VariableList) {
+        variable = std::make_unique<operands::CVariableList>(name);
     } else {
-        variable = std::make_unique<CVariableLocal>(name);
+        variable = std::make_unique<operands::CVariableLocal>(name);
     }
     Variables().Append(std::move(variable));
     return true;
@@ -40,9 +43,9 @@ bool CKalvexDoc::CreateRemoteVariable(std::string_view name, std::string_view ta
     if (!NameMayBeDeclared(name)) return false;
     if (Variables().Find(name) != nullptr) return true;
     const std::size_t at = target.find('@');
-    if (at == std::string_view::npos) return StopOnError(ErrorBadVariableName, target);
+    if (at == std::string_view::npos) return StopOnError(operands::ErrorBadVariableName, target);
     if (Services().sources == nullptr) return false;
-    CVariable& variable = Variables().Append(
+    operands::CVariable& variable = Variables().Append(
         Services().sources->CreateRemote(*this, name, target.substr(0, at), target.substr(at + 1)));
     if (m_bIgnoreUnknown) variable.SetIgnoreUnknown(true);
     return true;
@@ -50,24 +53,24 @@ bool CKalvexDoc::CreateRemoteVariable(std::string_view name, std::string_view ta
 
 LineOutcome ExecuteLocal(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view name = NextToken(call.rest);
-    const std::string_view sign = NextToken(call.rest);
-    if (!document.CreateVariable(name, VariableLocal)) return LineOutcome::Failed;
+    const std::string_view name = text::NextToken(call.rest);
+    const std::string_view sign = text::NextToken(call.rest);
+    if (!document.CreateVariable(name, operands::VariableLocal)) return LineOutcome::Failed;
     if (sign.empty() || sign == ";") return LineOutcome::Finished;
-    if (sign != "=") return document.Fail(ErrorNoAssignment);
-    CVariable& variable = *document.Variables().Find(name);
-    const std::string_view text = TrimBlanks(call.rest);
-    CVal value;
+    if (sign != "=") return document.Fail(operands::ErrorNoAssignment);
+    operands::CVariable& variable = *document.Variables().Find(name);
+    const std::string_view text = text::TrimBlanks(call.rest);
+    value::CVal value;
     if (!EvaluateFor(document, variable, call.rest, value)) {
-        return document.Fail(ErrorExpression, text);
+        return document.Fail(operands::ErrorExpression, text);
     }
-    variable.SetValue(value, GetValueKind(name));
+    variable.SetValue(value, value::GetValueKind(name));
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteRemote(StatementCall& call) {
-    const std::string_view name = NextToken(call.rest);
-    const std::string_view target = NextToken(call.rest);
+    const std::string_view name = text::NextToken(call.rest);
+    const std::string_view target = text::NextToken(call.rest);
     const std::size_t quote = target.find('"');
     if (quote == std::string_view::npos) {
         return FinishedIf(call.document.CreateRemoteVariable(name, target));
@@ -80,90 +83,93 @@ LineOutcome ExecuteRemote(StatementCall& call) {
 }
 
 LineOutcome ExecutePointer(StatementCall& call) {
-    return FinishedIf(call.document.CreateVariable(NextToken(call.rest), VariablePointer));
+    return FinishedIf(
+        call.document.CreateVariable(text::NextToken(call.rest), operands::VariablePointer));
 }
 
 LineOutcome ExecuteList(StatementCall& call) {
-    return FinishedIf(call.document.CreateVariable(NextToken(call.rest), VariableList));
+    return FinishedIf(
+        call.document.CreateVariable(text::NextToken(call.rest), operands::VariableList));
 }
 
 LineOutcome ExecuteSet(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    std::string_view name = NextToken(call.rest);
-    if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
-    const std::size_t stamp = name.find(kTimestamp);
+    std::string_view name = text::NextToken(call.rest);
+    if (text::NextToken(call.rest) != "=") return document.Fail(operands::ErrorNoAssignment);
+    const std::size_t stamp = name.find(operands::kTimestamp);
     const bool setsTime = stamp != std::string_view::npos && stamp > 0;
     if (setsTime) name = name.substr(0, stamp);
-    CVariable* variable = document.FindNamed(name);
+    operands::CVariable* variable = document.FindNamed(name);
     if (variable == nullptr) return LineOutcome::Failed;
-    CVal value;
+    value::CVal value;
     if (!EvaluateFor(document, *variable, call.rest, value)) return LineOutcome::Failed;
     if (setsTime) {
-        variable->SetTime(ValueToInt(value), GetValueKind(name));
+        variable->SetTime(value::ValueToInt(value), value::GetValueKind(name));
     } else {
-        variable->SetValue(value, GetValueKind(name));
+        variable->SetValue(value, value::GetValueKind(name));
     }
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteCopy(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view source = NextToken(call.rest);
-    const std::string_view target = NextToken(call.rest);
+    const std::string_view source = text::NextToken(call.rest);
+    const std::string_view target = text::NextToken(call.rest);
     if (source.empty() || target.empty()) {
-        return document.Fail(ErrorUndefinedVariable);
+        return document.Fail(operands::ErrorUndefinedVariable);
     }
-    CVariable* from = document.FindNamed(source);
+    operands::CVariable* from = document.FindNamed(source);
     if (from == nullptr) return LineOutcome::Failed;
-    CVariable* to = document.FindNamed(target);
+    operands::CVariable* to = document.FindNamed(target);
     if (to == nullptr) return LineOutcome::Failed;
-    to->CopyFrom(from, GetValueKind(source));
+    to->CopyFrom(from, value::GetValueKind(source));
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteSetPtr(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view name = NextToken(call.rest);
-    if (NextToken(call.rest) != "=") return document.Fail(ErrorNoAssignment);
-    CVariable* variable = FindVariable(document, name);
-    if (variable == nullptr || variable->GetKind() != VariablePointer) {
-        return document.FailForced(ErrorUndefinedVariable, name);
+    const std::string_view name = text::NextToken(call.rest);
+    if (text::NextToken(call.rest) != "=") return document.Fail(operands::ErrorNoAssignment);
+    operands::CVariable* variable = operands::FindVariable(document, name);
+    if (variable == nullptr || variable->GetKind() != operands::VariablePointer) {
+        return document.FailForced(operands::ErrorUndefinedVariable, name);
     }
-    const std::string_view text = TrimBlanks(call.rest);
-    CVal target;
-    if (!EvaluateRest(document, call.rest, target, ValueType::Text)) {
-        return document.Fail(ErrorExpression, text);
+    const std::string_view text = text::TrimBlanks(call.rest);
+    value::CVal target;
+    if (!operands::EvaluateRest(document, call.rest, target, value::ValueType::Text)) {
+        return document.Fail(operands::ErrorExpression, text);
     }
-    static_cast<CVariablePointer*>(variable)->SetTargetName(ValueToText(target));
+    static_cast<operands::CVariablePointer*>(variable)->SetTargetName(value::ValueToText(target));
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteCreateVarList(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view name = NextToken(call.rest);
-    const std::string_view token = NextToken(call.rest);
-    CVariable* list = FindVariable(document, name);
-    if (list == nullptr || list->GetKind() != VariableList) {
-        return document.FailForced(ErrorUndefinedVariable, name);
+    const std::string_view name = text::NextToken(call.rest);
+    const std::string_view token = text::NextToken(call.rest);
+    operands::CVariable* list = operands::FindVariable(document, name);
+    if (list == nullptr || list->GetKind() != operands::VariableList) {
+        return document.FailForced(operands::ErrorUndefinedVariable, name);
     }
-    CVal pattern;
-    if (!EvaluateOperand(document, token, pattern, ValueType::Text, true)) {
+    value::CVal pattern;
+    if (!operands::EvaluateOperand(document, token, pattern, value::ValueType::Text, true)) {
         const bool wild = token.find_first_of("*?") != std::string_view::npos;
-        if (!wild || document.Variables().Find(BaseName(token)) != nullptr) {
-            return document.Fail(ErrorOther, token);
+        if (!wild || document.Variables().Find(operands::BaseName(token)) != nullptr) {
+            return document.Fail(operands::ErrorOther, token);
         }
-        pattern = CVal(token);
+        pattern = value::CVal(token);
     }
-    const std::string text = ValueToText(pattern);
-    for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
-        const VariableKind kind = variable->GetKind();
-        if (kind == VariablePointer || kind == VariableList) continue;
+    const std::string text = value::ValueToText(pattern);
+    for (const std::unique_ptr<operands::CVariable>& variable : document.Variables()) {
+        const operands::VariableKind kind = variable->GetKind();
+        if (kind == operands::VariablePointer || kind == operands::VariableList) continue;
         const std::string& candidate = variable->GetName();
-        if (CompareWithPattern(candidate, text, PatternOption::VariableNames)) {
-            static_cast<CVariableList*>(list)->Add(CVal(std::string_view(candidate)));
+        if (text::CompareWithPattern(candidate, text, text::PatternOption::VariableNames)) {
+            static_cast<operands::CVariableList*>(list)->Add(
+                value::CVal(std::string_view(candidate)));
         }
     }
     return LineOutcome::Finished;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -6,20 +6,20 @@
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
 struct Declaration {
     std::string_view keyword;
-    VariableKind kind;
+    operands::VariableKind kind;
 };
 
 constexpr Declaration kDeclarations[] = {
-    {"LOCAL", VariableLocal},
-    {"POINTER", VariablePointer},
-    {"LIST", VariableList},
-    {"REMOTE", VariableRemote},
+    {"LOCAL", operands::VariableLocal},
+    {"POINTER", operands::VariablePointer},
+    {"LIST", operands::VariableList},
+    {"REMOTE", operands::VariableRemote},
 };
 
 }  // namespace
@@ -30,14 +30,14 @@ std::vector<CDeclaredVar> BuildDeclaredVars(const CScriptText& text) {
     for (int i = 0; i < text.GetLineCount(); ++i) {
         NormaliseLine(text.GetLine(i), line);
         std::string_view rest = line;
-        const std::string keyword = ToUpper(NextToken(rest));
+        const std::string keyword = text::ToUpper(text::NextToken(rest));
         const auto row = std::ranges::find(kDeclarations, keyword, &Declaration::keyword);
         if (row == std::end(kDeclarations)) continue;
         CDeclaredVar& variable = declared.emplace_back();
-        variable.strName = NextToken(rest);
+        variable.strName = text::NextToken(rest);
         variable.nKind = row->kind;
     }
     return declared;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -6,13 +6,13 @@
 
 #include "operands/Variable.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 class CScriptText;
 
 struct CDeclaredVar {
     std::string strName;  // as the declaring line has it
-    VariableKind nKind = VariableNone;
+    operands::VariableKind nKind = operands::VariableNone;
     // Columns of the variables window, filled from the module's messages.
     std::string strValue;
     std::string strStatus;
@@ -24,4 +24,4 @@ struct CDeclaredVar {
 // A record for each line that begins with LOCAL, POINTER, LIST or REMOTE, in order. Main thread.
 std::vector<CDeclaredVar> BuildDeclaredVars(const CScriptText& text);
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -9,7 +9,7 @@
 #include "operands/ScriptContext.h"
 #include "platform/Questions.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // What all scripts of the process have done so far.
 struct RunCounts {
@@ -18,13 +18,13 @@ struct RunCounts {
     std::uint64_t waits = 0;   // of them those that waited for data
 };
 
-struct DocumentServices : ValueServices {
+struct DocumentServices : operands::ValueServices {
     const CStatementTable& statements;
-    Questions& questions;
+    platform::Questions& questions;
     CScriptSources* sources = nullptr;  // none in a process without data sources
     CConsoleLink* console = nullptr;    // none without a remote console
     bool consoleClient = false;         // this process mirrors a module and never interprets
     RunCounts* counts = nullptr;        // none where nobody counts
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

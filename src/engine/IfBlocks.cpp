@@ -5,16 +5,16 @@
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
 bool Is(std::string_view token, std::string_view keyword) {
-    return EqualNoCase(token, keyword);
+    return text::EqualNoCase(token, keyword);
 }
 
 std::string_view FirstToken(std::string_view line) {
-    return NextToken(line);
+    return text::NextToken(line);
 }
 
 bool IsEnd(std::string_view token) {
@@ -22,8 +22,9 @@ bool IsEnd(std::string_view token) {
 }
 
 bool HoldsIf(std::string_view line) {
-    for (std::string_view token = NextToken(line); !IsEnd(token); token = NextToken(line)) {
-        if (Is(token, Keyword::If)) return true;
+    for (std::string_view token = text::NextToken(line); !IsEnd(token);
+         token = text::NextToken(line)) {
+        if (Is(token, operands::Keyword::If)) return true;
     }
     return false;
 }
@@ -48,8 +49,8 @@ struct CIfBlocks::Search {
             ++line;
             const std::string_view text = document.GetLine(line);
             const std::string_view first = FirstToken(text);
-            atEndif = Is(first, Keyword::Endif);
-            const bool atElse = withElse && Is(first, Keyword::Else);
+            atEndif = Is(first, operands::Keyword::Endif);
+            const bool atElse = withElse && Is(first, operands::Keyword::Else);
             if (HoldsIf(text)) {
                 const CIfBlock& nested = known.m_mapBlocks.at(line).nested;
                 if (nested.nError != 0) NoteError(block, nested.nError);
@@ -68,18 +69,19 @@ struct CIfBlocks::Search {
         bool missingEndif = false;
         const std::string copy(document.GetLine(line));
         std::string_view text = copy;
-        for (std::string_view token = NextToken(text); !IsEnd(token); token = NextToken(text)) {
-            if (Is(token, Keyword::Goto)) {
+        for (std::string_view token = text::NextToken(text); !IsEnd(token);
+             token = text::NextToken(text)) {
+            if (Is(token, operands::Keyword::Goto)) {
                 block.nElseLine = block.nEndifLine = line;
                 noThen = false;
-            } else if (Is(token, Keyword::Then)) {
+            } else if (Is(token, operands::Keyword::Then)) {
                 if (!Run(line, block, withElse)) missingEndif = true;
                 noThen = false;
             }
         }
         if (missingEndif || noThen) {
             block.nElseLine = block.nEndifLine = line;
-            NoteError(block, missingEndif ? ErrorNoEndif : ErrorBadFunction);
+            NoteError(block, missingEndif ? operands::ErrorNoEndif : operands::ErrorBadFunction);
         }
         return block;
     }
@@ -107,4 +109,4 @@ const CIfBlock& CIfBlocks::Find(CKalvexDoc& document, int line) {
     return block;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -5,7 +5,7 @@
 
 #include <unordered_map>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 class CKalvexDoc;
 
@@ -40,4 +40,4 @@ class CIfBlocks {
     bool m_bSearched = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

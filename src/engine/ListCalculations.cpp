@@ -3,15 +3,16 @@
 #include "engine/StatementFamilies.h"
 #include "operands/ListFunctions.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 LineOutcome ExecuteFillInList(StatementCall& call) {
-    return FinishedIf(FillInList(call.document, call.rest));
+    return FinishedIf(operands::FillInList(call.document, call.rest));
 }
 
 // A reversed range and an empty result are no failure of the line.
 LineOutcome ExecuteCalcInList(StatementCall& call) {
-    return FinishedIf(CalcInList(call.document, call.rest) != CalcResult::Error);
+    return FinishedIf(operands::CalcInList(call.document, call.rest) !=
+                      operands::CalcResult::Error);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -11,7 +11,7 @@
 #include "value/LocalTime.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -61,40 +61,43 @@ LineOutcome ExecuteIgnoreUnknownOff(StatementCall& call) {
 
 LineOutcome ExecutePriority(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    CVal value;
-    if (!EvaluateOperand(document, NextToken(call.rest), value, ValueType::Int, true)) {
+    value::CVal value;
+    if (!operands::EvaluateOperand(document, text::NextToken(call.rest), value,
+                                   value::ValueType::Int, true)) {
         return LineOutcome::Failed;
     }
-    const int priority = ValueToInt(value);
+    const int priority = value::ValueToInt(value);
     if (priority > 0) document.SetPriority(priority);
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteSleep(StatementCall& call) {
-    SleepTime span;
-    if (!ParseSleepTime(call.document, NextToken(call.rest), span)) return LineOutcome::Failed;
+    operands::SleepTime span;
+    if (!operands::ParseSleepTime(call.document, text::NextToken(call.rest), span))
+        return LineOutcome::Failed;
     return call.document.Sleep(std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 +
                                span.seconds);
 }
 
 LineOutcome ExecuteSetTime(StatementCall& call) {
     std::array<std::string_view, 6> tokens;
-    for (std::string_view& token : tokens) token = NextToken(call.rest);
+    for (std::string_view& token : tokens) token = text::NextToken(call.rest);
     std::array<int, 6> fields{};
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-        CVal value;
-        if (!EvaluateOperand(call.document, tokens[i], value, ValueType::Int, true)) {
+        value::CVal value;
+        if (!operands::EvaluateOperand(call.document, tokens[i], value, value::ValueType::Int,
+                                       true)) {
             return LineOutcome::Failed;
         }
-        fields[i] = ValueToInt(value);
+        fields[i] = value::ValueToInt(value);
     }
     const auto [year, month, day, hour, minute, second] = fields;
-    const std::int64_t time = MakeLocalTime({.year = year,
-                                             .month = month,
-                                             .day = day,
-                                             .hour = hour,
-                                             .minute = minute,
-                                             .second = second});
+    const std::int64_t time = value::MakeLocalTime({.year = year,
+                                                    .month = month,
+                                                    .day = day,
+                                                    .hour = hour,
+                                                    .minute = minute,
+                                                    .second = second});
     // A time before 1970 has no fields, so there is nothing to set. Whether the system lets the
     // clock be set is no concern of the script.
     if (time >= 0) call.document.Services().clock.SetSystemTime(time);
@@ -103,15 +106,15 @@ LineOutcome ExecuteSetTime(StatementCall& call) {
 
 LineOutcome ExecuteSubscribe(StatementCall& call) {
     CScriptSources* const sources = call.document.Services().sources;
-    const std::string_view word = NextToken(call.rest);
-    if (word == Keyword::Stop) {
+    const std::string_view word = text::NextToken(call.rest);
+    if (word == operands::Keyword::Stop) {
         if (sources != nullptr) sources->BlockSubscribe();
-    } else if (word == Keyword::Start) {
+    } else if (word == operands::Keyword::Start) {
         if (sources != nullptr) sources->UnblockSubscribe(false);
     } else {
-        return call.document.Fail(ErrorUnknownKeyword, word);
+        return call.document.Fail(operands::ErrorUnknownKeyword, word);
     }
     return LineOutcome::Finished;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -7,7 +7,7 @@
 #include "operands/Keywords.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -31,22 +31,23 @@ void ForEachArgument(std::string_view text, Take take) {
 int FindProcedure(CKalvexDoc& document, std::string_view name) {
     for (int i = 0, count = document.GetLineCount(); i < count; ++i) {
         std::string_view line = document.GetLine(i);
-        if (NextToken(line) == Keyword::Procedure && ProcedureName(line) == name) return i;
+        if (text::NextToken(line) == operands::Keyword::Procedure && ProcedureName(line) == name)
+            return i;
     }
     return -1;
 }
 
 LineOutcome CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view text) {
     const std::string name(ProcedureName(text));  // the search moves on from this line's text
-    if (name.empty()) return document.StopOnError(ErrorNoProcedure, "");
+    if (name.empty()) return document.StopOnError(operands::ErrorNoProcedure, "");
     ForEachArgument(text, [&](std::string item) {
         frame.arrArgs.push_back({.strActual = std::move(item), .strFormal = {}});
     });
     const int head = FindProcedure(document, name);
-    if (head < 0) return document.StopOnError(ErrorNoProcedure, "");
+    if (head < 0) return document.StopOnError(operands::ErrorNoProcedure, "");
 
     std::string_view line = document.GetLine(head);
-    NextToken(line);
+    text::NextToken(line);
     auto next = frame.arrArgs.begin();
     ForEachArgument(line, [&](std::string item) {
         if (next != frame.arrArgs.end()) (next++)->strFormal = std::move(item);
@@ -93,11 +94,11 @@ std::string LookupArgument(const CCallFrame& frame, std::string_view token) {
 }
 
 std::string RewriteLine(const CCallFrame& frame, std::string_view line) {
-    const std::string_view first = NextToken(line);
+    const std::string_view first = text::NextToken(line);
     std::string result(first);
-    if (first == Keyword::Call) return result + RewriteArguments(frame, line);
+    if (first == operands::Keyword::Call) return result + RewriteArguments(frame, line);
     for (;;) {
-        const std::string_view token = NextToken(line);
+        const std::string_view token = text::NextToken(line);
         if (token.empty()) return result;
         const std::string replacement = LookupArgument(frame, token);
         result += ' ';
@@ -107,12 +108,12 @@ std::string RewriteLine(const CCallFrame& frame, std::string_view line) {
 
 // Nothing but BEGIN may stand between a head that was reached from above and the body.
 LineOutcome CKalvexDoc::PassProcedureLine(std::string_view keyword) {
-    if (keyword == Keyword::Begin) {
+    if (keyword == operands::Keyword::Begin) {
         m_bInProcedureBody = true;
         return LineOutcome::Finished;
     }
     if (!m_bInProcedureBody) return LineOutcome::Failed;
-    if (keyword == Keyword::End) {
+    if (keyword == operands::Keyword::End) {
         m_bInProcedureSkip = false;
         m_bInProcedureBody = false;
     }
@@ -149,4 +150,4 @@ LineOutcome ExecuteCall(StatementCall& call) {
     return CallProcedure(call.document, call.document.PushFrame(), call.rest);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -7,7 +7,7 @@
 #include "engine/CallStack.h"
 #include "engine/Statement.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // What stands before the first "(" or blank; empty if neither occurs.
 std::string_view ProcedureName(std::string_view text);
@@ -18,4 +18,4 @@ std::string LookupArgument(const CCallFrame& frame, std::string_view token);
 // The line with each formal parameter replaced by the actual argument's text.
 std::string RewriteLine(const CCallFrame& frame, std::string_view line);
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -4,7 +4,7 @@
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -15,7 +15,7 @@ constexpr int kDefaultPriority = 50;
 }  // namespace
 
 CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<CScriptText> text)
-    : CScriptContext(services), m_documentServices(services), m_pText(std::move(text)) {}
+    : operands::CScriptContext(services), m_documentServices(services), m_pText(std::move(text)) {}
 
 CKalvexDoc::~CKalvexDoc() {
     ClearRunState();
@@ -23,10 +23,10 @@ CKalvexDoc::~CKalvexDoc() {
 }
 
 bool CKalvexDoc::Open(std::string_view path, std::string& error) {
-    const Paths& paths = Services().paths;
+    const platform::Paths& paths = Services().paths;
     std::string content;
     const std::string full = paths.GetFullPath(path);
-    if (!ReadWholeFile(NativePath(full), content, error)) return false;
+    if (!platform::ReadWholeFile(platform::NativePath(full), content, error)) return false;
     SetPathName(full);
     m_strDocKey = paths.GetShortPath(path);
     m_pText->SetText(content);
@@ -35,7 +35,8 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
 }
 
 bool CKalvexDoc::Save(std::string& error) {
-    if (!WriteWholeFile(NativePath(GetPathName()), m_pText->GetText(), error)) return false;
+    if (!platform::WriteWholeFile(platform::NativePath(GetPathName()), m_pText->GetText(), error))
+        return false;
     m_bModified = false;
     return true;
 }
@@ -43,8 +44,8 @@ bool CKalvexDoc::Save(std::string& error) {
 bool CKalvexDoc::Reload() {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(NativePath(GetPathName()), content, error)) {
-        LogLine(" : " + FromUtf8(error), LogErrors);
+    if (!platform::ReadWholeFile(platform::NativePath(GetPathName()), content, error)) {
+        LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
         return false;
     }
     m_pText->SetText(content);
@@ -73,7 +74,7 @@ void CKalvexDoc::FillLineCache() {
         std::string& line = m_arrLineCache[static_cast<std::size_t>(n)];
         NormaliseLine(m_pText->GetLine(n), line);
         std::string_view text = line;
-        if (text.starts_with(':')) m_mapLabels.emplace(NextToken(text), n);
+        if (text.starts_with(':')) m_mapLabels.emplace(text::NextToken(text), n);
     }
 }
 
@@ -105,7 +106,7 @@ CIfBlocks& CKalvexDoc::IfBlocks() {
 
 std::string FirstKeyword(CKalvexDoc& document, int line) {
     std::string_view text = document.GetLine(line);
-    return ToUpper(NextToken(text));
+    return text::ToUpper(text::NextToken(text));
 }
 
 bool CKalvexDoc::CommandGoesToModule(ConsoleCommand command) {
@@ -123,14 +124,14 @@ bool CKalvexDoc::SaveChanges() {
     }
     std::string error;
     if (Save(error)) return true;
-    LogLine(" : " + FromUtf8(error), LogErrors);
+    LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
     return false;
 }
 
 bool CKalvexDoc::Start() {
     if (Services().consoleClient && !m_bControlAllowed) return false;
     if (!SaveChanges() || CommandGoesToModule(ConsoleCommand::Start)) return false;
-    LogLine(Services().translator.Translate(" : Inicjowanie skryptu "), LogAlways);
+    LogLine(Services().translator.Translate(" : Inicjowanie skryptu "), platform::LogAlways);
     if (!m_bIncludesExpanded) {
         DropLineCache();
         ExpandIncludes(true);
@@ -153,7 +154,7 @@ bool CKalvexDoc::Start() {
     Resume();
     SetReadOnly(true);
     if (m_pView != nullptr) m_pView->RefreshTitle();
-    LogLine(Services().translator.Translate(" : Start skryptu "), LogAlways);
+    LogLine(Services().translator.Translate(" : Start skryptu "), platform::LogAlways);
     return true;
 }
 
@@ -166,7 +167,7 @@ void CKalvexDoc::Stop() {
         m_pView->SelectLine(m_nCurrentLine);
         m_pView->RefreshTitle();
     }
-    LogLine(Services().translator.Translate(" : Stop skryptu "), LogAlways);
+    LogLine(Services().translator.Translate(" : Stop skryptu "), platform::LogAlways);
 }
 
 void CKalvexDoc::Step() {
@@ -177,7 +178,7 @@ void CKalvexDoc::Step() {
 
 void CKalvexDoc::Reset() {
     if (CommandGoesToModule(ConsoleCommand::Reset)) return;
-    LogLine(Services().translator.Translate(" : Reset skryptu "), LogAlways);
+    LogLine(Services().translator.Translate(" : Reset skryptu "), platform::LogAlways);
     MarkLine(-1);
     if (m_pView != nullptr) m_pView->SelectLine(-1);
     ClearRunState();
@@ -192,8 +193,8 @@ void CKalvexDoc::ClearRunState() {
     m_bPaused = false;
     if (CScriptSources* sources = Services().sources) {
         sources->BlockSubscribe();
-        for (const std::unique_ptr<CVariable>& variable : Variables()) {
-            if (variable->GetKind() == VariableRemote) sources->ReleaseRemote(*variable);
+        for (const std::unique_ptr<operands::CVariable>& variable : Variables()) {
+            if (variable->GetKind() == operands::VariableRemote) sources->ReleaseRemote(*variable);
         }
         sources->UnblockSubscribe(true);
     }
@@ -207,8 +208,8 @@ void CKalvexDoc::ClearRunState() {
     m_nCurrentLine = 0;
     m_nPriority = kDefaultPriority;
     m_nPaceCounter = 0;
-    SetError(ErrorNone, {}, false);
-    m_nReportedError = ErrorNone;
+    SetError(operands::ErrorNone, {}, false);
+    m_nReportedError = operands::ErrorNone;
     m_bErrorStanding = false;
 }
 
@@ -220,4 +221,4 @@ void CKalvexDoc::MarkLine(int line) {
     m_nMarkedLine = line;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -19,7 +19,7 @@
 #include "engine/ScriptView.h"
 #include "operands/ScriptContext.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // Bits of the state word that the console publishes.
 enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, StateMinimised = 8 };
@@ -49,7 +49,7 @@ struct CRunState {
     bool m_bIgnoreUnknown = false;
 };
 
-class CKalvexDoc final : public CScriptContext, private CRunState {
+class CKalvexDoc final : public operands::CScriptContext, private CRunState {
   public:
     // Makes an empty, idle document. Lines live in a line list unless another text is given.
     explicit CKalvexDoc(const DocumentServices& services,
@@ -101,7 +101,7 @@ class CKalvexDoc final : public CScriptContext, private CRunState {
     std::string_view GetLine(int n);
 
     // Records the error and puts the script into step mode, for a handler to return.
-    Failure StopOnError(int code, std::string_view text);
+    operands::Failure StopOnError(int code, std::string_view text);
     std::string GetErrorMessage(int code) const;  // translated
     // " : Linia N - message" and " : text" if there is one.
     std::string FormatErrorReport(int line, int code, std::string_view text) const;
@@ -137,7 +137,7 @@ class CKalvexDoc final : public CScriptContext, private CRunState {
 
     // A variable of kind local, pointer or list. One that exists already stays as it is. A dot in
     // the name stops the script.
-    bool CreateVariable(std::string_view name, VariableKind kind);
+    bool CreateVariable(std::string_view name, operands::VariableKind kind);
     // A remote variable for "server@variable"; a target without "@" stops the script.
     bool CreateRemoteVariable(std::string_view name, std::string_view target);
 
@@ -176,4 +176,4 @@ class CKalvexDoc final : public CScriptContext, private CRunState {
 // First token of a line of the document, upper-cased; empty for a blank line.
 std::string FirstKeyword(CKalvexDoc& document, int line);
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

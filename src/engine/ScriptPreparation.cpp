@@ -12,7 +12,7 @@
 #include "text/LineScanner.h"
 #include "text/PatternMatch.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -56,9 +56,9 @@ class Expansion {
         for (m_nLine = 0; m_nLine < m_text.GetLineCount(); ++m_nLine) {
             NormaliseLine(m_text.GetLine(m_nLine), line);
             std::string_view rest = line;
-            const std::string keyword = ToUpper(NextToken(rest));
-            if (keyword == Keyword::Include && !IncludeFile(rest)) return false;
-            if (keyword == Keyword::IncludeVar) IncludeVariables(rest);
+            const std::string keyword = text::ToUpper(text::NextToken(rest));
+            if (keyword == operands::Keyword::Include && !IncludeFile(rest)) return false;
+            if (keyword == operands::Keyword::IncludeVar) IncludeVariables(rest);
         }
         return true;
     }
@@ -89,16 +89,17 @@ class Expansion {
 
         std::string content;
         std::string error;
-        const FileRead read = ReadFile(NativePath(path), content, error);
-        if (read == FileRead::NotOpened) {
+        const platform::FileRead read =
+            platform::ReadFile(platform::NativePath(path), content, error);
+        if (read == platform::FileRead::NotOpened) {
             InsertFault("ERROR - file \"" + path + "\" not found");
         } else {
             std::string lines;
             const int count = AppendLines(content, lines);
             InsertAndPass(lines, count);
         }
-        if (read == FileRead::Broken) {
-            InsertFault("ERROR - file \"" + path + "\" %s" + FromUtf8(error));
+        if (read == platform::FileRead::Broken) {
+            InsertFault("ERROR - file \"" + path + "\" %s" + text::FromUtf8(error));
             return false;
         }
         InsertBehind("; END -> INCLUDE " + path + " */");
@@ -106,8 +107,8 @@ class Expansion {
     }
 
     void IncludeVariables(std::string_view rest) {
-        const std::string server(NextToken(rest));
-        const std::string_view filter = NextToken(rest);
+        const std::string server(text::NextToken(rest));
+        const std::string_view filter = text::NextToken(rest);
         if (server.empty()) {
             InsertFault("ERROR - source \"" + server + "\" not found");
             return;
@@ -125,7 +126,8 @@ class Expansion {
         int count = 0;
         for (const std::string& name : *names) {
             const bool wanted =
-                filter.empty() || CompareWithPattern(name, filter, PatternOption::VariableNames);
+                filter.empty() ||
+                text::CompareWithPattern(name, filter, text::PatternOption::VariableNames);
             if (!wanted) continue;
             lines += "REMOTE " + LocalName(name) + ' ' + server + '@' + name;
             lines += kLineEnd;
@@ -149,4 +151,4 @@ bool CKalvexDoc::ExpandIncludes(bool expand) {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

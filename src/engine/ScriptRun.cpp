@@ -5,7 +5,7 @@
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -56,7 +56,7 @@ void CKalvexDoc::RunFreely() {
         const bool errorChanged = m_nReportedError != LastError().m_nErrorCode;
         const bool waiting = LastError().IsWaiting();
         if (waiting ? lineChanged : lineChanged || errorChanged) {
-            ReportError(waiting ? LogEvents : LogErrors);
+            ReportError(waiting ? platform::LogEvents : platform::LogErrors);
         }
         m_nReportedLine = m_nCurrentLine;
         m_nReportedError = LastError().m_nErrorCode;
@@ -75,7 +75,8 @@ void CKalvexDoc::RunFreely() {
 void CKalvexDoc::RunOneStep() {
     if (!ExecuteLine()) {
         const int code = LastError().m_nErrorCode;
-        if (m_nReportedLine != m_nCurrentLine && m_nReportedError != code) ReportError(LogErrors);
+        if (m_nReportedLine != m_nCurrentLine && m_nReportedError != code)
+            ReportError(platform::LogErrors);
         m_nReportedLine = m_nCurrentLine;
         m_nReportedError = code;
     }
@@ -90,7 +91,7 @@ void CKalvexDoc::RunOneStep() {
 }
 
 void CKalvexDoc::ReportError(int level) {
-    const ErrorSlot& error = LastError();
+    const operands::ErrorSlot& error = LastError();
     LogLine(FormatErrorReport(m_nCurrentLine, error.m_nErrorCode, error.m_strErrorText), level);
 }
 
@@ -108,7 +109,7 @@ void CKalvexDoc::ShowLine(int line) {
 
 bool CKalvexDoc::ExecuteLine() {
     if (m_nCurrentLine >= GetLineCount()) return true;
-    SetError(ErrorNone, {}, true);
+    SetError(operands::ErrorNone, {}, true);
     std::string_view line = GetLine(m_nCurrentLine);
     if (!m_lstCallStack.empty()) {
         m_strRewrittenLine = RewriteLine(m_lstCallStack.back(), line);
@@ -116,7 +117,8 @@ bool CKalvexDoc::ExecuteLine() {
     }
     const LineOutcome outcome = RunStatement(line);
     const bool failed = outcome == LineOutcome::Failed;
-    if (failed && LastError().m_nErrorCode == ErrorNone) SetError(ErrorOther, {}, false);
+    if (failed && LastError().m_nErrorCode == operands::ErrorNone)
+        SetError(operands::ErrorOther, {}, false);
     if (Services().counts != nullptr) CountLine(*Services().counts, failed);
     if (outcome == LineOutcome::Finished) CompleteLine();
     return !failed;
@@ -131,11 +133,11 @@ void CKalvexDoc::CountLine(RunCounts& counts, bool failed) const {
 LineOutcome CKalvexDoc::RunStatement(std::string_view line) {
     if (line.empty() || line.front() == ';') return LineOutcome::Finished;
     std::string_view rest = line;
-    const std::string word = ToUpper(NextToken(rest));
+    const std::string word = text::ToUpper(text::NextToken(rest));
     if (word.starts_with(':')) return LineOutcome::Finished;
     const StatementRow* row = Services().statements.Find(word);
-    if (m_bInProcedureSkip && word != Keyword::Procedure) return PassProcedureLine(word);
-    if (row == nullptr) return Fail(ErrorUnknownKeyword, word);
+    if (m_bInProcedureSkip && word != operands::Keyword::Procedure) return PassProcedureLine(word);
+    if (row == nullptr) return Fail(operands::ErrorUnknownKeyword, word);
     StatementCall call{*this, row->keyword, rest};
     return row->handler(call);
 }
@@ -150,19 +152,19 @@ void CKalvexDoc::CompleteLine() {
     }
 }
 
-Failure CKalvexDoc::StopOnError(int code, std::string_view text) {
+operands::Failure CKalvexDoc::StopOnError(int code, std::string_view text) {
     Pause();
     return Fail(code, text);
 }
 
 std::string CKalvexDoc::GetErrorMessage(int code) const {
-    const ScriptErrorRow* row = FindScriptError(code);
-    const Translator& translator = Services().translator;
+    const operands::ScriptErrorRow* row = operands::FindScriptError(code);
+    const platform::Translator& translator = Services().translator;
     if (row == nullptr) {
-        return translator.Translate(FindScriptError(ErrorOther)->text) + " (" +
+        return translator.Translate(operands::FindScriptError(operands::ErrorOther)->text) + " (" +
                std::to_string(code) + ')';
     }
-    return row->translated ? translator.Translate(row->text) : FromUtf8(row->text);
+    return row->translated ? translator.Translate(row->text) : text::FromUtf8(row->text);
 }
 
 std::string CKalvexDoc::FormatErrorReport(int line, int code, std::string_view text) const {
@@ -177,4 +179,4 @@ std::string CKalvexDoc::FormatErrorReport(int line, int code, std::string_view t
     return report;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -10,7 +10,7 @@
 
 #include "operands/Variable.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 class CKalvexDoc;
 
@@ -20,12 +20,13 @@ class CScriptSources {
 
     // A remote variable bound to a server variable; the registration may still be refused, which
     // the variable shows when it is read. Never null.
-    virtual std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
-                                                    std::string_view source,
-                                                    std::string_view variable) = 0;
+    virtual std::unique_ptr<operands::CVariable> CreateRemote(CKalvexDoc& document,
+                                                              std::string_view name,
+                                                              std::string_view source,
+                                                              std::string_view variable) = 0;
 
     // Ends the binding of a remote variable whose document clears its run state.
-    virtual void ReleaseRemote(CVariable& variable) = 0;
+    virtual void ReleaseRemote(operands::CVariable& variable) = 0;
 
     // Subscription is held back while blocks nest; the reset form ends them all.
     virtual void BlockSubscribe() = 0;
@@ -33,11 +34,13 @@ class CScriptSources {
 
     // Has the document hear of changes in the reports of a kind; the notifications keep account of
     // what is to be ended. False when there is no such source or kind, or it is so already.
-    virtual bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) = 0;
-    virtual void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) = 0;
+    virtual bool AddNotifyDoc(value::ValueKind kind, std::string_view source,
+                              CKalvexDoc& document) = 0;
+    virtual void RemoveNotifyDoc(value::ValueKind kind, std::string_view source,
+                                 CKalvexDoc& document) = 0;
 
     // Names of a server's variables in the server's order; nothing when the list is not to be had.
     virtual std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

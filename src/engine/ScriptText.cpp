@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -60,4 +60,4 @@ void CLineList::InsertScriptText(int line, std::string_view text, bool replace) 
                       std::make_move_iterator(added.end()));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

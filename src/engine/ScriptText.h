@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // The line as statements read it: tabs are blanks, leading blanks are gone. `line` is overwritten.
 void NormaliseLine(std::string_view raw, std::string& line);
@@ -43,4 +43,4 @@ class CLineList final : public CScriptText {
     std::vector<std::string> m_arrLines;  // never empty
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

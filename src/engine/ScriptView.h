@@ -1,7 +1,7 @@
 // What the engine tells the view of a document, and the one thing that it asks. Main thread.
 #pragma once
 
-namespace kalvex {
+namespace kalvex::engine {
 
 class CScriptView {
   public:
@@ -15,4 +15,4 @@ class CScriptView {
     virtual bool HasBreakpoint(int line) const = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -1,6 +1,6 @@
 #include "engine/Statement.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 CStatementTable::CStatementTable(std::span<const StatementRow> rows) : m_rows(rows) {
     m_mapByKeyword.reserve(rows.size());
@@ -12,4 +12,4 @@ const StatementRow* CStatementTable::Find(std::string_view keyword) const {
     return found == m_mapByKeyword.end() ? nullptr : found->second;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

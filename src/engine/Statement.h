@@ -5,7 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 class CKalvexDoc;
 
@@ -47,4 +47,4 @@ class CStatementTable {
     std::unordered_map<std::string_view, const StatementRow*> m_mapByKeyword;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

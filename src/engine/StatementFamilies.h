@@ -3,7 +3,7 @@
 
 #include "engine/Statement.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // Declarations and assignment
 LineOutcome ExecuteLocal(StatementCall& call);
@@ -53,4 +53,4 @@ LineOutcome ExecuteCalcInList(StatementCall& call);
 // Status words
 LineOutcome ExecuteStatusChange(StatementCall& call);
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -6,14 +6,15 @@
 #include "operands/OperandEvaluator.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 LineOutcome ExecuteStatusChange(StatementCall& call) {
     const std::string line = std::string(call.keyword) + ' ' + std::string(call.rest);
     std::string_view text = line;
-    CVal changed;
-    if (EvaluateRest(call.document, text, changed, ValueType::Int)) return LineOutcome::Finished;
-    return call.document.FailForced(ErrorExpression, TrimBlanks(call.rest));
+    value::CVal changed;
+    if (operands::EvaluateRest(call.document, text, changed, value::ValueType::Int))
+        return LineOutcome::Finished;
+    return call.document.FailForced(operands::ErrorExpression, text::TrimBlanks(call.rest));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -49,4 +49,4 @@ void CTickRunner::SkipTicks(int count) {
     for (CKalvexDoc* document : m_arrDocuments) document->SkipSteps(count);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

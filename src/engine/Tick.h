@@ -5,7 +5,7 @@
 
 #include "engine/ScriptDocument.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 class CTickRunner {
   public:
@@ -34,4 +34,4 @@ class CTickRunner {
     bool m_bErrorStanding = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -7,11 +7,11 @@
 #include "engine/StatementFamilies.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
-void SetDay(CWaitFor& record, const TimeFields& date) {
+void SetDay(CWaitFor& record, const value::TimeFields& date) {
     record.nDay = date.day;
     record.nMonth = date.month;
     record.nYear = date.year;
@@ -26,13 +26,13 @@ std::int64_t CountOf(const CWaitFor& record) {
 }
 
 bool ReadWaitTimes(CKalvexDoc& document, std::string_view text, CWaitFor& record,
-                   const TimeFields& today) {
-    std::string_view token = NextToken(text);
+                   const value::TimeFields& today) {
+    std::string_view token = text::NextToken(text);
     if (token.empty()) return false;
-    for (; !token.empty(); token = NextToken(text)) {
+    for (; !token.empty(); token = text::NextToken(text)) {
         if (token == ",") continue;
-        SleepTime written;
-        if (!ParseSleepTime(document, token, written)) return false;
+        operands::SleepTime written;
+        if (!operands::ParseSleepTime(document, token, written)) return false;
         AddWaitTimes(record, written, today);
     }
     return true;
@@ -40,21 +40,22 @@ bool ReadWaitTimes(CKalvexDoc& document, std::string_view text, CWaitFor& record
 
 }  // namespace
 
-void AddWaitTimes(CWaitFor& record, const SleepTime& written, const TimeFields& today) {
+void AddWaitTimes(CWaitFor& record, const operands::SleepTime& written,
+                  const value::TimeFields& today) {
     const auto range = [](bool all, int value, int high) {
         const int fixed = std::clamp(value, 0, high);
         return all ? std::pair{0, high} : std::pair{fixed, fixed};
     };
-    const bool everyHour = written.form != SleepForm::HoursMinutesSeconds;
-    const bool everyMinute = written.form == SleepForm::Seconds;
+    const bool everyHour = written.form != operands::SleepForm::HoursMinutesSeconds;
+    const bool everyMinute = written.form == operands::SleepForm::Seconds;
     const auto [firstHour, lastHour] = range(everyHour, written.hours, 23);
     const auto [firstMinute, lastMinute] = range(everyMinute, written.minutes, 59);
 
-    TimeFields at = today;
+    value::TimeFields at = today;
     at.second = std::clamp(written.seconds, 0, 59);
     for (at.hour = firstHour; at.hour <= lastHour; ++at.hour) {
         for (at.minute = firstMinute; at.minute <= lastMinute; ++at.minute) {
-            Insert(record.arrTimes, MakeLocalTime(at));
+            Insert(record.arrTimes, value::MakeLocalTime(at));
         }
     }
 }
@@ -65,16 +66,17 @@ void LocateWaitTime(CWaitFor& record, std::int64_t time) {
 
 void RollWaitTimes(CWaitFor& record) {
     if (record.arrTimes.empty()) return;
-    const TimeFields date = SplitLocalTime(GetNextLocalDayTime(record.arrTimes.front()));
+    const value::TimeFields date =
+        value::SplitLocalTime(value::GetNextLocalDayTime(record.arrTimes.front()));
     std::vector<std::int64_t> rolled;
     rolled.reserve(record.arrTimes.size());
     // A day that leaves an hour out moves readings behind later ones: the order is made anew.
     for (const std::int64_t time : record.arrTimes) {
-        TimeFields at = SplitLocalTime(time);
+        value::TimeFields at = value::SplitLocalTime(time);
         at.year = date.year;
         at.month = date.month;
         at.day = date.day;
-        Insert(rolled, MakeLocalTime(at));
+        Insert(rolled, value::MakeLocalTime(at));
     }
     record.arrTimes = std::move(rolled);
     SetDay(record, date);
@@ -82,7 +84,7 @@ void RollWaitTimes(CWaitFor& record) {
 }
 
 bool PassWaitTime(CWaitFor& record, std::int64_t now) {
-    const TimeFields today = SplitLocalTime(now);
+    const value::TimeFields today = value::SplitLocalTime(now);
     if (record.nDay < today.day && record.nMonth <= today.month && record.nYear <= today.year) {
         RollWaitTimes(record);
     } else {
@@ -110,7 +112,7 @@ LineOutcome ExecuteWaitFor(StatementCall& call) {
     if (CWaitFor* known = document.FindWaitFor()) {
         return PassWaitTime(*known, now) ? LineOutcome::Finished : LineOutcome::Stays;
     }
-    const TimeFields today = SplitLocalTime(now);
+    const value::TimeFields today = value::SplitLocalTime(now);
     CWaitFor record;
     if (!ReadWaitTimes(document, call.rest, record, today)) return LineOutcome::Failed;
     if (record.arrTimes.empty()) return LineOutcome::Stays;
@@ -120,4 +122,4 @@ LineOutcome ExecuteWaitFor(StatementCall& call) {
     return LineOutcome::Stays;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -7,11 +7,12 @@
 #include "operands/TimeText.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // Adds the times that a written time means on the day of `today`: one for h:m.s, one an hour for
 // m.s, one a minute for s. Fields out of their bounds are brought to the nearest bound.
-void AddWaitTimes(CWaitFor& record, const SleepTime& written, const TimeFields& today);
+void AddWaitTimes(CWaitFor& record, const operands::SleepTime& written,
+                  const value::TimeFields& today);
 
 // Places the record at its first time at or after `time`, or behind its last one.
 void LocateWaitTime(CWaitFor& record, std::int64_t time);
@@ -23,4 +24,4 @@ void RollWaitTimes(CWaitFor& record);
 // Moves the record on to `now`; true when a time has come, which is then used up.
 bool PassWaitTime(CWaitFor& record, std::int64_t now);
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

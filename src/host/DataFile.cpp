@@ -8,7 +8,7 @@
 #include "text/LineScanner.h"
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 namespace {
 
@@ -26,12 +26,12 @@ std::string_view TakeLine(std::string_view& text) {
 }
 
 bool IsHeaderCharacter(char c) {
-    return IsLetterOrDigit(c) || c == '-' || c == '.' || c == '_' || c == '@';
+    return text::IsLetterOrDigit(c) || c == '-' || c == '.' || c == '_' || c == '@';
 }
 
 bool IsNameCharacter(char c) {
     const bool printable = c >= ' ' && c <= '~';
-    return c != ':' && (printable || c == '\t' || IsLetterOrDigit(c));
+    return c != ':' && (printable || c == '\t' || text::IsLetterOrDigit(c));
 }
 
 // The name of a line that writing replaces: something stands behind the colon.
@@ -40,12 +40,12 @@ std::optional<std::string_view> WrittenName(std::string_view line) {
     const auto length = static_cast<std::size_t>(end - line.begin());
     if (length == 0 || length == line.size() || line[length] != ':') return std::nullopt;
     if (line.find_first_not_of(kSpaces, length + 1) == std::string_view::npos) return std::nullopt;
-    return TrimBlanks(line.substr(0, length));
+    return text::TrimBlanks(line.substr(0, length));
 }
 
 // The number of a header such as [12]; 0 for any other name.
 std::int64_t HeaderNumber(std::string_view name) {
-    const auto number = ReadWholeNumber<std::int64_t>(name);
+    const auto number = text::ReadWholeNumber<std::int64_t>(name);
     return number && *number > 0 && *number < INT64_MAX ? *number : 0;
 }
 
@@ -153,7 +153,7 @@ void ReadDataLines(
         const std::string_view line = TakeLine(text);
         const std::size_t colon = line.find(':');
         if (colon != std::string_view::npos) {
-            if (inside) assign(TrimBlanks(line.substr(0, colon)), line.substr(colon + 1));
+            if (inside) assign(text::TrimBlanks(line.substr(0, colon)), line.substr(colon + 1));
         } else if (const auto name = HeaderName(line); name && !section.empty()) {
             if (inside) return;
             inside = *name == section;
@@ -166,4 +166,4 @@ RewrittenData RewriteData(std::string_view text, std::string_view section,
     return CDataRewriter(section, entries).Rewrite(text);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::host

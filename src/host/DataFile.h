@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::host {
 
 // The section that a header names; of a longer name the first 80 characters.
 std::optional<std::string_view> HeaderName(std::string_view line);
@@ -40,4 +40,4 @@ struct RewrittenData {
 RewrittenData RewriteData(std::string_view text, std::string_view section,
                           std::span<const DataEntry> entries);
 
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -12,7 +12,7 @@
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 namespace {
 
@@ -51,62 +51,66 @@ enum class Form { WithoutValue, WithValue };
 
 // A lone minus takes the next token on.
 std::string NextSigned(std::string_view& text) {
-    std::string token(NextToken(text));
-    if (token == "-") token += NextToken(text);
+    std::string token(text::NextToken(text));
+    if (token == "-") token += text::NextToken(text);
     return token;
 }
 
 bool IsOption(std::string_view token) {
-    return EqualNoCase(token, kOnly) || EqualNoCase(token, kAllBut);
+    return text::EqualNoCase(token, kOnly) || text::EqualNoCase(token, kAllBut);
 }
 
 // A quoted text, the value of a variable, or the token as it stands; false for a variable that has
 // no value now.
-bool Resolve(CScriptContext& script, std::string_view token, std::string& out) {
+bool Resolve(operands::CScriptContext& script, std::string_view token, std::string& out) {
     out = token;
     if (token.empty()) return true;
     if (token.size() > 1 && token.front() == '"' && token.back() == '"') {
         out = token.substr(1, token.size() - 2);
         return true;
     }
-    CVariable* variable = script.Variables().Find(BaseName(token));
-    const ValueKind kind = GetValueKind(token);
-    if (variable == nullptr || kind == KindNone) {
-        script.SetError(ErrorUndefinedVariable, token, false);
+    operands::CVariable* variable = script.Variables().Find(operands::BaseName(token));
+    const value::ValueKind kind = value::GetValueKind(token);
+    if (variable == nullptr || kind == value::KindNone) {
+        script.SetError(operands::ErrorUndefinedVariable, token, false);
         return true;
     }
-    CVal value;
+    value::CVal value;
     const int result = variable->GetValue(value, kind, 0);
-    if (result == ReadValue) {
-        out = ValueToText(value);
+    if (result == operands::ReadValue) {
+        out = value::ValueToText(value);
         return true;
     }
-    return script.Fail(result == ReadUnavailable ? ErrorRemoteValue : ErrorWaiting, token);
+    return script.Fail(
+        result == operands::ReadUnavailable ? operands::ErrorRemoteValue : operands::ErrorWaiting,
+        token);
 }
 
 // A numeric variable names a section by its whole number.
-bool ResolveWhole(CScriptContext& script, std::string_view token, std::string& out) {
+bool ResolveWhole(operands::CScriptContext& script, std::string_view token, std::string& out) {
     if (!Resolve(script, token, out)) return false;
     if (out.ends_with(kNoDecimals)) out.resize(out.size() - kNoDecimals.size());
     return true;
 }
 
-bool ReadSelection(CScriptContext& script, std::string_view option, std::string_view text,
+bool ReadSelection(operands::CScriptContext& script, std::string_view option, std::string_view text,
                    CSelection& out) {
     if (option.empty()) return true;
-    if (!IsOption(option)) return script.Fail(ErrorUndefinedVariable, option);
-    out.mode = EqualNoCase(option, kOnly) ? CSelection::Mode::Only : CSelection::Mode::AllBut;
+    if (!IsOption(option)) return script.Fail(operands::ErrorUndefinedVariable, option);
+    out.mode = text::EqualNoCase(option, kOnly) ? CSelection::Mode::Only : CSelection::Mode::AllBut;
     while (true) {
-        const std::string_view name = NextToken(text);
+        const std::string_view name = text::NextToken(text);
         if (name.empty()) return true;
-        if (IsOption(name)) return script.Fail(ErrorUndefinedVariable, name);
+        if (IsOption(name)) return script.Fail(operands::ErrorUndefinedVariable, name);
         out.names.emplace_back(name);
     }
 }
 
-bool ReadParameters(CScriptContext& script, std::string_view text, Form form, CParameters& out) {
-    if (!Resolve(script, NextToken(text), out.path)) return false;
-    std::string option = form == Form::WithValue ? std::string(NextToken(text)) : NextSigned(text);
+bool ReadParameters(operands::CScriptContext& script, std::string_view text, Form form,
+                    CParameters& out) {
+    if (!Resolve(script, text::NextToken(text), out.path)) return false;
+    std::string option =
+        form == Form::WithValue ? std::string(text::NextToken(text)) : NextSigned(text);
     if (!IsOption(option)) {
         if (!ResolveWhole(script, option, out.section)) return false;
         if (form == Form::WithValue && !ResolveWhole(script, NextSigned(text), out.value)) {
@@ -115,68 +119,70 @@ bool ReadParameters(CScriptContext& script, std::string_view text, Form form, CP
         option = NextSigned(text);
     }
     if (!ReadSelection(script, option, text, out.selection)) return false;
-    if (out.path.empty()) return script.Fail(ErrorNoFileName, out.path);
-    const Paths& paths = script.Services().paths;
+    if (out.path.empty()) return script.Fail(operands::ErrorNoFileName, out.path);
+    const platform::Paths& paths = script.Services().paths;
     out.path = paths.GetFullPath(out.path, paths.GetRootPath());
     return true;
 }
 
 // A number takes the variable's type: into an integer from the text, so that no digit is lost.
-void Assign(CVariable& variable, std::string_view text) {
+void Assign(operands::CVariable& variable, std::string_view text) {
     double number = 0;
-    if (!ConvertString2Double(text, &number)) {
-        variable.SetValue(CVal(text), KindCurrent);
+    if (!value::ConvertString2Double(text, &number)) {
+        variable.SetValue(value::CVal(text), value::KindCurrent);
         return;
     }
-    const int type = variable.GetValueType(KindCurrent, 1);
-    CVal value = ValueType::IsInteger(type) ? CVal(text) : CVal(number);
-    if (value.Cast(type)) variable.SetValue(value, KindCurrent);
+    const int type = variable.GetValueType(value::KindCurrent, 1);
+    value::CVal value = value::ValueType::IsInteger(type) ? value::CVal(text) : value::CVal(number);
+    if (value.Cast(type)) variable.SetValue(value, value::KindCurrent);
 }
 
-DataFileResult Rewrite(CScriptContext& script, FileStore& files, const CParameters& parameters,
-                       std::span<const DataEntry> entries) {
-    const std::string path = NativePath(parameters.path);
-    const std::string backup = NativePath(BackupPath(parameters.path));
+DataFileResult Rewrite(operands::CScriptContext& script, platform::FileStore& files,
+                       const CParameters& parameters, std::span<const DataEntry> entries) {
+    const std::string path = platform::NativePath(parameters.path);
+    const std::string backup = platform::NativePath(BackupPath(parameters.path));
     std::string old;
-    const bool copied = files.MoveAside(path, backup) != FileOutcome::Failed &&
-                        files.Read(backup, old) != FileOutcome::Failed;
+    const bool copied = files.MoveAside(path, backup) != platform::FileOutcome::Failed &&
+                        files.Read(backup, old) != platform::FileOutcome::Failed;
     if (copied) {
         const RewrittenData data = RewriteData(old, parameters.section, entries);
         if (files.Create(path, data.text)) {
             return data.hasMore ? DataFileResult::Data : DataFileResult::Nothing;
         }
     }
-    return script.Fail(ErrorFileOpen, parameters.path);
+    return script.Fail(operands::ErrorFileOpen, parameters.path);
 }
 
-using Operation = DataFileResult (*)(CScriptContext&, FileStore&, std::string_view);
+using Operation = DataFileResult (*)(operands::CScriptContext&, platform::FileStore&,
+                                     std::string_view);
 
-LineOutcome Execute(StatementCall& call, Operation operation) {
-    FileStore& files = *call.document.Services().files;
-    return FinishedIf(operation(call.document, files, call.rest) != DataFileResult::Failed);
+engine::LineOutcome Execute(engine::StatementCall& call, Operation operation) {
+    platform::FileStore& files = *call.document.Services().files;
+    return engine::FinishedIf(operation(call.document, files, call.rest) != DataFileResult::Failed);
 }
 
-FunctionResult Evaluate(FunctionCall& call, Operation operation) {
-    FileStore& files = *call.script.Services().files;
-    const DataFileResult result = operation(call.script, files, TextBehindKeyword(call));
-    call.out = CVal(result == DataFileResult::Data ? 1 : 0);
-    return FunctionResult::Done;
+operands::FunctionResult Evaluate(operands::FunctionCall& call, Operation operation) {
+    platform::FileStore& files = *call.script.Services().files;
+    const DataFileResult result = operation(call.script, files, operands::TextBehindKeyword(call));
+    call.out = value::CVal(result == DataFileResult::Data ? 1 : 0);
+    return operands::FunctionResult::Done;
 }
 
 }  // namespace
 
-DataFileResult ReadDataFile(CScriptContext& script, FileStore& files, std::string_view text) {
+DataFileResult ReadDataFile(operands::CScriptContext& script, platform::FileStore& files,
+                            std::string_view text) {
     CParameters parameters;
     if (!ReadParameters(script, text, Form::WithoutValue, parameters)) {
         return DataFileResult::Failed;
     }
     std::string content;
-    if (files.Read(NativePath(parameters.path), content) != FileOutcome::Done) {
-        return script.Fail(ErrorFileOpen, parameters.path);
+    if (files.Read(platform::NativePath(parameters.path), content) != platform::FileOutcome::Done) {
+        return script.Fail(operands::ErrorFileOpen, parameters.path);
     }
     DataFileResult result = DataFileResult::Nothing;
     ReadDataLines(content, parameters.section, [&](std::string_view name, std::string_view value) {
-        CVariable* variable = FindVariable(script, name);
+        operands::CVariable* variable = operands::FindVariable(script, name);
         if (variable == nullptr) return;
         result = DataFileResult::Data;
         if (parameters.selection.Take(variable->GetName())) Assign(*variable, value);
@@ -184,27 +190,29 @@ DataFileResult ReadDataFile(CScriptContext& script, FileStore& files, std::strin
     return result;
 }
 
-DataFileResult WriteDataFile(CScriptContext& script, FileStore& files, std::string_view text) {
+DataFileResult WriteDataFile(operands::CScriptContext& script, platform::FileStore& files,
+                             std::string_view text) {
     CParameters parameters;
     if (!ReadParameters(script, text, Form::WithoutValue, parameters)) {
         return DataFileResult::Failed;
     }
     std::vector<DataEntry> entries;
-    for (const std::unique_ptr<CVariable>& variable : script.Variables()) {
+    for (const std::unique_ptr<operands::CVariable>& variable : script.Variables()) {
         if (!parameters.selection.Contains(variable->GetName())) continue;
         DataEntry entry{variable->GetName(), std::string()};
-        if (variable->GetNameValueText(*entry.line, KindCurrent) == 0) entry.line.reset();
+        if (variable->GetNameValueText(*entry.line, value::KindCurrent) == 0) entry.line.reset();
         entries.push_back(std::move(entry));
     }
     return Rewrite(script, files, parameters, entries);
 }
 
-DataFileResult SetDataFile(CScriptContext& script, FileStore& files, std::string_view text) {
+DataFileResult SetDataFile(operands::CScriptContext& script, platform::FileStore& files,
+                           std::string_view text) {
     CParameters parameters;
     if (!ReadParameters(script, text, Form::WithValue, parameters)) return DataFileResult::Failed;
     if (parameters.value.empty()) parameters.value = kNoValue;
     std::vector<DataEntry> entries;
-    for (const std::unique_ptr<CVariable>& variable : script.Variables()) {
+    for (const std::unique_ptr<operands::CVariable>& variable : script.Variables()) {
         const std::string& name = variable->GetName();
         if (!parameters.selection.Contains(name)) continue;
         entries.push_back({name, name + ':' + parameters.value});
@@ -212,28 +220,28 @@ DataFileResult SetDataFile(CScriptContext& script, FileStore& files, std::string
     return Rewrite(script, files, parameters, entries);
 }
 
-LineOutcome ExecuteReadFile(StatementCall& call) {
+engine::LineOutcome ExecuteReadFile(engine::StatementCall& call) {
     return Execute(call, ReadDataFile);
 }
 
-LineOutcome ExecuteWriteFile(StatementCall& call) {
+engine::LineOutcome ExecuteWriteFile(engine::StatementCall& call) {
     return Execute(call, WriteDataFile);
 }
 
-LineOutcome ExecuteSetFile(StatementCall& call) {
+engine::LineOutcome ExecuteSetFile(engine::StatementCall& call) {
     return Execute(call, SetDataFile);
 }
 
-FunctionResult ReadFileFunction(FunctionCall& call) {
+operands::FunctionResult ReadFileFunction(operands::FunctionCall& call) {
     return Evaluate(call, ReadDataFile);
 }
 
-FunctionResult WriteFileFunction(FunctionCall& call) {
+operands::FunctionResult WriteFileFunction(operands::FunctionCall& call) {
     return Evaluate(call, WriteDataFile);
 }
 
-FunctionResult SetFileFunction(FunctionCall& call) {
+operands::FunctionResult SetFileFunction(operands::FunctionCall& call) {
     return Evaluate(call, SetDataFile);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::host

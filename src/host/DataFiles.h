@@ -7,7 +7,7 @@
 #include "operands/ScriptContext.h"
 #include "platform/FileStore.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 enum class DataFileResult {
     Failed = 0,   // the reason is in the error slot
@@ -16,12 +16,15 @@ enum class DataFileResult {
 };
 
 // `text` is what stands behind the keyword. Data: a line has named a variable of the script.
-DataFileResult ReadDataFile(CScriptContext& script, FileStore& files, std::string_view text);
+DataFileResult ReadDataFile(operands::CScriptContext& script, platform::FileStore& files,
+                            std::string_view text);
 
 // The file that stood there becomes the backup and is the source of the new one; a write that fails
 // leaves the backup and no file, and so can be repeated. Data: the section is new, or a line of it
 // was carried over.
-DataFileResult WriteDataFile(CScriptContext& script, FileStore& files, std::string_view text);
-DataFileResult SetDataFile(CScriptContext& script, FileStore& files, std::string_view text);
+DataFileResult WriteDataFile(operands::CScriptContext& script, platform::FileStore& files,
+                             std::string_view text);
+DataFileResult SetDataFile(operands::CScriptContext& script, platform::FileStore& files,
+                           std::string_view text);
 
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -4,32 +4,32 @@
 #include "engine/Statement.h"
 #include "operands/KeywordFunction.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 // External programs
-LineOutcome ExecuteExec(StatementCall& call);
-LineOutcome ExecuteTerminateExec(StatementCall& call);
-LineOutcome ExecuteCloseExec(StatementCall& call);
-FunctionResult ExecFunction(FunctionCall& call);
-FunctionResult CheckExecActivity(FunctionCall& call);
-FunctionResult GetExitCodeExec(FunctionCall& call);
-FunctionResult TerminateExecFunction(FunctionCall& call);
-FunctionResult CloseExecFunction(FunctionCall& call);
+engine::LineOutcome ExecuteExec(engine::StatementCall& call);
+engine::LineOutcome ExecuteTerminateExec(engine::StatementCall& call);
+engine::LineOutcome ExecuteCloseExec(engine::StatementCall& call);
+operands::FunctionResult ExecFunction(operands::FunctionCall& call);
+operands::FunctionResult CheckExecActivity(operands::FunctionCall& call);
+operands::FunctionResult GetExitCodeExec(operands::FunctionCall& call);
+operands::FunctionResult TerminateExecFunction(operands::FunctionCall& call);
+operands::FunctionResult CloseExecFunction(operands::FunctionCall& call);
 
 // Connectivity checks
-LineOutcome ExecutePingInit(StatementCall& call);
-LineOutcome ExecuteFtpInit(StatementCall& call);
-LineOutcome ExecuteHttpInit(StatementCall& call);
-FunctionResult PingResultFunction(FunctionCall& call);
-FunctionResult FtpResultFunction(FunctionCall& call);
-FunctionResult HttpResultFunction(FunctionCall& call);
+engine::LineOutcome ExecutePingInit(engine::StatementCall& call);
+engine::LineOutcome ExecuteFtpInit(engine::StatementCall& call);
+engine::LineOutcome ExecuteHttpInit(engine::StatementCall& call);
+operands::FunctionResult PingResultFunction(operands::FunctionCall& call);
+operands::FunctionResult FtpResultFunction(operands::FunctionCall& call);
+operands::FunctionResult HttpResultFunction(operands::FunctionCall& call);
 
 // Data files
-LineOutcome ExecuteReadFile(StatementCall& call);
-LineOutcome ExecuteWriteFile(StatementCall& call);
-LineOutcome ExecuteSetFile(StatementCall& call);
-FunctionResult ReadFileFunction(FunctionCall& call);
-FunctionResult WriteFileFunction(FunctionCall& call);
-FunctionResult SetFileFunction(FunctionCall& call);
+engine::LineOutcome ExecuteReadFile(engine::StatementCall& call);
+engine::LineOutcome ExecuteWriteFile(engine::StatementCall& call);
+engine::LineOutcome ExecuteSetFile(engine::StatementCall& call);
+operands::FunctionResult ReadFileFunction(operands::FunctionCall& call);
+operands::FunctionResult WriteFileFunction(operands::FunctionCall& call);
+operands::FunctionResult SetFileFunction(operands::FunctionCall& call);
 
-}  // namespace kalvex
+}  // namespace kalvex::host

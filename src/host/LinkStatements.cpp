@@ -10,7 +10,7 @@
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 namespace {
 
@@ -18,8 +18,8 @@ constexpr std::uint32_t kDefaultTimeout = 5000;
 constexpr std::uint32_t kFtpPort = 21;
 constexpr std::uint32_t kHttpPort = 80;
 
-CLinkTests& TestsOf(CScriptContext& script) {
-    return script.GetPart<CLinkTests>(DocumentPart::LinkTests, script.Services());
+CLinkTests& TestsOf(operands::CScriptContext& script) {
+    return script.GetPart<CLinkTests>(operands::DocumentPart::LinkTests, script.Services());
 }
 
 // Behind the colon at position 1 or later; npos where there is none.
@@ -40,87 +40,94 @@ std::uint32_t ReadMilliseconds(std::string_view text) {
     return static_cast<std::uint32_t>(number);
 }
 
-bool ReadText(CScriptContext& script, std::string_view token, std::string& out) {
-    CVal value;
-    if (!EvaluateOperand(script, token, value, ValueType::Text, true)) return false;
-    out = ValueToText(value);
+bool ReadText(operands::CScriptContext& script, std::string_view token, std::string& out) {
+    value::CVal value;
+    if (!operands::EvaluateOperand(script, token, value, value::ValueType::Text, true))
+        return false;
+    out = value::ValueToText(value);
     return true;
 }
 
 // A parameter that is not there leaves the default.
-bool ReadOptionalText(CScriptContext& script, std::string_view token, std::string& out) {
+bool ReadOptionalText(operands::CScriptContext& script, std::string_view token, std::string& out) {
     return token.empty() || ReadText(script, token, out);
 }
 
-bool ReadOptionalPort(CScriptContext& script, std::string_view token, std::uint32_t& out) {
+bool ReadOptionalPort(operands::CScriptContext& script, std::string_view token,
+                      std::uint32_t& out) {
     if (token.empty()) return true;
-    CVal value;
-    if (!EvaluateOperand(script, token, value, ValueType::Int, true)) return false;
-    out = static_cast<std::uint32_t>(ValueToInt(value));
+    value::CVal value;
+    if (!operands::EvaluateOperand(script, token, value, value::ValueType::Int, true)) return false;
+    out = static_cast<std::uint32_t>(value::ValueToInt(value));
     return true;
 }
 
-FunctionResult TakeResult(FunctionCall& call, LinkKind kind, bool cutsPort) {
+operands::FunctionResult TakeResult(operands::FunctionCall& call, LinkKind kind, bool cutsPort) {
     std::string address;
-    if (!ReadText(call.script, call.arguments[0], address)) return FunctionResult::Failed;
+    if (!ReadText(call.script, call.arguments[0], address)) return operands::FunctionResult::Failed;
     const std::size_t colon = FindColon(address);
     if (cutsPort && colon != std::string::npos) address.resize(colon);
-    call.out = CVal(TestsOf(call.script).TakeResult(kind, address));
-    return FunctionResult::Done;
+    call.out = value::CVal(TestsOf(call.script).TakeResult(kind, address));
+    return operands::FunctionResult::Done;
 }
 
 }  // namespace
 
-LineOutcome ExecutePingInit(StatementCall& call) {
+engine::LineOutcome ExecutePingInit(engine::StatementCall& call) {
     LinkTarget target;
     target.timeout = kDefaultTimeout;
-    if (!ReadText(call.document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
+    if (!ReadText(call.document, text::NextToken(call.rest), target.address))
+        return engine::LineOutcome::Failed;
     const std::size_t colon = FindColon(target.address);
     if (colon != std::string::npos) {
         target.timeout = ReadMilliseconds(std::string_view(target.address).substr(colon + 1));
         target.address.resize(colon);
     }
     TestsOf(call.document).Start(LinkKind::Ping, std::move(target));
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-LineOutcome ExecuteFtpInit(StatementCall& call) {
-    CKalvexDoc& document = call.document;
+engine::LineOutcome ExecuteFtpInit(engine::StatementCall& call) {
+    engine::CKalvexDoc& document = call.document;
     LinkTarget target;
     target.crypt = document.Services().crypt;
     target.port = kFtpPort;
     target.timeout = kDefaultTimeout;
-    if (!ReadText(document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
-    if (!ReadOptionalPort(document, NextToken(call.rest), target.port)) return LineOutcome::Failed;
-    if (!ReadOptionalText(document, NextToken(call.rest), target.user)) return LineOutcome::Failed;
-    if (!ReadOptionalText(document, NextToken(call.rest), target.password)) {
-        return LineOutcome::Failed;
+    if (!ReadText(document, text::NextToken(call.rest), target.address))
+        return engine::LineOutcome::Failed;
+    if (!ReadOptionalPort(document, text::NextToken(call.rest), target.port))
+        return engine::LineOutcome::Failed;
+    if (!ReadOptionalText(document, text::NextToken(call.rest), target.user))
+        return engine::LineOutcome::Failed;
+    if (!ReadOptionalText(document, text::NextToken(call.rest), target.password)) {
+        return engine::LineOutcome::Failed;
     }
     TestsOf(document).Start(LinkKind::Ftp, std::move(target));
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-LineOutcome ExecuteHttpInit(StatementCall& call) {
+engine::LineOutcome ExecuteHttpInit(engine::StatementCall& call) {
     LinkTarget target;
     target.port = kHttpPort;
-    if (!ReadText(call.document, NextToken(call.rest), target.address)) return LineOutcome::Failed;
-    if (!ReadOptionalPort(call.document, NextToken(call.rest), target.port)) {
-        return LineOutcome::Failed;
+    if (!ReadText(call.document, text::NextToken(call.rest), target.address))
+        return engine::LineOutcome::Failed;
+    if (!ReadOptionalPort(call.document, text::NextToken(call.rest), target.port)) {
+        return engine::LineOutcome::Failed;
     }
     TestsOf(call.document).Start(LinkKind::Http, std::move(target));
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-FunctionResult PingResultFunction(FunctionCall& call) {
+operands::FunctionResult PingResultFunction(operands::FunctionCall& call) {
     return TakeResult(call, LinkKind::Ping, true);
 }
 
-FunctionResult FtpResultFunction(FunctionCall& call) {
+operands::FunctionResult FtpResultFunction(operands::FunctionCall& call) {
     return TakeResult(call, LinkKind::Ftp, false);
 }
 
-FunctionResult HttpResultFunction(FunctionCall& call) {
+operands::FunctionResult HttpResultFunction(operands::FunctionCall& call) {
     return TakeResult(call, LinkKind::Http, true);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -7,7 +7,7 @@
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 namespace {
 
@@ -16,14 +16,14 @@ constexpr int kSuccess = 1;
 
 // A row a kind. The mutex guards the arrays of that kind in all documents.
 struct LinkKindRow {
-    ThreadIdentity identity;
-    int (*run)(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+    platform::ThreadIdentity identity;
+    int (*run)(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log);
     std::timed_mutex mutex;
 };
 
-int RunPing(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
-int RunFtp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
-int RunHttp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+int RunPing(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log);
+int RunFtp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log);
+int RunHttp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log);
 
 LinkKindRow& RowOf(LinkKind kind) {
     static LinkKindRow rows[static_cast<std::size_t>(LinkKind::Count)] = {
@@ -49,8 +49,8 @@ class CLinkLock {
     std::timed_mutex& m_mutex;
 };
 
-int RunPing(CLinkInfo& info, NetworkProbes& probes, const LinkLog&) {
-    return probes.Ping(ToUtf8(info.address), info.timeout);
+int RunPing(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog&) {
+    return probes.Ping(text::ToUtf8(info.address), info.timeout);
 }
 
 enum FtpResult : int {
@@ -66,7 +66,7 @@ constexpr std::size_t kFtpErrorLength = 200;
 constexpr const char* kFtpRetry = "Błąd FTP (Ponowienie próby nawiązania połączenia)";
 
 void SetErrorText(CLinkInfo& info, const char* text) {
-    info.errorText = FromUtf8(text);
+    info.errorText = text::FromUtf8(text);
 }
 
 void RemoveDashes(std::string& text) {
@@ -74,29 +74,32 @@ void RemoveDashes(std::string& text) {
 }
 
 std::string ShortWords(const std::string& error) {
-    std::string words = FromUtf8(error).substr(0, kFtpErrorLength);
+    std::string words = text::FromUtf8(error).substr(0, kFtpErrorLength);
     words.erase(words.find_last_not_of("\r\n") + 1);
     return words;
 }
 
-bool ConnectFtp(CLinkInfo& info, FtpSession& session, NetworkProbes& probes, const LinkLog& log) {
+bool ConnectFtp(CLinkInfo& info, platform::FtpSession& session, platform::NetworkProbes& probes,
+                const LinkLog& log) {
     const bool isProtected = info.crypt != nullptr && info.crypt->CanDecryptText(info.password);
-    FtpLogin login{ToUtf8(info.address), static_cast<std::uint16_t>(info.port), info.user, {}};
+    platform::FtpLogin login{
+        text::ToUtf8(info.address), static_cast<std::uint16_t>(info.port), info.user, {}};
     for (int i = 0; i < kFtpTries; ++i) {
-        if (i > 0) log(kFtpRetry, {}, LogAlways);
+        if (i > 0) log(kFtpRetry, {}, platform::LogAlways);
         std::string error;
         login.password = isProtected ? info.crypt->DecryptText(info.password) : info.password;
         const bool connected = session.Connect(login, error);
-        CCrypt::SecureEmptyString(login.password);
+        platform::CCrypt::SecureEmptyString(login.password);
         if (connected) return true;
-        if (i == 0) info.errorText = FormatText(FromUtf8("Błąd FTP (%s)"), {ShortWords(error)});
+        if (i == 0)
+            info.errorText = text::FormatText(text::FromUtf8("Błąd FTP (%s)"), {ShortWords(error)});
         probes.Pause(kFtpPauseMilliseconds);
     }
     return false;
 }
 
-int RunFtp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
-    const std::unique_ptr<FtpSession> session = probes.OpenFtpSession();
+int RunFtp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log) {
+    const std::unique_ptr<platform::FtpSession> session = probes.OpenFtpSession();
     if (!session) {
         SetErrorText(info, "Błąd otwarcia sesji FTP");
         RemoveDashes(info.errorText);
@@ -114,7 +117,7 @@ int RunFtp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
         RemoveDashes(info.errorText);
         return FtpNoConnection;
     }
-    if (ToUpper(session->GetGreeting()).find("FILEZILLA") != std::string::npos) {
+    if (text::ToUpper(session->GetGreeting()).find("FILEZILLA") != std::string::npos) {
         session->Command("OPTS UTF8 OFF");
     }
     if (!session->Close()) {
@@ -125,27 +128,29 @@ int RunFtp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
 }
 
 struct HttpFailureRow {
-    TcpStep step;
+    platform::TcpStep step;
     int result;
     const char* text;
 };
 
 constexpr HttpFailureRow kHttpFailures[] = {
-    {TcpStep::Resolve, -3, "Nieprawidłowy adres serwera http %s. %s"},
-    {TcpStep::Socket, -2, "Wystąpił błąd podczas otwierania połączenia z serwerem http %s. %s"},
-    {TcpStep::Connect, -1,
+    {platform::TcpStep::Resolve, -3, "Nieprawidłowy adres serwera http %s. %s"},
+    {platform::TcpStep::Socket, -2,
+     "Wystąpił błąd podczas otwierania połączenia z serwerem http %s. %s"},
+    {platform::TcpStep::Connect, -1,
      "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http %s. %s"},
-    {TcpStep::Close, -5, "Wystąpił błąd podczas zamykania połączenia z serwerem http %s. %s"},
+    {platform::TcpStep::Close, -5,
+     "Wystąpił błąd podczas zamykania połączenia z serwerem http %s. %s"},
 };
 
-int RunHttp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
-    const TcpOutcome outcome =
-        probes.ConnectTcp(ToUtf8(info.address), static_cast<std::uint16_t>(info.port));
+int RunHttp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log) {
+    const platform::TcpOutcome outcome =
+        probes.ConnectTcp(text::ToUtf8(info.address), static_cast<std::uint16_t>(info.port));
     for (const HttpFailureRow& row : kHttpFailures) {
         if (row.step != outcome.failed) continue;
-        const std::string words = FromUtf8(outcome.error);
-        info.errorText = FormatText(FromUtf8(row.text), {info.address, words});
-        log(row.text, {info.address, words}, LogErrors);
+        const std::string words = text::FromUtf8(outcome.error);
+        info.errorText = text::FormatText(text::FromUtf8(row.text), {info.address, words});
+        log(row.text, {info.address, words}, platform::LogErrors);
         return row.result;
     }
     return kSuccess;
@@ -153,7 +158,8 @@ int RunHttp(CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
 
 }  // namespace
 
-int RunLinkTest(LinkKind kind, CLinkInfo& info, NetworkProbes& probes, const LinkLog& log) {
+int RunLinkTest(LinkKind kind, CLinkInfo& info, platform::NetworkProbes& probes,
+                const LinkLog& log) {
     return RowOf(kind).run(info, probes, log);
 }
 
@@ -171,7 +177,8 @@ void CLinkTests::Start(LinkKind kind, LinkTarget target) {
     CTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
     const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
         m_logLines.Post([this, text, values = std::move(values), level] {
-            m_services.log.Log(FormatText(m_services.translator.Translate(text), values), level);
+            m_services.log.Log(text::FormatText(m_services.translator.Translate(text), values),
+                               level);
         });
     };
     test.worker = m_services.probes->StartThread(
@@ -207,4 +214,4 @@ int CLinkTests::TakeResult(LinkKind kind, std::string_view address) {
     return anyRunning ? LinkRunning : result;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -15,7 +15,7 @@
 #include "platform/MainLoop.h"
 #include "platform/NetworkProbes.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 enum class LinkKind { Ping, Ftp, Http, Count };
 
@@ -28,8 +28,8 @@ struct LinkTarget {
     std::string password;  // plain, or protected by CCrypt::EncryptText
     std::string address;
     std::uint32_t port = 0;
-    std::uint32_t timeout = 0;      // milliseconds
-    const CCrypt* crypt = nullptr;  // none where the password is plain
+    std::uint32_t timeout = 0;                // milliseconds
+    const platform::CCrypt* crypt = nullptr;  // none where the password is plain
 };
 
 // One test under way or finished. The worker writes the error text while it runs and the result as
@@ -46,13 +46,14 @@ struct CLinkInfo : LinkTarget {
 using LinkLog = std::function<void(const char* text, std::vector<std::string> values, int level)>;
 
 // A whole test on the thread that calls; its result.
-int RunLinkTest(LinkKind kind, CLinkInfo& info, NetworkProbes& probes, const LinkLog& log);
+int RunLinkTest(LinkKind kind, CLinkInfo& info, platform::NetworkProbes& probes,
+                const LinkLog& log);
 
 // The tests of one document. Main thread; the workers' log lines come out when a result is asked
 // for.
-class CLinkTests final : public CDocumentPart {
+class CLinkTests final : public operands::CDocumentPart {
   public:
-    explicit CLinkTests(const ValueServices& services) : m_services(services) {}
+    explicit CLinkTests(const operands::ValueServices& services) : m_services(services) {}
     ~CLinkTests() override;
 
     // Leaves no trace when the thread cannot be started.
@@ -71,9 +72,9 @@ class CLinkTests final : public CDocumentPart {
 
     CTests& TestsOf(LinkKind kind) { return m_arrLinks[static_cast<std::size_t>(kind)]; }
 
-    const ValueServices& m_services;
-    PostedWork m_logLines;
+    const operands::ValueServices& m_services;
+    platform::PostedWork m_logLines;
     CTests m_arrLinks[static_cast<std::size_t>(LinkKind::Count)];
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::host

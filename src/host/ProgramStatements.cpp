@@ -13,7 +13,7 @@
 #include "text/TextFormat.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 namespace {
 
@@ -42,39 +42,41 @@ enum : int {
     CloseNoSuchProgram = -3,
 };
 
-Processes& ProcessesOf(CScriptContext& script) {
+platform::Processes& ProcessesOf(operands::CScriptContext& script) {
     return *script.Services().processes;
 }
 
-CStartedPrograms& StartedBy(CScriptContext& script) {
-    return script.GetPart<CStartedPrograms>(DocumentPart::Processes, ProcessesOf(script));
+CStartedPrograms& StartedBy(operands::CScriptContext& script) {
+    return script.GetPart<CStartedPrograms>(operands::DocumentPart::Processes, ProcessesOf(script));
 }
 
-FunctionResult Yield(FunctionCall& call, int value) {
-    call.out = CVal(value);
-    return FunctionResult::Done;
+operands::FunctionResult Yield(operands::FunctionCall& call, int value) {
+    call.out = value::CVal(value);
+    return operands::FunctionResult::Done;
 }
 
 template <class... Values>
-void LogFailure(CScriptContext& script, const char* text, const Values&... values) {
-    const ValueServices& services = script.Services();
+void LogFailure(operands::CScriptContext& script, const char* text, const Values&... values) {
+    const operands::ValueServices& services = script.Services();
     services.log.Log(
-        FormatText(services.translator.Translate(text), {script.GetPathName(), values...}),
-        LogErrors);
+        text::FormatText(services.translator.Translate(text), {script.GetPathName(), values...}),
+        platform::LogErrors);
 }
 
-std::optional<int> ReadInteger(CScriptContext& script, std::string_view token) {
-    CVal value;
-    if (!EvaluateOperand(script, token, value, ValueType::Int, true)) return std::nullopt;
-    return ValueToInt(value);
+std::optional<int> ReadInteger(operands::CScriptContext& script, std::string_view token) {
+    value::CVal value;
+    if (!operands::EvaluateOperand(script, token, value, value::ValueType::Int, true))
+        return std::nullopt;
+    return value::ValueToInt(value);
 }
 
-std::optional<double> ReadIdentifier(FunctionCall& call) {
-    CVal value;
-    if (!EvaluateOperand(call.script, call.arguments[0], value, ValueType::Double, true)) {
+std::optional<double> ReadIdentifier(operands::FunctionCall& call) {
+    value::CVal value;
+    if (!operands::EvaluateOperand(call.script, call.arguments[0], value, value::ValueType::Double,
+                                   true)) {
         return std::nullopt;
     }
-    return ValueToDouble(value);
+    return value::ValueToDouble(value);
 }
 
 std::string WithSlashes(std::string path) {
@@ -84,32 +86,33 @@ std::string WithSlashes(std::string path) {
 
 // The identifier, 0 when neither attempt has started the program. The second one leaves the
 // directory aside.
-int StartProgram(CScriptContext& script, std::string_view text, ExecForm form) {
+int StartProgram(operands::CScriptContext& script, std::string_view text, ExecForm form) {
     const ProgramLine line = ReadProgramLine(script, text, form);
-    const Paths& paths = script.Services().paths;
-    ProgramCall call;
+    const platform::Paths& paths = script.Services().paths;
+    platform::ProgramCall call;
     std::string program = WithSlashes(line.program);
     const bool isPath = program.find('/') != std::string::npos;
-    call.program = NativePath(isPath ? paths.GetFullPath(program) : program);
+    call.program = platform::NativePath(isPath ? paths.GetFullPath(program) : program);
     for (const std::string& word : SplitParameters(line.parameters)) {
-        call.arguments.push_back(ToUtf8(word));
+        call.arguments.push_back(text::ToUtf8(word));
     }
-    if (!line.directory.empty()) call.directory = NativePath(paths.GetFullPath(line.directory));
+    if (!line.directory.empty())
+        call.directory = platform::NativePath(paths.GetFullPath(line.directory));
 
-    Processes& processes = ProcessesOf(script);
+    platform::Processes& processes = ProcessesOf(script);
     std::string error;
     int id = processes.Start(call, error);
     if (id != 0) return id;
-    LogFailure(script, kNotStarted, FromUtf8(error), line.program);
-    id = processes.StartThroughShell(ToUtf8(program + ' ' + line.parameters), error);
-    if (id == 0) LogFailure(script, kNotStartedByShell, FromUtf8(error), line.program);
+    LogFailure(script, kNotStarted, text::FromUtf8(error), line.program);
+    id = processes.StartThroughShell(text::ToUtf8(program + ' ' + line.parameters), error);
+    if (id == 0) LogFailure(script, kNotStartedByShell, text::FromUtf8(error), line.program);
     return id;
 }
 
 // One CLOSE_EXEC, as a statement, which logs, or as a function, which yields a code.
 class CClosing {
   public:
-    CClosing(CScriptContext& script, int id, bool logs)
+    CClosing(operands::CScriptContext& script, int id, bool logs)
         : m_script(script), m_processes(ProcessesOf(script)), m_id(id), m_logs(logs) {}
 
     bool Request() {
@@ -121,7 +124,7 @@ class CClosing {
     bool Terminate() {
         std::string error;
         if (m_processes.Terminate(m_id, 0, error)) return true;
-        Log(kNotTerminated, FromUtf8(error), std::to_string(m_id));
+        Log(kNotTerminated, text::FromUtf8(error), std::to_string(m_id));
         return false;
     }
 
@@ -132,9 +135,9 @@ class CClosing {
             std::string error;
             const std::optional<int> code = m_processes.GetExitCode(m_id, error);
             if (!code) {
-                Log(kNotPolled, FromUtf8(error), std::to_string(m_id));
+                Log(kNotPolled, text::FromUtf8(error), std::to_string(m_id));
                 result = StateUnreadable;
-            } else if (*code != Processes::kStillActive) {
+            } else if (*code != platform::Processes::kStillActive) {
                 return CloseEnded;
             } else {
                 result = CloseTimedOut;
@@ -150,16 +153,16 @@ class CClosing {
         if (m_logs) LogFailure(m_script, text, values...);
     }
 
-    CScriptContext& m_script;
-    Processes& m_processes;
+    operands::CScriptContext& m_script;
+    platform::Processes& m_processes;
     int m_id;
     bool m_logs;
 };
 
 // The program that the next word names; 0, and a line in the log, when there is none. Nothing when
 // the word has no number.
-std::optional<int> TakeProgram(StatementCall& call) {
-    const std::optional<int> wanted = ReadInteger(call.document, NextToken(call.rest));
+std::optional<int> TakeProgram(engine::StatementCall& call) {
+    const std::optional<int> wanted = ReadInteger(call.document, text::NextToken(call.rest));
     if (!wanted) return std::nullopt;
     const int id = StartedBy(call.document).Find(*wanted);
     if (id == 0) LogFailure(call.document, kNoSuchProgram, std::to_string(*wanted));
@@ -168,32 +171,32 @@ std::optional<int> TakeProgram(StatementCall& call) {
 
 }  // namespace
 
-LineOutcome ExecuteExec(StatementCall& call) {
+engine::LineOutcome ExecuteExec(engine::StatementCall& call) {
     const int id = StartProgram(call.document, call.rest, ExecForm::Statement);
     if (id != 0) ProcessesOf(call.document).Release(id);
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-LineOutcome ExecuteTerminateExec(StatementCall& call) {
-    CKalvexDoc& document = call.document;
+engine::LineOutcome ExecuteTerminateExec(engine::StatementCall& call) {
+    engine::CKalvexDoc& document = call.document;
     const std::optional<int> program = TakeProgram(call);
-    if (!program || *program == 0) return FinishedIf(program.has_value());
-    const std::string_view token = NextToken(call.rest);
+    if (!program || *program == 0) return engine::FinishedIf(program.has_value());
+    const std::string_view token = text::NextToken(call.rest);
     const std::optional<int> code = token.empty() ? 0 : ReadInteger(document, token);
     std::string error = std::strerror(EINVAL);
     const bool ended = code && ProcessesOf(document).Terminate(*program, *code, error);
     if (!ended) {
-        LogFailure(document, kNotTerminated, FromUtf8(error), std::to_string(*program));
+        LogFailure(document, kNotTerminated, text::FromUtf8(error), std::to_string(*program));
     }
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-LineOutcome ExecuteCloseExec(StatementCall& call) {
-    CKalvexDoc& document = call.document;
+engine::LineOutcome ExecuteCloseExec(engine::StatementCall& call) {
+    engine::CKalvexDoc& document = call.document;
     const std::optional<int> program = TakeProgram(call);
-    if (!program || *program == 0) return FinishedIf(program.has_value());
-    const std::string_view force = NextToken(call.rest);
-    const std::string_view wait = NextToken(call.rest);
+    if (!program || *program == 0) return engine::FinishedIf(program.has_value());
+    const std::string_view force = text::NextToken(call.rest);
+    const std::string_view wait = text::NextToken(call.rest);
     const bool forced = !force.empty() && ReadInteger(document, force).value_or(0) != 0;
     CClosing closing(document, *program, true);
     if (closing.Request()) {
@@ -201,16 +204,16 @@ LineOutcome ExecuteCloseExec(StatementCall& call) {
     } else if (forced) {
         closing.Terminate();
     }
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-FunctionResult ExecFunction(FunctionCall& call) {
-    const int id = StartProgram(call.script, TextBehindKeyword(call), ExecForm::Function);
+operands::FunctionResult ExecFunction(operands::FunctionCall& call) {
+    const int id = StartProgram(call.script, operands::TextBehindKeyword(call), ExecForm::Function);
     if (id != 0) StartedBy(call.script).Add(id);
     return Yield(call, id);
 }
 
-FunctionResult CheckExecActivity(FunctionCall& call) {
+operands::FunctionResult CheckExecActivity(operands::FunctionCall& call) {
     const std::optional<double> wanted = ReadIdentifier(call);
     if (!wanted) return Yield(call, NoIdentifier);
     const int id = StartedBy(call.script).Find(*wanted);
@@ -218,10 +221,10 @@ FunctionResult CheckExecActivity(FunctionCall& call) {
     std::string error;
     const std::optional<int> code = ProcessesOf(call.script).GetExitCode(id, error);
     if (!code) return Yield(call, StateUnreadable);
-    return Yield(call, *code == Processes::kStillActive ? CheckRunning : CheckEnded);
+    return Yield(call, *code == platform::Processes::kStillActive ? CheckRunning : CheckEnded);
 }
 
-FunctionResult GetExitCodeExec(FunctionCall& call) {
+operands::FunctionResult GetExitCodeExec(operands::FunctionCall& call) {
     const std::optional<double> wanted = ReadIdentifier(call);
     if (!wanted) return Yield(call, NoIdentifier);
     const int id = StartedBy(call.script).Find(*wanted);
@@ -229,29 +232,29 @@ FunctionResult GetExitCodeExec(FunctionCall& call) {
     std::string error;
     const std::optional<int> code = ProcessesOf(call.script).GetExitCode(id, error);
     if (!code) return Yield(call, StateUnreadable);
-    return Yield(call, *code == Processes::kStillActive ? ExitCodeRunning : *code);
+    return Yield(call, *code == platform::Processes::kStillActive ? ExitCodeRunning : *code);
 }
 
-FunctionResult TerminateExecFunction(FunctionCall& call) {
+operands::FunctionResult TerminateExecFunction(operands::FunctionCall& call) {
     const std::optional<double> wanted = ReadIdentifier(call);
-    if (!wanted) return FunctionResult::Failed;
+    if (!wanted) return operands::FunctionResult::Failed;
     const std::string_view token = call.arguments[1];
     const std::optional<int> code = token.empty() ? 0 : ReadInteger(call.script, token);
-    if (!code) return FunctionResult::Failed;
+    if (!code) return operands::FunctionResult::Failed;
     const int id = StartedBy(call.script).Find(*wanted);
     if (id == 0) return Yield(call, NoSuchProgram);
     std::string error;
     return Yield(call, ProcessesOf(call.script).Terminate(id, *code, error) ? 1 : 0);
 }
 
-FunctionResult CloseExecFunction(FunctionCall& call) {
+operands::FunctionResult CloseExecFunction(operands::FunctionCall& call) {
     const std::optional<double> wanted = ReadIdentifier(call);
-    if (!wanted) return FunctionResult::Failed;
+    if (!wanted) return operands::FunctionResult::Failed;
     const int id = StartedBy(call.script).Find(*wanted);
     if (id == 0) return Yield(call, CloseNoSuchProgram);
     const std::string_view force = call.arguments[1];
     const std::optional<int> forced = force.empty() ? 0 : ReadInteger(call.script, force);
-    if (!forced) return FunctionResult::Failed;
+    if (!forced) return operands::FunctionResult::Failed;
     CClosing closing(call.script, id, false);
     if (!closing.Request()) {
         if (*forced == 0) return Yield(call, CloseNoWindow);
@@ -259,7 +262,7 @@ FunctionResult CloseExecFunction(FunctionCall& call) {
     }
     const std::string_view wait = call.arguments[2];
     const std::optional<int> seconds = wait.empty() ? 1 : ReadInteger(call.script, wait);
-    return seconds ? Yield(call, closing.WaitForEnd(*seconds)) : FunctionResult::Failed;
+    return seconds ? Yield(call, closing.WaitForEnd(*seconds)) : operands::FunctionResult::Failed;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::host

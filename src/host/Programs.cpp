@@ -6,18 +6,19 @@
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 namespace {
 
 constexpr std::string_view kDirectoryOption = "-WD";
 
 // The text of a token that names a variable.
-bool ReadText(CScriptContext& script, std::string_view token, std::string& out) {
-    CVal value;
-    if (FindVariable(script, token) == nullptr) return false;
-    if (!EvaluateOperand(script, token, value, ValueType::Text, false)) return false;
-    out = ValueToText(value);
+bool ReadText(operands::CScriptContext& script, std::string_view token, std::string& out) {
+    value::CVal value;
+    if (operands::FindVariable(script, token) == nullptr) return false;
+    if (!operands::EvaluateOperand(script, token, value, value::ValueType::Text, false))
+        return false;
+    out = value::ValueToText(value);
     return true;
 }
 
@@ -39,10 +40,11 @@ void Unquote(std::string& text) {
 
 }  // namespace
 
-ProgramLine ReadProgramLine(CScriptContext& script, std::string_view text, ExecForm form) {
+ProgramLine ReadProgramLine(operands::CScriptContext& script, std::string_view text,
+                            ExecForm form) {
     ProgramLine line;
     while (true) {
-        const std::string_view token = NextToken(text);
+        const std::string_view token = text::NextToken(text);
         if (token.empty()) break;
         std::string value;
         const bool isVariable = ReadText(script, token, value);
@@ -52,12 +54,12 @@ ProgramLine ReadProgramLine(CScriptContext& script, std::string_view text, ExecF
             std::string_view rest = value;
             if (line.directory.empty() && rest.starts_with(kDirectoryOption)) {
                 rest.remove_prefix(kDirectoryOption.size());
-                line.directory = NextToken(rest);
+                line.directory = text::NextToken(rest);
             } else {
                 AddParameter(line, value);
             }
         } else if (line.directory.empty() && IsDirectoryOption(token, form)) {
-            line.directory = NextToken(text);
+            line.directory = text::NextToken(text);
         } else {
             AddParameter(line, token);
         }
@@ -100,4 +102,4 @@ int CStartedPrograms::Find(double id) const {
     return found == m_arrProcessHandles.end() ? 0 : *found;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::host

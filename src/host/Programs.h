@@ -10,7 +10,7 @@
 #include "operands/ScriptContext.h"
 #include "platform/Processes.h"
 
-namespace kalvex {
+namespace kalvex::host {
 
 // What EXEC starts. Texts are Windows-1250; the parameters are one text, quotes kept, a blank
 // behind each.
@@ -23,15 +23,15 @@ struct ProgramLine {
 enum class ExecForm { Statement, Function };
 
 // Reads everything behind the keyword. The function knows "-WD" at the start of a token too.
-ProgramLine ReadProgramLine(CScriptContext& script, std::string_view text, ExecForm form);
+ProgramLine ReadProgramLine(operands::CScriptContext& script, std::string_view text, ExecForm form);
 
 // The parameters as the program gets them: cut at blanks outside double quotes, which go.
 std::vector<std::string> SplitParameters(std::string_view parameters);
 
 // The programs that a document's functions have started, until its run state is cleared.
-class CStartedPrograms final : public CDocumentPart {
+class CStartedPrograms final : public operands::CDocumentPart {
   public:
-    explicit CStartedPrograms(Processes& processes) : m_processes(processes) {}
+    explicit CStartedPrograms(platform::Processes& processes) : m_processes(processes) {}
     ~CStartedPrograms() override { ClearRunState(); }
     void ClearRunState() override;
 
@@ -40,8 +40,8 @@ class CStartedPrograms final : public CDocumentPart {
     int Find(double id) const;
 
   private:
-    Processes& m_processes;
+    platform::Processes& m_processes;
     std::vector<int> m_arrProcessHandles;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -3,14 +3,14 @@
 #include "engine/Statement.h"
 #include "operands/Keywords.h"
 
-namespace kalvex {
+namespace kalvex::language {
 
 namespace {
 
 constexpr DirectiveRow kRows[] = {
-    {Keyword::Include, "INCLUDE <ścieżka_do_pliku_z_rozszerzeniem_kx>",
+    {operands::Keyword::Include, "INCLUDE <ścieżka_do_pliku_z_rozszerzeniem_kx>",
      "Umożliwia wczytanie i wykonanie kodu z określonego pliku"},
-    {Keyword::IncludeVar, "INCLUDE_VAR <nazwa_serwera> <filtr>",
+    {operands::Keyword::IncludeVar, "INCLUDE_VAR <nazwa_serwera> <filtr>",
      "Wstawienie do skryptu (po jego uruchomieniu) deklaracji zmiennych dla podanego serwera "
      "spełniających sformułowane kryteria"},
 };
@@ -21,4 +21,4 @@ std::span<const DirectiveRow> Directives() {
     return kRows;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::language

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::language {
 
 struct DirectiveRow {
     std::string_view keyword;  // upper case
@@ -15,4 +15,4 @@ struct DirectiveRow {
 
 std::span<const DirectiveRow> Directives();
 
-}  // namespace kalvex
+}  // namespace kalvex::language

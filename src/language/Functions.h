@@ -3,8 +3,8 @@
 
 #include "operands/KeywordFunction.h"
 
-namespace kalvex {
+namespace kalvex::language {
 
-const CFunctionTable& Functions();
+const operands::CFunctionTable& Functions();
 
-}  // namespace kalvex
+}  // namespace kalvex::language

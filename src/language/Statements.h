@@ -3,8 +3,8 @@
 
 #include "engine/Statement.h"
 
-namespace kalvex {
+namespace kalvex::language {
 
-const CStatementTable& Statements();
+const engine::CStatementTable& Statements();
 
-}  // namespace kalvex
+}  // namespace kalvex::language

@@ -7,18 +7,21 @@
 
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 struct Comparison {
     char letter;  // in a formula while it is compiled
     std::string_view text;
-    int (CVal::*compare)(const CVal& right) const;
+    int (value::CVal::*compare)(const value::CVal& right) const;
 };
 
 inline constexpr std::array kComparisons = {
-    Comparison{'D', "!=", (&CVal::operator!=)}, Comparison{'E', "==", (&CVal::operator==)},
-    Comparison{'L', "<=", (&CVal::operator<=)}, Comparison{'G', ">=", (&CVal::operator>=)},
-    Comparison{'<', "<", (&CVal::operator<)},   Comparison{'>', ">", (&CVal::operator>)},
+    Comparison{'D', "!=", (&value::CVal::operator!=)},
+    Comparison{'E', "==", (&value::CVal::operator==)},
+    Comparison{'L', "<=", (&value::CVal::operator<=)},
+    Comparison{'G', ">=", (&value::CVal::operator>=)},
+    Comparison{'<', "<", (&value::CVal::operator<)},
+    Comparison{'>', ">", (&value::CVal::operator>)},
 };
 
 // Null when the text is none.
@@ -27,4 +30,4 @@ constexpr const Comparison* FindComparison(std::string_view text) {
     return row == kComparisons.end() ? nullptr : row;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

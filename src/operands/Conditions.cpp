@@ -7,25 +7,25 @@
 #include "operands/Comparisons.h"
 #include "operands/OperandEvaluator.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
 bool IsSetByUser(CScriptContext& script, std::string_view operand) {
     std::uint16_t word = 0;
-    return GetVariableStatus(script, operand, &word) && (word & Status::SetByUser) != 0;
+    return GetVariableStatus(script, operand, &word) && (word & value::Status::SetByUser) != 0;
 }
 
 // A test of the reading, not of the status.
 bool IsUnknown(CScriptContext& script, std::string_view operand) {
-    CVal value;
-    return !EvaluateOperand(script, operand, value, ValueType::Double, true);
+    value::CVal value;
+    return !EvaluateOperand(script, operand, value, value::ValueType::Double, true);
 }
 
-template <int (CVariable::*Test)(ValueKind kind)>
+template <int (CVariable::*Test)(value::ValueKind kind)>
 bool Holds(CScriptContext& script, std::string_view operand) {
     CVariable* variable = FindVariable(script, operand);
-    return variable != nullptr && (variable->*Test)(GetValueKind(operand)) != 0;
+    return variable != nullptr && (variable->*Test)(value::GetValueKind(operand)) != 0;
 }
 
 constexpr ConditionWordRow kConditionWords[] = {
@@ -42,14 +42,14 @@ bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
 }
 
-bool EvaluateSide(CScriptContext& script, std::string_view side, CVal& out) {
+bool EvaluateSide(CScriptContext& script, std::string_view side, value::CVal& out) {
     if (IsStringLiteral(side)) {
-        out = CVal(side.substr(1, side.size() - 2));
+        out = value::CVal(side.substr(1, side.size() - 2));
         return true;
     }
     const std::string bracketed = '(' + std::string(side) + ')';
     std::string_view text = bracketed;
-    return EvaluateExpression(script, text, out, ValueType::Double);
+    return EvaluateExpression(script, text, out, value::ValueType::Double);
 }
 
 }  // namespace
@@ -66,8 +66,8 @@ const ConditionWordRow* FindConditionWord(std::string_view word) {
 int CompareOperands(CScriptContext& script, std::string_view left, std::string_view right,
                     std::string_view op) {
     if (const ConditionWordRow* row = FindConditionWord(left)) return row->test(script, op);
-    CVal leftValue;
-    CVal rightValue;
+    value::CVal leftValue;
+    value::CVal rightValue;
     const bool leftRead = EvaluateSide(script, left, leftValue);
     const bool rightRead = EvaluateSide(script, right, rightValue);
     const Comparison* comparison = FindComparison(op);
@@ -75,4 +75,4 @@ int CompareOperands(CScriptContext& script, std::string_view left, std::string_v
     return (leftValue.*comparison->compare)(rightValue);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -6,7 +6,7 @@
 
 #include "operands/ScriptContext.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 struct ConditionWordRow {
     std::string_view word;  // upper case
@@ -23,4 +23,4 @@ const ConditionWordRow* FindConditionWord(std::string_view word);
 int CompareOperands(CScriptContext& script, std::string_view left, std::string_view right,
                     std::string_view op);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -3,7 +3,7 @@
 // list.
 #pragma once
 
-namespace kalvex {
+namespace kalvex::operands {
 
 enum class DocumentPart {
     ReportNotifications,
@@ -19,4 +19,4 @@ class CDocumentPart {
     virtual void ClearRunState() {}
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -10,64 +10,64 @@
 #include "operands/FormulaParser.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
-template <CVal& (CVal::*Operation)(const CVal&)>
+template <value::CVal& (value::CVal::*Operation)(const value::CVal&)>
 bool Arithmetic(FormulaParser& stack) {
-    const CVal right = stack.Pop();
-    CVal left = stack.Pop();
+    const value::CVal right = stack.Pop();
+    value::CVal left = stack.Pop();
     (left.*Operation)(right);
     stack.Push(std::move(left));
     return true;
 }
 
-template <int (CVal::*Comparison)(const CVal&) const>
+template <int (value::CVal::*Comparison)(const value::CVal&) const>
 bool Compare(FormulaParser& stack) {
-    const CVal right = stack.Pop();
-    const CVal left = stack.Pop();
-    stack.Push(CVal((left.*Comparison)(right)));
+    const value::CVal right = stack.Pop();
+    const value::CVal left = stack.Pop();
+    stack.Push(value::CVal((left.*Comparison)(right)));
     return true;
 }
 
 template <class Operation>
 bool OnIntegers(FormulaParser& stack, Operation operation) {
-    const int right = ValueToInt(stack.Pop());
-    const int left = ValueToInt(stack.Pop());
-    stack.Push(CVal(operation(left, right)));
+    const int right = value::ValueToInt(stack.Pop());
+    const int left = value::ValueToInt(stack.Pop());
+    stack.Push(value::CVal(operation(left, right)));
     return true;
 }
 
 template <double (*Function)(double)>
 bool OnDouble(FormulaParser& stack) {
-    stack.Push(CVal(Function(ValueToDouble(stack.Pop()))));
+    stack.Push(value::CVal(Function(value::ValueToDouble(stack.Pop()))));
     return true;
 }
 
 bool Power(FormulaParser& stack) {
-    const CVal exponent = stack.Pop();
-    const CVal base = stack.Pop();
-    stack.Push(pow(base, exponent));
+    const value::CVal exponent = stack.Pop();
+    const value::CVal base = stack.Pop();
+    stack.Push(value::pow(base, exponent));
     return true;
 }
 
 bool Negate(FormulaParser& stack) {
-    stack.Push(stack.Pop() * CVal(-1));
+    stack.Push(stack.Pop() * value::CVal(-1));
     return true;
 }
 
 bool SquareValue(FormulaParser& stack) {
-    const CVal value = stack.Pop();
+    const value::CVal value = stack.Pop();
     stack.Push(value * value);
     return true;
 }
 
 bool Remainder(FormulaParser& stack) {
-    const int right = ValueToInt(stack.Pop());
-    const int left = ValueToInt(stack.Pop());
+    const int right = value::ValueToInt(stack.Pop());
+    const int left = value::ValueToInt(stack.Pop());
     if (right == 0) return false;
-    stack.Push(CVal(right == -1 ? 0 : left % right));
+    stack.Push(value::CVal(right == -1 ? 0 : left % right));
     return true;
 }
 
@@ -92,7 +92,7 @@ bool LogicalOr(FormulaParser& stack) {
 }
 
 bool LogicalNot(FormulaParser& stack) {
-    stack.Push(CVal((stack.Pop() != CVal(0)) != 0 ? 0 : 1));
+    stack.Push(value::CVal((stack.Pop() != value::CVal(0)) != 0 ? 0 : 1));
     return true;
 }
 
@@ -102,22 +102,22 @@ bool Complement(FormulaParser& stack) {
 }
 
 bool FactorialOfTop(FormulaParser& stack) {
-    const int n = ValueToInt(stack.Pop());
+    const int n = value::ValueToInt(stack.Pop());
     std::uint32_t product = 1;
     // From 34! on the product has lost all of its 32 bits.
     for (int i = 2; i <= n && product != 0; ++i) product *= static_cast<std::uint32_t>(i);
-    stack.Push(CVal(static_cast<std::int32_t>(product)));
+    stack.Push(value::CVal(static_cast<std::int32_t>(product)));
     return true;
 }
 
 bool TruncateTop(FormulaParser& stack) {
-    stack.Push(CVal(ValueToInt(stack.Pop())));
+    stack.Push(value::CVal(value::ValueToInt(stack.Pop())));
     return true;
 }
 
 bool RoundTop(FormulaParser& stack) {
-    const int digits = ValueToInt(stack.Pop());
-    stack.Push(CVal(RoundToDigits(ValueToDouble(stack.Pop()), digits)));
+    const int digits = value::ValueToInt(stack.Pop());
+    stack.Push(value::CVal(RoundToDigits(value::ValueToDouble(stack.Pop()), digits)));
     return true;
 }
 
@@ -128,10 +128,10 @@ constexpr std::array kOtherOperators = {
     FormulaOperator{'|', "|", 4, false, BitOr},
     FormulaOperator{'^', "^", 5, false, BitXor},
     FormulaOperator{'&', "&", 6, false, BitAnd},
-    FormulaOperator{'+', "+", 7, false, Arithmetic<(&CVal::operator+=)>},
-    FormulaOperator{'-', "-", 7, false, Arithmetic<(&CVal::operator-=)>},
-    FormulaOperator{'*', "*", 8, false, Arithmetic<(&CVal::operator*=)>},
-    FormulaOperator{'/', "/", 8, false, Arithmetic<(&CVal::operator/=)>},
+    FormulaOperator{'+', "+", 7, false, Arithmetic<(&value::CVal::operator+=)>},
+    FormulaOperator{'-', "-", 7, false, Arithmetic<(&value::CVal::operator-=)>},
+    FormulaOperator{'*', "*", 8, false, Arithmetic<(&value::CVal::operator*=)>},
+    FormulaOperator{'/', "/", 8, false, Arithmetic<(&value::CVal::operator/=)>},
     FormulaOperator{'%', "%", 8, false, Remainder},
     FormulaOperator{'#', "#", kBindsFirst, false, Power},
     FormulaOperator{FormulaLetter::UnaryMinus, "P", kBindsFirst, false, Negate},
@@ -223,4 +223,4 @@ double ArcCotangent(double x) {
     return 1.5707963267948966 - std::atan(x);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

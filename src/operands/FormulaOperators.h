@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 class FormulaParser;
 
@@ -36,4 +36,4 @@ double RoundToDigits(double x, int digits);
 double Cotangent(double x);
 double ArcCotangent(double x);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

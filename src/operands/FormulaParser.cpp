@@ -10,7 +10,7 @@
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -65,7 +65,7 @@ class Compiler {
             return true;
         }
         if (c == ',') return CompileComma();
-        if (IsLetterOrDigit(c) || c == '.') return CompileWord();
+        if (text::IsLetterOrDigit(c) || c == '.') return CompileWord();
         ++m_position;
         if (c == '(') return OpenBracket();
         if (c == ')') return CloseBracket();
@@ -81,7 +81,7 @@ class Compiler {
     bool CompileWord() {
         const std::size_t start = m_position;
         while (m_position < m_text.size() &&
-               (IsLetterOrDigit(m_text[m_position]) || m_text[m_position] == '.' ||
+               (text::IsLetterOrDigit(m_text[m_position]) || m_text[m_position] == '.' ||
                 m_text[m_position] == '_')) {
             ++m_position;
         }
@@ -104,7 +104,7 @@ class Compiler {
         if (word.size() < kShortest || word.size() > kLongest) return nullptr;
         std::array<char, kLongest> upper;
         for (std::size_t i = 0; i < word.size(); ++i) {
-            upper[i] = static_cast<char>(ToUpper(static_cast<unsigned char>(word[i])));
+            upper[i] = static_cast<char>(text::ToUpper(static_cast<unsigned char>(word[i])));
         }
         return FindFunctionByName({upper.data(), word.size()});
     }
@@ -188,7 +188,7 @@ class Compiler {
 
 bool HoldsLetter(std::string_view token) {
     for (char c : token) {
-        if (IsLetterOrDigit(c) && !IsDigit(c)) return true;
+        if (text::IsLetterOrDigit(c) && !text::IsDigit(c)) return true;
     }
     return false;
 }
@@ -201,7 +201,7 @@ bool FormulaParser::CompileFormula(std::string_view text, std::string& postfix) 
     return Compiler(m_script, text, postfix).Run();
 }
 
-void FormulaParser::Push(CVal value) {
+void FormulaParser::Push(value::CVal value) {
     if (m_stack.size() == kStackCells) {
         m_stack.clear();
         m_script.SetError(ErrorStackOverflow, {}, false);
@@ -210,9 +210,9 @@ void FormulaParser::Push(CVal value) {
     }
 }
 
-CVal FormulaParser::Pop() {
-    if (m_stack.empty()) return CVal(0);
-    CVal top = std::move(m_stack.back());
+value::CVal FormulaParser::Pop() {
+    if (m_stack.empty()) return value::CVal(0);
+    value::CVal top = std::move(m_stack.back());
     m_stack.pop_back();
     return top;
 }
@@ -220,27 +220,27 @@ CVal FormulaParser::Pop() {
 bool FormulaParser::EvaluateToken(std::string_view token) {
     double number = 0;
     const char first = token[0];
-    if ((IsDigit(first) || first == '.') && ConvertString2Double(token, &number)) {
+    if ((text::IsDigit(first) || first == '.') && value::ConvertString2Double(token, &number)) {
         if (HoldsLetter(token)) return false;
-        Push(CVal(number));
+        Push(value::CVal(number));
         return true;
     }
     if (const FormulaOperator* row = FindOperatorByText(token)) {
         if (row->apply(*this)) return true;
         return m_script.Fail(ErrorBadEquation);
     }
-    CVal operand;
-    if (!EvaluateOperand(m_script, token, operand, ValueType::Double, true)) {
+    value::CVal operand;
+    if (!EvaluateOperand(m_script, token, operand, value::ValueType::Double, true)) {
         return m_script.Fail(ErrorRemoteValue);
     }
     Push(std::move(operand));
     return true;
 }
 
-bool FormulaParser::EvaluatePostfix(CVal& out, std::string_view postfix) {
+bool FormulaParser::EvaluatePostfix(value::CVal& out, std::string_view postfix) {
     m_stack.clear();
     m_stack.reserve(8);
-    out = CVal(0);
+    out = value::CVal(0);
     while (!postfix.empty()) {
         const std::string_view token = postfix.substr(0, postfix.find(' '));
         if (token.empty()) break;
@@ -251,4 +251,4 @@ bool FormulaParser::EvaluatePostfix(CVal& out, std::string_view postfix) {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

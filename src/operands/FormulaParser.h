@@ -10,7 +10,7 @@
 #include "operands/ScriptContext.h"
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 class FormulaParser {
   public:
@@ -19,19 +19,19 @@ class FormulaParser {
     // `postfix` receives the tokens, each followed by one blank.
     bool CompileFormula(std::string_view text, std::string& postfix);
     // The value left on top of the stack, the integer 0 for an empty one.
-    bool EvaluatePostfix(CVal& out, std::string_view postfix);
+    bool EvaluatePostfix(value::CVal& out, std::string_view postfix);
 
     static constexpr std::size_t kStackCells = 1024;
 
     // The value stack, for the operators.
-    void Push(CVal value);
-    CVal Pop();  // the integer 0 when nothing is left
+    void Push(value::CVal value);
+    value::CVal Pop();  // the integer 0 when nothing is left
 
   private:
     bool EvaluateToken(std::string_view token);
 
     CScriptContext& m_script;
-    std::vector<CVal> m_stack;
+    std::vector<value::CVal> m_stack;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

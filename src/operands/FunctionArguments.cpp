@@ -3,22 +3,22 @@
 #include "operands/OperandEvaluator.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 std::optional<std::string> TextArgument(const FunctionCall& call, std::size_t index) {
-    CVal value;
-    if (!EvaluateOperand(call.script, call.arguments[index], value, ValueType::Text, true)) {
+    value::CVal value;
+    if (!EvaluateOperand(call.script, call.arguments[index], value, value::ValueType::Text, true)) {
         return std::nullopt;
     }
-    return ValueToText(value);
+    return value::ValueToText(value);
 }
 
 std::optional<int> NumberArgument(const FunctionCall& call, std::size_t index) {
-    CVal value;
-    if (!EvaluateOperand(call.script, call.arguments[index], value, ValueType::Int, true)) {
+    value::CVal value;
+    if (!EvaluateOperand(call.script, call.arguments[index], value, value::ValueType::Int, true)) {
         return std::nullopt;
     }
-    return ValueToInt(value);
+    return value::ValueToInt(value);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -8,9 +8,9 @@
 
 #include "operands/KeywordFunction.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 std::optional<std::string> TextArgument(const FunctionCall& call, std::size_t index);
 std::optional<int> NumberArgument(const FunctionCall& call, std::size_t index);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

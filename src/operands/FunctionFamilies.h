@@ -3,7 +3,7 @@
 
 #include "operands/KeywordFunction.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 // Texts
 FunctionResult StringCompare(FunctionCall& call);
@@ -66,4 +66,4 @@ FunctionResult CheckEventTimeFunction(FunctionCall& call);
 FunctionResult FillInListFunction(FunctionCall& call);
 FunctionResult CalcInListFunction(FunctionCall& call);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -1,6 +1,6 @@
 #include "operands/KeywordFunction.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -35,4 +35,4 @@ std::string_view TextBehindKeyword(const FunctionCall& call) {
     return call.full.substr(start + call.keyword.size());
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

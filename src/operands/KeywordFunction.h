@@ -10,7 +10,7 @@
 
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 class CScriptContext;
 
@@ -21,7 +21,7 @@ struct FunctionCall {
     std::string_view rest;                      // the text behind the keyword and the three tokens
     std::string_view full;  // the whole text of the expression, keyword included
     int wanted;             // type code that the caller would like to have
-    CVal& out;
+    value::CVal& out;
     std::string formula;  // for FunctionContinues: the text that is evaluated as a formula
 };
 
@@ -58,4 +58,4 @@ class CFunctionTable {
 // The text of the whole expression behind its keyword, for functions that read their own arguments.
 std::string_view TextBehindKeyword(const FunctionCall& call);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

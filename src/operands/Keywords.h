@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace kalvex::Keyword {
+namespace kalvex::operands::Keyword {
 
 // The words that give a script its structure: the searches for blocks, labels and procedures look
 // for them, and the keyword table names its rows by them.
@@ -29,4 +29,4 @@ inline constexpr std::string_view Start = "START";
 inline constexpr std::string_view Stop = "STOP";
 inline constexpr std::string_view Time = "TIME";
 
-}  // namespace kalvex::Keyword
+}  // namespace kalvex::operands::Keyword

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
 // Combines the elements that count, the first of them taken whole.
 template <class Combine>
-bool Fold(const CVariableList& list, CVal& result, const ElementFilter& filter, Combine combine) {
+bool Fold(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
+          Combine combine) {
     bool found = false;
-    for (const CVal& element : list.Elements()) {
+    for (const value::CVal& element : list.Elements()) {
         if (!filter.Counts(element)) continue;
         if (found) {
             combine(result, element);
@@ -22,50 +23,51 @@ bool Fold(const CVariableList& list, CVal& result, const ElementFilter& filter, 
     return found;
 }
 
-void MarkCalculated(CVal& result, std::int64_t now) {
+void MarkCalculated(value::CVal& result, std::int64_t now) {
     result.SetTime(now);
-    result.SetStatus(Status::SetByUser);
+    result.SetStatus(value::Status::SetByUser);
 }
 
 }  // namespace
 
 int CountItems(const CVariableList& list, const ElementFilter& filter) {
-    const std::vector<CVal>& elements = list.Elements();
-    if (filter.ignoreMask == 0 && filter.from == 0 && filter.to == kLargestTime) {
+    const std::vector<value::CVal>& elements = list.Elements();
+    if (filter.ignoreMask == 0 && filter.from == 0 && filter.to == value::kLargestTime) {
         return static_cast<int>(elements.size());
     }
     return static_cast<int>(std::ranges::count_if(
-        elements, [&filter](const CVal& element) { return filter.Counts(element); }));
+        elements, [&filter](const value::CVal& element) { return filter.Counts(element); }));
 }
 
-bool SumItems(const CVariableList& list, CVal& result, const ElementFilter& filter,
+bool SumItems(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
               std::int64_t now) {
-    if (!Fold(list, result, filter, [](CVal& sum, const CVal& element) { sum += element; })) {
+    if (!Fold(list, result, filter,
+              [](value::CVal& sum, const value::CVal& element) { sum += element; })) {
         return false;
     }
     MarkCalculated(result, now);
     return true;
 }
 
-bool AverageItems(const CVariableList& list, CVal& result, const ElementFilter& filter,
+bool AverageItems(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
                   std::int64_t now) {
     const int count = CountItems(list, filter);
     if (!SumItems(list, result, filter, now)) return false;
-    result /= CVal(count);
+    result /= value::CVal(count);
     MarkCalculated(result, now);
     return true;
 }
 
-bool MaxItem(const CVariableList& list, CVal& result, const ElementFilter& filter) {
-    return Fold(list, result, filter, [](CVal& highest, const CVal& element) {
+bool MaxItem(const CVariableList& list, value::CVal& result, const ElementFilter& filter) {
+    return Fold(list, result, filter, [](value::CVal& highest, const value::CVal& element) {
         if (highest < element) highest = element;
     });
 }
 
-bool MinItem(const CVariableList& list, CVal& result, const ElementFilter& filter) {
-    return Fold(list, result, filter, [](CVal& lowest, const CVal& element) {
+bool MinItem(const CVariableList& list, value::CVal& result, const ElementFilter& filter) {
+    return Fold(list, result, filter, [](value::CVal& lowest, const value::CVal& element) {
         if (lowest > element) lowest = element;
     });
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -7,14 +7,14 @@
 #include "operands/Variable.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 struct ElementFilter {
     std::uint16_t ignoreMask = 0;
     std::int64_t from = 0;
-    std::int64_t to = kLargestTime;
+    std::int64_t to = value::kLargestTime;
 
-    bool Counts(const CVal& element) const {
+    bool Counts(const value::CVal& element) const {
         return (element.GetStatus() & ignoreMask) == 0 && element.GetTime() >= from &&
                element.GetTime() <= to;
     }
@@ -24,11 +24,11 @@ int CountItems(const CVariableList& list, const ElementFilter& filter);
 
 // False, with `result` as it was, when no element counts. Sum and average get the time `now` and
 // the status SetByUser; minimum and maximum are the element itself, the earlier one on ties.
-bool SumItems(const CVariableList& list, CVal& result, const ElementFilter& filter,
+bool SumItems(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
               std::int64_t now);
-bool AverageItems(const CVariableList& list, CVal& result, const ElementFilter& filter,
+bool AverageItems(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
                   std::int64_t now);
-bool MaxItem(const CVariableList& list, CVal& result, const ElementFilter& filter);
-bool MinItem(const CVariableList& list, CVal& result, const ElementFilter& filter);
+bool MaxItem(const CVariableList& list, value::CVal& result, const ElementFilter& filter);
+bool MinItem(const CVariableList& list, value::CVal& result, const ElementFilter& filter);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -12,7 +12,7 @@
 #include "text/LineScanner.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -32,9 +32,9 @@ CVariable* FindResult(CScriptContext& script, std::string_view name) {
 // "FROM <time>" or "TO <time>" at the front of the text.
 bool TakeBound(CScriptContext& script, std::string_view word, std::string_view& text,
                std::int64_t& bound) {
-    text = TrimBlanks(text);
+    text = text::TrimBlanks(text);
     const std::string_view clause = text;
-    const std::string_view token = NextToken(text);
+    const std::string_view token = text::NextToken(text);
     if (token.empty()) return script.FailForced(ErrorArguments, word);
     if (token != word) return script.FailForced(ErrorUnknownKeyword, token);
     return ParseDateFields(script, text, bound) || script.FailForced(ErrorText, clause);
@@ -47,7 +47,7 @@ CalcResult ReadFilter(CScriptContext& script, std::string_view mask, std::string
         script.SetError(ErrorArguments, mask, true);
         return CalcResult::Error;
     }
-    if (TrimBlanks(text).empty()) return CalcResult::Done;
+    if (text::TrimBlanks(text).empty()) return CalcResult::Done;
     if (!TakeBound(script, Keyword::From, text, filter.from) ||
         !TakeBound(script, Keyword::To, text, filter.to)) {
         return CalcResult::Error;
@@ -55,23 +55,26 @@ CalcResult ReadFilter(CScriptContext& script, std::string_view mask, std::string
     return filter.from > filter.to ? CalcResult::RangeReversed : CalcResult::Done;
 }
 
-bool Count(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t) {
-    result = CVal(CountItems(list, filter));
+bool Count(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
+           std::int64_t) {
+    result = value::CVal(CountItems(list, filter));
     return true;
 }
 
-bool Minimum(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t) {
+bool Minimum(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
+             std::int64_t) {
     return MinItem(list, result, filter);
 }
 
-bool Maximum(const CVariableList& list, CVal& result, const ElementFilter& filter, std::int64_t) {
+bool Maximum(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
+             std::int64_t) {
     return MaxItem(list, result, filter);
 }
 
 struct Aggregate {
     std::string_view ending;
     std::size_t longerThan;  // the length of list and function together
-    bool (*compute)(const CVariableList& list, CVal& result, const ElementFilter& filter,
+    bool (*compute)(const CVariableList& list, value::CVal& result, const ElementFilter& filter,
                     std::int64_t now);
 };
 
@@ -88,7 +91,7 @@ const Aggregate* FindAggregate(std::string_view token) {
 }
 
 std::int64_t NextHour(std::int64_t time) {
-    return time + kSecondsPerHour;
+    return time + value::kSecondsPerHour;
 }
 
 struct FillStep {
@@ -98,17 +101,17 @@ struct FillStep {
 };
 
 constexpr FillStep kFillSteps[] = {
-    {"HREP", GetFirstLocalHourTime, NextHour},
-    {"DREP", GetFirstLocalDayTime, GetNextLocalDayTime},
-    {"MREP", GetFirstLocalMonthTime, GetNextLocalMonthTime},
+    {"HREP", value::GetFirstLocalHourTime, NextHour},
+    {"DREP", value::GetFirstLocalDayTime, value::GetNextLocalDayTime},
+    {"MREP", value::GetFirstLocalMonthTime, value::GetNextLocalMonthTime},
 };
 
 }  // namespace
 
 CalcResult CalcInList(CScriptContext& script, std::string_view text) {
-    const std::string_view source = NextToken(text);
-    const std::string_view target = NextToken(text);
-    const std::string_view mask = NextToken(text);
+    const std::string_view source = text::NextToken(text);
+    const std::string_view target = text::NextToken(text);
+    const std::string_view mask = text::NextToken(text);
     ElementFilter filter;
     const CalcResult read = ReadFilter(script, mask, text, filter);
     const CVariableList* list = script.FindList(BaseName(source));
@@ -116,7 +119,7 @@ CalcResult CalcInList(CScriptContext& script, std::string_view text) {
     if (list == nullptr || result == nullptr) return CalcResult::Error;
     if (read != CalcResult::Done) return read;
     const Aggregate* aggregate = FindAggregate(source);
-    CVal value;
+    value::CVal value;
     CalcResult code = CalcResult::Done;
     if (aggregate == nullptr) {
         script.SetError(ErrorArguments, source, true);
@@ -124,33 +127,33 @@ CalcResult CalcInList(CScriptContext& script, std::string_view text) {
     } else if (!aggregate->compute(*list, value, filter, script.Services().clock.Now())) {
         code = CalcResult::NothingComputed;
     }
-    result->SetValue(value, GetValueKind(target));
+    result->SetValue(value, value::GetValueKind(target));
     return code;
 }
 
 bool FillInList(CScriptContext& script, std::string_view text) {
-    CVariableList* list = script.FindList(BaseName(NextToken(text)));
+    CVariableList* list = script.FindList(BaseName(text::NextToken(text)));
     if (list == nullptr) return false;
-    const std::string_view valueToken = NextToken(text);
-    CVal value;
-    const int wanted = list->GetValueType(KindCurrent, 1);
+    const std::string_view valueToken = text::NextToken(text);
+    value::CVal value;
+    const int wanted = list->GetValueType(value::KindCurrent, 1);
     if (!EvaluateOperand(script, valueToken, value, wanted, true)) {
         return script.FailForced(ErrorArguments, valueToken);
     }
-    const std::string_view statusToken = NextToken(text);
+    const std::string_view statusToken = text::NextToken(text);
     std::uint16_t status = 0;
     if (!ParseStatusArgument(script, statusToken, &status, StatusAction::Set)) {
         return script.FailForced(ErrorArguments, statusToken);
     }
-    std::string_view startToken = NextToken(text);
-    const std::string_view endToken = NextToken(text);
+    std::string_view startToken = text::NextToken(text);
+    const std::string_view endToken = text::NextToken(text);
     std::string_view endText = endToken;
     std::int64_t start = 0;
     std::int64_t end = 0;
     if (!ParseDateFields(script, startToken, start) || !ParseDateFields(script, endText, end)) {
         return script.FailForced(ErrorArguments, endToken);
     }
-    const std::string_view stepToken = NextToken(text);
+    const std::string_view stepToken = text::NextToken(text);
     const auto step = std::ranges::find(kFillSteps, stepToken, &FillStep::word);
     if (step == std::end(kFillSteps)) return script.FailForced(ErrorArguments, stepToken);
     value.SetStatus(status);
@@ -165,14 +168,14 @@ bool FillInList(CScriptContext& script, std::string_view text) {
 FunctionResult CalcInListFunction(FunctionCall& call) {
     const CalcResult code = CalcInList(call.script, TextBehindKeyword(call));
     if (code == CalcResult::Error) return FunctionResult::Failed;
-    call.out = CVal(static_cast<int>(code));
+    call.out = value::CVal(static_cast<int>(code));
     return FunctionResult::Done;
 }
 
 FunctionResult FillInListFunction(FunctionCall& call) {
     if (!FillInList(call.script, TextBehindKeyword(call))) return FunctionResult::Failed;
-    call.out = CVal(1);
+    call.out = value::CVal(1);
     return FunctionResult::Done;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

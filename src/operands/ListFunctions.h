@@ -6,7 +6,7 @@
 
 #include "operands/ScriptContext.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 enum class CalcResult : int {
     Done = 0,
@@ -23,4 +23,4 @@ CalcResult CalcInList(CScriptContext& script, std::string_view text);
 // from start to end goes behind those that the list has.
 bool FillInList(CScriptContext& script, std::string_view text);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -6,23 +6,24 @@
 #include "operands/OperandEvaluator.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
 template <class Function>
 FunctionResult OnDouble(FunctionCall& call, Function function) {
-    CVal argument;
-    if (!EvaluateOperand(call.script, call.arguments[0], argument, ValueType::Double, true)) {
+    value::CVal argument;
+    if (!EvaluateOperand(call.script, call.arguments[0], argument, value::ValueType::Double,
+                         true)) {
         return FunctionResult::Failed;
     }
-    call.out = CVal(function(ValueToDouble(argument)));
+    call.out = value::CVal(function(value::ValueToDouble(argument)));
     return FunctionResult::Done;
 }
 
 // The integer that a double names, cut at the point.
-int Truncate(const CVal& value) {
-    return ValueToInt(CVal(ValueToDouble(value)));
+int Truncate(const value::CVal& value) {
+    return value::ValueToInt(value::CVal(value::ValueToDouble(value)));
 }
 
 }  // namespace
@@ -68,36 +69,37 @@ FunctionResult SquareRoot(FunctionCall& call) {
 }
 
 FunctionResult Factorial(FunctionCall& call) {
-    CVal argument;
-    if (!EvaluateOperand(call.script, call.arguments[0], argument, ValueType::Int, true)) {
+    value::CVal argument;
+    if (!EvaluateOperand(call.script, call.arguments[0], argument, value::ValueType::Int, true)) {
         return FunctionResult::Failed;
     }
-    const int n = ValueToInt(argument);
-    CVal product(1);
-    for (int i = 2; i <= n && !std::isinf(ValueToDouble(product)); ++i) product *= CVal(i);
+    const int n = value::ValueToInt(argument);
+    value::CVal product(1);
+    for (int i = 2; i <= n && !std::isinf(value::ValueToDouble(product)); ++i)
+        product *= value::CVal(i);
     call.out = product;
     return FunctionResult::Done;
 }
 
 FunctionResult IntegerPart(FunctionCall& call) {
-    CVal argument;
-    if (!EvaluateOperand(call.script, call.arguments[0], argument, ValueType::Int, true)) {
+    value::CVal argument;
+    if (!EvaluateOperand(call.script, call.arguments[0], argument, value::ValueType::Int, true)) {
         return FunctionResult::Failed;
     }
-    call.out = CVal(ValueToInt(argument));
+    call.out = value::CVal(value::ValueToInt(argument));
     return FunctionResult::Done;
 }
 
 FunctionResult Round(FunctionCall& call) {
-    CVal number;
-    CVal digits;
+    value::CVal number;
+    value::CVal digits;
     const bool numberRead =
-        EvaluateOperand(call.script, call.arguments[0], number, ValueType::Double, true);
+        EvaluateOperand(call.script, call.arguments[0], number, value::ValueType::Double, true);
     const bool digitsRead =
-        EvaluateOperand(call.script, call.arguments[1], digits, ValueType::Double, true);
+        EvaluateOperand(call.script, call.arguments[1], digits, value::ValueType::Double, true);
     if (!numberRead || !digitsRead) return FunctionResult::Failed;
-    call.out = CVal(RoundToDigits(ValueToDouble(number), Truncate(digits)));
+    call.out = value::CVal(RoundToDigits(value::ValueToDouble(number), Truncate(digits)));
     return FunctionResult::Done;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -8,7 +8,7 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -92,14 +92,14 @@ std::string FormatReal(double value, const Conversion& conversion) {
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
                                    std::chars_format::fixed, precision);
     text.resize(static_cast<std::size_t>(end.ptr - text.data()));
-    if (conversion.letter == 'F') text = ToUpper(text);
+    if (conversion.letter == 'F') text = text::ToUpper(text);
     return Padded(std::move(text), conversion.width, conversion.zeros && std::isfinite(value));
 }
 
 }  // namespace
 
 bool IsValidNumberFormat(std::string_view format) {
-    const std::string lower = ToLower(format);
+    const std::string lower = text::ToLower(format);
     if (lower.size() < 2 || lower.front() != '%') return false;
     if (lower.back() != 'f' && lower.back() != 'd') return false;
     std::string middle = lower.substr(1, lower.size() - 2);
@@ -110,20 +110,20 @@ bool IsValidNumberFormat(std::string_view format) {
     return middle.empty() || kDigits.find(middle.front()) != std::string_view::npos;
 }
 
-std::string FormatNumber(const CVal& value, std::string_view format) {
+std::string FormatNumber(const value::CVal& value, std::string_view format) {
     if (IsValidNumberFormat(format)) {
         const bool integer = format.find('d') != std::string_view::npos;
         const std::string_view letters = integer ? "d" : "fF";
         const std::optional<Conversion> conversion = ReadConversion(format);
         if (conversion && letters.find(conversion->letter) != std::string_view::npos) {
-            return (integer ? FormatInteger(ValueToInt(value), *conversion)
-                            : FormatReal(ValueToDouble(value), *conversion)) +
+            return (integer ? FormatInteger(value::ValueToInt(value), *conversion)
+                            : FormatReal(value::ValueToDouble(value), *conversion)) +
                    conversion->tail;
         }
     }
     Conversion twoPlaces;
     twoPlaces.precision = 2;
-    return FormatReal(ValueToDouble(value), twoPlaces);
+    return FormatReal(value::ValueToDouble(value), twoPlaces);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -7,7 +7,7 @@
 
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 // The first look at a format, in which case does not count: "%" at the start, "f" or "d" at the
 // end, at most one point, and a digit first in what is left between them, if anything is.
@@ -17,6 +17,6 @@ bool IsValidNumberFormat(std::string_view format);
 // "%", zeros for padding with zeros, width, point and precision, one of d, f, F (l may stand before
 // it), then text in which "%%" is a percent sign. A format that is refused by the first look or
 // means nothing, and one whose width or precision is beyond 1000, counts as "%.2f".
-std::string FormatNumber(const CVal& value, std::string_view format);
+std::string FormatNumber(const value::CVal& value, std::string_view format);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -13,27 +13,27 @@
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
 template <std::string (CVariable::*Getter)()>
-CVal TextOf(CVariable& variable) {
-    return CVal((variable.*Getter)());
+value::CVal TextOf(CVariable& variable) {
+    return value::CVal((variable.*Getter)());
 }
 
 template <int (CVariable::*Getter)()>
-CVal NumberOf(CVariable& variable) {
-    return CVal((variable.*Getter)() != 0 ? 1 : 0);
+value::CVal NumberOf(CVariable& variable) {
+    return value::CVal((variable.*Getter)() != 0 ? 1 : 0);
 }
 
-CVal NameOf(CVariable& variable) {
-    return CVal(std::string_view(variable.GetName()));
+value::CVal NameOf(CVariable& variable) {
+    return value::CVal(std::string_view(variable.GetName()));
 }
 
 struct VariableProperty {
     VariablePropertyRow row;
-    CVal (*read)(CVariable& variable);
+    value::CVal (*read)(CVariable& variable);
 };
 
 constexpr VariableProperty kVariableProperties[] = {
@@ -53,39 +53,39 @@ constexpr VariableProperty kVariableProperties[] = {
 
 constexpr std::string_view kBaseName = ".BASENAME";
 
-void ReadCount(CScriptContext&, const CVariableList& list, CVal& out) {
-    out = CVal(CountItems(list, {}));
+void ReadCount(CScriptContext&, const CVariableList& list, value::CVal& out) {
+    out = value::CVal(CountItems(list, {}));
 }
 
-void ReadPosition(CScriptContext&, const CVariableList& list, CVal& out) {
-    out = CVal(list.GetIterator());
+void ReadPosition(CScriptContext&, const CVariableList& list, value::CVal& out) {
+    out = value::CVal(list.GetIterator());
 }
 
-void ReadPositionValid(CScriptContext&, const CVariableList& list, CVal& out) {
-    out = CVal(list.IsIteratorValid() ? 1 : 0);
+void ReadPositionValid(CScriptContext&, const CVariableList& list, value::CVal& out) {
+    out = value::CVal(list.IsIteratorValid() ? 1 : 0);
 }
 
-constexpr ElementFilter kKnownElements{Status::Unknown, 0, kLargestTime};
+constexpr ElementFilter kKnownElements{value::Status::Unknown, 0, value::kLargestTime};
 
-void ReadSum(CScriptContext& script, const CVariableList& list, CVal& out) {
+void ReadSum(CScriptContext& script, const CVariableList& list, value::CVal& out) {
     SumItems(list, out, kKnownElements, script.Services().clock.Now());
 }
 
-void ReadMinimum(CScriptContext&, const CVariableList& list, CVal& out) {
+void ReadMinimum(CScriptContext&, const CVariableList& list, value::CVal& out) {
     MinItem(list, out, kKnownElements);
 }
 
-void ReadMaximum(CScriptContext&, const CVariableList& list, CVal& out) {
+void ReadMaximum(CScriptContext&, const CVariableList& list, value::CVal& out) {
     MaxItem(list, out, kKnownElements);
 }
 
-void ReadAverage(CScriptContext& script, const CVariableList& list, CVal& out) {
+void ReadAverage(CScriptContext& script, const CVariableList& list, value::CVal& out) {
     AverageItems(list, out, kKnownElements, script.Services().clock.Now());
 }
 
 struct ListProperty {
     std::string_view name;
-    void (*read)(CScriptContext& script, const CVariableList& list, CVal& out);
+    void (*read)(CScriptContext& script, const CVariableList& list, value::CVal& out);
 };
 
 constexpr ListProperty kListProperties[] = {
@@ -113,7 +113,7 @@ std::string_view CutAtLastDot(std::string_view text) {
     return text.substr(0, text.rfind('.'));
 }
 
-bool EvaluateVariableProperty(CScriptContext& script, std::string_view text, CVal& out,
+bool EvaluateVariableProperty(CScriptContext& script, std::string_view text, value::CVal& out,
                               bool report) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
@@ -131,7 +131,8 @@ bool EvaluateVariableProperty(CScriptContext& script, std::string_view text, CVa
     return false;
 }
 
-bool EvaluateBaseName(CScriptContext& script, std::string_view text, CVal& out, bool report) {
+bool EvaluateBaseName(CScriptContext& script, std::string_view text, value::CVal& out,
+                      bool report) {
     const std::string_view name = CutAtLastDot(text);
     CVariable* variable = FindVariable(script, name);
     if (variable == nullptr) return false;
@@ -140,12 +141,12 @@ bool EvaluateBaseName(CScriptContext& script, std::string_view text, CVal& out, 
         return false;
     }
     const auto& pointer = static_cast<const CVariablePointer&>(*variable);
-    out = CVal(std::string_view(pointer.GetTargetName()));
+    out = value::CVal(std::string_view(pointer.GetTargetName()));
     return true;
 }
 
 bool EvaluateListProperty(CScriptContext& script, std::string_view text,
-                          const ListProperty& property, CVal& out, bool report) {
+                          const ListProperty& property, value::CVal& out, bool report) {
     const std::string_view name = CutAtLastDot(text);
     CVariable* variable = FindVariable(script, name);
     if (variable == nullptr || variable->GetKind() != VariableList) {
@@ -157,36 +158,38 @@ bool EvaluateListProperty(CScriptContext& script, std::string_view text,
     return true;
 }
 
-bool EvaluateTimestamp(CScriptContext& script, std::string_view text, CVal& out, bool report) {
+bool EvaluateTimestamp(CScriptContext& script, std::string_view text, value::CVal& out,
+                       bool report) {
     const std::string_view name = CutAtLastDot(text);
     std::int64_t time = 0;
     if (!GetVariableTime(script, name, &time)) {
         if (report) script.SetError(ErrorRemoteValue, name, false);
         return false;
     }
-    out = CVal(time);
+    out = value::CVal(time);
     return true;
 }
 
-bool EvaluateTime(CScriptContext& script, std::string_view text, CVal& out) {
+bool EvaluateTime(CScriptContext& script, std::string_view text, value::CVal& out) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
     std::int64_t time = 0;
     if (base == Keyword::Time) {
         time = script.Services().clock.Now();
     } else {
-        CVal value;
-        if (!EvaluateOperand(script, base, value, ValueType::Int64, true)) return false;
-        value.GetValData(ValueType::Int64, &time);
+        value::CVal value;
+        if (!EvaluateOperand(script, base, value, value::ValueType::Int64, true)) return false;
+        value.GetValData(value::ValueType::Int64, &time);
     }
     if (dot == std::string_view::npos) {
-        out = CVal(time);
+        out = value::CVal(time);
         return true;
     }
     const TimeProperty* property = FindTimeProperty(text.substr(dot));
     if (property == nullptr) return false;
     const std::int64_t result = property->compute(time);
-    out = property->kind == TimePropertyKind::Time ? CVal(result) : CVal(static_cast<int>(result));
+    out = property->kind == TimePropertyKind::Time ? value::CVal(result)
+                                                   : value::CVal(static_cast<int>(result));
     return true;
 }
 
@@ -197,7 +200,8 @@ Attempt Outcome(bool succeeded) {
 }
 
 // Everything that a dot can select, in the order in which it is looked for.
-Attempt EvaluateProperty(CScriptContext& script, std::string_view text, CVal& out, bool report) {
+Attempt EvaluateProperty(CScriptContext& script, std::string_view text, value::CVal& out,
+                         bool report) {
     for (const VariableProperty& property : kVariableProperties) {
         if (Mentions(text, property.row.name)) {
             return Outcome(EvaluateVariableProperty(script, text, out, report));
@@ -219,17 +223,18 @@ bool IsTimeWord(std::string_view text) {
            (text.size() == Keyword::Time.size() || text[Keyword::Time.size()] == '.');
 }
 
-bool EvaluateVariable(CScriptContext& script, std::string_view text, CVal& out, bool report) {
+bool EvaluateVariable(CScriptContext& script, std::string_view text, value::CVal& out,
+                      bool report) {
     CVariable* variable = FindVariable(script, text);
     if (variable == nullptr) return false;
-    const int result = variable->GetValue(out, GetValueKind(text), 0);
+    const int result = variable->GetValue(out, value::GetValueKind(text), 0);
     if (result == ReadValue) return true;
     const bool unavailable = result == ReadUnavailable && report;
     script.SetError(unavailable ? ErrorRemoteValue : ErrorWaiting, text, false);
     return false;
 }
 
-bool EvaluateFormula(CScriptContext& script, std::string_view text, CVal& out) {
+bool EvaluateFormula(CScriptContext& script, std::string_view text, value::CVal& out) {
     FormulaParser parser(script);
     std::string postfix;
     return parser.CompileFormula(text, postfix) && parser.EvaluatePostfix(out, postfix);
@@ -239,7 +244,7 @@ bool EndsExpression(std::string_view token) {
     if (token.size() == 1) return token[0] == ';';
     static_assert(Keyword::Then.size() == Keyword::Goto.size());
     return token.size() == Keyword::Then.size() &&
-           (EqualNoCase(token, Keyword::Then) || EqualNoCase(token, Keyword::Goto));
+           (text::EqualNoCase(token, Keyword::Then) || text::EqualNoCase(token, Keyword::Goto));
 }
 
 }  // namespace
@@ -253,11 +258,11 @@ std::span<const VariablePropertyRow> VariableProperties() {
     return rows;
 }
 
-bool EvaluateOperand(CScriptContext& script, std::string_view text, CVal& out, int wanted,
+bool EvaluateOperand(CScriptContext& script, std::string_view text, value::CVal& out, int wanted,
                      bool report) {
-    text = TrimBlanks(text);
+    text = text::TrimBlanks(text);
     if (text.starts_with('@') && IsScheduleWord(text)) {
-        out = CVal(text);
+        out = value::CVal(text);
         return true;
     }
     if (MayMentionProperty(text)) {
@@ -266,22 +271,23 @@ bool EvaluateOperand(CScriptContext& script, std::string_view text, CVal& out, i
     }
     if (IsTimeWord(text)) return EvaluateTime(script, text, out);
     double number = 0;
-    if (ConvertString2Double(text, &number)) {
-        out = ValueType::IsInteger(wanted) ? CVal(text) : CVal(number);
+    if (value::ConvertString2Double(text, &number)) {
+        out = value::ValueType::IsInteger(wanted) ? value::CVal(text) : value::CVal(number);
         return out.Cast(wanted);
     }
     if (text.size() > 2 && text.front() == '"' && text.back() == '"') {
-        out = CVal(text.substr(1, text.size() - 2));
+        out = value::CVal(text.substr(1, text.size() - 2));
         return true;
     }
     return EvaluateVariable(script, text, out, report);
 }
 
-bool EvaluateExpression(CScriptContext& script, std::string_view& text, CVal& out, int wanted) {
+bool EvaluateExpression(CScriptContext& script, std::string_view& text, value::CVal& out,
+                        int wanted) {
     const std::string_view full = text;
-    const std::string_view keyword = NextToken(text);
+    const std::string_view keyword = text::NextToken(text);
     std::array<std::string_view, 3> arguments;
-    for (std::string_view& argument : arguments) argument = NextToken(text);
+    for (std::string_view& argument : arguments) argument = text::NextToken(text);
     if (const FunctionRow* row = script.Services().functions.Find(keyword)) {
         FunctionCall call{script, keyword, arguments, text, full, wanted, out, {}};
         const FunctionResult result = row->handler(call);
@@ -292,9 +298,9 @@ bool EvaluateExpression(CScriptContext& script, std::string_view& text, CVal& ou
     return EvaluateFormula(script, full, out);
 }
 
-bool EvaluateRest(CScriptContext& script, std::string_view& text, CVal& out, int wanted) {
+bool EvaluateRest(CScriptContext& script, std::string_view& text, value::CVal& out, int wanted) {
     std::string joined;
-    std::string_view token = NextToken(text);
+    std::string_view token = text::NextToken(text);
     const char* start = token.data();
     std::size_t length = 0;
     bool contiguous = true;  // the tokens stand in the line as they would be joined
@@ -309,11 +315,11 @@ bool EvaluateRest(CScriptContext& script, std::string_view& text, CVal& out, int
         } else {
             length = static_cast<std::size_t>(token.data() + token.size() - start);
         }
-        token = NextToken(text);
+        token = text::NextToken(text);
     }
     std::string_view expression = contiguous ? std::string_view(start, length) : joined;
     text = {};
     return EvaluateExpression(script, expression, out, wanted);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

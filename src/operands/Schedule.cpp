@@ -7,7 +7,7 @@
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -63,7 +63,7 @@ constexpr ScheduleField kFields[] = {
 };
 
 bool IsWordOfField(unsigned char c) {
-    return IsDigit(static_cast<char>(c)) || ToUpper(c) != ToLower(c);
+    return text::IsDigit(static_cast<char>(c)) || text::ToUpper(c) != text::ToLower(c);
 }
 
 bool SetBit(std::uint64_t& bits, int low, int high, int value) {
@@ -146,14 +146,14 @@ bool CScheduleReader::ReadNumber(int& value, int low, std::span<const std::strin
     if (word.size() >= kTooLong) return false;
     m_text.remove_prefix(word.size());
     for (std::size_t index = 0; index < names.size(); ++index) {
-        if (EqualNoCase(names[index], word)) {
+        if (text::EqualNoCase(names[index], word)) {
             value = static_cast<int>(index) + low;
             return true;
         }
     }
     value = 0;
     for (const char c : word) {
-        if (!IsDigit(c)) return false;
+        if (!text::IsDigit(c)) return false;
         value = std::min(value * 10 + (c - '0'), kLargest);
     }
     return true;
@@ -179,10 +179,10 @@ bool FitsWithin(const ScheduleEntry& entry, std::int64_t time, std::int64_t coun
     while (count > 0) {
         std::tm at;
         std::tm last;
-        if (!LocalCalendar(time, at)) return false;
+        if (!value::LocalCalendar(time, at)) return false;
         // To the end of the minute only the second moves on, unless the clocks change before it.
         std::int64_t run = std::min<std::int64_t>(count, std::max(60 - at.tm_sec, 1));
-        if (!LocalCalendar(time + run - 1, last) || last.tm_gmtoff != at.tm_gmtoff) run = 1;
+        if (!value::LocalCalendar(time + run - 1, last) || last.tm_gmtoff != at.tm_gmtoff) run = 1;
         if (time < 0) {
             run = std::min(count, -time);
         } else if ((entry.seconds >> at.tm_sec & All(1, static_cast<int>(run))) != 0 &&
@@ -221,7 +221,7 @@ bool ReadScheduleEntry(std::string_view text, ScheduleEntry& entry) {
 
 bool FitsSchedule(const ScheduleEntry& entry, std::int64_t time) {
     std::tm at;
-    return time >= 0 && LocalCalendar(time, at) && Holds(entry.seconds, at.tm_sec) &&
+    return time >= 0 && value::LocalCalendar(time, at) && Holds(entry.seconds, at.tm_sec) &&
            FitsMinute(entry, at);
 }
 
@@ -236,4 +236,4 @@ bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::
     return a <= now && now <= b && FitsSchedule(entry, now);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 // An entry that has been read. Each set holds the value less the lowest value of its field.
 struct ScheduleEntry {
@@ -40,4 +40,4 @@ bool FitsSchedule(const ScheduleEntry& entry, std::int64_t time);
 // lies in a to b.
 bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

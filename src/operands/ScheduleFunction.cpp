@@ -5,7 +5,7 @@
 #include "operands/ScriptContext.h"
 #include "operands/TimeText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -30,8 +30,8 @@ FunctionResult CheckEventTimeFunction(FunctionCall& call) {
     const std::optional<int> b = Seconds(call, 2);
     if (!b) return FunctionResult::Failed;
     const bool fits = CheckEventTime(entry, *a, *b, call.script.Services().clock.Now());
-    call.out = CVal(fits ? 1 : 0);
+    call.out = value::CVal(fits ? 1 : 0);
     return FunctionResult::Done;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

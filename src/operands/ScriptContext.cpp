@@ -1,6 +1,6 @@
 #include "operands/ScriptContext.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 void CScriptContext::SetError(int code, std::string_view text, bool force) {
     const int standing = m_error.m_nErrorCode;
@@ -42,4 +42,4 @@ void CScriptContext::DestroyParts() {
     for (std::unique_ptr<CDocumentPart>& part : m_arrParts) part.reset();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -22,22 +22,22 @@
 #include "platform/Translator.h"
 #include "platform/Users.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 class CFunctionTable;
 
 // The world of a script, none of it owned; all of it outlives the script.
 struct ValueServices {
-    Clock& clock;
-    LogSink& log;
-    const Translator& translator;
-    const Users& users;
-    const Paths& paths;
+    platform::Clock& clock;
+    platform::LogSink& log;
+    const platform::Translator& translator;
+    const platform::Users& users;
+    const platform::Paths& paths;
     const CFunctionTable& functions;
-    Processes* processes = &NoProcesses();  // never null
-    FileStore* files = &NoFiles();          // never null
-    const CCrypt* crypt = nullptr;          // none where no text is protected
-    NetworkProbes* probes = &NoProbes();    // never null
+    platform::Processes* processes = &platform::NoProcesses();  // never null
+    platform::FileStore* files = &platform::NoFiles();          // never null
+    const platform::CCrypt* crypt = nullptr;                    // none where no text is protected
+    platform::NetworkProbes* probes = &platform::NoProbes();    // never null
 };
 
 // The error of the line that runs, or of the last one that ran.
@@ -116,4 +116,4 @@ class CScriptContext {
         m_arrParts;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

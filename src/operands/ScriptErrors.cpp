@@ -1,6 +1,6 @@
 #include "operands/ScriptErrors.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -19,4 +19,4 @@ const ScriptErrorRow* FindScriptError(int code) {
     return nullptr;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 // X(code, name, Polish text in UTF-8, passes through the translator)
 #define KALVEX_SCRIPT_ERRORS(X)                                                                 \
@@ -52,4 +52,4 @@ struct ScriptErrorRow {
 // The row of a code, or null for a code outside the list.
 const ScriptErrorRow* FindScriptError(int code);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

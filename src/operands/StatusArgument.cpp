@@ -3,7 +3,7 @@
 #include "operands/OperandEvaluator.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -17,18 +17,19 @@ std::uint16_t Changed(std::uint16_t word, std::uint16_t bits, StatusAction actio
 
 bool ParseStatusArgument(CScriptContext& script, std::string_view text, std::uint16_t* word,
                          StatusAction action) {
-    CVal value;
+    value::CVal value;
     std::optional<std::uint16_t> bits;
-    if (!EvaluateOperand(script, text, value, ValueType::Int, false)) {
+    if (!EvaluateOperand(script, text, value, value::ValueType::Int, false)) {
         const std::size_t start = text.find_first_not_of(' ');
-        bits = start == std::string_view::npos ? std::nullopt : StatusBit(text.substr(start));
+        bits =
+            start == std::string_view::npos ? std::nullopt : value::StatusBit(text.substr(start));
     } else if (value.IsText()) {
-        bits = StatusBit(value.Text());
+        bits = value::StatusBit(value.Text());
     } else {
-        bits = static_cast<std::uint16_t>(ValueToInt(value));
+        bits = static_cast<std::uint16_t>(value::ValueToInt(value));
     }
     if (bits) *word = Changed(*word, *bits, action);
     return bits.has_value();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -6,7 +6,7 @@
 
 #include "operands/ScriptContext.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 enum class StatusAction { Set, Add, Remove };
 
@@ -15,4 +15,4 @@ enum class StatusAction { Set, Add, Remove };
 bool ParseStatusArgument(CScriptContext& script, std::string_view text, std::uint16_t* word,
                          StatusAction action);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

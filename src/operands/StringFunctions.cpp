@@ -10,14 +10,14 @@
 #include "text/Trim.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
 constexpr std::string_view kDefaultFormat = "%.2f";
 
 FunctionResult Give(FunctionCall& call, std::string text) {
-    call.out = CVal(std::move(text));
+    call.out = value::CVal(std::move(text));
     return FunctionResult::Done;
 }
 
@@ -65,12 +65,12 @@ std::string Append(std::string_view first, std::string_view second) {
 }  // namespace
 
 FunctionResult ToStringFunction(FunctionCall& call) {
-    CVal value;
-    if (!EvaluateOperand(call.script, call.arguments[0], value, ValueType::Text, true)) {
+    value::CVal value;
+    if (!EvaluateOperand(call.script, call.arguments[0], value, value::ValueType::Text, true)) {
         return FunctionResult::Failed;
     }
     if (call.arguments[0].find('"') != std::string_view::npos) {
-        return Give(call, ValueToText(value));
+        return Give(call, value::ValueToText(value));
     }
     std::string format(kDefaultFormat);
     if (!call.arguments[1].empty()) {
@@ -82,34 +82,34 @@ FunctionResult ToStringFunction(FunctionCall& call) {
 }
 
 FunctionResult ToFloat(FunctionCall& call) {
-    CVal value;
-    if (!EvaluateOperand(call.script, call.arguments[0], value, ValueType::Double, true)) {
+    value::CVal value;
+    if (!EvaluateOperand(call.script, call.arguments[0], value, value::ValueType::Double, true)) {
         return FunctionResult::Failed;
     }
-    call.out = CVal(ValueToDouble(value));
+    call.out = value::CVal(value::ValueToDouble(value));
     return FunctionResult::Done;
 }
 
 FunctionResult ToInt(FunctionCall& call) {
     const std::optional<int> number = NumberArgument(call, 0);
     if (!number) return FunctionResult::Failed;
-    call.out = CVal(*number);
+    call.out = value::CVal(*number);
     return FunctionResult::Done;
 }
 
 FunctionResult StringLen(FunctionCall& call) {
     const std::optional<std::string> text = TextArgument(call, 0);
     if (!text) return FunctionResult::Failed;
-    call.out = CVal(static_cast<int>(text->size()));
+    call.out = value::CVal(static_cast<int>(text->size()));
     return FunctionResult::Done;
 }
 
 FunctionResult StringMakeLower(FunctionCall& call) {
-    return OfText(call, [](std::string_view text) { return ToLower(text); });
+    return OfText(call, [](std::string_view text) { return text::ToLower(text); });
 }
 
 FunctionResult StringMakeUpper(FunctionCall& call) {
-    return OfText(call, [](std::string_view text) { return ToUpper(text); });
+    return OfText(call, [](std::string_view text) { return text::ToUpper(text); });
 }
 
 FunctionResult StringMakeReverse(FunctionCall& call) {
@@ -130,15 +130,15 @@ FunctionResult StringSpanExcluding(FunctionCall& call) {
 }
 
 FunctionResult StringTrim(FunctionCall& call) {
-    return OfTwoTexts(call, Trim);
+    return OfTwoTexts(call, text::Trim);
 }
 
 FunctionResult StringTrimLeft(FunctionCall& call) {
-    return OfTwoTexts(call, TrimLeft);
+    return OfTwoTexts(call, text::TrimLeft);
 }
 
 FunctionResult StringTrimRight(FunctionCall& call) {
-    return OfTwoTexts(call, TrimRight);
+    return OfTwoTexts(call, text::TrimRight);
 }
 
 FunctionResult StringLeft(FunctionCall& call) {
@@ -162,4 +162,4 @@ FunctionResult StringMid(FunctionCall& call) {
     return Give(call, text->substr(std::min(Count(*position), text->size()), Count(*count)));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

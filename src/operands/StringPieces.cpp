@@ -4,7 +4,7 @@
 #include "operands/OperandEvaluator.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -32,14 +32,15 @@ FunctionResult Tokenize(FunctionCall& call) {
     const std::optional<std::string> text = TextArgument(call, 0);
     if (!text) return FunctionResult::Failed;
     CVariable* variable = FindVariable(call.script, call.arguments[2]);
-    CVal value;
-    if (variable == nullptr || variable->GetValue(value, KindCurrent, 0) != ReadValue) {
+    value::CVal value;
+    if (variable == nullptr || variable->GetValue(value, value::KindCurrent, 0) != ReadValue) {
         return FunctionResult::Failed;
     }
     std::int32_t position = 0;
-    if (!value.GetValData(ValueType::Int, &position) || position < 0) return FunctionResult::Failed;
-    call.out = CVal(NextPiece(*text, call.arguments[1], position));
-    variable->SetValue(CVal(position), KindCurrent);
+    if (!value.GetValData(value::ValueType::Int, &position) || position < 0)
+        return FunctionResult::Failed;
+    call.out = value::CVal(NextPiece(*text, call.arguments[1], position));
+    variable->SetValue(value::CVal(position), value::KindCurrent);
     return FunctionResult::Done;
 }
 
@@ -52,13 +53,13 @@ FunctionResult Join(FunctionCall& call) {
     }
     auto& list = static_cast<CVariableList&>(*variable);
     std::string joined;
-    for (const CVal& element : list.Elements()) {
+    for (const value::CVal& element : list.Elements()) {
         if (&element != &list.Elements().front()) joined += separator;
-        joined += ValueToText(element);
+        joined += value::ValueToText(element);
     }
     list.MoveTo(static_cast<std::int32_t>(list.Elements().size()));
-    call.out = CVal(std::move(joined));
+    call.out = value::CVal(std::move(joined));
     return FunctionResult::Done;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -6,7 +6,7 @@
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -23,7 +23,7 @@ int Compare(std::string_view a, std::string_view b) {
 }
 
 int CompareNoCase(std::string_view a, std::string_view b) {
-    return Order(ToUpper(a), ToUpper(b));
+    return Order(text::ToUpper(a), text::ToUpper(b));
 }
 
 int FindOneOf(std::string_view text, std::string_view set) {
@@ -85,4 +85,4 @@ FunctionResult StringFind(FunctionCall& call) {
     return ContinueWith(call, found, *text);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::optional<std::tm> ReadTime(const std::string& text, std::string_view format
     return fields;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

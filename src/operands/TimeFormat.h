@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 inline constexpr std::string_view kDefaultTimeFormat = "%Y-%m-%d %H:%M:%S";
 
@@ -19,4 +19,4 @@ std::string FormatTime(const std::tm& fields, std::string_view format);
 // month or year (1000 to 9999) is out of its bounds.
 std::optional<std::tm> ReadTime(const std::string& text, std::string_view format);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

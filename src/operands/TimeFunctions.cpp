@@ -5,7 +5,7 @@
 #include "operands/TimeText.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -14,7 +14,7 @@ constexpr int kLastYear = 3000;
 constexpr int kGasDayStart = 6;  // hour at which the gas industry's day begins
 
 FunctionResult Give(FunctionCall& call, std::int64_t time) {
-    call.out = CVal(time);
+    call.out = value::CVal(time);
     return FunctionResult::Done;
 }
 
@@ -30,10 +30,11 @@ FunctionResult FormatedTimestamp(FunctionCall& call) {
     const std::string format = TextArgument(call, 1).value_or(std::string(kDefaultTimeFormat));
     std::int64_t time = 0;
     std::tm fields;
-    if (!GetVariableTime(call.script, call.arguments[0], &time) || !LocalCalendar(time, fields)) {
+    if (!GetVariableTime(call.script, call.arguments[0], &time) ||
+        !value::LocalCalendar(time, fields)) {
         return FunctionResult::Failed;
     }
-    call.out = CVal(FormatTime(fields, format));
+    call.out = value::CVal(FormatTime(fields, format));
     return FunctionResult::Done;
 }
 
@@ -57,8 +58,8 @@ FunctionResult MakeTimeFromString(FunctionCall& call) {
     }
     const std::optional<std::tm> read = ReadTime(*text, format);
     if (!read) return FunctionResult::Failed;
-    return Give(call, MakeWinterTime({read->tm_year + 1900, read->tm_mon + 1, read->tm_mday,
-                                      read->tm_hour, read->tm_min, read->tm_sec}));
+    return Give(call, value::MakeWinterTime({read->tm_year + 1900, read->tm_mon + 1, read->tm_mday,
+                                             read->tm_hour, read->tm_min, read->tm_sec}));
 }
 
 // The end of the last gas day of the month. The days are counted in seconds, so that around a
@@ -70,9 +71,9 @@ FunctionResult LastDay(FunctionCall& call) {
     if (*month < 1 || *month > 12 || *year < kFirstYear || *year > kLastYear) {
         return FunctionResult::Failed;
     }
-    std::int64_t time = MakeLocalTime({*year, *month, 1, kGasDayStart});
-    while (GetLocalMonth(time) == *month) time += kSecondsPerDay;
+    std::int64_t time = value::MakeLocalTime({*year, *month, 1, kGasDayStart});
+    while (value::GetLocalMonth(time) == *month) time += value::kSecondsPerDay;
     return Give(call, time);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

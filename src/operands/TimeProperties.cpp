@@ -4,7 +4,7 @@
 
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -13,13 +13,13 @@ using GetField = int (*)(std::int64_t);
 using StepDate = void (*)(int&, int&, int&);
 
 int GetDayOfWeek(std::int64_t time) {
-    return SplitLocalTime(time).dayOfWeek;
+    return value::SplitLocalTime(time).dayOfWeek;
 }
 int GetMinute(std::int64_t time) {
-    return SplitLocalTime(time).minute;
+    return value::SplitLocalTime(time).minute;
 }
 int GetSecond(std::int64_t time) {
-    return SplitLocalTime(time).second;
+    return value::SplitLocalTime(time).second;
 }
 
 template <GetField Get>
@@ -46,75 +46,75 @@ std::int64_t HourMinuteSecond(std::int64_t time) {
 template <StepDate Step>
 std::int64_t DateAway(std::int64_t time) {
     std::tm at;
-    if (!LocalCalendar(time, at)) return time;
-    TimeFields fields{at.tm_year + 1900, at.tm_mon + 1, at.tm_mday,
-                      at.tm_hour,        at.tm_min,     at.tm_sec};
+    if (!value::LocalCalendar(time, at)) return time;
+    value::TimeFields fields{at.tm_year + 1900, at.tm_mon + 1, at.tm_mday,
+                             at.tm_hour,        at.tm_min,     at.tm_sec};
     Step(fields.year, fields.month, fields.day);
-    return MakeLocalTime(fields);
+    return value::MakeLocalTime(fields);
 }
 
 // clang-format off
 constexpr TimeProperty kTimeProperties[] = {
     {".DAYOFWEEK", Int, Field<GetDayOfWeek>, "Bieżący dzień tygodnia"},
-    {".FIRSTLOCALHOUR", Time, GetFirstLocalHourTime, ""},
-    {".FIRSTLOCALDAY", Time, GetFirstLocalDayTime, "Pierwsza sekunda bieżącego dnia czasu lokalnego"},
-    {".FIRSTLOCALMONTH", Time, GetFirstLocalMonthTime, "Pierwsza sekunda bieżącego miesiąca czasu lokalnego"},
-    {".FIRSTLOCALYEAR", Time, GetFirstLocalYearTime, "Pierwsza sekunda bieżącego roku czasu lokalnego"},
-    {".FIRSTGMTHOUR", Time, GetFirstGMTHourTime, "Pierwsza sekunda bieżącej godziny GMT"},
-    {".FIRSTGMTDAY", Time, GetFirstGMTDayTime, "Pierwsza sekunda bieżącego dnia GMT"},
-    {".FIRSTGMTMONTH", Time, GetFirstGMTMonthTime, "Pierwsza sekunda bieżącego miesiąca GMT"},
-    {".FIRSTGMTYEAR", Time, GetFirstGMTYearTime, "Pierwsza sekunda bieżącego roku GMT"},
-    {".LASTLOCALHOUR", Time, GetLastLocalHourTime, "Ostatnia sekunda bieżącej godziny czasu lokalnego"},
-    {".LASTLOCALDAY", Time, GetLastLocalDayTime, "Ostatnia sekunda bieżącego dnia czasu lokalnego"},
-    {".LASTLOCALMONTH", Time, GetLastLocalMonthTime, "Ostatnia sekunda bieżącego miesiąca czasu lokalnego"},
-    {".LASTLOCALYEAR", Time, GetLastLocalYearTime, "Ostatnia sekunda bieżącego roku czasu lokalnego"},
-    {".LASTGMTHOUR", Time, GetLastGMTHourTime, "Ostatnia sekunda bieżącej godziny GMT"},
-    {".LASTGMTDAY", Time, GetLastGMTDayTime, "Ostatnia sekunda bieżącego dnia GMT"},
-    {".LASTGMTMONTH", Time, GetLastGMTMonthTime, "Ostatnia sekunda bieżącego miesiąca GMT"},
-    {".LASTGMTYEAR", Time, GetLastGMTYearTime, "Ostatnia sekunda bieżącego roku GMT"},
-    {".PREVDAY", Time, DateAway<GetPrevDayTime>, "Bieżąca chwila poprzedniego dnia"},
-    {".PREVLOCALDAY", Time, GetPrevLocalDayTime, "Bieżąca chwila poprzedniego dnia czasu lokalnego"},
-    {".PREVLOCALMONTH", Time, GetPrevLocalMonthTime, "Bieżąca chwila poprzedniego miesiąca czasu lokalnego"},
-    {".PREVGMTDAY", Time, GetPrevGMTDayTime, "Bieżąca chwila poprzedniego dnia GMT"},
-    {".PREVGMTMONTH", Time, GetPrevGMTMonthTime, "Bieżąca chwila poprzedniego miesiąca GMT"},
-    {".PREVGMTYEAR", Time, GetPrevGMTYearTime, "Bieżąca chwila poprzedniego roku GMT"},
-    {".NEXTDAY", Time, DateAway<GetNextDayTime>, "Bieżąca chwila następnego dnia"},
-    {".NEXTLOCALDAY", Time, GetNextLocalDayTime, "Bieżąca chwila następnego dnia czasu lokalnego"},
-    {".NEXTLOCALMONTH", Time, GetNextLocalMonthTime, "Bieżąca chwila następnego miesiąca czasu lokalnego"},
-    {".NEXTGMTDAY", Time, GetNextGMTDayTime, "Bieżąca chwila następnego dnia GMT"},
-    {".NEXTGMTMONTH", Time, GetNextGMTMonthTime, "Bieżąca chwila następnego miesiąca GMT"},
-    {".NEXTGMTYEAR", Time, GetNextGMTYearTime, "Bieżąca chwila następnego roku GMT"},
-    {".GMTTOLOCAL", Time, GMTToLocalDayTime, "Konwersja GMT na czas lokalny"},
-    {".LOCALTOGMT", Time, LocalToGMTDayTime, "Konwersja czasu lokalnego na GMT"},
+    {".FIRSTLOCALHOUR", Time, value::GetFirstLocalHourTime, ""},
+    {".FIRSTLOCALDAY", Time, value::GetFirstLocalDayTime, "Pierwsza sekunda bieżącego dnia czasu lokalnego"},
+    {".FIRSTLOCALMONTH", Time, value::GetFirstLocalMonthTime, "Pierwsza sekunda bieżącego miesiąca czasu lokalnego"},
+    {".FIRSTLOCALYEAR", Time, value::GetFirstLocalYearTime, "Pierwsza sekunda bieżącego roku czasu lokalnego"},
+    {".FIRSTGMTHOUR", Time, value::GetFirstGMTHourTime, "Pierwsza sekunda bieżącej godziny GMT"},
+    {".FIRSTGMTDAY", Time, value::GetFirstGMTDayTime, "Pierwsza sekunda bieżącego dnia GMT"},
+    {".FIRSTGMTMONTH", Time, value::GetFirstGMTMonthTime, "Pierwsza sekunda bieżącego miesiąca GMT"},
+    {".FIRSTGMTYEAR", Time, value::GetFirstGMTYearTime, "Pierwsza sekunda bieżącego roku GMT"},
+    {".LASTLOCALHOUR", Time, value::GetLastLocalHourTime, "Ostatnia sekunda bieżącej godziny czasu lokalnego"},
+    {".LASTLOCALDAY", Time, value::GetLastLocalDayTime, "Ostatnia sekunda bieżącego dnia czasu lokalnego"},
+    {".LASTLOCALMONTH", Time, value::GetLastLocalMonthTime, "Ostatnia sekunda bieżącego miesiąca czasu lokalnego"},
+    {".LASTLOCALYEAR", Time, value::GetLastLocalYearTime, "Ostatnia sekunda bieżącego roku czasu lokalnego"},
+    {".LASTGMTHOUR", Time, value::GetLastGMTHourTime, "Ostatnia sekunda bieżącej godziny GMT"},
+    {".LASTGMTDAY", Time, value::GetLastGMTDayTime, "Ostatnia sekunda bieżącego dnia GMT"},
+    {".LASTGMTMONTH", Time, value::GetLastGMTMonthTime, "Ostatnia sekunda bieżącego miesiąca GMT"},
+    {".LASTGMTYEAR", Time, value::GetLastGMTYearTime, "Ostatnia sekunda bieżącego roku GMT"},
+    {".PREVDAY", Time, DateAway<value::GetPrevDayTime>, "Bieżąca chwila poprzedniego dnia"},
+    {".PREVLOCALDAY", Time, value::GetPrevLocalDayTime, "Bieżąca chwila poprzedniego dnia czasu lokalnego"},
+    {".PREVLOCALMONTH", Time, value::GetPrevLocalMonthTime, "Bieżąca chwila poprzedniego miesiąca czasu lokalnego"},
+    {".PREVGMTDAY", Time, value::GetPrevGMTDayTime, "Bieżąca chwila poprzedniego dnia GMT"},
+    {".PREVGMTMONTH", Time, value::GetPrevGMTMonthTime, "Bieżąca chwila poprzedniego miesiąca GMT"},
+    {".PREVGMTYEAR", Time, value::GetPrevGMTYearTime, "Bieżąca chwila poprzedniego roku GMT"},
+    {".NEXTDAY", Time, DateAway<value::GetNextDayTime>, "Bieżąca chwila następnego dnia"},
+    {".NEXTLOCALDAY", Time, value::GetNextLocalDayTime, "Bieżąca chwila następnego dnia czasu lokalnego"},
+    {".NEXTLOCALMONTH", Time, value::GetNextLocalMonthTime, "Bieżąca chwila następnego miesiąca czasu lokalnego"},
+    {".NEXTGMTDAY", Time, value::GetNextGMTDayTime, "Bieżąca chwila następnego dnia GMT"},
+    {".NEXTGMTMONTH", Time, value::GetNextGMTMonthTime, "Bieżąca chwila następnego miesiąca GMT"},
+    {".NEXTGMTYEAR", Time, value::GetNextGMTYearTime, "Bieżąca chwila następnego roku GMT"},
+    {".GMTTOLOCAL", Time, value::GMTToLocalDayTime, "Konwersja GMT na czas lokalny"},
+    {".LOCALTOGMT", Time, value::LocalToGMTDayTime, "Konwersja czasu lokalnego na GMT"},
     {".SEC", Int, Field<GetSecond>, "Bieżąca sekunda"},
     {".MIN", Int, Field<GetMinute>, "Bieżąca minuta"},
     {".MIN.SEC", Int, MinuteSecond<GetMinute>, ""},
-    {".GMTMIN", Int, Field<GetGMTMin>, "Bieżąca minuta GMT"},
-    {".GMTMIN.SEC", Int, MinuteSecond<GetGMTMin>, ""},
-    {".HOUR", Int, Field<GetLocalHour>, "Bieżąca godzina"},
-    {".HOUR.MIN", Int, HourMinute<GetLocalHour, GetMinute>, ""},
-    {".HOUR.MIN.SEC", Int, HourMinuteSecond<GetLocalHour, GetMinute>, ""},
-    {".GMTHOUR", Int, Field<GetGMTHour>, "Bieżąca godzina GMT"},
-    {".GMTHOUR.GMTMIN", Int, HourMinute<GetGMTHour, GetGMTMin>, ""},
-    {".GMTHOUR.GMTMIN.SEC", Int, HourMinuteSecond<GetGMTHour, GetGMTMin>, ""},
-    {".LOCALHOUR", Int, Field<GetLocalHour>, "Bieżąca godzina czasu lokalnego"},
-    {".LOCALHOUR.MIN", Int, HourMinute<GetLocalHour, GetMinute>, ""},
-    {".LOCALHOUR.MIN.SEC", Int, HourMinuteSecond<GetLocalHour, GetMinute>, ""},
-    {".WINTERHOUR", Int, Field<GetWinterHour>, "Bieżąca godzina czasu zimowego"},
-    {".WINTERHOUR.MIN", Int, HourMinute<GetWinterHour, GetMinute>, ""},
-    {".WINTERHOUR.MIN.SEC", Int, HourMinuteSecond<GetWinterHour, GetMinute>, ""},
-    {".DAY", Int, Field<GetLocalDay>, "Bieżący dzień"},
-    {".GMTDAY", Int, Field<GetGMTDay>, "Bieżący dzień GMT"},
-    {".LOCALDAY", Int, Field<GetLocalDay>, "Bieżący dzień czasu lokalnego"},
-    {".WINTERDAY", Int, Field<GetWinterDay>, "Bieżący dzień czasu zimowego"},
-    {".MONTH", Int, Field<GetLocalMonth>, "Bieżąca miesiąc"},
-    {".GMTMONTH", Int, Field<GetGMTMonth>, "Bieżący miesiąc GMT"},
-    {".LOCALMONTH", Int, Field<GetLocalMonth>, "Bieżący miesiąc czasu lokalnego"},
-    {".WINTERMONTH", Int, Field<GetWinterMonth>, "Bieżący miesiąc czasu zimowego"},
-    {".YEAR", Int, Field<GetLocalYear>, ""},
-    {".GMTYEAR", Int, Field<GetGMTYear>, "Bieżący rok GMT"},
-    {".LOCALYEAR", Int, Field<GetLocalYear>, "Bieżący rok czasu lokalnego"},
-    {".WINTERYEAR", Int, Field<GetWinterYear>, "Bieżący rok czasu zimowego"},
+    {".GMTMIN", Int, Field<value::GetGMTMin>, "Bieżąca minuta GMT"},
+    {".GMTMIN.SEC", Int, MinuteSecond<value::GetGMTMin>, ""},
+    {".HOUR", Int, Field<value::GetLocalHour>, "Bieżąca godzina"},
+    {".HOUR.MIN", Int, HourMinute<value::GetLocalHour, GetMinute>, ""},
+    {".HOUR.MIN.SEC", Int, HourMinuteSecond<value::GetLocalHour, GetMinute>, ""},
+    {".GMTHOUR", Int, Field<value::GetGMTHour>, "Bieżąca godzina GMT"},
+    {".GMTHOUR.GMTMIN", Int, HourMinute<value::GetGMTHour, value::GetGMTMin>, ""},
+    {".GMTHOUR.GMTMIN.SEC", Int, HourMinuteSecond<value::GetGMTHour, value::GetGMTMin>, ""},
+    {".LOCALHOUR", Int, Field<value::GetLocalHour>, "Bieżąca godzina czasu lokalnego"},
+    {".LOCALHOUR.MIN", Int, HourMinute<value::GetLocalHour, GetMinute>, ""},
+    {".LOCALHOUR.MIN.SEC", Int, HourMinuteSecond<value::GetLocalHour, GetMinute>, ""},
+    {".WINTERHOUR", Int, Field<value::GetWinterHour>, "Bieżąca godzina czasu zimowego"},
+    {".WINTERHOUR.MIN", Int, HourMinute<value::GetWinterHour, GetMinute>, ""},
+    {".WINTERHOUR.MIN.SEC", Int, HourMinuteSecond<value::GetWinterHour, GetMinute>, ""},
+    {".DAY", Int, Field<value::GetLocalDay>, "Bieżący dzień"},
+    {".GMTDAY", Int, Field<value::GetGMTDay>, "Bieżący dzień GMT"},
+    {".LOCALDAY", Int, Field<value::GetLocalDay>, "Bieżący dzień czasu lokalnego"},
+    {".WINTERDAY", Int, Field<value::GetWinterDay>, "Bieżący dzień czasu zimowego"},
+    {".MONTH", Int, Field<value::GetLocalMonth>, "Bieżąca miesiąc"},
+    {".GMTMONTH", Int, Field<value::GetGMTMonth>, "Bieżący miesiąc GMT"},
+    {".LOCALMONTH", Int, Field<value::GetLocalMonth>, "Bieżący miesiąc czasu lokalnego"},
+    {".WINTERMONTH", Int, Field<value::GetWinterMonth>, "Bieżący miesiąc czasu zimowego"},
+    {".YEAR", Int, Field<value::GetLocalYear>, ""},
+    {".GMTYEAR", Int, Field<value::GetGMTYear>, "Bieżący rok GMT"},
+    {".LOCALYEAR", Int, Field<value::GetLocalYear>, "Bieżący rok czasu lokalnego"},
+    {".WINTERYEAR", Int, Field<value::GetWinterYear>, "Bieżący rok czasu zimowego"},
 };
 // clang-format on
 
@@ -152,4 +152,4 @@ bool MentionsTimeProperty(std::string_view text) {
     return false;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::operands {
 
 enum class TimePropertyKind {
     Time,  // a 64-bit value
@@ -30,4 +30,4 @@ const TimeProperty* FindTimeProperty(std::string_view rest);
 // occurs in it, and its first occurrence is at position 1 or later.
 bool MentionsTimeProperty(std::string_view text);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

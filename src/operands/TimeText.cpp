@@ -11,7 +11,7 @@
 #include "value/LocalTime.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 namespace {
 
@@ -25,20 +25,21 @@ struct DateField {
 };
 
 constexpr DateField kDateFields[] = {
-    {&TimeFields::year, 1970, kFirstTime - 1},
-    {&TimeFields::month, 1, 12},
-    {&TimeFields::day, 1, 31},
-    {&TimeFields::hour, 0, 23},
-    {&TimeFields::minute, 0, 59},
-    {&TimeFields::second, 0, 59},
+    {&value::TimeFields::year, 1970, kFirstTime - 1},
+    {&value::TimeFields::month, 1, 12},
+    {&value::TimeFields::day, 1, 31},
+    {&value::TimeFields::hour, 0, 23},
+    {&value::TimeFields::minute, 0, 59},
+    {&value::TimeFields::second, 0, 59},
 };
 
 // Takes the operand at the front of the text.
 bool TakeNumber(CScriptContext& script, std::string_view& text, int& out) {
     std::string_view rest = text;
-    CVal value;
-    if (!EvaluateOperand(script, NextToken(rest), value, ValueType::Int, false)) return false;
-    out = ValueToInt(value);
+    value::CVal value;
+    if (!EvaluateOperand(script, text::NextToken(rest), value, value::ValueType::Int, false))
+        return false;
+    out = value::ValueToInt(value);
     text = rest;
     return true;
 }
@@ -71,10 +72,10 @@ bool ScanSleepTime(std::string_view text, std::string_view separators, std::arra
 }  // namespace
 
 bool ParseDateFields(CScriptContext& script, std::string_view& text, std::int64_t& out) {
-    TimeFields fields;
+    value::TimeFields fields;
     if (!TakeNumber(script, text, fields.year)) return false;
     for (const DateField& row : std::span(kDateFields).subspan(1)) {
-        if (TrimBlanks(text).empty() || !TakeNumber(script, text, fields.*row.field)) break;
+        if (text::TrimBlanks(text).empty() || !TakeNumber(script, text, fields.*row.field)) break;
     }
     if (fields.year >= kFirstTime) {
         out = fields.year;
@@ -83,7 +84,7 @@ bool ParseDateFields(CScriptContext& script, std::string_view& text, std::int64_
     for (const DateField& row : kDateFields) {
         if (fields.*row.field < row.least || fields.*row.field > row.most) return false;
     }
-    out = MakeLocalTime(fields);
+    out = value::MakeLocalTime(fields);
     return true;
 }
 
@@ -95,7 +96,7 @@ bool ScanInteger(std::string_view& text, int& out) {
     if (negative || text[at] == '+') ++at;
     const std::size_t firstDigit = at;
     std::int64_t magnitude = 0;
-    for (; at < text.size() && IsDigit(text[at]); ++at) {
+    for (; at < text.size() && text::IsDigit(text[at]); ++at) {
         magnitude = std::min(magnitude * 10 + (text[at] - '0'), kMost + 1);
     }
     if (at == firstDigit) return false;
@@ -107,9 +108,10 @@ bool ScanInteger(std::string_view& text, int& out) {
 bool ParseSleepTime(CScriptContext& script, std::string_view text, SleepTime& out) {
     std::string held;
     CVariable* variable = FindVariable(script, text);
-    CVal value;
-    if (variable != nullptr && variable->GetValue(value, GetValueKind(text), 0) == ReadValue) {
-        held = ValueToText(value);
+    value::CVal value;
+    if (variable != nullptr &&
+        variable->GetValue(value, value::GetValueKind(text), 0) == ReadValue) {
+        held = value::ValueToText(value);
         text = held;
     }
     for (const SleepNotation& notation : kSleepNotations) {
@@ -121,4 +123,4 @@ bool ParseSleepTime(CScriptContext& script, std::string_view text, SleepTime& ou
     return false;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

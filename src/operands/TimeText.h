@@ -6,7 +6,7 @@
 
 #include "operands/ScriptContext.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
 // Up to six integer operands (year, month, day, hour, minute, second) taken off `text`, or one
 // number of 3001 or more that is a time as it stands. Local fields. False leaves `out` as it was;
@@ -30,4 +30,4 @@ struct SleepTime {
 // "h:m.s", "m.s" or "s", or a variable that holds such a text.
 bool ParseSleepTime(CScriptContext& script, std::string_view text, SleepTime& out);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

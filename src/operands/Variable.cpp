@@ -3,45 +3,45 @@
 #include "operands/ScriptContext.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 
-int CVariable::GetValue(CVal&, ValueKind, int) {
+int CVariable::GetValue(value::CVal&, value::ValueKind, int) {
     return 0;
 }
-int CVariable::SetValue(const CVal&, ValueKind) {
+int CVariable::SetValue(const value::CVal&, value::ValueKind) {
     return 0;
 }
-int CVariable::GetValueType(ValueKind, int) {
+int CVariable::GetValueType(value::ValueKind, int) {
     return 0;
 }
-int CVariable::GetStatus(std::uint16_t*, ValueKind) {
+int CVariable::GetStatus(std::uint16_t*, value::ValueKind) {
     return 0;
 }
-int CVariable::SetStatus(std::uint16_t, ValueKind) {
+int CVariable::SetStatus(std::uint16_t, value::ValueKind) {
     return 0;
 }
-int CVariable::GetTime(std::int64_t*, ValueKind) {
+int CVariable::GetTime(std::int64_t*, value::ValueKind) {
     return 0;
 }
-int CVariable::SetTime(std::int64_t, ValueKind) {
+int CVariable::SetTime(std::int64_t, value::ValueKind) {
     return 0;
 }
-int CVariable::CopyFrom(CVariable*, ValueKind) {
+int CVariable::CopyFrom(CVariable*, value::ValueKind) {
     return 0;
 }
-int CVariable::GetNameValueText(std::string&, ValueKind) {
+int CVariable::GetNameValueText(std::string&, value::ValueKind) {
     return 0;
 }
-int CVariable::SetValueText(std::string_view, ValueKind) {
+int CVariable::SetValueText(std::string_view, value::ValueKind) {
     return 0;
 }
-int CVariable::IsReportLoaded(ValueKind) {
+int CVariable::IsReportLoaded(value::ValueKind) {
     return 0;
 }
-int CVariable::IsReportInited(ValueKind) {
+int CVariable::IsReportInited(value::ValueKind) {
     return 0;
 }
-int CVariable::RequestRange(ValueKind, std::int64_t, std::int64_t) {
+int CVariable::RequestRange(value::ValueKind, std::int64_t, std::int64_t) {
     return 0;
 }
 std::int64_t CVariable::GetRequestStart() {
@@ -50,25 +50,25 @@ std::int64_t CVariable::GetRequestStart() {
 std::int64_t CVariable::GetRequestEnd() {
     return 0;
 }
-int CVariable::IsReady(ValueKind) {
+int CVariable::IsReady(value::ValueKind) {
     return 0;
 }
-int CVariable::PutValue(ValueKind, std::int64_t, const CVal&, bool) {
+int CVariable::PutValue(value::ValueKind, std::int64_t, const value::CVal&, bool) {
     return 0;
 }
-int CVariable::FlushPuts(CArchiveValueList&) {
+int CVariable::FlushPuts(value::CArchiveValueList&) {
     return 0;
 }
-int CVariable::InitLoad(ValueKind, std::int64_t) {
+int CVariable::InitLoad(value::ValueKind, std::int64_t) {
     return 0;
 }
-int CVariable::InitLoadRefresh(ValueKind, std::int64_t) {
+int CVariable::InitLoadRefresh(value::ValueKind, std::int64_t) {
     return 0;
 }
-int CVariable::InitReport(ValueKind, std::int64_t) {
+int CVariable::InitReport(value::ValueKind, std::int64_t) {
     return 0;
 }
-int CVariable::InitCalc(ValueKind, std::int64_t) {
+int CVariable::InitCalc(value::ValueKind, std::int64_t) {
     return 0;
 }
 int CVariable::SetLocked(bool) {
@@ -77,7 +77,7 @@ int CVariable::SetLocked(bool) {
 int CVariable::SetIgnoreUnknown(bool) {
     return 0;
 }
-CInterfaceObj* CVariable::GetSourceRecord() {
+sources::CInterfaceObj* CVariable::GetSourceRecord() {
     return nullptr;
 }
 int CVariable::IsArchived() {
@@ -114,112 +114,112 @@ std::string CVariable::GetMaxVal() {
     return {};
 }
 
-int CVariableStored::GetValueType(ValueKind kind, int) {
-    CVal value;
-    return GetValue(value, kind, 1) == 0 ? ValueType::Unreadable : value.GetType();
+int CVariableStored::GetValueType(value::ValueKind kind, int) {
+    value::CVal value;
+    return GetValue(value, kind, 1) == 0 ? value::ValueType::Unreadable : value.GetType();
 }
 
-int CVariableStored::GetStatus(std::uint16_t* out, ValueKind kind) {
-    CVal value;
+int CVariableStored::GetStatus(std::uint16_t* out, value::ValueKind kind) {
+    value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     *out = value.GetStatus();
     return 1;
 }
 
-int CVariableStored::SetStatus(std::uint16_t word, ValueKind kind) {
-    CVal value;
+int CVariableStored::SetStatus(std::uint16_t word, value::ValueKind kind) {
+    value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     value.SetStatus(word);
     return SetValue(value, kind);
 }
 
-int CVariableStored::GetTime(std::int64_t* out, ValueKind kind) {
-    CVal value;
+int CVariableStored::GetTime(std::int64_t* out, value::ValueKind kind) {
+    value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     *out = value.GetTime();
     return 1;
 }
 
-int CVariableStored::SetTime(std::int64_t time, ValueKind kind) {
-    CVal value;
+int CVariableStored::SetTime(std::int64_t time, value::ValueKind kind) {
+    value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     value.SetTime(time);
     return SetValue(value, kind);
 }
 
-int CVariableStored::CopyFrom(CVariable* source, ValueKind kind) {
-    CVal value;
+int CVariableStored::CopyFrom(CVariable* source, value::ValueKind kind) {
+    value::CVal value;
     if (source == nullptr || source->GetValue(value, kind, 1) == 0) return 0;
     return SetValue(value, kind);
 }
 
-int CVariableStored::GetNameValueText(std::string& out, ValueKind kind) {
-    CVal value;
+int CVariableStored::GetNameValueText(std::string& out, value::ValueKind kind) {
+    value::CVal value;
     if (GetValue(value, kind, 0) == 0) return 0;
-    out = GetName() + ':' + ValueToText(value);
+    out = GetName() + ':' + value::ValueToText(value);
     return 1;
 }
 
-int CVariableStored::SetValueText(std::string_view text, ValueKind) {
-    return SetValue(CVal(text), KindCurrent);
+int CVariableStored::SetValueText(std::string_view text, value::ValueKind) {
+    return SetValue(value::CVal(text), value::KindCurrent);
 }
 
-int CVariableStored::IsReportLoaded(ValueKind) {
+int CVariableStored::IsReportLoaded(value::ValueKind) {
     return 1;
 }
-int CVariableStored::IsReportInited(ValueKind) {
+int CVariableStored::IsReportInited(value::ValueKind) {
     return 1;
 }
-int CVariableStored::RequestRange(ValueKind, std::int64_t, std::int64_t) {
+int CVariableStored::RequestRange(value::ValueKind, std::int64_t, std::int64_t) {
     return 1;
 }
-int CVariableStored::IsReady(ValueKind) {
+int CVariableStored::IsReady(value::ValueKind) {
     return 1;
 }
-int CVariableStored::PutValue(ValueKind, std::int64_t, const CVal&, bool) {
+int CVariableStored::PutValue(value::ValueKind, std::int64_t, const value::CVal&, bool) {
     return 1;
 }
-int CVariableStored::InitLoad(ValueKind, std::int64_t) {
+int CVariableStored::InitLoad(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitLoadRefresh(ValueKind, std::int64_t) {
+int CVariableStored::InitLoadRefresh(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitReport(ValueKind, std::int64_t) {
+int CVariableStored::InitReport(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitCalc(ValueKind, std::int64_t) {
+int CVariableStored::InitCalc(value::ValueKind, std::int64_t) {
     return 1;
 }
 int CVariableStored::SetLocked(bool) {
     return 1;
 }
 
-int CVariableLocal::GetValue(CVal& out, ValueKind kind, int) {
-    if (kind < KindCurrent || kind > KindSpan) return 0;
-    out = m_Values[kind - KindCurrent];
+int CVariableLocal::GetValue(value::CVal& out, value::ValueKind kind, int) {
+    if (kind < value::KindCurrent || kind > value::KindSpan) return 0;
+    out = m_Values[kind - value::KindCurrent];
     return 1;
 }
 
-int CVariableLocal::SetValue(const CVal& value, ValueKind kind) {
-    if (kind < KindCurrent || kind > KindSpan) return 0;
-    m_Values[kind - KindCurrent] = value;
-    return kind == KindHour ? 0 : 1;
+int CVariableLocal::SetValue(const value::CVal& value, value::ValueKind kind) {
+    if (kind < value::KindCurrent || kind > value::KindSpan) return 0;
+    m_Values[kind - value::KindCurrent] = value;
+    return kind == value::KindHour ? 0 : 1;
 }
 
-int CVariableList::GetValue(CVal& out, ValueKind kind, int mode) {
-    if (kind != KindCurrent || !IsIteratorValid()) return 0;
+int CVariableList::GetValue(value::CVal& out, value::ValueKind kind, int mode) {
+    if (kind != value::KindCurrent || !IsIteratorValid()) return 0;
     out = m_arrElements[static_cast<std::size_t>(m_nIterator)];
-    return mode == 0 && (out.GetStatus() & Status::Unknown) != 0 ? 0 : 1;
+    return mode == 0 && (out.GetStatus() & value::Status::Unknown) != 0 ? 0 : 1;
 }
 
-int CVariableList::SetValue(const CVal& value, ValueKind kind) {
-    if (kind != KindCurrent || !IsIteratorValid()) return 0;
+int CVariableList::SetValue(const value::CVal& value, value::ValueKind kind) {
+    if (kind != value::KindCurrent || !IsIteratorValid()) return 0;
     m_arrElements[static_cast<std::size_t>(m_nIterator)] = value;
     return 1;
 }
 
-int CVariableList::Insert(int index, const CVal& value) {
+int CVariableList::Insert(int index, const value::CVal& value) {
     if (index < 0) return 0;
     const auto position = static_cast<std::size_t>(index);
     if (position >= m_arrElements.size()) {
@@ -265,43 +265,43 @@ VariableKind CVariablePointer::GetTargetKind() {
     return target == nullptr ? VariableNone : target->GetKind();
 }
 
-int CVariablePointer::GetValue(CVal& out, ValueKind kind, int mode) {
+int CVariablePointer::GetValue(value::CVal& out, value::ValueKind kind, int mode) {
     return Forward(0, &CVariable::GetValue, out, kind, mode);
 }
-int CVariablePointer::SetValue(const CVal& value, ValueKind kind) {
+int CVariablePointer::SetValue(const value::CVal& value, value::ValueKind kind) {
     return Forward(0, &CVariable::SetValue, value, kind);
 }
-int CVariablePointer::GetValueType(ValueKind kind, int mode) {
-    return Forward(int{ValueType::Unreadable}, &CVariable::GetValueType, kind, mode);
+int CVariablePointer::GetValueType(value::ValueKind kind, int mode) {
+    return Forward(int{value::ValueType::Unreadable}, &CVariable::GetValueType, kind, mode);
 }
-int CVariablePointer::GetStatus(std::uint16_t* out, ValueKind kind) {
+int CVariablePointer::GetStatus(std::uint16_t* out, value::ValueKind kind) {
     return Forward(0, &CVariable::GetStatus, out, kind);
 }
-int CVariablePointer::SetStatus(std::uint16_t word, ValueKind kind) {
+int CVariablePointer::SetStatus(std::uint16_t word, value::ValueKind kind) {
     return Forward(0, &CVariable::SetStatus, word, kind);
 }
-int CVariablePointer::GetTime(std::int64_t* out, ValueKind kind) {
+int CVariablePointer::GetTime(std::int64_t* out, value::ValueKind kind) {
     return Forward(0, &CVariable::GetTime, out, kind);
 }
-int CVariablePointer::SetTime(std::int64_t time, ValueKind kind) {
+int CVariablePointer::SetTime(std::int64_t time, value::ValueKind kind) {
     return Forward(0, &CVariable::SetTime, time, kind);
 }
-int CVariablePointer::CopyFrom(CVariable* source, ValueKind kind) {
+int CVariablePointer::CopyFrom(CVariable* source, value::ValueKind kind) {
     return Forward(0, &CVariable::CopyFrom, source, kind);
 }
-int CVariablePointer::GetNameValueText(std::string& out, ValueKind kind) {
+int CVariablePointer::GetNameValueText(std::string& out, value::ValueKind kind) {
     return Forward(0, &CVariable::GetNameValueText, out, kind);
 }
-int CVariablePointer::SetValueText(std::string_view text, ValueKind kind) {
+int CVariablePointer::SetValueText(std::string_view text, value::ValueKind kind) {
     return Forward(0, &CVariable::SetValueText, text, kind);
 }
-int CVariablePointer::IsReportLoaded(ValueKind kind) {
+int CVariablePointer::IsReportLoaded(value::ValueKind kind) {
     return Forward(0, &CVariable::IsReportLoaded, kind);
 }
-int CVariablePointer::IsReportInited(ValueKind kind) {
+int CVariablePointer::IsReportInited(value::ValueKind kind) {
     return Forward(0, &CVariable::IsReportInited, kind);
 }
-int CVariablePointer::RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) {
+int CVariablePointer::RequestRange(value::ValueKind kind, std::int64_t from, std::int64_t to) {
     return Forward(0, &CVariable::RequestRange, kind, from, to);
 }
 std::int64_t CVariablePointer::GetRequestStart() {
@@ -310,25 +310,26 @@ std::int64_t CVariablePointer::GetRequestStart() {
 std::int64_t CVariablePointer::GetRequestEnd() {
     return Forward(std::int64_t{0}, &CVariable::GetRequestEnd);
 }
-int CVariablePointer::IsReady(ValueKind kind) {
+int CVariablePointer::IsReady(value::ValueKind kind) {
     return Forward(0, &CVariable::IsReady, kind);
 }
-int CVariablePointer::PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) {
+int CVariablePointer::PutValue(value::ValueKind kind, std::int64_t time, const value::CVal& value,
+                               bool send) {
     return Forward(0, &CVariable::PutValue, kind, time, value, send);
 }
-int CVariablePointer::FlushPuts(CArchiveValueList& list) {
+int CVariablePointer::FlushPuts(value::CArchiveValueList& list) {
     return Forward(0, &CVariable::FlushPuts, list);
 }
-int CVariablePointer::InitLoad(ValueKind kind, std::int64_t time) {
+int CVariablePointer::InitLoad(value::ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitLoad, kind, time);
 }
-int CVariablePointer::InitLoadRefresh(ValueKind kind, std::int64_t time) {
+int CVariablePointer::InitLoadRefresh(value::ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitLoadRefresh, kind, time);
 }
-int CVariablePointer::InitReport(ValueKind kind, std::int64_t time) {
+int CVariablePointer::InitReport(value::ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitReport, kind, time);
 }
-int CVariablePointer::InitCalc(ValueKind kind, std::int64_t time) {
+int CVariablePointer::InitCalc(value::ValueKind kind, std::int64_t time) {
     return Forward(0, &CVariable::InitCalc, kind, time);
 }
 int CVariablePointer::SetLocked(bool flag) {
@@ -337,8 +338,8 @@ int CVariablePointer::SetLocked(bool flag) {
 int CVariablePointer::SetIgnoreUnknown(bool flag) {
     return Forward(0, &CVariable::SetIgnoreUnknown, flag);
 }
-CInterfaceObj* CVariablePointer::GetSourceRecord() {
-    return Forward<CInterfaceObj*>(nullptr, &CVariable::GetSourceRecord);
+sources::CInterfaceObj* CVariablePointer::GetSourceRecord() {
+    return Forward<sources::CInterfaceObj*>(nullptr, &CVariable::GetSourceRecord);
 }
 int CVariablePointer::IsArchived() {
     return Forward(0, &CVariable::IsArchived);
@@ -404,17 +405,18 @@ CVariable* FindVariable(CScriptContext& script, std::string_view name) {
 
 bool GetVariableStatus(CScriptContext& script, std::string_view name, std::uint16_t* out) {
     CVariable* variable = FindVariable(script, name);
-    return variable != nullptr && variable->GetStatus(out, GetValueKind(name)) != 0;
+    return variable != nullptr && variable->GetStatus(out, value::GetValueKind(name)) != 0;
 }
 
 bool GetVariableTime(CScriptContext& script, std::string_view name, std::int64_t* out) {
     CVariable* variable = FindVariable(script, name);
     std::int64_t time = 0;
-    if (variable == nullptr || variable->GetTime(&time, GetValueKind(name)) == 0 || time < 0) {
+    if (variable == nullptr || variable->GetTime(&time, value::GetValueKind(name)) == 0 ||
+        time < 0) {
         return false;
     }
     *out = time;
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

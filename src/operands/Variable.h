@@ -14,9 +14,12 @@
 #include "value/Status.h"
 #include "value/Value.h"
 
-namespace kalvex {
-
+namespace kalvex::sources {
 class CInterfaceObj;
+}  // namespace kalvex::sources
+
+namespace kalvex::operands {
+
 class CScriptContext;
 
 enum VariableKind : int {
@@ -47,31 +50,32 @@ class CVariable {
     const std::string& GetName() const { return m_strName; }
 
     // mode 0 refuses a value that the script may not use; mode 1 reads whatever is stored.
-    virtual int GetValue(CVal& out, ValueKind kind, int mode);
-    virtual int SetValue(const CVal& value, ValueKind kind);
-    virtual int GetValueType(ValueKind kind, int mode);  // Unreadable when it cannot be read
-    virtual int GetStatus(std::uint16_t* out, ValueKind kind);
-    virtual int SetStatus(std::uint16_t word, ValueKind kind);
-    virtual int GetTime(std::int64_t* out, ValueKind kind);
-    virtual int SetTime(std::int64_t time, ValueKind kind);
-    virtual int CopyFrom(CVariable* source, ValueKind kind);
-    virtual int GetNameValueText(std::string& out, ValueKind kind);  // "name:value"
-    virtual int SetValueText(std::string_view text, ValueKind kind);
-    virtual int IsReportLoaded(ValueKind kind);
-    virtual int IsReportInited(ValueKind kind);
-    virtual int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to);
+    virtual int GetValue(value::CVal& out, value::ValueKind kind, int mode);
+    virtual int SetValue(const value::CVal& value, value::ValueKind kind);
+    virtual int GetValueType(value::ValueKind kind, int mode);  // Unreadable when it cannot be read
+    virtual int GetStatus(std::uint16_t* out, value::ValueKind kind);
+    virtual int SetStatus(std::uint16_t word, value::ValueKind kind);
+    virtual int GetTime(std::int64_t* out, value::ValueKind kind);
+    virtual int SetTime(std::int64_t time, value::ValueKind kind);
+    virtual int CopyFrom(CVariable* source, value::ValueKind kind);
+    virtual int GetNameValueText(std::string& out, value::ValueKind kind);  // "name:value"
+    virtual int SetValueText(std::string_view text, value::ValueKind kind);
+    virtual int IsReportLoaded(value::ValueKind kind);
+    virtual int IsReportInited(value::ValueKind kind);
+    virtual int RequestRange(value::ValueKind kind, std::int64_t from, std::int64_t to);
     virtual std::int64_t GetRequestStart();
     virtual std::int64_t GetRequestEnd();
-    virtual int IsReady(ValueKind kind);
-    virtual int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send);
-    virtual int FlushPuts(CArchiveValueList& list);
-    virtual int InitLoad(ValueKind kind, std::int64_t time);
-    virtual int InitLoadRefresh(ValueKind kind, std::int64_t time);
-    virtual int InitReport(ValueKind kind, std::int64_t time);
-    virtual int InitCalc(ValueKind kind, std::int64_t time);
+    virtual int IsReady(value::ValueKind kind);
+    virtual int PutValue(value::ValueKind kind, std::int64_t time, const value::CVal& value,
+                         bool send);
+    virtual int FlushPuts(value::CArchiveValueList& list);
+    virtual int InitLoad(value::ValueKind kind, std::int64_t time);
+    virtual int InitLoadRefresh(value::ValueKind kind, std::int64_t time);
+    virtual int InitReport(value::ValueKind kind, std::int64_t time);
+    virtual int InitCalc(value::ValueKind kind, std::int64_t time);
     virtual int SetLocked(bool flag);
     virtual int SetIgnoreUnknown(bool flag);
-    virtual CInterfaceObj* GetSourceRecord();
+    virtual sources::CInterfaceObj* GetSourceRecord();
     virtual int IsArchived();
     virtual int HasHourReport();
     virtual int HasDayReport();
@@ -94,23 +98,25 @@ class CVariableStored : public CVariable {
   public:
     using CVariable::CVariable;
 
-    int GetValueType(ValueKind kind, int mode) override;
-    int GetStatus(std::uint16_t* out, ValueKind kind) override;
-    int SetStatus(std::uint16_t word, ValueKind kind) override;
-    int GetTime(std::int64_t* out, ValueKind kind) override;
-    int SetTime(std::int64_t time, ValueKind kind) override;
-    int CopyFrom(CVariable* source, ValueKind kind) override;
-    int GetNameValueText(std::string& out, ValueKind kind) override;
-    int SetValueText(std::string_view text, ValueKind kind) override;  // always the current value
-    int IsReportLoaded(ValueKind kind) override;
-    int IsReportInited(ValueKind kind) override;
-    int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) override;
-    int IsReady(ValueKind kind) override;
-    int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) override;
-    int InitLoad(ValueKind kind, std::int64_t time) override;
-    int InitLoadRefresh(ValueKind kind, std::int64_t time) override;
-    int InitReport(ValueKind kind, std::int64_t time) override;
-    int InitCalc(ValueKind kind, std::int64_t time) override;
+    int GetValueType(value::ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, value::ValueKind kind) override;
+    int SetStatus(std::uint16_t word, value::ValueKind kind) override;
+    int GetTime(std::int64_t* out, value::ValueKind kind) override;
+    int SetTime(std::int64_t time, value::ValueKind kind) override;
+    int CopyFrom(CVariable* source, value::ValueKind kind) override;
+    int GetNameValueText(std::string& out, value::ValueKind kind) override;
+    int SetValueText(std::string_view text,
+                     value::ValueKind kind) override;  // always the current value
+    int IsReportLoaded(value::ValueKind kind) override;
+    int IsReportInited(value::ValueKind kind) override;
+    int RequestRange(value::ValueKind kind, std::int64_t from, std::int64_t to) override;
+    int IsReady(value::ValueKind kind) override;
+    int PutValue(value::ValueKind kind, std::int64_t time, const value::CVal& value,
+                 bool send) override;
+    int InitLoad(value::ValueKind kind, std::int64_t time) override;
+    int InitLoadRefresh(value::ValueKind kind, std::int64_t time) override;
+    int InitReport(value::ValueKind kind, std::int64_t time) override;
+    int InitCalc(value::ValueKind kind, std::int64_t time) override;
     int SetLocked(bool flag) override;
 };
 
@@ -120,12 +126,12 @@ class CVariableLocal final : public CVariableStored {
     using CVariableStored::CVariableStored;
 
     VariableKind GetKind() const override { return VariableLocal; }
-    int GetValue(CVal& out, ValueKind kind, int mode) override;
-    int SetValue(const CVal& value,
-                 ValueKind kind) override;  // for KindHour: stored, and answers 0
+    int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    int SetValue(const value::CVal& value,
+                 value::ValueKind kind) override;  // for KindHour: stored, and answers 0
 
   private:
-    CVal m_Values[5];
+    value::CVal m_Values[5];
 };
 
 // Values in order with an iterator; the element under the iterator is the list's value.
@@ -134,12 +140,13 @@ class CVariableList final : public CVariableStored {
     using CVariableStored::CVariableStored;
 
     VariableKind GetKind() const override { return VariableList; }
-    int GetValue(CVal& out, ValueKind kind, int mode) override;
-    int SetValue(const CVal& value, ValueKind kind) override;
+    int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    int SetValue(const value::CVal& value, value::ValueKind kind) override;
 
-    void Add(const CVal& value) { m_arrElements.push_back(value); }
+    void Add(const value::CVal& value) { m_arrElements.push_back(value); }
     void Reserve(std::size_t count) { m_arrElements.reserve(count); }  // ahead of so many additions
-    int Insert(int index, const CVal& value);  // 0 for a negative index, which inserts nothing
+    int Insert(int index,
+               const value::CVal& value);  // 0 for a negative index, which inserts nothing
     void MoveFirst() { m_nIterator = 0; }
     void MoveNext();  // no bound
     void MoveTo(std::int32_t index) { m_nIterator = index; }
@@ -147,10 +154,10 @@ class CVariableList final : public CVariableStored {
     std::int32_t GetIterator() const { return m_nIterator; }
     void RemoveCurrent();
     void RemoveAll();
-    const std::vector<CVal>& Elements() const { return m_arrElements; }
+    const std::vector<value::CVal>& Elements() const { return m_arrElements; }
 
   private:
-    std::vector<CVal> m_arrElements;
+    std::vector<value::CVal> m_arrElements;
     std::int32_t m_nIterator = -1;
 };
 
@@ -166,31 +173,32 @@ class CVariablePointer final : public CVariable {
     void SetTargetName(std::string_view name) { m_strTarget = name; }
     VariableKind GetTargetKind();
 
-    int GetValue(CVal& out, ValueKind kind, int mode) override;
-    int SetValue(const CVal& value, ValueKind kind) override;
-    int GetValueType(ValueKind kind, int mode) override;
-    int GetStatus(std::uint16_t* out, ValueKind kind) override;
-    int SetStatus(std::uint16_t word, ValueKind kind) override;
-    int GetTime(std::int64_t* out, ValueKind kind) override;
-    int SetTime(std::int64_t time, ValueKind kind) override;
-    int CopyFrom(CVariable* source, ValueKind kind) override;
-    int GetNameValueText(std::string& out, ValueKind kind) override;
-    int SetValueText(std::string_view text, ValueKind kind) override;
-    int IsReportLoaded(ValueKind kind) override;
-    int IsReportInited(ValueKind kind) override;
-    int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) override;
+    int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    int SetValue(const value::CVal& value, value::ValueKind kind) override;
+    int GetValueType(value::ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, value::ValueKind kind) override;
+    int SetStatus(std::uint16_t word, value::ValueKind kind) override;
+    int GetTime(std::int64_t* out, value::ValueKind kind) override;
+    int SetTime(std::int64_t time, value::ValueKind kind) override;
+    int CopyFrom(CVariable* source, value::ValueKind kind) override;
+    int GetNameValueText(std::string& out, value::ValueKind kind) override;
+    int SetValueText(std::string_view text, value::ValueKind kind) override;
+    int IsReportLoaded(value::ValueKind kind) override;
+    int IsReportInited(value::ValueKind kind) override;
+    int RequestRange(value::ValueKind kind, std::int64_t from, std::int64_t to) override;
     std::int64_t GetRequestStart() override;
     std::int64_t GetRequestEnd() override;
-    int IsReady(ValueKind kind) override;
-    int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) override;
-    int FlushPuts(CArchiveValueList& list) override;
-    int InitLoad(ValueKind kind, std::int64_t time) override;
-    int InitLoadRefresh(ValueKind kind, std::int64_t time) override;
-    int InitReport(ValueKind kind, std::int64_t time) override;
-    int InitCalc(ValueKind kind, std::int64_t time) override;
+    int IsReady(value::ValueKind kind) override;
+    int PutValue(value::ValueKind kind, std::int64_t time, const value::CVal& value,
+                 bool send) override;
+    int FlushPuts(value::CArchiveValueList& list) override;
+    int InitLoad(value::ValueKind kind, std::int64_t time) override;
+    int InitLoadRefresh(value::ValueKind kind, std::int64_t time) override;
+    int InitReport(value::ValueKind kind, std::int64_t time) override;
+    int InitCalc(value::ValueKind kind, std::int64_t time) override;
     int SetLocked(bool flag) override;
     int SetIgnoreUnknown(bool flag) override;
-    CInterfaceObj* GetSourceRecord() override;
+    sources::CInterfaceObj* GetSourceRecord() override;
     int IsArchived() override;
     int HasHourReport() override;
     int HasDayReport() override;
@@ -240,4 +248,4 @@ CVariable* FindVariable(CScriptContext& script, std::string_view name);
 bool GetVariableStatus(CScriptContext& script, std::string_view name, std::uint16_t* out);
 bool GetVariableTime(CScriptContext& script, std::string_view name, std::int64_t* out);
 
-}  // namespace kalvex
+}  // namespace kalvex::operands

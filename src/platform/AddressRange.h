@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 bool IsAddressRange(std::string_view text);
 
@@ -11,4 +11,4 @@ bool IsAddressRange(std::string_view text);
 // IPv4 address.
 bool IsInRange(std::string_view address, std::string_view range);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

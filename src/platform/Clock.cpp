@@ -1,6 +1,6 @@
 #include "platform/Clock.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 std::int64_t VirtualClock::Now() const {
     const std::int64_t seconds = m_nMilliseconds / 1000;
@@ -12,4 +12,4 @@ bool VirtualClock::SetSystemTime(std::int64_t seconds) {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Clock {
   public:
@@ -29,4 +29,4 @@ class VirtualClock final : public Clock {
     std::int64_t m_nMilliseconds;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

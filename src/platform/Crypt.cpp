@@ -7,7 +7,7 @@
 #include "platform/FileEdit.h"
 #include "platform/Files.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -147,4 +147,4 @@ void CCrypt::SecureEmptyString(std::string& text) {
     text.clear();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

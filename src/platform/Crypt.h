@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 enum class KeyFile { ReadOnly, MadeAtFirstUse };
 
@@ -57,4 +57,4 @@ class CCrypt {
     mutable bool m_bLasting = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -11,7 +11,7 @@
 #include "platform/posix/Resolve.h"
 #include "platform/posix/SharedLibrary.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -157,4 +157,4 @@ std::unique_ptr<FtpSession> MakeFtpSession() {
     return std::make_unique<CCurlFtpSession>(handle);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

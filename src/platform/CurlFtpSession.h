@@ -4,7 +4,7 @@
 
 #include "platform/NetworkProbes.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // Once in a process, before the first session and after the last. False where there is no library.
 bool StartFtp();
@@ -13,4 +13,4 @@ void StopFtp();
 // Null when the library has no memory for one.
 std::unique_ptr<FtpSession> MakeFtpSession();
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // `edit` receives the content, empty when there is no such file, and answers whether it has changed
 // it. Only one process at a time edits files of a folder this way; others wait. The new content is
@@ -14,4 +14,4 @@ namespace kalvex {
 bool EditWholeFile(const std::string& path, const std::function<bool(std::string& content)>& edit,
                    std::string& error);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

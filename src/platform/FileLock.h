@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class FileLock {
   public:
@@ -21,4 +21,4 @@ class FileLock {
     int m_fd = -1;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

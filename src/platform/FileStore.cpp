@@ -1,6 +1,6 @@
 #include "platform/FileStore.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -20,4 +20,4 @@ FileStore& NoFiles() {
     return files;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 enum class FileOutcome {
     Done,
@@ -29,4 +29,4 @@ class FileStore {
 // Has no files and makes none.
 FileStore& NoFiles();
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 enum class FileRead { Complete, NotOpened, Broken };
 
@@ -22,4 +22,4 @@ bool WriteWholeFile(const std::string& path, std::string_view content, std::stri
 // system's words in `error`.
 bool MakePrivateFile(const std::string& path, std::string& error);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

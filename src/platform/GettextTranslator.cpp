@@ -9,7 +9,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -41,7 +41,7 @@ GettextTranslator::GettextTranslator(const std::string& folder) {
 
 std::string GettextTranslator::Translate(const char* polish) const {
     // The empty key has the head of the catalogue.
-    return *polish == '\0' ? std::string() : FromUtf8(dgettext(kDomain, polish));
+    return *polish == '\0' ? std::string() : text::FromUtf8(dgettext(kDomain, polish));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

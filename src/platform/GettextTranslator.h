@@ -5,7 +5,7 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // The language is that of LANGUAGE, else of LC_ALL, LC_MESSAGES or LANG; where there is no
 // catalogue for it, or none is set, texts stay Polish. Sets the language of the process's messages,
@@ -21,4 +21,4 @@ class GettextTranslator final : public Translator {
     std::string Translate(const char* polish) const override;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -9,7 +9,7 @@
 
 #include "platform/MainLoop.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 struct HttpText {
     std::string path;         // that it is found by, such as "/metrics"
@@ -42,4 +42,4 @@ class HttpEndpoint {
     std::unique_ptr<Impl> m_pImpl;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -6,7 +6,7 @@
 #include "platform/FileEdit.h"
 #include "platform/Files.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 bool IniProfile::IsReadable(std::string& error) const {
     std::string content;
@@ -72,4 +72,4 @@ std::string IniProfile::GetCommonProfilePath() const {
     return path != nullptr && *path != '\0' ? path : "/etc/sorvane/sorvane.ini";
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

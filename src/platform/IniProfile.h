@@ -8,7 +8,7 @@
 #include "platform/IniText.h"
 #include "platform/Profile.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class IniProfile final : public Profile {
   public:
@@ -42,4 +42,4 @@ class IniProfile final : public Profile {
     std::string m_strPath;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 #include "text/CodePage.h"
 #include "text/Trim.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -17,7 +17,7 @@ bool IsQuoted(std::string_view value) {
 }
 
 std::string Quote(std::string_view value) {
-    const bool plain = Trim(value) == value && !IsQuoted(value);
+    const bool plain = text::Trim(value) == value && !IsQuoted(value);
     return plain ? std::string(value) : '"' + std::string(value) + '"';
 }
 
@@ -26,11 +26,11 @@ bool IsOneLine(std::string_view text) {
 }
 
 bool IsSectionName(std::string_view name) {
-    return IsOneLine(name) && Trim(name) == name && name.find(']') == std::string_view::npos;
+    return IsOneLine(name) && text::Trim(name) == name && name.find(']') == std::string_view::npos;
 }
 
 bool IsEntry(std::string_view key, std::string_view value) {
-    return !key.empty() && IsOneLine(key) && IsOneLine(value) && Trim(key) == key &&
+    return !key.empty() && IsOneLine(key) && IsOneLine(value) && text::Trim(key) == key &&
            key.find('=') == std::string_view::npos &&
            std::string_view("[;#").find(key.front()) == std::string_view::npos;
 }
@@ -41,7 +41,7 @@ CIniText::Line CIniText::ParseLine(std::string_view text) {
     Line line{std::string(text), Kind::Other, {}};
     line.length = text.find_last_not_of(kLineEnds) + 1;
     const std::string_view whole = text.substr(0, line.length);
-    const std::string_view content = Trim(whole);
+    const std::string_view content = text::Trim(whole);
     if (content.empty()) {
         line.kind = Kind::Blank;
     } else if (content.front() == ';' || content.front() == '#') {
@@ -50,18 +50,19 @@ CIniText::Line CIniText::ParseLine(std::string_view text) {
         const std::size_t end = content.find(']');
         if (end == std::string_view::npos) return line;
         line.kind = Kind::Heading;
-        line.name = Trim(content.substr(1, end - 1));
+        line.name = text::Trim(content.substr(1, end - 1));
     } else if (const std::size_t sign = whole.find('='); sign != std::string_view::npos) {
         line.kind = Kind::Entry;
-        line.name = Trim(whole.substr(0, sign));
-        line.value = std::min(whole.find_first_not_of(kBlanksAndTabs, sign + 1), whole.size());
+        line.name = text::Trim(whole.substr(0, sign));
+        line.value =
+            std::min(whole.find_first_not_of(text::kBlanksAndTabs, sign + 1), whole.size());
     }
     return line;
 }
 
 std::string CIniText::ValueOf(const Line& line) {
     std::string_view value =
-        Trim(std::string_view(line.text).substr(line.value, line.length - line.value));
+        text::Trim(std::string_view(line.text).substr(line.value, line.length - line.value));
     if (IsQuoted(value)) value = value.substr(1, value.size() - 2);
     return std::string(value);
 }
@@ -88,7 +89,7 @@ std::vector<bool> CIniText::LinesOf(std::string_view section) const {
     std::vector<bool> lines;
     bool inside = false;
     for (const Line& line : m_arrLines) {
-        if (line.kind == Kind::Heading) inside = EqualNoCase(line.name, section);
+        if (line.kind == Kind::Heading) inside = text::EqualNoCase(line.name, section);
         lines.push_back(inside);
     }
     return lines;
@@ -106,7 +107,7 @@ ProfileEntries CIniText::GetSection(std::string_view section) const {
 
 std::optional<std::string> CIniText::Get(std::string_view section, std::string_view key) const {
     for (auto& [name, value] : GetSection(section)) {
-        if (EqualNoCase(name, key)) return std::move(value);
+        if (text::EqualNoCase(name, key)) return std::move(value);
     }
     return std::nullopt;
 }
@@ -122,7 +123,7 @@ bool CIniText::SetSection(std::string_view section, const ProfileEntries& entrie
     if (!IsSectionName(section) || !std::ranges::all_of(entries, isEntry)) return false;
     for (const auto& [key, value] : GetSection(section)) {
         const auto isKey = [&key = key](const auto& entry) {
-            return EqualNoCase(entry.first, key);
+            return text::EqualNoCase(entry.first, key);
         };
         if (std::ranges::none_of(entries, isKey)) Remove(section, key);
     }
@@ -136,7 +137,7 @@ void CIniText::Put(std::string_view section, std::string_view key, std::string_v
     for (std::size_t i = 0; i < m_arrLines.size(); ++i) {
         const Line& line = m_arrLines[i];
         if (!inside[i] || (line.kind != Kind::Entry && line.kind != Kind::Heading)) continue;
-        if (line.kind == Kind::Entry && EqualNoCase(line.name, key)) {
+        if (line.kind == Kind::Entry && text::EqualNoCase(line.name, key)) {
             const std::string end = line.text.substr(line.length);
             m_arrLines[i] = ParseLine(line.text.substr(0, line.value) + Quote(value) + end);
             return;
@@ -169,7 +170,7 @@ void CIniText::Remove(std::string_view section, std::string_view key) {
     const std::vector<bool> inside = LinesOf(section);
     for (std::size_t i = m_arrLines.size(); i-- > 0;) {
         const Line& line = m_arrLines[i];
-        if (inside[i] && line.kind == Kind::Entry && EqualNoCase(line.name, key)) {
+        if (inside[i] && line.kind == Kind::Entry && text::EqualNoCase(line.name, key)) {
             m_arrLines.erase(m_arrLines.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
@@ -187,4 +188,4 @@ void CIniText::RemoveSection(std::string_view section) {
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

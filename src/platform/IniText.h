@@ -13,7 +13,7 @@
 
 #include "platform/Profile.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class CIniText {
   public:
@@ -56,4 +56,4 @@ class CIniText {
     std::vector<Line> m_arrLines;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -8,7 +8,7 @@
 
 #include "platform/FileLock.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Instances {
   public:
@@ -41,4 +41,4 @@ class FileInstances final : public Instances {
     bool m_bPrimary = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

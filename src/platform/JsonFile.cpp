@@ -8,7 +8,7 @@
 
 #include "platform/Files.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -204,4 +204,4 @@ bool CJsonFile::FaultAt(int line, std::string_view what) {
     return false;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

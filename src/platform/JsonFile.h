@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 struct JsonNode {
     enum class Type { Null, Boolean, Integer, Real, Text, Array, Object };
@@ -56,4 +56,4 @@ class CJsonFile {
     std::string m_strFault;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -11,7 +11,7 @@
 
 #include "platform/posix/Descriptor.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -95,4 +95,4 @@ bool CLogFile::Write(std::string_view line) {
     return written;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

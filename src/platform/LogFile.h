@@ -10,7 +10,7 @@
 
 #include "platform/Clock.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class CLogFile {
   public:
@@ -46,4 +46,4 @@ class CLogFile {
     std::int64_t m_tFailed = -1;  // the second of the last failure
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

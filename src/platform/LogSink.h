@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // A message above the configured level is dropped by the receiver.
 enum LogLevel : int { LogAlways = 0, LogErrors = 1, LogEvents = 2, LogTransmission = 3 };
@@ -14,4 +14,4 @@ class LogSink {
     virtual void Log(std::string_view text, int level) = 0;  // Windows-1250
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 void PostedWork::Post(std::function<void()> work) {
     bool wasEmpty;
@@ -24,4 +24,4 @@ bool PostedWork::Run() {
     return !work.empty();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

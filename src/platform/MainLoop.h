@@ -5,7 +5,7 @@
 #include <mutex>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class MainLoop {
   public:
@@ -32,4 +32,4 @@ class PostedWork final : public MainLoop {
     std::vector<std::function<void()>> m_arrWork;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

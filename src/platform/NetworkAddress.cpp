@@ -3,7 +3,7 @@
 #include "platform/AddressRange.h"
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port) {
     const std::size_t colon = text.rfind(':');
@@ -14,7 +14,7 @@ bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port) 
     } else if (name.find_first_of(":[]") != std::string_view::npos) {
         return false;
     }
-    const auto number = ReadWholeNumber<std::uint16_t>(text.substr(colon + 1));
+    const auto number = text::ReadWholeNumber<std::uint16_t>(text.substr(colon + 1));
     host = name;
     port = number.value_or(0);
     return !host.empty() && number;
@@ -24,4 +24,4 @@ bool IsLoopback(std::string_view host) {
     return host == "localhost" || IsInRange(host, "127.0.0.0/8") || IsInRange(host, "::1");
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

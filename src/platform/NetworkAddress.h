@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // False when the text is no address. The host stands without brackets.
 bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port);
@@ -15,4 +15,4 @@ bool ReadAddress(std::string_view text, std::string& host, std::uint16_t& port);
 // means at the moment.
 bool IsLoopback(std::string_view host);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -1,6 +1,6 @@
 #include "platform/NetworkProbes.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -22,4 +22,4 @@ NetworkProbes& NoProbes() {
     return probes;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

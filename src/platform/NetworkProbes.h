@@ -11,7 +11,7 @@
 
 #include "platform/Threads.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // Answers of Ping beside the round-trip time.
 enum PingResult : int {
@@ -78,4 +78,4 @@ class NetworkProbes {
 // For a process that tests no hosts: no thread can be started.
 NetworkProbes& NoProbes();
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -40,4 +40,4 @@ void WipePassword(std::string& password) {
     password.clear();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // Interactive costs about 50 ms and 64 MB for each making and each check of a hash, so it is kept
 // off the main thread of a server. Least is for tests.
@@ -19,4 +19,4 @@ bool CheckPassword(const std::string& hash, std::string_view password);
 // Overwrites a password that is not needed any more.
 void WipePassword(std::string& password);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

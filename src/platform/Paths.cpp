@@ -5,11 +5,11 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 Paths::Paths(std::string workingDir, std::string rootDir)
-    : m_strWorkingDir(FromUtf8(workingDir)),
-      m_strRootDir(rootDir.empty() ? m_strWorkingDir : FromUtf8(rootDir)) {}
+    : m_strWorkingDir(text::FromUtf8(workingDir)),
+      m_strRootDir(rootDir.empty() ? m_strWorkingDir : text::FromUtf8(rootDir)) {}
 
 std::string Paths::GetRootPath() const {
     return m_strRootDir;
@@ -33,7 +33,7 @@ std::string Paths::GetShortPath(std::string_view path) const {
 }
 
 std::string NativePath(std::string_view enginePath) {
-    return ToUtf8(enginePath);
+    return text::ToUtf8(enginePath);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Paths {
   public:
@@ -29,4 +29,4 @@ class Paths {
 // The bytes by which the system knows the file.
 std::string NativePath(std::string_view enginePath);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

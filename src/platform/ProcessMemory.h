@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // Bytes of physical memory that it occupies now; 0 when the system does not tell.
 std::uint64_t ResidentBytes();
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

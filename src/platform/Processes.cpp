@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -34,4 +34,4 @@ Processes& NoProcesses() {
     return processes;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

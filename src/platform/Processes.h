@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 struct ProgramCall {
     std::string program;  // a path, or a name that is looked up along PATH
@@ -46,4 +46,4 @@ class Processes {
 // For a process that starts no programs: every attempt fails.
 Processes& NoProcesses();
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

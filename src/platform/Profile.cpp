@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 int Profile::GetProfileIntEx(std::string_view section, std::string_view key, int fallback,
                              const std::string& path) const {
@@ -17,4 +17,4 @@ bool Profile::WriteProfileIntEx(std::string_view section, std::string_view key, 
     return WriteProfileStringEx(section, key, std::to_string(value), path);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 using ProfileEntries = std::vector<std::pair<std::string, std::string>>;
 
@@ -51,4 +51,4 @@ class Profile {
     virtual std::string GetCommonProfilePath() const = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Questions {
   public:
@@ -18,4 +18,4 @@ class CNoAnswers final : public Questions {
     bool AskYesNo(std::string_view) override { return false; }
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

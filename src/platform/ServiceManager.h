@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class ServiceManager {
   public:
@@ -39,4 +39,4 @@ class ServiceManager {
     int m_fd = -1;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -57,7 +57,7 @@ void SqliteStatement::BindReal(int parameter, double value) {
 }
 
 void SqliteStatement::BindText(int parameter, std::string_view text) {
-    const std::string utf8 = ToUtf8(text);
+    const std::string utf8 = text::ToUtf8(text);
     sqlite3_bind_text64(m_pStatement, parameter, utf8.data(), utf8.size(), SQLITE_TRANSIENT,
                         SQLITE_UTF8);
 }
@@ -84,7 +84,7 @@ std::string SqliteStatement::Text(int column) const {
     const unsigned char* text = sqlite3_column_text(m_pStatement, column);
     if (text == nullptr) return {};
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(m_pStatement, column));
-    return FromUtf8({reinterpret_cast<const char*>(text), size});
+    return text::FromUtf8({reinterpret_cast<const char*>(text), size});
 }
 
 bool SqliteStatement::IsNull(int column) const {
@@ -115,4 +115,4 @@ bool SqliteTransaction::Commit() {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

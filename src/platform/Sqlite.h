@@ -9,7 +9,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class SqliteDatabase {
   public:
@@ -90,4 +90,4 @@ class SqliteTransaction {
     bool m_fOpen;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

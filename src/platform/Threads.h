@@ -4,7 +4,7 @@
 #include <functional>
 #include <thread>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 struct ThreadIdentity {
     const char* name = "";  // the system shows its first 15 characters
@@ -19,4 +19,4 @@ const ThreadIdentity& GetThreadIdentity();
 // A thread that cannot be started is not joinable.
 std::thread StartThread(const ThreadIdentity& identity, std::function<void()> work);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -3,14 +3,14 @@
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 std::string Translator::Translate(const char* polish) const {
-    return FromUtf8(polish);
+    return text::FromUtf8(polish);
 }
 
 std::string InWords(const Notice& notice, const Translator& translator) {
-    return FormatText(ToUtf8(translator.Translate(notice.polish)), notice.values);
+    return text::FormatText(text::ToUtf8(translator.Translate(notice.polish)), notice.values);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

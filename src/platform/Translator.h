@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Translator {
   public:
@@ -28,4 +28,4 @@ constexpr const char* Translatable(const char* polish) {
     return polish;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

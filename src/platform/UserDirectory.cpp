@@ -6,12 +6,12 @@
 #include "platform/AddressRange.h"
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
 std::optional<int> LevelOf(std::string_view right) {
-    const auto level = ReadWholeNumber<int>(right);
+    const auto level = text::ReadWholeNumber<int>(right);
     return level && *level >= 0 && *level <= kHighestLevel ? level : std::nullopt;
 }
 
@@ -33,4 +33,4 @@ bool HasRight(const UserRecord& user, std::string_view right, std::string_view a
     return std::find(user.groups.begin(), user.groups.end(), right) != user.groups.end();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 inline constexpr int kHighestLevel = 100;
 
@@ -48,4 +48,4 @@ class UserDirectory {
     virtual std::vector<std::string> GetGroups() const = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

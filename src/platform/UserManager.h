@@ -5,7 +5,7 @@
 
 #include "platform/Users.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class UserManager : public Users {
   public:
@@ -17,4 +17,4 @@ class UserManager : public Users {
     virtual bool CheckRight(int level) const = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

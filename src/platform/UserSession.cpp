@@ -1,6 +1,6 @@
 #include "platform/UserSession.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 bool UserSession::RegisterUser(std::string_view name, std::string_view password) {
     std::string hash;
@@ -39,4 +39,4 @@ std::string UserSession::GetActiveUserDescription() const {
     return m_user ? m_user->description : std::string();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -8,7 +8,7 @@
 #include "platform/UserManager.h"
 #include "platform/UserStore.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class UserSession final : public UserManager {
   public:
@@ -38,4 +38,4 @@ class UserSession final : public UserManager {
     std::string m_strPassword;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -8,7 +8,7 @@
 #include "text/Characters.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -39,12 +39,12 @@ constexpr const char* kSchema =
     "PRAGMA user_version = 1;";
 
 bool IsPrintable(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), IsControl);
+    return std::none_of(text.begin(), text.end(), text::IsControl);
 }
 
 bool IsUserName(std::string_view name) {
     return !name.empty() && name.size() <= kLongestUserName && IsPrintable(name) &&
-           name.find(':') == std::string_view::npos && !EqualNoCase(name, kNobody);
+           name.find(':') == std::string_view::npos && !text::EqualNoCase(name, kNobody);
 }
 
 bool IsGroupName(std::string_view name) {
@@ -69,7 +69,7 @@ const char* FaultOf(std::string_view password) {
 }
 
 bool Refuse(std::string& error, const char* reason) {
-    error = FromUtf8(reason);
+    error = text::FromUtf8(reason);
     return false;
 }
 
@@ -111,13 +111,13 @@ bool InsertList(SqliteDatabase& database, const char* sql, std::int64_t user,
 }  // namespace
 
 bool UserStore::Fail(std::string& error) const {
-    error = FromUtf8(m_database.ErrorText());
+    error = text::FromUtf8(m_database.ErrorText());
     return false;
 }
 
 bool UserStore::Open(const std::string& path, std::string& error) {
     if (!MakePrivateFile(path, error)) {
-        error = FromUtf8(error);
+        error = text::FromUtf8(error);
         return false;
     }
     if (!m_database.Open(path)) return Fail(error);
@@ -149,7 +149,7 @@ bool UserStore::Add(const UserRecord& user, std::string_view password, std::stri
                         "VALUES (?, ?, ?, ?, ?) RETURNING id")) {
         return Fail(error);
     }
-    insert.BindText(1, ToUpper(user.name));
+    insert.BindText(1, text::ToUpper(user.name));
     insert.BindText(2, user.name);
     insert.BindText(3, user.description);
     insert.BindInteger(4, user.level);
@@ -172,7 +172,7 @@ bool UserStore::SetPassword(std::string_view name, std::string_view password, st
     SqliteStatement update;
     if (!update.Prepare(m_database, "UPDATE users SET hash = ? WHERE key = ?")) return Fail(error);
     update.BindText(1, hash);
-    update.BindText(2, ToUpper(name));
+    update.BindText(2, text::ToUpper(name));
     if (!update.Run()) return Fail(error);
     return m_database.Changes() == 1 || Refuse(error, kNoUser);
 }
@@ -180,7 +180,7 @@ bool UserStore::SetPassword(std::string_view name, std::string_view password, st
 bool UserStore::Remove(std::string_view name, std::string& error) {
     SqliteStatement remove;
     if (!remove.Prepare(m_database, "DELETE FROM users WHERE key = ?")) return Fail(error);
-    remove.BindText(1, ToUpper(name));
+    remove.BindText(1, text::ToUpper(name));
     if (!remove.Run()) return Fail(error);
     return m_database.Changes() == 1 || Refuse(error, kNoUser);
 }
@@ -200,7 +200,7 @@ std::optional<UserRecord> UserStore::Find(std::string_view name, std::string* ha
     if (!select.Prepare(m_database, (std::string(kSelectUser) + "WHERE key = ?").c_str())) {
         return std::nullopt;
     }
-    select.BindText(1, ToUpper(name));
+    select.BindText(1, text::ToUpper(name));
     if (!select.Next()) return std::nullopt;
     if (hash != nullptr) *hash = select.Text(4);
     return ReadUser(m_database, select);
@@ -227,4 +227,4 @@ std::vector<std::string> UserStore::GetGroups() const {
     return groups;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -13,7 +13,7 @@
 #include "platform/Sqlite.h"
 #include "platform/UserDirectory.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // In characters; the first holds for groups as well.
 inline constexpr std::size_t kLongestUserName = 64;
@@ -50,4 +50,4 @@ class UserStore final : public UserDirectory {
     mutable SqliteDatabase m_database;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

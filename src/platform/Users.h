@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Users {
   public:
@@ -21,4 +21,4 @@ class Users {
     }
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

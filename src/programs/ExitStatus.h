@@ -1,7 +1,7 @@
 // What the programs end with.
 #pragma once
 
-namespace kalvex {
+namespace kalvex::programs {
 
 enum ExitStatus : int {
     ExitDone = 0,
@@ -10,4 +10,4 @@ enum ExitStatus : int {
     ExitLimit = 3,    // something was still running when its time was up
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::programs

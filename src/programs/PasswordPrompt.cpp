@@ -8,7 +8,7 @@
 #include "platform/PasswordHash.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 
 namespace {
 
@@ -30,7 +30,7 @@ class SilentTerminal {
 };
 
 bool AskOnce(const std::string& question, std::string& password) {
-    std::cerr << ToUtf8(question) << std::flush;
+    std::cerr << text::ToUtf8(question) << std::flush;
     const bool answered = static_cast<bool>(std::getline(std::cin, password));
     std::cerr << "\n";
     return answered;
@@ -38,7 +38,7 @@ bool AskOnce(const std::string& question, std::string& password) {
 
 }  // namespace
 
-bool AskPassword(std::string& password, const Translator& translator) {
+bool AskPassword(std::string& password, const platform::Translator& translator) {
     if (::isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, password));
     const SilentTerminal silent;
     std::string again;
@@ -48,10 +48,10 @@ bool AskPassword(std::string& password, const Translator& translator) {
             return false;
         }
         const bool same = password == again;
-        WipePassword(again);
+        platform::WipePassword(again);
         if (same) return true;
-        std::cerr << ToUtf8(translator.Translate("Hasła różnią się")) << '\n';
+        std::cerr << text::ToUtf8(translator.Translate("Hasła różnią się")) << '\n';
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::programs

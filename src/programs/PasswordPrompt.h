@@ -5,10 +5,10 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 
 // On a terminal: twice, without showing it, until both are the same. Otherwise: the first line of
 // the standard input. UTF-8; false when the input ends before.
-bool AskPassword(std::string& password, const Translator& translator);
+bool AskPassword(std::string& password, const platform::Translator& translator);
 
-}  // namespace kalvex
+}  // namespace kalvex::programs

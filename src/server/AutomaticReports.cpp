@@ -9,22 +9,22 @@
 #include "server/ReportPeriods.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
-constexpr std::int64_t kFarthest = 62 * kSecondsPerDay;
+constexpr std::int64_t kFarthest = 62 * value::kSecondsPerDay;
 constexpr std::size_t kReportsTogether = 50;
 
-std::string ProgressName(ValueKind kind) {
-    return kind == KindHour ? "hour" : kind == KindDay ? "day" : "month";
+std::string ProgressName(value::ValueKind kind) {
+    return kind == value::KindHour ? "hour" : kind == value::KindDay ? "day" : "month";
 }
 
 }  // namespace
 
 void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
     const int dayStart = static_cast<int>(definitions.dayStart);
-    for (const ValueKind kind : definitions.automatic) {
+    for (const value::ValueKind kind : definitions.automatic) {
         if (m_mapPlaces.count(kind) == 0) m_mapPlaces[kind] = FirstPlace(kind, dayStart, now);
         Place& place = m_mapPlaces[kind];
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
@@ -37,7 +37,7 @@ void AutomaticReports::OnDefine() {
     for (auto& [kind, place] : m_mapPlaces) place.variable = 0;
 }
 
-AutomaticReports::Place AutomaticReports::FirstPlace(ValueKind kind, int dayStart,
+AutomaticReports::Place AutomaticReports::FirstPlace(value::ValueKind kind, int dayStart,
                                                      std::int64_t now) {
     const std::string name = ProgressName(kind);
     const std::optional<std::int64_t> recorded = m_store.Progress(name);
@@ -54,15 +54,16 @@ AutomaticReports::Place AutomaticReports::FirstPlace(ValueKind kind, int dayStar
 
 // What the store does not take now is handed over at a later step. The end of the report is marked
 // in the last submission, so that a report cut off by the end of the server is computed again.
-bool AutomaticReports::HandOver(ValueKind kind, int dayStart, std::int64_t now, Place& place) {
+bool AutomaticReports::HandOver(value::ValueKind kind, int dayStart, std::int64_t now,
+                                Place& place) {
     for (bool last = false; !last;) {
         std::vector<StoreOperation> operations;
         std::size_t index = place.variable;
         for (; index < m_plant.Size() && operations.size() < kReportsTogether; ++index) {
             const PlantVariable& variable = m_plant.At(index);
-            if ((variable.config.reports & ReportBit(kind)) == 0) continue;
-            operations.emplace_back(MakeReport{PeriodAction::Load, variable.id, kind, place.time,
-                                               variable.config.rule, dayStart, now});
+            if ((variable.config.reports & vantrel::ReportBit(kind)) == 0) continue;
+            operations.emplace_back(MakeReport{vantrel::PeriodAction::Load, variable.id, kind,
+                                               place.time, variable.config.rule, dayStart, now});
         }
         last = index == m_plant.Size();
         const std::int64_t next = NextReportTime(kind, place.time);
@@ -75,4 +76,4 @@ bool AutomaticReports::HandOver(ValueKind kind, int dayStart, std::int64_t now, 
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

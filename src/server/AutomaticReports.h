@@ -9,7 +9,7 @@
 #include "server/Plant.h"
 #include "server/Store.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 class AutomaticReports {
   public:
@@ -30,13 +30,13 @@ class AutomaticReports {
         std::size_t variable = 0;  // the first variable of it
     };
 
-    Place FirstPlace(ValueKind kind, int dayStart, std::int64_t now);
-    bool HandOver(ValueKind kind, int dayStart, std::int64_t now, Place& place);
+    Place FirstPlace(value::ValueKind kind, int dayStart, std::int64_t now);
+    bool HandOver(value::ValueKind kind, int dayStart, std::int64_t now, Place& place);
 
     const Plant& m_plant;
     Store& m_store;
     Store::Done m_done;
-    std::map<ValueKind, Place> m_mapPlaces;
+    std::map<value::ValueKind, Place> m_mapPlaces;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -5,19 +5,20 @@
 #include "text/Characters.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
 constexpr std::size_t kLongestName = 255;
 
-constexpr const char* kLogin = Translatable("Rejestracja użytkownika %s z %s");
-constexpr const char* kLoginTry = Translatable("Próba rejestracji użytkownika %s z %s - %s");
+constexpr const char* kLogin = platform::Translatable("Rejestracja użytkownika %s z %s");
+constexpr const char* kLoginTry =
+    platform::Translatable("Próba rejestracji użytkownika %s z %s - %s");
 
 // Bytes that would break a log line become "?".
 std::string Printable(std::string_view name) {
     std::string text(name.substr(0, kLongestName));
-    std::replace_if(text.begin(), text.end(), IsControl, '?');
+    std::replace_if(text.begin(), text.end(), text::IsControl, '?');
     return text;
 }
 
@@ -28,11 +29,11 @@ std::string ClientText(std::string_view name, const std::string& address) {
 }
 
 std::string LoginLine(const LoginVerdict& verdict, std::string_view user, const std::string& client,
-                      const Translator& translator) {
+                      const platform::Translator& translator) {
     const bool accepted = verdict.code == LoginOk;
     const std::string name = Printable(accepted ? std::string_view(verdict.user.name) : user);
-    return FormatText(translator.Translate(accepted ? kLogin : kLoginTry),
-                      {name, client, verdict.text});
+    return text::FormatText(translator.Translate(accepted ? kLogin : kLoginTry),
+                            {name, client, verdict.text});
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -7,13 +7,13 @@
 #include "platform/Translator.h"
 #include "server/LoginDesk.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 // The client's name, and its address unless it is on this machine.
 std::string ClientText(std::string_view name, const std::string& address);
 
 // `user` is the name that was given.
 std::string LoginLine(const LoginVerdict& verdict, std::string_view user, const std::string& client,
-                      const Translator& translator);
+                      const platform::Translator& translator);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -4,7 +4,7 @@
 
 #include "text/Trim.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -22,7 +22,7 @@ bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
         text.remove_prefix(1);
     }
     const std::size_t end = std::min(text.find(separator), text.size());
-    const bool nothingBehind = Trim(text.substr(0, end)).empty();
+    const bool nothingBehind = text::Trim(text.substr(0, end)).empty();
     text.remove_prefix(end);
     return nothingBehind;
 }
@@ -32,14 +32,15 @@ CsvRow ReadRow(std::string_view text, char separator, int line) {
     row.line = line;
     for (;;) {
         std::string& cell = row.cells.emplace_back();
-        const std::size_t begin = text.find_first_not_of(separator == '\t' ? " " : kBlanksAndTabs);
+        const std::size_t begin =
+            text.find_first_not_of(separator == '\t' ? " " : text::kBlanksAndTabs);
         if (begin != std::string_view::npos && text[begin] == '"') {
             text.remove_prefix(begin);
             row.closed = TakeQuoted(text, separator, cell) && row.closed;
             if (!row.closed) return row;
         } else {
             const std::size_t end = std::min(text.find(separator), text.size());
-            cell = Trim(text.substr(0, end));
+            cell = text::Trim(text.substr(0, end));
             text.remove_prefix(end);
         }
         if (text.empty()) return row;
@@ -60,7 +61,7 @@ std::vector<CsvRow> ReadCsv(std::string_view text) {
         std::string_view content = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
         if (!content.empty() && content.back() == '\r') content.remove_suffix(1);
-        if (Trim(content).empty() || content.front() == '#') continue;
+        if (text::Trim(content).empty() || content.front() == '#') continue;
         if (separator == 0) {
             const std::size_t first = content.find_first_of(",;\t");
             separator = first == std::string_view::npos ? ',' : content[first];
@@ -70,4 +71,4 @@ std::vector<CsvRow> ReadCsv(std::string_view text) {
     return rows;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::server {
 
 struct CsvRow {
     int line = 0;  // of the text, from 1
@@ -19,4 +19,4 @@ struct CsvRow {
 // has no quotes.
 std::vector<CsvRow> ReadCsv(std::string_view text);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

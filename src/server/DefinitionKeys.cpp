@@ -11,7 +11,7 @@
 #include "text/WholeNumber.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -23,8 +23,9 @@ struct TypeRow {
 };
 
 constexpr TypeRow kTypes[] = {
-    {"bool", ValueType::Bool},   {"short", ValueType::Short},   {"int", ValueType::Int},
-    {"int64", ValueType::Int64}, {"double", ValueType::Double}, {"text", ValueType::Text},
+    {"bool", value::ValueType::Bool},     {"short", value::ValueType::Short},
+    {"int", value::ValueType::Int},       {"int64", value::ValueType::Int64},
+    {"double", value::ValueType::Double}, {"text", value::ValueType::Text},
 };
 
 struct NobodyRow {
@@ -40,20 +41,21 @@ constexpr NobodyRow kNobodyRows[] = {
 
 struct PeriodRow {
     std::string_view word;
-    ValueKind kind;
+    value::ValueKind kind;
 };
 
-constexpr PeriodRow kPeriods[] = {{"hour", KindHour}, {"day", KindDay}, {"month", KindMonth}};
+constexpr PeriodRow kPeriods[] = {
+    {"hour", value::KindHour}, {"day", value::KindDay}, {"month", value::KindMonth}};
 
 bool HasControls(std::string_view text) {
-    return std::any_of(text.begin(), text.end(), IsControl);
+    return std::any_of(text.begin(), text.end(), text::IsControl);
 }
 
-Notice SetInteger(std::int64_t& target, std::string_view text, std::int64_t least,
-                  std::int64_t most) {
-    const auto number = ReadWholeNumber<std::int64_t>(text);
+platform::Notice SetInteger(std::int64_t& target, std::string_view text, std::int64_t least,
+                            std::int64_t most) {
+    const auto number = text::ReadWholeNumber<std::int64_t>(text);
     if (!number || *number < least || *number > most) {
-        return {Translatable("oczekiwano liczby całkowitej od %s do %s"),
+        return {platform::Translatable("oczekiwano liczby całkowitej od %s do %s"),
                 {std::to_string(least), std::to_string(most)}};
     }
     target = *number;
@@ -61,68 +63,69 @@ Notice SetInteger(std::int64_t& target, std::string_view text, std::int64_t leas
 }
 
 template <auto Member, std::int64_t Least, std::int64_t Most>
-Notice SetSetting(Definitions& target, std::string_view, std::string_view text) {
+platform::Notice SetSetting(Definitions& target, std::string_view, std::string_view text) {
     return SetInteger(target.*Member, text, Least, Most);
 }
 
 template <auto Member>
-Notice SetPath(Definitions& target, std::string_view, std::string_view text) {
-    if (text.empty() || HasControls(text)) return {Translatable("oczekiwano ścieżki")};
-    target.*Member = ToUtf8(text);
+platform::Notice SetPath(Definitions& target, std::string_view, std::string_view text) {
+    if (text.empty() || HasControls(text)) return {platform::Translatable("oczekiwano ścieżki")};
+    target.*Member = text::ToUtf8(text);
     return {};
 }
 
 template <bool Definitions::*Member>
-Notice SetFlag(Definitions& target, std::string_view, std::string_view text) {
-    if (text != "0" && text != "1") return {Translatable("oczekiwano true albo false")};
+platform::Notice SetFlag(Definitions& target, std::string_view, std::string_view text) {
+    if (text != "0" && text != "1") return {platform::Translatable("oczekiwano true albo false")};
     target.*Member = text == "1";
     return {};
 }
 
 template <class Target, std::string Target::*Member>
-Notice SetRight(Target& target, std::string_view, std::string_view text) {
-    if (!IsRightText(text))
-        return {Translatable("oczekiwano poziomu od 0 do 100 albo nazwy grupy")};
+platform::Notice SetRight(Target& target, std::string_view, std::string_view text) {
+    if (!platform::IsRightText(text))
+        return {platform::Translatable("oczekiwano poziomu od 0 do 100 albo nazwy grupy")};
     target.*Member = text;
     return {};
 }
 
-Notice SetServerName(Definitions& target, std::string_view, std::string_view text) {
+platform::Notice SetServerName(Definitions& target, std::string_view, std::string_view text) {
     constexpr std::string_view kForbidden = "/\\@ ";
     if (text.empty() || text.size() > kLongestName || HasControls(text) ||
         text.find_first_of(kForbidden) != std::string_view::npos) {
-        return {Translatable("oczekiwano nazwy od 1 do 255 znaków, bez odstępów i znaków / \\ @")};
+        return {platform::Translatable(
+            "oczekiwano nazwy od 1 do 255 znaków, bez odstępów i znaków / \\ @")};
     }
     target.name = text;
     return {};
 }
 
-Notice SetNobody(Definitions& target, std::string_view, std::string_view text) {
+platform::Notice SetNobody(Definitions& target, std::string_view, std::string_view text) {
     for (const NobodyRow& row : kNobodyRows) {
         if (row.word != text) continue;
         target.nobody = row.access;
         return {};
     }
-    return {Translatable("oczekiwano jednego ze słów never, local, always")};
+    return {platform::Translatable("oczekiwano jednego ze słów never, local, always")};
 }
 
-Notice SetAddress(Definitions& target, std::string_view, std::string_view text) {
+platform::Notice SetAddress(Definitions& target, std::string_view, std::string_view text) {
     std::string host;
     std::uint16_t port = 0;
-    if (HasControls(text) || !ReadAddress(text, host, port)) {
-        return {Translatable("oczekiwano adresu w postaci komputer:port")};
+    if (HasControls(text) || !platform::ReadAddress(text, host, port)) {
+        return {platform::Translatable("oczekiwano adresu w postaci komputer:port")};
     }
-    target.address = ToUtf8(text);
+    target.address = text::ToUtf8(text);
     return {};
 }
 
-Notice SetGroup(Definitions& target, std::string_view, std::string_view text) {
-    target.socketGroup = ToUtf8(text);
-    if (HasSystemGroup(target.socketGroup)) return {};
-    return {Translatable("w systemie nie ma grupy o tej nazwie")};
+platform::Notice SetGroup(Definitions& target, std::string_view, std::string_view text) {
+    target.socketGroup = text::ToUtf8(text);
+    if (platform::HasSystemGroup(target.socketGroup)) return {};
+    return {platform::Translatable("w systemie nie ma grupy o tej nazwie")};
 }
 
-Notice SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
+platform::Notice SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
     std::vector<std::string_view> words;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -134,19 +137,20 @@ Notice SetAutomatic(Definitions& target, std::string_view, std::string_view text
         if (std::erase(words, row.word) > 0) target.automatic.push_back(row.kind);
     }
     if (words.empty()) return {};
-    return {Translatable("oczekiwano słów hour, day, month")};
+    return {platform::Translatable("oczekiwano słów hour, day, month")};
 }
 
-Notice SetPattern(AccessRule& target, std::string_view, std::string_view text) {
-    if (text.empty()) return {Translatable("oczekiwano nazwy, w której * i ? zastępują znaki")};
+platform::Notice SetPattern(AccessRule& target, std::string_view, std::string_view text) {
+    if (text.empty())
+        return {platform::Translatable("oczekiwano nazwy, w której * i ? zastępują znaki")};
     target.variables = text;
     return {};
 }
 
-Notice SetName(VariableConfig& target, std::string_view, std::string_view text) {
+platform::Notice SetName(VariableConfig& target, std::string_view, std::string_view text) {
     if (text.empty() || text.size() > kLongestName || HasControls(text) || text.front() == ' ' ||
         text.back() == ' ') {
-        return {Translatable(
+        return {platform::Translatable(
             "oczekiwano nazwy od 1 do 255 znaków, bez odstępu na początku i na końcu i bez "
             "znaków sterujących")};
     }
@@ -154,55 +158,58 @@ Notice SetName(VariableConfig& target, std::string_view, std::string_view text) 
     return {};
 }
 
-Notice SetType(VariableConfig& target, std::string_view, std::string_view text) {
+platform::Notice SetType(VariableConfig& target, std::string_view, std::string_view text) {
     for (const TypeRow& row : kTypes) {
         if (row.word != text) continue;
         target.type = row.code;
         return {};
     }
-    return {Translatable("oczekiwano jednego ze słów bool, short, int, int64, double, text")};
+    return {
+        platform::Translatable("oczekiwano jednego ze słów bool, short, int, int64, double, text")};
 }
 
-Notice SetText(VariableConfig& target, std::string_view name, std::string_view text) {
-    if (text.size() > kLongestText) return {Translatable("tekst dłuższy niż 65535 znaków")};
+platform::Notice SetText(VariableConfig& target, std::string_view name, std::string_view text) {
+    if (text.size() > kLongestText)
+        return {platform::Translatable("tekst dłuższy niż 65535 znaków")};
     target.attributes[std::string(name)] = text;
     return {};
 }
 
 template <std::optional<double> VariableConfig::*Member>
-Notice SetBound(VariableConfig& target, std::string_view name, std::string_view text) {
+platform::Notice SetBound(VariableConfig& target, std::string_view name, std::string_view text) {
     double number = 0;
-    if (!ConvertString2Double(text, &number) || !std::isfinite(number))
-        return {Translatable("oczekiwano liczby")};
+    if (!value::ConvertString2Double(text, &number) || !std::isfinite(number))
+        return {platform::Translatable("oczekiwano liczby")};
     target.*Member = number;
     return SetText(target, name, text);
 }
 
 template <unsigned VariableConfig::*Member>
-Notice SetBits(VariableConfig& target, std::string_view name, std::string_view text) {
+platform::Notice SetBits(VariableConfig& target, std::string_view name, std::string_view text) {
     std::int64_t number = 0;
-    const Notice fault = SetInteger(number, text, 0, 255);
+    const platform::Notice fault = SetInteger(number, text, 0, 255);
     if (fault) return fault;
     target.*Member = static_cast<unsigned>(number);
     return SetText(target, name, text);
 }
 
-Notice SetRule(VariableConfig& target, std::string_view, std::string_view text) {
+platform::Notice SetRule(VariableConfig& target, std::string_view, std::string_view text) {
     const std::optional<ReportRule> rule = ReportRuleFromWord(text);
-    if (!rule) return {Translatable("oczekiwano jednego ze słów mean, sum, increase")};
+    if (!rule) return {platform::Translatable("oczekiwano jednego ze słów mean, sum, increase")};
     target.rule = *rule;
     return {};
 }
 
-Notice SetInitial(VariableConfig& target, std::string_view, std::string_view text) {
-    if (text.size() > kLongestText) return {Translatable("tekst dłuższy niż 65535 znaków")};
+platform::Notice SetInitial(VariableConfig& target, std::string_view, std::string_view text) {
+    if (text.size() > kLongestText)
+        return {platform::Translatable("tekst dłuższy niż 65535 znaków")};
     target.initial = text;
     return {};
 }
 
-Notice SetSignal(VariableConfig& target, std::string_view, std::string_view text) {
-    Notice fault;
-    target.signal = Signal::Parse(ToUtf8(text), fault);
+platform::Notice SetSignal(VariableConfig& target, std::string_view, std::string_view text) {
+    platform::Notice fault;
+    target.signal = Signal::Parse(text::ToUtf8(text), fault);
     return fault;
 }
 
@@ -215,7 +222,7 @@ constexpr Setting kServerKeys[] = {
     {"nobody", SetNobody},
     {"log", SetRight<Definitions, &Definitions::logRight>},
     {"clients", SetSetting<&Definitions::maxClients, 1, kMostClients>},
-    {"variables", SetSetting<&Definitions::maxVariables, 1, kMostVariables>},
+    {"variables", SetSetting<&Definitions::maxVariables, 1, vantrel::kMostVariables>},
     {"save-period", SetSetting<&Definitions::savePeriod, 1, 3600>},
 };
 
@@ -281,14 +288,14 @@ constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
 constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
     {"name", SetName},
     {"type", SetType},
-    {Attribute::Description, SetText},
-    {Attribute::DescName, SetText},
-    {Attribute::Unit, SetText},
-    {Attribute::DispFormat, SetText},
-    {Attribute::Minimum, SetBound<&VariableConfig::minimum>},
-    {Attribute::Maximum, SetBound<&VariableConfig::maximum>},
-    {Attribute::Archive, SetBits<&VariableConfig::archive>},
-    {Attribute::Reports, SetBits<&VariableConfig::reports>},
+    {vantrel::Attribute::Description, SetText},
+    {vantrel::Attribute::DescName, SetText},
+    {vantrel::Attribute::Unit, SetText},
+    {vantrel::Attribute::DispFormat, SetText},
+    {vantrel::Attribute::Minimum, SetBound<&VariableConfig::minimum>},
+    {vantrel::Attribute::Maximum, SetBound<&VariableConfig::maximum>},
+    {vantrel::Attribute::Archive, SetBits<&VariableConfig::archive>},
+    {vantrel::Attribute::Reports, SetBits<&VariableConfig::reports>},
     {"pa", SetText},
     {"report", SetRule},
     {"value", SetInitial},
@@ -309,26 +316,27 @@ std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definiti
     return names;
 }
 
-Notice CheckNetworkSettings(const Definitions& definitions, std::string& key) {
+platform::Notice CheckNetworkSettings(const Definitions& definitions, std::string& key) {
     if (definitions.certificate.empty() != definitions.certificateKey.empty()) {
         key = definitions.certificate.empty() ? "key" : "certificate";
-        return {Translatable("certyfikat i klucz podaje się razem")};
+        return {platform::Translatable("certyfikat i klucz podaje się razem")};
     }
     if (!definitions.authority.empty() && definitions.certificate.empty()) {
         key = "authority";
-        return {
-            Translatable("certyfikaty klientów sprawdza tylko serwer, który ma własny certyfikat")};
+        return {platform::Translatable(
+            "certyfikaty klientów sprawdza tylko serwer, który ma własny certyfikat")};
     }
     if (!definitions.socketGroup.empty() && !definitions.localSocket) {
         key = "group";
-        return {Translatable("bez gniazda lokalnego grupa nie ma znaczenia")};
+        return {platform::Translatable("bez gniazda lokalnego grupa nie ma znaczenia")};
     }
     std::string host;
     std::uint16_t port = 0;
     const bool plain = definitions.certificate.empty() && !definitions.plainTextAllowed;
-    if (plain && ReadAddress(definitions.address, host, port) && !IsLoopback(host)) {
+    if (plain && platform::ReadAddress(definitions.address, host, port) &&
+        !platform::IsLoopback(host)) {
         key = "address";
-        return {Translatable(
+        return {platform::Translatable(
             "poza tym komputerem połączenia muszą być szyfrowane (certificate, key), chyba że "
             "plain-text-allowed = true")};
     }
@@ -343,26 +351,26 @@ std::span<const DefinitionKey<VariableConfig>> VariableKeys() {
     return kVariableKeys;
 }
 
-Notice CheckVariable(const VariableConfig& variable, std::string& key) {
+platform::Notice CheckVariable(const VariableConfig& variable, std::string& key) {
     key.clear();
     if (variable.name.empty()) {
         key = "name";
-        return {Translatable("brak nazwy zmiennej")};
+        return {platform::Translatable("brak nazwy zmiennej")};
     }
     if (variable.minimum && variable.maximum && *variable.minimum > *variable.maximum) {
-        key = Attribute::Minimum;
-        return {Translatable("min nie może być większe od max")};
+        key = vantrel::Attribute::Minimum;
+        return {platform::Translatable("min nie może być większe od max")};
     }
-    CVal initial(variable.initial);
+    value::CVal initial(variable.initial);
     if (!variable.initial.empty() && !initial.Cast(variable.type)) {
         key = "value";
-        return {Translatable("oczekiwano liczby")};
+        return {platform::Translatable("oczekiwano liczby")};
     }
-    if (variable.signal && variable.type == ValueType::Text) {
+    if (variable.signal && variable.type == value::ValueType::Text) {
         key = "signal";
-        return {Translatable("zmienna tekstowa nie może mieć sygnału")};
+        return {platform::Translatable("zmienna tekstowa nie może mieć sygnału")};
     }
     return {};
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

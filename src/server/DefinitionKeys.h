@@ -8,14 +8,14 @@
 
 #include "server/Definitions.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 template <class Target>
 struct DefinitionKey {
     std::string_view name;
     // `name` is that of the key. The text is an engine text, a number its decimal text, a list its
     // elements in lines. The answer tells what is wrong, if anything.
-    Notice (*set)(Target& target, std::string_view name, std::string_view text);
+    platform::Notice (*set)(Target& target, std::string_view name, std::string_view text);
     bool list = false;
 };
 
@@ -28,13 +28,13 @@ std::span<const DefinitionSection> DefinitionSections();
 
 // What the settings of the network need as a whole, once their keys are set; empty when all is
 // well, else the key and the reason.
-Notice CheckNetworkSettings(const Definitions& definitions, std::string& key);
+platform::Notice CheckNetworkSettings(const Definitions& definitions, std::string& key);
 std::span<const DefinitionKey<AccessRule>> AccessKeys();
 std::span<const DefinitionKey<VariableConfig>> VariableKeys();
 
 // What a variable needs as a whole, once its keys are set; empty when all is well, else the key in
 // `key` and the reason.
-Notice CheckVariable(const VariableConfig& variable, std::string& key);
+platform::Notice CheckVariable(const VariableConfig& variable, std::string& key);
 
 // The row of that name, or null.
 template <class Target>
@@ -46,4 +46,4 @@ const DefinitionKey<Target>* FindKey(std::span<const DefinitionKey<Target>> keys
     return nullptr;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -14,7 +14,7 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -34,10 +34,10 @@ class Reader {
     }
 
     void Read();
-    std::vector<std::string> Faults(const Translator& translator);
+    std::vector<std::string> Faults(const platform::Translator& translator);
 
   private:
-    void Tell(Place place, std::string key, Notice reason) {
+    void Tell(Place place, std::string key, platform::Notice reason) {
         if (++m_nFaults <= kMostFaults) {
             m_arrFaults.push_back({place, std::move(key), std::move(reason)});
         }
@@ -65,7 +65,7 @@ class Reader {
     struct Entry {
         Place place;
         std::string key;
-        Notice reason;
+        platform::Notice reason;
     };
 
     std::string m_strFolder;
@@ -81,7 +81,7 @@ class Reader {
 std::optional<std::string> ScalarText(const toml::node& node) {
     if (const auto* text = node.as_string()) return text->get();
     if (const auto* number = node.as_integer()) return std::to_string(number->get());
-    if (const auto* number = node.as_floating_point()) return FormatDouble(number->get());
+    if (const auto* number = node.as_floating_point()) return value::FormatDouble(number->get());
     if (const auto* flag = node.as_boolean()) return flag->get() ? "1" : "0";
     return std::nullopt;
 }
@@ -109,13 +109,13 @@ std::string Qualified(std::string_view prefix, std::string_view name) {
 template <class Target>
 void Reader::SetKey(Target& target, std::span<const DefinitionKey<Target>> keys, Place place,
                     std::string_view prefix, std::string_view name, const std::string& utf8) {
-    const std::string text = FromUtf8(utf8);
-    if (ToUtf8(text) != utf8) {
+    const std::string text = text::FromUtf8(utf8);
+    if (text::ToUtf8(text) != utf8) {
         Tell(place, Qualified(prefix, name),
-             {Translatable("znak spoza strony kodowej Windows-1250")});
+             {platform::Translatable("znak spoza strony kodowej Windows-1250")});
         return;
     }
-    Notice reason = FindKey(keys, name)->set(target, name, text);
+    platform::Notice reason = FindKey(keys, name)->set(target, name, text);
     if (reason) Tell(place, Qualified(prefix, name), std::move(reason));
 }
 
@@ -127,7 +127,7 @@ void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> ke
         m_mapLines[Qualified(section, key.str())] = place.line;
         const DefinitionKey<Target>* known = FindKey(keys, key.str());
         if (known == nullptr) {
-            Tell(place, Qualified(section, key.str()), {Translatable("nieznany klucz")});
+            Tell(place, Qualified(section, key.str()), {platform::Translatable("nieznany klucz")});
             continue;
         }
         const std::optional<std::string> text = known->list ? ListText(node) : ScalarText(node);
@@ -135,8 +135,8 @@ void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> ke
             SetKey(target, keys, place, section, key.str(), *text);
         } else {
             Tell(place, Qualified(section, key.str()),
-                 {known->list ? Translatable("oczekiwano listy tekstów")
-                              : Translatable("oczekiwano tekstu albo liczby")});
+                 {known->list ? platform::Translatable("oczekiwano listy tekstów")
+                              : platform::Translatable("oczekiwano tekstu albo liczby")});
         }
     }
 }
@@ -149,13 +149,13 @@ const toml::array* Reader::TablesOf(const toml::node& node, std::string_view sec
         return tables;
     }
     Tell({0, LineOf(node)}, std::string(section),
-         {Translatable("oczekiwano sekcji [[%s]]"), {std::string(section)}});
+         {platform::Translatable("oczekiwano sekcji [[%s]]"), {std::string(section)}});
     return nullptr;
 }
 
 void Reader::AddVariable(VariableConfig variable, Place place, std::string_view prefix) {
     std::string key;
-    Notice reason = CheckVariable(variable, key);
+    platform::Notice reason = CheckVariable(variable, key);
     if (reason) {
         Tell(place, Qualified(prefix, key), std::move(reason));
         return;
@@ -163,8 +163,8 @@ void Reader::AddVariable(VariableConfig variable, Place place, std::string_view 
     const auto [known, isNew] = m_mapNames.emplace(variable.name, place);
     if (!isNew) {
         Tell(place, Qualified(prefix, "name"),
-             {Translatable("zmienna %s jest już w %s:%d"),
-              {ToUtf8(variable.name), m_arrFiles[known->second.file],
+             {platform::Translatable("zmienna %s jest już w %s:%d"),
+              {text::ToUtf8(variable.name), m_arrFiles[known->second.file],
                std::to_string(known->second.line)}});
         return;
     }
@@ -200,11 +200,12 @@ void Reader::ReadFiles(const toml::node& node) {
         for (const auto& [key, value] : *entry.as_table()) {
             const Place place{0, LineOf(value)};
             if (key.str() != "file") {
-                Tell(place, Qualified("variables", key.str()), {Translatable("nieznany klucz")});
+                Tell(place, Qualified("variables", key.str()),
+                     {platform::Translatable("nieznany klucz")});
             } else if (const auto* text = value.as_string()) {
                 file = text->get();
             } else {
-                Tell(place, "variables.file", {Translatable("oczekiwano ścieżki")});
+                Tell(place, "variables.file", {platform::Translatable("oczekiwano ścieżki")});
             }
         }
         if (!file.empty()) ReadCsvFile(Below(file), {0, LineOf(entry)});
@@ -214,7 +215,7 @@ void Reader::ReadFiles(const toml::node& node) {
 void Reader::ReadCsvFile(const std::string& path, Place named) {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(path, content, error)) {
+    if (!platform::ReadWholeFile(path, content, error)) {
         Tell(named, "variables.file", {"%s: %s", {path, error}});
         return;
     }
@@ -226,9 +227,10 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
     const std::size_t before = m_nFaults;
     for (const std::string& column : head.cells) {
         if (FindKey(VariableKeys(), column) == nullptr) {
-            Tell({file, head.line}, column, {Translatable("nieznana kolumna")});
+            Tell({file, head.line}, column, {platform::Translatable("nieznana kolumna")});
         } else if (std::count(head.cells.begin(), head.cells.end(), column) > 1) {
-            Tell({file, head.line}, column, {Translatable("kolumna występuje więcej niż raz")});
+            Tell({file, head.line}, column,
+                 {platform::Translatable("kolumna występuje więcej niż raz")});
         }
     }
     if (m_nFaults != before) return;
@@ -238,11 +240,11 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
         const std::size_t faults = m_nFaults;
         if (!row.closed) {
             Tell(place, head.cells[std::min(row.cells.size(), head.cells.size()) - 1],
-                 {Translatable("niezamknięty cudzysłów")});
+                 {platform::Translatable("niezamknięty cudzysłów")});
             continue;
         }
         if (row.cells.size() > head.cells.size()) {
-            Tell(place, "", {Translatable("więcej komórek niż kolumn")});
+            Tell(place, "", {platform::Translatable("więcej komórek niż kolumn")});
             continue;
         }
         VariableConfig variable;
@@ -261,7 +263,7 @@ Place Reader::PlaceOf(const std::string& key) const {
 
 void Reader::CheckNetwork() {
     std::string name;
-    Notice reason = CheckNetworkSettings(m_out, name);
+    platform::Notice reason = CheckNetworkSettings(m_out, name);
     if (reason) {
         const std::string key = Qualified("network", name);
         Tell(PlaceOf(key), key, std::move(reason));
@@ -277,7 +279,7 @@ void Reader::CheckNetwork() {
         file.path = Below(file.path);
         std::string content;
         std::string error;
-        if (ReadWholeFile(file.path, content, error)) continue;
+        if (platform::ReadWholeFile(file.path, content, error)) continue;
         Tell(PlaceOf(file.key), file.key, {"%s: %s", {file.path, error}});
     }
 }
@@ -285,14 +287,15 @@ void Reader::CheckNetwork() {
 void Reader::Read() {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(m_arrFiles.front(), content, error)) {
+    if (!platform::ReadWholeFile(m_arrFiles.front(), content, error)) {
         Tell({0, 0}, "", {"%s", {error}});
         return;
     }
     const toml::parse_result parsed = toml::parse(std::string_view(content));
     if (!parsed) {
         Tell({0, static_cast<int>(parsed.error().source().begin.line)}, "",
-             {Translatable("błąd składni (%s)"), {std::string(parsed.error().description())}});
+             {platform::Translatable("błąd składni (%s)"),
+              {std::string(parsed.error().description())}});
         return;
     }
     for (const auto& [key, node] : parsed.table()) {
@@ -306,7 +309,7 @@ void Reader::Read() {
                 ReadTable(m_out, section->keys, *table, name);
             } else {
                 Tell({0, LineOf(node)}, std::string(name),
-                     {Translatable("oczekiwano sekcji [%s]"), {std::string(name)}});
+                     {platform::Translatable("oczekiwano sekcji [%s]"), {std::string(name)}});
             }
         } else if (name == "access") {
             ReadAccess(node);
@@ -315,7 +318,7 @@ void Reader::Read() {
         } else if (name == "variables") {
             ReadFiles(node);
         } else {
-            Tell({0, LineOf(node)}, std::string(name), {Translatable("nieznana sekcja")});
+            Tell({0, LineOf(node)}, std::string(name), {platform::Translatable("nieznana sekcja")});
         }
     }
     m_out.dataFolder = Below(m_out.dataFolder);
@@ -323,12 +326,12 @@ void Reader::Read() {
     CheckNetwork();
     if (m_out.variables.size() > static_cast<std::size_t>(m_out.maxVariables)) {
         Tell({0, 0}, "",
-             {Translatable("zmiennych jest %s, a server.variables dopuszcza %s"),
+             {platform::Translatable("zmiennych jest %s, a server.variables dopuszcza %s"),
               {std::to_string(m_out.variables.size()), std::to_string(m_out.maxVariables)}});
     }
 }
 
-std::vector<std::string> Reader::Faults(const Translator& translator) {
+std::vector<std::string> Reader::Faults(const platform::Translator& translator) {
     std::stable_sort(m_arrFaults.begin(), m_arrFaults.end(), [](const Entry& a, const Entry& b) {
         return a.place.file != b.place.file ? a.place.file < b.place.file
                                             : a.place.line < b.place.line;
@@ -338,20 +341,20 @@ std::vector<std::string> Reader::Faults(const Translator& translator) {
         std::string line = m_arrFiles[fault.place.file] + ":";
         if (fault.place.line > 0) line += std::to_string(fault.place.line) + ":";
         if (!fault.key.empty()) line += " " + fault.key + ":";
-        lines.push_back(line + " " + InWords(fault.reason, translator));
+        lines.push_back(line + " " + platform::InWords(fault.reason, translator));
     }
     if (m_nFaults > kMostFaults) {
-        const Notice rest{Translatable("dalszych błędów: %s"),
-                          {std::to_string(m_nFaults - kMostFaults)}};
-        lines.push_back(InWords(rest, translator));
+        const platform::Notice rest{platform::Translatable("dalszych błędów: %s"),
+                                    {std::to_string(m_nFaults - kMostFaults)}};
+        lines.push_back(platform::InWords(rest, translator));
     }
     return lines;
 }
 
 }  // namespace
 
-bool LoadDefinitions(const std::string& path, const Translator& translator, Definitions& out,
-                     std::vector<std::string>& errors) {
+bool LoadDefinitions(const std::string& path, const platform::Translator& translator,
+                     Definitions& out, std::vector<std::string>& errors) {
     out = Definitions();
     Reader reader(path, out);
     reader.Read();
@@ -359,4 +362,4 @@ bool LoadDefinitions(const std::string& path, const Translator& translator, Defi
     return errors.empty();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

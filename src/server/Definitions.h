@@ -17,14 +17,14 @@
 #include "vantrel/Attributes.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 // Of the text of an attribute or a value, in bytes.
 inline constexpr std::size_t kLongestText = 65535;
 
 struct VariableConfig {
     std::string name;
-    std::uint16_t type = ValueType::Double;
+    std::uint16_t type = value::ValueType::Double;
     std::map<std::string, std::string> attributes;  // what clients are told: "de", "nd", ...
     std::optional<double> minimum;
     std::optional<double> maximum;
@@ -58,7 +58,7 @@ struct Definitions {
     std::int64_t archivePeriod = 60;
     std::int64_t keepDays = 0;
     std::int64_t dayStart = 0;
-    std::vector<ValueKind> automatic;  // report kinds, each once, the shorter first
+    std::vector<value::ValueKind> automatic;  // report kinds, each once, the shorter first
     // How clients reach the server. Paths as above, empty for none.
     bool localSocket = true;
     std::string socketGroup;  // UTF-8
@@ -74,11 +74,11 @@ struct Definitions {
 // Reads the configuration. When anything is wrong the answer is false and `errors` holds a line for
 // each fault, in UTF-8: file, line, key if there is one, reason; `out` is then
 // undefined. After a hundred faults the rest is not told.
-bool LoadDefinitions(const std::string& path, const Translator& translator, Definitions& out,
-                     std::vector<std::string>& errors);
+bool LoadDefinitions(const std::string& path, const platform::Translator& translator,
+                     Definitions& out, std::vector<std::string>& errors);
 
 // Puts back into `next` what cannot change while the server runs. The answer names the keys whose
 // change has to wait for the next start.
 std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definitions& next);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -5,28 +5,29 @@
 #include "platform/PasswordHash.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
-constexpr const char* kWrong = Translatable("brak uprawnień");
+constexpr const char* kWrong = platform::Translatable("brak uprawnień");
 constexpr const char* kTooOften =
-    Translatable("zbyt wiele nieudanych prób, następna możliwa za %d s");
-constexpr const char* kOtherVersion = Translatable("inna wersja protokołu");
+    platform::Translatable("zbyt wiele nieudanych prób, następna możliwa za %d s");
+constexpr const char* kOtherVersion = platform::Translatable("inna wersja protokołu");
 
-bool IsNobody(const LoginRequest& request) {
-    return request.password.empty() && (request.user.empty() || request.user == kNobody);
+bool IsNobody(const vantrel::LoginRequest& request) {
+    return request.password.empty() && (request.user.empty() || request.user == platform::kNobody);
 }
 
 }  // namespace
 
-LoginDesk::LoginDesk(const UserStore& users, const Clock& clock, const Translator& translator,
-                     MainLoop& loop, PasswordCost cost)
+LoginDesk::LoginDesk(const platform::UserStore& users, const platform::Clock& clock,
+                     const platform::Translator& translator, platform::MainLoop& loop,
+                     platform::PasswordCost cost)
     : m_users(users),
       m_clock(clock),
       m_translator(translator),
       m_loop(loop),
-      m_strOtherHash(HashPassword("", cost)) {}
+      m_strOtherHash(platform::HashPassword("", cost)) {}
 
 LoginDesk::~LoginDesk() {
     *m_pOpen = false;
@@ -34,19 +35,20 @@ LoginDesk::~LoginDesk() {
 }
 
 bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::string& hash) {
-    const LoginRequest& request = pending.request;
-    if (request.protocolVersion != kProtocolVersion) {
+    const vantrel::LoginRequest& request = pending.request;
+    if (request.protocolVersion != vantrel::kProtocolVersion) {
         verdict = {LoginOtherVersion, m_translator.Translate(kOtherVersion), {}};
         return true;
     }
     verdict = {LoginWrong, m_translator.Translate(kWrong), {}};
-    if (request.user.size() > kLongestUserName || request.password.size() > kLongestPassword) {
+    if (request.user.size() > platform::kLongestUserName ||
+        request.password.size() > platform::kLongestPassword) {
         return true;
     }
     const std::int64_t wait = m_gate.Wait(pending.address, request.user, m_clock.Now());
     if (wait > 0) {
         verdict = {LoginTooOften,
-                   FormatText(m_translator.Translate(kTooOften), {std::to_string(wait)}),
+                   text::FormatText(m_translator.Translate(kTooOften), {std::to_string(wait)}),
                    {}};
         return true;
     }
@@ -54,12 +56,12 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
         const bool local = pending.address.empty();
         if (m_eNobody == NobodyAccess::Always || (m_eNobody == NobodyAccess::Local && local)) {
             verdict = {LoginOk, {}, {}};
-            verdict.user.name = kNobody;
+            verdict.user.name = platform::kNobody;
         }
         return true;
     }
-    const std::optional<UserRecord> user = m_users.Find(request.user, &hash);
-    if (user && MayComeFrom(*user, pending.address)) {
+    const std::optional<platform::UserRecord> user = m_users.Find(request.user, &hash);
+    if (user && platform::MayComeFrom(*user, pending.address)) {
         verdict.user = *user;
     } else {
         hash = m_strOtherHash;
@@ -77,7 +79,7 @@ LoginVerdict LoginDesk::Conclude(const Pending& pending, LoginVerdict verdict, b
     return verdict;
 }
 
-void LoginDesk::Check(LoginRequest request, std::string address, Done done) {
+void LoginDesk::Check(vantrel::LoginRequest request, std::string address, Done done) {
     m_arrPending.push_back({std::move(request), std::move(address), std::move(done)});
     Next();
 }
@@ -95,9 +97,9 @@ void LoginDesk::Next() {
         m_fChecking = true;
         if (m_checker.joinable()) m_checker.join();
         m_checker = std::thread([this, open = m_pOpen, pending, verdict, hash] {
-            const bool right = CheckPassword(hash, pending->request.password);
+            const bool right = platform::CheckPassword(hash, pending->request.password);
             m_loop.Post([this, open, pending, verdict, right] {
-                WipePassword(pending->request.password);
+                platform::WipePassword(pending->request.password);
                 if (!*open) return;
                 m_fChecking = false;
                 pending->done(Conclude(*pending, verdict, right));
@@ -107,4 +109,4 @@ void LoginDesk::Next() {
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

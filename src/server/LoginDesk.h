@@ -16,7 +16,7 @@
 #include "server/LoginGate.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 enum LoginCode : std::uint8_t {
     LoginOk = 0,
@@ -27,8 +27,8 @@ enum LoginCode : std::uint8_t {
 
 struct LoginVerdict {
     std::uint8_t code = LoginWrong;
-    std::string text;  // for the client, why not
-    UserRecord user;   // with code 0
+    std::string text;           // for the client, why not
+    platform::UserRecord user;  // with code 0
 };
 
 class LoginDesk {
@@ -37,8 +37,9 @@ class LoginDesk {
 
     // All outlive the desk. The cost is the one of the users' passwords: a user who is not there
     // takes as long as one who is.
-    LoginDesk(const UserStore& users, const Clock& clock, const Translator& translator,
-              MainLoop& loop, PasswordCost cost);
+    LoginDesk(const platform::UserStore& users, const platform::Clock& clock,
+              const platform::Translator& translator, platform::MainLoop& loop,
+              platform::PasswordCost cost);
     ~LoginDesk();
     LoginDesk(const LoginDesk&) = delete;
     LoginDesk& operator=(const LoginDesk&) = delete;
@@ -47,11 +48,11 @@ class LoginDesk {
 
     // `done` is called when it is decided, from within the call or later; not at all once the desk
     // is gone. The user who is "NOBODY", or nameless, and has no password is nobody.
-    void Check(LoginRequest request, std::string address, Done done);
+    void Check(vantrel::LoginRequest request, std::string address, Done done);
 
   private:
     struct Pending {
-        LoginRequest request;
+        vantrel::LoginRequest request;
         std::string address;
         Done done;
     };
@@ -61,10 +62,10 @@ class LoginDesk {
     LoginVerdict Conclude(const Pending& pending, LoginVerdict verdict, bool right);
     void Next();
 
-    const UserStore& m_users;
-    const Clock& m_clock;
-    const Translator& m_translator;
-    MainLoop& m_loop;
+    const platform::UserStore& m_users;
+    const platform::Clock& m_clock;
+    const platform::Translator& m_translator;
+    platform::MainLoop& m_loop;
     NobodyAccess m_eNobody = NobodyAccess::Never;
     std::string m_strOtherHash;  // checked in place of the one of a user who is not there
     LoginGate m_gate;
@@ -74,4 +75,4 @@ class LoginDesk {
     std::thread m_checker;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -4,7 +4,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -14,7 +14,7 @@ constexpr std::int64_t kForgotten = 600;
 constexpr std::size_t kMostRecords = 10000;
 
 std::string KeyOf(std::string_view address, std::string_view user) {
-    return address.empty() ? "@" + ToUpper(user) : std::string(address);
+    return address.empty() ? "@" + text::ToUpper(user) : std::string(address);
 }
 
 }  // namespace
@@ -51,4 +51,4 @@ void LoginGate::OnSuccess(std::string_view address, std::string_view user) {
     m_mapRecords.erase(KeyOf(address, user));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::server {
 
 class LoginGate {
   public:
@@ -30,4 +30,4 @@ class LoginGate {
     std::map<std::string, Record, std::less<>> m_mapRecords;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -5,13 +5,13 @@
 
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
-CVal NoValue() {
-    CVal value;
-    value.SetStatus(Status::Unknown);
+value::CVal NoValue() {
+    value::CVal value;
+    value.SetStatus(value::Status::Unknown);
     return value;
 }
 
@@ -21,8 +21,8 @@ bool IsBounded(const VariableConfig& config, double number) {
 }
 
 // A value of the variable's type, or none.
-CVal InitialValue(const VariableConfig& config, std::int64_t now) {
-    CVal value(config.initial);
+value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
+    value::CVal value(config.initial);
     if (config.initial.empty() || !value.Cast(config.type)) return NoValue();
     value.SetTime(now);
     return value;
@@ -42,7 +42,7 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
         variable.config = config;
         variable.id = store.Register(config.name);
         variable.rule = rights.RuleFor(config.name);
-        std::optional<CVal> last;
+        std::optional<value::CVal> last;
         const auto known = names.find(config.name);
         if (known != names.end()) {
             PlantVariable& old = before[known->second];
@@ -52,10 +52,11 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
         } else {
             last = store.LastValue(variable.id);
         }
-        const bool hasLast = last && last->GetType() != ValueType::None;
+        const bool hasLast = last && last->GetType() != value::ValueType::None;
         if (hasLast && last->Cast(config.type)) {
             variable.value = std::move(*last);
-        } else if (CVal value = InitialValue(config, now); value.GetType() != ValueType::None) {
+        } else if (value::CVal value = InitialValue(config, now);
+                   value.GetType() != value::ValueType::None) {
             SetValue(m_arrVariables.size() - 1, std::move(value));
         } else {
             variable.value = std::move(value);
@@ -80,9 +81,9 @@ void Plant::Step(std::int64_t now) {
         if (!variable.config.signal) continue;
         variable.generated = variable.config.signal->ValueAt(now, variable.generated, elapsed,
                                                              NextRandom(m_nRandom));
-        CVal value(*variable.generated);
+        value::CVal value(*variable.generated);
         value.Cast(variable.config.type);
-        const CVal& old = variable.value;
+        const value::CVal& old = variable.value;
         const bool same = old.GetStatus() == 0 && old.GetType() == value.GetType() && old == value;
         if (same) continue;
         value.SetTime(now);
@@ -90,7 +91,7 @@ void Plant::Step(std::int64_t now) {
     }
 }
 
-void Plant::SetValue(std::size_t index, CVal value) {
+void Plant::SetValue(std::size_t index, value::CVal value) {
     PlantVariable& variable = m_arrVariables[index];
     variable.value = std::move(value);
     variable.saved = false;
@@ -104,29 +105,30 @@ std::vector<std::size_t> Plant::TakeChanges() {
     return std::exchange(m_arrChanged, {});
 }
 
-VariableDefinition DefinitionOf(const VariableConfig& config) {
-    VariableDefinition definition;
+vantrel::VariableDefinition DefinitionOf(const VariableConfig& config) {
+    vantrel::VariableDefinition definition;
     definition.name = config.name;
     definition.attributes.assign(config.attributes.begin(), config.attributes.end());
     return definition;
 }
 
-bool ConvertWritten(const VariableConfig& config, ValueKind kind, CVal& value) {
-    const bool isReport = IsReport(kind);
+bool ConvertWritten(const VariableConfig& config, value::ValueKind kind, value::CVal& value) {
+    const bool isReport = value::IsReport(kind);
     const std::uint16_t type = value.GetType();
-    if (type == ValueType::None) {
-        value.AddStatus(Status::Unknown);
-        return kind != KindCurrent;
+    if (type == value::ValueType::None) {
+        value.AddStatus(value::Status::Unknown);
+        return kind != value::KindCurrent;
     }
-    if (!value.IsText() && type != ValueType::Double && !ValueType::IsInteger(type)) return false;
-    if (config.type == ValueType::Text) {
-        return value.Cast(ValueType::Text) && value.Text().size() <= kLongestText;
+    if (!value.IsText() && type != value::ValueType::Double && !value::ValueType::IsInteger(type))
+        return false;
+    if (config.type == value::ValueType::Text) {
+        return value.Cast(value::ValueType::Text) && value.Text().size() <= kLongestText;
     }
     const bool keepsType = isReport && !value.IsText();
-    if (!keepsType && !value.Cast(isReport ? ValueType::Double : config.type)) return false;
+    if (!keepsType && !value.Cast(isReport ? value::ValueType::Double : config.type)) return false;
     double number = 0;
-    return value.GetValData(ValueType::Double, &number) && std::isfinite(number) &&
+    return value.GetValData(value::ValueType::Double, &number) && std::isfinite(number) &&
            (isReport || IsBounded(config, number));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

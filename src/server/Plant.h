@@ -15,21 +15,21 @@
 #include "server/Store.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 class Session;
 
 struct PlantVariable {
     struct Subscriber {
         Session* session;
-        VariableHandle handle;
+        vantrel::VariableHandle handle;
     };
 
     VariableConfig config;
     VariableId id = 0;     // in the store
     std::size_t rule = 0;  // of the rights
     // Of the variable's type, or without content and UNKNOWN while there is none.
-    CVal value;
+    value::CVal value;
     std::optional<double> generated;  // what the signal has come to, uncut by the type
     bool changed = false;             // since the changes were last taken
     bool saved = true;
@@ -54,7 +54,7 @@ class Plant {
     void Step(std::int64_t now);
 
     // Sets a current value as it stands.
-    void SetValue(std::size_t index, CVal value);
+    void SetValue(std::size_t index, value::CVal value);
 
     // The variables whose values have been set since the last call, each once.
     std::vector<std::size_t> TakeChanges();
@@ -68,12 +68,12 @@ class Plant {
 };
 
 // What a client is told of the variable.
-VariableDefinition DefinitionOf(const VariableConfig& config);
+vantrel::VariableDefinition DefinitionOf(const VariableConfig& config);
 
 // Turns what a client writes into a value of the variable: of its type for a current or archive
 // value, of any number's type for a report of a numeric variable. Status and time stay. False when
 // the value does not read as the type, is not finite, is outside the bounds, is too long, or, for a
 // current value, has no content.
-bool ConvertWritten(const VariableConfig& config, ValueKind kind, CVal& value);
+bool ConvertWritten(const VariableConfig& config, value::ValueKind kind, value::CVal& value);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -6,11 +6,11 @@
 #include "value/LocalTime.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
-constexpr const char* kBusy = Translatable("zbyt wiele danych czeka na zapis");
+constexpr const char* kBusy = platform::Translatable("zbyt wiele danych czeka na zapis");
 constexpr const char* kAlive = "alive";
 
 }  // namespace
@@ -21,12 +21,14 @@ void Recorder::Begin(std::int64_t now) {
     if (!alive || *alive + 1 >= now) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
-        if ((variable.config.archive & (ArchiveBit::Changes | ArchiveBit::Samples)) == 0) continue;
+        if ((variable.config.archive &
+             (vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples)) == 0)
+            continue;
         m_arrPending.emplace_back(MarkGap{variable.id, *alive + 1});
-        if (variable.value.GetType() == ValueType::None) continue;
-        CVal value = variable.value;
+        if (variable.value.GetType() == value::ValueType::None) continue;
+        value::CVal value = variable.value;
         value.SetTime(now);
-        m_arrPending.emplace_back(PutValue{variable.id, KindArchive, now, std::move(value)});
+        m_arrPending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
     }
     Submit();
 }
@@ -34,9 +36,9 @@ void Recorder::Begin(std::int64_t now) {
 void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
     for (const std::size_t index : changed) {
         const PlantVariable& variable = m_plant.At(index);
-        if ((variable.config.archive & ArchiveBit::Changes) == 0) continue;
+        if ((variable.config.archive & vantrel::ArchiveBit::Changes) == 0) continue;
         m_arrPending.emplace_back(
-            PutValue{variable.id, KindArchive, variable.value.GetTime(), variable.value});
+            PutValue{variable.id, value::KindArchive, variable.value.GetTime(), variable.value});
     }
 }
 
@@ -66,8 +68,8 @@ void Recorder::AddSamples(std::int64_t period, std::int64_t now) {
     if (!due) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
-        if ((variable.config.archive & ArchiveBit::Samples) == 0) continue;
-        m_arrPending.emplace_back(PutValue{variable.id, KindArchive, now, variable.value});
+        if ((variable.config.archive & vantrel::ArchiveBit::Samples) == 0) continue;
+        m_arrPending.emplace_back(PutValue{variable.id, value::KindArchive, now, variable.value});
     }
 }
 
@@ -96,12 +98,12 @@ void Recorder::Submit() {
 void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {
     if (keepDays == 0 || m_plant.Size() == 0) return;
     std::vector<StoreOperation> operations;
-    for (std::size_t count = m_plant.Size() / kSecondsPerHour + 1; count > 0; --count) {
+    for (std::size_t count = m_plant.Size() / value::kSecondsPerHour + 1; count > 0; --count) {
         m_nNextRemoval = (m_nNextRemoval + 1) % m_plant.Size();
         operations.emplace_back(
-            RemoveArchive{m_plant.At(m_nNextRemoval).id, now - keepDays * kSecondsPerDay});
+            RemoveArchive{m_plant.At(m_nNextRemoval).id, now - keepDays * value::kSecondsPerDay});
     }
     m_store.Submit(std::move(operations), Store::Urgency::Background, {});
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -10,13 +10,13 @@
 #include "server/Plant.h"
 #include "server/Store.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 class Recorder {
   public:
     // All outlive the recorder. `done` hears of each transaction, and of what the store was too
     // busy to take as of one that failed.
-    Recorder(Plant& plant, Store& store, const Translator& translator, Store::Done done)
+    Recorder(Plant& plant, Store& store, const platform::Translator& translator, Store::Done done)
         : m_plant(plant), m_store(store), m_translator(translator), m_done(std::move(done)) {}
 
     // Marks the time since the server was last alive in the archives. Before the first step.
@@ -39,7 +39,7 @@ class Recorder {
 
     Plant& m_plant;
     Store& m_store;
-    const Translator& m_translator;
+    const platform::Translator& m_translator;
     Store::Done m_done;
     std::vector<StoreOperation> m_arrPending;
     bool m_fSaveAll = false;                    // after a failed transaction
@@ -48,4 +48,4 @@ class Recorder {
     std::int64_t m_tLastSave = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -6,7 +6,7 @@
 
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -22,9 +22,9 @@ constexpr RuleRow kRules[] = {
 };
 
 // Bits that speak of the single value and not of what is computed from it.
-constexpr std::uint16_t kOwnBits = Status::Unknown | Status::SetByDevice | Status::SetByUser |
-                                   Status::ReportLoaded | Status::ReportInited |
-                                   Status::Supervisory;
+constexpr std::uint16_t kOwnBits = value::Status::Unknown | value::Status::SetByDevice |
+                                   value::Status::SetByUser | value::Status::ReportLoaded |
+                                   value::Status::ReportInited | value::Status::Supervisory;
 
 // Gathers what goes into one report.
 class Computing {
@@ -33,18 +33,18 @@ class Computing {
         m_total += amount;
         m_fKnown = true;
     }
-    void AddStatus(const CVal& value) { m_nStatus |= value.GetStatus() & ~kOwnBits; }
+    void AddStatus(const value::CVal& value) { m_nStatus |= value.GetStatus() & ~kOwnBits; }
     void MissPart() { m_fComplete = false; }
 
     // `divisor` is 1 for a total.
-    CVal Result(double divisor) const {
-        CVal result = m_fKnown ? CVal(m_total / divisor) : CVal();
+    value::CVal Result(double divisor) const {
+        value::CVal result = m_fKnown ? value::CVal(m_total / divisor) : value::CVal();
         result.SetStatus(m_nStatus);
-        result.AddStatus(Status::ReportLoaded);
+        result.AddStatus(value::Status::ReportLoaded);
         if (!m_fKnown) {
-            result.AddStatus(Status::Unknown);
+            result.AddStatus(value::Status::Unknown);
         } else if (!m_fComplete) {
-            result.AddStatus(Status::CalculateError);
+            result.AddStatus(value::Status::CalculateError);
         }
         return result;
     }
@@ -56,11 +56,11 @@ class Computing {
     bool m_fComplete = true;
 };
 
-CVal MeanOfArchive(const TimeSpan& span, const std::optional<CVal>& before,
-                   const std::vector<CVal>& inside) {
+value::CVal MeanOfArchive(const TimeSpan& span, const std::optional<value::CVal>& before,
+                          const std::vector<value::CVal>& inside) {
     Computing computing;
     double seconds = 0;
-    const auto stand = [&](const CVal& value, std::int64_t from, std::int64_t to) {
+    const auto stand = [&](const value::CVal& value, std::int64_t from, std::int64_t to) {
         if (to <= from) return;
         computing.AddStatus(value);
         double number;
@@ -86,9 +86,9 @@ CVal MeanOfArchive(const TimeSpan& span, const std::optional<CVal>& before,
     return computing.Result(seconds);
 }
 
-CVal SumOfArchive(const std::vector<CVal>& inside) {
+value::CVal SumOfArchive(const std::vector<value::CVal>& inside) {
     Computing computing;
-    for (const CVal& value : inside) {
+    for (const value::CVal& value : inside) {
         computing.AddStatus(value);
         double number;
         if (IsKnownNumber(value, number)) {
@@ -100,12 +100,13 @@ CVal SumOfArchive(const std::vector<CVal>& inside) {
     return computing.Result(1);
 }
 
-CVal IncreaseInArchive(const std::optional<CVal>& before, const std::vector<CVal>& inside) {
+value::CVal IncreaseInArchive(const std::optional<value::CVal>& before,
+                              const std::vector<value::CVal>& inside) {
     Computing computing;
     double last = 0;
     bool begun = before && IsKnownNumber(*before, last);
     if (!begun) computing.MissPart();
-    for (const CVal& value : inside) {
+    for (const value::CVal& value : inside) {
         computing.AddStatus(value);
         double reading;
         if (!IsKnownNumber(value, reading)) continue;
@@ -125,17 +126,19 @@ std::optional<ReportRule> ReportRuleFromWord(std::string_view word) {
     return std::nullopt;
 }
 
-bool IsKnownNumber(const CVal& value, double& number) {
-    if ((value.GetStatus() & Status::Unknown) != 0 || value.GetType() == ValueType::None) {
+bool IsKnownNumber(const value::CVal& value, double& number) {
+    if ((value.GetStatus() & value::Status::Unknown) != 0 ||
+        value.GetType() == value::ValueType::None) {
         return false;
     }
-    CVal copy = value;
-    return copy.Cast(ValueType::Double) && copy.GetValData(ValueType::Double, &number) &&
-           std::isfinite(number);
+    value::CVal copy = value;
+    return copy.Cast(value::ValueType::Double) &&
+           copy.GetValData(value::ValueType::Double, &number) && std::isfinite(number);
 }
 
-CVal ComputeFromArchive(ReportRule rule, const TimeSpan& span, const std::optional<CVal>& before,
-                        const std::vector<CVal>& inside) {
+value::CVal ComputeFromArchive(ReportRule rule, const TimeSpan& span,
+                               const std::optional<value::CVal>& before,
+                               const std::vector<value::CVal>& inside) {
     switch (rule) {
         case ReportRule::Mean:
             return MeanOfArchive(span, before, inside);
@@ -146,7 +149,7 @@ CVal ComputeFromArchive(ReportRule rule, const TimeSpan& span, const std::option
     }
 }
 
-CVal ComputeFromReports(ReportRule rule, const std::vector<ReportPart>& parts) {
+value::CVal ComputeFromReports(ReportRule rule, const std::vector<ReportPart>& parts) {
     Computing computing;
     double seconds = 0;
     for (const ReportPart& part : parts) {
@@ -163,4 +166,4 @@ CVal ComputeFromReports(ReportRule rule, const std::vector<ReportPart>& parts) {
     return computing.Result(rule == ReportRule::Mean ? seconds : 1);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -2,60 +2,60 @@
 
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
 // The instant at which the calendar day that begins at `day` becomes the day of reports.
 std::int64_t DayBegin(std::int64_t day, int dayStart) {
     std::tm at;
-    if (!LocalCalendar(day, at)) return day;
-    return MakeLocalTime({at.tm_year + 1900, at.tm_mon + 1, at.tm_mday, dayStart});
+    if (!value::LocalCalendar(day, at)) return day;
+    return value::MakeLocalTime({at.tm_year + 1900, at.tm_mon + 1, at.tm_mday, dayStart});
 }
 
 }  // namespace
 
-std::int64_t ReportTime(ValueKind kind, std::int64_t time) {
+std::int64_t ReportTime(value::ValueKind kind, std::int64_t time) {
     switch (kind) {
-        case KindHour:
-            return GetFirstLocalHourTime(time);
-        case KindDay:
-            return GetFirstLocalDayTime(time);
-        case KindMonth:
-            return GetFirstLocalMonthTime(time);
+        case value::KindHour:
+            return value::GetFirstLocalHourTime(time);
+        case value::KindDay:
+            return value::GetFirstLocalDayTime(time);
+        case value::KindMonth:
+            return value::GetFirstLocalMonthTime(time);
         default:
             return time;
     }
 }
 
-std::int64_t NextReportTime(ValueKind kind, std::int64_t reportTime) {
+std::int64_t NextReportTime(value::ValueKind kind, std::int64_t reportTime) {
     switch (kind) {
-        case KindHour:
-            return GetLastLocalHourTime(reportTime) + 1;
-        case KindDay:
-            return GetLastLocalDayTime(reportTime) + 1;
+        case value::KindHour:
+            return value::GetLastLocalHourTime(reportTime) + 1;
+        case value::KindDay:
+            return value::GetLastLocalDayTime(reportTime) + 1;
         default:
-            return GetLastLocalMonthTime(reportTime) + 1;
+            return value::GetLastLocalMonthTime(reportTime) + 1;
     }
 }
 
-TimeSpan CoveredSpan(ValueKind kind, std::int64_t reportTime, int dayStart) {
+TimeSpan CoveredSpan(value::ValueKind kind, std::int64_t reportTime, int dayStart) {
     const std::int64_t next = NextReportTime(kind, reportTime);
-    if (kind == KindHour) return {reportTime, next};
+    if (kind == value::KindHour) return {reportTime, next};
     return {DayBegin(reportTime, dayStart), DayBegin(next, dayStart)};
 }
 
-std::int64_t CoveringReport(ValueKind kind, std::int64_t instant, int dayStart) {
+std::int64_t CoveringReport(value::ValueKind kind, std::int64_t instant, int dayStart) {
     const std::int64_t time = ReportTime(kind, instant);
     if (CoveredSpan(kind, time, dayStart).begin <= instant) return time;
     return ReportTime(kind, time - 1);
 }
 
-std::vector<std::int64_t> PartsOf(ValueKind kind, std::int64_t reportTime, int dayStart) {
-    const ValueKind part = kind == KindMonth ? KindDay : KindHour;
+std::vector<std::int64_t> PartsOf(value::ValueKind kind, std::int64_t reportTime, int dayStart) {
+    const value::ValueKind part = kind == value::KindMonth ? value::KindDay : value::KindHour;
     std::vector<std::int64_t> parts;
-    if (kind == KindMonth) {
-        const std::int64_t next = NextReportTime(KindMonth, reportTime);
+    if (kind == value::KindMonth) {
+        const std::int64_t next = NextReportTime(value::KindMonth, reportTime);
         for (std::int64_t day = reportTime; day < next; day = NextReportTime(part, day)) {
             parts.push_back(day);
         }
@@ -68,4 +68,4 @@ std::vector<std::int64_t> PartsOf(ValueKind kind, std::int64_t reportTime, int d
     return parts;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -8,7 +8,7 @@
 
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 // From `begin` on, before `end`.
 struct TimeSpan {
@@ -20,19 +20,19 @@ struct TimeSpan {
 
 // The name of the report that any time within the period stands for; the time itself for span
 // reports and the archive.
-std::int64_t ReportTime(ValueKind kind, std::int64_t time);
+std::int64_t ReportTime(value::ValueKind kind, std::int64_t time);
 
 // The name of the next hour, day or month report.
-std::int64_t NextReportTime(ValueKind kind, std::int64_t reportTime);
+std::int64_t NextReportTime(value::ValueKind kind, std::int64_t reportTime);
 
 // What the hour, day or month report of that name covers when days begin at `dayStart` o'clock. A
 // reading that the clocks leave out on that day begins where they go on.
-TimeSpan CoveredSpan(ValueKind kind, std::int64_t reportTime, int dayStart);
+TimeSpan CoveredSpan(value::ValueKind kind, std::int64_t reportTime, int dayStart);
 
 // The name of the hour, day or month report that covers the instant.
-std::int64_t CoveringReport(ValueKind kind, std::int64_t instant, int dayStart);
+std::int64_t CoveringReport(value::ValueKind kind, std::int64_t instant, int dayStart);
 
 // The reports from which the day or month report of that name is computed: hours or days.
-std::vector<std::int64_t> PartsOf(ValueKind kind, std::int64_t reportTime, int dayStart);
+std::vector<std::int64_t> PartsOf(value::ValueKind kind, std::int64_t reportTime, int dayStart);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -5,7 +5,7 @@
 
 #include "text/PatternMatch.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 Rights::Rights(std::vector<AccessRule> rules) : m_arrRules(std::move(rules)) {
     m_arrRules.emplace_back();
@@ -14,20 +14,21 @@ Rights::Rights(std::vector<AccessRule> rules) : m_arrRules(std::move(rules)) {
 std::size_t Rights::RuleFor(std::string_view variable) const {
     const auto rule =
         std::find_if(m_arrRules.begin(), m_arrRules.end(), [variable](const AccessRule& candidate) {
-            return CompareWithPattern(variable, candidate.variables,
-                                      PatternOption::Wildcards | PatternOption::Whole);
+            return text::CompareWithPattern(
+                variable, candidate.variables,
+                text::PatternOption::Wildcards | text::PatternOption::Whole);
         });
     return static_cast<std::size_t>(rule - m_arrRules.begin());
 }
 
-std::vector<Rights::Granted> Rights::GrantedTo(const UserRecord& user,
+std::vector<Rights::Granted> Rights::GrantedTo(const platform::UserRecord& user,
                                                std::string_view address) const {
     std::vector<Granted> granted;
     for (const AccessRule& rule : m_arrRules) {
-        granted.push_back(
-            {HasRight(user, rule.read, address), HasRight(user, rule.write, address)});
+        granted.push_back({platform::HasRight(user, rule.read, address),
+                           platform::HasRight(user, rule.write, address)});
     }
     return granted;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

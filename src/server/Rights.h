@@ -8,7 +8,7 @@
 #include "platform/UserDirectory.h"
 #include "server/Definitions.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 class Rights {
   public:
@@ -24,10 +24,11 @@ class Rights {
     };
 
     // What the user, coming from that address, may do under each rule.
-    std::vector<Granted> GrantedTo(const UserRecord& user, std::string_view address) const;
+    std::vector<Granted> GrantedTo(const platform::UserRecord& user,
+                                   std::string_view address) const;
 
   private:
     std::vector<AccessRule> m_arrRules;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -9,27 +9,29 @@
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
 constexpr std::size_t kLogLines = 1000;
 constexpr std::int64_t kLoginTime = 30;  // seconds until a client has to have logged in
 
-constexpr const char* kStarted = Translatable("Uruchomienie serwera %s");
-constexpr const char* kStopped = Translatable("Zatrzymanie serwera %s");
-constexpr const char* kTaken = Translatable("używa go już inny serwer");
-constexpr const char* kUnchanged = Translatable("Konfiguracja bez zmian");
+constexpr const char* kStarted = platform::Translatable("Uruchomienie serwera %s");
+constexpr const char* kStopped = platform::Translatable("Zatrzymanie serwera %s");
+constexpr const char* kTaken = platform::Translatable("używa go już inny serwer");
+constexpr const char* kUnchanged = platform::Translatable("Konfiguracja bez zmian");
 constexpr const char* kNextStart =
-    Translatable("%s: zmiana zadziała po ponownym uruchomieniu serwera");
-constexpr const char* kReloaded = Translatable("Konfiguracja odczytana ponownie");
-constexpr const char* kManyClients = Translatable("Zbyt wielu klientów, odrzucono połączenie");
-constexpr const char* kNotStored = Translatable("Błąd zapisu danych (%s)");
+    platform::Translatable("%s: zmiana zadziała po ponownym uruchomieniu serwera");
+constexpr const char* kReloaded = platform::Translatable("Konfiguracja odczytana ponownie");
+constexpr const char* kManyClients =
+    platform::Translatable("Zbyt wielu klientów, odrzucono połączenie");
+constexpr const char* kNotStored = platform::Translatable("Błąd zapisu danych (%s)");
 
 }  // namespace
 
-Server::Server(const Clock& clock, LogSink& log, const Translator& translator, MainLoop& loop,
-               PasswordCost cost)
+Server::Server(const platform::Clock& clock, platform::LogSink& log,
+               const platform::Translator& translator, platform::MainLoop& loop,
+               platform::PasswordCost cost)
     : m_clock(clock),
       m_log(log),
       m_translator(translator),
@@ -51,7 +53,7 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     Define();
     m_recorder.Begin(m_clock.Now());
     m_fStarted = true;
-    Log(kStarted, {m_definitions.name}, LogAlways);
+    Log(kStarted, {m_definitions.name}, platform::LogAlways);
     return true;
 }
 
@@ -62,17 +64,18 @@ bool Server::OpenFiles(std::vector<std::string>& errors) {
     bool taken = false;
     std::string error;
     if (!m_lock.Acquire(folder + "/lock", taken, error)) {
-        errors.push_back(folder + ": " + (taken ? ToUtf8(m_translator.Translate(kTaken)) : error));
+        errors.push_back(folder + ": " +
+                         (taken ? text::ToUtf8(m_translator.Translate(kTaken)) : error));
         return false;
     }
-    Notice fault;
+    platform::Notice fault;
     if (!m_store.Open(folder + "/store.sqlite", fault)) {
-        errors.push_back(InWords(fault, m_translator));
+        errors.push_back(platform::InWords(fault, m_translator));
         return false;
     }
     if (!m_users.Open(m_definitions.usersFile, error)) {
-        const std::string reason = m_translator.Translate(ToUtf8(error).c_str());
-        errors.push_back(m_definitions.usersFile + ": " + ToUtf8(reason));
+        const std::string reason = m_translator.Translate(text::ToUtf8(error).c_str());
+        errors.push_back(m_definitions.usersFile + ": " + text::ToUtf8(reason));
         return false;
     }
     return true;
@@ -91,17 +94,17 @@ void Server::Reload() {
     Definitions definitions;
     std::vector<std::string> errors;
     if (!LoadDefinitions(m_strConfiguration, m_translator, definitions, errors)) {
-        for (const std::string& error : errors) Log(FromUtf8(error), LogErrors);
-        Log(kUnchanged, {}, LogErrors);
+        for (const std::string& error : errors) Log(text::FromUtf8(error), platform::LogErrors);
+        Log(kUnchanged, {}, platform::LogErrors);
         return;
     }
     for (const std::string& key : KeepUntilNextStart(m_definitions, definitions)) {
-        Log(kNextStart, {key}, LogErrors);
+        Log(kNextStart, {key}, platform::LogErrors);
     }
     Distribute();
     m_definitions = std::move(definitions);
     Define();
-    Log(kReloaded, {}, LogEvents);
+    Log(kReloaded, {}, platform::LogEvents);
 }
 
 void Server::Tick() {
@@ -124,7 +127,7 @@ void Server::Stop() {
     Distribute();
     m_recorder.End(m_clock.Now());
     m_store.Close();
-    Log(kStopped, {m_definitions.name}, LogAlways);
+    Log(kStopped, {m_definitions.name}, platform::LogAlways);
 }
 
 void Server::Distribute() {
@@ -140,9 +143,9 @@ void Server::Distribute() {
 
 // ---- sessions
 
-std::unique_ptr<ServerSession> Server::Accept(ServerLink& link) {
+std::unique_ptr<vantrel::ServerSession> Server::Accept(vantrel::ServerLink& link) {
     if (m_mapSessions.size() >= static_cast<std::size_t>(m_definitions.maxClients)) {
-        Log(kManyClients, {}, LogErrors);
+        Log(kManyClients, {}, platform::LogErrors);
         return nullptr;
     }
     auto session = std::make_unique<Session>(*this, link, ++m_nLastSession);
@@ -159,7 +162,7 @@ void Server::Forget(const Session& session) {
     m_mapSessions.erase(session.Number());
 }
 
-void Server::ListVariables(LoginRequest login, std::string address, ListAnswer answer) {
+void Server::ListVariables(vantrel::LoginRequest login, std::string address, ListAnswer answer) {
     const std::string user = login.user;
     const std::string client = ClientText(login.clientName, address);
     m_logins->Check(std::move(login), address,
@@ -170,10 +173,10 @@ void Server::ListVariables(LoginRequest login, std::string address, ListAnswer a
                     });
 }
 
-std::vector<VariableDefinition> Server::DefinitionsFor(const UserRecord& user,
-                                                       const std::string& address) const {
+std::vector<vantrel::VariableDefinition> Server::DefinitionsFor(const platform::UserRecord& user,
+                                                                const std::string& address) const {
     const std::vector<Rights::Granted> granted = m_rights.GrantedTo(user, address);
-    std::vector<VariableDefinition> list;
+    std::vector<vantrel::VariableDefinition> list;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
         if (granted[variable.rule].read) list.push_back(DefinitionOf(variable.config));
@@ -193,16 +196,16 @@ void Server::Log(const std::string& text, int level) {
 }
 
 void Server::Log(const char* polish, std::initializer_list<std::string_view> values, int level) {
-    Log(FormatText(m_translator.Translate(polish), values), level);
+    Log(text::FormatText(m_translator.Translate(polish), values), level);
 }
 
 void Server::LogLogin(const LoginVerdict& verdict, std::string_view user,
                       const std::string& client) {
     Log(LoginLine(verdict, user, client, m_translator),
-        verdict.code == LoginOk ? LogEvents : LogErrors);
+        verdict.code == LoginOk ? platform::LogEvents : platform::LogErrors);
 }
 
-std::deque<LogMessage> Server::LastMessages(std::size_t count) const {
+std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {
     const std::size_t first = m_arrLastMessages.size() - std::min(count, m_arrLastMessages.size());
     return {m_arrLastMessages.begin() + static_cast<std::ptrdiff_t>(first),
             m_arrLastMessages.end()};
@@ -213,8 +216,8 @@ void Server::OnOutcome(const StoreOutcome& outcome) {
         m_fFailureTold = false;
         m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
     } else if (!std::exchange(m_fFailureTold, true)) {
-        Log(kNotStored, {outcome.error}, LogErrors);
+        Log(kNotStored, {outcome.error}, platform::LogErrors);
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -29,15 +29,16 @@
 #include "server/Store.h"
 #include "vantrel/Transport.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 class Session;
 
-class Server final : public SessionAcceptor {
+class Server final : public vantrel::SessionAcceptor {
   public:
     // All outlive the server. The cost is that of the users' passwords.
-    Server(const Clock& clock, LogSink& log, const Translator& translator, MainLoop& loop,
-           PasswordCost cost = PasswordCost::Interactive);
+    Server(const platform::Clock& clock, platform::LogSink& log,
+           const platform::Translator& translator, platform::MainLoop& loop,
+           platform::PasswordCost cost = platform::PasswordCost::Interactive);
     ~Server() override;
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -60,9 +61,10 @@ class Server final : public SessionAcceptor {
     // ---- for the transport
 
     // The session is counted until it is destroyed; one too many is refused.
-    std::unique_ptr<ServerSession> Accept(ServerLink& link) override;
+    std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override;
 
-    void ListVariables(LoginRequest login, std::string address, ListAnswer answer) override;
+    void ListVariables(vantrel::LoginRequest login, std::string address,
+                       ListAnswer answer) override;
 
     // ---- for the sessions
 
@@ -71,13 +73,13 @@ class Server final : public SessionAcceptor {
     Store& GetStore() { return m_store; }
     LoginDesk& GetLogins() { return *m_logins; }
     const Rights& GetRights() const { return m_rights; }
-    const Translator& GetTranslator() const { return m_translator; }
+    const platform::Translator& GetTranslator() const { return m_translator; }
     void Log(const std::string& text, int level);  // an engine text
     // The translation with the values (engine texts) in its places.
     void Log(const char* polish, std::initializer_list<std::string_view> values, int level);
     // `user` as the client gave it, `client` as the log names it.
     void LogLogin(const LoginVerdict& verdict, std::string_view user, const std::string& client);
-    std::deque<LogMessage> LastMessages(std::size_t count) const;
+    std::deque<vantrel::LogMessage> LastMessages(std::size_t count) const;
 
     // The session of that number, or null when it is gone.
     Session* FindSession(std::uint64_t number) const;
@@ -92,19 +94,19 @@ class Server final : public SessionAcceptor {
   private:
     bool OpenFiles(std::vector<std::string>& errors);
     void Define();
-    std::vector<VariableDefinition> DefinitionsFor(const UserRecord& user,
-                                                   const std::string& address) const;
+    std::vector<vantrel::VariableDefinition> DefinitionsFor(const platform::UserRecord& user,
+                                                            const std::string& address) const;
 
-    const Clock& m_clock;
-    LogSink& m_log;
-    const Translator& m_translator;
-    MainLoop& m_loop;
-    const PasswordCost m_eCost;
+    const platform::Clock& m_clock;
+    platform::LogSink& m_log;
+    const platform::Translator& m_translator;
+    platform::MainLoop& m_loop;
+    const platform::PasswordCost m_eCost;
     std::string m_strConfiguration;
     Definitions m_definitions;
     Rights m_rights;
-    FileLock m_lock;
-    UserStore m_users;
+    platform::FileLock m_lock;
+    platform::UserStore m_users;
     Store m_store;
     std::unique_ptr<LoginDesk> m_logins;
     Plant m_plant;
@@ -113,10 +115,10 @@ class Server final : public SessionAcceptor {
     std::map<std::uint64_t, Session*> m_mapSessions;
     std::uint64_t m_nLastSession = 0;
     ChangedReports m_changedReports;
-    std::deque<LogMessage> m_arrLastMessages;
+    std::deque<vantrel::LogMessage> m_arrLastMessages;
     bool m_fFailureTold = false;  // of the store, until a transaction succeeds
     bool m_fStarted = false;
     std::optional<std::int64_t> m_tLastTick;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -10,7 +10,7 @@
 #include "text/TextFormat.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -20,13 +20,14 @@ constexpr std::size_t kValuesTogether = 1000;
 
 constexpr std::uint16_t kNoVariable = 0;
 
-constexpr const char* kBroken = Translatable("Połączenie z klientem %s zerwane (%s)");
-constexpr const char* kClient = Translatable("Klient %s: %s");
-constexpr const char* kManySubscriptions = Translatable("zbyt wiele subskrybowanych zmiennych");
+constexpr const char* kBroken = platform::Translatable("Połączenie z klientem %s zerwane (%s)");
+constexpr const char* kClient = platform::Translatable("Klient %s: %s");
+constexpr const char* kManySubscriptions =
+    platform::Translatable("zbyt wiele subskrybowanych zmiennych");
 
 }  // namespace
 
-Session::Session(Server& server, ServerLink& link, std::uint64_t number)
+Session::Session(Server& server, vantrel::ServerLink& link, std::uint64_t number)
     : m_server(server), m_link(link), m_nNumber(number), m_tAccepted(server.Now()) {}
 
 Session::~Session() {
@@ -34,15 +35,18 @@ Session::~Session() {
     m_server.Forget(*this);
 }
 
-void Session::OnMessage(ClientMessage message) {
-    if (m_eState != State::LoggedIn && !std::holds_alternative<LoginRequest>(message)) return;
+void Session::OnMessage(vantrel::ClientMessage message) {
+    if (m_eState != State::LoggedIn && !std::holds_alternative<vantrel::LoginRequest>(message))
+        return;
     std::visit([this](auto& content) { Receive(content); }, message);
 }
 
 void Session::OnClosed(std::uint32_t reason) {
-    if (reason == ReasonClientEnded || reason == ReasonServerEnded || !IsLoggedIn()) return;
-    m_server.Log(kBroken, {Peer(), ConnectionReasonText(reason, m_server.GetTranslator())},
-                 LogErrors);
+    if (reason == vantrel::ReasonClientEnded || reason == vantrel::ReasonServerEnded ||
+        !IsLoggedIn())
+        return;
+    m_server.Log(kBroken, {Peer(), vantrel::ConnectionReasonText(reason, m_server.GetTranslator())},
+                 platform::LogErrors);
 }
 
 void Session::OnDrained() {
@@ -55,9 +59,10 @@ std::string Session::Peer() const {
 }
 
 void Session::TellOnce(const char* polish, std::string_view variable) {
-    const std::string text = FormatText(m_server.GetTranslator().Translate(polish), {variable});
+    const std::string text =
+        text::FormatText(m_server.GetTranslator().Translate(polish), {variable});
     if (!m_setTold.insert(text).second) return;
-    m_server.Log(kClient, {Peer(), text}, LogErrors);
+    m_server.Log(kClient, {Peer(), text}, platform::LogErrors);
 }
 
 Rights::Granted Session::RightsTo(std::size_t variable) const {
@@ -66,7 +71,7 @@ Rights::Granted Session::RightsTo(std::size_t variable) const {
 
 // ---- login
 
-void Session::Receive(LoginRequest& message) {
+void Session::Receive(vantrel::LoginRequest& message) {
     if (m_eState != State::New) return;
     m_eState = State::Checking;
     m_strClient = message.clientName.substr(0, kLongestClientName);
@@ -86,33 +91,33 @@ void Session::OnLogin(const LoginVerdict& verdict) {
         m_user = verdict.user;
         m_arrGranted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     }
-    m_link.Send(LoginResult{verdict.code, verdict.text});
+    m_link.Send(vantrel::LoginResult{verdict.code, verdict.text});
 }
 
 void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
     if (IsLoggedIn() || m_fClosing || m_tAccepted >= acceptedBefore) return;
     m_fClosing = true;
-    m_link.Close(ReasonLoginRefused);
+    m_link.Close(vantrel::ReasonLoginRefused);
 }
 
 // ---- subscriptions
 
-void Session::Receive(SubscribeRequest& message) {
+void Session::Receive(vantrel::SubscribeRequest& message) {
     m_nFlags |= message.flags;
-    for (const VariableHandle handle : message.removed) {
+    for (const vantrel::VariableHandle handle : message.removed) {
         const auto found = m_mapSubscriptions.find(handle);
         if (found == m_mapSubscriptions.end()) continue;
         Release(handle, found->second);
         m_mapSubscriptions.erase(found);
     }
     const auto most = 2 * static_cast<std::size_t>(m_server.Settings().maxVariables);
-    std::vector<VariableHandle> added;
-    AccessErrors refused;
-    for (SubscribeRequest::Entry& entry : message.added) {
+    std::vector<vantrel::VariableHandle> added;
+    vantrel::AccessErrors refused;
+    for (vantrel::SubscribeRequest::Entry& entry : message.added) {
         if (entry.handle == 0 || m_mapSubscriptions.count(entry.handle) != 0) continue;
         if (m_mapSubscriptions.size() >= most) {
             TellOnce(kManySubscriptions);
-            refused.entries.push_back({entry.handle, ResultBadRequest});
+            refused.entries.push_back({entry.handle, vantrel::ResultBadRequest});
             continue;
         }
         m_mapSubscriptions[entry.handle].name = std::move(entry.name);
@@ -122,17 +127,17 @@ void Session::Receive(SubscribeRequest& message) {
     if (!message.added.empty()) Answer(added, message.last);
 }
 
-void Session::Answer(const std::vector<VariableHandle>& handles, bool last) {
+void Session::Answer(const std::vector<vantrel::VariableHandle>& handles, bool last) {
     Plant& plant = m_server.GetPlant();
-    AccessErrors errors;
-    std::vector<VariableDefinitions> definitions(1);
-    std::vector<ValueUpdates> values(1);
-    for (const VariableHandle handle : handles) {
+    vantrel::AccessErrors errors;
+    std::vector<vantrel::VariableDefinitions> definitions(1);
+    std::vector<vantrel::ValueUpdates> values(1);
+    for (const vantrel::VariableHandle handle : handles) {
         Subscription& subscription = m_mapSubscriptions[handle];
         const std::size_t index = plant.Find(subscription.name);
         if (index == Plant::kNone || !RightsTo(index).read) {
             std::uint16_t code = kNoVariable;
-            if (index != Plant::kNone) code = ResultNoAccess;
+            if (index != Plant::kNone) code = vantrel::ResultNoAccess;
             errors.entries.push_back({handle, code});
             continue;
         }
@@ -147,19 +152,19 @@ void Session::Answer(const std::vector<VariableHandle>& handles, bool last) {
         values.back().entries.push_back({handle, variable.value});
     }
     if (!errors.entries.empty()) m_link.Send(std::move(errors));
-    for (VariableDefinitions& piece : definitions) {
+    for (vantrel::VariableDefinitions& piece : definitions) {
         if (piece.definitions.empty()) continue;
         piece.last = &piece == &definitions.back();
         m_link.Send(std::move(piece));
     }
     // The last piece is sent even when it is empty: it tells that the answer is complete.
-    for (ValueUpdates& piece : values) {
+    for (vantrel::ValueUpdates& piece : values) {
         piece.last = last && &piece == &values.back();
         m_link.Send(std::move(piece));
     }
 }
 
-void Session::Release(VariableHandle handle, Subscription& subscription) {
+void Session::Release(vantrel::VariableHandle handle, Subscription& subscription) {
     if (subscription.variable == Plant::kNone) return;
     auto& subscribers = m_server.GetPlant().At(subscription.variable).subscribers;
     std::erase_if(subscribers, [this, handle](const PlantVariable::Subscriber& subscriber) {
@@ -171,7 +176,7 @@ void Session::Release(VariableHandle handle, Subscription& subscription) {
 void Session::OnDefine() {
     if (!IsLoggedIn()) return;
     m_arrGranted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
-    std::vector<VariableHandle> handles;
+    std::vector<vantrel::VariableHandle> handles;
     for (auto& [handle, subscription] : m_mapSubscriptions) {
         subscription.variable = Plant::kNone;
         handles.push_back(handle);
@@ -180,7 +185,7 @@ void Session::OnDefine() {
     if (!handles.empty()) Answer(handles, true);
 }
 
-void Session::MarkChanged(VariableHandle handle) {
+void Session::MarkChanged(vantrel::VariableHandle handle) {
     Subscription& subscription = m_mapSubscriptions.at(handle);
     if (subscription.marked) return;
     subscription.marked = true;
@@ -189,8 +194,8 @@ void Session::MarkChanged(VariableHandle handle) {
 
 void Session::SendChanges() {
     std::size_t sent = 0;
-    while (sent < m_arrMarked.size() && m_link.Backlog() < kMostBacklog) {
-        ValueUpdates updates;
+    while (sent < m_arrMarked.size() && m_link.Backlog() < vantrel::kMostBacklog) {
+        vantrel::ValueUpdates updates;
         for (; sent < m_arrMarked.size() && updates.entries.size() < kValuesTogether; ++sent) {
             const auto found = m_mapSubscriptions.find(m_arrMarked[sent]);
             if (found == m_mapSubscriptions.end()) continue;
@@ -207,20 +212,21 @@ void Session::SendChanges() {
 // ---- what the server tells of itself
 
 void Session::SendReportChanges(const ChangedReports& changed) {
-    if (!IsLoggedIn() || (m_nFlags & SubscribeFlag::ReportChanges) == 0) return;
-    for (const auto& [kind, time] : changed) m_link.Send(ReportChange{kind, time});
+    if (!IsLoggedIn() || (m_nFlags & vantrel::SubscribeFlag::ReportChanges) == 0) return;
+    for (const auto& [kind, time] : changed) m_link.Send(vantrel::ReportChange{kind, time});
 }
 
-void Session::SendLog(const LogMessage& message) {
-    const bool wanted = IsLoggedIn() && (m_nFlags & SubscribeFlag::LogMessages) != 0;
-    if (!wanted || m_link.Backlog() >= kMostBacklog) return;
-    if (!HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
+void Session::SendLog(const vantrel::LogMessage& message) {
+    const bool wanted = IsLoggedIn() && (m_nFlags & vantrel::SubscribeFlag::LogMessages) != 0;
+    if (!wanted || m_link.Backlog() >= vantrel::kMostBacklog) return;
+    if (!platform::HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
     m_link.Send(message);
 }
 
-void Session::Receive(LastMessagesRequest& message) {
-    if (!HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
-    for (LogMessage& line : m_server.LastMessages(message.count)) m_link.Send(std::move(line));
+void Session::Receive(vantrel::LastMessagesRequest& message) {
+    if (!platform::HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
+    for (vantrel::LogMessage& line : m_server.LastMessages(message.count))
+        m_link.Send(std::move(line));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

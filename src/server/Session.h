@@ -18,19 +18,19 @@
 #include "vantrel/Codes.h"
 #include "vantrel/Transport.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 class Server;
 
-class Session final : public ServerSession {
+class Session final : public vantrel::ServerSession {
   public:
     // The server outlives the session. The number is given once.
-    Session(Server& server, ServerLink& link, std::uint64_t number);
+    Session(Server& server, vantrel::ServerLink& link, std::uint64_t number);
     ~Session() override;
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    void OnMessage(ClientMessage message) override;
+    void OnMessage(vantrel::ClientMessage message) override;
     void OnClosed(std::uint32_t reason) override;
     void OnDrained() override;
 
@@ -46,11 +46,11 @@ class Session final : public ServerSession {
 
     // The value of a subscribed variable has changed; SendChanges tells the client of all of these,
     // unless it has not taken the last ones yet.
-    void MarkChanged(VariableHandle handle);
+    void MarkChanged(vantrel::VariableHandle handle);
     void SendChanges();
 
     void SendReportChanges(const ChangedReports& changed);
-    void SendLog(const LogMessage& message);
+    void SendLog(const vantrel::LogMessage& message);
 
     // Ends a conversation in which nobody has logged in since.
     void CloseUnlessLoggedIn(std::int64_t acceptedBefore);
@@ -69,51 +69,53 @@ class Session final : public ServerSession {
         bool single = false;  // one report, whose absence is a failure
     };
 
-    void Receive(LoginRequest& message);
-    void Receive(SubscribeRequest& message);
-    void Receive(ReadRequests& message);
-    void Receive(CancelRequests& message);
-    void Receive(ModifyRequests& message);
-    void Receive(ArchiveModifyRequest& message);
-    void Receive(PeriodRequest& message);
-    void Receive(LastMessagesRequest& message);
+    void Receive(vantrel::LoginRequest& message);
+    void Receive(vantrel::SubscribeRequest& message);
+    void Receive(vantrel::ReadRequests& message);
+    void Receive(vantrel::CancelRequests& message);
+    void Receive(vantrel::ModifyRequests& message);
+    void Receive(vantrel::ArchiveModifyRequest& message);
+    void Receive(vantrel::PeriodRequest& message);
+    void Receive(vantrel::LastMessagesRequest& message);
 
     std::string Peer() const;  // the client's name and address for the log
     // To the log, once; the variable is one of the server's, so that the texts stay few.
     void TellOnce(const char* polish, std::string_view variable = {});
     Rights::Granted RightsTo(std::size_t variable) const;
 
-    void Answer(const std::vector<VariableHandle>& handles, bool last);
-    void Release(VariableHandle handle, Subscription& subscription);
+    void Answer(const std::vector<vantrel::VariableHandle>& handles, bool last);
+    void Release(vantrel::VariableHandle handle, Subscription& subscription);
 
-    std::uint16_t StartReading(const ReadRequest& request);
+    std::uint16_t StartReading(const vantrel::ReadRequest& request);
     void ReadNext();
-    void OnPiece(RequestId id, StorePiece piece);
+    void OnPiece(vantrel::RequestId id, StorePiece piece);
 
-    std::uint16_t CheckWrite(ValueKind kind, std::string_view name, std::size_t& variable) const;
-    std::uint16_t PrepareModify(ModifyRequest& request, std::vector<StoreOperation>& operations);
+    std::uint16_t CheckWrite(value::ValueKind kind, std::string_view name,
+                             std::size_t& variable) const;
+    std::uint16_t PrepareModify(vantrel::ModifyRequest& request,
+                                std::vector<StoreOperation>& operations);
     void Correct(std::string_view name);
-    void SubmitWrites(std::vector<StoreOperation> operations, std::vector<RequestId> ids);
+    void SubmitWrites(std::vector<StoreOperation> operations, std::vector<vantrel::RequestId> ids);
 
     Server& m_server;
-    ServerLink& m_link;
+    vantrel::ServerLink& m_link;
     const std::uint64_t m_nNumber;
     std::int64_t m_tAccepted;
     State m_eState = State::New;
     std::string m_strClient;
     std::string m_strUser;  // as it was given
-    UserRecord m_user;
+    platform::UserRecord m_user;
     std::vector<Rights::Granted> m_arrGranted;  // by rule
     std::uint32_t m_nFlags = 0;
     bool m_fClosing = false;
     std::set<std::string> m_setTold;  // refusals that the log has had for this client
 
-    std::unordered_map<VariableHandle, Subscription> m_mapSubscriptions;
-    std::vector<VariableHandle> m_arrMarked;
+    std::unordered_map<vantrel::VariableHandle, Subscription> m_mapSubscriptions;
+    std::vector<vantrel::VariableHandle> m_arrMarked;
 
-    std::map<RequestId, Reading> m_mapReads;
-    std::deque<RequestId> m_arrReadQueue;  // in the order in which pieces are fetched
-    bool m_fReading = false;               // a piece is being fetched
+    std::map<vantrel::RequestId, Reading> m_mapReads;
+    std::deque<vantrel::RequestId> m_arrReadQueue;  // in the order in which pieces are fetched
+    bool m_fReading = false;                        // a piece is being fetched
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -8,7 +8,7 @@
 #include "value/LocalTime.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -16,25 +16,25 @@ constexpr std::size_t kMostReads = 1000;
 constexpr std::size_t kMostArchiveValues = 100000;
 constexpr std::int64_t kPieceValues = 2000;
 
-constexpr const char* kManyReads = Translatable("zbyt wiele odczytów naraz");
-constexpr const char* kManyValues = Translatable("zbyt wiele wartości w jednym zapisie");
-constexpr const char* kRefusedWrite = Translatable("brak prawa do zapisu zmiennej %s");
+constexpr const char* kManyReads = platform::Translatable("zbyt wiele odczytów naraz");
+constexpr const char* kManyValues = platform::Translatable("zbyt wiele wartości w jednym zapisie");
+constexpr const char* kRefusedWrite = platform::Translatable("brak prawa do zapisu zmiennej %s");
 constexpr const char* kRefusedOrder =
-    Translatable("polecenie dla danych raportowych albo archiwalnych odrzucone");
+    platform::Translatable("polecenie dla danych raportowych albo archiwalnych odrzucone");
 
 bool IsTime(std::int64_t time) {
-    return time >= 0 && time <= kLargestTime;
+    return time >= 0 && time <= value::kLargestTime;
 }
 
 }  // namespace
 
 // ---- reads: one piece is fetched at a time, and the requests take turns
 
-void Session::Receive(ReadRequests& message) {
-    for (const ReadRequest& request : message.requests) {
+void Session::Receive(vantrel::ReadRequests& message) {
+    for (const vantrel::ReadRequest& request : message.requests) {
         const std::uint16_t result = StartReading(request);
-        if (result == ResultOk) continue;
-        ReadAnswer answer;
+        if (result == vantrel::ResultOk) continue;
+        vantrel::ReadAnswer answer;
         answer.id = request.id;
         answer.result = result;
         m_link.Send(std::move(answer));
@@ -42,32 +42,32 @@ void Session::Receive(ReadRequests& message) {
     ReadNext();
 }
 
-std::uint16_t Session::StartReading(const ReadRequest& request) {
-    if (request.id == 0 || m_mapReads.count(request.id) != 0) return ResultBadRequest;
-    if (!IsStored(request.kind)) return ResultBadRequest;
+std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
+    if (request.id == 0 || m_mapReads.count(request.id) != 0) return vantrel::ResultBadRequest;
+    if (!value::IsStored(request.kind)) return vantrel::ResultBadRequest;
     if (m_mapReads.size() >= kMostReads) {
         TellOnce(kManyReads);
-        return ResultBadRequest;
+        return vantrel::ResultBadRequest;
     }
     const Plant& plant = m_server.GetPlant();
     const std::size_t index = plant.Find(request.variable);
-    if (index == Plant::kNone) return ResultNothing;
-    if (!RightsTo(index).read) return ResultNoAccess;
+    if (index == Plant::kNone) return vantrel::ResultNothing;
+    if (!RightsTo(index).read) return vantrel::ResultNoAccess;
     Reading reading;
     reading.query = {plant.At(index).id, request.kind, request.from, request.to, kPieceValues};
-    reading.single = IsReport(request.kind) && request.from == request.to;
+    reading.single = value::IsReport(request.kind) && request.from == request.to;
     if (reading.single) {
-        if (!IsTime(request.from)) return ResultBadRequest;
+        if (!IsTime(request.from)) return vantrel::ResultBadRequest;
         reading.query.from = reading.query.to = ReportTime(request.kind, request.from);
     }
     m_mapReads.emplace(request.id, reading);
     m_arrReadQueue.push_back(request.id);
-    return ResultOk;
+    return vantrel::ResultOk;
 }
 
 void Session::ReadNext() {
-    while (!m_fReading && !m_arrReadQueue.empty() && m_link.Backlog() < kMostBacklog) {
-        const RequestId id = m_arrReadQueue.front();
+    while (!m_fReading && !m_arrReadQueue.empty() && m_link.Backlog() < vantrel::kMostBacklog) {
+        const vantrel::RequestId id = m_arrReadQueue.front();
         m_arrReadQueue.pop_front();
         const auto found = m_mapReads.find(id);
         if (found == m_mapReads.end()) continue;
@@ -81,16 +81,16 @@ void Session::ReadNext() {
     }
 }
 
-void Session::OnPiece(RequestId id, StorePiece piece) {
+void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
     m_fReading = false;
     const auto found = m_mapReads.find(id);
     if (found != m_mapReads.end()) {
-        ReadAnswer answer;
+        vantrel::ReadAnswer answer;
         answer.id = id;
         if (!piece.read) {
-            answer.result = ResultServerFault;
+            answer.result = vantrel::ResultServerFault;
         } else if (found->second.single && piece.values.empty()) {
-            answer.result = ResultNothing;
+            answer.result = vantrel::ResultNothing;
         }
         answer.last = !piece.more;
         if (piece.more) {
@@ -105,61 +105,65 @@ void Session::OnPiece(RequestId id, StorePiece piece) {
     ReadNext();
 }
 
-void Session::Receive(CancelRequests& message) {
-    for (const RequestId id : message.ids) {
+void Session::Receive(vantrel::CancelRequests& message) {
+    for (const vantrel::RequestId id : message.ids) {
         if (m_mapReads.erase(id) != 0) std::erase(m_arrReadQueue, id);
     }
 }
 
 // ---- writes
 
-std::uint16_t Session::CheckWrite(ValueKind kind, std::string_view name,
+std::uint16_t Session::CheckWrite(value::ValueKind kind, std::string_view name,
                                   std::size_t& variable) const {
     variable = m_server.GetPlant().Find(name);
-    if (variable == Plant::kNone) return ResultNothing;
+    if (variable == Plant::kNone) return vantrel::ResultNothing;
     const Rights::Granted granted = RightsTo(variable);
-    if (!granted.write) return granted.read ? ResultNoAccess : ResultNothing;
+    if (!granted.write) return granted.read ? vantrel::ResultNoAccess : vantrel::ResultNothing;
     const VariableConfig& config = m_server.GetPlant().At(variable).config;
-    const bool fits = kind == KindCurrent   ? !config.signal
-                      : kind == KindArchive ? (config.archive & ArchiveBit::Any) != 0
-                                            : (config.reports & ReportBit(kind)) != 0;
-    return fits ? ResultOk : ResultBadRequest;
+    const bool fits = kind == value::KindCurrent ? !config.signal
+                      : kind == value::KindArchive
+                          ? (config.archive & vantrel::ArchiveBit::Any) != 0
+                          : (config.reports & vantrel::ReportBit(kind)) != 0;
+    return fits ? vantrel::ResultOk : vantrel::ResultBadRequest;
 }
 
-std::uint16_t Session::PrepareModify(ModifyRequest& request,
+std::uint16_t Session::PrepareModify(vantrel::ModifyRequest& request,
                                      std::vector<StoreOperation>& operations) {
-    if (request.kind != KindCurrent && !IsReport(request.kind)) return ResultBadRequest;
+    if (request.kind != value::KindCurrent && !value::IsReport(request.kind))
+        return vantrel::ResultBadRequest;
     std::size_t variable = Plant::kNone;
     const std::uint16_t result = CheckWrite(request.kind, request.variable, variable);
-    if (result != ResultOk) return result;
+    if (result != vantrel::ResultOk) return result;
     Plant& plant = m_server.GetPlant();
-    CVal& value = request.value;
-    if (!ConvertWritten(plant.At(variable).config, request.kind, value)) return ResultBadValue;
-    if (request.kind == KindCurrent) {
+    value::CVal& value = request.value;
+    if (!ConvertWritten(plant.At(variable).config, request.kind, value))
+        return vantrel::ResultBadValue;
+    if (request.kind == value::KindCurrent) {
         value.SetTime(m_server.Now());
         plant.SetValue(variable, std::move(value));
-        return ResultOk;
+        return vantrel::ResultOk;
     }
-    if (!IsTime(request.time)) return ResultBadRequest;
-    value.AddStatus(Status::SetByUser);
+    if (!IsTime(request.time)) return vantrel::ResultBadRequest;
+    value.AddStatus(value::Status::SetByUser);
     operations.emplace_back(PutValue{plant.At(variable).id, request.kind,
                                      ReportTime(request.kind, request.time), std::move(value)});
-    return ResultOk;
+    return vantrel::ResultOk;
 }
 
-void Session::Receive(ModifyRequests& message) {
-    ModifyResults decided;
+void Session::Receive(vantrel::ModifyRequests& message) {
+    vantrel::ModifyResults decided;
     std::vector<StoreOperation> operations;
-    std::vector<RequestId> waiting;
-    for (ModifyRequest& request : message.requests) {
+    std::vector<vantrel::RequestId> waiting;
+    for (vantrel::ModifyRequest& request : message.requests) {
         const std::uint16_t result = PrepareModify(request, operations);
-        if (result == ResultOk && request.kind != KindCurrent) {
+        if (result == vantrel::ResultOk && request.kind != value::KindCurrent) {
             waiting.push_back(request.id);
             continue;
         }
         decided.entries.push_back({request.id, result});
-        if (result == ResultNoAccess) TellOnce(kRefusedWrite, request.variable);
-        if (result != ResultOk && request.kind == KindCurrent) Correct(request.variable);
+        if (result == vantrel::ResultNoAccess) TellOnce(kRefusedWrite, request.variable);
+        if (result != vantrel::ResultOk && request.kind == value::KindCurrent)
+            Correct(request.variable);
     }
     if (!decided.entries.empty()) m_link.Send(std::move(decided));
     if (!waiting.empty()) SubmitWrites(std::move(operations), std::move(waiting));
@@ -176,35 +180,38 @@ void Session::Correct(std::string_view name) {
     }
 }
 
-void Session::Receive(ArchiveModifyRequest& message) {
+void Session::Receive(vantrel::ArchiveModifyRequest& message) {
     std::size_t variable = Plant::kNone;
-    std::uint16_t result = CheckWrite(KindArchive, message.variable, variable);
-    if (result == ResultNoAccess) TellOnce(kRefusedWrite, message.variable);
+    std::uint16_t result = CheckWrite(value::KindArchive, message.variable, variable);
+    if (result == vantrel::ResultNoAccess) TellOnce(kRefusedWrite, message.variable);
     if (message.values.size() > kMostArchiveValues) {
         TellOnce(kManyValues);
-        result = ResultBadRequest;
+        result = vantrel::ResultBadRequest;
     }
     std::vector<StoreOperation> operations;
-    for (CVal& value : message.values) {
-        if (result != ResultOk) break;
+    for (value::CVal& value : message.values) {
+        if (result != vantrel::ResultOk) break;
         const PlantVariable& target = m_server.GetPlant().At(variable);
         const std::int64_t time = value.GetTime();
-        if (!IsTime(time)) result = ResultBadRequest;
-        if (!ConvertWritten(target.config, KindArchive, value)) result = ResultBadValue;
-        operations.emplace_back(PutValue{target.id, KindArchive, time, std::move(value)});
+        if (!IsTime(time)) result = vantrel::ResultBadRequest;
+        if (!ConvertWritten(target.config, value::KindArchive, value))
+            result = vantrel::ResultBadValue;
+        operations.emplace_back(PutValue{target.id, value::KindArchive, time, std::move(value)});
     }
-    if (result == ResultOk) {
+    if (result == vantrel::ResultOk) {
         SubmitWrites(std::move(operations), {message.id});
     } else {
-        m_link.Send(ModifyResults{{{message.id, result}}});
+        m_link.Send(vantrel::ModifyResults{{{message.id, result}}});
     }
 }
 
-void Session::SubmitWrites(std::vector<StoreOperation> operations, std::vector<RequestId> ids) {
+void Session::SubmitWrites(std::vector<StoreOperation> operations,
+                           std::vector<vantrel::RequestId> ids) {
     const auto results = [ids](bool committed) {
-        ModifyResults message;
-        for (const RequestId id : ids) {
-            message.entries.push_back({id, committed ? ResultOk : ResultServerFault});
+        vantrel::ModifyResults message;
+        for (const vantrel::RequestId id : ids) {
+            message.entries.push_back(
+                {id, committed ? vantrel::ResultOk : vantrel::ResultServerFault});
         }
         return message;
     };
@@ -221,19 +228,20 @@ void Session::SubmitWrites(std::vector<StoreOperation> operations, std::vector<R
 
 // ---- orders
 
-void Session::Receive(PeriodRequest& message) {
+void Session::Receive(vantrel::PeriodRequest& message) {
     std::size_t variable = Plant::kNone;
-    const bool forArchive =
-        message.action == PeriodAction::Update || message.action == PeriodAction::Refresh;
-    const bool fits = forArchive ? message.kind == KindArchive : IsReport(message.kind);
+    const bool forArchive = message.action == vantrel::PeriodAction::Update ||
+                            message.action == vantrel::PeriodAction::Refresh;
+    const bool fits =
+        forArchive ? message.kind == value::KindArchive : value::IsReport(message.kind);
     if (!fits || !IsTime(message.time) ||
-        CheckWrite(message.kind, message.variable, variable) != ResultOk) {
+        CheckWrite(message.kind, message.variable, variable) != vantrel::ResultOk) {
         TellOnce(kRefusedOrder);
         return;
     }
     // There is no device that archive data or the value of a span could be fetched from.
-    const bool nothingToDo =
-        forArchive || (message.kind == KindSpan && message.action != PeriodAction::Init);
+    const bool nothingToDo = forArchive || (message.kind == value::KindSpan &&
+                                            message.action != vantrel::PeriodAction::Init);
     if (nothingToDo) return;
     const PlantVariable& target = m_server.GetPlant().At(variable);
     std::vector<StoreOperation> operations;
@@ -246,4 +254,4 @@ void Session::Receive(PeriodRequest& message) {
     if (!taken) TellOnce(kRefusedOrder);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

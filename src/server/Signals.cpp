@@ -10,7 +10,7 @@
 
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -57,7 +57,7 @@ std::vector<std::string_view> Words(std::string_view text) {
 }
 
 bool ReadNumber(std::string_view text, double& number) {
-    return ConvertString2Double(text, &number) && std::isfinite(number);
+    return value::ConvertString2Double(text, &number) && std::isfinite(number);
 }
 
 // Null when the values make sense together.
@@ -65,17 +65,19 @@ const char* FaultOf(SignalKind kind, const std::vector<double>& values) {
     switch (kind) {
         case SignalKind::Ramp:
         case SignalKind::Sine:
-            return values[2] > 0 ? nullptr : Translatable("period musi być większe od 0");
+            return values[2] > 0 ? nullptr : platform::Translatable("period musi być większe od 0");
         case SignalKind::Square:
-            if (values[2] <= 0) return Translatable("period musi być większe od 0");
-            return values[3] >= 0 && values[3] <= 1 ? nullptr
-                                                    : Translatable("duty musi być od 0 do 1");
+            if (values[2] <= 0) return platform::Translatable("period musi być większe od 0");
+            return values[3] >= 0 && values[3] <= 1
+                       ? nullptr
+                       : platform::Translatable("duty musi być od 0 do 1");
         case SignalKind::Walk:
-            if (values[0] > values[1]) return Translatable("min nie może być większe od max");
-            if (values[2] < 0) return Translatable("step nie może być ujemne");
+            if (values[0] > values[1])
+                return platform::Translatable("min nie może być większe od max");
+            if (values[2] < 0) return platform::Translatable("step nie może być ujemne");
             return values[3] >= values[0] && values[3] <= values[1]
                        ? nullptr
-                       : Translatable("start musi być od min do max");
+                       : platform::Translatable("start musi być od min do max");
         default:
             return nullptr;
     }
@@ -89,13 +91,13 @@ double Position(std::int64_t time, double phase, double period) {
 
 }  // namespace
 
-std::optional<Signal> Signal::Parse(std::string_view text, Notice& error) {
+std::optional<Signal> Signal::Parse(std::string_view text, platform::Notice& error) {
     const std::vector<std::string_view> words = Words(text);
     const std::string_view word = words.empty() ? std::string_view() : words.front();
     const auto row = std::find_if(std::begin(kKinds), std::end(kKinds),
                                   [word](const KindRow& kind) { return kind.word == word; });
     if (row == std::end(kKinds)) {
-        error = {Translatable("nieznany rodzaj sygnału \"%s\""), {std::string(word)}};
+        error = {platform::Translatable("nieznany rodzaj sygnału \"%s\""), {std::string(word)}};
         return std::nullopt;
     }
     std::vector<std::optional<double>> given(row->parameters.size());
@@ -106,12 +108,13 @@ std::optional<Signal> Signal::Parse(std::string_view text, Notice& error) {
             std::find_if(row->parameters.begin(), row->parameters.end(),
                          [name](const Parameter& known) { return known.name == name; });
         if (parameter == row->parameters.end()) {
-            error = {Translatable("nieznany parametr sygnału \"%s\""), {std::string(name)}};
+            error = {platform::Translatable("nieznany parametr sygnału \"%s\""),
+                     {std::string(name)}};
             return std::nullopt;
         }
         double number = 0;
         if (sign == std::string_view::npos || !ReadNumber(words[index].substr(sign + 1), number)) {
-            error = {Translatable("parametr %s musi być liczbą"), {std::string(name)}};
+            error = {platform::Translatable("parametr %s musi być liczbą"), {std::string(name)}};
             return std::nullopt;
         }
         given[static_cast<std::size_t>(parameter - row->parameters.begin())] = number;
@@ -120,7 +123,7 @@ std::optional<Signal> Signal::Parse(std::string_view text, Notice& error) {
     for (std::size_t index = 0; index < given.size(); ++index) {
         const Parameter& parameter = row->parameters[index];
         if (!given[index] && !parameter.standard) {
-            error = {Translatable("brak parametru %s"), {std::string(parameter.name)}};
+            error = {platform::Translatable("brak parametru %s"), {std::string(parameter.name)}};
             return std::nullopt;
         }
         values.push_back(given[index] ? *given[index] : *parameter.standard);
@@ -176,4 +179,4 @@ std::uint64_t NextRandom(std::uint64_t& state) {
     return mixed ^ (mixed >> 31);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -9,7 +9,7 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 enum class SignalKind : std::uint8_t { Constant, Ramp, Sine, Square, Walk, Counter };
 
@@ -18,7 +18,7 @@ class Signal {
     // From "sine mean=50 amplitude=5 period=600". Nothing, with the reason in `error`,
     // for a kind or a parameter that there is not, one that is missing or is no number,
     // and values that make no sense together.
-    static std::optional<Signal> Parse(std::string_view text, Notice& error);
+    static std::optional<Signal> Parse(std::string_view text, platform::Notice& error);
 
     // The value at a time, in seconds since 1970-01-01 GMT. `last` is the value before it, if there
     // is one, and `elapsed` the seconds since then; they matter to walks and counters alone.
@@ -39,4 +39,4 @@ class Signal {
 // Evenly spread numbers that follow from `state`; any state will do.
 std::uint64_t NextRandom(std::uint64_t& state);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -6,7 +6,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
@@ -15,10 +15,10 @@ constexpr std::size_t kBatchOperations = 20000;
 
 }  // namespace
 
-bool Store::Open(const std::string& path, Notice& error) {
+bool Store::Open(const std::string& path, platform::Notice& error) {
     if (!m_writeFile.Open(path, error) || !m_readFile.Open(path, error)) return false;
     if (!m_writeFile.ReadContents(m_contents)) {
-        error = {"%s", {ToUtf8(m_writeFile.ErrorText())}};
+        error = {"%s", {text::ToUtf8(m_writeFile.ErrorText())}};
         return false;
     }
     for (const auto& [name, id] : m_contents.variables) {
@@ -53,7 +53,7 @@ VariableId Store::Register(std::string_view name) {
     return known->second;
 }
 
-std::optional<CVal> Store::LastValue(VariableId variable) const {
+std::optional<value::CVal> Store::LastValue(VariableId variable) const {
     const auto found = m_contents.lastValues.find(variable);
     if (found == m_contents.lastValues.end()) return std::nullopt;
     return found->second;
@@ -146,7 +146,7 @@ bool Store::Commit(std::vector<Submission>& batch, const std::vector<SaveName>& 
     bool committed = false;
     std::string error;
     {
-        SqliteTransaction transaction(m_writeFile.Database());
+        platform::SqliteTransaction transaction(m_writeFile.Database());
         committed = transaction.Begun();
         ChangedReports none;
         for (const SaveName& name : names) {
@@ -205,4 +205,4 @@ void Store::ReadPieces() {
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -21,7 +21,7 @@
 #include "platform/MainLoop.h"
 #include "server/StoreFile.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 struct StoreOutcome {
     bool committed = false;  // on disk, all of it; otherwise nothing of it is
@@ -31,7 +31,7 @@ struct StoreOutcome {
 
 struct StoreQuery {
     VariableId variable = 0;
-    ValueKind kind = KindNone;
+    value::ValueKind kind = value::KindNone;
     std::int64_t from = 0;  // bounds included
     std::int64_t to = 0;
     std::int64_t limit = 0;  // values in this piece at most
@@ -39,8 +39,8 @@ struct StoreQuery {
 
 struct StorePiece {
     bool read = false;
-    std::vector<CVal> values;  // ascending by time
-    bool more = false;         // further values follow behind the last one
+    std::vector<value::CVal> values;  // ascending by time
+    bool more = false;                // further values follow behind the last one
 };
 
 class Store {
@@ -57,13 +57,13 @@ class Store {
 
     using Done = std::function<void(const StoreOutcome&)>;
 
-    explicit Store(MainLoop& loop) : m_loop(loop) {}
+    explicit Store(platform::MainLoop& loop) : m_loop(loop) {}
     ~Store() { Close(); }
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
 
     // Opens the file, makes it if it is not there, and starts the threads. Called once.
-    bool Open(const std::string& path, Notice& error);
+    bool Open(const std::string& path, platform::Notice& error);
 
     // Writes what is urgent and ends the threads. No `done` is called any more.
     void Close();
@@ -73,7 +73,7 @@ class Store {
     VariableId Register(std::string_view name);
 
     // What the file held when it was opened.
-    std::optional<CVal> LastValue(VariableId variable) const;
+    std::optional<value::CVal> LastValue(VariableId variable) const;
     std::optional<std::int64_t> Progress(const std::string& what) const;
 
     // The operations are committed together, in their order. Urgent submissions keep their order
@@ -108,7 +108,7 @@ class Store {
 
     void PostDone(std::function<void()> done);
 
-    MainLoop& m_loop;
+    platform::MainLoop& m_loop;
     // Outlives the store in what is posted. The main thread's.
     const std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
     StoreFile m_writeFile;  // the writer's, once it runs
@@ -135,4 +135,4 @@ class Store {
     std::thread m_reader;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -5,12 +5,13 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 namespace {
 
 constexpr int kSchemaVersion = 1;
-constexpr const char* kNewerFile = Translatable("%s: Plik danych jest z nowszej wersji programu");
+constexpr const char* kNewerFile =
+    platform::Translatable("%s: Plik danych jest z nowszej wersji programu");
 
 // Full: a transaction that was committed outlasts a loss of power.
 constexpr const char* kSettings =
@@ -31,14 +32,14 @@ constexpr const char* kSchema =
     "PRAGMA user_version = 1;";
 
 // Binds type, status and content to three parameters in a row.
-void BindValue(SqliteStatement& statement, int parameter, const CVal& value) {
+void BindValue(platform::SqliteStatement& statement, int parameter, const value::CVal& value) {
     statement.BindInteger(parameter, value.GetType());
     statement.BindInteger(parameter + 1, value.GetStatus());
     if (value.IsText()) {
         statement.BindText(parameter + 2, value.Text());
-    } else if (value.GetType() == ValueType::Double) {
+    } else if (value.GetType() == value::ValueType::Double) {
         statement.BindReal(parameter + 2, value.Real());
-    } else if (ValueType::IsInteger(value.GetType())) {
+    } else if (value::ValueType::IsInteger(value.GetType())) {
         statement.BindInteger(parameter + 2, value.Integer());
     } else {
         statement.BindNull(parameter + 2);
@@ -46,16 +47,16 @@ void BindValue(SqliteStatement& statement, int parameter, const CVal& value) {
 }
 
 // From four columns in a row: time, type, status, content.
-CVal ReadValue(const SqliteStatement& row, int column) {
+value::CVal ReadValue(const platform::SqliteStatement& row, int column) {
     const auto type = static_cast<std::uint16_t>(row.Integer(column + 1));
-    CVal value;
-    if (type == ValueType::Text) {
-        value = CVal(row.Text(column + 3));
-    } else if (type == ValueType::Double) {
-        value = CVal(row.IsNull(column + 3) ? std::numeric_limits<double>::quiet_NaN()
-                                            : row.Real(column + 3));
-    } else if (ValueType::IsInteger(type)) {
-        value = CVal(static_cast<long long>(row.Integer(column + 3)));
+    value::CVal value;
+    if (type == value::ValueType::Text) {
+        value = value::CVal(row.Text(column + 3));
+    } else if (type == value::ValueType::Double) {
+        value = value::CVal(row.IsNull(column + 3) ? std::numeric_limits<double>::quiet_NaN()
+                                                   : row.Real(column + 3));
+    } else if (value::ValueType::IsInteger(type)) {
+        value = value::CVal(static_cast<long long>(row.Integer(column + 3)));
         value.SetType(type);
     }
     value.SetTime(row.Integer(column));
@@ -63,24 +64,24 @@ CVal ReadValue(const SqliteStatement& row, int column) {
     return value;
 }
 
-bool IsSame(const CVal& a, const CVal& b) {
+bool IsSame(const value::CVal& a, const value::CVal& b) {
     return a.GetType() == b.GetType() && a.GetStatus() == b.GetStatus() && a == b;
 }
 
 }  // namespace
 
 std::string StoreFile::ErrorText() const {
-    return FromUtf8(m_database.ErrorText());
+    return text::FromUtf8(m_database.ErrorText());
 }
 
-bool StoreFile::Open(const std::string& path, Notice& error) {
+bool StoreFile::Open(const std::string& path, platform::Notice& error) {
     const auto fail = [&] {
         error = {"%s: %s", {path, m_database.ErrorText()}};
         return false;
     };
     if (!m_database.Open(path)) return fail();
     {
-        SqliteStatement version;
+        platform::SqliteStatement version;
         if (!version.Prepare(m_database, "PRAGMA user_version")) return fail();
         if (version.Next() && version.Integer(0) > kSchemaVersion) {
             error = {kNewerFile, {path}};
@@ -89,13 +90,13 @@ bool StoreFile::Open(const std::string& path, Notice& error) {
         if (version.Failed()) return fail();
     }
     if (!m_database.Execute(kSettings)) return fail();
-    SqliteTransaction transaction(m_database);
+    platform::SqliteTransaction transaction(m_database);
     return (m_database.Execute(kSchema) && transaction.Commit() && PrepareAll()) || fail();
 }
 
 bool StoreFile::PrepareAll() {
     struct Row {
-        SqliteStatement& statement;
+        platform::SqliteStatement& statement;
         const char* sql;
     };
     const Row rows[] = {
@@ -128,7 +129,7 @@ bool StoreFile::PrepareAll() {
 }
 
 bool StoreFile::ReadContents(Contents& contents) {
-    SqliteStatement select;
+    platform::SqliteStatement select;
     if (!select.Prepare(m_database, "SELECT id, name FROM variables")) return false;
     while (select.Next()) contents.variables[select.Text(1)] = select.Integer(0);
     if (select.Failed() ||
@@ -167,7 +168,8 @@ bool StoreFile::Run(const SaveProgress& operation, ChangedReports&) {
     return m_putProgress.Run();
 }
 
-bool StoreFile::Put(VariableId variable, ValueKind kind, std::int64_t time, const CVal& value) {
+bool StoreFile::Put(VariableId variable, value::ValueKind kind, std::int64_t time,
+                    const value::CVal& value) {
     m_put.BindInteger(1, variable);
     m_put.BindInteger(2, kind);
     m_put.BindInteger(3, time);
@@ -177,14 +179,14 @@ bool StoreFile::Put(VariableId variable, ValueKind kind, std::int64_t time, cons
 
 bool StoreFile::Run(const PutValue& operation, ChangedReports& changed) {
     const auto& [variable, kind, time, value] = operation;
-    if (!IsReport(kind)) return Put(variable, kind, time, value);
-    std::optional<CVal> standing;
+    if (!value::IsReport(kind)) return Put(variable, kind, time, value);
+    std::optional<value::CVal> standing;
     return ReadReport(variable, kind, time, standing) &&
            PutReport(variable, kind, time, standing, value, changed);
 }
 
-bool StoreFile::PutReport(VariableId variable, ValueKind kind, std::int64_t time,
-                          const std::optional<CVal>& standing, const CVal& value,
+bool StoreFile::PutReport(VariableId variable, value::ValueKind kind, std::int64_t time,
+                          const std::optional<value::CVal>& standing, const value::CVal& value,
                           ChangedReports& changed) {
     if (standing && IsSame(*standing, value)) return true;
     changed.emplace(kind, time);
@@ -194,12 +196,12 @@ bool StoreFile::PutReport(VariableId variable, ValueKind kind, std::int64_t time
 bool StoreFile::Run(const MarkGap& operation, ChangedReports&) {
     m_getBefore.BindInteger(1, operation.variable);
     m_getBefore.BindInteger(2, operation.time);
-    std::optional<CVal> last;
+    std::optional<value::CVal> last;
     if (!ReadOne(m_getBefore, last)) return false;
-    if (!last || (last->GetStatus() & Status::Unknown) != 0) return true;
-    CVal unknown;
-    unknown.SetStatus(Status::Unknown);
-    return Put(operation.variable, KindArchive, operation.time, unknown);
+    if (!last || (last->GetStatus() & value::Status::Unknown) != 0) return true;
+    value::CVal unknown;
+    unknown.SetStatus(value::Status::Unknown);
+    return Put(operation.variable, value::KindArchive, operation.time, unknown);
 }
 
 bool StoreFile::Run(const RemoveArchive& operation, ChangedReports&) {
@@ -208,23 +210,23 @@ bool StoreFile::Run(const RemoveArchive& operation, ChangedReports&) {
     return m_remove.Run();
 }
 
-bool StoreFile::ReadOne(SqliteStatement& statement, std::optional<CVal>& value) {
+bool StoreFile::ReadOne(platform::SqliteStatement& statement, std::optional<value::CVal>& value) {
     value.reset();
     if (statement.Next()) value = ReadValue(statement, 0);
     statement.Reset();
     return !statement.Failed();
 }
 
-bool StoreFile::ReadReport(VariableId variable, ValueKind kind, std::int64_t time,
-                           std::optional<CVal>& value) {
+bool StoreFile::ReadReport(VariableId variable, value::ValueKind kind, std::int64_t time,
+                           std::optional<value::CVal>& value) {
     m_get.BindInteger(1, variable);
     m_get.BindInteger(2, kind);
     m_get.BindInteger(3, time);
     return ReadOne(m_get, value);
 }
 
-bool StoreFile::ReadRange(VariableId variable, ValueKind kind, std::int64_t from, std::int64_t to,
-                          std::int64_t limit, std::vector<CVal>& values) {
+bool StoreFile::ReadRange(VariableId variable, value::ValueKind kind, std::int64_t from,
+                          std::int64_t to, std::int64_t limit, std::vector<value::CVal>& values) {
     m_getRange.BindInteger(1, variable);
     m_getRange.BindInteger(2, kind);
     m_getRange.BindInteger(3, from);
@@ -236,52 +238,53 @@ bool StoreFile::ReadRange(VariableId variable, ValueKind kind, std::int64_t from
 }
 
 bool StoreFile::Run(const MakeReport& operation, ChangedReports& changed) {
-    std::optional<CVal> standing;
+    std::optional<value::CVal> standing;
     if (!ReadReport(operation.variable, operation.kind, operation.time, standing)) return false;
     const std::uint16_t status = standing ? standing->GetStatus() : 0;
-    CVal result;
-    if (operation.action == PeriodAction::Init) {
-        if ((status & Status::ReportInited) != 0) return true;
+    value::CVal result;
+    if (operation.action == vantrel::PeriodAction::Init) {
+        if ((status & value::Status::ReportInited) != 0) return true;
         if (standing) result = *standing;
-        result.AddStatus(Status::ReportInited | (standing ? 0 : Status::Unknown));
+        result.AddStatus(value::Status::ReportInited | (standing ? 0 : value::Status::Unknown));
     } else {
-        const bool load = operation.action == PeriodAction::Load;
-        if (load && (status & Status::SetByUser) != 0) return true;
+        const bool load = operation.action == vantrel::PeriodAction::Load;
+        if (load && (status & value::Status::SetByUser) != 0) return true;
         if (!Compute(operation, result)) return false;
-        result.AddStatus(status & Status::ReportInited);
+        result.AddStatus(status & value::Status::ReportInited);
     }
     return PutReport(operation.variable, operation.kind, operation.time, standing, result, changed);
 }
 
-bool StoreFile::Compute(const MakeReport& operation, CVal& result) {
-    return operation.kind == KindHour ? ComputeHour(operation, result)
-                                      : ComputeFromParts(operation, result);
+bool StoreFile::Compute(const MakeReport& operation, value::CVal& result) {
+    return operation.kind == value::KindHour ? ComputeHour(operation, result)
+                                             : ComputeFromParts(operation, result);
 }
 
-bool StoreFile::ComputeHour(const MakeReport& operation, CVal& result) {
-    const std::int64_t end = CoveredSpan(KindHour, operation.time, operation.dayStart).end;
+bool StoreFile::ComputeHour(const MakeReport& operation, value::CVal& result) {
+    const std::int64_t end = CoveredSpan(value::KindHour, operation.time, operation.dayStart).end;
     const TimeSpan span{operation.time, std::clamp(operation.now, operation.time, end)};
-    std::optional<CVal> before;
+    std::optional<value::CVal> before;
     if (operation.rule != ReportRule::Sum) {
-        SqliteStatement& select =
+        platform::SqliteStatement& select =
             operation.rule == ReportRule::Mean ? m_getBefore : m_getKnownBefore;
         select.BindInteger(1, operation.variable);
         select.BindInteger(2, span.begin);
         if (!ReadOne(select, before)) return false;
     }
-    std::vector<CVal> inside;
-    if (!ReadRange(operation.variable, KindArchive, span.begin, span.end - 1, span.end - span.begin,
-                   inside)) {
+    std::vector<value::CVal> inside;
+    if (!ReadRange(operation.variable, value::KindArchive, span.begin, span.end - 1,
+                   span.end - span.begin, inside)) {
         return false;
     }
     result = ComputeFromArchive(operation.rule, span, before, inside);
-    const bool known = (result.GetStatus() & Status::Unknown) == 0;
-    if (known && span.end < end) result.AddStatus(Status::CalculateError);
+    const bool known = (result.GetStatus() & value::Status::Unknown) == 0;
+    if (known && span.end < end) result.AddStatus(value::Status::CalculateError);
     return true;
 }
 
-bool StoreFile::ComputeFromParts(const MakeReport& operation, CVal& result) {
-    const ValueKind partKind = operation.kind == KindMonth ? KindDay : KindHour;
+bool StoreFile::ComputeFromParts(const MakeReport& operation, value::CVal& result) {
+    const value::ValueKind partKind =
+        operation.kind == value::KindMonth ? value::KindDay : value::KindHour;
     std::vector<ReportPart> parts;
     for (const std::int64_t time : PartsOf(operation.kind, operation.time, operation.dayStart)) {
         const TimeSpan span = CoveredSpan(partKind, time, operation.dayStart);
@@ -293,4 +296,4 @@ bool StoreFile::ComputeFromParts(const MakeReport& operation, CVal& result) {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -19,7 +19,7 @@
 #include "value/Value.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 using VariableId = std::int64_t;
 
@@ -32,26 +32,26 @@ struct SaveName {
 
 struct SaveLastValue {
     VariableId variable = 0;
-    CVal value;
+    value::CVal value;
 };
 
 // A report or archive value at its time.
 struct PutValue {
     VariableId variable = 0;
-    ValueKind kind = KindNone;
+    value::ValueKind kind = value::KindNone;
     std::int64_t time = 0;
-    CVal value;
+    value::CVal value;
 };
 
 // Init, Load or Calculate of an hour, day or month report; Init of a span report.
 struct MakeReport {
-    PeriodAction action = PeriodAction::Init;
+    vantrel::PeriodAction action = vantrel::PeriodAction::Init;
     VariableId variable = 0;
-    ValueKind kind = KindNone;
+    value::ValueKind kind = value::KindNone;
     std::int64_t time = 0;  // the report's name
     ReportRule rule = ReportRule::Mean;
     int dayStart = 0;
-    std::int64_t now = kLargestTime;  // from here on nothing is known
+    std::int64_t now = value::kLargestTime;  // from here on nothing is known
 };
 
 // An unknown archive value, unless there is none before or the last one is unknown already.
@@ -77,7 +77,7 @@ using StoreOperation = std::variant<SaveName, SaveLastValue, PutValue, MakeRepor
 
 // Reports that operations have changed: kind and time, each once. One that comes out as it stood
 // is not among them.
-using ChangedReports = std::set<std::pair<ValueKind, std::int64_t>>;
+using ChangedReports = std::set<std::pair<value::ValueKind, std::int64_t>>;
 
 // ---- the file
 
@@ -85,22 +85,22 @@ class StoreFile {
   public:
     struct Contents {
         std::map<std::string, VariableId> variables;
-        std::map<VariableId, CVal> lastValues;
+        std::map<VariableId, value::CVal> lastValues;
         std::map<std::string, std::int64_t> progress;
     };
 
     // Makes the file and its tables if they are not there.
-    bool Open(const std::string& path, Notice& error);
+    bool Open(const std::string& path, platform::Notice& error);
     bool ReadContents(Contents& contents);
 
     // Within a transaction of the caller's. False when the file fails.
     bool Apply(const StoreOperation& operation, ChangedReports& changed);
 
     // The values from `from` to `to`, bounds included, ascending, `limit` at most.
-    bool ReadRange(VariableId variable, ValueKind kind, std::int64_t from, std::int64_t to,
-                   std::int64_t limit, std::vector<CVal>& values);
+    bool ReadRange(VariableId variable, value::ValueKind kind, std::int64_t from, std::int64_t to,
+                   std::int64_t limit, std::vector<value::CVal>& values);
 
-    SqliteDatabase& Database() { return m_database; }
+    platform::SqliteDatabase& Database() { return m_database; }
     std::string ErrorText() const;  // an engine text
 
   private:
@@ -112,26 +112,28 @@ class StoreFile {
     bool Run(const MarkGap& operation, ChangedReports& changed);
     bool Run(const RemoveArchive& operation, ChangedReports& changed);
     bool Run(const SaveProgress& operation, ChangedReports& changed);
-    bool Put(VariableId variable, ValueKind kind, std::int64_t time, const CVal& value);
-    bool PutReport(VariableId variable, ValueKind kind, std::int64_t time,
-                   const std::optional<CVal>& standing, const CVal& value, ChangedReports& changed);
-    bool ReadOne(SqliteStatement& statement, std::optional<CVal>& value);
-    bool ReadReport(VariableId variable, ValueKind kind, std::int64_t time,
-                    std::optional<CVal>& value);
-    bool Compute(const MakeReport& operation, CVal& result);
-    bool ComputeHour(const MakeReport& operation, CVal& result);
-    bool ComputeFromParts(const MakeReport& operation, CVal& result);
+    bool Put(VariableId variable, value::ValueKind kind, std::int64_t time,
+             const value::CVal& value);
+    bool PutReport(VariableId variable, value::ValueKind kind, std::int64_t time,
+                   const std::optional<value::CVal>& standing, const value::CVal& value,
+                   ChangedReports& changed);
+    bool ReadOne(platform::SqliteStatement& statement, std::optional<value::CVal>& value);
+    bool ReadReport(VariableId variable, value::ValueKind kind, std::int64_t time,
+                    std::optional<value::CVal>& value);
+    bool Compute(const MakeReport& operation, value::CVal& result);
+    bool ComputeHour(const MakeReport& operation, value::CVal& result);
+    bool ComputeFromParts(const MakeReport& operation, value::CVal& result);
 
-    SqliteDatabase m_database;
-    SqliteStatement m_putName;
-    SqliteStatement m_putLastValue;
-    SqliteStatement m_putProgress;
-    SqliteStatement m_put;
-    SqliteStatement m_get;
-    SqliteStatement m_getRange;
-    SqliteStatement m_getBefore;
-    SqliteStatement m_getKnownBefore;
-    SqliteStatement m_remove;
+    platform::SqliteDatabase m_database;
+    platform::SqliteStatement m_putName;
+    platform::SqliteStatement m_putLastValue;
+    platform::SqliteStatement m_putProgress;
+    platform::SqliteStatement m_put;
+    platform::SqliteStatement m_get;
+    platform::SqliteStatement m_getRange;
+    platform::SqliteStatement m_getBefore;
+    platform::SqliteStatement m_getKnownBefore;
+    platform::SqliteStatement m_remove;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -3,7 +3,7 @@
 #include "platform/UserDirectory.h"
 #include "sources/VariableRemote.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 namespace {
 
@@ -11,8 +11,9 @@ constexpr std::uint16_t kModuleType = 23;
 
 }  // namespace
 
-std::unique_ptr<CClientConnection> CInterfaceSourceList::CreateConnection(std::string_view name) {
-    std::string_view user = kNobody;
+std::unique_ptr<vantrel::CClientConnection> CInterfaceSourceList::CreateConnection(
+    std::string_view name) {
+    std::string_view user = platform::kNobody;
     std::string password;
     for (const CSourceDesc& description : m_services.descriptions) {
         if (description.name != name) continue;
@@ -22,33 +23,35 @@ std::unique_ptr<CClientConnection> CInterfaceSourceList::CreateConnection(std::s
     }
     auto connection = std::make_unique<CInterfaceClientConnection>(m_services);
     connection->SetLoginData(user, password);
-    CCrypt::SecureEmptyString(password);
+    platform::CCrypt::SecureEmptyString(password);
     const bool made = connection->Create(kModuleType, name, m_services.clientName,
                                          m_services.transports, m_services.journal);
     return made ? std::move(connection) : nullptr;
 }
 
 std::string CInterfaceSourceList::PlainPassword(const std::string& password) const {
-    const CCrypt* crypt = m_services.crypt;
+    const platform::CCrypt* crypt = m_services.crypt;
     return crypt != nullptr && crypt->CanDecryptText(password) ? crypt->DecryptText(password)
                                                                : password;
 }
 
 bool CClientInterface::IsConnected(std::string_view source) const {
     const CInterfaceClientConnection* connection = FindConnection(source);
-    return connection != nullptr && connection->GetState() == StateConnected;
+    return connection != nullptr && connection->GetState() == vantrel::StateConnected;
 }
 
 // ---- registration
 
-CVarVal* CClientInterface::RegisterPlain(std::string_view source, std::string_view variable) {
-    CVarVal* registered = m_SourceList.RegisterVariable(source, variable);
+vantrel::CVarVal* CClientInterface::RegisterPlain(std::string_view source,
+                                                  std::string_view variable) {
+    vantrel::CVarVal* registered = m_SourceList.RegisterVariable(source, variable);
     SubscribeUnlessBlocked();
     return registered;
 }
 
-CVarVal* CClientInterface::RegisterOwner(CInterfaceObj& owner) {
-    CVarVal* registered = m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable());
+vantrel::CVarVal* CClientInterface::RegisterOwner(CInterfaceObj& owner) {
+    vantrel::CVarVal* registered =
+        m_SourceList.RegisterVariable(owner.GetSource(), owner.GetVariable());
     if (registered != nullptr) owner.GetConnection()->AttachVarOwner(*registered, owner);
     SubscribeUnlessBlocked();
     return registered;
@@ -85,7 +88,7 @@ void CClientInterface::UnblockSubscribe(bool reset) {
 }
 
 bool CClientInterface::ModifyCurrentByName(std::string_view source, std::string_view variable,
-                                           const CVal& value) {
+                                           const value::CVal& value) {
     CInterfaceClientConnection* connection = FindConnection(source);
     if (connection == nullptr) return false;
     connection->AddCurrentDataModifyRequest(variable, value);
@@ -95,13 +98,14 @@ bool CClientInterface::ModifyCurrentByName(std::string_view source, std::string_
 
 // ---- notification of report changes
 
-bool CClientInterface::AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) {
+bool CClientInterface::AddNotifyDoc(value::ValueKind kind, std::string_view source,
+                                    engine::CKalvexDoc& document) {
     CInterfaceClientConnection* connection = FindConnection(source);
     return connection != nullptr && connection->AddNotifyDoc(kind, document);
 }
 
-void CClientInterface::RemoveNotifyDoc(ValueKind kind, std::string_view source,
-                                       CKalvexDoc& document) {
+void CClientInterface::RemoveNotifyDoc(value::ValueKind kind, std::string_view source,
+                                       engine::CKalvexDoc& document) {
     if (CInterfaceClientConnection* connection = FindConnection(source)) {
         connection->RemoveNotifyDoc(kind, document);
     }
@@ -109,16 +113,16 @@ void CClientInterface::RemoveNotifyDoc(ValueKind kind, std::string_view source,
 
 // ---- remote variables
 
-std::unique_ptr<CVariable> CClientInterface::CreateRemote(CKalvexDoc& document,
-                                                          std::string_view name,
-                                                          std::string_view source,
-                                                          std::string_view variable) {
+std::unique_ptr<operands::CVariable> CClientInterface::CreateRemote(engine::CKalvexDoc& document,
+                                                                    std::string_view name,
+                                                                    std::string_view source,
+                                                                    std::string_view variable) {
     auto link = std::make_unique<CInterfaceObj>(document, *this, source, variable);
     RegisterOwner(*link);
     return std::make_unique<CVariableRemote>(name, std::move(link));
 }
 
-void CClientInterface::ReleaseRemote(CVariable& variable) {
+void CClientInterface::ReleaseRemote(operands::CVariable& variable) {
     CInterfaceObj& link = *variable.GetSourceRecord();
     link.CancelAll();
     UnregisterOwner(link);
@@ -126,13 +130,13 @@ void CClientInterface::ReleaseRemote(CVariable& variable) {
 
 std::optional<std::vector<std::string>> CClientInterface::GetVariableNames(
     std::string_view source) {
-    CClientConnection* connection = m_SourceList.AddSource(source);
-    CObjInfoList list;
+    vantrel::CClientConnection* connection = m_SourceList.AddSource(source);
+    vantrel::CObjInfoList list;
     if (connection == nullptr || !connection->LoadVarDefList(list)) return std::nullopt;
     std::vector<std::string> names;
     names.reserve(list.size());
-    for (const CVarDefInfo& definition : list) names.push_back(definition.GetName());
+    for (const vantrel::CVarDefInfo& definition : list) names.push_back(definition.GetName());
     return names;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

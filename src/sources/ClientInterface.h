@@ -18,7 +18,7 @@
 #include "sources/InterfaceObj.h"
 #include "vantrel/SourceList.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 // The login of a source. A source needs no description to be reached.
 struct CSourceDesc {
@@ -29,19 +29,19 @@ struct CSourceDesc {
 
 // The world of the sources. Nothing referred to is owned; all of it outlives the client interface.
 struct SourceServices {
-    LogSink& log;
-    const Translator& translator;
-    const Users& users;
-    TransportFactory& transports;
-    RequestJournal* journal = nullptr;  // none where nobody keeps account
+    platform::LogSink& log;
+    const platform::Translator& translator;
+    const platform::Users& users;
+    vantrel::TransportFactory& transports;
+    vantrel::RequestJournal* journal = nullptr;  // none where nobody keeps account
     std::vector<CSourceDesc> descriptions = {};
-    const CCrypt* crypt = nullptr;      // none where the passwords are plain
-    std::string clientName = "Kalvex";  // by which the servers know this process
+    const platform::CCrypt* crypt = nullptr;  // none where the passwords are plain
+    std::string clientName = "Kalvex";        // by which the servers know this process
     bool consoleClient = false;
     bool definitionsChanged = false;  // definitions have come since the flag was cleared
 };
 
-class CInterfaceSourceList final : public CSourceList {
+class CInterfaceSourceList final : public vantrel::CSourceList {
   public:
     explicit CInterfaceSourceList(SourceServices& services) : m_services(services) {}
 
@@ -50,7 +50,7 @@ class CInterfaceSourceList final : public CSourceList {
     }
 
   protected:
-    std::unique_ptr<CClientConnection> CreateConnection(std::string_view name) override;
+    std::unique_ptr<vantrel::CClientConnection> CreateConnection(std::string_view name) override;
 
   private:
     std::string PlainPassword(const std::string& password) const;
@@ -59,7 +59,7 @@ class CInterfaceSourceList final : public CSourceList {
 };
 
 // Outlives the documents.
-class CClientInterface final : public CScriptSources {
+class CClientInterface final : public engine::CScriptSources {
   public:
     explicit CClientInterface(SourceServices services)
         : m_services(std::move(services)), m_SourceList(m_services) {}
@@ -73,23 +73,27 @@ class CClientInterface final : public CScriptSources {
     bool IsConnected(std::string_view source) const;
 
     // Registrations reach the server at once, or with the end of the blocks.
-    CVarVal* RegisterPlain(std::string_view source, std::string_view variable);
-    CVarVal* RegisterOwner(CInterfaceObj& owner);
+    vantrel::CVarVal* RegisterPlain(std::string_view source, std::string_view variable);
+    vantrel::CVarVal* RegisterOwner(CInterfaceObj& owner);
     void UnregisterPlain(std::string_view source, std::string_view variable);
     void UnregisterOwner(CInterfaceObj& owner);
     void BlockSubscribe() override;
     void UnblockSubscribe(bool reset) override;
 
     // True when the source has a connection.
-    bool ModifyCurrentByName(std::string_view source, std::string_view variable, const CVal& value);
+    bool ModifyCurrentByName(std::string_view source, std::string_view variable,
+                             const value::CVal& value);
 
-    bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) override;
-    void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc& document) override;
+    bool AddNotifyDoc(value::ValueKind kind, std::string_view source,
+                      engine::CKalvexDoc& document) override;
+    void RemoveNotifyDoc(value::ValueKind kind, std::string_view source,
+                         engine::CKalvexDoc& document) override;
 
-    std::unique_ptr<CVariable> CreateRemote(CKalvexDoc& document, std::string_view name,
-                                            std::string_view source,
-                                            std::string_view variable) override;
-    void ReleaseRemote(CVariable& variable) override;
+    std::unique_ptr<operands::CVariable> CreateRemote(engine::CKalvexDoc& document,
+                                                      std::string_view name,
+                                                      std::string_view source,
+                                                      std::string_view variable) override;
+    void ReleaseRemote(operands::CVariable& variable) override;
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override;
 
   private:
@@ -101,4 +105,4 @@ class CClientInterface final : public CScriptSources {
     int m_nSubscribeBlocks = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

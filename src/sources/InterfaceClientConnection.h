@@ -11,31 +11,34 @@
 
 #include "vantrel/ClientConnection.h"
 
-namespace kalvex {
+namespace kalvex::engine {
+class CKalvexDoc;
+}  // namespace kalvex::engine
+
+namespace kalvex::sources {
 
 class CInterfaceObj;
-class CKalvexDoc;
 struct SourceServices;
 
 // The local copy of a server variable, which several links share.
-class CVarReg final : public CVarVal {
+class CVarReg final : public vantrel::CVarVal {
   public:
-    using CVarVal::CVarVal;
+    using vantrel::CVarVal::CVarVal;
 
     const std::vector<CInterfaceObj*>& Owners() const { return m_arrOwners; }
     void AddOwner(CInterfaceObj& owner) { m_arrOwners.push_back(&owner); }
     void RemoveOwner(CInterfaceObj& owner) { std::erase(m_arrOwners, &owner); }
 
     // Null before the definition has come; the connection owns it.
-    const CVarDefInfo* GetDefInfo() const { return m_pDefInfo; }
-    void SetDefInfo(const CVarDefInfo* definition) { m_pDefInfo = definition; }
+    const vantrel::CVarDefInfo* GetDefInfo() const { return m_pDefInfo; }
+    void SetDefInfo(const vantrel::CVarDefInfo* definition) { m_pDefInfo = definition; }
 
   private:
     std::vector<CInterfaceObj*> m_arrOwners;
-    const CVarDefInfo* m_pDefInfo = nullptr;
+    const vantrel::CVarDefInfo* m_pDefInfo = nullptr;
 };
 
-class CInterfaceClientConnection : public CClientConnection {
+class CInterfaceClientConnection : public vantrel::CClientConnection {
   public:
     // The services outlive the connection.
     explicit CInterfaceClientConnection(SourceServices& services) : m_services(services) {}
@@ -48,41 +51,41 @@ class CInterfaceClientConnection : public CClientConnection {
 
     // Binds a link to its variable, which has been registered, and lets it go before the variable
     // is unregistered.
-    void AttachVarOwner(CVarVal& variable, CInterfaceObj& owner);
+    void AttachVarOwner(vantrel::CVarVal& variable, CInterfaceObj& owner);
     void DetachVarOwner(CInterfaceObj& owner);
 
     // Documents that hear of changes in reports of a kind, each once; false when the kind is none
     // of a report or the document is there already. Not owned.
-    bool AddNotifyDoc(ValueKind kind, CKalvexDoc& document);
-    void RemoveNotifyDoc(ValueKind kind, CKalvexDoc& document);
+    bool AddNotifyDoc(value::ValueKind kind, engine::CKalvexDoc& document);
+    void RemoveNotifyDoc(value::ValueKind kind, engine::CKalvexDoc& document);
 
     // Logs an error about a server variable in the terms of each script that uses it. The text with
     // the variable's name in brackets behind it.
     std::string LogVariableError(std::string_view text, std::string_view variable);
 
   protected:
-    std::unique_ptr<CVarVal> CreateVarVal(std::string_view name) override;
-    bool IsVarInUse(const CVarVal& variable) const override;
-    std::uint32_t GetSubscribeFlags(const CVarVal& variable) const override;
+    std::unique_ptr<vantrel::CVarVal> CreateVarVal(std::string_view name) override;
+    bool IsVarInUse(const vantrel::CVarVal& variable) const override;
+    std::uint32_t GetSubscribeFlags(const vantrel::CVarVal& variable) const override;
 
-    void OnConnectionFault(ConnectionFault fault, std::uint32_t code) override;
+    void OnConnectionFault(vantrel::ConnectionFault fault, std::uint32_t code) override;
     void OnServerAccess(bool denied, std::string_view text) override;
     void OnConnect() override;
     void OnDisconnect(std::uint32_t reason) override;
     void OnVariableList() override;
     void OnDataArrived() override;
-    void OnVarAccessError(const CRequestRecord& record) override;
-    void OnCurrentDataModifyAck(const CRequestRecord& record) override;
-    void OnReportModifyError(ValueKind kind, const CRequestRecord& record) override;
-    void OnReportChange(ValueKind kind, std::int64_t time) override;
+    void OnVarAccessError(const vantrel::CRequestRecord& record) override;
+    void OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) override;
+    void OnReportModifyError(value::ValueKind kind, const vantrel::CRequestRecord& record) override;
+    void OnReportChange(value::ValueKind kind, std::int64_t time) override;
 
   private:
     void Log(const char* polish, std::initializer_list<std::string_view> arguments, int level);
-    std::vector<CKalvexDoc*>* FindNotifyDocs(ValueKind kind);
+    std::vector<engine::CKalvexDoc*>* FindNotifyDocs(value::ValueKind kind);
 
     SourceServices& m_services;
     bool m_fDataReady = false;
-    std::array<std::vector<CKalvexDoc*>, kReportKinds.size()> m_arrNotifyDocs;
+    std::array<std::vector<engine::CKalvexDoc*>, value::kReportKinds.size()> m_arrNotifyDocs;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

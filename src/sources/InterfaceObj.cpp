@@ -2,18 +2,18 @@
 
 #include "sources/ClientInterface.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 namespace {
 
-CVal Marked(CVal value) {
-    value.AddStatus(Status::Supervisory);
+value::CVal Marked(value::CVal value) {
+    value.AddStatus(value::Status::Supervisory);
     return value;
 }
 
 }  // namespace
 
-CInterfaceObj::CInterfaceObj(CKalvexDoc& document, CClientInterface& client,
+CInterfaceObj::CInterfaceObj(engine::CKalvexDoc& document, CClientInterface& client,
                              std::string_view source, std::string_view variable)
     : m_document(document), m_client(client), m_strSource(source), m_strVariable(variable) {}
 
@@ -22,50 +22,50 @@ CInterfaceClientConnection* CInterfaceObj::GetConnection() {
     return m_pConnection;
 }
 
-CVal* CInterfaceObj::CurrentValue() {
+value::CVal* CInterfaceObj::CurrentValue() {
     if (m_fLocked) return &m_LockedVal;
     return m_pVarVal == nullptr ? nullptr : &m_pVarVal->Value();
 }
 
-CReportSlot* CInterfaceObj::FindSlot(ValueKind kind) {
-    return IsReport(kind) ? &m_Slots[ReportIndex(kind)] : nullptr;
+CReportSlot* CInterfaceObj::FindSlot(value::ValueKind kind) {
+    return value::IsReport(kind) ? &m_Slots[value::ReportIndex(kind)] : nullptr;
 }
 
-CInterfaceObj::Outstanding CInterfaceObj::FindRequest(ValueKind kind) {
-    if (kind == KindArchive) return {&m_nArchRequest, &m_eArchState};
+CInterfaceObj::Outstanding CInterfaceObj::FindRequest(value::ValueKind kind) {
+    if (kind == value::KindArchive) return {&m_nArchRequest, &m_eArchState};
     CReportSlot* slot = FindSlot(kind);
     return {&slot->m_nRequest, &slot->m_eState};
 }
 
-RequestState CInterfaceObj::GetRequestState(ValueKind kind) {
+RequestState CInterfaceObj::GetRequestState(value::ValueKind kind) {
     return *FindRequest(kind).state;
 }
 
-bool CInterfaceObj::IsUsable(ValueKind kind) {
-    const CVal* value = nullptr;
-    if (kind == KindCurrent) {
+bool CInterfaceObj::IsUsable(value::ValueKind kind) {
+    const value::CVal* value = nullptr;
+    if (kind == value::KindCurrent) {
         value = CurrentValue();
     } else if (const CReportSlot* slot = FindSlot(kind); slot && slot->m_eState == RequestReady) {
         value = &slot->m_Value;
     }
     if (value == nullptr) return false;
-    if ((value->GetStatus() & Status::Unknown) != 0) return m_fIgnoreUnknown;
-    return value->GetType() != ValueType::None;
+    if ((value->GetStatus() & value::Status::Unknown) != 0) return m_fIgnoreUnknown;
+    return value->GetType() != value::ValueType::None;
 }
 
-void CInterfaceObj::ReadValue(CVal& out, ValueKind kind, bool skipCheck) {
-    out = CVal();
+void CInterfaceObj::ReadValue(value::CVal& out, value::ValueKind kind, bool skipCheck) {
+    out = value::CVal();
     if (!skipCheck && !IsUsable(kind)) return;
-    if (kind == KindCurrent) {
-        if (const CVal* value = CurrentValue()) out = *value;
+    if (kind == value::KindCurrent) {
+        if (const value::CVal* value = CurrentValue()) out = *value;
     } else if (const CReportSlot* slot = FindSlot(kind); slot && slot->m_eState == RequestReady) {
         out = slot->m_Value;
     }
 }
 
-bool CInterfaceObj::IsAnswered(ValueKind kind) {
-    if (kind == KindCurrent) return true;
-    return IsStored(kind) && GetRequestState(kind) != RequestWaiting;
+bool CInterfaceObj::IsAnswered(value::ValueKind kind) {
+    if (kind == value::KindCurrent) return true;
+    return value::IsStored(kind) && GetRequestState(kind) != RequestWaiting;
 }
 
 void CInterfaceObj::SetLocked(bool flag) {
@@ -73,19 +73,19 @@ void CInterfaceObj::SetLocked(bool flag) {
     if (flag && m_pVarVal != nullptr) m_LockedVal = m_pVarVal->Value();
 }
 
-bool CInterfaceObj::Write(CVal value) {
+bool CInterfaceObj::Write(value::CVal value) {
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
-    CVal marked = Marked(std::move(value));
+    value::CVal marked = Marked(std::move(value));
     connection->AddCurrentDataModifyRequest(m_strVariable, marked);
     connection->MakeCurrentDataModifyRequest();
-    CVal* target = CurrentValue();
+    value::CVal* target = CurrentValue();
     if (target == nullptr) return false;
     *target = std::move(marked);
     return true;
 }
 
-void CInterfaceObj::Assign(ValueKind kind, CVal value) {
+void CInterfaceObj::Assign(value::ValueKind kind, value::CVal value) {
     Cancel(kind);
     CReportSlot& slot = *FindSlot(kind);
     slot.m_eState = RequestReady;
@@ -93,7 +93,7 @@ void CInterfaceObj::Assign(ValueKind kind, CVal value) {
 }
 
 // Without a connection the state stays, for there is nobody to tell.
-void CInterfaceObj::Cancel(ValueKind kind) {
+void CInterfaceObj::Cancel(value::ValueKind kind) {
     const Outstanding request = FindRequest(kind);
     if (*request.state != RequestWaiting) return;
     GetConnection()->CancelDataRequest(kind, *request.id);
@@ -101,11 +101,11 @@ void CInterfaceObj::Cancel(ValueKind kind) {
 }
 
 void CInterfaceObj::CancelAll() {
-    for (const ValueKind kind : kReportKinds) Cancel(kind);
-    Cancel(KindArchive);
+    for (const value::ValueKind kind : value::kReportKinds) Cancel(kind);
+    Cancel(value::KindArchive);
 }
 
-bool CInterfaceObj::Request(ValueKind kind, std::int64_t from, std::int64_t to) {
+bool CInterfaceObj::Request(value::ValueKind kind, std::int64_t from, std::int64_t to) {
     Cancel(kind);
     m_ArchValues.RemoveAll();
     const Outstanding request = FindRequest(kind);
@@ -114,7 +114,7 @@ bool CInterfaceObj::Request(ValueKind kind, std::int64_t from, std::int64_t to) 
         *request.state = RequestFailed;
         return false;
     }
-    const bool single = IsReport(kind) && from == to;
+    const bool single = value::IsReport(kind) && from == to;
     *request.id = connection->AddDataRequest(kind, m_strVariable, from, to,
                                              single ? nullptr : &m_ArchValues, *this);
     *request.state = RequestWaiting;
@@ -122,22 +122,22 @@ bool CInterfaceObj::Request(ValueKind kind, std::int64_t from, std::int64_t to) 
     return true;
 }
 
-void CInterfaceObj::OnAnswer(ValueKind kind, CRequestRecord record) {
+void CInterfaceObj::OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) {
     RequestState& state = *FindRequest(kind).state;
-    const bool failed = record.result != ResultOk;
+    const bool failed = record.result != vantrel::ResultOk;
     state = failed ? RequestFailed : RequestReady;
     CReportSlot* slot = FindSlot(kind);
     if (slot == nullptr) return;
     if (failed) {
-        slot->m_Value.SetType(ValueType::None);
-        slot->m_Value.SetStatus(Status::Unknown);
+        slot->m_Value.SetType(value::ValueType::None);
+        slot->m_Value.SetStatus(value::Status::Unknown);
     } else if (record.list == nullptr) {
         slot->m_Value = std::move(record.value);
     }
 }
 
-bool CInterfaceObj::Put(ValueKind kind, std::int64_t time, CVal value, bool send) {
-    if (!IsReport(kind)) return false;
+bool CInterfaceObj::Put(value::ValueKind kind, std::int64_t time, value::CVal value, bool send) {
+    if (!value::IsReport(kind)) return false;
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
     connection->AddReportModifyRequest(kind, m_strVariable, time, Marked(std::move(value)));
@@ -145,7 +145,7 @@ bool CInterfaceObj::Put(ValueKind kind, std::int64_t time, CVal value, bool send
     return true;
 }
 
-bool CInterfaceObj::PutArchive(CArchiveValueList& list) {
+bool CInterfaceObj::PutArchive(value::CArchiveValueList& list) {
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr || list.GetSize() == 0) return false;
     list.SortTimes();
@@ -155,11 +155,11 @@ bool CInterfaceObj::PutArchive(CArchiveValueList& list) {
     return true;
 }
 
-bool CInterfaceObj::Order(PeriodAction action, ValueKind kind, std::int64_t time) {
+bool CInterfaceObj::Order(vantrel::PeriodAction action, value::ValueKind kind, std::int64_t time) {
     CInterfaceClientConnection* connection = GetConnection();
     if (connection == nullptr) return false;
     connection->MakePeriodRequest(action, kind, m_strVariable, time);
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -13,7 +13,7 @@
 #include "value/Value.h"
 #include "vantrel/Requests.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 class CClientInterface;
 class CInterfaceClientConnection;
@@ -27,17 +27,17 @@ enum RequestState {
 };
 
 struct CReportSlot {
-    CVal m_Value;
-    RequestId m_nRequest = 0;
+    value::CVal m_Value;
+    vantrel::RequestId m_nRequest = 0;
     RequestState m_eState = RequestNone;
 };
 
-class CInterfaceObj final : public CAnswerWindow {
+class CInterfaceObj final : public vantrel::CAnswerWindow {
   public:
-    CInterfaceObj(CKalvexDoc& document, CClientInterface& client, std::string_view source,
+    CInterfaceObj(engine::CKalvexDoc& document, CClientInterface& client, std::string_view source,
                   std::string_view variable);
 
-    CKalvexDoc& GetDocument() const { return m_document; }
+    engine::CKalvexDoc& GetDocument() const { return m_document; }
     const std::string& GetSource() const { return m_strSource; }
     const std::string& GetVariable() const { return m_strVariable; }
 
@@ -50,19 +50,19 @@ class CInterfaceObj final : public CAnswerWindow {
 
     // The value that reads of the current data see: the snapshot under a lock, otherwise the live
     // one. Null when the variable is not registered.
-    CVal* CurrentValue();
+    value::CVal* CurrentValue();
 
     // A value may be read: it is there and not unknown, unless unknown values are to be taken.
-    bool IsUsable(ValueKind kind);
+    bool IsUsable(value::ValueKind kind);
     // Empty where nothing is to be had, and for an unusable value unless the check is skipped.
-    void ReadValue(CVal& out, ValueKind kind, bool skipCheck);
+    void ReadValue(value::CVal& out, value::ValueKind kind, bool skipCheck);
 
     // The slot of a report kind, null for another kind.
-    CReportSlot* FindSlot(ValueKind kind);
+    CReportSlot* FindSlot(value::ValueKind kind);
     // No answer is outstanding; true for the current value.
-    bool IsAnswered(ValueKind kind);
-    RequestState GetRequestState(ValueKind kind);  // of a report kind or the archive
-    const CArchiveValueList& GetArchValues() const { return m_ArchValues; }
+    bool IsAnswered(value::ValueKind kind);
+    RequestState GetRequestState(value::ValueKind kind);  // of a report kind or the archive
+    const value::CArchiveValueList& GetArchValues() const { return m_ArchValues; }
 
     bool IsLocked() const { return m_fLocked; }
     void SetLocked(bool flag);
@@ -70,39 +70,39 @@ class CInterfaceObj final : public CAnswerWindow {
     void SetIgnoreUnknown(bool flag) { m_fIgnoreUnknown = flag; }
 
     // False without a connection, in which case nothing happens to the server's data.
-    bool Write(CVal value);  // the current value, here and on the server
-    void Assign(ValueKind kind, CVal value);
-    bool Request(ValueKind kind, std::int64_t from, std::int64_t to);
-    bool Put(ValueKind kind, std::int64_t time, CVal value, bool send);
-    bool PutArchive(CArchiveValueList& list);
-    bool Order(PeriodAction action, ValueKind kind, std::int64_t time);
+    bool Write(value::CVal value);  // the current value, here and on the server
+    void Assign(value::ValueKind kind, value::CVal value);
+    bool Request(value::ValueKind kind, std::int64_t from, std::int64_t to);
+    bool Put(value::ValueKind kind, std::int64_t time, value::CVal value, bool send);
+    bool PutArchive(value::CArchiveValueList& list);
+    bool Order(vantrel::PeriodAction action, value::ValueKind kind, std::int64_t time);
 
     // Lets go of all that waits for the server.
     void CancelAll();
-    void OnAnswer(ValueKind kind, CRequestRecord record) override;
+    void OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) override;
 
   private:
     struct Outstanding {
-        RequestId* id;
+        vantrel::RequestId* id;
         RequestState* state;
     };
 
-    Outstanding FindRequest(ValueKind kind);
-    void Cancel(ValueKind kind);
+    Outstanding FindRequest(value::ValueKind kind);
+    void Cancel(value::ValueKind kind);
 
-    CKalvexDoc& m_document;
+    engine::CKalvexDoc& m_document;
     CClientInterface& m_client;
     std::string m_strSource;
     std::string m_strVariable;
     CInterfaceClientConnection* m_pConnection = nullptr;  // once found it stays
     CVarReg* m_pVarVal = nullptr;
-    CVal m_LockedVal;
+    value::CVal m_LockedVal;
     bool m_fLocked = false;
     bool m_fIgnoreUnknown = false;
-    std::array<CReportSlot, kReportKinds.size()> m_Slots;
-    CArchiveValueList m_ArchValues;
-    RequestId m_nArchRequest = 0;
+    std::array<CReportSlot, value::kReportKinds.size()> m_Slots;
+    value::CArchiveValueList m_ArchValues;
+    vantrel::RequestId m_nArchRequest = 0;
     RequestState m_eArchState = RequestNone;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -6,71 +6,73 @@
 #include "sources/SourceFamilies.h"
 #include "text/LineScanner.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 namespace {
 
 // The kind for one of the four words of reports.
-ValueKind ReportKind(std::string_view word) {
-    const ValueKind kind = KindFromWord(word);
-    return IsReport(kind) ? kind : KindNone;
+value::ValueKind ReportKind(std::string_view word) {
+    const value::ValueKind kind = value::KindFromWord(word);
+    return value::IsReport(kind) ? kind : value::KindNone;
 }
 
-LineOutcome Enable(StatementCall& call, bool enable) {
-    const ValueKind kind = ReportKind(NextToken(call.rest));
-    const std::string_view source = NextToken(call.rest);
-    CScriptSources* sources = call.document.Services().sources;
-    if (sources == nullptr || kind == KindNone) return LineOutcome::Failed;
+engine::LineOutcome Enable(engine::StatementCall& call, bool enable) {
+    const value::ValueKind kind = ReportKind(text::NextToken(call.rest));
+    const std::string_view source = text::NextToken(call.rest);
+    engine::CScriptSources* sources = call.document.Services().sources;
+    if (sources == nullptr || kind == value::KindNone) return engine::LineOutcome::Failed;
     CReportNotifications& notifications = CReportNotifications::Of(call.document);
     CNotifyRecord* record = notifications.Find(kind, source);
     if (record == nullptr) {
         if (!enable || !sources->AddNotifyDoc(kind, source, call.document)) {
-            return LineOutcome::Failed;
+            return engine::LineOutcome::Failed;
         }
         record = &notifications.Add(kind, source);
     }
     record->bEnabled = enable;
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
 // The record that a function's arguments name; null when nothing was ever enabled.
-CNotifyRecord* RecordOf(FunctionCall& call) {
+CNotifyRecord* RecordOf(operands::FunctionCall& call) {
     auto* notifications =
-        call.script.FindPart<CReportNotifications>(DocumentPart::ReportNotifications);
+        call.script.FindPart<CReportNotifications>(operands::DocumentPart::ReportNotifications);
     if (notifications == nullptr) return nullptr;
     return notifications->Find(ReportKind(call.arguments[0]), call.arguments[1]);
 }
 
 }  // namespace
 
-CReportNotifications& CReportNotifications::Of(CKalvexDoc& document) {
-    return document.GetPart<CReportNotifications>(DocumentPart::ReportNotifications, document);
+CReportNotifications& CReportNotifications::Of(engine::CKalvexDoc& document) {
+    return document.GetPart<CReportNotifications>(operands::DocumentPart::ReportNotifications,
+                                                  document);
 }
 
 void CReportNotifications::ClearRunState() {
-    for (const ValueKind kind : kReportKinds) {
-        for (const CNotifyRecord& record : std::exchange(m_arrRecords[ReportIndex(kind)], {})) {
+    for (const value::ValueKind kind : value::kReportKinds) {
+        for (const CNotifyRecord& record :
+             std::exchange(m_arrRecords[value::ReportIndex(kind)], {})) {
             m_document.Services().sources->RemoveNotifyDoc(kind, record.strSource, m_document);
         }
     }
 }
 
-CNotifyRecord* CReportNotifications::Find(ValueKind kind, std::string_view source) {
-    if (!IsReport(kind)) return nullptr;
-    std::vector<CNotifyRecord>& records = m_arrRecords[ReportIndex(kind)];
+CNotifyRecord* CReportNotifications::Find(value::ValueKind kind, std::string_view source) {
+    if (!value::IsReport(kind)) return nullptr;
+    std::vector<CNotifyRecord>& records = m_arrRecords[value::ReportIndex(kind)];
     for (CNotifyRecord& record : records) {
         if (record.strSource == source) return &record;
     }
     return nullptr;
 }
 
-CNotifyRecord& CReportNotifications::Add(ValueKind kind, std::string_view source) {
-    CNotifyRecord& record = m_arrRecords[ReportIndex(kind)].emplace_back();
+CNotifyRecord& CReportNotifications::Add(value::ValueKind kind, std::string_view source) {
+    CNotifyRecord& record = m_arrRecords[value::ReportIndex(kind)].emplace_back();
     record.strSource = source;
     return record;
 }
 
-void CReportNotifications::OnReportChange(ValueKind kind, std::string_view source,
+void CReportNotifications::OnReportChange(value::ValueKind kind, std::string_view source,
                                           std::int64_t time) {
     CNotifyRecord* record = Find(kind, source);
     if (record == nullptr || !record->bEnabled) return;
@@ -78,29 +80,29 @@ void CReportNotifications::OnReportChange(ValueKind kind, std::string_view sourc
     if (std::find(times.begin(), times.end(), time) == times.end()) times.push_back(time);
 }
 
-LineOutcome ExecuteEnableNotify(StatementCall& call) {
+engine::LineOutcome ExecuteEnableNotify(engine::StatementCall& call) {
     return Enable(call, true);
 }
 
-LineOutcome ExecuteDisableNotify(StatementCall& call) {
+engine::LineOutcome ExecuteDisableNotify(engine::StatementCall& call) {
     return Enable(call, false);
 }
 
-FunctionResult Notify(FunctionCall& call) {
+operands::FunctionResult Notify(operands::FunctionCall& call) {
     CNotifyRecord* record = RecordOf(call);
     std::int64_t time = 0;
     if (record != nullptr && record->bEnabled && !record->arrTimes.empty()) {
         time = record->arrTimes.front();
         record->arrTimes.pop_front();
     }
-    call.out = CVal(time);
-    return FunctionResult::Done;
+    call.out = value::CVal(time);
+    return operands::FunctionResult::Done;
 }
 
-FunctionResult NotifyQueueCount(FunctionCall& call) {
+operands::FunctionResult NotifyQueueCount(operands::FunctionCall& call) {
     const CNotifyRecord* record = RecordOf(call);
-    call.out = CVal(record == nullptr ? 0 : static_cast<int>(record->arrTimes.size()));
-    return FunctionResult::Done;
+    call.out = value::CVal(record == nullptr ? 0 : static_cast<int>(record->arrTimes.size()));
+    return operands::FunctionResult::Done;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

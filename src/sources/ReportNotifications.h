@@ -12,7 +12,7 @@
 #include "engine/ScriptDocument.h"
 #include "operands/DocumentPart.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 struct CNotifyRecord {
     std::string strSource;
@@ -20,26 +20,26 @@ struct CNotifyRecord {
     std::deque<std::int64_t> arrTimes;  // oldest first, no time twice
 };
 
-class CReportNotifications final : public CDocumentPart {
+class CReportNotifications final : public operands::CDocumentPart {
   public:
-    explicit CReportNotifications(CKalvexDoc& document) : m_document(document) {}
+    explicit CReportNotifications(engine::CKalvexDoc& document) : m_document(document) {}
 
     // The notifications of a document, made at first use.
-    static CReportNotifications& Of(CKalvexDoc& document);
+    static CReportNotifications& Of(engine::CKalvexDoc& document);
 
     // Empties the queues and takes the document off the connections.
     void ClearRunState() override;
 
     // Null when there is none, and for a kind that is none of a report.
-    CNotifyRecord* Find(ValueKind kind, std::string_view source);
-    CNotifyRecord& Add(ValueKind kind, std::string_view source);
+    CNotifyRecord* Find(value::ValueKind kind, std::string_view source);
+    CNotifyRecord& Add(value::ValueKind kind, std::string_view source);
 
     // Puts the time into the queue if that is enabled and does not hold it yet.
-    void OnReportChange(ValueKind kind, std::string_view source, std::int64_t time);
+    void OnReportChange(value::ValueKind kind, std::string_view source, std::int64_t time);
 
   private:
-    CKalvexDoc& m_document;
-    std::array<std::vector<CNotifyRecord>, kReportKinds.size()> m_arrRecords;
+    engine::CKalvexDoc& m_document;
+    std::array<std::vector<CNotifyRecord>, value::kReportKinds.size()> m_arrRecords;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

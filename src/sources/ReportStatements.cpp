@@ -10,7 +10,7 @@
 #include "text/LineScanner.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 namespace {
 
@@ -19,27 +19,27 @@ constexpr std::size_t kTimeLength = 5;
 
 // At which parameters a lone "-" is a sign; the first has bit 0.
 struct SignRow {
-    ValueKind kind;
+    value::ValueKind kind;
     unsigned get;
     unsigned put;
     unsigned init;
 };
 
 constexpr SignRow kSigns[] = {
-    {KindHour, 0b010010, 0b100110, 0b010000},
-    {KindDay, 0b001010, 0b010110, 0b001000},
-    {KindMonth, 0b000110, 0b001110, 0b000100},
-    {KindSpan, 0b000010, 0b000010, 0b000010},
-    {KindArchive, 0, 0, 0b010000},
+    {value::KindHour, 0b010010, 0b100110, 0b010000},
+    {value::KindDay, 0b001010, 0b010110, 0b001000},
+    {value::KindMonth, 0b000110, 0b001110, 0b000100},
+    {value::KindSpan, 0b000010, 0b000010, 0b000010},
+    {value::KindArchive, 0, 0, 0b010000},
 };
 
-const SignRow& SignsOf(ValueKind kind) {
+const SignRow& SignsOf(value::ValueKind kind) {
     return *std::find_if(std::begin(kSigns), std::end(kSigns),
                          [kind](const SignRow& row) { return row.kind == kind; });
 }
 
-CVariable* TakeVariable(StatementCall& call, std::string_view& name) {
-    name = NextToken(call.rest);
+operands::CVariable* TakeVariable(engine::StatementCall& call, std::string_view& name) {
+    name = text::NextToken(call.rest);
     return call.document.FindNamed(name);
 }
 
@@ -50,10 +50,10 @@ struct Period {
     int next = 0;            // index of the token behind the time
 };
 
-bool IsShortForm(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kind, int values,
-                 bool& shortForm) {
+bool IsShortForm(engine::CKalvexDoc& document, const ReportTokens& tokens, value::ValueKind kind,
+                 int values, bool& shortForm) {
     shortForm = tokens[2 + values].empty();
-    if (kind != KindMonth) return true;
+    if (kind != value::KindMonth) return true;
     std::int32_t first = 0;
     if (!ReadInteger(document, tokens[0], first)) return FailParameters(document);
     const std::size_t yearLength = kTimeLength - 1 + static_cast<std::size_t>(values);
@@ -62,9 +62,9 @@ bool IsShortForm(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kin
 }
 
 // `values` is the number of values among the parameters: 0 for GET, 1 for PUT.
-bool LocatePeriod(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kind, int values,
-                  Period& period) {
-    if (kind == KindSpan) {
+bool LocatePeriod(engine::CKalvexDoc& document, const ReportTokens& tokens, value::ValueKind kind,
+                  int values, Period& period) {
+    if (kind == value::KindSpan) {
         const bool year = tokens[0].size() < kTimeLength;
         period.next = 2;
         return (year ? BuildDate(document, tokens, kind, period.time)
@@ -80,11 +80,13 @@ bool LocatePeriod(CKalvexDoc& document, const ReportTokens& tokens, ValueKind ki
 }
 
 // The value that a name with its suffix means; error 2 when it has none.
-bool ReadNamedValue(CKalvexDoc& document, CVariable& variable, std::string_view name, CVal& value) {
-    if (EvaluateOperand(document, name, value, variable.GetValueType(KindCurrent, 1), true)) {
+bool ReadNamedValue(engine::CKalvexDoc& document, operands::CVariable& variable,
+                    std::string_view name, value::CVal& value) {
+    if (operands::EvaluateOperand(document, name, value,
+                                  variable.GetValueType(value::KindCurrent, 1), true)) {
         return true;
     }
-    return document.Fail(ErrorBadVariableName, name);
+    return document.Fail(operands::ErrorBadVariableName, name);
 }
 
 // A text whose first and last character are taken for its quotes.
@@ -94,139 +96,144 @@ std::string WithoutQuotes(const std::string& token) {
 
 }  // namespace
 
-LineOutcome ExecuteGet(StatementCall& call) {
-    CKalvexDoc& document = call.document;
+engine::LineOutcome ExecuteGet(engine::StatementCall& call) {
+    engine::CKalvexDoc& document = call.document;
     std::string_view name;
-    CVariable* variable = TakeVariable(call, name);
-    if (variable == nullptr) return LineOutcome::Failed;
-    const std::string_view word = NextToken(call.rest);
+    operands::CVariable* variable = TakeVariable(call, name);
+    if (variable == nullptr) return engine::LineOutcome::Failed;
+    const std::string_view word = text::NextToken(call.rest);
     if (word.empty()) {
-        CVal value;
+        value::CVal value;
         if (ReadNamedValue(document, *variable, name, value)) {
-            variable->RequestRange(GetValueKind(name), value.GetTime(), value.GetTime());
+            variable->RequestRange(value::GetValueKind(name), value.GetTime(), value.GetTime());
         }
-        return LineOutcome::Finished;
+        return engine::LineOutcome::Finished;
     }
-    const ValueKind kind = KindFromWord(word);
-    if (kind == KindCurrent) return LineOutcome::Finished;
-    if (!IsReport(kind)) return document.Fail(ErrorUnknownKeyword, word);
+    const value::ValueKind kind = value::KindFromWord(word);
+    if (kind == value::KindCurrent) return engine::LineOutcome::Finished;
+    if (!value::IsReport(kind)) return document.Fail(operands::ErrorUnknownKeyword, word);
     const ReportTokens tokens(call.rest, SignsOf(kind).get);
     Period period;
-    if (!LocatePeriod(document, tokens, kind, 0, period)) return LineOutcome::Failed;
+    if (!LocatePeriod(document, tokens, kind, 0, period)) return engine::LineOutcome::Failed;
     variable->RequestRange(kind, period.time, period.time);
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-LineOutcome ExecutePut(StatementCall& call) {
-    CKalvexDoc& document = call.document;
+engine::LineOutcome ExecutePut(engine::StatementCall& call) {
+    engine::CKalvexDoc& document = call.document;
     std::string_view name;
-    CVariable* variable = TakeVariable(call, name);
-    if (variable == nullptr) return LineOutcome::Failed;
-    const std::string_view word = NextToken(call.rest);
-    CVal value;
+    operands::CVariable* variable = TakeVariable(call, name);
+    if (variable == nullptr) return engine::LineOutcome::Failed;
+    const std::string_view word = text::NextToken(call.rest);
+    value::CVal value;
     if (word.empty()) {
         if (ReadNamedValue(document, *variable, name, value)) {
-            variable->PutValue(GetValueKind(name), value.GetTime(), value, true);
+            variable->PutValue(value::GetValueKind(name), value.GetTime(), value, true);
         }
-        return LineOutcome::Finished;
+        return engine::LineOutcome::Finished;
     }
-    const ValueKind kind = KindFromWord(word);
-    if (kind == KindCurrent) return LineOutcome::Finished;
-    if (!IsReport(kind)) return document.Fail(ErrorUnknownKeyword, word);
+    const value::ValueKind kind = value::KindFromWord(word);
+    if (kind == value::KindCurrent) return engine::LineOutcome::Finished;
+    if (!value::IsReport(kind)) return document.Fail(operands::ErrorUnknownKeyword, word);
     const ReportTokens tokens(call.rest, SignsOf(kind).put);
     Period period;
-    if (!LocatePeriod(document, tokens, kind, 1, period)) return LineOutcome::Failed;
+    if (!LocatePeriod(document, tokens, kind, 1, period)) return engine::LineOutcome::Failed;
     const std::string& text = tokens[period.next];
     if (text.empty()) return FailParameters(document);
-    if (EvaluateOperand(document, text, value, variable->GetValueType(KindCurrent, 1), true)) {
+    if (operands::EvaluateOperand(document, text, value,
+                                  variable->GetValueType(value::KindCurrent, 1), true)) {
         variable->PutValue(kind, period.time, value, true);
-    } else if (kind != KindHour) {
-        variable->PutValue(kind, period.time, CVal(WithoutQuotes(text)), true);
+    } else if (kind != value::KindHour) {
+        variable->PutValue(kind, period.time, value::CVal(WithoutQuotes(text)), true);
     } else if (period.shortForm) {
-        document.SetError(ErrorBadVariableName, text, false);
+        document.SetError(operands::ErrorBadVariableName, text, false);
     }
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
 // ---- the server's own work
 
 namespace {
 
-using PeriodOperation = int (CVariable::*)(ValueKind kind, std::int64_t time);
+using PeriodOperation = int (operands::CVariable::*)(value::ValueKind kind, std::int64_t time);
 
 // What a data type in the statement asks for; KindNone asks for nothing.
 struct WorkRow {
-    ValueKind kind;
-    ValueKind asked;
+    value::ValueKind kind;
+    value::ValueKind asked;
 };
 
 // The archive's midnight counts to the day that ends there.
-bool ReadArchiveTime(CKalvexDoc& document, const ReportTokens& tokens, std::int64_t& time) {
+bool ReadArchiveTime(engine::CKalvexDoc& document, const ReportTokens& tokens, std::int64_t& time) {
     time = 0;
     if (!tokens[0].empty()) {
-        if (!BuildDate(document, tokens, KindHour, time)) return false;
-        ShiftByToken(document, tokens[CountDateParts(KindHour)], KindHour, time);
+        if (!BuildDate(document, tokens, value::KindHour, time)) return false;
+        ShiftByToken(document, tokens[CountDateParts(value::KindHour)], value::KindHour, time);
     }
-    if (GetLocalHour(time) == 0) --time;
+    if (value::GetLocalHour(time) == 0) --time;
     return true;
 }
 
-bool ReadWorkTime(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kind,
+bool ReadWorkTime(engine::CKalvexDoc& document, const ReportTokens& tokens, value::ValueKind kind,
                   std::int64_t& time) {
-    if (kind == KindArchive) return ReadArchiveTime(document, tokens, time);
+    if (kind == value::KindArchive) return ReadArchiveTime(document, tokens, time);
     if (!BuildDate(document, tokens, kind, time)) return false;
     const std::string& next = tokens[CountDateParts(kind)];
-    if (kind == KindSpan) return ChooseSpan(document, next, time);
+    if (kind == value::KindSpan) return ChooseSpan(document, next, time);
     ShiftByToken(document, next, kind, time);
     return true;
 }
 
-LineOutcome AskForWork(StatementCall& call, std::span<const WorkRow> rows,
-                       PeriodOperation operation) {
+engine::LineOutcome AskForWork(engine::StatementCall& call, std::span<const WorkRow> rows,
+                               PeriodOperation operation) {
     std::string_view name;
-    CVariable* variable = TakeVariable(call, name);
-    if (variable == nullptr) return LineOutcome::Failed;
-    const std::string_view word = NextToken(call.rest);
-    const ValueKind kind = KindFromWord(word);
+    operands::CVariable* variable = TakeVariable(call, name);
+    if (variable == nullptr) return engine::LineOutcome::Failed;
+    const std::string_view word = text::NextToken(call.rest);
+    const value::ValueKind kind = value::KindFromWord(word);
     const auto row = std::find_if(rows.begin(), rows.end(),
                                   [kind](const WorkRow& work) { return work.kind == kind; });
-    if (row == rows.end()) return call.document.Fail(ErrorUnknownKeyword, word);
-    if (row->asked == KindNone) return LineOutcome::Finished;
+    if (row == rows.end()) return call.document.Fail(operands::ErrorUnknownKeyword, word);
+    if (row->asked == value::KindNone) return engine::LineOutcome::Finished;
     const ReportTokens tokens(call.rest, SignsOf(kind).init);
     std::int64_t time = 0;
-    if (!ReadWorkTime(call.document, tokens, kind, time)) return LineOutcome::Failed;
+    if (!ReadWorkTime(call.document, tokens, kind, time)) return engine::LineOutcome::Failed;
     (variable->*operation)(row->asked, time);
-    return LineOutcome::Finished;
+    return engine::LineOutcome::Finished;
 }
 
-constexpr WorkRow kReports[] = {
-    {KindHour, KindHour}, {KindDay, KindDay}, {KindMonth, KindMonth}, {KindSpan, KindSpan}};
-constexpr WorkRow kReportsAndArchive[] = {{KindHour, KindHour},
-                                          {KindDay, KindDay},
-                                          {KindMonth, KindMonth},
-                                          {KindSpan, KindSpan},
-                                          {KindArchive, KindArchive}};
-constexpr WorkRow kArchive[] = {{KindArchive, KindArchive}};
+constexpr WorkRow kReports[] = {{value::KindHour, value::KindHour},
+                                {value::KindDay, value::KindDay},
+                                {value::KindMonth, value::KindMonth},
+                                {value::KindSpan, value::KindSpan}};
+constexpr WorkRow kReportsAndArchive[] = {{value::KindHour, value::KindHour},
+                                          {value::KindDay, value::KindDay},
+                                          {value::KindMonth, value::KindMonth},
+                                          {value::KindSpan, value::KindSpan},
+                                          {value::KindArchive, value::KindArchive}};
+constexpr WorkRow kArchive[] = {{value::KindArchive, value::KindArchive}};
 // The servers expect a span's calculation under the month's request, and none for a month.
-constexpr WorkRow kCalculations[] = {
-    {KindHour, KindHour}, {KindDay, KindDay}, {KindMonth, KindNone}, {KindSpan, KindMonth}};
+constexpr WorkRow kCalculations[] = {{value::KindHour, value::KindHour},
+                                     {value::KindDay, value::KindDay},
+                                     {value::KindMonth, value::KindNone},
+                                     {value::KindSpan, value::KindMonth}};
 
 }  // namespace
 
-LineOutcome ExecuteInit(StatementCall& call) {
-    return AskForWork(call, kReports, &CVariable::InitReport);
+engine::LineOutcome ExecuteInit(engine::StatementCall& call) {
+    return AskForWork(call, kReports, &operands::CVariable::InitReport);
 }
 
-LineOutcome ExecuteInitLoad(StatementCall& call) {
-    return AskForWork(call, kReportsAndArchive, &CVariable::InitLoad);
+engine::LineOutcome ExecuteInitLoad(engine::StatementCall& call) {
+    return AskForWork(call, kReportsAndArchive, &operands::CVariable::InitLoad);
 }
 
-LineOutcome ExecuteInitLoadRefresh(StatementCall& call) {
-    return AskForWork(call, kArchive, &CVariable::InitLoadRefresh);
+engine::LineOutcome ExecuteInitLoadRefresh(engine::StatementCall& call) {
+    return AskForWork(call, kArchive, &operands::CVariable::InitLoadRefresh);
 }
 
-LineOutcome ExecuteInitCalc(StatementCall& call) {
-    return AskForWork(call, kCalculations, &CVariable::InitCalc);
+engine::LineOutcome ExecuteInitCalc(engine::StatementCall& call) {
+    return AskForWork(call, kCalculations, &operands::CVariable::InitCalc);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

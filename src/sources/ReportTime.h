@@ -8,7 +8,7 @@
 
 #include "engine/ScriptDocument.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 // The parameters behind the data type, in order; empty where there is none.
 class ReportTokens {
@@ -28,26 +28,27 @@ class ReportTokens {
 };
 
 // Number of date parts that name a period of the kind.
-int CountDateParts(ValueKind kind);
+int CountDateParts(value::ValueKind kind);
 
 // An operand read as an integer.
-bool ReadInteger(CKalvexDoc& document, std::string_view token, std::int32_t& number);
+bool ReadInteger(engine::CKalvexDoc& document, std::string_view token, std::int32_t& number);
 
 // The functions below record an error of their own and answer false when there is no time.
 
 // Year, month, day, hour, as many as the kind has; a span's time is the first of the year.
-bool BuildDate(CKalvexDoc& document, const ReportTokens& tokens, ValueKind kind,
+bool BuildDate(engine::CKalvexDoc& document, const ReportTokens& tokens, value::ValueKind kind,
                std::int64_t& time);
 // A time as it stands.
-bool ReadTime(CKalvexDoc& document, std::string_view token, std::int64_t& time);
+bool ReadTime(engine::CKalvexDoc& document, std::string_view token, std::int64_t& time);
 // Moves the start of a year, or any time, on to the span of that number.
-bool ChooseSpan(CKalvexDoc& document, std::string_view number, std::int64_t& time);
+bool ChooseSpan(engine::CKalvexDoc& document, std::string_view number, std::int64_t& time);
 
 // Moves the time by as many hours, days or months as the token says; one that says nothing moves
 // nothing.
-void ShiftByToken(CKalvexDoc& document, std::string_view token, ValueKind kind, std::int64_t& time);
+void ShiftByToken(engine::CKalvexDoc& document, std::string_view token, value::ValueKind kind,
+                  std::int64_t& time);
 
 // Records that parameters are missing or make no sense, for a handler to return.
-Failure FailParameters(CKalvexDoc& document);
+operands::Failure FailParameters(engine::CKalvexDoc& document);
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

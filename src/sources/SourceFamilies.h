@@ -5,24 +5,24 @@
 #include "engine/Statement.h"
 #include "operands/KeywordFunction.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
 // Reports
-LineOutcome ExecuteGet(StatementCall& call);
-LineOutcome ExecutePut(StatementCall& call);
-LineOutcome ExecuteInit(StatementCall& call);
-LineOutcome ExecuteInitLoad(StatementCall& call);
-LineOutcome ExecuteInitLoadRefresh(StatementCall& call);
-LineOutcome ExecuteInitCalc(StatementCall& call);
+engine::LineOutcome ExecuteGet(engine::StatementCall& call);
+engine::LineOutcome ExecutePut(engine::StatementCall& call);
+engine::LineOutcome ExecuteInit(engine::StatementCall& call);
+engine::LineOutcome ExecuteInitLoad(engine::StatementCall& call);
+engine::LineOutcome ExecuteInitLoadRefresh(engine::StatementCall& call);
+engine::LineOutcome ExecuteInitCalc(engine::StatementCall& call);
 
 // Value sets
-LineOutcome ExecuteMGet(StatementCall& call);
-LineOutcome ExecuteMPut(StatementCall& call);
+engine::LineOutcome ExecuteMGet(engine::StatementCall& call);
+engine::LineOutcome ExecuteMPut(engine::StatementCall& call);
 
 // Report change notifications
-LineOutcome ExecuteEnableNotify(StatementCall& call);
-LineOutcome ExecuteDisableNotify(StatementCall& call);
-FunctionResult Notify(FunctionCall& call);
-FunctionResult NotifyQueueCount(FunctionCall& call);
+engine::LineOutcome ExecuteEnableNotify(engine::StatementCall& call);
+engine::LineOutcome ExecuteDisableNotify(engine::StatementCall& call);
+operands::FunctionResult Notify(operands::FunctionCall& call);
+operands::FunctionResult NotifyQueueCount(operands::FunctionCall& call);
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

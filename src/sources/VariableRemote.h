@@ -11,39 +11,40 @@
 #include "sources/InterfaceObj.h"
 #include "vantrel/VarVal.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 
-class CVariableRemote final : public CVariable {
+class CVariableRemote final : public operands::CVariable {
   public:
     CVariableRemote(std::string_view name, std::unique_ptr<CInterfaceObj> link)
-        : CVariable(name), m_pLink(std::move(link)) {}
+        : operands::CVariable(name), m_pLink(std::move(link)) {}
 
-    VariableKind GetKind() const override { return VariableRemote; }
+    operands::VariableKind GetKind() const override { return operands::VariableRemote; }
     // A value that is unusable, or was never there, leaves an empty `out`.
-    int GetValue(CVal& out, ValueKind kind, int mode) override;
+    int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
     // The current value goes to the server and is seen here at once; a report value stays here.
-    int SetValue(const CVal& value, ValueKind kind) override;
-    int GetValueType(ValueKind kind, int mode) override;
-    int GetStatus(std::uint16_t* out, ValueKind kind) override;
-    int SetStatus(std::uint16_t word, ValueKind kind) override;
+    int SetValue(const value::CVal& value, value::ValueKind kind) override;
+    int GetValueType(value::ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, value::ValueKind kind) override;
+    int SetStatus(std::uint16_t word, value::ValueKind kind) override;
     int GetTime(std::int64_t* out,
-                ValueKind kind) override;  // of a report: the start of its period
-    int SetTime(std::int64_t time, ValueKind kind) override;
-    int CopyFrom(CVariable* source, ValueKind kind) override;
-    int GetNameValueText(std::string& out, ValueKind kind) override;
-    int SetValueText(std::string_view text, ValueKind kind) override;
-    int IsReportLoaded(ValueKind kind) override;
-    int IsReportInited(ValueKind kind) override;
-    int RequestRange(ValueKind kind, std::int64_t from, std::int64_t to) override;
+                value::ValueKind kind) override;  // of a report: the start of its period
+    int SetTime(std::int64_t time, value::ValueKind kind) override;
+    int CopyFrom(operands::CVariable* source, value::ValueKind kind) override;
+    int GetNameValueText(std::string& out, value::ValueKind kind) override;
+    int SetValueText(std::string_view text, value::ValueKind kind) override;
+    int IsReportLoaded(value::ValueKind kind) override;
+    int IsReportInited(value::ValueKind kind) override;
+    int RequestRange(value::ValueKind kind, std::int64_t from, std::int64_t to) override;
     std::int64_t GetRequestStart() override { return m_tFrom; }
     std::int64_t GetRequestEnd() override { return m_tTo; }
-    int IsReady(ValueKind kind) override { return m_pLink->IsAnswered(kind); }
-    int PutValue(ValueKind kind, std::int64_t time, const CVal& value, bool send) override;
-    int FlushPuts(CArchiveValueList& list) override { return m_pLink->PutArchive(list); }
-    int InitLoad(ValueKind kind, std::int64_t time) override;
-    int InitLoadRefresh(ValueKind kind, std::int64_t time) override;
-    int InitReport(ValueKind kind, std::int64_t time) override;
-    int InitCalc(ValueKind kind, std::int64_t time) override;
+    int IsReady(value::ValueKind kind) override { return m_pLink->IsAnswered(kind); }
+    int PutValue(value::ValueKind kind, std::int64_t time, const value::CVal& value,
+                 bool send) override;
+    int FlushPuts(value::CArchiveValueList& list) override { return m_pLink->PutArchive(list); }
+    int InitLoad(value::ValueKind kind, std::int64_t time) override;
+    int InitLoadRefresh(value::ValueKind kind, std::int64_t time) override;
+    int InitReport(value::ValueKind kind, std::int64_t time) override;
+    int InitCalc(value::ValueKind kind, std::int64_t time) override;
     int SetLocked(bool flag) override;
     int SetIgnoreUnknown(bool flag) override;
     CInterfaceObj* GetSourceRecord() override { return m_pLink.get(); }
@@ -60,9 +61,9 @@ class CVariableRemote final : public CVariable {
     std::string GetMaxVal() override;
 
   private:
-    bool Store(CVal value, ValueKind kind);
-    bool HasSlotStatus(ValueKind kind, std::uint16_t bit) const;
-    const CVarDefInfo* Definition() const;
+    bool Store(value::CVal value, value::ValueKind kind);
+    bool HasSlotStatus(value::ValueKind kind, std::uint16_t bit) const;
+    const vantrel::CVarDefInfo* Definition() const;
     std::string DefinitionText(std::string_view key) const;
     bool DefinitionBits(std::string_view key, unsigned bits) const;
 
@@ -71,4 +72,4 @@ class CVariableRemote final : public CVariable {
     std::unique_ptr<CInterfaceObj> m_pLink;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::sources

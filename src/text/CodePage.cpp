@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <iterator>
 
-namespace kalvex {
+namespace kalvex::text {
 
 namespace {
 
@@ -188,4 +188,4 @@ bool EqualNoCase(std::string_view a, std::string_view b) {
                       [lower](char left, char right) { return lower(left) == lower(right); });
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::text

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::text {
 
 std::string ToUtf8(std::string_view windows1250);
 std::string FromUtf8(std::string_view utf8);
@@ -20,4 +20,4 @@ std::string ToUpper(std::string_view text);
 std::string ToLower(std::string_view text);
 bool EqualNoCase(std::string_view a, std::string_view b);
 
-}  // namespace kalvex
+}  // namespace kalvex::text

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace kalvex {
+namespace kalvex::text {
 
 namespace {
 
@@ -71,4 +71,4 @@ bool IsLetterOrDigit(char c) {
     return (kClasses[static_cast<unsigned char>(c)] & kLetterOrDigit) != 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::text

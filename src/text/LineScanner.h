@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::text {
 
 // Takes the next token off the front of `text`. Words, strings with both quotes, two-character
 // operators and single characters; an empty token when only blanks are left. The token is a view
@@ -18,4 +18,4 @@ bool IsWordCharacter(char c);
 // A digit, an ASCII or a Polish letter.
 bool IsLetterOrDigit(char c);
 
-}  // namespace kalvex
+}  // namespace kalvex::text

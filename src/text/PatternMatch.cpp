@@ -2,7 +2,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::text {
 
 namespace {
 
@@ -48,4 +48,4 @@ bool CompareWithPattern(std::string_view text, std::string_view pattern, int opt
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::text

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::text {
 
 namespace PatternOption {
 inline constexpr int Wildcards = 1;  // "*" and "?" are honoured
@@ -16,4 +16,4 @@ inline constexpr int VariableNames = Wildcards | Whole | NoCase;
 
 bool CompareWithPattern(std::string_view text, std::string_view pattern, int options);
 
-}  // namespace kalvex
+}  // namespace kalvex::text

@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::text {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string FormatText(std::string_view pattern, std::span<const std::string> ar
     return Format(pattern, std::vector<std::string_view>(arguments.begin(), arguments.end()));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::text

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::text {
 
 inline constexpr std::string_view kBlanksAndTabs = " \t";
 
@@ -20,4 +20,4 @@ inline std::string_view Trim(std::string_view text, std::string_view set = kBlan
     return TrimRight(TrimLeft(text, set), set);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::text

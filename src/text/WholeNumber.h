@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::text {
 
 // The number that the text is, decimal, with "-" in front if it is negative. Nothing when the text
 // is anything else or the number does not fit.
@@ -18,4 +18,4 @@ std::optional<Number> ReadWholeNumber(std::string_view text) {
     return number;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::text

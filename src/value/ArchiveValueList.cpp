@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace kalvex {
+namespace kalvex::value {
 
 void CArchiveValueList::Add(CVal value) {
     if (!m_pValues) m_pValues = std::make_unique<std::deque<CVal>>();
@@ -13,4 +13,4 @@ void CArchiveValueList::SortTimes() {
     if (m_pValues) std::ranges::stable_sort(*m_pValues, {}, &CVal::GetTime);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

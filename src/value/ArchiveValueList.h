@@ -9,7 +9,7 @@
 
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 class CArchiveValueList {
   public:
@@ -27,4 +27,4 @@ class CArchiveValueList {
     std::unique_ptr<std::deque<CVal>> m_pValues;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::value

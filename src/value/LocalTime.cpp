@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <optional>
 
-namespace kalvex {
+namespace kalvex::value {
 
 namespace {
 
@@ -377,4 +377,4 @@ std::int64_t MakeSpanRequestTime(std::int64_t time, int number) {
     return IsNear(time) ? GetFirstLocalHourTime(time) + number : time;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <ctime>
 
-namespace kalvex {
+namespace kalvex::value {
 
 inline constexpr std::int64_t kSecondsPerMinute = 60;
 inline constexpr std::int64_t kSecondsPerHour = 3600;
@@ -116,4 +116,4 @@ void GetNextDayTime(int& year, int& month, int& day);
 // local hour plus number seconds.
 std::int64_t MakeSpanRequestTime(std::int64_t time, int number);
 
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -8,7 +8,7 @@
 
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 namespace {
 
@@ -58,4 +58,4 @@ std::string FormatLocalTime(std::int64_t time) {
                        local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -2,7 +2,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 namespace {
 
@@ -61,9 +61,9 @@ ValueKind GetValueKind(std::string_view name) {
     if (dot == std::string_view::npos || dot == 0) return KindCurrent;
     const std::string_view suffix = name.substr(dot + 1);
     for (const ValueKindRow& row : kValueKinds) {
-        if (EqualNoCase(row.suffix, suffix)) return row.kind;
+        if (text::EqualNoCase(row.suffix, suffix)) return row.kind;
     }
     return KindNone;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

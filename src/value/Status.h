@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::value {
 
 namespace Status {
 inline constexpr std::uint16_t Unknown = 0x0001;
@@ -77,4 +77,4 @@ ValueKind KindFromWord(std::string_view word);
 // position 1 or later.
 ValueKind GetValueKind(std::string_view name);
 
-}  // namespace kalvex
+}  // namespace kalvex::value

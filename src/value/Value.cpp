@@ -10,7 +10,7 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 namespace {
 
@@ -158,7 +158,7 @@ std::partial_ordering Compare(const CVal& left, const CVal& right) {
 
 }  // namespace
 
-CVal::CVal(std::wstring_view text) : CVal(FromWide(text)) {}
+CVal::CVal(std::wstring_view text) : CVal(text::FromWide(text)) {}
 
 void CVal::AssignText(const CVal& other) {
     if (!other.IsText()) {
@@ -341,4 +341,4 @@ int CVal::operator>=(const CVal& right) const {
     return Compare(*this, right) >= 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::value {
 
 // Type codes. Every code from IntegerFirst to IntegerLast belongs to the integer family; one of
 // them without a name here holds 64 bits. Of two integer codes the greater is the wider.
@@ -226,4 +226,4 @@ inline void CVal::SetTime(std::int64_t seconds, std::uint16_t sub1, std::uint16_
     m_nSubTime2 = sub2;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

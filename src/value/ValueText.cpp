@@ -12,7 +12,7 @@
 #include "text/Characters.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 namespace {
 
@@ -38,7 +38,7 @@ struct CNumberText {
 
 std::size_t CountDigits(std::string_view text, std::size_t from) {
     const auto begin = text.begin() + static_cast<std::ptrdiff_t>(from);
-    return static_cast<std::size_t>(std::find_if_not(begin, text.end(), IsDigit) - begin);
+    return static_cast<std::size_t>(std::find_if_not(begin, text.end(), text::IsDigit) - begin);
 }
 
 // The length of an exponent at this place of the text; 0 when no digit belongs to it.
@@ -196,4 +196,4 @@ std::string OperatorText(const CVal& value) {
     return ValueToText(value);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -7,7 +7,7 @@
 
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 // A number is decimal: an optional sign, digits with at most one point before, among or behind
 // them, an optional exponent. Blanks are the space and the control characters from 9 to 13. Beyond
@@ -43,4 +43,4 @@ void ApplyOperatorText(CVal& value, std::string_view text);
 // The text with which that dialog opens: empty while the value is unknown.
 std::string OperatorText(const CVal& value);
 
-}  // namespace kalvex
+}  // namespace kalvex::value

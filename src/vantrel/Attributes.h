@@ -6,7 +6,7 @@
 
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace Attribute {
 inline constexpr std::string_view Description = "de";
@@ -27,8 +27,8 @@ inline constexpr unsigned Any = Changes | Samples | Clients;
 }  // namespace ArchiveBit
 
 // The bit of a report kind, 0 for any other kind.
-constexpr unsigned ReportBit(ValueKind kind) {
-    return IsReport(kind) ? 1U << (kind - 1) : 0;
+constexpr unsigned ReportBit(value::ValueKind kind) {
+    return value::IsReport(kind) ? 1U << (kind - 1) : 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

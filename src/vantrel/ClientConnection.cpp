@@ -1,7 +1,7 @@
 // Life of the connection and its variables. Requests: ClientRequests.cpp.
 #include "vantrel/ClientConnection.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -164,7 +164,8 @@ bool CClientConnection::LoadVarDefList(CObjInfoList& list) {
 // Whatever the lost source has said last is not what holds now.
 void CClientConnection::MarkVarValError() {
     for (const auto& registration : m_arrVariables) {
-        registration->pVarVal->Value().AddStatus(Status::Unknown | Status::TransmissionError);
+        registration->pVarVal->Value().AddStatus(value::Status::Unknown |
+                                                 value::Status::TransmissionError);
     }
 }
 
@@ -290,8 +291,8 @@ void CClientConnection::OnDataArrived() {}
 void CClientConnection::OnVarAccessError(const CRequestRecord&) {}
 void CClientConnection::OnCurrentDataModifyAck(const CRequestRecord&) {}
 void CClientConnection::OnCurrentDataModifyError(const CRequestRecord&) {}
-void CClientConnection::OnReportModifyError(ValueKind, const CRequestRecord&) {}
-void CClientConnection::OnReportChange(ValueKind, std::int64_t) {}
+void CClientConnection::OnReportModifyError(value::ValueKind, const CRequestRecord&) {}
+void CClientConnection::OnReportChange(value::ValueKind, std::int64_t) {}
 void CClientConnection::OnRemoteLogMessage(int, std::int64_t, std::string_view) {}
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -16,7 +16,7 @@
 #include "vantrel/Transport.h"
 #include "vantrel/VarVal.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 enum ConnectionState : std::uint16_t {
     StateDown = 0,     // out of reach; reads fail at once, whatever else is sent is lost
@@ -39,7 +39,7 @@ class CClientConnection : private ClientTransportEvents {
 
     std::uint16_t GetState() const { return m_nState; }
     const std::string& GetServerName() const { return m_strServer; }
-    static std::string GetErrorInfo(std::uint32_t code, const Translator& translator) {
+    static std::string GetErrorInfo(std::uint32_t code, const platform::Translator& translator) {
         return ConnectionReasonText(code, translator);
     }
 
@@ -77,25 +77,26 @@ class CClientConnection : private ClientTransportEvents {
     // into the list. The answer comes to the window, which, like the list, must last until then or
     // until the request is cancelled. Of very many reads the later ones are held back until the
     // server has answered the earlier.
-    RequestId AddDataRequest(ValueKind kind, std::string_view variable, std::int64_t from,
-                             std::int64_t to, CArchiveValueList* list, CAnswerWindow& window);
-    void MakeDataRequest(ValueKind kind);
+    RequestId AddDataRequest(value::ValueKind kind, std::string_view variable, std::int64_t from,
+                             std::int64_t to, value::CArchiveValueList* list,
+                             CAnswerWindow& window);
+    void MakeDataRequest(value::ValueKind kind);
     // No answer comes any more.
-    void CancelDataRequest(ValueKind kind, RequestId id);
+    void CancelDataRequest(value::ValueKind kind, RequestId id);
 
     // Sent by MakeDataRequest. A refusal comes to OnReportModifyError.
-    void AddReportModifyRequest(ValueKind kind, std::string_view variable, std::int64_t time,
-                                CVal value);
+    void AddReportModifyRequest(value::ValueKind kind, std::string_view variable, std::int64_t time,
+                                value::CVal value);
     // Orders a piece of work; there is no answer.
-    void MakePeriodRequest(PeriodAction action, ValueKind kind, std::string_view variable,
+    void MakePeriodRequest(PeriodAction action, value::ValueKind kind, std::string_view variable,
                            std::int64_t time);
 
     // A list that is too long for one write goes in several, each of them taken or refused.
-    void AddArchiveModifyRequest(std::string_view variable, const CArchiveValueList& list,
-                                 TIMEW from, TIMEW to);
+    void AddArchiveModifyRequest(std::string_view variable, const value::CArchiveValueList& list,
+                                 value::TIMEW from, value::TIMEW to);
     void MakeArchiveModifyRequest();
 
-    void AddCurrentDataModifyRequest(std::string_view variable, CVal value);
+    void AddCurrentDataModifyRequest(std::string_view variable, value::CVal value);
     void MakeCurrentDataModifyRequest();
 
   protected:
@@ -118,8 +119,8 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnVarAccessError(const CRequestRecord& record);
     virtual void OnCurrentDataModifyAck(const CRequestRecord& record);
     virtual void OnCurrentDataModifyError(const CRequestRecord& record);
-    virtual void OnReportModifyError(ValueKind kind, const CRequestRecord& record);
-    virtual void OnReportChange(ValueKind kind, std::int64_t time);
+    virtual void OnReportModifyError(value::ValueKind kind, const CRequestRecord& record);
+    virtual void OnReportChange(value::ValueKind kind, std::int64_t time);
     virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
 
   private:
@@ -133,16 +134,16 @@ class CClientConnection : private ClientTransportEvents {
 
     struct PendingRead {
         ReadRequest request;
-        CArchiveValueList* list;
+        value::CArchiveValueList* list;
         CAnswerWindow* window;
-        CArchiveValueList values;
+        value::CArchiveValueList values;
         bool sent = false;
     };
 
     struct PendingWrite {
-        ValueKind kind;
+        value::ValueKind kind;
         std::string variable;
-        CVal value;
+        value::CVal value;
     };
 
     void OnOpened() override;
@@ -166,7 +167,7 @@ class CClientConnection : private ClientTransportEvents {
     void Touch(Registration& registration);
     void Forget(Registration& registration);
     void MarkVarValError();
-    void SendWrites(ValueKind kind);
+    void SendWrites(value::ValueKind kind);
     void SendReads();
     PendingRead TakeRead(RequestId id);
     void FinishRead(RequestId id, std::uint16_t result);
@@ -196,14 +197,14 @@ class CClientConnection : private ClientTransportEvents {
     RequestId m_nLastRequest = 0;
     std::map<RequestId, PendingRead> m_mapReads;
     std::map<RequestId, PendingWrite> m_mapWrites;
-    std::map<ValueKind, std::vector<RequestId>> m_mapQueuedReads;
+    std::map<value::ValueKind, std::vector<RequestId>> m_mapQueuedReads;
     std::deque<RequestId> m_arrReadsToSend;  // held back while enough of them are under way
     std::size_t m_nReadsUnderWay = 0;
-    std::map<ValueKind, ModifyRequests> m_mapQueuedWrites;
+    std::map<value::ValueKind, ModifyRequests> m_mapQueuedWrites;
     std::vector<ArchiveModifyRequest> m_arrQueuedArchives;
     std::vector<ClientMessage> m_arrOutbox;  // made while the connection comes up
 
     std::unique_ptr<ClientTransport> m_pTransport;  // the first to go
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -3,7 +3,7 @@
 
 #include "vantrel/ClientConnection.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -16,18 +16,20 @@ constexpr std::size_t kArchiveBytesTogether = 1 << 20;
 
 // The words for a kind in the names of the operations.
 struct KindRow {
-    ValueKind kind;
+    value::ValueKind kind;
     std::string_view words;
 };
 
 constexpr KindRow kKinds[] = {
-    {KindHour, "HourReport"}, {KindDay, "DayReport"},       {KindMonth, "MonthReport"},
-    {KindSpan, "SpanReport"}, {KindArchive, "ArchiveData"},
+    {value::KindHour, "HourReport"},     {value::KindDay, "DayReport"},
+    {value::KindMonth, "MonthReport"},   {value::KindSpan, "SpanReport"},
+    {value::KindArchive, "ArchiveData"},
 };
 
 constexpr std::string_view kActions[] = {"Init", "Load", "Calc", "Update", "Refresh"};
 
-std::string OperationName(std::string_view verb, ValueKind kind, std::string_view action = {}) {
+std::string OperationName(std::string_view verb, value::ValueKind kind,
+                          std::string_view action = {}) {
     std::string name(verb);
     for (const KindRow& row : kKinds) {
         if (row.kind == kind) name += row.words;
@@ -53,9 +55,9 @@ void CClientConnection::Send(ClientMessage message) {
 
 // ---- reading
 
-RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view variable,
+RequestId CClientConnection::AddDataRequest(value::ValueKind kind, std::string_view variable,
                                             std::int64_t from, std::int64_t to,
-                                            CArchiveValueList* list, CAnswerWindow& window) {
+                                            value::CArchiveValueList* list, CAnswerWindow& window) {
     const RequestId id = ++m_nLastRequest;
     Record({.operation = OperationName("Add", kind),
             .variable = std::string(variable),
@@ -69,7 +71,7 @@ RequestId CClientConnection::AddDataRequest(ValueKind kind, std::string_view var
     return id;
 }
 
-void CClientConnection::MakeDataRequest(ValueKind kind) {
+void CClientConnection::MakeDataRequest(value::ValueKind kind) {
     Record({.operation = OperationName("Make", kind)});
     SendWrites(kind);
     const std::vector<RequestId> reads = std::exchange(m_mapQueuedReads[kind], {});
@@ -94,7 +96,7 @@ void CClientConnection::SendReads() {
     if (!message.requests.empty()) Send(std::move(message));
 }
 
-void CClientConnection::CancelDataRequest(ValueKind kind, RequestId id) {
+void CClientConnection::CancelDataRequest(value::ValueKind kind, RequestId id) {
     Record({.operation = OperationName("Cancel", kind), .id = id});
     if (m_mapReads.count(id) == 0) return;
     std::erase(m_mapQueuedReads[kind], id);
@@ -112,7 +114,7 @@ CClientConnection::PendingRead CClientConnection::TakeRead(RequestId id) {
 void CClientConnection::Receive(ReadAnswer& message) {
     const auto found = m_mapReads.find(message.id);
     if (found == m_mapReads.end()) return;
-    for (CVal& value : message.values) found->second.values.Add(std::move(value));
+    for (value::CVal& value : message.values) found->second.values.Add(std::move(value));
     if (message.last || message.result != ResultOk) FinishRead(message.id, message.result);
 }
 
@@ -126,7 +128,7 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
     if (result == ResultOk && read.list != nullptr) {
         *read.list = std::move(read.values);
     } else if (result == ResultOk) {
-        if (const CVal* value = read.values.Get(0)) {
+        if (const value::CVal* value = read.values.Get(0)) {
             record.value = *value;
         } else {
             record.result = ResultNothing;
@@ -137,8 +139,8 @@ void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
 
 // ---- writing
 
-void CClientConnection::AddReportModifyRequest(ValueKind kind, std::string_view variable,
-                                               std::int64_t time, CVal value) {
+void CClientConnection::AddReportModifyRequest(value::ValueKind kind, std::string_view variable,
+                                               std::int64_t time, value::CVal value) {
     Record({.operation = OperationName("Add", kind, "Modify"),
             .variable = std::string(variable),
             .time = time,
@@ -147,7 +149,7 @@ void CClientConnection::AddReportModifyRequest(ValueKind kind, std::string_view 
         {++m_nLastRequest, kind, std::string(variable), time, std::move(value)});
 }
 
-void CClientConnection::SendWrites(ValueKind kind) {
+void CClientConnection::SendWrites(value::ValueKind kind) {
     ModifyRequests writes = std::exchange(m_mapQueuedWrites[kind], {});
     if (m_nState == StateDown || writes.requests.empty()) return;
     for (const ModifyRequest& write : writes.requests) {
@@ -156,31 +158,31 @@ void CClientConnection::SendWrites(ValueKind kind) {
     Send(std::move(writes));
 }
 
-void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, CVal value) {
+void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, value::CVal value) {
     Record({.operation = "AddCurrentDataModifyRequest",
             .variable = std::string(variable),
             .value = value});
-    m_mapQueuedWrites[KindCurrent].requests.push_back(
-        {++m_nLastRequest, KindCurrent, std::string(variable), 0, std::move(value)});
+    m_mapQueuedWrites[value::KindCurrent].requests.push_back(
+        {++m_nLastRequest, value::KindCurrent, std::string(variable), 0, std::move(value)});
 }
 
 void CClientConnection::MakeCurrentDataModifyRequest() {
     Record({.operation = "MakeCurrentDataModifyRequest"});
-    SendWrites(KindCurrent);
+    SendWrites(value::KindCurrent);
 }
 
 void CClientConnection::AddArchiveModifyRequest(std::string_view variable,
-                                                const CArchiveValueList& list, TIMEW from,
-                                                TIMEW to) {
+                                                const value::CArchiveValueList& list,
+                                                value::TIMEW from, value::TIMEW to) {
     JournalEntry entry{.operation = "AddArchiveModifyRequest",
                        .variable = std::string(variable),
                        .from = from.seconds,
                        .to = to.seconds,
-                       .values = std::vector<CVal>()};
+                       .values = std::vector<value::CVal>()};
     const std::size_t first = m_arrQueuedArchives.size();
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < list.GetSize(); ++i) {
-        const CVal& value = *list.Get(i);
+        const value::CVal& value = *list.Get(i);
         const bool full =
             bytes > kArchiveBytesTogether || (i != 0 && i % kArchiveValuesTogether == 0);
         if (i == 0 || full) {
@@ -207,7 +209,7 @@ void CClientConnection::MakeArchiveModifyRequest() {
     }
 }
 
-void CClientConnection::MakePeriodRequest(PeriodAction action, ValueKind kind,
+void CClientConnection::MakePeriodRequest(PeriodAction action, value::ValueKind kind,
                                           std::string_view variable, std::int64_t time) {
     Record({.operation = OperationName("Make", kind, kActions[static_cast<std::size_t>(action)]),
             .variable = std::string(variable),
@@ -227,7 +229,7 @@ void CClientConnection::FinishWrite(RequestId id, std::uint16_t result) {
     record.result = result;
     record.variable = std::move(write.variable);
     record.value = std::move(write.value);
-    if (write.kind == KindCurrent) {
+    if (write.kind == value::KindCurrent) {
         if (result == ResultOk) {
             OnCurrentDataModifyAck(record);
         } else {
@@ -245,4 +247,4 @@ void CClientConnection::FailOutstanding() {
     while (!m_mapWrites.empty()) FinishWrite(m_mapWrites.begin()->first, ResultNothing);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

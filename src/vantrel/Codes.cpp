@@ -2,7 +2,7 @@
 
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -17,11 +17,11 @@ constexpr ReasonRow kReasons[] = {KALVEX_CONNECTION_REASONS(KALVEX_ROW)};
 
 }  // namespace
 
-std::string ConnectionReasonText(std::uint32_t code, const Translator& translator) {
+std::string ConnectionReasonText(std::uint32_t code, const platform::Translator& translator) {
     for (const ReasonRow& row : kReasons) {
         if (row.code == code) return translator.Translate(row.text);
     }
-    return FormatText(translator.Translate("kod %d"), {std::to_string(code)});
+    return text::FormatText(translator.Translate("kod %d"), {std::to_string(code)});
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

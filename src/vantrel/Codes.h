@@ -6,7 +6,7 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Why a connection ended or could not be made.
 // X(code, name, Polish words in UTF-8)
@@ -41,6 +41,6 @@ enum RequestResult : std::uint16_t {
 };
 
 // The words as an engine text; the number for a code outside the list.
-std::string ConnectionReasonText(std::uint32_t code, const Translator& translator);
+std::string ConnectionReasonText(std::uint32_t code, const platform::Translator& translator);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

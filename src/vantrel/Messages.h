@@ -16,7 +16,7 @@
 #include "value/Status.h"
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Stands for the name of a subscribed variable. Given by the client, never 0. Within one
 // conversation a number is given once, so that an update under way for an old variable cannot be
@@ -64,7 +64,7 @@ struct SubscribeRequest {
 // A report value (from equals to) or the values of a range, bounds included.
 struct ReadRequest {
     RequestId id = 0;
-    ValueKind kind = KindNone;  // hour, day, month, span or archive
+    value::ValueKind kind = value::KindNone;  // hour, day, month, span or archive
     std::string variable;
     std::int64_t from = 0;
     std::int64_t to = 0;
@@ -81,10 +81,10 @@ struct CancelRequests {
 
 struct ModifyRequest {
     RequestId id = 0;
-    ValueKind kind = KindNone;  // current, hour, day, month or span
+    value::ValueKind kind = value::KindNone;  // current, hour, day, month or span
     std::string variable;
     std::int64_t time = 0;  // start of the report period; without meaning for a current value
-    CVal value;
+    value::CVal value;
 };
 
 struct ModifyRequests {
@@ -96,7 +96,7 @@ struct ArchiveModifyRequest {
     std::string variable;
     std::int64_t from = 0;  // times of the first and the last value
     std::int64_t to = 0;
-    std::vector<CVal> values;  // ascending by time
+    std::vector<value::CVal> values;  // ascending by time
 };
 
 enum class PeriodAction : std::uint8_t {
@@ -110,7 +110,7 @@ enum class PeriodAction : std::uint8_t {
 // An order to the server that has no answer.
 struct PeriodRequest {
     PeriodAction action = PeriodAction::Init;
-    ValueKind kind = KindNone;  // archive for the last two actions
+    value::ValueKind kind = value::KindNone;  // archive for the last two actions
     std::string variable;
     std::int64_t time = 0;
 };
@@ -146,7 +146,7 @@ struct VariableDefinitions {
 struct ValueUpdates {
     struct Entry {
         VariableHandle handle = 0;
-        CVal value;
+        value::CVal value;
     };
     std::vector<Entry> entries;
     bool last = true;  // false: another piece of the answer to a subscription follows
@@ -163,8 +163,8 @@ struct AccessErrors {
 // The answer to one ReadRequest, in one piece or several. A failed one has no values.
 struct ReadAnswer {
     RequestId id = 0;
-    std::uint16_t result = 0;  // 0: success
-    std::vector<CVal> values;  // ascending by time
+    std::uint16_t result = 0;         // 0: success
+    std::vector<value::CVal> values;  // ascending by time
     bool last = true;
 };
 
@@ -179,7 +179,7 @@ struct ModifyResults {
 
 // The reports of a period have changed.
 struct ReportChange {
-    ValueKind kind = KindNone;  // hour, day, month or span
+    value::ValueKind kind = value::KindNone;  // hour, day, month or span
     std::int64_t time = 0;
 };
 
@@ -192,4 +192,4 @@ struct LogMessage {
 using ServerMessage = std::variant<LoginResult, VariableDefinitions, ValueUpdates, AccessErrors,
                                    ReadAnswer, ModifyResults, ReportChange, LogMessage>;
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

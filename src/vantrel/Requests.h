@@ -10,7 +10,7 @@
 #include "value/ArchiveValueList.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class CClientConnection;
 
@@ -18,8 +18,8 @@ class CClientConnection;
 struct CRequestRecord {
     std::uint16_t result = 0;  // 0: success
     std::string variable;
-    CVal value;                         // a single report value, or what a write was to set
-    CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
+    value::CVal value;                         // a single report value, or what a write was to set
+    value::CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
 };
 
 // Where the answer to a read request arrives. Never called within the call that makes a request
@@ -27,7 +27,7 @@ struct CRequestRecord {
 class CAnswerWindow {
   public:
     virtual ~CAnswerWindow() = default;
-    virtual void OnAnswer(ValueKind kind, CRequestRecord record) = 0;
+    virtual void OnAnswer(value::ValueKind kind, CRequestRecord record) = 0;
 };
 
 // One call that a connection received: the operation's name and those of its arguments that it has.
@@ -38,8 +38,8 @@ struct JournalEntry {
     std::optional<std::int64_t> to = {};
     std::optional<std::int64_t> time = {};
     std::optional<RequestId> id = {};
-    std::optional<CVal> value = {};
-    std::optional<std::vector<CVal>> values = {};
+    std::optional<value::CVal> value = {};
+    std::optional<std::vector<value::CVal>> values = {};
     std::optional<bool> list = {};  // the request carried a list for its answer
 };
 
@@ -50,4 +50,4 @@ class RequestJournal {
     virtual void Record(const CClientConnection& connection, JournalEntry entry) = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

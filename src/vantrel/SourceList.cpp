@@ -1,6 +1,6 @@
 #include "vantrel/SourceList.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 CClientConnection* CSourceList::Get(std::string_view name) const {
     for (const auto& connection : m_arrConnections) {
@@ -40,4 +40,4 @@ void CSourceList::Login() {
     for (const auto& connection : m_arrConnections) connection->Login();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -7,7 +7,7 @@
 
 #include "vantrel/ClientConnection.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class CSourceList {
   public:
@@ -44,4 +44,4 @@ class CSourceList {
     std::vector<std::unique_ptr<CClientConnection>> m_arrConnections;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -18,7 +18,7 @@
 
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // ---- client side
 // ---------------------------------------------------------------------------------
@@ -145,4 +145,4 @@ class ServerTransport {
     virtual ~ServerTransport() = default;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

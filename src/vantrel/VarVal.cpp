@@ -2,7 +2,7 @@
 
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 const std::string& CVarDefInfo::GetText(std::string_view key) const {
     static const std::string empty;
@@ -14,8 +14,8 @@ const std::string& CVarDefInfo::GetText(std::string_view key) const {
 
 std::int64_t CVarDefInfo::GetNumber(std::string_view key) const {
     std::int64_t number = 0;
-    CVal(GetText(key)).GetValData(ValueType::Int64, &number);
+    value::CVal(GetText(key)).GetValData(value::ValueType::Int64, &number);
     return number;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -9,7 +9,7 @@
 #include "value/Value.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // The definition of one server variable: attributes by key.
 class CVarDefInfo {
@@ -35,16 +35,16 @@ class CVarVal {
     CVarVal& operator=(const CVarVal&) = delete;
 
     const std::string& GetName() const { return m_strName; }
-    CVal& Value() { return m_Value; }
-    const CVal& Value() const { return m_Value; }
+    value::CVal& Value() { return m_Value; }
+    const value::CVal& Value() const { return m_Value; }
 
     // A value that the server has sent, and one that a write of this client has confirmed.
-    virtual void SetValue(CVal value) { m_Value = std::move(value); }
-    virtual void SetControlValue(CVal value) { SetValue(std::move(value)); }
+    virtual void SetValue(value::CVal value) { m_Value = std::move(value); }
+    virtual void SetControlValue(value::CVal value) { SetValue(std::move(value)); }
 
   private:
     std::string m_strName;
-    CVal m_Value;
+    value::CVal m_Value;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -2,16 +2,25 @@
 
 #include <algorithm>
 
-namespace kalvex {
+namespace kalvex::app {
 
 AppTest::~AppTest() {
     if (m_app) m_app->ExitInstance();
 }
 
 bool AppTest::Start(std::vector<std::string> arguments) {
-    AppWorld world{m_clock,   m_translator, m_loop,      m_profile,
-                   m_crypt,   m_users,      m_instances, NoProcesses(),
-                   NoFiles(), NoProbes(),   m_vantrel,   {&m_mordex, &m_dorlin, &m_vantrel}};
+    AppWorld world{m_clock,
+                   m_translator,
+                   m_loop,
+                   m_profile,
+                   m_crypt,
+                   m_users,
+                   m_instances,
+                   platform::NoProcesses(),
+                   platform::NoFiles(),
+                   platform::NoProbes(),
+                   m_vantrel,
+                   {&m_mordex, &m_dorlin, &m_vantrel}};
     world.window = m_bWindow ? &m_window : nullptr;
     world.service = m_bService;
     world.arguments = std::move(arguments);
@@ -39,4 +48,4 @@ Record AppTest::Those(const std::string& word) const {
     return found;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::app

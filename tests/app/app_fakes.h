@@ -18,7 +18,7 @@
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 
 using Record = std::vector<std::string>;
 
@@ -47,7 +47,7 @@ class FakeLoop final : public AppLoop {
         work();
     }
 
-    PostedWork posted;
+    platform::PostedWork posted;
     std::map<int, std::function<void()>> timers;
     std::set<int> refused;
     TickSource* tickSource = nullptr;
@@ -57,7 +57,7 @@ class FakeLoop final : public AppLoop {
 };
 
 // The profile of the machine has one key: AutoRC.
-class FakeProfile final : public Profile {
+class FakeProfile final : public platform::Profile {
   public:
     explicit FakeProfile(Record& record) : m_record(record) {}
 
@@ -73,20 +73,20 @@ class FakeProfile final : public Profile {
             m_record.push_back("common " + std::string(key));
             return automaticClient.empty() ? std::string(fallback) : automaticClient;
         }
-        m_record.push_back("read " + std::string(section) + "/" + ToUtf8(key));
+        m_record.push_back("read " + std::string(section) + "/" + text::ToUtf8(key));
         return m_file.GetProfileStringEx(section, key, fallback, path);
     }
-    ProfileEntries GetProfileSectionEx(std::string_view section,
-                                       const std::string& path) const override {
+    platform::ProfileEntries GetProfileSectionEx(std::string_view section,
+                                                 const std::string& path) const override {
         return m_file.GetProfileSectionEx(section, path);
     }
     bool WriteProfileStringEx(std::string_view section, std::optional<std::string_view> key,
                               std::optional<std::string_view> value,
                               const std::string& path) override {
-        m_record.push_back("write " + std::string(section) + "/" + ToUtf8(key.value_or("")));
+        m_record.push_back("write " + std::string(section) + "/" + text::ToUtf8(key.value_or("")));
         return m_file.WriteProfileStringEx(section, key, value, path);
     }
-    bool WriteProfileSectionEx(std::string_view section, const ProfileEntries& entries,
+    bool WriteProfileSectionEx(std::string_view section, const platform::ProfileEntries& entries,
                                const std::string& path) override {
         return m_file.WriteProfileSectionEx(section, entries, path);
     }
@@ -96,10 +96,10 @@ class FakeProfile final : public Profile {
 
   private:
     Record& m_record;
-    IniProfile m_file;
+    platform::IniProfile m_file;
 };
 
-class FakeInstances final : public Instances {
+class FakeInstances final : public platform::Instances {
   public:
     explicit FakeInstances(Record& record) : m_record(record) {}
 
@@ -147,17 +147,17 @@ class FakeVantrel final : public FakeLibrary, public AppTransports {
   public:
     explicit FakeVantrel(Record& record) : FakeLibrary(record, "Vantrel") {}
 
-    TransportFactory& Factory() override { return network; }
+    vantrel::TransportFactory& Factory() override { return network; }
 
-    InProcessNetwork network;
+    support::InProcessNetwork network;
 };
 
-class FakeUsers final : public UserManager {
+class FakeUsers final : public platform::UserManager {
   public:
     explicit FakeUsers(Record& record) : m_record(record) {}
 
     bool RegisterUser(std::string_view name, std::string_view password) override {
-        m_record.push_back("register " + ToUtf8(name) + "/" + ToUtf8(password));
+        m_record.push_back("register " + text::ToUtf8(name) + "/" + text::ToUtf8(password));
         return accepted;
     }
     bool CheckRight(int needed) const override { return level >= needed; }
@@ -178,9 +178,9 @@ class FakeWindow final : public MainWindow {
 
     bool AskYesNo(std::string_view text) override {
         if (whileAsked) whileAsked();
-        return Answer("ask " + ToUtf8(text));
+        return Answer("ask " + text::ToUtf8(text));
     }
-    void ShowMessage(std::string_view text) override { Add("message " + ToUtf8(text)); }
+    void ShowMessage(std::string_view text) override { Add("message " + text::ToUtf8(text)); }
     bool ShowCmdLineParamsDlg(std::string_view help) override {
         helpShown = help;
         return Answer("parameters");
@@ -190,21 +190,21 @@ class FakeWindow final : public MainWindow {
         Add("save");
         return saved;
     }
-    void SetTitle(std::string_view title) override { Add("title " + ToUtf8(title)); }
+    void SetTitle(std::string_view title) override { Add("title " + text::ToUtf8(title)); }
     void Show() override { Add("show"); }
     void Hide() override { Add("hide"); }
-    void SetStatusLine(std::string_view text) override { Add("status " + ToUtf8(text)); }
+    void SetStatusLine(std::string_view text) override { Add("status " + text::ToUtf8(text)); }
     void EnableCloseEntry(bool enabled) override { Add(enabled ? "may close" : "may not close"); }
     void ModifyTrayIcon(bool error, std::string_view title, std::string_view text) override {
-        Add(std::string("icon ") + (error ? "error" : "normal") + "/" + ToUtf8(title) + "/" +
-            ToUtf8(text));
+        Add(std::string("icon ") + (error ? "error" : "normal") + "/" + text::ToUtf8(title) + "/" +
+            text::ToUtf8(text));
     }
     void UpdateToolBar() override { Add("tool bar"); }
-    void MinimiseFrame(CKalvexDoc& document) override {
-        Add("minimise " + ToUtf8(document.GetDocKey()));
+    void MinimiseFrame(engine::CKalvexDoc& document) override {
+        Add("minimise " + text::ToUtf8(document.GetDocKey()));
     }
-    void RefreshVariables(CKalvexDoc& document) override {
-        Add("variables " + ToUtf8(document.GetDocKey()));
+    void RefreshVariables(engine::CKalvexDoc& document) override {
+        Add("variables " + text::ToUtf8(document.GetDocKey()));
     }
 
     std::function<void()> whileAsked;
@@ -228,10 +228,10 @@ class AppTest : public testing::Test, protected LogListener {
     ~AppTest() override;
 
     void PutScript(const std::string& name, const std::string& text) const {
-        m_folder.Put(name, FromUtf8(text));
+        m_folder.Put(name, text::FromUtf8(text));
     }
     void PutProfile(const std::string& text, const std::string& name = "Kalvex.ini") const {
-        m_folder.Put(name, FromUtf8(text));
+        m_folder.Put(name, text::FromUtf8(text));
     }
 
     // The process with these arguments begins; whether it goes on.
@@ -246,14 +246,14 @@ class AppTest : public testing::Test, protected LogListener {
 
     static constexpr std::int64_t kNow = 1710050400;  // 2024-03-10 07:00:00 in Warsaw
 
-    ZoneScope m_zone{"Europe/Warsaw"};
-    ScratchFolder m_folder;
+    support::ZoneScope m_zone{"Europe/Warsaw"};
+    support::ScratchFolder m_folder;
     Record m_record;
-    VirtualClock m_clock{kNow};
-    Translator m_translator;
+    platform::VirtualClock m_clock{kNow};
+    platform::Translator m_translator;
     FakeLoop m_loop{m_record};
     FakeProfile m_profile{m_record};
-    CCrypt m_crypt{m_folder.Path("Kalvex.key"), KeyFile::ReadOnly};
+    platform::CCrypt m_crypt{m_folder.Path("Kalvex.key"), platform::KeyFile::ReadOnly};
     FakeUsers m_users{m_record};
     FakeInstances m_instances{m_record};
     FakeLibrary m_mordex{m_record, "Mordex"};
@@ -266,8 +266,8 @@ class AppTest : public testing::Test, protected LogListener {
 
   private:
     void OnLogMessage(const CLogMessage& message) override {
-        m_record.push_back("log " + ToUtf8(message.text));
+        m_record.push_back("log " + text::ToUtf8(message.text));
     }
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -4,7 +4,7 @@
 
 #include "app_fakes.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::ElementsAre;
@@ -63,7 +63,7 @@ TEST_F(AppStartTest, WindowIsTitledAndShownWithItsScriptsMinimised) {
 
 TEST_F(AppStartTest, ListOfParametersEndsAProcessWithoutAWindow) {
     EXPECT_FALSE(Start({"/?"}));
-    const std::string help = ToUtf8(App().GetEnd().text);
+    const std::string help = text::ToUtf8(App().GetEnd().text);
     EXPECT_NE(help.find("/P "), std::string::npos);
     EXPECT_NE(help.find("/MIRROR "), std::string::npos);
     EXPECT_THAT(m_record, IsEmpty());
@@ -270,7 +270,7 @@ TEST_F(AppStartTest, LinesAboveTheLevelAreNowhere) {
     m_bWindow = true;
     ASSERT_TRUE(Start({"/NOLOGIN"}));
     m_record.clear();
-    App().Log().Log("zdarzenie", LogEvents);
+    App().Log().Log("zdarzenie", platform::LogEvents);
     EXPECT_THAT(m_record, IsEmpty());
     EXPECT_EQ(FileText("Kalvex.log"),
               "2024-03-10 07:00:00  Uruchomienie modułu Kalvex\n"
@@ -281,7 +281,7 @@ TEST_F(AppStartTest, LogFilesAreOpenedAnew) {
     ASSERT_TRUE(Start());
     std::filesystem::rename(m_folder.Path("Kalvex.log"), m_folder.Path("stary"));
     App().ReopenLogFiles();
-    App().Log().Log("x", LogErrors);
+    App().Log().Log("x", platform::LogErrors);
     EXPECT_EQ(FileText("Kalvex.log"), "2024-03-10 07:00:00  x\n");
 }
 
@@ -426,4 +426,4 @@ TEST_F(AppStartTest, LoginThatIsGivenUpClosesTheFrame) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -3,7 +3,7 @@
 #include "app_fakes.h"
 #include "support/hand_server.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::ElementsAre;
@@ -98,7 +98,7 @@ TEST_F(AppStopTest, EndOfTheSessionIsNothingToAService) {
 TEST_F(AppStopTest, StopIsToldInTheFileBeforeItCloses) {
     StartWithScript();
     App().ExitInstance();
-    App().Log().Log("po", LogErrors);
+    App().Log().Log("po", platform::LogErrors);
     const std::string log = FileText("Kalvex.log");
     const std::string last = "2024-03-10 07:00:00  Zatrzymanie modułu Kalvex\n";
     EXPECT_EQ(log.substr(log.size() - last.size()), last);
@@ -119,12 +119,12 @@ class AppStopBroadcastTest : public AppStopTest {
         m_record.clear();
     }
     std::size_t LoginsAfter(unsigned int parameter) {
-        App().OnUserBroadcast(parameter, FromUtf8("Zalogował się ADAM"));
+        App().OnUserBroadcast(parameter, text::FromUtf8("Zalogował się ADAM"));
         m_vantrel.network.Deliver();
         return m_server.logins.size();
     }
 
-    HandServer m_server;
+    support::HandServer m_server;
 };
 
 TEST_F(AppStopBroadcastTest, NewUserIsToldAndLogsInAnew) {
@@ -149,4 +149,4 @@ TEST_F(AppStopBroadcastTest, AnyOtherChangeIsOneOfRights) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

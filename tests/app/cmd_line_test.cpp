@@ -4,7 +4,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 TEST(CmdLineTest, NumberStandsBehindAColonAnEqualsSignOrABlank) {
@@ -84,4 +84,4 @@ TEST(CmdLineTest, HelpHasALineForEachOption) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

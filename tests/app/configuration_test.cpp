@@ -7,7 +7,7 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::Each;
@@ -17,8 +17,8 @@ using testing::SizeIs;
 
 class ConfigurationTest : public testing::Test {
   protected:
-    void Put(const std::string& utf8) const { m_folder.Put("Kalvex.ini", FromUtf8(utf8)); }
-    std::string Content() const { return ToUtf8(m_folder.Get("Kalvex.ini")); }
+    void Put(const std::string& utf8) const { m_folder.Put("Kalvex.ini", text::FromUtf8(utf8)); }
+    std::string Content() const { return text::ToUtf8(m_folder.Get("Kalvex.ini")); }
 
     CConfiguration Read() const {
         CConfiguration configuration;
@@ -41,15 +41,15 @@ class ConfigurationTest : public testing::Test {
         Put("[Zrodla]\r\nZrodlo0=" + line + "\r\n");
         const CConfiguration configuration = Read();
         EXPECT_THAT(configuration.sources, SizeIs(1));
-        const CSourceDesc& source = configuration.sources.at(0);
+        const sources::CSourceDesc& source = configuration.sources.at(0);
         EXPECT_TRUE(m_crypt.CanDecryptText(source.password));
         return {source.name, source.user, m_crypt.DecryptText(source.password)};
     }
 
-    ScratchFolder m_folder;
-    IniProfile m_profile{m_folder.Path("Kalvex.ini")};
-    CCrypt m_crypt{m_folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse};
-    Paths m_paths{m_folder.Path()};
+    support::ScratchFolder m_folder;
+    platform::IniProfile m_profile{m_folder.Path("Kalvex.ini")};
+    platform::CCrypt m_crypt{m_folder.Path("Kalvex.key"), platform::KeyFile::MadeAtFirstUse};
+    platform::Paths m_paths{m_folder.Path()};
     CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
     CConfigurationStore m_clientStore{m_profile, m_crypt, m_paths, true};
 };
@@ -249,7 +249,7 @@ TEST_F(ConfigurationTest, SourcesEndAtTheFirstGap) {
 TEST_F(ConfigurationTest, OldPasswordIsWrittenProtectedAndReadsBack) {
     Put(std::string("[Zrodla]\r\nZrodlo0=srv,jan,") + kOldPassword + "\r\nZrodlo7=x\r\n");
     m_store.WriteSources(Read());
-    const ProfileEntries lines = m_profile.GetProfileSectionEx("Zrodla");
+    const platform::ProfileEntries lines = m_profile.GetProfileSectionEx("Zrodla");
     ASSERT_THAT(lines, SizeIs(1));
     EXPECT_EQ(lines[0].first, "Zrodlo0");
     EXPECT_EQ(lines[0].second.substr(0, 13), "srv,jan,{kx1}");
@@ -265,7 +265,7 @@ TEST_F(ConfigurationTest, PasswordInTheProfileIsBoundToItsUse) {
 TEST_F(ConfigurationTest, SourcesStayWhenAPasswordCannotBeProtected) {
     const std::string line = std::string("[Zrodla]\r\nZrodlo0=srv,jan,") + kOldPassword + "\r\n";
     Put(line);
-    const CCrypt crypt(m_folder.Path("nie/ma.key"), KeyFile::MadeAtFirstUse);
+    const platform::CCrypt crypt(m_folder.Path("nie/ma.key"), platform::KeyFile::MadeAtFirstUse);
     CConfigurationStore store(m_profile, crypt, m_paths, false);
     CConfiguration configuration;
     store.ReadSources(configuration);
@@ -282,4 +282,4 @@ TEST_F(ConfigurationTest, RootFolderIsTheWorkingDirectoryUnlessThereIsAnother) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

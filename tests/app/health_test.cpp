@@ -4,7 +4,7 @@
 
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::ElementsAre;
@@ -12,7 +12,7 @@ using testing::ElementsAre;
 constexpr std::int64_t kSecond = 1'000'000;
 constexpr std::int64_t kBegin = 500 * kSecond;
 
-class HealthTest : public SourceWorld {
+class HealthTest : public support::SourceWorld {
   protected:
     HealthTest() { services.counts = &health.Counts(); }
 
@@ -27,8 +27,8 @@ class HealthTest : public SourceWorld {
         }
     }
 
-    CKalvexDoc& Add(std::string_view text, const std::string& name, int count = 50) {
-        CKalvexDoc& script = Start(text, name);
+    engine::CKalvexDoc& Add(std::string_view text, const std::string& name, int count = 50) {
+        engine::CKalvexDoc& script = Start(text, name);
         Tick(count);
         return script;
     }
@@ -104,10 +104,10 @@ TEST_F(HealthTest, EachScriptIsInOneState) {
     EXPECT_EQ(ConditionOf(Add("NIEZNANE", "blad.kx")), ScriptCondition::Error);
     // A missing label stops the script.
     EXPECT_EQ(ConditionOf(Add("GOTO nigdzie", "zatrzymany_bledem.kx")), ScriptCondition::Error);
-    CKalvexDoc& stopped = Add(":a\nGOTO a", "stop.kx");
+    engine::CKalvexDoc& stopped = Add(":a\nGOTO a", "stop.kx");
     stopped.Stop();
     EXPECT_EQ(ConditionOf(stopped), ScriptCondition::Stopped);
-    CKalvexDoc& idle = Add(":a\nGOTO a", "reset.kx");
+    engine::CKalvexDoc& idle = Add(":a\nGOTO a", "reset.kx");
     idle.Reset();
     EXPECT_EQ(ConditionOf(idle), ScriptCondition::Idle);
     // Error, stopped, idle, finished, waiting, running.
@@ -132,4 +132,4 @@ TEST_F(HealthTest, MemoryOfTheProcessIsKnown) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

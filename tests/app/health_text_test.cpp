@@ -4,7 +4,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::ElementsAre;
@@ -28,8 +28,8 @@ CHealthFigures SomeFigures() {
 
 TEST(HealthTextTest, LogHasALineForEachFigure) {
     std::vector<std::string> lines;
-    for (const std::string& line : FormatHealthLines(SomeFigures(), Translator())) {
-        lines.push_back(ToUtf8(line));
+    for (const std::string& line : FormatHealthLines(SomeFigures(), platform::Translator())) {
+        lines.push_back(text::ToUtf8(line));
     }
     EXPECT_THAT(
         lines, ElementsAre(
@@ -104,4 +104,4 @@ process_resident_memory_bytes 18350080
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

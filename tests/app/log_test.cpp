@@ -17,7 +17,7 @@
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::ElementsAre;
@@ -30,10 +30,10 @@ constexpr std::int64_t kNow = 1710050400;
 class Outlets final : public LogOutlets, public LogClients {
   public:
     void AddLogMessage(std::string_view text, std::int64_t time, int level) override {
-        forwarded.push_back(ToUtf8(text) + '/' + std::to_string(time) + '/' +
+        forwarded.push_back(text::ToUtf8(text) + '/' + std::to_string(time) + '/' +
                             std::to_string(level));
     }
-    void ShowStatusLine(std::string_view text) override { status = ToUtf8(text); }
+    void ShowStatusLine(std::string_view text) override { status = text::ToUtf8(text); }
     void OnLogLevel(int level) override { levels.push_back(level); }
 
     std::vector<std::string> forwarded;
@@ -53,7 +53,8 @@ class LogTest : public testing::Test {
 
     static std::vector<std::string> Lines(const CLog& log) {
         std::vector<std::string> lines;
-        for (std::size_t i = 0; i < log.GetCount(); ++i) lines.push_back(ToUtf8(log.GetText(i)));
+        for (std::size_t i = 0; i < log.GetCount(); ++i)
+            lines.push_back(text::ToUtf8(log.GetText(i)));
         return lines;
     }
 
@@ -65,10 +66,10 @@ class LogTest : public testing::Test {
         return m_folder.Get("wyjscie");
     }
 
-    ZoneScope m_zone{"Europe/Warsaw"};
-    ScratchFolder m_folder;
-    VirtualClock m_clock{kNow};
-    Translator m_translator;
+    support::ZoneScope m_zone{"Europe/Warsaw"};
+    support::ScratchFolder m_folder;
+    platform::VirtualClock m_clock{kNow};
+    platform::Translator m_translator;
     Outlets m_outlets;
     CKalvexLog m_module{m_clock, m_translator};
     CKalvexLog m_client{m_clock, m_translator};
@@ -90,7 +91,7 @@ TEST_F(LogTest, LineAboveTheLevelIsNowhere) {
 
 TEST_F(LogTest, LineUpToTheLevelIsKeptForwardedAndShown) {
     m_module.SetLevel(2);
-    m_module.Log(FromUtf8("ż"), 2);
+    m_module.Log(text::FromUtf8("ż"), 2);
     EXPECT_THAT(Lines(m_module), ElementsAre("2024-03-10 07:00:00  ż"));
     EXPECT_EQ(m_outlets.status, "ż");
     EXPECT_THAT(m_outlets.forwarded, ElementsAre("ż/1710050400/2"));
@@ -157,7 +158,7 @@ TEST_F(LogTest, OldestLinesGoWhenThereAreTooMany) {
 
 TEST_F(LogTest, FileIsUtf8) {
     m_module.SetLogFile(m_folder.Path("Kalvex"), 10000000);
-    m_module.Log(FromUtf8("zażółć"), 1);
+    m_module.Log(text::FromUtf8("zażółć"), 1);
     m_module.SetLogFile("", 0);
     m_module.Log("po", 1);
     EXPECT_EQ(m_folder.Get("Kalvex.log"), "2024-03-10 07:00:00  zażółć\n");
@@ -182,7 +183,7 @@ TEST_F(LogTest, FullDiskStopsNothingAndTheGapIsTold) {
 }
 
 // Every question for the time is a second later, and one of them finds the disk with room again.
-class FullDisk final : public Clock {
+class FullDisk final : public platform::Clock {
   public:
     explicit FullDisk(std::string file) : m_file(std::move(file)) {
         std::filesystem::create_symlink("/dev/full", m_file);
@@ -247,4 +248,4 @@ TEST_F(LogTest, ListenerHearsEachLine) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -6,7 +6,7 @@
 #include "operands/Variable.h"
 #include "support/hand_server.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::ElementsAre;
@@ -26,7 +26,7 @@ class MainFrameTest : public AppTest {
         ASSERT_EQ(App().Documents().All().size(), texts.size());
         m_record.clear();
     }
-    CKalvexDoc& Script(std::size_t index) { return *App().Documents().All().at(index); }
+    engine::CKalvexDoc& Script(std::size_t index) { return *App().Documents().All().at(index); }
     void Tick(int count = 1) {
         for (int i = 0; i < count; ++i) m_loop.tickSource->RunTick();
     }
@@ -111,7 +111,7 @@ TEST_F(MainFrameTest, RefreshDoesThePeriodicWorkAndShowsRunningScripts) {
 
 TEST_F(MainFrameTest, RefreshOpensConnectionsAnew) {
     StartScripts({"\n"});
-    HandServer server;
+    support::HandServer server;
     server.answersLogin = false;
     App().ClientInterface()->RegisterPlain("srv", "A");
     m_vantrel.network.AddServer("srv", server);
@@ -126,8 +126,8 @@ TEST_F(MainFrameTest, RefreshOpensConnectionsAnew) {
 
 TEST_F(MainFrameTest, StatusLineIsTheLastLineOfTheLog) {
     StartScripts({"\n"});
-    App().Log().Log(FromUtf8("ż"), LogErrors);
-    App().Log().Log("zdarzenie", LogEvents);
+    App().Log().Log(text::FromUtf8("ż"), platform::LogErrors);
+    App().Log().Log("zdarzenie", platform::LogEvents);
     EXPECT_EQ(ToUtf8(App().MainFrame().GetStatusLine()), "ż");
 }
 
@@ -165,4 +165,4 @@ TEST_F(MainFrameTest, ClosedDocumentTicksNoMore) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

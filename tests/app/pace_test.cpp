@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 int TicksAt(CPace& pace, std::int64_t now) {
@@ -36,4 +36,4 @@ TEST(PaceTest, StallIsNoBurst) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

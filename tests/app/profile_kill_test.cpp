@@ -11,7 +11,7 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 constexpr int kKills = 100;
@@ -22,14 +22,14 @@ constexpr const char* kBegin =
 constexpr const char* kEnd = "\r\n\r\n[Moje]\r\nklucz=1\r\n";
 
 std::string Content(int level) {
-    return FromUtf8(kBegin + std::to_string(level) + kEnd);
+    return text::FromUtf8(kBegin + std::to_string(level) + kEnd);
 }
 
 // Changes the level for ever and tells each change by a byte.
 [[noreturn]] void WriteForEver(const std::string& folder, int told) {
-    IniProfile profile(folder + "/Kalvex.ini");
-    const CCrypt crypt(folder + "/Kalvex.key", KeyFile::ReadOnly);
-    const Paths paths(folder);
+    platform::IniProfile profile(folder + "/Kalvex.ini");
+    const platform::CCrypt crypt(folder + "/Kalvex.key", platform::KeyFile::ReadOnly);
+    const platform::Paths paths(folder);
     CConfigurationStore store(profile, crypt, paths, false);
     CConfiguration configuration;
     for (int level = 1;; level = 3 - level) {
@@ -40,7 +40,7 @@ std::string Content(int level) {
 }
 
 TEST(ProfileKillTest, ProfileIsWholeHoweverOftenTheProcessIsKilled) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     folder.Put("Kalvex.ini", Content(1));
     for (int kill = 0; kill < kKills; ++kill) {
         int told[2];
@@ -62,9 +62,9 @@ TEST(ProfileKillTest, ProfileIsWholeHoweverOftenTheProcessIsKilled) {
         ::close(told[0]);
         ASSERT_TRUE(WIFSIGNALED(status));
         const std::string content = folder.Get("Kalvex.ini");
-        ASSERT_TRUE(content == Content(1) || content == Content(2)) << ToUtf8(content);
+        ASSERT_TRUE(content == Content(1) || content == Content(2)) << text::ToUtf8(content);
     }
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

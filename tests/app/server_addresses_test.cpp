@@ -7,14 +7,14 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 class ServerAddressesTest : public testing::Test {
   protected:
-    ServerAddresses Read(const std::string& utf8) const {
-        m_folder.Put("sorvane.ini", FromUtf8(utf8));
-        return ReadServerAddresses(IniProfile(m_folder.Path("Kalvex.ini")));
+    vantrel::ServerAddresses Read(const std::string& utf8) const {
+        m_folder.Put("sorvane.ini", text::FromUtf8(utf8));
+        return ReadServerAddresses(platform::IniProfile(m_folder.Path("Kalvex.ini")));
     }
 
     // Whether a server with this address and these settings is reached with TLS.
@@ -23,8 +23,8 @@ class ServerAddressesTest : public testing::Test {
         return addresses.at("srv").tls.has_value();
     }
 
-    ScratchFolder m_folder;
-    EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
+    support::ScratchFolder m_folder;
+    support::EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
 };
 
 TEST_F(ServerAddressesTest, EntryBecomesAnAddress) {
@@ -33,7 +33,7 @@ TEST_F(ServerAddressesTest, EntryBecomesAnAddress) {
         "[Szyfrowanie]\nUrząd=/etc/ca.pem\nCertyfikat=/etc/c.pem\nKlucz=/etc/k.pem\n"
         "Nazwa certyfikatu=stacja\n");
     ASSERT_EQ(addresses.size(), 1u);
-    const ServerAddress& address = addresses.at("przepompownia");
+    const vantrel::ServerAddress& address = addresses.at("przepompownia");
     EXPECT_EQ(address.address, "10.0.0.5:4000");
     ASSERT_TRUE(address.tls.has_value());
     EXPECT_EQ(address.tls->authority, "/etc/ca.pem");
@@ -76,4 +76,4 @@ TEST_F(ServerAddressesTest, WhatIsNoAddressIsKeptAsItStands) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

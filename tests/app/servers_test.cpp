@@ -7,18 +7,18 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 class ServersTest : public testing::Test {
   protected:
     std::vector<CServerEntry> Read(const std::string& utf8) const {
-        m_folder.Put("sorvane.ini", FromUtf8(utf8));
-        return ReadServers(IniProfile(m_folder.Path("Kalvex.ini")));
+        m_folder.Put("sorvane.ini", text::FromUtf8(utf8));
+        return ReadServers(platform::IniProfile(m_folder.Path("Kalvex.ini")));
     }
 
-    ScratchFolder m_folder;
-    EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
+    support::ScratchFolder m_folder;
+    support::EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
 };
 
 TEST_F(ServersTest, ServersAreThoseOfTheCommonProfileInItsOrder) {
@@ -56,4 +56,4 @@ TEST_F(ServersTest, MachineWithoutACommonProfileHasNoServers) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

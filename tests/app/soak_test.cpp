@@ -11,7 +11,7 @@
 #include "support/zone_scope.h"
 #include "vantrel/plant/SimulatedPlant.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 constexpr std::int64_t kTick = 10;  // seconds of plant time
@@ -116,16 +116,16 @@ REMOTE BRAK srv@BRAK
 SET A = BRAK
 )";
 
-class SoakTest : public ScriptWorld {
+class SoakTest : public support::ScriptWorld {
   protected:
     SoakTest() {
-        const ScratchFile file(kPlant);
-        PlantDefinition definition;
+        const support::ScratchFile file(kPlant);
+        vantrel::PlantDefinition definition;
         std::string fault;
         EXPECT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
-        m_pPlant = std::make_unique<SimulatedPlant>(std::move(definition), clock);
-        m_pClient =
-            std::make_unique<CClientInterface>(SourceServices{m_log, translator, users, *m_pPlant});
+        m_pPlant = std::make_unique<vantrel::SimulatedPlant>(std::move(definition), clock);
+        m_pClient = std::make_unique<sources::CClientInterface>(
+            sources::SourceServices{m_log, translator, users, *m_pPlant});
         m_services.sources = m_pClient.get();
         m_services.counts = &m_health.Counts();
         m_services.files = &m_files;
@@ -134,7 +134,8 @@ class SoakTest : public ScriptWorld {
 
     void Start(std::string_view text, const std::string& name) {
         WriteFile(name, text);
-        CKalvexDoc& script = *m_arrScripts.emplace_back(std::make_unique<CKalvexDoc>(m_services));
+        engine::CKalvexDoc& script =
+            *m_arrScripts.emplace_back(std::make_unique<engine::CKalvexDoc>(m_services));
         std::string error;
         ASSERT_TRUE(script.Open(name, error)) << error;
         ticks.Add(script);
@@ -155,22 +156,24 @@ class SoakTest : public ScriptWorld {
     void EndDay() {
         m_strMetrics = FormatHealthMetrics(m_health.GetFigures(
             m_nTick * kTick * 1'000'000, m_arrScripts, &m_pClient->SourceList()));
-        for (const std::unique_ptr<CKalvexDoc>& script : m_arrScripts) {
+        for (const std::unique_ptr<engine::CKalvexDoc>& script : m_arrScripts) {
             if (ConditionOf(*script) != ScriptCondition::Error) continue;
             script->Reset();
             script->Start();
         }
     }
 
-    ZoneScope m_zone{"Europe/Warsaw"};
-    SilentLog m_log;
-    PosixFileStore m_files;
-    DocumentServices m_services{
-        {clock, m_log, translator, users, paths, Functions()}, Statements(), questions};
+    support::ZoneScope m_zone{"Europe/Warsaw"};
+    support::SilentLog m_log;
+    platform::PosixFileStore m_files;
+    engine::DocumentServices m_services{
+        {clock, m_log, translator, users, paths, language::Functions()},
+        language::Statements(),
+        questions};
     CHealth m_health{0};
-    std::unique_ptr<SimulatedPlant> m_pPlant;
-    std::unique_ptr<CClientInterface> m_pClient;
-    std::vector<std::unique_ptr<CKalvexDoc>> m_arrScripts;
+    std::unique_ptr<vantrel::SimulatedPlant> m_pPlant;
+    std::unique_ptr<sources::CClientInterface> m_pClient;
+    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_arrScripts;
     std::int64_t m_nTick = 0;
     std::string m_strMetrics;
 };
@@ -181,7 +184,7 @@ TEST_F(SoakTest, FourWeeksTakeNoMoreMemoryThanOne) {
     Start(kTexts, "teksty.kx");
     Start(kFaulty, "wadliwy.kx");
     Pass(kWeek);
-    const std::int64_t afterOne = HeldBytes();
+    const std::int64_t afterOne = support::HeldBytes();
     const std::uint64_t linesOfOne = m_health.Counts().lines;
     const std::uint64_t logOfOne = m_log.lines;
     Pass(3 * kWeek);
@@ -198,10 +201,10 @@ TEST_F(SoakTest, FourWeeksTakeNoMoreMemoryThanOne) {
 TEST_F(SoakTest, ListThatGrowsShows) {
     Start("PRIORITY 1\nLIST A\n:obieg\nADD A TIME\nSLEEP 30.00\nGOTO obieg", "rosnie.kx");
     Pass(kDay);
-    const std::int64_t afterOne = HeldBytes();
+    const std::int64_t afterOne = support::HeldBytes();
     Pass(kDay);
     EXPECT_GT(HeldBytes(), afterOne + kPlay);
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -7,27 +7,28 @@
 #include "support/log_recorder.h"
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 TEST(SourceLoginsTest, ServerHearsTheLoginOfTheProfile) {
-    ScratchFolder folder;
-    const CCrypt crypt(folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse);
+    support::ScratchFolder folder;
+    const platform::CCrypt crypt(folder.Path("Kalvex.key"), platform::KeyFile::MadeAtFirstUse);
     const auto password = crypt.EncryptTextWithLabel("Kalvex", "haslo, z przecinkiem");
     ASSERT_TRUE(password.has_value());
     folder.Put("Kalvex.ini", "[Zrodla]\nZrodlo0=inny,ewa,\nZrodlo1=srv,jan," + *password + "\n");
-    IniProfile profile(folder.Path("Kalvex.ini"));
+    platform::IniProfile profile(folder.Path("Kalvex.ini"));
     CConfiguration configuration;
-    CConfigurationStore(profile, crypt, Paths(folder.Path()), false).ReadSources(configuration);
+    CConfigurationStore(profile, crypt, platform::Paths(folder.Path()), false)
+        .ReadSources(configuration);
 
-    InProcessNetwork network;
-    HandServer server;
+    support::InProcessNetwork network;
+    support::HandServer server;
     server.answersLogin = false;
     network.AddServer("srv", server);
-    SilentLog log;
-    const Translator translator;
-    const FixedUser users;
-    CClientInterface client(
+    support::SilentLog log;
+    const platform::Translator translator;
+    const support::FixedUser users;
+    sources::CClientInterface client(
         {log, translator, users, network, nullptr, configuration.sources, &crypt});
     ASSERT_NE(client.SourceList().AddSource("srv"), nullptr);
     network.Deliver();
@@ -37,11 +38,11 @@ TEST(SourceLoginsTest, ServerHearsTheLoginOfTheProfile) {
 }
 
 TEST(SourceLoginsTest, PasswordOfAnotherKeyIsLostAndThatIsKnown) {
-    ScratchFolder folder;
-    const CCrypt crypt(folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse);
-    const CCrypt other(folder.Path("Inny.key"), KeyFile::MadeAtFirstUse);
-    const Paths paths(folder.Path());
-    IniProfile profile(folder.Path("Kalvex.ini"));
+    support::ScratchFolder folder;
+    const platform::CCrypt crypt(folder.Path("Kalvex.key"), platform::KeyFile::MadeAtFirstUse);
+    const platform::CCrypt other(folder.Path("Inny.key"), platform::KeyFile::MadeAtFirstUse);
+    const platform::Paths paths(folder.Path());
+    platform::IniProfile profile(folder.Path("Kalvex.ini"));
     const CConfigurationStore store(profile, crypt, paths, false);
     EXPECT_FALSE(store.HasLostPasswords());
     // No password, no user, the old plain form, one of its own.
@@ -56,4 +57,4 @@ TEST(SourceLoginsTest, PasswordOfAnotherKeyIsLostAndThatIsKnown) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

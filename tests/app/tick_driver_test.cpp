@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 using testing::Each;
@@ -155,4 +155,4 @@ TEST_F(TickDriverTest, StallBehindIdleTicksIsKnownWhole) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

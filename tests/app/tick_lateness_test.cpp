@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::app {
 namespace {
 
 TEST(TickLatenessTest, NothingBeforeTheFirstTick) {
@@ -60,4 +60,4 @@ TEST(TickLatenessTest, BeyondTheClassesTheLastOneHolds) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::app

@@ -2,12 +2,12 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
 
-class BranchingTest : public ScriptWorld {
+class BranchingTest : public support::ScriptWorld {
   protected:
     // The path of a script through its "ADD S <letter>" lines.
     std::string Path(const std::string& text) {
@@ -249,4 +249,4 @@ TEST_F(BranchingTest, BlocksAreSearchedAnewAfterTheTextChanged) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,12 +2,12 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
 
-class DeclarationsTest : public ScriptWorld {};
+class DeclarationsTest : public support::ScriptWorld {};
 
 TEST_F(DeclarationsTest, LocalWithoutAValue) {
     CKalvexDoc& document = Run("LOCAL x ; opis\nLOCAL y");
@@ -100,7 +100,7 @@ TEST_F(DeclarationsTest, RemoteInheritsIgnoreUnknownButNoLock) {
     document.IgnoreUnknown(true);
     document.Start();
     Tick(1);
-    const auto& remote = static_cast<HandRemote&>(*document.Variables().Find("a"));
+    const auto& remote = static_cast<support::HandRemote&>(*document.Variables().Find("a"));
     EXPECT_TRUE(remote.ignoreUnknown);
     EXPECT_FALSE(remote.locked);
 }
@@ -139,11 +139,11 @@ TEST_F(DeclarationsTest, SetReportsWhatTheEvaluationLeft) {
 TEST_F(DeclarationsTest, SetOfTheTimeLeavesTheValue) {
     CKalvexDoc& document = Run(
         "LOCAL x = 7\nSET x.TIMESTAMP = 1000000000\nSET x.HREP = 5\nSET x.HREP.TIMESTAMP = 60.9");
-    CVal value;
-    document.Variables().Find("x")->GetValue(value, KindCurrent, 1);
+    value::CVal value;
+    document.Variables().Find("x")->GetValue(value, value::KindCurrent, 1);
     EXPECT_EQ(ValueToText(value), "7.00");
     EXPECT_EQ(value.GetTime(), 1000000000);
-    document.Variables().Find("x")->GetValue(value, KindHour, 1);
+    document.Variables().Find("x")->GetValue(value, value::KindHour, 1);
     EXPECT_EQ(ValueToText(value), "5.00");
     EXPECT_EQ(value.GetTime(), 60);
 }
@@ -162,8 +162,8 @@ TEST_F(DeclarationsTest, SetReachesTheKindOfTheName) {
 
 TEST_F(DeclarationsTest, AssignmentCarriesStatusAndTime) {
     CKalvexDoc& document = Run("LOCAL a = 1\nLOCAL b\nSET a.TIMESTAMP = 99999\nSET b = a");
-    CVal value;
-    document.Variables().Find("b")->GetValue(value, KindCurrent, 1);
+    value::CVal value;
+    document.Variables().Find("b")->GetValue(value, value::KindCurrent, 1);
     EXPECT_EQ(value.GetTime(), 99999);
 }
 
@@ -185,7 +185,7 @@ TEST_F(DeclarationsTest, PointerTakesTheEvaluatedText) {
     CKalvexDoc& document =
         Run("POINTER p\nLOCAL q = \"cel\"\nSETPTR p = q\nLOCAL cel = 8\nLOCAL r = p");
     EXPECT_EQ(Value(document, "r"), "171:8.00");
-    const auto& pointer = static_cast<CVariablePointer&>(*document.Variables().Find("p"));
+    const auto& pointer = static_cast<operands::CVariablePointer&>(*document.Variables().Find("p"));
     EXPECT_EQ(pointer.GetTargetName(), "cel");
 }
 
@@ -217,4 +217,4 @@ TEST_F(DeclarationsTest, CreateVarListFailures) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

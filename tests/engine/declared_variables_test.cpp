@@ -5,7 +5,7 @@
 
 #include "engine/ScriptText.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -54,4 +54,4 @@ TEST(DeclaredVariablesTest, ColumnsBeginEmpty) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -3,7 +3,7 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 constexpr const char* kScripts[] = {
@@ -41,7 +41,7 @@ constexpr Action kActions[] = {
     {6000, 3, Stop},  {7001, 3, Reset}, {7402, 3, Start},
 };
 
-class World final : public ScriptWorld {
+class World final : public support::ScriptWorld {
   public:
     // What the scripts came to, whatever the engine does with idle ticks.
     std::vector<std::string> Run(bool skipping) {
@@ -114,7 +114,7 @@ TEST(IdleTicksComparisonTest, ScriptsCannotTellThatTheyAreSkipped) {
     EXPECT_GT(skipped.skipped, kTicks / 2);
 }
 
-class IdleTicksTest : public ScriptWorld {};
+class IdleTicksTest : public support::ScriptWorld {};
 
 TEST_F(IdleTicksTest, ScriptIsIdleUntilItsNextLineIsDue) {
     Open("LOCAL A = 1\n\n").Start();
@@ -165,4 +165,4 @@ TEST_F(IdleTicksTest, ErrorThatHasGoneIsTakenBackByATick) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,7 +2,7 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -10,7 +10,7 @@ using testing::ElementsAre;
 constexpr const char* kOpened = "main.kx : Inicjowanie skryptu ";
 constexpr const char* kStarted = "main.kx : Start skryptu ";
 
-class ListCalculationsTest : public ScriptWorld {};
+class ListCalculationsTest : public support::ScriptWorld {};
 
 TEST_F(ListCalculationsTest, SeriesAndItsSum) {
     CKalvexDoc& document =
@@ -73,4 +73,4 @@ TEST_F(ListCalculationsTest, ErrorsOfTheFunctionStandBeforeThoseOfTheAssignment)
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,7 +2,7 @@
 
 #include "engine/script_lines.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -93,7 +93,7 @@ TEST_F(ListStatementsTest, ErrorOfTheEvaluationStandsBeforeTheStatementsOwn) {
 TEST_F(ListStatementsTest, AddKeepsTheTypeThatTheElementHas) {
     EXPECT_TRUE(RunOnList({"ADD L 5", "ADD L \"tekst\"", "ADD L x", "ADD L TIME"}));
     std::vector<int> types;
-    for (const CVal& element : List("L").Elements()) types.push_back(element.GetType());
+    for (const value::CVal& element : List("L").Elements()) types.push_back(element.GetType());
     EXPECT_THAT(types, ElementsAre(ValueType::Double, ValueType::Text, ValueType::Double,
                                    ValueType::Int64));
 }
@@ -180,7 +180,7 @@ class ListStatementsSplitTest : public ScriptLines {
     std::vector<std::string> Split(const std::string& text, const std::string& separator) {
         Forget();
         EXPECT_TRUE(RunLines({"LOCAL s", "LIST L"}));
-        Variable("s").SetValue(CVal(FromUtf8(text)), KindCurrent);
+        Variable("s").SetValue(value::CVal(text::FromUtf8(text)), value::KindCurrent);
         EXPECT_TRUE(RunLines({"SPLIT s " + separator + " L"}));
         return Elements("L");
     }
@@ -218,7 +218,8 @@ TEST_F(ListStatementsSplitTest, TextWithoutASeparatorIsOnePiece) {
 TEST_F(ListStatementsSplitTest, PiecesAreTextsAndAppended) {
     EXPECT_TRUE(RunLines({"LOCAL s = \"1;2\"", "LIST L", "SPLIT s ; L", "SPLIT s ; L"}));
     EXPECT_THAT(Elements("L"), ElementsAre("1", "2", "1", "2"));
-    for (const CVal& element : List("L").Elements()) EXPECT_EQ(element.GetType(), ValueType::Text);
+    for (const value::CVal& element : List("L").Elements())
+        EXPECT_EQ(element.GetType(), ValueType::Text);
     EXPECT_EQ(List("L").GetIterator(), -1);
 }
 
@@ -255,4 +256,4 @@ TEST_F(ListStatementsSplitTest, MissingSourceAndListAreNamed) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,7 +2,7 @@
 
 #include "engine/script_lines.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -92,7 +92,7 @@ TEST_F(PacingTest, SleepOfNothingPassesAtOnce) {
 
 TEST_F(PacingTest, SleepTakesItsSpanOnTheFirstRunOnly) {
     EXPECT_TRUE(RunLines({"LOCAL czas = \"0.10\"", "SLEEP czas"}));
-    Variable("czas").SetValue(CVal("0.50"), KindCurrent);
+    Variable("czas").SetValue(value::CVal("0.50"), value::KindCurrent);
     clock.Advance(10 * 1000);
     EXPECT_TRUE(document.ExecuteLine());
     EXPECT_TRUE(Finished());
@@ -194,13 +194,14 @@ TEST_F(PacingTest, SetTimeLeavesDaylightSavingToTheSystem) {
 }
 
 TEST_F(PacingTest, SetTimeSucceedsWhenTheSystemRefuses) {
-    class RefusingClock final : public Clock {
+    class RefusingClock final : public platform::Clock {
       public:
         std::int64_t Now() const override { return kStart; }
         bool SetSystemTime(std::int64_t) override { return false; }
     } refusing;
-    const DocumentServices other{
-        {refusing, log, translator, users, paths, Functions()}, Statements(), questions};
+    const DocumentServices other{{refusing, log, translator, users, paths, language::Functions()},
+                                 language::Statements(),
+                                 questions};
     CKalvexDoc script(other);
     script.Text().SetText("SETTIME 2024 7 10 7 8 9");
     EXPECT_TRUE(script.ExecuteLine());
@@ -226,4 +227,4 @@ TEST_F(PacingTest, SetTimeWithoutAllOperandsFails) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -4,7 +4,7 @@
 
 #include "engine/script_lines.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -296,4 +296,4 @@ TEST_F(ProceduresTest, HeadIsSearchedInTheTextAsItStands) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

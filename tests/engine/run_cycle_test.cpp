@@ -4,13 +4,13 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class RunCycleTest : public ScriptWorld {};
+class RunCycleTest : public support::ScriptWorld {};
 
 // A view that keeps what it is told.
 class ViewRecorder final : public CScriptView {
@@ -312,7 +312,7 @@ TEST_F(RunCycleTest, ResetKeepsAStandingErrorUntilTheNextLine) {
 
 TEST_F(RunCycleTest, ResetClearsTheGeneralError) {
     CKalvexDoc& document = Open("");
-    document.SetError(ErrorOther, "x", true);
+    document.SetError(operands::ErrorOther, "x", true);
     document.Reset();
     EXPECT_EQ(Error(document), "0");
 }
@@ -341,7 +341,7 @@ TEST_F(RunCycleTest, FailingLineIsRetriedAndLoggedOnce) {
     EXPECT_TRUE(document.State().m_bRunning);
     EXPECT_EQ(Log().back(), "main.kx : Linia 2 - Zmienna nie została poprawnie zdefiniowana : Q");
     EXPECT_EQ(Log().size(), 3u);
-    document.Variables().Append(std::make_unique<CVariableLocal>("Q"));
+    document.Variables().Append(std::make_unique<operands::CVariableLocal>("Q"));
     Tick(1);
     EXPECT_FALSE(document.State().m_bErrorStanding);
     EXPECT_FALSE(ticks.IsErrorStanding());
@@ -350,7 +350,7 @@ TEST_F(RunCycleTest, FailingLineIsRetriedAndLoggedOnce) {
 TEST_F(RunCycleTest, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     CKalvexDoc& document = Run("LOCAL A\nPOINTER W\n:w\nSET A = W\nGOTO w", 5);
     ASSERT_EQ(Log(LogErrors).size(), 3u);
-    auto& pointer = static_cast<CVariablePointer&>(*document.Variables().Find("W"));
+    auto& pointer = static_cast<operands::CVariablePointer&>(*document.Variables().Find("W"));
     pointer.SetTargetName("A");
     Tick(1);
     EXPECT_FALSE(document.State().m_bErrorStanding);
@@ -485,7 +485,7 @@ TEST_F(RunCycleTest, ConsoleClientWithoutControlSendsNothing) {
 }
 
 TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
-    struct Part final : CDocumentPart {
+    struct Part final : operands::CDocumentPart {
         Part(std::vector<std::string>& record, std::string label)
             : calls(record), name(std::move(label)) {}
         ~Part() override { calls.push_back("destroy " + name); }
@@ -495,9 +495,9 @@ TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
     };
     std::vector<std::string> calls;
     auto document = std::make_unique<CKalvexDoc>(services);
-    document->GetPart<Part>(DocumentPart::LinkTests, calls, "links");
-    document->GetPart<Part>(DocumentPart::ReportNotifications, calls, "notify");
-    document->GetPart<Part>(DocumentPart::Processes, calls, "processes");
+    document->GetPart<Part>(operands::DocumentPart::LinkTests, calls, "links");
+    document->GetPart<Part>(operands::DocumentPart::ReportNotifications, calls, "notify");
+    document->GetPart<Part>(operands::DocumentPart::Processes, calls, "processes");
     EXPECT_EQ(&document->GetPart<Part>(DocumentPart::LinkTests, calls, "second"),
               &document->GetPart<Part>(DocumentPart::LinkTests, calls, "third"));
     document.reset();
@@ -506,4 +506,4 @@ TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,12 +2,12 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
 
-class ScriptErrorsTest : public ScriptWorld {};
+class ScriptErrorsTest : public support::ScriptWorld {};
 
 TEST_F(ScriptErrorsTest, EveryCodeHasItsMessage) {
     const std::vector<std::string> expected = {
@@ -49,13 +49,14 @@ TEST_F(ScriptErrorsTest, EveryCodeHasItsMessage) {
 }
 
 TEST_F(ScriptErrorsTest, MessagesPassThroughTheTranslatorButForTheMissingComparison) {
-    struct Marker final : Translator {
+    struct Marker final : platform::Translator {
         std::string Translate(const char* polish) const override {
-            return "<" + FromUtf8(polish) + ">";
+            return "<" + text::FromUtf8(polish) + ">";
         }
     } marker;
-    const DocumentServices translated{
-        {clock, log, marker, users, paths, Functions()}, Statements(), questions};
+    const DocumentServices translated{{clock, log, marker, users, paths, language::Functions()},
+                                      language::Statements(),
+                                      questions};
     const CKalvexDoc document(translated);
     EXPECT_EQ(ToUtf8(document.GetErrorMessage(16)), "<Błąd obliczenia wyrażenia>");
     EXPECT_EQ(ToUtf8(document.GetErrorMessage(18)), "Nie znaleziono właściwego operatora");
@@ -71,24 +72,24 @@ TEST_F(ScriptErrorsTest, ReportNamesLineMessageAndText) {
 
 TEST_F(ScriptErrorsTest, FirstSpecificErrorStands) {
     CKalvexDoc document(services);
-    document.SetError(ErrorExpression, "pierwszy", false);
-    document.SetError(ErrorUndefinedVariable, "drugi", false);
+    document.SetError(operands::ErrorExpression, "pierwszy", false);
+    document.SetError(operands::ErrorUndefinedVariable, "drugi", false);
     EXPECT_EQ(Error(document), "16 pierwszy");
 }
 
 TEST_F(ScriptErrorsTest, GeneralErrorGivesWay) {
     CKalvexDoc document(services);
-    document.SetError(ErrorOther, "", false);
-    document.SetError(ErrorUndefinedVariable, "x", false);
+    document.SetError(operands::ErrorOther, "", false);
+    document.SetError(operands::ErrorUndefinedVariable, "x", false);
     EXPECT_EQ(Error(document), "3 x");
-    document.SetError(ErrorOther, "", false);
+    document.SetError(operands::ErrorOther, "", false);
     EXPECT_EQ(Error(document), "3 x");
 }
 
 TEST_F(ScriptErrorsTest, ForceReplaces) {
     CKalvexDoc document(services);
-    document.SetError(ErrorExpression, "pierwszy", false);
-    document.SetError(ErrorUndefinedVariable, "drugi", true);
+    document.SetError(operands::ErrorExpression, "pierwszy", false);
+    document.SetError(operands::ErrorUndefinedVariable, "drugi", true);
     EXPECT_EQ(Error(document), "3 drugi");
 }
 
@@ -125,10 +126,10 @@ TEST_F(ScriptErrorsTest, TabsAreBlanksAlsoInStrings) {
 
 TEST_F(ScriptErrorsTest, FinishedScriptKeepsItsErrorSlot) {
     CKalvexDoc& document = Run("LOCAL A = 1");
-    document.SetError(ErrorBadSet, "x", true);
+    document.SetError(operands::ErrorBadSet, "x", true);
     EXPECT_TRUE(document.ExecuteLine());
     EXPECT_EQ(Error(document), "4 x");
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

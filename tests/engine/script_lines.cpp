@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-namespace kalvex {
+namespace kalvex::engine {
 
 namespace {
 
@@ -21,7 +21,7 @@ ScriptLines::ScriptLines()
 
 void ScriptLines::Load(const std::vector<std::string>& lines) {
     std::string text;
-    for (const std::string& line : lines) text += FromUtf8(line) + "\r\n";
+    for (const std::string& line : lines) text += text::FromUtf8(line) + "\r\n";
     text.resize(text.size() - 2);
     document.Text().SetText(text);
     document.JumpTo(0);
@@ -53,8 +53,9 @@ std::string ScriptLines::Failure() const {
 
 std::vector<std::string> ScriptLines::Elements(const char* name) {
     std::vector<std::string> texts;
-    for (const CVal& element : List(name).Elements()) texts.push_back(ToUtf8(ValueToText(element)));
+    for (const value::CVal& element : List(name).Elements())
+        texts.push_back(text::ToUtf8(value::ValueToText(element)));
     return texts;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

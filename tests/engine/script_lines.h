@@ -9,12 +9,12 @@
 #include "support/script_world.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 
 // The instant of a reading in a zone that is `hours` ahead of GMT.
 std::int64_t At(const char* reading, int hours);
 
-class ScriptLines : public ScriptWorld {
+class ScriptLines : public support::ScriptWorld {
   protected:
     ScriptLines();
 
@@ -30,13 +30,19 @@ class ScriptLines : public ScriptWorld {
     // The line where the script stands (from 1) with the standing error: "2: 3 Q".
     std::string Failure() const;
 
-    CVariable& Variable(const char* name) { return *document.Variables().Find(FromUtf8(name)); }
-    CVariableList& List(const char* name) { return static_cast<CVariableList&>(Variable(name)); }
-    HandRemote& Remote(const char* name) { return static_cast<HandRemote&>(Variable(name)); }
+    operands::CVariable& Variable(const char* name) {
+        return *document.Variables().Find(text::FromUtf8(name));
+    }
+    operands::CVariableList& List(const char* name) {
+        return static_cast<operands::CVariableList&>(Variable(name));
+    }
+    support::HandRemote& Remote(const char* name) {
+        return static_cast<support::HandRemote&>(Variable(name));
+    }
     std::vector<std::string> Elements(const char* name);
 
-    ZoneScope zone{"Europe/Warsaw"};
+    support::ZoneScope zone{"Europe/Warsaw"};
     CKalvexDoc& document;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -4,7 +4,7 @@
 
 #include "engine/script_lines.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -298,4 +298,4 @@ TEST_F(ScriptPreparationTest, MissingServerLeavesTheStatementAndALineBehindIt) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -76,4 +76,4 @@ TEST(ScriptTextTest, InsertingGoesBehindTheLine) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

@@ -2,7 +2,7 @@
 
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
@@ -10,10 +10,11 @@ using testing::ElementsAre;
 constexpr const char* kOpened = "main.kx : Inicjowanie skryptu ";
 constexpr const char* kStarted = "main.kx : Start skryptu ";
 
-class StatusStatementsTest : public ScriptWorld {
+class StatusStatementsTest : public support::ScriptWorld {
   protected:
-    static int StatusOf(CKalvexDoc& document, std::string_view name, ValueKind kind = KindCurrent) {
-        CVal value;
+    static int StatusOf(CKalvexDoc& document, std::string_view name,
+                        value::ValueKind kind = value::KindCurrent) {
+        value::CVal value;
         document.Variables().Find(name)->GetValue(value, kind, 1);
         return value.GetStatus();
     }
@@ -55,4 +56,4 @@ TEST_F(StatusStatementsTest, HourValueOfALocalVariableIsChangedAndFails) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

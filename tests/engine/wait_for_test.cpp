@@ -5,26 +5,29 @@
 #include "engine/script_lines.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::engine {
 namespace {
 
 using testing::ElementsAre;
 
 class WaitForTimesTest : public testing::Test {
   protected:
-    static SleepTime Daily(int hours, int minutes, int seconds) {
-        return {hours, minutes, seconds, SleepForm::HoursMinutesSeconds};
+    static operands::SleepTime Daily(int hours, int minutes, int seconds) {
+        return {hours, minutes, seconds, operands::SleepForm::HoursMinutesSeconds};
     }
-    static SleepTime Hourly(int minutes, int seconds) {
-        return {0, minutes, seconds, SleepForm::MinutesSeconds};
+    static operands::SleepTime Hourly(int minutes, int seconds) {
+        return {0, minutes, seconds, operands::SleepForm::MinutesSeconds};
     }
-    static SleepTime EveryMinute(int seconds) { return {0, 0, seconds, SleepForm::Seconds}; }
+    static operands::SleepTime EveryMinute(int seconds) {
+        return {0, 0, seconds, operands::SleepForm::Seconds};
+    }
 
-    void Add(SleepTime written) { AddWaitTimes(record, written, today); }
+    void Add(operands::SleepTime written) { AddWaitTimes(record, written, today); }
 
-    ZoneScope zone{"Europe/Warsaw"};
+    support::ZoneScope zone{"Europe/Warsaw"};
     CWaitFor record;
-    TimeFields today{.year = 2024, .month = 3, .day = 10, .hour = 7, .minute = 8, .second = 9};
+    value::TimeFields today{
+        .year = 2024, .month = 3, .day = 10, .hour = 7, .minute = 8, .second = 9};
 };
 
 TEST_F(WaitForTimesTest, FullTimeIsOneADay) {
@@ -417,7 +420,7 @@ TEST_F(WaitForTest, VariableGivesItsTextOnceOnly) {
     RunLines({"LOCAL kiedy = \"12:00.00\""});
     Start("WAITFOR kiedy", "2024-03-10 11:59:59", 1);
     EXPECT_FALSE(Passes());
-    Variable("kiedy").SetValue(CVal("18:00.00"), KindCurrent);
+    Variable("kiedy").SetValue(value::CVal("18:00.00"), value::KindCurrent);
     EXPECT_TRUE(PassesAt("2024-03-10 12:00:01", 1));
 }
 
@@ -460,4 +463,4 @@ TEST_F(WaitForTest, RecordsSurviveAStopAndGoWithTheRunState) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::engine

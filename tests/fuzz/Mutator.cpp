@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 namespace {
 
@@ -123,4 +123,4 @@ std::string Mutator::Next() {
     return text;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

@@ -10,7 +10,7 @@
 
 #include "fuzz/WireFields.h"
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 class Mutator {
   public:
@@ -32,4 +32,4 @@ class Mutator {
     std::mt19937_64 m_random;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

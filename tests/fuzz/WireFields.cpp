@@ -1,6 +1,6 @@
 #include "fuzz/WireFields.h"
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 namespace {
 
@@ -73,4 +73,4 @@ std::string JoinFields(const std::vector<WireField>& fields) {
     return bytes;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 struct WireField {
     std::uint64_t tag = 0;
@@ -24,4 +24,4 @@ std::string WireNumber(std::uint64_t number);
 bool SplitFields(std::string_view bytes, std::vector<WireField>& fields);
 std::string JoinFields(const std::vector<WireField>& fields);
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

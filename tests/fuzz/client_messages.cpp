@@ -6,7 +6,7 @@
 #include "support/value_dump.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 namespace {
 
@@ -14,34 +14,40 @@ constexpr std::int64_t kNoon = 1710068400;
 
 }  // namespace
 
-std::vector<ClientMessage> SampleClientMessages() {
-    const std::string name = FromUtf8("Z1.PRZEPŁYW");
-    std::vector<CVal> values;
+std::vector<vantrel::ClientMessage> SampleClientMessages() {
+    const std::string name = text::FromUtf8("Z1.PRZEPŁYW");
+    std::vector<value::CVal> values;
     for (int index = 0; index < 5; ++index)
-        values.push_back(Stamped(CVal(index), kNoon + index, Status::Supervisory));
-    std::vector<CVal> mixed{CVal(std::string("x")), CVal(), CVal(1.5), CVal(2)};
+        values.push_back(
+            support::Stamped(value::CVal(index), kNoon + index, value::Status::Supervisory));
+    std::vector<value::CVal> mixed{value::CVal(std::string("x")), value::CVal(), value::CVal(1.5),
+                                   value::CVal(2)};
     std::int64_t time = kNoon;
-    for (CVal& value : mixed) value.SetTime(++time);
+    for (value::CVal& value : mixed) value.SetTime(++time);
     return {
-        LoginRequest{1, 23, "Kalvex_stacja", "", ""},
-        LoginRequest{1, 23, "Kalvex_stacja", "NOBODY", ""},
-        LoginRequest{2, 0, "", "jan", "tajne"},
-        SubscribeRequest{{{1, name}, {2, "TEKST"}, {3, "BRAK"}, {4, "TAJNE"}}, {}, 577, true},
-        SubscribeRequest{{{5, "LICZNIK"}}, {1, 9}, 833, false},
-        ReadRequests{{{1, KindHour, name, kNoon, kNoon}, {2, KindArchive, name, 0, kNoon * 2}}},
-        ReadRequests{{{3, KindDay, name, kNoon, kNoon}, {4, KindSpan, "BRAK", 5, 4}}},
-        CancelRequests{{1, 2, 77}},
-        ModifyRequests{{{5, KindCurrent, name, 0, CVal(12.5)},
-                        {6, KindCurrent, "TEKST", 0, CVal(FromUtf8("Zażółć"))},
-                        {7, KindHour, name, kNoon, CVal(std::nan(""))},
-                        {8, KindMonth, name, -1, CVal(std::numeric_limits<double>::max())}}},
-        ArchiveModifyRequest{9, name, kNoon, kNoon + 4, values},
-        ArchiveModifyRequest{10, name, kNoon + 1, kNoon + 4, mixed},
-        PeriodRequest{PeriodAction::Init, KindHour, name, kNoon},
-        PeriodRequest{PeriodAction::Calculate, KindMonth, name, kNoon},
-        PeriodRequest{PeriodAction::Refresh, KindArchive, name, kNoon},
-        LastMessagesRequest{3},
+        vantrel::LoginRequest{1, 23, "Kalvex_stacja", "", ""},
+        vantrel::LoginRequest{1, 23, "Kalvex_stacja", "NOBODY", ""},
+        vantrel::LoginRequest{2, 0, "", "jan", "tajne"},
+        vantrel::SubscribeRequest{
+            {{1, name}, {2, "TEKST"}, {3, "BRAK"}, {4, "TAJNE"}}, {}, 577, true},
+        vantrel::SubscribeRequest{{{5, "LICZNIK"}}, {1, 9}, 833, false},
+        vantrel::ReadRequests{{{1, value::KindHour, name, kNoon, kNoon},
+                               {2, value::KindArchive, name, 0, kNoon * 2}}},
+        vantrel::ReadRequests{
+            {{3, value::KindDay, name, kNoon, kNoon}, {4, value::KindSpan, "BRAK", 5, 4}}},
+        vantrel::CancelRequests{{1, 2, 77}},
+        vantrel::ModifyRequests{
+            {{5, value::KindCurrent, name, 0, value::CVal(12.5)},
+             {6, value::KindCurrent, "TEKST", 0, value::CVal(text::FromUtf8("Zażółć"))},
+             {7, value::KindHour, name, kNoon, value::CVal(std::nan(""))},
+             {8, value::KindMonth, name, -1, value::CVal(std::numeric_limits<double>::max())}}},
+        vantrel::ArchiveModifyRequest{9, name, kNoon, kNoon + 4, values},
+        vantrel::ArchiveModifyRequest{10, name, kNoon + 1, kNoon + 4, mixed},
+        vantrel::PeriodRequest{vantrel::PeriodAction::Init, value::KindHour, name, kNoon},
+        vantrel::PeriodRequest{vantrel::PeriodAction::Calculate, value::KindMonth, name, kNoon},
+        vantrel::PeriodRequest{vantrel::PeriodAction::Refresh, value::KindArchive, name, kNoon},
+        vantrel::LastMessagesRequest{3},
     };
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

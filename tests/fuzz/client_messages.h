@@ -5,8 +5,8 @@
 
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
-std::vector<ClientMessage> SampleClientMessages();
+std::vector<vantrel::ClientMessage> SampleClientMessages();
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

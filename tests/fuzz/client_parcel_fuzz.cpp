@@ -3,14 +3,16 @@
 #include "fuzz/parcels.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kalvex::CheckParcel<kalvex::ClientParcel>(kalvex::Bytes(data, size));
+    kalvex::CheckParcel<kalvex::vantrel::ClientParcel>(kalvex::Bytes(data, size));
     return 0;
 }
 
 std::vector<std::string> kalvex::FuzzCorpus() {
-    std::vector<std::string> corpus{"", Pack(Heartbeat{}), Pack(Farewell{4106})};
-    for (const ClientMessage& message : SampleClientMessages()) {
-        for (std::string& parcel : Pack(message).parcels) corpus.push_back(std::move(parcel));
+    std::vector<std::string> corpus{"", vantrel::Pack(vantrel::Heartbeat{}),
+                                    vantrel::Pack(vantrel::Farewell{4106})};
+    for (const vantrel::ClientMessage& message : SampleClientMessages()) {
+        for (std::string& parcel : vantrel::Pack(message).parcels)
+            corpus.push_back(std::move(parcel));
     }
     return corpus;
 }

@@ -13,7 +13,7 @@
 // The entry by which fuzzing engines know a target.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 // Inputs that the target understands.
 std::vector<std::string> FuzzCorpus();
@@ -29,4 +29,4 @@ inline std::string_view Bytes(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

@@ -7,12 +7,12 @@
 #include "fuzz/fuzz.h"
 #include "vantrel/network/Parcel.h"
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
-inline bool IsWhole(const PackedRequest& packed) {
+inline bool IsWhole(const vantrel::PackedRequest& packed) {
     return packed.refusals.empty();
 }
-inline bool IsWhole(const PackedAnswer& packed) {
+inline bool IsWhole(const vantrel::PackedAnswer& packed) {
     return packed.leftOut == 0;
 }
 
@@ -20,20 +20,21 @@ inline bool IsWhole(const PackedAnswer& packed) {
 template <class Parcel>
 void CheckParcel(std::string_view bytes) {
     Parcel parcel;
-    if (Unpack(bytes, parcel) != WireFault::None) return;
+    if (vantrel::Unpack(bytes, parcel) != vantrel::WireFault::None) return;
     const auto* message = std::get_if<0>(&parcel);
     if (message == nullptr) return;
-    const auto packed = Pack(*message);
+    const auto packed = vantrel::Pack(*message);
     Demand(IsWhole(packed), "something of a decoded message cannot be sent");
     for (const std::string& piece : packed.parcels) {
         Parcel again;
-        Demand(Unpack(piece, again) == WireFault::None, "a piece does not decode");
+        Demand(vantrel::Unpack(piece, again) == vantrel::WireFault::None,
+               "a piece does not decode");
         Demand(std::holds_alternative<std::variant_alternative_t<0, Parcel>>(again),
                "a piece is no message");
-        const auto repacked = Pack(std::get<0>(again));
+        const auto repacked = vantrel::Pack(std::get<0>(again));
         Demand(repacked.parcels.size() == 1 && repacked.parcels.front() == piece,
                "a piece changes on its way");
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz

@@ -11,7 +11,7 @@
 #include "vantrel/Codes.h"
 #include "vantrel/network/Parcel.h"
 
-namespace kalvex {
+namespace kalvex::fuzz {
 
 namespace {
 
@@ -60,48 +60,49 @@ struct World {
         } while (loop.Run());
     }
 
-    ScratchFolder folder;
-    VirtualClock clock{1710068400};
-    SilentLog log;
-    Translator translator;
-    PostedWork loop;
-    Server server{clock, log, translator, loop, PasswordCost::Least};
+    support::ScratchFolder folder;
+    platform::VirtualClock clock{1710068400};
+    support::SilentLog log;
+    platform::Translator translator;
+    platform::PostedWork loop;
+    server::Server server{clock, log, translator, loop, platform::PasswordCost::Least};
 };
 
 // Looks at all that the server says.
-class Client final : public ServerLink {
+class Client final : public vantrel::ServerLink {
   public:
     explicit Client(World& world) : m_world(world), m_pSession(world.server.Accept(*this)) {
         Demand(m_pSession != nullptr, "the client must be let in");
     }
-    ~Client() override { m_pSession->OnClosed(ReasonLost); }
+    ~Client() override { m_pSession->OnClosed(vantrel::ReasonLost); }
 
     void Say(std::string_view bytes) {
-        ClientParcel parcel;
-        if (Unpack(bytes, parcel) != WireFault::None) return;
-        auto* message = std::get_if<ClientMessage>(&parcel);
+        vantrel::ClientParcel parcel;
+        if (vantrel::Unpack(bytes, parcel) != vantrel::WireFault::None) return;
+        auto* message = std::get_if<vantrel::ClientMessage>(&parcel);
         if (message == nullptr) return;
         NoteRequests(*message);
         m_pSession->OnMessage(std::move(*message));
         m_world.loop.Run();
     }
 
-    void Send(ServerMessage message) override {
-        const PackedAnswer packed = Pack(message);
+    void Send(vantrel::ServerMessage message) override {
+        const vantrel::PackedAnswer packed = vantrel::Pack(message);
         Demand(packed.leftOut == 0, "something cannot be sent");
         for (const std::string& bytes : packed.parcels) {
-            ServerParcel parcel;
-            Demand(Unpack(bytes, parcel) == WireFault::None, "what is sent does not decode");
+            vantrel::ServerParcel parcel;
+            Demand(vantrel::Unpack(bytes, parcel) == vantrel::WireFault::None,
+                   "what is sent does not decode");
         }
-        if (const auto* login = std::get_if<LoginResult>(&message)) {
+        if (const auto* login = std::get_if<vantrel::LoginResult>(&message)) {
             Demand(!m_bLoggedIn, "a login is answered that was not asked for");
             m_bLoggedIn = login->code == 0;
             return;
         }
         Demand(m_bLoggedIn, "something is said before the login");
-        if (const auto* answer = std::get_if<ReadAnswer>(&message)) {
+        if (const auto* answer = std::get_if<vantrel::ReadAnswer>(&message)) {
             Demand(m_setRequests.count(answer->id) != 0, "an answer without a request");
-        } else if (const auto* results = std::get_if<ModifyResults>(&message)) {
+        } else if (const auto* results = std::get_if<vantrel::ModifyResults>(&message)) {
             for (const auto& entry : results->entries) {
                 Demand(m_setRequests.count(entry.id) != 0, "a result without a request");
             }
@@ -112,31 +113,33 @@ class Client final : public ServerLink {
     std::string PeerAddress() const override { return {}; }
 
   private:
-    void NoteRequests(const ClientMessage& message) {
-        if (const auto* reads = std::get_if<ReadRequests>(&message)) {
-            for (const ReadRequest& request : reads->requests) m_setRequests.insert(request.id);
-        } else if (const auto* writes = std::get_if<ModifyRequests>(&message)) {
-            for (const ModifyRequest& request : writes->requests) m_setRequests.insert(request.id);
-        } else if (const auto* archive = std::get_if<ArchiveModifyRequest>(&message)) {
+    void NoteRequests(const vantrel::ClientMessage& message) {
+        if (const auto* reads = std::get_if<vantrel::ReadRequests>(&message)) {
+            for (const vantrel::ReadRequest& request : reads->requests)
+                m_setRequests.insert(request.id);
+        } else if (const auto* writes = std::get_if<vantrel::ModifyRequests>(&message)) {
+            for (const vantrel::ModifyRequest& request : writes->requests)
+                m_setRequests.insert(request.id);
+        } else if (const auto* archive = std::get_if<vantrel::ArchiveModifyRequest>(&message)) {
             m_setRequests.insert(archive->id);
         }
     }
 
     World& m_world;
-    std::set<RequestId> m_setRequests;
+    std::set<vantrel::RequestId> m_setRequests;
     bool m_bLoggedIn = false;
-    std::unique_ptr<ServerSession> m_pSession;
+    std::unique_ptr<vantrel::ServerSession> m_pSession;
 };
 
 }  // namespace
 
 std::vector<std::string> FuzzCorpus() {
-    const std::vector<ClientMessage> messages = SampleClientMessages();
-    const WireField login{kParcel, Pack(messages.front()).parcels.front()};
+    const std::vector<vantrel::ClientMessage> messages = SampleClientMessages();
+    const WireField login{kParcel, vantrel::Pack(messages.front()).parcels.front()};
     std::vector<std::string> corpus{"", JoinFields({login})};
     std::vector<WireField> all{login};
-    for (const ClientMessage& message : messages) {
-        const std::string parcel = Pack(message).parcels.front();
+    for (const vantrel::ClientMessage& message : messages) {
+        const std::string parcel = vantrel::Pack(message).parcels.front();
         corpus.push_back(JoinFields({login, {kParcel, parcel}, {kSecond, ""}}));
         all.push_back({kSecond, parcel});
     }
@@ -144,7 +147,7 @@ std::vector<std::string> FuzzCorpus() {
     return corpus;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static kalvex::World world;

@@ -11,15 +11,15 @@
 #include "platform/posix/FileStore.h"
 #include "support/host_world.h"
 
-namespace kalvex {
+namespace kalvex::host {
 namespace {
 
 constexpr const char* kOld = "[S]\r\nA:1\r\n; uwaga\r\n";
 
 // The real files, with something that happens between two steps.
-class InterruptedFiles : public FileStore {
+class InterruptedFiles : public platform::FileStore {
   public:
-    FileOutcome Read(const std::string& path, std::string& content) override {
+    platform::FileOutcome Read(const std::string& path, std::string& content) override {
         beforeRead();
         return m_files.Read(path, content);
     }
@@ -27,7 +27,7 @@ class InterruptedFiles : public FileStore {
         beforeCreate();
         return m_files.Create(path, content);
     }
-    FileOutcome MoveAside(const std::string& path, const std::string& backup) override {
+    platform::FileOutcome MoveAside(const std::string& path, const std::string& backup) override {
         beforeMove();
         return m_files.MoveAside(path, backup);
     }
@@ -37,24 +37,24 @@ class InterruptedFiles : public FileStore {
     std::function<void()> beforeCreate = [] {};
 
   private:
-    PosixFileStore m_files;
+    platform::PosixFileStore m_files;
 };
 
-class DataFileFaultsTest : public HostWorld {
+class DataFileFaultsTest : public support::HostWorld {
   protected:
     DataFileFaultsTest() {
         Put("d.txt", kOld);
-        script.CreateVariable("A", VariableLocal);
-        script.Variables().Find("A")->SetValue(CVal(5), KindCurrent);
+        script.CreateVariable("A", operands::VariableLocal);
+        script.Variables().Find("A")->SetValue(value::CVal(5), value::KindCurrent);
     }
 
     DataFileResult Write(const std::string& path = "d.txt") {
-        script.SetError(ErrorNone, {}, true);
+        script.SetError(operands::ErrorNone, {}, true);
         return WriteDataFile(script, interrupted, '"' + path + "\" \"S\" -A A");
     }
 
     InterruptedFiles interrupted;
-    CKalvexDoc& script = Open("");
+    engine::CKalvexDoc& script = Open("");
 };
 
 // A small disk of its own for this process; it is gone with the process.
@@ -182,4 +182,4 @@ TEST_F(DataFileFaultsTest, FileThatWouldBeItsOwnBackupIsNotOverwritten) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -7,7 +7,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::host {
 namespace {
 
 using testing::ElementsAre;
@@ -34,7 +34,7 @@ bool HasMore(const std::string& text, const std::string& section, const Entries&
 TEST(DataFileHeaderTest, TakesDigitsLettersAndFourSigns) {
     EXPECT_EQ(HeaderName("[5]"), "5");
     EXPECT_EQ(HeaderName("[R1-a_b.c@d]"), "R1-a_b.c@d");
-    const std::string polish = FromUtf8("ĄąĆćĘęŁłŃńÓóŚśŹźŻż");
+    const std::string polish = text::FromUtf8("ĄąĆćĘęŁłŃńÓóŚśŹźŻż");
     EXPECT_EQ(HeaderName('[' + polish + ']'), polish);
 }
 
@@ -156,10 +156,10 @@ TEST(DataFileRewriteTest, BlanksAroundANameDoNotHideIt) {
 }
 
 TEST(DataFileRewriteTest, PolishNameIsReplacedAndAnotherLetterHidesIt) {
-    const std::string name = FromUtf8("ciśnienie");
+    const std::string name = text::FromUtf8("ciśnienie");
     EXPECT_EQ(Rewritten("[R1]\n" + name + ":1\n", "R1", {{name, name + ":2"}}),
               "[R1]\r\n" + name + ":2\r\n");
-    const std::string foreign = FromUtf8("größe");
+    const std::string foreign = text::FromUtf8("größe");
     EXPECT_EQ(Rewritten("[R1]\n" + foreign + ":1\n", "R1", {{foreign, foreign + ":2"}}),
               "[R1]\r\n" + foreign + ":1\r\n" + foreign + ":2\r\n");
 }
@@ -191,4 +191,4 @@ TEST(DataFileRewriteTest, LineEndsBecomePairsAndALoneReturnStays) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::host

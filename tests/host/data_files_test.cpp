@@ -2,10 +2,10 @@
 
 #include "support/host_world.h"
 
-namespace kalvex {
+namespace kalvex::host {
 namespace {
 
-using DataFilesTest = HostWorld;
+using DataFilesTest = support::HostWorld;
 
 TEST_F(DataFilesTest, WriteMakesAMissingFileWithOneSection) {
     EXPECT_EQ(
@@ -185,7 +185,7 @@ TEST_F(DataFilesTest, WhatWasWrittenReadsBack) {
 
 TEST_F(DataFilesTest, PathIsRelativeToTheRootOrAbsoluteAndABackslashCountsAsASlash) {
     folder.MakeFolder("dane/dział");
-    paths = Paths(folder.Path(), folder.Path("dane"));
+    paths = platform::Paths(folder.Path(), folder.Path("dane"));
     EXPECT_EQ(Run({"LOCAL A = 1", "WRITE_FILE \"dział\\b.txt\" S -A A",
                    "WRITE_FILE \"" + PathOf("c.txt") + "\" S -A A"}),
               "done");
@@ -241,7 +241,7 @@ TEST_F(DataFilesTest, SuffixReadsAnotherValueOfTheVariable) {
 }
 
 TEST_F(DataFilesTest, FilesAreThoseOfTheScriptsWorld) {
-    services.files = &NoFiles();
+    services.files = &platform::NoFiles();
     Put("d.txt", "A:2\r\n");
     EXPECT_EQ(Run({"LOCAL A = 1", "READ_FILE \"d.txt\""}), "2: 9 " + PathOf("d.txt"));
     EXPECT_EQ(Run({"LOCAL A = 1", "WRITE_FILE \"d.txt\" \"S\""}), "2: 9 " + PathOf("d.txt"));
@@ -261,4 +261,4 @@ TEST_F(DataFilesTest, BigFileAndLongLineAreRead) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -12,7 +12,7 @@
 #include "support/host_world.h"
 #include "support/loopback.h"
 
-namespace kalvex {
+namespace kalvex::host {
 namespace {
 
 using testing::ElementsAre;
@@ -27,10 +27,10 @@ struct FtpPlay {
     std::vector<std::string> calls;
 };
 
-class PlayedSession final : public FtpSession {
+class PlayedSession final : public platform::FtpSession {
   public:
     explicit PlayedSession(FtpPlay& play) : m_play(play) {}
-    bool Connect(const FtpLogin& login, std::string& error) override {
+    bool Connect(const platform::FtpLogin& login, std::string& error) override {
         m_play.calls.push_back("connect " + login.address + ':' + std::to_string(login.port) + ' ' +
                                login.user + ' ' + login.password);
         error = m_play.error;
@@ -49,11 +49,12 @@ class PlayedSession final : public FtpSession {
 
 // Hosts that answer as the test says, on real threads. A test thread that has done its work is
 // counted, and one may be held up until the test lets it go on.
-class PlayedProbes final : public NetworkProbes {
+class PlayedProbes final : public platform::NetworkProbes {
   public:
-    std::thread StartThread(const ThreadIdentity& identity, std::function<void()> work) override {
+    std::thread StartThread(const platform::ThreadIdentity& identity,
+                            std::function<void()> work) override {
         if (refusesThreads) return {};
-        return kalvex::StartThread(identity, [this, work = std::move(work)] {
+        return kalvex::platform::StartThread(identity, [this, work = std::move(work)] {
             work();
             Count(m_finished);
         });
@@ -66,13 +67,13 @@ class PlayedProbes final : public NetworkProbes {
         return pings[address];
     }
 
-    std::unique_ptr<FtpSession> OpenFtpSession() override {
+    std::unique_ptr<platform::FtpSession> OpenFtpSession() override {
         Note("session");
         if (!hasSessions) return nullptr;
         return std::make_unique<PlayedSession>(ftp);
     }
 
-    TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
+    platform::TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
         Note("connect " + address + ' ' + std::to_string(port));
         return tcp;
     }
@@ -97,13 +98,13 @@ class PlayedProbes final : public NetworkProbes {
     bool hasSessions = true;
     std::map<std::string, int> pings;
     FtpPlay ftp;
-    TcpOutcome tcp;
+    platform::TcpOutcome tcp;
 
   private:
     void Note(const std::string& what) {
         const std::lock_guard lock(m_mutex);
-        m_notes.push_back(std::string(GetThreadIdentity().name) + ' ' +
-                          std::to_string(GetThreadIdentity().ident) + ": " + what);
+        m_notes.push_back(std::string(platform::GetThreadIdentity().name) + ' ' +
+                          std::to_string(platform::GetThreadIdentity().ident) + ": " + what);
     }
     void Count(int& counter) {
         const std::lock_guard lock(m_mutex);
@@ -122,7 +123,7 @@ class PlayedProbes final : public NetworkProbes {
     int m_released = 0;
 };
 
-class LinkTestsTest : public HostWorld {
+class LinkTestsTest : public support::HostWorld {
   protected:
     LinkTestsTest() { services.probes = &probes; }
     ~LinkTestsTest() override { documents.clear(); }
@@ -139,14 +140,15 @@ class LinkTestsTest : public HostWorld {
         const int result =
             RunLinkTest(kind, info, probes, [this](const char* text, auto values, int level) {
                 logged.push_back(std::to_string(level) + ' ' + text);
-                for (const std::string& value : values) logged.back() += " <" + ToUtf8(value) + '>';
+                for (const std::string& value : values)
+                    logged.back() += " <" + text::ToUtf8(value) + '>';
             });
-        return std::to_string(result) + ' ' + ToUtf8(info.errorText);
+        return std::to_string(result) + ' ' + text::ToUtf8(info.errorText);
     }
 
     // Ticks until the last script has come to its end.
     void Finish() {
-        const CKalvexDoc& script = *documents.back();
+        const engine::CKalvexDoc& script = *documents.back();
         while (script.State().m_nCurrentLine < script.GetLineCount()) {
             ticks.RunTick();
             std::this_thread::yield();
@@ -214,7 +216,7 @@ TEST_F(LinkTestsTest, ThreadThatCannotBeStartedLeavesNoTrace) {
 }
 
 TEST_F(LinkTestsTest, ProcessWithoutProbesStartsNothing) {
-    services.probes = &NoProbes();
+    services.probes = &platform::NoProbes();
     EXPECT_EQ(Run({"HTTP_INIT \"a\"", "LOCAL r = HTTP_RESULT \"a\""}), "done");
     EXPECT_EQ(Text("r"), "-101");
 }
@@ -236,7 +238,7 @@ TEST_F(LinkTestsTest, WorkersBearTheirNamesAndNumbers) {
 
 TEST_F(LinkTestsTest, DocumentWaitsForItsTests) {
     EXPECT_EQ(Run({"PING_INIT \"czeka\"", "PING_INIT \"a\"", "HTTP_INIT \"a\""}), "done");
-    std::thread lets = StartThread({"Lets", 1}, [this] {
+    std::thread lets = platform::StartThread({"Lets", 1}, [this] {
         probes.WaitForFinished(2);
         probes.Release();
     });
@@ -250,7 +252,7 @@ TEST_F(LinkTestsTest, ResultOutlivesAReset) {
     probes.pings["a"] = 12;
     EXPECT_EQ(Run({"PING_INIT \"a\""}), "done");
     probes.WaitForFinished(1);
-    CKalvexDoc& script = *documents.back();
+    engine::CKalvexDoc& script = *documents.back();
     WriteFile("main.kx", "LOCAL r = PING_RESULT \"a\"");
     script.Reset();
     script.Start();
@@ -279,11 +281,11 @@ TEST_F(LinkTestsTest, ResultsOfPingAndHttpAreCutAtTheColonAndThatOfFtpIsNot) {
         Run({"PING_INIT \"a:1000\"", "HTTP_INIT \"a\"", "HTTP_INIT \"b:80\"", "FTP_INIT \"a:21\""}),
         "done");
     probes.WaitForFinished(4);
-    CKalvexDoc& script = *documents.back();
+    engine::CKalvexDoc& script = *documents.back();
     const auto value = [&script](std::string_view expression) {
-        CVal out;
+        value::CVal out;
         EXPECT_TRUE(EvaluateExpression(script, expression, out, ValueType::Int)) << expression;
-        return ValueToInt(out);
+        return value::ValueToInt(out);
     };
     EXPECT_EQ(value("PING_RESULT \"a:9\""), 3);
     EXPECT_EQ(value("HTTP_RESULT \"a:9\""), 1);
@@ -310,7 +312,7 @@ TEST_F(LinkTestsTest, ParametersAreOperandsWithDefaults) {
 }
 
 TEST_F(LinkTestsTest, FtpPasswordMayBeProtected) {
-    const CCrypt crypt(PathOf("klucz"), KeyFile::ReadOnly);
+    const platform::CCrypt crypt(PathOf("klucz"), platform::KeyFile::ReadOnly);
     services.crypt = &crypt;
     const std::string password = crypt.EncryptText("tajne");
     EXPECT_EQ(Run({"FTP_INIT \"host\" 21 \"ja\" \"" + password + '"'}), "done");
@@ -402,13 +404,13 @@ TEST_F(LinkTestsTest, FtpConnectionThatBreaksIsAFailure) {
 }
 
 TEST_F(LinkTestsTest, HttpFailuresHaveACodeATextAndALogLineEach) {
-    const std::map<TcpStep, std::pair<std::string, std::string>> rows = {
-        {TcpStep::Resolve, {"-3", "Nieprawidłowy adres serwera http %s. %s"}},
-        {TcpStep::Socket,
+    const std::map<platform::TcpStep, std::pair<std::string, std::string>> rows = {
+        {platform::TcpStep::Resolve, {"-3", "Nieprawidłowy adres serwera http %s. %s"}},
+        {platform::TcpStep::Socket,
          {"-2", "Wystąpił błąd podczas otwierania połączenia z serwerem http %s. %s"}},
-        {TcpStep::Connect,
+        {platform::TcpStep::Connect,
          {"-1", "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http %s. %s"}},
-        {TcpStep::Close,
+        {platform::TcpStep::Close,
          {"-5", "Wystąpił błąd podczas zamykania połączenia z serwerem http %s. %s"}},
     };
     for (const auto& [step, row] : rows) {
@@ -424,7 +426,7 @@ TEST_F(LinkTestsTest, HttpFailuresHaveACodeATextAndALogLineEach) {
 }
 
 TEST_F(LinkTestsTest, LogLineStandsBeforeTheResultIsSeen) {
-    probes.tcp = {TcpStep::Connect, "odmowa"};
+    probes.tcp = {platform::TcpStep::Connect, "odmowa"};
     CLinkTests tests(services);
     tests.Start(LinkKind::Http, Address("host"));
     probes.WaitForFinished(1);
@@ -436,7 +438,7 @@ TEST_F(LinkTestsTest, LogLineStandsBeforeTheResultIsSeen) {
 }
 
 TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocument) {
-    probes.tcp = {TcpStep::Resolve, "brak"};
+    probes.tcp = {platform::TcpStep::Resolve, "brak"};
     {
         CLinkTests tests(services);
         tests.Start(LinkKind::Http, Address("host"));
@@ -445,25 +447,27 @@ TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocume
 }
 
 // The same against servers on this machine. Only the pauses between two tries are left out.
-class LinkTestsRealTest : public HostWorld {
+class LinkTestsRealTest : public support::HostWorld {
   protected:
-    class Probes final : public NetworkProbes {
+    class Probes final : public platform::NetworkProbes {
       public:
-        std::thread StartThread(const ThreadIdentity& identity,
+        std::thread StartThread(const platform::ThreadIdentity& identity,
                                 std::function<void()> work) override {
             return m_probes.StartThread(identity, std::move(work));
         }
         int Ping(const std::string& address, std::uint32_t timeout) override {
             return m_probes.Ping(address, timeout);
         }
-        std::unique_ptr<FtpSession> OpenFtpSession() override { return m_probes.OpenFtpSession(); }
-        TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
+        std::unique_ptr<platform::FtpSession> OpenFtpSession() override {
+            return m_probes.OpenFtpSession();
+        }
+        platform::TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
             return m_probes.ConnectTcp(address, port);
         }
         void Pause(std::uint32_t) override {}
 
       private:
-        PosixNetworkProbes m_probes;
+        platform::PosixNetworkProbes m_probes;
     };
 
     LinkTestsRealTest() { services.probes = &probes; }
@@ -471,8 +475,8 @@ class LinkTestsRealTest : public HostWorld {
 
     // Starts a test and asks for its result until it is there.
     int ResultOf(const std::string& init, const std::string& result) {
-        CKalvexDoc& script = ScriptWorld::Run(init + "\n:czekaj\nLOCAL r\nSET r = " + result +
-                                              "\nIF r == -100 GOTO czekaj");
+        engine::CKalvexDoc& script = support::ScriptWorld::Run(
+            init + "\n:czekaj\nLOCAL r\nSET r = " + result + "\nIF r == -100 GOTO czekaj");
         while (script.State().m_nCurrentLine < script.GetLineCount()) {
             ticks.RunTick();
             std::this_thread::yield();
@@ -484,7 +488,7 @@ class LinkTestsRealTest : public HostWorld {
 };
 
 TEST_F(LinkTestsRealTest, HttpConnectsToAListeningPort) {
-    const LoopbackPort port(true);
+    const support::LoopbackPort port(true);
     const std::string number = std::to_string(port.Number());
     EXPECT_EQ(
         ResultOf("HTTP_INIT \"127.0.0.1\" " + number, "HTTP_RESULT \"127.0.0.1:" + number + '"'),
@@ -492,7 +496,7 @@ TEST_F(LinkTestsRealTest, HttpConnectsToAListeningPort) {
 }
 
 TEST_F(LinkTestsRealTest, HttpRefusedIsLogged) {
-    const LoopbackPort port(false);
+    const support::LoopbackPort port(false);
     EXPECT_EQ(ResultOf("HTTP_INIT \"127.0.0.1\" " + std::to_string(port.Number()),
                        "HTTP_RESULT \"127.0.0.1\""),
               -1);
@@ -502,7 +506,8 @@ TEST_F(LinkTestsRealTest, HttpRefusedIsLogged) {
 }
 
 TEST_F(LinkTestsRealTest, FtpLogsIn) {
-    FtpResponder server(FtpResponder::Answers{{"greeting", "220 FileZilla Server"}});
+    support::FtpResponder server(
+        support::FtpResponder::Answers{{"greeting", "220 FileZilla Server"}});
     EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
                        "FTP_RESULT \"127.0.0.1\""),
               1);
@@ -511,7 +516,7 @@ TEST_F(LinkTestsRealTest, FtpLogsIn) {
 }
 
 TEST_F(LinkTestsRealTest, FtpRefusedLoginIsTriedThreeTimes) {
-    FtpResponder server(FtpResponder::Answers{{"PASS", "530 Nie"}});
+    support::FtpResponder server(support::FtpResponder::Answers{{"PASS", "530 Nie"}});
     EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
                        "FTP_RESULT \"127.0.0.1\""),
               -2);
@@ -522,9 +527,9 @@ TEST_F(LinkTestsRealTest, FtpRefusedLoginIsTriedThreeTimes) {
 }
 
 TEST_F(LinkTestsRealTest, ManyTestsAtOnce) {
-    const LoopbackPort open(true);
-    const LoopbackPort shut(false);
-    FtpResponder server;
+    const support::LoopbackPort open(true);
+    const support::LoopbackPort shut(false);
+    support::FtpResponder server;
     CLinkTests tests(services);
     for (int i = 0; i < 8; ++i) {
         LinkTarget target;
@@ -551,4 +556,4 @@ TEST_F(LinkTestsRealTest, ManyTestsAtOnce) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -10,16 +10,16 @@
 #include "support/host_world.h"
 #include "support/program_end.h"
 
-namespace kalvex {
+namespace kalvex::host {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Programs that end when the test says so. Calls are noted as texts.
-class FakeProcesses final : public Processes {
+class FakeProcesses final : public platform::Processes {
   public:
-    int Start(const ProgramCall& call, std::string& error) override {
+    int Start(const platform::ProgramCall& call, std::string& error) override {
         std::string text = "start " + call.program;
         for (const std::string& word : call.arguments) text += " <" + word + '>';
         if (!call.directory.empty()) text += " in " + call.directory;
@@ -73,7 +73,7 @@ class FakeProcesses final : public Processes {
     int m_nextId = 11;
 };
 
-class ProgramsTest : public HostWorld {
+class ProgramsTest : public support::HostWorld {
   protected:
     ProgramsTest() { services.processes = &processes; }
     ~ProgramsTest() override { documents.clear(); }
@@ -92,14 +92,15 @@ class ProgramsTest : public HostWorld {
 };
 
 TEST_F(ProgramsTest, TranslationMayHaveOtherPlacesThanTheText) {
-    struct OneText final : Translator {
+    struct OneText final : platform::Translator {
         std::string Translate(const char*) const override { return text; }
         std::string text;
     } english;
-    DocumentServices told{
-        {clock, log, english, users, paths, Functions()}, Statements(), questions};
+    engine::DocumentServices told{{clock, log, english, users, paths, language::Functions()},
+                                  language::Statements(),
+                                  questions};
     told.processes = &processes;
-    CKalvexDoc script(told);
+    engine::CKalvexDoc script(told);
     script.Text().SetText("TERMINATE_EXEC 17");
     for (const char* text : {"none", "%s|%d|%s|%d", "no %2$d", "100%"}) {
         english.text = text;
@@ -110,7 +111,7 @@ TEST_F(ProgramsTest, TranslationMayHaveOtherPlacesThanTheText) {
 }
 
 TEST_F(ProgramsTest, ReadsProgramDirectoryAndParameters) {
-    CKalvexDoc& script = Open("");
+    engine::CKalvexDoc& script = Open("");
     const auto read = [&](std::string_view text) {
         const ProgramLine line = ReadProgramLine(script, text, ExecForm::Statement);
         return line.program + '|' + line.directory + '|' + line.parameters;
@@ -126,14 +127,14 @@ TEST_F(ProgramsTest, ReadsProgramDirectoryAndParameters) {
 }
 
 TEST_F(ProgramsTest, FunctionKnowsTheDirectoryWordAtTheStartOfAToken) {
-    CKalvexDoc& script = Open("");
+    engine::CKalvexDoc& script = Open("");
     const ProgramLine line = ReadProgramLine(script, "prog -WDcokolwiek x y", ExecForm::Function);
     EXPECT_EQ(line.directory, "x");
     EXPECT_EQ(line.parameters, "y ");
 }
 
 TEST_F(ProgramsTest, VariablesGiveTheirTexts) {
-    CKalvexDoc& script = ScriptWorld::Run(
+    engine::CKalvexDoc& script = support::ScriptWorld::Run(
         "LOCAL P = \"prog\"\nLOCAL D = \"-WD kat inne\"\nLOCAL N = 5\nLIST L\n"
         "LOCAL K = \"-WDkat\"\nLOCAL B = \"a b\"");
     const auto read = [&](std::string_view text) {
@@ -340,20 +341,20 @@ TEST_F(ProgramsTest, ClosedDocumentLetsItsProgramsGo) {
 }
 
 // The same with the system's own programs.
-class ProgramsRealTest : public HostWorld {
+class ProgramsRealTest : public support::HostWorld {
   protected:
     ProgramsRealTest() { services.processes = &processes; }
     ~ProgramsRealTest() override { documents.clear(); }
 
     // The value of an expression of the last script, after the program `id` has ended.
     int AfterTheEnd(std::string_view expression) {
-        ExitCodeOf(processes, std::stoi(Text("id")));
-        CVal value;
+        support::ExitCodeOf(processes, std::stoi(Text("id")));
+        value::CVal value;
         EXPECT_TRUE(EvaluateExpression(*documents.back(), expression, value, ValueType::Int));
-        return ValueToInt(value);
+        return value::ValueToInt(value);
     }
 
-    PosixProcesses processes;
+    platform::PosixProcesses processes;
 };
 
 TEST_F(ProgramsRealTest, ParametersDirectoryAndExitCodeArrive) {
@@ -385,4 +386,4 @@ TEST_F(ProgramsRealTest, TerminatedProgramHasItsCodeAndCannotBeTerminatedAgain) 
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::host

@@ -15,7 +15,7 @@
 #include "platform/Files.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::language {
 namespace {
 
 class ManualTest : public testing::Test {
@@ -41,7 +41,7 @@ class ManualTest : public testing::Test {
 };
 
 TEST_F(ManualTest, HasAnEntryForEveryStatement) {
-    for (const StatementRow& row : Statements().Rows()) {
+    for (const engine::StatementRow& row : Statements().Rows()) {
         EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
     }
 }
@@ -53,35 +53,36 @@ TEST_F(ManualTest, HasAnEntryForEveryDirective) {
 }
 
 TEST_F(ManualTest, HasAnEntryForEveryKeywordFunction) {
-    for (const FunctionRow& row : Functions().Rows()) {
+    for (const operands::FunctionRow& row : Functions().Rows()) {
         EXPECT_TRUE(entries.contains(row.keyword)) << row.keyword;
     }
 }
 
 TEST_F(ManualTest, ListsEveryErrorWithItsMessage) {
-    for (int code = 0; const ScriptErrorRow* row = FindScriptError(code); ++code) {
+    for (int code = 0; const operands::ScriptErrorRow* row = operands::FindScriptError(code);
+         ++code) {
         const std::string start = "| " + std::to_string(code) + " | " + row->text + " |";
         EXPECT_TRUE(Mentions(start)) << start;
     }
 }
 
 TEST_F(ManualTest, NamesEveryPropertyKindStatusAndTestWord) {
-    for (const VariablePropertyRow& row : VariableProperties()) {
+    for (const operands::VariablePropertyRow& row : operands::VariableProperties()) {
         EXPECT_TRUE(Mentions("`" + std::string(row.name) + "`")) << row.name;
     }
-    for (const TimeProperty& row : TimeProperties()) {
+    for (const operands::TimeProperty& row : operands::TimeProperties()) {
         EXPECT_TRUE(Mentions("`" + std::string(row.name) + "`")) << row.name;
     }
-    for (const ValueKindRow& row : ValueKinds()) {
+    for (const value::ValueKindRow& row : value::ValueKinds()) {
         EXPECT_TRUE(Mentions("`." + std::string(row.suffix) + "`")) << row.suffix;
     }
-    for (const StatusWord& row : StatusWords()) {
+    for (const value::StatusWord& row : value::StatusWords()) {
         EXPECT_TRUE(Mentions("`" + std::string(row.word) + "`")) << row.word;
     }
-    for (const ConditionWordRow& row : ConditionWords()) {
+    for (const operands::ConditionWordRow& row : operands::ConditionWords()) {
         EXPECT_TRUE(Mentions("`" + std::string(row.word) + " <")) << row.word;
     }
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::language

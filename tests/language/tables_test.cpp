@@ -8,7 +8,7 @@
 #include "language/Functions.h"
 #include "language/Statements.h"
 
-namespace kalvex {
+namespace kalvex::language {
 namespace {
 
 using testing::ElementsAreArray;
@@ -169,12 +169,12 @@ TEST(TablesTest, DirectivesStandApart) {
 }
 
 TEST(TablesTest, EveryKeywordIsFoundByItsSpelling) {
-    for (const StatementRow& row : Statements().Rows()) {
+    for (const engine::StatementRow& row : Statements().Rows()) {
         EXPECT_EQ(Statements().Find(row.keyword), &row) << row.keyword;
         EXPECT_NE(row.handler, nullptr);
         EXPECT_FALSE(row.usage.empty()) << row.keyword;
     }
-    for (const FunctionRow& row : Functions().Rows()) {
+    for (const operands::FunctionRow& row : Functions().Rows()) {
         EXPECT_EQ(Functions().Find(row.keyword), &row) << row.keyword;
         EXPECT_NE(row.handler, nullptr);
         EXPECT_FALSE(row.help.empty()) << row.keyword;
@@ -185,4 +185,4 @@ TEST(TablesTest, EveryKeywordIsFoundByItsSpelling) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::language

@@ -8,7 +8,7 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 class FormulaTest : public testing::Test {
@@ -17,22 +17,22 @@ class FormulaTest : public testing::Test {
         script.ClearError();
         FormulaParser parser(script);
         std::string postfix;
-        return parser.CompileFormula(FromUtf8(text), postfix) ? ToUtf8(postfix)
-                                                              : "failed " + script.Error();
+        return parser.CompileFormula(text::FromUtf8(text), postfix) ? text::ToUtf8(postfix)
+                                                                    : "failed " + script.Error();
     }
     std::string Evaluate(std::string_view text) {
         script.ClearError();
         FormulaParser parser(script);
         std::string postfix;
-        CVal value;
-        if (!parser.CompileFormula(FromUtf8(text), postfix) ||
+        value::CVal value;
+        if (!parser.CompileFormula(text::FromUtf8(text), postfix) ||
             !parser.EvaluatePostfix(value, postfix)) {
             return "failed " + script.Error();
         }
-        return Dump(value);
+        return support::Dump(value);
     }
 
-    FakeScript script;
+    support::FakeScript script;
 };
 
 TEST_F(FormulaTest, CompilesToPostfix) {
@@ -114,7 +114,7 @@ TEST_F(FormulaTest, Arithmetic) {
 }
 
 TEST_F(FormulaTest, FunctionsAreTheStandardOnes) {
-    const auto number = [](double x) { return Dump(CVal(x)); };
+    const auto number = [](double x) { return support::Dump(value::CVal(x)); };
     EXPECT_EQ(Evaluate("(SIN(1))"), number(std::sin(1.0)));
     EXPECT_EQ(Evaluate("(COS(1))"), number(std::cos(1.0)));
     EXPECT_EQ(Evaluate("(CTG(1))"), number(1.0 / std::tan(1.0)));
@@ -137,18 +137,18 @@ TEST_F(FormulaTest, RoundTakesHalvesUp) {
 }
 
 TEST_F(FormulaTest, VariablesBringTypeStatusAndTime) {
-    CVal stamped(7);
+    value::CVal stamped(7);
     stamped.SetStatus(4);
     stamped.SetTime(99);
     script.Local("A", stamped);
-    script.Local("B", CVal(2));
+    script.Local("B", value::CVal(2));
     EXPECT_EQ(Evaluate("A+B"), "150:9");
     EXPECT_EQ(Evaluate("A-B"), "150:5");
     FormulaParser parser(script);
     const std::pair<const char*, int> cases[] = {{"A ", 4},     {"A B + ", 4}, {"A P ", 4},
                                                  {"A SQR ", 4}, {"A B > ", 0}, {"A INT ", 0}};
     for (const auto& [postfix, status] : cases) {
-        CVal value;
+        value::CVal value;
         ASSERT_TRUE(parser.EvaluatePostfix(value, postfix));
         EXPECT_EQ(value.GetStatus(), status) << postfix;
         EXPECT_EQ(value.GetTime(), status == 0 ? 0 : 99) << postfix;
@@ -156,7 +156,7 @@ TEST_F(FormulaTest, VariablesBringTypeStatusAndTime) {
 }
 
 TEST_F(FormulaTest, MissingOperandCountsAsZero) {
-    script.Local("A", CVal(7));
+    script.Local("A", value::CVal(7));
     EXPECT_EQ(Evaluate("A +"), "150:7");
     EXPECT_EQ(Evaluate("A -"), "150:-7");
     EXPECT_EQ(Evaluate("* A"), "150:0");
@@ -187,14 +187,14 @@ TEST_F(FormulaTest, TextLiteralsDoNotExist) {
 }
 
 TEST_F(FormulaTest, VariableNamedPIsTheMinus) {
-    script.Local("P", CVal(7));
+    script.Local("P", value::CVal(7));
     EXPECT_EQ(Evaluate("2 P"), "171:-2.00");
 }
 
 TEST_F(FormulaTest, TangentIsReadAsAVariable) {
-    script.Local("X", CVal(1));
+    script.Local("X", value::CVal(1));
     EXPECT_EQ(Evaluate("2*TG(X)"), "failed 3 TG");
-    script.Local("TG", CVal(5));
+    script.Local("TG", value::CVal(5));
     EXPECT_EQ(Evaluate("2*TG(X)"), "150:5");
 }
 
@@ -206,10 +206,10 @@ TEST_F(FormulaTest, FactorialWrapsInThirtyTwoBits) {
 }
 
 TEST_F(FormulaTest, ComplementKeepsTheInteger) {
-    script.Local("A", CVal(5));
+    script.Local("A", value::CVal(5));
     EXPECT_EQ(Evaluate("~A"), "150:-6");
     EXPECT_EQ(Evaluate("B + ~A"), "failed 3 B");
-    script.Local("B", CVal(100));
+    script.Local("B", value::CVal(100));
     EXPECT_EQ(Evaluate("B + ~A"), "150:-6");
 }
 
@@ -221,7 +221,7 @@ TEST_F(FormulaTest, StackHasItsLimit) {
     for (int i = 0; i < 1025; ++i) numbers += "1 ";
     EXPECT_EQ(Evaluate(numbers), "150:0");
     FormulaParser parser(script);
-    CVal value;
+    value::CVal value;
     script.ClearError();
     EXPECT_TRUE(parser.EvaluatePostfix(value, numbers));
     EXPECT_EQ(script.Error(), "12");
@@ -244,4 +244,4 @@ TEST_F(FormulaTest, EveryTextEnds) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

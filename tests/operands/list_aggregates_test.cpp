@@ -4,13 +4,13 @@
 
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr std::int64_t kNow = 5000;
 
-CVal Element(int number, std::uint16_t status, std::int64_t time) {
-    CVal value(number);
+value::CVal Element(int number, std::uint16_t status, std::int64_t time) {
+    value::CVal value(number);
     value.SetStatus(status);
     value.SetTime(time);
     return value;
@@ -20,8 +20,8 @@ class ListAggregatesTest : public testing::Test {
   protected:
     void SetUp() override {
         list.Add(Element(5, 0, 100));
-        list.Add(Element(2, Status::Unknown, 200));
-        list.Add(Element(5, Status::Alarm, 300));
+        list.Add(Element(2, value::Status::Unknown, 200));
+        list.Add(Element(5, value::Status::Alarm, 300));
         list.Add(Element(3, 0, 400));
     }
 
@@ -34,13 +34,13 @@ TEST_F(ListAggregatesTest, CountFollowsMaskAndRange) {
     EXPECT_EQ(CountItems(list, {Status::Unknown | Status::Alarm}), 2);
     EXPECT_EQ(CountItems(list, {0, 200, 300}), 2);
     EXPECT_EQ(CountItems(list, {0, 201, 299}), 0);
-    list.Add(Element(1, 0, kLargestTime + 1));
+    list.Add(Element(1, 0, value::kLargestTime + 1));
     EXPECT_EQ(CountItems(list, {}), 5);
     EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
 }
 
 TEST_F(ListAggregatesTest, SumHasTheTimeOfItsMaking) {
-    CVal result;
+    value::CVal result;
     EXPECT_TRUE(SumItems(list, result, {}, kNow));
     EXPECT_EQ(Dump(result), "150:15");
     EXPECT_EQ(result.GetStatus(), Status::SetByUser);
@@ -50,7 +50,7 @@ TEST_F(ListAggregatesTest, SumHasTheTimeOfItsMaking) {
 }
 
 TEST_F(ListAggregatesTest, AverageIsADouble) {
-    CVal result;
+    value::CVal result;
     EXPECT_TRUE(AverageItems(list, result, {0, 300, 400}, kNow));
     EXPECT_EQ(Dump(result), "171:4.00");
     EXPECT_EQ(result.GetStatus(), Status::SetByUser);
@@ -58,7 +58,7 @@ TEST_F(ListAggregatesTest, AverageIsADouble) {
 }
 
 TEST_F(ListAggregatesTest, ExtremesAreTheElementsThemselves) {
-    CVal result;
+    value::CVal result;
     EXPECT_TRUE(MaxItem(list, result, {}));
     EXPECT_EQ(Dump(result), "150:5");
     EXPECT_EQ(result.GetTime(), 100);
@@ -71,7 +71,7 @@ TEST_F(ListAggregatesTest, ExtremesAreTheElementsThemselves) {
 }
 
 TEST_F(ListAggregatesTest, NothingThatCountsLeavesTheResult) {
-    CVal result("przed");
+    value::CVal result("przed");
     const ElementFilter nothing{0, 1, 2};
     EXPECT_FALSE(SumItems(list, result, nothing, kNow));
     EXPECT_FALSE(AverageItems(list, result, nothing, kNow));
@@ -82,14 +82,14 @@ TEST_F(ListAggregatesTest, NothingThatCountsLeavesTheResult) {
 }
 
 TEST_F(ListAggregatesTest, ElementsAreNotChanged) {
-    CVal result;
+    value::CVal result;
     SumItems(list, result, {}, kNow);
     EXPECT_EQ(Dump(list.Elements()[0]), "150:5");
     EXPECT_EQ(list.Elements()[0].GetTime(), 100);
 }
 
 TEST(ListAggregatesArchiveTest, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
-    CArchiveValueList values;
+    value::CArchiveValueList values;
     values.Add(Element(1, 0, 30));
     values.Add(Element(2, 0, 10));
     values.Add(Element(3, 0, 30));
@@ -104,4 +104,4 @@ TEST(ListAggregatesArchiveTest, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -7,7 +7,7 @@
 #include "support/value_dump.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -22,31 +22,33 @@ class ListFunctionsTest : public testing::Test {
         return table;
     }
     // Type, content, status and time.
-    static std::string Whole(const CVal& value) {
-        return Dump(value) + " status " + std::to_string(value.GetStatus()) + " time " +
+    static std::string Whole(const value::CVal& value) {
+        return support::Dump(value) + " status " + std::to_string(value.GetStatus()) + " time " +
                std::to_string(value.GetTime());
     }
 
-    ZoneScope zone{"Europe/Warsaw"};
-    FakeScript script{Table()};
+    support::ZoneScope zone{"Europe/Warsaw"};
+    support::FakeScript script{Table()};
 };
 
 class ListFunctionsCalcTest : public ListFunctionsTest {
   protected:
-    ListFunctionsCalcTest() { script.Local("R", CVal("stare")); }
+    ListFunctionsCalcTest() { script.Local("R", value::CVal("stare")); }
 
     // The code, the error slot when there is an error, and the result variable.
     std::string Calc(std::string_view text) {
         script.ClearError();
-        const std::string line = FromUtf8(text);
+        const std::string line = text::FromUtf8(text);
         const int code = static_cast<int>(CalcInList(script, line));
         std::string outcome = std::to_string(code);
         if (code == -100) outcome += " error " + script.Error();
-        return outcome + " R " + Dump(script.Value("R"));
+        return outcome + " R " + support::Dump(script.Value("R"));
     }
     void Series() {
-        script.List("LISTA", {Stamped(CVal(4), 100), Stamped(CVal(9), 200, Status::Unknown),
-                              Stamped(CVal(1), 300, Status::Alarm), Stamped(CVal(2), 400)});
+        script.List("LISTA", {support::Stamped(value::CVal(4), 100),
+                              support::Stamped(value::CVal(9), 200, value::Status::Unknown),
+                              support::Stamped(value::CVal(1), 300, value::Status::Alarm),
+                              support::Stamped(value::CVal(2), 400)});
     }
 };
 
@@ -74,7 +76,8 @@ TEST_F(ListFunctionsCalcTest, SumAndAverageAreMarkedAndMinimumIsTheElement) {
 }
 
 TEST_F(ListFunctionsCalcTest, EarlierElementStaysOnTies) {
-    script.List("L", {Stamped(CVal(3), 100), Stamped(CVal(3.0), 200)});
+    script.List("L",
+                {support::Stamped(value::CVal(3), 100), support::Stamped(value::CVal(3.0), 200)});
     Calc("L.MAXIMUM R");
     EXPECT_EQ(Whole(script.Value("R")), "150:3 status 0 time 100");
     Calc("L.MINIMUM R");
@@ -86,20 +89,20 @@ TEST_F(ListFunctionsCalcTest, MaskLeavesElementsOut) {
     EXPECT_EQ(Calc("LISTA.COUNT R UNKNOWN"), "0 R 150:3");
     EXPECT_EQ(Calc("LISTA.SUM R UNKNOWN"), "0 R 150:7");
     EXPECT_EQ(Calc("LISTA.COUNT R 5"), "0 R 150:2");
-    script.Local("MASKA", CVal("ALARM"));
+    script.Local("MASKA", value::CVal("ALARM"));
     EXPECT_EQ(Calc("LISTA.SUM R MASKA"), "0 R 150:15");
     EXPECT_EQ(Calc("LISTA.COUNT R 0"), "0 R 150:4");
 }
 
 TEST_F(ListFunctionsCalcTest, RangeIncludesItsBounds) {
-    script.List(
-        "L",
-        {Stamped(CVal(1), Gmt(2023, 12, 31, 22, 59, 59)), Stamped(CVal(2), Gmt(2023, 12, 31, 23)),
-         Stamped(CVal(4), Gmt(2024, 1, 31, 23)), Stamped(CVal(8), Gmt(2024, 1, 31, 23, 0, 1))});
+    script.List("L", {support::Stamped(value::CVal(1), support::Gmt(2023, 12, 31, 22, 59, 59)),
+                      support::Stamped(value::CVal(2), support::Gmt(2023, 12, 31, 23)),
+                      support::Stamped(value::CVal(4), support::Gmt(2024, 1, 31, 23)),
+                      support::Stamped(value::CVal(8), support::Gmt(2024, 1, 31, 23, 0, 1))});
     EXPECT_EQ(Calc("L.MAXIMUM R 0 FROM 2024 1 1 TO 2024 2 1"), "0 R 150:4");
     EXPECT_EQ(Calc("L.COUNT R 0 FROM 2024 1 1 TO 2024 2 1"), "0 R 150:2");
     EXPECT_EQ(Calc("L.COUNT R 0 FROM 2024 1 31 23 59 59 TO 2024 2 1 0 0 0"), "0 R 150:1");
-    script.Local("OD", CVal(Gmt(2024, 1, 31, 23)));
+    script.Local("OD", value::CVal(support::Gmt(2024, 1, 31, 23)));
     EXPECT_EQ(Calc("L.COUNT R 0 FROM OD TO OD"), "0 R 150:1");
     EXPECT_EQ(Calc("L.COUNT R 0 FROM OD TO TIME"), "0 R 150:2");
 }
@@ -119,7 +122,7 @@ TEST_F(ListFunctionsCalcTest, NothingComputedWritesAValueWithoutContent) {
     EXPECT_EQ(Calc("LISTA.MINIMUM R"), "-2 R 255:");
     EXPECT_EQ(Calc("LISTA.MAXIMUM R"), "-2 R 255:");
     EXPECT_EQ(Calc("LISTA.AVERAGE R"), "-2 R 255:");
-    script.List("INNA", {Stamped(CVal(1), 0, Status::Unknown)});
+    script.List("INNA", {support::Stamped(value::CVal(1), 0, value::Status::Unknown)});
     EXPECT_EQ(Calc("INNA.AVERAGE R UNKNOWN"), "-2 R 255:");
 }
 
@@ -134,7 +137,7 @@ TEST_F(ListFunctionsCalcTest, ResultMayBeAKindOfAVariable) {
 
 TEST_F(ListFunctionsCalcTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
     Series();
-    HandRemote& remote = script.Remote("Z");
+    support::HandRemote& remote = script.Remote("Z");
     script.Pointer("W", "Z");
     Calc("LISTA.SUM Z");
     EXPECT_EQ(Dump(remote.value), "150:16");
@@ -166,9 +169,9 @@ TEST_F(ListFunctionsCalcTest, NamesThatAreWrong) {
 }
 
 TEST_F(ListFunctionsCalcTest, FunctionIsToldByTheEndOfItsToken) {
-    script.List("L", {CVal(1)});
-    script.List("LL", {CVal(2)});
-    script.List("LLL", {CVal(3)});
+    script.List("L", {value::CVal(1)});
+    script.List("LL", {value::CVal(2)});
+    script.List("LLL", {value::CVal(3)});
     EXPECT_EQ(Calc("L.COUNT R"), "0 R 150:1");
     EXPECT_EQ(Calc("L.MINIMUM R"), "0 R 150:1");
     EXPECT_EQ(Calc("LLL.SUM R"), "0 R 150:3");
@@ -214,17 +217,17 @@ TEST_F(ListFunctionsCalcTest, FunctionGivesTheCode) {
 class ListFunctionsFillTest : public ListFunctionsTest {
   protected:
     ListFunctionsFillTest() : list(script.List("L")) {
-        script.Local("T1", CVal(Gmt(2024, 3, 10, 6, 7, 8)));
-        script.Local("T2", CVal(Gmt(2024, 3, 10, 8, 7, 8)));
+        script.Local("T1", value::CVal(support::Gmt(2024, 3, 10, 6, 7, 8)));
+        script.Local("T2", value::CVal(support::Gmt(2024, 3, 10, 8, 7, 8)));
     }
 
     // The error slot, or the times of the elements from the second hour of 2024-03-10 GMT on.
     std::string Fill(std::string_view text) {
         script.ClearError();
-        const std::string line = FromUtf8(text);
+        const std::string line = text::FromUtf8(text);
         if (!FillInList(script, line)) return "failed " + script.Error();
         std::string times;
-        for (const CVal& element : list.Elements()) times += Whole(element) + "; ";
+        for (const value::CVal& element : list.Elements()) times += Whole(element) + "; ";
         return times;
     }
     static std::string Five(std::int64_t time, int status = 0) {
@@ -241,23 +244,23 @@ TEST_F(ListFunctionsFillTest, OneElementForEachHour) {
 }
 
 TEST_F(ListFunctionsFillTest, HoursAreRealOnesWhenTheClockIsPutBack) {
-    script.Local("OD", CVal(Gmt(2024, 10, 26, 23, 30)));
-    script.Local("DO", CVal(Gmt(2024, 10, 27, 2)));
+    script.Local("OD", value::CVal(support::Gmt(2024, 10, 26, 23, 30)));
+    script.Local("DO", value::CVal(support::Gmt(2024, 10, 27, 2)));
     EXPECT_EQ(Fill("L 5 0 OD DO HREP"), Five(Gmt(2024, 10, 26, 23)) + Five(Gmt(2024, 10, 27, 0)) +
                                             Five(Gmt(2024, 10, 27, 1)) +
                                             Five(Gmt(2024, 10, 27, 2)));
 }
 
 TEST_F(ListFunctionsFillTest, DaysFollowTheLocalClock) {
-    script.Local("OD", CVal(Gmt(2024, 3, 30, 12)));
-    script.Local("DO", CVal(Gmt(2024, 4, 1, 12)));
+    script.Local("OD", value::CVal(support::Gmt(2024, 3, 30, 12)));
+    script.Local("DO", value::CVal(support::Gmt(2024, 4, 1, 12)));
     EXPECT_EQ(Fill("L 5 0 OD DO DREP"),
               Five(Gmt(2024, 3, 29, 23)) + Five(Gmt(2024, 3, 30, 23)) + Five(Gmt(2024, 3, 31, 22)));
 }
 
 TEST_F(ListFunctionsFillTest, Months) {
-    script.Local("OD", CVal(Gmt(2024, 1, 31, 12)));
-    script.Local("DO", CVal(Gmt(2024, 4, 1, 12)));
+    script.Local("OD", value::CVal(support::Gmt(2024, 1, 31, 12)));
+    script.Local("DO", value::CVal(support::Gmt(2024, 4, 1, 12)));
     EXPECT_EQ(Fill("L 5 0 OD DO MREP"), Five(Gmt(2023, 12, 31, 23)) + Five(Gmt(2024, 1, 31, 23)) +
                                             Five(Gmt(2024, 2, 29, 23)) +
                                             Five(Gmt(2024, 3, 31, 22)));
@@ -274,12 +277,12 @@ TEST_F(ListFunctionsFillTest, ElementsTakeTheStatus) {
 }
 
 TEST_F(ListFunctionsFillTest, ValueLosesItsOwnStatusAndTime) {
-    script.Local("W", Stamped(CVal("x"), 9, 7));
+    script.Local("W", support::Stamped(value::CVal("x"), 9, 7));
     EXPECT_EQ(Fill("L W 0 T1 T1 HREP"), "190:x status 0 time 1710050400; ");
 }
 
 TEST_F(ListFunctionsFillTest, NumberTakesTheTypeOfTheCurrentElement) {
-    list.Add(CVal(1));
+    list.Add(value::CVal(1));
     list.MoveFirst();
     EXPECT_EQ(Fill("L 7.9 0 T1 T1 HREP"),
               "150:1 status 0 time 0; 150:7 status 0 time 1710050400; ");
@@ -291,7 +294,7 @@ TEST_F(ListFunctionsFillTest, StartAfterEndAddsNothing) {
 }
 
 TEST_F(ListFunctionsFillTest, Failures) {
-    script.Local("A", CVal(1));
+    script.Local("A", value::CVal(1));
     script.Pointer("W", "L");
     EXPECT_EQ(Fill("BRAK 5 0 T1 T2 HREP"), "failed 3 BRAK");
     EXPECT_EQ(Fill("A 5 0 T1 T2 HREP"), "failed 21 A");
@@ -317,4 +320,4 @@ TEST_F(ListFunctionsFillTest, FunctionGivesOne) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

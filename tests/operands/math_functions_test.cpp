@@ -6,7 +6,7 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -23,9 +23,9 @@ class MathFunctionsTest : public testing::Test {
         static const CFunctionTable table(kRows);
         return table;
     }
-    static std::string Number(double x) { return Dump(CVal(x)); }
+    static std::string Number(double x) { return support::Dump(value::CVal(x)); }
 
-    FakeScript script{Table()};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(MathFunctionsTest, TakeOneArgument) {
@@ -50,7 +50,7 @@ TEST_F(MathFunctionsTest, RestOfTheLineIsDropped) {
 }
 
 TEST_F(MathFunctionsTest, FormulaCannotBeginWithAFunction) {
-    script.Local("A", CVal(1));
+    script.Local("A", value::CVal(1));
     EXPECT_EQ(script.Evaluate("SIN(A)*2"), "failed 3 (");
     EXPECT_EQ(script.Evaluate("(SIN(A))*2"), Number(std::sin(1.0) * 2));
 }
@@ -64,11 +64,11 @@ TEST_F(MathFunctionsTest, FactorialGrowsWithItsValues) {
 }
 
 TEST_F(MathFunctionsTest, SquareLosesTheStatusOfItsArgument) {
-    CVal unknown(3);
-    unknown.SetStatus(Status::Alarm);
+    value::CVal unknown(3);
+    unknown.SetStatus(value::Status::Alarm);
     script.Local("A", unknown);
     std::string_view text = "SQR A";
-    CVal value;
+    value::CVal value;
     ASSERT_TRUE(EvaluateExpression(script, text, value, ValueType::Double));
     EXPECT_EQ(value.GetStatus(), 0);
 }
@@ -82,4 +82,4 @@ TEST_F(MathFunctionsTest, ArgumentThatCannotBeReadFailsTheExpression) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -8,7 +8,7 @@
 
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 TEST(NumberFormatValidTest, LooksAtBothEndsAndTheFirstDigit) {
@@ -23,7 +23,7 @@ TEST(NumberFormatValidTest, LooksAtBothEndsAndTheFirstDigit) {
 }
 
 std::string Format(double value, const char* format) {
-    return FormatNumber(CVal(value), format);
+    return FormatNumber(value::CVal(value), format);
 }
 
 TEST(NumberFormatTest, RealNumbers) {
@@ -111,4 +111,4 @@ TEST(NumberFormatTest, LocaleDoesNotMatter) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

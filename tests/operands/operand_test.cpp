@@ -5,22 +5,23 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 class OperandTest : public testing::Test {
   protected:
     // Type and content of an operand, or "failed" with the error slot.
-    std::string Read(std::string_view operand, int wanted = ValueType::Double, bool report = true) {
+    std::string Read(std::string_view operand, int wanted = value::ValueType::Double,
+                     bool report = true) {
         script.ClearError();
-        CVal value;
-        if (!EvaluateOperand(script, FromUtf8(operand), value, wanted, report)) {
+        value::CVal value;
+        if (!EvaluateOperand(script, text::FromUtf8(operand), value, wanted, report)) {
             return "failed " + script.Error();
         }
-        return std::to_string(value.GetType()) + ":" + ToUtf8(ValueToText(value));
+        return std::to_string(value.GetType()) + ":" + text::ToUtf8(value::ValueToText(value));
     }
 
-    FakeScript script;
+    support::FakeScript script;
 };
 
 TEST_F(OperandTest, ScheduleWordsAreTexts) {
@@ -49,7 +50,7 @@ TEST_F(OperandTest, NumbersAreConvertedToTheWantedType) {
 }
 
 TEST_F(OperandTest, VariablesKeepTheirType) {
-    script.Local("A", CVal(12.7));
+    script.Local("A", value::CVal(12.7));
     EXPECT_EQ(Read("A", ValueType::Int), "171:12.70");
     EXPECT_EQ(Read("A", ValueType::Text), "171:12.70");
     EXPECT_EQ(Read("  A  "), "171:12.70");
@@ -126,12 +127,12 @@ TEST_F(OperandTest, PropertyBehindASuffixFailsWithoutAnError) {
 
 TEST_F(OperandTest, PropertyInFrontIsAName) {
     EXPECT_EQ(Read(".NAME"), "failed 3 .NAME");
-    script.Local(".NAME", CVal(1));
+    script.Local(".NAME", value::CVal(1));
     EXPECT_EQ(Read(".NAME"), "150:1");
 }
 
 TEST_F(OperandTest, BaseNameIsForPointers) {
-    script.Local("X", CVal(1));
+    script.Local("X", value::CVal(1));
     script.Pointer("P", "X");
     EXPECT_EQ(Read("P.BASENAME"), "190:X");
     EXPECT_EQ(Read("X.BASENAME"), "failed 21 X");
@@ -141,7 +142,7 @@ TEST_F(OperandTest, BaseNameIsForPointers) {
 }
 
 TEST_F(OperandTest, ListProperties) {
-    CVariableList& list = script.List("L", {CVal(4), CVal(1), CVal(7)});
+    CVariableList& list = script.List("L", {value::CVal(4), value::CVal(1), value::CVal(7)});
     EXPECT_EQ(Read("L.COUNT"), "150:3");
     EXPECT_EQ(Read("L.POS"), "150:-1");
     EXPECT_EQ(Read("L.CHECKPOS"), "150:0");
@@ -163,16 +164,16 @@ TEST_F(OperandTest, ListPropertyOfAnythingElse) {
 
 TEST_F(OperandTest, SumOfAnEmptyListLeavesWhatWasThere) {
     script.List("L");
-    CVal value("przed");
+    value::CVal value("przed");
     EXPECT_TRUE(EvaluateOperand(script, "L.SUM", value, ValueType::Double, true));
     EXPECT_EQ(ValueToText(value), "przed");
 }
 
 TEST_F(OperandTest, TimestampFollowsTheSuffix) {
     CVariableLocal& variable = script.Local("A");
-    variable.SetTime(1000, KindCurrent);
-    variable.SetTime(2000, KindDay);
-    variable.SetTime(-5, KindMonth);
+    variable.SetTime(1000, value::KindCurrent);
+    variable.SetTime(2000, value::KindDay);
+    variable.SetTime(-5, value::KindMonth);
     EXPECT_EQ(Read("A.TIMESTAMP"), "160:1000");
     EXPECT_EQ(Read("A.DREP.TIMESTAMP"), "160:2000");
     EXPECT_EQ(Read("A.MREP.TIMESTAMP"), "failed 15 A.MREP");
@@ -181,7 +182,7 @@ TEST_F(OperandTest, TimestampFollowsTheSuffix) {
 }
 
 TEST_F(OperandTest, TimeExpressions) {
-    script.Local("X", CVal(std::int64_t{1000000000}));
+    script.Local("X", value::CVal(std::int64_t{1000000000}));
     EXPECT_EQ(Read("TIME"), "160:1710050400");
     EXPECT_EQ(Read("TIME.GMTYEAR"), "150:2024");
     EXPECT_EQ(Read("TIME.FIRSTGMTYEAR"), "160:1704067200");
@@ -196,8 +197,8 @@ TEST_F(OperandTest, TimeExpressions) {
 }
 
 TEST_F(OperandTest, SuffixesSelectTheKind) {
-    CVariableLocal& variable = script.Local("A", CVal(1));
-    variable.SetValue(CVal(2), KindHour);
+    CVariableLocal& variable = script.Local("A", value::CVal(1));
+    variable.SetValue(value::CVal(2), value::KindHour);
     EXPECT_EQ(Read("A.CURDATA"), "150:1");
     EXPECT_EQ(Read("A.HREP"), "150:2");
     EXPECT_EQ(Read("A.hrep"), "150:2");
@@ -206,7 +207,7 @@ TEST_F(OperandTest, SuffixesSelectTheKind) {
 
 TEST_F(OperandTest, NothingToReadIsAWait) {
     script.Local("A");
-    script.List("L", {CVal(1)});
+    script.List("L", {value::CVal(1)});
     EXPECT_EQ(Read("A.ARCH"), "failed 27 A.ARCH");
     EXPECT_EQ(Read("A.XYZ"), "failed 27 A.XYZ");
     EXPECT_EQ(Read("L"), "failed 27 L");
@@ -214,8 +215,8 @@ TEST_F(OperandTest, NothingToReadIsAWait) {
 }
 
 TEST_F(OperandTest, RemoteValueThatIsMissing) {
-    HandRemote& remote = script.Remote("R");
-    remote.value = CVal(5);
+    support::HandRemote& remote = script.Remote("R");
+    remote.value = value::CVal(5);
     EXPECT_EQ(Read("R"), "150:5");
     remote.answer = ReadUnavailable;
     EXPECT_EQ(Read("R.HREP"), "failed 15 R.HREP");
@@ -226,19 +227,19 @@ TEST_F(OperandTest, RemoteValueThatIsMissing) {
 
 TEST_F(OperandTest, FirstErrorStays) {
     script.SetError(ErrorExpression, "pierwszy", true);
-    CVal value;
+    value::CVal value;
     EXPECT_FALSE(EvaluateOperand(script, "B", value, ValueType::Double, true));
     EXPECT_EQ(script.Error(), "16 pierwszy");
 }
 
 class OperandExpressionTest : public testing::Test {
   protected:
-    FakeScript script;
+    support::FakeScript script;
 };
 
 TEST_F(OperandExpressionTest, SingleTokenIsAnOperandOrElseAFormula) {
-    script.Local("A", CVal(7));
-    script.Local("B", CVal(2));
+    script.Local("A", value::CVal(7));
+    script.Local("B", value::CVal(2));
     EXPECT_EQ(script.Evaluate("5", ValueType::Int), "150:5");
     EXPECT_EQ(script.Evaluate("A-B"), "150:5");
     EXPECT_EQ(script.Evaluate("A-C"), "failed 3 A-C");
@@ -247,7 +248,7 @@ TEST_F(OperandExpressionTest, SingleTokenIsAnOperandOrElseAFormula) {
 }
 
 TEST_F(OperandExpressionTest, SeveralTokensAreAFormulaWhoseTypeIsNotCast) {
-    script.Local("A", CVal(7));
+    script.Local("A", value::CVal(7));
     EXPECT_EQ(script.Evaluate("A + 1", ValueType::Text), "171:8.00");
     EXPECT_EQ(script.Evaluate("A A", ValueType::Text), "150:7");
 }
@@ -256,9 +257,9 @@ TEST_F(OperandExpressionTest, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
     static const FunctionRow rows[] = {
         {"PIERWSZY",
          [](FunctionCall& call) {
-             call.out =
-                 CVal(std::string(call.arguments[0]) + "|" + std::string(call.arguments[2]) + "|" +
-                      std::string(call.rest) + "|" + std::string(TextBehindKeyword(call)));
+             call.out = value::CVal(std::string(call.arguments[0]) + "|" +
+                                    std::string(call.arguments[2]) + "|" + std::string(call.rest) +
+                                    "|" + std::string(TextBehindKeyword(call)));
              return FunctionResult::Done;
          },
          "", ""},
@@ -271,7 +272,7 @@ TEST_F(OperandExpressionTest, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
         {"NIGDY", [](FunctionCall&) { return FunctionResult::Failed; }, "", ""},
     };
     static const CFunctionTable table(rows);
-    FakeScript withFunctions(table);
+    support::FakeScript withFunctions(table);
     EXPECT_EQ(withFunctions.Evaluate("PIERWSZY a b c d e"), "190:a|c| d e| a b c d e");
     EXPECT_EQ(withFunctions.Evaluate("PIERWSZY"), "190:|||");
     EXPECT_EQ(withFunctions.Evaluate("pierwszy a"), "failed 3 pierwszy");
@@ -281,10 +282,10 @@ TEST_F(OperandExpressionTest, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
 }
 
 TEST_F(OperandExpressionTest, RestEndsAtThenGotoOrSemicolon) {
-    script.Local("A", CVal(7));
+    script.Local("A", value::CVal(7));
     for (const char* line : {"A THEN x", "A GOTO x", "A then", "A ; THEN", "A;x", "A   "}) {
         std::string_view rest = line;
-        CVal value;
+        value::CVal value;
         EXPECT_TRUE(EvaluateRest(script, rest, value, ValueType::Double)) << line;
         EXPECT_EQ(Dump(value), "150:7") << line;
         EXPECT_EQ(rest, "") << line;
@@ -295,13 +296,13 @@ TEST_F(OperandExpressionTest, RestIsJoinedWithSingleBlanks) {
     static const FunctionRow rows[] = {
         {"F",
          [](FunctionCall& call) {
-             call.out = CVal(call.full);
+             call.out = value::CVal(call.full);
              return FunctionResult::Done;
          },
          "", ""},
     };
     static const CFunctionTable table(rows);
-    FakeScript withFunctions(table);
+    support::FakeScript withFunctions(table);
     const std::pair<const char*, const char*> cases[] = {
         {"  F   a  b THEN", "F a b"},
         {"F a b", "F a b"},
@@ -312,7 +313,7 @@ TEST_F(OperandExpressionTest, RestIsJoinedWithSingleBlanks) {
     };
     for (const auto& [line, joined] : cases) {
         std::string_view rest = line;
-        CVal value;
+        value::CVal value;
         EXPECT_TRUE(EvaluateRest(withFunctions, rest, value, ValueType::Text));
         EXPECT_EQ(ValueToText(value), joined);
     }
@@ -328,4 +329,4 @@ TEST(OperandPropertyTableTest, ListsNamesWithTheirHelp) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

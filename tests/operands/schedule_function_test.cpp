@@ -5,7 +5,7 @@
 #include "support/value_dump.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {{"CHECK_EVENT_TIME", CheckEventTimeFunction, "", ""}};
@@ -14,7 +14,7 @@ class ScheduleFunctionTest : public testing::Test {
   protected:
     ScheduleFunctionTest() {
         script.clock.SetSystemTime(kNoon);
-        script.Local("POLUDNIE", CVal("0 0 12 * * *"));
+        script.Local("POLUDNIE", value::CVal("0 0 12 * * *"));
     }
 
     static const CFunctionTable& Table() {
@@ -22,10 +22,10 @@ class ScheduleFunctionTest : public testing::Test {
         return table;
     }
 
-    static constexpr std::int64_t kNoon = Gmt(2024, 3, 10, 11);  // 12:00 of winter time
+    static constexpr std::int64_t kNoon = support::Gmt(2024, 3, 10, 11);  // 12:00 of winter time
 
-    ZoneScope zone{"Europe/Warsaw"};
-    FakeScript script{Table()};
+    support::ZoneScope zone{"Europe/Warsaw"};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(ScheduleFunctionTest, EntryAloneAsksAboutThePresent) {
@@ -37,14 +37,14 @@ TEST_F(ScheduleFunctionTest, EntryAloneAsksAboutThePresent) {
 }
 
 TEST_F(ScheduleFunctionTest, WordsNeedNoQuotes) {
-    script.clock.SetSystemTime(Gmt(2024, 3, 9, 23));
+    script.clock.SetSystemTime(support::Gmt(2024, 3, 9, 23));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @daily"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME \"@daily\""), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @monthly"), "150:0");
 }
 
 TEST_F(ScheduleFunctionTest, TokenThatDoesNotEvaluateIsTheEntry) {
-    script.clock.SetSystemTime(Gmt(2024, 3, 9, 23));
+    script.clock.SetSystemTime(support::Gmt(2024, 3, 9, 23));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME @Daily"), "150:0");
     EXPECT_EQ(script.Error(), "3 @Daily");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME BRAK"), "150:0");
@@ -59,13 +59,13 @@ TEST_F(ScheduleFunctionTest, SmallNumberIsATolerance) {
     script.clock.SetSystemTime(kNoon - 4);
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 5"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 4"), "150:0");
-    script.Local("ZAPAS", CVal("5 sekund"));
+    script.Local("ZAPAS", value::CVal("5 sekund"));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE ZAPAS"), "150:1");
 }
 
 TEST_F(ScheduleFunctionTest, GreatNumberIsATime) {
     script.clock.SetSystemTime(5);
-    script.Local("T", CVal(kNoon - 4));
+    script.Local("T", value::CVal(kNoon - 4));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T"), "150:0");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T 5"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE T 4"), "150:0");
@@ -73,16 +73,16 @@ TEST_F(ScheduleFunctionTest, GreatNumberIsATime) {
 }
 
 TEST_F(ScheduleFunctionTest, TwoTimesAreARange) {
-    script.Local("OD", CVal(kNoon - 10));
-    script.Local("DO", CVal(kNoon));
+    script.Local("OD", value::CVal(kNoon - 10));
+    script.Local("DO", value::CVal(kNoon));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE OD DO"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE DO OD"), "150:0");
-    script.Variables().Find("DO")->SetValue(CVal(kNoon - 1), KindCurrent);
+    script.Variables().Find("DO")->SetValue(value::CVal(kNoon - 1), value::KindCurrent);
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE OD DO"), "150:0");
 }
 
 TEST_F(ScheduleFunctionTest, TextWithoutANumberCountsAsNone) {
-    script.Local("TEKST", CVal("abc"));
+    script.Local("TEKST", value::CVal("abc"));
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE TEKST"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE -5 500"), "150:1");
     EXPECT_EQ(script.Evaluate("CHECK_EVENT_TIME POLUDNIE 0 500"), "150:1");
@@ -99,4 +99,4 @@ TEST_F(ScheduleFunctionTest, RestOfTheLineIsDropped) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -11,13 +11,13 @@
 
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 // Warsaw is an hour ahead of GMT in winter, two hours in summer.
 class ScheduleTest : public testing::Test {
   private:
-    ZoneScope m_zone{"Europe/Warsaw"};
+    support::ZoneScope m_zone{"Europe/Warsaw"};
 };
 
 using ScheduleFieldsTest = ScheduleTest;
@@ -26,7 +26,7 @@ using ScheduleQuestionsTest = ScheduleTest;
 using ScheduleRandomEntriesTest = ScheduleTest;
 
 // Sunday 2024-03-10 12:00:00 in Warsaw.
-constexpr std::int64_t kNoon = Gmt(2024, 3, 10, 11);
+constexpr std::int64_t kNoon = support::Gmt(2024, 3, 10, 11);
 
 constexpr std::int64_t kDay = 86400;
 
@@ -49,7 +49,8 @@ std::string Seconds(const std::string& field) {
 std::string Days(const std::string& field) {
     std::string list;
     for (int day = 1; day <= 31; ++day) {
-        if (!MatchScheduleEntry("0 0 12 " + field + " * *", Gmt(2024, 1, day, 11))) continue;
+        if (!MatchScheduleEntry("0 0 12 " + field + " * *", support::Gmt(2024, 1, day, 11)))
+            continue;
         if (!list.empty()) list += ',';
         list += std::to_string(day);
     }
@@ -61,7 +62,8 @@ std::string Months(const std::string& field) {
     std::string list;
     for (int month = 1; month <= 12; ++month) {
         const int hour = month >= 4 && month <= 10 ? 10 : 11;
-        if (!MatchScheduleEntry("0 0 12 * " + field + " *", Gmt(2024, month, 15, hour))) continue;
+        if (!MatchScheduleEntry("0 0 12 * " + field + " *", support::Gmt(2024, month, 15, hour)))
+            continue;
         if (!list.empty()) list += ',';
         list += std::to_string(month);
     }
@@ -80,7 +82,8 @@ std::string Week(const std::string& field) {
 }
 
 TEST_F(ScheduleFieldsTest, StarsAlwaysFit) {
-    for (const std::int64_t time : {std::int64_t{0}, kNoon, kNoon + 1, Gmt(2024, 10, 27, 1, 30)}) {
+    for (const std::int64_t time :
+         {std::int64_t{0}, kNoon, kNoon + 1, support::Gmt(2024, 10, 27, 1, 30)}) {
         EXPECT_TRUE(MatchScheduleEntry("* * * * * *", time));
     }
 }
@@ -96,7 +99,8 @@ TEST_F(ScheduleFieldsTest, HourIsTheLocalOneOfTheSeason) {
     EXPECT_FALSE(MatchScheduleEntry("0 0 12 * * *", Gmt(2024, 7, 1, 11)));
     EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", Gmt(2024, 10, 27, 0, 30)));
     EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", Gmt(2024, 10, 27, 1, 30)));
-    for (std::int64_t time = Gmt(2024, 3, 30, 23); time < Gmt(2024, 3, 31, 22); time += 1800) {
+    for (std::int64_t time = support::Gmt(2024, 3, 30, 23); time < support::Gmt(2024, 3, 31, 22);
+         time += 1800) {
         EXPECT_FALSE(MatchScheduleEntry("0 30 2 * * *", time)) << time;
     }
 }
@@ -228,10 +232,10 @@ TEST_F(ScheduleFieldsTest, SundayIsZeroAndSeven) {
 }
 
 TEST_F(ScheduleFieldsTest, DayOfMonthOrDayOfWeekFitsUnlessOneIsAStar) {
-    const std::int64_t wednesday13 = Gmt(2024, 3, 12, 23);
-    const std::int64_t thursday14 = Gmt(2024, 3, 13, 23);
-    const std::int64_t friday15 = Gmt(2024, 3, 14, 23);
-    const std::int64_t friday13 = Gmt(2024, 9, 12, 22);
+    const std::int64_t wednesday13 = support::Gmt(2024, 3, 12, 23);
+    const std::int64_t thursday14 = support::Gmt(2024, 3, 13, 23);
+    const std::int64_t friday15 = support::Gmt(2024, 3, 14, 23);
+    const std::int64_t friday13 = support::Gmt(2024, 9, 12, 22);
     const auto fits = [&](const char* entry) {
         std::string list;
         for (const std::int64_t time : {wednesday13, thursday14, friday15, friday13}) {
@@ -288,16 +292,16 @@ TEST_F(ScheduleFieldsTest, NegativeTimeFitsNothing) {
 
 TEST(ScheduleElsewhereTest, FollowsTheZone) {
     {
-        const ZoneScope zone("Asia/Kolkata");
+        const support::ZoneScope zone("Asia/Kolkata");
         EXPECT_TRUE(MatchScheduleEntry("0 30 12 * * *", Gmt(2024, 3, 10, 7)));
     }
     {
-        const ZoneScope zone("Australia/Sydney");
+        const support::ZoneScope zone("Australia/Sydney");
         EXPECT_TRUE(MatchScheduleEntry("0 30 0 1 Jan Mon", Gmt(2023, 12, 31, 13, 30)));
     }
     {
         // Clocks go from 02:00 to 02:30 at 15:30 GMT.
-        const ZoneScope zone("Australia/Lord_Howe");
+        const support::ZoneScope zone("Australia/Lord_Howe");
         EXPECT_TRUE(MatchScheduleEntry("0 30 2 6 10 *", Gmt(2024, 10, 5, 15, 30)));
         EXPECT_FALSE(CheckEventTime("* 0-29 2 * * *", 1728141300, 3600, 0));  // 01:45 and an hour
         EXPECT_TRUE(CheckEventTime("* 30 2 * * *", 1728141300, 901, 0));
@@ -307,13 +311,13 @@ TEST(ScheduleElsewhereTest, FollowsTheZone) {
 // The words at the moments around a start of minute, hour, day, week, month and year.
 TEST_F(ScheduleWordsTest, FitAtTheirMoments) {
     const std::int64_t times[] = {
-        Gmt(2023, 12, 31, 23),      // Monday, start of the year
-        Gmt(2024, 1, 31, 23),       // Thursday, start of a month
-        Gmt(2024, 3, 9, 23),        // Sunday, start of a day
-        Gmt(2024, 3, 11, 23),       // Tuesday, start of a day
-        Gmt(2024, 3, 11, 22),       // start of an hour
-        Gmt(2024, 3, 11, 22, 1),    // start of a minute
-        Gmt(2024, 3, 11, 22, 1, 1)  // no start
+        support::Gmt(2023, 12, 31, 23),      // Monday, start of the year
+        support::Gmt(2024, 1, 31, 23),       // Thursday, start of a month
+        support::Gmt(2024, 3, 9, 23),        // Sunday, start of a day
+        support::Gmt(2024, 3, 11, 23),       // Tuesday, start of a day
+        support::Gmt(2024, 3, 11, 22),       // start of an hour
+        support::Gmt(2024, 3, 11, 22, 1),    // start of a minute
+        support::Gmt(2024, 3, 11, 22, 1, 1)  // no start
     };
     const std::pair<const char*, const char*> expected[] = {
         {"@yearly", "1000000"}, {"@annually", "1000000"},     {"@monthly", "1100000"},
@@ -343,7 +347,8 @@ TEST_F(ScheduleWordsTest, MeanWhatTheirFieldsWouldMean) {
         {"@daily", "0 0 0 * * *"},  {"@hourly", "0 0 * * * *"},  {"@every_minute", "0 * * * * *"},
     };
     for (const auto& [word, fields] : pairs) {
-        for (std::int64_t time = Gmt(2023, 12, 30); time < Gmt(2024, 4, 2); time += 900) {
+        for (std::int64_t time = support::Gmt(2023, 12, 30); time < support::Gmt(2024, 4, 2);
+             time += 900) {
             ASSERT_EQ(MatchScheduleEntry(word, time), MatchScheduleEntry(fields, time)) << word;
         }
     }
@@ -432,10 +437,11 @@ TEST_F(ScheduleQuestionsTest, ToleranceAgreesWithSingleSeconds) {
     const char* entries[] = {"0 0 * * * *",    "59 59 1,2 * * *", "0 0 3 * * *", "30 30 2 * * *",
                              "*/7 13 * * * *", "0 0 0 * * *",     "5 * * 31 * *"};
     for (const char* zoneName : {"Europe/Warsaw", "Australia/Lord_Howe", "America/St_Johns"}) {
-        const ZoneScope zone(zoneName);
+        const support::ZoneScope zone(zoneName);
         for (const char* entry : entries) {
-            for (const std::int64_t base : {Gmt(2024, 3, 30, 23), Gmt(2024, 10, 26, 23, 30),
-                                            Gmt(2024, 4, 6, 13), Gmt(2009, 11, 1, 2, 15)}) {
+            for (const std::int64_t base :
+                 {support::Gmt(2024, 3, 30, 23), support::Gmt(2024, 10, 26, 23, 30),
+                  support::Gmt(2024, 4, 6, 13), support::Gmt(2009, 11, 1, 2, 15)}) {
                 for (std::int64_t start = base; start < base + 7200; start += 397) {
                     constexpr int kTolerance = 1000;
                     int wait = 0;  // seconds to the next fit
@@ -454,8 +460,8 @@ TEST_F(ScheduleQuestionsTest, ToleranceAgreesWithSingleSeconds) {
 
 // Clocks go from 02:00:30 to 03:00:30.
 TEST(ScheduleElsewhereTest, ToleranceSeesAChangeWithinAMinute) {
-    const ZoneScope zone("STD0DST-1,M3.5.0/2:00:30,M10.5.0/3");
-    const auto two = static_cast<std::int32_t>(Gmt(2024, 3, 31, 2));
+    const support::ZoneScope zone("STD0DST-1,M3.5.0/2:00:30,M10.5.0/3");
+    const auto two = static_cast<std::int32_t>(support::Gmt(2024, 3, 31, 2));
     EXPECT_FALSE(CheckEventTime("40 0 2 * * *", two, 120, 0));
     EXPECT_TRUE(CheckEventTime("40 0 3 * * *", two, 41, 0));
     EXPECT_FALSE(CheckEventTime("40 0 3 * * *", two, 40, 0));
@@ -548,7 +554,7 @@ std::string RandomField(std::mt19937& random, int low, int high, std::set<int>& 
 }
 
 TEST(ScheduleRandomFieldsTest, FitWhereTheirValuesSay) {
-    const ZoneScope zone("UTC");
+    const support::ZoneScope zone("UTC");
     constexpr std::pair<int, int> kBounds[] = {{0, 59}, {0, 59}, {0, 23}, {1, 31}, {1, 12}, {0, 7}};
     std::mt19937 random(7);
     int fitting = 0;
@@ -564,7 +570,7 @@ TEST(ScheduleRandomFieldsTest, FitWhereTheirValuesSay) {
         }
         for (int i = 0; i < 5; ++i) {
             using namespace std::chrono;
-            const sys_seconds time{seconds(Gmt(2024, 1, 1) + random() % (366 * kDay))};
+            const sys_seconds time{seconds(support::Gmt(2024, 1, 1) + random() % (366 * kDay))};
             const sys_days date = floor<days>(time);
             const year_month_day day{date};
             const hh_mm_ss clock{time - date};
@@ -586,4 +592,4 @@ TEST(ScheduleRandomFieldsTest, FitWhereTheirValuesSay) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -5,7 +5,7 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -26,28 +26,28 @@ class StatusFunctionsTest : public testing::Test {
     }
     // The status word of a variable's value after an expression, whose outcome goes in front.
     std::string After(std::string_view expression, std::string_view name,
-                      ValueKind kind = KindCurrent) {
-        const std::string outcome = script.Evaluate(expression, ValueType::Int);
+                      value::ValueKind kind = value::KindCurrent) {
+        const std::string outcome = script.Evaluate(expression, value::ValueType::Int);
         return outcome + " -> " + std::to_string(script.Value(name, kind).GetStatus());
     }
     void SetStatus(std::string_view name, std::uint16_t word) {
-        script.Variables().Find(name)->SetStatus(word, KindCurrent);
+        script.Variables().Find(name)->SetStatus(word, value::KindCurrent);
     }
 
-    FakeScript script{Table()};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(StatusFunctionsTest, StatusGivesTheWord) {
-    script.Local("A", Stamped(CVal(1.5), 0, 33));
+    script.Local("A", support::Stamped(value::CVal(1.5), 0, 33));
     EXPECT_EQ(script.Evaluate("STATUS A"), "141:33");
-    script.Local("B", Stamped(CVal(1.5), 0, 0xFFFF));
+    script.Local("B", support::Stamped(value::CVal(1.5), 0, 0xFFFF));
     EXPECT_EQ(script.Evaluate("STATUS B"), "141:65535");
     script.Local("C");
     EXPECT_EQ(script.Evaluate("STATUS C"), "141:0");
 }
 
 TEST_F(StatusFunctionsTest, StatusTestsAWord) {
-    script.Local("A", Stamped(CVal(1), 0, 33));
+    script.Local("A", support::Stamped(value::CVal(1), 0, 33));
     EXPECT_EQ(script.Evaluate("STATUS A UNKNOWN"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A SET_BY_USER"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
@@ -65,7 +65,7 @@ TEST_F(StatusFunctionsTest, StatusKnowsEveryWord) {
         {"LOCK", 512},           {"HARDLOCK", 512},         {"SOFTLOCK", 2048},
         {"ALARM_MEM", 16384},    {"SUPERVISORY", 32768},
     };
-    script.Local("A", CVal(1));
+    script.Local("A", value::CVal(1));
     for (const Row& row : kWords) {
         SetStatus("A", row.bit);
         EXPECT_EQ(script.Evaluate(std::string("STATUS A ") + row.word), "120:1") << row.word;
@@ -78,8 +78,8 @@ TEST_F(StatusFunctionsTest, StatusKnowsEveryWord) {
 }
 
 TEST_F(StatusFunctionsTest, StatusTestsTheBitsOfANumber) {
-    script.Local("A", Stamped(CVal(1), 0, 33));
-    script.Local("MASKA", CVal(34));
+    script.Local("A", support::Stamped(value::CVal(1), 0, 33));
+    script.Local("MASKA", value::CVal(34));
     EXPECT_EQ(script.Evaluate("STATUS A 2"), "120:0");
     EXPECT_EQ(script.Evaluate("STATUS A 3"), "120:1");
     EXPECT_EQ(script.Evaluate("STATUS A MASKA"), "120:1");
@@ -87,15 +87,15 @@ TEST_F(StatusFunctionsTest, StatusTestsTheBitsOfANumber) {
 }
 
 TEST_F(StatusFunctionsTest, StatusWordsArePreferredToVariables) {
-    script.Local("A", Stamped(CVal(1), 0, 1));
-    script.Local("ALARM", CVal(1));
+    script.Local("A", support::Stamped(value::CVal(1), 0, 1));
+    script.Local("ALARM", value::CVal(1));
     EXPECT_EQ(script.Evaluate("STATUS A ALARM"), "120:0");
     EXPECT_EQ(script.Evaluate("STATUS A unknown"), "failed 3 unknown");
 }
 
 TEST_F(StatusFunctionsTest, StatusFollowsTheSuffix) {
-    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 0, 1));
-    variable.SetValue(Stamped(CVal(2), 0, 4), KindDay);
+    CVariableLocal& variable = script.Local("A", support::Stamped(value::CVal(1), 0, 1));
+    variable.SetValue(support::Stamped(value::CVal(2), 0, 4), value::KindDay);
     EXPECT_EQ(script.Evaluate("STATUS A.DREP"), "141:4");
     EXPECT_EQ(script.Evaluate("STATUS A.CURDATA"), "141:1");
     EXPECT_EQ(script.Evaluate("STATUS A.ARCH"), "failed 0");
@@ -103,14 +103,14 @@ TEST_F(StatusFunctionsTest, StatusFollowsTheSuffix) {
 }
 
 TEST_F(StatusFunctionsTest, StatusOfAnUnusableValueIsReadAllTheSame) {
-    script.Remote("Z").value = Stamped(CVal(1), 0, 3);
+    script.Remote("Z").value = support::Stamped(value::CVal(1), 0, 3);
     EXPECT_EQ(script.Evaluate("STATUS Z"), "141:3");
-    script.List("L", {Stamped(CVal(1), 0, 1)}).MoveFirst();
+    script.List("L", {support::Stamped(value::CVal(1), 0, 1)}).MoveFirst();
     EXPECT_EQ(script.Evaluate("STATUS L UNKNOWN"), "120:1");
 }
 
 TEST_F(StatusFunctionsTest, StatusFailsWithItsOperands) {
-    script.Local("A", CVal(1));
+    script.Local("A", value::CVal(1));
     EXPECT_EQ(script.Evaluate("STATUS BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("STATUS BRAK ALARM"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("STATUS A BRAK"), "failed 3 BRAK");
@@ -119,7 +119,7 @@ TEST_F(StatusFunctionsTest, StatusFailsWithItsOperands) {
 }
 
 TEST_F(StatusFunctionsTest, SetAddAndRemove) {
-    script.Local("A", Stamped(CVal(7), 1000, 33));
+    script.Local("A", support::Stamped(value::CVal(7), 1000, 33));
     EXPECT_EQ(After("SET_STATUS A 0", "A"), "150:1 -> 0");
     EXPECT_EQ(After("SET_STATUS A UNKNOWN", "A"), "150:1 -> 1");
     EXPECT_EQ(After("ADD_STATUS A ALARM", "A"), "150:1 -> 5");
@@ -132,7 +132,7 @@ TEST_F(StatusFunctionsTest, SetAddAndRemove) {
 }
 
 TEST_F(StatusFunctionsTest, HighestBitsAreReached) {
-    script.Local("A", Stamped(CVal(7), 0, 0x8001));
+    script.Local("A", support::Stamped(value::CVal(7), 0, 0x8001));
     EXPECT_EQ(After("REMOVE_STATUS A SUPERVISORY", "A"), "150:1 -> 1");
     EXPECT_EQ(After("ADD_STATUS A 32768", "A"), "150:1 -> 32769");
     EXPECT_EQ(After("SET_STATUS A 65537", "A"), "150:1 -> 1");
@@ -140,17 +140,17 @@ TEST_F(StatusFunctionsTest, HighestBitsAreReached) {
 }
 
 TEST_F(StatusFunctionsTest, VariableMayHoldAWordOrANumber) {
-    script.Local("A", Stamped(CVal(7), 0, 1));
-    script.Local("W", CVal("ALARM"));
-    script.Local("N", CVal(32.9));
+    script.Local("A", support::Stamped(value::CVal(7), 0, 1));
+    script.Local("W", value::CVal("ALARM"));
+    script.Local("N", value::CVal(32.9));
     EXPECT_EQ(After("ADD_STATUS A W", "A"), "150:1 -> 5");
     EXPECT_EQ(After("SET_STATUS A N", "A"), "150:1 -> 32");
     EXPECT_EQ(After("SET_STATUS A \"LOCK\"", "A"), "150:1 -> 512");
 }
 
 TEST_F(StatusFunctionsTest, UnknownWordLeavesTheStatusAsItWas) {
-    script.Local("A", Stamped(CVal(7), 0, 33));
-    script.Local("W", CVal("alarm"));
+    script.Local("A", support::Stamped(value::CVal(7), 0, 33));
+    script.Local("W", value::CVal("alarm"));
     EXPECT_EQ(After("SET_STATUS A BOGUS", "A"), "failed 3 BOGUS -> 33");
     EXPECT_EQ(After("ADD_STATUS A alarm", "A"), "failed 3 alarm -> 33");
     EXPECT_EQ(After("REMOVE_STATUS A W", "A"), "failed 0 -> 33");
@@ -164,7 +164,7 @@ TEST_F(StatusFunctionsTest, MissingVariableFailsWithItsName) {
 }
 
 TEST_F(StatusFunctionsTest, HourValueOfALocalVariableIsChangedAndFails) {
-    script.Local("A", CVal(7)).SetValue(CVal(1), KindHour);
+    script.Local("A", value::CVal(7)).SetValue(value::CVal(1), value::KindHour);
     EXPECT_EQ(After("ADD_STATUS A.HREP ALARM", "A", KindHour), "failed 3 ALARM -> 4");
     EXPECT_EQ(After("SET_STATUS A.HREP 2", "A", KindHour), "failed 0 -> 2");
     EXPECT_EQ(After("SET_STATUS A.DREP 2", "A", KindDay), "150:1 -> 2");
@@ -172,7 +172,7 @@ TEST_F(StatusFunctionsTest, HourValueOfALocalVariableIsChangedAndFails) {
 }
 
 TEST_F(StatusFunctionsTest, ValueThatIsNotThereCannotBeChanged) {
-    script.Local("A", CVal(7));
+    script.Local("A", value::CVal(7));
     EXPECT_EQ(script.Evaluate("SET_STATUS A.ARCH 1"), "failed 0");
     EXPECT_EQ(script.Evaluate("ADD_STATUS A.ARCH 1"), "failed 0");
     script.List("L");
@@ -180,14 +180,14 @@ TEST_F(StatusFunctionsTest, ValueThatIsNotThereCannotBeChanged) {
 }
 
 TEST_F(StatusFunctionsTest, PointerReachesItsTarget) {
-    script.Local("A", CVal(7));
+    script.Local("A", value::CVal(7));
     script.Pointer("W", "A");
     EXPECT_EQ(After("ADD_STATUS W ALARM", "A"), "150:1 -> 4");
     EXPECT_EQ(script.Evaluate("STATUS W ALARM"), "120:1");
 }
 
 TEST(StatusFunctionsArgumentTest, LeadingBlanksAreLeftOut) {
-    FakeScript script;
+    support::FakeScript script;
     std::uint16_t word = 1;
     EXPECT_TRUE(ParseStatusArgument(script, "  ALARM", &word, StatusAction::Add));
     EXPECT_EQ(word, 5);
@@ -212,4 +212,4 @@ TEST_F(StatusFunctionsTest, NamesOfTheUser) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -4,7 +4,7 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -28,14 +28,14 @@ constexpr FunctionRow kRows[] = {
 
 class StringFunctionsTest : public testing::Test {
   protected:
-    StringFunctionsTest() { script.Local("PUSTY", CVal("")); }
+    StringFunctionsTest() { script.Local("PUSTY", value::CVal("")); }
 
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
         return table;
     }
 
-    FakeScript script{Table()};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(StringFunctionsTest, NumberToText) {
@@ -43,8 +43,8 @@ TEST_F(StringFunctionsTest, NumberToText) {
     EXPECT_EQ(script.Evaluate("TO_STRING 3.14159 \"%.3f\""), "190:3.142");
     EXPECT_EQ(script.Evaluate("TO_STRING 7 \"%3d\""), "190:  7");
     EXPECT_EQ(script.Evaluate("TO_STRING 7 \"abc\""), "190:7.00");
-    script.Local("L", CVal(12.345));
-    script.Local("F", CVal("%.1f"));
+    script.Local("L", value::CVal(12.345));
+    script.Local("F", value::CVal("%.1f"));
     EXPECT_EQ(script.Evaluate("TO_STRING L F"), "190:12.3");
     EXPECT_EQ(script.Evaluate("TO_STRING L PUSTY"), "190:12.35");
     EXPECT_EQ(script.Evaluate("TO_STRING L \"%d\""), "190:12");
@@ -57,15 +57,15 @@ TEST_F(StringFunctionsTest, QuotedTextIsNotFormatted) {
 }
 
 TEST_F(StringFunctionsTest, TextOfAVariableIsFormattedAsItsNumber) {
-    script.Local("T", CVal("12.345"));
-    script.Local("S", CVal("abc"));
+    script.Local("T", value::CVal("12.345"));
+    script.Local("S", value::CVal("abc"));
     EXPECT_EQ(script.Evaluate("TO_STRING T"), "190:12.35");
     EXPECT_EQ(script.Evaluate("TO_STRING S"), "190:0.00");
     EXPECT_EQ(script.Evaluate("TO_STRING S \"%d\""), "190:0");
 }
 
 TEST_F(StringFunctionsTest, TextToNumber) {
-    script.Local("T", CVal(" 12.7 bar"));
+    script.Local("T", value::CVal(" 12.7 bar"));
     EXPECT_EQ(script.Evaluate("TO_FLOAT T"), "171:12.70");
     EXPECT_EQ(script.Evaluate("TO_INT T"), "150:12");
     EXPECT_EQ(script.Evaluate("TO_FLOAT \"-0.5\""), "171:-0.50");
@@ -160,9 +160,9 @@ TEST_F(StringFunctionsTest, LowerCaseSpellingIsNoFunction) {
 }
 
 TEST_F(StringFunctionsTest, ResultCarriesNeitherStatusNorTime) {
-    script.Local("T", Stamped(CVal("abc"), 1000, 5));
+    script.Local("T", support::Stamped(value::CVal("abc"), 1000, 5));
     std::string_view text = "STRING_LEFT T 2";
-    CVal value = Stamped(CVal(), 7, 7);
+    value::CVal value = support::Stamped(value::CVal(), 7, 7);
     ASSERT_TRUE(EvaluateExpression(script, text, value, ValueType::Text));
     EXPECT_EQ(Dump(value), "190:ab");
     EXPECT_EQ(value.GetStatus(), 0);
@@ -185,7 +185,7 @@ TEST_F(StringFunctionsTest, MissingVariableFailsWithItsName) {
 }
 
 TEST_F(StringFunctionsTest, RemoteValueThatIsMissingFailsOrWaits) {
-    HandRemote& remote = script.Remote("Z");
+    support::HandRemote& remote = script.Remote("Z");
     remote.answer = ReadUnavailable;
     EXPECT_EQ(script.Evaluate("STRING_LEN Z"), "failed 15 Z");
     remote.answer = ReadNothing;
@@ -193,4 +193,4 @@ TEST_F(StringFunctionsTest, RemoteValueThatIsMissingFailsOrWaits) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -4,7 +4,7 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -18,14 +18,14 @@ class StringPiecesTest : public testing::Test {
         static const CFunctionTable table(kRows);
         return table;
     }
-    std::string Position() { return Dump(script.Value("P")); }
+    std::string Position() { return support::Dump(script.Value("P")); }
 
-    FakeScript script{Table()};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(StringPiecesTest, TokenizeTakesOnePieceAfterTheOther) {
-    script.Local("S", CVal("a;b"));
-    script.Local("P", CVal(0));
+    script.Local("S", value::CVal("a;b"));
+    script.Local("P", value::CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "190:a");
     EXPECT_EQ(Position(), "150:2");
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "190:b");
@@ -37,8 +37,8 @@ TEST_F(StringPiecesTest, TokenizeTakesOnePieceAfterTheOther) {
 }
 
 TEST_F(StringPiecesTest, TokenizePassesOverRunsOfSeparators) {
-    script.Local("S", CVal(",,a,,b,,"));
-    script.Local("P", CVal(0));
+    script.Local("S", value::CVal(",,a,,b,,"));
+    script.Local("P", value::CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE S , P"), "190:a");
     EXPECT_EQ(Position(), "150:4");
     EXPECT_EQ(script.Evaluate("TOKENIZE S , P"), "190:b");
@@ -48,52 +48,52 @@ TEST_F(StringPiecesTest, TokenizePassesOverRunsOfSeparators) {
 }
 
 TEST_F(StringPiecesTest, TokenizeTakesItsSeparatorAsItIsWritten) {
-    script.Local("S", CVal("x\"y;z"));
-    script.Local("ZNAK", CVal(";"));
-    script.Local("P", CVal(0));
+    script.Local("S", value::CVal("x\"y;z"));
+    script.Local("ZNAK", value::CVal(";"));
+    script.Local("P", value::CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE S \";\" P"), "190:x");
     EXPECT_EQ(script.Evaluate("TOKENIZE S \";\" P"), "190:y");
-    script.Local("T", CVal("abZcd"));
-    script.Variables().Find("P")->SetValue(CVal(0), KindCurrent);
+    script.Local("T", value::CVal("abZcd"));
+    script.Variables().Find("P")->SetValue(value::CVal(0), value::KindCurrent);
     EXPECT_EQ(script.Evaluate("TOKENIZE T ZNAK P"), "190:ab");
     EXPECT_EQ(Position(), "150:3");
 }
 
 TEST_F(StringPiecesTest, TokenizeBeginsAnywhere) {
-    script.Local("S", CVal("alfa beta"));
-    script.Local("P", CVal(2.9));
+    script.Local("S", value::CVal("alfa beta"));
+    script.Local("P", value::CVal(2.9));
     EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:fa beta");
     EXPECT_EQ(Position(), "150:10");
-    script.Variables().Find("P")->SetValue(CVal(9), KindCurrent);
+    script.Variables().Find("P")->SetValue(value::CVal(9), value::KindCurrent);
     EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:");
     EXPECT_EQ(Position(), "150:-1");
-    script.Variables().Find("P")->SetValue(CVal(2147483647), KindCurrent);
+    script.Variables().Find("P")->SetValue(value::CVal(2147483647), value::KindCurrent);
     EXPECT_EQ(script.Evaluate("TOKENIZE S _ P"), "190:");
     EXPECT_EQ(Position(), "150:-1");
 }
 
 TEST_F(StringPiecesTest, TokenizeReadsThePositionAsANumber) {
-    script.Local("S", CVal("a b"));
+    script.Local("S", value::CVal("a b"));
     script.Local("BEZ_WARTOSCI");
     EXPECT_EQ(script.Evaluate("TOKENIZE S - BEZ_WARTOSCI"), "190:a b");
     EXPECT_EQ(Dump(script.Value("BEZ_WARTOSCI")), "150:4");
-    script.Local("P", CVal("1x"));
+    script.Local("P", value::CVal("1x"));
     EXPECT_EQ(script.Evaluate("TOKENIZE S - P"), "190: b");
-    script.Local("TEKST", CVal("abc"));
+    script.Local("TEKST", value::CVal("abc"));
     EXPECT_EQ(script.Evaluate("TOKENIZE S - TEKST"), "failed 0");
     EXPECT_EQ(Dump(script.Value("TEKST")), "190:abc");
 }
 
 TEST_F(StringPiecesTest, TokenizeWantsThreeTokens) {
-    script.Local("S", CVal("a"));
+    script.Local("S", value::CVal("a"));
     EXPECT_EQ(script.Evaluate("TOKENIZE"), "failed 0");
     EXPECT_EQ(script.Evaluate("TOKENIZE S"), "failed 0");
     EXPECT_EQ(script.Evaluate("TOKENIZE S ;"), "failed 0");
 }
 
 TEST_F(StringPiecesTest, TokenizeFailsWithoutTextOrPosition) {
-    script.Local("S", CVal("a"));
-    script.Local("P", CVal(0));
+    script.Local("S", value::CVal("a"));
+    script.Local("P", value::CVal(0));
     EXPECT_EQ(script.Evaluate("TOKENIZE BRAK ; P"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; 0"), "failed 3 0");
@@ -102,14 +102,14 @@ TEST_F(StringPiecesTest, TokenizeFailsWithoutTextOrPosition) {
 }
 
 TEST_F(StringPiecesTest, TokenizeNegativePositionFails) {
-    script.Local("S", CVal("a"));
-    script.Local("P", CVal(-5));
+    script.Local("S", value::CVal("a"));
+    script.Local("P", value::CVal(-5));
     EXPECT_EQ(script.Evaluate("TOKENIZE S ; P"), "failed 0");
     EXPECT_EQ(Position(), "150:-5");
 }
 
 TEST_F(StringPiecesTest, JoinPutsTheSeparatorBetween) {
-    CVariableList& list = script.List("L", {CVal("a"), CVal(2), CVal(0.5)});
+    CVariableList& list = script.List("L", {value::CVal("a"), value::CVal(2), value::CVal(0.5)});
     EXPECT_EQ(script.Evaluate("JOIN L \", \""), "190:a, 2, 0.50");
     EXPECT_EQ(list.GetIterator(), 3);
     EXPECT_FALSE(list.IsIteratorValid());
@@ -123,8 +123,8 @@ TEST_F(StringPiecesTest, JoinOfAnEmptyListIsEmpty) {
 }
 
 TEST_F(StringPiecesTest, JoinSeparatorIsEvaluatedOrStandsForItself) {
-    script.List("L", {CVal("a"), CVal("b")});
-    script.Local("ZNAK", CVal(" - "));
+    script.List("L", {value::CVal("a"), value::CVal("b")});
+    script.Local("ZNAK", value::CVal(" - "));
     EXPECT_EQ(script.Evaluate("JOIN L ZNAK"), "190:a - b");
     EXPECT_EQ(script.Evaluate("JOIN L BRAK"), "190:aBRAKb");
     EXPECT_EQ(script.Error(), "3 BRAK");
@@ -133,13 +133,15 @@ TEST_F(StringPiecesTest, JoinSeparatorIsEvaluatedOrStandsForItself) {
 }
 
 TEST_F(StringPiecesTest, JoinTakesUnknownAndValuelessElementsIn) {
-    script.List("L", {CVal("a"), Stamped(CVal("b"), 0, Status::Unknown), CVal(), CVal("c")});
+    script.List("L",
+                {value::CVal("a"), support::Stamped(value::CVal("b"), 0, value::Status::Unknown),
+                 value::CVal(), value::CVal("c")});
     EXPECT_EQ(script.Evaluate("JOIN L +"), "190:a+b++c");
 }
 
 TEST_F(StringPiecesTest, JoinWantsAList) {
-    script.Local("A", CVal("a"));
-    script.List("L", {CVal("a")});
+    script.Local("A", value::CVal("a"));
+    script.List("L", {value::CVal("a")});
     script.Pointer("W", "L");
     EXPECT_EQ(script.Evaluate("JOIN A \",\""), "failed 0");
     EXPECT_EQ(script.Evaluate("JOIN W \",\""), "failed 0");
@@ -148,4 +150,4 @@ TEST_F(StringPiecesTest, JoinWantsAList) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -3,7 +3,7 @@
 #include "operands/FunctionFamilies.h"
 #include "support/fake_script.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -16,14 +16,14 @@ constexpr FunctionRow kRows[] = {
 
 class StringSearchTest : public testing::Test {
   protected:
-    StringSearchTest() { script.Local("PUSTY", CVal("")); }
+    StringSearchTest() { script.Local("PUSTY", value::CVal("")); }
 
     static const CFunctionTable& Table() {
         static const CFunctionTable table(kRows);
         return table;
     }
 
-    FakeScript script{Table()};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(StringSearchTest, CompareGivesTheOrderOfBytes) {
@@ -114,4 +114,4 @@ TEST_F(StringSearchTest, EmptyFirstTextIsReadAsASingleWordFirst) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

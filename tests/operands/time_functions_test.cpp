@@ -7,7 +7,7 @@
 #include "support/value_dump.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr FunctionRow kRows[] = {
@@ -26,13 +26,13 @@ class TimeFunctionsTest : public testing::Test {
     }
     static std::string Time(std::int64_t time) { return "160:" + std::to_string(time); }
 
-    ZoneScope zone{"Europe/Warsaw"};
-    FakeScript script{Table()};
+    support::ZoneScope zone{"Europe/Warsaw"};
+    support::FakeScript script{Table()};
 };
 
 TEST_F(TimeFunctionsTest, TimestampFollowsTheSuffix) {
-    CVariableLocal& variable = script.Local("A", Stamped(CVal(1), 1000));
-    variable.SetValue(Stamped(CVal(1), 2000), KindHour);
+    CVariableLocal& variable = script.Local("A", support::Stamped(value::CVal(1), 1000));
+    variable.SetValue(support::Stamped(value::CVal(1), 2000), value::KindHour);
     EXPECT_EQ(script.Evaluate("TIMESTAMP A"), Time(1000));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.HREP"), Time(2000));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.DREP"), Time(0));
@@ -40,7 +40,7 @@ TEST_F(TimeFunctionsTest, TimestampFollowsTheSuffix) {
 }
 
 TEST_F(TimeFunctionsTest, TimestampThatIsNotThereFails) {
-    script.Local("A", Stamped(CVal(1), -5));
+    script.Local("A", support::Stamped(value::CVal(1), -5));
     EXPECT_EQ(script.Evaluate("TIMESTAMP A"), "failed 0");
     EXPECT_EQ(script.Evaluate("TIMESTAMP A.ARCH"), "failed 0");
     EXPECT_EQ(script.Evaluate("TIMESTAMP BRAK"), "failed 3 BRAK");
@@ -48,21 +48,21 @@ TEST_F(TimeFunctionsTest, TimestampThatIsNotThereFails) {
 }
 
 TEST_F(TimeFunctionsTest, FormatedTimestampIsLocal) {
-    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
-    script.Local("B", Stamped(CVal(1), Gmt(2024, 7, 10, 6, 7, 8)));
+    script.Local("A", support::Stamped(value::CVal(1), support::Gmt(2024, 3, 10, 6, 7, 8)));
+    script.Local("B", support::Stamped(value::CVal(1), support::Gmt(2024, 7, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A"), "190:2024-03-10 07:07:08");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP B"), "190:2024-07-10 08:07:08");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%d.%m.%y, %H%%\""), "190:10.03.24, 07%");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%A %d %B %j %Z\""),
               "190:Sunday 10 March 070 CET");
-    script.Local("F", CVal("%Hh"));
+    script.Local("F", value::CVal("%Hh"));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A F"), "190:07h");
-    script.Local("PUSTY", CVal(""));
+    script.Local("PUSTY", value::CVal(""));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A PUSTY"), "190:");
 }
 
 TEST_F(TimeFunctionsTest, FormatThatCannotBeReadLeavesTheUsualOne) {
-    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
+    script.Local("A", support::Stamped(value::CVal(1), support::Gmt(2024, 3, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A BRAK"), "190:2024-03-10 07:07:08");
     EXPECT_EQ(script.Error(), "3 BRAK");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A"), "190:2024-03-10 07:07:08");
@@ -70,7 +70,7 @@ TEST_F(TimeFunctionsTest, FormatThatCannotBeReadLeavesTheUsualOne) {
 }
 
 TEST_F(TimeFunctionsTest, FormatMayHoldAnything) {
-    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6, 7, 8)));
+    script.Local("A", support::Stamped(value::CVal(1), support::Gmt(2024, 3, 10, 6, 7, 8)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"dzień %d, godzina ćwierć %H\""),
               "190:dzień 10, godzina ćwierć 07");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%9999999999Y %H\""), "190:%9999999999Y 07");
@@ -80,13 +80,13 @@ TEST_F(TimeFunctionsTest, FormatMayHoldAnything) {
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%ą %H\""), "190:%ą 07");
     std::string longFormat;
     for (int i = 0; i < 5000; ++i) longFormat += "%A";
-    script.Local("DLUGI", CVal(longFormat));
+    script.Local("DLUGI", value::CVal(longFormat));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A DLUGI").size(), 4 + 5000 * 6);
 }
 
 TEST_F(TimeFunctionsTest, LocaleDoesNotMatter) {
     ASSERT_NE(std::setlocale(LC_ALL, "pl_PL.UTF-8"), nullptr);
-    script.Local("A", Stamped(CVal(1), Gmt(2024, 3, 10, 6)));
+    script.Local("A", support::Stamped(value::CVal(1), support::Gmt(2024, 3, 10, 6)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%A %B\""), "190:Sunday March");
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"10 March 2024\" \"%d %B %Y\""),
               Time(Gmt(2024, 3, 9, 23)));
@@ -94,8 +94,8 @@ TEST_F(TimeFunctionsTest, LocaleDoesNotMatter) {
 }
 
 TEST_F(TimeFunctionsTest, FormatedTimestampThatIsNotThereFails) {
-    script.Local("A", Stamped(CVal(1), -1));
-    script.Local("B", Stamped(CVal(1), std::int64_t{1} << 60));
+    script.Local("A", support::Stamped(value::CVal(1), -1));
+    script.Local("B", support::Stamped(value::CVal(1), std::int64_t{1} << 60));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%H\""), "failed 0");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP B \"%H\""), "failed 0");
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP BRAK \"%H\""), "failed 3 BRAK");
@@ -134,8 +134,8 @@ TEST_F(TimeFunctionsTest, TimeFromTextIsWinterTime) {
 TEST_F(TimeFunctionsTest, TimeFromTextTakesAFormat) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"05.01.2024 07:08\" \"%d.%m.%Y %H:%M\""),
               Time(Gmt(2024, 1, 5, 6, 8)));
-    script.Local("D", CVal("2024/02/29"));
-    script.Local("F", CVal("%Y/%m/%d"));
+    script.Local("D", value::CVal("2024/02/29"));
+    script.Local("F", value::CVal("%Y/%m/%d"));
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING D F"), Time(Gmt(2024, 2, 28, 23)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"dzień 05.01.2024\" \"dzień %d.%m.%Y\""),
               Time(Gmt(2024, 1, 4, 23)));
@@ -180,7 +180,7 @@ TEST_F(TimeFunctionsTest, LastDayCountsDaysInSeconds) {
 }
 
 TEST_F(TimeFunctionsTest, LastDayReadsBothOperands) {
-    script.Local("ROK", CVal("2024"));
+    script.Local("ROK", value::CVal("2024"));
     EXPECT_EQ(script.Evaluate("LAST_DAY ROK 2.9", ValueType::Text), Time(Gmt(2024, 3, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY BRAK 2"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 BRAK"), "failed 3 BRAK");
@@ -199,4 +199,4 @@ TEST_F(TimeFunctionsTest, LastDayOutOfBoundsFails) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

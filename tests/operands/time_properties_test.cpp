@@ -7,7 +7,7 @@
 
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 constexpr TimePropertyKind Time = TimePropertyKind::Time;
@@ -24,36 +24,36 @@ struct Expected {
 // order of the help list.
 const Expected kExpected[] = {
     {".DAYOFWEEK", Int, 2, true},
-    {".FIRSTLOCALHOUR", Time, Gmt(2024, 6, 30, 22), false},
-    {".FIRSTLOCALDAY", Time, Gmt(2024, 6, 30, 22), true},
-    {".FIRSTLOCALMONTH", Time, Gmt(2024, 6, 30, 22), true},
-    {".FIRSTLOCALYEAR", Time, Gmt(2023, 12, 31, 23), true},
-    {".FIRSTGMTHOUR", Time, Gmt(2024, 6, 30, 22), true},
-    {".FIRSTGMTDAY", Time, Gmt(2024, 6, 30), true},
-    {".FIRSTGMTMONTH", Time, Gmt(2024, 6, 1), true},
-    {".FIRSTGMTYEAR", Time, Gmt(2024, 1, 1), true},
-    {".LASTLOCALHOUR", Time, Gmt(2024, 6, 30, 22, 59, 59), true},
-    {".LASTLOCALDAY", Time, Gmt(2024, 7, 1, 21, 59, 59), true},
-    {".LASTLOCALMONTH", Time, Gmt(2024, 7, 31, 21, 59, 59), true},
-    {".LASTLOCALYEAR", Time, Gmt(2024, 12, 31, 22, 59, 59), true},
-    {".LASTGMTHOUR", Time, Gmt(2024, 6, 30, 22, 59, 59), true},
-    {".LASTGMTDAY", Time, Gmt(2024, 6, 30, 23, 59, 59), true},
-    {".LASTGMTMONTH", Time, Gmt(2024, 6, 30, 23, 59, 59), true},
-    {".LASTGMTYEAR", Time, Gmt(2024, 12, 31, 23, 59, 59), true},
-    {".PREVDAY", Time, Gmt(2024, 6, 29, 22, 30, 45), true},
-    {".PREVLOCALDAY", Time, Gmt(2024, 6, 29, 22, 30, 45), true},
-    {".PREVLOCALMONTH", Time, Gmt(2024, 5, 31, 22, 30, 45), true},
-    {".PREVGMTDAY", Time, Gmt(2024, 6, 29, 22, 30, 45), true},
-    {".PREVGMTMONTH", Time, Gmt(2024, 5, 30, 22, 30, 45), true},
-    {".PREVGMTYEAR", Time, Gmt(2023, 6, 30, 22, 30, 45), true},
-    {".NEXTDAY", Time, Gmt(2024, 7, 1, 22, 30, 45), true},
-    {".NEXTLOCALDAY", Time, Gmt(2024, 7, 1, 22, 30, 45), true},
-    {".NEXTLOCALMONTH", Time, Gmt(2024, 7, 31, 22, 30, 45), true},
-    {".NEXTGMTDAY", Time, Gmt(2024, 7, 1, 22, 30, 45), true},
-    {".NEXTGMTMONTH", Time, Gmt(2024, 7, 30, 22, 30, 45), true},
-    {".NEXTGMTYEAR", Time, Gmt(2025, 6, 30, 22, 30, 45), true},
-    {".GMTTOLOCAL", Time, Gmt(2024, 7, 1, 0, 30, 45), true},
-    {".LOCALTOGMT", Time, Gmt(2024, 6, 30, 20, 30, 45), true},
+    {".FIRSTLOCALHOUR", Time, support::Gmt(2024, 6, 30, 22), false},
+    {".FIRSTLOCALDAY", Time, support::Gmt(2024, 6, 30, 22), true},
+    {".FIRSTLOCALMONTH", Time, support::Gmt(2024, 6, 30, 22), true},
+    {".FIRSTLOCALYEAR", Time, support::Gmt(2023, 12, 31, 23), true},
+    {".FIRSTGMTHOUR", Time, support::Gmt(2024, 6, 30, 22), true},
+    {".FIRSTGMTDAY", Time, support::Gmt(2024, 6, 30), true},
+    {".FIRSTGMTMONTH", Time, support::Gmt(2024, 6, 1), true},
+    {".FIRSTGMTYEAR", Time, support::Gmt(2024, 1, 1), true},
+    {".LASTLOCALHOUR", Time, support::Gmt(2024, 6, 30, 22, 59, 59), true},
+    {".LASTLOCALDAY", Time, support::Gmt(2024, 7, 1, 21, 59, 59), true},
+    {".LASTLOCALMONTH", Time, support::Gmt(2024, 7, 31, 21, 59, 59), true},
+    {".LASTLOCALYEAR", Time, support::Gmt(2024, 12, 31, 22, 59, 59), true},
+    {".LASTGMTHOUR", Time, support::Gmt(2024, 6, 30, 22, 59, 59), true},
+    {".LASTGMTDAY", Time, support::Gmt(2024, 6, 30, 23, 59, 59), true},
+    {".LASTGMTMONTH", Time, support::Gmt(2024, 6, 30, 23, 59, 59), true},
+    {".LASTGMTYEAR", Time, support::Gmt(2024, 12, 31, 23, 59, 59), true},
+    {".PREVDAY", Time, support::Gmt(2024, 6, 29, 22, 30, 45), true},
+    {".PREVLOCALDAY", Time, support::Gmt(2024, 6, 29, 22, 30, 45), true},
+    {".PREVLOCALMONTH", Time, support::Gmt(2024, 5, 31, 22, 30, 45), true},
+    {".PREVGMTDAY", Time, support::Gmt(2024, 6, 29, 22, 30, 45), true},
+    {".PREVGMTMONTH", Time, support::Gmt(2024, 5, 30, 22, 30, 45), true},
+    {".PREVGMTYEAR", Time, support::Gmt(2023, 6, 30, 22, 30, 45), true},
+    {".NEXTDAY", Time, support::Gmt(2024, 7, 1, 22, 30, 45), true},
+    {".NEXTLOCALDAY", Time, support::Gmt(2024, 7, 1, 22, 30, 45), true},
+    {".NEXTLOCALMONTH", Time, support::Gmt(2024, 7, 31, 22, 30, 45), true},
+    {".NEXTGMTDAY", Time, support::Gmt(2024, 7, 1, 22, 30, 45), true},
+    {".NEXTGMTMONTH", Time, support::Gmt(2024, 7, 30, 22, 30, 45), true},
+    {".NEXTGMTYEAR", Time, support::Gmt(2025, 6, 30, 22, 30, 45), true},
+    {".GMTTOLOCAL", Time, support::Gmt(2024, 7, 1, 0, 30, 45), true},
+    {".LOCALTOGMT", Time, support::Gmt(2024, 6, 30, 20, 30, 45), true},
     {".SEC", Int, 45, true},
     {".MIN", Int, 30, true},
     {".MIN.SEC", Int, 1845, false},
@@ -93,7 +93,7 @@ std::int64_t Compute(const char* name, std::int64_t time) {
 
 class TimePropertiesTest : public testing::Test {
   private:
-    ZoneScope m_zone{"Europe/Warsaw"};
+    support::ZoneScope m_zone{"Europe/Warsaw"};
 };
 
 TEST_F(TimePropertiesTest, StandInTheirOrderWithTheirResults) {
@@ -119,8 +119,8 @@ TEST_F(TimePropertiesTest, BearTheirHelp) {
 }
 
 TEST_F(TimePropertiesTest, GMTFormsTakeTheGMTMinute) {
-    const ZoneScope zone("Asia/Kolkata");  // +05:30
-    const std::int64_t time = Gmt(2024, 3, 9, 18, 40, 20);
+    const support::ZoneScope zone("Asia/Kolkata");  // +05:30
+    const std::int64_t time = support::Gmt(2024, 3, 9, 18, 40, 20);
     EXPECT_EQ(Compute(".GMTMIN", time), 40);
     EXPECT_EQ(Compute(".GMTMIN.SEC", time), 2420);
     EXPECT_EQ(Compute(".GMTHOUR.GMTMIN", time), 1120);
@@ -130,8 +130,9 @@ TEST_F(TimePropertiesTest, GMTFormsTakeTheGMTMinute) {
 }
 
 TEST(TimePropertiesHalfHourTest, WinterFormsTakeTheLocalMinute) {
-    const ZoneScope zone("Australia/Lord_Howe");           // +10:30, in summer +11
-    const std::int64_t time = Gmt(2024, 1, 10, 3, 20, 5);  // 14:20:05, in winter time 13:50:05
+    const support::ZoneScope zone("Australia/Lord_Howe");  // +10:30, in summer +11
+    const std::int64_t time =
+        support::Gmt(2024, 1, 10, 3, 20, 5);  // 14:20:05, in winter time 13:50:05
     EXPECT_EQ(Compute(".WINTERHOUR", time), 13);
     EXPECT_EQ(Compute(".WINTERHOUR.MIN", time), 13 * 60 + 20);
     EXPECT_EQ(Compute(".WINTERHOUR.MIN.SEC", time), 13 * 3600 + 20 * 60 + 5);
@@ -139,7 +140,8 @@ TEST(TimePropertiesHalfHourTest, WinterFormsTakeTheLocalMinute) {
 
 TEST_F(TimePropertiesTest, DayOfWeekCountsFromSunday) {
     for (int day = 0; day < 8; ++day) {
-        const std::int64_t time = Gmt(2024, 2, 25, 22, 59, 59) + day * 86400;  // from a Sunday on
+        const std::int64_t time =
+            support::Gmt(2024, 2, 25, 22, 59, 59) + day * 86400;  // from a Sunday on
         EXPECT_EQ(Compute(".DAYOFWEEK", time), day % 7 + 1);
     }
 }
@@ -229,4 +231,4 @@ TEST(TimePropertiesMentionsTest, AgreesWithASearchForEachName) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

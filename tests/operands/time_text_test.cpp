@@ -8,7 +8,7 @@
 #include "support/value_dump.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 class TimeTextDateTest : public testing::Test {
@@ -27,8 +27,8 @@ class TimeTextDateTest : public testing::Test {
         return std::to_string(time) + " |" + std::string(rest);
     }
 
-    ZoneScope zone{"Europe/Warsaw"};
-    FakeScript script;
+    support::ZoneScope zone{"Europe/Warsaw"};
+    support::FakeScript script;
 };
 
 TEST_F(TimeTextDateTest, MissingFieldsKeepTheirDefaults) {
@@ -48,8 +48,8 @@ TEST_F(TimeTextDateTest, SeventhNumberAndWhatDoesNotEvaluateAreLeft) {
 }
 
 TEST_F(TimeTextDateTest, FieldsAreOperands) {
-    script.Local("ROK", CVal("2024"));
-    script.Local("MIESIAC", CVal(7.9));
+    script.Local("ROK", value::CVal("2024"));
+    script.Local("MIESIAC", value::CVal(7.9));
     EXPECT_EQ(Parse("ROK MIESIAC"), At(Gmt(2024, 6, 30, 22)));
     EXPECT_EQ(Parse("TIME.YEAR TIME.MONTH 1 6"), At(Gmt(2024, 3, 1, 5)));
 }
@@ -59,13 +59,13 @@ TEST_F(TimeTextDateTest, FirstNumberOfThreeThousandAndOneIsATime) {
     EXPECT_EQ(Parse("1700000000"), At(1700000000));
     EXPECT_EQ(Parse("1700000000 99 99"), At(1700000000));
     EXPECT_EQ(Parse("3000"), At(Gmt(2999, 12, 31, 23)));
-    script.Local("T", CVal(std::int64_t{1710050400}));
+    script.Local("T", value::CVal(std::int64_t{1710050400}));
     EXPECT_EQ(Parse("T"), At(1710050400));
     EXPECT_EQ(Parse("TIME"), At(FakeScript::kStart));
 }
 
 TEST_F(TimeTextDateTest, TimeBeyondAnIntDoesNotSurvive) {
-    script.Local("T", CVal(std::int64_t{3000000000}));
+    script.Local("T", value::CVal(std::int64_t{3000000000}));
     EXPECT_EQ(Parse("T"), At(std::numeric_limits<int>::max()));
 }
 
@@ -146,13 +146,13 @@ class TimeTextSleepTest : public testing::Test {
     std::string Parse(std::string_view text) {
         script.ClearError();
         SleepTime time;
-        if (!ParseSleepTime(script, FromUtf8(text), time)) return "failed " + script.Error();
+        if (!ParseSleepTime(script, text::FromUtf8(text), time)) return "failed " + script.Error();
         return std::to_string(time.hours) + "h " + std::to_string(time.minutes) + "m " +
                std::to_string(time.seconds) + "s form " +
                std::to_string(static_cast<int>(time.form));
     }
 
-    FakeScript script;
+    support::FakeScript script;
 };
 
 TEST_F(TimeTextSleepTest, ThreeForms) {
@@ -179,23 +179,23 @@ TEST_F(TimeTextSleepTest, EachNumberMayHaveWhiteSpaceAndASign) {
 }
 
 TEST_F(TimeTextSleepTest, VariableHoldsTheText) {
-    script.Local("PAUZA", CVal("0:5.30"));
-    script.Local("SEKUNDY", CVal(45));
-    script.Local("ULAMEK", CVal(1.5));
+    script.Local("PAUZA", value::CVal("0:5.30"));
+    script.Local("SEKUNDY", value::CVal(45));
+    script.Local("ULAMEK", value::CVal(1.5));
     EXPECT_EQ(Parse("PAUZA"), "0h 5m 30s form 0");
     EXPECT_EQ(Parse("SEKUNDY"), "0h 0m 45s form 2");
     EXPECT_EQ(Parse("ULAMEK"), "0h 1m 50s form 1");
-    script.Variables().Find("PAUZA")->SetValue(CVal("2.10"), KindDay);
+    script.Variables().Find("PAUZA")->SetValue(value::CVal("2.10"), value::KindDay);
     EXPECT_EQ(Parse("PAUZA.DREP"), "0h 2m 10s form 1");
 }
 
 TEST_F(TimeTextSleepTest, VariableNamedLikeANumberGoesFirst) {
-    script.Local("90", CVal(5));
+    script.Local("90", value::CVal(5));
     EXPECT_EQ(Parse("90"), "0h 0m 5s form 2");
 }
 
 TEST_F(TimeTextSleepTest, TextThatIsNoTimeFails) {
-    script.Local("TEKST", CVal("wkrótce"));
+    script.Local("TEKST", value::CVal("wkrótce"));
     script.Local("NIC");
     script.Remote("Z").answer = ReadUnavailable;
     EXPECT_EQ(Parse("BRAK"), "failed 3 BRAK");
@@ -211,4 +211,4 @@ TEST_F(TimeTextSleepTest, LookupOfALiteralLeavesItsErrorBehind) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

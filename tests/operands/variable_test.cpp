@@ -5,24 +5,24 @@
 #include "support/fake_script.h"
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::operands {
 namespace {
 
 using testing::ElementsAre;
 
 std::vector<std::string> Texts(const CVariableList& list) {
     std::vector<std::string> texts;
-    for (const CVal& element : list.Elements()) texts.push_back(ValueToText(element));
+    for (const value::CVal& element : list.Elements()) texts.push_back(value::ValueToText(element));
     return texts;
 }
 
 TEST(VariableTest, BaseClassAnswersNothing) {
     CVariable variable("x");
-    CVal value(7);
+    value::CVal value(7);
     std::uint16_t word = 9;
     std::int64_t time = 9;
     std::string text = "t";
-    CArchiveValueList list;
+    value::CArchiveValueList list;
     EXPECT_EQ(variable.GetKind(), VariableNone);
     EXPECT_EQ(variable.GetName(), "x");
     EXPECT_EQ(variable.GetValue(value, KindCurrent, 1), 0);
@@ -61,7 +61,7 @@ TEST(VariableTest, BaseClassAnswersNothing) {
 
 TEST(VariableLocalTest, UnassignedReadsAsNoValue) {
     CVariableLocal variable("A");
-    CVal value(1);
+    value::CVal value(1);
     EXPECT_EQ(variable.GetKind(), VariableLocal);
     EXPECT_EQ(variable.GetValue(value, KindCurrent, 0), 1);
     EXPECT_EQ(value.GetType(), ValueType::None);
@@ -70,13 +70,15 @@ TEST(VariableLocalTest, UnassignedReadsAsNoValue) {
 
 TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
     CVariableLocal variable("A");
-    for (const ValueKind kind : {KindCurrent, KindHour, KindDay, KindMonth, KindSpan}) {
-        CVal value(kind);
-        value.SetStatus(Status::Unknown);
+    for (const value::ValueKind kind :
+         {value::KindCurrent, value::KindHour, value::KindDay, value::KindMonth, value::KindSpan}) {
+        value::CVal value(kind);
+        value.SetStatus(value::Status::Unknown);
         EXPECT_EQ(variable.SetValue(value, kind), kind == KindHour ? 0 : 1) << kind;
     }
-    for (const ValueKind kind : {KindCurrent, KindHour, KindDay, KindMonth, KindSpan}) {
-        CVal value;
+    for (const value::ValueKind kind :
+         {value::KindCurrent, value::KindHour, value::KindDay, value::KindMonth, value::KindSpan}) {
+        value::CVal value;
         EXPECT_EQ(variable.GetValue(value, kind, 0), 1);
         EXPECT_EQ(ValueToInt(value), kind);
     }
@@ -84,8 +86,8 @@ TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
 
 TEST(VariableLocalTest, OtherKindsAreNeverReadable) {
     CVariableLocal variable("A");
-    CVal value(5);
-    for (const ValueKind kind : {KindNone, KindArchive, ValueKind(7)}) {
+    value::CVal value(5);
+    for (const value::ValueKind kind : {value::KindNone, value::KindArchive, value::ValueKind(7)}) {
         EXPECT_EQ(variable.GetValue(value, kind, 1), 0);
         EXPECT_EQ(variable.SetValue(CVal(1), kind), 0);
         EXPECT_EQ(variable.GetValueType(kind, 1), ValueType::Unreadable);
@@ -113,7 +115,7 @@ TEST(VariableLocalTest, StatusAndTimeOfTheHourValueAreSetAndReportFailure) {
 
 TEST(VariableLocalTest, ServerOperationsSucceedAndDoNothing) {
     CVariableLocal variable("A");
-    CArchiveValueList list;
+    value::CArchiveValueList list;
     EXPECT_EQ(variable.IsReportLoaded(KindHour), 1);
     EXPECT_EQ(variable.IsReportInited(KindHour), 1);
     EXPECT_EQ(variable.IsReady(KindArchive), 1);
@@ -132,10 +134,10 @@ TEST(VariableLocalTest, ServerOperationsSucceedAndDoNothing) {
 TEST(VariableLocalTest, ValueTextAlwaysLandsInTheCurrentValue) {
     CVariableLocal variable("A");
     EXPECT_EQ(variable.SetValueText("12", KindDay), 1);
-    CVal value;
-    variable.GetValue(value, KindCurrent, 0);
+    value::CVal value;
+    variable.GetValue(value, value::KindCurrent, 0);
     EXPECT_EQ(Dump(value), "190:12");
-    variable.GetValue(value, KindDay, 0);
+    variable.GetValue(value, value::KindDay, 0);
     EXPECT_EQ(value.GetType(), ValueType::None);
     std::string text;
     EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 1);
@@ -146,15 +148,15 @@ TEST(VariableLocalTest, ValueTextAlwaysLandsInTheCurrentValue) {
 TEST(VariableLocalTest, CopyCarriesStatusAndTime) {
     CVariableLocal from("A");
     CVariableLocal to("B");
-    CVal value(3.5);
+    value::CVal value(3.5);
     value.SetStatus(33);
     value.SetTime(77);
-    from.SetValue(value, KindDay);
+    from.SetValue(value, value::KindDay);
     EXPECT_EQ(to.CopyFrom(&from, KindDay), 1);
     EXPECT_EQ(to.CopyFrom(nullptr, KindDay), 0);
     EXPECT_EQ(to.CopyFrom(&from, KindArchive), 0);
-    CVal copied;
-    to.GetValue(copied, KindDay, 0);
+    value::CVal copied;
+    to.GetValue(copied, value::KindDay, 0);
     EXPECT_EQ(copied.GetStatus(), 33);
     EXPECT_EQ(copied.GetTime(), 77);
     EXPECT_EQ(ValueToDouble(copied), 3.5);
@@ -162,10 +164,10 @@ TEST(VariableLocalTest, CopyCarriesStatusAndTime) {
 
 TEST(VariableListTest, ReadsThroughItsIterator) {
     CVariableList list("L");
-    CVal value(9);
+    value::CVal value(9);
     EXPECT_EQ(list.GetKind(), VariableList);
     EXPECT_EQ(list.GetIterator(), -1);
-    list.Add(CVal(1));
+    list.Add(value::CVal(1));
     EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 0);
     EXPECT_EQ(ValueToInt(value), 9);
     list.MoveFirst();
@@ -176,11 +178,11 @@ TEST(VariableListTest, ReadsThroughItsIterator) {
 
 TEST(VariableListTest, UnknownElementIsRefusedThoughFilledIn) {
     CVariableList list("L");
-    CVal element(4);
-    element.SetStatus(Status::Unknown);
+    value::CVal element(4);
+    element.SetStatus(value::Status::Unknown);
     list.Add(element);
     list.MoveFirst();
-    CVal value;
+    value::CVal value;
     EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 0);
     EXPECT_EQ(ValueToInt(value), 4);
     EXPECT_EQ(list.GetValue(value, KindCurrent, 1), 1);
@@ -192,8 +194,8 @@ TEST(VariableListTest, UnknownElementIsRefusedThoughFilledIn) {
 TEST(VariableListTest, WritesOverTheCurrentElement) {
     CVariableList list("L");
     EXPECT_EQ(list.SetValue(CVal(1), KindCurrent), 0);
-    list.Add(CVal(1));
-    list.Add(CVal(2));
+    list.Add(value::CVal(1));
+    list.Add(value::CVal(2));
     list.MoveTo(1);
     EXPECT_EQ(list.SetValue(CVal(5), KindCurrent), 1);
     EXPECT_EQ(list.SetValue(CVal(6), KindDay), 0);
@@ -217,7 +219,7 @@ TEST(VariableListTest, InsertGoesInFrontOrBehindTheEnd) {
 
 TEST(VariableListTest, RemovingStepsTheIteratorBack) {
     CVariableList list("L");
-    for (int i = 0; i < 3; ++i) list.Add(CVal(i));
+    for (int i = 0; i < 3; ++i) list.Add(value::CVal(i));
     list.MoveTo(2);
     list.RemoveCurrent();
     EXPECT_THAT(Texts(list), ElementsAre("0", "1"));
@@ -246,7 +248,7 @@ TEST(VariableListTest, IteratorHasNoBounds) {
 
 TEST(VariableListTest, ServerOperationsAnswerAsALocalVariable) {
     CVariableList list("L");
-    CArchiveValueList values;
+    value::CArchiveValueList values;
     EXPECT_EQ(list.IsReady(KindHour), 1);
     EXPECT_EQ(list.InitCalc(KindHour, 1), 1);
     EXPECT_EQ(list.SetLocked(true), 1);
@@ -255,10 +257,10 @@ TEST(VariableListTest, ServerOperationsAnswerAsALocalVariable) {
 }
 
 TEST(VariablePointerTest, PassesEveryOperationOn) {
-    FakeScript script;
-    CVariableLocal& target = script.Local("X", CVal(5));
+    support::FakeScript script;
+    CVariableLocal& target = script.Local("X", value::CVal(5));
     CVariablePointer& pointer = script.Pointer("P", "X");
-    CVal value;
+    value::CVal value;
     EXPECT_EQ(pointer.GetKind(), VariablePointer);
     EXPECT_EQ(pointer.GetTargetKind(), VariableLocal);
     EXPECT_EQ(pointer.GetName(), "P");
@@ -285,9 +287,9 @@ TEST(VariablePointerTest, PassesEveryOperationOn) {
 }
 
 TEST(VariablePointerTest, MissingTargetGivesTheBaseAnswersAndError3) {
-    FakeScript script;
+    support::FakeScript script;
     CVariablePointer& pointer = script.Pointer("P", "");
-    CVal value;
+    value::CVal value;
     EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 0);
     EXPECT_EQ(pointer.GetValueType(KindCurrent, 1), ValueType::Unreadable);
     EXPECT_EQ(pointer.IsReady(KindCurrent), 0);
@@ -297,27 +299,27 @@ TEST(VariablePointerTest, MissingTargetGivesTheBaseAnswersAndError3) {
 }
 
 TEST(VariablePointerTest, PointersFollowEachOther) {
-    FakeScript script;
-    script.Local("X", CVal(5));
+    support::FakeScript script;
+    script.Local("X", value::CVal(5));
     script.Pointer("P", "X");
     CVariablePointer& second = script.Pointer("Q", "P");
-    CVal value;
+    value::CVal value;
     EXPECT_EQ(second.GetValue(value, KindCurrent, 0), 1);
     EXPECT_EQ(ValueToInt(value), 5);
     EXPECT_EQ(second.GetTargetKind(), VariablePointer);
 }
 
 TEST(VariablePointerTest, PointerThatReachesItselfEnds) {
-    FakeScript script;
+    support::FakeScript script;
     CVariablePointer& pointer = script.Pointer("P", "Q");
     script.Pointer("Q", "P");
-    CVal value;
+    value::CVal value;
     EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 0);
     EXPECT_EQ(pointer.GetValueType(KindCurrent, 0), ValueType::Unreadable);
 }
 
 TEST(VariableFindTest, CutsAtTheFirstDotUnlessInFront) {
-    FakeScript script;
+    support::FakeScript script;
     script.Local("A");
     script.Local(".B");
     EXPECT_EQ(FindVariable(script, "A.HREP.X")->GetName(), "A");
@@ -328,10 +330,10 @@ TEST(VariableFindTest, CutsAtTheFirstDotUnlessInFront) {
 }
 
 TEST(VariableFindTest, FindsAmongManyByExactName) {
-    FakeScript script;
-    for (int i = 0; i < 1000; ++i) script.Local("V" + std::to_string(i), CVal(i));
-    CVal value;
-    FindVariable(script, "V777")->GetValue(value, KindCurrent, 0);
+    support::FakeScript script;
+    for (int i = 0; i < 1000; ++i) script.Local("V" + std::to_string(i), value::CVal(i));
+    value::CVal value;
+    FindVariable(script, "V777")->GetValue(value, value::KindCurrent, 0);
     EXPECT_EQ(ValueToInt(value), 777);
     int index = 0;
     for (const auto& variable : script.Variables()) {
@@ -340,11 +342,11 @@ TEST(VariableFindTest, FindsAmongManyByExactName) {
 }
 
 TEST(VariableStatusAndTimeTest, FollowTheSuffix) {
-    FakeScript script;
+    support::FakeScript script;
     CVariableLocal& variable = script.Local("A");
-    variable.SetStatus(8, KindDay);
-    variable.SetTime(50, KindDay);
-    variable.SetTime(-1, KindMonth);
+    variable.SetStatus(8, value::KindDay);
+    variable.SetTime(50, value::KindDay);
+    variable.SetTime(-1, value::KindMonth);
     std::uint16_t word = 0;
     std::int64_t time = 0;
     EXPECT_TRUE(GetVariableStatus(script, "A.DREP", &word));
@@ -359,4 +361,4 @@ TEST(VariableStatusAndTimeTest, FollowTheSuffix) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::operands

@@ -8,7 +8,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 TEST(AccountNameTest, NamesTheAccountOfTheProcess) {
@@ -31,4 +31,4 @@ TEST(AccountNameTest, AccountWithoutANameGivesItsNumber) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

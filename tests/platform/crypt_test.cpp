@@ -5,14 +5,14 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 class CryptTest : public testing::Test {
   protected:
     std::string KeyPath() const { return m_folder.Path("Kalvex.key"); }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
     CCrypt m_crypt{m_folder.Path("Kalvex.key"), KeyFile::MadeAtFirstUse};
 };
 
@@ -108,4 +108,4 @@ TEST_F(CryptTest, EmptiedTextIsOverwritten) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,11 +4,11 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 TEST(FileLockTest, OneHasItAtATime) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     const std::string path = folder.Path("lock");
     FileLock first;
     FileLock second;
@@ -26,4 +26,4 @@ TEST(FileLockTest, OneHasItAtATime) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,14 +4,14 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using namespace std::string_literals;
 
 class FilesTest : public testing::Test {
   protected:
-    ScratchFolder folder;
+    support::ScratchFolder folder;
     std::string content = "old";
     std::string error;
 };
@@ -62,4 +62,4 @@ TEST_F(FilesTest, FolderThatIsMissingTakesNoFile) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -7,7 +7,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 constexpr const char* kVariables[] = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
@@ -23,7 +23,7 @@ class GettextTranslatorTest : public testing::Test {
     }
 
     static std::string Translate(const char* polish) {
-        return ToUtf8(GettextTranslator(KALVEX_LOCALES).Translate(polish));
+        return text::ToUtf8(GettextTranslator(KALVEX_LOCALES).Translate(polish));
     }
 };
 
@@ -60,4 +60,4 @@ TEST_F(GettextTranslatorTest, NumbersKeepTheirPoint) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -15,7 +15,7 @@
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using std::chrono::milliseconds;
@@ -108,7 +108,7 @@ class HttpEndpointTest : public testing::Test {
         return answer;
     }
 
-    WaitingLoop loop;
+    support::WaitingLoop loop;
     int rendered = 0;
 };
 
@@ -156,7 +156,7 @@ TEST_F(HttpEndpointTest, LoopbackOfTheNewerProtocolIsThisMachine) {
 }
 
 TEST_F(HttpEndpointTest, PortThatIsTakenIsRefused) {
-    const LoopbackPort taken(true);
+    const support::LoopbackPort taken(true);
     std::string error;
     EXPECT_FALSE(Make()->Start("127.0.0.1:" + std::to_string(taken.Number()), error));
     EXPECT_EQ(error, "Address already in use");
@@ -166,7 +166,7 @@ TEST_F(HttpEndpointTest, PortThatIsTakenIsRefused) {
 }
 
 TEST_F(HttpEndpointTest, LocalSocketComesAndGoes) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     const std::string path = folder.Path("stan.sock");
     auto endpoint = Make();
     std::string error;
@@ -180,7 +180,7 @@ TEST_F(HttpEndpointTest, LocalSocketComesAndGoes) {
 }
 
 TEST_F(HttpEndpointTest, SocketThatADeadProcessLeftIsReplacedAndAFileIsNot) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     const std::string path = folder.Path("stan.sock");
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -303,4 +303,4 @@ TEST_F(HttpEndpointTest, ManyClientsAreServedOneAfterTheOther) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -16,7 +16,7 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using testing::ElementsAre;
@@ -37,7 +37,7 @@ class IniProfileTest : public testing::Test {
         return child;
     }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
     const std::string m_path = m_folder.Path("Kalvex.ini");
     IniProfile m_profile{m_path};
 };
@@ -100,7 +100,7 @@ TEST_F(IniProfileTest, AnotherFileIsReadAndWrittenByItsPath) {
 
 TEST_F(IniProfileTest, CommonProfileIsNamedByTheEnvironment) {
     {
-        const EnvironmentScope common("SORVANE_COMMON_PROFILE", "/srv/wspolny.ini");
+        const support::EnvironmentScope common("SORVANE_COMMON_PROFILE", "/srv/wspolny.ini");
         EXPECT_EQ(m_profile.GetCommonProfilePath(), "/srv/wspolny.ini");
     }
     EXPECT_EQ(m_profile.GetCommonProfilePath(), "/etc/sorvane/sorvane.ini");
@@ -206,4 +206,4 @@ TEST_F(IniProfileTest, WritersOfOneFileWaitForEachOther) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using testing::ElementsAre;
@@ -46,7 +46,7 @@ TEST(IniTextTest, ReadsValuesByNamesInAnyCase) {
 }
 
 TEST(IniTextTest, PolishLettersHaveACaseToo) {
-    const CIniText text(FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
+    const CIniText text(text::FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
     EXPECT_EQ(text.Get("Okna", FromUtf8("częstotliwość")), "5");
 }
 
@@ -150,4 +150,4 @@ TEST(IniTextTest, ReplacedSectionTakesNewKeysInOrder) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,12 +4,12 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 // Two objects are two processes: a lock belongs to the opening of its file.
 TEST(InstancesTest, OneProcessIsThePrimaryOne) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     auto first = std::make_unique<FileInstances>(folder.Path("run/sorvane"));
     FileInstances second(folder.Path("run/sorvane"));
     EXPECT_FALSE(first->IsPrimaryInstance());
@@ -23,7 +23,7 @@ TEST(InstancesTest, OneProcessIsThePrimaryOne) {
 }
 
 TEST(InstancesTest, EachNameAndNumberRunsOnce) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     auto first = std::make_unique<FileInstances>(folder.Path());
     FileInstances second(folder.Path());
     std::string error;
@@ -37,7 +37,7 @@ TEST(InstancesTest, EachNameAndNumberRunsOnce) {
 }
 
 TEST(InstancesTest, FolderThatCannotBeMadeIsTold) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     folder.Put("plik", "");
     FileInstances instances(folder.Path("plik/run"));
     std::string error;
@@ -47,4 +47,4 @@ TEST(InstancesTest, FolderThatCannotBeMadeIsTold) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

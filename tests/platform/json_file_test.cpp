@@ -4,13 +4,13 @@
 
 #include "support/scratch_file.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using Type = JsonNode::Type;
 
 JsonNode Read(std::string_view content) {
-    const ScratchFile scratch(content);
+    const support::ScratchFile scratch(content);
     CJsonFile file(scratch.Path());
     JsonNode root;
     EXPECT_TRUE(file.Read(root)) << file.GetFault();
@@ -18,7 +18,7 @@ JsonNode Read(std::string_view content) {
 }
 
 std::string Fault(std::string_view content) {
-    const ScratchFile scratch(content);
+    const support::ScratchFile scratch(content);
     CJsonFile file(scratch.Path());
     JsonNode root;
     EXPECT_FALSE(file.Read(root));
@@ -103,7 +103,7 @@ TEST(JsonFileTest, DeepBracketsAreRefused) {
 }
 
 TEST(JsonFileTest, FieldsAreTakenByTypeAndRange) {
-    const ScratchFile scratch("{\n\"n\": 5,\n\"t\": \"x\",\n\"r\": 1.0\n}");
+    const support::ScratchFile scratch("{\n\"n\": 5,\n\"t\": \"x\",\n\"r\": 1.0\n}");
     const auto integer = [&scratch](std::string_view name, IntegerRange range) {
         CJsonFile file(scratch.Path());
         JsonNode root;
@@ -131,4 +131,4 @@ TEST(JsonFileTest, FieldsAreTakenByTypeAndRange) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -10,7 +10,7 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 constexpr std::size_t kPlenty = 10000000;
@@ -19,7 +19,7 @@ class LogFileTest : public testing::Test {
   protected:
     std::string Path() const { return m_folder.Path("Kalvex"); }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
     VirtualClock m_clock{1000};
     CLogFile m_file{m_clock};
 };
@@ -132,4 +132,4 @@ TEST_F(LogFileTest, LineThatWasCutStandsAlone) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -8,7 +8,7 @@
 
 #include "platform/posix/PosixMainLoop.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using testing::ElementsAre;
@@ -106,4 +106,4 @@ TEST(MainLoopTest, EndOfAWaitComesBeforePostedWork) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

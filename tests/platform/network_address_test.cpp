@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 struct AddressRow {
@@ -47,4 +47,4 @@ TEST(NetworkAddressTest, OnlyLoopbackIsThisMachine) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

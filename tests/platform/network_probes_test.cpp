@@ -19,7 +19,7 @@
 #include "support/localhost.h"
 #include "support/loopback.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using testing::ElementsAre;
@@ -55,20 +55,20 @@ class NetworkProbesTcpTest : public testing::Test {
 };
 
 TEST_F(NetworkProbesTcpTest, ListeningPortTakesTheConnection) {
-    const LoopbackPort port(true);
+    const support::LoopbackPort port(true);
     const TcpOutcome outcome = probes.ConnectTcp("127.0.0.1", port.Number());
     EXPECT_EQ(outcome.failed, TcpStep::None);
     EXPECT_EQ(outcome.error, "");
 }
 
 TEST_F(NetworkProbesTcpTest, NameIsLookedUp) {
-    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
-    const LoopbackPort port(true);
+    if (!support::KnowsLocalhost()) GTEST_SKIP() << support::kNoLocalhost;
+    const support::LoopbackPort port(true);
     EXPECT_EQ(probes.ConnectTcp("localhost", port.Number()).failed, TcpStep::None);
 }
 
 TEST_F(NetworkProbesTcpTest, RefusedPortIsToldInTheSystemsWords) {
-    const LoopbackPort port(false);
+    const support::LoopbackPort port(false);
     const TcpOutcome outcome = probes.ConnectTcp("127.0.0.1", port.Number());
     EXPECT_EQ(outcome.failed, TcpStep::Connect);
     EXPECT_EQ(outcome.error, "Connection refused");
@@ -101,7 +101,7 @@ TEST_F(NetworkProbesTcpTest, NoDescriptorLeftIsAFailureOfTheSocket) {
 
 class NetworkProbesFtpTest : public testing::Test {
   protected:
-    FtpLogin Login(const FtpResponder& server) const {
+    FtpLogin Login(const support::FtpResponder& server) const {
         return {"127.0.0.1", server.Port(), "operator", "tajne"};
     }
 
@@ -111,7 +111,7 @@ class NetworkProbesFtpTest : public testing::Test {
 };
 
 TEST_F(NetworkProbesFtpTest, LogsInAndSaysGoodbye) {
-    FtpResponder server;
+    support::FtpResponder server;
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
     EXPECT_EQ(session->GetGreeting(), "220 Serwer\r\n");
     EXPECT_TRUE(session->Close());
@@ -120,7 +120,7 @@ TEST_F(NetworkProbesFtpTest, LogsInAndSaysGoodbye) {
 }
 
 TEST_F(NetworkProbesFtpTest, GreetingHasAllItsLinesAndNoMore) {
-    FtpResponder server(
+    support::FtpResponder server(
         {{"greeting", "220-FileZilla Server 1.7\r\n220-220 nie koniec\r\n220 Witamy"},
          {"PASS", "230-Dużo\r\n230 słów"}});
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
@@ -129,7 +129,7 @@ TEST_F(NetworkProbesFtpTest, GreetingHasAllItsLinesAndNoMore) {
 }
 
 TEST_F(NetworkProbesFtpTest, CommandGoesOverTheSameConnectionAndMayBeRefused) {
-    FtpResponder server(FtpResponder::Answers{{"OPTS", "501 Nie rozumiem"}});
+    support::FtpResponder server(support::FtpResponder::Answers{{"OPTS", "501 Nie rozumiem"}});
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
     session->Command("OPTS UTF8 OFF");
     EXPECT_TRUE(session->Close());
@@ -138,7 +138,7 @@ TEST_F(NetworkProbesFtpTest, CommandGoesOverTheSameConnectionAndMayBeRefused) {
 }
 
 TEST_F(NetworkProbesFtpTest, BytesOfUserAndPasswordArriveAsTheyAre) {
-    FtpResponder server;
+    support::FtpResponder server;
     EXPECT_TRUE(session->Connect({"127.0.0.1", server.Port(), "u@\xB9:x", "a b/%41"}, error))
         << error;
     EXPECT_EQ(server.Commands()[1], "USER u@\xB9:x");
@@ -146,7 +146,7 @@ TEST_F(NetworkProbesFtpTest, BytesOfUserAndPasswordArriveAsTheyAre) {
 }
 
 TEST_F(NetworkProbesFtpTest, RefusedLoginFailsAndTheNextTryBeginsAnew) {
-    FtpResponder server(FtpResponder::Answers{{"PASS", "530 Nie"}});
+    support::FtpResponder server(support::FtpResponder::Answers{{"PASS", "530 Nie"}});
     EXPECT_FALSE(session->Connect(Login(server), error));
     EXPECT_EQ(error, "Access denied: 530");
     EXPECT_FALSE(session->Connect(Login(server), error));
@@ -156,27 +156,27 @@ TEST_F(NetworkProbesFtpTest, RefusedLoginFailsAndTheNextTryBeginsAnew) {
 }
 
 TEST_F(NetworkProbesFtpTest, ServerThatHangsUpFails) {
-    FtpResponder server(FtpResponder::Answers{{"greeting", "hangup"}});
+    support::FtpResponder server(support::FtpResponder::Answers{{"greeting", "hangup"}});
     EXPECT_FALSE(session->Connect(Login(server), error));
     EXPECT_NE(error, "");
 }
 
 TEST_F(NetworkProbesFtpTest, RefusedPortFails) {
-    const LoopbackPort port(false);
+    const support::LoopbackPort port(false);
     EXPECT_FALSE(session->Connect({"127.0.0.1", port.Number(), "u", "p"}, error));
     EXPECT_NE(error, "");
     EXPECT_FALSE(session->Close());
 }
 
 TEST_F(NetworkProbesFtpTest, AddressWithAPortIsNoAddress) {
-    FtpResponder server;
+    support::FtpResponder server;
     const std::string address = "127.0.0.1:" + std::to_string(server.Port());
     EXPECT_FALSE(session->Connect({address, server.Port(), "u", "p"}, error));
     EXPECT_THAT(server.Commands(), ElementsAre());
 }
 
 TEST_F(NetworkProbesFtpTest, ConnectionThatTheServerEndedIsNotThereToClose) {
-    FtpResponder server(FtpResponder::Answers{{"NOOP", "hangup"}});
+    support::FtpResponder server(support::FtpResponder::Answers{{"NOOP", "hangup"}});
     EXPECT_TRUE(session->Connect(Login(server), error)) << error;
     session->Command("NOOP");
     EXPECT_FALSE(session->Close());
@@ -340,4 +340,4 @@ TEST(NetworkProbesNoneTest, NoThreadIsStarted) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -19,7 +19,7 @@
 #include "support/program_end.h"
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 class ProcessesTest : public testing::Test {
@@ -29,7 +29,7 @@ class ProcessesTest : public testing::Test {
         return processes.Start({"/bin/sh", {"-c", commands}, folder.Path()}, error);
     }
 
-    std::optional<int> ExitOf(int id) { return ExitCodeOf(processes, id); }
+    std::optional<int> ExitOf(int id) { return support::ExitCodeOf(processes, id); }
 
     // Returns when this process has no child any more, not even an ended one.
     static void WaitForNoChild() {
@@ -48,7 +48,7 @@ class ProcessesTest : public testing::Test {
     void MakeSign() { ASSERT_EQ(mkfifo(folder.Path("znak").c_str(), 0600), 0); }
     void WaitForSign() { folder.Get("znak"); }
 
-    ScratchFolder folder;
+    support::ScratchFolder folder;
     std::string error;
     PosixProcesses processes;
 };
@@ -312,4 +312,4 @@ TEST(ProcessesNoneTest, EveryAttemptFails) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -16,7 +16,7 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using testing::ElementsAre;
@@ -78,7 +78,7 @@ class ServiceManagerTest : public testing::Test {
         service.TellStopping();
     }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
 };
 
 TEST_F(ServiceManagerTest, StatesAreToldThroughAPath) {
@@ -186,4 +186,4 @@ TEST_F(ServiceManagerTest, NoSignOfLifeIsWaitedFor) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 #include "support/marking_translator.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 TEST(Translator, WithoutACatalogueTheTextIsItsKey) {
@@ -20,4 +20,4 @@ TEST(Translator, NoticeIsTranslatedAndItsValuesAreNot) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -8,7 +8,7 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 using testing::ElementsAre;
@@ -16,15 +16,17 @@ using testing::IsEmpty;
 
 class UserStoreTest : public testing::Test {
   protected:
-    UserStoreTest() { EXPECT_TRUE(m_store.Open(m_strPath, m_strError)) << ToUtf8(m_strError); }
+    UserStoreTest() {
+        EXPECT_TRUE(m_store.Open(m_strPath, m_strError)) << text::ToUtf8(m_strError);
+    }
 
     bool Add(const UserRecord& user, std::string_view password = "haslo") {
         return m_store.Add(user, password, m_strError);
     }
 
-    std::string Error() const { return ToUtf8(m_strError); }
+    std::string Error() const { return text::ToUtf8(m_strError); }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
     std::string m_strPath = m_folder.Path("users.sqlite");
     std::string m_strError;
     UserStore m_store{PasswordCost::Least};
@@ -32,7 +34,7 @@ class UserStoreTest : public testing::Test {
 
 UserRecord Named(const char* name, int level = 0) {
     UserRecord user;
-    user.name = FromUtf8(name);
+    user.name = text::FromUtf8(name);
     user.level = level;
     return user;
 }
@@ -45,7 +47,7 @@ TEST_F(UserStoreTest, KeepsWhatWasAdded) {
                      {"10.1.0.0/16", "fd00::/8"}}));
     UserStore other(PasswordCost::Least);
     ASSERT_TRUE(other.Open(m_strPath, m_strError));
-    const std::optional<UserRecord> user = other.Find(FromUtf8("Żaneta"));
+    const std::optional<UserRecord> user = other.Find(text::FromUtf8("Żaneta"));
     ASSERT_TRUE(user);
     EXPECT_EQ(ToUtf8(user->name), "Żaneta");
     EXPECT_EQ(ToUtf8(user->description), "Dyspozytor główny");
@@ -242,4 +244,4 @@ TEST(UserStoreRightTextTest, IsALevelOrNoNumber) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -10,7 +10,7 @@
 #include "support/program_end.h"
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 namespace {
 
 constexpr const char* kServer = "/usr/bin/Xvfb";
@@ -37,7 +37,7 @@ class WindowCloseTest : public testing::Test {
         unsetenv("DISPLAY");
     }
 
-    std::optional<int> ExitOf(int id) { return ExitCodeOf(processes, id); }
+    std::optional<int> ExitOf(int id) { return support::ExitCodeOf(processes, id); }
 
     // The exit code of a program of this kind that was asked to close.
     std::optional<int> Closed(const std::string& kind) {
@@ -48,7 +48,7 @@ class WindowCloseTest : public testing::Test {
         return ExitOf(id);
     }
 
-    ScratchFolder folder;
+    support::ScratchFolder folder;
     std::string error;
     PosixProcesses processes;
     int server = 0;
@@ -88,4 +88,4 @@ TEST_F(WindowCloseTest, DisplayThatDoesNotAnswerIsAsGoodAsNone) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,21 +5,21 @@
 #include "support/scratch_file.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 constexpr std::size_t kScripts = 2;
 
 std::string Fault(std::string_view content) {
-    const ScratchFile scratch(content);
-    std::vector<Action> actions;
+    const support::ScratchFile scratch(content);
+    std::vector<run::Action> actions;
     std::string fault;
     EXPECT_FALSE(ReadActions(scratch.Path(), kScripts, actions, fault));
     return scratch.WithoutPath(fault);
 }
 
 TEST(ActionsTest, EachIsRead) {
-    const ScratchFile scratch(R"([
+    const support::ScratchFile scratch(R"([
         {"atTick": 1, "script": 0, "do": "start"},
         {"atTick": 1, "script": 1, "do": "stop"},
         {"atTick": 2, "script": 0, "do": "step"},
@@ -28,11 +28,11 @@ TEST(ActionsTest, EachIsRead) {
         {"atTick": 5, "script": 0, "do": "restore"},
         {"atTick": 6, "script": 0, "do": "breakpoint", "line": 7},
         {"atTick": 9, "script": 1, "do": "setValue", "variable": "ŁĄKA", "text": "#1,5 ż"}])");
-    std::vector<Action> actions;
+    std::vector<run::Action> actions;
     std::string fault;
     ASSERT_TRUE(ReadActions(scratch.Path(), kScripts, actions, fault)) << fault;
     std::vector<std::string> read;
-    for (const Action& action : actions) {
+    for (const run::Action& action : actions) {
         read.push_back(std::to_string(action.atTick) + " " + std::to_string(action.script) + " " +
                        std::string(action.row->name));
     }
@@ -45,8 +45,8 @@ TEST(ActionsTest, EachIsRead) {
 }
 
 TEST(ActionsTest, AnEmptyListIsNoFault) {
-    const ScratchFile scratch("[]");
-    std::vector<Action> actions;
+    const support::ScratchFile scratch("[]");
+    std::vector<run::Action> actions;
     std::string fault;
     EXPECT_TRUE(ReadActions(scratch.Path(), kScripts, actions, fault));
     EXPECT_TRUE(actions.empty());
@@ -108,4 +108,4 @@ INSTANTIATE_TEST_SUITE_P(Actions, ActionsFaultTest, testing::ValuesIn(kFaults),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

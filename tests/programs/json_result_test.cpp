@@ -7,15 +7,15 @@
 
 #include "support/fake_script.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
-std::string Cell(const CVal& value) {
-    return CellJson(value).dump();
+std::string Cell(const value::CVal& value) {
+    return run::CellJson(value).dump();
 }
 
-std::string Record(FakeScript& script, std::string_view name) {
-    return VariableJson(*script.Variables().Find(FromUtf8(name))).dump();
+std::string Record(support::FakeScript& script, std::string_view name) {
+    return run::VariableJson(*script.Variables().Find(text::FromUtf8(name))).dump();
 }
 
 constexpr const char* kEmpty = R"({"type":255,"status":0,"time":0,"value":null,"text":""})";
@@ -46,17 +46,17 @@ TEST(JsonResultTest, DoubleThatIsNotFiniteHasNoValue) {
 }
 
 TEST(JsonResultTest, CellHasStatusAndTime) {
-    CVal value(5);
-    value.SetStatus(Status::SetByUser | Status::Supervisory);
+    value::CVal value(5);
+    value.SetStatus(value::Status::SetByUser | value::Status::Supervisory);
     value.SetTime(-1);
     EXPECT_EQ(Cell(value), R"({"type":150,"status":32800,"time":-1,"value":5,"text":"5"})");
 }
 
 TEST(JsonResultTest, LocalHasItsFiveValues) {
-    FakeScript script;
-    CVariableLocal& local = script.Local("ŁĄKA", CVal(1));
-    local.SetValue(CVal(2), KindHour);
-    local.SetValue(CVal(5), KindSpan);
+    support::FakeScript script;
+    operands::CVariableLocal& local = script.Local("ŁĄKA", value::CVal(1));
+    local.SetValue(value::CVal(2), value::KindHour);
+    local.SetValue(value::CVal(5), value::KindSpan);
     const std::string empty = kEmpty;
     EXPECT_EQ(Record(script, "ŁĄKA"),
               R"({"name":"ŁĄKA","kind":"LOCAL","slots":{)"
@@ -68,7 +68,7 @@ TEST(JsonResultTest, LocalHasItsFiveValues) {
 }
 
 TEST(JsonResultTest, PointerHasItsTarget) {
-    FakeScript script;
+    support::FakeScript script;
     script.Pointer("W", "Żółw");
     script.Pointer("PUSTY", "");
     EXPECT_EQ(Record(script, "W"), R"({"name":"W","kind":"POINTER","target":"Żółw"})");
@@ -77,10 +77,10 @@ TEST(JsonResultTest, PointerHasItsTarget) {
 }
 
 TEST(JsonResultTest, ListHasItsElementsUsableOrNot) {
-    FakeScript script;
-    CVal unknown(4);
-    unknown.SetStatus(Status::Unknown);
-    script.List("L", {CVal("x"), unknown}).MoveTo(1);
+    support::FakeScript script;
+    value::CVal unknown(4);
+    unknown.SetStatus(value::Status::Unknown);
+    script.List("L", {value::CVal("x"), unknown}).MoveTo(1);
     script.List("PUSTA");
     EXPECT_EQ(Record(script, "L"), R"({"name":"L","kind":"LIST","iterator":1,"elements":[)"
                                    R"({"type":190,"status":0,"time":0,"value":"x","text":"x"},)"
@@ -90,4 +90,4 @@ TEST(JsonResultTest, ListHasItsElementsUsableOrNot) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

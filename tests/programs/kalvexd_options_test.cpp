@@ -3,18 +3,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-KalvexdLine Parse(const std::vector<std::string>& arguments) {
-    return ParseKalvexdLine(arguments, "/srv");
+kalvexd::KalvexdLine Parse(const std::vector<std::string>& arguments) {
+    return kalvexd::ParseKalvexdLine(arguments, "/srv");
 }
 
 TEST(KalvexdOptionsTest, WithoutOptionsEverythingIsInTheCurrentFolder) {
-    const KalvexdLine line = Parse({});
+    const kalvexd::KalvexdLine line = Parse({});
     EXPECT_FALSE(line.exitStatus);
     EXPECT_EQ(line.options.workingDir, "/srv");
     EXPECT_EQ(line.options.logDir, "/srv");
@@ -23,7 +23,8 @@ TEST(KalvexdOptionsTest, WithoutOptionsEverythingIsInTheCurrentFolder) {
 }
 
 TEST(KalvexdOptionsTest, FoldersAreMadeAbsolute) {
-    const KalvexdOptions options = Parse({"--working-dir=a/../b/", "--log-dir", "log"}).options;
+    const kalvexd::KalvexdOptions options =
+        Parse({"--working-dir=a/../b/", "--log-dir", "log"}).options;
     EXPECT_EQ(options.workingDir, "/srv/b");
     EXPECT_EQ(options.logDir, "/srv/log");
     EXPECT_EQ(Parse({"--working-dir", "/var/kalvex"}).options.logDir, "/var/kalvex");
@@ -31,7 +32,7 @@ TEST(KalvexdOptionsTest, FoldersAreMadeAbsolute) {
 }
 
 TEST(KalvexdOptionsTest, EverythingElseIsForTheModule) {
-    const KalvexdOptions options =
+    const kalvexd::KalvexdOptions options =
         Parse({"/D:5", "--log-stdout", "-INST", "2", "--logs", "--log-dirs=x"}).options;
     EXPECT_TRUE(options.logStdout);
     EXPECT_THAT(options.arguments, ElementsAre("/D:5", "-INST", "2", "--logs", "--log-dirs=x"));
@@ -39,16 +40,18 @@ TEST(KalvexdOptionsTest, EverythingElseIsForTheModule) {
 
 TEST(KalvexdOptionsTest, SourcesAreManagedInsteadOfTheService) {
     EXPECT_FALSE(Parse({}).options.source);
-    const std::optional<SourceOrder> added = Parse({"--add-source", "Gaz,ewa"}).options.source;
+    const std::optional<kalvexd::SourceOrder> added =
+        Parse({"--add-source", "Gaz,ewa"}).options.source;
     ASSERT_TRUE(added);
     EXPECT_EQ(added->task, SourceTask::Add);
     EXPECT_EQ(added->name, "Gaz");
     EXPECT_EQ(added->user, "ewa");
-    const std::optional<SourceOrder> removed = Parse({"--remove-source=Gaz"}).options.source;
+    const std::optional<kalvexd::SourceOrder> removed =
+        Parse({"--remove-source=Gaz"}).options.source;
     ASSERT_TRUE(removed);
     EXPECT_EQ(removed->task, SourceTask::Remove);
     EXPECT_EQ(removed->name, "Gaz");
-    const std::optional<SourceOrder> listed = Parse({"--list-sources"}).options.source;
+    const std::optional<kalvexd::SourceOrder> listed = Parse({"--list-sources"}).options.source;
     ASSERT_TRUE(listed);
     EXPECT_EQ(listed->task, SourceTask::List);
 }
@@ -71,4 +74,4 @@ TEST(KalvexdOptionsTest, HelpAndVersionEndTheProcessWell) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

@@ -5,19 +5,19 @@
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 using Words = std::vector<std::string>;
 
-RunOptions Parse(const Words& arguments) {
-    const CommandLine line = ParseCommandLine(arguments);
+run::RunOptions Parse(const Words& arguments) {
+    const run::CommandLine line = run::ParseCommandLine(arguments);
     EXPECT_EQ(line.exitStatus, std::nullopt) << line.message;
     return line.options;
 }
 
 TEST(OptionsTest, Defaults) {
-    const RunOptions options = Parse({"a.kx"});
+    const run::RunOptions options = Parse({"a.kx"});
     EXPECT_EQ(options.scripts, Words{"a.kx"});
     EXPECT_EQ(options.clock, std::nullopt);
     EXPECT_EQ(options.tickMs, 1);
@@ -33,28 +33,28 @@ TEST(OptionsTest, Defaults) {
 }
 
 TEST(OptionsTest, AllAreTaken) {
-    const ZoneScope zone("Europe/Warsaw");
-    const RunOptions options = Parse({"--clock",
-                                      "2024-03-10 07:00:00",
-                                      "--tick-ms",
-                                      "10",
-                                      "--ticks",
-                                      "500",
-                                      "--minimised",
-                                      "--plant",
-                                      "p.json",
-                                      "--actions",
-                                      "a.json",
-                                      "--user",
-                                      "jan:Jan Żak: dyspozytor",
-                                      "--log-level",
-                                      "3",
-                                      "--json",
-                                      "--lines",
-                                      "--profile",
-                                      "p.ini",
-                                      "a.kx",
-                                      "b.kx"});
+    const support::ZoneScope zone("Europe/Warsaw");
+    const run::RunOptions options = Parse({"--clock",
+                                           "2024-03-10 07:00:00",
+                                           "--tick-ms",
+                                           "10",
+                                           "--ticks",
+                                           "500",
+                                           "--minimised",
+                                           "--plant",
+                                           "p.json",
+                                           "--actions",
+                                           "a.json",
+                                           "--user",
+                                           "jan:Jan Żak: dyspozytor",
+                                           "--log-level",
+                                           "3",
+                                           "--json",
+                                           "--lines",
+                                           "--profile",
+                                           "p.ini",
+                                           "a.kx",
+                                           "b.kx"});
     EXPECT_EQ(options.scripts, (Words{"a.kx", "b.kx"}));
     EXPECT_EQ(options.clock, 1710050400);
     EXPECT_EQ(options.tickMs, 10);
@@ -71,7 +71,7 @@ TEST(OptionsTest, AllAreTaken) {
 }
 
 TEST(OptionsTest, ScriptsMayStandBetweenOptions) {
-    const RunOptions options = Parse({"a.kx", "--json", "b.kx", "--ticks", "5", "c.kx"});
+    const run::RunOptions options = Parse({"a.kx", "--json", "b.kx", "--ticks", "5", "c.kx"});
     EXPECT_EQ(options.scripts, (Words{"a.kx", "b.kx", "c.kx"}));
     EXPECT_EQ(options.ticks, 5);
 }
@@ -94,19 +94,19 @@ TEST(OptionsTest, VirtualRunHasALimit) {
 }
 
 TEST(OptionsTest, UserWithoutDescription) {
-    const RunOptions options = Parse({"--user", "jan", "a.kx"});
+    const run::RunOptions options = Parse({"--user", "jan", "a.kx"});
     EXPECT_EQ(options.userName, "jan");
     EXPECT_EQ(options.userDescription, "");
 }
 
 TEST(OptionsTest, VersionIsOneLine) {
-    const CommandLine line = ParseCommandLine({"--version"});
+    const run::CommandLine line = run::ParseCommandLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
     EXPECT_EQ(line.message, "kalvex-run 0.1.0\n");
 }
 
 TEST(OptionsTest, HelpNamesEveryOption) {
-    const CommandLine line = ParseCommandLine({"--help"});
+    const run::CommandLine line = run::ParseCommandLine({"--help"});
     EXPECT_EQ(line.exitStatus, 0);
     for (const char* option :
          {"--clock", "--tick-ms", "--ticks", "--minimised", "--plant", "--actions", "--user",
@@ -125,7 +125,7 @@ struct UsageCase {
 class OptionsWrongUsageTest : public testing::TestWithParam<UsageCase> {};
 
 TEST_P(OptionsWrongUsageTest, IsOneLine) {
-    const CommandLine line = ParseCommandLine(GetParam().arguments);
+    const run::CommandLine line = run::ParseCommandLine(GetParam().arguments);
     EXPECT_EQ(line.exitStatus, 2);
     EXPECT_EQ(line.message, GetParam().message);
 }
@@ -170,4 +170,4 @@ INSTANTIATE_TEST_SUITE_P(Options, OptionsWrongUsageTest, testing::ValuesIn(kUsag
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

@@ -10,28 +10,28 @@
 #include "support/scratch_file.h"
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
 
 // Leaves the network to the test when the sources go.
-class LentNetwork final : public RunCarrier {
+class LentNetwork final : public run::RunCarrier {
   public:
-    explicit LentNetwork(CRunNetwork& network) : m_network(network) {}
-    TransportFactory& Transports() override { return m_network.Transports(); }
+    explicit LentNetwork(run::CRunNetwork& network) : m_network(network) {}
+    vantrel::TransportFactory& Transports() override { return m_network.Transports(); }
     const std::vector<std::string>& SourceNames() const override { return m_network.SourceNames(); }
-    void BeginTick(std::int64_t tick, CSourceList& sources) override {
+    void BeginTick(std::int64_t tick, vantrel::CSourceList& sources) override {
         m_network.BeginTick(tick, sources);
     }
 
   private:
-    CRunNetwork& m_network;
+    run::CRunNetwork& m_network;
 };
 
 // A run whose sources are servers on real sockets. The time of the network is moved by hand.
-class RunNetworkTest : public ScriptWorld {
+class RunNetworkTest : public support::ScriptWorld {
   protected:
     ~RunNetworkTest() override { EndRun(); }
 
@@ -39,8 +39,8 @@ class RunNetworkTest : public ScriptWorld {
 
     void MakeRun() {
         carrier = std::make_unique<CRunNetwork>(network.ClientSettings(), log, translator);
-        run = std::make_unique<CRunSources>(std::make_unique<LentNetwork>(*carrier), true, profile,
-                                            log, translator, users);
+        run = std::make_unique<run::CRunSources>(std::make_unique<LentNetwork>(*carrier), true,
+                                                 profile, log, translator, users);
         services.sources = &run->ForScripts();
     }
 
@@ -52,8 +52,8 @@ class RunNetworkTest : public ScriptWorld {
         carrier.reset();
     }
 
-    CKalvexDoc& Start(std::string_view text) {
-        CKalvexDoc& document = Open(text);
+    engine::CKalvexDoc& Start(std::string_view text) {
+        engine::CKalvexDoc& document = Open(text);
         document.Start();
         document.SetPriority(1);
         return document;
@@ -80,22 +80,23 @@ class RunNetworkTest : public ScriptWorld {
         TickUntil([&] { return std::ranges::count(Log(LogEvents), line) >= times; });
     }
 
-    NetworkWorld network;
-    HandServer server;
-    std::unique_ptr<NetworkServer> transport;
-    CRunProfile profile;
-    std::unique_ptr<CRunNetwork> carrier;
-    std::unique_ptr<CRunSources> run;
+    support::NetworkWorld network;
+    support::HandServer server;
+    std::unique_ptr<vantrel::NetworkServer> transport;
+    run::CRunProfile profile;
+    std::unique_ptr<run::CRunNetwork> carrier;
+    std::unique_ptr<run::CRunSources> run;
     std::int64_t tick = 0;
 };
 
 TEST_F(RunNetworkTest, ScriptReadsAndWritesAVariableOfAServer) {
     Listen();
     MakeRun();
-    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a + 1\nSET a = x\nLOCAL koniec = 1");
+    engine::CKalvexDoc& document =
+        Start("REMOTE a srv@V\nLOCAL x = a + 1\nSET a = x\nLOCAL koniec = 1");
     TickUntilHeard("subscribe +1V");
     EXPECT_EQ(document.LastError().m_nErrorCode, 27);
-    server.SendValue(1, CVal(41));
+    server.SendValue(1, value::CVal(41));
     TickUntilHeard("modify 1:1V[0]=42.00/32768");
     EXPECT_EQ(run->Result()["srv"]["connected"], true);
     EXPECT_EQ(run->Result()["srv"]["requests"].size(), 4u);
@@ -107,9 +108,9 @@ TEST_F(RunNetworkTest, ScriptReadsAndWritesAVariableOfAServer) {
 TEST_F(RunNetworkTest, WriteOfTheLastLineReachesTheServer) {
     Listen();
     MakeRun();
-    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a\nSET a = 7");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x = a\nSET a = 7");
     TickUntilHeard("subscribe +1V");
-    server.SendValue(1, CVal(1));
+    server.SendValue(1, value::CVal(1));
     TickUntil([&] { return document.State().m_nCurrentLine == document.GetLineCount(); });
     EndRun();
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "subscribe +1V",
@@ -119,9 +120,9 @@ TEST_F(RunNetworkTest, WriteOfTheLastLineReachesTheServer) {
 TEST_F(RunNetworkTest, ServerThatComesBackIsFoundByThePeriodicWork) {
     Listen();
     MakeRun();
-    CKalvexDoc& document = Start("REMOTE a srv@V\n:w\nLOCAL x\nSET x = a\nGOTO w");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\n:w\nLOCAL x\nSET x = a\nGOTO w");
     TickUntilHeard("subscribe +1V");
-    server.SendValue(1, CVal(1));
+    server.SendValue(1, value::CVal(1));
     TickUntil([&] { return Value(document, "x") == "150:1"; });
     transport.reset();
     TickUntilLogged("Połączenie z srv zerwane (zakończenie pracy serwera)");
@@ -131,7 +132,7 @@ TEST_F(RunNetworkTest, ServerThatComesBackIsFoundByThePeriodicWork) {
     network.now += 2'000;
     TickUntilHeard("subscribe +1V");
     EXPECT_EQ(document.LastError().m_nErrorCode, 27);
-    server.SendValue(1, CVal(2));
+    server.SendValue(1, value::CVal(2));
     TickUntil([&] { return Value(document, "x") == "150:2"; });
     EXPECT_THAT(Log(LogErrors), Contains("Połączenie z srv zerwane (zakończenie pracy serwera)"));
     EXPECT_THAT(Log(LogEvents), Contains("Nawiązanie połączenia z srv").Times(2));
@@ -153,7 +154,7 @@ TEST_F(RunNetworkTest, PeriodicWorkComesOnceASecond) {
 }
 
 TEST_F(RunNetworkTest, RefusedLoginIsTriedAgainAfterSixtyRoundsOfPeriodicWork) {
-    server.loginResult = {1, FromUtf8("Błędne hasło")};
+    server.loginResult = {1, text::FromUtf8("Błędne hasło")};
     Listen();
     MakeRun();
     Start("REMOTE a srv@V\nLOCAL x = a");
@@ -191,24 +192,26 @@ TEST_F(RunNetworkTest, RunEndsThoughTheServerHangs) {
 
 // ---- what the options ask for
 
-class RunNetworkOptionsTest : public ScriptWorld {
+class RunNetworkOptionsTest : public support::ScriptWorld {
   protected:
     ~RunNetworkOptionsTest() override { documents.clear(); }
 
     // The clients that a server named "srv" sees of a run that declares a variable of it.
-    int ClientsOf(const RunOptions& options) {
-        HandServer server;
+    int ClientsOf(const run::RunOptions& options) {
+        support::HandServer server;
         const auto transport = network.Listen(network.ServerSettings(), server);
-        const CRunProfile profile = ReadRunProfile(options, folder.Path());
+        const run::CRunProfile profile = run::ReadRunProfile(options, folder.Path());
         std::string fault;
-        const auto run = MakeRunSources(options, profile, clock, log, translator, users, fault);
+        const auto run =
+            run::MakeRunSources(options, profile, clock, log, translator, users, fault);
         services.sources = &run->ForScripts();
         Run("REMOTE a srv@V\nREMOTE b nie_ma@V", 1);
         std::int64_t tick = 0;
         // The other source is told to be out of reach once the network has been asked for it.
         const std::string told = "Błąd nawiązania połączenia z nie_ma (serwer nie odpowiada)";
         const bool reached = options.profile && !options.plant;
-        while (reached && (server.clients == 0 || std::ranges::count(Log(LogErrors), told) == 0)) {
+        while (reached &&
+               (server.clients == 0 || std::ranges::count(Log(platform::LogErrors), told) == 0)) {
             run->BeginTick(++tick);
             network.loop.Run();
         }
@@ -216,14 +219,14 @@ class RunNetworkOptionsTest : public ScriptWorld {
         return server.clients;
     }
 
-    NetworkWorld network;
-    EnvironmentScope common{"SORVANE_COMMON_PROFILE", folder.Path("sorvane.ini")};
-    EnvironmentScope sockets{"SORVANE_RUNTIME_DIR", network.folder.Path()};
+    support::NetworkWorld network;
+    support::EnvironmentScope common{"SORVANE_COMMON_PROFILE", folder.Path("sorvane.ini")};
+    support::EnvironmentScope sockets{"SORVANE_RUNTIME_DIR", network.folder.Path()};
 };
 
 TEST_F(RunNetworkOptionsTest, ProfileLeadsToTheServersOfTheMachine) {
     folder.Put("Kalvex.ini", "");
-    RunOptions options;
+    run::RunOptions options;
     options.profile = folder.Path("Kalvex.ini");
     EXPECT_EQ(ClientsOf(options), 1);
 }
@@ -235,7 +238,7 @@ TEST_F(RunNetworkOptionsTest, WithoutAProfileNoServerIsAsked) {
 TEST_F(RunNetworkOptionsTest, PlantStandsInForTheServersOfTheMachine) {
     folder.Put("Kalvex.ini", "");
     folder.Put("plant.json", R"({"sources": {}})");
-    RunOptions options;
+    run::RunOptions options;
     options.profile = folder.Path("Kalvex.ini");
     options.plant = folder.Path("plant.json");
     EXPECT_EQ(ClientsOf(options), 0);
@@ -244,13 +247,13 @@ TEST_F(RunNetworkOptionsTest, PlantStandsInForTheServersOfTheMachine) {
 TEST_F(RunNetworkOptionsTest, AddressesComeFromTheCommonProfile) {
     folder.Put("Kalvex.ini", "");
     folder.Put("sorvane.ini", "[Serwery]\nsrv=localhost:4000\n");
-    RunOptions options;
+    run::RunOptions options;
     options.profile = folder.Path("Kalvex.ini");
-    const CRunProfile profile = ReadRunProfile(options, {});
+    const run::CRunProfile profile = run::ReadRunProfile(options, {});
     ASSERT_EQ(profile.servers.size(), 1u);
     EXPECT_EQ(profile.servers.at("srv").address, "localhost:4000");
     EXPECT_TRUE(ReadRunProfile({}, {}).servers.empty());
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

@@ -8,33 +8,33 @@
 #include "support/scratch_file.h"
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-class RunSourcesTest : public ScriptWorld {
+class RunSourcesTest : public support::ScriptWorld {
   protected:
     ~RunSourcesTest() override { documents.clear(); }
 
     // What the options get with a plant file of this content, ' standing for "; none without.
-    std::unique_ptr<CRunSources> Make(std::optional<std::string> content = {}) {
-        RunOptions options;
+    std::unique_ptr<run::CRunSources> Make(std::optional<std::string> content = {}) {
+        run::RunOptions options;
         options.json = true;
-        std::optional<ScratchFile> file;
+        std::optional<support::ScratchFile> file;
         if (content) {
             std::replace(content->begin(), content->end(), '\'', '"');
             options.plant = file.emplace(*content).Path();
         }
         std::string reason;
-        auto made = MakeRunSources(options, profile, clock, log, translator, users, reason);
+        auto made = run::MakeRunSources(options, profile, clock, log, translator, users, reason);
         fault = file ? file->WithoutPath(reason) : reason;
         return made;
     }
 
-    CKalvexDoc& RunWith(CRunSources& run, std::string_view text, int count) {
+    engine::CKalvexDoc& RunWith(run::CRunSources& run, std::string_view text, int count) {
         services.sources = &run.ForScripts();
-        CKalvexDoc& document = Open(text);
+        engine::CKalvexDoc& document = Open(text);
         document.Start();
         document.SetPriority(1);
         for (int tick = 1; tick <= count; ++tick) {
@@ -44,9 +44,9 @@ class RunSourcesTest : public ScriptWorld {
         return document;
     }
 
-    CRunProfile profile;
+    run::CRunProfile profile;
     std::string fault;
-    std::unique_ptr<CRunSources> run;
+    std::unique_ptr<run::CRunSources> run;
 };
 
 TEST_F(RunSourcesTest, WithoutAPlantNoSourceConnects) {
@@ -107,16 +107,17 @@ TEST_F(RunSourcesTest, RecordOfARemoteVariable) {
     run = Make(
         "{'sources': {'srv': {'variables': {'Z1.P': {'current': [{'value': 3, 'status': 1}], "
         "'archive': [{'time': 50, 'value': 'x'}]}}}}}");
-    CKalvexDoc& document = RunWith(*run,
-                                   "REMOTE a srv@Z1.P\nLOCAL x = 1\nSET a.HREP = 4\n"
-                                   "MGET a ARCH FROM 4000 TO 5000\nGET a DREP 2024 3 9\nLOCK\n"
-                                   "IGNORE_UNKNOWN_ON\nLOCAL y = a",
-                                   5);
-    document.Variables().Find("a")->RequestRange(KindArchive, 0, 100);
+    engine::CKalvexDoc& document =
+        RunWith(*run,
+                "REMOTE a srv@Z1.P\nLOCAL x = 1\nSET a.HREP = 4\n"
+                "MGET a ARCH FROM 4000 TO 5000\nGET a DREP 2024 3 9\nLOCK\n"
+                "IGNORE_UNKNOWN_ON\nLOCAL y = a",
+                5);
+    document.Variables().Find("a")->RequestRange(value::KindArchive, 0, 100);
     run->BeginTick(6);
-    document.Variables().Find("a")->RequestRange(KindMonth, 1, 1);
+    document.Variables().Find("a")->RequestRange(value::KindMonth, 1, 1);
     document.Variables().Find("a")->SetLocked(true);
-    const Json record = VariableJson(*document.Variables().Find("a"));
+    const Json record = run::VariableJson(*document.Variables().Find("a"));
     EXPECT_EQ(record["source"], "srv");
     EXPECT_EQ(record["variable"], "Z1.P");
     EXPECT_EQ(record["kind"], "REMOTE");
@@ -132,8 +133,8 @@ TEST_F(RunSourcesTest, ArchiveOfARemoteVariable) {
     run = Make(
         "{'sources': {'srv': {'variables': {'V': {'archive': [{'time': 50, 'value': "
         "'x'}]}}}}}");
-    CKalvexDoc& document = RunWith(*run, "REMOTE a srv@V", 3);
-    document.Variables().Find("a")->RequestRange(KindArchive, 0, 100);
+    engine::CKalvexDoc& document = RunWith(*run, "REMOTE a srv@V", 3);
+    document.Variables().Find("a")->RequestRange(value::KindArchive, 0, 100);
     run->BeginTick(4);
     EXPECT_EQ(VariableJson(*document.Variables().Find("a"))["archive"].dump(),
               R"([{"type":190,"status":0,"time":50,"value":"x","text":"x"}])");
@@ -145,4 +146,4 @@ TEST_F(RunSourcesTest, FaultyPlantIsToldWithItsLine) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

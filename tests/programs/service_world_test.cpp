@@ -8,10 +8,10 @@
 #include "support/environment_scope.h"
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
-class CountedTicks final : public TickSource {
+class CountedTicks final : public app::TickSource {
   public:
     void RunTick() override {
         if (++ticks == 3) loop->Quit();
@@ -20,12 +20,12 @@ class CountedTicks final : public TickSource {
     int GetIdleTicks() const override { return 0; }
     void SkipTicks(int) override {}
 
-    CServiceLoop* loop = nullptr;
+    kalvexd::CServiceLoop* loop = nullptr;
     int ticks = 0;
 };
 
 TEST(ServiceWorldLoopTest, SourceOfTicksIsTicked) {
-    CServiceLoop loop;
+    kalvexd::CServiceLoop loop;
     CountedTicks source;
     source.loop = &loop;
     loop.SetTickSource(&source);
@@ -34,7 +34,7 @@ TEST(ServiceWorldLoopTest, SourceOfTicksIsTicked) {
 }
 
 TEST(ServiceWorldLoopTest, TimerOfANumberBeginsAnewAndEnds) {
-    CServiceLoop loop;
+    kalvexd::CServiceLoop loop;
     int first = 0;
     int second = 0;
     EXPECT_TRUE(loop.SetTimer(4, 10, [&] { ++first; }));
@@ -49,7 +49,7 @@ TEST(ServiceWorldLoopTest, TimerOfANumberBeginsAnewAndEnds) {
 }
 
 TEST(ServiceWorldLoopTest, PeriodOfNothingIsAShortOne) {
-    CServiceLoop loop;
+    kalvexd::CServiceLoop loop;
     int nothing = 0;
     int negative = 0;
     loop.SetTimer(4, 0, [&] { ++nothing; });
@@ -62,18 +62,18 @@ TEST(ServiceWorldLoopTest, PeriodOfNothingIsAShortOne) {
 
 class ServiceWorldUserLibraryTest : public testing::Test {
   protected:
-    ScratchFolder m_folder;
-    EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
-    IniProfile m_profile;
-    Translator m_translator;
-    CUserLibrary m_library{m_profile, m_translator};
+    support::ScratchFolder m_folder;
+    support::EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
+    platform::IniProfile m_profile;
+    platform::Translator m_translator;
+    kalvexd::CUserLibrary m_library{m_profile, m_translator};
     std::string m_error;
 };
 
 TEST_F(ServiceWorldUserLibraryTest, UsersOfTheMachineMayLogIn) {
     {
-        UserStore store(PasswordCost::Least);
-        UserRecord user;
+        platform::UserStore store(platform::PasswordCost::Least);
+        platform::UserRecord user;
         user.name = "adam";
         user.level = 50;
         ASSERT_TRUE(store.Open(m_folder.Path("users.sqlite"), m_error)) << m_error;
@@ -82,7 +82,7 @@ TEST_F(ServiceWorldUserLibraryTest, UsersOfTheMachineMayLogIn) {
     m_folder.Put("sorvane.ini",
                  "[Konfiguracja]\nU\xBFytkownicy=" + m_folder.Path("users.sqlite") + "\n");
     ASSERT_TRUE(m_library.Start(m_error)) << m_error;
-    UserSession session(m_library.Store(), "kalvex");
+    platform::UserSession session(m_library.Store(), "kalvex");
     EXPECT_FALSE(session.RegisterUser("ADAM", "tajne"));
     EXPECT_TRUE(session.RegisterUser("ADAM", "TAJNE"));
     EXPECT_TRUE(session.CheckRight(50));
@@ -90,10 +90,10 @@ TEST_F(ServiceWorldUserLibraryTest, UsersOfTheMachineMayLogIn) {
 
 TEST_F(ServiceWorldUserLibraryTest, WithoutAFileNobodyMayLogIn) {
     EXPECT_TRUE(m_library.Start(m_error));
-    UserSession session(m_library.Store(), "kalvex");
+    platform::UserSession session(m_library.Store(), "kalvex");
     EXPECT_FALSE(session.RegisterUser("ADAM", "TAJNE"));
     EXPECT_FALSE(session.CheckRight(1));
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

@@ -9,7 +9,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 using testing::ElementsAre;
@@ -25,14 +25,14 @@ std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
-SorvanedOptions Parsed(std::vector<std::string> arguments) {
-    const SorvanedLine line = ParseSorvanedLine(std::move(arguments));
+sorvaned::SorvanedOptions Parsed(std::vector<std::string> arguments) {
+    const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine(std::move(arguments));
     EXPECT_FALSE(line.exitStatus) << line.message;
     return line.options;
 }
 
 TEST(SorvanedOptionsTest, ServesUnlessToldOtherwise) {
-    const SorvanedOptions options = Parsed({});
+    const sorvaned::SorvanedOptions options = Parsed({});
     EXPECT_EQ(options.task, SorvanedTask::Serve);
     EXPECT_EQ(options.configuration, "/etc/sorvane/sorvaned.toml");
     EXPECT_EQ(options.logLevel, 2);
@@ -42,7 +42,7 @@ TEST(SorvanedOptionsTest, ServesUnlessToldOtherwise) {
 }
 
 TEST(SorvanedOptionsTest, UserHasItsAttributes) {
-    const SorvanedOptions options =
+    const sorvaned::SorvanedOptions options =
         Parsed({"--config", "a.toml", "user", "add", "Żaneta", "--level", "50", "--group", "gaz",
                 "--group", "zmiana A", "--address", "10.0.0.0/8", "--description", "Główna"});
     EXPECT_EQ(options.task, SorvanedTask::AddUser);
@@ -54,7 +54,7 @@ TEST(SorvanedOptionsTest, UserHasItsAttributes) {
 }
 
 TEST(SorvanedOptionsTest, GroupTakesOneWord) {
-    const SorvanedOptions options = Parsed({"user", "add", "--group", "gaz", "adam"});
+    const sorvaned::SorvanedOptions options = Parsed({"user", "add", "--group", "gaz", "adam"});
     EXPECT_EQ(options.user.name, "adam");
     EXPECT_THAT(options.user.groups, ElementsAre("gaz"));
     EXPECT_EQ(options.user.level, 0);
@@ -65,7 +65,8 @@ TEST(SorvanedOptionsTest, OtherTasksWithUsers) {
     EXPECT_EQ(Parsed({"user", "list"}).task, SorvanedTask::ListUsers);
     EXPECT_EQ(Parsed({"user", "passwd", "adam"}).task, SorvanedTask::ChangePassword);
     EXPECT_EQ(Parsed({"user", "passwd", "adam"}).user.name, "adam");
-    const SorvanedOptions options = Parsed({"user", "remove", "adam", "--config", "a.toml"});
+    const sorvaned::SorvanedOptions options =
+        Parsed({"user", "remove", "adam", "--config", "a.toml"});
     EXPECT_EQ(options.task, SorvanedTask::RemoveUser);
     EXPECT_EQ(options.configuration, "a.toml");
 }
@@ -83,20 +84,20 @@ TEST(SorvanedOptionsTest, WrongUsageIsTold) {
         {{"user", "list", "adam"}, "sorvaned: The following argument was not expected: adam\n"},
     };
     for (const Row& row : rows) {
-        const SorvanedLine line = ParseSorvanedLine(row.arguments);
+        const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine(row.arguments);
         EXPECT_EQ(line.exitStatus, 2);
         EXPECT_EQ(line.message, row.message);
     }
 }
 
 TEST(SorvanedOptionsTest, VersionIsOneLine) {
-    const SorvanedLine line = ParseSorvanedLine({"--version"});
+    const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
     EXPECT_EQ(line.message, "sorvaned 0.1.0\n");
 }
 
 TEST(SorvanedOptionsTest, HelpTellsOfTheProgramAndOfItsEnd) {
-    const SorvanedLine line = ParseSorvanedLine({"--help"});
+    const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"--help"});
     EXPECT_EQ(line.exitStatus, 0);
     const std::vector<std::string> lines = Lines(line.message);
     ASSERT_GT(lines.size(), 3u);
@@ -108,7 +109,7 @@ TEST(SorvanedOptionsTest, HelpTellsOfTheProgramAndOfItsEnd) {
 }
 
 TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
-    const SorvanedLine line = ParseSorvanedLine({"user", "add", "--help"});
+    const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"user", "add", "--help"});
     EXPECT_EQ(line.exitStatus, 0);
     const std::vector<std::string> lines = Lines(line.message);
     ASSERT_GT(lines.size(), 1u);
@@ -117,4 +118,4 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

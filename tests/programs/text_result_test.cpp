@@ -5,7 +5,7 @@
 #include "support/fake_script.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::programs {
 namespace {
 
 TEST(TextResultTest, NoVariablesNoTable) {
@@ -13,20 +13,20 @@ TEST(TextResultTest, NoVariablesNoTable) {
 }
 
 TEST(TextResultTest, TableIsAlignedByCharacters) {
-    const ZoneScope zone("Europe/Warsaw");
-    FakeScript script;
-    CVal value(12.5);
-    value.SetStatus(Status::Alarm | Status::SetByUser);
-    value.SetTime(FakeScript::kStart);
+    const support::ZoneScope zone("Europe/Warsaw");
+    support::FakeScript script;
+    value::CVal value(12.5);
+    value.SetStatus(value::Status::Alarm | value::Status::SetByUser);
+    value.SetTime(support::FakeScript::kStart);
     script.Local("ŻÓŁĆ", value);
-    script.Local("A", CVal(FromUtf8("ą\tb"))).SetValue(CVal(3), KindDay);
+    script.Local("A", value::CVal(text::FromUtf8("ą\tb"))).SetValue(value::CVal(3), value::KindDay);
     script.Local("PUSTA");
     script.Pointer("W", "ŻÓŁĆ");
-    CVal locked(7);
-    locked.SetStatus(Status::HardLock | 0x1000);
-    CVariableList& list = script.List("L");
+    value::CVal locked(7);
+    locked.SetStatus(value::Status::HardLock | 0x1000);
+    operands::CVariableList& list = script.List("L");
     list.Add(locked);
-    list.Add(CVal("x"));
+    list.Add(value::CVal("x"));
     list.MoveFirst();
     EXPECT_EQ(VariableTable(script.Variables()),
               "NAME     KIND     VALUE                   STATUS             TIME\n"
@@ -41,4 +41,4 @@ TEST(TextResultTest, TableIsAlignedByCharacters) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::programs

@@ -5,48 +5,50 @@
 #include "value/ValueText.h"
 #include "vantrel/ClientConnection.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
 
-class Connection final : public CClientConnection {
+class Connection final : public vantrel::CClientConnection {
   public:
     std::vector<std::string> events;
 
   protected:
     void OnServerAccess(bool denied, std::string_view text) override {
-        events.push_back((denied ? "denied " : "let in") + ToUtf8(text));
+        events.push_back((denied ? "denied " : "let in") + text::ToUtf8(text));
     }
     void OnDisconnect(std::uint32_t reason) override {
-        CClientConnection::OnDisconnect(reason);
+        vantrel::CClientConnection::OnDisconnect(reason);
         events.push_back("disconnected " + std::to_string(reason));
     }
     void OnVariableList() override { events.push_back("definitions"); }
     void OnDataArrived() override { events.push_back("data"); }
-    void OnVarAccessError(const CRequestRecord& record) override {
+    void OnVarAccessError(const vantrel::CRequestRecord& record) override {
         events.push_back("no access to " + record.variable + ": " + std::to_string(record.result));
     }
-    void OnCurrentDataModifyAck(const CRequestRecord& record) override {
-        events.push_back(record.variable + " set to " + ValueToText(record.value));
+    void OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) override {
+        events.push_back(record.variable + " set to " + value::ValueToText(record.value));
     }
-    void OnCurrentDataModifyError(const CRequestRecord& record) override {
+    void OnCurrentDataModifyError(const vantrel::CRequestRecord& record) override {
         events.push_back(record.variable + " refused: " + std::to_string(record.result));
     }
-    void OnReportModifyError(ValueKind kind, const CRequestRecord& record) override {
+    void OnReportModifyError(value::ValueKind kind,
+                             const vantrel::CRequestRecord& record) override {
         events.push_back(record.variable + " report " + std::to_string(kind) +
                          " refused: " + std::to_string(record.result));
     }
-    void OnReportChange(ValueKind kind, std::int64_t time) override {
+    void OnReportChange(value::ValueKind kind, std::int64_t time) override {
         events.push_back("change " + std::to_string(kind) + " " + std::to_string(time));
     }
 };
 
-class Window final : public CAnswerWindow {
+class Window final : public vantrel::CAnswerWindow {
   public:
-    void OnAnswer(ValueKind kind, CRequestRecord record) override {
+    void OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) override {
         std::string line = std::to_string(kind) + ": " + std::to_string(record.result);
-        if (record.result == 0 && record.list == nullptr) line += " " + ValueToText(record.value);
+        if (record.result == 0 && record.list == nullptr)
+            line += " " + value::ValueToText(record.value);
         answers.push_back(line);
     }
     std::vector<std::string> answers;
@@ -76,14 +78,14 @@ class ClientTest : public ServerTest {
         } while (m_loop.Run());
     }
 
-    InProcessNetwork m_network;
+    support::InProcessNetwork m_network;
     Connection m_client;
     Window m_window;
 };
 
 TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     Connect();
-    CVarVal& x = m_client.RegisterVariable("X");
+    vantrel::CVarVal& x = m_client.RegisterVariable("X");
     m_client.RegisterVariable("Brak");
     m_client.Subscribe();
     Carry();
@@ -93,8 +95,8 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     EXPECT_EQ(m_client.GetVarDefInfo("X")->GetText("un"), "MPa");
 
     m_client.events.clear();
-    m_client.AddCurrentDataModifyRequest("X", CVal(6));
-    m_client.AddCurrentDataModifyRequest("R", CVal(6));
+    m_client.AddCurrentDataModifyRequest("X", value::CVal(6));
+    m_client.AddCurrentDataModifyRequest("R", value::CVal(6));
     m_client.MakeCurrentDataModifyRequest();
     Carry();
     EXPECT_THAT(m_client.events, ElementsAre("X set to 6", "R refused: 2", "data"));
@@ -105,17 +107,18 @@ TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
     Connect();
     m_client.RegisterVariable("X");
     m_client.Subscribe();
-    m_client.AddReportModifyRequest(KindHour, "X", m_tStart, CVal(7));
-    m_client.AddReportModifyRequest(KindHour, "R", m_tStart, CVal(7));
-    m_client.MakeDataRequest(KindHour);
+    m_client.AddReportModifyRequest(value::KindHour, "X", m_tStart, value::CVal(7));
+    m_client.AddReportModifyRequest(value::KindHour, "R", m_tStart, value::CVal(7));
+    m_client.MakeDataRequest(value::KindHour);
     Carry();
     m_client.events.erase(m_client.events.begin(), m_client.events.begin() + 3);
     EXPECT_THAT(m_client.events, ElementsAre("R report 2 refused: 2"));
     m_client.events.clear();
 
-    m_client.AddDataRequest(KindHour, "X", m_tStart, m_tStart, nullptr, m_window);
-    m_client.AddDataRequest(KindHour, "X", m_tStart + 3600, m_tStart + 3600, nullptr, m_window);
-    m_client.MakeDataRequest(KindHour);
+    m_client.AddDataRequest(value::KindHour, "X", m_tStart, m_tStart, nullptr, m_window);
+    m_client.AddDataRequest(value::KindHour, "X", m_tStart + 3600, m_tStart + 3600, nullptr,
+                            m_window);
+    m_client.MakeDataRequest(value::KindHour);
     Carry();
     EXPECT_THAT(m_window.answers, ElementsAre("2: 0 7", "2: 1"));
     m_clock.Advance(1000);
@@ -126,13 +129,14 @@ TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
 
 TEST_F(ClientTest, ReadsALongArchive) {
     Connect();
-    CArchiveValueList written;
-    for (int time = 1; time <= 50000; ++time) written.Add(Stamped(CVal(time), time));
-    m_client.AddArchiveModifyRequest("X", written, TIMEW{1}, TIMEW{50000});
+    value::CArchiveValueList written;
+    for (int time = 1; time <= 50000; ++time)
+        written.Add(support::Stamped(value::CVal(time), time));
+    m_client.AddArchiveModifyRequest("X", written, value::TIMEW{1}, value::TIMEW{50000});
     m_client.MakeArchiveModifyRequest();
-    CArchiveValueList read;
-    m_client.AddDataRequest(KindArchive, "X", 1, 49999, &read, m_window);
-    m_client.MakeDataRequest(KindArchive);
+    value::CArchiveValueList read;
+    m_client.AddDataRequest(value::KindArchive, "X", 1, 49999, &read, m_window);
+    m_client.MakeDataRequest(value::KindArchive);
     Carry();
     EXPECT_THAT(m_window.answers, ElementsAre("6: 0"));
     ASSERT_EQ(read.GetSize(), 49999u);
@@ -143,10 +147,10 @@ TEST_F(ClientTest, ReadsALongArchive) {
 
 TEST_F(ClientTest, BreakIsSurvivedByBothSides) {
     Connect();
-    CVarVal& x = m_client.RegisterVariable("X");
+    vantrel::CVarVal& x = m_client.RegisterVariable("X");
     m_client.Subscribe();
     Carry();
-    m_network.Break("srv", ReasonLost);
+    m_network.Break("srv", vantrel::ReasonLost);
     Carry();
     m_client.events.clear();
     m_client.CheckConnection();
@@ -157,7 +161,7 @@ TEST_F(ClientTest, BreakIsSurvivedByBothSides) {
 
 TEST_F(ClientTest, ListsTheVariables) {
     Connect();
-    CObjInfoList list;
+    vantrel::CObjInfoList list;
     ASSERT_TRUE(m_client.LoadVarDefList(list));
     ASSERT_EQ(list.size(), 2u);
     EXPECT_EQ(list[0].GetName(), "X");
@@ -165,4 +169,4 @@ TEST_F(ClientTest, ListsTheVariables) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -8,7 +8,7 @@
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
@@ -18,8 +18,8 @@ using testing::Pair;
 class DefinitionsTest : public testing::Test {
   protected:
     bool Load(std::string_view toml) {
-        const bool loaded = LoadDefinitions(m_folder.Put("plant.toml", toml), Translator(),
-                                            m_definitions, m_errors);
+        const bool loaded = LoadDefinitions(m_folder.Put("plant.toml", toml),
+                                            platform::Translator(), m_definitions, m_errors);
         for (std::string& error : m_errors) {
             for (std::size_t at; (at = error.find(m_folder.Path(""))) != std::string::npos;) {
                 error.erase(at, m_folder.Path("").size());
@@ -29,7 +29,7 @@ class DefinitionsTest : public testing::Test {
         return loaded;
     }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
     Definitions m_definitions;
     std::vector<std::string> m_errors;
 };
@@ -435,4 +435,4 @@ TEST(DefinitionsCsvTableTest, BrokenQuotesAreTold) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -6,7 +6,7 @@
 
 #include <csignal>
 
-namespace kalvex {
+namespace kalvex::server {
 
 void TellConfirmed(int tell, std::int64_t number) {
     if (::write(tell, &number, sizeof number) != sizeof number) ::_exit(2);
@@ -40,4 +40,4 @@ std::vector<std::int64_t> RunAndKill(const std::function<void(int tell)>& write,
     return confirmed;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

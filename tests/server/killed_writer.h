@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::server {
 
 // Tells that the write of this number is confirmed. Only for the process that writes; ends it when
 // nobody listens.
@@ -17,4 +17,4 @@ void TellConfirmed(int tell, std::int64_t number);
 std::vector<std::int64_t> RunAndKill(const std::function<void(int tell)>& write,
                                      std::size_t enough);
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -1,7 +1,7 @@
 #include "server/LoginGate.h"
 #include "server_fixture.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
@@ -11,8 +11,8 @@ class LoginTest : public ServerTest {
   protected:
     // "code text"
     std::string Result(TestClient& client, std::string user, std::string password) {
-        const LoginResult result = TryLogin(client, std::move(user), std::move(password));
-        return std::to_string(result.code) + " " + ToUtf8(result.text);
+        const vantrel::LoginResult result = TryLogin(client, std::move(user), std::move(password));
+        return std::to_string(result.code) + " " + text::ToUtf8(result.text);
     }
 };
 
@@ -86,7 +86,7 @@ TEST_F(LoginTest, AttemptsAtTheSameTimeAreCountedToo) {
     Start("");
     AddUser("adam", "tajne", 50);
     for (int attempt = 0; attempt < 5; ++attempt) {
-        LoginRequest request;
+        vantrel::LoginRequest request;
         request.user = "adam";
         request.password = attempt < 4 ? "zle" : "tajne";
         Connect("10.1.2.3").Say(std::move(request));
@@ -94,7 +94,7 @@ TEST_F(LoginTest, AttemptsAtTheSameTimeAreCountedToo) {
     std::vector<int> codes;
     for (const auto& client : m_arrClients) {
         while (client->messages.empty()) m_loop.WaitAndRun();
-        codes.push_back(client->Take<LoginResult>().at(0).code);
+        codes.push_back(client->Take<vantrel::LoginResult>().at(0).code);
     }
     EXPECT_THAT(codes, ElementsAre(1, 1, 1, 2, 2));
 }
@@ -102,10 +102,10 @@ TEST_F(LoginTest, AttemptsAtTheSameTimeAreCountedToo) {
 TEST_F(LoginTest, OtherProtocolIsRefused) {
     Start("");
     TestClient& client = Connect();
-    LoginRequest request;
-    request.protocolVersion = kProtocolVersion + 1;
+    vantrel::LoginRequest request;
+    request.protocolVersion = vantrel::kProtocolVersion + 1;
     client.Say(request);
-    const LoginResult result = client.Take<LoginResult>().at(0);
+    const vantrel::LoginResult result = client.Take<vantrel::LoginResult>().at(0);
     EXPECT_EQ(result.code, 3);
     EXPECT_EQ(ToUtf8(result.text), "inna wersja protokołu");
 }
@@ -113,9 +113,9 @@ TEST_F(LoginTest, OtherProtocolIsRefused) {
 TEST_F(LoginTest, NothingIsAnsweredBefore) {
     Start("[[variable]]\nname = \"X\"\nrt = 2\n");
     TestClient& client = Connect();
-    client.Say(SubscribeRequest{{{1, "X"}}, {}, 0, true});
-    client.Say(ReadRequests{{{1, KindHour, "X", 0, 0}}});
-    client.Say(ModifyRequests{{{1, KindCurrent, "X", 0, CVal(1)}}});
+    client.Say(vantrel::SubscribeRequest{{{1, "X"}}, {}, 0, true});
+    client.Say(vantrel::ReadRequests{{{1, value::KindHour, "X", 0, 0}}});
+    client.Say(vantrel::ModifyRequests{{{1, value::KindCurrent, "X", 0, value::CVal(1)}}});
     Settle();
     EXPECT_THAT(client.messages, IsEmpty());
     EXPECT_EQ(TryLogin(client, "", "").code, 0);
@@ -125,7 +125,7 @@ TEST_F(LoginTest, NothingIsAnsweredBefore) {
 TEST_F(LoginTest, SecondLoginIsPassedOver) {
     Start("");
     TestClient& client = LogIn();
-    client.Say(LoginRequest{});
+    client.Say(vantrel::LoginRequest{});
     Settle();
     EXPECT_THAT(client.messages, IsEmpty());
 }
@@ -133,7 +133,7 @@ TEST_F(LoginTest, SecondLoginIsPassedOver) {
 TEST_F(LoginTest, ClientThatGoesAwayMeanwhileIsForgotten) {
     Start("");
     AddUser("adam", "tajne", 50);
-    LoginRequest request;
+    vantrel::LoginRequest request;
     request.user = "adam";
     request.password = "tajne";
     Connect().Say(request);
@@ -165,18 +165,18 @@ TEST_F(LoginTest, ClientThatDoesNotLogInIsSentAway) {
 
 TEST_F(LoginTest, BrokenConnectionIsLoggedAndAnOrderlyEndIsNot) {
     Start("");
-    LogIn("", "", "").End(ReasonLost);
+    LogIn("", "", "").End(vantrel::ReasonLost);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Połączenie z klientem Kalvex_stacja zerwane (utrata połączenia)"));
-    LogIn().End(ReasonClientEnded);
-    Connect().End(ReasonLost);
+    LogIn().End(vantrel::ReasonClientEnded);
+    Connect().End(vantrel::ReasonLost);
     EXPECT_THAT(m_log.Take(), IsEmpty());
 }
 
 TEST_F(LoginTest, NamesDoNotBreakTheLog) {
     Start("");
     TestClient& client = Connect();
-    LoginRequest request;
+    vantrel::LoginRequest request;
     request.clientName = "a\nb";
     request.user = "c\r\nd";
     request.password = "x";
@@ -198,7 +198,7 @@ class LoginListTest : public LoginTest {
     }
 
     void Ask(std::string user, std::string password, std::string address) {
-        LoginRequest request;
+        vantrel::LoginRequest request;
         request.clientName = "Kalvex_stacja";
         request.user = std::move(user);
         request.password = std::move(password);
@@ -214,13 +214,13 @@ class LoginListTest : public LoginTest {
         while (m_arrAnswers.empty()) m_loop.WaitAndRun();
         if (!m_arrAnswers.front()) return "refused";
         std::string names;
-        for (const VariableDefinition& definition : *m_arrAnswers.front()) {
+        for (const vantrel::VariableDefinition& definition : *m_arrAnswers.front()) {
             names += (names.empty() ? "" : " ") + definition.name;
         }
         return names;
     }
 
-    std::vector<std::optional<std::vector<VariableDefinition>>> m_arrAnswers;
+    std::vector<std::optional<std::vector<vantrel::VariableDefinition>>> m_arrAnswers;
 };
 
 TEST_F(LoginListTest, VariablesAreListedForThoseWhoMayReadThem) {
@@ -314,4 +314,4 @@ TEST(LoginGateTest, RecordsAreBounded) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

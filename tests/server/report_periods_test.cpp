@@ -6,7 +6,7 @@
 #include "support/zone_scope.h"
 #include "value/LocalTime.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
@@ -14,11 +14,11 @@ using testing::ElementsAre;
 constexpr std::int64_t kHour = 3600;
 
 class ReportPeriodsTest : public testing::Test {
-    ZoneScope m_zone{"Europe/Warsaw"};
+    support::ZoneScope m_zone{"Europe/Warsaw"};
 };
 
 std::int64_t At(int year, int month, int day, int hour = 0, int minute = 0) {
-    return MakeLocalTime({year, month, day, hour, minute});
+    return value::MakeLocalTime({year, month, day, hour, minute});
 }
 
 TEST_F(ReportPeriodsTest, ReportIsNamedByTheStartOfItsPeriod) {
@@ -75,7 +75,7 @@ TEST_F(ReportPeriodsTest, EachOccurrenceOfARepeatedHourHasItsReport) {
 }
 
 TEST_F(ReportPeriodsTest, DayThatBeginsInALeftOutHourBeginsBehindIt) {
-    const TimeSpan span = CoveredSpan(KindDay, At(2024, 3, 31), 2);
+    const TimeSpan span = CoveredSpan(value::KindDay, At(2024, 3, 31), 2);
     EXPECT_EQ(span.begin, At(2024, 3, 31, 3));
     EXPECT_EQ(span.end, At(2024, 4, 1, 2));
     EXPECT_EQ(CoveredSpan(KindDay, At(2024, 3, 30), 2).end, span.begin);
@@ -91,7 +91,7 @@ TEST_F(ReportPeriodsTest, InstantBelongsToTheDayThatCoversIt) {
 }
 
 TEST_F(ReportPeriodsTest, MonthHasItsDays) {
-    const std::vector<std::int64_t> days = PartsOf(KindMonth, At(2024, 2, 1), 6);
+    const std::vector<std::int64_t> days = PartsOf(value::KindMonth, At(2024, 2, 1), 6);
     ASSERT_EQ(days.size(), 29u);
     EXPECT_EQ(days.front(), At(2024, 2, 1));
     EXPECT_EQ(days[1], At(2024, 2, 2));
@@ -105,4 +105,4 @@ TEST_F(ReportPeriodsTest, BoundsOfTimeHaveReports) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

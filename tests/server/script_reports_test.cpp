@@ -8,7 +8,7 @@
 #include "support/script_world.h"
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
@@ -47,7 +47,7 @@ file = "many.csv"
 )";
 
 // The clock stands at 2024-03-10 07:00:00 in Warsaw.
-class ScriptReportsTest : public ScriptWorld {
+class ScriptReportsTest : public support::ScriptWorld {
   protected:
     static constexpr int kMany = 1500;
 
@@ -55,14 +55,14 @@ class ScriptReportsTest : public ScriptWorld {
         std::string many = "name,rt\n";
         for (int i = 0; i < kMany; ++i) many += "M" + std::to_string(i) + ",4\n";
         m_folder.Put("many.csv", many);
-        m_server =
-            std::make_unique<Server>(clock, m_serverLog, translator, m_loop, PasswordCost::Least);
+        m_server = std::make_unique<Server>(clock, m_serverLog, translator, m_loop,
+                                            platform::PasswordCost::Least);
         std::vector<std::string> errors;
         EXPECT_TRUE(m_server->Start(m_folder.Put("plant.toml", kPlant), errors))
             << testing::PrintToString(errors);
         m_network.AddServer("srv", *m_server);
-        m_client =
-            std::make_unique<CClientInterface>(SourceServices{log, translator, users, m_network});
+        m_client = std::make_unique<sources::CClientInterface>(
+            sources::SourceServices{log, translator, users, m_network});
         services.sources = m_client.get();
     }
     ~ScriptReportsTest() override {
@@ -91,20 +91,20 @@ class ScriptReportsTest : public ScriptWorld {
         }
     }
 
-    CKalvexDoc& Begin(std::string_view text) {
-        CKalvexDoc& document = Open(text);
+    engine::CKalvexDoc& Begin(std::string_view text) {
+        engine::CKalvexDoc& document = Open(text);
         document.Start();
         document.SetPriority(1);
         return document;
     }
 
-    static bool HasEnded(const CKalvexDoc& document) {
+    static bool HasEnded(const engine::CKalvexDoc& document) {
         return document.State().m_nCurrentLine >= document.GetLineCount();
     }
 
     // The script is to come to its end within some seconds.
-    CKalvexDoc& Finish(std::string_view text) {
-        CKalvexDoc& document = Begin(text);
+    engine::CKalvexDoc& Finish(std::string_view text) {
+        engine::CKalvexDoc& document = Begin(text);
         for (int second = 0; second < 20 && !HasEnded(document); ++second) Second();
         EXPECT_TRUE(HasEnded(document))
             << document.State().m_nCurrentLine << ": " << Error(document);
@@ -112,18 +112,18 @@ class ScriptReportsTest : public ScriptWorld {
     }
 
     std::vector<std::string> Errors() {
-        std::vector<std::string> lines = Log(LogErrors);
+        std::vector<std::string> lines = Log(platform::LogErrors);
         std::erase_if(lines, [](const std::string& line) { return line.ends_with(" skryptu "); });
         return lines;
     }
 
-    ZoneScope m_zone{"Europe/Warsaw"};
-    ScratchFolder m_folder;
-    LogRecorder m_serverLog;
-    PostedWork m_loop;
+    support::ZoneScope m_zone{"Europe/Warsaw"};
+    support::ScratchFolder m_folder;
+    support::LogRecorder m_serverLog;
+    platform::PostedWork m_loop;
     std::unique_ptr<Server> m_server;
-    InProcessNetwork m_network;
-    std::unique_ptr<CClientInterface> m_client;
+    support::InProcessNetwork m_network;
+    std::unique_ptr<sources::CClientInterface> m_client;
 };
 
 // The archive holds 10 from 5:30 and 20 from 6:30, so the hour 6 has the mean of 15.
@@ -133,7 +133,7 @@ constexpr const char* kArchive =
     "SET L.TIMESTAMP = t1\nMOVE_NEXT L\nSET L.TIMESTAMP = t2\nMPUT x ARCH L\n";
 
 TEST_F(ScriptReportsTest, ReportIsMadeLoadedAndCalculated) {
-    CKalvexDoc& document = Finish(
+    engine::CKalvexDoc& document = Finish(
         std::string(kArchive) +
         "INIT x HREP 2024 3 10 6\nGET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"
         "LOCAL slowo = 0\nIF REP_INITED x.HREP THEN\nSET slowo = 1\nENDIF\n"
@@ -156,7 +156,7 @@ TEST_F(ScriptReportsTest, ReportIsMadeLoadedAndCalculated) {
 
 // Day and month take what stands below them: one hour of 24, one day of 31.
 TEST_F(ScriptReportsTest, DayComesFromHoursAndMonthFromDays) {
-    CKalvexDoc& document = Finish(
+    engine::CKalvexDoc& document = Finish(
         std::string(kArchive) +
         "PUT x HREP 2024 3 9 6 30\nPUT x HREP 2024 3 9 7 50\nINIT_LOAD x DREP 2024 3 9\n"
         "INIT_LOAD x MREP 2024 3\nGET x DREP 2024 3 9\nGET x MREP 2024 3\n"
@@ -182,13 +182,13 @@ TEST_F(ScriptReportsTest, RefusedWritesAreLoggedInTheTermsOfTheScript) {
 }
 
 TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
-    CKalvexDoc& document = Finish(
+    engine::CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nREMOTE t srv@T\nREMOTE brak srv@Brak\nLOCAL y = x\n"
         "GET t HREP 2024 3 10 6\nGET brak HREP 2024 3 10 6\nGET x HREP 2024 3 10 6\n"
         ":a\nIF NOT READY t.HREP | NOT READY brak.HREP | NOT READY x.HREP GOTO a\n"
         "PUT t HREP 2024 3 10 6 1\nPUT brak DREP 2024 3 10 1\nSLEEP 1");
     const auto state = [&](const char* name) {
-        return document.Variables().Find(name)->GetSourceRecord()->GetRequestState(KindHour);
+        return document.Variables().Find(name)->GetSourceRecord()->GetRequestState(value::KindHour);
     };
     EXPECT_EQ(state("t"), RequestFailed);
     EXPECT_EQ(state("brak"), RequestFailed);
@@ -201,7 +201,7 @@ TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
 }
 
 TEST_F(ScriptReportsTest, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
-    CKalvexDoc& document = Begin(
+    engine::CKalvexDoc& document = Begin(
         "REMOTE x srv@X\nLOCAL y = x\nGET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"
         "SET y = x.HREP");
     Second();
@@ -213,7 +213,7 @@ TEST_F(ScriptReportsTest, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
 
 // A write outside the bounds is refused in silence, and the server's next value takes its place.
 TEST_F(ScriptReportsTest, ValueOutsideItsBoundsIsRefused) {
-    CKalvexDoc& document = Finish(
+    engine::CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nLOCAL y = x\nSET x = 2000\nLOCAL zaraz = x\nSLEEP 1\nSET x = 900\n"
         "SLEEP 1\nLOCAL potem = x");
     EXPECT_EQ(Value(document, "zaraz"), "171:2000.00");
@@ -222,7 +222,7 @@ TEST_F(ScriptReportsTest, ValueOutsideItsBoundsIsRefused) {
 }
 
 TEST_F(ScriptReportsTest, SetOfHoursGoesAndComesBackWithoutItsBounds) {
-    CKalvexDoc& document = Finish(
+    engine::CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nLIST L\nLIST K\nLOCAL t = MAKE_TIME 2024 3 8 6\nLOCAL u = t + 356400\n"
         "FILL_IN_LIST L 5 0 t u HREP\nMPUT x HREP L\nMGET x HREP FROM t TO u\n:a\n"
         "IF NOT READY x.HREP GOTO a\nMGET x GETDATA K\nLOCAL n = L.COUNT\nLOCAL m = K.COUNT\n"
@@ -246,12 +246,12 @@ TEST_F(ScriptReportsTest, VeryManyVariablesAreReadAtOnce) {
         text += "PUT m" + std::to_string(i) + " DREP 2024 3 9 " + std::to_string(i) + "\n";
     }
     for (int i = 0; i < kMany; ++i) text += "GET m" + std::to_string(i) + " DREP 2024 3 9\n";
-    CKalvexDoc& document = Begin(text);
+    engine::CKalvexDoc& document = Begin(text);
     while (!HasEnded(document)) Tick(1);
     Carry();
     for (int i = 0; i < kMany; ++i) {
         const std::string name = "m" + std::to_string(i);
-        CInterfaceObj& link = *document.Variables().Find(name)->GetSourceRecord();
+        sources::CInterfaceObj& link = *document.Variables().Find(name)->GetSourceRecord();
         ASSERT_EQ(link.GetRequestState(KindDay), RequestReady) << name;
         ASSERT_EQ(Value(document, name, KindDay), "171:" + std::to_string(i) + ".00") << name;
     }
@@ -259,13 +259,14 @@ TEST_F(ScriptReportsTest, VeryManyVariablesAreReadAtOnce) {
 
 // The script writes a day at each change of a day, its own writes among them.
 TEST_F(ScriptReportsTest, RecalculationByNotificationsComesToRest) {
-    CKalvexDoc& document = Begin(
+    engine::CKalvexDoc& document = Begin(
         "REMOTE x srv@X\nREMOTE m srv@M0\nLOCAL ile = 0\nLOCAL czas\nENABLE_NOTIFY DREP srv\n"
         ":petla\nSET czas = NOTIFY DREP srv\nIF czas == 0 GOTO petla\nSET ile = ile + 1\n"
         "GET x DREP czas\n:a\nIF NOT READY x.DREP GOTO a\nLOCAL wynik\nSET wynik = x.DREP * 2\n"
         "PUT m DREP czas wynik\nGOTO petla");
     Second();
-    CKalvexDoc& writer = Open("REMOTE x srv@X\nLOCAL y = x\nPUT x DREP 2024 3 9 21", "drugi.kx");
+    engine::CKalvexDoc& writer =
+        Open("REMOTE x srv@X\nLOCAL y = x\nPUT x DREP 2024 3 9 21", "drugi.kx");
     writer.Start();
     writer.SetPriority(1);
     for (int second = 0; second < 10; ++second) Second();
@@ -275,12 +276,12 @@ TEST_F(ScriptReportsTest, RecalculationByNotificationsComesToRest) {
 }
 
 TEST_F(ScriptReportsTest, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {
-    CKalvexDoc& document = Begin(
+    engine::CKalvexDoc& document = Begin(
         "REMOTE x srv@X\nLOCAL y = x\nPUT x HREP 2024 3 10 6 3.5\nSLEEP 1\n:od_nowa\n"
         "GET x HREP 2024 3 10 6\n:a\nIF NOT READY x.HREP GOTO a\n"
         "LOCAL znany = STATUS x.HREP UNKNOWN\nIF znany != 0 GOTO od_nowa\nSET y = x.HREP");
     while (document.State().m_nCurrentLine < 5) Second(1);
-    m_network.Break("srv", ReasonLost);
+    m_network.Break("srv", vantrel::ReasonLost);
     for (int second = 0; second < 20 && !HasEnded(document); ++second) Second();
     EXPECT_TRUE(HasEnded(document));
     EXPECT_EQ(Value(document, "y"), "171:3.50");
@@ -288,4 +289,4 @@ TEST_F(ScriptReportsTest, BreakFailsTheRequestAndTheScriptGoesOnAfterwards) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -1,19 +1,20 @@
 #include "server_fixture.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
-std::string DumpRow(const CVal& value) {
+std::string DumpRow(const value::CVal& value) {
     std::string text;
-    value.GetValData(ValueType::Text, text);
+    value.GetValData(value::ValueType::Text, text);
     return std::to_string(value.GetType()) + " " + std::to_string(value.GetStatus()) + " " +
-           std::to_string(value.GetTime()) + " " + ToUtf8(text);
+           std::to_string(value.GetTime()) + " " + text::ToUtf8(text);
 }
 
 void ServerTest::Start(std::string_view toml) {
     m_strToml = toml;
     End();
     Configure(m_strToml);
-    m_server = std::make_unique<Server>(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
+    m_server = std::make_unique<Server>(m_clock, m_log, m_translator, m_loop,
+                                        platform::PasswordCost::Least);
     std::vector<std::string> errors;
     ASSERT_TRUE(m_server->Start(m_folder.Path("plant.toml"), errors))
         << testing::PrintToString(errors);
@@ -47,15 +48,16 @@ TestClient& ServerTest::Connect(std::string address) {
     return *m_arrClients.back();
 }
 
-LoginResult ServerTest::TryLogin(TestClient& client, std::string user, std::string password) {
-    LoginRequest request;
+vantrel::LoginResult ServerTest::TryLogin(TestClient& client, std::string user,
+                                          std::string password) {
+    vantrel::LoginRequest request;
     request.moduleType = 23;
     request.clientName = "Kalvex_stacja";
     request.user = std::move(user);
     request.password = std::move(password);
     client.Say(std::move(request));
     while (client.messages.empty()) m_loop.WaitAndRun();
-    return client.Take<LoginResult>().at(0);
+    return client.Take<vantrel::LoginResult>().at(0);
 }
 
 TestClient& ServerTest::LogIn(std::string user, std::string password, std::string address) {
@@ -66,30 +68,31 @@ TestClient& ServerTest::LogIn(std::string user, std::string password, std::strin
 }
 
 void ServerTest::Subscribe(TestClient& client, std::vector<std::string> names) {
-    SubscribeRequest request;
-    VariableHandle handle = 0;
+    vantrel::SubscribeRequest request;
+    vantrel::VariableHandle handle = 0;
     for (std::string& name : names) request.added.push_back({++handle, std::move(name)});
-    request.flags = SubscribeFlag::ReportChanges | SubscribeFlag::LogMessages;
+    request.flags = vantrel::SubscribeFlag::ReportChanges | vantrel::SubscribeFlag::LogMessages;
     client.Say(std::move(request));
     client.messages.clear();
 }
 
 std::vector<std::string> ServerTest::Updates(TestClient& client) {
     std::vector<std::string> lines;
-    for (const ValueUpdates& updates : client.Take<ValueUpdates>()) {
-        for (const ValueUpdates::Entry& entry : updates.entries) {
+    for (const vantrel::ValueUpdates& updates : client.Take<vantrel::ValueUpdates>()) {
+        for (const vantrel::ValueUpdates::Entry& entry : updates.entries) {
             lines.push_back(std::to_string(entry.handle) + ": " + DumpRow(entry.value));
         }
     }
     return lines;
 }
 
-std::uint16_t ServerTest::Modify(TestClient& client, ValueKind kind, std::string_view variable,
-                                 std::int64_t time, CVal value) {
-    const RequestId id = ++m_nLastRequest;
-    client.Say(ModifyRequests{{{id, kind, std::string(variable), time, std::move(value)}}});
+std::uint16_t ServerTest::Modify(TestClient& client, value::ValueKind kind,
+                                 std::string_view variable, std::int64_t time, value::CVal value) {
+    const vantrel::RequestId id = ++m_nLastRequest;
+    client.Say(
+        vantrel::ModifyRequests{{{id, kind, std::string(variable), time, std::move(value)}}});
     Settle();
-    const std::vector<ModifyResults> results = client.Take<ModifyResults>();
+    const std::vector<vantrel::ModifyResults> results = client.Take<vantrel::ModifyResults>();
     EXPECT_EQ(results.size(), 1u);
     EXPECT_EQ(results.at(0).entries.size(), 1u);
     EXPECT_EQ(results.at(0).entries.at(0).id, id);
@@ -97,56 +100,56 @@ std::uint16_t ServerTest::Modify(TestClient& client, ValueKind kind, std::string
 }
 
 std::uint16_t ServerTest::ModifyArchive(TestClient& client, std::string_view variable,
-                                        std::vector<CVal> values) {
-    const RequestId id = ++m_nLastRequest;
-    ArchiveModifyRequest request{id, std::string(variable), 0, 0, std::move(values)};
+                                        std::vector<value::CVal> values) {
+    const vantrel::RequestId id = ++m_nLastRequest;
+    vantrel::ArchiveModifyRequest request{id, std::string(variable), 0, 0, std::move(values)};
     if (!request.values.empty()) {
         request.from = request.values.front().GetTime();
         request.to = request.values.back().GetTime();
     }
     client.Say(std::move(request));
     Settle();
-    const std::vector<ModifyResults> results = client.Take<ModifyResults>();
+    const std::vector<vantrel::ModifyResults> results = client.Take<vantrel::ModifyResults>();
     EXPECT_EQ(results.size(), 1u);
     EXPECT_EQ(results.at(0).entries.at(0).id, id);
     return results.at(0).entries.at(0).result;
 }
 
-void ServerTest::Order(TestClient& client, PeriodAction action, ValueKind kind,
+void ServerTest::Order(TestClient& client, vantrel::PeriodAction action, value::ValueKind kind,
                        std::string_view variable, std::int64_t time) {
-    client.Say(PeriodRequest{action, kind, std::string(variable), time});
+    client.Say(vantrel::PeriodRequest{action, kind, std::string(variable), time});
     Settle();
 }
 
-std::vector<std::string> ServerTest::Read(TestClient& client, ValueKind kind,
+std::vector<std::string> ServerTest::Read(TestClient& client, value::ValueKind kind,
                                           std::string_view variable, std::int64_t from,
                                           std::int64_t to) {
-    const RequestId id = ++m_nLastRequest;
-    client.Say(ReadRequests{{{id, kind, std::string(variable), from, to}}});
+    const vantrel::RequestId id = ++m_nLastRequest;
+    client.Say(vantrel::ReadRequests{{{id, kind, std::string(variable), from, to}}});
     Settle();
     std::vector<std::string> lines;
-    std::vector<ReadAnswer> answers = client.Take<ReadAnswer>();
+    std::vector<vantrel::ReadAnswer> answers = client.Take<vantrel::ReadAnswer>();
     EXPECT_FALSE(answers.empty());
-    for (const ReadAnswer& answer : answers) {
+    for (const vantrel::ReadAnswer& answer : answers) {
         EXPECT_EQ(answer.id, id);
         EXPECT_EQ(answer.last, &answer == &answers.back());
         if (answer.result != 0) lines.push_back("result " + std::to_string(answer.result));
-        for (const CVal& value : answer.values) lines.push_back(DumpRow(value));
+        for (const value::CVal& value : answer.values) lines.push_back(DumpRow(value));
     }
     return lines;
 }
 
 void ServerTest::AddUser(std::string_view name, std::string_view password, int level,
                          std::vector<std::string> groups, std::vector<std::string> addresses) {
-    UserStore users(PasswordCost::Least);
+    platform::UserStore users(platform::PasswordCost::Least);
     std::string error;
     ASSERT_TRUE(users.Open(m_folder.Path("data/users.sqlite"), error)) << error;
-    UserRecord user;
+    platform::UserRecord user;
     user.name = name;
     user.level = level;
     user.groups = std::move(groups);
     user.addresses = std::move(addresses);
-    ASSERT_TRUE(users.Add(user, password, error)) << ToUtf8(error);
+    ASSERT_TRUE(users.Add(user, password, error)) << text::ToUtf8(error);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -23,25 +23,25 @@
 #include "value/LocalTime.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::server {
 
 // "type status time text", so that values compare and print as a whole.
-std::string DumpRow(const CVal& value);
+std::string DumpRow(const value::CVal& value);
 
 // One client: what it says goes straight to its session, what it hears is kept.
-class TestClient final : public ServerLink {
+class TestClient final : public vantrel::ServerLink {
   public:
-    TestClient(SessionAcceptor& server, std::string address = {})
+    TestClient(vantrel::SessionAcceptor& server, std::string address = {})
         : m_strAddress(std::move(address)) {
         session = server.Accept(*this);
     }
 
-    void Send(ServerMessage message) override { messages.push_back(std::move(message)); }
+    void Send(vantrel::ServerMessage message) override { messages.push_back(std::move(message)); }
     void Close(std::uint32_t reason) override { closed = reason; }
     std::size_t Backlog() const override { return backlog; }
     std::string PeerAddress() const override { return m_strAddress; }
 
-    void Say(ClientMessage message) { session->OnMessage(std::move(message)); }
+    void Say(vantrel::ClientMessage message) { session->OnMessage(std::move(message)); }
     void End(std::uint32_t reason) {
         session->OnClosed(reason);
         session.reset();
@@ -51,7 +51,7 @@ class TestClient final : public ServerLink {
     template <class Message>
     std::vector<Message> Take() {
         std::vector<Message> taken;
-        std::erase_if(messages, [&taken](ServerMessage& message) {
+        std::erase_if(messages, [&taken](vantrel::ServerMessage& message) {
             Message* found = std::get_if<Message>(&message);
             if (found != nullptr) taken.push_back(std::move(*found));
             return found != nullptr;
@@ -59,8 +59,8 @@ class TestClient final : public ServerLink {
         return taken;
     }
 
-    std::unique_ptr<ServerSession> session;
-    std::vector<ServerMessage> messages;
+    std::unique_ptr<vantrel::ServerSession> session;
+    std::vector<vantrel::ServerMessage> messages;
     std::size_t backlog = 0;
     std::uint32_t closed = 0;
 
@@ -89,36 +89,36 @@ class ServerTest : public testing::Test {
     TestClient& Connect(std::string address = {});
     // A client that is logged in, as nobody unless told.
     TestClient& LogIn(std::string user = {}, std::string password = {}, std::string address = {});
-    LoginResult TryLogin(TestClient& client, std::string user, std::string password);
+    vantrel::LoginResult TryLogin(TestClient& client, std::string user, std::string password);
     // Subscribes under the handles 1, 2, ... and forgets the answer.
     void Subscribe(TestClient& client, std::vector<std::string> names);
     // "handle: value" of all updates since the last call.
     std::vector<std::string> Updates(TestClient& client);
 
-    std::uint16_t Modify(TestClient& client, ValueKind kind, std::string_view variable,
-                         std::int64_t time, CVal value);
+    std::uint16_t Modify(TestClient& client, value::ValueKind kind, std::string_view variable,
+                         std::int64_t time, value::CVal value);
     std::uint16_t ModifyArchive(TestClient& client, std::string_view variable,
-                                std::vector<CVal> values);
-    void Order(TestClient& client, PeriodAction action, ValueKind kind, std::string_view variable,
-               std::int64_t time);
+                                std::vector<value::CVal> values);
+    void Order(TestClient& client, vantrel::PeriodAction action, value::ValueKind kind,
+               std::string_view variable, std::int64_t time);
     // The dumps of the values, or "result N".
-    std::vector<std::string> Read(TestClient& client, ValueKind kind, std::string_view variable,
-                                  std::int64_t from, std::int64_t to);
+    std::vector<std::string> Read(TestClient& client, value::ValueKind kind,
+                                  std::string_view variable, std::int64_t from, std::int64_t to);
 
     void AddUser(std::string_view name, std::string_view password, int level,
                  std::vector<std::string> groups = {}, std::vector<std::string> addresses = {});
 
-    ZoneScope m_zone{"Europe/Warsaw"};
-    ScratchFolder m_folder;
-    std::int64_t m_tStart = MakeLocalTime({2024, 3, 10, 7});
-    VirtualClock m_clock{m_tStart};
-    LogRecorder m_log;
-    MarkingTranslator m_translator{false};
-    WaitingLoop m_loop;
+    support::ZoneScope m_zone{"Europe/Warsaw"};
+    support::ScratchFolder m_folder;
+    std::int64_t m_tStart = value::MakeLocalTime({2024, 3, 10, 7});
+    platform::VirtualClock m_clock{m_tStart};
+    support::LogRecorder m_log;
+    support::MarkingTranslator m_translator{false};
+    support::WaitingLoop m_loop;
     std::string m_strToml;
     std::unique_ptr<Server> m_server;
     std::vector<std::unique_ptr<TestClient>> m_arrClients;
-    RequestId m_nLastRequest = 0;
+    vantrel::RequestId m_nLastRequest = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::server

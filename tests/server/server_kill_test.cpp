@@ -9,7 +9,7 @@
 #include "support/waiting_loop.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 constexpr int kRounds = 15;
@@ -19,14 +19,14 @@ constexpr const char* kPlant =
     "[[variable]]\nname = \"S\"\nat = 2\nsignal = \"walk min=0 max=9 step=1\"\n";
 
 // Tells the number of each write that the server has confirmed.
-class TellingLink final : public ServerLink {
+class TellingLink final : public vantrel::ServerLink {
   public:
     explicit TellingLink(int tell) : m_nTell(tell) {}
-    void Send(ServerMessage message) override {
-        const ModifyResults* results = std::get_if<ModifyResults>(&message);
+    void Send(vantrel::ServerMessage message) override {
+        const vantrel::ModifyResults* results = std::get_if<vantrel::ModifyResults>(&message);
         if (results == nullptr) return;
-        for (const ModifyResults::Entry& entry : results->entries) {
-            if (entry.result != ResultOk) ::_exit(2);
+        for (const vantrel::ModifyResults::Entry& entry : results->entries) {
+            if (entry.result != vantrel::ResultOk) ::_exit(2);
             TellConfirmed(m_nTell, entry.id);
         }
     }
@@ -39,26 +39,28 @@ class TellingLink final : public ServerLink {
 };
 
 // Write number n: even, the report of hour n; odd, archive values from second n * 100 on.
-[[noreturn]] void ServeUntilKilled(const std::string& configuration, RequestId first, int tell) {
-    VirtualClock clock(1700000000 + std::int64_t{first} * 10);
-    LogRecorder log;
-    const Translator translator;
-    WaitingLoop loop;
-    Server server(clock, log, translator, loop, PasswordCost::Least);
+[[noreturn]] void ServeUntilKilled(const std::string& configuration, vantrel::RequestId first,
+                                   int tell) {
+    platform::VirtualClock clock(1700000000 + std::int64_t{first} * 10);
+    support::LogRecorder log;
+    const platform::Translator translator;
+    support::WaitingLoop loop;
+    Server server(clock, log, translator, loop, platform::PasswordCost::Least);
     std::vector<std::string> errors;
     if (!server.Start(configuration, errors)) ::_exit(1);
     TellingLink link(tell);
-    const std::unique_ptr<ServerSession> session = server.Accept(link);
-    session->OnMessage(LoginRequest{});
-    for (RequestId id = first;; ++id) {
+    const std::unique_ptr<vantrel::ServerSession> session = server.Accept(link);
+    session->OnMessage(vantrel::LoginRequest{});
+    for (vantrel::RequestId id = first;; ++id) {
         if (id % 2 == 0) {
-            session->OnMessage(ModifyRequests{
-                {{id, KindHour, "X", std::int64_t{id} * 3600, CVal(static_cast<int>(id))}}});
+            session->OnMessage(
+                vantrel::ModifyRequests{{{id, value::KindHour, "X", std::int64_t{id} * 3600,
+                                          value::CVal(static_cast<int>(id))}}});
         } else {
-            ArchiveModifyRequest request{id, "X", 0, 0, {}};
+            vantrel::ArchiveModifyRequest request{id, "X", 0, 0, {}};
             for (int index = 0; index < kArchiveValues; ++index) {
-                request.values.push_back(
-                    Stamped(CVal(static_cast<int>(id)), std::int64_t{id} * 100 + index));
+                request.values.push_back(support::Stamped(value::CVal(static_cast<int>(id)),
+                                                          std::int64_t{id} * 100 + index));
             }
             session->OnMessage(std::move(request));
         }
@@ -70,16 +72,16 @@ class TellingLink final : public ServerLink {
 
 class ServerKillTest : public ServerTest {
   protected:
-    std::set<std::int64_t> TimesOf(ValueKind kind) {
+    std::set<std::int64_t> TimesOf(value::ValueKind kind) {
         TestClient& client = LogIn();
-        client.Say(ReadRequests{{{++m_nLastRequest, kind, "X", 0, INT64_MAX}}});
+        client.Say(vantrel::ReadRequests{{{++m_nLastRequest, kind, "X", 0, INT64_MAX}}});
         Settle();
         std::set<std::int64_t> times;
-        for (const ReadAnswer& answer : client.Take<ReadAnswer>()) {
+        for (const vantrel::ReadAnswer& answer : client.Take<vantrel::ReadAnswer>()) {
             EXPECT_EQ(answer.result, ResultOk);
-            for (const CVal& value : answer.values) {
+            for (const value::CVal& value : answer.values) {
                 times.insert(value.GetTime());
-                const std::int64_t unit = kind == KindHour ? 3600 : 100;
+                const std::int64_t unit = kind == value::KindHour ? 3600 : 100;
                 EXPECT_EQ(static_cast<std::int64_t>(ValueToDouble(value)), value.GetTime() / unit);
             }
         }
@@ -89,7 +91,7 @@ class ServerKillTest : public ServerTest {
 
 TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
     std::vector<std::int64_t> confirmed;
-    RequestId next = 10;
+    vantrel::RequestId next = 10;
     for (int round = 0; round < kRounds; ++round) {
         Configure(kPlant);
         const std::size_t enough = 1 + static_cast<std::size_t>(round) * 17 % 61;
@@ -98,11 +100,11 @@ TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
             RunAndKill([&](int tell) { ServeUntilKilled(configuration, next, tell); }, enough);
         ASSERT_GE(more.size(), enough);
         confirmed.insert(confirmed.end(), more.begin(), more.end());
-        next = static_cast<RequestId>(more.back()) + 100000;
+        next = static_cast<vantrel::RequestId>(more.back()) + 100000;
 
         Start(kPlant);
-        const std::set<std::int64_t> hours = TimesOf(KindHour);
-        const std::set<std::int64_t> archive = TimesOf(KindArchive);
+        const std::set<std::int64_t> hours = TimesOf(value::KindHour);
+        const std::set<std::int64_t> archive = TimesOf(value::KindArchive);
         for (const std::int64_t id : confirmed) {
             if (id % 2 == 0) {
                 ASSERT_EQ(hours.count(id * 3600), 1u) << id;
@@ -118,4 +120,4 @@ TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

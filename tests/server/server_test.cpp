@@ -3,7 +3,7 @@
 #include "server_fixture.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
@@ -41,15 +41,15 @@ TEST_F(ServerTest, CurrentValuesOutlastARestart) {
         "[[variable]]\nname = \"V\"\nvalue = 3\n"
         "[[variable]]\nname = \"C\"\nsignal = \"counter rate=1 start=100\"\n");
     TestClient* client = &LogIn();
-    Modify(*client, KindCurrent, "X", 0, Stamped(CVal(1.5), 0, 4));
-    Modify(*client, KindCurrent, "T", 0, CVal(FromUtf8("zażółć")));
-    Modify(*client, KindCurrent, "V", 0, CVal(8));
+    Modify(*client, value::KindCurrent, "X", 0, support::Stamped(value::CVal(1.5), 0, 4));
+    Modify(*client, value::KindCurrent, "T", 0, value::CVal(text::FromUtf8("zażółć")));
+    Modify(*client, value::KindCurrent, "V", 0, value::CVal(8));
     Tick(3);
     End();
     m_clock.Advance(100000);
     Restart();
     client = &LogIn();
-    client->Say(SubscribeRequest{{{1, "X"}, {2, "T"}, {3, "V"}, {4, "C"}}, {}, 0, true});
+    client->Say(vantrel::SubscribeRequest{{{1, "X"}, {2, "T"}, {3, "V"}, {4, "C"}}, {}, 0, true});
     EXPECT_THAT(Updates(*client), ElementsAre("1: 171 4 " + At(m_tStart) + " 1.50",
                                               "2: 190 0 " + At(m_tStart) + " zażółć",
                                               "3: 171 0 " + At(m_tStart) + " 8.00",
@@ -62,10 +62,10 @@ TEST_F(ServerTest, CurrentValuesOutlastARestart) {
 
 TEST_F(ServerTest, ValuesAreSavedWhileTheServerRuns) {
     Start("[server]\nsave-period = 5\n[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\n");
-    Modify(LogIn(), KindCurrent, "X", 0, CVal(1.5));
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1.5));
     const auto saved = [this] {
-        SqliteDatabase database;
-        SqliteStatement select;
+        platform::SqliteDatabase database;
+        platform::SqliteStatement select;
         EXPECT_TRUE(database.Open(m_folder.Path("data/store.sqlite")));
         EXPECT_TRUE(select.Prepare(database, "SELECT value FROM last_values"));
         return select.Next() ? select.Real(0) : 0;
@@ -82,10 +82,10 @@ TEST_F(ServerTest, ChangesAreArchivedWithBitTwo) {
         "[[variable]]\nname = \"X\"\nat = 2\n[[variable]]\nname = \"Y\"\nat = 32\n"
         "[[variable]]\nname = \"S\"\nat = 2\nsignal = \"square low=0 high=1 period=4\"\n");
     TestClient& client = LogIn();
-    Modify(client, KindCurrent, "X", 0, CVal(1));
-    Modify(client, KindCurrent, "Y", 0, CVal(1));
+    Modify(client, value::KindCurrent, "X", 0, value::CVal(1));
+    Modify(client, value::KindCurrent, "Y", 0, value::CVal(1));
     Tick();
-    Modify(client, KindCurrent, "X", 0, Stamped(CVal(2), 0, 4));
+    Modify(client, value::KindCurrent, "X", 0, support::Stamped(value::CVal(2), 0, 4));
     Tick(8);
     EXPECT_THAT(
         Read(client, KindArchive, "X", 0, kLargestTime),
@@ -117,9 +117,9 @@ TEST_F(ServerTest, TimeWithoutAServerIsUnknownInTheArchive) {
     Start(
         "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n"
         "[[variable]]\nname = \"Y\"\nat = 32\n");
-    Modify(LogIn(), KindCurrent, "X", 0, CVal(1));
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1));
     Tick(3);
-    ModifyArchive(LogIn(), "Y", {Stamped(CVal(1), m_tStart)});
+    ModifyArchive(LogIn(), "Y", {support::Stamped(value::CVal(1), m_tStart)});
     End();
     m_clock.Advance(100000);
     Restart();
@@ -132,7 +132,7 @@ TEST_F(ServerTest, TimeWithoutAServerIsUnknownInTheArchive) {
 
 TEST_F(ServerTest, QuickRestartLeavesNoGap) {
     Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n");
-    Modify(LogIn(), KindCurrent, "X", 0, CVal(1));
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1));
     Tick();
     m_clock.Advance(1000);
     Restart();
@@ -145,8 +145,9 @@ TEST_F(ServerTest, OldArchiveValuesGo) {
         "[[variable]]\nname = \"X\"\nat = 32\n");
     TestClient& client = LogIn();
     ModifyArchive(client, "X",
-                  {Stamped(CVal(1), m_tStart - 86401), Stamped(CVal(2), m_tStart - 86400),
-                   Stamped(CVal(3), m_tStart - 86398)});
+                  {support::Stamped(value::CVal(1), m_tStart - 86401),
+                   support::Stamped(value::CVal(2), m_tStart - 86400),
+                   support::Stamped(value::CVal(3), m_tStart - 86398)});
     Tick();
     EXPECT_THAT(Read(client, KindArchive, "X", 0, kLargestTime),
                 ElementsAre("171 0 " + At(m_tStart - 86400) + " 2.00",
@@ -164,7 +165,8 @@ TEST_F(ServerTest, ReportsAreComputedAtTheEndOfTheirPeriods) {
     TestClient& client = LogIn();
     Subscribe(client, {"X"});
     ModifyArchive(client, "X",
-                  {Stamped(CVal(10), m_tStart - 1800), Stamped(CVal(20), m_tStart + 900)});
+                  {support::Stamped(value::CVal(10), m_tStart - 1800),
+                   support::Stamped(value::CVal(20), m_tStart + 900)});
     Tick();
     m_clock.Advance(3597 * 1000);
     Tick();
@@ -176,13 +178,14 @@ TEST_F(ServerTest, ReportsAreComputedAtTheEndOfTheirPeriods) {
     EXPECT_THAT(Read(client, KindHour, "X", m_tStart - 3600, m_tStart - 3600),
                 ElementsAre("result 1"));
     // The day of reports of March 9 ends at 8:00 of March 10 and knows one hour.
-    const std::int64_t day = MakeLocalTime({2024, 3, 9});
+    const std::int64_t day = value::MakeLocalTime({2024, 3, 9});
     EXPECT_THAT(Read(client, KindDay, "X", day, day), ElementsAre("171 192 " + At(day) + " 17.50"));
     EXPECT_THAT(Read(client, KindDay, "Y", day, day), ElementsAre("255 129 " + At(day) + " "));
     EXPECT_THAT(Read(client, KindHour, "Y", m_tStart, m_tStart), ElementsAre("result 1"));
     Tick();
     std::vector<int> kinds;
-    for (const ReportChange& change : client.Take<ReportChange>()) kinds.push_back(change.kind);
+    for (const vantrel::ReportChange& change : client.Take<vantrel::ReportChange>())
+        kinds.push_back(change.kind);
     EXPECT_THAT(kinds, ElementsAre(KindHour, KindDay));
 }
 
@@ -190,7 +193,7 @@ TEST_F(ServerTest, ReportsMissedWithoutAServerAreMadeUpFor) {
     Start(
         "[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
         "[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n");
-    ModifyArchive(LogIn(), "X", {Stamped(CVal(10), m_tStart)});
+    ModifyArchive(LogIn(), "X", {support::Stamped(value::CVal(10), m_tStart)});
     Tick();
     End();
     m_clock.Advance(3 * 3600 * 1000);
@@ -209,7 +212,8 @@ TEST_F(ServerTest, ReportsAreMadeUpForTwoMonthsBack) {
     m_clock.Advance(std::int64_t{400} * 86400 * 1000);
     Restart();
     Tick();
-    const std::vector<std::string> days = Read(LogIn(), KindDay, "X", 0, kLargestTime);
+    const std::vector<std::string> days =
+        Read(LogIn(), value::KindDay, "X", 0, value::kLargestTime);
     EXPECT_EQ(days.size(), 62u);
 }
 
@@ -238,7 +242,7 @@ TEST_F(ServerTest, ReloadTellsClientsOfWhatHasChanged) {
         "[[variable]]\nname = \"B\"\nvalue = 2\n[[variable]]\nname = \"C\"\nvalue = 3\n");
     TestClient& client = LogIn();
     Subscribe(client, {"A", "B", "C", "D"});
-    Modify(client, KindCurrent, "A", 0, CVal(5));
+    Modify(client, value::KindCurrent, "A", 0, value::CVal(5));
     client.messages.clear();
     Configure(
         "[[access]]\nvariables = \"C\"\nread = \"100\"\n[[access]]\nwrite = \"0\"\n"
@@ -246,20 +250,21 @@ TEST_F(ServerTest, ReloadTellsClientsOfWhatHasChanged) {
         "[[variable]]\nname = \"A\"\nun = \"km\"\n[[variable]]\nname = \"C\"\n");
     m_server->Reload();
     EXPECT_THAT(m_log.Take(), ElementsAre("2 Konfiguracja odczytana ponownie"));
-    const std::vector<AccessErrors> errors = client.Take<AccessErrors>();
+    const std::vector<vantrel::AccessErrors> errors = client.Take<vantrel::AccessErrors>();
     ASSERT_EQ(errors.size(), 1u);
     ASSERT_EQ(errors[0].entries.size(), 2u);
     EXPECT_EQ(errors[0].entries[0].handle, 2u);
     EXPECT_EQ(errors[0].entries[0].code, 0);
     EXPECT_EQ(errors[0].entries[1].handle, 3u);
     EXPECT_EQ(errors[0].entries[1].code, ResultNoAccess);
-    const std::vector<VariableDefinitions> definitions = client.Take<VariableDefinitions>();
+    const std::vector<vantrel::VariableDefinitions> definitions =
+        client.Take<vantrel::VariableDefinitions>();
     ASSERT_EQ(definitions.size(), 1u);
     EXPECT_EQ(definitions[0].definitions[0].name, "A");
     EXPECT_THAT(definitions[0].definitions[0].attributes, ElementsAre(testing::Pair("un", "km")));
     EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart) + " 5.00",
                                              "4: 171 0 " + At(m_tStart) + " 4.00"));
-    Modify(client, KindCurrent, "D", 0, CVal(6));
+    Modify(client, value::KindCurrent, "D", 0, value::CVal(6));
     EXPECT_THAT(Updates(client), ElementsAre("4: 171 0 " + At(m_tStart) + " 6.00"));
 }
 
@@ -275,7 +280,7 @@ TEST_F(ServerTest, ReloadWithAnErrorChangesNothing) {
               "1 " + m_folder.Path("plant.toml"));
     EXPECT_EQ(lines[1], "1 Konfiguracja bez zmian");
     EXPECT_THAT(client.messages, IsEmpty());
-    client.Say(SubscribeRequest{{{9, "A"}}, {}, 0, true});
+    client.Say(vantrel::SubscribeRequest{{{9, "A"}}, {}, 0, true});
     EXPECT_THAT(Updates(client), ElementsAre("9: 171 0 " + At(m_tStart) + " 1.00"));
 }
 
@@ -291,7 +296,7 @@ TEST_F(ServerTest, ReloadTellsWhatHasToWaitForTheNextStart) {
                             "2 Konfiguracja odczytana ponownie"));
     EXPECT_EQ(m_server->Settings().name, "sorvaned");
     TestClient& client = LogIn();
-    client.Say(SubscribeRequest{{{1, "B"}}, {}, 0, true});
+    client.Say(vantrel::SubscribeRequest{{{1, "B"}}, {}, 0, true});
     EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart) + " 2.00"));
 }
 
@@ -300,8 +305,8 @@ TEST_F(ServerTest, VariableThatComesBackHasItsData) {
         "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"A\"\nrt = 2\n"
         "[[variable]]\nname = \"B\"\nrt = 2\n";
     Start(both);
-    Modify(LogIn(), KindHour, "A", m_tStart, CVal(1));
-    Modify(LogIn(), KindHour, "B", m_tStart, CVal(2));
+    Modify(LogIn(), value::KindHour, "A", m_tStart, value::CVal(1));
+    Modify(LogIn(), value::KindHour, "B", m_tStart, value::CVal(2));
     Start("[[variable]]\nname = \"C\"\nrt = 2\n[[variable]]\nname = \"B\"\nrt = 2\n");
     EXPECT_THAT(Read(LogIn(), KindHour, "B", m_tStart, m_tStart),
                 ElementsAre("150 32 " + At(m_tStart) + " 2"));
@@ -316,27 +321,27 @@ TEST_F(ServerTest, ChangedTypeConvertsTheKeptValue) {
     Tick(10);
     Start("[[variable]]\nname = \"A\"\ntype = \"int\"\n");
     TestClient& client = LogIn();
-    client.Say(SubscribeRequest{{{1, "A"}}, {}, 0, true});
+    client.Say(vantrel::SubscribeRequest{{{1, "A"}}, {}, 0, true});
     EXPECT_THAT(Updates(client), ElementsAre("1: 150 0 " + At(m_tStart) + " 7"));
 }
 
 TEST_F(ServerTest, FolderIsForOneServer) {
     Start("");
-    Server second(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
+    Server second(m_clock, m_log, m_translator, m_loop, platform::PasswordCost::Least);
     std::vector<std::string> errors;
     EXPECT_FALSE(second.Start(m_folder.Path("plant.toml"), errors));
     EXPECT_THAT(errors, ElementsAre(m_folder.Path("data") + ": używa go już inny serwer"));
 }
 
 TEST_F(ServerTest, StartTellsWhatFails) {
-    Server server(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
+    Server server(m_clock, m_log, m_translator, m_loop, platform::PasswordCost::Least);
     std::vector<std::string> errors;
     Configure("[server]\nclients = 0\n");
     EXPECT_FALSE(server.Start(m_folder.Path("plant.toml"), errors));
     EXPECT_THAT(errors,
                 ElementsAre(m_folder.Path("plant.toml") +
                             ":2: server.clients: oczekiwano liczby całkowitej od 1 do 10000"));
-    Server other(m_clock, m_log, m_translator, m_loop, PasswordCost::Least);
+    Server other(m_clock, m_log, m_translator, m_loop, platform::PasswordCost::Least);
     Configure("[server]\nusers = \"brak/users.sqlite\"\n");
     errors.clear();
     EXPECT_FALSE(other.Start(m_folder.Path("plant.toml"), errors));
@@ -346,7 +351,7 @@ TEST_F(ServerTest, StartTellsWhatFails) {
 
 TEST_F(ServerTest, StoreThatFailsIsToldOnceAndAnsweredEachTime) {
     Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nrt = 2\n");
-    SqliteDatabase other;
+    platform::SqliteDatabase other;
     ASSERT_TRUE(other.Open(m_folder.Path("data/store.sqlite")));
     ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
     TestClient& client = LogIn();
@@ -364,9 +369,9 @@ TEST_F(ServerTest, StoreThatFailsIsToldOnceAndAnsweredEachTime) {
 TEST_F(ServerTest, EndCommitsWhatIsUnderWay) {
     Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\nrt = 2\n");
     TestClient& client = LogIn();
-    client.Say(
-        ModifyRequests{{{1, KindCurrent, "X", 0, CVal(1)}, {2, KindHour, "X", m_tStart, CVal(2)}}});
-    client.Say(ArchiveModifyRequest{3, "X", 5, 5, {Stamped(CVal(3), 5)}});
+    client.Say(vantrel::ModifyRequests{{{1, value::KindCurrent, "X", 0, value::CVal(1)},
+                                        {2, value::KindHour, "X", m_tStart, value::CVal(2)}}});
+    client.Say(vantrel::ArchiveModifyRequest{3, "X", 5, 5, {support::Stamped(value::CVal(3), 5)}});
     Restart();
     TestClient& again = LogIn();
     EXPECT_THAT(Read(again, KindArchive, "X", 0, kLargestTime),
@@ -384,4 +389,4 @@ TEST_F(ServerTest, StartAndEndAreLogged) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -2,7 +2,7 @@
 #include "server_fixture.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 using testing::ElementsAre;
@@ -59,16 +59,16 @@ class SessionTest : public ServerTest {
 
 TEST_F(SessionTest, SubscriptionIsAnsweredWithErrorsDefinitionsAndValues) {
     TestClient& client = LogIn();
-    client.Say(
-        SubscribeRequest{{{7, "Z1.P"}, {8, "Tajne.X"}, {9, "Brak"}, {10, "Z1.N"}}, {}, 0, true});
+    client.Say(vantrel::SubscribeRequest{
+        {{7, "Z1.P"}, {8, "Tajne.X"}, {9, "Brak"}, {10, "Z1.N"}}, {}, 0, true});
     ASSERT_EQ(client.messages.size(), 3u);
-    const auto& errors = std::get<AccessErrors>(client.messages[0]).entries;
+    const auto& errors = std::get<vantrel::AccessErrors>(client.messages[0]).entries;
     ASSERT_EQ(errors.size(), 2u);
     EXPECT_EQ(errors[0].handle, 8u);
     EXPECT_EQ(errors[0].code, ResultNoAccess);
     EXPECT_EQ(errors[1].handle, 9u);
     EXPECT_EQ(errors[1].code, 0);
-    const auto& definitions = std::get<VariableDefinitions>(client.messages[1]);
+    const auto& definitions = std::get<vantrel::VariableDefinitions>(client.messages[1]);
     EXPECT_TRUE(definitions.last);
     ASSERT_EQ(definitions.definitions.size(), 2u);
     EXPECT_EQ(definitions.definitions[0].name, "Z1.P");
@@ -81,15 +81,15 @@ TEST_F(SessionTest, SubscriptionIsAnsweredWithErrorsDefinitionsAndValues) {
 
 TEST_F(SessionTest, AnswerIsCompleteEvenWithoutValues) {
     TestClient& client = LogIn();
-    client.Say(SubscribeRequest{{{1, "Brak"}}, {}, 0, false});
-    client.Say(SubscribeRequest{{{2, "Brak"}}, {}, 0, true});
-    const std::vector<ValueUpdates> updates = client.Take<ValueUpdates>();
+    client.Say(vantrel::SubscribeRequest{{{1, "Brak"}}, {}, 0, false});
+    client.Say(vantrel::SubscribeRequest{{{2, "Brak"}}, {}, 0, true});
+    const std::vector<vantrel::ValueUpdates> updates = client.Take<vantrel::ValueUpdates>();
     ASSERT_EQ(updates.size(), 2u);
     EXPECT_THAT(updates[0].entries, IsEmpty());
     EXPECT_FALSE(updates[0].last);
     EXPECT_TRUE(updates[1].last);
     client.messages.clear();
-    client.Say(SubscribeRequest{{}, {1}, 0, true});
+    client.Say(vantrel::SubscribeRequest{{}, {1}, 0, true});
     EXPECT_THAT(client.messages, IsEmpty());
 }
 
@@ -100,20 +100,21 @@ TEST_F(SessionTest, ChangesGoToThoseWhoSubscribed) {
     EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(6)), ResultOk);
     EXPECT_THAT(Updates(reader), ElementsAre("2: 171 0 " + Stamp() + " 6.00"));
     EXPECT_THAT(writer.messages, IsEmpty());
-    reader.Say(SubscribeRequest{{}, {2}, 0, true});
+    reader.Say(vantrel::SubscribeRequest{{}, {2}, 0, true});
     EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(7)), ResultOk);
     EXPECT_THAT(reader.messages, IsEmpty());
 }
 
 TEST_F(SessionTest, OneVariableUnderTwoHandles) {
     TestClient& client = Operator();
-    client.Say(SubscribeRequest{{{1, "Z1.P"}, {2, "Z1.P"}, {2, "Z1.N"}, {0, "Z1.N"}}, {}, 0, true});
+    client.Say(vantrel::SubscribeRequest{
+        {{1, "Z1.P"}, {2, "Z1.P"}, {2, "Z1.N"}, {0, "Z1.N"}}, {}, 0, true});
     client.messages.clear();
-    Modify(client, KindCurrent, "Z1.P", 0, CVal(6));
+    Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal(6));
     EXPECT_THAT(Updates(client),
                 ElementsAre("1: 171 0 " + Stamp() + " 6.00", "2: 171 0 " + Stamp() + " 6.00"));
-    client.Say(SubscribeRequest{{}, {1, 99}, 0, true});
-    Modify(client, KindCurrent, "Z1.P", 0, CVal(7));
+    client.Say(vantrel::SubscribeRequest{{}, {1, 99}, 0, true});
+    Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal(7));
     EXPECT_THAT(Updates(client), ElementsAre("2: 171 0 " + Stamp() + " 7.00"));
 }
 
@@ -121,7 +122,7 @@ TEST_F(SessionTest, ClientThatHasGoneIsNotSentAnything) {
     TestClient& writer = Operator();
     TestClient& reader = LogIn();
     Subscribe(reader, {"Z1.P"});
-    reader.End(ReasonClientEnded);
+    reader.End(vantrel::ReasonClientEnded);
     EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(6)), ResultOk);
     EXPECT_THAT(reader.messages, IsEmpty());
 }
@@ -131,7 +132,8 @@ TEST_F(SessionTest, SlowClientGetsTheNewestValueAlone) {
     TestClient& reader = LogIn();
     Subscribe(reader, {"Z1.N", "Z1.P"});
     reader.backlog = 8;
-    for (int value = 1; value <= 9; ++value) Modify(writer, KindCurrent, "Z1.P", 0, CVal(value));
+    for (int value = 1; value <= 9; ++value)
+        Modify(writer, value::KindCurrent, "Z1.P", 0, value::CVal(value));
     EXPECT_THAT(reader.messages, IsEmpty());
     reader.backlog = 0;
     reader.session->OnDrained();
@@ -148,33 +150,33 @@ TEST_F(SessionTest, LargeSubscriptionIsAnsweredInPieces) {
     m_folder.Put("many.csv", csv);
     Start("[server]\nvariables = 2500\n[[variables]]\nfile = \"many.csv\"\n");
     TestClient& client = LogIn();
-    SubscribeRequest request;
+    vantrel::SubscribeRequest request;
     for (std::size_t index = 0; index < names.size(); ++index) {
-        request.added.push_back({static_cast<VariableHandle>(index + 1), names[index]});
+        request.added.push_back({static_cast<vantrel::VariableHandle>(index + 1), names[index]});
     }
     client.Say(request);
     std::size_t defined = 0;
     int lasts = 0;
-    for (const VariableDefinitions& piece : client.Take<VariableDefinitions>()) {
+    for (const vantrel::VariableDefinitions& piece : client.Take<vantrel::VariableDefinitions>()) {
         EXPECT_LE(piece.definitions.size(), 500u);
         defined += piece.definitions.size();
         lasts += piece.last ? 1 : 0;
     }
     EXPECT_EQ(defined, 2500u);
     EXPECT_EQ(lasts, 1);
-    const std::vector<ValueUpdates> updates = client.Take<ValueUpdates>();
+    const std::vector<vantrel::ValueUpdates> updates = client.Take<vantrel::ValueUpdates>();
     ASSERT_EQ(updates.size(), 3u);
     EXPECT_EQ(updates[0].entries.size(), 1000u);
     EXPECT_FALSE(updates[1].last);
     EXPECT_TRUE(updates[2].last);
 
     // Twice the variables of the server is the most, and it is told once.
-    for (SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
+    for (vantrel::SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
     client.Say(request);
     EXPECT_THAT(client.Take<AccessErrors>(), IsEmpty());
-    for (SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
+    for (vantrel::SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
     client.Say(request);
-    const std::vector<AccessErrors> errors = client.Take<AccessErrors>();
+    const std::vector<vantrel::AccessErrors> errors = client.Take<vantrel::AccessErrors>();
     ASSERT_EQ(errors.size(), 1u);
     EXPECT_EQ(errors[0].entries.size(), 2500u);
     EXPECT_EQ(errors[0].entries[0].code, ResultBadRequest);
@@ -218,7 +220,7 @@ TEST_F(SessionTest, WritesAreRefusedWithTheirReasons) {
               ResultBadValue);
     EXPECT_EQ(Modify(client, KindArchive, "Z1.P", 0, CVal(1)), ResultBadRequest);
     EXPECT_EQ(Modify(client, static_cast<ValueKind>(17), "Z1.P", 0, CVal(1)), ResultBadRequest);
-    CVal strange;
+    value::CVal strange;
     strange.SetType(200);
     EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, strange), ResultBadValue);
     EXPECT_EQ(Modify(client, KindHour, "Z1.P", 0, strange), ResultBadValue);
@@ -246,10 +248,10 @@ TEST_F(SessionTest, WriteWithoutTheRightIsLoggedOnceForEachVariable) {
     TestClient& client = LogIn();
     m_log.Take();
     for (const std::string name : {"Z1.P", "Z1.P", "Z1.N", "Tajne.X", "Brak"}) {
-        Modify(client, KindCurrent, name, 0, CVal(1));
+        Modify(client, value::KindCurrent, name, 0, value::CVal(1));
     }
-    Modify(client, KindHour, "Z1.P", m_tStart, CVal(1));
-    client.Say(ArchiveModifyRequest{9, "Z1.T", m_tStart, m_tStart, {}});
+    Modify(client, value::KindHour, "Z1.P", m_tStart, value::CVal(1));
+    client.Say(vantrel::ArchiveModifyRequest{9, "Z1.T", m_tStart, m_tStart, {}});
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.P",
                             "1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.N",
@@ -258,11 +260,12 @@ TEST_F(SessionTest, WriteWithoutTheRightIsLoggedOnceForEachVariable) {
 
 TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
     TestClient& client = Operator();
-    client.Say(ModifyRequests{{{1, KindCurrent, "Z1.P", 0, CVal(1)},
-                               {2, KindHour, "Z1.P", m_tStart, CVal(2)},
-                               {3, KindCurrent, "Brak", 0, CVal(3)},
-                               {4, KindHour, "Z1.P", m_tStart - 3600, CVal(4)}}});
-    const std::vector<ModifyResults> atOnce = client.Take<ModifyResults>();
+    client.Say(
+        vantrel::ModifyRequests{{{1, value::KindCurrent, "Z1.P", 0, value::CVal(1)},
+                                 {2, value::KindHour, "Z1.P", m_tStart, value::CVal(2)},
+                                 {3, value::KindCurrent, "Brak", 0, value::CVal(3)},
+                                 {4, value::KindHour, "Z1.P", m_tStart - 3600, value::CVal(4)}}});
+    const std::vector<vantrel::ModifyResults> atOnce = client.Take<vantrel::ModifyResults>();
     ASSERT_EQ(atOnce.size(), 1u);
     ASSERT_EQ(atOnce[0].entries.size(), 2u);
     EXPECT_EQ(atOnce[0].entries[0].id, 1u);
@@ -270,7 +273,7 @@ TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
     EXPECT_EQ(atOnce[0].entries[1].id, 3u);
     EXPECT_EQ(atOnce[0].entries[1].result, ResultNothing);
     Settle();
-    const std::vector<ModifyResults> committed = client.Take<ModifyResults>();
+    const std::vector<vantrel::ModifyResults> committed = client.Take<vantrel::ModifyResults>();
     ASSERT_EQ(committed.size(), 1u);
     ASSERT_EQ(committed[0].entries.size(), 2u);
     EXPECT_EQ(committed[0].entries[0].id, 2u);
@@ -285,7 +288,7 @@ TEST_F(SessionTest, ReportIsWrittenAndReadByAnyTimeOfItsPeriod) {
     EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart + 1234, Stamped(CVal(7), 5, 0x8000)),
               ResultOk);
     const std::string expected =
-        "150 " + std::to_string(0x8000 | Status::SetByUser) + " " + Stamp() + " 7";
+        "150 " + std::to_string(0x8000 | value::Status::SetByUser) + " " + Stamp() + " 7";
     EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart, m_tStart), ElementsAre(expected));
     EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart + 3599, m_tStart + 3599),
                 ElementsAre(expected));
@@ -305,7 +308,7 @@ TEST_F(SessionTest, SpanIsKeptUnderItsVerySecond) {
 TEST_F(SessionTest, RangeHoldsItsBoundsAndMayBeEmpty) {
     TestClient& client = Operator();
     for (int hour = 0; hour < 4; ++hour) {
-        Modify(client, KindHour, "Z1.N", m_tStart + hour * 3600, CVal(hour));
+        Modify(client, value::KindHour, "Z1.N", m_tStart + hour * 3600, value::CVal(hour));
     }
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart + 3600, m_tStart + 7200),
                 ElementsAre("150 32 " + Stamp(3600) + " 1", "150 32 " + Stamp(7200) + " 2"));
@@ -371,15 +374,16 @@ TEST_F(SessionTest, ReadsAreRefusedWithTheirReasons) {
     EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MIN, INT64_MIN), ElementsAre("result 4"));
     EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MAX, INT64_MAX), ElementsAre("result 4"));
     EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MIN, INT64_MAX), IsEmpty());
-    client.Say(ReadRequests{{{0, KindHour, "Z1.P", 0, 0}}});
+    client.Say(vantrel::ReadRequests{{{0, value::KindHour, "Z1.P", 0, 0}}});
     EXPECT_EQ(client.Take<ReadAnswer>().at(0).result, ResultBadRequest);
 }
 
 class SessionLongReadTest : public SessionTest {
   protected:
     SessionLongReadTest() : m_client(Operator()) {
-        std::vector<CVal> values;
-        for (int time = 1; time <= 7000; ++time) values.push_back(Stamped(CVal(time), time));
+        std::vector<value::CVal> values;
+        for (int time = 1; time <= 7000; ++time)
+            values.push_back(support::Stamped(value::CVal(time), time));
         EXPECT_EQ(ModifyArchive(m_client, "Z1.N", values), ResultOk);
         EXPECT_EQ(ModifyArchive(m_client, "Z1.T", {Stamped(CVal("x"), 5)}), ResultOk);
     }
@@ -387,22 +391,22 @@ class SessionLongReadTest : public SessionTest {
 };
 
 TEST_F(SessionLongReadTest, ComesInPieces) {
-    m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 2, 6999}}});
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 2, 6999}}});
     Settle();
-    const std::vector<ReadAnswer> answers = m_client.Take<ReadAnswer>();
+    const std::vector<vantrel::ReadAnswer> answers = m_client.Take<vantrel::ReadAnswer>();
     ASSERT_EQ(answers.size(), 4u);
     int next = 2;
-    for (const ReadAnswer& answer : answers) {
+    for (const vantrel::ReadAnswer& answer : answers) {
         EXPECT_LE(answer.values.size(), 2000u);
         EXPECT_EQ(answer.last, next + static_cast<int>(answer.values.size()) == 7000);
-        for (const CVal& value : answer.values) ASSERT_EQ(value.GetTime(), next++);
+        for (const value::CVal& value : answer.values) ASSERT_EQ(value.GetTime(), next++);
     }
     EXPECT_EQ(next, 7000);
 }
 
 TEST_F(SessionLongReadTest, WaitsForASlowClient) {
     m_client.backlog = 8;
-    m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}}});
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000}}});
     Settle();
     EXPECT_THAT(m_client.messages, IsEmpty());
     m_client.backlog = 0;
@@ -417,18 +421,19 @@ TEST_F(SessionLongReadTest, WaitsForASlowClient) {
 }
 
 TEST_F(SessionLongReadTest, ShortReadDoesNotWaitForItsEnd) {
-    m_client.Say(
-        ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}, {2, KindArchive, "Z1.T", 1, 7000}}});
+    m_client.Say(vantrel::ReadRequests{
+        {{1, value::KindArchive, "Z1.N", 1, 7000}, {2, value::KindArchive, "Z1.T", 1, 7000}}});
     Settle();
-    std::vector<RequestId> order;
-    for (const ReadAnswer& answer : m_client.Take<ReadAnswer>()) order.push_back(answer.id);
+    std::vector<vantrel::RequestId> order;
+    for (const vantrel::ReadAnswer& answer : m_client.Take<vantrel::ReadAnswer>())
+        order.push_back(answer.id);
     EXPECT_THAT(order, ElementsAre(1, 2, 1, 1, 1));
 }
 
 TEST_F(SessionLongReadTest, CancelledReadIsNotAnswered) {
-    m_client.Say(
-        ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}, {2, KindArchive, "Z1.N", 1, 7000}}});
-    m_client.Say(CancelRequests{{1, 2, 77}});
+    m_client.Say(vantrel::ReadRequests{
+        {{1, value::KindArchive, "Z1.N", 1, 7000}, {2, value::KindArchive, "Z1.N", 1, 7000}}});
+    m_client.Say(vantrel::CancelRequests{{1, 2, 77}});
     Settle();
     EXPECT_THAT(m_client.messages, IsEmpty());
     EXPECT_EQ(Read(m_client, KindArchive, "Z1.T", 0, 10).size(), 1u);
@@ -436,13 +441,13 @@ TEST_F(SessionLongReadTest, CancelledReadIsNotAnswered) {
 
 TEST_F(SessionLongReadTest, ReadsUnderWayAreBounded) {
     m_client.backlog = 8;
-    ReadRequests requests;
-    for (RequestId id = 1; id <= 1002; ++id) {
-        requests.requests.push_back({id, KindHour, "Z1.N", 0, 0});
+    vantrel::ReadRequests requests;
+    for (vantrel::RequestId id = 1; id <= 1002; ++id) {
+        requests.requests.push_back({id, value::KindHour, "Z1.N", 0, 0});
     }
-    requests.requests.push_back({5, KindHour, "Z1.N", 0, 0});
+    requests.requests.push_back({5, value::KindHour, "Z1.N", 0, 0});
     m_client.Say(requests);
-    const std::vector<ReadAnswer> refused = m_client.Take<ReadAnswer>();
+    const std::vector<vantrel::ReadAnswer> refused = m_client.Take<vantrel::ReadAnswer>();
     ASSERT_EQ(refused.size(), 3u);
     EXPECT_EQ(refused[0].id, 1001u);
     EXPECT_EQ(refused[0].result, ResultBadRequest);
@@ -451,9 +456,9 @@ TEST_F(SessionLongReadTest, ReadsUnderWayAreBounded) {
 }
 
 TEST_F(SessionLongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
-    m_client.Say(ReadRequests{{{1, KindArchive, "Z1.N", 1, 7000}}});
-    m_client.Say(ModifyRequests{{{2, KindHour, "Z1.N", 0, CVal(1)}}});
-    m_client.End(ReasonLost);
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000}}});
+    m_client.Say(vantrel::ModifyRequests{{{2, value::KindHour, "Z1.N", 0, value::CVal(1)}}});
+    m_client.End(vantrel::ReasonLost);
     Settle();
     EXPECT_THAT(m_client.messages, IsEmpty());
     EXPECT_EQ(Read(LogIn(), KindHour, "Z1.N", 0, 0).size(), 1u);
@@ -464,56 +469,57 @@ TEST_F(SessionLongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
 TEST_F(SessionTest, ReportsAreMadeLoadedAndCalculated) {
     TestClient& client = Operator();
     ModifyArchive(client, "Z1.N",
-                  {Stamped(CVal(10), m_tStart - 60), Stamped(CVal(20), m_tStart + 1800)});
+                  {support::Stamped(value::CVal(10), m_tStart - 60),
+                   support::Stamped(value::CVal(20), m_tStart + 1800)});
     m_clock.Advance(3600 * 1000);
-    Order(client, PeriodAction::Init, KindHour, "Z1.N", m_tStart + 5);
+    Order(client, vantrel::PeriodAction::Init, value::KindHour, "Z1.N", m_tStart + 5);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("255 257 " + Stamp() + " "));
-    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart + 5);
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart + 5);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("171 384 " + Stamp() + " 15.00"));
-    Modify(client, KindHour, "Z1.N", m_tStart, CVal(1));
-    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart);
+    Modify(client, value::KindHour, "Z1.N", m_tStart, value::CVal(1));
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("150 32 " + Stamp() + " 1"));
-    Order(client, PeriodAction::Calculate, KindHour, "Z1.N", m_tStart);
+    Order(client, vantrel::PeriodAction::Calculate, value::KindHour, "Z1.N", m_tStart);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("171 128 " + Stamp() + " 15.00"));
 }
 
 TEST_F(SessionTest, LoadWithinTheHourTakesWhatIsThere) {
     TestClient& client = Operator();
-    ModifyArchive(client, "Z1.N", {Stamped(CVal(10), m_tStart - 60)});
+    ModifyArchive(client, "Z1.N", {support::Stamped(value::CVal(10), m_tStart - 60)});
     m_clock.Advance(600 * 1000);
-    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart);
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
                 ElementsAre("171 192 " + Stamp() + " 10.00"));
-    Order(client, PeriodAction::Load, KindHour, "Z1.N", m_tStart + 3600);
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart + 3600);
     EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart + 3600, m_tStart + 3600),
                 ElementsAre("255 129 " + Stamp(3600) + " "));
 }
 
 TEST_F(SessionTest, SpanCanBeMadeAndNotComputed) {
     TestClient& client = Operator();
-    Order(client, PeriodAction::Load, KindSpan, "Z1.P", m_tStart + 3);
-    Order(client, PeriodAction::Calculate, KindSpan, "Z1.P", m_tStart + 3);
+    Order(client, vantrel::PeriodAction::Load, value::KindSpan, "Z1.P", m_tStart + 3);
+    Order(client, vantrel::PeriodAction::Calculate, value::KindSpan, "Z1.P", m_tStart + 3);
     EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
                 ElementsAre("result 1"));
-    Order(client, PeriodAction::Init, KindSpan, "Z1.P", m_tStart + 3);
+    Order(client, vantrel::PeriodAction::Init, value::KindSpan, "Z1.P", m_tStart + 3);
     EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
                 ElementsAre("255 257 " + Stamp(3) + " "));
-    Order(client, PeriodAction::Update, KindArchive, "Z1.P", m_tStart);
-    Order(client, PeriodAction::Refresh, KindArchive, "Z1.P", m_tStart);
+    Order(client, vantrel::PeriodAction::Update, value::KindArchive, "Z1.P", m_tStart);
+    Order(client, vantrel::PeriodAction::Refresh, value::KindArchive, "Z1.P", m_tStart);
     EXPECT_THAT(m_log.Take(), IsEmpty());
 }
 
 TEST_F(SessionTest, RefusedOrderIsLoggedOnce) {
     TestClient& client = Operator();
-    Order(client, PeriodAction::Load, KindDay, "Z1.N", m_tStart);
-    Order(client, PeriodAction::Load, KindHour, "Brak", m_tStart);
-    Order(client, PeriodAction::Load, KindHour, "Z1.N", -1);
-    Order(client, PeriodAction::Load, KindArchive, "Z1.N", m_tStart);
-    Order(client, PeriodAction::Update, KindHour, "Z1.N", m_tStart);
+    Order(client, vantrel::PeriodAction::Load, value::KindDay, "Z1.N", m_tStart);
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Brak", m_tStart);
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", -1);
+    Order(client, vantrel::PeriodAction::Load, value::KindArchive, "Z1.N", m_tStart);
+    Order(client, vantrel::PeriodAction::Update, value::KindHour, "Z1.N", m_tStart);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: polecenie dla danych raportowych albo "
                             "archiwalnych odrzucone"));
@@ -525,15 +531,15 @@ TEST_F(SessionTest, ReportChangeIsToldOnceAPeriodToThoseWhoAsked) {
     TestClient& asked = LogIn();
     Subscribe(asked, {"Z1.P"});
     TestClient& other = LogIn();
-    other.Say(SubscribeRequest{{{1, "Z1.P"}}, {}, 0, true});
+    other.Say(vantrel::SubscribeRequest{{{1, "Z1.P"}}, {}, 0, true});
     other.messages.clear();
-    Modify(writer, KindHour, "Z1.P", m_tStart, CVal(1));
-    Modify(writer, KindHour, "Z1.N", m_tStart + 60, CVal(1));
-    Modify(writer, KindDay, "Z1.P", m_tStart, CVal(1));
+    Modify(writer, value::KindHour, "Z1.P", m_tStart, value::CVal(1));
+    Modify(writer, value::KindHour, "Z1.N", m_tStart + 60, value::CVal(1));
+    Modify(writer, value::KindDay, "Z1.P", m_tStart, value::CVal(1));
     EXPECT_THAT(asked.messages, IsEmpty());
     Tick();
     std::vector<std::pair<int, std::int64_t>> changes;
-    for (const ReportChange& change : asked.Take<ReportChange>()) {
+    for (const vantrel::ReportChange& change : asked.Take<vantrel::ReportChange>()) {
         changes.emplace_back(change.kind, change.time);
     }
     EXPECT_THAT(changes,
@@ -541,7 +547,7 @@ TEST_F(SessionTest, ReportChangeIsToldOnceAPeriodToThoseWhoAsked) {
     EXPECT_THAT(other.messages, IsEmpty());
     Tick();
     EXPECT_THAT(asked.messages, IsEmpty());
-    Modify(writer, KindHour, "Z1.P", m_tStart, CVal(2));
+    Modify(writer, value::KindHour, "Z1.P", m_tStart, value::CVal(2));
     Tick();
     EXPECT_EQ(asked.Take<ReportChange>().size(), 1u);
 }
@@ -555,21 +561,22 @@ TEST_F(SessionTest, LogIsForThoseWithTheRight) {
     Subscribe(chief, {});
     Subscribe(other, {});
     LogIn();
-    const std::vector<LogMessage> told = chief.Take<LogMessage>();
+    const std::vector<vantrel::LogMessage> told = chief.Take<vantrel::LogMessage>();
     ASSERT_EQ(told.size(), 1u);
     EXPECT_EQ(ToUtf8(told[0].text), "Rejestracja użytkownika NOBODY z Kalvex_stacja");
     EXPECT_EQ(told[0].level, 2);
     EXPECT_EQ(told[0].time, m_tStart);
     EXPECT_THAT(other.messages, IsEmpty());
 
-    chief.Say(LastMessagesRequest{2});
+    chief.Say(vantrel::LastMessagesRequest{2});
     std::vector<std::string> lines;
-    for (const LogMessage& line : chief.Take<LogMessage>()) lines.push_back(ToUtf8(line.text));
+    for (const vantrel::LogMessage& line : chief.Take<vantrel::LogMessage>())
+        lines.push_back(text::ToUtf8(line.text));
     EXPECT_THAT(lines, ElementsAre("Rejestracja użytkownika adam z Kalvex_stacja",
                                    "Rejestracja użytkownika NOBODY z Kalvex_stacja"));
-    chief.Say(LastMessagesRequest{UINT32_MAX});
+    chief.Say(vantrel::LastMessagesRequest{UINT32_MAX});
     EXPECT_EQ(chief.Take<LogMessage>().size(), 4u);
-    other.Say(LastMessagesRequest{2});
+    other.Say(vantrel::LastMessagesRequest{2});
     EXPECT_THAT(other.messages, IsEmpty());
 }
 
@@ -578,18 +585,19 @@ TEST_F(SessionTest, LogReachesAThousandLinesBack) {
     TestClient& chief = LogIn("szef", "tajne");
     std::vector<std::string> expected;
     for (int i = 0; i <= 1000; ++i) {
-        LoginRequest request;
+        vantrel::LoginRequest request;
         request.clientName = "K" + std::to_string(i);
         bool answered = false;
         m_server->ListVariables(request, {}, [&answered](const auto&) { answered = true; });
         while (!answered) m_loop.WaitAndRun();
         if (i > 0) expected.push_back("Rejestracja użytkownika NOBODY z " + request.clientName);
     }
-    chief.Say(LastMessagesRequest{UINT32_MAX});
+    chief.Say(vantrel::LastMessagesRequest{UINT32_MAX});
     std::vector<std::string> lines;
-    for (const LogMessage& line : chief.Take<LogMessage>()) lines.push_back(ToUtf8(line.text));
+    for (const vantrel::LogMessage& line : chief.Take<vantrel::LogMessage>())
+        lines.push_back(text::ToUtf8(line.text));
     EXPECT_EQ(lines, expected);
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 Signal Parsed(std::string_view text) {
-    Notice error;
+    platform::Notice error;
     std::optional<Signal> signal = Signal::Parse(text, error);
     EXPECT_TRUE(signal) << text;
     return *signal;
@@ -104,11 +104,11 @@ TEST(SignalsTest, WrongTextsAreTold) {
         {"counter start=5", "brak parametru rate"},
     };
     for (const Row& row : kRows) {
-        Notice error;
+        platform::Notice error;
         EXPECT_FALSE(Signal::Parse(row.text, error)) << row.text;
         EXPECT_EQ(InWords(error, Translator()), row.error) << row.text;
     }
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -11,7 +11,7 @@
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
 
-namespace kalvex {
+namespace kalvex::server {
 namespace {
 
 constexpr int kRounds = 25;
@@ -19,18 +19,18 @@ constexpr int kBatch = 7;
 
 // Writes archive and report values without end and tells the number of each acknowledged batch.
 [[noreturn]] void WriteUntilKilled(const std::string& path, std::int64_t first, int tell) {
-    WaitingLoop loop;
+    support::WaitingLoop loop;
     Store store(loop);
-    Notice error;
+    platform::Notice error;
     if (!store.Open(path, error)) ::_exit(1);
     const VariableId x = store.Register("X");
     for (std::int64_t batch = first;; ++batch) {
         std::vector<StoreOperation> operations;
         for (std::int64_t index = 0; index < kBatch; ++index) {
             const std::int64_t time = batch * kBatch + index;
-            operations.push_back(PutValue{x, KindArchive, time, CVal(time * 3)});
+            operations.push_back(PutValue{x, value::KindArchive, time, value::CVal(time * 3)});
         }
-        operations.push_back(PutValue{x, KindHour, batch * 3600, CVal(batch)});
+        operations.push_back(PutValue{x, value::KindHour, batch * 3600, value::CVal(batch)});
         const bool taken = store.Submit(std::move(operations), Store::Urgency::Now,
                                         [batch, tell](const StoreOutcome& outcome) {
                                             if (!outcome.committed) ::_exit(2);
@@ -42,8 +42,9 @@ constexpr int kBatch = 7;
     }
 }
 
-std::vector<CVal> ReadAll(Store& store, WaitingLoop& loop, VariableId x, ValueKind kind) {
-    std::vector<CVal> values;
+std::vector<value::CVal> ReadAll(Store& store, support::WaitingLoop& loop, VariableId x,
+                                 value::ValueKind kind) {
+    std::vector<value::CVal> values;
     bool answered = false;
     store.Read({x, kind, 0, INT64_MAX, 10'000'000}, [&](StorePiece piece) {
         EXPECT_TRUE(piece.read);
@@ -55,7 +56,7 @@ std::vector<CVal> ReadAll(Store& store, WaitingLoop& loop, VariableId x, ValueKi
 }
 
 TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
-    const ScratchFolder folder;
+    const support::ScratchFolder folder;
     const std::string path = folder.Path("store.sqlite");
     std::vector<std::int64_t> acknowledged;
     std::int64_t next = 1;
@@ -67,17 +68,17 @@ TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
         acknowledged.insert(acknowledged.end(), more.begin(), more.end());
         next = more.back() + 1000000;
 
-        WaitingLoop loop;
+        support::WaitingLoop loop;
         Store store(loop);
-        Notice error;
+        platform::Notice error;
         ASSERT_TRUE(store.Open(path, error));
         const VariableId x = store.Register("X");
         std::map<std::int64_t, std::int64_t> archive;
-        for (const CVal& value : ReadAll(store, loop, x, KindArchive)) {
+        for (const value::CVal& value : ReadAll(store, loop, x, value::KindArchive)) {
             archive[value.GetTime()] = value.Integer();
         }
         std::map<std::int64_t, std::int64_t> hours;
-        for (const CVal& value : ReadAll(store, loop, x, KindHour)) {
+        for (const value::CVal& value : ReadAll(store, loop, x, value::KindHour)) {
             hours[value.GetTime()] = value.Integer();
         }
         for (const std::int64_t batch : acknowledged) {
@@ -94,4 +95,4 @@ TEST(StoreKillTest, EveryAcknowledgedWriteIsFound) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::server

@@ -3,7 +3,7 @@
 #include "support/hand_server.h"
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
 using testing::ElementsAre;
@@ -11,7 +11,7 @@ using testing::IsEmpty;
 
 // ---- login
 
-class ConnectionsLoginTest : public ScriptWorld {
+class ConnectionsLoginTest : public support::ScriptWorld {
   protected:
     // How the source "srv" is logged in to with this description, if any.
     std::string LoginWith(std::vector<CSourceDesc> descriptions, bool consoleClient = false) {
@@ -32,8 +32,8 @@ class ConnectionsLoginTest : public ScriptWorld {
         users.name = "ewa";
     }
 
-    InProcessNetwork network;
-    HandServer server;
+    support::InProcessNetwork network;
+    support::HandServer server;
 };
 
 TEST_F(ConnectionsLoginTest, WithoutADescriptionAsTheActiveUser) {
@@ -64,7 +64,7 @@ TEST_F(ConnectionsLoginTest, ConsoleClientWishesForMoreThanAModule) {
 }
 
 TEST_F(ConnectionsLoginTest, RefusalIsLogged) {
-    server.loginResult = {5, FromUtf8("użytkownik nieznany")};
+    server.loginResult = {5, text::FromUtf8("użytkownik nieznany")};
     LoginWith({});
     EXPECT_THAT(log.lines, ElementsAre(std::pair(
                                1, std::string("Brak dostępu do serwera srv użytkownik nieznany"))));
@@ -89,10 +89,11 @@ TEST_F(ConnectionsFaultTest, EachHasItsWords) {
     SourceServices world{log, translator, users, network};
     HookedConnection connection(world);
     connection.Create(23, "srv", "Kalvex", network, nullptr);
-    for (const ConnectionFault fault :
-         {ConnectionFault::Create, ConnectionFault::Destroy, ConnectionFault::Open,
-          ConnectionFault::Close, ConnectionFault::Receive}) {
-        connection.OnConnectionFault(fault, ReasonUnreachable);
+    for (const vantrel::ConnectionFault fault :
+         {vantrel::ConnectionFault::Create, vantrel::ConnectionFault::Destroy,
+          vantrel::ConnectionFault::Open, vantrel::ConnectionFault::Close,
+          vantrel::ConnectionFault::Receive}) {
+        connection.OnConnectionFault(fault, vantrel::ReasonUnreachable);
     }
     EXPECT_THAT(Log(), ElementsAre("Błąd utworzenia połączenia (serwer nie odpowiada)",
                                    "Błąd usunięcia połączenia (serwer nie odpowiada)",
@@ -102,7 +103,7 @@ TEST_F(ConnectionsFaultTest, EachHasItsWords) {
 }
 
 TEST_F(ConnectionsFaultTest, SourceThatCannotBeMadeLeavesNoConnection) {
-    NoTransports none;
+    support::NoTransports none;
     CClientInterface client({log, translator, users, none});
     EXPECT_EQ(client.RegisterPlain("srv", "V"), nullptr);
     EXPECT_EQ(client.FindConnection("srv"), nullptr);
@@ -112,10 +113,10 @@ TEST_F(ConnectionsFaultTest, SourceThatCannotBeMadeLeavesNoConnection) {
 }
 
 TEST_F(ConnectionsFaultTest, RemoteVariableWithoutAConnection) {
-    NoTransports none;
+    support::NoTransports none;
     CClientInterface client({log, translator, users, none});
     services.sources = &client;
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x\nGET a HREP 2024 3 10 6\n"
             "PUT a HREP 2024 3 10 6 1\nINIT a HREP 2024 3 10 6\n"
             "SET a = 5\nSET a.HREP = 7\nSET x = a");
@@ -124,7 +125,7 @@ TEST_F(ConnectionsFaultTest, RemoteVariableWithoutAConnection) {
     CInterfaceObj& link = *document.Variables().Find("a")->GetSourceRecord();
     EXPECT_EQ(link.GetRequestState(KindHour), RequestReady);
     EXPECT_EQ(link.CurrentValue(), nullptr);
-    CVariable& variable = *document.Variables().Find("a");
+    operands::CVariable& variable = *document.Variables().Find("a");
     EXPECT_EQ(variable.SetValue(CVal(5), KindCurrent), 0);
     EXPECT_EQ(variable.RequestRange(KindDay, 1, 1), 0);
     EXPECT_EQ(link.GetRequestState(KindDay), RequestFailed);
@@ -147,7 +148,7 @@ TEST_F(ConnectionsFaultTest, RemoteVariableWithoutAConnection) {
 
 // ---- the life of a connection
 
-class ConnectionsTest : public SourceWorld {};
+class ConnectionsTest : public support::SourceWorld {};
 
 TEST_F(ConnectionsTest, DisconnectionsAreWordedByTheirReason) {
     Plant(
@@ -177,7 +178,7 @@ TEST_F(ConnectionsTest, DataAreReadyOnlyOnceTheyHaveComeIn) {
     Plant(
         "'dataAtTick': 60, 'outages': [{'fromTick': 20, 'toTick': 30}], "
         "'variables': {'V': {'current': [{'value': 1}]}}");
-    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
     Tick(10);
     EXPECT_TRUE(client->IsConnected("srv"));
     EXPECT_FALSE(Connection().IsDataReady());
@@ -205,7 +206,7 @@ TEST_F(ConnectionsTest, NoSourceWithoutAName) {
 TEST_F(ConnectionsTest, CurrentValueIsModifiedByName) {
     Plant("'variables': {'V': {'current': [{'value': 1}]}}");
     EXPECT_FALSE(client->ModifyCurrentByName("srv", "V", CVal(5)));
-    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 5);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 5);
     EXPECT_TRUE(client->ModifyCurrentByName("srv", "V", CVal(5)));
     Tick(1);
     EXPECT_EQ(Stored(document, "a"), "5/0");
@@ -269,7 +270,7 @@ TEST_F(ConnectionsTest, RegistrationReachesTheServerAtOnce) {
 }
 
 TEST_F(ConnectionsTest, RegistrationWithoutAnOwner) {
-    CVarVal* variable = client->RegisterPlain("srv", "V");
+    vantrel::CVarVal* variable = client->RegisterPlain("srv", "V");
     ASSERT_NE(variable, nullptr);
     EXPECT_EQ(variable, Connection().GetVarVal("V"));
     client->UnregisterPlain("srv", "V");
@@ -310,7 +311,7 @@ TEST_F(ConnectionsTest, OneBlockHoldsBackAllScripts) {
 
 TEST_F(ConnectionsTest, ResetOfAnyScriptEndsAllBlocksAndTellsTheServerOnce) {
     Run("REMOTE a srv@V\nREMOTE b srv@W\nSUBSCRIBE STOP\nSUBSCRIBE STOP\nSUBSCRIBE STOP", 5);
-    CKalvexDoc& other = Start("REMOTE c srv@X\nREMOTE d srv@Y", "drugi.kx");
+    engine::CKalvexDoc& other = Start("REMOTE c srv@X\nREMOTE d srv@Y", "drugi.kx");
     Tick(5);
     Calls("");
     other.Reset();
@@ -322,11 +323,11 @@ TEST_F(ConnectionsTest, ResetOfAnyScriptEndsAllBlocksAndTellsTheServerOnce) {
 
 TEST_F(ConnectionsTest, ResetReleasesVariablesAndRequests) {
     Plant("'latencyTicks': 100, 'variables': {'V': {}}");
-    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 1);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 1);
     Tick(2);
-    document.Variables().Find("a")->RequestRange(KindHour, 1, 1);
-    document.Variables().Find("a")->RequestRange(KindArchive, 1, 2);
-    document.Variables().Find("a")->SetValue(CVal(1), KindDay);
+    document.Variables().Find("a")->RequestRange(value::KindHour, 1, 1);
+    document.Variables().Find("a")->RequestRange(value::KindArchive, 1, 2);
+    document.Variables().Find("a")->SetValue(value::CVal(1), value::KindDay);
     Calls("");
     document.Reset();
     EXPECT_THAT(Calls("Cancel"),
@@ -337,8 +338,8 @@ TEST_F(ConnectionsTest, ResetReleasesVariablesAndRequests) {
 
 TEST_F(ConnectionsTest, VariableOfTwoScriptsOutlivesTheResetOfOne) {
     Plant("'variables': {'V': {'current': [{'value': 1}, {'atTick': 30, 'value': 2}]}}");
-    CKalvexDoc& first = Start("REMOTE a srv@V", "pierwszy.kx");
-    CKalvexDoc& second = Start("REMOTE b srv@V", "drugi.kx");
+    engine::CKalvexDoc& first = Start("REMOTE a srv@V", "pierwszy.kx");
+    engine::CKalvexDoc& second = Start("REMOTE b srv@V", "drugi.kx");
     Tick(10);
     first.Reset();
     Tick(30);
@@ -352,11 +353,11 @@ TEST_F(ConnectionsTest, DefinitionsReachTheVariables) {
         "'latencyTicks': 5, 'variables': {'V': {'attributes': {'un': 'm3/h', 'de': 'Przepływ', "
         "'nd': 'Z1', 'fo': '%.2f', 'min': '0', 'max': '500', 'at': 4, 'rt': 20}}, "
         "'W': {'attributes': {'at': 64, 'rt': 10}}}");
-    CKalvexDoc& document = Start("REMOTE a srv@V");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V");
     EXPECT_FALSE(client->Services().definitionsChanged);
     Tick(2);
     EXPECT_TRUE(client->Services().definitionsChanged);
-    CVariable& a = *document.Variables().Find("a");
+    operands::CVariable& a = *document.Variables().Find("a");
     EXPECT_EQ(a.GetUnit(), "m3/h");
     EXPECT_EQ(ToUtf8(a.GetDescription()), "Przepływ");
     EXPECT_EQ(a.GetDescName(), "Z1");
@@ -368,11 +369,11 @@ TEST_F(ConnectionsTest, DefinitionsReachTheVariables) {
     EXPECT_EQ(a.HasDayReport(), 1);
     EXPECT_EQ(a.HasMonthReport(), 0);
     EXPECT_EQ(a.HasSpanReport(), 1);
-    CKalvexDoc& other = Start("REMOTE b srv@V\nREMOTE c srv@W", "drugi.kx");
+    engine::CKalvexDoc& other = Start("REMOTE b srv@V\nREMOTE c srv@W", "drugi.kx");
     Tick(1);
     EXPECT_EQ(other.Variables().Find("b")->GetUnit(), "m3/h");
     Tick(5);
-    CVariable& c = *other.Variables().Find("c");
+    operands::CVariable& c = *other.Variables().Find("c");
     EXPECT_EQ(c.GetUnit(), "");
     EXPECT_EQ(c.IsArchived(), 0);
     EXPECT_EQ(c.HasHourReport(), 1);
@@ -385,7 +386,7 @@ TEST_F(ConnectionsTest, ArchiveBits) {
     Plant(
         "'variables': {'A': {'attributes': {'at': 2}}, 'B': {'attributes': {'at': 32}}, "
         "'C': {'attributes': {'at': 89}}}");
-    CKalvexDoc& document = Run("REMOTE a srv@A\nREMOTE b srv@B\nREMOTE c srv@C", 5);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@A\nREMOTE b srv@B\nREMOTE c srv@C", 5);
     EXPECT_EQ(document.Variables().Find("a")->IsArchived(), 1);
     EXPECT_EQ(document.Variables().Find("b")->IsArchived(), 1);
     EXPECT_EQ(document.Variables().Find("c")->IsArchived(), 0);
@@ -399,4 +400,4 @@ TEST_F(ConnectionsTest, NamesOfTheServersVariables) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -3,20 +3,20 @@
 #include "sources/ReportNotifications.h"
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
 using testing::ElementsAre;
 
-class NotificationsTest : public SourceWorld {
+class NotificationsTest : public support::SourceWorld {
   protected:
     // The error of a script with this line, "0" when it went through.
     std::string ErrorOf(const std::string& line) {
-        CKalvexDoc& document = Run("REMOTE a srv@V\n" + line, 2);
+        engine::CKalvexDoc& document = Run("REMOTE a srv@V\n" + line, 2);
         return document.State().m_nCurrentLine == 2 ? "0" : Error(document);
     }
 
-    static std::vector<std::int64_t> Queue(CKalvexDoc& document, ValueKind kind) {
+    static std::vector<std::int64_t> Queue(engine::CKalvexDoc& document, value::ValueKind kind) {
         const CNotifyRecord* record = CReportNotifications::Of(document).Find(kind, "srv");
         if (record == nullptr) return {};
         return {record->arrTimes.begin(), record->arrTimes.end()};
@@ -28,7 +28,7 @@ TEST_F(NotificationsTest, QueueHoldsEachTimeOnceOldestFirst) {
         "'reportChanges': [{'atTick': 10, 'kind': 'HREP', 'time': 200}, "
         "{'atTick': 11, 'kind': 'HREP', 'time': 100}, {'atTick': 12, 'kind': 'HREP', "
         "'time': 200}, {'atTick': 13, 'kind': 'DREP', 'time': 300}]");
-    CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
     Tick(20);
     EXPECT_THAT(Queue(document, KindHour), ElementsAre(200, 100));
     EXPECT_THAT(Queue(document, KindDay), ElementsAre());
@@ -38,7 +38,7 @@ TEST_F(NotificationsTest, TimesAreTakenOneByOne) {
     Plant(
         "'reportChanges': [{'atTick': 5, 'kind': 'SREP', 'time': 200}, "
         "{'atTick': 6, 'kind': 'SREP', 'time': 100}]");
-    CKalvexDoc& document = Start(
+    engine::CKalvexDoc& document = Start(
         "REMOTE a srv@V\nENABLE_NOTIFY SREP srv\n:c\n"
         "IF TIME < 1710050410 GOTO c\nLOCAL n = NOTIFY_QUEUE_COUNT SREP srv\n"
         "LOCAL t = NOTIFY SREP srv\nLOCAL m = NOTIFYING_QUEUE_SIZE SREP srv\n"
@@ -58,8 +58,10 @@ TEST_F(NotificationsTest, EachKindAndDocumentHasItsQueue) {
         "'reportChanges': [{'atTick': 10, 'kind': 'DREP', 'time': 100}, "
         "{'atTick': 11, 'kind': 'MREP', 'time': 200}, {'atTick': 12, 'kind': 'SREP', "
         "'time': 300}]");
-    CKalvexDoc& first = Start("REMOTE a srv@V\nENABLE_NOTIFY DREP srv\nENABLE_NOTIFY MREP srv");
-    CKalvexDoc& second = Start("ENABLE_NOTIFY SREP srv\nENABLE_NOTIFY DREP srv", "drugi.kx");
+    engine::CKalvexDoc& first =
+        Start("REMOTE a srv@V\nENABLE_NOTIFY DREP srv\nENABLE_NOTIFY MREP srv");
+    engine::CKalvexDoc& second =
+        Start("ENABLE_NOTIFY SREP srv\nENABLE_NOTIFY DREP srv", "drugi.kx");
     Tick(20);
     EXPECT_THAT(Queue(first, KindDay), ElementsAre(100));
     EXPECT_THAT(Queue(first, KindMonth), ElementsAre(200));
@@ -73,21 +75,21 @@ TEST_F(NotificationsTest, DisabledQueueStaysAndTakesNothing) {
         "'reportChanges': [{'atTick': 5, 'kind': 'HREP', 'time': 100}, "
         "{'atTick': 15, 'kind': 'HREP', 'time': 200}, {'atTick': 25, 'kind': 'HREP', "
         "'time': 300}]");
-    CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
     Tick(10);
-    CKalvexDoc& other = document;
+    engine::CKalvexDoc& other = document;
     EXPECT_THAT(Queue(other, KindHour), ElementsAre(100));
-    CReportNotifications::Of(document).Find(KindHour, "srv")->bEnabled = false;
+    CReportNotifications::Of(document).Find(value::KindHour, "srv")->bEnabled = false;
     Tick(10);
     EXPECT_THAT(Queue(document, KindHour), ElementsAre(100));
-    CReportNotifications::Of(document).Find(KindHour, "srv")->bEnabled = true;
+    CReportNotifications::Of(document).Find(value::KindHour, "srv")->bEnabled = true;
     Tick(10);
     EXPECT_THAT(Queue(document, KindHour), ElementsAre(100, 300));
 }
 
 TEST_F(NotificationsTest, DisableAndEnableInAScript) {
     Plant("'reportChanges': [{'atTick': 5, 'kind': 'HREP', 'time': 100}]");
-    CKalvexDoc& document = Start(
+    engine::CKalvexDoc& document = Start(
         "REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY HREP srv\n:c\n"
         "IF TIME < 1710050410 GOTO c\nDISABLE_NOTIFY HREP srv\n"
         "LOCAL n = NOTIFY_QUEUE_COUNT HREP srv\nLOCAL t = NOTIFY HREP srv\n"
@@ -119,7 +121,7 @@ TEST_F(NotificationsTest, NoSourcesAtAll) {
 // The statements ask whatever sources the document has.
 TEST_F(NotificationsTest, SourcesOfAnotherMake) {
     services.sources = &sources;
-    CKalvexDoc& document = Run("ENABLE_NOTIFY HREP srv\nENABLE_NOTIFY SREP inny", 2);
+    engine::CKalvexDoc& document = Run("ENABLE_NOTIFY HREP srv\nENABLE_NOTIFY SREP inny", 2);
     document.Reset();
     EXPECT_THAT(sources.calls,
                 testing::IsSupersetOf({"notify 2 srv", "notify 5 inny", "stop notifying 2 srv",
@@ -127,7 +129,7 @@ TEST_F(NotificationsTest, SourcesOfAnotherMake) {
 }
 
 TEST_F(NotificationsTest, EnableWaitsForTheSource) {
-    CKalvexDoc& document = Start("ENABLE_NOTIFY HREP srv");
+    engine::CKalvexDoc& document = Start("ENABLE_NOTIFY HREP srv");
     Tick(5);
     EXPECT_EQ(document.State().m_nCurrentLine, 0);
     Start("REMOTE a srv@V", "drugi.kx");
@@ -136,7 +138,7 @@ TEST_F(NotificationsTest, EnableWaitsForTheSource) {
 }
 
 TEST_F(NotificationsTest, FunctionsWithoutARecordGiveZero) {
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("LOCAL a = NOTIFY HREP srv\nLOCAL b = NOTIFY CURDATA srv\n"
             "LOCAL c = NOTIFY_QUEUE_COUNT HREP srv\n"
             "LOCAL d = NOTIFYING_QUEUE_SIZE xyz srv",
@@ -149,7 +151,8 @@ TEST_F(NotificationsTest, FunctionsWithoutARecordGiveZero) {
 
 TEST_F(NotificationsTest, ResetTakesTheDocumentOffTheConnection) {
     Plant("'reportChanges': [{'atTick': 10, 'kind': 'HREP', 'time': 100}]");
-    CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY DREP srv");
+    engine::CKalvexDoc& document =
+        Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv\nENABLE_NOTIFY DREP srv");
     Tick(5);
     document.Reset();
     Tick(10);
@@ -159,14 +162,14 @@ TEST_F(NotificationsTest, ResetTakesTheDocumentOffTheConnection) {
     EXPECT_TRUE(Connection().AddNotifyDoc(KindDay, document));
     EXPECT_FALSE(Connection().AddNotifyDoc(KindCurrent, document));
     EXPECT_FALSE(Connection().AddNotifyDoc(KindArchive, document));
-    client->RemoveNotifyDoc(KindHour, "srv", document);
-    client->RemoveNotifyDoc(KindDay, "srv", document);
-    client->RemoveNotifyDoc(KindArchive, "srv", document);
-    client->RemoveNotifyDoc(KindDay, "inny", document);
+    client->RemoveNotifyDoc(value::KindHour, "srv", document);
+    client->RemoveNotifyDoc(value::KindDay, "srv", document);
+    client->RemoveNotifyDoc(value::KindArchive, "srv", document);
+    client->RemoveNotifyDoc(value::KindDay, "inny", document);
     EXPECT_TRUE(client->AddNotifyDoc(KindHour, "srv", document));
     EXPECT_FALSE(client->AddNotifyDoc(KindHour, "inny", document));
-    client->RemoveNotifyDoc(KindHour, "srv", document);
+    client->RemoveNotifyDoc(value::KindHour, "srv", document);
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -3,41 +3,42 @@
 #include "sources/VariableRemote.h"
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class RemoteVariableTest : public SourceWorld {
+class RemoteVariableTest : public support::SourceWorld {
   protected:
     // "a" bound to V, with its data.
-    CKalvexDoc& Declare(std::string_view plantContent) {
+    engine::CKalvexDoc& Declare(std::string_view plantContent) {
         Plant(plantContent);
-        CKalvexDoc& document = Run("REMOTE a srv@V", 2);
+        engine::CKalvexDoc& document = Run("REMOTE a srv@V", 2);
         Calls("");
         return document;
     }
 
-    static CVariable& Variable(CKalvexDoc& document, std::string_view name = "a") {
+    static operands::CVariable& Variable(engine::CKalvexDoc& document,
+                                         std::string_view name = "a") {
         return *document.Variables().Find(name);
     }
 
     // The answer of GetValue with what it read, as "answer text/status".
-    static std::string Read(CKalvexDoc& document, ValueKind kind, int mode = 0) {
-        CVal value;
+    static std::string Read(engine::CKalvexDoc& document, value::ValueKind kind, int mode = 0) {
+        value::CVal value;
         const int answer = Variable(document).GetValue(value, kind, mode);
-        return std::to_string(answer) + " " + ValueToText(value) + "/" +
+        return std::to_string(answer) + " " + value::ValueToText(value) + "/" +
                std::to_string(value.GetStatus());
     }
 
-    static std::int64_t Time(CKalvexDoc& document, ValueKind kind) {
+    static std::int64_t Time(engine::CKalvexDoc& document, value::ValueKind kind) {
         std::int64_t time = -7;
         EXPECT_EQ(Variable(document).GetTime(&time, kind), 1);
         return time;
     }
 
-    static int StatusOf(CKalvexDoc& document, ValueKind kind) {
+    static int StatusOf(engine::CKalvexDoc& document, value::ValueKind kind) {
         std::uint16_t status = 0xFFFF;
         EXPECT_EQ(Variable(document).GetStatus(&status, kind), 1);
         return status;
@@ -48,7 +49,7 @@ class RemoteVariableTest : public SourceWorld {
 };
 
 TEST_F(RemoteVariableTest, DeclarationSplitsTheTargetAtTheFirstAt) {
-    CKalvexDoc& document = Run("REMOTE a srv@V@W\nREMOTE a srv@inny", 2);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V@W\nREMOTE a srv@inny", 2);
     EXPECT_EQ(Link(document, "a").GetSource(), "srv");
     EXPECT_EQ(Link(document, "a").GetVariable(), "V@W");
     EXPECT_EQ(&Link(document, "a").GetDocument(), &document);
@@ -58,10 +59,10 @@ TEST_F(RemoteVariableTest, DeclarationSplitsTheTargetAtTheFirstAt) {
 }
 
 TEST_F(RemoteVariableTest, BadDeclarationsStopTheScript) {
-    CKalvexDoc& document = Run("REMOTE a.b srv@V", 2);
+    engine::CKalvexDoc& document = Run("REMOTE a.b srv@V", 2);
     EXPECT_EQ(Error(document), "23 a.b");
     EXPECT_EQ(document.GetStateWord(), StatePaused);
-    CKalvexDoc& other = Run("REMOTE a srv", 2);
+    engine::CKalvexDoc& other = Run("REMOTE a srv", 2);
     EXPECT_EQ(Error(other), "2 srv");
     EXPECT_EQ(other.GetStateWord(), StatePaused);
     EXPECT_EQ(other.Variables().GetSize(), 0u);
@@ -69,7 +70,7 @@ TEST_F(RemoteVariableTest, BadDeclarationsStopTheScript) {
 
 TEST_F(RemoteVariableTest, ReadingWaitsForDataAndGoesOn) {
     Plant("'connectAtTick': 20, 'variables': {'V': {'current': [{'value': 12.5}]}}");
-    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL x\nSET x = a");
     Tick(19);
     EXPECT_EQ(Error(document), "27 a");
     EXPECT_FALSE(document.State().m_bErrorStanding);
@@ -84,7 +85,7 @@ TEST_F(RemoteVariableTest, ServerThatGoesAwayHoldsTheLine) {
     Plant(
         "'outages': [{'fromTick': 20, 'toTick': 40}], 'variables': {'V': {'current': "
         "[{'value': 1}]}}");
-    CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL n = 0\n:p\nSET n = n + a\nGOTO p");
+    engine::CKalvexDoc& document = Start("REMOTE a srv@V\nLOCAL n = 0\n:p\nSET n = n + a\nGOTO p");
     Tick(19);
     Tick(1);
     EXPECT_EQ(Error(document), "27 a");
@@ -97,7 +98,7 @@ TEST_F(RemoteVariableTest, ServerThatGoesAwayHoldsTheLine) {
 }
 
 TEST_F(RemoteVariableTest, AnswersOfGetValue) {
-    CKalvexDoc& document = Declare(kPlain);
+    engine::CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Read(document, KindCurrent), "1 12.50/16");
     EXPECT_EQ(Read(document, KindHour), "2 /0");
     EXPECT_EQ(Read(document, KindArchive), "2 /0");
@@ -107,14 +108,14 @@ TEST_F(RemoteVariableTest, AnswersOfGetValue) {
 
 TEST_F(RemoteVariableTest, WithoutDataTheAnswerIsNothingWhateverWasRead) {
     Plant("'dataAtTick': 10, 'variables': {'V': {'current': [{'value': 1}]}}");
-    CKalvexDoc& document = Run("REMOTE a srv@V\nSET a.HREP = 4", 5);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V\nSET a.HREP = 4", 5);
     EXPECT_EQ(Read(document, KindHour), "0 4.00/32768");
     EXPECT_EQ(Read(document, KindCurrent), "0 /0");
 }
 
 TEST_F(RemoteVariableTest, SuffixesOfNames) {
     Plant("'variables': {'V': {'current': [{'value': 7}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nSET a.hrep = 4\nLOCAL x = a.HREP\nLOCAL y = a.CURDATA", 3);
     EXPECT_EQ(Value(document, "x"), "171:4.00");
     EXPECT_EQ(Value(document, "y"), "150:7");
@@ -125,7 +126,7 @@ TEST_F(RemoteVariableTest, SuffixesOfNames) {
 // ---- unknown values
 
 TEST_F(RemoteVariableTest, UnknownValueIsRefusedUnlessIgnored) {
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
     EXPECT_EQ(Read(document, KindCurrent, 1), "1 3.50/1");
@@ -136,14 +137,14 @@ TEST_F(RemoteVariableTest, UnknownValueIsRefusedUnlessIgnored) {
 }
 
 TEST_F(RemoteVariableTest, UnknownWithoutAValueIsRefusedEvenIfIgnored) {
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': null, 'status': 1}]}}");
     Variable(document).SetIgnoreUnknown(true);
     EXPECT_EQ(Read(document, KindCurrent), "2 /1");
 }
 
 TEST_F(RemoteVariableTest, NoValueIsRefused) {
-    CKalvexDoc& document = Declare("'variables': {'V': {}}");
+    engine::CKalvexDoc& document = Declare("'variables': {'V': {}}");
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
     Variable(document).SetIgnoreUnknown(true);
     EXPECT_EQ(Read(document, KindCurrent), "2 /0");
@@ -151,7 +152,7 @@ TEST_F(RemoteVariableTest, NoValueIsRefused) {
 
 TEST_F(RemoteVariableTest, IgnoringAppliesToOldAndNewVariables) {
     Plant("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nIGNORE_UNKNOWN_ON\nLOCAL x = a\nREMOTE b srv@V\nLOCAL y = b\n"
             "IGNORE_UNKNOWN_OFF\nREMOTE c srv@V\nLOCAL z = c",
             5);
@@ -162,10 +163,10 @@ TEST_F(RemoteVariableTest, IgnoringAppliesToOldAndNewVariables) {
 }
 
 TEST_F(RemoteVariableTest, ReportSlotIsUsableOnlyWhenReady) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'variables': {'V': {'hour': [{'time': 3600, 'value': 1, "
         "'status': 1}]}}");
-    Variable(document).RequestRange(KindHour, 3600, 3600);
+    Variable(document).RequestRange(value::KindHour, 3600, 3600);
     EXPECT_EQ(Read(document, KindHour, 1), "2 /0");
     Tick(1);
     EXPECT_EQ(Read(document, KindHour), "2 /0");
@@ -177,8 +178,9 @@ TEST_F(RemoteVariableTest, ReportSlotIsUsableOnlyWhenReady) {
 // ---- types, status words, times
 
 TEST_F(RemoteVariableTest, TypeOfTheValue) {
-    CKalvexDoc& document = Declare("'variables': {'V': {'current': [{'value': 3, 'status': 1}]}}");
-    CVariable& variable = Variable(document);
+    engine::CKalvexDoc& document =
+        Declare("'variables': {'V': {'current': [{'value': 3, 'status': 1}]}}");
+    operands::CVariable& variable = Variable(document);
     EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::Int);
     EXPECT_EQ(variable.GetValueType(KindCurrent, 0), ValueType::None);
     EXPECT_EQ(variable.GetValueType(KindHour, 1), ValueType::None);
@@ -186,7 +188,7 @@ TEST_F(RemoteVariableTest, TypeOfTheValue) {
 }
 
 TEST_F(RemoteVariableTest, StatusIsThatOfTheStoredValue) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 5, 'variables': {'V': {'current': [{'value': 3, "
         "'status': 16}], 'hour': [{'time': 3600, 'value': 1, "
         "'status': 384}]}}");
@@ -195,10 +197,10 @@ TEST_F(RemoteVariableTest, StatusIsThatOfTheStoredValue) {
     EXPECT_EQ(StatusOf(document, KindHour), 0);
     EXPECT_EQ(StatusOf(document, KindArchive), 1);
     EXPECT_EQ(StatusOf(document, KindNone), 1);
-    Variable(document).RequestRange(KindHour, 3600, 3600);
+    Variable(document).RequestRange(value::KindHour, 3600, 3600);
     Tick(5);
     EXPECT_EQ(StatusOf(document, KindHour), 384);
-    Variable(document).RequestRange(KindHour, 7, 7);
+    Variable(document).RequestRange(value::KindHour, 7, 7);
     EXPECT_EQ(StatusOf(document, KindHour), 384);
     EXPECT_EQ(Variable(document).IsReportLoaded(KindHour), 1);
     EXPECT_EQ(Variable(document).IsReportInited(KindHour), 1);
@@ -208,22 +210,23 @@ TEST_F(RemoteVariableTest, StatusIsThatOfTheStoredValue) {
 }
 
 TEST_F(RemoteVariableTest, NewStatusGoesToTheServerMarked) {
-    CKalvexDoc& document = Declare(kPlain);
+    engine::CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Variable(document).SetStatus(4, KindCurrent), 1);
     EXPECT_THAT(Calls("Modify"), ElementsAre("AddCurrentDataModifyRequest V 12.50/32772",
                                              "MakeCurrentDataModifyRequest"));
     EXPECT_EQ(Read(document, KindCurrent), "1 12.50/32772");
-    Variable(document).SetValue(CVal(3), KindDay);
+    Variable(document).SetValue(value::CVal(3), value::KindDay);
     EXPECT_EQ(Variable(document).SetStatus(8, KindDay), 1);
     EXPECT_EQ(Read(document, KindDay), "1 3/32776");
     EXPECT_EQ(Variable(document).SetStatus(8, KindArchive), 0);
 }
 
 TEST_F(RemoteVariableTest, TimeOfAReportIsTheStartOfItsPeriod) {
-    CKalvexDoc& document = Declare(kPlain);
-    CVal value(1);
+    engine::CKalvexDoc& document = Declare(kPlain);
+    value::CVal value(1);
     value.SetTime(Local("2024-03-10 07:23:45"));
-    for (const ValueKind kind : kReportKinds) Variable(document).SetValue(value, kind);
+    for (const value::ValueKind kind : value::kReportKinds)
+        Variable(document).SetValue(value, kind);
     EXPECT_EQ(Time(document, KindCurrent), 1710050000);
     EXPECT_EQ(Time(document, KindHour), Local("2024-03-10 07:00:00"));
     EXPECT_EQ(Time(document, KindDay), Local("2024-03-10 00:00:00"));
@@ -234,8 +237,8 @@ TEST_F(RemoteVariableTest, TimeOfAReportIsTheStartOfItsPeriod) {
 }
 
 TEST_F(RemoteVariableTest, NewTimeOfAReportStaysHere) {
-    CKalvexDoc& document = Declare(kPlain);
-    Variable(document).SetValue(CVal(77.5), KindHour);
+    engine::CKalvexDoc& document = Declare(kPlain);
+    Variable(document).SetValue(value::CVal(77.5), value::KindHour);
     EXPECT_EQ(Variable(document).SetTime(Local("2024-03-09 06:23:45"), KindHour), 1);
     EXPECT_EQ(Read(document, KindHour), "1 77.50/32768");
     EXPECT_EQ(Time(document, KindHour), Local("2024-03-09 06:00:00"));
@@ -243,7 +246,7 @@ TEST_F(RemoteVariableTest, NewTimeOfAReportStaysHere) {
 }
 
 TEST_F(RemoteVariableTest, NameAndText) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'variables': {'V': {'current': [{'value': 1}, {'atTick': 5, "
         "'value': 2}]}}");
     Variable(document).SetLocked(true);
@@ -254,22 +257,22 @@ TEST_F(RemoteVariableTest, NameAndText) {
 }
 
 TEST_F(RemoteVariableTest, TextIsWrittenAsCurrentData) {
-    CKalvexDoc& document = Declare(kPlain);
+    engine::CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Variable(document).SetValueText("praca", KindDay), 1);
     EXPECT_THAT(Calls("Add"), ElementsAre("AddCurrentDataModifyRequest V praca/32768"));
 }
 
 TEST_F(RemoteVariableTest, CopyTakesStatusAndTimeAlong) {
-    CKalvexDoc& document = Declare(kPlain);
-    CVariableLocal source("x");
-    CVal value(8);
+    engine::CKalvexDoc& document = Declare(kPlain);
+    operands::CVariableLocal source("x");
+    value::CVal value(8);
     value.SetStatus(4);
     value.SetTime(1710000000);
-    source.SetValue(value, KindDay);
+    source.SetValue(value, value::KindDay);
     EXPECT_EQ(Variable(document).CopyFrom(&source, KindDay), 1);
     EXPECT_EQ(Read(document, KindDay), "1 8/32772");
     EXPECT_EQ(Variable(document).CopyFrom(nullptr, KindDay), 0);
-    CVariableList empty("l");
+    operands::CVariableList empty("l");
     EXPECT_EQ(Variable(document).CopyFrom(&empty, KindCurrent), 0);
     EXPECT_THAT(Calls(""), IsEmpty());
 }
@@ -277,7 +280,7 @@ TEST_F(RemoteVariableTest, CopyTakesStatusAndTimeAlong) {
 // ---- writing
 
 TEST_F(RemoteVariableTest, WriteIsSeenAtOnceAndConfirmed) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'current': "
         "[{'value': 1}, {'atTick': 8, 'value': 2}]}}");
     EXPECT_EQ(Variable(document).SetValue(CVal(5), KindCurrent), 1);
@@ -290,10 +293,10 @@ TEST_F(RemoteVariableTest, WriteIsSeenAtOnceAndConfirmed) {
 }
 
 TEST_F(RemoteVariableTest, RefusedWriteStaysUntilTheNextUpdate) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'variables': {'V': {'writeError': 9, 'current': [{'value': 1}, "
         "{'atTick': 20, 'value': 2}]}}");
-    Variable(document).SetValue(CVal(5), KindCurrent);
+    Variable(document).SetValue(value::CVal(5), value::KindCurrent);
     Tick(10);
     EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
     Tick(10);
@@ -302,7 +305,7 @@ TEST_F(RemoteVariableTest, RefusedWriteStaysUntilTheNextUpdate) {
 }
 
 TEST_F(RemoteVariableTest, AssignedReportValueMakesNoTraffic) {
-    CKalvexDoc& document = Declare(kPlain);
+    engine::CKalvexDoc& document = Declare(kPlain);
     EXPECT_EQ(Variable(document).SetValue(CVal(5), KindMonth), 1);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindMonth), RequestReady);
     EXPECT_EQ(Variable(document).SetValue(CVal(5), KindArchive), 0);
@@ -311,22 +314,22 @@ TEST_F(RemoteVariableTest, AssignedReportValueMakesNoTraffic) {
 }
 
 TEST_F(RemoteVariableTest, AssignmentCancelsTheRequestUnderWay) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'hour': [{'time': 3600, "
         "'value': 1}]}}");
-    Variable(document).RequestRange(KindHour, 3600, 3600);
-    Variable(document).SetValue(CVal(5), KindHour);
+    Variable(document).RequestRange(value::KindHour, 3600, 3600);
+    Variable(document).SetValue(value::CVal(5), value::KindHour);
     EXPECT_THAT(Calls("Cancel"), ElementsAre("CancelHourReportRequest"));
     Tick(20);
     EXPECT_EQ(Read(document, KindHour), "1 5/32768");
-    Variable(document).SetValue(CVal(6), KindHour);
+    Variable(document).SetValue(value::CVal(6), value::KindHour);
     EXPECT_THAT(Calls("Cancel"), IsEmpty());
 }
 
 // ---- locking
 
 TEST_F(RemoteVariableTest, LockReadsASnapshot) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'variables': {'V': {'current': [{'value': 1}, {'atTick': 10, "
         "'value': 2, 'status': 4, 'time': 77}]}}");
     EXPECT_EQ(Variable(document).SetLocked(true), 1);
@@ -342,11 +345,11 @@ TEST_F(RemoteVariableTest, LockReadsASnapshot) {
 }
 
 TEST_F(RemoteVariableTest, WriteUnderLockGoesToTheServerAndTheSnapshot) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'current': "
         "[{'value': 1}]}}");
     Variable(document).SetLocked(true);
-    Variable(document).SetValue(CVal(9), KindCurrent);
+    Variable(document).SetValue(value::CVal(9), value::KindCurrent);
     EXPECT_EQ(Read(document, KindCurrent), "1 9/32768");
     Variable(document).SetLocked(false);
     EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
@@ -356,7 +359,7 @@ TEST_F(RemoteVariableTest, WriteUnderLockGoesToTheServerAndTheSnapshot) {
 
 TEST_F(RemoteVariableTest, LockDoesNotReachNewVariables) {
     Plant("'variables': {'V': {'current': [{'value': 1}, {'atTick': 20, 'value': 2}]}}");
-    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a\nLOCK\nREMOTE b srv@V", 25);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a\nLOCK\nREMOTE b srv@V", 25);
     EXPECT_EQ(Stored(document, "a"), "1/0");
     EXPECT_EQ(Stored(document, "b"), "2/0");
     EXPECT_TRUE(Link(document, "a").IsLocked());
@@ -367,7 +370,7 @@ TEST_F(RemoteVariableTest, LockDoesNotReachNewVariables) {
 
 TEST_F(RemoteVariableTest, TwoNamesShareTheValueAndNothingElse) {
     Plant(kPlain);
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nREMOTE b srv@V\nLOCAL x = a\nSET a = 9\n"
             "LOCAL y = b\nSET a.HREP = 4",
             3);
@@ -381,20 +384,21 @@ TEST_F(RemoteVariableTest, TwoNamesShareTheValueAndNothingElse) {
 // ---- ready
 
 TEST_F(RemoteVariableTest, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
-    CKalvexDoc& document = Declare("'latencyTicks': 10, 'variables': {'V': {}}");
-    CVariable& variable = Variable(document);
-    for (const ValueKindRow& row : ValueKinds()) {
+    engine::CKalvexDoc& document = Declare("'latencyTicks': 10, 'variables': {'V': {}}");
+    operands::CVariable& variable = Variable(document);
+    for (const value::ValueKindRow& row : value::ValueKinds()) {
         EXPECT_EQ(variable.IsReady(row.kind), 1) << row.kind;
     }
     EXPECT_EQ(variable.IsReady(KindNone), 0);
     EXPECT_EQ(variable.IsReady(ValueKind(7)), 0);
-    constexpr ValueKind kStored[] = {KindHour, KindDay, KindMonth, KindSpan, KindArchive};
-    for (const ValueKind kind : kStored) {
+    constexpr value::ValueKind kStored[] = {value::KindHour, value::KindDay, value::KindMonth,
+                                            value::KindSpan, value::KindArchive};
+    for (const value::ValueKind kind : kStored) {
         variable.RequestRange(kind, 1, 2);
         EXPECT_EQ(variable.IsReady(kind), 0) << kind;
     }
     Tick(10);
-    for (const ValueKind kind : kStored) {
+    for (const value::ValueKind kind : kStored) {
         EXPECT_EQ(variable.IsReady(kind), 1) << kind;
     }
 }
@@ -407,8 +411,8 @@ TEST_F(RemoteVariableTest, CurrentValueIsReadyWithoutAConnection) {
 // ---- requests
 
 TEST_F(RemoteVariableTest, RangeIsRemembered) {
-    CKalvexDoc& document = Declare(kPlain);
-    CVariable& variable = Variable(document);
+    engine::CKalvexDoc& document = Declare(kPlain);
+    operands::CVariable& variable = Variable(document);
     EXPECT_EQ(variable.RequestRange(KindHour, 100, 200), 1);
     EXPECT_EQ(variable.GetRequestStart(), 100);
     EXPECT_EQ(variable.GetRequestEnd(), 200);
@@ -419,11 +423,14 @@ TEST_F(RemoteVariableTest, RangeIsRemembered) {
 }
 
 TEST_F(RemoteVariableTest, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
-    CKalvexDoc& document = Declare(kPlain);
-    CVariable& variable = Variable(document);
-    variable.RequestRange(KindDay, Local("2024-03-10 00:00:00"), Local("2024-03-10 00:00:00"));
-    variable.RequestRange(KindMonth, Local("2024-02-01 00:00:00"), Local("2024-03-01 00:00:00"));
-    variable.RequestRange(KindArchive, Local("2024-03-10 00:00:00"), Local("2024-03-10 00:00:00"));
+    engine::CKalvexDoc& document = Declare(kPlain);
+    operands::CVariable& variable = Variable(document);
+    variable.RequestRange(value::KindDay, Local("2024-03-10 00:00:00"),
+                          Local("2024-03-10 00:00:00"));
+    variable.RequestRange(value::KindMonth, Local("2024-02-01 00:00:00"),
+                          Local("2024-03-01 00:00:00"));
+    variable.RequestRange(value::KindArchive, Local("2024-03-10 00:00:00"),
+                          Local("2024-03-10 00:00:00"));
     EXPECT_THAT(Calls(""),
                 ElementsAre("AddDayReportRequest V 2024-03-10 00:00:00", "MakeDayReportRequest",
                             "AddMonthReportRequest V 2024-02-01 00:00:00 - 2024-03-01 "
@@ -434,62 +441,64 @@ TEST_F(RemoteVariableTest, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
 }
 
 TEST_F(RemoteVariableTest, NewRequestOfAKindCancelsTheOlder) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'hour': [{'time': 1, "
         "'value': 1}, {'time': 2, 'value': 2}]}}");
-    CVariable& variable = Variable(document);
-    variable.RequestRange(KindHour, 1, 1);
-    variable.RequestRange(KindDay, 1, 1);
+    operands::CVariable& variable = Variable(document);
+    variable.RequestRange(value::KindHour, 1, 1);
+    variable.RequestRange(value::KindDay, 1, 1);
     Tick(5);
     Calls("");
-    variable.RequestRange(KindHour, 2, 2);
+    variable.RequestRange(value::KindHour, 2, 2);
     EXPECT_THAT(Calls("Cancel"), ElementsAre("CancelHourReportRequest"));
     Tick(5);
     EXPECT_EQ(variable.IsReady(KindHour), 0);
     EXPECT_EQ(variable.IsReady(KindDay), 1);
     Tick(5);
     EXPECT_EQ(Read(document, KindHour), "1 2/0");
-    variable.RequestRange(KindHour, 1, 1);
+    variable.RequestRange(value::KindHour, 1, 1);
     EXPECT_THAT(Calls("Cancel"), IsEmpty());
 }
 
 TEST_F(RemoteVariableTest, FailedRequestLeavesAnUnknownEmptyValue) {
-    CKalvexDoc& document = Declare("'variables': {'V': {'readError': 8}}");
-    CVal value(5);
+    engine::CKalvexDoc& document = Declare("'variables': {'V': {'readError': 8}}");
+    value::CVal value(5);
     value.SetTime(Local("2024-03-10 07:00:00"));
-    Variable(document).SetValue(value, KindHour);
-    Variable(document).RequestRange(KindHour, 1, 1);
+    Variable(document).SetValue(value, value::KindHour);
+    Variable(document).RequestRange(value::KindHour, 1, 1);
     Tick(1);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
     EXPECT_EQ(StatusOf(document, KindHour), Status::Unknown);
     EXPECT_EQ(Read(document, KindHour, 1), "2 /0");
     EXPECT_EQ(Variable(document).IsReady(KindHour), 1);
-    Variable(document).RequestRange(KindArchive, 1, 2);
+    Variable(document).RequestRange(value::KindArchive, 1, 2);
     Tick(1);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindArchive), RequestFailed);
 }
 
 TEST_F(RemoteVariableTest, RangeAnswerLeavesTheSlotsValueAlone) {
-    CKalvexDoc& document = Declare("'variables': {'V': {'hour': [{'time': 1, 'value': 1}]}}");
-    Variable(document).SetValue(CVal(5), KindHour);
-    Variable(document).RequestRange(KindHour, 0, 9);
+    engine::CKalvexDoc& document =
+        Declare("'variables': {'V': {'hour': [{'time': 1, 'value': 1}]}}");
+    Variable(document).SetValue(value::CVal(5), value::KindHour);
+    Variable(document).RequestRange(value::KindHour, 0, 9);
     Tick(1);
     EXPECT_EQ(Read(document, KindHour), "1 5/32768");
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 1u);
 }
 
 TEST_F(RemoteVariableTest, EveryRequestEmptiesTheOneList) {
-    CKalvexDoc& document = Declare("'variables': {'V': {'archive': [{'time': 1, 'value': 1}]}}");
-    Variable(document).RequestRange(KindArchive, 0, 9);
+    engine::CKalvexDoc& document =
+        Declare("'variables': {'V': {'archive': [{'time': 1, 'value': 1}]}}");
+    Variable(document).RequestRange(value::KindArchive, 0, 9);
     Tick(1);
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 1u);
-    Variable(document).RequestRange(KindDay, 1, 1);
+    Variable(document).RequestRange(value::KindDay, 1, 1);
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 0u);
 }
 
 TEST_F(RemoteVariableTest, RequestToAServerThatIsOutFailsAtOnce) {
     Plant("'connectAtTick': null");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL k = 0\nGET a HREP 2024 3 10 6\n"
             "IF READY a.HREP THEN\nSET k = 1\nENDIF\nLOCAL x = a.HREP",
             1);
@@ -499,10 +508,10 @@ TEST_F(RemoteVariableTest, RequestToAServerThatIsOutFailsAtOnce) {
 }
 
 TEST_F(RemoteVariableTest, BreakFailsTheRequestUnderWay) {
-    CKalvexDoc& document = Declare(
+    engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 50, 'outages': [{'fromTick': 10, 'toTick': 20}],"
         "'variables': {'V': {}}");
-    Variable(document).RequestRange(KindHour, 1, 1);
+    Variable(document).RequestRange(value::KindHour, 1, 1);
     Tick(7);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestWaiting);
     Tick(1);
@@ -510,9 +519,9 @@ TEST_F(RemoteVariableTest, BreakFailsTheRequestUnderWay) {
 }
 
 TEST_F(RemoteVariableTest, PutMarksAndSendsWhenTold) {
-    CKalvexDoc& document = Declare(kPlain);
-    CVariable& variable = Variable(document);
-    CVal value(5);
+    engine::CKalvexDoc& document = Declare(kPlain);
+    operands::CVariable& variable = Variable(document);
+    value::CVal value(5);
     value.SetStatus(4);
     EXPECT_EQ(variable.PutValue(KindHour, Local("2024-03-10 06:00:00"), value, false), 1);
     EXPECT_EQ(variable.PutValue(KindHour, Local("2024-03-10 07:00:00"), value, true), 1);
@@ -528,17 +537,17 @@ TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostInSilence) {
     Plant(
         "'outages': [{'fromTick': 5, 'toTick': 10}], 'variables': {'V': {'current': "
         "[{'value': 1}]}}");
-    CKalvexDoc& document = Run("REMOTE a srv@V", 6);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V", 6);
     NewLog();
-    Variable(document).PutValue(KindHour, 3600, CVal(5), true);
+    Variable(document).PutValue(value::KindHour, 3600, value::CVal(5), true);
     EXPECT_EQ(Variable(document).SetValue(CVal(5), KindCurrent), 1);
     Tick(10);
     EXPECT_THAT(NewLog(), IsEmpty());
     EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
-    Variable(document).RequestRange(KindHour, 3600, 3600);
+    Variable(document).RequestRange(value::KindHour, 3600, 3600);
     Tick(1);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -2,18 +2,18 @@
 
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 // The clock stands at 2024-03-10 07:00:00.
-class ReportReadsTest : public SourceWorld {
+class ReportReadsTest : public support::SourceWorld {
   protected:
     // What the line asks of the server; on failure the error on which it stands.
     std::string Asks(const std::string& line) {
-        CKalvexDoc& document =
+        engine::CKalvexDoc& document =
             Run("REMOTE a srv@V\nLOCAL t = MAKE_TIME 2024 3 10 7 23 45\nLOCAL moment = t\n"
                 "LOCAL rok = 2023\nLOCAL cztery = 4\nLOCAL abcde = 2023\n" +
                     line,
@@ -153,7 +153,7 @@ TEST_F(ReportReadsTest, PointerAsksForItsTarget) {
     Plant(
         "'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 1.5, 'status': 256}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nPOINTER p\nSETPTR p = \"a\"\nGET p HREP 2024 3 10 6\n:c\n"
             "IF NOT READY p.HREP GOTO c\nLOCAL x = p.HREP\nLOCAL k = 0\n"
             "IF REP_INITED p.HREP THEN\nSET k = 1\nENDIF\nGET p.HREP\nPUT p HREP 2024 3 10 5 7\n"
@@ -172,7 +172,7 @@ TEST_F(ReportReadsTest, PointerAsksForItsTarget) {
 
 TEST_F(ReportReadsTest, ConditionsOnAVariableThatIsNotThereAreFalse) {
     for (const char* word : {"READY", "REP_LOADED", "REP_INITED"}) {
-        CKalvexDoc& document =
+        engine::CKalvexDoc& document =
             Run("LOCAL k = 0\nIF " + std::string(word) + " brak.HREP THEN\nSET k = 1\nENDIF", 5);
         EXPECT_EQ(Value(document, "k"), "171:0.00") << word;
         EXPECT_EQ(document.LastError().m_nErrorCode, ErrorUndefinedVariable) << word;
@@ -183,7 +183,7 @@ TEST_F(ReportReadsTest, ByNameAsksForTheTimeOfTheValueAgain) {
     Plant(
         "'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 1.5}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nGET a HREP 2024 3 10 6\n:c\n"
             "IF NOT READY a.HREP GOTO c\nGET a.HREP\nGET a.DREP\nGET a",
             5);
@@ -194,7 +194,7 @@ TEST_F(ReportReadsTest, ByNameAsksForTheTimeOfTheValueAgain) {
 
 TEST_F(ReportReadsTest, ByNameWithoutAValueSucceedsAndAsksForNothing) {
     Plant("'variables': {'V': {}}");
-    CKalvexDoc& document = Run("REMOTE a srv@V\nGET a.HREP\nGET a.XYZ", 1);
+    engine::CKalvexDoc& document = Run("REMOTE a srv@V\nGET a.HREP\nGET a.XYZ", 1);
     EXPECT_EQ(document.State().m_nCurrentLine, 3);
     EXPECT_THAT(Calls("Add"), IsEmpty());
 }
@@ -203,7 +203,7 @@ TEST_F(ReportReadsTest, AnswerLandsInTheSlot) {
     Plant(
         "'latencyTicks': 20, 'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 100.25, 'status': 128}]}}");
-    CKalvexDoc& document = Start(
+    engine::CKalvexDoc& document = Start(
         "REMOTE a srv@V\nLOCAL x = a\nGET a HREP 2024 3 10 7 -1\n"
         "LOCAL k = 0\nIF READY a.HREP THEN\nSET k = 1\nENDIF\n"
         ":c\nIF NOT READY a.HREP GOTO c\nSET x = a.HREP\n"
@@ -214,8 +214,8 @@ TEST_F(ReportReadsTest, AnswerLandsInTheSlot) {
     Tick(20);
     EXPECT_EQ(Value(document, "x"), "171:100.25");
     EXPECT_EQ(Value(document, "k"), "171:10.00");
-    CVal value;
-    document.Variables().Find("x")->GetValue(value, KindCurrent, 0);
+    value::CVal value;
+    document.Variables().Find("x")->GetValue(value, value::KindCurrent, 0);
     EXPECT_EQ(value.GetStatus(), 128);
     EXPECT_EQ(value.GetTime(), Local("2024-03-10 06:00:00"));
 }
@@ -224,7 +224,7 @@ TEST_F(ReportReadsTest, ReadingTooSoonStandsOnTheLineUntilTheAnswer) {
     Plant(
         "'latencyTicks': 20, 'variables': {'V': {'current': [{'value': 1}], 'hour': [{'time': "
         "'2024-03-10 06:00:00', 'value': 100.25}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Start("REMOTE a srv@V\nLOCAL x = a\nGET a HREP 2024 3 10 6\nSET x = a.HREP");
     Tick(20);
     EXPECT_EQ(Error(document), "15 a.HREP");
@@ -236,7 +236,7 @@ TEST_F(ReportReadsTest, ReadingTooSoonStandsOnTheLineUntilTheAnswer) {
 
 TEST_F(ReportReadsTest, FailedRequestIsReadyAndCannotBeRead) {
     Plant("'variables': {'V': {'current': [{'value': 1}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nGET a HREP 2024 3 10 3\n:c\n"
             "IF NOT READY a.HREP GOTO c\nSET x = a.HREP",
             10);
@@ -246,4 +246,4 @@ TEST_F(ReportReadsTest, FailedRequestIsReadyAndCannotBeRead) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -2,14 +2,14 @@
 
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
-class ReportWorkTest : public SourceWorld {
+class ReportWorkTest : public support::SourceWorld {
   protected:
     // What the line orders of the server; on failure the error on which it stands.
     std::string Orders(const std::string& line) {
-        CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = 5\n" + line, 2);
+        engine::CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = 5\n" + line, 2);
         const std::vector<std::string> calls = Calls("Make");
         if (document.State().m_nCurrentLine != 3) return "error " + Error(document);
         return calls.empty() ? "nothing" : calls.front();
@@ -65,7 +65,7 @@ TEST_F(ReportWorkTest, ArchiveWithoutATime) {
     EXPECT_EQ(Orders("INIT_LOAD a ARCH"), "MakeArchiveDataUpdateRequest V 1970-01-01 01:00:00");
     EXPECT_EQ(Orders("INIT_LOAD_REFRESH a ARCH"),
               "MakeArchiveDataRefreshRequest V 1970-01-01 01:00:00");
-    const ZoneScope gmt("UTC");
+    const support::ZoneScope gmt("UTC");
     EXPECT_EQ(Orders("INIT_LOAD a ARCH"), "MakeArchiveDataUpdateRequest V 1969-12-31 23:59:59");
 }
 
@@ -103,4 +103,4 @@ TEST_F(ReportWorkTest, LocalVariableOrdersNothing) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

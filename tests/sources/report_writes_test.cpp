@@ -2,19 +2,19 @@
 
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ReportWritesTest : public SourceWorld {
+class ReportWritesTest : public support::SourceWorld {
   protected:
     ReportWritesTest() { Plant("'variables': {'V': {'current': [{'value': 1.5}]}}"); }
 
     // What the line writes on the server; on failure the error on which it stands.
     std::string Writes(const std::string& line) {
-        CKalvexDoc& document =
+        engine::CKalvexDoc& document =
             Run("REMOTE a srv@V\nLOCAL x = a\nLOCAL t = MAKE_TIME 2024 3 9 5 23 45\n"
                 "LOCAL moment = t\nLOCAL liczba = 12.5\n" +
                     line,
@@ -119,7 +119,7 @@ TEST_F(ReportWritesTest, EachWriteIsSentAtOnce) {
 }
 
 TEST_F(ReportWritesTest, ByNameSendsTheAssignedValueAtItsTime) {
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nLOCAL t = MAKE_TIME 2024 3 9 6 23 45\nSET a.HREP = 77.5\n"
             "SET a.HREP.TIMESTAMP = t\nPUT a.HREP\nPUT a.DREP\nPUT a\nPUT a.XYZ\nLOCAL y = a.HREP",
             5);
@@ -131,7 +131,7 @@ TEST_F(ReportWritesTest, ByNameSendsTheAssignedValueAtItsTime) {
 }
 
 TEST_F(ReportWritesTest, WrittenReportIsReadBack) {
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 55.5\n"
             "GET a HREP 2024 3 10 6\n:c\nIF NOT READY a.HREP GOTO c\nSET x = a.HREP",
             10);
@@ -139,10 +139,11 @@ TEST_F(ReportWritesTest, WrittenReportIsReadBack) {
 }
 
 TEST_F(ReportWritesTest, SlotIsLeftAlone) {
-    CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 55.5", 5);
+    engine::CKalvexDoc& document =
+        Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 55.5", 5);
     EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestNone);
     EXPECT_EQ(Stored(document, "a", KindHour), "/0");
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

@@ -2,17 +2,17 @@
 
 #include "support/source_world.h"
 
-namespace kalvex {
+namespace kalvex::sources {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ValueSetsTest : public SourceWorld {
+class ValueSetsTest : public support::SourceWorld {
   protected:
     // What the line asks of the server; on failure the error on which it stands.
     std::string Asks(const std::string& line) {
-        CKalvexDoc& document =
+        engine::CKalvexDoc& document =
             Run("REMOTE a srv@V\nLOCAL x = 5\nLIST L\nPOINTER p\nSETPTR p = \"a\"\nPOINTER q\n"
                 "SETPTR q = \"x\"\nLOCAL t = MAKE_TIME 2024 3 10 7 23 45\n" +
                     line,
@@ -22,7 +22,7 @@ class ValueSetsTest : public SourceWorld {
         return calls.empty() ? "nothing" : calls.front();
     }
 
-    std::string Texts(CKalvexDoc& document) { return Value(document, "L"); }
+    std::string Texts(engine::CKalvexDoc& document) { return Value(document, "L"); }
 };
 
 TEST_F(ValueSetsTest, RangeOfEachKind) {
@@ -83,14 +83,15 @@ TEST_F(ValueSetsTest, DataAreCopiedBetweenTheBounds) {
         "{'time': '2024-03-01 00:00:00', 'value': 1}, {'time': '2024-03-01 00:00:01', 'value': 2, "
         "'status': 5}, {'time': '2024-03-31 23:59:59', 'value': 3}, "
         "{'time': '2024-04-01 00:00:00', 'value': 4}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nADD L 99\nMGET a ARCH FROM 2024 3 TO 2024 4\n"
             "MGET a GETDATA L\nLOCAL n = L.COUNT\n:c\n"
             "IF NOT READY a.ARCH GOTO c\nMGET a GETDATA L\nMGET a GETDATA L",
             5);
     EXPECT_EQ(Value(document, "n"), "150:0");
     EXPECT_EQ(Texts(document), "[2 3]");
-    const auto& elements = static_cast<CVariableList&>(*document.Variables().Find("L")).Elements();
+    const auto& elements =
+        static_cast<operands::CVariableList&>(*document.Variables().Find("L")).Elements();
     EXPECT_EQ(elements[0].GetStatus(), 5);
     EXPECT_EQ(elements[0].GetTime(), Local("2024-03-01 00:00:01"));
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 4u);
@@ -100,7 +101,7 @@ TEST_F(ValueSetsTest, DataComeThroughAPointer) {
     Plant(
         "'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}, "
         "{'time': '2024-03-10 03:00:00', 'value': 2}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nPOINTER p\nSETPTR p = \"a\"\nLIST L\n"
             "MGET p HREP FROM 2024 3 10 1 TO 2024 3 10 3\n:c\nIF NOT READY p.HREP GOTO c\n"
             "MGET p GETDATA L",
@@ -110,7 +111,7 @@ TEST_F(ValueSetsTest, DataComeThroughAPointer) {
 
 TEST_F(ValueSetsTest, RangeTheWrongWayRoundCopiesNothing) {
     Plant("'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nMGET a HREP FROM 2024 3 10 4 TO 2024 3 10 1\n"
             ":c\nIF NOT READY a.HREP GOTO c\nMGET a GETDATA L",
             5);
@@ -120,7 +121,7 @@ TEST_F(ValueSetsTest, RangeTheWrongWayRoundCopiesNothing) {
 
 TEST_F(ValueSetsTest, SingleReportFillsTheSlotAndNoList) {
     Plant("'variables': {'V': {'hour': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nADD L 99\n"
             "LOCAL s = 0\nSLEEP 0\n:d\nMGET a HREP FROM 2024 3 10 2 TO 2024 3 10 2\n"
             ":c\nIF NOT READY a.HREP GOTO c\nMGET a GETDATA L\nLOCAL x = a.HREP",
@@ -131,7 +132,7 @@ TEST_F(ValueSetsTest, SingleReportFillsTheSlotAndNoList) {
 
 TEST_F(ValueSetsTest, AnotherRequestBetweenEmptiesTheData) {
     Plant("'variables': {'V': {'archive': [{'time': '2024-03-10 02:00:00', 'value': 1}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nMGET a ARCH FROM 2024 3 TO 2024 4\n:c\n"
             "IF NOT READY a.ARCH GOTO c\nGET a DREP 2024 3 9\nMGET a GETDATA L",
             5);
@@ -143,7 +144,7 @@ TEST_F(ValueSetsTest, FailedRequestLeavesNothingToCopy) {
     Plant(
         "'variables': {'V': {'readError': 8, 'archive': [{'time': '2024-03-10 02:00:00', "
         "'value': 1}]}}");
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nADD L 99\nMGET a ARCH FROM 2024 3 TO 2024 4\n"
             ":c\nIF NOT READY a.ARCH GOTO c\nMGET a GETDATA L",
             5);
@@ -162,7 +163,7 @@ TEST_F(ValueSetsTest, ListsThatAreNone) {
 // ---- writing
 
 TEST_F(ValueSetsTest, WritesOfAListGoTogether) {
-    CKalvexDoc& document =
+    engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLIST L\nLOCAL od = MAKE_TIME 2024 3 9 6\n"
             "LOCAL ko = MAKE_TIME 2024 3 9 8\nFILL_IN_LIST L 5 4 od ko HREP\n"
             "MPUT a HREP L",
@@ -184,7 +185,7 @@ TEST_F(ValueSetsTest, UnknownElementsAreWrittenToo) {
 }
 
 TEST_F(ValueSetsTest, ArchiveIsSortedAndUnmarked) {
-    CKalvexDoc& document = Run(
+    engine::CKalvexDoc& document = Run(
         "REMOTE a srv@V\nLIST L\nLOCAL t1 = MAKE_TIME 2024 3 9 6\nLOCAL t2 = MAKE_TIME 2024 3 9 7\n"
         "LOCAL t3 = MAKE_TIME 2024 3 9 2\nFILL_IN_LIST L 5 4 t1 t2 HREP\n"
         "FILL_IN_LIST L 7 0 t3 t3 HREP\nMPUT a ARCH L\nMPUT a ARCH L",
@@ -225,4 +226,4 @@ TEST_F(ValueSetsTest, RefusedWritesAreLoggedOneByOne) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::sources

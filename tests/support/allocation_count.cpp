@@ -26,7 +26,7 @@ void Release(void* memory) noexcept {
 
 }  // namespace
 
-namespace kalvex {
+namespace kalvex::support {
 
 int AllocationCount() {
     return g_nAllocations;
@@ -36,7 +36,7 @@ std::int64_t HeldBytes() {
     return g_nHeldBytes;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support
 
 void* operator new(std::size_t size) {
     if (void* memory = Allocate(size)) return memory;

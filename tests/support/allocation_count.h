@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace kalvex {
+namespace kalvex::support {
 
 // Calls of operator new so far.
 int AllocationCount();
@@ -11,4 +11,4 @@ int AllocationCount();
 // Bytes that are held now, as the allocator reckons them.
 std::int64_t HeldBytes();
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-namespace kalvex {
+namespace kalvex::support {
 
 EnvironmentScope::EnvironmentScope(const char* name, const std::string& value) : m_name(name) {
     if (const char* former = std::getenv(name)) m_former = former;
@@ -17,4 +17,4 @@ EnvironmentScope::~EnvironmentScope() {
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace kalvex {
+namespace kalvex::support {
 
 // Sets the variable, and puts back what there was.
 class EnvironmentScope {
@@ -19,4 +19,4 @@ class EnvironmentScope {
     std::optional<std::string> m_former;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

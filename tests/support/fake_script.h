@@ -20,55 +20,57 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 struct FakeWorld {
     static constexpr std::int64_t kStart = 1710050400;  // 2024-03-10 06:00:00 GMT
 
-    explicit FakeWorld(const CFunctionTable& functions)
+    explicit FakeWorld(const operands::CFunctionTable& functions)
         : services{clock, log, translator, users, paths, functions} {
         users.account = "dyspozytor";
     }
 
-    VirtualClock clock{kStart};
+    platform::VirtualClock clock{kStart};
     LogRecorder log;
-    Translator translator;
+    platform::Translator translator;
     FixedUser users;
-    Paths paths{"/skrypty"};
-    ValueServices services;
+    platform::Paths paths{"/skrypty"};
+    operands::ValueServices services;
 };
 
-inline const CFunctionTable& NoFunctions() {
-    static const CFunctionTable table({});
+inline const operands::CFunctionTable& NoFunctions() {
+    static const operands::CFunctionTable table({});
     return table;
 }
 
-class FakeScript final : public FakeWorld, public CScriptContext {
+class FakeScript final : public FakeWorld, public operands::CScriptContext {
   public:
-    explicit FakeScript(const CFunctionTable& functions = NoFunctions())
-        : FakeWorld(functions), CScriptContext(services) {}
+    explicit FakeScript(const operands::CFunctionTable& functions = NoFunctions())
+        : FakeWorld(functions), operands::CScriptContext(services) {}
 
-    CVariableLocal& Local(std::string_view name, const CVal& value = CVal()) {
-        auto& variable = Append<CVariableLocal>(name);
-        variable.SetValue(value, KindCurrent);
+    operands::CVariableLocal& Local(std::string_view name,
+                                    const value::CVal& value = value::CVal()) {
+        auto& variable = Append<operands::CVariableLocal>(name);
+        variable.SetValue(value, value::KindCurrent);
         return variable;
     }
-    CVariableList& List(std::string_view name, std::initializer_list<CVal> elements = {}) {
-        auto& list = Append<CVariableList>(name);
-        for (const CVal& element : elements) list.Add(element);
+    operands::CVariableList& List(std::string_view name,
+                                  std::initializer_list<value::CVal> elements = {}) {
+        auto& list = Append<operands::CVariableList>(name);
+        for (const value::CVal& element : elements) list.Add(element);
         return list;
     }
-    CVariablePointer& Pointer(std::string_view name, std::string_view target) {
-        auto& pointer = Append<CVariablePointer>(name, *this);
-        pointer.SetTargetName(FromUtf8(target));
+    operands::CVariablePointer& Pointer(std::string_view name, std::string_view target) {
+        auto& pointer = Append<operands::CVariablePointer>(name, *this);
+        pointer.SetTargetName(text::FromUtf8(target));
         return pointer;
     }
     HandRemote& Remote(std::string_view name) { return Append<HandRemote>(name); }
 
     // A variable's value, whether a script could use it or not.
-    CVal Value(std::string_view name, ValueKind kind = KindCurrent) {
-        CVal value;
-        Variables().Find(FromUtf8(name))->GetValue(value, kind, 1);
+    value::CVal Value(std::string_view name, value::ValueKind kind = value::KindCurrent) {
+        value::CVal value;
+        Variables().Find(text::FromUtf8(name))->GetValue(value, kind, 1);
         return value;
     }
 
@@ -76,29 +78,29 @@ class FakeScript final : public FakeWorld, public CScriptContext {
     std::string Error() const {
         std::string error = std::to_string(LastError().m_nErrorCode);
         if (const std::string& text = LastError().m_strErrorText; !text.empty()) {
-            error += " " + ToUtf8(text);
+            error += " " + text::ToUtf8(text);
         }
         return error;
     }
-    void ClearError() { SetError(ErrorNone, {}, true); }
+    void ClearError() { SetError(operands::ErrorNone, {}, true); }
 
     // What an expression comes to: type and content as in "150:7", or "failed" with the error slot.
     // A statement's error slot is empty when it begins.
-    std::string Evaluate(std::string_view expression, int wanted = ValueType::Double) {
+    std::string Evaluate(std::string_view expression, int wanted = value::ValueType::Double) {
         ClearError();
-        const std::string text = FromUtf8(expression);
+        const std::string text = text::FromUtf8(expression);
         std::string_view rest = text;
-        CVal value;
-        if (!EvaluateExpression(*this, rest, value, wanted)) return "failed " + Error();
-        return std::to_string(value.GetType()) + ":" + ToUtf8(ValueToText(value));
+        value::CVal value;
+        if (!operands::EvaluateExpression(*this, rest, value, wanted)) return "failed " + Error();
+        return std::to_string(value.GetType()) + ":" + text::ToUtf8(value::ValueToText(value));
     }
 
   private:
     template <class Variable, class... Arguments>
     Variable& Append(std::string_view name, Arguments&... arguments) {
         return static_cast<Variable&>(
-            Variables().Append(std::make_unique<Variable>(FromUtf8(name), arguments...)));
+            Variables().Append(std::make_unique<Variable>(text::FromUtf8(name), arguments...)));
     }
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

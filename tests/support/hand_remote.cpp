@@ -2,14 +2,14 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-int HandRemote::GetValue(CVal& out, ValueKind, int) {
-    if (answer == ReadValue) out = value;
+int HandRemote::GetValue(value::CVal& out, value::ValueKind, int) {
+    if (answer == operands::ReadValue) out = value;
     return answer;
 }
 
-int HandRemote::SetValue(const CVal& written, ValueKind) {
+int HandRemote::SetValue(const value::CVal& written, value::ValueKind) {
     value = written;
     return 1;
 }
@@ -25,11 +25,11 @@ int HandRemote::SetIgnoreUnknown(bool flag) {
 }
 
 std::string HandRemote::GetUnit() {
-    return FromUtf8("m³/h");
+    return text::FromUtf8("m³/h");
 }
 
 std::string HandRemote::GetDescription() {
-    return FromUtf8("Przepływ");
+    return text::FromUtf8("Przepływ");
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

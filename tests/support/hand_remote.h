@@ -5,31 +5,31 @@
 
 #include "operands/Variable.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-class HandRemote final : public CVariableStored {
+class HandRemote final : public operands::CVariableStored {
   public:
-    using CVariableStored::CVariableStored;
+    using operands::CVariableStored::CVariableStored;
 
-    VariableKind GetKind() const override { return VariableRemote; }
-    int GetValue(CVal& out, ValueKind kind, int mode) override;
-    int SetValue(const CVal& written, ValueKind kind) override;
+    operands::VariableKind GetKind() const override { return operands::VariableRemote; }
+    int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    int SetValue(const value::CVal& written, value::ValueKind kind) override;
     int SetLocked(bool flag) override;
     int SetIgnoreUnknown(bool flag) override;
-    int IsReady(ValueKind kind) override { return kind == readyKind ? 1 : 0; }
-    int IsReportLoaded(ValueKind kind) override { return kind == loadedKind ? 1 : 0; }
-    int IsReportInited(ValueKind kind) override { return kind == initedKind ? 1 : 0; }
+    int IsReady(value::ValueKind kind) override { return kind == readyKind ? 1 : 0; }
+    int IsReportLoaded(value::ValueKind kind) override { return kind == loadedKind ? 1 : 0; }
+    int IsReportInited(value::ValueKind kind) override { return kind == initedKind ? 1 : 0; }
     int IsArchived() override { return 1; }
     std::string GetUnit() override;
     std::string GetDescription() override;
 
-    CVal value;
-    ReadResult answer = ReadValue;
-    ValueKind readyKind = KindNone;
-    ValueKind loadedKind = KindNone;
-    ValueKind initedKind = KindNone;
+    value::CVal value;
+    operands::ReadResult answer = operands::ReadValue;
+    value::ValueKind readyKind = value::KindNone;
+    value::ValueKind loadedKind = value::KindNone;
+    value::ValueKind initedKind = value::KindNone;
     bool locked = false;
     bool ignoreUnknown = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -2,19 +2,19 @@
 
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 namespace {
 
-class HandSession final : public ServerSession {
+class HandSession final : public vantrel::ServerSession {
   public:
-    HandSession(HandServer& server, ServerLink& link) : m_server(server), m_link(link) {}
+    HandSession(HandServer& server, vantrel::ServerLink& link) : m_server(server), m_link(link) {}
 
-    void OnMessage(ClientMessage message) override {
+    void OnMessage(vantrel::ClientMessage message) override {
         m_server.heard.push_back(Describe(message));
-        const auto* subscription = std::get_if<SubscribeRequest>(&message);
+        const auto* subscription = std::get_if<vantrel::SubscribeRequest>(&message);
         if (subscription != nullptr) m_server.wishes = subscription->flags;
-        const auto* login = std::get_if<LoginRequest>(&message);
+        const auto* login = std::get_if<vantrel::LoginRequest>(&message);
         if (login == nullptr) return;
         m_server.logins.push_back(*login);
         if (m_server.answersLogin) m_link.Send(m_server.loginResult);
@@ -29,7 +29,7 @@ class HandSession final : public ServerSession {
 
   private:
     HandServer& m_server;
-    ServerLink& m_link;
+    vantrel::ServerLink& m_link;
 };
 
 std::string Text(std::int64_t number) {
@@ -37,66 +37,67 @@ std::string Text(std::int64_t number) {
 }
 
 struct Describer {
-    std::string operator()(const LoginRequest& message) const {
+    std::string operator()(const vantrel::LoginRequest& message) const {
         return "login " + message.user + "/" + message.password + " " + message.clientName + " " +
                Text(message.moduleType);
     }
-    std::string operator()(const SubscribeRequest& message) const {
+    std::string operator()(const vantrel::SubscribeRequest& message) const {
         std::string text = "subscribe";
         for (const auto& entry : message.added) text += " +" + Text(entry.handle) + entry.name;
-        for (const VariableHandle handle : message.removed) text += " -" + Text(handle);
+        for (const vantrel::VariableHandle handle : message.removed) text += " -" + Text(handle);
         return text;
     }
-    std::string operator()(const ReadRequests& message) const {
+    std::string operator()(const vantrel::ReadRequests& message) const {
         std::string text = "read";
-        for (const ReadRequest& request : message.requests) {
+        for (const vantrel::ReadRequest& request : message.requests) {
             text += " " + Text(request.id) + ":" + Text(request.kind) + request.variable + "[" +
                     Text(request.from) + ".." + Text(request.to) + "]";
         }
         return text;
     }
-    std::string operator()(const CancelRequests& message) const {
+    std::string operator()(const vantrel::CancelRequests& message) const {
         std::string text = "cancel";
-        for (const RequestId id : message.ids) text += " " + Text(id);
+        for (const vantrel::RequestId id : message.ids) text += " " + Text(id);
         return text;
     }
-    std::string operator()(const ModifyRequests& message) const {
+    std::string operator()(const vantrel::ModifyRequests& message) const {
         std::string text = "modify";
-        for (const ModifyRequest& request : message.requests) {
+        for (const vantrel::ModifyRequest& request : message.requests) {
             text += " " + Text(request.id) + ":" + Text(request.kind) + request.variable + "[" +
                     Text(request.time) + "]=" + Describe(request.value);
         }
         return text;
     }
-    std::string operator()(const ArchiveModifyRequest& message) const {
+    std::string operator()(const vantrel::ArchiveModifyRequest& message) const {
         std::string text = "archive " + Text(message.id) + ":" + message.variable + "[" +
                            Text(message.from) + ".." + Text(message.to) + "]";
-        for (const CVal& value : message.values) text += " " + Describe(value);
+        for (const value::CVal& value : message.values) text += " " + Describe(value);
         return text;
     }
-    std::string operator()(const PeriodRequest& message) const {
+    std::string operator()(const vantrel::PeriodRequest& message) const {
         return "period " + Text(static_cast<int>(message.action)) + ":" + Text(message.kind) +
                message.variable + "[" + Text(message.time) + "]";
     }
-    std::string operator()(const LastMessagesRequest& message) const {
+    std::string operator()(const vantrel::LastMessagesRequest& message) const {
         return "last " + Text(message.count);
     }
 };
 
 }  // namespace
 
-std::string Describe(const ClientMessage& message) {
+std::string Describe(const vantrel::ClientMessage& message) {
     return std::visit(Describer(), message);
 }
 
-std::unique_ptr<ServerSession> HandServer::Accept(ServerLink& newLink) {
+std::unique_ptr<vantrel::ServerSession> HandServer::Accept(vantrel::ServerLink& newLink) {
     if (!accepts) return nullptr;
     ++clients;
     link = &newLink;
     return std::make_unique<HandSession>(*this, newLink);
 }
 
-void HandServer::ListVariables(LoginRequest login, std::string address, ListAnswer answer) {
+void HandServer::ListVariables(vantrel::LoginRequest login, std::string address,
+                               ListAnswer answer) {
     heard.push_back("list " + login.user + (address.empty() ? "" : " from " + address));
     if (!answersList) {
         listAnswer = std::move(answer);
@@ -107,7 +108,7 @@ void HandServer::ListVariables(LoginRequest login, std::string address, ListAnsw
     }
 }
 
-CVarVal& HeardConnection::RegisterVariable(std::string_view name, const Owner* owner) {
+vantrel::CVarVal& HeardConnection::RegisterVariable(std::string_view name, const Owner* owner) {
     owners.emplace(name, owner);
     return RegisterVariable(name);
 }
@@ -115,14 +116,14 @@ CVarVal& HeardConnection::RegisterVariable(std::string_view name, const Owner* o
 void HeardConnection::UnRegisterVariable(const std::string& name, const Owner* owner) {
     std::erase_if(owners,
                   [&](const auto& bound) { return bound.first == name && bound.second == owner; });
-    CClientConnection::UnRegisterVariable(name);
+    vantrel::CClientConnection::UnRegisterVariable(name);
 }
 
-bool HeardConnection::IsVarInUse(const CVarVal& variable) const {
+bool HeardConnection::IsVarInUse(const vantrel::CVarVal& variable) const {
     return owners.count(variable.GetName()) != 0;
 }
 
-void HeardConnection::OnConnectionFault(ConnectionFault fault, std::uint32_t code) {
+void HeardConnection::OnConnectionFault(vantrel::ConnectionFault fault, std::uint32_t code) {
     events.push_back("fault " + Text(static_cast<int>(fault)) + " " + Text(code));
 }
 
@@ -136,7 +137,7 @@ void HeardConnection::OnConnect() {
 
 void HeardConnection::OnDisconnect(std::uint32_t reason) {
     events.push_back("disconnect " + Text(reason));
-    CClientConnection::OnDisconnect(reason);
+    vantrel::CClientConnection::OnDisconnect(reason);
 }
 
 void HeardConnection::OnVariableList() {
@@ -147,24 +148,25 @@ void HeardConnection::OnDataArrived() {
     events.push_back("data");
 }
 
-void HeardConnection::OnVarAccessError(const CRequestRecord& record) {
+void HeardConnection::OnVarAccessError(const vantrel::CRequestRecord& record) {
     events.push_back("no access " + record.variable + " " + Text(record.result));
 }
 
-void HeardConnection::OnCurrentDataModifyAck(const CRequestRecord& record) {
+void HeardConnection::OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) {
     events.push_back("written " + record.variable + " " + Describe(record.value));
 }
 
-void HeardConnection::OnCurrentDataModifyError(const CRequestRecord& record) {
+void HeardConnection::OnCurrentDataModifyError(const vantrel::CRequestRecord& record) {
     events.push_back("not written " + record.variable + " " + Text(record.result));
 }
 
-void HeardConnection::OnReportModifyError(ValueKind kind, const CRequestRecord& record) {
+void HeardConnection::OnReportModifyError(value::ValueKind kind,
+                                          const vantrel::CRequestRecord& record) {
     events.push_back("report not written " + Text(kind) + record.variable + " " +
                      Text(record.result));
 }
 
-void HeardConnection::OnReportChange(ValueKind kind, std::int64_t time) {
+void HeardConnection::OnReportChange(value::ValueKind kind, std::int64_t time) {
     events.push_back("report changed " + Text(kind) + " " + Text(time));
 }
 
@@ -172,7 +174,7 @@ void HeardConnection::OnRemoteLogMessage(int level, std::int64_t time, std::stri
     events.push_back("log " + Text(level) + " " + Text(time) + " " + std::string(text));
 }
 
-void HeardWindow::OnAnswer(ValueKind kind, CRequestRecord record) {
+void HeardWindow::OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) {
     std::string text = Text(kind) + record.variable + " " + Text(record.result);
     if (record.list != nullptr) {
         text += " [";
@@ -186,7 +188,8 @@ void HeardWindow::OnAnswer(ValueKind kind, CRequestRecord record) {
     answers.push_back(text);
 }
 
-void HeardJournal::Record(const CClientConnection& connection, JournalEntry entry) {
+void HeardJournal::Record(const vantrel::CClientConnection& connection,
+                          vantrel::JournalEntry entry) {
     std::string text = connection.GetServerName() + " " + entry.operation;
     if (entry.variable) text += " variable=" + *entry.variable;
     if (entry.from) text += " from=" + Text(*entry.from);
@@ -199,4 +202,4 @@ void HeardJournal::Record(const CClientConnection& connection, JournalEntry entr
     entries.push_back(text);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -10,78 +10,79 @@
 #include "support/in_process.h"
 #include "vantrel/ClientConnection.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-std::string Describe(const ClientMessage& message);
+std::string Describe(const vantrel::ClientMessage& message);
 
 // Answers a login as it is told and leaves the rest to the test.
-class HandServer final : public SessionAcceptor {
+class HandServer final : public vantrel::SessionAcceptor {
   public:
-    std::unique_ptr<ServerSession> Accept(ServerLink& link) override;
-    void ListVariables(LoginRequest login, std::string address, ListAnswer answer) override;
+    std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override;
+    void ListVariables(vantrel::LoginRequest login, std::string address,
+                       ListAnswer answer) override;
 
     // To the client that came last.
-    void Send(ServerMessage message) { link->Send(std::move(message)); }
-    void SendValue(VariableHandle handle, const CVal& value) {
-        Send(ValueUpdates{{{handle, value}}, true});
+    void Send(vantrel::ServerMessage message) { link->Send(std::move(message)); }
+    void SendValue(vantrel::VariableHandle handle, const value::CVal& value) {
+        Send(vantrel::ValueUpdates{{{handle, value}}, true});
     }
 
-    ServerLink* link = nullptr;  // null when nobody is there
-    int clients = 0;             // that have come so far
+    vantrel::ServerLink* link = nullptr;  // null when nobody is there
+    int clients = 0;                      // that have come so far
     std::vector<std::string> heard;
-    std::vector<LoginRequest> logins;  // of all clients
-    std::uint32_t wishes = 0;          // the flags of the last subscription
+    std::vector<vantrel::LoginRequest> logins;  // of all clients
+    std::uint32_t wishes = 0;                   // the flags of the last subscription
     bool accepts = true;
     bool answersLogin = true;
-    LoginResult loginResult;
-    std::vector<VariableDefinition> definitions;
+    vantrel::LoginResult loginResult;
+    std::vector<vantrel::VariableDefinition> definitions;
     bool lists = true;
     bool answersList = true;
     ListAnswer listAnswer;  // of the client that was not answered
 };
 
 // Keeps what its hooks are told. A variable is in use for as long as it has an owner.
-class HeardConnection final : public CClientConnection {
+class HeardConnection final : public vantrel::CClientConnection {
   public:
     struct Owner {};
 
-    using CClientConnection::RegisterVariable;
-    CVarVal& RegisterVariable(std::string_view name, const Owner* owner);
+    using vantrel::CClientConnection::RegisterVariable;
+    vantrel::CVarVal& RegisterVariable(std::string_view name, const Owner* owner);
     void UnRegisterVariable(const std::string& name, const Owner* owner);
 
     std::vector<std::string> events;
     std::multimap<std::string, const Owner*> owners;
 
   protected:
-    bool IsVarInUse(const CVarVal& variable) const override;
-    void OnConnectionFault(ConnectionFault fault, std::uint32_t code) override;
+    bool IsVarInUse(const vantrel::CVarVal& variable) const override;
+    void OnConnectionFault(vantrel::ConnectionFault fault, std::uint32_t code) override;
     void OnServerAccess(bool denied, std::string_view text) override;
     void OnConnect() override;
     void OnDisconnect(std::uint32_t reason) override;
     void OnVariableList() override;
     void OnDataArrived() override;
-    void OnVarAccessError(const CRequestRecord& record) override;
-    void OnCurrentDataModifyAck(const CRequestRecord& record) override;
-    void OnCurrentDataModifyError(const CRequestRecord& record) override;
-    void OnReportModifyError(ValueKind kind, const CRequestRecord& record) override;
-    void OnReportChange(ValueKind kind, std::int64_t time) override;
+    void OnVarAccessError(const vantrel::CRequestRecord& record) override;
+    void OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) override;
+    void OnCurrentDataModifyError(const vantrel::CRequestRecord& record) override;
+    void OnReportModifyError(value::ValueKind kind, const vantrel::CRequestRecord& record) override;
+    void OnReportChange(value::ValueKind kind, std::int64_t time) override;
     void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;
 };
 
 // Keeps the answers.
-class HeardWindow final : public CAnswerWindow {
+class HeardWindow final : public vantrel::CAnswerWindow {
   public:
-    void OnAnswer(ValueKind kind, CRequestRecord record) override;
+    void OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) override;
 
     std::vector<std::string> answers;
 };
 
 // Keeps the names of the operations with their arguments.
-class HeardJournal final : public RequestJournal {
+class HeardJournal final : public vantrel::RequestJournal {
   public:
-    void Record(const CClientConnection& connection, JournalEntry entry) override;
+    void Record(const vantrel::CClientConnection& connection, vantrel::JournalEntry entry) override;
 
     std::vector<std::string> entries;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

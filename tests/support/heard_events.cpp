@@ -4,7 +4,7 @@
 
 #include "support/value_dump.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 namespace {
 
@@ -17,12 +17,12 @@ const char* More(bool last) {
 }
 
 struct Describer {
-    std::string operator()(const LoginResult& message) const {
+    std::string operator()(const vantrel::LoginResult& message) const {
         return "login result " + Text(message.code) + " " + message.text;
     }
-    std::string operator()(const VariableDefinitions& message) const {
+    std::string operator()(const vantrel::VariableDefinitions& message) const {
         std::string text = "definitions";
-        for (const VariableDefinition& definition : message.definitions) {
+        for (const vantrel::VariableDefinition& definition : message.definitions) {
             text += " " + definition.name + "{";
             for (const auto& [key, content] : definition.attributes) {
                 text += key + "=" + content + ";";
@@ -31,47 +31,47 @@ struct Describer {
         }
         return text + More(message.last);
     }
-    std::string operator()(const ValueUpdates& message) const {
+    std::string operator()(const vantrel::ValueUpdates& message) const {
         std::string text = "updates";
-        for (const ValueUpdates::Entry& entry : message.entries) {
+        for (const vantrel::ValueUpdates::Entry& entry : message.entries) {
             text += " " + Text(entry.handle) + "=" + DescribeWhole(entry.value);
         }
         return text + More(message.last);
     }
-    std::string operator()(const AccessErrors& message) const {
+    std::string operator()(const vantrel::AccessErrors& message) const {
         std::string text = "access errors";
-        for (const AccessErrors::Entry& entry : message.entries) {
+        for (const vantrel::AccessErrors::Entry& entry : message.entries) {
             text += " " + Text(entry.handle) + ":" + Text(entry.code);
         }
         return text;
     }
-    std::string operator()(const ReadAnswer& message) const {
+    std::string operator()(const vantrel::ReadAnswer& message) const {
         std::string text = "answer " + Text(message.id) + " " + Text(message.result);
-        for (const CVal& value : message.values) text += " " + DescribeWhole(value);
+        for (const value::CVal& value : message.values) text += " " + DescribeWhole(value);
         return text + More(message.last);
     }
-    std::string operator()(const ModifyResults& message) const {
+    std::string operator()(const vantrel::ModifyResults& message) const {
         std::string text = "modify results";
-        for (const ModifyResults::Entry& entry : message.entries) {
+        for (const vantrel::ModifyResults::Entry& entry : message.entries) {
             text += " " + Text(entry.id) + ":" + Text(entry.result);
         }
         return text;
     }
-    std::string operator()(const ReportChange& message) const {
+    std::string operator()(const vantrel::ReportChange& message) const {
         return "report change " + Text(message.kind) + " " + Text(message.time);
     }
-    std::string operator()(const LogMessage& message) const {
+    std::string operator()(const vantrel::LogMessage& message) const {
         return "log " + Text(message.level) + " " + Text(message.time) + " " + message.text;
     }
 };
 
 }  // namespace
 
-std::string Describe(const ServerMessage& message) {
+std::string Describe(const vantrel::ServerMessage& message) {
     return std::visit(Describer(), message);
 }
 
-void HeardEvents::OnFault(ConnectionFault fault, std::uint32_t reason) {
+void HeardEvents::OnFault(vantrel::ConnectionFault fault, std::uint32_t reason) {
     heard.push_back("fault " + Text(static_cast<int>(fault)) + " " + Text(reason));
 }
 
@@ -83,4 +83,4 @@ bool HeardEvents::Has(const std::string& event) const {
     return std::find(heard.begin(), heard.end(), event) != heard.end();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

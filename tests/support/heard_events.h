@@ -6,15 +6,15 @@
 
 #include "vantrel/Transport.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-std::string Describe(const ServerMessage& message);
+std::string Describe(const vantrel::ServerMessage& message);
 
-class HeardEvents final : public ClientTransportEvents {
+class HeardEvents final : public vantrel::ClientTransportEvents {
   public:
     void OnOpened() override { heard.push_back("opened"); }
-    void OnMessage(ServerMessage message) override { heard.push_back(Describe(message)); }
-    void OnFault(ConnectionFault fault, std::uint32_t reason) override;
+    void OnMessage(vantrel::ServerMessage message) override { heard.push_back(Describe(message)); }
+    void OnFault(vantrel::ConnectionFault fault, std::uint32_t reason) override;
     void OnClosed(std::uint32_t reason) override;
 
     bool Has(const std::string& event) const;
@@ -22,4 +22,4 @@ class HeardEvents final : public ClientTransportEvents {
     std::vector<std::string> heard;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

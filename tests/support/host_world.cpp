@@ -1,11 +1,11 @@
 #include "support/host_world.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 std::string HostWorld::Run(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + line;
-    const CKalvexDoc& script = ScriptWorld::Run(text, static_cast<int>(lines.size()) + 1);
+    const engine::CKalvexDoc& script = ScriptWorld::Run(text, static_cast<int>(lines.size()) + 1);
     if (script.State().m_nCurrentLine == script.GetLineCount()) return "done";
     return std::to_string(script.State().m_nCurrentLine + 1) + ": " + Error(script);
 }
@@ -16,13 +16,13 @@ std::string HostWorld::Text(std::string_view name) {
 }
 
 void HostWorld::Put(const std::string& name, std::string_view text) {
-    folder.Put(name, FromUtf8(text));
+    folder.Put(name, text::FromUtf8(text));
 }
 
 std::string HostWorld::Get(const std::string& name) const {
     std::string content;
     std::string error;
-    return ReadWholeFile(PathOf(name), content, error) ? ToUtf8(content) : error;
+    return platform::ReadWholeFile(PathOf(name), content, error) ? text::ToUtf8(content) : error;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -8,7 +8,7 @@
 #include "platform/posix/FileStore.h"
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 class HostWorld : public ScriptWorld {
   protected:
@@ -28,7 +28,7 @@ class HostWorld : public ScriptWorld {
     bool Has(const std::string& name) const { return folder.Has(name); }
     std::string PathOf(const std::string& name) const { return folder.Path(name); }
 
-    PosixFileStore files;
+    platform::PosixFileStore files;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -5,32 +5,32 @@
 
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 // One conversation. Either end may be gone while events of it are still under way.
-struct InProcessNetwork::Conversation final : public ServerLink,
+struct InProcessNetwork::Conversation final : public vantrel::ServerLink,
                                               public std::enable_shared_from_this<Conversation> {
     Conversation(InProcessNetwork& network, InProcessTransport& transport)
         : network(network), transport(&transport) {}
 
-    void Send(ServerMessage message) override;
+    void Send(vantrel::ServerMessage message) override;
     void Close(std::uint32_t reason) override;
     std::size_t Backlog() const override;
     std::string PeerAddress() const override { return {}; }
 
     InProcessNetwork& network;
     InProcessTransport* transport;  // null when the client has gone
-    std::unique_ptr<ServerSession> session;
+    std::unique_ptr<vantrel::ServerSession> session;
     bool opened = false;
     bool ending = false;  // nothing is taken over any more
     std::size_t backlog = 0;
     mutable bool backlogSeen = false;
 };
 
-class InProcessTransport final : public ClientTransport {
+class InProcessTransport final : public vantrel::ClientTransport {
   public:
     InProcessTransport(InProcessNetwork& network, std::string_view source,
-                       ClientTransportEvents& events)
+                       vantrel::ClientTransportEvents& events)
         : m_network(network), m_strSource(source), m_events(events) {
         network.m_arrTransports.push_back(this);
     }
@@ -39,7 +39,7 @@ class InProcessTransport final : public ClientTransport {
         std::erase(m_network.m_arrTransports, this);
         if (!m_pConversation) return;
         m_pConversation->transport = nullptr;
-        m_network.Finish(m_pConversation, ReasonClosed, ReasonClientEnded);
+        m_network.Finish(m_pConversation, vantrel::ReasonClosed, vantrel::ReasonClientEnded);
     }
 
     bool Open() override {
@@ -53,7 +53,7 @@ class InProcessTransport final : public ClientTransport {
         if (m_network.FindServer(m_strSource) != nullptr) m_network.Begin(*this);
     }
 
-    void Send(ClientMessage message) override {
+    void Send(vantrel::ClientMessage message) override {
         if (!m_pConversation || m_pConversation->ending) return;
         m_network.Post(m_pConversation, [message = std::move(message)](
                                             InProcessNetwork::Conversation& conversation) mutable {
@@ -65,14 +65,15 @@ class InProcessTransport final : public ClientTransport {
         m_bWanted = false;
         if (!m_pConversation) return;
         m_network.Finish(m_pConversation, reason,
-                         reason == ReasonClosed ? ReasonClientEnded : reason);
+                         reason == vantrel::ReasonClosed ? vantrel::ReasonClientEnded : reason);
     }
 
-    bool LoadVariableList(const LoginRequest& login,
-                          std::vector<VariableDefinition>& list) override {
-        SessionAcceptor* server = m_network.FindServer(m_strSource);
+    bool LoadVariableList(const vantrel::LoginRequest& login,
+                          std::vector<vantrel::VariableDefinition>& list) override {
+        vantrel::SessionAcceptor* server = m_network.FindServer(m_strSource);
         if (server == nullptr) return false;
-        const auto answered = std::make_shared<std::optional<std::vector<VariableDefinition>>>();
+        const auto answered =
+            std::make_shared<std::optional<std::vector<vantrel::VariableDefinition>>>();
         server->ListVariables(login, {},
                               [answered](auto definitions) { *answered = std::move(definitions); });
         if (*answered) list = std::move(**answered);
@@ -81,12 +82,12 @@ class InProcessTransport final : public ClientTransport {
 
     InProcessNetwork& m_network;
     std::string m_strSource;
-    ClientTransportEvents& m_events;
+    vantrel::ClientTransportEvents& m_events;
     std::shared_ptr<InProcessNetwork::Conversation> m_pConversation;
     bool m_bWanted = false;
 };
 
-void InProcessNetwork::Conversation::Send(ServerMessage message) {
+void InProcessNetwork::Conversation::Send(vantrel::ServerMessage message) {
     if (ending) return;
     ++backlog;
     network.Post(shared_from_this(), [message = std::move(message)](Conversation& self) mutable {
@@ -108,18 +109,18 @@ std::size_t InProcessNetwork::Conversation::Backlog() const {
 
 InProcessNetwork::~InProcessNetwork() = default;
 
-SessionAcceptor* InProcessNetwork::FindServer(std::string_view name) const {
+vantrel::SessionAcceptor* InProcessNetwork::FindServer(std::string_view name) const {
     const auto found = m_mapServers.find(name);
     return found == m_mapServers.end() ? nullptr : found->second;
 }
 
-void InProcessNetwork::AddServer(std::string_view name, SessionAcceptor& acceptor) {
+void InProcessNetwork::AddServer(std::string_view name, vantrel::SessionAcceptor& acceptor) {
     m_mapServers.insert_or_assign(std::string(name), &acceptor);
     for (InProcessTransport* transport : m_arrTransports) transport->Check();
 }
 
 void InProcessNetwork::RemoveServer(std::string_view name) {
-    Break(name, ReasonServerEnded);
+    Break(name, vantrel::ReasonServerEnded);
     m_mapServers.erase(std::string(name));
     Deliver();
 }
@@ -131,9 +132,8 @@ void InProcessNetwork::Break(std::string_view name, std::uint32_t reason) {
     }
 }
 
-std::unique_ptr<ClientTransport> InProcessNetwork::Connect(std::string_view source,
-                                                           ClientTransportEvents& events,
-                                                           std::uint32_t&) {
+std::unique_ptr<vantrel::ClientTransport> InProcessNetwork::Connect(
+    std::string_view source, vantrel::ClientTransportEvents& events, std::uint32_t&) {
     return std::make_unique<InProcessTransport>(*this, source, events);
 }
 
@@ -143,14 +143,14 @@ void InProcessNetwork::Begin(InProcessTransport& transport) {
     Post(conversation, [this](Conversation& self) {
         if (self.ending) return;
         InProcessTransport& client = *self.transport;
-        SessionAcceptor* server = FindServer(client.m_strSource);
+        vantrel::SessionAcceptor* server = FindServer(client.m_strSource);
         if (server != nullptr) self.session = server->Accept(self);
         if (self.session) {
             self.opened = true;
             client.m_events.OnOpened();
         } else {
             client.m_pConversation.reset();
-            client.m_events.OnFault(ConnectionFault::Open, ReasonUnreachable);
+            client.m_events.OnFault(vantrel::ConnectionFault::Open, vantrel::ReasonUnreachable);
         }
     });
 }
@@ -180,10 +180,11 @@ void InProcessNetwork::Deliver() {
     }
 }
 
-std::unique_ptr<ClientTransport> NoTransports::Connect(std::string_view, ClientTransportEvents&,
-                                                       std::uint32_t& reason) {
-    reason = ReasonUnknownAddress;
+std::unique_ptr<vantrel::ClientTransport> NoTransports::Connect(std::string_view,
+                                                                vantrel::ClientTransportEvents&,
+                                                                std::uint32_t& reason) {
+    reason = vantrel::ReasonUnknownAddress;
     return nullptr;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -11,17 +11,17 @@
 
 #include "vantrel/Transport.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 class InProcessTransport;
 
 // Servers by name and the conversations with them. Outlives its transports and its servers' links.
-class InProcessNetwork final : public TransportFactory {
+class InProcessNetwork final : public vantrel::TransportFactory {
   public:
     ~InProcessNetwork() override;
 
     // Clients that have been waiting for the name are let in at the next Deliver.
-    void AddServer(std::string_view name, SessionAcceptor& acceptor);
+    void AddServer(std::string_view name, vantrel::SessionAcceptor& acceptor);
     // Ends all conversations with the server with ReasonServerEnded.
     void RemoveServer(std::string_view name);
     // Ends all conversations with the server as a fault of the line would. They come up again at
@@ -31,14 +31,15 @@ class InProcessNetwork final : public TransportFactory {
     // Carries what is under way, and what that brings about, until nothing is left.
     void Deliver();
 
-    std::unique_ptr<ClientTransport> Connect(std::string_view source, ClientTransportEvents& events,
-                                             std::uint32_t& reason) override;
+    std::unique_ptr<vantrel::ClientTransport> Connect(std::string_view source,
+                                                      vantrel::ClientTransportEvents& events,
+                                                      std::uint32_t& reason) override;
 
   private:
     friend class InProcessTransport;
     struct Conversation;
 
-    SessionAcceptor* FindServer(std::string_view name) const;
+    vantrel::SessionAcceptor* FindServer(std::string_view name) const;
     void Begin(InProcessTransport& transport);
     void Finish(const std::shared_ptr<Conversation>& conversation, std::uint32_t clientReason,
                 std::uint32_t serverReason);
@@ -49,16 +50,17 @@ class InProcessNetwork final : public TransportFactory {
         std::function<void(Conversation&)> run;
     };
 
-    std::map<std::string, SessionAcceptor*, std::less<>> m_mapServers;
+    std::map<std::string, vantrel::SessionAcceptor*, std::less<>> m_mapServers;
     std::vector<InProcessTransport*> m_arrTransports;
     std::deque<Event> m_queue;
 };
 
 // Knows no server's address.
-class NoTransports final : public TransportFactory {
+class NoTransports final : public vantrel::TransportFactory {
   public:
-    std::unique_ptr<ClientTransport> Connect(std::string_view source, ClientTransportEvents& events,
-                                             std::uint32_t& reason) override;
+    std::unique_ptr<vantrel::ClientTransport> Connect(std::string_view source,
+                                                      vantrel::ClientTransportEvents& events,
+                                                      std::uint32_t& reason) override;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -4,7 +4,7 @@
 #include "support/heard_events.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::support {
 namespace {
 
 using testing::ElementsAre;
@@ -27,7 +27,7 @@ class InProcessTest : public testing::Test {
     InProcessNetwork network;
     HandServer server;
     HeardEvents client;
-    std::unique_ptr<ClientTransport> transport;
+    std::unique_ptr<vantrel::ClientTransport> transport;
 };
 
 TEST_F(InProcessTest, NothingIsDeliveredFromWithinACall) {
@@ -35,7 +35,7 @@ TEST_F(InProcessTest, NothingIsDeliveredFromWithinACall) {
     EXPECT_THAT(client.heard, IsEmpty());
     network.Deliver();
     EXPECT_THAT(client.heard, ElementsAre("opened"));
-    transport->Send(LoginRequest{});
+    transport->Send(vantrel::LoginRequest{});
     EXPECT_THAT(server.heard, IsEmpty());
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("login /  0"));
@@ -58,14 +58,14 @@ TEST_F(InProcessTest, UnknownNameIsOutOfReach) {
     EXPECT_FALSE(other->Open());
     network.Deliver();
     EXPECT_THAT(client.heard, IsEmpty());
-    std::vector<VariableDefinition> list;
+    std::vector<vantrel::VariableDefinition> list;
     EXPECT_FALSE(other->LoadVariableList({}, list));
 }
 
 TEST_F(InProcessTest, ListOfVariablesIsHadAtOnceOrNotAtAll) {
     server.definitions = {{"A", {{"un", "MPa"}}}, {"B", {}}};
-    std::vector<VariableDefinition> list;
-    LoginRequest login;
+    std::vector<vantrel::VariableDefinition> list;
+    vantrel::LoginRequest login;
     login.user = "jan";
     ASSERT_TRUE(transport->LoadVariableList(login, list));
     ASSERT_EQ(list.size(), 2u);
@@ -82,9 +82,9 @@ TEST_F(InProcessTest, ListOfVariablesIsHadAtOnceOrNotAtAll) {
 
 TEST_F(InProcessTest, CloseByTheClient) {
     Open();
-    transport->Send(LastMessagesRequest{5});
-    transport->Close(ReasonClosed);
-    transport->Send(LastMessagesRequest{6});
+    transport->Send(vantrel::LastMessagesRequest{5});
+    transport->Close(vantrel::ReasonClosed);
+    transport->Send(vantrel::LastMessagesRequest{6});
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("last 5", "closed 4106"));
     EXPECT_THAT(client.heard, ElementsAre("closed 4102"));
@@ -98,9 +98,9 @@ TEST_F(InProcessTest, CloseByTheClient) {
 
 TEST_F(InProcessTest, CloseByTheServerComesBackWithTheNextCheck) {
     Open();
-    server.Send(ReportChange{});
-    server.link->Close(ReasonBadMessage);
-    server.Send(ReportChange{});
+    server.Send(vantrel::ReportChange{});
+    server.link->Close(vantrel::ReasonBadMessage);
+    server.Send(vantrel::ReportChange{});
     network.Deliver();
     EXPECT_THAT(client.heard, ElementsAre("report change 0 0", "closed 4108"));
     EXPECT_THAT(server.heard, ElementsAre("closed 4108"));
@@ -111,7 +111,7 @@ TEST_F(InProcessTest, CloseByTheServerComesBackWithTheNextCheck) {
 
 TEST_F(InProcessTest, CloseBeforeItWasOpenIsSilent) {
     transport->Open();
-    transport->Close(ReasonClosed);
+    transport->Close(vantrel::ReasonClosed);
     network.Deliver();
     EXPECT_THAT(client.heard, IsEmpty());
     EXPECT_EQ(server.clients, 0);
@@ -119,7 +119,7 @@ TEST_F(InProcessTest, CloseBeforeItWasOpenIsSilent) {
 
 TEST_F(InProcessTest, DestroyedTransportEndsTheConversation) {
     Open();
-    server.Send(ReportChange{});
+    server.Send(vantrel::ReportChange{});
     transport.reset();
     network.Deliver();
     EXPECT_THAT(client.heard, IsEmpty());
@@ -141,11 +141,11 @@ TEST_F(InProcessTest, RemovedServerEndsItsConversations) {
 
 TEST_F(InProcessTest, BacklogGoesDownAndIsToldWhenAskedFor) {
     Open();
-    server.Send(ReportChange{});
+    server.Send(vantrel::ReportChange{});
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
-    server.Send(ReportChange{});
-    server.Send(ReportChange{});
+    server.Send(vantrel::ReportChange{});
+    server.Send(vantrel::ReportChange{});
     EXPECT_EQ(server.link->Backlog(), 2u);
     network.Deliver();
     EXPECT_EQ(server.link->Backlog(), 0u);
@@ -153,4 +153,4 @@ TEST_F(InProcessTest, BacklogGoesDownAndIsToldWhenAskedFor) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -3,7 +3,7 @@
 
 #include <netdb.h>
 
-namespace kalvex {
+namespace kalvex::support {
 
 // Why such a test is skipped.
 constexpr const char* kNoLocalhost = "no localhost in /etc/hosts";
@@ -15,4 +15,4 @@ inline bool KnowsLocalhost() {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -10,11 +10,13 @@
 #include "platform/LogSink.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-class LogRecorder final : public LogSink {
+class LogRecorder final : public platform::LogSink {
   public:
-    void Log(std::string_view text, int level) override { lines.emplace_back(level, ToUtf8(text)); }
+    void Log(std::string_view text, int level) override {
+        lines.emplace_back(level, text::ToUtf8(text));
+    }
 
     // The lines so far as "level text"; they are forgotten.
     std::vector<std::string> Take() {
@@ -28,11 +30,11 @@ class LogRecorder final : public LogSink {
     std::vector<std::pair<int, std::string>> lines;  // level and text, UTF-8
 };
 
-class SilentLog final : public LogSink {
+class SilentLog final : public platform::LogSink {
   public:
     void Log(std::string_view, int) override { ++lines; }
 
     std::uint64_t lines = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::support {
 
 // A port of this machine that a test holds: it refuses connections unless it listens.
 class LoopbackPort {
@@ -141,4 +141,4 @@ class FtpResponder {
     std::thread m_thread;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

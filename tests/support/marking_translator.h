@@ -5,18 +5,18 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-class MarkingTranslator final : public Translator {
+class MarkingTranslator final : public platform::Translator {
   public:
     explicit MarkingTranslator(bool marks = true) : marks(marks) {}
 
     std::string Translate(const char* polish) const override {
-        const std::string text = Translator::Translate(polish);
+        const std::string text = platform::Translator::Translate(polish);
         return marks ? "<" + text + ">" : text;
     }
 
     bool marks;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

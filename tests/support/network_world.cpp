@@ -4,28 +4,28 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-NetworkServerSettings NetworkWorld::ServerSettings() const {
-    NetworkServerSettings settings;
+vantrel::NetworkServerSettings NetworkWorld::ServerSettings() const {
+    vantrel::NetworkServerSettings settings;
     settings.source = "srv";
     settings.runtimeFolder = folder.Path();
     settings.clock = [this] { return now; };
     return settings;
 }
 
-NetworkClientSettings NetworkWorld::ClientSettings() const {
-    NetworkClientSettings settings;
+vantrel::NetworkClientSettings NetworkWorld::ClientSettings() const {
+    vantrel::NetworkClientSettings settings;
     settings.runtimeFolder = folder.Path();
     settings.clock = [this] { return now; };
     return settings;
 }
 
-std::unique_ptr<NetworkServer> NetworkWorld::Listen(const NetworkServerSettings& settings,
-                                                    SessionAcceptor& acceptor) {
+std::unique_ptr<vantrel::NetworkServer> NetworkWorld::Listen(
+    const vantrel::NetworkServerSettings& settings, vantrel::SessionAcceptor& acceptor) {
     std::string reason;
-    auto server = ListenOnNetwork(settings, acceptor, loop, log, translator, reason);
-    error = ToUtf8(reason);
+    auto server = vantrel::ListenOnNetwork(settings, acceptor, loop, log, translator, reason);
+    error = text::ToUtf8(reason);
     return server;
 }
 
@@ -39,4 +39,4 @@ void NetworkWorld::RunUntil(const HandServer& server, const std::string& event) 
     });
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -16,16 +16,16 @@
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 // A main loop, a folder for sockets, a clock that stands still. What waits, waits for an event: a
 // test whose event does not come ends by the time limit of the test runner.
 class NetworkWorld {
   public:
-    NetworkServerSettings ServerSettings() const;  // a local socket "srv"
-    NetworkClientSettings ClientSettings() const;
-    std::unique_ptr<NetworkServer> Listen(const NetworkServerSettings& settings,
-                                          SessionAcceptor& acceptor);
+    vantrel::NetworkServerSettings ServerSettings() const;  // a local socket "srv"
+    vantrel::NetworkClientSettings ClientSettings() const;
+    std::unique_ptr<vantrel::NetworkServer> Listen(const vantrel::NetworkServerSettings& settings,
+                                                   vantrel::SessionAcceptor& acceptor);
 
     void RunUntil(const std::function<bool()>& done);
     void RunUntil(const HeardEvents& events, const std::string& event) {
@@ -41,4 +41,4 @@ class NetworkWorld {
     std::string error;  // of the last Listen, UTF-8
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

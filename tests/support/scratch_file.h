@@ -6,7 +6,7 @@
 
 #include "support/scratch_folder.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 class ScratchFile {
   public:
@@ -23,4 +23,4 @@ class ScratchFile {
     std::string m_path;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace kalvex {
+namespace kalvex::support {
 
 ScratchFolder::ScratchFolder()
     : m_path((std::filesystem::temp_directory_path() / "kalvexXXXXXX").string()) {
@@ -37,4 +37,4 @@ void ScratchFolder::MakeFolder(std::string_view name) const {
     std::filesystem::create_directories(Path(name));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

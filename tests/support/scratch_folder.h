@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::support {
 
 class ScratchFolder {
   public:
@@ -28,4 +28,4 @@ class ScratchFolder {
     std::string m_path;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

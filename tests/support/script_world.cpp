@@ -1,11 +1,13 @@
 #include "support/script_world.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 ScriptWorld::ScriptWorld()
     : paths(folder.Path()),
-      services{
-          {clock, log, translator, users, paths, Functions()}, Statements(), questions, &sources} {
+      services{{clock, log, translator, users, paths, language::Functions()},
+               language::Statements(),
+               questions,
+               &sources} {
     users.account = "operator";
 }
 
@@ -15,24 +17,25 @@ ScriptWorld::~ScriptWorld() {
 
 void ScriptWorld::WriteFile(const std::string& name, std::string_view text) {
     std::string bytes;
-    for (char c : FromUtf8(text)) {
+    for (char c : text::FromUtf8(text)) {
         if (c == '\n') bytes += '\r';
         bytes += c;
     }
     folder.Put(name, bytes);
 }
 
-CKalvexDoc& ScriptWorld::Open(std::string_view text, const std::string& name) {
+engine::CKalvexDoc& ScriptWorld::Open(std::string_view text, const std::string& name) {
     WriteFile(name, text);
-    CKalvexDoc& document = *documents.emplace_back(std::make_unique<CKalvexDoc>(services));
+    engine::CKalvexDoc& document =
+        *documents.emplace_back(std::make_unique<engine::CKalvexDoc>(services));
     std::string error;
     EXPECT_TRUE(document.Open(name, error)) << error;
     ticks.Add(document);
     return document;
 }
 
-CKalvexDoc& ScriptWorld::Run(std::string_view text, int count) {
-    CKalvexDoc& document = Open(text);
+engine::CKalvexDoc& ScriptWorld::Run(std::string_view text, int count) {
+    engine::CKalvexDoc& document = Open(text);
     document.Start();
     document.SetPriority(1);
     Tick(count);
@@ -43,27 +46,29 @@ void ScriptWorld::Tick(int count) {
     for (int i = 0; i < count; ++i) ticks.RunTick();
 }
 
-std::string ScriptWorld::Error(const CKalvexDoc& document) {
+std::string ScriptWorld::Error(const engine::CKalvexDoc& document) {
     std::string text = std::to_string(document.LastError().m_nErrorCode);
     if (!document.LastError().m_strErrorText.empty())
-        text += " " + ToUtf8(document.LastError().m_strErrorText);
+        text += " " + text::ToUtf8(document.LastError().m_strErrorText);
     return text;
 }
 
-std::string ScriptWorld::Value(CKalvexDoc& document, std::string_view name, ValueKind kind) {
-    CVariable* variable = document.Variables().Find(FromUtf8(name));
+std::string ScriptWorld::Value(engine::CKalvexDoc& document, std::string_view name,
+                               value::ValueKind kind) {
+    operands::CVariable* variable = document.Variables().Find(text::FromUtf8(name));
     if (variable == nullptr) return "missing";
-    if (variable->GetKind() == VariableList) {
+    if (variable->GetKind() == operands::VariableList) {
         std::string text = "[";
-        for (const CVal& element : static_cast<CVariableList*>(variable)->Elements()) {
+        for (const value::CVal& element :
+             static_cast<operands::CVariableList*>(variable)->Elements()) {
             if (text.size() > 1) text += ' ';
-            text += ToUtf8(ValueToText(element));
+            text += text::ToUtf8(value::ValueToText(element));
         }
         return text + "]";
     }
-    CVal value;
+    value::CVal value;
     if (variable->GetValue(value, kind, 1) == 0) return "unreadable";
-    return std::to_string(value.GetType()) + ":" + ToUtf8(ValueToText(value));
+    return std::to_string(value.GetType()) + ":" + text::ToUtf8(value::ValueToText(value));
 }
 
 std::vector<std::string> ScriptWorld::Log(int level) const {
@@ -76,4 +81,4 @@ std::vector<std::string> ScriptWorld::Log(int level) const {
     return lines;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

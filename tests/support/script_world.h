@@ -22,12 +22,12 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-class AnsweredQuestions final : public Questions {
+class AnsweredQuestions final : public platform::Questions {
   public:
     bool AskYesNo(std::string_view text) override {
-        asked.push_back(ToUtf8(text));
+        asked.push_back(text::ToUtf8(text));
         return answer;
     }
 
@@ -36,33 +36,35 @@ class AnsweredQuestions final : public Questions {
 };
 
 // Its variables have no value as yet; a report of the hour has come.
-class HandSources final : public CScriptSources {
+class HandSources final : public engine::CScriptSources {
   public:
-    std::unique_ptr<CVariable> CreateRemote(CKalvexDoc&, std::string_view name,
-                                            std::string_view source,
-                                            std::string_view variable) override {
-        calls.push_back("create " + ToUtf8(source) + "@" + ToUtf8(variable));
+    std::unique_ptr<operands::CVariable> CreateRemote(engine::CKalvexDoc&, std::string_view name,
+                                                      std::string_view source,
+                                                      std::string_view variable) override {
+        calls.push_back("create " + text::ToUtf8(source) + "@" + text::ToUtf8(variable));
         auto remote = std::make_unique<HandRemote>(name);
-        remote->answer = ReadNothing;
-        remote->readyKind = KindHour;
+        remote->answer = operands::ReadNothing;
+        remote->readyKind = value::KindHour;
         return remote;
     }
-    void ReleaseRemote(CVariable& variable) override {
-        calls.push_back("release " + ToUtf8(variable.GetName()));
+    void ReleaseRemote(operands::CVariable& variable) override {
+        calls.push_back("release " + text::ToUtf8(variable.GetName()));
     }
     void BlockSubscribe() override { calls.push_back("block"); }
     void UnblockSubscribe(bool reset) override {
         calls.push_back(reset ? "unblock all" : "unblock");
     }
-    bool AddNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc&) override {
-        calls.push_back("notify " + std::to_string(kind) + " " + ToUtf8(source));
+    bool AddNotifyDoc(value::ValueKind kind, std::string_view source,
+                      engine::CKalvexDoc&) override {
+        calls.push_back("notify " + std::to_string(kind) + " " + text::ToUtf8(source));
         return true;
     }
-    void RemoveNotifyDoc(ValueKind kind, std::string_view source, CKalvexDoc&) override {
-        calls.push_back("stop notifying " + std::to_string(kind) + " " + ToUtf8(source));
+    void RemoveNotifyDoc(value::ValueKind kind, std::string_view source,
+                         engine::CKalvexDoc&) override {
+        calls.push_back("stop notifying " + std::to_string(kind) + " " + text::ToUtf8(source));
     }
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override {
-        const auto found = servers.find(ToUtf8(source));
+        const auto found = servers.find(text::ToUtf8(source));
         if (found == servers.end()) return std::nullopt;
         return found->second;
     }
@@ -81,30 +83,30 @@ class ScriptWorld : public testing::Test {
     // Writes a file of this text (LF becomes CR LF) into the world's folder.
     void WriteFile(const std::string& name, std::string_view text);
     // A document of the text in main.kx, part of the ticks, not started.
-    CKalvexDoc& Open(std::string_view text, const std::string& name = "main.kx");
+    engine::CKalvexDoc& Open(std::string_view text, const std::string& name = "main.kx");
     // The same, started, at PRIORITY 1 so that a tick runs up to ten lines, and ticked.
-    CKalvexDoc& Run(std::string_view text, int ticks = 50);
+    engine::CKalvexDoc& Run(std::string_view text, int ticks = 50);
     void Tick(int count);
 
     // The error slot as "code text", or "0" where there is none.
-    static std::string Error(const CKalvexDoc& document);
+    static std::string Error(const engine::CKalvexDoc& document);
     // A variable's current value as "type:text", a list as its texts in brackets.
-    static std::string Value(CKalvexDoc& document, std::string_view name,
-                             ValueKind kind = KindCurrent);
+    static std::string Value(engine::CKalvexDoc& document, std::string_view name,
+                             value::ValueKind kind = value::KindCurrent);
     // Log lines at or below the level, the world's folder left out.
-    std::vector<std::string> Log(int level = LogErrors) const;
+    std::vector<std::string> Log(int level = platform::LogErrors) const;
 
     ScratchFolder folder;
-    VirtualClock clock{kStart};
+    platform::VirtualClock clock{kStart};
     LogRecorder log;
-    Translator translator;
+    platform::Translator translator;
     FixedUser users;
-    Paths paths;
+    platform::Paths paths;
     AnsweredQuestions questions;
     HandSources sources;
-    DocumentServices services;
-    CTickRunner ticks;
-    std::vector<std::unique_ptr<CKalvexDoc>> documents;
+    engine::DocumentServices services;
+    engine::CTickRunner ticks;
+    std::vector<std::unique_ptr<engine::CKalvexDoc>> documents;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

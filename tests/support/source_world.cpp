@@ -6,19 +6,19 @@
 #include "support/value_dump.h"
 #include "value/LocalTimeText.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 namespace {
 
-std::string Describe(const JournalEntry& entry) {
+std::string Describe(const vantrel::JournalEntry& entry) {
     std::string text = entry.operation;
-    if (entry.variable) text += " " + ToUtf8(*entry.variable);
-    if (entry.from) text += " " + FormatLocalTime(*entry.from);
-    if (entry.to && entry.to != entry.from) text += " - " + FormatLocalTime(*entry.to);
-    if (entry.time) text += " " + FormatLocalTime(*entry.time);
+    if (entry.variable) text += " " + text::ToUtf8(*entry.variable);
+    if (entry.from) text += " " + value::FormatLocalTime(*entry.from);
+    if (entry.to && entry.to != entry.from) text += " - " + value::FormatLocalTime(*entry.to);
+    if (entry.time) text += " " + value::FormatLocalTime(*entry.time);
     if (entry.value) text += " " + kalvex::Describe(*entry.value);
     if (entry.list.value_or(false)) text += " into a list";
-    for (const CVal& value : entry.values.value_or(std::vector<CVal>())) {
+    for (const value::CVal& value : entry.values.value_or(std::vector<value::CVal>())) {
         text += " " + kalvex::Describe(value);
     }
     return text;
@@ -34,25 +34,25 @@ void SourceWorld::Plant(std::string_view content) {
     std::string text = "{\"sources\": {\"srv\": {" + std::string(content) + "}}}";
     std::replace(text.begin(), text.end(), '\'', '"');
     const ScratchFile file(text);
-    PlantDefinition definition;
+    vantrel::PlantDefinition definition;
     std::string fault;
     ASSERT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
     client.reset();
-    plant = std::make_unique<SimulatedPlant>(std::move(definition), clock);
-    client = std::make_unique<CClientInterface>(
-        SourceServices{log, translator, users, *plant, &journal});
+    plant = std::make_unique<vantrel::SimulatedPlant>(std::move(definition), clock);
+    client = std::make_unique<sources::CClientInterface>(
+        sources::SourceServices{log, translator, users, *plant, &journal});
     services.sources = client.get();
 }
 
-CKalvexDoc& SourceWorld::Start(std::string_view text, const std::string& name) {
-    CKalvexDoc& document = Open(text, name);
+engine::CKalvexDoc& SourceWorld::Start(std::string_view text, const std::string& name) {
+    engine::CKalvexDoc& document = Open(text, name);
     document.Start();
     document.SetPriority(1);
     return document;
 }
 
-CKalvexDoc& SourceWorld::Run(std::string_view text, int count) {
-    CKalvexDoc& document = Start(text);
+engine::CKalvexDoc& SourceWorld::Run(std::string_view text, int count) {
+    engine::CKalvexDoc& document = Start(text);
     Tick(count);
     return document;
 }
@@ -65,17 +65,18 @@ void SourceWorld::Tick(int count) {
     }
 }
 
-CInterfaceObj& SourceWorld::Link(CKalvexDoc& document, std::string_view name) {
+sources::CInterfaceObj& SourceWorld::Link(engine::CKalvexDoc& document, std::string_view name) {
     return *document.Variables().Find(name)->GetSourceRecord();
 }
 
-std::string SourceWorld::Stored(CKalvexDoc& document, std::string_view name, ValueKind kind) {
-    CVal value;
+std::string SourceWorld::Stored(engine::CKalvexDoc& document, std::string_view name,
+                                value::ValueKind kind) {
+    value::CVal value;
     document.Variables().Find(name)->GetValue(value, kind, 1);
     return Describe(value);
 }
 
-CInterfaceClientConnection& SourceWorld::Connection(std::string_view source) {
+sources::CInterfaceClientConnection& SourceWorld::Connection(std::string_view source) {
     return *client->FindConnection(source);
 }
 
@@ -83,7 +84,7 @@ std::vector<std::string> SourceWorld::Calls(std::string_view part) {
     std::vector<std::string> calls;
     const auto rows = journal.Rows(Connection());
     for (; m_nCallsSeen < rows.size(); ++m_nCallsSeen) {
-        const JournalEntry& entry = rows[m_nCallsSeen].entry;
+        const vantrel::JournalEntry& entry = rows[m_nCallsSeen].entry;
         if (entry.operation.find(part) != std::string::npos) calls.push_back(Describe(entry));
     }
     return calls;
@@ -101,7 +102,7 @@ std::vector<std::string> SourceWorld::NewLog(int level) {
 }
 
 std::int64_t SourceWorld::Local(std::string_view text) {
-    return ParseLocalTime(text).value();
+    return value::ParseLocalTime(text).value();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

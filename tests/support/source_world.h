@@ -15,7 +15,7 @@
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 class SourceWorld : public ScriptWorld {
   protected:
@@ -26,31 +26,31 @@ class SourceWorld : public ScriptWorld {
     void Plant(std::string_view content);
 
     // A script at PRIORITY 1, so that a tick runs ten of its lines, started and not ticked.
-    CKalvexDoc& Start(std::string_view text, const std::string& name = "main.kx");
+    engine::CKalvexDoc& Start(std::string_view text, const std::string& name = "main.kx");
     // The same, ticked.
-    CKalvexDoc& Run(std::string_view text, int ticks = 50);
+    engine::CKalvexDoc& Run(std::string_view text, int ticks = 50);
     // A tick of the plant and then of the scripts.
     void Tick(int count);
 
-    static CInterfaceObj& Link(CKalvexDoc& document, std::string_view name);
+    static sources::CInterfaceObj& Link(engine::CKalvexDoc& document, std::string_view name);
     // The variable's value of the kind as "text/status", whether a script could read it or not.
-    static std::string Stored(CKalvexDoc& document, std::string_view name,
-                              ValueKind kind = KindCurrent);
-    CInterfaceClientConnection& Connection(std::string_view source = "srv");
+    static std::string Stored(engine::CKalvexDoc& document, std::string_view name,
+                              value::ValueKind kind = value::KindCurrent);
+    sources::CInterfaceClientConnection& Connection(std::string_view source = "srv");
 
     // The calls to "srv" since the last time whose operation holds this text, each with its
     // variable, its times as local readings and its value as "text/status".
     std::vector<std::string> Calls(std::string_view part);
 
     // Log lines at or below the level since the last time, without those of a script's start.
-    std::vector<std::string> NewLog(int level = LogErrors);
+    std::vector<std::string> NewLog(int level = platform::LogErrors);
 
     static std::int64_t Local(std::string_view text);
 
     ZoneScope zone{"Europe/Warsaw"};
-    std::unique_ptr<SimulatedPlant> plant;
-    TickJournal journal;
-    std::unique_ptr<CClientInterface> client;
+    std::unique_ptr<vantrel::SimulatedPlant> plant;
+    vantrel::TickJournal journal;
+    std::unique_ptr<sources::CClientInterface> client;
     std::int64_t tick = 0;
 
   private:
@@ -58,4 +58,4 @@ class SourceWorld : public ScriptWorld {
     std::size_t m_nLinesSeen = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -8,9 +8,9 @@
 
 #include "platform/MainLoop.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
-class WaitingLoop final : public MainLoop {
+class WaitingLoop final : public platform::MainLoop {
   public:
     void Post(std::function<void()> work) override { m_work.Post(std::move(work)); }
 
@@ -37,7 +37,7 @@ class WaitingLoop final : public MainLoop {
     std::mutex m_mutex;
     std::condition_variable m_woken;
     bool m_posted = false;
-    PostedWork m_work{[this] { Wake(); }};
+    platform::PostedWork m_work{[this] { Wake(); }};
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-namespace kalvex {
+namespace kalvex::support {
 
 ZoneScope::ZoneScope(const char* zone) {
     m_zone.emplace("TZ", zone);
@@ -14,4 +14,4 @@ ZoneScope::~ZoneScope() {
     ::tzset();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

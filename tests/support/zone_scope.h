@@ -7,7 +7,7 @@
 
 #include "support/environment_scope.h"
 
-namespace kalvex {
+namespace kalvex::support {
 
 // Sets the zone of the process for its lifetime and puts the former one back.
 class ZoneScope {
@@ -30,4 +30,4 @@ constexpr std::int64_t Gmt(int year, unsigned month, unsigned day, int hour = 0,
     return sys_seconds(date).time_since_epoch().count() + hour * 3600 + minute * 60 + second;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::support

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::text {
 namespace {
 
 // The bytes from the first to the last, the undefined ones left out.
@@ -152,4 +152,4 @@ TEST(CodePageTest, EqualNoCaseComparesWholeTexts) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::text

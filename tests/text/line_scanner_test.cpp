@@ -7,7 +7,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::text {
 namespace {
 
 using testing::ElementsAre;
@@ -100,4 +100,4 @@ TEST(LineScannerTest, TrimTakesBlanksOnly) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::text

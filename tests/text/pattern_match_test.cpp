@@ -6,7 +6,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::text {
 namespace {
 
 using namespace PatternOption;
@@ -123,4 +123,4 @@ TEST(PatternMatchTest, ManyStarsDoNotMultiplyTheWork) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::text

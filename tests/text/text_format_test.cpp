@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::text {
 namespace {
 
 TEST(TextFormatTest, PutsArgumentsInTheirPlaces) {
@@ -42,4 +42,4 @@ TEST(TextFormatTest, OtherPercentSignsStay) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::text

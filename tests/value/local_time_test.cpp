@@ -9,7 +9,7 @@
 
 #include "support/zone_scope.h"
 
-namespace kalvex {
+namespace kalvex::value {
 
 void PrintTo(const TimeFields& f, std::ostream* out) {
     *out << f.year << '-' << f.month << '-' << f.day << ' ' << f.hour << ':' << f.minute << ':'
@@ -24,13 +24,13 @@ using TimeFunction = std::int64_t (*)(std::int64_t);
 // GMT on 2024-10-27.
 class LocalTimeTest : public testing::Test {
   private:
-    ZoneScope m_zone{"Europe/Warsaw"};
+    support::ZoneScope m_zone{"Europe/Warsaw"};
 };
 
 using LocalTimeNoFieldsTest = LocalTimeTest;
 
-constexpr std::int64_t kSpring = Gmt(2024, 3, 31, 1);
-constexpr std::int64_t kAutumn = Gmt(2024, 10, 27, 1);
+constexpr std::int64_t kSpring = support::Gmt(2024, 3, 31, 1);
+constexpr std::int64_t kAutumn = support::Gmt(2024, 10, 27, 1);
 
 TEST(LocalTimeLargestTest, IsTheEndOf2999InWinterTimeOfWarsaw) {
     EXPECT_EQ(kLargestTime, Gmt(2999, 12, 31, 22, 59, 59));
@@ -172,7 +172,7 @@ TEST_F(LocalTimeTest, MakesTimesOfWinterReadingsInEverySeason) {
 }
 
 TEST_F(LocalTimeTest, BoundsOfLocalPeriods) {
-    const std::int64_t time = Gmt(2024, 3, 10, 6, 8, 9);  // 07:08:09
+    const std::int64_t time = support::Gmt(2024, 3, 10, 6, 8, 9);  // 07:08:09
     EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 3, 10, 6));
     EXPECT_EQ(GetLastLocalHourTime(time), Gmt(2024, 3, 10, 6, 59, 59));
     EXPECT_EQ(GetFirstLocalDayTime(time), Gmt(2024, 3, 9, 23));
@@ -184,7 +184,7 @@ TEST_F(LocalTimeTest, BoundsOfLocalPeriods) {
 }
 
 TEST_F(LocalTimeTest, BoundsOfGMTPeriods) {
-    const std::int64_t time = Gmt(2024, 2, 29, 23, 8, 9);  // already March in Warsaw
+    const std::int64_t time = support::Gmt(2024, 2, 29, 23, 8, 9);  // already March in Warsaw
     EXPECT_EQ(GetFirstGMTHourTime(time), Gmt(2024, 2, 29, 23));
     EXPECT_EQ(GetLastGMTHourTime(time), Gmt(2024, 2, 29, 23, 59, 59));
     EXPECT_EQ(GetFirstGMTDayTime(time), Gmt(2024, 2, 29));
@@ -196,7 +196,7 @@ TEST_F(LocalTimeTest, BoundsOfGMTPeriods) {
 }
 
 TEST_F(LocalTimeTest, FirstSecondOfAPeriodIsItsOwnFirst) {
-    const std::int64_t newYear = Gmt(2023, 12, 31, 23);
+    const std::int64_t newYear = support::Gmt(2023, 12, 31, 23);
     for (const TimeFunction first : {GetFirstLocalHourTime, GetFirstLocalDayTime,
                                      GetFirstLocalMonthTime, GetFirstLocalYearTime}) {
         EXPECT_EQ(first(newYear), newYear);
@@ -208,13 +208,13 @@ TEST_F(LocalTimeTest, FirstSecondOfAPeriodIsItsOwnFirst) {
 }
 
 TEST_F(LocalTimeTest, DayOfTheSpringChangeHas23Hours) {
-    const std::int64_t noon = Gmt(2024, 3, 31, 10);
+    const std::int64_t noon = support::Gmt(2024, 3, 31, 10);
     EXPECT_EQ(GetFirstLocalDayTime(noon), Gmt(2024, 3, 30, 23));
     EXPECT_EQ(GetLastLocalDayTime(noon), Gmt(2024, 3, 31, 21, 59, 59));
 }
 
 TEST_F(LocalTimeTest, DayOfTheAutumnChangeHas25Hours) {
-    const std::int64_t noon = Gmt(2024, 10, 27, 11);
+    const std::int64_t noon = support::Gmt(2024, 10, 27, 11);
     EXPECT_EQ(GetFirstLocalDayTime(noon), Gmt(2024, 10, 26, 22));
     EXPECT_EQ(GetLastLocalDayTime(noon), Gmt(2024, 10, 27, 22, 59, 59));
 }
@@ -250,7 +250,7 @@ TEST_F(LocalTimeTest, LocalDayStepsOntoAMissingOrRepeatedReading) {
 }
 
 TEST_F(LocalTimeTest, LocalMonthStepsLandOnTheLastDayAtMost) {
-    const std::int64_t endOfMarch = Gmt(2024, 3, 31, 3, 6, 7);  // 05:06:07
+    const std::int64_t endOfMarch = support::Gmt(2024, 3, 31, 3, 6, 7);  // 05:06:07
     EXPECT_EQ(GetPrevLocalMonthTime(endOfMarch), Gmt(2024, 2, 29, 4, 6, 7));
     EXPECT_EQ(GetNextLocalMonthTime(endOfMarch), Gmt(2024, 4, 30, 3, 6, 7));
     EXPECT_EQ(GetNextLocalMonthTime(Gmt(2023, 1, 30, 23)), Gmt(2023, 2, 27, 23));
@@ -281,7 +281,7 @@ TEST_F(LocalTimeTest, ShiftsByTheOffsetAtTheInstant) {
 }
 
 TEST_F(LocalTimeTest, SingleFields) {
-    const std::int64_t newYear = Gmt(2023, 12, 31, 23, 45, 6);
+    const std::int64_t newYear = support::Gmt(2023, 12, 31, 23, 45, 6);
     EXPECT_EQ(GetLocalYear(newYear), 2024);
     EXPECT_EQ(GetLocalMonth(newYear), 1);
     EXPECT_EQ(GetLocalDay(newYear), 1);
@@ -291,7 +291,7 @@ TEST_F(LocalTimeTest, SingleFields) {
     EXPECT_EQ(GetGMTDay(newYear), 31);
     EXPECT_EQ(GetGMTHour(newYear), 23);
     EXPECT_EQ(GetGMTMin(newYear), 45);
-    const std::int64_t july = Gmt(2024, 6, 30, 22, 30);
+    const std::int64_t july = support::Gmt(2024, 6, 30, 22, 30);
     EXPECT_EQ(GetWinterYear(july), 2024);
     EXPECT_EQ(GetWinterMonth(july), 6);
     EXPECT_EQ(GetWinterDay(july), 30);
@@ -328,8 +328,8 @@ TEST_F(LocalTimeTest, SpanRequestCountsFromTheFirstSecondOfTheHour) {
 }
 
 TEST(LocalTimeZoneTest, WithoutDaylightSavingHasItsHoursOffTheGMTHours) {
-    const ZoneScope zone("Asia/Kolkata");  // +05:30
-    const std::int64_t time = Gmt(2024, 3, 9, 18, 40, 20);
+    const support::ZoneScope zone("Asia/Kolkata");  // +05:30
+    const std::int64_t time = support::Gmt(2024, 3, 9, 18, 40, 20);
     EXPECT_EQ(SplitLocalTime(time), (TimeFields{2024, 3, 10, 0, 10, 20, 1}));
     EXPECT_EQ(SplitWinterTime(time), SplitLocalTime(time));
     EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 3, 9, 18, 30));
@@ -344,8 +344,8 @@ TEST(LocalTimeZoneTest, WithoutDaylightSavingHasItsHoursOffTheGMTHours) {
 }
 
 TEST(LocalTimeZoneTest, SouthOfTheEquatorHasItsWinterTimeInJuly) {
-    const ZoneScope zone("Australia/Sydney");  // +10, in summer +11
-    const std::int64_t newYear = Gmt(2023, 12, 31, 13, 30);
+    const support::ZoneScope zone("Australia/Sydney");  // +10, in summer +11
+    const std::int64_t newYear = support::Gmt(2023, 12, 31, 13, 30);
     EXPECT_EQ(SplitLocalTime(newYear), (TimeFields{2024, 1, 1, 0, 30, 0, 2}));
     EXPECT_EQ(SplitWinterTime(newYear), (TimeFields{2023, 12, 31, 23, 30, 0, 1}));
     EXPECT_EQ(GetFirstLocalYearTime(newYear), Gmt(2023, 12, 31, 13));
@@ -356,7 +356,7 @@ TEST(LocalTimeZoneTest, SouthOfTheEquatorHasItsWinterTimeInJuly) {
 }
 
 TEST(LocalTimeZoneTest, ThatChangesAtMidnightStartsTheDayWhereItsClockStarts) {
-    const ZoneScope zone("America/Santiago");
+    const support::ZoneScope zone("America/Santiago");
     // On 2024-09-08 clocks go from 00:00 (-04) to 01:00 (-03).
     EXPECT_EQ(GetFirstLocalDayTime(Gmt(2024, 9, 8, 15)), Gmt(2024, 9, 8, 4));
     EXPECT_EQ(GetLastLocalDayTime(Gmt(2024, 9, 7, 15)), Gmt(2024, 9, 8, 3, 59, 59));
@@ -370,12 +370,13 @@ TEST(LocalTimeZoneTest, ThatChangesAtMidnightStartsTheDayWhereItsClockStarts) {
 }
 
 TEST(LocalTimeZoneTest, WithHalfAnHourOfShiftRepeatsOrDropsHalfAnHour) {
-    const ZoneScope zone("Australia/Lord_Howe");
+    const support::ZoneScope zone("Australia/Lord_Howe");
     // On 2024-04-07 at 15:00 GMT (of the 6th) clocks go from 02:00 (+11) back to 01:30 (+10:30).
     EXPECT_EQ(MakeLocalTime({2024, 4, 7, 1, 45, 0}), Gmt(2024, 4, 6, 14, 45));
     EXPECT_EQ(MakeLocalTime({2024, 4, 7, 2, 0, 0}), Gmt(2024, 4, 6, 15, 30));
     for (const std::int64_t time :
-         {Gmt(2024, 4, 6, 14, 10), Gmt(2024, 4, 6, 14, 45), Gmt(2024, 4, 6, 15, 15)}) {
+         {support::Gmt(2024, 4, 6, 14, 10), support::Gmt(2024, 4, 6, 14, 45),
+          support::Gmt(2024, 4, 6, 15, 15)}) {
         EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 4, 6, 14));
         EXPECT_EQ(GetLastLocalHourTime(time), Gmt(2024, 4, 6, 15, 29, 59));
     }
@@ -388,7 +389,7 @@ TEST(LocalTimeZoneTest, WithHalfAnHourOfShiftRepeatsOrDropsHalfAnHour) {
 }
 
 TEST(LocalTimeZoneTest, ThatSavesDaylightInWinterOnPaperStillHasItsWinterClock) {
-    const ZoneScope zone("Europe/Dublin");  // GMT in winter, +01 in summer
+    const support::ZoneScope zone("Europe/Dublin");  // GMT in winter, +01 in summer
     EXPECT_EQ(GetWinterHour(Gmt(2024, 1, 10, 12)), 12);
     EXPECT_EQ(GetWinterHour(Gmt(2024, 7, 10, 12)), 12);
     EXPECT_EQ(MakeWinterTime({2024, 1, 10, 12}), Gmt(2024, 1, 10, 12));
@@ -396,21 +397,22 @@ TEST(LocalTimeZoneTest, ThatSavesDaylightInWinterOnPaperStillHasItsWinterClock) 
 }
 
 TEST(LocalTimeZoneTest, ThatChangedItsOffsetHasTheWinterClockOfTheSeason) {
-    const ZoneScope zone("Europe/Istanbul");  // +02 and in summer +03, from September 2016 +03
+    const support::ZoneScope zone(
+        "Europe/Istanbul");  // +02 and in summer +03, from September 2016 +03
     EXPECT_EQ(GetWinterHour(Gmt(2016, 8, 20, 12)), 14);
     EXPECT_EQ(GetWinterHour(Gmt(2016, 9, 20, 12)), 15);
     EXPECT_EQ(GetWinterHour(Gmt(2024, 7, 1, 12)), 15);
 }
 
 TEST(LocalTimeZoneTest, ThatLeftOutADayStepsOverIt) {
-    const ZoneScope zone("Pacific/Apia");  // 2011-12-30 does not exist: -10 became +14
+    const support::ZoneScope zone("Pacific/Apia");  // 2011-12-30 does not exist: -10 became +14
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2011, 12, 29, 22)), Gmt(2011, 12, 30, 22));  // 29th, 31st
     EXPECT_EQ(GetPrevLocalDayTime(Gmt(2011, 12, 30, 22)), Gmt(2011, 12, 29, 22));
     EXPECT_EQ(GetLastLocalDayTime(Gmt(2011, 12, 29, 22)), Gmt(2011, 12, 30, 9, 59, 59));
 }
 
 TEST(LocalTimeZoneTest, ThatLeavesOutTheEndOfADayStaysOnTheNeighbouringDay) {
-    const ZoneScope zone("America/Nuuk");
+    const support::ZoneScope zone("America/Nuuk");
     // On Saturday 2025-03-29 clocks go from 23:00 (-02) to 00:00 (-01) of Sunday, at 01:00 GMT.
     EXPECT_EQ(GetNextLocalDayTime(Gmt(2025, 3, 29, 1, 30)), Gmt(2025, 3, 30, 0, 59, 59));
     EXPECT_EQ(GetPrevLocalDayTime(Gmt(2025, 3, 31, 0, 30)), Gmt(2025, 3, 30, 0, 59, 59));
@@ -418,7 +420,7 @@ TEST(LocalTimeZoneTest, ThatLeavesOutTheEndOfADayStaysOnTheNeighbouringDay) {
 }
 
 TEST(LocalTimeZoneTest, ThatChangesPastMidnightKeepsATimeWithinItsDay) {
-    const ZoneScope zone("America/St_Johns");
+    const support::ZoneScope zone("America/St_Johns");
     // On 2009-11-01 clocks went from 00:01 (-02:30) back to 23:01 (-03:30) of October 31.
     EXPECT_EQ(GetLastLocalDayTime(Gmt(2009, 11, 1, 2)), Gmt(2009, 11, 1, 2, 29, 59));
     EXPECT_EQ(GetLastLocalDayTime(Gmt(2009, 11, 1, 3)), Gmt(2009, 11, 1, 3, 29, 59));
@@ -436,8 +438,9 @@ TEST(LocalTimeDaysTest, HoldTheirTimesAndTouchTheirNeighbours) {
                                             "America/New_York", "Asia/Amman",   "Asia/Beirut",
                                             "America/Asuncion", "Asia/Tehran",  "Europe/London"};
     for (const std::string& name : zones) {
-        const ZoneScope zone(name.c_str());
-        for (std::int64_t time = Gmt(2011, 1, 1); time < Gmt(2012, 2, 1); time += 3001) {
+        const support::ZoneScope zone(name.c_str());
+        for (std::int64_t time = support::Gmt(2011, 1, 1); time < support::Gmt(2012, 2, 1);
+             time += 3001) {
             const std::int64_t first = GetFirstLocalDayTime(time);
             const std::int64_t last = GetLastLocalDayTime(time);
             ASSERT_LE(first, time) << name;
@@ -451,4 +454,4 @@ TEST(LocalTimeDaysTest, HoldTheirTimesAndTouchTheirNeighbours) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::value

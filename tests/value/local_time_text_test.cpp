@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::value {
 namespace {
 
 class LocalTimeTextTest : public testing::Test {
   protected:
-    ZoneScope zone{"Europe/Warsaw"};
+    support::ZoneScope zone{"Europe/Warsaw"};
 };
 
 TEST_F(LocalTimeTextTest, ReadsLocalTime) {
@@ -50,4 +50,4 @@ TEST_F(LocalTimeTextTest, WritesLocalTime) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::value {
 namespace {
 
 struct CWordRow {
@@ -90,4 +90,4 @@ TEST(StatusValueKindTest, UnknownSuffixIsNoKind) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::value

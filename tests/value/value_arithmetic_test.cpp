@@ -10,7 +10,7 @@
 #include "support/value_dump.h"
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::value {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -44,7 +44,8 @@ void ExpectResults(const std::vector<CArithmeticRow>& rows) {
         CVal value(row.left);
         const CVal right(row.right);
         EXPECT_EQ(&(value.*row.operation)(right), &value);
-        EXPECT_EQ(Dump(value), row.result) << Dump(row.left) << " with " << Dump(row.right);
+        EXPECT_EQ(Dump(value), row.result)
+            << support::Dump(row.left) << " with " << support::Dump(row.right);
         EXPECT_EQ(Dump(right), Dump(row.right));
     }
 }
@@ -175,23 +176,23 @@ TEST(ValueArithmeticTest, WithItself) {
 
 TEST(ValueArithmeticTest, JoinsStatusWordsAndTakesTheLaterTime) {
     for (const Operation operation : {kAdd, kSubtract, kMultiply, kDivide}) {
-        CVal value = Stamped(CVal(6), 100, 0x0021);
-        (value.*operation)(Stamped(CVal(3), 200, 0x8004));
+        CVal value = support::Stamped(CVal(6), 100, 0x0021);
+        (value.*operation)(support::Stamped(CVal(3), 200, 0x8004));
         EXPECT_EQ(value.GetStatus(), 0x8025);
         EXPECT_EQ(value.GetTime(), 200);
-        (value.*operation)(Stamped(CVal(3.5), 150));
+        (value.*operation)(support::Stamped(CVal(3.5), 150));
         EXPECT_EQ(value.GetStatus(), 0x8025);
         EXPECT_EQ(value.GetTime(), 200);
     }
-    CVal text = Stamped(CVal("a"), 100, 4);
-    text += Stamped(CVal("b"), 200, 32);
+    CVal text = support::Stamped(CVal("a"), 100, 4);
+    text += support::Stamped(CVal("b"), 200, 32);
     EXPECT_EQ(text.GetStatus(), 36);
     EXPECT_EQ(text.GetTime(), 200);
 }
 
 TEST(ValueArithmeticTest, ProductIsANewValue) {
-    const CVal left = Stamped(CVal(6), 100, 1);
-    const CVal right = Stamped(CVal(7), 50, 2);
+    const CVal left = support::Stamped(CVal(6), 100, 1);
+    const CVal right = support::Stamped(CVal(7), 50, 2);
     const CVal product = left * right;
     EXPECT_EQ(Dump(product), "150:42");
     EXPECT_EQ(product.GetStatus(), 3);
@@ -214,7 +215,7 @@ TEST(ValueArithmeticTest, ComplementKeepsAnIntegerTypeThatHoldsIt) {
 }
 
 TEST(ValueArithmeticTest, ComplementKeepsStatusAndTime) {
-    const CVal value = ~Stamped(CVal("5"), -7, 36);
+    const CVal value = ~support::Stamped(CVal("5"), -7, 36);
     EXPECT_EQ(value.GetStatus(), 36);
     EXPECT_EQ(value.GetTime(), -7);
 }
@@ -225,7 +226,7 @@ TEST(ValueArithmeticTest, PowerIsADouble) {
     EXPECT_EQ(Dump(pow(CVal("2"), CVal(-1))), "171:0.50");
     EXPECT_EQ(Dump(pow(CVal(-1), CVal(0.5))), "171:nan");
     EXPECT_EQ(Dump(pow(CVal(), CVal())), "171:1.00");
-    const CVal power = pow(Stamped(CVal(2), -9, 1), Stamped(CVal(3), -5, 4));
+    const CVal power = pow(support::Stamped(CVal(2), -9, 1), support::Stamped(CVal(3), -5, 4));
     EXPECT_EQ(power.GetStatus(), 5);
     EXPECT_EQ(power.GetTime(), -5);
 }
@@ -257,9 +258,9 @@ void ExpectComparisons(const std::vector<CComparisonRow>& rows) {
                                           : row.result == kGreater ? kLess
                                                                    : row.result;
         EXPECT_EQ(Comparisons(row.left, row.right), row.result)
-            << Dump(row.left) << " with " << Dump(row.right);
+            << support::Dump(row.left) << " with " << support::Dump(row.right);
         EXPECT_EQ(Comparisons(row.right, row.left), mirrored)
-            << Dump(row.right) << " with " << Dump(row.left);
+            << support::Dump(row.right) << " with " << support::Dump(row.left);
     }
 }
 
@@ -356,4 +357,4 @@ TEST(ValueArithmeticComparisonTest, StatusAndTimePlayNoPart) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::value

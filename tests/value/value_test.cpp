@@ -14,7 +14,7 @@
 #include "support/value_dump.h"
 #include "value/Status.h"
 
-namespace kalvex {
+namespace kalvex::value {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -71,7 +71,7 @@ TEST(ValueConstructionTest, ClassIsPolymorphicAndFreelyCopied) {
 TEST(ValueCopyTest, CarriesTypeStatusTimeAndContent) {
     for (const CVal& content : {CVal(), CVal(7), CVal(2.5), CVal("short"),
                                 CVal("a text that is too long to be kept inside its string")}) {
-        const CVal source = Stamped(content, 1600000000, 1);
+        const CVal source = support::Stamped(content, 1600000000, 1);
         const CVal copy(source);
         EXPECT_EQ(Dump(copy), Dump(source));
         EXPECT_EQ(copy.GetStatus(), 1);
@@ -103,7 +103,8 @@ TEST(ValueCopyTest, OwnsItsText) {
 }
 
 TEST(ValueCopyTest, ToItselfChangesNothing) {
-    CVal text = Stamped(CVal("a text that is too long to be kept inside its string"), 9, 4);
+    CVal text =
+        support::Stamped(CVal("a text that is too long to be kept inside its string"), 9, 4);
     const CVal& same = text;
     text = same;
     EXPECT_EQ(Dump(text), "190:a text that is too long to be kept inside its string");
@@ -123,7 +124,7 @@ TEST(ValueCopyTest, OfANumberDoesNotAllocate) {
     const CVal numbers[] = {CVal(true), CVal(short{1}), CVal(7), CVal(7LL), CVal(2.5), CVal()};
     CVal target;
     std::int64_t sum = 0;
-    const int before = AllocationCount();
+    const int before = support::AllocationCount();
     for (const CVal& number : numbers) {
         CVal copy(number);
         target = copy;
@@ -313,7 +314,7 @@ TEST(ValueCastTest, ConvertsTheContent) {
         {CVal(), 190, "190:"},
     };
     for (const CCastRow& row : kRows) {
-        CVal value = Stamped(row.value, 99, 0x1204);
+        CVal value = support::Stamped(row.value, 99, 0x1204);
         EXPECT_TRUE(value.Cast(row.type)) << row.result;
         EXPECT_EQ(Dump(value), row.result);
         EXPECT_EQ(value.GetStatus(), 0x1204);
@@ -356,7 +357,7 @@ TEST(ValueSetTypeTest, AlwaysTakesTheCode) {
         {CVal("abc"), 190, "190:abc"},
     };
     for (const CCastRow& row : kRows) {
-        CVal value = Stamped(row.value, 99, 1);
+        CVal value = support::Stamped(row.value, 99, 1);
         value.SetType(static_cast<std::uint16_t>(row.type));
         EXPECT_EQ(Dump(value), row.result);
         EXPECT_EQ(value.GetStatus(), 1);
@@ -372,4 +373,4 @@ TEST(ValueSetTypeTest, ContentIsGoneAfterNone) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::value

@@ -13,7 +13,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::value {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -381,4 +381,4 @@ TEST(ValueTextOperatorTest, OpensEmptyWhileTheValueIsUnknown) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::value

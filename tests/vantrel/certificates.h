@@ -8,7 +8,7 @@
 #include "support/scratch_folder.h"
 #include "vantrel/network/Endpoint.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class Certificates {
   public:
@@ -50,7 +50,7 @@ class Certificates {
         throw std::runtime_error("openssl " + command + "\n" + m_folder.Get("openssl.log"));
     }
 
-    ScratchFolder m_folder;
+    support::ScratchFolder m_folder;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -4,7 +4,7 @@
 #include "support/value_dump.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -30,15 +30,15 @@ class ClientConnectionTest : public testing::Test {
     }
 
     std::string Value(std::string_view name) {
-        return Describe(connection.GetVarVal(name)->Value());
+        return support::Describe(connection.GetVarVal(name)->Value());
     }
 
-    using Owner = HeardConnection::Owner;
+    using Owner = support::HeardConnection::Owner;
 
-    InProcessNetwork network;
-    HandServer server;
-    HeardConnection connection;
-    HeardWindow window;
+    support::InProcessNetwork network;
+    support::HandServer server;
+    support::HeardConnection connection;
+    support::HeardWindow window;
     Owner first;
     Owner second;
 };
@@ -55,14 +55,14 @@ TEST_F(ClientConnectionTest, LogsInAndIsConnected) {
 }
 
 TEST_F(ClientConnectionTest, NoWayToTheSource) {
-    NoTransports none;
+    support::NoTransports none;
     EXPECT_FALSE(connection.Create(23, "srv", "Kalvex", none, nullptr));
     EXPECT_THAT(connection.events, ElementsAre("fault 0 4109"));
 }
 
 TEST_F(ClientConnectionTest, ServerThatComesLater) {
-    InProcessNetwork empty;
-    HeardConnection waiting;
+    support::InProcessNetwork empty;
+    support::HeardConnection waiting;
     EXPECT_TRUE(waiting.Create(23, "srv", "Kalvex", empty, nullptr));
     EXPECT_EQ(waiting.GetState(), StateDown);
     empty.Deliver();
@@ -257,7 +257,7 @@ TEST_F(ClientConnectionTest, HandleOfADroppedVariableIsNotGivenAgain) {
     connection.Subscribe();
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("subscribe +1A", "subscribe -1", "subscribe +2B"));
-    server.SendValue(1, CVal(7));
+    server.SendValue(1, value::CVal(7));
     network.Deliver();
     EXPECT_EQ(Value("B"), "/0");
 }
@@ -275,10 +275,10 @@ TEST_F(ClientConnectionTest, ValuesArriveInPlace) {
     connection.RegisterVariable("B", &first);
     connection.Subscribe();
     Connect();
-    CVal value(12.5);
-    value.SetStatus(Status::SetByDevice);
+    value::CVal value(12.5);
+    value.SetStatus(value::Status::SetByDevice);
     value.SetTime(1710050400);
-    server.Send(ValueUpdates{{{1, value}, {2, CVal("praca")}, {9, CVal(1)}}, true});
+    server.Send(ValueUpdates{{{1, value}, {2, value::CVal("praca")}, {9, value::CVal(1)}}, true});
     network.Deliver();
     EXPECT_EQ(Value("A"), "12.50/16");
     EXPECT_EQ(connection.GetVarVal("A")->Value().GetTime(), 1710050400);
@@ -290,7 +290,7 @@ TEST_F(ClientConnectionTest, DataOfASubscriptionInPiecesArriveAtTheLast) {
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
     Connect();
-    server.Send(ValueUpdates{{{1, CVal(1)}}, false});
+    server.Send(ValueUpdates{{{1, value::CVal(1)}}, false});
     network.Deliver();
     EXPECT_THAT(connection.events, IsEmpty());
     server.Send(ValueUpdates{{}, true});
@@ -302,8 +302,8 @@ TEST_F(ClientConnectionTest, BreakMarksTheValues) {
     connection.RegisterVariable("A", &first);
     connection.Subscribe();
     Connect();
-    CVal value(12.5);
-    value.SetStatus(Status::SetByDevice);
+    value::CVal value(12.5);
+    value.SetStatus(value::Status::SetByDevice);
     server.SendValue(1, value);
     network.Deliver();
     network.Break("srv", ReasonLost);
@@ -357,7 +357,7 @@ TEST_F(ClientConnectionTest, VariableListIsHadWithoutAConnection) {
 
 TEST_F(ClientConnectionTest, ReportChangesAndLogLinesArePassedOn) {
     Connect();
-    server.Send(ReportChange{KindDay, 1710025200});
+    server.Send(ReportChange{value::KindDay, 1710025200});
     server.Send(LogMessage{2, 1710050400, "linia"});
     network.Deliver();
     EXPECT_THAT(connection.events,
@@ -368,7 +368,7 @@ TEST_F(ClientConnectionTest, NothingIsTakenBeforeTheLogin) {
     server.answersLogin = false;
     connection.Create(23, "srv", "Kalvex", network, nullptr);
     network.Deliver();
-    server.Send(ReportChange{KindDay, 1710025200});
+    server.Send(ReportChange{value::KindDay, 1710025200});
     server.Send(LoginResult{});
     server.Send(LoginResult{3, "za pozno"});
     network.Deliver();
@@ -377,4 +377,4 @@ TEST_F(ClientConnectionTest, NothingIsTakenBeforeTheLogin) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

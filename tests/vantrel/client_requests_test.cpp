@@ -3,7 +3,7 @@
 #include "support/hand_server.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -24,8 +24,8 @@ class ClientRequestsTest : public testing::Test {
         journal.entries.clear();
     }
 
-    RequestId Read(ValueKind kind, std::int64_t from, std::int64_t to,
-                   CArchiveValueList* into = nullptr) {
+    RequestId Read(value::ValueKind kind, std::int64_t from, std::int64_t to,
+                   value::CArchiveValueList* into = nullptr) {
         const RequestId id = connection.AddDataRequest(kind, "V", from, to, into, window);
         connection.MakeDataRequest(kind);
         network.Deliver();
@@ -37,55 +37,55 @@ class ClientRequestsTest : public testing::Test {
         network.Deliver();
     }
 
-    static CVal At(std::int64_t time, double number) {
-        CVal value(number);
+    static value::CVal At(std::int64_t time, double number) {
+        value::CVal value(number);
         value.SetTime(time);
         return value;
     }
 
-    using Owner = HeardConnection::Owner;
+    using Owner = support::HeardConnection::Owner;
 
-    InProcessNetwork network;
-    HandServer server;
-    HeardJournal journal;
-    HeardConnection connection;
-    HeardWindow window;
-    CArchiveValueList list;
+    support::InProcessNetwork network;
+    support::HandServer server;
+    support::HeardJournal journal;
+    support::HeardConnection connection;
+    support::HeardWindow window;
+    value::CArchiveValueList list;
     Owner owner;
 };
 
 TEST_F(ClientRequestsTest, AddQueuesAndMakeSends) {
-    connection.AddDataRequest(KindHour, "A", 100, 100, nullptr, window);
-    connection.AddDataRequest(KindHour, "B", 200, 300, &list, window);
-    connection.AddDataRequest(KindDay, "A", 400, 400, nullptr, window);
+    connection.AddDataRequest(value::KindHour, "A", 100, 100, nullptr, window);
+    connection.AddDataRequest(value::KindHour, "B", 200, 300, &list, window);
+    connection.AddDataRequest(value::KindDay, "A", 400, 400, nullptr, window);
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
-    connection.MakeDataRequest(KindHour);
+    connection.MakeDataRequest(value::KindHour);
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("read 1:2A[100..100] 2:2B[200..300]"));
     Forget();
-    connection.MakeDataRequest(KindDay);
-    connection.MakeDataRequest(KindDay);
+    connection.MakeDataRequest(value::KindDay);
+    connection.MakeDataRequest(value::KindDay);
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("read 3:3A[400..400]"));
 }
 
 TEST_F(ClientRequestsTest, SingleAnswer) {
-    const RequestId id = Read(KindHour, 100, 100);
+    const RequestId id = Read(value::KindHour, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 0 1.50/0"));
 }
 
 TEST_F(ClientRequestsTest, SingleAnswerWithoutAValueHasFailed) {
-    const RequestId id = Read(KindMonth, 100, 100);
+    const RequestId id = Read(value::KindMonth, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {}, true});
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("4V 1 /0"));
 }
 
 TEST_F(ClientRequestsTest, RangeInPiecesReachesTheListAtTheLast) {
-    const RequestId id = Read(KindArchive, 100, 300, &list);
+    const RequestId id = Read(value::KindArchive, 100, 300, &list);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.0), At(200, 2.0)}, false});
     network.Deliver();
     EXPECT_EQ(list.GetSize(), 0u);
@@ -97,15 +97,15 @@ TEST_F(ClientRequestsTest, RangeInPiecesReachesTheListAtTheLast) {
 }
 
 TEST_F(ClientRequestsTest, RangeTakesThePlaceOfWhatTheListHeld) {
-    list.Add(CVal(99));
-    const RequestId id = Read(KindSpan, 100, 300, &list);
+    list.Add(value::CVal(99));
+    const RequestId id = Read(value::KindSpan, 100, 300, &list);
     server.Send(ReadAnswer{id, ResultOk, {}, true});
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("5V 0 []"));
 }
 
 TEST_F(ClientRequestsTest, RangeThatFailsOnTheWayLeavesTheListAlone) {
-    const RequestId id = Read(KindArchive, 100, 300, &list);
+    const RequestId id = Read(value::KindArchive, 100, 300, &list);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.0)}, false});
     server.Send(ReadAnswer{id, ResultServerFault, {}, true});
     network.Deliver();
@@ -113,8 +113,8 @@ TEST_F(ClientRequestsTest, RangeThatFailsOnTheWayLeavesTheListAlone) {
 }
 
 TEST_F(ClientRequestsTest, CancelledRequestIsNotAnswered) {
-    const RequestId id = Read(KindHour, 100, 100);
-    connection.CancelDataRequest(KindHour, id);
+    const RequestId id = Read(value::KindHour, 100, 100);
+    connection.CancelDataRequest(value::KindHour, id);
     network.Deliver();
     EXPECT_EQ(server.heard.back(), "cancel 1");
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
@@ -123,19 +123,19 @@ TEST_F(ClientRequestsTest, CancelledRequestIsNotAnswered) {
 }
 
 TEST_F(ClientRequestsTest, CancelBeforeMakeSendsNothing) {
-    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window);
-    connection.CancelDataRequest(KindHour, id);
-    connection.MakeDataRequest(KindHour);
+    const RequestId id = connection.AddDataRequest(value::KindHour, "V", 1, 1, nullptr, window);
+    connection.CancelDataRequest(value::KindHour, id);
+    connection.MakeDataRequest(value::KindHour);
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
 }
 
 TEST_F(ClientRequestsTest, CancelOfAnAnsweredRequestSendsNothing) {
-    const RequestId id = Read(KindHour, 100, 100);
+    const RequestId id = Read(value::KindHour, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});
     network.Deliver();
     Forget();
-    connection.CancelDataRequest(KindHour, id);
+    connection.CancelDataRequest(value::KindHour, id);
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
 }
@@ -143,21 +143,21 @@ TEST_F(ClientRequestsTest, CancelOfAnAnsweredRequestSendsNothing) {
 // The server hears of so many at a time; an answer or a cancellation lets the next one through.
 TEST_F(ClientRequestsTest, VeryManyReadsAreHeldBack) {
     for (int i = 1; i <= 503; ++i) {
-        connection.AddDataRequest(KindHour, "V", i, i, nullptr, window);
+        connection.AddDataRequest(value::KindHour, "V", i, i, nullptr, window);
     }
-    connection.MakeDataRequest(KindHour);
+    connection.MakeDataRequest(value::KindHour);
     network.Deliver();
     ASSERT_EQ(server.heard.size(), 1u);
     EXPECT_THAT(server.heard[0], testing::EndsWith(" 500:2V[500..500]"));
     Forget();
-    connection.CancelDataRequest(KindHour, 502);
+    connection.CancelDataRequest(value::KindHour, 502);
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
     server.Send(ReadAnswer{7, ResultOk, {At(7, 1.5)}, true});
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("read 501:2V[501..501]"));
     Forget();
-    connection.CancelDataRequest(KindHour, 8);
+    connection.CancelDataRequest(value::KindHour, 8);
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("cancel 8", "read 503:2V[503..503]"));
     window.answers.clear();
@@ -166,16 +166,16 @@ TEST_F(ClientRequestsTest, VeryManyReadsAreHeldBack) {
     connection.CheckConnection();
     network.Deliver();
     Forget();
-    const RequestId id = Read(KindDay, 9, 9);
+    const RequestId id = Read(value::KindDay, 9, 9);
     EXPECT_THAT(server.heard, ElementsAre("read " + std::to_string(id) + ":3V[9..9]"));
 }
 
 TEST_F(ClientRequestsTest, BreakAnswersWhatIsOutstandingInOrder) {
-    Read(KindHour, 100, 100);
-    Read(KindArchive, 100, 300, &list);
-    connection.AddReportModifyRequest(KindDay, "V", 100, CVal(1.5));
-    connection.MakeDataRequest(KindDay);
-    connection.AddCurrentDataModifyRequest("V", CVal(2));
+    Read(value::KindHour, 100, 100);
+    Read(value::KindArchive, 100, 300, &list);
+    connection.AddReportModifyRequest(value::KindDay, "V", 100, value::CVal(1.5));
+    connection.MakeDataRequest(value::KindDay);
+    connection.AddCurrentDataModifyRequest("V", value::CVal(2));
     connection.MakeCurrentDataModifyRequest();
     Break();
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0", "6V 1 []"));
@@ -186,17 +186,17 @@ TEST_F(ClientRequestsTest, BreakAnswersWhatIsOutstandingInOrder) {
 TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheRestIsLost) {
     Break();
     Forget();
-    connection.AddDataRequest(KindHour, "V", 100, 100, nullptr, window);
+    connection.AddDataRequest(value::KindHour, "V", 100, 100, nullptr, window);
     EXPECT_THAT(window.answers, IsEmpty());
-    connection.MakeDataRequest(KindHour);
+    connection.MakeDataRequest(value::KindHour);
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
-    connection.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
-    connection.MakeDataRequest(KindHour);
-    connection.AddCurrentDataModifyRequest("V", CVal(2));
+    connection.AddReportModifyRequest(value::KindHour, "V", 100, value::CVal(1.5));
+    connection.MakeDataRequest(value::KindHour);
+    connection.AddCurrentDataModifyRequest("V", value::CVal(2));
     connection.MakeCurrentDataModifyRequest();
-    connection.AddArchiveModifyRequest("V", list, TIMEW{1}, TIMEW{2});
+    connection.AddArchiveModifyRequest("V", list, value::TIMEW{1}, value::TIMEW{2});
     connection.MakeArchiveModifyRequest();
-    connection.MakePeriodRequest(PeriodAction::Init, KindHour, "V", 100);
+    connection.MakePeriodRequest(PeriodAction::Init, value::KindHour, "V", 100);
     EXPECT_THAT(connection.events, IsEmpty());
     connection.CheckConnection();
     network.Deliver();
@@ -213,14 +213,14 @@ TEST_F(ClientRequestsTest, MadeWhileTheConnectionComesUpAreSentThen) {
     connection.RegisterVariable("V", &owner);
     connection.Subscribe();
     connection.CheckConnection();
-    HeardConnection other;
+    support::HeardConnection other;
     other.Create(23, "srv", "Kalvex", network, nullptr);
     other.RegisterVariable("V", &owner);
     other.Subscribe();
-    other.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
-    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window);
-    other.MakeDataRequest(KindHour);
-    other.MakePeriodRequest(PeriodAction::Load, KindDay, "V", 200);
+    other.AddReportModifyRequest(value::KindHour, "V", 100, value::CVal(1.5));
+    other.AddDataRequest(value::KindHour, "V", 100, 100, nullptr, window);
+    other.MakeDataRequest(value::KindHour);
+    other.MakePeriodRequest(PeriodAction::Load, value::KindDay, "V", 200);
     EXPECT_THAT(window.answers, IsEmpty());
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "login / Kalvex 23", "subscribe +1V",
@@ -230,11 +230,11 @@ TEST_F(ClientRequestsTest, MadeWhileTheConnectionComesUpAreSentThen) {
 
 TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
     server.accepts = false;
-    HeardConnection other;
+    support::HeardConnection other;
     other.Create(23, "srv", "Kalvex", network, nullptr);
-    other.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
-    other.AddDataRequest(KindHour, "V", 100, 100, nullptr, window);
-    other.MakeDataRequest(KindHour);
+    other.AddReportModifyRequest(value::KindHour, "V", 100, value::CVal(1.5));
+    other.AddDataRequest(value::KindHour, "V", 100, 100, nullptr, window);
+    other.MakeDataRequest(value::KindHour);
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
     EXPECT_THAT(other.events, ElementsAre("report not written 2V 1", "fault 2 4110"));
@@ -246,10 +246,10 @@ TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
 }
 
 TEST_F(ClientRequestsTest, WritesOfOneKindGoTogether) {
-    connection.AddReportModifyRequest(KindHour, "V", 100, CVal(1.5));
-    connection.AddReportModifyRequest(KindHour, "V", 200, CVal(2.5));
-    connection.AddReportModifyRequest(KindDay, "V", 300, CVal(3.5));
-    connection.MakeDataRequest(KindHour);
+    connection.AddReportModifyRequest(value::KindHour, "V", 100, value::CVal(1.5));
+    connection.AddReportModifyRequest(value::KindHour, "V", 200, value::CVal(2.5));
+    connection.AddReportModifyRequest(value::KindDay, "V", 300, value::CVal(3.5));
+    connection.MakeDataRequest(value::KindHour);
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("modify 1:2V[100]=1.50/0 2:2V[200]=2.50/0"));
     Forget();
@@ -259,8 +259,8 @@ TEST_F(ClientRequestsTest, WritesOfOneKindGoTogether) {
 }
 
 TEST_F(ClientRequestsTest, CurrentWriteIsAcknowledgedWithItsValue) {
-    CVal value(5.0);
-    value.SetStatus(Status::Supervisory);
+    value::CVal value(5.0);
+    value.SetStatus(value::Status::Supervisory);
     connection.AddCurrentDataModifyRequest("V", value);
     connection.MakeCurrentDataModifyRequest();
     network.Deliver();
@@ -272,7 +272,7 @@ TEST_F(ClientRequestsTest, CurrentWriteIsAcknowledgedWithItsValue) {
 }
 
 TEST_F(ClientRequestsTest, RefusedCurrentWrite) {
-    connection.AddCurrentDataModifyRequest("V", CVal(5));
+    connection.AddCurrentDataModifyRequest("V", value::CVal(5));
     connection.MakeCurrentDataModifyRequest();
     server.Send(ModifyResults{{{1, ResultNoAccess}}});
     network.Deliver();
@@ -282,7 +282,7 @@ TEST_F(ClientRequestsTest, RefusedCurrentWrite) {
 TEST_F(ClientRequestsTest, ArchiveWriteCarriesTheListAsItIs) {
     list.Add(At(100, 1.5));
     list.Add(At(200, 2.5));
-    connection.AddArchiveModifyRequest("V", list, TIMEW{100}, TIMEW{200});
+    connection.AddArchiveModifyRequest("V", list, value::TIMEW{100}, value::TIMEW{200});
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
     connection.MakeArchiveModifyRequest();
@@ -293,7 +293,7 @@ TEST_F(ClientRequestsTest, ArchiveWriteCarriesTheListAsItIs) {
 
 TEST_F(ClientRequestsTest, LongArchiveGoesInSeveralWrites) {
     for (int i = 0; i < 100001; ++i) list.Add(At(1000 + i, 0.5));
-    connection.AddArchiveModifyRequest("V", list, TIMEW{1000}, TIMEW{101000});
+    connection.AddArchiveModifyRequest("V", list, value::TIMEW{1000}, value::TIMEW{101000});
     connection.MakeArchiveModifyRequest();
     network.Deliver();
     ASSERT_EQ(server.heard.size(), 3u);
@@ -304,11 +304,11 @@ TEST_F(ClientRequestsTest, LongArchiveGoesInSeveralWrites) {
 
 TEST_F(ClientRequestsTest, ArchiveOfLongTextsGoesInSeveralWrites) {
     for (int i = 0; i < 40; ++i) {
-        CVal text(std::string(60000, 'x'));
+        value::CVal text(std::string(60000, 'x'));
         text.SetTime(100 + i);
         list.Add(text);
     }
-    connection.AddArchiveModifyRequest("V", list, TIMEW{100}, TIMEW{139});
+    connection.AddArchiveModifyRequest("V", list, value::TIMEW{100}, value::TIMEW{139});
     connection.MakeArchiveModifyRequest();
     network.Deliver();
     std::vector<std::string> heads;
@@ -319,24 +319,24 @@ TEST_F(ClientRequestsTest, ArchiveOfLongTextsGoesInSeveralWrites) {
 }
 
 TEST_F(ClientRequestsTest, JournalNamesEachOperation) {
-    const RequestId id = connection.AddDataRequest(KindHour, "V", 1, 1, nullptr, window);
-    connection.MakeDataRequest(KindHour);
-    connection.CancelDataRequest(KindHour, id);
-    connection.AddDataRequest(KindArchive, "V", 1, 2, &list, window);
-    connection.MakeDataRequest(KindArchive);
-    connection.CancelDataRequest(KindArchive, 2);
-    connection.AddReportModifyRequest(KindDay, "V", 3, CVal(1.5));
-    connection.MakeDataRequest(KindDay);
-    connection.AddCurrentDataModifyRequest("V", CVal(2));
+    const RequestId id = connection.AddDataRequest(value::KindHour, "V", 1, 1, nullptr, window);
+    connection.MakeDataRequest(value::KindHour);
+    connection.CancelDataRequest(value::KindHour, id);
+    connection.AddDataRequest(value::KindArchive, "V", 1, 2, &list, window);
+    connection.MakeDataRequest(value::KindArchive);
+    connection.CancelDataRequest(value::KindArchive, 2);
+    connection.AddReportModifyRequest(value::KindDay, "V", 3, value::CVal(1.5));
+    connection.MakeDataRequest(value::KindDay);
+    connection.AddCurrentDataModifyRequest("V", value::CVal(2));
     connection.MakeCurrentDataModifyRequest();
-    list.Add(CVal(1));
-    connection.AddArchiveModifyRequest("V", list, TIMEW{4}, TIMEW{5});
+    list.Add(value::CVal(1));
+    connection.AddArchiveModifyRequest("V", list, value::TIMEW{4}, value::TIMEW{5});
     connection.MakeArchiveModifyRequest();
-    connection.MakePeriodRequest(PeriodAction::Init, KindMonth, "V", 6);
-    connection.MakePeriodRequest(PeriodAction::Load, KindSpan, "V", 6);
-    connection.MakePeriodRequest(PeriodAction::Calculate, KindHour, "V", 6);
-    connection.MakePeriodRequest(PeriodAction::Update, KindArchive, "V", 6);
-    connection.MakePeriodRequest(PeriodAction::Refresh, KindArchive, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Init, value::KindMonth, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Load, value::KindSpan, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Calculate, value::KindHour, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Update, value::KindArchive, "V", 6);
+    connection.MakePeriodRequest(PeriodAction::Refresh, value::KindArchive, "V", 6);
     connection.RegisterVariable("V", &owner);
     connection.UnRegisterVariable("V", &owner);
     connection.Subscribe();
@@ -361,4 +361,4 @@ TEST_F(ClientRequestsTest, JournalNamesEachOperation) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 TEST(CodesTest, HaveWords) {
@@ -11,4 +11,4 @@ TEST(CodesTest, HaveWords) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -18,7 +18,7 @@ using testing::IsEmpty;
 
 class NetworkConversationTest : public testing::Test {
   protected:
-    std::unique_ptr<ClientTransport> Connect(HeardEvents& heard) {
+    std::unique_ptr<ClientTransport> Connect(support::HeardEvents& heard) {
         std::uint32_t reason = 0;
         auto transport = client.Connect("srv", heard, reason);
         EXPECT_EQ(reason, 0u);
@@ -41,10 +41,10 @@ class NetworkConversationTest : public testing::Test {
         std::erase(events.heard, "log 0 0 flush");
     }
 
-    NetworkWorld world;
-    HandServer acceptor;
+    support::NetworkWorld world;
+    support::HandServer acceptor;
     NetworkClient client{world.ClientSettings(), world.loop, world.log, world.translator};
-    HeardEvents events;
+    support::HeardEvents events;
     std::unique_ptr<ClientTransport> transport;
     // The first to go, so that no client waits for its answer to the farewell.
     std::unique_ptr<NetworkServer> server = world.Listen(world.ServerSettings(), acceptor);
@@ -54,16 +54,16 @@ TEST_F(NetworkConversationTest, MessagesGoBothWaysInOrder) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "jan", "tajne"});
     world.RunUntil(events, "login result 0 ");
-    transport->Send(SubscribeRequest{{{1, "Z1"}, {2, FromUtf8("Ciśnienie")}}, {}, 577, true});
-    transport->Send(ReadRequests{{{1, KindHour, "Z1", 0, 3600}}});
+    transport->Send(SubscribeRequest{{{1, "Z1"}, {2, text::FromUtf8("Ciśnienie")}}, {}, 577, true});
+    transport->Send(ReadRequests{{{1, value::KindHour, "Z1", 0, 3600}}});
     transport->Send(LastMessagesRequest{5});
     world.RunUntil(acceptor, "last 5");
     EXPECT_THAT(acceptor.heard, ElementsAre("login jan/tajne Kalvex 23",
                                             "subscribe +1Z1 +2" + FromUtf8("Ciśnienie"),
                                             "read 1:2Z1[0..3600]", "last 5"));
-    acceptor.Send(ValueUpdates{{{1, Stamped(CVal(2.5), 100, 4)}}, true});
-    acceptor.Send(ReadAnswer{1, 0, {CVal(7)}, true});
-    acceptor.Send(ReportChange{KindDay, 5});
+    acceptor.Send(ValueUpdates{{{1, support::Stamped(value::CVal(2.5), 100, 4)}}, true});
+    acceptor.Send(ReadAnswer{1, 0, {value::CVal(7)}, true});
+    acceptor.Send(ReportChange{value::KindDay, 5});
     world.RunUntil(events, "report change 3 5");
     EXPECT_THAT(events.heard, ElementsAre("login result 0 ", "updates 1=171:2.50/4@100",
                                           "answer 1 0 150:7/0@0", "report change 3 5"));
@@ -84,23 +84,23 @@ TEST_F(NetworkConversationTest, NothingIsDeliveredWithinACall) {
 }
 
 TEST_F(NetworkConversationTest, RefusedLoginTravels) {
-    acceptor.loginResult = {7, FromUtf8("złe hasło")};
+    acceptor.loginResult = {7, text::FromUtf8("złe hasło")};
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "jan", "?"});
-    world.RunUntil(events, "login result 7 " + FromUtf8("złe hasło"));
+    world.RunUntil(events, "login result 7 " + text::FromUtf8("złe hasło"));
     transport->Close(ReasonLoginRefused);
     world.RunUntil(acceptor, "closed 4103");
     world.RunUntil(events, "closed 4103");
 }
 
 TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribes) {
-    HeardConnection connection;
+    support::HeardConnection connection;
     connection.SetLoginData("jan", "tajne");
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
     connection.RegisterVariable("Z1");
     connection.Subscribe();
     world.RunUntil(acceptor, "subscribe +1Z1");
-    acceptor.SendValue(1, CVal(5));
+    acceptor.SendValue(1, value::CVal(5));
     world.RunUntil([&] { return connection.GetVarVal("Z1")->Value().GetType() == 150; });
     EXPECT_THAT(connection.events, ElementsAre("access ", "connect", "data"));
 }
@@ -148,7 +148,7 @@ TEST_F(NetworkConversationTest, ServerEndsAConversationWithItsReason) {
 
 TEST_F(NetworkConversationTest, ServerThatEndsTellsAllClientsAndSessions) {
     Open();
-    HeardEvents otherEvents;
+    support::HeardEvents otherEvents;
     const auto other = Connect(otherEvents);
     other->Open();
     world.RunUntil(otherEvents, "opened");
@@ -172,7 +172,7 @@ TEST_F(NetworkConversationTest, ConversationsAreBounded) {
     settings.conversationLimit = 1;
     server = world.Listen(settings, acceptor);
     Open();
-    HeardEvents otherEvents;
+    support::HeardEvents otherEvents;
     const auto other = Connect(otherEvents);
     other->Open();
     world.RunUntil(otherEvents, "fault 2 4110");
@@ -203,7 +203,8 @@ TEST_F(NetworkConversationTest, TextThatIsTooLongIsLeftOutWithALogLine) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
     world.RunUntil(events, "login result 0 ");
-    acceptor.Send(ValueUpdates{{{1, CVal(std::string(2 << 20, 'x'))}, {2, CVal(1)}}, true});
+    acceptor.Send(
+        ValueUpdates{{{1, value::CVal(std::string(2 << 20, 'x'))}, {2, value::CVal(1)}}, true});
     world.RunUntil(events, "updates 2=150:1/0@0");
     EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Klient Kalvex nie otrzyma za długich danych (pozycje: 1)"));
@@ -229,15 +230,15 @@ TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
 }
 
 TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {
-    HeardConnection connection;
+    support::HeardConnection connection;
     ASSERT_TRUE(connection.Create(23, "srv", "Kalvex", client, nullptr));
     connection.RegisterVariable("Z1");
     connection.RegisterVariable("Z2");
     connection.Subscribe();
     world.RunUntil(acceptor, "subscribe +1Z1 +2Z2");
-    HeardWindow window;
-    connection.AddDataRequest(KindHour, "Z1", 0, 0, nullptr, window);
-    connection.MakeDataRequest(KindHour);
+    support::HeardWindow window;
+    connection.AddDataRequest(value::KindHour, "Z1", 0, 0, nullptr, window);
+    connection.MakeDataRequest(value::KindHour);
     server.reset();
     world.RunUntil([&] { return !window.answers.empty(); });
     EXPECT_THAT(window.answers, ElementsAre("2Z1 1 /0"));
@@ -363,8 +364,8 @@ class NetworkConversationListTest : public NetworkConversationTest {
 
     const LoginRequest login{1, 23, "Kalvex", "jan", "tajne"};
     std::vector<VariableDefinition> list;
-    WaitingLoop serverLoop;
-    LogRecorder serverLog;
+    support::WaitingLoop serverLoop;
+    support::LogRecorder serverLog;
     std::promise<void> ready;
     bool over = false;
     std::thread thread;
@@ -422,4 +423,4 @@ TEST_F(NetworkConversationListTest, LoginThatCannotBeSentFails) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -9,7 +9,7 @@
 #include "vantrel/Codes.h"
 #include "vantrel/raw_peer.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -36,8 +36,8 @@ class NetworkLimitsClientTest : public testing::Test {
         EXPECT_EQ(raw.events->Take(), Parcel(ServerMessage(LoginResult{})));
     }
 
-    NetworkWorld world;
-    HandServer acceptor;
+    support::NetworkWorld world;
+    support::HandServer acceptor;
     NetworkServerSettings settings = world.ServerSettings();
     std::unique_ptr<NetworkServer> server;
 };
@@ -95,7 +95,7 @@ TEST_F(NetworkLimitsClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothin
     ServerLink* const deaf = acceptor.link;
 
     NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
-    HeardEvents events;
+    support::HeardEvents events;
     std::uint32_t reason = 0;
     const auto reader = client.Connect("srv", events, reason);
     reader->Open();
@@ -110,7 +110,7 @@ TEST_F(NetworkLimitsClientTest, ClientThatDoesNotReadIsCutOffAndOthersLoseNothin
         const LogMessage message{0, number, ballast};
         deaf->Send(message);
         acceptor.link->Send(message);
-        wanted.push_back(Describe(ServerMessage(message)));
+        wanted.push_back(support::Describe(ServerMessage(message)));
         world.RunUntil(events, wanted.back());
     }
     world.RunUntil(acceptor, "closed 4105");
@@ -191,7 +191,7 @@ TEST_F(NetworkLimitsClientTest, BreakWithoutAFarewellIsALoss) {
 
 TEST_F(NetworkLimitsClientTest, CallerThatWaitsWhenTheServerGoesIsTurnedAway) {
     std::promise<void> arrived;
-    PostedWork idle([&] { arrived.set_value(); });
+    platform::PostedWork idle([&] { arrived.set_value(); });
     std::string error;
     server = ListenOnNetwork(settings, acceptor, idle, world.log, world.translator, error);
     RawClient raw(Local(), StreamMethod::Converse);
@@ -300,8 +300,8 @@ class NetworkLimitsServerTest : public testing::Test {
         events.heard.clear();
     }
 
-    NetworkWorld world;
-    HeardEvents events;
+    support::NetworkWorld world;
+    support::HeardEvents events;
     NetworkClientSettings settings = world.ClientSettings();
     NetworkClient client{settings, world.loop, world.log, world.translator};
     std::unique_ptr<ClientTransport> transport;
@@ -328,7 +328,7 @@ TEST_F(NetworkLimitsServerTest, MessageThatDoesNotDecodeIsLostAndTheConversation
     Open();
     raw.stream->Send("rubbish");
     raw.stream->Send(std::string(kMaxParcelBytes + 1, '\0'));
-    raw.stream->Send(Parcel(ServerMessage(ReportChange{KindHour, 1})));
+    raw.stream->Send(Parcel(ServerMessage(ReportChange{value::KindHour, 1})));
     world.RunUntil(events, "report change 2 1");
     EXPECT_THAT(events.heard, ElementsAre("fault 4 4108", "fault 4 4108", "report change 2 1"));
 }
@@ -371,7 +371,8 @@ TEST_F(NetworkLimitsServerTest, ServerThatDoesNotReadCountsAsGone) {
     raw.AwaitClient();
     raw.stream->Send(Pack(Greeting{1}));
     world.RunUntil(events, "opened");
-    transport->Send(ModifyRequests{{{1, KindCurrent, "A", 0, CVal(std::string(20'000, 'x'))}}});
+    transport->Send(
+        ModifyRequests{{{1, value::KindCurrent, "A", 0, value::CVal(std::string(20'000, 'x'))}}});
     EXPECT_THAT(events.heard, ElementsAre("opened"));
     world.RunUntil(events, "closed 4105");
     EXPECT_THAT(
@@ -381,4 +382,4 @@ TEST_F(NetworkLimitsServerTest, ServerThatDoesNotReadCountsAsGone) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

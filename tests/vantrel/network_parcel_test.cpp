@@ -11,7 +11,7 @@
 #include "vantrel/Codes.h"
 #include "vantrel/network/Parcel.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 namespace pb = ::sorvane::v1;
@@ -21,33 +21,33 @@ using testing::IsEmpty;
 // "Łąka €", the C1 control 0x81, a NUL.
 const std::string kText("\xa3\xb9ka \x80\x81\0!", 9);
 
-CVal Typed(CVal value, std::uint16_t type) {
+value::CVal Typed(value::CVal value, std::uint16_t type) {
     value.SetType(type);
     return value;
 }
 
-std::vector<CVal> AllTypes() {
-    return {Stamped(CVal(true), 10, 1),
-            Stamped(CVal(short{-32768}), 20, 2),
-            Stamped(CVal(static_cast<unsigned short>(65535)), 30, 4),
-            Stamped(CVal(-2147483647), 40, 8),
-            Stamped(CVal(4294967295u), 50, 16),
-            Stamped(CVal(std::numeric_limits<long long>::min()), 60, 32),
-            Stamped(Typed(CVal(1LL << 40), 145), 70, 64),
-            Stamped(Typed(CVal(-1LL), 161), 80, 128),
-            Stamped(CVal(0.1), 90, 256),
-            Stamped(CVal(-0.0), 0),
-            Stamped(CVal(std::numeric_limits<double>::infinity()), -1),
-            Stamped(CVal(std::numeric_limits<double>::denorm_min()), 1LL << 40),
-            Stamped(CVal(kText), 100, 65535),
-            Stamped(CVal(std::string()), 110),
-            Stamped(CVal(), 120, 3),
-            Stamped(Typed(CVal(), 7), 130, 5)};
+std::vector<value::CVal> AllTypes() {
+    return {support::Stamped(value::CVal(true), 10, 1),
+            support::Stamped(value::CVal(short{-32768}), 20, 2),
+            support::Stamped(value::CVal(static_cast<unsigned short>(65535)), 30, 4),
+            support::Stamped(value::CVal(-2147483647), 40, 8),
+            support::Stamped(value::CVal(4294967295u), 50, 16),
+            support::Stamped(value::CVal(std::numeric_limits<long long>::min()), 60, 32),
+            support::Stamped(Typed(value::CVal(1LL << 40), 145), 70, 64),
+            support::Stamped(Typed(value::CVal(-1LL), 161), 80, 128),
+            support::Stamped(value::CVal(0.1), 90, 256),
+            support::Stamped(value::CVal(-0.0), 0),
+            support::Stamped(value::CVal(std::numeric_limits<double>::infinity()), -1),
+            support::Stamped(value::CVal(std::numeric_limits<double>::denorm_min()), 1LL << 40),
+            support::Stamped(value::CVal(kText), 100, 65535),
+            support::Stamped(value::CVal(std::string()), 110),
+            support::Stamped(value::CVal(), 120, 3),
+            support::Stamped(Typed(value::CVal(), 7), 130, 5)};
 }
 
-std::string DescribeAll(const std::vector<CVal>& values) {
+std::string DescribeAll(const std::vector<value::CVal>& values) {
     std::string text;
-    for (const CVal& value : values) text += DescribeWhole(value) + " ";
+    for (const value::CVal& value : values) text += support::DescribeWhole(value) + " ";
     return text;
 }
 
@@ -98,14 +98,15 @@ TEST(NetworkParcelClientTest, SubscriptionGoesAcross) {
 }
 
 TEST(NetworkParcelClientTest, RequestsGoAcross) {
-    const ReadRequests reads{{{1, KindHour, "A", -5, 1LL << 40}, {2, KindArchive, kText, 0, 1}}};
+    const ReadRequests reads{
+        {{1, value::KindHour, "A", -5, 1LL << 40}, {2, value::KindArchive, kText, 0, 1}}};
     EXPECT_EQ(Describe(ClientMessage(Carry(reads))), Describe(ClientMessage(reads)));
     const CancelRequests cancels{{1, 2, 4294967295u}};
     EXPECT_EQ(Describe(ClientMessage(Carry(cancels))), Describe(ClientMessage(cancels)));
     for (const PeriodAction action :
          {PeriodAction::Init, PeriodAction::Load, PeriodAction::Calculate, PeriodAction::Update,
           PeriodAction::Refresh}) {
-        const PeriodRequest order{action, KindMonth, kText, 1710054000};
+        const PeriodRequest order{action, value::KindMonth, kText, 1710054000};
         EXPECT_EQ(Describe(ClientMessage(Carry(order))), Describe(ClientMessage(order)));
     }
     EXPECT_EQ(Carry(LastMessagesRequest{50}).count, 50u);
@@ -113,7 +114,8 @@ TEST(NetworkParcelClientTest, RequestsGoAcross) {
 
 TEST(NetworkParcelClientTest, WritesGoAcrossWithEveryTypeOfValue) {
     ModifyRequests writes;
-    for (const CVal& value : AllTypes()) writes.requests.push_back({3, KindCurrent, "A", 9, value});
+    for (const value::CVal& value : AllTypes())
+        writes.requests.push_back({3, value::KindCurrent, "A", 9, value});
     const ModifyRequests back = Carry(writes);
     ASSERT_EQ(back.requests.size(), writes.requests.size());
     for (std::size_t index = 0; index < back.requests.size(); ++index) {
@@ -147,7 +149,7 @@ TEST(NetworkParcelServerTest, MessagesGoAcross) {
         ReadAnswer{9, 1, {}, true},
         ReadAnswer{9, 0, AllTypes(), false},
         ModifyResults{{{1, 0}, {2, 65535}}},
-        ReportChange{KindSpan, -7},
+        ReportChange{value::KindSpan, -7},
         LogMessage{-3, 1LL << 40, kText},
     };
     for (const ServerMessage& message : messages) {
@@ -157,14 +159,15 @@ TEST(NetworkParcelServerTest, MessagesGoAcross) {
 
 TEST(NetworkParcelServerTest, UpdatesGoAcrossWithEveryTypeOfValue) {
     ValueUpdates updates;
-    for (const CVal& value : AllTypes()) updates.entries.push_back({77, value});
+    for (const value::CVal& value : AllTypes()) updates.entries.push_back({77, value});
     EXPECT_EQ(Describe(ServerMessage(Carry(updates))), Describe(ServerMessage(updates)));
     EXPECT_EQ(Describe(ServerMessage(Carry(ValueUpdates{{}, false}))), "updates more");
     EXPECT_EQ(Describe(ServerMessage(Carry(ValueUpdates{}))), "updates");
 }
 
 TEST(NetworkParcelServerTest, NotANumberAndMinusZeroStayWhatTheyAre) {
-    const ValueUpdates back = Carry(ValueUpdates{{{1, CVal(std::nan(""))}, {2, CVal(-0.0)}}, true});
+    const ValueUpdates back =
+        Carry(ValueUpdates{{{1, value::CVal(std::nan(""))}, {2, value::CVal(-0.0)}}, true});
     EXPECT_TRUE(std::isnan(back.entries[0].value.Real()));
     EXPECT_TRUE(std::signbit(back.entries[1].value.Real()));
 }
@@ -176,7 +179,9 @@ TEST(NetworkParcelTest, BytesAreThoseOfTheContract) {
     EXPECT_EQ(Pack(Farewell{4106}), "\x12\x03\x08\x8a\x20"s);
     EXPECT_EQ(Pack(Greeting{1}), "\x1a\x02\x08\x01"s);
     // Two ints 5 and -1 of status 0 and time 3: one type, one status, one time stand for both.
-    const ValueUpdates updates{{{1, Stamped(CVal(5), 3)}, {2, Stamped(CVal(-1), 3)}}, true};
+    const ValueUpdates updates{
+        {{1, support::Stamped(value::CVal(5), 3)}, {2, support::Stamped(value::CVal(-1), 3)}},
+        true};
     EXPECT_THAT(Pack(ServerMessage(updates)).parcels,
                 ElementsAre("\x32\x16"
                             "\x0a\x02\x01\x02"
@@ -220,7 +225,7 @@ TEST(NetworkParcelTest, LongUpdatesAreCutByTheFieldLast) {
         ValueUpdates updates;
         updates.last = last;
         for (std::uint32_t handle = 1; handle <= 50000; ++handle) {
-            updates.entries.push_back({handle, CVal(static_cast<int>(handle))});
+            updates.entries.push_back({handle, value::CVal(static_cast<int>(handle))});
         }
         const PackedAnswer packed = Pack(ServerMessage(updates));
         ASSERT_GT(packed.parcels.size(), 2u);
@@ -241,7 +246,8 @@ TEST(NetworkParcelTest, LongUpdatesAreCutByTheFieldLast) {
 }
 
 TEST(NetworkParcelTest, EveryPieceOfAnAnswerBearsItsNumberAndOfASubscriptionItsFlags) {
-    ReadAnswer answer{.id = 9, .result = 0, .values = std::vector<CVal>(50000, CVal(1.5))};
+    ReadAnswer answer{
+        .id = 9, .result = 0, .values = std::vector<value::CVal>(50000, value::CVal(1.5))};
     const PackedAnswer answers = Pack(ServerMessage(answer));
     ASSERT_GT(answers.parcels.size(), 1u);
     std::size_t values = 0;
@@ -293,13 +299,14 @@ std::vector<std::string> RefusalsOf(const ClientMessage& message, std::size_t pa
     const PackedRequest packed = Pack(message);
     EXPECT_EQ(packed.parcels.size(), parcels);
     std::vector<std::string> refusals;
-    for (const ServerMessage& refusal : packed.refusals) refusals.push_back(Describe(refusal));
+    for (const ServerMessage& refusal : packed.refusals)
+        refusals.push_back(support::Describe(refusal));
     return refusals;
 }
 
 TEST(NetworkParcelTest, RequestBeyondTheBoundsIsAnsweredAtOnce) {
     const std::string name(kMaxNameBytes + 1, 'A');
-    const CVal text(std::string(kMaxTextBytes / 2 + 1, '\xb9'));  // two bytes each in UTF-8
+    const value::CVal text(std::string(kMaxTextBytes / 2 + 1, '\xb9'));  // two bytes each in UTF-8
     EXPECT_THAT(RefusalsOf(SubscribeRequest{{{1, name}, {2, "B"}}, {}, 0, true}, 1),
                 ElementsAre("access errors 1:4"));
     EXPECT_THAT(RefusalsOf(ReadRequests{{{1, KindHour, name, 0, 0}}}, 0),
@@ -337,8 +344,8 @@ TEST(NetworkParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
         {VariableDefinitions{{{std::string(kMaxNameBytes + 1, 'A'), {}}, {"B", {}}}, true},
          "definitions B{}"},
         {VariableDefinitions{{{"A", {{"de", long_}}}}, true}, "definitions"},
-        {ValueUpdates{{{1, CVal(long_)}, {2, CVal(7)}}, true}, "updates 2=150:7/0@0"},
-        {ReadAnswer{4, 0, {CVal(1), CVal(long_)}, true}, "answer 4 5"},
+        {ValueUpdates{{{1, value::CVal(long_)}, {2, value::CVal(7)}}, true}, "updates 2=150:7/0@0"},
+        {ReadAnswer{4, 0, {value::CVal(1), value::CVal(long_)}, true}, "answer 4 5"},
     };
     for (const auto& row : rows) {
         const PackedAnswer packed = Pack(row.message);
@@ -458,4 +465,4 @@ TEST(NetworkParcelTest, FaultsHaveWords) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -3,7 +3,7 @@
 #include "vantrel/network/Patience.h"
 #include "vantrel/network/Reception.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using Due = PeerWatch::Due;
@@ -112,7 +112,7 @@ class NetworkPatienceReceptionTest : public testing::Test {
   protected:
     void SetUp() override { reception->Start(stream, listener); }
 
-    PostedWork loop;
+    platform::PostedWork loop;
     std::shared_ptr<FakeStream> stream = std::make_shared<FakeStream>();
     Listener listener;
     std::shared_ptr<Reception<ClientParcel>> reception =
@@ -157,7 +157,7 @@ TEST_F(NetworkPatienceReceptionTest, FullInboxPausesReadingUntilTheMainThreadHas
 }
 
 TEST_F(NetworkPatienceReceptionTest, ValuesWeighWhatTheyBecome) {
-    ArchiveModifyRequest request{1, "A", 0, 0, std::vector<CVal>(4)};
+    ArchiveModifyRequest request{1, "A", 0, 0, std::vector<value::CVal>(4)};
     const std::string parcel = Pack(ClientMessage(request)).parcels[0];
     ASSERT_LT(parcel.size(), 50u);
     EXPECT_FALSE(reception->OnParcel(parcel));
@@ -166,4 +166,4 @@ TEST_F(NetworkPatienceReceptionTest, ValuesWeighWhatTheyBecome) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 #include "vantrel/network/HandOver.h"
 #include "vantrel/network/Outbox.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -22,7 +22,7 @@ class NetworkQueuesHandOverTest : public testing::Test {
         return handOver->Push([this, number] { done.push_back(number); }, weight);
     }
 
-    PostedWork loop;
+    platform::PostedWork loop;
     std::shared_ptr<HandOver> handOver = std::make_shared<HandOver>(loop, 100);
     std::vector<int> done;
     int resumed = 0;
@@ -107,7 +107,7 @@ TEST_F(NetworkQueuesHandOverTest, StopByAnEventDropsWhatItHolds) {
 TEST(NetworkQueuesHandOverThreadsTest, EachReaderKeepsItsOrderAndIsNeverLeftPaused) {
     constexpr int kReaders = 3;
     constexpr int kEvents = 5000;
-    WaitingLoop loop;
+    support::WaitingLoop loop;
     const auto handOver = std::make_shared<HandOver>(loop, 50);
     std::atomic<int> resumes = 0;
     handOver->OnRoom([&] {
@@ -136,7 +136,7 @@ TEST(NetworkQueuesHandOverThreadsTest, EachReaderKeepsItsOrderAndIsNeverLeftPaus
 }
 
 TEST(NetworkQueuesHandOverThreadsTest, LoopMayGoAfterStop) {
-    auto loop = std::make_unique<PostedWork>();
+    auto loop = std::make_unique<platform::PostedWork>();
     const auto handOver = std::make_shared<HandOver>(*loop, 50);
     std::atomic<bool> running = false;
     std::atomic<bool> enough = false;
@@ -270,4 +270,4 @@ TEST(NetworkQueuesOutboxThreadsTest, WriterGetsAllParcelsInOrder) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -14,7 +14,7 @@
 #include "vantrel/Codes.h"
 #include "vantrel/certificates.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -67,7 +67,7 @@ class NetworkSecurityTest : public testing::Test {
         settings.addresses["far"] = {.address = host + ":" + std::to_string(server->TcpPort()),
                                      .tls = std::move(tls)};
         NetworkClient client(settings, world.loop, world.log, world.translator);
-        HeardEvents heard;
+        support::HeardEvents heard;
         std::uint32_t reason = 0;
         const auto transport = client.Connect("far", heard, reason);
         transport->Open();
@@ -87,9 +87,9 @@ class NetworkSecurityTest : public testing::Test {
         return status.st_mode;
     }
 
-    NetworkWorld world;
-    HandServer acceptor;
-    HeardEvents events;
+    support::NetworkWorld world;
+    support::HandServer acceptor;
+    support::HeardEvents events;
     NetworkServerSettings settings = world.ServerSettings();
     std::unique_ptr<NetworkServer> server;
 };
@@ -136,7 +136,7 @@ TEST_F(NetworkSecurityTest, LoopbackMayBePlainAndServesBesideTheSocket) {
 }
 
 TEST_F(NetworkSecurityTest, LoopbackMayBePlainByItsName) {
-    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
+    if (!support::KnowsLocalhost()) GTEST_SKIP() << support::kNoLocalhost;
     settings.address = "127.0.0.1:0";
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
@@ -193,7 +193,7 @@ TEST_F(NetworkSecurityTlsTest, ClientThatTrustsTheAuthorityComesIn) {
 }
 
 TEST_F(NetworkSecurityTlsTest, CertificateMayBearAName) {
-    if (!KnowsLocalhost()) GTEST_SKIP() << kNoLocalhost;
+    if (!support::KnowsLocalhost()) GTEST_SKIP() << support::kNoLocalhost;
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("localhost", certificates.Files("good")), "opened");
     EXPECT_THAT(world.log.Take(), IsEmpty());
@@ -322,7 +322,7 @@ TEST_F(NetworkSecurityTest, NameThatIsNoFileIsAnError) {
 }
 
 TEST_F(NetworkSecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
-    settings.source = FromUtf8("Kotłownia 1 %");
+    settings.source = text::FromUtf8("Kotłownia 1 %");
     settings.runtimeFolder = world.folder.Path("new/run");
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
@@ -338,4 +338,4 @@ TEST_F(NetworkSecurityTest, FolderOfSocketsIsMadeAndPolishNamesWork) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

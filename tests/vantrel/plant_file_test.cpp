@@ -6,7 +6,7 @@
 #include "text/CodePage.h"
 #include "vantrel/plant/PlantFile.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -16,7 +16,7 @@ class PlantFileTest : public testing::Test {
   protected:
     // The plant with this as the content of the source "srv".
     PlantSource Source(std::string_view content) {
-        const ScratchFile file(Whole(content));
+        const support::ScratchFile file(Whole(content));
         PlantDefinition plant;
         std::string fault;
         EXPECT_TRUE(ReadPlant(file.Path(), plant, fault)) << fault;
@@ -26,7 +26,7 @@ class PlantFileTest : public testing::Test {
     std::string Error(std::string_view content) { return WholeError(Whole(content)); }
 
     std::string WholeError(std::string_view text) {
-        const ScratchFile file(text);
+        const support::ScratchFile file(text);
         PlantDefinition plant;
         std::string fault;
         EXPECT_FALSE(ReadPlant(file.Path(), plant, fault));
@@ -37,7 +37,7 @@ class PlantFileTest : public testing::Test {
         return "{\"sources\": {\"srv\": {" + std::string(content) + "}}}";
     }
 
-    ZoneScope zone{"Europe/Warsaw"};
+    support::ZoneScope zone{"Europe/Warsaw"};
 };
 
 TEST_F(PlantFileTest, EmptySourceHasTheDefaults) {
@@ -96,7 +96,7 @@ TEST_F(PlantFileTest, TypeOfAValueFollowsItsForm) {
         "{\"value\": 2, \"type\": 171}, {\"value\": null}]}}");
     std::vector<std::string> values;
     for (const PlantCurrent& current : source.variables[0].current) {
-        values.push_back(DescribeWhole(current.value));
+        values.push_back(support::DescribeWhole(current.value));
         EXPECT_FALSE(current.stamped);
         EXPECT_EQ(current.atTick, 0);
     }
@@ -195,4 +195,4 @@ TEST_F(PlantFileTest, FaultyValuesAreNamedWithTheirLine) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -13,7 +13,7 @@
 #include "vantrel/network/Parcel.h"
 #include "vantrel/network/ServerPort.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Keeps what comes on one stream. Any thread.
 class RawEvents final : public StreamEvents {
@@ -55,7 +55,7 @@ class RawEvents final : public StreamEvents {
 class RawClient {
   public:
     RawClient(const Endpoint& endpoint, StreamMethod method) {
-        Notice error;
+        platform::Notice error;
         stream = m_carrier.Dial(endpoint, method, events, SIZE_MAX, error);
     }
     ~RawClient() { stream->Cancel(); }
@@ -73,7 +73,7 @@ class RawClient {
 class RawServer final : private PortEvents {
   public:
     explicit RawServer(const std::string& socket) {
-        Notice error;
+        platform::Notice error;
         m_pPort = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, error);
     }
     ~RawServer() override {
@@ -105,4 +105,4 @@ class RawServer final : private PortEvents {
     std::unique_ptr<ServerPort> m_pPort;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -7,7 +7,7 @@
 #include "vantrel/plant/SimulatedPlant.h"
 #include "vantrel/plant/TickJournal.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
@@ -19,7 +19,7 @@ class SimulatedPlantTest : public testing::Test {
     void Build(std::string_view content) {
         PlantDefinition definition;
         std::string fault;
-        const ScratchFile file("{\"sources\": {\"srv\": {" + std::string(content) + "}}}");
+        const support::ScratchFile file("{\"sources\": {\"srv\": {" + std::string(content) + "}}}");
         ASSERT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
         plant = std::make_unique<SimulatedPlant>(std::move(definition), clock);
         AdvanceTo(1);
@@ -39,31 +39,31 @@ class SimulatedPlantTest : public testing::Test {
     std::vector<std::string> Events() { return std::exchange(connection.events, {}); }
     std::vector<std::string> Answers() { return std::exchange(window.answers, {}); }
     std::string Value(std::string_view name) {
-        const CVal& value = connection.GetVarVal(name)->Value();
-        return Describe(value) + "@" + std::to_string(value.GetTime());
+        const value::CVal& value = connection.GetVarVal(name)->Value();
+        return support::Describe(value) + "@" + std::to_string(value.GetTime());
     }
 
-    void Read(ValueKind kind, std::int64_t from, std::int64_t to, CArchiveValueList* into = nullptr,
-              std::string_view variable = "V") {
+    void Read(value::ValueKind kind, std::int64_t from, std::int64_t to,
+              value::CArchiveValueList* into = nullptr, std::string_view variable = "V") {
         connection.AddDataRequest(kind, variable, from, to, into, window);
         connection.MakeDataRequest(kind);
     }
 
-    void Write(ValueKind kind, std::int64_t time, const CVal& value,
+    void Write(value::ValueKind kind, std::int64_t time, const value::CVal& value,
                std::string_view variable = "V") {
         connection.AddReportModifyRequest(kind, variable, time, value);
         connection.MakeDataRequest(kind);
     }
 
-    using Owner = HeardConnection::Owner;
+    using Owner = support::HeardConnection::Owner;
 
-    VirtualClock clock{1710050400};
+    platform::VirtualClock clock{1710050400};
     std::unique_ptr<SimulatedPlant> plant;
     std::int64_t tick = 0;
     Owner owner;
-    HeardWindow window;
-    CArchiveValueList list;
-    HeardConnection connection;
+    support::HeardWindow window;
+    value::CArchiveValueList list;
+    support::HeardConnection connection;
 };
 
 TEST_F(SimulatedPlantTest, ConnectsBeforeTheNextTickWithItsData) {
@@ -95,7 +95,7 @@ TEST_F(SimulatedPlantTest, NeverConnects) {
 
 TEST_F(SimulatedPlantTest, UnknownSourceNeverConnects) {
     Build("");
-    HeardConnection other;
+    support::HeardConnection other;
     EXPECT_TRUE(other.Create(23, "inny", "Kalvex", *plant, nullptr));
     AdvanceTo(1000);
     EXPECT_EQ(other.GetState(), StateDown);
@@ -211,10 +211,10 @@ TEST_F(SimulatedPlantTest, SingleReportRead) {
         "\"latencyTicks\": 10, \"variables\": {\"V\": {\"hour\": [{\"time\": 3600, "
         "\"value\": 1.5, \"status\": 128}]}}");
     AdvanceTo(20);
-    Read(KindHour, 3600, 3600);
-    Read(KindHour, 3601, 3601);
-    Read(KindDay, 3600, 3600);
-    Read(KindHour, 3600, 3600, nullptr, "BRAK");
+    Read(value::KindHour, 3600, 3600);
+    Read(value::KindHour, 3601, 3601);
+    Read(value::KindDay, 3600, 3600);
+    Read(value::KindHour, 3600, 3600, nullptr, "BRAK");
     AdvanceTo(29);
     EXPECT_THAT(Answers(), IsEmpty());
     AdvanceTo(30);
@@ -226,16 +226,16 @@ TEST_F(SimulatedPlantTest, RangeReadHasItsBoundsIncluded) {
         "\"variables\": {\"V\": {\"archive\": [{\"time\": 300, \"value\": 3}, {\"time\": 100, "
         "\"value\": 1}, {\"time\": 200, \"value\": 2}]}}");
     AdvanceTo(20);
-    Read(KindArchive, 100, 200, &list);
+    Read(value::KindArchive, 100, 200, &list);
     AdvanceTo(21);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 [1/0 2/0]"));
-    Read(KindArchive, 400, 500, &list);
+    Read(value::KindArchive, 400, 500, &list);
     AdvanceTo(22);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 []"));
-    Read(KindArchive, 300, 300, &list);
+    Read(value::KindArchive, 300, 300, &list);
     AdvanceTo(23);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 [3/0]"));
-    Read(KindArchive, 300, 100, &list);
+    Read(value::KindArchive, 300, 100, &list);
     AdvanceTo(24);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 []"));
 }
@@ -244,11 +244,11 @@ TEST_F(SimulatedPlantTest, ReadAndWriteErrors) {
     Build("\"variables\": {\"V\": {\"readError\": 8, \"writeError\": 9}}");
     AdvanceTo(20);
     Events();
-    Read(KindHour, 3600, 3600);
-    Write(KindHour, 3600, CVal(1));
-    connection.AddCurrentDataModifyRequest("V", CVal(1));
+    Read(value::KindHour, 3600, 3600);
+    Write(value::KindHour, 3600, value::CVal(1));
+    connection.AddCurrentDataModifyRequest("V", value::CVal(1));
     connection.MakeCurrentDataModifyRequest();
-    Write(KindDay, 3600, CVal(1), "BRAK");
+    Write(value::KindDay, 3600, value::CVal(1), "BRAK");
     AdvanceTo(21);
     EXPECT_THAT(Answers(), ElementsAre("2V 8 /0"));
     EXPECT_THAT(Events(), ElementsAre("report not written 2V 9", "not written V 9",
@@ -260,11 +260,11 @@ TEST_F(SimulatedPlantTest, ReportWriteReplacesOrAdds) {
         "\"latencyTicks\": 5, \"variables\": {\"V\": {\"hour\": [{\"time\": 3600, "
         "\"value\": 1}]}}");
     AdvanceTo(20);
-    CVal value(2);
-    value.SetStatus(Status::Supervisory);
-    Write(KindHour, 3600, value);
-    Write(KindHour, 7200, CVal(3));
-    Read(KindHour, 0, 9000, &list);
+    value::CVal value(2);
+    value.SetStatus(value::Status::Supervisory);
+    Write(value::KindHour, 3600, value);
+    Write(value::KindHour, 7200, value::CVal(3));
+    Read(value::KindHour, 0, 9000, &list);
     AdvanceTo(25);
     EXPECT_THAT(Answers(), ElementsAre("2V 0 [2/32768 3/0]"));
     EXPECT_EQ(list.Get(0)->GetTime(), 3600);
@@ -273,14 +273,14 @@ TEST_F(SimulatedPlantTest, ReportWriteReplacesOrAdds) {
 TEST_F(SimulatedPlantTest, ArchiveWriteReplacesOrAdds) {
     Build("\"variables\": {\"V\": {\"archive\": [{\"time\": 100, \"value\": 1}]}}");
     AdvanceTo(20);
-    CVal value(2);
+    value::CVal value(2);
     value.SetTime(100);
     list.Add(value);
     value.SetTime(200);
     list.Add(value);
-    connection.AddArchiveModifyRequest("V", list, TIMEW{100}, TIMEW{200});
+    connection.AddArchiveModifyRequest("V", list, value::TIMEW{100}, value::TIMEW{200});
     connection.MakeArchiveModifyRequest();
-    Read(KindArchive, 0, 300, &list);
+    Read(value::KindArchive, 0, 300, &list);
     AdvanceTo(21);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 [2/0 2/0]"));
 }
@@ -290,8 +290,8 @@ TEST_F(SimulatedPlantTest, CurrentWriteIsPublishedAsWritten) {
     Register({"V"});
     AdvanceTo(20);
     Events();
-    CVal value(5.0);
-    value.SetStatus(Status::Supervisory);
+    value::CVal value(5.0);
+    value.SetStatus(value::Status::Supervisory);
     connection.AddCurrentDataModifyRequest("V", value);
     connection.MakeCurrentDataModifyRequest();
     AdvanceTo(29);
@@ -304,20 +304,20 @@ TEST_F(SimulatedPlantTest, CurrentWriteIsPublishedAsWritten) {
 TEST_F(SimulatedPlantTest, InitAndLoadLeaveTheirMarks) {
     Build("\"variables\": {\"V\": {\"day\": [{\"time\": 100, \"value\": 1.5, \"status\": 4}]}}");
     AdvanceTo(20);
-    connection.MakePeriodRequest(PeriodAction::Init, KindDay, "V", 100);
-    connection.MakePeriodRequest(PeriodAction::Init, KindDay, "V", 200);
-    connection.MakePeriodRequest(PeriodAction::Load, KindDay, "V", 300);
-    connection.MakePeriodRequest(PeriodAction::Load, KindDay, "V", 200);
-    connection.MakePeriodRequest(PeriodAction::Calculate, KindDay, "V", 400);
-    connection.MakePeriodRequest(PeriodAction::Update, KindArchive, "V", 100);
-    connection.MakePeriodRequest(PeriodAction::Refresh, KindArchive, "V", 100);
-    connection.MakePeriodRequest(PeriodAction::Init, KindDay, "BRAK", 100);
-    Read(KindDay, 0, 900, &list);
+    connection.MakePeriodRequest(PeriodAction::Init, value::KindDay, "V", 100);
+    connection.MakePeriodRequest(PeriodAction::Init, value::KindDay, "V", 200);
+    connection.MakePeriodRequest(PeriodAction::Load, value::KindDay, "V", 300);
+    connection.MakePeriodRequest(PeriodAction::Load, value::KindDay, "V", 200);
+    connection.MakePeriodRequest(PeriodAction::Calculate, value::KindDay, "V", 400);
+    connection.MakePeriodRequest(PeriodAction::Update, value::KindArchive, "V", 100);
+    connection.MakePeriodRequest(PeriodAction::Refresh, value::KindArchive, "V", 100);
+    connection.MakePeriodRequest(PeriodAction::Init, value::KindDay, "BRAK", 100);
+    Read(value::KindDay, 0, 900, &list);
     AdvanceTo(21);
     EXPECT_THAT(Answers(), ElementsAre("3V 0 [1.50/260 0.00/384 0.00/128]"));
     EXPECT_EQ(list.Get(1)->GetTime(), 200);
     EXPECT_EQ(list.Get(1)->GetType(), ValueType::Double);
-    Read(KindArchive, 0, 900, &list);
+    Read(value::KindArchive, 0, 900, &list);
     AdvanceTo(22);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 []"));
 }
@@ -328,13 +328,13 @@ TEST_F(SimulatedPlantTest, OutageOvertakesWhatIsOutstanding) {
         "\"variables\": {\"V\": {\"hour\": [{\"time\": 3600, \"value\": 1}]}}");
     AdvanceTo(20);
     Events();
-    Read(KindHour, 3600, 3600);
-    Write(KindHour, 3600, CVal(2));
+    Read(value::KindHour, 3600, 3600);
+    Write(value::KindHour, 3600, value::CVal(2));
     AdvanceTo(30);
     EXPECT_THAT(Answers(), ElementsAre("2V 1 /0"));
     EXPECT_THAT(Events(), ElementsAre("disconnect 4104", "report not written 2V 1"));
     AdvanceTo(50);
-    Read(KindHour, 3600, 3600);
+    Read(value::KindHour, 3600, 3600);
     AdvanceTo(60);
     EXPECT_THAT(Answers(), ElementsAre("2V 0 1/0"));
 }
@@ -358,7 +358,7 @@ TEST_F(SimulatedPlantTest, ReportChangesReachAConnectedClient) {
 TEST_F(SimulatedPlantTest, NothingComesWithinTheCallEvenWithoutLatency) {
     Build("\"latencyTicks\": 0, \"variables\": {\"V\": {}}");
     AdvanceTo(20);
-    Read(KindHour, 1, 1);
+    Read(value::KindHour, 1, 1);
     EXPECT_THAT(Answers(), IsEmpty());
     AdvanceTo(21);
     EXPECT_THAT(Answers(), ElementsAre("2V 1 /0"));
@@ -382,9 +382,9 @@ TEST_F(SimulatedPlantTest, LoginAnewBreaksAndComesBack) {
 }
 
 TEST(SimulatedPlantJournalTest, StampsTheCalls) {
-    InProcessNetwork network;
+    support::InProcessNetwork network;
     TickJournal journal;
-    HeardConnection connection;
+    support::HeardConnection connection;
     connection.Create(23, "srv", "Kalvex", network, &journal);
     journal.SetTick(5);
     connection.Subscribe();
@@ -397,4 +397,4 @@ TEST(SimulatedPlantJournalTest, StampsTheCalls) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -3,14 +3,14 @@
 #include "support/hand_server.h"
 #include "vantrel/SourceList.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 namespace {
 
 using testing::ElementsAre;
 
 class HandSourceList final : public CSourceList {
   public:
-    explicit HandSourceList(InProcessNetwork& network) : m_network(network) {}
+    explicit HandSourceList(support::InProcessNetwork& network) : m_network(network) {}
 
     std::vector<std::string> made;
 
@@ -18,20 +18,20 @@ class HandSourceList final : public CSourceList {
     std::unique_ptr<CClientConnection> CreateConnection(std::string_view name) override {
         made.emplace_back(name);
         if (name == "nie") return nullptr;
-        auto connection = std::make_unique<HeardConnection>();
+        auto connection = std::make_unique<support::HeardConnection>();
         connection->Create(23, name, "Kalvex", m_network, nullptr);
         return connection;
     }
 
   private:
-    InProcessNetwork& m_network;
+    support::InProcessNetwork& m_network;
 };
 
 class SourceListTest : public testing::Test {
   protected:
-    InProcessNetwork network;
-    HandServer first;
-    HandServer second;
+    support::InProcessNetwork network;
+    support::HandServer first;
+    support::HandServer second;
     HandSourceList list{network};
 };
 
@@ -96,4 +96,4 @@ TEST_F(SourceListTest, AllConnectionsAreCheckedAndLoggedIn) {
 }
 
 }  // namespace
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

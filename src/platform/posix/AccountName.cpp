@@ -9,7 +9,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 std::string AccountName() {
     std::vector<char> buffer(1024);
@@ -18,11 +18,11 @@ std::string AccountName() {
     while (getpwuid_r(geteuid(), &record, buffer.data(), buffer.size(), &found) == ERANGE) {
         buffer.resize(buffer.size() * 2);
     }
-    return found == nullptr ? std::to_string(geteuid()) : FromUtf8(found->pw_name);
+    return found == nullptr ? std::to_string(geteuid()) : text::FromUtf8(found->pw_name);
 }
 
 bool HasSystemGroup(const std::string& name) {
     return getgrnam(name.c_str()) != nullptr;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

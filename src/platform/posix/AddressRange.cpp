@@ -9,7 +9,7 @@
 
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -47,7 +47,7 @@ std::optional<Range> ParseRange(std::string_view text) {
     if (!address) return std::nullopt;
     if (slash == std::string_view::npos) return Range{*address, address->bits};
     const std::string_view digits = text.substr(slash + 1);
-    const auto prefix = ReadWholeNumber<int>(digits);
+    const auto prefix = text::ReadWholeNumber<int>(digits);
     if (!prefix || *prefix < 0 || *prefix > address->bits) return std::nullopt;
     return Range{*address, *prefix};
 }
@@ -70,4 +70,4 @@ bool IsInRange(std::string_view address, std::string_view range) {
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

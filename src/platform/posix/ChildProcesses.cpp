@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <csignal>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -78,4 +78,4 @@ void ReapChildren() {
     } while (g_requests.fetch_sub(served) != served);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

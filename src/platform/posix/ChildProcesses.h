@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 struct ChildProcess {
     static constexpr int kRunning = -1;
@@ -29,4 +29,4 @@ void ReleaseChild(ChildProcess* child);
 // Brings the records up to date. Any thread, signal handlers too.
 void ReapChildren();
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

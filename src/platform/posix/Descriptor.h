@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class Descriptor {
   public:
@@ -26,4 +26,4 @@ class Descriptor {
     int m_fd;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

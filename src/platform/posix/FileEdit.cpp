@@ -14,7 +14,7 @@
 #include "platform/Files.h"
 #include "platform/posix/Descriptor.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool EditWholeFile(const std::string& path, const std::function<bool(std::string
     return ::fsync(folder.Get()) == 0 || Fail(error);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 bool FileLock::Acquire(const std::string& path, bool& taken, std::string& error) {
     Release();
@@ -25,4 +25,4 @@ void FileLock::Release() {
     m_fd = -1;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -9,7 +9,7 @@
 
 #include "platform/Files.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -54,4 +54,4 @@ bool PosixFileStore::Create(const std::string& path, std::string_view content) {
     return written && closed;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

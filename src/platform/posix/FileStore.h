@@ -2,7 +2,7 @@
 
 #include "platform/FileStore.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class PosixFileStore final : public FileStore {
   public:
@@ -11,4 +11,4 @@ class PosixFileStore final : public FileStore {
     bool Create(const std::string& path, std::string_view content) override;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -9,7 +9,7 @@
 
 #include "platform/posix/Descriptor.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -67,4 +67,4 @@ bool MakePrivateFile(const std::string& path, std::string& error) {
     return file.Get() >= 0 || Fail(error);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -15,7 +15,7 @@
 #include "platform/Threads.h"
 #include "platform/posix/LocalListener.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -253,4 +253,4 @@ const std::string& HttpEndpoint::GetAddress() const {
     return m_pImpl->GetAddress();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

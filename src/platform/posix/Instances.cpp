@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 bool FileInstances::Take(const std::string& file, std::string& error) {
     const std::filesystem::path path = std::filesystem::path(m_strFolder) / file;
@@ -25,4 +25,4 @@ bool FileInstances::LockInstance(std::string_view name, int instance, std::strin
     return Take(std::string(name) + '.' + std::to_string(instance) + ".lock", error);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

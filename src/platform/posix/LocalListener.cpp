@@ -13,7 +13,7 @@
 #include "platform/Translator.h"
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -26,7 +26,7 @@ struct PortAddress {
 };
 
 bool ReadPort(std::string_view text, in_port_t& port) {
-    const auto number = ReadWholeNumber<std::uint16_t>(text);
+    const auto number = text::ReadWholeNumber<std::uint16_t>(text);
     port = htons(number.value_or(0));
     return number.has_value();
 }
@@ -122,4 +122,4 @@ bool LocalListener::ListenOnPort(const std::string& address, std::string& error)
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -5,7 +5,7 @@
 
 #include "platform/posix/Descriptor.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class LocalListener {
   public:
@@ -31,4 +31,4 @@ class LocalListener {
     std::string m_strFile;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

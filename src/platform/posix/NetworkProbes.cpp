@@ -12,7 +12,7 @@
 #include "platform/posix/Ping.h"
 #include "platform/posix/Resolve.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -28,7 +28,7 @@ PosixNetworkProbes::~PosixNetworkProbes() {
 
 std::thread PosixNetworkProbes::StartThread(const ThreadIdentity& identity,
                                             std::function<void()> work) {
-    return kalvex::StartThread(identity, std::move(work));
+    return platform::StartThread(identity, std::move(work));
 }
 
 int PosixNetworkProbes::Ping(const std::string& address, std::uint32_t timeoutMilliseconds) {
@@ -61,4 +61,4 @@ void PosixNetworkProbes::Pause(std::uint32_t milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 
 #include "platform/NetworkProbes.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // An echo goes out through an ICMP datagram socket, or through a raw one where the system refuses
 // that; FTP is spoken by libcurl.
@@ -26,4 +26,4 @@ class PosixNetworkProbes final : public NetworkProbes {
     bool m_fFtpReady = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -17,7 +17,7 @@
 
 #include "platform/NetworkProbes.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -246,4 +246,4 @@ int PingHost(const sockaddr_in& host, std::uint32_t timeoutMilliseconds) {
     return socket.IsOpen() ? socket.Exchange(host, timeoutMilliseconds) : PingNoPermission;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

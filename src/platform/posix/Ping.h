@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // An echo request with 32 bytes of data that count up from 32, and a right checksum.
 std::vector<std::uint8_t> MakeEchoRequest(std::uint16_t identifier, std::uint16_t sequence);
@@ -31,4 +31,4 @@ EchoReading ReadRawPacket(std::span<const std::uint8_t> packet, std::uint16_t id
 // The round-trip time in milliseconds, or a PingResult.
 int PingHost(const sockaddr_in& host, std::uint32_t timeoutMilliseconds);
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -104,4 +104,4 @@ void PosixMainLoop::Run() {
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

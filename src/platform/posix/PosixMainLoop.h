@@ -12,7 +12,7 @@
 
 #include "platform/MainLoop.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class PosixMainLoop final : public MainLoop {
   public:
@@ -61,4 +61,4 @@ class PosixMainLoop final : public MainLoop {
     PostedWork m_work;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 std::uint64_t ResidentBytes() {
     std::ifstream file("/proc/self/statm");
@@ -14,4 +14,4 @@ std::uint64_t ResidentBytes() {
     return residentPages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

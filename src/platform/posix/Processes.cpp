@@ -20,7 +20,7 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -223,4 +223,4 @@ void PosixProcesses::WaitSecond() {
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

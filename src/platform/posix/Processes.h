@@ -10,7 +10,7 @@
 
 #include "platform/Processes.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 struct ChildProcess;
 
@@ -49,4 +49,4 @@ class PosixProcesses final : public Processes {
     int m_nLastId = 0;              // the greatest one given so far
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 std::optional<sockaddr_in> ResolveHost(const std::string& address, std::string& error) {
     sockaddr_in host{};
@@ -27,4 +27,4 @@ std::optional<sockaddr_in> ResolveHost(const std::string& address, std::string& 
     return host;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

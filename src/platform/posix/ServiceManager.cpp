@@ -11,7 +11,7 @@
 
 #include "text/WholeNumber.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -42,9 +42,9 @@ std::string StatusLine(std::string_view status) {
 
 ServiceManager::ServiceManager() : m_strAddress(ReadAddress(TakeFromEnvironment("NOTIFY_SOCKET"))) {
     const std::optional<std::int64_t> process =
-        ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_PID"));
+        text::ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_PID"));
     const std::optional<std::int64_t> patience =
-        ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_USEC"));
+        text::ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_USEC"));
     if (m_strAddress.empty()) return;
     m_fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const timeval second{1, 0};
@@ -87,4 +87,4 @@ void ServiceManager::Send(const std::string& text, int flags) {
              reinterpret_cast<const sockaddr*>(&address), length);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

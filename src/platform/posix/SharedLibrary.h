@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 // Stays loaded until the end of the process.
 class CSharedLibrary {
@@ -28,4 +28,4 @@ class CSharedLibrary {
     bool m_fComplete;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

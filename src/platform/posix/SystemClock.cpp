@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 std::int64_t SystemClock::Now() const {
     return std::time(nullptr);
@@ -13,4 +13,4 @@ bool SystemClock::SetSystemTime(std::int64_t seconds) {
     return clock_settime(CLOCK_REALTIME, &when) == 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

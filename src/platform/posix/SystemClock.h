@@ -2,7 +2,7 @@
 
 #include "platform/Clock.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 class SystemClock final : public Clock {
   public:
@@ -10,4 +10,4 @@ class SystemClock final : public Clock {
     bool SetSystemTime(std::int64_t seconds) override;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

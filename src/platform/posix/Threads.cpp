@@ -6,7 +6,7 @@
 #include <string>
 #include <system_error>
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::thread StartThread(const ThreadIdentity& identity, std::function<void()> wo
     }
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

@@ -12,7 +12,7 @@
 
 #include "platform/posix/SharedLibrary.h"
 
-namespace kalvex {
+namespace kalvex::platform {
 
 namespace {
 
@@ -178,4 +178,4 @@ int RequestWindowClose(pid_t pid) {
     return xcb == nullptr ? 0 : CDisplay(*xcb).RequestClose(pid);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::platform

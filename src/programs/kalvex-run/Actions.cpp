@@ -8,20 +8,20 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
 void SetValue(CRunScript& script, const Action& action) {
-    CVariable* variable = script.Document().Variables().Find(action.variable);
+    operands::CVariable* variable = script.Document().Variables().Find(action.variable);
     if (variable == nullptr) {
         fmt::print(stderr, "kalvex-run: tick {}: {} has no variable {} to set\n", action.atTick,
-                   ToUtf8(script.Document().GetPathName()), ToUtf8(action.variable));
+                   text::ToUtf8(script.Document().GetPathName()), text::ToUtf8(action.variable));
         return;
     }
-    CVal value = StoredValue(*variable, KindCurrent);
-    ApplyOperatorText(value, action.text);
-    variable->SetValue(value, KindCurrent);
+    value::CVal value = StoredValue(*variable, value::KindCurrent);
+    value::ApplyOperatorText(value, action.text);
+    variable->SetValue(value, value::KindCurrent);
 }
 
 constexpr ActionRow kRows[] = {
@@ -43,11 +43,12 @@ const ActionRow* FindRow(std::string_view name) {
     return row == std::end(kRows) ? nullptr : row;
 }
 
-bool ReadAction(CJsonFile& file, const JsonNode& node, std::size_t scriptCount, Action& action) {
+bool ReadAction(platform::CJsonFile& file, const platform::JsonNode& node, std::size_t scriptCount,
+                Action& action) {
     std::int64_t script = 0;
     std::int64_t line = 0;
     std::string name;
-    if (!file.Expect(node, JsonNode::Type::Object, "an action must be an object") ||
+    if (!file.Expect(node, platform::JsonNode::Type::Object, "an action must be an object") ||
         !file.GetInteger(node, "atTick", {.least = 1}, action.atTick) ||
         !file.GetInteger(node, "script", {.least = 0}, script) || !file.GetText(node, "do", name)) {
         return false;
@@ -71,8 +72,8 @@ bool ReadAction(CJsonFile& file, const JsonNode& node, std::size_t scriptCount, 
             !file.GetText(node, "text", action.text)) {
             return false;
         }
-        action.variable = FromUtf8(action.variable);
-        action.text = FromUtf8(action.text);
+        action.variable = text::FromUtf8(action.variable);
+        action.text = text::FromUtf8(action.text);
     }
     return true;
 }
@@ -81,13 +82,13 @@ bool ReadAction(CJsonFile& file, const JsonNode& node, std::size_t scriptCount, 
 
 bool ReadActions(const std::string& path, std::size_t scriptCount, std::vector<Action>& actions,
                  std::string& fault) {
-    CJsonFile file(path);
-    JsonNode root;
-    bool good =
-        file.Read(root) && file.Expect(root, JsonNode::Type::Array, "the actions must be an array");
+    platform::CJsonFile file(path);
+    platform::JsonNode root;
+    bool good = file.Read(root) &&
+                file.Expect(root, platform::JsonNode::Type::Array, "the actions must be an array");
     std::int64_t reached = 0;
     for (std::size_t i = 0; good && i < root.items.size(); ++i) {
-        const JsonNode& node = root.items[i];
+        const platform::JsonNode& node = root.items[i];
         Action action;
         good = ReadAction(file, node, scriptCount, action);
         if (good && action.atTick < reached) {
@@ -102,4 +103,4 @@ bool ReadActions(const std::string& path, std::size_t scriptCount, std::vector<A
     return good;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

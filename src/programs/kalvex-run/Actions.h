@@ -7,7 +7,7 @@
 
 #include "programs/kalvex-run/RunScript.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 struct Action;
 
@@ -33,4 +33,4 @@ struct Action {
 bool ReadActions(const std::string& path, std::size_t scriptCount, std::vector<Action>& actions,
                  std::string& fault);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

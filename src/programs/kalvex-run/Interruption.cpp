@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
@@ -21,4 +21,4 @@ bool IsInterrupted() {
     return g_bInterrupted != 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

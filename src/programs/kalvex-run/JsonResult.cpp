@@ -8,78 +8,80 @@
 #include "value/Status.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json ContentJson(const CVal& value) {
-    if (value.IsText()) return ToUtf8(value.Text());
-    if (ValueType::IsInteger(value.GetType())) return value.Integer();
-    if (value.GetType() == ValueType::Double && std::isfinite(value.Real())) return value.Real();
+Json ContentJson(const value::CVal& value) {
+    if (value.IsText()) return text::ToUtf8(value.Text());
+    if (value::ValueType::IsInteger(value.GetType())) return value.Integer();
+    if (value.GetType() == value::ValueType::Double && std::isfinite(value.Real()))
+        return value.Real();
     return nullptr;
 }
 
-Json SlotsJson(CVariable& variable) {
+Json SlotsJson(operands::CVariable& variable) {
     Json slots = Json::object();
-    for (const ValueKindRow& row : ValueKinds()) {
-        if (row.kind == KindArchive) continue;
+    for (const value::ValueKindRow& row : value::ValueKinds()) {
+        if (row.kind == value::KindArchive) continue;
         slots[std::string(row.suffix)] = CellJson(StoredValue(variable, row.kind));
     }
     return slots;
 }
 
-using AddFields = void (*)(CVariable&, Json&);
+using AddFields = void (*)(operands::CVariable&, Json&);
 
 struct KindRow {
-    VariableKind kind;
+    operands::VariableKind kind;
     const char* name;
     AddFields addFields;
 };
 
-void AddSlots(CVariable& variable, Json& record) {
+void AddSlots(operands::CVariable& variable, Json& record) {
     record["slots"] = SlotsJson(variable);
 }
 
-void AddTarget(CVariable& variable, Json& record) {
-    record["target"] = ToUtf8(static_cast<CVariablePointer&>(variable).GetTargetName());
+void AddTarget(operands::CVariable& variable, Json& record) {
+    record["target"] =
+        text::ToUtf8(static_cast<operands::CVariablePointer&>(variable).GetTargetName());
 }
 
-void AddElements(CVariable& variable, Json& record) {
-    const auto& list = static_cast<const CVariableList&>(variable);
+void AddElements(operands::CVariable& variable, Json& record) {
+    const auto& list = static_cast<const operands::CVariableList&>(variable);
     record["iterator"] = list.GetIterator();
     Json& elements = record["elements"] = Json::array();
-    for (const CVal& element : list.Elements()) elements.push_back(CellJson(element));
+    for (const value::CVal& element : list.Elements()) elements.push_back(CellJson(element));
 }
 
-void AddRemote(CVariable& variable, Json& record) {
+void AddRemote(operands::CVariable& variable, Json& record) {
     AddSlots(variable, record);
     AddRemoteFields(*variable.GetSourceRecord(), record);
 }
 
-constexpr KindRow kKinds[] = {{VariableLocal, "LOCAL", AddSlots},
-                              {VariablePointer, "POINTER", AddTarget},
-                              {VariableList, "LIST", AddElements},
-                              {VariableRemote, "REMOTE", AddRemote}};
+constexpr KindRow kKinds[] = {{operands::VariableLocal, "LOCAL", AddSlots},
+                              {operands::VariablePointer, "POINTER", AddTarget},
+                              {operands::VariableList, "LIST", AddElements},
+                              {operands::VariableRemote, "REMOTE", AddRemote}};
 
-Json WaitLinesJson(const CKalvexDoc& document) {
+Json WaitLinesJson(const engine::CKalvexDoc& document) {
     Json lines = Json::array();
     for (const auto& [key, record] : document.State().m_mapWaitFor) lines.push_back(record.nLine);
     return lines;
 }
 
-Json TextJson(const CScriptText& text) {
+Json TextJson(const engine::CScriptText& text) {
     Json lines = Json::array();
-    for (int n = 0; n < text.GetLineCount(); ++n) lines.push_back(ToUtf8(text.GetLine(n)));
+    for (int n = 0; n < text.GetLineCount(); ++n) lines.push_back(text::ToUtf8(text.GetLine(n)));
     return lines;
 }
 
 Json ScriptJson(const CRunScript& script, bool lines) {
-    const CKalvexDoc& document = script.Document();
-    const CRunState& state = document.State();
-    const ErrorSlot& error = document.LastError();
-    Json record = {{"path", ToUtf8(document.GetPathName())},
+    const engine::CKalvexDoc& document = script.Document();
+    const engine::CRunState& state = document.State();
+    const operands::ErrorSlot& error = document.LastError();
+    Json record = {{"path", text::ToUtf8(document.GetPathName())},
                    {"started", script.IsStarted()},
                    {"running", state.m_bRunning},
                    {"paused", state.m_bPaused},
@@ -91,13 +93,13 @@ Json ScriptJson(const CRunScript& script, bool lines) {
                    {"lineCount", document.GetLineCount()},
                    {"priority", state.m_nPriority},
                    {"errorCode", error.m_nErrorCode},
-                   {"errorText", ToUtf8(error.m_strErrorText)},
-                   {"errorMessage", ToUtf8(document.GetErrorMessage(error.m_nErrorCode))},
+                   {"errorText", text::ToUtf8(error.m_strErrorText)},
+                   {"errorMessage", text::ToUtf8(document.GetErrorMessage(error.m_nErrorCode))},
                    {"ignoreUnknown", state.m_bIgnoreUnknown},
                    {"callDepth", state.m_lstCallStack.size()},
                    {"waitLines", WaitLinesJson(document)}};
     Json& variables = record["variables"] = Json::array();
-    for (const std::unique_ptr<CVariable>& variable : document.Variables()) {
+    for (const std::unique_ptr<operands::CVariable>& variable : document.Variables()) {
         variables.push_back(VariableJson(*variable));
     }
     if (lines) record["lines"] = TextJson(document.Text());
@@ -106,17 +108,17 @@ Json ScriptJson(const CRunScript& script, bool lines) {
 
 }  // namespace
 
-Json CellJson(const CVal& value) {
+Json CellJson(const value::CVal& value) {
     return {{"type", value.GetType()},
             {"status", value.GetStatus()},
             {"time", value.GetTime()},
             {"value", ContentJson(value)},
-            {"text", ToUtf8(ValueToText(value))}};
+            {"text", text::ToUtf8(value::ValueToText(value))}};
 }
 
-Json VariableJson(CVariable& variable) {
+Json VariableJson(operands::CVariable& variable) {
     const KindRow& row = *std::ranges::find(kKinds, variable.GetKind(), &KindRow::kind);
-    Json record = {{"name", ToUtf8(variable.GetName())}, {"kind", row.name}};
+    Json record = {{"name", text::ToUtf8(variable.GetName())}, {"kind", row.name}};
     row.addFields(variable, record);
     return record;
 }
@@ -138,4 +140,4 @@ std::string JsonResult(const CRunner& runner, bool lines) {
     return result.dump() + '\n';
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

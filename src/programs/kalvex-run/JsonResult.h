@@ -8,15 +8,15 @@
 #include "programs/kalvex-run/Runner.h"
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 // One object and a line end. `lines` adds the text of each script.
 std::string JsonResult(const CRunner& runner, bool lines);
 
 // type, status, time, value, text
-nlohmann::ordered_json CellJson(const CVal& value);
+nlohmann::ordered_json CellJson(const value::CVal& value);
 
 // What a variable is and holds.
-nlohmann::ordered_json VariableJson(CVariable& variable);
+nlohmann::ordered_json VariableJson(operands::CVariable& variable);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

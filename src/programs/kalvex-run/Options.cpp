@@ -10,7 +10,7 @@
 #include "text/WholeNumber.h"
 #include "value/LocalTimeText.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
@@ -39,7 +39,7 @@ class UsageFormatter final : public CLI::Formatter {
 void AddNumber(CLI::App& app, const std::string& name, std::int64_t least, std::int64_t greatest,
                std::int64_t& out, const std::string& help) {
     const auto take = [=, &out](const std::string& text) {
-        const auto number = ReadWholeNumber<std::int64_t>(text);
+        const auto number = text::ReadWholeNumber<std::int64_t>(text);
         if (number && *number >= least && *number <= greatest) {
             out = *number;
             return;
@@ -55,7 +55,7 @@ void AddNumber(CLI::App& app, const std::string& name, std::int64_t least, std::
 
 void AddClock(CLI::App& app, RunOptions& options) {
     const auto take = [&options](const std::string& text) {
-        options.clock = ParseLocalTime(text);
+        options.clock = value::ParseLocalTime(text);
         if (options.clock) return;
         throw CLI::ValidationError(
             "--clock", fmt::format("\"{}\" is not a time \"YYYY-MM-DD HH:MM:SS\"", text));
@@ -69,8 +69,9 @@ void AddClock(CLI::App& app, RunOptions& options) {
 void AddUser(CLI::App& app, RunOptions& options) {
     const auto take = [&options](const std::string& text) {
         const std::size_t colon = text.find(':');
-        options.userName = FromUtf8(text.substr(0, colon));
-        if (colon != std::string::npos) options.userDescription = FromUtf8(text.substr(colon + 1));
+        options.userName = text::FromUtf8(text.substr(0, colon));
+        if (colon != std::string::npos)
+            options.userDescription = text::FromUtf8(text.substr(colon + 1));
         if (options.userName.empty()) {
             throw CLI::ValidationError("--user", fmt::format("\"{}\" names nobody", text));
         }
@@ -94,7 +95,7 @@ std::string FirstUnknown(const CLI::App& app) {
 }
 
 CommandLine Refuse(const std::string& reason) {
-    return {{}, ExitRefused, "kalvex-run: " + reason + "\n"};
+    return {{}, programs::ExitRefused, "kalvex-run: " + reason + "\n"};
 }
 
 }  // namespace
@@ -155,4 +156,4 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     return line;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

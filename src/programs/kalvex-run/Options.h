@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvex {
+namespace kalvex::run {
 
 // File names are as given; the user's texts are Windows-1250.
 struct RunOptions {
@@ -34,4 +34,4 @@ struct CommandLine {
 // `arguments` without the name of the program.
 CommandLine ParseCommandLine(std::vector<std::string> arguments);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -2,29 +2,30 @@
 
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
 constexpr std::int64_t kCheckPeriod = 1'000;  // milliseconds
 
-std::vector<std::string> SourceNamesOf(const PlantDefinition& plant) {
+std::vector<std::string> SourceNamesOf(const vantrel::PlantDefinition& plant) {
     std::vector<std::string> names;
-    for (const PlantSource& source : plant.sources) names.push_back(source.name);
+    for (const vantrel::PlantSource& source : plant.sources) names.push_back(source.name);
     return names;
 }
 
 }  // namespace
 
-CRunPlant::CRunPlant(PlantDefinition plant, const Clock& clock)
+CRunPlant::CRunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock)
     : m_arrNames(SourceNamesOf(plant)), m_plant(std::move(plant), clock) {}
 
-CRunNetwork::CRunNetwork(NetworkClientSettings settings, LogSink& log, const Translator& translator)
+CRunNetwork::CRunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
+                         const platform::Translator& translator)
     : m_clock(settings.clock),
       m_tNextCheck(m_clock() + kCheckPeriod),
       m_client(std::move(settings), m_loop, log, translator) {}
 
-void CRunNetwork::BeginTick(std::int64_t, CSourceList& sources) {
+void CRunNetwork::BeginTick(std::int64_t, vantrel::CSourceList& sources) {
     m_loop.Run();
     const std::int64_t now = m_clock();
     if (now < m_tNextCheck) return;
@@ -33,4 +34,4 @@ void CRunNetwork::BeginTick(std::int64_t, CSourceList& sources) {
     sources.CheckConnections();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

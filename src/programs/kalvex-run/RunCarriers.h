@@ -13,32 +13,32 @@
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/plant/SimulatedPlant.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 class RunCarrier {
   public:
     virtual ~RunCarrier() = default;
 
-    virtual TransportFactory& Transports() = 0;
+    virtual vantrel::TransportFactory& Transports() = 0;
     // That are known without a script naming them.
     virtual const std::vector<std::string>& SourceNames() const = 0;
     // Before the tick's actions and its first line: delivers what is there for the sources, and
     // does their periodic work when it is due.
-    virtual void BeginTick(std::int64_t tick, CSourceList& sources) = 0;
+    virtual void BeginTick(std::int64_t tick, vantrel::CSourceList& sources) = 0;
 };
 
 // Servers that are simulated by ticks.
 class CRunPlant final : public RunCarrier {
   public:
-    CRunPlant(PlantDefinition plant, const Clock& clock);
+    CRunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock);
 
-    TransportFactory& Transports() override { return m_plant; }
+    vantrel::TransportFactory& Transports() override { return m_plant; }
     const std::vector<std::string>& SourceNames() const override { return m_arrNames; }
-    void BeginTick(std::int64_t tick, CSourceList&) override { m_plant.AdvanceTo(tick); }
+    void BeginTick(std::int64_t tick, vantrel::CSourceList&) override { m_plant.AdvanceTo(tick); }
 
   private:
     std::vector<std::string> m_arrNames;
-    SimulatedPlant m_plant;
+    vantrel::SimulatedPlant m_plant;
 };
 
 // Servers of the network. Their time is that of the settings' clock, whatever clock the scripts
@@ -46,18 +46,19 @@ class CRunPlant final : public RunCarrier {
 class CRunNetwork final : public RunCarrier {
   public:
     // Log and translator outlive it.
-    CRunNetwork(NetworkClientSettings settings, LogSink& log, const Translator& translator);
+    CRunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
+                const platform::Translator& translator);
 
-    TransportFactory& Transports() override { return m_client; }
+    vantrel::TransportFactory& Transports() override { return m_client; }
     const std::vector<std::string>& SourceNames() const override { return m_arrNames; }
-    void BeginTick(std::int64_t tick, CSourceList& sources) override;
+    void BeginTick(std::int64_t tick, vantrel::CSourceList& sources) override;
 
   private:
     const std::vector<std::string> m_arrNames;
-    SteadyClock m_clock;
+    vantrel::SteadyClock m_clock;
     std::int64_t m_tNextCheck = 0;
-    PostedWork m_loop;
-    NetworkClient m_client;
+    platform::PostedWork m_loop;
+    vantrel::NetworkClient m_client;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -5,18 +5,19 @@
 #include "text/CodePage.h"
 #include "value/LocalTimeText.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 void CRunLog::Log(std::string_view text, int level) {
     if (level > m_nLevel) return;
     const std::int64_t now = m_clock.Now();
     if (m_pOut == nullptr) {
-        m_arrEntries.push_back({now, level, ToUtf8(text)});
+        m_arrEntries.push_back({now, level, text::ToUtf8(text)});
         return;
     }
-    const std::string line = fmt::format("{} {}\n", FormatLocalTime(now), ToUtf8(text));
+    const std::string line =
+        fmt::format("{} {}\n", value::FormatLocalTime(now), text::ToUtf8(text));
     std::fwrite(line.data(), 1, line.size(), m_pOut);
     std::fflush(m_pOut);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

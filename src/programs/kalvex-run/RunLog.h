@@ -10,7 +10,7 @@
 #include "platform/Clock.h"
 #include "platform/LogSink.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 struct LogEntry {
     std::int64_t time;  // seconds since 1970 GMT
@@ -18,11 +18,11 @@ struct LogEntry {
     std::string text;  // UTF-8
 };
 
-class CRunLog final : public LogSink {
+class CRunLog final : public platform::LogSink {
   public:
     // Lines above `level` are dropped. With `out` (not owned) each line is printed there at once
     // and not kept.
-    CRunLog(const Clock& clock, int level, std::FILE* out)
+    CRunLog(const platform::Clock& clock, int level, std::FILE* out)
         : m_clock(clock), m_nLevel(level), m_pOut(out) {}
 
     void Log(std::string_view text, int level) override;
@@ -30,10 +30,10 @@ class CRunLog final : public LogSink {
     const std::vector<LogEntry>& Entries() const { return m_arrEntries; }
 
   private:
-    const Clock& m_clock;
+    const platform::Clock& m_clock;
     int m_nLevel;
     std::FILE* m_pOut;
     std::vector<LogEntry> m_arrEntries;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -7,7 +7,7 @@
 #include "platform/Files.h"
 #include "platform/IniProfile.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 CRunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir) {
     CRunProfile settings;
@@ -15,25 +15,25 @@ CRunProfile ReadRunProfile(const RunOptions& options, const std::string& working
     if (options.profile) {
         std::string content;
         std::string error;
-        if (!ReadWholeFile(*options.profile, content, error)) {
+        if (!platform::ReadWholeFile(*options.profile, content, error)) {
             settings.fault = *options.profile + ": " + error;
         }
         const std::filesystem::path file = *options.profile;
-        settings.crypt = std::make_unique<CCrypt>((file.parent_path() / kKeyFileName).string(),
-                                                  KeyFile::ReadOnly);
-        IniProfile profile(*options.profile);
-        const Paths paths(workingDir);
-        const CConfigurationStore store(profile, *settings.crypt, paths, false);
-        CConfiguration configuration;
+        settings.crypt = std::make_unique<platform::CCrypt>(
+            (file.parent_path() / app::kKeyFileName).string(), platform::KeyFile::ReadOnly);
+        platform::IniProfile profile(*options.profile);
+        const platform::Paths paths(workingDir);
+        const app::CConfigurationStore store(profile, *settings.crypt, paths, false);
+        app::CConfiguration configuration;
         store.ReadSources(configuration);
         store.ReadLogLevel(configuration);
         settings.sources = std::move(configuration.sources);
-        settings.servers = ReadServerAddresses(profile);
+        settings.servers = app::ReadServerAddresses(profile);
         settings.logLevel = configuration.logLevel;
-        settings.rootFolder = ReadRootFolder(profile, workingDir);
+        settings.rootFolder = app::ReadRootFolder(profile, workingDir);
     }
     settings.logLevel = options.logLevel.value_or(settings.logLevel);
     return settings;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -11,19 +11,20 @@
 #include "sources/ClientInterface.h"
 #include "vantrel/network/Endpoint.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 struct CRunProfile {
-    int logLevel = LogErrors;
+    int logLevel = platform::LogErrors;
     std::string rootFolder;  // of data files; the system's encoding
-    std::vector<CSourceDesc> sources;
-    ServerAddresses servers;        // of the machine's common profile
-    std::unique_ptr<CCrypt> crypt;  // that the sources' passwords are protected by; null without
-    std::string fault;              // why the file cannot be read
+    std::vector<sources::CSourceDesc> sources;
+    vantrel::ServerAddresses servers;  // of the machine's common profile
+    std::unique_ptr<platform::CCrypt>
+        crypt;          // that the sources' passwords are protected by; null without
+    std::string fault;  // why the file cannot be read
 };
 
 // The defaults where the options name no profile; the log level that they give goes before that of
 // the profile.
 CRunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -1,6 +1,6 @@
 #include "programs/kalvex-run/RunScript.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
@@ -8,7 +8,7 @@ constexpr int kReadUnusable = 1;  // the mode of a read
 
 }  // namespace
 
-CRunScript::CRunScript(const DocumentServices& services) : m_document(services) {
+CRunScript::CRunScript(const engine::DocumentServices& services) : m_document(services) {
     m_document.SetView(&m_breakpoints);
 }
 
@@ -27,7 +27,7 @@ void CRunScript::Reset() {
 // A step leaves no error standing, but the order to step has put the reported line out of the text,
 // so it stands on the current line only after a failure.
 void CRunScript::AfterTick() {
-    const CRunState& state = m_document.State();
+    const engine::CRunState& state = m_document.State();
     if (!m_bStepDue || state.m_bStepRequested) return;
     m_bStepFailed =
         state.m_nReportedLine == state.m_nCurrentLine && !m_document.LastError().IsWaiting();
@@ -45,10 +45,10 @@ bool CRunScript::IsStepPending() const {
     return m_document.State().m_bStepRequested && !m_document.State().m_bRunning;
 }
 
-CVal StoredValue(CVariable& variable, ValueKind kind) {
-    CVal value;
+value::CVal StoredValue(operands::CVariable& variable, value::ValueKind kind) {
+    value::CVal value;
     variable.GetValue(value, kind, kReadUnusable);
     return value;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

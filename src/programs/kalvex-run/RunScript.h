@@ -7,10 +7,10 @@
 #include "engine/ScriptDocument.h"
 #include "engine/ScriptView.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 // A view without a window: all that it holds is breakpoints.
-class CBreakpoints final : public CScriptView {
+class CBreakpoints final : public engine::CScriptView {
   public:
     void Toggle(int line) {
         if (m_setLines.erase(line) == 0) m_setLines.insert(line);
@@ -30,10 +30,10 @@ class CBreakpoints final : public CScriptView {
 
 class CRunScript {
   public:
-    explicit CRunScript(const DocumentServices& services);
+    explicit CRunScript(const engine::DocumentServices& services);
 
-    CKalvexDoc& Document() { return m_document; }
-    const CKalvexDoc& Document() const { return m_document; }
+    engine::CKalvexDoc& Document() { return m_document; }
+    const engine::CKalvexDoc& Document() const { return m_document; }
     CBreakpoints& Breakpoints() { return m_breakpoints; }
 
     void Start();
@@ -58,7 +58,7 @@ class CRunScript {
     bool IsStepPending() const;
 
     CBreakpoints m_breakpoints;
-    CKalvexDoc m_document;
+    engine::CKalvexDoc m_document;
     bool m_bStarted = false;
     bool m_bRefused = false;
     bool m_bStepDue = false;
@@ -66,6 +66,6 @@ class CRunScript {
 };
 
 // What the variable holds, whether a script could use it or not; of type None if it holds nothing.
-CVal StoredValue(CVariable& variable, ValueKind kind);
+value::CVal StoredValue(operands::CVariable& variable, value::ValueKind kind);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -6,7 +6,7 @@
 #include "programs/kalvex-run/JsonResult.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
@@ -14,16 +14,16 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kRequestStates[] = {"none", "waiting", "ready", "failed"};
 
-Json CellsJson(const std::vector<CVal>& values) {
+Json CellsJson(const std::vector<value::CVal>& values) {
     Json cells = Json::array();
-    for (const CVal& value : values) cells.push_back(CellJson(value));
+    for (const value::CVal& value : values) cells.push_back(CellJson(value));
     return cells;
 }
 
-Json RequestJson(const TickJournal::Row& row) {
-    const JournalEntry& entry = row.entry;
+Json RequestJson(const vantrel::TickJournal::Row& row) {
+    const vantrel::JournalEntry& entry = row.entry;
     Json record = {{"tick", row.tick}, {"op", entry.operation}};
-    if (entry.variable) record["variable"] = ToUtf8(*entry.variable);
+    if (entry.variable) record["variable"] = text::ToUtf8(*entry.variable);
     if (entry.from) record["from"] = *entry.from;
     if (entry.to) record["to"] = *entry.to;
     if (entry.time) record["time"] = *entry.time;
@@ -37,8 +37,8 @@ Json RequestJson(const TickJournal::Row& row) {
 }  // namespace
 
 CRunSources::CRunSources(std::unique_ptr<RunCarrier> carrier, bool accounted,
-                         const CRunProfile& profile, LogSink& log, const Translator& translator,
-                         const Users& users)
+                         const CRunProfile& profile, platform::LogSink& log,
+                         const platform::Translator& translator, const platform::Users& users)
     : m_pCarrier(std::move(carrier)),
       m_client({log, translator, users, m_pCarrier->Transports(), accounted ? &m_journal : nullptr,
                 profile.sources, profile.crypt.get()}) {}
@@ -48,60 +48,61 @@ void CRunSources::BeginTick(std::int64_t tick) {
     m_pCarrier->BeginTick(tick, m_client.SourceList());
 }
 
-Json CRunSources::SourceJson(const CClientConnection* connection) const {
+Json CRunSources::SourceJson(const vantrel::CClientConnection* connection) const {
     Json requests = Json::array();
     if (connection != nullptr) {
-        for (const TickJournal::Row& row : m_journal.Rows(*connection)) {
+        for (const vantrel::TickJournal::Row& row : m_journal.Rows(*connection)) {
             requests.push_back(RequestJson(row));
         }
     }
-    const bool connected = connection != nullptr && connection->GetState() == StateConnected;
+    const bool connected =
+        connection != nullptr && connection->GetState() == vantrel::StateConnected;
     return {{"connected", connected}, {"requests", std::move(requests)}};
 }
 
 Json CRunSources::Result() const {
-    const CInterfaceSourceList& list = m_client.SourceList();
+    const sources::CInterfaceSourceList& list = m_client.SourceList();
     Json result = Json::object();
     for (const std::string& name : m_pCarrier->SourceNames()) {
-        result[ToUtf8(name)] = SourceJson(list.Get(name));
+        result[text::ToUtf8(name)] = SourceJson(list.Get(name));
     }
     for (const auto& connection : list.Connections()) {
-        Json& source = result[ToUtf8(connection->GetServerName())];
+        Json& source = result[text::ToUtf8(connection->GetServerName())];
         if (source.is_null()) source = SourceJson(connection.get());
     }
     return result;
 }
 
-void AddRemoteFields(CInterfaceObj& link, Json& record) {
-    record["source"] = ToUtf8(link.GetSource());
-    record["variable"] = ToUtf8(link.GetVariable());
+void AddRemoteFields(sources::CInterfaceObj& link, Json& record) {
+    record["source"] = text::ToUtf8(link.GetSource());
+    record["variable"] = text::ToUtf8(link.GetVariable());
     Json& requests = record["requests"] = Json::object();
-    for (const ValueKindRow& row : ValueKinds()) {
-        if (row.kind == KindCurrent) continue;
+    for (const value::ValueKindRow& row : value::ValueKinds()) {
+        if (row.kind == value::KindCurrent) continue;
         requests[std::string(row.suffix)] = kRequestStates[link.GetRequestState(row.kind)];
     }
     Json& archive = record["archive"] = Json::array();
-    const CArchiveValueList& values = link.GetArchValues();
+    const value::CArchiveValueList& values = link.GetArchValues();
     for (std::size_t i = 0; i < values.GetSize(); ++i) archive.push_back(CellJson(*values.Get(i)));
     record["locked"] = link.IsLocked();
     record["ignoreUnknown"] = link.IsIgnoreUnknown();
 }
 
 std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
-                                            const Clock& clock, LogSink& log,
-                                            const Translator& translator, const Users& users,
-                                            std::string& fault) {
+                                            const platform::Clock& clock, platform::LogSink& log,
+                                            const platform::Translator& translator,
+                                            const platform::Users& users, std::string& fault) {
     std::unique_ptr<RunCarrier> carrier;
     if (options.profile && !options.plant) {
-        carrier = std::make_unique<CRunNetwork>(NetworkClientSettings{.addresses = profile.servers},
-                                                log, translator);
+        carrier = std::make_unique<CRunNetwork>(
+            vantrel::NetworkClientSettings{.addresses = profile.servers}, log, translator);
     } else {
-        PlantDefinition plant;
-        if (options.plant && !ReadPlant(*options.plant, plant, fault)) return nullptr;
+        vantrel::PlantDefinition plant;
+        if (options.plant && !vantrel::ReadPlant(*options.plant, plant, fault)) return nullptr;
         carrier = std::make_unique<CRunPlant>(std::move(plant), clock);
     }
     return std::make_unique<CRunSources>(std::move(carrier), options.json, profile, log, translator,
                                          users);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

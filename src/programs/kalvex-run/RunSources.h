@@ -17,16 +17,17 @@
 #include "sources/ClientInterface.h"
 #include "vantrel/plant/TickJournal.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 class CRunSources {
   public:
     // All that is referred to outlives them. Requests are in the result only where account is kept
     // of them, which takes memory for each.
     CRunSources(std::unique_ptr<RunCarrier> carrier, bool accounted, const CRunProfile& profile,
-                LogSink& log, const Translator& translator, const Users& users);
+                platform::LogSink& log, const platform::Translator& translator,
+                const platform::Users& users);
 
-    CScriptSources& ForScripts() { return m_client; }
+    engine::CScriptSources& ForScripts() { return m_client; }
 
     // Before the tick's actions and before its first line.
     void BeginTick(std::int64_t tick);
@@ -36,22 +37,22 @@ class CRunSources {
     nlohmann::ordered_json Result() const;
 
   private:
-    nlohmann::ordered_json SourceJson(const CClientConnection* connection) const;
+    nlohmann::ordered_json SourceJson(const vantrel::CClientConnection* connection) const;
 
     std::unique_ptr<RunCarrier> m_pCarrier;
-    TickJournal m_journal;
-    CClientInterface m_client;
+    vantrel::TickJournal m_journal;
+    sources::CClientInterface m_client;
 };
 
 // What a remote variable's record has beside name, kind and slots.
-void AddRemoteFields(CInterfaceObj& link, nlohmann::ordered_json& record);
+void AddRemoteFields(sources::CInterfaceObj& link, nlohmann::ordered_json& record);
 
 // The sources that the options ask for: those of the plant, or of the network where there is a
 // profile but no plant, or else some that never connect. Null with the reason in `fault` when they
 // cannot be had.
 std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
-                                            const Clock& clock, LogSink& log,
-                                            const Translator& translator, const Users& users,
-                                            std::string& fault);
+                                            const platform::Clock& clock, platform::LogSink& log,
+                                            const platform::Translator& translator,
+                                            const platform::Users& users, std::string& fault);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

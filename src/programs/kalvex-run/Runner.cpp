@@ -10,7 +10,7 @@
 #include "programs/kalvex-run/Interruption.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
@@ -25,14 +25,16 @@ CRunner::CRunner(const RunOptions& options)
     : m_options(options),
       m_strWorkingDir(WorkingDirectory()),
       m_profile(ReadRunProfile(options, m_strWorkingDir)),
-      m_pClock(options.clock ? std::unique_ptr<Clock>(new VirtualClock(*options.clock))
-                             : std::make_unique<SystemClock>()),
-      m_pVirtualClock(options.clock ? static_cast<VirtualClock*>(m_pClock.get()) : nullptr),
+      m_pClock(options.clock
+                   ? std::unique_ptr<platform::Clock>(new platform::VirtualClock(*options.clock))
+                   : std::make_unique<platform::SystemClock>()),
+      m_pVirtualClock(options.clock ? static_cast<platform::VirtualClock*>(m_pClock.get())
+                                    : nullptr),
       m_log(*m_pClock, m_profile.logLevel, options.json ? nullptr : stdout),
       m_users(options),
       m_paths(m_strWorkingDir, m_profile.rootFolder),
-      m_services{{*m_pClock, m_log, m_translator, m_users, m_paths, Functions()},
-                 Statements(),
+      m_services{{*m_pClock, m_log, m_translator, m_users, m_paths, language::Functions()},
+                 language::Statements(),
                  m_questions} {
     m_services.processes = &m_processes;
     m_services.files = &m_files;
@@ -49,7 +51,7 @@ bool CRunner::Open(std::string& fault) {
     m_services.sources = &m_pSources->ForScripts();
     for (const std::string& path : m_options.scripts) {
         CRunScript& script = *m_arrScripts.emplace_back(std::make_unique<CRunScript>(m_services));
-        if (!script.Document().Open(FromUtf8(path), fault)) {
+        if (!script.Document().Open(text::FromUtf8(path), fault)) {
             fault = path + ": " + fault;
             return false;
         }
@@ -97,14 +99,14 @@ void CRunner::RunTick() {
     if (m_pVirtualClock != nullptr) m_pVirtualClock->Advance(m_options.tickMs);
 }
 
-ExitStatus CRunner::GetExitStatus() const {
+programs::ExitStatus CRunner::GetExitStatus() const {
     const auto any = [this](bool (CRunScript::*test)() const) {
         return std::ranges::any_of(m_arrScripts,
                                    [test](const auto& script) { return (*script.*test)(); });
     };
-    if (any(&CRunScript::IsRefused)) return ExitRefused;
-    if (any(&CRunScript::IsFailed)) return ExitFailed;
-    return m_bLimitReached ? ExitLimit : ExitDone;
+    if (any(&CRunScript::IsRefused)) return programs::ExitRefused;
+    if (any(&CRunScript::IsFailed)) return programs::ExitFailed;
+    return m_bLimitReached ? programs::ExitLimit : programs::ExitDone;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -26,7 +26,7 @@
 #include "programs/kalvex-run/RunSources.h"
 #include "programs/kalvex-run/RunUsers.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 class CRunner {
   public:
@@ -38,9 +38,9 @@ class CRunner {
     // Starts the scripts and ticks until they are at rest or the limit comes.
     void Run();
 
-    ExitStatus GetExitStatus() const;
+    programs::ExitStatus GetExitStatus() const;
     std::int64_t GetTicks() const { return m_nTicks; }
-    const Clock& GetClock() const { return *m_pClock; }
+    const platform::Clock& GetClock() const { return *m_pClock; }
     const CRunLog& Log() const { return m_log; }
     const CRunSources& Sources() const { return *m_pSources; }
     const std::vector<std::unique_ptr<CRunScript>>& Scripts() const { return m_arrScripts; }
@@ -53,26 +53,26 @@ class CRunner {
     RunOptions m_options;
     std::string m_strWorkingDir;
     CRunProfile m_profile;
-    std::unique_ptr<Clock> m_pClock;
-    VirtualClock* m_pVirtualClock = nullptr;  // the same clock, when it is a virtual one
+    std::unique_ptr<platform::Clock> m_pClock;
+    platform::VirtualClock* m_pVirtualClock = nullptr;  // the same clock, when it is a virtual one
     CRunLog m_log;
-    Translator m_translator;
+    platform::Translator m_translator;
     CRunUsers m_users;
-    Paths m_paths;
-    CNoAnswers m_questions;
-    PosixProcesses m_processes;
-    PosixFileStore m_files;
-    PosixNetworkProbes m_probes;
+    platform::Paths m_paths;
+    platform::CNoAnswers m_questions;
+    platform::PosixProcesses m_processes;
+    platform::PosixFileStore m_files;
+    platform::PosixNetworkProbes m_probes;
     std::unique_ptr<CRunSources> m_pSources;
-    DocumentServices m_services;
+    engine::DocumentServices m_services;
     std::vector<std::unique_ptr<CRunScript>> m_arrScripts;
-    CTickRunner m_ticker;
+    engine::CTickRunner m_ticker;
     std::vector<Action> m_arrActions;
     std::size_t m_nNextAction = 0;
     std::int64_t m_nTicks = 0;
     bool m_bLimitReached = false;
-    CPace m_pace;
+    app::CPace m_pace;
     std::chrono::steady_clock::time_point m_tBegin;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -11,7 +11,7 @@
 #include "value/Status.h"
 #include "value/ValueText.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 namespace {
 
@@ -28,8 +28,8 @@ std::size_t Width(std::string_view utf8) {
 // Control characters would break the table.
 std::string Printable(std::string_view windows1250) {
     std::string text(windows1250);
-    std::ranges::replace_if(text, IsControl, ' ');
-    return ToUtf8(text);
+    std::ranges::replace_if(text, text::IsControl, ' ');
+    return text::ToUtf8(text);
 }
 
 std::string StatusText(std::uint16_t status) {
@@ -38,7 +38,7 @@ std::string StatusText(std::uint16_t status) {
         if (!text.empty()) text += ' ';
         text += word;
     };
-    for (const StatusWord& row : StatusWords()) {
+    for (const value::StatusWord& row : value::StatusWords()) {
         if ((status & row.bit) == 0) continue;
         add(row.word);
         status &= static_cast<std::uint16_t>(~row.bit);
@@ -47,32 +47,32 @@ std::string StatusText(std::uint16_t status) {
     return text;
 }
 
-std::string ContentText(const CVal& value) {
+std::string ContentText(const value::CVal& value) {
     if (value.IsText()) return '"' + Printable(value.Text()) + '"';
-    return value.GetType() == ValueType::None ? "-" : ValueToText(value);
+    return value.GetType() == value::ValueType::None ? "-" : value::ValueToText(value);
 }
 
-Row ValueRow(std::string name, std::string_view kind, const CVal& value) {
+Row ValueRow(std::string name, std::string_view kind, const value::CVal& value) {
     return {std::move(name), std::string(kind), ContentText(value), StatusText(value.GetStatus()),
-            value.GetTime() == 0 ? "" : FormatLocalTime(value.GetTime())};
+            value.GetTime() == 0 ? "" : value::FormatLocalTime(value.GetTime())};
 }
 
-void AddSlots(CVariable& variable, std::string_view kind, std::vector<Row>& rows) {
-    const std::string name = ToUtf8(variable.GetName());
-    for (const ValueKindRow& slot : ValueKinds()) {
-        if (slot.kind == KindArchive) continue;
-        const CVal value = StoredValue(variable, slot.kind);
-        if (slot.kind == KindCurrent) {
+void AddSlots(operands::CVariable& variable, std::string_view kind, std::vector<Row>& rows) {
+    const std::string name = text::ToUtf8(variable.GetName());
+    for (const value::ValueKindRow& slot : value::ValueKinds()) {
+        if (slot.kind == value::KindArchive) continue;
+        const value::CVal value = StoredValue(variable, slot.kind);
+        if (slot.kind == value::KindCurrent) {
             rows.push_back(ValueRow(name, kind, value));
-        } else if (value.GetType() != ValueType::None) {
+        } else if (value.GetType() != value::ValueType::None) {
             rows.push_back(ValueRow(fmt::format("  .{}", slot.suffix), "", value));
         }
     }
 }
 
-void AddElements(const CVariableList& list, std::vector<Row>& rows) {
+void AddElements(const operands::CVariableList& list, std::vector<Row>& rows) {
     rows.push_back(
-        {ToUtf8(list.GetName()), "LIST",
+        {text::ToUtf8(list.GetName()), "LIST",
          fmt::format("{} elements, iterator {}", list.Elements().size(), list.GetIterator()), "",
          ""});
     for (std::size_t i = 0; i < list.Elements().size(); ++i) {
@@ -80,17 +80,17 @@ void AddElements(const CVariableList& list, std::vector<Row>& rows) {
     }
 }
 
-void AddVariable(CVariable& variable, std::vector<Row>& rows) {
+void AddVariable(operands::CVariable& variable, std::vector<Row>& rows) {
     switch (variable.GetKind()) {
-        case VariableList:
-            return AddElements(static_cast<const CVariableList&>(variable), rows);
-        case VariablePointer: {
-            const auto& pointer = static_cast<const CVariablePointer&>(variable);
-            rows.push_back({ToUtf8(pointer.GetName()), "POINTER",
-                            "-> " + ToUtf8(pointer.GetTargetName()), "", ""});
+        case operands::VariableList:
+            return AddElements(static_cast<const operands::CVariableList&>(variable), rows);
+        case operands::VariablePointer: {
+            const auto& pointer = static_cast<const operands::CVariablePointer&>(variable);
+            rows.push_back({text::ToUtf8(pointer.GetName()), "POINTER",
+                            "-> " + text::ToUtf8(pointer.GetTargetName()), "", ""});
             return;
         }
-        case VariableRemote:
+        case operands::VariableRemote:
             return AddSlots(variable, "REMOTE", rows);
         default:
             return AddSlots(variable, "LOCAL", rows);
@@ -109,13 +109,13 @@ std::string Line(const Row& row, const std::array<std::size_t, ColumnCount>& wid
 }
 
 std::string Place(const CRunScript& script) {
-    const CKalvexDoc& document = script.Document();
-    const CRunState& state = document.State();
-    const ErrorSlot& error = document.LastError();
+    const engine::CKalvexDoc& document = script.Document();
+    const engine::CRunState& state = document.State();
+    const operands::ErrorSlot& error = document.LastError();
     const bool waiting = error.IsWaiting() && state.m_nReportedLine == state.m_nCurrentLine;
     if (script.IsFailed() || waiting) {
-        return ToUtf8(document.FormatErrorReport(state.m_nCurrentLine, error.m_nErrorCode,
-                                                 error.m_strErrorText));
+        return text::ToUtf8(document.FormatErrorReport(state.m_nCurrentLine, error.m_nErrorCode,
+                                                       error.m_strErrorText));
     }
     if (script.IsRefused() && !script.IsStarted()) return " : refused at its start";
     if (script.IsFinished()) return " : finished";
@@ -126,10 +126,11 @@ std::string Place(const CRunScript& script) {
 
 }  // namespace
 
-std::string VariableTable(const CVariableTable& variables) {
+std::string VariableTable(const operands::CVariableTable& variables) {
     if (variables.GetSize() == 0) return {};
     std::vector<Row> rows = {{"NAME", "KIND", "VALUE", "STATUS", "TIME"}};
-    for (const std::unique_ptr<CVariable>& variable : variables) AddVariable(*variable, rows);
+    for (const std::unique_ptr<operands::CVariable>& variable : variables)
+        AddVariable(*variable, rows);
     std::array<std::size_t, ColumnCount> widths{};
     for (const Row& row : rows) {
         for (std::size_t column = 0; column < row.size(); ++column) {
@@ -144,11 +145,11 @@ std::string VariableTable(const CVariableTable& variables) {
 std::string TextResult(const CRunner& runner) {
     std::string text;
     for (const std::unique_ptr<CRunScript>& script : runner.Scripts()) {
-        const CKalvexDoc& document = script->Document();
-        text += '\n' + ToUtf8(document.GetPathName()) + Place(*script) + '\n';
+        const engine::CKalvexDoc& document = script->Document();
+        text += '\n' + text::ToUtf8(document.GetPathName()) + Place(*script) + '\n';
         text += VariableTable(document.Variables());
     }
     return text;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::run

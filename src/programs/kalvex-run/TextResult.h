@@ -5,13 +5,13 @@
 
 #include "programs/kalvex-run/Runner.h"
 
-namespace kalvex {
+namespace kalvex::run {
 
 // UTF-8; a heading and a table for each script.
 std::string TextResult(const CRunner& runner);
 
 // One aligned line for each value of the variables, below a line of headings; empty without
 // variables.
-std::string VariableTable(const CVariableTable& variables);
+std::string VariableTable(const operands::CVariableTable& variables);
 
-}  // namespace kalvex
+}  // namespace kalvex::run

@@ -17,14 +17,14 @@ bool Print(const std::string& text) {
 
 int Fail(const std::string& reason) {
     std::fprintf(stderr, "kalvex-run: %s\n", reason.c_str());
-    return kalvex::ExitRefused;
+    return kalvex::programs::ExitRefused;
 }
 
-int Run(const kalvex::RunOptions& options) {
-    kalvex::CRunner runner(options);
+int Run(const kalvex::run::RunOptions& options) {
+    kalvex::run::CRunner runner(options);
     std::string fault;
     if (!runner.Open(fault)) return Fail(fault);
-    kalvex::WatchInterruption();
+    kalvex::run::WatchInterruption();
     runner.Run();
     const bool printed =
         Print(options.json ? JsonResult(runner, options.lines) : TextResult(runner));
@@ -35,7 +35,7 @@ int Run(const kalvex::RunOptions& options) {
 
 int main(int argc, char** argv) {
     tzset();
-    const kalvex::CommandLine line = kalvex::ParseCommandLine({argv + 1, argv + argc});
+    const kalvex::run::CommandLine line = kalvex::run::ParseCommandLine({argv + 1, argv + argc});
     if (!line.exitStatus) return Run(line.options);
     std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
     return *line.exitStatus;

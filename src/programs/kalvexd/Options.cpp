@@ -9,7 +9,7 @@
 #include "programs/ExitStatus.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 namespace {
 
@@ -21,7 +21,7 @@ struct OptionRow {
 };
 
 void TakeSource(KalvexdOptions& options, SourceTask task, const std::string& value) {
-    const std::string text = FromUtf8(value);
+    const std::string text = text::FromUtf8(value);
     const std::size_t comma = text.find(',');
     const std::string user = comma == std::string::npos ? "" : text.substr(comma + 1);
     options.source = SourceOrder{task, text.substr(0, comma), user};
@@ -98,16 +98,16 @@ KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
         const std::string name = row->name;
         const bool given = arguments[i].size() > name.size();
         if (row->value == nullptr && given) {
-            return End(ExitRefused, "kalvexd: " + name + " takes no value\n");
+            return End(programs::ExitRefused, "kalvexd: " + name + " takes no value\n");
         }
-        if (name == "--help") return End(ExitDone, Help());
-        if (name == "--version") return End(ExitDone, "kalvexd " KALVEX_VERSION "\n");
+        if (name == "--help") return End(programs::ExitDone, Help());
+        if (name == "--version") return End(programs::ExitDone, "kalvexd " KALVEX_VERSION "\n");
         std::string value = given ? arguments[i].substr(name.size() + 1) : std::string();
         if (row->value != nullptr && !given && i + 1 < arguments.size()) {
             value = arguments[++i];
         }
         if (row->value != nullptr && value.empty()) {
-            return End(ExitRefused, "kalvexd: " + name + " needs a value\n");
+            return End(programs::ExitRefused, "kalvexd: " + name + " needs a value\n");
         }
         row->take(options, value);
     }
@@ -123,4 +123,4 @@ KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
     return line;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -7,7 +7,7 @@
 
 #include "programs/kalvexd/SourceTasks.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 struct KalvexdOptions {
     std::string workingDir;  // absolute
@@ -28,4 +28,4 @@ struct KalvexdLine {
 KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
                              const std::string& currentDir);
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -12,7 +12,7 @@
 #include "text/TextFormat.h"
 #include "vantrel/network/Endpoint.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 namespace {
 
@@ -27,12 +27,12 @@ std::string HostName() {
 
 CKalvexService::CKalvexService(const KalvexdOptions& options)
     : m_strMetrics(options.metrics),
-      m_crypt(options.workingDir + '/' + kKeyFileName, KeyFile::MadeAtFirstUse),
-      m_instances(RuntimeFolder()),
+      m_crypt(options.workingDir + '/' + app::kKeyFileName, platform::KeyFile::MadeAtFirstUse),
+      m_instances(vantrel::RuntimeFolder()),
       m_userLibrary(m_profile, m_translator),
       m_network(m_profile, m_loop, m_translator),
-      m_users(m_userLibrary.Store(), AccountName()),
-      m_stream(stdout, FormOfStandardOutput()),
+      m_users(m_userLibrary.Store(), platform::AccountName()),
+      m_stream(stdout, app::FormOfStandardOutput()),
       m_app(MakeWorld(options)) {
     m_network.SetLog(m_app.Log());
     if (options.logStdout) m_app.Log().SetListener(&m_stream);
@@ -40,10 +40,10 @@ CKalvexService::CKalvexService(const KalvexdOptions& options)
         [this](std::int64_t now, std::int64_t lateness) { m_health.OnTick(now, lateness); });
 }
 
-AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
-    AppWorld world{m_clock, m_translator, m_loop,      m_profile,
-                   m_crypt, m_users,      m_instances, m_processes,
-                   m_files, m_probes,     m_network,   {&m_userLibrary, &m_network}};
+app::AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
+    app::AppWorld world{m_clock, m_translator, m_loop,      m_profile,
+                        m_crypt, m_users,      m_instances, m_processes,
+                        m_files, m_probes,     m_network,   {&m_userLibrary, &m_network}};
     world.service = true;
     world.counts = &m_health.Counts();
     world.arguments = options.arguments;
@@ -64,39 +64,41 @@ void CKalvexService::WatchSignals() {
     m_loop.OnSignal(SIGUSR1, [this] { LogHealth(); });
 }
 
-CHealthFigures CKalvexService::GetFigures() {
-    const CClientInterface* sources = m_app.ClientInterface();
+app::CHealthFigures CKalvexService::GetFigures() {
+    const sources::CClientInterface* sources = m_app.ClientInterface();
     return m_health.GetFigures(SteadyMicroseconds(), m_app.Documents().All(),
                                sources == nullptr ? nullptr : &sources->SourceList());
 }
 
 void CKalvexService::LogHealth() {
-    for (const std::string& line : FormatHealthLines(GetFigures(), m_translator)) {
-        m_app.Log().Log(line, LogAlways);
+    for (const std::string& line : app::FormatHealthLines(GetFigures(), m_translator)) {
+        m_app.Log().Log(line, platform::LogAlways);
     }
 }
 
 bool CKalvexService::OfferFigures(std::string& fault) {
     if (m_strMetrics.empty()) return true;
-    m_pEndpoint = std::make_unique<HttpEndpoint>(
-        m_loop, HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
-                         [this] { return FormatHealthMetrics(GetFigures()); }});
+    m_pEndpoint = std::make_unique<platform::HttpEndpoint>(
+        m_loop, platform::HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
+                                   [this] { return app::FormatHealthMetrics(GetFigures()); }});
     std::string reason;
     if (m_pEndpoint->Start(m_strMetrics, reason)) {
-        m_app.Log().Log(FormatText(m_translator.Translate("Udostępnianie stanu modułu: %s"),
-                                   {FromUtf8(m_pEndpoint->GetAddress())}),
-                        LogAlways);
+        m_app.Log().Log(text::FormatText(m_translator.Translate("Udostępnianie stanu modułu: %s"),
+                                         {text::FromUtf8(m_pEndpoint->GetAddress())}),
+                        platform::LogAlways);
         return true;
     }
-    fault = FormatText(m_translator.Translate("Nie można udostępnić stanu modułu: %s (%s)"),
-                       {FromUtf8(m_strMetrics), m_translator.Translate(reason.c_str())});
+    fault =
+        text::FormatText(m_translator.Translate("Nie można udostępnić stanu modułu: %s (%s)"),
+                         {text::FromUtf8(m_strMetrics), m_translator.Translate(reason.c_str())});
     return false;
 }
 
 // The timers go by the main loop: when it hangs the manager does not hear that it is alive.
 void CKalvexService::ReportToManager() {
     const auto tellStatus = [this] {
-        const std::string status = ToUtf8(FormatHealthStatus(GetFigures(), m_translator));
+        const std::string status =
+            text::ToUtf8(app::FormatHealthStatus(GetFigures(), m_translator));
         if (status == m_strStatus) return;
         m_strStatus = status;
         m_manager.TellStatus(status);
@@ -112,9 +114,9 @@ void CKalvexService::ReportToManager() {
 int CKalvexService::End(int status, const std::string& text) const {
     if (text.empty()) return status;
     if (status == EXIT_SUCCESS) {
-        std::fputs(ToUtf8(text).c_str(), stdout);
+        std::fputs(text::ToUtf8(text).c_str(), stdout);
     } else {
-        std::fprintf(stderr, "kalvexd: %s\n", ToUtf8(text).c_str());
+        std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(text).c_str());
     }
     return status;
 }
@@ -127,7 +129,7 @@ int CKalvexService::Run() {
             ReportToManager();
             m_loop.Run();
         } else {
-            m_app.Log().Log(fault, LogErrors);
+            m_app.Log().Log(fault, platform::LogErrors);
             m_app.CloseInstance(1);
         }
     }
@@ -136,4 +138,4 @@ int CKalvexService::Run() {
     return fault.empty() ? End(status, m_app.GetEnd().text) : End(EXIT_FAILURE, fault);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

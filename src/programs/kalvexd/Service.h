@@ -21,7 +21,7 @@
 #include "programs/kalvexd/ServiceLibraries.h"
 #include "programs/kalvexd/ServiceLoop.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 class CKalvexService {
   public:
@@ -33,35 +33,35 @@ class CKalvexService {
     int Run();
 
   private:
-    AppWorld MakeWorld(const KalvexdOptions& options);
+    app::AppWorld MakeWorld(const KalvexdOptions& options);
     void WatchSignals();
     // False, with the reason in `fault`, when the figures cannot be offered where they should.
     bool OfferFigures(std::string& fault);
     void ReportToManager();
-    CHealthFigures GetFigures();
+    app::CHealthFigures GetFigures();
     void LogHealth();
     int End(int status, const std::string& text) const;
 
     const std::string m_strMetrics;  // the address of the endpoint; empty: none
-    ServiceManager m_manager;
+    platform::ServiceManager m_manager;
 
-    SystemClock m_clock;
-    GettextTranslator m_translator;
+    platform::SystemClock m_clock;
+    platform::GettextTranslator m_translator;
     CServiceLoop m_loop;
-    IniProfile m_profile;
-    CCrypt m_crypt;
-    FileInstances m_instances;
-    PosixProcesses m_processes;
-    PosixFileStore m_files;
-    PosixNetworkProbes m_probes;
+    platform::IniProfile m_profile;
+    platform::CCrypt m_crypt;
+    platform::FileInstances m_instances;
+    platform::PosixProcesses m_processes;
+    platform::PosixFileStore m_files;
+    platform::PosixNetworkProbes m_probes;
     CUserLibrary m_userLibrary;
     CNetworkLibrary m_network;
-    UserSession m_users;
-    CLogStream m_stream;
-    CHealth m_health{SteadyMicroseconds()};
-    CKalvexApp m_app;
-    std::unique_ptr<HttpEndpoint> m_pEndpoint;
+    platform::UserSession m_users;
+    app::CLogStream m_stream;
+    app::CHealth m_health{SteadyMicroseconds()};
+    app::CKalvexApp m_app;
+    std::unique_ptr<platform::HttpEndpoint> m_pEndpoint;
     std::string m_strStatus;  // that the manager has heard last
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -7,7 +7,7 @@
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 namespace {
 
@@ -20,26 +20,28 @@ constexpr const char* kUsers = "Użytkownicy";
 }  // namespace
 
 bool CUserLibrary::Start(std::string& error) {
-    const std::string file = m_profile.GetProfileStringEx(kGeneral, FromUtf8(kUsers), {},
+    const std::string file = m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(kUsers), {},
                                                           m_profile.GetCommonProfilePath());
     if (file.empty()) return true;
     std::string content;
     std::string reason;
     // The store would make a file that is not there.
-    if (!ReadWholeFile(NativePath(file), content, reason)) {
-        reason = FromUtf8(reason);
-    } else if (m_store.Open(NativePath(file), reason)) {
+    if (!platform::ReadWholeFile(platform::NativePath(file), content, reason)) {
+        reason = text::FromUtf8(reason);
+    } else if (m_store.Open(platform::NativePath(file), reason)) {
         return true;
     }
-    error = FormatText(m_translator.Translate("Nie można otworzyć pliku użytkowników %s (%s)"),
-                       {file, m_translator.Translate(ToUtf8(reason).c_str())});
+    error =
+        text::FormatText(m_translator.Translate("Nie można otworzyć pliku użytkowników %s (%s)"),
+                         {file, m_translator.Translate(text::ToUtf8(reason).c_str())});
     return false;
 }
 
 bool CNetworkLibrary::Start(std::string&) {
-    NetworkClientSettings settings;
-    settings.addresses = ReadServerAddresses(m_profile);
-    m_pClient = std::make_unique<NetworkClient>(std::move(settings), m_loop, *m_pLog, m_translator);
+    vantrel::NetworkClientSettings settings;
+    settings.addresses = app::ReadServerAddresses(m_profile);
+    m_pClient = std::make_unique<vantrel::NetworkClient>(std::move(settings), m_loop, *m_pLog,
+                                                         m_translator);
     m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_pClient->KeepAlive(); });
     return true;
 }
@@ -49,4 +51,4 @@ void CNetworkLibrary::Stop() {
     m_pClient.reset();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -10,44 +10,45 @@
 #include "platform/UserStore.h"
 #include "vantrel/network/NetworkClient.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 // Opens the users' file that the common profile of the machine names. Where it names none, nobody
 // can be logged in.
-class CUserLibrary final : public AppLibrary {
+class CUserLibrary final : public app::AppLibrary {
   public:
-    CUserLibrary(const Profile& profile, const Translator& translator)
+    CUserLibrary(const platform::Profile& profile, const platform::Translator& translator)
         : m_profile(profile), m_translator(translator) {}
 
-    const UserStore& Store() const { return m_store; }
+    const platform::UserStore& Store() const { return m_store; }
 
     bool Start(std::string& error) override;
     void Stop() override {}
 
   private:
-    const Profile& m_profile;
-    const Translator& m_translator;
-    UserStore m_store;
+    const platform::Profile& m_profile;
+    const platform::Translator& m_translator;
+    platform::UserStore m_store;
 };
 
-class CNetworkLibrary final : public AppLibrary, public AppTransports {
+class CNetworkLibrary final : public app::AppLibrary, public app::AppTransports {
   public:
-    CNetworkLibrary(const Profile& profile, AppLoop& loop, const Translator& translator)
+    CNetworkLibrary(const platform::Profile& profile, app::AppLoop& loop,
+                    const platform::Translator& translator)
         : m_profile(profile), m_loop(loop), m_translator(translator) {}
 
     // Before the start; outlives the library's work.
-    void SetLog(LogSink& log) { m_pLog = &log; }
+    void SetLog(platform::LogSink& log) { m_pLog = &log; }
 
     bool Start(std::string& error) override;
     void Stop() override;
-    TransportFactory& Factory() override { return *m_pClient; }
+    vantrel::TransportFactory& Factory() override { return *m_pClient; }
 
   private:
-    const Profile& m_profile;
-    AppLoop& m_loop;
-    const Translator& m_translator;
-    LogSink* m_pLog = nullptr;
-    std::unique_ptr<NetworkClient> m_pClient;
+    const platform::Profile& m_profile;
+    app::AppLoop& m_loop;
+    const platform::Translator& m_translator;
+    platform::LogSink* m_pLog = nullptr;
+    std::unique_ptr<vantrel::NetworkClient> m_pClient;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 namespace {
 
@@ -33,4 +33,4 @@ void CServiceLoop::KillTimer(int id) {
     m_mapTimers.erase(timer);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

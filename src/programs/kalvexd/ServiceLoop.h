@@ -10,7 +10,7 @@
 #include "app/TickDriver.h"
 #include "platform/posix/PosixMainLoop.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 // Timers beside those of the main frame.
 enum ServiceTimer : int { NetworkTimer = 100, StatusTimer, WatchdogTimer };
@@ -18,7 +18,7 @@ enum ServiceTimer : int { NetworkTimer = 100, StatusTimer, WatchdogTimer };
 // Of a clock that nobody sets.
 std::int64_t SteadyMicroseconds();
 
-class CServiceLoop final : public AppLoop {
+class CServiceLoop final : public app::AppLoop {
   public:
     // Made before any other thread.
     CServiceLoop();
@@ -26,19 +26,19 @@ class CServiceLoop final : public AppLoop {
     void Post(std::function<void()> work) override { m_loop.Post(std::move(work)); }
     bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) override;
     void KillTimer(int id) override;
-    void SetTickSource(TickSource* source) override { m_ticks.SetSource(source); }
+    void SetTickSource(app::TickSource* source) override { m_ticks.SetSource(source); }
     void Quit() override { m_loop.Quit(); }
 
     void OnSignal(int signal, std::function<void()> handler) {
         m_loop.OnSignal(signal, std::move(handler));
     }
-    CTickDriver& Ticks() { return m_ticks; }
+    app::CTickDriver& Ticks() { return m_ticks; }
     void Run() { m_loop.Run(); }
 
   private:
-    PosixMainLoop m_loop;
-    CTickDriver m_ticks;
+    platform::PosixMainLoop m_loop;
+    app::CTickDriver m_ticks;
     std::map<int, int> m_mapTimers;  // the loop's number of each but the ticks
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -9,39 +9,40 @@
 #include "programs/PasswordPrompt.h"
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 namespace {
 
-constexpr const char* kNotWritten = Translatable("Nie można zapisać profilu lub jego klucza: %s");
+constexpr const char* kNotWritten =
+    platform::Translatable("Nie można zapisać profilu lub jego klucza: %s");
 
-int Fail(const Translator& translator, const Notice& notice) {
-    std::cerr << InWords(notice, translator) << '\n';
+int Fail(const platform::Translator& translator, const platform::Notice& notice) {
+    std::cerr << platform::InWords(notice, translator) << '\n';
     return 1;
 }
 
 std::string KeyFileOf(const std::string& profile) {
-    return (std::filesystem::path(profile).parent_path() / kKeyFileName).string();
+    return (std::filesystem::path(profile).parent_path() / app::kKeyFileName).string();
 }
 
 // The sources of a profile. A key is made when one is needed, and only then.
 class SourceBook {
   public:
-    SourceBook(const std::string& path, KeyFile use)
+    SourceBook(const std::string& path, platform::KeyFile use)
         : m_profile(path), m_crypt(KeyFileOf(path), use) {}
 
-    std::vector<CSourceDesc> Read() const {
-        CConfiguration configuration;
+    std::vector<sources::CSourceDesc> Read() const {
+        app::CConfiguration configuration;
         m_store.ReadSources(configuration);
         return configuration.sources;
     }
 
     // False when it cannot be read again as it was to be written.
-    bool Write(const std::vector<CSourceDesc>& sources) {
-        CConfiguration configuration;
+    bool Write(const std::vector<sources::CSourceDesc>& sources) {
+        app::CConfiguration configuration;
         configuration.sources = sources;
         m_store.WriteSources(configuration);
-        const auto same = [this](const CSourceDesc& a, const CSourceDesc& b) {
+        const auto same = [this](const sources::CSourceDesc& a, const sources::CSourceDesc& b) {
             return a.name == b.name && a.user == b.user &&
                    m_crypt.DecryptText(a.password) == m_crypt.DecryptText(b.password);
         };
@@ -52,14 +53,14 @@ class SourceBook {
     std::string Protect(const std::string& password) const { return m_crypt.EncryptText(password); }
 
   private:
-    IniProfile m_profile;
-    const CCrypt m_crypt;
-    const Paths m_paths{"/"};
-    CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
+    platform::IniProfile m_profile;
+    const platform::CCrypt m_crypt;
+    const platform::Paths m_paths{"/"};
+    app::CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
 };
 
-auto FindSource(std::vector<CSourceDesc>& sources, const std::string& name) {
-    return std::ranges::find(sources, name, &CSourceDesc::name);
+auto FindSource(std::vector<sources::CSourceDesc>& sources, const std::string& name) {
+    return std::ranges::find(sources, name, &sources::CSourceDesc::name);
 }
 
 bool IsField(const std::string& text) {
@@ -67,38 +68,41 @@ bool IsField(const std::string& text) {
 }
 
 int AddSource(SourceBook& book, const SourceOrder& order, const std::string& profile,
-              const Translator& translator) {
+              const platform::Translator& translator) {
     if (!IsField(order.name) || !IsField(order.user)) {
-        return Fail(
-            translator,
-            {Translatable("Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka")});
+        return Fail(translator,
+                    {platform::Translatable(
+                        "Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka")});
     }
     std::string password;
-    if (!AskPassword(password, translator))
-        return Fail(translator, {Translatable("Nie podano hasła")});
-    std::string engineText = FromUtf8(password);
-    CCrypt::SecureEmptyString(password);
-    std::vector<CSourceDesc> sources = book.Read();
+    if (!programs::AskPassword(password, translator))
+        return Fail(translator, {platform::Translatable("Nie podano hasła")});
+    std::string engineText = text::FromUtf8(password);
+    platform::CCrypt::SecureEmptyString(password);
+    std::vector<sources::CSourceDesc> sources = book.Read();
     auto found = FindSource(sources, order.name);
-    if (found == sources.end()) found = sources.insert(found, CSourceDesc{order.name, {}, {}});
+    if (found == sources.end())
+        found = sources.insert(found, sources::CSourceDesc{order.name, {}, {}});
     found->user = order.user;
     found->password = book.Protect(engineText);
-    CCrypt::SecureEmptyString(engineText);
+    platform::CCrypt::SecureEmptyString(engineText);
     return book.Write(sources) ? 0 : Fail(translator, {kNotWritten, {profile}});
 }
 
-int ListSources(SourceBook& book, const SourceOrder&, const std::string&, const Translator&) {
-    for (const CSourceDesc& source : book.Read()) {
-        std::cout << ToUtf8(source.name) << '\t' << ToUtf8(source.user) << '\n';
+int ListSources(SourceBook& book, const SourceOrder&, const std::string&,
+                const platform::Translator&) {
+    for (const sources::CSourceDesc& source : book.Read()) {
+        std::cout << text::ToUtf8(source.name) << '\t' << text::ToUtf8(source.user) << '\n';
     }
     return 0;
 }
 
 int RemoveSource(SourceBook& book, const SourceOrder& order, const std::string& profile,
-                 const Translator& translator) {
-    std::vector<CSourceDesc> sources = book.Read();
+                 const platform::Translator& translator) {
+    std::vector<sources::CSourceDesc> sources = book.Read();
     const auto found = FindSource(sources, order.name);
-    if (found == sources.end()) return Fail(translator, {Translatable("Brak źródła o tej nazwie")});
+    if (found == sources.end())
+        return Fail(translator, {platform::Translatable("Brak źródła o tej nazwie")});
     sources.erase(found);
     return book.Write(sources) ? 0 : Fail(translator, {kNotWritten, {profile}});
 }
@@ -107,7 +111,7 @@ struct TaskRow {
     SourceTask task;
     bool writes;
     int (*run)(SourceBook& book, const SourceOrder& order, const std::string& profile,
-               const Translator& translator);
+               const platform::Translator& translator);
 };
 
 constexpr TaskRow kTasks[] = {
@@ -119,14 +123,16 @@ constexpr TaskRow kTasks[] = {
 }  // namespace
 
 int RunSourceTask(const SourceOrder& order, const std::string& profile,
-                  const Translator& translator) {
+                  const platform::Translator& translator) {
     const TaskRow& row = *std::ranges::find(kTasks, order.task, &TaskRow::task);
-    if (row.writes && SourceBook(profile, KeyFile::ReadOnly).HasLostPasswords()) {
-        return Fail(translator, {Translatable("Profil ma hasła, których nie otwiera klucz %s"),
-                                 {KeyFileOf(profile)}});
+    if (row.writes && SourceBook(profile, platform::KeyFile::ReadOnly).HasLostPasswords()) {
+        return Fail(translator,
+                    {platform::Translatable("Profil ma hasła, których nie otwiera klucz %s"),
+                     {KeyFileOf(profile)}});
     }
-    SourceBook book(profile, row.writes ? KeyFile::MadeAtFirstUse : KeyFile::ReadOnly);
+    SourceBook book(profile,
+                    row.writes ? platform::KeyFile::MadeAtFirstUse : platform::KeyFile::ReadOnly);
     return row.run(book, order, profile, translator);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

@@ -5,7 +5,7 @@
 
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::kalvexd {
 
 enum class SourceTask { Add, List, Remove };
 
@@ -19,6 +19,6 @@ struct SourceOrder {
 // List prints name and user of each, separated by a tab. The exit status: 0 done, 1 a failure that
 // the standard error output tells of.
 int RunSourceTask(const SourceOrder& order, const std::string& profile,
-                  const Translator& translator);
+                  const platform::Translator& translator);
 
-}  // namespace kalvex
+}  // namespace kalvex::kalvexd

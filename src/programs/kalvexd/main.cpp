@@ -12,9 +12,9 @@
 
 namespace {
 
-std::string ProfileOf(const kalvex::KalvexdOptions& options) {
-    const int instance = kalvex::CCmdLine(options.arguments).GetIntOption("INST").value_or(1);
-    return options.workingDir + '/' + kalvex::ProfileFileName(instance);
+std::string ProfileOf(const kalvex::kalvexd::KalvexdOptions& options) {
+    const int instance = kalvex::app::CCmdLine(options.arguments).GetIntOption("INST").value_or(1);
+    return options.workingDir + '/' + kalvex::app::ProfileFileName(instance);
 }
 
 }  // namespace
@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::error_code fault;
     const std::string current = std::filesystem::current_path(fault).string();
-    const kalvex::KalvexdLine line = kalvex::ParseKalvexdLine({argv + 1, argv + argc}, current);
+    const kalvex::kalvexd::KalvexdLine line = kalvex::kalvexd::ParseKalvexdLine({argv + 1, argv + argc}, current);
     if (line.exitStatus) {
         std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
         return *line.exitStatus;
@@ -39,8 +39,8 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     if (line.options.source) {
-        return kalvex::RunSourceTask(*line.options.source, ProfileOf(line.options),
-                                     kalvex::GettextTranslator());
+        return kalvex::kalvexd::RunSourceTask(*line.options.source, ProfileOf(line.options),
+                                     kalvex::platform::GettextTranslator());
     }
-    return kalvex::CKalvexService(line.options).Run();
+    return kalvex::kalvexd::CKalvexService(line.options).Run();
 }

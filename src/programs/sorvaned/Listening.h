@@ -7,12 +7,13 @@
 #include "server/Server.h"
 #include "vantrel/network/NetworkServer.h"
 
-namespace kalvex {
+namespace kalvex::sorvaned {
 
 // Listens as the server's configuration says, and tells the log where. `network` stays empty when
 // it says nowhere; it goes before the server stops. False with an engine text in `error` when that
 // cannot be.
-bool OpenToClients(Server& server, MainLoop& loop, LogSink& log, const Translator& translator,
-                   std::unique_ptr<NetworkServer>& network, std::string& error);
+bool OpenToClients(server::Server& server, platform::MainLoop& loop, platform::LogSink& log,
+                   const platform::Translator& translator,
+                   std::unique_ptr<vantrel::NetworkServer>& network, std::string& error);
 
-}  // namespace kalvex
+}  // namespace kalvex::sorvaned

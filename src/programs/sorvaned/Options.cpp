@@ -6,7 +6,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::sorvaned {
 
 namespace {
 
@@ -92,16 +92,17 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         std::ostringstream out;
         std::ostringstream fault;
         const bool wrong = app.exit(error, out, fault) != 0;
-        line.exitStatus = wrong ? ExitRefused : ExitDone;
+        line.exitStatus = wrong ? programs::ExitRefused : programs::ExitDone;
         line.message = wrong ? "sorvaned: " + std::string(error.what()) + "\n" : out.str();
         return line;
     }
     if (check && options.task == SorvanedTask::Serve) options.task = SorvanedTask::Check;
-    options.user.name = FromUtf8(texts.name);
-    options.user.description = FromUtf8(texts.description);
-    for (const std::string& group : texts.groups) options.user.groups.push_back(FromUtf8(group));
+    options.user.name = text::FromUtf8(texts.name);
+    options.user.description = text::FromUtf8(texts.description);
+    for (const std::string& group : texts.groups)
+        options.user.groups.push_back(text::FromUtf8(group));
     options.user.addresses = texts.addresses;
     return line;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::sorvaned

@@ -8,7 +8,7 @@
 #include "platform/UserDirectory.h"
 #include "programs/ExitStatus.h"
 
-namespace kalvex {
+namespace kalvex::sorvaned {
 
 enum class SorvanedTask { Serve, Check, AddUser, ListUsers, ChangePassword, RemoveUser };
 
@@ -16,7 +16,7 @@ struct SorvanedOptions {
     SorvanedTask task = SorvanedTask::Serve;
     std::string configuration = "/etc/sorvane/sorvaned.toml";
     int logLevel = 2;
-    UserRecord user;  // of a task with users; engine texts
+    platform::UserRecord user;  // of a task with users; engine texts
 };
 
 struct SorvanedLine {
@@ -29,4 +29,4 @@ struct SorvanedLine {
 // `arguments` without the name of the program.
 SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments);
 
-}  // namespace kalvex
+}  // namespace kalvex::sorvaned

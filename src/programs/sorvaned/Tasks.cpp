@@ -15,54 +15,55 @@
 #include "text/CodePage.h"
 #include "value/LocalTimeText.h"
 
-namespace kalvex {
+namespace kalvex::sorvaned {
 
 namespace {
 
 constexpr std::int64_t kTick = 100;  // ms
 constexpr std::int64_t kCheck = 1000;
 
-class ErrorOutputLog final : public LogSink {
+class ErrorOutputLog final : public platform::LogSink {
   public:
-    ErrorOutputLog(const Clock& clock, int level) : m_clock(clock), m_nLevel(level) {}
+    ErrorOutputLog(const platform::Clock& clock, int level) : m_clock(clock), m_nLevel(level) {}
 
     void Log(std::string_view text, int level) override {
         if (level > m_nLevel) return;
-        std::cerr << FormatLocalTime(m_clock.Now()) << ' ' << ToUtf8(text) << std::endl;
+        std::cerr << value::FormatLocalTime(m_clock.Now()) << ' ' << text::ToUtf8(text)
+                  << std::endl;
     }
 
   private:
-    const Clock& m_clock;
+    const platform::Clock& m_clock;
     int m_nLevel;
 };
 
 int Fail(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) std::cerr << line << '\n';
-    return ExitFailed;
+    return programs::ExitFailed;
 }
 
 int Fail(const std::string& engineText) {
-    return Fail(std::vector<std::string>{ToUtf8(engineText)});
+    return Fail(std::vector<std::string>{text::ToUtf8(engineText)});
 }
 
 // What the users' file has told.
-int FailWithUsers(const std::string& error, const Translator& translator) {
-    return Fail(translator.Translate(ToUtf8(error).c_str()));
+int FailWithUsers(const std::string& error, const platform::Translator& translator) {
+    return Fail(translator.Translate(text::ToUtf8(error).c_str()));
 }
 
-int Serve(const SorvanedOptions& options, const Translator& translator) {
-    const SystemClock clock;
-    PosixMainLoop loop;
+int Serve(const SorvanedOptions& options, const platform::Translator& translator) {
+    const platform::SystemClock clock;
+    platform::PosixMainLoop loop;
     ErrorOutputLog log(clock, options.logLevel);
-    Server server(clock, log, translator, loop);
+    server::Server server(clock, log, translator, loop);
     // Before the server makes its threads, which inherit what is blocked here.
     loop.OnSignal(SIGHUP, [&server] { server.Reload(); });
     loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
     loop.OnSignal(SIGINT, [&loop] { loop.Quit(); });
-    ServiceManager manager;
+    platform::ServiceManager manager;
     std::vector<std::string> errors;
     if (!server.Start(options.configuration, errors)) return Fail(errors);
-    std::unique_ptr<NetworkServer> network;
+    std::unique_ptr<vantrel::NetworkServer> network;
     std::string error;
     if (!OpenToClients(server, loop, log, translator, network, error)) {
         server.Stop();
@@ -78,50 +79,58 @@ int Serve(const SorvanedOptions& options, const Translator& translator) {
     manager.TellStopping();
     network.reset();
     server.Stop();
-    return ExitDone;
+    return programs::ExitDone;
 }
 
-int AddUser(UserStore& users, const UserRecord& user, const Translator& translator) {
+int AddUser(platform::UserStore& users, const platform::UserRecord& user,
+            const platform::Translator& translator) {
     std::string password;
     std::string error;
-    if (!AskPassword(password, translator)) return ExitFailed;
-    return users.Add(user, FromUtf8(password), error) ? ExitDone : FailWithUsers(error, translator);
+    if (!programs::AskPassword(password, translator)) return programs::ExitFailed;
+    return users.Add(user, text::FromUtf8(password), error) ? programs::ExitDone
+                                                            : FailWithUsers(error, translator);
 }
 
-int ChangePassword(UserStore& users, const UserRecord& user, const Translator& translator) {
+int ChangePassword(platform::UserStore& users, const platform::UserRecord& user,
+                   const platform::Translator& translator) {
     std::string password;
     std::string error;
-    if (!AskPassword(password, translator)) return ExitFailed;
-    return users.SetPassword(user.name, FromUtf8(password), error)
-               ? ExitDone
+    if (!programs::AskPassword(password, translator)) return programs::ExitFailed;
+    return users.SetPassword(user.name, text::FromUtf8(password), error)
+               ? programs::ExitDone
                : FailWithUsers(error, translator);
 }
 
-int RemoveUser(UserStore& users, const UserRecord& user, const Translator& translator) {
+int RemoveUser(platform::UserStore& users, const platform::UserRecord& user,
+               const platform::Translator& translator) {
     std::string error;
-    return users.Remove(user.name, error) ? ExitDone : FailWithUsers(error, translator);
+    return users.Remove(user.name, error) ? programs::ExitDone : FailWithUsers(error, translator);
 }
 
 std::string Joined(const std::vector<std::string>& texts) {
     std::string joined;
-    for (const std::string& text : texts) joined += (joined.empty() ? "" : ",") + ToUtf8(text);
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : ",") + text::ToUtf8(text);
     return joined;
 }
 
-int ListUsers(UserStore& users, const UserRecord&, const Translator& translator) {
-    std::vector<UserRecord> list;
+int ListUsers(platform::UserStore& users, const platform::UserRecord&,
+              const platform::Translator& translator) {
+    std::vector<platform::UserRecord> list;
     std::string error;
     if (!users.List(list, error)) return FailWithUsers(error, translator);
-    for (const UserRecord& user : list) {
-        std::cout << ToUtf8(user.name) << '\t' << user.level << '\t' << Joined(user.groups) << '\t'
-                  << Joined(user.addresses) << '\t' << ToUtf8(user.description) << '\n';
+    for (const platform::UserRecord& user : list) {
+        std::cout << text::ToUtf8(user.name) << '\t' << user.level << '\t' << Joined(user.groups)
+                  << '\t' << Joined(user.addresses) << '\t' << text::ToUtf8(user.description)
+                  << '\n';
     }
-    return ExitDone;
+    return programs::ExitDone;
 }
 
 struct UserTask {
     SorvanedTask task;
-    int (*run)(UserStore& users, const UserRecord& user, const Translator& translator);
+    int (*run)(platform::UserStore& users, const platform::UserRecord& user,
+               const platform::Translator& translator);
 };
 
 constexpr UserTask kUserTasks[] = {
@@ -134,23 +143,23 @@ constexpr UserTask kUserTasks[] = {
 }  // namespace
 
 int RunSorvaned(const SorvanedOptions& options) {
-    const GettextTranslator translator;
+    const platform::GettextTranslator translator;
     if (options.task == SorvanedTask::Serve) return Serve(options, translator);
-    Definitions definitions;
+    server::Definitions definitions;
     std::vector<std::string> errors;
-    if (!LoadDefinitions(options.configuration, translator, definitions, errors))
+    if (!server::LoadDefinitions(options.configuration, translator, definitions, errors))
         return Fail(errors);
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;
         std::error_code failed;
         std::filesystem::create_directories(
             std::filesystem::path(definitions.usersFile).parent_path(), failed);
-        UserStore users;
+        platform::UserStore users;
         std::string error;
         if (!users.Open(definitions.usersFile, error)) return FailWithUsers(error, translator);
         return row.run(users, options.user, translator);
     }
-    return ExitDone;
+    return programs::ExitDone;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::sorvaned

@@ -3,8 +3,8 @@
 
 #include "programs/sorvaned/Options.h"
 
-namespace kalvex {
+namespace kalvex::sorvaned {
 
 int RunSorvaned(const SorvanedOptions& options);
 
-}  // namespace kalvex
+}  // namespace kalvex::sorvaned

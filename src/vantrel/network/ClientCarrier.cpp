@@ -11,7 +11,7 @@
 #include "vantrel/network/GrpcStream.h"
 #include "vantrel/network/TlsContent.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Streams end on a thread of the library, which must not be the one to destroy the last channel:
 // that would wait for this very thread. So the main thread does it.
@@ -126,7 +126,7 @@ ClientCarrier::~ClientCarrier() {
 
 std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, StreamMethod method,
                                             std::shared_ptr<StreamEvents> events,
-                                            std::size_t outboxLimit, Notice& error) {
+                                            std::size_t outboxLimit, platform::Notice& error) {
     m_pYard->Sweep();
     std::shared_ptr<grpc::ChannelCredentials> credentials = grpc::InsecureChannelCredentials();
     if (endpoint.tls) {
@@ -141,4 +141,4 @@ std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, StreamMeth
     return stream;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

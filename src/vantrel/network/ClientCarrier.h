@@ -9,7 +9,7 @@
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Stream.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class StreamYard;
 
@@ -26,10 +26,10 @@ class ClientCarrier {
     // with the reason for the log when a file of `endpoint.tls` cannot be read.
     std::shared_ptr<Stream> Dial(const Endpoint& endpoint, StreamMethod method,
                                  std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
-                                 Notice& error);
+                                 platform::Notice& error);
 
   private:
     std::shared_ptr<StreamYard> m_pYard;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -4,7 +4,7 @@
 #include "vantrel/network/ListCutter.h"
 #include "vantrel/network/Parcel.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -27,7 +27,8 @@ class Packer {
             PutText(message.password, kMaxNameBytes, *out.mutable_password())) {
             return Put(parcel);
         }
-        Refuse(LoginResult{ResultBadRequest, FromUtf8(WireFaultText(WireFault::NameTooLong))});
+        Refuse(
+            LoginResult{ResultBadRequest, text::FromUtf8(WireFaultText(WireFault::NameTooLong))});
     }
 
     void operator()(const SubscribeRequest& message) {
@@ -103,7 +104,7 @@ class Packer {
                           message.values.size() <= kMaxListEntries &&
                           std::all_of(message.values.begin(), message.values.end(), Fits);
         if (fits) {
-            for (const CVal& value : message.values) AddValue(value, *out.mutable_values());
+            for (const value::CVal& value : message.values) AddValue(value, *out.mutable_values());
         }
         Squeeze(*out.mutable_values());
         out.set_id(message.id);
@@ -253,4 +254,4 @@ WireFault Unpack(std::string_view bytes, ClientParcel& parcel) {
     return reader.Fault();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -8,7 +8,7 @@
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -55,7 +55,7 @@ std::string RuntimeFolder() {
 }
 
 std::string LocalSocketPath(const std::string& runtimeFolder, std::string_view source) {
-    const std::string name = ToUtf8(source);
+    const std::string name = text::ToUtf8(source);
     if (name.empty() || name.front() == '.' || name.find('/') != std::string::npos ||
         name.find('\0') != std::string::npos) {
         return {};
@@ -79,12 +79,14 @@ std::uint32_t FindEndpoint(std::string_view source, const ServerAddresses& addre
     const ServerAddress& address = found->second;
     std::string host;
     std::uint16_t port = 0;
-    if (!ReadAddress(address.address, host, port) || port == 0) return ReasonUnknownAddress;
-    if (!address.tls && !address.plainTextAllowed && !IsLoopback(host)) return ReasonPlainText;
+    if (!platform::ReadAddress(address.address, host, port) || port == 0)
+        return ReasonUnknownAddress;
+    if (!address.tls && !address.plainTextAllowed && !platform::IsLoopback(host))
+        return ReasonPlainText;
     endpoint.target = "dns:///" + JoinAddress(host, port);
     endpoint.tls = address.tls;
     endpoint.certificateName = address.certificateName;
     return 0;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Paths of PEM files.
 struct TlsFiles {
@@ -49,4 +49,4 @@ std::string LocalSocketPath(const std::string& runtimeFolder, std::string_view s
 // The target by which gRPC knows a local socket.
 std::string LocalSocketTarget(std::string_view path);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

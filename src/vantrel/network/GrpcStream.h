@@ -18,7 +18,7 @@
 #include "vantrel/network/Parcel.h"
 #include "vantrel/network/Stream.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Above our own bound, so that what is a little too large is told apart from what is no parcel.
 inline constexpr int kLibraryMaxBytes = static_cast<int>(2 * kMaxParcelBytes);
@@ -176,4 +176,4 @@ class GrpcStream : public Stream,
     std::shared_ptr<GrpcStream> m_pSelf;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

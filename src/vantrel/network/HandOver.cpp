@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 bool HandOver::Push(std::function<void()> event, std::size_t weight) {
     // The loop may be gone once Stop has returned, so posting is done under the lock.
@@ -52,4 +52,4 @@ void HandOver::Stop() {
     if (paused) m_resume();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,13 +10,13 @@
 
 #include "platform/MainLoop.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class HandOver final : public std::enable_shared_from_this<HandOver> {
   public:
     // From `limit` on, in units of the weights, the reader is to pause. The loop outlives the time
     // until Stop.
-    HandOver(MainLoop& loop, std::size_t limit) : m_loop(loop), m_nLimit(limit) {}
+    HandOver(platform::MainLoop& loop, std::size_t limit) : m_loop(loop), m_nLimit(limit) {}
 
     // Called when a paused reader may go on: once for each Push that answered false. Set before the
     // first Push; called on the main thread.
@@ -36,7 +36,7 @@ class HandOver final : public std::enable_shared_from_this<HandOver> {
 
     void Deliver();
 
-    MainLoop& m_loop;
+    platform::MainLoop& m_loop;
     const std::size_t m_nLimit;
     std::function<void()> m_resume = [] {};
     std::mutex m_mutex;
@@ -47,4 +47,4 @@ class HandOver final : public std::enable_shared_from_this<HandOver> {
     bool m_bStopped = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

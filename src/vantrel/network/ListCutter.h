@@ -7,7 +7,7 @@
 
 #include "vantrel/network/WireValues.h"
 
-namespace kalvex::wire {
+namespace kalvex::vantrel::wire {
 
 // `Field` is the generated accessor of the message's place in the parcel. A message with a field
 // `more` makes at least one parcel.
@@ -59,4 +59,4 @@ class ListCutter {
 #define KALVEX_LIST_CUTTER(parcel, Content, field) \
     kalvex::wire::ListCutter<pb::parcel, pb::Content, &pb::parcel::mutable_##field>
 
-}  // namespace kalvex::wire
+}  // namespace kalvex::vantrel::wire

@@ -3,7 +3,7 @@
 #include <iterator>
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 bool ListReception::Await(std::chrono::milliseconds patience,
                           std::vector<VariableDefinition>& list) {
@@ -37,4 +37,4 @@ void ListReception::OnEnded(StreamEnd end, const std::string&) {
     m_changed.notify_all();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -11,7 +11,7 @@
 #include "vantrel/network/Parcel.h"
 #include "vantrel/network/Stream.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class ListReception final : public StreamEvents {
   public:
@@ -30,4 +30,4 @@ class ListReception final : public StreamEvents {
     bool m_bGood = true;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -11,7 +11,7 @@
 
 #include "platform/NetworkAddress.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -33,7 +33,7 @@ int TryToListen(const addrinfo& place) {
 std::string ListeningFault(const std::string& address) {
     std::string host;
     std::uint16_t port = 0;
-    ReadAddress(address, host, port);
+    platform::ReadAddress(address, host, port);
     addrinfo hints{};
     hints.ai_flags = AI_PASSIVE;
     hints.ai_socktype = SOCK_STREAM;
@@ -48,4 +48,4 @@ std::string ListeningFault(const std::string& address) {
     return {};
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

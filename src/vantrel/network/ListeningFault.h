@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // The system's words (UTF-8); empty when the address is free. Main thread.
 std::string ListeningFault(const std::string& address);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -8,18 +8,19 @@
 #include <cstring>
 #include <filesystem>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
-constexpr const char* kNoFolder = Translatable("Nie można utworzyć folderu %s (%s)");
-constexpr const char* kNoLock = Translatable("Brak dostępu do pliku %s (%s)");
-constexpr const char* kTaken = Translatable("Gniazdo %s (obsługuje je inny serwer)");
-constexpr const char* kNoSocket = Translatable("Gniazdo %s (to nie jest gniazdo)");
-constexpr const char* kNoGroup = Translatable("Gniazdo %s (brak grupy %s)");
-constexpr const char* kRefused = Translatable("Gniazdo %s (%s)");
+constexpr const char* kNoFolder = platform::Translatable("Nie można utworzyć folderu %s (%s)");
+constexpr const char* kNoLock = platform::Translatable("Brak dostępu do pliku %s (%s)");
+constexpr const char* kTaken = platform::Translatable("Gniazdo %s (obsługuje je inny serwer)");
+constexpr const char* kNoSocket = platform::Translatable("Gniazdo %s (to nie jest gniazdo)");
+constexpr const char* kNoGroup = platform::Translatable("Gniazdo %s (brak grupy %s)");
+constexpr const char* kRefused = platform::Translatable("Gniazdo %s (%s)");
 
-bool Fail(Notice& error, const char* polish, const std::string& path, const std::string& why = {}) {
+bool Fail(platform::Notice& error, const char* polish, const std::string& path,
+          const std::string& why = {}) {
     error = {polish, {path, why}};
     return false;
 }
@@ -30,7 +31,7 @@ LocalSocket::~LocalSocket() {
     if (!m_strPath.empty()) ::unlink(m_strPath.c_str());
 }
 
-bool LocalSocket::Claim(const std::string& path, Notice& error) {
+bool LocalSocket::Claim(const std::string& path, platform::Notice& error) {
     const std::filesystem::path file(path);
     std::error_code code;
     std::filesystem::create_directories(file.parent_path(), code);
@@ -53,7 +54,7 @@ bool LocalSocket::Claim(const std::string& path, Notice& error) {
     return true;
 }
 
-bool LocalSocket::Admit(const std::string& group, Notice& error) {
+bool LocalSocket::Admit(const std::string& group, platform::Notice& error) {
     const struct group* entry = ::getgrnam(group.c_str());
     if (entry == nullptr) return Fail(error, kNoGroup, m_strPath, group);
     if (::chown(m_strPath.c_str(), static_cast<uid_t>(-1), entry->gr_gid) == 0 &&
@@ -69,4 +70,4 @@ LocalSocket::OwnerOnly::~OwnerOnly() {
     ::umask(m_nMask);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -7,7 +7,7 @@
 #include "platform/FileLock.h"
 #include "platform/Translator.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class LocalSocket {
   public:
@@ -18,11 +18,11 @@ class LocalSocket {
 
     // Makes the folder if it is not there, takes the lock beside the socket and removes a socket
     // that nobody serves. False with the reason in `error`.
-    bool Claim(const std::string& path, Notice& error);
+    bool Claim(const std::string& path, platform::Notice& error);
 
     // Opens the socket, which the server has made by now, to the group besides the owner. False as
     // above.
-    bool Admit(const std::string& group, Notice& error);
+    bool Admit(const std::string& group, platform::Notice& error);
 
     // Until the object goes, what the process makes is for its owner alone.
     class OwnerOnly {
@@ -38,7 +38,7 @@ class LocalSocket {
 
   private:
     std::string m_strPath;  // empty until it is claimed
-    FileLock m_lock;
+    platform::FileLock m_lock;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -15,7 +15,7 @@
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Patience.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 struct NetworkClientSettings {
     ServerAddresses addresses;
@@ -34,8 +34,8 @@ class NetworkTransport;
 // Loop, log and translator outlive it.
 class NetworkClient final : public TransportFactory {
   public:
-    NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log,
-                  const Translator& translator);
+    NetworkClient(NetworkClientSettings settings, platform::MainLoop& loop, platform::LogSink& log,
+                  const platform::Translator& translator);
     ~NetworkClient() override;
     NetworkClient(const NetworkClient&) = delete;
     NetworkClient& operator=(const NetworkClient&) = delete;
@@ -51,11 +51,11 @@ class NetworkClient final : public TransportFactory {
     friend class NetworkTransport;
 
     NetworkClientSettings m_settings;
-    MainLoop& m_loop;
-    LogSink& m_log;
-    const Translator& m_translator;
+    platform::MainLoop& m_loop;
+    platform::LogSink& m_log;
+    const platform::Translator& m_translator;
     ClientCarrier m_carrier;
     std::vector<NetworkTransport*> m_arrTransports;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -11,7 +11,7 @@
 #include "vantrel/network/ServerCall.h"
 #include "vantrel/network/ServerPort.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -35,8 +35,8 @@ class WaitingCaller {
 
 class Server final : public NetworkServer, private PortEvents {
   public:
-    Server(const NetworkServerSettings& settings, SessionAcceptor& acceptor, MainLoop& loop,
-           LogSink& log, const Translator& translator)
+    Server(const NetworkServerSettings& settings, SessionAcceptor& acceptor,
+           platform::MainLoop& loop, platform::LogSink& log, const platform::Translator& translator)
         : m_settings(settings),
           m_loop(loop),
           m_services{m_settings, acceptor, log, translator,
@@ -50,7 +50,7 @@ class Server final : public NetworkServer, private PortEvents {
         m_pPort.reset();
     }
 
-    bool Listen(Notice& error) {
+    bool Listen(platform::Notice& error) {
         PortSettings port{.localSocket = {},
                           .address = m_settings.address,
                           .tls = m_settings.tls,
@@ -59,8 +59,9 @@ class Server final : public NetworkServer, private PortEvents {
         if (!m_settings.source.empty()) {
             port.localSocket = LocalSocketPath(m_settings.runtimeFolder, m_settings.source);
             if (port.localSocket.empty()) {
-                error = {Translatable("Niepoprawna nazwa albo za długa ścieżka gniazda %s"),
-                         {m_settings.runtimeFolder + '/' + ToUtf8(m_settings.source)}};
+                error = {
+                    platform::Translatable("Niepoprawna nazwa albo za długa ścieżka gniazda %s"),
+                    {m_settings.runtimeFolder + '/' + text::ToUtf8(m_settings.source)}};
                 return false;
             }
             if (!m_socket.Claim(port.localSocket, error)) return false;
@@ -82,18 +83,19 @@ class Server final : public NetworkServer, private PortEvents {
     }
 
   private:
-    bool AllowsAddress(Notice& error) const {
+    bool AllowsAddress(platform::Notice& error) const {
         std::string host;
         std::uint16_t port = 0;
         if (m_settings.address.empty()) return true;
-        if (!ReadAddress(m_settings.address, host, port)) {
-            error = {Translatable("Niepoprawny adres %s"), {m_settings.address}};
+        if (!platform::ReadAddress(m_settings.address, host, port)) {
+            error = {platform::Translatable("Niepoprawny adres %s"), {m_settings.address}};
             return false;
         }
-        if (m_settings.tls || m_settings.plainTextAllowed || IsLoopback(host)) return true;
+        if (m_settings.tls || m_settings.plainTextAllowed || platform::IsLoopback(host))
+            return true;
         error = {"%s: %s",
                  {m_settings.address,
-                  ToUtf8(ConnectionReasonText(ReasonPlainText, m_services.translator))}};
+                  text::ToUtf8(ConnectionReasonText(ReasonPlainText, m_services.translator))}};
         return false;
     }
 
@@ -130,7 +132,7 @@ class Server final : public NetworkServer, private PortEvents {
     }
 
     const NetworkServerSettings m_settings;
-    MainLoop& m_loop;
+    platform::MainLoop& m_loop;
     const CallServices m_services;
     std::shared_ptr<HandOver> m_pWork;
     std::map<ServerCall*, std::unique_ptr<ServerCall>> m_mapCalls;
@@ -141,14 +143,15 @@ class Server final : public NetworkServer, private PortEvents {
 }  // namespace
 
 std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
-                                               SessionAcceptor& acceptor, MainLoop& loop,
-                                               LogSink& log, const Translator& translator,
+                                               SessionAcceptor& acceptor, platform::MainLoop& loop,
+                                               platform::LogSink& log,
+                                               const platform::Translator& translator,
                                                std::string& error) {
     auto server = std::make_unique<Server>(settings, acceptor, loop, log, translator);
-    Notice reason;
+    platform::Notice reason;
     if (server->Listen(reason)) return server;
-    error = FromUtf8(InWords(reason, translator));
+    error = text::FromUtf8(platform::InWords(reason, translator));
     return nullptr;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -14,7 +14,7 @@
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Patience.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 struct NetworkServerSettings {
     // A local socket of this name in the folder; an engine text, empty: none. It is open to its
@@ -48,8 +48,9 @@ class NetworkServer : public ServerTransport {
 
 // Null with an engine text in `error` when it cannot listen as told.
 std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
-                                               SessionAcceptor& acceptor, MainLoop& loop,
-                                               LogSink& log, const Translator& translator,
+                                               SessionAcceptor& acceptor, platform::MainLoop& loop,
+                                               platform::LogSink& log,
+                                               const platform::Translator& translator,
                                                std::string& error);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

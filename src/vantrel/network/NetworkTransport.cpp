@@ -8,13 +8,14 @@
 #include "vantrel/Codes.h"
 #include "vantrel/network/ListReception.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
 // The source, the detail.
-constexpr const char* kNoConnection = Translatable("Brak połączenia z %s (%s)");
-constexpr const char* kServerStuck = Translatable("Serwer %s nie odbiera komunikatów (%s)");
+constexpr const char* kNoConnection = platform::Translatable("Brak połączenia z %s (%s)");
+constexpr const char* kServerStuck =
+    platform::Translatable("Serwer %s nie odbiera komunikatów (%s)");
 
 std::uint32_t ReasonOf(StreamEnd end, bool wasOpen) {
     if (end == StreamEnd::TooLarge) return ReasonBadMessage;
@@ -50,21 +51,21 @@ void NetworkTransport::Attempt() {
     m_watch = PeerWatch(m_client.m_settings.clock());
     m_pReception =
         std::make_shared<Reception<ServerParcel>>(m_client.m_loop, m_client.m_settings.inboxLimit);
-    Notice error;
+    platform::Notice error;
     m_pStream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::Converse, m_pReception,
                                         m_client.m_settings.outboxLimit, error);
     if (m_pStream) return m_pReception->Start(m_pStream, *this);
-    Log(kNoConnection, InWords(error, m_client.m_translator), LogErrors);
+    Log(kNoConnection, platform::InWords(error, m_client.m_translator), platform::LogErrors);
     Break(ReasonUnreachable);
 }
 
 void NetworkTransport::Send(ClientMessage message) {
     if (m_state != State::Open) return;
-    const Translator& translator = m_client.m_translator;
+    const platform::Translator& translator = m_client.m_translator;
     PackedRequest packed = Pack(message);
     for (ServerMessage& refusal : packed.refusals) {
         if (auto* login = std::get_if<LoginResult>(&refusal)) {
-            login->text = translator.Translate(ToUtf8(login->text).c_str());
+            login->text = translator.Translate(text::ToUtf8(login->text).c_str());
         }
         Tell([refusal = std::move(refusal)](ClientTransportEvents& events) mutable {
             events.OnMessage(std::move(refusal));
@@ -72,7 +73,8 @@ void NetworkTransport::Send(ClientMessage message) {
     }
     for (std::string& parcel : packed.parcels) {
         if (m_pStream->Send(std::move(parcel))) continue;
-        Log(kServerStuck, ToUtf8(ConnectionReasonText(ReasonSilent, translator)), LogErrors);
+        Log(kServerStuck, text::ToUtf8(ConnectionReasonText(ReasonSilent, translator)),
+            platform::LogErrors);
         return Break(ReasonSilent);
     }
     m_bSpoke = true;
@@ -130,8 +132,8 @@ void NetworkTransport::Tell(std::function<void(ClientTransportEvents&)> event) {
 }
 
 void NetworkTransport::Log(const char* polish, const std::string& detail, int level) {
-    std::string line =
-        FromUtf8(InWords({polish, {ToUtf8(m_strSource), detail}}, m_client.m_translator));
+    std::string line = text::FromUtf8(
+        platform::InWords({polish, {text::ToUtf8(m_strSource), detail}}, m_client.m_translator));
     if (line == m_strLastDetail) return;
     m_client.m_log.Log(line, level);
     m_strLastDetail = std::move(line);
@@ -158,7 +160,7 @@ void NetworkTransport::OnWireFault(WireFault) {
 }
 
 void NetworkTransport::OnEnded(StreamEnd end, const std::string& detail) {
-    if (m_state == State::Opening) Log(kNoConnection, detail, LogEvents);
+    if (m_state == State::Opening) Log(kNoConnection, detail, platform::LogEvents);
     Break(ReasonOf(end, m_state == State::Open));
 }
 
@@ -169,11 +171,11 @@ bool NetworkTransport::LoadVariableList(const LoginRequest& login,
     PackedRequest packed = Pack(ClientMessage(login));
     if (packed.parcels.empty()) return false;
     const auto reception = std::make_shared<ListReception>();
-    Notice error;
+    platform::Notice error;
     const auto stream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::ListVariables, reception,
                                                 m_client.m_settings.outboxLimit, error);
     if (!stream) {
-        Log(kNoConnection, InWords(error, m_client.m_translator), LogErrors);
+        Log(kNoConnection, platform::InWords(error, m_client.m_translator), platform::LogErrors);
         return false;
     }
     stream->Resume();
@@ -185,8 +187,8 @@ bool NetworkTransport::LoadVariableList(const LoginRequest& login,
 
 // ---- the factory
 
-NetworkClient::NetworkClient(NetworkClientSettings settings, MainLoop& loop, LogSink& log,
-                             const Translator& translator)
+NetworkClient::NetworkClient(NetworkClientSettings settings, platform::MainLoop& loop,
+                             platform::LogSink& log, const platform::Translator& translator)
     : m_settings(std::move(settings)), m_loop(loop), m_log(log), m_translator(translator) {}
 
 NetworkClient::~NetworkClient() = default;
@@ -204,4 +206,4 @@ void NetworkClient::KeepAlive() {
     for (NetworkTransport* transport : m_arrTransports) transport->KeepAlive();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/Reception.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class NetworkTransport final : public ClientTransport, private ReceptionListener<ServerParcel> {
   public:
@@ -61,4 +61,4 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     std::string m_strLastDetail;  // of the log, which is told each detail once
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

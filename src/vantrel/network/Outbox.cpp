@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 Outbox::Put Outbox::Add(std::string parcel) {
     const std::lock_guard lock(m_mutex);
@@ -54,4 +54,4 @@ bool Outbox::IsStuck() {
     return !std::exchange(m_bMoved, false) && m_bWriting;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class Outbox final {
   public:
@@ -48,4 +48,4 @@ class Outbox final {
     mutable bool m_bBacklogSeen = false;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 
 #include "vantrel/Messages.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Bounds of a parcel; sizes in bytes, of texts in UTF-8.
 inline constexpr std::size_t kMaxParcelBytes = 4 << 20;
@@ -74,4 +74,4 @@ const char* WireFaultText(WireFault fault);
 WireFault Unpack(std::string_view bytes, ClientParcel& parcel);
 WireFault Unpack(std::string_view bytes, ServerParcel& parcel);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

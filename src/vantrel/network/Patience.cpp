@@ -4,7 +4,7 @@
 #include <chrono>
 #include <utility>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -35,4 +35,4 @@ std::int64_t RetryPause::Next() {
     return std::exchange(m_nNext, std::min(m_nNext * 2, kLongestPause));
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 using SteadyClock = std::function<std::int64_t()>;
 
@@ -51,4 +51,4 @@ class RetryPause {
     std::int64_t m_nNext = kFirst;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -14,7 +14,7 @@
 #include "vantrel/network/Parcel.h"
 #include "vantrel/network/Stream.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // Called on the main thread, and never within a call of its own.
 template <class Parcel>
@@ -33,7 +33,7 @@ std::size_t WeightOf(const Message& message) {
     return std::visit(
         [](const auto& content) -> std::size_t {
             if constexpr (requires { content.values.size(); }) {
-                return content.values.size() * sizeof(CVal);
+                return content.values.size() * sizeof(value::CVal);
             } else if constexpr (requires { content.entries.size(); }) {
                 return content.entries.size() * sizeof(content.entries[0]);
             } else {
@@ -47,7 +47,7 @@ template <class Parcel>
 class Reception final : public StreamEvents,
                         public std::enable_shared_from_this<Reception<Parcel>> {
   public:
-    Reception(MainLoop& loop, std::size_t inboxLimit)
+    Reception(platform::MainLoop& loop, std::size_t inboxLimit)
         : m_pHandOver(std::make_shared<HandOver>(loop, inboxLimit)) {}
 
     // From now on the stream is read. The listener lasts until Stop. Main thread.
@@ -105,4 +105,4 @@ class Reception final : public StreamEvents,
     Listener* m_pListener = nullptr;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

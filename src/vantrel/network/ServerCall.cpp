@@ -6,21 +6,24 @@
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
 // Polish, UTF-8: the client, the detail.
 constexpr const char* kClientStuck =
-    Translatable("Klient %s nie odbiera komunikatów - połączenie zerwane");
-constexpr const char* kClientSilent = Translatable("Klient %s nie odpowiada - połączenie zerwane");
-constexpr const char* kBadMessage = Translatable("Błąd odbioru pakietu od klienta %s (%s)");
+    platform::Translatable("Klient %s nie odbiera komunikatów - połączenie zerwane");
+constexpr const char* kClientSilent =
+    platform::Translatable("Klient %s nie odpowiada - połączenie zerwane");
+constexpr const char* kBadMessage =
+    platform::Translatable("Błąd odbioru pakietu od klienta %s (%s)");
 constexpr const char* kTooManyClients =
-    Translatable("Odmowa połączenia z klientem %s: za dużo klientów");
-constexpr const char* kTooManyVariables = Translatable("Klient %s subskrybuje za dużo zmiennych");
+    platform::Translatable("Odmowa połączenia z klientem %s: za dużo klientów");
+constexpr const char* kTooManyVariables =
+    platform::Translatable("Klient %s subskrybuje za dużo zmiennych");
 constexpr const char* kLeftOut =
-    Translatable("Klient %s nie otrzyma za długich danych (pozycje: %s)");
-constexpr const char* kThisMachine = Translatable("na tym komputerze");
+    platform::Translatable("Klient %s nie otrzyma za długich danych (pozycje: %s)");
+constexpr const char* kThisMachine = platform::Translatable("na tym komputerze");
 
 }  // namespace
 
@@ -69,17 +72,18 @@ void ServerCall::Check(std::int64_t now) {
 }
 
 void ServerCall::Log(const char* polish, const std::string& detail) {
-    std::string client = ToUtf8(m_strClient);
+    std::string client = text::ToUtf8(m_strClient);
     if (!m_caller.address.empty()) {
         client += client.empty() ? m_caller.address : " (" + m_caller.address + ")";
     }
-    const Translator& translator = m_services.translator;
-    if (client.empty()) client = ToUtf8(translator.Translate(kThisMachine));
-    m_services.log.Log(FromUtf8(InWords({polish, {client, detail}}, translator)), LogErrors);
+    const platform::Translator& translator = m_services.translator;
+    if (client.empty()) client = text::ToUtf8(translator.Translate(kThisMachine));
+    m_services.log.Log(text::FromUtf8(platform::InWords({polish, {client, detail}}, translator)),
+                       platform::LogErrors);
 }
 
 void ServerCall::LogFault(WireFault fault) {
-    Log(kBadMessage, ToUtf8(m_services.translator.Translate(WireFaultText(fault))));
+    Log(kBadMessage, text::ToUtf8(m_services.translator.Translate(WireFaultText(fault))));
 }
 
 void ServerCall::OnEnded(StreamEnd, const std::string&) {
@@ -200,4 +204,4 @@ void ListCall::OnWireFault(WireFault fault) {
     End(ReasonBadMessage, Ending::Refusal);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -14,7 +14,7 @@
 #include "vantrel/network/NetworkServer.h"
 #include "vantrel/network/Reception.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // A client that has called. One that nobody takes is turned away.
 struct Caller {
@@ -30,8 +30,8 @@ class ServerCall;
 struct CallServices {
     const NetworkServerSettings& settings;
     SessionAcceptor& acceptor;
-    LogSink& log;
-    const Translator& translator;
+    platform::LogSink& log;
+    const platform::Translator& translator;
     // Removes the call after the present piece of work, with a last word to it.
     std::function<void(ServerCall&)> retire;
 };
@@ -115,4 +115,4 @@ class ListCall final : public ServerCall {
     const std::shared_ptr<ListCall*> m_pSelf;  // for an answer that comes when the call has gone
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

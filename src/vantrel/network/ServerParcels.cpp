@@ -4,7 +4,7 @@
 #include "vantrel/network/ListCutter.h"
 #include "vantrel/network/Parcel.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -83,7 +83,7 @@ class Packer {
         pb::ReadAnswer& pattern = *cutter.Pattern().mutable_read_answer();
         pattern.set_id(message.id);
         pattern.set_result(message.result);
-        for (const CVal& value : message.values) {
+        for (const value::CVal& value : message.values) {
             AddValue(value, *cutter.Next(SizeOf(value)).mutable_values());
         }
         cutter.Finish(!message.last);
@@ -150,7 +150,7 @@ VariableDefinitions Read(const pb::VariableDefinitions& in, Reader& reader) {
 ValueUpdates Read(const pb::ValueUpdates& in, Reader& reader) {
     ValueUpdates message;
     message.last = !in.more();
-    std::vector<CVal> values = reader.Values(in.values());
+    std::vector<value::CVal> values = reader.Values(in.values());
     if (!reader.Columns({in.handles_size(), static_cast<int>(values.size())})) return message;
     message.entries.reserve(values.size());
     for (int index = 0; index < in.handles_size(); ++index) {
@@ -247,4 +247,4 @@ WireFault Unpack(std::string_view bytes, ServerParcel& parcel) {
     return reader.Fault();
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 #include "vantrel/network/ListeningFault.h"
 #include "vantrel/network/TlsContent.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -121,7 +121,7 @@ class Service final : public grpc::CallbackGenericService {
         }
         std::string host;
         std::uint16_t port = 0;
-        if (!ReadAddress(peer, host, port) || IsLoopback(host)) return {};
+        if (!platform::ReadAddress(peer, host, port) || platform::IsLoopback(host)) return {};
         constexpr std::string_view kMapped = "::ffff:";
         if (host.starts_with(kMapped) && host.find('.') != std::string::npos) {
             host.erase(0, kMapped.size());
@@ -143,7 +143,7 @@ class GrpcPort final : public ServerPort {
         if (m_pServer) m_pServer->Shutdown(std::chrono::system_clock::now() + kGrace);
     }
 
-    bool Open(const PortSettings& settings, Notice& error) {
+    bool Open(const PortSettings& settings, platform::Notice& error) {
         auto credentials = grpc::InsecureServerCredentials();
         if (settings.tls) {
             credentials = MakeCredentials(*settings.tls, error);
@@ -174,18 +174,21 @@ class GrpcPort final : public ServerPort {
   private:
     // The library does not tell why; so the system is asked, and what it has nothing against is the
     // fault of the certificate.
-    static Notice Fault(const PortSettings& settings) {
+    static platform::Notice Fault(const PortSettings& settings) {
         const bool local = settings.address.empty();
         const std::string& place = local ? settings.localSocket : settings.address;
         const std::string why = local ? "" : ListeningFault(place);
-        if (!why.empty()) return {Translatable("Nie można nasłuchiwać %s (%s)"), {place, why}};
-        if (local || !settings.tls) return {Translatable("Nie można nasłuchiwać %s"), {place}};
-        return {Translatable("Nie można nasłuchiwać %s (niepoprawny certyfikat albo klucz)"),
-                {place}};
+        if (!why.empty())
+            return {platform::Translatable("Nie można nasłuchiwać %s (%s)"), {place, why}};
+        if (local || !settings.tls)
+            return {platform::Translatable("Nie można nasłuchiwać %s"), {place}};
+        return {
+            platform::Translatable("Nie można nasłuchiwać %s (niepoprawny certyfikat albo klucz)"),
+            {place}};
     }
 
     static std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
-                                                                    Notice& error) {
+                                                                    platform::Notice& error) {
         TlsContent content;
         if (!ReadTlsFiles(files, content, error)) return nullptr;
         grpc::SslServerCredentialsOptions options(
@@ -204,10 +207,10 @@ class GrpcPort final : public ServerPort {
 }  // namespace
 
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
-                                     Notice& error) {
+                                     platform::Notice& error) {
     auto port = std::make_unique<GrpcPort>(events, settings.outboxLimit);
     if (!port->Open(settings, error)) return nullptr;
     return port;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Stream.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 struct PortSettings {
     std::string localSocket = {};  // path; empty: none
@@ -43,6 +43,6 @@ class ServerPort {
 
 // Null with the reason in `error`. The events outlive the port.
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
-                                     Notice& error);
+                                     platform::Notice& error);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

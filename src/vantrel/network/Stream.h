@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // The calls of the service in sorvane.proto.
 enum class StreamMethod { Converse, ListVariables };
@@ -53,4 +53,4 @@ class StreamEvents {
     virtual void OnEnded(StreamEnd end, const std::string& detail) = 0;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -2,9 +2,9 @@
 
 #include "platform/Files.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
-bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, Notice& error) {
+bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, platform::Notice& error) {
     const struct {
         const std::string& path;
         std::string& content;
@@ -13,11 +13,11 @@ bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, Notice& error) {
                 {files.key, content.key}};
     for (const auto& row : rows) {
         std::string why;
-        if (row.path.empty() || ReadWholeFile(row.path, row.content, why)) continue;
-        error = {Translatable("Brak dostępu do pliku %s (%s)"), {row.path, why}};
+        if (row.path.empty() || platform::ReadWholeFile(row.path, row.content, why)) continue;
+        error = {platform::Translatable("Brak dostępu do pliku %s (%s)"), {row.path, why}};
         return false;
     }
     return true;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -6,7 +6,7 @@
 #include "platform/Translator.h"
 #include "vantrel/network/Endpoint.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 struct TlsContent {
     std::string authority;
@@ -15,6 +15,6 @@ struct TlsContent {
 };
 
 // False, with the reason in `error`, when a file that is named cannot be read.
-bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, Notice& error);
+bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, platform::Notice& error);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

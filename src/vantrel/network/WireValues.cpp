@@ -4,7 +4,7 @@
 
 #include "text/CodePage.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -25,14 +25,14 @@ namespace {
 // Type, status, time and a number at their longest.
 constexpr std::size_t kValueBytes = 3 + 3 + 10 + 10;
 
-CVal MakeInteger(std::uint16_t type, std::int64_t integer) {
-    CVal value(static_cast<long long>(integer));
+value::CVal MakeInteger(std::uint16_t type, std::int64_t integer) {
+    value::CVal value(static_cast<long long>(integer));
     value.SetType(type);
     return value;
 }
 
-CVal MakeEmpty(std::uint16_t type) {
-    CVal value;
+value::CVal MakeEmpty(std::uint16_t type) {
+    value::CVal value;
     value.SetType(type);
     return value;
 }
@@ -62,43 +62,43 @@ class ColumnReader {
 }  // namespace
 
 bool PutText(std::string_view text, std::size_t bound, std::string& out) {
-    out = ToUtf8(text);
+    out = text::ToUtf8(text);
     if (out.size() <= bound) return true;
     out.clear();
     return false;
 }
 
-std::size_t SizeOf(const CVal& value) {
+std::size_t SizeOf(const value::CVal& value) {
     return kValueBytes + (value.IsText() ? value.Text().size() : 0);
 }
 
-bool Fits(const CVal& value) {
+bool Fits(const value::CVal& value) {
     // No byte becomes more than three.
     return !value.IsText() || value.Text().size() <= kMaxTextBytes / 3 ||
-           ToUtf8(value.Text()).size() <= kMaxTextBytes;
+           text::ToUtf8(value.Text()).size() <= kMaxTextBytes;
 }
 
-void PutValue(const CVal& value, pb::Value& out) {
+void PutValue(const value::CVal& value, pb::Value& out) {
     const std::uint16_t type = value.GetType();
     out.set_type(type);
     out.set_status(value.GetStatus());
     out.set_time(value.GetTime());
     if (value.IsText()) {
-        out.set_text(ToUtf8(value.Text()));
-    } else if (ValueType::IsInteger(type)) {
+        out.set_text(text::ToUtf8(value.Text()));
+    } else if (value::ValueType::IsInteger(type)) {
         out.set_integer(value.Integer());
-    } else if (type == ValueType::Double) {
+    } else if (type == value::ValueType::Double) {
         out.set_real(value.Real());
     }
 }
 
-void AddValue(const CVal& value, pb::Values& out) {
+void AddValue(const value::CVal& value, pb::Values& out) {
     const std::uint16_t type = value.GetType();
     if (value.IsText()) {
-        out.add_texts(ToUtf8(value.Text()));
-    } else if (ValueType::IsInteger(type)) {
+        out.add_texts(text::ToUtf8(value.Text()));
+    } else if (value::ValueType::IsInteger(type)) {
         out.add_integers(value.Integer());
-    } else if (type == ValueType::Double) {
+    } else if (type == value::ValueType::Double) {
         out.add_reals(value.Real());
     }
     out.set_count(out.count() + 1);
@@ -127,30 +127,31 @@ bool Parse(std::string_view bytes, google::protobuf::MessageLite& message, Reade
 }
 
 std::string Reader::Text(const std::string& utf8, std::size_t bound, WireFault fault) {
-    if (utf8.size() <= bound) return FromUtf8(utf8);
+    if (utf8.size() <= bound) return text::FromUtf8(utf8);
     Note(fault);
     return {};
 }
 
-ValueKind Reader::Kind(int kind) {
-    if (kind >= KindNone && kind <= KindArchive) return static_cast<ValueKind>(kind);
+value::ValueKind Reader::Kind(int kind) {
+    if (kind >= value::KindNone && kind <= value::KindArchive)
+        return static_cast<value::ValueKind>(kind);
     Note(WireFault::NumberOutOfRange);
-    return KindNone;
+    return value::KindNone;
 }
 
-CVal Reader::Value(const pb::Value& value) {
+value::CVal Reader::Value(const pb::Value& value) {
     const auto type = Narrow<std::uint16_t>(value.type());
-    CVal result;
+    value::CVal result;
     auto content = pb::Value::CONTENT_NOT_SET;
-    if (ValueType::IsInteger(type)) {
+    if (value::ValueType::IsInteger(type)) {
         content = pb::Value::kInteger;
         result = MakeInteger(type, value.integer());
-    } else if (type == ValueType::Double) {
+    } else if (type == value::ValueType::Double) {
         content = pb::Value::kReal;
-        result = CVal(value.real());
-    } else if (type == ValueType::Text) {
+        result = value::CVal(value.real());
+    } else if (type == value::ValueType::Text) {
         content = pb::Value::kText;
-        result = CVal(Text(value.text()));
+        result = value::CVal(Text(value.text()));
     } else {
         result = MakeEmpty(type);
     }
@@ -160,7 +161,7 @@ CVal Reader::Value(const pb::Value& value) {
     return result;
 }
 
-std::vector<CVal> Reader::Values(const pb::Values& values) {
+std::vector<value::CVal> Reader::Values(const pb::Values& values) {
     const ColumnReader types(values.types());
     const ColumnReader statuses(values.statuses());
     const ColumnReader times(values.times());
@@ -175,17 +176,17 @@ std::vector<CVal> Reader::Values(const pb::Values& values) {
     int integers = 0;
     int reals = 0;
     int texts = 0;
-    std::vector<CVal> result;
+    std::vector<value::CVal> result;
     result.reserve(count);
     for (int index = 0; index < count && m_fault == WireFault::None; ++index) {
         const auto type = Narrow<std::uint16_t>(types.At(index));
-        if (ValueType::IsInteger(type)) {
+        if (value::ValueType::IsInteger(type)) {
             if (integers == values.integers_size()) break;
             result.push_back(MakeInteger(type, values.integers(integers++)));
-        } else if (type == ValueType::Double) {
+        } else if (type == value::ValueType::Double) {
             if (reals == values.reals_size()) break;
             result.emplace_back(values.reals(reals++));
-        } else if (type == ValueType::Text) {
+        } else if (type == value::ValueType::Text) {
             if (texts == values.texts_size()) break;
             result.emplace_back(Text(values.texts(texts++)));
         } else {
@@ -210,4 +211,4 @@ bool Reader::Columns(std::initializer_list<int> sizes) {
 
 }  // namespace wire
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

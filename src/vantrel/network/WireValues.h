@@ -11,7 +11,7 @@
 #include "sorvane.pb.h"
 #include "vantrel/network/Parcel.h"
 
-namespace kalvex::wire {
+namespace kalvex::vantrel::wire {
 
 namespace pb = ::sorvane::v1;
 
@@ -22,13 +22,14 @@ inline constexpr std::size_t kParcelGoal = 256 << 10;
 
 // False, the text being empty then, when it is beyond the bound.
 bool PutText(std::string_view text, std::size_t bound, std::string& out);
-bool Fits(const CVal& value);
+bool Fits(const value::CVal& value);
 // Of values that fit.
-void PutValue(const CVal& value, pb::Value& out);
-void AddValue(const CVal& value, pb::Values& out);
+void PutValue(const value::CVal& value, pb::Value& out);
+void AddValue(const value::CVal& value, pb::Values& out);
 // Makes a single element of each column that has the same element throughout.
 void Squeeze(pb::Values& values);
-std::size_t SizeOf(const CVal& value);  // in a column, at most, as far as bytes of texts tell
+std::size_t SizeOf(
+    const value::CVal& value);  // in a column, at most, as far as bytes of texts tell
 
 // ---- in
 
@@ -58,10 +59,10 @@ class Reader {
         return static_cast<Number>(number);
     }
 
-    ValueKind Kind(int number);
-    CVal Value(const pb::Value& value);
+    value::ValueKind Kind(int number);
+    value::CVal Value(const pb::Value& value);
     // As many as told; an empty vector when something is wrong.
-    std::vector<CVal> Values(const pb::Values& values);
+    std::vector<value::CVal> Values(const pb::Values& values);
     // True when all the sizes are equal and within the bound of lists.
     bool Columns(std::initializer_list<int> sizes);
 
@@ -71,4 +72,4 @@ class Reader {
     WireFault m_fault = WireFault::None;
 };
 
-}  // namespace kalvex::wire
+}  // namespace kalvex::vantrel::wire

@@ -8,14 +8,14 @@
 #include "value/LocalTimeText.h"
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 namespace {
 
-using Type = JsonNode::Type;
+using Type = platform::JsonNode::Type;
 
 struct Fault {
-    const JsonNode& place;
+    const platform::JsonNode& place;
     std::string words;
 };
 
@@ -24,13 +24,14 @@ constexpr std::int64_t kAnyNumber = std::numeric_limits<std::int64_t>::max();
 // A value of the file with the name by which its faults are told.
 class Item {
   public:
-    Item(const JsonNode& node, std::string name) : m_node(node), m_strName(std::move(name)) {}
+    Item(const platform::JsonNode& node, std::string name)
+        : m_node(node), m_strName(std::move(name)) {}
 
     [[noreturn]] void Fail(const std::string& words) const {
         throw Fault{m_node, '"' + m_strName + "\" " + words};
     }
 
-    const JsonNode& Node() const { return m_node; }
+    const platform::JsonNode& Node() const { return m_node; }
     bool IsNull() const { return m_node.type == Type::Null; }
 
     std::int64_t Number(std::int64_t least, std::int64_t greatest) const {
@@ -49,13 +50,13 @@ class Item {
 
     std::string Text() const {
         if (m_node.type != Type::Text) Fail("must be a text");
-        return FromUtf8(m_node.text);
+        return text::FromUtf8(m_node.text);
     }
 
     // Local time as text, or seconds.
     std::int64_t Time() const {
         if (m_node.type == Type::Integer) return Number(0, kAnyNumber);
-        const std::optional<std::int64_t> time = ParseLocalTime(m_node.text);
+        const std::optional<std::int64_t> time = value::ParseLocalTime(m_node.text);
         if (!time) Fail("must be a time (\"YYYY-MM-DD HH:MM:SS\" or seconds)");
         return *time;
     }
@@ -64,7 +65,7 @@ class Item {
     template <class Row>
     void Rows(Row row) const {
         if (m_node.type != Type::Array) Fail("must be an array");
-        for (const JsonNode& node : m_node.items) row(Item(node, m_strName));
+        for (const platform::JsonNode& node : m_node.items) row(Item(node, m_strName));
     }
 
     // Each member of the object.
@@ -79,7 +80,7 @@ class Item {
     const std::string& Name() const { return m_strName; }  // UTF-8
 
   private:
-    const JsonNode& m_node;
+    const platform::JsonNode& m_node;
     std::string m_strName;
 };
 
@@ -103,7 +104,7 @@ void ReadFields(Object& object, const Item& item, const std::array<Field<Object>
 // ---- values
 
 struct ValueRow {
-    CVal value;
+    value::CVal value;
     std::optional<int> type;
     bool given = false;
     bool stamped = false;
@@ -112,16 +113,16 @@ struct ValueRow {
     std::int64_t time = 0;
 };
 
-CVal ReadValue(const Item& item) {
+value::CVal ReadValue(const Item& item) {
     switch (item.Node().type) {
         case Type::Null:
-            return CVal();
+            return value::CVal();
         case Type::Text:
-            return CVal(item.Text());
+            return value::CVal(item.Text());
         case Type::Real:
-            return CVal(item.Node().real);
+            return value::CVal(item.Node().real);
         case Type::Integer:
-            return CVal(item.Node().integer);
+            return value::CVal(item.Node().integer);
         default:
             item.Fail("must be a number, a text or null");
     }
@@ -151,14 +152,16 @@ ValueRow ReadValueRow(const Item& item) {
     ValueRow row;
     ReadFields(row, item, kValueFields);
     if (!row.given) item.Fail("has an entry without \"value\"");
-    if (!row.type && row.value.GetType() == ValueType::Int64) row.type = ValueType::Int;
+    if (!row.type && row.value.GetType() == value::ValueType::Int64)
+        row.type = value::ValueType::Int;
     if (row.type) {
-        const CVal original = row.value;
-        const bool fits = *row.type == ValueType::None ||
-                          (row.value.Cast(*row.type) && row.value.GetType() == *row.type &&
-                           (!ValueType::IsInteger(original.GetType()) || row.value == original));
+        const value::CVal original = row.value;
+        const bool fits =
+            *row.type == value::ValueType::None ||
+            (row.value.Cast(*row.type) && row.value.GetType() == *row.type &&
+             (!value::ValueType::IsInteger(original.GetType()) || row.value == original));
         if (!fits) item.Fail("has a value that is none of type " + std::to_string(*row.type));
-        if (*row.type == ValueType::None) row.value = CVal();
+        if (*row.type == value::ValueType::None) row.value = value::CVal();
     }
     row.value.SetStatus(row.status);
     row.value.SetTime(row.time);
@@ -172,7 +175,7 @@ void ReadCurrent(SimulatedVariable& variable, const Item& item) {
     });
 }
 
-template <ValueKind Kind>
+template <value::ValueKind Kind>
 void ReadStored(SimulatedVariable& variable, const Item& item) {
     item.Rows([&](const Item& entry) {
         ValueRow row = ReadValueRow(entry);
@@ -200,11 +203,11 @@ void ReadAttributes(SimulatedVariable& variable, const Item& item) {
 constexpr std::array<Field<SimulatedVariable>, 10> kVariableFields = {{
     {"attributes", ReadAttributes},
     {"current", ReadCurrent},
-    {"hour", ReadStored<KindHour>},
-    {"day", ReadStored<KindDay>},
-    {"month", ReadStored<KindMonth>},
-    {"span", ReadStored<KindSpan>},
-    {"archive", ReadStored<KindArchive>},
+    {"hour", ReadStored<value::KindHour>},
+    {"day", ReadStored<value::KindDay>},
+    {"month", ReadStored<value::KindMonth>},
+    {"span", ReadStored<value::KindSpan>},
+    {"archive", ReadStored<value::KindArchive>},
     {"accessError", ReadCode<&SimulatedVariable::accessError>},
     {"readError", ReadCode<&SimulatedVariable::readError>},
     {"writeError", ReadCode<&SimulatedVariable::writeError>},
@@ -213,7 +216,7 @@ constexpr std::array<Field<SimulatedVariable>, 10> kVariableFields = {{
 void ReadVariables(PlantSource& source, const Item& item) {
     item.Members([&](const Item& member) {
         SimulatedVariable& variable = source.variables.emplace_back();
-        variable.name = FromUtf8(member.Name());
+        variable.name = text::FromUtf8(member.Name());
         ReadFields(variable, member, kVariableFields);
     });
 }
@@ -243,8 +246,8 @@ constexpr std::array<Field<PlantReportChange>, 3> kReportChangeFields = {{
     {"atTick", [](PlantReportChange& change, const Item& item) { change.atTick = item.Tick(); }},
     {"kind",
      [](PlantReportChange& change, const Item& item) {
-         change.kind = KindFromWord(item.Text());
-         if (!IsReport(change.kind)) {
+         change.kind = value::KindFromWord(item.Text());
+         if (!value::IsReport(change.kind)) {
              item.Fail("must be HREP, DREP, MREP or SREP");
          }
      }},
@@ -255,7 +258,7 @@ void ReadReportChanges(PlantSource& source, const Item& item) {
     item.Rows([&](const Item& entry) {
         PlantReportChange& change = source.reportChanges.emplace_back();
         ReadFields(change, entry, kReportChangeFields);
-        if (change.kind == KindNone) entry.Fail("has an entry without \"kind\"");
+        if (change.kind == value::KindNone) entry.Fail("has an entry without \"kind\"");
     });
 }
 
@@ -284,7 +287,7 @@ void ReadSources(PlantDefinition& plant, const Item& item) {
     item.Members([&](const Item& member) {
         SourceRow row;
         ReadFields(row, member, kSourceFields);
-        row.source.name = FromUtf8(member.Name());
+        row.source.name = text::FromUtf8(member.Name());
         row.source.dataAtTick = row.dataAtTick.value_or(row.source.connectAtTick.value_or(0));
         plant.sources.push_back(std::move(row.source));
     });
@@ -295,8 +298,8 @@ constexpr std::array<Field<PlantDefinition>, 1> kPlantFields = {{{"sources", Rea
 }  // namespace
 
 bool ReadPlant(const std::string& path, PlantDefinition& plant, std::string& fault) {
-    CJsonFile file(path);
-    JsonNode root;
+    platform::CJsonFile file(path);
+    platform::JsonNode root;
     bool good = file.Read(root);
     try {
         if (good) ReadFields(plant, Item(root, "plant"), kPlantFields);
@@ -307,4 +310,4 @@ bool ReadPlant(const std::string& path, PlantDefinition& plant, std::string& fau
     return good;
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -12,12 +12,12 @@
 #include "value/Status.h"
 #include "value/Value.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 // A value published at a tick.
 struct PlantCurrent {
     std::int64_t atTick = 0;
-    CVal value;
+    value::CVal value;
     bool stamped = false;  // false: its time is the moment of that tick
 };
 
@@ -25,7 +25,7 @@ struct SimulatedVariable {
     std::string name;
     std::vector<std::pair<std::string, std::string>> attributes;
     std::vector<PlantCurrent> current;
-    std::map<ValueKind, std::map<std::int64_t, CVal>> stored;  // by kind and time
+    std::map<value::ValueKind, std::map<std::int64_t, value::CVal>> stored;  // by kind and time
     std::optional<std::uint16_t> accessError;
     std::optional<std::uint16_t> readError;
     std::optional<std::uint16_t> writeError;
@@ -40,7 +40,7 @@ struct PlantOutage {
 
 struct PlantReportChange {
     std::int64_t atTick = 0;
-    ValueKind kind = KindNone;
+    value::ValueKind kind = value::KindNone;
     std::int64_t time = 0;
 };
 
@@ -62,4 +62,4 @@ struct PlantDefinition {
 // wrong there in `fault` (UTF-8).
 bool ReadPlant(const std::string& path, PlantDefinition& plant, std::string& fault);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -6,17 +6,18 @@
 #include "vantrel/Codes.h"
 #include "vantrel/plant/PlantTransport.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 PlantServer::PlantServer(SimulatedPlant& plant, PlantSource source)
     : m_plant(plant), m_source(std::move(source)) {
     m_arrVariables.reserve(m_source.variables.size());
     for (SimulatedVariable& definition : m_source.variables) {
-        Variable& variable = m_arrVariables.emplace_back(Variable{std::move(definition), CVal()});
+        Variable& variable =
+            m_arrVariables.emplace_back(Variable{std::move(definition), value::CVal()});
         m_mapByName.emplace(variable.definition.name, &variable);
         for (PlantCurrent& current : variable.definition.current) {
             plant.At(current.atTick, [this, &variable, &current] {
-                CVal value = current.value;
+                value::CVal value = current.value;
                 if (!current.stamped) value.SetTime(m_plant.Now());
                 Publish(variable, std::move(value));
             });
@@ -71,7 +72,7 @@ std::vector<VariableDefinition> PlantServer::Definitions() const {
     return definitions;
 }
 
-void PlantServer::Publish(Variable& variable, CVal value) {
+void PlantServer::Publish(Variable& variable, value::CVal value) {
     variable.value = std::move(value);
     for (PlantTransport* transport : m_arrTransports) transport->Publish(variable);
 }
@@ -88,12 +89,12 @@ ReadAnswer PlantServer::Read(const ReadRequest& request) {
         answer.result = *variable->definition.readError;
         return answer;
     }
-    const std::map<std::int64_t, CVal>& stored = variable->definition.stored[request.kind];
+    const std::map<std::int64_t, value::CVal>& stored = variable->definition.stored[request.kind];
     auto value = stored.lower_bound(request.from);
     for (; value != stored.end() && value->first <= request.to; ++value) {
         answer.values.push_back(value->second);
     }
-    const bool single = request.kind != KindArchive && request.from == request.to;
+    const bool single = request.kind != value::KindArchive && request.from == request.to;
     if (single && answer.values.empty()) answer.result = ResultNothing;
     return answer;
 }
@@ -102,7 +103,7 @@ std::uint16_t PlantServer::Modify(ModifyRequest& request) {
     Variable* variable = Find(request.variable);
     if (variable == nullptr) return ResultNothing;
     if (variable->definition.writeError) return *variable->definition.writeError;
-    if (request.kind == KindCurrent) {
+    if (request.kind == value::KindCurrent) {
         Publish(*variable, std::move(request.value));
         return ResultOk;
     }
@@ -116,9 +117,9 @@ std::uint16_t PlantServer::Modify(ArchiveModifyRequest& request) {
     Variable* variable = Find(request.variable);
     if (variable == nullptr) return ResultNothing;
     if (variable->definition.writeError) return *variable->definition.writeError;
-    for (CVal& value : request.values) {
+    for (value::CVal& value : request.values) {
         const std::int64_t time = value.GetTime();
-        variable->definition.stored[KindArchive].insert_or_assign(time, std::move(value));
+        variable->definition.stored[value::KindArchive].insert_or_assign(time, std::move(value));
     }
     return ResultOk;
 }
@@ -128,11 +129,11 @@ void PlantServer::Work(const PeriodRequest& request) {
     const bool leavesTrace =
         request.action == PeriodAction::Init || request.action == PeriodAction::Load;
     if (variable == nullptr || !leavesTrace) return;
-    std::map<std::int64_t, CVal>& stored = variable->definition.stored[request.kind];
-    CVal& value = stored.try_emplace(request.time, CVal(0.0)).first->second;
+    std::map<std::int64_t, value::CVal>& stored = variable->definition.stored[request.kind];
+    value::CVal& value = stored.try_emplace(request.time, value::CVal(0.0)).first->second;
     value.SetTime(request.time);
-    value.AddStatus(request.action == PeriodAction::Init ? Status::ReportInited
-                                                         : Status::ReportLoaded);
+    value.AddStatus(request.action == PeriodAction::Init ? value::Status::ReportInited
+                                                         : value::Status::ReportLoaded);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -11,7 +11,7 @@
 #include "vantrel/plant/PlantFile.h"
 #include "vantrel/plant/SimulatedPlant.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class PlantTransport;
 
@@ -31,7 +31,7 @@ class PlantServer {
 
     struct Variable {
         SimulatedVariable definition;
-        CVal value;
+        value::CVal value;
     };
 
     // Null for a name that the server does not have.
@@ -44,7 +44,7 @@ class PlantServer {
     void Work(const PeriodRequest& request);
 
   private:
-    void Publish(Variable& variable, CVal value);
+    void Publish(Variable& variable, value::CVal value);
 
     SimulatedPlant& m_plant;
     PlantSource m_source;
@@ -55,4 +55,4 @@ class PlantServer {
 
 VariableDefinition DefinitionOf(const SimulatedVariable& variable);
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

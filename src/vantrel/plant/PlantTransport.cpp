@@ -5,7 +5,7 @@
 
 #include "vantrel/Codes.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 PlantTransport::PlantTransport(PlantServer* server, ClientTransportEvents& events)
     : m_pServer(server), m_events(events) {
@@ -158,4 +158,4 @@ void PlantTransport::Take(PeriodRequest& message) {
     After(m_pServer->Latency(), [this, message = std::move(message)] { m_pServer->Work(message); });
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -10,7 +10,7 @@
 
 #include "vantrel/plant/PlantServer.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class PlantTransport final : public ClientTransport {
   public:
@@ -59,4 +59,4 @@ class PlantTransport final : public ClientTransport {
     std::multimap<const PlantServer::Variable*, VariableHandle> m_mapLive;  // answered with data
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -5,9 +5,10 @@
 #include "vantrel/plant/PlantServer.h"
 #include "vantrel/plant/PlantTransport.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
-SimulatedPlant::SimulatedPlant(PlantDefinition plant, const Clock& clock) : m_clock(clock) {
+SimulatedPlant::SimulatedPlant(PlantDefinition plant, const platform::Clock& clock)
+    : m_clock(clock) {
     for (PlantSource& source : plant.sources) {
         std::string name = source.name;
         m_mapServers.emplace(std::move(name),
@@ -37,4 +38,4 @@ std::unique_ptr<ClientTransport> SimulatedPlant::Connect(std::string_view source
         server == m_mapServers.end() ? nullptr : server->second.get(), events);
 }
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

@@ -14,7 +14,7 @@
 #include "vantrel/Transport.h"
 #include "vantrel/plant/PlantFile.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class PlantServer;
 
@@ -22,7 +22,7 @@ class PlantServer;
 // reached.
 class SimulatedPlant final : public TransportFactory {
   public:
-    SimulatedPlant(PlantDefinition plant, const Clock& clock);
+    SimulatedPlant(PlantDefinition plant, const platform::Clock& clock);
     ~SimulatedPlant() override;
 
     // Lets everything happen that is due before the first line of the tick, in a fixed order. Ticks
@@ -40,10 +40,10 @@ class SimulatedPlant final : public TransportFactory {
     void At(std::int64_t tick, std::function<void()> event);
 
   private:
-    const Clock& m_clock;
+    const platform::Clock& m_clock;
     std::int64_t m_nTick = 0;
     std::multimap<std::int64_t, std::function<void()>> m_mapEvents;
     std::map<std::string, std::unique_ptr<PlantServer>, std::less<>> m_mapServers;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel

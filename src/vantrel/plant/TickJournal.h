@@ -8,7 +8,7 @@
 
 #include "vantrel/Requests.h"
 
-namespace kalvex {
+namespace kalvex::vantrel {
 
 class TickJournal final : public RequestJournal {
   public:
@@ -33,4 +33,4 @@ class TickJournal final : public RequestJournal {
     std::map<const CClientConnection*, std::vector<Row>> m_mapRows;
 };
 
-}  // namespace kalvex
+}  // namespace kalvex::vantrel
