@@ -24,12 +24,12 @@ namespace {
 
 constexpr int kLinesOfRound = 4200;
 
-bool g_bWrong = false;
+bool g_wrong = false;
 
 void Expect(double got, double wanted, const std::string& row) {
     if (got == wanted) return;
     std::fprintf(stderr, "%s: %.17g instead of %.17g\n", row.c_str(), got, wanted);
-    g_bWrong = true;
+    g_wrong = true;
 }
 
 class World {
@@ -56,13 +56,13 @@ class World {
     platform::Translator m_translator;
     support::FixedUser m_users;
     platform::Paths m_paths{m_folder.Path()};
-    platform::CNoAnswers m_questions;
+    platform::NoAnswers m_questions;
     engine::DocumentServices m_services{
         {m_clock, m_log, m_translator, m_users, m_paths, language::Functions()},
         language::Statements(),
         m_questions};
     std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
-    engine::CTickRunner m_ticker;
+    engine::TickRunner m_ticker;
 };
 
 void RunLines(engine::CKalvexDoc& document, int lines) {
@@ -200,5 +200,5 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_wrong ? 1 : 0;
 }

@@ -14,13 +14,13 @@
 namespace kalvex::bench {
 namespace {
 
-bool g_bWrong = false;
+bool g_wrong = false;
 
 void Expect(double got, double wanted, std::string_view row) {
     if (got == wanted) return;
     std::fprintf(stderr, "%.*s: %g instead of %g\n", static_cast<int>(row.size()), row.data(), got,
                  wanted);
-    g_bWrong = true;
+    g_wrong = true;
 }
 
 constexpr std::int64_t kStart = 1710050400;
@@ -129,5 +129,5 @@ int main(int argc, char** argv) {
     const kalvex::support::ZoneScope zone("Europe/Warsaw");
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_wrong ? 1 : 0;
 }

@@ -58,30 +58,30 @@ class SourceSession final : public vantrel::ServerSession {
         if (writes == nullptr) return;
         const vantrel::ModifyRequest& order = writes->requests.front();
         if (order.variable == "CLOCK") return StartChanges();
-        m_nLeft = order.value.Integer();
+        m_left = order.value.Integer();
         Flow();
     }
-    void OnClosed(std::uint32_t) override { *m_pOpen = false; }
+    void OnClosed(std::uint32_t) override { *m_open = false; }
     void OnDrained() override { Flow(); }
 
   private:
     void Subscribe(const vantrel::SubscribeRequest& wish) {
         vantrel::ValueUpdates values;
         for (const vantrel::SubscribeRequest::Entry& entry : wish.added) {
-            if (entry.name == "CLOCK") m_nClock = entry.handle;
-            if (entry.name.starts_with("V")) m_arrHandles.push_back(entry.handle);
+            if (entry.name == "CLOCK") m_clock = entry.handle;
+            if (entry.name.starts_with("V")) m_handles.push_back(entry.handle);
             values.entries.push_back({entry.handle, value::CVal(0.0)});
         }
         m_link.Send(std::move(values));
     }
 
     void Flow() {
-        while (m_nLeft > 0 && m_link.Backlog() < vantrel::kMostBacklog) {
+        while (m_left > 0 && m_link.Backlog() < vantrel::kMostBacklog) {
             vantrel::ValueUpdates values;
-            for (; values.entries.size() < kBatch && m_nLeft > 0; --m_nLeft) {
-                if (m_nNext == 0) m_rRound += 1;
-                values.entries.push_back({m_arrHandles[m_nNext], value::CVal(m_rRound)});
-                m_nNext = (m_nNext + 1) % m_arrHandles.size();
+            for (; values.entries.size() < kBatch && m_left > 0; --m_left) {
+                if (m_next == 0) m_round += 1;
+                values.entries.push_back({m_handles[m_next], value::CVal(m_round)});
+                m_next = (m_next + 1) % m_handles.size();
             }
             m_link.Send(std::move(values));
         }
@@ -90,7 +90,7 @@ class SourceSession final : public vantrel::ServerSession {
     // Some milliseconds apart and at no time that a tick would know of.
     void StartChanges() {
         if (m_changes.joinable()) m_changes.join();
-        m_changes = std::thread([this, open = m_pOpen] {
+        m_changes = std::thread([this, open = m_open] {
             std::minstd_rand random(1);
             for (int count = 0; count < kChanges; ++count) {
                 std::this_thread::sleep_for(std::chrono::microseconds(2000 + random() % 3000));
@@ -106,17 +106,17 @@ class SourceSession final : public vantrel::ServerSession {
 
     void SendClock(std::int64_t time) {
         m_link.Send(
-            vantrel::ValueUpdates{{{m_nClock, value::CVal(static_cast<long long>(time))}}, true});
+            vantrel::ValueUpdates{{{m_clock, value::CVal(static_cast<long long>(time))}}, true});
     }
 
     vantrel::ServerLink& m_link;
     platform::MainLoop& m_loop;
-    std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
-    std::vector<vantrel::VariableHandle> m_arrHandles;
-    vantrel::VariableHandle m_nClock = 0;
-    std::int64_t m_nLeft = 0;
-    std::size_t m_nNext = 0;
-    double m_rRound = 0;
+    std::shared_ptr<bool> m_open = std::make_shared<bool>(true);
+    std::vector<vantrel::VariableHandle> m_handles;
+    vantrel::VariableHandle m_clock = 0;
+    std::int64_t m_left = 0;
+    std::size_t m_next = 0;
+    double m_round = 0;
     std::thread m_changes;
 };
 
@@ -163,7 +163,7 @@ int ServeVariables() {
         "clients = 2000\n[[access]]\nwrite = \"0\"\n[[variables]]\nfile = \"variables.csv\"\n");
 }
 
-pid_t g_nPlant = 0;
+pid_t g_plant = 0;
 
 // ---- the clients
 
@@ -208,7 +208,7 @@ BENCHMARK(Flow)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->UseRealTime();
 void Subscription(benchmark::State& state) {
     for (auto _ : state) {
         const long before = Memory(::getpid());
-        const long serverBefore = Memory(g_nPlant);
+        const long serverBefore = Memory(g_plant);
         Module module(RemoteLines("stacja", kManyVariables));
         module.RunToEnd();
         const auto begin = std::chrono::steady_clock::now();
@@ -225,7 +225,7 @@ void Subscription(benchmark::State& state) {
             const double bytes = perVariable(before, Memory(::getpid()));
             Expect(bytes < kMostBytesOfVariable, "memory of a variable");
             state.counters["client_bytes"] = bytes;
-            state.counters["server_bytes"] = perVariable(serverBefore, Memory(g_nPlant));
+            state.counters["server_bytes"] = perVariable(serverBefore, Memory(g_plant));
         }
     }
     state.SetItemsProcessed(state.iterations() * kManyVariables);
@@ -278,20 +278,20 @@ class Client final : public vantrel::CClientConnection {
         AddCurrentDataModifyRequest("V0", value::CVal(value));
         MakeCurrentDataModifyRequest();
     }
-    bool HasData() const { return m_bData; }
+    bool HasData() const { return m_data; }
 
   protected:
-    void OnDataArrived() override { m_bData = true; }
+    void OnDataArrived() override { m_data = true; }
 
   private:
-    bool m_bData = false;
+    bool m_data = false;
 };
 
 // The time is that in which all have logged in and have their data.
 void Crowd(benchmark::State& state) {
     Network network;
     std::vector<std::unique_ptr<Client>> clients;
-    const long before = Memory(g_nPlant);
+    const long before = Memory(g_plant);
     for (auto _ : state) {
         for (int i = 0; i < kManyClients; ++i) {
             clients.push_back(std::make_unique<Client>(network.Transports()));
@@ -305,7 +305,7 @@ void Crowd(benchmark::State& state) {
         });
     }
     state.counters["server_KB_a_client"] =
-        static_cast<double>(Memory(g_nPlant) - before) / kManyClients;
+        static_cast<double>(Memory(g_plant) - before) / kManyClients;
     const auto begin = std::chrono::steady_clock::now();
     for (int round = 1; round <= kRounds; ++round) {
         clients.front()->Write(round);
@@ -329,7 +329,7 @@ int main(int argc, char** argv) {
     {
         const kalvex::bench::Child source(kalvex::bench::ServeSource);
         const kalvex::bench::Child plant(kalvex::bench::ServeVariables);
-        kalvex::bench::g_nPlant = plant.Process();
+        kalvex::bench::g_plant = plant.Process();
         benchmark::RunSpecifiedBenchmarks();
     }
     return kalvex::bench::EndBench();

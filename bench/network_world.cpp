@@ -25,7 +25,7 @@ namespace {
 constexpr std::int64_t kMostMilliseconds = 60'000;
 constexpr int kNoLog = -1;  // below every level
 
-bool g_bWrong = false;
+bool g_wrong = false;
 std::optional<support::ScratchFolder> g_folder;
 std::optional<support::ZoneScope> g_zone;
 
@@ -34,7 +34,7 @@ std::optional<support::ZoneScope> g_zone;
 void Expect(bool right, const std::string& what) {
     if (right) return;
     std::fprintf(stderr, "wrong: %s\n", what.c_str());
-    g_bWrong = true;
+    g_wrong = true;
 }
 
 const std::string& Folder() {
@@ -59,18 +59,18 @@ void BeginBench(int argc, char** argv) {
 
 int EndBench() {
     g_folder.reset();
-    return g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
+    return g_wrong ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
-Child::Child(const std::function<int()>& serve) : m_nProcess(::fork()) {
-    if (m_nProcess != 0) return;
+Child::Child(const std::function<int()>& serve) : m_process(::fork()) {
+    if (m_process != 0) return;
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     std::_Exit(serve());
 }
 
 Child::~Child() {
-    ::kill(m_nProcess, SIGTERM);
-    ::waitpid(m_nProcess, nullptr, 0);
+    ::kill(m_process, SIGTERM);
+    ::waitpid(m_process, nullptr, 0);
 }
 
 int ServePlant(const std::string& configuration) {
@@ -87,8 +87,8 @@ int ServePlant(const std::string& configuration) {
 void Network::Deliver(const std::function<void()>& check) {
     m_loop.Run();
     const std::int64_t now = vantrel::SteadyMilliseconds();
-    if (now < m_tNextCheck) return;
-    m_tNextCheck = now + 100;
+    if (now < m_nextCheck) return;
+    m_nextCheck = now + 100;
     m_client.KeepAlive();
     check();
 }

@@ -43,10 +43,10 @@ class Child {
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    pid_t Process() const { return m_nProcess; }
+    pid_t Process() const { return m_process; }
 
   private:
-    pid_t m_nProcess;
+    pid_t m_process;
 };
 
 // The data server itself, with this behind its section [server] and the name "stacja".
@@ -66,7 +66,7 @@ class Network {
     platform::PostedWork m_loop;
     support::SilentLog m_log;
     platform::Translator m_translator;
-    std::int64_t m_tNextCheck = 0;
+    std::int64_t m_nextCheck = 0;
     vantrel::NetworkClient m_client{{}, m_loop, m_log, m_translator};
 };
 
@@ -94,7 +94,7 @@ class Module {
     platform::Translator m_translator;
     support::FixedUser m_users;
     platform::Paths m_paths{Folder()};
-    platform::CNoAnswers m_questions;
+    platform::NoAnswers m_questions;
     Network m_network;
     sources::CClientInterface m_client{{m_log, m_translator, m_users, m_network.Transports()}};
     engine::DocumentServices m_services{
@@ -103,7 +103,7 @@ class Module {
         m_questions,
         &m_client};
     engine::CKalvexDoc m_document{m_services};
-    engine::CTickRunner m_ticker;
+    engine::TickRunner m_ticker;
 };
 
 }  // namespace kalvex::bench

@@ -46,7 +46,7 @@ int ServeReports() {
 class Rounds {
   public:
     Rounds(const std::string& variable, std::int64_t hours)
-        : m_nHours(hours), m_module(Script(variable, hours)) {
+        : m_hours(hours), m_module(Script(variable, hours)) {
         while (!m_module.Has("STAN")) m_module.Tick();
     }
 
@@ -56,12 +56,12 @@ class Rounds {
 
     // The list that was read is whole and has the value of the round.
     void Check() {
-        ++m_nRound;
+        ++m_round;
         auto& list = static_cast<operands::CVariableList&>(m_module.Variable("K"));
-        Expect(static_cast<std::int64_t>(list.Elements().size()) == m_nHours, "hours of a round");
+        Expect(static_cast<std::int64_t>(list.Elements().size()) == m_hours, "hours of a round");
         std::int64_t time = static_cast<std::int64_t>(m_module.Value("OD"));
         for (const value::CVal& value : list.Elements()) {
-            const bool right = value.GetTime() == time && value == value::CVal(m_nRound);
+            const bool right = value.GetTime() == time && value == value::CVal(m_round);
             if (!right) return Expect(false, "an hour of a round");
             time += kSecondsPerHour;
         }
@@ -98,8 +98,8 @@ class Rounds {
         }
     }
 
-    std::int64_t m_nHours;
-    int m_nRound = 0;
+    std::int64_t m_hours;
+    int m_round = 0;
     Module m_module;
 };
 
@@ -111,16 +111,16 @@ class Listener final : public vantrel::CClientConnection {
         Subscribe();
     }
 
-    bool HasData() const { return m_bData; }
-    std::int64_t Notice() const { return m_nTold; }
+    bool HasData() const { return m_data; }
+    std::int64_t Notice() const { return m_told; }
 
   protected:
-    void OnDataArrived() override { m_bData = true; }
-    void OnReportChange(value::ValueKind, std::int64_t) override { ++m_nTold; }
+    void OnDataArrived() override { m_data = true; }
+    void OnReportChange(value::ValueKind, std::int64_t) override { ++m_told; }
 
   private:
-    bool m_bData = false;
-    std::int64_t m_nTold = 0;
+    bool m_data = false;
+    std::int64_t m_told = 0;
 };
 
 // The time from the first client that has been told of a change to the last that has been told of
@@ -189,7 +189,7 @@ void HoursOfAScript(benchmark::State& state) {
 BENCHMARK(HoursOfAScript)->Unit(benchmark::kMillisecond)->Iterations(5)->UseManualTime();
 
 // Fills the archive of the month with a value for each second, its number.
-class Filler final : public vantrel::CClientConnection, private vantrel::CAnswerWindow {
+class Filler final : public vantrel::CClientConnection, private vantrel::AnswerWindow {
   public:
     explicit Filler(Network& network) : m_network(network) {
         Create(23, "stacja", "bench", network.Transports(), nullptr);
@@ -212,17 +212,17 @@ class Filler final : public vantrel::CClientConnection, private vantrel::CAnswer
                                 value::TIMEW{kMonthBegin + end - 1});
         MakeArchiveModifyRequest();
         value::CArchiveValueList last;
-        m_bAnswered = false;
+        m_answered = false;
         AddDataRequest(value::KindArchive, "M", kMonthBegin + end - 1, kMonthBegin + end - 1, &last,
                        *this);
         MakeDataRequest(value::KindArchive);
-        m_network.DeliverUntil([this] { return m_bAnswered; });
+        m_network.DeliverUntil([this] { return m_answered; });
         Expect(last.GetSize() == 1, "archive that is filled");
     }
-    void OnAnswer(value::ValueKind, vantrel::CRequestRecord) override { m_bAnswered = true; }
+    void OnAnswer(value::ValueKind, vantrel::RequestRecord) override { m_answered = true; }
 
     Network& m_network;
-    bool m_bAnswered = false;
+    bool m_answered = false;
 };
 
 // The script's thread goes on ticking while the values come in. The longest tick until the answer

@@ -18,13 +18,13 @@ namespace {
 constexpr std::int64_t kMonday = 1710111600;
 constexpr std::int64_t kDay = 86400;
 
-bool g_bWrong = false;
+bool g_wrong = false;
 
 void Expect(std::int64_t got, std::int64_t wanted, const char* row) {
     if (got == wanted) return;
     std::fprintf(stderr, "%s: %lld instead of %lld\n", row, static_cast<long long>(got),
                  static_cast<long long>(wanted));
-    g_bWrong = true;
+    g_wrong = true;
 }
 
 struct Question {
@@ -157,5 +157,5 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_wrong ? 1 : 0;
 }

@@ -25,12 +25,12 @@ constexpr std::int64_t kManyRows = 100'000;  // of each of them
 constexpr std::int64_t kManyPeriod = 10;     // seconds between two of them
 constexpr long kMostMemory = 200 * 1024;     // KB
 
-bool g_bWrong = false;
+bool g_wrong = false;
 
 void Expect(bool right, const char* what) {
     if (right) return;
     std::fprintf(stderr, "wrong: %s\n", what);
-    g_bWrong = true;
+    g_wrong = true;
 }
 
 class OpenStore {
@@ -211,5 +211,5 @@ int main(int argc, char** argv) {
     kalvex::bench::OpenStore::Folder() = folder.Path();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_bWrong ? EXIT_FAILURE : EXIT_SUCCESS;
+    return kalvex::bench::g_wrong ? EXIT_FAILURE : EXIT_SUCCESS;
 }

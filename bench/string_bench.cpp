@@ -15,13 +15,13 @@
 namespace kalvex::bench {
 namespace {
 
-bool g_bWrong = false;
+bool g_wrong = false;
 
 void Expect(std::string_view got, std::string_view wanted, std::string_view row) {
     if (got == wanted) return;
     std::fprintf(stderr, "%.*s: %.60s instead of %.60s\n", static_cast<int>(row.size()), row.data(),
                  std::string(got).c_str(), std::string(wanted).c_str());
-    g_bWrong = true;
+    g_wrong = true;
 }
 
 std::string Evaluate(support::FakeScript& script, std::string_view expression) {
@@ -135,5 +135,5 @@ BENCHMARK(PatternOfManyStars)->RangeMultiplier(10)->Range(100, 100000)->Complexi
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_bWrong ? 1 : 0;
+    return kalvex::bench::g_wrong ? 1 : 0;
 }

@@ -62,10 +62,10 @@ CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
         const std::size_t sign = option.find_first_of(":=");
         const CmdLineRow* row = FindRow(option.substr(0, sign));
         if (row == nullptr) {
-            m_arrUnknown.emplace_back(argument);
+            m_unknown.emplace_back(argument);
             continue;
         }
-        Option& found = m_arrOptions.emplace_back(Option{row, {}});
+        Option& found = m_options.emplace_back(Option{row, {}});
         if (sign != std::string_view::npos) {
             found.value = option.substr(sign + 1);
         } else if (row->value != CmdLineValue::None && i + 1 < arguments.size()) {
@@ -76,9 +76,9 @@ CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
 
 const CCmdLine::Option* CCmdLine::Find(std::string_view name) const {
     const CmdLineRow* row = FindRow(name);
-    const auto last = std::find_if(m_arrOptions.rbegin(), m_arrOptions.rend(),
+    const auto last = std::find_if(m_options.rbegin(), m_options.rend(),
                                    [row](const Option& option) { return option.row == row; });
-    return last == m_arrOptions.rend() ? nullptr : &*last;
+    return last == m_options.rend() ? nullptr : &*last;
 }
 
 std::optional<std::string> CCmdLine::GetStringOption(std::string_view name) const {
@@ -94,9 +94,9 @@ std::optional<int> CCmdLine::GetIntOption(std::string_view name) const {
 }
 
 std::string CCmdLine::GetWarning(const platform::Translator& translator) const {
-    if (m_arrUnknown.empty()) return {};
+    if (m_unknown.empty()) return {};
     return text::FormatText(translator.Translate("Pominięte parametry wiersza poleceń: %s"),
-                            {text::FromUtf8(fmt::format("{}", fmt::join(m_arrUnknown, " ")))});
+                            {text::FromUtf8(fmt::format("{}", fmt::join(m_unknown, " ")))});
 }
 
 std::string CCmdLine::GetHelp(const platform::Translator& translator) {

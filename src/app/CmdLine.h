@@ -42,8 +42,8 @@ class CCmdLine {
 
     const Option* Find(std::string_view name) const;
 
-    std::vector<Option> m_arrOptions;
-    std::vector<std::string> m_arrUnknown;
+    std::vector<Option> m_options;
+    std::vector<std::string> m_unknown;
 };
 
 }  // namespace kalvex::app

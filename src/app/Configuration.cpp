@@ -72,17 +72,17 @@ platform::ProfileEntries Numbered(const char* key, const std::vector<std::string
 
 }  // namespace
 
-void CConfigurationStore::ReadName(CConfiguration& configuration) const {
+void ConfigurationStore::ReadName(KalvexConfiguration& configuration) const {
     configuration.moduleName = m_profile.GetProfileStringEx(kGeneral, kName);
 }
 
-void CConfigurationStore::ReadSources(CConfiguration& configuration) const {
+void ConfigurationStore::ReadSources(KalvexConfiguration& configuration) const {
     for (const std::string& line : ReadList(kSources, kSource)) {
         configuration.sources.push_back(ReadSource(line));
     }
 }
 
-void CConfigurationStore::ReadWindows(CConfiguration& configuration) const {
+void ConfigurationStore::ReadWindows(KalvexConfiguration& configuration) const {
     configuration.trayIcon =
         m_profile.GetProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon) != 0;
     configuration.refreshPeriod = static_cast<unsigned int>(m_profile.GetProfileIntEx(
@@ -92,7 +92,7 @@ void CConfigurationStore::ReadWindows(CConfiguration& configuration) const {
     }
 }
 
-void CConfigurationStore::ReadColumns(CConfiguration& configuration) const {
+void ConfigurationStore::ReadColumns(KalvexConfiguration& configuration) const {
     const std::string text = m_profile.GetProfileStringEx(kWindows, text::FromUtf8(kColumns));
     std::array<int, kColumnCount> numbers{};
     const int count = std::sscanf(text.c_str(), "%d %d %d %d %d %d %d", &numbers[0], &numbers[1],
@@ -107,7 +107,7 @@ void CConfigurationStore::ReadColumns(CConfiguration& configuration) const {
                                       widths.end());
 }
 
-void CConfigurationStore::ReadRights(CConfiguration& configuration) const {
+void ConfigurationStore::ReadRights(KalvexConfiguration& configuration) const {
     const auto read = [this](const char* key, std::string& right) {
         right = m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(key), right);
     };
@@ -115,14 +115,14 @@ void CConfigurationStore::ReadRights(CConfiguration& configuration) const {
     read(kControlRight, configuration.controlRight);
 }
 
-void CConfigurationStore::ReadLogLevel(CConfiguration& configuration) const {
+void ConfigurationStore::ReadLogLevel(KalvexConfiguration& configuration) const {
     configuration.logLevel =
-        m_bConsoleClient ? kLogLevelOfModule
-                         : m_profile.GetProfileIntEx(kLog, kLogLevel, configuration.logLevel);
+        m_consoleClient ? kLogLevelOfModule
+                        : m_profile.GetProfileIntEx(kLog, kLogLevel, configuration.logLevel);
 }
 
-std::vector<std::string> CConfigurationStore::ReadList(std::string_view section,
-                                                       std::string_view key) const {
+std::vector<std::string> ConfigurationStore::ReadList(std::string_view section,
+                                                      std::string_view key) const {
     std::vector<std::string> values;
     for (;;) {
         std::string value =
@@ -132,7 +132,7 @@ std::vector<std::string> CConfigurationStore::ReadList(std::string_view section,
     }
 }
 
-sources::CSourceDesc CConfigurationStore::ReadSource(std::string_view line) const {
+sources::CSourceDesc ConfigurationStore::ReadSource(std::string_view line) const {
     sources::CSourceDesc description;
     std::string password;
     if (const auto name = TakeField(line)) {
@@ -147,19 +147,19 @@ sources::CSourceDesc CConfigurationStore::ReadSource(std::string_view line) cons
     return description;
 }
 
-bool CConfigurationStore::HasLostPasswords() const {
+bool ConfigurationStore::HasLostPasswords() const {
     return std::ranges::any_of(ReadList(kSources, kSource), [this](std::string_view line) {
         return TakeField(line) && TakeField(line) && platform::CCrypt::GetCryptHeader(line) &&
                !m_crypt.DecryptTextWithLabel(kPasswordLabel, line);
     });
 }
 
-std::string CConfigurationStore::DecodePassword(std::string_view text) const {
+std::string ConfigurationStore::DecodePassword(std::string_view text) const {
     if (!platform::CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
     return m_crypt.DecryptTextWithLabel(kPasswordLabel, text).value_or(std::string());
 }
 
-void CConfigurationStore::WriteSources(const CConfiguration& configuration) {
+void ConfigurationStore::WriteSources(const KalvexConfiguration& configuration) {
     std::vector<std::string> lines;
     for (const sources::CSourceDesc& source : configuration.sources) {
         std::string password = m_crypt.CanDecryptText(source.password)
@@ -173,7 +173,7 @@ void CConfigurationStore::WriteSources(const CConfiguration& configuration) {
     m_profile.WriteProfileSectionEx(kSources, Numbered(kSource, lines));
 }
 
-void CConfigurationStore::WriteColumns(const CConfiguration& configuration) {
+void ConfigurationStore::WriteColumns(const KalvexConfiguration& configuration) {
     std::array<unsigned int, kColumnCount> widths{};
     const std::size_t count = std::min(kColumnCount, configuration.columnWidths.size());
     std::copy_n(configuration.columnWidths.begin(), count, widths.begin());
@@ -186,14 +186,14 @@ void CConfigurationStore::WriteColumns(const CConfiguration& configuration) {
     m_profile.WriteProfileStringEx(kWindows, text::FromUtf8(kColumns), text);
 }
 
-void CConfigurationStore::WriteLogLevel(const CConfiguration& configuration) {
-    if (m_bConsoleClient) return;
+void ConfigurationStore::WriteLogLevel(const KalvexConfiguration& configuration) {
+    if (m_consoleClient) return;
     const bool transmission = configuration.logLevel == platform::LogTransmission;
     m_profile.WriteProfileIntEx(kLog, kLogLevel,
                                 transmission ? platform::LogErrors : configuration.logLevel);
 }
 
-void CConfigurationStore::WriteApplication(const CConfiguration& configuration) {
+void ConfigurationStore::WriteApplication(const KalvexConfiguration& configuration) {
     m_profile.WriteProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon);
     m_profile.WriteProfileIntEx(kWindows, text::FromUtf8(kRefreshPeriod),
                                 static_cast<int>(configuration.refreshPeriod));

@@ -16,7 +16,7 @@ namespace kalvex::app {
 // Of a console client that has not heard yet which level its module has: nothing is filtered.
 inline constexpr int kLogLevelOfModule = std::numeric_limits<std::uint16_t>::max();
 
-struct CConfiguration {
+struct KalvexConfiguration {
     std::string moduleName;  // empty: none is given
     std::string configurationRight = "100";
     std::string controlRight = "100";
@@ -28,20 +28,20 @@ struct CConfiguration {
     int logLevel = platform::LogErrors;
 };
 
-class CConfigurationStore {
+class ConfigurationStore {
   public:
     // Nothing referred to is owned; all of it outlives the store.
-    CConfigurationStore(platform::Profile& profile, const platform::CCrypt& crypt,
-                        const platform::Paths& paths, bool consoleClient)
-        : m_profile(profile), m_crypt(crypt), m_paths(paths), m_bConsoleClient(consoleClient) {}
+    ConfigurationStore(platform::Profile& profile, const platform::CCrypt& crypt,
+                       const platform::Paths& paths, bool consoleClient)
+        : m_profile(profile), m_crypt(crypt), m_paths(paths), m_consoleClient(consoleClient) {}
 
     // A missing key leaves the default; lists are appended to.
-    void ReadName(CConfiguration& configuration) const;
-    void ReadSources(CConfiguration& configuration) const;
-    void ReadWindows(CConfiguration& configuration) const;  // with the scripts to start
-    void ReadColumns(CConfiguration& configuration) const;
-    void ReadRights(CConfiguration& configuration) const;
-    void ReadLogLevel(CConfiguration& configuration) const;
+    void ReadName(KalvexConfiguration& configuration) const;
+    void ReadSources(KalvexConfiguration& configuration) const;
+    void ReadWindows(KalvexConfiguration& configuration) const;  // with the scripts to start
+    void ReadColumns(KalvexConfiguration& configuration) const;
+    void ReadRights(KalvexConfiguration& configuration) const;
+    void ReadLogLevel(KalvexConfiguration& configuration) const;
 
     // Whether the store has a password of a source that the key does not open. To write the
     // sources would lose it for good.
@@ -50,11 +50,11 @@ class CConfigurationStore {
     // What cannot be written is not reported. Sources are written all together or, when a password
     // cannot be protected, not at all. A console client writes no log level, and transmission is
     // never kept as one.
-    void WriteSources(const CConfiguration& configuration);
-    void WriteColumns(const CConfiguration& configuration);
-    void WriteLogLevel(const CConfiguration& configuration);
+    void WriteSources(const KalvexConfiguration& configuration);
+    void WriteColumns(const KalvexConfiguration& configuration);
+    void WriteLogLevel(const KalvexConfiguration& configuration);
     // What the application dialog has: windows, scripts to start, log level, rights.
-    void WriteApplication(const CConfiguration& configuration);
+    void WriteApplication(const KalvexConfiguration& configuration);
 
   private:
     std::vector<std::string> ReadList(std::string_view section, std::string_view key) const;
@@ -64,7 +64,7 @@ class CConfigurationStore {
     platform::Profile& m_profile;
     const platform::CCrypt& m_crypt;
     const platform::Paths& m_paths;
-    const bool m_bConsoleClient;
+    const bool m_consoleClient;
 };
 
 // The name of the file with the key of a profile's passwords, which lies beside the profile.

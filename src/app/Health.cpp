@@ -21,7 +21,7 @@ double Rate(std::uint64_t from, std::uint64_t to, double seconds) {
 }  // namespace
 
 ScriptCondition ConditionOf(engine::CKalvexDoc& script) {
-    const engine::CRunState& state = script.State();
+    const engine::RunState& state = script.State();
     if (state.m_bErrorStanding) return ScriptCondition::Error;
     if (state.m_bPaused) return ScriptCondition::Stopped;
     if (!state.m_bRunning) return ScriptCondition::Idle;
@@ -29,26 +29,26 @@ ScriptCondition ConditionOf(engine::CKalvexDoc& script) {
     return script.LastError().IsWaiting() ? ScriptCondition::Waiting : ScriptCondition::Running;
 }
 
-CHealth::CHealth(std::int64_t now) : m_tStart(now), m_arrSamples{{now, 0, 0}} {}
+Health::Health(std::int64_t now) : m_start(now), m_samples{{now, 0, 0}} {}
 
-void CHealth::OnTick(std::int64_t now, std::int64_t lateness) {
+void Health::OnTick(std::int64_t now, std::int64_t lateness) {
     m_lateness.Add(lateness);
-    if (now - m_arrSamples.back().time < kSecond) return;
-    m_arrSamples.push_back({now, m_lateness.GetCount(), m_counts.lines});
-    if (m_arrSamples.size() > kSamples) m_arrSamples.pop_front();
+    if (now - m_samples.back().time < kSecond) return;
+    m_samples.push_back({now, m_lateness.GetCount(), m_counts.lines});
+    if (m_samples.size() > kSamples) m_samples.pop_front();
 }
 
-CHealthFigures CHealth::GetFigures(std::int64_t now, const ScriptList& scripts,
-                                   const vantrel::CSourceList* sources) const {
-    CHealthFigures figures;
-    figures.uptime = Seconds(now - m_tStart);
+HealthFigures Health::GetFigures(std::int64_t now, const ScriptList& scripts,
+                                 const vantrel::CSourceList* sources) const {
+    HealthFigures figures;
+    figures.uptime = Seconds(now - m_start);
     figures.ticks = m_lateness.GetCount();
     figures.latenessHalf = Seconds(m_lateness.GetPercentile(0.5));
     figures.lateness99 = Seconds(m_lateness.GetPercentile(0.99));
     figures.latenessMax = Seconds(m_lateness.GetMax());
     figures.latenessSum = Seconds(m_lateness.GetSum());
     figures.counts = m_counts;
-    const Sample& oldest = m_arrSamples.front();
+    const Sample& oldest = m_samples.front();
     const double span = Seconds(now - oldest.time);
     figures.ticksPerSecond = Rate(oldest.ticks, figures.ticks, span);
     figures.linesPerSecond = Rate(oldest.lines, m_counts.lines, span);

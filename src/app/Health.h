@@ -28,7 +28,7 @@ enum class ScriptCondition : std::size_t {
 ScriptCondition ConditionOf(engine::CKalvexDoc& script);
 
 // Seconds unless said otherwise.
-struct CHealthFigures {
+struct HealthFigures {
     double uptime = 0;
     std::uint64_t ticks = 0;
     double ticksPerSecond = 0;  // over the last ten seconds, as are the lines
@@ -43,12 +43,12 @@ struct CHealthFigures {
     std::uint64_t memory = 0;                                            // bytes
 };
 
-class CHealth {
+class Health {
   public:
     using ScriptList = std::vector<std::unique_ptr<engine::CKalvexDoc>>;
 
     // `now` is here and below a reading in microseconds of one clock that nobody sets.
-    explicit CHealth(std::int64_t now);
+    explicit Health(std::int64_t now);
 
     // A tick has been run; how much later than it was due it began, in microseconds.
     void OnTick(std::int64_t now, std::int64_t lateness);
@@ -57,8 +57,8 @@ class CHealth {
     engine::RunCounts& Counts() { return m_counts; }
 
     // Without a list of sources there are no connections.
-    CHealthFigures GetFigures(std::int64_t now, const ScriptList& scripts,
-                              const vantrel::CSourceList* sources) const;
+    HealthFigures GetFigures(std::int64_t now, const ScriptList& scripts,
+                             const vantrel::CSourceList* sources) const;
 
   private:
     struct Sample {
@@ -67,10 +67,10 @@ class CHealth {
         std::uint64_t lines;
     };
 
-    const std::int64_t m_tStart;
-    CTickLateness m_lateness;
+    const std::int64_t m_start;
+    TickLateness m_lateness;
     engine::RunCounts m_counts;
-    std::deque<Sample> m_arrSamples;  // one a second, the newest at the end
+    std::deque<Sample> m_samples;  // one a second, the newest at the end
 };
 
 }  // namespace kalvex::app

@@ -27,7 +27,7 @@ struct FigureRow {
     const char* type;
     const char* help;
     LogForm log;
-    Samples (*samples)(const CHealthFigures& figures);
+    Samples (*samples)(const HealthFigures& figures);
     bool inStatus = false;  // that the service manager shows
 };
 
@@ -77,7 +77,7 @@ Samples ByState(const Rows& rows, const Counts& counts) {
     return samples;
 }
 
-Samples Lateness(const CHealthFigures& figures) {
+Samples Lateness(const HealthFigures& figures) {
     return {{"", "quantile=\"0.5\"", "50%", figures.latenessHalf},
             {"", "quantile=\"0.99\"", "99%", figures.lateness99},
             {"_sum", "", nullptr, figures.latenessSum},
@@ -92,17 +92,17 @@ constexpr FigureRow kFigures[] = {
      "gauge",
      "Time since the start.",
      {platform::Translatable("czas pracy"), 1, 0, " s"},
-     [](const CHealthFigures& f) { return Single(f.uptime); }},
+     [](const HealthFigures& f) { return Single(f.uptime); }},
     {"kalvex_ticks_total",
      "counter",
      "Ticks since the start.",
      {platform::Translatable("takty"), 1, 0, ""},
-     [](const CHealthFigures& f) { return Single(f.ticks); }},
+     [](const HealthFigures& f) { return Single(f.ticks); }},
     {"kalvex_ticks_per_second",
      "gauge",
      "Ticks a second over the last ten seconds.",
      {platform::Translatable("takty na sekundę"), 1, 1, ""},
-     [](const CHealthFigures& f) { return Single(f.ticksPerSecond); }},
+     [](const HealthFigures& f) { return Single(f.ticksPerSecond); }},
     {"kalvex_tick_lateness_seconds",
      "summary",
      "How much later than due ticks began, since the start.",
@@ -112,47 +112,47 @@ constexpr FigureRow kFigures[] = {
      "gauge",
      "The latest tick since the start.",
      {platform::Translatable("największe spóźnienie taktu"), kMilli, 2, " ms"},
-     [](const CHealthFigures& f) { return Single(f.latenessMax); }},
+     [](const HealthFigures& f) { return Single(f.latenessMax); }},
     {"kalvex_lines_total",
      "counter",
      "Script lines run since the start, each try counted.",
      {platform::Translatable("wykonane wiersze"), 1, 0, ""},
-     [](const CHealthFigures& f) { return Single(f.counts.lines); }},
+     [](const HealthFigures& f) { return Single(f.counts.lines); }},
     {"kalvex_lines_per_second",
      "gauge",
      "Script lines a second over the last ten seconds.",
      {platform::Translatable("wiersze na sekundę"), 1, 1, ""},
-     [](const CHealthFigures& f) { return Single(f.linesPerSecond); }},
+     [](const HealthFigures& f) { return Single(f.linesPerSecond); }},
     {"kalvex_line_errors_total",
      "counter",
      "Script lines that failed, each try counted.",
      {platform::Translatable("wiersze z błędem"), 1, 0, ""},
-     [](const CHealthFigures& f) { return Single(f.counts.errors); }},
+     [](const HealthFigures& f) { return Single(f.counts.errors); }},
     {"kalvex_line_waits_total",
      "counter",
      "Script lines that waited for data, each try counted.",
      {platform::Translatable("wiersze czekające na dane"), 1, 0, ""},
-     [](const CHealthFigures& f) { return Single(f.counts.waits); }},
+     [](const HealthFigures& f) { return Single(f.counts.waits); }},
     {"kalvex_scripts",
      "gauge",
      "Scripts by state.",
      {platform::Translatable("skrypty"), 1, 0, ""},
-     [](const CHealthFigures& f) { return ByState(kScriptStates, f.scripts); },
+     [](const HealthFigures& f) { return ByState(kScriptStates, f.scripts); },
      true},
     {"kalvex_connections",
      "gauge",
      "Connections to data servers by state.",
      {platform::Translatable("połączenia"), 1, 0, ""},
-     [](const CHealthFigures& f) { return ByState(kConnectionStates, f.connections); },
+     [](const HealthFigures& f) { return ByState(kConnectionStates, f.connections); },
      true},
     {"process_resident_memory_bytes",
      "gauge",
      "Physical memory that the process occupies.",
      {platform::Translatable("pamięć procesu"), kPerMega, 1, " MB"},
-     [](const CHealthFigures& f) { return Single(f.memory); }},
+     [](const HealthFigures& f) { return Single(f.memory); }},
 };
 
-std::string FormatFigure(const FigureRow& row, const CHealthFigures& figures,
+std::string FormatFigure(const FigureRow& row, const HealthFigures& figures,
                          const platform::Translator& translator) {
     std::string line = translator.Translate(row.log.text);
     const char* separator = ": ";
@@ -169,7 +169,7 @@ std::string FormatFigure(const FigureRow& row, const CHealthFigures& figures,
 
 }  // namespace
 
-std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
+std::vector<std::string> FormatHealthLines(const HealthFigures& figures,
                                            const platform::Translator& translator) {
     const std::string beginning = translator.Translate("Stan modułu, ");
     std::vector<std::string> lines;
@@ -179,7 +179,7 @@ std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
     return lines;
 }
 
-std::string FormatHealthStatus(const CHealthFigures& figures,
+std::string FormatHealthStatus(const HealthFigures& figures,
                                const platform::Translator& translator) {
     std::string status;
     for (const FigureRow& row : kFigures) {
@@ -189,7 +189,7 @@ std::string FormatHealthStatus(const CHealthFigures& figures,
     return status;
 }
 
-std::string FormatHealthMetrics(const CHealthFigures& figures) {
+std::string FormatHealthMetrics(const HealthFigures& figures) {
     std::string text;
     for (const FigureRow& row : kFigures) {
         text += fmt::format("# HELP {0} {1}\n# TYPE {0} {2}\n", row.name, row.help, row.type);

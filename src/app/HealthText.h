@@ -10,14 +10,14 @@
 namespace kalvex::app {
 
 // A line a figure, for the log; engine texts.
-std::vector<std::string> FormatHealthLines(const CHealthFigures& figures,
+std::vector<std::string> FormatHealthLines(const HealthFigures& figures,
                                            const platform::Translator& translator);
 
 // Scripts and connections in one line, for a service manager; an engine text.
-std::string FormatHealthStatus(const CHealthFigures& figures,
+std::string FormatHealthStatus(const HealthFigures& figures,
                                const platform::Translator& translator);
 
 // The text exposition format 0.0.4 of Prometheus, UTF-8.
-std::string FormatHealthMetrics(const CHealthFigures& figures);
+std::string FormatHealthMetrics(const HealthFigures& figures);
 
 }  // namespace kalvex::app

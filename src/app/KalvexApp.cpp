@@ -32,15 +32,15 @@ CKalvexApp::~CKalvexApp() = default;
 // ---- the end
 
 void CKalvexApp::OnCloseMainWindow() {
-    if (std::exchange(m_bClosing, true)) return;
+    if (std::exchange(m_closing, true)) return;
     MainWindow* const window = m_world.window;
     const bool allowed =
         window == nullptr ||
-        (m_world.users.CheckRight(m_nCloseLevel) &&
+        (m_world.users.CheckRight(m_closeLevel) &&
          (!m_cmdLine.HasOption("Q") || window->AskYesNo(m_world.translator.Translate(
                                            "Czy zakończyć działanie programu Kalvex?"))));
     if (allowed) CloseFrame();
-    m_bClosing = false;
+    m_closing = false;
 }
 
 void CKalvexApp::CloseFrame() {
@@ -58,9 +58,9 @@ int CKalvexApp::CloseInstance(int flag) {
 }
 
 void CKalvexApp::ReleaseScripts() {
-    if (m_pDocuments) m_pDocuments->CloseAll();
-    if (m_pServices) m_pServices->sources = nullptr;
-    m_pClientInterface.reset();
+    if (m_documents) m_documents->CloseAll();
+    if (m_services) m_services->sources = nullptr;
+    m_clientInterface.reset();
     m_configuration.autostart.clear();
 }
 
@@ -76,8 +76,8 @@ int CKalvexApp::ExitInstance() {
     m_log.SetLogFile({}, 0);
     m_diagnosticLog.SetLogFile({}, 0);
     m_log.SetOutlets(nullptr);
-    m_pFrame.reset();
-    while (m_nLibrariesStarted > 0) m_world.libraries[--m_nLibrariesStarted]->Stop();
+    m_frame.reset();
+    while (m_librariesStarted > 0) m_world.libraries[--m_librariesStarted]->Stop();
     return m_end.exitStatus;
 }
 
@@ -85,13 +85,13 @@ void CKalvexApp::LogAppStart() {
     m_log.Log(text::FormatText(m_world.translator.Translate("Uruchomienie modułu %s"),
                                {m_configuration.moduleName}),
               platform::LogAlways);
-    m_bStartLogged = true;
+    m_startLogged = true;
     const std::string warning = m_cmdLine.GetWarning(m_world.translator);
     if (!warning.empty()) m_log.Log(warning, platform::LogErrors);
 }
 
 void CKalvexApp::LogAppStop() {
-    if (!std::exchange(m_bStartLogged, false)) return;
+    if (!std::exchange(m_startLogged, false)) return;
     m_log.Log(text::FormatText(m_world.translator.Translate("Zatrzymanie modułu %s"),
                                {m_configuration.moduleName}),
               platform::LogAlways);
@@ -100,18 +100,18 @@ void CKalvexApp::LogAppStop() {
 // ---- while the process runs
 
 void CKalvexApp::DoPeriodicWork() {
-    if (m_pClientInterface) m_pClientInterface->SourceList().CheckConnections();
+    if (m_clientInterface) m_clientInterface->SourceList().CheckConnections();
 }
 
 void CKalvexApp::OnUserBroadcast(unsigned int parameter, std::string_view info) {
     if (parameter <= BroadcastInfo) m_log.Log(info, platform::LogAlways);
-    if (parameter == BroadcastUser && m_pClientInterface) m_pClientInterface->SourceList().Login();
+    if (parameter == BroadcastUser && m_clientInterface) m_clientInterface->SourceList().Login();
     UpdateCloseEntry();
 }
 
 void CKalvexApp::UpdateCloseEntry() {
     if (m_world.window == nullptr) return;
-    m_world.window->EnableCloseEntry(m_world.users.CheckRight(m_nCloseLevel));
+    m_world.window->EnableCloseEntry(m_world.users.CheckRight(m_closeLevel));
 }
 
 void CKalvexApp::UpdateTitle() {
@@ -129,7 +129,7 @@ void CKalvexApp::SetLogLevel(int level) {
 }
 
 void CKalvexApp::ShowStatusLine(std::string_view text) {
-    m_pFrame->SetStatusLine(text);
+    m_frame->SetStatusLine(text);
 }
 
 void CKalvexApp::OnLogLevel(int level) {

@@ -58,20 +58,20 @@ class CKalvexApp final : private LogOutlets {
     // Takes effect at once, is told and kept.
     void SetLogLevel(int level);
 
-    bool IsConsoleClient() const { return m_bConsoleClient; }
+    bool IsConsoleClient() const { return m_consoleClient; }
     bool IsInteractiveMode() const { return m_world.window != nullptr; }
     // By which the servers know the module, and the machine's process in it.
     const std::string& GetModuleName() const { return m_configuration.moduleName; }
-    const std::string& GetClientIdentity() const { return m_strClientIdentity; }
-    int GetCloseLevel() const { return m_nCloseLevel; }
-    const CConfiguration& Configuration() const { return m_configuration; }
+    const std::string& GetClientIdentity() const { return m_clientIdentity; }
+    int GetCloseLevel() const { return m_closeLevel; }
+    const KalvexConfiguration& Configuration() const { return m_configuration; }
     CKalvexLog& Log() { return m_log; }
 
     // After InitInstance: of the process until its end; the sources go with CloseInstance, and are
     // null then.
-    CMainFrame& MainFrame() { return *m_pFrame; }
-    CScriptDocuments& Documents() { return *m_pDocuments; }
-    sources::CClientInterface* ClientInterface() { return m_pClientInterface.get(); }
+    CMainFrame& MainFrame() { return *m_frame; }
+    ScriptDocuments& Documents() { return *m_documents; }
+    sources::CClientInterface* ClientInterface() { return m_clientInterface.get(); }
 
   private:
     using Step = bool (CKalvexApp::*)();
@@ -119,25 +119,25 @@ class CKalvexApp final : private LogOutlets {
 
     const AppWorld m_world;
     const CCmdLine m_cmdLine;
-    bool m_bConsoleClient = false;
-    int m_nInstance = 1;
-    int m_nCloseLevel = 0;
-    std::string m_strProfile;  // path
-    std::string m_strLogBase;  // path and name of the log files
-    CConfiguration m_configuration;
-    std::string m_strClientIdentity;
+    bool m_consoleClient = false;
+    int m_instance = 1;
+    int m_closeLevel = 0;
+    std::string m_profile;  // path
+    std::string m_logBase;  // path and name of the log files
+    KalvexConfiguration m_configuration;
+    std::string m_clientIdentity;
     CKalvexLog m_log;
     CLog m_diagnosticLog;
     std::optional<platform::Paths> m_paths;
-    std::optional<CConfigurationStore> m_store;
-    std::size_t m_nLibrariesStarted = 0;
-    platform::CNoAnswers m_noAnswers;
-    std::unique_ptr<sources::CClientInterface> m_pClientInterface;
-    std::unique_ptr<engine::DocumentServices> m_pServices;
-    std::unique_ptr<CScriptDocuments> m_pDocuments;
-    std::unique_ptr<CMainFrame> m_pFrame;
-    bool m_bStartLogged = false;
-    bool m_bClosing = false;
+    std::optional<ConfigurationStore> m_store;
+    std::size_t m_librariesStarted = 0;
+    platform::NoAnswers m_noAnswers;
+    std::unique_ptr<sources::CClientInterface> m_clientInterface;
+    std::unique_ptr<engine::DocumentServices> m_services;
+    std::unique_ptr<ScriptDocuments> m_documents;
+    std::unique_ptr<CMainFrame> m_frame;
+    bool m_startLogged = false;
+    bool m_closing = false;
     AppEnd m_end;
 };
 

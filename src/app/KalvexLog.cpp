@@ -20,21 +20,21 @@ constexpr LevelRow kLevels[] = {
 }  // namespace
 
 void CKalvexLog::BecomeConsoleClient() {
-    m_bConsoleClient = true;
-    m_nLevel = kLogLevelOfModule;
+    m_consoleClient = true;
+    m_level = kLogLevelOfModule;
 }
 
 std::string CKalvexLog::Prefixed(std::string_view text) const {
-    return (m_bConsoleClient ? "RC: " : "") + std::string(text);
+    return (m_consoleClient ? "RC: " : "") + std::string(text);
 }
 
 void CKalvexLog::Log(std::string_view text, int level) {
-    if (!m_bConsoleClient && level > m_nLevel) return;
+    if (!m_consoleClient && level > m_level) return;
     const std::int64_t time = m_clock.Now();
     const std::string line = Prefixed(text);
-    if (!m_bConsoleClient && m_pClients != nullptr) m_pClients->AddLogMessage(line, time, level);
+    if (!m_consoleClient && m_clients != nullptr) m_clients->AddLogMessage(line, time, level);
     AddMessage(line, time, level);
-    if (m_pOutlets != nullptr) m_pOutlets->ShowStatusLine(line);
+    if (m_outlets != nullptr) m_outlets->ShowStatusLine(line);
 }
 
 void CKalvexLog::LogAlways(std::string_view text) {
@@ -42,18 +42,18 @@ void CKalvexLog::LogAlways(std::string_view text) {
 }
 
 void CKalvexLog::LogFromModule(std::string_view text, std::int64_t time, int level) {
-    if (!m_bConsoleClient || m_pOutlets == nullptr) return;
+    if (!m_consoleClient || m_outlets == nullptr) return;
     AddMessage(text, time, level);
-    m_pOutlets->ShowStatusLine(text);
+    m_outlets->ShowStatusLine(text);
 }
 
 void CKalvexLog::PublishLevel() {
     std::string line = m_translator.Translate("Poziom rejestracji: ");
     for (const LevelRow& row : kLevels) {
-        if (row.level == m_nLevel) line += m_translator.Translate(row.word);
+        if (row.level == m_level) line += m_translator.Translate(row.word);
     }
     Log(line, platform::LogAlways);
-    if (m_pOutlets != nullptr) m_pOutlets->OnLogLevel(m_nLevel);
+    if (m_outlets != nullptr) m_outlets->OnLogLevel(m_level);
 }
 
 }  // namespace kalvex::app

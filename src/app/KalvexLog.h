@@ -35,8 +35,8 @@ class CKalvexLog final : public CLog, public platform::LogSink {
     void BecomeConsoleClient();
 
     // None by default; not owned.
-    void SetOutlets(LogOutlets* outlets) { m_pOutlets = outlets; }
-    void SetClients(LogClients* clients) { m_pClients = clients; }
+    void SetOutlets(LogOutlets* outlets) { m_outlets = outlets; }
+    void SetClients(LogClients* clients) { m_clients = clients; }
 
     // Above the level of a module nothing happens.
     void Log(std::string_view text, int level) override;
@@ -45,18 +45,18 @@ class CKalvexLog final : public CLog, public platform::LogSink {
     // A line of the module with its time, in a console client.
     void LogFromModule(std::string_view text, std::int64_t time, int level);
 
-    int GetLevel() const { return m_nLevel; }
-    void SetLevel(int level) { m_nLevel = level; }
+    int GetLevel() const { return m_level; }
+    void SetLevel(int level) { m_level = level; }
     // Tells the level of a module; numbers without a name have none.
     void PublishLevel();
 
   private:
     std::string Prefixed(std::string_view text) const;
 
-    bool m_bConsoleClient = false;
-    int m_nLevel = platform::LogErrors;
-    LogOutlets* m_pOutlets = nullptr;
-    LogClients* m_pClients = nullptr;
+    bool m_consoleClient = false;
+    int m_level = platform::LogErrors;
+    LogOutlets* m_outlets = nullptr;
+    LogClients* m_clients = nullptr;
 };
 
 }  // namespace kalvex::app

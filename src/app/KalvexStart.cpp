@@ -73,8 +73,8 @@ bool CKalvexApp::FailWithBox(std::string text) {
 
 std::string CKalvexApp::WithInstance(std::string_view format, std::string_view name) const {
     std::string text(name);
-    if (m_nInstance != kFirstInstance)
-        text += text::FormatText(format, {std::to_string(m_nInstance)});
+    if (m_instance != kFirstInstance)
+        text += text::FormatText(format, {std::to_string(m_instance)});
     return text;
 }
 
@@ -89,7 +89,7 @@ bool CKalvexApp::ShowParameters() {
 }
 
 bool CKalvexApp::ReadRole() {
-    if (m_cmdLine.HasOption("RC")) m_bConsoleClient = true;
+    if (m_cmdLine.HasOption("RC")) m_consoleClient = true;
     return true;
 }
 
@@ -102,20 +102,20 @@ bool CKalvexApp::RefuseOptionC() {
 
 // Nobody sits at a service, so a second one does not become a console by itself.
 bool CKalvexApp::DecideRole() {
-    m_nInstance = m_cmdLine.GetIntOption("INST").value_or(kFirstInstance);
-    if (!m_bConsoleClient && !m_world.instances.SetPrimaryInstance(kProgram)) {
+    m_instance = m_cmdLine.GetIntOption("INST").value_or(kFirstInstance);
+    if (!m_consoleClient && !m_world.instances.SetPrimaryInstance(kProgram)) {
         const int automatic = m_world.profile.GetProfileIntEx(
             kGeneral, kAutoClient, 1, m_world.profile.GetCommonProfilePath());
-        m_bConsoleClient = automatic != 0 && !m_world.service;
+        m_consoleClient = automatic != 0 && !m_world.service;
     }
-    if (m_bConsoleClient) m_log.BecomeConsoleClient();
+    if (m_consoleClient) m_log.BecomeConsoleClient();
     return true;
 }
 
 bool CKalvexApp::LockInstance() {
     std::string error;
-    const char* name = m_bConsoleClient ? kClientLock : kProgram;
-    if (m_world.instances.LockInstance(name, m_nInstance, error)) return true;
+    const char* name = m_consoleClient ? kClientLock : kProgram;
+    if (m_world.instances.LockInstance(name, m_instance, error)) return true;
     if (error.empty()) return Fail({});
     return Fail(
         text::FormatText(m_world.translator.Translate("Nie można zablokować instancji (%s)"),
@@ -125,15 +125,15 @@ bool CKalvexApp::LockInstance() {
 // ---- profile, logs, libraries
 
 bool CKalvexApp::ConfigureProfile() {
-    m_strProfile = m_world.workingDir + '/' + ProfileFileName(m_nInstance);
-    m_world.profile.SetProfileConfigEx(m_strProfile);
+    m_profile = m_world.workingDir + '/' + ProfileFileName(m_instance);
+    m_world.profile.SetProfileConfigEx(m_profile);
     return true;
 }
 
 bool CKalvexApp::NameLogFiles() {
-    m_strLogBase = m_world.logFolder + '/' + WithInstance("%d", kProgram);
-    if (m_bConsoleClient) m_strLogBase += kClientLogSuffix;
-    m_diagnosticLog.SetLogFile(m_strLogBase + kDiagnosticSuffix, kLogBytes);
+    m_logBase = m_world.logFolder + '/' + WithInstance("%d", kProgram);
+    if (m_consoleClient) m_logBase += kClientLogSuffix;
+    m_diagnosticLog.SetLogFile(m_logBase + kDiagnosticSuffix, kLogBytes);
     return true;
 }
 
@@ -141,13 +141,13 @@ bool CKalvexApp::StartLibraries() {
     for (AppLibrary* library : m_world.libraries) {
         std::string error;
         if (!library->Start(error)) return Fail(std::move(error));
-        ++m_nLibrariesStarted;
+        ++m_librariesStarted;
     }
     return true;
 }
 
 bool CKalvexApp::RequirePrimaryInstance() {
-    if (m_bConsoleClient || m_world.instances.IsPrimaryInstance()) return true;
+    if (m_consoleClient || m_world.instances.IsPrimaryInstance()) return true;
     return FailWithBox(m_world.translator.Translate(
         "Ten program może być uruchamiany wyłącznie w pierwszej instancji systemu Sorvane"));
 }
@@ -159,21 +159,21 @@ bool CKalvexApp::OpenProfile() {
     if (!m_world.profile.IsReadable(error)) {
         return Fail(
             text::FormatText(m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
-                             {text::FromUtf8(m_strProfile), text::FromUtf8(error)}));
+                             {text::FromUtf8(m_profile), text::FromUtf8(error)}));
     }
     m_paths.emplace(m_world.workingDir, ReadRootFolder(m_world.profile, m_world.workingDir));
-    m_store.emplace(m_world.profile, m_world.crypt, *m_paths, m_bConsoleClient);
+    m_store.emplace(m_world.profile, m_world.crypt, *m_paths, m_consoleClient);
     return true;
 }
 
 bool CKalvexApp::TakeNames() {
     m_configuration.configurationRight = m_configuration.controlRight = "100";
-    m_nCloseLevel = kCloseLevel;
+    m_closeLevel = kCloseLevel;
     m_store->ReadName(m_configuration);
     std::string& name = m_configuration.moduleName;
     if (name.empty()) name = WithInstance(" [%d]", kProgram);
-    m_strClientIdentity = name + '_' + text::FromUtf8(m_world.hostName);
-    if (m_bConsoleClient) m_strClientIdentity += kClientSuffix;
+    m_clientIdentity = name + '_' + text::FromUtf8(m_world.hostName);
+    if (m_consoleClient) m_clientIdentity += kClientSuffix;
     return true;
 }
 
@@ -188,7 +188,7 @@ bool CKalvexApp::LoadSettings() {
 }
 
 bool CKalvexApp::OpenLogFile() {
-    m_log.SetLogFile(m_strLogBase, m_bConsoleClient ? 0 : kLogBytes);
+    m_log.SetLogFile(m_logBase, m_consoleClient ? 0 : kLogBytes);
     return true;
 }
 
@@ -198,26 +198,26 @@ bool CKalvexApp::MakeDocuments() {
     platform::Questions& questions = m_world.window != nullptr
                                          ? static_cast<platform::Questions&>(*m_world.window)
                                          : static_cast<platform::Questions&>(m_noAnswers);
-    m_pServices.reset(new engine::DocumentServices{
+    m_services.reset(new engine::DocumentServices{
         {m_world.clock, m_log, m_world.translator, m_world.users, *m_paths, language::Functions()},
         language::Statements(),
         questions});
-    m_pServices->consoleClient = m_bConsoleClient;
-    m_pServices->processes = &m_world.processes;
-    m_pServices->files = &m_world.files;
-    m_pServices->probes = &m_world.probes;
-    m_pServices->crypt = &m_world.crypt;
-    m_pServices->counts = m_world.counts;
-    m_pDocuments = std::make_unique<CScriptDocuments>(*m_pServices);
+    m_services->consoleClient = m_consoleClient;
+    m_services->processes = &m_world.processes;
+    m_services->files = &m_world.files;
+    m_services->probes = &m_world.probes;
+    m_services->crypt = &m_world.crypt;
+    m_services->counts = m_world.counts;
+    m_documents = std::make_unique<ScriptDocuments>(*m_services);
     return true;
 }
 
 bool CKalvexApp::CreateMainFrame() {
-    m_pFrame = std::make_unique<CMainFrame>(
-        m_world.loop, m_world.translator, *m_pDocuments, m_world.window,
-        FrameWork{[this] { RunAutoStart(); }, [this] { DoPeriodicWork(); }}, m_bConsoleClient);
+    m_frame = std::make_unique<CMainFrame>(
+        m_world.loop, m_world.translator, *m_documents, m_world.window,
+        FrameWork{[this] { RunAutoStart(); }, [this] { DoPeriodicWork(); }}, m_consoleClient);
     m_log.SetOutlets(this);
-    if (m_pFrame->Create()) return true;
+    if (m_frame->Create()) return true;
     return Fail(m_world.translator.Translate("Nie można uruchomić zegara"));
 }
 
@@ -226,16 +226,16 @@ bool CKalvexApp::CreateClientInterface() {
                                      m_world.transports.Factory()};
     services.descriptions = m_configuration.sources;
     services.crypt = &m_world.crypt;
-    services.clientName = m_bConsoleClient ? m_strClientIdentity : m_configuration.moduleName;
-    services.consoleClient = m_bConsoleClient;
-    m_pClientInterface = std::make_unique<sources::CClientInterface>(std::move(services));
-    m_pServices->sources = m_pClientInterface.get();
+    services.clientName = m_consoleClient ? m_clientIdentity : m_configuration.moduleName;
+    services.consoleClient = m_consoleClient;
+    m_clientInterface = std::make_unique<sources::CClientInterface>(std::move(services));
+    m_services->sources = m_clientInterface.get();
     LogAppStart();
     return true;
 }
 
 bool CKalvexApp::TellRole() {
-    if (!m_bConsoleClient) return true;
+    if (!m_consoleClient) return true;
     m_log.Log(m_world.translator.Translate("Moduł uruchomiony w trybie zdalnej konsoli"),
               platform::LogAlways);
     return Fail(m_world.translator.Translate(
@@ -246,13 +246,13 @@ bool CKalvexApp::TellRole() {
 
 bool CKalvexApp::ScheduleAutoStart() {
     const int delay = m_cmdLine.GetIntOption("D").value_or(0);
-    if (delay < 1 || !m_pFrame->SetAutoStartTimer(delay)) RunAutoStart();
+    if (delay < 1 || !m_frame->SetAutoStartTimer(delay)) RunAutoStart();
     return true;
 }
 
 bool CKalvexApp::CompleteFrame() {
     const unsigned int period = m_configuration.refreshPeriod;
-    if (period != kUsualRefreshPeriod) m_pFrame->SetRefreshPeriod(period);
+    if (period != kUsualRefreshPeriod) m_frame->SetRefreshPeriod(period);
     UpdateTitle();
     m_log.PublishLevel();
     return true;
@@ -260,7 +260,7 @@ bool CKalvexApp::CompleteFrame() {
 
 void CKalvexApp::RunAutoStart() {
     if (!LogIn()) return;
-    if (!m_bConsoleClient) OpenAutoStartScripts();
+    if (!m_consoleClient) OpenAutoStartScripts();
     UpdateCloseEntry();
     if (m_world.window != nullptr) m_world.window->Show();
 }
@@ -294,10 +294,10 @@ void CKalvexApp::OnLoginFailed(std::string text) {
 
 // The frames of scripts that start by themselves are minimised, with a window and without one.
 void CKalvexApp::OpenAutoStartScripts() {
-    m_pFrame->SetOpeningScripts(true);
+    m_frame->SetOpeningScripts(true);
     for (const std::string& path : m_configuration.autostart) {
         std::string error;
-        engine::CKalvexDoc* document = m_pDocuments->Open(path, error);
+        engine::CKalvexDoc* document = m_documents->Open(path, error);
         if (document == nullptr) {
             m_log.Log(path + " : " + text::FromUtf8(error), platform::LogErrors);
             continue;
@@ -306,7 +306,7 @@ void CKalvexApp::OpenAutoStartScripts() {
         document->SetMinimised(true);
         if (m_world.window != nullptr) m_world.window->MinimiseFrame(*document);
     }
-    m_pFrame->SetOpeningScripts(false);
+    m_frame->SetOpeningScripts(false);
 }
 
 }  // namespace kalvex::app

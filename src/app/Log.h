@@ -19,7 +19,7 @@ namespace kalvex::app {
 // The length of the time stamp that a line begins with: "2024-03-10 07:00:00  ".
 inline constexpr std::size_t kLogStampLength = 21;
 
-struct CLogMessage {
+struct LogMessage {
     std::int64_t time;
     int level;
     std::string text;
@@ -29,7 +29,7 @@ struct CLogMessage {
 class LogListener {
   public:
     virtual ~LogListener() = default;
-    virtual void OnLogMessage(const CLogMessage& message) = 0;
+    virtual void OnLogMessage(const LogMessage& message) = 0;
 };
 
 class CLog {
@@ -45,11 +45,11 @@ class CLog {
 
     // The line with its stamp; index from 0, the oldest that is kept.
     std::string GetText(std::size_t index) const;
-    std::size_t GetCount() const { return m_arrMessages.size(); }
+    std::size_t GetCount() const { return m_messages.size(); }
     // The newest, at most so many, oldest first.
-    std::vector<CLogMessage> GetLastMessages(std::size_t count) const;
+    std::vector<LogMessage> GetLastMessages(std::size_t count) const;
     // Of memory; the file keeps what it has.
-    void OnClear() { m_arrMessages.clear(); }
+    void OnClear() { m_messages.clear(); }
 
     // Lines go to `path`, ".log" behind it, from now on; see CLogFile. What could not be written is
     // counted, and told in the file when it can be written again.
@@ -57,22 +57,22 @@ class CLog {
     void ReopenLogFile() { m_file.Reopen(); }
 
     // None by default; not owned.
-    void SetListener(LogListener* listener) { m_pListener = listener; }
+    void SetListener(LogListener* listener) { m_listener = listener; }
 
   protected:
     const platform::Clock& m_clock;
     const platform::Translator& m_translator;
 
   private:
-    bool WriteLine(const CLogMessage& message);
+    bool WriteLine(const LogMessage& message);
 
     platform::CLogFile m_file;
-    std::uint64_t m_nLost = 0;
-    std::deque<CLogMessage> m_arrMessages;
-    LogListener* m_pListener = nullptr;
+    std::uint64_t m_lost = 0;
+    std::deque<LogMessage> m_messages;
+    LogListener* m_listener = nullptr;
 };
 
 // The line as it is shown.
-std::string FormatLogLine(const CLogMessage& message);
+std::string FormatLogLine(const LogMessage& message);
 
 }  // namespace kalvex::app

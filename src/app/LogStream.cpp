@@ -21,7 +21,7 @@ LogStreamForm FormOfStandardOutput() {
                                                     : LogStreamForm::Stamped;
 }
 
-void CLogStream::OnLogMessage(const CLogMessage& message) {
+void LogStream::OnLogMessage(const LogMessage& message) {
     const int highest = static_cast<int>(std::size(kPriorities)) - 1;
     std::string line =
         m_form == LogStreamForm::Stamped
@@ -31,8 +31,8 @@ void CLogStream::OnLogMessage(const CLogMessage& message) {
     std::ranges::replace_if(
         line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
     line = text::ToUtf8(line) + '\n';
-    std::fwrite(line.data(), 1, line.size(), m_pStream);
-    std::fflush(m_pStream);
+    std::fwrite(line.data(), 1, line.size(), m_stream);
+    std::fflush(m_stream);
 }
 
 }  // namespace kalvex::app

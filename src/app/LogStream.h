@@ -15,14 +15,14 @@ enum class LogStreamForm {
 // Priority where the journal itself reads standard output.
 LogStreamForm FormOfStandardOutput();
 
-class CLogStream final : public LogListener {
+class LogStream final : public LogListener {
   public:
     // The stream is not owned. A line that it does not take is lost.
-    CLogStream(std::FILE* stream, LogStreamForm form) : m_pStream(stream), m_form(form) {}
-    void OnLogMessage(const CLogMessage& message) override;
+    LogStream(std::FILE* stream, LogStreamForm form) : m_stream(stream), m_form(form) {}
+    void OnLogMessage(const LogMessage& message) override;
 
   private:
-    std::FILE* m_pStream;
+    std::FILE* m_stream;
     LogStreamForm m_form;
 };
 

@@ -11,14 +11,14 @@ constexpr std::int64_t kRefreshPeriod = 1000;  // milliseconds
 }  // namespace
 
 CMainFrame::CMainFrame(AppLoop& loop, const platform::Translator& translator,
-                       CScriptDocuments& documents, MainWindow* window, FrameWork work,
+                       ScriptDocuments& documents, MainWindow* window, FrameWork work,
                        bool consoleClient)
     : m_loop(loop),
       m_translator(translator),
       m_documents(documents),
-      m_pWindow(window),
+      m_window(window),
       m_work(std::move(work)),
-      m_bConsoleClient(consoleClient) {}
+      m_consoleClient(consoleClient) {}
 
 CMainFrame::~CMainFrame() {
     m_loop.SetTickSource(nullptr);
@@ -43,7 +43,7 @@ bool CMainFrame::SetRefreshPeriod(std::int64_t milliseconds) {
 }
 
 void CMainFrame::OnTimer(int id) {
-    if (m_bConsoleClient) return;
+    if (m_consoleClient) return;
     switch (id) {
         case TickTimer:
             return OnTick();
@@ -57,16 +57,16 @@ void CMainFrame::OnTimer(int id) {
 void CMainFrame::OnTick() {
     m_documents.Ticker().RunTick();
     const bool errorWanted = m_documents.Ticker().IsErrorStanding();
-    if (errorWanted == m_bErrorShown) return;
-    m_bErrorShown = errorWanted;
-    if (m_pWindow == nullptr) return;
+    if (errorWanted == m_errorShown) return;
+    m_errorShown = errorWanted;
+    if (m_window == nullptr) return;
     if (errorWanted) {
-        m_pWindow->ModifyTrayIcon(
+        m_window->ModifyTrayIcon(
             true, "Kalvex",
             m_translator.Translate("Jeden ze skryptów wygenerował błąd.\nSzczegółowe informacje w "
                                    "oknie rejestracji"));
     } else {
-        m_pWindow->ModifyTrayIcon(false, {}, {});
+        m_window->ModifyTrayIcon(false, {}, {});
     }
 }
 
@@ -77,21 +77,21 @@ void CMainFrame::OnAutoStart() {
 
 void CMainFrame::OnRefresh() {
     m_work.periodic();
-    if (m_pWindow == nullptr) return;
-    if (!m_bOpeningScripts) m_pWindow->UpdateToolBar();
+    if (m_window == nullptr) return;
+    if (!m_openingScripts) m_window->UpdateToolBar();
     for (const std::unique_ptr<engine::CKalvexDoc>& document : m_documents.All()) {
-        if (document->State().m_bRunning) m_pWindow->RefreshVariables(*document);
+        if (document->State().m_bRunning) m_window->RefreshVariables(*document);
     }
 }
 
 void CMainFrame::SetOpeningScripts(bool opening) {
-    m_bOpeningScripts = opening;
+    m_openingScripts = opening;
     m_documents.Ticker().Block(opening);
 }
 
 void CMainFrame::SetStatusLine(std::string_view text) {
-    m_strStatusLine = text;
-    if (m_pWindow != nullptr) m_pWindow->SetStatusLine(text);
+    m_statusLine = text;
+    if (m_window != nullptr) m_window->SetStatusLine(text);
 }
 
 }  // namespace kalvex::app

@@ -24,7 +24,7 @@ class CMainFrame final : public TickSource {
     enum Timer : int { TickTimer = 1, AutoStartTimer = 2, RefreshTimer = 4 };
 
     // Nothing is owned; the window may be null. The timers of a console client do nothing.
-    CMainFrame(AppLoop& loop, const platform::Translator& translator, CScriptDocuments& documents,
+    CMainFrame(AppLoop& loop, const platform::Translator& translator, ScriptDocuments& documents,
                MainWindow* window, FrameWork work, bool consoleClient);
     ~CMainFrame() override;
     CMainFrame(const CMainFrame&) = delete;
@@ -40,7 +40,7 @@ class CMainFrame final : public TickSource {
 
     void RunTick() override { OnTimer(TickTimer); }
     // Ticks are needed while a script is open, or an error is shown that is to go.
-    bool NeedsTicks() const override { return !m_documents.All().empty() || m_bErrorShown; }
+    bool NeedsTicks() const override { return !m_documents.All().empty() || m_errorShown; }
     int GetIdleTicks() const override { return m_documents.Ticker().GetIdleTicks(); }
     void SkipTicks(int count) override { m_documents.Ticker().SkipTicks(count); }
 
@@ -48,10 +48,10 @@ class CMainFrame final : public TickSource {
     void SetOpeningScripts(bool opening);
 
     void SetStatusLine(std::string_view text);
-    const std::string& GetStatusLine() const { return m_strStatusLine; }
+    const std::string& GetStatusLine() const { return m_statusLine; }
 
     // The icon tells of a script that stands on an error.
-    bool IsErrorShown() const { return m_bErrorShown; }
+    bool IsErrorShown() const { return m_errorShown; }
 
   private:
     bool SetTimer(int id, std::int64_t milliseconds);
@@ -61,13 +61,13 @@ class CMainFrame final : public TickSource {
 
     AppLoop& m_loop;
     const platform::Translator& m_translator;
-    CScriptDocuments& m_documents;
-    MainWindow* const m_pWindow;
+    ScriptDocuments& m_documents;
+    MainWindow* const m_window;
     const FrameWork m_work;
-    const bool m_bConsoleClient;
-    bool m_bOpeningScripts = false;
-    bool m_bErrorShown = false;
-    std::string m_strStatusLine;
+    const bool m_consoleClient;
+    bool m_openingScripts = false;
+    bool m_errorShown = false;
+    std::string m_statusLine;
 };
 
 }  // namespace kalvex::app

@@ -11,13 +11,13 @@
 
 namespace kalvex::app {
 
-class CScriptDocuments {
+class ScriptDocuments {
   public:
     // The services outlive the documents.
-    explicit CScriptDocuments(const engine::DocumentServices& services) : m_services(services) {}
-    ~CScriptDocuments() { CloseAll(); }
-    CScriptDocuments(const CScriptDocuments&) = delete;
-    CScriptDocuments& operator=(const CScriptDocuments&) = delete;
+    explicit ScriptDocuments(const engine::DocumentServices& services) : m_services(services) {}
+    ~ScriptDocuments() { CloseAll(); }
+    ScriptDocuments(const ScriptDocuments&) = delete;
+    ScriptDocuments& operator=(const ScriptDocuments&) = delete;
 
     // The document of that file, which is opened unless it is open; null with the system's words
     // in `error` when it does not open.
@@ -28,13 +28,13 @@ class CScriptDocuments {
     void Close(engine::CKalvexDoc& document);
     void CloseAll();
 
-    const std::vector<std::unique_ptr<engine::CKalvexDoc>>& All() const { return m_arrDocuments; }
-    engine::CTickRunner& Ticker() { return m_ticker; }
+    const std::vector<std::unique_ptr<engine::CKalvexDoc>>& All() const { return m_documents; }
+    engine::TickRunner& Ticker() { return m_ticker; }
 
   private:
     const engine::DocumentServices& m_services;
-    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_arrDocuments;
-    engine::CTickRunner m_ticker;
+    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
+    engine::TickRunner m_ticker;
 };
 
 }  // namespace kalvex::app

@@ -9,14 +9,14 @@ namespace kalvex::app {
 
 namespace {
 
-bool IsPlainTextMeant(const CServerEntry& server) {
+bool IsPlainTextMeant(const ServerEntry& server) {
     std::string host;
     std::uint16_t port = 0;
     return server.plainTextAllowed ||
            (platform::ReadAddress(server.address, host, port) && platform::IsLoopback(host));
 }
 
-vantrel::ServerAddress MakeAddress(const CServerEntry& server) {
+vantrel::ServerAddress MakeAddress(const ServerEntry& server) {
     vantrel::ServerAddress address{.address = server.address,
                                    .certificateName = server.certificateName,
                                    .plainTextAllowed = server.plainTextAllowed};
@@ -32,7 +32,7 @@ vantrel::ServerAddress MakeAddress(const CServerEntry& server) {
 
 vantrel::ServerAddresses ReadServerAddresses(const platform::Profile& profile) {
     vantrel::ServerAddresses addresses;
-    for (const CServerEntry& server : ReadServers(profile)) {
+    for (const ServerEntry& server : ReadServers(profile)) {
         addresses.emplace(server.source, MakeAddress(server));
     }
     return addresses;

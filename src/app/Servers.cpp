@@ -13,24 +13,24 @@ constexpr const char* kPlainText = "Otwarty tekst";
 
 struct TextRow {
     const char* key;
-    std::string CServerEntry::*field;
+    std::string ServerEntry::*field;
 };
 
 constexpr TextRow kTexts[] = {
-    {"Urząd", &CServerEntry::authority},
-    {"Certyfikat", &CServerEntry::certificate},
-    {"Klucz", &CServerEntry::key},
-    {"Nazwa certyfikatu", &CServerEntry::certificateName},
+    {"Urząd", &ServerEntry::authority},
+    {"Certyfikat", &ServerEntry::certificate},
+    {"Klucz", &ServerEntry::key},
+    {"Nazwa certyfikatu", &ServerEntry::certificateName},
 };
 
 }  // namespace
 
-std::vector<CServerEntry> ReadServers(const platform::Profile& profile) {
+std::vector<ServerEntry> ReadServers(const platform::Profile& profile) {
     const std::string path = profile.GetCommonProfilePath();
-    std::vector<CServerEntry> servers;
+    std::vector<ServerEntry> servers;
     for (const auto& [source, address] : profile.GetProfileSectionEx(kServers, path)) {
         const std::string section = kServer + source;
-        CServerEntry& server = servers.emplace_back();
+        ServerEntry& server = servers.emplace_back();
         server.source = source;
         server.address = text::ToUtf8(address);
         for (const TextRow& row : kTexts) {

@@ -9,7 +9,7 @@
 namespace kalvex::app {
 
 // Paths and addresses are in the system's encoding (UTF-8).
-struct CServerEntry {
+struct ServerEntry {
     std::string source;       // engine text
     std::string address;      // "host:port"
     std::string authority;    // PEM file that the server's certificate is checked by
@@ -21,6 +21,6 @@ struct CServerEntry {
 
 // The section "Serwery" has a line "name=host:port" for each server. The settings of its encryption
 // stand in the section "Serwer NAME", and for all servers in "Szyfrowanie".
-std::vector<CServerEntry> ReadServers(const platform::Profile& profile);
+std::vector<ServerEntry> ReadServers(const platform::Profile& profile);
 
 }  // namespace kalvex::app

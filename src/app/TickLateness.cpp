@@ -7,37 +7,37 @@
 namespace kalvex::app {
 
 // Up to 8 a class a value; from there on the bits below the highest four are left out of account.
-std::size_t CTickLateness::ClassOf(std::uint64_t lateness) {
+std::size_t TickLateness::ClassOf(std::uint64_t lateness) {
     if (lateness < (1u << kSplit)) return lateness;
     const int top = std::bit_width(lateness) - 1;
     const std::uint64_t part = (lateness >> (top - kSplit)) & ((1u << kSplit) - 1);
     return (static_cast<std::size_t>(top - kSplit + 1) << kSplit) + part;
 }
 
-std::int64_t CTickLateness::TopOf(std::size_t index) {
+std::int64_t TickLateness::TopOf(std::size_t index) {
     if (index < (1u << kSplit)) return static_cast<std::int64_t>(index);
     const std::size_t shift = (index >> kSplit) - 1;
     const std::int64_t part = static_cast<std::int64_t>(index & ((1u << kSplit) - 1));
     return (((1 << kSplit) + part + 1) << shift) - 1;
 }
 
-void CTickLateness::Add(std::int64_t lateness) {
+void TickLateness::Add(std::int64_t lateness) {
     constexpr std::int64_t kLongest = (std::int64_t{1} << kTopBit) - 1;
     lateness = std::clamp<std::int64_t>(lateness, 0, kLongest);
-    ++m_arrCounts[ClassOf(static_cast<std::uint64_t>(lateness))];
-    ++m_nCount;
-    m_nSum += lateness;
-    m_nMax = std::max(m_nMax, lateness);
+    ++m_counts[ClassOf(static_cast<std::uint64_t>(lateness))];
+    ++m_count;
+    m_sum += lateness;
+    m_max = std::max(m_max, lateness);
 }
 
-std::int64_t CTickLateness::GetPercentile(double share) const {
-    const double rank = std::ceil(share * static_cast<double>(m_nCount));
+std::int64_t TickLateness::GetPercentile(double share) const {
+    const double rank = std::ceil(share * static_cast<double>(m_count));
     std::uint64_t passed = 0;
     for (std::size_t index = 0; index < kClasses; ++index) {
-        passed += m_arrCounts[index];
-        if (static_cast<double>(passed) >= rank) return std::min(TopOf(index), m_nMax);
+        passed += m_counts[index];
+        if (static_cast<double>(passed) >= rank) return std::min(TopOf(index), m_max);
     }
-    return m_nMax;
+    return m_max;
 }
 
 }  // namespace kalvex::app

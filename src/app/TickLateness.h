@@ -8,14 +8,14 @@
 
 namespace kalvex::app {
 
-class CTickLateness {
+class TickLateness {
   public:
     // A tick that comes early counts as one in time.
     void Add(std::int64_t lateness);
 
-    std::uint64_t GetCount() const { return m_nCount; }
-    std::int64_t GetSum() const { return m_nSum; }
-    std::int64_t GetMax() const { return m_nMax; }
+    std::uint64_t GetCount() const { return m_count; }
+    std::int64_t GetSum() const { return m_sum; }
+    std::int64_t GetMax() const { return m_max; }
     // What this share of all ticks, above 0 and up to 1, does not exceed: never less than the true
     // figure and at most an eighth above it. 0 before the first tick.
     std::int64_t GetPercentile(double share) const;
@@ -29,10 +29,10 @@ class CTickLateness {
     static std::size_t ClassOf(std::uint64_t lateness);
     static std::int64_t TopOf(std::size_t index);
 
-    std::array<std::uint64_t, kClasses> m_arrCounts{};
-    std::uint64_t m_nCount = 0;
-    std::int64_t m_nSum = 0;
-    std::int64_t m_nMax = 0;
+    std::array<std::uint64_t, kClasses> m_counts{};
+    std::uint64_t m_count = 0;
+    std::int64_t m_sum = 0;
+    std::int64_t m_max = 0;
 };
 
 }  // namespace kalvex::app

@@ -13,12 +13,9 @@ namespace kalvex::engine {
 
 namespace {
 
-bool Is(std::string_view token, std::string_view keyword) {
-    return text::EqualNoCase(token, keyword);
-}
-
 bool EndsCondition(std::string_view token) {
-    return Is(token, operands::Keyword::Goto) || Is(token, operands::Keyword::Then) || token == ";";
+    return text::EqualNoCase(token, operands::Keyword::Goto) ||
+           text::EqualNoCase(token, operands::Keyword::Then) || token == ";";
 }
 
 // A lone "=" parts the sides as well, but compares nothing.
@@ -34,7 +31,7 @@ bool Connects(std::string_view token) {
 class ComparisonChain {
   public:
     ComparisonChain(CKalvexDoc& document, std::string_view rest, int elseLine)
-        : m_document(document), m_text(rest), m_nElseLine(elseLine) {
+        : m_document(document), m_text(rest), m_elseLine(elseLine) {
         std::erase_if(m_text, [](char c) { return c == '(' || c == ')'; });
         m_rest = m_text;
     }
@@ -58,8 +55,8 @@ class ComparisonChain {
 
   private:
     bool EndsComparison() const {
-        return Is(m_token, operands::Keyword::Goto) || Is(m_token, operands::Keyword::Then) ||
-               Connects(m_token);
+        return text::EqualNoCase(m_token, operands::Keyword::Goto) ||
+               text::EqualNoCase(m_token, operands::Keyword::Then) || Connects(m_token);
     }
 
     // Reads left side, operator and right side; the token behind them stays in m_token.
@@ -69,7 +66,7 @@ class ComparisonChain {
         m_token = {};
         ReadLeft();
         if (m_left == operands::Keyword::Not) {
-            m_bNot = true;
+            m_not = true;
             m_left = m_token;
             m_token = text::NextToken(m_rest);
         }
@@ -108,25 +105,26 @@ class ComparisonChain {
     // A NOT in front of the first comparison inverts all later ones too.
     int Evaluate() {
         const int result = operands::CompareOperands(m_document, m_left, m_right, m_operator);
-        return result == 0 || result == 1 ? result ^ static_cast<int>(m_bNot) : -1;
+        return result == 0 || result == 1 ? result ^ static_cast<int>(m_not) : -1;
     }
 
     bool Decide(bool result) {
-        if (Is(m_token, operands::Keyword::Goto) && result)
+        if (text::EqualNoCase(m_token, operands::Keyword::Goto) && result)
             return m_document.GotoLabel(text::NextToken(m_rest));
-        if (Is(m_token, operands::Keyword::Then) && !result) m_document.JumpTo(m_nElseLine);
+        if (text::EqualNoCase(m_token, operands::Keyword::Then) && !result)
+            m_document.JumpTo(m_elseLine);
         return true;
     }
 
     CKalvexDoc& m_document;
     std::string m_text;
     std::string_view m_rest;
-    int m_nElseLine;
+    int m_elseLine;
     std::string m_left;
     std::string m_right;
     std::string_view m_operator;
     std::string_view m_token;
-    bool m_bNot = false;
+    bool m_not = false;
 };
 
 }  // namespace
@@ -144,10 +142,10 @@ LineOutcome ExecuteIf(StatementCall& call) {
     const bool holds = (value != value::CVal(0)) != 0;
     std::string_view token = text::NextToken(call.rest);
     while (!token.empty() && !EndsCondition(token)) token = text::NextToken(call.rest);
-    if (Is(token, operands::Keyword::Goto) && holds) {
+    if (text::EqualNoCase(token, operands::Keyword::Goto) && holds) {
         return FinishedIf(document.GotoLabel(text::NextToken(call.rest)));
     }
-    if (Is(token, operands::Keyword::Then) && !holds) document.JumpTo(elseLine);
+    if (text::EqualNoCase(token, operands::Keyword::Then) && !holds) document.JumpTo(elseLine);
     return LineOutcome::Finished;
 }
 
@@ -178,8 +176,8 @@ LineOutcome ExecuteGoto(StatementCall& call) {
 // and is searched anew.
 int CKalvexDoc::FindLabel(std::string_view target) {
     if (!m_arrLineCache.empty()) {
-        const auto found = m_mapLabels.find(target);
-        return found == m_mapLabels.end() ? -1 : found->second;
+        const auto found = m_labels.find(target);
+        return found == m_labels.end() ? -1 : found->second;
     }
     const int count = GetLineCount();
     for (int line = 0; line < count; ++line) {
@@ -204,11 +202,11 @@ bool CKalvexDoc::CheckStructure() {
         std::string_view text = GetLine(line);
         if (text.empty() || text.front() == ';') continue;
         std::string_view token = text::NextToken(text);
-        if (Is(token, operands::Keyword::If)) {
+        if (text::EqualNoCase(token, operands::Keyword::If)) {
             do token = text::NextToken(text);
             while (!token.empty() && !EndsCondition(token));
-            if (Is(token, operands::Keyword::Then)) ++open;
-        } else if (Is(token, operands::Keyword::Endif) && --open < 0) {
+            if (text::EqualNoCase(token, operands::Keyword::Then)) ++open;
+        } else if (text::EqualNoCase(token, operands::Keyword::Endif) && --open < 0) {
             LogLine(FormatErrorReport(line, operands::ErrorStrayEndif, {}), platform::LogErrors);
             return false;
         }

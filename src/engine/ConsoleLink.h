@@ -9,9 +9,9 @@ namespace kalvex::engine {
 enum class ConsoleCommand : int { Start = 2, Stop = 4, Reset = 6, Step = 8 };
 enum class ConsoleStateMessage : int { Stepped = 9, Breakpoint = 16 };
 
-class CConsoleLink {
+class ConsoleLink {
   public:
-    virtual ~CConsoleLink() = default;
+    virtual ~ConsoleLink() = default;
     virtual void SendCommand(std::string_view documentKey, ConsoleCommand command) = 0;
     virtual void SendLine(std::string_view documentKey, int line) = 0;
     virtual void SendState(std::string_view documentKey, ConsoleStateMessage message, int stateWord,

@@ -24,8 +24,8 @@ constexpr Declaration kDeclarations[] = {
 
 }  // namespace
 
-std::vector<CDeclaredVar> BuildDeclaredVars(const CScriptText& text) {
-    std::vector<CDeclaredVar> declared;
+std::vector<DeclaredVar> BuildDeclaredVars(const ScriptText& text) {
+    std::vector<DeclaredVar> declared;
     std::string line;
     for (int i = 0; i < text.GetLineCount(); ++i) {
         NormaliseLine(text.GetLine(i), line);
@@ -33,7 +33,7 @@ std::vector<CDeclaredVar> BuildDeclaredVars(const CScriptText& text) {
         const std::string keyword = text::ToUpper(text::NextToken(rest));
         const auto row = std::ranges::find(kDeclarations, keyword, &Declaration::keyword);
         if (row == std::end(kDeclarations)) continue;
-        CDeclaredVar& variable = declared.emplace_back();
+        DeclaredVar& variable = declared.emplace_back();
         variable.strName = text::NextToken(rest);
         variable.nKind = row->kind;
     }

@@ -8,9 +8,9 @@
 
 namespace kalvex::engine {
 
-class CScriptText;
+class ScriptText;
 
-struct CDeclaredVar {
+struct DeclaredVar {
     std::string strName;  // as the declaring line has it
     operands::VariableKind nKind = operands::VariableNone;
     // Columns of the variables window, filled from the module's messages.
@@ -22,6 +22,6 @@ struct CDeclaredVar {
 };
 
 // A record for each line that begins with LOCAL, POINTER, LIST or REMOTE, in order. Main thread.
-std::vector<CDeclaredVar> BuildDeclaredVars(const CScriptText& text);
+std::vector<DeclaredVar> BuildDeclaredVars(const ScriptText& text);
 
 }  // namespace kalvex::engine

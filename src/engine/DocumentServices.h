@@ -19,12 +19,12 @@ struct RunCounts {
 };
 
 struct DocumentServices : operands::ValueServices {
-    const CStatementTable& statements;
+    const StatementTable& statements;
     platform::Questions& questions;
-    CScriptSources* sources = nullptr;  // none in a process without data sources
-    CConsoleLink* console = nullptr;    // none without a remote console
-    bool consoleClient = false;         // this process mirrors a module and never interprets
-    RunCounts* counts = nullptr;        // none where nobody counts
+    ScriptSources* sources = nullptr;  // none in a process without data sources
+    ConsoleLink* console = nullptr;    // none without a remote console
+    bool consoleClient = false;        // this process mirrors a module and never interprets
+    RunCounts* counts = nullptr;       // none where nobody counts
 };
 
 }  // namespace kalvex::engine

@@ -9,10 +9,6 @@ namespace kalvex::engine {
 
 namespace {
 
-bool Is(std::string_view token, std::string_view keyword) {
-    return text::EqualNoCase(token, keyword);
-}
-
 std::string_view FirstToken(std::string_view line) {
     return text::NextToken(line);
 }
@@ -24,7 +20,7 @@ bool IsEnd(std::string_view token) {
 bool HoldsIf(std::string_view line) {
     for (std::string_view token = text::NextToken(line); !IsEnd(token);
          token = text::NextToken(line)) {
-        if (Is(token, operands::Keyword::If)) return true;
+        if (text::EqualNoCase(token, operands::Keyword::If)) return true;
     }
     return false;
 }
@@ -36,8 +32,8 @@ void NoteError(CIfBlock& block, int code) {
 }  // namespace
 
 // The search for the ENDIF that belongs to an IF, from its line downwards.
-struct CIfBlocks::Search {
-    const CIfBlocks& known;
+struct IfBlockIndex::Search {
+    const IfBlockIndex& known;
     CKalvexDoc& document;
     int lineCount;
 
@@ -49,10 +45,10 @@ struct CIfBlocks::Search {
             ++line;
             const std::string_view text = document.GetLine(line);
             const std::string_view first = FirstToken(text);
-            atEndif = Is(first, operands::Keyword::Endif);
-            const bool atElse = withElse && Is(first, operands::Keyword::Else);
+            atEndif = text::EqualNoCase(first, operands::Keyword::Endif);
+            const bool atElse = withElse && text::EqualNoCase(first, operands::Keyword::Else);
             if (HoldsIf(text)) {
-                const CIfBlock& nested = known.m_mapBlocks.at(line).nested;
+                const CIfBlock& nested = known.m_blocks.at(line).nested;
                 if (nested.nError != 0) NoteError(block, nested.nError);
                 line = nested.nElseLine;
             }
@@ -71,10 +67,10 @@ struct CIfBlocks::Search {
         std::string_view text = copy;
         for (std::string_view token = text::NextToken(text); !IsEnd(token);
              token = text::NextToken(text)) {
-            if (Is(token, operands::Keyword::Goto)) {
+            if (text::EqualNoCase(token, operands::Keyword::Goto)) {
                 block.nElseLine = block.nEndifLine = line;
                 noThen = false;
-            } else if (Is(token, operands::Keyword::Then)) {
+            } else if (text::EqualNoCase(token, operands::Keyword::Then)) {
                 if (!Run(line, block, withElse)) missingEndif = true;
                 noThen = false;
             }
@@ -87,24 +83,24 @@ struct CIfBlocks::Search {
     }
 };
 
-CIfBlocks::Outcome CIfBlocks::SearchBlock(CKalvexDoc& document, int line) const {
+IfBlockIndex::Outcome IfBlockIndex::SearchBlock(CKalvexDoc& document, int line) const {
     const Search search{*this, document, document.GetLineCount()};
     return Outcome{search.Build(line, true), search.Build(line, false)};
 }
 
-void CIfBlocks::SearchAll(CKalvexDoc& document) {
+void IfBlockIndex::SearchAll(CKalvexDoc& document) {
     // From the last line up: a search meets only blocks that begin below its own line.
     for (int line = document.GetLineCount() - 1; line >= 0; --line) {
         if (HoldsIf(document.GetLine(line))) {
-            m_mapBlocks.emplace(line, SearchBlock(document, line));
+            m_blocks.emplace(line, SearchBlock(document, line));
         }
     }
-    m_bSearched = true;
+    m_searched = true;
 }
 
-const CIfBlock& CIfBlocks::Find(CKalvexDoc& document, int line) {
-    if (!m_bSearched) SearchAll(document);
-    const CIfBlock& block = m_mapBlocks.at(line).outer;
+const CIfBlock& IfBlockIndex::Find(CKalvexDoc& document, int line) {
+    if (!m_searched) SearchAll(document);
+    const CIfBlock& block = m_blocks.at(line).outer;
     if (block.nError != 0) document.SetError(block.nError, {}, false);
     return block;
 }

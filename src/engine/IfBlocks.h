@@ -15,14 +15,14 @@ struct CIfBlock {
     int nError = 0;      // the first error that the search met, 0 for none
 };
 
-class CIfBlocks {
+class IfBlockIndex {
   public:
     // The block of the IF at the line, as for an IF that is executed. Records its error, not
     // forced.
     const CIfBlock& Find(CKalvexDoc& document, int line);
     void Clear() {
-        m_mapBlocks.clear();
-        m_bSearched = false;
+        m_blocks.clear();
+        m_searched = false;
     }
 
   private:
@@ -36,8 +36,8 @@ class CIfBlocks {
     void SearchAll(CKalvexDoc& document);
     Outcome SearchBlock(CKalvexDoc& document, int line) const;
 
-    std::unordered_map<int, Outcome> m_mapBlocks;
-    bool m_bSearched = false;
+    std::unordered_map<int, Outcome> m_blocks;
+    bool m_searched = false;
 };
 
 }  // namespace kalvex::engine

@@ -105,7 +105,7 @@ LineOutcome ExecuteSetTime(StatementCall& call) {
 }
 
 LineOutcome ExecuteSubscribe(StatementCall& call) {
-    CScriptSources* const sources = call.document.Services().sources;
+    ScriptSources* const sources = call.document.Services().sources;
     const std::string_view word = text::NextToken(call.rest);
     if (word == operands::Keyword::Stop) {
         if (sources != nullptr) sources->BlockSubscribe();

@@ -14,8 +14,8 @@ constexpr int kDefaultPriority = 50;
 
 }  // namespace
 
-CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<CScriptText> text)
-    : operands::CScriptContext(services), m_documentServices(services), m_pText(std::move(text)) {}
+CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<ScriptText> text)
+    : operands::ScriptContext(services), m_documentServices(services), m_text(std::move(text)) {}
 
 CKalvexDoc::~CKalvexDoc() {
     ClearRunState();
@@ -29,15 +29,15 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
     if (!platform::ReadWholeFile(platform::NativePath(full), content, error)) return false;
     SetPathName(full);
     m_strDocKey = paths.GetShortPath(path);
-    m_pText->SetText(content);
-    m_bModified = false;
+    m_text->SetText(content);
+    m_modified = false;
     return true;
 }
 
 bool CKalvexDoc::Save(std::string& error) {
-    if (!platform::WriteWholeFile(platform::NativePath(GetPathName()), m_pText->GetText(), error))
+    if (!platform::WriteWholeFile(platform::NativePath(GetPathName()), m_text->GetText(), error))
         return false;
-    m_bModified = false;
+    m_modified = false;
     return true;
 }
 
@@ -48,13 +48,13 @@ bool CKalvexDoc::Reload() {
         LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
         return false;
     }
-    m_pText->SetText(content);
+    m_text->SetText(content);
     return true;
 }
 
 void CKalvexDoc::SetReadOnly(bool readOnly) {
-    m_bReadOnly = readOnly;
-    if (m_pView != nullptr) m_pView->SetReadOnly(readOnly);
+    m_readOnly = readOnly;
+    if (m_view != nullptr) m_view->SetReadOnly(readOnly);
 }
 
 int CKalvexDoc::GetStateWord() const {
@@ -68,24 +68,24 @@ void CKalvexDoc::LogLine(std::string_view text, int level) {
 
 void CKalvexDoc::FillLineCache() {
     DropLineCache();
-    const int count = m_pText->GetLineCount();
+    const int count = m_text->GetLineCount();
     m_arrLineCache.resize(static_cast<std::size_t>(count));
     for (int n = 0; n < count; ++n) {
         std::string& line = m_arrLineCache[static_cast<std::size_t>(n)];
-        NormaliseLine(m_pText->GetLine(n), line);
+        NormaliseLine(m_text->GetLine(n), line);
         std::string_view text = line;
-        if (text.starts_with(':')) m_mapLabels.emplace(text::NextToken(text), n);
+        if (text.starts_with(':')) m_labels.emplace(text::NextToken(text), n);
     }
 }
 
 void CKalvexDoc::DropLineCache() {
-    m_mapLabels.clear();
+    m_labels.clear();
     m_arrLineCache.clear();
     m_ifBlocks.Clear();
 }
 
 int CKalvexDoc::GetLineCount() const {
-    return m_arrLineCache.empty() ? m_pText->GetLineCount()
+    return m_arrLineCache.empty() ? m_text->GetLineCount()
                                   : static_cast<int>(m_arrLineCache.size());
 }
 
@@ -95,11 +95,11 @@ std::string_view CKalvexDoc::GetLine(int n) {
         return m_arrLineCache[static_cast<std::size_t>(n)];
     }
     if (n >= GetLineCount()) return {};
-    NormaliseLine(m_pText->GetLine(n), m_strLineBuffer);
-    return m_strLineBuffer;
+    NormaliseLine(m_text->GetLine(n), m_lineBuffer);
+    return m_lineBuffer;
 }
 
-CIfBlocks& CKalvexDoc::IfBlocks() {
+IfBlockIndex& CKalvexDoc::IfBlocks() {
     if (m_arrLineCache.empty()) m_ifBlocks.Clear();
     return m_ifBlocks;
 }
@@ -118,7 +118,7 @@ bool CKalvexDoc::CommandGoesToModule(ConsoleCommand command) {
 }
 
 bool CKalvexDoc::SaveChanges() {
-    if (!m_bModified) return true;
+    if (!m_modified) return true;
     if (!Services().questions.AskYesNo(Services().translator.Translate("Czy zapisać zmiany?"))) {
         return false;
     }
@@ -138,8 +138,8 @@ bool CKalvexDoc::Start() {
     }
     MarkLine(-1);
     FillLineCache();
-    if (m_pView != nullptr) m_pView->SelectLine(-1);
-    m_bModified = false;
+    if (m_view != nullptr) m_view->SelectLine(-1);
+    m_modified = false;
     if (!CheckStructure()) {
         DropLineCache();
         if (m_bIncludesExpanded) ExpandIncludes(false);
@@ -153,7 +153,7 @@ bool CKalvexDoc::Start() {
     m_bInProcedureBody = false;
     Resume();
     SetReadOnly(true);
-    if (m_pView != nullptr) m_pView->RefreshTitle();
+    if (m_view != nullptr) m_view->RefreshTitle();
     LogLine(Services().translator.Translate(" : Start skryptu "), platform::LogAlways);
     return true;
 }
@@ -163,9 +163,9 @@ void CKalvexDoc::Stop() {
     MarkLine(m_nCurrentLine);
     m_bStepRequested = false;
     Pause();
-    if (m_pView != nullptr) {
-        m_pView->SelectLine(m_nCurrentLine);
-        m_pView->RefreshTitle();
+    if (m_view != nullptr) {
+        m_view->SelectLine(m_nCurrentLine);
+        m_view->RefreshTitle();
     }
     LogLine(Services().translator.Translate(" : Stop skryptu "), platform::LogAlways);
 }
@@ -180,18 +180,18 @@ void CKalvexDoc::Reset() {
     if (CommandGoesToModule(ConsoleCommand::Reset)) return;
     LogLine(Services().translator.Translate(" : Reset skryptu "), platform::LogAlways);
     MarkLine(-1);
-    if (m_pView != nullptr) m_pView->SelectLine(-1);
+    if (m_view != nullptr) m_view->SelectLine(-1);
     ClearRunState();
     ExpandIncludes(false);
     SetReadOnly(!m_bControlAllowed);
-    if (m_pView != nullptr) m_pView->RefreshTitle();
+    if (m_view != nullptr) m_view->RefreshTitle();
 }
 
 void CKalvexDoc::ClearRunState() {
     m_bRunning = false;
     m_bStepRequested = false;
     m_bPaused = false;
-    if (CScriptSources* sources = Services().sources) {
+    if (ScriptSources* sources = Services().sources) {
         sources->BlockSubscribe();
         for (const std::unique_ptr<operands::CVariable>& variable : Variables()) {
             if (variable->GetKind() == operands::VariableRemote) sources->ReleaseRemote(*variable);
@@ -204,7 +204,7 @@ void CKalvexDoc::ClearRunState() {
     m_lstCallStack.clear();
     DropLineCache();
     ClearParts();
-    if (m_pView != nullptr) m_pView->RefreshVariables();
+    if (m_view != nullptr) m_view->RefreshVariables();
     m_nCurrentLine = 0;
     m_nPriority = kDefaultPriority;
     m_nPaceCounter = 0;
@@ -214,9 +214,9 @@ void CKalvexDoc::ClearRunState() {
 }
 
 void CKalvexDoc::MarkLine(int line) {
-    if (m_pView != nullptr) {
-        if (m_nMarkedLine != -1) m_pView->SetLineMarker(m_nMarkedLine, false);
-        if (line != -1) m_pView->SetLineMarker(line, true);
+    if (m_view != nullptr) {
+        if (m_nMarkedLine != -1) m_view->SetLineMarker(m_nMarkedLine, false);
+        if (line != -1) m_view->SetLineMarker(line, true);
     }
     m_nMarkedLine = line;
 }

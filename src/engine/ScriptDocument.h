@@ -25,7 +25,7 @@ namespace kalvex::engine {
 enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, StateMinimised = 8 };
 
 // The state of a script's run. The document alone changes it. Line numbers count from 0.
-struct CRunState {
+struct RunState {
     bool m_bIncludesExpanded = false;
     bool m_bRunning = false;        // runs freely; also when it has passed its last line
     bool m_bStepRequested = false;  // the next due step runs one line
@@ -49,11 +49,11 @@ struct CRunState {
     bool m_bIgnoreUnknown = false;
 };
 
-class CKalvexDoc final : public operands::CScriptContext, private CRunState {
+class CKalvexDoc final : public operands::ScriptContext, private RunState {
   public:
     // Makes an empty, idle document. Lines live in a line list unless another text is given.
     explicit CKalvexDoc(const DocumentServices& services,
-                        std::unique_ptr<CScriptText> text = std::make_unique<CLineList>());
+                        std::unique_ptr<ScriptText> text = std::make_unique<LineList>());
     ~CKalvexDoc() override;
 
     // Loads the file and takes its path (Windows-1250); false with the system's words in `error`.
@@ -63,16 +63,16 @@ class CKalvexDoc final : public operands::CScriptContext, private CRunState {
 
     const DocumentServices& Services() const { return m_documentServices; }
     const std::string& GetDocKey() const { return m_strDocKey; }  // short path
-    CScriptText& Text() { return *m_pText; }
-    const CScriptText& Text() const { return *m_pText; }
-    void SetView(CScriptView* view) { m_pView = view; }  // not owned, may be null
-    bool IsModified() const { return m_bModified; }
-    void SetModified(bool modified) { m_bModified = modified; }
-    bool IsReadOnly() const { return m_bReadOnly; }
+    ScriptText& Text() { return *m_text; }
+    const ScriptText& Text() const { return *m_text; }
+    void SetView(ScriptView* view) { m_view = view; }  // not owned, may be null
+    bool IsModified() const { return m_modified; }
+    void SetModified(bool modified) { m_modified = modified; }
+    bool IsReadOnly() const { return m_readOnly; }
     void SetReadOnly(bool readOnly);
     void SetMinimised(bool minimised) { m_bMinimised = minimised; }
     int GetStateWord() const;
-    const CRunState& State() const { return *this; }
+    const RunState& State() const { return *this; }
 
     // Commands. Start is also the resume after a stop; false when the script does not run now.
     bool Start();
@@ -113,7 +113,7 @@ class CKalvexDoc final : public operands::CScriptContext, private CRunState {
     // The counts of IF...THEN and ENDIF; false, with a log line, when they do not match.
     bool CheckStructure();
     // Where the blocks of the text end.
-    CIfBlocks& IfBlocks();
+    IfBlockIndex& IfBlocks();
     // Moves to a line, which is passed over when the statement that jumps has finished.
     void JumpTo(int line) { m_nCurrentLine = line; }
     // Jumps to the label's line; a missing label stops the script with error 6.
@@ -160,17 +160,17 @@ class CKalvexDoc final : public operands::CScriptContext, private CRunState {
     bool NameMayBeDeclared(std::string_view name);
 
     const DocumentServices& m_documentServices;
-    std::unique_ptr<CScriptText> m_pText;
-    CScriptView* m_pView = nullptr;
+    std::unique_ptr<ScriptText> m_text;
+    ScriptView* m_view = nullptr;
     std::string m_strDocKey;
-    bool m_bModified = false;
-    bool m_bReadOnly = false;
+    bool m_modified = false;
+    bool m_readOnly = false;
     std::vector<std::string> m_arrLineCache;  // all lines, normalised; filled while the text stands
     // First line of each label of the cached lines, by the label's token.
-    std::unordered_map<std::string_view, int> m_mapLabels;
-    CIfBlocks m_ifBlocks;
-    std::string m_strLineBuffer;
-    std::string m_strRewrittenLine;
+    std::unordered_map<std::string_view, int> m_labels;
+    IfBlockIndex m_ifBlocks;
+    std::string m_lineBuffer;
+    std::string m_rewrittenLine;
 };
 
 // First token of a line of the document, upper-cased; empty for a blank line.

@@ -47,14 +47,14 @@ std::string LocalName(std::string name) {
 
 class Expansion {
   public:
-    Expansion(CScriptText& text, const DocumentServices& services)
+    Expansion(ScriptText& text, const DocumentServices& services)
         : m_text(text), m_services(services) {}
 
     // False when a file failed in the middle of its reading, which ends the expansion there.
     bool Run() {
         std::string line;
-        for (m_nLine = 0; m_nLine < m_text.GetLineCount(); ++m_nLine) {
-            NormaliseLine(m_text.GetLine(m_nLine), line);
+        for (m_line = 0; m_line < m_text.GetLineCount(); ++m_line) {
+            NormaliseLine(m_text.GetLine(m_line), line);
             std::string_view rest = line;
             const std::string keyword = text::ToUpper(text::NextToken(rest));
             if (keyword == operands::Keyword::Include && !IncludeFile(rest)) return false;
@@ -65,22 +65,22 @@ class Expansion {
 
   private:
     void ReplaceLine(const std::string& line) {
-        m_text.InsertScriptText(m_nLine, line + kLineEnd, true);
+        m_text.InsertScriptText(m_line, line + kLineEnd, true);
     }
 
     void InsertBehind(const std::string& line) {
-        m_text.InsertScriptText(m_nLine, line + kLineEnd, false);
+        m_text.InsertScriptText(m_line, line + kLineEnd, false);
     }
 
     void InsertAndPass(const std::string& lines, int count) {
         if (count == 0) return;
-        m_text.InsertScriptText(m_nLine, lines, false);
-        m_nLine += count;
+        m_text.InsertScriptText(m_line, lines, false);
+        m_line += count;
     }
 
     void InsertFault(const std::string& fault) {
         InsertBehind(fault);
-        ++m_nLine;
+        ++m_line;
     }
 
     bool IncludeFile(std::string_view rest) {
@@ -136,18 +136,18 @@ class Expansion {
         InsertAndPass(lines, count);
     }
 
-    CScriptText& m_text;
+    ScriptText& m_text;
     const DocumentServices& m_services;
-    int m_nLine = 0;
+    int m_line = 0;
 };
 
 }  // namespace
 
 bool CKalvexDoc::ExpandIncludes(bool expand) {
     Reload();
-    m_bIncludesExpanded = expand && Expansion(*m_pText, m_documentServices).Run();
+    m_bIncludesExpanded = expand && Expansion(*m_text, m_documentServices).Run();
     if (expand && !m_bIncludesExpanded) return false;
-    m_bModified = false;
+    m_modified = false;
     return true;
 }
 

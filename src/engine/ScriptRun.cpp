@@ -87,7 +87,7 @@ void CKalvexDoc::RunOneStep() {
     }
     m_bErrorStanding = false;
     m_bStepRequested = false;
-    if (m_pView != nullptr) m_pView->RefreshVariables();
+    if (m_view != nullptr) m_view->RefreshVariables();
 }
 
 void CKalvexDoc::ReportError(int level) {
@@ -96,10 +96,10 @@ void CKalvexDoc::ReportError(int level) {
 }
 
 void CKalvexDoc::ShowLine(int line) {
-    if (m_pView == nullptr) return;
+    if (m_view == nullptr) return;
     if (m_bStepRequested && !m_bMinimised) MarkLine(line);
-    m_pView->SelectLine(line);
-    if (m_bStepRequested || !m_pView->HasBreakpoint(line)) return;
+    m_view->SelectLine(line);
+    if (m_bStepRequested || !m_view->HasBreakpoint(line)) return;
     Stop();
     if (Services().console != nullptr) {
         Services().console->SendState(m_strDocKey, ConsoleStateMessage::Breakpoint, GetStateWord(),
@@ -112,8 +112,8 @@ bool CKalvexDoc::ExecuteLine() {
     SetError(operands::ErrorNone, {}, true);
     std::string_view line = GetLine(m_nCurrentLine);
     if (!m_lstCallStack.empty()) {
-        m_strRewrittenLine = RewriteLine(m_lstCallStack.back(), line);
-        line = m_strRewrittenLine;
+        m_rewrittenLine = RewriteLine(m_lstCallStack.back(), line);
+        line = m_rewrittenLine;
     }
     const LineOutcome outcome = RunStatement(line);
     const bool failed = outcome == LineOutcome::Failed;

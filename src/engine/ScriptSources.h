@@ -14,9 +14,9 @@ namespace kalvex::engine {
 
 class CKalvexDoc;
 
-class CScriptSources {
+class ScriptSources {
   public:
-    virtual ~CScriptSources() = default;
+    virtual ~ScriptSources() = default;
 
     // A remote variable bound to a server variable; the registration may still be refused, which
     // the variable shows when it is read. Never null.

@@ -31,33 +31,33 @@ void NormaliseLine(std::string_view raw, std::string& line) {
     line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
 }
 
-void CLineList::SetText(std::string_view text) {
-    m_arrLines = SplitLines(text);
+void LineList::SetText(std::string_view text) {
+    m_lines = SplitLines(text);
 }
 
-std::string CLineList::GetText() const {
+std::string LineList::GetText() const {
     std::string text;
-    for (const std::string& line : m_arrLines) {
-        if (&line != &m_arrLines.front()) text += "\r\n";
+    for (const std::string& line : m_lines) {
+        if (&line != &m_lines.front()) text += "\r\n";
         text += line;
     }
     return text;
 }
 
-void CLineList::InsertScriptText(int line, std::string_view text, bool replace) {
+void LineList::InsertScriptText(int line, std::string_view text, bool replace) {
     std::vector<std::string> added = SplitLines(text);
-    auto position = m_arrLines.begin() + line;
+    auto position = m_lines.begin() + line;
     if (replace) {
         // The text brings its own line end; the last line has none to give up.
-        const bool last = position + 1 == m_arrLines.end();
+        const bool last = position + 1 == m_lines.end();
         if (!last && added.back().empty() && added.size() > 1) added.pop_back();
-        position = m_arrLines.erase(position);
+        position = m_lines.erase(position);
     } else {
         if (added.back().empty() && added.size() > 1) added.pop_back();
         ++position;
     }
-    m_arrLines.insert(position, std::make_move_iterator(added.begin()),
-                      std::make_move_iterator(added.end()));
+    m_lines.insert(position, std::make_move_iterator(added.begin()),
+                   std::make_move_iterator(added.end()));
 }
 
 }  // namespace kalvex::engine

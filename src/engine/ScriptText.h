@@ -12,9 +12,9 @@ namespace kalvex::engine {
 // The line as statements read it: tabs are blanks, leading blanks are gone. `line` is overwritten.
 void NormaliseLine(std::string_view raw, std::string& line);
 
-class CScriptText {
+class ScriptText {
   public:
-    virtual ~CScriptText() = default;
+    virtual ~ScriptText() = default;
 
     // A text of n line ends has n + 1 lines.
     virtual int GetLineCount() const = 0;
@@ -27,20 +27,18 @@ class CScriptText {
     virtual void InsertScriptText(int line, std::string_view text, bool replace) = 0;
 };
 
-class CLineList final : public CScriptText {
+class LineList final : public ScriptText {
   public:
-    CLineList() : m_arrLines(1) {}
+    LineList() : m_lines(1) {}
 
-    int GetLineCount() const override { return static_cast<int>(m_arrLines.size()); }
-    std::string_view GetLine(int n) const override {
-        return m_arrLines[static_cast<std::size_t>(n)];
-    }
+    int GetLineCount() const override { return static_cast<int>(m_lines.size()); }
+    std::string_view GetLine(int n) const override { return m_lines[static_cast<std::size_t>(n)]; }
     void SetText(std::string_view text) override;
     std::string GetText() const override;
     void InsertScriptText(int line, std::string_view text, bool replace) override;
 
   private:
-    std::vector<std::string> m_arrLines;  // never empty
+    std::vector<std::string> m_lines;  // never empty
 };
 
 }  // namespace kalvex::engine

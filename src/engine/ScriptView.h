@@ -3,9 +3,9 @@
 
 namespace kalvex::engine {
 
-class CScriptView {
+class ScriptView {
   public:
-    virtual ~CScriptView() = default;
+    virtual ~ScriptView() = default;
     virtual void SelectLine(int line) = 0;  // -1 clears the selection
     virtual void SetLineMarker(int line, bool set) = 0;
     virtual void SetReadOnly(bool readOnly) = 0;

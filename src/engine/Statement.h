@@ -36,15 +36,15 @@ struct StatementRow {
 };
 
 // All statements, found by exact upper-case spelling. Built once from rows that outlive it.
-class CStatementTable {
+class StatementTable {
   public:
-    explicit CStatementTable(std::span<const StatementRow> rows);
+    explicit StatementTable(std::span<const StatementRow> rows);
     const StatementRow* Find(std::string_view keyword) const;
     std::span<const StatementRow> Rows() const { return m_rows; }
 
   private:
     std::span<const StatementRow> m_rows;
-    std::unordered_map<std::string_view, const StatementRow*> m_mapByKeyword;
+    std::unordered_map<std::string_view, const StatementRow*> m_byKeyword;
 };
 
 }  // namespace kalvex::engine

@@ -7,10 +7,10 @@
 
 namespace kalvex::engine {
 
-class CTickRunner {
+class TickRunner {
   public:
     // The documents are not owned; a document is removed before it is destroyed.
-    void Add(CKalvexDoc& document) { m_arrDocuments.push_back(&document); }
+    void Add(CKalvexDoc& document) { m_documents.push_back(&document); }
     void Remove(CKalvexDoc& document);
 
     // Does nothing within a tick or while blocked.
@@ -22,15 +22,15 @@ class CTickRunner {
     void SkipTicks(int count);
 
     // Ticks are blocked while scripts are opened at start-up.
-    void Block(bool blocked) { m_bBlocked = blocked; }
+    void Block(bool blocked) { m_blocked = blocked; }
 
     // One of the scripts stands on an error.
     bool IsErrorStanding() const { return m_bErrorStanding; }
 
   private:
-    std::vector<CKalvexDoc*> m_arrDocuments;
-    bool m_bInTick = false;
-    bool m_bBlocked = false;
+    std::vector<CKalvexDoc*> m_documents;
+    bool m_inTick = false;
+    bool m_blocked = false;
     bool m_bErrorStanding = false;
 };
 

@@ -49,11 +49,11 @@ std::int64_t HeaderNumber(std::string_view name) {
     return number && *number > 0 && *number < INT64_MAX ? *number : 0;
 }
 
-class CDataRewriter {
+class DataRewriter {
   public:
-    CDataRewriter(std::string_view section, std::span<const DataEntry> entries)
-        : m_strSection(section), m_entries(entries), m_written(entries.size(), false) {
-        for (std::size_t i = 0; i < entries.size(); ++i) m_mapByName.emplace(entries[i].name, i);
+    DataRewriter(std::string_view section, std::span<const DataEntry> entries)
+        : m_section(section), m_entries(entries), m_written(entries.size(), false) {
+        for (std::size_t i = 0; i < entries.size(); ++i) m_byName.emplace(entries[i].name, i);
     }
 
     RewrittenData Rewrite(std::string_view text) {
@@ -76,9 +76,9 @@ class CDataRewriter {
         if (m_place == Place::Inside && TakeOverInside(line)) return;
         if (m_place == Place::Before) {
             if (const auto name = HeaderName(line)) {
-                if (m_strSection.empty()) {
-                    m_nHighest = std::max(m_nHighest, HeaderNumber(*name));
-                } else if (*name == m_strSection) {
+                if (m_section.empty()) {
+                    m_highest = std::max(m_highest, HeaderNumber(*name));
+                } else if (*name == m_section) {
                     m_place = Place::Inside;
                 }
             }
@@ -89,8 +89,8 @@ class CDataRewriter {
     // False for the header that ends the section.
     bool TakeOverInside(std::string_view line) {
         if (const auto name = WrittenName(line)) {
-            const auto found = m_mapByName.find(*name);
-            if (found != m_mapByName.end() && m_entries[found->second].line) {
+            const auto found = m_byName.find(*name);
+            if (found != m_byName.end() && m_entries[found->second].line) {
                 Write(*m_entries[found->second].line);
                 m_written[found->second] = true;
                 return true;
@@ -113,18 +113,18 @@ class CDataRewriter {
 
     void WriteNewSection() {
         const std::string name =
-            m_strSection.empty() ? std::to_string(m_nHighest + 1) : std::string(m_strSection);
+            m_section.empty() ? std::to_string(m_highest + 1) : std::string(m_section);
         Write('[' + name + ']');
         WriteMissing();
         m_result.hasMore = true;
     }
 
-    std::string_view m_strSection;
+    std::string_view m_section;
     std::span<const DataEntry> m_entries;
-    std::unordered_map<std::string_view, std::size_t> m_mapByName;
+    std::unordered_map<std::string_view, std::size_t> m_byName;
     std::vector<bool> m_written;
     Place m_place = Place::Before;
-    std::int64_t m_nHighest = 0;
+    std::int64_t m_highest = 0;
     RewrittenData m_result;
 };
 
@@ -163,7 +163,7 @@ void ReadDataLines(
 
 RewrittenData RewriteData(std::string_view text, std::string_view section,
                           std::span<const DataEntry> entries) {
-    return CDataRewriter(section, entries).Rewrite(text);
+    return DataRewriter(section, entries).Rewrite(text);
 }
 
 }  // namespace kalvex::host

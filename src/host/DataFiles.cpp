@@ -22,7 +22,7 @@ constexpr std::string_view kNoDecimals = ".00";
 constexpr std::string_view kNoValue = "0";
 
 // Which variables are treated.
-struct CSelection {
+struct Selection {
     enum class Mode { All, Only, AllBut };
     Mode mode = Mode::All;
     std::vector<std::string> names;
@@ -40,11 +40,11 @@ struct CSelection {
     }
 };
 
-struct CParameters {
+struct Parameters {
     std::string path;  // absolute; empty if there is none
     std::string section;
     std::string value;
-    CSelection selection;
+    Selection selection;
 };
 
 enum class Form { WithoutValue, WithValue };
@@ -62,7 +62,7 @@ bool IsOption(std::string_view token) {
 
 // A quoted text, the value of a variable, or the token as it stands; false for a variable that has
 // no value now.
-bool Resolve(operands::CScriptContext& script, std::string_view token, std::string& out) {
+bool Resolve(operands::ScriptContext& script, std::string_view token, std::string& out) {
     out = token;
     if (token.empty()) return true;
     if (token.size() > 1 && token.front() == '"' && token.back() == '"') {
@@ -87,17 +87,17 @@ bool Resolve(operands::CScriptContext& script, std::string_view token, std::stri
 }
 
 // A numeric variable names a section by its whole number.
-bool ResolveWhole(operands::CScriptContext& script, std::string_view token, std::string& out) {
+bool ResolveWhole(operands::ScriptContext& script, std::string_view token, std::string& out) {
     if (!Resolve(script, token, out)) return false;
     if (out.ends_with(kNoDecimals)) out.resize(out.size() - kNoDecimals.size());
     return true;
 }
 
-bool ReadSelection(operands::CScriptContext& script, std::string_view option, std::string_view text,
-                   CSelection& out) {
+bool ReadSelection(operands::ScriptContext& script, std::string_view option, std::string_view text,
+                   Selection& out) {
     if (option.empty()) return true;
     if (!IsOption(option)) return script.Fail(operands::ErrorUndefinedVariable, option);
-    out.mode = text::EqualNoCase(option, kOnly) ? CSelection::Mode::Only : CSelection::Mode::AllBut;
+    out.mode = text::EqualNoCase(option, kOnly) ? Selection::Mode::Only : Selection::Mode::AllBut;
     while (true) {
         const std::string_view name = text::NextToken(text);
         if (name.empty()) return true;
@@ -106,8 +106,8 @@ bool ReadSelection(operands::CScriptContext& script, std::string_view option, st
     }
 }
 
-bool ReadParameters(operands::CScriptContext& script, std::string_view text, Form form,
-                    CParameters& out) {
+bool ReadParameters(operands::ScriptContext& script, std::string_view text, Form form,
+                    Parameters& out) {
     if (!Resolve(script, text::NextToken(text), out.path)) return false;
     std::string option =
         form == Form::WithValue ? std::string(text::NextToken(text)) : NextSigned(text);
@@ -137,8 +137,8 @@ void Assign(operands::CVariable& variable, std::string_view text) {
     if (value.Cast(type)) variable.SetValue(value, value::KindCurrent);
 }
 
-DataFileResult Rewrite(operands::CScriptContext& script, platform::FileStore& files,
-                       const CParameters& parameters, std::span<const DataEntry> entries) {
+DataFileResult Rewrite(operands::ScriptContext& script, platform::FileStore& files,
+                       const Parameters& parameters, std::span<const DataEntry> entries) {
     const std::string path = platform::NativePath(parameters.path);
     const std::string backup = platform::NativePath(BackupPath(parameters.path));
     std::string old;
@@ -153,7 +153,7 @@ DataFileResult Rewrite(operands::CScriptContext& script, platform::FileStore& fi
     return script.Fail(operands::ErrorFileOpen, parameters.path);
 }
 
-using Operation = DataFileResult (*)(operands::CScriptContext&, platform::FileStore&,
+using Operation = DataFileResult (*)(operands::ScriptContext&, platform::FileStore&,
                                      std::string_view);
 
 engine::LineOutcome Execute(engine::StatementCall& call, Operation operation) {
@@ -170,9 +170,9 @@ operands::FunctionResult Evaluate(operands::FunctionCall& call, Operation operat
 
 }  // namespace
 
-DataFileResult ReadDataFile(operands::CScriptContext& script, platform::FileStore& files,
+DataFileResult ReadDataFile(operands::ScriptContext& script, platform::FileStore& files,
                             std::string_view text) {
-    CParameters parameters;
+    Parameters parameters;
     if (!ReadParameters(script, text, Form::WithoutValue, parameters)) {
         return DataFileResult::Failed;
     }
@@ -190,9 +190,9 @@ DataFileResult ReadDataFile(operands::CScriptContext& script, platform::FileStor
     return result;
 }
 
-DataFileResult WriteDataFile(operands::CScriptContext& script, platform::FileStore& files,
+DataFileResult WriteDataFile(operands::ScriptContext& script, platform::FileStore& files,
                              std::string_view text) {
-    CParameters parameters;
+    Parameters parameters;
     if (!ReadParameters(script, text, Form::WithoutValue, parameters)) {
         return DataFileResult::Failed;
     }
@@ -206,9 +206,9 @@ DataFileResult WriteDataFile(operands::CScriptContext& script, platform::FileSto
     return Rewrite(script, files, parameters, entries);
 }
 
-DataFileResult SetDataFile(operands::CScriptContext& script, platform::FileStore& files,
+DataFileResult SetDataFile(operands::ScriptContext& script, platform::FileStore& files,
                            std::string_view text) {
-    CParameters parameters;
+    Parameters parameters;
     if (!ReadParameters(script, text, Form::WithValue, parameters)) return DataFileResult::Failed;
     if (parameters.value.empty()) parameters.value = kNoValue;
     std::vector<DataEntry> entries;

@@ -16,15 +16,15 @@ enum class DataFileResult {
 };
 
 // `text` is what stands behind the keyword. Data: a line has named a variable of the script.
-DataFileResult ReadDataFile(operands::CScriptContext& script, platform::FileStore& files,
+DataFileResult ReadDataFile(operands::ScriptContext& script, platform::FileStore& files,
                             std::string_view text);
 
 // The file that stood there becomes the backup and is the source of the new one; a write that fails
 // leaves the backup and no file, and so can be repeated. Data: the section is new, or a line of it
 // was carried over.
-DataFileResult WriteDataFile(operands::CScriptContext& script, platform::FileStore& files,
+DataFileResult WriteDataFile(operands::ScriptContext& script, platform::FileStore& files,
                              std::string_view text);
-DataFileResult SetDataFile(operands::CScriptContext& script, platform::FileStore& files,
+DataFileResult SetDataFile(operands::ScriptContext& script, platform::FileStore& files,
                            std::string_view text);
 
 }  // namespace kalvex::host

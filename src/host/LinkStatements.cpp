@@ -18,8 +18,8 @@ constexpr std::uint32_t kDefaultTimeout = 5000;
 constexpr std::uint32_t kFtpPort = 21;
 constexpr std::uint32_t kHttpPort = 80;
 
-CLinkTests& TestsOf(operands::CScriptContext& script) {
-    return script.GetPart<CLinkTests>(operands::DocumentPart::LinkTests, script.Services());
+LinkTests& TestsOf(operands::ScriptContext& script) {
+    return script.GetPart<LinkTests>(operands::PartId::LinkTests, script.Services());
 }
 
 // Behind the colon at position 1 or later; npos where there is none.
@@ -40,7 +40,7 @@ std::uint32_t ReadMilliseconds(std::string_view text) {
     return static_cast<std::uint32_t>(number);
 }
 
-bool ReadText(operands::CScriptContext& script, std::string_view token, std::string& out) {
+bool ReadText(operands::ScriptContext& script, std::string_view token, std::string& out) {
     value::CVal value;
     if (!operands::EvaluateOperand(script, token, value, value::ValueType::Text, true))
         return false;
@@ -49,12 +49,11 @@ bool ReadText(operands::CScriptContext& script, std::string_view token, std::str
 }
 
 // A parameter that is not there leaves the default.
-bool ReadOptionalText(operands::CScriptContext& script, std::string_view token, std::string& out) {
+bool ReadOptionalText(operands::ScriptContext& script, std::string_view token, std::string& out) {
     return token.empty() || ReadText(script, token, out);
 }
 
-bool ReadOptionalPort(operands::CScriptContext& script, std::string_view token,
-                      std::uint32_t& out) {
+bool ReadOptionalPort(operands::ScriptContext& script, std::string_view token, std::uint32_t& out) {
     if (token.empty()) return true;
     value::CVal value;
     if (!operands::EvaluateOperand(script, token, value, value::ValueType::Int, true)) return false;

@@ -35,15 +35,15 @@ LinkKindRow& RowOf(LinkKind kind) {
 }
 
 // A lock that is not to be had within the limit ends the process.
-class CLinkLock {
+class LinkLock {
   public:
-    explicit CLinkLock(LinkKind kind) : m_mutex(RowOf(kind).mutex) {
+    explicit LinkLock(LinkKind kind) : m_mutex(RowOf(kind).mutex) {
         if (!m_mutex.try_lock_until(std::chrono::system_clock::now() + kLockLimit))
             std::terminate();
     }
-    ~CLinkLock() { m_mutex.unlock(); }
-    CLinkLock(const CLinkLock&) = delete;
-    CLinkLock& operator=(const CLinkLock&) = delete;
+    ~LinkLock() { m_mutex.unlock(); }
+    LinkLock(const LinkLock&) = delete;
+    LinkLock& operator=(const LinkLock&) = delete;
 
   private:
     std::timed_mutex& m_mutex;
@@ -163,18 +163,18 @@ int RunLinkTest(LinkKind kind, CLinkInfo& info, platform::NetworkProbes& probes,
     return RowOf(kind).run(info, probes, log);
 }
 
-CLinkTests::~CLinkTests() {
+LinkTests::~LinkTests() {
     for (const LinkKind kind : {LinkKind::Ping, LinkKind::Ftp, LinkKind::Http}) {
-        const CLinkLock lock(kind);
-        for (CTests& tests = TestsOf(kind); !tests.empty(); tests.pop_back()) {
+        const LinkLock lock(kind);
+        for (Tests& tests = TestsOf(kind); !tests.empty(); tests.pop_back()) {
             tests.back().worker.join();
         }
     }
     m_logLines.Run();
 }
 
-void CLinkTests::Start(LinkKind kind, LinkTarget target) {
-    CTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
+void LinkTests::Start(LinkKind kind, LinkTarget target) {
+    RunningTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
     const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
         m_logLines.Post([this, text, values = std::move(values), level] {
             m_services.log.Log(text::FormatText(m_services.translator.Translate(text), values),
@@ -188,18 +188,18 @@ void CLinkTests::Start(LinkKind kind, LinkTarget target) {
             info->result.store(result);
         });
     if (!test.worker.joinable()) return;
-    const CLinkLock lock(kind);
+    const LinkLock lock(kind);
     TestsOf(kind).push_back(std::move(test));
 }
 
-int CLinkTests::TakeResult(LinkKind kind, std::string_view address) {
+int LinkTests::TakeResult(LinkKind kind, std::string_view address) {
     int result = LinkUnknown;
     bool anyRunning = false;
     {
-        const CLinkLock lock(kind);
-        CTests& tests = TestsOf(kind);
+        const LinkLock lock(kind);
+        Tests& tests = TestsOf(kind);
         for (std::size_t i = tests.size(); i-- > 0;) {
-            CTest& test = tests[i];
+            RunningTest& test = tests[i];
             if (test.info->address != address) continue;
             if (test.info->running.load() != 0) {
                 anyRunning = true;

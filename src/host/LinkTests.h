@@ -51,10 +51,10 @@ int RunLinkTest(LinkKind kind, CLinkInfo& info, platform::NetworkProbes& probes,
 
 // The tests of one document. Main thread; the workers' log lines come out when a result is asked
 // for.
-class CLinkTests final : public operands::CDocumentPart {
+class LinkTests final : public operands::DocumentPart {
   public:
-    explicit CLinkTests(const operands::ValueServices& services) : m_services(services) {}
-    ~CLinkTests() override;
+    explicit LinkTests(const operands::ValueServices& services) : m_services(services) {}
+    ~LinkTests() override;
 
     // Leaves no trace when the thread cannot be started.
     void Start(LinkKind kind, LinkTarget target);
@@ -64,17 +64,17 @@ class CLinkTests final : public operands::CDocumentPart {
     int TakeResult(LinkKind kind, std::string_view address);
 
   private:
-    struct CTest {
+    struct RunningTest {
         std::unique_ptr<CLinkInfo> info;
         std::thread worker;
     };
-    using CTests = std::vector<CTest>;
+    using Tests = std::vector<RunningTest>;
 
-    CTests& TestsOf(LinkKind kind) { return m_arrLinks[static_cast<std::size_t>(kind)]; }
+    Tests& TestsOf(LinkKind kind) { return m_links[static_cast<std::size_t>(kind)]; }
 
     const operands::ValueServices& m_services;
     platform::PostedWork m_logLines;
-    CTests m_arrLinks[static_cast<std::size_t>(LinkKind::Count)];
+    Tests m_links[static_cast<std::size_t>(LinkKind::Count)];
 };
 
 }  // namespace kalvex::host

@@ -42,12 +42,12 @@ enum : int {
     CloseNoSuchProgram = -3,
 };
 
-platform::Processes& ProcessesOf(operands::CScriptContext& script) {
+platform::Processes& ProcessesOf(operands::ScriptContext& script) {
     return *script.Services().processes;
 }
 
-CStartedPrograms& StartedBy(operands::CScriptContext& script) {
-    return script.GetPart<CStartedPrograms>(operands::DocumentPart::Processes, ProcessesOf(script));
+StartedPrograms& StartedBy(operands::ScriptContext& script) {
+    return script.GetPart<StartedPrograms>(operands::PartId::Processes, ProcessesOf(script));
 }
 
 operands::FunctionResult Yield(operands::FunctionCall& call, int value) {
@@ -56,14 +56,14 @@ operands::FunctionResult Yield(operands::FunctionCall& call, int value) {
 }
 
 template <class... Values>
-void LogFailure(operands::CScriptContext& script, const char* text, const Values&... values) {
+void LogFailure(operands::ScriptContext& script, const char* text, const Values&... values) {
     const operands::ValueServices& services = script.Services();
     services.log.Log(
         text::FormatText(services.translator.Translate(text), {script.GetPathName(), values...}),
         platform::LogErrors);
 }
 
-std::optional<int> ReadInteger(operands::CScriptContext& script, std::string_view token) {
+std::optional<int> ReadInteger(operands::ScriptContext& script, std::string_view token) {
     value::CVal value;
     if (!operands::EvaluateOperand(script, token, value, value::ValueType::Int, true))
         return std::nullopt;
@@ -86,7 +86,7 @@ std::string WithSlashes(std::string path) {
 
 // The identifier, 0 when neither attempt has started the program. The second one leaves the
 // directory aside.
-int StartProgram(operands::CScriptContext& script, std::string_view text, ExecForm form) {
+int StartProgram(operands::ScriptContext& script, std::string_view text, ExecForm form) {
     const ProgramLine line = ReadProgramLine(script, text, form);
     const platform::Paths& paths = script.Services().paths;
     platform::ProgramCall call;
@@ -110,9 +110,9 @@ int StartProgram(operands::CScriptContext& script, std::string_view text, ExecFo
 }
 
 // One CLOSE_EXEC, as a statement, which logs, or as a function, which yields a code.
-class CClosing {
+class Closing {
   public:
-    CClosing(operands::CScriptContext& script, int id, bool logs)
+    Closing(operands::ScriptContext& script, int id, bool logs)
         : m_script(script), m_processes(ProcessesOf(script)), m_id(id), m_logs(logs) {}
 
     bool Request() {
@@ -153,7 +153,7 @@ class CClosing {
         if (m_logs) LogFailure(m_script, text, values...);
     }
 
-    operands::CScriptContext& m_script;
+    operands::ScriptContext& m_script;
     platform::Processes& m_processes;
     int m_id;
     bool m_logs;
@@ -198,7 +198,7 @@ engine::LineOutcome ExecuteCloseExec(engine::StatementCall& call) {
     const std::string_view force = text::NextToken(call.rest);
     const std::string_view wait = text::NextToken(call.rest);
     const bool forced = !force.empty() && ReadInteger(document, force).value_or(0) != 0;
-    CClosing closing(document, *program, true);
+    Closing closing(document, *program, true);
     if (closing.Request()) {
         closing.WaitForEnd(wait.empty() ? 1 : ReadInteger(document, wait).value_or(1));
     } else if (forced) {
@@ -255,7 +255,7 @@ operands::FunctionResult CloseExecFunction(operands::FunctionCall& call) {
     const std::string_view force = call.arguments[1];
     const std::optional<int> forced = force.empty() ? 0 : ReadInteger(call.script, force);
     if (!forced) return operands::FunctionResult::Failed;
-    CClosing closing(call.script, id, false);
+    Closing closing(call.script, id, false);
     if (!closing.Request()) {
         if (*forced == 0) return Yield(call, CloseNoWindow);
         return Yield(call, closing.Terminate() ? 1 : 0);

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kDirectoryOption = "-WD";
 
 // The text of a token that names a variable.
-bool ReadText(operands::CScriptContext& script, std::string_view token, std::string& out) {
+bool ReadText(operands::ScriptContext& script, std::string_view token, std::string& out) {
     value::CVal value;
     if (operands::FindVariable(script, token) == nullptr) return false;
     if (!operands::EvaluateOperand(script, token, value, value::ValueType::Text, false))
@@ -40,8 +40,7 @@ void Unquote(std::string& text) {
 
 }  // namespace
 
-ProgramLine ReadProgramLine(operands::CScriptContext& script, std::string_view text,
-                            ExecForm form) {
+ProgramLine ReadProgramLine(operands::ScriptContext& script, std::string_view text, ExecForm form) {
     ProgramLine line;
     while (true) {
         const std::string_view token = text::NextToken(text);
@@ -91,12 +90,12 @@ std::vector<std::string> SplitParameters(std::string_view parameters) {
     return words;
 }
 
-void CStartedPrograms::ClearRunState() {
+void StartedPrograms::ClearRunState() {
     for (const int id : m_arrProcessHandles) m_processes.Release(id);
     m_arrProcessHandles.clear();
 }
 
-int CStartedPrograms::Find(double id) const {
+int StartedPrograms::Find(double id) const {
     const auto found = std::ranges::find_if(
         m_arrProcessHandles, [id](int handle) { return static_cast<double>(handle) == id; });
     return found == m_arrProcessHandles.end() ? 0 : *found;

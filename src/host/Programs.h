@@ -23,16 +23,16 @@ struct ProgramLine {
 enum class ExecForm { Statement, Function };
 
 // Reads everything behind the keyword. The function knows "-WD" at the start of a token too.
-ProgramLine ReadProgramLine(operands::CScriptContext& script, std::string_view text, ExecForm form);
+ProgramLine ReadProgramLine(operands::ScriptContext& script, std::string_view text, ExecForm form);
 
 // The parameters as the program gets them: cut at blanks outside double quotes, which go.
 std::vector<std::string> SplitParameters(std::string_view parameters);
 
 // The programs that a document's functions have started, until its run state is cleared.
-class CStartedPrograms final : public operands::CDocumentPart {
+class StartedPrograms final : public operands::DocumentPart {
   public:
-    explicit CStartedPrograms(platform::Processes& processes) : m_processes(processes) {}
-    ~CStartedPrograms() override { ClearRunState(); }
+    explicit StartedPrograms(platform::Processes& processes) : m_processes(processes) {}
+    ~StartedPrograms() override { ClearRunState(); }
     void ClearRunState() override;
 
     void Add(int id) { m_arrProcessHandles.push_back(id); }

@@ -150,8 +150,8 @@ constexpr operands::FunctionRow kRows[] = {
 
 }  // namespace
 
-const operands::CFunctionTable& Functions() {
-    static const operands::CFunctionTable table(kRows);
+const operands::FunctionTable& Functions() {
+    static const operands::FunctionTable table(kRows);
     return table;
 }
 

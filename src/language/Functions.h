@@ -5,6 +5,6 @@
 
 namespace kalvex::language {
 
-const operands::CFunctionTable& Functions();
+const operands::FunctionTable& Functions();
 
 }  // namespace kalvex::language

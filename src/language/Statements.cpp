@@ -147,8 +147,8 @@ constexpr engine::StatementRow kRows[] = {
 
 }  // namespace
 
-const engine::CStatementTable& Statements() {
-    static const engine::CStatementTable table(kRows);
+const engine::StatementTable& Statements() {
+    static const engine::StatementTable table(kRows);
     return table;
 }
 

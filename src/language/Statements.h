@@ -5,6 +5,6 @@
 
 namespace kalvex::language {
 
-const engine::CStatementTable& Statements();
+const engine::StatementTable& Statements();
 
 }  // namespace kalvex::language

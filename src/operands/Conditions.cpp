@@ -11,19 +11,19 @@ namespace kalvex::operands {
 
 namespace {
 
-bool IsSetByUser(CScriptContext& script, std::string_view operand) {
+bool IsSetByUser(ScriptContext& script, std::string_view operand) {
     std::uint16_t word = 0;
     return GetVariableStatus(script, operand, &word) && (word & value::Status::SetByUser) != 0;
 }
 
 // A test of the reading, not of the status.
-bool IsUnknown(CScriptContext& script, std::string_view operand) {
+bool IsUnknown(ScriptContext& script, std::string_view operand) {
     value::CVal value;
     return !EvaluateOperand(script, operand, value, value::ValueType::Double, true);
 }
 
 template <int (CVariable::*Test)(value::ValueKind kind)>
-bool Holds(CScriptContext& script, std::string_view operand) {
+bool Holds(ScriptContext& script, std::string_view operand) {
     CVariable* variable = FindVariable(script, operand);
     return variable != nullptr && (variable->*Test)(value::GetValueKind(operand)) != 0;
 }
@@ -42,7 +42,7 @@ bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
 }
 
-bool EvaluateSide(CScriptContext& script, std::string_view side, value::CVal& out) {
+bool EvaluateSide(ScriptContext& script, std::string_view side, value::CVal& out) {
     if (IsStringLiteral(side)) {
         out = value::CVal(side.substr(1, side.size() - 2));
         return true;
@@ -63,7 +63,7 @@ const ConditionWordRow* FindConditionWord(std::string_view word) {
     return row == std::end(kConditionWords) ? nullptr : row;
 }
 
-int CompareOperands(CScriptContext& script, std::string_view left, std::string_view right,
+int CompareOperands(ScriptContext& script, std::string_view left, std::string_view right,
                     std::string_view op) {
     if (const ConditionWordRow* row = FindConditionWord(left)) return row->test(script, op);
     value::CVal leftValue;

@@ -5,7 +5,7 @@
 
 namespace kalvex::operands {
 
-enum class DocumentPart {
+enum class PartId {
     ReportNotifications,
     Processes,
     LinkTests,
@@ -13,9 +13,9 @@ enum class DocumentPart {
     Count,
 };
 
-class CDocumentPart {
+class DocumentPart {
   public:
-    virtual ~CDocumentPart() = default;
+    virtual ~DocumentPart() = default;
     virtual void ClearRunState() {}
 };
 

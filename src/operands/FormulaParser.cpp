@@ -17,7 +17,7 @@ namespace {
 // The first pass. `negative` says that a "-" now means the unary minus.
 class Compiler {
   public:
-    Compiler(CScriptContext& script, std::string_view text, std::string& postfix)
+    Compiler(ScriptContext& script, std::string_view text, std::string& postfix)
         : m_script(script), m_text(text), m_postfix(postfix) {}
 
     bool Run() {
@@ -177,7 +177,7 @@ class Compiler {
         return true;
     }
 
-    CScriptContext& m_script;
+    ScriptContext& m_script;
     std::string_view m_text;
     std::string& m_postfix;
     std::size_t m_position = 0;

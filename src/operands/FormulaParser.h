@@ -14,7 +14,7 @@ namespace kalvex::operands {
 
 class FormulaParser {
   public:
-    explicit FormulaParser(CScriptContext& script) : m_script(script) {}
+    explicit FormulaParser(ScriptContext& script) : m_script(script) {}
 
     // `postfix` receives the tokens, each followed by one blank.
     bool CompileFormula(std::string_view text, std::string& postfix);
@@ -30,7 +30,7 @@ class FormulaParser {
   private:
     bool EvaluateToken(std::string_view token);
 
-    CScriptContext& m_script;
+    ScriptContext& m_script;
     std::vector<value::CVal> m_stack;
 };
 

@@ -14,20 +14,20 @@ std::size_t FirstByte(std::string_view word) {
 
 }  // namespace
 
-CFunctionTable::CFunctionTable(std::span<const FunctionRow> rows) : m_rows(rows) {
-    m_mapByKeyword.reserve(rows.size());
+FunctionTable::FunctionTable(std::span<const FunctionRow> rows) : m_rows(rows) {
+    m_byKeyword.reserve(rows.size());
     for (const FunctionRow& row : rows) {
-        m_mapByKeyword.emplace(row.keyword, &row);
-        m_arrLengths[FirstByte(row.keyword)] |= LengthBit(row.keyword);
+        m_byKeyword.emplace(row.keyword, &row);
+        m_lengths[FirstByte(row.keyword)] |= LengthBit(row.keyword);
     }
 }
 
-const FunctionRow* CFunctionTable::Find(std::string_view keyword) const {
-    if (keyword.empty() || (m_arrLengths[FirstByte(keyword)] & LengthBit(keyword)) == 0) {
+const FunctionRow* FunctionTable::Find(std::string_view keyword) const {
+    if (keyword.empty() || (m_lengths[FirstByte(keyword)] & LengthBit(keyword)) == 0) {
         return nullptr;
     }
-    const auto found = m_mapByKeyword.find(keyword);
-    return found == m_mapByKeyword.end() ? nullptr : found->second;
+    const auto found = m_byKeyword.find(keyword);
+    return found == m_byKeyword.end() ? nullptr : found->second;
 }
 
 std::string_view TextBehindKeyword(const FunctionCall& call) {

@@ -12,10 +12,10 @@
 
 namespace kalvex::operands {
 
-class CScriptContext;
+class ScriptContext;
 
 struct FunctionCall {
-    CScriptContext& script;
+    ScriptContext& script;
     std::string_view keyword;
     std::array<std::string_view, 3> arguments;  // the three tokens behind it, empty where missing
     std::string_view rest;                      // the text behind the keyword and the three tokens
@@ -41,18 +41,18 @@ struct FunctionRow {
 };
 
 // All keyword functions, found by exact spelling. Built once from rows that outlive it.
-class CFunctionTable {
+class FunctionTable {
   public:
-    explicit CFunctionTable(std::span<const FunctionRow> rows);
+    explicit FunctionTable(std::span<const FunctionRow> rows);
     const FunctionRow* Find(std::string_view keyword) const;
     std::span<const FunctionRow> Rows() const { return m_rows; }
 
   private:
     std::span<const FunctionRow> m_rows;
-    std::unordered_map<std::string_view, const FunctionRow*> m_mapByKeyword;
+    std::unordered_map<std::string_view, const FunctionRow*> m_byKeyword;
     // By first character, a bit for each length that occurs: most words are no keyword and are told
     // by these alone.
-    std::array<std::uint64_t, 256> m_arrLengths{};
+    std::array<std::uint64_t, 256> m_lengths{};
 };
 
 // The text of the whole expression behind its keyword, for functions that read their own arguments.

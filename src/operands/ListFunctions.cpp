@@ -17,7 +17,7 @@ namespace kalvex::operands {
 namespace {
 
 // A local or remote variable, or a pointer to a remote one.
-CVariable* FindResult(CScriptContext& script, std::string_view name) {
+CVariable* FindResult(ScriptContext& script, std::string_view name) {
     CVariable* variable = script.FindNamed(name);
     if (variable == nullptr) return nullptr;
     const VariableKind kind = variable->GetKind();
@@ -30,7 +30,7 @@ CVariable* FindResult(CScriptContext& script, std::string_view name) {
 }
 
 // "FROM <time>" or "TO <time>" at the front of the text.
-bool TakeBound(CScriptContext& script, std::string_view word, std::string_view& text,
+bool TakeBound(ScriptContext& script, std::string_view word, std::string_view& text,
                std::int64_t& bound) {
     text = text::TrimBlanks(text);
     const std::string_view clause = text;
@@ -40,7 +40,7 @@ bool TakeBound(CScriptContext& script, std::string_view word, std::string_view& 
     return ParseDateFields(script, text, bound) || script.FailForced(ErrorText, clause);
 }
 
-CalcResult ReadFilter(CScriptContext& script, std::string_view mask, std::string_view text,
+CalcResult ReadFilter(ScriptContext& script, std::string_view mask, std::string_view text,
                       ElementFilter& filter) {
     if (mask.empty()) return CalcResult::Done;
     if (!ParseStatusArgument(script, mask, &filter.ignoreMask, StatusAction::Set)) {
@@ -108,7 +108,7 @@ constexpr FillStep kFillSteps[] = {
 
 }  // namespace
 
-CalcResult CalcInList(CScriptContext& script, std::string_view text) {
+CalcResult CalcInList(ScriptContext& script, std::string_view text) {
     const std::string_view source = text::NextToken(text);
     const std::string_view target = text::NextToken(text);
     const std::string_view mask = text::NextToken(text);
@@ -131,7 +131,7 @@ CalcResult CalcInList(CScriptContext& script, std::string_view text) {
     return code;
 }
 
-bool FillInList(CScriptContext& script, std::string_view text) {
+bool FillInList(ScriptContext& script, std::string_view text) {
     CVariableList* list = script.FindList(BaseName(text::NextToken(text)));
     if (list == nullptr) return false;
     const std::string_view valueToken = text::NextToken(text);

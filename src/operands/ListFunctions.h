@@ -17,10 +17,10 @@ enum class CalcResult : int {
 
 // <list.function> <result> [<mask> [FROM <time> TO <time>]]: the aggregate goes into the result, a
 // value of type None where nothing was computed.
-CalcResult CalcInList(CScriptContext& script, std::string_view text);
+CalcResult CalcInList(ScriptContext& script, std::string_view text);
 
 // <list> <value> <status> <start> <end> HREP|DREP|MREP: one element for each hour, day or month
 // from start to end goes behind those that the list has.
-bool FillInList(CScriptContext& script, std::string_view text);
+bool FillInList(ScriptContext& script, std::string_view text);
 
 }  // namespace kalvex::operands

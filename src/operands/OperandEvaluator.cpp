@@ -53,39 +53,39 @@ constexpr VariableProperty kVariableProperties[] = {
 
 constexpr std::string_view kBaseName = ".BASENAME";
 
-void ReadCount(CScriptContext&, const CVariableList& list, value::CVal& out) {
+void ReadCount(ScriptContext&, const CVariableList& list, value::CVal& out) {
     out = value::CVal(CountItems(list, {}));
 }
 
-void ReadPosition(CScriptContext&, const CVariableList& list, value::CVal& out) {
+void ReadPosition(ScriptContext&, const CVariableList& list, value::CVal& out) {
     out = value::CVal(list.GetIterator());
 }
 
-void ReadPositionValid(CScriptContext&, const CVariableList& list, value::CVal& out) {
+void ReadPositionValid(ScriptContext&, const CVariableList& list, value::CVal& out) {
     out = value::CVal(list.IsIteratorValid() ? 1 : 0);
 }
 
 constexpr ElementFilter kKnownElements{value::Status::Unknown, 0, value::kLargestTime};
 
-void ReadSum(CScriptContext& script, const CVariableList& list, value::CVal& out) {
+void ReadSum(ScriptContext& script, const CVariableList& list, value::CVal& out) {
     SumItems(list, out, kKnownElements, script.Services().clock.Now());
 }
 
-void ReadMinimum(CScriptContext&, const CVariableList& list, value::CVal& out) {
+void ReadMinimum(ScriptContext&, const CVariableList& list, value::CVal& out) {
     MinItem(list, out, kKnownElements);
 }
 
-void ReadMaximum(CScriptContext&, const CVariableList& list, value::CVal& out) {
+void ReadMaximum(ScriptContext&, const CVariableList& list, value::CVal& out) {
     MaxItem(list, out, kKnownElements);
 }
 
-void ReadAverage(CScriptContext& script, const CVariableList& list, value::CVal& out) {
+void ReadAverage(ScriptContext& script, const CVariableList& list, value::CVal& out) {
     AverageItems(list, out, kKnownElements, script.Services().clock.Now());
 }
 
 struct ListProperty {
     std::string_view name;
-    void (*read)(CScriptContext& script, const CVariableList& list, value::CVal& out);
+    void (*read)(ScriptContext& script, const CVariableList& list, value::CVal& out);
 };
 
 constexpr ListProperty kListProperties[] = {
@@ -113,7 +113,7 @@ std::string_view CutAtLastDot(std::string_view text) {
     return text.substr(0, text.rfind('.'));
 }
 
-bool EvaluateVariableProperty(CScriptContext& script, std::string_view text, value::CVal& out,
+bool EvaluateVariableProperty(ScriptContext& script, std::string_view text, value::CVal& out,
                               bool report) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
@@ -131,8 +131,7 @@ bool EvaluateVariableProperty(CScriptContext& script, std::string_view text, val
     return false;
 }
 
-bool EvaluateBaseName(CScriptContext& script, std::string_view text, value::CVal& out,
-                      bool report) {
+bool EvaluateBaseName(ScriptContext& script, std::string_view text, value::CVal& out, bool report) {
     const std::string_view name = CutAtLastDot(text);
     CVariable* variable = FindVariable(script, name);
     if (variable == nullptr) return false;
@@ -145,7 +144,7 @@ bool EvaluateBaseName(CScriptContext& script, std::string_view text, value::CVal
     return true;
 }
 
-bool EvaluateListProperty(CScriptContext& script, std::string_view text,
+bool EvaluateListProperty(ScriptContext& script, std::string_view text,
                           const ListProperty& property, value::CVal& out, bool report) {
     const std::string_view name = CutAtLastDot(text);
     CVariable* variable = FindVariable(script, name);
@@ -158,7 +157,7 @@ bool EvaluateListProperty(CScriptContext& script, std::string_view text,
     return true;
 }
 
-bool EvaluateTimestamp(CScriptContext& script, std::string_view text, value::CVal& out,
+bool EvaluateTimestamp(ScriptContext& script, std::string_view text, value::CVal& out,
                        bool report) {
     const std::string_view name = CutAtLastDot(text);
     std::int64_t time = 0;
@@ -170,7 +169,7 @@ bool EvaluateTimestamp(CScriptContext& script, std::string_view text, value::CVa
     return true;
 }
 
-bool EvaluateTime(CScriptContext& script, std::string_view text, value::CVal& out) {
+bool EvaluateTime(ScriptContext& script, std::string_view text, value::CVal& out) {
     const std::size_t dot = text.find('.');
     const std::string_view base = text.substr(0, dot);
     std::int64_t time = 0;
@@ -200,7 +199,7 @@ Attempt Outcome(bool succeeded) {
 }
 
 // Everything that a dot can select, in the order in which it is looked for.
-Attempt EvaluateProperty(CScriptContext& script, std::string_view text, value::CVal& out,
+Attempt EvaluateProperty(ScriptContext& script, std::string_view text, value::CVal& out,
                          bool report) {
     for (const VariableProperty& property : kVariableProperties) {
         if (Mentions(text, property.row.name)) {
@@ -223,8 +222,7 @@ bool IsTimeWord(std::string_view text) {
            (text.size() == Keyword::Time.size() || text[Keyword::Time.size()] == '.');
 }
 
-bool EvaluateVariable(CScriptContext& script, std::string_view text, value::CVal& out,
-                      bool report) {
+bool EvaluateVariable(ScriptContext& script, std::string_view text, value::CVal& out, bool report) {
     CVariable* variable = FindVariable(script, text);
     if (variable == nullptr) return false;
     const int result = variable->GetValue(out, value::GetValueKind(text), 0);
@@ -234,7 +232,7 @@ bool EvaluateVariable(CScriptContext& script, std::string_view text, value::CVal
     return false;
 }
 
-bool EvaluateFormula(CScriptContext& script, std::string_view text, value::CVal& out) {
+bool EvaluateFormula(ScriptContext& script, std::string_view text, value::CVal& out) {
     FormulaParser parser(script);
     std::string postfix;
     return parser.CompileFormula(text, postfix) && parser.EvaluatePostfix(out, postfix);
@@ -258,7 +256,7 @@ std::span<const VariablePropertyRow> VariableProperties() {
     return rows;
 }
 
-bool EvaluateOperand(CScriptContext& script, std::string_view text, value::CVal& out, int wanted,
+bool EvaluateOperand(ScriptContext& script, std::string_view text, value::CVal& out, int wanted,
                      bool report) {
     text = text::TrimBlanks(text);
     if (text.starts_with('@') && IsScheduleWord(text)) {
@@ -282,7 +280,7 @@ bool EvaluateOperand(CScriptContext& script, std::string_view text, value::CVal&
     return EvaluateVariable(script, text, out, report);
 }
 
-bool EvaluateExpression(CScriptContext& script, std::string_view& text, value::CVal& out,
+bool EvaluateExpression(ScriptContext& script, std::string_view& text, value::CVal& out,
                         int wanted) {
     const std::string_view full = text;
     const std::string_view keyword = text::NextToken(text);
@@ -298,7 +296,7 @@ bool EvaluateExpression(CScriptContext& script, std::string_view& text, value::C
     return EvaluateFormula(script, full, out);
 }
 
-bool EvaluateRest(CScriptContext& script, std::string_view& text, value::CVal& out, int wanted) {
+bool EvaluateRest(ScriptContext& script, std::string_view& text, value::CVal& out, int wanted) {
     std::string joined;
     std::string_view token = text::NextToken(text);
     const char* start = token.data();

@@ -15,17 +15,17 @@ inline constexpr std::string_view kTimestamp = ".TIMESTAMP";
 // One operand: a schedule word, a property, a time expression, a literal or a variable. `wanted` is
 // a type code that numeric literals are converted to. False leaves `out` undefined; with `report`
 // the errors of type and remote kinds are recorded too.
-bool EvaluateOperand(CScriptContext& script, std::string_view text, value::CVal& out, int wanted,
+bool EvaluateOperand(ScriptContext& script, std::string_view text, value::CVal& out, int wanted,
                      bool report);
 
 // A keyword function with its arguments, a single operand, or a formula. Takes the keyword and
 // three argument tokens off `text`.
-bool EvaluateExpression(CScriptContext& script, std::string_view& text, value::CVal& out,
+bool EvaluateExpression(ScriptContext& script, std::string_view& text, value::CVal& out,
                         int wanted);
 
 // The rest of a statement up to its end, THEN, GOTO (any case) or ";", evaluated as an expression.
 // Consumes `text`.
-bool EvaluateRest(CScriptContext& script, std::string_view& text, value::CVal& out, int wanted);
+bool EvaluateRest(ScriptContext& script, std::string_view& text, value::CVal& out, int wanted);
 
 // Rows of the property table, for completion and the manual.
 struct VariablePropertyRow {

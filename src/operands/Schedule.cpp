@@ -74,9 +74,9 @@ bool SetBit(std::uint64_t& bits, int low, int high, int value) {
 
 // Reads an entry a character at a time. The operations that give a bool give false for an entry
 // that cannot be read.
-class CScheduleReader {
+class ScheduleReader {
   public:
-    explicit CScheduleReader(std::string_view text) : m_text(text) {}
+    explicit ScheduleReader(std::string_view text) : m_text(text) {}
 
     bool Read(ScheduleEntry& entry);
 
@@ -96,7 +96,7 @@ class CScheduleReader {
     std::string_view m_text;
 };
 
-bool CScheduleReader::Read(ScheduleEntry& entry) {
+bool ScheduleReader::Read(ScheduleEntry& entry) {
     for (const ScheduleField& field : kFields) {
         if (Current() == kEnd) return false;
         if (IsAt('*')) entry.flags |= field.anyFlag;
@@ -105,7 +105,7 @@ bool CScheduleReader::Read(ScheduleEntry& entry) {
     return Current() == kEnd;
 }
 
-bool CScheduleReader::ReadField(std::uint64_t& bits, const ScheduleField& field) {
+bool ScheduleReader::ReadField(std::uint64_t& bits, const ScheduleField& field) {
     if (!ReadElement(bits, field)) return false;
     while (IsAt(',')) {
         Take();
@@ -116,7 +116,7 @@ bool CScheduleReader::ReadField(std::uint64_t& bits, const ScheduleField& field)
     return true;
 }
 
-bool CScheduleReader::ReadElement(std::uint64_t& bits, const ScheduleField& field) {
+bool ScheduleReader::ReadElement(std::uint64_t& bits, const ScheduleField& field) {
     int first = field.low;
     int last = field.high;
     int step = 1;
@@ -138,7 +138,7 @@ bool CScheduleReader::ReadElement(std::uint64_t& bits, const ScheduleField& fiel
     return true;
 }
 
-bool CScheduleReader::ReadNumber(int& value, int low, std::span<const std::string_view> names) {
+bool ScheduleReader::ReadNumber(int& value, int low, std::span<const std::string_view> names) {
     constexpr std::size_t kTooLong = 100;
     constexpr int kLargest = 1'000'000;  // far above every field, far below overflow
     const auto end = std::ranges::find_if_not(m_text, IsWordOfField);
@@ -214,7 +214,7 @@ bool ReadScheduleEntry(std::string_view text, ScheduleEntry& entry) {
         return true;
     }
     entry = {};
-    if (!CScheduleReader(text).Read(entry)) return false;
+    if (!ScheduleReader(text).Read(entry)) return false;
     if ((entry.daysOfWeek & kSunday) != 0) entry.daysOfWeek |= kSunday;
     return true;
 }

@@ -24,7 +24,7 @@
 
 namespace kalvex::operands {
 
-class CFunctionTable;
+class FunctionTable;
 
 // The world of a script, none of it owned; all of it outlives the script.
 struct ValueServices {
@@ -33,7 +33,7 @@ struct ValueServices {
     const platform::Translator& translator;
     const platform::Users& users;
     const platform::Paths& paths;
-    const CFunctionTable& functions;
+    const FunctionTable& functions;
     platform::Processes* processes = &platform::NoProcesses();  // never null
     platform::FileStore* files = &platform::NoFiles();          // never null
     const platform::CCrypt* crypt = nullptr;                    // none where no text is protected
@@ -62,15 +62,15 @@ struct [[nodiscard]] Failure {
     operator Outcome() const { return Outcome::Failed; }
 };
 
-class CScriptContext {
+class ScriptContext {
   public:
-    explicit CScriptContext(const ValueServices& services) : m_services(services) {}
-    virtual ~CScriptContext() = default;
-    CScriptContext(const CScriptContext&) = delete;
-    CScriptContext& operator=(const CScriptContext&) = delete;
+    explicit ScriptContext(const ValueServices& services) : m_services(services) {}
+    virtual ~ScriptContext() = default;
+    ScriptContext(const ScriptContext&) = delete;
+    ScriptContext& operator=(const ScriptContext&) = delete;
 
     const ValueServices& Services() const { return m_services; }
-    const std::string& GetPathName() const { return m_strPath; }  // full path, Windows-1250
+    const std::string& GetPathName() const { return m_path; }  // full path, Windows-1250
 
     const ErrorSlot& LastError() const { return m_error; }
     // Records an error. Without force the first specific error of a line stands, and ErrorOther
@@ -81,8 +81,8 @@ class CScriptContext {
     // The same with force, for an error that is known to be the real cause.
     Failure FailForced(int code, std::string_view text);
 
-    CVariableTable& Variables() { return m_arrVariables; }
-    const CVariableTable& Variables() const { return m_arrVariables; }
+    VariableTable& Variables() { return m_arrVariables; }
+    const VariableTable& Variables() const { return m_arrVariables; }
     // The variable of that name or its list. Null records ErrorUndefinedVariable or, for another
     // kind of variable, ErrorWrongKind: forced, with the name as it is given.
     CVariable* FindNamed(std::string_view name);
@@ -90,30 +90,29 @@ class CScriptContext {
 
     // The part of a subsystem, made at first use.
     template <class Part, class... Arguments>
-    Part& GetPart(DocumentPart id, Arguments&&... arguments) {
-        std::unique_ptr<CDocumentPart>& slot = m_arrParts[static_cast<std::size_t>(id)];
+    Part& GetPart(PartId id, Arguments&&... arguments) {
+        std::unique_ptr<DocumentPart>& slot = m_parts[static_cast<std::size_t>(id)];
         if (!slot) slot = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
         return static_cast<Part&>(*slot);
     }
     // The same, null as long as nobody has made it.
     template <class Part>
-    Part* FindPart(DocumentPart id) {
-        return static_cast<Part*>(m_arrParts[static_cast<std::size_t>(id)].get());
+    Part* FindPart(PartId id) {
+        return static_cast<Part*>(m_parts[static_cast<std::size_t>(id)].get());
     }
 
   protected:
-    void SetPathName(std::string path) { m_strPath = std::move(path); }
+    void SetPathName(std::string path) { m_path = std::move(path); }
     // Tells the parts that the run state is cleared.
     void ClearParts();
     void DestroyParts();
 
   private:
     const ValueServices& m_services;
-    std::string m_strPath;
+    std::string m_path;
     ErrorSlot m_error;
-    CVariableTable m_arrVariables;
-    std::array<std::unique_ptr<CDocumentPart>, static_cast<std::size_t>(DocumentPart::Count)>
-        m_arrParts;
+    VariableTable m_arrVariables;
+    std::array<std::unique_ptr<DocumentPart>, static_cast<std::size_t>(PartId::Count)> m_parts;
 };
 
 }  // namespace kalvex::operands

@@ -15,7 +15,7 @@ std::uint16_t Changed(std::uint16_t word, std::uint16_t bits, StatusAction actio
 
 }  // namespace
 
-bool ParseStatusArgument(CScriptContext& script, std::string_view text, std::uint16_t* word,
+bool ParseStatusArgument(ScriptContext& script, std::string_view text, std::uint16_t* word,
                          StatusAction action) {
     value::CVal value;
     std::optional<std::uint16_t> bits;

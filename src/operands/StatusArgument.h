@@ -12,7 +12,7 @@ enum class StatusAction { Set, Add, Remove };
 
 // Changes `word` by the argument; false for an unknown word, which leaves it as it was. Records no
 // error of its own.
-bool ParseStatusArgument(CScriptContext& script, std::string_view text, std::uint16_t* word,
+bool ParseStatusArgument(ScriptContext& script, std::string_view text, std::uint16_t* word,
                          StatusAction action);
 
 }  // namespace kalvex::operands

@@ -19,7 +19,7 @@ namespace {
 constexpr int kFirstTime = 3001;
 
 struct DateField {
-    int TimeFields::*field;
+    int value::TimeFields::*field;
     int least;
     int most;
 };
@@ -34,7 +34,7 @@ constexpr DateField kDateFields[] = {
 };
 
 // Takes the operand at the front of the text.
-bool TakeNumber(CScriptContext& script, std::string_view& text, int& out) {
+bool TakeNumber(ScriptContext& script, std::string_view& text, int& out) {
     std::string_view rest = text;
     value::CVal value;
     if (!EvaluateOperand(script, text::NextToken(rest), value, value::ValueType::Int, false))
@@ -71,7 +71,7 @@ bool ScanSleepTime(std::string_view text, std::string_view separators, std::arra
 
 }  // namespace
 
-bool ParseDateFields(CScriptContext& script, std::string_view& text, std::int64_t& out) {
+bool ParseDateFields(ScriptContext& script, std::string_view& text, std::int64_t& out) {
     value::TimeFields fields;
     if (!TakeNumber(script, text, fields.year)) return false;
     for (const DateField& row : std::span(kDateFields).subspan(1)) {
@@ -105,7 +105,7 @@ bool ScanInteger(std::string_view& text, int& out) {
     return true;
 }
 
-bool ParseSleepTime(CScriptContext& script, std::string_view text, SleepTime& out) {
+bool ParseSleepTime(ScriptContext& script, std::string_view text, SleepTime& out) {
     std::string held;
     CVariable* variable = FindVariable(script, text);
     value::CVal value;

@@ -11,7 +11,7 @@ namespace kalvex::operands {
 // Up to six integer operands (year, month, day, hour, minute, second) taken off `text`, or one
 // number of 3001 or more that is a time as it stands. Local fields. False leaves `out` as it was;
 // what does not evaluate stays in `text`.
-bool ParseDateFields(CScriptContext& script, std::string_view& text, std::int64_t& out);
+bool ParseDateFields(ScriptContext& script, std::string_view& text, std::int64_t& out);
 
 // The decimal integer at the front of `text` after white space, a sign before it if any, taken off.
 // What does not fit an int is its nearest bound. False, with both as they were, when no digit
@@ -28,6 +28,6 @@ struct SleepTime {
 };
 
 // "h:m.s", "m.s" or "s", or a variable that holds such a text.
-bool ParseSleepTime(CScriptContext& script, std::string_view text, SleepTime& out);
+bool ParseSleepTime(ScriptContext& script, std::string_view text, SleepTime& out);
 
 }  // namespace kalvex::operands

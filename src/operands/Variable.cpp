@@ -114,154 +114,154 @@ std::string CVariable::GetMaxVal() {
     return {};
 }
 
-int CVariableStored::GetValueType(value::ValueKind kind, int) {
+int VariableStored::GetValueType(value::ValueKind kind, int) {
     value::CVal value;
     return GetValue(value, kind, 1) == 0 ? value::ValueType::Unreadable : value.GetType();
 }
 
-int CVariableStored::GetStatus(std::uint16_t* out, value::ValueKind kind) {
+int VariableStored::GetStatus(std::uint16_t* out, value::ValueKind kind) {
     value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     *out = value.GetStatus();
     return 1;
 }
 
-int CVariableStored::SetStatus(std::uint16_t word, value::ValueKind kind) {
+int VariableStored::SetStatus(std::uint16_t word, value::ValueKind kind) {
     value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     value.SetStatus(word);
     return SetValue(value, kind);
 }
 
-int CVariableStored::GetTime(std::int64_t* out, value::ValueKind kind) {
+int VariableStored::GetTime(std::int64_t* out, value::ValueKind kind) {
     value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     *out = value.GetTime();
     return 1;
 }
 
-int CVariableStored::SetTime(std::int64_t time, value::ValueKind kind) {
+int VariableStored::SetTime(std::int64_t time, value::ValueKind kind) {
     value::CVal value;
     if (GetValue(value, kind, 1) == 0) return 0;
     value.SetTime(time);
     return SetValue(value, kind);
 }
 
-int CVariableStored::CopyFrom(CVariable* source, value::ValueKind kind) {
+int VariableStored::CopyFrom(CVariable* source, value::ValueKind kind) {
     value::CVal value;
     if (source == nullptr || source->GetValue(value, kind, 1) == 0) return 0;
     return SetValue(value, kind);
 }
 
-int CVariableStored::GetNameValueText(std::string& out, value::ValueKind kind) {
+int VariableStored::GetNameValueText(std::string& out, value::ValueKind kind) {
     value::CVal value;
     if (GetValue(value, kind, 0) == 0) return 0;
     out = GetName() + ':' + value::ValueToText(value);
     return 1;
 }
 
-int CVariableStored::SetValueText(std::string_view text, value::ValueKind) {
+int VariableStored::SetValueText(std::string_view text, value::ValueKind) {
     return SetValue(value::CVal(text), value::KindCurrent);
 }
 
-int CVariableStored::IsReportLoaded(value::ValueKind) {
+int VariableStored::IsReportLoaded(value::ValueKind) {
     return 1;
 }
-int CVariableStored::IsReportInited(value::ValueKind) {
+int VariableStored::IsReportInited(value::ValueKind) {
     return 1;
 }
-int CVariableStored::RequestRange(value::ValueKind, std::int64_t, std::int64_t) {
+int VariableStored::RequestRange(value::ValueKind, std::int64_t, std::int64_t) {
     return 1;
 }
-int CVariableStored::IsReady(value::ValueKind) {
+int VariableStored::IsReady(value::ValueKind) {
     return 1;
 }
-int CVariableStored::PutValue(value::ValueKind, std::int64_t, const value::CVal&, bool) {
+int VariableStored::PutValue(value::ValueKind, std::int64_t, const value::CVal&, bool) {
     return 1;
 }
-int CVariableStored::InitLoad(value::ValueKind, std::int64_t) {
+int VariableStored::InitLoad(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitLoadRefresh(value::ValueKind, std::int64_t) {
+int VariableStored::InitLoadRefresh(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitReport(value::ValueKind, std::int64_t) {
+int VariableStored::InitReport(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::InitCalc(value::ValueKind, std::int64_t) {
+int VariableStored::InitCalc(value::ValueKind, std::int64_t) {
     return 1;
 }
-int CVariableStored::SetLocked(bool) {
+int VariableStored::SetLocked(bool) {
     return 1;
 }
 
 int CVariableLocal::GetValue(value::CVal& out, value::ValueKind kind, int) {
     if (kind < value::KindCurrent || kind > value::KindSpan) return 0;
-    out = m_Values[kind - value::KindCurrent];
+    out = m_values[kind - value::KindCurrent];
     return 1;
 }
 
 int CVariableLocal::SetValue(const value::CVal& value, value::ValueKind kind) {
     if (kind < value::KindCurrent || kind > value::KindSpan) return 0;
-    m_Values[kind - value::KindCurrent] = value;
+    m_values[kind - value::KindCurrent] = value;
     return kind == value::KindHour ? 0 : 1;
 }
 
 int CVariableList::GetValue(value::CVal& out, value::ValueKind kind, int mode) {
     if (kind != value::KindCurrent || !IsIteratorValid()) return 0;
-    out = m_arrElements[static_cast<std::size_t>(m_nIterator)];
+    out = m_elements[static_cast<std::size_t>(m_iterator)];
     return mode == 0 && (out.GetStatus() & value::Status::Unknown) != 0 ? 0 : 1;
 }
 
 int CVariableList::SetValue(const value::CVal& value, value::ValueKind kind) {
     if (kind != value::KindCurrent || !IsIteratorValid()) return 0;
-    m_arrElements[static_cast<std::size_t>(m_nIterator)] = value;
+    m_elements[static_cast<std::size_t>(m_iterator)] = value;
     return 1;
 }
 
 int CVariableList::Insert(int index, const value::CVal& value) {
     if (index < 0) return 0;
     const auto position = static_cast<std::size_t>(index);
-    if (position >= m_arrElements.size()) {
-        m_arrElements.push_back(value);
+    if (position >= m_elements.size()) {
+        m_elements.push_back(value);
     } else {
-        m_arrElements.insert(m_arrElements.begin() + index, value);
+        m_elements.insert(m_elements.begin() + index, value);
     }
     return 1;
 }
 
 void CVariableList::MoveNext() {
-    m_nIterator = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_nIterator) + 1);
+    m_iterator = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_iterator) + 1);
 }
 
 bool CVariableList::IsIteratorValid() const {
-    return m_nIterator >= 0 && static_cast<std::size_t>(m_nIterator) < m_arrElements.size();
+    return m_iterator >= 0 && static_cast<std::size_t>(m_iterator) < m_elements.size();
 }
 
 void CVariableList::RemoveCurrent() {
     if (!IsIteratorValid()) return;
-    m_arrElements.erase(m_arrElements.begin() + m_nIterator);
-    if (m_nIterator >= 1) --m_nIterator;
+    m_elements.erase(m_elements.begin() + m_iterator);
+    if (m_iterator >= 1) --m_iterator;
 }
 
 void CVariableList::RemoveAll() {
-    m_arrElements.clear();
-    m_nIterator = -1;
+    m_elements.clear();
+    m_iterator = -1;
 }
 
 template <class Result, class... Parameters, class... Arguments>
 Result CVariablePointer::Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                                  Arguments&&... arguments) {
-    CVariable* target = FindVariable(m_script, m_strTarget);
-    if (target == nullptr || m_bForwarding) return missing;
-    m_bForwarding = true;
+    CVariable* target = FindVariable(m_script, m_target);
+    if (target == nullptr || m_forwarding) return missing;
+    m_forwarding = true;
     Result result = (target->*operation)(std::forward<Arguments>(arguments)...);
-    m_bForwarding = false;
+    m_forwarding = false;
     return result;
 }
 
 VariableKind CVariablePointer::GetTargetKind() {
-    const CVariable* target = FindVariable(m_script, m_strTarget);
+    const CVariable* target = FindVariable(m_script, m_target);
     return target == nullptr ? VariableNone : target->GetKind();
 }
 
@@ -375,19 +375,19 @@ std::string CVariablePointer::GetMaxVal() {
     return Forward(std::string(), &CVariable::GetMaxVal);
 }
 
-CVariable* CVariableTable::Find(std::string_view name) const {
-    const auto found = m_mapByName.find(name);
-    return found == m_mapByName.end() ? nullptr : found->second;
+CVariable* VariableTable::Find(std::string_view name) const {
+    const auto found = m_byName.find(name);
+    return found == m_byName.end() ? nullptr : found->second;
 }
 
-CVariable& CVariableTable::Append(std::unique_ptr<CVariable> variable) {
+CVariable& VariableTable::Append(std::unique_ptr<CVariable> variable) {
     CVariable& added = *m_arrVariables.emplace_back(std::move(variable));
-    m_mapByName.emplace(added.GetName(), &added);
+    m_byName.emplace(added.GetName(), &added);
     return added;
 }
 
-void CVariableTable::RemoveAll() {
-    m_mapByName.clear();
+void VariableTable::RemoveAll() {
+    m_byName.clear();
     m_arrVariables.clear();
 }
 
@@ -396,19 +396,19 @@ std::string_view BaseName(std::string_view name) {
     return dot == 0 ? name : name.substr(0, dot);
 }
 
-CVariable* FindVariable(CScriptContext& script, std::string_view name) {
+CVariable* FindVariable(ScriptContext& script, std::string_view name) {
     const std::string_view base = BaseName(name);
     CVariable* variable = script.Variables().Find(base);
     if (variable == nullptr) script.SetError(ErrorUndefinedVariable, base, false);
     return variable;
 }
 
-bool GetVariableStatus(CScriptContext& script, std::string_view name, std::uint16_t* out) {
+bool GetVariableStatus(ScriptContext& script, std::string_view name, std::uint16_t* out) {
     CVariable* variable = FindVariable(script, name);
     return variable != nullptr && variable->GetStatus(out, value::GetValueKind(name)) != 0;
 }
 
-bool GetVariableTime(CScriptContext& script, std::string_view name, std::int64_t* out) {
+bool GetVariableTime(ScriptContext& script, std::string_view name, std::int64_t* out) {
     CVariable* variable = FindVariable(script, name);
     std::int64_t time = 0;
     if (variable == nullptr || variable->GetTime(&time, value::GetValueKind(name)) == 0 ||

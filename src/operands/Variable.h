@@ -20,7 +20,7 @@ class CInterfaceObj;
 
 namespace kalvex::operands {
 
-class CScriptContext;
+class ScriptContext;
 
 enum VariableKind : int {
     VariableNone = 0,
@@ -41,13 +41,13 @@ enum ReadResult : int {
 // empty text, which is a defined answer and no failure.
 class CVariable {
   public:
-    explicit CVariable(std::string_view name) : m_strName(name) {}
+    explicit CVariable(std::string_view name) : m_name(name) {}
     virtual ~CVariable() = default;
     CVariable(const CVariable&) = delete;
     CVariable& operator=(const CVariable&) = delete;
 
     virtual VariableKind GetKind() const { return VariableNone; }
-    const std::string& GetName() const { return m_strName; }
+    const std::string& GetName() const { return m_name; }
 
     // mode 0 refuses a value that the script may not use; mode 1 reads whatever is stored.
     virtual int GetValue(value::CVal& out, value::ValueKind kind, int mode);
@@ -89,12 +89,12 @@ class CVariable {
     virtual std::string GetMaxVal();
 
   private:
-    std::string m_strName;
+    std::string m_name;
 };
 
 // What local and list variables share: the derived operations written on GetValue and SetValue
 // alone, and answers of 1 to whatever would address a server.
-class CVariableStored : public CVariable {
+class VariableStored : public CVariable {
   public:
     using CVariable::CVariable;
 
@@ -121,9 +121,9 @@ class CVariableStored : public CVariable {
 };
 
 // Five values of its own, for the kinds 1 to 5; each is readable whatever its status.
-class CVariableLocal final : public CVariableStored {
+class CVariableLocal final : public VariableStored {
   public:
-    using CVariableStored::CVariableStored;
+    using VariableStored::VariableStored;
 
     VariableKind GetKind() const override { return VariableLocal; }
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
@@ -131,46 +131,46 @@ class CVariableLocal final : public CVariableStored {
                  value::ValueKind kind) override;  // for KindHour: stored, and answers 0
 
   private:
-    value::CVal m_Values[5];
+    value::CVal m_values[5];
 };
 
 // Values in order with an iterator; the element under the iterator is the list's value.
-class CVariableList final : public CVariableStored {
+class CVariableList final : public VariableStored {
   public:
-    using CVariableStored::CVariableStored;
+    using VariableStored::VariableStored;
 
     VariableKind GetKind() const override { return VariableList; }
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
     int SetValue(const value::CVal& value, value::ValueKind kind) override;
 
-    void Add(const value::CVal& value) { m_arrElements.push_back(value); }
-    void Reserve(std::size_t count) { m_arrElements.reserve(count); }  // ahead of so many additions
+    void Add(const value::CVal& value) { m_elements.push_back(value); }
+    void Reserve(std::size_t count) { m_elements.reserve(count); }  // ahead of so many additions
     int Insert(int index,
                const value::CVal& value);  // 0 for a negative index, which inserts nothing
-    void MoveFirst() { m_nIterator = 0; }
+    void MoveFirst() { m_iterator = 0; }
     void MoveNext();  // no bound
-    void MoveTo(std::int32_t index) { m_nIterator = index; }
+    void MoveTo(std::int32_t index) { m_iterator = index; }
     bool IsIteratorValid() const;
-    std::int32_t GetIterator() const { return m_nIterator; }
+    std::int32_t GetIterator() const { return m_iterator; }
     void RemoveCurrent();
     void RemoveAll();
-    const std::vector<value::CVal>& Elements() const { return m_arrElements; }
+    const std::vector<value::CVal>& Elements() const { return m_elements; }
 
   private:
-    std::vector<value::CVal> m_arrElements;
-    std::int32_t m_nIterator = -1;
+    std::vector<value::CVal> m_elements;
+    std::int32_t m_iterator = -1;
 };
 
 // Stands for another variable by name; the name is looked up at each use and every operation is
 // passed on. A missing target, and a pointer that leads back to itself, give the base answers.
 class CVariablePointer final : public CVariable {
   public:
-    CVariablePointer(std::string_view name, CScriptContext& script)
+    CVariablePointer(std::string_view name, ScriptContext& script)
         : CVariable(name), m_script(script) {}
 
     VariableKind GetKind() const override { return VariablePointer; }
-    const std::string& GetTargetName() const { return m_strTarget; }
-    void SetTargetName(std::string_view name) { m_strTarget = name; }
+    const std::string& GetTargetName() const { return m_target; }
+    void SetTargetName(std::string_view name) { m_target = name; }
     VariableKind GetTargetKind();
 
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
@@ -216,13 +216,13 @@ class CVariablePointer final : public CVariable {
     Result Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                    Arguments&&... arguments);
 
-    CScriptContext& m_script;
-    std::string m_strTarget;
-    bool m_bForwarding = false;
+    ScriptContext& m_script;
+    std::string m_target;
+    bool m_forwarding = false;
 };
 
 // The variables of one script in order of declaration, found by exact name. Owns them.
-class CVariableTable {
+class VariableTable {
   public:
     CVariable* Find(std::string_view name) const;
     CVariable& Append(std::unique_ptr<CVariable> variable);  // its name must not be there yet
@@ -233,7 +233,7 @@ class CVariableTable {
 
   private:
     std::vector<std::unique_ptr<CVariable>> m_arrVariables;
-    std::unordered_map<std::string_view, CVariable*> m_mapByName;  // keys live in the variables
+    std::unordered_map<std::string_view, CVariable*> m_byName;  // keys live in the variables
 };
 
 // The name without its suffix: cut at the first dot unless that stands at position 0.
@@ -241,11 +241,11 @@ std::string_view BaseName(std::string_view name);
 
 // The variable of that name, its suffix left aside; null with script error 3 (not forced)
 // otherwise.
-CVariable* FindVariable(CScriptContext& script, std::string_view name);
+CVariable* FindVariable(ScriptContext& script, std::string_view name);
 
 // Status and time of the value that a name with suffix means; false when there is none (for the
 // time also when it is negative).
-bool GetVariableStatus(CScriptContext& script, std::string_view name, std::uint16_t* out);
-bool GetVariableTime(CScriptContext& script, std::string_view name, std::int64_t* out);
+bool GetVariableStatus(ScriptContext& script, std::string_view name, std::uint16_t* out);
+bool GetVariableTime(ScriptContext& script, std::string_view name, std::int64_t* out);
 
 }  // namespace kalvex::operands

@@ -3,12 +3,12 @@
 namespace kalvex::platform {
 
 std::int64_t VirtualClock::Now() const {
-    const std::int64_t seconds = m_nMilliseconds / 1000;
-    return m_nMilliseconds % 1000 < 0 ? seconds - 1 : seconds;
+    const std::int64_t seconds = m_milliseconds / 1000;
+    return m_milliseconds % 1000 < 0 ? seconds - 1 : seconds;
 }
 
 bool VirtualClock::SetSystemTime(std::int64_t seconds) {
-    m_nMilliseconds = seconds * 1000;
+    m_milliseconds = seconds * 1000;
     return true;
 }
 

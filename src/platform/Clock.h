@@ -19,14 +19,14 @@ class Clock {
 // A clock that stands still until it is moved: the virtual clock of the runner and of the tests.
 class VirtualClock final : public Clock {
   public:
-    explicit VirtualClock(std::int64_t seconds = 0) : m_nMilliseconds(seconds * 1000) {}
+    explicit VirtualClock(std::int64_t seconds = 0) : m_milliseconds(seconds * 1000) {}
 
     std::int64_t Now() const override;
     bool SetSystemTime(std::int64_t seconds) override;
-    void Advance(std::int64_t milliseconds) { m_nMilliseconds += milliseconds; }
+    void Advance(std::int64_t milliseconds) { m_milliseconds += milliseconds; }
 
   private:
-    std::int64_t m_nMilliseconds;
+    std::int64_t m_milliseconds;
 };
 
 }  // namespace kalvex::platform

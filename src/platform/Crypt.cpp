@@ -73,12 +73,12 @@ const CCrypt::Key& CCrypt::GetKey() const {
     static_assert(std::tuple_size_v<Key> == crypto_secretbox_KEYBYTES);
     std::call_once(m_onceKey, [this] {
         [[maybe_unused]] const int ready = sodium_init();
-        m_bLasting = ReadKeyFile(m_strKeyFile, m_key);
-        if (m_bLasting) return;
+        m_lasting = ReadKeyFile(m_keyFile, m_key);
+        if (m_lasting) return;
         randombytes_buf(m_key.data(), m_key.size());
         if (m_use != KeyFile::MadeAtFirstUse) return;
-        MakeKeyFile(m_strKeyFile, m_key);
-        m_bLasting = ReadKeyFile(m_strKeyFile, m_key);
+        MakeKeyFile(m_keyFile, m_key);
+        m_lasting = ReadKeyFile(m_keyFile, m_key);
     });
     return m_key;
 }
@@ -123,7 +123,7 @@ std::optional<std::string> CCrypt::DecryptTextWithLabel(std::string_view label,
 std::optional<std::string> CCrypt::EncryptTextWithLabel(std::string_view label,
                                                         std::string_view text) const {
     std::string sealed = Seal(label, text);
-    if (!m_bLasting) return std::nullopt;
+    if (!m_lasting) return std::nullopt;
     return sealed;
 }
 

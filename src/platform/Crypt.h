@@ -19,7 +19,7 @@ class CCrypt {
   public:
     // The key is read, or made, when it is first needed. Where it cannot be had, texts are
     // protected by a key that ends with the process.
-    CCrypt(std::string keyFile, KeyFile use) : m_strKeyFile(std::move(keyFile)), m_use(use) {}
+    CCrypt(std::string keyFile, KeyFile use) : m_keyFile(std::move(keyFile)), m_use(use) {}
     ~CCrypt();
     CCrypt(const CCrypt&) = delete;
     CCrypt& operator=(const CCrypt&) = delete;
@@ -50,11 +50,11 @@ class CCrypt {
     Key LabelKey(std::string_view label) const;
     std::string Seal(std::string_view label, std::string_view text) const;
 
-    const std::string m_strKeyFile;
+    const std::string m_keyFile;
     const KeyFile m_use;
     mutable std::once_flag m_onceKey;
     mutable Key m_key{};
-    mutable bool m_bLasting = false;
+    mutable bool m_lasting = false;
 };
 
 }  // namespace kalvex::platform

@@ -31,24 +31,24 @@ constexpr std::size_t kCodeLength = 3;
     X(slist_append)              \
     X(slist_free_all)
 
-struct CCurl {
-    CSharedLibrary library{"libcurl.so.4"};
+struct CurlLibrary {
+    SharedLibrary library{"libcurl.so.4"};
 #define KALVEX_ROW(name) \
     decltype(&curl_##name) name = library.Find<decltype(&curl_##name)>("curl_" #name);
     KALVEX_CURL_FUNCTIONS(KALVEX_ROW)
 #undef KALVEX_ROW
 };
 
-const CCurl& Curl() {
-    static const CCurl functions;
+const CurlLibrary& Curl() {
+    static const CurlLibrary functions;
     return functions;
 }
 
-struct CEasyDeleter {
+struct EasyDeleter {
     void operator()(CURL* handle) const { Curl().easy_cleanup(handle); }
 };
 
-struct CListDeleter {
+struct ListDeleter {
     void operator()(curl_slist* list) const { Curl().slist_free_all(list); }
 };
 
@@ -61,9 +61,9 @@ bool EndsAnswer(std::string_view line) {
     return true;
 }
 
-class CCurlFtpSession final : public FtpSession {
+class CurlFtpSession final : public FtpSession {
   public:
-    explicit CCurlFtpSession(CURL* handle) : m_handle(handle) {
+    explicit CurlFtpSession(CURL* handle) : m_handle(handle) {
         Set(CURLOPT_NOSIGNAL, 1L);
         Set(CURLOPT_PROTOCOLS_STR, "ftp");
         Set(CURLOPT_PROXY, "");
@@ -72,7 +72,7 @@ class CCurlFtpSession final : public FtpSession {
         Set(CURLOPT_TIMEOUT, kTryLimitSeconds);
         Set(CURLOPT_ERRORBUFFER, static_cast<char*>(m_error));
         Set(CURLOPT_HEADERDATA, static_cast<void*>(this));
-        Set(CURLOPT_HEADERFUNCTION, &CCurlFtpSession::OnLine);
+        Set(CURLOPT_HEADERFUNCTION, &CurlFtpSession::OnLine);
     }
 
     // The name is looked up here, so that whatever stands in it cannot be taken for another part of
@@ -100,7 +100,7 @@ class CCurlFtpSession final : public FtpSession {
 
     // A star before a command tells the library that its answer does not matter.
     void Command(const std::string& command) override {
-        const std::unique_ptr<curl_slist, CListDeleter> list(
+        const std::unique_ptr<curl_slist, ListDeleter> list(
             Curl().slist_append(nullptr, ('*' + command).c_str()));
         Set(CURLOPT_QUOTE, list.get());
         Curl().easy_perform(m_handle.get());
@@ -125,7 +125,7 @@ class CCurlFtpSession final : public FtpSession {
     }
 
     static std::size_t OnLine(char* text, std::size_t size, std::size_t count, void* self) {
-        static_cast<CCurlFtpSession*>(self)->TakeLine({text, size * count});
+        static_cast<CurlFtpSession*>(self)->TakeLine({text, size * count});
         return size * count;
     }
 
@@ -135,7 +135,7 @@ class CCurlFtpSession final : public FtpSession {
         m_greeted = EndsAnswer(line);
     }
 
-    std::unique_ptr<CURL, CEasyDeleter> m_handle;
+    std::unique_ptr<CURL, EasyDeleter> m_handle;
     char m_error[CURL_ERROR_SIZE] = {};
     std::string m_greeting;
     bool m_greeted = false;
@@ -154,7 +154,7 @@ void StopFtp() {
 std::unique_ptr<FtpSession> MakeFtpSession() {
     CURL* handle = Curl().easy_init();
     if (handle == nullptr) return nullptr;
-    return std::make_unique<CCurlFtpSession>(handle);
+    return std::make_unique<CurlFtpSession>(handle);
 }
 
 }  // namespace kalvex::platform

@@ -39,7 +39,7 @@ class HttpEndpoint {
 
   private:
     class Impl;
-    std::unique_ptr<Impl> m_pImpl;
+    std::unique_ptr<Impl> m_impl;
 };
 
 }  // namespace kalvex::platform

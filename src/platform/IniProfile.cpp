@@ -11,22 +11,22 @@ namespace kalvex::platform {
 bool IniProfile::IsReadable(std::string& error) const {
     std::string content;
     std::error_code fault;
-    const std::filesystem::file_status status = std::filesystem::status(m_strPath, fault);
+    const std::filesystem::file_status status = std::filesystem::status(m_path, fault);
     return status.type() == std::filesystem::file_type::not_found ||
-           ReadWholeFile(m_strPath, content, error);
+           ReadWholeFile(m_path, content, error);
 }
 
-CIniText IniProfile::Read(const std::string& path) const {
+IniText IniProfile::Read(const std::string& path) const {
     std::string content;
     std::string error;
     const bool read = ReadWholeFile(PathOr(path), content, error);
-    return CIniText(read ? content : std::string());
+    return IniText(read ? content : std::string());
 }
 
-bool IniProfile::Edit(const std::string& path, const std::function<bool(CIniText&)>& change) {
+bool IniProfile::Edit(const std::string& path, const std::function<bool(IniText&)>& change) {
     bool accepted = false;
     const auto edit = [&](std::string& content) {
-        CIniText text(content);
+        IniText text(content);
         accepted = change(text);
         std::string changed = text.GetContent();
         if (changed == content) return false;
@@ -51,7 +51,7 @@ ProfileEntries IniProfile::GetProfileSectionEx(std::string_view section,
 bool IniProfile::WriteProfileStringEx(std::string_view section, std::optional<std::string_view> key,
                                       std::optional<std::string_view> value,
                                       const std::string& path) {
-    return Edit(path, [&](CIniText& text) {
+    return Edit(path, [&](IniText& text) {
         if (key && value) return text.Set(section, *key, *value);
         if (key) {
             text.Remove(section, *key);
@@ -64,7 +64,7 @@ bool IniProfile::WriteProfileStringEx(std::string_view section, std::optional<st
 
 bool IniProfile::WriteProfileSectionEx(std::string_view section, const ProfileEntries& entries,
                                        const std::string& path) {
-    return Edit(path, [&](CIniText& text) { return text.SetSection(section, entries); });
+    return Edit(path, [&](IniText& text) { return text.SetSection(section, entries); });
 }
 
 std::string IniProfile::GetCommonProfilePath() const {

@@ -13,9 +13,9 @@ namespace kalvex::platform {
 class IniProfile final : public Profile {
   public:
     // The file of the process; it need not be there.
-    explicit IniProfile(std::string path = {}) : m_strPath(std::move(path)) {}
+    explicit IniProfile(std::string path = {}) : m_path(std::move(path)) {}
 
-    void SetProfileConfigEx(std::string path) override { m_strPath = std::move(path); }
+    void SetProfileConfigEx(std::string path) override { m_path = std::move(path); }
     bool IsReadable(std::string& error) const override;
 
     std::string GetProfileStringEx(std::string_view section, std::string_view key,
@@ -34,12 +34,12 @@ class IniProfile final : public Profile {
 
   private:
     const std::string& PathOr(const std::string& path) const {
-        return path.empty() ? m_strPath : path;
+        return path.empty() ? m_path : path;
     }
-    CIniText Read(const std::string& path) const;
-    bool Edit(const std::string& path, const std::function<bool(CIniText&)>& change);
+    IniText Read(const std::string& path) const;
+    bool Edit(const std::string& path, const std::function<bool(IniText&)>& change);
 
-    std::string m_strPath;
+    std::string m_path;
 };
 
 }  // namespace kalvex::platform

@@ -37,7 +37,7 @@ bool IsEntry(std::string_view key, std::string_view value) {
 
 }  // namespace
 
-CIniText::Line CIniText::ParseLine(std::string_view text) {
+IniText::Line IniText::ParseLine(std::string_view text) {
     Line line{std::string(text), Kind::Other, {}};
     line.length = text.find_last_not_of(kLineEnds) + 1;
     const std::string_view whole = text.substr(0, line.length);
@@ -60,65 +60,65 @@ CIniText::Line CIniText::ParseLine(std::string_view text) {
     return line;
 }
 
-std::string CIniText::ValueOf(const Line& line) {
+std::string IniText::ValueOf(const Line& line) {
     std::string_view value =
         text::Trim(std::string_view(line.text).substr(line.value, line.length - line.value));
     if (IsQuoted(value)) value = value.substr(1, value.size() - 2);
     return std::string(value);
 }
 
-CIniText::CIniText(std::string_view content) {
+IniText::IniText(std::string_view content) {
     const std::size_t firstEnd = content.find('\n');
     const bool plain =
         firstEnd != std::string_view::npos && (firstEnd == 0 || content[firstEnd - 1] != '\r');
-    m_strLineEnd = plain ? "\n" : "\r\n";
+    m_lineEnd = plain ? "\n" : "\r\n";
     while (!content.empty()) {
         const std::size_t end = std::min(content.find('\n'), content.size() - 1) + 1;
-        m_arrLines.push_back(ParseLine(content.substr(0, end)));
+        m_lines.push_back(ParseLine(content.substr(0, end)));
         content.remove_prefix(end);
     }
 }
 
-std::string CIniText::GetContent() const {
+std::string IniText::GetContent() const {
     std::string content;
-    for (const Line& line : m_arrLines) content += line.text;
+    for (const Line& line : m_lines) content += line.text;
     return content;
 }
 
-std::vector<bool> CIniText::LinesOf(std::string_view section) const {
+std::vector<bool> IniText::LinesOf(std::string_view section) const {
     std::vector<bool> lines;
     bool inside = false;
-    for (const Line& line : m_arrLines) {
+    for (const Line& line : m_lines) {
         if (line.kind == Kind::Heading) inside = text::EqualNoCase(line.name, section);
         lines.push_back(inside);
     }
     return lines;
 }
 
-ProfileEntries CIniText::GetSection(std::string_view section) const {
+ProfileEntries IniText::GetSection(std::string_view section) const {
     ProfileEntries entries;
     const std::vector<bool> inside = LinesOf(section);
-    for (std::size_t i = 0; i < m_arrLines.size(); ++i) {
-        const Line& line = m_arrLines[i];
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const Line& line = m_lines[i];
         if (inside[i] && line.kind == Kind::Entry) entries.emplace_back(line.name, ValueOf(line));
     }
     return entries;
 }
 
-std::optional<std::string> CIniText::Get(std::string_view section, std::string_view key) const {
+std::optional<std::string> IniText::Get(std::string_view section, std::string_view key) const {
     for (auto& [name, value] : GetSection(section)) {
         if (text::EqualNoCase(name, key)) return std::move(value);
     }
     return std::nullopt;
 }
 
-bool CIniText::Set(std::string_view section, std::string_view key, std::string_view value) {
+bool IniText::Set(std::string_view section, std::string_view key, std::string_view value) {
     if (!IsSectionName(section) || !IsEntry(key, value)) return false;
     Put(section, key, value);
     return true;
 }
 
-bool CIniText::SetSection(std::string_view section, const ProfileEntries& entries) {
+bool IniText::SetSection(std::string_view section, const ProfileEntries& entries) {
     const auto isEntry = [](const auto& entry) { return IsEntry(entry.first, entry.second); };
     if (!IsSectionName(section) || !std::ranges::all_of(entries, isEntry)) return false;
     for (const auto& [key, value] : GetSection(section)) {
@@ -131,59 +131,59 @@ bool CIniText::SetSection(std::string_view section, const ProfileEntries& entrie
     return true;
 }
 
-void CIniText::Put(std::string_view section, std::string_view key, std::string_view value) {
+void IniText::Put(std::string_view section, std::string_view key, std::string_view value) {
     const std::vector<bool> inside = LinesOf(section);
     std::size_t behind = 0;
-    for (std::size_t i = 0; i < m_arrLines.size(); ++i) {
-        const Line& line = m_arrLines[i];
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const Line& line = m_lines[i];
         if (!inside[i] || (line.kind != Kind::Entry && line.kind != Kind::Heading)) continue;
         if (line.kind == Kind::Entry && text::EqualNoCase(line.name, key)) {
             const std::string end = line.text.substr(line.length);
-            m_arrLines[i] = ParseLine(line.text.substr(0, line.value) + Quote(value) + end);
+            m_lines[i] = ParseLine(line.text.substr(0, line.value) + Quote(value) + end);
             return;
         }
         behind = i + 1;
     }
     if (behind == 0) {
         AppendHeading(section);
-        behind = m_arrLines.size();
+        behind = m_lines.size();
     }
     InsertLine(behind, std::string(key) + '=' + Quote(value));
 }
 
-void CIniText::AppendHeading(std::string_view section) {
-    if (!m_arrLines.empty() && m_arrLines.back().kind != Kind::Blank) {
-        InsertLine(m_arrLines.size(), {});
+void IniText::AppendHeading(std::string_view section) {
+    if (!m_lines.empty() && m_lines.back().kind != Kind::Blank) {
+        InsertLine(m_lines.size(), {});
     }
-    InsertLine(m_arrLines.size(), '[' + std::string(section) + ']');
+    InsertLine(m_lines.size(), '[' + std::string(section) + ']');
 }
 
-void CIniText::InsertLine(std::size_t index, std::string_view text) {
-    if (index > 0 && !m_arrLines[index - 1].text.ends_with('\n')) {
-        m_arrLines[index - 1].text += m_strLineEnd;
+void IniText::InsertLine(std::size_t index, std::string_view text) {
+    if (index > 0 && !m_lines[index - 1].text.ends_with('\n')) {
+        m_lines[index - 1].text += m_lineEnd;
     }
-    m_arrLines.insert(m_arrLines.begin() + static_cast<std::ptrdiff_t>(index),
-                      ParseLine(std::string(text) + m_strLineEnd));
+    m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(index),
+                   ParseLine(std::string(text) + m_lineEnd));
 }
 
-void CIniText::Remove(std::string_view section, std::string_view key) {
+void IniText::Remove(std::string_view section, std::string_view key) {
     const std::vector<bool> inside = LinesOf(section);
-    for (std::size_t i = m_arrLines.size(); i-- > 0;) {
-        const Line& line = m_arrLines[i];
+    for (std::size_t i = m_lines.size(); i-- > 0;) {
+        const Line& line = m_lines[i];
         if (inside[i] && line.kind == Kind::Entry && text::EqualNoCase(line.name, key)) {
-            m_arrLines.erase(m_arrLines.begin() + static_cast<std::ptrdiff_t>(i));
+            m_lines.erase(m_lines.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
 }
 
-void CIniText::RemoveSection(std::string_view section) {
+void IniText::RemoveSection(std::string_view section) {
     const std::vector<bool> inside = LinesOf(section);
     bool ofNext = false;  // a comment here belongs to the heading below
-    for (std::size_t i = m_arrLines.size(); i-- > 0;) {
-        const Kind kind = m_arrLines[i].kind;
+    for (std::size_t i = m_lines.size(); i-- > 0;) {
+        const Kind kind = m_lines[i].kind;
         ofNext = (kind == Kind::Heading && !inside[i]) || (ofNext && kind == Kind::Comment);
         if (inside[i] && !ofNext) {
-            m_arrLines.erase(m_arrLines.begin() + static_cast<std::ptrdiff_t>(i));
+            m_lines.erase(m_lines.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
 }

@@ -15,9 +15,9 @@
 
 namespace kalvex::platform {
 
-class CIniText {
+class IniText {
   public:
-    explicit CIniText(std::string_view content);
+    explicit IniText(std::string_view content);
 
     std::string GetContent() const;
 
@@ -52,8 +52,8 @@ class CIniText {
     void InsertLine(std::size_t index, std::string_view text);
     void AppendHeading(std::string_view section);
 
-    std::string m_strLineEnd;
-    std::vector<Line> m_arrLines;
+    std::string m_lineEnd;
+    std::vector<Line> m_lines;
 };
 
 }  // namespace kalvex::platform

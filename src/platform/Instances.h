@@ -27,18 +27,18 @@ class Instances {
 class FileInstances final : public Instances {
   public:
     // The folder is made when it is first needed.
-    explicit FileInstances(std::string folder) : m_strFolder(std::move(folder)) {}
+    explicit FileInstances(std::string folder) : m_folder(std::move(folder)) {}
 
     bool SetPrimaryInstance(std::string_view name) override;
-    bool IsPrimaryInstance() const override { return m_bPrimary; }
+    bool IsPrimaryInstance() const override { return m_primary; }
     bool LockInstance(std::string_view name, int instance, std::string& error) override;
 
   private:
     bool Take(const std::string& file, std::string& error);
 
-    const std::string m_strFolder;
-    std::list<FileLock> m_arrLocks;
-    bool m_bPrimary = false;
+    const std::string m_folder;
+    std::list<FileLock> m_locks;
+    bool m_primary = false;
 };
 
 }  // namespace kalvex::platform

@@ -95,7 +95,7 @@ class TreeBuilder final : public nlohmann::json_sax<nlohmann::json> {
     bool binary(binary_t&) override { return false; }
     bool start_object(std::size_t) override { return Open(JsonNode::Type::Object); }
     bool key(string_t& name) override {
-        m_arrOpen.back()->names.push_back(std::move(name));
+        m_open.back()->names.push_back(std::move(name));
         return true;
     }
     bool end_object() override { return Close(); }
@@ -103,40 +103,40 @@ class TreeBuilder final : public nlohmann::json_sax<nlohmann::json> {
     bool end_array() override { return Close(); }
     bool parse_error(std::size_t, const std::string&,
                      const nlohmann::json::exception& error) override {
-        m_strFault = FaultWords(error.what());
+        m_fault = FaultWords(error.what());
         return false;
     }
 
-    const std::string& GetFault() const { return m_strFault; }
+    const std::string& GetFault() const { return m_fault; }
 
   private:
     bool Add(JsonNode node) {
         node.line = m_place.line;
-        if (m_arrOpen.empty()) {
+        if (m_open.empty()) {
             m_root = std::move(node);
         } else {
-            m_arrOpen.back()->items.push_back(std::move(node));
+            m_open.back()->items.push_back(std::move(node));
         }
         return true;
     }
     bool Open(JsonNode::Type type) {
-        if (m_arrOpen.size() == kDeepest) {
-            m_strFault = fmt::format("brackets are more than {} deep", kDeepest);
+        if (m_open.size() == kDeepest) {
+            m_fault = fmt::format("brackets are more than {} deep", kDeepest);
             return false;
         }
         Add({.type = type});
-        m_arrOpen.push_back(m_arrOpen.empty() ? &m_root : &m_arrOpen.back()->items.back());
+        m_open.push_back(m_open.empty() ? &m_root : &m_open.back()->items.back());
         return true;
     }
     bool Close() {
-        m_arrOpen.pop_back();
+        m_open.pop_back();
         return true;
     }
 
     JsonNode& m_root;
     const Place& m_place;
-    std::vector<JsonNode*> m_arrOpen;  // only the last of them grows, so the others stay in place
-    std::string m_strFault;
+    std::vector<JsonNode*> m_open;  // only the last of them grows, so the others stay in place
+    std::string m_fault;
 };
 
 }  // namespace
@@ -147,11 +147,11 @@ const JsonNode* JsonNode::Find(std::string_view name) const {
     return &items[static_cast<std::size_t>(names.rend() - found - 1)];
 }
 
-bool CJsonFile::Read(JsonNode& root) {
+bool JsonFile::Read(JsonNode& root) {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(m_strPath, content, error)) {
-        m_strFault = m_strPath + ": " + error;
+    if (!ReadWholeFile(m_path, content, error)) {
+        m_fault = m_path + ": " + error;
         return false;
     }
     Place place;
@@ -162,14 +162,14 @@ bool CJsonFile::Read(JsonNode& root) {
            FaultAt(place.line, builder.GetFault());
 }
 
-const JsonNode* CJsonFile::FindRequired(const JsonNode& object, std::string_view name) {
+const JsonNode* JsonFile::FindRequired(const JsonNode& object, std::string_view name) {
     const JsonNode* node = object.Find(name);
     if (node == nullptr) Fault(object, fmt::format("\"{}\" is missing", name));
     return node;
 }
 
-bool CJsonFile::GetInteger(const JsonNode& object, std::string_view name, IntegerRange range,
-                           std::int64_t& out) {
+bool JsonFile::GetInteger(const JsonNode& object, std::string_view name, IntegerRange range,
+                          std::int64_t& out) {
     const JsonNode* node = FindRequired(object, name);
     if (node == nullptr) return false;
     if (node->type != JsonNode::Type::Integer || node->integer < range.least ||
@@ -181,7 +181,7 @@ bool CJsonFile::GetInteger(const JsonNode& object, std::string_view name, Intege
     return true;
 }
 
-bool CJsonFile::GetText(const JsonNode& object, std::string_view name, std::string& out) {
+bool JsonFile::GetText(const JsonNode& object, std::string_view name, std::string& out) {
     const JsonNode* node = FindRequired(object, name);
     if (node == nullptr) return false;
     if (!Expect(*node, JsonNode::Type::Text, fmt::format("\"{}\" must be a text", name))) {
@@ -191,16 +191,16 @@ bool CJsonFile::GetText(const JsonNode& object, std::string_view name, std::stri
     return true;
 }
 
-bool CJsonFile::Expect(const JsonNode& node, JsonNode::Type type, std::string_view what) {
+bool JsonFile::Expect(const JsonNode& node, JsonNode::Type type, std::string_view what) {
     return node.type == type || Fault(node, what);
 }
 
-bool CJsonFile::Fault(const JsonNode& place, std::string_view what) {
+bool JsonFile::Fault(const JsonNode& place, std::string_view what) {
     return FaultAt(place.line, what);
 }
 
-bool CJsonFile::FaultAt(int line, std::string_view what) {
-    if (m_strFault.empty()) m_strFault = fmt::format("{}:{}: {}", m_strPath, line, what);
+bool JsonFile::FaultAt(int line, std::string_view what) {
+    if (m_fault.empty()) m_fault = fmt::format("{}:{}: {}", m_path, line, what);
     return false;
 }
 

@@ -32,9 +32,9 @@ struct IntegerRange {
 
 // Takes values out of one file and keeps the first fault in words: "FILE:LINE: what is wrong".
 // Every operation answers false when it has left a fault there.
-class CJsonFile {
+class JsonFile {
   public:
-    explicit CJsonFile(std::string path) : m_strPath(std::move(path)) {}
+    explicit JsonFile(std::string path) : m_path(std::move(path)) {}
 
     bool Read(JsonNode& root);
 
@@ -46,14 +46,14 @@ class CJsonFile {
     bool Expect(const JsonNode& node, JsonNode::Type type, std::string_view what);
     bool Fault(const JsonNode& place, std::string_view what);
 
-    const std::string& GetFault() const { return m_strFault; }
+    const std::string& GetFault() const { return m_fault; }
 
   private:
     const JsonNode* FindRequired(const JsonNode& object, std::string_view name);
     bool FaultAt(int line, std::string_view what);
 
-    std::string m_strPath;
-    std::string m_strFault;
+    std::string m_path;
+    std::string m_fault;
 };
 
 }  // namespace kalvex::platform

@@ -62,36 +62,36 @@ CLogFile::~CLogFile() = default;
 
 void CLogFile::SetFile(std::string path, std::size_t maxBytes) {
     Reopen();
-    m_strPath = maxBytes == 0 ? std::string() : std::move(path);
-    m_nMaxBytes = maxBytes;
+    m_path = maxBytes == 0 ? std::string() : std::move(path);
+    m_maxBytes = maxBytes;
 }
 
 void CLogFile::Reopen() {
-    m_pSink.reset();
-    m_tFailed = -1;
+    m_sink.reset();
+    m_failed = -1;
 }
 
 bool CLogFile::Open() {
-    const std::string path = m_strPath + ".log";
-    if (!m_pSink && Prepare(path)) m_pSink = std::make_unique<Sink>(path, m_nMaxBytes);
-    return m_pSink != nullptr;
+    const std::string path = m_path + ".log";
+    if (!m_sink && Prepare(path)) m_sink = std::make_unique<Sink>(path, m_maxBytes);
+    return m_sink != nullptr;
 }
 
 bool CLogFile::Write(std::string_view line) {
-    if (m_strPath.empty()) return true;
+    if (m_path.empty()) return true;
     const std::int64_t now = m_clock.Now();
-    if (now == m_tFailed) return false;
+    if (now == m_failed) return false;
     std::string text(line);
     std::ranges::replace_if(text, IsControl, ' ');
     bool written = false;
     try {
         written = Open();
-        if (written) m_pSink->Write(text);
+        if (written) m_sink->Write(text);
     } catch (const spdlog::spdlog_ex&) {
-        m_pSink.reset();
+        m_sink.reset();
         written = false;
     }
-    m_tFailed = written ? -1 : now;
+    m_failed = written ? -1 : now;
     return written;
 }
 

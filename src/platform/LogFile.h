@@ -40,10 +40,10 @@ class CLogFile {
     bool Open();
 
     const Clock& m_clock;
-    std::string m_strPath;
-    std::size_t m_nMaxBytes = 0;
-    std::unique_ptr<Sink> m_pSink;
-    std::int64_t m_tFailed = -1;  // the second of the last failure
+    std::string m_path;
+    std::size_t m_maxBytes = 0;
+    std::unique_ptr<Sink> m_sink;
+    std::int64_t m_failed = -1;  // the second of the last failure
 };
 
 }  // namespace kalvex::platform

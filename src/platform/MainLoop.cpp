@@ -8,8 +8,8 @@ void PostedWork::Post(std::function<void()> work) {
     bool wasEmpty;
     {
         const std::lock_guard lock(m_mutex);
-        wasEmpty = m_arrWork.empty();
-        m_arrWork.push_back(std::move(work));
+        wasEmpty = m_work.empty();
+        m_work.push_back(std::move(work));
     }
     if (wasEmpty) m_wake();
 }
@@ -18,7 +18,7 @@ bool PostedWork::Run() {
     std::vector<std::function<void()>> work;
     {
         const std::lock_guard lock(m_mutex);
-        work.swap(m_arrWork);
+        work.swap(m_work);
     }
     for (const std::function<void()>& piece : work) piece();
     return !work.empty();

@@ -29,7 +29,7 @@ class PostedWork final : public MainLoop {
   private:
     std::function<void()> m_wake;
     std::mutex m_mutex;
-    std::vector<std::function<void()>> m_arrWork;
+    std::vector<std::function<void()>> m_work;
 };
 
 }  // namespace kalvex::platform

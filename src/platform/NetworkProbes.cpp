@@ -4,7 +4,7 @@ namespace kalvex::platform {
 
 namespace {
 
-class CNoProbes final : public NetworkProbes {
+class MissingProbes final : public NetworkProbes {
   public:
     std::thread StartThread(const ThreadIdentity&, std::function<void()>) override { return {}; }
     int Ping(const std::string&, std::uint32_t) override { return PingNoPermission; }
@@ -18,7 +18,7 @@ class CNoProbes final : public NetworkProbes {
 }  // namespace
 
 NetworkProbes& NoProbes() {
-    static CNoProbes probes;
+    static MissingProbes probes;
     return probes;
 }
 

@@ -8,11 +8,11 @@
 namespace kalvex::platform {
 
 Paths::Paths(std::string workingDir, std::string rootDir)
-    : m_strWorkingDir(text::FromUtf8(workingDir)),
-      m_strRootDir(rootDir.empty() ? m_strWorkingDir : text::FromUtf8(rootDir)) {}
+    : m_workingDir(text::FromUtf8(workingDir)),
+      m_rootDir(rootDir.empty() ? m_workingDir : text::FromUtf8(rootDir)) {}
 
 std::string Paths::GetRootPath() const {
-    return m_strRootDir;
+    return m_rootDir;
 }
 
 std::string Paths::GetFullPath(std::string_view path, std::string_view base) const {
@@ -22,12 +22,12 @@ std::string Paths::GetFullPath(std::string_view path, std::string_view base) con
 }
 
 std::string Paths::GetFullPath(std::string_view path) const {
-    return GetFullPath(path, m_strWorkingDir);
+    return GetFullPath(path, m_workingDir);
 }
 
 std::string Paths::GetShortPath(std::string_view path) const {
     std::string full = GetFullPath(path);
-    const std::string prefix = m_strWorkingDir + '/';
+    const std::string prefix = m_workingDir + '/';
     if (full.starts_with(prefix)) full.erase(0, prefix.size());
     return full;
 }

@@ -22,8 +22,8 @@ class Paths {
     std::string GetShortPath(std::string_view path) const;
 
   private:
-    std::string m_strWorkingDir;
-    std::string m_strRootDir;
+    std::string m_workingDir;
+    std::string m_rootDir;
 };
 
 // The bytes by which the system knows the file.

@@ -7,7 +7,7 @@ namespace kalvex::platform {
 
 namespace {
 
-class CNoProcesses final : public Processes {
+class MissingProcesses final : public Processes {
   public:
     int Start(const ProgramCall&, std::string& error) override { return Refuse(error); }
     int StartThroughShell(const std::string&, std::string& error) override { return Refuse(error); }
@@ -30,7 +30,7 @@ class CNoProcesses final : public Processes {
 }  // namespace
 
 Processes& NoProcesses() {
-    static CNoProcesses processes;
+    static MissingProcesses processes;
     return processes;
 }
 

@@ -13,7 +13,7 @@ class Questions {
 };
 
 // Where nobody is at the keyboard nothing is agreed to.
-class CNoAnswers final : public Questions {
+class NoAnswers final : public Questions {
   public:
     bool AskYesNo(std::string_view) override { return false; }
 };

@@ -27,15 +27,15 @@ class ServiceManager {
 
     // Milliseconds from one sign of life to the next, half of what the manager waits for one;
     // nothing when it waits for none.
-    std::optional<std::int64_t> GetWatchdogPeriod() const { return m_nWatchdogPeriod; }
+    std::optional<std::int64_t> GetWatchdogPeriod() const { return m_watchdogPeriod; }
     // Lost when the manager is busy.
     void TellAlive();
 
   private:
     void Send(const std::string& text, int flags);
 
-    std::string m_strAddress;  // as the system takes it; empty: there is no manager
-    std::optional<std::int64_t> m_nWatchdogPeriod;
+    std::string m_address;  // as the system takes it; empty: there is no manager
+    std::optional<std::int64_t> m_watchdogPeriod;
     int m_fd = -1;
 };
 

@@ -32,10 +32,10 @@ class SqliteDatabase {
     // Rows that the last statement has changed.
     std::int64_t Changes() const;
 
-    sqlite3* Get() const { return m_pDatabase; }
+    sqlite3* Get() const { return m_database; }
 
   private:
-    sqlite3* m_pDatabase = nullptr;
+    sqlite3* m_database = nullptr;
 };
 
 class SqliteStatement {
@@ -56,7 +56,7 @@ class SqliteStatement {
 
     // Brings the next row; false when there is none and when the statement failed.
     bool Next();
-    bool Failed() const { return m_fFailed; }
+    bool Failed() const { return m_failed; }
 
     // Columns of the row count from 0. Null reads as 0 and as the empty text.
     std::int64_t Integer(int column) const;
@@ -70,8 +70,8 @@ class SqliteStatement {
     bool Run();
 
   private:
-    sqlite3_stmt* m_pStatement = nullptr;
-    bool m_fFailed = false;
+    sqlite3_stmt* m_statement = nullptr;
+    bool m_failed = false;
 };
 
 // A transaction that is taken back unless it was committed.
@@ -82,12 +82,12 @@ class SqliteTransaction {
     SqliteTransaction(const SqliteTransaction&) = delete;
     SqliteTransaction& operator=(const SqliteTransaction&) = delete;
 
-    bool Begun() const { return m_fOpen; }
+    bool Begun() const { return m_open; }
     bool Commit();
 
   private:
     SqliteDatabase& m_database;
-    bool m_fOpen;
+    bool m_open;
 };
 
 }  // namespace kalvex::platform

@@ -8,13 +8,13 @@ bool UserSession::RegisterUser(std::string_view name, std::string_view password)
     if (!user || !CheckPassword(hash, password)) return false;
     Logout();
     m_user = std::move(user);
-    m_strPassword = password;
+    m_password = password;
     return true;
 }
 
 void UserSession::Logout() {
     m_user.reset();
-    WipePassword(m_strPassword);
+    WipePassword(m_password);
 }
 
 bool UserSession::CheckRight(int level) const {
@@ -27,7 +27,7 @@ bool UserSession::CheckActiveUserRight(std::string_view right, std::string_view 
 
 bool UserSession::ActiveUserInfo(std::string& name, std::string& password) const {
     name = GetActiveUserName();
-    password = m_strPassword;
+    password = m_password;
     return m_user.has_value();
 }
 

@@ -14,7 +14,7 @@ class UserSession final : public UserManager {
   public:
     // The store outlives the session. The account is the one that the process runs under.
     UserSession(const UserStore& store, std::string accountName)
-        : m_store(store), m_strAccount(std::move(accountName)) {}
+        : m_store(store), m_account(std::move(accountName)) {}
     ~UserSession() override { Logout(); }
     UserSession(const UserSession&) = delete;
     UserSession& operator=(const UserSession&) = delete;
@@ -28,14 +28,14 @@ class UserSession final : public UserManager {
 
     std::string GetActiveUserName() const override;
     std::string GetActiveUserDescription() const override;
-    std::string GetAccountName() const override { return m_strAccount; }
+    std::string GetAccountName() const override { return m_account; }
     bool ActiveUserInfo(std::string& name, std::string& password) const override;
 
   private:
     const UserStore& m_store;
-    std::string m_strAccount;
+    std::string m_account;
     std::optional<UserRecord> m_user;  // as it was at the login
-    std::string m_strPassword;
+    std::string m_password;
 };
 
 }  // namespace kalvex::platform

@@ -25,8 +25,8 @@ std::string ProgressName(value::ValueKind kind) {
 void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
     const int dayStart = static_cast<int>(definitions.dayStart);
     for (const value::ValueKind kind : definitions.automatic) {
-        if (m_mapPlaces.count(kind) == 0) m_mapPlaces[kind] = FirstPlace(kind, dayStart, now);
-        Place& place = m_mapPlaces[kind];
+        if (m_places.count(kind) == 0) m_places[kind] = FirstPlace(kind, dayStart, now);
+        Place& place = m_places[kind];
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
             if (!HandOver(kind, dayStart, now, place)) return;
         }
@@ -34,7 +34,7 @@ void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
 }
 
 void AutomaticReports::OnDefine() {
-    for (auto& [kind, place] : m_mapPlaces) place.variable = 0;
+    for (auto& [kind, place] : m_places) place.variable = 0;
 }
 
 AutomaticReports::Place AutomaticReports::FirstPlace(value::ValueKind kind, int dayStart,

@@ -36,7 +36,7 @@ class AutomaticReports {
     const Plant& m_plant;
     Store& m_store;
     Store::Done m_done;
-    std::map<value::ValueKind, Place> m_mapPlaces;
+    std::map<value::ValueKind, Place> m_places;
 };
 
 }  // namespace kalvex::server

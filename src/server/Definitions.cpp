@@ -29,8 +29,8 @@ struct Place {
 class Reader {
   public:
     Reader(const std::string& path, Definitions& out)
-        : m_strFolder(std::filesystem::path(path).parent_path().string()), m_out(out) {
-        m_arrFiles.push_back(path);
+        : m_folder(std::filesystem::path(path).parent_path().string()), m_out(out) {
+        m_files.push_back(path);
     }
 
     void Read();
@@ -38,12 +38,12 @@ class Reader {
 
   private:
     void Tell(Place place, std::string key, platform::Notice reason) {
-        if (++m_nFaults <= kMostFaults) {
-            m_arrFaults.push_back({place, std::move(key), std::move(reason)});
+        if (++m_faultCount <= kMostFaults) {
+            m_faults.push_back({place, std::move(key), std::move(reason)});
         }
     }
     std::string Below(const std::string& path) const {
-        return (std::filesystem::path(m_strFolder) / path).string();
+        return (std::filesystem::path(m_folder) / path).string();
     }
     static int LineOf(const toml::node& node) { return static_cast<int>(node.source().begin.line); }
 
@@ -68,13 +68,13 @@ class Reader {
         platform::Notice reason;
     };
 
-    std::string m_strFolder;
-    std::vector<std::string> m_arrFiles;
+    std::string m_folder;
+    std::vector<std::string> m_files;
     Definitions& m_out;
-    std::vector<Entry> m_arrFaults;
-    std::unordered_map<std::string, Place> m_mapNames;
-    std::unordered_map<std::string, int> m_mapLines;  // of the settings, by key
-    std::size_t m_nFaults = 0;
+    std::vector<Entry> m_faults;
+    std::unordered_map<std::string, Place> m_names;
+    std::unordered_map<std::string, int> m_lines;  // of the settings, by key
+    std::size_t m_faultCount = 0;
 };
 
 // The text of a number or text; nothing for anything else.
@@ -124,7 +124,7 @@ void Reader::ReadTable(Target& target, std::span<const DefinitionKey<Target>> ke
                        const toml::table& table, std::string_view section) {
     for (const auto& [key, node] : table) {
         const Place place{0, LineOf(node)};
-        m_mapLines[Qualified(section, key.str())] = place.line;
+        m_lines[Qualified(section, key.str())] = place.line;
         const DefinitionKey<Target>* known = FindKey(keys, key.str());
         if (known == nullptr) {
             Tell(place, Qualified(section, key.str()), {platform::Translatable("nieznany klucz")});
@@ -160,11 +160,11 @@ void Reader::AddVariable(VariableConfig variable, Place place, std::string_view 
         Tell(place, Qualified(prefix, key), std::move(reason));
         return;
     }
-    const auto [known, isNew] = m_mapNames.emplace(variable.name, place);
+    const auto [known, isNew] = m_names.emplace(variable.name, place);
     if (!isNew) {
         Tell(place, Qualified(prefix, "name"),
              {platform::Translatable("zmienna %s jest już w %s:%d"),
-              {text::ToUtf8(variable.name), m_arrFiles[known->second.file],
+              {text::ToUtf8(variable.name), m_files[known->second.file],
                std::to_string(known->second.line)}});
         return;
     }
@@ -175,10 +175,10 @@ void Reader::ReadVariables(const toml::node& node) {
     const toml::array* tables = TablesOf(node, "variable");
     if (tables == nullptr) return;
     for (const toml::node& entry : *tables) {
-        const std::size_t faults = m_nFaults;
+        const std::size_t faults = m_faultCount;
         VariableConfig variable;
         ReadTable(variable, VariableKeys(), *entry.as_table(), "variable");
-        if (m_nFaults == faults) {
+        if (m_faultCount == faults) {
             AddVariable(std::move(variable), {0, LineOf(entry)}, "variable");
         }
     }
@@ -219,12 +219,12 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
         Tell(named, "variables.file", {"%s: %s", {path, error}});
         return;
     }
-    const std::size_t file = m_arrFiles.size();
-    m_arrFiles.push_back(path);
+    const std::size_t file = m_files.size();
+    m_files.push_back(path);
     const std::vector<CsvRow> rows = ReadCsv(content);
     if (rows.empty()) return;
     const CsvRow& head = rows.front();
-    const std::size_t before = m_nFaults;
+    const std::size_t before = m_faultCount;
     for (const std::string& column : head.cells) {
         if (FindKey(VariableKeys(), column) == nullptr) {
             Tell({file, head.line}, column, {platform::Translatable("nieznana kolumna")});
@@ -233,11 +233,11 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
                  {platform::Translatable("kolumna występuje więcej niż raz")});
         }
     }
-    if (m_nFaults != before) return;
+    if (m_faultCount != before) return;
     for (std::size_t index = 1; index < rows.size(); ++index) {
         const CsvRow& row = rows[index];
         const Place place{file, row.line};
-        const std::size_t faults = m_nFaults;
+        const std::size_t faults = m_faultCount;
         if (!row.closed) {
             Tell(place, head.cells[std::min(row.cells.size(), head.cells.size()) - 1],
                  {platform::Translatable("niezamknięty cudzysłów")});
@@ -252,13 +252,13 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
             if (row.cells[cell].empty()) continue;
             SetKey(variable, VariableKeys(), place, "", head.cells[cell], row.cells[cell]);
         }
-        if (m_nFaults == faults) AddVariable(std::move(variable), place, "");
+        if (m_faultCount == faults) AddVariable(std::move(variable), place, "");
     }
 }
 
 Place Reader::PlaceOf(const std::string& key) const {
-    const auto found = m_mapLines.find(key);
-    return {0, found == m_mapLines.end() ? 0 : found->second};
+    const auto found = m_lines.find(key);
+    return {0, found == m_lines.end() ? 0 : found->second};
 }
 
 void Reader::CheckNetwork() {
@@ -287,7 +287,7 @@ void Reader::CheckNetwork() {
 void Reader::Read() {
     std::string content;
     std::string error;
-    if (!platform::ReadWholeFile(m_arrFiles.front(), content, error)) {
+    if (!platform::ReadWholeFile(m_files.front(), content, error)) {
         Tell({0, 0}, "", {"%s", {error}});
         return;
     }
@@ -332,20 +332,20 @@ void Reader::Read() {
 }
 
 std::vector<std::string> Reader::Faults(const platform::Translator& translator) {
-    std::stable_sort(m_arrFaults.begin(), m_arrFaults.end(), [](const Entry& a, const Entry& b) {
+    std::stable_sort(m_faults.begin(), m_faults.end(), [](const Entry& a, const Entry& b) {
         return a.place.file != b.place.file ? a.place.file < b.place.file
                                             : a.place.line < b.place.line;
     });
     std::vector<std::string> lines;
-    for (const Entry& fault : m_arrFaults) {
-        std::string line = m_arrFiles[fault.place.file] + ":";
+    for (const Entry& fault : m_faults) {
+        std::string line = m_files[fault.place.file] + ":";
         if (fault.place.line > 0) line += std::to_string(fault.place.line) + ":";
         if (!fault.key.empty()) line += " " + fault.key + ":";
         lines.push_back(line + " " + platform::InWords(fault.reason, translator));
     }
-    if (m_nFaults > kMostFaults) {
+    if (m_faultCount > kMostFaults) {
         const platform::Notice rest{platform::Translatable("dalszych błędów: %s"),
-                                    {std::to_string(m_nFaults - kMostFaults)}};
+                                    {std::to_string(m_faultCount - kMostFaults)}};
         lines.push_back(platform::InWords(rest, translator));
     }
     return lines;

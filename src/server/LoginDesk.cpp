@@ -27,10 +27,10 @@ LoginDesk::LoginDesk(const platform::UserStore& users, const platform::Clock& cl
       m_clock(clock),
       m_translator(translator),
       m_loop(loop),
-      m_strOtherHash(platform::HashPassword("", cost)) {}
+      m_otherHash(platform::HashPassword("", cost)) {}
 
 LoginDesk::~LoginDesk() {
-    *m_pOpen = false;
+    *m_open = false;
     if (m_checker.joinable()) m_checker.join();
 }
 
@@ -54,7 +54,7 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
     }
     if (IsNobody(request)) {
         const bool local = pending.address.empty();
-        if (m_eNobody == NobodyAccess::Always || (m_eNobody == NobodyAccess::Local && local)) {
+        if (m_nobody == NobodyAccess::Always || (m_nobody == NobodyAccess::Local && local)) {
             verdict = {LoginOk, {}, {}};
             verdict.user.name = platform::kNobody;
         }
@@ -64,7 +64,7 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
     if (user && platform::MayComeFrom(*user, pending.address)) {
         verdict.user = *user;
     } else {
-        hash = m_strOtherHash;
+        hash = m_otherHash;
     }
     return false;
 }
@@ -80,28 +80,28 @@ LoginVerdict LoginDesk::Conclude(const Pending& pending, LoginVerdict verdict, b
 }
 
 void LoginDesk::Check(vantrel::LoginRequest request, std::string address, Done done) {
-    m_arrPending.push_back({std::move(request), std::move(address), std::move(done)});
+    m_pending.push_back({std::move(request), std::move(address), std::move(done)});
     Next();
 }
 
 void LoginDesk::Next() {
-    while (!m_fChecking && !m_arrPending.empty()) {
-        auto pending = std::make_shared<Pending>(std::move(m_arrPending.front()));
-        m_arrPending.pop_front();
+    while (!m_checking && !m_pending.empty()) {
+        auto pending = std::make_shared<Pending>(std::move(m_pending.front()));
+        m_pending.pop_front();
         LoginVerdict verdict;
         std::string hash;
         if (Decide(*pending, verdict, hash)) {
             pending->done(verdict);
             continue;
         }
-        m_fChecking = true;
+        m_checking = true;
         if (m_checker.joinable()) m_checker.join();
-        m_checker = std::thread([this, open = m_pOpen, pending, verdict, hash] {
+        m_checker = std::thread([this, open = m_open, pending, verdict, hash] {
             const bool right = platform::CheckPassword(hash, pending->request.password);
             m_loop.Post([this, open, pending, verdict, right] {
                 platform::WipePassword(pending->request.password);
                 if (!*open) return;
-                m_fChecking = false;
+                m_checking = false;
                 pending->done(Conclude(*pending, verdict, right));
                 Next();
             });

@@ -44,7 +44,7 @@ class LoginDesk {
     LoginDesk(const LoginDesk&) = delete;
     LoginDesk& operator=(const LoginDesk&) = delete;
 
-    void AllowNobody(NobodyAccess access) { m_eNobody = access; }
+    void AllowNobody(NobodyAccess access) { m_nobody = access; }
 
     // `done` is called when it is decided, from within the call or later; not at all once the desk
     // is gone. The user who is "NOBODY", or nameless, and has no password is nobody.
@@ -66,12 +66,12 @@ class LoginDesk {
     const platform::Clock& m_clock;
     const platform::Translator& m_translator;
     platform::MainLoop& m_loop;
-    NobodyAccess m_eNobody = NobodyAccess::Never;
-    std::string m_strOtherHash;  // checked in place of the one of a user who is not there
+    NobodyAccess m_nobody = NobodyAccess::Never;
+    std::string m_otherHash;  // checked in place of the one of a user who is not there
     LoginGate m_gate;
-    std::deque<Pending> m_arrPending;
-    bool m_fChecking = false;
-    const std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
+    std::deque<Pending> m_pending;
+    bool m_checking = false;
+    const std::shared_ptr<bool> m_open = std::make_shared<bool>(true);
     std::thread m_checker;
 };
 

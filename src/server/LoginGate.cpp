@@ -21,8 +21,8 @@ std::string KeyOf(std::string_view address, std::string_view user) {
 
 std::int64_t LoginGate::Wait(std::string_view address, std::string_view user,
                              std::int64_t now) const {
-    const auto found = m_mapRecords.find(KeyOf(address, user));
-    if (found == m_mapRecords.end()) return 0;
+    const auto found = m_records.find(KeyOf(address, user));
+    if (found == m_records.end()) return 0;
     // A clock that was set back does not prolong the wait.
     constexpr std::int64_t kLongest = std::int64_t{2} << kDoublings;
     return std::clamp<std::int64_t>(found->second.until - now, 0, kLongest);
@@ -30,8 +30,8 @@ std::int64_t LoginGate::Wait(std::string_view address, std::string_view user,
 
 void LoginGate::OnFailure(std::string_view address, std::string_view user, std::int64_t now) {
     std::string key = KeyOf(address, user);
-    if (m_mapRecords.count(key) == 0 && m_mapRecords.size() >= kMostRecords) MakeRoom(now);
-    Record& record = m_mapRecords[std::move(key)];
+    if (m_records.count(key) == 0 && m_records.size() >= kMostRecords) MakeRoom(now);
+    Record& record = m_records[std::move(key)];
     if (record.until + kForgotten < now) record.failures = 0;
     ++record.failures;
     const int counted = record.failures - kFreeFailures - 1;
@@ -39,16 +39,16 @@ void LoginGate::OnFailure(std::string_view address, std::string_view user, std::
 }
 
 void LoginGate::MakeRoom(std::int64_t now) {
-    std::erase_if(m_mapRecords,
+    std::erase_if(m_records,
                   [now](const auto& entry) { return entry.second.until + kForgotten < now; });
-    if (m_mapRecords.size() < kMostRecords) return;
-    m_mapRecords.erase(std::min_element(
-        m_mapRecords.begin(), m_mapRecords.end(),
+    if (m_records.size() < kMostRecords) return;
+    m_records.erase(std::min_element(
+        m_records.begin(), m_records.end(),
         [](const auto& a, const auto& b) { return a.second.until < b.second.until; }));
 }
 
 void LoginGate::OnSuccess(std::string_view address, std::string_view user) {
-    m_mapRecords.erase(KeyOf(address, user));
+    m_records.erase(KeyOf(address, user));
 }
 
 }  // namespace kalvex::server

@@ -27,7 +27,7 @@ class LoginGate {
 
     void MakeRoom(std::int64_t now);
 
-    std::map<std::string, Record, std::less<>> m_mapRecords;
+    std::map<std::string, Record, std::less<>> m_records;
 };
 
 }  // namespace kalvex::server

@@ -33,12 +33,12 @@ value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
 void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                    std::int64_t now) {
     std::vector<PlantVariable> before = std::exchange(m_arrVariables, {});
-    const std::unordered_map<std::string, std::size_t> names = std::exchange(m_mapByName, {});
-    m_arrChanged.clear();
+    const std::unordered_map<std::string, std::size_t> names = std::exchange(m_byName, {});
+    m_changed.clear();
     m_arrVariables.reserve(variables.size());
     for (const VariableConfig& config : variables) {
         PlantVariable& variable = m_arrVariables.emplace_back();
-        m_mapByName.emplace(config.name, m_arrVariables.size() - 1);
+        m_byName.emplace(config.name, m_arrVariables.size() - 1);
         variable.config = config;
         variable.id = store.Register(config.name);
         variable.rule = rights.RuleFor(config.name);
@@ -69,18 +69,18 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
 }
 
 std::size_t Plant::Find(std::string_view name) const {
-    const auto found = m_mapByName.find(std::string(name));
-    return found == m_mapByName.end() ? kNone : found->second;
+    const auto found = m_byName.find(std::string(name));
+    return found == m_byName.end() ? kNone : found->second;
 }
 
 void Plant::Step(std::int64_t now) {
-    const std::int64_t elapsed = m_tLastStep ? now - *m_tLastStep : 0;
-    m_tLastStep = now;
+    const std::int64_t elapsed = m_lastStep ? now - *m_lastStep : 0;
+    m_lastStep = now;
     for (std::size_t index = 0; index < m_arrVariables.size(); ++index) {
         PlantVariable& variable = m_arrVariables[index];
         if (!variable.config.signal) continue;
-        variable.generated = variable.config.signal->ValueAt(now, variable.generated, elapsed,
-                                                             NextRandom(m_nRandom));
+        variable.generated =
+            variable.config.signal->ValueAt(now, variable.generated, elapsed, NextRandom(m_random));
         value::CVal value(*variable.generated);
         value.Cast(variable.config.type);
         const value::CVal& old = variable.value;
@@ -97,12 +97,12 @@ void Plant::SetValue(std::size_t index, value::CVal value) {
     variable.saved = false;
     if (variable.changed) return;
     variable.changed = true;
-    m_arrChanged.push_back(index);
+    m_changed.push_back(index);
 }
 
 std::vector<std::size_t> Plant::TakeChanges() {
-    for (const std::size_t index : m_arrChanged) m_arrVariables[index].changed = false;
-    return std::exchange(m_arrChanged, {});
+    for (const std::size_t index : m_changed) m_arrVariables[index].changed = false;
+    return std::exchange(m_changed, {});
 }
 
 vantrel::VariableDefinition DefinitionOf(const VariableConfig& config) {

@@ -61,10 +61,10 @@ class Plant {
 
   private:
     std::vector<PlantVariable> m_arrVariables;
-    std::unordered_map<std::string, std::size_t> m_mapByName;
-    std::vector<std::size_t> m_arrChanged;
-    std::optional<std::int64_t> m_tLastStep;
-    std::uint64_t m_nRandom = 0;
+    std::unordered_map<std::string, std::size_t> m_byName;
+    std::vector<std::size_t> m_changed;
+    std::optional<std::int64_t> m_lastStep;
+    std::uint64_t m_random = 0;
 };
 
 // What a client is told of the variable.

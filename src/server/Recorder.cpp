@@ -17,18 +17,18 @@ constexpr const char* kAlive = "alive";
 
 void Recorder::Begin(std::int64_t now) {
     const std::optional<std::int64_t> alive = m_store.Progress(kAlive);
-    m_tLastSave = now;
+    m_lastSave = now;
     if (!alive || *alive + 1 >= now) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
         if ((variable.config.archive &
              (vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples)) == 0)
             continue;
-        m_arrPending.emplace_back(MarkGap{variable.id, *alive + 1});
+        m_pending.emplace_back(MarkGap{variable.id, *alive + 1});
         if (variable.value.GetType() == value::ValueType::None) continue;
         value::CVal value = variable.value;
         value.SetTime(now);
-        m_arrPending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
+        m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
     }
     Submit();
 }
@@ -37,61 +37,61 @@ void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
     for (const std::size_t index : changed) {
         const PlantVariable& variable = m_plant.At(index);
         if ((variable.config.archive & vantrel::ArchiveBit::Changes) == 0) continue;
-        m_arrPending.emplace_back(
+        m_pending.emplace_back(
             PutValue{variable.id, value::KindArchive, variable.value.GetTime(), variable.value});
     }
 }
 
 void Recorder::Step(const Definitions& definitions, std::int64_t now) {
     AddSamples(definitions.archivePeriod, now);
-    if (now < m_tLastSave || now - m_tLastSave >= definitions.savePeriod) {
+    if (now < m_lastSave || now - m_lastSave >= definitions.savePeriod) {
         AddUnsaved();
-        m_tLastSave = now;
+        m_lastSave = now;
     }
-    if (!m_arrPending.empty()) m_arrPending.emplace_back(SaveProgress{kAlive, now});
+    if (!m_pending.empty()) m_pending.emplace_back(SaveProgress{kAlive, now});
     Submit();
     RemoveOld(definitions.keepDays, now);
 }
 
 void Recorder::End(std::int64_t now) {
     AddUnsaved();
-    m_arrPending.emplace_back(SaveProgress{kAlive, now});
+    m_pending.emplace_back(SaveProgress{kAlive, now});
     Submit();
 }
 
 void Recorder::AddSamples(std::int64_t period, std::int64_t now) {
     const std::int64_t sample = now / period;
-    if (m_nLastSample == sample) return;
+    if (m_lastSample == sample) return;
     // At the start a period that is under way is left to end.
-    const bool due = m_nLastSample || now % period == 0;
-    m_nLastSample = sample;
+    const bool due = m_lastSample || now % period == 0;
+    m_lastSample = sample;
     if (!due) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
         if ((variable.config.archive & vantrel::ArchiveBit::Samples) == 0) continue;
-        m_arrPending.emplace_back(PutValue{variable.id, value::KindArchive, now, variable.value});
+        m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, variable.value});
     }
 }
 
 void Recorder::AddUnsaved() {
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         PlantVariable& variable = m_plant.At(index);
-        if (variable.saved && !m_fSaveAll) continue;
+        if (variable.saved && !m_saveAll) continue;
         variable.saved = true;
-        m_arrPending.emplace_back(SaveLastValue{variable.id, variable.value});
+        m_pending.emplace_back(SaveLastValue{variable.id, variable.value});
     }
-    m_fSaveAll = false;
+    m_saveAll = false;
 }
 
 void Recorder::Submit() {
-    if (m_arrPending.empty()) return;
-    const bool taken = m_store.Submit(std::exchange(m_arrPending, {}), Store::Urgency::Now,
+    if (m_pending.empty()) return;
+    const bool taken = m_store.Submit(std::exchange(m_pending, {}), Store::Urgency::Now,
                                       [this](const StoreOutcome& outcome) {
-                                          if (!outcome.committed) m_fSaveAll = true;
+                                          if (!outcome.committed) m_saveAll = true;
                                           m_done(outcome);
                                       });
     if (taken) return;
-    m_fSaveAll = true;
+    m_saveAll = true;
     m_done({false, m_translator.Translate(kBusy), {}});
 }
 
@@ -99,9 +99,9 @@ void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {
     if (keepDays == 0 || m_plant.Size() == 0) return;
     std::vector<StoreOperation> operations;
     for (std::size_t count = m_plant.Size() / value::kSecondsPerHour + 1; count > 0; --count) {
-        m_nNextRemoval = (m_nNextRemoval + 1) % m_plant.Size();
+        m_nextRemoval = (m_nextRemoval + 1) % m_plant.Size();
         operations.emplace_back(
-            RemoveArchive{m_plant.At(m_nNextRemoval).id, now - keepDays * value::kSecondsPerDay});
+            RemoveArchive{m_plant.At(m_nextRemoval).id, now - keepDays * value::kSecondsPerDay});
     }
     m_store.Submit(std::move(operations), Store::Urgency::Background, {});
 }

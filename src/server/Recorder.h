@@ -41,11 +41,11 @@ class Recorder {
     Store& m_store;
     const platform::Translator& m_translator;
     Store::Done m_done;
-    std::vector<StoreOperation> m_arrPending;
-    bool m_fSaveAll = false;                    // after a failed transaction
-    std::optional<std::int64_t> m_nLastSample;  // counted in periods since 1970
-    std::size_t m_nNextRemoval = 0;             // each variable comes about once an hour
-    std::int64_t m_tLastSave = 0;
+    std::vector<StoreOperation> m_pending;
+    bool m_saveAll = false;                    // after a failed transaction
+    std::optional<std::int64_t> m_lastSample;  // counted in periods since 1970
+    std::size_t m_nextRemoval = 0;             // each variable comes about once an hour
+    std::int64_t m_lastSave = 0;
 };
 
 }  // namespace kalvex::server

@@ -31,19 +31,19 @@ class Computing {
   public:
     void Add(double amount) {
         m_total += amount;
-        m_fKnown = true;
+        m_known = true;
     }
-    void AddStatus(const value::CVal& value) { m_nStatus |= value.GetStatus() & ~kOwnBits; }
-    void MissPart() { m_fComplete = false; }
+    void AddStatus(const value::CVal& value) { m_status |= value.GetStatus() & ~kOwnBits; }
+    void MissPart() { m_complete = false; }
 
     // `divisor` is 1 for a total.
     value::CVal Result(double divisor) const {
-        value::CVal result = m_fKnown ? value::CVal(m_total / divisor) : value::CVal();
-        result.SetStatus(m_nStatus);
+        value::CVal result = m_known ? value::CVal(m_total / divisor) : value::CVal();
+        result.SetStatus(m_status);
         result.AddStatus(value::Status::ReportLoaded);
-        if (!m_fKnown) {
+        if (!m_known) {
             result.AddStatus(value::Status::Unknown);
-        } else if (!m_fComplete) {
+        } else if (!m_complete) {
             result.AddStatus(value::Status::CalculateError);
         }
         return result;
@@ -51,9 +51,9 @@ class Computing {
 
   private:
     double m_total = 0;
-    std::uint16_t m_nStatus = 0;
-    bool m_fKnown = false;
-    bool m_fComplete = true;
+    std::uint16_t m_status = 0;
+    bool m_known = false;
+    bool m_complete = true;
 };
 
 value::CVal MeanOfArchive(const TimeSpan& span, const std::optional<value::CVal>& before,

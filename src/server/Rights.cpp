@@ -7,24 +7,24 @@
 
 namespace kalvex::server {
 
-Rights::Rights(std::vector<AccessRule> rules) : m_arrRules(std::move(rules)) {
-    m_arrRules.emplace_back();
+Rights::Rights(std::vector<AccessRule> rules) : m_rules(std::move(rules)) {
+    m_rules.emplace_back();
 }
 
 std::size_t Rights::RuleFor(std::string_view variable) const {
     const auto rule =
-        std::find_if(m_arrRules.begin(), m_arrRules.end(), [variable](const AccessRule& candidate) {
+        std::find_if(m_rules.begin(), m_rules.end(), [variable](const AccessRule& candidate) {
             return text::CompareWithPattern(
                 variable, candidate.variables,
                 text::PatternOption::Wildcards | text::PatternOption::Whole);
         });
-    return static_cast<std::size_t>(rule - m_arrRules.begin());
+    return static_cast<std::size_t>(rule - m_rules.begin());
 }
 
 std::vector<Rights::Granted> Rights::GrantedTo(const platform::UserRecord& user,
                                                std::string_view address) const {
     std::vector<Granted> granted;
-    for (const AccessRule& rule : m_arrRules) {
+    for (const AccessRule& rule : m_rules) {
         granted.push_back({platform::HasRight(user, rule.read, address),
                            platform::HasRight(user, rule.write, address)});
     }

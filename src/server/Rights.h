@@ -28,7 +28,7 @@ class Rights {
                                    std::string_view address) const;
 
   private:
-    std::vector<AccessRule> m_arrRules;
+    std::vector<AccessRule> m_rules;
 };
 
 }  // namespace kalvex::server

@@ -36,7 +36,7 @@ Server::Server(const platform::Clock& clock, platform::LogSink& log,
       m_log(log),
       m_translator(translator),
       m_loop(loop),
-      m_eCost(cost),
+      m_cost(cost),
       m_users(cost),
       m_store(loop),
       m_recorder(m_plant, m_store, translator,
@@ -46,13 +46,13 @@ Server::Server(const platform::Clock& clock, platform::LogSink& log,
 Server::~Server() = default;
 
 bool Server::Start(const std::string& configuration, std::vector<std::string>& errors) {
-    m_strConfiguration = configuration;
+    m_configuration = configuration;
     if (!LoadDefinitions(configuration, m_translator, m_definitions, errors) || !OpenFiles(errors))
         return false;
-    m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_eCost);
+    m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
     Define();
     m_recorder.Begin(m_clock.Now());
-    m_fStarted = true;
+    m_started = true;
     Log(kStarted, {m_definitions.name}, platform::LogAlways);
     return true;
 }
@@ -87,13 +87,13 @@ void Server::Define() {
     m_plant.Define(m_definitions.variables, m_rights, m_store, m_clock.Now());
     m_automatic.OnDefine();
     Distribute();
-    for (const auto& [number, session] : m_mapSessions) session->OnDefine();
+    for (const auto& [number, session] : m_sessions) session->OnDefine();
 }
 
 void Server::Reload() {
     Definitions definitions;
     std::vector<std::string> errors;
-    if (!LoadDefinitions(m_strConfiguration, m_translator, definitions, errors)) {
+    if (!LoadDefinitions(m_configuration, m_translator, definitions, errors)) {
         for (const std::string& error : errors) Log(text::FromUtf8(error), platform::LogErrors);
         Log(kUnchanged, {}, platform::LogErrors);
         return;
@@ -109,21 +109,21 @@ void Server::Reload() {
 
 void Server::Tick() {
     const std::int64_t now = m_clock.Now();
-    if (m_tLastTick == now) return;
-    m_tLastTick = now;
+    if (m_lastTick == now) return;
+    m_lastTick = now;
     m_plant.Step(now);
     Distribute();
     m_recorder.Step(m_definitions, now);
     m_automatic.Step(m_definitions, now);
     const ChangedReports changed = std::exchange(m_changedReports, {});
-    for (const auto& [number, session] : m_mapSessions) {
+    for (const auto& [number, session] : m_sessions) {
         session->SendReportChanges(changed);
         session->CloseUnlessLoggedIn(now - kLoginTime);
     }
 }
 
 void Server::Stop() {
-    if (!std::exchange(m_fStarted, false)) return;
+    if (!std::exchange(m_started, false)) return;
     Distribute();
     m_recorder.End(m_clock.Now());
     m_store.Close();
@@ -138,28 +138,28 @@ void Server::Distribute() {
             subscriber.session->MarkChanged(subscriber.handle);
         }
     }
-    for (const auto& [number, session] : m_mapSessions) session->SendChanges();
+    for (const auto& [number, session] : m_sessions) session->SendChanges();
 }
 
 // ---- sessions
 
 std::unique_ptr<vantrel::ServerSession> Server::Accept(vantrel::ServerLink& link) {
-    if (m_mapSessions.size() >= static_cast<std::size_t>(m_definitions.maxClients)) {
+    if (m_sessions.size() >= static_cast<std::size_t>(m_definitions.maxClients)) {
         Log(kManyClients, {}, platform::LogErrors);
         return nullptr;
     }
-    auto session = std::make_unique<Session>(*this, link, ++m_nLastSession);
-    m_mapSessions.emplace(m_nLastSession, session.get());
+    auto session = std::make_unique<Session>(*this, link, ++m_lastSession);
+    m_sessions.emplace(m_lastSession, session.get());
     return session;
 }
 
 Session* Server::FindSession(std::uint64_t number) const {
-    const auto found = m_mapSessions.find(number);
-    return found == m_mapSessions.end() ? nullptr : found->second;
+    const auto found = m_sessions.find(number);
+    return found == m_sessions.end() ? nullptr : found->second;
 }
 
 void Server::Forget(const Session& session) {
-    m_mapSessions.erase(session.Number());
+    m_sessions.erase(session.Number());
 }
 
 void Server::ListVariables(vantrel::LoginRequest login, std::string address, ListAnswer answer) {
@@ -188,10 +188,10 @@ std::vector<vantrel::VariableDefinition> Server::DefinitionsFor(const platform::
 
 void Server::Log(const std::string& text, int level) {
     m_log.Log(text, level);
-    m_arrLastMessages.push_back({level, m_clock.Now(), text});
-    if (m_arrLastMessages.size() > kLogLines) m_arrLastMessages.pop_front();
-    for (const auto& [number, session] : m_mapSessions) {
-        session->SendLog(m_arrLastMessages.back());
+    m_lastMessages.push_back({level, m_clock.Now(), text});
+    if (m_lastMessages.size() > kLogLines) m_lastMessages.pop_front();
+    for (const auto& [number, session] : m_sessions) {
+        session->SendLog(m_lastMessages.back());
     }
 }
 
@@ -206,16 +206,15 @@ void Server::LogLogin(const LoginVerdict& verdict, std::string_view user,
 }
 
 std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {
-    const std::size_t first = m_arrLastMessages.size() - std::min(count, m_arrLastMessages.size());
-    return {m_arrLastMessages.begin() + static_cast<std::ptrdiff_t>(first),
-            m_arrLastMessages.end()};
+    const std::size_t first = m_lastMessages.size() - std::min(count, m_lastMessages.size());
+    return {m_lastMessages.begin() + static_cast<std::ptrdiff_t>(first), m_lastMessages.end()};
 }
 
 void Server::OnOutcome(const StoreOutcome& outcome) {
     if (outcome.committed) {
-        m_fFailureTold = false;
+        m_failureTold = false;
         m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
-    } else if (!std::exchange(m_fFailureTold, true)) {
+    } else if (!std::exchange(m_failureTold, true)) {
         Log(kNotStored, {outcome.error}, platform::LogErrors);
     }
 }

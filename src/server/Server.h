@@ -101,8 +101,8 @@ class Server final : public vantrel::SessionAcceptor {
     platform::LogSink& m_log;
     const platform::Translator& m_translator;
     platform::MainLoop& m_loop;
-    const platform::PasswordCost m_eCost;
-    std::string m_strConfiguration;
+    const platform::PasswordCost m_cost;
+    std::string m_configuration;
     Definitions m_definitions;
     Rights m_rights;
     platform::FileLock m_lock;
@@ -112,13 +112,13 @@ class Server final : public vantrel::SessionAcceptor {
     Plant m_plant;
     Recorder m_recorder;
     AutomaticReports m_automatic;
-    std::map<std::uint64_t, Session*> m_mapSessions;
-    std::uint64_t m_nLastSession = 0;
+    std::map<std::uint64_t, Session*> m_sessions;
+    std::uint64_t m_lastSession = 0;
     ChangedReports m_changedReports;
-    std::deque<vantrel::LogMessage> m_arrLastMessages;
-    bool m_fFailureTold = false;  // of the store, until a transaction succeeds
-    bool m_fStarted = false;
-    std::optional<std::int64_t> m_tLastTick;
+    std::deque<vantrel::LogMessage> m_lastMessages;
+    bool m_failureTold = false;  // of the store, until a transaction succeeds
+    bool m_started = false;
+    std::optional<std::int64_t> m_lastTick;
 };
 
 }  // namespace kalvex::server

@@ -28,15 +28,15 @@ constexpr const char* kManySubscriptions =
 }  // namespace
 
 Session::Session(Server& server, vantrel::ServerLink& link, std::uint64_t number)
-    : m_server(server), m_link(link), m_nNumber(number), m_tAccepted(server.Now()) {}
+    : m_server(server), m_link(link), m_number(number), m_accepted(server.Now()) {}
 
 Session::~Session() {
-    for (auto& [handle, subscription] : m_mapSubscriptions) Release(handle, subscription);
+    for (auto& [handle, subscription] : m_subscriptions) Release(handle, subscription);
     m_server.Forget(*this);
 }
 
 void Session::OnMessage(vantrel::ClientMessage message) {
-    if (m_eState != State::LoggedIn && !std::holds_alternative<vantrel::LoginRequest>(message))
+    if (m_state != State::LoggedIn && !std::holds_alternative<vantrel::LoginRequest>(message))
         return;
     std::visit([this](auto& content) { Receive(content); }, message);
 }
@@ -55,72 +55,72 @@ void Session::OnDrained() {
 }
 
 std::string Session::Peer() const {
-    return ClientText(m_strClient, m_link.PeerAddress());
+    return ClientText(m_client, m_link.PeerAddress());
 }
 
 void Session::TellOnce(const char* polish, std::string_view variable) {
     const std::string text =
         text::FormatText(m_server.GetTranslator().Translate(polish), {variable});
-    if (!m_setTold.insert(text).second) return;
+    if (!m_told.insert(text).second) return;
     m_server.Log(kClient, {Peer(), text}, platform::LogErrors);
 }
 
 Rights::Granted Session::RightsTo(std::size_t variable) const {
-    return m_arrGranted[m_server.GetPlant().At(variable).rule];
+    return m_granted[m_server.GetPlant().At(variable).rule];
 }
 
 // ---- login
 
 void Session::Receive(vantrel::LoginRequest& message) {
-    if (m_eState != State::New) return;
-    m_eState = State::Checking;
-    m_strClient = message.clientName.substr(0, kLongestClientName);
-    m_strUser = message.user.substr(0, kLongestClientName);
+    if (m_state != State::New) return;
+    m_state = State::Checking;
+    m_client = message.clientName.substr(0, kLongestClientName);
+    m_userName = message.user.substr(0, kLongestClientName);
     m_server.GetLogins().Check(
         std::move(message), m_link.PeerAddress(),
-        [&server = m_server, number = m_nNumber](const LoginVerdict& verdict) {
+        [&server = m_server, number = m_number](const LoginVerdict& verdict) {
             if (Session* session = server.FindSession(number)) session->OnLogin(verdict);
         });
 }
 
 void Session::OnLogin(const LoginVerdict& verdict) {
     const bool accepted = verdict.code == LoginOk;
-    m_server.LogLogin(verdict, m_strUser, Peer());
-    m_eState = accepted ? State::LoggedIn : State::New;
+    m_server.LogLogin(verdict, m_userName, Peer());
+    m_state = accepted ? State::LoggedIn : State::New;
     if (accepted) {
         m_user = verdict.user;
-        m_arrGranted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
+        m_granted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     }
     m_link.Send(vantrel::LoginResult{verdict.code, verdict.text});
 }
 
 void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
-    if (IsLoggedIn() || m_fClosing || m_tAccepted >= acceptedBefore) return;
-    m_fClosing = true;
+    if (IsLoggedIn() || m_closing || m_accepted >= acceptedBefore) return;
+    m_closing = true;
     m_link.Close(vantrel::ReasonLoginRefused);
 }
 
 // ---- subscriptions
 
 void Session::Receive(vantrel::SubscribeRequest& message) {
-    m_nFlags |= message.flags;
+    m_flags |= message.flags;
     for (const vantrel::VariableHandle handle : message.removed) {
-        const auto found = m_mapSubscriptions.find(handle);
-        if (found == m_mapSubscriptions.end()) continue;
+        const auto found = m_subscriptions.find(handle);
+        if (found == m_subscriptions.end()) continue;
         Release(handle, found->second);
-        m_mapSubscriptions.erase(found);
+        m_subscriptions.erase(found);
     }
     const auto most = 2 * static_cast<std::size_t>(m_server.Settings().maxVariables);
     std::vector<vantrel::VariableHandle> added;
     vantrel::AccessErrors refused;
     for (vantrel::SubscribeRequest::Entry& entry : message.added) {
-        if (entry.handle == 0 || m_mapSubscriptions.count(entry.handle) != 0) continue;
-        if (m_mapSubscriptions.size() >= most) {
+        if (entry.handle == 0 || m_subscriptions.count(entry.handle) != 0) continue;
+        if (m_subscriptions.size() >= most) {
             TellOnce(kManySubscriptions);
             refused.entries.push_back({entry.handle, vantrel::ResultBadRequest});
             continue;
         }
-        m_mapSubscriptions[entry.handle].name = std::move(entry.name);
+        m_subscriptions[entry.handle].name = std::move(entry.name);
         added.push_back(entry.handle);
     }
     if (!refused.entries.empty()) m_link.Send(std::move(refused));
@@ -133,7 +133,7 @@ void Session::Answer(const std::vector<vantrel::VariableHandle>& handles, bool l
     std::vector<vantrel::VariableDefinitions> definitions(1);
     std::vector<vantrel::ValueUpdates> values(1);
     for (const vantrel::VariableHandle handle : handles) {
-        Subscription& subscription = m_mapSubscriptions[handle];
+        Subscription& subscription = m_subscriptions[handle];
         const std::size_t index = plant.Find(subscription.name);
         if (index == Plant::kNone || !RightsTo(index).read) {
             std::uint16_t code = kNoVariable;
@@ -175,9 +175,9 @@ void Session::Release(vantrel::VariableHandle handle, Subscription& subscription
 
 void Session::OnDefine() {
     if (!IsLoggedIn()) return;
-    m_arrGranted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
+    m_granted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     std::vector<vantrel::VariableHandle> handles;
-    for (auto& [handle, subscription] : m_mapSubscriptions) {
+    for (auto& [handle, subscription] : m_subscriptions) {
         subscription.variable = Plant::kNone;
         handles.push_back(handle);
     }
@@ -186,19 +186,19 @@ void Session::OnDefine() {
 }
 
 void Session::MarkChanged(vantrel::VariableHandle handle) {
-    Subscription& subscription = m_mapSubscriptions.at(handle);
+    Subscription& subscription = m_subscriptions.at(handle);
     if (subscription.marked) return;
     subscription.marked = true;
-    m_arrMarked.push_back(handle);
+    m_marked.push_back(handle);
 }
 
 void Session::SendChanges() {
     std::size_t sent = 0;
-    while (sent < m_arrMarked.size() && m_link.Backlog() < vantrel::kMostBacklog) {
+    while (sent < m_marked.size() && m_link.Backlog() < vantrel::kMostBacklog) {
         vantrel::ValueUpdates updates;
-        for (; sent < m_arrMarked.size() && updates.entries.size() < kValuesTogether; ++sent) {
-            const auto found = m_mapSubscriptions.find(m_arrMarked[sent]);
-            if (found == m_mapSubscriptions.end()) continue;
+        for (; sent < m_marked.size() && updates.entries.size() < kValuesTogether; ++sent) {
+            const auto found = m_subscriptions.find(m_marked[sent]);
+            if (found == m_subscriptions.end()) continue;
             found->second.marked = false;
             if (found->second.variable == Plant::kNone) continue;
             updates.entries.push_back(
@@ -206,18 +206,18 @@ void Session::SendChanges() {
         }
         if (!updates.entries.empty()) m_link.Send(std::move(updates));
     }
-    m_arrMarked.erase(m_arrMarked.begin(), m_arrMarked.begin() + static_cast<std::ptrdiff_t>(sent));
+    m_marked.erase(m_marked.begin(), m_marked.begin() + static_cast<std::ptrdiff_t>(sent));
 }
 
 // ---- what the server tells of itself
 
 void Session::SendReportChanges(const ChangedReports& changed) {
-    if (!IsLoggedIn() || (m_nFlags & vantrel::SubscribeFlag::ReportChanges) == 0) return;
+    if (!IsLoggedIn() || (m_flags & vantrel::SubscribeFlag::ReportChanges) == 0) return;
     for (const auto& [kind, time] : changed) m_link.Send(vantrel::ReportChange{kind, time});
 }
 
 void Session::SendLog(const vantrel::LogMessage& message) {
-    const bool wanted = IsLoggedIn() && (m_nFlags & vantrel::SubscribeFlag::LogMessages) != 0;
+    const bool wanted = IsLoggedIn() && (m_flags & vantrel::SubscribeFlag::LogMessages) != 0;
     if (!wanted || m_link.Backlog() >= vantrel::kMostBacklog) return;
     if (!platform::HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
     m_link.Send(message);

@@ -36,8 +36,8 @@ class Session final : public vantrel::ServerSession {
 
     // ---- from the server
 
-    std::uint64_t Number() const { return m_nNumber; }
-    bool IsLoggedIn() const { return m_eState == State::LoggedIn; }
+    std::uint64_t Number() const { return m_number; }
+    bool IsLoggedIn() const { return m_state == State::LoggedIn; }
     void OnLogin(const LoginVerdict& verdict);
 
     // The variables or the rights have been defined anew: what had been subscribed is answered
@@ -99,23 +99,23 @@ class Session final : public vantrel::ServerSession {
 
     Server& m_server;
     vantrel::ServerLink& m_link;
-    const std::uint64_t m_nNumber;
-    std::int64_t m_tAccepted;
-    State m_eState = State::New;
-    std::string m_strClient;
-    std::string m_strUser;  // as it was given
+    const std::uint64_t m_number;
+    std::int64_t m_accepted;
+    State m_state = State::New;
+    std::string m_client;
+    std::string m_userName;  // as it was given
     platform::UserRecord m_user;
-    std::vector<Rights::Granted> m_arrGranted;  // by rule
-    std::uint32_t m_nFlags = 0;
-    bool m_fClosing = false;
-    std::set<std::string> m_setTold;  // refusals that the log has had for this client
+    std::vector<Rights::Granted> m_granted;  // by rule
+    std::uint32_t m_flags = 0;
+    bool m_closing = false;
+    std::set<std::string> m_told;  // refusals that the log has had for this client
 
-    std::unordered_map<vantrel::VariableHandle, Subscription> m_mapSubscriptions;
-    std::vector<vantrel::VariableHandle> m_arrMarked;
+    std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;
+    std::vector<vantrel::VariableHandle> m_marked;
 
-    std::map<vantrel::RequestId, Reading> m_mapReads;
-    std::deque<vantrel::RequestId> m_arrReadQueue;  // in the order in which pieces are fetched
-    bool m_fReading = false;                        // a piece is being fetched
+    std::map<vantrel::RequestId, Reading> m_reads;
+    std::deque<vantrel::RequestId> m_readQueue;  // in the order in which pieces are fetched
+    bool m_reading = false;                      // a piece is being fetched
 };
 
 }  // namespace kalvex::server

@@ -43,9 +43,9 @@ void Session::Receive(vantrel::ReadRequests& message) {
 }
 
 std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
-    if (request.id == 0 || m_mapReads.count(request.id) != 0) return vantrel::ResultBadRequest;
+    if (request.id == 0 || m_reads.count(request.id) != 0) return vantrel::ResultBadRequest;
     if (!value::IsStored(request.kind)) return vantrel::ResultBadRequest;
-    if (m_mapReads.size() >= kMostReads) {
+    if (m_reads.size() >= kMostReads) {
         TellOnce(kManyReads);
         return vantrel::ResultBadRequest;
     }
@@ -60,20 +60,20 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
         if (!IsTime(request.from)) return vantrel::ResultBadRequest;
         reading.query.from = reading.query.to = ReportTime(request.kind, request.from);
     }
-    m_mapReads.emplace(request.id, reading);
-    m_arrReadQueue.push_back(request.id);
+    m_reads.emplace(request.id, reading);
+    m_readQueue.push_back(request.id);
     return vantrel::ResultOk;
 }
 
 void Session::ReadNext() {
-    while (!m_fReading && !m_arrReadQueue.empty() && m_link.Backlog() < vantrel::kMostBacklog) {
-        const vantrel::RequestId id = m_arrReadQueue.front();
-        m_arrReadQueue.pop_front();
-        const auto found = m_mapReads.find(id);
-        if (found == m_mapReads.end()) continue;
-        m_fReading = true;
+    while (!m_reading && !m_readQueue.empty() && m_link.Backlog() < vantrel::kMostBacklog) {
+        const vantrel::RequestId id = m_readQueue.front();
+        m_readQueue.pop_front();
+        const auto found = m_reads.find(id);
+        if (found == m_reads.end()) continue;
+        m_reading = true;
         m_server.GetStore().Read(found->second.query,
-                                 [&server = m_server, number = m_nNumber, id](StorePiece piece) {
+                                 [&server = m_server, number = m_number, id](StorePiece piece) {
                                      if (Session* session = server.FindSession(number)) {
                                          session->OnPiece(id, std::move(piece));
                                      }
@@ -82,9 +82,9 @@ void Session::ReadNext() {
 }
 
 void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
-    m_fReading = false;
-    const auto found = m_mapReads.find(id);
-    if (found != m_mapReads.end()) {
+    m_reading = false;
+    const auto found = m_reads.find(id);
+    if (found != m_reads.end()) {
         vantrel::ReadAnswer answer;
         answer.id = id;
         if (!piece.read) {
@@ -95,9 +95,9 @@ void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
         answer.last = !piece.more;
         if (piece.more) {
             found->second.query.from = piece.values.back().GetTime() + 1;
-            m_arrReadQueue.push_back(id);
+            m_readQueue.push_back(id);
         } else {
-            m_mapReads.erase(found);
+            m_reads.erase(found);
         }
         answer.values = std::move(piece.values);
         m_link.Send(std::move(answer));
@@ -107,7 +107,7 @@ void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
 
 void Session::Receive(vantrel::CancelRequests& message) {
     for (const vantrel::RequestId id : message.ids) {
-        if (m_mapReads.erase(id) != 0) std::erase(m_arrReadQueue, id);
+        if (m_reads.erase(id) != 0) std::erase(m_readQueue, id);
     }
 }
 
@@ -217,7 +217,7 @@ void Session::SubmitWrites(std::vector<StoreOperation> operations,
     };
     const bool taken = m_server.GetStore().Submit(
         std::move(operations), Store::Urgency::Now,
-        [&server = m_server, number = m_nNumber, results](const StoreOutcome& outcome) {
+        [&server = m_server, number = m_number, results](const StoreOutcome& outcome) {
             server.OnOutcome(outcome);
             if (Session* session = server.FindSession(number)) {
                 session->m_link.Send(results(outcome.committed));

@@ -140,8 +140,8 @@ std::optional<Signal> Signal::Parse(std::string_view text, platform::Notice& err
 
 double Signal::ValueAt(std::int64_t time, std::optional<double> last, std::int64_t elapsed,
                        std::uint64_t random) const {
-    const std::vector<double>& value = m_arrParameters;
-    switch (m_eKind) {
+    const std::vector<double>& value = m_parameters;
+    switch (m_kind) {
         case SignalKind::Constant:
             return value[0];
         case SignalKind::Ramp:
@@ -160,10 +160,10 @@ double Signal::ValueAt(std::int64_t time, std::optional<double> last, std::int64
 }
 
 double Signal::Walk(std::optional<double> last, std::int64_t elapsed, std::uint64_t random) const {
-    const double min = m_arrParameters[0];
-    const double max = m_arrParameters[1];
-    const double step = m_arrParameters[2];
-    double value = last ? std::clamp(*last, min, max) : m_arrParameters[3];
+    const double min = m_parameters[0];
+    const double max = m_parameters[1];
+    const double step = m_parameters[2];
+    double value = last ? std::clamp(*last, min, max) : m_parameters[3];
     if (!last) return value;
     for (std::int64_t second = 0; second < std::min(elapsed, kLongestWalk); ++second) {
         const double share = static_cast<double>(NextRandom(random) >> 11) * 0x1p-53;

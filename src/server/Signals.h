@@ -28,12 +28,12 @@ class Signal {
 
   private:
     Signal(SignalKind kind, std::vector<double> parameters)
-        : m_eKind(kind), m_arrParameters(std::move(parameters)) {}
+        : m_kind(kind), m_parameters(std::move(parameters)) {}
 
     double Walk(std::optional<double> last, std::int64_t elapsed, std::uint64_t random) const;
 
-    SignalKind m_eKind;
-    std::vector<double> m_arrParameters;  // in the order of the kind's row
+    SignalKind m_kind;
+    std::vector<double> m_parameters;  // in the order of the kind's row
 };
 
 // Evenly spread numbers that follow from `state`; any state will do.

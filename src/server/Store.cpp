@@ -22,7 +22,7 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
         return false;
     }
     for (const auto& [name, id] : m_contents.variables) {
-        m_nLastVariable = std::max(m_nLastVariable, id);
+        m_lastVariable = std::max(m_lastVariable, id);
     }
     m_writer = std::thread([this] { Write(); });
     m_reader = std::thread([this] { ReadPieces(); });
@@ -30,13 +30,13 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
 }
 
 void Store::Close() {
-    *m_pOpen = false;
+    *m_open = false;
     if (!m_writer.joinable()) return;
     {
         const std::lock_guard lock(m_mutex);
-        m_fStop = true;
-        m_arrBackground.clear();
-        m_arrReads.clear();
+        m_stop = true;
+        m_background.clear();
+        m_reads.clear();
     }
     m_work.notify_all();
     m_writer.join();
@@ -44,11 +44,11 @@ void Store::Close() {
 }
 
 VariableId Store::Register(std::string_view name) {
-    const auto [known, isNew] = m_contents.variables.emplace(name, m_nLastVariable + 1);
+    const auto [known, isNew] = m_contents.variables.emplace(name, m_lastVariable + 1);
     if (isNew) {
-        ++m_nLastVariable;
+        ++m_lastVariable;
         const std::lock_guard lock(m_mutex);
-        m_arrNames.push_back({known->second, known->first});
+        m_names.push_back({known->second, known->first});
     }
     return known->second;
 }
@@ -69,11 +69,11 @@ bool Store::Submit(std::vector<StoreOperation> operations, Urgency urgency, Done
     {
         const std::lock_guard lock(m_mutex);
         const bool urgent = urgency == Urgency::Now;
-        std::size_t& waiting = urgent ? m_nUrgentWaiting : m_nBackgroundWaiting;
+        std::size_t& waiting = urgent ? m_urgentWaiting : m_backgroundWaiting;
         if (waiting + operations.size() > (urgent ? kMostUrgent : kMostBackground)) return false;
         waiting += operations.size();
-        if (urgent) ++m_nUrgentMade;
-        (urgent ? m_arrUrgent : m_arrBackground)
+        if (urgent) ++m_urgentMade;
+        (urgent ? m_urgent : m_background)
             .push_back({std::move(operations), std::move(done), urgent});
     }
     m_work.notify_all();
@@ -83,7 +83,7 @@ bool Store::Submit(std::vector<StoreOperation> operations, Urgency urgency, Done
 void Store::Read(const StoreQuery& query, std::function<void(StorePiece)> done) {
     {
         const std::lock_guard lock(m_mutex);
-        m_arrReads.push_back({query, std::move(done), m_nUrgentMade});
+        m_reads.push_back({query, std::move(done), m_urgentMade});
     }
     m_work.notify_all();
 }
@@ -91,22 +91,22 @@ void Store::Read(const StoreQuery& query, std::function<void(StorePiece)> done) 
 void Store::Flush() {
     std::unique_lock lock(m_mutex);
     m_done.wait(lock, [this] {
-        return m_arrUrgent.empty() && m_arrBackground.empty() && m_arrReads.empty() &&
-               !m_fWriting && !m_fReading;
+        return m_urgent.empty() && m_background.empty() && m_reads.empty() && !m_writing &&
+               !m_reading;
     });
 }
 
 std::vector<Store::Submission> Store::NextBatch() {
     std::vector<Submission> batch;
     std::size_t operations = 0;
-    while (!m_arrUrgent.empty() && operations < kBatchOperations) {
-        operations += m_arrUrgent.front().operations.size();
-        batch.push_back(std::move(m_arrUrgent.front()));
-        m_arrUrgent.pop_front();
+    while (!m_urgent.empty() && operations < kBatchOperations) {
+        operations += m_urgent.front().operations.size();
+        batch.push_back(std::move(m_urgent.front()));
+        m_urgent.pop_front();
     }
-    if (!m_arrBackground.empty()) {
-        batch.push_back(std::move(m_arrBackground.front()));
-        m_arrBackground.pop_front();
+    if (!m_background.empty()) {
+        batch.push_back(std::move(m_background.front()));
+        m_background.pop_front();
     }
     return batch;
 }
@@ -114,21 +114,20 @@ std::vector<Store::Submission> Store::NextBatch() {
 void Store::Write() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_work.wait(lock,
-                    [this] { return m_fStop || !m_arrUrgent.empty() || !m_arrBackground.empty(); });
-        if (m_arrUrgent.empty() && m_arrBackground.empty()) return;
+        m_work.wait(lock, [this] { return m_stop || !m_urgent.empty() || !m_background.empty(); });
+        if (m_urgent.empty() && m_background.empty()) return;
         std::vector<Submission> batch = NextBatch();
-        std::vector<SaveName> names = std::exchange(m_arrNames, {});
-        m_fWriting = true;
+        std::vector<SaveName> names = std::exchange(m_names, {});
+        m_writing = true;
         lock.unlock();
         if (Commit(batch, names)) names.clear();
         lock.lock();
-        m_arrNames.insert(m_arrNames.begin(), names.begin(), names.end());
-        m_fWriting = false;
+        m_names.insert(m_names.begin(), names.begin(), names.end());
+        m_writing = false;
         for (const Submission& submission : batch) {
-            (submission.urgent ? m_nUrgentWaiting : m_nBackgroundWaiting) -=
+            (submission.urgent ? m_urgentWaiting : m_backgroundWaiting) -=
                 submission.operations.size();
-            if (submission.urgent) ++m_nUrgentDone;
+            if (submission.urgent) ++m_urgentDone;
         }
         m_done.notify_all();
         m_work.notify_all();
@@ -136,7 +135,7 @@ void Store::Write() {
 }
 
 void Store::PostDone(std::function<void()> done) {
-    m_loop.Post([open = m_pOpen, done = std::move(done)] {
+    m_loop.Post([open = m_open, done = std::move(done)] {
         if (*open) done();
     });
 }
@@ -180,12 +179,12 @@ void Store::ReadPieces() {
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_work.wait(lock, [this] {
-            return m_fStop || (!m_arrReads.empty() && m_nUrgentDone >= m_arrReads.front().after);
+            return m_stop || (!m_reads.empty() && m_urgentDone >= m_reads.front().after);
         });
-        if (m_fStop) return;
-        ReadJob job = std::move(m_arrReads.front());
-        m_arrReads.pop_front();
-        m_fReading = true;
+        if (m_stop) return;
+        ReadJob job = std::move(m_reads.front());
+        m_reads.pop_front();
+        m_reading = true;
         lock.unlock();
 
         auto piece = std::make_shared<StorePiece>();
@@ -200,7 +199,7 @@ void Store::ReadPieces() {
         PostDone([piece, done = std::move(job.done)] { done(std::move(*piece)); });
 
         lock.lock();
-        m_fReading = false;
+        m_reading = false;
         m_done.notify_all();
     }
 }

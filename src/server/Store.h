@@ -110,26 +110,26 @@ class Store {
 
     platform::MainLoop& m_loop;
     // Outlives the store in what is posted. The main thread's.
-    const std::shared_ptr<bool> m_pOpen = std::make_shared<bool>(true);
+    const std::shared_ptr<bool> m_open = std::make_shared<bool>(true);
     StoreFile m_writeFile;  // the writer's, once it runs
     StoreFile m_readFile;   // the reader's
     StoreFile::Contents m_contents;
-    VariableId m_nLastVariable = 0;
+    VariableId m_lastVariable = 0;
 
     std::mutex m_mutex;  // guards all below
     std::condition_variable m_work;
     std::condition_variable m_done;
-    std::vector<SaveName> m_arrNames;  // to go with the next transaction
-    std::deque<Submission> m_arrUrgent;
-    std::deque<Submission> m_arrBackground;
-    std::deque<ReadJob> m_arrReads;
-    std::size_t m_nUrgentWaiting = 0;  // in operations
-    std::size_t m_nBackgroundWaiting = 0;
-    std::uint64_t m_nUrgentMade = 0;
-    std::uint64_t m_nUrgentDone = 0;
-    bool m_fWriting = false;
-    bool m_fReading = false;
-    bool m_fStop = false;
+    std::vector<SaveName> m_names;  // to go with the next transaction
+    std::deque<Submission> m_urgent;
+    std::deque<Submission> m_background;
+    std::deque<ReadJob> m_reads;
+    std::size_t m_urgentWaiting = 0;  // in operations
+    std::size_t m_backgroundWaiting = 0;
+    std::uint64_t m_urgentMade = 0;
+    std::uint64_t m_urgentDone = 0;
+    bool m_writing = false;
+    bool m_reading = false;
+    bool m_stop = false;
 
     std::thread m_writer;
     std::thread m_reader;

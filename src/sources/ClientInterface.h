@@ -59,7 +59,7 @@ class CInterfaceSourceList final : public vantrel::CSourceList {
 };
 
 // Outlives the documents.
-class CClientInterface final : public engine::CScriptSources {
+class CClientInterface final : public engine::ScriptSources {
   public:
     explicit CClientInterface(SourceServices services)
         : m_services(std::move(services)), m_SourceList(m_services) {}

@@ -155,7 +155,7 @@ std::string CInterfaceClientConnection::LogVariableError(std::string_view text,
     return result;
 }
 
-void CInterfaceClientConnection::OnVarAccessError(const vantrel::CRequestRecord& record) {
+void CInterfaceClientConnection::OnVarAccessError(const vantrel::RequestRecord& record) {
     std::string text;
     if (record.result == 0) {
         text = m_services.translator.Translate("Brak zmiennej w źródle");
@@ -167,13 +167,13 @@ void CInterfaceClientConnection::OnVarAccessError(const vantrel::CRequestRecord&
     LogVariableError(text, record.variable);
 }
 
-void CInterfaceClientConnection::OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) {
+void CInterfaceClientConnection::OnCurrentDataModifyAck(const vantrel::RequestRecord& record) {
     if (vantrel::CVarVal* variable = GetVarVal(record.variable))
         variable->SetControlValue(record.value);
 }
 
 void CInterfaceClientConnection::OnReportModifyError(value::ValueKind kind,
-                                                     const vantrel::CRequestRecord& record) {
+                                                     const vantrel::RequestRecord& record) {
     LogVariableError(m_services.translator.Translate(kReportModifyErrors[value::ReportIndex(kind)]),
                      record.variable);
 }
@@ -182,13 +182,13 @@ void CInterfaceClientConnection::OnReportChange(value::ValueKind kind, std::int6
     const std::vector<engine::CKalvexDoc*>* documents = FindNotifyDocs(kind);
     if (documents == nullptr) return;
     for (engine::CKalvexDoc* document : *documents) {
-        CReportNotifications::Of(*document).OnReportChange(kind, GetServerName(), time);
+        ReportNotifications::Of(*document).OnReportChange(kind, GetServerName(), time);
     }
 }
 
 std::vector<engine::CKalvexDoc*>* CInterfaceClientConnection::FindNotifyDocs(
     value::ValueKind kind) {
-    return value::IsReport(kind) ? &m_arrNotifyDocs[value::ReportIndex(kind)] : nullptr;
+    return value::IsReport(kind) ? &m_notifyDocs[value::ReportIndex(kind)] : nullptr;
 }
 
 bool CInterfaceClientConnection::AddNotifyDoc(value::ValueKind kind, engine::CKalvexDoc& document) {

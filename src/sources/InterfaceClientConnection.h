@@ -74,9 +74,9 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
     void OnDisconnect(std::uint32_t reason) override;
     void OnVariableList() override;
     void OnDataArrived() override;
-    void OnVarAccessError(const vantrel::CRequestRecord& record) override;
-    void OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) override;
-    void OnReportModifyError(value::ValueKind kind, const vantrel::CRequestRecord& record) override;
+    void OnVarAccessError(const vantrel::RequestRecord& record) override;
+    void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
+    void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
 
   private:
@@ -85,7 +85,7 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
 
     SourceServices& m_services;
     bool m_fDataReady = false;
-    std::array<std::vector<engine::CKalvexDoc*>, value::kReportKinds.size()> m_arrNotifyDocs;
+    std::array<std::vector<engine::CKalvexDoc*>, value::kReportKinds.size()> m_notifyDocs;
 };
 
 }  // namespace kalvex::sources

@@ -18,8 +18,8 @@ CInterfaceObj::CInterfaceObj(engine::CKalvexDoc& document, CClientInterface& cli
     : m_document(document), m_client(client), m_strSource(source), m_strVariable(variable) {}
 
 CInterfaceClientConnection* CInterfaceObj::GetConnection() {
-    if (m_pConnection == nullptr) m_pConnection = m_client.FindConnection(m_strSource);
-    return m_pConnection;
+    if (m_connection == nullptr) m_connection = m_client.FindConnection(m_strSource);
+    return m_connection;
 }
 
 value::CVal* CInterfaceObj::CurrentValue() {
@@ -27,14 +27,14 @@ value::CVal* CInterfaceObj::CurrentValue() {
     return m_pVarVal == nullptr ? nullptr : &m_pVarVal->Value();
 }
 
-CReportSlot* CInterfaceObj::FindSlot(value::ValueKind kind) {
-    return value::IsReport(kind) ? &m_Slots[value::ReportIndex(kind)] : nullptr;
+ReportSlot* CInterfaceObj::FindSlot(value::ValueKind kind) {
+    return value::IsReport(kind) ? &m_slots[value::ReportIndex(kind)] : nullptr;
 }
 
 CInterfaceObj::Outstanding CInterfaceObj::FindRequest(value::ValueKind kind) {
     if (kind == value::KindArchive) return {&m_nArchRequest, &m_eArchState};
-    CReportSlot* slot = FindSlot(kind);
-    return {&slot->m_nRequest, &slot->m_eState};
+    ReportSlot* slot = FindSlot(kind);
+    return {&slot->m_request, &slot->m_state};
 }
 
 RequestState CInterfaceObj::GetRequestState(value::ValueKind kind) {
@@ -45,8 +45,8 @@ bool CInterfaceObj::IsUsable(value::ValueKind kind) {
     const value::CVal* value = nullptr;
     if (kind == value::KindCurrent) {
         value = CurrentValue();
-    } else if (const CReportSlot* slot = FindSlot(kind); slot && slot->m_eState == RequestReady) {
-        value = &slot->m_Value;
+    } else if (const ReportSlot* slot = FindSlot(kind); slot && slot->m_state == RequestReady) {
+        value = &slot->m_value;
     }
     if (value == nullptr) return false;
     if ((value->GetStatus() & value::Status::Unknown) != 0) return m_fIgnoreUnknown;
@@ -58,8 +58,8 @@ void CInterfaceObj::ReadValue(value::CVal& out, value::ValueKind kind, bool skip
     if (!skipCheck && !IsUsable(kind)) return;
     if (kind == value::KindCurrent) {
         if (const value::CVal* value = CurrentValue()) out = *value;
-    } else if (const CReportSlot* slot = FindSlot(kind); slot && slot->m_eState == RequestReady) {
-        out = slot->m_Value;
+    } else if (const ReportSlot* slot = FindSlot(kind); slot && slot->m_state == RequestReady) {
+        out = slot->m_value;
     }
 }
 
@@ -87,9 +87,9 @@ bool CInterfaceObj::Write(value::CVal value) {
 
 void CInterfaceObj::Assign(value::ValueKind kind, value::CVal value) {
     Cancel(kind);
-    CReportSlot& slot = *FindSlot(kind);
-    slot.m_eState = RequestReady;
-    slot.m_Value = Marked(std::move(value));
+    ReportSlot& slot = *FindSlot(kind);
+    slot.m_state = RequestReady;
+    slot.m_value = Marked(std::move(value));
 }
 
 // Without a connection the state stays, for there is nobody to tell.
@@ -122,17 +122,17 @@ bool CInterfaceObj::Request(value::ValueKind kind, std::int64_t from, std::int64
     return true;
 }
 
-void CInterfaceObj::OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) {
+void CInterfaceObj::OnAnswer(value::ValueKind kind, vantrel::RequestRecord record) {
     RequestState& state = *FindRequest(kind).state;
     const bool failed = record.result != vantrel::ResultOk;
     state = failed ? RequestFailed : RequestReady;
-    CReportSlot* slot = FindSlot(kind);
+    ReportSlot* slot = FindSlot(kind);
     if (slot == nullptr) return;
     if (failed) {
-        slot->m_Value.SetType(value::ValueType::None);
-        slot->m_Value.SetStatus(value::Status::Unknown);
+        slot->m_value.SetType(value::ValueType::None);
+        slot->m_value.SetStatus(value::Status::Unknown);
     } else if (record.list == nullptr) {
-        slot->m_Value = std::move(record.value);
+        slot->m_value = std::move(record.value);
     }
 }
 

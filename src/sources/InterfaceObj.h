@@ -26,13 +26,13 @@ enum RequestState {
     RequestFailed = 3,   // no connection, or the server answered with an error
 };
 
-struct CReportSlot {
-    value::CVal m_Value;
-    vantrel::RequestId m_nRequest = 0;
-    RequestState m_eState = RequestNone;
+struct ReportSlot {
+    value::CVal m_value;
+    vantrel::RequestId m_request = 0;
+    RequestState m_state = RequestNone;
 };
 
-class CInterfaceObj final : public vantrel::CAnswerWindow {
+class CInterfaceObj final : public vantrel::AnswerWindow {
   public:
     CInterfaceObj(engine::CKalvexDoc& document, CClientInterface& client, std::string_view source,
                   std::string_view variable);
@@ -58,7 +58,7 @@ class CInterfaceObj final : public vantrel::CAnswerWindow {
     void ReadValue(value::CVal& out, value::ValueKind kind, bool skipCheck);
 
     // The slot of a report kind, null for another kind.
-    CReportSlot* FindSlot(value::ValueKind kind);
+    ReportSlot* FindSlot(value::ValueKind kind);
     // No answer is outstanding; true for the current value.
     bool IsAnswered(value::ValueKind kind);
     RequestState GetRequestState(value::ValueKind kind);  // of a report kind or the archive
@@ -79,7 +79,7 @@ class CInterfaceObj final : public vantrel::CAnswerWindow {
 
     // Lets go of all that waits for the server.
     void CancelAll();
-    void OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) override;
+    void OnAnswer(value::ValueKind kind, vantrel::RequestRecord record) override;
 
   private:
     struct Outstanding {
@@ -94,12 +94,12 @@ class CInterfaceObj final : public vantrel::CAnswerWindow {
     CClientInterface& m_client;
     std::string m_strSource;
     std::string m_strVariable;
-    CInterfaceClientConnection* m_pConnection = nullptr;  // once found it stays
+    CInterfaceClientConnection* m_connection = nullptr;  // once found it stays
     CVarReg* m_pVarVal = nullptr;
     value::CVal m_LockedVal;
     bool m_fLocked = false;
     bool m_fIgnoreUnknown = false;
-    std::array<CReportSlot, value::kReportKinds.size()> m_Slots;
+    std::array<ReportSlot, value::kReportKinds.size()> m_slots;
     value::CArchiveValueList m_ArchValues;
     vantrel::RequestId m_nArchRequest = 0;
     RequestState m_eArchState = RequestNone;

@@ -19,10 +19,10 @@ value::ValueKind ReportKind(std::string_view word) {
 engine::LineOutcome Enable(engine::StatementCall& call, bool enable) {
     const value::ValueKind kind = ReportKind(text::NextToken(call.rest));
     const std::string_view source = text::NextToken(call.rest);
-    engine::CScriptSources* sources = call.document.Services().sources;
+    engine::ScriptSources* sources = call.document.Services().sources;
     if (sources == nullptr || kind == value::KindNone) return engine::LineOutcome::Failed;
-    CReportNotifications& notifications = CReportNotifications::Of(call.document);
-    CNotifyRecord* record = notifications.Find(kind, source);
+    ReportNotifications& notifications = ReportNotifications::Of(call.document);
+    NotifyRecord* record = notifications.Find(kind, source);
     if (record == nullptr) {
         if (!enable || !sources->AddNotifyDoc(kind, source, call.document)) {
             return engine::LineOutcome::Failed;
@@ -34,47 +34,45 @@ engine::LineOutcome Enable(engine::StatementCall& call, bool enable) {
 }
 
 // The record that a function's arguments name; null when nothing was ever enabled.
-CNotifyRecord* RecordOf(operands::FunctionCall& call) {
+NotifyRecord* RecordOf(operands::FunctionCall& call) {
     auto* notifications =
-        call.script.FindPart<CReportNotifications>(operands::DocumentPart::ReportNotifications);
+        call.script.FindPart<ReportNotifications>(operands::PartId::ReportNotifications);
     if (notifications == nullptr) return nullptr;
     return notifications->Find(ReportKind(call.arguments[0]), call.arguments[1]);
 }
 
 }  // namespace
 
-CReportNotifications& CReportNotifications::Of(engine::CKalvexDoc& document) {
-    return document.GetPart<CReportNotifications>(operands::DocumentPart::ReportNotifications,
-                                                  document);
+ReportNotifications& ReportNotifications::Of(engine::CKalvexDoc& document) {
+    return document.GetPart<ReportNotifications>(operands::PartId::ReportNotifications, document);
 }
 
-void CReportNotifications::ClearRunState() {
+void ReportNotifications::ClearRunState() {
     for (const value::ValueKind kind : value::kReportKinds) {
-        for (const CNotifyRecord& record :
-             std::exchange(m_arrRecords[value::ReportIndex(kind)], {})) {
+        for (const NotifyRecord& record : std::exchange(m_records[value::ReportIndex(kind)], {})) {
             m_document.Services().sources->RemoveNotifyDoc(kind, record.strSource, m_document);
         }
     }
 }
 
-CNotifyRecord* CReportNotifications::Find(value::ValueKind kind, std::string_view source) {
+NotifyRecord* ReportNotifications::Find(value::ValueKind kind, std::string_view source) {
     if (!value::IsReport(kind)) return nullptr;
-    std::vector<CNotifyRecord>& records = m_arrRecords[value::ReportIndex(kind)];
-    for (CNotifyRecord& record : records) {
+    std::vector<NotifyRecord>& records = m_records[value::ReportIndex(kind)];
+    for (NotifyRecord& record : records) {
         if (record.strSource == source) return &record;
     }
     return nullptr;
 }
 
-CNotifyRecord& CReportNotifications::Add(value::ValueKind kind, std::string_view source) {
-    CNotifyRecord& record = m_arrRecords[value::ReportIndex(kind)].emplace_back();
+NotifyRecord& ReportNotifications::Add(value::ValueKind kind, std::string_view source) {
+    NotifyRecord& record = m_records[value::ReportIndex(kind)].emplace_back();
     record.strSource = source;
     return record;
 }
 
-void CReportNotifications::OnReportChange(value::ValueKind kind, std::string_view source,
-                                          std::int64_t time) {
-    CNotifyRecord* record = Find(kind, source);
+void ReportNotifications::OnReportChange(value::ValueKind kind, std::string_view source,
+                                         std::int64_t time) {
+    NotifyRecord* record = Find(kind, source);
     if (record == nullptr || !record->bEnabled) return;
     std::deque<std::int64_t>& times = record->arrTimes;
     if (std::find(times.begin(), times.end(), time) == times.end()) times.push_back(time);
@@ -89,7 +87,7 @@ engine::LineOutcome ExecuteDisableNotify(engine::StatementCall& call) {
 }
 
 operands::FunctionResult Notify(operands::FunctionCall& call) {
-    CNotifyRecord* record = RecordOf(call);
+    NotifyRecord* record = RecordOf(call);
     std::int64_t time = 0;
     if (record != nullptr && record->bEnabled && !record->arrTimes.empty()) {
         time = record->arrTimes.front();
@@ -100,7 +98,7 @@ operands::FunctionResult Notify(operands::FunctionCall& call) {
 }
 
 operands::FunctionResult NotifyQueueCount(operands::FunctionCall& call) {
-    const CNotifyRecord* record = RecordOf(call);
+    const NotifyRecord* record = RecordOf(call);
     call.out = value::CVal(record == nullptr ? 0 : static_cast<int>(record->arrTimes.size()));
     return operands::FunctionResult::Done;
 }

@@ -14,32 +14,32 @@
 
 namespace kalvex::sources {
 
-struct CNotifyRecord {
+struct NotifyRecord {
     std::string strSource;
     bool bEnabled = false;
     std::deque<std::int64_t> arrTimes;  // oldest first, no time twice
 };
 
-class CReportNotifications final : public operands::CDocumentPart {
+class ReportNotifications final : public operands::DocumentPart {
   public:
-    explicit CReportNotifications(engine::CKalvexDoc& document) : m_document(document) {}
+    explicit ReportNotifications(engine::CKalvexDoc& document) : m_document(document) {}
 
     // The notifications of a document, made at first use.
-    static CReportNotifications& Of(engine::CKalvexDoc& document);
+    static ReportNotifications& Of(engine::CKalvexDoc& document);
 
     // Empties the queues and takes the document off the connections.
     void ClearRunState() override;
 
     // Null when there is none, and for a kind that is none of a report.
-    CNotifyRecord* Find(value::ValueKind kind, std::string_view source);
-    CNotifyRecord& Add(value::ValueKind kind, std::string_view source);
+    NotifyRecord* Find(value::ValueKind kind, std::string_view source);
+    NotifyRecord& Add(value::ValueKind kind, std::string_view source);
 
     // Puts the time into the queue if that is enabled and does not hold it yet.
     void OnReportChange(value::ValueKind kind, std::string_view source, std::int64_t time);
 
   private:
     engine::CKalvexDoc& m_document;
-    std::array<std::vector<CNotifyRecord>, value::kReportKinds.size()> m_arrRecords;
+    std::array<std::vector<NotifyRecord>, value::kReportKinds.size()> m_records;
 };
 
 }  // namespace kalvex::sources

@@ -15,7 +15,7 @@ namespace {
 constexpr int kHoursPerDay = 24;
 
 struct DatePart {
-    int TimeFields::*field;
+    int value::TimeFields::*field;
     int least;
     int greatest;
 };
@@ -65,7 +65,7 @@ std::int64_t Shift(std::int64_t time, int offset, value::ValueKind kind) {
 
 ReportTokens::ReportTokens(std::string_view& rest, unsigned signs) {
     for (int i = 0; i < kCount; ++i) {
-        std::string& token = m_arrTokens[static_cast<std::size_t>(i)];
+        std::string& token = m_tokens[static_cast<std::size_t>(i)];
         token = text::NextToken(rest);
         if (token == "-" && (signs >> i & 1U) != 0) token += text::NextToken(rest);
     }

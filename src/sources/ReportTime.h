@@ -20,11 +20,11 @@ class ReportTokens {
     ReportTokens(std::string_view& rest, unsigned signs);
 
     const std::string& operator[](int index) const {
-        return m_arrTokens[static_cast<std::size_t>(index)];
+        return m_tokens[static_cast<std::size_t>(index)];
     }
 
   private:
-    std::array<std::string, kCount> m_arrTokens;
+    std::array<std::string, kCount> m_tokens;
 };
 
 // Number of date parts that name a period of the kind.

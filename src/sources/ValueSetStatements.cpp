@@ -10,9 +10,9 @@ namespace kalvex::sources {
 namespace {
 
 // What the last archive write of the document has sent.
-class ArchiveValues final : public operands::CDocumentPart {
+class ArchiveValues final : public operands::DocumentPart {
   public:
-    value::CArchiveValueList m_List;
+    value::CArchiveValueList m_list;
 };
 
 // A remote variable, or a pointer to one; error 3 for anything else.
@@ -88,7 +88,7 @@ engine::LineOutcome ExecuteMPut(engine::StatementCall& call) {
     operands::CVariableList* list = call.document.FindList(text::NextToken(call.rest));
     if (list == nullptr) return engine::LineOutcome::Failed;
     value::CArchiveValueList& archive =
-        document.GetPart<ArchiveValues>(operands::DocumentPart::ArchiveValues).m_List;
+        document.GetPart<ArchiveValues>(operands::PartId::ArchiveValues).m_list;
     if (kind == value::KindArchive) archive.RemoveAll();
     for (list->MoveFirst(); list->IsIteratorValid();) {
         value::CVal value;

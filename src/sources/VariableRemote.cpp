@@ -39,8 +39,8 @@ int CVariableRemote::GetStatus(std::uint16_t* out, value::ValueKind kind) {
     *out = value::Status::Unknown;
     if (kind == value::KindCurrent) {
         if (const value::CVal* value = m_pLink->CurrentValue()) *out = value->GetStatus();
-    } else if (const CReportSlot* slot = m_pLink->FindSlot(kind)) {
-        *out = slot->m_Value.GetStatus();
+    } else if (const ReportSlot* slot = m_pLink->FindSlot(kind)) {
+        *out = slot->m_value.GetStatus();
     }
     return 1;
 }
@@ -56,8 +56,8 @@ int CVariableRemote::GetTime(std::int64_t* out, value::ValueKind kind) {
     *out = 0;
     if (kind == value::KindCurrent) {
         if (const value::CVal* value = m_pLink->CurrentValue()) *out = value->GetTime();
-    } else if (const CReportSlot* slot = m_pLink->FindSlot(kind)) {
-        const std::int64_t time = slot->m_Value.GetTime();
+    } else if (const ReportSlot* slot = m_pLink->FindSlot(kind)) {
+        const std::int64_t time = slot->m_value.GetTime();
         *out = kind == value::KindDay     ? value::GetFirstLocalDayTime(time)
                : kind == value::KindMonth ? value::GetFirstLocalMonthTime(time)
                                           : value::GetFirstLocalHourTime(time);
@@ -91,8 +91,8 @@ int CVariableRemote::SetValueText(std::string_view text, value::ValueKind) {
 }
 
 bool CVariableRemote::HasSlotStatus(value::ValueKind kind, std::uint16_t bit) const {
-    const CReportSlot* slot = m_pLink->FindSlot(kind);
-    return slot != nullptr && (slot->m_Value.GetStatus() & bit) != 0;
+    const ReportSlot* slot = m_pLink->FindSlot(kind);
+    return slot != nullptr && (slot->m_value.GetStatus() & bit) != 0;
 }
 
 int CVariableRemote::IsReportLoaded(value::ValueKind kind) {

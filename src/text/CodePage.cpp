@@ -37,12 +37,12 @@ constexpr std::size_t kCharacterLimit =
 
 constexpr char32_t kNoCharacter = 0xFFFFFFFF;
 
-struct CUtf8Form {
+struct Utf8Bytes {
     char bytes[3];
     std::uint8_t length;
 };
 
-constexpr CUtf8Form Utf8Form(char16_t c) {
+constexpr Utf8Bytes Utf8Form(char16_t c) {
     const char last = static_cast<char>(0x80 | (c & 0x3F));
     if (c < 0x800) return {{static_cast<char>(0xC0 | c >> 6), last}, 2};
     return {{static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)), last},
@@ -50,8 +50,8 @@ constexpr CUtf8Form Utf8Form(char16_t c) {
 }
 
 // Of the bytes from 0x80 up.
-constexpr std::array<CUtf8Form, 128> kUtf8Forms = [] {
-    std::array<CUtf8Form, 128> forms{};
+constexpr std::array<Utf8Bytes, 128> kUtf8Forms = [] {
+    std::array<Utf8Bytes, 128> forms{};
     for (int i = 0; i < 128; ++i) forms[i] = Utf8Form(kCharacters[i]);
     return forms;
 }();
@@ -66,7 +66,7 @@ constexpr std::array<unsigned char, kCharacterLimit> kBytes = [] {
     return bytes;
 }();
 
-struct CCaseTables {
+struct CaseTables {
     std::array<unsigned char, 256> upper{};
     std::array<unsigned char, 256> lower{};
 
@@ -76,8 +76,8 @@ struct CCaseTables {
     }
 };
 
-constexpr CCaseTables kCase = [] {
-    CCaseTables tables;
+constexpr CaseTables kCase = [] {
+    CaseTables tables;
     for (int i = 0; i < 256; ++i) {
         tables.upper[i] = tables.lower[i] = static_cast<unsigned char>(i);
     }
@@ -142,7 +142,7 @@ std::string ToUtf8(std::string_view windows1250) {
     while (!windows1250.empty()) {
         MoveAscii(windows1250, result);
         if (windows1250.empty()) break;
-        const CUtf8Form& form = kUtf8Forms[static_cast<unsigned char>(windows1250.front()) - 0x80];
+        const Utf8Bytes& form = kUtf8Forms[static_cast<unsigned char>(windows1250.front()) - 0x80];
         result.append(form.bytes, form.length);
         windows1250.remove_prefix(1);
     }

@@ -5,12 +5,12 @@
 namespace kalvex::value {
 
 void CArchiveValueList::Add(CVal value) {
-    if (!m_pValues) m_pValues = std::make_unique<std::deque<CVal>>();
-    m_pValues->push_back(std::move(value));
+    if (!m_values) m_values = std::make_unique<std::deque<CVal>>();
+    m_values->push_back(std::move(value));
 }
 
 void CArchiveValueList::SortTimes() {
-    if (m_pValues) std::ranges::stable_sort(*m_pValues, {}, &CVal::GetTime);
+    if (m_values) std::ranges::stable_sort(*m_values, {}, &CVal::GetTime);
 }
 
 }  // namespace kalvex::value

@@ -15,16 +15,16 @@ class CArchiveValueList {
   public:
     void Add(CVal value);
     const CVal* Get(std::size_t index) const {
-        return index < GetSize() ? &(*m_pValues)[index] : nullptr;
+        return index < GetSize() ? &(*m_values)[index] : nullptr;
     }
-    std::size_t GetSize() const { return m_pValues ? m_pValues->size() : 0; }
-    void RemoveAll() { m_pValues.reset(); }
+    std::size_t GetSize() const { return m_values ? m_values->size() : 0; }
+    void RemoveAll() { m_values.reset(); }
     void SortTimes();  // ascending; equal times keep their order
 
   private:
     // Grows without a second copy of a month of seconds. Every remote variable has a list, and most
     // of them never hold anything.
-    std::unique_ptr<std::deque<CVal>> m_pValues;
+    std::unique_ptr<std::deque<CVal>> m_values;
 };
 
 }  // namespace kalvex::value

@@ -14,13 +14,13 @@ namespace kalvex::value {
 
 namespace {
 
-__extension__ using CWideInteger = __int128;
+__extension__ using WideInteger = __int128;
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
 
 // A number apart from the value that holds it: the double when the type is Double, else the
 // integer.
-struct COperand {
+struct Operand {
     std::uint16_t type;
     std::int64_t integer;
     double real;
@@ -29,14 +29,14 @@ struct COperand {
     double AsReal() const { return IsReal() ? real : static_cast<double>(integer); }
 };
 
-struct CIntegerForm {
+struct IntegerForm {
     std::int64_t least;
     std::int64_t greatest;
     void (*store)(std::int64_t number, void* destination);
 };
 
 template <class Native>
-constexpr CIntegerForm FormOf() {
+constexpr IntegerForm FormOf() {
     return {std::numeric_limits<Native>::min(), std::numeric_limits<Native>::max(),
             [](std::int64_t number, void* destination) {
                 const Native native = static_cast<Native>(number);
@@ -47,8 +47,8 @@ constexpr CIntegerForm FormOf() {
 constexpr int kIntegerCodes = ValueType::IntegerLast - ValueType::IntegerFirst + 1;
 
 // By the type code, counted from the first of the integer family.
-constexpr std::array<CIntegerForm, kIntegerCodes> kIntegerForms = [] {
-    std::array<CIntegerForm, kIntegerCodes> forms{};
+constexpr std::array<IntegerForm, kIntegerCodes> kIntegerForms = [] {
+    std::array<IntegerForm, kIntegerCodes> forms{};
     forms.fill(FormOf<std::int64_t>());
     forms[ValueType::Bool - ValueType::IntegerFirst] = FormOf<bool>();
     forms[ValueType::Short - ValueType::IntegerFirst] = FormOf<std::int16_t>();
@@ -58,12 +58,12 @@ constexpr std::array<CIntegerForm, kIntegerCodes> kIntegerForms = [] {
     return forms;
 }();
 
-const CIntegerForm& IntegerForm(int type) {
+const IntegerForm& FormOfType(int type) {
     return kIntegerForms[type - ValueType::IntegerFirst];
 }
 
 bool Fits(std::int64_t number, int type) {
-    const CIntegerForm& form = IntegerForm(type);
+    const IntegerForm& form = FormOfType(type);
     return number >= form.least && number <= form.greatest;
 }
 
@@ -75,7 +75,7 @@ std::int64_t Truncate(double number) {
 }
 
 // False for a text without a number at its beginning, which counts as 0.
-bool ReadTextOperand(std::string_view text, COperand& out) {
+bool ReadTextOperand(std::string_view text, Operand& out) {
     CVal number;
     const bool found = ReadNumberPrefix(text, number);
     const bool real = number.GetType() == ValueType::Double;
@@ -83,7 +83,7 @@ bool ReadTextOperand(std::string_view text, COperand& out) {
     return found;
 }
 
-inline bool ReadOperand(const CVal& value, COperand& out) {
+inline bool ReadOperand(const CVal& value, Operand& out) {
     const std::uint16_t type = value.GetType();
     if (type == ValueType::Text) return ReadTextOperand(value.Text(), out);
     if (type == ValueType::Double) {
@@ -96,24 +96,24 @@ inline bool ReadOperand(const CVal& value, COperand& out) {
     return true;
 }
 
-std::int64_t ReadAs(int type, const COperand& operand) {
+std::int64_t ReadAs(int type, const Operand& operand) {
     const std::int64_t number = operand.IsReal() ? Truncate(operand.real) : operand.integer;
-    const CIntegerForm& form = IntegerForm(type);
+    const IntegerForm& form = FormOfType(type);
     return std::clamp(number, form.least, form.greatest);
 }
 
-struct CAdd {
-    CWideInteger operator()(CWideInteger a, CWideInteger b) const { return a + b; }
+struct Add {
+    WideInteger operator()(WideInteger a, WideInteger b) const { return a + b; }
     double operator()(double a, double b) const { return a + b; }
 };
 
-struct CSubtract {
-    CWideInteger operator()(CWideInteger a, CWideInteger b) const { return a - b; }
+struct Subtract {
+    WideInteger operator()(WideInteger a, WideInteger b) const { return a - b; }
     double operator()(double a, double b) const { return a - b; }
 };
 
-struct CMultiply {
-    CWideInteger operator()(CWideInteger a, CWideInteger b) const { return a * b; }
+struct Multiply {
+    WideInteger operator()(WideInteger a, WideInteger b) const { return a * b; }
     double operator()(double a, double b) const { return a * b; }
 };
 
@@ -126,7 +126,7 @@ std::partial_ordering CompareMixed(std::int64_t integer, double real) {
     return 0.0 <=> real - static_cast<double>(whole);
 }
 
-std::partial_ordering CompareNumbers(const COperand& left, const COperand& right) {
+std::partial_ordering CompareNumbers(const Operand& left, const Operand& right) {
     if (left.IsReal() && right.IsReal()) return left.real <=> right.real;
     if (left.IsReal()) return 0 <=> CompareMixed(right.integer, left.real);
     if (right.IsReal()) return CompareMixed(left.integer, right.real);
@@ -138,8 +138,8 @@ bool IsNaN(const CVal& value) {
 }
 
 std::partial_ordering Compare(const CVal& left, const CVal& right) {
-    COperand a;
-    COperand b;
+    Operand a;
+    Operand b;
     if (left.IsText() && right.IsText()) return left.Text() <=> right.Text();
     if (left.IsText() || right.IsText()) {
         CVal number;
@@ -162,7 +162,7 @@ CVal::CVal(std::wstring_view text) : CVal(text::FromWide(text)) {}
 
 void CVal::AssignText(const CVal& other) {
     if (!other.IsText()) {
-        PutNumber(other.m_nType, other.m_number);
+        PutNumber(other.m_type, other.m_number);
     } else if (IsText()) {
         m_text = other.m_text;
     } else {
@@ -172,21 +172,21 @@ void CVal::AssignText(const CVal& other) {
 
 void CVal::TakeText(CVal& other) noexcept {
     if (!other.IsText()) {
-        PutNumber(other.m_nType, other.m_number);
+        PutNumber(other.m_type, other.m_number);
     } else {
         PutText(std::move(other.m_text));
     }
 }
 
 void CVal::JoinStamp(const CVal& right) noexcept {
-    m_nStatus |= right.m_nStatus;
-    if (right.m_tTime > m_tTime) SetTime(right.m_tTime, right.m_nSubTime1, right.m_nSubTime2);
+    m_status |= right.m_status;
+    if (right.m_time > m_time) SetTime(right.m_time, right.m_subTime1, right.m_subTime2);
 }
 
 void CVal::PutNumber(std::uint16_t type, Number number) noexcept {
     if (IsText()) m_text.~basic_string();
     m_number = number;
-    m_nType = type;
+    m_type = type;
 }
 
 void CVal::PutText(std::string&& text) noexcept {
@@ -195,21 +195,21 @@ void CVal::PutText(std::string&& text) noexcept {
     } else {
         new (&m_text) std::string(std::move(text));
     }
-    m_nType = ValueType::Text;
+    m_type = ValueType::Text;
 }
 
 void CVal::SetType(std::uint16_t code) {
-    if (code == m_nType) return;
+    if (code == m_type) return;
     if (code == ValueType::None || !Cast(code)) PutNumber(code, Number{0});
 }
 
 bool CVal::GetValData(int type, void* destination, int, const char*) const {
     const bool integer = ValueType::IsInteger(type);
     if (!integer && type != ValueType::Double) return false;
-    COperand operand;
+    Operand operand;
     const bool read = ReadOperand(*this, operand);
     if (integer) {
-        IntegerForm(type).store(ReadAs(type, operand), destination);
+        FormOfType(type).store(ReadAs(type, operand), destination);
     } else {
         const double real = operand.AsReal();
         std::memcpy(destination, &real, sizeof real);
@@ -224,14 +224,14 @@ bool CVal::GetValData(int type, std::string& destination, int, const char*) cons
 }
 
 bool CVal::Cast(int type) {
-    if (type == m_nType || type == ValueType::None || type == ValueType::Unreadable) return true;
+    if (type == m_type || type == ValueType::None || type == ValueType::Unreadable) return true;
     if (type == ValueType::Text) {
         PutText(ValueToText(*this));
         return true;
     }
     const bool integer = ValueType::IsInteger(type);
     if (!integer && type != ValueType::Double) return false;
-    COperand operand;
+    Operand operand;
     if (!ReadOperand(*this, operand)) return false;
     const Number number =
         integer ? Number{ReadAs(type, operand)} : Number{.real = operand.AsReal()};
@@ -241,14 +241,14 @@ bool CVal::Cast(int type) {
 
 template <class Operation>
 void CVal::Compute(const CVal& right, Operation operation) {
-    COperand a;
-    COperand b;
+    Operand a;
+    Operand b;
     ReadOperand(*this, a);
     ReadOperand(right, b);
     if (a.IsReal() || b.IsReal()) {
         PutNumber(ValueType::Double, Number{.real = operation(a.AsReal(), b.AsReal())});
     } else {
-        const CWideInteger exact = operation(CWideInteger{a.integer}, CWideInteger{b.integer});
+        const WideInteger exact = operation(WideInteger{a.integer}, WideInteger{b.integer});
         const auto number = static_cast<std::int64_t>(exact);
         const std::uint16_t wider = std::max(a.type, b.type);
         if (number != exact) {
@@ -265,24 +265,24 @@ CVal& CVal::operator+=(const CVal& right) {
         m_text += right.m_text;
         JoinStamp(right);
     } else {
-        Compute(right, CAdd());
+        Compute(right, Add());
     }
     return *this;
 }
 
 CVal& CVal::operator-=(const CVal& right) {
-    Compute(right, CSubtract());
+    Compute(right, Subtract());
     return *this;
 }
 
 CVal& CVal::operator*=(const CVal& right) {
-    Compute(right, CMultiply());
+    Compute(right, Multiply());
     return *this;
 }
 
 CVal& CVal::operator/=(const CVal& right) {
-    COperand a;
-    COperand b;
+    Operand a;
+    Operand b;
     ReadOperand(*this, a);
     ReadOperand(right, b);
     PutNumber(ValueType::Double, Number{.real = a.AsReal() / b.AsReal()});
@@ -297,7 +297,7 @@ CVal CVal::operator*(const CVal& right) const {
 }
 
 CVal CVal::operator~() const {
-    COperand operand;
+    Operand operand;
     ReadOperand(*this, operand);
     const std::uint16_t type = operand.IsReal() ? ValueType::Int : operand.type;
     const std::int64_t complement = ~ReadAs(ValueType::Int64, operand);
@@ -307,8 +307,8 @@ CVal CVal::operator~() const {
 }
 
 CVal pow(const CVal& base, const CVal& exponent) {
-    COperand a;
-    COperand b;
+    Operand a;
+    Operand b;
     ReadOperand(base, a);
     ReadOperand(exponent, b);
     CVal result(base);

@@ -67,16 +67,16 @@ class CVal {
     CVal& operator=(const CVal& other);
     CVal& operator=(CVal&& other) noexcept;
 
-    std::uint16_t GetType() const { return m_nType; }
+    std::uint16_t GetType() const { return m_type; }
     // Gives the value this type whatever its content: what does not read as the type becomes 0 or
     // empty, and a type that is neither a number's nor a text's leaves no content.
     void SetType(std::uint16_t code);
-    std::uint16_t GetStatus() const { return m_nStatus; }
-    void SetStatus(std::uint16_t word) { m_nStatus = word; }
-    void AddStatus(std::uint16_t bits) { m_nStatus |= bits; }
-    std::int64_t GetTime() const { return m_tTime; }
+    std::uint16_t GetStatus() const { return m_status; }
+    void SetStatus(std::uint16_t word) { m_status = word; }
+    void AddStatus(std::uint16_t bits) { m_status |= bits; }
+    std::int64_t GetTime() const { return m_time; }
     void SetTime(std::int64_t seconds, std::uint16_t sub1 = 0, std::uint16_t sub2 = 0);
-    TIMEW GetTimeW() const { return TIMEW{m_tTime}; }
+    TIMEW GetTimeW() const { return TIMEW{m_time}; }
 
     // Converts the content to the type and stores it at the destination: bool at 120, int16_t at
     // 140, uint16_t at 141, int32_t at 150, uint32_t at 151, int64_t at any other integer code,
@@ -127,7 +127,7 @@ class CVal {
     std::int64_t Integer() const { return m_number.integer; }
     double Real() const { return m_number.real; }
     std::string_view Text() const { return m_text; }
-    bool IsText() const { return m_nType == ValueType::Text; }
+    bool IsText() const { return m_type == ValueType::Text; }
 
   private:
     union Number {
@@ -136,12 +136,7 @@ class CVal {
     };
 
     CVal(std::uint16_t type, Number number) noexcept
-        : m_nType(type),
-          m_nStatus(0),
-          m_nSubTime1(0),
-          m_nSubTime2(0),
-          m_tTime(0),
-          m_number(number) {}
+        : m_type(type), m_status(0), m_subTime1(0), m_subTime2(0), m_time(0), m_number(number) {}
 
     void AssignText(const CVal& other);
     void TakeText(CVal& other) noexcept;
@@ -152,11 +147,11 @@ class CVal {
     template <class Operation>
     void Compute(const CVal& right, Operation operation);
 
-    std::uint16_t m_nType;
-    std::uint16_t m_nStatus;
-    std::uint16_t m_nSubTime1;
-    std::uint16_t m_nSubTime2;
-    std::int64_t m_tTime;
+    std::uint16_t m_type;
+    std::uint16_t m_status;
+    std::uint16_t m_subTime1;
+    std::uint16_t m_subTime2;
+    std::int64_t m_time;
     union {
         Number m_number;  // every type but Text; 0 where there is no content
         std::string m_text;
@@ -167,11 +162,11 @@ class CVal {
 CVal pow(const CVal& base, const CVal& exponent);
 
 inline void CVal::CopyStamp(const CVal& other) noexcept {
-    m_nType = other.m_nType;
-    m_nStatus = other.m_nStatus;
-    m_nSubTime1 = other.m_nSubTime1;
-    m_nSubTime2 = other.m_nSubTime2;
-    m_tTime = other.m_tTime;
+    m_type = other.m_type;
+    m_status = other.m_status;
+    m_subTime1 = other.m_subTime1;
+    m_subTime2 = other.m_subTime2;
+    m_time = other.m_time;
 }
 
 inline CVal::CVal(const CVal& other) {
@@ -193,11 +188,11 @@ inline CVal::CVal(CVal&& other) noexcept {
 }
 
 inline CVal::CVal(std::string text) noexcept
-    : m_nType(ValueType::Text),
-      m_nStatus(0),
-      m_nSubTime1(0),
-      m_nSubTime2(0),
-      m_tTime(0),
+    : m_type(ValueType::Text),
+      m_status(0),
+      m_subTime1(0),
+      m_subTime2(0),
+      m_time(0),
       m_text(std::move(text)) {}
 
 inline CVal& CVal::operator=(const CVal& other) {
@@ -221,9 +216,9 @@ inline CVal& CVal::operator=(CVal&& other) noexcept {
 }
 
 inline void CVal::SetTime(std::int64_t seconds, std::uint16_t sub1, std::uint16_t sub2) {
-    m_tTime = seconds;
-    m_nSubTime1 = sub1;
-    m_nSubTime2 = sub2;
+    m_time = seconds;
+    m_subTime1 = sub1;
+    m_subTime2 = sub2;
 }
 
 }  // namespace kalvex::value

@@ -29,7 +29,7 @@ std::string_view WithoutLeadingBlanks(std::string_view text) {
 }
 
 // A number found at the beginning of a text.
-struct CNumberText {
+struct NumberText {
     bool negative;
     bool integral;            // neither point nor exponent
     std::string_view digits;  // what follows the sign
@@ -50,7 +50,7 @@ std::size_t ExponentLength(std::string_view text, std::size_t at) {
     return digits == 0 ? 0 : length + digits;
 }
 
-std::optional<CNumberText> FindNumber(std::string_view text) {
+std::optional<NumberText> FindNumber(std::string_view text) {
     text = WithoutLeadingBlanks(text);
     const bool sign = !text.empty() && (text.front() == '-' || text.front() == '+');
     const bool negative = sign && text.front() == '-';
@@ -61,7 +61,7 @@ std::optional<CNumberText> FindNumber(std::string_view text) {
     const bool digitFound = whole > 0 || length > 1;
     if (!digitFound) return std::nullopt;
     length += ExponentLength(text, length);
-    return CNumberText{negative, length == whole, text.substr(0, length), text.substr(length)};
+    return NumberText{negative, length == whole, text.substr(0, length), text.substr(length)};
 }
 
 // The power of ten of the first digit other than 0, exponent included and held within a range that
@@ -82,7 +82,7 @@ std::int64_t Magnitude(std::string_view digits) {
     return place + (negative ? -exponent : exponent);
 }
 
-double ReadReal(const CNumberText& number) {
+double ReadReal(const NumberText& number) {
     const std::string_view digits = number.digits;
     double value = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -92,7 +92,7 @@ double ReadReal(const CNumberText& number) {
     return number.negative ? -value : value;
 }
 
-bool ReadInteger(const CNumberText& number, std::int64_t& out) {
+bool ReadInteger(const NumberText& number, std::int64_t& out) {
     const std::string_view digits = number.digits;
     std::uint64_t magnitude = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude);
@@ -102,7 +102,7 @@ bool ReadInteger(const CNumberText& number, std::int64_t& out) {
     return true;
 }
 
-bool ReadNumber(const std::optional<CNumberText>& number, CVal& out) {
+bool ReadNumber(const std::optional<NumberText>& number, CVal& out) {
     std::int64_t integer = 0;
     if (!number || (number->integral && ReadInteger(*number, integer))) {
         out = CVal(integer);
@@ -112,14 +112,14 @@ bool ReadNumber(const std::optional<CNumberText>& number, CVal& out) {
     return number.has_value();
 }
 
-bool IsWhole(const std::optional<CNumberText>& number) {
+bool IsWhole(const std::optional<NumberText>& number) {
     return number && WithoutLeadingBlanks(number->rest).empty();
 }
 
 }  // namespace
 
 bool ConvertString2Double(std::string_view text, double* out) {
-    const std::optional<CNumberText> number = FindNumber(text);
+    const std::optional<NumberText> number = FindNumber(text);
     if (!IsWhole(number)) return false;
     *out = ReadReal(*number);
     return true;
@@ -130,7 +130,7 @@ bool ReadNumberPrefix(std::string_view text, CVal& out) {
 }
 
 bool ReadWholeNumber(std::string_view text, CVal& out) {
-    std::optional<CNumberText> number = FindNumber(text);
+    std::optional<NumberText> number = FindNumber(text);
     if (!IsWhole(number)) number.reset();
     return ReadNumber(number, out);
 }

@@ -16,13 +16,13 @@ static_assert((kModuleWishes & SubscribeFlag::ReportChanges) != 0);
 bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source,
                                std::string_view clientName, TransportFactory& transports,
                                RequestJournal* journal) {
-    m_nModuleType = moduleType;
-    m_strServer = source;
-    m_strClient = clientName;
-    m_pJournal = journal;
+    m_moduleType = moduleType;
+    m_server = source;
+    m_client = clientName;
+    m_journal = journal;
     std::uint32_t reason = 0;
-    m_pTransport = transports.Connect(source, *this, reason);
-    if (!m_pTransport) {
+    m_transport = transports.Connect(source, *this, reason);
+    if (!m_transport) {
         OnConnectionFault(ConnectionFault::Create, reason);
         return false;
     }
@@ -31,40 +31,40 @@ bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source
 }
 
 void CClientConnection::Open() {
-    m_nState = m_pTransport->Open() ? StateOpening : StateDown;
+    m_state = m_transport->Open() ? StateOpening : StateDown;
 }
 
 void CClientConnection::SetLoginData(std::string_view user, std::string_view password) {
-    m_strUser = user;
-    m_strPassword = password;
+    m_userName = user;
+    m_password = password;
 }
 
 void CClientConnection::GetLoginData(std::string& user, std::string& password) const {
-    user = m_strUser;
-    password = m_strPassword;
+    user = m_userName;
+    password = m_password;
 }
 
 LoginRequest CClientConnection::MakeLoginRequest() const {
     LoginRequest login;
-    login.moduleType = m_nModuleType;
-    login.clientName = m_strClient;
+    login.moduleType = m_moduleType;
+    login.clientName = m_client;
     GetLoginData(login.user, login.password);
     return login;
 }
 
 void CClientConnection::Login() {
-    if (m_nChecksToLogin > 0) {
-        m_nChecksToLogin = 0;
+    if (m_checksToLogin > 0) {
+        m_checksToLogin = 0;
         Open();
-    } else if (m_nState == StateLogin || m_nState == StateConnected) {
-        m_fOpenAgain = true;
-        m_pTransport->Close(ReasonLoginChanged);
+    } else if (m_state == StateLogin || m_state == StateConnected) {
+        m_openAgain = true;
+        m_transport->Close(ReasonLoginChanged);
     }
 }
 
 void CClientConnection::CheckConnection() {
-    if (m_nChecksToLogin > 0 && --m_nChecksToLogin == 0) Open();
-    m_pTransport->Check();
+    if (m_checksToLogin > 0 && --m_checksToLogin == 0) Open();
+    m_transport->Check();
 }
 
 // ---- variables
@@ -72,8 +72,8 @@ void CClientConnection::CheckConnection() {
 CVarVal& CClientConnection::RegisterVariable(std::string_view name) {
     Record({.operation = "RegisterVariable", .variable = std::string(name)});
     Registration* registration = nullptr;
-    const auto found = m_mapByName.find(name);
-    if (found != m_mapByName.end()) {
+    const auto found = m_byName.find(name);
+    if (found != m_byName.end()) {
         registration = found->second;
         registration->dropped = false;
     } else {
@@ -81,7 +81,7 @@ CVarVal& CClientConnection::RegisterVariable(std::string_view name) {
         registration = m_arrVariables.back().get();
         registration->pVarVal = CreateVarVal(name);
         registration->index = m_arrVariables.size() - 1;
-        m_mapByName.emplace(registration->pVarVal->GetName(), registration);
+        m_byName.emplace(registration->pVarVal->GetName(), registration);
         Touch(*registration);
     }
     return *registration->pVarVal;
@@ -89,8 +89,8 @@ CVarVal& CClientConnection::RegisterVariable(std::string_view name) {
 
 void CClientConnection::UnRegisterVariable(std::string_view name) {
     Record({.operation = "UnRegisterVariable", .variable = std::string(name)});
-    const auto found = m_mapByName.find(name);
-    if (found == m_mapByName.end()) return;
+    const auto found = m_byName.find(name);
+    if (found == m_byName.end()) return;
     Registration& registration = *found->second;
     if (IsVarInUse(*registration.pVarVal)) return;
     registration.dropped = true;
@@ -100,32 +100,32 @@ void CClientConnection::UnRegisterVariable(std::string_view name) {
 void CClientConnection::Touch(Registration& registration) {
     if (registration.touched) return;
     registration.touched = true;
-    m_arrTouched.push_back(&registration);
+    m_touched.push_back(&registration);
 }
 
 void CClientConnection::Subscribe() {
     Record({.operation = "Subscribe"});
     SubscribeRequest request;
-    for (Registration* registration : m_arrTouched) {
+    for (Registration* registration : m_touched) {
         registration->touched = false;
         if (registration->dropped) {
             if (registration->handle != 0) request.removed.push_back(registration->handle);
             Forget(*registration);
         } else if (registration->handle == 0) {
-            registration->handle = ++m_nLastHandle;
-            m_mapByHandle.emplace(registration->handle, registration);
+            registration->handle = ++m_lastHandle;
+            m_byHandle.emplace(registration->handle, registration);
             request.added.push_back({registration->handle, registration->pVarVal->GetName()});
             request.flags |= GetSubscribeFlags(*registration->pVarVal);
         }
     }
-    m_arrTouched.clear();
-    if (m_nState != StateConnected) return;
+    m_touched.clear();
+    if (m_state != StateConnected) return;
     if (!request.added.empty() || !request.removed.empty()) Send(std::move(request));
 }
 
 void CClientConnection::Forget(Registration& registration) {
-    m_mapByName.erase(registration.pVarVal->GetName());
-    m_mapByHandle.erase(registration.handle);
+    m_byName.erase(registration.pVarVal->GetName());
+    m_byHandle.erase(registration.handle);
     const std::size_t index = registration.index;
     std::swap(m_arrVariables[index], m_arrVariables.back());
     m_arrVariables[index]->index = index;
@@ -143,18 +143,18 @@ void CClientConnection::SubscribeAll() {
 }
 
 CVarVal* CClientConnection::GetVarVal(std::string_view name) const {
-    const auto found = m_mapByName.find(name);
-    return found == m_mapByName.end() ? nullptr : found->second->pVarVal.get();
+    const auto found = m_byName.find(name);
+    return found == m_byName.end() ? nullptr : found->second->pVarVal.get();
 }
 
 const CVarDefInfo* CClientConnection::GetVarDefInfo(std::string_view name) const {
-    const auto found = m_mapDefinitions.find(std::string(name));
-    return found == m_mapDefinitions.end() ? nullptr : &found->second;
+    const auto found = m_definitions.find(std::string(name));
+    return found == m_definitions.end() ? nullptr : &found->second;
 }
 
 bool CClientConnection::LoadVarDefList(CObjInfoList& list) {
     std::vector<VariableDefinition> definitions;
-    if (!m_pTransport->LoadVariableList(MakeLoginRequest(), definitions)) return false;
+    if (!m_transport->LoadVariableList(MakeLoginRequest(), definitions)) return false;
     list.clear();
     list.reserve(definitions.size());
     for (VariableDefinition& definition : definitions) list.emplace_back(std::move(definition));
@@ -172,83 +172,83 @@ void CClientConnection::MarkVarValError() {
 // ---- what the transport tells
 
 void CClientConnection::OnOpened() {
-    m_nState = StateLogin;
-    m_fOpenFaultTold = false;
-    m_pTransport->Send(MakeLoginRequest());
+    m_state = StateLogin;
+    m_openFaultTold = false;
+    m_transport->Send(MakeLoginRequest());
 }
 
 void CClientConnection::OnFault(ConnectionFault fault, std::uint32_t reason) {
     if (fault == ConnectionFault::Open) {
         GoDown();
-        if (m_fOpenFaultTold) return;
-        m_fOpenFaultTold = true;
+        if (m_openFaultTold) return;
+        m_openFaultTold = true;
     }
     OnConnectionFault(fault, reason);
 }
 
 void CClientConnection::OnClosed(std::uint32_t reason) {
-    const std::uint16_t state = m_nState;
+    const std::uint16_t state = m_state;
     GoDown();
     if (state == StateConnected) {
         OnDisconnect(reason);
-    } else if (state == StateLogin && !m_fOpenAgain) {
+    } else if (state == StateLogin && !m_openAgain) {
         OnFault(ConnectionFault::Open, reason);
     }
-    if (!m_fOpenAgain) return;
-    m_fOpenAgain = false;
+    if (!m_openAgain) return;
+    m_openAgain = false;
     Open();
 }
 
 void CClientConnection::GoDown() {
-    const bool wasConnected = m_nState == StateConnected;
-    m_nState = StateDown;
-    m_arrOutbox.clear();
+    const bool wasConnected = m_state == StateConnected;
+    m_state = StateDown;
+    m_outbox.clear();
     if (!wasConnected) FailOutstanding();
 }
 
 void CClientConnection::OnMessage(ServerMessage message) {
-    if (m_nState != StateConnected && !std::holds_alternative<LoginResult>(message)) return;
+    if (m_state != StateConnected && !std::holds_alternative<LoginResult>(message)) return;
     std::visit([this](auto& content) { Receive(content); }, message);
 }
 
 void CClientConnection::Receive(LoginResult& message) {
-    if (m_nState != StateLogin) return;
+    if (m_state != StateLogin) return;
     const bool denied = message.code != 0;
     OnServerAccess(denied, message.text);
     if (denied) {
         GoDown();
-        m_nChecksToLogin = kChecksBetweenLogins;
-        m_pTransport->Close(ReasonLoginRefused);
+        m_checksToLogin = kChecksBetweenLogins;
+        m_transport->Close(ReasonLoginRefused);
         return;
     }
-    m_nState = StateConnected;
+    m_state = StateConnected;
     OnConnect();
     SubscribeAll();
-    for (ClientMessage& waiting : m_arrOutbox) m_pTransport->Send(std::move(waiting));
-    m_arrOutbox.clear();
+    for (ClientMessage& waiting : m_outbox) m_transport->Send(std::move(waiting));
+    m_outbox.clear();
 }
 
 void CClientConnection::Receive(VariableDefinitions& message) {
     for (VariableDefinition& definition : message.definitions) {
         std::string name = definition.name;
-        m_mapDefinitions.insert_or_assign(std::move(name), CVarDefInfo(std::move(definition)));
+        m_definitions.insert_or_assign(std::move(name), CVarDefInfo(std::move(definition)));
     }
     if (message.last) OnVariableList();
 }
 
 void CClientConnection::Receive(ValueUpdates& message) {
     for (ValueUpdates::Entry& entry : message.entries) {
-        const auto found = m_mapByHandle.find(entry.handle);
-        if (found != m_mapByHandle.end()) found->second->pVarVal->SetValue(std::move(entry.value));
+        const auto found = m_byHandle.find(entry.handle);
+        if (found != m_byHandle.end()) found->second->pVarVal->SetValue(std::move(entry.value));
     }
     if (message.last) OnDataArrived();
 }
 
 void CClientConnection::Receive(AccessErrors& message) {
     for (const AccessErrors::Entry& entry : message.entries) {
-        const auto found = m_mapByHandle.find(entry.handle);
-        if (found == m_mapByHandle.end()) continue;
-        CRequestRecord record;
+        const auto found = m_byHandle.find(entry.handle);
+        if (found == m_byHandle.end()) continue;
+        RequestRecord record;
         record.result = entry.code;
         record.variable = found->second->pVarVal->GetName();
         OnVarAccessError(record);
@@ -288,10 +288,10 @@ void CClientConnection::OnDisconnect(std::uint32_t) {
 
 void CClientConnection::OnVariableList() {}
 void CClientConnection::OnDataArrived() {}
-void CClientConnection::OnVarAccessError(const CRequestRecord&) {}
-void CClientConnection::OnCurrentDataModifyAck(const CRequestRecord&) {}
-void CClientConnection::OnCurrentDataModifyError(const CRequestRecord&) {}
-void CClientConnection::OnReportModifyError(value::ValueKind, const CRequestRecord&) {}
+void CClientConnection::OnVarAccessError(const RequestRecord&) {}
+void CClientConnection::OnCurrentDataModifyAck(const RequestRecord&) {}
+void CClientConnection::OnCurrentDataModifyError(const RequestRecord&) {}
+void CClientConnection::OnReportModifyError(value::ValueKind, const RequestRecord&) {}
 void CClientConnection::OnReportChange(value::ValueKind, std::int64_t) {}
 void CClientConnection::OnRemoteLogMessage(int, std::int64_t, std::string_view) {}
 

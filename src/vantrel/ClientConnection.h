@@ -37,8 +37,8 @@ class CClientConnection : private ClientTransportEvents {
     bool Create(std::uint16_t moduleType, std::string_view source, std::string_view clientName,
                 TransportFactory& transports, RequestJournal* journal);
 
-    std::uint16_t GetState() const { return m_nState; }
-    const std::string& GetServerName() const { return m_strServer; }
+    std::uint16_t GetState() const { return m_state; }
+    const std::string& GetServerName() const { return m_server; }
     static std::string GetErrorInfo(std::uint32_t code, const platform::Translator& translator) {
         return ConnectionReasonText(code, translator);
     }
@@ -78,8 +78,7 @@ class CClientConnection : private ClientTransportEvents {
     // until the request is cancelled. Of very many reads the later ones are held back until the
     // server has answered the earlier.
     RequestId AddDataRequest(value::ValueKind kind, std::string_view variable, std::int64_t from,
-                             std::int64_t to, value::CArchiveValueList* list,
-                             CAnswerWindow& window);
+                             std::int64_t to, value::CArchiveValueList* list, AnswerWindow& window);
     void MakeDataRequest(value::ValueKind kind);
     // No answer comes any more.
     void CancelDataRequest(value::ValueKind kind, RequestId id);
@@ -116,10 +115,10 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnVariableList();
     // Values have been set, those of a whole subscription at once.
     virtual void OnDataArrived();
-    virtual void OnVarAccessError(const CRequestRecord& record);
-    virtual void OnCurrentDataModifyAck(const CRequestRecord& record);
-    virtual void OnCurrentDataModifyError(const CRequestRecord& record);
-    virtual void OnReportModifyError(value::ValueKind kind, const CRequestRecord& record);
+    virtual void OnVarAccessError(const RequestRecord& record);
+    virtual void OnCurrentDataModifyAck(const RequestRecord& record);
+    virtual void OnCurrentDataModifyError(const RequestRecord& record);
+    virtual void OnReportModifyError(value::ValueKind kind, const RequestRecord& record);
     virtual void OnReportChange(value::ValueKind kind, std::int64_t time);
     virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
 
@@ -129,13 +128,13 @@ class CClientConnection : private ClientTransportEvents {
         VariableHandle handle = 0;  // 0 until it is subscribed
         std::size_t index = 0;
         bool dropped = false;  // goes at the next Subscribe
-        bool touched = false;  // stands in m_arrTouched
+        bool touched = false;  // stands in m_touched
     };
 
     struct PendingRead {
         ReadRequest request;
         value::CArchiveValueList* list;
-        CAnswerWindow* window;
+        AnswerWindow* window;
         value::CArchiveValueList values;
         bool sent = false;
     };
@@ -176,35 +175,35 @@ class CClientConnection : private ClientTransportEvents {
     void Send(ClientMessage message);
     void Record(JournalEntry entry) const;
 
-    std::string m_strServer;
-    std::string m_strClient;
-    std::string m_strUser;
-    std::string m_strPassword;
-    std::uint16_t m_nModuleType = 0;
-    std::uint16_t m_nState = StateDown;
-    bool m_fOpenFaultTold = false;  // the first of a row of failed attempts has been reported
-    bool m_fOpenAgain = false;      // closed to be opened again
-    int m_nChecksToLogin = 0;       // until a refused login is tried again
-    RequestJournal* m_pJournal = nullptr;
+    std::string m_server;
+    std::string m_client;
+    std::string m_userName;
+    std::string m_password;
+    std::uint16_t m_moduleType = 0;
+    std::uint16_t m_state = StateDown;
+    bool m_openFaultTold = false;  // the first of a row of failed attempts has been reported
+    bool m_openAgain = false;      // closed to be opened again
+    int m_checksToLogin = 0;       // until a refused login is tried again
+    RequestJournal* m_journal = nullptr;
 
     std::vector<std::unique_ptr<Registration>> m_arrVariables;
-    std::unordered_map<std::string_view, Registration*> m_mapByName;  // keys live in the objects
-    std::unordered_map<VariableHandle, Registration*> m_mapByHandle;
-    std::vector<Registration*> m_arrTouched;
-    VariableHandle m_nLastHandle = 0;
-    std::unordered_map<std::string, CVarDefInfo> m_mapDefinitions;
+    std::unordered_map<std::string_view, Registration*> m_byName;  // keys live in the objects
+    std::unordered_map<VariableHandle, Registration*> m_byHandle;
+    std::vector<Registration*> m_touched;
+    VariableHandle m_lastHandle = 0;
+    std::unordered_map<std::string, CVarDefInfo> m_definitions;
 
-    RequestId m_nLastRequest = 0;
-    std::map<RequestId, PendingRead> m_mapReads;
-    std::map<RequestId, PendingWrite> m_mapWrites;
-    std::map<value::ValueKind, std::vector<RequestId>> m_mapQueuedReads;
-    std::deque<RequestId> m_arrReadsToSend;  // held back while enough of them are under way
-    std::size_t m_nReadsUnderWay = 0;
-    std::map<value::ValueKind, ModifyRequests> m_mapQueuedWrites;
-    std::vector<ArchiveModifyRequest> m_arrQueuedArchives;
-    std::vector<ClientMessage> m_arrOutbox;  // made while the connection comes up
+    RequestId m_lastRequest = 0;
+    std::map<RequestId, PendingRead> m_reads;
+    std::map<RequestId, PendingWrite> m_writes;
+    std::map<value::ValueKind, std::vector<RequestId>> m_queuedReads;
+    std::deque<RequestId> m_readsToSend;  // held back while enough of them are under way
+    std::size_t m_readsUnderWay = 0;
+    std::map<value::ValueKind, ModifyRequests> m_queuedWrites;
+    std::vector<ArchiveModifyRequest> m_queuedArchives;
+    std::vector<ClientMessage> m_outbox;  // made while the connection comes up
 
-    std::unique_ptr<ClientTransport> m_pTransport;  // the first to go
+    std::unique_ptr<ClientTransport> m_transport;  // the first to go
 };
 
 }  // namespace kalvex::vantrel

@@ -42,14 +42,14 @@ std::string OperationName(std::string_view verb, value::ValueKind kind,
 }  // namespace
 
 void CClientConnection::Record(JournalEntry entry) const {
-    if (m_pJournal != nullptr) m_pJournal->Record(*this, std::move(entry));
+    if (m_journal != nullptr) m_journal->Record(*this, std::move(entry));
 }
 
 void CClientConnection::Send(ClientMessage message) {
-    if (m_nState == StateConnected) {
-        m_pTransport->Send(std::move(message));
-    } else if (m_nState != StateDown) {
-        m_arrOutbox.push_back(std::move(message));
+    if (m_state == StateConnected) {
+        m_transport->Send(std::move(message));
+    } else if (m_state != StateDown) {
+        m_outbox.push_back(std::move(message));
     }
 }
 
@@ -57,16 +57,16 @@ void CClientConnection::Send(ClientMessage message) {
 
 RequestId CClientConnection::AddDataRequest(value::ValueKind kind, std::string_view variable,
                                             std::int64_t from, std::int64_t to,
-                                            value::CArchiveValueList* list, CAnswerWindow& window) {
-    const RequestId id = ++m_nLastRequest;
+                                            value::CArchiveValueList* list, AnswerWindow& window) {
+    const RequestId id = ++m_lastRequest;
     Record({.operation = OperationName("Add", kind),
             .variable = std::string(variable),
             .from = from,
             .to = to,
             .id = id,
             .list = list != nullptr});
-    m_mapQueuedReads[kind].push_back(id);
-    m_mapReads.emplace(
+    m_queuedReads[kind].push_back(id);
+    m_reads.emplace(
         id, PendingRead{{id, kind, std::string(variable), from, to}, list, &window, {}, false});
     return id;
 }
@@ -74,23 +74,23 @@ RequestId CClientConnection::AddDataRequest(value::ValueKind kind, std::string_v
 void CClientConnection::MakeDataRequest(value::ValueKind kind) {
     Record({.operation = OperationName("Make", kind)});
     SendWrites(kind);
-    const std::vector<RequestId> reads = std::exchange(m_mapQueuedReads[kind], {});
-    if (m_nState == StateDown) {
+    const std::vector<RequestId> reads = std::exchange(m_queuedReads[kind], {});
+    if (m_state == StateDown) {
         for (const RequestId id : reads) FinishRead(id, ResultNothing);
         return;
     }
-    m_arrReadsToSend.insert(m_arrReadsToSend.end(), reads.begin(), reads.end());
+    m_readsToSend.insert(m_readsToSend.end(), reads.begin(), reads.end());
     SendReads();
 }
 
 void CClientConnection::SendReads() {
     ReadRequests message;
-    while (!m_arrReadsToSend.empty() && m_nReadsUnderWay < kMostReadsUnderWay) {
-        const auto found = m_mapReads.find(m_arrReadsToSend.front());
-        m_arrReadsToSend.pop_front();
-        if (found == m_mapReads.end()) continue;
+    while (!m_readsToSend.empty() && m_readsUnderWay < kMostReadsUnderWay) {
+        const auto found = m_reads.find(m_readsToSend.front());
+        m_readsToSend.pop_front();
+        if (found == m_reads.end()) continue;
         found->second.sent = true;
-        ++m_nReadsUnderWay;
+        ++m_readsUnderWay;
         message.requests.push_back(found->second.request);
     }
     if (!message.requests.empty()) Send(std::move(message));
@@ -98,22 +98,22 @@ void CClientConnection::SendReads() {
 
 void CClientConnection::CancelDataRequest(value::ValueKind kind, RequestId id) {
     Record({.operation = OperationName("Cancel", kind), .id = id});
-    if (m_mapReads.count(id) == 0) return;
-    std::erase(m_mapQueuedReads[kind], id);
+    if (m_reads.count(id) == 0) return;
+    std::erase(m_queuedReads[kind], id);
     if (!TakeRead(id).sent) return;
     Send(CancelRequests{{id}});
     SendReads();
 }
 
 CClientConnection::PendingRead CClientConnection::TakeRead(RequestId id) {
-    PendingRead read = std::move(m_mapReads.extract(id).mapped());
-    if (read.sent) --m_nReadsUnderWay;
+    PendingRead read = std::move(m_reads.extract(id).mapped());
+    if (read.sent) --m_readsUnderWay;
     return read;
 }
 
 void CClientConnection::Receive(ReadAnswer& message) {
-    const auto found = m_mapReads.find(message.id);
-    if (found == m_mapReads.end()) return;
+    const auto found = m_reads.find(message.id);
+    if (found == m_reads.end()) return;
     for (value::CVal& value : message.values) found->second.values.Add(std::move(value));
     if (message.last || message.result != ResultOk) FinishRead(message.id, message.result);
 }
@@ -121,7 +121,7 @@ void CClientConnection::Receive(ReadAnswer& message) {
 void CClientConnection::FinishRead(RequestId id, std::uint16_t result) {
     PendingRead read = TakeRead(id);
     SendReads();
-    CRequestRecord record;
+    RequestRecord record;
     record.result = result;
     record.variable = std::move(read.request.variable);
     record.list = read.list;
@@ -145,15 +145,15 @@ void CClientConnection::AddReportModifyRequest(value::ValueKind kind, std::strin
             .variable = std::string(variable),
             .time = time,
             .value = value});
-    m_mapQueuedWrites[kind].requests.push_back(
-        {++m_nLastRequest, kind, std::string(variable), time, std::move(value)});
+    m_queuedWrites[kind].requests.push_back(
+        {++m_lastRequest, kind, std::string(variable), time, std::move(value)});
 }
 
 void CClientConnection::SendWrites(value::ValueKind kind) {
-    ModifyRequests writes = std::exchange(m_mapQueuedWrites[kind], {});
-    if (m_nState == StateDown || writes.requests.empty()) return;
+    ModifyRequests writes = std::exchange(m_queuedWrites[kind], {});
+    if (m_state == StateDown || writes.requests.empty()) return;
     for (const ModifyRequest& write : writes.requests) {
-        m_mapWrites.emplace(write.id, PendingWrite{kind, write.variable, write.value});
+        m_writes.emplace(write.id, PendingWrite{kind, write.variable, write.value});
     }
     Send(std::move(writes));
 }
@@ -162,8 +162,8 @@ void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, v
     Record({.operation = "AddCurrentDataModifyRequest",
             .variable = std::string(variable),
             .value = value});
-    m_mapQueuedWrites[value::KindCurrent].requests.push_back(
-        {++m_nLastRequest, value::KindCurrent, std::string(variable), 0, std::move(value)});
+    m_queuedWrites[value::KindCurrent].requests.push_back(
+        {++m_lastRequest, value::KindCurrent, std::string(variable), 0, std::move(value)});
 }
 
 void CClientConnection::MakeCurrentDataModifyRequest() {
@@ -179,7 +179,7 @@ void CClientConnection::AddArchiveModifyRequest(std::string_view variable,
                        .from = from.seconds,
                        .to = to.seconds,
                        .values = std::vector<value::CVal>()};
-    const std::size_t first = m_arrQueuedArchives.size();
+    const std::size_t first = m_queuedArchives.size();
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < list.GetSize(); ++i) {
         const value::CVal& value = *list.Get(i);
@@ -187,24 +187,24 @@ void CClientConnection::AddArchiveModifyRequest(std::string_view variable,
             bytes > kArchiveBytesTogether || (i != 0 && i % kArchiveValuesTogether == 0);
         if (i == 0 || full) {
             bytes = 0;
-            m_arrQueuedArchives.push_back(
-                {++m_nLastRequest, std::string(variable), value.GetTime(), 0, {}});
+            m_queuedArchives.push_back(
+                {++m_lastRequest, std::string(variable), value.GetTime(), 0, {}});
         }
         bytes += value.IsText() ? value.Text().size() : 0;
-        m_arrQueuedArchives.back().to = value.GetTime();
-        m_arrQueuedArchives.back().values.push_back(value);
-        if (m_pJournal != nullptr) entry.values->push_back(value);
+        m_queuedArchives.back().to = value.GetTime();
+        m_queuedArchives.back().values.push_back(value);
+        if (m_journal != nullptr) entry.values->push_back(value);
     }
-    if (m_arrQueuedArchives.size() > first) {
-        m_arrQueuedArchives[first].from = from.seconds;
-        m_arrQueuedArchives.back().to = to.seconds;
+    if (m_queuedArchives.size() > first) {
+        m_queuedArchives[first].from = from.seconds;
+        m_queuedArchives.back().to = to.seconds;
     }
     Record(std::move(entry));
 }
 
 void CClientConnection::MakeArchiveModifyRequest() {
     Record({.operation = "MakeArchiveModifyRequest"});
-    for (ArchiveModifyRequest& request : std::exchange(m_arrQueuedArchives, {})) {
+    for (ArchiveModifyRequest& request : std::exchange(m_queuedArchives, {})) {
         Send(std::move(request));
     }
 }
@@ -222,10 +222,10 @@ void CClientConnection::Receive(ModifyResults& message) {
 }
 
 void CClientConnection::FinishWrite(RequestId id, std::uint16_t result) {
-    auto node = m_mapWrites.extract(id);
+    auto node = m_writes.extract(id);
     if (node.empty()) return;
     PendingWrite& write = node.mapped();
-    CRequestRecord record;
+    RequestRecord record;
     record.result = result;
     record.variable = std::move(write.variable);
     record.value = std::move(write.value);
@@ -241,10 +241,10 @@ void CClientConnection::FinishWrite(RequestId id, std::uint16_t result) {
 }
 
 void CClientConnection::FailOutstanding() {
-    m_mapQueuedReads.clear();
-    m_arrReadsToSend.clear();
-    while (!m_mapReads.empty()) FinishRead(m_mapReads.begin()->first, ResultNothing);
-    while (!m_mapWrites.empty()) FinishWrite(m_mapWrites.begin()->first, ResultNothing);
+    m_queuedReads.clear();
+    m_readsToSend.clear();
+    while (!m_reads.empty()) FinishRead(m_reads.begin()->first, ResultNothing);
+    while (!m_writes.empty()) FinishWrite(m_writes.begin()->first, ResultNothing);
 }
 
 }  // namespace kalvex::vantrel

@@ -15,7 +15,7 @@ namespace kalvex::vantrel {
 class CClientConnection;
 
 // A request with its outcome.
-struct CRequestRecord {
+struct RequestRecord {
     std::uint16_t result = 0;  // 0: success
     std::string variable;
     value::CVal value;                         // a single report value, or what a write was to set
@@ -24,10 +24,10 @@ struct CRequestRecord {
 
 // Where the answer to a read request arrives. Never called within the call that makes a request
 // while the server can be reached.
-class CAnswerWindow {
+class AnswerWindow {
   public:
-    virtual ~CAnswerWindow() = default;
-    virtual void OnAnswer(value::ValueKind kind, CRequestRecord record) = 0;
+    virtual ~AnswerWindow() = default;
+    virtual void OnAnswer(value::ValueKind kind, RequestRecord record) = 0;
 };
 
 // One call that a connection received: the operation's name and those of its arguments that it has.

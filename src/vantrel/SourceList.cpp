@@ -3,7 +3,7 @@
 namespace kalvex::vantrel {
 
 CClientConnection* CSourceList::Get(std::string_view name) const {
-    for (const auto& connection : m_arrConnections) {
+    for (const auto& connection : m_connections) {
         if (connection->GetServerName() == name) return connection.get();
     }
     return nullptr;
@@ -13,8 +13,8 @@ CClientConnection* CSourceList::AddSource(std::string_view name) {
     if (CClientConnection* connection = Get(name)) return connection;
     std::unique_ptr<CClientConnection> connection = CreateConnection(name);
     if (!connection) return nullptr;
-    m_arrConnections.push_back(std::move(connection));
-    return m_arrConnections.back().get();
+    m_connections.push_back(std::move(connection));
+    return m_connections.back().get();
 }
 
 CVarVal* CSourceList::RegisterVariable(std::string_view source, std::string_view variable) {
@@ -29,15 +29,15 @@ void CSourceList::UnRegisterVariable(std::string_view source, std::string_view v
 }
 
 void CSourceList::Subscribe() {
-    for (const auto& connection : m_arrConnections) connection->Subscribe();
+    for (const auto& connection : m_connections) connection->Subscribe();
 }
 
 void CSourceList::CheckConnections() {
-    for (const auto& connection : m_arrConnections) connection->CheckConnection();
+    for (const auto& connection : m_connections) connection->CheckConnection();
 }
 
 void CSourceList::Login() {
-    for (const auto& connection : m_arrConnections) connection->Login();
+    for (const auto& connection : m_connections) connection->Login();
 }
 
 }  // namespace kalvex::vantrel

@@ -22,7 +22,7 @@ class CSourceList {
     CClientConnection* AddSource(std::string_view name);
     // In order of their making. A connection stays for good.
     const std::vector<std::unique_ptr<CClientConnection>>& Connections() const {
-        return m_arrConnections;
+        return m_connections;
     }
 
     // The variable's local object, null when its source has no connection. The servers hear of it
@@ -41,7 +41,7 @@ class CSourceList {
     virtual std::unique_ptr<CClientConnection> CreateConnection(std::string_view name) = 0;
 
   private:
-    std::vector<std::unique_ptr<CClientConnection>> m_arrConnections;
+    std::vector<std::unique_ptr<CClientConnection>> m_connections;
 };
 
 }  // namespace kalvex::vantrel

@@ -29,22 +29,22 @@ using CObjInfoList = std::vector<CVarDefInfo>;
 // The local object of one registered variable; the connection owns it and updates it in place.
 class CVarVal {
   public:
-    explicit CVarVal(std::string_view name) : m_strName(name) {}
+    explicit CVarVal(std::string_view name) : m_name(name) {}
     virtual ~CVarVal() = default;
     CVarVal(const CVarVal&) = delete;
     CVarVal& operator=(const CVarVal&) = delete;
 
-    const std::string& GetName() const { return m_strName; }
-    value::CVal& Value() { return m_Value; }
-    const value::CVal& Value() const { return m_Value; }
+    const std::string& GetName() const { return m_name; }
+    value::CVal& Value() { return m_value; }
+    const value::CVal& Value() const { return m_value; }
 
     // A value that the server has sent, and one that a write of this client has confirmed.
-    virtual void SetValue(value::CVal value) { m_Value = std::move(value); }
+    virtual void SetValue(value::CVal value) { m_value = std::move(value); }
     virtual void SetControlValue(value::CVal value) { SetValue(std::move(value)); }
 
   private:
-    std::string m_strName;
-    value::CVal m_Value;
+    std::string m_name;
+    value::CVal m_value;
 };
 
 }  // namespace kalvex::vantrel

@@ -21,8 +21,8 @@ bool AppTest::Start(std::vector<std::string> arguments) {
                    platform::NoProbes(),
                    m_vantrel,
                    {&m_mordex, &m_dorlin, &m_vantrel}};
-    world.window = m_bWindow ? &m_window : nullptr;
-    world.service = m_bService;
+    world.window = m_hasWindow ? &m_window : nullptr;
+    world.service = m_service;
     world.arguments = std::move(arguments);
     world.workingDir = world.logFolder = m_folder.Path();
     world.hostName = "stacja";

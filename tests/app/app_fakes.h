@@ -124,14 +124,14 @@ class FakeInstances final : public platform::Instances {
 
 class FakeLibrary : public AppLibrary {
   public:
-    FakeLibrary(Record& record, std::string name) : m_record(record), m_strName(std::move(name)) {}
+    FakeLibrary(Record& record, std::string name) : m_record(record), m_name(std::move(name)) {}
 
     bool Start(std::string& error) override {
-        m_record.push_back("start " + m_strName);
+        m_record.push_back("start " + m_name);
         error = fault;
         return fault.empty();
     }
-    void Stop() override { m_record.push_back("stop " + m_strName); }
+    void Stop() override { m_record.push_back("stop " + m_name); }
 
     std::string fault;
 
@@ -139,7 +139,7 @@ class FakeLibrary : public AppLibrary {
     Record& m_record;
 
   private:
-    std::string m_strName;
+    std::string m_name;
 };
 
 // Carries messages within the process.
@@ -260,12 +260,12 @@ class AppTest : public testing::Test, protected LogListener {
     FakeLibrary m_dorlin{m_record, "Dorlin"};
     FakeVantrel m_vantrel{m_record};
     FakeWindow m_window{m_record};
-    bool m_bWindow = false;
-    bool m_bService = false;
+    bool m_hasWindow = false;
+    bool m_service = false;
     std::unique_ptr<CKalvexApp> m_app;
 
   private:
-    void OnLogMessage(const CLogMessage& message) override {
+    void OnLogMessage(const LogMessage& message) override {
         m_record.push_back("log " + text::ToUtf8(message.text));
     }
 };

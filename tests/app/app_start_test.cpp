@@ -16,7 +16,7 @@ class AppStartTest : public AppTest {
 
     // How a process that has refused to start tells it.
     void ExpectFault(const std::string& text) {
-        EXPECT_EQ(ToUtf8(App().GetEnd().text), text);
+        EXPECT_EQ(text::ToUtf8(App().GetEnd().text), text);
         EXPECT_EQ(App().ExitInstance(), 1);
     }
 };
@@ -46,7 +46,7 @@ TEST_F(AppStartTest, ModuleStartsAndStopsInOrder) {
 }
 
 TEST_F(AppStartTest, WindowIsTitledAndShownWithItsScriptsMinimised) {
-    m_bWindow = true;
+    m_hasWindow = true;
     m_users.level = 1;
     PutProfile("[Autostart]\nProcedura0=a.kx\n");
     PutScript("a.kx", "LOCAL A = 1\n");
@@ -71,7 +71,7 @@ TEST_F(AppStartTest, ListOfParametersEndsAProcessWithoutAWindow) {
 }
 
 TEST_F(AppStartTest, WindowDecidesWhetherTheListOfParametersEndsTheProcess) {
-    m_bWindow = true;
+    m_hasWindow = true;
     EXPECT_FALSE(Start({"/?"}));
     EXPECT_THAT(m_record, ElementsAre("parameters"));
     EXPECT_EQ(m_window.helpShown, CCmdLine::GetHelp(m_translator));
@@ -90,7 +90,7 @@ TEST_F(AppStartTest, OptionCIsRefused) {
 }
 
 TEST_F(AppStartTest, OptionCIsRefusedInABoxWhereThereIsAWindow) {
-    m_bWindow = true;
+    m_hasWindow = true;
     EXPECT_FALSE(Start({"/C"}));
     EXPECT_THAT(Those("message"), ElementsAre(kOptionC));
 }
@@ -136,18 +136,18 @@ TEST_F(AppStartTest, ProfileNamesTheModule) {
     EXPECT_EQ(App().GetModuleName(), "Kalvex [2]");
     m_app->ExitInstance();
     ASSERT_TRUE(Start());
-    EXPECT_EQ(ToUtf8(App().GetModuleName()), "Kotłownia");
-    EXPECT_EQ(ToUtf8(App().GetClientIdentity()), "Kotłownia_stacja");
+    EXPECT_EQ(text::ToUtf8(App().GetModuleName()), "Kotłownia");
+    EXPECT_EQ(text::ToUtf8(App().GetClientIdentity()), "Kotłownia_stacja");
 }
 
 TEST_F(AppStartTest, TitleHasTheInstance) {
-    m_bWindow = true;
+    m_hasWindow = true;
     ASSERT_TRUE(Start({"/INST:2", "/NOLOGIN"}));
     EXPECT_THAT(Those("title"), ElementsAre("Kalvex [2]"));
 }
 
 TEST_F(AppStartTest, InstanceThatRunsAlreadyEndsTheProcessSilently) {
-    m_bWindow = true;
+    m_hasWindow = true;
     m_instances.lockFree = false;
     EXPECT_FALSE(Start());
     EXPECT_THAT(m_record, ElementsAre("primary Kalvex", "lock Kalvex 1"));
@@ -180,7 +180,7 @@ TEST_F(AppStartTest, ModuleThatIsNotThePrimaryInstanceEnds) {
 
 TEST_F(AppStartTest, SecondServiceIsNoConsoleClientByItself) {
     m_instances.primary = false;
-    m_bService = true;
+    m_service = true;
     EXPECT_FALSE(Start({"/INST:2"}));
     EXPECT_FALSE(App().IsConsoleClient());
     ExpectFault(kNotPrimary);
@@ -189,7 +189,7 @@ TEST_F(AppStartTest, SecondServiceIsNoConsoleClientByItself) {
 TEST_F(AppStartTest, FaultOfThePrimaryInstanceIsShownInABox) {
     m_instances.primary = false;
     m_profile.automaticClient = "0";
-    m_bWindow = true;
+    m_hasWindow = true;
     EXPECT_FALSE(Start());
     EXPECT_THAT(Those("message"), ElementsAre(kNotPrimary));
 }
@@ -267,7 +267,7 @@ TEST_F(AppStartTest, TransmissionLevelDoesNotSurviveARestart) {
 }
 
 TEST_F(AppStartTest, LinesAboveTheLevelAreNowhere) {
-    m_bWindow = true;
+    m_hasWindow = true;
     ASSERT_TRUE(Start({"/NOLOGIN"}));
     m_record.clear();
     App().Log().Log("zdarzenie", platform::LogEvents);
@@ -351,7 +351,8 @@ TEST_F(AppStartTest, ScriptsThatStartByThemselvesAreMinimised) {
     PutProfile("[Autostart]\nProcedura0=a.kx\n");
     PutScript("a.kx", "\n");
     ASSERT_TRUE(Start());
-    EXPECT_EQ(App().Documents().All().front()->GetStateWord(), StateRunning | StateMinimised);
+    EXPECT_EQ(App().Documents().All().front()->GetStateWord(),
+              engine::StateRunning | engine::StateMinimised);
 }
 
 TEST_F(AppStartTest, ScriptThatCannotStartStaysOpen) {
@@ -378,7 +379,7 @@ TEST_F(AppStartTest, WrongPasswordClosesTheFrameBeforeAnyScriptIsOpened) {
     PutProfile("[Autostart]\nProcedura0=a.kx\n");
     PutScript("a.kx", "\n");
     m_users.accepted = false;
-    m_bWindow = true;
+    m_hasWindow = true;
     EXPECT_TRUE(Start({"/U:adam:x"}));
     EXPECT_THAT(Those("show"), IsEmpty());
     EXPECT_EQ(Without({"quit"}), m_record);
@@ -389,14 +390,14 @@ TEST_F(AppStartTest, WrongPasswordClosesTheFrameBeforeAnyScriptIsOpened) {
 }
 
 TEST_F(AppStartTest, ProcessThatIsNotInteractiveAsksForNoLogin) {
-    m_bService = true;
+    m_service = true;
     ASSERT_TRUE(Start());
     EXPECT_THAT(Those("register"), IsEmpty());
     EXPECT_FALSE(App().IsInteractiveMode());
 }
 
 TEST_F(AppStartTest, LoginIsAskedForUnlessSomebodyIsThere) {
-    m_bWindow = true;
+    m_hasWindow = true;
     ASSERT_TRUE(Start());
     EXPECT_EQ(std::count(m_record.begin(), m_record.end(), "login"), 1);
     EXPECT_EQ(std::count(m_record.begin(), m_record.end(), "may not close"), 1);
@@ -408,7 +409,7 @@ TEST_F(AppStartTest, LoginIsAskedForUnlessSomebodyIsThere) {
 }
 
 TEST_F(AppStartTest, NoLoginIsAskedForWithTheOption) {
-    m_bWindow = true;
+    m_hasWindow = true;
     ASSERT_TRUE(Start({"/NOLOGIN"}));
     EXPECT_EQ(std::count(m_record.begin(), m_record.end(), "login"), 0);
 }
@@ -416,7 +417,7 @@ TEST_F(AppStartTest, NoLoginIsAskedForWithTheOption) {
 TEST_F(AppStartTest, LoginThatIsGivenUpClosesTheFrame) {
     PutProfile("[Autostart]\nProcedura0=a.kx\n");
     PutScript("a.kx", "\n");
-    m_bWindow = true;
+    m_hasWindow = true;
     m_window.answer = false;
     EXPECT_TRUE(Start());
     m_loop.posted.Run();

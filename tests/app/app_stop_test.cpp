@@ -31,7 +31,7 @@ TEST_F(AppStopTest, ProcessWithoutAWindowClosesAtOnce) {
 }
 
 TEST_F(AppStopTest, WindowClosesForWhoeverHasTheRight) {
-    m_bWindow = true;
+    m_hasWindow = true;
     StartWithScript();
     App().OnCloseMainWindow();
     EXPECT_THAT(m_record, IsEmpty());
@@ -43,7 +43,7 @@ TEST_F(AppStopTest, WindowClosesForWhoeverHasTheRight) {
 }
 
 TEST_F(AppStopTest, QuestionComesFirstWithItsOption) {
-    m_bWindow = true;
+    m_hasWindow = true;
     m_users.level = 1;
     StartWithScript({"/Q"});
     m_window.answer = false;
@@ -56,7 +56,7 @@ TEST_F(AppStopTest, QuestionComesFirstWithItsOption) {
 }
 
 TEST_F(AppStopTest, WindowThatIsBeingClosedAsksOnce) {
-    m_bWindow = true;
+    m_hasWindow = true;
     m_users.level = 1;
     StartWithScript({"/Q"});
     m_window.whileAsked = [this] { App().OnCloseMainWindow(); };
@@ -66,7 +66,7 @@ TEST_F(AppStopTest, WindowThatIsBeingClosedAsksOnce) {
 }
 
 TEST_F(AppStopTest, ChangedScriptsMayKeepTheProcessOpen) {
-    m_bWindow = true;
+    m_hasWindow = true;
     m_users.level = 1;
     StartWithScript();
     m_window.saved = false;
@@ -88,7 +88,7 @@ TEST_F(AppStopTest, EndOfTheSessionClosesEverything) {
 }
 
 TEST_F(AppStopTest, EndOfTheSessionIsNothingToAService) {
-    m_bService = true;
+    m_service = true;
     StartWithScript();
     App().OnEndSession(true);
     EXPECT_THAT(m_record, IsEmpty());
@@ -111,7 +111,7 @@ class AppStopBroadcastTest : public AppStopTest {
     void StartWithServer() {
         m_server.answersLogin = false;
         m_vantrel.network.AddServer("srv", m_server);
-        m_bWindow = true;
+        m_hasWindow = true;
         ASSERT_TRUE(Start({"/NOLOGIN"}));
         App().ClientInterface()->RegisterPlain("srv", "A");
         m_vantrel.network.Deliver();

@@ -13,7 +13,7 @@ TEST(CmdLineTest, NumberStandsBehindAColonAnEqualsSignOrABlank) {
     for (const std::vector<std::string>& arguments : forms) {
         const CCmdLine line(arguments);
         EXPECT_EQ(line.GetIntOption("D"), 5) << arguments[0];
-        EXPECT_EQ(line.GetWarning(Translator()), "") << arguments[0];
+        EXPECT_EQ(line.GetWarning(platform::Translator()), "") << arguments[0];
     }
 }
 
@@ -62,14 +62,14 @@ TEST(CmdLineTest, LastOfTwoCounts) {
 
 TEST(CmdLineTest, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
     const CCmdLine line({"/Y:1", "plik.kx", "-", "/D:5", "-żółw"});
-    EXPECT_EQ(ToUtf8(line.GetWarning(Translator())),
+    EXPECT_EQ(text::ToUtf8(line.GetWarning(platform::Translator())),
               "Pominięte parametry wiersza poleceń: /Y:1 plik.kx - -żółw");
     EXPECT_EQ(line.GetIntOption("D"), 5);
-    EXPECT_EQ(CCmdLine({"/D:5"}).GetWarning(Translator()), "");
+    EXPECT_EQ(CCmdLine({"/D:5"}).GetWarning(platform::Translator()), "");
 }
 
 TEST(CmdLineTest, HelpHasALineForEachOption) {
-    EXPECT_EQ(ToUtf8(CCmdLine::GetHelp(Translator())),
+    EXPECT_EQ(text::ToUtf8(CCmdLine::GetHelp(platform::Translator())),
               "/?            lista parametrów\n"
               "/RC           zdalna konsola działającego modułu\n"
               "/D:liczba     opóźnienie autostartu w sekundach\n"

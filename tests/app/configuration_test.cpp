@@ -20,8 +20,8 @@ class ConfigurationTest : public testing::Test {
     void Put(const std::string& utf8) const { m_folder.Put("Kalvex.ini", text::FromUtf8(utf8)); }
     std::string Content() const { return text::ToUtf8(m_folder.Get("Kalvex.ini")); }
 
-    CConfiguration Read() const {
-        CConfiguration configuration;
+    KalvexConfiguration Read() const {
+        KalvexConfiguration configuration;
         m_store.ReadName(configuration);
         m_store.ReadSources(configuration);
         m_store.ReadWindows(configuration);
@@ -39,7 +39,7 @@ class ConfigurationTest : public testing::Test {
     // Name, user and password of the first source, its profile line being this.
     std::vector<std::string> Source(const std::string& line) const {
         Put("[Zrodla]\r\nZrodlo0=" + line + "\r\n");
-        const CConfiguration configuration = Read();
+        const KalvexConfiguration configuration = Read();
         EXPECT_THAT(configuration.sources, SizeIs(1));
         const sources::CSourceDesc& source = configuration.sources.at(0);
         EXPECT_TRUE(m_crypt.CanDecryptText(source.password));
@@ -50,12 +50,12 @@ class ConfigurationTest : public testing::Test {
     platform::IniProfile m_profile{m_folder.Path("Kalvex.ini")};
     platform::CCrypt m_crypt{m_folder.Path("Kalvex.key"), platform::KeyFile::MadeAtFirstUse};
     platform::Paths m_paths{m_folder.Path()};
-    CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
-    CConfigurationStore m_clientStore{m_profile, m_crypt, m_paths, true};
+    ConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
+    ConfigurationStore m_clientStore{m_profile, m_crypt, m_paths, true};
 };
 
 TEST_F(ConfigurationTest, EmptyProfileGivesTheDefaults) {
-    const CConfiguration configuration = Read();
+    const KalvexConfiguration configuration = Read();
     EXPECT_EQ(configuration.moduleName, "");
     EXPECT_EQ(configuration.configurationRight, "100");
     EXPECT_EQ(configuration.controlRight, "100");
@@ -81,10 +81,10 @@ TEST_F(ConfigurationTest, EveryKeyIsRead) {
         "Procedura1=/srv/b.kx\r\n"
         "[Log]\r\n"
         "Rodzaj=2\r\n");
-    const CConfiguration configuration = Read();
-    EXPECT_EQ(configuration.moduleName, FromUtf8("Kotłownia"));
+    const KalvexConfiguration configuration = Read();
+    EXPECT_EQ(configuration.moduleName, text::FromUtf8("Kotłownia"));
     EXPECT_EQ(configuration.configurationRight, "80");
-    EXPECT_EQ(configuration.controlRight, FromUtf8("Dyżurni"));
+    EXPECT_EQ(configuration.controlRight, text::FromUtf8("Dyżurni"));
     EXPECT_FALSE(configuration.trayIcon);
     EXPECT_EQ(configuration.refreshPeriod, 250u);
     EXPECT_THAT(configuration.columnWidths, ElementsAre(1, 2, 3, 4, 5, 6, 7));
@@ -116,14 +116,14 @@ TEST_F(ConfigurationTest, WidthsBehindAWordAreNotRead) {
 }
 
 TEST_F(ConfigurationTest, WidthsAreAppended) {
-    CConfiguration configuration;
+    KalvexConfiguration configuration;
     configuration.columnWidths = {1};
     m_store.ReadColumns(configuration);
     EXPECT_THAT(configuration.columnWidths, ElementsAre(1, 60, 60, 60, 60, 60, 60, 60));
 }
 
 TEST_F(ConfigurationTest, FirstSevenWidthsAreWritten) {
-    CConfiguration configuration;
+    KalvexConfiguration configuration;
     configuration.columnWidths = {1, 2, 3, 4, 5, 6, 7, 8};
     m_store.WriteColumns(configuration);
     EXPECT_EQ(Content(), "[Okna]\r\nSzerokości kolumn=1 2 3 4 5 6 7\r\n");
@@ -133,7 +133,7 @@ TEST_F(ConfigurationTest, NoWidthsAndOnlyZerosAreWrittenAsNothing) {
     for (const std::vector<unsigned int>& widths :
          {std::vector<unsigned int>(), std::vector<unsigned int>(7, 0)}) {
         Put("[Okna]\r\nSzerokości kolumn=1 2 3 4 5 6 7\r\n");
-        CConfiguration configuration;
+        KalvexConfiguration configuration;
         configuration.columnWidths = widths;
         m_store.WriteColumns(configuration);
         EXPECT_EQ(Content(), "[Okna]\r\nSzerokości kolumn=\r\n");
@@ -143,7 +143,7 @@ TEST_F(ConfigurationTest, NoWidthsAndOnlyZerosAreWrittenAsNothing) {
 // ---- log level
 
 TEST_F(ConfigurationTest, TransmissionIsNeverKept) {
-    CConfiguration configuration;
+    KalvexConfiguration configuration;
     for (const auto& [level, kept] : {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 1}, {4, 4}}) {
         configuration.logLevel = level;
         m_store.WriteLogLevel(configuration);
@@ -153,7 +153,7 @@ TEST_F(ConfigurationTest, TransmissionIsNeverKept) {
 
 TEST_F(ConfigurationTest, ConsoleClientReadsAndWritesNoLogLevel) {
     Put("[Log]\r\nRodzaj=2\r\n");
-    CConfiguration configuration;
+    KalvexConfiguration configuration;
     m_clientStore.ReadLogLevel(configuration);
     EXPECT_EQ(configuration.logLevel, 65535);
     configuration.logLevel = 1;
@@ -165,7 +165,7 @@ TEST_F(ConfigurationTest, ConsoleClientReadsAndWritesNoLogLevel) {
 
 TEST_F(ConfigurationTest, ScriptBehindAGapIsNotReadAndGoesWithTheNextWrite) {
     Put("[Autostart]\r\nProcedura0=a.kx\r\nProcedura1=b.kx\r\nProcedura3=d.kx\r\n[Log]\r\n");
-    CConfiguration configuration = Read();
+    KalvexConfiguration configuration = Read();
     EXPECT_THAT(configuration.autostart, ElementsAre(m_folder.Path("a.kx"), m_folder.Path("b.kx")));
     m_store.WriteApplication(configuration);
     EXPECT_THAT(
@@ -179,7 +179,7 @@ TEST_F(ConfigurationTest, EmptyValueEndsTheScripts) {
 }
 
 TEST_F(ConfigurationTest, ApplicationSettingsAreWritten) {
-    CConfiguration configuration;
+    KalvexConfiguration configuration;
     configuration.moduleName = "x";
     configuration.trayIcon = false;
     configuration.refreshPeriod = 500;
@@ -240,7 +240,7 @@ TEST_F(ConfigurationTest, CommaInFirstPlaceEndsTheSplitting) {
 
 TEST_F(ConfigurationTest, SourcesEndAtTheFirstGap) {
     Put("[Zrodla]\r\nZrodlo0=a,\r\nZrodlo1=b\r\nZrodlo3=d,\r\n");
-    const CConfiguration configuration = Read();
+    const KalvexConfiguration configuration = Read();
     ASSERT_THAT(configuration.sources, SizeIs(2));
     EXPECT_EQ(configuration.sources[0].name, "a");
     EXPECT_EQ(configuration.sources[1].name, "");
@@ -253,7 +253,7 @@ TEST_F(ConfigurationTest, OldPasswordIsWrittenProtectedAndReadsBack) {
     ASSERT_THAT(lines, SizeIs(1));
     EXPECT_EQ(lines[0].first, "Zrodlo0");
     EXPECT_EQ(lines[0].second.substr(0, 13), "srv,jan,{kx1}");
-    const CConfiguration again = Read();
+    const KalvexConfiguration again = Read();
     ASSERT_THAT(again.sources, SizeIs(1));
     EXPECT_EQ(m_crypt.DecryptText(again.sources[0].password), "haslo");
 }
@@ -266,8 +266,8 @@ TEST_F(ConfigurationTest, SourcesStayWhenAPasswordCannotBeProtected) {
     const std::string line = std::string("[Zrodla]\r\nZrodlo0=srv,jan,") + kOldPassword + "\r\n";
     Put(line);
     const platform::CCrypt crypt(m_folder.Path("nie/ma.key"), platform::KeyFile::MadeAtFirstUse);
-    CConfigurationStore store(m_profile, crypt, m_paths, false);
-    CConfiguration configuration;
+    ConfigurationStore store(m_profile, crypt, m_paths, false);
+    KalvexConfiguration configuration;
     store.ReadSources(configuration);
     store.WriteSources(configuration);
     EXPECT_EQ(Content(), line);

@@ -16,7 +16,7 @@ class HealthTest : public support::SourceWorld {
   protected:
     HealthTest() { services.counts = &health.Counts(); }
 
-    CHealthFigures Figures() { return health.GetFigures(now, documents, nullptr); }
+    HealthFigures Figures() { return health.GetFigures(now, documents, nullptr); }
 
     // Ticks of ten milliseconds, each of which runs so many lines.
     void Pass(std::int64_t seconds, std::uint64_t lines = 0) {
@@ -34,11 +34,11 @@ class HealthTest : public support::SourceWorld {
     }
 
     std::int64_t now = kBegin;
-    CHealth health{kBegin};
+    Health health{kBegin};
 };
 
 TEST_F(HealthTest, BeforeTheFirstTickThereIsNothingToDivideBy) {
-    const CHealthFigures figures = Figures();
+    const HealthFigures figures = Figures();
     EXPECT_EQ(figures.uptime, 0);
     EXPECT_EQ(figures.ticks, 0u);
     EXPECT_EQ(figures.ticksPerSecond, 0);
@@ -68,7 +68,7 @@ TEST_F(HealthTest, LatenessIsInSeconds) {
     for (int i = 0; i < 98; ++i) health.OnTick(now, 5);
     health.OnTick(now, 3);
     health.OnTick(now, kSecond / 2);
-    const CHealthFigures figures = Figures();
+    const HealthFigures figures = Figures();
     EXPECT_DOUBLE_EQ(figures.latenessHalf, 5e-6);
     EXPECT_DOUBLE_EQ(figures.lateness99, 5e-6);
     EXPECT_DOUBLE_EQ(figures.latenessMax, 0.5);
@@ -121,8 +121,8 @@ TEST_F(HealthTest, ConnectionsAreCountedByState) {
     };
     EXPECT_THAT(connections(), ElementsAre(0, 0, 0, 0));
     Add("REMOTE A srv@X\nREMOTE B inny@X", "zrodla.kx");
-    ASSERT_EQ(Connection("srv").GetState(), StateConnected);
-    ASSERT_EQ(Connection("inny").GetState(), StateDown);
+    ASSERT_EQ(Connection("srv").GetState(), vantrel::StateConnected);
+    ASSERT_EQ(Connection("inny").GetState(), vantrel::StateDown);
     // Down, opening, login, connected.
     EXPECT_THAT(connections(), ElementsAre(1, 0, 0, 1));
 }

@@ -9,8 +9,8 @@ namespace {
 
 using testing::ElementsAre;
 
-CHealthFigures SomeFigures() {
-    CHealthFigures figures;
+HealthFigures SomeFigures() {
+    HealthFigures figures;
     figures.uptime = 3600.4;
     figures.ticks = 3'595'012;
     figures.ticksPerSecond = 998.75;
@@ -46,7 +46,7 @@ TEST(HealthTextTest, LogHasALineForEachFigure) {
 }
 
 TEST(HealthTextTest, StatusTellsOfScriptsAndConnections) {
-    EXPECT_EQ(ToUtf8(FormatHealthStatus(SomeFigures(), Translator())),
+    EXPECT_EQ(text::ToUtf8(FormatHealthStatus(SomeFigures(), platform::Translator())),
               "skrypty: działa 6, czeka na dane 5, w błędzie 1, zatrzymane 2, zakończone 4, "
               "nieuruchomione 3; połączenia: połączone 4, logowanie 3, łączenie 2, rozłączone 1");
 }

@@ -58,10 +58,10 @@ class LogTest : public testing::Test {
         return lines;
     }
 
-    std::string Streamed(LogStreamForm form, const std::vector<CLogMessage>& messages) const {
+    std::string Streamed(LogStreamForm form, const std::vector<LogMessage>& messages) const {
         std::FILE* file = std::fopen(m_folder.Path("wyjscie").c_str(), "wb");
-        CLogStream stream(file, form);
-        for (const CLogMessage& message : messages) stream.OnLogMessage(message);
+        LogStream stream(file, form);
+        for (const LogMessage& message : messages) stream.OnLogMessage(message);
         std::fclose(file);
         return m_folder.Get("wyjscie");
     }
@@ -147,7 +147,7 @@ TEST_F(LogTest, OldestLinesGoWhenThereAreTooMany) {
     for (std::size_t i = 0; i < CLog::kLines + 2; ++i) m_module.Log(std::to_string(i), 0);
     EXPECT_EQ(m_module.GetCount(), CLog::kLines);
     EXPECT_EQ(m_module.GetText(0), "2024-03-10 07:00:00  2");
-    const std::vector<CLogMessage> last = m_module.GetLastMessages(2);
+    const std::vector<LogMessage> last = m_module.GetLastMessages(2);
     ASSERT_EQ(last.size(), 2u);
     EXPECT_EQ(last[0].text, "10000");
     EXPECT_EQ(last[1].text, "10001");
@@ -226,7 +226,7 @@ TEST_F(LogTest, GapIsToldBeforeTheLinesBehindItWheneverTheDiskHasRoomAgain) {
 
 TEST_F(LogTest, StreamHasThePriorityOfTheLevel) {
     EXPECT_EQ(Streamed(LogStreamForm::Priority, {{kNow, 0, "a"},
-                                                 {kNow, 1, FromUtf8("ż\nb")},
+                                                 {kNow, 1, text::FromUtf8("ż\nb")},
                                                  {kNow, 2, "c"},
                                                  {kNow, 3, "d"},
                                                  {kNow, 9, "e"}}),
@@ -239,7 +239,7 @@ TEST_F(LogTest, StreamForAPersonHasTheStamp) {
 
 TEST_F(LogTest, ListenerHearsEachLine) {
     std::FILE* file = std::fopen(m_folder.Path("wyjscie").c_str(), "wb");
-    CLogStream stream(file, LogStreamForm::Priority);
+    LogStream stream(file, LogStreamForm::Priority);
     m_module.SetListener(&stream);
     m_module.Log("a", 1);
     m_module.Log("b", 2);

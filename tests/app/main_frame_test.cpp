@@ -68,7 +68,7 @@ TEST_F(MainFrameTest, MinimisedScriptAtPaceTwoRunsALineEverySecondTick) {
 }
 
 TEST_F(MainFrameTest, IconChangesWithTheFirstErrorAndWithTheLast) {
-    m_bWindow = true;
+    m_hasWindow = true;
     StartScripts({"PRIORITY 1\nLOCAL A = 0\n:p\nSET A = NIEMA + 1\nGOTO p\n"});
     Tick(3);
     EXPECT_THAT(Those("icon"), ElementsAre(std::string(kError).substr(5)));
@@ -88,7 +88,7 @@ TEST_F(MainFrameTest, ErrorIsKnownWithoutAWindow) {
 }
 
 TEST_F(MainFrameTest, NothingTicksWhileScriptsAreOpened) {
-    m_bWindow = true;
+    m_hasWindow = true;
     StartScripts({"LOCAL A = 1\n"});
     App().MainFrame().SetOpeningScripts(true);
     Tick();
@@ -101,7 +101,7 @@ TEST_F(MainFrameTest, NothingTicksWhileScriptsAreOpened) {
 }
 
 TEST_F(MainFrameTest, RefreshDoesThePeriodicWorkAndShowsRunningScripts) {
-    m_bWindow = true;
+    m_hasWindow = true;
     StartScripts({"\n", "\n"});
     Script(0).Stop();
     m_record.clear();
@@ -128,7 +128,7 @@ TEST_F(MainFrameTest, StatusLineIsTheLastLineOfTheLog) {
     StartScripts({"\n"});
     App().Log().Log(text::FromUtf8("ż"), platform::LogErrors);
     App().Log().Log("zdarzenie", platform::LogEvents);
-    EXPECT_EQ(ToUtf8(App().MainFrame().GetStatusLine()), "ż");
+    EXPECT_EQ(text::ToUtf8(App().MainFrame().GetStatusLine()), "ż");
 }
 
 TEST_F(MainFrameTest, TimersOfAConsoleClientDoNothing) {
@@ -147,7 +147,7 @@ TEST_F(MainFrameTest, TimersOfAConsoleClientDoNothing) {
 TEST_F(MainFrameTest, DocumentIsOpenedOnceAndFoundByEitherPath) {
     StartScripts({"\n"});
     std::string error;
-    CScriptDocuments& documents = App().Documents();
+    ScriptDocuments& documents = App().Documents();
     EXPECT_EQ(documents.Open("0.kx", error), &Script(0));
     EXPECT_EQ(documents.Find(m_folder.Path("0.kx")), &Script(0));
     EXPECT_EQ(documents.Find("1.kx"), nullptr);

@@ -5,14 +5,14 @@
 namespace kalvex::app {
 namespace {
 
-int TicksAt(CPace& pace, std::int64_t now) {
+int TicksAt(Pace& pace, std::int64_t now) {
     int ticks = 0;
     while (pace.TakeTick(now)) ++ticks;
     return ticks;
 }
 
 TEST(PaceTest, OneTickEachMillisecond) {
-    CPace pace;
+    Pace pace;
     EXPECT_EQ(TicksAt(pace, 0), 1);
     EXPECT_EQ(pace.NextDue(), 1);
     EXPECT_EQ(TicksAt(pace, 0), 0);
@@ -21,14 +21,14 @@ TEST(PaceTest, OneTickEachMillisecond) {
 }
 
 TEST(PaceTest, LateTicksAreCaughtUp) {
-    CPace pace;
+    Pace pace;
     EXPECT_EQ(TicksAt(pace, 40), 41);
     EXPECT_EQ(TicksAt(pace, 100), 60);
     EXPECT_EQ(pace.NextDue(), 101);
 }
 
 TEST(PaceTest, StallIsNoBurst) {
-    CPace pace;
+    Pace pace;
     EXPECT_EQ(TicksAt(pace, 0), 1);
     EXPECT_EQ(TicksAt(pace, 60000), 101);
     EXPECT_EQ(pace.NextDue(), 60001);

@@ -30,8 +30,8 @@ std::string Content(int level) {
     platform::IniProfile profile(folder + "/Kalvex.ini");
     const platform::CCrypt crypt(folder + "/Kalvex.key", platform::KeyFile::ReadOnly);
     const platform::Paths paths(folder);
-    CConfigurationStore store(profile, crypt, paths, false);
-    CConfiguration configuration;
+    ConfigurationStore store(profile, crypt, paths, false);
+    KalvexConfiguration configuration;
     for (int level = 1;; level = 3 - level) {
         configuration.logLevel = level;
         store.WriteLogLevel(configuration);

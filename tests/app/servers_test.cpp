@@ -12,7 +12,7 @@ namespace {
 
 class ServersTest : public testing::Test {
   protected:
-    std::vector<CServerEntry> Read(const std::string& utf8) const {
+    std::vector<ServerEntry> Read(const std::string& utf8) const {
         m_folder.Put("sorvane.ini", text::FromUtf8(utf8));
         return ReadServers(platform::IniProfile(m_folder.Path("Kalvex.ini")));
     }
@@ -52,7 +52,7 @@ TEST_F(ServersTest, ServerWithoutSettingsOfItsOwnHasThoseOfAll) {
 }
 
 TEST_F(ServersTest, MachineWithoutACommonProfileHasNoServers) {
-    EXPECT_TRUE(ReadServers(IniProfile(m_folder.Path("Kalvex.ini"))).empty());
+    EXPECT_TRUE(ReadServers(platform::IniProfile(m_folder.Path("Kalvex.ini"))).empty());
 }
 
 }  // namespace

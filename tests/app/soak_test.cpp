@@ -122,20 +122,20 @@ class SoakTest : public support::ScriptWorld {
         const support::ScratchFile file(kPlant);
         vantrel::PlantDefinition definition;
         std::string fault;
-        EXPECT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
-        m_pPlant = std::make_unique<vantrel::SimulatedPlant>(std::move(definition), clock);
-        m_pClient = std::make_unique<sources::CClientInterface>(
-            sources::SourceServices{m_log, translator, users, *m_pPlant});
-        m_services.sources = m_pClient.get();
+        EXPECT_TRUE(vantrel::ReadPlant(file.Path(), definition, fault)) << fault;
+        m_plant = std::make_unique<vantrel::SimulatedPlant>(std::move(definition), clock);
+        m_client = std::make_unique<sources::CClientInterface>(
+            sources::SourceServices{m_log, translator, users, *m_plant});
+        m_services.sources = m_client.get();
         m_services.counts = &m_health.Counts();
         m_services.files = &m_files;
     }
-    ~SoakTest() override { m_arrScripts.clear(); }
+    ~SoakTest() override { m_scripts.clear(); }
 
     void Start(std::string_view text, const std::string& name) {
         WriteFile(name, text);
         engine::CKalvexDoc& script =
-            *m_arrScripts.emplace_back(std::make_unique<engine::CKalvexDoc>(m_services));
+            *m_scripts.emplace_back(std::make_unique<engine::CKalvexDoc>(m_services));
         std::string error;
         ASSERT_TRUE(script.Open(name, error)) << error;
         ticks.Add(script);
@@ -143,20 +143,20 @@ class SoakTest : public support::ScriptWorld {
     }
 
     void Pass(std::int64_t count) {
-        for (const std::int64_t end = m_nTick + count; m_nTick < end;) {
-            m_pPlant->AdvanceTo(++m_nTick);
-            m_pClient->SourceList().CheckConnections();
+        for (const std::int64_t end = m_tick + count; m_tick < end;) {
+            m_plant->AdvanceTo(++m_tick);
+            m_client->SourceList().CheckConnections();
             ticks.RunTick();
-            m_health.OnTick(m_nTick * kTick * 1'000'000, m_nTick % 977);
+            m_health.OnTick(m_tick * kTick * 1'000'000, m_tick % 977);
             clock.Advance(kTick * 1000);
-            if (m_nTick % kDay == 0) EndDay();
+            if (m_tick % kDay == 0) EndDay();
         }
     }
 
     void EndDay() {
-        m_strMetrics = FormatHealthMetrics(m_health.GetFigures(
-            m_nTick * kTick * 1'000'000, m_arrScripts, &m_pClient->SourceList()));
-        for (const std::unique_ptr<engine::CKalvexDoc>& script : m_arrScripts) {
+        m_metrics = FormatHealthMetrics(
+            m_health.GetFigures(m_tick * kTick * 1'000'000, m_scripts, &m_client->SourceList()));
+        for (const std::unique_ptr<engine::CKalvexDoc>& script : m_scripts) {
             if (ConditionOf(*script) != ScriptCondition::Error) continue;
             script->Reset();
             script->Start();
@@ -170,12 +170,12 @@ class SoakTest : public support::ScriptWorld {
         {clock, m_log, translator, users, paths, language::Functions()},
         language::Statements(),
         questions};
-    CHealth m_health{0};
-    std::unique_ptr<vantrel::SimulatedPlant> m_pPlant;
-    std::unique_ptr<sources::CClientInterface> m_pClient;
-    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_arrScripts;
-    std::int64_t m_nTick = 0;
-    std::string m_strMetrics;
+    Health m_health{0};
+    std::unique_ptr<vantrel::SimulatedPlant> m_plant;
+    std::unique_ptr<sources::CClientInterface> m_client;
+    std::vector<std::unique_ptr<engine::CKalvexDoc>> m_scripts;
+    std::int64_t m_tick = 0;
+    std::string m_metrics;
 };
 
 TEST_F(SoakTest, FourWeeksTakeNoMoreMemoryThanOne) {
@@ -188,12 +188,12 @@ TEST_F(SoakTest, FourWeeksTakeNoMoreMemoryThanOne) {
     const std::uint64_t linesOfOne = m_health.Counts().lines;
     const std::uint64_t logOfOne = m_log.lines;
     Pass(3 * kWeek);
-    EXPECT_LE(HeldBytes(), afterOne + kPlay);
+    EXPECT_LE(support::HeldBytes(), afterOne + kPlay);
     // All of it has been at work to the end.
     EXPECT_GT(m_health.Counts().lines, 3 * linesOfOne);
     EXPECT_GE(m_log.lines, logOfOne + 3 * kWeek / kDay);
     for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(ConditionOf(*m_arrScripts[i]), ScriptCondition::Running) << i;
+        EXPECT_EQ(ConditionOf(*m_scripts[i]), ScriptCondition::Running) << i;
     }
 }
 
@@ -203,7 +203,7 @@ TEST_F(SoakTest, ListThatGrowsShows) {
     Pass(kDay);
     const std::int64_t afterOne = support::HeldBytes();
     Pass(kDay);
-    EXPECT_GT(HeldBytes(), afterOne + kPlay);
+    EXPECT_GT(support::HeldBytes(), afterOne + kPlay);
 }
 
 }  // namespace

@@ -17,8 +17,8 @@ TEST(SourceLoginsTest, ServerHearsTheLoginOfTheProfile) {
     ASSERT_TRUE(password.has_value());
     folder.Put("Kalvex.ini", "[Zrodla]\nZrodlo0=inny,ewa,\nZrodlo1=srv,jan," + *password + "\n");
     platform::IniProfile profile(folder.Path("Kalvex.ini"));
-    CConfiguration configuration;
-    CConfigurationStore(profile, crypt, platform::Paths(folder.Path()), false)
+    KalvexConfiguration configuration;
+    ConfigurationStore(profile, crypt, platform::Paths(folder.Path()), false)
         .ReadSources(configuration);
 
     support::InProcessNetwork network;
@@ -43,7 +43,7 @@ TEST(SourceLoginsTest, PasswordOfAnotherKeyIsLostAndThatIsKnown) {
     const platform::CCrypt other(folder.Path("Inny.key"), platform::KeyFile::MadeAtFirstUse);
     const platform::Paths paths(folder.Path());
     platform::IniProfile profile(folder.Path("Kalvex.ini"));
-    const CConfigurationStore store(profile, crypt, paths, false);
+    const ConfigurationStore store(profile, crypt, paths, false);
     EXPECT_FALSE(store.HasLostPasswords());
     // No password, no user, the old plain form, one of its own.
     folder.Put("Kalvex.ini",

@@ -40,7 +40,7 @@ class TickDriverTest : public testing::Test, private TickSource {
     int m_ticks = 0;
     int m_skipped = 0;
     std::vector<std::pair<std::int64_t, std::int64_t>> m_heard;
-    CTickDriver m_driver{[this] { return m_now; }};
+    TickDriver m_driver{[this] { return m_now; }};
 };
 
 TEST_F(TickDriverTest, FirstTickIsAtOnceAndTheNextAMillisecondLater) {
@@ -81,7 +81,7 @@ TEST_F(TickDriverTest, StallIsCaughtUpWithinBoundsAndKnownWhole) {
     m_now += 60'000'000;
     while (m_driver.OnTurn() == 0) {
     }
-    EXPECT_EQ(m_ticks, 1 + CPace::kMostBehind + 1);
+    EXPECT_EQ(m_ticks, 1 + Pace::kMostBehind + 1);
     EXPECT_EQ(m_heard[1].second, 59'999'000);
     EXPECT_EQ(m_heard[2].second, 99'000);
 }

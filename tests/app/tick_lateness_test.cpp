@@ -6,14 +6,14 @@ namespace kalvex::app {
 namespace {
 
 TEST(TickLatenessTest, NothingBeforeTheFirstTick) {
-    const CTickLateness lateness;
+    const TickLateness lateness;
     EXPECT_EQ(lateness.GetCount(), 0u);
     EXPECT_EQ(lateness.GetPercentile(0.99), 0);
     EXPECT_EQ(lateness.GetMax(), 0);
 }
 
 TEST(TickLatenessTest, SmallFiguresAreExact) {
-    CTickLateness lateness;
+    TickLateness lateness;
     for (int i = 1; i <= 10; ++i) lateness.Add(i);
     EXPECT_EQ(lateness.GetCount(), 10u);
     EXPECT_EQ(lateness.GetSum(), 55);
@@ -24,7 +24,7 @@ TEST(TickLatenessTest, SmallFiguresAreExact) {
 }
 
 TEST(TickLatenessTest, EarlyTickCountsAsOneInTime) {
-    CTickLateness lateness;
+    TickLateness lateness;
     lateness.Add(-5);
     EXPECT_EQ(lateness.GetCount(), 1u);
     EXPECT_EQ(lateness.GetSum(), 0);
@@ -33,7 +33,7 @@ TEST(TickLatenessTest, EarlyTickCountsAsOneInTime) {
 
 TEST(TickLatenessTest, PercentileIsNeverTooLowAndAtMostAnEighthTooHigh) {
     for (std::int64_t value = 1; value < (std::int64_t{1} << 39); value = value * 21 / 16 + 1) {
-        CTickLateness lateness;
+        TickLateness lateness;
         lateness.Add(value);
         lateness.Add(std::int64_t{1} << 39);
         const std::int64_t half = lateness.GetPercentile(0.5);
@@ -43,7 +43,7 @@ TEST(TickLatenessTest, PercentileIsNeverTooLowAndAtMostAnEighthTooHigh) {
 }
 
 TEST(TickLatenessTest, OneOfAHundredDoesNotShowInNinetyNine) {
-    CTickLateness lateness;
+    TickLateness lateness;
     for (int i = 0; i < 99; ++i) lateness.Add(3);
     lateness.Add(2'000'000);
     EXPECT_EQ(lateness.GetPercentile(0.99), 3);
@@ -53,7 +53,7 @@ TEST(TickLatenessTest, OneOfAHundredDoesNotShowInNinetyNine) {
 }
 
 TEST(TickLatenessTest, BeyondTheClassesTheLastOneHolds) {
-    CTickLateness lateness;
+    TickLateness lateness;
     lateness.Add(std::int64_t{1} << 60);
     EXPECT_EQ(lateness.GetMax(), (std::int64_t{1} << 40) - 1);
     EXPECT_EQ(lateness.GetPercentile(0.5), (std::int64_t{1} << 40) - 1);

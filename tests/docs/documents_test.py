@@ -86,13 +86,13 @@ class Documents(unittest.TestCase):
         self.assertEqual(run, {path.name for path in ROOT.glob("examples/*.kx")})
 
     def test_every_row_of_the_language_is_in_a_script_test(self):
-        spellings = dict(re.findall(r'string_view (\w+) = "([A-Z_]+)";', read("src/engine/Statement.h")))
+        spellings = dict(re.findall(r'string_view (\w+) = "([A-Z_]+)";', read("src/operands/Keywords.h")))
         lines = [line for path in ROOT.glob("tests/scripts/*/*.kx") for line in own_lines(path)]
         statements = {line.split()[0].upper() for line in lines}
         functions = {word for line in lines for word in re.findall(r"(?:=|\bIF|\bNOT)\s*([A-Z_]+)\b", line)}
         for table, used in {"Statements": statements, "Functions": functions}.items():
             text = read(f"src/language/{table}.cpp")
-            rows = re.findall(r'(?m)^    \{(?:"([A-Z_]+)"|Keyword::(\w+)), \w+,', text)
+            rows = re.findall(r'(?m)^    \{(?:"([A-Z_]+)"|operands::Keyword::(\w+)), \w+::\w+,', text)
             self.assertEqual(len(rows), len(re.findall(r"(?m)^    \{\S", text)))
             self.assertTrue(rows)
             keywords = [keyword or spellings[name] for keyword, name in rows]

@@ -85,7 +85,7 @@ class Types(unittest.TestCase):
                 for name in types(path.read_text(encoding="utf-8")):
                     if "(anonymous)" not in name:
                         places.setdefault(name, []).append(str(path.relative_to(ROOT)))
-        self.assertEqual(places["kalvex::CVal"], ["src/value/Value.h"])
+        self.assertEqual(places["kalvex::value::CVal"], ["src/value/Value.h"])
         self.assertEqual({name: files for name, files in places.items() if len(files) > 1}, {})
 
 

@@ -47,7 +47,7 @@ TEST_F(DeclarationsTest, ValueThatLeavesNoErrorIsNamed) {
 
 TEST_F(DeclarationsTest, AgainDeclaredKeepsKindAndGetsTheValue) {
     CKalvexDoc& document = Run("LIST x\nLOCAL x = 1\nLIST x");
-    EXPECT_EQ(document.Variables().Find("x")->GetKind(), VariableList);
+    EXPECT_EQ(document.Variables().Find("x")->GetKind(), operands::VariableList);
     EXPECT_EQ(Value(document, "x"), "[]");
     EXPECT_EQ(document.State().m_nCurrentLine, 3);
     EXPECT_EQ(document.Variables().GetSize(), 1u);
@@ -141,10 +141,10 @@ TEST_F(DeclarationsTest, SetOfTheTimeLeavesTheValue) {
         "LOCAL x = 7\nSET x.TIMESTAMP = 1000000000\nSET x.HREP = 5\nSET x.HREP.TIMESTAMP = 60.9");
     value::CVal value;
     document.Variables().Find("x")->GetValue(value, value::KindCurrent, 1);
-    EXPECT_EQ(ValueToText(value), "7.00");
+    EXPECT_EQ(value::ValueToText(value), "7.00");
     EXPECT_EQ(value.GetTime(), 1000000000);
     document.Variables().Find("x")->GetValue(value, value::KindHour, 1);
-    EXPECT_EQ(ValueToText(value), "5.00");
+    EXPECT_EQ(value::ValueToText(value), "5.00");
     EXPECT_EQ(value.GetTime(), 60);
 }
 
@@ -154,8 +154,8 @@ TEST_F(DeclarationsTest, TimestampInFrontIsAName) {
 
 TEST_F(DeclarationsTest, SetReachesTheKindOfTheName) {
     CKalvexDoc& document = Run("LOCAL x\nSET x.DREP = 5\nSET x.hrep = 6\nSET x.XYZ = 7");
-    EXPECT_EQ(Value(document, "x", KindDay), "171:5.00");
-    EXPECT_EQ(Value(document, "x", KindHour), "171:6.00");
+    EXPECT_EQ(Value(document, "x", value::KindDay), "171:5.00");
+    EXPECT_EQ(Value(document, "x", value::KindHour), "171:6.00");
     EXPECT_EQ(Value(document, "x"), "255:");
     EXPECT_EQ(document.State().m_nCurrentLine, 4);
 }
@@ -169,7 +169,7 @@ TEST_F(DeclarationsTest, AssignmentCarriesStatusAndTime) {
 
 TEST_F(DeclarationsTest, CopyTakesTheKindOfTheSource) {
     CKalvexDoc& document = Run("LOCAL a\nLOCAL b\nSET a.DREP = 3\nCOPY a.DREP b");
-    EXPECT_EQ(Value(document, "b", KindDay), "171:3.00");
+    EXPECT_EQ(Value(document, "b", value::KindDay), "171:3.00");
     EXPECT_EQ(Value(document, "b"), "255:");
 }
 

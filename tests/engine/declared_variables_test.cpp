@@ -11,10 +11,10 @@ namespace {
 using testing::ElementsAre;
 
 std::vector<std::string> Declared(std::string_view text) {
-    CLineList lines;
+    LineList lines;
     lines.SetText(text);
     std::vector<std::string> declared;
-    for (const CDeclaredVar& variable : BuildDeclaredVars(lines)) {
+    for (const DeclaredVar& variable : BuildDeclaredVars(lines)) {
         declared.push_back(variable.strName + ' ' + std::to_string(variable.nKind));
     }
     return declared;
@@ -44,9 +44,9 @@ TEST(DeclaredVariablesTest, DeclarationWithoutANameIsListed) {
 }
 
 TEST(DeclaredVariablesTest, ColumnsBeginEmpty) {
-    CLineList lines;
+    LineList lines;
     lines.SetText("LOCAL a = 5");
-    const std::vector<CDeclaredVar> declared = BuildDeclaredVars(lines);
+    const std::vector<DeclaredVar> declared = BuildDeclaredVars(lines);
     ASSERT_EQ(declared.size(), 1u);
     EXPECT_EQ(declared[0].strValue + declared[0].strStatus + declared[0].strTime +
                   declared[0].strDetailA + declared[0].strDetailB,

@@ -77,14 +77,14 @@ class World final : public support::ScriptWorld {
 
     // A line of the log with its tick, and a change of the error indication.
     void Note(int tick) {
-        for (; m_nLogged < log.lines.size(); ++m_nLogged) {
-            std::string line = log.lines[m_nLogged].second;
+        for (; m_logged < log.lines.size(); ++m_logged) {
+            std::string line = log.lines[m_logged].second;
             if (line.starts_with(folder.Path())) line.erase(0, folder.Path().size());
             m_trace.push_back(std::to_string(tick) + ": " + line);
         }
-        if (ticks.IsErrorStanding() == m_bError) return;
-        m_bError = !m_bError;
-        m_trace.push_back(std::to_string(tick) + (m_bError ? ": error" : ": no error"));
+        if (ticks.IsErrorStanding() == m_error) return;
+        m_error = !m_error;
+        m_trace.push_back(std::to_string(tick) + (m_error ? ": error" : ": no error"));
     }
 
     void AddState(int tick) {
@@ -102,8 +102,8 @@ class World final : public support::ScriptWorld {
     }
 
     std::vector<std::string> m_trace;
-    std::size_t m_nLogged = 0;
-    bool m_bError = false;
+    std::size_t m_logged = 0;
+    bool m_error = false;
 };
 
 TEST(IdleTicksComparisonTest, ScriptsCannotTellThatTheyAreSkipped) {

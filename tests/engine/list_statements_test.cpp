@@ -94,15 +94,15 @@ TEST_F(ListStatementsTest, AddKeepsTheTypeThatTheElementHas) {
     EXPECT_TRUE(RunOnList({"ADD L 5", "ADD L \"tekst\"", "ADD L x", "ADD L TIME"}));
     std::vector<int> types;
     for (const value::CVal& element : List("L").Elements()) types.push_back(element.GetType());
-    EXPECT_THAT(types, ElementsAre(ValueType::Double, ValueType::Text, ValueType::Double,
-                                   ValueType::Int64));
+    EXPECT_THAT(types, ElementsAre(value::ValueType::Double, value::ValueType::Text,
+                                   value::ValueType::Double, value::ValueType::Int64));
 }
 
 TEST_F(ListStatementsTest, NumberTakesTheTypeOfTheCurrentElement) {
     EXPECT_TRUE(RunOnList({"ADD L \"tekst\"", "MOVE_FIRST L", "ADD L 5", "INSERT L 0 6"}));
     EXPECT_THAT(Elements("L"), ElementsAre("6.00", "tekst", "5.00"));
-    EXPECT_EQ(List("L").Elements()[0].GetType(), ValueType::Text);
-    EXPECT_EQ(List("L").Elements()[2].GetType(), ValueType::Text);
+    EXPECT_EQ(List("L").Elements()[0].GetType(), value::ValueType::Text);
+    EXPECT_EQ(List("L").Elements()[2].GetType(), value::ValueType::Text);
 }
 
 TEST_F(ListStatementsTest, AddedElementIsACopyWithStatusAndTime) {
@@ -219,7 +219,7 @@ TEST_F(ListStatementsSplitTest, PiecesAreTextsAndAppended) {
     EXPECT_TRUE(RunLines({"LOCAL s = \"1;2\"", "LIST L", "SPLIT s ; L", "SPLIT s ; L"}));
     EXPECT_THAT(Elements("L"), ElementsAre("1", "2", "1", "2"));
     for (const value::CVal& element : List("L").Elements())
-        EXPECT_EQ(element.GetType(), ValueType::Text);
+        EXPECT_EQ(element.GetType(), value::ValueType::Text);
     EXPECT_EQ(List("L").GetIterator(), -1);
 }
 

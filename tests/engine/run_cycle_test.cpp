@@ -13,7 +13,7 @@ using testing::IsEmpty;
 class RunCycleTest : public support::ScriptWorld {};
 
 // A view that keeps what it is told.
-class ViewRecorder final : public CScriptView {
+class ViewRecorder final : public ScriptView {
   public:
     void SelectLine(int line) override { calls.push_back("select " + std::to_string(line)); }
     void SetLineMarker(int line, bool set) override {
@@ -31,7 +31,7 @@ class ViewRecorder final : public CScriptView {
     int breakpoint = -1;
 };
 
-class ConsoleRecorder final : public CConsoleLink {
+class ConsoleRecorder final : public ConsoleLink {
   public:
     void SendCommand(std::string_view key, ConsoleCommand command) override {
         calls.push_back(std::string(key) + " command " + std::to_string(static_cast<int>(command)));
@@ -124,7 +124,7 @@ TEST_F(RunCycleTest, StartLogsItsTwoLinesAndMakesTheDocumentReadOnly) {
     EXPECT_FALSE(document.IsReadOnly());
     EXPECT_TRUE(document.Start());
     EXPECT_TRUE(document.IsReadOnly());
-    EXPECT_THAT(Log(LogAlways),
+    EXPECT_THAT(Log(platform::LogAlways),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu "));
     EXPECT_EQ(document.State().m_nReportedLine, 65535);
     EXPECT_EQ(document.State().m_nReportedError, -1);
@@ -244,7 +244,7 @@ TEST_F(RunCycleTest, StepReportsOnlyWhenLineAndCodeBothDiffer) {
     document.ClearRunState();  // forgets the code that was reported
     document.Step();
     Tick(50);
-    EXPECT_THAT(Log(LogErrors),
+    EXPECT_THAT(Log(platform::LogErrors),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
                             "main.kx : Linia 1 - Zmienna nie została poprawnie zdefiniowana : A",
                             "main.kx : Stop skryptu ",
@@ -273,7 +273,7 @@ TEST_F(RunCycleTest, ResetDiscardsTheRunAndRestoresTheText) {
     EXPECT_FALSE(document.IsReadOnly());
     EXPECT_EQ(document.Variables().GetSize(), 0u);
     EXPECT_EQ(document.GetLine(0), "; nowy");
-    EXPECT_EQ(Log(LogAlways).back(), "main.kx : Reset skryptu ");
+    EXPECT_EQ(Log(platform::LogAlways).back(), "main.kx : Reset skryptu ");
 }
 
 TEST_F(RunCycleTest, ResetForgetsTheCallsUnderWay) {
@@ -349,7 +349,7 @@ TEST_F(RunCycleTest, FailingLineIsRetriedAndLoggedOnce) {
 
 TEST_F(RunCycleTest, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     CKalvexDoc& document = Run("LOCAL A\nPOINTER W\n:w\nSET A = W\nGOTO w", 5);
-    ASSERT_EQ(Log(LogErrors).size(), 3u);
+    ASSERT_EQ(Log(platform::LogErrors).size(), 3u);
     auto& pointer = static_cast<operands::CVariablePointer&>(*document.Variables().Find("W"));
     pointer.SetTargetName("A");
     Tick(1);
@@ -357,7 +357,7 @@ TEST_F(RunCycleTest, SameErrorAfterAGoodRunOfTheLineStaysSilent) {
     pointer.SetTargetName("");
     Tick(1);
     EXPECT_TRUE(document.State().m_bErrorStanding);
-    EXPECT_EQ(Log(LogErrors).size(), 3u);
+    EXPECT_EQ(Log(platform::LogErrors).size(), 3u);
 }
 
 TEST_F(RunCycleTest, TwoFailingLinesThatAlternateLogOnEveryChange) {
@@ -376,8 +376,8 @@ TEST_F(RunCycleTest, WaitIsNoErrorAndIsLoggedOnceAtItsLevel) {
     CKalvexDoc& document = Run("REMOTE A srv@X\nLOCAL B\nSET B = A", 100);
     EXPECT_EQ(Error(document), "27 A");
     EXPECT_FALSE(document.State().m_bErrorStanding);
-    EXPECT_EQ(Log(LogErrors).size(), 2u);
-    EXPECT_THAT(Log(LogEvents),
+    EXPECT_EQ(Log(platform::LogErrors).size(), 2u);
+    EXPECT_THAT(Log(platform::LogEvents),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
                             "main.kx : Linia 3 - Oczekiwanie na pobranie danych bieżących : A"));
 }
@@ -485,7 +485,7 @@ TEST_F(RunCycleTest, ConsoleClientWithoutControlSendsNothing) {
 }
 
 TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
-    struct Part final : operands::CDocumentPart {
+    struct Part final : operands::DocumentPart {
         Part(std::vector<std::string>& record, std::string label)
             : calls(record), name(std::move(label)) {}
         ~Part() override { calls.push_back("destroy " + name); }
@@ -495,11 +495,11 @@ TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
     };
     std::vector<std::string> calls;
     auto document = std::make_unique<CKalvexDoc>(services);
-    document->GetPart<Part>(operands::DocumentPart::LinkTests, calls, "links");
-    document->GetPart<Part>(operands::DocumentPart::ReportNotifications, calls, "notify");
-    document->GetPart<Part>(operands::DocumentPart::Processes, calls, "processes");
-    EXPECT_EQ(&document->GetPart<Part>(DocumentPart::LinkTests, calls, "second"),
-              &document->GetPart<Part>(DocumentPart::LinkTests, calls, "third"));
+    document->GetPart<Part>(operands::PartId::LinkTests, calls, "links");
+    document->GetPart<Part>(operands::PartId::ReportNotifications, calls, "notify");
+    document->GetPart<Part>(operands::PartId::Processes, calls, "processes");
+    EXPECT_EQ(&document->GetPart<Part>(operands::PartId::LinkTests, calls, "second"),
+              &document->GetPart<Part>(operands::PartId::LinkTests, calls, "third"));
     document.reset();
     EXPECT_THAT(calls, ElementsAre("clear notify", "clear processes", "clear links",
                                    "destroy notify", "destroy processes", "destroy links"));

@@ -42,10 +42,10 @@ TEST_F(ScriptErrorsTest, EveryCodeHasItsMessage) {
     };
     const CKalvexDoc document(services);
     for (std::size_t code = 0; code < expected.size(); ++code) {
-        EXPECT_EQ(ToUtf8(document.GetErrorMessage(static_cast<int>(code))), expected[code]);
+        EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(static_cast<int>(code))), expected[code]);
     }
-    EXPECT_EQ(ToUtf8(document.GetErrorMessage(28)), "Inny błąd (28)");
-    EXPECT_EQ(ToUtf8(document.GetErrorMessage(-1)), "Inny błąd (-1)");
+    EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(28)), "Inny błąd (28)");
+    EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(-1)), "Inny błąd (-1)");
 }
 
 TEST_F(ScriptErrorsTest, MessagesPassThroughTheTranslatorButForTheMissingComparison) {
@@ -58,16 +58,17 @@ TEST_F(ScriptErrorsTest, MessagesPassThroughTheTranslatorButForTheMissingCompari
                                       language::Statements(),
                                       questions};
     const CKalvexDoc document(translated);
-    EXPECT_EQ(ToUtf8(document.GetErrorMessage(16)), "<Błąd obliczenia wyrażenia>");
-    EXPECT_EQ(ToUtf8(document.GetErrorMessage(18)), "Nie znaleziono właściwego operatora");
-    EXPECT_EQ(document.FormatErrorReport(0, 0, ""), FromUtf8("< : Linia >1 - <Brak błędów>"));
+    EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(16)), "<Błąd obliczenia wyrażenia>");
+    EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(18)), "Nie znaleziono właściwego operatora");
+    EXPECT_EQ(document.FormatErrorReport(0, 0, ""), text::FromUtf8("< : Linia >1 - <Brak błędów>"));
 }
 
 TEST_F(ScriptErrorsTest, ReportNamesLineMessageAndText) {
     const CKalvexDoc document(services);
-    EXPECT_EQ(ToUtf8(document.FormatErrorReport(11, ErrorUnknownKeyword, "FOO")),
+    EXPECT_EQ(text::ToUtf8(document.FormatErrorReport(11, operands::ErrorUnknownKeyword, "FOO")),
               " : Linia 12 - Nieznane słowo kluczowe : FOO");
-    EXPECT_EQ(ToUtf8(document.FormatErrorReport(0, ErrorOther, "")), " : Linia 1 - Inny błąd");
+    EXPECT_EQ(text::ToUtf8(document.FormatErrorReport(0, operands::ErrorOther, "")),
+              " : Linia 1 - Inny błąd");
 }
 
 TEST_F(ScriptErrorsTest, FirstSpecificErrorStands) {

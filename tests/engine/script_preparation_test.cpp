@@ -15,7 +15,7 @@ class ScriptPreparationTest : public ScriptLines {
     // The bytes are written as they are.
     void Write(const std::string& name, std::string_view bytes) {
         std::string error;
-        ASSERT_TRUE(WriteWholeFile(folder.Path(name), bytes, error)) << error;
+        ASSERT_TRUE(platform::WriteWholeFile(folder.Path(name), bytes, error)) << error;
     }
 
     void OpenScript(std::string_view bytes) {
@@ -115,9 +115,9 @@ TEST_F(ScriptPreparationTest, PathIsMadeAbsolute) {
 
 TEST_F(ScriptPreparationTest, PolishNameIsFoundInTheFileSystem) {
     Write("źródło.kx", "LOCAL A\r\n");
-    EXPECT_TRUE(Expand(FromUtf8("INCLUDE źródło.kx")));
-    EXPECT_THAT(Lines(), ElementsAre(FromUtf8(Begin("źródło.kx")), "LOCAL A",
-                                     FromUtf8(End("źródło.kx")), ""));
+    EXPECT_TRUE(Expand(text::FromUtf8("INCLUDE źródło.kx")));
+    EXPECT_THAT(Lines(), ElementsAre(text::FromUtf8(Begin("źródło.kx")), "LOCAL A",
+                                     text::FromUtf8(End("źródło.kx")), ""));
 }
 
 TEST_F(ScriptPreparationTest, MissingFileLeavesALineThatFails) {

@@ -7,14 +7,14 @@ namespace {
 
 using testing::ElementsAre;
 
-std::vector<std::string> Lines(const CLineList& text) {
+std::vector<std::string> Lines(const LineList& text) {
     std::vector<std::string> lines;
     for (int n = 0; n < text.GetLineCount(); ++n) lines.emplace_back(text.GetLine(n));
     return lines;
 }
 
 TEST(ScriptTextTest, EmptyTextIsOneEmptyLine) {
-    CLineList text;
+    LineList text;
     EXPECT_THAT(Lines(text), ElementsAre(""));
     text.SetText("");
     EXPECT_THAT(Lines(text), ElementsAre(""));
@@ -22,7 +22,7 @@ TEST(ScriptTextTest, EmptyTextIsOneEmptyLine) {
 }
 
 TEST(ScriptTextTest, AnEndOfLineAtTheEndLeavesAnEmptyLine) {
-    CLineList text;
+    LineList text;
     text.SetText("a\r\nb\r\n");
     EXPECT_THAT(Lines(text), ElementsAre("a", "b", ""));
     EXPECT_EQ(text.GetText(), "a\r\nb\r\n");
@@ -32,7 +32,7 @@ TEST(ScriptTextTest, AnEndOfLineAtTheEndLeavesAnEmptyLine) {
 }
 
 TEST(ScriptTextTest, LoneLineFeedEndsALineAndLoneCarriageReturnDoesNot) {
-    CLineList text;
+    LineList text;
     text.SetText("a\nb\rc\n");
     EXPECT_THAT(Lines(text), ElementsAre("a", "b\rc", ""));
     EXPECT_EQ(text.GetText(), "a\r\nb\rc\r\n");
@@ -43,13 +43,13 @@ TEST(ScriptTextTest, EveryByteIsKept) {
     for (int c = 0; c < 256; ++c) {
         if (c != '\n' && c != '\r') bytes += static_cast<char>(c);
     }
-    CLineList text;
+    LineList text;
     text.SetText(bytes);
     EXPECT_EQ(text.GetText(), bytes);
 }
 
 TEST(ScriptTextTest, ReplacingTakesTheLineAndItsEnd) {
-    CLineList text;
+    LineList text;
     text.SetText("a\r\nb\r\nc");
     text.InsertScriptText(1, "x\n", true);
     EXPECT_THAT(Lines(text), ElementsAre("a", "x", "c"));
@@ -58,14 +58,14 @@ TEST(ScriptTextTest, ReplacingTakesTheLineAndItsEnd) {
 }
 
 TEST(ScriptTextTest, ReplacingTheLastLineAddsTheEndThatItLacked) {
-    CLineList text;
+    LineList text;
     text.SetText("a\r\nb");
     text.InsertScriptText(1, "x\n", true);
     EXPECT_THAT(Lines(text), ElementsAre("a", "x", ""));
 }
 
 TEST(ScriptTextTest, InsertingGoesBehindTheLine) {
-    CLineList text;
+    LineList text;
     text.SetText("a\r\nb");
     text.InsertScriptText(0, "x\n", false);
     EXPECT_THAT(Lines(text), ElementsAre("a", "x", "b"));

@@ -52,7 +52,7 @@ TEST_F(StatusStatementsTest, ErrorOfTheOperandIsHidden) {
 TEST_F(StatusStatementsTest, HourValueOfALocalVariableIsChangedAndFails) {
     CKalvexDoc& document = Run("LOCAL A = 1\nADD_STATUS A.HREP ALARM\n");
     EXPECT_EQ(Error(document), "16 A.HREP ALARM");
-    EXPECT_EQ(StatusOf(document, "A", KindHour), 4);
+    EXPECT_EQ(StatusOf(document, "A", value::KindHour), 4);
 }
 
 }  // namespace

@@ -3,11 +3,11 @@
 #include "fuzz/parcels.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kalvex::CheckParcel<kalvex::vantrel::ClientParcel>(kalvex::Bytes(data, size));
+    kalvex::fuzz::CheckParcel<kalvex::vantrel::ClientParcel>(kalvex::fuzz::Bytes(data, size));
     return 0;
 }
 
-std::vector<std::string> kalvex::FuzzCorpus() {
+std::vector<std::string> kalvex::fuzz::FuzzCorpus() {
     std::vector<std::string> corpus{"", vantrel::Pack(vantrel::Heartbeat{}),
                                     vantrel::Pack(vantrel::Farewell{4106})};
     for (const vantrel::ClientMessage& message : SampleClientMessages()) {

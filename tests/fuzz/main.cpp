@@ -73,9 +73,9 @@ int main(int argc, char** argv) {
         Run(options, std::string(std::istreambuf_iterator<char>(in), {}));
     }
     if (!files.empty()) return 0;
-    const std::vector<std::string> corpus = kalvex::FuzzCorpus();
+    const std::vector<std::string> corpus = kalvex::fuzz::FuzzCorpus();
     for (const std::string& input : corpus) Run(options, input);
-    kalvex::Mutator mutator(corpus, options.seed);
+    kalvex::fuzz::Mutator mutator(corpus, options.seed);
     for (std::uint64_t round = 0; round < options.rounds; ++round) Run(options, mutator.Next());
     return 0;
 }

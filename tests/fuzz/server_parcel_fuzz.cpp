@@ -3,11 +3,11 @@
 #include "text/CodePage.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kalvex::CheckParcel<kalvex::vantrel::ServerParcel>(kalvex::Bytes(data, size));
+    kalvex::fuzz::CheckParcel<kalvex::vantrel::ServerParcel>(kalvex::fuzz::Bytes(data, size));
     return 0;
 }
 
-std::vector<std::string> kalvex::FuzzCorpus() {
+std::vector<std::string> kalvex::fuzz::FuzzCorpus() {
     const std::string words = text::FromUtf8("zażółć gęślą jaźń");
     const std::vector<value::CVal> values{value::CVal(1), value::CVal(2.5), value::CVal(words),
                                           value::CVal()};

@@ -71,10 +71,10 @@ struct World {
 // Looks at all that the server says.
 class Client final : public vantrel::ServerLink {
   public:
-    explicit Client(World& world) : m_world(world), m_pSession(world.server.Accept(*this)) {
-        Demand(m_pSession != nullptr, "the client must be let in");
+    explicit Client(World& world) : m_world(world), m_session(world.server.Accept(*this)) {
+        Demand(m_session != nullptr, "the client must be let in");
     }
-    ~Client() override { m_pSession->OnClosed(vantrel::ReasonLost); }
+    ~Client() override { m_session->OnClosed(vantrel::ReasonLost); }
 
     void Say(std::string_view bytes) {
         vantrel::ClientParcel parcel;
@@ -82,7 +82,7 @@ class Client final : public vantrel::ServerLink {
         auto* message = std::get_if<vantrel::ClientMessage>(&parcel);
         if (message == nullptr) return;
         NoteRequests(*message);
-        m_pSession->OnMessage(std::move(*message));
+        m_session->OnMessage(std::move(*message));
         m_world.loop.Run();
     }
 
@@ -95,16 +95,16 @@ class Client final : public vantrel::ServerLink {
                    "what is sent does not decode");
         }
         if (const auto* login = std::get_if<vantrel::LoginResult>(&message)) {
-            Demand(!m_bLoggedIn, "a login is answered that was not asked for");
-            m_bLoggedIn = login->code == 0;
+            Demand(!m_loggedIn, "a login is answered that was not asked for");
+            m_loggedIn = login->code == 0;
             return;
         }
-        Demand(m_bLoggedIn, "something is said before the login");
+        Demand(m_loggedIn, "something is said before the login");
         if (const auto* answer = std::get_if<vantrel::ReadAnswer>(&message)) {
-            Demand(m_setRequests.count(answer->id) != 0, "an answer without a request");
+            Demand(m_requests.count(answer->id) != 0, "an answer without a request");
         } else if (const auto* results = std::get_if<vantrel::ModifyResults>(&message)) {
             for (const auto& entry : results->entries) {
-                Demand(m_setRequests.count(entry.id) != 0, "a result without a request");
+                Demand(m_requests.count(entry.id) != 0, "a result without a request");
             }
         }
     }
@@ -116,19 +116,19 @@ class Client final : public vantrel::ServerLink {
     void NoteRequests(const vantrel::ClientMessage& message) {
         if (const auto* reads = std::get_if<vantrel::ReadRequests>(&message)) {
             for (const vantrel::ReadRequest& request : reads->requests)
-                m_setRequests.insert(request.id);
+                m_requests.insert(request.id);
         } else if (const auto* writes = std::get_if<vantrel::ModifyRequests>(&message)) {
             for (const vantrel::ModifyRequest& request : writes->requests)
-                m_setRequests.insert(request.id);
+                m_requests.insert(request.id);
         } else if (const auto* archive = std::get_if<vantrel::ArchiveModifyRequest>(&message)) {
-            m_setRequests.insert(archive->id);
+            m_requests.insert(archive->id);
         }
     }
 
     World& m_world;
-    std::set<vantrel::RequestId> m_setRequests;
-    bool m_bLoggedIn = false;
-    std::unique_ptr<vantrel::ServerSession> m_pSession;
+    std::set<vantrel::RequestId> m_requests;
+    bool m_loggedIn = false;
+    std::unique_ptr<vantrel::ServerSession> m_session;
 };
 
 }  // namespace
@@ -150,12 +150,12 @@ std::vector<std::string> FuzzCorpus() {
 }  // namespace kalvex::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static kalvex::World world;
-    kalvex::Client client(world);
-    std::vector<kalvex::WireField> steps;
-    kalvex::SplitFields(kalvex::Bytes(data, size), steps);
-    for (const kalvex::WireField& step : steps) {
-        if (step.tag == kalvex::kSecond) {
+    static kalvex::fuzz::World world;
+    kalvex::fuzz::Client client(world);
+    std::vector<kalvex::fuzz::WireField> steps;
+    kalvex::fuzz::SplitFields(kalvex::fuzz::Bytes(data, size), steps);
+    for (const kalvex::fuzz::WireField& step : steps) {
+        if (step.tag == kalvex::fuzz::kSecond) {
             world.clock.Advance(1000);
             world.server.Tick();
         }

@@ -42,7 +42,7 @@ TEST(DataFileHeaderTest, RefusesOtherCharactersAndAnEmptyName) {
     EXPECT_EQ(HeaderName("[]"), std::nullopt);
     EXPECT_EQ(HeaderName("[a b]"), std::nullopt);
     EXPECT_EQ(HeaderName("[a/b]"), std::nullopt);
-    EXPECT_EQ(HeaderName(FromUtf8("[ö]")), std::nullopt);
+    EXPECT_EQ(HeaderName(text::FromUtf8("[ö]")), std::nullopt);
     EXPECT_EQ(HeaderName("a]"), std::nullopt);
     EXPECT_EQ(HeaderName(" [a]"), std::nullopt);
     EXPECT_EQ(HeaderName(""), std::nullopt);

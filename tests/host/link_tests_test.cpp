@@ -160,7 +160,7 @@ class LinkTestsTest : public support::HostWorld {
 };
 
 TEST_F(LinkTestsTest, NoTestOfAnAddressIsUnknown) {
-    CLinkTests tests(services);
+    LinkTests tests(services);
     EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), -101);
     EXPECT_EQ(tests.TakeResult(LinkKind::Ftp, "a"), -101);
     EXPECT_EQ(tests.TakeResult(LinkKind::Http, "a"), -101);
@@ -168,7 +168,7 @@ TEST_F(LinkTestsTest, NoTestOfAnAddressIsUnknown) {
 
 TEST_F(LinkTestsTest, ResultIsTakenOnce) {
     probes.pings["a"] = 0;
-    CLinkTests tests(services);
+    LinkTests tests(services);
     tests.Start(LinkKind::Ping, Address("a"));
     probes.WaitForFinished(1);
     EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "b"), -101);
@@ -178,7 +178,7 @@ TEST_F(LinkTestsTest, ResultIsTakenOnce) {
 }
 
 TEST_F(LinkTestsTest, NewestFinishedTestGivesTheResultAndTheOlderGo) {
-    CLinkTests tests(services);
+    LinkTests tests(services);
     probes.pings["a"] = 7;
     tests.Start(LinkKind::Ping, Address("a"));
     probes.WaitForFinished(1);
@@ -192,7 +192,7 @@ TEST_F(LinkTestsTest, NewestFinishedTestGivesTheResultAndTheOlderGo) {
 }
 
 TEST_F(LinkTestsTest, RunningTestHidesAFinishedOneWhichIsLost) {
-    CLinkTests tests(services);
+    LinkTests tests(services);
     probes.pings["czeka"] = 5;
     probes.Release();
     tests.Start(LinkKind::Ping, Address("czeka"));
@@ -222,7 +222,7 @@ TEST_F(LinkTestsTest, ProcessWithoutProbesStartsNothing) {
 }
 
 TEST_F(LinkTestsTest, WorkersBearTheirNamesAndNumbers) {
-    CLinkTests tests(services);
+    LinkTests tests(services);
     LinkTarget ftp = Address("f");
     ftp.user = "u";
     tests.Start(LinkKind::Ping, Address("p"));
@@ -284,7 +284,8 @@ TEST_F(LinkTestsTest, ResultsOfPingAndHttpAreCutAtTheColonAndThatOfFtpIsNot) {
     engine::CKalvexDoc& script = *documents.back();
     const auto value = [&script](std::string_view expression) {
         value::CVal out;
-        EXPECT_TRUE(EvaluateExpression(script, expression, out, ValueType::Int)) << expression;
+        EXPECT_TRUE(operands::EvaluateExpression(script, expression, out, value::ValueType::Int))
+            << expression;
         return value::ValueToInt(out);
     };
     EXPECT_EQ(value("PING_RESULT \"a:9\""), 3);
@@ -427,7 +428,7 @@ TEST_F(LinkTestsTest, HttpFailuresHaveACodeATextAndALogLineEach) {
 
 TEST_F(LinkTestsTest, LogLineStandsBeforeTheResultIsSeen) {
     probes.tcp = {platform::TcpStep::Connect, "odmowa"};
-    CLinkTests tests(services);
+    LinkTests tests(services);
     tests.Start(LinkKind::Http, Address("host"));
     probes.WaitForFinished(1);
     EXPECT_THAT(Log(), IsEmpty());
@@ -440,7 +441,7 @@ TEST_F(LinkTestsTest, LogLineStandsBeforeTheResultIsSeen) {
 TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocument) {
     probes.tcp = {platform::TcpStep::Resolve, "brak"};
     {
-        CLinkTests tests(services);
+        LinkTests tests(services);
         tests.Start(LinkKind::Http, Address("host"));
     }
     EXPECT_THAT(Log(), ElementsAre("Nieprawidłowy adres serwera http host. brak"));
@@ -523,14 +524,14 @@ TEST_F(LinkTestsRealTest, FtpRefusedLoginIsTriedThreeTimes) {
     const std::vector<std::string> commands = server.Commands();
     EXPECT_EQ(std::ranges::count(commands, "connect"), 3);
     const std::string retry = "Błąd FTP (Ponowienie próby nawiązania połączenia)";
-    EXPECT_EQ(std::ranges::count(Log(LogAlways), retry), 2);
+    EXPECT_EQ(std::ranges::count(Log(platform::LogAlways), retry), 2);
 }
 
 TEST_F(LinkTestsRealTest, ManyTestsAtOnce) {
     const support::LoopbackPort open(true);
     const support::LoopbackPort shut(false);
     support::FtpResponder server;
-    CLinkTests tests(services);
+    LinkTests tests(services);
     for (int i = 0; i < 8; ++i) {
         LinkTarget target;
         target.address = "127.0.0.1";

@@ -350,7 +350,8 @@ class ProgramsRealTest : public support::HostWorld {
     int AfterTheEnd(std::string_view expression) {
         support::ExitCodeOf(processes, std::stoi(Text("id")));
         value::CVal value;
-        EXPECT_TRUE(EvaluateExpression(*documents.back(), expression, value, ValueType::Int));
+        EXPECT_TRUE(operands::EvaluateExpression(*documents.back(), expression, value,
+                                                 value::ValueType::Int));
         return value::ValueToInt(value);
     }
 

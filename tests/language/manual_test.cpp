@@ -22,7 +22,7 @@ class ManualTest : public testing::Test {
   protected:
     void SetUp() override {
         std::string error;
-        ASSERT_TRUE(ReadWholeFile(KALVEX_MANUAL, text, error)) << error;
+        ASSERT_TRUE(platform::ReadWholeFile(KALVEX_MANUAL, text, error)) << error;
         std::istringstream lines(text);
         for (std::string line; std::getline(lines, line);) {
             if (!line.starts_with("### ")) continue;

@@ -30,43 +30,43 @@ class ListAggregatesTest : public testing::Test {
 
 TEST_F(ListAggregatesTest, CountFollowsMaskAndRange) {
     EXPECT_EQ(CountItems(list, {}), 4);
-    EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
-    EXPECT_EQ(CountItems(list, {Status::Unknown | Status::Alarm}), 2);
+    EXPECT_EQ(CountItems(list, {value::Status::Unknown}), 3);
+    EXPECT_EQ(CountItems(list, {value::Status::Unknown | value::Status::Alarm}), 2);
     EXPECT_EQ(CountItems(list, {0, 200, 300}), 2);
     EXPECT_EQ(CountItems(list, {0, 201, 299}), 0);
     list.Add(Element(1, 0, value::kLargestTime + 1));
     EXPECT_EQ(CountItems(list, {}), 5);
-    EXPECT_EQ(CountItems(list, {Status::Unknown}), 3);
+    EXPECT_EQ(CountItems(list, {value::Status::Unknown}), 3);
 }
 
 TEST_F(ListAggregatesTest, SumHasTheTimeOfItsMaking) {
     value::CVal result;
     EXPECT_TRUE(SumItems(list, result, {}, kNow));
-    EXPECT_EQ(Dump(result), "150:15");
-    EXPECT_EQ(result.GetStatus(), Status::SetByUser);
+    EXPECT_EQ(support::Dump(result), "150:15");
+    EXPECT_EQ(result.GetStatus(), value::Status::SetByUser);
     EXPECT_EQ(result.GetTime(), kNow);
-    EXPECT_TRUE(SumItems(list, result, {Status::Unknown}, kNow));
-    EXPECT_EQ(Dump(result), "150:13");
+    EXPECT_TRUE(SumItems(list, result, {value::Status::Unknown}, kNow));
+    EXPECT_EQ(support::Dump(result), "150:13");
 }
 
 TEST_F(ListAggregatesTest, AverageIsADouble) {
     value::CVal result;
     EXPECT_TRUE(AverageItems(list, result, {0, 300, 400}, kNow));
-    EXPECT_EQ(Dump(result), "171:4.00");
-    EXPECT_EQ(result.GetStatus(), Status::SetByUser);
+    EXPECT_EQ(support::Dump(result), "171:4.00");
+    EXPECT_EQ(result.GetStatus(), value::Status::SetByUser);
     EXPECT_EQ(result.GetTime(), kNow);
 }
 
 TEST_F(ListAggregatesTest, ExtremesAreTheElementsThemselves) {
     value::CVal result;
     EXPECT_TRUE(MaxItem(list, result, {}));
-    EXPECT_EQ(Dump(result), "150:5");
+    EXPECT_EQ(support::Dump(result), "150:5");
     EXPECT_EQ(result.GetTime(), 100);
     EXPECT_EQ(result.GetStatus(), 0);
     EXPECT_TRUE(MinItem(list, result, {}));
     EXPECT_EQ(result.GetTime(), 200);
-    EXPECT_EQ(result.GetStatus(), Status::Unknown);
-    EXPECT_TRUE(MinItem(list, result, {Status::Unknown}));
+    EXPECT_EQ(result.GetStatus(), value::Status::Unknown);
+    EXPECT_TRUE(MinItem(list, result, {value::Status::Unknown}));
     EXPECT_EQ(result.GetTime(), 400);
 }
 
@@ -78,13 +78,13 @@ TEST_F(ListAggregatesTest, NothingThatCountsLeavesTheResult) {
     EXPECT_FALSE(MaxItem(list, result, nothing));
     EXPECT_FALSE(MinItem(list, result, nothing));
     EXPECT_FALSE(SumItems(CVariableList("E"), result, {}, kNow));
-    EXPECT_EQ(Dump(result), "190:przed");
+    EXPECT_EQ(support::Dump(result), "190:przed");
 }
 
 TEST_F(ListAggregatesTest, ElementsAreNotChanged) {
     value::CVal result;
     SumItems(list, result, {}, kNow);
-    EXPECT_EQ(Dump(list.Elements()[0]), "150:5");
+    EXPECT_EQ(support::Dump(list.Elements()[0]), "150:5");
     EXPECT_EQ(list.Elements()[0].GetTime(), 100);
 }
 
@@ -94,9 +94,9 @@ TEST(ListAggregatesArchiveTest, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
     values.Add(Element(2, 0, 10));
     values.Add(Element(3, 0, 30));
     values.SortTimes();
-    EXPECT_EQ(Dump(*values.Get(0)), "150:2");
-    EXPECT_EQ(Dump(*values.Get(1)), "150:1");
-    EXPECT_EQ(Dump(*values.Get(2)), "150:3");
+    EXPECT_EQ(support::Dump(*values.Get(0)), "150:2");
+    EXPECT_EQ(support::Dump(*values.Get(1)), "150:1");
+    EXPECT_EQ(support::Dump(*values.Get(2)), "150:3");
     EXPECT_EQ(values.Get(3), nullptr);
     EXPECT_EQ(values.GetSize(), 3u);
     values.RemoveAll();

@@ -17,8 +17,8 @@ constexpr FunctionRow kRows[] = {
 
 class ListFunctionsTest : public testing::Test {
   protected:
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
     // Type, content, status and time.
@@ -129,10 +129,10 @@ TEST_F(ListFunctionsCalcTest, NothingComputedWritesAValueWithoutContent) {
 TEST_F(ListFunctionsCalcTest, ResultMayBeAKindOfAVariable) {
     Series();
     EXPECT_EQ(Calc("LISTA.SUM R.DREP"), "0 R 190:stare");
-    EXPECT_EQ(Dump(script.Value("R", KindDay)), "150:16");
+    EXPECT_EQ(support::Dump(script.Value("R", value::KindDay)), "150:16");
     // The hour value of a local variable is stored, whatever the answer.
     EXPECT_EQ(Calc("LISTA.SUM R.HREP"), "0 R 190:stare");
-    EXPECT_EQ(Dump(script.Value("R", KindHour)), "150:16");
+    EXPECT_EQ(support::Dump(script.Value("R", value::KindHour)), "150:16");
 }
 
 TEST_F(ListFunctionsCalcTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
@@ -140,9 +140,9 @@ TEST_F(ListFunctionsCalcTest, ResultMayBeRemoteOrAPointerToARemoteVariable) {
     support::HandRemote& remote = script.Remote("Z");
     script.Pointer("W", "Z");
     Calc("LISTA.SUM Z");
-    EXPECT_EQ(Dump(remote.value), "150:16");
+    EXPECT_EQ(support::Dump(remote.value), "150:16");
     Calc("LISTA.COUNT W");
-    EXPECT_EQ(Dump(remote.value), "150:4");
+    EXPECT_EQ(support::Dump(remote.value), "150:4");
 }
 
 TEST_F(ListFunctionsCalcTest, PointerToALocalVariableIsRefused) {
@@ -208,7 +208,7 @@ TEST_F(ListFunctionsCalcTest, FunctionGivesTheCode) {
     Series();
     script.List("PUSTA");
     EXPECT_EQ(script.Evaluate("CALC_IN_LIST LISTA.SUM R UNKNOWN"), "150:0");
-    EXPECT_EQ(Dump(script.Value("R")), "150:7");
+    EXPECT_EQ(support::Dump(script.Value("R")), "150:7");
     EXPECT_EQ(script.Evaluate("CALC_IN_LIST LISTA.SUM R 0 FROM 2024 2 1 TO 2024 1 1"), "150:-1");
     EXPECT_EQ(script.Evaluate("CALC_IN_LIST PUSTA.SUM R"), "150:-2");
     EXPECT_EQ(script.Evaluate("CALC_IN_LIST BRAK.SUM R"), "failed 3 BRAK");
@@ -238,42 +238,44 @@ class ListFunctionsFillTest : public ListFunctionsTest {
 };
 
 TEST_F(ListFunctionsFillTest, OneElementForEachHour) {
-    EXPECT_EQ(Fill("L 5 0 T1 T2 HREP"),
-              Five(Gmt(2024, 3, 10, 6)) + Five(Gmt(2024, 3, 10, 7)) + Five(Gmt(2024, 3, 10, 8)));
+    EXPECT_EQ(Fill("L 5 0 T1 T2 HREP"), Five(support::Gmt(2024, 3, 10, 6)) +
+                                            Five(support::Gmt(2024, 3, 10, 7)) +
+                                            Five(support::Gmt(2024, 3, 10, 8)));
     EXPECT_EQ(list.GetIterator(), -1);
 }
 
 TEST_F(ListFunctionsFillTest, HoursAreRealOnesWhenTheClockIsPutBack) {
     script.Local("OD", value::CVal(support::Gmt(2024, 10, 26, 23, 30)));
     script.Local("DO", value::CVal(support::Gmt(2024, 10, 27, 2)));
-    EXPECT_EQ(Fill("L 5 0 OD DO HREP"), Five(Gmt(2024, 10, 26, 23)) + Five(Gmt(2024, 10, 27, 0)) +
-                                            Five(Gmt(2024, 10, 27, 1)) +
-                                            Five(Gmt(2024, 10, 27, 2)));
+    EXPECT_EQ(Fill("L 5 0 OD DO HREP"),
+              Five(support::Gmt(2024, 10, 26, 23)) + Five(support::Gmt(2024, 10, 27, 0)) +
+                  Five(support::Gmt(2024, 10, 27, 1)) + Five(support::Gmt(2024, 10, 27, 2)));
 }
 
 TEST_F(ListFunctionsFillTest, DaysFollowTheLocalClock) {
     script.Local("OD", value::CVal(support::Gmt(2024, 3, 30, 12)));
     script.Local("DO", value::CVal(support::Gmt(2024, 4, 1, 12)));
-    EXPECT_EQ(Fill("L 5 0 OD DO DREP"),
-              Five(Gmt(2024, 3, 29, 23)) + Five(Gmt(2024, 3, 30, 23)) + Five(Gmt(2024, 3, 31, 22)));
+    EXPECT_EQ(Fill("L 5 0 OD DO DREP"), Five(support::Gmt(2024, 3, 29, 23)) +
+                                            Five(support::Gmt(2024, 3, 30, 23)) +
+                                            Five(support::Gmt(2024, 3, 31, 22)));
 }
 
 TEST_F(ListFunctionsFillTest, Months) {
     script.Local("OD", value::CVal(support::Gmt(2024, 1, 31, 12)));
     script.Local("DO", value::CVal(support::Gmt(2024, 4, 1, 12)));
-    EXPECT_EQ(Fill("L 5 0 OD DO MREP"), Five(Gmt(2023, 12, 31, 23)) + Five(Gmt(2024, 1, 31, 23)) +
-                                            Five(Gmt(2024, 2, 29, 23)) +
-                                            Five(Gmt(2024, 3, 31, 22)));
+    EXPECT_EQ(Fill("L 5 0 OD DO MREP"),
+              Five(support::Gmt(2023, 12, 31, 23)) + Five(support::Gmt(2024, 1, 31, 23)) +
+                  Five(support::Gmt(2024, 2, 29, 23)) + Five(support::Gmt(2024, 3, 31, 22)));
 }
 
 TEST_F(ListFunctionsFillTest, YearsAndOperandsAreTimesToo) {
-    EXPECT_EQ(Fill("L 5 0 2024 T1.FIRSTLOCALYEAR DREP"), Five(Gmt(2023, 12, 31, 23)));
+    EXPECT_EQ(Fill("L 5 0 2024 T1.FIRSTLOCALYEAR DREP"), Five(support::Gmt(2023, 12, 31, 23)));
 }
 
 TEST_F(ListFunctionsFillTest, ElementsTakeTheStatus) {
-    EXPECT_EQ(Fill("L 5 ALARM T1 T1 HREP"), Five(Gmt(2024, 3, 10, 6), 4));
+    EXPECT_EQ(Fill("L 5 ALARM T1 T1 HREP"), Five(support::Gmt(2024, 3, 10, 6), 4));
     EXPECT_EQ(Fill("L 5 33 T1 T1 HREP"),
-              Five(Gmt(2024, 3, 10, 6), 4) + Five(Gmt(2024, 3, 10, 6), 33));
+              Five(support::Gmt(2024, 3, 10, 6), 4) + Five(support::Gmt(2024, 3, 10, 6), 33));
 }
 
 TEST_F(ListFunctionsFillTest, ValueLosesItsOwnStatusAndTime) {
@@ -290,7 +292,7 @@ TEST_F(ListFunctionsFillTest, NumberTakesTheTypeOfTheCurrentElement) {
 
 TEST_F(ListFunctionsFillTest, StartAfterEndAddsNothing) {
     EXPECT_EQ(Fill("L 5 0 T2 T1 HREP"), "");
-    EXPECT_EQ(Fill("L 5 0 T2 T1 DREP"), Five(Gmt(2024, 3, 9, 23)));
+    EXPECT_EQ(Fill("L 5 0 T2 T1 DREP"), Five(support::Gmt(2024, 3, 9, 23)));
 }
 
 TEST_F(ListFunctionsFillTest, Failures) {

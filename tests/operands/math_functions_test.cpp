@@ -19,8 +19,8 @@ constexpr FunctionRow kRows[] = {
 
 class MathFunctionsTest : public testing::Test {
   protected:
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
     static std::string Number(double x) { return support::Dump(value::CVal(x)); }
@@ -69,7 +69,7 @@ TEST_F(MathFunctionsTest, SquareLosesTheStatusOfItsArgument) {
     script.Local("A", unknown);
     std::string_view text = "SQR A";
     value::CVal value;
-    ASSERT_TRUE(EvaluateExpression(script, text, value, ValueType::Double));
+    ASSERT_TRUE(EvaluateExpression(script, text, value, value::ValueType::Double));
     EXPECT_EQ(value.GetStatus(), 0);
 }
 

@@ -97,11 +97,11 @@ TEST(NumberFormatTest, WidthAndPrecisionHaveALimit) {
 }
 
 TEST(NumberFormatTest, ValuesReadAsNumbers) {
-    EXPECT_EQ(FormatNumber(CVal("12.5 bar"), "%.1f"), "12.5");
-    EXPECT_EQ(FormatNumber(CVal("bar"), "%d"), "0");
-    EXPECT_EQ(FormatNumber(CVal(), "%.1f"), "0.0");
-    EXPECT_EQ(FormatNumber(CVal(9007199254740993), "%d"), "2147483647");
-    EXPECT_EQ(FormatNumber(CVal(true), "%d"), "1");
+    EXPECT_EQ(FormatNumber(value::CVal("12.5 bar"), "%.1f"), "12.5");
+    EXPECT_EQ(FormatNumber(value::CVal("bar"), "%d"), "0");
+    EXPECT_EQ(FormatNumber(value::CVal(), "%.1f"), "0.0");
+    EXPECT_EQ(FormatNumber(value::CVal(9007199254740993), "%d"), "2147483647");
+    EXPECT_EQ(FormatNumber(value::CVal(true), "%d"), "1");
 }
 
 TEST(NumberFormatTest, LocaleDoesNotMatter) {

@@ -35,13 +35,13 @@ TEST_F(OperandTest, ScheduleWordsAreTexts) {
 }
 
 TEST_F(OperandTest, NumbersAreConvertedToTheWantedType) {
-    EXPECT_EQ(Read("12.7", ValueType::Int), "150:12");
-    EXPECT_EQ(Read("12.7", ValueType::Double), "171:12.70");
-    EXPECT_EQ(Read("12", ValueType::Text), "190:12.00");
-    EXPECT_EQ(Read("9007199254740993", ValueType::Int64), "160:9007199254740993");
-    EXPECT_EQ(Read("9007199254740993", ValueType::Double), "171:9.007199254740992e+15");
-    EXPECT_EQ(Read("5", ValueType::None), "171:5.00");
-    EXPECT_EQ(Read("5", ValueType::Unreadable), "171:5.00");
+    EXPECT_EQ(Read("12.7", value::ValueType::Int), "150:12");
+    EXPECT_EQ(Read("12.7", value::ValueType::Double), "171:12.70");
+    EXPECT_EQ(Read("12", value::ValueType::Text), "190:12.00");
+    EXPECT_EQ(Read("9007199254740993", value::ValueType::Int64), "160:9007199254740993");
+    EXPECT_EQ(Read("9007199254740993", value::ValueType::Double), "171:9.007199254740992e+15");
+    EXPECT_EQ(Read("5", value::ValueType::None), "171:5.00");
+    EXPECT_EQ(Read("5", value::ValueType::Unreadable), "171:5.00");
     EXPECT_EQ(Read("1e5"), "171:100000.00");
     EXPECT_EQ(Read("-12.5"), "171:-12.50");
     EXPECT_EQ(Read("+3"), "171:3.00");
@@ -51,16 +51,16 @@ TEST_F(OperandTest, NumbersAreConvertedToTheWantedType) {
 
 TEST_F(OperandTest, VariablesKeepTheirType) {
     script.Local("A", value::CVal(12.7));
-    EXPECT_EQ(Read("A", ValueType::Int), "171:12.70");
-    EXPECT_EQ(Read("A", ValueType::Text), "171:12.70");
+    EXPECT_EQ(Read("A", value::ValueType::Int), "171:12.70");
+    EXPECT_EQ(Read("A", value::ValueType::Text), "171:12.70");
     EXPECT_EQ(Read("  A  "), "171:12.70");
 }
 
 TEST_F(OperandTest, StringLiterals) {
-    EXPECT_EQ(Read("\"abc\"", ValueType::Int), "190:abc");
+    EXPECT_EQ(Read("\"abc\"", value::ValueType::Int), "190:abc");
     EXPECT_EQ(Read("\"a\""), "190:a");
     EXPECT_EQ(Read("\" \""), "190: ");
-    EXPECT_EQ(Read("\"12\"", ValueType::Int), "190:12");
+    EXPECT_EQ(Read("\"12\"", value::ValueType::Int), "190:12");
     EXPECT_EQ(Read("\"\""), "failed 3 \"\"");
     EXPECT_EQ(Read("\""), "failed 3 \"");
     EXPECT_EQ(Read("\"żółw\""), "190:żółw");
@@ -136,7 +136,7 @@ TEST_F(OperandTest, BaseNameIsForPointers) {
     script.Pointer("P", "X");
     EXPECT_EQ(Read("P.BASENAME"), "190:X");
     EXPECT_EQ(Read("X.BASENAME"), "failed 21 X");
-    EXPECT_EQ(Read("X.BASENAME", ValueType::Double, false), "failed 0");
+    EXPECT_EQ(Read("X.BASENAME", value::ValueType::Double, false), "failed 0");
     EXPECT_EQ(Read("B.BASENAME"), "failed 3 B");
     EXPECT_EQ(Read("P.NAME"), "190:P");
 }
@@ -158,15 +158,15 @@ TEST_F(OperandTest, ListProperties) {
 TEST_F(OperandTest, ListPropertyOfAnythingElse) {
     script.Local("A");
     EXPECT_EQ(Read("A.COUNT"), "failed 21 A");
-    EXPECT_EQ(Read("A.COUNT", ValueType::Double, false), "failed 0");
+    EXPECT_EQ(Read("A.COUNT", value::ValueType::Double, false), "failed 0");
     EXPECT_EQ(Read("B.COUNT"), "failed 3 B");
 }
 
 TEST_F(OperandTest, SumOfAnEmptyListLeavesWhatWasThere) {
     script.List("L");
     value::CVal value("przed");
-    EXPECT_TRUE(EvaluateOperand(script, "L.SUM", value, ValueType::Double, true));
-    EXPECT_EQ(ValueToText(value), "przed");
+    EXPECT_TRUE(EvaluateOperand(script, "L.SUM", value, value::ValueType::Double, true));
+    EXPECT_EQ(value::ValueToText(value), "przed");
 }
 
 TEST_F(OperandTest, TimestampFollowsTheSuffix) {
@@ -177,7 +177,7 @@ TEST_F(OperandTest, TimestampFollowsTheSuffix) {
     EXPECT_EQ(Read("A.TIMESTAMP"), "160:1000");
     EXPECT_EQ(Read("A.DREP.TIMESTAMP"), "160:2000");
     EXPECT_EQ(Read("A.MREP.TIMESTAMP"), "failed 15 A.MREP");
-    EXPECT_EQ(Read("A.MREP.TIMESTAMP", ValueType::Double, false), "failed 0");
+    EXPECT_EQ(Read("A.MREP.TIMESTAMP", value::ValueType::Double, false), "failed 0");
     EXPECT_EQ(Read("B.TIMESTAMP"), "failed 3 B");
 }
 
@@ -211,7 +211,7 @@ TEST_F(OperandTest, NothingToReadIsAWait) {
     EXPECT_EQ(Read("A.ARCH"), "failed 27 A.ARCH");
     EXPECT_EQ(Read("A.XYZ"), "failed 27 A.XYZ");
     EXPECT_EQ(Read("L"), "failed 27 L");
-    EXPECT_EQ(Read("A.ARCH", ValueType::Double, false), "failed 27 A.ARCH");
+    EXPECT_EQ(Read("A.ARCH", value::ValueType::Double, false), "failed 27 A.ARCH");
 }
 
 TEST_F(OperandTest, RemoteValueThatIsMissing) {
@@ -220,7 +220,7 @@ TEST_F(OperandTest, RemoteValueThatIsMissing) {
     EXPECT_EQ(Read("R"), "150:5");
     remote.answer = ReadUnavailable;
     EXPECT_EQ(Read("R.HREP"), "failed 15 R.HREP");
-    EXPECT_EQ(Read("R", ValueType::Double, false), "failed 27 R");
+    EXPECT_EQ(Read("R", value::ValueType::Double, false), "failed 27 R");
     remote.answer = ReadNothing;
     EXPECT_EQ(Read("R"), "failed 27 R");
 }
@@ -228,7 +228,7 @@ TEST_F(OperandTest, RemoteValueThatIsMissing) {
 TEST_F(OperandTest, FirstErrorStays) {
     script.SetError(ErrorExpression, "pierwszy", true);
     value::CVal value;
-    EXPECT_FALSE(EvaluateOperand(script, "B", value, ValueType::Double, true));
+    EXPECT_FALSE(EvaluateOperand(script, "B", value, value::ValueType::Double, true));
     EXPECT_EQ(script.Error(), "16 pierwszy");
 }
 
@@ -240,7 +240,7 @@ class OperandExpressionTest : public testing::Test {
 TEST_F(OperandExpressionTest, SingleTokenIsAnOperandOrElseAFormula) {
     script.Local("A", value::CVal(7));
     script.Local("B", value::CVal(2));
-    EXPECT_EQ(script.Evaluate("5", ValueType::Int), "150:5");
+    EXPECT_EQ(script.Evaluate("5", value::ValueType::Int), "150:5");
     EXPECT_EQ(script.Evaluate("A-B"), "150:5");
     EXPECT_EQ(script.Evaluate("A-C"), "failed 3 A-C");
     EXPECT_EQ(script.Evaluate("\"tekst\""), "190:tekst");
@@ -249,8 +249,8 @@ TEST_F(OperandExpressionTest, SingleTokenIsAnOperandOrElseAFormula) {
 
 TEST_F(OperandExpressionTest, SeveralTokensAreAFormulaWhoseTypeIsNotCast) {
     script.Local("A", value::CVal(7));
-    EXPECT_EQ(script.Evaluate("A + 1", ValueType::Text), "171:8.00");
-    EXPECT_EQ(script.Evaluate("A A", ValueType::Text), "150:7");
+    EXPECT_EQ(script.Evaluate("A + 1", value::ValueType::Text), "171:8.00");
+    EXPECT_EQ(script.Evaluate("A A", value::ValueType::Text), "150:7");
 }
 
 TEST_F(OperandExpressionTest, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
@@ -271,7 +271,7 @@ TEST_F(OperandExpressionTest, KeywordFunctionsAreCaseSensitiveAndDropTheRest) {
          "", ""},
         {"NIGDY", [](FunctionCall&) { return FunctionResult::Failed; }, "", ""},
     };
-    static const CFunctionTable table(rows);
+    static const FunctionTable table(rows);
     support::FakeScript withFunctions(table);
     EXPECT_EQ(withFunctions.Evaluate("PIERWSZY a b c d e"), "190:a|c| d e| a b c d e");
     EXPECT_EQ(withFunctions.Evaluate("PIERWSZY"), "190:|||");
@@ -286,8 +286,8 @@ TEST_F(OperandExpressionTest, RestEndsAtThenGotoOrSemicolon) {
     for (const char* line : {"A THEN x", "A GOTO x", "A then", "A ; THEN", "A;x", "A   "}) {
         std::string_view rest = line;
         value::CVal value;
-        EXPECT_TRUE(EvaluateRest(script, rest, value, ValueType::Double)) << line;
-        EXPECT_EQ(Dump(value), "150:7") << line;
+        EXPECT_TRUE(EvaluateRest(script, rest, value, value::ValueType::Double)) << line;
+        EXPECT_EQ(support::Dump(value), "150:7") << line;
         EXPECT_EQ(rest, "") << line;
     }
 }
@@ -301,7 +301,7 @@ TEST_F(OperandExpressionTest, RestIsJoinedWithSingleBlanks) {
          },
          "", ""},
     };
-    static const CFunctionTable table(rows);
+    static const FunctionTable table(rows);
     support::FakeScript withFunctions(table);
     const std::pair<const char*, const char*> cases[] = {
         {"  F   a  b THEN", "F a b"},
@@ -314,8 +314,8 @@ TEST_F(OperandExpressionTest, RestIsJoinedWithSingleBlanks) {
     for (const auto& [line, joined] : cases) {
         std::string_view rest = line;
         value::CVal value;
-        EXPECT_TRUE(EvaluateRest(withFunctions, rest, value, ValueType::Text));
-        EXPECT_EQ(ValueToText(value), joined);
+        EXPECT_TRUE(EvaluateRest(withFunctions, rest, value, value::ValueType::Text));
+        EXPECT_EQ(value::ValueToText(value), joined);
     }
 }
 

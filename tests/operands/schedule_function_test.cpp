@@ -17,8 +17,8 @@ class ScheduleFunctionTest : public testing::Test {
         script.Local("POLUDNIE", value::CVal("0 0 12 * * *"));
     }
 
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
 

@@ -95,10 +95,10 @@ TEST_F(ScheduleFieldsTest, NoonFitsAtNoonOnly) {
 }
 
 TEST_F(ScheduleFieldsTest, HourIsTheLocalOneOfTheSeason) {
-    EXPECT_TRUE(MatchScheduleEntry("0 0 12 * * *", Gmt(2024, 7, 1, 10)));
-    EXPECT_FALSE(MatchScheduleEntry("0 0 12 * * *", Gmt(2024, 7, 1, 11)));
-    EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", Gmt(2024, 10, 27, 0, 30)));
-    EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", Gmt(2024, 10, 27, 1, 30)));
+    EXPECT_TRUE(MatchScheduleEntry("0 0 12 * * *", support::Gmt(2024, 7, 1, 10)));
+    EXPECT_FALSE(MatchScheduleEntry("0 0 12 * * *", support::Gmt(2024, 7, 1, 11)));
+    EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", support::Gmt(2024, 10, 27, 0, 30)));
+    EXPECT_TRUE(MatchScheduleEntry("0 30 2 * * *", support::Gmt(2024, 10, 27, 1, 30)));
     for (std::int64_t time = support::Gmt(2024, 3, 30, 23); time < support::Gmt(2024, 3, 31, 22);
          time += 1800) {
         EXPECT_FALSE(MatchScheduleEntry("0 30 2 * * *", time)) << time;
@@ -191,8 +191,8 @@ TEST_F(ScheduleFieldsTest, HundredLettersOrDigitsFailTheEntry) {
 }
 
 TEST_F(ScheduleFieldsTest, BoundsOfEachField) {
-    EXPECT_TRUE(MatchScheduleEntry("59 59 23 31 12 *", Gmt(2024, 12, 31, 22, 59, 59)));
-    EXPECT_TRUE(MatchScheduleEntry("0 0 0 1 1 *", Gmt(2023, 12, 31, 23)));
+    EXPECT_TRUE(MatchScheduleEntry("59 59 23 31 12 *", support::Gmt(2024, 12, 31, 22, 59, 59)));
+    EXPECT_TRUE(MatchScheduleEntry("0 0 0 1 1 *", support::Gmt(2023, 12, 31, 23)));
     EXPECT_EQ(Days("1,31"), "1,31");
     EXPECT_EQ(Days("*/3"), "1,4,7,10,13,16,19,22,25,28,31");
     EXPECT_EQ(Days("2-30/14"), "2,16,30");
@@ -208,8 +208,8 @@ TEST_F(ScheduleFieldsTest, MonthsHaveNames) {
     EXPECT_EQ(Months("March"), "");
     EXPECT_EQ(Months("Mon"), "");
     EXPECT_EQ(Months("*/Feb"), "");
-    EXPECT_TRUE(MatchScheduleEntry("0 0 0 1 Jan *", Gmt(2023, 12, 31, 23)));
-    EXPECT_FALSE(MatchScheduleEntry("0 0 0 1 Jan *", Gmt(2024, 1, 31, 23)));
+    EXPECT_TRUE(MatchScheduleEntry("0 0 0 1 Jan *", support::Gmt(2023, 12, 31, 23)));
+    EXPECT_FALSE(MatchScheduleEntry("0 0 0 1 Jan *", support::Gmt(2024, 1, 31, 23)));
 }
 
 TEST_F(ScheduleFieldsTest, DaysOfWeekHaveNames) {
@@ -220,8 +220,8 @@ TEST_F(ScheduleFieldsTest, DaysOfWeekHaveNames) {
     EXPECT_EQ(Week("Wed-6/2"), "3,5");
     EXPECT_EQ(Week("Fri-Sun"), "");  // Sun is 0
     EXPECT_EQ(Week("Jan"), "");
-    EXPECT_TRUE(MatchScheduleEntry("0 30 6 * * Mon-Fri", Gmt(2024, 3, 11, 5, 30)));
-    EXPECT_FALSE(MatchScheduleEntry("0 30 6 * * Mon-Fri", Gmt(2024, 3, 10, 5, 30)));
+    EXPECT_TRUE(MatchScheduleEntry("0 30 6 * * Mon-Fri", support::Gmt(2024, 3, 11, 5, 30)));
+    EXPECT_FALSE(MatchScheduleEntry("0 30 6 * * Mon-Fri", support::Gmt(2024, 3, 10, 5, 30)));
 }
 
 TEST_F(ScheduleFieldsTest, SundayIsZeroAndSeven) {
@@ -293,16 +293,16 @@ TEST_F(ScheduleFieldsTest, NegativeTimeFitsNothing) {
 TEST(ScheduleElsewhereTest, FollowsTheZone) {
     {
         const support::ZoneScope zone("Asia/Kolkata");
-        EXPECT_TRUE(MatchScheduleEntry("0 30 12 * * *", Gmt(2024, 3, 10, 7)));
+        EXPECT_TRUE(MatchScheduleEntry("0 30 12 * * *", support::Gmt(2024, 3, 10, 7)));
     }
     {
         const support::ZoneScope zone("Australia/Sydney");
-        EXPECT_TRUE(MatchScheduleEntry("0 30 0 1 Jan Mon", Gmt(2023, 12, 31, 13, 30)));
+        EXPECT_TRUE(MatchScheduleEntry("0 30 0 1 Jan Mon", support::Gmt(2023, 12, 31, 13, 30)));
     }
     {
         // Clocks go from 02:00 to 02:30 at 15:30 GMT.
         const support::ZoneScope zone("Australia/Lord_Howe");
-        EXPECT_TRUE(MatchScheduleEntry("0 30 2 6 10 *", Gmt(2024, 10, 5, 15, 30)));
+        EXPECT_TRUE(MatchScheduleEntry("0 30 2 6 10 *", support::Gmt(2024, 10, 5, 15, 30)));
         EXPECT_FALSE(CheckEventTime("* 0-29 2 * * *", 1728141300, 3600, 0));  // 01:45 and an hour
         EXPECT_TRUE(CheckEventTime("* 30 2 * * *", 1728141300, 901, 0));
     }

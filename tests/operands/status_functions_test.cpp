@@ -20,8 +20,8 @@ constexpr FunctionRow kRows[] = {
 
 class StatusFunctionsTest : public testing::Test {
   protected:
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
     // The status word of a variable's value after an expression, whose outcome goes in front.
@@ -127,7 +127,7 @@ TEST_F(StatusFunctionsTest, SetAddAndRemove) {
     EXPECT_EQ(After("ADD_STATUS A 48", "A"), "150:1 -> 52");
     EXPECT_EQ(After("REMOVE_STATUS A 20", "A"), "150:1 -> 32");
     EXPECT_EQ(After("SET_STATUS A 6", "A"), "150:1 -> 6");
-    EXPECT_EQ(Dump(script.Value("A")), "150:7");
+    EXPECT_EQ(support::Dump(script.Value("A")), "150:7");
     EXPECT_EQ(script.Value("A").GetTime(), 1000);
 }
 
@@ -165,9 +165,9 @@ TEST_F(StatusFunctionsTest, MissingVariableFailsWithItsName) {
 
 TEST_F(StatusFunctionsTest, HourValueOfALocalVariableIsChangedAndFails) {
     script.Local("A", value::CVal(7)).SetValue(value::CVal(1), value::KindHour);
-    EXPECT_EQ(After("ADD_STATUS A.HREP ALARM", "A", KindHour), "failed 3 ALARM -> 4");
-    EXPECT_EQ(After("SET_STATUS A.HREP 2", "A", KindHour), "failed 0 -> 2");
-    EXPECT_EQ(After("SET_STATUS A.DREP 2", "A", KindDay), "150:1 -> 2");
+    EXPECT_EQ(After("ADD_STATUS A.HREP ALARM", "A", value::KindHour), "failed 3 ALARM -> 4");
+    EXPECT_EQ(After("SET_STATUS A.HREP 2", "A", value::KindHour), "failed 0 -> 2");
+    EXPECT_EQ(After("SET_STATUS A.DREP 2", "A", value::KindDay), "150:1 -> 2");
     EXPECT_EQ(After("SET_STATUS A", "A"), "failed 3 -> 0");
 }
 

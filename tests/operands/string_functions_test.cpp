@@ -30,8 +30,8 @@ class StringFunctionsTest : public testing::Test {
   protected:
     StringFunctionsTest() { script.Local("PUSTY", value::CVal("")); }
 
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
 
@@ -71,8 +71,8 @@ TEST_F(StringFunctionsTest, TextToNumber) {
     EXPECT_EQ(script.Evaluate("TO_FLOAT \"-0.5\""), "171:-0.50");
     EXPECT_EQ(script.Evaluate("TO_INT \"abc\""), "150:0");
     EXPECT_EQ(script.Evaluate("TO_FLOAT PUSTY"), "171:0.00");
-    EXPECT_EQ(script.Evaluate("TO_INT 12.9", ValueType::Text), "150:12");
-    EXPECT_EQ(script.Evaluate("TO_FLOAT 12", ValueType::Text), "171:12.00");
+    EXPECT_EQ(script.Evaluate("TO_INT 12.9", value::ValueType::Text), "150:12");
+    EXPECT_EQ(script.Evaluate("TO_FLOAT 12", value::ValueType::Text), "171:12.00");
 }
 
 TEST_F(StringFunctionsTest, LengthCountsCharacters) {
@@ -145,8 +145,8 @@ TEST_F(StringFunctionsTest, Middle) {
 }
 
 TEST_F(StringFunctionsTest, ResultIsATextWhateverWasWanted) {
-    EXPECT_EQ(script.Evaluate("STRING_LEFT \"123\" 2", ValueType::Int), "190:12");
-    EXPECT_EQ(script.Evaluate("STRING_APPEND \"1\" \"2\"", ValueType::Double), "190:12");
+    EXPECT_EQ(script.Evaluate("STRING_LEFT \"123\" 2", value::ValueType::Int), "190:12");
+    EXPECT_EQ(script.Evaluate("STRING_APPEND \"1\" \"2\"", value::ValueType::Double), "190:12");
 }
 
 TEST_F(StringFunctionsTest, RestOfTheLineIsDropped) {
@@ -163,8 +163,8 @@ TEST_F(StringFunctionsTest, ResultCarriesNeitherStatusNorTime) {
     script.Local("T", support::Stamped(value::CVal("abc"), 1000, 5));
     std::string_view text = "STRING_LEFT T 2";
     value::CVal value = support::Stamped(value::CVal(), 7, 7);
-    ASSERT_TRUE(EvaluateExpression(script, text, value, ValueType::Text));
-    EXPECT_EQ(Dump(value), "190:ab");
+    ASSERT_TRUE(EvaluateExpression(script, text, value, value::ValueType::Text));
+    EXPECT_EQ(support::Dump(value), "190:ab");
     EXPECT_EQ(value.GetStatus(), 0);
     EXPECT_EQ(value.GetTime(), 0);
 }

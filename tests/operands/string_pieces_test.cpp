@@ -14,8 +14,8 @@ constexpr FunctionRow kRows[] = {
 
 class StringPiecesTest : public testing::Test {
   protected:
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
     std::string Position() { return support::Dump(script.Value("P")); }
@@ -76,12 +76,12 @@ TEST_F(StringPiecesTest, TokenizeReadsThePositionAsANumber) {
     script.Local("S", value::CVal("a b"));
     script.Local("BEZ_WARTOSCI");
     EXPECT_EQ(script.Evaluate("TOKENIZE S - BEZ_WARTOSCI"), "190:a b");
-    EXPECT_EQ(Dump(script.Value("BEZ_WARTOSCI")), "150:4");
+    EXPECT_EQ(support::Dump(script.Value("BEZ_WARTOSCI")), "150:4");
     script.Local("P", value::CVal("1x"));
     EXPECT_EQ(script.Evaluate("TOKENIZE S - P"), "190: b");
     script.Local("TEKST", value::CVal("abc"));
     EXPECT_EQ(script.Evaluate("TOKENIZE S - TEKST"), "failed 0");
-    EXPECT_EQ(Dump(script.Value("TEKST")), "190:abc");
+    EXPECT_EQ(support::Dump(script.Value("TEKST")), "190:abc");
 }
 
 TEST_F(StringPiecesTest, TokenizeWantsThreeTokens) {

@@ -18,8 +18,8 @@ class StringSearchTest : public testing::Test {
   protected:
     StringSearchTest() { script.Local("PUSTY", value::CVal("")); }
 
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
 
@@ -74,8 +74,8 @@ TEST_F(StringSearchTest, FindBeginsAtAPosition) {
 }
 
 TEST_F(StringSearchTest, ResultIsADoubleWhateverWasWanted) {
-    EXPECT_EQ(script.Evaluate("STRING_COMPARE \"a\" \"a\"", ValueType::Text), "171:0.00");
-    EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"c\" 0", ValueType::Int), "171:2.00");
+    EXPECT_EQ(script.Evaluate("STRING_COMPARE \"a\" \"a\"", value::ValueType::Text), "171:0.00");
+    EXPECT_EQ(script.Evaluate("STRING_FIND \"abc\" \"c\" 0", value::ValueType::Int), "171:2.00");
 }
 
 TEST_F(StringSearchTest, LineGoesOnBehindTheFunction) {

@@ -20,8 +20,8 @@ constexpr FunctionRow kRows[] = {
 
 class TimeFunctionsTest : public testing::Test {
   protected:
-    static const CFunctionTable& Table() {
-        static const CFunctionTable table(kRows);
+    static const FunctionTable& Table() {
+        static const FunctionTable table(kRows);
         return table;
     }
     static std::string Time(std::int64_t time) { return "160:" + std::to_string(time); }
@@ -89,7 +89,7 @@ TEST_F(TimeFunctionsTest, LocaleDoesNotMatter) {
     script.Local("A", support::Stamped(value::CVal(1), support::Gmt(2024, 3, 10, 6)));
     EXPECT_EQ(script.Evaluate("FORMATED_TIMESTAMP A \"%A %B\""), "190:Sunday March");
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"10 March 2024\" \"%d %B %Y\""),
-              Time(Gmt(2024, 3, 9, 23)));
+              Time(support::Gmt(2024, 3, 9, 23)));
     std::setlocale(LC_ALL, "C");
 }
 
@@ -102,13 +102,13 @@ TEST_F(TimeFunctionsTest, FormatedTimestampThatIsNotThereFails) {
 }
 
 TEST_F(TimeFunctionsTest, MakeTimeTakesAllOfTheLine) {
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024"), Time(Gmt(2023, 12, 31, 23)));
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 5 6 7 8"), Time(Gmt(2024, 7, 5, 4, 7, 8)));
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 2 31"), Time(Gmt(2024, 3, 1, 23)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024"), Time(support::Gmt(2023, 12, 31, 23)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 5 6 7 8"), Time(support::Gmt(2024, 7, 5, 4, 7, 8)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 2 31"), Time(support::Gmt(2024, 3, 1, 23)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME 1700000000"), Time(1700000000));
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 BRAK 8"), Time(Gmt(2024, 6, 30, 22)));
-    EXPECT_EQ(script.Evaluate("  MAKE_TIME   2024  7", ValueType::Text),
-              Time(Gmt(2024, 6, 30, 22)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 BRAK 8"), Time(support::Gmt(2024, 6, 30, 22)));
+    EXPECT_EQ(script.Evaluate("  MAKE_TIME   2024  7", value::ValueType::Text),
+              Time(support::Gmt(2024, 6, 30, 22)));
 }
 
 TEST_F(TimeFunctionsTest, MakeTimeOutOfBoundsFails) {
@@ -119,28 +119,29 @@ TEST_F(TimeFunctionsTest, MakeTimeOutOfBoundsFails) {
 }
 
 TEST_F(TimeFunctionsTest, MakeTimeAroundTheChangesOfTheClock) {
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 3 31 2 30"), Time(Gmt(2024, 3, 31, 1, 30)));
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 10 27 2 30"), Time(Gmt(2024, 10, 27, 0, 30)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 3 31 2 30"), Time(support::Gmt(2024, 3, 31, 1, 30)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 10 27 2 30"),
+              Time(support::Gmt(2024, 10, 27, 0, 30)));
 }
 
 TEST_F(TimeFunctionsTest, TimeFromTextIsWinterTime) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024-01-05 07:08:09\""),
-              Time(Gmt(2024, 1, 5, 6, 8, 9)));
+              Time(support::Gmt(2024, 1, 5, 6, 8, 9)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024-07-05 07:08:09\""),
-              Time(Gmt(2024, 7, 5, 6, 8, 9)));
-    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 5 7 8 9"), Time(Gmt(2024, 7, 5, 5, 8, 9)));
+              Time(support::Gmt(2024, 7, 5, 6, 8, 9)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME 2024 7 5 7 8 9"), Time(support::Gmt(2024, 7, 5, 5, 8, 9)));
 }
 
 TEST_F(TimeFunctionsTest, TimeFromTextTakesAFormat) {
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"05.01.2024 07:08\" \"%d.%m.%Y %H:%M\""),
-              Time(Gmt(2024, 1, 5, 6, 8)));
+              Time(support::Gmt(2024, 1, 5, 6, 8)));
     script.Local("D", value::CVal("2024/02/29"));
     script.Local("F", value::CVal("%Y/%m/%d"));
-    EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING D F"), Time(Gmt(2024, 2, 28, 23)));
+    EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING D F"), Time(support::Gmt(2024, 2, 28, 23)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"dzień 05.01.2024\" \"dzień %d.%m.%Y\""),
-              Time(Gmt(2024, 1, 4, 23)));
+              Time(support::Gmt(2024, 1, 4, 23)));
     EXPECT_EQ(script.Evaluate("MAKE_TIME_FROM_STRING \"2024-02-31\" \"%Y-%m-%d\""),
-              Time(Gmt(2024, 3, 1, 23)));
+              Time(support::Gmt(2024, 3, 1, 23)));
 }
 
 TEST_F(TimeFunctionsTest, TimeFromTextMustBeWrittenAsTheFormatSays) {
@@ -167,21 +168,22 @@ TEST_F(TimeFunctionsTest, TimeFromTextFailsWithItsOperands) {
 }
 
 TEST_F(TimeFunctionsTest, LastDayEndsTheLastGasDay) {
-    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 2"), Time(Gmt(2024, 3, 1, 5)));
-    EXPECT_EQ(script.Evaluate("LAST_DAY 2023 2"), Time(Gmt(2023, 3, 1, 5)));
-    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 12"), Time(Gmt(2025, 1, 1, 5)));
-    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 6"), Time(Gmt(2024, 7, 1, 4)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 2"), Time(support::Gmt(2024, 3, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 2023 2"), Time(support::Gmt(2023, 3, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 12"), Time(support::Gmt(2025, 1, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 6"), Time(support::Gmt(2024, 7, 1, 4)));
 }
 
 TEST_F(TimeFunctionsTest, LastDayCountsDaysInSeconds) {
     // From 6:00 of winter time on in steps of a day: 7:00 by the clock of summer, and vice versa.
-    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 3"), Time(Gmt(2024, 4, 1, 5)));
-    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 10"), Time(Gmt(2024, 11, 1, 4)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 3"), Time(support::Gmt(2024, 4, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 2024 10"), Time(support::Gmt(2024, 11, 1, 4)));
 }
 
 TEST_F(TimeFunctionsTest, LastDayReadsBothOperands) {
     script.Local("ROK", value::CVal("2024"));
-    EXPECT_EQ(script.Evaluate("LAST_DAY ROK 2.9", ValueType::Text), Time(Gmt(2024, 3, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY ROK 2.9", value::ValueType::Text),
+              Time(support::Gmt(2024, 3, 1, 5)));
     EXPECT_EQ(script.Evaluate("LAST_DAY BRAK 2"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024 BRAK"), "failed 3 BRAK");
     EXPECT_EQ(script.Evaluate("LAST_DAY 2024"), "failed 3");
@@ -194,8 +196,8 @@ TEST_F(TimeFunctionsTest, LastDayOutOfBoundsFails) {
                              "LAST_DAY 3001 1", "LAST_DAY -1 1"}) {
         EXPECT_EQ(script.Evaluate(text), "failed 0") << text;
     }
-    EXPECT_EQ(script.Evaluate("LAST_DAY 1970 1"), Time(Gmt(1970, 2, 1, 5)));
-    EXPECT_EQ(script.Evaluate("LAST_DAY 3000 12"), Time(Gmt(3001, 1, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 1970 1"), Time(support::Gmt(1970, 2, 1, 5)));
+    EXPECT_EQ(script.Evaluate("LAST_DAY 3000 12"), Time(support::Gmt(3001, 1, 1, 5)));
 }
 
 }  // namespace

@@ -102,7 +102,8 @@ TEST_F(TimePropertiesTest, StandInTheirOrderWithTheirResults) {
         const TimeProperty& row = TimeProperties()[i];
         EXPECT_EQ(row.name, kExpected[i].name);
         EXPECT_EQ(row.kind, kExpected[i].kind) << row.name;
-        EXPECT_EQ(row.compute(Gmt(2024, 6, 30, 22, 30, 45)), kExpected[i].value) << row.name;
+        EXPECT_EQ(row.compute(support::Gmt(2024, 6, 30, 22, 30, 45)), kExpected[i].value)
+            << row.name;
         EXPECT_EQ(!row.help.empty(), kExpected[i].hasHelp) << row.name;
     }
 }
@@ -147,14 +148,20 @@ TEST_F(TimePropertiesTest, DayOfWeekCountsFromSunday) {
 }
 
 TEST_F(TimePropertiesTest, DateStepsKeepTheClockReadingAcrossAChange) {
-    EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 3, 30, 11)), Gmt(2024, 3, 30, 11) + 82800);
-    EXPECT_EQ(Compute(".PREVDAY", Gmt(2024, 3, 31, 10)), Gmt(2024, 3, 31, 10) - 82800);
-    EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 10, 26, 10)), Gmt(2024, 10, 26, 10) + 90000);
-    EXPECT_EQ(Compute(".PREVDAY", Gmt(2024, 10, 27, 11)), Gmt(2024, 10, 27, 11) - 90000);
-    EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 3, 30, 1, 30)), Gmt(2024, 3, 31, 1, 30));    // 03:30
-    EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 10, 26, 0, 30)), Gmt(2024, 10, 27, 0, 30));  // first
-    EXPECT_EQ(Compute(".PREVDAY", Gmt(2024, 3, 1, 11)), Gmt(2024, 2, 29, 11));
-    EXPECT_EQ(Compute(".NEXTDAY", Gmt(2024, 12, 31, 11)), Gmt(2025, 1, 1, 11));
+    EXPECT_EQ(Compute(".NEXTDAY", support::Gmt(2024, 3, 30, 11)),
+              support::Gmt(2024, 3, 30, 11) + 82800);
+    EXPECT_EQ(Compute(".PREVDAY", support::Gmt(2024, 3, 31, 10)),
+              support::Gmt(2024, 3, 31, 10) - 82800);
+    EXPECT_EQ(Compute(".NEXTDAY", support::Gmt(2024, 10, 26, 10)),
+              support::Gmt(2024, 10, 26, 10) + 90000);
+    EXPECT_EQ(Compute(".PREVDAY", support::Gmt(2024, 10, 27, 11)),
+              support::Gmt(2024, 10, 27, 11) - 90000);
+    EXPECT_EQ(Compute(".NEXTDAY", support::Gmt(2024, 3, 30, 1, 30)),
+              support::Gmt(2024, 3, 31, 1, 30));  // 03:30
+    EXPECT_EQ(Compute(".NEXTDAY", support::Gmt(2024, 10, 26, 0, 30)),
+              support::Gmt(2024, 10, 27, 0, 30));  // first
+    EXPECT_EQ(Compute(".PREVDAY", support::Gmt(2024, 3, 1, 11)), support::Gmt(2024, 2, 29, 11));
+    EXPECT_EQ(Compute(".NEXTDAY", support::Gmt(2024, 12, 31, 11)), support::Gmt(2025, 1, 1, 11));
 }
 
 TEST_F(TimePropertiesTest, OfANegativeTimeAreMadeOfMissingFields) {

@@ -32,36 +32,36 @@ class TimeTextDateTest : public testing::Test {
 };
 
 TEST_F(TimeTextDateTest, MissingFieldsKeepTheirDefaults) {
-    EXPECT_EQ(Parse("2024"), At(Gmt(2023, 12, 31, 23)));
-    EXPECT_EQ(Parse("2024 7"), At(Gmt(2024, 6, 30, 22)));
-    EXPECT_EQ(Parse("2024 7 5"), At(Gmt(2024, 7, 4, 22)));
-    EXPECT_EQ(Parse("2024 7 5 6"), At(Gmt(2024, 7, 5, 4)));
-    EXPECT_EQ(Parse("2024 7 5 6 7"), At(Gmt(2024, 7, 5, 4, 7)));
-    EXPECT_EQ(Parse("2024 7 5 6 7 8"), At(Gmt(2024, 7, 5, 4, 7, 8)));
+    EXPECT_EQ(Parse("2024"), At(support::Gmt(2023, 12, 31, 23)));
+    EXPECT_EQ(Parse("2024 7"), At(support::Gmt(2024, 6, 30, 22)));
+    EXPECT_EQ(Parse("2024 7 5"), At(support::Gmt(2024, 7, 4, 22)));
+    EXPECT_EQ(Parse("2024 7 5 6"), At(support::Gmt(2024, 7, 5, 4)));
+    EXPECT_EQ(Parse("2024 7 5 6 7"), At(support::Gmt(2024, 7, 5, 4, 7)));
+    EXPECT_EQ(Parse("2024 7 5 6 7 8"), At(support::Gmt(2024, 7, 5, 4, 7, 8)));
     EXPECT_EQ(script.Error(), "0");
 }
 
 TEST_F(TimeTextDateTest, SeventhNumberAndWhatDoesNotEvaluateAreLeft) {
-    EXPECT_EQ(Parse("2024 7 5 6 7 8 9"), At(Gmt(2024, 7, 5, 4, 7, 8), " 9"));
-    EXPECT_EQ(Parse(" 2024 7 TO 2025"), At(Gmt(2024, 6, 30, 22), " TO 2025"));
+    EXPECT_EQ(Parse("2024 7 5 6 7 8 9"), At(support::Gmt(2024, 7, 5, 4, 7, 8), " 9"));
+    EXPECT_EQ(Parse(" 2024 7 TO 2025"), At(support::Gmt(2024, 6, 30, 22), " TO 2025"));
     EXPECT_EQ(script.Error(), "3 TO");
 }
 
 TEST_F(TimeTextDateTest, FieldsAreOperands) {
     script.Local("ROK", value::CVal("2024"));
     script.Local("MIESIAC", value::CVal(7.9));
-    EXPECT_EQ(Parse("ROK MIESIAC"), At(Gmt(2024, 6, 30, 22)));
-    EXPECT_EQ(Parse("TIME.YEAR TIME.MONTH 1 6"), At(Gmt(2024, 3, 1, 5)));
+    EXPECT_EQ(Parse("ROK MIESIAC"), At(support::Gmt(2024, 6, 30, 22)));
+    EXPECT_EQ(Parse("TIME.YEAR TIME.MONTH 1 6"), At(support::Gmt(2024, 3, 1, 5)));
 }
 
 TEST_F(TimeTextDateTest, FirstNumberOfThreeThousandAndOneIsATime) {
     EXPECT_EQ(Parse("3001"), At(3001));
     EXPECT_EQ(Parse("1700000000"), At(1700000000));
     EXPECT_EQ(Parse("1700000000 99 99"), At(1700000000));
-    EXPECT_EQ(Parse("3000"), At(Gmt(2999, 12, 31, 23)));
+    EXPECT_EQ(Parse("3000"), At(support::Gmt(2999, 12, 31, 23)));
     script.Local("T", value::CVal(std::int64_t{1710050400}));
     EXPECT_EQ(Parse("T"), At(1710050400));
-    EXPECT_EQ(Parse("TIME"), At(FakeScript::kStart));
+    EXPECT_EQ(Parse("TIME"), At(support::FakeScript::kStart));
 }
 
 TEST_F(TimeTextDateTest, TimeBeyondAnIntDoesNotSurvive) {
@@ -71,7 +71,7 @@ TEST_F(TimeTextDateTest, TimeBeyondAnIntDoesNotSurvive) {
 
 TEST_F(TimeTextDateTest, BoundsOfEachField) {
     EXPECT_EQ(Parse("1970 1 1 1 0 0"), At(0));
-    EXPECT_EQ(Parse("2024 12 31 23 59 59"), At(Gmt(2024, 12, 31, 22, 59, 59)));
+    EXPECT_EQ(Parse("2024 12 31 23 59 59"), At(support::Gmt(2024, 12, 31, 22, 59, 59)));
     for (const char* text :
          {"1969", "0", "-2024", "2024 0", "2024 13", "2024 1 0", "2024 1 32", "2024 1 1 -1",
           "2024 1 1 24", "2024 1 1 0 -1", "2024 1 1 0 60", "2024 1 1 0 0 -1", "2024 1 1 0 0 60"}) {
@@ -81,7 +81,7 @@ TEST_F(TimeTextDateTest, BoundsOfEachField) {
 }
 
 TEST_F(TimeTextDateTest, DayPastTheEndOfItsMonthCarriesOver) {
-    EXPECT_EQ(Parse("2024 2 31"), At(Gmt(2024, 3, 1, 23)));
+    EXPECT_EQ(Parse("2024 2 31"), At(support::Gmt(2024, 3, 1, 23)));
 }
 
 TEST_F(TimeTextDateTest, FirstOperandThatFailsLeavesTheText) {

@@ -25,28 +25,28 @@ TEST(VariableTest, BaseClassAnswersNothing) {
     value::CArchiveValueList list;
     EXPECT_EQ(variable.GetKind(), VariableNone);
     EXPECT_EQ(variable.GetName(), "x");
-    EXPECT_EQ(variable.GetValue(value, KindCurrent, 1), 0);
-    EXPECT_EQ(variable.SetValue(value, KindCurrent), 0);
-    EXPECT_EQ(variable.GetValueType(KindCurrent, 1), 0);
-    EXPECT_EQ(variable.GetStatus(&word, KindCurrent), 0);
-    EXPECT_EQ(variable.SetStatus(1, KindCurrent), 0);
-    EXPECT_EQ(variable.GetTime(&time, KindCurrent), 0);
-    EXPECT_EQ(variable.SetTime(1, KindCurrent), 0);
-    EXPECT_EQ(variable.CopyFrom(&variable, KindCurrent), 0);
-    EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 0);
-    EXPECT_EQ(variable.SetValueText("1", KindCurrent), 0);
-    EXPECT_EQ(variable.IsReportLoaded(KindHour), 0);
-    EXPECT_EQ(variable.IsReportInited(KindHour), 0);
-    EXPECT_EQ(variable.RequestRange(KindHour, 1, 2), 0);
+    EXPECT_EQ(variable.GetValue(value, value::KindCurrent, 1), 0);
+    EXPECT_EQ(variable.SetValue(value, value::KindCurrent), 0);
+    EXPECT_EQ(variable.GetValueType(value::KindCurrent, 1), 0);
+    EXPECT_EQ(variable.GetStatus(&word, value::KindCurrent), 0);
+    EXPECT_EQ(variable.SetStatus(1, value::KindCurrent), 0);
+    EXPECT_EQ(variable.GetTime(&time, value::KindCurrent), 0);
+    EXPECT_EQ(variable.SetTime(1, value::KindCurrent), 0);
+    EXPECT_EQ(variable.CopyFrom(&variable, value::KindCurrent), 0);
+    EXPECT_EQ(variable.GetNameValueText(text, value::KindCurrent), 0);
+    EXPECT_EQ(variable.SetValueText("1", value::KindCurrent), 0);
+    EXPECT_EQ(variable.IsReportLoaded(value::KindHour), 0);
+    EXPECT_EQ(variable.IsReportInited(value::KindHour), 0);
+    EXPECT_EQ(variable.RequestRange(value::KindHour, 1, 2), 0);
     EXPECT_EQ(variable.GetRequestStart(), 0);
     EXPECT_EQ(variable.GetRequestEnd(), 0);
-    EXPECT_EQ(variable.IsReady(KindHour), 0);
-    EXPECT_EQ(variable.PutValue(KindHour, 1, value, true), 0);
+    EXPECT_EQ(variable.IsReady(value::KindHour), 0);
+    EXPECT_EQ(variable.PutValue(value::KindHour, 1, value, true), 0);
     EXPECT_EQ(variable.FlushPuts(list), 0);
-    EXPECT_EQ(variable.InitLoad(KindHour, 1), 0);
-    EXPECT_EQ(variable.InitLoadRefresh(KindArchive, 1), 0);
-    EXPECT_EQ(variable.InitReport(KindHour, 1), 0);
-    EXPECT_EQ(variable.InitCalc(KindHour, 1), 0);
+    EXPECT_EQ(variable.InitLoad(value::KindHour, 1), 0);
+    EXPECT_EQ(variable.InitLoadRefresh(value::KindArchive, 1), 0);
+    EXPECT_EQ(variable.InitReport(value::KindHour, 1), 0);
+    EXPECT_EQ(variable.InitCalc(value::KindHour, 1), 0);
     EXPECT_EQ(variable.SetLocked(true), 0);
     EXPECT_EQ(variable.SetIgnoreUnknown(true), 0);
     EXPECT_EQ(variable.GetSourceRecord(), nullptr);
@@ -56,16 +56,16 @@ TEST(VariableTest, BaseClassAnswersNothing) {
     EXPECT_EQ(variable.GetDescription() + variable.GetDescName() + variable.GetUnit() +
                   variable.GetDispFormat() + variable.GetMinVal() + variable.GetMaxVal(),
               "");
-    EXPECT_EQ(ValueToInt(value), 7);
+    EXPECT_EQ(value::ValueToInt(value), 7);
 }
 
 TEST(VariableLocalTest, UnassignedReadsAsNoValue) {
     CVariableLocal variable("A");
     value::CVal value(1);
     EXPECT_EQ(variable.GetKind(), VariableLocal);
-    EXPECT_EQ(variable.GetValue(value, KindCurrent, 0), 1);
-    EXPECT_EQ(value.GetType(), ValueType::None);
-    EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::None);
+    EXPECT_EQ(variable.GetValue(value, value::KindCurrent, 0), 1);
+    EXPECT_EQ(value.GetType(), value::ValueType::None);
+    EXPECT_EQ(variable.GetValueType(value::KindCurrent, 1), value::ValueType::None);
 }
 
 TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
@@ -74,13 +74,13 @@ TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
          {value::KindCurrent, value::KindHour, value::KindDay, value::KindMonth, value::KindSpan}) {
         value::CVal value(kind);
         value.SetStatus(value::Status::Unknown);
-        EXPECT_EQ(variable.SetValue(value, kind), kind == KindHour ? 0 : 1) << kind;
+        EXPECT_EQ(variable.SetValue(value, kind), kind == value::KindHour ? 0 : 1) << kind;
     }
     for (const value::ValueKind kind :
          {value::KindCurrent, value::KindHour, value::KindDay, value::KindMonth, value::KindSpan}) {
         value::CVal value;
         EXPECT_EQ(variable.GetValue(value, kind, 0), 1);
-        EXPECT_EQ(ValueToInt(value), kind);
+        EXPECT_EQ(value::ValueToInt(value), kind);
     }
 }
 
@@ -89,60 +89,60 @@ TEST(VariableLocalTest, OtherKindsAreNeverReadable) {
     value::CVal value(5);
     for (const value::ValueKind kind : {value::KindNone, value::KindArchive, value::ValueKind(7)}) {
         EXPECT_EQ(variable.GetValue(value, kind, 1), 0);
-        EXPECT_EQ(variable.SetValue(CVal(1), kind), 0);
-        EXPECT_EQ(variable.GetValueType(kind, 1), ValueType::Unreadable);
+        EXPECT_EQ(variable.SetValue(value::CVal(1), kind), 0);
+        EXPECT_EQ(variable.GetValueType(kind, 1), value::ValueType::Unreadable);
     }
-    EXPECT_EQ(ValueToInt(value), 5);
+    EXPECT_EQ(value::ValueToInt(value), 5);
 }
 
 TEST(VariableLocalTest, StatusAndTimeOfTheHourValueAreSetAndReportFailure) {
     CVariableLocal variable("A");
-    EXPECT_EQ(variable.SetStatus(4, KindHour), 0);
-    EXPECT_EQ(variable.SetTime(100, KindHour), 0);
-    EXPECT_EQ(variable.SetStatus(8, KindDay), 1);
-    EXPECT_EQ(variable.SetTime(200, KindDay), 1);
+    EXPECT_EQ(variable.SetStatus(4, value::KindHour), 0);
+    EXPECT_EQ(variable.SetTime(100, value::KindHour), 0);
+    EXPECT_EQ(variable.SetStatus(8, value::KindDay), 1);
+    EXPECT_EQ(variable.SetTime(200, value::KindDay), 1);
     std::uint16_t word = 0;
     std::int64_t time = 0;
-    EXPECT_EQ(variable.GetStatus(&word, KindHour), 1);
-    EXPECT_EQ(variable.GetTime(&time, KindHour), 1);
+    EXPECT_EQ(variable.GetStatus(&word, value::KindHour), 1);
+    EXPECT_EQ(variable.GetTime(&time, value::KindHour), 1);
     EXPECT_EQ(word, 4);
     EXPECT_EQ(time, 100);
-    EXPECT_EQ(variable.GetStatus(&word, KindArchive), 0);
-    EXPECT_EQ(variable.GetTime(&time, KindArchive), 0);
-    EXPECT_EQ(variable.SetStatus(1, KindArchive), 0);
-    EXPECT_EQ(variable.SetTime(1, KindArchive), 0);
+    EXPECT_EQ(variable.GetStatus(&word, value::KindArchive), 0);
+    EXPECT_EQ(variable.GetTime(&time, value::KindArchive), 0);
+    EXPECT_EQ(variable.SetStatus(1, value::KindArchive), 0);
+    EXPECT_EQ(variable.SetTime(1, value::KindArchive), 0);
 }
 
 TEST(VariableLocalTest, ServerOperationsSucceedAndDoNothing) {
     CVariableLocal variable("A");
     value::CArchiveValueList list;
-    EXPECT_EQ(variable.IsReportLoaded(KindHour), 1);
-    EXPECT_EQ(variable.IsReportInited(KindHour), 1);
-    EXPECT_EQ(variable.IsReady(KindArchive), 1);
-    EXPECT_EQ(variable.RequestRange(KindHour, 1, 2), 1);
-    EXPECT_EQ(variable.PutValue(KindHour, 1, CVal(1), true), 1);
-    EXPECT_EQ(variable.InitLoad(KindHour, 1), 1);
-    EXPECT_EQ(variable.InitLoadRefresh(KindArchive, 1), 1);
-    EXPECT_EQ(variable.InitReport(KindHour, 1), 1);
-    EXPECT_EQ(variable.InitCalc(KindHour, 1), 1);
+    EXPECT_EQ(variable.IsReportLoaded(value::KindHour), 1);
+    EXPECT_EQ(variable.IsReportInited(value::KindHour), 1);
+    EXPECT_EQ(variable.IsReady(value::KindArchive), 1);
+    EXPECT_EQ(variable.RequestRange(value::KindHour, 1, 2), 1);
+    EXPECT_EQ(variable.PutValue(value::KindHour, 1, value::CVal(1), true), 1);
+    EXPECT_EQ(variable.InitLoad(value::KindHour, 1), 1);
+    EXPECT_EQ(variable.InitLoadRefresh(value::KindArchive, 1), 1);
+    EXPECT_EQ(variable.InitReport(value::KindHour, 1), 1);
+    EXPECT_EQ(variable.InitCalc(value::KindHour, 1), 1);
     EXPECT_EQ(variable.SetLocked(true), 1);
     EXPECT_EQ(variable.SetIgnoreUnknown(true), 0);
     EXPECT_EQ(variable.FlushPuts(list), 0);
-    EXPECT_EQ(variable.GetValueType(KindHour, 1), ValueType::None);
+    EXPECT_EQ(variable.GetValueType(value::KindHour, 1), value::ValueType::None);
 }
 
 TEST(VariableLocalTest, ValueTextAlwaysLandsInTheCurrentValue) {
     CVariableLocal variable("A");
-    EXPECT_EQ(variable.SetValueText("12", KindDay), 1);
+    EXPECT_EQ(variable.SetValueText("12", value::KindDay), 1);
     value::CVal value;
     variable.GetValue(value, value::KindCurrent, 0);
-    EXPECT_EQ(Dump(value), "190:12");
+    EXPECT_EQ(support::Dump(value), "190:12");
     variable.GetValue(value, value::KindDay, 0);
-    EXPECT_EQ(value.GetType(), ValueType::None);
+    EXPECT_EQ(value.GetType(), value::ValueType::None);
     std::string text;
-    EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 1);
+    EXPECT_EQ(variable.GetNameValueText(text, value::KindCurrent), 1);
     EXPECT_EQ(text, "A:12");
-    EXPECT_EQ(variable.GetNameValueText(text, KindArchive), 0);
+    EXPECT_EQ(variable.GetNameValueText(text, value::KindArchive), 0);
 }
 
 TEST(VariableLocalTest, CopyCarriesStatusAndTime) {
@@ -152,14 +152,14 @@ TEST(VariableLocalTest, CopyCarriesStatusAndTime) {
     value.SetStatus(33);
     value.SetTime(77);
     from.SetValue(value, value::KindDay);
-    EXPECT_EQ(to.CopyFrom(&from, KindDay), 1);
-    EXPECT_EQ(to.CopyFrom(nullptr, KindDay), 0);
-    EXPECT_EQ(to.CopyFrom(&from, KindArchive), 0);
+    EXPECT_EQ(to.CopyFrom(&from, value::KindDay), 1);
+    EXPECT_EQ(to.CopyFrom(nullptr, value::KindDay), 0);
+    EXPECT_EQ(to.CopyFrom(&from, value::KindArchive), 0);
     value::CVal copied;
     to.GetValue(copied, value::KindDay, 0);
     EXPECT_EQ(copied.GetStatus(), 33);
     EXPECT_EQ(copied.GetTime(), 77);
-    EXPECT_EQ(ValueToDouble(copied), 3.5);
+    EXPECT_EQ(value::ValueToDouble(copied), 3.5);
 }
 
 TEST(VariableListTest, ReadsThroughItsIterator) {
@@ -168,12 +168,12 @@ TEST(VariableListTest, ReadsThroughItsIterator) {
     EXPECT_EQ(list.GetKind(), VariableList);
     EXPECT_EQ(list.GetIterator(), -1);
     list.Add(value::CVal(1));
-    EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 0);
-    EXPECT_EQ(ValueToInt(value), 9);
+    EXPECT_EQ(list.GetValue(value, value::KindCurrent, 0), 0);
+    EXPECT_EQ(value::ValueToInt(value), 9);
     list.MoveFirst();
-    EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 1);
-    EXPECT_EQ(ValueToInt(value), 1);
-    EXPECT_EQ(list.GetValue(value, KindHour, 1), 0);
+    EXPECT_EQ(list.GetValue(value, value::KindCurrent, 0), 1);
+    EXPECT_EQ(value::ValueToInt(value), 1);
+    EXPECT_EQ(list.GetValue(value, value::KindHour, 1), 0);
 }
 
 TEST(VariableListTest, UnknownElementIsRefusedThoughFilledIn) {
@@ -183,37 +183,37 @@ TEST(VariableListTest, UnknownElementIsRefusedThoughFilledIn) {
     list.Add(element);
     list.MoveFirst();
     value::CVal value;
-    EXPECT_EQ(list.GetValue(value, KindCurrent, 0), 0);
-    EXPECT_EQ(ValueToInt(value), 4);
-    EXPECT_EQ(list.GetValue(value, KindCurrent, 1), 1);
-    EXPECT_EQ(list.GetValueType(KindCurrent, 0), ValueType::Int);
+    EXPECT_EQ(list.GetValue(value, value::KindCurrent, 0), 0);
+    EXPECT_EQ(value::ValueToInt(value), 4);
+    EXPECT_EQ(list.GetValue(value, value::KindCurrent, 1), 1);
+    EXPECT_EQ(list.GetValueType(value::KindCurrent, 0), value::ValueType::Int);
     std::string text;
-    EXPECT_EQ(list.GetNameValueText(text, KindCurrent), 0);
+    EXPECT_EQ(list.GetNameValueText(text, value::KindCurrent), 0);
 }
 
 TEST(VariableListTest, WritesOverTheCurrentElement) {
     CVariableList list("L");
-    EXPECT_EQ(list.SetValue(CVal(1), KindCurrent), 0);
+    EXPECT_EQ(list.SetValue(value::CVal(1), value::KindCurrent), 0);
     list.Add(value::CVal(1));
     list.Add(value::CVal(2));
     list.MoveTo(1);
-    EXPECT_EQ(list.SetValue(CVal(5), KindCurrent), 1);
-    EXPECT_EQ(list.SetValue(CVal(6), KindDay), 0);
+    EXPECT_EQ(list.SetValue(value::CVal(5), value::KindCurrent), 1);
+    EXPECT_EQ(list.SetValue(value::CVal(6), value::KindDay), 0);
     EXPECT_THAT(Texts(list), ElementsAre("1", "5"));
-    EXPECT_EQ(list.GetValueType(KindCurrent, 1), ValueType::Int);
+    EXPECT_EQ(list.GetValueType(value::KindCurrent, 1), value::ValueType::Int);
     list.MoveNext();
-    EXPECT_EQ(list.GetValueType(KindCurrent, 1), ValueType::Unreadable);
+    EXPECT_EQ(list.GetValueType(value::KindCurrent, 1), value::ValueType::Unreadable);
     CVariableLocal source("A");
-    EXPECT_EQ(list.CopyFrom(&source, KindCurrent), 0);
+    EXPECT_EQ(list.CopyFrom(&source, value::KindCurrent), 0);
 }
 
 TEST(VariableListTest, InsertGoesInFrontOrBehindTheEnd) {
     CVariableList list("L");
-    EXPECT_EQ(list.Insert(0, CVal("a")), 1);
-    EXPECT_EQ(list.Insert(1, CVal("b")), 1);
-    EXPECT_EQ(list.Insert(99, CVal("c")), 1);
-    EXPECT_EQ(list.Insert(1, CVal("x")), 1);
-    EXPECT_EQ(list.Insert(-1, CVal("y")), 0);
+    EXPECT_EQ(list.Insert(0, value::CVal("a")), 1);
+    EXPECT_EQ(list.Insert(1, value::CVal("b")), 1);
+    EXPECT_EQ(list.Insert(99, value::CVal("c")), 1);
+    EXPECT_EQ(list.Insert(1, value::CVal("x")), 1);
+    EXPECT_EQ(list.Insert(-1, value::CVal("y")), 0);
     EXPECT_THAT(Texts(list), ElementsAre("a", "x", "b", "c"));
 }
 
@@ -249,8 +249,8 @@ TEST(VariableListTest, IteratorHasNoBounds) {
 TEST(VariableListTest, ServerOperationsAnswerAsALocalVariable) {
     CVariableList list("L");
     value::CArchiveValueList values;
-    EXPECT_EQ(list.IsReady(KindHour), 1);
-    EXPECT_EQ(list.InitCalc(KindHour, 1), 1);
+    EXPECT_EQ(list.IsReady(value::KindHour), 1);
+    EXPECT_EQ(list.InitCalc(value::KindHour, 1), 1);
     EXPECT_EQ(list.SetLocked(true), 1);
     EXPECT_EQ(list.SetIgnoreUnknown(true), 0);
     EXPECT_EQ(list.FlushPuts(values), 0);
@@ -264,25 +264,25 @@ TEST(VariablePointerTest, PassesEveryOperationOn) {
     EXPECT_EQ(pointer.GetKind(), VariablePointer);
     EXPECT_EQ(pointer.GetTargetKind(), VariableLocal);
     EXPECT_EQ(pointer.GetName(), "P");
-    EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 1);
-    EXPECT_EQ(ValueToInt(value), 5);
-    EXPECT_EQ(pointer.SetValue(CVal(6), KindDay), 1);
-    EXPECT_EQ(pointer.SetStatus(4, KindDay), 1);
-    EXPECT_EQ(pointer.SetTime(60, KindDay), 1);
+    EXPECT_EQ(pointer.GetValue(value, value::KindCurrent, 0), 1);
+    EXPECT_EQ(value::ValueToInt(value), 5);
+    EXPECT_EQ(pointer.SetValue(value::CVal(6), value::KindDay), 1);
+    EXPECT_EQ(pointer.SetStatus(4, value::KindDay), 1);
+    EXPECT_EQ(pointer.SetTime(60, value::KindDay), 1);
     std::uint16_t word = 0;
     std::int64_t time = 0;
-    EXPECT_EQ(pointer.GetStatus(&word, KindDay), 1);
-    EXPECT_EQ(pointer.GetTime(&time, KindDay), 1);
+    EXPECT_EQ(pointer.GetStatus(&word, value::KindDay), 1);
+    EXPECT_EQ(pointer.GetTime(&time, value::KindDay), 1);
     EXPECT_EQ(word, 4);
     EXPECT_EQ(time, 60);
-    EXPECT_EQ(pointer.GetValueType(KindDay, 1), ValueType::Int);
-    EXPECT_EQ(pointer.IsReady(KindHour), 1);
+    EXPECT_EQ(pointer.GetValueType(value::KindDay, 1), value::ValueType::Int);
+    EXPECT_EQ(pointer.IsReady(value::KindHour), 1);
     EXPECT_EQ(pointer.SetLocked(true), 1);
     std::string text;
-    EXPECT_EQ(pointer.GetNameValueText(text, KindCurrent), 1);
+    EXPECT_EQ(pointer.GetNameValueText(text, value::KindCurrent), 1);
     EXPECT_EQ(text, "X:5");
-    EXPECT_EQ(pointer.SetValueText("7", KindCurrent), 1);
-    EXPECT_EQ(target.GetValueType(KindCurrent, 1), ValueType::Text);
+    EXPECT_EQ(pointer.SetValueText("7", value::KindCurrent), 1);
+    EXPECT_EQ(target.GetValueType(value::KindCurrent, 1), value::ValueType::Text);
     EXPECT_EQ(script.Error(), "0");
 }
 
@@ -290,9 +290,9 @@ TEST(VariablePointerTest, MissingTargetGivesTheBaseAnswersAndError3) {
     support::FakeScript script;
     CVariablePointer& pointer = script.Pointer("P", "");
     value::CVal value;
-    EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 0);
-    EXPECT_EQ(pointer.GetValueType(KindCurrent, 1), ValueType::Unreadable);
-    EXPECT_EQ(pointer.IsReady(KindCurrent), 0);
+    EXPECT_EQ(pointer.GetValue(value, value::KindCurrent, 0), 0);
+    EXPECT_EQ(pointer.GetValueType(value::KindCurrent, 1), value::ValueType::Unreadable);
+    EXPECT_EQ(pointer.IsReady(value::KindCurrent), 0);
     EXPECT_EQ(pointer.GetUnit(), "");
     EXPECT_EQ(pointer.GetTargetKind(), VariableNone);
     EXPECT_EQ(script.Error(), "3");
@@ -304,8 +304,8 @@ TEST(VariablePointerTest, PointersFollowEachOther) {
     script.Pointer("P", "X");
     CVariablePointer& second = script.Pointer("Q", "P");
     value::CVal value;
-    EXPECT_EQ(second.GetValue(value, KindCurrent, 0), 1);
-    EXPECT_EQ(ValueToInt(value), 5);
+    EXPECT_EQ(second.GetValue(value, value::KindCurrent, 0), 1);
+    EXPECT_EQ(value::ValueToInt(value), 5);
     EXPECT_EQ(second.GetTargetKind(), VariablePointer);
 }
 
@@ -314,8 +314,8 @@ TEST(VariablePointerTest, PointerThatReachesItselfEnds) {
     CVariablePointer& pointer = script.Pointer("P", "Q");
     script.Pointer("Q", "P");
     value::CVal value;
-    EXPECT_EQ(pointer.GetValue(value, KindCurrent, 0), 0);
-    EXPECT_EQ(pointer.GetValueType(KindCurrent, 0), ValueType::Unreadable);
+    EXPECT_EQ(pointer.GetValue(value, value::KindCurrent, 0), 0);
+    EXPECT_EQ(pointer.GetValueType(value::KindCurrent, 0), value::ValueType::Unreadable);
 }
 
 TEST(VariableFindTest, CutsAtTheFirstDotUnlessInFront) {
@@ -334,7 +334,7 @@ TEST(VariableFindTest, FindsAmongManyByExactName) {
     for (int i = 0; i < 1000; ++i) script.Local("V" + std::to_string(i), value::CVal(i));
     value::CVal value;
     FindVariable(script, "V777")->GetValue(value, value::KindCurrent, 0);
-    EXPECT_EQ(ValueToInt(value), 777);
+    EXPECT_EQ(value::ValueToInt(value), 777);
     int index = 0;
     for (const auto& variable : script.Variables()) {
         EXPECT_EQ(variable->GetName(), "V" + std::to_string(index++));

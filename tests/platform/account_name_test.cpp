@@ -14,7 +14,7 @@ namespace {
 TEST(AccountNameTest, NamesTheAccountOfTheProcess) {
     const passwd* account = getpwuid(geteuid());
     if (account == nullptr) GTEST_SKIP() << "this account has no name";
-    EXPECT_EQ(ToUtf8(AccountName()), account->pw_name);
+    EXPECT_EQ(text::ToUtf8(AccountName()), account->pw_name);
 }
 
 TEST(AccountNameTest, AccountWithoutANameGivesItsNumber) {

@@ -47,13 +47,13 @@ class Client {
         m_fd = socket(plain->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
         const timeval minute{60, 0};
         setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &minute, sizeof minute);
-        m_bConnected = connect(m_fd, plain, length) == 0;
+        m_connected = connect(m_fd, plain, length) == 0;
     }
     ~Client() { close(m_fd); }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 
-    bool IsConnected() const { return m_bConnected; }
+    bool IsConnected() const { return m_connected; }
     void Send(const std::string& text) const { send(m_fd, text.data(), text.size(), MSG_NOSIGNAL); }
     // To the end of what the server sends.
     std::string Receive() const {
@@ -67,7 +67,7 @@ class Client {
 
   private:
     int m_fd;
-    bool m_bConnected;
+    bool m_connected;
 };
 
 std::string Body(const std::string& answer) {

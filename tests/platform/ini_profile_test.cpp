@@ -70,8 +70,8 @@ TEST_F(IniProfileTest, FirstWriteMakesTheFile) {
 }
 
 TEST_F(IniProfileTest, PolishTextsAreWindows1250) {
-    EXPECT_TRUE(
-        m_profile.WriteProfileStringEx("Okna", FromUtf8("Szerokości kolumn"), FromUtf8("żółw")));
+    EXPECT_TRUE(m_profile.WriteProfileStringEx("Okna", text::FromUtf8("Szerokości kolumn"),
+                                               text::FromUtf8("żółw")));
     EXPECT_EQ(Content(), "[Okna]\r\nSzeroko\x9C\x63i kolumn=\xBF\xF3\xB3w\r\n");
 }
 

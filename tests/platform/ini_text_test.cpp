@@ -33,12 +33,12 @@ std::string Replaced(std::string text, const std::string& old, const std::string
 
 TEST(IniTextTest, ContentComesBackByteForByte) {
     for (const std::string content : {"", "x", "[a", "a=b\n\r\n[]\r\nc", "\xEA\x9C=\xB3\r\r\n"}) {
-        EXPECT_EQ(CIniText(content).GetContent(), content);
+        EXPECT_EQ(IniText(content).GetContent(), content);
     }
 }
 
 TEST(IniTextTest, ReadsValuesByNamesInAnyCase) {
-    const CIniText text(kFile);
+    const IniText text(kFile);
     EXPECT_EQ(text.Get("Konfiguracja", "Nazwa"), "Stacja 1");
     EXPECT_EQ(text.Get("KONFIGURACJA", "nazwa"), "Stacja 1");
     EXPECT_EQ(text.Get("Log", "Nazwa"), std::nullopt);
@@ -46,67 +46,67 @@ TEST(IniTextTest, ReadsValuesByNamesInAnyCase) {
 }
 
 TEST(IniTextTest, PolishLettersHaveACaseToo) {
-    const CIniText text(text::FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
-    EXPECT_EQ(text.Get("Okna", FromUtf8("częstotliwość")), "5");
+    const IniText text(text::FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
+    EXPECT_EQ(text.Get("Okna", text::FromUtf8("częstotliwość")), "5");
 }
 
 TEST(IniTextTest, ValueMayHoldEqualsSignsAndSemicolons) {
-    EXPECT_EQ(CIniText("[a]\nk=x=y ; z\n").Get("a", "k"), "x=y ; z");
+    EXPECT_EQ(IniText("[a]\nk=x=y ; z\n").Get("a", "k"), "x=y ; z");
 }
 
 TEST(IniTextTest, QuotesKeepTheBlanksOfAValue) {
-    EXPECT_EQ(CIniText("[a]\nk = \" x \" \n").Get("a", "k"), " x ");
-    EXPECT_EQ(CIniText("[a]\nk='x'\n").Get("a", "k"), "x");
-    EXPECT_EQ(CIniText("[a]\nk=\"\n").Get("a", "k"), "\"");
+    EXPECT_EQ(IniText("[a]\nk = \" x \" \n").Get("a", "k"), " x ");
+    EXPECT_EQ(IniText("[a]\nk='x'\n").Get("a", "k"), "x");
+    EXPECT_EQ(IniText("[a]\nk=\"\n").Get("a", "k"), "\"");
 }
 
 TEST(IniTextTest, CommentsAndLinesOutsideSectionsAreNoEntries) {
-    EXPECT_THAT(CIniText("k=0\n[a]\n;k=1\n#k=2\n[a\nk=3\nk=4\n").GetSection("a"),
+    EXPECT_THAT(IniText("k=0\n[a]\n;k=1\n#k=2\n[a\nk=3\nk=4\n").GetSection("a"),
                 ElementsAre(Pair("k", "3"), Pair("k", "4")));
 }
 
 TEST(IniTextTest, SectionMayHaveSeveralHeadings) {
-    const CIniText text("[a]\nx=1\n[b]\ny=2\n[A]\nz=3\n");
+    const IniText text("[a]\nx=1\n[b]\ny=2\n[A]\nz=3\n");
     EXPECT_THAT(text.GetSection("a"), ElementsAre(Pair("x", "1"), Pair("z", "3")));
 }
 
 TEST(IniTextTest, ChangeTouchesTheValueAlone) {
-    CIniText text(kFile);
+    IniText text(kFile);
     EXPECT_TRUE(text.Set("Konfiguracja", "NAZWA", "Stacja 2"));
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "Nazwa = Stacja 1", "Nazwa = Stacja 2"));
 }
 
 TEST(IniTextTest, NewKeyStandsBehindTheLastOfItsSection) {
-    CIniText text(kFile);
+    IniText text(kFile);
     EXPECT_TRUE(text.Set("Konfiguracja", "Nowy", "5"));
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "Obcy=1\r\n", "Obcy=1\r\nNowy=5\r\n"));
 }
 
 TEST(IniTextTest, NewSectionStandsAtTheEnd) {
-    CIniText text(kFile);
+    IniText text(kFile);
     EXPECT_TRUE(text.Set("Okna", "Ikona", "0"));
     EXPECT_EQ(text.GetContent(), std::string(kFile) + "\r\n[Okna]\r\nIkona=0\r\n");
 }
 
 TEST(IniTextTest, NewTextHasTheLineEndsOfTheFile) {
-    CIniText empty("");
+    IniText empty("");
     empty.Set("a", "k", "1");
     EXPECT_EQ(empty.GetContent(), "[a]\r\nk=1\r\n");
-    CIniText plain("[a]\nx=1");
+    IniText plain("[a]\nx=1");
     plain.Set("a", "k", "1");
     EXPECT_EQ(plain.GetContent(), "[a]\nx=1\nk=1\n");
 }
 
 TEST(IniTextTest, WhatIsWrittenReadsBack) {
     for (const std::string value : {"", " ", "\t x", "\"x\"", "'x'", "\"", "a=b", ";a", "[a]"}) {
-        CIniText text("[a]\nk=old\n");
+        IniText text("[a]\nk=old\n");
         EXPECT_TRUE(text.Set("a", "k", value));
-        EXPECT_EQ(CIniText(text.GetContent()).Get("a", "k"), value);
+        EXPECT_EQ(IniText(text.GetContent()).Get("a", "k"), value);
     }
 }
 
 TEST(IniTextTest, TextsWithoutAFormAreRefused) {
-    CIniText text(kFile);
+    IniText text(kFile);
     EXPECT_FALSE(text.Set("a", "k", "x\ny"));
     EXPECT_FALSE(text.Set("a", "k\r", "x"));
     EXPECT_FALSE(text.Set("a", "k=", "x"));
@@ -120,14 +120,14 @@ TEST(IniTextTest, TextsWithoutAFormAreRefused) {
 }
 
 TEST(IniTextTest, RemovedKeyLeavesTheRest) {
-    CIniText text(kFile);
+    IniText text(kFile);
     text.Remove("autostart", "procedura1");
     text.Remove("Autostart", "Procedura7");
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "Procedura1=b.kx\r\n", ""));
 }
 
 TEST(IniTextTest, RemovedSectionLeavesTheCommentOfTheNext) {
-    CIniText text(kFile);
+    IniText text(kFile);
     text.RemoveSection("Autostart");
     EXPECT_EQ(text.GetContent(), Replaced(kFile,
                                           "[Autostart]\r\nProcedura0=a.kx\r\n; drugi\r\n"
@@ -136,14 +136,14 @@ TEST(IniTextTest, RemovedSectionLeavesTheCommentOfTheNext) {
 }
 
 TEST(IniTextTest, ReplacedSectionKeepsItsPlaceAndItsComments) {
-    CIniText text(kFile);
+    IniText text(kFile);
     EXPECT_TRUE(text.SetSection("Autostart", {{"Procedura0", "c.kx"}}));
     EXPECT_EQ(text.GetContent(),
               Replaced(Replaced(kFile, "a.kx", "c.kx"), "Procedura1=b.kx\r\n", ""));
 }
 
 TEST(IniTextTest, ReplacedSectionTakesNewKeysInOrder) {
-    CIniText text(kFile);
+    IniText text(kFile);
     EXPECT_TRUE(text.SetSection(
         "Autostart", {{"Procedura0", "a.kx"}, {"Procedura1", "b.kx"}, {"Procedura2", "c.kx"}}));
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "b.kx\r\n", "b.kx\r\nProcedura2=c.kx\r\n"));

@@ -11,7 +11,7 @@ using Type = JsonNode::Type;
 
 JsonNode Read(std::string_view content) {
     const support::ScratchFile scratch(content);
-    CJsonFile file(scratch.Path());
+    JsonFile file(scratch.Path());
     JsonNode root;
     EXPECT_TRUE(file.Read(root)) << file.GetFault();
     return root;
@@ -19,7 +19,7 @@ JsonNode Read(std::string_view content) {
 
 std::string Fault(std::string_view content) {
     const support::ScratchFile scratch(content);
-    CJsonFile file(scratch.Path());
+    JsonFile file(scratch.Path());
     JsonNode root;
     EXPECT_FALSE(file.Read(root));
     return scratch.WithoutPath(file.GetFault());
@@ -73,7 +73,7 @@ TEST(JsonFileTest, MembersAreFoundByNameAndTheLastOfLikeNamesCounts) {
 }
 
 TEST(JsonFileTest, MissingFileIsTold) {
-    CJsonFile file("/nie/ma/takiego.json");
+    JsonFile file("/nie/ma/takiego.json");
     JsonNode root;
     EXPECT_FALSE(file.Read(root));
     EXPECT_EQ(file.GetFault(), "/nie/ma/takiego.json: No such file or directory");
@@ -105,7 +105,7 @@ TEST(JsonFileTest, DeepBracketsAreRefused) {
 TEST(JsonFileTest, FieldsAreTakenByTypeAndRange) {
     const support::ScratchFile scratch("{\n\"n\": 5,\n\"t\": \"x\",\n\"r\": 1.0\n}");
     const auto integer = [&scratch](std::string_view name, IntegerRange range) {
-        CJsonFile file(scratch.Path());
+        JsonFile file(scratch.Path());
         JsonNode root;
         std::int64_t out = -1;
         file.Read(root);
@@ -113,7 +113,7 @@ TEST(JsonFileTest, FieldsAreTakenByTypeAndRange) {
                                                        : scratch.WithoutPath(file.GetFault());
     };
     const auto text = [&scratch](std::string_view name) {
-        CJsonFile file(scratch.Path());
+        JsonFile file(scratch.Path());
         JsonNode root;
         std::string out;
         file.Read(root);

@@ -8,14 +8,15 @@
 namespace kalvex::platform {
 namespace {
 
-TEST(Translator, WithoutACatalogueTheTextIsItsKey) {
-    EXPECT_EQ(Translator().Translate("żółw"), FromUtf8("żółw"));
+TEST(TranslatorTest, WithoutACatalogueTheTextIsItsKey) {
+    EXPECT_EQ(Translator().Translate("żółw"), text::FromUtf8("żółw"));
 }
 
-TEST(Translator, NoticeIsTranslatedAndItsValuesAreNot) {
+TEST(TranslatorTest, NoticeIsTranslatedAndItsValuesAreNot) {
     const Notice notice{"zmienna %s jest już w %s", {"żółw %s", "\xe3\x83\x87"}};
     EXPECT_TRUE(notice);
-    EXPECT_EQ(InWords(notice, MarkingTranslator()), "<zmienna żółw %s jest już w \xe3\x83\x87>");
+    EXPECT_EQ(InWords(notice, support::MarkingTranslator()),
+              "<zmienna żółw %s jest już w \xe3\x83\x87>");
     EXPECT_FALSE(Notice());
 }
 

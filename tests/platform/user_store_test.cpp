@@ -16,19 +16,17 @@ using testing::IsEmpty;
 
 class UserStoreTest : public testing::Test {
   protected:
-    UserStoreTest() {
-        EXPECT_TRUE(m_store.Open(m_strPath, m_strError)) << text::ToUtf8(m_strError);
-    }
+    UserStoreTest() { EXPECT_TRUE(m_store.Open(m_path, m_error)) << text::ToUtf8(m_error); }
 
     bool Add(const UserRecord& user, std::string_view password = "haslo") {
-        return m_store.Add(user, password, m_strError);
+        return m_store.Add(user, password, m_error);
     }
 
-    std::string Error() const { return text::ToUtf8(m_strError); }
+    std::string Error() const { return text::ToUtf8(m_error); }
 
     support::ScratchFolder m_folder;
-    std::string m_strPath = m_folder.Path("users.sqlite");
-    std::string m_strError;
+    std::string m_path = m_folder.Path("users.sqlite");
+    std::string m_error;
     UserStore m_store{PasswordCost::Least};
 };
 
@@ -40,17 +38,17 @@ UserRecord Named(const char* name, int level = 0) {
 }
 
 TEST_F(UserStoreTest, KeepsWhatWasAdded) {
-    ASSERT_TRUE(Add({FromUtf8("Żaneta"),
-                     FromUtf8("Dyspozytor główny"),
+    ASSERT_TRUE(Add({text::FromUtf8("Żaneta"),
+                     text::FromUtf8("Dyspozytor główny"),
                      50,
                      {"gaz", "zmiana A"},
                      {"10.1.0.0/16", "fd00::/8"}}));
     UserStore other(PasswordCost::Least);
-    ASSERT_TRUE(other.Open(m_strPath, m_strError));
+    ASSERT_TRUE(other.Open(m_path, m_error));
     const std::optional<UserRecord> user = other.Find(text::FromUtf8("Żaneta"));
     ASSERT_TRUE(user);
-    EXPECT_EQ(ToUtf8(user->name), "Żaneta");
-    EXPECT_EQ(ToUtf8(user->description), "Dyspozytor główny");
+    EXPECT_EQ(text::ToUtf8(user->name), "Żaneta");
+    EXPECT_EQ(text::ToUtf8(user->description), "Dyspozytor główny");
     EXPECT_EQ(user->level, 50);
     EXPECT_THAT(user->groups, ElementsAre("gaz", "zmiana A"));
     EXPECT_THAT(user->addresses, ElementsAre("10.1.0.0/16", "fd00::/8"));
@@ -58,7 +56,7 @@ TEST_F(UserStoreTest, KeepsWhatWasAdded) {
 
 TEST_F(UserStoreTest, FileIsForItsOwnerAlone) {
     struct stat info {};
-    ASSERT_EQ(::stat(m_strPath.c_str(), &info), 0);
+    ASSERT_EQ(::stat(m_path.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0600u);
 }
 
@@ -66,7 +64,7 @@ TEST_F(UserStoreTest, NamesDifferByMoreThanCase) {
     ASSERT_TRUE(Add(Named("żółw")));
     EXPECT_FALSE(Add(Named("ŻÓŁW")));
     EXPECT_EQ(Error(), "Użytkownik o tej nazwie już istnieje");
-    EXPECT_TRUE(m_store.Find(FromUtf8("ŻÓŁw")));
+    EXPECT_TRUE(m_store.Find(text::FromUtf8("ŻÓŁw")));
 }
 
 TEST_F(UserStoreTest, RefusesNamesThatCannotBe) {
@@ -108,7 +106,7 @@ TEST_F(UserStoreTest, RefusesOtherFaults) {
     EXPECT_FALSE(Add(Named("a"), std::string(257, 'x')));
     EXPECT_EQ(Error(), "Hasło musi mieć od 1 do 256 znaków");
     std::vector<UserRecord> users;
-    ASSERT_TRUE(m_store.List(users, m_strError));
+    ASSERT_TRUE(m_store.List(users, m_error));
     EXPECT_THAT(users, IsEmpty());
 }
 
@@ -116,14 +114,14 @@ TEST_F(UserStoreTest, ListsByNameAndRemoves) {
     ASSERT_TRUE(Add(Named("Zenon")));
     ASSERT_TRUE(Add(Named("adam")));
     std::vector<UserRecord> users;
-    ASSERT_TRUE(m_store.List(users, m_strError));
+    ASSERT_TRUE(m_store.List(users, m_error));
     ASSERT_EQ(users.size(), 2u);
     EXPECT_EQ(users[0].name, "adam");
     EXPECT_EQ(users[1].name, "Zenon");
 
-    EXPECT_TRUE(m_store.Remove("ADAM", m_strError));
+    EXPECT_TRUE(m_store.Remove("ADAM", m_error));
     EXPECT_FALSE(m_store.Find("adam"));
-    EXPECT_FALSE(m_store.Remove("adam", m_strError));
+    EXPECT_FALSE(m_store.Remove("adam", m_error));
     EXPECT_EQ(Error(), "Brak użytkownika o tej nazwie");
 }
 
@@ -132,7 +130,7 @@ TEST_F(UserStoreTest, RemovedUserLeavesNoGroups) {
     user.groups = {"gaz"};
     ASSERT_TRUE(Add(user));
     EXPECT_THAT(m_store.GetGroups(), ElementsAre("gaz"));
-    ASSERT_TRUE(m_store.Remove("adam", m_strError));
+    ASSERT_TRUE(m_store.Remove("adam", m_error));
     EXPECT_THAT(m_store.GetGroups(), IsEmpty());
     ASSERT_TRUE(Add(Named("ewa")));
     EXPECT_THAT(m_store.Find("ewa")->groups, IsEmpty());
@@ -146,12 +144,12 @@ TEST_F(UserStoreTest, PasswordIsCheckedAndChanged) {
     EXPECT_TRUE(CheckPassword(hash, "pierwsze"));
     EXPECT_FALSE(CheckPassword(hash, "Pierwsze"));
 
-    ASSERT_TRUE(m_store.SetPassword("ADAM", "drugie", m_strError));
+    ASSERT_TRUE(m_store.SetPassword("ADAM", "drugie", m_error));
     ASSERT_TRUE(m_store.Find("adam", &hash));
     EXPECT_FALSE(CheckPassword(hash, "pierwsze"));
     EXPECT_TRUE(CheckPassword(hash, "drugie"));
 
-    EXPECT_FALSE(m_store.SetPassword("ewa", "trzecie", m_strError));
+    EXPECT_FALSE(m_store.SetPassword("ewa", "trzecie", m_error));
     EXPECT_EQ(Error(), "Brak użytkownika o tej nazwie");
 }
 
@@ -193,11 +191,11 @@ TEST_F(UserStoreTest, RightsHoldFromTheUsersAddressesOnly) {
 TEST_F(UserStoreTest, NewerFileIsRefused) {
     {
         SqliteDatabase database;
-        ASSERT_TRUE(database.Open(m_strPath));
+        ASSERT_TRUE(database.Open(m_path));
         ASSERT_TRUE(database.Execute("PRAGMA user_version = 2"));
     }
     UserStore other(PasswordCost::Least);
-    EXPECT_FALSE(other.Open(m_strPath, m_strError));
+    EXPECT_FALSE(other.Open(m_path, m_error));
     EXPECT_EQ(Error(), "Plik użytkowników jest z nowszej wersji programu");
 }
 

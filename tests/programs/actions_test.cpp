@@ -14,7 +14,7 @@ std::string Fault(std::string_view content) {
     const support::ScratchFile scratch(content);
     std::vector<run::Action> actions;
     std::string fault;
-    EXPECT_FALSE(ReadActions(scratch.Path(), kScripts, actions, fault));
+    EXPECT_FALSE(run::ReadActions(scratch.Path(), kScripts, actions, fault));
     return scratch.WithoutPath(fault);
 }
 
@@ -30,7 +30,7 @@ TEST(ActionsTest, EachIsRead) {
         {"atTick": 9, "script": 1, "do": "setValue", "variable": "ŁĄKA", "text": "#1,5 ż"}])");
     std::vector<run::Action> actions;
     std::string fault;
-    ASSERT_TRUE(ReadActions(scratch.Path(), kScripts, actions, fault)) << fault;
+    ASSERT_TRUE(run::ReadActions(scratch.Path(), kScripts, actions, fault)) << fault;
     std::vector<std::string> read;
     for (const run::Action& action : actions) {
         read.push_back(std::to_string(action.atTick) + " " + std::to_string(action.script) + " " +
@@ -40,15 +40,15 @@ TEST(ActionsTest, EachIsRead) {
                                               "4 0 minimise", "5 0 restore", "6 0 breakpoint",
                                               "9 1 setValue"}));
     EXPECT_EQ(actions[6].line, 7);
-    EXPECT_EQ(actions[7].variable, FromUtf8("ŁĄKA"));
-    EXPECT_EQ(actions[7].text, FromUtf8("#1,5 ż"));
+    EXPECT_EQ(actions[7].variable, text::FromUtf8("ŁĄKA"));
+    EXPECT_EQ(actions[7].text, text::FromUtf8("#1,5 ż"));
 }
 
 TEST(ActionsTest, AnEmptyListIsNoFault) {
     const support::ScratchFile scratch("[]");
     std::vector<run::Action> actions;
     std::string fault;
-    EXPECT_TRUE(ReadActions(scratch.Path(), kScripts, actions, fault));
+    EXPECT_TRUE(run::ReadActions(scratch.Path(), kScripts, actions, fault));
     EXPECT_TRUE(actions.empty());
 }
 

@@ -21,27 +21,30 @@ std::string Record(support::FakeScript& script, std::string_view name) {
 constexpr const char* kEmpty = R"({"type":255,"status":0,"time":0,"value":null,"text":""})";
 
 TEST(JsonResultTest, CellOfEachType) {
-    EXPECT_EQ(Cell(CVal()), kEmpty);
-    EXPECT_EQ(Cell(CVal(true)), R"({"type":120,"status":0,"time":0,"value":1,"text":"1"})");
-    EXPECT_EQ(Cell(CVal(short{-3})), R"({"type":140,"status":0,"time":0,"value":-3,"text":"-3"})");
-    EXPECT_EQ(Cell(CVal(7)), R"({"type":150,"status":0,"time":0,"value":7,"text":"7"})");
-    EXPECT_EQ(Cell(CVal(4000000000u)),
+    EXPECT_EQ(Cell(value::CVal()), kEmpty);
+    EXPECT_EQ(Cell(value::CVal(true)), R"({"type":120,"status":0,"time":0,"value":1,"text":"1"})");
+    EXPECT_EQ(Cell(value::CVal(short{-3})),
+              R"({"type":140,"status":0,"time":0,"value":-3,"text":"-3"})");
+    EXPECT_EQ(Cell(value::CVal(7)), R"({"type":150,"status":0,"time":0,"value":7,"text":"7"})");
+    EXPECT_EQ(Cell(value::CVal(4000000000u)),
               R"({"type":151,"status":0,"time":0,"value":4000000000,"text":"4000000000"})");
-    EXPECT_EQ(Cell(CVal(1710050400L)),
+    EXPECT_EQ(Cell(value::CVal(1710050400L)),
               R"({"type":160,"status":0,"time":0,"value":1710050400,"text":"1710050400"})");
-    EXPECT_EQ(Cell(CVal(2.5)), R"({"type":171,"status":0,"time":0,"value":2.5,"text":"2.50"})");
-    EXPECT_EQ(Cell(CVal(12.0)), R"({"type":171,"status":0,"time":0,"value":12.0,"text":"12.00"})");
-    EXPECT_EQ(Cell(CVal(FromUtf8("łą\"ka"))),
+    EXPECT_EQ(Cell(value::CVal(2.5)),
+              R"({"type":171,"status":0,"time":0,"value":2.5,"text":"2.50"})");
+    EXPECT_EQ(Cell(value::CVal(12.0)),
+              R"({"type":171,"status":0,"time":0,"value":12.0,"text":"12.00"})");
+    EXPECT_EQ(Cell(value::CVal(text::FromUtf8("łą\"ka"))),
               R"({"type":190,"status":0,"time":0,"value":"łą\"ka","text":"łą\"ka"})");
 }
 
 TEST(JsonResultTest, DoubleThatIsNotFiniteHasNoValue) {
     const double infinity = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(Cell(CVal(infinity)),
+    EXPECT_EQ(Cell(value::CVal(infinity)),
               R"({"type":171,"status":0,"time":0,"value":null,"text":"inf"})");
-    EXPECT_EQ(Cell(CVal(-infinity)),
+    EXPECT_EQ(Cell(value::CVal(-infinity)),
               R"({"type":171,"status":0,"time":0,"value":null,"text":"-inf"})");
-    EXPECT_EQ(Cell(CVal(std::numeric_limits<double>::quiet_NaN())),
+    EXPECT_EQ(Cell(value::CVal(std::numeric_limits<double>::quiet_NaN())),
               R"({"type":171,"status":0,"time":0,"value":null,"text":"nan"})");
 }
 

@@ -43,17 +43,17 @@ TEST(KalvexdOptionsTest, SourcesAreManagedInsteadOfTheService) {
     const std::optional<kalvexd::SourceOrder> added =
         Parse({"--add-source", "Gaz,ewa"}).options.source;
     ASSERT_TRUE(added);
-    EXPECT_EQ(added->task, SourceTask::Add);
+    EXPECT_EQ(added->task, kalvexd::SourceTask::Add);
     EXPECT_EQ(added->name, "Gaz");
     EXPECT_EQ(added->user, "ewa");
     const std::optional<kalvexd::SourceOrder> removed =
         Parse({"--remove-source=Gaz"}).options.source;
     ASSERT_TRUE(removed);
-    EXPECT_EQ(removed->task, SourceTask::Remove);
+    EXPECT_EQ(removed->task, kalvexd::SourceTask::Remove);
     EXPECT_EQ(removed->name, "Gaz");
     const std::optional<kalvexd::SourceOrder> listed = Parse({"--list-sources"}).options.source;
     ASSERT_TRUE(listed);
-    EXPECT_EQ(listed->task, SourceTask::List);
+    EXPECT_EQ(listed->task, kalvexd::SourceTask::List);
 }
 
 TEST(KalvexdOptionsTest, FiguresAreOfferedWhereTheyShould) {

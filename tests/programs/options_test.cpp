@@ -63,7 +63,7 @@ TEST(OptionsTest, AllAreTaken) {
     EXPECT_EQ(options.actions, "a.json");
     EXPECT_EQ(options.profile, "p.ini");
     EXPECT_EQ(options.userName, "jan");
-    EXPECT_EQ(options.userDescription, FromUtf8("Jan Żak: dyspozytor"));
+    EXPECT_EQ(options.userDescription, text::FromUtf8("Jan Żak: dyspozytor"));
     EXPECT_EQ(options.logLevel, 3);
     EXPECT_TRUE(options.minimised);
     EXPECT_TRUE(options.json);

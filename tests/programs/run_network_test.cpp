@@ -19,7 +19,7 @@ using testing::ElementsAre;
 // Leaves the network to the test when the sources go.
 class LentNetwork final : public run::RunCarrier {
   public:
-    explicit LentNetwork(run::CRunNetwork& network) : m_network(network) {}
+    explicit LentNetwork(run::RunNetwork& network) : m_network(network) {}
     vantrel::TransportFactory& Transports() override { return m_network.Transports(); }
     const std::vector<std::string>& SourceNames() const override { return m_network.SourceNames(); }
     void BeginTick(std::int64_t tick, vantrel::CSourceList& sources) override {
@@ -27,7 +27,7 @@ class LentNetwork final : public run::RunCarrier {
     }
 
   private:
-    run::CRunNetwork& m_network;
+    run::RunNetwork& m_network;
 };
 
 // A run whose sources are servers on real sockets. The time of the network is moved by hand.
@@ -38,9 +38,9 @@ class RunNetworkTest : public support::ScriptWorld {
     void Listen() { transport = network.Listen(network.ServerSettings(), server); }
 
     void MakeRun() {
-        carrier = std::make_unique<CRunNetwork>(network.ClientSettings(), log, translator);
-        run = std::make_unique<run::CRunSources>(std::make_unique<LentNetwork>(*carrier), true,
-                                                 profile, log, translator, users);
+        carrier = std::make_unique<run::RunNetwork>(network.ClientSettings(), log, translator);
+        run = std::make_unique<run::RunSources>(std::make_unique<LentNetwork>(*carrier), true,
+                                                profile, log, translator, users);
         services.sources = &run->ForScripts();
     }
 
@@ -77,15 +77,15 @@ class RunNetworkTest : public support::ScriptWorld {
     }
 
     void TickUntilLogged(const std::string& line, int times = 1) {
-        TickUntil([&] { return std::ranges::count(Log(LogEvents), line) >= times; });
+        TickUntil([&] { return std::ranges::count(Log(platform::LogEvents), line) >= times; });
     }
 
     support::NetworkWorld network;
     support::HandServer server;
     std::unique_ptr<vantrel::NetworkServer> transport;
-    run::CRunProfile profile;
-    std::unique_ptr<run::CRunNetwork> carrier;
-    std::unique_ptr<run::CRunSources> run;
+    run::RunProfile profile;
+    std::unique_ptr<run::RunNetwork> carrier;
+    std::unique_ptr<run::RunSources> run;
     std::int64_t tick = 0;
 };
 
@@ -134,8 +134,9 @@ TEST_F(RunNetworkTest, ServerThatComesBackIsFoundByThePeriodicWork) {
     EXPECT_EQ(document.LastError().m_nErrorCode, 27);
     server.SendValue(1, value::CVal(2));
     TickUntil([&] { return Value(document, "x") == "150:2"; });
-    EXPECT_THAT(Log(LogErrors), Contains("Połączenie z srv zerwane (zakończenie pracy serwera)"));
-    EXPECT_THAT(Log(LogEvents), Contains("Nawiązanie połączenia z srv").Times(2));
+    EXPECT_THAT(Log(platform::LogErrors),
+                Contains("Połączenie z srv zerwane (zakończenie pracy serwera)"));
+    EXPECT_THAT(Log(platform::LogEvents), Contains("Nawiązanie połączenia z srv").Times(2));
 }
 
 TEST_F(RunNetworkTest, PeriodicWorkComesOnceASecond) {
@@ -149,8 +150,8 @@ TEST_F(RunNetworkTest, PeriodicWorkComesOnceASecond) {
     EXPECT_EQ(server.clients, 0);
     network.now += 1;
     TickUntilHeard("subscribe +1V");
-    EXPECT_THAT(Log(LogErrors), ElementsAre("main.kx : Inicjowanie skryptu ",
-                                            "main.kx : Start skryptu ", unreachable));
+    EXPECT_THAT(Log(platform::LogErrors), ElementsAre("main.kx : Inicjowanie skryptu ",
+                                                      "main.kx : Start skryptu ", unreachable));
 }
 
 TEST_F(RunNetworkTest, RefusedLoginIsTriedAgainAfterSixtyRoundsOfPeriodicWork) {
@@ -175,7 +176,7 @@ TEST_F(RunNetworkTest, RunEndsWhileItDialsAServerThatIsNotThere) {
     Start("REMOTE a srv@V");
     TickOnce();
     EndRun();
-    EXPECT_THAT(Log(LogErrors),
+    EXPECT_THAT(Log(platform::LogErrors),
                 ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu "));
 }
 
@@ -200,7 +201,7 @@ class RunNetworkOptionsTest : public support::ScriptWorld {
     int ClientsOf(const run::RunOptions& options) {
         support::HandServer server;
         const auto transport = network.Listen(network.ServerSettings(), server);
-        const run::CRunProfile profile = run::ReadRunProfile(options, folder.Path());
+        const run::RunProfile profile = run::ReadRunProfile(options, folder.Path());
         std::string fault;
         const auto run =
             run::MakeRunSources(options, profile, clock, log, translator, users, fault);
@@ -249,10 +250,10 @@ TEST_F(RunNetworkOptionsTest, AddressesComeFromTheCommonProfile) {
     folder.Put("sorvane.ini", "[Serwery]\nsrv=localhost:4000\n");
     run::RunOptions options;
     options.profile = folder.Path("Kalvex.ini");
-    const run::CRunProfile profile = run::ReadRunProfile(options, {});
+    const run::RunProfile profile = run::ReadRunProfile(options, {});
     ASSERT_EQ(profile.servers.size(), 1u);
     EXPECT_EQ(profile.servers.at("srv").address, "localhost:4000");
-    EXPECT_TRUE(ReadRunProfile({}, {}).servers.empty());
+    EXPECT_TRUE(run::ReadRunProfile({}, {}).servers.empty());
 }
 
 }  // namespace

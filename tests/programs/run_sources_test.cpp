@@ -18,7 +18,7 @@ class RunSourcesTest : public support::ScriptWorld {
     ~RunSourcesTest() override { documents.clear(); }
 
     // What the options get with a plant file of this content, ' standing for "; none without.
-    std::unique_ptr<run::CRunSources> Make(std::optional<std::string> content = {}) {
+    std::unique_ptr<run::RunSources> Make(std::optional<std::string> content = {}) {
         run::RunOptions options;
         options.json = true;
         std::optional<support::ScratchFile> file;
@@ -32,7 +32,7 @@ class RunSourcesTest : public support::ScriptWorld {
         return made;
     }
 
-    engine::CKalvexDoc& RunWith(run::CRunSources& run, std::string_view text, int count) {
+    engine::CKalvexDoc& RunWith(run::RunSources& run, std::string_view text, int count) {
         services.sources = &run.ForScripts();
         engine::CKalvexDoc& document = Open(text);
         document.Start();
@@ -44,9 +44,9 @@ class RunSourcesTest : public support::ScriptWorld {
         return document;
     }
 
-    run::CRunProfile profile;
+    run::RunProfile profile;
     std::string fault;
-    std::unique_ptr<run::CRunSources> run;
+    std::unique_ptr<run::RunSources> run;
 };
 
 TEST_F(RunSourcesTest, WithoutAPlantNoSourceConnects) {
@@ -136,7 +136,7 @@ TEST_F(RunSourcesTest, ArchiveOfARemoteVariable) {
     engine::CKalvexDoc& document = RunWith(*run, "REMOTE a srv@V", 3);
     document.Variables().Find("a")->RequestRange(value::KindArchive, 0, 100);
     run->BeginTick(4);
-    EXPECT_EQ(VariableJson(*document.Variables().Find("a"))["archive"].dump(),
+    EXPECT_EQ(run::VariableJson(*document.Variables().Find("a"))["archive"].dump(),
               R"([{"type":190,"status":0,"time":50,"value":"x","text":"x"}])");
 }
 

@@ -20,12 +20,12 @@ class CountedTicks final : public app::TickSource {
     int GetIdleTicks() const override { return 0; }
     void SkipTicks(int) override {}
 
-    kalvexd::CServiceLoop* loop = nullptr;
+    kalvexd::ServiceLoop* loop = nullptr;
     int ticks = 0;
 };
 
 TEST(ServiceWorldLoopTest, SourceOfTicksIsTicked) {
-    kalvexd::CServiceLoop loop;
+    kalvexd::ServiceLoop loop;
     CountedTicks source;
     source.loop = &loop;
     loop.SetTickSource(&source);
@@ -34,7 +34,7 @@ TEST(ServiceWorldLoopTest, SourceOfTicksIsTicked) {
 }
 
 TEST(ServiceWorldLoopTest, TimerOfANumberBeginsAnewAndEnds) {
-    kalvexd::CServiceLoop loop;
+    kalvexd::ServiceLoop loop;
     int first = 0;
     int second = 0;
     EXPECT_TRUE(loop.SetTimer(4, 10, [&] { ++first; }));
@@ -49,7 +49,7 @@ TEST(ServiceWorldLoopTest, TimerOfANumberBeginsAnewAndEnds) {
 }
 
 TEST(ServiceWorldLoopTest, PeriodOfNothingIsAShortOne) {
-    kalvexd::CServiceLoop loop;
+    kalvexd::ServiceLoop loop;
     int nothing = 0;
     int negative = 0;
     loop.SetTimer(4, 0, [&] { ++nothing; });
@@ -66,7 +66,7 @@ class ServiceWorldUserLibraryTest : public testing::Test {
     support::EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
     platform::IniProfile m_profile;
     platform::Translator m_translator;
-    kalvexd::CUserLibrary m_library{m_profile, m_translator};
+    kalvexd::UserLibrary m_library{m_profile, m_translator};
     std::string m_error;
 };
 

@@ -33,24 +33,24 @@ sorvaned::SorvanedOptions Parsed(std::vector<std::string> arguments) {
 
 TEST(SorvanedOptionsTest, ServesUnlessToldOtherwise) {
     const sorvaned::SorvanedOptions options = Parsed({});
-    EXPECT_EQ(options.task, SorvanedTask::Serve);
+    EXPECT_EQ(options.task, sorvaned::SorvanedTask::Serve);
     EXPECT_EQ(options.configuration, "/etc/sorvane/sorvaned.toml");
     EXPECT_EQ(options.logLevel, 2);
     EXPECT_EQ(Parsed({"--config", "a.toml", "--log-level", "3"}).configuration, "a.toml");
     EXPECT_EQ(Parsed({"--log-level", "3"}).logLevel, 3);
-    EXPECT_EQ(Parsed({"--check"}).task, SorvanedTask::Check);
+    EXPECT_EQ(Parsed({"--check"}).task, sorvaned::SorvanedTask::Check);
 }
 
 TEST(SorvanedOptionsTest, UserHasItsAttributes) {
     const sorvaned::SorvanedOptions options =
         Parsed({"--config", "a.toml", "user", "add", "Żaneta", "--level", "50", "--group", "gaz",
                 "--group", "zmiana A", "--address", "10.0.0.0/8", "--description", "Główna"});
-    EXPECT_EQ(options.task, SorvanedTask::AddUser);
-    EXPECT_EQ(options.user.name, FromUtf8("Żaneta"));
+    EXPECT_EQ(options.task, sorvaned::SorvanedTask::AddUser);
+    EXPECT_EQ(options.user.name, text::FromUtf8("Żaneta"));
     EXPECT_EQ(options.user.level, 50);
     EXPECT_THAT(options.user.groups, ElementsAre("gaz", "zmiana A"));
     EXPECT_THAT(options.user.addresses, ElementsAre("10.0.0.0/8"));
-    EXPECT_EQ(options.user.description, FromUtf8("Główna"));
+    EXPECT_EQ(options.user.description, text::FromUtf8("Główna"));
 }
 
 TEST(SorvanedOptionsTest, GroupTakesOneWord) {
@@ -62,12 +62,12 @@ TEST(SorvanedOptionsTest, GroupTakesOneWord) {
 }
 
 TEST(SorvanedOptionsTest, OtherTasksWithUsers) {
-    EXPECT_EQ(Parsed({"user", "list"}).task, SorvanedTask::ListUsers);
-    EXPECT_EQ(Parsed({"user", "passwd", "adam"}).task, SorvanedTask::ChangePassword);
+    EXPECT_EQ(Parsed({"user", "list"}).task, sorvaned::SorvanedTask::ListUsers);
+    EXPECT_EQ(Parsed({"user", "passwd", "adam"}).task, sorvaned::SorvanedTask::ChangePassword);
     EXPECT_EQ(Parsed({"user", "passwd", "adam"}).user.name, "adam");
     const sorvaned::SorvanedOptions options =
         Parsed({"user", "remove", "adam", "--config", "a.toml"});
-    EXPECT_EQ(options.task, SorvanedTask::RemoveUser);
+    EXPECT_EQ(options.task, sorvaned::SorvanedTask::RemoveUser);
     EXPECT_EQ(options.configuration, "a.toml");
 }
 

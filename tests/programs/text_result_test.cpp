@@ -9,7 +9,7 @@ namespace kalvex::programs {
 namespace {
 
 TEST(TextResultTest, NoVariablesNoTable) {
-    EXPECT_EQ(VariableTable(FakeScript().Variables()), "");
+    EXPECT_EQ(run::VariableTable(support::FakeScript().Variables()), "");
 }
 
 TEST(TextResultTest, TableIsAlignedByCharacters) {
@@ -28,7 +28,7 @@ TEST(TextResultTest, TableIsAlignedByCharacters) {
     list.Add(locked);
     list.Add(value::CVal("x"));
     list.MoveFirst();
-    EXPECT_EQ(VariableTable(script.Variables()),
+    EXPECT_EQ(run::VariableTable(script.Variables()),
               "NAME     KIND     VALUE                   STATUS             TIME\n"
               "ŻÓŁĆ     LOCAL    12.50                   ALARM SET_BY_USER  2024-03-10 07:00:00\n"
               "A        LOCAL    \"ą b\"\n"

@@ -24,17 +24,16 @@ class Connection final : public vantrel::CClientConnection {
     }
     void OnVariableList() override { events.push_back("definitions"); }
     void OnDataArrived() override { events.push_back("data"); }
-    void OnVarAccessError(const vantrel::CRequestRecord& record) override {
+    void OnVarAccessError(const vantrel::RequestRecord& record) override {
         events.push_back("no access to " + record.variable + ": " + std::to_string(record.result));
     }
-    void OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) override {
+    void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override {
         events.push_back(record.variable + " set to " + value::ValueToText(record.value));
     }
-    void OnCurrentDataModifyError(const vantrel::CRequestRecord& record) override {
+    void OnCurrentDataModifyError(const vantrel::RequestRecord& record) override {
         events.push_back(record.variable + " refused: " + std::to_string(record.result));
     }
-    void OnReportModifyError(value::ValueKind kind,
-                             const vantrel::CRequestRecord& record) override {
+    void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override {
         events.push_back(record.variable + " report " + std::to_string(kind) +
                          " refused: " + std::to_string(record.result));
     }
@@ -43,9 +42,9 @@ class Connection final : public vantrel::CClientConnection {
     }
 };
 
-class Window final : public vantrel::CAnswerWindow {
+class Window final : public vantrel::AnswerWindow {
   public:
-    void OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) override {
+    void OnAnswer(value::ValueKind kind, vantrel::RequestRecord record) override {
         std::string line = std::to_string(kind) + ": " + std::to_string(record.result);
         if (record.result == 0 && record.list == nullptr)
             line += " " + value::ValueToText(record.value);
@@ -91,7 +90,7 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     Carry();
     EXPECT_THAT(m_client.events,
                 ElementsAre("let in", "no access to Brak: 0", "definitions", "data"));
-    EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_tStart) + " 5.00");
+    EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_start) + " 5.00");
     EXPECT_EQ(m_client.GetVarDefInfo("X")->GetText("un"), "MPa");
 
     m_client.events.clear();
@@ -100,23 +99,23 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     m_client.MakeCurrentDataModifyRequest();
     Carry();
     EXPECT_THAT(m_client.events, ElementsAre("X set to 6", "R refused: 2", "data"));
-    EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_tStart) + " 6.00");
+    EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_start) + " 6.00");
 }
 
 TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
     Connect();
     m_client.RegisterVariable("X");
     m_client.Subscribe();
-    m_client.AddReportModifyRequest(value::KindHour, "X", m_tStart, value::CVal(7));
-    m_client.AddReportModifyRequest(value::KindHour, "R", m_tStart, value::CVal(7));
+    m_client.AddReportModifyRequest(value::KindHour, "X", m_start, value::CVal(7));
+    m_client.AddReportModifyRequest(value::KindHour, "R", m_start, value::CVal(7));
     m_client.MakeDataRequest(value::KindHour);
     Carry();
     m_client.events.erase(m_client.events.begin(), m_client.events.begin() + 3);
     EXPECT_THAT(m_client.events, ElementsAre("R report 2 refused: 2"));
     m_client.events.clear();
 
-    m_client.AddDataRequest(value::KindHour, "X", m_tStart, m_tStart, nullptr, m_window);
-    m_client.AddDataRequest(value::KindHour, "X", m_tStart + 3600, m_tStart + 3600, nullptr,
+    m_client.AddDataRequest(value::KindHour, "X", m_start, m_start, nullptr, m_window);
+    m_client.AddDataRequest(value::KindHour, "X", m_start + 3600, m_start + 3600, nullptr,
                             m_window);
     m_client.MakeDataRequest(value::KindHour);
     Carry();
@@ -124,7 +123,7 @@ TEST_F(ClientTest, ReadsAndWritesReportsAndHearsOfThem) {
     m_clock.Advance(1000);
     m_server->Tick();
     Carry();
-    EXPECT_THAT(m_client.events, ElementsAre("change 2 " + std::to_string(m_tStart)));
+    EXPECT_THAT(m_client.events, ElementsAre("change 2 " + std::to_string(m_start)));
 }
 
 TEST_F(ClientTest, ReadsALongArchive) {

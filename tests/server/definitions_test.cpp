@@ -37,7 +37,7 @@ class DefinitionsTest : public testing::Test {
 TEST_F(DefinitionsTest, ReasonsAreTranslatedAndPathsAndKeysAreNot) {
     const std::string path =
         m_folder.Put("plant.toml", "[server]\nclients = 0\ndata = 5\nkolor = 1\n");
-    EXPECT_FALSE(LoadDefinitions(path, MarkingTranslator(), m_definitions, m_errors));
+    EXPECT_FALSE(LoadDefinitions(path, support::MarkingTranslator(), m_definitions, m_errors));
     EXPECT_THAT(
         m_errors,
         ElementsAre(path + ":2: server.clients: <oczekiwano liczby całkowitej od 1 do 10000>",
@@ -103,7 +103,7 @@ write = "100"
     EXPECT_EQ(m_definitions.archivePeriod, 1);
     EXPECT_EQ(m_definitions.keepDays, 400);
     EXPECT_EQ(m_definitions.dayStart, 6);
-    EXPECT_THAT(m_definitions.automatic, ElementsAre(KindHour, KindMonth));
+    EXPECT_THAT(m_definitions.automatic, ElementsAre(value::KindHour, value::KindMonth));
     ASSERT_EQ(m_definitions.access.size(), 2u);
     EXPECT_EQ(m_definitions.access[0].variables, "Z1.*");
     EXPECT_EQ(m_definitions.access[0].read, "gaz");
@@ -232,21 +232,23 @@ value = 12
 )")) << testing::PrintToString(m_errors);
     ASSERT_EQ(m_definitions.variables.size(), 1u);
     const VariableConfig& variable = m_definitions.variables[0];
-    EXPECT_EQ(ToUtf8(variable.name), "Z1.PRZEPŁYW");
-    EXPECT_EQ(variable.type, ValueType::Int);
+    EXPECT_EQ(text::ToUtf8(variable.name), "Z1.PRZEPŁYW");
+    EXPECT_EQ(variable.type, value::ValueType::Int);
     EXPECT_EQ(variable.minimum, -0.5);
     EXPECT_EQ(variable.maximum, 5000.0);
-    EXPECT_EQ(variable.archive, ArchiveBit::Changes | ArchiveBit::Samples);
-    EXPECT_EQ(variable.reports, ReportBit(KindHour) | ReportBit(KindDay) | ReportBit(KindMonth) |
-                                    ReportBit(KindSpan));
+    EXPECT_EQ(variable.archive, vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples);
+    EXPECT_EQ(variable.reports,
+              vantrel::ReportBit(value::KindHour) | vantrel::ReportBit(value::KindDay) |
+                  vantrel::ReportBit(value::KindMonth) | vantrel::ReportBit(value::KindSpan));
     EXPECT_EQ(variable.rule, ReportRule::Sum);
     EXPECT_EQ(variable.initial, "12");
     EXPECT_FALSE(variable.signal);
-    EXPECT_THAT(variable.attributes,
-                ElementsAre(Pair("at", "6"), Pair("de", FromUtf8("Przepływ na wyjściu")),
-                            Pair("fo", "%.1f"), Pair("max", "5000"), Pair("min", "-0.50"),
-                            Pair("nd", FromUtf8("Przepływ")), Pair("pa", FromUtf8("Sieć/Z1")),
-                            Pair("rt", "30"), Pair("un", FromUtf8("m3/h"))));
+    EXPECT_THAT(
+        variable.attributes,
+        ElementsAre(Pair("at", "6"), Pair("de", text::FromUtf8("Przepływ na wyjściu")),
+                    Pair("fo", "%.1f"), Pair("max", "5000"), Pair("min", "-0.50"),
+                    Pair("nd", text::FromUtf8("Przepływ")), Pair("pa", text::FromUtf8("Sieć/Z1")),
+                    Pair("rt", "30"), Pair("un", text::FromUtf8("m3/h"))));
 }
 
 TEST_F(DefinitionsTest, VariablesComeFromFilesToo) {
@@ -266,14 +268,14 @@ TEST_F(DefinitionsTest, VariablesComeFromFilesToo) {
     EXPECT_THAT(names, ElementsAre("X", "Z1.P", "Z1;\"T\"", "Z2.P", "Z2.T"));
     EXPECT_TRUE(m_definitions.variables[1].signal);
     EXPECT_FALSE(m_definitions.variables[2].signal);
-    EXPECT_EQ(m_definitions.variables[2].attributes.at("un"), FromUtf8("°C"));
+    EXPECT_EQ(m_definitions.variables[2].attributes.at("un"), text::FromUtf8("°C"));
     EXPECT_EQ(m_definitions.variables[3].initial, "7");
     EXPECT_EQ(m_definitions.variables[4].initial, "");
 }
 
 TEST_F(DefinitionsTest, FileThatIsNotThere) {
-    EXPECT_FALSE(
-        LoadDefinitions(m_folder.Path("brak.toml"), Translator(), m_definitions, m_errors));
+    EXPECT_FALSE(LoadDefinitions(m_folder.Path("brak.toml"), platform::Translator(), m_definitions,
+                                 m_errors));
     EXPECT_THAT(m_errors, ElementsAre(m_folder.Path("brak.toml") + ": No such file or directory"));
     EXPECT_FALSE(Load("\n[[variables]]\nfile = \"brak.csv\"\n"));
     EXPECT_THAT(m_errors,

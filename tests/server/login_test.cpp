@@ -92,7 +92,7 @@ TEST_F(LoginTest, AttemptsAtTheSameTimeAreCountedToo) {
         Connect("10.1.2.3").Say(std::move(request));
     }
     std::vector<int> codes;
-    for (const auto& client : m_arrClients) {
+    for (const auto& client : m_clients) {
         while (client->messages.empty()) m_loop.WaitAndRun();
         codes.push_back(client->Take<vantrel::LoginResult>().at(0).code);
     }
@@ -107,7 +107,7 @@ TEST_F(LoginTest, OtherProtocolIsRefused) {
     client.Say(request);
     const vantrel::LoginResult result = client.Take<vantrel::LoginResult>().at(0);
     EXPECT_EQ(result.code, 3);
-    EXPECT_EQ(ToUtf8(result.text), "inna wersja protokołu");
+    EXPECT_EQ(text::ToUtf8(result.text), "inna wersja protokołu");
 }
 
 TEST_F(LoginTest, NothingIsAnsweredBefore) {
@@ -137,7 +137,7 @@ TEST_F(LoginTest, ClientThatGoesAwayMeanwhileIsForgotten) {
     request.user = "adam";
     request.password = "tajne";
     Connect().Say(request);
-    m_arrClients.clear();
+    m_clients.clear();
     m_loop.WaitAndRun();
     EXPECT_THAT(m_log.Take(), IsEmpty());
 }
@@ -148,7 +148,7 @@ TEST_F(LoginTest, ClientsAreBounded) {
     EXPECT_TRUE(Connect().session);
     EXPECT_FALSE(Connect().session);
     EXPECT_THAT(m_log.Take(), ElementsAre("1 Zbyt wielu klientów, odrzucono połączenie"));
-    m_arrClients.clear();
+    m_clients.clear();
     EXPECT_TRUE(Connect().session);
 }
 
@@ -159,7 +159,7 @@ TEST_F(LoginTest, ClientThatDoesNotLogInIsSentAway) {
     Tick(30);
     EXPECT_EQ(silent.closed, 0u);
     Tick();
-    EXPECT_EQ(silent.closed, ReasonLoginRefused);
+    EXPECT_EQ(silent.closed, vantrel::ReasonLoginRefused);
     EXPECT_EQ(client.closed, 0u);
 }
 
@@ -203,29 +203,29 @@ class LoginListTest : public LoginTest {
         request.user = std::move(user);
         request.password = std::move(password);
         m_server->ListVariables(std::move(request), std::move(address), [this](auto definitions) {
-            m_arrAnswers.push_back(std::move(definitions));
+            m_answers.push_back(std::move(definitions));
         });
     }
 
     // The names with blanks between, or "refused".
     std::string Answer(std::string user, std::string password, std::string address) {
-        m_arrAnswers.clear();
+        m_answers.clear();
         Ask(std::move(user), std::move(password), std::move(address));
-        while (m_arrAnswers.empty()) m_loop.WaitAndRun();
-        if (!m_arrAnswers.front()) return "refused";
+        while (m_answers.empty()) m_loop.WaitAndRun();
+        if (!m_answers.front()) return "refused";
         std::string names;
-        for (const vantrel::VariableDefinition& definition : *m_arrAnswers.front()) {
+        for (const vantrel::VariableDefinition& definition : *m_answers.front()) {
             names += (names.empty() ? "" : " ") + definition.name;
         }
         return names;
     }
 
-    std::vector<std::optional<std::vector<vantrel::VariableDefinition>>> m_arrAnswers;
+    std::vector<std::optional<std::vector<vantrel::VariableDefinition>>> m_answers;
 };
 
 TEST_F(LoginListTest, VariablesAreListedForThoseWhoMayReadThem) {
     EXPECT_EQ(Answer("", "", ""), "A");
-    EXPECT_THAT(m_arrAnswers.front()->front().attributes, ElementsAre(testing::Pair("un", "MPa")));
+    EXPECT_THAT(m_answers.front()->front().attributes, ElementsAre(testing::Pair("un", "MPa")));
     EXPECT_EQ(Answer("adam", "tajne", "10.1.2.3"), "A B");
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("2 Rejestracja użytkownika NOBODY z Kalvex_stacja",
@@ -258,16 +258,16 @@ TEST_F(LoginListTest, WhoTriesPasswordsIsSlowedDown) {
 
 TEST_F(LoginListTest, PasswordIsNotCheckedWithinTheCall) {
     Ask("adam", "tajne", "10.1.2.3");
-    EXPECT_THAT(m_arrAnswers, IsEmpty());
+    EXPECT_THAT(m_answers, IsEmpty());
     m_loop.WaitAndRun();
-    EXPECT_EQ(m_arrAnswers.size(), 1u);
+    EXPECT_EQ(m_answers.size(), 1u);
 }
 
 TEST_F(LoginListTest, ServerThatGoesMeanwhileDoesNotAnswer) {
     Ask("adam", "tajne", "10.1.2.3");
     End();
     m_loop.Run();
-    EXPECT_THAT(m_arrAnswers, IsEmpty());
+    EXPECT_THAT(m_answers, IsEmpty());
 }
 
 // ---- who tries passwords

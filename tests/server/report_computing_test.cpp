@@ -14,14 +14,14 @@ constexpr TimeSpan kSpan{3600, 7200};
 constexpr std::uint16_t kLoaded = value::Status::ReportLoaded;
 
 void ExpectResult(const value::CVal& result, double number, std::uint16_t status) {
-    ASSERT_EQ(result.GetType(), ValueType::Double);
+    ASSERT_EQ(result.GetType(), value::ValueType::Double);
     EXPECT_DOUBLE_EQ(result.Real(), number);
     EXPECT_EQ(result.GetStatus(), status);
 }
 
 void ExpectNothingKnown(const value::CVal& result, std::uint16_t more = 0) {
-    EXPECT_EQ(result.GetType(), ValueType::None);
-    EXPECT_EQ(result.GetStatus(), Status::Unknown | kLoaded | more);
+    EXPECT_EQ(result.GetType(), value::ValueType::None);
+    EXPECT_EQ(result.GetStatus(), value::Status::Unknown | kLoaded | more);
 }
 
 TEST(ReportComputingRuleTest, Words) {

@@ -190,9 +190,9 @@ TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
     const auto state = [&](const char* name) {
         return document.Variables().Find(name)->GetSourceRecord()->GetRequestState(value::KindHour);
     };
-    EXPECT_EQ(state("t"), RequestFailed);
-    EXPECT_EQ(state("brak"), RequestFailed);
-    EXPECT_EQ(state("x"), RequestFailed);
+    EXPECT_EQ(state("t"), sources::RequestFailed);
+    EXPECT_EQ(state("brak"), sources::RequestFailed);
+    EXPECT_EQ(state("x"), sources::RequestFailed);
     EXPECT_THAT(Errors(),
                 ElementsAre("main.kx - Brak dostępu do wartości zmiennej w źródle (2) (srv@T)",
                             "main.kx - Brak zmiennej w źródle (srv@Brak)",
@@ -252,8 +252,9 @@ TEST_F(ScriptReportsTest, VeryManyVariablesAreReadAtOnce) {
     for (int i = 0; i < kMany; ++i) {
         const std::string name = "m" + std::to_string(i);
         sources::CInterfaceObj& link = *document.Variables().Find(name)->GetSourceRecord();
-        ASSERT_EQ(link.GetRequestState(KindDay), RequestReady) << name;
-        ASSERT_EQ(Value(document, name, KindDay), "171:" + std::to_string(i) + ".00") << name;
+        ASSERT_EQ(link.GetRequestState(value::KindDay), sources::RequestReady) << name;
+        ASSERT_EQ(Value(document, name, value::KindDay), "171:" + std::to_string(i) + ".00")
+            << name;
     }
 }
 

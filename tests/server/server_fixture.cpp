@@ -10,9 +10,9 @@ std::string DumpRow(const value::CVal& value) {
 }
 
 void ServerTest::Start(std::string_view toml) {
-    m_strToml = toml;
+    m_toml = toml;
     End();
-    Configure(m_strToml);
+    Configure(m_toml);
     m_server = std::make_unique<Server>(m_clock, m_log, m_translator, m_loop,
                                         platform::PasswordCost::Least);
     std::vector<std::string> errors;
@@ -22,7 +22,7 @@ void ServerTest::Start(std::string_view toml) {
 }
 
 void ServerTest::End() {
-    m_arrClients.clear();
+    m_clients.clear();
     if (m_server) m_server->Stop();
     m_server.reset();
 }
@@ -44,8 +44,8 @@ void ServerTest::Tick(std::int64_t seconds) {
 }
 
 TestClient& ServerTest::Connect(std::string address) {
-    m_arrClients.push_back(std::make_unique<TestClient>(*m_server, std::move(address)));
-    return *m_arrClients.back();
+    m_clients.push_back(std::make_unique<TestClient>(*m_server, std::move(address)));
+    return *m_clients.back();
 }
 
 vantrel::LoginResult ServerTest::TryLogin(TestClient& client, std::string user,
@@ -88,7 +88,7 @@ std::vector<std::string> ServerTest::Updates(TestClient& client) {
 
 std::uint16_t ServerTest::Modify(TestClient& client, value::ValueKind kind,
                                  std::string_view variable, std::int64_t time, value::CVal value) {
-    const vantrel::RequestId id = ++m_nLastRequest;
+    const vantrel::RequestId id = ++m_lastRequest;
     client.Say(
         vantrel::ModifyRequests{{{id, kind, std::string(variable), time, std::move(value)}}});
     Settle();
@@ -101,7 +101,7 @@ std::uint16_t ServerTest::Modify(TestClient& client, value::ValueKind kind,
 
 std::uint16_t ServerTest::ModifyArchive(TestClient& client, std::string_view variable,
                                         std::vector<value::CVal> values) {
-    const vantrel::RequestId id = ++m_nLastRequest;
+    const vantrel::RequestId id = ++m_lastRequest;
     vantrel::ArchiveModifyRequest request{id, std::string(variable), 0, 0, std::move(values)};
     if (!request.values.empty()) {
         request.from = request.values.front().GetTime();
@@ -124,7 +124,7 @@ void ServerTest::Order(TestClient& client, vantrel::PeriodAction action, value::
 std::vector<std::string> ServerTest::Read(TestClient& client, value::ValueKind kind,
                                           std::string_view variable, std::int64_t from,
                                           std::int64_t to) {
-    const vantrel::RequestId id = ++m_nLastRequest;
+    const vantrel::RequestId id = ++m_lastRequest;
     client.Say(vantrel::ReadRequests{{{id, kind, std::string(variable), from, to}}});
     Settle();
     std::vector<std::string> lines;

@@ -32,14 +32,14 @@ std::string DumpRow(const value::CVal& value);
 class TestClient final : public vantrel::ServerLink {
   public:
     TestClient(vantrel::SessionAcceptor& server, std::string address = {})
-        : m_strAddress(std::move(address)) {
+        : m_address(std::move(address)) {
         session = server.Accept(*this);
     }
 
     void Send(vantrel::ServerMessage message) override { messages.push_back(std::move(message)); }
     void Close(std::uint32_t reason) override { closed = reason; }
     std::size_t Backlog() const override { return backlog; }
-    std::string PeerAddress() const override { return m_strAddress; }
+    std::string PeerAddress() const override { return m_address; }
 
     void Say(vantrel::ClientMessage message) { session->OnMessage(std::move(message)); }
     void End(std::uint32_t reason) {
@@ -65,7 +65,7 @@ class TestClient final : public vantrel::ServerLink {
     std::uint32_t closed = 0;
 
   private:
-    std::string m_strAddress;
+    std::string m_address;
 };
 
 class ServerTest : public testing::Test {
@@ -76,7 +76,7 @@ class ServerTest : public testing::Test {
     // Starts a server with this configuration; one that was there is stopped.
     void Start(std::string_view toml);
     // Starts it again with what it left.
-    void Restart() { Start(m_strToml); }
+    void Restart() { Start(m_toml); }
     void Configure(std::string_view toml) { m_folder.Put("plant.toml", toml); }
     void End();
 
@@ -110,15 +110,15 @@ class ServerTest : public testing::Test {
 
     support::ZoneScope m_zone{"Europe/Warsaw"};
     support::ScratchFolder m_folder;
-    std::int64_t m_tStart = value::MakeLocalTime({2024, 3, 10, 7});
-    platform::VirtualClock m_clock{m_tStart};
+    std::int64_t m_start = value::MakeLocalTime({2024, 3, 10, 7});
+    platform::VirtualClock m_clock{m_start};
     support::LogRecorder m_log;
     support::MarkingTranslator m_translator{false};
     support::WaitingLoop m_loop;
-    std::string m_strToml;
+    std::string m_toml;
     std::unique_ptr<Server> m_server;
-    std::vector<std::unique_ptr<TestClient>> m_arrClients;
-    vantrel::RequestId m_nLastRequest = 0;
+    std::vector<std::unique_ptr<TestClient>> m_clients;
+    vantrel::RequestId m_lastRequest = 0;
 };
 
 }  // namespace kalvex::server

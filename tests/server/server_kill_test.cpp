@@ -21,13 +21,13 @@ constexpr const char* kPlant =
 // Tells the number of each write that the server has confirmed.
 class TellingLink final : public vantrel::ServerLink {
   public:
-    explicit TellingLink(int tell) : m_nTell(tell) {}
+    explicit TellingLink(int tell) : m_tell(tell) {}
     void Send(vantrel::ServerMessage message) override {
         const vantrel::ModifyResults* results = std::get_if<vantrel::ModifyResults>(&message);
         if (results == nullptr) return;
         for (const vantrel::ModifyResults::Entry& entry : results->entries) {
             if (entry.result != vantrel::ResultOk) ::_exit(2);
-            TellConfirmed(m_nTell, entry.id);
+            TellConfirmed(m_tell, entry.id);
         }
     }
     void Close(std::uint32_t) override {}
@@ -35,7 +35,7 @@ class TellingLink final : public vantrel::ServerLink {
     std::string PeerAddress() const override { return {}; }
 
   private:
-    int m_nTell;
+    int m_tell;
 };
 
 // Write number n: even, the report of hour n; odd, archive values from second n * 100 on.
@@ -74,15 +74,16 @@ class ServerKillTest : public ServerTest {
   protected:
     std::set<std::int64_t> TimesOf(value::ValueKind kind) {
         TestClient& client = LogIn();
-        client.Say(vantrel::ReadRequests{{{++m_nLastRequest, kind, "X", 0, INT64_MAX}}});
+        client.Say(vantrel::ReadRequests{{{++m_lastRequest, kind, "X", 0, INT64_MAX}}});
         Settle();
         std::set<std::int64_t> times;
         for (const vantrel::ReadAnswer& answer : client.Take<vantrel::ReadAnswer>()) {
-            EXPECT_EQ(answer.result, ResultOk);
+            EXPECT_EQ(answer.result, vantrel::ResultOk);
             for (const value::CVal& value : answer.values) {
                 times.insert(value.GetTime());
                 const std::int64_t unit = kind == value::KindHour ? 3600 : 100;
-                EXPECT_EQ(static_cast<std::int64_t>(ValueToDouble(value)), value.GetTime() / unit);
+                EXPECT_EQ(static_cast<std::int64_t>(value::ValueToDouble(value)),
+                          value.GetTime() / unit);
             }
         }
         return times;

@@ -20,18 +20,18 @@ TEST_F(ServerTest, SignalsMoveOnceASecond) {
         "[[variable]]\nname = \"K\"\nsignal = \"constant value=7\"\n");
     TestClient& client = LogIn();
     Subscribe(client, {"X", "C", "K"});
-    const std::int64_t position = m_tStart % 100;
+    const std::int64_t position = m_start % 100;
     Tick();
-    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart + 1) + " " +
-                                                 std::to_string(position + 1) + ".00",
-                                             "2: 150 0 " + At(m_tStart + 1) + " 0",
-                                             "3: 171 0 " + At(m_tStart + 1) + " 7.00"));
+    EXPECT_THAT(
+        Updates(client),
+        ElementsAre("1: 171 0 " + At(m_start + 1) + " " + std::to_string(position + 1) + ".00",
+                    "2: 150 0 " + At(m_start + 1) + " 0", "3: 171 0 " + At(m_start + 1) + " 7.00"));
     m_server->Tick();
     EXPECT_THAT(Updates(client), IsEmpty());
     Tick(2);
     const std::vector<std::string> updates = Updates(client);
     ASSERT_EQ(updates.size(), 3u);
-    EXPECT_EQ(updates[2], "2: 150 0 " + At(m_tStart + 3) + " 1");
+    EXPECT_EQ(updates[2], "2: 150 0 " + At(m_start + 3) + " 1");
 }
 
 TEST_F(ServerTest, CurrentValuesOutlastARestart) {
@@ -50,10 +50,10 @@ TEST_F(ServerTest, CurrentValuesOutlastARestart) {
     Restart();
     client = &LogIn();
     client->Say(vantrel::SubscribeRequest{{{1, "X"}, {2, "T"}, {3, "V"}, {4, "C"}}, {}, 0, true});
-    EXPECT_THAT(Updates(*client), ElementsAre("1: 171 4 " + At(m_tStart) + " 1.50",
-                                              "2: 190 0 " + At(m_tStart) + " zażółć",
-                                              "3: 171 0 " + At(m_tStart) + " 8.00",
-                                              "4: 171 0 " + At(m_tStart + 3) + " 102.00"));
+    EXPECT_THAT(Updates(*client), ElementsAre("1: 171 4 " + At(m_start) + " 1.50",
+                                              "2: 190 0 " + At(m_start) + " zażółć",
+                                              "3: 171 0 " + At(m_start) + " 8.00",
+                                              "4: 171 0 " + At(m_start + 3) + " 102.00"));
     Tick();
     EXPECT_THAT(Updates(*client), IsEmpty());
     Tick();
@@ -88,15 +88,15 @@ TEST_F(ServerTest, ChangesAreArchivedWithBitTwo) {
     Modify(client, value::KindCurrent, "X", 0, support::Stamped(value::CVal(2), 0, 4));
     Tick(8);
     EXPECT_THAT(
-        Read(client, KindArchive, "X", 0, kLargestTime),
-        ElementsAre("171 0 " + At(m_tStart) + " 1.00", "171 4 " + At(m_tStart + 1) + " 2.00"));
-    EXPECT_THAT(Read(client, KindArchive, "Y", 0, kLargestTime), IsEmpty());
+        Read(client, value::KindArchive, "X", 0, value::kLargestTime),
+        ElementsAre("171 0 " + At(m_start) + " 1.00", "171 4 " + At(m_start + 1) + " 2.00"));
+    EXPECT_THAT(Read(client, value::KindArchive, "Y", 0, value::kLargestTime), IsEmpty());
     // The hour begins a period of 4 s: high at 1, low from 2, high from 4, low from 6, high from 8.
     EXPECT_THAT(
-        Read(client, KindArchive, "S", 0, kLargestTime),
-        ElementsAre("171 0 " + At(m_tStart + 1) + " 1.00", "171 0 " + At(m_tStart + 2) + " 0.00",
-                    "171 0 " + At(m_tStart + 4) + " 1.00", "171 0 " + At(m_tStart + 6) + " 0.00",
-                    "171 0 " + At(m_tStart + 8) + " 1.00"));
+        Read(client, value::KindArchive, "S", 0, value::kLargestTime),
+        ElementsAre("171 0 " + At(m_start + 1) + " 1.00", "171 0 " + At(m_start + 2) + " 0.00",
+                    "171 0 " + At(m_start + 4) + " 1.00", "171 0 " + At(m_start + 6) + " 0.00",
+                    "171 0 " + At(m_start + 8) + " 1.00"));
 }
 
 TEST_F(ServerTest, SamplesAreArchivedWithBitFour) {
@@ -105,12 +105,11 @@ TEST_F(ServerTest, SamplesAreArchivedWithBitFour) {
         "[[variable]]\nname = \"U\"\nat = 4\n");
     TestClient& client = LogIn();
     Tick(25);
-    EXPECT_THAT(Read(client, KindArchive, "X", 0, kLargestTime),
-                ElementsAre("171 0 " + At(m_tStart + 10) + " 5.00",
-                            "171 0 " + At(m_tStart + 20) + " 5.00"));
     EXPECT_THAT(
-        Read(client, KindArchive, "U", 0, kLargestTime),
-        ElementsAre("255 1 " + At(m_tStart + 10) + " ", "255 1 " + At(m_tStart + 20) + " "));
+        Read(client, value::KindArchive, "X", 0, value::kLargestTime),
+        ElementsAre("171 0 " + At(m_start + 10) + " 5.00", "171 0 " + At(m_start + 20) + " 5.00"));
+    EXPECT_THAT(Read(client, value::KindArchive, "U", 0, value::kLargestTime),
+                ElementsAre("255 1 " + At(m_start + 10) + " ", "255 1 " + At(m_start + 20) + " "));
 }
 
 TEST_F(ServerTest, TimeWithoutAServerIsUnknownInTheArchive) {
@@ -119,15 +118,15 @@ TEST_F(ServerTest, TimeWithoutAServerIsUnknownInTheArchive) {
         "[[variable]]\nname = \"Y\"\nat = 32\n");
     Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1));
     Tick(3);
-    ModifyArchive(LogIn(), "Y", {support::Stamped(value::CVal(1), m_tStart)});
+    ModifyArchive(LogIn(), "Y", {support::Stamped(value::CVal(1), m_start)});
     End();
     m_clock.Advance(100000);
     Restart();
-    EXPECT_THAT(Read(LogIn(), KindArchive, "X", 0, kLargestTime),
-                ElementsAre("171 0 " + At(m_tStart) + " 1.00", "255 1 " + At(m_tStart + 4) + " ",
-                            "171 0 " + At(m_tStart + 103) + " 1.00"));
-    EXPECT_THAT(Read(LogIn(), KindArchive, "Y", 0, kLargestTime),
-                ElementsAre("171 0 " + At(m_tStart) + " 1.00"));
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime),
+                ElementsAre("171 0 " + At(m_start) + " 1.00", "255 1 " + At(m_start + 4) + " ",
+                            "171 0 " + At(m_start + 103) + " 1.00"));
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "Y", 0, value::kLargestTime),
+                ElementsAre("171 0 " + At(m_start) + " 1.00"));
 }
 
 TEST_F(ServerTest, QuickRestartLeavesNoGap) {
@@ -136,7 +135,7 @@ TEST_F(ServerTest, QuickRestartLeavesNoGap) {
     Tick();
     m_clock.Advance(1000);
     Restart();
-    EXPECT_EQ(Read(LogIn(), KindArchive, "X", 0, kLargestTime).size(), 1u);
+    EXPECT_EQ(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime).size(), 1u);
 }
 
 TEST_F(ServerTest, OldArchiveValuesGo) {
@@ -145,13 +144,13 @@ TEST_F(ServerTest, OldArchiveValuesGo) {
         "[[variable]]\nname = \"X\"\nat = 32\n");
     TestClient& client = LogIn();
     ModifyArchive(client, "X",
-                  {support::Stamped(value::CVal(1), m_tStart - 86401),
-                   support::Stamped(value::CVal(2), m_tStart - 86400),
-                   support::Stamped(value::CVal(3), m_tStart - 86398)});
+                  {support::Stamped(value::CVal(1), m_start - 86401),
+                   support::Stamped(value::CVal(2), m_start - 86400),
+                   support::Stamped(value::CVal(3), m_start - 86398)});
     Tick();
-    EXPECT_THAT(Read(client, KindArchive, "X", 0, kLargestTime),
-                ElementsAre("171 0 " + At(m_tStart - 86400) + " 2.00",
-                            "171 0 " + At(m_tStart - 86398) + " 3.00"));
+    EXPECT_THAT(Read(client, value::KindArchive, "X", 0, value::kLargestTime),
+                ElementsAre("171 0 " + At(m_start - 86400) + " 2.00",
+                            "171 0 " + At(m_start - 86398) + " 3.00"));
 }
 
 // ---- automatic reports
@@ -165,44 +164,46 @@ TEST_F(ServerTest, ReportsAreComputedAtTheEndOfTheirPeriods) {
     TestClient& client = LogIn();
     Subscribe(client, {"X"});
     ModifyArchive(client, "X",
-                  {support::Stamped(value::CVal(10), m_tStart - 1800),
-                   support::Stamped(value::CVal(20), m_tStart + 900)});
+                  {support::Stamped(value::CVal(10), m_start - 1800),
+                   support::Stamped(value::CVal(20), m_start + 900)});
     Tick();
     m_clock.Advance(3597 * 1000);
     Tick();
-    EXPECT_THAT(Read(client, KindHour, "X", m_tStart, m_tStart), ElementsAre("result 1"));
-    EXPECT_THAT(client.Take<ReportChange>(), IsEmpty());
+    EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start), ElementsAre("result 1"));
+    EXPECT_THAT(client.Take<vantrel::ReportChange>(), IsEmpty());
     Tick();
-    EXPECT_THAT(Read(client, KindHour, "X", m_tStart, m_tStart),
-                ElementsAre("171 128 " + At(m_tStart) + " 17.50"));
-    EXPECT_THAT(Read(client, KindHour, "X", m_tStart - 3600, m_tStart - 3600),
+    EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start),
+                ElementsAre("171 128 " + At(m_start) + " 17.50"));
+    EXPECT_THAT(Read(client, value::KindHour, "X", m_start - 3600, m_start - 3600),
                 ElementsAre("result 1"));
     // The day of reports of March 9 ends at 8:00 of March 10 and knows one hour.
     const std::int64_t day = value::MakeLocalTime({2024, 3, 9});
-    EXPECT_THAT(Read(client, KindDay, "X", day, day), ElementsAre("171 192 " + At(day) + " 17.50"));
-    EXPECT_THAT(Read(client, KindDay, "Y", day, day), ElementsAre("255 129 " + At(day) + " "));
-    EXPECT_THAT(Read(client, KindHour, "Y", m_tStart, m_tStart), ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, value::KindDay, "X", day, day),
+                ElementsAre("171 192 " + At(day) + " 17.50"));
+    EXPECT_THAT(Read(client, value::KindDay, "Y", day, day),
+                ElementsAre("255 129 " + At(day) + " "));
+    EXPECT_THAT(Read(client, value::KindHour, "Y", m_start, m_start), ElementsAre("result 1"));
     Tick();
     std::vector<int> kinds;
     for (const vantrel::ReportChange& change : client.Take<vantrel::ReportChange>())
         kinds.push_back(change.kind);
-    EXPECT_THAT(kinds, ElementsAre(KindHour, KindDay));
+    EXPECT_THAT(kinds, ElementsAre(value::KindHour, value::KindDay));
 }
 
 TEST_F(ServerTest, ReportsMissedWithoutAServerAreMadeUpFor) {
     Start(
         "[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
         "[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n");
-    ModifyArchive(LogIn(), "X", {support::Stamped(value::CVal(10), m_tStart)});
+    ModifyArchive(LogIn(), "X", {support::Stamped(value::CVal(10), m_start)});
     Tick();
     End();
     m_clock.Advance(3 * 3600 * 1000);
     Restart();
     Tick();
-    EXPECT_THAT(Read(LogIn(), KindHour, "X", 0, kLargestTime),
-                ElementsAre("171 128 " + At(m_tStart) + " 10.00",
-                            "171 128 " + At(m_tStart + 3600) + " 10.00",
-                            "171 128 " + At(m_tStart + 7200) + " 10.00"));
+    EXPECT_THAT(
+        Read(LogIn(), value::KindHour, "X", 0, value::kLargestTime),
+        ElementsAre("171 128 " + At(m_start) + " 10.00", "171 128 " + At(m_start + 3600) + " 10.00",
+                    "171 128 " + At(m_start + 7200) + " 10.00"));
 }
 
 TEST_F(ServerTest, ReportsAreMadeUpForTwoMonthsBack) {
@@ -228,8 +229,8 @@ TEST_F(ServerTest, ManyVariablesAreComputedOverSeveralSteps) {
     Tick(2);
     TestClient& client = LogIn();
     for (const char* name : {"V0", "V12345", "V19999", "V20000", "V24999"}) {
-        EXPECT_THAT(Read(client, KindHour, name, m_tStart, m_tStart),
-                    ElementsAre("255 129 " + At(m_tStart) + " "))
+        EXPECT_THAT(Read(client, value::KindHour, name, m_start, m_start),
+                    ElementsAre("255 129 " + At(m_start) + " "))
             << name;
     }
 }
@@ -256,16 +257,16 @@ TEST_F(ServerTest, ReloadTellsClientsOfWhatHasChanged) {
     EXPECT_EQ(errors[0].entries[0].handle, 2u);
     EXPECT_EQ(errors[0].entries[0].code, 0);
     EXPECT_EQ(errors[0].entries[1].handle, 3u);
-    EXPECT_EQ(errors[0].entries[1].code, ResultNoAccess);
+    EXPECT_EQ(errors[0].entries[1].code, vantrel::ResultNoAccess);
     const std::vector<vantrel::VariableDefinitions> definitions =
         client.Take<vantrel::VariableDefinitions>();
     ASSERT_EQ(definitions.size(), 1u);
     EXPECT_EQ(definitions[0].definitions[0].name, "A");
     EXPECT_THAT(definitions[0].definitions[0].attributes, ElementsAre(testing::Pair("un", "km")));
-    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart) + " 5.00",
-                                             "4: 171 0 " + At(m_tStart) + " 4.00"));
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_start) + " 5.00",
+                                             "4: 171 0 " + At(m_start) + " 4.00"));
     Modify(client, value::KindCurrent, "D", 0, value::CVal(6));
-    EXPECT_THAT(Updates(client), ElementsAre("4: 171 0 " + At(m_tStart) + " 6.00"));
+    EXPECT_THAT(Updates(client), ElementsAre("4: 171 0 " + At(m_start) + " 6.00"));
 }
 
 TEST_F(ServerTest, ReloadWithAnErrorChangesNothing) {
@@ -281,7 +282,7 @@ TEST_F(ServerTest, ReloadWithAnErrorChangesNothing) {
     EXPECT_EQ(lines[1], "1 Konfiguracja bez zmian");
     EXPECT_THAT(client.messages, IsEmpty());
     client.Say(vantrel::SubscribeRequest{{{9, "A"}}, {}, 0, true});
-    EXPECT_THAT(Updates(client), ElementsAre("9: 171 0 " + At(m_tStart) + " 1.00"));
+    EXPECT_THAT(Updates(client), ElementsAre("9: 171 0 " + At(m_start) + " 1.00"));
 }
 
 TEST_F(ServerTest, ReloadTellsWhatHasToWaitForTheNextStart) {
@@ -297,7 +298,7 @@ TEST_F(ServerTest, ReloadTellsWhatHasToWaitForTheNextStart) {
     EXPECT_EQ(m_server->Settings().name, "sorvaned");
     TestClient& client = LogIn();
     client.Say(vantrel::SubscribeRequest{{{1, "B"}}, {}, 0, true});
-    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_tStart) + " 2.00"));
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_start) + " 2.00"));
 }
 
 TEST_F(ServerTest, VariableThatComesBackHasItsData) {
@@ -305,15 +306,15 @@ TEST_F(ServerTest, VariableThatComesBackHasItsData) {
         "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"A\"\nrt = 2\n"
         "[[variable]]\nname = \"B\"\nrt = 2\n";
     Start(both);
-    Modify(LogIn(), value::KindHour, "A", m_tStart, value::CVal(1));
-    Modify(LogIn(), value::KindHour, "B", m_tStart, value::CVal(2));
+    Modify(LogIn(), value::KindHour, "A", m_start, value::CVal(1));
+    Modify(LogIn(), value::KindHour, "B", m_start, value::CVal(2));
     Start("[[variable]]\nname = \"C\"\nrt = 2\n[[variable]]\nname = \"B\"\nrt = 2\n");
-    EXPECT_THAT(Read(LogIn(), KindHour, "B", m_tStart, m_tStart),
-                ElementsAre("150 32 " + At(m_tStart) + " 2"));
-    EXPECT_THAT(Read(LogIn(), KindHour, "C", m_tStart, m_tStart), ElementsAre("result 1"));
+    EXPECT_THAT(Read(LogIn(), value::KindHour, "B", m_start, m_start),
+                ElementsAre("150 32 " + At(m_start) + " 2"));
+    EXPECT_THAT(Read(LogIn(), value::KindHour, "C", m_start, m_start), ElementsAre("result 1"));
     Start(both);
-    EXPECT_THAT(Read(LogIn(), KindHour, "A", m_tStart, m_tStart),
-                ElementsAre("150 32 " + At(m_tStart) + " 1"));
+    EXPECT_THAT(Read(LogIn(), value::KindHour, "A", m_start, m_start),
+                ElementsAre("150 32 " + At(m_start) + " 1"));
 }
 
 TEST_F(ServerTest, ChangedTypeConvertsTheKeptValue) {
@@ -322,7 +323,7 @@ TEST_F(ServerTest, ChangedTypeConvertsTheKeptValue) {
     Start("[[variable]]\nname = \"A\"\ntype = \"int\"\n");
     TestClient& client = LogIn();
     client.Say(vantrel::SubscribeRequest{{{1, "A"}}, {}, 0, true});
-    EXPECT_THAT(Updates(client), ElementsAre("1: 150 0 " + At(m_tStart) + " 7"));
+    EXPECT_THAT(Updates(client), ElementsAre("1: 150 0 " + At(m_start) + " 7"));
 }
 
 TEST_F(ServerTest, FolderIsForOneServer) {
@@ -355,14 +356,17 @@ TEST_F(ServerTest, StoreThatFailsIsToldOnceAndAnsweredEachTime) {
     ASSERT_TRUE(other.Open(m_folder.Path("data/store.sqlite")));
     ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
     TestClient& client = LogIn();
-    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultServerFault);
-    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultServerFault);
-    EXPECT_THAT(Read(client, KindHour, "X", m_tStart, m_tStart), ElementsAre("result 5"));
+    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
+              vantrel::ResultServerFault);
+    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
+              vantrel::ResultServerFault);
+    EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start), ElementsAre("result 5"));
     EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
     ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
-    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultOk);
+    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)), vantrel::ResultOk);
     ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
-    EXPECT_EQ(Modify(client, KindHour, "X", m_tStart, CVal(1)), ResultServerFault);
+    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
+              vantrel::ResultServerFault);
     EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
 }
 
@@ -370,14 +374,14 @@ TEST_F(ServerTest, EndCommitsWhatIsUnderWay) {
     Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\nrt = 2\n");
     TestClient& client = LogIn();
     client.Say(vantrel::ModifyRequests{{{1, value::KindCurrent, "X", 0, value::CVal(1)},
-                                        {2, value::KindHour, "X", m_tStart, value::CVal(2)}}});
+                                        {2, value::KindHour, "X", m_start, value::CVal(2)}}});
     client.Say(vantrel::ArchiveModifyRequest{3, "X", 5, 5, {support::Stamped(value::CVal(3), 5)}});
     Restart();
     TestClient& again = LogIn();
-    EXPECT_THAT(Read(again, KindArchive, "X", 0, kLargestTime),
-                ElementsAre("171 0 5 3.00", "171 0 " + At(m_tStart) + " 1.00"));
-    EXPECT_THAT(Read(again, KindHour, "X", m_tStart, m_tStart),
-                ElementsAre("150 32 " + At(m_tStart) + " 2"));
+    EXPECT_THAT(Read(again, value::KindArchive, "X", 0, value::kLargestTime),
+                ElementsAre("171 0 5 3.00", "171 0 " + At(m_start) + " 1.00"));
+    EXPECT_THAT(Read(again, value::KindHour, "X", m_start, m_start),
+                ElementsAre("150 32 " + At(m_start) + " 2"));
 }
 
 TEST_F(ServerTest, StartAndEndAreLogged) {

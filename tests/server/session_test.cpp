@@ -52,7 +52,7 @@ class SessionTest : public ServerTest {
     }
     TestClient& Operator() { return LogIn("adam", "tajne"); }
 
-    std::string Stamp(std::int64_t later = 0) const { return std::to_string(m_tStart + later); }
+    std::string Stamp(std::int64_t later = 0) const { return std::to_string(m_start + later); }
 };
 
 // ---- subscriptions
@@ -65,7 +65,7 @@ TEST_F(SessionTest, SubscriptionIsAnsweredWithErrorsDefinitionsAndValues) {
     const auto& errors = std::get<vantrel::AccessErrors>(client.messages[0]).entries;
     ASSERT_EQ(errors.size(), 2u);
     EXPECT_EQ(errors[0].handle, 8u);
-    EXPECT_EQ(errors[0].code, ResultNoAccess);
+    EXPECT_EQ(errors[0].code, vantrel::ResultNoAccess);
     EXPECT_EQ(errors[1].handle, 9u);
     EXPECT_EQ(errors[1].code, 0);
     const auto& definitions = std::get<vantrel::VariableDefinitions>(client.messages[1]);
@@ -75,7 +75,7 @@ TEST_F(SessionTest, SubscriptionIsAnsweredWithErrorsDefinitionsAndValues) {
     EXPECT_THAT(definitions.definitions[0].attributes,
                 ElementsAre(Pair("at", "32"), Pair("max", "10"), Pair("min", "0"), Pair("rt", "30"),
                             Pair("un", "MPa")));
-    EXPECT_TRUE(std::get<ValueUpdates>(client.messages[2]).last);
+    EXPECT_TRUE(std::get<vantrel::ValueUpdates>(client.messages[2]).last);
     EXPECT_THAT(Updates(client), ElementsAre("7: 171 0 " + Stamp() + " 5.00", "10: 255 1 0 "));
 }
 
@@ -97,11 +97,11 @@ TEST_F(SessionTest, ChangesGoToThoseWhoSubscribed) {
     TestClient& writer = Operator();
     TestClient& reader = LogIn();
     Subscribe(reader, {"Z1.N", "Z1.P"});
-    EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(6)), ResultOk);
+    EXPECT_EQ(Modify(writer, value::KindCurrent, "Z1.P", 0, value::CVal(6)), vantrel::ResultOk);
     EXPECT_THAT(Updates(reader), ElementsAre("2: 171 0 " + Stamp() + " 6.00"));
     EXPECT_THAT(writer.messages, IsEmpty());
     reader.Say(vantrel::SubscribeRequest{{}, {2}, 0, true});
-    EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(7)), ResultOk);
+    EXPECT_EQ(Modify(writer, value::KindCurrent, "Z1.P", 0, value::CVal(7)), vantrel::ResultOk);
     EXPECT_THAT(reader.messages, IsEmpty());
 }
 
@@ -123,7 +123,7 @@ TEST_F(SessionTest, ClientThatHasGoneIsNotSentAnything) {
     TestClient& reader = LogIn();
     Subscribe(reader, {"Z1.P"});
     reader.End(vantrel::ReasonClientEnded);
-    EXPECT_EQ(Modify(writer, KindCurrent, "Z1.P", 0, CVal(6)), ResultOk);
+    EXPECT_EQ(Modify(writer, value::KindCurrent, "Z1.P", 0, value::CVal(6)), vantrel::ResultOk);
     EXPECT_THAT(reader.messages, IsEmpty());
 }
 
@@ -173,13 +173,13 @@ TEST_F(SessionTest, LargeSubscriptionIsAnsweredInPieces) {
     // Twice the variables of the server is the most, and it is told once.
     for (vantrel::SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
     client.Say(request);
-    EXPECT_THAT(client.Take<AccessErrors>(), IsEmpty());
+    EXPECT_THAT(client.Take<vantrel::AccessErrors>(), IsEmpty());
     for (vantrel::SubscribeRequest::Entry& entry : request.added) entry.handle += 10000;
     client.Say(request);
     const std::vector<vantrel::AccessErrors> errors = client.Take<vantrel::AccessErrors>();
     ASSERT_EQ(errors.size(), 1u);
     EXPECT_EQ(errors[0].entries.size(), 2500u);
-    EXPECT_EQ(errors[0].entries[0].code, ResultBadRequest);
+    EXPECT_EQ(errors[0].entries[0].code, vantrel::ResultBadRequest);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: zbyt wiele subskrybowanych zmiennych"));
 }
@@ -190,9 +190,11 @@ TEST_F(SessionTest, WriteIsConvertedStampedAndAnswered) {
     TestClient& client = Operator();
     Subscribe(client, {"Z1.P", "Z1.N", "Z1.T"});
     m_clock.Advance(5000);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, Stamped(CVal("7.5"), 1, 0x8004)), ResultOk);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.N", 0, CVal(7.9)), ResultOk);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(12)), ResultOk);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0,
+                     support::Stamped(value::CVal("7.5"), 1, 0x8004)),
+              vantrel::ResultOk);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.N", 0, value::CVal(7.9)), vantrel::ResultOk);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.T", 0, value::CVal(12)), vantrel::ResultOk);
     EXPECT_THAT(Updates(client),
                 ElementsAre("1: 171 32772 " + Stamp(5) + " 7.50", "2: 150 0 " + Stamp(5) + " 7",
                             "3: 190 0 " + Stamp(5) + " 12"));
@@ -202,34 +204,46 @@ TEST_F(SessionTest, LongestTextIsWritten) {
     TestClient& client = Operator();
     Subscribe(client, {"Z1.T"});
     const std::string longest(65535, 'x');
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(longest)), ResultOk);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.T", 0, value::CVal(longest)),
+              vantrel::ResultOk);
     EXPECT_THAT(Updates(client), ElementsAre("1: 190 0 " + Stamp() + " " + longest));
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(longest + "x")), ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.T", 0, value::CVal(longest + "x")),
+              vantrel::ResultBadValue);
     EXPECT_THAT(Updates(client), ElementsAre("1: 190 0 " + Stamp() + " " + longest));
 }
 
 TEST_F(SessionTest, WritesAreRefusedWithTheirReasons) {
     TestClient& client = Operator();
-    EXPECT_EQ(Modify(client, KindCurrent, "Brak", 0, CVal(1)), ResultNothing);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.S", 0, CVal(1)), ResultBadRequest);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal("abc")), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(10.01)), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(-0.01)), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal()), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.T", 0, CVal(std::string(65536, 'x'))),
-              ResultBadValue);
-    EXPECT_EQ(Modify(client, KindArchive, "Z1.P", 0, CVal(1)), ResultBadRequest);
-    EXPECT_EQ(Modify(client, static_cast<ValueKind>(17), "Z1.P", 0, CVal(1)), ResultBadRequest);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Brak", 0, value::CVal(1)),
+              vantrel::ResultNothing);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.S", 0, value::CVal(1)),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal("abc")),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal(10.01)),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal(-0.01)),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal()),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.T", 0, value::CVal(std::string(65536, 'x'))),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindArchive, "Z1.P", 0, value::CVal(1)),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(Modify(client, static_cast<value::ValueKind>(17), "Z1.P", 0, value::CVal(1)),
+              vantrel::ResultBadRequest);
     value::CVal strange;
     strange.SetType(200);
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, strange), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.P", 0, strange), ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, strange), vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", 0, strange), vantrel::ResultBadValue);
 
     TestClient& nobody = LogIn();
-    EXPECT_EQ(Modify(nobody, KindCurrent, "Z1.P", 0, CVal(1)), ResultNoAccess);
-    EXPECT_EQ(Modify(nobody, KindCurrent, "Tajne.X", 0, CVal(1)), ResultNothing);
+    EXPECT_EQ(Modify(nobody, value::KindCurrent, "Z1.P", 0, value::CVal(1)),
+              vantrel::ResultNoAccess);
+    EXPECT_EQ(Modify(nobody, value::KindCurrent, "Tajne.X", 0, value::CVal(1)),
+              vantrel::ResultNothing);
     Subscribe(client, {"Z1.P"});
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(10)), ResultOk);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal(10)), vantrel::ResultOk);
     EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + Stamp() + " 10.00"));
 }
 
@@ -238,8 +252,10 @@ TEST_F(SessionTest, RefusedWriteBringsTheTrueValueToTheOneWhoWrote) {
     Subscribe(client, {"Z1.T", "Z1.P"});
     TestClient& other = LogIn();
     Subscribe(other, {"Z1.P"});
-    EXPECT_EQ(Modify(client, KindCurrent, "Z1.P", 0, CVal(11)), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart, CVal("abc")), ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, value::CVal(11)),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", m_start, value::CVal("abc")),
+              vantrel::ResultBadValue);
     EXPECT_THAT(Updates(client), ElementsAre("2: 171 0 " + Stamp() + " 5.00"));
     EXPECT_THAT(Updates(other), IsEmpty());
 }
@@ -250,8 +266,8 @@ TEST_F(SessionTest, WriteWithoutTheRightIsLoggedOnceForEachVariable) {
     for (const std::string name : {"Z1.P", "Z1.P", "Z1.N", "Tajne.X", "Brak"}) {
         Modify(client, value::KindCurrent, name, 0, value::CVal(1));
     }
-    Modify(client, value::KindHour, "Z1.P", m_tStart, value::CVal(1));
-    client.Say(vantrel::ArchiveModifyRequest{9, "Z1.T", m_tStart, m_tStart, {}});
+    Modify(client, value::KindHour, "Z1.P", m_start, value::CVal(1));
+    client.Say(vantrel::ArchiveModifyRequest{9, "Z1.T", m_start, m_start, {}});
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.P",
                             "1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.N",
@@ -262,206 +278,144 @@ TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
     TestClient& client = Operator();
     client.Say(
         vantrel::ModifyRequests{{{1, value::KindCurrent, "Z1.P", 0, value::CVal(1)},
-                                 {2, value::KindHour, "Z1.P", m_tStart, value::CVal(2)},
+                                 {2, value::KindHour, "Z1.P", m_start, value::CVal(2)},
                                  {3, value::KindCurrent, "Brak", 0, value::CVal(3)},
-                                 {4, value::KindHour, "Z1.P", m_tStart - 3600, value::CVal(4)}}});
+                                 {4, value::KindHour, "Z1.P", m_start - 3600, value::CVal(4)}}});
     const std::vector<vantrel::ModifyResults> atOnce = client.Take<vantrel::ModifyResults>();
     ASSERT_EQ(atOnce.size(), 1u);
     ASSERT_EQ(atOnce[0].entries.size(), 2u);
     EXPECT_EQ(atOnce[0].entries[0].id, 1u);
-    EXPECT_EQ(atOnce[0].entries[0].result, ResultOk);
+    EXPECT_EQ(atOnce[0].entries[0].result, vantrel::ResultOk);
     EXPECT_EQ(atOnce[0].entries[1].id, 3u);
-    EXPECT_EQ(atOnce[0].entries[1].result, ResultNothing);
+    EXPECT_EQ(atOnce[0].entries[1].result, vantrel::ResultNothing);
     Settle();
     const std::vector<vantrel::ModifyResults> committed = client.Take<vantrel::ModifyResults>();
     ASSERT_EQ(committed.size(), 1u);
     ASSERT_EQ(committed[0].entries.size(), 2u);
     EXPECT_EQ(committed[0].entries[0].id, 2u);
     EXPECT_EQ(committed[0].entries[1].id, 4u);
-    EXPECT_EQ(committed[0].entries[1].result, ResultOk);
+    EXPECT_EQ(committed[0].entries[1].result, vantrel::ResultOk);
 }
 
 // ---- reports and archive
 
 TEST_F(SessionTest, ReportIsWrittenAndReadByAnyTimeOfItsPeriod) {
     TestClient& client = Operator();
-    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart + 1234, Stamped(CVal(7), 5, 0x8000)),
-              ResultOk);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", m_start + 1234,
+                     support::Stamped(value::CVal(7), 5, 0x8000)),
+              vantrel::ResultOk);
     const std::string expected =
         "150 " + std::to_string(0x8000 | value::Status::SetByUser) + " " + Stamp() + " 7";
-    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart, m_tStart), ElementsAre(expected));
-    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart + 3599, m_tStart + 3599),
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.P", m_start, m_start), ElementsAre(expected));
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.P", m_start + 3599, m_start + 3599),
                 ElementsAre(expected));
-    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart + 3600, m_tStart + 3600),
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.P", m_start + 3600, m_start + 3600),
                 ElementsAre("result 1"));
-    EXPECT_THAT(Read(client, KindDay, "Z1.P", m_tStart, m_tStart), ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, value::KindDay, "Z1.P", m_start, m_start), ElementsAre("result 1"));
 }
 
 TEST_F(SessionTest, SpanIsKeptUnderItsVerySecond) {
     TestClient& client = Operator();
-    EXPECT_EQ(Modify(client, KindSpan, "Z1.P", m_tStart + 3, CVal(7.5)), ResultOk);
-    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
+    EXPECT_EQ(Modify(client, value::KindSpan, "Z1.P", m_start + 3, value::CVal(7.5)),
+              vantrel::ResultOk);
+    EXPECT_THAT(Read(client, value::KindSpan, "Z1.P", m_start + 3, m_start + 3),
                 ElementsAre("171 32 " + Stamp(3) + " 7.50"));
-    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart, m_tStart), ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, value::KindSpan, "Z1.P", m_start, m_start), ElementsAre("result 1"));
 }
 
 TEST_F(SessionTest, RangeHoldsItsBoundsAndMayBeEmpty) {
     TestClient& client = Operator();
     for (int hour = 0; hour < 4; ++hour) {
-        Modify(client, value::KindHour, "Z1.N", m_tStart + hour * 3600, value::CVal(hour));
+        Modify(client, value::KindHour, "Z1.N", m_start + hour * 3600, value::CVal(hour));
     }
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart + 3600, m_tStart + 7200),
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start + 3600, m_start + 7200),
                 ElementsAre("150 32 " + Stamp(3600) + " 1", "150 32 " + Stamp(7200) + " 2"));
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", 0, 5), IsEmpty());
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", 7200, 3600), IsEmpty());
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", 0, 5), IsEmpty());
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", 7200, 3600), IsEmpty());
 }
 
 TEST_F(SessionTest, ReportWritesAreRefusedWithTheirReasons) {
     TestClient& client = Operator();
-    EXPECT_EQ(Modify(client, KindDay, "Z1.N", m_tStart, CVal(1)), ResultBadRequest);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.N", -1, CVal(1)), ResultBadRequest);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.N", kLargestTime + 1, CVal(1)), ResultBadRequest);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.N", m_tStart, CVal("x")), ResultBadValue);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.N", m_tStart, CVal("1.5")), ResultOk);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.T", m_tStart, CVal("x")), ResultOk);
-    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart, CVal(100)), ResultOk);
-    EXPECT_EQ(Modify(LogIn(), KindHour, "Z1.P", m_tStart, CVal(1)), ResultNoAccess);
+    EXPECT_EQ(Modify(client, value::KindDay, "Z1.N", m_start, value::CVal(1)),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.N", -1, value::CVal(1)),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.N", value::kLargestTime + 1, value::CVal(1)),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.N", m_start, value::CVal("x")),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.N", m_start, value::CVal("1.5")),
+              vantrel::ResultOk);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.T", m_start, value::CVal("x")),
+              vantrel::ResultOk);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", m_start, value::CVal(100)),
+              vantrel::ResultOk);
+    EXPECT_EQ(Modify(LogIn(), value::KindHour, "Z1.P", m_start, value::CVal(1)),
+              vantrel::ResultNoAccess);
 }
 
 TEST_F(SessionTest, ValueWithoutContentMakesAReportUnknown) {
     TestClient& client = Operator();
-    EXPECT_EQ(Modify(client, KindHour, "Z1.P", m_tStart, CVal()), ResultOk);
-    EXPECT_THAT(Read(client, KindHour, "Z1.P", m_tStart, m_tStart),
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", m_start, value::CVal()), vantrel::ResultOk);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.P", m_start, m_start),
                 ElementsAre("255 33 " + Stamp() + " "));
 }
 
 TEST_F(SessionTest, ArchiveIsWrittenAndRead) {
     TestClient& client = Operator();
-    EXPECT_EQ(ModifyArchive(client, "Z1.N",
-                            {Stamped(CVal(1), 100), Stamped(CVal(2.7), 101, 4),
-                             Stamped(CVal("3"), 102), Stamped(CVal(), 103)}),
-              ResultOk);
-    EXPECT_THAT(Read(client, KindArchive, "Z1.N", 100, 103),
+    EXPECT_EQ(
+        ModifyArchive(
+            client, "Z1.N",
+            {support::Stamped(value::CVal(1), 100), support::Stamped(value::CVal(2.7), 101, 4),
+             support::Stamped(value::CVal("3"), 102), support::Stamped(value::CVal(), 103)}),
+        vantrel::ResultOk);
+    EXPECT_THAT(Read(client, value::KindArchive, "Z1.N", 100, 103),
                 ElementsAre("150 0 100 1", "150 4 101 2", "150 0 102 3", "255 1 103 "));
-    EXPECT_THAT(Read(client, KindArchive, "Z1.N", 101, 101), ElementsAre("150 4 101 2"));
-    EXPECT_THAT(Read(client, KindArchive, "Z1.N", 99, 99), IsEmpty());
-    EXPECT_EQ(ModifyArchive(client, "Z1.N", {}), ResultOk);
+    EXPECT_THAT(Read(client, value::KindArchive, "Z1.N", 101, 101), ElementsAre("150 4 101 2"));
+    EXPECT_THAT(Read(client, value::KindArchive, "Z1.N", 99, 99), IsEmpty());
+    EXPECT_EQ(ModifyArchive(client, "Z1.N", {}), vantrel::ResultOk);
 }
 
 TEST_F(SessionTest, ArchiveWriteIsTakenAsAWholeOrNotAtAll) {
     TestClient& client = Operator();
-    EXPECT_EQ(ModifyArchive(client, "Z1.P", {Stamped(CVal(1), 100), Stamped(CVal(11), 101)}),
-              ResultBadValue);
-    EXPECT_EQ(ModifyArchive(client, "Z1.P", {Stamped(CVal(1), 100), Stamped(CVal(2), -1)}),
-              ResultBadRequest);
-    EXPECT_EQ(ModifyArchive(client, "Z1.S", {Stamped(CVal(1), 100)}), ResultBadRequest);
-    EXPECT_EQ(ModifyArchive(client, "Brak", {Stamped(CVal(1), 100)}), ResultNothing);
-    EXPECT_EQ(ModifyArchive(LogIn(), "Z1.P", {Stamped(CVal(1), 100)}), ResultNoAccess);
-    EXPECT_EQ(ModifyArchive(client, "Z1.P", std::vector<CVal>(100001, Stamped(CVal(1), 100))),
-              ResultBadRequest);
+    EXPECT_EQ(ModifyArchive(
+                  client, "Z1.P",
+                  {support::Stamped(value::CVal(1), 100), support::Stamped(value::CVal(11), 101)}),
+              vantrel::ResultBadValue);
+    EXPECT_EQ(ModifyArchive(
+                  client, "Z1.P",
+                  {support::Stamped(value::CVal(1), 100), support::Stamped(value::CVal(2), -1)}),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(ModifyArchive(client, "Z1.S", {support::Stamped(value::CVal(1), 100)}),
+              vantrel::ResultBadRequest);
+    EXPECT_EQ(ModifyArchive(client, "Brak", {support::Stamped(value::CVal(1), 100)}),
+              vantrel::ResultNothing);
+    EXPECT_EQ(ModifyArchive(LogIn(), "Z1.P", {support::Stamped(value::CVal(1), 100)}),
+              vantrel::ResultNoAccess);
+    EXPECT_EQ(
+        ModifyArchive(client, "Z1.P",
+                      std::vector<value::CVal>(100001, support::Stamped(value::CVal(1), 100))),
+        vantrel::ResultBadRequest);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: brak prawa do zapisu zmiennej Z1.P",
                             "1 Klient Kalvex_stacja: zbyt wiele wartości w jednym zapisie"));
-    EXPECT_THAT(Read(client, KindArchive, "Z1.P", 0, kLargestTime), IsEmpty());
+    EXPECT_THAT(Read(client, value::KindArchive, "Z1.P", 0, value::kLargestTime), IsEmpty());
 }
 
 TEST_F(SessionTest, ReadsAreRefusedWithTheirReasons) {
     TestClient& client = LogIn();
-    EXPECT_THAT(Read(client, KindHour, "Brak", 0, 0), ElementsAre("result 1"));
-    EXPECT_THAT(Read(client, KindHour, "Tajne.X", 0, 0), ElementsAre("result 2"));
-    EXPECT_THAT(Read(client, KindCurrent, "Z1.P", 0, 0), ElementsAre("result 4"));
-    EXPECT_THAT(Read(client, static_cast<ValueKind>(-3), "Z1.P", 0, 0), ElementsAre("result 4"));
-    EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MIN, INT64_MIN), ElementsAre("result 4"));
-    EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MAX, INT64_MAX), ElementsAre("result 4"));
-    EXPECT_THAT(Read(client, KindMonth, "Z1.P", INT64_MIN, INT64_MAX), IsEmpty());
+    EXPECT_THAT(Read(client, value::KindHour, "Brak", 0, 0), ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, value::KindHour, "Tajne.X", 0, 0), ElementsAre("result 2"));
+    EXPECT_THAT(Read(client, value::KindCurrent, "Z1.P", 0, 0), ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, static_cast<value::ValueKind>(-3), "Z1.P", 0, 0),
+                ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, value::KindMonth, "Z1.P", INT64_MIN, INT64_MIN),
+                ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, value::KindMonth, "Z1.P", INT64_MAX, INT64_MAX),
+                ElementsAre("result 4"));
+    EXPECT_THAT(Read(client, value::KindMonth, "Z1.P", INT64_MIN, INT64_MAX), IsEmpty());
     client.Say(vantrel::ReadRequests{{{0, value::KindHour, "Z1.P", 0, 0}}});
-    EXPECT_EQ(client.Take<ReadAnswer>().at(0).result, ResultBadRequest);
-}
-
-class SessionLongReadTest : public SessionTest {
-  protected:
-    SessionLongReadTest() : m_client(Operator()) {
-        std::vector<value::CVal> values;
-        for (int time = 1; time <= 7000; ++time)
-            values.push_back(support::Stamped(value::CVal(time), time));
-        EXPECT_EQ(ModifyArchive(m_client, "Z1.N", values), ResultOk);
-        EXPECT_EQ(ModifyArchive(m_client, "Z1.T", {Stamped(CVal("x"), 5)}), ResultOk);
-    }
-    TestClient& m_client;
-};
-
-TEST_F(SessionLongReadTest, ComesInPieces) {
-    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 2, 6999}}});
-    Settle();
-    const std::vector<vantrel::ReadAnswer> answers = m_client.Take<vantrel::ReadAnswer>();
-    ASSERT_EQ(answers.size(), 4u);
-    int next = 2;
-    for (const vantrel::ReadAnswer& answer : answers) {
-        EXPECT_LE(answer.values.size(), 2000u);
-        EXPECT_EQ(answer.last, next + static_cast<int>(answer.values.size()) == 7000);
-        for (const value::CVal& value : answer.values) ASSERT_EQ(value.GetTime(), next++);
-    }
-    EXPECT_EQ(next, 7000);
-}
-
-TEST_F(SessionLongReadTest, WaitsForASlowClient) {
-    m_client.backlog = 8;
-    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000}}});
-    Settle();
-    EXPECT_THAT(m_client.messages, IsEmpty());
-    m_client.backlog = 0;
-    m_client.session->OnDrained();
-    m_client.backlog = 8;
-    Settle();
-    EXPECT_EQ(m_client.Take<ReadAnswer>().size(), 1u);
-    m_client.backlog = 0;
-    m_client.session->OnDrained();
-    Settle();
-    EXPECT_EQ(m_client.Take<ReadAnswer>().size(), 3u);
-}
-
-TEST_F(SessionLongReadTest, ShortReadDoesNotWaitForItsEnd) {
-    m_client.Say(vantrel::ReadRequests{
-        {{1, value::KindArchive, "Z1.N", 1, 7000}, {2, value::KindArchive, "Z1.T", 1, 7000}}});
-    Settle();
-    std::vector<vantrel::RequestId> order;
-    for (const vantrel::ReadAnswer& answer : m_client.Take<vantrel::ReadAnswer>())
-        order.push_back(answer.id);
-    EXPECT_THAT(order, ElementsAre(1, 2, 1, 1, 1));
-}
-
-TEST_F(SessionLongReadTest, CancelledReadIsNotAnswered) {
-    m_client.Say(vantrel::ReadRequests{
-        {{1, value::KindArchive, "Z1.N", 1, 7000}, {2, value::KindArchive, "Z1.N", 1, 7000}}});
-    m_client.Say(vantrel::CancelRequests{{1, 2, 77}});
-    Settle();
-    EXPECT_THAT(m_client.messages, IsEmpty());
-    EXPECT_EQ(Read(m_client, KindArchive, "Z1.T", 0, 10).size(), 1u);
-}
-
-TEST_F(SessionLongReadTest, ReadsUnderWayAreBounded) {
-    m_client.backlog = 8;
-    vantrel::ReadRequests requests;
-    for (vantrel::RequestId id = 1; id <= 1002; ++id) {
-        requests.requests.push_back({id, value::KindHour, "Z1.N", 0, 0});
-    }
-    requests.requests.push_back({5, value::KindHour, "Z1.N", 0, 0});
-    m_client.Say(requests);
-    const std::vector<vantrel::ReadAnswer> refused = m_client.Take<vantrel::ReadAnswer>();
-    ASSERT_EQ(refused.size(), 3u);
-    EXPECT_EQ(refused[0].id, 1001u);
-    EXPECT_EQ(refused[0].result, ResultBadRequest);
-    EXPECT_EQ(refused[2].id, 5u);
-    EXPECT_THAT(m_log.Take(), ElementsAre("1 Klient Kalvex_stacja: zbyt wiele odczytów naraz"));
-}
-
-TEST_F(SessionLongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
-    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000}}});
-    m_client.Say(vantrel::ModifyRequests{{{2, value::KindHour, "Z1.N", 0, value::CVal(1)}}});
-    m_client.End(vantrel::ReasonLost);
-    Settle();
-    EXPECT_THAT(m_client.messages, IsEmpty());
-    EXPECT_EQ(Read(LogIn(), KindHour, "Z1.N", 0, 0).size(), 1u);
+    EXPECT_EQ(client.Take<vantrel::ReadAnswer>().at(0).result, vantrel::ResultBadRequest);
 }
 
 // ---- orders and notifications
@@ -469,61 +423,61 @@ TEST_F(SessionLongReadTest, ClientThatGoesAwayMeanwhileIsForgotten) {
 TEST_F(SessionTest, ReportsAreMadeLoadedAndCalculated) {
     TestClient& client = Operator();
     ModifyArchive(client, "Z1.N",
-                  {support::Stamped(value::CVal(10), m_tStart - 60),
-                   support::Stamped(value::CVal(20), m_tStart + 1800)});
+                  {support::Stamped(value::CVal(10), m_start - 60),
+                   support::Stamped(value::CVal(20), m_start + 1800)});
     m_clock.Advance(3600 * 1000);
-    Order(client, vantrel::PeriodAction::Init, value::KindHour, "Z1.N", m_tStart + 5);
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+    Order(client, vantrel::PeriodAction::Init, value::KindHour, "Z1.N", m_start + 5);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start, m_start),
                 ElementsAre("255 257 " + Stamp() + " "));
-    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart + 5);
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_start + 5);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start, m_start),
                 ElementsAre("171 384 " + Stamp() + " 15.00"));
-    Modify(client, value::KindHour, "Z1.N", m_tStart, value::CVal(1));
-    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart);
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+    Modify(client, value::KindHour, "Z1.N", m_start, value::CVal(1));
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_start);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start, m_start),
                 ElementsAre("150 32 " + Stamp() + " 1"));
-    Order(client, vantrel::PeriodAction::Calculate, value::KindHour, "Z1.N", m_tStart);
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+    Order(client, vantrel::PeriodAction::Calculate, value::KindHour, "Z1.N", m_start);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start, m_start),
                 ElementsAre("171 128 " + Stamp() + " 15.00"));
 }
 
 TEST_F(SessionTest, LoadWithinTheHourTakesWhatIsThere) {
     TestClient& client = Operator();
-    ModifyArchive(client, "Z1.N", {support::Stamped(value::CVal(10), m_tStart - 60)});
+    ModifyArchive(client, "Z1.N", {support::Stamped(value::CVal(10), m_start - 60)});
     m_clock.Advance(600 * 1000);
-    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart);
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart),
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_start);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start, m_start),
                 ElementsAre("171 192 " + Stamp() + " 10.00"));
-    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_tStart + 3600);
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart + 3600, m_tStart + 3600),
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", m_start + 3600);
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start + 3600, m_start + 3600),
                 ElementsAre("255 129 " + Stamp(3600) + " "));
 }
 
 TEST_F(SessionTest, SpanCanBeMadeAndNotComputed) {
     TestClient& client = Operator();
-    Order(client, vantrel::PeriodAction::Load, value::KindSpan, "Z1.P", m_tStart + 3);
-    Order(client, vantrel::PeriodAction::Calculate, value::KindSpan, "Z1.P", m_tStart + 3);
-    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
+    Order(client, vantrel::PeriodAction::Load, value::KindSpan, "Z1.P", m_start + 3);
+    Order(client, vantrel::PeriodAction::Calculate, value::KindSpan, "Z1.P", m_start + 3);
+    EXPECT_THAT(Read(client, value::KindSpan, "Z1.P", m_start + 3, m_start + 3),
                 ElementsAre("result 1"));
-    Order(client, vantrel::PeriodAction::Init, value::KindSpan, "Z1.P", m_tStart + 3);
-    EXPECT_THAT(Read(client, KindSpan, "Z1.P", m_tStart + 3, m_tStart + 3),
+    Order(client, vantrel::PeriodAction::Init, value::KindSpan, "Z1.P", m_start + 3);
+    EXPECT_THAT(Read(client, value::KindSpan, "Z1.P", m_start + 3, m_start + 3),
                 ElementsAre("255 257 " + Stamp(3) + " "));
-    Order(client, vantrel::PeriodAction::Update, value::KindArchive, "Z1.P", m_tStart);
-    Order(client, vantrel::PeriodAction::Refresh, value::KindArchive, "Z1.P", m_tStart);
+    Order(client, vantrel::PeriodAction::Update, value::KindArchive, "Z1.P", m_start);
+    Order(client, vantrel::PeriodAction::Refresh, value::KindArchive, "Z1.P", m_start);
     EXPECT_THAT(m_log.Take(), IsEmpty());
 }
 
 TEST_F(SessionTest, RefusedOrderIsLoggedOnce) {
     TestClient& client = Operator();
-    Order(client, vantrel::PeriodAction::Load, value::KindDay, "Z1.N", m_tStart);
-    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Brak", m_tStart);
+    Order(client, vantrel::PeriodAction::Load, value::KindDay, "Z1.N", m_start);
+    Order(client, vantrel::PeriodAction::Load, value::KindHour, "Brak", m_start);
     Order(client, vantrel::PeriodAction::Load, value::KindHour, "Z1.N", -1);
-    Order(client, vantrel::PeriodAction::Load, value::KindArchive, "Z1.N", m_tStart);
-    Order(client, vantrel::PeriodAction::Update, value::KindHour, "Z1.N", m_tStart);
+    Order(client, vantrel::PeriodAction::Load, value::KindArchive, "Z1.N", m_start);
+    Order(client, vantrel::PeriodAction::Update, value::KindHour, "Z1.N", m_start);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: polecenie dla danych raportowych albo "
                             "archiwalnych odrzucone"));
-    EXPECT_THAT(Read(client, KindHour, "Z1.N", m_tStart, m_tStart), ElementsAre("result 1"));
+    EXPECT_THAT(Read(client, value::KindHour, "Z1.N", m_start, m_start), ElementsAre("result 1"));
 }
 
 TEST_F(SessionTest, ReportChangeIsToldOnceAPeriodToThoseWhoAsked) {
@@ -533,23 +487,23 @@ TEST_F(SessionTest, ReportChangeIsToldOnceAPeriodToThoseWhoAsked) {
     TestClient& other = LogIn();
     other.Say(vantrel::SubscribeRequest{{{1, "Z1.P"}}, {}, 0, true});
     other.messages.clear();
-    Modify(writer, value::KindHour, "Z1.P", m_tStart, value::CVal(1));
-    Modify(writer, value::KindHour, "Z1.N", m_tStart + 60, value::CVal(1));
-    Modify(writer, value::KindDay, "Z1.P", m_tStart, value::CVal(1));
+    Modify(writer, value::KindHour, "Z1.P", m_start, value::CVal(1));
+    Modify(writer, value::KindHour, "Z1.N", m_start + 60, value::CVal(1));
+    Modify(writer, value::KindDay, "Z1.P", m_start, value::CVal(1));
     EXPECT_THAT(asked.messages, IsEmpty());
     Tick();
     std::vector<std::pair<int, std::int64_t>> changes;
     for (const vantrel::ReportChange& change : asked.Take<vantrel::ReportChange>()) {
         changes.emplace_back(change.kind, change.time);
     }
-    EXPECT_THAT(changes,
-                ElementsAre(Pair(KindHour, m_tStart), Pair(KindDay, MakeLocalTime({2024, 3, 10}))));
+    EXPECT_THAT(changes, ElementsAre(Pair(value::KindHour, m_start),
+                                     Pair(value::KindDay, value::MakeLocalTime({2024, 3, 10}))));
     EXPECT_THAT(other.messages, IsEmpty());
     Tick();
     EXPECT_THAT(asked.messages, IsEmpty());
-    Modify(writer, value::KindHour, "Z1.P", m_tStart, value::CVal(2));
+    Modify(writer, value::KindHour, "Z1.P", m_start, value::CVal(2));
     Tick();
-    EXPECT_EQ(asked.Take<ReportChange>().size(), 1u);
+    EXPECT_EQ(asked.Take<vantrel::ReportChange>().size(), 1u);
 }
 
 // ---- log
@@ -563,9 +517,9 @@ TEST_F(SessionTest, LogIsForThoseWithTheRight) {
     LogIn();
     const std::vector<vantrel::LogMessage> told = chief.Take<vantrel::LogMessage>();
     ASSERT_EQ(told.size(), 1u);
-    EXPECT_EQ(ToUtf8(told[0].text), "Rejestracja użytkownika NOBODY z Kalvex_stacja");
+    EXPECT_EQ(text::ToUtf8(told[0].text), "Rejestracja użytkownika NOBODY z Kalvex_stacja");
     EXPECT_EQ(told[0].level, 2);
-    EXPECT_EQ(told[0].time, m_tStart);
+    EXPECT_EQ(told[0].time, m_start);
     EXPECT_THAT(other.messages, IsEmpty());
 
     chief.Say(vantrel::LastMessagesRequest{2});
@@ -575,7 +529,7 @@ TEST_F(SessionTest, LogIsForThoseWithTheRight) {
     EXPECT_THAT(lines, ElementsAre("Rejestracja użytkownika adam z Kalvex_stacja",
                                    "Rejestracja użytkownika NOBODY z Kalvex_stacja"));
     chief.Say(vantrel::LastMessagesRequest{UINT32_MAX});
-    EXPECT_EQ(chief.Take<LogMessage>().size(), 4u);
+    EXPECT_EQ(chief.Take<vantrel::LogMessage>().size(), 4u);
     other.Say(vantrel::LastMessagesRequest{2});
     EXPECT_THAT(other.messages, IsEmpty());
 }

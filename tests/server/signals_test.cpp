@@ -106,7 +106,7 @@ TEST(SignalsTest, WrongTextsAreTold) {
     for (const Row& row : kRows) {
         platform::Notice error;
         EXPECT_FALSE(Signal::Parse(row.text, error)) << row.text;
-        EXPECT_EQ(InWords(error, Translator()), row.error) << row.text;
+        EXPECT_EQ(platform::InWords(error, platform::Translator()), row.error) << row.text;
     }
 }
 

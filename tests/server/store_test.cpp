@@ -116,12 +116,13 @@ TEST_F(StoreTest, CurrentValuesProgressAndNumbersOutlastARestart) {
     EXPECT_NE(x, y);
     EXPECT_EQ(m_store->Register("Y"), y);
     EXPECT_FALSE(m_store->LastValue(x));
-    ASSERT_TRUE(Submit({SaveLastValue{x, Stamped(CVal(1.5), 1000, 4)}, SaveProgress{"hour", 77},
-                        SaveLastValue{x, Stamped(CVal(2.5), 1001, 2)}})
+    ASSERT_TRUE(Submit({SaveLastValue{x, support::Stamped(value::CVal(1.5), 1000, 4)},
+                        SaveProgress{"hour", 77},
+                        SaveLastValue{x, support::Stamped(value::CVal(2.5), 1001, 2)}})
                     .committed);
     Open();
     EXPECT_EQ(m_store->Register("Y"), y);
-    EXPECT_EQ(m_store->Register(FromUtf8("Z1.PRZEPŁYW")), x);
+    EXPECT_EQ(m_store->Register(text::FromUtf8("Z1.PRZEPŁYW")), x);
     EXPECT_GT(m_store->Register("Z"), std::max(x, y));
     ASSERT_TRUE(m_store->LastValue(x));
     ExpectSame(*m_store->LastValue(x), support::Stamped(value::CVal(2.5), 1001, 2));
@@ -138,7 +139,7 @@ TEST_F(StoreTest, ClosingWritesWhatWasSubmitted) {
     }
     m_store->Close();
     Open();
-    EXPECT_EQ(ReadAll(x, KindArchive).size(), 500u);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).size(), 500u);
 }
 
 TEST_F(StoreTest, SecondValueOfASecondTakesThePlaceOfTheFirst) {
@@ -157,7 +158,7 @@ TEST_F(StoreTest, VariablesAndKindsAreApart) {
     ExpectSame(ReadOne(x, value::KindHour), support::Stamped(value::CVal(1), 3600));
     ExpectSame(ReadOne(x, value::KindDay), support::Stamped(value::CVal(2), 3600));
     ExpectSame(ReadOne(y, value::KindHour), support::Stamped(value::CVal(3), 3600));
-    EXPECT_THAT(ReadAll(y, KindDay), IsEmpty());
+    EXPECT_THAT(ReadAll(y, value::KindDay), IsEmpty());
 }
 
 TEST_F(StoreTest, RangeComesInPieces) {
@@ -176,7 +177,7 @@ TEST_F(StoreTest, RangeComesInPieces) {
     ASSERT_EQ(piece.values.size(), 3u);
     EXPECT_FALSE(piece.more);
     EXPECT_EQ(piece.values.back().GetTime(), 9);
-    EXPECT_THAT(Read({x, KindArchive, 9, 2, 5}).values, IsEmpty());
+    EXPECT_THAT(Read({x, value::KindArchive, 9, 2, 5}).values, IsEmpty());
 }
 
 // The loop runs only at the end, so that the read is asked for while the writes are under way.
@@ -215,7 +216,7 @@ TEST_F(StoreTest, SubmissionsAreAnsweredInOrderAndTellTheirReports) {
     while (m_loop.Run()) {
     }
     EXPECT_THAT(order, ElementsAre(0, 1, 2));
-    EXPECT_THAT(changed[2], ElementsAre(Pair(KindHour, 7200), Pair(KindSpan, 5)));
+    EXPECT_THAT(changed[2], ElementsAre(Pair(value::KindHour, 7200), Pair(value::KindSpan, 5)));
 }
 
 TEST_F(StoreTest, FailedTransactionLeavesNothingAndIsTold) {
@@ -228,11 +229,11 @@ TEST_F(StoreTest, FailedTransactionLeavesNothingAndIsTold) {
     EXPECT_FALSE(outcome.committed);
     EXPECT_EQ(outcome.error, "no such table: history");
     EXPECT_THAT(outcome.changed, IsEmpty());
-    EXPECT_FALSE(Read({x, KindHour, 0, 0, 1}).read);
+    EXPECT_FALSE(Read({x, value::KindHour, 0, 0, 1}).read);
 
     ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
-    EXPECT_TRUE(Submit({PutValue{x, KindHour, 0, CVal(1)}}).committed);
-    EXPECT_EQ(ReadAll(x, KindHour).size(), 1u);
+    EXPECT_TRUE(Submit({PutValue{x, value::KindHour, 0, value::CVal(1)}}).committed);
+    EXPECT_EQ(ReadAll(x, value::KindHour).size(), 1u);
     Open();
     EXPECT_EQ(m_store->Register("X"), x);
     EXPECT_FALSE(m_store->LastValue(x));
@@ -256,17 +257,17 @@ TEST_F(StoreTest, NewerFileIsRefused) {
     Store other(m_loop);
     platform::Notice error;
     EXPECT_FALSE(other.Open(m_folder.Path("newer.sqlite"), error));
-    EXPECT_EQ(InWords(error, Translator()),
+    EXPECT_EQ(platform::InWords(error, platform::Translator()),
               m_folder.Path("newer.sqlite") + ": Plik danych jest z nowszej wersji programu");
     EXPECT_FALSE(other.Open(m_folder.Path("brak/x.sqlite"), error));
-    EXPECT_EQ(InWords(error, Translator()),
+    EXPECT_EQ(platform::InWords(error, platform::Translator()),
               m_folder.Path("brak/x.sqlite") + ": unable to open database file");
 }
 
 TEST_F(StoreTest, GapIsMarkedOnceBehindAKnownValue) {
     const VariableId x = m_store->Register("X");
     Submit({MarkGap{x, 50}});
-    EXPECT_THAT(ReadAll(x, KindArchive), IsEmpty());
+    EXPECT_THAT(ReadAll(x, value::KindArchive), IsEmpty());
     Submit(
         {PutValue{x, value::KindArchive, 100, value::CVal(1)}, MarkGap{x, 150}, MarkGap{x, 160}});
     const std::vector<value::CVal> values = ReadAll(x, value::KindArchive);
@@ -283,12 +284,12 @@ TEST_F(StoreTest, OldArchiveValuesAreRemovedInPortions) {
     operations.push_back(PutValue{x, value::KindHour, 0, value::CVal(1)});
     operations.push_back(RemoveArchive{x, 10005});
     Submit(operations);
-    EXPECT_EQ(ReadAll(x, KindArchive).front().GetTime(), 10001);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).front().GetTime(), 10001);
     Submit({RemoveArchive{x, 10005}});
-    EXPECT_EQ(ReadAll(x, KindArchive).front().GetTime(), 10005);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).front().GetTime(), 10005);
     Submit({RemoveArchive{x, 10005}});
-    EXPECT_EQ(ReadAll(x, KindArchive).size(), 6u);
-    EXPECT_EQ(ReadAll(x, KindHour).size(), 1u);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).size(), 6u);
+    EXPECT_EQ(ReadAll(x, value::KindHour).size(), 1u);
 }
 
 // The last value before the bound is the one that holds on it.
@@ -297,24 +298,24 @@ TEST_F(StoreTest, OldArchiveValueStaysUntilTheNextOneTakesItsPlace) {
     Submit({PutValue{x, value::KindArchive, 100, value::CVal(1)},
             PutValue{x, value::KindArchive, 200, value::CVal(2)},
             PutValue{x, value::KindArchive, 500, value::CVal(3)}, RemoveArchive{x, 499}});
-    EXPECT_EQ(ReadAll(x, KindArchive).front().GetTime(), 200);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).front().GetTime(), 200);
     Submit({RemoveArchive{x, 500}});
-    EXPECT_EQ(ReadAll(x, KindArchive).front().GetTime(), 500);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).front().GetTime(), 500);
     Submit({RemoveArchive{x, 99999}});
-    EXPECT_EQ(ReadAll(x, KindArchive).size(), 1u);
+    EXPECT_EQ(ReadAll(x, value::KindArchive).size(), 1u);
 }
 
 // ---- reports
 
 class StoreReportTest : public StoreTest {
   protected:
-    StoreReportTest() : m_nX(m_store->Register("X")) {}
+    StoreReportTest() : m_x(m_store->Register("X")) {}
 
     ChangedReports Make(vantrel::PeriodAction action, value::ValueKind kind, std::int64_t time,
                         ReportRule rule = ReportRule::Mean, int dayStart = 0,
                         std::int64_t now = value::kLargestTime) {
         const StoreOutcome outcome =
-            Submit({MakeReport{action, m_nX, kind, time, rule, dayStart, now}});
+            Submit({MakeReport{action, m_x, kind, time, rule, dayStart, now}});
         EXPECT_TRUE(outcome.committed);
         return outcome.changed;
     }
@@ -322,141 +323,142 @@ class StoreReportTest : public StoreTest {
     void Put(value::ValueKind kind, std::int64_t time, value::CVal value,
              std::uint16_t status = 0) {
         value.SetStatus(status);
-        Submit({PutValue{m_nX, kind, time, value}});
+        Submit({PutValue{m_x, kind, time, value}});
     }
 
     void ExpectReport(value::ValueKind kind, double number, std::uint16_t status) {
-        const value::CVal value = ReadOne(m_nX, kind);
-        ASSERT_EQ(value.GetType(), ValueType::Double);
+        const value::CVal value = ReadOne(m_x, kind);
+        ASSERT_EQ(value.GetType(), value::ValueType::Double);
         EXPECT_DOUBLE_EQ(value.Real(), number);
         EXPECT_EQ(value.GetStatus(), status);
     }
 
-    VariableId m_nX;
-    std::int64_t m_tHour = value::MakeLocalTime({2024, 3, 10, 7});
-    std::int64_t m_tDay = value::MakeLocalTime({2024, 3, 10});
-    std::int64_t m_tMonth = value::MakeLocalTime({2024, 3, 1});
+    VariableId m_x;
+    std::int64_t m_hour = value::MakeLocalTime({2024, 3, 10, 7});
+    std::int64_t m_day = value::MakeLocalTime({2024, 3, 10});
+    std::int64_t m_month = value::MakeLocalTime({2024, 3, 1});
 };
 
 TEST_F(StoreReportTest, InitMakesARecordOnce) {
-    EXPECT_THAT(Make(PeriodAction::Init, KindHour, m_tHour), ElementsAre(Pair(KindHour, m_tHour)));
-    ExpectSame(ReadOne(m_nX, value::KindHour),
-               support::Stamped(value::CVal(), m_tHour,
+    EXPECT_THAT(Make(vantrel::PeriodAction::Init, value::KindHour, m_hour),
+                ElementsAre(Pair(value::KindHour, m_hour)));
+    ExpectSame(ReadOne(m_x, value::KindHour),
+               support::Stamped(value::CVal(), m_hour,
                                 value::Status::Unknown | value::Status::ReportInited));
-    EXPECT_THAT(Make(PeriodAction::Init, KindHour, m_tHour), IsEmpty());
-    Make(vantrel::PeriodAction::Init, value::KindSpan, m_tHour + 3);
-    ExpectSame(ReadOne(m_nX, value::KindSpan),
-               support::Stamped(value::CVal(), m_tHour + 3,
+    EXPECT_THAT(Make(vantrel::PeriodAction::Init, value::KindHour, m_hour), IsEmpty());
+    Make(vantrel::PeriodAction::Init, value::KindSpan, m_hour + 3);
+    ExpectSame(ReadOne(m_x, value::KindSpan),
+               support::Stamped(value::CVal(), m_hour + 3,
                                 value::Status::Unknown | value::Status::ReportInited));
 }
 
 TEST_F(StoreReportTest, InitLeavesAValue) {
-    Put(value::KindHour, m_tHour, value::CVal(5), value::Status::SetByUser);
-    Make(vantrel::PeriodAction::Init, value::KindHour, m_tHour);
-    ExpectSame(ReadOne(m_nX, value::KindHour),
-               support::Stamped(value::CVal(5), m_tHour,
+    Put(value::KindHour, m_hour, value::CVal(5), value::Status::SetByUser);
+    Make(vantrel::PeriodAction::Init, value::KindHour, m_hour);
+    ExpectSame(ReadOne(m_x, value::KindHour),
+               support::Stamped(value::CVal(5), m_hour,
                                 value::Status::SetByUser | value::Status::ReportInited));
 }
 
 // 10 from the hour before, 20 from half past.
 TEST_F(StoreReportTest, LoadComputesTheHourFromTheArchive) {
-    Put(value::KindArchive, m_tHour - 100, value::CVal(10));
-    Put(value::KindArchive, m_tHour + 1800, value::CVal(20), value::Status::Alarm);
-    Put(value::KindArchive, m_tHour + 3600, value::CVal(1000));
-    Make(vantrel::PeriodAction::Init, value::KindHour, m_tHour);
-    EXPECT_THAT(Make(PeriodAction::Load, KindHour, m_tHour), ElementsAre(Pair(KindHour, m_tHour)));
+    Put(value::KindArchive, m_hour - 100, value::CVal(10));
+    Put(value::KindArchive, m_hour + 1800, value::CVal(20), value::Status::Alarm);
+    Put(value::KindArchive, m_hour + 3600, value::CVal(1000));
+    Make(vantrel::PeriodAction::Init, value::KindHour, m_hour);
+    EXPECT_THAT(Make(vantrel::PeriodAction::Load, value::KindHour, m_hour),
+                ElementsAre(Pair(value::KindHour, m_hour)));
     ExpectReport(value::KindHour, 15, kLoaded | value::Status::ReportInited | value::Status::Alarm);
 }
 
 TEST_F(StoreReportTest, IncreaseStartsFromTheLastKnownReadingBefore) {
-    Put(value::KindArchive, m_tHour - 200, value::CVal(100));
-    Put(value::KindArchive, m_tHour - 100, value::CVal(), value::Status::Unknown);
-    Put(value::KindArchive, m_tHour, value::CVal(103));
-    Put(value::KindArchive, m_tHour + 3599, value::CVal(110));
-    Put(value::KindArchive, m_tHour + 3600, value::CVal(1000));
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, ReportRule::Increase);
+    Put(value::KindArchive, m_hour - 200, value::CVal(100));
+    Put(value::KindArchive, m_hour - 100, value::CVal(), value::Status::Unknown);
+    Put(value::KindArchive, m_hour, value::CVal(103));
+    Put(value::KindArchive, m_hour + 3599, value::CVal(110));
+    Put(value::KindArchive, m_hour + 3600, value::CVal(1000));
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, ReportRule::Increase);
     ExpectReport(value::KindHour, 10, kLoaded);
 }
 
 TEST_F(StoreReportTest, SumTakesTheAmountsOfTheHour) {
-    Put(value::KindArchive, m_tHour - 1, value::CVal(100));
-    Put(value::KindArchive, m_tHour, value::CVal(1));
-    Put(value::KindArchive, m_tHour + 3599, value::CVal(2));
-    Put(value::KindArchive, m_tHour + 3600, value::CVal(100));
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, ReportRule::Sum);
+    Put(value::KindArchive, m_hour - 1, value::CVal(100));
+    Put(value::KindArchive, m_hour, value::CVal(1));
+    Put(value::KindArchive, m_hour + 3599, value::CVal(2));
+    Put(value::KindArchive, m_hour + 3600, value::CVal(100));
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, ReportRule::Sum);
     ExpectReport(value::KindHour, 3, kLoaded);
 }
 
 TEST_F(StoreReportTest, LoadLeavesWhatAUserHasSetAndCalcDoesNot) {
-    Put(value::KindArchive, m_tHour - 100, value::CVal(10));
-    Put(value::KindHour, m_tHour, value::CVal(7),
+    Put(value::KindArchive, m_hour - 100, value::CVal(10));
+    Put(value::KindHour, m_hour, value::CVal(7),
         value::Status::SetByUser | value::Status::ReportInited);
-    EXPECT_THAT(Make(PeriodAction::Load, KindHour, m_tHour), IsEmpty());
-    ExpectSame(ReadOne(m_nX, value::KindHour),
-               support::Stamped(value::CVal(7), m_tHour,
+    EXPECT_THAT(Make(vantrel::PeriodAction::Load, value::KindHour, m_hour), IsEmpty());
+    ExpectSame(ReadOne(m_x, value::KindHour),
+               support::Stamped(value::CVal(7), m_hour,
                                 value::Status::SetByUser | value::Status::ReportInited));
-    EXPECT_THAT(Make(PeriodAction::Calculate, KindHour, m_tHour),
-                ElementsAre(Pair(KindHour, m_tHour)));
+    EXPECT_THAT(Make(vantrel::PeriodAction::Calculate, value::KindHour, m_hour),
+                ElementsAre(Pair(value::KindHour, m_hour)));
     ExpectReport(value::KindHour, 10, kLoaded | value::Status::ReportInited);
 }
 
 TEST_F(StoreReportTest, CalcTakesWhatStandsThereNow) {
-    Put(value::KindArchive, m_tHour - 100, value::CVal(10));
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour);
-    Put(value::KindArchive, m_tHour, value::CVal(30));
-    Make(vantrel::PeriodAction::Calculate, value::KindHour, m_tHour);
+    Put(value::KindArchive, m_hour - 100, value::CVal(10));
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour);
+    Put(value::KindArchive, m_hour, value::CVal(30));
+    Make(vantrel::PeriodAction::Calculate, value::KindHour, m_hour);
     ExpectReport(value::KindHour, 30, kLoaded);
 }
 
 TEST_F(StoreReportTest, SameOutcomeIsNoChange) {
-    Put(value::KindArchive, m_tHour - 100, value::CVal(10));
-    EXPECT_EQ(Make(PeriodAction::Load, KindHour, m_tHour).size(), 1u);
-    EXPECT_THAT(Make(PeriodAction::Calculate, KindHour, m_tHour), IsEmpty());
-    Put(value::KindArchive, m_tHour, value::CVal(10), value::Status::Alarm);
-    EXPECT_EQ(Make(PeriodAction::Calculate, KindHour, m_tHour).size(), 1u);
-    Put(value::KindDay, m_tDay, value::CVal(10));
+    Put(value::KindArchive, m_hour - 100, value::CVal(10));
+    EXPECT_EQ(Make(vantrel::PeriodAction::Load, value::KindHour, m_hour).size(), 1u);
+    EXPECT_THAT(Make(vantrel::PeriodAction::Calculate, value::KindHour, m_hour), IsEmpty());
+    Put(value::KindArchive, m_hour, value::CVal(10), value::Status::Alarm);
+    EXPECT_EQ(Make(vantrel::PeriodAction::Calculate, value::KindHour, m_hour).size(), 1u);
+    Put(value::KindDay, m_day, value::CVal(10));
     const auto changedBy = [this](value::CVal value) {
-        return Submit({PutValue{m_nX, value::KindDay, m_tDay, std::move(value)}}).changed.size();
+        return Submit({PutValue{m_x, value::KindDay, m_day, std::move(value)}}).changed.size();
     };
-    EXPECT_EQ(changedBy(CVal(10)), 0u);
-    EXPECT_EQ(changedBy(CVal(10.0)), 1u);
-    EXPECT_EQ(changedBy(CVal(10.5)), 1u);
-    EXPECT_EQ(changedBy(CVal("10.5")), 1u);
-    EXPECT_EQ(changedBy(CVal("10.5")), 0u);
-    EXPECT_EQ(changedBy(Stamped(CVal("10.5"), 0, Status::Alarm)), 1u);
+    EXPECT_EQ(changedBy(value::CVal(10)), 0u);
+    EXPECT_EQ(changedBy(value::CVal(10.0)), 1u);
+    EXPECT_EQ(changedBy(value::CVal(10.5)), 1u);
+    EXPECT_EQ(changedBy(value::CVal("10.5")), 1u);
+    EXPECT_EQ(changedBy(value::CVal("10.5")), 0u);
+    EXPECT_EQ(changedBy(support::Stamped(value::CVal("10.5"), 0, value::Status::Alarm)), 1u);
 }
 
 // 10 for half an hour, then 20 for a quarter; the last quarter is still to come.
 TEST_F(StoreReportTest, WhatIsStillToComeIsNotKnown) {
-    Put(value::KindArchive, m_tHour, value::CVal(10));
-    Put(value::KindArchive, m_tHour + 1800, value::CVal(20));
-    Put(value::KindArchive, m_tHour + 2700, value::CVal(1000));
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, ReportRule::Mean, 0,
-         m_tHour + 2700);
+    Put(value::KindArchive, m_hour, value::CVal(10));
+    Put(value::KindArchive, m_hour + 1800, value::CVal(20));
+    Put(value::KindArchive, m_hour + 2700, value::CVal(1000));
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, ReportRule::Mean, 0, m_hour + 2700);
     ExpectReport(value::KindHour, (10 * 2.0 + 20) / 3, kLoaded | value::Status::CalculateError);
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, ReportRule::Sum, 0, m_tHour + 2700);
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, ReportRule::Sum, 0, m_hour + 2700);
     ExpectReport(value::KindHour, 30, kLoaded | value::Status::CalculateError);
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, ReportRule::Increase, 0,
-         m_tHour + 3600);
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, ReportRule::Increase, 0,
+         m_hour + 3600);
     ExpectReport(value::KindHour, 10 + 980, kLoaded | value::Status::CalculateError);
 }
 
 TEST_F(StoreReportTest, HourThatHasNotBegunHasNoValue) {
-    Put(value::KindArchive, m_tHour - 100, value::CVal(10));
+    Put(value::KindArchive, m_hour - 100, value::CVal(10));
     for (const ReportRule rule : {ReportRule::Mean, ReportRule::Sum, ReportRule::Increase}) {
-        Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, rule, 0, m_tHour - 1);
-        ExpectSame(ReadOne(m_nX, value::KindHour),
-                   support::Stamped(value::CVal(), m_tHour, value::Status::Unknown | kLoaded));
+        Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, rule, 0, m_hour - 1);
+        ExpectSame(ReadOne(m_x, value::KindHour),
+                   support::Stamped(value::CVal(), m_hour, value::Status::Unknown | kLoaded));
     }
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour, ReportRule::Mean, 0, m_tHour);
-    ExpectSame(ReadOne(m_nX, value::KindHour),
-               support::Stamped(value::CVal(), m_tHour, value::Status::Unknown | kLoaded));
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour, ReportRule::Mean, 0, m_hour);
+    ExpectSame(ReadOne(m_x, value::KindHour),
+               support::Stamped(value::CVal(), m_hour, value::Status::Unknown | kLoaded));
 }
 
 TEST_F(StoreReportTest, HourWithoutDataHasNoValue) {
-    Make(vantrel::PeriodAction::Load, value::KindHour, m_tHour);
-    ExpectSame(ReadOne(m_nX, value::KindHour),
-               support::Stamped(value::CVal(), m_tHour, value::Status::Unknown | kLoaded));
+    Make(vantrel::PeriodAction::Load, value::KindHour, m_hour);
+    ExpectSame(ReadOne(m_x, value::KindHour),
+               support::Stamped(value::CVal(), m_hour, value::Status::Unknown | kLoaded));
 }
 
 // On 27 October 2024 the day had 25 hours: 1, 2, ..., 25, of which hour 3 was set by hand to 100.
@@ -476,37 +478,36 @@ TEST_F(StoreReportTest, DayIsComputedFromItsHours) {
 
 TEST_F(StoreReportTest, GasDayTakesTheHoursFromSixToSix) {
     for (int hour = 0; hour < 48; ++hour) {
-        Put(value::KindHour, m_tDay + hour * 3600, value::CVal(hour >= 6 && hour < 30 ? 1 : 1000));
+        Put(value::KindHour, m_day + hour * 3600, value::CVal(hour >= 6 && hour < 30 ? 1 : 1000));
     }
-    Make(vantrel::PeriodAction::Load, value::KindDay, m_tDay, ReportRule::Sum, 6);
+    Make(vantrel::PeriodAction::Load, value::KindDay, m_day, ReportRule::Sum, 6);
     ExpectReport(value::KindDay, 24, kLoaded);
-    EXPECT_EQ(ReadOne(m_nX, KindDay).GetTime(), m_tDay);
+    EXPECT_EQ(ReadOne(m_x, value::KindDay).GetTime(), m_day);
 }
 
 TEST_F(StoreReportTest, DayWithoutAnHourIsIncomplete) {
-    for (int hour = 0; hour < 23; ++hour)
-        Put(value::KindHour, m_tDay + hour * 3600, value::CVal(2));
-    Make(vantrel::PeriodAction::Load, value::KindDay, m_tDay, ReportRule::Sum);
+    for (int hour = 0; hour < 23; ++hour) Put(value::KindHour, m_day + hour * 3600, value::CVal(2));
+    Make(vantrel::PeriodAction::Load, value::KindDay, m_day, ReportRule::Sum);
     ExpectReport(value::KindDay, 46, kLoaded | value::Status::CalculateError);
 }
 
 // March 2024 had 30 days of 24 hours and one of 23: a mean of 1 and once 32.
 TEST_F(StoreReportTest, MonthIsComputedFromItsDays) {
-    for (std::int64_t day = m_tMonth; day < value::MakeLocalTime({2024, 4, 1});
+    for (std::int64_t day = m_month; day < value::MakeLocalTime({2024, 4, 1});
          day = value::GetNextLocalDayTime(day)) {
         Put(value::KindDay, day, value::CVal(day == value::MakeLocalTime({2024, 3, 31}) ? 32 : 1));
     }
-    Make(vantrel::PeriodAction::Load, value::KindMonth, m_tMonth, ReportRule::Mean);
+    Make(vantrel::PeriodAction::Load, value::KindMonth, m_month, ReportRule::Mean);
     ExpectReport(value::KindMonth, (30.0 * 24 * 1 + 23.0 * 32) / (30 * 24 + 23), kLoaded);
-    Make(vantrel::PeriodAction::Calculate, value::KindMonth, m_tMonth, ReportRule::Increase);
+    Make(vantrel::PeriodAction::Calculate, value::KindMonth, m_month, ReportRule::Increase);
     ExpectReport(value::KindMonth, 62, kLoaded);
 }
 
 TEST_F(StoreReportTest, BackgroundWorkIsDoneBetweenTheRest) {
-    Put(value::KindArchive, m_tHour - 100, value::CVal(10));
+    Put(value::KindArchive, m_hour - 100, value::CVal(10));
     const StoreOutcome outcome =
-        Submit({MakeReport{vantrel::PeriodAction::Load, m_nX, value::KindHour, m_tHour},
-                SaveProgress{"hour", m_tHour + 3600}},
+        Submit({MakeReport{vantrel::PeriodAction::Load, m_x, value::KindHour, m_hour},
+                SaveProgress{"hour", m_hour + 3600}},
                Store::Urgency::Background);
     EXPECT_TRUE(outcome.committed);
     ExpectReport(value::KindHour, 10, kLoaded);

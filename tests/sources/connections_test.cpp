@@ -108,7 +108,7 @@ TEST_F(ConnectionsFaultTest, SourceThatCannotBeMadeLeavesNoConnection) {
     EXPECT_EQ(client.RegisterPlain("srv", "V"), nullptr);
     EXPECT_EQ(client.FindConnection("srv"), nullptr);
     EXPECT_FALSE(client.IsConnected("srv"));
-    EXPECT_FALSE(client.ModifyCurrentByName("srv", "V", CVal(1)));
+    EXPECT_FALSE(client.ModifyCurrentByName("srv", "V", value::CVal(1)));
     EXPECT_THAT(Log(), ElementsAre("Błąd utworzenia połączenia (nieznany adres serwera)"));
 }
 
@@ -123,22 +123,22 @@ TEST_F(ConnectionsFaultTest, RemoteVariableWithoutAConnection) {
     EXPECT_EQ(Error(document), "27 a");
     EXPECT_EQ(document.State().m_nCurrentLine, 7);
     CInterfaceObj& link = *document.Variables().Find("a")->GetSourceRecord();
-    EXPECT_EQ(link.GetRequestState(KindHour), RequestReady);
+    EXPECT_EQ(link.GetRequestState(value::KindHour), RequestReady);
     EXPECT_EQ(link.CurrentValue(), nullptr);
     operands::CVariable& variable = *document.Variables().Find("a");
-    EXPECT_EQ(variable.SetValue(CVal(5), KindCurrent), 0);
-    EXPECT_EQ(variable.RequestRange(KindDay, 1, 1), 0);
-    EXPECT_EQ(link.GetRequestState(KindDay), RequestFailed);
-    EXPECT_EQ(variable.PutValue(KindDay, 1, CVal(1), true), 0);
-    EXPECT_EQ(variable.InitReport(KindDay, 1), 0);
+    EXPECT_EQ(variable.SetValue(value::CVal(5), value::KindCurrent), 0);
+    EXPECT_EQ(variable.RequestRange(value::KindDay, 1, 1), 0);
+    EXPECT_EQ(link.GetRequestState(value::KindDay), RequestFailed);
+    EXPECT_EQ(variable.PutValue(value::KindDay, 1, value::CVal(1), true), 0);
+    EXPECT_EQ(variable.InitReport(value::KindDay, 1), 0);
     std::uint16_t status = 0;
-    EXPECT_EQ(variable.GetStatus(&status, KindCurrent), 1);
-    EXPECT_EQ(status, Status::Unknown);
+    EXPECT_EQ(variable.GetStatus(&status, value::KindCurrent), 1);
+    EXPECT_EQ(status, value::Status::Unknown);
     std::int64_t time = 7;
-    EXPECT_EQ(variable.GetTime(&time, KindCurrent), 1);
+    EXPECT_EQ(variable.GetTime(&time, value::KindCurrent), 1);
     EXPECT_EQ(time, 0);
     std::string text;
-    EXPECT_EQ(variable.GetNameValueText(text, KindCurrent), 1);
+    EXPECT_EQ(variable.GetNameValueText(text, value::KindCurrent), 1);
     EXPECT_EQ(text, "a:");
     EXPECT_EQ(variable.GetUnit(), "");
     EXPECT_EQ(variable.IsArchived(), 0);
@@ -160,7 +160,7 @@ TEST_F(ConnectionsTest, DisconnectionsAreWordedByTheirReason) {
     Start("REMOTE a srv@V");
     Tick(52);
     EXPECT_THAT(
-        NewLog(LogEvents),
+        NewLog(platform::LogEvents),
         ElementsAre("Nawiązanie połączenia z srv", "main.kx - Brak zmiennej w źródle (srv@V)",
                     "Rozwiązanie połączenia z srv", "Nawiązanie połączenia z srv",
                     "main.kx - Brak zmiennej w źródle (srv@V)", "Reinicjacja połączenia z srv",
@@ -205,9 +205,9 @@ TEST_F(ConnectionsTest, NoSourceWithoutAName) {
 
 TEST_F(ConnectionsTest, CurrentValueIsModifiedByName) {
     Plant("'variables': {'V': {'current': [{'value': 1}]}}");
-    EXPECT_FALSE(client->ModifyCurrentByName("srv", "V", CVal(5)));
+    EXPECT_FALSE(client->ModifyCurrentByName("srv", "V", value::CVal(5)));
     engine::CKalvexDoc& document = Run("REMOTE a srv@V\nLOCAL x = a", 5);
-    EXPECT_TRUE(client->ModifyCurrentByName("srv", "V", CVal(5)));
+    EXPECT_TRUE(client->ModifyCurrentByName("srv", "V", value::CVal(5)));
     Tick(1);
     EXPECT_EQ(Stored(document, "a"), "5/0");
 }
@@ -359,7 +359,7 @@ TEST_F(ConnectionsTest, DefinitionsReachTheVariables) {
     EXPECT_TRUE(client->Services().definitionsChanged);
     operands::CVariable& a = *document.Variables().Find("a");
     EXPECT_EQ(a.GetUnit(), "m3/h");
-    EXPECT_EQ(ToUtf8(a.GetDescription()), "Przepływ");
+    EXPECT_EQ(text::ToUtf8(a.GetDescription()), "Przepływ");
     EXPECT_EQ(a.GetDescName(), "Z1");
     EXPECT_EQ(a.GetDispFormat(), "%.2f");
     EXPECT_EQ(a.GetMinVal(), "0");

@@ -17,7 +17,7 @@ class NotificationsTest : public support::SourceWorld {
     }
 
     static std::vector<std::int64_t> Queue(engine::CKalvexDoc& document, value::ValueKind kind) {
-        const CNotifyRecord* record = CReportNotifications::Of(document).Find(kind, "srv");
+        const NotifyRecord* record = ReportNotifications::Of(document).Find(kind, "srv");
         if (record == nullptr) return {};
         return {record->arrTimes.begin(), record->arrTimes.end()};
     }
@@ -30,8 +30,8 @@ TEST_F(NotificationsTest, QueueHoldsEachTimeOnceOldestFirst) {
         "'time': 200}, {'atTick': 13, 'kind': 'DREP', 'time': 300}]");
     engine::CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
     Tick(20);
-    EXPECT_THAT(Queue(document, KindHour), ElementsAre(200, 100));
-    EXPECT_THAT(Queue(document, KindDay), ElementsAre());
+    EXPECT_THAT(Queue(document, value::KindHour), ElementsAre(200, 100));
+    EXPECT_THAT(Queue(document, value::KindDay), ElementsAre());
 }
 
 TEST_F(NotificationsTest, TimesAreTakenOneByOne) {
@@ -63,11 +63,11 @@ TEST_F(NotificationsTest, EachKindAndDocumentHasItsQueue) {
     engine::CKalvexDoc& second =
         Start("ENABLE_NOTIFY SREP srv\nENABLE_NOTIFY DREP srv", "drugi.kx");
     Tick(20);
-    EXPECT_THAT(Queue(first, KindDay), ElementsAre(100));
-    EXPECT_THAT(Queue(first, KindMonth), ElementsAre(200));
-    EXPECT_THAT(Queue(first, KindSpan), ElementsAre());
-    EXPECT_THAT(Queue(second, KindDay), ElementsAre(100));
-    EXPECT_THAT(Queue(second, KindSpan), ElementsAre(300));
+    EXPECT_THAT(Queue(first, value::KindDay), ElementsAre(100));
+    EXPECT_THAT(Queue(first, value::KindMonth), ElementsAre(200));
+    EXPECT_THAT(Queue(first, value::KindSpan), ElementsAre());
+    EXPECT_THAT(Queue(second, value::KindDay), ElementsAre(100));
+    EXPECT_THAT(Queue(second, value::KindSpan), ElementsAre(300));
 }
 
 TEST_F(NotificationsTest, DisabledQueueStaysAndTakesNothing) {
@@ -78,13 +78,13 @@ TEST_F(NotificationsTest, DisabledQueueStaysAndTakesNothing) {
     engine::CKalvexDoc& document = Start("REMOTE a srv@V\nENABLE_NOTIFY HREP srv");
     Tick(10);
     engine::CKalvexDoc& other = document;
-    EXPECT_THAT(Queue(other, KindHour), ElementsAre(100));
-    CReportNotifications::Of(document).Find(value::KindHour, "srv")->bEnabled = false;
+    EXPECT_THAT(Queue(other, value::KindHour), ElementsAre(100));
+    ReportNotifications::Of(document).Find(value::KindHour, "srv")->bEnabled = false;
     Tick(10);
-    EXPECT_THAT(Queue(document, KindHour), ElementsAre(100));
-    CReportNotifications::Of(document).Find(value::KindHour, "srv")->bEnabled = true;
+    EXPECT_THAT(Queue(document, value::KindHour), ElementsAre(100));
+    ReportNotifications::Of(document).Find(value::KindHour, "srv")->bEnabled = true;
     Tick(10);
-    EXPECT_THAT(Queue(document, KindHour), ElementsAre(100, 300));
+    EXPECT_THAT(Queue(document, value::KindHour), ElementsAre(100, 300));
 }
 
 TEST_F(NotificationsTest, DisableAndEnableInAScript) {
@@ -156,18 +156,18 @@ TEST_F(NotificationsTest, ResetTakesTheDocumentOffTheConnection) {
     Tick(5);
     document.Reset();
     Tick(10);
-    EXPECT_EQ(CReportNotifications::Of(document).Find(KindHour, "srv"), nullptr);
-    EXPECT_TRUE(Connection().AddNotifyDoc(KindHour, document));
-    EXPECT_FALSE(Connection().AddNotifyDoc(KindHour, document));
-    EXPECT_TRUE(Connection().AddNotifyDoc(KindDay, document));
-    EXPECT_FALSE(Connection().AddNotifyDoc(KindCurrent, document));
-    EXPECT_FALSE(Connection().AddNotifyDoc(KindArchive, document));
+    EXPECT_EQ(ReportNotifications::Of(document).Find(value::KindHour, "srv"), nullptr);
+    EXPECT_TRUE(Connection().AddNotifyDoc(value::KindHour, document));
+    EXPECT_FALSE(Connection().AddNotifyDoc(value::KindHour, document));
+    EXPECT_TRUE(Connection().AddNotifyDoc(value::KindDay, document));
+    EXPECT_FALSE(Connection().AddNotifyDoc(value::KindCurrent, document));
+    EXPECT_FALSE(Connection().AddNotifyDoc(value::KindArchive, document));
     client->RemoveNotifyDoc(value::KindHour, "srv", document);
     client->RemoveNotifyDoc(value::KindDay, "srv", document);
     client->RemoveNotifyDoc(value::KindArchive, "srv", document);
     client->RemoveNotifyDoc(value::KindDay, "inny", document);
-    EXPECT_TRUE(client->AddNotifyDoc(KindHour, "srv", document));
-    EXPECT_FALSE(client->AddNotifyDoc(KindHour, "inny", document));
+    EXPECT_TRUE(client->AddNotifyDoc(value::KindHour, "srv", document));
+    EXPECT_FALSE(client->AddNotifyDoc(value::KindHour, "inny", document));
     client->RemoveNotifyDoc(value::KindHour, "srv", document);
 }
 

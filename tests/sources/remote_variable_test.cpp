@@ -54,17 +54,17 @@ TEST_F(RemoteVariableTest, DeclarationSplitsTheTargetAtTheFirstAt) {
     EXPECT_EQ(Link(document, "a").GetVariable(), "V@W");
     EXPECT_EQ(&Link(document, "a").GetDocument(), &document);
     EXPECT_EQ(document.Variables().GetSize(), 1u);
-    EXPECT_EQ(Variable(document).GetKind(), VariableRemote);
+    EXPECT_EQ(Variable(document).GetKind(), operands::VariableRemote);
     EXPECT_THAT(Calls("Register"), ElementsAre("RegisterVariable V@W"));
 }
 
 TEST_F(RemoteVariableTest, BadDeclarationsStopTheScript) {
     engine::CKalvexDoc& document = Run("REMOTE a.b srv@V", 2);
     EXPECT_EQ(Error(document), "23 a.b");
-    EXPECT_EQ(document.GetStateWord(), StatePaused);
+    EXPECT_EQ(document.GetStateWord(), engine::StatePaused);
     engine::CKalvexDoc& other = Run("REMOTE a srv", 2);
     EXPECT_EQ(Error(other), "2 srv");
-    EXPECT_EQ(other.GetStateWord(), StatePaused);
+    EXPECT_EQ(other.GetStateWord(), engine::StatePaused);
     EXPECT_EQ(other.Variables().GetSize(), 0u);
 }
 
@@ -74,8 +74,9 @@ TEST_F(RemoteVariableTest, ReadingWaitsForDataAndGoesOn) {
     Tick(19);
     EXPECT_EQ(Error(document), "27 a");
     EXPECT_FALSE(document.State().m_bErrorStanding);
-    EXPECT_THAT(NewLog(LogEvents), ElementsAre("main.kx : Linia 3 - Oczekiwanie na pobranie danych "
-                                               "bieżących : a"));
+    EXPECT_THAT(NewLog(platform::LogEvents),
+                ElementsAre("main.kx : Linia 3 - Oczekiwanie na pobranie danych "
+                            "bieżących : a"));
     Tick(1);
     EXPECT_EQ(Value(document, "x"), "171:12.50");
     EXPECT_EQ(document.State().m_nCurrentLine, 3);
@@ -99,18 +100,18 @@ TEST_F(RemoteVariableTest, ServerThatGoesAwayHoldsTheLine) {
 
 TEST_F(RemoteVariableTest, AnswersOfGetValue) {
     engine::CKalvexDoc& document = Declare(kPlain);
-    EXPECT_EQ(Read(document, KindCurrent), "1 12.50/16");
-    EXPECT_EQ(Read(document, KindHour), "2 /0");
-    EXPECT_EQ(Read(document, KindArchive), "2 /0");
-    EXPECT_EQ(Read(document, KindNone), "2 /0");
-    EXPECT_EQ(Read(document, KindArchive, 1), "2 /0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 12.50/16");
+    EXPECT_EQ(Read(document, value::KindHour), "2 /0");
+    EXPECT_EQ(Read(document, value::KindArchive), "2 /0");
+    EXPECT_EQ(Read(document, value::KindNone), "2 /0");
+    EXPECT_EQ(Read(document, value::KindArchive, 1), "2 /0");
 }
 
 TEST_F(RemoteVariableTest, WithoutDataTheAnswerIsNothingWhateverWasRead) {
     Plant("'dataAtTick': 10, 'variables': {'V': {'current': [{'value': 1}]}}");
     engine::CKalvexDoc& document = Run("REMOTE a srv@V\nSET a.HREP = 4", 5);
-    EXPECT_EQ(Read(document, KindHour), "0 4.00/32768");
-    EXPECT_EQ(Read(document, KindCurrent), "0 /0");
+    EXPECT_EQ(Read(document, value::KindHour), "0 4.00/32768");
+    EXPECT_EQ(Read(document, value::KindCurrent), "0 /0");
 }
 
 TEST_F(RemoteVariableTest, SuffixesOfNames) {
@@ -128,26 +129,26 @@ TEST_F(RemoteVariableTest, SuffixesOfNames) {
 TEST_F(RemoteVariableTest, UnknownValueIsRefusedUnlessIgnored) {
     engine::CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': 3.5, 'status': 1}]}}");
-    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
-    EXPECT_EQ(Read(document, KindCurrent, 1), "1 3.50/1");
+    EXPECT_EQ(Read(document, value::KindCurrent), "2 /0");
+    EXPECT_EQ(Read(document, value::KindCurrent, 1), "1 3.50/1");
     EXPECT_EQ(Variable(document).SetIgnoreUnknown(true), 1);
-    EXPECT_EQ(Read(document, KindCurrent), "1 3.50/1");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 3.50/1");
     Variable(document).SetIgnoreUnknown(false);
-    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "2 /0");
 }
 
 TEST_F(RemoteVariableTest, UnknownWithoutAValueIsRefusedEvenIfIgnored) {
     engine::CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': null, 'status': 1}]}}");
     Variable(document).SetIgnoreUnknown(true);
-    EXPECT_EQ(Read(document, KindCurrent), "2 /1");
+    EXPECT_EQ(Read(document, value::KindCurrent), "2 /1");
 }
 
 TEST_F(RemoteVariableTest, NoValueIsRefused) {
     engine::CKalvexDoc& document = Declare("'variables': {'V': {}}");
-    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "2 /0");
     Variable(document).SetIgnoreUnknown(true);
-    EXPECT_EQ(Read(document, KindCurrent), "2 /0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "2 /0");
 }
 
 TEST_F(RemoteVariableTest, IgnoringAppliesToOldAndNewVariables) {
@@ -167,12 +168,12 @@ TEST_F(RemoteVariableTest, ReportSlotIsUsableOnlyWhenReady) {
         "'variables': {'V': {'hour': [{'time': 3600, 'value': 1, "
         "'status': 1}]}}");
     Variable(document).RequestRange(value::KindHour, 3600, 3600);
-    EXPECT_EQ(Read(document, KindHour, 1), "2 /0");
+    EXPECT_EQ(Read(document, value::KindHour, 1), "2 /0");
     Tick(1);
-    EXPECT_EQ(Read(document, KindHour), "2 /0");
-    EXPECT_EQ(Read(document, KindHour, 1), "1 1/1");
+    EXPECT_EQ(Read(document, value::KindHour), "2 /0");
+    EXPECT_EQ(Read(document, value::KindHour, 1), "1 1/1");
     Variable(document).SetIgnoreUnknown(true);
-    EXPECT_EQ(Read(document, KindHour), "1 1/1");
+    EXPECT_EQ(Read(document, value::KindHour), "1 1/1");
 }
 
 // ---- types, status words, times
@@ -181,10 +182,10 @@ TEST_F(RemoteVariableTest, TypeOfTheValue) {
     engine::CKalvexDoc& document =
         Declare("'variables': {'V': {'current': [{'value': 3, 'status': 1}]}}");
     operands::CVariable& variable = Variable(document);
-    EXPECT_EQ(variable.GetValueType(KindCurrent, 1), ValueType::Int);
-    EXPECT_EQ(variable.GetValueType(KindCurrent, 0), ValueType::None);
-    EXPECT_EQ(variable.GetValueType(KindHour, 1), ValueType::None);
-    EXPECT_EQ(variable.GetValueType(KindArchive, 1), ValueType::None);
+    EXPECT_EQ(variable.GetValueType(value::KindCurrent, 1), value::ValueType::Int);
+    EXPECT_EQ(variable.GetValueType(value::KindCurrent, 0), value::ValueType::None);
+    EXPECT_EQ(variable.GetValueType(value::KindHour, 1), value::ValueType::None);
+    EXPECT_EQ(variable.GetValueType(value::KindArchive, 1), value::ValueType::None);
 }
 
 TEST_F(RemoteVariableTest, StatusIsThatOfTheStoredValue) {
@@ -193,32 +194,32 @@ TEST_F(RemoteVariableTest, StatusIsThatOfTheStoredValue) {
         "'status': 16}], 'hour': [{'time': 3600, 'value': 1, "
         "'status': 384}]}}");
     Tick(5);
-    EXPECT_EQ(StatusOf(document, KindCurrent), 16);
-    EXPECT_EQ(StatusOf(document, KindHour), 0);
-    EXPECT_EQ(StatusOf(document, KindArchive), 1);
-    EXPECT_EQ(StatusOf(document, KindNone), 1);
+    EXPECT_EQ(StatusOf(document, value::KindCurrent), 16);
+    EXPECT_EQ(StatusOf(document, value::KindHour), 0);
+    EXPECT_EQ(StatusOf(document, value::KindArchive), 1);
+    EXPECT_EQ(StatusOf(document, value::KindNone), 1);
     Variable(document).RequestRange(value::KindHour, 3600, 3600);
     Tick(5);
-    EXPECT_EQ(StatusOf(document, KindHour), 384);
+    EXPECT_EQ(StatusOf(document, value::KindHour), 384);
     Variable(document).RequestRange(value::KindHour, 7, 7);
-    EXPECT_EQ(StatusOf(document, KindHour), 384);
-    EXPECT_EQ(Variable(document).IsReportLoaded(KindHour), 1);
-    EXPECT_EQ(Variable(document).IsReportInited(KindHour), 1);
-    EXPECT_EQ(Variable(document).IsReportLoaded(KindDay), 0);
-    EXPECT_EQ(Variable(document).IsReportLoaded(KindCurrent), 0);
-    EXPECT_EQ(Variable(document).IsReportInited(KindArchive), 0);
+    EXPECT_EQ(StatusOf(document, value::KindHour), 384);
+    EXPECT_EQ(Variable(document).IsReportLoaded(value::KindHour), 1);
+    EXPECT_EQ(Variable(document).IsReportInited(value::KindHour), 1);
+    EXPECT_EQ(Variable(document).IsReportLoaded(value::KindDay), 0);
+    EXPECT_EQ(Variable(document).IsReportLoaded(value::KindCurrent), 0);
+    EXPECT_EQ(Variable(document).IsReportInited(value::KindArchive), 0);
 }
 
 TEST_F(RemoteVariableTest, NewStatusGoesToTheServerMarked) {
     engine::CKalvexDoc& document = Declare(kPlain);
-    EXPECT_EQ(Variable(document).SetStatus(4, KindCurrent), 1);
+    EXPECT_EQ(Variable(document).SetStatus(4, value::KindCurrent), 1);
     EXPECT_THAT(Calls("Modify"), ElementsAre("AddCurrentDataModifyRequest V 12.50/32772",
                                              "MakeCurrentDataModifyRequest"));
-    EXPECT_EQ(Read(document, KindCurrent), "1 12.50/32772");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 12.50/32772");
     Variable(document).SetValue(value::CVal(3), value::KindDay);
-    EXPECT_EQ(Variable(document).SetStatus(8, KindDay), 1);
-    EXPECT_EQ(Read(document, KindDay), "1 3/32776");
-    EXPECT_EQ(Variable(document).SetStatus(8, KindArchive), 0);
+    EXPECT_EQ(Variable(document).SetStatus(8, value::KindDay), 1);
+    EXPECT_EQ(Read(document, value::KindDay), "1 3/32776");
+    EXPECT_EQ(Variable(document).SetStatus(8, value::KindArchive), 0);
 }
 
 TEST_F(RemoteVariableTest, TimeOfAReportIsTheStartOfItsPeriod) {
@@ -227,21 +228,21 @@ TEST_F(RemoteVariableTest, TimeOfAReportIsTheStartOfItsPeriod) {
     value.SetTime(Local("2024-03-10 07:23:45"));
     for (const value::ValueKind kind : value::kReportKinds)
         Variable(document).SetValue(value, kind);
-    EXPECT_EQ(Time(document, KindCurrent), 1710050000);
-    EXPECT_EQ(Time(document, KindHour), Local("2024-03-10 07:00:00"));
-    EXPECT_EQ(Time(document, KindDay), Local("2024-03-10 00:00:00"));
-    EXPECT_EQ(Time(document, KindMonth), Local("2024-03-01 00:00:00"));
-    EXPECT_EQ(Time(document, KindSpan), Local("2024-03-10 07:00:00"));
-    EXPECT_EQ(Time(document, KindArchive), 0);
-    EXPECT_EQ(Time(document, KindNone), 0);
+    EXPECT_EQ(Time(document, value::KindCurrent), 1710050000);
+    EXPECT_EQ(Time(document, value::KindHour), Local("2024-03-10 07:00:00"));
+    EXPECT_EQ(Time(document, value::KindDay), Local("2024-03-10 00:00:00"));
+    EXPECT_EQ(Time(document, value::KindMonth), Local("2024-03-01 00:00:00"));
+    EXPECT_EQ(Time(document, value::KindSpan), Local("2024-03-10 07:00:00"));
+    EXPECT_EQ(Time(document, value::KindArchive), 0);
+    EXPECT_EQ(Time(document, value::KindNone), 0);
 }
 
 TEST_F(RemoteVariableTest, NewTimeOfAReportStaysHere) {
     engine::CKalvexDoc& document = Declare(kPlain);
     Variable(document).SetValue(value::CVal(77.5), value::KindHour);
-    EXPECT_EQ(Variable(document).SetTime(Local("2024-03-09 06:23:45"), KindHour), 1);
-    EXPECT_EQ(Read(document, KindHour), "1 77.50/32768");
-    EXPECT_EQ(Time(document, KindHour), Local("2024-03-09 06:00:00"));
+    EXPECT_EQ(Variable(document).SetTime(Local("2024-03-09 06:23:45"), value::KindHour), 1);
+    EXPECT_EQ(Read(document, value::KindHour), "1 77.50/32768");
+    EXPECT_EQ(Time(document, value::KindHour), Local("2024-03-09 06:00:00"));
     EXPECT_THAT(Calls(""), IsEmpty());
 }
 
@@ -252,13 +253,13 @@ TEST_F(RemoteVariableTest, NameAndText) {
     Variable(document).SetLocked(true);
     Tick(5);
     std::string text;
-    EXPECT_EQ(Variable(document).GetNameValueText(text, KindHour), 1);
+    EXPECT_EQ(Variable(document).GetNameValueText(text, value::KindHour), 1);
     EXPECT_EQ(text, "a:2");
 }
 
 TEST_F(RemoteVariableTest, TextIsWrittenAsCurrentData) {
     engine::CKalvexDoc& document = Declare(kPlain);
-    EXPECT_EQ(Variable(document).SetValueText("praca", KindDay), 1);
+    EXPECT_EQ(Variable(document).SetValueText("praca", value::KindDay), 1);
     EXPECT_THAT(Calls("Add"), ElementsAre("AddCurrentDataModifyRequest V praca/32768"));
 }
 
@@ -269,11 +270,11 @@ TEST_F(RemoteVariableTest, CopyTakesStatusAndTimeAlong) {
     value.SetStatus(4);
     value.SetTime(1710000000);
     source.SetValue(value, value::KindDay);
-    EXPECT_EQ(Variable(document).CopyFrom(&source, KindDay), 1);
-    EXPECT_EQ(Read(document, KindDay), "1 8/32772");
-    EXPECT_EQ(Variable(document).CopyFrom(nullptr, KindDay), 0);
+    EXPECT_EQ(Variable(document).CopyFrom(&source, value::KindDay), 1);
+    EXPECT_EQ(Read(document, value::KindDay), "1 8/32772");
+    EXPECT_EQ(Variable(document).CopyFrom(nullptr, value::KindDay), 0);
     operands::CVariableList empty("l");
-    EXPECT_EQ(Variable(document).CopyFrom(&empty, KindCurrent), 0);
+    EXPECT_EQ(Variable(document).CopyFrom(&empty, value::KindCurrent), 0);
     EXPECT_THAT(Calls(""), IsEmpty());
 }
 
@@ -283,13 +284,13 @@ TEST_F(RemoteVariableTest, WriteIsSeenAtOnceAndConfirmed) {
     engine::CKalvexDoc& document = Declare(
         "'latencyTicks': 10, 'variables': {'V': {'current': "
         "[{'value': 1}, {'atTick': 8, 'value': 2}]}}");
-    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindCurrent), 1);
-    EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
+    EXPECT_EQ(Variable(document).SetValue(value::CVal(5), value::KindCurrent), 1);
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 5/32768");
     Tick(6);
-    EXPECT_EQ(Read(document, KindCurrent), "1 2/0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 2/0");
     Tick(4);
-    EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
-    EXPECT_THAT(NewLog(LogTransmission), ElementsAre("Nawiązanie połączenia z srv"));
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 5/32768");
+    EXPECT_THAT(NewLog(platform::LogTransmission), ElementsAre("Nawiązanie połączenia z srv"));
 }
 
 TEST_F(RemoteVariableTest, RefusedWriteStaysUntilTheNextUpdate) {
@@ -298,18 +299,18 @@ TEST_F(RemoteVariableTest, RefusedWriteStaysUntilTheNextUpdate) {
         "{'atTick': 20, 'value': 2}]}}");
     Variable(document).SetValue(value::CVal(5), value::KindCurrent);
     Tick(10);
-    EXPECT_EQ(Read(document, KindCurrent), "1 5/32768");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 5/32768");
     Tick(10);
-    EXPECT_EQ(Read(document, KindCurrent), "1 2/0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 2/0");
     EXPECT_THAT(NewLog(), IsEmpty());
 }
 
 TEST_F(RemoteVariableTest, AssignedReportValueMakesNoTraffic) {
     engine::CKalvexDoc& document = Declare(kPlain);
-    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindMonth), 1);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindMonth), RequestReady);
-    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindArchive), 0);
-    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindNone), 0);
+    EXPECT_EQ(Variable(document).SetValue(value::CVal(5), value::KindMonth), 1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindMonth), RequestReady);
+    EXPECT_EQ(Variable(document).SetValue(value::CVal(5), value::KindArchive), 0);
+    EXPECT_EQ(Variable(document).SetValue(value::CVal(5), value::KindNone), 0);
     EXPECT_THAT(Calls(""), IsEmpty());
 }
 
@@ -321,7 +322,7 @@ TEST_F(RemoteVariableTest, AssignmentCancelsTheRequestUnderWay) {
     Variable(document).SetValue(value::CVal(5), value::KindHour);
     EXPECT_THAT(Calls("Cancel"), ElementsAre("CancelHourReportRequest"));
     Tick(20);
-    EXPECT_EQ(Read(document, KindHour), "1 5/32768");
+    EXPECT_EQ(Read(document, value::KindHour), "1 5/32768");
     Variable(document).SetValue(value::CVal(6), value::KindHour);
     EXPECT_THAT(Calls("Cancel"), IsEmpty());
 }
@@ -334,14 +335,14 @@ TEST_F(RemoteVariableTest, LockReadsASnapshot) {
         "'value': 2, 'status': 4, 'time': 77}]}}");
     EXPECT_EQ(Variable(document).SetLocked(true), 1);
     Tick(10);
-    EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
-    EXPECT_EQ(StatusOf(document, KindCurrent), 0);
-    EXPECT_EQ(Time(document, KindCurrent), kStart);
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 1/0");
+    EXPECT_EQ(StatusOf(document, value::KindCurrent), 0);
+    EXPECT_EQ(Time(document, value::KindCurrent), kStart);
     Variable(document).SetLocked(true);
-    EXPECT_EQ(Read(document, KindCurrent), "1 2/4");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 2/4");
     Variable(document).SetLocked(false);
-    EXPECT_EQ(Read(document, KindCurrent), "1 2/4");
-    EXPECT_EQ(Time(document, KindCurrent), 77);
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 2/4");
+    EXPECT_EQ(Time(document, value::KindCurrent), 77);
 }
 
 TEST_F(RemoteVariableTest, WriteUnderLockGoesToTheServerAndTheSnapshot) {
@@ -350,11 +351,11 @@ TEST_F(RemoteVariableTest, WriteUnderLockGoesToTheServerAndTheSnapshot) {
         "[{'value': 1}]}}");
     Variable(document).SetLocked(true);
     Variable(document).SetValue(value::CVal(9), value::KindCurrent);
-    EXPECT_EQ(Read(document, KindCurrent), "1 9/32768");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 9/32768");
     Variable(document).SetLocked(false);
-    EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 1/0");
     Tick(10);
-    EXPECT_EQ(Read(document, KindCurrent), "1 9/32768");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 9/32768");
 }
 
 TEST_F(RemoteVariableTest, LockDoesNotReachNewVariables) {
@@ -375,8 +376,8 @@ TEST_F(RemoteVariableTest, TwoNamesShareTheValueAndNothingElse) {
             "LOCAL y = b\nSET a.HREP = 4",
             3);
     EXPECT_EQ(Value(document, "y"), "171:9.00");
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestReady);
-    EXPECT_EQ(Link(document, "b").GetRequestState(KindHour), RequestNone);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestReady);
+    EXPECT_EQ(Link(document, "b").GetRequestState(value::KindHour), RequestNone);
     EXPECT_EQ(Connection().GetVarVal("V"), Link(document, "a").GetVarVal());
     EXPECT_EQ(Connection().GetVarVal("V"), Link(document, "b").GetVarVal());
 }
@@ -389,8 +390,8 @@ TEST_F(RemoteVariableTest, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
     for (const value::ValueKindRow& row : value::ValueKinds()) {
         EXPECT_EQ(variable.IsReady(row.kind), 1) << row.kind;
     }
-    EXPECT_EQ(variable.IsReady(KindNone), 0);
-    EXPECT_EQ(variable.IsReady(ValueKind(7)), 0);
+    EXPECT_EQ(variable.IsReady(value::KindNone), 0);
+    EXPECT_EQ(variable.IsReady(value::ValueKind(7)), 0);
     constexpr value::ValueKind kStored[] = {value::KindHour, value::KindDay, value::KindMonth,
                                             value::KindSpan, value::KindArchive};
     for (const value::ValueKind kind : kStored) {
@@ -405,7 +406,7 @@ TEST_F(RemoteVariableTest, ReadyIsFalseOnlyWhileAnAnswerIsOutstanding) {
 
 TEST_F(RemoteVariableTest, CurrentValueIsReadyWithoutAConnection) {
     Plant("'connectAtTick': null");
-    EXPECT_EQ(Variable(Run("REMOTE a srv@V", 5)).IsReady(KindCurrent), 1);
+    EXPECT_EQ(Variable(Run("REMOTE a srv@V", 5)).IsReady(value::KindCurrent), 1);
 }
 
 // ---- requests
@@ -413,13 +414,13 @@ TEST_F(RemoteVariableTest, CurrentValueIsReadyWithoutAConnection) {
 TEST_F(RemoteVariableTest, RangeIsRemembered) {
     engine::CKalvexDoc& document = Declare(kPlain);
     operands::CVariable& variable = Variable(document);
-    EXPECT_EQ(variable.RequestRange(KindHour, 100, 200), 1);
+    EXPECT_EQ(variable.RequestRange(value::KindHour, 100, 200), 1);
     EXPECT_EQ(variable.GetRequestStart(), 100);
     EXPECT_EQ(variable.GetRequestEnd(), 200);
-    EXPECT_EQ(variable.RequestRange(KindCurrent, 300, 400), 0);
+    EXPECT_EQ(variable.RequestRange(value::KindCurrent, 300, 400), 0);
     EXPECT_EQ(variable.GetRequestStart(), 0);
     EXPECT_EQ(variable.GetRequestEnd(), 0);
-    EXPECT_EQ(variable.RequestRange(KindNone, 300, 400), 0);
+    EXPECT_EQ(variable.RequestRange(value::KindNone, 300, 400), 0);
 }
 
 TEST_F(RemoteVariableTest, SingleReportHasNoListAndTheArchiveAlwaysHasOne) {
@@ -452,10 +453,10 @@ TEST_F(RemoteVariableTest, NewRequestOfAKindCancelsTheOlder) {
     variable.RequestRange(value::KindHour, 2, 2);
     EXPECT_THAT(Calls("Cancel"), ElementsAre("CancelHourReportRequest"));
     Tick(5);
-    EXPECT_EQ(variable.IsReady(KindHour), 0);
-    EXPECT_EQ(variable.IsReady(KindDay), 1);
+    EXPECT_EQ(variable.IsReady(value::KindHour), 0);
+    EXPECT_EQ(variable.IsReady(value::KindDay), 1);
     Tick(5);
-    EXPECT_EQ(Read(document, KindHour), "1 2/0");
+    EXPECT_EQ(Read(document, value::KindHour), "1 2/0");
     variable.RequestRange(value::KindHour, 1, 1);
     EXPECT_THAT(Calls("Cancel"), IsEmpty());
 }
@@ -467,13 +468,13 @@ TEST_F(RemoteVariableTest, FailedRequestLeavesAnUnknownEmptyValue) {
     Variable(document).SetValue(value, value::KindHour);
     Variable(document).RequestRange(value::KindHour, 1, 1);
     Tick(1);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
-    EXPECT_EQ(StatusOf(document, KindHour), Status::Unknown);
-    EXPECT_EQ(Read(document, KindHour, 1), "2 /0");
-    EXPECT_EQ(Variable(document).IsReady(KindHour), 1);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestFailed);
+    EXPECT_EQ(StatusOf(document, value::KindHour), value::Status::Unknown);
+    EXPECT_EQ(Read(document, value::KindHour, 1), "2 /0");
+    EXPECT_EQ(Variable(document).IsReady(value::KindHour), 1);
     Variable(document).RequestRange(value::KindArchive, 1, 2);
     Tick(1);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindArchive), RequestFailed);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindArchive), RequestFailed);
 }
 
 TEST_F(RemoteVariableTest, RangeAnswerLeavesTheSlotsValueAlone) {
@@ -482,7 +483,7 @@ TEST_F(RemoteVariableTest, RangeAnswerLeavesTheSlotsValueAlone) {
     Variable(document).SetValue(value::CVal(5), value::KindHour);
     Variable(document).RequestRange(value::KindHour, 0, 9);
     Tick(1);
-    EXPECT_EQ(Read(document, KindHour), "1 5/32768");
+    EXPECT_EQ(Read(document, value::KindHour), "1 5/32768");
     EXPECT_EQ(Link(document, "a").GetArchValues().GetSize(), 1u);
 }
 
@@ -503,7 +504,7 @@ TEST_F(RemoteVariableTest, RequestToAServerThatIsOutFailsAtOnce) {
             "IF READY a.HREP THEN\nSET k = 1\nENDIF\nLOCAL x = a.HREP",
             1);
     EXPECT_EQ(Value(document, "k"), "171:1.00");
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestFailed);
     EXPECT_EQ(Error(document), "27 a.HREP");
 }
 
@@ -513,9 +514,9 @@ TEST_F(RemoteVariableTest, BreakFailsTheRequestUnderWay) {
         "'variables': {'V': {}}");
     Variable(document).RequestRange(value::KindHour, 1, 1);
     Tick(7);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestWaiting);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestWaiting);
     Tick(1);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestFailed);
 }
 
 TEST_F(RemoteVariableTest, PutMarksAndSendsWhenTold) {
@@ -523,14 +524,14 @@ TEST_F(RemoteVariableTest, PutMarksAndSendsWhenTold) {
     operands::CVariable& variable = Variable(document);
     value::CVal value(5);
     value.SetStatus(4);
-    EXPECT_EQ(variable.PutValue(KindHour, Local("2024-03-10 06:00:00"), value, false), 1);
-    EXPECT_EQ(variable.PutValue(KindHour, Local("2024-03-10 07:00:00"), value, true), 1);
-    EXPECT_EQ(variable.PutValue(KindArchive, 1, value, true), 0);
-    EXPECT_EQ(variable.PutValue(KindCurrent, 1, value, true), 0);
+    EXPECT_EQ(variable.PutValue(value::KindHour, Local("2024-03-10 06:00:00"), value, false), 1);
+    EXPECT_EQ(variable.PutValue(value::KindHour, Local("2024-03-10 07:00:00"), value, true), 1);
+    EXPECT_EQ(variable.PutValue(value::KindArchive, 1, value, true), 0);
+    EXPECT_EQ(variable.PutValue(value::KindCurrent, 1, value, true), 0);
     EXPECT_THAT(Calls(""), ElementsAre("AddHourReportModifyRequest V 2024-03-10 06:00:00 5/32772",
                                        "AddHourReportModifyRequest V 2024-03-10 07:00:00 5/32772",
                                        "MakeHourReportRequest"));
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestNone);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestNone);
 }
 
 TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostInSilence) {
@@ -540,13 +541,13 @@ TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostInSilence) {
     engine::CKalvexDoc& document = Run("REMOTE a srv@V", 6);
     NewLog();
     Variable(document).PutValue(value::KindHour, 3600, value::CVal(5), true);
-    EXPECT_EQ(Variable(document).SetValue(CVal(5), KindCurrent), 1);
+    EXPECT_EQ(Variable(document).SetValue(value::CVal(5), value::KindCurrent), 1);
     Tick(10);
     EXPECT_THAT(NewLog(), IsEmpty());
-    EXPECT_EQ(Read(document, KindCurrent), "1 1/0");
+    EXPECT_EQ(Read(document, value::KindCurrent), "1 1/0");
     Variable(document).RequestRange(value::KindHour, 3600, 3600);
     Tick(1);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestFailed);
 }
 
 }  // namespace

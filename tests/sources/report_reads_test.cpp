@@ -175,7 +175,7 @@ TEST_F(ReportReadsTest, ConditionsOnAVariableThatIsNotThereAreFalse) {
         engine::CKalvexDoc& document =
             Run("LOCAL k = 0\nIF " + std::string(word) + " brak.HREP THEN\nSET k = 1\nENDIF", 5);
         EXPECT_EQ(Value(document, "k"), "171:0.00") << word;
-        EXPECT_EQ(document.LastError().m_nErrorCode, ErrorUndefinedVariable) << word;
+        EXPECT_EQ(document.LastError().m_nErrorCode, operands::ErrorUndefinedVariable) << word;
     }
 }
 
@@ -210,7 +210,7 @@ TEST_F(ReportReadsTest, AnswerLandsInTheSlot) {
         "IF REP_LOADED a.HREP THEN\nSET k = k + 10\nENDIF\n"
         "IF REP_INITED a.HREP THEN\nSET k = k + 100\nENDIF");
     Tick(10);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestWaiting);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestWaiting);
     Tick(20);
     EXPECT_EQ(Value(document, "x"), "171:100.25");
     EXPECT_EQ(Value(document, "k"), "171:10.00");
@@ -242,7 +242,7 @@ TEST_F(ReportReadsTest, FailedRequestIsReadyAndCannotBeRead) {
             10);
     EXPECT_EQ(Error(document), "15 a.HREP");
     EXPECT_EQ(document.State().m_nCurrentLine, 5);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestFailed);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestFailed);
 }
 
 }  // namespace

@@ -141,8 +141,8 @@ TEST_F(ReportWritesTest, WrittenReportIsReadBack) {
 TEST_F(ReportWritesTest, SlotIsLeftAlone) {
     engine::CKalvexDoc& document =
         Run("REMOTE a srv@V\nLOCAL x = a\nPUT a HREP 2024 3 10 6 55.5", 5);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindHour), RequestNone);
-    EXPECT_EQ(Stored(document, "a", KindHour), "/0");
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestNone);
+    EXPECT_EQ(Stored(document, "a", value::KindHour), "/0");
 }
 
 }  // namespace

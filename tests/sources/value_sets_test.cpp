@@ -148,7 +148,7 @@ TEST_F(ValueSetsTest, FailedRequestLeavesNothingToCopy) {
         Run("REMOTE a srv@V\nLIST L\nADD L 99\nMGET a ARCH FROM 2024 3 TO 2024 4\n"
             ":c\nIF NOT READY a.ARCH GOTO c\nMGET a GETDATA L",
             5);
-    EXPECT_EQ(Link(document, "a").GetRequestState(KindArchive), RequestFailed);
+    EXPECT_EQ(Link(document, "a").GetRequestState(value::KindArchive), RequestFailed);
     EXPECT_EQ(Texts(document), "[]");
 }
 
@@ -174,7 +174,8 @@ TEST_F(ValueSetsTest, WritesOfAListGoTogether) {
                             "AddHourReportModifyRequest V 2024-03-09 07:00:00 5.00/32772",
                             "AddHourReportModifyRequest V 2024-03-09 08:00:00 5.00/32772",
                             "MakeHourReportRequest"));
-    EXPECT_EQ(static_cast<CVariableList&>(*document.Variables().Find("L")).GetIterator(), 3);
+    EXPECT_EQ(static_cast<operands::CVariableList&>(*document.Variables().Find("L")).GetIterator(),
+              3);
 }
 
 TEST_F(ValueSetsTest, UnknownElementsAreWrittenToo) {

@@ -9,18 +9,18 @@
 
 namespace {
 
-std::atomic<int> g_nAllocations = 0;
-std::atomic<std::int64_t> g_nHeldBytes = 0;
+std::atomic<int> g_allocations = 0;
+std::atomic<std::int64_t> g_heldBytes = 0;
 
 void* Allocate(std::size_t size) noexcept {
     void* memory = std::malloc(size);
-    ++g_nAllocations;
-    g_nHeldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
+    ++g_allocations;
+    g_heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
     return memory;
 }
 
 void Release(void* memory) noexcept {
-    g_nHeldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
+    g_heldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
     std::free(memory);
 }
 
@@ -29,11 +29,11 @@ void Release(void* memory) noexcept {
 namespace kalvex::support {
 
 int AllocationCount() {
-    return g_nAllocations;
+    return g_allocations;
 }
 
 std::int64_t HeldBytes() {
-    return g_nHeldBytes;
+    return g_heldBytes;
 }
 
 }  // namespace kalvex::support

@@ -25,7 +25,7 @@ namespace kalvex::support {
 struct FakeWorld {
     static constexpr std::int64_t kStart = 1710050400;  // 2024-03-10 06:00:00 GMT
 
-    explicit FakeWorld(const operands::CFunctionTable& functions)
+    explicit FakeWorld(const operands::FunctionTable& functions)
         : services{clock, log, translator, users, paths, functions} {
         users.account = "dyspozytor";
     }
@@ -38,15 +38,15 @@ struct FakeWorld {
     operands::ValueServices services;
 };
 
-inline const operands::CFunctionTable& NoFunctions() {
-    static const operands::CFunctionTable table({});
+inline const operands::FunctionTable& NoFunctions() {
+    static const operands::FunctionTable table({});
     return table;
 }
 
-class FakeScript final : public FakeWorld, public operands::CScriptContext {
+class FakeScript final : public FakeWorld, public operands::ScriptContext {
   public:
-    explicit FakeScript(const operands::CFunctionTable& functions = NoFunctions())
-        : FakeWorld(functions), operands::CScriptContext(services) {}
+    explicit FakeScript(const operands::FunctionTable& functions = NoFunctions())
+        : FakeWorld(functions), operands::ScriptContext(services) {}
 
     operands::CVariableLocal& Local(std::string_view name,
                                     const value::CVal& value = value::CVal()) {

@@ -7,9 +7,9 @@
 
 namespace kalvex::support {
 
-class HandRemote final : public operands::CVariableStored {
+class HandRemote final : public operands::VariableStored {
   public:
-    using operands::CVariableStored::CVariableStored;
+    using operands::VariableStored::VariableStored;
 
     operands::VariableKind GetKind() const override { return operands::VariableRemote; }
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;

@@ -148,20 +148,20 @@ void HeardConnection::OnDataArrived() {
     events.push_back("data");
 }
 
-void HeardConnection::OnVarAccessError(const vantrel::CRequestRecord& record) {
+void HeardConnection::OnVarAccessError(const vantrel::RequestRecord& record) {
     events.push_back("no access " + record.variable + " " + Text(record.result));
 }
 
-void HeardConnection::OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) {
+void HeardConnection::OnCurrentDataModifyAck(const vantrel::RequestRecord& record) {
     events.push_back("written " + record.variable + " " + Describe(record.value));
 }
 
-void HeardConnection::OnCurrentDataModifyError(const vantrel::CRequestRecord& record) {
+void HeardConnection::OnCurrentDataModifyError(const vantrel::RequestRecord& record) {
     events.push_back("not written " + record.variable + " " + Text(record.result));
 }
 
 void HeardConnection::OnReportModifyError(value::ValueKind kind,
-                                          const vantrel::CRequestRecord& record) {
+                                          const vantrel::RequestRecord& record) {
     events.push_back("report not written " + Text(kind) + record.variable + " " +
                      Text(record.result));
 }
@@ -174,7 +174,7 @@ void HeardConnection::OnRemoteLogMessage(int level, std::int64_t time, std::stri
     events.push_back("log " + Text(level) + " " + Text(time) + " " + std::string(text));
 }
 
-void HeardWindow::OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) {
+void HeardWindow::OnAnswer(value::ValueKind kind, vantrel::RequestRecord record) {
     std::string text = Text(kind) + record.variable + " " + Text(record.result);
     if (record.list != nullptr) {
         text += " [";

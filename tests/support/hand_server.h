@@ -61,18 +61,18 @@ class HeardConnection final : public vantrel::CClientConnection {
     void OnDisconnect(std::uint32_t reason) override;
     void OnVariableList() override;
     void OnDataArrived() override;
-    void OnVarAccessError(const vantrel::CRequestRecord& record) override;
-    void OnCurrentDataModifyAck(const vantrel::CRequestRecord& record) override;
-    void OnCurrentDataModifyError(const vantrel::CRequestRecord& record) override;
-    void OnReportModifyError(value::ValueKind kind, const vantrel::CRequestRecord& record) override;
+    void OnVarAccessError(const vantrel::RequestRecord& record) override;
+    void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
+    void OnCurrentDataModifyError(const vantrel::RequestRecord& record) override;
+    void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
     void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;
 };
 
 // Keeps the answers.
-class HeardWindow final : public vantrel::CAnswerWindow {
+class HeardWindow final : public vantrel::AnswerWindow {
   public:
-    void OnAnswer(value::ValueKind kind, vantrel::CRequestRecord record) override;
+    void OnAnswer(value::ValueKind kind, vantrel::RequestRecord record) override;
 
     std::vector<std::string> answers;
 };

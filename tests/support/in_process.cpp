@@ -32,39 +32,39 @@ class InProcessTransport final : public vantrel::ClientTransport {
     InProcessTransport(InProcessNetwork& network, std::string_view source,
                        vantrel::ClientTransportEvents& events)
         : m_network(network), m_strSource(source), m_events(events) {
-        network.m_arrTransports.push_back(this);
+        network.m_transports.push_back(this);
     }
 
     ~InProcessTransport() override {
-        std::erase(m_network.m_arrTransports, this);
-        if (!m_pConversation) return;
-        m_pConversation->transport = nullptr;
-        m_network.Finish(m_pConversation, vantrel::ReasonClosed, vantrel::ReasonClientEnded);
+        std::erase(m_network.m_transports, this);
+        if (!m_conversation) return;
+        m_conversation->transport = nullptr;
+        m_network.Finish(m_conversation, vantrel::ReasonClosed, vantrel::ReasonClientEnded);
     }
 
     bool Open() override {
-        m_bWanted = true;
+        m_wanted = true;
         Check();
         return m_network.FindServer(m_strSource) != nullptr;
     }
 
     void Check() override {
-        if (!m_bWanted || m_pConversation) return;
+        if (!m_wanted || m_conversation) return;
         if (m_network.FindServer(m_strSource) != nullptr) m_network.Begin(*this);
     }
 
     void Send(vantrel::ClientMessage message) override {
-        if (!m_pConversation || m_pConversation->ending) return;
-        m_network.Post(m_pConversation, [message = std::move(message)](
-                                            InProcessNetwork::Conversation& conversation) mutable {
+        if (!m_conversation || m_conversation->ending) return;
+        m_network.Post(m_conversation, [message = std::move(message)](
+                                           InProcessNetwork::Conversation& conversation) mutable {
             if (conversation.session) conversation.session->OnMessage(std::move(message));
         });
     }
 
     void Close(std::uint32_t reason) override {
-        m_bWanted = false;
-        if (!m_pConversation) return;
-        m_network.Finish(m_pConversation, reason,
+        m_wanted = false;
+        if (!m_conversation) return;
+        m_network.Finish(m_conversation, reason,
                          reason == vantrel::ReasonClosed ? vantrel::ReasonClientEnded : reason);
     }
 
@@ -83,8 +83,8 @@ class InProcessTransport final : public vantrel::ClientTransport {
     InProcessNetwork& m_network;
     std::string m_strSource;
     vantrel::ClientTransportEvents& m_events;
-    std::shared_ptr<InProcessNetwork::Conversation> m_pConversation;
-    bool m_bWanted = false;
+    std::shared_ptr<InProcessNetwork::Conversation> m_conversation;
+    bool m_wanted = false;
 };
 
 void InProcessNetwork::Conversation::Send(vantrel::ServerMessage message) {
@@ -110,25 +110,25 @@ std::size_t InProcessNetwork::Conversation::Backlog() const {
 InProcessNetwork::~InProcessNetwork() = default;
 
 vantrel::SessionAcceptor* InProcessNetwork::FindServer(std::string_view name) const {
-    const auto found = m_mapServers.find(name);
-    return found == m_mapServers.end() ? nullptr : found->second;
+    const auto found = m_servers.find(name);
+    return found == m_servers.end() ? nullptr : found->second;
 }
 
 void InProcessNetwork::AddServer(std::string_view name, vantrel::SessionAcceptor& acceptor) {
-    m_mapServers.insert_or_assign(std::string(name), &acceptor);
-    for (InProcessTransport* transport : m_arrTransports) transport->Check();
+    m_servers.insert_or_assign(std::string(name), &acceptor);
+    for (InProcessTransport* transport : m_transports) transport->Check();
 }
 
 void InProcessNetwork::RemoveServer(std::string_view name) {
     Break(name, vantrel::ReasonServerEnded);
-    m_mapServers.erase(std::string(name));
+    m_servers.erase(std::string(name));
     Deliver();
 }
 
 void InProcessNetwork::Break(std::string_view name, std::uint32_t reason) {
-    for (InProcessTransport* transport : m_arrTransports) {
-        if (transport->m_strSource != name || !transport->m_pConversation) continue;
-        Finish(transport->m_pConversation, reason, reason);
+    for (InProcessTransport* transport : m_transports) {
+        if (transport->m_strSource != name || !transport->m_conversation) continue;
+        Finish(transport->m_conversation, reason, reason);
     }
 }
 
@@ -139,7 +139,7 @@ std::unique_ptr<vantrel::ClientTransport> InProcessNetwork::Connect(
 
 void InProcessNetwork::Begin(InProcessTransport& transport) {
     auto conversation = std::make_shared<Conversation>(*this, transport);
-    transport.m_pConversation = conversation;
+    transport.m_conversation = conversation;
     Post(conversation, [this](Conversation& self) {
         if (self.ending) return;
         InProcessTransport& client = *self.transport;
@@ -149,7 +149,7 @@ void InProcessNetwork::Begin(InProcessTransport& transport) {
             self.opened = true;
             client.m_events.OnOpened();
         } else {
-            client.m_pConversation.reset();
+            client.m_conversation.reset();
             client.m_events.OnFault(vantrel::ConnectionFault::Open, vantrel::ReasonUnreachable);
         }
     });
@@ -162,7 +162,7 @@ void InProcessNetwork::Finish(const std::shared_ptr<Conversation>& conversation,
         if (const auto session = std::move(self.session)) session->OnClosed(serverReason);
         if (self.transport == nullptr) return;
         InProcessTransport& client = *std::exchange(self.transport, nullptr);
-        client.m_pConversation.reset();
+        client.m_conversation.reset();
         if (self.opened) client.m_events.OnClosed(clientReason);
     });
 }

@@ -50,8 +50,8 @@ class InProcessNetwork final : public vantrel::TransportFactory {
         std::function<void(Conversation&)> run;
     };
 
-    std::map<std::string, vantrel::SessionAcceptor*, std::less<>> m_mapServers;
-    std::vector<InProcessTransport*> m_arrTransports;
+    std::map<std::string, vantrel::SessionAcceptor*, std::less<>> m_servers;
+    std::vector<InProcessTransport*> m_transports;
     std::deque<Event> m_queue;
 };
 

@@ -36,7 +36,7 @@ class AnsweredQuestions final : public platform::Questions {
 };
 
 // Its variables have no value as yet; a report of the hour has come.
-class HandSources final : public engine::CScriptSources {
+class HandSources final : public engine::ScriptSources {
   public:
     std::unique_ptr<operands::CVariable> CreateRemote(engine::CKalvexDoc&, std::string_view name,
                                                       std::string_view source,
@@ -105,7 +105,7 @@ class ScriptWorld : public testing::Test {
     AnsweredQuestions questions;
     HandSources sources;
     engine::DocumentServices services;
-    engine::CTickRunner ticks;
+    engine::TickRunner ticks;
     std::vector<std::unique_ptr<engine::CKalvexDoc>> documents;
 };
 

@@ -16,10 +16,10 @@ std::string Describe(const vantrel::JournalEntry& entry) {
     if (entry.from) text += " " + value::FormatLocalTime(*entry.from);
     if (entry.to && entry.to != entry.from) text += " - " + value::FormatLocalTime(*entry.to);
     if (entry.time) text += " " + value::FormatLocalTime(*entry.time);
-    if (entry.value) text += " " + kalvex::Describe(*entry.value);
+    if (entry.value) text += " " + support::Describe(*entry.value);
     if (entry.list.value_or(false)) text += " into a list";
     for (const value::CVal& value : entry.values.value_or(std::vector<value::CVal>())) {
-        text += " " + kalvex::Describe(value);
+        text += " " + support::Describe(value);
     }
     return text;
 }
@@ -36,7 +36,7 @@ void SourceWorld::Plant(std::string_view content) {
     const ScratchFile file(text);
     vantrel::PlantDefinition definition;
     std::string fault;
-    ASSERT_TRUE(ReadPlant(file.Path(), definition, fault)) << fault;
+    ASSERT_TRUE(vantrel::ReadPlant(file.Path(), definition, fault)) << fault;
     client.reset();
     plant = std::make_unique<vantrel::SimulatedPlant>(std::move(definition), clock);
     client = std::make_unique<sources::CClientInterface>(
@@ -83,8 +83,8 @@ sources::CInterfaceClientConnection& SourceWorld::Connection(std::string_view so
 std::vector<std::string> SourceWorld::Calls(std::string_view part) {
     std::vector<std::string> calls;
     const auto rows = journal.Rows(Connection());
-    for (; m_nCallsSeen < rows.size(); ++m_nCallsSeen) {
-        const vantrel::JournalEntry& entry = rows[m_nCallsSeen].entry;
+    for (; m_callsSeen < rows.size(); ++m_callsSeen) {
+        const vantrel::JournalEntry& entry = rows[m_callsSeen].entry;
         if (entry.operation.find(part) != std::string::npos) calls.push_back(Describe(entry));
     }
     return calls;
@@ -93,8 +93,8 @@ std::vector<std::string> SourceWorld::Calls(std::string_view part) {
 std::vector<std::string> SourceWorld::NewLog(int level) {
     std::vector<std::string> lines;
     const std::string prefix = folder.Path() + "/";
-    for (; m_nLinesSeen < log.lines.size(); ++m_nLinesSeen) {
-        const auto& [lineLevel, text] = log.lines[m_nLinesSeen];
+    for (; m_linesSeen < log.lines.size(); ++m_linesSeen) {
+        const auto& [lineLevel, text] = log.lines[m_linesSeen];
         if (lineLevel > level || text.ends_with(" skryptu ")) continue;
         lines.push_back(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
     }

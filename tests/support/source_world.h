@@ -54,8 +54,8 @@ class SourceWorld : public ScriptWorld {
     std::int64_t tick = 0;
 
   private:
-    std::size_t m_nCallsSeen = 0;
-    std::size_t m_nLinesSeen = 0;
+    std::size_t m_callsSeen = 0;
+    std::size_t m_linesSeen = 0;
 };
 
 }  // namespace kalvex::support

@@ -19,25 +19,25 @@ std::string Bytes(int first, int last) {
     return bytes;
 }
 
-struct CRow {
+struct Row {
     int first;
     std::string_view utf8;
 };
 
-constexpr CRow kRows[] = {
+constexpr Row kRows[] = {
     {0x80, "€‚„…†‡‰Š‹ŚŤŽŹ"},    {0x90, "‘’“”•–—™š›śťžź"},   {0xA0, "\u00a0ˇ˘Ł¤Ą¦§¨©Ş«¬\u00ad®Ż"},
     {0xB0, "°±˛ł´µ¶·¸ąş»Ľ˝ľż"}, {0xC0, "ŔÁÂĂÄĹĆÇČÉĘËĚÍÎĎ"}, {0xD0, "ĐŃŇÓÔŐÖ×ŘŮÚŰÜÝŢß"},
     {0xE0, "ŕáâăäĺćçčéęëěíîď"}, {0xF0, "đńňóôőö÷řůúűüýţ˙"},
 };
 
 TEST(CodePageTest, EveryDefinedByteHasItsCharacterInUtf8) {
-    for (const CRow& row : kRows) {
+    for (const Row& row : kRows) {
         EXPECT_EQ(ToUtf8(Bytes(row.first, row.first + 15)), row.utf8);
     }
 }
 
 TEST(CodePageTest, EveryCharacterOfThePageHasItsByte) {
-    for (const CRow& row : kRows) {
+    for (const Row& row : kRows) {
         EXPECT_EQ(FromUtf8(row.utf8), Bytes(row.first, row.first + 15));
     }
 }

@@ -33,14 +33,15 @@ constexpr std::int64_t kSpring = support::Gmt(2024, 3, 31, 1);
 constexpr std::int64_t kAutumn = support::Gmt(2024, 10, 27, 1);
 
 TEST(LocalTimeLargestTest, IsTheEndOf2999InWinterTimeOfWarsaw) {
-    EXPECT_EQ(kLargestTime, Gmt(2999, 12, 31, 22, 59, 59));
+    EXPECT_EQ(kLargestTime, support::Gmt(2999, 12, 31, 22, 59, 59));
 }
 
 TEST_F(LocalTimeTest, SplitsIntoLocalFields) {
     EXPECT_EQ(SplitLocalTime(0), (TimeFields{1970, 1, 1, 1, 0, 0, 5}));
-    EXPECT_EQ(SplitLocalTime(Gmt(2024, 2, 29, 22, 59, 59)),
+    EXPECT_EQ(SplitLocalTime(support::Gmt(2024, 2, 29, 22, 59, 59)),
               (TimeFields{2024, 2, 29, 23, 59, 59, 5}));
-    EXPECT_EQ(SplitLocalTime(Gmt(2024, 6, 30, 22, 30, 45)), (TimeFields{2024, 7, 1, 0, 30, 45, 2}));
+    EXPECT_EQ(SplitLocalTime(support::Gmt(2024, 6, 30, 22, 30, 45)),
+              (TimeFields{2024, 7, 1, 0, 30, 45, 2}));
     EXPECT_EQ(SplitLocalTime(kSpring - 1), (TimeFields{2024, 3, 31, 1, 59, 59, 1}));
     EXPECT_EQ(SplitLocalTime(kSpring), (TimeFields{2024, 3, 31, 3, 0, 0, 1}));
     EXPECT_EQ(SplitLocalTime(kAutumn - 1), (TimeFields{2024, 10, 27, 2, 59, 59, 1}));
@@ -50,12 +51,14 @@ TEST_F(LocalTimeTest, SplitsIntoLocalFields) {
 
 TEST_F(LocalTimeTest, SplitsIntoGMTFields) {
     EXPECT_EQ(SplitGMTTime(0), (TimeFields{1970, 1, 1, 0, 0, 0, 5}));
-    EXPECT_EQ(SplitGMTTime(Gmt(2024, 6, 30, 22, 30, 45)), (TimeFields{2024, 6, 30, 22, 30, 45, 1}));
+    EXPECT_EQ(SplitGMTTime(support::Gmt(2024, 6, 30, 22, 30, 45)),
+              (TimeFields{2024, 6, 30, 22, 30, 45, 1}));
 }
 
 TEST_F(LocalTimeTest, SplitsIntoWinterFieldsInEverySeason) {
-    EXPECT_EQ(SplitWinterTime(Gmt(2024, 1, 15, 11, 0, 0)), (TimeFields{2024, 1, 15, 12, 0, 0, 2}));
-    EXPECT_EQ(SplitWinterTime(Gmt(2024, 6, 30, 22, 30, 45)),
+    EXPECT_EQ(SplitWinterTime(support::Gmt(2024, 1, 15, 11, 0, 0)),
+              (TimeFields{2024, 1, 15, 12, 0, 0, 2}));
+    EXPECT_EQ(SplitWinterTime(support::Gmt(2024, 6, 30, 22, 30, 45)),
               (TimeFields{2024, 6, 30, 23, 30, 45, 1}));
     EXPECT_EQ(SplitWinterTime(kSpring), (TimeFields{2024, 3, 31, 2, 0, 0, 1}));
     EXPECT_EQ(SplitWinterTime(kAutumn - 1), (TimeFields{2024, 10, 27, 1, 59, 59, 1}));
@@ -111,32 +114,32 @@ TEST_F(LocalTimeTest, CalendarOfNegativeTimesHolds) {
     EXPECT_EQ(GetLastGMTHourTime(-3600), -1);
     EXPECT_EQ(GetFirstLocalDayTime(-1), -3600);
     EXPECT_EQ(GetPrevLocalDayTime(-7200), -7200 - 86400);
-    EXPECT_EQ(GetPrevGMTYearTime(0), Gmt(1969, 1, 1));
+    EXPECT_EQ(GetPrevGMTYearTime(0), support::Gmt(1969, 1, 1));
 }
 
 TEST_F(LocalTimeTest, MakesTimesOfLocalReadings) {
-    EXPECT_EQ(MakeLocalTime({2024}), Gmt(2023, 12, 31, 23));
+    EXPECT_EQ(MakeLocalTime({2024}), support::Gmt(2023, 12, 31, 23));
     EXPECT_EQ(MakeLocalTime({1970, 1, 1, 1}), 0);
-    EXPECT_EQ(MakeLocalTime({2024, 7, 5, 7, 8, 9}), Gmt(2024, 7, 5, 5, 8, 9));
-    EXPECT_EQ(MakeLocalTime({2024, 12, 31, 23, 59, 59}), Gmt(2024, 12, 31, 22, 59, 59));
+    EXPECT_EQ(MakeLocalTime({2024, 7, 5, 7, 8, 9}), support::Gmt(2024, 7, 5, 5, 8, 9));
+    EXPECT_EQ(MakeLocalTime({2024, 12, 31, 23, 59, 59}), support::Gmt(2024, 12, 31, 22, 59, 59));
     EXPECT_EQ(MakeLocalTime({2999, 12, 31, 23, 59, 59}), kLargestTime);
 }
 
 TEST_F(LocalTimeTest, RepeatedReadingMeansItsFirstOccurrenceWhateverWasAskedBefore) {
-    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 30, 0}), Gmt(2024, 10, 27, 0, 30));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 30, 0}), support::Gmt(2024, 10, 27, 0, 30));
     MakeLocalTime({2024, 12, 24});
     MakeWinterTime({2024, 10, 27, 2, 30, 0});
-    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 30, 0}), Gmt(2024, 10, 27, 0, 30));
-    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 0, 0}), Gmt(2024, 10, 27, 0));
-    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 59, 59}), Gmt(2024, 10, 27, 0, 59, 59));
-    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 1, 59, 59}), Gmt(2024, 10, 26, 23, 59, 59));
-    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 3, 0, 0}), Gmt(2024, 10, 27, 2));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 30, 0}), support::Gmt(2024, 10, 27, 0, 30));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 0, 0}), support::Gmt(2024, 10, 27, 0));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 2, 59, 59}), support::Gmt(2024, 10, 27, 0, 59, 59));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 1, 59, 59}), support::Gmt(2024, 10, 26, 23, 59, 59));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 27, 3, 0, 0}), support::Gmt(2024, 10, 27, 2));
 }
 
 TEST_F(LocalTimeTest, MissingReadingTakesTheOffsetBeforeTheChangeWhateverWasAskedBefore) {
-    EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 30, 0}), Gmt(2024, 3, 31, 1, 30));
+    EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 30, 0}), support::Gmt(2024, 3, 31, 1, 30));
     MakeLocalTime({2024, 7, 1});
-    EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 30, 0}), Gmt(2024, 3, 31, 1, 30));
+    EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 30, 0}), support::Gmt(2024, 3, 31, 1, 30));
     EXPECT_EQ(GetLocalHour(MakeLocalTime({2024, 3, 31, 2, 30, 0})), 3);
     EXPECT_EQ(MakeLocalTime({2024, 3, 31, 2, 0, 0}), kSpring);
     EXPECT_EQ(MakeLocalTime({2024, 3, 31, 1, 59, 59}), kSpring - 1);
@@ -144,12 +147,12 @@ TEST_F(LocalTimeTest, MissingReadingTakesTheOffsetBeforeTheChangeWhateverWasAske
 }
 
 TEST_F(LocalTimeTest, FieldsOutOfBoundsCarryOver) {
-    EXPECT_EQ(MakeLocalTime({2024, 2, 31}), Gmt(2024, 3, 1, 23));
-    EXPECT_EQ(MakeLocalTime({2024, 13, 1}), Gmt(2024, 12, 31, 23));
-    EXPECT_EQ(MakeLocalTime({2024, 0, 1}), Gmt(2023, 11, 30, 23));
-    EXPECT_EQ(MakeLocalTime({2024, -12, 1}), Gmt(2022, 11, 30, 23));
-    EXPECT_EQ(MakeLocalTime({2024, 5, 10, 24, 0, 0}), Gmt(2024, 5, 10, 22));
-    EXPECT_EQ(MakeLocalTime({2024, 5, 10, 0, 0, -1}), Gmt(2024, 5, 9, 21, 59, 59));
+    EXPECT_EQ(MakeLocalTime({2024, 2, 31}), support::Gmt(2024, 3, 1, 23));
+    EXPECT_EQ(MakeLocalTime({2024, 13, 1}), support::Gmt(2024, 12, 31, 23));
+    EXPECT_EQ(MakeLocalTime({2024, 0, 1}), support::Gmt(2023, 11, 30, 23));
+    EXPECT_EQ(MakeLocalTime({2024, -12, 1}), support::Gmt(2022, 11, 30, 23));
+    EXPECT_EQ(MakeLocalTime({2024, 5, 10, 24, 0, 0}), support::Gmt(2024, 5, 10, 22));
+    EXPECT_EQ(MakeLocalTime({2024, 5, 10, 0, 0, -1}), support::Gmt(2024, 5, 9, 21, 59, 59));
 }
 
 TEST_F(LocalTimeTest, YearBeyondReachGivesMinusOne) {
@@ -164,35 +167,35 @@ TEST_F(LocalTimeTest, YearBeyondReachGivesMinusOne) {
 }
 
 TEST_F(LocalTimeTest, MakesTimesOfWinterReadingsInEverySeason) {
-    EXPECT_EQ(MakeWinterTime({2024, 1, 5, 7, 8, 9}), Gmt(2024, 1, 5, 6, 8, 9));
-    EXPECT_EQ(MakeWinterTime({2024, 7, 5, 7, 8, 9}), Gmt(2024, 7, 5, 6, 8, 9));
-    EXPECT_EQ(MakeWinterTime({2024, 3, 31, 2, 30, 0}), Gmt(2024, 3, 31, 1, 30));
-    EXPECT_EQ(MakeWinterTime({2024, 10, 27, 2, 30, 0}), Gmt(2024, 10, 27, 1, 30));
-    EXPECT_EQ(MakeWinterTime({2024, 1, 5, 24, 0, 0}), Gmt(2024, 1, 5, 23));
+    EXPECT_EQ(MakeWinterTime({2024, 1, 5, 7, 8, 9}), support::Gmt(2024, 1, 5, 6, 8, 9));
+    EXPECT_EQ(MakeWinterTime({2024, 7, 5, 7, 8, 9}), support::Gmt(2024, 7, 5, 6, 8, 9));
+    EXPECT_EQ(MakeWinterTime({2024, 3, 31, 2, 30, 0}), support::Gmt(2024, 3, 31, 1, 30));
+    EXPECT_EQ(MakeWinterTime({2024, 10, 27, 2, 30, 0}), support::Gmt(2024, 10, 27, 1, 30));
+    EXPECT_EQ(MakeWinterTime({2024, 1, 5, 24, 0, 0}), support::Gmt(2024, 1, 5, 23));
 }
 
 TEST_F(LocalTimeTest, BoundsOfLocalPeriods) {
     const std::int64_t time = support::Gmt(2024, 3, 10, 6, 8, 9);  // 07:08:09
-    EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 3, 10, 6));
-    EXPECT_EQ(GetLastLocalHourTime(time), Gmt(2024, 3, 10, 6, 59, 59));
-    EXPECT_EQ(GetFirstLocalDayTime(time), Gmt(2024, 3, 9, 23));
-    EXPECT_EQ(GetLastLocalDayTime(time), Gmt(2024, 3, 10, 22, 59, 59));
-    EXPECT_EQ(GetFirstLocalMonthTime(time), Gmt(2024, 2, 29, 23));
-    EXPECT_EQ(GetLastLocalMonthTime(time), Gmt(2024, 3, 31, 21, 59, 59));
-    EXPECT_EQ(GetFirstLocalYearTime(time), Gmt(2023, 12, 31, 23));
-    EXPECT_EQ(GetLastLocalYearTime(time), Gmt(2024, 12, 31, 22, 59, 59));
+    EXPECT_EQ(GetFirstLocalHourTime(time), support::Gmt(2024, 3, 10, 6));
+    EXPECT_EQ(GetLastLocalHourTime(time), support::Gmt(2024, 3, 10, 6, 59, 59));
+    EXPECT_EQ(GetFirstLocalDayTime(time), support::Gmt(2024, 3, 9, 23));
+    EXPECT_EQ(GetLastLocalDayTime(time), support::Gmt(2024, 3, 10, 22, 59, 59));
+    EXPECT_EQ(GetFirstLocalMonthTime(time), support::Gmt(2024, 2, 29, 23));
+    EXPECT_EQ(GetLastLocalMonthTime(time), support::Gmt(2024, 3, 31, 21, 59, 59));
+    EXPECT_EQ(GetFirstLocalYearTime(time), support::Gmt(2023, 12, 31, 23));
+    EXPECT_EQ(GetLastLocalYearTime(time), support::Gmt(2024, 12, 31, 22, 59, 59));
 }
 
 TEST_F(LocalTimeTest, BoundsOfGMTPeriods) {
     const std::int64_t time = support::Gmt(2024, 2, 29, 23, 8, 9);  // already March in Warsaw
-    EXPECT_EQ(GetFirstGMTHourTime(time), Gmt(2024, 2, 29, 23));
-    EXPECT_EQ(GetLastGMTHourTime(time), Gmt(2024, 2, 29, 23, 59, 59));
-    EXPECT_EQ(GetFirstGMTDayTime(time), Gmt(2024, 2, 29));
-    EXPECT_EQ(GetLastGMTDayTime(time), Gmt(2024, 2, 29, 23, 59, 59));
-    EXPECT_EQ(GetFirstGMTMonthTime(time), Gmt(2024, 2, 1));
-    EXPECT_EQ(GetLastGMTMonthTime(time), Gmt(2024, 2, 29, 23, 59, 59));
-    EXPECT_EQ(GetFirstGMTYearTime(time), Gmt(2024, 1, 1));
-    EXPECT_EQ(GetLastGMTYearTime(time), Gmt(2024, 12, 31, 23, 59, 59));
+    EXPECT_EQ(GetFirstGMTHourTime(time), support::Gmt(2024, 2, 29, 23));
+    EXPECT_EQ(GetLastGMTHourTime(time), support::Gmt(2024, 2, 29, 23, 59, 59));
+    EXPECT_EQ(GetFirstGMTDayTime(time), support::Gmt(2024, 2, 29));
+    EXPECT_EQ(GetLastGMTDayTime(time), support::Gmt(2024, 2, 29, 23, 59, 59));
+    EXPECT_EQ(GetFirstGMTMonthTime(time), support::Gmt(2024, 2, 1));
+    EXPECT_EQ(GetLastGMTMonthTime(time), support::Gmt(2024, 2, 29, 23, 59, 59));
+    EXPECT_EQ(GetFirstGMTYearTime(time), support::Gmt(2024, 1, 1));
+    EXPECT_EQ(GetLastGMTYearTime(time), support::Gmt(2024, 12, 31, 23, 59, 59));
 }
 
 TEST_F(LocalTimeTest, FirstSecondOfAPeriodIsItsOwnFirst) {
@@ -209,75 +212,90 @@ TEST_F(LocalTimeTest, FirstSecondOfAPeriodIsItsOwnFirst) {
 
 TEST_F(LocalTimeTest, DayOfTheSpringChangeHas23Hours) {
     const std::int64_t noon = support::Gmt(2024, 3, 31, 10);
-    EXPECT_EQ(GetFirstLocalDayTime(noon), Gmt(2024, 3, 30, 23));
-    EXPECT_EQ(GetLastLocalDayTime(noon), Gmt(2024, 3, 31, 21, 59, 59));
+    EXPECT_EQ(GetFirstLocalDayTime(noon), support::Gmt(2024, 3, 30, 23));
+    EXPECT_EQ(GetLastLocalDayTime(noon), support::Gmt(2024, 3, 31, 21, 59, 59));
 }
 
 TEST_F(LocalTimeTest, DayOfTheAutumnChangeHas25Hours) {
     const std::int64_t noon = support::Gmt(2024, 10, 27, 11);
-    EXPECT_EQ(GetFirstLocalDayTime(noon), Gmt(2024, 10, 26, 22));
-    EXPECT_EQ(GetLastLocalDayTime(noon), Gmt(2024, 10, 27, 22, 59, 59));
+    EXPECT_EQ(GetFirstLocalDayTime(noon), support::Gmt(2024, 10, 26, 22));
+    EXPECT_EQ(GetLastLocalDayTime(noon), support::Gmt(2024, 10, 27, 22, 59, 59));
 }
 
 TEST_F(LocalTimeTest, EachOccurrenceOfTheRepeatedHourIsAnHour) {
-    EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 10, 27, 0, 30)), Gmt(2024, 10, 27, 0));
-    EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 10, 27, 0, 30)), Gmt(2024, 10, 27, 0, 59, 59));
-    EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 10, 27, 1, 30)), Gmt(2024, 10, 27, 1));
-    EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 10, 27, 1, 30)), Gmt(2024, 10, 27, 1, 59, 59));
+    EXPECT_EQ(GetFirstLocalHourTime(support::Gmt(2024, 10, 27, 0, 30)),
+              support::Gmt(2024, 10, 27, 0));
+    EXPECT_EQ(GetLastLocalHourTime(support::Gmt(2024, 10, 27, 0, 30)),
+              support::Gmt(2024, 10, 27, 0, 59, 59));
+    EXPECT_EQ(GetFirstLocalHourTime(support::Gmt(2024, 10, 27, 1, 30)),
+              support::Gmt(2024, 10, 27, 1));
+    EXPECT_EQ(GetLastLocalHourTime(support::Gmt(2024, 10, 27, 1, 30)),
+              support::Gmt(2024, 10, 27, 1, 59, 59));
 }
 
 TEST_F(LocalTimeTest, HoursBesideTheMissingOneAreWhole) {
-    EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 3, 31, 0, 30)), kSpring - 1);
-    EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 3, 31, 1, 30)), kSpring);
+    EXPECT_EQ(GetLastLocalHourTime(support::Gmt(2024, 3, 31, 0, 30)), kSpring - 1);
+    EXPECT_EQ(GetFirstLocalHourTime(support::Gmt(2024, 3, 31, 1, 30)), kSpring);
 }
 
 TEST_F(LocalTimeTest, LocalDayStepsKeepTheClockReading) {
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 3, 30, 11)), Gmt(2024, 3, 31, 10));
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 3, 31, 10)), Gmt(2024, 3, 30, 11));
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 10, 26, 10)), Gmt(2024, 10, 27, 11));
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 10, 27, 11)), Gmt(2024, 10, 26, 10));
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 12, 31, 11)), Gmt(2025, 1, 1, 11));
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 3, 1, 11)), Gmt(2024, 2, 29, 11));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 3, 30, 11)), support::Gmt(2024, 3, 31, 10));
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2024, 3, 31, 10)), support::Gmt(2024, 3, 30, 11));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 10, 26, 10)), support::Gmt(2024, 10, 27, 11));
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2024, 10, 27, 11)), support::Gmt(2024, 10, 26, 10));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 12, 31, 11)), support::Gmt(2025, 1, 1, 11));
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2024, 3, 1, 11)), support::Gmt(2024, 2, 29, 11));
 }
 
 TEST_F(LocalTimeTest, LocalDayStepsOntoAMissingOrRepeatedReading) {
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 3, 30, 1, 30)), Gmt(2024, 3, 31, 1, 30));    // 03:30
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 4, 1, 0, 30)), Gmt(2024, 3, 31, 1, 30));     // 03:30
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 10, 26, 0, 30)), Gmt(2024, 10, 27, 0, 30));  // first
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 10, 28, 1, 30)), Gmt(2024, 10, 27, 0, 30));  // first
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 3, 30, 1, 30)),
+              support::Gmt(2024, 3, 31, 1, 30));  // 03:30
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2024, 4, 1, 0, 30)),
+              support::Gmt(2024, 3, 31, 1, 30));  // 03:30
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 10, 26, 0, 30)),
+              support::Gmt(2024, 10, 27, 0, 30));  // first
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2024, 10, 28, 1, 30)),
+              support::Gmt(2024, 10, 27, 0, 30));  // first
     // From the second 02:30 of the day.
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 10, 27, 1, 30)), Gmt(2024, 10, 28, 1, 30));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 10, 27, 1, 30)),
+              support::Gmt(2024, 10, 28, 1, 30));
 }
 
 TEST_F(LocalTimeTest, LocalMonthStepsLandOnTheLastDayAtMost) {
     const std::int64_t endOfMarch = support::Gmt(2024, 3, 31, 3, 6, 7);  // 05:06:07
-    EXPECT_EQ(GetPrevLocalMonthTime(endOfMarch), Gmt(2024, 2, 29, 4, 6, 7));
-    EXPECT_EQ(GetNextLocalMonthTime(endOfMarch), Gmt(2024, 4, 30, 3, 6, 7));
-    EXPECT_EQ(GetNextLocalMonthTime(Gmt(2023, 1, 30, 23)), Gmt(2023, 2, 27, 23));
-    EXPECT_EQ(GetPrevLocalMonthTime(Gmt(2023, 1, 30, 23)), Gmt(2022, 12, 30, 23));
-    EXPECT_EQ(GetNextLocalMonthTime(Gmt(2023, 12, 15, 11)), Gmt(2024, 1, 15, 11));
-    EXPECT_EQ(GetNextLocalMonthTime(Gmt(2024, 2, 29, 1, 30)), Gmt(2024, 3, 29, 1, 30));
-    EXPECT_EQ(GetPrevLocalMonthTime(Gmt(2024, 4, 30, 0, 30)), Gmt(2024, 3, 30, 1, 30));
+    EXPECT_EQ(GetPrevLocalMonthTime(endOfMarch), support::Gmt(2024, 2, 29, 4, 6, 7));
+    EXPECT_EQ(GetNextLocalMonthTime(endOfMarch), support::Gmt(2024, 4, 30, 3, 6, 7));
+    EXPECT_EQ(GetNextLocalMonthTime(support::Gmt(2023, 1, 30, 23)), support::Gmt(2023, 2, 27, 23));
+    EXPECT_EQ(GetPrevLocalMonthTime(support::Gmt(2023, 1, 30, 23)), support::Gmt(2022, 12, 30, 23));
+    EXPECT_EQ(GetNextLocalMonthTime(support::Gmt(2023, 12, 15, 11)), support::Gmt(2024, 1, 15, 11));
+    EXPECT_EQ(GetNextLocalMonthTime(support::Gmt(2024, 2, 29, 1, 30)),
+              support::Gmt(2024, 3, 29, 1, 30));
+    EXPECT_EQ(GetPrevLocalMonthTime(support::Gmt(2024, 4, 30, 0, 30)),
+              support::Gmt(2024, 3, 30, 1, 30));
 }
 
 TEST_F(LocalTimeTest, GMTStepsKnowNoDaylightSaving) {
-    EXPECT_EQ(GetNextGMTDayTime(Gmt(2024, 3, 30, 11)), Gmt(2024, 3, 31, 11));
-    EXPECT_EQ(GetPrevGMTDayTime(Gmt(2024, 10, 27, 11)), Gmt(2024, 10, 26, 11));
-    EXPECT_EQ(GetPrevGMTMonthTime(Gmt(2024, 3, 31, 5, 6, 7)), Gmt(2024, 2, 29, 5, 6, 7));
-    EXPECT_EQ(GetNextGMTMonthTime(Gmt(2024, 3, 31, 5, 6, 7)), Gmt(2024, 4, 30, 5, 6, 7));
-    EXPECT_EQ(GetNextGMTMonthTime(Gmt(2024, 12, 31, 23)), Gmt(2025, 1, 31, 23));
-    EXPECT_EQ(GetPrevGMTYearTime(Gmt(2024, 2, 29, 12)), Gmt(2023, 2, 28, 12));
-    EXPECT_EQ(GetNextGMTYearTime(Gmt(2024, 2, 29, 12)), Gmt(2025, 2, 28, 12));
-    EXPECT_EQ(GetNextGMTYearTime(Gmt(2023, 2, 28, 12)), Gmt(2024, 2, 28, 12));
+    EXPECT_EQ(GetNextGMTDayTime(support::Gmt(2024, 3, 30, 11)), support::Gmt(2024, 3, 31, 11));
+    EXPECT_EQ(GetPrevGMTDayTime(support::Gmt(2024, 10, 27, 11)), support::Gmt(2024, 10, 26, 11));
+    EXPECT_EQ(GetPrevGMTMonthTime(support::Gmt(2024, 3, 31, 5, 6, 7)),
+              support::Gmt(2024, 2, 29, 5, 6, 7));
+    EXPECT_EQ(GetNextGMTMonthTime(support::Gmt(2024, 3, 31, 5, 6, 7)),
+              support::Gmt(2024, 4, 30, 5, 6, 7));
+    EXPECT_EQ(GetNextGMTMonthTime(support::Gmt(2024, 12, 31, 23)), support::Gmt(2025, 1, 31, 23));
+    EXPECT_EQ(GetPrevGMTYearTime(support::Gmt(2024, 2, 29, 12)), support::Gmt(2023, 2, 28, 12));
+    EXPECT_EQ(GetNextGMTYearTime(support::Gmt(2024, 2, 29, 12)), support::Gmt(2025, 2, 28, 12));
+    EXPECT_EQ(GetNextGMTYearTime(support::Gmt(2023, 2, 28, 12)), support::Gmt(2024, 2, 28, 12));
 }
 
 TEST_F(LocalTimeTest, ShiftsByTheOffsetAtTheInstant) {
     EXPECT_EQ(GMTToLocalDayTime(kSpring - 1), kSpring - 1 + 3600);
     EXPECT_EQ(GMTToLocalDayTime(kSpring), kSpring + 7200);
-    EXPECT_EQ(LocalToGMTDayTime(Gmt(2024, 1, 10, 12)), Gmt(2024, 1, 10, 11));
-    EXPECT_EQ(LocalToGMTDayTime(Gmt(2024, 7, 10, 12)), Gmt(2024, 7, 10, 10));
-    EXPECT_EQ(LocalToGMTDayTime(Gmt(2024, 3, 31, 2, 30)), Gmt(2024, 3, 31, 1, 30));
-    EXPECT_EQ(LocalToGMTDayTime(Gmt(2024, 10, 27, 2, 30)), Gmt(2024, 10, 27, 0, 30));
+    EXPECT_EQ(LocalToGMTDayTime(support::Gmt(2024, 1, 10, 12)), support::Gmt(2024, 1, 10, 11));
+    EXPECT_EQ(LocalToGMTDayTime(support::Gmt(2024, 7, 10, 12)), support::Gmt(2024, 7, 10, 10));
+    EXPECT_EQ(LocalToGMTDayTime(support::Gmt(2024, 3, 31, 2, 30)),
+              support::Gmt(2024, 3, 31, 1, 30));
+    EXPECT_EQ(LocalToGMTDayTime(support::Gmt(2024, 10, 27, 2, 30)),
+              support::Gmt(2024, 10, 27, 0, 30));
 }
 
 TEST_F(LocalTimeTest, SingleFields) {
@@ -321,10 +339,14 @@ TEST(LocalTimeStepsTest, DateThatIsNoneCarriesOverFirst) {
 }
 
 TEST_F(LocalTimeTest, SpanRequestCountsFromTheFirstSecondOfTheHour) {
-    EXPECT_EQ(MakeSpanRequestTime(Gmt(2024, 3, 10, 6, 8, 9), 5), Gmt(2024, 3, 10, 6, 0, 5));
-    EXPECT_EQ(MakeSpanRequestTime(Gmt(2023, 12, 31, 23), 0), Gmt(2023, 12, 31, 23));
-    EXPECT_EQ(MakeSpanRequestTime(Gmt(2024, 10, 27, 1, 30), 1), Gmt(2024, 10, 27, 1, 0, 1));
-    EXPECT_EQ(MakeSpanRequestTime(Gmt(2024, 3, 10, 6), -1), Gmt(2024, 3, 10, 5, 59, 59));
+    EXPECT_EQ(MakeSpanRequestTime(support::Gmt(2024, 3, 10, 6, 8, 9), 5),
+              support::Gmt(2024, 3, 10, 6, 0, 5));
+    EXPECT_EQ(MakeSpanRequestTime(support::Gmt(2023, 12, 31, 23), 0),
+              support::Gmt(2023, 12, 31, 23));
+    EXPECT_EQ(MakeSpanRequestTime(support::Gmt(2024, 10, 27, 1, 30), 1),
+              support::Gmt(2024, 10, 27, 1, 0, 1));
+    EXPECT_EQ(MakeSpanRequestTime(support::Gmt(2024, 3, 10, 6), -1),
+              support::Gmt(2024, 3, 10, 5, 59, 59));
 }
 
 TEST(LocalTimeZoneTest, WithoutDaylightSavingHasItsHoursOffTheGMTHours) {
@@ -332,10 +354,10 @@ TEST(LocalTimeZoneTest, WithoutDaylightSavingHasItsHoursOffTheGMTHours) {
     const std::int64_t time = support::Gmt(2024, 3, 9, 18, 40, 20);
     EXPECT_EQ(SplitLocalTime(time), (TimeFields{2024, 3, 10, 0, 10, 20, 1}));
     EXPECT_EQ(SplitWinterTime(time), SplitLocalTime(time));
-    EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 3, 9, 18, 30));
-    EXPECT_EQ(GetLastLocalHourTime(time), Gmt(2024, 3, 9, 19, 29, 59));
-    EXPECT_EQ(GetFirstGMTHourTime(time), Gmt(2024, 3, 9, 18));
-    EXPECT_EQ(GetFirstLocalDayTime(time), Gmt(2024, 3, 9, 18, 30));
+    EXPECT_EQ(GetFirstLocalHourTime(time), support::Gmt(2024, 3, 9, 18, 30));
+    EXPECT_EQ(GetLastLocalHourTime(time), support::Gmt(2024, 3, 9, 19, 29, 59));
+    EXPECT_EQ(GetFirstGMTHourTime(time), support::Gmt(2024, 3, 9, 18));
+    EXPECT_EQ(GetFirstLocalDayTime(time), support::Gmt(2024, 3, 9, 18, 30));
     EXPECT_EQ(GetNextLocalDayTime(time), time + 86400);
     EXPECT_EQ(MakeLocalTime({2024, 3, 10, 0, 10, 20}), time);
     EXPECT_EQ(MakeWinterTime({2024, 3, 10, 0, 10, 20}), time);
@@ -348,85 +370,103 @@ TEST(LocalTimeZoneTest, SouthOfTheEquatorHasItsWinterTimeInJuly) {
     const std::int64_t newYear = support::Gmt(2023, 12, 31, 13, 30);
     EXPECT_EQ(SplitLocalTime(newYear), (TimeFields{2024, 1, 1, 0, 30, 0, 2}));
     EXPECT_EQ(SplitWinterTime(newYear), (TimeFields{2023, 12, 31, 23, 30, 0, 1}));
-    EXPECT_EQ(GetFirstLocalYearTime(newYear), Gmt(2023, 12, 31, 13));
-    EXPECT_EQ(SplitWinterTime(Gmt(2024, 7, 1, 2)), (TimeFields{2024, 7, 1, 12, 0, 0, 2}));
-    EXPECT_EQ(MakeWinterTime({2024, 1, 1, 0, 30, 0}), Gmt(2023, 12, 31, 14, 30));
-    EXPECT_EQ(MakeLocalTime({2024, 4, 7, 2, 30, 0}), Gmt(2024, 4, 6, 15, 30));    // repeated
-    EXPECT_EQ(MakeLocalTime({2024, 10, 6, 2, 30, 0}), Gmt(2024, 10, 5, 16, 30));  // missing
+    EXPECT_EQ(GetFirstLocalYearTime(newYear), support::Gmt(2023, 12, 31, 13));
+    EXPECT_EQ(SplitWinterTime(support::Gmt(2024, 7, 1, 2)), (TimeFields{2024, 7, 1, 12, 0, 0, 2}));
+    EXPECT_EQ(MakeWinterTime({2024, 1, 1, 0, 30, 0}), support::Gmt(2023, 12, 31, 14, 30));
+    EXPECT_EQ(MakeLocalTime({2024, 4, 7, 2, 30, 0}), support::Gmt(2024, 4, 6, 15, 30));  // repeated
+    EXPECT_EQ(MakeLocalTime({2024, 10, 6, 2, 30, 0}),
+              support::Gmt(2024, 10, 5, 16, 30));  // missing
 }
 
 TEST(LocalTimeZoneTest, ThatChangesAtMidnightStartsTheDayWhereItsClockStarts) {
     const support::ZoneScope zone("America/Santiago");
     // On 2024-09-08 clocks go from 00:00 (-04) to 01:00 (-03).
-    EXPECT_EQ(GetFirstLocalDayTime(Gmt(2024, 9, 8, 15)), Gmt(2024, 9, 8, 4));
-    EXPECT_EQ(GetLastLocalDayTime(Gmt(2024, 9, 7, 15)), Gmt(2024, 9, 8, 3, 59, 59));
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2024, 9, 7, 4, 30)), Gmt(2024, 9, 8, 4, 30));  // 01:30
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2024, 9, 9, 3, 30)), Gmt(2024, 9, 8, 4, 30));  // 01:30
+    EXPECT_EQ(GetFirstLocalDayTime(support::Gmt(2024, 9, 8, 15)), support::Gmt(2024, 9, 8, 4));
+    EXPECT_EQ(GetLastLocalDayTime(support::Gmt(2024, 9, 7, 15)),
+              support::Gmt(2024, 9, 8, 3, 59, 59));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2024, 9, 7, 4, 30)),
+              support::Gmt(2024, 9, 8, 4, 30));  // 01:30
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2024, 9, 9, 3, 30)),
+              support::Gmt(2024, 9, 8, 4, 30));  // 01:30
     // On 2024-04-07 clocks go from 00:00 (-03) back to 23:00 (-04) of the 6th.
-    EXPECT_EQ(GetFirstLocalDayTime(Gmt(2024, 4, 7, 15)), Gmt(2024, 4, 7, 4));
-    EXPECT_EQ(GetLastLocalDayTime(Gmt(2024, 4, 6, 15)), Gmt(2024, 4, 7, 3, 59, 59));
-    EXPECT_EQ(MakeLocalTime({2024, 4, 6, 23, 30, 0}), Gmt(2024, 4, 7, 2, 30));
-    EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 4, 7, 3, 30)), Gmt(2024, 4, 7, 3));
+    EXPECT_EQ(GetFirstLocalDayTime(support::Gmt(2024, 4, 7, 15)), support::Gmt(2024, 4, 7, 4));
+    EXPECT_EQ(GetLastLocalDayTime(support::Gmt(2024, 4, 6, 15)),
+              support::Gmt(2024, 4, 7, 3, 59, 59));
+    EXPECT_EQ(MakeLocalTime({2024, 4, 6, 23, 30, 0}), support::Gmt(2024, 4, 7, 2, 30));
+    EXPECT_EQ(GetFirstLocalHourTime(support::Gmt(2024, 4, 7, 3, 30)), support::Gmt(2024, 4, 7, 3));
 }
 
 TEST(LocalTimeZoneTest, WithHalfAnHourOfShiftRepeatsOrDropsHalfAnHour) {
     const support::ZoneScope zone("Australia/Lord_Howe");
     // On 2024-04-07 at 15:00 GMT (of the 6th) clocks go from 02:00 (+11) back to 01:30 (+10:30).
-    EXPECT_EQ(MakeLocalTime({2024, 4, 7, 1, 45, 0}), Gmt(2024, 4, 6, 14, 45));
-    EXPECT_EQ(MakeLocalTime({2024, 4, 7, 2, 0, 0}), Gmt(2024, 4, 6, 15, 30));
+    EXPECT_EQ(MakeLocalTime({2024, 4, 7, 1, 45, 0}), support::Gmt(2024, 4, 6, 14, 45));
+    EXPECT_EQ(MakeLocalTime({2024, 4, 7, 2, 0, 0}), support::Gmt(2024, 4, 6, 15, 30));
     for (const std::int64_t time :
          {support::Gmt(2024, 4, 6, 14, 10), support::Gmt(2024, 4, 6, 14, 45),
           support::Gmt(2024, 4, 6, 15, 15)}) {
-        EXPECT_EQ(GetFirstLocalHourTime(time), Gmt(2024, 4, 6, 14));
-        EXPECT_EQ(GetLastLocalHourTime(time), Gmt(2024, 4, 6, 15, 29, 59));
+        EXPECT_EQ(GetFirstLocalHourTime(time), support::Gmt(2024, 4, 6, 14));
+        EXPECT_EQ(GetLastLocalHourTime(time), support::Gmt(2024, 4, 6, 15, 29, 59));
     }
     // On 2024-10-06 at 15:30 GMT (of the 5th) clocks go from 02:00 (+10:30) to 02:30 (+11).
-    EXPECT_EQ(MakeLocalTime({2024, 10, 6, 2, 15, 0}), Gmt(2024, 10, 5, 15, 45));  // 02:45
-    EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 10, 5, 15, 0)), Gmt(2024, 10, 5, 15, 29, 59));
-    EXPECT_EQ(GetFirstLocalHourTime(Gmt(2024, 10, 5, 15, 50)), Gmt(2024, 10, 5, 15, 30));
-    EXPECT_EQ(GetLastLocalHourTime(Gmt(2024, 10, 5, 15, 30)), Gmt(2024, 10, 5, 15, 59, 59));
-    EXPECT_EQ(SplitWinterTime(Gmt(2024, 12, 31, 13)), (TimeFields{2024, 12, 31, 23, 30, 0, 3}));
+    EXPECT_EQ(MakeLocalTime({2024, 10, 6, 2, 15, 0}), support::Gmt(2024, 10, 5, 15, 45));  // 02:45
+    EXPECT_EQ(GetLastLocalHourTime(support::Gmt(2024, 10, 5, 15, 0)),
+              support::Gmt(2024, 10, 5, 15, 29, 59));
+    EXPECT_EQ(GetFirstLocalHourTime(support::Gmt(2024, 10, 5, 15, 50)),
+              support::Gmt(2024, 10, 5, 15, 30));
+    EXPECT_EQ(GetLastLocalHourTime(support::Gmt(2024, 10, 5, 15, 30)),
+              support::Gmt(2024, 10, 5, 15, 59, 59));
+    EXPECT_EQ(SplitWinterTime(support::Gmt(2024, 12, 31, 13)),
+              (TimeFields{2024, 12, 31, 23, 30, 0, 3}));
 }
 
 TEST(LocalTimeZoneTest, ThatSavesDaylightInWinterOnPaperStillHasItsWinterClock) {
     const support::ZoneScope zone("Europe/Dublin");  // GMT in winter, +01 in summer
-    EXPECT_EQ(GetWinterHour(Gmt(2024, 1, 10, 12)), 12);
-    EXPECT_EQ(GetWinterHour(Gmt(2024, 7, 10, 12)), 12);
-    EXPECT_EQ(MakeWinterTime({2024, 1, 10, 12}), Gmt(2024, 1, 10, 12));
-    EXPECT_EQ(MakeWinterTime({2024, 7, 10, 12}), Gmt(2024, 7, 10, 12));
+    EXPECT_EQ(GetWinterHour(support::Gmt(2024, 1, 10, 12)), 12);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2024, 7, 10, 12)), 12);
+    EXPECT_EQ(MakeWinterTime({2024, 1, 10, 12}), support::Gmt(2024, 1, 10, 12));
+    EXPECT_EQ(MakeWinterTime({2024, 7, 10, 12}), support::Gmt(2024, 7, 10, 12));
 }
 
 TEST(LocalTimeZoneTest, ThatChangedItsOffsetHasTheWinterClockOfTheSeason) {
     const support::ZoneScope zone(
         "Europe/Istanbul");  // +02 and in summer +03, from September 2016 +03
-    EXPECT_EQ(GetWinterHour(Gmt(2016, 8, 20, 12)), 14);
-    EXPECT_EQ(GetWinterHour(Gmt(2016, 9, 20, 12)), 15);
-    EXPECT_EQ(GetWinterHour(Gmt(2024, 7, 1, 12)), 15);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2016, 8, 20, 12)), 14);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2016, 9, 20, 12)), 15);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2024, 7, 1, 12)), 15);
 }
 
 TEST(LocalTimeZoneTest, ThatLeftOutADayStepsOverIt) {
     const support::ZoneScope zone("Pacific/Apia");  // 2011-12-30 does not exist: -10 became +14
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2011, 12, 29, 22)), Gmt(2011, 12, 30, 22));  // 29th, 31st
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2011, 12, 30, 22)), Gmt(2011, 12, 29, 22));
-    EXPECT_EQ(GetLastLocalDayTime(Gmt(2011, 12, 29, 22)), Gmt(2011, 12, 30, 9, 59, 59));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2011, 12, 29, 22)),
+              support::Gmt(2011, 12, 30, 22));  // 29th, 31st
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2011, 12, 30, 22)), support::Gmt(2011, 12, 29, 22));
+    EXPECT_EQ(GetLastLocalDayTime(support::Gmt(2011, 12, 29, 22)),
+              support::Gmt(2011, 12, 30, 9, 59, 59));
 }
 
 TEST(LocalTimeZoneTest, ThatLeavesOutTheEndOfADayStaysOnTheNeighbouringDay) {
     const support::ZoneScope zone("America/Nuuk");
     // On Saturday 2025-03-29 clocks go from 23:00 (-02) to 00:00 (-01) of Sunday, at 01:00 GMT.
-    EXPECT_EQ(GetNextLocalDayTime(Gmt(2025, 3, 29, 1, 30)), Gmt(2025, 3, 30, 0, 59, 59));
-    EXPECT_EQ(GetPrevLocalDayTime(Gmt(2025, 3, 31, 0, 30)), Gmt(2025, 3, 30, 0, 59, 59));
-    EXPECT_EQ(GetFirstLocalDayTime(Gmt(2025, 3, 30, 12)), Gmt(2025, 3, 30, 1));
+    EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2025, 3, 29, 1, 30)),
+              support::Gmt(2025, 3, 30, 0, 59, 59));
+    EXPECT_EQ(GetPrevLocalDayTime(support::Gmt(2025, 3, 31, 0, 30)),
+              support::Gmt(2025, 3, 30, 0, 59, 59));
+    EXPECT_EQ(GetFirstLocalDayTime(support::Gmt(2025, 3, 30, 12)), support::Gmt(2025, 3, 30, 1));
 }
 
 TEST(LocalTimeZoneTest, ThatChangesPastMidnightKeepsATimeWithinItsDay) {
     const support::ZoneScope zone("America/St_Johns");
     // On 2009-11-01 clocks went from 00:01 (-02:30) back to 23:01 (-03:30) of October 31.
-    EXPECT_EQ(GetLastLocalDayTime(Gmt(2009, 11, 1, 2)), Gmt(2009, 11, 1, 2, 29, 59));
-    EXPECT_EQ(GetLastLocalDayTime(Gmt(2009, 11, 1, 3)), Gmt(2009, 11, 1, 3, 29, 59));
-    EXPECT_EQ(GetLastLocalMonthTime(Gmt(2009, 11, 1, 3)), Gmt(2009, 11, 1, 3, 29, 59));
-    EXPECT_EQ(GetFirstLocalHourTime(Gmt(2009, 11, 1, 3)), Gmt(2009, 11, 1, 2, 31));
-    EXPECT_EQ(GetLastLocalHourTime(Gmt(2009, 11, 1, 2, 30)), Gmt(2009, 11, 1, 2, 30, 59));
+    EXPECT_EQ(GetLastLocalDayTime(support::Gmt(2009, 11, 1, 2)),
+              support::Gmt(2009, 11, 1, 2, 29, 59));
+    EXPECT_EQ(GetLastLocalDayTime(support::Gmt(2009, 11, 1, 3)),
+              support::Gmt(2009, 11, 1, 3, 29, 59));
+    EXPECT_EQ(GetLastLocalMonthTime(support::Gmt(2009, 11, 1, 3)),
+              support::Gmt(2009, 11, 1, 3, 29, 59));
+    EXPECT_EQ(GetFirstLocalHourTime(support::Gmt(2009, 11, 1, 3)),
+              support::Gmt(2009, 11, 1, 2, 31));
+    EXPECT_EQ(GetLastLocalHourTime(support::Gmt(2009, 11, 1, 2, 30)),
+              support::Gmt(2009, 11, 1, 2, 30, 59));
 }
 
 // Walks through the days around changes of many zones and asks each time for the bounds of its day.

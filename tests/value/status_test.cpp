@@ -8,12 +8,12 @@
 namespace kalvex::value {
 namespace {
 
-struct CWordRow {
+struct WordRow {
     std::string_view word;
     int bit;
 };
 
-constexpr CWordRow kWords[] = {
+constexpr WordRow kWords[] = {
     {"UNKNOWN", 1},          {"TRANSMISSION_ERROR", 2}, {"ALARM", 4},
     {"CONFIRMED_ALARM", 8},  {"SET_BY_DEVICE", 16},     {"SET_BY_USER", 32},
     {"CALCULATE_ERROR", 64}, {"REPORT_LOADED", 128},    {"REPORT_INITED", 256},
@@ -22,13 +22,13 @@ constexpr CWordRow kWords[] = {
 };
 
 TEST(StatusTest, EveryWordNamesItsBit) {
-    for (const CWordRow& row : kWords) EXPECT_EQ(StatusBit(row.word), row.bit) << row.word;
+    for (const WordRow& row : kWords) EXPECT_EQ(StatusBit(row.word), row.bit) << row.word;
 }
 
 TEST(StatusTest, ListHoldsTheseWordsAndNoOthers) {
     std::vector<std::string_view> expected;
     std::vector<std::string_view> listed;
-    for (const CWordRow& row : kWords) expected.push_back(row.word);
+    for (const WordRow& row : kWords) expected.push_back(row.word);
     for (const StatusWord& row : StatusWords()) listed.push_back(row.word);
     EXPECT_EQ(listed, expected);
 }
@@ -39,12 +39,12 @@ TEST(StatusTest, OtherWordNamesNoBit) {
     }
 }
 
-struct CKindRow {
+struct KindRow {
     std::string_view suffix;
     int kind;
 };
 
-constexpr CKindRow kKinds[] = {
+constexpr KindRow kKinds[] = {
     {"CURDATA", 1}, {"HREP", 2}, {"DREP", 3}, {"MREP", 4}, {"SREP", 5}, {"ARCH", 6},
 };
 
@@ -62,18 +62,18 @@ TEST(StatusValueKindTest, EverySuffixHasItsKindAndLabel) {
 }
 
 TEST(StatusValueKindTest, WordIsComparedWithCase) {
-    for (const CKindRow& row : kKinds) EXPECT_EQ(KindFromWord(row.suffix), row.kind);
+    for (const KindRow& row : kKinds) EXPECT_EQ(KindFromWord(row.suffix), row.kind);
     for (const std::string_view word : {"", "hrep", "Hrep", "HREPX", ".HREP", "XYZ"}) {
         EXPECT_EQ(KindFromWord(word), 0) << word;
     }
 }
 
 TEST(StatusValueKindTest, SuffixOfANameSelectsTheKindInEitherCase) {
-    constexpr CKindRow kNames[] = {
+    constexpr KindRow kNames[] = {
         {"A.CURDATA", 1}, {"A.HREP", 2}, {"A.DREP", 3}, {"A.MREP", 4},
         {"A.SREP", 5},    {"A.ARCH", 6}, {"A.hrep", 2}, {"A.Curdata", 1},
     };
-    for (const CKindRow& row : kNames) EXPECT_EQ(GetValueKind(row.suffix), row.kind) << row.suffix;
+    for (const KindRow& row : kNames) EXPECT_EQ(GetValueKind(row.suffix), row.kind) << row.suffix;
 }
 
 TEST(StatusValueKindTest, NameWithoutASuffixIsCurrent) {

@@ -27,7 +27,7 @@ CVal Typed(int type, std::int64_t number) {
 
 using Operation = CVal& (CVal::*)(const CVal&);
 
-struct CArithmeticRow {
+struct ArithmeticRow {
     CVal left;
     Operation operation;
     CVal right;
@@ -39,14 +39,14 @@ constexpr Operation kSubtract = &CVal::operator-=;
 constexpr Operation kMultiply = &CVal::operator*=;
 constexpr Operation kDivide = &CVal::operator/=;
 
-void ExpectResults(const std::vector<CArithmeticRow>& rows) {
-    for (const CArithmeticRow& row : rows) {
+void ExpectResults(const std::vector<ArithmeticRow>& rows) {
+    for (const ArithmeticRow& row : rows) {
         CVal value(row.left);
         const CVal right(row.right);
         EXPECT_EQ(&(value.*row.operation)(right), &value);
-        EXPECT_EQ(Dump(value), row.result)
+        EXPECT_EQ(support::Dump(value), row.result)
             << support::Dump(row.left) << " with " << support::Dump(row.right);
-        EXPECT_EQ(Dump(right), Dump(row.right));
+        EXPECT_EQ(support::Dump(right), support::Dump(row.right));
     }
 }
 
@@ -165,13 +165,13 @@ TEST(ValueArithmeticTest, NoContentCountsAsTheInt0) {
 TEST(ValueArithmeticTest, WithItself) {
     CVal number(21);
     number += number;
-    EXPECT_EQ(Dump(number), "150:42");
+    EXPECT_EQ(support::Dump(number), "150:42");
     CVal text("a text that is too long to be kept inside its string ");
     text += text;
     EXPECT_EQ(text.Text().size(), 106u);
     CVal digits("12");
     digits *= digits;
-    EXPECT_EQ(Dump(digits), "160:144");
+    EXPECT_EQ(support::Dump(digits), "160:144");
 }
 
 TEST(ValueArithmeticTest, JoinsStatusWordsAndTakesTheLaterTime) {
@@ -194,24 +194,24 @@ TEST(ValueArithmeticTest, ProductIsANewValue) {
     const CVal left = support::Stamped(CVal(6), 100, 1);
     const CVal right = support::Stamped(CVal(7), 50, 2);
     const CVal product = left * right;
-    EXPECT_EQ(Dump(product), "150:42");
+    EXPECT_EQ(support::Dump(product), "150:42");
     EXPECT_EQ(product.GetStatus(), 3);
     EXPECT_EQ(product.GetTime(), 100);
-    EXPECT_EQ(Dump(left), "150:6");
+    EXPECT_EQ(support::Dump(left), "150:6");
     EXPECT_EQ(left.GetStatus(), 1);
 }
 
 TEST(ValueArithmeticTest, ComplementKeepsAnIntegerTypeThatHoldsIt) {
-    EXPECT_EQ(Dump(~CVal(5)), "150:-6");
-    EXPECT_EQ(Dump(~CVal(short{-1})), "140:0");
-    EXPECT_EQ(Dump(~CVal(kGreatest)), "160:-9223372036854775808");
-    EXPECT_EQ(Dump(~CVal(5u)), "160:-6");
-    EXPECT_EQ(Dump(~CVal(true)), "160:-2");
-    EXPECT_EQ(Dump(~CVal(5.9)), "150:-6");
-    EXPECT_EQ(Dump(~CVal(1e10)), "160:-10000000001");
-    EXPECT_EQ(Dump(~CVal("5")), "160:-6");
-    EXPECT_EQ(Dump(~CVal("abc")), "160:-1");
-    EXPECT_EQ(Dump(~CVal()), "150:-1");
+    EXPECT_EQ(support::Dump(~CVal(5)), "150:-6");
+    EXPECT_EQ(support::Dump(~CVal(short{-1})), "140:0");
+    EXPECT_EQ(support::Dump(~CVal(kGreatest)), "160:-9223372036854775808");
+    EXPECT_EQ(support::Dump(~CVal(5u)), "160:-6");
+    EXPECT_EQ(support::Dump(~CVal(true)), "160:-2");
+    EXPECT_EQ(support::Dump(~CVal(5.9)), "150:-6");
+    EXPECT_EQ(support::Dump(~CVal(1e10)), "160:-10000000001");
+    EXPECT_EQ(support::Dump(~CVal("5")), "160:-6");
+    EXPECT_EQ(support::Dump(~CVal("abc")), "160:-1");
+    EXPECT_EQ(support::Dump(~CVal()), "150:-1");
 }
 
 TEST(ValueArithmeticTest, ComplementKeepsStatusAndTime) {
@@ -221,11 +221,11 @@ TEST(ValueArithmeticTest, ComplementKeepsStatusAndTime) {
 }
 
 TEST(ValueArithmeticTest, PowerIsADouble) {
-    EXPECT_EQ(Dump(pow(CVal(2), CVal(10))), "171:1024.00");
-    EXPECT_EQ(Dump(pow(CVal(4), CVal(0.5))), "171:2.00");
-    EXPECT_EQ(Dump(pow(CVal("2"), CVal(-1))), "171:0.50");
-    EXPECT_EQ(Dump(pow(CVal(-1), CVal(0.5))), "171:nan");
-    EXPECT_EQ(Dump(pow(CVal(), CVal())), "171:1.00");
+    EXPECT_EQ(support::Dump(pow(CVal(2), CVal(10))), "171:1024.00");
+    EXPECT_EQ(support::Dump(pow(CVal(4), CVal(0.5))), "171:2.00");
+    EXPECT_EQ(support::Dump(pow(CVal("2"), CVal(-1))), "171:0.50");
+    EXPECT_EQ(support::Dump(pow(CVal(-1), CVal(0.5))), "171:nan");
+    EXPECT_EQ(support::Dump(pow(CVal(), CVal())), "171:1.00");
     const CVal power = pow(support::Stamped(CVal(2), -9, 1), support::Stamped(CVal(3), -5, 4));
     EXPECT_EQ(power.GetStatus(), 5);
     EXPECT_EQ(power.GetTime(), -5);
@@ -246,14 +246,14 @@ constexpr std::string_view kLess = "011100";
 constexpr std::string_view kGreater = "010011";
 constexpr std::string_view kUnordered = "010000";
 
-struct CComparisonRow {
+struct ComparisonRow {
     CVal left;
     CVal right;
     std::string_view result;
 };
 
-void ExpectComparisons(const std::vector<CComparisonRow>& rows) {
-    for (const CComparisonRow& row : rows) {
+void ExpectComparisons(const std::vector<ComparisonRow>& rows) {
+    for (const ComparisonRow& row : rows) {
         const std::string_view mirrored = row.result == kLess      ? kGreater
                                           : row.result == kGreater ? kLess
                                                                    : row.result;
@@ -353,7 +353,8 @@ TEST(ValueArithmeticComparisonTest, NoContentCountsAs0AndBesideATextAsEmpty) {
 }
 
 TEST(ValueArithmeticComparisonTest, StatusAndTimePlayNoPart) {
-    EXPECT_EQ(Comparisons(Stamped(CVal(5), 100, 1), Stamped(CVal(5), 200, 2)), kEqual);
+    EXPECT_EQ(Comparisons(support::Stamped(CVal(5), 100, 1), support::Stamped(CVal(5), 200, 2)),
+              kEqual);
 }
 
 }  // namespace

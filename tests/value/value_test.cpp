@@ -25,27 +25,27 @@ const double kNaN = std::nan("");
 
 TEST(ValueConstructionTest, DefaultHasNoContent) {
     const CVal value;
-    EXPECT_EQ(Dump(value), "255:");
+    EXPECT_EQ(support::Dump(value), "255:");
     EXPECT_EQ(value.GetStatus(), 0);
     EXPECT_EQ(value.GetTime(), 0);
 }
 
 TEST(ValueConstructionTest, TypeFollowsTheArgument) {
-    EXPECT_EQ(Dump(CVal(true)), "120:1");
-    EXPECT_EQ(Dump(CVal(false)), "120:0");
-    EXPECT_EQ(Dump(CVal(short{-7})), "140:-7");
-    EXPECT_EQ(Dump(CVal(static_cast<unsigned short>(65535))), "141:65535");
-    EXPECT_EQ(Dump(CVal(-7)), "150:-7");
-    EXPECT_EQ(Dump(CVal(4294967295u)), "151:4294967295");
-    EXPECT_EQ(Dump(CVal(-7L)), "160:-7");
-    EXPECT_EQ(Dump(CVal(-7LL)), "160:-7");
-    EXPECT_EQ(Dump(CVal(-7.5)), "171:-7.50");
-    EXPECT_EQ(Dump(CVal("abc")), "190:abc");
-    EXPECT_EQ(Dump(CVal(std::string("abc"))), "190:abc");
-    EXPECT_EQ(Dump(CVal(std::string_view("abc"))), "190:abc");
-    EXPECT_EQ(Dump(CVal(L"abc")), "190:abc");
-    EXPECT_EQ(Dump(CVal(std::wstring(L"abc"))), "190:abc");
-    EXPECT_EQ(Dump(CVal(std::wstring_view(L"abc"))), "190:abc");
+    EXPECT_EQ(support::Dump(CVal(true)), "120:1");
+    EXPECT_EQ(support::Dump(CVal(false)), "120:0");
+    EXPECT_EQ(support::Dump(CVal(short{-7})), "140:-7");
+    EXPECT_EQ(support::Dump(CVal(static_cast<unsigned short>(65535))), "141:65535");
+    EXPECT_EQ(support::Dump(CVal(-7)), "150:-7");
+    EXPECT_EQ(support::Dump(CVal(4294967295u)), "151:4294967295");
+    EXPECT_EQ(support::Dump(CVal(-7L)), "160:-7");
+    EXPECT_EQ(support::Dump(CVal(-7LL)), "160:-7");
+    EXPECT_EQ(support::Dump(CVal(-7.5)), "171:-7.50");
+    EXPECT_EQ(support::Dump(CVal("abc")), "190:abc");
+    EXPECT_EQ(support::Dump(CVal(std::string("abc"))), "190:abc");
+    EXPECT_EQ(support::Dump(CVal(std::string_view("abc"))), "190:abc");
+    EXPECT_EQ(support::Dump(CVal(L"abc")), "190:abc");
+    EXPECT_EQ(support::Dump(CVal(std::wstring(L"abc"))), "190:abc");
+    EXPECT_EQ(support::Dump(CVal(std::wstring_view(L"abc"))), "190:abc");
 }
 
 TEST(ValueConstructionTest, HasStatusAndTime0) {
@@ -73,24 +73,24 @@ TEST(ValueCopyTest, CarriesTypeStatusTimeAndContent) {
                                 CVal("a text that is too long to be kept inside its string")}) {
         const CVal source = support::Stamped(content, 1600000000, 1);
         const CVal copy(source);
-        EXPECT_EQ(Dump(copy), Dump(source));
+        EXPECT_EQ(support::Dump(copy), support::Dump(source));
         EXPECT_EQ(copy.GetStatus(), 1);
         EXPECT_EQ(copy.GetTime(), 1600000000);
         for (const CVal& old : {CVal(), CVal(-1), CVal(0.5), CVal("old"),
                                 CVal("an old text that is too long to be kept in its string")}) {
             CVal assigned(old);
             assigned = source;
-            EXPECT_EQ(Dump(assigned), Dump(source));
+            EXPECT_EQ(support::Dump(assigned), support::Dump(source));
             EXPECT_EQ(assigned.GetStatus(), 1);
             EXPECT_EQ(assigned.GetTime(), 1600000000);
             CVal moved(old);
             moved = CVal(source);
-            EXPECT_EQ(Dump(moved), Dump(source));
+            EXPECT_EQ(support::Dump(moved), support::Dump(source));
             EXPECT_EQ(moved.GetStatus(), 1);
             EXPECT_EQ(moved.GetTime(), 1600000000);
         }
         const CVal constructed{CVal(source)};
-        EXPECT_EQ(Dump(constructed), Dump(source));
+        EXPECT_EQ(support::Dump(constructed), support::Dump(source));
     }
 }
 
@@ -107,7 +107,7 @@ TEST(ValueCopyTest, ToItselfChangesNothing) {
         support::Stamped(CVal("a text that is too long to be kept inside its string"), 9, 4);
     const CVal& same = text;
     text = same;
-    EXPECT_EQ(Dump(text), "190:a text that is too long to be kept inside its string");
+    EXPECT_EQ(support::Dump(text), "190:a text that is too long to be kept inside its string");
     EXPECT_EQ(text.GetStatus(), 4);
     EXPECT_EQ(text.GetTime(), 9);
 }
@@ -117,7 +117,7 @@ TEST(ValueCopyTest, MovedTextLeavesAUsableText) {
     const CVal target(std::move(source));
     EXPECT_EQ(source.GetType(), 190);
     source = CVal(3);
-    EXPECT_EQ(Dump(source), "150:3");
+    EXPECT_EQ(support::Dump(source), "150:3");
 }
 
 TEST(ValueCopyTest, OfANumberDoesNotAllocate) {
@@ -134,10 +134,10 @@ TEST(ValueCopyTest, OfANumberDoesNotAllocate) {
         target = target * number;
         sum += target.GetType();
     }
-    EXPECT_EQ(AllocationCount(), before);
+    EXPECT_EQ(support::AllocationCount(), before);
     EXPECT_GT(sum, 0);
     const CVal text("a text that is too long to be kept inside its string");
-    EXPECT_GT(AllocationCount(), before);
+    EXPECT_GT(support::AllocationCount(), before);
 }
 
 TEST(ValueStatusTest, AddStatusKeepsTheOtherBits) {
@@ -179,7 +179,7 @@ TEST(ValueTimeTest, KeepsTheWholeCount) {
 }
 
 TEST(ValueGetDataTest, StoresTheWidthOfTheType) {
-    struct CTarget {
+    struct Target {
         std::uint64_t low = 0xAAAAAAAAAAAAAAAA;
         std::uint64_t high = 0xAAAAAAAAAAAAAAAA;
     };
@@ -193,7 +193,7 @@ TEST(ValueGetDataTest, StoresTheWidthOfTheType) {
                                                    {130, 8},
                                                    {171, 8}};
     for (const auto& [type, width] : kWidths) {
-        CTarget target;
+        Target target;
         EXPECT_TRUE(CVal(1).GetValData(type, &target));
         const auto* bytes = reinterpret_cast<const unsigned char*>(&target);
         EXPECT_NE(bytes[width - 1], 0xAA) << type;
@@ -284,14 +284,14 @@ TEST(ValueGetDataTest, TypeWithoutSuchADestinationLeavesItAlone) {
     }
 }
 
-struct CCastRow {
+struct CastRow {
     CVal value;
     int type;
     std::string_view result;
 };
 
 TEST(ValueCastTest, ConvertsTheContent) {
-    const CCastRow kRows[] = {
+    const CastRow kRows[] = {
         {CVal(5), 150, "150:5"},
         {CVal(5), 160, "160:5"},
         {CVal(5), 171, "171:5.00"},
@@ -313,10 +313,10 @@ TEST(ValueCastTest, ConvertsTheContent) {
         {CVal(), 171, "171:0.00"},
         {CVal(), 190, "190:"},
     };
-    for (const CCastRow& row : kRows) {
+    for (const CastRow& row : kRows) {
         CVal value = support::Stamped(row.value, 99, 0x1204);
         EXPECT_TRUE(value.Cast(row.type)) << row.result;
-        EXPECT_EQ(Dump(value), row.result);
+        EXPECT_EQ(support::Dump(value), row.result);
         EXPECT_EQ(value.GetStatus(), 0x1204);
         EXPECT_EQ(value.GetTime(), 99);
     }
@@ -327,7 +327,7 @@ TEST(ValueCastTest, ToNoTypeLeavesTheValueAndSucceeds) {
         for (const CVal& source : {CVal(5), CVal(2.5), CVal("abc"), CVal()}) {
             CVal value(source);
             EXPECT_TRUE(value.Cast(type));
-            EXPECT_EQ(Dump(value), Dump(source));
+            EXPECT_EQ(support::Dump(value), support::Dump(source));
         }
     }
 }
@@ -336,7 +336,7 @@ TEST(ValueCastTest, TextThatIsNoNumberFailsAndStays) {
     for (const int type : {120, 140, 150, 160, 171}) {
         CVal value("abc");
         EXPECT_FALSE(value.Cast(type));
-        EXPECT_EQ(Dump(value), "190:abc");
+        EXPECT_EQ(support::Dump(value), "190:abc");
     }
 }
 
@@ -344,22 +344,22 @@ TEST(ValueCastTest, UnknownTypeFailsAndLeavesTheValue) {
     for (const int type : {-1, 0, 119, 162, 172, 191, 65536 + 150}) {
         CVal value(5);
         EXPECT_FALSE(value.Cast(type)) << type;
-        EXPECT_EQ(Dump(value), "150:5");
+        EXPECT_EQ(support::Dump(value), "150:5");
     }
 }
 
 TEST(ValueSetTypeTest, AlwaysTakesTheCode) {
-    const CCastRow kRows[] = {
+    const CastRow kRows[] = {
         {CVal(5), 255, "255:"},         {CVal("abc"), 255, "255:"},
         {CVal(5), 171, "171:5.00"},     {CVal("abc"), 150, "150:0"},
         {CVal("abc"), 171, "171:0.00"}, {CVal(), 150, "150:0"},
         {CVal(5), 190, "190:5"},        {CVal(5), 7, "7:"},
         {CVal("abc"), 190, "190:abc"},
     };
-    for (const CCastRow& row : kRows) {
+    for (const CastRow& row : kRows) {
         CVal value = support::Stamped(row.value, 99, 1);
         value.SetType(static_cast<std::uint16_t>(row.type));
-        EXPECT_EQ(Dump(value), row.result);
+        EXPECT_EQ(support::Dump(value), row.result);
         EXPECT_EQ(value.GetStatus(), 1);
         EXPECT_EQ(value.GetTime(), 99);
     }
@@ -369,7 +369,7 @@ TEST(ValueSetTypeTest, ContentIsGoneAfterNone) {
     CVal value(5);
     value.SetType(255);
     value.SetType(150);
-    EXPECT_EQ(Dump(value), "150:0");
+    EXPECT_EQ(support::Dump(value), "150:0");
 }
 
 }  // namespace

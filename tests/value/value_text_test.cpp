@@ -20,13 +20,13 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr std::int64_t kGreatest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 
-struct CNumberRow {
+struct NumberRow {
     std::string_view text;
     double value;
 };
 
 TEST(ValueTextConvertTest, WholeTextThatIsANumber) {
-    constexpr CNumberRow kRows[] = {
+    constexpr NumberRow kRows[] = {
         {"0", 0},
         {"7", 7},
         {" 7 ", 7},
@@ -51,7 +51,7 @@ TEST(ValueTextConvertTest, WholeTextThatIsANumber) {
         {"123456789012345678901234567890", 123456789012345678901234567890.0},
         {"4.9406564584124654e-324", 4.9406564584124654e-324},
     };
-    for (const CNumberRow& row : kRows) {
+    for (const NumberRow& row : kRows) {
         double value = -1;
         EXPECT_TRUE(ConvertString2Double(row.text, &value)) << row.text;
         EXPECT_EQ(value, row.value) << row.text;
@@ -77,7 +77,7 @@ TEST(ValueTextConvertTest, OtherTextIsRefusedAndLeavesTheTarget) {
 }
 
 TEST(ValueTextConvertTest, BeyondTheRangeLieInfinityAndZero) {
-    const CNumberRow kRows[] = {
+    const NumberRow kRows[] = {
         {"1e309", kInfinity},
         {"-1e309", -kInfinity},
         {"1e-400", 0},
@@ -90,7 +90,7 @@ TEST(ValueTextConvertTest, BeyondTheRangeLieInfinityAndZero) {
         {"0e99999999999999999999", 0},
         {"-0e999", 0},
     };
-    for (const CNumberRow& row : kRows) {
+    for (const NumberRow& row : kRows) {
         double value = -1;
         EXPECT_TRUE(ConvertString2Double(row.text, &value)) << row.text;
         EXPECT_EQ(value, row.value) << row.text;
@@ -112,21 +112,21 @@ TEST(ValueTextConvertTest, SignOfZeroIsKept) {
     EXPECT_TRUE(std::signbit(value));
 }
 
-struct CPrefixRow {
+struct PrefixRow {
     std::string_view text;
     int type;
     double value;
 };
 
 TEST(ValueTextPrefixTest, TakesTheLongestNumberAtTheBeginning) {
-    constexpr CPrefixRow kRows[] = {
+    constexpr PrefixRow kRows[] = {
         {"12abc", 160, 12},  {"  12 34", 160, 12}, {"-7x", 160, -7},    {"+7", 160, 7},
         {"1.5kg", 171, 1.5}, {"5.", 171, 5},       {".5.5", 171, 0.5},  {"1e", 160, 1},
         {"1e+", 160, 1},     {"1e5x", 171, 1e5},   {"1.2.3", 171, 1.2}, {"0x10", 160, 0},
         {"1,5", 160, 1},     {"2e-1e", 171, 0.2},  {"1.e3", 171, 1000}, {"-.5e1", 171, -5},
         {"-0", 160, 0},      {"\v\f3", 160, 3},    {"12\xB3", 160, 12},
     };
-    for (const CPrefixRow& row : kRows) {
+    for (const PrefixRow& row : kRows) {
         CVal out("before");
         EXPECT_TRUE(ReadNumberPrefix(row.text, out)) << row.text;
         EXPECT_EQ(out.GetType(), row.type) << row.text;
@@ -181,13 +181,13 @@ TEST(ValueTextWholeNumberTest, RefusesWhatTheNumberLeavesOver) {
     }
 }
 
-struct CFormatRow {
+struct FormatRow {
     double value;
     std::string_view text;
 };
 
 TEST(ValueTextFormatTest, FixedWithTheShortestDigitsButAtLeastTwoDecimals) {
-    constexpr CFormatRow kRows[] = {
+    constexpr FormatRow kRows[] = {
         {0, "0.00"},
         {-0.0, "0.00"},
         {12, "12.00"},
@@ -205,11 +205,11 @@ TEST(ValueTextFormatTest, FixedWithTheShortestDigitsButAtLeastTwoDecimals) {
         {0.00001, "0.00001"},
         {-0.00001234, "-0.00001234"},
     };
-    for (const CFormatRow& row : kRows) EXPECT_EQ(FormatDouble(row.value), row.text);
+    for (const FormatRow& row : kRows) EXPECT_EQ(FormatDouble(row.value), row.text);
 }
 
 TEST(ValueTextFormatTest, ScientificFrom1e15UpAndBelow1eMinus5) {
-    constexpr CFormatRow kRows[] = {
+    constexpr FormatRow kRows[] = {
         {1e15, "1e+15"},
         {-1e15, "-1e+15"},
         {1234567890123456, "1.234567890123456e+15"},
@@ -219,7 +219,7 @@ TEST(ValueTextFormatTest, ScientificFrom1e15UpAndBelow1eMinus5) {
         {-0.000001, "-1e-06"},
         {5e-324, "5e-324"},
     };
-    for (const CFormatRow& row : kRows) EXPECT_EQ(FormatDouble(row.value), row.text);
+    for (const FormatRow& row : kRows) EXPECT_EQ(FormatDouble(row.value), row.text);
 }
 
 TEST(ValueTextFormatTest, NotFiniteHasItsWord) {
@@ -314,14 +314,14 @@ CVal Edited(std::string_view text) {
     return value;
 }
 
-struct COperatorRow {
+struct OperatorRow {
     std::string_view text;
     int status;
     double number;
 };
 
 TEST(ValueTextOperatorTest, NumbersAndMarks) {
-    constexpr COperatorRow kRows[] = {
+    constexpr OperatorRow kRows[] = {
         {"*", 1, 0},          {"$", 545, 0},    {"#", 2080, 0},   {"#12.5", 2080, 12.5},
         {"#*", 2080, 0},      {"#$", 2080, 0},  {"##5", 2080, 0}, {"**", 0, 0},
         {"$5", 0, 0},         {"*5", 0, 0},     {"7", 0, 7},      {" 7 ", 0, 7},
@@ -329,7 +329,7 @@ TEST(ValueTextOperatorTest, NumbersAndMarks) {
         {"\"abc", 0, 0},      {" #5", 0, 0},    {"inf", 0, 0},    {"0x10", 0, 0},
         {"1,5", 0, 1},        {"#\"", 2080, 0},
     };
-    for (const COperatorRow& row : kRows) {
+    for (const OperatorRow& row : kRows) {
         const CVal value = Edited(row.text);
         EXPECT_EQ(value.GetType(), 171) << row.text;
         EXPECT_EQ(value.Real(), row.number) << row.text;
@@ -338,18 +338,18 @@ TEST(ValueTextOperatorTest, NumbersAndMarks) {
     }
 }
 
-struct COperatorTextRow {
+struct OperatorTextRow {
     std::string_view text;
     int status;
     std::string_view content;
 };
 
 TEST(ValueTextOperatorTest, WhatLiesBetweenQuotesIsAText) {
-    constexpr COperatorTextRow kRows[] = {
+    constexpr OperatorTextRow kRows[] = {
         {"\"abc\"", 0, "abc"},     {"\"\"", 0, ""},   {"\"5\"", 0, "5"}, {"\"a\"b\"", 0, "a\"b"},
         {"#\"abc\"", 2080, "abc"}, {"\"*\"", 0, "*"}, {"\"#\"", 0, "#"}, {"\" x \"", 0, " x "},
     };
-    for (const COperatorTextRow& row : kRows) {
+    for (const OperatorTextRow& row : kRows) {
         const CVal value = Edited(row.text);
         ASSERT_EQ(value.GetType(), 190) << row.text;
         EXPECT_EQ(value.Text(), row.content);

@@ -6,8 +6,9 @@ namespace kalvex::vantrel {
 namespace {
 
 TEST(CodesTest, HaveWords) {
-    EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress, Translator()), "nieznany adres serwera");
-    EXPECT_EQ(ConnectionReasonText(17, Translator()), "kod 17");
+    EXPECT_EQ(ConnectionReasonText(ReasonUnknownAddress, platform::Translator()),
+              "nieznany adres serwera");
+    EXPECT_EQ(ConnectionReasonText(17, platform::Translator()), "kod 17");
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ TEST_F(NetworkConversationTest, MessagesGoBothWaysInOrder) {
     transport->Send(LastMessagesRequest{5});
     world.RunUntil(acceptor, "last 5");
     EXPECT_THAT(acceptor.heard, ElementsAre("login jan/tajne Kalvex 23",
-                                            "subscribe +1Z1 +2" + FromUtf8("Ciśnienie"),
+                                            "subscribe +1Z1 +2" + text::FromUtf8("Ciśnienie"),
                                             "read 1:2Z1[0..3600]", "last 5"));
     acceptor.Send(ValueUpdates{{{1, support::Stamped(value::CVal(2.5), 100, 4)}}, true});
     acceptor.Send(ReadAnswer{1, 0, {value::CVal(7)}, true});
@@ -379,8 +379,8 @@ TEST_F(NetworkConversationListTest, WholeListComesInTheServersOrder) {
     transport = Connect(events);
     ASSERT_TRUE(transport->LoadVariableList(login, list));
     ASSERT_EQ(list.size(), 20000u);
-    EXPECT_EQ(Describe(ServerMessage(VariableDefinitions{list, true})),
-              Describe(ServerMessage(VariableDefinitions{acceptor.definitions, true})));
+    EXPECT_EQ(support::Describe(ServerMessage(VariableDefinitions{list, true})),
+              support::Describe(ServerMessage(VariableDefinitions{acceptor.definitions, true})));
     EXPECT_THAT(acceptor.heard, ElementsAre("list jan"));
     EXPECT_THAT(events.heard, IsEmpty());
 }

@@ -89,7 +89,7 @@ TEST(NetworkParcelClientTest, LoginGoesAcross) {
 TEST(NetworkParcelClientTest, SubscriptionGoesAcross) {
     SubscribeRequest request{{{1, "A"}, {4294967295u, kText}}, {7, 8}, 577, true};
     SubscribeRequest back = Carry(request);
-    EXPECT_EQ(Describe(ClientMessage(back)), Describe(ClientMessage(request)));
+    EXPECT_EQ(support::Describe(ClientMessage(back)), support::Describe(ClientMessage(request)));
     EXPECT_EQ(back.flags, 577u);
     EXPECT_TRUE(back.last);
     request.last = false;
@@ -100,14 +100,17 @@ TEST(NetworkParcelClientTest, SubscriptionGoesAcross) {
 TEST(NetworkParcelClientTest, RequestsGoAcross) {
     const ReadRequests reads{
         {{1, value::KindHour, "A", -5, 1LL << 40}, {2, value::KindArchive, kText, 0, 1}}};
-    EXPECT_EQ(Describe(ClientMessage(Carry(reads))), Describe(ClientMessage(reads)));
+    EXPECT_EQ(support::Describe(ClientMessage(Carry(reads))),
+              support::Describe(ClientMessage(reads)));
     const CancelRequests cancels{{1, 2, 4294967295u}};
-    EXPECT_EQ(Describe(ClientMessage(Carry(cancels))), Describe(ClientMessage(cancels)));
+    EXPECT_EQ(support::Describe(ClientMessage(Carry(cancels))),
+              support::Describe(ClientMessage(cancels)));
     for (const PeriodAction action :
          {PeriodAction::Init, PeriodAction::Load, PeriodAction::Calculate, PeriodAction::Update,
           PeriodAction::Refresh}) {
         const PeriodRequest order{action, value::KindMonth, kText, 1710054000};
-        EXPECT_EQ(Describe(ClientMessage(Carry(order))), Describe(ClientMessage(order)));
+        EXPECT_EQ(support::Describe(ClientMessage(Carry(order))),
+                  support::Describe(ClientMessage(order)));
     }
     EXPECT_EQ(Carry(LastMessagesRequest{50}).count, 50u);
 }
@@ -120,9 +123,10 @@ TEST(NetworkParcelClientTest, WritesGoAcrossWithEveryTypeOfValue) {
     ASSERT_EQ(back.requests.size(), writes.requests.size());
     for (std::size_t index = 0; index < back.requests.size(); ++index) {
         const ModifyRequest& request = back.requests[index];
-        EXPECT_EQ(DescribeWhole(request.value), DescribeWhole(writes.requests[index].value));
+        EXPECT_EQ(support::DescribeWhole(request.value),
+                  support::DescribeWhole(writes.requests[index].value));
         EXPECT_EQ(request.id, 3u);
-        EXPECT_EQ(request.kind, KindCurrent);
+        EXPECT_EQ(request.kind, value::KindCurrent);
         EXPECT_EQ(request.variable, "A");
         EXPECT_EQ(request.time, 9);
     }
@@ -153,16 +157,18 @@ TEST(NetworkParcelServerTest, MessagesGoAcross) {
         LogMessage{-3, 1LL << 40, kText},
     };
     for (const ServerMessage& message : messages) {
-        EXPECT_EQ(Describe((Carry<ServerMessage, ServerParcel>(message))), Describe(message));
+        EXPECT_EQ(support::Describe((Carry<ServerMessage, ServerParcel>(message))),
+                  support::Describe(message));
     }
 }
 
 TEST(NetworkParcelServerTest, UpdatesGoAcrossWithEveryTypeOfValue) {
     ValueUpdates updates;
     for (const value::CVal& value : AllTypes()) updates.entries.push_back({77, value});
-    EXPECT_EQ(Describe(ServerMessage(Carry(updates))), Describe(ServerMessage(updates)));
-    EXPECT_EQ(Describe(ServerMessage(Carry(ValueUpdates{{}, false}))), "updates more");
-    EXPECT_EQ(Describe(ServerMessage(Carry(ValueUpdates{}))), "updates");
+    EXPECT_EQ(support::Describe(ServerMessage(Carry(updates))),
+              support::Describe(ServerMessage(updates)));
+    EXPECT_EQ(support::Describe(ServerMessage(Carry(ValueUpdates{{}, false}))), "updates more");
+    EXPECT_EQ(support::Describe(ServerMessage(Carry(ValueUpdates{}))), "updates");
 }
 
 TEST(NetworkParcelServerTest, NotANumberAndMinusZeroStayWhatTheyAre) {
@@ -215,7 +221,7 @@ TEST(NetworkParcelTest, CharactersOutsideTheCodePageBecomeQuestionMarks) {
     in.mutable_log_message()->set_text("\u4e2d\u0142");
     ServerParcel parcel;
     ASSERT_EQ(Unpack(in.SerializeAsString(), parcel), WireFault::None);
-    EXPECT_EQ(Describe(std::get<ServerMessage>(parcel)), "log 0 0 ?\xb3");
+    EXPECT_EQ(support::Describe(std::get<ServerMessage>(parcel)), "log 0 0 ?\xb3");
 }
 
 // ---- lists are cut into pieces
@@ -278,7 +284,7 @@ TEST(NetworkParcelTest, EveryPieceOfAnAnswerBearsItsNumberAndOfASubscriptionItsF
         joined.added.insert(joined.added.end(), piece.added.begin(), piece.added.end());
         joined.removed.insert(joined.removed.end(), piece.removed.begin(), piece.removed.end());
     }
-    EXPECT_EQ(Describe(ClientMessage(joined)), Describe(ClientMessage(request)));
+    EXPECT_EQ(support::Describe(ClientMessage(joined)), support::Describe(ClientMessage(request)));
 }
 
 TEST(NetworkParcelTest, ListWithoutEntriesMakesNoParcel) {
@@ -309,29 +315,31 @@ TEST(NetworkParcelTest, RequestBeyondTheBoundsIsAnsweredAtOnce) {
     const value::CVal text(std::string(kMaxTextBytes / 2 + 1, '\xb9'));  // two bytes each in UTF-8
     EXPECT_THAT(RefusalsOf(SubscribeRequest{{{1, name}, {2, "B"}}, {}, 0, true}, 1),
                 ElementsAre("access errors 1:4"));
-    EXPECT_THAT(RefusalsOf(ReadRequests{{{1, KindHour, name, 0, 0}}}, 0),
+    EXPECT_THAT(RefusalsOf(ReadRequests{{{1, value::KindHour, name, 0, 0}}}, 0),
                 ElementsAre("answer 1 4"));
-    EXPECT_THAT(RefusalsOf(ModifyRequests{{{1, KindCurrent, name, 0, CVal(1)},
-                                           {2, KindCurrent, "B", 0, CVal(1)},
-                                           {3, KindCurrent, "B", 0, text}}},
+    EXPECT_THAT(RefusalsOf(ModifyRequests{{{1, value::KindCurrent, name, 0, value::CVal(1)},
+                                           {2, value::KindCurrent, "B", 0, value::CVal(1)},
+                                           {3, value::KindCurrent, "B", 0, text}}},
                            1),
                 ElementsAre("modify results 1:4 3:4"));
     EXPECT_THAT(RefusalsOf(ArchiveModifyRequest{5, name, 0, 0, {}}, 0),
                 ElementsAre("modify results 5:4"));
     EXPECT_THAT(RefusalsOf(ArchiveModifyRequest{5, "A", 0, 0, {text}}, 0),
                 ElementsAre("modify results 5:4"));
-    EXPECT_THAT(
-        RefusalsOf(
-            ArchiveModifyRequest{5, "A", 0, 0, std::vector<CVal>(kMaxListEntries + 1, CVal(1))}, 0),
-        ElementsAre("modify results 5:4"));
-    EXPECT_THAT(
-        RefusalsOf(ArchiveModifyRequest{5, "A", 0, 0,
-                                        std::vector<CVal>(9, CVal(std::string(500000, 'x')))},
-                   0),
-        ElementsAre("modify results 5:4"));
+    EXPECT_THAT(RefusalsOf(ArchiveModifyRequest{5, "A", 0, 0,
+                                                std::vector<value::CVal>(kMaxListEntries + 1,
+                                                                         value::CVal(1))},
+                           0),
+                ElementsAre("modify results 5:4"));
+    EXPECT_THAT(RefusalsOf(ArchiveModifyRequest{5, "A", 0, 0,
+                                                std::vector<value::CVal>(
+                                                    9, value::CVal(std::string(500000, 'x')))},
+                           0),
+                ElementsAre("modify results 5:4"));
     EXPECT_THAT(RefusalsOf(LoginRequest{1, 23, name, "", ""}, 0),
-                ElementsAre("login result 4 " + FromUtf8("nazwa jest za długa")));
-    EXPECT_THAT(RefusalsOf(PeriodRequest{PeriodAction::Init, KindHour, name, 0}, 0), IsEmpty());
+                ElementsAre("login result 4 " + text::FromUtf8("nazwa jest za długa")));
+    EXPECT_THAT(RefusalsOf(PeriodRequest{PeriodAction::Init, value::KindHour, name, 0}, 0),
+                IsEmpty());
 }
 
 TEST(NetworkParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
@@ -353,7 +361,7 @@ TEST(NetworkParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
         ASSERT_EQ(packed.parcels.size(), 1u);
         ServerParcel parcel;
         ASSERT_EQ(Unpack(packed.parcels[0], parcel), WireFault::None);
-        EXPECT_EQ(Describe(std::get<ServerMessage>(parcel)), row.rest);
+        EXPECT_EQ(support::Describe(std::get<ServerMessage>(parcel)), row.rest);
     }
     const PackedAnswer packed = Pack(ServerMessage(LogMessage{0, 0, long_}));
     EXPECT_EQ(packed.leftOut, 1u);
@@ -438,7 +446,7 @@ TEST(NetworkParcelTest, EmptyColumnsOfStatusAndTimeStandForZero) {
     values.add_integers(2);
     ServerParcel parcel;
     ASSERT_EQ(Unpack(in.SerializeAsString(), parcel), WireFault::None);
-    EXPECT_EQ(Describe(std::get<ServerMessage>(parcel)), "answer 0 0 150:1/0@0 150:2/0@0");
+    EXPECT_EQ(support::Describe(std::get<ServerMessage>(parcel)), "answer 0 0 150:1/0@0 150:2/0@0");
 }
 
 TEST(NetworkParcelTest, ValueMustHaveTheContentOfItsType) {

@@ -36,7 +36,7 @@ TEST(NetworkSecurityAddressTest, RuntimeFolderIsTakenFromTheEnvironment) {
 }
 
 TEST(NetworkSecurityAddressTest, LocalSocketBearsTheNameOfTheSource) {
-    EXPECT_EQ(LocalSocketPath("/run/s", FromUtf8("Kotłownia 1")), "/run/s/Kotłownia 1");
+    EXPECT_EQ(LocalSocketPath("/run/s", text::FromUtf8("Kotłownia 1")), "/run/s/Kotłownia 1");
     for (const char* name : {"", ".", "..", ".hidden", "a/b"}) {
         EXPECT_EQ(LocalSocketPath("/run/s", name), "") << name;
     }

@@ -70,7 +70,7 @@ TEST_F(PlantFileTest, OutagesAndReportChanges) {
     EXPECT_EQ(source.outages[1].reason, 4104u);
     ASSERT_EQ(source.reportChanges.size(), 1u);
     EXPECT_EQ(source.reportChanges[0].atTick, 100);
-    EXPECT_EQ(source.reportChanges[0].kind, KindMonth);
+    EXPECT_EQ(source.reportChanges[0].kind, value::KindMonth);
     EXPECT_EQ(source.reportChanges[0].time, 1710046800);
 }
 
@@ -79,14 +79,14 @@ TEST_F(PlantFileTest, VariablesKeepTheOrderOfTheFile) {
     ASSERT_EQ(source.variables.size(), 3u);
     EXPECT_EQ(source.variables[0].name, "Z");
     EXPECT_EQ(source.variables[1].name, "A");
-    EXPECT_EQ(source.variables[2].name, FromUtf8("Ł1"));
+    EXPECT_EQ(source.variables[2].name, text::FromUtf8("Ł1"));
 }
 
 TEST_F(PlantFileTest, Attributes) {
     const PlantSource source =
         Source("\"variables\": {\"V\": {\"attributes\": {\"de\": \"Przepływ\", \"at\": 2}}}");
     EXPECT_THAT(source.variables[0].attributes,
-                ElementsAre(Pair("de", FromUtf8("Przepływ")), Pair("at", "2")));
+                ElementsAre(Pair("de", text::FromUtf8("Przepływ")), Pair("at", "2")));
 }
 
 TEST_F(PlantFileTest, TypeOfAValueFollowsItsForm) {
@@ -111,7 +111,7 @@ TEST_F(PlantFileTest, StatusTimeAndTickOfAValue) {
     const PlantCurrent& current = source.variables[0].current[0];
     EXPECT_EQ(current.atTick, 300);
     EXPECT_TRUE(current.stamped);
-    EXPECT_EQ(DescribeWhole(current.value), "150:1/16@1710050400");
+    EXPECT_EQ(support::DescribeWhole(current.value), "150:1/16@1710050400");
 }
 
 TEST_F(PlantFileTest, StoredValuesByKindAndTime) {
@@ -121,12 +121,12 @@ TEST_F(PlantFileTest, StoredValuesByKindAndTime) {
         "\"value\": 3}], \"month\": [{\"time\": 2, \"value\": 4}], \"span\": [{\"time\": 3, "
         "\"value\": 5}], \"archive\": [{\"time\": 4, \"value\": 6}]}}");
     auto& stored = source.variables[0].stored;
-    ASSERT_EQ(stored[KindHour].size(), 2u);
-    EXPECT_EQ(DescribeWhole(stored[KindHour].begin()->second), "171:1.50/128@3600");
-    EXPECT_EQ(DescribeWhole(stored[KindDay][1]), "150:3/0@1");
-    EXPECT_EQ(DescribeWhole(stored[KindMonth][2]), "150:4/0@2");
-    EXPECT_EQ(DescribeWhole(stored[KindSpan][3]), "150:5/0@3");
-    EXPECT_EQ(DescribeWhole(stored[KindArchive][4]), "150:6/0@4");
+    ASSERT_EQ(stored[value::KindHour].size(), 2u);
+    EXPECT_EQ(support::DescribeWhole(stored[value::KindHour].begin()->second), "171:1.50/128@3600");
+    EXPECT_EQ(support::DescribeWhole(stored[value::KindDay][1]), "150:3/0@1");
+    EXPECT_EQ(support::DescribeWhole(stored[value::KindMonth][2]), "150:4/0@2");
+    EXPECT_EQ(support::DescribeWhole(stored[value::KindSpan][3]), "150:5/0@3");
+    EXPECT_EQ(support::DescribeWhole(stored[value::KindArchive][4]), "150:6/0@4");
 }
 
 TEST_F(PlantFileTest, ErrorCodes) {

@@ -20,36 +20,36 @@ class RawEvents final : public StreamEvents {
   public:
     bool OnParcel(std::string_view bytes) override {
         const std::lock_guard lock(m_mutex);
-        m_arrParcels.emplace_back(bytes);
+        m_parcels.emplace_back(bytes);
         m_changed.notify_all();
         return true;
     }
     void OnEnded(StreamEnd end, const std::string&) override {
         const std::lock_guard lock(m_mutex);
         m_end = end;
-        m_bEnded = true;
+        m_ended = true;
         m_changed.notify_all();
     }
 
     // The bytes of the first parcel that is not yet taken, when it is there.
     std::string Take() {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_nTaken < m_arrParcels.size(); });
-        return m_arrParcels[m_nTaken++];
+        m_changed.wait(lock, [this] { return m_taken < m_parcels.size(); });
+        return m_parcels[m_taken++];
     }
     StreamEnd AwaitEnd() {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_bEnded; });
+        m_changed.wait(lock, [this] { return m_ended; });
         return m_end;
     }
 
   private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<std::string> m_arrParcels;
-    std::size_t m_nTaken = 0;
+    std::vector<std::string> m_parcels;
+    std::size_t m_taken = 0;
     StreamEnd m_end = StreamEnd::Orderly;
-    bool m_bEnded = false;
+    bool m_ended = false;
 };
 
 class RawClient {
@@ -74,11 +74,11 @@ class RawServer final : private PortEvents {
   public:
     explicit RawServer(const std::string& socket) {
         platform::Notice error;
-        m_pPort = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, error);
+        m_port = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, error);
     }
     ~RawServer() override {
         if (stream) stream->Cancel();
-        m_pPort.reset();
+        m_port.reset();
     }
 
     void AwaitClient() {
@@ -102,7 +102,7 @@ class RawServer final : private PortEvents {
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::unique_ptr<ServerPort> m_pPort;
+    std::unique_ptr<ServerPort> m_port;
 };
 
 }  // namespace kalvex::vantrel

@@ -316,7 +316,7 @@ TEST_F(SimulatedPlantTest, InitAndLoadLeaveTheirMarks) {
     AdvanceTo(21);
     EXPECT_THAT(Answers(), ElementsAre("3V 0 [1.50/260 0.00/384 0.00/128]"));
     EXPECT_EQ(list.Get(1)->GetTime(), 200);
-    EXPECT_EQ(list.Get(1)->GetType(), ValueType::Double);
+    EXPECT_EQ(list.Get(1)->GetType(), value::ValueType::Double);
     Read(value::KindArchive, 0, 900, &list);
     AdvanceTo(22);
     EXPECT_THAT(Answers(), ElementsAre("6V 0 []"));

@@ -33,26 +33,26 @@ class ClientStream final : public httplib::Stream {
   public:
     ClientStream(int socket, int stop, milliseconds patience)
         : m_socket(socket),
-          m_fdStop(stop),
+          m_stopFd(stop),
           m_patience(patience),
-          m_tDeadline(steady_clock::now() + patience) {}
+          m_deadline(steady_clock::now() + patience) {}
 
-    bool is_readable() const override { return m_nBegin < m_nEnd || Wait(POLLIN); }
+    bool is_readable() const override { return m_begin < m_end || Wait(POLLIN); }
     bool is_writable() const override { return Wait(POLLOUT); }
     void get_remote_ip_and_port(std::string&, int&) const override {}
     void get_local_ip_and_port(std::string&, int&) const override {}
     socket_t socket() const override { return m_socket; }
 
     ssize_t read(char* target, size_t size) override {
-        if (m_nBegin == m_nEnd && !Fill()) return -1;
-        const std::size_t count = std::min(size, m_nEnd - m_nBegin);
-        std::memcpy(target, m_arrBuffer.data() + m_nBegin, count);
-        m_nBegin += count;
+        if (m_begin == m_end && !Fill()) return -1;
+        const std::size_t count = std::min(size, m_end - m_begin);
+        std::memcpy(target, m_buffer.data() + m_begin, count);
+        m_begin += count;
         return static_cast<ssize_t>(count);
     }
 
     ssize_t write(const char* source, size_t size) override {
-        if (!std::exchange(m_bAnswering, true)) m_tDeadline = steady_clock::now() + m_patience;
+        if (!std::exchange(m_answering, true)) m_deadline = steady_clock::now() + m_patience;
         for (std::size_t sent = 0; sent < size;) {
             if (!Wait(POLLOUT)) return -1;
             const ssize_t count =
@@ -65,32 +65,30 @@ class ClientStream final : public httplib::Stream {
 
   private:
     bool Wait(short events) const {
-        const auto left =
-            std::chrono::ceil<milliseconds>(m_tDeadline - steady_clock::now()).count();
-        std::array<pollfd, 2> waits{{{m_fdStop, POLLIN, 0}, {m_socket, events, 0}}};
+        const auto left = std::chrono::ceil<milliseconds>(m_deadline - steady_clock::now()).count();
+        std::array<pollfd, 2> waits{{{m_stopFd, POLLIN, 0}, {m_socket, events, 0}}};
         return left > 0 && ::poll(waits.data(), waits.size(), static_cast<int>(left)) > 0 &&
                waits[0].revents == 0;
     }
 
     bool Fill() {
-        m_nRead += m_nEnd;
-        if (m_nRead >= kLongestRequest || !Wait(POLLIN)) return false;
-        const ssize_t count =
-            ::recv(m_socket, m_arrBuffer.data(), m_arrBuffer.size(), MSG_DONTWAIT);
-        m_nBegin = 0;
-        m_nEnd = count > 0 ? static_cast<std::size_t>(count) : 0;
+        m_read += m_end;
+        if (m_read >= kLongestRequest || !Wait(POLLIN)) return false;
+        const ssize_t count = ::recv(m_socket, m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+        m_begin = 0;
+        m_end = count > 0 ? static_cast<std::size_t>(count) : 0;
         return count > 0;
     }
 
     const int m_socket;
-    const int m_fdStop;
+    const int m_stopFd;
     const milliseconds m_patience;
-    steady_clock::time_point m_tDeadline;
-    bool m_bAnswering = false;
-    std::array<char, 2048> m_arrBuffer;
-    std::size_t m_nBegin = 0;
-    std::size_t m_nEnd = 0;
-    std::size_t m_nRead = 0;
+    steady_clock::time_point m_deadline;
+    bool m_answering = false;
+    std::array<char, 2048> m_buffer;
+    std::size_t m_begin = 0;
+    std::size_t m_end = 0;
+    std::size_t m_read = 0;
 };
 
 // The library reads requests and writes answers; sockets and threads are the endpoint's.
@@ -149,26 +147,26 @@ class HttpEndpoint::Impl {
     Impl(MainLoop& loop, HttpText text, milliseconds patience)
         : m_loop(loop),
           m_patience(patience),
-          m_pServer(MakeServer()),
-          m_fdStop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-        m_pExchange->render = std::move(text.render);
-        m_pServer->set_payload_max_length(kLongestRequest);
-        m_pServer->Get(text.path, [this, type = std::move(text.contentType)](
-                                      const httplib::Request&, httplib::Response& response) {
+          m_server(MakeServer()),
+          m_stopFd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+        m_exchange->render = std::move(text.render);
+        m_server->set_payload_max_length(kLongestRequest);
+        m_server->Get(text.path, [this, type = std::move(text.contentType)](
+                                     const httplib::Request&, httplib::Response& response) {
             Answer(type, response);
         });
     }
 
     ~Impl() {
-        m_pExchange->render = nullptr;
+        m_exchange->render = nullptr;
         {
-            const std::lock_guard lock(m_pExchange->mutex);
-            m_pExchange->stopping = true;
-            m_pExchange->changed.notify_all();
+            const std::lock_guard lock(m_exchange->mutex);
+            m_exchange->stopping = true;
+            m_exchange->changed.notify_all();
         }
         const std::uint64_t one = 1;
-        [[maybe_unused]] const ssize_t written = ::write(m_fdStop.Get(), &one, sizeof one);
-        for (std::thread& worker : m_arrWorkers) worker.join();
+        [[maybe_unused]] const ssize_t written = ::write(m_stopFd.Get(), &one, sizeof one);
+        for (std::thread& worker : m_workers) worker.join();
     }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
@@ -177,10 +175,10 @@ class HttpEndpoint::Impl {
         if (!m_listener.Listen(address, error)) return false;
         for (std::size_t i = 0; i < kWorkers; ++i) {
             std::thread worker = StartThread({"HttpEndpoint", 0}, [this] { Work(); });
-            if (worker.joinable()) m_arrWorkers.push_back(std::move(worker));
+            if (worker.joinable()) m_workers.push_back(std::move(worker));
         }
-        if (m_arrWorkers.empty()) error = std::strerror(EAGAIN);
-        return !m_arrWorkers.empty();
+        if (m_workers.empty()) error = std::strerror(EAGAIN);
+        return !m_workers.empty();
     }
 
     const std::string& GetAddress() const { return m_listener.GetAddress(); }
@@ -188,7 +186,7 @@ class HttpEndpoint::Impl {
   private:
     // Waits for a client; false at the end of the endpoint.
     bool WaitForClient() const {
-        std::array<pollfd, 2> waits{{{m_fdStop.Get(), POLLIN, 0}, {m_listener.Get(), POLLIN, 0}}};
+        std::array<pollfd, 2> waits{{{m_stopFd.Get(), POLLIN, 0}, {m_listener.Get(), POLLIN, 0}}};
         ::poll(waits.data(), waits.size(), -1);
         return waits[0].revents == 0;
     }
@@ -197,10 +195,10 @@ class HttpEndpoint::Impl {
         while (WaitForClient()) {
             const Descriptor client(::accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
             if (client.Get() >= 0) {
-                ClientStream stream(client.Get(), m_fdStop.Get(), m_patience);
-                m_pServer->Serve(stream);
+                ClientStream stream(client.Get(), m_stopFd.Get(), m_patience);
+                m_server->Serve(stream);
             } else if (errno == EMFILE || errno == ENFILE) {
-                pollfd stop{m_fdStop.Get(), POLLIN, 0};
+                pollfd stop{m_stopFd.Get(), POLLIN, 0};
                 ::poll(&stop, 1, static_cast<int>(kPauseWithoutDescriptors.count()));
             }
         }
@@ -217,12 +215,12 @@ class HttpEndpoint::Impl {
     }
 
     bool AskForText(std::string& text) {
-        TextExchange& exchange = *m_pExchange;
+        TextExchange& exchange = *m_exchange;
         std::unique_lock lock(exchange.mutex);
         const std::uint64_t before = exchange.generation;
         if (!exchange.asked) {
             exchange.asked = true;
-            m_loop.Post([held = m_pExchange] { RenderText(*held); });
+            m_loop.Post([held = m_exchange] { RenderText(*held); });
         }
         const auto arrived = [&] { return exchange.generation != before; };
         exchange.changed.wait_for(lock, m_patience, [&] { return arrived() || exchange.stopping; });
@@ -233,24 +231,24 @@ class HttpEndpoint::Impl {
 
     MainLoop& m_loop;
     const milliseconds m_patience;
-    const std::shared_ptr<TextExchange> m_pExchange = std::make_shared<TextExchange>();
-    const std::unique_ptr<RequestServer> m_pServer;
-    const Descriptor m_fdStop;
+    const std::shared_ptr<TextExchange> m_exchange = std::make_shared<TextExchange>();
+    const std::unique_ptr<RequestServer> m_server;
+    const Descriptor m_stopFd;
     LocalListener m_listener;
-    std::vector<std::thread> m_arrWorkers;
+    std::vector<std::thread> m_workers;
 };
 
 HttpEndpoint::HttpEndpoint(MainLoop& loop, HttpText text, milliseconds patience)
-    : m_pImpl(std::make_unique<Impl>(loop, std::move(text), patience)) {}
+    : m_impl(std::make_unique<Impl>(loop, std::move(text), patience)) {}
 
 HttpEndpoint::~HttpEndpoint() = default;
 
 bool HttpEndpoint::Start(const std::string& address, std::string& error) {
-    return m_pImpl->Start(address, error);
+    return m_impl->Start(address, error);
 }
 
 const std::string& HttpEndpoint::GetAddress() const {
-    return m_pImpl->GetAddress();
+    return m_impl->GetAddress();
 }
 
 }  // namespace kalvex::platform

@@ -5,20 +5,20 @@
 namespace kalvex::platform {
 
 bool FileInstances::Take(const std::string& file, std::string& error) {
-    const std::filesystem::path path = std::filesystem::path(m_strFolder) / file;
+    const std::filesystem::path path = std::filesystem::path(m_folder) / file;
     std::error_code ignored;  // the lock tells what is wrong
-    std::filesystem::create_directories(m_strFolder, ignored);
+    std::filesystem::create_directories(m_folder, ignored);
     bool taken = false;
-    if (m_arrLocks.emplace_back().Acquire(path.string(), taken, error)) return true;
-    m_arrLocks.pop_back();
+    if (m_locks.emplace_back().Acquire(path.string(), taken, error)) return true;
+    m_locks.pop_back();
     error = taken ? std::string() : path.string() + ": " + error;
     return false;
 }
 
 bool FileInstances::SetPrimaryInstance(std::string_view name) {
     std::string ignored;
-    m_bPrimary = m_bPrimary || Take(std::string(name) + ".primary.lock", ignored);
-    return m_bPrimary;
+    m_primary = m_primary || Take(std::string(name) + ".primary.lock", ignored);
+    return m_primary;
 }
 
 bool FileInstances::LockInstance(std::string_view name, int instance, std::string& error) {

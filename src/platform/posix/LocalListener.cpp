@@ -75,7 +75,7 @@ bool IsSocket(const std::string& path) {
 }  // namespace
 
 LocalListener::~LocalListener() {
-    if (!m_strFile.empty()) ::unlink(m_strFile.c_str());
+    if (!m_file.empty()) ::unlink(m_file.c_str());
 }
 
 bool LocalListener::Listen(const std::string& address, std::string& error) {
@@ -99,8 +99,8 @@ bool LocalListener::ListenOnPath(const std::string& path, std::string& error) {
     }
     m_socket = Descriptor(::socket(AF_UNIX, SOCK_STREAM | kSocketFlags, 0));
     if (!BindAndListen(m_socket.Get(), &address, sizeof address, error)) return false;
-    m_strFile = path;
-    m_strAddress = path;
+    m_file = path;
+    m_address = path;
     return true;
 }
 
@@ -118,7 +118,7 @@ bool LocalListener::ListenOnPort(const std::string& address, std::string& error)
     ::getsockname(m_socket.Get(), reinterpret_cast<sockaddr*>(&bound.bytes), &bound.length);
     // The port stands at the same place in both kinds of addresses.
     const in_port_t port = reinterpret_cast<const sockaddr_in&>(bound.bytes).sin_port;
-    m_strAddress = address.substr(0, address.rfind(':') + 1) + std::to_string(ntohs(port));
+    m_address = address.substr(0, address.rfind(':') + 1) + std::to_string(ntohs(port));
     return true;
 }
 

@@ -20,15 +20,15 @@ class LocalListener {
     bool Listen(const std::string& address, std::string& error);
 
     int Get() const { return m_socket.Get(); }  // does not block
-    const std::string& GetAddress() const { return m_strAddress; }
+    const std::string& GetAddress() const { return m_address; }
 
   private:
     bool ListenOnPath(const std::string& path, std::string& error);
     bool ListenOnPort(const std::string& address, std::string& error);
 
     Descriptor m_socket;
-    std::string m_strAddress;
-    std::string m_strFile;
+    std::string m_address;
+    std::string m_file;
 };
 
 }  // namespace kalvex::platform

@@ -23,7 +23,7 @@ TcpOutcome Failed(TcpStep step) {
 }  // namespace
 
 PosixNetworkProbes::~PosixNetworkProbes() {
-    if (m_fFtpReady) StopFtp();
+    if (m_ftpReady) StopFtp();
 }
 
 std::thread PosixNetworkProbes::StartThread(const ThreadIdentity& identity,
@@ -38,8 +38,8 @@ int PosixNetworkProbes::Ping(const std::string& address, std::uint32_t timeoutMi
 }
 
 std::unique_ptr<FtpSession> PosixNetworkProbes::OpenFtpSession() {
-    std::call_once(m_onceFtp, [this] { m_fFtpReady = StartFtp(); });
-    return m_fFtpReady ? MakeFtpSession() : nullptr;
+    std::call_once(m_onceFtp, [this] { m_ftpReady = StartFtp(); });
+    return m_ftpReady ? MakeFtpSession() : nullptr;
 }
 
 TcpOutcome PosixNetworkProbes::ConnectTcp(const std::string& address, std::uint16_t port) {

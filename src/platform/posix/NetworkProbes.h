@@ -23,7 +23,7 @@ class PosixNetworkProbes final : public NetworkProbes {
 
   private:
     std::once_flag m_onceFtp;
-    bool m_fFtpReady = false;
+    bool m_ftpReady = false;
 };
 
 }  // namespace kalvex::platform

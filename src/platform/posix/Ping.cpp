@@ -101,9 +101,9 @@ bool IsOwn(std::span<const std::uint8_t> message, int type, std::uint16_t identi
            Word(message, 4) == identifier && Word(message, 6) == sequence;
 }
 
-class CPingSocket {
+class PingSocket {
   public:
-    CPingSocket() {
+    PingSocket() {
         m_fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_ICMP);
         if (m_fd < 0) {
             m_raw = true;
@@ -114,11 +114,11 @@ class CPingSocket {
         const int on = 1;
         if (!m_raw) setsockopt(m_fd, IPPROTO_IP, IP_RECVERR, &on, sizeof on);
     }
-    ~CPingSocket() {
+    ~PingSocket() {
         if (m_fd >= 0) close(m_fd);
     }
-    CPingSocket(const CPingSocket&) = delete;
-    CPingSocket& operator=(const CPingSocket&) = delete;
+    PingSocket(const PingSocket&) = delete;
+    PingSocket& operator=(const PingSocket&) = delete;
 
     bool IsOpen() const { return m_fd >= 0; }
 
@@ -242,7 +242,7 @@ EchoReading ReadRawPacket(std::span<const std::uint8_t> packet, std::uint16_t id
 }
 
 int PingHost(const sockaddr_in& host, std::uint32_t timeoutMilliseconds) {
-    CPingSocket socket;
+    PingSocket socket;
     return socket.IsOpen() ? socket.Exchange(host, timeoutMilliseconds) : PingNoPermission;
 }
 

@@ -31,25 +31,25 @@ bool Drain(int descriptor) {
 }  // namespace
 
 PosixMainLoop::PosixMainLoop()
-    : m_fdWake(Checked(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))), m_fdSignals(-1), m_work([this] {
+    : m_wakeFd(Checked(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))), m_signalsFd(-1), m_work([this] {
           const std::uint64_t one = 1;
           // A full counter wakes as well.
-          [[maybe_unused]] const ssize_t written = ::write(m_fdWake, &one, sizeof one);
+          [[maybe_unused]] const ssize_t written = ::write(m_wakeFd, &one, sizeof one);
       }) {
     sigemptyset(&m_signals);
 }
 
 PosixMainLoop::~PosixMainLoop() {
-    for (const auto& [descriptor, work] : m_mapTimers) ::close(descriptor);
-    if (m_fdSignals >= 0) ::close(m_fdSignals);
-    ::close(m_fdWake);
+    for (const auto& [descriptor, work] : m_timers) ::close(descriptor);
+    if (m_signalsFd >= 0) ::close(m_signalsFd);
+    ::close(m_wakeFd);
 }
 
 void PosixMainLoop::OnSignal(int signal, std::function<void()> handler) {
     sigaddset(&m_signals, signal);
     pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
-    m_fdSignals = Checked(::signalfd(m_fdSignals, &m_signals, SFD_NONBLOCK | SFD_CLOEXEC));
-    m_mapSignals[signal] = std::move(handler);
+    m_signalsFd = Checked(::signalfd(m_signalsFd, &m_signals, SFD_NONBLOCK | SFD_CLOEXEC));
+    m_signalHandlers[signal] = std::move(handler);
 }
 
 int PosixMainLoop::Every(std::int64_t milliseconds, std::function<void()> work) {
@@ -57,27 +57,27 @@ int PosixMainLoop::Every(std::int64_t milliseconds, std::function<void()> work) 
     const timespec period{milliseconds / 1000, (milliseconds % 1000) * 1'000'000};
     const itimerspec setting{period, period};
     Checked(::timerfd_settime(timer, 0, &setting, nullptr));
-    m_mapTimers[timer] = std::move(work);
+    m_timers[timer] = std::move(work);
     return timer;
 }
 
 void PosixMainLoop::Cancel(int timer) {
-    if (m_mapTimers.erase(timer) != 0) ::close(timer);
+    if (m_timers.erase(timer) != 0) ::close(timer);
 }
 
 void PosixMainLoop::ReadSignals() {
     signalfd_siginfo info;
-    while (::read(m_fdSignals, &info, sizeof info) == sizeof info) {
-        m_mapSignals.at(static_cast<int>(info.ssi_signo))();
+    while (::read(m_signalsFd, &info, sizeof info) == sizeof info) {
+        m_signalHandlers.at(static_cast<int>(info.ssi_signo))();
     }
 }
 
 // Fills in what the descriptors have to tell; false when none has.
 bool PosixMainLoop::Wait(std::vector<pollfd>& waits) {
     const std::optional<std::int64_t> most = m_beforeWait ? m_beforeWait() : std::nullopt;
-    if (m_fQuit) return false;
-    waits.assign({{m_fdWake, POLLIN, 0}, {m_fdSignals, POLLIN, 0}});
-    for (const auto& [descriptor, work] : m_mapTimers) waits.push_back({descriptor, POLLIN, 0});
+    if (m_quit) return false;
+    waits.assign({{m_wakeFd, POLLIN, 0}, {m_signalsFd, POLLIN, 0}});
+    for (const auto& [descriptor, work] : m_timers) waits.push_back({descriptor, POLLIN, 0});
     const std::int64_t microseconds = most.value_or(0);
     const timespec limit{microseconds / 1'000'000, microseconds % 1'000'000 * 1000};
     const int ready = ::ppoll(waits.data(), waits.size(), most ? &limit : nullptr, nullptr);
@@ -86,18 +86,18 @@ bool PosixMainLoop::Wait(std::vector<pollfd>& waits) {
 }
 
 void PosixMainLoop::Run() {
-    m_fQuit = false;
+    m_quit = false;
     std::vector<pollfd> waits;
-    while (!m_fQuit) {
+    while (!m_quit) {
         if (!Wait(waits)) continue;
-        if (waits[0].revents != 0) Drain(m_fdWake);
+        if (waits[0].revents != 0) Drain(m_wakeFd);
         m_work.Run();
         if (waits[1].revents != 0) ReadSignals();
         for (std::size_t index = 2; index < waits.size(); ++index) {
             if (waits[index].revents == 0) continue;
             // One may have been cancelled by what was called before it.
-            const auto timer = m_mapTimers.find(waits[index].fd);
-            if (timer == m_mapTimers.end() || !Drain(timer->first)) continue;
+            const auto timer = m_timers.find(waits[index].fd);
+            if (timer == m_timers.end() || !Drain(timer->first)) continue;
             const std::function<void()> work = timer->second;
             work();
         }

@@ -44,18 +44,18 @@ class PosixMainLoop final : public MainLoop {
 
     // Until Quit has been called from within.
     void Run();
-    void Quit() { m_fQuit = true; }
+    void Quit() { m_quit = true; }
 
   private:
     void ReadSignals();
     bool Wait(std::vector<pollfd>& waits);
 
-    int m_fdWake;
-    int m_fdSignals;
-    bool m_fQuit = false;
+    int m_wakeFd;
+    int m_signalsFd;
+    bool m_quit = false;
     sigset_t m_signals;
-    std::map<int, std::function<void()>> m_mapSignals;
-    std::map<int, std::function<void()>> m_mapTimers;  // by descriptor
+    std::map<int, std::function<void()>> m_signalHandlers;
+    std::map<int, std::function<void()>> m_timers;  // by descriptor
     std::function<std::optional<std::int64_t>()> m_beforeWait;
     std::function<void()> m_afterWait;
     PostedWork m_work;

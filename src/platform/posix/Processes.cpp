@@ -29,9 +29,9 @@ constexpr const char* kNowhere = "/dev/null";
 constexpr int kFirstOwnDescriptor = 3;
 
 // How a child begins: with signals and descriptors as at a login, and in a group of its own.
-class CSpawnSettings {
+class SpawnSettings {
   public:
-    explicit CSpawnSettings(const std::string& directory) {
+    explicit SpawnSettings(const std::string& directory) {
         posix_spawnattr_init(&attributes);
         posix_spawn_file_actions_init(&actions);
         sigset_t all;
@@ -51,12 +51,12 @@ class CSpawnSettings {
             posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
         }
     }
-    ~CSpawnSettings() {
+    ~SpawnSettings() {
         posix_spawn_file_actions_destroy(&actions);
         posix_spawnattr_destroy(&attributes);
     }
-    CSpawnSettings(const CSpawnSettings&) = delete;
-    CSpawnSettings& operator=(const CSpawnSettings&) = delete;
+    SpawnSettings(const SpawnSettings&) = delete;
+    SpawnSettings& operator=(const SpawnSettings&) = delete;
 
     posix_spawnattr_t attributes;
     posix_spawn_file_actions_t actions;
@@ -70,7 +70,7 @@ pid_t Spawn(const ProgramCall& call) {
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
-    const CSpawnSettings settings(call.directory);
+    const SpawnSettings settings(call.directory);
     pid_t pid = 0;
     errno = posix_spawnp(&pid, call.program.c_str(), &settings.actions, &settings.attributes,
                          argv.data(), environ);
@@ -129,13 +129,13 @@ PosixProcesses::PosixProcesses() {
 }
 
 PosixProcesses::~PosixProcesses() {
-    while (!m_mapById.empty()) Release(m_mapById.begin()->first);
+    while (!m_byId.empty()) Release(m_byId.begin()->first);
 }
 
 // A descriptor is set aside before the program starts: one that runs and cannot be told of would be
 // started a second time.
 int PosixProcesses::Start(const ProgramCall& call, std::string& error) {
-    std::erase_if(m_arrRunning, [this](int id) { return !IsRunning(m_mapById[id]); });
+    std::erase_if(m_running, [this](int id) { return !IsRunning(m_byId[id]); });
     const int reserve = open(kNowhere, O_RDONLY | O_CLOEXEC);
     if (reserve < 0) return Fail(error);
     const pid_t pid = Spawn(call);
@@ -150,10 +150,10 @@ int PosixProcesses::Start(const ProgramCall& call, std::string& error) {
 }
 
 int PosixProcesses::Register(int fd, pid_t pid) {
-    const int id = m_mapById.contains(fd) ? m_nLastId + 1 : fd;
-    m_nLastId = std::max(m_nLastId, id);
-    m_mapById[id] = {fd, AddChild(pid), 0, std::nullopt};
-    m_arrRunning.push_back(id);
+    const int id = m_byId.contains(fd) ? m_lastId + 1 : fd;
+    m_lastId = std::max(m_lastId, id);
+    m_byId[id] = {fd, AddChild(pid), 0, std::nullopt};
+    m_running.push_back(id);
     return id;
 }
 
@@ -180,16 +180,16 @@ int PosixProcesses::StartThroughShell(const std::string& commandLine, std::strin
 }
 
 void PosixProcesses::Release(int id) {
-    const auto found = m_mapById.find(id);
-    if (found == m_mapById.end()) return;
+    const auto found = m_byId.find(id);
+    if (found == m_byId.end()) return;
     LetGo(found->second);
-    m_mapById.erase(found);
-    std::erase(m_arrRunning, id);
+    m_byId.erase(found);
+    std::erase(m_running, id);
 }
 
 std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
-    const auto found = m_mapById.find(id);
-    if (found == m_mapById.end()) {
+    const auto found = m_byId.find(id);
+    if (found == m_byId.end()) {
         Fail(error, EBADF);
         return std::nullopt;
     }
@@ -202,16 +202,16 @@ std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
 }
 
 bool PosixProcesses::Terminate(int id, int exitCode, std::string& error) {
-    const auto found = m_mapById.find(id);
-    if (found == m_mapById.end() || !IsRunning(found->second)) return Fail(error, ESRCH) != 0;
+    const auto found = m_byId.find(id);
+    if (found == m_byId.end() || !IsRunning(found->second)) return Fail(error, ESRCH) != 0;
     if (pidfd_send_signal(found->second.fd, SIGKILL, nullptr, 0) != 0) return Fail(error) != 0;
     found->second.terminateCode = exitCode;
     return true;
 }
 
 bool PosixProcesses::RequestClose(int id) {
-    const auto found = m_mapById.find(id);
-    if (found == m_mapById.end() || !IsRunning(found->second)) return false;
+    const auto found = m_byId.find(id);
+    if (found == m_byId.end() || !IsRunning(found->second)) return false;
     const pid_t pid = found->second.child->pid.load();
     if (pid != 0 && RequestWindowClose(pid) > 0) return true;
     return pidfd_send_signal(found->second.fd, SIGTERM, nullptr, 0) == 0;

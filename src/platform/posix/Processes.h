@@ -44,9 +44,9 @@ class PosixProcesses final : public Processes {
     static bool IsRunning(Entry& entry);
     static void LetGo(Entry& entry);
 
-    std::unordered_map<int, Entry> m_mapById;
-    std::vector<int> m_arrRunning;  // identifiers; some may have ended since
-    int m_nLastId = 0;              // the greatest one given so far
+    std::unordered_map<int, Entry> m_byId;
+    std::vector<int> m_running;  // identifiers; some may have ended since
+    int m_lastId = 0;            // the greatest one given so far
 };
 
 }  // namespace kalvex::platform

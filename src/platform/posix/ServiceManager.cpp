@@ -40,19 +40,19 @@ std::string StatusLine(std::string_view status) {
 
 }  // namespace
 
-ServiceManager::ServiceManager() : m_strAddress(ReadAddress(TakeFromEnvironment("NOTIFY_SOCKET"))) {
+ServiceManager::ServiceManager() : m_address(ReadAddress(TakeFromEnvironment("NOTIFY_SOCKET"))) {
     const std::optional<std::int64_t> process =
         text::ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_PID"));
     const std::optional<std::int64_t> patience =
         text::ReadWholeNumber<std::int64_t>(TakeFromEnvironment("WATCHDOG_USEC"));
-    if (m_strAddress.empty()) return;
+    if (m_address.empty()) return;
     m_fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const timeval second{1, 0};
     ::setsockopt(m_fd, SOL_SOCKET, SO_SNDTIMEO, &second, sizeof second);
     const bool mine = !process || *process == ::getpid();
     constexpr std::int64_t kMicrosecondsOfTwo = 2000;
     if (mine && patience && *patience > 0) {
-        m_nWatchdogPeriod = std::max<std::int64_t>(*patience / kMicrosecondsOfTwo, 1);
+        m_watchdogPeriod = std::max<std::int64_t>(*patience / kMicrosecondsOfTwo, 1);
     }
 }
 
@@ -80,9 +80,8 @@ void ServiceManager::Send(const std::string& text, int flags) {
     if (m_fd < 0) return;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, m_strAddress.data(), m_strAddress.size());
-    const auto length =
-        static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + m_strAddress.size());
+    std::memcpy(address.sun_path, m_address.data(), m_address.size());
+    const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + m_address.size());
     ::sendto(m_fd, text.data(), text.size(), flags | MSG_NOSIGNAL,
              reinterpret_cast<const sockaddr*>(&address), length);
 }

@@ -7,25 +7,25 @@
 namespace kalvex::platform {
 
 // Stays loaded until the end of the process.
-class CSharedLibrary {
+class SharedLibrary {
   public:
-    explicit CSharedLibrary(const char* file)
-        : m_library(dlopen(file, RTLD_NOW | RTLD_LOCAL)), m_fComplete(m_library != nullptr) {}
+    explicit SharedLibrary(const char* file)
+        : m_library(dlopen(file, RTLD_NOW | RTLD_LOCAL)), m_complete(m_library != nullptr) {}
 
     // A function by its name; null when it is not there.
     template <class Function>
     Function Find(const char* name) {
         void* found = m_library == nullptr ? nullptr : dlsym(m_library, name);
-        m_fComplete = m_fComplete && found != nullptr;
+        m_complete = m_complete && found != nullptr;
         return reinterpret_cast<Function>(found);
     }
 
     // The library and all that was looked for are there.
-    bool IsComplete() const { return m_fComplete; }
+    bool IsComplete() const { return m_complete; }
 
   private:
     void* m_library;
-    bool m_fComplete;
+    bool m_complete;
 };
 
 }  // namespace kalvex::platform

@@ -14,16 +14,16 @@ constexpr std::size_t kShownLength = 15;
 
 thread_local ThreadIdentity t_identity;
 
-class CBlockedSignals {
+class BlockedSignals {
   public:
-    CBlockedSignals() {
+    BlockedSignals() {
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_SETMASK, &all, &m_before);
     }
-    ~CBlockedSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    CBlockedSignals(const CBlockedSignals&) = delete;
-    CBlockedSignals& operator=(const CBlockedSignals&) = delete;
+    ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    BlockedSignals(const BlockedSignals&) = delete;
+    BlockedSignals& operator=(const BlockedSignals&) = delete;
 
   private:
     sigset_t m_before;
@@ -42,7 +42,7 @@ const ThreadIdentity& GetThreadIdentity() {
 }
 
 std::thread StartThread(const ThreadIdentity& identity, std::function<void()> work) {
-    const CBlockedSignals blocked;
+    const BlockedSignals blocked;
     try {
         return std::thread([identity, work = std::move(work)] {
             SetThreadIdentity(identity);

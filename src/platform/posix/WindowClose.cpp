@@ -38,31 +38,32 @@ namespace {
     X(get_property_value_length)  \
     X(send_event)
 
-struct CXcb {
-    CSharedLibrary library{"libxcb.so.1"};
+struct XcbLibrary {
+    SharedLibrary library{"libxcb.so.1"};
 #define KALVEX_ROW(name) \
     decltype(&xcb_##name) name = library.Find<decltype(&xcb_##name)>("xcb_" #name);
     KALVEX_XCB_FUNCTIONS(KALVEX_ROW)
 #undef KALVEX_ROW
 };
 
-const CXcb* Xcb() {
-    static const CXcb functions;
+const XcbLibrary* Xcb() {
+    static const XcbLibrary functions;
     return functions.library.IsComplete() ? &functions : nullptr;
 }
 
-struct CFree {
+struct Free {
     void operator()(void* reply) const { std::free(reply); }
 };
 template <class Reply>
-using ReplyPointer = std::unique_ptr<Reply, CFree>;
+using ReplyPointer = std::unique_ptr<Reply, Free>;
 
-class CDisplay {
+class Display {
   public:
-    explicit CDisplay(const CXcb& xcb) : m_xcb(xcb), m_connection(xcb.connect(nullptr, nullptr)) {}
-    ~CDisplay() { m_xcb.disconnect(m_connection); }
-    CDisplay(const CDisplay&) = delete;
-    CDisplay& operator=(const CDisplay&) = delete;
+    explicit Display(const XcbLibrary& xcb)
+        : m_xcb(xcb), m_connection(xcb.connect(nullptr, nullptr)) {}
+    ~Display() { m_xcb.disconnect(m_connection); }
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
 
     int RequestClose(pid_t pid) {
         if (m_xcb.connection_has_error(m_connection) != 0) return 0;
@@ -162,7 +163,7 @@ class CDisplay {
         return reply != nullptr;
     }
 
-    const CXcb& m_xcb;
+    const XcbLibrary& m_xcb;
     xcb_connection_t* m_connection;
     xcb_atom_t m_pidAtom = kNoAtom;
     xcb_atom_t m_machineAtom = kNoAtom;
@@ -174,8 +175,8 @@ class CDisplay {
 
 int RequestWindowClose(pid_t pid) {
     if (std::getenv("DISPLAY") == nullptr) return 0;
-    const CXcb* xcb = Xcb();
-    return xcb == nullptr ? 0 : CDisplay(*xcb).RequestClose(pid);
+    const XcbLibrary* xcb = Xcb();
+    return xcb == nullptr ? 0 : Display(*xcb).RequestClose(pid);
 }
 
 }  // namespace kalvex::platform

@@ -12,7 +12,7 @@ namespace kalvex::run {
 
 namespace {
 
-void SetValue(CRunScript& script, const Action& action) {
+void SetValue(RunScript& script, const Action& action) {
     operands::CVariable* variable = script.Document().Variables().Find(action.variable);
     if (variable == nullptr) {
         fmt::print(stderr, "kalvex-run: tick {}: {} has no variable {} to set\n", action.atTick,
@@ -25,16 +25,16 @@ void SetValue(CRunScript& script, const Action& action) {
 }
 
 constexpr ActionRow kRows[] = {
-    {"start", false, false, [](CRunScript& script, const Action&) { script.Start(); }},
-    {"stop", false, false, [](CRunScript& script, const Action&) { script.Document().Stop(); }},
-    {"step", false, false, [](CRunScript& script, const Action&) { script.Document().Step(); }},
-    {"reset", false, false, [](CRunScript& script, const Action&) { script.Reset(); }},
+    {"start", false, false, [](RunScript& script, const Action&) { script.Start(); }},
+    {"stop", false, false, [](RunScript& script, const Action&) { script.Document().Stop(); }},
+    {"step", false, false, [](RunScript& script, const Action&) { script.Document().Step(); }},
+    {"reset", false, false, [](RunScript& script, const Action&) { script.Reset(); }},
     {"minimise", false, false,
-     [](CRunScript& script, const Action&) { script.Document().SetMinimised(true); }},
+     [](RunScript& script, const Action&) { script.Document().SetMinimised(true); }},
     {"restore", false, false,
-     [](CRunScript& script, const Action&) { script.Document().SetMinimised(false); }},
+     [](RunScript& script, const Action&) { script.Document().SetMinimised(false); }},
     {"breakpoint", true, false,
-     [](CRunScript& script, const Action& action) { script.Breakpoints().Toggle(action.line); }},
+     [](RunScript& script, const Action& action) { script.Breakpoints().Toggle(action.line); }},
     {"setValue", false, true, SetValue},
 };
 
@@ -43,7 +43,7 @@ const ActionRow* FindRow(std::string_view name) {
     return row == std::end(kRows) ? nullptr : row;
 }
 
-bool ReadAction(platform::CJsonFile& file, const platform::JsonNode& node, std::size_t scriptCount,
+bool ReadAction(platform::JsonFile& file, const platform::JsonNode& node, std::size_t scriptCount,
                 Action& action) {
     std::int64_t script = 0;
     std::int64_t line = 0;
@@ -82,7 +82,7 @@ bool ReadAction(platform::CJsonFile& file, const platform::JsonNode& node, std::
 
 bool ReadActions(const std::string& path, std::size_t scriptCount, std::vector<Action>& actions,
                  std::string& fault) {
-    platform::CJsonFile file(path);
+    platform::JsonFile file(path);
     platform::JsonNode root;
     bool good = file.Read(root) &&
                 file.Expect(root, platform::JsonNode::Type::Array, "the actions must be an array");

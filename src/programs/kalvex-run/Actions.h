@@ -16,7 +16,7 @@ struct ActionRow {
     std::string_view name;
     bool takesLine;   // fields that it needs beside those of every action
     bool takesValue;  // variable and text
-    void (*perform)(CRunScript&, const Action&);
+    void (*perform)(RunScript&, const Action&);
 };
 
 struct Action {

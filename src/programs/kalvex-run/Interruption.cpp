@@ -6,19 +6,19 @@ namespace kalvex::run {
 
 namespace {
 
-volatile std::sig_atomic_t g_bInterrupted = 0;
+volatile std::sig_atomic_t g_interrupted = 0;
 
 }  // namespace
 
 void WatchInterruption() {
     struct sigaction action {};
-    action.sa_handler = [](int) { g_bInterrupted = 1; };
+    action.sa_handler = [](int) { g_interrupted = 1; };
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }
 
 bool IsInterrupted() {
-    return g_bInterrupted != 0;
+    return g_interrupted != 0;
 }
 
 }  // namespace kalvex::run

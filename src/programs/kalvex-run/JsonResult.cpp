@@ -71,15 +71,15 @@ Json WaitLinesJson(const engine::CKalvexDoc& document) {
     return lines;
 }
 
-Json TextJson(const engine::CScriptText& text) {
+Json TextJson(const engine::ScriptText& text) {
     Json lines = Json::array();
     for (int n = 0; n < text.GetLineCount(); ++n) lines.push_back(text::ToUtf8(text.GetLine(n)));
     return lines;
 }
 
-Json ScriptJson(const CRunScript& script, bool lines) {
+Json ScriptJson(const RunScript& script, bool lines) {
     const engine::CKalvexDoc& document = script.Document();
-    const engine::CRunState& state = document.State();
+    const engine::RunState& state = document.State();
     const operands::ErrorSlot& error = document.LastError();
     Json record = {{"path", text::ToUtf8(document.GetPathName())},
                    {"started", script.IsStarted()},
@@ -123,13 +123,13 @@ Json VariableJson(operands::CVariable& variable) {
     return record;
 }
 
-std::string JsonResult(const CRunner& runner, bool lines) {
+std::string JsonResult(const Runner& runner, bool lines) {
     Json log = Json::array();
     for (const LogEntry& entry : runner.Log().Entries()) {
         log.push_back({{"time", entry.time}, {"level", entry.level}, {"text", entry.text}});
     }
     Json scripts = Json::array();
-    for (const std::unique_ptr<CRunScript>& script : runner.Scripts()) {
+    for (const std::unique_ptr<RunScript>& script : runner.Scripts()) {
         scripts.push_back(ScriptJson(*script, lines));
     }
     const Json result = {{"ticks", runner.GetTicks()},

@@ -11,7 +11,7 @@
 namespace kalvex::run {
 
 // One object and a line end. `lines` adds the text of each script.
-std::string JsonResult(const CRunner& runner, bool lines);
+std::string JsonResult(const Runner& runner, bool lines);
 
 // type, status, time, value, text
 nlohmann::ordered_json CellJson(const value::CVal& value);

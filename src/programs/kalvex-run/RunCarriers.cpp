@@ -16,20 +16,20 @@ std::vector<std::string> SourceNamesOf(const vantrel::PlantDefinition& plant) {
 
 }  // namespace
 
-CRunPlant::CRunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock)
-    : m_arrNames(SourceNamesOf(plant)), m_plant(std::move(plant), clock) {}
+RunPlant::RunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock)
+    : m_names(SourceNamesOf(plant)), m_plant(std::move(plant), clock) {}
 
-CRunNetwork::CRunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
-                         const platform::Translator& translator)
+RunNetwork::RunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
+                       const platform::Translator& translator)
     : m_clock(settings.clock),
-      m_tNextCheck(m_clock() + kCheckPeriod),
+      m_nextCheck(m_clock() + kCheckPeriod),
       m_client(std::move(settings), m_loop, log, translator) {}
 
-void CRunNetwork::BeginTick(std::int64_t, vantrel::CSourceList& sources) {
+void RunNetwork::BeginTick(std::int64_t, vantrel::CSourceList& sources) {
     m_loop.Run();
     const std::int64_t now = m_clock();
-    if (now < m_tNextCheck) return;
-    m_tNextCheck = now + kCheckPeriod;
+    if (now < m_nextCheck) return;
+    m_nextCheck = now + kCheckPeriod;
     m_client.KeepAlive();
     sources.CheckConnections();
 }

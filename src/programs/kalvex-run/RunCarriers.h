@@ -28,35 +28,35 @@ class RunCarrier {
 };
 
 // Servers that are simulated by ticks.
-class CRunPlant final : public RunCarrier {
+class RunPlant final : public RunCarrier {
   public:
-    CRunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock);
+    RunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock);
 
     vantrel::TransportFactory& Transports() override { return m_plant; }
-    const std::vector<std::string>& SourceNames() const override { return m_arrNames; }
+    const std::vector<std::string>& SourceNames() const override { return m_names; }
     void BeginTick(std::int64_t tick, vantrel::CSourceList&) override { m_plant.AdvanceTo(tick); }
 
   private:
-    std::vector<std::string> m_arrNames;
+    std::vector<std::string> m_names;
     vantrel::SimulatedPlant m_plant;
 };
 
 // Servers of the network. Their time is that of the settings' clock, whatever clock the scripts
 // have.
-class CRunNetwork final : public RunCarrier {
+class RunNetwork final : public RunCarrier {
   public:
     // Log and translator outlive it.
-    CRunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
-                const platform::Translator& translator);
+    RunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
+               const platform::Translator& translator);
 
     vantrel::TransportFactory& Transports() override { return m_client; }
-    const std::vector<std::string>& SourceNames() const override { return m_arrNames; }
+    const std::vector<std::string>& SourceNames() const override { return m_names; }
     void BeginTick(std::int64_t tick, vantrel::CSourceList& sources) override;
 
   private:
-    const std::vector<std::string> m_arrNames;
+    const std::vector<std::string> m_names;
     vantrel::SteadyClock m_clock;
-    std::int64_t m_tNextCheck = 0;
+    std::int64_t m_nextCheck = 0;
     platform::PostedWork m_loop;
     vantrel::NetworkClient m_client;
 };

@@ -7,17 +7,17 @@
 
 namespace kalvex::run {
 
-void CRunLog::Log(std::string_view text, int level) {
-    if (level > m_nLevel) return;
+void RunLog::Log(std::string_view text, int level) {
+    if (level > m_level) return;
     const std::int64_t now = m_clock.Now();
-    if (m_pOut == nullptr) {
-        m_arrEntries.push_back({now, level, text::ToUtf8(text)});
+    if (m_out == nullptr) {
+        m_entries.push_back({now, level, text::ToUtf8(text)});
         return;
     }
     const std::string line =
         fmt::format("{} {}\n", value::FormatLocalTime(now), text::ToUtf8(text));
-    std::fwrite(line.data(), 1, line.size(), m_pOut);
-    std::fflush(m_pOut);
+    std::fwrite(line.data(), 1, line.size(), m_out);
+    std::fflush(m_out);
 }
 
 }  // namespace kalvex::run

@@ -18,22 +18,22 @@ struct LogEntry {
     std::string text;  // UTF-8
 };
 
-class CRunLog final : public platform::LogSink {
+class RunLog final : public platform::LogSink {
   public:
     // Lines above `level` are dropped. With `out` (not owned) each line is printed there at once
     // and not kept.
-    CRunLog(const platform::Clock& clock, int level, std::FILE* out)
-        : m_clock(clock), m_nLevel(level), m_pOut(out) {}
+    RunLog(const platform::Clock& clock, int level, std::FILE* out)
+        : m_clock(clock), m_level(level), m_out(out) {}
 
     void Log(std::string_view text, int level) override;
 
-    const std::vector<LogEntry>& Entries() const { return m_arrEntries; }
+    const std::vector<LogEntry>& Entries() const { return m_entries; }
 
   private:
     const platform::Clock& m_clock;
-    int m_nLevel;
-    std::FILE* m_pOut;
-    std::vector<LogEntry> m_arrEntries;
+    int m_level;
+    std::FILE* m_out;
+    std::vector<LogEntry> m_entries;
 };
 
 }  // namespace kalvex::run

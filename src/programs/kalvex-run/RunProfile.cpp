@@ -9,8 +9,8 @@
 
 namespace kalvex::run {
 
-CRunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir) {
-    CRunProfile settings;
+RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir) {
+    RunProfile settings;
     settings.rootFolder = workingDir;
     if (options.profile) {
         std::string content;
@@ -23,8 +23,8 @@ CRunProfile ReadRunProfile(const RunOptions& options, const std::string& working
             (file.parent_path() / app::kKeyFileName).string(), platform::KeyFile::ReadOnly);
         platform::IniProfile profile(*options.profile);
         const platform::Paths paths(workingDir);
-        const app::CConfigurationStore store(profile, *settings.crypt, paths, false);
-        app::CConfiguration configuration;
+        const app::ConfigurationStore store(profile, *settings.crypt, paths, false);
+        app::KalvexConfiguration configuration;
         store.ReadSources(configuration);
         store.ReadLogLevel(configuration);
         settings.sources = std::move(configuration.sources);

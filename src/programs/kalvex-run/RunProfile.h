@@ -13,7 +13,7 @@
 
 namespace kalvex::run {
 
-struct CRunProfile {
+struct RunProfile {
     int logLevel = platform::LogErrors;
     std::string rootFolder;  // of data files; the system's encoding
     std::vector<sources::CSourceDesc> sources;
@@ -25,6 +25,6 @@ struct CRunProfile {
 
 // The defaults where the options name no profile; the log level that they give goes before that of
 // the profile.
-CRunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir);
+RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir);
 
 }  // namespace kalvex::run

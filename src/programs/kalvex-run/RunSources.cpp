@@ -36,19 +36,19 @@ Json RequestJson(const vantrel::TickJournal::Row& row) {
 
 }  // namespace
 
-CRunSources::CRunSources(std::unique_ptr<RunCarrier> carrier, bool accounted,
-                         const CRunProfile& profile, platform::LogSink& log,
-                         const platform::Translator& translator, const platform::Users& users)
-    : m_pCarrier(std::move(carrier)),
-      m_client({log, translator, users, m_pCarrier->Transports(), accounted ? &m_journal : nullptr,
+RunSources::RunSources(std::unique_ptr<RunCarrier> carrier, bool accounted,
+                       const RunProfile& profile, platform::LogSink& log,
+                       const platform::Translator& translator, const platform::Users& users)
+    : m_carrier(std::move(carrier)),
+      m_client({log, translator, users, m_carrier->Transports(), accounted ? &m_journal : nullptr,
                 profile.sources, profile.crypt.get()}) {}
 
-void CRunSources::BeginTick(std::int64_t tick) {
+void RunSources::BeginTick(std::int64_t tick) {
     m_journal.SetTick(tick);
-    m_pCarrier->BeginTick(tick, m_client.SourceList());
+    m_carrier->BeginTick(tick, m_client.SourceList());
 }
 
-Json CRunSources::SourceJson(const vantrel::CClientConnection* connection) const {
+Json RunSources::SourceJson(const vantrel::CClientConnection* connection) const {
     Json requests = Json::array();
     if (connection != nullptr) {
         for (const vantrel::TickJournal::Row& row : m_journal.Rows(*connection)) {
@@ -60,10 +60,10 @@ Json CRunSources::SourceJson(const vantrel::CClientConnection* connection) const
     return {{"connected", connected}, {"requests", std::move(requests)}};
 }
 
-Json CRunSources::Result() const {
+Json RunSources::Result() const {
     const sources::CInterfaceSourceList& list = m_client.SourceList();
     Json result = Json::object();
-    for (const std::string& name : m_pCarrier->SourceNames()) {
+    for (const std::string& name : m_carrier->SourceNames()) {
         result[text::ToUtf8(name)] = SourceJson(list.Get(name));
     }
     for (const auto& connection : list.Connections()) {
@@ -88,21 +88,21 @@ void AddRemoteFields(sources::CInterfaceObj& link, Json& record) {
     record["ignoreUnknown"] = link.IsIgnoreUnknown();
 }
 
-std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
-                                            const platform::Clock& clock, platform::LogSink& log,
-                                            const platform::Translator& translator,
-                                            const platform::Users& users, std::string& fault) {
+std::unique_ptr<RunSources> MakeRunSources(const RunOptions& options, const RunProfile& profile,
+                                           const platform::Clock& clock, platform::LogSink& log,
+                                           const platform::Translator& translator,
+                                           const platform::Users& users, std::string& fault) {
     std::unique_ptr<RunCarrier> carrier;
     if (options.profile && !options.plant) {
-        carrier = std::make_unique<CRunNetwork>(
+        carrier = std::make_unique<RunNetwork>(
             vantrel::NetworkClientSettings{.addresses = profile.servers}, log, translator);
     } else {
         vantrel::PlantDefinition plant;
         if (options.plant && !vantrel::ReadPlant(*options.plant, plant, fault)) return nullptr;
-        carrier = std::make_unique<CRunPlant>(std::move(plant), clock);
+        carrier = std::make_unique<RunPlant>(std::move(plant), clock);
     }
-    return std::make_unique<CRunSources>(std::move(carrier), options.json, profile, log, translator,
-                                         users);
+    return std::make_unique<RunSources>(std::move(carrier), options.json, profile, log, translator,
+                                        users);
 }
 
 }  // namespace kalvex::run

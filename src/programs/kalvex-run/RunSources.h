@@ -19,15 +19,15 @@
 
 namespace kalvex::run {
 
-class CRunSources {
+class RunSources {
   public:
     // All that is referred to outlives them. Requests are in the result only where account is kept
     // of them, which takes memory for each.
-    CRunSources(std::unique_ptr<RunCarrier> carrier, bool accounted, const CRunProfile& profile,
-                platform::LogSink& log, const platform::Translator& translator,
-                const platform::Users& users);
+    RunSources(std::unique_ptr<RunCarrier> carrier, bool accounted, const RunProfile& profile,
+               platform::LogSink& log, const platform::Translator& translator,
+               const platform::Users& users);
 
-    engine::CScriptSources& ForScripts() { return m_client; }
+    engine::ScriptSources& ForScripts() { return m_client; }
 
     // Before the tick's actions and before its first line.
     void BeginTick(std::int64_t tick);
@@ -39,7 +39,7 @@ class CRunSources {
   private:
     nlohmann::ordered_json SourceJson(const vantrel::CClientConnection* connection) const;
 
-    std::unique_ptr<RunCarrier> m_pCarrier;
+    std::unique_ptr<RunCarrier> m_carrier;
     vantrel::TickJournal m_journal;
     sources::CClientInterface m_client;
 };
@@ -50,9 +50,9 @@ void AddRemoteFields(sources::CInterfaceObj& link, nlohmann::ordered_json& recor
 // The sources that the options ask for: those of the plant, or of the network where there is a
 // profile but no plant, or else some that never connect. Null with the reason in `fault` when they
 // cannot be had.
-std::unique_ptr<CRunSources> MakeRunSources(const RunOptions& options, const CRunProfile& profile,
-                                            const platform::Clock& clock, platform::LogSink& log,
-                                            const platform::Translator& translator,
-                                            const platform::Users& users, std::string& fault);
+std::unique_ptr<RunSources> MakeRunSources(const RunOptions& options, const RunProfile& profile,
+                                           const platform::Clock& clock, platform::LogSink& log,
+                                           const platform::Translator& translator,
+                                           const platform::Users& users, std::string& fault);
 
 }  // namespace kalvex::run

@@ -9,18 +9,18 @@
 
 namespace kalvex::run {
 
-class CRunUsers final : public platform::Users {
+class RunUsers final : public platform::Users {
   public:
-    explicit CRunUsers(const RunOptions& options)
-        : m_strName(options.userName), m_strDescription(options.userDescription) {}
+    explicit RunUsers(const RunOptions& options)
+        : m_name(options.userName), m_description(options.userDescription) {}
 
-    std::string GetActiveUserName() const override { return m_strName; }
-    std::string GetActiveUserDescription() const override { return m_strDescription; }
+    std::string GetActiveUserName() const override { return m_name; }
+    std::string GetActiveUserDescription() const override { return m_description; }
     std::string GetAccountName() const override { return platform::AccountName(); }
 
   private:
-    std::string m_strName;
-    std::string m_strDescription;
+    std::string m_name;
+    std::string m_description;
 };
 
 }  // namespace kalvex::run

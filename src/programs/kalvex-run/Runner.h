@@ -28,9 +28,9 @@
 
 namespace kalvex::run {
 
-class CRunner {
+class Runner {
   public:
-    explicit CRunner(const RunOptions& options);
+    explicit Runner(const RunOptions& options);
 
     // Opens everything that the options name; false with the reason in `fault`.
     bool Open(std::string& fault);
@@ -39,11 +39,11 @@ class CRunner {
     void Run();
 
     programs::ExitStatus GetExitStatus() const;
-    std::int64_t GetTicks() const { return m_nTicks; }
-    const platform::Clock& GetClock() const { return *m_pClock; }
-    const CRunLog& Log() const { return m_log; }
-    const CRunSources& Sources() const { return *m_pSources; }
-    const std::vector<std::unique_ptr<CRunScript>>& Scripts() const { return m_arrScripts; }
+    std::int64_t GetTicks() const { return m_ticks; }
+    const platform::Clock& GetClock() const { return *m_clock; }
+    const RunLog& Log() const { return m_log; }
+    const RunSources& Sources() const { return *m_sources; }
+    const std::vector<std::unique_ptr<RunScript>>& Scripts() const { return m_scripts; }
 
   private:
     bool IsDone() const;
@@ -51,28 +51,28 @@ class CRunner {
     void RunTick();
 
     RunOptions m_options;
-    std::string m_strWorkingDir;
-    CRunProfile m_profile;
-    std::unique_ptr<platform::Clock> m_pClock;
-    platform::VirtualClock* m_pVirtualClock = nullptr;  // the same clock, when it is a virtual one
-    CRunLog m_log;
+    std::string m_workingDir;
+    RunProfile m_profile;
+    std::unique_ptr<platform::Clock> m_clock;
+    platform::VirtualClock* m_virtualClock = nullptr;  // the same clock, when it is a virtual one
+    RunLog m_log;
     platform::Translator m_translator;
-    CRunUsers m_users;
+    RunUsers m_users;
     platform::Paths m_paths;
-    platform::CNoAnswers m_questions;
+    platform::NoAnswers m_questions;
     platform::PosixProcesses m_processes;
     platform::PosixFileStore m_files;
     platform::PosixNetworkProbes m_probes;
-    std::unique_ptr<CRunSources> m_pSources;
+    std::unique_ptr<RunSources> m_sources;
     engine::DocumentServices m_services;
-    std::vector<std::unique_ptr<CRunScript>> m_arrScripts;
-    engine::CTickRunner m_ticker;
-    std::vector<Action> m_arrActions;
-    std::size_t m_nNextAction = 0;
-    std::int64_t m_nTicks = 0;
-    bool m_bLimitReached = false;
-    app::CPace m_pace;
-    std::chrono::steady_clock::time_point m_tBegin;
+    std::vector<std::unique_ptr<RunScript>> m_scripts;
+    engine::TickRunner m_ticker;
+    std::vector<Action> m_actions;
+    std::size_t m_nextAction = 0;
+    std::int64_t m_ticks = 0;
+    bool m_limitReached = false;
+    app::Pace m_pace;
+    std::chrono::steady_clock::time_point m_begin;
 };
 
 }  // namespace kalvex::run

@@ -108,9 +108,9 @@ std::string Line(const Row& row, const std::array<std::size_t, ColumnCount>& wid
     return line + '\n';
 }
 
-std::string Place(const CRunScript& script) {
+std::string Place(const RunScript& script) {
     const engine::CKalvexDoc& document = script.Document();
-    const engine::CRunState& state = document.State();
+    const engine::RunState& state = document.State();
     const operands::ErrorSlot& error = document.LastError();
     const bool waiting = error.IsWaiting() && state.m_nReportedLine == state.m_nCurrentLine;
     if (script.IsFailed() || waiting) {
@@ -126,7 +126,7 @@ std::string Place(const CRunScript& script) {
 
 }  // namespace
 
-std::string VariableTable(const operands::CVariableTable& variables) {
+std::string VariableTable(const operands::VariableTable& variables) {
     if (variables.GetSize() == 0) return {};
     std::vector<Row> rows = {{"NAME", "KIND", "VALUE", "STATUS", "TIME"}};
     for (const std::unique_ptr<operands::CVariable>& variable : variables)
@@ -142,9 +142,9 @@ std::string VariableTable(const operands::CVariableTable& variables) {
     return table;
 }
 
-std::string TextResult(const CRunner& runner) {
+std::string TextResult(const Runner& runner) {
     std::string text;
-    for (const std::unique_ptr<CRunScript>& script : runner.Scripts()) {
+    for (const std::unique_ptr<RunScript>& script : runner.Scripts()) {
         const engine::CKalvexDoc& document = script->Document();
         text += '\n' + text::ToUtf8(document.GetPathName()) + Place(*script) + '\n';
         text += VariableTable(document.Variables());

@@ -8,10 +8,10 @@
 namespace kalvex::run {
 
 // UTF-8; a heading and a table for each script.
-std::string TextResult(const CRunner& runner);
+std::string TextResult(const Runner& runner);
 
 // One aligned line for each value of the variables, below a line of headings; empty without
 // variables.
-std::string VariableTable(const operands::CVariableTable& variables);
+std::string VariableTable(const operands::VariableTable& variables);
 
 }  // namespace kalvex::run

@@ -21,7 +21,7 @@ int Fail(const std::string& reason) {
 }
 
 int Run(const kalvex::run::RunOptions& options) {
-    kalvex::run::CRunner runner(options);
+    kalvex::run::Runner runner(options);
     std::string fault;
     if (!runner.Open(fault)) return Fail(fault);
     kalvex::run::WatchInterruption();

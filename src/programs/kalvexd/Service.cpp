@@ -25,8 +25,8 @@ std::string HostName() {
 
 }  // namespace
 
-CKalvexService::CKalvexService(const KalvexdOptions& options)
-    : m_strMetrics(options.metrics),
+KalvexService::KalvexService(const KalvexdOptions& options)
+    : m_metrics(options.metrics),
       m_crypt(options.workingDir + '/' + app::kKeyFileName, platform::KeyFile::MadeAtFirstUse),
       m_instances(vantrel::RuntimeFolder()),
       m_userLibrary(m_profile, m_translator),
@@ -40,7 +40,7 @@ CKalvexService::CKalvexService(const KalvexdOptions& options)
         [this](std::int64_t now, std::int64_t lateness) { m_health.OnTick(now, lateness); });
 }
 
-app::AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
+app::AppWorld KalvexService::MakeWorld(const KalvexdOptions& options) {
     app::AppWorld world{m_clock, m_translator, m_loop,      m_profile,
                         m_crypt, m_users,      m_instances, m_processes,
                         m_files, m_probes,     m_network,   {&m_userLibrary, &m_network}};
@@ -53,7 +53,7 @@ app::AppWorld CKalvexService::MakeWorld(const KalvexdOptions& options) {
     return world;
 }
 
-void CKalvexService::WatchSignals() {
+void KalvexService::WatchSignals() {
     for (const int ending : {SIGTERM, SIGINT}) {
         m_loop.OnSignal(ending, [this] {
             m_manager.TellStopping();
@@ -64,43 +64,42 @@ void CKalvexService::WatchSignals() {
     m_loop.OnSignal(SIGUSR1, [this] { LogHealth(); });
 }
 
-app::CHealthFigures CKalvexService::GetFigures() {
+app::HealthFigures KalvexService::GetFigures() {
     const sources::CClientInterface* sources = m_app.ClientInterface();
     return m_health.GetFigures(SteadyMicroseconds(), m_app.Documents().All(),
                                sources == nullptr ? nullptr : &sources->SourceList());
 }
 
-void CKalvexService::LogHealth() {
+void KalvexService::LogHealth() {
     for (const std::string& line : app::FormatHealthLines(GetFigures(), m_translator)) {
         m_app.Log().Log(line, platform::LogAlways);
     }
 }
 
-bool CKalvexService::OfferFigures(std::string& fault) {
-    if (m_strMetrics.empty()) return true;
-    m_pEndpoint = std::make_unique<platform::HttpEndpoint>(
+bool KalvexService::OfferFigures(std::string& fault) {
+    if (m_metrics.empty()) return true;
+    m_endpoint = std::make_unique<platform::HttpEndpoint>(
         m_loop, platform::HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
                                    [this] { return app::FormatHealthMetrics(GetFigures()); }});
     std::string reason;
-    if (m_pEndpoint->Start(m_strMetrics, reason)) {
+    if (m_endpoint->Start(m_metrics, reason)) {
         m_app.Log().Log(text::FormatText(m_translator.Translate("Udostępnianie stanu modułu: %s"),
-                                         {text::FromUtf8(m_pEndpoint->GetAddress())}),
+                                         {text::FromUtf8(m_endpoint->GetAddress())}),
                         platform::LogAlways);
         return true;
     }
-    fault =
-        text::FormatText(m_translator.Translate("Nie można udostępnić stanu modułu: %s (%s)"),
-                         {text::FromUtf8(m_strMetrics), m_translator.Translate(reason.c_str())});
+    fault = text::FormatText(m_translator.Translate("Nie można udostępnić stanu modułu: %s (%s)"),
+                             {text::FromUtf8(m_metrics), m_translator.Translate(reason.c_str())});
     return false;
 }
 
 // The timers go by the main loop: when it hangs the manager does not hear that it is alive.
-void CKalvexService::ReportToManager() {
+void KalvexService::ReportToManager() {
     const auto tellStatus = [this] {
         const std::string status =
             text::ToUtf8(app::FormatHealthStatus(GetFigures(), m_translator));
-        if (status == m_strStatus) return;
-        m_strStatus = status;
+        if (status == m_status) return;
+        m_status = status;
         m_manager.TellStatus(status);
     };
     m_manager.TellReady();
@@ -111,7 +110,7 @@ void CKalvexService::ReportToManager() {
     }
 }
 
-int CKalvexService::End(int status, const std::string& text) const {
+int KalvexService::End(int status, const std::string& text) const {
     if (text.empty()) return status;
     if (status == EXIT_SUCCESS) {
         std::fputs(text::ToUtf8(text).c_str(), stdout);
@@ -121,7 +120,7 @@ int CKalvexService::End(int status, const std::string& text) const {
     return status;
 }
 
-int CKalvexService::Run() {
+int KalvexService::Run() {
     WatchSignals();
     std::string fault;
     if (m_app.InitInstance()) {
@@ -133,7 +132,7 @@ int CKalvexService::Run() {
             m_app.CloseInstance(1);
         }
     }
-    m_pEndpoint.reset();
+    m_endpoint.reset();
     const int status = m_app.ExitInstance();
     return fault.empty() ? End(status, m_app.GetEnd().text) : End(EXIT_FAILURE, fault);
 }

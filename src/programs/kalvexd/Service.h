@@ -23,10 +23,10 @@
 
 namespace kalvex::kalvexd {
 
-class CKalvexService {
+class KalvexService {
   public:
     // Made before any other thread; the working directory of the process is that of the options.
-    explicit CKalvexService(const KalvexdOptions& options);
+    explicit KalvexService(const KalvexdOptions& options);
 
     // From the start to the end of the module; the exit status. What there is to say about the end
     // has been said then.
@@ -38,30 +38,30 @@ class CKalvexService {
     // False, with the reason in `fault`, when the figures cannot be offered where they should.
     bool OfferFigures(std::string& fault);
     void ReportToManager();
-    app::CHealthFigures GetFigures();
+    app::HealthFigures GetFigures();
     void LogHealth();
     int End(int status, const std::string& text) const;
 
-    const std::string m_strMetrics;  // the address of the endpoint; empty: none
+    const std::string m_metrics;  // the address of the endpoint; empty: none
     platform::ServiceManager m_manager;
 
     platform::SystemClock m_clock;
     platform::GettextTranslator m_translator;
-    CServiceLoop m_loop;
+    ServiceLoop m_loop;
     platform::IniProfile m_profile;
     platform::CCrypt m_crypt;
     platform::FileInstances m_instances;
     platform::PosixProcesses m_processes;
     platform::PosixFileStore m_files;
     platform::PosixNetworkProbes m_probes;
-    CUserLibrary m_userLibrary;
-    CNetworkLibrary m_network;
+    UserLibrary m_userLibrary;
+    NetworkLibrary m_network;
     platform::UserSession m_users;
-    app::CLogStream m_stream;
-    app::CHealth m_health{SteadyMicroseconds()};
+    app::LogStream m_stream;
+    app::Health m_health{SteadyMicroseconds()};
     app::CKalvexApp m_app;
-    std::unique_ptr<platform::HttpEndpoint> m_pEndpoint;
-    std::string m_strStatus;  // that the manager has heard last
+    std::unique_ptr<platform::HttpEndpoint> m_endpoint;
+    std::string m_status;  // that the manager has heard last
 };
 
 }  // namespace kalvex::kalvexd

@@ -19,7 +19,7 @@ constexpr const char* kUsers = "Użytkownicy";
 
 }  // namespace
 
-bool CUserLibrary::Start(std::string& error) {
+bool UserLibrary::Start(std::string& error) {
     const std::string file = m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(kUsers), {},
                                                           m_profile.GetCommonProfilePath());
     if (file.empty()) return true;
@@ -37,18 +37,18 @@ bool CUserLibrary::Start(std::string& error) {
     return false;
 }
 
-bool CNetworkLibrary::Start(std::string&) {
+bool NetworkLibrary::Start(std::string&) {
     vantrel::NetworkClientSettings settings;
     settings.addresses = app::ReadServerAddresses(m_profile);
-    m_pClient = std::make_unique<vantrel::NetworkClient>(std::move(settings), m_loop, *m_pLog,
-                                                         m_translator);
-    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_pClient->KeepAlive(); });
+    m_client =
+        std::make_unique<vantrel::NetworkClient>(std::move(settings), m_loop, *m_log, m_translator);
+    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_client->KeepAlive(); });
     return true;
 }
 
-void CNetworkLibrary::Stop() {
+void NetworkLibrary::Stop() {
     m_loop.KillTimer(NetworkTimer);
-    m_pClient.reset();
+    m_client.reset();
 }
 
 }  // namespace kalvex::kalvexd

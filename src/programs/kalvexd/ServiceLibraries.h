@@ -14,9 +14,9 @@ namespace kalvex::kalvexd {
 
 // Opens the users' file that the common profile of the machine names. Where it names none, nobody
 // can be logged in.
-class CUserLibrary final : public app::AppLibrary {
+class UserLibrary final : public app::AppLibrary {
   public:
-    CUserLibrary(const platform::Profile& profile, const platform::Translator& translator)
+    UserLibrary(const platform::Profile& profile, const platform::Translator& translator)
         : m_profile(profile), m_translator(translator) {}
 
     const platform::UserStore& Store() const { return m_store; }
@@ -30,25 +30,25 @@ class CUserLibrary final : public app::AppLibrary {
     platform::UserStore m_store;
 };
 
-class CNetworkLibrary final : public app::AppLibrary, public app::AppTransports {
+class NetworkLibrary final : public app::AppLibrary, public app::AppTransports {
   public:
-    CNetworkLibrary(const platform::Profile& profile, app::AppLoop& loop,
-                    const platform::Translator& translator)
+    NetworkLibrary(const platform::Profile& profile, app::AppLoop& loop,
+                   const platform::Translator& translator)
         : m_profile(profile), m_loop(loop), m_translator(translator) {}
 
     // Before the start; outlives the library's work.
-    void SetLog(platform::LogSink& log) { m_pLog = &log; }
+    void SetLog(platform::LogSink& log) { m_log = &log; }
 
     bool Start(std::string& error) override;
     void Stop() override;
-    vantrel::TransportFactory& Factory() override { return *m_pClient; }
+    vantrel::TransportFactory& Factory() override { return *m_client; }
 
   private:
     const platform::Profile& m_profile;
     app::AppLoop& m_loop;
     const platform::Translator& m_translator;
-    platform::LogSink* m_pLog = nullptr;
-    std::unique_ptr<vantrel::NetworkClient> m_pClient;
+    platform::LogSink* m_log = nullptr;
+    std::unique_ptr<vantrel::NetworkClient> m_client;
 };
 
 }  // namespace kalvex::kalvexd

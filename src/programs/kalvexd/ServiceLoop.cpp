@@ -16,21 +16,21 @@ std::int64_t SteadyMicroseconds() {
     return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
 
-CServiceLoop::CServiceLoop() : m_ticks(SteadyMicroseconds) {
+ServiceLoop::ServiceLoop() : m_ticks(SteadyMicroseconds) {
     m_loop.AroundWait([this] { return m_ticks.OnTurn(); }, [this] { m_ticks.OnWake(); });
 }
 
-bool CServiceLoop::SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) {
+bool ServiceLoop::SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) {
     KillTimer(id);
-    m_mapTimers[id] = m_loop.Every(std::max(milliseconds, kLeastPeriod), std::move(work));
+    m_timers[id] = m_loop.Every(std::max(milliseconds, kLeastPeriod), std::move(work));
     return true;
 }
 
-void CServiceLoop::KillTimer(int id) {
-    const auto timer = m_mapTimers.find(id);
-    if (timer == m_mapTimers.end()) return;
+void ServiceLoop::KillTimer(int id) {
+    const auto timer = m_timers.find(id);
+    if (timer == m_timers.end()) return;
     m_loop.Cancel(timer->second);
-    m_mapTimers.erase(timer);
+    m_timers.erase(timer);
 }
 
 }  // namespace kalvex::kalvexd

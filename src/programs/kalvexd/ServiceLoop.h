@@ -18,10 +18,10 @@ enum ServiceTimer : int { NetworkTimer = 100, StatusTimer, WatchdogTimer };
 // Of a clock that nobody sets.
 std::int64_t SteadyMicroseconds();
 
-class CServiceLoop final : public app::AppLoop {
+class ServiceLoop final : public app::AppLoop {
   public:
     // Made before any other thread.
-    CServiceLoop();
+    ServiceLoop();
 
     void Post(std::function<void()> work) override { m_loop.Post(std::move(work)); }
     bool SetTimer(int id, std::int64_t milliseconds, std::function<void()> work) override;
@@ -32,13 +32,13 @@ class CServiceLoop final : public app::AppLoop {
     void OnSignal(int signal, std::function<void()> handler) {
         m_loop.OnSignal(signal, std::move(handler));
     }
-    app::CTickDriver& Ticks() { return m_ticks; }
+    app::TickDriver& Ticks() { return m_ticks; }
     void Run() { m_loop.Run(); }
 
   private:
     platform::PosixMainLoop m_loop;
-    app::CTickDriver m_ticks;
-    std::map<int, int> m_mapTimers;  // the loop's number of each but the ticks
+    app::TickDriver m_ticks;
+    std::map<int, int> m_timers;  // the loop's number of each but the ticks
 };
 
 }  // namespace kalvex::kalvexd

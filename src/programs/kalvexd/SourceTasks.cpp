@@ -32,14 +32,14 @@ class SourceBook {
         : m_profile(path), m_crypt(KeyFileOf(path), use) {}
 
     std::vector<sources::CSourceDesc> Read() const {
-        app::CConfiguration configuration;
+        app::KalvexConfiguration configuration;
         m_store.ReadSources(configuration);
         return configuration.sources;
     }
 
     // False when it cannot be read again as it was to be written.
     bool Write(const std::vector<sources::CSourceDesc>& sources) {
-        app::CConfiguration configuration;
+        app::KalvexConfiguration configuration;
         configuration.sources = sources;
         m_store.WriteSources(configuration);
         const auto same = [this](const sources::CSourceDesc& a, const sources::CSourceDesc& b) {
@@ -56,7 +56,7 @@ class SourceBook {
     platform::IniProfile m_profile;
     const platform::CCrypt m_crypt;
     const platform::Paths m_paths{"/"};
-    app::CConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
+    app::ConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
 };
 
 auto FindSource(std::vector<sources::CSourceDesc>& sources, const std::string& name) {

@@ -27,7 +27,8 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::error_code fault;
     const std::string current = std::filesystem::current_path(fault).string();
-    const kalvex::kalvexd::KalvexdLine line = kalvex::kalvexd::ParseKalvexdLine({argv + 1, argv + argc}, current);
+    const kalvex::kalvexd::KalvexdLine line =
+        kalvex::kalvexd::ParseKalvexdLine({argv + 1, argv + argc}, current);
     if (line.exitStatus) {
         std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
         return *line.exitStatus;
@@ -40,7 +41,7 @@ int main(int argc, char** argv) {
     }
     if (line.options.source) {
         return kalvex::kalvexd::RunSourceTask(*line.options.source, ProfileOf(line.options),
-                                     kalvex::platform::GettextTranslator());
+                                              kalvex::platform::GettextTranslator());
     }
-    return kalvex::kalvexd::CKalvexService(line.options).Run();
+    return kalvex::kalvexd::KalvexService(line.options).Run();
 }

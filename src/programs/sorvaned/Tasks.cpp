@@ -24,17 +24,17 @@ constexpr std::int64_t kCheck = 1000;
 
 class ErrorOutputLog final : public platform::LogSink {
   public:
-    ErrorOutputLog(const platform::Clock& clock, int level) : m_clock(clock), m_nLevel(level) {}
+    ErrorOutputLog(const platform::Clock& clock, int level) : m_clock(clock), m_level(level) {}
 
     void Log(std::string_view text, int level) override {
-        if (level > m_nLevel) return;
+        if (level > m_level) return;
         std::cerr << value::FormatLocalTime(m_clock.Now()) << ' ' << text::ToUtf8(text)
                   << std::endl;
     }
 
   private:
     const platform::Clock& m_clock;
-    int m_nLevel;
+    int m_level;
 };
 
 int Fail(const std::vector<std::string>& lines) {

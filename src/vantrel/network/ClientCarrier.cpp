@@ -19,29 +19,29 @@ class StreamYard {
   public:
     void Enter() {
         const std::lock_guard lock(m_mutex);
-        ++m_nLiving;
+        ++m_living;
     }
     void Leave(std::shared_ptr<Stream> stream) {
         const std::lock_guard lock(m_mutex);
-        --m_nLiving;
-        m_arrEnded.push_back(std::move(stream));
+        --m_living;
+        m_ended.push_back(std::move(stream));
         m_changed.notify_all();
     }
     void Sweep() {
         std::vector<std::shared_ptr<Stream>> ended;
         const std::lock_guard lock(m_mutex);
-        ended.swap(m_arrEnded);
+        ended.swap(m_ended);
     }
     void AwaitAll() {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_nLiving == 0; });
+        m_changed.wait(lock, [this] { return m_living == 0; });
     }
 
   private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::size_t m_nLiving = 0;
-    std::vector<std::shared_ptr<Stream>> m_arrEnded;
+    std::size_t m_living = 0;
+    std::vector<std::shared_ptr<Stream>> m_ended;
 };
 
 namespace {
@@ -56,12 +56,12 @@ class ClientStream final : public GrpcStream<Reactor> {
     ClientStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
                  std::shared_ptr<grpc::Channel> channel, std::shared_ptr<StreamYard> yard)
         : GrpcStream(std::move(events), outboxLimit),
-          m_pYard(std::move(yard)),
+          m_yard(std::move(yard)),
           m_stub(std::move(channel)) {}
 
     void Begin(StreamMethod method) {
         KeepAlive();
-        m_pYard->Enter();
+        m_yard->Enter();
         const char* name = method == StreamMethod::Converse ? kConverse : kListVariables;
         m_stub.PrepareBidiStreamingCall(&m_context, name, {}, this);
         AddHold();
@@ -80,7 +80,7 @@ class ClientStream final : public GrpcStream<Reactor> {
     void OnAllWrittenLocked() override { StartWritesDone(); }
 
     void OnReadingEndedLocked() override {
-        m_bOver = true;
+        m_over = true;
         RemoveHold();
     }
 
@@ -90,10 +90,10 @@ class ClientStream final : public GrpcStream<Reactor> {
             if (row.code == status.error_code()) end = row.end;
         }
         Events().OnEnded(end, status.error_message());
-        m_pYard->Leave(TakeSelf());
+        m_yard->Leave(TakeSelf());
     }
 
-    const std::shared_ptr<StreamYard> m_pYard;
+    const std::shared_ptr<StreamYard> m_yard;
     grpc::GenericStub m_stub;
     grpc::ClientContext m_context;
 };
@@ -115,19 +115,19 @@ grpc::ChannelArguments MakeArguments(const Endpoint& endpoint) {
 
 }  // namespace
 
-ClientCarrier::ClientCarrier() : m_pYard(std::make_shared<StreamYard>()) {
+ClientCarrier::ClientCarrier() : m_yard(std::make_shared<StreamYard>()) {
     PrepareLibrary();
 }
 
 ClientCarrier::~ClientCarrier() {
-    m_pYard->AwaitAll();
-    m_pYard->Sweep();
+    m_yard->AwaitAll();
+    m_yard->Sweep();
 }
 
 std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, StreamMethod method,
                                             std::shared_ptr<StreamEvents> events,
                                             std::size_t outboxLimit, platform::Notice& error) {
-    m_pYard->Sweep();
+    m_yard->Sweep();
     std::shared_ptr<grpc::ChannelCredentials> credentials = grpc::InsecureChannelCredentials();
     if (endpoint.tls) {
         TlsContent content;
@@ -136,7 +136,7 @@ std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, StreamMeth
     }
     auto channel = grpc::CreateCustomChannel(endpoint.target, credentials, MakeArguments(endpoint));
     const auto stream =
-        std::make_shared<ClientStream>(std::move(events), outboxLimit, std::move(channel), m_pYard);
+        std::make_shared<ClientStream>(std::move(events), outboxLimit, std::move(channel), m_yard);
     stream->Begin(method);
     return stream;
 }

@@ -29,7 +29,7 @@ class ClientCarrier {
                                  platform::Notice& error);
 
   private:
-    std::shared_ptr<StreamYard> m_pYard;
+    std::shared_ptr<StreamYard> m_yard;
 };
 
 }  // namespace kalvex::vantrel

@@ -65,8 +65,8 @@ class GrpcStream : public Stream,
 
     void Resume() final {
         const std::lock_guard lock(m_mutex);
-        if (std::exchange(m_bReading, true)) {
-            m_bResumed = true;
+        if (std::exchange(m_reading, true)) {
+            m_resumed = true;
         } else {
             ReadLocked();
         }
@@ -77,10 +77,10 @@ class GrpcStream : public Stream,
 
   protected:
     GrpcStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit)
-        : m_pEvents(std::move(events)), m_outbox(outboxLimit) {}
+        : m_events(std::move(events)), m_outbox(outboxLimit) {}
 
-    void KeepAlive() { m_pSelf = this->shared_from_this(); }
-    std::shared_ptr<GrpcStream> TakeSelf() { return std::move(m_pSelf); }
+    void KeepAlive() { m_self = this->shared_from_this(); }
+    std::shared_ptr<GrpcStream> TakeSelf() { return std::move(m_self); }
 
     // Whatever was sent has been written, and nothing more will be. Under the lock.
     virtual void OnAllWrittenLocked() = 0;
@@ -92,21 +92,21 @@ class GrpcStream : public Stream,
     // Ends the writing; the stream is cancelled when that, or the peer's end after it, takes too
     // long.
     void CloseOutbox() {
-        if (std::exchange(m_bClosing, true)) return;
+        if (std::exchange(m_closing, true)) return;
         SetAlarm();
         if (m_outbox.Close() == Outbox::Put::WriterNeeded) WriteNext();
     }
 
     // A reader that pauses would not notice the end of the stream.
     void ReadOnLocked() {
-        m_bResumed = true;
-        if (!std::exchange(m_bReading, true)) ReadLocked();
+        m_resumed = true;
+        if (!std::exchange(m_reading, true)) ReadLocked();
     }
 
-    StreamEvents& Events() { return *m_pEvents; }
+    StreamEvents& Events() { return *m_events; }
 
     std::mutex m_mutex;
-    bool m_bOver = false;  // no operation may be started any more
+    bool m_over = false;  // no operation may be started any more
 
   private:
     void SetAlarm() {
@@ -123,7 +123,7 @@ class GrpcStream : public Stream,
     }
 
     void ReadLocked() {
-        if (!m_bOver) this->StartRead(&m_bufferIn);
+        if (!m_over) this->StartRead(&m_bufferIn);
     }
 
     void OnReadDone(bool ok) final {
@@ -135,12 +135,12 @@ class GrpcStream : public Stream,
         grpc::Slice bytes;
         if (!m_bufferIn.TrySingleSlice(&bytes).ok()) m_bufferIn.DumpToSingleSlice(&bytes);
         const bool goOn =
-            m_pEvents->OnParcel({reinterpret_cast<const char*>(bytes.begin()), bytes.size()});
+            m_events->OnParcel({reinterpret_cast<const char*>(bytes.begin()), bytes.size()});
         const std::lock_guard lock(m_mutex);
-        if (goOn || std::exchange(m_bResumed, false)) {
+        if (goOn || std::exchange(m_resumed, false)) {
             ReadLocked();
         } else {
-            m_bReading = false;
+            m_reading = false;
         }
     }
 
@@ -149,10 +149,10 @@ class GrpcStream : public Stream,
         std::string parcel;
         bool drained = false;
         const Outbox::Next next = m_outbox.Take(parcel, drained);
-        if (drained) m_pEvents->OnDrained();
+        if (drained) m_events->OnDrained();
         if (next == Outbox::Next::Nothing) return;
         const std::lock_guard lock(m_mutex);
-        if (m_bOver) return;
+        if (m_over) return;
         if (next == Outbox::Next::End) return OnAllWrittenLocked();
         const grpc::Slice slice(parcel);
         m_bufferOut = grpc::ByteBuffer(&slice, 1);
@@ -165,15 +165,15 @@ class GrpcStream : public Stream,
         OnWritingFailedLocked();
     }
 
-    std::shared_ptr<StreamEvents> m_pEvents;
+    std::shared_ptr<StreamEvents> m_events;
     Outbox m_outbox;
     grpc::Alarm m_alarm;
     grpc::ByteBuffer m_bufferIn;
     grpc::ByteBuffer m_bufferOut;
-    bool m_bClosing = false;  // main thread
-    bool m_bReading = false;
-    bool m_bResumed = false;  // asked to go on before the pause was known
-    std::shared_ptr<GrpcStream> m_pSelf;
+    bool m_closing = false;  // main thread
+    bool m_reading = false;
+    bool m_resumed = false;  // asked to go on before the pause was known
+    std::shared_ptr<GrpcStream> m_self;
 };
 
 }  // namespace kalvex::vantrel

@@ -7,13 +7,13 @@ namespace kalvex::vantrel {
 bool HandOver::Push(std::function<void()> event, std::size_t weight) {
     // The loop may be gone once Stop has returned, so posting is done under the lock.
     const std::lock_guard lock(m_mutex);
-    if (m_bStopped) return true;
-    m_arrEvents.push_back({std::move(event), weight});
-    m_nWeight += weight;
-    if (!std::exchange(m_bPosted, true)) {
+    if (m_stopped) return true;
+    m_events.push_back({std::move(event), weight});
+    m_weight += weight;
+    if (!std::exchange(m_posted, true)) {
         m_loop.Post([self = shared_from_this()] { self->Deliver(); });
     }
-    if (m_nWeight < m_nLimit) return true;
+    if (m_weight < m_limit) return true;
     m_bPaused = true;
     return false;
 }
@@ -22,20 +22,20 @@ void HandOver::Deliver() {
     std::vector<Event> events;
     {
         const std::lock_guard lock(m_mutex);
-        events.swap(m_arrEvents);
-        m_bPosted = false;
+        events.swap(m_events);
+        m_posted = false;
     }
     std::size_t weight = 0;
     for (const Event& event : events) {
-        if (m_bStopped) return;
+        if (m_stopped) return;
         event.run();
         weight += event.weight;
     }
     {
         const std::lock_guard lock(m_mutex);
-        if (m_bStopped) return;
-        m_nWeight -= weight;
-        if (m_nWeight >= m_nLimit || !std::exchange(m_bPaused, false)) return;
+        if (m_stopped) return;
+        m_weight -= weight;
+        if (m_weight >= m_limit || !std::exchange(m_bPaused, false)) return;
     }
     m_resume();
 }
@@ -45,8 +45,8 @@ void HandOver::Stop() {
     bool paused;
     {
         const std::lock_guard lock(m_mutex);
-        if (std::exchange(m_bStopped, true)) return;
-        dropped.swap(m_arrEvents);
+        if (std::exchange(m_stopped, true)) return;
+        dropped.swap(m_events);
         paused = std::exchange(m_bPaused, false);
     }
     if (paused) m_resume();

@@ -16,7 +16,7 @@ class HandOver final : public std::enable_shared_from_this<HandOver> {
   public:
     // From `limit` on, in units of the weights, the reader is to pause. The loop outlives the time
     // until Stop.
-    HandOver(platform::MainLoop& loop, std::size_t limit) : m_loop(loop), m_nLimit(limit) {}
+    HandOver(platform::MainLoop& loop, std::size_t limit) : m_loop(loop), m_limit(limit) {}
 
     // Called when a paused reader may go on: once for each Push that answered false. Set before the
     // first Push; called on the main thread.
@@ -37,14 +37,14 @@ class HandOver final : public std::enable_shared_from_this<HandOver> {
     void Deliver();
 
     platform::MainLoop& m_loop;
-    const std::size_t m_nLimit;
+    const std::size_t m_limit;
     std::function<void()> m_resume = [] {};
     std::mutex m_mutex;
-    std::vector<Event> m_arrEvents;
-    std::size_t m_nWeight = 0;  // of all events that have not been run
-    bool m_bPosted = false;
+    std::vector<Event> m_events;
+    std::size_t m_weight = 0;  // of all events that have not been run
+    bool m_posted = false;
     bool m_bPaused = false;
-    bool m_bStopped = false;
+    bool m_stopped = false;
 };
 
 }  // namespace kalvex::vantrel

@@ -18,9 +18,9 @@ class ListCutter {
 
     // The message to which an entry of about so many bytes is to be added.
     Content& Next(std::size_t bytes) {
-        if (m_nEntries == kMaxListEntries || m_nBytes >= kParcelGoal) Close(true);
-        ++m_nEntries;
-        m_nBytes += bytes;
+        if (m_entries == kMaxListEntries || m_bytes >= kParcelGoal) Close(true);
+        ++m_entries;
+        m_bytes += bytes;
         return *(m_parcel.*Field)();
     }
 
@@ -29,7 +29,7 @@ class ListCutter {
         constexpr bool kHasMore = requires(Content & content) {
             content.set_more(more);
         };
-        if (kHasMore || m_nEntries > 0) Close(more);
+        if (kHasMore || m_entries > 0) Close(more);
     }
 
     // What every piece bears.
@@ -45,18 +45,18 @@ class ListCutter {
         }
         m_parcels.push_back(m_parcel.SerializeAsString());
         m_parcel.Clear();
-        m_nEntries = 0;
-        m_nBytes = 0;
+        m_entries = 0;
+        m_bytes = 0;
     }
 
     std::vector<std::string>& m_parcels;
     Parcel m_pattern;
     Parcel m_parcel;
-    std::size_t m_nEntries = 0;
-    std::size_t m_nBytes = 0;
+    std::size_t m_entries = 0;
+    std::size_t m_bytes = 0;
 };
 
 #define KALVEX_LIST_CUTTER(parcel, Content, field) \
-    kalvex::wire::ListCutter<pb::parcel, pb::Content, &pb::parcel::mutable_##field>
+    kalvex::vantrel::wire::ListCutter<pb::parcel, pb::Content, &pb::parcel::mutable_##field>
 
 }  // namespace kalvex::vantrel::wire

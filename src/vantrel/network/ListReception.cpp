@@ -8,9 +8,9 @@ namespace kalvex::vantrel {
 bool ListReception::Await(std::chrono::milliseconds patience,
                           std::vector<VariableDefinition>& list) {
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, patience, [this] { return m_bEnded; });
-    if (!m_bEnded || !m_bWhole || !m_bGood) return false;
-    list = std::move(m_arrList);
+    m_changed.wait_for(lock, patience, [this] { return m_ended; });
+    if (!m_ended || !m_whole || !m_good) return false;
+    list = std::move(m_list);
     return true;
 }
 
@@ -20,20 +20,20 @@ bool ListReception::OnParcel(std::string_view bytes) {
     auto* message = std::get_if<ServerMessage>(&parcel);
     auto* piece = message == nullptr ? nullptr : std::get_if<VariableDefinitions>(message);
     const std::lock_guard lock(m_mutex);
-    if (fault != WireFault::None) m_bGood = false;
-    if (piece == nullptr || !m_bGood) return true;
+    if (fault != WireFault::None) m_good = false;
+    if (piece == nullptr || !m_good) return true;
     // A server that has more is none that should be listened to.
-    m_bGood = m_arrList.size() + piece->definitions.size() <= kMostVariables;
-    m_bWhole = piece->last;
-    std::move(piece->definitions.begin(), piece->definitions.end(), std::back_inserter(m_arrList));
+    m_good = m_list.size() + piece->definitions.size() <= kMostVariables;
+    m_whole = piece->last;
+    std::move(piece->definitions.begin(), piece->definitions.end(), std::back_inserter(m_list));
     return true;
 }
 
 void ListReception::OnEnded(StreamEnd end, const std::string&) {
     const std::lock_guard lock(m_mutex);
-    m_bEnded = true;
+    m_ended = true;
     // A server that has more is none that should be listened to.
-    m_bGood = m_bGood && end == StreamEnd::Orderly;
+    m_good = m_good && end == StreamEnd::Orderly;
     m_changed.notify_all();
 }
 

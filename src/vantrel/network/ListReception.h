@@ -24,10 +24,10 @@ class ListReception final : public StreamEvents {
   private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<VariableDefinition> m_arrList;
-    bool m_bWhole = false;
-    bool m_bEnded = false;
-    bool m_bGood = true;
+    std::vector<VariableDefinition> m_list;
+    bool m_whole = false;
+    bool m_ended = false;
+    bool m_good = true;
 };
 
 }  // namespace kalvex::vantrel

@@ -28,7 +28,7 @@ bool Fail(platform::Notice& error, const char* polish, const std::string& path,
 }  // namespace
 
 LocalSocket::~LocalSocket() {
-    if (!m_strPath.empty()) ::unlink(m_strPath.c_str());
+    if (!m_path.empty()) ::unlink(m_path.c_str());
 }
 
 bool LocalSocket::Claim(const std::string& path, platform::Notice& error) {
@@ -50,24 +50,24 @@ bool LocalSocket::Claim(const std::string& path, platform::Notice& error) {
             return Fail(error, kRefused, path, std::strerror(errno));
         }
     }
-    m_strPath = path;
+    m_path = path;
     return true;
 }
 
 bool LocalSocket::Admit(const std::string& group, platform::Notice& error) {
     const struct group* entry = ::getgrnam(group.c_str());
-    if (entry == nullptr) return Fail(error, kNoGroup, m_strPath, group);
-    if (::chown(m_strPath.c_str(), static_cast<uid_t>(-1), entry->gr_gid) == 0 &&
-        ::chmod(m_strPath.c_str(), 0660) == 0) {
+    if (entry == nullptr) return Fail(error, kNoGroup, m_path, group);
+    if (::chown(m_path.c_str(), static_cast<uid_t>(-1), entry->gr_gid) == 0 &&
+        ::chmod(m_path.c_str(), 0660) == 0) {
         return true;
     }
-    return Fail(error, kRefused, m_strPath, std::strerror(errno));
+    return Fail(error, kRefused, m_path, std::strerror(errno));
 }
 
-LocalSocket::OwnerOnly::OwnerOnly() : m_nMask(::umask(0177)) {}
+LocalSocket::OwnerOnly::OwnerOnly() : m_mask(::umask(0177)) {}
 
 LocalSocket::OwnerOnly::~OwnerOnly() {
-    ::umask(m_nMask);
+    ::umask(m_mask);
 }
 
 }  // namespace kalvex::vantrel

@@ -33,11 +33,11 @@ class LocalSocket {
         OwnerOnly& operator=(const OwnerOnly&) = delete;
 
       private:
-        unsigned int m_nMask;
+        unsigned int m_mask;
     };
 
   private:
-    std::string m_strPath;  // empty until it is claimed
+    std::string m_path;  // empty until it is claimed
     platform::FileLock m_lock;
 };
 

@@ -55,7 +55,7 @@ class NetworkClient final : public TransportFactory {
     platform::LogSink& m_log;
     const platform::Translator& m_translator;
     ClientCarrier m_carrier;
-    std::vector<NetworkTransport*> m_arrTransports;
+    std::vector<NetworkTransport*> m_transports;
 };
 
 }  // namespace kalvex::vantrel

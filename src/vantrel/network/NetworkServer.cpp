@@ -41,13 +41,13 @@ class Server final : public NetworkServer, private PortEvents {
           m_loop(loop),
           m_services{m_settings, acceptor, log, translator,
                      [this](ServerCall& call) { Retire(call); }},
-          m_pWork(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {}
+          m_work(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {}
 
     ~Server() override {
-        m_pWork->Stop();
-        for (const auto& [call, owned] : m_mapCalls) call->Bury(ReasonServerEnded);
-        m_mapCalls.clear();
-        m_pPort.reset();
+        m_work->Stop();
+        for (const auto& [call, owned] : m_calls) call->Bury(ReasonServerEnded);
+        m_calls.clear();
+        m_port.reset();
     }
 
     bool Listen(platform::Notice& error) {
@@ -68,18 +68,18 @@ class Server final : public NetworkServer, private PortEvents {
         }
         {
             const LocalSocket::OwnerOnly mode;
-            m_pPort = OpenPort(port, *this, error);
+            m_port = OpenPort(port, *this, error);
         }
-        if (!m_pPort) return false;
+        if (!m_port) return false;
         return m_settings.source.empty() || m_settings.group.empty() ||
                m_socket.Admit(m_settings.group, error);
     }
 
-    int TcpPort() const override { return m_pPort->TcpPort(); }
+    int TcpPort() const override { return m_port->TcpPort(); }
 
     void Check() override {
         const std::int64_t now = m_settings.clock();
-        for (const auto& [call, owned] : m_mapCalls) call->Check(now);
+        for (const auto& [call, owned] : m_calls) call->Check(now);
     }
 
   private:
@@ -108,24 +108,24 @@ class Server final : public NetworkServer, private PortEvents {
         auto reception = std::static_pointer_cast<Reception<ClientParcel>>(std::move(events));
         const auto waiting = std::make_shared<WaitingCaller>(
             Caller{std::move(stream), std::move(reception), method, std::move(address)});
-        m_pWork->Push([this, waiting] { Admit(waiting->Take()); }, 0);
+        m_work->Push([this, waiting] { Admit(waiting->Take()); }, 0);
     }
 
     void Admit(Caller caller) {
-        const bool tooMany = m_mapCalls.size() >= m_settings.conversationLimit;
+        const bool tooMany = m_calls.size() >= m_settings.conversationLimit;
         std::unique_ptr<ServerCall> call;
         if (caller.method == StreamMethod::ListVariables) {
             call = std::make_unique<ListCall>(m_services, std::move(caller), tooMany);
         } else {
             call = std::make_unique<Conversation>(m_services, std::move(caller), tooMany);
         }
-        m_mapCalls.emplace(call.get(), std::move(call));
+        m_calls.emplace(call.get(), std::move(call));
     }
 
     void Retire(ServerCall& call) {
-        m_pWork->Push(
+        m_work->Push(
             [this, &call] {
-                const auto node = m_mapCalls.extract(&call);
+                const auto node = m_calls.extract(&call);
                 call.Bury(ReasonClosed);
             },
             0);
@@ -134,10 +134,10 @@ class Server final : public NetworkServer, private PortEvents {
     const NetworkServerSettings m_settings;
     platform::MainLoop& m_loop;
     const CallServices m_services;
-    std::shared_ptr<HandOver> m_pWork;
-    std::map<ServerCall*, std::unique_ptr<ServerCall>> m_mapCalls;
+    std::shared_ptr<HandOver> m_work;
+    std::map<ServerCall*, std::unique_ptr<ServerCall>> m_calls;
     LocalSocket m_socket;
-    std::unique_ptr<ServerPort> m_pPort;
+    std::unique_ptr<ServerPort> m_port;
 };
 
 }  // namespace

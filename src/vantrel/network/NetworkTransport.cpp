@@ -30,15 +30,15 @@ NetworkTransport::NetworkTransport(NetworkClient& client, std::string_view sourc
       m_strSource(source),
       m_endpoint(std::move(endpoint)),
       m_events(events),
-      m_pOwnEvents(
+      m_ownEvents(
           std::make_shared<HandOver>(client.m_loop, std::numeric_limits<std::size_t>::max())) {
-    client.m_arrTransports.push_back(this);
+    client.m_transports.push_back(this);
 }
 
 NetworkTransport::~NetworkTransport() {
-    std::erase(m_client.m_arrTransports, this);
+    std::erase(m_client.m_transports, this);
     Close(ReasonClosed);
-    m_pOwnEvents->Stop();
+    m_ownEvents->Stop();
 }
 
 bool NetworkTransport::Open() {
@@ -49,12 +49,12 @@ bool NetworkTransport::Open() {
 void NetworkTransport::Attempt() {
     m_state = State::Opening;
     m_watch = PeerWatch(m_client.m_settings.clock());
-    m_pReception =
+    m_reception =
         std::make_shared<Reception<ServerParcel>>(m_client.m_loop, m_client.m_settings.inboxLimit);
     platform::Notice error;
-    m_pStream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::Converse, m_pReception,
-                                        m_client.m_settings.outboxLimit, error);
-    if (m_pStream) return m_pReception->Start(m_pStream, *this);
+    m_stream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::Converse, m_reception,
+                                       m_client.m_settings.outboxLimit, error);
+    if (m_stream) return m_reception->Start(m_stream, *this);
     Log(kNoConnection, platform::InWords(error, m_client.m_translator), platform::LogErrors);
     Break(ReasonUnreachable);
 }
@@ -72,12 +72,12 @@ void NetworkTransport::Send(ClientMessage message) {
         });
     }
     for (std::string& parcel : packed.parcels) {
-        if (m_pStream->Send(std::move(parcel))) continue;
+        if (m_stream->Send(std::move(parcel))) continue;
         Log(kServerStuck, text::ToUtf8(ConnectionReasonText(ReasonSilent, translator)),
             platform::LogErrors);
         return Break(ReasonSilent);
     }
-    m_bSpoke = true;
+    m_spoke = true;
 }
 
 void NetworkTransport::Close(std::uint32_t reason) {
@@ -91,32 +91,32 @@ void NetworkTransport::Close(std::uint32_t reason) {
 }
 
 void NetworkTransport::Check() {
-    if (m_state == State::Waiting && m_client.m_settings.clock() >= m_tNextAttempt) Attempt();
+    if (m_state == State::Waiting && m_client.m_settings.clock() >= m_nextAttempt) Attempt();
 }
 
 void NetworkTransport::KeepAlive() {
-    if (!m_pStream) return;
-    const LifeSigns signs{.heard = m_pReception->TakeHeard(),
-                          .spoke = std::exchange(m_bSpoke, false),
-                          .stuck = m_pStream->IsStuck()};
+    if (!m_stream) return;
+    const LifeSigns signs{.heard = m_reception->TakeHeard(),
+                          .spoke = std::exchange(m_spoke, false),
+                          .stuck = m_stream->IsStuck()};
     const PeerWatch::Due due = m_watch.Look(m_client.m_settings.clock(), signs);
     if (due == PeerWatch::Due::Beat) {
-        if (m_state == State::Open) m_pStream->Send(Pack(Heartbeat{}));
+        if (m_state == State::Open) m_stream->Send(Pack(Heartbeat{}));
     } else if (due != PeerWatch::Due::Nothing) {
         Break(ReasonSilent);
     }
 }
 
 std::shared_ptr<Stream> NetworkTransport::TakeStream() {
-    if (m_pReception) m_pReception->Stop();
-    m_pReception.reset();
-    return std::exchange(m_pStream, nullptr);
+    if (m_reception) m_reception->Stop();
+    m_reception.reset();
+    return std::exchange(m_stream, nullptr);
 }
 
 void NetworkTransport::Break(std::uint32_t reason) {
     if (const auto stream = TakeStream()) stream->Cancel();
     const State state = std::exchange(m_state, State::Waiting);
-    m_tNextAttempt = m_client.m_settings.clock() + m_pause.Next();
+    m_nextAttempt = m_client.m_settings.clock() + m_pause.Next();
     if (state == State::Open) {
         Tell([reason](ClientTransportEvents& events) { events.OnClosed(reason); });
     } else {
@@ -128,15 +128,15 @@ void NetworkTransport::Break(std::uint32_t reason) {
 }
 
 void NetworkTransport::Tell(std::function<void(ClientTransportEvents&)> event) {
-    m_pOwnEvents->Push([event = std::move(event), &events = m_events] { event(events); }, 0);
+    m_ownEvents->Push([event = std::move(event), &events = m_events] { event(events); }, 0);
 }
 
 void NetworkTransport::Log(const char* polish, const std::string& detail, int level) {
     std::string line = text::FromUtf8(
         platform::InWords({polish, {text::ToUtf8(m_strSource), detail}}, m_client.m_translator));
-    if (line == m_strLastDetail) return;
+    if (line == m_lastDetail) return;
     m_client.m_log.Log(line, level);
-    m_strLastDetail = std::move(line);
+    m_lastDetail = std::move(line);
 }
 
 // ---- what the stream brings
@@ -145,7 +145,7 @@ void NetworkTransport::OnParcel(ServerParcel parcel) {
     if (const auto* farewell = std::get_if<Farewell>(&parcel)) return Break(farewell->reason);
     if (std::holds_alternative<Greeting>(parcel) && m_state == State::Opening) {
         m_state = State::Open;
-        m_strLastDetail.clear();
+        m_lastDetail.clear();
         return m_events.OnOpened();
     }
     auto* message = std::get_if<ServerMessage>(&parcel);
@@ -203,7 +203,7 @@ std::unique_ptr<ClientTransport> NetworkClient::Connect(std::string_view source,
 }
 
 void NetworkClient::KeepAlive() {
-    for (NetworkTransport* transport : m_arrTransports) transport->KeepAlive();
+    for (NetworkTransport* transport : m_transports) transport->KeepAlive();
 }
 
 }  // namespace kalvex::vantrel

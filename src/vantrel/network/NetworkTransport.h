@@ -51,14 +51,14 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     const Endpoint m_endpoint;
     ClientTransportEvents& m_events;
     State m_state = State::Resting;
-    std::shared_ptr<Stream> m_pStream;  // while opening or open
-    std::shared_ptr<Reception<ServerParcel>> m_pReception;
-    std::shared_ptr<HandOver> m_pOwnEvents;
+    std::shared_ptr<Stream> m_stream;  // while opening or open
+    std::shared_ptr<Reception<ServerParcel>> m_reception;
+    std::shared_ptr<HandOver> m_ownEvents;
     PeerWatch m_watch{0};
-    bool m_bSpoke = false;
+    bool m_spoke = false;
     RetryPause m_pause;
-    std::int64_t m_tNextAttempt = 0;
-    std::string m_strLastDetail;  // of the log, which is told each detail once
+    std::int64_t m_nextAttempt = 0;
+    std::string m_lastDetail;  // of the log, which is told each detail once
 };
 
 }  // namespace kalvex::vantrel

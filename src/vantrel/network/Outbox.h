@@ -11,7 +11,7 @@ namespace kalvex::vantrel {
 class Outbox final {
   public:
     // Of the bytes that wait at one time.
-    explicit Outbox(std::size_t limit) : m_nLimit(limit) {}
+    explicit Outbox(std::size_t limit) : m_limit(limit) {}
 
     enum class Put { Queued, WriterNeeded, Full };
     enum class Next { Parcel, Nothing, End };
@@ -37,15 +37,15 @@ class Outbox final {
   private:
     Put Wake();
 
-    const std::size_t m_nLimit;
+    const std::size_t m_limit;
     mutable std::mutex m_mutex;
-    std::deque<std::string> m_arrParcels;
-    std::size_t m_nBytes = 0;
-    bool m_bWriting = false;  // the writer has been called and has not come to its rest
-    bool m_bTaken = false;    // it has a parcel
-    bool m_bClosed = false;
-    bool m_bMoved = true;
-    mutable bool m_bBacklogSeen = false;
+    std::deque<std::string> m_parcels;
+    std::size_t m_bytes = 0;
+    bool m_writing = false;  // the writer has been called and has not come to its rest
+    bool m_taken = false;    // it has a parcel
+    bool m_closed = false;
+    bool m_moved = true;
+    mutable bool m_backlogSeen = false;
 };
 
 }  // namespace kalvex::vantrel

@@ -20,19 +20,19 @@ std::int64_t SteadyMilliseconds() {
 }
 
 PeerWatch::Due PeerWatch::Look(std::int64_t now, LifeSigns signs) {
-    const std::int64_t passed = std::min(now - std::exchange(m_tLooked, now), kLongestLook);
-    m_nSilent = signs.heard ? 0 : m_nSilent + passed;
-    m_nStuck = signs.stuck ? m_nStuck + passed : 0;
-    m_nMute = signs.spoke ? 0 : m_nMute + passed;
-    if (m_nSilent >= kGoneAfter) return Due::Silent;
-    if (m_nStuck >= kGoneAfter) return Due::Stuck;
-    if (m_nMute < kBeatAfter) return Due::Nothing;
-    m_nMute = 0;
+    const std::int64_t passed = std::min(now - std::exchange(m_looked, now), kLongestLook);
+    m_silent = signs.heard ? 0 : m_silent + passed;
+    m_stuck = signs.stuck ? m_stuck + passed : 0;
+    m_mute = signs.spoke ? 0 : m_mute + passed;
+    if (m_silent >= kGoneAfter) return Due::Silent;
+    if (m_stuck >= kGoneAfter) return Due::Stuck;
+    if (m_mute < kBeatAfter) return Due::Nothing;
+    m_mute = 0;
     return Due::Beat;
 }
 
 std::int64_t RetryPause::Next() {
-    return std::exchange(m_nNext, std::min(m_nNext * 2, kLongestPause));
+    return std::exchange(m_next, std::min(m_next * 2, kLongestPause));
 }
 
 }  // namespace kalvex::vantrel

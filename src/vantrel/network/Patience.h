@@ -26,29 +26,29 @@ struct LifeSigns {
 // Watches over one conversation. Looked at about once a second.
 class PeerWatch {
   public:
-    explicit PeerWatch(std::int64_t now) : m_tLooked(now) {}
+    explicit PeerWatch(std::int64_t now) : m_looked(now) {}
 
     // Beat: a sign of life is due. Silent, Stuck: the peer counts as gone.
     enum class Due { Nothing, Beat, Silent, Stuck };
     Due Look(std::int64_t now, LifeSigns signs);
 
   private:
-    std::int64_t m_tLooked;
-    std::int64_t m_nSilent = 0;
-    std::int64_t m_nStuck = 0;
-    std::int64_t m_nMute = 0;  // time in which this side has sent nothing
+    std::int64_t m_looked;
+    std::int64_t m_silent = 0;
+    std::int64_t m_stuck = 0;
+    std::int64_t m_mute = 0;  // time in which this side has sent nothing
 };
 
 // The growing pauses between attempts.
 class RetryPause {
   public:
     std::int64_t Next();
-    void Reset() { m_nNext = kFirst; }
+    void Reset() { m_next = kFirst; }
 
   private:
     static constexpr std::int64_t kFirst = 500;
 
-    std::int64_t m_nNext = kFirst;
+    std::int64_t m_next = kFirst;
 };
 
 }  // namespace kalvex::vantrel

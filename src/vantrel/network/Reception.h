@@ -48,25 +48,25 @@ class Reception final : public StreamEvents,
                         public std::enable_shared_from_this<Reception<Parcel>> {
   public:
     Reception(platform::MainLoop& loop, std::size_t inboxLimit)
-        : m_pHandOver(std::make_shared<HandOver>(loop, inboxLimit)) {}
+        : m_handOver(std::make_shared<HandOver>(loop, inboxLimit)) {}
 
     // From now on the stream is read. The listener lasts until Stop. Main thread.
     void Start(const std::shared_ptr<Stream>& stream, ReceptionListener<Parcel>& listener) {
-        m_pListener = &listener;
-        m_pHandOver->OnRoom([weak = std::weak_ptr(stream)] {
+        m_listener = &listener;
+        m_handOver->OnRoom([weak = std::weak_ptr(stream)] {
             if (const auto reader = weak.lock()) reader->Resume();
         });
         stream->Resume();
     }
 
     // What still comes is dropped. Main thread.
-    void Stop() { m_pHandOver->Stop(); }
+    void Stop() { m_handOver->Stop(); }
 
     // Whether anything has come in since the last call.
-    bool TakeHeard() { return m_bHeard.exchange(false); }
+    bool TakeHeard() { return m_heard.exchange(false); }
 
     bool OnParcel(std::string_view bytes) override {
-        m_bHeard = true;
+        m_heard = true;
         Parcel parcel;
         const WireFault fault = Unpack(bytes, parcel);
         if (fault != WireFault::None) {
@@ -93,16 +93,14 @@ class Reception final : public StreamEvents,
 
     template <class Event>
     bool Push(std::size_t weight, Event event) {
-        return m_pHandOver->Push(
-            [self = this->shared_from_this(), event = std::move(event)]() mutable {
-                event(*self->m_pListener);
-            },
-            weight);
+        return m_handOver->Push([self = this->shared_from_this(),
+                                 event = std::move(event)]() mutable { event(*self->m_listener); },
+                                weight);
     }
 
-    std::shared_ptr<HandOver> m_pHandOver;
-    std::atomic<bool> m_bHeard = false;
-    Listener* m_pListener = nullptr;
+    std::shared_ptr<HandOver> m_handOver;
+    std::atomic<bool> m_heard = false;
+    Listener* m_listener = nullptr;
 };
 
 }  // namespace kalvex::vantrel

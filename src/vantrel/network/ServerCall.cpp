@@ -31,8 +31,8 @@ ServerCall::ServerCall(const CallServices& services, Caller caller)
     : m_services(services), m_caller(std::move(caller)), m_watch(services.settings.clock()) {}
 
 void ServerCall::End(std::uint32_t reason, Ending ending) {
-    if (std::exchange(m_bEnded, true)) return;
-    m_nReason = reason;
+    if (std::exchange(m_ended, true)) return;
+    m_reason = reason;
     m_caller.reception->Stop();
     if (ending == Ending::Cut) {
         m_caller.stream->Cancel();
@@ -46,20 +46,20 @@ void ServerCall::End(std::uint32_t reason, Ending ending) {
 
 void ServerCall::Bury(std::uint32_t reason) {
     End(reason, Ending::Farewell);
-    OnBuried(m_nReason);
+    OnBuried(m_reason);
 }
 
 void ServerCall::Put(std::string parcel) {
-    m_bSpoke = true;
-    if (m_bEnded || m_caller.stream->Send(std::move(parcel))) return;
+    m_spoke = true;
+    if (m_ended || m_caller.stream->Send(std::move(parcel))) return;
     Log(kClientStuck);
     End(ReasonSilent, Ending::Cut);
 }
 
 void ServerCall::Check(std::int64_t now) {
-    if (m_bEnded) return;
+    if (m_ended) return;
     const LifeSigns signs{.heard = m_caller.reception->TakeHeard() || MayBeSilent(),
-                          .spoke = std::exchange(m_bSpoke, false),
+                          .spoke = std::exchange(m_spoke, false),
                           .stuck = m_caller.stream->IsStuck()};
     const PeerWatch::Due due = m_watch.Look(now, signs);
     if (due == PeerWatch::Due::Nothing) return;
@@ -72,7 +72,7 @@ void ServerCall::Check(std::int64_t now) {
 }
 
 void ServerCall::Log(const char* polish, const std::string& detail) {
-    std::string client = text::ToUtf8(m_strClient);
+    std::string client = text::ToUtf8(m_client);
     if (!m_caller.address.empty()) {
         client += client.empty() ? m_caller.address : " (" + m_caller.address + ")";
     }
@@ -97,9 +97,9 @@ Conversation::Conversation(const CallServices& services, Caller caller, bool too
     if (tooMany) {
         Log(kTooManyClients);
     } else {
-        m_pSession = services.acceptor.Accept(*this);
+        m_session = services.acceptor.Accept(*this);
     }
-    if (m_pSession) {
+    if (m_session) {
         Put(Pack(Greeting{}));
         Start();
     } else {
@@ -110,7 +110,7 @@ Conversation::Conversation(const CallServices& services, Caller caller, bool too
 void Conversation::Send(ServerMessage message) {
     if (HasEnded()) return;
     const auto* login = std::get_if<LoginResult>(&message);
-    if (login != nullptr && login->code == 0) m_bLoggedIn = true;
+    if (login != nullptr && login->code == 0) m_loggedIn = true;
     PackedAnswer packed = Pack(message);
     if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
     for (std::string& parcel : packed.parcels) Put(std::move(parcel));
@@ -125,11 +125,11 @@ std::size_t Conversation::Backlog() const {
 }
 
 void Conversation::OnDrained() {
-    m_pSession->OnDrained();
+    m_session->OnDrained();
 }
 
 void Conversation::OnBuried(std::uint32_t reason) {
-    if (m_pSession) m_pSession->OnClosed(reason);
+    if (m_session) m_session->OnClosed(reason);
 }
 
 void Conversation::OnWireFault(WireFault fault) {
@@ -144,18 +144,18 @@ void Conversation::OnParcel(ClientParcel parcel) {
     auto* message = std::get_if<ClientMessage>(&parcel);
     if (message == nullptr) return;
     const auto* login = std::get_if<LoginRequest>(message);
-    if (login == nullptr && !m_bLoggedIn) return;
-    if (login != nullptr) m_strClient = login->clientName;
+    if (login == nullptr && !m_loggedIn) return;
+    if (login != nullptr) m_client = login->clientName;
     if (auto* request = std::get_if<SubscribeRequest>(message)) BoundSubscription(*request);
-    m_pSession->OnMessage(std::move(*message));
+    m_session->OnMessage(std::move(*message));
 }
 
 void Conversation::BoundSubscription(SubscribeRequest& request) {
-    for (const VariableHandle handle : request.removed) m_setHandles.erase(handle);
+    for (const VariableHandle handle : request.removed) m_handles.erase(handle);
     AccessErrors refused;
     std::erase_if(request.added, [&](const SubscribeRequest::Entry& entry) {
-        if (m_setHandles.size() < m_services.settings.variableLimit) {
-            m_setHandles.insert(entry.handle);
+        if (m_handles.size() < m_services.settings.variableLimit) {
+            m_handles.insert(entry.handle);
             return false;
         }
         refused.entries.push_back({entry.handle, ResultBadRequest});
@@ -169,7 +169,7 @@ void Conversation::BoundSubscription(SubscribeRequest& request) {
 // ---- lists of variables
 
 ListCall::ListCall(const CallServices& services, Caller caller, bool tooMany)
-    : ServerCall(services, std::move(caller)), m_pSelf(std::make_shared<ListCall*>(this)) {
+    : ServerCall(services, std::move(caller)), m_self(std::make_shared<ListCall*>(this)) {
     if (tooMany) {
         Log(kTooManyClients);
         End(ReasonServerEnded, Ending::Refusal);
@@ -179,13 +179,13 @@ ListCall::ListCall(const CallServices& services, Caller caller, bool tooMany)
 }
 
 void ListCall::OnParcel(ClientParcel parcel) {
-    if (std::exchange(m_bAsked, true)) return;
+    if (std::exchange(m_asked, true)) return;
     auto* message = std::get_if<ClientMessage>(&parcel);
     auto* login = message == nullptr ? nullptr : std::get_if<LoginRequest>(message);
     if (login == nullptr) return End(ReasonBadMessage, Ending::Refusal);
-    m_strClient = login->clientName;
+    m_client = login->clientName;
     m_services.acceptor.ListVariables(std::move(*login), m_caller.address,
-                                      [weak = std::weak_ptr(m_pSelf)](auto definitions) {
+                                      [weak = std::weak_ptr(m_self)](auto definitions) {
                                           if (const auto self = weak.lock())
                                               (*self)->Answer(std::move(definitions));
                                       });

@@ -51,7 +51,7 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
 
     // Once; later calls have no effect. The call is retired.
     void End(std::uint32_t reason, Ending ending);
-    bool HasEnded() const { return m_bEnded; }
+    bool HasEnded() const { return m_ended; }
     void Put(std::string parcel);
     // A line about the client; the text takes its name, then the detail (UTF-8).
     void Log(const char* polish, const std::string& detail = {});
@@ -65,13 +65,13 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
 
     const CallServices& m_services;
     const Caller m_caller;
-    std::string m_strClient;  // its name, once it has said it
+    std::string m_client;  // its name, once it has said it
 
   private:
     PeerWatch m_watch;
-    bool m_bSpoke = false;
-    bool m_bEnded = false;
-    std::uint32_t m_nReason = 0;
+    bool m_spoke = false;
+    bool m_ended = false;
+    std::uint32_t m_reason = 0;
 };
 
 class Conversation final : public ServerCall, private ServerLink {
@@ -94,9 +94,9 @@ class Conversation final : public ServerCall, private ServerLink {
     // Keeps the subscription within the bound; what is beyond it is answered.
     void BoundSubscription(SubscribeRequest& request);
 
-    bool m_bLoggedIn = false;
-    std::unordered_set<VariableHandle> m_setHandles;
-    std::unique_ptr<ServerSession> m_pSession;
+    bool m_loggedIn = false;
+    std::unordered_set<VariableHandle> m_handles;
+    std::unique_ptr<ServerSession> m_session;
 };
 
 class ListCall final : public ServerCall {
@@ -109,10 +109,10 @@ class ListCall final : public ServerCall {
     void OnParcel(ClientParcel parcel) override;
     void OnWireFault(WireFault fault) override;
     bool Beats() const override { return false; }
-    bool MayBeSilent() const override { return m_bAsked; }
+    bool MayBeSilent() const override { return m_asked; }
 
-    bool m_bAsked = false;
-    const std::shared_ptr<ListCall*> m_pSelf;  // for an answer that comes when the call has gone
+    bool m_asked = false;
+    const std::shared_ptr<ListCall*> m_self;  // for an answer that comes when the call has gone
 };
 
 }  // namespace kalvex::vantrel

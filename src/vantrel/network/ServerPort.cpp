@@ -42,21 +42,21 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
 
     void Cancel() override {
         const std::lock_guard lock(m_mutex);
-        if (m_bDone) return;
+        if (m_done) return;
         m_context.TryCancel();
         FinishLocked(StreamEnd::Lost);
     }
 
   private:
     void FinishLocked(StreamEnd end) {
-        if (std::exchange(m_bOver, true)) return;
+        if (std::exchange(m_over, true)) return;
         for (const StreamEndRow& row : kStreamEnds) {
             if (row.end == end) grpc::ServerGenericBidiReactor::Finish({row.code, ""});
         }
     }
 
     void EndLocked() {
-        if (!std::exchange(m_bEnded, true)) Events().OnEnded(StreamEnd::Lost, "");
+        if (!std::exchange(m_ended, true)) Events().OnEnded(StreamEnd::Lost, "");
     }
 
     void OnAllWrittenLocked() override { FinishLocked(m_end); }
@@ -75,14 +75,14 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
     void OnDone() override {
         const auto self = TakeSelf();
         const std::lock_guard lock(m_mutex);
-        m_bDone = true;
+        m_done = true;
     }
 
     const StreamMethod m_method;
     grpc::GenericCallbackServerContext& m_context;  // until the stream is done
     StreamEnd m_end = StreamEnd::Orderly;
-    bool m_bEnded = false;  // the events have been told
-    bool m_bDone = false;
+    bool m_ended = false;  // the events have been told
+    bool m_done = false;
 };
 
 // The calls are taken as bytes, not as the generated classes: so a message that does not decode is
@@ -90,7 +90,7 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
 class Service final : public grpc::CallbackGenericService {
   public:
     Service(PortEvents& events, std::size_t outboxLimit)
-        : m_events(events), m_nOutboxLimit(outboxLimit) {}
+        : m_events(events), m_outboxLimit(outboxLimit) {}
 
   private:
     grpc::ServerGenericBidiReactor* CreateReactor(
@@ -101,7 +101,7 @@ class Service final : public grpc::CallbackGenericService {
             // A list is made in one piece whatever its length.
             const bool bounded = row.method == StreamMethod::Converse;
             const auto stream = std::make_shared<ServerStream>(
-                events, bounded ? m_nOutboxLimit : SIZE_MAX, row.method, *context);
+                events, bounded ? m_outboxLimit : SIZE_MAX, row.method, *context);
             stream->Begin();
             m_events.OnCaller(stream, events, row.method, RemoteHost(context->peer()));
             return stream.get();
@@ -130,7 +130,7 @@ class Service final : public grpc::CallbackGenericService {
     }
 
     PortEvents& m_events;
-    const std::size_t m_nOutboxLimit;
+    const std::size_t m_outboxLimit;
 };
 
 class GrpcPort final : public ServerPort {
@@ -140,7 +140,7 @@ class GrpcPort final : public ServerPort {
     }
 
     ~GrpcPort() override {
-        if (m_pServer) m_pServer->Shutdown(std::chrono::system_clock::now() + kGrace);
+        if (m_server) m_server->Shutdown(std::chrono::system_clock::now() + kGrace);
     }
 
     bool Open(const PortSettings& settings, platform::Notice& error) {
@@ -161,15 +161,15 @@ class GrpcPort final : public ServerPort {
                                      grpc::InsecureServerCredentials());
         }
         if (!settings.address.empty()) {
-            builder.AddListeningPort("dns:///" + settings.address, credentials, &m_nTcpPort);
+            builder.AddListeningPort("dns:///" + settings.address, credentials, &m_tcpPort);
         }
-        m_pServer = builder.BuildAndStart();
-        if (m_pServer) return true;
+        m_server = builder.BuildAndStart();
+        if (m_server) return true;
         error = Fault(settings);
         return false;
     }
 
-    int TcpPort() const override { return m_nTcpPort; }
+    int TcpPort() const override { return m_tcpPort; }
 
   private:
     // The library does not tell why; so the system is asked, and what it has nothing against is the
@@ -200,8 +200,8 @@ class GrpcPort final : public ServerPort {
     }
 
     Service m_service;
-    std::unique_ptr<grpc::Server> m_pServer;
-    int m_nTcpPort = 0;
+    std::unique_ptr<grpc::Server> m_server;
+    int m_tcpPort = 0;
 };
 
 }  // namespace

@@ -25,10 +25,10 @@ constexpr std::int64_t kAnyNumber = std::numeric_limits<std::int64_t>::max();
 class Item {
   public:
     Item(const platform::JsonNode& node, std::string name)
-        : m_node(node), m_strName(std::move(name)) {}
+        : m_node(node), m_name(std::move(name)) {}
 
     [[noreturn]] void Fail(const std::string& words) const {
-        throw Fault{m_node, '"' + m_strName + "\" " + words};
+        throw Fault{m_node, '"' + m_name + "\" " + words};
     }
 
     const platform::JsonNode& Node() const { return m_node; }
@@ -65,7 +65,7 @@ class Item {
     template <class Row>
     void Rows(Row row) const {
         if (m_node.type != Type::Array) Fail("must be an array");
-        for (const platform::JsonNode& node : m_node.items) row(Item(node, m_strName));
+        for (const platform::JsonNode& node : m_node.items) row(Item(node, m_name));
     }
 
     // Each member of the object.
@@ -77,11 +77,11 @@ class Item {
         }
     }
 
-    const std::string& Name() const { return m_strName; }  // UTF-8
+    const std::string& Name() const { return m_name; }  // UTF-8
 
   private:
     const platform::JsonNode& m_node;
-    std::string m_strName;
+    std::string m_name;
 };
 
 // A field of an object of the file and what reads it.
@@ -298,7 +298,7 @@ constexpr std::array<Field<PlantDefinition>, 1> kPlantFields = {{{"sources", Rea
 }  // namespace
 
 bool ReadPlant(const std::string& path, PlantDefinition& plant, std::string& fault) {
-    platform::CJsonFile file(path);
+    platform::JsonFile file(path);
     platform::JsonNode root;
     bool good = file.Read(root);
     try {

@@ -14,7 +14,7 @@ PlantServer::PlantServer(SimulatedPlant& plant, PlantSource source)
     for (SimulatedVariable& definition : m_source.variables) {
         Variable& variable =
             m_arrVariables.emplace_back(Variable{std::move(definition), value::CVal()});
-        m_mapByName.emplace(variable.definition.name, &variable);
+        m_byName.emplace(variable.definition.name, &variable);
         for (PlantCurrent& current : variable.definition.current) {
             plant.At(current.atTick, [this, &variable, &current] {
                 value::CVal value = current.value;
@@ -32,7 +32,7 @@ PlantServer::PlantServer(SimulatedPlant& plant, PlantSource source)
     }
     for (const PlantReportChange& change : m_source.reportChanges) {
         plant.At(change.atTick, [this, &change] {
-            for (PlantTransport* transport : m_arrTransports) {
+            for (PlantTransport* transport : m_transports) {
                 transport->Deliver(ReportChange{change.kind, change.time});
             }
         });
@@ -48,15 +48,15 @@ bool PlantServer::IsUp(std::int64_t tick) const {
 
 void PlantServer::SettleConnections(std::uint32_t reason) {
     const bool up = IsUp(m_plant.Tick());
-    for (PlantTransport* transport : m_arrTransports) {
+    for (PlantTransport* transport : m_transports) {
         if (up && transport->IsWanted() && !transport->IsOpen()) transport->Begin();
         if (!up && transport->IsOpen()) transport->End(reason);
     }
 }
 
 PlantServer::Variable* PlantServer::Find(std::string_view name) {
-    const auto found = m_mapByName.find(name);
-    return found == m_mapByName.end() ? nullptr : found->second;
+    const auto found = m_byName.find(name);
+    return found == m_byName.end() ? nullptr : found->second;
 }
 
 VariableDefinition DefinitionOf(const SimulatedVariable& variable) {
@@ -74,7 +74,7 @@ std::vector<VariableDefinition> PlantServer::Definitions() const {
 
 void PlantServer::Publish(Variable& variable, value::CVal value) {
     variable.value = std::move(value);
-    for (PlantTransport* transport : m_arrTransports) transport->Publish(variable);
+    for (PlantTransport* transport : m_transports) transport->Publish(variable);
 }
 
 ReadAnswer PlantServer::Read(const ReadRequest& request) {

@@ -26,8 +26,8 @@ class PlantServer {
     // Makes and breaks conversations by whether the server is up at the running tick.
     void SettleConnections(std::uint32_t reason);
 
-    void Add(PlantTransport& transport) { m_arrTransports.push_back(&transport); }
-    void Remove(PlantTransport& transport) { std::erase(m_arrTransports, &transport); }
+    void Add(PlantTransport& transport) { m_transports.push_back(&transport); }
+    void Remove(PlantTransport& transport) { std::erase(m_transports, &transport); }
 
     struct Variable {
         SimulatedVariable definition;
@@ -49,8 +49,8 @@ class PlantServer {
     SimulatedPlant& m_plant;
     PlantSource m_source;
     std::vector<Variable> m_arrVariables;
-    std::map<std::string_view, Variable*> m_mapByName;
-    std::vector<PlantTransport*> m_arrTransports;
+    std::map<std::string_view, Variable*> m_byName;
+    std::vector<PlantTransport*> m_transports;
 };
 
 VariableDefinition DefinitionOf(const SimulatedVariable& variable);

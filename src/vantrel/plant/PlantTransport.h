@@ -26,8 +26,8 @@ class PlantTransport final : public ClientTransport {
                           std::vector<VariableDefinition>& list) override;
 
     // For the server.
-    bool IsWanted() const { return m_bWanted; }
-    bool IsOpen() const { return m_pConversation != nullptr; }
+    bool IsWanted() const { return m_wanted; }
+    bool IsOpen() const { return m_conversation != nullptr; }
     void Begin();
     void End(std::uint32_t reason);
     void Deliver(ServerMessage message);
@@ -48,15 +48,15 @@ class PlantTransport final : public ClientTransport {
     void BeginData();
     void AnswerSubscription(const std::vector<SubscribeRequest::Entry>& added);
 
-    PlantServer* m_pServer;
+    PlantServer* m_server;
     ClientTransportEvents& m_events;
-    bool m_bWanted = false;
-    std::shared_ptr<int> m_pConversation;  // lives as long as the conversation
-    bool m_bLoggedIn = false;
-    bool m_bDataBegun = false;
-    std::vector<SubscribeRequest::Entry> m_arrEarly;  // subscribed before the first data
-    std::set<VariableHandle> m_setSubscribed;
-    std::multimap<const PlantServer::Variable*, VariableHandle> m_mapLive;  // answered with data
+    bool m_wanted = false;
+    std::shared_ptr<int> m_conversation;  // lives as long as the conversation
+    bool m_loggedIn = false;
+    bool m_dataBegun = false;
+    std::vector<SubscribeRequest::Entry> m_early;  // subscribed before the first data
+    std::set<VariableHandle> m_subscribed;
+    std::multimap<const PlantServer::Variable*, VariableHandle> m_live;  // answered with data
 };
 
 }  // namespace kalvex::vantrel

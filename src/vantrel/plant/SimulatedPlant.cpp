@@ -11,21 +11,20 @@ SimulatedPlant::SimulatedPlant(PlantDefinition plant, const platform::Clock& clo
     : m_clock(clock) {
     for (PlantSource& source : plant.sources) {
         std::string name = source.name;
-        m_mapServers.emplace(std::move(name),
-                             std::make_unique<PlantServer>(*this, std::move(source)));
+        m_servers.emplace(std::move(name), std::make_unique<PlantServer>(*this, std::move(source)));
     }
 }
 
 SimulatedPlant::~SimulatedPlant() = default;
 
 void SimulatedPlant::At(std::int64_t tick, std::function<void()> event) {
-    m_mapEvents.emplace(tick, std::move(event));
+    m_events.emplace(tick, std::move(event));
 }
 
 void SimulatedPlant::AdvanceTo(std::int64_t tick) {
-    m_nTick = tick;
-    while (!m_mapEvents.empty() && m_mapEvents.begin()->first <= tick) {
-        const auto event = m_mapEvents.extract(m_mapEvents.begin());
+    m_tick = tick;
+    while (!m_events.empty() && m_events.begin()->first <= tick) {
+        const auto event = m_events.extract(m_events.begin());
         event.mapped()();
     }
 }
@@ -33,9 +32,9 @@ void SimulatedPlant::AdvanceTo(std::int64_t tick) {
 std::unique_ptr<ClientTransport> SimulatedPlant::Connect(std::string_view source,
                                                          ClientTransportEvents& events,
                                                          std::uint32_t&) {
-    const auto server = m_mapServers.find(source);
+    const auto server = m_servers.find(source);
     return std::make_unique<PlantTransport>(
-        server == m_mapServers.end() ? nullptr : server->second.get(), events);
+        server == m_servers.end() ? nullptr : server->second.get(), events);
 }
 
 }  // namespace kalvex::vantrel

@@ -35,15 +35,15 @@ class SimulatedPlant final : public TransportFactory {
     // For the servers: the tick that is running, and something to happen at a tick. What is set for
     // a tick that is running or past happens at the next AdvanceTo, or still within the present
     // one.
-    std::int64_t Tick() const { return m_nTick; }
+    std::int64_t Tick() const { return m_tick; }
     std::int64_t Now() const { return m_clock.Now(); }
     void At(std::int64_t tick, std::function<void()> event);
 
   private:
     const platform::Clock& m_clock;
-    std::int64_t m_nTick = 0;
-    std::multimap<std::int64_t, std::function<void()>> m_mapEvents;
-    std::map<std::string, std::unique_ptr<PlantServer>, std::less<>> m_mapServers;
+    std::int64_t m_tick = 0;
+    std::multimap<std::int64_t, std::function<void()>> m_events;
+    std::map<std::string, std::unique_ptr<PlantServer>, std::less<>> m_servers;
 };
 
 }  // namespace kalvex::vantrel

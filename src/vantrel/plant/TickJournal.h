@@ -17,20 +17,20 @@ class TickJournal final : public RequestJournal {
         JournalEntry entry;
     };
 
-    void SetTick(std::int64_t tick) { m_nTick = tick; }
+    void SetTick(std::int64_t tick) { m_tick = tick; }
     void Record(const CClientConnection& connection, JournalEntry entry) override {
-        m_mapRows[&connection].push_back({m_nTick, std::move(entry)});
+        m_rows[&connection].push_back({m_tick, std::move(entry)});
     }
 
     // In the order of the calls. The view lasts until the next call.
     std::span<const Row> Rows(const CClientConnection& connection) const {
-        const auto found = m_mapRows.find(&connection);
-        return found == m_mapRows.end() ? std::span<const Row>() : found->second;
+        const auto found = m_rows.find(&connection);
+        return found == m_rows.end() ? std::span<const Row>() : found->second;
     }
 
   private:
-    std::int64_t m_nTick = 0;
-    std::map<const CClientConnection*, std::vector<Row>> m_mapRows;
+    std::int64_t m_tick = 0;
+    std::map<const CClientConnection*, std::vector<Row>> m_rows;
 };
 
 }  // namespace kalvex::vantrel
