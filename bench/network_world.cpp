@@ -84,19 +84,18 @@ int ServePlant(const std::string& configuration) {
     return sorvaned::RunSorvaned(options);
 }
 
-void Network::Deliver(const std::function<void()>& check) {
+void Network::Deliver() {
     m_loop.Run();
     const std::int64_t now = vantrel::SteadyMilliseconds();
     if (now < m_nextCheck) return;
     m_nextCheck = now + 100;
-    m_client.KeepAlive();
-    check();
+    m_client.Check();
 }
 
-void Network::DeliverUntil(const std::function<bool()>& done, const std::function<void()>& check) {
+void Network::DeliverUntil(const std::function<bool()>& done) {
     const std::int64_t begin = vantrel::SteadyMilliseconds();
     while (!done()) {
-        Deliver(check);
+        Deliver();
         std::this_thread::yield();
         if (vantrel::SteadyMilliseconds() - begin < kMostMilliseconds) continue;
         Expect(false, "what is waited for does not come");
@@ -114,7 +113,7 @@ Module::Module(const std::string& text) {
 }
 
 void Module::Tick() {
-    m_network.Deliver([this] { m_client.SourceList().CheckConnections(); });
+    m_network.Deliver();
     m_ticker.RunTick();
 }
 
@@ -123,11 +122,10 @@ void Module::RunToEnd() {
 }
 
 void Module::WaitForData(std::string_view source) {
-    const auto ready = [&] {
+    m_network.DeliverUntil([&] {
         const sources::CInterfaceClientConnection* connection = m_client.FindConnection(source);
         return connection != nullptr && connection->IsDataReady();
-    };
-    m_network.DeliverUntil(ready, [this] { m_client.SourceList().CheckConnections(); });
+    });
 }
 
 double Module::Value(const std::string& name) {

@@ -52,15 +52,13 @@ class Child {
 // The data server itself, with this behind its section [server] and the name "stacja".
 int ServePlant(const std::string& configuration);
 
-// The network of a process, which gives it time for its periodic work while it waits. `check` does
-// that of the connections, for as long as they are not made.
+// The network of a process, which gives it time for its periodic work while it waits.
 class Network {
   public:
     vantrel::TransportFactory& Transports() { return m_client; }
-    void Deliver(const std::function<void()>& check = [] {});
+    void Deliver();
     // Ends the program when it takes more than a minute.
-    void DeliverUntil(
-        const std::function<bool()>& done, const std::function<void()>& check = [] {});
+    void DeliverUntil(const std::function<bool()>& done);
 
   private:
     platform::PostedWork m_loop;

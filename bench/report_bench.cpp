@@ -136,10 +136,7 @@ void ChangesToManyClients(benchmark::State& state) {
         return std::all_of(listeners.begin(), listeners.end(), has);
     };
     network.DeliverUntil(
-        [&] { return all([](const auto& listener) { return listener->HasData(); }); },
-        [&] {
-            for (const auto& listener : listeners) listener->CheckConnection();
-        });
+        [&] { return all([](const auto& listener) { return listener->HasData(); }); });
     Rounds rounds("Y", kChangedHours);
     std::int64_t told = 0;
     for (auto _ : state) {
@@ -193,8 +190,7 @@ class Filler final : public vantrel::CClientConnection, private vantrel::AnswerW
   public:
     explicit Filler(Network& network) : m_network(network) {
         Create(23, "stacja", "bench", network.Transports(), nullptr);
-        network.DeliverUntil([this] { return GetState() == vantrel::StateConnected; },
-                             [this] { CheckConnection(); });
+        network.DeliverUntil([this] { return GetState() == vantrel::StateConnected; });
         for (std::int64_t first = 0; first < kMonth; first += kWrittenTogether) Write(first);
     }
 

@@ -48,8 +48,7 @@ class CClientConnection : private ClientTransportEvents {
 
     // Logs in anew, as after a change of the user.
     void Login();
-    // Periodic work, about once a second: the time to come back after a break, and to try a refused
-    // login again.
+    // Periodic work, about once a second.
     void CheckConnection();
 
     // ---- variables

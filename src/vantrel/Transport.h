@@ -65,8 +65,9 @@ class ClientTransport {
     // ReasonClientEnded for ReasonClosed, and the reason itself otherwise.
     virtual void Close(std::uint32_t reason) = 0;
 
-    // The time for attempts to open anew. Called by the connection, about once a second.
-    virtual void Check() = 0;
+    // About once a second, for a transport that has no other time of its own: an attempt to open
+    // anew.
+    virtual void Check() {}
 
     // The definitions of all variables of the server in the server's order, also while the
     // connection is not open. May wait for the server for as long as a person would; false when

@@ -217,11 +217,11 @@ TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
     server.reset();
     world.RunUntil(events, "closed 4107");
     world.now += 500;
-    transport->Check();
+    client.Check();
     world.RunUntil(events, "fault 2 4110");
     server = world.Listen(world.ServerSettings(), acceptor);
     world.now += 1000;
-    transport->Check();
+    client.Check();
     world.RunUntil(events, "opened");
     EXPECT_THAT(events.heard, ElementsAre("closed 4107", "fault 2 4110", "opened"));
     world.RunUntil([&] { return acceptor.link != nullptr; });
@@ -245,7 +245,7 @@ TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) 
     acceptor.heard.clear();
     server = world.Listen(world.ServerSettings(), acceptor);
     world.now += 500;
-    connection.CheckConnection();
+    client.Check();
     world.RunUntil(acceptor, "subscribe +1Z1 +2Z2");
     EXPECT_THAT(acceptor.heard, ElementsAre("login / Kalvex 23", "subscribe +1Z1 +2Z2"));
 }
@@ -263,11 +263,11 @@ TEST_F(NetworkConversationTest, PausesBetweenAttemptsGrowToFiveSeconds) {
     for (const int pause : {500, 1000, 2000, 4000, 5000, 5000}) {
         events.heard.clear();
         world.now += pause - 1;
-        transport->Check();
+        lone.Check();
         world.loop.Run();
         EXPECT_THAT(events.heard, IsEmpty());
         world.now += 1;
-        transport->Check();
+        lone.Check();
         world.loop.Run();
         EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
     }
@@ -282,7 +282,7 @@ TEST_F(NetworkConversationTest, ClosedClientRestsUntilItIsOpenedAgain) {
     transport->Close(ReasonClosed);
     world.RunUntil(events, "closed 4102");
     world.now += 60'000;
-    transport->Check();
+    client.Check();
     EXPECT_EQ(acceptor.clients, 1);
     events.heard.clear();
     EXPECT_TRUE(transport->Open());
@@ -307,12 +307,12 @@ TEST_F(NetworkConversationTest, SilentServerCountsAsGoneAfterTenSeconds) {
     for (int second = 0; second < 10; ++second) {
         EXPECT_THAT(events.heard, IsEmpty());
         world.now += 1000;
-        client.KeepAlive();  // the server's is not called: it hangs
+        client.Check();  // the server's is not called: it hangs
         world.loop.Run();
     }
     // The word of the last Flush counts at the first look.
     world.now += 1000;
-    client.KeepAlive();
+    client.Check();
     world.RunUntil(events, "closed 4105");
 }
 
@@ -335,7 +335,7 @@ TEST_F(NetworkConversationTest, ServerThatNeverGreetsIsGivenUp) {
     transport->Open();
     for (int second = 0; second < 10; ++second) {
         world.now += 1000;
-        client.KeepAlive();
+        client.Check();
     }
     world.loop.Run();
     EXPECT_THAT(events.heard, testing::Contains("fault 2 4105"));

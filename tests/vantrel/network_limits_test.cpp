@@ -312,7 +312,7 @@ class NetworkLimitsServerTest : public testing::Test {
 TEST_F(NetworkLimitsServerTest, ClientBeatsAfterTwoSecondsWithoutAWord) {
     Open();
     world.now += 2000;
-    client.KeepAlive();
+    client.Check();
     EXPECT_EQ(raw.events->Take(), Pack(Heartbeat{}));
 }
 

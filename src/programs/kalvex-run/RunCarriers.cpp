@@ -30,7 +30,7 @@ void RunNetwork::BeginTick(std::int64_t, vantrel::CSourceList& sources) {
     const std::int64_t now = m_clock();
     if (now < m_nextCheck) return;
     m_nextCheck = now + kCheckPeriod;
-    m_client.KeepAlive();
+    m_client.Check();
     sources.CheckConnections();
 }
 

@@ -42,7 +42,7 @@ bool NetworkLibrary::Start(std::string&) {
     settings.addresses = app::ReadServerAddresses(m_profile);
     m_client =
         std::make_unique<vantrel::NetworkClient>(std::move(settings), m_loop, *m_log, m_translator);
-    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_client->KeepAlive(); });
+    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_client->Check(); });
     return true;
 }
 

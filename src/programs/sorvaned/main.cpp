@@ -9,7 +9,8 @@ int main(int argc, char** argv) {
     tzset();
     // What the server writes is for its account and its group.
     ::umask(0027);
-    const kalvex::sorvaned::SorvanedLine line = kalvex::sorvaned::ParseSorvanedLine({argv + 1, argv + argc});
+    const kalvex::sorvaned::SorvanedLine line =
+        kalvex::sorvaned::ParseSorvanedLine({argv + 1, argv + argc});
     if (!line.exitStatus) return kalvex::sorvaned::RunSorvaned(line.options);
     std::fputs(line.message.c_str(), *line.exitStatus == 0 ? stdout : stderr);
     return *line.exitStatus;

@@ -43,9 +43,9 @@ class NetworkClient final : public TransportFactory {
     std::unique_ptr<ClientTransport> Connect(std::string_view source, ClientTransportEvents& events,
                                              std::uint32_t& reason) override;
 
-    // The signs of life of all conversations. A program calls it about once a second, however
-    // rarely it checks its connections.
-    void KeepAlive();
+    // The periodic work of all transports, about once a second: attempts to open anew, signs of
+    // life. Nobody else does it for them.
+    void Check();
 
   private:
     friend class NetworkTransport;

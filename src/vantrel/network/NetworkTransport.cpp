@@ -90,11 +90,9 @@ void NetworkTransport::Close(std::uint32_t reason) {
     Tell([reason](ClientTransportEvents& events) { events.OnClosed(reason); });
 }
 
-void NetworkTransport::Check() {
-    if (m_state == State::Waiting && m_client.m_settings.clock() >= m_nextAttempt) Attempt();
-}
-
-void NetworkTransport::KeepAlive() {
+void NetworkTransport::KeepUp() {
+    const std::int64_t now = m_client.m_settings.clock();
+    if (m_state == State::Waiting && now >= m_nextAttempt) return Attempt();
     if (!m_stream) return;
     const LifeSigns signs{.heard = m_reception->TakeHeard(),
                           .spoke = std::exchange(m_spoke, false),
@@ -202,8 +200,8 @@ std::unique_ptr<ClientTransport> NetworkClient::Connect(std::string_view source,
     return std::make_unique<NetworkTransport>(*this, source, std::move(endpoint), events);
 }
 
-void NetworkClient::KeepAlive() {
-    for (NetworkTransport* transport : m_transports) transport->KeepAlive();
+void NetworkClient::Check() {
+    for (NetworkTransport* transport : m_transports) transport->KeepUp();
 }
 
 }  // namespace kalvex::vantrel

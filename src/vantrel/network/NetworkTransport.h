@@ -23,12 +23,11 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     bool Open() override;
     void Send(ClientMessage message) override;
     void Close(std::uint32_t reason) override;
-    void Check() override;
     bool LoadVariableList(const LoginRequest& login,
                           std::vector<VariableDefinition>& list) override;
 
-    // Gives signs of life, and looks for those of the server.
-    void KeepAlive();
+    // The client's periodic work on it: attempts to open anew, signs of life.
+    void KeepUp();
 
   private:
     enum class State { Resting, Waiting, Opening, Open };

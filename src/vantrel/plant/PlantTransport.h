@@ -21,7 +21,6 @@ class PlantTransport final : public ClientTransport {
     bool Open() override;
     void Send(ClientMessage message) override;
     void Close(std::uint32_t reason) override;
-    void Check() override {}
     bool LoadVariableList(const LoginRequest& login,
                           std::vector<VariableDefinition>& list) override;
 
