@@ -132,9 +132,9 @@ std::string Reader::Text(const std::string& utf8, std::size_t bound, WireFault f
     return {};
 }
 
-value::ValueKind Reader::Kind(int kind) {
-    if (kind >= value::KindNone && kind <= value::KindArchive)
-        return static_cast<value::ValueKind>(kind);
+value::ValueKind Reader::Kind(int number) {
+    if (number >= value::KindNone && number <= value::KindArchive)
+        return static_cast<value::ValueKind>(number);
     Note(WireFault::NumberOutOfRange);
     return value::KindNone;
 }
