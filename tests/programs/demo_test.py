@@ -19,8 +19,8 @@ class Demo(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
-    def start(self, seconds):
-        demo = subprocess.Popen([DEMO, BIN, str(seconds)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+    def start(self, seconds, programs=BIN):
+        demo = subprocess.Popen([DEMO, programs, str(seconds)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                 encoding="utf-8", start_new_session=True, env={**os.environ, "TMPDIR": self.folder})
         self.addCleanup(demo.stdout.close)
         self.addCleanup(demo.wait)
@@ -78,6 +78,23 @@ class Demo(unittest.TestCase):
             self.assertEqual(demo.returncode, 0, text)
             self.assertEqual(len(re.findall("Uruchomienie modułu Kalvex", text)), 1, text)
         self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_module_that_is_slow_to_start_is_waited_for(self):
+        with tempfile.TemporaryDirectory() as folder:
+            programs = pathlib.Path(folder)
+            for name in ("sorvaned", "kalvex-run"):
+                (programs / name).symlink_to(os.path.join(os.path.realpath(BIN), name))
+            # It goes on when somebody writes to the pipe.
+            os.mkfifo(programs / "go")
+            module = programs / "kalvexd"
+            module.write_text(f"#!/bin/sh\ncase \"$*\" in *--log-stdout*) cat '{programs}/go' ;; esac\n"
+                              f"exec '{os.path.realpath(BIN)}/kalvexd' \"$@\"\n")
+            module.chmod(0o755)
+            demo = self.start(0, programs)
+            seen = self.read_to(demo, "Nasłuchiwanie")
+            with open(programs / "go", "w"):  # when the module has begun to read
+                os.killpg(demo.pid, signal.SIGINT)
+            self.expect_end(demo, seen)
 
     def test_death_of_a_program_ends_it_and_shows_in_the_status(self):
         demo = self.start(0)
