@@ -109,6 +109,15 @@ void CKalvexDoc::ShowLine(int line) {
 
 bool CKalvexDoc::ExecuteLine() {
     if (m_nCurrentLine >= GetLineCount()) return true;
+    if (!m_arrLineCache.empty()) return RunLine();
+    // A text that is not started may change between two lines, but not within one.
+    FillLineCache();
+    const bool succeeded = RunLine();
+    DropLineCache();
+    return succeeded;
+}
+
+bool CKalvexDoc::RunLine() {
     SetError(operands::ErrorNone, {}, true);
     std::string_view line = GetLine(m_nCurrentLine);
     if (!m_lstCallStack.empty()) {
