@@ -249,15 +249,23 @@ void CVariableList::RemoveAll() {
     m_iterator = -1;
 }
 
+// A way of more steps than there are variables leads in a circle.
+CVariable* CVariablePointer::FindTarget() const {
+    const CVariablePointer* pointer = this;
+    for (std::size_t steps = m_script.Variables().GetSize(); steps > 0; --steps) {
+        CVariable* target = FindVariable(m_script, pointer->m_target);
+        if (target == nullptr || target->GetKind() != VariablePointer) return target;
+        pointer = static_cast<const CVariablePointer*>(target);
+    }
+    return nullptr;
+}
+
 template <class Result, class... Parameters, class... Arguments>
 Result CVariablePointer::Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                                  Arguments&&... arguments) {
-    CVariable* target = FindVariable(m_script, m_target);
-    if (target == nullptr || m_forwarding) return missing;
-    m_forwarding = true;
-    Result result = (target->*operation)(std::forward<Arguments>(arguments)...);
-    m_forwarding = false;
-    return result;
+    CVariable* target = FindTarget();
+    if (target == nullptr) return missing;
+    return (target->*operation)(std::forward<Arguments>(arguments)...);
 }
 
 VariableKind CVariablePointer::GetTargetKind() {
