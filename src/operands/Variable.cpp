@@ -400,8 +400,7 @@ void VariableTable::RemoveAll() {
 }
 
 std::string_view BaseName(std::string_view name) {
-    const std::size_t dot = name.find('.');
-    return dot == 0 ? name : name.substr(0, dot);
+    return name.substr(0, name.find('.', 1));
 }
 
 CVariable* FindVariable(ScriptContext& script, std::string_view name) {

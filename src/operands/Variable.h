@@ -238,7 +238,7 @@ class VariableTable {
     std::unordered_map<std::string_view, CVariable*> m_byName;  // keys live in the variables
 };
 
-// The name without its suffix: cut at the first dot unless that stands at position 0.
+// The name without its suffix: cut at the first dot that does not stand at position 0.
 std::string_view BaseName(std::string_view name);
 
 // The variable of that name, its suffix left aside; null with script error 3 (not forced)

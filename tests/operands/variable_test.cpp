@@ -361,6 +361,7 @@ TEST(VariableFindTest, CutsAtTheFirstDotUnlessInFront) {
     script.Local(".B");
     EXPECT_EQ(FindVariable(script, "A.HREP.X")->GetName(), "A");
     EXPECT_EQ(FindVariable(script, ".B")->GetName(), ".B");
+    EXPECT_EQ(FindVariable(script, ".B.HREP.X")->GetName(), ".B");
     EXPECT_EQ(script.Error(), "0");
     EXPECT_EQ(FindVariable(script, "a.HREP"), nullptr);
     EXPECT_EQ(script.Error(), "3 a");
