@@ -139,6 +139,7 @@ bool CKalvexDoc::Start() {
     m_nReportedLine = kNoLineReported;
     m_nReportedError = kNoErrorReported;
     m_bErrorStanding = false;
+    stepFailed = false;
     m_tSleepUntil = 0;
     m_bInProcedureSkip = false;
     m_bInProcedureBody = false;
@@ -202,6 +203,7 @@ void CKalvexDoc::ClearRunState() {
     SetError(operands::ErrorNone, {}, false);
     m_nReportedError = operands::ErrorNone;
     m_bErrorStanding = false;
+    stepFailed = false;
 }
 
 void CKalvexDoc::MarkLine(int line) {

@@ -35,6 +35,7 @@ struct RunState {
     int m_nReportedLine = 0;
     int m_nReportedError = 0;
     bool m_bErrorStanding = false;  // the last line failed with a real error
+    bool stepFailed = false;        // so did the last single step, which leaves no error standing
     int m_nPriority = 50;           // a line runs every so many ticks
     std::int64_t m_tSleepUntil = 0;
     int m_nPaceCounter = 0;  // ticks left until the next line is due

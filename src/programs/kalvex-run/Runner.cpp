@@ -91,9 +91,7 @@ void Runner::RunTick() {
         const Action& action = m_actions[m_nextAction++];
         action.row->perform(*m_scripts[action.script], action);
     }
-    for (const std::unique_ptr<RunScript>& script : m_scripts) script->BeforeTick();
     m_ticker.RunTick();
-    for (const std::unique_ptr<RunScript>& script : m_scripts) script->AfterTick();
     if (m_virtualClock != nullptr) m_virtualClock->Advance(m_options.tickMs);
 }
 
