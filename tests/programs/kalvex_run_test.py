@@ -254,6 +254,22 @@ class Faults(RunnerTest):
         self.assert_refused(self.call("--json", "a.kx", "b.kx"), "kalvex-run: b.kx: No such file or directory")
         self.assert_refused(self.call("a.kx", "."), "kalvex-run: .: Is a directory")
 
+    def test_script_in_a_folder_that_has_no_name_in_windows_1250(self):
+        folder = self.folder / "漢字"
+        folder.mkdir()
+        (folder / "a.kx").write_bytes(b"LOCAL A\r\n")
+        reason = ": its full path has characters outside Windows-1250"
+        self.assert_refused(self.call("漢字/a.kx"), "kalvex-run: 漢字/a.kx" + reason)
+        below = subprocess.run(
+            [RUNNER, *VIRTUAL, "a.kx"], cwd=folder, env=self.environment, capture_output=True, timeout=TIME_LIMIT_SECONDS
+        )
+        self.assertEqual((below.returncode, below.stderr.decode("utf-8")), (2, "kalvex-run: a.kx" + reason + "\n"))
+        self.write("a.kx", "LOCAL A\n")
+        from_there = subprocess.run(
+            [RUNNER, *VIRTUAL, "../a.kx"], cwd=folder, env=self.environment, capture_output=True, timeout=TIME_LIMIT_SECONDS
+        )
+        self.assertEqual(from_there.returncode, 0)
+
     def test_action_file_that_is_not_valid(self):
         self.write("a.kx", "LOCAL A\n")
         (self.folder / "akcje.json").write_text('[\n{"atTick": 1, "script": 1, "do": "stop"}]\n', encoding="utf-8")
