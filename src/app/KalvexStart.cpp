@@ -295,6 +295,13 @@ void CKalvexApp::OnLoginFailed(std::string text) {
 // The frames of scripts that start by themselves are minimised, with a window and without one.
 void CKalvexApp::OpenAutoStartScripts() {
     m_frame->SetOpeningScripts(true);
+    if (!platform::HasEngineForm(m_world.workingDir)) {
+        m_log.Log(text::FormatText(
+                      m_world.translator.Translate("Nazwa folderu %s ma znaki spoza Windows-1250, "
+                                                   "więc jego pliki nie otworzą się"),
+                      {text::FromUtf8(m_world.workingDir)}),
+                  platform::LogErrors);
+    }
     for (const std::string& path : m_configuration.autostart) {
         std::string error;
         engine::CKalvexDoc* document = m_documents->Open(path, error);

@@ -172,19 +172,10 @@ LineOutcome ExecuteGoto(StatementCall& call) {
     return FinishedIf(call.document.GotoLabel(text::NextToken(call.rest)));
 }
 
-// The first line that is the label, or -1. A text that is not started may change between two lines
-// and is searched anew.
-int CKalvexDoc::FindLabel(std::string_view target) {
-    if (!m_arrLineCache.empty()) {
-        const auto found = m_labels.find(target);
-        return found == m_labels.end() ? -1 : found->second;
-    }
-    const int count = GetLineCount();
-    for (int line = 0; line < count; ++line) {
-        std::string_view text = GetLine(line);
-        if (text.starts_with(':') && text::NextToken(text) == target) return line;
-    }
-    return -1;
+// The first line that is the label, or -1.
+int CKalvexDoc::FindLabel(std::string_view target) const {
+    const auto found = m_labels.find(target);
+    return found == m_labels.end() ? -1 : found->second;
 }
 
 bool CKalvexDoc::GotoLabel(std::string_view label) {

@@ -20,7 +20,7 @@ bool EvaluateFor(CKalvexDoc& document, operands::CVariable& variable, std::strin
 }  // namespace
 
 bool CKalvexDoc::NameMayBeDeclared(std::string_view name) {
-    return name.find('.', 1) == std::string_view::npos ||
+    return operands::BaseName(name).size() == name.size() ||
            StopOnError(operands::ErrorDotInName, name);
 }
 
@@ -96,8 +96,8 @@ LineOutcome ExecuteSet(StatementCall& call) {
     CKalvexDoc& document = call.document;
     std::string_view name = text::NextToken(call.rest);
     if (text::NextToken(call.rest) != "=") return document.Fail(operands::ErrorNoAssignment);
-    const std::size_t stamp = name.find(operands::kTimestamp);
-    const bool setsTime = stamp != std::string_view::npos && stamp > 0;
+    const std::size_t stamp = name.find(operands::kTimestamp, 1);
+    const bool setsTime = stamp != std::string_view::npos;
     if (setsTime) name = name.substr(0, stamp);
     operands::CVariable* variable = document.FindNamed(name);
     if (variable == nullptr) return LineOutcome::Failed;

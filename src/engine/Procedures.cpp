@@ -5,6 +5,7 @@
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
 #include "operands/Keywords.h"
+#include "operands/Variable.h"
 #include "text/LineScanner.h"
 
 namespace kalvex::engine {
@@ -83,9 +84,7 @@ std::string_view ProcedureName(std::string_view text) {
 }
 
 std::string LookupArgument(const CCallFrame& frame, std::string_view token) {
-    const std::size_t dot = token.find('.');
-    const bool hasSuffix = dot != std::string_view::npos && dot > 0;
-    const std::string_view name = hasSuffix ? token.substr(0, dot) : token;
+    const std::string_view name = operands::BaseName(token);
     for (const CCallArg& argument : frame.arrArgs) {
         if (argument.strFormal != name) continue;
         return argument.strActual + std::string(token.substr(name.size()));

@@ -90,18 +90,9 @@ int CKalvexDoc::GetLineCount() const {
 }
 
 // The text of a started script stands still until its reset, whether its window shows or not.
-std::string_view CKalvexDoc::GetLine(int n) {
-    if (static_cast<std::size_t>(n) < m_arrLineCache.size()) {
-        return m_arrLineCache[static_cast<std::size_t>(n)];
-    }
-    if (n >= GetLineCount()) return {};
-    NormaliseLine(m_text->GetLine(n), m_lineBuffer);
-    return m_lineBuffer;
-}
-
-IfBlockIndex& CKalvexDoc::IfBlocks() {
-    if (m_arrLineCache.empty()) m_ifBlocks.Clear();
-    return m_ifBlocks;
+std::string_view CKalvexDoc::GetLine(int n) const {
+    if (static_cast<std::size_t>(n) >= m_arrLineCache.size()) return {};
+    return m_arrLineCache[static_cast<std::size_t>(n)];
 }
 
 std::string FirstKeyword(CKalvexDoc& document, int line) {
@@ -148,6 +139,7 @@ bool CKalvexDoc::Start() {
     m_nReportedLine = kNoLineReported;
     m_nReportedError = kNoErrorReported;
     m_bErrorStanding = false;
+    stepFailed = false;
     m_tSleepUntil = 0;
     m_bInProcedureSkip = false;
     m_bInProcedureBody = false;
@@ -211,6 +203,7 @@ void CKalvexDoc::ClearRunState() {
     SetError(operands::ErrorNone, {}, false);
     m_nReportedError = operands::ErrorNone;
     m_bErrorStanding = false;
+    stepFailed = false;
 }
 
 void CKalvexDoc::MarkLine(int line) {

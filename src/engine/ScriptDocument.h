@@ -35,6 +35,7 @@ struct RunState {
     int m_nReportedLine = 0;
     int m_nReportedError = 0;
     bool m_bErrorStanding = false;  // the last line failed with a real error
+    bool stepFailed = false;        // so did the last single step, which leaves no error standing
     int m_nPriority = 50;           // a line runs every so many ticks
     std::int64_t m_tSleepUntil = 0;
     int m_nPaceCounter = 0;  // ticks left until the next line is due
@@ -97,8 +98,9 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void Resume();
 
     int GetLineCount() const;
-    // Line n normalised: tabs are blanks, leading blanks gone. Valid until the next call.
-    std::string_view GetLine(int n);
+    // Line n normalised: tabs are blanks, leading blanks gone; empty where there is none. Only
+    // while the script is started or a line runs; valid until the line that runs has ended.
+    std::string_view GetLine(int n) const;
 
     // Records the error and puts the script into step mode, for a handler to return.
     operands::Failure StopOnError(int code, std::string_view text);
@@ -113,7 +115,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // The counts of IF...THEN and ENDIF; false, with a log line, when they do not match.
     bool CheckStructure();
     // Where the blocks of the text end.
-    IfBlockIndex& IfBlocks();
+    IfBlockIndex& IfBlocks() { return m_ifBlocks; }
     // Moves to a line, which is passed over when the statement that jumps has finished.
     void JumpTo(int line) { m_nCurrentLine = line; }
     // Jumps to the label's line; a missing label stops the script with error 6.
@@ -148,6 +150,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void MarkLine(int line);
     void RunFreely();
     void RunOneStep();
+    bool RunLine();
     void CompleteLine();
     LineOutcome RunStatement(std::string_view line);
     LineOutcome PassProcedureLine(std::string_view keyword);
@@ -156,7 +159,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void FillLineCache();
     void DropLineCache();
     bool SaveChanges();
-    int FindLabel(std::string_view target);
+    int FindLabel(std::string_view target) const;
     bool NameMayBeDeclared(std::string_view name);
 
     const DocumentServices& m_documentServices;
@@ -169,7 +172,6 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // First line of each label of the cached lines, by the label's token.
     std::unordered_map<std::string_view, int> m_labels;
     IfBlockIndex m_ifBlocks;
-    std::string m_lineBuffer;
     std::string m_rewrittenLine;
 };
 

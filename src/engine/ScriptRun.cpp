@@ -73,7 +73,9 @@ void CKalvexDoc::RunFreely() {
 
 // A step reports an error only where line and code both differ from the reported ones.
 void CKalvexDoc::RunOneStep() {
-    if (!ExecuteLine()) {
+    const bool succeeded = ExecuteLine();
+    stepFailed = !succeeded && !LastError().IsWaiting();
+    if (!succeeded) {
         const int code = LastError().m_nErrorCode;
         if (m_nReportedLine != m_nCurrentLine && m_nReportedError != code)
             ReportError(platform::LogErrors);
@@ -99,7 +101,8 @@ void CKalvexDoc::ShowLine(int line) {
     if (m_view == nullptr) return;
     if (m_bStepRequested && !m_bMinimised) MarkLine(line);
     m_view->SelectLine(line);
-    if (m_bStepRequested || !m_view->HasBreakpoint(line)) return;
+    const bool behindText = line >= GetLineCount();
+    if (m_bStepRequested || behindText || !m_view->HasBreakpoint(line)) return;
     Stop();
     if (Services().console != nullptr) {
         Services().console->SendState(m_strDocKey, ConsoleStateMessage::Breakpoint, GetStateWord(),
@@ -109,6 +112,15 @@ void CKalvexDoc::ShowLine(int line) {
 
 bool CKalvexDoc::ExecuteLine() {
     if (m_nCurrentLine >= GetLineCount()) return true;
+    if (!m_arrLineCache.empty()) return RunLine();
+    // A text that is not started may change between two lines, but not within one.
+    FillLineCache();
+    const bool succeeded = RunLine();
+    DropLineCache();
+    return succeeded;
+}
+
+bool CKalvexDoc::RunLine() {
     SetError(operands::ErrorNone, {}, true);
     std::string_view line = GetLine(m_nCurrentLine);
     if (!m_lstCallStack.empty()) {

@@ -94,10 +94,9 @@ constexpr ListProperty kListProperties[] = {
     {".AVERAGE", ReadAverage},
 };
 
-// A plain substring search; its first occurrence counts, and only at position 1 or later.
+// A plain substring search; what stands at position 0 is a name.
 bool Mentions(std::string_view text, std::string_view name) {
-    const std::size_t position = text.find(name);
-    return position != std::string_view::npos && position >= 1;
+    return text.find(name, 1) != std::string_view::npos;
 }
 
 // Every property begins with a dot and a capital letter; a text without that pair needs no search.
@@ -115,15 +114,14 @@ std::string_view CutAtLastDot(std::string_view text) {
 
 bool EvaluateVariableProperty(ScriptContext& script, std::string_view text, value::CVal& out,
                               bool report) {
-    const std::size_t dot = text.find('.');
-    const std::string_view base = text.substr(0, dot);
+    const std::string_view base = BaseName(text);
     CVariable* variable = FindVariable(script, base);
     if (variable == nullptr) {
         if (report) script.SetError(ErrorWrongKind, base, false);
         return false;
     }
     for (const VariableProperty& property : kVariableProperties) {
-        if (property.row.name == text.substr(dot)) {
+        if (property.row.name == text.substr(base.size())) {
             out = property.read(*variable);
             return true;
         }
@@ -170,8 +168,7 @@ bool EvaluateTimestamp(ScriptContext& script, std::string_view text, value::CVal
 }
 
 bool EvaluateTime(ScriptContext& script, std::string_view text, value::CVal& out) {
-    const std::size_t dot = text.find('.');
-    const std::string_view base = text.substr(0, dot);
+    const std::string_view base = BaseName(text);
     std::int64_t time = 0;
     if (base == Keyword::Time) {
         time = script.Services().clock.Now();
@@ -180,11 +177,11 @@ bool EvaluateTime(ScriptContext& script, std::string_view text, value::CVal& out
         if (!EvaluateOperand(script, base, value, value::ValueType::Int64, true)) return false;
         value.GetValData(value::ValueType::Int64, &time);
     }
-    if (dot == std::string_view::npos) {
+    if (base.size() == text.size()) {
         out = value::CVal(time);
         return true;
     }
-    const TimeProperty* property = FindTimeProperty(text.substr(dot));
+    const TimeProperty* property = FindTimeProperty(text.substr(base.size()));
     if (property == nullptr) return false;
     const std::int64_t result = property->compute(time);
     out = property->kind == TimePropertyKind::Time ? value::CVal(result)

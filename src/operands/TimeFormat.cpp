@@ -5,21 +5,17 @@
 #include <sstream>
 #include <string_view>
 
+#include "operands/TimeParts.h"
+
 namespace kalvex::operands {
 
 namespace {
 
-struct FieldBounds {
-    int std::tm::*field;
-    int least;
-    int most;
-};
+constexpr int kLeastYear = 1000 - 1900;
+constexpr int kMostYear = 9999 - 1900;
 
-// A year has four digits.
-constexpr FieldBounds kBounds[] = {
-    {&std::tm::tm_min, 0, 59},  {&std::tm::tm_sec, 0, 59}, {&std::tm::tm_hour, 0, 24},
-    {&std::tm::tm_mday, 1, 31}, {&std::tm::tm_mon, 0, 11}, {&std::tm::tm_year, -900, 8099},
-};
+// The week of a day may belong to the year before or after it, also where a century ends.
+constexpr int kYearsBeside[] = {0, -1, 1, -99, 99};
 
 constexpr std::string_view kConversions = "aAbBcCdDeFgGhHIjmMnprRStTuUVwWxXyYzZ%";
 
@@ -54,19 +50,19 @@ std::string FormatTime(const std::tm& fields, std::string_view format) {
     return Write(fields, KnownConversions(format));
 }
 
-std::optional<std::tm> ReadTime(const std::string& text, std::string_view format) {
+std::optional<std::tm> ReadTime(std::string_view text, std::string_view format) {
+    const std::optional<TimeParts> parts = ReadTimeParts(text, format);
+    if (!parts) return std::nullopt;
     const std::string known = KnownConversions(format);
-    std::istringstream stream(text);
-    stream.imbue(std::locale::classic());
-    std::tm fields{};
-    stream >> std::get_time(&fields, known.c_str());
-    if (stream.fail()) return std::nullopt;
-    for (const FieldBounds& bounds : kBounds) {
-        const int value = fields.*bounds.field;
-        if (value < bounds.least || value > bounds.most) return std::nullopt;
+    for (const int years : kYearsBeside) {
+        std::tm fields = FieldsOfParts(*parts, years);
+        const bool inBounds =
+            fields.tm_mday >= 1 && fields.tm_year >= kLeastYear && fields.tm_year <= kMostYear;
+        if (!inBounds || Write(fields, known) != text) continue;
+        fields.tm_zone = nullptr;
+        return fields;
     }
-    if (Write(fields, known) != text) return std::nullopt;
-    return fields;
+    return std::nullopt;
 }
 
 }  // namespace kalvex::operands

@@ -249,15 +249,23 @@ void CVariableList::RemoveAll() {
     m_iterator = -1;
 }
 
+// A way of more steps than there are variables leads in a circle.
+CVariable* CVariablePointer::FindTarget() const {
+    const CVariablePointer* pointer = this;
+    for (std::size_t steps = m_script.Variables().GetSize(); steps > 0; --steps) {
+        CVariable* target = FindVariable(m_script, pointer->m_target);
+        if (target == nullptr || target->GetKind() != VariablePointer) return target;
+        pointer = static_cast<const CVariablePointer*>(target);
+    }
+    return nullptr;
+}
+
 template <class Result, class... Parameters, class... Arguments>
 Result CVariablePointer::Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                                  Arguments&&... arguments) {
-    CVariable* target = FindVariable(m_script, m_target);
-    if (target == nullptr || m_forwarding) return missing;
-    m_forwarding = true;
-    Result result = (target->*operation)(std::forward<Arguments>(arguments)...);
-    m_forwarding = false;
-    return result;
+    CVariable* target = FindTarget();
+    if (target == nullptr) return missing;
+    return (target->*operation)(std::forward<Arguments>(arguments)...);
 }
 
 VariableKind CVariablePointer::GetTargetKind() {
@@ -392,8 +400,7 @@ void VariableTable::RemoveAll() {
 }
 
 std::string_view BaseName(std::string_view name) {
-    const std::size_t dot = name.find('.');
-    return dot == 0 ? name : name.substr(0, dot);
+    return name.substr(0, name.find('.', 1));
 }
 
 CVariable* FindVariable(ScriptContext& script, std::string_view name) {

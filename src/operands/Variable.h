@@ -161,8 +161,9 @@ class CVariableList final : public VariableStored {
     std::int32_t m_iterator = -1;
 };
 
-// Stands for another variable by name; the name is looked up at each use and every operation is
-// passed on. A missing target, and a pointer that leads back to itself, give the base answers.
+// Stands for another variable by name, or for what another pointer stands for; names are looked up
+// at each use and every operation is passed on. A missing target, and pointers that lead back to
+// themselves, give the base answers.
 class CVariablePointer final : public CVariable {
   public:
     CVariablePointer(std::string_view name, ScriptContext& script)
@@ -216,9 +217,10 @@ class CVariablePointer final : public CVariable {
     Result Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                    Arguments&&... arguments);
 
+    CVariable* FindTarget() const;
+
     ScriptContext& m_script;
     std::string m_target;
-    bool m_forwarding = false;
 };
 
 // The variables of one script in order of declaration, found by exact name. Owns them.
@@ -236,7 +238,7 @@ class VariableTable {
     std::unordered_map<std::string_view, CVariable*> m_byName;  // keys live in the variables
 };
 
-// The name without its suffix: cut at the first dot unless that stands at position 0.
+// The name without its suffix: cut at the first dot that does not stand at position 0.
 std::string_view BaseName(std::string_view name);
 
 // The variable of that name, its suffix left aside; null with script error 3 (not forced)

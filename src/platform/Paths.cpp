@@ -32,6 +32,10 @@ std::string Paths::GetShortPath(std::string_view path) const {
     return full;
 }
 
+bool HasEngineForm(std::string_view nativePath) {
+    return NativePath(text::FromUtf8(nativePath)) == nativePath;
+}
+
 std::string NativePath(std::string_view enginePath) {
     return text::ToUtf8(enginePath);
 }

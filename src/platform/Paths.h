@@ -26,6 +26,10 @@ class Paths {
     std::string m_rootDir;
 };
 
+// Whether a path of the system (UTF-8) can be written as an engine text. Of one with other
+// characters than those of Windows-1250 the engine's form names no file.
+bool HasEngineForm(std::string_view nativePath);
+
 // The bytes by which the system knows the file.
 std::string NativePath(std::string_view enginePath);
 

@@ -67,26 +67,65 @@ std::int64_t InstantOf(std::int64_t reading) {
     return Offset(reading - after) == after ? reading - after : first;
 }
 
-// The offset of the clock that stands at winter time all year. It is the smaller one of the pair
-// that the zone alternates between, since some zones are recorded as saving daylight in winter. A
-// partner is looked for over more than half a year each way, and is told from a change of the zone
-// itself by the size of the shift.
-std::int64_t WinterOffset(std::int64_t time) {
-    constexpr int kWeeks = 30;
-    constexpr std::int64_t kLargestShift = 2 * kSecondsPerHour;
+// What local clocks are set to from one change to the next.
+struct Season {
+    std::int64_t time;  // one of its instants
+    std::int64_t offset;
+    bool daylight;
+};
+
+std::optional<Season> SeasonAt(std::int64_t time) {
     std::tm at;
-    if (!LocalCalendar(time, at)) return 0;
-    for (int week = 1; week <= kWeeks; ++week) {
-        for (const std::int64_t probe : {time - week * kWeek, time + week * kWeek}) {
-            std::tm other;
-            if (!LocalCalendar(probe, other) || other.tm_isdst == at.tm_isdst) continue;
-            const std::int64_t shift = other.tm_gmtoff - at.tm_gmtoff;
-            if (shift != 0 && std::abs(shift) <= kLargestShift) {
-                return std::min(other.tm_gmtoff, at.tm_gmtoff);
-            }
+    if (!LocalCalendar(time, at)) return std::nullopt;
+    return Season{time, at.tm_gmtoff, at.tm_isdst > 0};
+}
+
+// The season before or after, nothing when this one goes on for so many weeks.
+std::optional<Season> SeasonBeside(const Season& season, int step, int weeks) {
+    for (int week = 1; week <= weeks; ++week) {
+        const std::optional<Season> beside = SeasonAt(season.time + step * week * kWeek);
+        if (!beside) return std::nullopt;
+        if (beside->offset != season.offset || beside->daylight != season.daylight) return beside;
+    }
+    return std::nullopt;
+}
+
+// The offset without the daylight saving of a season that has it. The seasons on both sides tell,
+// unless the zone itself changed there: an hour is the likeliest shift, and taken for granted where
+// neither side tells. Where both are ahead, the zone is recorded as saving daylight in winter.
+std::int64_t OffsetWithoutDaylight(const Season& season) {
+    constexpr int kLongest = 160;  // weeks; a summer went on for 135
+    constexpr std::int64_t kLargestShift = 2 * kSecondsPerHour;
+    std::int64_t shift = kSecondsPerHour;
+    bool ahead = false;
+    bool behind = false;
+    for (const int step : {-1, 1}) {
+        const std::optional<Season> beside = SeasonBeside(season, step, kLongest);
+        if (!beside || beside->daylight) continue;
+        const std::int64_t found = season.offset - beside->offset;
+        if (found == kSecondsPerHour) return beside->offset;
+        ahead |= found < 0 && found >= -kLargestShift;
+        if (found <= 0 || found > kLargestShift) continue;
+        behind = true;
+        shift = found;
+    }
+    return ahead && !behind ? season.offset : season.offset - shift;
+}
+
+// The offset of the clock that stands at winter time all year.
+std::int64_t WinterOffset(std::int64_t time) {
+    constexpr int kHalfYear = 30;  // weeks, and some more
+    const std::optional<Season> season = SeasonAt(time);
+    if (!season) return 0;
+    if (season->daylight) return OffsetWithoutDaylight(*season);
+    for (const int step : {-1, 1}) {
+        const std::optional<Season> beside = SeasonBeside(*season, step, kHalfYear);
+        if (beside && beside->daylight && beside->offset < season->offset &&
+            OffsetWithoutDaylight(*beside) == beside->offset) {
+            return beside->offset;
         }
     }
-    return at.tm_gmtoff;
+    return season->offset;
 }
 
 // The first second whose offset is not the one at `from`; the offsets at both ends differ.

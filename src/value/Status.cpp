@@ -57,8 +57,8 @@ ValueKind KindFromWord(std::string_view word) {
 }
 
 ValueKind GetValueKind(std::string_view name) {
-    const std::size_t dot = name.find('.');
-    if (dot == std::string_view::npos || dot == 0) return KindCurrent;
+    const std::size_t dot = name.find('.', 1);
+    if (dot == std::string_view::npos) return KindCurrent;
     const std::string_view suffix = name.substr(dot + 1);
     for (const ValueKindRow& row : kValueKinds) {
         if (text::EqualNoCase(row.suffix, suffix)) return row.kind;

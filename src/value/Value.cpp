@@ -301,7 +301,7 @@ CVal CVal::operator~() const {
     ReadOperand(*this, operand);
     const std::uint16_t type = operand.IsReal() ? ValueType::Int : operand.type;
     const std::int64_t complement = ~ReadAs(ValueType::Int64, operand);
-    CVal result(*this);
+    CVal result;
     result.PutNumber(Fits(complement, type) ? type : ValueType::Int64, CVal::Number{complement});
     return result;
 }

@@ -107,7 +107,7 @@ class CVal {
     CVal& operator/=(const CVal& right);
     CVal operator*(const CVal& right) const;
     // The complement of the value read as a 64-bit integer, in the value's own integer type (int
-    // for a double, 64 bits for a text) or in 64 bits where it does not fit.
+    // for a double, 64 bits for a text) or in 64 bits where it does not fit. Status and time are 0.
     CVal operator~() const;
     friend CVal pow(const CVal& base, const CVal& exponent);
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <clocale>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -116,6 +118,11 @@ bool IsWhole(const std::optional<NumberText>& number) {
     return number && WithoutLeadingBlanks(number->rest).empty();
 }
 
+double ReadOperatorNumber(const std::string& text) {
+    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+    return static_cast<double>(strtold_l(text.c_str(), nullptr, classic));
+}
+
 }  // namespace
 
 bool ConvertString2Double(std::string_view text, double* out) {
@@ -185,8 +192,7 @@ void ApplyOperatorText(CVal& value, std::string_view text) {
     if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
         value = CVal(text.substr(1, text.size() - 2));
     } else {
-        ReadNumberPrefix(text, value);
-        value.Cast(ValueType::Double);
+        value = CVal(ReadOperatorNumber(std::string(text)));
     }
     value.SetStatus(status);
 }

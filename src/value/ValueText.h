@@ -35,9 +35,9 @@ std::string ValueToText(const CVal& value);
 
 // Changes the value as the operator's dialog does. "*" alone makes it unknown, "$" alone unknown,
 // set by the user and locked; a leading "#" is taken off and makes it set by the user and
-// soft-locked. What lies between double quotes becomes a text, all else the number at its
-// beginning, 0 if there is none. The value is made anew, with no other status and with time 0. An
-// empty text leaves it as it was.
+// soft-locked. What lies between double quotes becomes a text, all else the number that strtold
+// finds at its beginning, 0 if there is none: here alone hexadecimal, "inf" and "nan" are numbers.
+// The value is made anew, with no other status and with time 0. An empty text leaves it as it was.
 void ApplyOperatorText(CVal& value, std::string_view text);
 
 // The text with which that dialog opens: empty while the value is unknown.

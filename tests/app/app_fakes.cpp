@@ -24,7 +24,8 @@ bool AppTest::Start(std::vector<std::string> arguments) {
     world.window = m_hasWindow ? &m_window : nullptr;
     world.service = m_service;
     world.arguments = std::move(arguments);
-    world.workingDir = world.logFolder = m_folder.Path();
+    world.logFolder = m_folder.Path();
+    world.workingDir = m_workingDir;
     world.hostName = "stacja";
     m_app = std::make_unique<CKalvexApp>(world);
     m_app->Log().SetListener(this);

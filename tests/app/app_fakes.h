@@ -248,6 +248,7 @@ class AppTest : public testing::Test, protected LogListener {
 
     support::ZoneScope m_zone{"Europe/Warsaw"};
     support::ScratchFolder m_folder;
+    std::string m_workingDir = m_folder.Path();
     Record m_record;
     platform::VirtualClock m_clock{kNow};
     platform::Translator m_translator;

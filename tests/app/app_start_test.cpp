@@ -347,6 +347,20 @@ TEST_F(AppStartTest, ScriptWhoseFileIsGoneIsPassedOver) {
                     Script("c.kx") + " : Start skryptu ", "Poziom rejestracji: błędy "));
 }
 
+TEST_F(AppStartTest, FolderThatHasNoNameInWindows1250IsTold) {
+    m_folder.MakeFolder("漢");
+    m_workingDir = m_folder.Path("漢");
+    PutProfile("[Autostart]\nProcedura0=a.kx\n");
+    m_folder.Put("漢/a.kx", "\n");
+    ASSERT_TRUE(Start());
+    EXPECT_THAT(Those("log"),
+                ElementsAre("Uruchomienie modułu Kalvex",
+                            "Nazwa folderu " + m_folder.Path("?") +
+                                " ma znaki spoza Windows-1250, więc jego pliki nie otworzą się",
+                            m_folder.Path("?/a.kx") + " : No such file or directory",
+                            "Poziom rejestracji: błędy "));
+}
+
 TEST_F(AppStartTest, ScriptsThatStartByThemselvesAreMinimised) {
     PutProfile("[Autostart]\nProcedura0=a.kx\n");
     PutScript("a.kx", "\n");

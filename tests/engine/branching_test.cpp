@@ -58,15 +58,39 @@ TEST_F(BranchingTest, LabelWithABlankIsNotReached) {
 }
 
 TEST_F(BranchingTest, LabelsAreTheSameInAStartedTextAndInOneThatIsOnlyStepped) {
-    const std::string text = "GOTO b\n:a x\n  :b\n:b\n\t:c:d\n: e\nLOCAL F";
-    for (const char* label : {"a", "b", "c:d", "c", "e", "", "A", "x"}) {
-        CKalvexDoc& started = Open(text);
+    const std::string text = "\n:a x\n  :b\n:b\n\t:c:d\n: e\nLOCAL F";
+    for (const std::string label : {"a", "b", "c:d", "c", "e", "", "A", "x"}) {
+        CKalvexDoc& started = Open("GOTO " + label + text);
         started.Start();
-        CKalvexDoc& idle = Open(text);
-        EXPECT_EQ(started.GotoLabel(label), idle.GotoLabel(label)) << label;
+        CKalvexDoc& idle = Open("GOTO " + label + text);
+        EXPECT_EQ(started.ExecuteLine(), idle.ExecuteLine()) << label;
         EXPECT_EQ(started.State().m_nCurrentLine, idle.State().m_nCurrentLine) << label;
         EXPECT_EQ(Error(started), Error(idle)) << label;
     }
+}
+
+TEST_F(BranchingTest, StepOfATextThatIsNotStartedRunsItsOwnLine) {
+    const std::string longLine = "; " + std::string(5000, 'x') + " A == 2 THEN";
+    CKalvexDoc& document = Open(longLine +
+                                "\nLOCAL A = 1\nLOCAL NAZWA = \"a\"\n"
+                                "IF A == 1 THEN\nSET A = 5\nELSE\nSET A = 7\nENDIF\n"
+                                "IF NAZWA == \"a\" GOTO k\nSET A = 8\n:k\n"
+                                "CALL f(A)\nGOTO koniec\n"
+                                "PROCEDURE f(B)\nBEGIN\nIF B == 5 THEN\nSET B = B + 1\nENDIF\nEND\n"
+                                ":koniec");
+    for (int line = 0; line < 20; ++line) EXPECT_TRUE(document.ExecuteLine()) << line;
+    EXPECT_EQ(document.State().m_nCurrentLine, document.GetLineCount());
+    EXPECT_EQ(Value(document, "A"), "171:6.00");
+}
+
+TEST_F(BranchingTest, TextMayChangeBetweenTwoStepsBeforeItsStart) {
+    CKalvexDoc& document = Open("GOTO k\n:k\nIF 1 THEN\nENDIF\nLOCAL A\n");
+    EXPECT_TRUE(document.ExecuteLine());
+    EXPECT_EQ(document.State().m_nCurrentLine, 2);
+    document.Text().SetText("\n\nGOTO k\nIF 1 THEN\n:k\nENDIF\nLOCAL B\n");
+    for (int line = 0; line < 3; ++line) EXPECT_TRUE(document.ExecuteLine()) << line;
+    EXPECT_EQ(document.GetLineCount(), 8);
+    EXPECT_EQ(Value(document, "B"), "255:");
 }
 
 TEST_F(BranchingTest, LabelOnTheLastLineEndsTheScript) {

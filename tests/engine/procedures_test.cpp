@@ -39,6 +39,7 @@ TEST(ProceduresArgumentTest, TakesTheFirstMatch) {
 TEST(ProceduresArgumentTest, KeepsTheSuffixFromTheFirstDot) {
     const CCallFrame frame = FrameOf({{"zmienna", "p"}});
     EXPECT_EQ(LookupArgument(frame, "p.HREP"), "zmienna.HREP");
+    EXPECT_EQ(LookupArgument({.arrArgs = {{"A", ".p"}}}, ".p.HREP"), "A.HREP");
     EXPECT_EQ(LookupArgument(frame, "p.HREP.TIMESTAMP"), "zmienna.HREP.TIMESTAMP");
     EXPECT_EQ(LookupArgument(frame, "p."), "zmienna.");
 }

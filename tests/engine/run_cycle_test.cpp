@@ -187,7 +187,7 @@ TEST_F(RunCycleTest, ChangesThatCannotBeSavedAreNotLost) {
     folder.MakeFolder("main.kx");
     EXPECT_FALSE(document.Start());
     EXPECT_TRUE(document.IsModified());
-    EXPECT_EQ(document.GetLine(0), "LOCAL B");
+    EXPECT_EQ(document.Text().GetLine(0), "LOCAL B");
     EXPECT_THAT(Log(), ElementsAre("main.kx : Is a directory"));
 }
 
@@ -272,7 +272,7 @@ TEST_F(RunCycleTest, ResetDiscardsTheRunAndRestoresTheText) {
     EXPECT_EQ(document.State().m_nPaceCounter, 0);
     EXPECT_FALSE(document.IsReadOnly());
     EXPECT_EQ(document.Variables().GetSize(), 0u);
-    EXPECT_EQ(document.GetLine(0), "; nowy");
+    EXPECT_EQ(document.Text().GetLine(0), "; nowy");
     EXPECT_EQ(Log(platform::LogAlways).back(), "main.kx : Reset skryptu ");
 }
 

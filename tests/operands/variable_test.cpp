@@ -318,12 +318,50 @@ TEST(VariablePointerTest, PointerThatReachesItselfEnds) {
     EXPECT_EQ(pointer.GetValueType(value::KindCurrent, 0), value::ValueType::Unreadable);
 }
 
+TEST(VariablePointerTest, PointersToOneVariableCopyItOntoItself) {
+    support::FakeScript script;
+    CVariableLocal& variable = script.Local("A", value::CVal(5));
+    CVariablePointer& near = script.Pointer("V", "A");
+    CVariablePointer& far = script.Pointer("W", "V");
+    EXPECT_EQ(far.CopyFrom(&far, value::KindCurrent), 1);
+    EXPECT_EQ(near.CopyFrom(&far, value::KindCurrent), 1);
+    EXPECT_EQ(far.CopyFrom(&near, value::KindCurrent), 1);
+    value::CVal value;
+    variable.GetValue(value, value::KindCurrent, 0);
+    EXPECT_EQ(support::Dump(value), "150:5");
+    EXPECT_EQ(far.CopyFrom(&far, value::KindArchive), 0);
+}
+
+TEST(VariablePointerTest, PointersToACircleEnd) {
+    support::FakeScript script;
+    CVariablePointer& pointer = script.Pointer("W", "V");
+    script.Pointer("V", "U");
+    script.Pointer("U", "V");
+    script.Pointer("S", "S");
+    EXPECT_EQ(pointer.SetValue(value::CVal(1), value::KindCurrent), 0);
+    EXPECT_EQ(script.Variables().Find("S")->CopyFrom(&pointer, value::KindCurrent), 0);
+    EXPECT_EQ(script.Error(), "0");
+}
+
+TEST(VariablePointerTest, LongWayOfPointersHasAnEnd) {
+    support::FakeScript script;
+    CVariablePointer& first = script.Pointer("P0", "P1");
+    for (int i = 1; i < 100; ++i) {
+        script.Pointer("P" + std::to_string(i), "P" + std::to_string(i + 1));
+    }
+    EXPECT_EQ(first.SetValue(value::CVal(1), value::KindCurrent), 0);
+    EXPECT_EQ(script.Error(), "3 P100");
+    script.Local("P100");
+    EXPECT_EQ(first.SetValue(value::CVal(1), value::KindCurrent), 1);
+}
+
 TEST(VariableFindTest, CutsAtTheFirstDotUnlessInFront) {
     support::FakeScript script;
     script.Local("A");
     script.Local(".B");
     EXPECT_EQ(FindVariable(script, "A.HREP.X")->GetName(), "A");
     EXPECT_EQ(FindVariable(script, ".B")->GetName(), ".B");
+    EXPECT_EQ(FindVariable(script, ".B.HREP.X")->GetName(), ".B");
     EXPECT_EQ(script.Error(), "0");
     EXPECT_EQ(FindVariable(script, "a.HREP"), nullptr);
     EXPECT_EQ(script.Error(), "3 a");

@@ -184,6 +184,33 @@ class ExitStatus(RunnerTest):
         good = self.run_scripts("LOCAL A\nSET A = 1\n", actions=[breaks, at(60, "step")])
         self.assertEqual((good.code, good.script["currentLine"]), (0, 2))
 
+    def test_end_behind_an_else_without_endif_is_an_end(self):
+        text = "ELSE\n"
+        alone = self.run_scripts(text)
+        beside = self.run_scripts(text, "LOCAL A\nLOCAL B\nLOCAL C\n")
+        self.assertEqual((alone.code, beside.code), (0, 0))
+        for run in (alone, beside):
+            self.assertEqual((run.script["finished"], run.script["errorCode"]), (True, 13))
+            self.assertTrue(run.log[-1].endswith("Błąd w zapisie funkcji"), run.log)
+        self.write("a.kx", text)
+        self.assertTrue(self.call(*VIRTUAL, "a.kx").out.endswith("/a.kx : finished\n"))
+
+    def test_good_step_to_line_65535(self):
+        text = "GOTO k\n" + "\n" * 65531 + ":k\nLOCAL A = 1\n:x\nLOCAL B = 1\n"
+        breaks = at(1, "breakpoint", line=65533)
+        run = self.run_scripts(text, actions=[breaks, at(60, "step"), at(120, "step")])
+        self.assertEqual((run.code, run.script["currentLine"], run.value("A")), (0, 65535, 1))
+        failing = text.replace("LOCAL B", "SET B")
+        steps = [at(tick, "step") for tick in (60, 120, 180)]
+        run = self.run_scripts(failing, actions=[breaks, *steps])
+        self.assertEqual((run.code, run.script["currentLine"]), (1, 65535))
+
+    def test_breakpoint_behind_the_last_line_stops_nothing(self):
+        run = self.run_scripts("LOCAL A\nLOCAL B", actions=[at(1, "breakpoint", line=2), at(500, "restore")])
+        self.assertEqual((run.code, run.result["ticks"]), (0, 500))
+        self.assertEqual([run.script[f] for f in ("running", "paused", "finished")], [True, False, True])
+        self.assertEqual(len(run.log), 2)
+
     def test_step_that_waits_is_no_failure(self):
         text = "LOCAL A\nSET A = A.ARCH\n"
         run = self.run_scripts(text, actions=[at(1, "breakpoint", line=1), at(60, "step")])
@@ -226,6 +253,22 @@ class Faults(RunnerTest):
         self.write("a.kx", "LOCAL A\n")
         self.assert_refused(self.call("--json", "a.kx", "b.kx"), "kalvex-run: b.kx: No such file or directory")
         self.assert_refused(self.call("a.kx", "."), "kalvex-run: .: Is a directory")
+
+    def test_script_in_a_folder_that_has_no_name_in_windows_1250(self):
+        folder = self.folder / "漢字"
+        folder.mkdir()
+        (folder / "a.kx").write_bytes(b"LOCAL A\r\n")
+        reason = ": its full path has characters outside Windows-1250"
+        self.assert_refused(self.call("漢字/a.kx"), "kalvex-run: 漢字/a.kx" + reason)
+        below = subprocess.run(
+            [RUNNER, *VIRTUAL, "a.kx"], cwd=folder, env=self.environment, capture_output=True, timeout=TIME_LIMIT_SECONDS
+        )
+        self.assertEqual((below.returncode, below.stderr.decode("utf-8")), (2, "kalvex-run: a.kx" + reason + "\n"))
+        self.write("a.kx", "LOCAL A\n")
+        from_there = subprocess.run(
+            [RUNNER, *VIRTUAL, "../a.kx"], cwd=folder, env=self.environment, capture_output=True, timeout=TIME_LIMIT_SECONDS
+        )
+        self.assertEqual(from_there.returncode, 0)
 
     def test_action_file_that_is_not_valid(self):
         self.write("a.kx", "LOCAL A\n")

@@ -435,6 +435,28 @@ TEST(LocalTimeZoneTest, ThatChangedItsOffsetHasTheWinterClockOfTheSeason) {
     EXPECT_EQ(GetWinterHour(support::Gmt(2024, 7, 1, 12)), 15);
 }
 
+TEST(LocalTimeZoneTest, WhoseLastSummerHadNoEndHadItsWinterClockInIt) {
+    const support::ZoneScope zone("Asia/Amman");  // +02 to 2022-02-25, then +03 for good
+    EXPECT_EQ(GetWinterHour(support::Gmt(2022, 2, 10, 12)), 14);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2022, 10, 20, 12)), 14);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2022, 11, 20, 12)), 15);
+    EXPECT_EQ(GetWinterHour(support::Gmt(2012, 12, 20, 12)), 14);  // in a summer of 21 months
+}
+
+TEST(LocalTimeZoneTest, ThatChangedInASummerIsAnHourBehindIt) {
+    // Clocks go from -06 to -04 in March 2007, and back by one hour in November.
+    const support::ZoneScope winamac("America/Indiana/Winamac");
+    EXPECT_EQ(GetWinterHour(support::Gmt(2007, 4, 1, 12)), 7);
+    {
+        // -05 in 1973, a summer of -05 in 1974, -05 again.
+        const support::ZoneScope marengo("America/Indiana/Marengo");
+        EXPECT_EQ(GetWinterHour(support::Gmt(1974, 6, 1, 12)), 6);
+    }
+    // From -01 and a summer of 00 to 00 without one.
+    const support::ZoneScope danmarkshavn("America/Danmarkshavn");
+    EXPECT_EQ(GetWinterHour(support::Gmt(1996, 2, 1, 12)), 12);
+}
+
 TEST(LocalTimeZoneTest, ThatLeftOutADayStepsOverIt) {
     const support::ZoneScope zone("Pacific/Apia");  // 2011-12-30 does not exist: -10 became +14
     EXPECT_EQ(GetNextLocalDayTime(support::Gmt(2011, 12, 29, 22)),

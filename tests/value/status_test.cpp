@@ -70,8 +70,9 @@ TEST(StatusValueKindTest, WordIsComparedWithCase) {
 
 TEST(StatusValueKindTest, SuffixOfANameSelectsTheKindInEitherCase) {
     constexpr KindRow kNames[] = {
-        {"A.CURDATA", 1}, {"A.HREP", 2}, {"A.DREP", 3}, {"A.MREP", 4},
-        {"A.SREP", 5},    {"A.ARCH", 6}, {"A.hrep", 2}, {"A.Curdata", 1},
+        {".A.HREP", 2}, {".A.dRep", 3}, {"..ARCH", 6},    {"A.CURDATA", 1},
+        {"A.HREP", 2},  {"A.DREP", 3},  {"A.MREP", 4},    {"A.SREP", 5},
+        {"A.ARCH", 6},  {"A.hrep", 2},  {"A.Curdata", 1},
     };
     for (const KindRow& row : kNames) EXPECT_EQ(GetValueKind(row.suffix), row.kind) << row.suffix;
 }
@@ -84,7 +85,7 @@ TEST(StatusValueKindTest, NameWithoutASuffixIsCurrent) {
 
 TEST(StatusValueKindTest, UnknownSuffixIsNoKind) {
     for (const std::string_view name :
-         {"A.", "A.XYZ", "A.B.HREP", "A..HREP", "A.HREP.", "A. HREP"}) {
+         {"A.", "A.XYZ", "A.B.HREP", "A..HREP", "A.HREP.", "A. HREP", "..", ".A.B.HREP"}) {
         EXPECT_EQ(GetValueKind(name), 0) << name;
     }
 }

@@ -214,10 +214,12 @@ TEST(ValueArithmeticTest, ComplementKeepsAnIntegerTypeThatHoldsIt) {
     EXPECT_EQ(support::Dump(~CVal()), "150:-1");
 }
 
-TEST(ValueArithmeticTest, ComplementKeepsStatusAndTime) {
-    const CVal value = ~support::Stamped(CVal("5"), -7, 36);
-    EXPECT_EQ(value.GetStatus(), 36);
-    EXPECT_EQ(value.GetTime(), -7);
+TEST(ValueArithmeticTest, ComplementHasNeitherStatusNorTime) {
+    for (const CVal& number : {CVal("5"), CVal(5), CVal(5.5)}) {
+        const CVal value = ~support::Stamped(CVal(number), 7, 36);
+        EXPECT_EQ(value.GetStatus(), 0);
+        EXPECT_EQ(value.GetTime(), 0);
+    }
 }
 
 TEST(ValueArithmeticTest, PowerIsADouble) {

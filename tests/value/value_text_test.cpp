@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "support/value_dump.h"
 #include "text/CodePage.h"
 
 namespace kalvex::value {
@@ -322,12 +323,11 @@ struct OperatorRow {
 
 TEST(ValueTextOperatorTest, NumbersAndMarks) {
     constexpr OperatorRow kRows[] = {
-        {"*", 1, 0},          {"$", 545, 0},    {"#", 2080, 0},   {"#12.5", 2080, 12.5},
-        {"#*", 2080, 0},      {"#$", 2080, 0},  {"##5", 2080, 0}, {"**", 0, 0},
-        {"$5", 0, 0},         {"*5", 0, 0},     {"7", 0, 7},      {" 7 ", 0, 7},
-        {"-1.5e2x", 0, -150}, {"abc", 0, 0},    {" ", 0, 0},      {"\"", 0, 0},
-        {"\"abc", 0, 0},      {" #5", 0, 0},    {"inf", 0, 0},    {"0x10", 0, 0},
-        {"1,5", 0, 1},        {"#\"", 2080, 0},
+        {"*", 1, 0},          {"$", 545, 0},   {"#", 2080, 0},   {"#12.5", 2080, 12.5},
+        {"#*", 2080, 0},      {"#$", 2080, 0}, {"##5", 2080, 0}, {"**", 0, 0},
+        {"$5", 0, 0},         {"*5", 0, 0},    {"7", 0, 7},      {" 7 ", 0, 7},
+        {"-1.5e2x", 0, -150}, {"abc", 0, 0},   {" ", 0, 0},      {"\"", 0, 0},
+        {"\"abc", 0, 0},      {" #5", 0, 0},   {"1,5", 0, 1},    {"#\"", 2080, 0},
     };
     for (const OperatorRow& row : kRows) {
         const CVal value = Edited(row.text);
@@ -336,6 +336,43 @@ TEST(ValueTextOperatorTest, NumbersAndMarks) {
         EXPECT_EQ(value.GetStatus(), row.status) << row.text;
         EXPECT_EQ(value.GetTime(), 0) << row.text;
     }
+}
+
+TEST(ValueTextOperatorTest, NumbersAreThoseOfC) {
+    constexpr OperatorRow kRows[] = {
+        {"inf", 0, kInfinity},
+        {"-INFINITY", 0, -kInfinity},
+        {"#infi", 2080, kInfinity},
+        {"1e400", 0, kInfinity},
+        {"0x10", 0, 16},
+        {"-0X1.8p3 bar", 0, -12},
+        {"0x", 0, 0},
+        {"0xg", 0, 0},
+        {"1e", 0, 1},
+        {"2.5e+", 0, 2.5},
+        {"+.5", 0, 0.5},
+        {"5.", 0, 5},
+        {"\t\n7", 0, 7},
+        {".", 0, 0},
+        {"e5", 0, 0},
+        {"0.1", 0, 0.1},
+        {"9007199254740993", 0, 9007199254740992},
+    };
+    for (const OperatorRow& row : kRows) {
+        const CVal value = Edited(row.text);
+        EXPECT_EQ(value.GetType(), 171) << row.text;
+        EXPECT_EQ(value.Real(), row.number) << row.text;
+        EXPECT_EQ(value.GetStatus(), row.status) << row.text;
+    }
+    EXPECT_EQ(support::Dump(Edited("nan")), "171:nan");
+    EXPECT_EQ(support::Dump(Edited("-nan")), "171:nan");
+}
+
+TEST(ValueTextOperatorTest, LocaleDoesNotMatter) {
+    ASSERT_NE(std::setlocale(LC_ALL, "pl_PL.UTF-8"), nullptr);
+    EXPECT_EQ(support::Dump(Edited("2.5")), "171:2.50");
+    EXPECT_EQ(support::Dump(Edited("2,5")), "171:2.00");
+    std::setlocale(LC_ALL, "C");
 }
 
 struct OperatorTextRow {

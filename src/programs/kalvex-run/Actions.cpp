@@ -28,7 +28,7 @@ constexpr ActionRow kRows[] = {
     {"start", false, false, [](RunScript& script, const Action&) { script.Start(); }},
     {"stop", false, false, [](RunScript& script, const Action&) { script.Document().Stop(); }},
     {"step", false, false, [](RunScript& script, const Action&) { script.Document().Step(); }},
-    {"reset", false, false, [](RunScript& script, const Action&) { script.Reset(); }},
+    {"reset", false, false, [](RunScript& script, const Action&) { script.Document().Reset(); }},
     {"minimise", false, false,
      [](RunScript& script, const Action&) { script.Document().SetMinimised(true); }},
     {"restore", false, false,

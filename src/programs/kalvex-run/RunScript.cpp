@@ -16,21 +16,6 @@ void RunScript::Start() {
     const bool accepted = m_document.Start();
     m_started |= accepted;
     m_refused |= !accepted;
-    if (accepted) m_stepFailed = false;
-}
-
-void RunScript::Reset() {
-    m_document.Reset();
-    m_stepFailed = false;
-}
-
-// A step leaves no error standing, but the order to step has put the reported line out of the text,
-// so it stands on the current line only after a failure.
-void RunScript::AfterTick() {
-    const engine::RunState& state = m_document.State();
-    if (!m_stepDue || state.m_bStepRequested) return;
-    m_stepFailed =
-        state.m_nReportedLine == state.m_nCurrentLine && !m_document.LastError().IsWaiting();
 }
 
 bool RunScript::IsFinished() const {
@@ -39,6 +24,11 @@ bool RunScript::IsFinished() const {
 
 bool RunScript::IsAtRest() const {
     return !IsStepPending() && (!m_document.State().m_bRunning || IsFinished());
+}
+
+bool RunScript::IsFailed() const {
+    const engine::RunState& state = m_document.State();
+    return !IsFinished() && (state.m_bErrorStanding || state.stepFailed);
 }
 
 bool RunScript::IsStepPending() const {

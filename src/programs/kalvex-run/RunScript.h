@@ -37,11 +37,6 @@ class RunScript {
     BreakpointSet& Breakpoints() { return m_breakpoints; }
 
     void Start();
-    void Reset();
-
-    // Around each tick, to see how a single step ended.
-    void BeforeTick() { m_stepDue = IsStepPending(); }
-    void AfterTick();
 
     // A start was accepted; one was refused.
     bool IsStarted() const { return m_started; }
@@ -52,7 +47,7 @@ class RunScript {
     // do.
     bool IsAtRest() const;
     // It stands on a line whose last run failed, or was stopped by a failure.
-    bool IsFailed() const { return m_document.State().m_bErrorStanding || m_stepFailed; }
+    bool IsFailed() const;
 
   private:
     bool IsStepPending() const;
@@ -61,8 +56,6 @@ class RunScript {
     engine::CKalvexDoc m_document;
     bool m_started = false;
     bool m_refused = false;
-    bool m_stepDue = false;
-    bool m_stepFailed = false;
 };
 
 // What the variable holds, whether a script could use it or not; of type None if it holds nothing.

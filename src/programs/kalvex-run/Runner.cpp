@@ -48,6 +48,11 @@ bool Runner::Open(std::string& fault) {
     if (!m_sources) return false;
     m_services.sources = &m_sources->ForScripts();
     for (const std::string& path : m_options.scripts) {
+        const std::filesystem::path full = std::filesystem::path(m_workingDir) / path;
+        if (!platform::HasEngineForm(full.lexically_normal().string())) {
+            fault = path + ": its full path has characters outside Windows-1250";
+            return false;
+        }
         RunScript& script = *m_scripts.emplace_back(std::make_unique<RunScript>(m_services));
         if (!script.Document().Open(text::FromUtf8(path), fault)) {
             fault = path + ": " + fault;
@@ -91,9 +96,7 @@ void Runner::RunTick() {
         const Action& action = m_actions[m_nextAction++];
         action.row->perform(*m_scripts[action.script], action);
     }
-    for (const std::unique_ptr<RunScript>& script : m_scripts) script->BeforeTick();
     m_ticker.RunTick();
-    for (const std::unique_ptr<RunScript>& script : m_scripts) script->AfterTick();
     if (m_virtualClock != nullptr) m_virtualClock->Advance(m_options.tickMs);
 }
 
