@@ -227,6 +227,10 @@ class Faults(RunnerTest):
         self.assert_refused(self.call("--json", "a.kx", "b.kx"), "kalvex-run: b.kx: No such file or directory")
         self.assert_refused(self.call("a.kx", "."), "kalvex-run: .: Is a directory")
 
+    def test_script_that_is_a_pipe_is_refused_and_not_waited_for(self):
+        os.mkfifo(pathlib.Path(self.folder, "rura.kx"))
+        self.assert_refused(self.call("rura.kx"), "kalvex-run: rura.kx: Not a regular file")
+
     def test_action_file_that_is_not_valid(self):
         self.write("a.kx", "LOCAL A\n")
         (self.folder / "akcje.json").write_text('[\n{"atTick": 1, "script": 1, "do": "stop"}]\n', encoding="utf-8")
