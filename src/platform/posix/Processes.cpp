@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,7 +22,6 @@ namespace kalvex::platform {
 
 namespace {
 
-constexpr const char* kShell = "/bin/sh";
 constexpr const char* kNowhere = "/dev/null";
 constexpr int kFirstOwnDescriptor = 3;
 
@@ -91,37 +88,6 @@ int Fail(std::string& error, int code = errno) {
     return 0;
 }
 
-bool IsPlainWord(const std::string& word) {
-    return word.find_first_of("\"'\\`$&|;<>()[]{}*?#~=%!") == std::string::npos;
-}
-
-int WaitForEnd(pid_t pid) {
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0) {
-        if (errno != EINTR) return -1;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-// The shell itself starts whatever it is given, so the word of the command is asked for first: 0
-// when the shell can run it, or when only the shell can tell what it is.
-int WhyShellRefuses(const std::string& commandLine) {
-    const std::size_t start = commandLine.find_first_not_of(' ');
-    if (start == std::string::npos) return ENOENT;
-    const std::string word = commandLine.substr(start, commandLine.find(' ', start) - start);
-    if (!IsPlainWord(word)) return 0;
-    if (word.find('/') == std::string::npos) {
-        const pid_t pid =
-            Spawn({kShell, {"-c", "command -v -- \"$1\"", kShell, word}, std::string()});
-        if (pid == 0) return errno;
-        return WaitForEnd(pid) == 0 ? 0 : ENOENT;
-    }
-    struct stat info {};
-    if (stat(word.c_str(), &info) != 0) return errno;
-    if (!S_ISREG(info.st_mode)) return EACCES;
-    return access(word.c_str(), X_OK) == 0 ? 0 : errno;
-}
-
 }  // namespace
 
 PosixProcesses::PosixProcesses() {
@@ -172,11 +138,6 @@ void PosixProcesses::LetGo(Entry& entry) {
     ReleaseChild(entry.child);
     close(entry.fd);
     entry.fd = -1;
-}
-
-int PosixProcesses::StartThroughShell(const std::string& commandLine, std::string& error) {
-    if (const int reason = WhyShellRefuses(commandLine)) return Fail(error, reason);
-    return Start({kShell, {"-c", commandLine}, std::string()}, error);
 }
 
 void PosixProcesses::Release(int id) {

@@ -23,7 +23,6 @@ class PosixProcesses final : public Processes {
     // that one still names a program that has ended: descriptors are held for running programs
     // only.
     int Start(const ProgramCall& call, std::string& error) override;
-    int StartThroughShell(const std::string& commandLine, std::string& error) override;
     void Release(int id) override;
     // 128 plus the signal for a program that a signal has ended.
     std::optional<int> GetExitCode(int id, std::string& error) override;
