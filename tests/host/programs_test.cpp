@@ -1,14 +1,23 @@
 #include "host/Programs.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <map>
 
+#include "host/DataFiles.h"
 #include "operands/OperandEvaluator.h"
 #include "platform/posix/Processes.h"
 #include "support/host_world.h"
 #include "support/program_end.h"
+
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace kalvex::host {
 namespace {
@@ -407,6 +416,27 @@ TEST_F(ProgramsRealTest, NoShellSeesAParameter) {
               "main.kx - Błąd uruchomienia programu (2): No such file or directory (nie_ma;touch " +
                   PathOf("ZLE") + ')');
     EXPECT_FALSE(Has("ZLE"));
+}
+
+TEST_F(ProgramsRealTest, EndedProgramsLeaveTheirDescriptorsToDataFiles) {
+    engine::CKalvexDoc& script = Open("");
+    rlimit kept{};
+    getrlimit(RLIMIT_NOFILE, &kept);
+    const rlimit few{100, kept.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    std::string error;
+    std::vector<int> ids;
+    while (const int id = processes.Start({"/bin/sleep", {"1000"}, {}}, error)) ids.push_back(id);
+    EXPECT_EQ(error, "Too many open files");
+    EXPECT_GT(ids.size(), 50U);
+    EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Failed);
+    for (const int id : ids) pidfd_send_signal(id, SIGKILL, nullptr, 0);
+    siginfo_t info;
+    while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0 || errno == EINTR) {
+    }
+    EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Data);
+    setrlimit(RLIMIT_NOFILE, &kept);
+    EXPECT_EQ(Get("d.txt"), "[S]\r\n");
 }
 
 TEST_F(ProgramsRealTest, TerminatedProgramHasItsCodeAndCannotBeTerminatedAgain) {
