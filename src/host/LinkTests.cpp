@@ -163,6 +163,13 @@ int RunLinkTest(LinkKind kind, CLinkInfo& info, platform::NetworkProbes& probes,
     return RowOf(kind).run(info, probes, log);
 }
 
+LinkTests::LinkTests(const operands::ValueServices& services)
+    : m_services(services), m_inbox(std::make_shared<platform::PostedWork>([this] {
+          m_services.loop->Post([handed = std::weak_ptr(m_inbox)] {
+              if (const auto inbox = handed.lock()) inbox->Run();
+          });
+      })) {}
+
 LinkTests::~LinkTests() {
     for (const LinkKind kind : {LinkKind::Ping, LinkKind::Ftp, LinkKind::Http}) {
         const LinkLock lock(kind);
@@ -170,19 +177,20 @@ LinkTests::~LinkTests() {
             tests.back().worker.join();
         }
     }
-    m_logLines.Run();
+    m_inbox->Run();
 }
 
 void LinkTests::Start(LinkKind kind, LinkTarget target) {
     RunningTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
     const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
-        m_logLines.Post([this, text, values = std::move(values), level] {
+        m_inbox->Post([this, text, values = std::move(values), level] {
             m_services.log.Log(text::FormatText(m_services.translator.Translate(text), values),
                                level);
         });
     };
     test.worker = m_services.probes->StartThread(
-        RowOf(kind).identity, [kind, info = test.info.get(), probes = m_services.probes, log] {
+        RowOf(kind).identity,
+        [kind, info = test.info.get(), probes = m_services.probes, log] {
             const int result = RunLinkTest(kind, *info, *probes, log);
             info->running.store(0);
             info->result.store(result);
@@ -210,7 +218,7 @@ int LinkTests::TakeResult(LinkKind kind, std::string_view address) {
             tests.erase(tests.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
-    m_logLines.Run();
+    m_inbox->Run();
     return anyRunning ? LinkRunning : result;
 }
 

@@ -49,11 +49,11 @@ using LinkLog = std::function<void(const char* text, std::vector<std::string> va
 int RunLinkTest(LinkKind kind, CLinkInfo& info, platform::NetworkProbes& probes,
                 const LinkLog& log);
 
-// The tests of one document. Main thread; the workers' log lines come out when a result is asked
-// for.
+// The tests of one document. Main thread; the workers' log lines come out with the next work of the
+// loop, and before the result is seen.
 class LinkTests final : public operands::DocumentPart {
   public:
-    explicit LinkTests(const operands::ValueServices& services) : m_services(services) {}
+    explicit LinkTests(const operands::ValueServices& services);
     ~LinkTests() override;
 
     // Leaves no trace when the thread cannot be started.
@@ -73,7 +73,7 @@ class LinkTests final : public operands::DocumentPart {
     Tests& TestsOf(LinkKind kind) { return m_links[static_cast<std::size_t>(kind)]; }
 
     const operands::ValueServices& m_services;
-    platform::PostedWork m_logLines;
+    const std::shared_ptr<platform::PostedWork> m_inbox;  // of what the workers hand over
     Tests m_links[static_cast<std::size_t>(LinkKind::Count)];
 };
 

@@ -156,6 +156,7 @@ class LinkTestsTest : public support::HostWorld {
     }
 
     std::vector<std::string> logged;
+    platform::PostedWork loop;
     PlayedProbes probes;
 };
 
@@ -436,6 +437,32 @@ TEST_F(LinkTestsTest, LogLineStandsBeforeTheResultIsSeen) {
     EXPECT_THAT(Log(),
                 ElementsAre("Wystąpił błąd podczas próby zestawienia połączenia z serwerem http "
                             "host. odmowa"));
+}
+
+TEST_F(LinkTestsTest, LogLineComesWithTheLoopWhenItHappens) {
+    services.loop = &loop;
+    probes.tcp = {platform::TcpStep::Connect, "odmowa"};
+    LinkTests tests(services);
+    tests.Start(LinkKind::Http, Address("host"));
+    probes.WaitForFinished(1);
+    EXPECT_TRUE(loop.Run());
+    EXPECT_THAT(Log(),
+                ElementsAre("Wystąpił błąd podczas próby zestawienia połączenia z serwerem http "
+                            "host. odmowa"));
+    EXPECT_EQ(tests.TakeResult(LinkKind::Http, "host"), -1);
+    EXPECT_EQ(Log().size(), 1U);
+}
+
+TEST_F(LinkTestsTest, WhatComesAfterTheEndOfTheDocumentIsNotTouched) {
+    services.loop = &loop;
+    probes.tcp = {platform::TcpStep::Connect, "odmowa"};
+    {
+        LinkTests tests(services);
+        tests.Start(LinkKind::Http, Address("host"));
+    }
+    EXPECT_EQ(Log().size(), 1U);
+    loop.Run();
+    EXPECT_EQ(Log().size(), 1U);
 }
 
 TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocument) {
