@@ -142,7 +142,8 @@ std::optional<std::string_view> HeaderName(std::string_view line) {
 }
 
 std::string BackupPath(std::string_view path) {
-    return std::string(path.substr(0, path.rfind('.'))) + ".bak";
+    const std::string backup = std::string(path.substr(0, path.rfind('.'))) + ".bak";
+    return backup == path ? std::string() : backup;
 }
 
 void ReadDataLines(

@@ -14,7 +14,8 @@ namespace kalvex::host {
 // The section that a header names; of a longer name the first 80 characters.
 std::optional<std::string_view> HeaderName(std::string_view line);
 
-// The path with everything from its last dot on replaced by ".bak".
+// The path with everything from its last dot on replaced by ".bak"; empty for one that ends so, as
+// the file would be its own backup.
 std::string BackupPath(std::string_view path);
 
 // Gives name (without blanks around it) and value of each data line, in order: of the whole text,

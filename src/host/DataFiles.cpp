@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/ScriptDocument.h"
@@ -139,18 +140,15 @@ void Assign(operands::CVariable& variable, std::string_view text) {
 
 DataFileResult Rewrite(operands::ScriptContext& script, platform::FileStore& files,
                        const Parameters& parameters, std::span<const DataEntry> entries) {
-    const std::string path = platform::NativePath(parameters.path);
-    const std::string backup = platform::NativePath(BackupPath(parameters.path));
-    std::string old;
-    const bool copied = files.MoveAside(path, backup) != platform::FileOutcome::Failed &&
-                        files.Read(backup, old) != platform::FileOutcome::Failed;
-    if (copied) {
-        const RewrittenData data = RewriteData(old, parameters.section, entries);
-        if (files.Create(path, data.text)) {
-            return data.hasMore ? DataFileResult::Data : DataFileResult::Nothing;
-        }
-    }
-    return script.Fail(operands::ErrorFileOpen, parameters.path);
+    RewrittenData data;
+    const bool replaced =
+        files.Replace(platform::NativePath(parameters.path),
+                      platform::NativePath(BackupPath(parameters.path)), [&](std::string_view old) {
+                          data = RewriteData(old, parameters.section, entries);
+                          return std::move(data.text);
+                      });
+    if (!replaced) return script.Fail(operands::ErrorFileOpen, parameters.path);
+    return data.hasMore ? DataFileResult::Data : DataFileResult::Nothing;
 }
 
 using Operation = DataFileResult (*)(operands::ScriptContext&, platform::FileStore&,

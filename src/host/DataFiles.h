@@ -19,9 +19,9 @@ enum class DataFileResult {
 DataFileResult ReadDataFile(operands::ScriptContext& script, platform::FileStore& files,
                             std::string_view text);
 
-// The file that stood there becomes the backup and is the source of the new one; a write that fails
-// leaves the backup and no file, and so can be repeated. Data: the section is new, or a line of it
-// was carried over.
+// The file is replaced as a whole and what it was becomes the backup; a write that fails leaves
+// both as they were, and so can be repeated. Data: the section is new, or a line of it was carried
+// over.
 DataFileResult WriteDataFile(operands::ScriptContext& script, platform::FileStore& files,
                              std::string_view text);
 DataFileResult SetDataFile(operands::ScriptContext& script, platform::FileStore& files,

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <span>
 
 #include "engine/ScriptDocument.h"
 #include "host/HostStatements.h"
@@ -18,7 +19,7 @@ namespace kalvex::host {
 namespace {
 
 constexpr const char* kNotStarted = "%s - Błąd uruchomienia programu (1): %s (%s)";
-constexpr const char* kNotStartedByShell = "%s - Błąd uruchomienia programu (2): %s (%s)";
+constexpr const char* kNotStartedAgain = "%s - Błąd uruchomienia programu (2): %s (%s)";
 constexpr const char* kNoSuchProgram =
     "%s - Brak procesu o podanym identyfikatorze (Id procesu %d)";
 constexpr const char* kNotTerminated = "%s - Błąd przerwania pracy programu: %s (Id procesu %d)";
@@ -84,18 +85,22 @@ std::string WithSlashes(std::string path) {
     return path;
 }
 
-// The identifier, 0 when neither attempt has started the program. The second one leaves the
-// directory aside.
+platform::ProgramCall CallOf(const platform::Paths& paths, const std::string& name,
+                             std::span<const std::string> parameters) {
+    platform::ProgramCall call;
+    const std::string program = WithSlashes(name);
+    const bool isPath = program.find('/') != std::string::npos;
+    call.program = platform::NativePath(isPath ? paths.GetFullPath(program) : program);
+    for (const std::string& word : parameters) call.arguments.push_back(text::ToUtf8(word));
+    return call;
+}
+
+// The identifier, 0 when neither attempt has started the program. The second one takes program and
+// parameters as one line, and leaves the directory aside.
 int StartProgram(operands::ScriptContext& script, std::string_view text, ExecForm form) {
     const ProgramLine line = ReadProgramLine(script, text, form);
     const platform::Paths& paths = script.Services().paths;
-    platform::ProgramCall call;
-    std::string program = WithSlashes(line.program);
-    const bool isPath = program.find('/') != std::string::npos;
-    call.program = platform::NativePath(isPath ? paths.GetFullPath(program) : program);
-    for (const std::string& word : SplitParameters(line.parameters)) {
-        call.arguments.push_back(text::ToUtf8(word));
-    }
+    platform::ProgramCall call = CallOf(paths, line.program, SplitParameters(line.parameters));
     if (!line.directory.empty())
         call.directory = platform::NativePath(paths.GetFullPath(line.directory));
 
@@ -104,8 +109,10 @@ int StartProgram(operands::ScriptContext& script, std::string_view text, ExecFor
     int id = processes.Start(call, error);
     if (id != 0) return id;
     LogFailure(script, kNotStarted, text::FromUtf8(error), line.program);
-    id = processes.StartThroughShell(text::ToUtf8(program + ' ' + line.parameters), error);
-    if (id == 0) LogFailure(script, kNotStartedByShell, text::FromUtf8(error), line.program);
+    std::vector<std::string> words = SplitParameters(line.program + ' ' + line.parameters);
+    if (words.empty()) words.emplace_back();
+    id = processes.Start(CallOf(paths, words.front(), std::span(words).subspan(1)), error);
+    if (id == 0) LogFailure(script, kNotStartedAgain, text::FromUtf8(error), line.program);
     return id;
 }
 

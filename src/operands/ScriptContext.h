@@ -16,6 +16,7 @@
 #include "platform/Crypt.h"
 #include "platform/FileStore.h"
 #include "platform/LogSink.h"
+#include "platform/MainLoop.h"
 #include "platform/NetworkProbes.h"
 #include "platform/Paths.h"
 #include "platform/Processes.h"
@@ -38,6 +39,7 @@ struct ValueServices {
     platform::FileStore* files = &platform::NoFiles();          // never null
     const platform::CCrypt* crypt = nullptr;                    // none where no text is protected
     platform::NetworkProbes* probes = &platform::NoProbes();    // never null
+    platform::MainLoop* loop = &platform::NoLoop();             // never null
 };
 
 // The error of the line that runs, or of the last one that ran.

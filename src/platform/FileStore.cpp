@@ -7,10 +7,9 @@ namespace {
 class EmptyFileStore final : public FileStore {
   public:
     FileOutcome Read(const std::string&, std::string&) override { return FileOutcome::Missing; }
-    FileOutcome MoveAside(const std::string&, const std::string&) override {
-        return FileOutcome::Missing;
+    bool Replace(const std::string&, const std::string&, const Rewriting&) override {
+        return false;
     }
-    bool Create(const std::string&, std::string_view) override { return false; }
 };
 
 }  // namespace

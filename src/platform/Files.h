@@ -1,4 +1,5 @@
-// Whole files in and out, byte for byte. Paths are the system's (UTF-8).
+// Whole files in and out, byte for byte. Paths are the system's (UTF-8). What is no regular file (a
+// folder, a pipe, a device) does not open, and nothing waits for it.
 #pragma once
 
 #include <string>
@@ -8,8 +9,7 @@ namespace kalvex::platform {
 
 enum class FileRead { Complete, NotOpened, Broken };
 
-// `content` is what was read, also up to a break; `error` holds the system's words for a failure. A
-// folder is no file that opens.
+// `content` is what was read, also up to a break; `error` holds the system's words for a failure.
 FileRead ReadFile(const std::string& path, std::string& content, std::string& error);
 
 // False with the system's words in `error` when the file cannot be read to its end.

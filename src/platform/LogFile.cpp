@@ -10,6 +10,7 @@
 #include <cstdio>
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/RegularFile.h"
 
 namespace kalvex::platform {
 
@@ -22,7 +23,7 @@ bool IsControl(char c) {
 // Whether the file can be opened now; a part of a line at its end, which a full disk leaves, is
 // ended. The library would wait on a file that does not open.
 bool Prepare(const std::string& path) {
-    const Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0640));
+    const Descriptor file(OpenRegularFile(path, O_RDWR | O_CREAT | O_APPEND, 0640));
     struct stat info {};
     if (file.Get() < 0 || ::fstat(file.Get(), &info) != 0) return false;
     char last = '\n';

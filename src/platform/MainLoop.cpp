@@ -4,6 +4,20 @@
 
 namespace kalvex::platform {
 
+namespace {
+
+class MissingLoop final : public MainLoop {
+  public:
+    void Post(std::function<void()>) override {}
+};
+
+}  // namespace
+
+MainLoop& NoLoop() {
+    static MissingLoop loop;
+    return loop;
+}
+
 void PostedWork::Post(std::function<void()> work) {
     bool wasEmpty;
     {

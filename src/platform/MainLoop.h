@@ -15,6 +15,9 @@ class MainLoop {
     virtual void Post(std::function<void()> work) = 0;
 };
 
+// For a process without a loop: what is posted is never done.
+MainLoop& NoLoop();
+
 // An inbox that is emptied by hand: the heart of the loops that wait for the system.
 class PostedWork final : public MainLoop {
   public:

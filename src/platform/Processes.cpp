@@ -10,7 +10,6 @@ namespace {
 class MissingProcesses final : public Processes {
   public:
     int Start(const ProgramCall&, std::string& error) override { return Refuse(error); }
-    int StartThroughShell(const std::string&, std::string& error) override { return Refuse(error); }
     void Release(int) override {}
     std::optional<int> GetExitCode(int, std::string& error) override {
         Refuse(error);

@@ -22,10 +22,9 @@ class Processes {
     static constexpr int kStillActive = 259;
 
     // The identifier of the started program, which stays valid after its end until it is released;
-    // 0 when it could not be started. The program gets no input, its output is dropped, and nothing
-    // of this process is open in it.
+    // 0 when it could not be started, as what is neither an executable nor a script with "#!". The
+    // program gets no input, its output is dropped, and nothing of this process is open in it.
     virtual int Start(const ProgramCall& call, std::string& error) = 0;
-    virtual int StartThroughShell(const std::string& commandLine, std::string& error) = 0;
 
     // Gives the identifier up; the program runs on.
     virtual void Release(int id) = 0;

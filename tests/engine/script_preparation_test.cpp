@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -136,6 +137,17 @@ TEST_F(ScriptPreparationTest, FolderIsNoFile) {
     EXPECT_TRUE(Expand("INCLUDE a"));
     EXPECT_THAT(Lines(), ElementsAre(Begin("a"), "ERROR - file \"" + Path("a") + "\" not found",
                                      End("a"), ""));
+}
+
+TEST_F(ScriptPreparationTest, PipeIsNoFileAndNothingWaitsForIt) {
+    ASSERT_EQ(mkfifo(Path("rura").c_str(), 0600), 0);
+    EXPECT_TRUE(Expand("INCLUDE rura"));
+    EXPECT_THAT(Lines(),
+                ElementsAre(Begin("rura"), "ERROR - file \"" + Path("rura") + "\" not found",
+                            End("rura"), ""));
+    std::string error;
+    EXPECT_FALSE(document.Open("rura", error));
+    EXPECT_EQ(error, "Not a regular file");
 }
 
 TEST_F(ScriptPreparationTest, MissingPathIsTheWorkingFolder) {

@@ -66,6 +66,13 @@ TEST(DataFileBackupPathTest, ReplacesWhatStandsFromTheLastDotOn) {
     EXPECT_EQ(BackupPath("/d/dane."), "/d/dane.bak");
     EXPECT_EQ(BackupPath("/d/dane"), "/d/dane.bak");
     EXPECT_EQ(BackupPath("/d.1/dane"), "/d.bak");
+    EXPECT_EQ(BackupPath("/d/dane.BAK"), "/d/dane.bak");
+    EXPECT_EQ(BackupPath("/d/dane.bak.txt"), "/d/dane.bak.bak");
+}
+
+TEST(DataFileBackupPathTest, BackupHasNone) {
+    EXPECT_EQ(BackupPath("/d/dane.bak"), "");
+    EXPECT_EQ(BackupPath(".bak"), "");
 }
 
 TEST(DataFileReadTest, WithoutSectionTakesTheWholeText) {

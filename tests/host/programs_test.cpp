@@ -1,14 +1,23 @@
 #include "host/Programs.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <map>
 
+#include "host/DataFiles.h"
 #include "operands/OperandEvaluator.h"
 #include "platform/posix/Processes.h"
 #include "support/host_world.h"
 #include "support/program_end.h"
+
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace kalvex::host {
 namespace {
@@ -23,10 +32,11 @@ class FakeProcesses final : public platform::Processes {
         std::string text = "start " + call.program;
         for (const std::string& word : call.arguments) text += " <" + word + '>';
         if (!call.directory.empty()) text += " in " + call.directory;
-        return Begin(text, startFails, error);
-    }
-    int StartThroughShell(const std::string& commandLine, std::string& error) override {
-        return Begin("shell <" + commandLine + '>', shellFails, error);
+        calls.push_back(text);
+        error = "nie ma pliku";
+        if (failures-- > 0) return 0;
+        codes[m_nextId] = kStillActive;
+        return m_nextId++;
     }
     void Release(int id) override { calls.push_back("release " + std::to_string(id)); }
     std::optional<int> GetExitCode(int id, std::string& error) override {
@@ -53,8 +63,7 @@ class FakeProcesses final : public platform::Processes {
 
     std::vector<std::string> calls;
     std::map<int, int> codes;  // by identifier
-    bool startFails = false;
-    bool shellFails = false;
+    int failures = 0;          // of the next attempts to start
     bool takesRequests = true;
     bool unreadable = false;
     int seconds = 0;
@@ -62,14 +71,6 @@ class FakeProcesses final : public platform::Processes {
     int readableAfter = -1;
 
   private:
-    int Begin(const std::string& call, bool fails, std::string& error) {
-        calls.push_back(call);
-        error = "nie ma pliku";
-        if (fails) return 0;
-        codes[m_nextId] = kStillActive;
-        return m_nextId++;
-    }
-
     int m_nextId = 11;
 };
 
@@ -172,17 +173,29 @@ TEST_F(ProgramsTest, PathWithBackslashesCountsAsOneWithSlashes) {
     EXPECT_EQ(processes.calls[2], "start /usr/bin/prog");
 }
 
-TEST_F(ProgramsTest, SecondAttemptGoesThroughTheShellWithoutTheDirectory) {
-    processes.startFails = true;
+TEST_F(ProgramsTest, SecondAttemptLeavesTheDirectoryAside) {
+    processes.failures = 1;
     EXPECT_EQ(Run({"LOCAL id = EXEC prog -WD kat \"a b\" c"}), "done");
     EXPECT_THAT(processes.calls,
-                ElementsAre("start prog <a b> <c> in " + PathOf("kat"), "shell <prog \"a b\" c >"));
+                ElementsAre("start prog <a b> <c> in " + PathOf("kat"), "start prog <a b> <c>"));
     EXPECT_THAT(Failures(), ElementsAre("Błąd uruchomienia programu (1): nie ma pliku (prog)"));
     EXPECT_EQ(Typed("id"), "150:11");
 }
 
+TEST_F(ProgramsTest, SecondAttemptCutsTheProgramsTextAsWell) {
+    processes.failures = 1;
+    EXPECT_EQ(
+        Run({"LOCAL p = \"bin\\raport -d 5;touch ZLE\"", "LOCAL id = EXEC p \"R&D.txt\" \"$x\""}),
+        "done");
+    EXPECT_THAT(
+        processes.calls,
+        ElementsAre("start " + PathOf("bin/raport -d 5;touch ZLE") + " <R&D.txt> <$x>",
+                    "start " + PathOf("bin/raport") + " <-d> <5;touch> <ZLE> <R&D.txt> <$x>"));
+    EXPECT_EQ(Typed("id"), "150:11");
+}
+
 TEST_F(ProgramsTest, ProgramThatCannotBeStartedIsLoggedTwiceAndStopsNothing) {
-    processes.startFails = processes.shellFails = true;
+    processes.failures = 4;
     EXPECT_EQ(Run({"LOCAL id = 5", "EXEC \"nie ma\\takiego\" a", "SET id = EXEC"}), "done");
     EXPECT_EQ(Text("id"), "0");
     EXPECT_THAT(Failures(),
@@ -377,6 +390,53 @@ TEST_F(ProgramsRealTest, ProgramThatIsNotThereHasNoIdentifier) {
     EXPECT_EQ(
         Log().back(),
         "main.kx - Błąd uruchomienia programu (2): No such file or directory (/nie/ma/takiego)");
+}
+
+TEST_F(ProgramsRealTest, NoShellSeesAParameter) {
+    Put("spisz", "#!/bin/sh\nprintf '%s|' \"$@\" > \"$0.txt\"\n");
+    Put("polecenia", "touch " + PathOf("ZLE") + '\n');
+    for (const char* name : {"spisz", "polecenia"}) {
+        std::filesystem::permissions(PathOf(name), std::filesystem::perms(0755));
+    }
+    EXPECT_EQ(Run({"LOCAL p = \"5;touch " + PathOf("ZLE") + '"',
+                   "LOCAL id = EXEC \"spisz\" \"R&D.txt\" \"a `touch ZLE` $HOME\" p"}),
+              "done");
+    EXPECT_EQ(Text("id"), "0");
+    EXPECT_EQ(
+        Run({"LOCAL p = \"5;touch " + PathOf("ZLE") + '"',
+             "LOCAL id = EXEC \"" + PathOf("spisz") + "\" \"R&D.txt\" \"a `touch ZLE` $HOME\" p"}),
+        "done");
+    EXPECT_EQ(AfterTheEnd("GET_EXIT_CODE_EXEC id"), 0);
+    EXPECT_EQ(Get("spisz.txt"), "R&D.txt|a `touch ZLE` $HOME|5;touch|" + PathOf("ZLE") + '|');
+    for (const std::string& program : {PathOf("polecenia"), "nie_ma;touch " + PathOf("ZLE")}) {
+        EXPECT_EQ(Run({"LOCAL id = EXEC \"" + program + '"'}), "done");
+        EXPECT_EQ(Text("id"), "0");
+    }
+    EXPECT_EQ(Log().back(),
+              "main.kx - Błąd uruchomienia programu (2): No such file or directory (nie_ma;touch " +
+                  PathOf("ZLE") + ')');
+    EXPECT_FALSE(Has("ZLE"));
+}
+
+TEST_F(ProgramsRealTest, EndedProgramsLeaveTheirDescriptorsToDataFiles) {
+    engine::CKalvexDoc& script = Open("");
+    rlimit kept{};
+    getrlimit(RLIMIT_NOFILE, &kept);
+    const rlimit few{100, kept.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    std::string error;
+    std::vector<int> ids;
+    while (const int id = processes.Start({"/bin/sleep", {"1000"}, {}}, error)) ids.push_back(id);
+    EXPECT_EQ(error, "Too many open files");
+    EXPECT_GT(ids.size(), 50U);
+    EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Failed);
+    for (const int id : ids) pidfd_send_signal(id, SIGKILL, nullptr, 0);
+    siginfo_t info;
+    while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0 || errno == EINTR) {
+    }
+    EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Data);
+    setrlimit(RLIMIT_NOFILE, &kept);
+    EXPECT_EQ(Get("d.txt"), "[S]\r\n");
 }
 
 TEST_F(ProgramsRealTest, TerminatedProgramHasItsCodeAndCannotBeTerminatedAgain) {

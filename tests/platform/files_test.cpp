@@ -1,7 +1,9 @@
 #include "platform/Files.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include "platform/FileEdit.h"
 #include "support/scratch_folder.h"
 
 namespace kalvex::platform {
@@ -43,6 +45,28 @@ TEST_F(FilesTest, MissingFileDoesNotOpen) {
 TEST_F(FilesTest, FolderDoesNotOpen) {
     EXPECT_EQ(ReadFile(folder.Path(), content, error), FileRead::NotOpened);
     EXPECT_EQ(error, "Is a directory");
+}
+
+TEST_F(FilesTest, WhatIsNoRegularFileDoesNotOpenAndIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo(folder.Path("rura").c_str(), 0600), 0);
+    for (const std::string& path : {folder.Path("rura"), "/dev/zero"s}) {
+        error.clear();
+        EXPECT_EQ(ReadFile(path, content, error), FileRead::NotOpened);
+        EXPECT_EQ(error, "Not a regular file") << path;
+        error.clear();
+        EXPECT_FALSE(WriteWholeFile(path, "x", error));
+        EXPECT_EQ(error, "Not a regular file") << path;
+        EXPECT_FALSE(EditWholeFile(
+            path, [](std::string&) { return true; }, error));
+        EXPECT_FALSE(MakePrivateFile(path, error));
+    }
+    folder.Put("a", "stary");
+    ASSERT_EQ(mkfifo(folder.Path("a.tmp").c_str(), 0600), 0);
+    error.clear();
+    EXPECT_FALSE(EditWholeFile(
+        folder.Path("a"), [](std::string&) { return true; }, error));
+    EXPECT_EQ(error, "Not a regular file");
+    EXPECT_EQ(folder.Get("a"), "stary");
 }
 
 TEST_F(FilesTest, ReadThatFailsIsBroken) {

@@ -164,11 +164,26 @@ TEST_F(ProcessesTest, EndedProgramsHoldNoDescriptorsAndKeepTheirIdentifiers) {
         ids.push_back(Shell("exit " + std::to_string(i + 2)));
         WaitForNoChild();
     }
-    EXPECT_NE(Shell("exit 0"), 0);
-    WaitForNoChild();
+    EXPECT_EQ(descriptors(), before);
     EXPECT_EQ(processes.GetExitCode(first, error), 1);
     for (int i = 0; i < 20; ++i) EXPECT_EQ(processes.GetExitCode(ids[i], error), i + 2);
-    EXPECT_LE(descriptors(), before + 1);
+}
+
+TEST_F(ProcessesTest, ProgramsThatEndTogetherLetGoOfTheirDescriptorsAtOnce) {
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = descriptors();
+    MakeSign();
+    std::vector<int> ids;
+    for (int i = 0; i < 20; ++i) ids.push_back(Shell("read x < znak; exit 5"));
+    EXPECT_EQ(descriptors(), before + 20);
+    const int sign = open(folder.Path("znak").c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_EQ(write(sign, std::string(20, '\n').c_str(), 20), 20);
+    WaitForNoChild();
+    close(sign);
+    EXPECT_EQ(descriptors(), before);
+    for (const int id : ids) EXPECT_EQ(processes.GetExitCode(id, error), 5);
 }
 
 TEST_F(ProcessesTest, ProgramThatCouldNotBeWatchedIsNotStarted) {
@@ -256,37 +271,19 @@ TEST_F(ProcessesTest, ProgramThatCannotBeStartedIsToldInTheSystemsWords) {
     WaitForNoChild();
 }
 
-TEST_F(ProcessesTest, ShellRunsWhatIsNoProgramByItself) {
-    MakeProgram("skrypt", "echo $1 > \"$2\"\n");
-    EXPECT_EQ(processes.Start({folder.Path("skrypt"), {"a", folder.Path("wynik")}, {}}, error), 0);
+TEST_F(ProcessesTest, WhatOnlyAShellCouldRunIsNotStarted) {
+    MakeProgram("skrypt", "echo x > slad\n");
+    for (const std::string& program : {folder.Path("skrypt"), folder.Path("skrypt") + ";true"}) {
+        EXPECT_EQ(processes.Start({program, {}, folder.Path()}, error), 0);
+    }
+    EXPECT_EQ(processes.Start({folder.Path("skrypt"), {}, folder.Path()}, error), 0);
     EXPECT_EQ(error, "Exec format error");
-    const int id =
-        processes.StartThroughShell(folder.Path("skrypt") + " a " + folder.Path("wynik"), error);
-    EXPECT_EQ(ExitOf(id), 0);
-    EXPECT_EQ(folder.Get("wynik"), "a\n");
-}
-
-TEST_F(ProcessesTest, ShellRunsItsOwnWordsAndPipes) {
-    EXPECT_EQ(ExitOf(processes.StartThroughShell("exit 9", error)), 9);
-    const std::string result = folder.Path("wynik");
-    EXPECT_EQ(ExitOf(processes.StartThroughShell("echo Ala | tr A O > " + result, error)), 0);
-    EXPECT_EQ(folder.Get("wynik"), "Ola\n");
-    EXPECT_EQ(ExitOf(processes.StartThroughShell("(exit 3)", error)), 3);
-}
-
-TEST_F(ProcessesTest, ShellIsNotStartedForAProgramThatIsNotThere) {
-    EXPECT_EQ(processes.StartThroughShell("nie_ma_takiego_programu a b", error), 0);
+    EXPECT_EQ(processes.Start({"exit 9", {}, {}}, error), 0);
     EXPECT_EQ(error, "No such file or directory");
-    EXPECT_EQ(processes.StartThroughShell("  /nie/ma/takiego a", error), 0);
-    EXPECT_EQ(error, "No such file or directory");
-    EXPECT_EQ(processes.StartThroughShell(" ", error), 0);
-    EXPECT_EQ(error, "No such file or directory");
-    EXPECT_EQ(processes.StartThroughShell(folder.Path() + " a", error), 0);
-    EXPECT_EQ(error, "Permission denied");
-    MakeProgram("dane", "#!/bin/sh\n", 0644);
-    EXPECT_EQ(processes.StartThroughShell(folder.Path("dane"), error), 0);
+    EXPECT_EQ(processes.Start({folder.Path(), {}, {}}, error), 0);
     EXPECT_EQ(error, "Permission denied");
     WaitForNoChild();
+    EXPECT_FALSE(folder.Has("slad"));
 }
 
 TEST_F(ProcessesTest, CloseRequestIsASignalThatTheProgramMayTakeItsOwnWay) {
@@ -305,7 +302,6 @@ TEST(ProcessesNoneTest, EveryAttemptFails) {
     Processes& none = NoProcesses();
     EXPECT_EQ(none.Start({"/bin/true", {}, {}}, error), 0);
     EXPECT_EQ(error, "Operation not permitted");
-    EXPECT_EQ(none.StartThroughShell("true", error), 0);
     EXPECT_EQ(none.GetExitCode(5, error), std::nullopt);
     EXPECT_FALSE(none.Terminate(5, 0, error));
     EXPECT_FALSE(none.RequestClose(5));

@@ -229,6 +229,17 @@ class ExitStatus(RunnerTest):
                 self.assertEqual(running.wait(TIME_LIMIT_SECONDS), 3)
             self.assertRegex(rest, rf"^\n{re.escape(str(self.folder))}/a\.kx : at line [12]\n$")
 
+    def test_failed_check_is_logged_though_no_script_asks_for_its_result(self):
+        self.write("a.kx", 'HTTP_INIT "127.0.0.1" 1\n:w\nGOTO w\n')
+        with subprocess.Popen(
+            [RUNNER, "a.kx"], cwd=self.folder, env=self.environment, stdout=subprocess.PIPE
+        ) as running:
+            lines = [running.stdout.readline().decode("utf-8") for _ in range(3)]
+            running.send_signal(signal.SIGTERM)
+            running.stdout.read()
+        self.assertEqual(lines[2][20:], "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http "
+                                        "127.0.0.1. Connection refused\n")
+
 
 class Faults(RunnerTest):
     """What is wrong comes as one line on standard error, with nothing on standard output and status 2."""
@@ -269,6 +280,10 @@ class Faults(RunnerTest):
             [RUNNER, *VIRTUAL, "../a.kx"], cwd=folder, env=self.environment, capture_output=True, timeout=TIME_LIMIT_SECONDS
         )
         self.assertEqual(from_there.returncode, 0)
+
+    def test_script_that_is_a_pipe_is_refused_and_not_waited_for(self):
+        os.mkfifo(pathlib.Path(self.folder, "rura.kx"))
+        self.assert_refused(self.call("rura.kx"), "kalvex-run: rura.kx: Not a regular file")
 
     def test_action_file_that_is_not_valid(self):
         self.write("a.kx", "LOCAL A\n")

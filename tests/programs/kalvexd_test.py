@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """The service as a process: its start, its end, its files, its signals."""
+import os
 import re
 import signal
 import unittest
@@ -42,6 +43,22 @@ class Kalvexd(ServiceTest):
             self.assertEqual(self.line_of(service), f"{script} : Linia 3 - Nieznane słowo kluczowe : BZDURA")
             self.expect_end(service, ending)
         self.assertEqual(len(self.file_lines("Kalvex.log")), 14)
+
+    def test_failed_check_is_logged_though_no_script_asks_for_its_result(self):
+        self.put("a.kx", 'HTTP_INIT "127.0.0.1" 1\r\n:w\r\nGOTO w\r\n')
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=a.kx\r\n")
+        service = self.start()
+        self.read_to(service, "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http 127.0.0.1. "
+                              "Connection refused")
+        self.expect_end(service)
+
+    def test_script_that_is_a_pipe_is_told_and_not_waited_for(self):
+        os.mkfifo(self.folder / "rura.kx")
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=rura.kx\r\n")
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 3),
+                         [STARTED[0], f"{self.folder}/rura.kx : Not a regular file", STARTED[1]])
+        self.expect_end(service)
 
     def test_log_file_that_was_moved_is_opened_anew(self):
         service = self.start()

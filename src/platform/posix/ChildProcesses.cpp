@@ -1,6 +1,7 @@
 #include "platform/posix/ChildProcesses.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -18,6 +19,11 @@ int ExitCodeOf(int status) {
     return WIFSIGNALED(status) ? kSignalBase + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
+void CloseDescriptor(ChildProcess& child) {
+    const int fd = child.fd.exchange(-1);
+    if (fd >= 0) close(fd);
+}
+
 void Reap(ChildProcess& child) {
     const pid_t pid = child.pid.load();
     if (pid == 0) return;
@@ -25,6 +31,7 @@ void Reap(ChildProcess& child) {
     const pid_t ended = waitpid(pid, &status, WNOHANG);
     if (ended == 0 || (ended < 0 && errno != ECHILD)) return;
     child.state.store(ended > 0 ? ExitCodeOf(status) : ChildProcess::kLost);
+    CloseDescriptor(child);
     child.pid.store(0);
 }
 
@@ -46,7 +53,7 @@ void WatchChildren() {
     }();
 }
 
-ChildProcess* AddChild(pid_t pid) {
+ChildProcess* AddChild(pid_t pid, int fd) {
     ChildProcess* child = g_children.load();
     while (child != nullptr && (child->inUse || child->pid.load() != 0)) child = child->next;
     const bool isNew = child == nullptr;
@@ -56,6 +63,7 @@ ChildProcess* AddChild(pid_t pid) {
     }
     child->state.store(ChildProcess::kRunning);
     child->inUse = true;
+    child->fd.store(fd);
     child->pid.store(pid);
     if (isNew) g_children.store(child);
     ReapChildren();
@@ -63,6 +71,7 @@ ChildProcess* AddChild(pid_t pid) {
 }
 
 void ReleaseChild(ChildProcess* child) {
+    CloseDescriptor(*child);
     child->inUse = false;
 }
 

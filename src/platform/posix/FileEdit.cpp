@@ -7,19 +7,19 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <string_view>
 
 #include "platform/Files.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/RegularFile.h"
 
 namespace kalvex::platform {
 
 namespace {
 
 bool Fail(std::string& error) {
-    error = std::strerror(errno);
+    error = FileFault(errno);
     return false;
 }
 
@@ -32,23 +32,14 @@ std::string FollowLinks(const std::string& path) {
 
 // With the rights and the owner of the file that is replaced.
 bool WriteCopy(const std::string& path, const struct stat* replaced, std::string_view content) {
-    const Descriptor file(
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0640));
+    const Descriptor file(OpenRegularFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, 0640));
     if (file.Get() < 0) return false;
     if (replaced != nullptr) {
         // Only a process with the system's rights may give a file away.
         [[maybe_unused]] const int given = ::fchown(file.Get(), replaced->st_uid, replaced->st_gid);
         if (::fchmod(file.Get(), replaced->st_mode & 07777) != 0) return false;
     }
-    while (!content.empty()) {
-        const ssize_t count = ::write(file.Get(), content.data(), content.size());
-        if (count >= 0) {
-            content.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            return false;
-        }
-    }
-    return ::fsync(file.Get()) == 0;
+    return WriteAll(file.Get(), content) && ::fsync(file.Get()) == 0;
 }
 
 }  // namespace

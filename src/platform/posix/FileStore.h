@@ -7,8 +7,8 @@ namespace kalvex::platform {
 class PosixFileStore final : public FileStore {
   public:
     FileOutcome Read(const std::string& path, std::string& content) override;
-    FileOutcome MoveAside(const std::string& path, const std::string& backup) override;
-    bool Create(const std::string& path, std::string_view content) override;
+    bool Replace(const std::string& path, const std::string& backup,
+                 const Rewriting& rewrite) override;
 };
 
 }  // namespace kalvex::platform

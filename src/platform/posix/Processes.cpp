@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,7 +22,6 @@ namespace kalvex::platform {
 
 namespace {
 
-constexpr const char* kShell = "/bin/sh";
 constexpr const char* kNowhere = "/dev/null";
 constexpr int kFirstOwnDescriptor = 3;
 
@@ -91,37 +88,6 @@ int Fail(std::string& error, int code = errno) {
     return 0;
 }
 
-bool IsPlainWord(const std::string& word) {
-    return word.find_first_of("\"'\\`$&|;<>()[]{}*?#~=%!") == std::string::npos;
-}
-
-int WaitForEnd(pid_t pid) {
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0) {
-        if (errno != EINTR) return -1;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-// The shell itself starts whatever it is given, so the word of the command is asked for first: 0
-// when the shell can run it, or when only the shell can tell what it is.
-int WhyShellRefuses(const std::string& commandLine) {
-    const std::size_t start = commandLine.find_first_not_of(' ');
-    if (start == std::string::npos) return ENOENT;
-    const std::string word = commandLine.substr(start, commandLine.find(' ', start) - start);
-    if (!IsPlainWord(word)) return 0;
-    if (word.find('/') == std::string::npos) {
-        const pid_t pid =
-            Spawn({kShell, {"-c", "command -v -- \"$1\"", kShell, word}, std::string()});
-        if (pid == 0) return errno;
-        return WaitForEnd(pid) == 0 ? 0 : ENOENT;
-    }
-    struct stat info {};
-    if (stat(word.c_str(), &info) != 0) return errno;
-    if (!S_ISREG(info.st_mode)) return EACCES;
-    return access(word.c_str(), X_OK) == 0 ? 0 : errno;
-}
-
 }  // namespace
 
 PosixProcesses::PosixProcesses() {
@@ -135,7 +101,6 @@ PosixProcesses::~PosixProcesses() {
 // A descriptor is set aside before the program starts: one that runs and cannot be told of would be
 // started a second time.
 int PosixProcesses::Start(const ProgramCall& call, std::string& error) {
-    std::erase_if(m_running, [this](int id) { return !IsRunning(m_byId[id]); });
     const int reserve = open(kNowhere, O_RDONLY | O_CLOEXEC);
     if (reserve < 0) return Fail(error);
     const pid_t pid = Spawn(call);
@@ -143,23 +108,22 @@ int PosixProcesses::Start(const ProgramCall& call, std::string& error) {
     close(reserve);
     if (pid == 0) return Fail(error, reason);
     const int fd = DescriptorOf(pid);
-    if (fd >= 0) return Register(fd, pid);
+    if (fd >= 0) return Register(pid, fd);
     Fail(error);
-    ReleaseChild(AddChild(pid));
+    ReleaseChild(AddChild(pid, fd));
     return 0;
 }
 
-int PosixProcesses::Register(int fd, pid_t pid) {
+int PosixProcesses::Register(pid_t pid, int fd) {
     const int id = m_byId.contains(fd) ? m_lastId + 1 : fd;
     m_lastId = std::max(m_lastId, id);
-    m_byId[id] = {fd, AddChild(pid), 0, std::nullopt};
-    m_running.push_back(id);
+    m_byId[id] = {AddChild(pid, fd), 0, std::nullopt};
     return id;
 }
 
 // Takes note of the end of a program.
 bool PosixProcesses::IsRunning(Entry& entry) {
-    if (entry.fd < 0) return false;
+    if (entry.child == nullptr) return false;
     ReapChildren();
     entry.state = entry.child->state.load();
     if (entry.state == ChildProcess::kRunning) return true;
@@ -167,16 +131,16 @@ bool PosixProcesses::IsRunning(Entry& entry) {
     return false;
 }
 
-void PosixProcesses::LetGo(Entry& entry) {
-    if (entry.fd < 0) return;
-    ReleaseChild(entry.child);
-    close(entry.fd);
-    entry.fd = -1;
+// The descriptor of a program that has ended is closed, or names no process.
+bool PosixProcesses::SendSignal(const Entry& entry, int signal) {
+    if (pidfd_send_signal(entry.child->fd.load(), signal, nullptr, 0) == 0) return true;
+    if (errno == EBADF) errno = ESRCH;
+    return false;
 }
 
-int PosixProcesses::StartThroughShell(const std::string& commandLine, std::string& error) {
-    if (const int reason = WhyShellRefuses(commandLine)) return Fail(error, reason);
-    return Start({kShell, {"-c", commandLine}, std::string()}, error);
+void PosixProcesses::LetGo(Entry& entry) {
+    if (entry.child != nullptr) ReleaseChild(entry.child);
+    entry.child = nullptr;
 }
 
 void PosixProcesses::Release(int id) {
@@ -184,7 +148,6 @@ void PosixProcesses::Release(int id) {
     if (found == m_byId.end()) return;
     LetGo(found->second);
     m_byId.erase(found);
-    std::erase(m_running, id);
 }
 
 std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
@@ -204,7 +167,7 @@ std::optional<int> PosixProcesses::GetExitCode(int id, std::string& error) {
 bool PosixProcesses::Terminate(int id, int exitCode, std::string& error) {
     const auto found = m_byId.find(id);
     if (found == m_byId.end() || !IsRunning(found->second)) return Fail(error, ESRCH) != 0;
-    if (pidfd_send_signal(found->second.fd, SIGKILL, nullptr, 0) != 0) return Fail(error) != 0;
+    if (!SendSignal(found->second, SIGKILL)) return Fail(error) != 0;
     found->second.terminateCode = exitCode;
     return true;
 }
@@ -214,7 +177,7 @@ bool PosixProcesses::RequestClose(int id) {
     if (found == m_byId.end() || !IsRunning(found->second)) return false;
     const pid_t pid = found->second.child->pid.load();
     if (pid != 0 && RequestWindowClose(pid) > 0) return true;
-    return pidfd_send_signal(found->second.fd, SIGTERM, nullptr, 0) == 0;
+    return SendSignal(found->second, SIGTERM);
 }
 
 void PosixProcesses::WaitSecond() {

@@ -6,7 +6,6 @@
 #include <sys/types.h>
 
 #include <unordered_map>
-#include <vector>
 
 #include "platform/Processes.h"
 
@@ -20,10 +19,9 @@ class PosixProcesses final : public Processes {
     ~PosixProcesses() override;
 
     // The identifier is the number of a descriptor of the process, or a number of its own where
-    // that one still names a program that has ended: descriptors are held for running programs
-    // only.
+    // that one still names a program that has ended: a descriptor is held as long as the program
+    // runs.
     int Start(const ProgramCall& call, std::string& error) override;
-    int StartThroughShell(const std::string& commandLine, std::string& error) override;
     void Release(int id) override;
     // 128 plus the signal for a program that a signal has ended.
     std::optional<int> GetExitCode(int id, std::string& error) override;
@@ -34,19 +32,18 @@ class PosixProcesses final : public Processes {
 
   private:
     struct Entry {
-        int fd = -1;  // of a running program
-        ChildProcess* child = nullptr;
-        int state = 0;  // of one that has ended
+        ChildProcess* child = nullptr;  // none once its end has been noted
+        int state = 0;                  // of one that has ended
         std::optional<int> terminateCode;
     };
 
-    int Register(int fd, pid_t pid);
+    int Register(pid_t pid, int fd);
     static bool IsRunning(Entry& entry);
+    static bool SendSignal(const Entry& entry, int signal);
     static void LetGo(Entry& entry);
 
     std::unordered_map<int, Entry> m_byId;
-    std::vector<int> m_running;  // identifiers; some may have ended since
-    int m_lastId = 0;            // the greatest one given so far
+    int m_lastId = 0;  // the greatest one given so far
 };
 
 }  // namespace kalvex::platform

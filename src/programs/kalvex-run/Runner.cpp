@@ -38,6 +38,7 @@ Runner::Runner(const RunOptions& options)
     m_services.processes = &m_processes;
     m_services.files = &m_files;
     m_services.probes = &m_probes;
+    m_services.loop = &m_inbox;
     m_services.crypt = m_profile.crypt.get();
 }
 
@@ -91,6 +92,7 @@ bool Runner::WaitForTick() {
 
 void Runner::RunTick() {
     ++m_ticks;
+    m_inbox.Run();
     m_sources->BeginTick(m_ticks);
     while (m_nextAction < m_actions.size() && m_actions[m_nextAction].atTick <= m_ticks) {
         const Action& action = m_actions[m_nextAction++];

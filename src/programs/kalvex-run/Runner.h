@@ -11,6 +11,7 @@
 #include "engine/DocumentServices.h"
 #include "engine/Tick.h"
 #include "platform/Clock.h"
+#include "platform/MainLoop.h"
 #include "platform/Paths.h"
 #include "platform/Questions.h"
 #include "platform/Translator.h"
@@ -63,6 +64,7 @@ class Runner {
     platform::PosixProcesses m_processes;
     platform::PosixFileStore m_files;
     platform::PosixNetworkProbes m_probes;
+    platform::PostedWork m_inbox;
     std::unique_ptr<RunSources> m_sources;
     engine::DocumentServices m_services;
     std::vector<std::unique_ptr<RunScript>> m_scripts;

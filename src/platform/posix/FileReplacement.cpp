@@ -1,0 +1,228 @@
+#include "platform/posix/FileReplacement.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "platform/posix/RegularFile.h"
+
+namespace kalvex::platform {
+
+namespace {
+
+constexpr std::string_view kNewSuffix = ".kalvex-new";
+constexpr std::string_view kAsideSuffix = ".kalvex-old";
+constexpr int kLinkLimit = 40;
+constexpr int kAttempts = 4;
+
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+// Puts the file itself in the place of a link to it, which may be one that is not there yet.
+bool FollowLinks(std::string& path) {
+    for (int i = 0; i < kLinkLimit; ++i) {
+        char target[PATH_MAX];
+        const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+        if (length < 0) return errno == EINVAL || errno == ENOENT;
+        const std::string_view named(target, static_cast<std::size_t>(length));
+        path = named.starts_with('/') ? named : FolderOf(path).append(named);
+    }
+    return false;
+}
+
+std::string TemporaryName(const std::string& path, std::string_view suffix) {
+    const std::string folder = FolderOf(path);
+    const std::size_t room = NAME_MAX - 1 - suffix.size();
+    return folder + '.' + path.substr(folder.size(), room) + std::string(suffix);
+}
+
+bool IsTemporaryName(const std::string& path) {
+    const bool hidden = path.compare(FolderOf(path).size(), 1, ".") == 0;
+    return hidden && (path.ends_with(kNewSuffix) || path.ends_with(kAsideSuffix));
+}
+
+// What some file systems cannot do at all.
+bool IsUnsupported(int error) {
+    return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
+}
+
+bool IsNamed(int fd, const std::string& path) {
+    struct stat own {};
+    struct stat named {};
+    return ::fstat(fd, &own) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           own.st_dev == named.st_dev && own.st_ino == named.st_ino;
+}
+
+// A folder that may be changed and not read cannot be brought to the disk by itself.
+bool OpenFolder(const std::string& path, Descriptor& folder) {
+    folder =
+        Descriptor(::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder.Get() >= 0 || errno == EACCES;
+}
+
+bool SyncFolder(const Descriptor& folder) {
+    return folder.Get() < 0 || ::fsync(folder.Get()) == 0 || IsUnsupported(errno);
+}
+
+// Rights and owner of another file, the owner where the system permits it.
+bool TakeOver(int fd, const struct stat& other) {
+    struct stat own {};
+    if (::fstat(fd, &own) != 0) return false;
+    const bool sameOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
+    if (!sameOwner && ::fchown(fd, other.st_uid, other.st_gid) != 0) {
+        [[maybe_unused]] const int group = ::fchown(fd, static_cast<uid_t>(-1), other.st_gid);
+    }
+    return ::fchmod(fd, other.st_mode & 07777) == 0;
+}
+
+bool Fill(int fd, const std::optional<struct stat>& like, std::string_view content) {
+    return (!like || TakeOver(fd, *like)) && WriteAll(fd, content) && ::fsync(fd) == 0;
+}
+
+}  // namespace
+
+FileReplacement::FileReplacement(const std::string& path, const std::string& backup)
+    : m_target(path), m_backup(backup), m_asidePath(TemporaryName(path, kAsideSuffix)) {}
+
+// The lock goes with the descriptor, so it goes last.
+FileReplacement::~FileReplacement() {
+    if (m_new.Get() >= 0 && !m_placed) ::unlink(m_newPath.c_str());
+    if (m_ownsAside) ::unlink(m_asidePath.c_str());
+}
+
+bool FileReplacement::Begin() {
+    if (!FollowLinks(m_target) || IsTemporaryName(m_target)) return false;
+    m_newPath = TemporaryName(m_target, kNewSuffix);
+    return OpenFolders() && OpenNew();
+}
+
+bool FileReplacement::OpenFolders() {
+    const std::string folder = FolderOf(m_target);
+    const std::string other = FolderOf(m_asidePath);
+    return OpenFolder(folder, m_folder) && (folder == other || OpenFolder(other, m_backupFolder));
+}
+
+// A file that is there belongs to another replacement, which has a lock on it, or was left by one
+// that broke off. Between opening and locking it may have changed its name or lost it.
+bool FileReplacement::OpenNew() {
+    struct stat info {};
+    const bool there = ::stat(m_target.c_str(), &info) == 0;
+    if (there && !S_ISREG(info.st_mode)) return false;
+    const mode_t mode = there ? info.st_mode & 0777 : 0666;
+    for (int i = 0; i < kAttempts; ++i) {
+        Descriptor file(OpenRegularFile(m_newPath, O_WRONLY | O_CREAT | O_EXCL, mode));
+        const bool made = file.Get() >= 0;
+        if (!made && errno != EEXIST) return false;
+        if (!made) file = Descriptor(OpenRegularFile(m_newPath, O_RDONLY | O_NOFOLLOW));
+        if (file.Get() < 0) {
+            if (errno == ENOENT) continue;
+            return false;
+        }
+        if (::flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+        if (!IsNamed(file.Get(), m_newPath)) continue;
+        if (made) {
+            m_new = Descriptor(file.Release());
+            return true;
+        }
+        ::unlink(m_newPath.c_str());
+    }
+    return false;
+}
+
+// Whoever has put a new file in place keeps the lock on it until nothing else of the replacement is
+// left.
+bool FileReplacement::ReadOld() {
+    const Descriptor file(OpenRegularFile(m_target, O_RDONLY));
+    if (file.Get() < 0 && errno != ENOENT) return false;
+    if (file.Get() >= 0) {
+        if (::flock(file.Get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+        struct stat info {};
+        if (::fstat(file.Get(), &info) != 0 || !ReadToEnd(file.Get(), m_old)) return false;
+        m_replaced = info;
+    }
+    m_ownsAside = true;
+    ::unlink(m_asidePath.c_str());
+    if (m_replaced || m_backup.empty()) return true;
+    const Descriptor backup(OpenRegularFile(m_backup, O_RDONLY));
+    return backup.Get() >= 0 ? ReadToEnd(backup.Get(), m_old) : errno == ENOENT;
+}
+
+bool FileReplacement::Write(std::string_view content) {
+    return Fill(m_new.Get(), m_replaced, content);
+}
+
+bool FileReplacement::Commit() {
+    const bool kept = !m_replaced || (IsUnchanged() && SetOldAside() && MakeBackup());
+    if (kept && PutInPlace() && SyncFolders()) return true;
+    TakeBack();
+    return false;
+}
+
+bool FileReplacement::IsUnchanged() const {
+    struct stat now {};
+    return ::stat(m_target.c_str(), &now) == 0 && now.st_dev == m_replaced->st_dev &&
+           now.st_ino == m_replaced->st_ino && now.st_size == m_replaced->st_size &&
+           now.st_mtim.tv_sec == m_replaced->st_mtim.tv_sec &&
+           now.st_mtim.tv_nsec == m_replaced->st_mtim.tv_nsec;
+}
+
+// A second name of somebody else's file is not always to be had, nor to be got rid of again; a copy
+// does as well.
+bool FileReplacement::SetOldAside() {
+    const uid_t user = ::geteuid();
+    const bool isOwn = user == 0 || user == m_replaced->st_uid;
+    if (isOwn && ::link(m_target.c_str(), m_asidePath.c_str()) == 0) return true;
+    const Descriptor copy(OpenRegularFile(m_asidePath, O_WRONLY | O_CREAT | O_EXCL, 0600));
+    return copy.Get() >= 0 && Fill(copy.Get(), m_replaced, m_old);
+}
+
+bool FileReplacement::MakeBackup() {
+    if (m_backup.empty()) return true;
+    struct stat info {};
+    const bool there = ::lstat(m_backup.c_str(), &info) == 0;
+    if (!there && errno != ENOENT) return false;
+    if (there && !S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode)) return false;
+    const char* aside = m_asidePath.c_str();
+    const char* backup = m_backup.c_str();
+    if (there && ::renameat2(AT_FDCWD, aside, AT_FDCWD, backup, RENAME_EXCHANGE) == 0) {
+        m_backupStep = BackupStep::Exchanged;
+        return true;
+    }
+    if ((there && !IsUnsupported(errno)) || ::rename(aside, backup) != 0) return false;
+    m_backupStep = there ? BackupStep::Overwritten : BackupStep::Added;
+    return true;
+}
+
+// Where there was no file, one that has appeared meanwhile stays.
+bool FileReplacement::PutInPlace() {
+    const char* made = m_newPath.c_str();
+    const char* target = m_target.c_str();
+    if (m_replaced) {
+        m_placed = ::rename(made, target) == 0;
+    } else {
+        m_placed = ::renameat2(AT_FDCWD, made, AT_FDCWD, target, RENAME_NOREPLACE) == 0 ||
+                   (IsUnsupported(errno) && ::rename(made, target) == 0);
+    }
+    return m_placed;
+}
+
+bool FileReplacement::SyncFolders() const {
+    return SyncFolder(m_folder) && SyncFolder(m_backupFolder);
+}
+
+// A backup that could only be overwritten cannot come back; the former file is there then.
+void FileReplacement::TakeBack() {
+    if (m_backupStep == BackupStep::Overwritten) return;
+    const std::string& former = m_backupStep == BackupStep::None ? m_asidePath : m_backup;
+    if (m_placed && m_replaced) ::rename(former.c_str(), m_target.c_str());
+    if (m_placed && !m_replaced) ::unlink(m_target.c_str());
+    if (m_backupStep == BackupStep::Exchanged) ::rename(m_asidePath.c_str(), m_backup.c_str());
+    if (m_backupStep == BackupStep::Added) ::unlink(m_backup.c_str());
+}
+
+}  // namespace kalvex::platform

@@ -1,0 +1,24 @@
+// Files by names that people give: what lies there may be anything.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+
+namespace kalvex::platform {
+
+// Opens what lies there if it is a regular file, and never waits for it; the flags are those of the
+// system. A descriptor, or -1 with errno set: EISDIR for a folder, ENXIO for a pipe, a device or
+// the like.
+int OpenRegularFile(const std::string& path, int flags, mode_t mode = 0);
+
+// To the end of the file, or of the content; false with errno set, what came before being done.
+// ReadToEnd adds to the content.
+bool ReadToEnd(int fd, std::string& content);
+bool WriteAll(int fd, std::string_view content);
+
+// The words for an errno of these.
+std::string FileFault(int error);
+
+}  // namespace kalvex::platform

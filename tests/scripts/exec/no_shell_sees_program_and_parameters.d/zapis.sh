@@ -1,0 +1,2 @@
+printf '%s|' "$@" > zapis.txt
+exit 3
