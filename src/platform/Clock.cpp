@@ -12,4 +12,9 @@ bool VirtualClock::SetSystemTime(std::int64_t seconds) {
     return true;
 }
 
+void VirtualClock::Advance(std::int64_t milliseconds) {
+    m_milliseconds += milliseconds;
+    m_elapsed += milliseconds;
+}
+
 }  // namespace kalvex::platform

@@ -27,6 +27,9 @@ void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
     for (const value::ValueKind kind : definitions.automatic) {
         if (m_places.count(kind) == 0) m_places[kind] = FirstPlace(kind, dayStart, now);
         Place& place = m_places[kind];
+        // A clock that has been set back has left behind a place that is still to come.
+        const std::int64_t present = CoveringReport(kind, now, dayStart);
+        if (place.time > present) place = Begin(kind, present);
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
             if (!HandOver(kind, dayStart, now, place)) return;
         }
@@ -39,17 +42,19 @@ void AutomaticReports::OnDefine() {
 
 AutomaticReports::Place AutomaticReports::FirstPlace(value::ValueKind kind, int dayStart,
                                                      std::int64_t now) {
-    const std::string name = ProgressName(kind);
-    const std::optional<std::int64_t> recorded = m_store.Progress(name);
+    const std::optional<std::int64_t> recorded = m_store.Progress(ProgressName(kind));
     if (recorded) {
         const std::int64_t farthest = std::max<std::int64_t>(now - kFarthest, 0);
         return {std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
     }
-    const std::int64_t present = CoveringReport(kind, now, dayStart);
+    return Begin(kind, CoveringReport(kind, now, dayStart));
+}
+
+AutomaticReports::Place AutomaticReports::Begin(value::ValueKind kind, std::int64_t time) {
     std::vector<StoreOperation> operations;
-    operations.emplace_back(SaveProgress{name, present});
+    operations.emplace_back(SaveProgress{ProgressName(kind), time});
     m_store.Submit(std::move(operations), Store::Urgency::Now, {});
-    return {present};
+    return {time};
 }
 
 // What the store does not take now is handed over at a later step. The end of the report is marked

@@ -17,8 +17,9 @@ class AutomaticReports {
     AutomaticReports(const Plant& plant, Store& store, Store::Done done)
         : m_plant(plant), m_store(store), m_done(std::move(done)) {}
 
-    // Once a second, behind the archive values of that second. Periods that ended while there was
-    // no server are made up for, 62 days back; with none on record the first is the one under way.
+    // Once a second, behind the archive values of that second, with the confirmed time. Periods
+    // that ended while there was no server are made up for, 62 days back; with none on record, or
+    // one that is still to come, the first is the one under way.
     void Step(const Definitions& definitions, std::int64_t now);
 
     // The plant has other variables now: a period that is half handed over is begun again.
@@ -31,6 +32,7 @@ class AutomaticReports {
     };
 
     Place FirstPlace(value::ValueKind kind, int dayStart, std::int64_t now);
+    Place Begin(value::ValueKind kind, std::int64_t time);
     bool HandOver(value::ValueKind kind, int dayStart, std::int64_t now, Place& place);
 
     const Plant& m_plant;

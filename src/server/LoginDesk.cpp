@@ -45,7 +45,7 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
         request.password.size() > platform::kLongestPassword) {
         return true;
     }
-    const std::int64_t wait = m_gate.Wait(pending.address, request.user, m_clock.Now());
+    const std::int64_t wait = m_gate.Wait(pending.address, request.user, m_clock.Elapsed());
     if (wait > 0) {
         verdict = {LoginTooOften,
                    text::FormatText(m_translator.Translate(kTooOften), {std::to_string(wait)}),
@@ -74,7 +74,7 @@ LoginVerdict LoginDesk::Conclude(const Pending& pending, LoginVerdict verdict, b
         m_gate.OnSuccess(pending.address, pending.request.user);
         return {LoginOk, {}, std::move(verdict.user)};
     }
-    m_gate.OnFailure(pending.address, pending.request.user, m_clock.Now());
+    m_gate.OnFailure(pending.address, pending.request.user, m_clock.Elapsed());
     verdict.user = {};
     return verdict;
 }

@@ -1,4 +1,4 @@
-// Slows down who tries passwords. Main thread; times are seconds.
+// Slows down who tries passwords. Main thread; times are seconds of elapsed time.
 #pragma once
 
 #include <cstdint>

@@ -49,6 +49,7 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
             last = std::move(old.value);
             variable.generated = old.generated;
             variable.saved = old.saved;
+            variable.unarchived = old.unarchived;
         } else {
             last = store.LastValue(variable.id);
         }
@@ -73,14 +74,12 @@ std::size_t Plant::Find(std::string_view name) const {
     return found == m_byName.end() ? kNone : found->second;
 }
 
-void Plant::Step(std::int64_t now) {
-    const std::int64_t elapsed = m_lastStep ? now - *m_lastStep : 0;
-    m_lastStep = now;
+void Plant::Step(std::int64_t now, std::int64_t passed) {
     for (std::size_t index = 0; index < m_arrVariables.size(); ++index) {
         PlantVariable& variable = m_arrVariables[index];
         if (!variable.config.signal) continue;
         variable.generated =
-            variable.config.signal->ValueAt(now, variable.generated, elapsed, NextRandom(m_random));
+            variable.config.signal->ValueAt(now, variable.generated, passed, NextRandom(m_random));
         value::CVal value(*variable.generated);
         value.Cast(variable.config.type);
         const value::CVal& old = variable.value;

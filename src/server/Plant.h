@@ -33,6 +33,7 @@ struct PlantVariable {
     std::optional<double> generated;  // what the signal has come to, uncut by the type
     bool changed = false;             // since the changes were last taken
     bool saved = true;
+    bool unarchived = false;  // its last changes have no second of their own in the archive yet
     std::vector<Subscriber> subscribers;
 };
 
@@ -50,8 +51,9 @@ class Plant {
     PlantVariable& At(std::size_t index) { return m_arrVariables[index]; }
     const PlantVariable& At(std::size_t index) const { return m_arrVariables[index]; }
 
-    // Moves the signals to that time. A value that comes out the same keeps its time.
-    void Step(std::int64_t now);
+    // Moves the signals to that time, so many seconds on. A value that comes out the same keeps its
+    // time.
+    void Step(std::int64_t now, std::int64_t passed);
 
     // Sets a current value as it stands.
     void SetValue(std::size_t index, value::CVal value);
@@ -63,7 +65,6 @@ class Plant {
     std::vector<PlantVariable> m_arrVariables;
     std::unordered_map<std::string, std::size_t> m_byName;
     std::vector<std::size_t> m_changed;
-    std::optional<std::int64_t> m_lastStep;
     std::uint64_t m_random = 0;
 };
 

@@ -12,12 +12,14 @@ namespace {
 
 constexpr const char* kBusy = platform::Translatable("zbyt wiele danych czeka na zapis");
 constexpr const char* kAlive = "alive";
+constexpr std::int64_t kStepBack = 60;  // a longer one corrects a clock that was ahead
 
 }  // namespace
 
 void Recorder::Begin(std::int64_t now) {
     const std::optional<std::int64_t> alive = m_store.Progress(kAlive);
     m_lastSave = now;
+    m_newest = alive;
     if (!alive || *alive + 1 >= now) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
@@ -35,22 +37,47 @@ void Recorder::Begin(std::int64_t now) {
 
 void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
     for (const std::size_t index : changed) {
-        const PlantVariable& variable = m_plant.At(index);
+        PlantVariable& variable = m_plant.At(index);
         if ((variable.config.archive & vantrel::ArchiveBit::Changes) == 0) continue;
+        if (IsBehind(variable.value.GetTime())) {
+            variable.unarchived = true;
+            continue;
+        }
         m_pending.emplace_back(
             PutValue{variable.id, value::KindArchive, variable.value.GetTime(), variable.value});
     }
 }
 
-void Recorder::Step(const Definitions& definitions, std::int64_t now) {
-    AddSamples(definitions.archivePeriod, now);
+bool Recorder::IsBehind(std::int64_t time) {
+    if (!m_newest || time > *m_newest || *m_newest - time > kStepBack) return false;
+    m_behind = m_behind || time < *m_newest;
+    return m_behind;
+}
+
+void Recorder::CatchUp(std::int64_t now) {
+    m_newest = now;
+    if (!std::exchange(m_behind, false)) return;
+    for (std::size_t index = 0; index < m_plant.Size(); ++index) {
+        PlantVariable& variable = m_plant.At(index);
+        if (!std::exchange(variable.unarchived, false)) continue;
+        value::CVal value = variable.value;
+        value.SetTime(now);
+        m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
+    }
+}
+
+void Recorder::Step(const Definitions& definitions, std::int64_t now, std::int64_t confirmed) {
+    if (!IsBehind(now)) {
+        CatchUp(now);
+        AddSamples(definitions.archivePeriod, now);
+    }
     if (now < m_lastSave || now - m_lastSave >= definitions.savePeriod) {
         AddUnsaved();
         m_lastSave = now;
     }
-    if (!m_pending.empty()) m_pending.emplace_back(SaveProgress{kAlive, now});
+    if (!m_pending.empty()) m_pending.emplace_back(SaveProgress{kAlive, confirmed});
     Submit();
-    RemoveOld(definitions.keepDays, now);
+    RemoveOld(definitions.keepDays, confirmed);
 }
 
 void Recorder::End(std::int64_t now) {

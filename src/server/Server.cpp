@@ -25,6 +25,7 @@ constexpr const char* kNextStart =
 constexpr const char* kReloaded = platform::Translatable("Konfiguracja odczytana ponownie");
 constexpr const char* kManyClients =
     platform::Translatable("Zbyt wielu klientów, odrzucono połączenie");
+constexpr const char* kJumped = platform::Translatable("Zegar przeskoczył o %s s");
 constexpr const char* kNotStored = platform::Translatable("Błąd zapisu danych (%s)");
 
 }  // namespace
@@ -50,6 +51,7 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     if (!LoadDefinitions(configuration, m_translator, m_definitions, errors) || !OpenFiles(errors))
         return false;
     m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
+    StepTime();
     Define();
     m_recorder.Begin(m_clock.Now());
     m_started = true;
@@ -104,28 +106,35 @@ void Server::Reload() {
     Distribute();
     m_definitions = std::move(definitions);
     Define();
+    m_confirmed.Trust();
     Log(kReloaded, {}, platform::LogEvents);
 }
 
 void Server::Tick() {
     const std::int64_t now = m_clock.Now();
     if (m_lastTick == now) return;
-    m_lastTick = now;
-    m_plant.Step(now);
+    const bool isFirst = !std::exchange(m_lastTick, now);
+    StepTime();
+    m_plant.Step(now, isFirst ? 0 : m_confirmed.Passed());
     Distribute();
-    m_recorder.Step(m_definitions, now);
-    m_automatic.Step(m_definitions, now);
+    m_recorder.Step(m_definitions, now, Confirmed());
+    m_automatic.Step(m_definitions, Confirmed());
     const ChangedReports changed = std::exchange(m_changedReports, {});
     for (const auto& [number, session] : m_sessions) {
         session->SendReportChanges(changed);
-        session->CloseUnlessLoggedIn(now - kLoginTime);
+        session->CloseUnlessLoggedIn(Elapsed() - kLoginTime);
     }
+}
+
+void Server::StepTime() {
+    const std::int64_t jump = m_confirmed.Step(Now(), Elapsed());
+    if (jump != 0) Log(kJumped, {std::to_string(jump)}, platform::LogErrors);
 }
 
 void Server::Stop() {
     if (!std::exchange(m_started, false)) return;
     Distribute();
-    m_recorder.End(m_clock.Now());
+    m_recorder.End(Confirmed());
     m_store.Close();
     Log(kStopped, {m_definitions.name}, platform::LogAlways);
 }

@@ -21,6 +21,7 @@
 #include "platform/Translator.h"
 #include "platform/UserStore.h"
 #include "server/AutomaticReports.h"
+#include "server/ConfirmedTime.h"
 #include "server/Definitions.h"
 #include "server/LoginDesk.h"
 #include "server/Plant.h"
@@ -69,6 +70,8 @@ class Server final : public vantrel::SessionAcceptor {
     // ---- for the sessions
 
     std::int64_t Now() const { return m_clock.Now(); }
+    std::int64_t Elapsed() const { return m_clock.Elapsed(); }
+    std::int64_t Confirmed() const { return m_confirmed.Get(); }
     Plant& GetPlant() { return m_plant; }
     Store& GetStore() { return m_store; }
     LoginDesk& GetLogins() { return *m_logins; }
@@ -94,6 +97,7 @@ class Server final : public vantrel::SessionAcceptor {
   private:
     bool OpenFiles(std::vector<std::string>& errors);
     void Define();
+    void StepTime();
     std::vector<vantrel::VariableDefinition> DefinitionsFor(const platform::UserRecord& user,
                                                             const std::string& address) const;
 
@@ -118,6 +122,7 @@ class Server final : public vantrel::SessionAcceptor {
     std::deque<vantrel::LogMessage> m_lastMessages;
     bool m_failureTold = false;  // of the store, until a transaction succeeds
     bool m_started = false;
+    ConfirmedTime m_confirmed;
     std::optional<std::int64_t> m_lastTick;
 };
 

@@ -28,7 +28,7 @@ constexpr const char* kManySubscriptions =
 }  // namespace
 
 Session::Session(Server& server, vantrel::ServerLink& link, std::uint64_t number)
-    : m_server(server), m_link(link), m_number(number), m_accepted(server.Now()) {}
+    : m_server(server), m_link(link), m_number(number), m_accepted(server.Elapsed()) {}
 
 Session::~Session() {
     for (auto& [handle, subscription] : m_subscriptions) Release(handle, subscription);

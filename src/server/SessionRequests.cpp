@@ -247,7 +247,7 @@ void Session::Receive(vantrel::PeriodRequest& message) {
     std::vector<StoreOperation> operations;
     operations.emplace_back(MakeReport{
         message.action, target.id, message.kind, ReportTime(message.kind, message.time),
-        target.config.rule, static_cast<int>(m_server.Settings().dayStart), m_server.Now()});
+        target.config.rule, static_cast<int>(m_server.Settings().dayStart), m_server.Confirmed()});
     const bool taken = m_server.GetStore().Submit(
         std::move(operations), Store::Urgency::Now,
         [&server = m_server](const StoreOutcome& outcome) { server.OnOutcome(outcome); });

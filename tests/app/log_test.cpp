@@ -194,6 +194,7 @@ class FullDisk final : public platform::Clock {
         if (m_left-- == 0) std::filesystem::remove(m_file);
         return ++m_now;
     }
+    std::int64_t Elapsed() const override { return m_now; }
     bool SetSystemTime(std::int64_t) override { return false; }
 
   private:

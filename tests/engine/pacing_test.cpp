@@ -197,6 +197,7 @@ TEST_F(PacingTest, SetTimeSucceedsWhenTheSystemRefuses) {
     class RefusingClock final : public platform::Clock {
       public:
         std::int64_t Now() const override { return kStart; }
+        std::int64_t Elapsed() const override { return 0; }
         bool SetSystemTime(std::int64_t) override { return false; }
     } refusing;
     const DocumentServices other{{refusing, log, translator, users, paths, language::Functions()},

@@ -1,0 +1,194 @@
+// The server under a clock that jumps.
+#include "server_fixture.h"
+#include "value/Status.h"
+
+namespace kalvex::server {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::int64_t kFar = 60 * value::kSecondsPerDay;
+
+class ServerClockTest : public ServerTest {
+  protected:
+    void Jump(std::int64_t seconds) { m_clock.SetSystemTime(m_clock.Now() + seconds); }
+    std::vector<std::string> All(TestClient& client, value::ValueKind kind, std::string_view name) {
+        return Read(client, kind, name, 0, value::kLargestTime);
+    }
+    std::string At(std::int64_t second) const { return std::to_string(m_start + second); }
+};
+
+TEST_F(ServerClockTest, JumpAheadRemovesNothing) {
+    Start(
+        "[archive]\nkeep-days = 30\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\n");
+    TestClient& client = LogIn();
+    ModifyArchive(client, "X",
+                  {support::Stamped(value::CVal(1), m_start - 200),
+                   support::Stamped(value::CVal(2), m_start - 100)});
+    Tick();
+    Jump(kFar);
+    Tick(5);
+    Jump(-kFar);
+    Tick(5);
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Zegar przeskoczył o 5184000 s", "1 Zegar przeskoczył o -5184000 s"));
+    EXPECT_THAT(All(client, value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(-200) + " 1.00", "171 0 " + At(-100) + " 2.00"));
+}
+
+TEST_F(ServerClockTest, ClockThatStaysAheadRemovesAfterAnHour) {
+    Start(
+        "[archive]\nkeep-days = 30\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\n");
+    TestClient& client = LogIn();
+    ModifyArchive(client, "X",
+                  {support::Stamped(value::CVal(1), m_start - 200),
+                   support::Stamped(value::CVal(2), m_start - 100)});
+    Tick();
+    Jump(kFar);
+    Tick();
+    m_clock.Advance(3599 * 1000);
+    Tick(2);
+    EXPECT_THAT(All(client, value::KindArchive, "X"), ElementsAre("171 0 " + At(-100) + " 2.00"));
+}
+
+TEST_F(ServerClockTest, JumpAheadHasNoReportComputed) {
+    Start(
+        "[reports]\nautomatic = [\"hour\", \"day\", \"month\"]\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\nrt = 14\n");
+    TestClient& client = LogIn();
+    ModifyArchive(client, "X", {support::Stamped(value::CVal(10), m_start - 7200)});
+    Tick();
+    Jump(kFar);
+    Tick(5);
+    Jump(-kFar);
+    Tick(5);
+    for (const value::ValueKind kind : {value::KindHour, value::KindDay, value::KindMonth}) {
+        EXPECT_THAT(All(client, kind, "X"), IsEmpty()) << kind;
+    }
+    m_clock.Advance(3600 * 1000);
+    Tick();
+    EXPECT_THAT(All(client, value::KindHour, "X"), ElementsAre("171 128 " + At(0) + " 10.00"));
+}
+
+TEST_F(ServerClockTest, OrderedReportEndsAtTheConfirmedTime) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n");
+    TestClient& client = LogIn();
+    ModifyArchive(client, "X", {support::Stamped(value::CVal(10), m_start - 7200)});
+    Tick();
+    Jump(kFar);
+    Tick();
+    Order(client, vantrel::PeriodAction::Calculate, value::KindHour, "X", m_start);
+    EXPECT_THAT(All(client, value::KindHour, "X"), ElementsAre("171 192 " + At(0) + " 10.00"));
+}
+
+TEST_F(ServerClockTest, ReadingTheConfigurationConfirmsTheClock) {
+    Start(
+        "[reports]\nautomatic = [\"month\"]\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nrt = 8\n");
+    TestClient& client = LogIn();
+    Tick();
+    Jump(31 * value::kSecondsPerDay);
+    Tick();
+    EXPECT_THAT(All(client, value::KindMonth, "X"), IsEmpty());
+    m_server->Reload();
+    Tick();
+    const std::string march = std::to_string(value::MakeLocalTime({2024, 3, 1}));
+    EXPECT_THAT(All(client, value::KindMonth, "X"), ElementsAre("255 129 " + march + " "));
+}
+
+// The server was started under a clock that was ahead, so it had to believe it.
+TEST_F(ServerClockTest, PlaceOfTheReportsReturns) {
+    const std::string toml =
+        "[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n";
+    Jump(kFar);
+    Start(toml);
+    Tick();
+    Jump(-kFar);
+    Tick();
+    ModifyArchive(LogIn(), "X", {support::Stamped(value::CVal(10), m_start - 7200)});
+    m_clock.Advance(3600 * 1000);
+    Tick();
+    EXPECT_THAT(All(LogIn(), value::KindHour, "X"), ElementsAre("171 128 " + At(0) + " 10.00"));
+    End();
+    Jump(kFar);
+    Start(toml);
+    Tick();
+    End();
+    Jump(-kFar);
+    Start(toml);
+    m_clock.Advance(3600 * 1000);
+    Tick();
+    EXPECT_THAT(All(LogIn(), value::KindHour, "X"),
+                testing::Contains("171 128 " + At(3600) + " 10.00"));
+}
+
+TEST_F(ServerClockTest, SecondsPassedTwiceKeepTheirArchiveValues) {
+    Start(
+        "[archive]\nperiod = 1\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 2\n[[variable]]\nname = \"S\"\nat = 4\n");
+    TestClient& client = LogIn();
+    const auto set = [&](int number) {
+        Modify(client, value::KindCurrent, "X", 0, value::CVal(number));
+        Modify(client, value::KindCurrent, "S", 0, value::CVal(number));
+        Tick();
+    };
+    for (const int number : {1, 2, 3}) set(number);
+    Jump(-2);
+    for (const int number : {4, 5, 6}) set(number);
+    EXPECT_THAT(All(client, value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(0) + " 1.00", "171 0 " + At(1) + " 2.00",
+                            "171 0 " + At(2) + " 3.00", "171 0 " + At(4) + " 6.00"));
+    EXPECT_THAT(All(client, value::KindArchive, "S"),
+                ElementsAre("171 0 " + At(1) + " 1.00", "171 0 " + At(2) + " 2.00",
+                            "171 0 " + At(3) + " 3.00", "171 0 " + At(4) + " 6.00"));
+    EXPECT_THAT(m_log.Take(), IsEmpty());
+}
+
+TEST_F(ServerClockTest, SecondsPassedTwiceOverARestartKeepTheirArchiveValues) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n");
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1));
+    Tick(2);
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(2));
+    Tick();
+    End();
+    Jump(-2);
+    Restart();
+    Tick();
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(3));
+    Tick(2);
+    EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(0) + " 1.00", "171 0 " + At(2) + " 2.00",
+                            "171 0 " + At(4) + " 3.00"));
+}
+
+TEST_F(ServerClockTest, CounterGoesByElapsedTimeAtAJump) {
+    Start("[[variable]]\nname = \"C\"\nsignal = \"counter rate=1\"\n");
+    TestClient& client = LogIn();
+    Subscribe(client, {"C"});
+    Tick(3);
+    Jump(kFar);
+    Tick();
+    Updates(client);
+    Tick();
+    EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(kFar + 5) + " 4.00"));
+}
+
+TEST_F(ServerClockTest, WaitOfALoginGoesByElapsedTime) {
+    Start("[[variable]]\nname = \"X\"\n");
+    TestClient& client = Connect("10.1.2.3");
+    for (int failure = 0; failure < 3; ++failure) TryLogin(client, "adam", "x");
+    Jump(-kFar);
+    EXPECT_EQ(TryLogin(client, "adam", "x").text,
+              text::FromUtf8("zbyt wiele nieudanych prób, następna możliwa za 2 s"));
+    m_clock.Advance(29000);
+    Jump(kFar);
+    m_server->Tick();
+    EXPECT_EQ(client.closed, 0u);
+}
+
+}  // namespace
+}  // namespace kalvex::server
