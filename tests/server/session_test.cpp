@@ -297,6 +297,16 @@ TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
     EXPECT_EQ(committed[0].entries[1].result, vantrel::ResultOk);
 }
 
+TEST_F(SessionTest, TextWithTheCharacterOfCodeZeroIsRefused) {
+    TestClient& client = Operator();
+    const value::CVal text(std::string("1\0a", 3));
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.T", 0, text), vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, text), vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", m_start, text), vantrel::ResultBadValue);
+    EXPECT_EQ(ModifyArchive(client, "Z1.N", {support::Stamped(text, 100)}),
+              vantrel::ResultBadValue);
+}
+
 // ---- reports and archive
 
 TEST_F(SessionTest, ReportIsWrittenAndReadByAnyTimeOfItsPeriod) {
