@@ -48,7 +48,7 @@ void Recorder::Step(const Definitions& definitions, std::int64_t now) {
         AddUnsaved();
         m_lastSave = now;
     }
-    if (!m_pending.empty()) m_pending.emplace_back(SaveProgress{kAlive, now});
+    m_pending.emplace_back(SaveProgress{kAlive, now});
     Submit();
     RemoveOld(definitions.keepDays, now);
 }

@@ -90,6 +90,36 @@ class ServerKillTest : public ServerTest {
     }
 };
 
+// Nothing changes in it; tells each second that is over.
+[[noreturn]] void IdleUntilKilled(const std::string& configuration, std::int64_t start, int tell) {
+    platform::VirtualClock clock(start);
+    support::LogRecorder log;
+    const platform::Translator translator;
+    support::WaitingLoop loop;
+    Server server(clock, log, translator, loop, platform::PasswordCost::Least);
+    std::vector<std::string> errors;
+    if (!server.Start(configuration, errors)) ::_exit(1);
+    for (;;) {
+        clock.Advance(1000);
+        server.Tick();
+        server.GetStore().Flush();
+        TellConfirmed(tell, clock.Now());
+    }
+}
+
+TEST_F(ServerKillTest, QuietServerLeavesItsArchiveKnown) {
+    constexpr const char* kQuiet = "[[variable]]\nname = \"X\"\nat = 2\nvalue = 5\n";
+    Configure(kQuiet);
+    const std::string configuration = m_folder.Path("plant.toml");
+    const std::vector<std::int64_t> seconds =
+        RunAndKill([&](int tell) { IdleUntilKilled(configuration, m_start, tell); }, 100);
+    m_clock.Advance((seconds.back() + 1 - m_start) * 1000);
+    Start(kQuiet);
+    Tick();
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime),
+                testing::ElementsAre("171 0 " + std::to_string(m_start) + " 5.00"));
+}
+
 TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
     std::vector<std::int64_t> confirmed;
     vantrel::RequestId next = 10;

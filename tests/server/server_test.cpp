@@ -138,6 +138,17 @@ TEST_F(ServerTest, QuickRestartLeavesNoGap) {
     EXPECT_EQ(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime).size(), 1u);
 }
 
+// Without its polite end.
+TEST_F(ServerTest, SignOfLifeIsWrittenWhenNothingElseIs) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\nvalue = 1\n");
+    Tick(30);
+    m_server.reset();
+    m_clock.Advance(1000);
+    Restart();
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime),
+                ElementsAre("171 0 " + At(m_start) + " 1.00"));
+}
+
 TEST_F(ServerTest, OldArchiveValuesGo) {
     Start(
         "[archive]\nkeep-days = 1\n[[access]]\nwrite = \"0\"\n"
