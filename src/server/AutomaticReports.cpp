@@ -25,7 +25,11 @@ std::string ProgressName(value::ValueKind kind) {
 void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
     const int dayStart = static_cast<int>(definitions.dayStart);
     for (const value::ValueKind kind : definitions.automatic) {
-        if (m_places.count(kind) == 0) m_places[kind] = FirstPlace(kind, dayStart, now);
+        if (m_places.count(kind) == 0) {
+            const std::optional<Place> first = FirstPlace(kind, dayStart, now);
+            if (!first) return;
+            m_places[kind] = *first;
+        }
         Place& place = m_places[kind];
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
             if (!HandOver(kind, dayStart, now, place)) return;
@@ -37,19 +41,20 @@ void AutomaticReports::OnDefine() {
     for (auto& [kind, place] : m_places) place.variable = 0;
 }
 
-AutomaticReports::Place AutomaticReports::FirstPlace(value::ValueKind kind, int dayStart,
-                                                     std::int64_t now) {
+std::optional<AutomaticReports::Place> AutomaticReports::FirstPlace(value::ValueKind kind,
+                                                                    int dayStart,
+                                                                    std::int64_t now) {
     const std::string name = ProgressName(kind);
     const std::optional<std::int64_t> recorded = m_store.Progress(name);
     if (recorded) {
         const std::int64_t farthest = std::max<std::int64_t>(now - kFarthest, 0);
-        return {std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
+        return Place{std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
     }
     const std::int64_t present = CoveringReport(kind, now, dayStart);
     std::vector<StoreOperation> operations;
     operations.emplace_back(SaveProgress{name, present});
-    m_store.Submit(std::move(operations), Store::Urgency::Now, {});
-    return {present};
+    if (!m_store.Submit(std::move(operations), Store::Urgency::Now, {})) return std::nullopt;
+    return Place{present};
 }
 
 // What the store does not take now is handed over at a later step. The end of the report is marked
