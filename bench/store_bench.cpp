@@ -46,15 +46,11 @@ class OpenStore {
     }
 
     bool Submit(std::vector<server::StoreOperation> operations) {
-        bool committed = false;
         bool answered = false;
-        m_store.Submit(std::move(operations), server::Store::Urgency::Now,
-                       [&](const server::StoreOutcome& outcome) {
-                           committed = outcome.committed;
-                           answered = true;
-                       });
-        while (!answered) m_loop.WaitAndRun();
-        return committed;
+        const bool taken = m_store.Submit(std::move(operations), server::Store::Urgency::Now,
+                                          [&](const server::StoreOutcome&) { answered = true; });
+        while (taken && !answered) m_loop.WaitAndRun();
+        return taken;
     }
 
     server::StorePiece Read(const server::StoreQuery& query) {

@@ -25,11 +25,19 @@ std::string ProgressName(value::ValueKind kind) {
 void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
     const int dayStart = static_cast<int>(definitions.dayStart);
     for (const value::ValueKind kind : definitions.automatic) {
-        if (m_places.count(kind) == 0) m_places[kind] = FirstPlace(kind, dayStart, now);
+        if (m_places.count(kind) == 0) {
+            const std::optional<Place> first = FirstPlace(kind, dayStart, now);
+            if (!first) return;
+            m_places[kind] = *first;
+        }
         Place& place = m_places[kind];
         // A clock that has been set back has left behind a place that is still to come.
         const std::int64_t present = CoveringReport(kind, now, dayStart);
-        if (place.time > present) place = Begin(kind, present);
+        if (place.time > present) {
+            const std::optional<Place> returned = Begin(kind, present);
+            if (!returned) return;
+            place = *returned;
+        }
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
             if (!HandOver(kind, dayStart, now, place)) return;
         }
@@ -40,21 +48,23 @@ void AutomaticReports::OnDefine() {
     for (auto& [kind, place] : m_places) place.variable = 0;
 }
 
-AutomaticReports::Place AutomaticReports::FirstPlace(value::ValueKind kind, int dayStart,
-                                                     std::int64_t now) {
+std::optional<AutomaticReports::Place> AutomaticReports::FirstPlace(value::ValueKind kind,
+                                                                    int dayStart,
+                                                                    std::int64_t now) {
     const std::optional<std::int64_t> recorded = m_store.Progress(ProgressName(kind));
     if (recorded) {
         const std::int64_t farthest = std::max<std::int64_t>(now - kFarthest, 0);
-        return {std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
+        return Place{std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
     }
     return Begin(kind, CoveringReport(kind, now, dayStart));
 }
 
-AutomaticReports::Place AutomaticReports::Begin(value::ValueKind kind, std::int64_t time) {
+std::optional<AutomaticReports::Place> AutomaticReports::Begin(value::ValueKind kind,
+                                                               std::int64_t time) {
     std::vector<StoreOperation> operations;
     operations.emplace_back(SaveProgress{ProgressName(kind), time});
-    m_store.Submit(std::move(operations), Store::Urgency::Now, {});
-    return {time};
+    if (!m_store.Submit(std::move(operations), Store::Urgency::Now, {})) return std::nullopt;
+    return Place{time};
 }
 
 // What the store does not take now is handed over at a later step. The end of the report is marked

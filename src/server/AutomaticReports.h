@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 
 #include "server/Plant.h"
 #include "server/Store.h"
@@ -13,7 +14,7 @@ namespace kalvex::server {
 
 class AutomaticReports {
   public:
-    // Both outlive it. `done` hears of what was committed and of what failed.
+    // Both outlive it. `done` hears of what was committed.
     AutomaticReports(const Plant& plant, Store& store, Store::Done done)
         : m_plant(plant), m_store(store), m_done(std::move(done)) {}
 
@@ -31,8 +32,9 @@ class AutomaticReports {
         std::size_t variable = 0;  // the first variable of it
     };
 
-    Place FirstPlace(value::ValueKind kind, int dayStart, std::int64_t now);
-    Place Begin(value::ValueKind kind, std::int64_t time);
+    // Nothing while the store cannot take it down.
+    std::optional<Place> FirstPlace(value::ValueKind kind, int dayStart, std::int64_t now);
+    std::optional<Place> Begin(value::ValueKind kind, std::int64_t time);
     bool HandOver(value::ValueKind kind, int dayStart, std::int64_t now, Place& place);
 
     const Plant& m_plant;

@@ -203,6 +203,8 @@ platform::Notice SetRule(VariableConfig& target, std::string_view, std::string_v
 platform::Notice SetInitial(VariableConfig& target, std::string_view, std::string_view text) {
     if (text.size() > kLongestText)
         return {platform::Translatable("tekst dłuższy niż 65535 znaków")};
+    if (text.find('\0') != std::string_view::npos)
+        return {platform::Translatable("tekst ze znakiem o kodzie 0")};
     target.initial = text;
     return {};
 }

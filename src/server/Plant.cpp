@@ -114,6 +114,7 @@ vantrel::VariableDefinition DefinitionOf(const VariableConfig& config) {
 bool ConvertWritten(const VariableConfig& config, value::ValueKind kind, value::CVal& value) {
     const bool isReport = value::IsReport(kind);
     const std::uint16_t type = value.GetType();
+    if (value.IsText() && value.Text().find('\0') != std::string_view::npos) return false;
     if (type == value::ValueType::None) {
         value.AddStatus(value::Status::Unknown);
         return kind != value::KindCurrent;

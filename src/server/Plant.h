@@ -73,8 +73,8 @@ vantrel::VariableDefinition DefinitionOf(const VariableConfig& config);
 
 // Turns what a client writes into a value of the variable: of its type for a current or archive
 // value, of any number's type for a report of a numeric variable. Status and time stay. False when
-// the value does not read as the type, is not finite, is outside the bounds, is too long, or, for a
-// current value, has no content.
+// the value does not read as the type, is not finite, is outside the bounds, is too long, has the
+// character of code 0, or, for a current value, has no content.
 bool ConvertWritten(const VariableConfig& config, value::ValueKind kind, value::CVal& value);
 
 }  // namespace kalvex::server

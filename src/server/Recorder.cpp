@@ -1,8 +1,11 @@
 #include "server/Recorder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
+#include <variant>
 
+#include "server/ReportPeriods.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
 
@@ -10,8 +13,14 @@ namespace kalvex::server {
 
 namespace {
 
-constexpr const char* kBusy = platform::Translatable("zbyt wiele danych czeka na zapis");
 constexpr const char* kAlive = "alive";
+constexpr unsigned kByServer = vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples;
+
+value::CVal UnknownValue() {
+    value::CVal value;
+    value.SetStatus(value::Status::Unknown);
+    return value;
+}
 constexpr std::int64_t kStepBack = 60;  // a longer one corrects a clock that was ahead
 
 }  // namespace
@@ -23,16 +32,24 @@ void Recorder::Begin(std::int64_t now) {
     if (!alive || *alive + 1 >= now) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
-        if ((variable.config.archive &
-             (vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples)) == 0)
-            continue;
-        m_pending.emplace_back(MarkGap{variable.id, *alive + 1});
-        if (variable.value.GetType() == value::ValueType::None) continue;
+        if ((variable.config.archive & kByServer) != 0) AddGap(variable, *alive + 1, now);
+    }
+    Submit(now, m_done);
+}
+
+// Amounts belong to the hour in which they are stamped, so the last one does not stand again behind
+// the gap, and the hour in which the gap ends has to be told of it, too.
+void Recorder::AddGap(const PlantVariable& variable, std::int64_t from, std::int64_t now) {
+    m_pending.emplace_back(MarkGap{variable.id, from});
+    if (variable.config.rule == ReportRule::Sum) {
+        const std::int64_t hour = ReportTime(value::KindHour, now);
+        m_pending.emplace_back(
+            PutValue{variable.id, value::KindArchive, std::max(from, hour), UnknownValue()});
+    } else if (variable.value.GetType() != value::ValueType::None) {
         value::CVal value = variable.value;
         value.SetTime(now);
         m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
     }
-    Submit();
 }
 
 void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
@@ -66,6 +83,12 @@ void Recorder::CatchUp(std::int64_t now) {
     }
 }
 
+void Recorder::Write(std::vector<StoreOperation> operations, std::int64_t now, Store::Done done) {
+    m_pending.insert(m_pending.end(), std::make_move_iterator(operations.begin()),
+                     std::make_move_iterator(operations.end()));
+    Submit(now, done);
+}
+
 void Recorder::Step(const Definitions& definitions, std::int64_t now, std::int64_t confirmed) {
     if (!IsBehind(now)) {
         CatchUp(now);
@@ -75,15 +98,18 @@ void Recorder::Step(const Definitions& definitions, std::int64_t now, std::int64
         AddUnsaved();
         m_lastSave = now;
     }
-    if (!m_pending.empty()) m_pending.emplace_back(SaveProgress{kAlive, confirmed});
-    Submit();
+    m_pending.emplace_back(SaveProgress{kAlive, confirmed});
+    Submit(now, m_done);
     RemoveOld(definitions.keepDays, confirmed);
 }
 
 void Recorder::End(std::int64_t now) {
     AddUnsaved();
     m_pending.emplace_back(SaveProgress{kAlive, now});
-    Submit();
+    Submit(now, m_done);
+    if (!m_loss) return;
+    m_loss->over = true;
+    m_onLoss(*m_loss);
 }
 
 void Recorder::AddSamples(std::int64_t period, std::int64_t now) {
@@ -110,16 +136,41 @@ void Recorder::AddUnsaved() {
     m_saveAll = false;
 }
 
-void Recorder::Submit() {
-    if (m_pending.empty()) return;
-    const bool taken = m_store.Submit(std::exchange(m_pending, {}), Store::Urgency::Now,
-                                      [this](const StoreOutcome& outcome) {
-                                          if (!outcome.committed) m_saveAll = true;
-                                          m_done(outcome);
-                                      });
-    if (taken) return;
+void Recorder::Submit(std::int64_t now, const Store::Done& done) {
+    if (!m_store.HasRoom(Store::Urgency::Now)) return Lose(now);
+    if (m_loss) EndLoss(now);
+    m_store.Submit(std::exchange(m_pending, {}), Store::Urgency::Now, done);
+}
+
+void Recorder::Lose(std::int64_t now) {
+    const bool begins = !m_loss;
+    if (begins) m_loss = ValueLoss{.from = now};
+    m_loss->to = now;
+    for (const StoreOperation& operation : std::exchange(m_pending, {})) {
+        const auto* put = std::get_if<PutValue>(&operation);
+        if (put == nullptr) continue;
+        ++m_loss->values;
+        m_lostSince.try_emplace(put->variable, put->time);
+    }
     m_saveAll = true;
-    m_done({false, m_translator.Translate(kBusy), {}});
+    if (begins) m_onLoss(*m_loss);
+}
+
+// The gaps go before what is recorded now.
+void Recorder::EndLoss(std::int64_t now) {
+    std::vector<StoreOperation> recorded = std::exchange(m_pending, {});
+    for (std::size_t index = 0; index < m_plant.Size(); ++index) {
+        const PlantVariable& variable = m_plant.At(index);
+        const auto lost = m_lostSince.extract(variable.id);
+        if (!lost.empty()) AddGap(variable, lost.mapped(), now);
+    }
+    for (const auto& [variable, since] : std::exchange(m_lostSince, {})) {
+        m_pending.emplace_back(MarkGap{variable, since});
+    }
+    m_pending.insert(m_pending.end(), std::make_move_iterator(recorded.begin()),
+                     std::make_move_iterator(recorded.end()));
+    m_loss->over = true;
+    m_onLoss(*std::exchange(m_loss, std::nullopt));
 }
 
 void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {

@@ -8,6 +8,7 @@
 #include "server/Session.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex::server {
 
@@ -27,22 +28,33 @@ constexpr const char* kManyClients =
     platform::Translatable("Zbyt wielu klientów, odrzucono połączenie");
 constexpr const char* kJumped = platform::Translatable("Zegar przeskoczył o %s s");
 constexpr const char* kNotStored = platform::Translatable("Błąd zapisu danych (%s)");
+constexpr const char* kStoredAgain =
+    platform::Translatable("Dane znów są zapisywane, czekało operacji %s");
+constexpr const char* kRefusesWrites =
+    platform::Translatable("Zbyt wiele danych czeka na zapis, zapisy klientów są odrzucane");
+constexpr const char* kLosing =
+    platform::Translatable("Zbyt wiele danych czeka na zapis, wartości archiwalne przepadają");
+constexpr const char* kLost = platform::Translatable("Przepadło wartości %s od %s do %s");
+constexpr const char* kNotStoredAtEnd = platform::Translatable("Nie zapisano operacji %s (%s)");
 
 }  // namespace
 
 Server::Server(const platform::Clock& clock, platform::LogSink& log,
                const platform::Translator& translator, platform::MainLoop& loop,
-               platform::PasswordCost cost)
+               platform::PasswordCost cost, const StoreSettings& store)
     : m_clock(clock),
       m_log(log),
       m_translator(translator),
       m_loop(loop),
       m_cost(cost),
       m_users(cost),
-      m_store(loop),
-      m_recorder(m_plant, m_store, translator,
-                 [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
-      m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {}
+      m_store(loop, store),
+      m_recorder(
+          m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); },
+          [this](const ValueLoss& loss) { OnLoss(loss); }),
+      m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {
+    m_store.OnTrouble([this](const StoreTrouble& trouble) { OnTrouble(trouble); });
+}
 
 Server::~Server() = default;
 
@@ -118,7 +130,8 @@ void Server::Tick() {
     m_plant.Step(now, isFirst ? 0 : m_confirmed.Passed());
     Distribute();
     m_recorder.Step(m_definitions, now, Confirmed());
-    m_automatic.Step(m_definitions, Confirmed());
+    // What is lost has to be told to the archives before a report is computed from them.
+    if (!m_recorder.IsLosing()) m_automatic.Step(m_definitions, Confirmed());
     const ChangedReports changed = std::exchange(m_changedReports, {});
     for (const auto& [number, session] : m_sessions) {
         session->SendReportChanges(changed);
@@ -135,7 +148,10 @@ void Server::Stop() {
     if (!std::exchange(m_started, false)) return;
     Distribute();
     m_recorder.End(Confirmed());
-    m_store.Close();
+    const StoreTrouble left = m_store.Close();
+    if (!left.over) {
+        Log(kNotStoredAtEnd, {std::to_string(left.operations), left.error}, platform::LogErrors);
+    }
     Log(kStopped, {m_definitions.name}, platform::LogAlways);
 }
 
@@ -219,12 +235,43 @@ std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {
     return {m_lastMessages.begin() + static_cast<std::ptrdiff_t>(first), m_lastMessages.end()};
 }
 
+// ---- the store
+
+bool Server::TakesWrites() {
+    const bool refused = !m_recorder.TakesWrites();
+    if (refused && !m_refusesWrites) Log(kRefusesWrites, {}, platform::LogErrors);
+    m_refusesWrites = refused;
+    return !refused;
+}
+
+void Server::Write(std::vector<StoreOperation> operations, std::function<void()> done) {
+    m_recorder.Write(std::move(operations), m_clock.Now(),
+                     [this, done = std::move(done)](const StoreOutcome& outcome) {
+                         OnOutcome(outcome);
+                         done();
+                     });
+}
+
 void Server::OnOutcome(const StoreOutcome& outcome) {
-    if (outcome.committed) {
-        m_failureTold = false;
-        m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
-    } else if (!std::exchange(m_failureTold, true)) {
-        Log(kNotStored, {outcome.error}, platform::LogErrors);
+    m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
+}
+
+void Server::OnTrouble(const StoreTrouble& trouble) {
+    if (trouble.over) {
+        Log(kStoredAgain, {std::to_string(trouble.operations)}, platform::LogErrors);
+    } else {
+        Log(kNotStored, {trouble.error}, platform::LogErrors);
+    }
+}
+
+void Server::OnLoss(const ValueLoss& loss) {
+    if (loss.over) {
+        Log(kLost,
+            {std::to_string(loss.values), value::FormatLocalTime(loss.from),
+             value::FormatLocalTime(loss.to)},
+            platform::LogErrors);
+    } else {
+        Log(kLosing, {}, platform::LogErrors);
     }
 }
 

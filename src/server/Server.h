@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -39,7 +40,8 @@ class Server final : public vantrel::SessionAcceptor {
     // All outlive the server. The cost is that of the users' passwords.
     Server(const platform::Clock& clock, platform::LogSink& log,
            const platform::Translator& translator, platform::MainLoop& loop,
-           platform::PasswordCost cost = platform::PasswordCost::Interactive);
+           platform::PasswordCost cost = platform::PasswordCost::Interactive,
+           const StoreSettings& store = {});
     ~Server() override;
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -91,10 +93,17 @@ class Server final : public vantrel::SessionAcceptor {
     // Archives the values that have been set and sends them to their subscribers.
     void Distribute();
 
-    // Takes down what a transaction has changed, and logs its failure.
-    void OnOutcome(const StoreOutcome& outcome);
+    // False while too much waits to be written; the log is told of it once.
+    bool TakesWrites();
+
+    // Writes what a client has asked for, behind all that was recorded before. `done` is called
+    // when it is on disk. Only after TakesWrites.
+    void Write(std::vector<StoreOperation> operations, std::function<void()> done);
 
   private:
+    void OnOutcome(const StoreOutcome& outcome);  // takes down what has changed
+    void OnTrouble(const StoreTrouble& trouble);
+    void OnLoss(const ValueLoss& loss);
     bool OpenFiles(std::vector<std::string>& errors);
     void Define();
     void StepTime();
@@ -120,7 +129,7 @@ class Server final : public vantrel::SessionAcceptor {
     std::uint64_t m_lastSession = 0;
     ChangedReports m_changedReports;
     std::deque<vantrel::LogMessage> m_lastMessages;
-    bool m_failureTold = false;  // of the store, until a transaction succeeds
+    bool m_refusesWrites = false;
     bool m_started = false;
     ConfirmedTime m_confirmed;
     std::optional<std::int64_t> m_lastTick;

@@ -92,8 +92,8 @@ class Session final : public vantrel::ServerSession {
 
     std::uint16_t CheckWrite(value::ValueKind kind, std::string_view name,
                              std::size_t& variable) const;
-    std::uint16_t PrepareModify(vantrel::ModifyRequest& request,
-                                std::vector<StoreOperation>& operations);
+    std::uint16_t TakeModify(vantrel::ModifyRequest& request,
+                             std::vector<StoreOperation>& operations);
     void Correct(std::string_view name);
     void SubmitWrites(std::vector<StoreOperation> operations, std::vector<vantrel::RequestId> ids);
 

@@ -127,10 +127,10 @@ std::uint16_t Session::CheckWrite(value::ValueKind kind, std::string_view name,
     return fits ? vantrel::ResultOk : vantrel::ResultBadRequest;
 }
 
-std::uint16_t Session::PrepareModify(vantrel::ModifyRequest& request,
-                                     std::vector<StoreOperation>& operations) {
-    if (request.kind != value::KindCurrent && !value::IsReport(request.kind))
-        return vantrel::ResultBadRequest;
+std::uint16_t Session::TakeModify(vantrel::ModifyRequest& request,
+                                  std::vector<StoreOperation>& operations) {
+    const bool current = request.kind == value::KindCurrent;
+    if (!current && !value::IsReport(request.kind)) return vantrel::ResultBadRequest;
     std::size_t variable = Plant::kNone;
     const std::uint16_t result = CheckWrite(request.kind, request.variable, variable);
     if (result != vantrel::ResultOk) return result;
@@ -138,36 +138,38 @@ std::uint16_t Session::PrepareModify(vantrel::ModifyRequest& request,
     value::CVal& value = request.value;
     if (!ConvertWritten(plant.At(variable).config, request.kind, value))
         return vantrel::ResultBadValue;
-    if (request.kind == value::KindCurrent) {
+    if (!current && !IsTime(request.time)) return vantrel::ResultBadRequest;
+    if (!m_server.TakesWrites()) return vantrel::ResultServerFault;
+    if (current) {
         value.SetTime(m_server.Now());
+        operations.emplace_back(SaveLastValue{plant.At(variable).id, value});
         plant.SetValue(variable, std::move(value));
-        return vantrel::ResultOk;
+        plant.At(variable).saved = true;
+    } else {
+        value.AddStatus(value::Status::SetByUser);
+        operations.emplace_back(PutValue{plant.At(variable).id, request.kind,
+                                         ReportTime(request.kind, request.time), std::move(value)});
     }
-    if (!IsTime(request.time)) return vantrel::ResultBadRequest;
-    value.AddStatus(value::Status::SetByUser);
-    operations.emplace_back(PutValue{plant.At(variable).id, request.kind,
-                                     ReportTime(request.kind, request.time), std::move(value)});
     return vantrel::ResultOk;
 }
 
 void Session::Receive(vantrel::ModifyRequests& message) {
-    vantrel::ModifyResults decided;
+    vantrel::ModifyResults refused;
     std::vector<StoreOperation> operations;
-    std::vector<vantrel::RequestId> waiting;
+    std::vector<vantrel::RequestId> taken;
     for (vantrel::ModifyRequest& request : message.requests) {
-        const std::uint16_t result = PrepareModify(request, operations);
-        if (result == vantrel::ResultOk && request.kind != value::KindCurrent) {
-            waiting.push_back(request.id);
+        const std::uint16_t result = TakeModify(request, operations);
+        if (result == vantrel::ResultOk) {
+            taken.push_back(request.id);
             continue;
         }
-        decided.entries.push_back({request.id, result});
+        refused.entries.push_back({request.id, result});
         if (result == vantrel::ResultNoAccess) TellOnce(kRefusedWrite, request.variable);
-        if (result != vantrel::ResultOk && request.kind == value::KindCurrent)
-            Correct(request.variable);
+        if (request.kind == value::KindCurrent) Correct(request.variable);
     }
-    if (!decided.entries.empty()) m_link.Send(std::move(decided));
-    if (!waiting.empty()) SubmitWrites(std::move(operations), std::move(waiting));
+    if (!refused.entries.empty()) m_link.Send(std::move(refused));
     m_server.Distribute();
+    if (!taken.empty()) SubmitWrites(std::move(operations), std::move(taken));
 }
 
 // A client shows what it has written before it hears of it, so it needs to be told what is true.
@@ -198,6 +200,7 @@ void Session::Receive(vantrel::ArchiveModifyRequest& message) {
             result = vantrel::ResultBadValue;
         operations.emplace_back(PutValue{target.id, value::KindArchive, time, std::move(value)});
     }
+    if (result == vantrel::ResultOk && !m_server.TakesWrites()) result = vantrel::ResultServerFault;
     if (result == vantrel::ResultOk) {
         SubmitWrites(std::move(operations), {message.id});
     } else {
@@ -207,23 +210,16 @@ void Session::Receive(vantrel::ArchiveModifyRequest& message) {
 
 void Session::SubmitWrites(std::vector<StoreOperation> operations,
                            std::vector<vantrel::RequestId> ids) {
-    const auto results = [ids](bool committed) {
-        vantrel::ModifyResults message;
-        for (const vantrel::RequestId id : ids) {
-            message.entries.push_back(
-                {id, committed ? vantrel::ResultOk : vantrel::ResultServerFault});
-        }
-        return message;
-    };
-    const bool taken = m_server.GetStore().Submit(
-        std::move(operations), Store::Urgency::Now,
-        [&server = m_server, number = m_number, results](const StoreOutcome& outcome) {
-            server.OnOutcome(outcome);
-            if (Session* session = server.FindSession(number)) {
-                session->m_link.Send(results(outcome.committed));
-            }
-        });
-    if (!taken) m_link.Send(results(false));
+    m_server.Write(std::move(operations),
+                   [&server = m_server, number = m_number, ids = std::move(ids)] {
+                       Session* session = server.FindSession(number);
+                       if (session == nullptr) return;
+                       vantrel::ModifyResults results;
+                       for (const vantrel::RequestId id : ids) {
+                           results.entries.push_back({id, vantrel::ResultOk});
+                       }
+                       session->m_link.Send(std::move(results));
+                   });
 }
 
 // ---- orders
@@ -243,15 +239,16 @@ void Session::Receive(vantrel::PeriodRequest& message) {
     const bool nothingToDo = forArchive || (message.kind == value::KindSpan &&
                                             message.action != vantrel::PeriodAction::Init);
     if (nothingToDo) return;
+    if (!m_server.TakesWrites()) {
+        TellOnce(kRefusedOrder);
+        return;
+    }
     const PlantVariable& target = m_server.GetPlant().At(variable);
     std::vector<StoreOperation> operations;
     operations.emplace_back(MakeReport{
         message.action, target.id, message.kind, ReportTime(message.kind, message.time),
         target.config.rule, static_cast<int>(m_server.Settings().dayStart), m_server.Confirmed()});
-    const bool taken = m_server.GetStore().Submit(
-        std::move(operations), Store::Urgency::Now,
-        [&server = m_server](const StoreOutcome& outcome) { server.OnOutcome(outcome); });
-    if (!taken) TellOnce(kRefusedOrder);
+    m_server.Write(std::move(operations), [] {});
 }
 
 }  // namespace kalvex::server

@@ -10,14 +10,20 @@ namespace kalvex::server {
 
 namespace {
 
-// What one transaction takes on before it is committed.
-constexpr std::size_t kBatchOperations = 20000;
+using std::chrono::milliseconds;
+
+constexpr milliseconds kFirstPause{100};
+constexpr milliseconds kLongestPause{2000};
+// How long writing may fail before a read that has to see it fails too, and before the store closes
+// without it.
+constexpr milliseconds kReadPatience{3000};
+constexpr milliseconds kClosePatience{10000};
 
 }  // namespace
 
 bool Store::Open(const std::string& path, platform::Notice& error) {
     if (!m_writeFile.Open(path, error) || !m_readFile.Open(path, error)) return false;
-    if (!m_writeFile.ReadContents(m_contents)) {
+    if (!m_writeFile.ReadContents(m_contents) || !m_writeFile.FailAtLocks()) {
         error = {"%s", {text::ToUtf8(m_writeFile.ErrorText())}};
         return false;
     }
@@ -29,18 +35,20 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
     return true;
 }
 
-void Store::Close() {
+StoreTrouble Store::Close() {
     *m_open = false;
-    if (!m_writer.joinable()) return;
+    if (!m_writer.joinable()) return {};
     {
         const std::lock_guard lock(m_mutex);
         m_stop = true;
-        m_background.clear();
         m_reads.clear();
     }
     m_work.notify_all();
+    m_pause->Cut();
     m_writer.join();
     m_reader.join();
+    m_queue.DropBackground();
+    return {m_queue.Empty(), m_error, m_queue.Operations()};
 }
 
 VariableId Store::Register(std::string_view name) {
@@ -48,7 +56,7 @@ VariableId Store::Register(std::string_view name) {
     if (isNew) {
         ++m_lastVariable;
         const std::lock_guard lock(m_mutex);
-        m_names.push_back({known->second, known->first});
+        m_queue.PushName({known->second, known->first});
     }
     return known->second;
 }
@@ -65,16 +73,21 @@ std::optional<std::int64_t> Store::Progress(const std::string& what) const {
     return found->second;
 }
 
+bool Store::HasRoomForClients() {
+    const std::lock_guard lock(m_mutex);
+    return m_queue.HasRoomForClients();
+}
+
+bool Store::HasRoom(Urgency urgency) {
+    const std::lock_guard lock(m_mutex);
+    return m_queue.HasRoom(urgency);
+}
+
 bool Store::Submit(std::vector<StoreOperation> operations, Urgency urgency, Done done) {
     {
         const std::lock_guard lock(m_mutex);
-        const bool urgent = urgency == Urgency::Now;
-        std::size_t& waiting = urgent ? m_urgentWaiting : m_backgroundWaiting;
-        if (waiting + operations.size() > (urgent ? kMostUrgent : kMostBackground)) return false;
-        waiting += operations.size();
-        if (urgent) ++m_urgentMade;
-        (urgent ? m_urgent : m_background)
-            .push_back({std::move(operations), std::move(done), urgent});
+        if (!m_queue.HasRoom(urgency)) return false;
+        m_queue.Push(std::move(operations), urgency, std::move(done));
     }
     m_work.notify_all();
     return true;
@@ -83,120 +96,111 @@ bool Store::Submit(std::vector<StoreOperation> operations, Urgency urgency, Done
 void Store::Read(const StoreQuery& query, std::function<void(StorePiece)> done) {
     {
         const std::lock_guard lock(m_mutex);
-        m_reads.push_back({query, std::move(done), m_urgentMade});
+        m_reads.push_back({query, std::move(done), m_queue.Made()});
     }
     m_work.notify_all();
 }
 
 void Store::Flush() {
     std::unique_lock lock(m_mutex);
-    m_done.wait(lock, [this] {
-        return m_urgent.empty() && m_background.empty() && m_reads.empty() && !m_writing &&
-               !m_reading;
-    });
-}
-
-std::vector<Store::Submission> Store::NextBatch() {
-    std::vector<Submission> batch;
-    std::size_t operations = 0;
-    while (!m_urgent.empty() && operations < kBatchOperations) {
-        operations += m_urgent.front().operations.size();
-        batch.push_back(std::move(m_urgent.front()));
-        m_urgent.pop_front();
-    }
-    if (!m_background.empty()) {
-        batch.push_back(std::move(m_background.front()));
-        m_background.pop_front();
-    }
-    return batch;
+    m_done.wait(lock,
+                [this] { return m_queue.Empty() && m_reads.empty() && !m_writing && !m_reading; });
 }
 
 void Store::Write() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_work.wait(lock, [this] { return m_stop || !m_urgent.empty() || !m_background.empty(); });
-        if (m_urgent.empty() && m_background.empty()) return;
-        std::vector<Submission> batch = NextBatch();
-        std::vector<SaveName> names = std::exchange(m_names, {});
+        m_work.wait(lock, [this] { return m_stop || !m_queue.Empty(); });
+        if (m_stop) m_queue.DropBackground();
+        if (m_queue.Empty()) return;
+        const StoreBatch batch = m_queue.Next();
         m_writing = true;
         lock.unlock();
-        if (Commit(batch, names)) names.clear();
+        std::vector<ChangedReports> changed;
+        const bool committed = Commit(batch, changed);
         lock.lock();
-        m_names.insert(m_names.begin(), names.begin(), names.end());
         m_writing = false;
-        for (const Submission& submission : batch) {
-            (submission.urgent ? m_urgentWaiting : m_backgroundWaiting) -=
-                submission.operations.size();
-            if (submission.urgent) ++m_urgentDone;
-        }
+        if (!committed) return;
+        PostDone(m_queue.Take(batch, std::move(changed)));
         m_done.notify_all();
         m_work.notify_all();
     }
 }
 
-void Store::PostDone(std::function<void()> done) {
-    m_loop.Post([open = m_open, done = std::move(done)] {
-        if (*open) done();
+bool Store::Commit(const StoreBatch& batch, std::vector<ChangedReports>& changed) {
+    milliseconds failedFor{0};
+    milliseconds pause = kFirstPause;
+    std::string error;
+    while (!m_writeFile.Write(batch, changed, error)) {
+        if (failedFor == milliseconds{0}) PostTrouble({false, error, 0});
+        if (!OnFailure(error, failedFor, pause)) return false;
+        m_pause->Wait(pause);
+        failedFor += pause;
+        pause = std::min(2 * pause, kLongestPause);
+    }
+    if (failedFor > milliseconds{0}) OnRecovered();
+    return true;
+}
+
+bool Store::OnFailure(const std::string& error, milliseconds failedFor, milliseconds pause) {
+    const std::lock_guard lock(m_mutex);
+    m_error = error;
+    m_stuck = failedFor >= kReadPatience;
+    if (m_stuck) m_work.notify_all();
+    if (!m_stop) return true;
+    const bool triesAgain = m_failedSinceStop < kClosePatience;
+    m_failedSinceStop += pause;
+    return triesAgain;
+}
+
+void Store::OnRecovered() {
+    const std::lock_guard lock(m_mutex);
+    m_stuck = false;
+    PostTrouble({true, std::exchange(m_error, {}), m_queue.Operations()});
+}
+
+void Store::Post(std::function<void()> work) {
+    m_loop.Post([open = m_open, work = std::move(work)] {
+        if (*open) work();
     });
 }
 
-bool Store::Commit(std::vector<Submission>& batch, const std::vector<SaveName>& names) {
-    auto outcomes = std::make_shared<std::vector<std::pair<Done, StoreOutcome>>>();
-    bool committed = false;
-    std::string error;
-    {
-        platform::SqliteTransaction transaction(m_writeFile.Database());
-        committed = transaction.Begun();
-        ChangedReports none;
-        for (const SaveName& name : names) {
-            committed = committed && m_writeFile.Apply(name, none);
-        }
-        for (Submission& submission : batch) {
-            StoreOutcome outcome;
-            for (const StoreOperation& operation : submission.operations) {
-                committed = committed && m_writeFile.Apply(operation, outcome.changed);
-            }
-            outcomes->emplace_back(std::move(submission.done), std::move(outcome));
-        }
-        committed = committed && transaction.Commit();
-        if (!committed) error = m_writeFile.ErrorText();
-    }
-    for (auto& [done, outcome] : *outcomes) {
-        outcome.committed = committed;
-        outcome.error = error;
-        if (!committed) outcome.changed.clear();
-    }
-    std::erase_if(*outcomes, [](const auto& entry) { return !entry.first; });
-    if (!outcomes->empty()) {
-        PostDone([outcomes] {
-            for (const auto& [done, outcome] : *outcomes) done(outcome);
-        });
-    }
-    return committed;
+void Store::PostTrouble(StoreTrouble trouble) {
+    Post([this, trouble = std::move(trouble)] { m_onTrouble(trouble); });
+}
+
+void Store::PostDone(std::vector<StoreQueue::Finished> finished) {
+    std::erase_if(finished, [](const StoreQueue::Finished& entry) { return !entry.done; });
+    if (finished.empty()) return;
+    Post([finished = std::move(finished)] {
+        for (const auto& [done, outcome] : finished) done(outcome);
+    });
 }
 
 void Store::ReadPieces() {
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_work.wait(lock, [this] {
-            return m_stop || (!m_reads.empty() && m_urgentDone >= m_reads.front().after);
+            return m_stop ||
+                   (!m_reads.empty() && (m_stuck || m_queue.Written() >= m_reads.front().after));
         });
         if (m_stop) return;
         ReadJob job = std::move(m_reads.front());
         m_reads.pop_front();
         m_reading = true;
+        const bool current = m_queue.Written() >= job.after;
         lock.unlock();
 
         auto piece = std::make_shared<StorePiece>();
         const StoreQuery& query = job.query;
-        piece->read = m_readFile.ReadRange(query.variable, query.kind, query.from, query.to,
-                                           query.limit + 1, piece->values);
+        piece->read = current && m_readFile.ReadRange(query.variable, query.kind, query.from,
+                                                      query.to, query.limit + 1, piece->values);
         if (!piece->read) piece->values.clear();
         if (piece->values.size() > static_cast<std::size_t>(query.limit)) {
             piece->values.pop_back();
             piece->more = true;
         }
-        PostDone([piece, done = std::move(job.done)] { done(std::move(*piece)); });
+        Post([piece, done = std::move(job.done)] { done(std::move(*piece)); });
 
         lock.lock();
         m_reading = false;

@@ -1,11 +1,14 @@
 // The data server's store: current values over a restart, archives and reports.
 //
 // Two threads of its own: a writer, which commits what is submitted and then acknowledges it, and a
-// reader, which answers range reads in pieces. The public operations belong to the main thread and
-// never wait, but for Open, Flush and Close. What the threads bring about comes back through the
-// main loop, which outlives the store.
+// reader, which answers range reads in pieces. A transaction that fails is repeated as it stands,
+// after 0.1 s and then with pauses that double up to 2 s, until it succeeds; what came later waits
+// behind it. The public operations belong to the main thread and never wait, but for Open, Flush
+// and Close. What the threads bring about comes back through the main loop, which outlives the
+// store.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -20,14 +23,10 @@
 
 #include "platform/MainLoop.h"
 #include "server/StoreFile.h"
+#include "server/StorePause.h"
+#include "server/StoreQueue.h"
 
 namespace kalvex::server {
-
-struct StoreOutcome {
-    bool committed = false;  // on disk, all of it; otherwise nothing of it is
-    std::string error;       // why not, an engine text
-    ChangedReports changed;
-};
 
 struct StoreQuery {
     VariableId variable = 0;
@@ -43,30 +42,39 @@ struct StorePiece {
     bool more = false;                // further values follow behind the last one
 };
 
+struct StoreSettings {
+    StoreLimits limits;
+    std::shared_ptr<StorePause> pause = MakeTimedPause();
+};
+
+// Writing has begun to fail, or succeeds again.
+struct StoreTrouble {
+    bool over = false;
+    std::string error;           // the reason, an engine text
+    std::size_t operations = 0;  // that wait
+};
+
 class Store {
   public:
-    // Operations that may wait to be written, urgent ones and those of the background.
-    static constexpr std::size_t kMostUrgent = 500000;
-    static constexpr std::size_t kMostBackground = 20000;
+    using Urgency = StoreUrgency;
+    using Done = StoreQueue::Done;
+    using TroubleHandler = std::function<void(const StoreTrouble&)>;
 
-    enum class Urgency {
-        Now,
-        // One submission at a time, between those that are urgent, and dropped at the end.
-        Background,
-    };
-
-    using Done = std::function<void(const StoreOutcome&)>;
-
-    explicit Store(platform::MainLoop& loop) : m_loop(loop) {}
+    explicit Store(platform::MainLoop& loop, const StoreSettings& settings = {})
+        : m_loop(loop), m_pause(settings.pause), m_queue(settings.limits) {}
     ~Store() { Close(); }
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
 
+    // Told once when it begins and once when it is over. Set before Open.
+    void OnTrouble(TroubleHandler handler) { m_onTrouble = std::move(handler); }
+
     // Opens the file, makes it if it is not there, and starts the threads. Called once.
     bool Open(const std::string& path, platform::Notice& error);
 
-    // Writes what is urgent and ends the threads. No `done` is called any more.
-    void Close();
+    // Writes what is urgent and ends the threads; gives up when that fails for ten seconds. The
+    // answer has what was given up. No `done` is called any more.
+    StoreTrouble Close();
 
     // The number of the variable, a new one if it has none yet. A new one is in the file before
     // the first operation that is committed with it.
@@ -76,12 +84,17 @@ class Store {
     std::optional<value::CVal> LastValue(VariableId variable) const;
     std::optional<std::int64_t> Progress(const std::string& what) const;
 
-    // The operations are committed together, in their order. Urgent submissions keep their order
-    // among themselves. `done` is called when it is decided; it may be empty. False, and nothing
-    // happens, when too much waits already.
+    // False while so much waits that clients' submissions should not be made any more.
+    bool HasRoomForClients();
+    bool HasRoom(Urgency urgency);
+
+    // The operations are committed in their order, together if they are 20000 at most. Urgent
+    // submissions keep their order among themselves. `done` is called when all is on disk; it may
+    // be empty. False, and nothing happens, when there is no room.
     bool Submit(std::vector<StoreOperation> operations, Urgency urgency, Done done);
 
-    // One piece of a range read. It sees every urgent submission that was made before.
+    // One piece of a range read. It sees every urgent submission that was made before; it fails
+    // when these cannot be written for some seconds.
     void Read(const StoreQuery& query, std::function<void(StorePiece)> done);
 
     // Waits until everything that has been asked for is done; the calls of `done` are then with the
@@ -89,12 +102,6 @@ class Store {
     void Flush();
 
   private:
-    struct Submission {
-        std::vector<StoreOperation> operations;
-        Done done;
-        bool urgent = true;
-    };
-
     struct ReadJob {
         StoreQuery query;
         std::function<void(StorePiece)> done;
@@ -102,13 +109,20 @@ class Store {
     };
 
     void Write();
-    std::vector<Submission> NextBatch();
-    bool Commit(std::vector<Submission>& batch, const std::vector<SaveName>& names);
+    bool Commit(const StoreBatch& batch, std::vector<ChangedReports>& changed);
+    // Takes a failure down; whether to try again after the pause.
+    bool OnFailure(const std::string& error, std::chrono::milliseconds failedFor,
+                   std::chrono::milliseconds pause);
+    void OnRecovered();
     void ReadPieces();
 
-    void PostDone(std::function<void()> done);
+    void Post(std::function<void()> work);
+    void PostTrouble(StoreTrouble trouble);
+    void PostDone(std::vector<StoreQueue::Finished> finished);
 
     platform::MainLoop& m_loop;
+    const std::shared_ptr<StorePause> m_pause;
+    TroubleHandler m_onTrouble = [](const StoreTrouble&) {};
     // Outlives the store in what is posted. The main thread's.
     const std::shared_ptr<bool> m_open = std::make_shared<bool>(true);
     StoreFile m_writeFile;  // the writer's, once it runs
@@ -119,17 +133,14 @@ class Store {
     std::mutex m_mutex;  // guards all below
     std::condition_variable m_work;
     std::condition_variable m_done;
-    std::vector<SaveName> m_names;  // to go with the next transaction
-    std::deque<Submission> m_urgent;
-    std::deque<Submission> m_background;
+    StoreQueue m_queue;
     std::deque<ReadJob> m_reads;
-    std::size_t m_urgentWaiting = 0;  // in operations
-    std::size_t m_backgroundWaiting = 0;
-    std::uint64_t m_urgentMade = 0;
-    std::uint64_t m_urgentDone = 0;
     bool m_writing = false;
     bool m_reading = false;
+    bool m_stuck = false;  // writing has failed for longer than a read waits
     bool m_stop = false;
+    std::chrono::milliseconds m_failedSinceStop{0};
+    std::string m_error;  // of the last attempt that failed
 
     std::thread m_writer;
     std::thread m_reader;

@@ -145,8 +145,31 @@ bool StoreFile::ReadContents(Contents& contents) {
     return !select.Failed();
 }
 
-bool StoreFile::Apply(const StoreOperation& operation, ChangedReports& changed) {
-    return std::visit([&](const auto& known) { return Run(known, changed); }, operation);
+bool StoreFile::FailAtLocks() {
+    return m_database.Execute("PRAGMA busy_timeout = 0");
+}
+
+bool StoreFile::Write(const StoreBatch& batch, std::vector<ChangedReports>& changed,
+                      std::string& error) {
+    platform::SqliteTransaction transaction(m_database);
+    if (transaction.Begun() && Apply(batch, changed) && transaction.Commit()) return true;
+    error = ErrorText();
+    return false;
+}
+
+bool StoreFile::Apply(const StoreBatch& batch, std::vector<ChangedReports>& changed) {
+    changed.assign(batch.parts.size(), {});
+    ChangedReports none;
+    for (const SaveName& name : batch.names) {
+        if (!Run(name, none)) return false;
+    }
+    for (std::size_t part = 0; part < batch.parts.size(); ++part) {
+        for (const StoreOperation& operation : batch.parts[part]) {
+            const auto run = [&](const auto& known) { return Run(known, changed[part]); };
+            if (!std::visit(run, operation)) return false;
+        }
+    }
+    return true;
 }
 
 bool StoreFile::Run(const SaveName& operation, ChangedReports&) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <utility>
 #include <variant>
@@ -79,6 +80,12 @@ using StoreOperation = std::variant<SaveName, SaveLastValue, PutValue, MakeRepor
 // is not among them.
 using ChangedReports = std::set<std::pair<value::ValueKind, std::int64_t>>;
 
+// What goes into one transaction: names first, then the parts in their order.
+struct StoreBatch {
+    std::vector<SaveName> names;
+    std::vector<std::span<const StoreOperation>> parts;
+};
+
 // ---- the file
 
 class StoreFile {
@@ -93,18 +100,22 @@ class StoreFile {
     bool Open(const std::string& path, platform::Notice& error);
     bool ReadContents(Contents& contents);
 
-    // Within a transaction of the caller's. False when the file fails.
-    bool Apply(const StoreOperation& operation, ChangedReports& changed);
+    // A lock that another connection holds is from now on a failure at once.
+    bool FailAtLocks();
+
+    // In one transaction, with the reports that each part has changed. False, and nothing is
+    // written, when the file fails; the reason is an engine text.
+    bool Write(const StoreBatch& batch, std::vector<ChangedReports>& changed, std::string& error);
 
     // The values from `from` to `to`, bounds included, ascending, `limit` at most.
     bool ReadRange(VariableId variable, value::ValueKind kind, std::int64_t from, std::int64_t to,
                    std::int64_t limit, std::vector<value::CVal>& values);
 
-    platform::SqliteDatabase& Database() { return m_database; }
     std::string ErrorText() const;  // an engine text
 
   private:
     bool PrepareAll();
+    bool Apply(const StoreBatch& batch, std::vector<ChangedReports>& changed);
     bool Run(const SaveName& operation, ChangedReports& changed);
     bool Run(const SaveLastValue& operation, ChangedReports& changed);
     bool Run(const PutValue& operation, ChangedReports& changed);

@@ -98,7 +98,7 @@ TEST_F(ClientTest, SeesVariablesAndWritesThem) {
     m_client.AddCurrentDataModifyRequest("R", value::CVal(6));
     m_client.MakeCurrentDataModifyRequest();
     Carry();
-    EXPECT_THAT(m_client.events, ElementsAre("X set to 6", "R refused: 2", "data"));
+    EXPECT_THAT(m_client.events, ElementsAre("R refused: 2", "data", "X set to 6"));
     EXPECT_EQ(DumpRow(x.Value()), "171 0 " + std::to_string(m_start) + " 6.00");
 }
 

@@ -382,6 +382,11 @@ TEST_F(DefinitionsTest, SectionsHaveTheirForms) {
                                       "plant.toml:7: variables.plik: nieznany klucz"));
 }
 
+TEST_F(DefinitionsTest, ValueHasNoCharacterOfCodeZero) {
+    EXPECT_FALSE(Load("[[variable]]\nname = \"X\"\ntype = \"text\"\nvalue = \"a\\u0000b\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("plant.toml:4: variable.value: tekst ze znakiem o kodzie 0"));
+}
+
 TEST_F(DefinitionsTest, ColumnsHaveToBeKnown) {
     m_folder.Put("a.csv", "\n\nname,kolor,name\nX,czerwony,Y\n");
     EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));

@@ -14,7 +14,7 @@ void ServerTest::Start(std::string_view toml) {
     End();
     Configure(m_toml);
     m_server = std::make_unique<Server>(m_clock, m_log, m_translator, m_loop,
-                                        platform::PasswordCost::Least);
+                                        platform::PasswordCost::Least, m_storeSettings);
     std::vector<std::string> errors;
     ASSERT_TRUE(m_server->Start(m_folder.Path("plant.toml"), errors))
         << testing::PrintToString(errors);

@@ -116,6 +116,7 @@ class ServerTest : public testing::Test {
     support::MarkingTranslator m_translator{false};
     support::WaitingLoop m_loop;
     std::string m_toml;
+    StoreSettings m_storeSettings;
     std::unique_ptr<Server> m_server;
     std::vector<std::unique_ptr<TestClient>> m_clients;
     vantrel::RequestId m_lastRequest = 0;

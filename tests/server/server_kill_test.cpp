@@ -38,7 +38,13 @@ class TellingLink final : public vantrel::ServerLink {
     int m_tell;
 };
 
-// Write number n: even, the report of hour n; odd, archive values from second n * 100 on.
+// What write number n is: the report of hour n, archive values from second n * 100 on, or the
+// current value n.
+constexpr value::ValueKind KindOf(std::int64_t number) {
+    constexpr value::ValueKind kKinds[] = {value::KindHour, value::KindArchive, value::KindCurrent};
+    return kKinds[number % 3];
+}
+
 [[noreturn]] void ServeUntilKilled(const std::string& configuration, vantrel::RequestId first,
                                    int tell) {
     platform::VirtualClock clock(1700000000 + std::int64_t{first} * 10);
@@ -52,9 +58,9 @@ class TellingLink final : public vantrel::ServerLink {
     const std::unique_ptr<vantrel::ServerSession> session = server.Accept(link);
     session->OnMessage(vantrel::LoginRequest{});
     for (vantrel::RequestId id = first;; ++id) {
-        if (id % 2 == 0) {
+        if (KindOf(id) != value::KindArchive) {
             session->OnMessage(
-                vantrel::ModifyRequests{{{id, value::KindHour, "X", std::int64_t{id} * 3600,
+                vantrel::ModifyRequests{{{id, KindOf(id), "X", std::int64_t{id} * 3600,
                                           value::CVal(static_cast<int>(id))}}});
         } else {
             vantrel::ArchiveModifyRequest request{id, "X", 0, 0, {}};
@@ -72,6 +78,14 @@ class TellingLink final : public vantrel::ServerLink {
 
 class ServerKillTest : public ServerTest {
   protected:
+    // The current value; 0 when there is none.
+    std::int64_t Current() {
+        TestClient& client = LogIn();
+        client.Say(vantrel::SubscribeRequest{{{1, "X"}}, {}, 0, true});
+        const std::vector<vantrel::ValueUpdates> updates = client.Take<vantrel::ValueUpdates>();
+        return static_cast<std::int64_t>(value::ValueToDouble(updates.at(0).entries.at(0).value));
+    }
+
     std::set<std::int64_t> TimesOf(value::ValueKind kind) {
         TestClient& client = LogIn();
         client.Say(vantrel::ReadRequests{{{++m_lastRequest, kind, "X", 0, INT64_MAX}}});
@@ -90,6 +104,36 @@ class ServerKillTest : public ServerTest {
     }
 };
 
+// Nothing changes in it; tells each second that is over.
+[[noreturn]] void IdleUntilKilled(const std::string& configuration, std::int64_t start, int tell) {
+    platform::VirtualClock clock(start);
+    support::LogRecorder log;
+    const platform::Translator translator;
+    support::WaitingLoop loop;
+    Server server(clock, log, translator, loop, platform::PasswordCost::Least);
+    std::vector<std::string> errors;
+    if (!server.Start(configuration, errors)) ::_exit(1);
+    for (;;) {
+        clock.Advance(1000);
+        server.Tick();
+        server.GetStore().Flush();
+        TellConfirmed(tell, clock.Now());
+    }
+}
+
+TEST_F(ServerKillTest, QuietServerLeavesItsArchiveKnown) {
+    constexpr const char* kQuiet = "[[variable]]\nname = \"X\"\nat = 2\nvalue = 5\n";
+    Configure(kQuiet);
+    const std::string configuration = m_folder.Path("plant.toml");
+    const std::vector<std::int64_t> seconds =
+        RunAndKill([&](int tell) { IdleUntilKilled(configuration, m_start, tell); }, 100);
+    m_clock.Advance((seconds.back() + 1 - m_start) * 1000);
+    Start(kQuiet);
+    Tick();
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime),
+                testing::ElementsAre("171 0 " + std::to_string(m_start) + " 5.00"));
+}
+
 TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
     std::vector<std::int64_t> confirmed;
     vantrel::RequestId next = 10;
@@ -106,13 +150,17 @@ TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
         Start(kPlant);
         const std::set<std::int64_t> hours = TimesOf(value::KindHour);
         const std::set<std::int64_t> archive = TimesOf(value::KindArchive);
+        const std::int64_t current = Current();
+        ASSERT_TRUE(current == 0 || KindOf(current) == value::KindCurrent) << current;
         for (const std::int64_t id : confirmed) {
-            if (id % 2 == 0) {
+            if (KindOf(id) == value::KindHour) {
                 ASSERT_EQ(hours.count(id * 3600), 1u) << id;
-                continue;
-            }
-            for (int index = 0; index < kArchiveValues; ++index) {
-                ASSERT_EQ(archive.count(id * 100 + index), 1u) << id;
+            } else if (KindOf(id) == value::KindCurrent) {
+                ASSERT_GE(current, id);
+            } else {
+                for (int index = 0; index < kArchiveValues; ++index) {
+                    ASSERT_EQ(archive.count(id * 100 + index), 1u) << id;
+                }
             }
         }
         ASSERT_EQ(archive.size() % kArchiveValues, 0u);

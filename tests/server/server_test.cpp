@@ -60,20 +60,26 @@ TEST_F(ServerTest, CurrentValuesOutlastARestart) {
     EXPECT_THAT(Updates(*client), ElementsAre("4: 171 0 " + At(m_clock.Now()) + " 103.00"));
 }
 
-TEST_F(ServerTest, ValuesAreSavedWhileTheServerRuns) {
-    Start("[server]\nsave-period = 5\n[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\n");
-    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1.5));
-    const auto saved = [this] {
+TEST_F(ServerTest, SignalsAreSavedWhileTheServerRunsAndWritesAtOnce) {
+    Start(
+        "[server]\nsave-period = 5\n[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\n"
+        "[[variable]]\nname = \"S\"\nsignal = \"constant value=7\"\n");
+    const auto saved = [this](const char* name) {
         platform::SqliteDatabase database;
         platform::SqliteStatement select;
         EXPECT_TRUE(database.Open(m_folder.Path("data/store.sqlite")));
-        EXPECT_TRUE(select.Prepare(database, "SELECT value FROM last_values"));
+        EXPECT_TRUE(select.Prepare(database,
+                                   "SELECT value FROM last_values JOIN variables ON id = variable "
+                                   "WHERE name = ?"));
+        select.BindText(1, name);
         return select.Next() ? select.Real(0) : 0;
     };
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1.5));
+    EXPECT_EQ(saved("X"), 1.5);
     Tick(4);
-    EXPECT_EQ(saved(), 0);
+    EXPECT_EQ(saved("S"), 0);
     Tick();
-    EXPECT_EQ(saved(), 1.5);
+    EXPECT_EQ(saved("S"), 7);
 }
 
 TEST_F(ServerTest, ChangesAreArchivedWithBitTwo) {
@@ -129,6 +135,29 @@ TEST_F(ServerTest, TimeWithoutAServerIsUnknownInTheArchive) {
                 ElementsAre("171 0 " + At(m_start) + " 1.00"));
 }
 
+// Amounts of 3 at 7:10; away from 7:10:02 to 8:05.
+TEST_F(ServerTest, TimeWithoutAServerIsMissingInTheSumOfEachHour) {
+    Start(
+        "[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 2\nrt = 2\nreport = \"sum\"\n");
+    m_clock.Advance(600 * 1000);
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(3));
+    Tick();
+    End();
+    m_clock.Advance(3299 * 1000);
+    Restart();
+    const std::int64_t next = m_start + 3600;
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime),
+                ElementsAre("171 0 " + At(m_start + 600) + " 3.00",
+                            "255 1 " + At(m_start + 602) + " ", "255 1 " + At(next) + " "));
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(4));
+    m_clock.Advance(3600 * 1000);
+    Order(LogIn(), vantrel::PeriodAction::Load, value::KindHour, "X", m_start);
+    Order(LogIn(), vantrel::PeriodAction::Load, value::KindHour, "X", next);
+    EXPECT_THAT(Read(LogIn(), value::KindHour, "X", 0, value::kLargestTime),
+                ElementsAre("171 192 " + At(m_start) + " 3.00", "171 192 " + At(next) + " 4.00"));
+}
+
 TEST_F(ServerTest, QuickRestartLeavesNoGap) {
     Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n");
     Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1));
@@ -136,6 +165,17 @@ TEST_F(ServerTest, QuickRestartLeavesNoGap) {
     m_clock.Advance(1000);
     Restart();
     EXPECT_EQ(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime).size(), 1u);
+}
+
+// Without its polite end.
+TEST_F(ServerTest, SignOfLifeIsWrittenWhenNothingElseIs) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\nvalue = 1\n");
+    Tick(30);
+    m_server.reset();
+    m_clock.Advance(1000);
+    Restart();
+    EXPECT_THAT(Read(LogIn(), value::KindArchive, "X", 0, value::kLargestTime),
+                ElementsAre("171 0 " + At(m_start) + " 1.00"));
 }
 
 TEST_F(ServerTest, OldArchiveValuesGo) {
@@ -348,26 +388,6 @@ TEST_F(ServerTest, StartTellsWhatFails) {
     EXPECT_FALSE(other.Start(m_folder.Path("plant.toml"), errors));
     EXPECT_THAT(errors,
                 ElementsAre(m_folder.Path("brak/users.sqlite") + ": No such file or directory"));
-}
-
-TEST_F(ServerTest, StoreThatFailsIsToldOnceAndAnsweredEachTime) {
-    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nrt = 2\n");
-    platform::SqliteDatabase other;
-    ASSERT_TRUE(other.Open(m_folder.Path("data/store.sqlite")));
-    ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
-    TestClient& client = LogIn();
-    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
-              vantrel::ResultServerFault);
-    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
-              vantrel::ResultServerFault);
-    EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start), ElementsAre("result 5"));
-    EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
-    ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
-    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)), vantrel::ResultOk);
-    ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
-    EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
-              vantrel::ResultServerFault);
-    EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
 }
 
 TEST_F(ServerTest, EndCommitsWhatIsUnderWay) {

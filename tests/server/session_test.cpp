@@ -283,18 +283,28 @@ TEST_F(SessionTest, SeveralWritesAreAnsweredEach) {
                                  {4, value::KindHour, "Z1.P", m_start - 3600, value::CVal(4)}}});
     const std::vector<vantrel::ModifyResults> atOnce = client.Take<vantrel::ModifyResults>();
     ASSERT_EQ(atOnce.size(), 1u);
-    ASSERT_EQ(atOnce[0].entries.size(), 2u);
-    EXPECT_EQ(atOnce[0].entries[0].id, 1u);
-    EXPECT_EQ(atOnce[0].entries[0].result, vantrel::ResultOk);
-    EXPECT_EQ(atOnce[0].entries[1].id, 3u);
-    EXPECT_EQ(atOnce[0].entries[1].result, vantrel::ResultNothing);
+    ASSERT_EQ(atOnce[0].entries.size(), 1u);
+    EXPECT_EQ(atOnce[0].entries[0].id, 3u);
+    EXPECT_EQ(atOnce[0].entries[0].result, vantrel::ResultNothing);
     Settle();
     const std::vector<vantrel::ModifyResults> committed = client.Take<vantrel::ModifyResults>();
     ASSERT_EQ(committed.size(), 1u);
-    ASSERT_EQ(committed[0].entries.size(), 2u);
-    EXPECT_EQ(committed[0].entries[0].id, 2u);
-    EXPECT_EQ(committed[0].entries[1].id, 4u);
-    EXPECT_EQ(committed[0].entries[1].result, vantrel::ResultOk);
+    ASSERT_EQ(committed[0].entries.size(), 3u);
+    const vantrel::RequestId ids[] = {1, 2, 4};
+    for (std::size_t index = 0; index < 3; ++index) {
+        EXPECT_EQ(committed[0].entries[index].id, ids[index]);
+        EXPECT_EQ(committed[0].entries[index].result, vantrel::ResultOk);
+    }
+}
+
+TEST_F(SessionTest, TextWithTheCharacterOfCodeZeroIsRefused) {
+    TestClient& client = Operator();
+    const value::CVal text(std::string("1\0a", 3));
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.T", 0, text), vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindCurrent, "Z1.P", 0, text), vantrel::ResultBadValue);
+    EXPECT_EQ(Modify(client, value::KindHour, "Z1.P", m_start, text), vantrel::ResultBadValue);
+    EXPECT_EQ(ModifyArchive(client, "Z1.N", {support::Stamped(text, 100)}),
+              vantrel::ResultBadValue);
 }
 
 // ---- reports and archive

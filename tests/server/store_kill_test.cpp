@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <vector>
 
+#include "hand_pause.h"
 #include "killed_writer.h"
 #include "server/Store.h"
 #include "support/scratch_folder.h"
@@ -17,12 +19,16 @@ namespace {
 constexpr int kRounds = 25;
 constexpr int kBatch = 7;
 
-// Writes archive and report values without end and tells the number of each acknowledged batch.
+// Writes archive and report values without end and tells the number of each acknowledged batch. Now
+// and then the file is locked, so that a transaction fails and is repeated.
 [[noreturn]] void WriteUntilKilled(const std::string& path, std::int64_t first, int tell) {
     support::WaitingLoop loop;
-    Store store(loop);
+    const auto pause = std::make_shared<HandPause>();
+    Store store(loop, {.limits = {}, .pause = pause});
+    platform::SqliteDatabase other;
+    std::size_t failures = 0;
     platform::Notice error;
-    if (!store.Open(path, error)) ::_exit(1);
+    if (!store.Open(path, error) || !other.Open(path)) ::_exit(1);
     const VariableId x = store.Register("X");
     for (std::int64_t batch = first;; ++batch) {
         std::vector<StoreOperation> operations;
@@ -31,12 +37,16 @@ constexpr int kBatch = 7;
             operations.push_back(PutValue{x, value::KindArchive, time, value::CVal(time * 3)});
         }
         operations.push_back(PutValue{x, value::KindHour, batch * 3600, value::CVal(batch)});
-        const bool taken = store.Submit(std::move(operations), Store::Urgency::Now,
-                                        [batch, tell](const StoreOutcome& outcome) {
-                                            if (!outcome.committed) ::_exit(2);
-                                            TellConfirmed(tell, batch);
-                                        });
+        const bool locked = batch % 7 == 0 && other.Execute("BEGIN IMMEDIATE");
+        const bool taken =
+            store.Submit(std::move(operations), Store::Urgency::Now,
+                         [batch, tell](const StoreOutcome&) { TellConfirmed(tell, batch); });
         if (!taken) ::_exit(3);
+        if (locked) {
+            pause->Await(++failures);
+            other.Execute("COMMIT");
+            pause->Allow(1);
+        }
         // Keeps a few batches under way, so that some are cut off in the middle.
         if (batch % 5 == 0) loop.WaitAndRun();
     }

@@ -101,7 +101,7 @@ TEST_F(StoreTest, ValuesOfEveryTypeComeBackAsTheyWere) {
     for (const value::CVal& value : values) {
         operations.push_back(PutValue{x, value::KindArchive, value.GetTime(), value});
     }
-    ASSERT_TRUE(Submit(operations).committed);
+    Submit(operations);
     const std::vector<value::CVal> read = ReadAll(x, value::KindArchive);
     ASSERT_EQ(read.size(), values.size());
     for (std::size_t index = 0; index < values.size(); ++index) {
@@ -116,10 +116,8 @@ TEST_F(StoreTest, CurrentValuesProgressAndNumbersOutlastARestart) {
     EXPECT_NE(x, y);
     EXPECT_EQ(m_store->Register("Y"), y);
     EXPECT_FALSE(m_store->LastValue(x));
-    ASSERT_TRUE(Submit({SaveLastValue{x, support::Stamped(value::CVal(1.5), 1000, 4)},
-                        SaveProgress{"hour", 77},
-                        SaveLastValue{x, support::Stamped(value::CVal(2.5), 1001, 2)}})
-                    .committed);
+    Submit({SaveLastValue{x, support::Stamped(value::CVal(1.5), 1000, 4)}, SaveProgress{"hour", 77},
+            SaveLastValue{x, support::Stamped(value::CVal(2.5), 1001, 2)}});
     Open();
     EXPECT_EQ(m_store->Register("Y"), y);
     EXPECT_EQ(m_store->Register(text::FromUtf8("Z1.PRZEPŁYW")), x);
@@ -219,35 +217,6 @@ TEST_F(StoreTest, SubmissionsAreAnsweredInOrderAndTellTheirReports) {
     EXPECT_THAT(changed[2], ElementsAre(Pair(value::KindHour, 7200), Pair(value::KindSpan, 5)));
 }
 
-TEST_F(StoreTest, FailedTransactionLeavesNothingAndIsTold) {
-    platform::SqliteDatabase other;
-    ASSERT_TRUE(other.Open(m_folder.Path("store.sqlite")));
-    ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
-    const VariableId x = m_store->Register("X");
-    const StoreOutcome outcome =
-        Submit({SaveLastValue{x, value::CVal(1)}, PutValue{x, value::KindHour, 0, value::CVal(1)}});
-    EXPECT_FALSE(outcome.committed);
-    EXPECT_EQ(outcome.error, "no such table: history");
-    EXPECT_THAT(outcome.changed, IsEmpty());
-    EXPECT_FALSE(Read({x, value::KindHour, 0, 0, 1}).read);
-
-    ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
-    EXPECT_TRUE(Submit({PutValue{x, value::KindHour, 0, value::CVal(1)}}).committed);
-    EXPECT_EQ(ReadAll(x, value::KindHour).size(), 1u);
-    Open();
-    EXPECT_EQ(m_store->Register("X"), x);
-    EXPECT_FALSE(m_store->LastValue(x));
-}
-
-TEST_F(StoreTest, TooMuchWaitingIsRefused) {
-    const VariableId x = m_store->Register("X");
-    std::vector<StoreOperation> operations(Store::kMostUrgent + 1,
-                                           PutValue{x, value::KindArchive, 1, value::CVal(1)});
-    EXPECT_FALSE(m_store->Submit(operations, Store::Urgency::Now, {}));
-    operations.resize(2);
-    EXPECT_TRUE(Submit(operations).committed);
-}
-
 TEST_F(StoreTest, NewerFileIsRefused) {
     {
         platform::SqliteDatabase database;
@@ -314,10 +283,7 @@ class StoreReportTest : public StoreTest {
     ChangedReports Make(vantrel::PeriodAction action, value::ValueKind kind, std::int64_t time,
                         ReportRule rule = ReportRule::Mean, int dayStart = 0,
                         std::int64_t now = value::kLargestTime) {
-        const StoreOutcome outcome =
-            Submit({MakeReport{action, m_x, kind, time, rule, dayStart, now}});
-        EXPECT_TRUE(outcome.committed);
-        return outcome.changed;
+        return Submit({MakeReport{action, m_x, kind, time, rule, dayStart, now}}).changed;
     }
 
     void Put(value::ValueKind kind, std::int64_t time, value::CVal value,
@@ -505,11 +471,9 @@ TEST_F(StoreReportTest, MonthIsComputedFromItsDays) {
 
 TEST_F(StoreReportTest, BackgroundWorkIsDoneBetweenTheRest) {
     Put(value::KindArchive, m_hour - 100, value::CVal(10));
-    const StoreOutcome outcome =
-        Submit({MakeReport{vantrel::PeriodAction::Load, m_x, value::KindHour, m_hour},
-                SaveProgress{"hour", m_hour + 3600}},
-               Store::Urgency::Background);
-    EXPECT_TRUE(outcome.committed);
+    Submit({MakeReport{vantrel::PeriodAction::Load, m_x, value::KindHour, m_hour},
+            SaveProgress{"hour", m_hour + 3600}},
+           Store::Urgency::Background);
     ExpectReport(value::KindHour, 10, kLoaded);
 }
 
