@@ -50,6 +50,8 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     if (!LoadDefinitions(configuration, m_translator, m_definitions, errors) || !OpenFiles(errors))
         return false;
     m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
+    m_reportChanges.Load(m_store.ChangesAtOpening());
+    m_writeAnswers.Load(m_store.AnswersAtOpening());
     Define();
     m_recorder.Begin(m_clock.Now());
     m_started = true;
@@ -115,9 +117,10 @@ void Server::Tick() {
     Distribute();
     m_recorder.Step(m_definitions, now);
     m_automatic.Step(m_definitions, now);
-    const ChangedReports changed = std::exchange(m_changedReports, {});
+    m_reportChanges.Publish();
     for (const auto& [number, session] : m_sessions) {
-        session->SendReportChanges(changed);
+        session->SendReportChanges();
+        session->TellRefusals(now);
         session->CloseUnlessLoggedIn(now - kLoginTime);
     }
 }
@@ -213,7 +216,7 @@ std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {
 void Server::OnOutcome(const StoreOutcome& outcome) {
     if (outcome.committed) {
         m_failureTold = false;
-        m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
+        m_reportChanges.Take(outcome.changed, outcome.firstChange);
     } else if (!std::exchange(m_failureTold, true)) {
         Log(kNotStored, {outcome.error}, platform::LogErrors);
     }

@@ -156,6 +156,7 @@ bool Store::Commit(std::vector<Submission>& batch, const std::vector<SaveName>& 
             for (const StoreOperation& operation : submission.operations) {
                 committed = committed && m_writeFile.Apply(operation, outcome.changed);
             }
+            committed = committed && m_writeFile.Number(outcome.changed, outcome.firstChange);
             outcomes->emplace_back(std::move(submission.done), std::move(outcome));
         }
         committed = committed && transaction.Commit();

@@ -27,6 +27,7 @@ struct StoreOutcome {
     bool committed = false;  // on disk, all of it; otherwise nothing of it is
     std::string error;       // why not, an engine text
     ChangedReports changed;
+    std::uint64_t firstChange = 0;  // the sequence of the first of these; the others follow
 };
 
 struct StoreQuery {
@@ -75,6 +76,8 @@ class Store {
     // What the file held when it was opened.
     std::optional<value::CVal> LastValue(VariableId variable) const;
     std::optional<std::int64_t> Progress(const std::string& what) const;
+    const std::vector<NumberedChange>& ChangesAtOpening() const { return m_contents.reportChanges; }
+    const std::vector<SaveAnswer>& AnswersAtOpening() const { return m_contents.answers; }
 
     // The operations are committed together, in their order. Urgent submissions keep their order
     // among themselves. `done` is called when it is decided; it may be empty. False, and nothing

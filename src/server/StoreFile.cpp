@@ -9,7 +9,7 @@ namespace kalvex::server {
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 constexpr const char* kNewerFile =
     platform::Translatable("%s: Plik danych jest z nowszej wersji programu");
 
@@ -29,7 +29,7 @@ constexpr const char* kSchema =
     "PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS progress (what TEXT PRIMARY KEY, time INTEGER NOT NULL) "
     "WITHOUT ROWID;"
-    "PRAGMA user_version = 1;";
+    "PRAGMA user_version = 2;";
 
 // Binds type, status and content to three parameters in a row.
 void BindValue(platform::SqliteStatement& statement, int parameter, const value::CVal& value) {
@@ -91,7 +91,9 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
     }
     if (!m_database.Execute(kSettings)) return fail();
     platform::SqliteTransaction transaction(m_database);
-    return (m_database.Execute(kSchema) && transaction.Commit() && PrepareAll()) || fail();
+    return (m_database.Execute(kSchema) && m_database.Execute(ReportChangeTable::Schema()) &&
+            m_database.Execute(AnswerTable::Schema()) && transaction.Commit() && PrepareAll()) ||
+           fail();
 }
 
 bool StoreFile::PrepareAll() {
@@ -125,7 +127,7 @@ bool StoreFile::PrepareAll() {
     for (const Row& row : rows) {
         if (!row.statement.Prepare(m_database, row.sql)) return false;
     }
-    return true;
+    return m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database);
 }
 
 bool StoreFile::ReadContents(Contents& contents) {
@@ -142,7 +144,8 @@ bool StoreFile::ReadContents(Contents& contents) {
         return false;
     }
     while (select.Next()) contents.progress[select.Text(0)] = select.Integer(1);
-    return !select.Failed();
+    return !select.Failed() && m_reportChanges.Read(m_database, contents.reportChanges) &&
+           m_answers.Read(m_database, contents.answers);
 }
 
 bool StoreFile::Apply(const StoreOperation& operation, ChangedReports& changed) {
@@ -166,6 +169,22 @@ bool StoreFile::Run(const SaveProgress& operation, ChangedReports&) {
     m_putProgress.BindText(1, operation.what);
     m_putProgress.BindInteger(2, operation.time);
     return m_putProgress.Run();
+}
+
+bool StoreFile::Run(const SaveAnswer& operation, ChangedReports&) {
+    return m_answers.Run(operation);
+}
+
+bool StoreFile::Run(const DropAnswers& operation, ChangedReports&) {
+    return m_answers.Run(operation);
+}
+
+bool StoreFile::Number(const ChangedReports& changed, std::uint64_t& first) {
+    first = m_reportChanges.Last() + 1;
+    for (const auto& [kind, time] : changed) {
+        if (!m_reportChanges.Add(kind, time)) return false;
+    }
+    return true;
 }
 
 bool StoreFile::Put(VariableId variable, value::ValueKind kind, std::int64_t time,

@@ -13,6 +13,8 @@
 
 #include "platform/Sqlite.h"
 #include "platform/Translator.h"
+#include "server/AnswerTable.h"
+#include "server/ReportChangeTable.h"
 #include "server/ReportComputing.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
@@ -73,7 +75,7 @@ struct SaveProgress {
 };
 
 using StoreOperation = std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap,
-                                    RemoveArchive, SaveProgress>;
+                                    RemoveArchive, SaveProgress, SaveAnswer, DropAnswers>;
 
 // Reports that operations have changed: kind and time, each once. One that comes out as it stood
 // is not among them.
@@ -87,6 +89,8 @@ class StoreFile {
         std::map<std::string, VariableId> variables;
         std::map<VariableId, value::CVal> lastValues;
         std::map<std::string, std::int64_t> progress;
+        std::vector<NumberedChange> reportChanges;  // ascending
+        std::vector<SaveAnswer> answers;            // by their numbers
     };
 
     // Makes the file and its tables if they are not there.
@@ -95,6 +99,10 @@ class StoreFile {
 
     // Within a transaction of the caller's. False when the file fails.
     bool Apply(const StoreOperation& operation, ChangedReports& changed);
+
+    // Gives the changes sequences, which follow each other from `first` on. Within the transaction
+    // that has made them.
+    bool Number(const ChangedReports& changed, std::uint64_t& first);
 
     // The values from `from` to `to`, bounds included, ascending, `limit` at most.
     bool ReadRange(VariableId variable, value::ValueKind kind, std::int64_t from, std::int64_t to,
@@ -112,6 +120,8 @@ class StoreFile {
     bool Run(const MarkGap& operation, ChangedReports& changed);
     bool Run(const RemoveArchive& operation, ChangedReports& changed);
     bool Run(const SaveProgress& operation, ChangedReports& changed);
+    bool Run(const SaveAnswer& operation, ChangedReports& changed);
+    bool Run(const DropAnswers& operation, ChangedReports& changed);
     bool Put(VariableId variable, value::ValueKind kind, std::int64_t time,
              const value::CVal& value);
     bool PutReport(VariableId variable, value::ValueKind kind, std::int64_t time,
@@ -134,6 +144,8 @@ class StoreFile {
     platform::SqliteStatement m_getBefore;
     platform::SqliteStatement m_getKnownBefore;
     platform::SqliteStatement m_remove;
+    ReportChangeTable m_reportChanges;
+    AnswerTable m_answers;
 };
 
 }  // namespace kalvex::server

@@ -361,7 +361,10 @@ TEST_F(ServerTest, StoreThatFailsIsToldOnceAndAnsweredEachTime) {
     EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)),
               vantrel::ResultServerFault);
     EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start), ElementsAre("result 5"));
-    EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (no such table: history)"));
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Błąd zapisu danych (no such table: history)",
+                            "1 Klient Kalvex_stacja, użytkownik NOBODY: odmowa: zapis HREP, "
+                            "zmienna X (błąd zapisu danych)"));
     ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
     EXPECT_EQ(Modify(client, value::KindHour, "X", m_start, value::CVal(1)), vantrel::ResultOk);
     ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
