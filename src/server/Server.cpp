@@ -63,6 +63,8 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     if (!LoadDefinitions(configuration, m_translator, m_definitions, errors) || !OpenFiles(errors))
         return false;
     m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
+    m_reportChanges.Load(m_store.ChangesAtOpening());
+    m_writeAnswers.Load(m_store.AnswersAtOpening());
     StepTime();
     Define();
     m_recorder.Begin(m_clock.Now());
@@ -132,9 +134,10 @@ void Server::Tick() {
     m_recorder.Step(m_definitions, now, Confirmed());
     // What is lost has to be told to the archives before a report is computed from them.
     if (!m_recorder.IsLosing()) m_automatic.Step(m_definitions, Confirmed());
-    const ChangedReports changed = std::exchange(m_changedReports, {});
+    m_reportChanges.Publish();
     for (const auto& [number, session] : m_sessions) {
-        session->SendReportChanges(changed);
+        session->SendReportChanges();
+        session->TellRefusals(Elapsed());
         session->CloseUnlessLoggedIn(Elapsed() - kLoginTime);
     }
 }
@@ -253,7 +256,7 @@ void Server::Write(std::vector<StoreOperation> operations, std::function<void()>
 }
 
 void Server::OnOutcome(const StoreOutcome& outcome) {
-    m_changedReports.insert(outcome.changed.begin(), outcome.changed.end());
+    m_reportChanges.Take(outcome.changed);
 }
 
 void Server::OnTrouble(const StoreTrouble& trouble) {

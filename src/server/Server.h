@@ -27,8 +27,10 @@
 #include "server/LoginDesk.h"
 #include "server/Plant.h"
 #include "server/Recorder.h"
+#include "server/ReportChanges.h"
 #include "server/Rights.h"
 #include "server/Store.h"
+#include "server/WriteAnswers.h"
 #include "vantrel/Transport.h"
 
 namespace kalvex::server {
@@ -78,6 +80,8 @@ class Server final : public vantrel::SessionAcceptor {
     Store& GetStore() { return m_store; }
     LoginDesk& GetLogins() { return *m_logins; }
     const Rights& GetRights() const { return m_rights; }
+    const ReportChanges& GetReportChanges() const { return m_reportChanges; }
+    WriteAnswers& GetWriteAnswers() { return m_writeAnswers; }
     const platform::Translator& GetTranslator() const { return m_translator; }
     void Log(const std::string& text, int level);  // an engine text
     // The translation with the values (engine texts) in its places.
@@ -127,7 +131,8 @@ class Server final : public vantrel::SessionAcceptor {
     AutomaticReports m_automatic;
     std::map<std::uint64_t, Session*> m_sessions;
     std::uint64_t m_lastSession = 0;
-    ChangedReports m_changedReports;
+    ReportChanges m_reportChanges;
+    WriteAnswers m_writeAnswers;
     std::deque<vantrel::LogMessage> m_lastMessages;
     bool m_refusesWrites = false;
     bool m_started = false;

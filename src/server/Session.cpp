@@ -2,6 +2,7 @@
 #include "server/Session.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 #include <variant>
 
@@ -28,7 +29,11 @@ constexpr const char* kManySubscriptions =
 }  // namespace
 
 Session::Session(Server& server, vantrel::ServerLink& link, std::uint64_t number)
-    : m_server(server), m_link(link), m_number(number), m_accepted(server.Elapsed()) {}
+    : m_server(server),
+      m_link(link),
+      m_number(number),
+      m_accepted(server.Elapsed()),
+      m_refusalsTold(m_accepted) {}
 
 Session::~Session() {
     for (auto& [handle, subscription] : m_subscriptions) Release(handle, subscription);
@@ -42,6 +47,7 @@ void Session::OnMessage(vantrel::ClientMessage message) {
 }
 
 void Session::OnClosed(std::uint32_t reason) {
+    TellRefusals(std::numeric_limits<std::int64_t>::max());
     if (reason == vantrel::ReasonClientEnded || reason == vantrel::ReasonServerEnded ||
         !IsLoggedIn())
         return;
@@ -51,6 +57,7 @@ void Session::OnClosed(std::uint32_t reason) {
 
 void Session::OnDrained() {
     SendChanges();
+    SendReportChanges();
     ReadNext();
 }
 
@@ -76,6 +83,8 @@ void Session::Receive(vantrel::LoginRequest& message) {
     m_state = State::Checking;
     m_client = message.clientName.substr(0, kLongestClientName);
     m_userName = message.user.substr(0, kLongestClientName);
+    m_token = message.token;
+    m_changesSince = message.changesSince;
     m_server.GetLogins().Check(
         std::move(message), m_link.PeerAddress(),
         [&server = m_server, number = m_number](const LoginVerdict& verdict) {
@@ -91,7 +100,11 @@ void Session::OnLogin(const LoginVerdict& verdict) {
         m_user = verdict.user;
         m_granted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     }
-    m_link.Send(vantrel::LoginResult{verdict.code, verdict.text});
+    const std::uint64_t lastChange = m_server.GetReportChanges().Last();
+    m_link.Send(vantrel::LoginResult{verdict.code, verdict.text, accepted ? lastChange : 0});
+    if (!accepted || !m_changesSince) return;
+    m_lastChangeTold = std::min(*m_changesSince, lastChange);
+    SendReportChanges();
 }
 
 void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
@@ -104,6 +117,9 @@ void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
 
 void Session::Receive(vantrel::SubscribeRequest& message) {
     m_flags |= message.flags;
+    if ((m_flags & vantrel::SubscribeFlag::ReportChanges) != 0 && !m_lastChangeTold) {
+        m_lastChangeTold = m_server.GetReportChanges().Last();
+    }
     for (const vantrel::VariableHandle handle : message.removed) {
         const auto found = m_subscriptions.find(handle);
         if (found == m_subscriptions.end()) continue;
@@ -211,9 +227,14 @@ void Session::SendChanges() {
 
 // ---- what the server tells of itself
 
-void Session::SendReportChanges(const ChangedReports& changed) {
-    if (!IsLoggedIn() || (m_flags & vantrel::SubscribeFlag::ReportChanges) == 0) return;
-    for (const auto& [kind, time] : changed) m_link.Send(vantrel::ReportChange{kind, time});
+void Session::SendReportChanges() {
+    if (!m_lastChangeTold) return;
+    NumberedChange change;
+    while (m_link.Backlog() < vantrel::kMostBacklog &&
+           m_server.GetReportChanges().FindBehind(*m_lastChangeTold, change)) {
+        m_lastChangeTold = change.sequence;
+        m_link.Send(vantrel::ReportChange{change.kind, change.time, change.sequence});
+    }
 }
 
 void Session::SendLog(const vantrel::LogMessage& message) {
@@ -227,6 +248,11 @@ void Session::Receive(vantrel::LastMessagesRequest& message) {
     if (!platform::HasRight(m_user, m_server.Settings().logRight, m_link.PeerAddress())) return;
     for (vantrel::LogMessage& line : m_server.LastMessages(message.count))
         m_link.Send(std::move(line));
+}
+
+// An embedded store knows no terms, so nothing stands against one.
+void Session::Receive(vantrel::TakeTerm&) {
+    m_link.Send(vantrel::TermResult{});
 }
 
 }  // namespace kalvex::server

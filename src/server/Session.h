@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 #include "platform/UserDirectory.h"
 #include "server/LoginDesk.h"
 #include "server/Plant.h"
+#include "server/Refusal.h"
 #include "server/Rights.h"
 #include "server/Store.h"
 #include "vantrel/Codes.h"
@@ -49,7 +51,10 @@ class Session final : public vantrel::ServerSession {
     void MarkChanged(vantrel::VariableHandle handle);
     void SendChanges();
 
-    void SendReportChanges(const ChangedReports& changed);
+    // What has changed since it was told last, as fast as the client takes it.
+    void SendReportChanges();
+    // Once an hour: how often the refusals that the log has had have come again.
+    void TellRefusals(std::int64_t now);
     void SendLog(const vantrel::LogMessage& message);
 
     // Ends a conversation in which nobody has logged in since.
@@ -77,6 +82,17 @@ class Session final : public vantrel::ServerSession {
     void Receive(vantrel::ArchiveModifyRequest& message);
     void Receive(vantrel::PeriodRequest& message);
     void Receive(vantrel::LastMessagesRequest& message);
+    void Receive(vantrel::TakeTerm& message);
+
+    // A write, or an order for a period, on its way.
+    struct Order {
+        vantrel::RequestId id = 0;
+        std::uint64_t serial = 0;
+        value::ValueKind kind = value::KindNone;
+        std::string variable;
+        std::optional<vantrel::PeriodAction> action = {};  // none: a write
+        bool answered = true;
+    };
 
     std::string Peer() const;  // the client's name and address for the log
     // To the log, once; the variable is one of the server's, so that the texts stay few.
@@ -90,12 +106,31 @@ class Session final : public vantrel::ServerSession {
     void ReadNext();
     void OnPiece(vantrel::RequestId id, StorePiece piece);
 
-    std::uint16_t CheckWrite(value::ValueKind kind, std::string_view name,
-                             std::size_t& variable) const;
-    std::uint16_t TakeModify(vantrel::ModifyRequest& request,
-                             std::vector<StoreOperation>& operations);
+    // Whether the serial has not come before. If it has, its answer goes to `decided`, or to the
+    // client once there is one.
+    bool IsNew(vantrel::RequestId id, std::uint64_t serial, vantrel::ModifyResults& decided);
+    bool HasAnswer(std::uint64_t serial) const { return serial != 0 && !m_token.empty(); }
+    Refusal CheckWrite(value::ValueKind kind, std::string_view name, std::size_t& variable) const;
+    Refusal PrepareModify(vantrel::ModifyRequest& request, std::vector<StoreOperation>& operations);
+    Refusal PrepareArchive(vantrel::ArchiveModifyRequest& request,
+                           std::vector<StoreOperation>& operations, std::size_t& good);
+    // `good` values stand before the bad one, if it is one.
+    std::string ArchiveReason(Refusal refusal, std::size_t good, std::size_t count) const;
+    Refusal PreparePeriod(const vantrel::PeriodRequest& request,
+                          std::vector<StoreOperation>& operations) const;
     void Correct(std::string_view name);
-    void SubmitWrites(std::vector<StoreOperation> operations, std::vector<vantrel::RequestId> ids);
+
+    // An order that is not carried out, with the words for why: to the log. The answer is the
+    // caller's.
+    void TellRefused(const Order& order, std::string_view reason);
+    std::string ReasonText(Refusal refusal) const;
+    // Decides an order at once; its answer goes to `decided`.
+    void Decide(const Order& order, std::uint16_t result, vantrel::ModifyResults& decided,
+                std::vector<StoreOperation>& operations);
+    // Answers the orders when the operations are committed.
+    void Submit(std::vector<StoreOperation> operations, std::vector<Order> orders);
+    static void Finish(Server& server, std::uint64_t number, const std::string& token,
+                       const std::vector<Order>& orders);
 
     Server& m_server;
     vantrel::ServerLink& m_link;
@@ -108,7 +143,12 @@ class Session final : public vantrel::ServerSession {
     std::vector<Rights::Granted> m_granted;  // by rule
     std::uint32_t m_flags = 0;
     bool m_closing = false;
-    std::set<std::string> m_told;  // refusals that the log has had for this client
+    std::string m_token;
+    std::optional<std::uint64_t> m_changesSince;    // as the login says
+    std::optional<std::uint64_t> m_lastChangeTold;  // of reports; none while nobody has asked
+    std::set<std::string> m_told;                   // limits that the log has had for this client
+    std::map<std::string, std::size_t> m_refusals;  // lines of the log; how often since told
+    std::int64_t m_refusalsTold;
 
     std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;
     std::vector<vantrel::VariableHandle> m_marked;

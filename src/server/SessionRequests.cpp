@@ -1,4 +1,4 @@
-// Reads, writes and orders of a client.
+// Reads of a client.
 #include <algorithm>
 #include <utility>
 
@@ -13,14 +13,9 @@ namespace kalvex::server {
 namespace {
 
 constexpr std::size_t kMostReads = 1000;
-constexpr std::size_t kMostArchiveValues = 100000;
 constexpr std::int64_t kPieceValues = 2000;
 
 constexpr const char* kManyReads = platform::Translatable("zbyt wiele odczytów naraz");
-constexpr const char* kManyValues = platform::Translatable("zbyt wiele wartości w jednym zapisie");
-constexpr const char* kRefusedWrite = platform::Translatable("brak prawa do zapisu zmiennej %s");
-constexpr const char* kRefusedOrder =
-    platform::Translatable("polecenie dla danych raportowych albo archiwalnych odrzucone");
 
 bool IsTime(std::int64_t time) {
     return time >= 0 && time <= value::kLargestTime;
@@ -109,146 +104,6 @@ void Session::Receive(vantrel::CancelRequests& message) {
     for (const vantrel::RequestId id : message.ids) {
         if (m_reads.erase(id) != 0) std::erase(m_readQueue, id);
     }
-}
-
-// ---- writes
-
-std::uint16_t Session::CheckWrite(value::ValueKind kind, std::string_view name,
-                                  std::size_t& variable) const {
-    variable = m_server.GetPlant().Find(name);
-    if (variable == Plant::kNone) return vantrel::ResultNothing;
-    const Rights::Granted granted = RightsTo(variable);
-    if (!granted.write) return granted.read ? vantrel::ResultNoAccess : vantrel::ResultNothing;
-    const VariableConfig& config = m_server.GetPlant().At(variable).config;
-    const bool fits = kind == value::KindCurrent ? !config.signal
-                      : kind == value::KindArchive
-                          ? (config.archive & vantrel::ArchiveBit::Any) != 0
-                          : (config.reports & vantrel::ReportBit(kind)) != 0;
-    return fits ? vantrel::ResultOk : vantrel::ResultBadRequest;
-}
-
-std::uint16_t Session::TakeModify(vantrel::ModifyRequest& request,
-                                  std::vector<StoreOperation>& operations) {
-    const bool current = request.kind == value::KindCurrent;
-    if (!current && !value::IsReport(request.kind)) return vantrel::ResultBadRequest;
-    std::size_t variable = Plant::kNone;
-    const std::uint16_t result = CheckWrite(request.kind, request.variable, variable);
-    if (result != vantrel::ResultOk) return result;
-    Plant& plant = m_server.GetPlant();
-    value::CVal& value = request.value;
-    if (!ConvertWritten(plant.At(variable).config, request.kind, value))
-        return vantrel::ResultBadValue;
-    if (!current && !IsTime(request.time)) return vantrel::ResultBadRequest;
-    if (!m_server.TakesWrites()) return vantrel::ResultServerFault;
-    if (current) {
-        value.SetTime(m_server.Now());
-        operations.emplace_back(SaveLastValue{plant.At(variable).id, value});
-        plant.SetValue(variable, std::move(value));
-        plant.At(variable).saved = true;
-    } else {
-        value.AddStatus(value::Status::SetByUser);
-        operations.emplace_back(PutValue{plant.At(variable).id, request.kind,
-                                         ReportTime(request.kind, request.time), std::move(value)});
-    }
-    return vantrel::ResultOk;
-}
-
-void Session::Receive(vantrel::ModifyRequests& message) {
-    vantrel::ModifyResults refused;
-    std::vector<StoreOperation> operations;
-    std::vector<vantrel::RequestId> taken;
-    for (vantrel::ModifyRequest& request : message.requests) {
-        const std::uint16_t result = TakeModify(request, operations);
-        if (result == vantrel::ResultOk) {
-            taken.push_back(request.id);
-            continue;
-        }
-        refused.entries.push_back({request.id, result});
-        if (result == vantrel::ResultNoAccess) TellOnce(kRefusedWrite, request.variable);
-        if (request.kind == value::KindCurrent) Correct(request.variable);
-    }
-    if (!refused.entries.empty()) m_link.Send(std::move(refused));
-    m_server.Distribute();
-    if (!taken.empty()) SubmitWrites(std::move(operations), std::move(taken));
-}
-
-// A client shows what it has written before it hears of it, so it needs to be told what is true.
-void Session::Correct(std::string_view name) {
-    Plant& plant = m_server.GetPlant();
-    const std::size_t variable = plant.Find(name);
-    if (variable == Plant::kNone) return;
-    for (const PlantVariable::Subscriber& subscriber : plant.At(variable).subscribers) {
-        if (subscriber.session == this) MarkChanged(subscriber.handle);
-    }
-}
-
-void Session::Receive(vantrel::ArchiveModifyRequest& message) {
-    std::size_t variable = Plant::kNone;
-    std::uint16_t result = CheckWrite(value::KindArchive, message.variable, variable);
-    if (result == vantrel::ResultNoAccess) TellOnce(kRefusedWrite, message.variable);
-    if (message.values.size() > kMostArchiveValues) {
-        TellOnce(kManyValues);
-        result = vantrel::ResultBadRequest;
-    }
-    std::vector<StoreOperation> operations;
-    for (value::CVal& value : message.values) {
-        if (result != vantrel::ResultOk) break;
-        const PlantVariable& target = m_server.GetPlant().At(variable);
-        const std::int64_t time = value.GetTime();
-        if (!IsTime(time)) result = vantrel::ResultBadRequest;
-        if (!ConvertWritten(target.config, value::KindArchive, value))
-            result = vantrel::ResultBadValue;
-        operations.emplace_back(PutValue{target.id, value::KindArchive, time, std::move(value)});
-    }
-    if (result == vantrel::ResultOk && !m_server.TakesWrites()) result = vantrel::ResultServerFault;
-    if (result == vantrel::ResultOk) {
-        SubmitWrites(std::move(operations), {message.id});
-    } else {
-        m_link.Send(vantrel::ModifyResults{{{message.id, result}}});
-    }
-}
-
-void Session::SubmitWrites(std::vector<StoreOperation> operations,
-                           std::vector<vantrel::RequestId> ids) {
-    m_server.Write(std::move(operations),
-                   [&server = m_server, number = m_number, ids = std::move(ids)] {
-                       Session* session = server.FindSession(number);
-                       if (session == nullptr) return;
-                       vantrel::ModifyResults results;
-                       for (const vantrel::RequestId id : ids) {
-                           results.entries.push_back({id, vantrel::ResultOk});
-                       }
-                       session->m_link.Send(std::move(results));
-                   });
-}
-
-// ---- orders
-
-void Session::Receive(vantrel::PeriodRequest& message) {
-    std::size_t variable = Plant::kNone;
-    const bool forArchive = message.action == vantrel::PeriodAction::Update ||
-                            message.action == vantrel::PeriodAction::Refresh;
-    const bool fits =
-        forArchive ? message.kind == value::KindArchive : value::IsReport(message.kind);
-    if (!fits || !IsTime(message.time) ||
-        CheckWrite(message.kind, message.variable, variable) != vantrel::ResultOk) {
-        TellOnce(kRefusedOrder);
-        return;
-    }
-    // There is no device that archive data or the value of a span could be fetched from.
-    const bool nothingToDo = forArchive || (message.kind == value::KindSpan &&
-                                            message.action != vantrel::PeriodAction::Init);
-    if (nothingToDo) return;
-    if (!m_server.TakesWrites()) {
-        TellOnce(kRefusedOrder);
-        return;
-    }
-    const PlantVariable& target = m_server.GetPlant().At(variable);
-    std::vector<StoreOperation> operations;
-    operations.emplace_back(MakeReport{
-        message.action, target.id, message.kind, ReportTime(message.kind, message.time),
-        target.config.rule, static_cast<int>(m_server.Settings().dayStart), m_server.Confirmed()});
-    m_server.Write(std::move(operations), [] {});
 }
 
 }  // namespace kalvex::server

@@ -83,6 +83,8 @@ class Store {
     // What the file held when it was opened.
     std::optional<value::CVal> LastValue(VariableId variable) const;
     std::optional<std::int64_t> Progress(const std::string& what) const;
+    const std::vector<NumberedChange>& ChangesAtOpening() const { return m_contents.reportChanges; }
+    const std::vector<SaveAnswer>& AnswersAtOpening() const { return m_contents.answers; }
 
     // False while so much waits that clients' submissions should not be made any more.
     bool HasRoomForClients();

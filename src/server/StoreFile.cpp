@@ -9,7 +9,7 @@ namespace kalvex::server {
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 constexpr const char* kNewerFile =
     platform::Translatable("%s: Plik danych jest z nowszej wersji programu");
 
@@ -29,7 +29,7 @@ constexpr const char* kSchema =
     "PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS progress (what TEXT PRIMARY KEY, time INTEGER NOT NULL) "
     "WITHOUT ROWID;"
-    "PRAGMA user_version = 1;";
+    "PRAGMA user_version = 2;";
 
 // Binds type, status and content to three parameters in a row.
 void BindValue(platform::SqliteStatement& statement, int parameter, const value::CVal& value) {
@@ -91,7 +91,9 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
     }
     if (!m_database.Execute(kSettings)) return fail();
     platform::SqliteTransaction transaction(m_database);
-    return (m_database.Execute(kSchema) && transaction.Commit() && PrepareAll()) || fail();
+    return (m_database.Execute(kSchema) && m_database.Execute(ReportChangeTable::Schema()) &&
+            m_database.Execute(AnswerTable::Schema()) && transaction.Commit() && PrepareAll()) ||
+           fail();
 }
 
 bool StoreFile::PrepareAll() {
@@ -125,7 +127,7 @@ bool StoreFile::PrepareAll() {
     for (const Row& row : rows) {
         if (!row.statement.Prepare(m_database, row.sql)) return false;
     }
-    return true;
+    return m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database);
 }
 
 bool StoreFile::ReadContents(Contents& contents) {
@@ -142,7 +144,8 @@ bool StoreFile::ReadContents(Contents& contents) {
         return false;
     }
     while (select.Next()) contents.progress[select.Text(0)] = select.Integer(1);
-    return !select.Failed();
+    return !select.Failed() && m_reportChanges.Read(m_database, contents.reportChanges) &&
+           m_answers.Read(m_database, contents.answers);
 }
 
 bool StoreFile::FailAtLocks() {
@@ -168,6 +171,7 @@ bool StoreFile::Apply(const StoreBatch& batch, std::vector<ChangedReports>& chan
             const auto run = [&](const auto& known) { return Run(known, changed[part]); };
             if (!std::visit(run, operation)) return false;
         }
+        if (!Number(changed[part])) return false;
     }
     return true;
 }
@@ -191,6 +195,22 @@ bool StoreFile::Run(const SaveProgress& operation, ChangedReports&) {
     return m_putProgress.Run();
 }
 
+bool StoreFile::Run(const SaveAnswer& operation, ChangedReports&) {
+    return m_answers.Run(operation);
+}
+
+bool StoreFile::Run(const DropAnswers& operation, ChangedReports&) {
+    return m_answers.Run(operation);
+}
+
+bool StoreFile::Number(ChangedReports& changed) {
+    for (auto& [period, sequence] : changed) {
+        if (!m_reportChanges.Add(period.first, period.second)) return false;
+        sequence = m_reportChanges.Last();
+    }
+    return true;
+}
+
 bool StoreFile::Put(VariableId variable, value::ValueKind kind, std::int64_t time,
                     const value::CVal& value) {
     m_put.BindInteger(1, variable);
@@ -212,7 +232,7 @@ bool StoreFile::PutReport(VariableId variable, value::ValueKind kind, std::int64
                           const std::optional<value::CVal>& standing, const value::CVal& value,
                           ChangedReports& changed) {
     if (standing && IsSame(*standing, value)) return true;
-    changed.emplace(kind, time);
+    changed[{kind, time}] = 0;
     return Put(variable, kind, time, value);
 }
 

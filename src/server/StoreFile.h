@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -14,6 +13,8 @@
 
 #include "platform/Sqlite.h"
 #include "platform/Translator.h"
+#include "server/AnswerTable.h"
+#include "server/ReportChangeTable.h"
 #include "server/ReportComputing.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
@@ -74,11 +75,11 @@ struct SaveProgress {
 };
 
 using StoreOperation = std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap,
-                                    RemoveArchive, SaveProgress>;
+                                    RemoveArchive, SaveProgress, SaveAnswer, DropAnswers>;
 
-// Reports that operations have changed: kind and time, each once. One that comes out as it stood
-// is not among them.
-using ChangedReports = std::set<std::pair<value::ValueKind, std::int64_t>>;
+// Reports that operations have changed, by kind and time, with their sequences. One that comes out
+// as it stood is not among them.
+using ChangedReports = std::map<std::pair<value::ValueKind, std::int64_t>, std::uint64_t>;
 
 // What goes into one transaction: names first, then the parts in their order.
 struct StoreBatch {
@@ -94,6 +95,8 @@ class StoreFile {
         std::map<std::string, VariableId> variables;
         std::map<VariableId, value::CVal> lastValues;
         std::map<std::string, std::int64_t> progress;
+        std::vector<NumberedChange> reportChanges;  // ascending
+        std::vector<SaveAnswer> answers;            // by their numbers
     };
 
     // Makes the file and its tables if they are not there.
@@ -116,6 +119,7 @@ class StoreFile {
   private:
     bool PrepareAll();
     bool Apply(const StoreBatch& batch, std::vector<ChangedReports>& changed);
+    bool Number(ChangedReports& changed);
     bool Run(const SaveName& operation, ChangedReports& changed);
     bool Run(const SaveLastValue& operation, ChangedReports& changed);
     bool Run(const PutValue& operation, ChangedReports& changed);
@@ -123,6 +127,8 @@ class StoreFile {
     bool Run(const MarkGap& operation, ChangedReports& changed);
     bool Run(const RemoveArchive& operation, ChangedReports& changed);
     bool Run(const SaveProgress& operation, ChangedReports& changed);
+    bool Run(const SaveAnswer& operation, ChangedReports& changed);
+    bool Run(const DropAnswers& operation, ChangedReports& changed);
     bool Put(VariableId variable, value::ValueKind kind, std::int64_t time,
              const value::CVal& value);
     bool PutReport(VariableId variable, value::ValueKind kind, std::int64_t time,
@@ -145,6 +151,8 @@ class StoreFile {
     platform::SqliteStatement m_getBefore;
     platform::SqliteStatement m_getKnownBefore;
     platform::SqliteStatement m_remove;
+    ReportChangeTable m_reportChanges;
+    AnswerTable m_answers;
 };
 
 }  // namespace kalvex::server

@@ -120,7 +120,9 @@ std::size_t StoreQueue::TakeFrom(Lane& lane, const StoreBatch& batch, std::size_
     for (std::size_t left = std::exchange(lane.taken, 0); left > 0; --left, ++part) {
         Submission& submission = lane.waiting.front();
         submission.written += batch.parts[part].size();
-        submission.outcome.changed.merge(changed[part]);
+        for (const auto& [period, sequence] : changed[part]) {
+            submission.outcome.changed[period] = sequence;
+        }
         if (submission.written < submission.operations.size()) continue;
         lane.bytes -= submission.bytes;
         finished.push_back({std::move(submission.done), std::move(submission.outcome)});

@@ -7,6 +7,7 @@
 #include "sources/ReportNotifications.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
+#include "vantrel/OrderWords.h"
 
 namespace kalvex::sources {
 
@@ -35,6 +36,14 @@ constexpr std::array<const char*, value::kReportKinds.size()> kReportModifyError
     "Błąd modyfikacji raportu miesięcznego",
     "Błąd modyfikacji raportu okresowego",
 };
+
+constexpr const char* kArchiveNotWritten = platform::Translatable(
+    "Błąd modyfikacji danych archiwalnych - %s, nie przyjęto żadnej wartości");
+constexpr const char* kOrderNotDone = platform::Translatable("Błąd polecenia: %s - %s");
+constexpr const char* kNotConnected = platform::Translatable("brak połączenia");
+constexpr const char* kQueueFull = platform::Translatable("zbyt wiele zapisów czeka na odpowiedź");
+constexpr const char* kWritesWait = platform::Translatable(
+    "Zapisy i polecenia bez odpowiedzi źródła %s: %d, zostaną wysłane ponownie");
 
 CVarReg& Registered(vantrel::CVarVal& variable) {
     return static_cast<CVarReg&>(variable);
@@ -125,6 +134,9 @@ void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
         Log("Połączenie z %s zerwane (%s)",
             {GetServerName(), GetErrorInfo(reason, m_services.translator)}, platform::LogErrors);
     }
+    if (WritesWaiting() > 0) {
+        Log(kWritesWait, {GetServerName(), std::to_string(WritesWaiting())}, platform::LogErrors);
+    }
     vantrel::CClientConnection::OnDisconnect(reason);
 }
 
@@ -170,6 +182,28 @@ void CInterfaceClientConnection::OnVarAccessError(const vantrel::RequestRecord& 
 void CInterfaceClientConnection::OnCurrentDataModifyAck(const vantrel::RequestRecord& record) {
     if (vantrel::CVarVal* variable = GetVarVal(record.variable))
         variable->SetControlValue(record.value);
+}
+
+std::string CInterfaceClientConnection::WhyNot(const vantrel::RequestRecord& record) const {
+    const platform::Translator& translator = m_services.translator;
+    if (record.fate == vantrel::RequestFate::NotConnected)
+        return translator.Translate(kNotConnected);
+    if (record.fate == vantrel::RequestFate::QueueFull) return translator.Translate(kQueueFull);
+    return vantrel::ResultWords(record.result, translator);
+}
+
+void CInterfaceClientConnection::OnArchiveModifyError(const vantrel::RequestRecord& record) {
+    LogVariableError(
+        text::FormatText(m_services.translator.Translate(kArchiveNotWritten), {WhyNot(record)}),
+        record.variable);
+}
+
+void CInterfaceClientConnection::OnPeriodError(vantrel::PeriodAction action, value::ValueKind kind,
+                                               const vantrel::RequestRecord& record) {
+    LogVariableError(text::FormatText(m_services.translator.Translate(kOrderNotDone),
+                                      {vantrel::PeriodWords(action, kind, m_services.translator),
+                                       WhyNot(record)}),
+                     record.variable);
 }
 
 void CInterfaceClientConnection::OnReportModifyError(value::ValueKind kind,

@@ -77,10 +77,14 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
     void OnVarAccessError(const vantrel::RequestRecord& record) override;
     void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
     void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
+    void OnArchiveModifyError(const vantrel::RequestRecord& record) override;
+    void OnPeriodError(vantrel::PeriodAction action, value::ValueKind kind,
+                       const vantrel::RequestRecord& record) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
 
   private:
     void Log(const char* polish, std::initializer_list<std::string_view> arguments, int level);
+    std::string WhyNot(const vantrel::RequestRecord& record) const;
     std::vector<engine::CKalvexDoc*>* FindNotifyDocs(value::ValueKind kind);
 
     SourceServices& m_services;

@@ -1,6 +1,8 @@
 // Life of the connection and its variables. Requests: ClientRequests.cpp.
 #include "vantrel/ClientConnection.h"
 
+#include <random>
+
 namespace kalvex::vantrel {
 
 namespace {
@@ -11,6 +13,14 @@ constexpr int kChecksBetweenLogins = 60;
 constexpr std::uint32_t kModuleWishes = 577;
 static_assert((kModuleWishes & SubscribeFlag::ReportChanges) != 0);
 
+// 128 random bits.
+std::string MakeToken() {
+    std::random_device random;
+    std::string token;
+    for (int part = 0; part < 4; ++part) token += std::to_string(random()) + '.';
+    return token;
+}
+
 }  // namespace
 
 bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source,
@@ -20,6 +30,7 @@ bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source
     m_server = source;
     m_client = clientName;
     m_journal = journal;
+    m_token = MakeToken();
     std::uint32_t reason = 0;
     m_transport = transports.Connect(source, *this, reason);
     if (!m_transport) {
@@ -120,7 +131,8 @@ void CClientConnection::Subscribe() {
     }
     m_touched.clear();
     if (m_state != StateConnected) return;
-    if (!request.added.empty() || !request.removed.empty()) Send(std::move(request));
+    if (request.added.empty() && request.removed.empty()) return;
+    m_transport->Send(std::move(request));
 }
 
 void CClientConnection::Forget(Registration& registration) {
@@ -139,7 +151,7 @@ void CClientConnection::SubscribeAll() {
         request.added.push_back({registration->handle, registration->pVarVal->GetName()});
         request.flags |= GetSubscribeFlags(*registration->pVarVal);
     }
-    if (!request.added.empty()) Send(std::move(request));
+    if (!request.added.empty()) m_transport->Send(std::move(request));
 }
 
 CVarVal* CClientConnection::GetVarVal(std::string_view name) const {
@@ -174,7 +186,10 @@ void CClientConnection::MarkVarValError() {
 void CClientConnection::OnOpened() {
     m_state = StateLogin;
     m_openFaultTold = false;
-    m_transport->Send(MakeLoginRequest());
+    LoginRequest login = MakeLoginRequest();
+    login.token = m_token;
+    login.changesSince = m_lastChange;
+    m_transport->Send(std::move(login));
 }
 
 void CClientConnection::OnFault(ConnectionFault fault, std::uint32_t reason) {
@@ -203,6 +218,7 @@ void CClientConnection::GoDown() {
     const bool wasConnected = m_state == StateConnected;
     m_state = StateDown;
     m_outbox.clear();
+    HoldWrites(wasConnected);
     if (!wasConnected) FailOutstanding();
 }
 
@@ -222,10 +238,11 @@ void CClientConnection::Receive(LoginResult& message) {
         return;
     }
     m_state = StateConnected;
+    // A server that has come less far has another store.
+    if (!m_lastChange || message.sequence < *m_lastChange) m_lastChange = message.sequence;
     OnConnect();
     SubscribeAll();
-    for (ClientMessage& waiting : m_outbox) m_transport->Send(std::move(waiting));
-    m_outbox.clear();
+    SendOutbox();
 }
 
 void CClientConnection::Receive(VariableDefinitions& message) {
@@ -256,6 +273,7 @@ void CClientConnection::Receive(AccessErrors& message) {
 }
 
 void CClientConnection::Receive(ReportChange& message) {
+    if (message.sequence != 0) m_lastChange = message.sequence;
     OnReportChange(message.kind, message.time);
 }
 
@@ -292,6 +310,8 @@ void CClientConnection::OnVarAccessError(const RequestRecord&) {}
 void CClientConnection::OnCurrentDataModifyAck(const RequestRecord&) {}
 void CClientConnection::OnCurrentDataModifyError(const RequestRecord&) {}
 void CClientConnection::OnReportModifyError(value::ValueKind, const RequestRecord&) {}
+void CClientConnection::OnArchiveModifyError(const RequestRecord&) {}
+void CClientConnection::OnPeriodError(PeriodAction, value::ValueKind, const RequestRecord&) {}
 void CClientConnection::OnReportChange(value::ValueKind, std::int64_t) {}
 void CClientConnection::OnRemoteLogMessage(int, std::int64_t, std::string_view) {}
 

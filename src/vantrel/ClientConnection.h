@@ -6,9 +6,11 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <variant>
 #include <vector>
 
 #include "vantrel/Codes.h"
@@ -82,20 +84,29 @@ class CClientConnection : private ClientTransportEvents {
     // No answer comes any more.
     void CancelDataRequest(value::ValueKind kind, RequestId id);
 
+    // Writes and orders reach the server in the order in which they were made; of very many the
+    // later ones are held back until the earlier are answered. What a break leaves without an
+    // answer is sent again when the connection is up, before what is made then, and done once
+    // nevertheless.
+
     // Sent by MakeDataRequest. A refusal comes to OnReportModifyError.
     void AddReportModifyRequest(value::ValueKind kind, std::string_view variable, std::int64_t time,
                                 value::CVal value);
-    // Orders a piece of work; there is no answer.
+    // Orders a piece of work. A refusal comes to OnPeriodError.
     void MakePeriodRequest(PeriodAction action, value::ValueKind kind, std::string_view variable,
                            std::int64_t time);
 
-    // A list that is too long for one write goes in several, each of them taken or refused.
+    // A list that is too long for one write goes in several, each of them taken or refused as a
+    // whole. A refusal comes to OnArchiveModifyError.
     void AddArchiveModifyRequest(std::string_view variable, const value::CArchiveValueList& list,
                                  value::TIMEW from, value::TIMEW to);
     void MakeArchiveModifyRequest();
 
     void AddCurrentDataModifyRequest(std::string_view variable, value::CVal value);
     void MakeCurrentDataModifyRequest();
+
+    // Writes and orders that the server has not answered yet.
+    std::size_t WritesWaiting() const { return m_writes.size(); }
 
   protected:
     // ---- hooks
@@ -109,7 +120,7 @@ class CClientConnection : private ClientTransportEvents {
     // The server's answer to the login.
     virtual void OnServerAccess(bool denied, std::string_view text);
     virtual void OnConnect();
-    // The base marks all values and answers all outstanding requests with ResultNothing.
+    // The base marks all values and answers all outstanding reads with ResultNothing.
     virtual void OnDisconnect(std::uint32_t reason);
     virtual void OnVariableList();
     // Values have been set, those of a whole subscription at once.
@@ -118,6 +129,9 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnCurrentDataModifyAck(const RequestRecord& record);
     virtual void OnCurrentDataModifyError(const RequestRecord& record);
     virtual void OnReportModifyError(value::ValueKind kind, const RequestRecord& record);
+    virtual void OnArchiveModifyError(const RequestRecord& record);
+    virtual void OnPeriodError(PeriodAction action, value::ValueKind kind,
+                               const RequestRecord& record);
     virtual void OnReportChange(value::ValueKind kind, std::int64_t time);
     virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
 
@@ -138,10 +152,16 @@ class CClientConnection : private ClientTransportEvents {
         bool sent = false;
     };
 
+    using WriteRequest = std::variant<ModifyRequest, ArchiveModifyRequest, PeriodRequest>;
+
     struct PendingWrite {
-        value::ValueKind kind;
-        std::string variable;
-        value::CVal value;
+        WriteRequest request;
+        std::size_t bytes;
+    };
+
+    // Stands among messages for the writes up to a serial.
+    struct WriteTurn {
+        std::uint64_t upTo = 0;
     };
 
     void OnOpened() override;
@@ -157,6 +177,7 @@ class CClientConnection : private ClientTransportEvents {
     void Receive(ModifyResults& message);
     void Receive(ReportChange& message);
     void Receive(LogMessage& message);
+    void Receive(TermResult&) {}
 
     void Open();
     void GoDown();
@@ -165,12 +186,22 @@ class CClientConnection : private ClientTransportEvents {
     void Touch(Registration& registration);
     void Forget(Registration& registration);
     void MarkVarValError();
-    void SendWrites(value::ValueKind kind);
+    void MakeWrites(value::ValueKind kind);
+    void AddWrite(WriteRequest request);
+    // What has been added goes when it is its turn.
+    void ReleaseWrites();
+    void SendWrites();
+    void DropOldestOrder();
+    PendingWrite Forget(std::uint64_t serial);
     void SendReads();
     PendingRead TakeRead(RequestId id);
     void FinishRead(RequestId id, std::uint16_t result);
     void FinishWrite(RequestId id, std::uint16_t result);
+    void TellWrite(const WriteRequest& request, std::uint16_t result, RequestFate fate);
+    // The conversation, or the attempt to open one, has ended.
+    void HoldWrites(bool wasConnected);
     void FailOutstanding();
+    void SendOutbox();
     void Send(ClientMessage message);
     void Record(JournalEntry entry) const;
 
@@ -194,13 +225,25 @@ class CClientConnection : private ClientTransportEvents {
 
     RequestId m_lastRequest = 0;
     std::map<RequestId, PendingRead> m_reads;
-    std::map<RequestId, PendingWrite> m_writes;
+    std::map<std::uint64_t, PendingWrite> m_writes;  // without an answer, by their serials
+    std::unordered_map<RequestId, std::uint64_t> m_serials;
     std::map<value::ValueKind, std::vector<RequestId>> m_queuedReads;
     std::deque<RequestId> m_readsToSend;  // held back while enough of them are under way
     std::size_t m_readsUnderWay = 0;
     std::map<value::ValueKind, ModifyRequests> m_queuedWrites;
     std::vector<ArchiveModifyRequest> m_queuedArchives;
-    std::vector<ClientMessage> m_outbox;  // made while the connection comes up
+    std::uint64_t m_lastSerial = 0;
+    std::uint64_t m_lastReleased = 0;  // later ones wait for their turn
+    std::uint64_t m_lastSent = 0;      // in this conversation
+    std::size_t m_writesUnderWay = 0;
+    std::size_t m_writeBytesUnderWay = 0;
+    std::size_t m_writeBytes = 0;
+    std::size_t m_ordersUnderWay = 0;
+    bool m_ordersAnswered = false;  // by this server
+    // Waits for the connection to come up, or for writes that are held back.
+    std::deque<std::variant<ClientMessage, WriteTurn>> m_outbox;
+    std::string m_token;
+    std::optional<std::uint64_t> m_lastChange;  // the sequence of the last report change
 
     std::unique_ptr<ClientTransport> m_transport;  // the first to go
 };

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -40,6 +41,12 @@ struct LoginRequest {
     std::string clientName;
     std::string user;
     std::string password;
+    std::string token = {};  // of the client process; empty: its writes have no serials
+    std::string pair = {};   // of clients that stand in for one another
+    std::uint64_t term = 0;
+    // Of the last report change that the client knows of; it is told those behind it, and then each
+    // further one.
+    std::optional<std::uint64_t> changesSince = {};
 };
 
 // Wishes of a client that a server knows; other bits mean nothing to it.
@@ -85,18 +92,21 @@ struct ModifyRequest {
     std::string variable;
     std::int64_t time = 0;  // start of the report period; without meaning for a current value
     value::CVal value;
+    std::uint64_t serial = 0;  // of the token; done once, however often it is sent; 0: none
 };
 
 struct ModifyRequests {
     std::vector<ModifyRequest> requests;
 };
 
+// Taken as a whole or not at all.
 struct ArchiveModifyRequest {
     RequestId id = 0;
     std::string variable;
     std::int64_t from = 0;  // times of the first and the last value
     std::int64_t to = 0;
     std::vector<value::CVal> values;  // ascending by time
+    std::uint64_t serial = 0;
 };
 
 enum class PeriodAction : std::uint8_t {
@@ -107,12 +117,13 @@ enum class PeriodAction : std::uint8_t {
     Refresh,    // archive data up to the time are to be fetched again
 };
 
-// An order to the server that has no answer.
+// An order to the server. Answered in ModifyResults when it has an id.
 struct PeriodRequest {
     PeriodAction action = PeriodAction::Init;
     value::ValueKind kind = value::KindNone;  // archive for the last two actions
     std::string variable;
     std::int64_t time = 0;
+    RequestId id = 0;
 };
 
 // The server's newest log lines, to be sent as log messages.
@@ -120,16 +131,22 @@ struct LastMessagesRequest {
     std::uint32_t count = 0;
 };
 
+// The client is the active one of its pair from now on.
+struct TakeTerm {
+    std::uint64_t term = 0;
+};
+
 using ClientMessage =
     std::variant<LoginRequest, SubscribeRequest, ReadRequests, CancelRequests, ModifyRequests,
-                 ArchiveModifyRequest, PeriodRequest, LastMessagesRequest>;
+                 ArchiveModifyRequest, PeriodRequest, LastMessagesRequest, TakeTerm>;
 
 // ---- server to client
 // ----------------------------------------------------------------------------
 
 struct LoginResult {
-    std::uint8_t code = 0;  // 0: the client is logged in
-    std::string text;       // why not
+    std::uint8_t code = 0;       // 0: the client is logged in
+    std::string text;            // why not
+    std::uint64_t sequence = 0;  // with code 0: of the last report change so far
 };
 
 // The definition of a variable: texts by short keys, a number as its decimal text.
@@ -168,7 +185,7 @@ struct ReadAnswer {
     bool last = true;
 };
 
-// Answers to modify requests, archive ones among them.
+// Answers to modify requests, archive ones among them, and to orders with an id.
 struct ModifyResults {
     struct Entry {
         RequestId id = 0;
@@ -181,6 +198,7 @@ struct ModifyResults {
 struct ReportChange {
     value::ValueKind kind = value::KindNone;  // hour, day, month or span
     std::int64_t time = 0;
+    std::uint64_t sequence = 0;  // ascending in the life of the server's store; 0: none
 };
 
 struct LogMessage {
@@ -189,7 +207,12 @@ struct LogMessage {
     std::string text;
 };
 
+struct TermResult {
+    std::uint8_t code = 0;   // 0: nothing stands against the term, 1: a later one has been taken
+    std::uint64_t term = 0;  // the latest that the server has heard of the pair; 0: it keeps none
+};
+
 using ServerMessage = std::variant<LoginResult, VariableDefinitions, ValueUpdates, AccessErrors,
-                                   ReadAnswer, ModifyResults, ReportChange, LogMessage>;
+                                   ReadAnswer, ModifyResults, ReportChange, LogMessage, TermResult>;
 
 }  // namespace kalvex::vantrel

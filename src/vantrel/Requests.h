@@ -14,9 +14,17 @@ namespace kalvex::vantrel {
 
 class CClientConnection;
 
+// Who has decided how a request ended.
+enum class RequestFate : std::uint8_t {
+    Answered,
+    NotConnected,  // the server was never told
+    QueueFull,     // neither; too much waits for its answers
+};
+
 // A request with its outcome.
 struct RequestRecord {
     std::uint16_t result = 0;  // 0: success
+    RequestFate fate = RequestFate::Answered;
     std::string variable;
     value::CVal value;                         // a single report value, or what a write was to set
     value::CArchiveValueList* list = nullptr;  // of a request with a list, filled by now

@@ -28,6 +28,7 @@ std::vector<vantrel::ClientMessage> SampleClientMessages() {
         vantrel::LoginRequest{1, 23, "Kalvex_stacja", "", ""},
         vantrel::LoginRequest{1, 23, "Kalvex_stacja", "NOBODY", ""},
         vantrel::LoginRequest{2, 0, "", "jan", "tajne"},
+        vantrel::LoginRequest{1, 23, "Kalvex_stacja", "", "", "a1b2c3", "para", 1710068400, 0},
         vantrel::SubscribeRequest{
             {{1, name}, {2, "TEKST"}, {3, "BRAK"}, {4, "TAJNE"}}, {}, 577, true},
         vantrel::SubscribeRequest{{{5, "LICZNIK"}}, {1, 9}, 833, false},
@@ -43,9 +44,17 @@ std::vector<vantrel::ClientMessage> SampleClientMessages() {
              {8, value::KindMonth, name, -1, value::CVal(std::numeric_limits<double>::max())}}},
         vantrel::ArchiveModifyRequest{9, name, kNoon, kNoon + 4, values},
         vantrel::ArchiveModifyRequest{10, name, kNoon + 1, kNoon + 4, mixed},
+        vantrel::ModifyRequests{{{11, value::KindCurrent, name, 0, value::CVal(12.5), 1},
+                                 {12, value::KindHour, name, kNoon, value::CVal(13), 2},
+                                 {13, value::KindHour, name, kNoon, value::CVal(13), 2},
+                                 {14, value::KindDay, "BRAK", kNoon, value::CVal(13), 3}}},
+        vantrel::ArchiveModifyRequest{15, name, kNoon, kNoon + 4, values, UINT64_MAX},
+        vantrel::ArchiveModifyRequest{16, name, kNoon, kNoon + 4, values, UINT64_MAX},
         vantrel::PeriodRequest{vantrel::PeriodAction::Init, value::KindHour, name, kNoon},
         vantrel::PeriodRequest{vantrel::PeriodAction::Calculate, value::KindMonth, name, kNoon},
         vantrel::PeriodRequest{vantrel::PeriodAction::Refresh, value::KindArchive, name, kNoon},
+        vantrel::PeriodRequest{vantrel::PeriodAction::Load, value::KindHour, name, kNoon, 17},
+        vantrel::TakeTerm{1710068400},
         vantrel::LastMessagesRequest{3},
     };
 }

@@ -14,6 +14,7 @@ std::vector<std::string> kalvex::fuzz::FuzzCorpus() {
     const std::vector<vantrel::ServerMessage> messages{
         vantrel::LoginResult{0, ""},
         vantrel::LoginResult{2, words},
+        vantrel::LoginResult{0, "", 1234567},
         vantrel::VariableDefinitions{{{"A", {{"un", "m3/h"}, {"de", words}}}, {"B", {}}}, true},
         vantrel::VariableDefinitions{{}, false},
         vantrel::ValueUpdates{{{1, value::CVal(1)},
@@ -28,11 +29,16 @@ std::vector<std::string> kalvex::fuzz::FuzzCorpus() {
         vantrel::ReadAnswer{9, 0, values, false},
         vantrel::ModifyResults{{{1, 0}, {2, 5}}},
         vantrel::ReportChange{value::KindDay, 1710025200},
+        vantrel::ReportChange{value::KindHour, 1710025200, 1234567},
+        vantrel::TermResult{1, 1710068400},
         vantrel::LogMessage{2, 1710025200, words},
     };
-    std::vector<std::string> corpus{"", vantrel::Pack(vantrel::Heartbeat{}),
+    std::vector<std::string> corpus{"",
+                                    vantrel::Pack(vantrel::Heartbeat{}),
                                     vantrel::Pack(vantrel::Farewell{4107}),
-                                    vantrel::Pack(vantrel::Greeting{1})};
+                                    vantrel::Pack(vantrel::Greeting{1}),
+                                    vantrel::Pack(vantrel::Greeting{1, "Gaz", "db1", 1710068400}),
+                                    vantrel::Pack(vantrel::Farewell{4109, {"db2:4300"}})};
     for (const vantrel::ServerMessage& message : messages) {
         for (std::string& parcel : vantrel::Pack(message).parcels)
             corpus.push_back(std::move(parcel));

@@ -122,6 +122,8 @@ class Client final : public vantrel::ServerLink {
                 m_requests.insert(request.id);
         } else if (const auto* archive = std::get_if<vantrel::ArchiveModifyRequest>(&message)) {
             m_requests.insert(archive->id);
+        } else if (const auto* order = std::get_if<vantrel::PeriodRequest>(&message)) {
+            m_requests.insert(order->id);
         }
     }
 

@@ -143,7 +143,9 @@ class Stranger(unittest.TestCase):
         channel = channel or self.plant.channel()
         self.addCleanup(channel.close)
         conversation = stranger.Conversation(MESSAGES, channel)
-        self.assertEqual(conversation.take("greeting").protocol_version, 1)
+        greeting = conversation.take("greeting")
+        self.assertEqual((greeting.protocol_version, greeting.source, greeting.node, greeting.term),
+                         (1, "Stacja", "", 0))
         return conversation
 
     def client(self, user="", password="", name="Obcy", channel=None):
@@ -361,6 +363,66 @@ class StrangerAtTheEnd(unittest.TestCase):
         self.assertEqual(client.end(), grpc.StatusCode.UNAVAILABLE)
         client = self.converse(plant.start())
         self.assertEqual(client.read(HOUR, "Z1.PRZEPŁYW", MIDNIGHT, MIDNIGHT), (0, [[(171, 32, MIDNIGHT, 7.25)]]))
+
+    def test_client_that_comes_back_finds_its_writes_done_once_and_what_it_missed(self):
+        def come_back(**login):
+            channel = plant.channel()
+            self.addCleanup(channel.close)
+            client = stranger.Conversation(MESSAGES, channel)
+            client.say(login={"protocol_version": 1, "client_name": "Obcy", "token": "a1b2c3", **login})
+            result = client.take("login_result")
+            self.assertEqual((result.code, result.text), (0, ""))
+            return client, result.sequence
+
+        def write(client, serial, hour, number):
+            client.say(modify_requests={"requests": [
+                {"id": serial, "kind": HOUR, "variable": "Z1.PRZEPŁYW", "time": MIDNIGHT + hour * 3600,
+                 "value": {"type": 171, "real": number}, "serial": serial}]})
+            results = client.take("modify_results")
+            self.assertEqual((list(results.ids), list(results.results)), ([serial], [0]))
+
+        plant = Plant(type(self)).start()
+        client, seen = come_back()
+        self.assertEqual(seen, 0)
+        write(client, 1, 0, 7.25)
+        write(client, 2, 1, 8.5)
+        plant.process.kill()
+        plant.process.wait(stranger.PATIENCE)
+        plant.start()
+        client, last = come_back(changes_since=seen)
+        self.assertEqual(last, 2)
+        changes = [client.take("report_change") for _ in range(2)]
+        self.assertEqual([(change.sequence, change.kind, change.time) for change in changes],
+                         [(1, HOUR, MIDNIGHT), (2, HOUR, MIDNIGHT + 3600)])
+        write(client, 1, 0, 1)
+        write(client, 2, 1, 1)
+        write(client, 3, 2, 9.75)
+        change = client.take("report_change")
+        self.assertEqual((change.sequence, change.kind, change.time), (3, HOUR, MIDNIGHT + 7200))
+        self.assertEqual(client.read(HOUR, "Z1.PRZEPŁYW", MIDNIGHT, MIDNIGHT + 7200),
+                         (0, [[(171, 32, MIDNIGHT, 7.25), (171, 32, MIDNIGHT + 3600, 8.5),
+                               (171, 32, MIDNIGHT + 7200, 9.75)]]))
+
+    def test_orders_that_are_not_carried_out_are_told(self):
+        plant = Plant(type(self)).start()
+        client = self.converse(plant)
+        values = {"count": 3, "types": [171], "times": range(MIDNIGHT, MIDNIGHT + 3), "reals": [1, 5001, 3]}
+        client.say(archive_modify_request={"id": 9, "variable": "Z1.PRZEPŁYW", "from": MIDNIGHT, "to": MIDNIGHT + 2,
+                                           "values": values})
+        results = client.take("modify_results")
+        self.assertEqual((list(results.ids), list(results.results)), ([9], [3]))
+        self.assertEqual(client.read(ARCHIVE, "Z1.PRZEPŁYW", MIDNIGHT, MIDNIGHT + 2), (0, [[]]))
+        plant.await_log("Klient Obcy, użytkownik NOBODY: odmowa: zapis ARCH, zmienna Z1.PRZEPŁYW "
+                        "(niepoprawna wartość nr 2, nie przyjęto żadnej z wartości: 3)")
+        client.say(period_request={"action": "PERIOD_ACTION_LOAD", "kind": HOUR, "variable": "OPIS", "time": MIDNIGHT,
+                                   "id": 10})
+        results = client.take("modify_results")
+        self.assertEqual((list(results.ids), list(results.results)), ([10], [4]))
+        plant.await_log("Klient Obcy, użytkownik NOBODY: odmowa: pobranie HREP, zmienna OPIS "
+                        "(zmienna nie ma takiego raportu)")
+        client.say(take_term={"term": 1710025200})
+        result = client.take("term_result")
+        self.assertEqual((result.code, result.term), (0, 0))
 
     def test_server_that_ends_says_farewell(self):
         plant = Plant(type(self)).start()

@@ -158,6 +158,52 @@ TEST_F(ClientTest, BreakIsSurvivedByBothSides) {
     EXPECT_EQ(x.Value().GetStatus(), 0);
 }
 
+// The server has done it, and the answer goes astray.
+TEST_F(ClientTest, WriteWhoseAnswerIsLostIsDoneOnce) {
+    Connect();
+    m_client.RegisterVariable("X");
+    m_client.Subscribe();
+    Carry();
+    m_client.AddCurrentDataModifyRequest("X", value::CVal(6));
+    m_client.MakeCurrentDataModifyRequest();
+    m_network.Deliver();
+    m_network.Break("srv", vantrel::ReasonLost);
+    Carry();
+    EXPECT_EQ(m_client.WritesWaiting(), 1u);
+    TestClient& other = LogIn();
+    EXPECT_EQ(Modify(other, value::KindCurrent, "X", 0, value::CVal(7)), vantrel::ResultOk);
+    m_client.events.clear();
+    m_client.CheckConnection();
+    Carry();
+    EXPECT_THAT(m_client.events, ElementsAre("let in", "definitions", "data", "X set to 6"));
+    EXPECT_EQ(m_client.WritesWaiting(), 0u);
+    Subscribe(other, {});
+    other.Say(vantrel::SubscribeRequest{{{9, "X"}}, {}, 0, true});
+    EXPECT_THAT(Updates(other), ElementsAre("9: 171 0 " + std::to_string(m_start) + " 7.00"));
+}
+
+TEST_F(ClientTest, HearsAfterABreakOfEachPeriodThatHasChanged) {
+    Connect();
+    m_client.RegisterVariable("X");
+    m_client.Subscribe();
+    Carry();
+    m_network.Break("srv", vantrel::ReasonLost);
+    Carry();
+    TestClient& other = LogIn();
+    std::vector<std::string> expected{"let in"};
+    for (int hour = 0; hour < 4; ++hour) {
+        Modify(other, value::KindHour, "X", m_start + hour * 3600, value::CVal(hour));
+        m_clock.Advance(1000);
+        m_server->Tick();
+        expected.push_back("change 2 " + std::to_string(m_start + hour * 3600));
+    }
+    expected.insert(expected.end(), {"definitions", "data"});
+    m_client.events.clear();
+    m_client.CheckConnection();
+    Carry();
+    EXPECT_EQ(m_client.events, expected);
+}
+
 TEST_F(ClientTest, ListsTheVariables) {
     Connect();
     vantrel::CObjInfoList list;

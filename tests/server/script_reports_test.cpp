@@ -178,7 +178,11 @@ TEST_F(ScriptReportsTest, RefusedWritesAreLoggedInTheTermsOfTheScript) {
                                       "main.kx - Błąd modyfikacji raportu miesięcznego (srv@R)",
                                       "main.kx - Błąd modyfikacji raportu okresowego (srv@R)",
                                       "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
-                                      "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)"));
+                                      "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
+                                      "main.kx - Błąd modyfikacji danych archiwalnych - brak "
+                                      "dostępu, nie przyjęto żadnej wartości (srv@R)",
+                                      "main.kx - Błąd polecenia: pobranie HREP - brak dostępu "
+                                      "(srv@R)"));
 }
 
 TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {

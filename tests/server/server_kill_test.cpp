@@ -76,6 +76,35 @@ constexpr value::ValueKind KindOf(std::int64_t number) {
     }
 }
 
+vantrel::LoginRequest LoginWith(std::string token) {
+    vantrel::LoginRequest login;
+    login.token = std::move(token);
+    return login;
+}
+
+vantrel::ModifyRequests SetX(vantrel::RequestId number) {
+    return {{{number, value::KindCurrent, "X", 0, value::CVal(static_cast<int>(number)), number}}};
+}
+
+// Write number n: X is n, with the serial n.
+[[noreturn]] void SetUntilKilled(const std::string& configuration, const std::string& token,
+                                 int tell) {
+    platform::VirtualClock clock(1700000000);
+    support::LogRecorder log;
+    const platform::Translator translator;
+    support::WaitingLoop loop;
+    Server server(clock, log, translator, loop, platform::PasswordCost::Least);
+    std::vector<std::string> errors;
+    if (!server.Start(configuration, errors)) ::_exit(1);
+    TellingLink link(tell);
+    const std::unique_ptr<vantrel::ServerSession> session = server.Accept(link);
+    session->OnMessage(LoginWith(token));
+    for (vantrel::RequestId id = 1;; ++id) {
+        session->OnMessage(SetX(id));
+        if (id % 4 == 0) loop.WaitAndRun();
+    }
+}
+
 class ServerKillTest : public ServerTest {
   protected:
     // The current value; 0 when there is none.
@@ -164,6 +193,44 @@ TEST_F(ServerKillTest, EveryConfirmedWriteIsFound) {
             }
         }
         ASSERT_EQ(archive.size() % kArchiveValues, 0u);
+        End();
+    }
+}
+
+// A client that comes back after the kill repeats what it has no answer to, and more than that.
+TEST_F(ServerKillTest, RepeatedWritesAreDoneOnce) {
+    for (int round = 0; round < kRounds; ++round) {
+        Configure(kPlant);
+        const std::size_t enough = 1 + static_cast<std::size_t>(round) * 17 % 61;
+        const std::string configuration = m_folder.Path("plant.toml");
+        const std::string token = "t" + std::to_string(round);
+        const std::vector<std::int64_t> confirmed =
+            RunAndKill([&](int tell) { SetUntilKilled(configuration, token, tell); }, enough);
+        ASSERT_GE(confirmed.size(), enough);
+        const std::int64_t last = confirmed.back();
+
+        Start(kPlant);
+        TestClient& client = Connect();
+        client.Say(LoginWith(token));
+        Subscribe(client, {"X"});
+        const auto end = static_cast<vantrel::RequestId>(last + 100);
+        for (vantrel::RequestId id = static_cast<vantrel::RequestId>(last > 900 ? last - 900 : 1);
+             id <= end; ++id) {
+            client.Say(SetX(id));
+            Settle();
+        }
+        for (const vantrel::ValueUpdates& updates : client.Take<vantrel::ValueUpdates>()) {
+            ASSERT_EQ(updates.entries.size(), 1u);
+            ASSERT_GT(value::ValueToDouble(updates.entries[0].value), static_cast<double>(last));
+        }
+        std::int64_t answered = 0;
+        for (const vantrel::ModifyResults& results : client.Take<vantrel::ModifyResults>()) {
+            for (const auto& entry : results.entries) {
+                ASSERT_EQ(entry.result, vantrel::ResultOk);
+                answered = entry.id;
+            }
+        }
+        ASSERT_EQ(answered, end);
         End();
     }
 }

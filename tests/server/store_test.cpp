@@ -221,7 +221,7 @@ TEST_F(StoreTest, NewerFileIsRefused) {
     {
         platform::SqliteDatabase database;
         ASSERT_TRUE(database.Open(m_folder.Path("newer.sqlite")));
-        ASSERT_TRUE(database.Execute("PRAGMA user_version = 2"));
+        ASSERT_TRUE(database.Execute("PRAGMA user_version = 3"));
     }
     Store other(m_loop);
     platform::Notice error;
@@ -231,6 +231,98 @@ TEST_F(StoreTest, NewerFileIsRefused) {
     EXPECT_FALSE(other.Open(m_folder.Path("brak/x.sqlite"), error));
     EXPECT_EQ(platform::InWords(error, platform::Translator()),
               m_folder.Path("brak/x.sqlite") + ": unable to open database file");
+}
+
+TEST_F(StoreTest, FileOfTheFirstVersionIsTaken) {
+    {
+        platform::SqliteDatabase database;
+        ASSERT_TRUE(database.Open(m_folder.Path("first.sqlite")));
+        ASSERT_TRUE(database.Execute(
+            "CREATE TABLE variables (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);"
+            "CREATE TABLE last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
+            "type INTEGER NOT NULL, status INTEGER NOT NULL, value);"
+            "INSERT INTO variables VALUES (7, 'X');"
+            "INSERT INTO last_values VALUES (7, 100, 150, 4, 5);"
+            "PRAGMA user_version = 1"));
+    }
+    Store other(m_loop);
+    platform::Notice error;
+    ASSERT_TRUE(other.Open(m_folder.Path("first.sqlite"), error));
+    EXPECT_EQ(other.Register("X"), 7);
+    EXPECT_EQ(DumpRow(other.LastValue(7).value_or(value::CVal())), "150 4 100 5");
+    EXPECT_THAT(other.ChangesAtOpening(), IsEmpty());
+    EXPECT_THAT(other.AnswersAtOpening(), IsEmpty());
+}
+
+// ---- changes of reports by number, answers to writes
+
+std::vector<std::string> Dump(const std::vector<NumberedChange>& changes) {
+    std::vector<std::string> lines;
+    for (const NumberedChange& change : changes) {
+        lines.push_back(std::to_string(change.sequence) + ": " + std::to_string(change.kind) + " " +
+                        std::to_string(change.time));
+    }
+    return lines;
+}
+
+TEST_F(StoreTest, ChangesOfReportsAreNumberedForTheLifeOfTheFile) {
+    const VariableId x = m_store->Register("X");
+    const StoreOutcome two = Submit({PutValue{x, value::KindDay, 7, value::CVal(1)},
+                                     PutValue{x, value::KindHour, 3600, value::CVal(1)}});
+    EXPECT_THAT(two.changed, ElementsAre(Pair(value::KindHour, 3600), Pair(value::KindDay, 7)));
+    EXPECT_EQ(two.firstChange, 1u);
+    EXPECT_EQ(Submit({PutValue{x, value::KindSpan, 5, value::CVal(1)}}).firstChange, 3u);
+    EXPECT_EQ(Submit({PutValue{x, value::KindHour, 3600, value::CVal(2)}}).firstChange, 4u);
+    Submit({PutValue{x, value::KindHour, 3600, value::CVal(2)}});
+    m_store.reset();
+    Open();
+    EXPECT_THAT(Dump(m_store->ChangesAtOpening()), ElementsAre("2: 3 7", "3: 5 5", "4: 2 3600"));
+    EXPECT_EQ(
+        Submit({PutValue{m_store->Register("X"), value::KindSpan, 6, value::CVal(1)}}).firstChange,
+        5u);
+}
+
+TEST_F(StoreTest, ChangesThatWereTakenBackAreNotKept) {
+    platform::SqliteDatabase other;
+    ASSERT_TRUE(other.Open(m_folder.Path("store.sqlite")));
+    const VariableId x = m_store->Register("X");
+    Submit({PutValue{x, value::KindHour, 0, value::CVal(1)}});
+    ASSERT_TRUE(other.Execute("ALTER TABLE progress RENAME TO elsewhere"));
+    EXPECT_FALSE(
+        Submit({PutValue{x, value::KindHour, 3600, value::CVal(1)}, SaveProgress{"hour", 1}})
+            .committed);
+    ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO progress"));
+    m_store.reset();
+    Open();
+    EXPECT_THAT(Dump(m_store->ChangesAtOpening()), ElementsAre("1: 2 0"));
+}
+
+TEST_F(StoreTest, TheLastHundredThousandChangesAreKept) {
+    const VariableId x = m_store->Register("X");
+    std::vector<StoreOperation> operations;
+    for (std::int64_t time = 1; time <= 101000; ++time) {
+        operations.emplace_back(PutValue{x, value::KindSpan, time, value::CVal(1)});
+    }
+    EXPECT_TRUE(Submit(std::move(operations)).committed);
+    m_store.reset();
+    Open();
+    ASSERT_EQ(m_store->ChangesAtOpening().size(), 100000u);
+    EXPECT_EQ(m_store->ChangesAtOpening().front().sequence, 1001u);
+    EXPECT_EQ(m_store->ChangesAtOpening().back().sequence, 101000u);
+}
+
+TEST_F(StoreTest, AnswersAreKeptAndDropped) {
+    Submit({SaveAnswer{"b", 1, 3, 0}, SaveAnswer{"a", UINT64_MAX, 1, 5},
+            SaveAnswer{"a", 2, 2, 65535}, SaveAnswer{"c", 1, 4, 0}, SaveAnswer{"c", 2, 5, 0},
+            DropAnswers{"a", 2}, DropAnswers{"c", 0}});
+    m_store.reset();
+    Open();
+    std::vector<std::string> lines;
+    for (const SaveAnswer& answer : m_store->AnswersAtOpening()) {
+        lines.push_back(answer.token + " " + std::to_string(answer.serial) + " " +
+                        std::to_string(answer.number) + " " + std::to_string(answer.result));
+    }
+    EXPECT_THAT(lines, ElementsAre("a 18446744073709551615 1 5", "b 1 3 0"));
 }
 
 TEST_F(StoreTest, GapIsMarkedOnceBehindAKnownValue) {

@@ -223,7 +223,20 @@ TEST_F(ValueSetsTest, RefusedWritesAreLoggedOneByOne) {
     Plant("'variables': {'V': {'writeError': 9, 'current': [{'value': 1}]}}");
     Run("REMOTE a srv@V\nLIST L\nADD L 7\nADD L 8\nLOCAL x = a\nMPUT a DREP L\nMPUT a ARCH L", 5);
     EXPECT_THAT(NewLog(), ElementsAre("main.kx - Błąd modyfikacji raportu dobowego (srv@V)",
-                                      "main.kx - Błąd modyfikacji raportu dobowego (srv@V)"));
+                                      "main.kx - Błąd modyfikacji raportu dobowego (srv@V)",
+                                      "main.kx - Błąd modyfikacji danych archiwalnych - kod 9, nie "
+                                      "przyjęto żadnej wartości (srv@V)"));
+}
+
+TEST_F(ValueSetsTest, WritesThatABreakLeavesWithoutAnAnswerAreTold) {
+    Plant(
+        "'latencyTicks': 10, 'outages': [{'fromTick': 16, 'toTick': 40}], "
+        "'variables': {'V': {'current': [{'value': 1}]}}");
+    Run("REMOTE a srv@V\nLIST L\nADD L 7\nLOCAL x = a\nMPUT a ARCH L", 60);
+    EXPECT_THAT(NewLog(), ElementsAre("Połączenie z srv zerwane (utrata połączenia)",
+                                      "Zapisy i polecenia bez odpowiedzi źródła srv: 1, zostaną "
+                                      "wysłane ponownie"));
+    EXPECT_EQ(Connection().WritesWaiting(), 0u);
 }
 
 }  // namespace

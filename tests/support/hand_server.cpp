@@ -14,6 +14,12 @@ class HandSession final : public vantrel::ServerSession {
         m_server.heard.push_back(Describe(message));
         const auto* subscription = std::get_if<vantrel::SubscribeRequest>(&message);
         if (subscription != nullptr) m_server.wishes = subscription->flags;
+        if (const auto* writes = std::get_if<vantrel::ModifyRequests>(&message)) {
+            for (const vantrel::ModifyRequest& write : writes->requests)
+                m_server.serials.push_back(write.serial);
+        }
+        if (const auto* archive = std::get_if<vantrel::ArchiveModifyRequest>(&message))
+            m_server.serials.push_back(archive->serial);
         const auto* login = std::get_if<vantrel::LoginRequest>(&message);
         if (login == nullptr) return;
         m_server.logins.push_back(*login);
@@ -80,6 +86,9 @@ struct Describer {
     }
     std::string operator()(const vantrel::LastMessagesRequest& message) const {
         return "last " + Text(message.count);
+    }
+    std::string operator()(const vantrel::TakeTerm& message) const {
+        return "take term " + std::to_string(message.term);
     }
 };
 
@@ -164,6 +173,16 @@ void HeardConnection::OnReportModifyError(value::ValueKind kind,
                                           const vantrel::RequestRecord& record) {
     events.push_back("report not written " + Text(kind) + record.variable + " " +
                      Text(record.result));
+}
+
+void HeardConnection::OnArchiveModifyError(const vantrel::RequestRecord& record) {
+    events.push_back("archive not written " + record.variable + " " + Text(record.result));
+}
+
+void HeardConnection::OnPeriodError(vantrel::PeriodAction action, value::ValueKind kind,
+                                    const vantrel::RequestRecord& record) {
+    events.push_back("order not done " + Text(static_cast<int>(action)) + ":" + Text(kind) +
+                     record.variable + " " + Text(record.result));
 }
 
 void HeardConnection::OnReportChange(value::ValueKind kind, std::int64_t time) {

@@ -31,6 +31,7 @@ class HandServer final : public vantrel::SessionAcceptor {
     int clients = 0;                      // that have come so far
     std::vector<std::string> heard;
     std::vector<vantrel::LoginRequest> logins;  // of all clients
+    std::vector<std::uint64_t> serials;         // of all writes
     std::uint32_t wishes = 0;                   // the flags of the last subscription
     bool accepts = true;
     bool answersLogin = true;
@@ -65,6 +66,9 @@ class HeardConnection final : public vantrel::CClientConnection {
     void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
     void OnCurrentDataModifyError(const vantrel::RequestRecord& record) override;
     void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
+    void OnArchiveModifyError(const vantrel::RequestRecord& record) override;
+    void OnPeriodError(vantrel::PeriodAction action, value::ValueKind kind,
+                       const vantrel::RequestRecord& record) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
     void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;
 };

@@ -63,6 +63,9 @@ struct Describer {
     std::string operator()(const vantrel::LogMessage& message) const {
         return "log " + Text(message.level) + " " + Text(message.time) + " " + message.text;
     }
+    std::string operator()(const vantrel::TermResult& message) const {
+        return "term result " + Text(message.code) + " " + std::to_string(message.term);
+    }
 };
 
 }  // namespace

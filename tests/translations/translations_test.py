@@ -46,6 +46,9 @@ TABLES = {
     "src/server/Recorder.cpp": None,
     "src/server/Server.cpp": None,
     "src/server/Session.cpp": None,
+    # and those of src/server/Refusal.h
+    "src/server/SessionOrders.cpp": None,
+    "src/vantrel/OrderWords.cpp": None,
 }
 
 # Files with Polish texts that are no messages, or messages that stay Polish.
@@ -88,8 +91,9 @@ def translated():
     rows = re.findall(r'X\(\d+, \w+, "([^"]*)",\s*true\)', read("src/operands/ScriptErrors.h"))
     reasons = re.findall(r'X\(\d+, \w+, "([^"]*)"\)', read("src/vantrel/Codes.h"))
     faults = re.findall(r'X\(\w+, "([^"]+)"\)', read("src/vantrel/network/Parcel.h"))
-    assert rows and reasons and faults
-    texts = {*rows, *reasons, *faults}
+    refusals = re.findall(r'X\(\w+, vantrel::\w+, "([^"]+)"\)', read("src/server/Refusal.h"))
+    assert rows and reasons and faults and refusals
+    texts = {*rows, *reasons, *faults, *refusals}
     for path in (ROOT / "src").rglob("*.cpp"):
         marked = r'\b(?:Translate|Translatable)\(\s*"((?:[^"\\]|\\.)*)"'
         texts.update(re.findall(marked, read(path.relative_to(ROOT))))

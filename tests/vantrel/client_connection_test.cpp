@@ -376,5 +376,28 @@ TEST_F(ClientConnectionTest, NothingIsTakenBeforeTheLogin) {
     EXPECT_EQ(connection.GetState(), StateConnected);
 }
 
+// The first login asks for nothing; each later one for what has come since.
+TEST_F(ClientConnectionTest, ComesBackWithTheLastReportChangeThatItKnows) {
+    const auto comeBack = [this] {
+        network.Break("srv", ReasonLost);
+        network.Deliver();
+        connection.CheckConnection();
+        network.Deliver();
+        return server.logins.back().changesSince;
+    };
+    server.loginResult.sequence = 40;
+    Connect();
+    EXPECT_EQ(server.logins.back().changesSince, std::nullopt);
+    server.loginResult.sequence = 45;
+    EXPECT_EQ(comeBack(), 40u);
+    EXPECT_EQ(comeBack(), 40u);
+    server.Send(ReportChange{value::KindDay, 1710025200, 43});
+    server.Send(ReportChange{value::KindDay, 1710025201});
+    network.Deliver();
+    server.loginResult.sequence = 7;  // another store
+    EXPECT_EQ(comeBack(), 43u);
+    EXPECT_EQ(comeBack(), 7u);
+}
+
 }  // namespace
 }  // namespace kalvex::vantrel

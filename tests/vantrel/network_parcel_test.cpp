@@ -84,6 +84,39 @@ TEST(NetworkParcelClientTest, LoginGoesAcross) {
     EXPECT_EQ(back.clientName, kText);
     EXPECT_EQ(back.user, "jan");
     EXPECT_EQ(back.password, "ta jne");
+    EXPECT_EQ(back.token, "");
+    EXPECT_EQ(back.pair, "");
+    EXPECT_EQ(back.term, 0u);
+    EXPECT_EQ(back.changesSince, std::nullopt);
+}
+
+TEST(NetworkParcelClientTest, LoginTellsOfThePastOfItsClient) {
+    LoginRequest login{1, 23, "Kalvex", "jan", "", "0123abcd", kText, UINT64_MAX, UINT64_MAX - 1};
+    const LoginRequest back = Carry(login);
+    EXPECT_EQ(back.token, "0123abcd");
+    EXPECT_EQ(back.pair, kText);
+    EXPECT_EQ(back.term, UINT64_MAX);
+    EXPECT_EQ(back.changesSince, UINT64_MAX - 1);
+    login.changesSince = 0;
+    EXPECT_EQ(Carry(login).changesSince, 0u);
+}
+
+TEST(NetworkParcelClientTest, TermGoesAcross) {
+    EXPECT_EQ(Carry(TakeTerm{UINT64_MAX}).term, UINT64_MAX);
+    const TermResult back = Carry(TermResult{1, UINT64_MAX});
+    EXPECT_EQ(back.code, 1);
+    EXPECT_EQ(back.term, UINT64_MAX);
+}
+
+TEST(NetworkParcelClientTest, SerialsAndTheNumberOfAnOrderGoAcross) {
+    EXPECT_EQ(Carry(ModifyRequests{{{3, value::KindHour, "A", 9, value::CVal(1), UINT64_MAX}}})
+                  .requests.at(0)
+                  .serial,
+              UINT64_MAX);
+    EXPECT_EQ(Carry(ArchiveModifyRequest{3, "A", 9, 9, {value::CVal(1)}, UINT64_MAX}).serial,
+              UINT64_MAX);
+    EXPECT_EQ(Carry(PeriodRequest{PeriodAction::Load, value::KindHour, "A", 9, UINT32_MAX}).id,
+              UINT32_MAX);
 }
 
 TEST(NetworkParcelClientTest, SubscriptionGoesAcross) {
@@ -155,11 +188,17 @@ TEST(NetworkParcelServerTest, MessagesGoAcross) {
         ModifyResults{{{1, 0}, {2, 65535}}},
         ReportChange{value::KindSpan, -7},
         LogMessage{-3, 1LL << 40, kText},
+        TermResult{1, UINT64_MAX},
     };
     for (const ServerMessage& message : messages) {
         EXPECT_EQ(support::Describe((Carry<ServerMessage, ServerParcel>(message))),
                   support::Describe(message));
     }
+}
+
+TEST(NetworkParcelServerTest, SequencesOfReportChangesGoAcross) {
+    EXPECT_EQ(Carry(LoginResult{0, "", UINT64_MAX}).sequence, UINT64_MAX);
+    EXPECT_EQ(Carry(ReportChange{value::KindSpan, -7, UINT64_MAX}).sequence, UINT64_MAX);
 }
 
 TEST(NetworkParcelServerTest, UpdatesGoAcrossWithEveryTypeOfValue) {
@@ -184,6 +223,27 @@ TEST(NetworkParcelTest, BytesAreThoseOfTheContract) {
     EXPECT_EQ(Pack(Heartbeat{}), "\x0a\x00"s);
     EXPECT_EQ(Pack(Farewell{4106}), "\x12\x03\x08\x8a\x20"s);
     EXPECT_EQ(Pack(Greeting{1}), "\x1a\x02\x08\x01"s);
+    EXPECT_EQ(Pack(Greeting{1, "G", "b", 7}), "\x1a\x0a\x08\x01\x12\x01G\x1a\x01\x62\x20\x07"s);
+    EXPECT_EQ(Pack(Farewell{4106, {"a", "b"}}), "\x12\x09\x08\x8a\x20\x12\x01\x61\x12\x01\x62"s);
+    EXPECT_THAT(Pack(ClientMessage(TakeTerm{5})).parcels, ElementsAre("\x5a\x02\x08\x05"s));
+    EXPECT_THAT(Pack(ServerMessage(TermResult{1, 5})).parcels,
+                ElementsAre("\x62\x04\x08\x01\x10\x05"s));
+    EXPECT_THAT(Pack(ClientMessage(LoginRequest{1, 23, "", "", "", "t", "p", 5, 0})).parcels,
+                ElementsAre("\x1a\x0e\x08\x01\x10\x17\x32\x01t\x3a\x01p\x40\x05\x48\x00"s));
+    EXPECT_THAT(Pack(ServerMessage(LoginResult{0, "", 5})).parcels,
+                ElementsAre("\x22\x02\x18\x05"s));
+    EXPECT_THAT(Pack(ServerMessage(ReportChange{value::KindHour, 9, 5})).parcels,
+                ElementsAre("\x52\x06\x08\x02\x10\x09\x18\x05"s));
+    EXPECT_THAT(
+        Pack(ClientMessage(PeriodRequest{PeriodAction::Init, value::KindHour, "A", 9, 5})).parcels,
+        ElementsAre("\x4a\x0b\x08\x01\x10\x02\x1a\x01\x41\x20\x09\x28\x05"s));
+    EXPECT_THAT(Pack(ClientMessage(ArchiveModifyRequest{1, "A", 2, 3, {}, 5})).parcels,
+                ElementsAre("\x42\x0d\x08\x01\x12\x01\x41\x18\x02\x20\x03\x2a\x00\x30\x05"s));
+    EXPECT_THAT(
+        Pack(ClientMessage(ModifyRequests{{{1, value::KindHour, "A", 9, value::CVal(), 5}}}))
+            .parcels,
+        ElementsAre("\x3a\x10\x0a\x0e\x08\x01\x10\x02\x1a\x01\x41\x20\x09\x2a\x03\x08\xff\x01"
+                    "\x30\x05"s));
     // Two ints 5 and -1 of status 0 and time 3: one type, one status, one time stand for both.
     const ValueUpdates updates{
         {{1, support::Stamped(value::CVal(5), 3)}, {2, support::Stamped(value::CVal(-1), 3)}},
@@ -204,6 +264,13 @@ TEST(NetworkParcelTest, WordsOfTheTransportGoAcross) {
     ServerParcel fromServer;
     ASSERT_EQ(Unpack(Pack(Farewell{4107}), fromServer), WireFault::None);
     EXPECT_EQ(std::get<Farewell>(fromServer).reason, 4107u);
+    EXPECT_THAT(std::get<Farewell>(fromServer).addresses, IsEmpty());
+    ASSERT_EQ(Unpack(Pack(Farewell{4107, {"db2:4300", "db1:4300"}}), fromServer), WireFault::None);
+    EXPECT_THAT(std::get<Farewell>(fromServer).addresses, ElementsAre("db2:4300", "db1:4300"));
+    ASSERT_EQ(Unpack(Pack(Greeting{1, kText, "db1", UINT64_MAX}), fromServer), WireFault::None);
+    EXPECT_EQ(std::get<Greeting>(fromServer).source, kText);
+    EXPECT_EQ(std::get<Greeting>(fromServer).node, "db1");
+    EXPECT_EQ(std::get<Greeting>(fromServer).term, UINT64_MAX);
     ASSERT_EQ(Unpack(Pack(Greeting{3}), fromServer), WireFault::None);
     EXPECT_EQ(std::get<Greeting>(fromServer).protocolVersion, 3);
 }
@@ -340,6 +407,12 @@ TEST(NetworkParcelTest, RequestBeyondTheBoundsIsAnsweredAtOnce) {
                 ElementsAre("login result 4 " + text::FromUtf8("nazwa jest za długa")));
     EXPECT_THAT(RefusalsOf(PeriodRequest{PeriodAction::Init, value::KindHour, name, 0}, 0),
                 IsEmpty());
+    EXPECT_THAT(RefusalsOf(PeriodRequest{PeriodAction::Init, value::KindHour, name, 0, 6}, 0),
+                ElementsAre("modify results 6:4"));
+    EXPECT_THAT(RefusalsOf(LoginRequest{1, 23, "", "", "", name}, 0),
+                ElementsAre("login result 4 " + text::FromUtf8("nazwa jest za długa")));
+    EXPECT_THAT(RefusalsOf(LoginRequest{1, 23, "", "", "", "", name}, 0),
+                ElementsAre("login result 4 " + text::FromUtf8("nazwa jest za długa")));
 }
 
 TEST(NetworkParcelTest, AnswerBeyondTheBoundsIsLeftOutAndCounted) {
@@ -397,12 +470,32 @@ TEST(NetworkParcelTest, NumbersOutsideTheirRangeAreRefused) {
     EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::NumberOutOfRange);
     server.mutable_report_change()->set_kind(static_cast<pb::Kind>(7));
     EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::NumberOutOfRange);
+    server.mutable_term_result()->set_code(256);
+    EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::NumberOutOfRange);
 }
 
 TEST(NetworkParcelTest, LongNamesTextsAndListsAreRefused) {
     pb::ClientParcel client;
-    client.mutable_login()->set_user(std::string(kMaxNameBytes + 1, 'x'));
+    const std::string longName(kMaxNameBytes + 1, 'x');
+    client.mutable_login()->set_user(longName);
     EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::NameTooLong);
+    client.mutable_login()->set_user("");
+    client.mutable_login()->set_token(longName);
+    EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::NameTooLong);
+    client.mutable_login()->set_token("");
+    client.mutable_login()->set_pair(longName);
+    EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::NameTooLong);
+    client.mutable_farewell()->add_addresses(longName);
+    EXPECT_EQ(FaultOf<ClientParcel>(client), WireFault::NameTooLong);
+    pb::ServerParcel server;
+    server.mutable_greeting()->set_source(longName);
+    EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::NameTooLong);
+    server.mutable_greeting()->set_source("");
+    server.mutable_greeting()->set_node(longName);
+    EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::NameTooLong);
+    for (std::size_t index = 0; index <= kMaxAddresses; ++index)
+        server.mutable_farewell()->add_addresses("a:1");
+    EXPECT_EQ(FaultOf<ServerParcel>(server), WireFault::ListTooLong);
     pb::ModifyRequest& write = *client.mutable_modify_requests()->add_requests();
     write.mutable_value()->set_type(190);
     write.mutable_value()->set_text(std::string(kMaxTextBytes + 1, 'x'));

@@ -16,6 +16,7 @@ constexpr const char* kTlsForKnown =
 
 vantrel::NetworkServerSettings MakeSettings(const server::Definitions& definitions) {
     vantrel::NetworkServerSettings settings;
+    settings.name = definitions.name;
     if (definitions.localSocket) settings.source = definitions.name;
     settings.group = definitions.socketGroup;
     settings.address = definitions.address;

@@ -22,9 +22,13 @@ class Packer {
         pb::Login& out = *parcel.mutable_login();
         out.set_protocol_version(message.protocolVersion);
         out.set_module_type(message.moduleType);
+        out.set_term(message.term);
+        if (message.changesSince) out.set_changes_since(*message.changesSince);
         if (PutText(message.clientName, kMaxNameBytes, *out.mutable_client_name()) &&
             PutText(message.user, kMaxNameBytes, *out.mutable_user()) &&
-            PutText(message.password, kMaxNameBytes, *out.mutable_password())) {
+            PutText(message.password, kMaxNameBytes, *out.mutable_password()) &&
+            PutText(message.token, kMaxNameBytes, *out.mutable_token()) &&
+            PutText(message.pair, kMaxNameBytes, *out.mutable_pair())) {
             return Put(parcel);
         }
         Refuse(
@@ -90,6 +94,7 @@ class Packer {
             entry.set_id(request.id);
             entry.set_kind(static_cast<pb::Kind>(request.kind));
             entry.set_time(request.time);
+            entry.set_serial(request.serial);
             const std::size_t bytes = entry.ByteSizeLong();
             *cutter.Next(bytes).add_requests() = std::move(entry);
         }
@@ -110,6 +115,7 @@ class Packer {
         out.set_id(message.id);
         out.set_from(message.from);
         out.set_to(message.to);
+        out.set_serial(message.serial);
         if (fits && parcel.ByteSizeLong() <= kMaxParcelBytes) return Put(parcel);
         Refuse(ModifyResults{{{message.id, ResultBadRequest}}});
     }
@@ -117,18 +123,27 @@ class Packer {
     void operator()(const PeriodRequest& message) {
         pb::ClientParcel parcel;
         pb::PeriodRequest& out = *parcel.mutable_period_request();
-        // An order has no answer, not even that it cannot be sent.
-        if (!PutText(message.variable, kMaxNameBytes, *out.mutable_variable())) return;
+        if (!PutText(message.variable, kMaxNameBytes, *out.mutable_variable())) {
+            if (message.id != 0) Refuse(ModifyResults{{{message.id, ResultBadRequest}}});
+            return;
+        }
         out.set_action(static_cast<pb::PeriodAction>(static_cast<int>(message.action) +
                                                      pb::PERIOD_ACTION_INIT));
         out.set_kind(static_cast<pb::Kind>(message.kind));
         out.set_time(message.time);
+        out.set_id(message.id);
         Put(parcel);
     }
 
     void operator()(const LastMessagesRequest& message) {
         pb::ClientParcel parcel;
         parcel.mutable_last_messages_request()->set_count(message.count);
+        Put(parcel);
+    }
+
+    void operator()(const TakeTerm& message) {
+        pb::ClientParcel parcel;
+        parcel.mutable_take_term()->set_term(message.term);
         Put(parcel);
     }
 
@@ -150,6 +165,10 @@ LoginRequest Read(const pb::Login& in, Reader& reader) {
     message.clientName = reader.Name(in.client_name());
     message.user = reader.Name(in.user());
     message.password = reader.Name(in.password());
+    message.token = reader.Name(in.token());
+    message.pair = reader.Name(in.pair());
+    message.term = in.term();
+    if (in.has_changes_since()) message.changesSince = in.changes_since();
     return message;
 }
 
@@ -193,13 +212,14 @@ ModifyRequests Read(const pb::ModifyRequests& in, Reader& reader) {
     for (const pb::ModifyRequest& request : in.requests()) {
         message.requests.push_back({request.id(), reader.Kind(request.kind()),
                                     reader.Name(request.variable()), request.time(),
-                                    reader.Value(request.value())});
+                                    reader.Value(request.value()), request.serial()});
     }
     return message;
 }
 
 ArchiveModifyRequest Read(const pb::ArchiveModifyRequest& in, Reader& reader) {
-    return {in.id(), reader.Name(in.variable()), in.from(), in.to(), reader.Values(in.values())};
+    return {in.id(), reader.Name(in.variable()), in.from(),
+            in.to(), reader.Values(in.values()), in.serial()};
 }
 
 PeriodRequest Read(const pb::PeriodRequest& in, Reader& reader) {
@@ -208,7 +228,7 @@ PeriodRequest Read(const pb::PeriodRequest& in, Reader& reader) {
         return {};
     }
     return {static_cast<PeriodAction>(in.action() - pb::PERIOD_ACTION_INIT), reader.Kind(in.kind()),
-            reader.Name(in.variable()), in.time()};
+            reader.Name(in.variable()), in.time(), in.id()};
 }
 
 ClientParcel Read(const pb::ClientParcel& in, Reader& reader) {
@@ -229,8 +249,10 @@ ClientParcel Read(const pb::ClientParcel& in, Reader& reader) {
             return Read(in.period_request(), reader);
         case pb::ClientParcel::kLastMessagesRequest:
             return LastMessagesRequest{in.last_messages_request().count()};
+        case pb::ClientParcel::kTakeTerm:
+            return TakeTerm{in.take_term().term()};
         case pb::ClientParcel::kFarewell:
-            return Farewell{in.farewell().reason()};
+            return ReadFarewell(in.farewell(), reader);
         case pb::ClientParcel::kHeartbeat:
         case pb::ClientParcel::CONTENT_NOT_SET:
             break;

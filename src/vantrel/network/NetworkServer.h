@@ -17,6 +17,7 @@
 namespace kalvex::vantrel {
 
 struct NetworkServerSettings {
+    std::string name;  // by which the server greets; an engine text
     // A local socket of this name in the folder; an engine text, empty: none. It is open to its
     // owner alone, or to the group as well when one is named.
     std::string source;

@@ -17,14 +17,19 @@ inline constexpr std::size_t kMaxParcelBytes = 4 << 20;
 inline constexpr std::size_t kMaxTextBytes = 1 << 20;
 inline constexpr std::size_t kMaxNameBytes = 1024;
 inline constexpr std::size_t kMaxListEntries = 131072;
+inline constexpr std::size_t kMaxAddresses = 8;  // of a farewell
 
 // The words of the transport itself. Reasons are those of vantrel/Codes.h.
 struct Heartbeat {};
 struct Farewell {
     std::uint32_t reason = 0;
+    std::vector<std::string> addresses = {};  // where the client may go instead
 };
 struct Greeting {
     std::uint16_t protocolVersion = kProtocolVersion;
+    std::string source = {};  // the server's name
+    std::string node = {};    // of servers that stand in for one another
+    std::uint64_t term = 0;
 };
 
 using ClientParcel = std::variant<ClientMessage, Heartbeat, Farewell>;
@@ -45,8 +50,8 @@ PackedAnswer Pack(const ServerMessage& message);
 
 // The same bytes from a client and from a server.
 std::string Pack(Heartbeat);
-std::string Pack(Farewell farewell);
-std::string Pack(Greeting greeting);  // a server's only
+std::string Pack(const Farewell& farewell);
+std::string Pack(const Greeting& greeting);  // a server's only
 
 // What is wrong with bytes that are no parcel. The words are translated where they are told.
 // X(name, Polish words in UTF-8)

@@ -100,7 +100,7 @@ Conversation::Conversation(const CallServices& services, Caller caller, bool too
         m_session = services.acceptor.Accept(*this);
     }
     if (m_session) {
-        Put(Pack(Greeting{}));
+        Put(Pack(Greeting{.source = services.settings.name}));
         Start();
     } else {
         End(ReasonServerEnded, Ending::Refusal);

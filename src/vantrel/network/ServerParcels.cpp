@@ -30,6 +30,7 @@ class Packer {
         pb::ServerParcel parcel;
         pb::LoginResult& out = *parcel.mutable_login_result();
         out.set_code(message.code);
+        out.set_sequence(message.sequence);
         if (!PutText(message.text, kMaxTextBytes, *out.mutable_text())) ++m_packed.leftOut;
         Put(parcel);
     }
@@ -101,8 +102,10 @@ class Packer {
 
     void operator()(const ReportChange& message) {
         pb::ServerParcel parcel;
-        parcel.mutable_report_change()->set_kind(static_cast<pb::Kind>(message.kind));
-        parcel.mutable_report_change()->set_time(message.time);
+        pb::ReportChange& out = *parcel.mutable_report_change();
+        out.set_kind(static_cast<pb::Kind>(message.kind));
+        out.set_time(message.time);
+        out.set_sequence(message.sequence);
         Put(parcel);
     }
 
@@ -113,6 +116,13 @@ class Packer {
         out.set_time(message.time);
         if (PutText(message.text, kMaxTextBytes, *out.mutable_text())) return Put(parcel);
         ++m_packed.leftOut;
+    }
+
+    void operator()(const TermResult& message) {
+        pb::ServerParcel parcel;
+        parcel.mutable_term_result()->set_code(message.code);
+        parcel.mutable_term_result()->set_term(message.term);
+        Put(parcel);
     }
 
   private:
@@ -126,7 +136,7 @@ class Packer {
 // ---- in
 
 LoginResult Read(const pb::LoginResult& in, Reader& reader) {
-    return {reader.Narrow<std::uint8_t>(in.code()), reader.Text(in.text())};
+    return {reader.Narrow<std::uint8_t>(in.code()), reader.Text(in.text()), in.sequence()};
 }
 
 VariableDefinitions Read(const pb::VariableDefinitions& in, Reader& reader) {
@@ -183,6 +193,11 @@ ModifyResults Read(const pb::ModifyResults& in, Reader& reader) {
     return message;
 }
 
+Greeting ReadGreeting(const pb::Greeting& in, Reader& reader) {
+    return {reader.Narrow<std::uint16_t>(in.protocol_version()), reader.Name(in.source()),
+            reader.Name(in.node()), in.term()};
+}
+
 ServerParcel Read(const pb::ServerParcel& in, Reader& reader) {
     switch (in.content_case()) {
         case pb::ServerParcel::kLoginResult:
@@ -198,14 +213,18 @@ ServerParcel Read(const pb::ServerParcel& in, Reader& reader) {
         case pb::ServerParcel::kModifyResults:
             return Read(in.modify_results(), reader);
         case pb::ServerParcel::kReportChange:
-            return ReportChange{reader.Kind(in.report_change().kind()), in.report_change().time()};
+            return ReportChange{reader.Kind(in.report_change().kind()), in.report_change().time(),
+                                in.report_change().sequence()};
         case pb::ServerParcel::kLogMessage:
             return LogMessage{in.log_message().level(), in.log_message().time(),
                               reader.Text(in.log_message().text())};
+        case pb::ServerParcel::kTermResult:
+            return TermResult{reader.Narrow<std::uint8_t>(in.term_result().code()),
+                              in.term_result().term()};
         case pb::ServerParcel::kFarewell:
-            return Farewell{in.farewell().reason()};
+            return ReadFarewell(in.farewell(), reader);
         case pb::ServerParcel::kGreeting:
-            return Greeting{reader.Narrow<std::uint16_t>(in.greeting().protocol_version())};
+            return ReadGreeting(in.greeting(), reader);
         case pb::ServerParcel::kHeartbeat:
         case pb::ServerParcel::CONTENT_NOT_SET:
             break;
@@ -227,15 +246,23 @@ std::string Pack(Heartbeat) {
     return parcel.SerializeAsString();
 }
 
-std::string Pack(Farewell farewell) {
+std::string Pack(const Farewell& farewell) {
     pb::ServerParcel parcel;
-    parcel.mutable_farewell()->set_reason(farewell.reason);
+    pb::Farewell& out = *parcel.mutable_farewell();
+    out.set_reason(farewell.reason);
+    for (const std::string& address : farewell.addresses) {
+        PutText(address, kMaxNameBytes, *out.add_addresses());
+    }
     return parcel.SerializeAsString();
 }
 
-std::string Pack(Greeting greeting) {
+std::string Pack(const Greeting& greeting) {
     pb::ServerParcel parcel;
-    parcel.mutable_greeting()->set_protocol_version(greeting.protocolVersion);
+    pb::Greeting& out = *parcel.mutable_greeting();
+    out.set_protocol_version(greeting.protocolVersion);
+    PutText(greeting.source, kMaxNameBytes, *out.mutable_source());
+    PutText(greeting.node, kMaxNameBytes, *out.mutable_node());
+    out.set_term(greeting.term);
     return parcel.SerializeAsString();
 }
 

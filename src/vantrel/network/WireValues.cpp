@@ -209,6 +209,18 @@ bool Reader::Columns(std::initializer_list<int> sizes) {
     return m_fault == WireFault::None;
 }
 
+Farewell ReadFarewell(const pb::Farewell& in, Reader& reader) {
+    Farewell farewell{in.reason()};
+    if (static_cast<std::size_t>(in.addresses_size()) > kMaxAddresses) {
+        reader.Note(WireFault::ListTooLong);
+        return farewell;
+    }
+    for (const std::string& address : in.addresses()) {
+        farewell.addresses.push_back(reader.Name(address));
+    }
+    return farewell;
+}
+
 }  // namespace wire
 
 }  // namespace kalvex::vantrel

@@ -72,4 +72,6 @@ class Reader {
     WireFault m_fault = WireFault::None;
 };
 
+Farewell ReadFarewell(const pb::Farewell& in, Reader& reader);
+
 }  // namespace kalvex::vantrel::wire

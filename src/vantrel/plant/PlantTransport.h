@@ -42,6 +42,7 @@ class PlantTransport final : public ClientTransport {
     void Take(ArchiveModifyRequest& message);
     void Take(PeriodRequest& message);
     void Take(LastMessagesRequest&) {}  // the plant keeps no log
+    void Take(TakeTerm&) { Deliver(TermResult{}); }
 
     void After(std::int64_t ticks, std::function<void()> event);
     void BeginData();

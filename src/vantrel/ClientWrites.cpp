@@ -1,0 +1,263 @@
+// Writes and orders of a connection: queued by "Add", sent by "Make", in order and again after a
+// break until they are answered.
+#include <utility>
+
+#include "vantrel/ClientConnection.h"
+#include "vantrel/OperationName.h"
+
+namespace kalvex::vantrel {
+
+namespace {
+
+// A server keeps the answers to the last thousand serials.
+constexpr std::size_t kMostWritesUnderWay = 500;
+constexpr std::size_t kMostBytesUnderWay = 8 << 20;
+constexpr std::size_t kMostBytesWaiting = 64 << 20;
+
+// Of orders, which a server need not answer.
+constexpr std::size_t kMostOrdersUnderWay = 1000;
+
+// What goes into one archive write; a longer list goes in several.
+constexpr std::size_t kArchiveValuesTogether = 50000;
+constexpr std::size_t kArchiveBytesTogether = 1 << 20;
+
+std::size_t BytesOf(const value::CVal& value) {
+    return sizeof value + (value.IsText() ? value.Text().size() : 0);
+}
+
+std::size_t BytesOf(const ModifyRequest& request) {
+    return sizeof request + request.variable.size() + BytesOf(request.value);
+}
+
+std::size_t BytesOf(const ArchiveModifyRequest& request) {
+    std::size_t bytes = sizeof request + request.variable.size();
+    for (const value::CVal& value : request.values) bytes += BytesOf(value);
+    return bytes;
+}
+
+std::size_t BytesOf(const PeriodRequest& request) {
+    return sizeof request + request.variable.size();
+}
+
+}  // namespace
+
+void CClientConnection::AddReportModifyRequest(value::ValueKind kind, std::string_view variable,
+                                               std::int64_t time, value::CVal value) {
+    Record({.operation = OperationName("Add", kind, "Modify"),
+            .variable = std::string(variable),
+            .time = time,
+            .value = value});
+    m_queuedWrites[kind].requests.push_back(
+        {++m_lastRequest, kind, std::string(variable), time, std::move(value)});
+}
+
+void CClientConnection::MakeWrites(value::ValueKind kind) {
+    for (ModifyRequest& request : std::exchange(m_queuedWrites[kind], {}).requests) {
+        AddWrite(std::move(request));
+    }
+    ReleaseWrites();
+}
+
+void CClientConnection::AddCurrentDataModifyRequest(std::string_view variable, value::CVal value) {
+    Record({.operation = "AddCurrentDataModifyRequest",
+            .variable = std::string(variable),
+            .value = value});
+    m_queuedWrites[value::KindCurrent].requests.push_back(
+        {++m_lastRequest, value::KindCurrent, std::string(variable), 0, std::move(value)});
+}
+
+void CClientConnection::MakeCurrentDataModifyRequest() {
+    Record({.operation = "MakeCurrentDataModifyRequest"});
+    MakeWrites(value::KindCurrent);
+}
+
+void CClientConnection::AddArchiveModifyRequest(std::string_view variable,
+                                                const value::CArchiveValueList& list,
+                                                value::TIMEW from, value::TIMEW to) {
+    JournalEntry entry{.operation = "AddArchiveModifyRequest",
+                       .variable = std::string(variable),
+                       .from = from.seconds,
+                       .to = to.seconds,
+                       .values = std::vector<value::CVal>()};
+    const std::size_t first = m_queuedArchives.size();
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < list.GetSize(); ++i) {
+        const value::CVal& value = *list.Get(i);
+        const bool full =
+            bytes > kArchiveBytesTogether || (i != 0 && i % kArchiveValuesTogether == 0);
+        if (i == 0 || full) {
+            bytes = 0;
+            m_queuedArchives.push_back(
+                {++m_lastRequest, std::string(variable), value.GetTime(), 0, {}});
+        }
+        bytes += value.IsText() ? value.Text().size() : 0;
+        m_queuedArchives.back().to = value.GetTime();
+        m_queuedArchives.back().values.push_back(value);
+        if (m_journal != nullptr) entry.values->push_back(value);
+    }
+    if (m_queuedArchives.size() > first) {
+        m_queuedArchives[first].from = from.seconds;
+        m_queuedArchives.back().to = to.seconds;
+    }
+    Record(std::move(entry));
+}
+
+void CClientConnection::MakeArchiveModifyRequest() {
+    Record({.operation = "MakeArchiveModifyRequest"});
+    for (ArchiveModifyRequest& request : std::exchange(m_queuedArchives, {})) {
+        AddWrite(std::move(request));
+    }
+    ReleaseWrites();
+}
+
+void CClientConnection::MakePeriodRequest(PeriodAction action, value::ValueKind kind,
+                                          std::string_view variable, std::int64_t time) {
+    Record({.operation = OperationName(action, kind),
+            .variable = std::string(variable),
+            .time = time});
+    AddWrite(PeriodRequest{action, kind, std::string(variable), time, ++m_lastRequest});
+    ReleaseWrites();
+}
+
+// ---- on their way
+
+void CClientConnection::AddWrite(WriteRequest request) {
+    if (m_state == StateDown) return;
+    const std::size_t bytes =
+        std::visit([](const auto& content) { return BytesOf(content); }, request);
+    if (m_writeBytes + bytes > kMostBytesWaiting) {
+        return TellWrite(request, ResultServerFault, RequestFate::QueueFull);
+    }
+    m_writeBytes += bytes;
+    const std::uint64_t serial = ++m_lastSerial;
+    if (auto* modify = std::get_if<ModifyRequest>(&request)) modify->serial = serial;
+    if (auto* archive = std::get_if<ArchiveModifyRequest>(&request)) archive->serial = serial;
+    m_serials.emplace(std::visit([](const auto& content) { return content.id; }, request), serial);
+    m_writes.emplace(serial, PendingWrite{std::move(request), bytes});
+}
+
+void CClientConnection::ReleaseWrites() {
+    if (m_state == StateDown) return;
+    m_outbox.emplace_back(WriteTurn{m_lastSerial});
+    SendOutbox();
+}
+
+void CClientConnection::SendWrites() {
+    ModifyRequests together;
+    const auto sendTogether = [&] {
+        if (!together.requests.empty()) m_transport->Send(std::exchange(together, {}));
+    };
+    const auto end = m_writes.upper_bound(m_lastReleased);
+    for (auto next = m_writes.upper_bound(m_lastSent); next != end; ++next) {
+        const PendingWrite& write = next->second;
+        const auto* order = std::get_if<PeriodRequest>(&write.request);
+        if (order == nullptr && (m_writesUnderWay >= kMostWritesUnderWay ||
+                                 m_writeBytesUnderWay >= kMostBytesUnderWay)) {
+            break;
+        }
+        m_lastSent = next->first;
+        if (order != nullptr) {
+            ++m_ordersUnderWay;
+        } else {
+            ++m_writesUnderWay;
+            m_writeBytesUnderWay += write.bytes;
+        }
+        if (const auto* modify = std::get_if<ModifyRequest>(&write.request)) {
+            together.requests.push_back(*modify);
+            continue;
+        }
+        sendTogether();
+        if (order != nullptr) {
+            m_transport->Send(*order);
+        } else {
+            m_transport->Send(std::get<ArchiveModifyRequest>(write.request));
+        }
+    }
+    sendTogether();
+    if (!m_ordersAnswered && m_ordersUnderWay > kMostOrdersUnderWay) DropOldestOrder();
+}
+
+// Of a server that does not answer them.
+void CClientConnection::DropOldestOrder() {
+    auto oldest = m_writes.begin();
+    while (!std::holds_alternative<PeriodRequest>(oldest->second.request)) ++oldest;
+    Forget(oldest->first);
+}
+
+CClientConnection::PendingWrite CClientConnection::Forget(std::uint64_t serial) {
+    PendingWrite write = std::move(m_writes.extract(serial).mapped());
+    const auto* order = std::get_if<PeriodRequest>(&write.request);
+    m_serials.erase(std::visit([](const auto& content) { return content.id; }, write.request));
+    m_writeBytes -= write.bytes;
+    if (serial > m_lastSent) return write;
+    if (order != nullptr) {
+        --m_ordersUnderWay;
+    } else {
+        --m_writesUnderWay;
+        m_writeBytesUnderWay -= write.bytes;
+    }
+    return write;
+}
+
+// ---- answers
+
+void CClientConnection::Receive(ModifyResults& message) {
+    for (const ModifyResults::Entry& entry : message.entries) FinishWrite(entry.id, entry.result);
+    SendOutbox();
+}
+
+void CClientConnection::FinishWrite(RequestId id, std::uint16_t result) {
+    const auto found = m_serials.find(id);
+    if (found == m_serials.end()) return;
+    const PendingWrite write = Forget(found->second);
+    if (std::holds_alternative<PeriodRequest>(write.request)) m_ordersAnswered = true;
+    TellWrite(write.request, result, RequestFate::Answered);
+}
+
+void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t result,
+                                  RequestFate fate) {
+    RequestRecord record;
+    record.result = result;
+    record.fate = fate;
+    record.variable = std::visit([](const auto& content) { return content.variable; }, request);
+    const auto* modify = std::get_if<ModifyRequest>(&request);
+    if (modify != nullptr) record.value = modify->value;
+    const bool isCurrent = modify != nullptr && modify->kind == value::KindCurrent;
+    if (result == ResultOk) {
+        if (isCurrent) OnCurrentDataModifyAck(record);
+    } else if (isCurrent) {
+        OnCurrentDataModifyError(record);
+    } else if (modify != nullptr) {
+        OnReportModifyError(modify->kind, record);
+    } else if (const auto* order = std::get_if<PeriodRequest>(&request)) {
+        OnPeriodError(order->action, order->kind, record);
+    } else {
+        OnArchiveModifyError(record);
+    }
+}
+
+// ---- breaks
+
+void CClientConnection::HoldWrites(bool wasConnected) {
+    if (wasConnected) m_lastReleased = m_lastSerial;
+    std::vector<std::uint64_t> lost;
+    std::vector<std::uint64_t> unanswerable;
+    for (const auto& [serial, write] : m_writes) {
+        if (serial > m_lastReleased) {
+            lost.push_back(serial);
+        } else if (serial <= m_lastSent && !m_ordersAnswered &&
+                   std::holds_alternative<PeriodRequest>(write.request)) {
+            unanswerable.push_back(serial);
+        }
+    }
+    for (const std::uint64_t serial : unanswerable) Forget(serial);
+    m_lastSent = 0;
+    m_writesUnderWay = m_ordersUnderWay = 0;
+    m_writeBytesUnderWay = 0;
+    for (const std::uint64_t serial : lost) {
+        const PendingWrite write = Forget(serial);
+        TellWrite(write.request, ResultNothing, RequestFate::NotConnected);
+    }
+}
+
+}  // namespace kalvex::vantrel

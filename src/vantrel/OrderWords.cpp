@@ -1,0 +1,71 @@
+#include "vantrel/OrderWords.h"
+
+#include <array>
+
+#include "text/TextFormat.h"
+#include "vantrel/Codes.h"
+
+namespace kalvex::vantrel {
+
+namespace {
+
+struct KindRow {
+    value::ValueKind kind;
+    const char* word;  // as scripts have it
+};
+
+constexpr KindRow kKinds[] = {
+    {value::KindCurrent, "CURDATA"}, {value::KindHour, "HREP"}, {value::KindDay, "DREP"},
+    {value::KindMonth, "MREP"},      {value::KindSpan, "SREP"}, {value::KindArchive, "ARCH"},
+};
+
+constexpr const char* kWrite = platform::Translatable("zapis %s");
+
+// By PeriodAction.
+constexpr std::array<const char*, 5> kActions = {
+    platform::Translatable("rozpoczęcie %s"),      platform::Translatable("pobranie %s"),
+    platform::Translatable("obliczenie %s"),       platform::Translatable("uzupełnienie %s"),
+    platform::Translatable("ponowne pobranie %s"),
+};
+
+struct ResultRow {
+    std::uint16_t result;
+    const char* text;
+};
+
+constexpr ResultRow kResults[] = {
+    {ResultNothing, platform::Translatable("brak zmiennej albo danych")},
+    {ResultNoAccess, platform::Translatable("brak dostępu")},
+    {ResultBadValue, platform::Translatable("niepoprawna wartość")},
+    {ResultBadRequest, platform::Translatable("polecenie niemożliwe do wykonania")},
+    {ResultServerFault, platform::Translatable("błąd serwera")},
+};
+
+std::string OfKind(const char* polish, value::ValueKind kind,
+                   const platform::Translator& translator) {
+    const char* word = "?";
+    for (const KindRow& row : kKinds) {
+        if (row.kind == kind) word = row.word;
+    }
+    return text::FormatText(translator.Translate(polish), {word});
+}
+
+}  // namespace
+
+std::string WriteWords(value::ValueKind kind, const platform::Translator& translator) {
+    return OfKind(kWrite, kind, translator);
+}
+
+std::string PeriodWords(PeriodAction action, value::ValueKind kind,
+                        const platform::Translator& translator) {
+    return OfKind(kActions[static_cast<std::size_t>(action)], kind, translator);
+}
+
+std::string ResultWords(std::uint16_t result, const platform::Translator& translator) {
+    for (const ResultRow& row : kResults) {
+        if (row.result == result) return translator.Translate(row.text);
+    }
+    return text::FormatText(translator.Translate("kod %d"), {std::to_string(result)});
+}
+
+}  // namespace kalvex::vantrel
