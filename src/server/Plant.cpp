@@ -32,23 +32,23 @@ value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
 
 void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                    std::int64_t now) {
-    std::vector<PlantVariable> before = std::exchange(m_arrVariables, {});
-    const std::unordered_map<std::string, std::size_t> names = std::exchange(m_byName, {});
+    for (PlantVariable& variable : m_arrVariables) {
+        m_retired.insert_or_assign(variable.id, std::move(static_cast<VariableState&>(variable)));
+    }
+    m_arrVariables.clear();
+    m_byName.clear();
     m_changed.clear();
     m_arrVariables.reserve(variables.size());
     for (const VariableConfig& config : variables) {
         PlantVariable& variable = m_arrVariables.emplace_back();
-        m_byName.emplace(config.name, m_arrVariables.size() - 1);
         variable.config = config;
         variable.id = store.Register(config.name);
         variable.rule = rights.RuleFor(config.name);
+        m_byName.emplace(config.name, m_arrVariables.size() - 1);
         std::optional<value::CVal> last;
-        const auto known = names.find(config.name);
-        if (known != names.end()) {
-            PlantVariable& old = before[known->second];
-            last = std::move(old.value);
-            variable.generated = old.generated;
-            variable.saved = old.saved;
+        if (auto known = m_retired.extract(variable.id)) {
+            static_cast<VariableState&>(variable) = std::move(known.mapped());
+            last = std::move(variable.value);
         } else {
             last = store.LastValue(variable.id);
         }

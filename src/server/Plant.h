@@ -19,7 +19,15 @@ namespace kalvex::server {
 
 class Session;
 
-struct PlantVariable {
+// What a variable has come to; it stays while the configuration does without the variable.
+struct VariableState {
+    // Of the variable's type, or without content and UNKNOWN while there is none.
+    value::CVal value;
+    std::optional<double> generated;  // what the signal has come to, uncut by the type
+    bool saved = true;
+};
+
+struct PlantVariable : VariableState {
     struct Subscriber {
         Session* session;
         vantrel::VariableHandle handle;
@@ -28,11 +36,7 @@ struct PlantVariable {
     VariableConfig config;
     VariableId id = 0;     // in the store
     std::size_t rule = 0;  // of the rights
-    // Of the variable's type, or without content and UNKNOWN while there is none.
-    value::CVal value;
-    std::optional<double> generated;  // what the signal has come to, uncut by the type
-    bool changed = false;             // since the changes were last taken
-    bool saved = true;
+    bool changed = false;  // since the changes were last taken
     std::vector<Subscriber> subscribers;
 };
 
@@ -40,8 +44,8 @@ class Plant {
   public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    // Makes the variables anew. Each gets the value that it had here under the same name, or that
-    // the store has kept for it, or the one of its definition, and no subscribers.
+    // Makes the variables anew. Each gets the value that it had when it was last here, or that the
+    // store has kept for it, or the one of its definition, and no subscribers.
     void Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                 std::int64_t now);
 
@@ -49,6 +53,9 @@ class Plant {
     std::size_t Find(std::string_view name) const;  // kNone when there is no such variable
     PlantVariable& At(std::size_t index) { return m_arrVariables[index]; }
     const PlantVariable& At(std::size_t index) const { return m_arrVariables[index]; }
+
+    // Of the variables that have been here and are not in the list.
+    std::unordered_map<VariableId, VariableState>& Retired() { return m_retired; }
 
     // Moves the signals to that time. A value that comes out the same keeps its time.
     void Step(std::int64_t now);
@@ -62,6 +69,7 @@ class Plant {
   private:
     std::vector<PlantVariable> m_arrVariables;
     std::unordered_map<std::string, std::size_t> m_byName;
+    std::unordered_map<VariableId, VariableState> m_retired;
     std::vector<std::size_t> m_changed;
     std::optional<std::int64_t> m_lastStep;
     std::uint64_t m_random = 0;
