@@ -37,6 +37,7 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
     }
     m_arrVariables.clear();
     m_byName.clear();
+    m_byId.clear();
     m_changed.clear();
     m_arrVariables.reserve(variables.size());
     for (const VariableConfig& config : variables) {
@@ -45,6 +46,7 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
         variable.id = store.Register(config.name);
         variable.rule = rights.RuleFor(config.name);
         m_byName.emplace(config.name, m_arrVariables.size() - 1);
+        m_byId.emplace(variable.id, m_arrVariables.size() - 1);
         std::optional<value::CVal> last;
         if (auto known = m_retired.extract(variable.id)) {
             static_cast<VariableState&>(variable) = std::move(known.mapped());
@@ -71,6 +73,11 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
 std::size_t Plant::Find(std::string_view name) const {
     const auto found = m_byName.find(std::string(name));
     return found == m_byName.end() ? kNone : found->second;
+}
+
+PlantVariable* Plant::Lookup(VariableId id) {
+    const auto found = m_byId.find(id);
+    return found == m_byId.end() ? nullptr : &m_arrVariables[found->second];
 }
 
 void Plant::Step(std::int64_t now) {

@@ -1,5 +1,8 @@
 // The variables of a data server with their current values, and the signals that move them. Main
 // thread.
+//
+// An index is a place in the list and means something until the list is made anew. What outlasts a
+// call keeps the id of a variable instead, which is one variable's for ever, and looks it up.
 #pragma once
 
 #include <cstddef>
@@ -53,6 +56,8 @@ class Plant {
     std::size_t Find(std::string_view name) const;  // kNone when there is no such variable
     PlantVariable& At(std::size_t index) { return m_arrVariables[index]; }
     const PlantVariable& At(std::size_t index) const { return m_arrVariables[index]; }
+    // Null when there is no such variable, or none any more.
+    PlantVariable* Lookup(VariableId id);
 
     // Of the variables that have been here and are not in the list.
     std::unordered_map<VariableId, VariableState>& Retired() { return m_retired; }
@@ -69,6 +74,7 @@ class Plant {
   private:
     std::vector<PlantVariable> m_arrVariables;
     std::unordered_map<std::string, std::size_t> m_byName;
+    std::unordered_map<VariableId, std::size_t> m_byId;
     std::unordered_map<VariableId, VariableState> m_retired;
     std::vector<std::size_t> m_changed;
     std::optional<std::int64_t> m_lastStep;

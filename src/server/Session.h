@@ -60,7 +60,7 @@ class Session final : public vantrel::ServerSession {
 
     struct Subscription {
         std::string name;
-        std::size_t variable = Plant::kNone;
+        VariableId variable = 0;  // 0 while there is nothing to be seen under that name
         bool marked = false;
     };
 
@@ -83,7 +83,10 @@ class Session final : public vantrel::ServerSession {
     void TellOnce(const char* polish, std::string_view variable = {});
     Rights::Granted RightsTo(std::size_t variable) const;
 
-    void Answer(const std::vector<vantrel::VariableHandle>& handles, bool last);
+    // Ties the subscriptions to their variables and tells the client of each what it may know of
+    // it, but for the value. The answer are the handles that have one.
+    std::vector<vantrel::VariableHandle> Bind(const std::vector<vantrel::VariableHandle>& handles);
+    void SendValues(const std::vector<vantrel::VariableHandle>& handles, bool last);
     void Release(vantrel::VariableHandle handle, Subscription& subscription);
 
     std::uint16_t StartReading(const vantrel::ReadRequest& request);
