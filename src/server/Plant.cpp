@@ -9,12 +9,6 @@ namespace kalvex::server {
 
 namespace {
 
-value::CVal NoValue() {
-    value::CVal value;
-    value.SetStatus(value::Status::Unknown);
-    return value;
-}
-
 bool IsBounded(const VariableConfig& config, double number) {
     return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
            (!config.maximum || number <= *config.maximum);
@@ -29,6 +23,12 @@ value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
 }
 
 }  // namespace
+
+value::CVal NoValue() {
+    value::CVal value;
+    value.SetStatus(value::Status::Unknown);
+    return value;
+}
 
 void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                    std::int64_t now) {

@@ -81,6 +81,9 @@ class Plant {
     std::uint64_t m_random = 0;
 };
 
+// What is there where there is no value.
+value::CVal NoValue();
+
 // What a client is told of the variable.
 vantrel::VariableDefinition DefinitionOf(const VariableConfig& config);
 

@@ -108,6 +108,7 @@ void Session::Receive(vantrel::SubscribeRequest& message) {
         const auto found = m_subscriptions.find(handle);
         if (found == m_subscriptions.end()) continue;
         Release(handle, found->second);
+        m_absent.erase({found->second.name, handle});
         m_subscriptions.erase(found);
     }
     const auto most = 2 * static_cast<std::size_t>(m_server.Settings().maxVariables);
@@ -140,6 +141,7 @@ std::vector<vantrel::VariableHandle> Session::Bind(
             std::uint16_t code = kNoVariable;
             if (index != Plant::kNone) code = vantrel::ResultNoAccess;
             errors.entries.push_back({handle, code});
+            m_absent.emplace(subscription.name, handle);
             continue;
         }
         PlantVariable& variable = plant.At(index);
@@ -193,6 +195,7 @@ void Session::OnDefine() {
         handles.push_back(handle);
     }
     m_marked.clear();
+    m_absent.clear();
     std::sort(handles.begin(), handles.end());
     for (const vantrel::VariableHandle handle : Bind(handles)) MarkChanged(handle);
     SendChanges();
@@ -214,8 +217,8 @@ void Session::SendChanges() {
             if (found == m_subscriptions.end()) continue;
             found->second.marked = false;
             const PlantVariable* variable = m_server.GetPlant().Lookup(found->second.variable);
-            if (variable == nullptr) continue;
-            updates.entries.push_back({found->first, variable->value});
+            updates.entries.push_back(
+                {found->first, variable == nullptr ? NoValue() : variable->value});
         }
         if (!updates.entries.empty()) m_link.Send(std::move(updates));
     }

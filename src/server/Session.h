@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/UserDirectory.h"
@@ -89,6 +90,7 @@ class Session final : public vantrel::ServerSession {
     void SendValues(const std::vector<vantrel::VariableHandle>& handles, bool last);
     void Release(vantrel::VariableHandle handle, Subscription& subscription);
 
+    std::uint16_t CheckRead(VariableId variable) const;
     std::uint16_t StartReading(const vantrel::ReadRequest& request);
     void ReadNext();
     void OnPiece(vantrel::RequestId id, StorePiece piece);
@@ -114,6 +116,8 @@ class Session final : public vantrel::ServerSession {
     std::set<std::string> m_told;  // refusals that the log has had for this client
 
     std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;
+    // Of those without a variable.
+    std::set<std::pair<std::string, vantrel::VariableHandle>> m_absent;
     std::vector<vantrel::VariableHandle> m_marked;
 
     std::map<vantrel::RequestId, Reading> m_reads;

@@ -65,6 +65,13 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
     return vantrel::ResultOk;
 }
 
+// What is read in pieces may be taken from the client between two of them.
+std::uint16_t Session::CheckRead(VariableId id) const {
+    const PlantVariable* variable = m_server.GetPlant().Lookup(id);
+    if (variable == nullptr) return vantrel::ResultNothing;
+    return m_granted[variable->rule].read ? vantrel::ResultOk : vantrel::ResultNoAccess;
+}
+
 void Session::ReadNext() {
     while (!m_reading && !m_readQueue.empty() && m_link.Backlog() < vantrel::kMostBacklog) {
         const vantrel::RequestId id = m_readQueue.front();
@@ -87,7 +94,10 @@ void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
     if (found != m_reads.end()) {
         vantrel::ReadAnswer answer;
         answer.id = id;
-        if (!piece.read) {
+        answer.result = CheckRead(found->second.query.variable);
+        if (answer.result != vantrel::ResultOk) {
+            piece = {};
+        } else if (!piece.read) {
             answer.result = vantrel::ResultServerFault;
         } else if (found->second.single && piece.values.empty()) {
             answer.result = vantrel::ResultNothing;
@@ -172,6 +182,8 @@ void Session::Receive(vantrel::ModifyRequests& message) {
 
 // A client shows what it has written before it hears of it, so it needs to be told what is true.
 void Session::Correct(std::string_view name) {
+    auto absent = m_absent.lower_bound({std::string(name), 0});
+    for (; absent != m_absent.end() && absent->first == name; ++absent) MarkChanged(absent->second);
     Plant& plant = m_server.GetPlant();
     const std::size_t variable = plant.Find(name);
     if (variable == Plant::kNone) return;
