@@ -9,12 +9,6 @@ namespace kalvex::server {
 
 namespace {
 
-value::CVal NoValue() {
-    value::CVal value;
-    value.SetStatus(value::Status::Unknown);
-    return value;
-}
-
 bool IsBounded(const VariableConfig& config, double number) {
     return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
            (!config.maximum || number <= *config.maximum);
@@ -30,26 +24,33 @@ value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
 
 }  // namespace
 
+value::CVal NoValue() {
+    value::CVal value;
+    value.SetStatus(value::Status::Unknown);
+    return value;
+}
+
 void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                    std::int64_t now) {
-    std::vector<PlantVariable> before = std::exchange(m_arrVariables, {});
-    const std::unordered_map<std::string, std::size_t> names = std::exchange(m_byName, {});
+    for (PlantVariable& variable : m_arrVariables) {
+        m_retired.insert_or_assign(variable.id, std::move(static_cast<VariableState&>(variable)));
+    }
+    m_arrVariables.clear();
+    m_byName.clear();
+    m_byId.clear();
     m_changed.clear();
     m_arrVariables.reserve(variables.size());
     for (const VariableConfig& config : variables) {
         PlantVariable& variable = m_arrVariables.emplace_back();
-        m_byName.emplace(config.name, m_arrVariables.size() - 1);
         variable.config = config;
         variable.id = store.Register(config.name);
         variable.rule = rights.RuleFor(config.name);
+        m_byName.emplace(config.name, m_arrVariables.size() - 1);
+        m_byId.emplace(variable.id, m_arrVariables.size() - 1);
         std::optional<value::CVal> last;
-        const auto known = names.find(config.name);
-        if (known != names.end()) {
-            PlantVariable& old = before[known->second];
-            last = std::move(old.value);
-            variable.generated = old.generated;
-            variable.saved = old.saved;
-            variable.unarchived = old.unarchived;
+        if (auto known = m_retired.extract(variable.id)) {
+            static_cast<VariableState&>(variable) = std::move(known.mapped());
+            last = std::move(variable.value);
         } else {
             last = store.LastValue(variable.id);
         }
@@ -72,6 +73,11 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
 std::size_t Plant::Find(std::string_view name) const {
     const auto found = m_byName.find(std::string(name));
     return found == m_byName.end() ? kNone : found->second;
+}
+
+PlantVariable* Plant::Lookup(VariableId id) {
+    const auto found = m_byId.find(id);
+    return found == m_byId.end() ? nullptr : &m_arrVariables[found->second];
 }
 
 void Plant::Step(std::int64_t now, std::int64_t passed) {

@@ -1,5 +1,8 @@
 // The variables of a data server with their current values, and the signals that move them. Main
 // thread.
+//
+// An index is a place in the list and means something until the list is made anew. What outlasts a
+// call keeps the id of a variable instead, which is one variable's for ever, and looks it up.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +22,16 @@ namespace kalvex::server {
 
 class Session;
 
-struct PlantVariable {
+// What a variable has come to; it stays while the configuration does without the variable.
+struct VariableState {
+    // Of the variable's type, or without content and UNKNOWN while there is none.
+    value::CVal value;
+    std::optional<double> generated;  // what the signal has come to, uncut by the type
+    bool saved = true;
+    bool unarchived = false;  // its last changes have no second of their own in the archive yet
+};
+
+struct PlantVariable : VariableState {
     struct Subscriber {
         Session* session;
         vantrel::VariableHandle handle;
@@ -28,12 +40,7 @@ struct PlantVariable {
     VariableConfig config;
     VariableId id = 0;     // in the store
     std::size_t rule = 0;  // of the rights
-    // Of the variable's type, or without content and UNKNOWN while there is none.
-    value::CVal value;
-    std::optional<double> generated;  // what the signal has come to, uncut by the type
-    bool changed = false;             // since the changes were last taken
-    bool saved = true;
-    bool unarchived = false;  // its last changes have no second of their own in the archive yet
+    bool changed = false;  // since the changes were last taken
     std::vector<Subscriber> subscribers;
 };
 
@@ -41,8 +48,8 @@ class Plant {
   public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    // Makes the variables anew. Each gets the value that it had here under the same name, or that
-    // the store has kept for it, or the one of its definition, and no subscribers.
+    // Makes the variables anew. Each gets the value that it had when it was last here, or that the
+    // store has kept for it, or the one of its definition, and no subscribers.
     void Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                 std::int64_t now);
 
@@ -50,6 +57,11 @@ class Plant {
     std::size_t Find(std::string_view name) const;  // kNone when there is no such variable
     PlantVariable& At(std::size_t index) { return m_arrVariables[index]; }
     const PlantVariable& At(std::size_t index) const { return m_arrVariables[index]; }
+    // Null when there is no such variable, or none any more.
+    PlantVariable* Lookup(VariableId id);
+
+    // Of the variables that have been here and are not in the list.
+    std::unordered_map<VariableId, VariableState>& Retired() { return m_retired; }
 
     // Moves the signals to that time, so many seconds on. A value that comes out the same keeps its
     // time.
@@ -64,9 +76,14 @@ class Plant {
   private:
     std::vector<PlantVariable> m_arrVariables;
     std::unordered_map<std::string, std::size_t> m_byName;
+    std::unordered_map<VariableId, std::size_t> m_byId;
+    std::unordered_map<VariableId, VariableState> m_retired;
     std::vector<std::size_t> m_changed;
     std::uint64_t m_random = 0;
 };
+
+// What is there where there is no value.
+value::CVal NoValue();
 
 // What a client is told of the variable.
 vantrel::VariableDefinition DefinitionOf(const VariableConfig& config);

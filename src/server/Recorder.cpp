@@ -127,12 +127,15 @@ void Recorder::AddSamples(std::int64_t period, std::int64_t now) {
 }
 
 void Recorder::AddUnsaved() {
+    const auto save = [this](VariableId id, VariableState& state) {
+        if (state.saved && !m_saveAll) return;
+        state.saved = true;
+        m_pending.emplace_back(SaveLastValue{id, state.value});
+    };
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
-        PlantVariable& variable = m_plant.At(index);
-        if (variable.saved && !m_saveAll) continue;
-        variable.saved = true;
-        m_pending.emplace_back(SaveLastValue{variable.id, variable.value});
+        save(m_plant.At(index).id, m_plant.At(index));
     }
+    for (auto& [id, state] : m_plant.Retired()) save(id, state);
     m_saveAll = false;
 }
 

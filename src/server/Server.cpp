@@ -102,7 +102,7 @@ void Server::Define() {
     m_logins->AllowNobody(m_definitions.nobody);
     m_plant.Define(m_definitions.variables, m_rights, m_store, m_clock.Now());
     m_automatic.OnDefine();
-    Distribute();
+    m_recorder.OnChanges(m_plant.TakeChanges());
     for (const auto& [number, session] : m_sessions) session->OnDefine();
 }
 

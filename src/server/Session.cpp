@@ -124,6 +124,7 @@ void Session::Receive(vantrel::SubscribeRequest& message) {
         const auto found = m_subscriptions.find(handle);
         if (found == m_subscriptions.end()) continue;
         Release(handle, found->second);
+        m_absent.erase({found->second.name, handle});
         m_subscriptions.erase(found);
     }
     const auto most = 2 * static_cast<std::size_t>(m_server.Settings().maxVariables);
@@ -140,14 +141,15 @@ void Session::Receive(vantrel::SubscribeRequest& message) {
         added.push_back(entry.handle);
     }
     if (!refused.entries.empty()) m_link.Send(std::move(refused));
-    if (!message.added.empty()) Answer(added, message.last);
+    if (!message.added.empty()) SendValues(Bind(added), message.last);
 }
 
-void Session::Answer(const std::vector<vantrel::VariableHandle>& handles, bool last) {
+std::vector<vantrel::VariableHandle> Session::Bind(
+    const std::vector<vantrel::VariableHandle>& handles) {
     Plant& plant = m_server.GetPlant();
     vantrel::AccessErrors errors;
     std::vector<vantrel::VariableDefinitions> definitions(1);
-    std::vector<vantrel::ValueUpdates> values(1);
+    std::vector<vantrel::VariableHandle> bound;
     for (const vantrel::VariableHandle handle : handles) {
         Subscription& subscription = m_subscriptions[handle];
         const std::size_t index = plant.Find(subscription.name);
@@ -155,23 +157,33 @@ void Session::Answer(const std::vector<vantrel::VariableHandle>& handles, bool l
             std::uint16_t code = kNoVariable;
             if (index != Plant::kNone) code = vantrel::ResultNoAccess;
             errors.entries.push_back({handle, code});
+            m_absent.emplace(subscription.name, handle);
             continue;
         }
-        subscription.variable = index;
         PlantVariable& variable = plant.At(index);
+        subscription.variable = variable.id;
+        bound.push_back(handle);
         variable.subscribers.push_back({this, handle});
         if (definitions.back().definitions.size() == kDefinitionsTogether) {
             definitions.emplace_back();
         }
         definitions.back().definitions.push_back(DefinitionOf(variable.config));
-        if (values.back().entries.size() == kValuesTogether) values.emplace_back();
-        values.back().entries.push_back({handle, variable.value});
     }
     if (!errors.entries.empty()) m_link.Send(std::move(errors));
     for (vantrel::VariableDefinitions& piece : definitions) {
         if (piece.definitions.empty()) continue;
         piece.last = &piece == &definitions.back();
         m_link.Send(std::move(piece));
+    }
+    return bound;
+}
+
+void Session::SendValues(const std::vector<vantrel::VariableHandle>& handles, bool last) {
+    std::vector<vantrel::ValueUpdates> values(1);
+    for (const vantrel::VariableHandle handle : handles) {
+        if (values.back().entries.size() == kValuesTogether) values.emplace_back();
+        values.back().entries.push_back(
+            {handle, m_server.GetPlant().Lookup(m_subscriptions.at(handle).variable)->value});
     }
     // The last piece is sent even when it is empty: it tells that the answer is complete.
     for (vantrel::ValueUpdates& piece : values) {
@@ -181,12 +193,12 @@ void Session::Answer(const std::vector<vantrel::VariableHandle>& handles, bool l
 }
 
 void Session::Release(vantrel::VariableHandle handle, Subscription& subscription) {
-    if (subscription.variable == Plant::kNone) return;
-    auto& subscribers = m_server.GetPlant().At(subscription.variable).subscribers;
-    std::erase_if(subscribers, [this, handle](const PlantVariable::Subscriber& subscriber) {
-        return subscriber.session == this && subscriber.handle == handle;
-    });
-    subscription.variable = Plant::kNone;
+    PlantVariable* variable = m_server.GetPlant().Lookup(std::exchange(subscription.variable, 0));
+    if (variable == nullptr) return;
+    std::erase_if(variable->subscribers,
+                  [this, handle](const PlantVariable::Subscriber& subscriber) {
+                      return subscriber.session == this && subscriber.handle == handle;
+                  });
 }
 
 void Session::OnDefine() {
@@ -194,11 +206,15 @@ void Session::OnDefine() {
     m_granted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     std::vector<vantrel::VariableHandle> handles;
     for (auto& [handle, subscription] : m_subscriptions) {
-        subscription.variable = Plant::kNone;
+        subscription.variable = 0;
+        subscription.marked = false;
         handles.push_back(handle);
     }
+    m_marked.clear();
+    m_absent.clear();
     std::sort(handles.begin(), handles.end());
-    if (!handles.empty()) Answer(handles, true);
+    for (const vantrel::VariableHandle handle : Bind(handles)) MarkChanged(handle);
+    SendChanges();
 }
 
 void Session::MarkChanged(vantrel::VariableHandle handle) {
@@ -216,9 +232,9 @@ void Session::SendChanges() {
             const auto found = m_subscriptions.find(m_marked[sent]);
             if (found == m_subscriptions.end()) continue;
             found->second.marked = false;
-            if (found->second.variable == Plant::kNone) continue;
+            const PlantVariable* variable = m_server.GetPlant().Lookup(found->second.variable);
             updates.entries.push_back(
-                {found->first, m_server.GetPlant().At(found->second.variable).value});
+                {found->first, variable == nullptr ? NoValue() : variable->value});
         }
         if (!updates.entries.empty()) m_link.Send(std::move(updates));
     }

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/UserDirectory.h"
@@ -65,7 +66,7 @@ class Session final : public vantrel::ServerSession {
 
     struct Subscription {
         std::string name;
-        std::size_t variable = Plant::kNone;
+        VariableId variable = 0;  // 0 while there is nothing to be seen under that name
         bool marked = false;
     };
 
@@ -99,9 +100,13 @@ class Session final : public vantrel::ServerSession {
     void TellOnce(const char* polish, std::string_view variable = {});
     Rights::Granted RightsTo(std::size_t variable) const;
 
-    void Answer(const std::vector<vantrel::VariableHandle>& handles, bool last);
+    // Ties the subscriptions to their variables and tells the client of each what it may know of
+    // it, but for the value. The answer are the handles that have one.
+    std::vector<vantrel::VariableHandle> Bind(const std::vector<vantrel::VariableHandle>& handles);
+    void SendValues(const std::vector<vantrel::VariableHandle>& handles, bool last);
     void Release(vantrel::VariableHandle handle, Subscription& subscription);
 
+    std::uint16_t CheckRead(VariableId variable) const;
     std::uint16_t StartReading(const vantrel::ReadRequest& request);
     void ReadNext();
     void OnPiece(vantrel::RequestId id, StorePiece piece);
@@ -151,6 +156,8 @@ class Session final : public vantrel::ServerSession {
     std::int64_t m_refusalsTold;
 
     std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;
+    // Of those without a variable.
+    std::set<std::pair<std::string, vantrel::VariableHandle>> m_absent;
     std::vector<vantrel::VariableHandle> m_marked;
 
     std::map<vantrel::RequestId, Reading> m_reads;

@@ -60,6 +60,13 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
     return vantrel::ResultOk;
 }
 
+// What is read in pieces may be taken from the client between two of them.
+std::uint16_t Session::CheckRead(VariableId id) const {
+    const PlantVariable* variable = m_server.GetPlant().Lookup(id);
+    if (variable == nullptr) return vantrel::ResultNothing;
+    return m_granted[variable->rule].read ? vantrel::ResultOk : vantrel::ResultNoAccess;
+}
+
 void Session::ReadNext() {
     while (!m_reading && !m_readQueue.empty() && m_link.Backlog() < vantrel::kMostBacklog) {
         const vantrel::RequestId id = m_readQueue.front();
@@ -82,7 +89,10 @@ void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
     if (found != m_reads.end()) {
         vantrel::ReadAnswer answer;
         answer.id = id;
-        if (!piece.read) {
+        answer.result = CheckRead(found->second.query.variable);
+        if (answer.result != vantrel::ResultOk) {
+            piece = {};
+        } else if (!piece.read) {
             answer.result = vantrel::ResultServerFault;
         } else if (found->second.single && piece.values.empty()) {
             answer.result = vantrel::ResultNothing;

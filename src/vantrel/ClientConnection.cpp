@@ -261,15 +261,27 @@ void CClientConnection::Receive(ValueUpdates& message) {
     if (message.last) OnDataArrived();
 }
 
+// A variable that had been there is gone or is not to be seen any more: so are its value and its
+// definition.
 void CClientConnection::Receive(AccessErrors& message) {
+    std::vector<RequestRecord> records;
+    bool definitionsGone = false;
     for (const AccessErrors::Entry& entry : message.entries) {
         const auto found = m_byHandle.find(entry.handle);
         if (found == m_byHandle.end()) continue;
-        RequestRecord record;
+        CVarVal& variable = *found->second->pVarVal;
+        RequestRecord& record = records.emplace_back();
         record.result = entry.code;
-        record.variable = found->second->pVarVal->GetName();
-        OnVarAccessError(record);
+        record.variable = variable.GetName();
+        if (variable.Value().GetType() != value::ValueType::None) {
+            value::CVal nothing;
+            nothing.SetStatus(value::Status::Unknown);
+            variable.SetValue(std::move(nothing));
+        }
+        definitionsGone = m_definitions.erase(record.variable) != 0 || definitionsGone;
     }
+    if (definitionsGone) OnVariableList();
+    for (const RequestRecord& record : records) OnVarAccessError(record);
 }
 
 void CClientConnection::Receive(ReportChange& message) {

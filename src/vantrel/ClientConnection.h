@@ -122,9 +122,13 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnConnect();
     // The base marks all values and answers all outstanding reads with ResultNothing.
     virtual void OnDisconnect(std::uint32_t reason);
+    // Definitions have come, or have gone: those that GetVarDefInfo does not give any more are not
+    // to be used from now on.
     virtual void OnVariableList();
     // Values have been set, those of a whole subscription at once.
     virtual void OnDataArrived();
+    // A subscribed variable is not there, or not any more; its value and its definition are gone.
+    // Should it come back, both are sent.
     virtual void OnVarAccessError(const RequestRecord& record);
     virtual void OnCurrentDataModifyAck(const RequestRecord& record);
     virtual void OnCurrentDataModifyError(const RequestRecord& record);

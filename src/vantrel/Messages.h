@@ -56,7 +56,9 @@ inline constexpr std::uint32_t LogMessages = 256;
 }  // namespace SubscribeFlag
 
 // The server answers for each added variable with an access error or with its definition, if it
-// has one, and its present value, which may be of type None, and goes on sending its changes.
+// has one, and its present value, which may be of type None, and goes on sending its changes. When
+// a variable goes or is taken from the client, it sends an access error for it; when it comes back,
+// its definition and its value.
 struct SubscribeRequest {
     struct Entry {
         VariableHandle handle = 0;

@@ -1,12 +1,5 @@
 // Scripts and their reports at a real data server, within one process.
-#include <gmock/gmock.h>
-
-#include "server/Server.h"
-#include "sources/ClientInterface.h"
-#include "support/in_process.h"
-#include "support/scratch_folder.h"
-#include "support/script_world.h"
-#include "support/zone_scope.h"
+#include "script_fixture.h"
 
 namespace kalvex::server {
 namespace {
@@ -46,8 +39,7 @@ value = 7
 file = "many.csv"
 )";
 
-// The clock stands at 2024-03-10 07:00:00 in Warsaw.
-class ScriptReportsTest : public support::ScriptWorld {
+class ScriptReportsTest : public ScriptsAtServer {
   protected:
     static constexpr int kMany = 1500;
 
@@ -55,75 +47,8 @@ class ScriptReportsTest : public support::ScriptWorld {
         std::string many = "name,rt\n";
         for (int i = 0; i < kMany; ++i) many += "M" + std::to_string(i) + ",4\n";
         m_folder.Put("many.csv", many);
-        m_server = std::make_unique<Server>(clock, m_serverLog, translator, m_loop,
-                                            platform::PasswordCost::Least);
-        std::vector<std::string> errors;
-        EXPECT_TRUE(m_server->Start(m_folder.Put("plant.toml", kPlant), errors))
-            << testing::PrintToString(errors);
-        m_network.AddServer("srv", *m_server);
-        m_client = std::make_unique<sources::CClientInterface>(
-            sources::SourceServices{log, translator, users, m_network});
-        services.sources = m_client.get();
+        StartServer(kPlant);
     }
-    ~ScriptReportsTest() override {
-        documents.clear();
-        m_client.reset();
-        m_network.RemoveServer("srv");
-        Carry();
-        m_server->Stop();
-    }
-
-    void Carry() {
-        do {
-            m_network.Deliver();
-            m_server->GetStore().Flush();
-        } while (m_loop.Run());
-    }
-
-    // A second of the server's, with several ticks of the scripts.
-    void Second(int scriptTicks = 20) {
-        clock.Advance(1000);
-        m_server->Tick();
-        m_client->SourceList().CheckConnections();
-        for (int i = 0; i < scriptTicks; ++i) {
-            Carry();
-            Tick(1);
-        }
-    }
-
-    engine::CKalvexDoc& Begin(std::string_view text) {
-        engine::CKalvexDoc& document = Open(text);
-        document.Start();
-        document.SetPriority(1);
-        return document;
-    }
-
-    static bool HasEnded(const engine::CKalvexDoc& document) {
-        return document.State().m_nCurrentLine >= document.GetLineCount();
-    }
-
-    // The script is to come to its end within some seconds.
-    engine::CKalvexDoc& Finish(std::string_view text) {
-        engine::CKalvexDoc& document = Begin(text);
-        for (int second = 0; second < 20 && !HasEnded(document); ++second) Second();
-        EXPECT_TRUE(HasEnded(document))
-            << document.State().m_nCurrentLine << ": " << Error(document);
-        return document;
-    }
-
-    std::vector<std::string> Errors() {
-        std::vector<std::string> lines = Log(platform::LogErrors);
-        std::erase_if(lines, [](const std::string& line) { return line.ends_with(" skryptu "); });
-        return lines;
-    }
-
-    support::ZoneScope m_zone{"Europe/Warsaw"};
-    support::ScratchFolder m_folder;
-    support::LogRecorder m_serverLog;
-    platform::PostedWork m_loop;
-    std::unique_ptr<Server> m_server;
-    support::InProcessNetwork m_network;
-    std::unique_ptr<sources::CClientInterface> m_client;
 };
 
 // The archive holds 10 from 5:30 and 20 from 6:30, so the hour 6 has the mean of 15.

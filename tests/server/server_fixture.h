@@ -38,7 +38,11 @@ class TestClient final : public vantrel::ServerLink {
 
     void Send(vantrel::ServerMessage message) override { messages.push_back(std::move(message)); }
     void Close(std::uint32_t reason) override { closed = reason; }
-    std::size_t Backlog() const override { return backlog; }
+    std::size_t Backlog() const override {
+        if (busyAnswers == 0) return backlog;
+        --busyAnswers;
+        return vantrel::kMostBacklog;
+    }
     std::string PeerAddress() const override { return m_address; }
 
     void Say(vantrel::ClientMessage message) { session->OnMessage(std::move(message)); }
@@ -62,6 +66,7 @@ class TestClient final : public vantrel::ServerLink {
     std::unique_ptr<vantrel::ServerSession> session;
     std::vector<vantrel::ServerMessage> messages;
     std::size_t backlog = 0;
+    mutable int busyAnswers = 0;  // so many times more it is found to be behind
     std::uint32_t closed = 0;
 
   private:

@@ -69,6 +69,31 @@ TEST_F(SessionLongReadTest, WaitsForASlowClient) {
     EXPECT_EQ(m_client.Take<vantrel::ReadAnswer>().size(), 3u);
 }
 
+TEST_F(SessionLongReadTest, EndsWhenItsVariableIsTakenOutOrItsRightWithdrawn) {
+    const std::string secret = std::string("[[access]]\nread = \"100\"\n") + kPlant;
+    const std::pair<std::string, std::uint16_t> rows[] = {{"", vantrel::ResultNothing},
+                                                          {secret, vantrel::ResultNoAccess}};
+    for (const auto& [toml, result] : rows) {
+        m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000}}});
+        m_client.backlog = 8;
+        Settle();
+        EXPECT_EQ(m_client.Take<vantrel::ReadAnswer>().size(), 1u);
+        m_client.backlog = 0;
+        Configure(toml);
+        m_server->Reload();
+        m_client.session->OnDrained();
+        Settle();
+        const std::vector<vantrel::ReadAnswer> answers = m_client.Take<vantrel::ReadAnswer>();
+        ASSERT_EQ(answers.size(), 1u);
+        EXPECT_EQ(answers[0].result, result);
+        EXPECT_TRUE(answers[0].last);
+        EXPECT_THAT(answers[0].values, IsEmpty());
+        Configure(kPlant);
+        m_server->Reload();
+        m_client.messages.clear();
+    }
+}
+
 TEST_F(SessionLongReadTest, ShortReadDoesNotWaitForItsEnd) {
     m_client.Say(vantrel::ReadRequests{
         {{1, value::KindArchive, "Z1.N", 1, 7000}, {2, value::KindArchive, "Z1.T", 1, 7000}}});

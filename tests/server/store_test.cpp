@@ -13,6 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Key;
 using testing::Pair;
 
 constexpr std::uint16_t kLoaded = value::Status::ReportLoaded;
@@ -214,7 +215,8 @@ TEST_F(StoreTest, SubmissionsAreAnsweredInOrderAndTellTheirReports) {
     while (m_loop.Run()) {
     }
     EXPECT_THAT(order, ElementsAre(0, 1, 2));
-    EXPECT_THAT(changed[2], ElementsAre(Pair(value::KindHour, 7200), Pair(value::KindSpan, 5)));
+    EXPECT_THAT(changed[2],
+                ElementsAre(Key(Pair(value::KindHour, 7200)), Key(Pair(value::KindSpan, 5))));
 }
 
 TEST_F(StoreTest, NewerFileIsRefused) {
@@ -269,7 +271,8 @@ TEST_F(StoreTest, ChangesOfReportsAreNumberedForTheLifeOfTheFile) {
     const VariableId x = m_store->Register("X");
     const StoreOutcome two = Submit({PutValue{x, value::KindDay, 7, value::CVal(1)},
                                      PutValue{x, value::KindHour, 3600, value::CVal(1)}});
-    EXPECT_THAT(two.changed, ElementsAre(Pair(value::KindHour, 3600), Pair(value::KindDay, 7)));
+    EXPECT_THAT(two.changed,
+                ElementsAre(Key(Pair(value::KindHour, 3600)), Key(Pair(value::KindDay, 7))));
     EXPECT_EQ(two.firstChange, 1u);
     EXPECT_EQ(Submit({PutValue{x, value::KindSpan, 5, value::CVal(1)}}).firstChange, 3u);
     EXPECT_EQ(Submit({PutValue{x, value::KindHour, 3600, value::CVal(2)}}).firstChange, 4u);

@@ -321,6 +321,27 @@ TEST_F(ClientConnectionTest, AccessErrorsNameTheVariable) {
     EXPECT_THAT(connection.events, ElementsAre("no access A 0", "no access B 7"));
 }
 
+TEST_F(ClientConnectionTest, AccessErrorOfAVariableThatWasThereTakesItsValueAndDefinition) {
+    connection.RegisterVariable("A", &first);
+    connection.RegisterVariable("B", &first);
+    connection.Subscribe();
+    Connect();
+    server.Send(VariableDefinitions{{{"A", {{"un", "m3"}}}, {"B", {}}}, true});
+    server.Send(ValueUpdates{{{1, value::CVal(12.5)}, {2, value::CVal(3)}}, true});
+    server.Send(AccessErrors{{{1, 0}}});
+    network.Deliver();
+    EXPECT_THAT(connection.events, ElementsAre("variables", "data", "variables", "no access A 0"));
+    EXPECT_EQ(Value("A"), "/1");
+    EXPECT_EQ(Value("B"), "3/0");
+    EXPECT_EQ(connection.GetVarDefInfo("A"), nullptr);
+    EXPECT_NE(connection.GetVarDefInfo("B"), nullptr);
+    server.Send(VariableDefinitions{{{"A", {{"un", "bar"}}}}, true});
+    server.SendValue(1, value::CVal(7));
+    network.Deliver();
+    EXPECT_EQ(Value("A"), "7/0");
+    EXPECT_EQ(connection.GetVarDefInfo("A")->GetText("un"), "bar");
+}
+
 TEST_F(ClientConnectionTest, DefinitionsAreKeptAndReplacedInPlace) {
     Connect();
     EXPECT_EQ(connection.GetVarDefInfo("A"), nullptr);
