@@ -15,6 +15,10 @@ std::string At(std::int64_t time) {
     return std::to_string(time);
 }
 
+std::string Refused(const std::string& order, const std::string& reason) {
+    return "1 Klient Kalvex_stacja, użytkownik NOBODY: odmowa: " + order + ", zmienna X " + reason;
+}
+
 std::string Recovered(std::int64_t operations) {
     return "1 Dane znów są zapisywane, czekało operacji " + std::to_string(operations);
 }
@@ -178,16 +182,46 @@ TEST_F(ServerFailureTest, ClientsAreRefusedBeforeAnythingIsLost) {
     client.Say(vantrel::PeriodRequest{vantrel::PeriodAction::Init, value::KindHour, "X", m_start});
     EXPECT_THAT(Results(client), ElementsAre("1: 5", "2: 5", "3: 5"));
     EXPECT_THAT(Updates(client), ElementsAre("1: 171 0 " + At(m_start) + " 1.00"));
-    EXPECT_THAT(
-        m_log.Take(),
-        ElementsAre("1 Zbyt wiele danych czeka na zapis, zapisy klientów są odrzucane",
-                    "1 Klient Kalvex_stacja: polecenie dla danych raportowych albo archiwalnych "
-                    "odrzucone"));
+    EXPECT_THAT(m_log.Take(),
+                ElementsAre("1 Zbyt wiele danych czeka na zapis, zapisy klientów są odrzucane",
+                            Refused("zapis CURDATA", "(zbyt wiele danych czeka na zapis)"),
+                            Refused("zapis HREP", "(zbyt wiele danych czeka na zapis)"),
+                            Refused("zapis ARCH",
+                                    "(zbyt wiele danych czeka na zapis, nie przyjęto żadnej "
+                                    "z wartości: 1)"),
+                            Refused("rozpoczęcie HREP", "(zbyt wiele danych czeka na zapis)")));
     TickBlocked(700);
     EXPECT_THAT(Unblock(), ElementsAre(Recovered(706)));
     EXPECT_EQ(Archive("S").size(), 1u);
     EXPECT_EQ(Modify(client, value::KindCurrent, "X", 0, value::CVal(8)), vantrel::ResultOk);
     EXPECT_THAT(m_log.Take(), IsEmpty());
+}
+
+TEST_F(ServerFailureTest, RefusedWriteMayComeAgain) {
+    m_storeSettings.limits = {.clients = 1, .urgent = 1'000'000, .background = 1'000'000};
+    Start(kPlant);
+    Tick();
+    TestClient& client = Connect();
+    vantrel::LoginRequest login;
+    login.clientName = "Kalvex_stacja";
+    login.token = "t";
+    client.Say(std::move(login));
+    const auto write = [&client] {
+        client.Say(
+            vantrel::ModifyRequests{{{1, value::KindCurrent, "X", 0, value::CVal(7), 1},
+                                     {2, value::KindCurrent, "NIE_MA", 0, value::CVal(7), 2}}});
+    };
+    Block();
+    TickBlocked(1);
+    AwaitFailure();
+    write();
+    EXPECT_THAT(Results(client), ElementsAre("1: 5", "2: 1"));
+    Unblock();
+    write();
+    Settle();
+    EXPECT_THAT(Results(client), ElementsAre("2: 1", "1: 0"));
+    write();
+    EXPECT_THAT(Results(client), ElementsAre("1: 0", "2: 1"));
 }
 
 // S is sampled every ten minutes and A is a sum of such samples; X does not change.

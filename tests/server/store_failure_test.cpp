@@ -19,6 +19,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 constexpr std::int64_t kBatch = 20000;
 
@@ -42,9 +43,9 @@ class StoreFailureTest : public testing::Test {
 
     void Execute(const char* sql) { ASSERT_TRUE(m_other.Execute(sql)) << m_other.ErrorText(); }
 
-    std::int64_t Count(const char* what) {
+    std::int64_t Count(const std::string& what) {
         platform::SqliteStatement select;
-        const std::string sql = std::string("SELECT count(*) FROM ") + what;
+        const std::string sql = "SELECT count(*) FROM " + what;
         EXPECT_TRUE(select.Prepare(m_other, sql.c_str())) << m_other.ErrorText();
         return select.Next() ? select.Integer(0) : -1;
     }
@@ -181,8 +182,24 @@ TEST_F(StoreFailureTest, CutSubmissionTellsTheReportsOfAllItsParts) {
     operations.back() = PutValue{m_x, value::KindSpan, 7, value::CVal(1)};
     Submit(1, std::move(operations));
     Finish();
-    EXPECT_THAT(m_changed,
-                ElementsAre(testing::Pair(value::KindHour, 0), testing::Pair(value::KindSpan, 7)));
+    EXPECT_THAT(m_changed, ElementsAre(Pair(Pair(value::KindHour, 0), 1u),
+                                       Pair(Pair(value::KindSpan, 7), 2u)));
+}
+
+TEST_F(StoreFailureTest, ChangesThatWereTakenBackAreNotKept) {
+    Open();
+    Execute("ALTER TABLE progress RENAME TO elsewhere");
+    Submit(1, {PutValue{m_x, value::KindHour, 0, value::CVal(1)}, SaveProgress{"hour", 1}});
+    m_pause->Await(1);
+    EXPECT_EQ(Count("report_changes"), 0);
+    Execute("ALTER TABLE elsewhere RENAME TO progress");
+    m_pause->Allow(1);
+    Finish();
+    ASSERT_EQ(m_changed.size(), 1u);
+    EXPECT_EQ(m_changed.begin()->first, std::pair(value::KindHour, std::int64_t{0}));
+    EXPECT_EQ(Count("report_changes"), 1);
+    EXPECT_EQ(Count("report_changes WHERE sequence = " + std::to_string(m_changed.begin()->second)),
+              1);
 }
 
 TEST_F(StoreFailureTest, SubmissionThatFitsATransactionIsNotCut) {

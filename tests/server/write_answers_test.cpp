@@ -93,6 +93,17 @@ TEST_F(WriteAnswersTest, WriteUnderWayIsAnsweredThoughNotKept) {
     EXPECT_EQ(Meet("a", 1), "new");
 }
 
+TEST_F(WriteAnswersTest, AbandonedWriteMayComeAgain) {
+    Do("a", 1);
+    EXPECT_EQ(Meet("a", 2), "new");
+    m_answers.Abandon("a", 2);
+    EXPECT_EQ(Meet("a", 2), "new");
+    EXPECT_EQ(Meet("a", 1), "0");
+    EXPECT_EQ(Meet("b", 1), "new");
+    m_answers.Abandon("b", 1);
+    EXPECT_EQ(Meet("b", 1), "new");
+}
+
 TEST_F(WriteAnswersTest, TokenThatHasNotWrittenForLongestGoesFirst) {
     std::vector<SaveAnswer> kept;
     std::int64_t number = 0;
