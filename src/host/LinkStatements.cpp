@@ -8,6 +8,7 @@
 #include "host/LinkTests.h"
 #include "operands/OperandEvaluator.h"
 #include "text/LineScanner.h"
+#include "text/TextFormat.h"
 #include "value/ValueText.h"
 
 namespace kalvex::host {
@@ -17,6 +18,7 @@ namespace {
 constexpr std::uint32_t kDefaultTimeout = 5000;
 constexpr std::uint32_t kFtpPort = 21;
 constexpr std::uint32_t kHttpPort = 80;
+constexpr const char* kTooManyTests = "Trwa już %d sprawdzeń połączeń, więcej być nie może";
 
 LinkTests& TestsOf(operands::ScriptContext& script) {
     return script.GetPart<LinkTests>(operands::PartId::LinkTests, script.Services());
@@ -61,6 +63,14 @@ bool ReadOptionalPort(operands::ScriptContext& script, std::string_view token, s
     return true;
 }
 
+engine::LineOutcome StartTest(engine::CKalvexDoc& document, LinkKind kind, LinkTarget target) {
+    if (TestsOf(document).Start(kind, std::move(target))) return engine::LineOutcome::Finished;
+    return document.FailForced(
+        operands::ErrorOther,
+        text::FormatText(document.Services().translator.Translate(kTooManyTests),
+                         {std::to_string(kMostLinkTests)}));
+}
+
 operands::FunctionResult TakeResult(operands::FunctionCall& call, LinkKind kind, bool cutsPort) {
     std::string address;
     if (!ReadText(call.script, call.arguments[0], address)) return operands::FunctionResult::Failed;
@@ -82,8 +92,7 @@ engine::LineOutcome ExecutePingInit(engine::StatementCall& call) {
         target.timeout = ReadMilliseconds(std::string_view(target.address).substr(colon + 1));
         target.address.resize(colon);
     }
-    TestsOf(call.document).Start(LinkKind::Ping, std::move(target));
-    return engine::LineOutcome::Finished;
+    return StartTest(call.document, LinkKind::Ping, std::move(target));
 }
 
 engine::LineOutcome ExecuteFtpInit(engine::StatementCall& call) {
@@ -101,8 +110,7 @@ engine::LineOutcome ExecuteFtpInit(engine::StatementCall& call) {
     if (!ReadOptionalText(document, text::NextToken(call.rest), target.password)) {
         return engine::LineOutcome::Failed;
     }
-    TestsOf(document).Start(LinkKind::Ftp, std::move(target));
-    return engine::LineOutcome::Finished;
+    return StartTest(document, LinkKind::Ftp, std::move(target));
 }
 
 engine::LineOutcome ExecuteHttpInit(engine::StatementCall& call) {
@@ -113,8 +121,7 @@ engine::LineOutcome ExecuteHttpInit(engine::StatementCall& call) {
     if (!ReadOptionalPort(call.document, text::NextToken(call.rest), target.port)) {
         return engine::LineOutcome::Failed;
     }
-    TestsOf(call.document).Start(LinkKind::Http, std::move(target));
-    return engine::LineOutcome::Finished;
+    return StartTest(call.document, LinkKind::Http, std::move(target));
 }
 
 operands::FunctionResult PingResultFunction(operands::FunctionCall& call) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <exception>
 #include <mutex>
+#include <set>
 
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
@@ -32,6 +33,12 @@ LinkKindRow& RowOf(LinkKind kind) {
         {{"ExecuteHttpConnectionThread", 104}, RunHttp, {}},
     };
     return rows[static_cast<std::size_t>(kind)];
+}
+
+// The threads of all documents that are not joined yet. Main thread.
+int& ThreadCount() {
+    static int count = 0;
+    return count;
 }
 
 // A lock that is not to be had within the limit ends the process.
@@ -173,15 +180,14 @@ LinkTests::LinkTests(const operands::ValueServices& services)
 LinkTests::~LinkTests() {
     for (const LinkKind kind : {LinkKind::Ping, LinkKind::Ftp, LinkKind::Http}) {
         const LinkLock lock(kind);
-        for (Tests& tests = TestsOf(kind); !tests.empty(); tests.pop_back()) {
-            tests.back().worker.join();
-        }
+        for (Tests& tests = TestsOf(kind); !tests.empty(); tests.pop_back()) Join(tests.back());
     }
     m_inbox->Run();
 }
 
-void LinkTests::Start(LinkKind kind, LinkTarget target) {
-    RunningTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
+bool LinkTests::Start(LinkKind kind, LinkTarget target) {
+    if (ThreadCount() >= kMostLinkTests) return false;
+    StartedTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
     const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
         m_inbox->Post([this, text, values = std::move(values), level] {
             m_services.log.Log(text::FormatText(m_services.translator.Translate(text), values),
@@ -190,14 +196,37 @@ void LinkTests::Start(LinkKind kind, LinkTarget target) {
     };
     test.worker = m_services.probes->StartThread(
         RowOf(kind).identity,
-        [kind, info = test.info.get(), probes = m_services.probes, log] {
+        [this, kind, info = test.info.get(), probes = m_services.probes, log] {
             const int result = RunLinkTest(kind, *info, *probes, log);
             info->running.store(0);
             info->result.store(result);
+            m_inbox->Post([this, kind] { JoinFinished(kind); });
         });
-    if (!test.worker.joinable()) return;
+    if (!test.worker.joinable()) return true;
+    ++ThreadCount();
     const LinkLock lock(kind);
     TestsOf(kind).push_back(std::move(test));
+    return true;
+}
+
+void LinkTests::Join(StartedTest& test) {
+    if (!test.worker.joinable()) return;
+    test.worker.join();
+    --ThreadCount();
+}
+
+// Of the finished tests of an address the newest alone can still be asked for.
+void LinkTests::JoinFinished(LinkKind kind) {
+    const LinkLock lock(kind);
+    Tests& tests = TestsOf(kind);
+    std::set<std::string_view> newer;
+    for (std::size_t i = tests.size(); i-- > 0;) {
+        StartedTest& test = tests[i];
+        if (test.info->running.load() != 0) continue;
+        Join(test);
+        if (newer.insert(test.info->address).second) continue;
+        tests.erase(tests.begin() + static_cast<std::ptrdiff_t>(i));
+    }
 }
 
 int LinkTests::TakeResult(LinkKind kind, std::string_view address) {
@@ -207,13 +236,13 @@ int LinkTests::TakeResult(LinkKind kind, std::string_view address) {
         const LinkLock lock(kind);
         Tests& tests = TestsOf(kind);
         for (std::size_t i = tests.size(); i-- > 0;) {
-            RunningTest& test = tests[i];
+            StartedTest& test = tests[i];
             if (test.info->address != address) continue;
             if (test.info->running.load() != 0) {
                 anyRunning = true;
                 continue;
             }
-            test.worker.join();
+            Join(test);
             if (result == LinkUnknown) result = test.info->result.load();
             tests.erase(tests.begin() + static_cast<std::ptrdiff_t>(i));
         }

@@ -42,6 +42,9 @@ struct CLinkInfo : LinkTarget {
     std::atomic<std::int32_t> result{LinkRunning};
 };
 
+// Tests that run at once in this process.
+inline constexpr int kMostLinkTests = 1000;
+
 // Takes a text (UTF-8, with a place for each value) to the log. Any thread.
 using LinkLog = std::function<void(const char* text, std::vector<std::string> values, int level)>;
 
@@ -56,21 +59,24 @@ class LinkTests final : public operands::DocumentPart {
     explicit LinkTests(const operands::ValueServices& services);
     ~LinkTests() override;
 
-    // Leaves no trace when the thread cannot be started.
-    void Start(LinkKind kind, LinkTarget target);
+    // False when too many tests run. Leaves no trace when the thread cannot be started.
+    bool Start(LinkKind kind, LinkTarget target);
 
     // LinkRunning while any test of the address runs, else the result of the newest; finished tests
     // of the address are gone then.
     int TakeResult(LinkKind kind, std::string_view address);
 
   private:
-    struct RunningTest {
+    struct StartedTest {
         std::unique_ptr<CLinkInfo> info;
-        std::thread worker;
+        std::thread worker;  // joined as soon as it has finished
     };
-    using Tests = std::vector<RunningTest>;
+    using Tests = std::vector<StartedTest>;
 
     Tests& TestsOf(LinkKind kind) { return m_links[static_cast<std::size_t>(kind)]; }
+
+    static void Join(StartedTest& test);
+    void JoinFinished(LinkKind kind);
 
     const operands::ValueServices& m_services;
     const std::shared_ptr<platform::PostedWork> m_inbox;  // of what the workers hand over

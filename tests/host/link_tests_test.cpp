@@ -9,6 +9,7 @@
 
 #include "operands/OperandEvaluator.h"
 #include "platform/posix/NetworkProbes.h"
+#include "support/allocation_count.h"
 #include "support/host_world.h"
 #include "support/loopback.h"
 
@@ -92,6 +93,11 @@ class PlayedProbes final : public platform::NetworkProbes {
     std::vector<std::string> Notes() {
         const std::lock_guard lock(m_mutex);
         return m_notes;
+    }
+
+    void ForgetNotes() {
+        const std::lock_guard lock(m_mutex);
+        m_notes.clear();
     }
 
     bool refusesThreads = false;
@@ -463,6 +469,57 @@ TEST_F(LinkTestsTest, WhatComesAfterTheEndOfTheDocumentIsNotTouched) {
     EXPECT_EQ(Log().size(), 1U);
     loop.Run();
     EXPECT_EQ(Log().size(), 1U);
+}
+
+TEST_F(LinkTestsTest, ChecksThatNobodyCollectsKeepNoThread) {
+    services.loop = &loop;
+    LinkTests tests(services);
+    for (int i = 0; i < 1500; ++i) {
+        ASSERT_TRUE(tests.Start(LinkKind::Ping, Address("a" + std::to_string(i)))) << i;
+        probes.WaitForFinished(i + 1);
+        loop.Run();
+    }
+    probes.pings["a7"] = 5;
+    EXPECT_TRUE(tests.Start(LinkKind::Ping, Address("a7")));
+    probes.WaitForFinished(1501);
+    loop.Run();
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a7"), 5);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a7"), -101);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a1499"), 0);
+}
+
+TEST_F(LinkTestsTest, ChecksOfOneAddressThatNobodyCollectsTakeTheMemoryOfOne) {
+    services.loop = &loop;
+    LinkTests tests(services);
+    std::int64_t afterOne = 0;
+    for (int i = 0; i < 500; ++i) {
+        tests.Start(LinkKind::Ftp, Address("a"));
+        probes.WaitForFinished(i + 1);
+        loop.Run();
+        probes.ForgetNotes();
+        if (i == 10) afterOne = support::HeldBytes();
+    }
+    EXPECT_LE(support::HeldBytes(), afterOne + 10'000);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ftp, "a"), -4);
+}
+
+TEST_F(LinkTestsTest, OnlySoManyChecksRunAtOnceInAllScripts) {
+    services.loop = &loop;
+    LinkTests other(services);
+    for (int i = 0; i < 999; ++i) ASSERT_TRUE(other.Start(LinkKind::Ping, Address("czeka"))) << i;
+    const std::string tooMany = "2: 11 Trwa już 1000 sprawdzeń połączeń, więcej być nie może";
+    const std::vector<std::string> lines = {"PING_INIT \"czeka\"", "FTP_INIT \"a\" 21 \"u\"",
+                                            "HTTP_INIT \"a\""};
+    EXPECT_EQ(Run(lines), tooMany);
+    EXPECT_EQ(Run({"; uwaga", "PING_INIT \"a\""}), tooMany);
+    EXPECT_EQ(Run({"; uwaga", "HTTP_INIT \"a\""}), tooMany);
+    EXPECT_THAT(Log(), testing::Contains("main.kx : Linia 2 - Inny błąd : Trwa już 1000 sprawdzeń "
+                                         "połączeń, więcej być nie może"));
+    probes.Release();
+    probes.WaitForFinished(1000);
+    loop.Run();
+    EXPECT_EQ(Run(lines), "done");
+    EXPECT_EQ(other.TakeResult(LinkKind::Ping, "czeka"), 0);
 }
 
 TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocument) {
