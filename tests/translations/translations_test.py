@@ -13,6 +13,7 @@ TABLES = {
     | {"?", "RC", "D", "X", "C", "INST", "NOLOGIN", "U", "Q", "P", "MIRROR"},
     "src/app/HealthText.cpp": None,
     "src/app/KalvexLog.cpp": {"", "RC: "},
+    "src/host/LinkStatements.cpp": {" \\t"},
     "src/host/LinkTests.cpp": {
         "ExecutePingThread",
         "ExecuteFtpConnectionThread",
