@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <csignal>
+#include <cstdio>
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
@@ -32,10 +33,12 @@ KalvexService::KalvexService(const KalvexdOptions& options)
       m_userLibrary(m_profile, m_translator),
       m_network(m_profile, m_loop, m_translator),
       m_users(m_userLibrary.Store(), platform::AccountName()),
-      m_stream(stdout, app::FormOfStandardOutput()),
       m_app(MakeWorld(options)) {
     m_network.SetLog(m_app.Log());
-    if (options.logStdout) m_app.Log().SetListener(&m_stream);
+    if (options.logStdout) {
+        m_stream.emplace(STDOUT_FILENO, app::FormOf(STDOUT_FILENO), m_clock, m_translator);
+        m_app.Log().SetListener(&*m_stream);
+    }
     m_loop.Ticks().SetListener(
         [this](std::int64_t now, std::int64_t lateness) { m_health.OnTick(now, lateness); });
 }
@@ -123,7 +126,11 @@ int KalvexService::End(int status, const std::string& text) const {
 int KalvexService::Run() {
     WatchSignals();
     std::string fault;
-    if (m_app.InitInstance()) {
+    const bool started = m_app.InitInstance();
+    if (!m_app.GetLogFault().empty()) {
+        std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(m_app.GetLogFault()).c_str());
+    }
+    if (started) {
         if (OfferFigures(fault)) {
             ReportToManager();
             m_loop.Run();

@@ -1,8 +1,8 @@
 // A module as a service: the real world, and the application in it. Main thread.
 #pragma once
 
-#include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/Health.h"
@@ -57,7 +57,7 @@ class KalvexService {
     UserLibrary m_userLibrary;
     NetworkLibrary m_network;
     platform::UserSession m_users;
-    app::LogStream m_stream;
+    std::optional<app::LogStream> m_stream;
     app::Health m_health{SteadyMicroseconds()};
     app::CKalvexApp m_app;
     std::unique_ptr<platform::HttpEndpoint> m_endpoint;
