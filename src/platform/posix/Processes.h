@@ -5,7 +5,9 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/Processes.h"
@@ -31,6 +33,13 @@ class PosixProcesses final : public Processes {
     // Through the program's windows where it has some, else by SIGTERM.
     bool RequestClose(int id) override;
     void WaitSecond() override;
+    bool IsEnding() const override { return m_isEnding && m_isEnding(); }
+
+    // Calls `afterSecond` behind each second that is waited for; `isEnding` answers for IsEnding.
+    void OnWait(std::function<void()> afterSecond, std::function<bool()> isEnding) {
+        m_afterSecond = std::move(afterSecond);
+        m_isEnding = std::move(isEnding);
+    }
 
   private:
     struct Entry {
@@ -47,6 +56,8 @@ class PosixProcesses final : public Processes {
     std::unordered_map<int, Entry> m_byId;
     std::vector<int> m_running;  // identifiers; some may have ended since
     int m_lastId = 0;            // the greatest one given so far
+    std::function<void()> m_afterSecond;
+    std::function<bool()> m_isEnding;
 };
 
 }  // namespace kalvex::platform
