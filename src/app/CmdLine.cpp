@@ -66,10 +66,15 @@ CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
             continue;
         }
         Option& found = m_options.emplace_back(Option{row, {}});
+        std::string written(argument);
         if (sign != std::string_view::npos) {
             found.value = option.substr(sign + 1);
         } else if (row->value != CmdLineValue::None && i + 1 < arguments.size()) {
             found.value = arguments[++i];
+            written += ' ' + found.value;
+        }
+        if (row->value == CmdLineValue::Integer && !text::ReadWholeNumber<int>(found.value)) {
+            m_withoutNumber.push_back(std::move(written));
         }
     }
 }
@@ -93,10 +98,17 @@ std::optional<int> CCmdLine::GetIntOption(std::string_view name) const {
     return text::ReadWholeNumber<int>(option->value);
 }
 
-std::string CCmdLine::GetWarning(const platform::Translator& translator) const {
-    if (m_unknown.empty()) return {};
-    return text::FormatText(translator.Translate("Pominięte parametry wiersza poleceń: %s"),
-                            {text::FromUtf8(fmt::format("{}", fmt::join(m_unknown, " ")))});
+std::vector<std::string> CCmdLine::GetWarnings(const platform::Translator& translator) const {
+    std::vector<std::string> warnings;
+    const auto warn = [&](const std::string& text, const std::vector<std::string>& arguments) {
+        if (arguments.empty()) return;
+        const std::string list = fmt::format("{}", fmt::join(arguments, " "));
+        warnings.push_back(text::FormatText(text, {text::FromUtf8(list)}));
+    };
+    warn(translator.Translate("Pominięte parametry wiersza poleceń: %s"), m_unknown);
+    warn(translator.Translate("Pominięte parametry wiersza poleceń, które wymagają liczby: %s"),
+         m_withoutNumber);
+    return warnings;
 }
 
 std::string CCmdLine::GetHelp(const platform::Translator& translator) {

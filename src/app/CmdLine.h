@@ -28,8 +28,9 @@ class CCmdLine {
     // The whole number that the value is; nothing when it is none.
     std::optional<int> GetIntOption(std::string_view name) const;
 
-    // One line that names what was passed over, an engine text; empty when there is none.
-    std::string GetWarning(const platform::Translator& translator) const;
+    // A line that names what was passed over, and one that names the options whose value is not the
+    // number that it has to be: engine texts.
+    std::vector<std::string> GetWarnings(const platform::Translator& translator) const;
 
     // For "/?": a line for each option, an engine text.
     static std::string GetHelp(const platform::Translator& translator);
@@ -44,6 +45,7 @@ class CCmdLine {
 
     std::vector<Option> m_options;
     std::vector<std::string> m_unknown;
+    std::vector<std::string> m_withoutNumber;
 };
 
 }  // namespace kalvex::app

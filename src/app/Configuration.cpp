@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 
 #include "text/CodePage.h"
@@ -31,6 +32,14 @@ constexpr const char* kLog = "Log";
 constexpr const char* kLogLevel = "Rodzaj";
 
 constexpr const char* kPasswordLabel = "Kalvex";
+
+constexpr const char* kUnreadable = platform::Translatable("Nie można odczytać pliku %s (%s)");
+constexpr const char* kMarked = platform::Translatable(
+    "Plik %s zaczyna się znacznikiem UTF-8, a jest czytany w kodzie Windows-1250");
+constexpr const char* kLost =
+    platform::Translatable("Klucz %s nie otwiera hasła z pliku %s ([%s] %s): źródło bez logowania");
+constexpr const char* kNotWritten =
+    platform::Translatable("Nie można zapisać pliku %s (%s): [%s] %s");
 
 constexpr std::size_t kColumnCount = 7;
 constexpr unsigned int kColumnWidth = 60;
@@ -58,6 +67,19 @@ std::optional<std::string> TakeField(std::string_view& rest) {
     return field;
 }
 
+// The password as the profile has it.
+sources::CSourceDesc ReadSource(std::string_view line) {
+    sources::CSourceDesc description;
+    if (const auto name = TakeField(line)) {
+        description.name = *name;
+        if (const auto user = TakeField(line)) {
+            description.user = *user;
+            description.password = line;
+        }
+    }
+    return description;
+}
+
 bool HasWidth(std::span<const unsigned int> widths) {
     return std::ranges::any_of(widths, [](unsigned int width) { return width != 0; });
 }
@@ -70,6 +92,18 @@ platform::ProfileEntries Numbered(const char* key, const std::vector<std::string
     return entries;
 }
 
+// The values of the numbered keys, up to the first that is missing.
+std::vector<std::string> ListOf(const char* key, const platform::ProfileEntries& entries) {
+    std::vector<std::string> values;
+    for (;;) {
+        const std::string name = fmt::format("{}{}", key, values.size());
+        const auto found = std::ranges::find_if(
+            entries, [&](const auto& entry) { return text::EqualNoCase(entry.first, name); });
+        if (found == entries.end() || found->second.empty()) return values;
+        values.push_back(found->second);
+    }
+}
+
 }  // namespace
 
 void ConfigurationStore::ReadName(KalvexConfiguration& configuration) const {
@@ -77,9 +111,8 @@ void ConfigurationStore::ReadName(KalvexConfiguration& configuration) const {
 }
 
 void ConfigurationStore::ReadSources(KalvexConfiguration& configuration) const {
-    for (const std::string& line : ReadList(kSources, kSource)) {
-        configuration.sources.push_back(ReadSource(line));
-    }
+    std::ranges::move(OpenSources(ReadList(kSources, kSource)),
+                      std::back_inserter(configuration.sources));
 }
 
 void ConfigurationStore::ReadWindows(KalvexConfiguration& configuration) const {
@@ -132,45 +165,82 @@ std::vector<std::string> ConfigurationStore::ReadList(std::string_view section,
     }
 }
 
-sources::CSourceDesc ConfigurationStore::ReadSource(std::string_view line) const {
-    sources::CSourceDesc description;
-    std::string password;
-    if (const auto name = TakeField(line)) {
-        description.name = *name;
-        if (const auto user = TakeField(line)) {
-            description.user = *user;
-            password = DecodePassword(line);
-        }
+// All are opened before one is protected for the memory, so that a key that is missing shows and is
+// not made anew.
+std::vector<sources::CSourceDesc> ConfigurationStore::OpenSources(
+    const std::vector<std::string>& lines) const {
+    std::vector<sources::CSourceDesc> sources;
+    std::vector<std::optional<std::string>> passwords;
+    for (const std::string& line : lines) {
+        sources.push_back(ReadSource(line));
+        passwords.push_back(DecodePassword(sources.back().password));
     }
-    description.password = m_crypt.EncryptText(password);
-    platform::CCrypt::SecureEmptyString(password);
-    return description;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        sources[i].lost = !passwords[i];
+        if (sources[i].lost) continue;
+        sources[i].password = m_crypt.EncryptText(*passwords[i]);
+        platform::CCrypt::SecureEmptyString(*passwords[i]);
+    }
+    return sources;
 }
 
-bool ConfigurationStore::HasLostPasswords() const {
-    return std::ranges::any_of(ReadList(kSources, kSource), [this](std::string_view line) {
-        return TakeField(line) && TakeField(line) && platform::CCrypt::GetCryptHeader(line) &&
-               !m_crypt.DecryptTextWithLabel(kPasswordLabel, line);
+std::optional<std::string> ConfigurationStore::DecodePassword(std::string_view text) const {
+    if (!platform::CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
+    return m_crypt.DecryptTextWithLabel(kPasswordLabel, text);
+}
+
+bool ConfigurationStore::EditSources(
+    const std::function<bool(std::vector<sources::CSourceDesc>&)>& change) {
+    // The key lies beside the profile, so it has to be there before the profile is locked.
+    OpenSources(ReadList(kSources, kSource));
+    if (!m_crypt.EncryptTextWithLabel(kPasswordLabel, {})) return false;
+    return m_profile.EditProfileSectionEx(kSources, [&](platform::ProfileEntries& entries) {
+        std::vector<sources::CSourceDesc> sources = OpenSources(ListOf(kSource, entries));
+        if (!change(sources)) return false;
+        std::vector<std::string> lines;
+        for (const sources::CSourceDesc& source : sources) lines.push_back(SealSource(source));
+        entries = Numbered(kSource, lines);
+        return true;
     });
 }
 
-std::string ConfigurationStore::DecodePassword(std::string_view text) const {
-    if (!platform::CCrypt::GetCryptHeader(text)) return DecodePlainPassword(text);
-    return m_crypt.DecryptTextWithLabel(kPasswordLabel, text).value_or(std::string());
+std::string ConfigurationStore::SealSource(const sources::CSourceDesc& source) const {
+    const std::string head = source.name + ',' + source.user + ',';
+    if (source.lost) return head + source.password;
+    std::string password = m_crypt.CanDecryptText(source.password)
+                               ? m_crypt.DecryptText(source.password)
+                               : source.password;
+    // The key lasts, or the sources are not written.
+    const std::string sealed = m_crypt.EncryptTextWithLabel(kPasswordLabel, password).value();
+    platform::CCrypt::SecureEmptyString(password);
+    return head + sealed;
 }
 
 void ConfigurationStore::WriteSources(const KalvexConfiguration& configuration) {
-    std::vector<std::string> lines;
-    for (const sources::CSourceDesc& source : configuration.sources) {
-        std::string password = m_crypt.CanDecryptText(source.password)
-                                   ? m_crypt.DecryptText(source.password)
-                                   : source.password;
-        const auto sealed = m_crypt.EncryptTextWithLabel(kPasswordLabel, password);
-        platform::CCrypt::SecureEmptyString(password);
-        if (!sealed) return;
-        lines.push_back(source.name + ',' + source.user + ',' + *sealed);
+    EditSources([&](std::vector<sources::CSourceDesc>& sources) {
+        sources = configuration.sources;
+        return true;
+    });
+}
+
+std::vector<std::string> ConfigurationStore::FindFaults(
+    const KalvexConfiguration& configuration, const std::string& profile,
+    const platform::Translator& translator) const {
+    std::vector<std::string> faults;
+    const auto add = [&](const char* text, std::initializer_list<std::string> values) {
+        faults.push_back(platform::InWords({text, values}, translator));
+    };
+    const std::string common = m_profile.GetCommonProfilePath();
+    std::string reason;
+    if (m_profile.HasMark()) add(kMarked, {profile});
+    if (!m_profile.IsReadable(reason, common)) add(kUnreadable, {common, reason});
+    if (m_profile.HasMark(common)) add(kMarked, {common});
+    for (std::size_t i = 0; i < configuration.sources.size(); ++i) {
+        if (!configuration.sources[i].lost) continue;
+        add(kLost, {m_crypt.GetKeyFile(), profile, kSources, fmt::format("{}{}", kSource, i)});
     }
-    m_profile.WriteProfileSectionEx(kSources, Numbered(kSource, lines));
+    std::ranges::transform(faults, faults.begin(), text::FromUtf8);
+    return faults;
 }
 
 void ConfigurationStore::WriteColumns(const KalvexConfiguration& configuration) {
@@ -186,11 +256,18 @@ void ConfigurationStore::WriteColumns(const KalvexConfiguration& configuration) 
     m_profile.WriteProfileStringEx(kWindows, text::FromUtf8(kColumns), text);
 }
 
-void ConfigurationStore::WriteLogLevel(const KalvexConfiguration& configuration) {
-    if (m_consoleClient) return;
+bool ConfigurationStore::WriteLogLevel(const KalvexConfiguration& configuration) {
+    if (m_consoleClient) return true;
     const bool transmission = configuration.logLevel == platform::LogTransmission;
-    m_profile.WriteProfileIntEx(kLog, kLogLevel,
-                                transmission ? platform::LogErrors : configuration.logLevel);
+    return m_profile.WriteProfileIntEx(kLog, kLogLevel,
+                                       transmission ? platform::LogErrors : configuration.logLevel);
+}
+
+std::string ConfigurationStore::WhyNoLogLevel(const std::string& profile,
+                                              const platform::Translator& translator) const {
+    const std::string reason = platform::InWords({m_profile.GetWriteFault().c_str()}, translator);
+    return text::FromUtf8(
+        platform::InWords({kNotWritten, {profile, reason, kLog, kLogLevel}}, translator));
 }
 
 void ConfigurationStore::WriteApplication(const KalvexConfiguration& configuration) {
@@ -214,8 +291,9 @@ std::string ProfileFileName(int instance) {
 }
 
 std::string ReadRootFolder(const platform::Profile& profile, const std::string& workingDir) {
-    const std::filesystem::path folder =
-        platform::NativePath(profile.GetProfileStringEx(kGeneral, text::FromUtf8(kRootFolder)));
+    std::string name = profile.GetProfileStringEx(kGeneral, text::FromUtf8(kRootFolder));
+    std::ranges::replace(name, '\\', '/');
+    const std::filesystem::path folder = platform::NativePath(name);
     return folder.empty() ? workingDir : (workingDir / folder).lexically_normal().string();
 }
 

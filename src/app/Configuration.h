@@ -1,7 +1,9 @@
 // The settings of the process and the profile that keeps them. Main thread. Texts are engine texts.
 #pragma once
 
+#include <functional>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include "platform/LogSink.h"
 #include "platform/Paths.h"
 #include "platform/Profile.h"
+#include "platform/Translator.h"
 #include "sources/ClientInterface.h"
 
 namespace kalvex::app {
@@ -35,7 +38,8 @@ class ConfigurationStore {
                        const platform::Paths& paths, bool consoleClient)
         : m_profile(profile), m_crypt(crypt), m_paths(paths), m_consoleClient(consoleClient) {}
 
-    // A missing key leaves the default; lists are appended to.
+    // A missing key leaves the default; lists are appended to. A password that the key does not
+    // open stays as the profile has it.
     void ReadName(KalvexConfiguration& configuration) const;
     void ReadSources(KalvexConfiguration& configuration) const;
     void ReadWindows(KalvexConfiguration& configuration) const;  // with the scripts to start
@@ -43,23 +47,33 @@ class ConfigurationStore {
     void ReadRights(KalvexConfiguration& configuration) const;
     void ReadLogLevel(KalvexConfiguration& configuration) const;
 
-    // Whether the store has a password of a source that the key does not open. To write the
-    // sources would lose it for good.
-    bool HasLostPasswords() const;
+    // What has to be said of the profile, a path, of that of the machine, and of the sources that
+    // have been read from it: engine texts that name the file, and the entry where it is one.
+    std::vector<std::string> FindFaults(const KalvexConfiguration& configuration,
+                                        const std::string& profile,
+                                        const platform::Translator& translator) const;
 
-    // What cannot be written is not reported. Sources are written all together or, when a password
-    // cannot be protected, not at all. A console client writes no log level, and transmission is
-    // never kept as one.
+    // Has the sources changed and writes them, if `change` says so, with no other writer in
+    // between: all of them or, when a password cannot be protected, none. False when they could not
+    // be written.
+    bool EditSources(const std::function<bool(std::vector<sources::CSourceDesc>&)>& change);
+
+    // What cannot be written is not reported, but for the log level. A console client writes no log
+    // level, and transmission is never kept as one.
     void WriteSources(const KalvexConfiguration& configuration);
     void WriteColumns(const KalvexConfiguration& configuration);
-    void WriteLogLevel(const KalvexConfiguration& configuration);
+    bool WriteLogLevel(const KalvexConfiguration& configuration);
+    // What is said of a level that could not be written to the profile, an engine text.
+    std::string WhyNoLogLevel(const std::string& profile,
+                              const platform::Translator& translator) const;
     // What the application dialog has: windows, scripts to start, log level, rights.
     void WriteApplication(const KalvexConfiguration& configuration);
 
   private:
     std::vector<std::string> ReadList(std::string_view section, std::string_view key) const;
-    sources::CSourceDesc ReadSource(std::string_view line) const;
-    std::string DecodePassword(std::string_view text) const;
+    std::vector<sources::CSourceDesc> OpenSources(const std::vector<std::string>& lines) const;
+    std::string SealSource(const sources::CSourceDesc& source) const;
+    std::optional<std::string> DecodePassword(std::string_view text) const;
 
     platform::Profile& m_profile;
     const platform::CCrypt& m_crypt;

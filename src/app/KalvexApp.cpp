@@ -1,5 +1,7 @@
 #include "app/KalvexApp.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "platform/Threads.h"
@@ -86,8 +88,11 @@ void CKalvexApp::LogAppStart() {
                                {m_configuration.moduleName}),
               platform::LogAlways);
     m_startLogged = true;
-    const std::string warning = m_cmdLine.GetWarning(m_world.translator);
-    if (!warning.empty()) m_log.Log(warning, platform::LogErrors);
+    std::vector<std::string> warnings = m_cmdLine.GetWarnings(m_world.translator);
+    std::ranges::move(m_store->FindFaults(m_configuration, m_profile, m_world.translator),
+                      std::back_inserter(warnings));
+    if (!m_logFault.empty()) warnings.push_back(m_logFault);
+    for (const std::string& warning : warnings) m_log.Log(warning, platform::LogErrors);
 }
 
 void CKalvexApp::LogAppStop() {
@@ -134,7 +139,8 @@ void CKalvexApp::ShowStatusLine(std::string_view text) {
 
 void CKalvexApp::OnLogLevel(int level) {
     m_configuration.logLevel = level;
-    m_store->WriteLogLevel(m_configuration);
+    if (m_store->WriteLogLevel(m_configuration)) return;
+    m_log.Log(m_store->WhyNoLogLevel(m_profile, m_world.translator), platform::LogErrors);
 }
 
 }  // namespace kalvex::app

@@ -53,6 +53,8 @@ class CKalvexApp final : private LogOutlets {
     // Parameter 0: another user is logged in, 1: something else to tell of; any other: rights may
     // have changed.
     void OnUserBroadcast(unsigned int parameter, std::string_view info);
+    // Why lines cannot be written to the file of the log, an engine text; empty when they can.
+    const std::string& GetLogFault() const { return m_logFault; }
     // The files may have been moved: the next line goes to those that bear the names then.
     void ReopenLogFiles();
     // Takes effect at once, is told and kept.
@@ -136,6 +138,7 @@ class CKalvexApp final : private LogOutlets {
     std::unique_ptr<engine::DocumentServices> m_services;
     std::unique_ptr<ScriptDocuments> m_documents;
     std::unique_ptr<CMainFrame> m_frame;
+    std::string m_logFault;
     bool m_startLogged = false;
     bool m_closing = false;
     AppEnd m_end;

@@ -55,6 +55,7 @@ class CLog {
     // counted, and told in the file when it can be written again.
     void SetLogFile(std::string path, std::size_t maxBytes);
     void ReopenLogFile() { m_file.Reopen(); }
+    bool CanOpenLogFile(std::string& error) const { return m_file.CanOpen(error); }
 
     // None by default; not owned.
     void SetListener(LogListener* listener) { m_listener = listener; }
@@ -71,6 +72,9 @@ class CLog {
     std::deque<LogMessage> m_messages;
     LogListener* m_listener = nullptr;
 };
+
+// What is said in the place of lines that are lost.
+std::string GapText(std::uint64_t lost, const platform::Translator& translator);
 
 // The line as it is shown.
 std::string FormatLogLine(const LogMessage& message);

@@ -1,6 +1,7 @@
 #include "app/LogStream.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,12 +17,22 @@ constexpr int kPriorities[] = {5, 3, 6, 7};
 
 }  // namespace
 
-LogStreamForm FormOfStandardOutput() {
-    return std::getenv("JOURNAL_STREAM") != nullptr ? LogStreamForm::Priority
-                                                    : LogStreamForm::Stamped;
+// Programs that a service of the journal starts inherit the variable, but not the stream.
+LogStreamForm FormOf(int descriptor) {
+    const char* journal = std::getenv("JOURNAL_STREAM");
+    struct stat info {};
+    const bool same = journal != nullptr && ::fstat(descriptor, &info) == 0 &&
+                      fmt::format("{}:{}", info.st_dev, info.st_ino) == journal;
+    return same ? LogStreamForm::Priority : LogStreamForm::Stamped;
 }
 
-void LogStream::OnLogMessage(const LogMessage& message) {
+LogStream::LogStream(int descriptor, LogStreamForm form, const platform::Clock& clock,
+                     const platform::Translator& translator)
+    : m_form(form), m_writer(descriptor, [this, &clock, &translator](std::uint64_t lost) {
+          return LineOf({clock.Now(), platform::LogAlways, GapText(lost, translator)});
+      }) {}
+
+std::string LogStream::LineOf(const LogMessage& message) const {
     const int highest = static_cast<int>(std::size(kPriorities)) - 1;
     std::string line =
         m_form == LogStreamForm::Stamped
@@ -30,9 +41,7 @@ void LogStream::OnLogMessage(const LogMessage& message) {
                           message.text);
     std::ranges::replace_if(
         line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-    line = text::ToUtf8(line) + '\n';
-    std::fwrite(line.data(), 1, line.size(), m_stream);
-    std::fflush(m_stream);
+    return text::ToUtf8(line);
 }
 
 }  // namespace kalvex::app

@@ -1,9 +1,8 @@
-// The log on standard output, for a service manager or a person.
+// The log on standard output, for a service manager or a person. Main thread.
 #pragma once
 
-#include <cstdio>
-
 #include "app/Log.h"
+#include "platform/LineWriter.h"
 
 namespace kalvex::app {
 
@@ -12,18 +11,23 @@ enum class LogStreamForm {
     Priority,  // "<3>text": the journal sets the time and understands the level
 };
 
-// Priority where the journal itself reads standard output.
-LogStreamForm FormOfStandardOutput();
+// Priority where the journal itself reads the descriptor.
+LogStreamForm FormOf(int descriptor);
 
 class LogStream final : public LogListener {
   public:
-    // The stream is not owned. A line that it does not take is lost.
-    LogStream(std::FILE* stream, LogStreamForm form) : m_stream(stream), m_form(form) {}
-    void OnLogMessage(const LogMessage& message) override;
+    // Nothing is owned; clock and translator may be asked by another thread. A line that the
+    // descriptor does not take waits, and no one waits for it; lines that are lost are told by
+    // their number.
+    LogStream(int descriptor, LogStreamForm form, const platform::Clock& clock,
+              const platform::Translator& translator);
+    void OnLogMessage(const LogMessage& message) override { m_writer.Write(LineOf(message)); }
 
   private:
-    std::FILE* m_stream;
-    LogStreamForm m_form;
+    std::string LineOf(const LogMessage& message) const;
+
+    const LogStreamForm m_form;
+    platform::LineWriter m_writer;
 };
 
 }  // namespace kalvex::app

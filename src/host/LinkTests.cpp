@@ -70,6 +70,9 @@ enum FtpResult : int {
 constexpr int kFtpTries = 3;
 constexpr std::uint32_t kFtpPauseMilliseconds = 2000;
 constexpr std::size_t kFtpErrorLength = 200;
+constexpr const char* kFtpSealed =
+    "Błąd FTP: klucz tej instalacji nie otwiera zabezpieczonego hasła użytkownika %s, a hasło "
+    "źródła z profilu nie jest hasłem dla skryptu; właściwe tworzy kalvexd --protect";
 constexpr const char* kFtpRetry = "Błąd FTP (Ponowienie próby nawiązania połączenia)";
 
 void SetErrorText(CLinkInfo& info, const char* text) {
@@ -118,6 +121,12 @@ int RunFtp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log)
     }
     if (info.address.empty()) {
         SetErrorText(info, "Nie zdefiniowano w programie adresu serwera FTP");
+        return FtpNoConnection;
+    }
+    if (platform::CCrypt::IsProtected(info.password) &&
+        (info.crypt == nullptr || !info.crypt->CanDecryptText(info.password))) {
+        info.errorText = text::FormatText(text::FromUtf8(kFtpSealed), {info.user});
+        log(kFtpSealed, {info.user}, platform::LogErrors);
         return FtpNoConnection;
     }
     if (!ConnectFtp(info, *session, probes, log)) {

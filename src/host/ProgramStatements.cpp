@@ -137,7 +137,7 @@ class Closing {
 
     int WaitForEnd(int seconds) {
         int result = CloseTimedOut;
-        for (int i = 0; i < std::max(seconds, 1); ++i) {
+        for (int i = 0; i < std::max(seconds, 1) && !m_processes.IsEnding(); ++i) {
             m_processes.WaitSecond();
             std::string error;
             const std::optional<int> code = m_processes.GetExitCode(m_id, error);

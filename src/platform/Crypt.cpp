@@ -41,6 +41,14 @@ std::optional<std::string> FromBase64(std::string_view text) {
     return bytes;
 }
 
+// What the protected text holds; nothing for one that has not its form.
+std::optional<std::string> SealedBytes(std::string_view text) {
+    if (!CCrypt::GetCryptHeader(text)) return std::nullopt;
+    std::optional<std::string> bytes = FromBase64(text.substr(kHeader.size()));
+    if (bytes && bytes->size() < kOverhead) bytes.reset();
+    return bytes;
+}
+
 template <class Key>
 bool ReadKeyFile(const std::string& path, Key& key) {
     std::string content;
@@ -69,22 +77,22 @@ CCrypt::~CCrypt() {
     sodium_memzero(m_key.data(), m_key.size());
 }
 
-const CCrypt::Key& CCrypt::GetKey() const {
+const CCrypt::Key& CCrypt::GetKey(bool make) const {
     static_assert(std::tuple_size_v<Key> == crypto_secretbox_KEYBYTES);
-    std::call_once(m_onceKey, [this] {
+    std::call_once(m_onceKey, [this, make] {
         [[maybe_unused]] const int ready = sodium_init();
         m_lasting = ReadKeyFile(m_keyFile, m_key);
         if (m_lasting) return;
         randombytes_buf(m_key.data(), m_key.size());
-        if (m_use != KeyFile::MadeAtFirstUse) return;
+        if (!make || m_use != KeyFile::MadeAtFirstUse) return;
         MakeKeyFile(m_keyFile, m_key);
         m_lasting = ReadKeyFile(m_keyFile, m_key);
     });
     return m_key;
 }
 
-CCrypt::Key CCrypt::LabelKey(std::string_view label) const {
-    const Key& key = GetKey();
+CCrypt::Key CCrypt::LabelKey(std::string_view label, bool make) const {
+    const Key& key = GetKey(make);
     Key derived;
     crypto_generichash(derived.data(), derived.size(), Bytes(label), label.size(), key.data(),
                        key.size());
@@ -92,7 +100,7 @@ CCrypt::Key CCrypt::LabelKey(std::string_view label) const {
 }
 
 std::string CCrypt::Seal(std::string_view label, std::string_view text) const {
-    Key key = LabelKey(label);
+    Key key = LabelKey(label, true);
     std::string sealed(kOverhead + text.size(), '\0');
     randombytes_buf(sealed.data(), crypto_secretbox_NONCEBYTES);
     crypto_secretbox_easy(Bytes(sealed) + crypto_secretbox_NONCEBYTES, Bytes(text), text.size(),
@@ -105,12 +113,15 @@ bool CCrypt::GetCryptHeader(std::string_view text) {
     return text.starts_with(kHeader);
 }
 
+bool CCrypt::IsProtected(std::string_view text) {
+    return SealedBytes(text).has_value();
+}
+
 std::optional<std::string> CCrypt::DecryptTextWithLabel(std::string_view label,
                                                         std::string_view text) const {
-    if (!GetCryptHeader(text)) return std::nullopt;
-    const std::optional<std::string> sealed = FromBase64(text.substr(kHeader.size()));
-    if (!sealed || sealed->size() < kOverhead) return std::nullopt;
-    Key key = LabelKey(label);
+    const std::optional<std::string> sealed = SealedBytes(text);
+    if (!sealed) return std::nullopt;
+    Key key = LabelKey(label, false);
     std::string plain(sealed->size() - kOverhead, '\0');
     const int opened = crypto_secretbox_open_easy(
         Bytes(plain), Bytes(*sealed) + crypto_secretbox_NONCEBYTES,

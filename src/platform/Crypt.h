@@ -17,15 +17,21 @@ enum class KeyFile { ReadOnly, MadeAtFirstUse };
 
 class CCrypt {
   public:
-    // The key is read, or made, when it is first needed. Where it cannot be had, texts are
+    // The key is read when it is first needed, and made if that is to protect a text: one that is
+    // missing where a text is to be opened cannot be made again. Where it cannot be had, texts are
     // protected by a key that ends with the process.
     CCrypt(std::string keyFile, KeyFile use) : m_keyFile(std::move(keyFile)), m_use(use) {}
     ~CCrypt();
     CCrypt(const CCrypt&) = delete;
     CCrypt& operator=(const CCrypt&) = delete;
 
+    const std::string& GetKeyFile() const { return m_keyFile; }
+
     // Whether the text looks like a protected one.
     static bool GetCryptHeader(std::string_view text);
+
+    // Whether it has the whole form of one, under whatever label and key.
+    static bool IsProtected(std::string_view text);
 
     // Whether the text was protected by EncryptText under this key.
     bool CanDecryptText(std::string_view text) const;
@@ -46,8 +52,8 @@ class CCrypt {
   private:
     using Key = std::array<unsigned char, 32>;
 
-    const Key& GetKey() const;
-    Key LabelKey(std::string_view label) const;
+    const Key& GetKey(bool make) const;
+    Key LabelKey(std::string_view label, bool make) const;
     std::string Seal(std::string_view label, std::string_view text) const;
 
     const std::string m_keyFile;

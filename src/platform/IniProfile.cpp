@@ -8,12 +8,12 @@
 
 namespace kalvex::platform {
 
-bool IniProfile::IsReadable(std::string& error) const {
+bool IniProfile::IsReadable(std::string& error, const std::string& path) const {
     std::string content;
     std::error_code fault;
-    const std::filesystem::file_status status = std::filesystem::status(m_path, fault);
+    const std::filesystem::file_status status = std::filesystem::status(PathOr(path), fault);
     return status.type() == std::filesystem::file_type::not_found ||
-           ReadWholeFile(m_path, content, error);
+           ReadWholeFile(PathOr(path), content, error);
 }
 
 IniText IniProfile::Read(const std::string& path) const {
@@ -33,8 +33,8 @@ bool IniProfile::Edit(const std::string& path, const std::function<bool(IniText&
         content = std::move(changed);
         return true;
     };
-    std::string error;
-    return EditWholeFile(PathOr(path), edit, error) && accepted;
+    m_writeFault.clear();
+    return EditWholeFile(PathOr(path), edit, m_writeFault) && accepted;
 }
 
 std::string IniProfile::GetProfileStringEx(std::string_view section, std::string_view key,
@@ -65,6 +65,15 @@ bool IniProfile::WriteProfileStringEx(std::string_view section, std::optional<st
 bool IniProfile::WriteProfileSectionEx(std::string_view section, const ProfileEntries& entries,
                                        const std::string& path) {
     return Edit(path, [&](IniText& text) { return text.SetSection(section, entries); });
+}
+
+bool IniProfile::EditProfileSectionEx(std::string_view section,
+                                      const std::function<bool(ProfileEntries&)>& change,
+                                      const std::string& path) {
+    return Edit(path, [&](IniText& text) {
+        ProfileEntries entries = text.GetSection(section);
+        return change(entries) && text.SetSection(section, entries);
+    });
 }
 
 std::string IniProfile::GetCommonProfilePath() const {

@@ -16,7 +16,8 @@ class IniProfile final : public Profile {
     explicit IniProfile(std::string path = {}) : m_path(std::move(path)) {}
 
     void SetProfileConfigEx(std::string path) override { m_path = std::move(path); }
-    bool IsReadable(std::string& error) const override;
+    bool IsReadable(std::string& error, const std::string& path = {}) const override;
+    bool HasMark(const std::string& path = {}) const override { return Read(path).HasMark(); }
 
     std::string GetProfileStringEx(std::string_view section, std::string_view key,
                                    std::string_view fallback = {},
@@ -28,6 +29,10 @@ class IniProfile final : public Profile {
                               const std::string& path = {}) override;
     bool WriteProfileSectionEx(std::string_view section, const ProfileEntries& entries,
                                const std::string& path = {}) override;
+    bool EditProfileSectionEx(std::string_view section,
+                              const std::function<bool(ProfileEntries&)>& change,
+                              const std::string& path = {}) override;
+    const std::string& GetWriteFault() const override { return m_writeFault; }
 
     // $SORVANE_COMMON_PROFILE, else /etc/sorvane/sorvane.ini.
     std::string GetCommonProfilePath() const override;
@@ -40,6 +45,7 @@ class IniProfile final : public Profile {
     bool Edit(const std::string& path, const std::function<bool(IniText&)>& change);
 
     std::string m_path;
+    std::string m_writeFault;
 };
 
 }  // namespace kalvex::platform

@@ -10,6 +10,7 @@ namespace kalvex::platform {
 namespace {
 
 constexpr std::string_view kLineEnds = "\r\n";
+constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
 bool IsQuoted(std::string_view value) {
     return value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
@@ -68,6 +69,10 @@ std::string IniText::ValueOf(const Line& line) {
 }
 
 IniText::IniText(std::string_view content) {
+    if (content.starts_with(kMark)) {
+        m_mark = kMark;
+        content.remove_prefix(kMark.size());
+    }
     const std::size_t firstEnd = content.find('\n');
     const bool plain =
         firstEnd != std::string_view::npos && (firstEnd == 0 || content[firstEnd - 1] != '\r');
@@ -80,7 +85,7 @@ IniText::IniText(std::string_view content) {
 }
 
 std::string IniText::GetContent() const {
-    std::string content;
+    std::string content = m_mark;
     for (const Line& line : m_lines) content += line.text;
     return content;
 }

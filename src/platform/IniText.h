@@ -3,7 +3,8 @@
 //
 // A line is a heading "[section]", an entry "key=value", or something else; ";" and "#" begin a
 // comment at the start of a line only. Blanks around names and values do not count; a value that
-// needs them stands in quotes. A section may have several headings.
+// needs them stands in quotes. A section may have several headings. A mark of UTF-8 at the
+// beginning of the text belongs to no line, and stays.
 #pragma once
 
 #include <optional>
@@ -20,6 +21,7 @@ class IniText {
     explicit IniText(std::string_view content);
 
     std::string GetContent() const;
+    bool HasMark() const { return !m_mark.empty(); }
 
     // The first entry of the name counts.
     std::optional<std::string> Get(std::string_view section, std::string_view key) const;
@@ -52,6 +54,7 @@ class IniText {
     void InsertLine(std::size_t index, std::string_view text);
     void AppendHeading(std::string_view section);
 
+    std::string m_mark;
     std::string m_lineEnd;
     std::vector<Line> m_lines;
 };

@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/RegularFile.h"
@@ -70,6 +72,12 @@ void CLogFile::SetFile(std::string path, std::size_t maxBytes) {
 void CLogFile::Reopen() {
     m_sink.reset();
     m_failed = -1;
+}
+
+bool CLogFile::CanOpen(std::string& error) const {
+    if (m_path.empty() || Prepare(m_path + ".log")) return true;
+    error = std::strerror(errno);
+    return false;
 }
 
 bool CLogFile::Open() {

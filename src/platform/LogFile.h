@@ -31,6 +31,10 @@ class CLogFile {
     // tried again. True as well where lines go nowhere.
     bool Write(std::string_view line);
 
+    // Whether a line could be written now, as far as the file opens; else the system's words in
+    // `error`. True as well where lines go nowhere.
+    bool CanOpen(std::string& error) const;
+
     // Lets go of the file, so that the next line goes to the one that bears the name then.
     void Reopen();
 

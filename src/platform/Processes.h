@@ -40,6 +40,8 @@ class Processes {
 
     // Blocks for one whole second.
     virtual void WaitSecond() = 0;
+    // Whether this process is asked to end, so that nothing is waited for any longer.
+    virtual bool IsEnding() const { return false; }
 };
 
 // For a process that starts no programs: every attempt fails.

@@ -3,6 +3,7 @@
 // the system's; an empty path means the profile of the process, another one that file.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,7 +21,9 @@ class Profile {
     // Takes the file as the profile of the process from now on; it need not be there.
     virtual void SetProfileConfigEx(std::string path) = 0;
     // False, with the system's words in `error`, when the profile is there and cannot be read.
-    virtual bool IsReadable(std::string& error) const = 0;
+    virtual bool IsReadable(std::string& error, const std::string& path = {}) const = 0;
+    // Whether the profile begins with a mark of UTF-8, which is none of its encodings.
+    virtual bool HasMark(const std::string& path = {}) const = 0;
 
     // The value of the key, or the fallback where there is none.
     virtual std::string GetProfileStringEx(std::string_view section, std::string_view key,
@@ -46,6 +49,15 @@ class Profile {
     // Puts these entries in the place of all that the section has, at once or not at all.
     virtual bool WriteProfileSectionEx(std::string_view section, const ProfileEntries& entries,
                                        const std::string& path = {}) = 0;
+
+    // Hands the entries over to be changed and puts them in the place of all that the section has,
+    // if `change` says so, with no other writer in between. `change` does not use the store.
+    virtual bool EditProfileSectionEx(std::string_view section,
+                                      const std::function<bool(ProfileEntries&)>& change,
+                                      const std::string& path = {}) = 0;
+    // Why the last of these could not write: the system's words or a text to translate; empty when
+    // it could, or when a text had no form.
+    virtual const std::string& GetWriteFault() const = 0;
 
     // The profile that all modules of the machine share.
     virtual std::string GetCommonProfilePath() const = 0;

@@ -28,8 +28,11 @@ class ServiceManager {
     // Milliseconds from one sign of life to the next, half of what the manager waits for one;
     // nothing when it waits for none.
     std::optional<std::int64_t> GetWatchdogPeriod() const { return m_watchdogPeriod; }
-    // Lost when the manager is busy.
+    // Lost when the manager is busy. Any thread.
     void TellAlive();
+    // The same while the process starts or ends, which may then take half a minute longer from now
+    // on, whatever the limit of the manager. Any thread.
+    void TellStillBusy();
 
   private:
     void Send(const std::string& text, int flags);

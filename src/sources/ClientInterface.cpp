@@ -16,7 +16,7 @@ std::unique_ptr<vantrel::CClientConnection> CInterfaceSourceList::CreateConnecti
     std::string_view user = platform::kNobody;
     std::string password;
     for (const CSourceDesc& description : m_services.descriptions) {
-        if (description.name != name) continue;
+        if (description.name != name || description.lost) continue;
         user = description.user;
         password = PlainPassword(description.password);
         break;

@@ -25,6 +25,7 @@ struct CSourceDesc {
     std::string name;
     std::string user;
     std::string password;  // plain, or protected by CCrypt::EncryptText
+    bool lost = false;     // the password is protected by a key that is not there: no login
 };
 
 // The world of the sources. Nothing referred to is owned; all of it outlives the client interface.

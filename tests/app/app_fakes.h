@@ -65,7 +65,10 @@ class FakeProfile final : public platform::Profile {
         m_record.push_back("profile " + path.substr(path.rfind('/') + 1));
         m_file.SetProfileConfigEx(std::move(path));
     }
-    bool IsReadable(std::string& error) const override { return m_file.IsReadable(error); }
+    bool IsReadable(std::string& error, const std::string& path) const override {
+        return m_file.IsReadable(error, path);
+    }
+    bool HasMark(const std::string& path) const override { return m_file.HasMark(path); }
     std::string GetProfileStringEx(std::string_view section, std::string_view key,
                                    std::string_view fallback,
                                    const std::string& path) const override {
@@ -90,9 +93,16 @@ class FakeProfile final : public platform::Profile {
                                const std::string& path) override {
         return m_file.WriteProfileSectionEx(section, entries, path);
     }
-    std::string GetCommonProfilePath() const override { return "/common"; }
+    bool EditProfileSectionEx(std::string_view section,
+                              const std::function<bool(platform::ProfileEntries&)>& change,
+                              const std::string& path) override {
+        return m_file.EditProfileSectionEx(section, change, path);
+    }
+    const std::string& GetWriteFault() const override { return m_file.GetWriteFault(); }
+    std::string GetCommonProfilePath() const override { return commonPath; }
 
     std::string automaticClient;
+    std::string commonPath = "/common";
 
   private:
     Record& m_record;

@@ -248,6 +248,70 @@ TEST_F(AppStartTest, ProcessWithoutItsTimerEnds) {
     ExpectFault("Nie można uruchomić zegara");
 }
 
+// ---- faults that are told and stop nothing
+
+TEST_F(AppStartTest, NumberThatIsNoneIsToldWithItsOption) {
+    ASSERT_TRUE(Start({"/INST:abc", "/ZZ"}));
+    EXPECT_THAT(
+        Those("log"),
+        ElementsAre("Uruchomienie modułu Kalvex", "Pominięte parametry wiersza poleceń: /ZZ",
+                    "Pominięte parametry wiersza poleceń, które wymagają liczby: /INST:abc",
+                    "Poziom rejestracji: błędy "));
+}
+
+TEST_F(AppStartTest, CommonProfileThatCannotBeReadIsTold) {
+    m_folder.MakeFolder("sorvane.ini");
+    m_profile.commonPath = m_folder.Path("sorvane.ini");
+    ASSERT_TRUE(Start());
+    EXPECT_THAT(Those("log"), ElementsAre("Uruchomienie modułu Kalvex",
+                                          "Nie można odczytać pliku " + m_profile.commonPath +
+                                              " (Is a directory)",
+                                          "Poziom rejestracji: błędy "));
+}
+
+TEST_F(AppStartTest, MarkOfUtf8IsToldAndReadPast) {
+    m_profile.commonPath = m_folder.Put("sorvane.ini", "\xEF\xBB\xBF[Serwery]\n");
+    m_folder.Put("Kalvex.ini", "\xEF\xBB\xBF[Konfiguracja]\nNazwa=Gaz\n");
+    ASSERT_TRUE(Start());
+    const std::string told = " zaczyna się znacznikiem UTF-8, a jest czytany w kodzie Windows-1250";
+    EXPECT_THAT(Those("log"),
+                ElementsAre("Uruchomienie modułu Gaz", "Plik " + m_folder.Path("Kalvex.ini") + told,
+                            "Plik " + m_profile.commonPath + told, "Poziom rejestracji: błędy "));
+}
+
+TEST_F(AppStartTest, KeyThatIsMissingBesideAPasswordIsToldAndNotMade) {
+    const platform::CCrypt gone(m_folder.Path("dawny.key"), platform::KeyFile::MadeAtFirstUse);
+    PutProfile("[Zrodla]\nZrodlo0=srv,jan," + *gone.EncryptTextWithLabel("Kalvex", "x") + "\n");
+    ASSERT_TRUE(Start());
+    EXPECT_THAT(
+        Those("log"),
+        ElementsAre("Uruchomienie modułu Kalvex",
+                    "Klucz " + m_folder.Path("Kalvex.key") + " nie otwiera hasła z pliku " +
+                        m_folder.Path("Kalvex.ini") + " ([Zrodla] Zrodlo0): źródło bez logowania",
+                    "Poziom rejestracji: błędy "));
+    EXPECT_FALSE(m_folder.Has("Kalvex.key"));
+}
+
+TEST_F(AppStartTest, LogThatCannotBeWrittenIsTold) {
+    m_folder.MakeFolder("Kalvex.log");
+    ASSERT_TRUE(Start());
+    const std::string fault =
+        "Nie można zapisać pliku rejestru " + m_folder.Path("Kalvex.log") + " (Is a directory)";
+    EXPECT_EQ(text::ToUtf8(App().GetLogFault()), fault);
+    EXPECT_THAT(Those("log"),
+                ElementsAre("Uruchomienie modułu Kalvex", fault, "Poziom rejestracji: błędy "));
+}
+
+TEST_F(AppStartTest, LevelThatCannotBeKeptIsTold) {
+    ASSERT_TRUE(Start());
+    m_folder.MakeFolder("Kalvex.ini.tmp");
+    m_record.clear();
+    App().SetLogLevel(2);
+    EXPECT_THAT(Those("log"), ElementsAre("Poziom rejestracji: zdarzenia",
+                                          "Nie można zapisać pliku " + m_folder.Path("Kalvex.ini") +
+                                              " (Is a directory): [Log] Rodzaj"));
+}
+
 // ---- settings
 
 TEST_F(AppStartTest, RefreshPeriodRestartsItsTimer) {

@@ -1,11 +1,23 @@
 #include "app/CmdLine.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 #include "text/CodePage.h"
 
 namespace kalvex::app {
 namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> Warnings(const CCmdLine& line) {
+    std::vector<std::string> warnings = line.GetWarnings(platform::Translator());
+    std::ranges::transform(warnings, warnings.begin(), text::ToUtf8);
+    return warnings;
+}
 
 TEST(CmdLineTest, NumberStandsBehindAColonAnEqualsSignOrABlank) {
     const std::vector<std::vector<std::string>> forms = {
@@ -13,7 +25,7 @@ TEST(CmdLineTest, NumberStandsBehindAColonAnEqualsSignOrABlank) {
     for (const std::vector<std::string>& arguments : forms) {
         const CCmdLine line(arguments);
         EXPECT_EQ(line.GetIntOption("D"), 5) << arguments[0];
-        EXPECT_EQ(line.GetWarning(platform::Translator()), "") << arguments[0];
+        EXPECT_THAT(Warnings(line), IsEmpty()) << arguments[0];
     }
 }
 
@@ -62,10 +74,19 @@ TEST(CmdLineTest, LastOfTwoCounts) {
 
 TEST(CmdLineTest, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
     const CCmdLine line({"/Y:1", "plik.kx", "-", "/D:5", "-żółw"});
-    EXPECT_EQ(text::ToUtf8(line.GetWarning(platform::Translator())),
-              "Pominięte parametry wiersza poleceń: /Y:1 plik.kx - -żółw");
+    EXPECT_THAT(Warnings(line),
+                ElementsAre("Pominięte parametry wiersza poleceń: /Y:1 plik.kx - -żółw"));
     EXPECT_EQ(line.GetIntOption("D"), 5);
-    EXPECT_EQ(CCmdLine({"/D:5"}).GetWarning(platform::Translator()), "");
+}
+
+TEST(CmdLineTest, NumberThatIsNoneIsNamedAsItIsWritten) {
+    const std::string told = "Pominięte parametry wiersza poleceń, które wymagają liczby: ";
+    EXPECT_THAT(Warnings(CCmdLine({"/INST:abc"})), ElementsAre(told + "/INST:abc"));
+    EXPECT_THAT(Warnings(CCmdLine({"-d", "5x", "/X=", "/INST:2"})),
+                ElementsAre(told + "-d 5x /X="));
+    EXPECT_THAT(Warnings(CCmdLine({"/INST"})), ElementsAre(told + "/INST"));
+    EXPECT_THAT(Warnings(CCmdLine({"/D:99999999999", "/ZZ"})),
+                ElementsAre("Pominięte parametry wiersza poleceń: /ZZ", told + "/D:99999999999"));
 }
 
 TEST(CmdLineTest, HelpHasALineForEachOption) {

@@ -259,7 +259,70 @@ TEST_F(ConfigurationTest, OldPasswordIsWrittenProtectedAndReadsBack) {
 }
 
 TEST_F(ConfigurationTest, PasswordInTheProfileIsBoundToItsUse) {
-    EXPECT_THAT(Source("srv,jan," + m_crypt.EncryptText("haslo")), ElementsAre("srv", "jan", ""));
+    const std::string password = m_crypt.EncryptText("haslo");
+    Put("[Zrodla]\r\nZrodlo0=srv,jan," + password + "\r\n");
+    const KalvexConfiguration configuration = Read();
+    ASSERT_THAT(configuration.sources, SizeIs(1));
+    EXPECT_EQ(configuration.sources[0].user, "jan");
+    EXPECT_EQ(configuration.sources[0].password, password);
+    EXPECT_TRUE(configuration.sources[0].lost);
+}
+
+// ---- passwords whose key is missing
+
+class ConfigurationLostKeyTest : public ConfigurationTest {
+  protected:
+    // The profile has a password in the old form and one whose key is gone.
+    ConfigurationLostKeyTest() {
+        const platform::CCrypt gone(m_folder.Path("dawny.key"), platform::KeyFile::MadeAtFirstUse);
+        m_sealed = *gone.EncryptTextWithLabel("Kalvex", "tajne");
+        Put(std::string("[Zrodla]\r\nZrodlo0=stare,jan,") + kOldPassword + "\r\nZrodlo1=srv,ewa," +
+            m_sealed + "\r\n");
+    }
+
+    std::string m_sealed;
+};
+
+TEST_F(ConfigurationLostKeyTest, NoKeyIsMadeAndNoPasswordBecomesEmpty) {
+    const KalvexConfiguration configuration = Read();
+    EXPECT_FALSE(m_folder.Has("Kalvex.key"));
+    ASSERT_THAT(configuration.sources, SizeIs(2));
+    EXPECT_EQ(m_crypt.DecryptText(configuration.sources[0].password), "haslo");
+    EXPECT_EQ(configuration.sources[1].password, m_sealed);
+    EXPECT_FALSE(configuration.sources[0].lost);
+    EXPECT_TRUE(configuration.sources[1].lost);
+}
+
+TEST_F(ConfigurationLostKeyTest, SourcesAreNotWrittenOver) {
+    const std::string before = Content();
+    EXPECT_FALSE(m_store.EditSources([](std::vector<sources::CSourceDesc>& sources) {
+        sources.clear();
+        return true;
+    }));
+    EXPECT_EQ(Content(), before);
+    EXPECT_FALSE(m_folder.Has("Kalvex.key"));
+}
+
+TEST_F(ConfigurationLostKeyTest, WithAnotherKeyThePasswordStaysInItsForm) {
+    platform::CCrypt(m_folder.Path("Kalvex.key"), platform::KeyFile::MadeAtFirstUse)
+        .EncryptText("");
+    EXPECT_TRUE(m_store.EditSources([](std::vector<sources::CSourceDesc>& sources) {
+        sources[0].user = "ola";
+        return true;
+    }));
+    EXPECT_EQ(m_profile.GetProfileStringEx("Zrodla", "Zrodlo1"), "srv,ewa," + m_sealed);
+    EXPECT_THAT(m_profile.GetProfileStringEx("Zrodla", "Zrodlo0"),
+                testing::StartsWith("stare,ola,{kx1}"));
+}
+
+TEST_F(ConfigurationLostKeyTest, SourceIsNamedWithItsFileItsKeyAndTheKeyFile) {
+    const platform::Translator translator;
+    std::vector<std::string> faults =
+        m_store.FindFaults(Read(), m_folder.Path("Kalvex.ini"), translator);
+    ASSERT_THAT(faults, SizeIs(1));
+    EXPECT_EQ(text::ToUtf8(faults[0]),
+              "Klucz " + m_folder.Path("Kalvex.key") + " nie otwiera hasła z pliku " +
+                  m_folder.Path("Kalvex.ini") + " ([Zrodla] Zrodlo1): źródło bez logowania");
 }
 
 TEST_F(ConfigurationTest, SourcesStayWhenAPasswordCannotBeProtected) {
@@ -279,6 +342,8 @@ TEST_F(ConfigurationTest, RootFolderIsTheWorkingDirectoryUnlessThereIsAnother) {
     EXPECT_EQ(ReadRootFolder(m_profile, "/srv/kalvex"), "/srv/kalvex/dane");
     Put("[Konfiguracja]\r\nKatalog główny=/var/lib/dane\r\n");
     EXPECT_EQ(ReadRootFolder(m_profile, "/srv/kalvex"), "/var/lib/dane");
+    Put("[Konfiguracja]\r\nKatalog główny=dane\\gaz\\..\\woda\r\n");
+    EXPECT_EQ(ReadRootFolder(m_profile, "/srv/kalvex"), "/srv/kalvex/dane/woda");
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "app/Log.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <ctime>
@@ -13,6 +16,8 @@
 
 #include "app/KalvexLog.h"
 #include "app/LogStream.h"
+#include "platform/posix/Descriptor.h"
+#include "support/environment_scope.h"
 #include "support/scratch_folder.h"
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
@@ -59,10 +64,12 @@ class LogTest : public testing::Test {
     }
 
     std::string Streamed(LogStreamForm form, const std::vector<LogMessage>& messages) const {
-        std::FILE* file = std::fopen(m_folder.Path("wyjscie").c_str(), "wb");
-        LogStream stream(file, form);
-        for (const LogMessage& message : messages) stream.OnLogMessage(message);
-        std::fclose(file);
+        const platform::Descriptor file(
+            ::open(m_folder.Path("wyjscie").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+        {
+            LogStream stream(file.Get(), form, m_clock, m_translator);
+            for (const LogMessage& message : messages) stream.OnLogMessage(message);
+        }
         return m_folder.Get("wyjscie");
     }
 
@@ -239,13 +246,62 @@ TEST_F(LogTest, StreamForAPersonHasTheStamp) {
 }
 
 TEST_F(LogTest, ListenerHearsEachLine) {
-    std::FILE* file = std::fopen(m_folder.Path("wyjscie").c_str(), "wb");
-    LogStream stream(file, LogStreamForm::Priority);
-    m_module.SetListener(&stream);
-    m_module.Log("a", 1);
-    m_module.Log("b", 2);
-    std::fclose(file);
+    const platform::Descriptor file(
+        ::open(m_folder.Path("wyjscie").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    {
+        LogStream stream(file.Get(), LogStreamForm::Priority, m_clock, m_translator);
+        m_module.SetListener(&stream);
+        m_module.Log("a", 1);
+        m_module.Log("b", 2);
+        m_module.SetListener(nullptr);
+    }
     EXPECT_EQ(m_folder.Get("wyjscie"), "<3>a\n");
+}
+
+TEST_F(LogTest, StreamIsThatOfTheJournalByDeviceAndInode) {
+    const platform::Descriptor file(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    struct stat info {};
+    ASSERT_EQ(::fstat(file.Get(), &info), 0);
+    const std::string device = std::to_string(info.st_dev);
+    const std::string inode = std::to_string(info.st_ino);
+    const std::pair<std::string, LogStreamForm> cases[] = {
+        {device + ':' + inode, LogStreamForm::Priority},
+        {device + ':' + inode + '1', LogStreamForm::Stamped},
+        {'1' + device + ':' + inode, LogStreamForm::Stamped},
+        {"1", LogStreamForm::Stamped},
+        {"", LogStreamForm::Stamped}};
+    for (const auto& [journal, form] : cases) {
+        const support::EnvironmentScope scope("JOURNAL_STREAM", journal);
+        EXPECT_EQ(FormOf(file.Get()), form) << journal;
+    }
+}
+
+TEST_F(LogTest, StreamThatStandsStillLosesLinesWithTheirNumberInBothForms) {
+    for (const auto& [form, told] :
+         {std::pair(LogStreamForm::Stamped, "2024-03-10 07:00:00  Pominięte wiersze rejestru: "),
+          std::pair(LogStreamForm::Priority, "<5>Pominięte wiersze rejestru: ")}) {
+        int ends[2] = {-1, -1};
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        const platform::Descriptor reader(ends[0]);
+        platform::Descriptor writer(ends[1]);
+        const int room = ::fcntl(ends[1], F_SETPIPE_SZ, 4096);
+        const std::string filling(static_cast<std::size_t>(room), '\n');
+        ASSERT_EQ(::write(ends[1], filling.data(), filling.size()), room);
+        LogStream stream(ends[1], form, m_clock, m_translator);
+        for (std::size_t i = 0; i < platform::LineWriter::kLines + 2; ++i)
+            stream.OnLogMessage({kNow, 1, "a"});
+        std::string text;
+        std::size_t found = std::string::npos;
+        while (found == std::string::npos || text.find('\n', found) == std::string::npos) {
+            char buffer[4096];
+            const ssize_t count = ::read(reader.Get(), buffer, sizeof buffer);
+            ASSERT_GT(count, 0);
+            text.append(buffer, static_cast<std::size_t>(count));
+            found = text.find(told);
+        }
+        const std::string line = text.substr(found, text.find('\n', found) - found);
+        EXPECT_TRUE(line == std::string(told) + "1" || line == std::string(told) + "2") << line;
+    }
 }
 
 }  // namespace

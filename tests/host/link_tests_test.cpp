@@ -319,6 +319,25 @@ TEST_F(LinkTestsTest, ParametersAreOperandsWithDefaults) {
     EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:2121 ja tajne", "close"));
 }
 
+TEST_F(LinkTestsTest, ProtectedFtpPasswordThatIsNotOneForScriptsIsRefusedWithItsReason) {
+    const platform::CCrypt crypt(PathOf("klucz"), platform::KeyFile::MadeAtFirstUse);
+    LinkTarget target = Address("host");
+    target.user = "ja";
+    // As it stands in the line of a source.
+    target.password = *crypt.EncryptTextWithLabel("Kalvex", "tajne");
+    const std::string told =
+        "Błąd FTP: klucz tej instalacji nie otwiera zabezpieczonego hasła użytkownika %s, a hasło "
+        "źródła z profilu nie jest hasłem dla skryptu; właściwe tworzy kalvexd --protect";
+    for (const platform::CCrypt* key : {&crypt, static_cast<const platform::CCrypt*>(nullptr)}) {
+        logged.clear();
+        target.crypt = key;
+        EXPECT_EQ(Outcome(LinkKind::Ftp, target),
+                  "-2 " + std::string(told).replace(told.find("%s"), 2, "ja"));
+        EXPECT_THAT(logged, ElementsAre("1 " + told + " <ja>"));
+    }
+    EXPECT_THAT(probes.ftp.calls, IsEmpty());
+}
+
 TEST_F(LinkTestsTest, FtpPasswordMayBeProtected) {
     const platform::CCrypt crypt(PathOf("klucz"), platform::KeyFile::ReadOnly);
     services.crypt = &crypt;

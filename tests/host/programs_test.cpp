@@ -60,6 +60,7 @@ class FakeProcesses final : public platform::Processes {
         if (seconds == endsAfter) codes.rbegin()->second = 0;
         if (seconds == readableAfter) unreadable = false;
     }
+    bool IsEnding() const override { return seconds == endingAfter; }
 
     std::vector<std::string> calls;
     std::map<int, int> codes;  // by identifier
@@ -69,6 +70,7 @@ class FakeProcesses final : public platform::Processes {
     int seconds = 0;
     int endsAfter = -1;
     int readableAfter = -1;
+    int endingAfter = -1;
 
   private:
     int m_nextId = 11;
@@ -276,6 +278,13 @@ TEST_F(ProgramsTest, CloseWaitsWholeSecondsForTheEnd) {
     EXPECT_EQ(processes.seconds, 3);
     EXPECT_THAT(processes.calls, ElementsAre("start prog", "close 11"));
     EXPECT_THAT(Failures(), IsEmpty());
+}
+
+TEST_F(ProgramsTest, CloseWaitsNoLongerWhenTheProcessIsToEnd) {
+    processes.endingAfter = 2;
+    EXPECT_EQ(Run({"LOCAL id = EXEC prog", "CLOSE_EXEC id 0 1000000"}), "done");
+    EXPECT_EQ(processes.seconds, 2);
+    EXPECT_THAT(Failures(), ElementsAre("Brak informacji o zamknięciu programu (Id procesu 11)"));
 }
 
 TEST_F(ProgramsTest, CloseWithoutAWaitOrWithNoneWaitsOneSecond) {

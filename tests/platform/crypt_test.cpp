@@ -48,6 +48,11 @@ TEST_F(CryptTest, OrdinaryTextIsNotDecrypted) {
         EXPECT_FALSE(m_crypt.CanDecryptText(text)) << text;
         EXPECT_EQ(m_crypt.DecryptText(text), "") << text;
     }
+    EXPECT_TRUE(CCrypt::IsProtected(sealed));
+    for (const std::string& text : {std::string("haslo"), std::string("{kx1}"),
+                                    std::string("{kx1}jawne"), std::string("{kx1}!!!")}) {
+        EXPECT_FALSE(CCrypt::IsProtected(text)) << text;
+    }
 }
 
 TEST_F(CryptTest, ChangedTextIsNotDecrypted) {
@@ -64,6 +69,14 @@ TEST_F(CryptTest, KeyFileIsMadeAtFirstUseForItsOwnerAlone) {
     ASSERT_EQ(::stat(KeyPath().c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0600u);
     EXPECT_EQ(info.st_size, 32);
+}
+
+TEST_F(CryptTest, KeyThatIsMissingWhereATextIsToBeOpenedIsNotMade) {
+    const CCrypt other(m_folder.Path("inny.key"), KeyFile::MadeAtFirstUse);
+    EXPECT_FALSE(m_crypt.CanDecryptText(other.EncryptText("haslo")));
+    EXPECT_EQ(m_crypt.DecryptText(m_crypt.EncryptText("haslo")), "haslo");
+    EXPECT_EQ(m_crypt.EncryptTextWithLabel("Kalvex", "haslo"), std::nullopt);
+    EXPECT_FALSE(m_folder.Has("Kalvex.key"));
 }
 
 TEST_F(CryptTest, NextProcessReadsWithTheSameFile) {

@@ -205,5 +205,58 @@ TEST_F(IniProfileTest, WritersOfOneFileWaitForEachOther) {
     }
 }
 
+TEST_F(IniProfileTest, SectionIsReadAndWrittenWithNoOtherWriterInBetween) {
+    constexpr int kWriters = 4;
+    constexpr int kEntries = 10;
+    std::vector<pid_t> children;
+    for (int writer = 0; writer < kWriters; ++writer) {
+        children.push_back(Fork([this] {
+            for (int entry = 0; entry < kEntries; ++entry) {
+                m_profile.EditProfileSectionEx("a", [](ProfileEntries& entries) {
+                    entries.emplace_back("k" + std::to_string(entries.size()), "x");
+                    return true;
+                });
+            }
+        }));
+    }
+    for (const pid_t child : children) ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(m_profile.GetProfileSectionEx("a").size(), std::size_t{kWriters * kEntries});
+}
+
+TEST_F(IniProfileTest, SectionThatIsNotToBeChangedStays) {
+    Put("[a]\nb=1\n");
+    EXPECT_FALSE(m_profile.EditProfileSectionEx("a", [](ProfileEntries& entries) {
+        EXPECT_THAT(entries, ElementsAre(Pair("b", "1")));
+        entries.clear();
+        return false;
+    }));
+    EXPECT_EQ(Content(), "[a]\nb=1\n");
+    EXPECT_EQ(m_profile.GetWriteFault(), "");
+}
+
+TEST_F(IniProfileTest, ReasonOfAWriteThatFailsIsKeptUntilTheNext) {
+    EXPECT_FALSE(m_profile.WriteProfileStringEx("a", "b", "x", m_folder.Path("nie/ma.ini")));
+    EXPECT_EQ(m_profile.GetWriteFault(), "No such file or directory");
+    EXPECT_TRUE(m_profile.WriteProfileStringEx("a", "b", "x"));
+    EXPECT_EQ(m_profile.GetWriteFault(), "");
+}
+
+TEST_F(IniProfileTest, MarkOfUtf8IsReadPastAndStays) {
+    Put("\xEF\xBB\xBF[a]\nb=1\n");
+    EXPECT_TRUE(m_profile.HasMark());
+    EXPECT_EQ(m_profile.GetProfileStringEx("a", "b"), "1");
+    EXPECT_TRUE(m_profile.WriteProfileStringEx("a", "b", "2"));
+    EXPECT_EQ(Content(), "\xEF\xBB\xBF[a]\nb=2\n");
+    EXPECT_FALSE(m_profile.HasMark(m_folder.Path("nie_ma.ini")));
+}
+
+TEST_F(IniProfileTest, AnotherFileThatIsThereAndCannotBeReadIsKnown) {
+    std::string error;
+    EXPECT_TRUE(m_profile.IsReadable(error, m_folder.Path("nie_ma.ini")));
+    std::filesystem::create_directory(m_folder.Path("inny.ini"));
+    EXPECT_FALSE(m_profile.IsReadable(error, m_folder.Path("inny.ini")));
+    EXPECT_EQ(error, "Is a directory");
+}
+
 }  // namespace
 }  // namespace kalvex::platform

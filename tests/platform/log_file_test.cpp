@@ -106,6 +106,16 @@ TEST_F(LogFileTest, FolderThatIsMissingLosesLines) {
     EXPECT_EQ(m_folder.Get("nie/ma.log"), "b\n");
 }
 
+TEST_F(LogFileTest, WhyItCannotBeOpenedIsKnown) {
+    std::string error;
+    EXPECT_TRUE(m_file.CanOpen(error));
+    m_file.SetFile(m_folder.Path("nie/ma"), 100);
+    EXPECT_FALSE(m_file.CanOpen(error));
+    EXPECT_EQ(error, "No such file or directory");
+    m_file.SetFile(Path(), 100);
+    EXPECT_TRUE(m_file.CanOpen(error));
+}
+
 // The limit lets half of the second line through, as a disk does that fills up.
 TEST_F(LogFileTest, LineThatWasCutStandsAlone) {
     const pid_t child = ::fork();

@@ -41,6 +41,20 @@ TEST(MainLoopPostedWorkTest, WakesWhenTheInboxStopsBeingEmpty) {
     EXPECT_EQ(wakes, 2);
 }
 
+TEST(MainLoopTest, SignalIsPendingUntilItsHandlerIsCalled) {
+    PosixMainLoop loop;
+    bool seen = true;
+    loop.OnSignal(SIGUSR1, [&] {
+        seen = PosixMainLoop::IsPending(SIGUSR1);
+        loop.Quit();
+    });
+    EXPECT_FALSE(PosixMainLoop::IsPending(SIGUSR1));
+    std::raise(SIGUSR1);
+    EXPECT_TRUE(PosixMainLoop::IsPending(SIGUSR1));
+    loop.Run();
+    EXPECT_FALSE(seen);
+}
+
 TEST(MainLoopTest, DoesPostedWorkTimersAndSignals) {
     PosixMainLoop loop;
     std::vector<std::string> done;

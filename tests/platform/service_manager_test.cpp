@@ -92,6 +92,13 @@ TEST_F(ServiceManagerTest, StatesAreToldThroughAPath) {
                 ElementsAre("READY=1", "STATUS=Skrypty: 4", "WATCHDOG=1", "STOPPING=1"));
 }
 
+TEST_F(ServiceManagerTest, LongStartOrEndIsASignOfLifeThatGainsTime) {
+    const Manager manager(m_folder.Path("notify"));
+    ServiceManager service;
+    service.TellStillBusy();
+    EXPECT_THAT(manager.Heard(), ElementsAre("WATCHDOG=1\nEXTEND_TIMEOUT_USEC=30000000"));
+}
+
 TEST_F(ServiceManagerTest, AbstractSocketIsReached) {
     const Manager manager("@kalvex-test-" + std::to_string(::getpid()));
     ServiceManager service;

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """What a service tells of its health: to the log, to Prometheus, to its service manager."""
 import http.client
+import os
 import re
 import signal
 import socket
@@ -146,6 +147,86 @@ class Health(ServiceTest):
             heard = manager.recv(1000)
         self.assertEqual(heard, b"STOPPING=1")
         self.assertEqual(service.wait(60), 0)
+
+    def manager(self):
+        manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(manager.close)
+        manager.settimeout(60)
+        manager.bind(str(self.folder / "notify"))
+        self.environment.update(NOTIFY_SOCKET=str(self.folder / "notify"), WATCHDOG_USEC="20000")
+        return manager
+
+    def forget(self, manager):
+        """Nothing that has been told so far is heard any more."""
+        manager.setblocking(False)
+        with self.assertRaises(BlockingIOError):
+            while manager.recv(1000):
+                pass
+        manager.settimeout(60)
+
+    def end_program(self):
+        with open(self.folder / "koniec", "r+b", buffering=0) as end:
+            end.write(b"x\n")
+
+    def test_wait_for_a_program_gives_signs_of_life_and_ends_with_the_service(self):
+        manager = self.manager()
+        for name in ("zapytany", "koniec"):
+            os.mkfifo(self.folder / name)
+        self.addCleanup(self.end_program)
+        self.put("program", "#!/bin/sh\ntrap 'echo > zapytany' TERM\nexec 3<>koniec\necho > gotowy\n"
+                            "while ! read -r x <&3; do :; done\n")
+        (self.folder / "program").chmod(0o700)
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=a.kx\r\n")
+        # A file that is not there yet keeps its line.
+        self.put("a.kx", "PRIORITY 1\r\nLOCAL ID = EXEC \"./program\"\r\nREAD_FILE \"gotowy\"\r\n"
+                         "CLOSE_EXEC ID 0 1000000\r\n")
+        service = self.start()
+        with open(self.folder / "zapytany", "rb") as asked:
+            asked.read(1)
+        self.forget(manager)
+        self.assertEqual([manager.recv(1000), manager.recv(1000)], [b"WATCHDOG=1"] * 2)
+        service.send_signal(signal.SIGTERM)
+        self.assertRegex(self.read_to(service, STOPPED)[-2],
+                         "^" + re.escape(f"{self.folder}/a.kx - Brak informacji o zamknięciu programu (Id procesu ") +
+                         r"\d+\)$")
+        self.assertEqual(service.wait(60), 0)
+
+    def test_documents_that_wait_for_their_checks_gain_time_for_the_end(self):
+        manager = self.manager()
+        listener = socket.socket()
+        self.addCleanup(listener.close)
+        listener.bind(("127.0.0.1", 0))
+        listener.listen(0)
+        address = listener.getsockname()
+        # Nobody takes it, so there is no place for the next one, which waits.
+        first = socket.create_connection(address)
+        self.addCleanup(first.close)
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=a.kx\r\n")
+        self.put("a.kx", f'PRIORITY 1\r\nHTTP_INIT "127.0.0.1" {address[1]}\r\nBZDURA\r\n')
+        service = self.start()
+        self.read_to(service, f"{self.folder}/a.kx : Linia 3 - Nieznane słowo kluczowe : BZDURA")
+        service.send_signal(signal.SIGTERM)
+        while manager.recv(1000) != b"STOPPING=1":
+            pass
+        busy = b"WATCHDOG=1\nEXTEND_TIMEOUT_USEC=30000000"
+        self.assertEqual([manager.recv(1000) for _ in range(5)], [busy] * 5)
+        listener.close()
+        self.assertEqual(service.wait(60), 0)
+
+    def test_log_that_nobody_reads_stops_no_script(self):
+        path = str(self.folder / "stan.sock")
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=a.kx\r\n")
+        self.put("a.kx", "PRIORITY 1\r\n:obieg\r\nTERMINATE_EXEC 17\r\nGOTO obieg\r\n")
+        manager = self.manager()
+        service = self.start("--metrics", path)
+        self.assertEqual(manager.recv(1000), b"READY=1")
+        # Far more than a pipe holds.
+        self.wait_for_metrics(lambda: LocalConnection(path), lambda now: now["kalvex_lines_total"] > 5000)
+        service.send_signal(signal.SIGTERM)
+        self.assertEqual(service.wait(60), 0)
+        self.assertEqual(service.stderr.read(), "")
+        told = f"{self.folder}/a.kx - Brak procesu o podanym identyfikatorze (Id procesu 17)"
+        self.assertEqual(self.lines_of(service, 7)[-2:], [told, told])
 
     def test_service_that_does_not_start_never_says_that_it_is_ready(self):
         manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)

@@ -54,6 +54,9 @@ TEST(KalvexdOptionsTest, SourcesAreManagedInsteadOfTheService) {
     const std::optional<kalvexd::SourceOrder> listed = Parse({"--list-sources"}).options.source;
     ASSERT_TRUE(listed);
     EXPECT_EQ(listed->task, kalvexd::SourceTask::List);
+    const std::optional<kalvexd::SourceOrder> protect = Parse({"--protect"}).options.source;
+    ASSERT_TRUE(protect);
+    EXPECT_EQ(protect->task, kalvexd::SourceTask::Protect);
 }
 
 TEST(KalvexdOptionsTest, FiguresAreOfferedWhereTheyShould) {

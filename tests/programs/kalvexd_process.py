@@ -1,4 +1,6 @@
 """The service as a process, for the tests that start one."""
+import contextlib
+import fcntl
 import os
 import pathlib
 import subprocess
@@ -9,6 +11,7 @@ import unittest
 PROGRAM = sys.argv.pop(1)
 STARTED = ["Uruchomienie modułu Kalvex", "Poziom rejestracji: błędy "]
 STOPPED = "Zatrzymanie modułu Kalvex"
+LOCKED = "folder jest zablokowany przez inny proces"
 
 
 class ServiceTest(unittest.TestCase):
@@ -30,6 +33,16 @@ class ServiceTest(unittest.TestCase):
 
     def put(self, name, text):
         (self.folder / name).write_bytes(text.encode("cp1250"))
+
+    @contextlib.contextmanager
+    def lock_of_the_folder(self):
+        """Somebody else changes files of the folder."""
+        folder = os.open(self.folder, os.O_RDONLY)
+        try:
+            fcntl.flock(folder, fcntl.LOCK_EX)
+            yield
+        finally:
+            os.close(folder)
 
     def run_with(self, *arguments, stdin=""):
         done = subprocess.run([PROGRAM, "--working-dir", self.folder, *arguments], input=stdin, capture_output=True,

@@ -2,11 +2,12 @@
 """The logins of data servers in the profile, managed by the service's program."""
 import os
 import pty
+import socket
 import subprocess
 import time
 import unittest
 
-from kalvexd_process import PROGRAM, ServiceTest
+from kalvexd_process import LOCKED, PROGRAM, ServiceTest
 
 LOST = "Profil ma hasła, których nie otwiera klucz "
 
@@ -105,6 +106,95 @@ class Sources(ServiceTest):
         # The key has outlived them all: otherwise this refuses.
         self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (0, "", ""))
         self.assertEqual({path.name for path in self.folder.iterdir()}, {"Kalvex.ini", "Kalvex.key"})
+
+    def test_sources_that_are_added_at_once_are_all_there(self):
+        names = []
+        for turn in range(5):
+            writers = []
+            for number in range(8):
+                names.append(f"Z{turn}_{number}")
+                writer = subprocess.Popen([PROGRAM, "--working-dir", self.folder, "--add-source", f"{names[-1]},ewa"],
+                                          stdin=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment)
+                self.addCleanup(writer.stderr.close)
+                writers.append(writer)
+            # All of them wait for the password, and go on together.
+            for writer in writers:
+                writer.stdin.write(b"tajne\n")
+            for writer in writers:
+                writer.stdin.close()
+            self.assertEqual([(writer.wait(60), writer.stderr.read()) for writer in writers], [(0, b"")] * 8)
+            self.assertCountEqual(self.names_listed(), names)
+        # One key has protected them all: otherwise this refuses.
+        self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (0, "", ""))
+
+    def test_profile_that_stays_locked_is_told(self):
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        with self.lock_of_the_folder():
+            self.assertEqual(
+                self.run_with("--remove-source", "Gaz"),
+                (1, "", f"Nie można zapisać profilu {self.folder}/Kalvex.ini ({LOCKED})\n"))
+        self.assertEqual(self.run_with("--remove-source", "Gaz"), (0, "", ""))
+
+    def test_password_is_protected_for_a_script(self):
+        first = self.run_with("--protect", stdin="tajne\n")
+        second = self.run_with("--protect", stdin="tajne\n")
+        for status, out, err in (first, second):
+            self.assertEqual((status, err), (0, ""))
+            self.assertRegex(out, r"\A\{kx1\}[A-Za-z0-9+/]+\n\Z")
+        self.assertNotEqual(first, second)
+        self.assertEqual({path.name for path in self.folder.iterdir()}, {"Kalvex.key"})
+        self.assertEqual((self.folder / "Kalvex.key").stat().st_mode & 0o777, 0o600)
+        self.assertEqual(self.run_with("--protect"), (1, "", "Nie podano hasła\n"))
+
+    def test_key_is_not_made_anew_to_protect_a_password(self):
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        key = self.folder / "Kalvex.key"
+        key.unlink()
+        self.assertEqual(self.run_with("--protect", stdin="tajne\n"), (1, "", f"{LOST}{key}\n"))
+        self.assertFalse(key.exists())
+
+    def test_key_that_cannot_be_made_is_told(self):
+        key = self.folder / "Kalvex.key"
+        key.mkdir()
+        self.assertEqual(self.run_with("--protect", stdin="tajne\n"), (1, "", f"Nie można zapisać klucza: {key}\n"))
+
+    def test_script_logs_in_with_what_was_protected_for_it_and_is_told_why_not_otherwise(self):
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        line = self.profile().split("Zrodlo0=Gaz,ewa,")[1].split("\r\n")[0]
+        listener = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(listener.close)
+        listener.settimeout(60)
+        port = listener.getsockname()[1]
+        protected = self.run_with("--protect", stdin="żółw tajny\n")[1].strip()
+        self.put("Kalvex.ini", self.profile() + "[Autostart]\r\nProcedura0=a.kx\r\n")
+        self.put("a.kx", f'PRIORITY 1\r\nFTP_INIT "127.0.0.1" {port} "ja" "{protected}"\r\n'
+                         f'FTP_INIT "127.0.0.1" {port} "ja" "{line}"\r\n'
+                         ':czekaj\r\nLOCAL A = FTP_RESULT "127.0.0.1"\r\nIF A == -100 GOTO czekaj\r\n')
+        service = self.start()
+        connection = listener.accept()[0]
+        self.addCleanup(connection.close)
+        connection.settimeout(60)
+        heard = connection.makefile("rb")
+        self.addCleanup(heard.close)
+        answers = {b"USER": b"331 haslo\r\n", b"PASS": b"230 jest\r\n", b"PWD": b'257 "/"\r\n'}
+        connection.sendall(b"220 serwer\r\n")
+        words = b""
+        while not words.startswith(b"PASS"):
+            words = heard.readline()
+            self.assertNotEqual(words, b"")
+            connection.sendall(answers.get(words[:4].strip(), b"200 dobrze\r\n"))
+        self.assertEqual(words, "PASS żółw tajny\r\n".encode("cp1250"))
+        connection.close()
+        listener.close()
+        self.read_to(service,
+                     "Błąd FTP: klucz tej instalacji nie otwiera zabezpieczonego hasła użytkownika ja, a hasło źródła "
+                     "z profilu nie jest hasłem dla skryptu; właściwe tworzy kalvexd --protect")
+
+    def test_instance_that_is_no_number_is_not_taken_for_the_first(self):
+        self.assertEqual(
+            self.run_with("/INST:abc", "--add-source", "Gaz,ewa", stdin="tajne\n"),
+            (2, "", "kalvexd: Pominięte parametry wiersza poleceń, które wymagają liczby: /INST:abc\n"))
+        self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_terminal_does_not_show_the_password(self):
         try:

@@ -3,9 +3,10 @@
 import os
 import re
 import signal
+import subprocess
 import unittest
 
-from kalvexd_process import STARTED, STOPPED, ServiceTest
+from kalvexd_process import LOCKED, PROGRAM, STARTED, STOPPED, ServiceTest
 
 NOT_PRIMARY = "Ten program może być uruchamiany wyłącznie w pierwszej instancji systemu Sorvane"
 OPTION_C = (
@@ -135,6 +136,55 @@ class Kalvexd(ServiceTest):
             self.lines_of(service, 3),
             [STARTED[0], "Pominięte parametry wiersza poleceń: --kolor /ZZ:1", STARTED[1]])
         self.expect_end(service)
+
+    def test_faults_of_the_configuration_are_told_with_file_and_key(self):
+        (self.folder / "sorvane.ini").mkdir()
+        (self.folder / "Kalvex.log").mkdir()
+        self.put("Kalvex.ini", "[Zrodla]\r\nZrodlo0=Gaz,ewa,{kx1}zgubione\r\n")
+        service = self.start("/INST:abc")
+        log = f"Nie można zapisać pliku rejestru {self.folder}/Kalvex.log (Is a directory)"
+        self.assertEqual(self.lines_of(service, 6), [
+            STARTED[0],
+            "Pominięte parametry wiersza poleceń, które wymagają liczby: /INST:abc",
+            f"Nie można odczytać pliku {self.folder}/sorvane.ini (Is a directory)",
+            f"Klucz {self.folder}/Kalvex.key nie otwiera hasła z pliku {self.folder}/Kalvex.ini ([Zrodla] Zrodlo0): "
+            "źródło bez logowania",
+            log,
+            STARTED[1],
+        ])
+        service.send_signal(signal.SIGTERM)
+        self.assertEqual(self.line_of(service), STOPPED)
+        self.assertEqual(service.wait(60), 0)
+        self.assertEqual(service.stderr.read(), f"kalvexd: {log}\n")
+        self.assertFalse((self.folder / "Kalvex.key").exists())
+
+    def test_profile_that_somebody_has_locked_holds_up_neither_start_nor_end(self):
+        with self.lock_of_the_folder():
+            service = self.start()
+            self.assertEqual(self.lines_of(service, 2), STARTED)
+            service.send_signal(signal.SIGTERM)
+            self.assertEqual(self.line_of(service),
+                             f"Nie można zapisać pliku {self.folder}/Kalvex.ini ({LOCKED}): [Log] Rodzaj")
+            self.assertEqual(self.line_of(service), STOPPED)
+            self.assertEqual(service.wait(60), 0)
+
+    def test_levels_are_for_the_journal_alone(self):
+        self.environment["JOURNAL_STREAM"] = "1:1"
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 2), STARTED)
+        service.kill()
+        service.wait(60)
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        stream = os.fstat(writer)
+        self.environment["JOURNAL_STREAM"] = f"{stream.st_dev}:{stream.st_ino}"
+        service = subprocess.Popen([PROGRAM, "--working-dir", self.folder, "--log-stdout"], stdout=writer,
+                                   env=self.environment)
+        os.close(writer)
+        self.addCleanup(service.wait)
+        self.addCleanup(service.kill)
+        with open(reader, encoding="utf-8", closefd=False) as log:
+            self.assertEqual([log.readline(), log.readline()], [f"<5>{line}\n" for line in STARTED])
 
     def test_wrong_usage(self):
         self.assertEqual(self.run_with("--log-dir"), (2, "", "kalvexd: --log-dir needs a value\n"))

@@ -201,7 +201,8 @@ class RunNetworkOptionsTest : public support::ScriptWorld {
     int ClientsOf(const run::RunOptions& options) {
         support::HandServer server;
         const auto transport = network.Listen(network.ServerSettings(), server);
-        const run::RunProfile profile = run::ReadRunProfile(options, folder.Path());
+        const run::RunProfile profile =
+            run::ReadRunProfile(options, folder.Path(), platform::Translator());
         std::string fault;
         const auto run =
             run::MakeRunSources(options, profile, clock, log, translator, users, fault);
@@ -250,10 +251,10 @@ TEST_F(RunNetworkOptionsTest, AddressesComeFromTheCommonProfile) {
     folder.Put("sorvane.ini", "[Serwery]\nsrv=localhost:4000\n");
     run::RunOptions options;
     options.profile = folder.Path("Kalvex.ini");
-    const run::RunProfile profile = run::ReadRunProfile(options, {});
+    const run::RunProfile profile = run::ReadRunProfile(options, {}, platform::Translator());
     ASSERT_EQ(profile.servers.size(), 1u);
     EXPECT_EQ(profile.servers.at("srv").address, "localhost:4000");
-    EXPECT_TRUE(run::ReadRunProfile({}, {}).servers.empty());
+    EXPECT_TRUE(run::ReadRunProfile({}, {}, platform::Translator()).servers.empty());
 }
 
 }  // namespace

@@ -7,10 +7,12 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <string_view>
 
 #include "platform/Files.h"
+#include "platform/Translator.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/RegularFile.h"
 
@@ -18,9 +20,23 @@ namespace kalvex::platform {
 
 namespace {
 
+constexpr int kLockTries = 500;
+constexpr timespec kBetweenTries{0, 10'000'000};
+
 bool Fail(std::string& error) {
     error = FileFault(errno);
     return false;
+}
+
+bool Lock(int folder, const LockPause& pause, std::string& error) {
+    while (::flock(folder, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        if (errno != EWOULDBLOCK) return Fail(error);
+        if (pause()) continue;
+        error = kFolderLocked;
+        return false;
+    }
+    return true;
 }
 
 // Where the file itself lies when the path is a link.
@@ -44,15 +60,22 @@ bool WriteCopy(const std::string& path, const struct stat* replaced, std::string
 
 }  // namespace
 
+const char* const kFolderLocked = Translatable("folder jest zablokowany przez inny proces");
+
+LockPause UsualLockPause() {
+    return [left = kLockTries]() mutable {
+        ::nanosleep(&kBetweenTries, nullptr);
+        return left-- > 0;
+    };
+}
+
 bool EditWholeFile(const std::string& path, const std::function<bool(std::string& content)>& edit,
-                   std::string& error) {
+                   std::string& error, const LockPause& pause) {
     const std::filesystem::path file = FollowLinks(path);
     const std::string folderPath = file.has_parent_path() ? file.parent_path().string() : ".";
     const Descriptor folder(::open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.Get() < 0) return Fail(error);
-    while (::flock(folder.Get(), LOCK_EX) != 0) {
-        if (errno != EINTR) return Fail(error);
-    }
+    if (!Lock(folder.Get(), pause, error)) return false;
     struct stat info {};
     const bool there = ::stat(file.c_str(), &info) == 0;
     if (!there && errno != ENOENT) return Fail(error);

@@ -52,6 +52,11 @@ void PosixMainLoop::OnSignal(int signal, std::function<void()> handler) {
     m_signalHandlers[signal] = std::move(handler);
 }
 
+bool PosixMainLoop::IsPending(int signal) {
+    sigset_t pending;
+    return sigpending(&pending) == 0 && sigismember(&pending, signal) == 1;
+}
+
 int PosixMainLoop::Every(std::int64_t milliseconds, std::function<void()> work) {
     const int timer = Checked(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     const timespec period{milliseconds / 1000, (milliseconds % 1000) * 1'000'000};

@@ -27,6 +27,8 @@ class PosixMainLoop final : public MainLoop {
 
     // From now on the signal calls the handler instead of what the system does with it.
     void OnSignal(int signal, std::function<void()> handler);
+    // Whether the signal has come and its handler has not been called yet.
+    static bool IsPending(int signal);
 
     // Calls `work` every so many milliseconds while Run lasts, until it is cancelled by the number
     // that this gives. A call that comes late is not made up for.

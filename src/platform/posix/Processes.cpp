@@ -184,6 +184,7 @@ void PosixProcesses::WaitSecond() {
     timespec left{1, 0};
     while (nanosleep(&left, &left) != 0 && errno == EINTR) {
     }
+    if (m_afterSecond) m_afterSecond();
 }
 
 }  // namespace kalvex::platform

@@ -5,7 +5,9 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <unordered_map>
+#include <utility>
 
 #include "platform/Processes.h"
 
@@ -29,6 +31,13 @@ class PosixProcesses final : public Processes {
     // Through the program's windows where it has some, else by SIGTERM.
     bool RequestClose(int id) override;
     void WaitSecond() override;
+    bool IsEnding() const override { return m_isEnding && m_isEnding(); }
+
+    // Calls `afterSecond` behind each second that is waited for; `isEnding` answers for IsEnding.
+    void OnWait(std::function<void()> afterSecond, std::function<bool()> isEnding) {
+        m_afterSecond = std::move(afterSecond);
+        m_isEnding = std::move(isEnding);
+    }
 
   private:
     struct Entry {
@@ -44,6 +53,8 @@ class PosixProcesses final : public Processes {
 
     std::unordered_map<int, Entry> m_byId;
     int m_lastId = 0;  // the greatest one given so far
+    std::function<void()> m_afterSecond;
+    std::function<bool()> m_isEnding;
 };
 
 }  // namespace kalvex::platform

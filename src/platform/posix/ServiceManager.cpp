@@ -76,6 +76,10 @@ void ServiceManager::TellAlive() {
     Send("WATCHDOG=1", MSG_DONTWAIT);
 }
 
+void ServiceManager::TellStillBusy() {
+    Send("WATCHDOG=1\nEXTEND_TIMEOUT_USEC=30000000", MSG_DONTWAIT);
+}
+
 void ServiceManager::Send(const std::string& text, int flags) {
     if (m_fd < 0) return;
     sockaddr_un address{};

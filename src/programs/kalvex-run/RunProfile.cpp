@@ -9,7 +9,8 @@
 
 namespace kalvex::run {
 
-RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir) {
+RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir,
+                          const platform::Translator& translator) {
     RunProfile settings;
     settings.rootFolder = workingDir;
     if (options.profile) {
@@ -27,6 +28,7 @@ RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingD
         app::KalvexConfiguration configuration;
         store.ReadSources(configuration);
         store.ReadLogLevel(configuration);
+        settings.warnings = store.FindFaults(configuration, *options.profile, translator);
         settings.sources = std::move(configuration.sources);
         settings.servers = app::ReadServerAddresses(profile);
         settings.logLevel = configuration.logLevel;

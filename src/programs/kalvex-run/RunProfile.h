@@ -19,12 +19,14 @@ struct RunProfile {
     std::vector<sources::CSourceDesc> sources;
     vantrel::ServerAddresses servers;  // of the machine's common profile
     std::unique_ptr<platform::CCrypt>
-        crypt;          // that the sources' passwords are protected by; null without
-    std::string fault;  // why the file cannot be read
+        crypt;  // that the sources' passwords are protected by; null without
+    std::vector<std::string> warnings;  // for the log; engine texts
+    std::string fault;                  // why the file cannot be read
 };
 
 // The defaults where the options name no profile; the log level that they give goes before that of
 // the profile.
-RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir);
+RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingDir,
+                          const platform::Translator& translator);
 
 }  // namespace kalvex::run

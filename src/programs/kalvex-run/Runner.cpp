@@ -24,7 +24,7 @@ std::string WorkingDirectory() {
 Runner::Runner(const RunOptions& options)
     : m_options(options),
       m_workingDir(WorkingDirectory()),
-      m_profile(ReadRunProfile(options, m_workingDir)),
+      m_profile(ReadRunProfile(options, m_workingDir, m_translator)),
       m_clock(options.clock
                   ? std::unique_ptr<platform::Clock>(new platform::VirtualClock(*options.clock))
                   : std::make_unique<platform::SystemClock>()),
@@ -45,6 +45,7 @@ Runner::Runner(const RunOptions& options)
 bool Runner::Open(std::string& fault) {
     fault = m_profile.fault;
     if (!fault.empty()) return false;
+    for (const std::string& warning : m_profile.warnings) m_log.Log(warning, platform::LogErrors);
     m_sources = MakeRunSources(m_options, m_profile, *m_clock, m_log, m_translator, m_users, fault);
     if (!m_sources) return false;
     m_services.sources = &m_sources->ForScripts();

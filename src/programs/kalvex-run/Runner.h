@@ -53,11 +53,11 @@ class Runner {
 
     RunOptions m_options;
     std::string m_workingDir;
+    platform::Translator m_translator;
     RunProfile m_profile;
     std::unique_ptr<platform::Clock> m_clock;
     platform::VirtualClock* m_virtualClock = nullptr;  // the same clock, when it is a virtual one
     RunLog m_log;
-    platform::Translator m_translator;
     RunUsers m_users;
     platform::Paths m_paths;
     platform::NoAnswers m_questions;

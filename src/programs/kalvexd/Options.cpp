@@ -50,6 +50,10 @@ constexpr OptionRow kRows[] = {
      [](KalvexdOptions& options, const std::string&) {
          options.source = SourceOrder{SourceTask::List, {}, {}};
      }},
+    {"--protect", nullptr, "Print a password, which is asked for, as a script may have it",
+     [](KalvexdOptions& options, const std::string&) {
+         options.source = SourceOrder{SourceTask::Protect, {}, {}};
+     }},
     {"--version", nullptr, "Print the version and exit", nullptr},
     {"--help", nullptr, "Print this and exit", nullptr},
 };

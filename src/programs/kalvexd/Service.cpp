@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
@@ -17,6 +20,15 @@ namespace kalvex::kalvexd {
 namespace {
 
 constexpr std::int64_t kStatusPeriod = 5000;  // milliseconds
+// Three signs in the time that each of them gains.
+constexpr std::int64_t kSignPeriod = 10000;  // milliseconds
+// A start or an end that takes longer hangs.
+constexpr std::int64_t kLongestBusy = 15 * 60 * 1000;  // milliseconds
+constexpr int kEndingSignals[] = {SIGTERM, SIGINT};
+
+bool IsAskedToEnd() {
+    return std::ranges::any_of(kEndingSignals, platform::PosixMainLoop::IsPending);
+}
 
 std::string HostName() {
     char name[HOST_NAME_MAX + 1] = {};
@@ -32,10 +44,13 @@ KalvexService::KalvexService(const KalvexdOptions& options)
       m_userLibrary(m_profile, m_translator),
       m_network(m_profile, m_loop, m_translator),
       m_users(m_userLibrary.Store(), platform::AccountName()),
-      m_stream(stdout, app::FormOfStandardOutput()),
       m_app(MakeWorld(options)) {
     m_network.SetLog(m_app.Log());
-    if (options.logStdout) m_app.Log().SetListener(&m_stream);
+    if (options.logStdout) {
+        m_stream.emplace(STDOUT_FILENO, app::FormOf(STDOUT_FILENO), m_clock, m_translator);
+        m_app.Log().SetListener(&*m_stream);
+    }
+    m_processes.OnWait([this] { m_manager.TellAlive(); }, [] { return IsAskedToEnd(); });
     m_loop.Ticks().SetListener(
         [this](std::int64_t now, std::int64_t lateness) { m_health.OnTick(now, lateness); });
 }
@@ -54,9 +69,10 @@ app::AppWorld KalvexService::MakeWorld(const KalvexdOptions& options) {
 }
 
 void KalvexService::WatchSignals() {
-    for (const int ending : {SIGTERM, SIGINT}) {
+    for (const int ending : kEndingSignals) {
         m_loop.OnSignal(ending, [this] {
             m_manager.TellStopping();
+            KeepAlive(std::min(m_manager.GetWatchdogPeriod().value_or(kSignPeriod), kSignPeriod));
             m_app.OnCloseMainWindow();
         });
     }
@@ -93,6 +109,11 @@ bool KalvexService::OfferFigures(std::string& fault) {
     return false;
 }
 
+void KalvexService::KeepAlive(std::int64_t period) {
+    m_signs.emplace(std::chrono::milliseconds(period), static_cast<int>(kLongestBusy / period),
+                    [this] { m_manager.TellStillBusy(); });
+}
+
 // The timers go by the main loop: when it hangs the manager does not hear that it is alive.
 void KalvexService::ReportToManager() {
     const auto tellStatus = [this] {
@@ -122,9 +143,15 @@ int KalvexService::End(int status, const std::string& text) const {
 
 int KalvexService::Run() {
     WatchSignals();
+    KeepAlive(kSignPeriod);
     std::string fault;
-    if (m_app.InitInstance()) {
+    const bool started = m_app.InitInstance();
+    if (!m_app.GetLogFault().empty()) {
+        std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(m_app.GetLogFault()).c_str());
+    }
+    if (started) {
         if (OfferFigures(fault)) {
+            m_signs.reset();
             ReportToManager();
             m_loop.Run();
         } else {

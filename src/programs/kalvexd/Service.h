@@ -1,8 +1,8 @@
 // A module as a service: the real world, and the application in it. Main thread.
 #pragma once
 
-#include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/Health.h"
@@ -11,6 +11,7 @@
 #include "platform/GettextTranslator.h"
 #include "platform/HttpEndpoint.h"
 #include "platform/IniProfile.h"
+#include "platform/LifeSigns.h"
 #include "platform/ServiceManager.h"
 #include "platform/UserSession.h"
 #include "platform/posix/FileStore.h"
@@ -38,6 +39,8 @@ class KalvexService {
     // False, with the reason in `fault`, when the figures cannot be offered where they should.
     bool OfferFigures(std::string& fault);
     void ReportToManager();
+    // Signs of life beside the main thread, one in so many milliseconds, until `m_signs` is reset.
+    void KeepAlive(std::int64_t period);
     app::HealthFigures GetFigures();
     void LogHealth();
     int End(int status, const std::string& text) const;
@@ -57,11 +60,12 @@ class KalvexService {
     UserLibrary m_userLibrary;
     NetworkLibrary m_network;
     platform::UserSession m_users;
-    app::LogStream m_stream;
+    std::optional<app::LogStream> m_stream;
     app::Health m_health{SteadyMicroseconds()};
     app::CKalvexApp m_app;
     std::unique_ptr<platform::HttpEndpoint> m_endpoint;
     std::string m_status;  // that the manager has heard last
+    std::optional<platform::LifeSigns> m_signs;
 };
 
 }  // namespace kalvex::kalvexd

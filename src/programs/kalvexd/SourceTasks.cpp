@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <optional>
 
 #include "app/Configuration.h"
+#include "platform/FileEdit.h"
 #include "platform/IniProfile.h"
 #include "programs/PasswordPrompt.h"
 #include "text/CodePage.h"
@@ -15,6 +18,8 @@ namespace {
 
 constexpr const char* kNotWritten =
     platform::Translatable("Nie można zapisać profilu lub jego klucza: %s");
+constexpr const char* kNotWrittenSince =
+    platform::Translatable("Nie można zapisać profilu %s (%s)");
 
 int Fail(const platform::Translator& translator, const platform::Notice& notice) {
     std::cerr << platform::InWords(notice, translator) << '\n';
@@ -37,20 +42,13 @@ class SourceBook {
         return configuration.sources;
     }
 
-    // False when it cannot be read again as it was to be written.
-    bool Write(const std::vector<sources::CSourceDesc>& sources) {
-        app::KalvexConfiguration configuration;
-        configuration.sources = sources;
-        m_store.WriteSources(configuration);
-        const auto same = [this](const sources::CSourceDesc& a, const sources::CSourceDesc& b) {
-            return a.name == b.name && a.user == b.user &&
-                   m_crypt.DecryptText(a.password) == m_crypt.DecryptText(b.password);
-        };
-        return std::ranges::equal(sources, Read(), same);
+    // With no other writer in between; see ConfigurationStore::EditSources.
+    bool Edit(const std::function<bool(std::vector<sources::CSourceDesc>&)>& change) {
+        return m_store.EditSources(change);
     }
 
-    bool HasLostPasswords() const { return m_store.HasLostPasswords(); }
-    std::string Protect(const std::string& password) const { return m_crypt.EncryptText(password); }
+    const platform::CCrypt& Crypt() const { return m_crypt; }
+    const std::string& GetWriteFault() const { return m_profile.GetWriteFault(); }
 
   private:
     platform::IniProfile m_profile;
@@ -58,6 +56,47 @@ class SourceBook {
     const platform::Paths m_paths{"/"};
     app::ConfigurationStore m_store{m_profile, m_crypt, m_paths, false};
 };
+
+// What a task works on.
+struct Desk {
+    SourceBook& book;
+    const SourceOrder& order;
+    const std::string& profile;
+    const platform::Translator& translator;
+};
+
+bool HasLostPasswords(const std::vector<sources::CSourceDesc>& sources) {
+    return std::ranges::any_of(sources, &sources::CSourceDesc::lost);
+}
+
+int FailLost(const Desk& desk) {
+    return Fail(desk.translator,
+                {platform::Translatable("Profil ma hasła, których nie otwiera klucz %s"),
+                 {KeyFileOf(desk.profile)}});
+}
+
+int FailToWrite(const Desk& desk) {
+    if (desk.book.GetWriteFault() != platform::kFolderLocked)
+        return Fail(desk.translator, {kNotWritten, {desk.profile}});
+    const std::string words = platform::InWords({platform::kFolderLocked}, desk.translator);
+    return Fail(desk.translator, {kNotWrittenSince, {desk.profile, words}});
+}
+
+// Changes the sources of which no password is lost; `fault` says why `change` refuses.
+int EditSources(const Desk& desk,
+                const std::function<bool(std::vector<sources::CSourceDesc>& sources)>& change,
+                const platform::Notice& fault) {
+    bool lost = false;
+    bool refused = false;
+    const bool written = desk.book.Edit([&](std::vector<sources::CSourceDesc>& sources) {
+        lost = HasLostPasswords(sources);
+        refused = !lost && !change(sources);
+        return !lost && !refused;
+    });
+    if (lost) return FailLost(desk);
+    if (refused) return Fail(desk.translator, fault);
+    return written ? 0 : FailToWrite(desk);
+}
 
 auto FindSource(std::vector<sources::CSourceDesc>& sources, const std::string& name) {
     return std::ranges::find(sources, name, &sources::CSourceDesc::name);
@@ -67,57 +106,82 @@ bool IsField(const std::string& text) {
     return !text.empty() && text.find_first_of(",\r\n") == std::string::npos;
 }
 
-int AddSource(SourceBook& book, const SourceOrder& order, const std::string& profile,
-              const platform::Translator& translator) {
+// An engine text; false, which is told, when there is none.
+bool Ask(const Desk& desk, std::string& password) {
+    std::string typed;
+    if (!programs::AskPassword(typed, desk.translator)) {
+        Fail(desk.translator, {platform::Translatable("Nie podano hasła")});
+        return false;
+    }
+    password = text::FromUtf8(typed);
+    platform::CCrypt::SecureEmptyString(typed);
+    return true;
+}
+
+int AddSource(const Desk& desk) {
+    const SourceOrder& order = desk.order;
     if (!IsField(order.name) || !IsField(order.user)) {
-        return Fail(translator,
+        return Fail(desk.translator,
                     {platform::Translatable(
                         "Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka")});
     }
     std::string password;
-    if (!programs::AskPassword(password, translator))
-        return Fail(translator, {platform::Translatable("Nie podano hasła")});
-    std::string engineText = text::FromUtf8(password);
+    if (!Ask(desk, password)) return 1;
+    const std::string sealed = desk.book.Crypt().EncryptText(password);
     platform::CCrypt::SecureEmptyString(password);
-    std::vector<sources::CSourceDesc> sources = book.Read();
-    auto found = FindSource(sources, order.name);
-    if (found == sources.end())
-        found = sources.insert(found, sources::CSourceDesc{order.name, {}, {}});
-    found->user = order.user;
-    found->password = book.Protect(engineText);
-    platform::CCrypt::SecureEmptyString(engineText);
-    return book.Write(sources) ? 0 : Fail(translator, {kNotWritten, {profile}});
+    const auto add = [&](std::vector<sources::CSourceDesc>& sources) {
+        auto found = FindSource(sources, order.name);
+        if (found == sources.end()) found = sources.emplace(found);
+        found->name = order.name;
+        found->user = order.user;
+        found->password = sealed;
+        return true;
+    };
+    return EditSources(desk, add, {});
 }
 
-int ListSources(SourceBook& book, const SourceOrder&, const std::string&,
-                const platform::Translator&) {
-    for (const sources::CSourceDesc& source : book.Read()) {
+int ListSources(const Desk& desk) {
+    for (const sources::CSourceDesc& source : desk.book.Read()) {
         std::cout << text::ToUtf8(source.name) << '\t' << text::ToUtf8(source.user) << '\n';
     }
     return 0;
 }
 
-int RemoveSource(SourceBook& book, const SourceOrder& order, const std::string& profile,
-                 const platform::Translator& translator) {
-    std::vector<sources::CSourceDesc> sources = book.Read();
-    const auto found = FindSource(sources, order.name);
-    if (found == sources.end())
-        return Fail(translator, {platform::Translatable("Brak źródła o tej nazwie")});
-    sources.erase(found);
-    return book.Write(sources) ? 0 : Fail(translator, {kNotWritten, {profile}});
+int RemoveSource(const Desk& desk) {
+    const auto remove = [&](std::vector<sources::CSourceDesc>& sources) {
+        const auto found = FindSource(sources, desk.order.name);
+        if (found == sources.end()) return false;
+        sources.erase(found);
+        return true;
+    };
+    return EditSources(desk, remove, {platform::Translatable("Brak źródła o tej nazwie")});
+}
+
+// In the form that scripts may have, of no source.
+int Protect(const Desk& desk) {
+    std::string password;
+    if (!Ask(desk, password)) return 1;
+    const std::optional<std::string> sealed = desk.book.Crypt().EncryptTextWithLabel({}, password);
+    platform::CCrypt::SecureEmptyString(password);
+    if (!sealed) {
+        return Fail(desk.translator, {platform::Translatable("Nie można zapisać klucza: %s"),
+                                      {KeyFileOf(desk.profile)}});
+    }
+    std::cout << *sealed << '\n';
+    return 0;
 }
 
 struct TaskRow {
     SourceTask task;
-    bool writes;
-    int (*run)(SourceBook& book, const SourceOrder& order, const std::string& profile,
-               const platform::Translator& translator);
+    platform::KeyFile use;
+    int (*run)(const Desk& desk);
 };
 
 constexpr TaskRow kTasks[] = {
-    {SourceTask::Add, true, AddSource},
-    {SourceTask::List, false, ListSources},
-    {SourceTask::Remove, true, RemoveSource},
+    {SourceTask::Add, platform::KeyFile::MadeAtFirstUse, AddSource},
+    {SourceTask::List, platform::KeyFile::ReadOnly, ListSources},
+    {SourceTask::Remove, platform::KeyFile::MadeAtFirstUse, RemoveSource},
+    {SourceTask::Protect, platform::KeyFile::MadeAtFirstUse, Protect},
 };
 
 }  // namespace
@@ -125,14 +189,13 @@ constexpr TaskRow kTasks[] = {
 int RunSourceTask(const SourceOrder& order, const std::string& profile,
                   const platform::Translator& translator) {
     const TaskRow& row = *std::ranges::find(kTasks, order.task, &TaskRow::task);
-    if (row.writes && SourceBook(profile, platform::KeyFile::ReadOnly).HasLostPasswords()) {
-        return Fail(translator,
-                    {platform::Translatable("Profil ma hasła, których nie otwiera klucz %s"),
-                     {KeyFileOf(profile)}});
-    }
-    SourceBook book(profile,
-                    row.writes ? platform::KeyFile::MadeAtFirstUse : platform::KeyFile::ReadOnly);
-    return row.run(book, order, profile, translator);
+    // A key that is missing beside protected passwords is not made, so this comes first.
+    SourceBook reader(profile, platform::KeyFile::ReadOnly);
+    const Desk desk{reader, order, profile, translator};
+    const bool mayMakeKey = row.use == platform::KeyFile::MadeAtFirstUse;
+    if (mayMakeKey && HasLostPasswords(reader.Read())) return FailLost(desk);
+    SourceBook book(profile, row.use);
+    return row.run(Desk{book, order, profile, translator});
 }
 
 }  // namespace kalvex::kalvexd

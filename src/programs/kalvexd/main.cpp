@@ -4,17 +4,36 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <optional>
 
 #include "app/CmdLine.h"
 #include "app/Configuration.h"
 #include "platform/GettextTranslator.h"
+#include "programs/ExitStatus.h"
 #include "programs/kalvexd/Service.h"
+#include "text/CodePage.h"
 
 namespace {
 
-std::string ProfileOf(const kalvex::kalvexd::KalvexdOptions& options) {
-    const int instance = kalvex::app::CCmdLine(options.arguments).GetIntOption("INST").value_or(1);
+constexpr const char* kInstance = "INST";
+
+std::string ProfileOf(const kalvex::kalvexd::KalvexdOptions& options, int instance) {
     return options.workingDir + '/' + kalvex::app::ProfileFileName(instance);
+}
+
+// It may write, so an instance that is none is not taken for the first one.
+int RunTask(const kalvex::kalvexd::KalvexdOptions& options) {
+    const kalvex::platform::GettextTranslator translator;
+    const kalvex::app::CCmdLine line(options.arguments);
+    const std::optional<int> instance = line.GetIntOption(kInstance);
+    if (instance || !line.HasOption(kInstance)) {
+        return kalvex::kalvexd::RunSourceTask(*options.source,
+                                              ProfileOf(options, instance.value_or(1)), translator);
+    }
+    for (const std::string& warning : line.GetWarnings(translator)) {
+        std::fprintf(stderr, "kalvexd: %s\n", kalvex::text::ToUtf8(warning).c_str());
+    }
+    return kalvex::programs::ExitRefused;
 }
 
 }  // namespace
@@ -40,8 +59,7 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     if (line.options.source) {
-        return kalvex::kalvexd::RunSourceTask(*line.options.source, ProfileOf(line.options),
-                                              kalvex::platform::GettextTranslator());
+        return RunTask(line.options);
     }
     return kalvex::kalvexd::KalvexService(line.options).Run();
 }
