@@ -4,9 +4,11 @@
 
 #include "platform/UserDirectory.h"
 #include "sources/ClientInterface.h"
+#include "sources/LostOrderText.h"
 #include "sources/ReportNotifications.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
+#include "value/ValueText.h"
 
 namespace kalvex::sources {
 
@@ -170,6 +172,18 @@ void CInterfaceClientConnection::OnVarAccessError(const vantrel::RequestRecord& 
 void CInterfaceClientConnection::OnCurrentDataModifyAck(const vantrel::RequestRecord& record) {
     if (vantrel::CVarVal* variable = GetVarVal(record.variable))
         variable->SetControlValue(record.value);
+}
+
+void CInterfaceClientConnection::OnCurrentDataModifyError(const vantrel::RequestRecord& record) {
+    const std::string reason = vantrel::RequestResultText(record.result, m_services.translator);
+    LogVariableError(
+        text::FormatText(m_services.translator.Translate("Odrzucono zapis wartości %s (%s)"),
+                         {value::ValueToText(record.value), reason}),
+        record.variable);
+}
+
+void CInterfaceClientConnection::OnOrderLost(const vantrel::LostOrder& order) {
+    LogVariableError(LostOrderText(order, m_services.translator), order.variable);
 }
 
 void CInterfaceClientConnection::OnReportModifyError(value::ValueKind kind,

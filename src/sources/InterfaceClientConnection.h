@@ -76,7 +76,9 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
     void OnDataArrived() override;
     void OnVarAccessError(const vantrel::RequestRecord& record) override;
     void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
+    void OnCurrentDataModifyError(const vantrel::RequestRecord& record) override;
     void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
+    void OnOrderLost(const vantrel::LostOrder& order) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
 
   private:

@@ -1,6 +1,8 @@
 // Life of the connection and its variables. Requests: ClientRequests.cpp.
 #include "vantrel/ClientConnection.h"
 
+#include <utility>
+
 namespace kalvex::vantrel {
 
 namespace {
@@ -202,7 +204,10 @@ void CClientConnection::OnClosed(std::uint32_t reason) {
 void CClientConnection::GoDown() {
     const bool wasConnected = m_state == StateConnected;
     m_state = StateDown;
-    m_outbox.clear();
+    for (const ClientMessage& message : std::exchange(m_outbox, {})) {
+        // Writes of single values are answered as failed.
+        if (!std::holds_alternative<ModifyRequests>(message)) Lose(message);
+    }
     if (!wasConnected) FailOutstanding();
 }
 
@@ -304,6 +309,7 @@ void CClientConnection::OnVarAccessError(const RequestRecord&) {}
 void CClientConnection::OnCurrentDataModifyAck(const RequestRecord&) {}
 void CClientConnection::OnCurrentDataModifyError(const RequestRecord&) {}
 void CClientConnection::OnReportModifyError(value::ValueKind, const RequestRecord&) {}
+void CClientConnection::OnOrderLost(const LostOrder&) {}
 void CClientConnection::OnReportChange(value::ValueKind, std::int64_t) {}
 void CClientConnection::OnRemoteLogMessage(int, std::int64_t, std::string_view) {}
 

@@ -19,7 +19,7 @@
 namespace kalvex::vantrel {
 
 enum ConnectionState : std::uint16_t {
-    StateDown = 0,     // out of reach; reads fail at once, whatever else is sent is lost
+    StateDown = 0,     // out of reach; reads fail at once, orders are lost, which OnOrderLost tells
     StateOpening = 1,  // requests are kept until the attempt has ended
     StateLogin = 2,    // the same
     StateConnected = 3,
@@ -122,6 +122,7 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnCurrentDataModifyAck(const RequestRecord& record);
     virtual void OnCurrentDataModifyError(const RequestRecord& record);
     virtual void OnReportModifyError(value::ValueKind kind, const RequestRecord& record);
+    virtual void OnOrderLost(const LostOrder& order);
     virtual void OnReportChange(value::ValueKind kind, std::int64_t time);
     virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
 
@@ -170,6 +171,7 @@ class CClientConnection : private ClientTransportEvents {
     void Forget(Registration& registration);
     void MarkVarValError();
     void SendWrites(value::ValueKind kind);
+    void Lose(const ClientMessage& message);
     void SendReads();
     PendingRead TakeRead(RequestId id);
     void FinishRead(RequestId id, std::uint16_t result);

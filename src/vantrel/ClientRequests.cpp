@@ -50,6 +50,21 @@ void CClientConnection::Send(ClientMessage message) {
         m_transport->Send(std::move(message));
     } else if (m_state != StateDown) {
         m_outbox.push_back(std::move(message));
+    } else {
+        Lose(message);
+    }
+}
+
+void CClientConnection::Lose(const ClientMessage& message) {
+    if (const auto* writes = std::get_if<ModifyRequests>(&message)) {
+        for (const ModifyRequest& write : writes->requests) {
+            OnOrderLost({std::nullopt, write.kind, write.variable, write.time, {write.value}});
+        }
+    } else if (const auto* archive = std::get_if<ArchiveModifyRequest>(&message)) {
+        OnOrderLost(
+            {std::nullopt, value::KindArchive, archive->variable, archive->from, archive->values});
+    } else if (const auto* order = std::get_if<PeriodRequest>(&message)) {
+        OnOrderLost({order->action, order->kind, order->variable, order->time, {}});
     }
 }
 
@@ -151,8 +166,9 @@ void CClientConnection::AddReportModifyRequest(value::ValueKind kind, std::strin
 
 void CClientConnection::SendWrites(value::ValueKind kind) {
     ModifyRequests writes = std::exchange(m_queuedWrites[kind], {});
-    if (m_state == StateDown || writes.requests.empty()) return;
+    if (writes.requests.empty()) return;
     for (const ModifyRequest& write : writes.requests) {
+        if (m_state == StateDown) break;
         m_writes.emplace(write.id, PendingWrite{kind, write.variable, write.value});
     }
     Send(std::move(writes));

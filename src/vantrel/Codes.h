@@ -30,17 +30,24 @@ enum ConnectionReason : std::uint32_t {
 #undef KALVEX_ROW
 };
 
-// How a request ended.
+// How a request failed. Nothing also is the fate of what a break overtakes.
+// X(code, name, Polish words in UTF-8)
+#define KALVEX_REQUEST_RESULTS(X)                                           \
+    X(1, ResultNothing, "brak zmiennej lub danych albo połączenie zerwane") \
+    X(2, ResultNoAccess, "brak prawa")                                      \
+    X(3, ResultBadValue, "niedopuszczalna wartość")                         \
+    X(4, ResultBadRequest, "niedopuszczalne polecenie")                     \
+    X(5, ResultServerFault, "błąd serwera")
+
 enum RequestResult : std::uint16_t {
     ResultOk = 0,
-    ResultNothing = 1,  // no such variable or no such data; also the fate of what a break overtakes
-    ResultNoAccess = 2,
-    ResultBadValue = 3,
-    ResultBadRequest = 4,
-    ResultServerFault = 5,
+#define KALVEX_ROW(code, name, text) name = code,
+    KALVEX_REQUEST_RESULTS(KALVEX_ROW)
+#undef KALVEX_ROW
 };
 
 // The words as an engine text; the number for a code outside the list.
 std::string ConnectionReasonText(std::uint32_t code, const platform::Translator& translator);
+std::string RequestResultText(std::uint16_t code, const platform::Translator& translator);
 
 }  // namespace kalvex::vantrel

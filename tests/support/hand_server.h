@@ -65,6 +65,7 @@ class HeardConnection final : public vantrel::CClientConnection {
     void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
     void OnCurrentDataModifyError(const vantrel::RequestRecord& record) override;
     void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
+    void OnOrderLost(const vantrel::LostOrder& order) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
     void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;
 };
