@@ -368,6 +368,13 @@ platform::Notice CheckVariable(const VariableConfig& variable, std::string& key)
         key = "value";
         return {platform::Translatable("oczekiwano liczby")};
     }
+    double number = 0;
+    if (!variable.initial.empty() && variable.type != value::ValueType::Text &&
+        initial.GetValData(value::ValueType::Double, &number) && !IsBounded(variable, number)) {
+        key = "value";
+        return {std::isfinite(number) ? platform::Translatable("value musi być od min do max")
+                                      : platform::Translatable("oczekiwano liczby")};
+    }
     if (variable.signal && variable.type == value::ValueType::Text) {
         key = "signal";
         return {platform::Translatable("zmienna tekstowa nie może mieć sygnału")};

@@ -5,6 +5,7 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <unordered_map>
 
@@ -223,6 +224,14 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
     m_files.push_back(path);
     const std::vector<CsvRow> rows = ReadCsv(content);
     if (rows.empty()) return;
+    const auto foreign = std::find_if(rows.begin(), rows.end(), [](const CsvRow& row) {
+        return !std::all_of(row.cells.begin(), row.cells.end(), text::IsUtf8);
+    });
+    if (foreign != rows.end()) {
+        Tell({file, foreign->line}, "",
+             {platform::Translatable("plik nie jest w UTF-8, wygląda na Windows-1250")});
+        return;
+    }
     const CsvRow& head = rows.front();
     const std::size_t before = m_faultCount;
     for (const std::string& column : head.cells) {
@@ -352,6 +361,11 @@ std::vector<std::string> Reader::Faults(const platform::Translator& translator) 
 }
 
 }  // namespace
+
+bool IsBounded(const VariableConfig& config, double number) {
+    return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
+           (!config.maximum || number <= *config.maximum);
+}
 
 bool LoadDefinitions(const std::string& path, const platform::Translator& translator,
                      Definitions& out, std::vector<std::string>& errors) {

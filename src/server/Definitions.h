@@ -35,6 +35,9 @@ struct VariableConfig {
     std::optional<Signal> signal;
 };
 
+// Finite, and not outside min and max.
+bool IsBounded(const VariableConfig& config, double number);
+
 struct AccessRule {
     std::string variables = "*";  // a pattern
     std::string read = "0";

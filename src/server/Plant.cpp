@@ -9,11 +9,6 @@ namespace kalvex::server {
 
 namespace {
 
-bool IsBounded(const VariableConfig& config, double number) {
-    return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
-           (!config.maximum || number <= *config.maximum);
-}
-
 // A value of the variable's type, or none.
 value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
     value::CVal value(config.initial);

@@ -4,9 +4,11 @@
 
 #include "platform/UserDirectory.h"
 #include "sources/ClientInterface.h"
+#include "sources/LostOrderText.h"
 #include "sources/ReportNotifications.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
+#include "value/ValueText.h"
 #include "vantrel/OrderWords.h"
 
 namespace kalvex::sources {
@@ -192,6 +194,13 @@ std::string CInterfaceClientConnection::WhyNot(const vantrel::RequestRecord& rec
     return vantrel::ResultWords(record.result, translator);
 }
 
+void CInterfaceClientConnection::OnCurrentDataModifyError(const vantrel::RequestRecord& record) {
+    LogVariableError(
+        text::FormatText(m_services.translator.Translate("Odrzucono zapis wartości %s (%s)"),
+                         {value::ValueToText(record.value), WhyNot(record)}),
+        record.variable);
+}
+
 void CInterfaceClientConnection::OnArchiveModifyError(const vantrel::RequestRecord& record) {
     LogVariableError(
         text::FormatText(m_services.translator.Translate(kArchiveNotWritten), {WhyNot(record)}),
@@ -204,6 +213,10 @@ void CInterfaceClientConnection::OnPeriodError(vantrel::PeriodAction action, val
                                       {vantrel::PeriodWords(action, kind, m_services.translator),
                                        WhyNot(record)}),
                      record.variable);
+}
+
+void CInterfaceClientConnection::OnOrderLost(const vantrel::LostOrder& order) {
+    LogVariableError(LostOrderText(order, m_services.translator), order.variable);
 }
 
 void CInterfaceClientConnection::OnReportModifyError(value::ValueKind kind,

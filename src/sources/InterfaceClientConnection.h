@@ -76,10 +76,12 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
     void OnDataArrived() override;
     void OnVarAccessError(const vantrel::RequestRecord& record) override;
     void OnCurrentDataModifyAck(const vantrel::RequestRecord& record) override;
+    void OnCurrentDataModifyError(const vantrel::RequestRecord& record) override;
     void OnReportModifyError(value::ValueKind kind, const vantrel::RequestRecord& record) override;
     void OnArchiveModifyError(const vantrel::RequestRecord& record) override;
     void OnPeriodError(vantrel::PeriodAction action, value::ValueKind kind,
                        const vantrel::RequestRecord& record) override;
+    void OnOrderLost(const vantrel::LostOrder& order) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
 
   private:

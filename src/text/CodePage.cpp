@@ -166,6 +166,13 @@ std::string FromWide(std::wstring_view wide) {
     return result;
 }
 
+bool IsUtf8(std::string_view text) {
+    while (!text.empty()) {
+        if (TakeCharacter(text) == kNoCharacter) return false;
+    }
+    return true;
+}
+
 unsigned char ToUpper(unsigned char c) {
     return kCase.upper[c];
 }

@@ -13,6 +13,9 @@ std::string ToUtf8(std::string_view windows1250);
 std::string FromUtf8(std::string_view utf8);
 std::string FromWide(std::wstring_view wide);
 
+// All of it is well-formed UTF-8.
+bool IsUtf8(std::string_view text);
+
 // Upper and lower case of one byte and of a text, Polish and other Latin letters included.
 unsigned char ToUpper(unsigned char c);
 unsigned char ToLower(unsigned char c);

@@ -21,7 +21,7 @@
 namespace kalvex::vantrel {
 
 enum ConnectionState : std::uint16_t {
-    StateDown = 0,     // out of reach; reads fail at once, whatever else is sent is lost
+    StateDown = 0,     // out of reach; reads fail at once, orders are lost, which OnOrderLost tells
     StateOpening = 1,  // requests are kept until the attempt has ended
     StateLogin = 2,    // the same
     StateConnected = 3,
@@ -136,6 +136,7 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnArchiveModifyError(const RequestRecord& record);
     virtual void OnPeriodError(PeriodAction action, value::ValueKind kind,
                                const RequestRecord& record);
+    virtual void OnOrderLost(const LostOrder& order);
     virtual void OnReportChange(value::ValueKind kind, std::int64_t time);
     virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
 
@@ -192,6 +193,7 @@ class CClientConnection : private ClientTransportEvents {
     void MarkVarValError();
     void MakeWrites(value::ValueKind kind);
     void AddWrite(WriteRequest request);
+    void Lose(WriteRequest request);
     // What has been added goes when it is its turn.
     void ReleaseWrites();
     void SendWrites();

@@ -122,7 +122,7 @@ void CClientConnection::MakePeriodRequest(PeriodAction action, value::ValueKind 
 // ---- on their way
 
 void CClientConnection::AddWrite(WriteRequest request) {
-    if (m_state == StateDown) return;
+    if (m_state == StateDown) return Lose(std::move(request));
     const std::size_t bytes =
         std::visit([](const auto& content) { return BytesOf(content); }, request);
     if (m_writeBytes + bytes > kMostBytesWaiting) {
@@ -134,6 +134,23 @@ void CClientConnection::AddWrite(WriteRequest request) {
     if (auto* archive = std::get_if<ArchiveModifyRequest>(&request)) archive->serial = serial;
     m_serials.emplace(std::visit([](const auto& content) { return content.id; }, request), serial);
     m_writes.emplace(serial, PendingWrite{std::move(request), bytes});
+}
+
+void CClientConnection::Lose(WriteRequest request) {
+    LostOrder lost;
+    if (auto* modify = std::get_if<ModifyRequest>(&request)) {
+        lost = {{}, modify->kind, std::move(modify->variable), modify->time, {modify->value}};
+    } else if (auto* archive = std::get_if<ArchiveModifyRequest>(&request)) {
+        lost = {{},
+                value::KindArchive,
+                std::move(archive->variable),
+                archive->from,
+                std::move(archive->values)};
+    } else {
+        auto& order = std::get<PeriodRequest>(request);
+        lost = {order.action, order.kind, std::move(order.variable), order.time, {}};
+    }
+    OnOrderLost(lost);
 }
 
 void CClientConnection::ReleaseWrites() {
@@ -255,8 +272,12 @@ void CClientConnection::HoldWrites(bool wasConnected) {
     m_writesUnderWay = m_ordersUnderWay = 0;
     m_writeBytesUnderWay = 0;
     for (const std::uint64_t serial : lost) {
-        const PendingWrite write = Forget(serial);
-        TellWrite(write.request, ResultNothing, RequestFate::NotConnected);
+        PendingWrite write = Forget(serial);
+        if (std::holds_alternative<ModifyRequest>(write.request)) {
+            TellWrite(write.request, ResultNothing, RequestFate::NotConnected);
+        } else {
+            Lose(std::move(write.request));
+        }
     }
 }
 

@@ -30,6 +30,15 @@ struct RequestRecord {
     value::CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
 };
 
+// An order that never left, since there was no server to be reached.
+struct LostOrder {
+    std::optional<PeriodAction> action;  // none: a write
+    value::ValueKind kind = value::KindNone;
+    std::string variable;
+    std::int64_t time = 0;            // of the report or of the first archive value
+    std::vector<value::CVal> values;  // of a write
+};
+
 // Where the answer to a read request arrives. Never called within the call that makes a request
 // while the server can be reached.
 class AnswerWindow {

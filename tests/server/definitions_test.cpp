@@ -395,6 +395,41 @@ TEST_F(DefinitionsTest, ColumnsHaveToBeKnown) {
                                       "a.csv:3: name: kolumna występuje więcej niż raz"));
 }
 
+TEST_F(DefinitionsTest, FileInWindows1250IsToldAsSuch) {
+    m_folder.Put("a.csv", text::FromUtf8("# Sieć\nname;de;signal\n\nZ1.P;Pressure;\n"
+                                         "Z1.T;Ciśnienie;constant value=1\n"
+                                         "Z1.W;Wyłącznik;constant wartość=1\nZ1.P;Gałąź;x\n"));
+    m_folder.Put("b.csv", text::FromUtf8("name;opis_półki\nX;1\n"));
+    EXPECT_FALSE(
+        Load("[[variables]]\nfile = \"a.csv\"\n[[variables]]\nfile = \"b.csv\"\n"
+             "[[variable]]\nname = \"X\"\nrt = 300\n"));
+    EXPECT_THAT(m_errors,
+                ElementsAre("plant.toml:7: variable.rt: oczekiwano liczby całkowitej od 0 do 255",
+                            "a.csv:5: plik nie jest w UTF-8, wygląda na Windows-1250",
+                            "b.csv:1: plik nie jest w UTF-8, wygląda na Windows-1250"));
+    m_folder.Put("a.csv", text::FromUtf8("# Sieć\nname;de\nZ1.P;Pressure\n"));
+    EXPECT_TRUE(Load("[[variables]]\nfile = \"a.csv\"\n"));
+}
+
+TEST_F(DefinitionsTest, ValueHasToBeWithinItsBounds) {
+    m_folder.Put("a.csv",
+                 "name,type,min,max,value\n"
+                 "A,double,0,10,10.5\n"
+                 "B,int,0,,-1\n"
+                 "C,short,0,10,10\n"
+                 "D,double,,10,-1e300\n"
+                 "E,text,0,10,11\n"
+                 "F,double,,,1e400\n"
+                 "G,int,0,10,10.9\n");
+    EXPECT_FALSE(
+        Load("[[variables]]\nfile = \"a.csv\"\n"
+             "[[variable]]\nname = \"X\"\nmin = 5\nvalue = 4\nsignal = \"constant value=5\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("plant.toml:3: variable.value: value musi być od min do max",
+                                      "a.csv:2: value: value musi być od min do max",
+                                      "a.csv:3: value: value musi być od min do max",
+                                      "a.csv:7: value: oczekiwano liczby"));
+}
+
 TEST_F(DefinitionsTest, VariablesAreBounded) {
     EXPECT_FALSE(
         Load("[server]\nvariables = 1\n[[variable]]\nname = \"A\"\n"

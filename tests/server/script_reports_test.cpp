@@ -98,16 +98,18 @@ TEST_F(ScriptReportsTest, RefusedWritesAreLoggedInTheTermsOfTheScript) {
         "FILL_IN_LIST L 5 0 t u HREP\nPUT r HREP 2024 3 9 6 5\nPUT r DREP 2024 3 9 5\n"
         "PUT r MREP 2024 3 5\nPUT r SREP 2024 5 5\nMPUT r HREP L\nMPUT r ARCH L\nSET r = 5\n"
         "INIT_LOAD r HREP 2024 3 9 6\nSLEEP 1");
-    EXPECT_THAT(Errors(), ElementsAre("main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
-                                      "main.kx - Błąd modyfikacji raportu dobowego (srv@R)",
-                                      "main.kx - Błąd modyfikacji raportu miesięcznego (srv@R)",
-                                      "main.kx - Błąd modyfikacji raportu okresowego (srv@R)",
-                                      "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
-                                      "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
-                                      "main.kx - Błąd modyfikacji danych archiwalnych - brak "
-                                      "dostępu, nie przyjęto żadnej wartości (srv@R)",
-                                      "main.kx - Błąd polecenia: pobranie HREP - brak dostępu "
-                                      "(srv@R)"));
+    EXPECT_THAT(
+        Errors(),
+        ElementsAre("main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
+                    "main.kx - Błąd modyfikacji raportu dobowego (srv@R)",
+                    "main.kx - Błąd modyfikacji raportu miesięcznego (srv@R)",
+                    "main.kx - Błąd modyfikacji raportu okresowego (srv@R)",
+                    "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
+                    "main.kx - Błąd modyfikacji raportu godzinowego (srv@R)",
+                    "main.kx - Błąd modyfikacji danych archiwalnych - brak dostępu, nie przyjęto "
+                    "żadnej wartości (srv@R)",
+                    "main.kx - Odrzucono zapis wartości 5.00 (brak dostępu) (srv@R)",
+                    "main.kx - Błąd polecenia: pobranie HREP - brak dostępu (srv@R)"));
 }
 
 TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
@@ -140,14 +142,15 @@ TEST_F(ScriptReportsTest, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
                                       ": x.HREP"));
 }
 
-// A write outside the bounds is refused in silence, and the server's next value takes its place.
+// The value that stands takes the place of the one that was refused.
 TEST_F(ScriptReportsTest, ValueOutsideItsBoundsIsRefused) {
     engine::CKalvexDoc& document = Finish(
         "REMOTE x srv@X\nLOCAL y = x\nSET x = 2000\nLOCAL zaraz = x\nSLEEP 1\nSET x = 900\n"
         "SLEEP 1\nLOCAL potem = x");
     EXPECT_EQ(Value(document, "zaraz"), "171:2000.00");
     EXPECT_EQ(Value(document, "potem"), "171:900.00");
-    EXPECT_THAT(Errors(), IsEmpty());
+    EXPECT_THAT(Errors(), ElementsAre("main.kx - Odrzucono zapis wartości 2000.00 (niedopuszczalna "
+                                      "wartość) (srv@X)"));
 }
 
 TEST_F(ScriptReportsTest, SetOfHoursGoesAndComesBackWithoutItsBounds) {

@@ -258,7 +258,55 @@ TEST_F(ConnectionsTest, RefusedReportWritesAreLoggedByKind) {
     EXPECT_THAT(NewLog(), ElementsAre("main.kx - Błąd modyfikacji raportu godzinowego (srv@V)",
                                       "main.kx - Błąd modyfikacji raportu dobowego (srv@V)",
                                       "main.kx - Błąd modyfikacji raportu miesięcznego (srv@V)",
-                                      "main.kx - Błąd modyfikacji raportu okresowego (srv@V)"));
+                                      "main.kx - Błąd modyfikacji raportu okresowego (srv@V)",
+                                      "main.kx - Odrzucono zapis wartości 5 (kod 9) (srv@V)"));
+}
+
+TEST_F(ConnectionsTest, RefusedWriteIsLoggedWithItsValueAndReason) {
+    const std::pair<int, const char*> rows[] = {{1, "brak zmiennej albo danych"},
+                                                {2, "brak dostępu"},
+                                                {3, "niepoprawna wartość"},
+                                                {4, "polecenie niemożliwe do wykonania"},
+                                                {5, "błąd serwera"}};
+    std::string variables;
+    std::string declarations;
+    std::string writes;
+    std::vector<std::string> lines;
+    for (const auto& [code, words] : rows) {
+        const std::string number = std::to_string(code);
+        variables += (code == 1 ? "'V" : ", 'V") + number + "': {'writeError': " + number +
+                     ", 'current': [{'value': 1.5}]}";
+        declarations += "REMOTE a" + number + " srv@V" + number + "\n";
+        writes += "SET a" + number + " = 2.5\n";
+        lines.push_back("main.kx - Odrzucono zapis wartości 2.50 (" + std::string(words) +
+                        ") (srv@V" + number + ")");
+    }
+    Plant("'variables': {" + variables + "}");
+    Run(declarations + "LOCAL x = a5\n" + writes, 20);
+    EXPECT_EQ(NewLog(), lines);
+}
+
+TEST_F(ConnectionsTest, OrdersWithoutAServerAreLogged) {
+    Plant("'connectAtTick': 1000, 'variables': {'V': {}}");
+    Run("REMOTE a srv@V\nLIST L\nADD L 3.5\nADD L 4.5\nLOCAL t = MAKE_TIME 2024 3 9 6\n"
+        "MOVE_FIRST L\nSET L.TIMESTAMP = t\nMOVE_NEXT L\nSET L.TIMESTAMP = t\nSET a = 5\nPUT a "
+        "HREP 2024 3 10 6 1.5\nPUT a SREP 2024 5 7\n"
+        "MPUT a ARCH L\nINIT a DREP 2024 3 9\nINIT_LOAD a MREP 2024 2\n"
+        "INIT_CALC a HREP 2024 3 10 6\nINIT_LOAD a ARCH 2024 3 9 6\n"
+        "INIT_LOAD_REFRESH a ARCH 2024 3 9 6",
+        20);
+    const auto line = [](const std::string& order) {
+        return "main.kx - Brak połączenia z serwerem, przepadło polecenie " + order + " (srv@V)";
+    };
+    EXPECT_THAT(NewLog(), ElementsAre(line("SET o wartości 5.00"),
+                                      line("PUT HREP 2024-03-10 06:00:00 o wartości 1.50"),
+                                      line("PUT SREP 2024-01-01 00:00:05 o wartości 7.00"),
+                                      line("MPUT ARCH 2024-03-09 06:00:00, wartości: 2"),
+                                      line("INIT DREP 2024-03-09 00:00:00"),
+                                      line("INIT_LOAD MREP 2024-02-01 00:00:00"),
+                                      line("INIT_CALC HREP 2024-03-10 06:00:00"),
+                                      line("INIT_LOAD ARCH 2024-03-09 06:00:00"),
+                                      line("INIT_LOAD_REFRESH ARCH 2024-03-09 06:00:00")));
 }
 
 // ---- registration

@@ -302,7 +302,7 @@ TEST_F(RemoteVariableTest, RefusedWriteStaysUntilTheNextUpdate) {
     EXPECT_EQ(Read(document, value::KindCurrent), "1 5/32768");
     Tick(10);
     EXPECT_EQ(Read(document, value::KindCurrent), "1 2/0");
-    EXPECT_THAT(NewLog(), IsEmpty());
+    EXPECT_THAT(NewLog(), ElementsAre("main.kx - Odrzucono zapis wartości 5 (kod 9) (srv@V)"));
 }
 
 TEST_F(RemoteVariableTest, AssignedReportValueMakesNoTraffic) {
@@ -534,7 +534,7 @@ TEST_F(RemoteVariableTest, PutMarksAndSendsWhenTold) {
     EXPECT_EQ(Link(document, "a").GetRequestState(value::KindHour), RequestNone);
 }
 
-TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostInSilence) {
+TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostAndTold) {
     Plant(
         "'outages': [{'fromTick': 5, 'toTick': 10}], 'variables': {'V': {'current': "
         "[{'value': 1}]}}");
@@ -543,7 +543,10 @@ TEST_F(RemoteVariableTest, WritesToAServerThatIsOutAreLostInSilence) {
     Variable(document).PutValue(value::KindHour, 3600, value::CVal(5), true);
     EXPECT_EQ(Variable(document).SetValue(value::CVal(5), value::KindCurrent), 1);
     Tick(10);
-    EXPECT_THAT(NewLog(), IsEmpty());
+    EXPECT_THAT(NewLog(), ElementsAre("main.kx - Brak połączenia z serwerem, przepadło polecenie "
+                                      "PUT HREP 1970-01-01 02:00:00 o wartości 5 (srv@V)",
+                                      "main.kx - Brak połączenia z serwerem, przepadło polecenie "
+                                      "SET o wartości 5 (srv@V)"));
     EXPECT_EQ(Read(document, value::KindCurrent), "1 1/0");
     Variable(document).RequestRange(value::KindHour, 3600, 3600);
     Tick(1);

@@ -185,6 +185,14 @@ void HeardConnection::OnPeriodError(vantrel::PeriodAction action, value::ValueKi
                      record.variable + " " + Text(record.result));
 }
 
+void HeardConnection::OnOrderLost(const vantrel::LostOrder& order) {
+    std::string text = "lost ";
+    if (order.action) text += "period " + Text(static_cast<int>(*order.action)) + ":";
+    text += Text(order.kind) + order.variable + "[" + Text(order.time) + "]";
+    for (const value::CVal& value : order.values) text += " " + Describe(value);
+    events.push_back(text);
+}
+
 void HeardConnection::OnReportChange(value::ValueKind kind, std::int64_t time) {
     events.push_back("report changed " + Text(kind) + " " + Text(time));
 }

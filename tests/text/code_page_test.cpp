@@ -42,6 +42,19 @@ TEST(CodePageTest, EveryCharacterOfThePageHasItsByte) {
     }
 }
 
+TEST(CodePageTest, WellFormedUtf8IsKnown) {
+    EXPECT_TRUE(IsUtf8(""));
+    EXPECT_TRUE(IsUtf8("a"));
+    for (const Row& row : kRows) {
+        EXPECT_TRUE(IsUtf8(row.utf8));
+        EXPECT_FALSE(IsUtf8(Bytes(row.first, row.first + 15)));
+    }
+    EXPECT_TRUE(IsUtf8("\xF0\x9F\x98\x80"));
+    EXPECT_FALSE(IsUtf8("\xC4"));
+    EXPECT_FALSE(IsUtf8("\xED\xA0\x80"));
+    EXPECT_FALSE(IsUtf8("za\xBF\xF3\xB3\xE6"));
+}
+
 TEST(CodePageTest, LowerHalfIsAsciiBothWays) {
     std::string ascii;
     for (int i = 0; i < 128; ++i) ascii.push_back(static_cast<char>(i));

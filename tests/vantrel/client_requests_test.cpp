@@ -345,7 +345,7 @@ TEST_F(ClientRequestsTest, OrdersThatAreNeverAnsweredDoNotGather) {
     EXPECT_EQ(connection.WritesWaiting(), 1000u);
 }
 
-TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheRestIsLost) {
+TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheOrdersAreToldAsLost) {
     Break();
     Forget();
     connection.AddDataRequest(value::KindHour, "V", 100, 100, nullptr, window);
@@ -356,10 +356,14 @@ TEST_F(ClientRequestsTest, DownTheReadsFailAtOnceAndTheRestIsLost) {
     connection.MakeDataRequest(value::KindHour);
     connection.AddCurrentDataModifyRequest("V", value::CVal(2));
     connection.MakeCurrentDataModifyRequest();
+    list.Add(At(1, 3.5));
+    list.Add(At(2, 4.5));
     connection.AddArchiveModifyRequest("V", list, value::TIMEW{1}, value::TIMEW{2});
     connection.MakeArchiveModifyRequest();
     connection.MakePeriodRequest(PeriodAction::Init, value::KindHour, "V", 100);
-    EXPECT_THAT(connection.events, IsEmpty());
+    EXPECT_THAT(connection.events,
+                ElementsAre("lost 2V[100] 1.50/0", "lost 1V[0] 2/0", "lost 6V[1] 3.50/0 4.50/0",
+                            "lost period 0:2V[100]"));
     connection.CheckConnection();
     network.Deliver();
     EXPECT_EQ(connection.GetState(), StateConnected);
@@ -397,9 +401,14 @@ TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
     other.AddReportModifyRequest(value::KindHour, "V", 100, value::CVal(1.5));
     other.AddDataRequest(value::KindHour, "V", 100, 100, nullptr, window);
     other.MakeDataRequest(value::KindHour);
+    list.Add(At(1, 3.5));
+    other.AddArchiveModifyRequest("V", list, value::TIMEW{1}, value::TIMEW{1});
+    other.MakeArchiveModifyRequest();
+    other.MakePeriodRequest(PeriodAction::Refresh, value::KindArchive, "V", 300);
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
-    EXPECT_THAT(other.events, ElementsAre("report not written 2V 1", "fault 2 4110"));
+    EXPECT_THAT(other.events, ElementsAre("lost 6V[1] 3.50/0", "lost period 4:6V[300]",
+                                          "report not written 2V 1", "fault 2 4110"));
     server.accepts = true;
     other.CheckConnection();
     network.Deliver();
