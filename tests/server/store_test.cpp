@@ -256,65 +256,6 @@ TEST_F(StoreTest, FileOfTheFirstVersionIsTaken) {
     EXPECT_THAT(other.AnswersAtOpening(), IsEmpty());
 }
 
-// ---- changes of reports by number, answers to writes
-
-std::vector<std::string> Dump(const std::vector<NumberedChange>& changes) {
-    std::vector<std::string> lines;
-    for (const NumberedChange& change : changes) {
-        lines.push_back(std::to_string(change.sequence) + ": " + std::to_string(change.kind) + " " +
-                        std::to_string(change.time));
-    }
-    return lines;
-}
-
-TEST_F(StoreTest, ChangesOfReportsAreNumberedForTheLifeOfTheFile) {
-    const VariableId x = m_store->Register("X");
-    EXPECT_THAT(
-        Submit({PutValue{x, value::KindDay, 7, value::CVal(1)},
-                PutValue{x, value::KindHour, 3600, value::CVal(1)}})
-            .changed,
-        ElementsAre(Pair(Pair(value::KindHour, 3600), 1u), Pair(Pair(value::KindDay, 7), 2u)));
-    EXPECT_THAT(Submit({PutValue{x, value::KindSpan, 5, value::CVal(1)}}).changed,
-                ElementsAre(Pair(Pair(value::KindSpan, 5), 3u)));
-    EXPECT_THAT(Submit({PutValue{x, value::KindHour, 3600, value::CVal(2)}}).changed,
-                ElementsAre(Pair(Pair(value::KindHour, 3600), 4u)));
-    Submit({PutValue{x, value::KindHour, 3600, value::CVal(2)}});
-    m_store.reset();
-    Open();
-    EXPECT_THAT(Dump(m_store->ChangesAtOpening()), ElementsAre("2: 3 7", "3: 5 5", "4: 2 3600"));
-    EXPECT_THAT(
-        Submit({PutValue{m_store->Register("X"), value::KindSpan, 6, value::CVal(1)}}).changed,
-        ElementsAre(Pair(Pair(value::KindSpan, 6), 5u)));
-}
-
-TEST_F(StoreTest, TheLastHundredThousandChangesAreKept) {
-    const VariableId x = m_store->Register("X");
-    std::vector<StoreOperation> operations;
-    for (std::int64_t time = 1; time <= 101000; ++time) {
-        operations.emplace_back(PutValue{x, value::KindSpan, time, value::CVal(1)});
-    }
-    Submit(std::move(operations));
-    m_store.reset();
-    Open();
-    ASSERT_EQ(m_store->ChangesAtOpening().size(), 100000u);
-    EXPECT_EQ(m_store->ChangesAtOpening().front().sequence, 1001u);
-    EXPECT_EQ(m_store->ChangesAtOpening().back().sequence, 101000u);
-}
-
-TEST_F(StoreTest, AnswersAreKeptAndDropped) {
-    Submit({SaveAnswer{"b", 1, 3, 0}, SaveAnswer{"a", UINT64_MAX, 1, 5},
-            SaveAnswer{"a", 2, 2, 65535}, SaveAnswer{"c", 1, 4, 0}, SaveAnswer{"c", 2, 5, 0},
-            DropAnswers{"a", 2}, DropAnswers{"c", 0}});
-    m_store.reset();
-    Open();
-    std::vector<std::string> lines;
-    for (const SaveAnswer& answer : m_store->AnswersAtOpening()) {
-        lines.push_back(answer.token + " " + std::to_string(answer.serial) + " " +
-                        std::to_string(answer.number) + " " + std::to_string(answer.result));
-    }
-    EXPECT_THAT(lines, ElementsAre("a 18446744073709551615 1 5", "b 1 3 0"));
-}
-
 TEST_F(StoreTest, GapIsMarkedOnceBehindAKnownValue) {
     const VariableId x = m_store->Register("X");
     Submit({MarkGap{x, 50}});

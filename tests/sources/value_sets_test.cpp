@@ -230,9 +230,9 @@ TEST_F(ValueSetsTest, RefusedWritesAreLoggedOneByOne) {
 
 TEST_F(ValueSetsTest, WritesThatABreakLeavesWithoutAnAnswerAreTold) {
     Plant(
-        "'latencyTicks': 10, 'outages': [{'fromTick': 16, 'toTick': 40}], "
+        "'latencyTicks': 10, 'outages': [{'fromTick': 6, 'toTick': 40}], "
         "'variables': {'V': {'current': [{'value': 1}]}}");
-    Run("REMOTE a srv@V\nLIST L\nADD L 7\nLOCAL x = a\nMPUT a ARCH L", 60);
+    Run("REMOTE a srv@V\nLIST L\nADD L 7\nMPUT a ARCH L", 60);
     EXPECT_THAT(NewLog(), ElementsAre("Połączenie z srv zerwane (utrata połączenia)",
                                       "Zapisy i polecenia bez odpowiedzi źródła srv: 1, zostaną "
                                       "wysłane ponownie"));

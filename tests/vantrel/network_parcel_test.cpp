@@ -242,7 +242,7 @@ TEST(NetworkParcelTest, BytesAreThoseOfTheContract) {
     EXPECT_THAT(
         Pack(ClientMessage(ModifyRequests{{{1, value::KindHour, "A", 9, value::CVal(), 5}}}))
             .parcels,
-        ElementsAre("\x3a\x10\x0a\x0e\x08\x01\x10\x02\x1a\x01\x41\x20\x09\x2a\x03\x08\xff\x01"
+        ElementsAre("\x3a\x12\x0a\x10\x08\x01\x10\x02\x1a\x01\x41\x20\x09\x2a\x03\x08\xff\x01"
                     "\x30\x05"s));
     // Two ints 5 and -1 of status 0 and time 3: one type, one status, one time stand for both.
     const ValueUpdates updates{
