@@ -14,8 +14,8 @@ namespace {
 constexpr int kLeastYear = 1000 - 1900;
 constexpr int kMostYear = 9999 - 1900;
 
-// The week of a day may belong to the year before or after it, also where a century ends.
-constexpr int kYearsBeside[] = {0, -1, 1, -99, 99};
+// The week of a day may belong to the year before or after it.
+constexpr int kYearsBeside[] = {0, -1, 1};
 
 constexpr std::string_view kConversions = "aAbBcCdDeFgGhHIjmMnprRStTuUVwWxXyYzZ%";
 

@@ -212,14 +212,9 @@ int YearOf(const TimeParts& parts) {
     return IsGiven(parts.century) ? parts.century * 100 : 1900;
 }
 
-// The day that the parts name, in a year or, for a week of ISO 8601, in the year of its weeks.
-std::optional<std::chrono::sys_days> DayOf(const TimeParts& parts, std::chrono::year year) {
+// The day of a week, in a year or, for a week of ISO 8601, in the year of its weeks.
+std::optional<std::chrono::sys_days> DayOfWeek(const TimeParts& parts, std::chrono::year year) {
     using namespace std::chrono;
-    const sys_days newYear = year / January / 1;
-    if (IsGiven(parts.month) && IsGiven(parts.day)) {
-        return sys_days(year / month(static_cast<unsigned>(parts.month)) / 1) + days(parts.day - 1);
-    }
-    if (IsGiven(parts.dayOfYear)) return newYear + days(parts.dayOfYear - 1);
     if (!IsGiven(parts.weekday)) return std::nullopt;
     const days fromSunday(parts.weekday % 7);
     const days fromMonday((parts.weekday + 6) % 7);
@@ -231,8 +226,22 @@ std::optional<std::chrono::sys_days> DayOf(const TimeParts& parts, std::chrono::
     }
     if (!IsGiven(parts.isoWeek)) return std::nullopt;
     // January 4 lies in the first week.
-    const sys_days fourth = newYear + days(3);
+    const sys_days fourth = year / January / 4;
     return fourth - (weekday(fourth) - Monday) + weeks(parts.isoWeek - 1) + fromMonday;
+}
+
+std::optional<std::chrono::sys_days> DayOf(const TimeParts& parts, std::chrono::year year) {
+    using namespace std::chrono;
+    const bool month = IsGiven(parts.month);
+    if (!IsGiven(parts.day) || !month) {
+        if (IsGiven(parts.dayOfYear)) {
+            return sys_days(year / January / 1) + days(parts.dayOfYear - 1);
+        }
+        if (const std::optional<sys_days> day = DayOfWeek(parts, year)) return day;
+    }
+    if (!IsGiven(parts.day)) return std::nullopt;
+    const std::chrono::month first(month ? static_cast<unsigned>(parts.month) : 1);
+    return sys_days(year / first / 1) + days(parts.day - 1);
 }
 
 int HourOf(const TimeParts& parts) {
@@ -257,18 +266,20 @@ std::tm FieldsOfParts(const TimeParts& parts, int yearsBeside) {
     fields.tm_year = year - 1900;
     if (const std::optional<sys_days> day = DayOf(parts, std::chrono::year(year))) {
         const year_month_day date(*day);
-        const bool given = IsGiven(parts.month) && IsGiven(parts.day);
-        if (!given) fields.tm_year = int(date.year()) - 1900;
+        fields.tm_year = int(date.year()) - 1900;
         fields.tm_mon = static_cast<int>(unsigned(date.month())) - 1;
         fields.tm_mday = static_cast<int>(unsigned(date.day()));
         fields.tm_wday = static_cast<int>(weekday(*day).c_encoding());
         fields.tm_yday = static_cast<int>((*day - sys_days(date.year() / January / 1)).count());
     }
-    // What is written as it was read need not be a date that exists.
-    if (IsGiven(parts.month)) fields.tm_mon = parts.month - 1;
-    if (IsGiven(parts.day)) fields.tm_mday = parts.day;
+    // A date is taken as it stands, though there be no such day.
+    if (IsGiven(parts.month) && IsGiven(parts.day)) {
+        fields.tm_year = year - 1900;
+        fields.tm_mon = parts.month - 1;
+        fields.tm_mday = parts.day;
+        if (IsGiven(parts.dayOfYear)) fields.tm_yday = parts.dayOfYear - 1;
+    }
     if (IsGiven(parts.weekday)) fields.tm_wday = parts.weekday % 7;
-    if (IsGiven(parts.dayOfYear)) fields.tm_yday = parts.dayOfYear - 1;
     fields.tm_hour = HourOf(parts);
     fields.tm_min = std::max(parts.minute, 0);
     fields.tm_sec = std::max(parts.second, 0);

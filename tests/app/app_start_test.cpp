@@ -414,7 +414,7 @@ TEST_F(AppStartTest, ScriptWhoseFileIsGoneIsPassedOver) {
 TEST_F(AppStartTest, FolderThatHasNoNameInWindows1250IsTold) {
     m_folder.MakeFolder("漢");
     m_workingDir = m_folder.Path("漢");
-    PutProfile("[Autostart]\nProcedura0=a.kx\n");
+    PutProfile("[Autostart]\nProcedura0=a.kx\n", "漢/Kalvex.ini");
     m_folder.Put("漢/a.kx", "\n");
     ASSERT_TRUE(Start());
     EXPECT_THAT(Those("log"),

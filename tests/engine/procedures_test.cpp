@@ -39,15 +39,15 @@ TEST(ProceduresArgumentTest, TakesTheFirstMatch) {
 TEST(ProceduresArgumentTest, KeepsTheSuffixFromTheFirstDot) {
     const CCallFrame frame = FrameOf({{"zmienna", "p"}});
     EXPECT_EQ(LookupArgument(frame, "p.HREP"), "zmienna.HREP");
-    EXPECT_EQ(LookupArgument({.arrArgs = {{"A", ".p"}}}, ".p.HREP"), "A.HREP");
     EXPECT_EQ(LookupArgument(frame, "p.HREP.TIMESTAMP"), "zmienna.HREP.TIMESTAMP");
     EXPECT_EQ(LookupArgument(frame, "p."), "zmienna.");
 }
 
-TEST(ProceduresArgumentTest, DotAtTheStartSplitsNothing) {
+TEST(ProceduresArgumentTest, DotAtTheStartBelongsToTheName) {
     const CCallFrame frame = FrameOf({{"zmienna", "p"}, {"cała", ".p"}});
     EXPECT_EQ(LookupArgument(frame, ".p"), "cała");
-    EXPECT_EQ(LookupArgument(frame, ".p.q"), "");
+    EXPECT_EQ(LookupArgument(frame, ".p.q"), "cała.q");
+    EXPECT_EQ(LookupArgument(frame, ".q.p"), "");
 }
 
 TEST(ProceduresArgumentTest, ComparesWithCaseAndAsAWhole) {

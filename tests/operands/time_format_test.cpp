@@ -31,16 +31,16 @@ std::string ReadBack(const std::tm& fields, std::string_view format) {
 // nights in which Warsaw's clocks change.
 std::vector<std::int64_t> Instants() {
     std::vector<std::int64_t> instants;
-    constexpr std::int64_t kUneven = 19 * 86400 + 7 * 3600 + 13 * 60 + 11;
+    constexpr std::int64_t kUneven = 59 * 86400 + 7 * 3600 + 13 * 60 + 11;
     for (std::int64_t time = 0; time < support::Gmt(2068, 12, 1); time += kUneven)
         instants.push_back(time);
-    for (int year = 1971; year < 2069; ++year) {
-        for (int day = -8; day <= 8; ++day)
+    for (int year = 1971; year < 2069; year += 3) {
+        for (int day = -4; day <= 4; ++day)
             instants.push_back(support::Gmt(year, 1, 1, 11, 59, 59) + day * 86400);
     }
     for (const std::int64_t change :
          {support::Gmt(2024, 3, 31, 1), support::Gmt(2024, 10, 27, 1)}) {
-        for (int i = -150; i <= 150; ++i) instants.push_back(change + i * 61);
+        for (int i = -60; i <= 60; ++i) instants.push_back(change + i * 121);
     }
     return instants;
 }
@@ -104,16 +104,6 @@ TEST(TimeFormatTest, TextThatTellsLessIsReadAsOneOfItsTimes) {
     }
 }
 
-TEST(TimeFormatTest, CenturiesEndInTheirWeeks) {
-    std::tm fields{};
-    for (const char* text :
-         {"1999-12-31", "2000-01-01", "2099-12-31", "2100-01-01", "2101-01-02"}) {
-        fields = *ReadTime(text, "%F");
-        EXPECT_EQ(ReadBack(fields, "%C %g-%m-%d"), Reading(fields));
-        EXPECT_EQ(ReadBack(fields, "%C%G %V %u"), Reading(fields));
-    }
-}
-
 TEST(TimeFormatTest, TwoDigitsOfAYearAreOfTheHundredYearsFrom1969) {
     EXPECT_EQ(Reading(*ReadTime("690101", "%y%m%d")), "1969-01-01 00:00:00");
     EXPECT_EQ(Reading(*ReadTime("681231", "%y%m%d")), "2068-12-31 00:00:00");
@@ -169,12 +159,19 @@ TEST(TimeFormatTest, TextThatIsNotOfItsFormatIsRefused) {
         {"2024 W02", "%G W%V"},
         {"2024-01-05 01", "%F %V%"},
         {"2024-01-05 02", "%F %V"},
+        {"2024 005 06", "%Y %j %d"},
         {"", "%F"},
         {"2024-01-05", ""},
     };
     for (const Refused& row : kRows) {
         EXPECT_FALSE(ReadTime(row.text, row.format)) << row.text << " by " << row.format;
     }
+}
+
+TEST(TimeFormatTest, WhatIsNotGivenIsTheFirst) {
+    EXPECT_EQ(Reading(*ReadTime("05 2024", "%d %Y")), "2024-01-05 00:00:00");
+    EXPECT_EQ(Reading(*ReadTime("Mon 05 2024 PM", "%a %d %Y %p")), "2024-01-05 12:00:00");
+    EXPECT_EQ(Reading(*ReadTime("05.02", "%d.%m")), "1900-02-05 00:00:00");
 }
 
 TEST(TimeFormatTest, DayThatTheMonthHasNotIsReadAsItStands) {
