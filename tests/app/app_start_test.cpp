@@ -385,6 +385,14 @@ TEST_F(AppStartTest, DelayedScriptsStartOnTheirTimerOnce) {
     EXPECT_FALSE(m_loop.timers.contains(CMainFrame::AutoStartTimer));
 }
 
+TEST_F(AppStartTest, ShortestDelayIsASecond) {
+    PutProfile("[Autostart]\nProcedura0=a.kx\n");
+    PutScript("a.kx", "\n");
+    ASSERT_TRUE(Start({"/D:1"}));
+    EXPECT_TRUE(App().Documents().All().empty());
+    EXPECT_THAT(Those("timer"), ElementsAre("4 1000", "2 1000"));
+}
+
 TEST_F(AppStartTest, ScriptsStartAtOnceWhereThereIsNoTimerForTheirDelay) {
     m_loop.refused = {CMainFrame::AutoStartTimer};
     PutProfile("[Autostart]\nProcedura0=a.kx\n");
