@@ -265,24 +265,26 @@ void CClientConnection::Receive(ValueUpdates& message) {
 // A variable that had been there is gone or is not to be seen any more: so are its value and its
 // definition.
 void CClientConnection::Receive(AccessErrors& message) {
-    std::vector<RequestRecord> records;
     bool definitionsGone = false;
     for (const AccessErrors::Entry& entry : message.entries) {
         const auto found = m_byHandle.find(entry.handle);
         if (found == m_byHandle.end()) continue;
         CVarVal& variable = *found->second->pVarVal;
-        RequestRecord& record = records.emplace_back();
-        record.result = entry.code;
-        record.variable = variable.GetName();
         if (variable.Value().GetType() != value::ValueType::None) {
-            value::CVal nothing;
-            nothing.SetStatus(value::Status::Unknown);
-            variable.SetValue(std::move(nothing));
+            variable.SetValue(value::CVal());
+            variable.Value().SetStatus(value::Status::Unknown);
         }
-        definitionsGone = m_definitions.erase(record.variable) != 0 || definitionsGone;
+        definitionsGone = m_definitions.erase(variable.GetName()) != 0 || definitionsGone;
     }
     if (definitionsGone) OnVariableList();
-    for (const RequestRecord& record : records) OnVarAccessError(record);
+    for (const AccessErrors::Entry& entry : message.entries) {
+        const auto found = m_byHandle.find(entry.handle);
+        if (found == m_byHandle.end()) continue;
+        RequestRecord record;
+        record.result = entry.code;
+        record.variable = found->second->pVarVal->GetName();
+        OnVarAccessError(record);
+    }
 }
 
 void CClientConnection::Receive(ReportChange& message) {
