@@ -57,6 +57,7 @@ TEST_F(ReportReadsTest, SignsAreJoinedOnlyWhereTheyMayStand) {
     EXPECT_EQ(Asks("GET a HREP 2024 3 - 10 7"), "error 11 Niepoprawna liczba parametrów");
     EXPECT_EQ(Asks("GET a HREP 2024 - 3 10 7"), "error 11 Niepoprawna data");
     EXPECT_EQ(Asks("GET a HREP - 2024 3 10 7"), "error 11 Niepoprawna liczba parametrów");
+    EXPECT_EQ(Asks("GET a SREP - 2024 5"), "error 11 Niepoprawna liczba parametrów");
 }
 
 TEST_F(ReportReadsTest, DaysGoThroughTheCalendar) {
