@@ -15,6 +15,8 @@ namespace kalvex::sources {
 
 namespace {
 
+constexpr std::size_t kMostLostTold = 1000;
+
 constexpr std::uint32_t kConsoleWishes = 833;
 static_assert((kConsoleWishes & vantrel::SubscribeFlag::LogMessages) != 0);
 
@@ -124,6 +126,12 @@ void CInterfaceClientConnection::OnServerAccess(bool denied, std::string_view te
 
 void CInterfaceClientConnection::OnConnect() {
     Log("Nawiązanie połączenia z %s", {GetServerName()}, platform::LogEvents);
+    if (m_lostUntold > 0) {
+        Log("Bez połączenia z %s przepadły jeszcze polecenia w liczbie %s",
+            {GetServerName(), std::to_string(m_lostUntold)}, platform::LogErrors);
+    }
+    m_lostTold.clear();
+    m_lostUntold = 0;
 }
 
 void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
@@ -215,8 +223,14 @@ void CInterfaceClientConnection::OnPeriodError(vantrel::PeriodAction action, val
                      record.variable);
 }
 
+// A script that tries until it succeeds must not fill the log.
 void CInterfaceClientConnection::OnOrderLost(const vantrel::LostOrder& order) {
-    LogVariableError(LostOrderText(order, m_services.translator), order.variable);
+    const std::string text = LostOrderText(order, m_services.translator);
+    if (m_lostTold.size() < kMostLostTold && m_lostTold.emplace(order.variable, text).second) {
+        LogVariableError(text, order.variable);
+    } else {
+        ++m_lostUntold;
+    }
 }
 
 void CInterfaceClientConnection::OnReportModifyError(value::ValueKind kind,

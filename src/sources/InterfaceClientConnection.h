@@ -5,8 +5,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "vantrel/ClientConnection.h"
@@ -91,6 +93,10 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
 
     SourceServices& m_services;
     bool m_fDataReady = false;
+    // Orders lost since there was no server: those that the log has had, by variable and text, and
+    // the number of the others.
+    std::set<std::pair<std::string, std::string>> m_lostTold;
+    std::size_t m_lostUntold = 0;
     std::array<std::vector<engine::CKalvexDoc*>, value::kReportKinds.size()> m_notifyDocs;
 };
 

@@ -309,6 +309,34 @@ TEST_F(ConnectionsTest, OrdersWithoutAServerAreLogged) {
                                       line("INIT_LOAD_REFRESH ARCH 2024-03-09 06:00:00")));
 }
 
+TEST_F(ConnectionsTest, OrdersThatRepeatThemselvesWithoutAServerAreCounted) {
+    Plant(
+        "'outages': [{'fromTick': 5, 'toTick': 10}, {'fromTick': 20, 'toTick': 30}], "
+        "'variables': {'V': {'current': [{'value': 1}]}}");
+    CInterfaceObj& link = Link(Run("REMOTE a srv@V", 6), "a");
+    NewLog();
+    const auto line = [](int number) {
+        return "main.kx - Brak połączenia z serwerem, przepadło polecenie SET o wartości " +
+               std::to_string(number) + " (srv@V)";
+    };
+    for (int i = 0; i < 3; ++i) link.Write(value::CVal(5));
+    EXPECT_THAT(NewLog(), ElementsAre(line(5)));
+    for (int i = 1; i <= 1100; ++i) link.Write(value::CVal(i));
+    const std::vector<std::string> lines = NewLog();
+    ASSERT_EQ(lines.size(), 999u);
+    EXPECT_EQ(lines.front(), line(1));
+    EXPECT_EQ(lines.back(), line(1000));
+    Tick(5);
+    EXPECT_THAT(NewLog(),
+                ElementsAre("Bez połączenia z srv przepadły jeszcze polecenia w liczbie 103"));
+    Tick(10);
+    NewLog();
+    link.Write(value::CVal(5));
+    EXPECT_THAT(NewLog(), ElementsAre(line(5)));
+    Tick(10);
+    EXPECT_THAT(NewLog(), IsEmpty());
+}
+
 // ---- registration
 
 TEST_F(ConnectionsTest, RegistrationReachesTheServerAtOnce) {
