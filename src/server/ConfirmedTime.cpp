@@ -37,4 +37,10 @@ std::int64_t ConfirmedTime::Get() const {
     return m_last ? std::min(m_expected, m_last->now) : 0;
 }
 
+std::int64_t ConfirmedTime::At(std::int64_t now, std::int64_t elapsed) const {
+    ConfirmedTime then = *this;
+    then.Step(now, elapsed);
+    return then.Get();
+}
+
 }  // namespace kalvex::server

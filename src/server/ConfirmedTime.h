@@ -22,6 +22,9 @@ class ConfirmedTime {
     // Never ahead of the wall clock.
     std::int64_t Get() const;
 
+    // What it will be if the next step comes then.
+    std::int64_t At(std::int64_t now, std::int64_t elapsed) const;
+
     // How many seconds the last step has taken.
     std::int64_t Passed() const { return m_passed; }
 

@@ -15,13 +15,13 @@ namespace {
 
 constexpr const char* kAlive = "alive";
 constexpr unsigned kByServer = vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples;
+constexpr std::int64_t kStepBack = 60;  // a longer one corrects a clock that was ahead
 
 value::CVal UnknownValue() {
     value::CVal value;
     value.SetStatus(value::Status::Unknown);
     return value;
 }
-constexpr std::int64_t kStepBack = 60;  // a longer one corrects a clock that was ahead
 
 }  // namespace
 

@@ -75,7 +75,7 @@ class Server final : public vantrel::SessionAcceptor {
 
     std::int64_t Now() const { return m_clock.Now(); }
     std::int64_t Elapsed() const { return m_clock.Elapsed(); }
-    std::int64_t Confirmed() const { return m_confirmed.Get(); }
+    std::int64_t Confirmed() const { return m_confirmed.At(Now(), Elapsed()); }
     Plant& GetPlant() { return m_plant; }
     Store& GetStore() { return m_store; }
     LoginDesk& GetLogins() { return *m_logins; }

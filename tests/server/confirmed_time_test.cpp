@@ -84,6 +84,15 @@ TEST(ConfirmedTimeTest, IsNeverAheadOfTheClock) {
     EXPECT_EQ(time.Get(), kStart + 2);
 }
 
+TEST(ConfirmedTimeTest, LooksAheadWithoutAStep) {
+    ConfirmedTime time;
+    time.Step(kStart, 0);
+    EXPECT_EQ(time.At(kStart + 600, 600), kStart + 600);
+    EXPECT_EQ(time.At(kStart + kYear, 1), kStart + 1);
+    EXPECT_EQ(time.Get(), kStart);
+    EXPECT_EQ(time.Step(kStart + 2, 2), 0);
+}
+
 TEST(ConfirmedTimeTest, MachineThatStoodStillIsNoJump) {
     ConfirmedTime time;
     time.Step(kStart, 0);

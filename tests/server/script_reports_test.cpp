@@ -149,7 +149,7 @@ TEST_F(ScriptReportsTest, ValueOutsideItsBoundsIsRefused) {
         "SLEEP 1\nLOCAL potem = x");
     EXPECT_EQ(Value(document, "zaraz"), "171:2000.00");
     EXPECT_EQ(Value(document, "potem"), "171:900.00");
-    EXPECT_THAT(Errors(), ElementsAre("main.kx - Odrzucono zapis wartości 2000.00 (niedopuszczalna "
+    EXPECT_THAT(Errors(), ElementsAre("main.kx - Odrzucono zapis wartości 2000.00 (niepoprawna "
                                       "wartość) (srv@X)"));
 }
 

@@ -194,17 +194,6 @@ TEST_F(SessionResendTest, AnswerOfACurrentWriteIsCommittedWithItsValue) {
     EXPECT_EQ(select.Real(1), 5.0);
 }
 
-TEST_F(SessionResendTest, FailedWriteStaysFailed) {
-    platform::SqliteDatabase other;
-    ASSERT_TRUE(other.Open(m_folder.Path("data/store.sqlite")));
-    ASSERT_TRUE(other.Execute("ALTER TABLE history RENAME TO elsewhere"));
-    TestClient& client = Enter("t");
-    EXPECT_THAT(Write(client, value::KindHour, "X", value::CVal(5), 1), ElementsAre("1:5"));
-    ASSERT_TRUE(other.Execute("ALTER TABLE elsewhere RENAME TO history"));
-    EXPECT_THAT(Write(client, value::KindHour, "X", value::CVal(5), 1), ElementsAre("1:5"));
-    EXPECT_THAT(Write(client, value::KindHour, "X", value::CVal(5), 2), ElementsAre("1:0"));
-}
-
 // ---- changes of reports
 
 TEST_F(SessionResendTest, ClientThatComesBackHearsOfEachPeriodThatHasChanged) {

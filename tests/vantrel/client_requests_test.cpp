@@ -407,8 +407,8 @@ TEST_F(ClientRequestsTest, FailedAttemptAnswersWhatWaitedForIt) {
     other.MakePeriodRequest(PeriodAction::Refresh, value::KindArchive, "V", 300);
     network.Deliver();
     EXPECT_THAT(window.answers, ElementsAre("2V 1 /0"));
-    EXPECT_THAT(other.events, ElementsAre("lost 6V[1] 3.50/0", "lost period 4:6V[300]",
-                                          "report not written 2V 1", "fault 2 4110"));
+    EXPECT_THAT(other.events, ElementsAre("report not written 2V 1", "lost 6V[1] 3.50/0",
+                                          "lost period 4:6V[300]", "fault 2 4110"));
     server.accepts = true;
     other.CheckConnection();
     network.Deliver();
