@@ -13,35 +13,56 @@ namespace kalvex::server {
 
 namespace {
 
-constexpr std::int64_t kFarthest = 62 * value::kSecondsPerDay;
+constexpr std::int64_t kFarthestDays = 62;
 constexpr std::size_t kReportsTogether = 50;
 
 std::string ProgressName(value::ValueKind kind) {
     return kind == value::KindHour ? "hour" : kind == value::KindDay ? "day" : "month";
 }
 
+// The first report that is made up for.
+std::int64_t Farthest(value::ValueKind kind, std::int64_t now, const Definitions& definitions) {
+    const bool isKept = kind != value::KindHour || definitions.keepDays == 0 ||
+                        definitions.keepDays >= kFarthestDays;
+    const std::int64_t days = isKept ? kFarthestDays : definitions.keepDays;
+    const std::int64_t time = std::max<std::int64_t>(now - days * value::kSecondsPerDay, 0);
+    const std::int64_t report = CoveringReport(kind, time, static_cast<int>(definitions.dayStart));
+    return isKept ? report : NextReportTime(kind, report);
+}
+
 }  // namespace
 
-void AutomaticReports::Step(const Definitions& definitions, std::int64_t now) {
+void AutomaticReports::Step(const Definitions& definitions, std::int64_t now, bool sure) {
     const int dayStart = static_cast<int>(definitions.dayStart);
     for (const value::ValueKind kind : definitions.automatic) {
+        const std::int64_t present = CoveringReport(kind, now, dayStart);
         if (m_places.count(kind) == 0) {
-            const std::optional<Place> first = FirstPlace(kind, dayStart, now);
+            const std::optional<Place> first = FirstPlace(kind, present);
             if (!first) return;
             m_places[kind] = *first;
         }
         Place& place = m_places[kind];
-        // A clock that has been set back has left behind a place that is still to come.
-        const std::int64_t present = CoveringReport(kind, now, dayStart);
-        if (place.time > present) {
-            const std::optional<Place> returned = Begin(kind, present);
-            if (!returned) return;
-            place = *returned;
-        }
+        if (!Return(kind, present, sure, place)) return;
+        const std::int64_t farthest = Farthest(kind, now, definitions);
+        if (place.time < farthest) place = Place{farthest};
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
             if (!HandOver(kind, dayStart, now, place)) return;
         }
     }
+}
+
+// A clock that goes back and forth leaves the place where it is.
+bool AutomaticReports::Return(value::ValueKind kind, std::int64_t present, bool sure,
+                              Place& place) {
+    if (place.time <= present) {
+        place.back.reset();
+        return true;
+    }
+    if (!place.back) place.back = present;
+    if (!sure) return true;
+    const std::optional<Place> returned = Begin(kind, std::min(*place.back, present));
+    if (returned) place = *returned;
+    return returned.has_value();
 }
 
 void AutomaticReports::OnDefine() {
@@ -49,14 +70,9 @@ void AutomaticReports::OnDefine() {
 }
 
 std::optional<AutomaticReports::Place> AutomaticReports::FirstPlace(value::ValueKind kind,
-                                                                    int dayStart,
-                                                                    std::int64_t now) {
+                                                                    std::int64_t present) {
     const std::optional<std::int64_t> recorded = m_store.Progress(ProgressName(kind));
-    if (recorded) {
-        const std::int64_t farthest = std::max<std::int64_t>(now - kFarthest, 0);
-        return Place{std::max(*recorded, CoveringReport(kind, farthest, dayStart))};
-    }
-    return Begin(kind, CoveringReport(kind, now, dayStart));
+    return recorded ? Place{*recorded} : Begin(kind, present);
 }
 
 std::optional<AutomaticReports::Place> AutomaticReports::Begin(value::ValueKind kind,

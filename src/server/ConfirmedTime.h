@@ -25,6 +25,9 @@ class ConfirmedTime {
     // What it will be if the next step comes then.
     std::int64_t At(std::int64_t now, std::int64_t elapsed) const;
 
+    // The wall clock has not been found wrong, or is believed again.
+    bool IsSure() const { return !m_doubtedAt; }
+
     // How many seconds the last step has taken.
     std::int64_t Passed() const { return m_passed; }
 

@@ -19,12 +19,6 @@ value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
 
 }  // namespace
 
-value::CVal NoValue() {
-    value::CVal value;
-    value.SetStatus(value::Status::Unknown);
-    return value;
-}
-
 void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
                    std::int64_t now) {
     for (PlantVariable& variable : m_arrVariables) {

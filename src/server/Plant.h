@@ -28,7 +28,7 @@ struct VariableState {
     value::CVal value;
     std::optional<double> generated;  // what the signal has come to, uncut by the type
     bool saved = true;
-    bool unarchived = false;  // its last changes have no second of their own in the archive yet
+    std::size_t unarchived = 0;  // its last changes have no second of their own in the archive yet
 };
 
 struct PlantVariable : VariableState {
@@ -81,9 +81,6 @@ class Plant {
     std::vector<std::size_t> m_changed;
     std::uint64_t m_random = 0;
 };
-
-// What is there where there is no value.
-value::CVal NoValue();
 
 // What a client is told of the variable.
 vantrel::VariableDefinition DefinitionOf(const VariableConfig& config);

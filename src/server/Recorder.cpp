@@ -14,21 +14,17 @@ namespace kalvex::server {
 namespace {
 
 constexpr const char* kAlive = "alive";
+constexpr const char* kConfirmed = "confirmed";
 constexpr unsigned kByServer = vantrel::ArchiveBit::Changes | vantrel::ArchiveBit::Samples;
 constexpr std::int64_t kStepBack = 60;  // a longer one corrects a clock that was ahead
-
-value::CVal UnknownValue() {
-    value::CVal value;
-    value.SetStatus(value::Status::Unknown);
-    return value;
-}
 
 }  // namespace
 
 void Recorder::Begin(std::int64_t now) {
-    const std::optional<std::int64_t> alive = m_store.Progress(kAlive);
+    std::optional<std::int64_t> alive = m_store.Progress(kAlive);
     m_lastSave = now;
     m_newest = alive;
+    if (alive && *alive > now) alive = m_store.Progress(kConfirmed);
     if (!alive || *alive + 1 >= now) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         const PlantVariable& variable = m_plant.At(index);
@@ -40,11 +36,11 @@ void Recorder::Begin(std::int64_t now) {
 // Amounts belong to the hour in which they are stamped, so the last one does not stand again behind
 // the gap, and the hour in which the gap ends has to be told of it, too.
 void Recorder::AddGap(const PlantVariable& variable, std::int64_t from, std::int64_t now) {
-    m_pending.emplace_back(MarkGap{variable.id, from});
+    m_pending.emplace_back(MarkGap{variable.id, from, now - 1});
     if (variable.config.rule == ReportRule::Sum) {
         const std::int64_t hour = ReportTime(value::KindHour, now);
         m_pending.emplace_back(
-            PutValue{variable.id, value::KindArchive, std::max(from, hour), UnknownValue()});
+            PutValue{variable.id, value::KindArchive, std::max(from, hour), NoValue()});
     } else if (variable.value.GetType() != value::ValueType::None) {
         value::CVal value = variable.value;
         value.SetTime(now);
@@ -57,7 +53,7 @@ void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
         PlantVariable& variable = m_plant.At(index);
         if ((variable.config.archive & vantrel::ArchiveBit::Changes) == 0) continue;
         if (IsBehind(variable.value.GetTime())) {
-            variable.unarchived = true;
+            ++variable.unarchived;
             continue;
         }
         m_pending.emplace_back(
@@ -76,11 +72,20 @@ void Recorder::CatchUp(std::int64_t now) {
     if (!std::exchange(m_behind, false)) return;
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         PlantVariable& variable = m_plant.At(index);
-        if (!std::exchange(variable.unarchived, false)) continue;
-        value::CVal value = variable.value;
+        const std::size_t values = std::exchange(variable.unarchived, 0);
+        if (values == 0) continue;
+        // One amount does not stand for several.
+        const bool isPart = variable.config.rule == ReportRule::Sum && values > 1;
+        value::CVal value = isPart ? NoValue() : variable.value;
         value.SetTime(now);
         m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
     }
+}
+
+// What was recorded before is no part of the client's transaction, which is not to be cut for it.
+bool Recorder::TakesWrites(std::int64_t now) {
+    if (!m_pending.empty()) Submit(now, m_done);
+    return !m_loss && m_store.HasRoomForClients();
 }
 
 void Recorder::Write(std::vector<StoreOperation> operations, std::int64_t now, Store::Done done) {
@@ -98,14 +103,19 @@ void Recorder::Step(const Definitions& definitions, std::int64_t now, std::int64
         AddUnsaved();
         m_lastSave = now;
     }
-    m_pending.emplace_back(SaveProgress{kAlive, confirmed});
+    SaveAlive(now, confirmed);
     Submit(now, m_done);
     RemoveOld(definitions.keepDays, confirmed);
 }
 
-void Recorder::End(std::int64_t now) {
-    AddUnsaved();
+void Recorder::SaveAlive(std::int64_t now, std::int64_t confirmed) {
     m_pending.emplace_back(SaveProgress{kAlive, now});
+    m_pending.emplace_back(SaveProgress{kConfirmed, confirmed});
+}
+
+void Recorder::End(std::int64_t now, std::int64_t confirmed) {
+    AddUnsaved();
+    SaveAlive(now, confirmed);
     Submit(now, m_done);
     if (!m_loss) return;
     m_loss->over = true;

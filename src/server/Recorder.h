@@ -39,7 +39,7 @@ class Recorder {
 
     // What a client writes, behind all that was recorded before. Only while TakesWrites.
     void Write(std::vector<StoreOperation> operations, std::int64_t now, Store::Done done);
-    bool TakesWrites() const { return !m_loss && m_store.HasRoomForClients(); }
+    bool TakesWrites(std::int64_t now);
 
     // Values are being lost, and the archives do not tell of it yet.
     bool IsLosing() const { return m_loss.has_value(); }
@@ -49,13 +49,14 @@ class Recorder {
     void Step(const Definitions& definitions, std::int64_t now, std::int64_t confirmed);
 
     // The last step: all current values that are not saved yet.
-    void End(std::int64_t now);
+    void End(std::int64_t now, std::int64_t confirmed);
 
   private:
     bool IsBehind(std::int64_t time);
     void CatchUp(std::int64_t now);
     void AddSamples(std::int64_t period, std::int64_t now);
     void AddUnsaved();
+    void SaveAlive(std::int64_t now, std::int64_t confirmed);
     void AddGap(const PlantVariable& variable, std::int64_t from, std::int64_t now);
     void RemoveOld(std::int64_t keepDays, std::int64_t now);
     void Submit(std::int64_t now, const Store::Done& done);

@@ -15,6 +15,10 @@ std::int64_t DayBegin(std::int64_t day, int dayStart) {
 
 }  // namespace
 
+bool IsTime(std::int64_t time) {
+    return time >= 0 && time <= value::kLargestTime;
+}
+
 std::int64_t ReportTime(value::ValueKind kind, std::int64_t time) {
     switch (kind) {
         case value::KindHour:

@@ -18,6 +18,9 @@ struct TimeSpan {
     bool operator==(const TimeSpan&) const = default;
 };
 
+// A time that a value can have.
+bool IsTime(std::int64_t time);
+
 // The name of the report that any time within the period stands for; the time itself for span
 // reports and the archive.
 std::int64_t ReportTime(value::ValueKind kind, std::int64_t time);

@@ -133,7 +133,10 @@ void Server::Tick() {
     Distribute();
     m_recorder.Step(m_definitions, now, Confirmed());
     // What is lost has to be told to the archives before a report is computed from them.
-    if (!m_recorder.IsLosing()) m_automatic.Step(m_definitions, Confirmed());
+    if (!m_recorder.IsLosing()) {
+        m_automatic.Step(m_definitions, Confirmed(), m_confirmed.IsSure());
+    }
+    m_refusesWrites = m_refusesWrites && !m_store.IsEmpty();
     m_reportChanges.Publish();
     for (const auto& [number, session] : m_sessions) {
         session->SendReportChanges();
@@ -150,7 +153,7 @@ void Server::StepTime() {
 void Server::Stop() {
     if (!std::exchange(m_started, false)) return;
     Distribute();
-    m_recorder.End(Confirmed());
+    m_recorder.End(m_clock.Now(), Confirmed());
     const StoreTrouble left = m_store.Close();
     if (!left.over) {
         Log(kNotStoredAtEnd, {std::to_string(left.operations), left.error}, platform::LogErrors);
@@ -241,10 +244,9 @@ std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {
 // ---- the store
 
 bool Server::TakesWrites() {
-    const bool refused = !m_recorder.TakesWrites();
-    if (refused && !m_refusesWrites) Log(kRefusesWrites, {}, platform::LogErrors);
-    m_refusesWrites = refused;
-    return !refused;
+    if (m_recorder.TakesWrites(m_clock.Now())) return true;
+    if (!std::exchange(m_refusesWrites, true)) Log(kRefusesWrites, {}, platform::LogErrors);
+    return false;
 }
 
 void Server::Write(std::vector<StoreOperation> operations, std::function<void()> done) {

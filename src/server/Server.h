@@ -97,7 +97,7 @@ class Server final : public vantrel::SessionAcceptor {
     // Archives the values that have been set and sends them to their subscribers.
     void Distribute();
 
-    // False while too much waits to be written; the log is told of it once.
+    // False while too much waits to be written; the log is told of it once until all is written.
     bool TakesWrites();
 
     // Writes what a client has asked for, behind all that was recorded before. `done` is called

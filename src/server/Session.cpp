@@ -101,9 +101,14 @@ void Session::OnLogin(const LoginVerdict& verdict) {
         m_granted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     }
     const std::uint64_t lastChange = m_server.GetReportChanges().Last();
-    m_link.Send(vantrel::LoginResult{verdict.code, verdict.text, accepted ? lastChange : 0});
-    if (!accepted || !m_changesSince) return;
-    m_lastChangeTold = std::min(*m_changesSince, lastChange);
+    vantrel::LoginResult result{verdict.code, verdict.text};
+    if (accepted) result.sequence = lastChange;
+    m_link.Send(std::move(result));
+    if (!accepted) return;
+    const bool asks = m_changesSince.has_value();
+    m_changesSince = std::min(m_changesSince.value_or(lastChange), lastChange);
+    if (!asks) return;
+    m_lastChangeTold = m_changesSince;
     SendReportChanges();
 }
 
@@ -118,7 +123,7 @@ void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
 void Session::Receive(vantrel::SubscribeRequest& message) {
     m_flags |= message.flags;
     if ((m_flags & vantrel::SubscribeFlag::ReportChanges) != 0 && !m_lastChangeTold) {
-        m_lastChangeTold = m_server.GetReportChanges().Last();
+        m_lastChangeTold = m_changesSince;
     }
     for (const vantrel::VariableHandle handle : message.removed) {
         const auto found = m_subscriptions.find(handle);

@@ -149,7 +149,7 @@ class Session final : public vantrel::ServerSession {
     std::uint32_t m_flags = 0;
     bool m_closing = false;
     std::string m_token;
-    std::optional<std::uint64_t> m_changesSince;    // as the login says
+    std::optional<std::uint64_t> m_changesSince;    // as the login says, or its answer
     std::optional<std::uint64_t> m_lastChangeTold;  // of reports; none while nobody has asked
     std::set<std::string> m_told;                   // limits that the log has had for this client
     std::map<std::string, std::size_t> m_refusals;  // lines of the log; how often since told

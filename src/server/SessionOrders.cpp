@@ -29,10 +29,6 @@ constexpr const char* kNoneTaken = platform::Translatable("%s, nie przyjęto ża
 constexpr const char* kBadOne =
     platform::Translatable("%s nr %d, nie przyjęto żadnej z wartości: %d");
 
-bool IsTime(std::int64_t time) {
-    return time >= 0 && time <= value::kLargestTime;
-}
-
 // What a client gives may be anything.
 std::string Printable(std::string_view name) {
     std::string text(name.substr(0, kLongestVariable));
@@ -211,7 +207,7 @@ bool Session::IsNew(vantrel::RequestId id, std::uint64_t serial, vantrel::Modify
 
 void Session::Decide(const Order& order, std::uint16_t result, vantrel::ModifyResults& decided,
                      std::vector<StoreOperation>& operations) {
-    decided.entries.push_back({order.id, result});
+    if (order.answered) decided.entries.push_back({order.id, result});
     if (!HasAnswer(order.serial)) return;
     WriteAnswers& answers = m_server.GetWriteAnswers();
     if (!m_server.TakesWrites()) return answers.Abandon(m_token, order.serial);
@@ -275,13 +271,22 @@ Refusal Session::PreparePeriod(const vantrel::PeriodRequest& request,
 }
 
 void Session::Receive(vantrel::PeriodRequest& message) {
-    const Order order{message.id,     0, message.kind, message.variable, message.action,
-                      message.id != 0};
+    const Order order{message.id,       message.serial, message.kind,
+                      message.variable, message.action, message.id != 0};
+    vantrel::ModifyResults decided;
     std::vector<StoreOperation> operations;
-    const Refusal refusal = PreparePeriod(message, operations);
-    if (refusal != Refusal::None) TellRefused(order, ReasonText(refusal));
-    if (!operations.empty()) return Submit(std::move(operations), {order});
-    if (order.answered) m_link.Send(vantrel::ModifyResults{{{order.id, ResultOf(refusal)}}});
+    std::vector<Order> waiting;
+    if (IsNew(message.id, message.serial, decided)) {
+        const Refusal refusal = PreparePeriod(message, operations);
+        if (operations.empty()) {
+            Decide(order, ResultOf(refusal), decided, operations);
+        } else {
+            waiting.push_back(order);
+        }
+        if (refusal != Refusal::None) TellRefused(order, ReasonText(refusal));
+    }
+    if (!decided.entries.empty()) m_link.Send(std::move(decided));
+    Submit(std::move(operations), std::move(waiting));
 }
 
 }  // namespace kalvex::server

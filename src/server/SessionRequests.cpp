@@ -17,10 +17,6 @@ constexpr std::int64_t kPieceValues = 2000;
 
 constexpr const char* kManyReads = platform::Translatable("zbyt wiele odczytów naraz");
 
-bool IsTime(std::int64_t time) {
-    return time >= 0 && time <= value::kLargestTime;
-}
-
 }  // namespace
 
 // ---- reads: one piece is fetched at a time, and the requests take turns

@@ -73,6 +73,11 @@ std::optional<std::int64_t> Store::Progress(const std::string& what) const {
     return found->second;
 }
 
+bool Store::IsEmpty() {
+    const std::lock_guard lock(m_mutex);
+    return m_queue.Empty();
+}
+
 bool Store::HasRoomForClients() {
     const std::lock_guard lock(m_mutex);
     return m_queue.HasRoomForClients();

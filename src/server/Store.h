@@ -86,6 +86,8 @@ class Store {
     const std::vector<NumberedChange>& ChangesAtOpening() const { return m_contents.reportChanges; }
     const std::vector<SaveAnswer>& AnswersAtOpening() const { return m_contents.answers; }
 
+    bool IsEmpty();  // nothing waits to be written
+
     // False while so much waits that clients' submissions should not be made any more.
     bool HasRoomForClients();
     bool HasRoom(Urgency urgency);

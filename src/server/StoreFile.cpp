@@ -70,6 +70,12 @@ bool IsSame(const value::CVal& a, const value::CVal& b) {
 
 }  // namespace
 
+value::CVal NoValue() {
+    value::CVal value;
+    value.SetStatus(value::Status::Unknown);
+    return value;
+}
+
 std::string StoreFile::ErrorText() const {
     return text::FromUtf8(m_database.ErrorText());
 }
@@ -238,13 +244,13 @@ bool StoreFile::PutReport(VariableId variable, value::ValueKind kind, std::int64
 
 bool StoreFile::Run(const MarkGap& operation, ChangedReports&) {
     m_getBefore.BindInteger(1, operation.variable);
-    m_getBefore.BindInteger(2, operation.time);
+    m_getBefore.BindInteger(2, std::max(operation.time, operation.until));
     std::optional<value::CVal> last;
     if (!ReadOne(m_getBefore, last)) return false;
     if (!last || (last->GetStatus() & value::Status::Unknown) != 0) return true;
-    value::CVal unknown;
-    unknown.SetStatus(value::Status::Unknown);
-    return Put(operation.variable, value::KindArchive, operation.time, unknown);
+    const std::int64_t time = std::max(operation.time, last->GetTime() + 1);
+    if (operation.until != 0 && time > operation.until) return true;
+    return Put(operation.variable, value::KindArchive, time, NoValue());
 }
 
 bool StoreFile::Run(const RemoveArchive& operation, ChangedReports&) {

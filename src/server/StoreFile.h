@@ -25,6 +25,9 @@ namespace kalvex::server {
 
 using VariableId = std::int64_t;
 
+// What is there where there is no value.
+value::CVal NoValue();
+
 // ---- operations
 
 struct SaveName {
@@ -56,10 +59,12 @@ struct MakeReport {
     std::int64_t now = value::kLargestTime;  // from here on nothing is known
 };
 
-// An unknown archive value, unless there is none before or the last one is unknown already.
+// An unknown archive value at the time, or behind the last value up to `until`, unless there is
+// none before or the last one is unknown already.
 struct MarkGap {
     VariableId variable = 0;
     std::int64_t time = 0;
+    std::int64_t until = 0;
 };
 
 // Archive values before the time, the oldest ten thousand at most. The last value at or before it

@@ -23,6 +23,16 @@ std::size_t TextBytes(const SaveProgress& operation) {
     return operation.what.size();
 }
 
+// With what stands beside it: the order that waits for it, and its place among the answers.
+std::size_t TextBytes(const SaveAnswer& operation) {
+    constexpr std::size_t kOrder = 500;
+    return kOrder + 3 * operation.token.size();
+}
+
+std::size_t TextBytes(const DropAnswers& operation) {
+    return operation.token.size();
+}
+
 template <class Operation>
 std::size_t TextBytes(const Operation& operation) {
     if constexpr (requires { operation.value; }) {

@@ -25,7 +25,12 @@ WriteAnswers::Meeting WriteAnswers::Meet(const std::string& token, std::uint64_t
                                          Waiter waiter) {
     const auto [found, isNew] = m_clients[token].answers.try_emplace(serial);
     Answer& answer = found->second;
-    if (!answer.result) answer.waiters.push_back(waiter);
+    if (!answer.result) {
+        // A token is of one process, which has left its former conversations.
+        std::erase_if(answer.waiters,
+                      [&](const Waiter& former) { return former.session != waiter.session; });
+        answer.waiters.push_back(waiter);
+    }
     return {isNew, answer.result};
 }
 
@@ -75,12 +80,13 @@ void WriteAnswers::Abandon(const std::string& token, std::uint64_t serial) {
 
 std::vector<WriteAnswers::Waiter> WriteAnswers::Settle(const std::string& token,
                                                        std::uint64_t serial, std::uint16_t result) {
-    Client& client = m_clients.at(token);
-    const auto found = client.answers.find(serial);
+    const auto client = m_clients.find(token);
+    const auto found = client->second.answers.find(serial);
     Answer& answer = found->second;
     answer.result = result;
     std::vector<Waiter> waiters = std::exchange(answer.waiters, {});
-    if (answer.dropped) client.answers.erase(found);
+    if (answer.dropped) client->second.answers.erase(found);
+    if (client->second.answers.empty()) m_clients.erase(client);
     return waiters;
 }
 

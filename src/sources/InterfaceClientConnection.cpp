@@ -44,8 +44,6 @@ constexpr std::array<const char*, value::kReportKinds.size()> kReportModifyError
 constexpr const char* kArchiveNotWritten = platform::Translatable(
     "Błąd modyfikacji danych archiwalnych - %s, nie przyjęto żadnej wartości");
 constexpr const char* kOrderNotDone = platform::Translatable("Błąd polecenia: %s - %s");
-constexpr const char* kNotConnected = platform::Translatable("brak połączenia");
-constexpr const char* kQueueFull = platform::Translatable("zbyt wiele zapisów czeka na odpowiedź");
 constexpr const char* kWritesWait = platform::Translatable(
     "Zapisy i polecenia bez odpowiedzi źródła %s: %d, zostaną wysłane ponownie");
 
@@ -195,11 +193,7 @@ void CInterfaceClientConnection::OnCurrentDataModifyAck(const vantrel::RequestRe
 }
 
 std::string CInterfaceClientConnection::WhyNot(const vantrel::RequestRecord& record) const {
-    const platform::Translator& translator = m_services.translator;
-    if (record.fate == vantrel::RequestFate::NotConnected)
-        return translator.Translate(kNotConnected);
-    if (record.fate == vantrel::RequestFate::QueueFull) return translator.Translate(kQueueFull);
-    return vantrel::ResultWords(record.result, translator);
+    return vantrel::ResultWords(record.result, m_services.translator);
 }
 
 void CInterfaceClientConnection::OnCurrentDataModifyError(const vantrel::RequestRecord& record) {

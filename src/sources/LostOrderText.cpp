@@ -1,5 +1,6 @@
 #include "sources/LostOrderText.h"
 
+#include <array>
 #include <optional>
 #include <string_view>
 
@@ -37,12 +38,17 @@ constexpr WriteRow kWrites[] = {
     {value::KindMonth, "PUT"},   {value::KindSpan, "PUT"}, {value::KindArchive, "MPUT"},
 };
 
-constexpr const char* kLost =
-    platform::Translatable("Brak połączenia z serwerem, przepadło polecenie %s");
+// By LossReason.
+constexpr std::array<const char*, 2> kReasons = {
+    platform::Translatable("Brak połączenia z serwerem"),
+    platform::Translatable("Zbyt wiele zapisów i poleceń czeka na odpowiedź serwera"),
+};
+
+constexpr const char* kLost = platform::Translatable("%s, przepadło polecenie %s");
 constexpr const char* kLostValue =
-    platform::Translatable("Brak połączenia z serwerem, przepadło polecenie %s o wartości %s");
+    platform::Translatable("%s, przepadło polecenie %s o wartości %s");
 constexpr const char* kLostList =
-    platform::Translatable("Brak połączenia z serwerem, przepadło polecenie %s, wartości: %s");
+    platform::Translatable("%s, przepadło polecenie %s, wartości: %s");
 
 std::string_view StatementOf(const vantrel::LostOrder& order) {
     for (const OrderRow& row : kOrders) {
@@ -58,9 +64,7 @@ std::string_view StatementOf(const vantrel::LostOrder& order) {
 std::string OrderText(const vantrel::LostOrder& order) {
     std::string text(StatementOf(order));
     if (order.kind == value::KindCurrent) return text;
-    for (const value::ValueKindRow& row : value::ValueKinds()) {
-        if (row.kind == order.kind) text.append(" ").append(row.suffix);
-    }
+    text.append(" ").append(value::WordOfKind(order.kind));
     return text + " " + value::FormatLocalTime(order.time);
 }
 
@@ -68,13 +72,15 @@ std::string OrderText(const vantrel::LostOrder& order) {
 
 std::string LostOrderText(const vantrel::LostOrder& order, const platform::Translator& translator) {
     const std::string text = OrderText(order);
-    if (order.action) return text::FormatText(translator.Translate(kLost), {text});
+    const std::string reason =
+        translator.Translate(kReasons[static_cast<std::size_t>(order.reason)]);
+    if (order.action) return text::FormatText(translator.Translate(kLost), {reason, text});
     if (order.kind == value::KindArchive) {
         return text::FormatText(translator.Translate(kLostList),
-                                {text, std::to_string(order.values.size())});
+                                {reason, text, std::to_string(order.values.size())});
     }
     return text::FormatText(translator.Translate(kLostValue),
-                            {text, value::ValueToText(order.values.front())});
+                            {reason, text, value::ValueToText(order.values.front())});
 }
 
 }  // namespace kalvex::sources

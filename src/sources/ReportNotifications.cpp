@@ -1,6 +1,5 @@
 #include "sources/ReportNotifications.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "sources/SourceFamilies.h"
@@ -74,8 +73,7 @@ void ReportNotifications::OnReportChange(value::ValueKind kind, std::string_view
                                          std::int64_t time) {
     NotifyRecord* record = Find(kind, source);
     if (record == nullptr || !record->bEnabled) return;
-    std::deque<std::int64_t>& times = record->arrTimes;
-    if (std::find(times.begin(), times.end(), time) == times.end()) times.push_back(time);
+    if (record->waiting.insert(time).second) record->arrTimes.push_back(time);
 }
 
 engine::LineOutcome ExecuteEnableNotify(engine::StatementCall& call) {
@@ -92,6 +90,7 @@ operands::FunctionResult Notify(operands::FunctionCall& call) {
     if (record != nullptr && record->bEnabled && !record->arrTimes.empty()) {
         time = record->arrTimes.front();
         record->arrTimes.pop_front();
+        record->waiting.erase(time);
     }
     call.out = value::CVal(time);
     return operands::FunctionResult::Done;

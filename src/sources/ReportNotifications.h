@@ -7,6 +7,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "engine/ScriptDocument.h"
@@ -17,7 +18,8 @@ namespace kalvex::sources {
 struct NotifyRecord {
     std::string strSource;
     bool bEnabled = false;
-    std::deque<std::int64_t> arrTimes;  // oldest first, no time twice
+    std::deque<std::int64_t> arrTimes;         // oldest first, no time twice
+    std::unordered_set<std::int64_t> waiting;  // the same times
 };
 
 class ReportNotifications final : public operands::DocumentPart {

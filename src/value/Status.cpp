@@ -49,6 +49,13 @@ std::span<const ValueKindRow> ValueKinds() {
     return kValueKinds;
 }
 
+std::string_view WordOfKind(ValueKind kind) {
+    for (const ValueKindRow& row : kValueKinds) {
+        if (row.kind == kind) return row.suffix;
+    }
+    return {};
+}
+
 ValueKind KindFromWord(std::string_view word) {
     for (const ValueKindRow& row : kValueKinds) {
         if (row.suffix == word) return row.kind;

@@ -70,6 +70,9 @@ struct ValueKindRow {
 
 std::span<const ValueKindRow> ValueKinds();
 
+// The suffix word of a kind; empty for KindNone.
+std::string_view WordOfKind(ValueKind kind);
+
 // The kind for a suffix word compared exactly (HREP); KindNone for any other word.
 ValueKind KindFromWord(std::string_view word);
 

@@ -239,8 +239,11 @@ void CClientConnection::Receive(LoginResult& message) {
         return;
     }
     m_state = StateConnected;
+    m_answersOrders = message.sequence.has_value();
     // A server that has come less far has another store.
-    if (!m_lastChange || message.sequence < *m_lastChange) m_lastChange = message.sequence;
+    if (!m_lastChange || message.sequence.value_or(0) < *m_lastChange) {
+        m_lastChange = message.sequence;
+    }
     OnConnect();
     SubscribeAll();
     SendOutbox();

@@ -193,17 +193,17 @@ class CClientConnection : private ClientTransportEvents {
     void MarkVarValError();
     void MakeWrites(value::ValueKind kind);
     void AddWrite(WriteRequest request);
-    void Lose(WriteRequest request);
+    void Lose(WriteRequest request, LossReason reason);
     // What has been added goes when it is its turn.
     void ReleaseWrites();
     void SendWrites();
-    void DropOldestOrder();
+    bool IsAnswered(const PendingWrite& write) const;
     PendingWrite Forget(std::uint64_t serial);
     void SendReads();
     PendingRead TakeRead(RequestId id);
     void FinishRead(RequestId id, std::uint16_t result);
     void FinishWrite(RequestId id, std::uint16_t result);
-    void TellWrite(const WriteRequest& request, std::uint16_t result, RequestFate fate);
+    void TellWrite(const WriteRequest& request, std::uint16_t result);
     // The conversation, or the attempt to open one, has ended.
     void HoldWrites(bool wasConnected);
     void FailOutstanding();
@@ -244,8 +244,8 @@ class CClientConnection : private ClientTransportEvents {
     std::size_t m_writesUnderWay = 0;
     std::size_t m_writeBytesUnderWay = 0;
     std::size_t m_writeBytes = 0;
-    std::size_t m_ordersUnderWay = 0;
-    bool m_ordersAnswered = false;  // by this server
+    std::size_t m_ordersUnderWay = 0;  // of those that are not answered
+    bool m_answersOrders = false;      // the server of this conversation
     // Waits for the connection to come up, or for writes that are held back.
     std::deque<std::variant<ClientMessage, WriteTurn>> m_outbox;
     std::string m_token;

@@ -14,11 +14,12 @@ constexpr std::size_t kMostWritesUnderWay = 500;
 constexpr std::size_t kMostBytesUnderWay = 8 << 20;
 constexpr std::size_t kMostBytesWaiting = 64 << 20;
 
-// Of orders, which a server need not answer.
+// Of orders that are remembered though the server does not answer them.
 constexpr std::size_t kMostOrdersUnderWay = 1000;
 
-// What goes into one archive write; a longer list goes in several.
-constexpr std::size_t kArchiveValuesTogether = 50000;
+// What goes into one archive write, so that a server can commit it together; a longer list goes in
+// several.
+constexpr std::size_t kArchiveValuesTogether = 10000;
 constexpr std::size_t kArchiveBytesTogether = 1 << 20;
 
 std::size_t BytesOf(const value::CVal& value) {
@@ -122,33 +123,34 @@ void CClientConnection::MakePeriodRequest(PeriodAction action, value::ValueKind 
 // ---- on their way
 
 void CClientConnection::AddWrite(WriteRequest request) {
-    if (m_state == StateDown) return Lose(std::move(request));
+    if (m_state == StateDown) return Lose(std::move(request), LossReason::NotConnected);
     const std::size_t bytes =
         std::visit([](const auto& content) { return BytesOf(content); }, request);
     if (m_writeBytes + bytes > kMostBytesWaiting) {
-        return TellWrite(request, ResultServerFault, RequestFate::QueueFull);
+        return Lose(std::move(request), LossReason::QueueFull);
     }
     m_writeBytes += bytes;
     const std::uint64_t serial = ++m_lastSerial;
-    if (auto* modify = std::get_if<ModifyRequest>(&request)) modify->serial = serial;
-    if (auto* archive = std::get_if<ArchiveModifyRequest>(&request)) archive->serial = serial;
+    std::visit([&](auto& content) { content.serial = serial; }, request);
     m_serials.emplace(std::visit([](const auto& content) { return content.id; }, request), serial);
     m_writes.emplace(serial, PendingWrite{std::move(request), bytes});
 }
 
-void CClientConnection::Lose(WriteRequest request) {
+void CClientConnection::Lose(WriteRequest request, LossReason reason) {
     LostOrder lost;
     if (auto* modify = std::get_if<ModifyRequest>(&request)) {
-        lost = {{}, modify->kind, std::move(modify->variable), modify->time, {modify->value}};
+        lost = {reason,         {}, modify->kind, std::move(modify->variable), modify->time,
+                {modify->value}};
     } else if (auto* archive = std::get_if<ArchiveModifyRequest>(&request)) {
-        lost = {{},
+        lost = {reason,
+                {},
                 value::KindArchive,
                 std::move(archive->variable),
                 archive->from,
                 std::move(archive->values)};
     } else {
         auto& order = std::get<PeriodRequest>(request);
-        lost = {order.action, order.kind, std::move(order.variable), order.time, {}};
+        lost = {reason, order.action, order.kind, std::move(order.variable), order.time, {}};
     }
     OnOrderLost(lost);
 }
@@ -168,16 +170,17 @@ void CClientConnection::SendWrites() {
     for (auto next = m_writes.upper_bound(m_lastSent); next != end; ++next) {
         const PendingWrite& write = next->second;
         const auto* order = std::get_if<PeriodRequest>(&write.request);
-        if (order == nullptr && (m_writesUnderWay >= kMostWritesUnderWay ||
-                                 m_writeBytesUnderWay >= kMostBytesUnderWay)) {
+        const bool isAnswered = IsAnswered(write);
+        if (isAnswered && (m_writesUnderWay >= kMostWritesUnderWay ||
+                           m_writeBytesUnderWay >= kMostBytesUnderWay)) {
             break;
         }
         m_lastSent = next->first;
-        if (order != nullptr) {
-            ++m_ordersUnderWay;
-        } else {
+        if (isAnswered) {
             ++m_writesUnderWay;
             m_writeBytesUnderWay += write.bytes;
+        } else {
+            ++m_ordersUnderWay;
         }
         if (const auto* modify = std::get_if<ModifyRequest>(&write.request)) {
             together.requests.push_back(*modify);
@@ -191,27 +194,26 @@ void CClientConnection::SendWrites() {
         }
     }
     sendTogether();
-    if (!m_ordersAnswered && m_ordersUnderWay > kMostOrdersUnderWay) DropOldestOrder();
+    for (auto oldest = m_writes.begin(); m_ordersUnderWay > kMostOrdersUnderWay;) {
+        const auto [serial, write] = *oldest++;
+        if (!IsAnswered(write)) Forget(serial);
+    }
 }
 
-// Of a server that does not answer them.
-void CClientConnection::DropOldestOrder() {
-    auto oldest = m_writes.begin();
-    while (!std::holds_alternative<PeriodRequest>(oldest->second.request)) ++oldest;
-    Forget(oldest->first);
+bool CClientConnection::IsAnswered(const PendingWrite& write) const {
+    return m_answersOrders || !std::holds_alternative<PeriodRequest>(write.request);
 }
 
 CClientConnection::PendingWrite CClientConnection::Forget(std::uint64_t serial) {
     PendingWrite write = std::move(m_writes.extract(serial).mapped());
-    const auto* order = std::get_if<PeriodRequest>(&write.request);
     m_serials.erase(std::visit([](const auto& content) { return content.id; }, write.request));
     m_writeBytes -= write.bytes;
     if (serial > m_lastSent) return write;
-    if (order != nullptr) {
-        --m_ordersUnderWay;
-    } else {
+    if (IsAnswered(write)) {
         --m_writesUnderWay;
         m_writeBytesUnderWay -= write.bytes;
+    } else {
+        --m_ordersUnderWay;
     }
     return write;
 }
@@ -227,15 +229,12 @@ void CClientConnection::FinishWrite(RequestId id, std::uint16_t result) {
     const auto found = m_serials.find(id);
     if (found == m_serials.end()) return;
     const PendingWrite write = Forget(found->second);
-    if (std::holds_alternative<PeriodRequest>(write.request)) m_ordersAnswered = true;
-    TellWrite(write.request, result, RequestFate::Answered);
+    TellWrite(write.request, result);
 }
 
-void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t result,
-                                  RequestFate fate) {
+void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t result) {
     RequestRecord record;
     record.result = result;
-    record.fate = fate;
     record.variable = std::visit([](const auto& content) { return content.variable; }, request);
     const auto* modify = std::get_if<ModifyRequest>(&request);
     if (modify != nullptr) record.value = modify->value;
@@ -258,26 +257,20 @@ void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t res
 void CClientConnection::HoldWrites(bool wasConnected) {
     if (wasConnected) m_lastReleased = m_lastSerial;
     std::vector<std::uint64_t> lost;
-    std::vector<std::uint64_t> unanswerable;
+    std::vector<std::uint64_t> done;  // as far as will ever be known
     for (const auto& [serial, write] : m_writes) {
         if (serial > m_lastReleased) {
             lost.push_back(serial);
-        } else if (serial <= m_lastSent && !m_ordersAnswered &&
-                   std::holds_alternative<PeriodRequest>(write.request)) {
-            unanswerable.push_back(serial);
+        } else if (serial <= m_lastSent && !IsAnswered(write)) {
+            done.push_back(serial);
         }
     }
-    for (const std::uint64_t serial : unanswerable) Forget(serial);
+    for (const std::uint64_t serial : done) Forget(serial);
     m_lastSent = 0;
     m_writesUnderWay = m_ordersUnderWay = 0;
     m_writeBytesUnderWay = 0;
     for (const std::uint64_t serial : lost) {
-        PendingWrite write = Forget(serial);
-        if (std::holds_alternative<ModifyRequest>(write.request)) {
-            TellWrite(write.request, ResultNothing, RequestFate::NotConnected);
-        } else {
-            Lose(std::move(write.request));
-        }
+        Lose(std::move(Forget(serial).request), LossReason::NotConnected);
     }
 }
 

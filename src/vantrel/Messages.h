@@ -126,6 +126,7 @@ struct PeriodRequest {
     std::string variable;
     std::int64_t time = 0;
     RequestId id = 0;
+    std::uint64_t serial = 0;
 };
 
 // The server's newest log lines, to be sent as log messages.
@@ -146,9 +147,10 @@ using ClientMessage =
 // ----------------------------------------------------------------------------
 
 struct LoginResult {
-    std::uint8_t code = 0;       // 0: the client is logged in
-    std::string text;            // why not
-    std::uint64_t sequence = 0;  // with code 0: of the last report change so far
+    std::uint8_t code = 0;  // 0: the client is logged in
+    std::string text;       // why not
+    // With code 0: of the last report change so far. A server that gives it answers orders, too.
+    std::optional<std::uint64_t> sequence = {};
 };
 
 // The definition of a variable: texts by short keys, a number as its decimal text.

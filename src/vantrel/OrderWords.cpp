@@ -9,16 +9,6 @@ namespace kalvex::vantrel {
 
 namespace {
 
-struct KindRow {
-    value::ValueKind kind;
-    const char* word;  // as scripts have it
-};
-
-constexpr KindRow kKinds[] = {
-    {value::KindCurrent, "CURDATA"}, {value::KindHour, "HREP"}, {value::KindDay, "DREP"},
-    {value::KindMonth, "MREP"},      {value::KindSpan, "SREP"}, {value::KindArchive, "ARCH"},
-};
-
 constexpr const char* kWrite = platform::Translatable("zapis %s");
 
 // By PeriodAction.
@@ -43,11 +33,8 @@ constexpr ResultRow kResults[] = {
 
 std::string OfKind(const char* polish, value::ValueKind kind,
                    const platform::Translator& translator) {
-    const char* word = "?";
-    for (const KindRow& row : kKinds) {
-        if (row.kind == kind) word = row.word;
-    }
-    return text::FormatText(translator.Translate(polish), {word});
+    const std::string_view word = value::WordOfKind(kind);
+    return text::FormatText(translator.Translate(polish), {word.empty() ? "?" : word});
 }
 
 }  // namespace

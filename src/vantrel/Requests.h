@@ -14,24 +14,22 @@ namespace kalvex::vantrel {
 
 class CClientConnection;
 
-// Who has decided how a request ended.
-enum class RequestFate : std::uint8_t {
-    Answered,
-    NotConnected,  // the server was never told
-    QueueFull,     // neither; too much waits for its answers
-};
-
 // A request with its outcome.
 struct RequestRecord {
     std::uint16_t result = 0;  // 0: success
-    RequestFate fate = RequestFate::Answered;
     std::string variable;
     value::CVal value;                         // a single report value, or what a write was to set
     value::CArchiveValueList* list = nullptr;  // of a request with a list, filled by now
 };
 
-// An order that never left, since there was no server to be reached.
+enum class LossReason : std::uint8_t {
+    NotConnected,
+    QueueFull,  // too much waits for its answers
+};
+
+// A write or an order of which the server was never told.
 struct LostOrder {
+    LossReason reason = LossReason::NotConnected;
     std::optional<PeriodAction> action;  // none: a write
     value::ValueKind kind = value::KindNone;
     std::string variable;

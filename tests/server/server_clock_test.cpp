@@ -126,6 +126,135 @@ TEST_F(ServerClockTest, PlaceOfTheReportsReturns) {
                 testing::Contains("171 128 " + At(3600) + " 10.00"));
 }
 
+TEST_F(ServerClockTest, ClockThatGoesBackAndForthLeavesTheReports) {
+    Start(
+        "[archive]\nkeep-days = 30\n[reports]\nautomatic = [\"hour\"]\n"
+        "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n");
+    TestClient& client = LogIn();
+    Tick();
+    Jump(-kFar);
+    Tick(5);
+    Jump(kFar);
+    Tick(5);
+    EXPECT_THAT(All(client, value::KindHour, "X"), IsEmpty());
+    m_clock.Advance(3600 * 1000);
+    Tick();
+    EXPECT_THAT(All(client, value::KindHour, "X"), ElementsAre("255 129 " + At(0) + " "));
+}
+
+// A machine without a battery begins in the past.
+TEST_F(ServerClockTest, HoursAreMadeUpForAsFarAsTheArchiveIsKept) {
+    const std::string toml =
+        "[archive]\nkeep-days = 1\n[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
+        "[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n";
+    Start(toml);
+    Tick();
+    End();
+    const std::int64_t back = m_clock.Now();
+    m_clock.SetSystemTime(1000);
+    Start(toml);
+    Tick();
+    m_clock.SetSystemTime(back);
+    Tick();
+    EXPECT_THAT(All(LogIn(), value::KindHour, "X"), IsEmpty());
+    m_clock.Advance(3600 * 1000);
+    Tick();
+    const std::vector<std::string> hours = All(LogIn(), value::KindHour, "X");
+    ASSERT_EQ(hours.size(), 23u);
+    EXPECT_EQ(hours.front(), "255 129 " + At(-22 * 3600) + " ");
+    EXPECT_EQ(hours.back(), "255 129 " + At(0) + " ");
+}
+
+// The clock was two hours late; the server ends before the new time is believed.
+TEST_F(ServerClockTest, GapIsWhereTheArchiveEnds) {
+    const std::string toml =
+        "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n"
+        "[[variable]]\nname = \"Y\"\nat = 2\n";
+    Start(toml);
+    Modify(LogIn(), value::KindCurrent, "Y", 0, value::CVal(1));
+    Tick();
+    Jump(7200);
+    Tick();
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(2));
+    Tick();
+    End();
+    m_clock.Advance(300 * 1000);
+    Start(toml);
+    Tick();
+    EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(7202) + " 2.00", "255 1 " + At(7204) + " ",
+                            "171 0 " + At(7503) + " 2.00"));
+    EXPECT_THAT(All(LogIn(), value::KindArchive, "Y"),
+                ElementsAre("171 0 " + At(0) + " 1.00", "255 1 " + At(7204) + " ",
+                            "171 0 " + At(7503) + " 1.00"));
+}
+
+// The clock was ahead when the server ended, and is right when it begins.
+TEST_F(ServerClockTest, GapBeginsWhereTheTimeWasConfirmed) {
+    const std::string toml = "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n";
+    Start(toml);
+    Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(1));
+    Tick();
+    Jump(kFar);
+    Tick();
+    End();
+    Jump(-kFar);
+    m_clock.Advance(300 * 1000);
+    Start(toml);
+    Tick();
+    EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(0) + " 1.00", "255 1 " + At(3) + " ",
+                            "171 0 " + At(302) + " 1.00"));
+}
+
+// Late by 60 days for a moment, in which the server ended.
+TEST_F(ServerClockTest, GapSparesWhatHasBeenKnown) {
+    const std::string toml = "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 34\n";
+    Start(toml);
+    ModifyArchive(LogIn(), "X", {support::Stamped(value::CVal(1), m_start - kFar - 100)});
+    ModifyArchive(LogIn(), "X", {support::Stamped(value::CVal(2), m_start - 100)});
+    Tick();
+    Jump(-kFar);
+    Tick();
+    End();
+    Jump(kFar);
+    m_clock.Advance(300 * 1000);
+    Start(toml);
+    EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(-kFar - 100) + " 1.00", "171 0 " + At(-100) + " 2.00",
+                            "255 1 " + At(-99) + " "));
+}
+
+TEST_F(ServerClockTest, AmountsOfSecondsPassedTwiceAreNotTakenForOne) {
+    Start(
+        "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"A\"\nat = 2\nreport = \"sum\"\n"
+        "[[variable]]\nname = \"B\"\nat = 2\nreport = \"sum\"\n");
+    TestClient& client = LogIn();
+    Tick(3);
+    Jump(-2);
+    Modify(client, value::KindCurrent, "A", 0, value::CVal(4));
+    Tick();
+    Modify(client, value::KindCurrent, "A", 0, value::CVal(5));
+    Modify(client, value::KindCurrent, "B", 0, value::CVal(6));
+    Tick(2);
+    EXPECT_THAT(All(client, value::KindArchive, "A"), ElementsAre("255 1 " + At(4) + " "));
+    EXPECT_THAT(All(client, value::KindArchive, "B"), ElementsAre("171 0 " + At(4) + " 6.00"));
+}
+
+// A minute and more corrects a clock that was ahead.
+TEST_F(ServerClockTest, ArchiveOfACorrectedClockTakesThePlaceOfTheOther) {
+    Start("[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 2\n");
+    TestClient& client = LogIn();
+    Tick(90);
+    Modify(client, value::KindCurrent, "X", 0, value::CVal(1));
+    Tick();
+    Jump(-91);
+    Modify(client, value::KindCurrent, "X", 0, value::CVal(2));
+    Tick();
+    EXPECT_THAT(All(client, value::KindArchive, "X"),
+                ElementsAre("171 0 " + At(0) + " 2.00", "171 0 " + At(90) + " 1.00"));
+}
+
 TEST_F(ServerClockTest, SecondsPassedTwiceKeepTheirArchiveValues) {
     Start(
         "[archive]\nperiod = 1\n[[access]]\nwrite = \"0\"\n"

@@ -123,7 +123,7 @@ TEST_F(ServerFailureTest, OutageOverTheEndOfAnHourCostsNothing) {
     EXPECT_THAT(Results(client), IsEmpty());
     EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (database is locked)"));
     const std::int64_t last = m_clock.Now();
-    EXPECT_THAT(Unblock(), ElementsAre(Recovered(44)));
+    EXPECT_THAT(Unblock(), ElementsAre(Recovered(78)));
     EXPECT_THAT(Results(client), ElementsAre("1: 0", "2: 0"));
     Tick(2);
     EXPECT_THAT(Archive("X"), ElementsAre("171 0 " + At(m_start) + " 1.00",
@@ -191,7 +191,7 @@ TEST_F(ServerFailureTest, ClientsAreRefusedBeforeAnythingIsLost) {
                                     "z wartości: 1)"),
                             Refused("rozpoczęcie HREP", "(zbyt wiele danych czeka na zapis)")));
     TickBlocked(700);
-    EXPECT_THAT(Unblock(), ElementsAre(Recovered(706)));
+    EXPECT_THAT(Unblock(), ElementsAre(Recovered(1407)));
     EXPECT_EQ(Archive("S").size(), 1u);
     EXPECT_EQ(Modify(client, value::KindCurrent, "X", 0, value::CVal(8)), vantrel::ResultOk);
     EXPECT_THAT(m_log.Take(), IsEmpty());
@@ -234,7 +234,7 @@ TEST_F(ServerFailureTest, WhatIsLostIsCountedAndAGapInArchiveAndReports) {
     const std::int64_t first = TickUntilValuesAreLost();
     EXPECT_LT(first, m_start + 1200);
     TickBlocked(m_start + 4200 - first);
-    EXPECT_THAT(Unblock(), ElementsAre(Recovered(first - m_start - 601)));
+    EXPECT_THAT(Unblock(), ElementsAre(Recovered(2 * (first - m_start - 601))));
     Tick();
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Przepadło wartości 12 od " + value::FormatLocalTime(first) +
@@ -275,8 +275,8 @@ TEST_F(ServerFailureTest, EndTellsWhatCouldNotBeWritten) {
     ASSERT_EQ(lines.size(), 3u);
     EXPECT_EQ(lines[0], "1 Przepadło wartości 4 od " + value::FormatLocalTime(first) +
                             " do 2024-03-10 07:30:00");
-    EXPECT_EQ(lines[1],
-              "1 Nie zapisano operacji " + At(first - m_start - 601) + " (database is locked)");
+    EXPECT_EQ(lines[1], "1 Nie zapisano operacji " + At(2 * (first - m_start - 601)) +
+                            " (database is locked)");
     EXPECT_EQ(lines[2], "0 Zatrzymanie serwera sorvaned");
     ASSERT_TRUE(m_other.Execute("COMMIT"));
     m_storeSettings.limits = {};

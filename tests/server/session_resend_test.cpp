@@ -1,5 +1,6 @@
 // What a client finds that comes back after a break: its writes are done once, and it hears of the
 // reports that have changed meanwhile.
+#include "hand_pause.h"
 #include "server_fixture.h"
 #include "value/Status.h"
 
@@ -15,7 +16,11 @@ constexpr const char* kPlant =
 
 class SessionResendTest : public ServerTest {
   protected:
-    SessionResendTest() { Start(kPlant); }
+    SessionResendTest() {
+        m_storeSettings.pause = m_pause;
+        Start(kPlant);
+    }
+    ~SessionResendTest() override { m_pause->Free(); }
 
     TestClient& Enter(std::string token, std::optional<std::uint64_t> changesSince = {}) {
         TestClient& client = Connect();
@@ -69,6 +74,7 @@ class SessionResendTest : public ServerTest {
         Modify(*m_writer, value::KindHour, "X", m_start + hour * 3600, value::CVal(m_number));
     }
 
+    std::shared_ptr<HandPause> m_pause = std::make_shared<HandPause>();
     vantrel::LoginResult m_entered;
     vantrel::VariableHandle m_handle = 0;
     TestClient* m_writer = nullptr;
@@ -121,6 +127,56 @@ TEST_F(SessionResendTest, ReportAndArchiveAreWrittenOnce) {
     EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start),
                 ElementsAre("150 32 " + std::to_string(m_start) + " 5"));
     EXPECT_THAT(Read(client, value::KindArchive, "X", 0, 1000), ElementsAre("171 0 100 5.00"));
+}
+
+TEST_F(SessionResendTest, OrderIsDoneOnce) {
+    TestClient& client = Enter("t");
+    ModifyArchive(client, "X", {support::Stamped(value::CVal(5), m_start - 60)});
+    m_clock.Advance(600 * 1000);
+    const auto order = [&](std::uint64_t serial, vantrel::RequestId id) {
+        client.Say(vantrel::PeriodRequest{vantrel::PeriodAction::Calculate, value::KindHour, "X",
+                                          m_start, id, serial});
+        Settle();
+        return Results(client);
+    };
+    EXPECT_THAT(order(1, 7), ElementsAre("7:0"));
+    Write(client, value::KindHour, "X", value::CVal(6), 2);
+    EXPECT_THAT(order(1, 8), ElementsAre("8:0"));
+    EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start),
+                ElementsAre("150 32 " + std::to_string(m_start) + " 6"));
+    EXPECT_THAT(order(3, 9), ElementsAre("9:0"));
+    EXPECT_THAT(Read(client, value::KindHour, "X", m_start, m_start),
+                ElementsAre("171 192 " + std::to_string(m_start) + " 5.00"));
+}
+
+// What is recorded beside a client's write is longer than a transaction.
+TEST_F(SessionResendTest, AnswerIsNotCutOffItsValue) {
+    std::string plant = kPlant;
+    for (int number = 1; number < 20000; ++number) {
+        plant += "[[variable]]\nname = \"V" + std::to_string(number) + "\"\nat = 2\nvalue = 1\n";
+    }
+    TestClient& client = Enter("t");
+    Write(client, value::KindCurrent, "X", value::CVal(4), 1);
+    platform::SqliteDatabase file;
+    ASSERT_TRUE(file.Open(m_folder.Path("data/store.sqlite")));
+    ASSERT_TRUE(
+        file.Execute("CREATE TRIGGER refuse BEFORE INSERT ON answers WHEN NEW.serial = 2 BEGIN "
+                     "SELECT RAISE(ABORT, 'refused'); END"));
+    Configure(plant);
+    m_server->Reload();
+    client.Say(vantrel::ModifyRequests{{{1, value::KindCurrent, "X", 0, value::CVal(5), 2}}});
+    m_pause->Await(1);
+    platform::SqliteStatement select;
+    ASSERT_TRUE(select.Prepare(file,
+                               "SELECT last_values.value FROM last_values, variables "
+                               "WHERE name = 'X' AND variable = id"));
+    ASSERT_TRUE(select.Next());
+    EXPECT_EQ(select.Real(0), 4.0);
+    select.Reset();
+    ASSERT_TRUE(file.Execute("DROP TRIGGER refuse"));
+    m_pause->Free();
+    Settle();
+    EXPECT_THAT(Results(client), ElementsAre("1:0"));
 }
 
 TEST_F(SessionResendTest, RepeatedWithinOneMessageIsDoneOnce) {
@@ -243,7 +299,7 @@ TEST_F(SessionResendTest, ClientThatDoesNotAskHearsOfNothingBeforeItSubscribes) 
     EXPECT_THAT(Changes(client), IsEmpty());
     ChangeHour(2);
     Tick();
-    EXPECT_THAT(Changes(client), ElementsAre("3: 2 7200"));
+    EXPECT_THAT(Changes(client), ElementsAre("2: 2 3600", "3: 2 7200"));
 }
 
 TEST_F(SessionResendTest, SequenceBeyondTheStoreMeansTheLatest) {

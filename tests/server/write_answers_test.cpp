@@ -93,6 +93,14 @@ TEST_F(WriteAnswersTest, WriteUnderWayIsAnsweredThoughNotKept) {
     EXPECT_EQ(Meet("a", 1), "new");
 }
 
+TEST_F(WriteAnswersTest, OnlyTheLastConversationOfATokenWaits) {
+    m_answers.Meet("a", 1, {9, 77});
+    m_answers.Meet("a", 1, {10, 5});
+    m_answers.Meet("a", 1, {10, 6});
+    Keep("a", 1, 0);
+    EXPECT_THAT(Settle("a", 1, 0), ElementsAre("10 5", "10 6"));
+}
+
 TEST_F(WriteAnswersTest, AbandonedWriteMayComeAgain) {
     Do("a", 1);
     EXPECT_EQ(Meet("a", 2), "new");

@@ -20,6 +20,8 @@ class HandSession final : public vantrel::ServerSession {
         }
         if (const auto* archive = std::get_if<vantrel::ArchiveModifyRequest>(&message))
             m_server.serials.push_back(archive->serial);
+        if (const auto* order = std::get_if<vantrel::PeriodRequest>(&message))
+            m_server.serials.push_back(order->serial);
         const auto* login = std::get_if<vantrel::LoginRequest>(&message);
         if (login == nullptr) return;
         m_server.logins.push_back(*login);
@@ -186,7 +188,8 @@ void HeardConnection::OnPeriodError(vantrel::PeriodAction action, value::ValueKi
 }
 
 void HeardConnection::OnOrderLost(const vantrel::LostOrder& order) {
-    std::string text = "lost ";
+    std::string text =
+        order.reason == vantrel::LossReason::QueueFull ? "lost, as too many wait, " : "lost ";
     if (order.action) text += "period " + Text(static_cast<int>(*order.action)) + ":";
     text += Text(order.kind) + order.variable + "[" + Text(order.time) + "]";
     for (const value::CVal& value : order.values) text += " " + Describe(value);

@@ -132,6 +132,7 @@ class Packer {
         out.set_kind(static_cast<pb::Kind>(message.kind));
         out.set_time(message.time);
         out.set_id(message.id);
+        out.set_serial(message.serial);
         Put(parcel);
     }
 
@@ -228,7 +229,7 @@ PeriodRequest Read(const pb::PeriodRequest& in, Reader& reader) {
         return {};
     }
     return {static_cast<PeriodAction>(in.action() - pb::PERIOD_ACTION_INIT), reader.Kind(in.kind()),
-            reader.Name(in.variable()), in.time(), in.id()};
+            reader.Name(in.variable()), in.time(), in.id(), in.serial()};
 }
 
 ClientParcel Read(const pb::ClientParcel& in, Reader& reader) {

@@ -30,7 +30,7 @@ class Packer {
         pb::ServerParcel parcel;
         pb::LoginResult& out = *parcel.mutable_login_result();
         out.set_code(message.code);
-        out.set_sequence(message.sequence);
+        if (message.sequence) out.set_sequence(*message.sequence);
         if (!PutText(message.text, kMaxTextBytes, *out.mutable_text())) ++m_packed.leftOut;
         Put(parcel);
     }
@@ -136,7 +136,9 @@ class Packer {
 // ---- in
 
 LoginResult Read(const pb::LoginResult& in, Reader& reader) {
-    return {reader.Narrow<std::uint8_t>(in.code()), reader.Text(in.text()), in.sequence()};
+    LoginResult message{reader.Narrow<std::uint8_t>(in.code()), reader.Text(in.text())};
+    if (in.has_sequence()) message.sequence = in.sequence();
+    return message;
 }
 
 VariableDefinitions Read(const pb::VariableDefinitions& in, Reader& reader) {
