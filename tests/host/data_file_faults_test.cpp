@@ -205,6 +205,33 @@ TEST_F(DataFileFaultsTest, FileThatAppearsMeanwhileIsNotOverwritten) {
     EXPECT_EQ(Names(), "d.bak d.txt ");
 }
 
+TEST_F(DataFileFaultsTest, NewFileThatAnotherHasMadeAnewIsNotPutInPlace) {
+    Put("d.bak", "stary");
+    interrupted.meanwhile = [&] {
+        std::filesystem::remove(PathOf(".d.txt.kalvex-new"));
+        Put(".d.txt.kalvex-new", "obcy");
+    };
+    EXPECT_EQ(Write(), DataFileResult::Failed);
+    EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
+    EXPECT_EQ(Get("d.txt"), kOld);
+    EXPECT_EQ(Get("d.bak"), "stary");
+    EXPECT_EQ(Get(".d.txt.kalvex-new"), "obcy");
+    EXPECT_EQ(Names(), ".d.txt.kalvex-new d.bak d.txt ");
+}
+
+TEST_F(DataFileFaultsTest, LeftoverThatMayNotBeWrittenIsCleared) {
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0777));
+    {
+        const CommonUser user;
+        std::filesystem::remove(PathOf("d.txt"));
+        Put(".d.txt.kalvex-new", "reszta");
+        std::filesystem::permissions(PathOf(".d.txt.kalvex-new"), std::filesystem::perms(0444));
+        EXPECT_EQ(Write(), DataFileResult::Data);
+    }
+    EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
+    EXPECT_EQ(Names(), "d.txt ");
+}
+
 TEST_F(DataFileFaultsTest, WriteWithinAWriteFailsAndSpoilsNothing) {
     bool inside = false;
     interrupted.meanwhile = [&] {
