@@ -196,6 +196,14 @@ TEST_F(ProgramsTest, SecondAttemptCutsTheProgramsTextAsWell) {
     EXPECT_EQ(Typed("id"), "150:11");
 }
 
+TEST_F(ProgramsTest, SecondAttemptKeepsAQuotedProgramWhole) {
+    processes.failures = 1;
+    EXPECT_EQ(Run({"LOCAL id = EXEC \"/opt/Mój program/x\" -WD \"/brak\" \"a b\" c"}), "done");
+    EXPECT_THAT(processes.calls, ElementsAre("start /opt/Mój program/x <a b> <c> in /brak",
+                                             "start /opt/Mój program/x <a b> <c>"));
+    EXPECT_EQ(Typed("id"), "150:11");
+}
+
 TEST_F(ProgramsTest, ProgramThatCannotBeStartedIsLoggedTwiceAndStopsNothing) {
     processes.failures = 4;
     EXPECT_EQ(Run({"LOCAL id = 5", "EXEC \"nie ma\\takiego\" a", "SET id = EXEC"}), "done");
