@@ -123,7 +123,7 @@ int RunFtp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log)
         SetErrorText(info, "Nie zdefiniowano w programie adresu serwera FTP");
         return FtpNoConnection;
     }
-    if (platform::CCrypt::IsProtected(info.password) &&
+    if (platform::CCrypt::GetCryptHeader(info.password) &&
         (info.crypt == nullptr || !info.crypt->CanDecryptText(info.password))) {
         info.errorText = text::FormatText(text::FromUtf8(kFtpSealed), {info.user});
         log(kFtpSealed, {info.user}, platform::LogErrors);
