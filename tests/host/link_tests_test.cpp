@@ -373,6 +373,34 @@ TEST_F(LinkTestsTest, ChecksOfOneAddressThatNobodyCollectsTakeTheMemoryOfOne) {
     EXPECT_EQ(tests.TakeResult(LinkKind::Ftp, "a"), -4);
 }
 
+TEST_F(LinkTestsTest, OfManyResultsThatNobodyCollectsTheOldestGo) {
+    services.loop = &loop;
+    LinkTests tests(services);
+    const int count = static_cast<int>(kMostLinkResults) + 2;
+    for (int i = 0; i < count; ++i) {
+        ASSERT_TRUE(tests.Start(LinkKind::Ping, Address(std::to_string(i)))) << i;
+        probes.WaitForFinished(i + 1);
+        loop.Run();
+        probes.ForgetNotes();
+    }
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "0"), LinkUnknown);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "1"), LinkUnknown);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "2"), 0);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, std::to_string(count - 1)), 0);
+}
+
+TEST_F(LinkTestsTest, ChecksThatHaveFinishedStandInNobodysWay) {
+    services.loop = &loop;
+    LinkTests other(services);
+    LinkTests tests(services);
+    for (int i = 0; i < kMostLinkTests; ++i) ASSERT_TRUE(other.Start(LinkKind::Ping, Address("a")));
+    probes.WaitForFinished(kMostLinkTests);
+    EXPECT_TRUE(tests.Start(LinkKind::Ping, Address("a")));
+    probes.WaitForFinished(kMostLinkTests + 1);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), 0);
+    EXPECT_EQ(other.TakeResult(LinkKind::Ping, "a"), 0);
+}
+
 TEST_F(LinkTestsTest, OnlySoManyChecksRunAtOnceInAllScripts) {
     services.loop = &loop;
     LinkTests other(services);
