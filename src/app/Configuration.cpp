@@ -93,7 +93,7 @@ platform::ProfileEntries Numbered(const char* key, const std::vector<std::string
 }
 
 // The values of the numbered keys, up to the first that is missing.
-std::vector<std::string> ListOf(const char* key, const platform::ProfileEntries& entries) {
+std::vector<std::string> ListOf(std::string_view key, const platform::ProfileEntries& entries) {
     std::vector<std::string> values;
     for (;;) {
         const std::string name = fmt::format("{}{}", key, values.size());
@@ -156,13 +156,7 @@ void ConfigurationStore::ReadLogLevel(KalvexConfiguration& configuration) const 
 
 std::vector<std::string> ConfigurationStore::ReadList(std::string_view section,
                                                       std::string_view key) const {
-    std::vector<std::string> values;
-    for (;;) {
-        std::string value =
-            m_profile.GetProfileStringEx(section, fmt::format("{}{}", key, values.size()));
-        if (value.empty()) return values;
-        values.push_back(std::move(value));
-    }
+    return ListOf(key, m_profile.GetProfileSectionEx(section));
 }
 
 // All are opened before one is protected for the memory, so that a key that is missing shows and is
