@@ -395,7 +395,7 @@ TEST_F(LinkTestsTest, ChecksThatHaveFinishedStandInNobodysWay) {
     LinkTests tests(services);
     for (int i = 0; i < kMostLinkTests; ++i) ASSERT_TRUE(other.Start(LinkKind::Ping, Address("a")));
     probes.WaitForFinished(kMostLinkTests);
-    EXPECT_TRUE(tests.Start(LinkKind::Ping, Address("a")));
+    ASSERT_TRUE(tests.Start(LinkKind::Ping, Address("a")));
     probes.WaitForFinished(kMostLinkTests + 1);
     EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), 0);
     EXPECT_EQ(other.TakeResult(LinkKind::Ping, "a"), 0);
