@@ -21,24 +21,7 @@ constexpr std::string_view kBackupSuffix = ".kalvex-bak";
 constexpr std::string_view kFormerBackupSuffix = ".kalvex-was";
 constexpr std::string_view kSuffixes[] = {kNewSuffix, kOldSuffix, kBackupSuffix,
                                           kFormerBackupSuffix};
-constexpr int kLinkLimit = 40;
 constexpr int kAttempts = 4;
-
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.rfind('/') + 1);
-}
-
-// Puts the file itself in the place of a link to it, which may be one that is not there yet.
-bool FollowLinks(std::string& path) {
-    for (int i = 0; i < kLinkLimit; ++i) {
-        char target[PATH_MAX];
-        const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
-        if (length < 0) return errno == EINVAL || errno == ENOENT;
-        const std::string_view named(target, static_cast<std::size_t>(length));
-        path = named.starts_with('/') ? named : FolderOf(path).append(named);
-    }
-    return false;
-}
 
 // In the folder of `beside`, for the replacement of the file.
 std::string TemporaryName(const std::string& beside, const std::string& path,
@@ -85,21 +68,6 @@ bool SyncFolder(const Descriptor& folder) {
     return folder.Get() < 0 || ::fsync(folder.Get()) == 0 || IsUnsupported(errno);
 }
 
-// Rights and owner of another file, the owner where the system permits it.
-bool TakeOver(int fd, const struct stat& other) {
-    struct stat own {};
-    if (::fstat(fd, &own) != 0) return false;
-    const bool sameOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
-    if (!sameOwner && ::fchown(fd, other.st_uid, other.st_gid) != 0) {
-        [[maybe_unused]] const int group = ::fchown(fd, static_cast<uid_t>(-1), other.st_gid);
-    }
-    return ::fchmod(fd, other.st_mode & 07777) == 0;
-}
-
-bool Fill(int fd, const std::optional<struct stat>& like, std::string_view content) {
-    return (!like || TakeOver(fd, *like)) && WriteAll(fd, content) && ::fsync(fd) == 0;
-}
-
 // Another name of the file. One of somebody else's file is not always to be had, nor to be got rid
 // of again; a copy does as well.
 bool Keep(const std::string& path, const std::string& kept) {
@@ -112,7 +80,7 @@ bool Keep(const std::string& path, const std::string& kept) {
     std::string content;
     if (file.Get() < 0 || !ReadToEnd(file.Get(), content)) return false;
     const Descriptor copy(OpenRegularFile(kept, O_WRONLY | O_CREAT | O_EXCL, 0600));
-    return copy.Get() >= 0 && Fill(copy.Get(), info, content);
+    return copy.Get() >= 0 && FillFile(copy.Get(), info, content);
 }
 
 }  // namespace
@@ -191,7 +159,7 @@ bool FileReplacement::ReadOld() {
 }
 
 bool FileReplacement::Write(std::string_view content) {
-    return Fill(m_new.Get(), m_replaced, content);
+    return FillFile(m_new.Get(), m_replaced, content);
 }
 
 bool FileReplacement::Commit() {
