@@ -92,16 +92,21 @@ platform::ProfileEntries Numbered(const char* key, const std::vector<std::string
     return entries;
 }
 
-// The values of the numbered keys, up to the first that is missing.
-std::vector<std::string> ListOf(const char* key, const platform::ProfileEntries& entries) {
+// The values of the numbered keys, up to the first that is missing; `valueOf` gives that of one.
+template <class ValueOf>
+std::vector<std::string> ListOf(std::string_view key, const ValueOf& valueOf) {
     std::vector<std::string> values;
     for (;;) {
-        const std::string name = fmt::format("{}{}", key, values.size());
-        const auto found = std::ranges::find_if(
-            entries, [&](const auto& entry) { return text::EqualNoCase(entry.first, name); });
-        if (found == entries.end() || found->second.empty()) return values;
-        values.push_back(found->second);
+        std::string value = valueOf(fmt::format("{}{}", key, values.size()));
+        if (value.empty()) return values;
+        values.push_back(std::move(value));
     }
+}
+
+std::string ValueAmong(const platform::ProfileEntries& entries, const std::string& name) {
+    const auto found = std::ranges::find_if(
+        entries, [&](const auto& entry) { return text::EqualNoCase(entry.first, name); });
+    return found == entries.end() ? std::string() : found->second;
 }
 
 }  // namespace
@@ -156,13 +161,8 @@ void ConfigurationStore::ReadLogLevel(KalvexConfiguration& configuration) const 
 
 std::vector<std::string> ConfigurationStore::ReadList(std::string_view section,
                                                       std::string_view key) const {
-    std::vector<std::string> values;
-    for (;;) {
-        std::string value =
-            m_profile.GetProfileStringEx(section, fmt::format("{}{}", key, values.size()));
-        if (value.empty()) return values;
-        values.push_back(std::move(value));
-    }
+    return ListOf(
+        key, [&](const std::string& name) { return m_profile.GetProfileStringEx(section, name); });
 }
 
 // All are opened before one is protected for the memory, so that a key that is missing shows and is
@@ -195,7 +195,8 @@ bool ConfigurationStore::EditSources(
     OpenSources(ReadList(kSources, kSource));
     if (!m_crypt.EncryptTextWithLabel(kPasswordLabel, {})) return false;
     return m_profile.EditProfileSectionEx(kSources, [&](platform::ProfileEntries& entries) {
-        std::vector<sources::CSourceDesc> sources = OpenSources(ListOf(kSource, entries));
+        std::vector<sources::CSourceDesc> sources = OpenSources(
+            ListOf(kSource, [&](const std::string& name) { return ValueAmong(entries, name); }));
         if (!change(sources)) return false;
         std::vector<std::string> lines;
         for (const sources::CSourceDesc& source : sources) lines.push_back(SealSource(source));

@@ -63,8 +63,7 @@ struct IfBlockIndex::Search {
         CIfBlock block{lineCount, lineCount, 0};
         bool noThen = true;
         bool missingEndif = false;
-        const std::string copy(document.GetLine(line));
-        std::string_view text = copy;
+        std::string_view text = document.GetLine(line);
         for (std::string_view token = text::NextToken(text); !IsEnd(token);
              token = text::NextToken(text)) {
             if (text::EqualNoCase(token, operands::Keyword::Goto)) {

@@ -1,9 +1,11 @@
 #include "host/LinkTests.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
@@ -39,6 +41,12 @@ LinkKindRow& RowOf(LinkKind kind) {
 int& ThreadCount() {
     static int count = 0;
     return count;
+}
+
+// Of all documents. Main thread.
+std::set<std::shared_ptr<platform::PostedWork>>& Inboxes() {
+    static std::set<std::shared_ptr<platform::PostedWork>> inboxes;
+    return inboxes;
 }
 
 // A lock that is not to be had within the limit ends the process.
@@ -123,7 +131,7 @@ int RunFtp(CLinkInfo& info, platform::NetworkProbes& probes, const LinkLog& log)
         SetErrorText(info, "Nie zdefiniowano w programie adresu serwera FTP");
         return FtpNoConnection;
     }
-    if (platform::CCrypt::IsProtected(info.password) &&
+    if (platform::CCrypt::GetCryptHeader(info.password) &&
         (info.crypt == nullptr || !info.crypt->CanDecryptText(info.password))) {
         info.errorText = text::FormatText(text::FromUtf8(kFtpSealed), {info.user});
         log(kFtpSealed, {info.user}, platform::LogErrors);
@@ -184,17 +192,25 @@ LinkTests::LinkTests(const operands::ValueServices& services)
           m_services.loop->Post([handed = std::weak_ptr(m_inbox)] {
               if (const auto inbox = handed.lock()) inbox->Run();
           });
-      })) {}
+      })) {
+    Inboxes().insert(m_inbox);
+}
 
 LinkTests::~LinkTests() {
+    Inboxes().erase(m_inbox);
     for (const LinkKind kind : {LinkKind::Ping, LinkKind::Ftp, LinkKind::Http}) {
         const LinkLock lock(kind);
-        for (Tests& tests = TestsOf(kind); !tests.empty(); tests.pop_back()) Join(tests.back());
+        for (auto& [address, same] : TestsOf(kind).started) std::ranges::for_each(same, Join);
+        TestsOf(kind) = {};
     }
     m_inbox->Run();
 }
 
 bool LinkTests::Start(LinkKind kind, LinkTarget target) {
+    // Those that have finished may wait for the loop to join them.
+    if (ThreadCount() >= kMostLinkTests) {
+        for (const auto& inbox : Inboxes()) inbox->Run();
+    }
     if (ThreadCount() >= kMostLinkTests) return false;
     StartedTest test{std::make_unique<CLinkInfo>(std::move(target)), {}};
     const LinkLog log = [this](const char* text, std::vector<std::string> values, int level) {
@@ -206,15 +222,16 @@ bool LinkTests::Start(LinkKind kind, LinkTarget target) {
     test.worker = m_services.probes->StartThread(
         RowOf(kind).identity,
         [this, kind, info = test.info.get(), probes = m_services.probes, log] {
+            const std::string address = info->address;
             const int result = RunLinkTest(kind, *info, *probes, log);
             info->running.store(0);
             info->result.store(result);
-            m_inbox->Post([this, kind] { JoinFinished(kind); });
+            m_inbox->Post([this, kind, address, info] { Finish(kind, address, info); });
         });
     if (!test.worker.joinable()) return true;
     ++ThreadCount();
     const LinkLock lock(kind);
-    TestsOf(kind).push_back(std::move(test));
+    TestsOf(kind).started[test.info->address].push_back(std::move(test));
     return true;
 }
 
@@ -224,40 +241,72 @@ void LinkTests::Join(StartedTest& test) {
     --ThreadCount();
 }
 
+void LinkTests::DropOldest(Tests& tests) {
+    const auto& [number, address] = *tests.kept.begin();
+    const auto place = tests.started.find(address);
+    std::erase_if(place->second,
+                  [number](const StartedTest& test) { return test.finished == number; });
+    if (place->second.empty()) tests.started.erase(place);
+    tests.kept.erase(tests.kept.begin());
+}
+
 // Of the finished tests of an address the newest alone can still be asked for.
-void LinkTests::JoinFinished(LinkKind kind) {
+void LinkTests::KeepNewest(Tests& tests, std::vector<StartedTest>& same) {
+    bool isOlder = false;
+    for (std::size_t i = same.size(); i-- > 0;) {
+        if (same[i].finished == 0) continue;
+        if (!std::exchange(isOlder, true)) continue;
+        tests.kept.erase(same[i].finished);
+        same.erase(same.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+}
+
+// The test may be gone, and another be in its place that runs.
+void LinkTests::Finish(LinkKind kind, const std::string& address, const CLinkInfo* info) {
     const LinkLock lock(kind);
     Tests& tests = TestsOf(kind);
-    std::set<std::string_view> newer;
-    for (std::size_t i = tests.size(); i-- > 0;) {
-        StartedTest& test = tests[i];
-        if (test.info->running.load() != 0) continue;
+    const auto place = tests.started.find(address);
+    if (place == tests.started.end()) return;
+    std::vector<StartedTest>& same = place->second;
+    const auto test = std::ranges::find_if(
+        same, [info](const StartedTest& other) { return other.info.get() == info; });
+    if (test == same.end() || test->info->running.load() != 0 || test->finished != 0) return;
+    Join(*test);
+    test->finished = ++tests.finished;
+    tests.kept.emplace(test->finished, address);
+    KeepNewest(tests, same);
+    if (tests.kept.size() > kMostLinkResults) DropOldest(tests);
+}
+
+int LinkTests::TakeFinished(Tests& tests, std::string_view address) {
+    const auto place = tests.started.find(address);
+    if (place == tests.started.end()) return LinkUnknown;
+    int result = LinkUnknown;
+    bool anyRunning = false;
+    std::vector<StartedTest>& same = place->second;
+    for (std::size_t i = same.size(); i-- > 0;) {
+        StartedTest& test = same[i];
+        if (test.info->running.load() != 0) {
+            anyRunning = true;
+            continue;
+        }
         Join(test);
-        if (newer.insert(test.info->address).second) continue;
-        tests.erase(tests.begin() + static_cast<std::ptrdiff_t>(i));
+        if (result == LinkUnknown) result = test.info->result.load();
+        tests.kept.erase(test.finished);
+        same.erase(same.begin() + static_cast<std::ptrdiff_t>(i));
     }
+    if (same.empty()) tests.started.erase(place);
+    return anyRunning ? LinkRunning : result;
 }
 
 int LinkTests::TakeResult(LinkKind kind, std::string_view address) {
     int result = LinkUnknown;
-    bool anyRunning = false;
     {
         const LinkLock lock(kind);
-        Tests& tests = TestsOf(kind);
-        for (std::size_t i = tests.size(); i-- > 0;) {
-            StartedTest& test = tests[i];
-            if (test.info->address != address) continue;
-            if (test.info->running.load() != 0) {
-                anyRunning = true;
-                continue;
-            }
-            Join(test);
-            if (result == LinkUnknown) result = test.info->result.load();
-            tests.erase(tests.begin() + static_cast<std::ptrdiff_t>(i));
-        }
+        result = TakeFinished(TestsOf(kind), address);
     }
     m_inbox->Run();
-    return anyRunning ? LinkRunning : result;
+    return result;
 }
 
 }  // namespace kalvex::host

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,6 +46,9 @@ struct CLinkInfo : LinkTarget {
 // Tests that run at once in this process.
 inline constexpr int kMostLinkTests = 1000;
 
+// Results of a kind that a document keeps for nobody has asked; the oldest go.
+inline constexpr std::size_t kMostLinkResults = 10000;
+
 // Takes a text (UTF-8, with a place for each value) to the log. Any thread.
 using LinkLog = std::function<void(const char* text, std::vector<std::string> values, int level)>;
 
@@ -69,14 +73,23 @@ class LinkTests final : public operands::DocumentPart {
   private:
     struct StartedTest {
         std::unique_ptr<CLinkInfo> info;
-        std::thread worker;  // joined as soon as it has finished
+        std::thread worker;          // joined as soon as it has finished
+        std::uint64_t finished = 0;  // the number among the kept results; 0: none of them
     };
-    using Tests = std::vector<StartedTest>;
+    struct Tests {
+        // By address, in the order of their start.
+        std::map<std::string, std::vector<StartedTest>, std::less<>> started;
+        std::map<std::uint64_t, std::string> kept;  // the addresses of results, the oldest first
+        std::uint64_t finished = 0;
+    };
 
     Tests& TestsOf(LinkKind kind) { return m_links[static_cast<std::size_t>(kind)]; }
 
     static void Join(StartedTest& test);
-    void JoinFinished(LinkKind kind);
+    static int TakeFinished(Tests& tests, std::string_view address);
+    static void DropOldest(Tests& tests);
+    static void KeepNewest(Tests& tests, std::vector<StartedTest>& same);
+    void Finish(LinkKind kind, const std::string& address, const CLinkInfo* info);
 
     const operands::ValueServices& m_services;
     const std::shared_ptr<platform::PostedWork> m_inbox;  // of what the workers hand over

@@ -95,6 +95,18 @@ platform::ProgramCall CallOf(const platform::Paths& paths, const std::string& na
     return call;
 }
 
+// Program and parameters as one line, in which a blank ends a program without quotes.
+std::vector<std::string> WordsOf(const ProgramLine& line) {
+    if (!line.isQuoted) {
+        std::vector<std::string> words = SplitParameters(line.program + ' ' + line.parameters);
+        if (words.empty()) words.emplace_back();
+        return words;
+    }
+    std::vector<std::string> words = SplitParameters(line.parameters);
+    words.insert(words.begin(), line.program);
+    return words;
+}
+
 // The identifier, 0 when neither attempt has started the program. The second one takes program and
 // parameters as one line, and leaves the directory aside.
 int StartProgram(operands::ScriptContext& script, std::string_view text, ExecForm form) {
@@ -109,8 +121,7 @@ int StartProgram(operands::ScriptContext& script, std::string_view text, ExecFor
     int id = processes.Start(call, error);
     if (id != 0) return id;
     LogFailure(script, kNotStarted, text::FromUtf8(error), line.program);
-    std::vector<std::string> words = SplitParameters(line.program + ' ' + line.parameters);
-    if (words.empty()) words.emplace_back();
+    const std::vector<std::string> words = WordsOf(line);
     id = processes.Start(CallOf(paths, words.front(), std::span(words).subspan(1)), error);
     if (id == 0) LogFailure(script, kNotStartedAgain, text::FromUtf8(error), line.program);
     return id;

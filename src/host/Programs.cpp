@@ -32,10 +32,11 @@ void AddParameter(ProgramLine& line, std::string_view text) {
     line.parameters += ' ';
 }
 
-void Unquote(std::string& text) {
-    if (text.size() > 1 && text.front() == '"' && text.back() == '"') {
-        text = text.substr(1, text.size() - 2);
-    }
+// Whether there were quotes.
+bool Unquote(std::string& text) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') return false;
+    text = text.substr(1, text.size() - 2);
+    return true;
 }
 
 }  // namespace
@@ -63,7 +64,7 @@ ProgramLine ReadProgramLine(operands::ScriptContext& script, std::string_view te
             AddParameter(line, token);
         }
     }
-    Unquote(line.program);
+    line.isQuoted = Unquote(line.program);
     Unquote(line.directory);
     return line;
 }

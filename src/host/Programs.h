@@ -16,6 +16,7 @@ namespace kalvex::host {
 // behind each.
 struct ProgramLine {
     std::string program;
+    bool isQuoted = false;  // the program was
     std::string directory;
     std::string parameters;
 };

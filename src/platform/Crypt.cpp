@@ -113,10 +113,6 @@ bool CCrypt::GetCryptHeader(std::string_view text) {
     return text.starts_with(kHeader);
 }
 
-bool CCrypt::IsProtected(std::string_view text) {
-    return SealedBytes(text).has_value();
-}
-
 std::optional<std::string> CCrypt::DecryptTextWithLabel(std::string_view label,
                                                         std::string_view text) const {
     const std::optional<std::string> sealed = SealedBytes(text);

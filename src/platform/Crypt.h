@@ -30,9 +30,6 @@ class CCrypt {
     // Whether the text looks like a protected one.
     static bool GetCryptHeader(std::string_view text);
 
-    // Whether it has the whole form of one, under whatever label and key.
-    static bool IsProtected(std::string_view text);
-
     // Whether the text was protected by EncryptText under this key.
     bool CanDecryptText(std::string_view text) const;
     // Empty for a text that cannot be decrypted.

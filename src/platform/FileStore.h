@@ -30,8 +30,10 @@ class FileStore {
     // and the file that it names is replaced. False leaves file and backup as they were; so it does
     // while another is replacing the file.
     //
-    // In the folders of file and backup, ".NAME.kalvex-new" and ".NAME.kalvex-old" come and go. A
-    // break may leave them, and the next call clears them. No file of such a name is replaced.
+    // In the file's folder, ".NAME.kalvex-new" and ".NAME.kalvex-old" come and go, and in the
+    // backup's ".NAME.kalvex-bak" and ".NAME.kalvex-was", with the file's name. A break may leave
+    // them, and the next call clears them; where the file system has no locks, the first of them
+    // stops each further call until it is removed. No file of such a name is replaced.
     virtual bool Replace(const std::string& path, const std::string& backup,
                          const Rewriting& rewrite) = 0;
 };

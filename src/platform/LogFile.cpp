@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/RegularFile.h"
@@ -76,7 +75,7 @@ void CLogFile::Reopen() {
 
 bool CLogFile::CanOpen(std::string& error) const {
     if (m_path.empty() || Prepare(m_path + ".log")) return true;
-    error = std::strerror(errno);
+    error = FileFault(errno);
     return false;
 }
 

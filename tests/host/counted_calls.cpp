@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string_view>
 
 namespace kalvex::host {
 
@@ -30,6 +31,28 @@ bool IsStruck(const char* name) {
     return true;
 }
 
+std::string_view FolderOf(std::string_view path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+bool Refuse(int error) {
+    if (error != 0) errno = error;
+    return error != 0;
+}
+
+// Whether the disk has no way from one name to the other; `error` is what it answers to the call.
+bool IsRefused(const char* from, const char* to, int error) {
+    const bool isFar = Calls().disk.foldersApart && FolderOf(from) != FolderOf(to);
+    return Refuse(isFar ? EXDEV : error);
+}
+
+bool IsLockRefused(int fd, int operation) {
+    const DiskKind& disk = Calls().disk;
+    const bool isRead = (fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDONLY;
+    const bool isBad = disk.lockIsWrite && isRead && (operation & LOCK_EX) != 0;
+    return Refuse(isBad ? EBADF : disk.lock);
+}
+
 }  // namespace
 
 CountedCalls& Calls() {
@@ -41,29 +64,42 @@ CountedCalls& Calls() {
 
 }  // namespace kalvex::host
 
+using kalvex::host::Calls;
+using kalvex::host::IsLockRefused;
+using kalvex::host::IsRefused;
 using kalvex::host::IsStruck;
 
 extern "C" {
 
-#define KALVEX_COUNTED(name, parameters, arguments)            \
-    int __real_##name parameters;                              \
-    int __wrap_##name parameters {                             \
-        return IsStruck(#name) ? -1 : __real_##name arguments; \
+#define KALVEX_COUNTED_UNLESS(refused, name, parameters, arguments)         \
+    int __real_##name parameters;                                           \
+    int __wrap_##name parameters {                                          \
+        return IsStruck(#name) || (refused) ? -1 : __real_##name arguments; \
     }
+#define KALVEX_COUNTED(name, parameters, arguments) \
+    KALVEX_COUNTED_UNLESS(false, name, parameters, arguments)
 
 KALVEX_COUNTED(stat, (const char* path, struct stat* info), (path, info))
 KALVEX_COUNTED(lstat, (const char* path, struct stat* info), (path, info))
 KALVEX_COUNTED(fstat, (int fd, struct stat* info), (fd, info))
-KALVEX_COUNTED(flock, (int fd, int operation), (fd, operation))
+KALVEX_COUNTED_UNLESS(IsLockRefused(fd, operation), flock, (int fd, int operation), (fd, operation))
 KALVEX_COUNTED(fchown, (int fd, uid_t user, gid_t group), (fd, user, group))
 KALVEX_COUNTED(fchmod, (int fd, mode_t mode), (fd, mode))
-KALVEX_COUNTED(fsync, (int fd), (fd))
-KALVEX_COUNTED(link, (const char* from, const char* to), (from, to))
+KALVEX_COUNTED_UNLESS(IsRefused(from, to, Calls().disk.link), link,
+                      (const char* from, const char* to), (from, to))
 KALVEX_COUNTED(unlink, (const char* path), (path))
-KALVEX_COUNTED(rename, (const char* from, const char* to), (from, to))
-KALVEX_COUNTED(renameat2,
-               (int fromFolder, const char* from, int toFolder, const char* to, unsigned int flags),
-               (fromFolder, from, toFolder, to, flags))
+KALVEX_COUNTED_UNLESS(IsRefused(from, to, 0), rename, (const char* from, const char* to),
+                      (from, to))
+KALVEX_COUNTED_UNLESS(IsRefused(from, to, Calls().disk.exchange), renameat2,
+                      (int fromFolder, const char* from, int toFolder, const char* to,
+                       unsigned int flags),
+                      (fromFolder, from, toFolder, to, flags))
+
+int __real_fsync(int fd);
+int __wrap_fsync(int fd) {
+    if (IsStruck("fsync")) return -1;
+    return Calls().syncs ? __real_fsync(fd) : 0;
+}
 
 int __real_close(int fd);
 int __wrap_close(int fd) {

@@ -1,6 +1,5 @@
 // What a disk and other programs do to the writing of a data file: it must leave file and backup
 // whole and say error 9, and the line that is run again must find its way.
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,6 +12,7 @@
 #include "host/DataFiles.h"
 #include "platform/posix/FileStore.h"
 #include "support/host_world.h"
+#include "support/small_disk.h"
 
 namespace kalvex::host {
 namespace {
@@ -68,13 +68,6 @@ class DataFileFaultsTest : public support::HostWorld {
     engine::CKalvexDoc& script = Open("");
 };
 
-// A small disk of its own for this process; it is gone with the process.
-bool MountTinyDisk(const std::string& path) {
-    if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
-    return mount("tmpfs", path.c_str(), "tmpfs", 0, "size=64k") == 0;
-}
-
 // As a user who is nobody in particular, for whom a folder without write permission is closed.
 class CommonUser {
   public:
@@ -90,7 +83,8 @@ class CommonUser {
 
 TEST_F(DataFileFaultsTest, FullDiskLeavesFileAndBackupAsTheyWere) {
     folder.MakeFolder("dysk");
-    if (!MountTinyDisk(PathOf("dysk"))) GTEST_SKIP() << "no disk of its own for this user";
+    if (!support::MountSmallDisk(PathOf("dysk"), 64))
+        GTEST_SKIP() << "no disk of its own for this user";
     std::string old = "[S]\r\nA:1\r\n";
     while (old.size() < 24000) old += "; wiersz, który zostaje\r\n";
     Put("dysk/d.txt", old);
@@ -203,6 +197,33 @@ TEST_F(DataFileFaultsTest, FileThatAppearsMeanwhileIsNotOverwritten) {
     EXPECT_EQ(Get("d.txt"), "obcy");
     EXPECT_EQ(Get("d.bak"), kOld);
     EXPECT_EQ(Names(), "d.bak d.txt ");
+}
+
+TEST_F(DataFileFaultsTest, NewFileThatAnotherHasMadeAnewIsNotPutInPlace) {
+    Put("d.bak", "stary");
+    interrupted.meanwhile = [&] {
+        std::filesystem::remove(PathOf(".d.txt.kalvex-new"));
+        Put(".d.txt.kalvex-new", "obcy");
+    };
+    EXPECT_EQ(Write(), DataFileResult::Failed);
+    EXPECT_EQ(Error(script), "9 " + PathOf("d.txt"));
+    EXPECT_EQ(Get("d.txt"), kOld);
+    EXPECT_EQ(Get("d.bak"), "stary");
+    EXPECT_EQ(Get(".d.txt.kalvex-new"), "obcy");
+    EXPECT_EQ(Names(), ".d.txt.kalvex-new d.bak d.txt ");
+}
+
+TEST_F(DataFileFaultsTest, LeftoverThatMayNotBeWrittenIsCleared) {
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0777));
+    {
+        const CommonUser user;
+        std::filesystem::remove(PathOf("d.txt"));
+        Put(".d.txt.kalvex-new", "reszta");
+        std::filesystem::permissions(PathOf(".d.txt.kalvex-new"), std::filesystem::perms(0444));
+        EXPECT_EQ(Write(), DataFileResult::Data);
+    }
+    EXPECT_EQ(Get("d.txt"), "[S]\r\nA:5\r\n");
+    EXPECT_EQ(Names(), "d.txt ");
 }
 
 TEST_F(DataFileFaultsTest, WriteWithinAWriteFailsAndSpoilsNothing) {

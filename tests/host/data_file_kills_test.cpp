@@ -1,5 +1,7 @@
 // A process that is killed, or a disk that fails, at any point of the writing of a data file: file
 // and backup hold the old content or the new one.
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,6 +23,7 @@
 #include "host/DataFile.h"
 #include "host/DataFiles.h"
 #include "host/counted_calls.h"
+#include "platform/posix/Descriptor.h"
 #include "support/host_world.h"
 
 namespace kalvex::host {
@@ -53,6 +56,7 @@ struct Scene {
     State after;
     const char* path = "d.txt";
     const char* target = nullptr;  // of the link that the path is
+    const char* backup = "d.bak";
 
     // What a second write makes of it.
     State Later() const {
@@ -70,8 +74,31 @@ const std::vector<Scene>& Scenes() {
         {"link", {Content(1), "stary"}, {Content(2), Content(1)}, "d.txt", "cel/x.dane"},
         {"link to nothing", {}, {Fresh(2), {}}, "d.txt", "cel/x.dane"},
         {"no backup of its own", {Content(1), {}}, {Content(2), {}}, "e.bak"},
+        {"backup in another folder",
+         {Content(1), "stary"},
+         {Content(2), Content(1)},
+         "g.1/dane",
+         nullptr,
+         "g.bak"},
     };
     return scenes;
+}
+
+const std::vector<DiskKind>& Disks() {
+    static const std::vector<DiskKind> disks = {
+        {},
+        {"without exchange", EINVAL},
+        {"old system, without links", ENOSYS, EPERM},
+        {"folders apart", 0, 0, 0, true},
+    };
+    return disks;
+}
+
+// Whether the disk makes a difference to it.
+bool IsFitting(const DiskKind& disk, const Scene& scene) {
+    const bool isSpread =
+        scene.target != nullptr || std::string_view(scene.path).find('/') != std::string_view::npos;
+    return isSpread || !disk.foldersApart;
 }
 
 class DataFileKillsTest : public support::HostWorld {
@@ -89,21 +116,22 @@ class DataFileKillsTest : public support::HostWorld {
             if (entry.path().filename() != "main.kx") std::filesystem::remove_all(entry.path());
         }
         folder.MakeFolder("cel");
+        folder.MakeFolder("g.1");
         if (scene.target != nullptr) std::filesystem::create_symlink(scene.target, PathOf("d.txt"));
         if (scene.before.file) folder.Put(scene.path, *scene.before.file);
-        if (scene.before.backup) folder.Put("d.bak", *scene.before.backup);
+        if (scene.before.backup) folder.Put(scene.backup, *scene.before.backup);
     }
 
     std::optional<std::string> Content(const std::string& name) const {
         if (!Has(name)) return std::nullopt;
         return folder.Get(name);
     }
-    State Found(const Scene& scene) const { return {Content(scene.path), Content("d.bak")}; }
+    State Found(const Scene& scene) const { return {Content(scene.path), Content(scene.backup)}; }
 
     // Files that nobody has asked for.
     std::string Litter() const {
         static const std::set<std::string> wanted = {"main.kx", "d.txt", "d.bak", "e.bak",
-                                                     "x.dane"};
+                                                     "x.dane",  "dane",  "g.bak"};
         std::string names;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
             const std::string name = entry.path().filename().string();
@@ -115,7 +143,11 @@ class DataFileKillsTest : public support::HostWorld {
     // A write in a process of its own that the blow strikes at its at-th call: its result, nothing
     // when it was killed.
     std::optional<DataFileResult> WriteStruck(const Scene& scene, Blow blow, int at) {
-        Calls() = CountedCalls{blow, at};
+        Calls() = CountedCalls{};
+        Calls().disk = disk;
+        Calls().blow = blow;
+        Calls().at = at;
+        Calls().syncs = false;
         const pid_t child = fork();
         if (child == 0) _exit(static_cast<int>(Write(scene.path, 2)));
         int status = 0;
@@ -125,17 +157,42 @@ class DataFileKillsTest : public support::HostWorld {
         return static_cast<DataFileResult>(WEXITSTATUS(status));
     }
 
+    // Those of a write by which the disk changes.
+    std::string CallsOf(const Scene& scene) {
+        static const std::set<std::string> kept = {"write",  "fsync",  "link",
+                                                   "unlink", "rename", "renameat2"};
+        Set(scene);
+        EXPECT_EQ(WriteStruck(scene, Blow::Refuse, 0), DataFileResult::Nothing);
+        std::string calls;
+        std::istringstream all(Calls().all);
+        for (std::string name; all >> name;) calls += kept.contains(name) ? name + ' ' : "";
+        return calls;
+    }
+
+    // Each scene on each disk to which it belongs.
+    template <class Look>
+    void ForEachScene(const Look& look) {
+        for (const DiskKind& kind : Disks()) {
+            disk = kind;
+            for (const Scene& scene : Scenes()) {
+                SCOPED_TRACE(kind.name + std::string(": ") + scene.name);
+                if (IsFitting(kind, scene)) look(scene);
+            }
+        }
+    }
+
+    DiskKind disk;
     engine::CKalvexDoc& script = Open("");
 };
 
 TEST_F(DataFileKillsTest, KillInAnyCallLeavesOldOrNew) {
-    for (const Scene& scene : Scenes()) {
+    ForEachScene([&](const Scene& scene) {
         int at = 0;
         std::optional<DataFileResult> result;
         while (!result) {
             Set(scene);
             result = WriteStruck(scene, Blow::Kill, ++at);
-            SCOPED_TRACE(scene.name + (": " + std::to_string(at)) + ' ' + Calls().struck);
+            SCOPED_TRACE(std::to_string(at) + ' ' + Calls().struck);
             const State found = Found(scene);
             const State between{scene.before.file, scene.after.backup};
             EXPECT_TRUE(found == scene.before || found == between || found == scene.after);
@@ -145,21 +202,21 @@ TEST_F(DataFileKillsTest, KillInAnyCallLeavesOldOrNew) {
             EXPECT_TRUE(Found(scene) == (found == scene.after ? scene.Later() : scene.after));
             EXPECT_EQ(Litter(), "");
         }
-        EXPECT_STREQ(Calls().struck, "") << scene.name;
-        EXPECT_GE(at, 20) << scene.name;
-    }
+        EXPECT_STREQ(Calls().struck, "");
+        EXPECT_GE(at, 20);
+    });
 }
 
 TEST_F(DataFileKillsTest, FailureOfAnyCallLeavesBothAsTheyWereOrIsNone) {
     // Whose failure may leave a file that the next write clears.
-    const std::set<std::string> leaves = {"fstat", "unlink"};
-    for (const Scene& scene : Scenes()) {
+    const std::set<std::string> leaves = {"fstat", "lstat", "unlink"};
+    ForEachScene([&](const Scene& scene) {
         int at = 0;
         int failed = 0;
         do {
             Set(scene);
             const std::optional<DataFileResult> result = WriteStruck(scene, Blow::Refuse, ++at);
-            SCOPED_TRACE(scene.name + (": " + std::to_string(at)) + ' ' + Calls().struck);
+            SCOPED_TRACE(std::to_string(at) + ' ' + Calls().struck);
             ASSERT_NE(result, std::nullopt);
             failed += *result == DataFileResult::Failed ? 1 : 0;
             EXPECT_TRUE(Found(scene) ==
@@ -168,18 +225,50 @@ TEST_F(DataFileKillsTest, FailureOfAnyCallLeavesBothAsTheyWereOrIsNone) {
             EXPECT_NE(Write(scene.path, 2), DataFileResult::Failed);
             EXPECT_EQ(Litter(), "");
         } while (*Calls().struck != '\0');
-        EXPECT_GE(failed, 10) << scene.name;
+        EXPECT_GE(failed, 10);
+    });
+}
+
+// What a break has left is told from what another process is writing.
+TEST_F(DataFileKillsTest, LockOverANetworkIsOneOfAFileOpenForWriting) {
+    const Scene& scene = Scenes().front();
+    Calls() = CountedCalls{};
+    Calls().disk.lockIsWrite = true;
+    Set(scene);
+    Put(".d.txt.kalvex-new", "reszta");
+    {
+        const platform::Descriptor other(open(PathOf(".d.txt.kalvex-new").c_str(), O_WRONLY));
+        ASSERT_EQ(flock(other.Get(), LOCK_EX | LOCK_NB), 0);
+        EXPECT_EQ(Write("d.txt", 2), DataFileResult::Failed);
     }
+    EXPECT_EQ(folder.Get(".d.txt.kalvex-new"), "reszta");
+    EXPECT_TRUE(Found(scene) == scene.before);
+    EXPECT_EQ(Write("d.txt", 2), DataFileResult::Nothing);
+    EXPECT_TRUE(Found(scene) == scene.after);
+    EXPECT_EQ(Litter(), "");
+}
+
+TEST_F(DataFileKillsTest, WhatCannotBeLockedIsSomebodyElses) {
+    const Scene& scene = Scenes().front();
+    Calls() = CountedCalls{};
+    Calls().disk.lock = ENOLCK;
+    Set(scene);
+    Put(".d.txt.kalvex-new", "cudze");
+    EXPECT_EQ(Write("d.txt", 2), DataFileResult::Failed);
+    EXPECT_EQ(folder.Get(".d.txt.kalvex-new"), "cudze");
+    EXPECT_TRUE(Found(scene) == scene.before);
+    std::filesystem::remove(PathOf(".d.txt.kalvex-new"));
+    EXPECT_EQ(Write("d.txt", 2), DataFileResult::Nothing);
+    EXPECT_TRUE(Found(scene) == scene.after);
 }
 
 TEST_F(DataFileKillsTest, ContentIsOnTheDiskBeforeItHasItsNameAndTheNameBeforeTheEnd) {
-    const std::set<std::string> kept = {"write", "fsync", "link", "unlink", "rename", "renameat2"};
-    std::string calls;
-    Set(Scenes().front());
-    EXPECT_EQ(WriteStruck(Scenes().front(), Blow::Refuse, 0), DataFileResult::Nothing);
-    std::istringstream all(Calls().all);
-    for (std::string name; all >> name;) calls += kept.contains(name) ? name + ' ' : "";
-    EXPECT_EQ(calls, "unlink write fsync link renameat2 rename fsync unlink ");
+    EXPECT_EQ(CallsOf(Scenes().front()),
+              "unlink unlink unlink write fsync link link renameat2 rename fsync unlink unlink "
+              "unlink ");
+    EXPECT_EQ(CallsOf(Scenes().back()),
+              "unlink unlink unlink write fsync link link renameat2 rename fsync fsync unlink "
+              "unlink unlink ");
 }
 
 // Writes one value after the other until it is killed, and tells which.
@@ -203,6 +292,7 @@ TEST_F(DataFileKillsTest, KillAtAnyTimeLeavesOldOrNew) {
         mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(shared, MAP_FAILED);
     Progress& progress = *new (shared) Progress;
+    Calls() = CountedCalls{};
     Put("d.txt", host::Content(0));
     const auto start = std::chrono::steady_clock::now();
     ASSERT_NE(Write("d.txt", 1), DataFileResult::Failed);

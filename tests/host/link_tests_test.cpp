@@ -2,16 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <condition_variable>
-#include <map>
-#include <mutex>
-
+#include "host/link_world.h"
 #include "operands/OperandEvaluator.h"
-#include "platform/posix/NetworkProbes.h"
 #include "support/allocation_count.h"
-#include "support/host_world.h"
-#include "support/loopback.h"
 
 namespace kalvex::host {
 namespace {
@@ -19,152 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What a session of the tests answers, and what it was told.
-struct FtpPlay {
-    int failures = 0;  // of the first tries
-    std::string error;
-    std::string greeting;
-    bool closes = true;
-    std::vector<std::string> calls;
-};
-
-class PlayedSession final : public platform::FtpSession {
-  public:
-    explicit PlayedSession(FtpPlay& play) : m_play(play) {}
-    bool Connect(const platform::FtpLogin& login, std::string& error) override {
-        m_play.calls.push_back("connect " + login.address + ':' + std::to_string(login.port) + ' ' +
-                               login.user + ' ' + login.password);
-        error = m_play.error;
-        return m_play.failures-- <= 0;
-    }
-    std::string GetGreeting() const override { return m_play.greeting; }
-    void Command(const std::string& command) override { m_play.calls.push_back(command); }
-    bool Close() override {
-        m_play.calls.emplace_back("close");
-        return m_play.closes;
-    }
-
-  private:
-    FtpPlay& m_play;
-};
-
-// Hosts that answer as the test says, on real threads. A test thread that has done its work is
-// counted, and one may be held up until the test lets it go on.
-class PlayedProbes final : public platform::NetworkProbes {
-  public:
-    std::thread StartThread(const platform::ThreadIdentity& identity,
-                            std::function<void()> work) override {
-        if (refusesThreads) return {};
-        return kalvex::platform::StartThread(identity, [this, work = std::move(work)] {
-            work();
-            Count(m_finished);
-        });
-    }
-
-    int Ping(const std::string& address, std::uint32_t timeout) override {
-        Note("ping " + address + ' ' + std::to_string(timeout));
-        if (address == "czeka") WaitFor(m_released, 1);
-        const std::lock_guard lock(m_mutex);
-        return pings[address];
-    }
-
-    std::unique_ptr<platform::FtpSession> OpenFtpSession() override {
-        Note("session");
-        if (!hasSessions) return nullptr;
-        return std::make_unique<PlayedSession>(ftp);
-    }
-
-    platform::TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
-        Note("connect " + address + ' ' + std::to_string(port));
-        return tcp;
-    }
-
-    void Pause(std::uint32_t milliseconds) override {
-        Note("pause " + std::to_string(milliseconds));
-    }
-
-    void WaitForFinished(int count) { WaitFor(m_finished, count); }
-    void Release() { Count(m_released); }
-    int Finished() {
-        const std::lock_guard lock(m_mutex);
-        return m_finished;
-    }
-
-    std::vector<std::string> Notes() {
-        const std::lock_guard lock(m_mutex);
-        return m_notes;
-    }
-
-    void ForgetNotes() {
-        const std::lock_guard lock(m_mutex);
-        m_notes.clear();
-    }
-
-    bool refusesThreads = false;
-    bool hasSessions = true;
-    std::map<std::string, int> pings;
-    FtpPlay ftp;
-    platform::TcpOutcome tcp;
-
-  private:
-    void Note(const std::string& what) {
-        const std::lock_guard lock(m_mutex);
-        m_notes.push_back(std::string(platform::GetThreadIdentity().name) + ' ' +
-                          std::to_string(platform::GetThreadIdentity().ident) + ": " + what);
-    }
-    void Count(int& counter) {
-        const std::lock_guard lock(m_mutex);
-        ++counter;
-        m_changed.notify_all();
-    }
-    void WaitFor(int& counter, int count) {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return counter >= count; });
-    }
-
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<std::string> m_notes;
-    int m_finished = 0;
-    int m_released = 0;
-};
-
-class LinkTestsTest : public support::HostWorld {
-  protected:
-    LinkTestsTest() { services.probes = &probes; }
-    ~LinkTestsTest() override { documents.clear(); }
-
-    static LinkTarget Address(const std::string& address) {
-        LinkTarget target;
-        target.address = address;
-        return target;
-    }
-
-    // A whole test on this thread: its result, with its error text.
-    std::string Outcome(LinkKind kind, LinkTarget target) {
-        CLinkInfo info(std::move(target));
-        const int result =
-            RunLinkTest(kind, info, probes, [this](const char* text, auto values, int level) {
-                logged.push_back(std::to_string(level) + ' ' + text);
-                for (const std::string& value : values)
-                    logged.back() += " <" + text::ToUtf8(value) + '>';
-            });
-        return std::to_string(result) + ' ' + text::ToUtf8(info.errorText);
-    }
-
-    // Ticks until the last script has come to its end.
-    void Finish() {
-        const engine::CKalvexDoc& script = *documents.back();
-        while (script.State().m_nCurrentLine < script.GetLineCount()) {
-            ticks.RunTick();
-            std::this_thread::yield();
-        }
-    }
-
-    std::vector<std::string> logged;
-    platform::PostedWork loop;
-    PlayedProbes probes;
-};
+class LinkTestsTest : public LinkWorld {};
 
 TEST_F(LinkTestsTest, NoTestOfAnAddressIsUnknown) {
     LinkTests tests(services);
@@ -328,12 +176,18 @@ TEST_F(LinkTestsTest, ProtectedFtpPasswordThatIsNotOneForScriptsIsRefusedWithIts
     const std::string told =
         "Błąd FTP: klucz tej instalacji nie otwiera zabezpieczonego hasła użytkownika %s, a hasło "
         "źródła z profilu nie jest hasłem dla skryptu; właściwe tworzy kalvexd --protect";
-    for (const platform::CCrypt* key : {&crypt, static_cast<const platform::CCrypt*>(nullptr)}) {
-        logged.clear();
-        target.crypt = key;
-        EXPECT_EQ(Outcome(LinkKind::Ftp, target),
-                  "-2 " + std::string(told).replace(told.find("%s"), 2, "ja"));
-        EXPECT_THAT(logged, ElementsAre("1 " + told + " <ja>"));
+    const std::string foreign = target.password;
+    const std::string cut = crypt.EncryptText("tajne").substr(0, 20);
+    for (const std::string& password : {foreign, cut, std::string("{kx1}jawne")}) {
+        for (const platform::CCrypt* key :
+             {&crypt, static_cast<const platform::CCrypt*>(nullptr)}) {
+            logged.clear();
+            target.password = password;
+            target.crypt = key;
+            EXPECT_EQ(Outcome(LinkKind::Ftp, target),
+                      "-2 " + std::string(told).replace(told.find("%s"), 2, "ja"));
+            EXPECT_THAT(logged, ElementsAre("1 " + told + " <ja>"));
+        }
     }
     EXPECT_THAT(probes.ftp.calls, IsEmpty());
 }
@@ -344,10 +198,7 @@ TEST_F(LinkTestsTest, FtpPasswordMayBeProtected) {
     const std::string password = crypt.EncryptText("tajne");
     EXPECT_EQ(Run({"FTP_INIT \"host\" 21 \"ja\" \"" + password + '"'}), "done");
     probes.WaitForFinished(1);
-    EXPECT_EQ(Run({"FTP_INIT \"host\" 21 \"ja\" \"{kx1}jawne\""}), "done");
-    probes.WaitForFinished(2);
-    EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:21 ja tajne", "close",
-                                              "connect host:21 ja {kx1}jawne", "close"));
+    EXPECT_THAT(probes.ftp.calls, ElementsAre("connect host:21 ja tajne", "close"));
 }
 
 TEST_F(LinkTestsTest, ParameterThatDoesNotEvaluateFailsAndStartsNothing) {
@@ -522,6 +373,34 @@ TEST_F(LinkTestsTest, ChecksOfOneAddressThatNobodyCollectsTakeTheMemoryOfOne) {
     EXPECT_EQ(tests.TakeResult(LinkKind::Ftp, "a"), -4);
 }
 
+TEST_F(LinkTestsTest, OfManyResultsThatNobodyCollectsTheOldestGo) {
+    services.loop = &loop;
+    LinkTests tests(services);
+    const int count = static_cast<int>(kMostLinkResults) + 2;
+    for (int i = 0; i < count; ++i) {
+        ASSERT_TRUE(tests.Start(LinkKind::Ping, Address(std::to_string(i)))) << i;
+        probes.WaitForFinished(i + 1);
+        loop.Run();
+        probes.ForgetNotes();
+    }
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "0"), LinkUnknown);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "1"), LinkUnknown);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "2"), 0);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, std::to_string(count - 1)), 0);
+}
+
+TEST_F(LinkTestsTest, ChecksThatHaveFinishedStandInNobodysWay) {
+    services.loop = &loop;
+    LinkTests other(services);
+    LinkTests tests(services);
+    for (int i = 0; i < kMostLinkTests; ++i) ASSERT_TRUE(other.Start(LinkKind::Ping, Address("a")));
+    probes.WaitForFinished(kMostLinkTests);
+    ASSERT_TRUE(tests.Start(LinkKind::Ping, Address("a")));
+    probes.WaitForFinished(kMostLinkTests + 1);
+    EXPECT_EQ(tests.TakeResult(LinkKind::Ping, "a"), 0);
+    EXPECT_EQ(other.TakeResult(LinkKind::Ping, "a"), 0);
+}
+
 TEST_F(LinkTestsTest, OnlySoManyChecksRunAtOnceInAllScripts) {
     services.loop = &loop;
     LinkTests other(services);
@@ -548,115 +427,6 @@ TEST_F(LinkTestsTest, LogLineOfATestThatNobodyAskedForComesWithTheEndOfTheDocume
         tests.Start(LinkKind::Http, Address("host"));
     }
     EXPECT_THAT(Log(), ElementsAre("Nieprawidłowy adres serwera http host. brak"));
-}
-
-// The same against servers on this machine. Only the pauses between two tries are left out.
-class LinkTestsRealTest : public support::HostWorld {
-  protected:
-    class Probes final : public platform::NetworkProbes {
-      public:
-        std::thread StartThread(const platform::ThreadIdentity& identity,
-                                std::function<void()> work) override {
-            return m_probes.StartThread(identity, std::move(work));
-        }
-        int Ping(const std::string& address, std::uint32_t timeout) override {
-            return m_probes.Ping(address, timeout);
-        }
-        std::unique_ptr<platform::FtpSession> OpenFtpSession() override {
-            return m_probes.OpenFtpSession();
-        }
-        platform::TcpOutcome ConnectTcp(const std::string& address, std::uint16_t port) override {
-            return m_probes.ConnectTcp(address, port);
-        }
-        void Pause(std::uint32_t) override {}
-
-      private:
-        platform::PosixNetworkProbes m_probes;
-    };
-
-    LinkTestsRealTest() { services.probes = &probes; }
-    ~LinkTestsRealTest() override { documents.clear(); }
-
-    // Starts a test and asks for its result until it is there.
-    int ResultOf(const std::string& init, const std::string& result) {
-        engine::CKalvexDoc& script = support::ScriptWorld::Run(
-            init + "\n:czekaj\nLOCAL r\nSET r = " + result + "\nIF r == -100 GOTO czekaj");
-        while (script.State().m_nCurrentLine < script.GetLineCount()) {
-            ticks.RunTick();
-            std::this_thread::yield();
-        }
-        return std::stoi(Text("r"));
-    }
-
-    Probes probes;
-};
-
-TEST_F(LinkTestsRealTest, HttpConnectsToAListeningPort) {
-    const support::LoopbackPort port(true);
-    const std::string number = std::to_string(port.Number());
-    EXPECT_EQ(
-        ResultOf("HTTP_INIT \"127.0.0.1\" " + number, "HTTP_RESULT \"127.0.0.1:" + number + '"'),
-        1);
-}
-
-TEST_F(LinkTestsRealTest, HttpRefusedIsLogged) {
-    const support::LoopbackPort port(false);
-    EXPECT_EQ(ResultOf("HTTP_INIT \"127.0.0.1\" " + std::to_string(port.Number()),
-                       "HTTP_RESULT \"127.0.0.1\""),
-              -1);
-    EXPECT_EQ(Log().back(),
-              "Wystąpił błąd podczas próby zestawienia połączenia z serwerem http 127.0.0.1. "
-              "Connection refused");
-}
-
-TEST_F(LinkTestsRealTest, FtpLogsIn) {
-    support::FtpResponder server(
-        support::FtpResponder::Answers{{"greeting", "220 FileZilla Server"}});
-    EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
-                       "FTP_RESULT \"127.0.0.1\""),
-              1);
-    EXPECT_THAT(server.Commands(),
-                ElementsAre("connect", "USER u", "PASS p", "PWD", "OPTS UTF8 OFF", "QUIT"));
-}
-
-TEST_F(LinkTestsRealTest, FtpRefusedLoginIsTriedThreeTimes) {
-    support::FtpResponder server(support::FtpResponder::Answers{{"PASS", "530 Nie"}});
-    EXPECT_EQ(ResultOf("FTP_INIT \"127.0.0.1\" " + std::to_string(server.Port()) + " \"u\" \"p\"",
-                       "FTP_RESULT \"127.0.0.1\""),
-              -2);
-    const std::vector<std::string> commands = server.Commands();
-    EXPECT_EQ(std::ranges::count(commands, "connect"), 3);
-    const std::string retry = "Błąd FTP (Ponowienie próby nawiązania połączenia)";
-    EXPECT_EQ(std::ranges::count(Log(platform::LogAlways), retry), 2);
-}
-
-TEST_F(LinkTestsRealTest, ManyTestsAtOnce) {
-    const support::LoopbackPort open(true);
-    const support::LoopbackPort shut(false);
-    support::FtpResponder server;
-    LinkTests tests(services);
-    for (int i = 0; i < 8; ++i) {
-        LinkTarget target;
-        target.address = "127.0.0.1";
-        target.user = "u";
-        target.timeout = 60000;
-        target.port = i % 2 == 0 ? open.Number() : shut.Number();
-        tests.Start(LinkKind::Ping, target);
-        tests.Start(LinkKind::Http, target);
-        target.port = server.Port();
-        tests.Start(LinkKind::Ftp, target);
-    }
-    const auto wait = [&tests](LinkKind kind) {
-        int result = LinkRunning;
-        while (result == LinkRunning) {
-            result = tests.TakeResult(kind, "127.0.0.1");
-            std::this_thread::yield();
-        }
-        return result;
-    };
-    EXPECT_NE(wait(LinkKind::Ping), LinkUnknown);
-    EXPECT_NE(wait(LinkKind::Http), LinkUnknown);
-    EXPECT_EQ(wait(LinkKind::Ftp), 1);
 }
 
 }  // namespace

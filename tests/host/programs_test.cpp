@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <map>
 
@@ -14,10 +13,6 @@
 #include "platform/posix/Processes.h"
 #include "support/host_world.h"
 #include "support/program_end.h"
-
-extern "C" {
-#include <sys/pidfd.h>
-}
 
 namespace kalvex::host {
 namespace {
@@ -193,6 +188,14 @@ TEST_F(ProgramsTest, SecondAttemptCutsTheProgramsTextAsWell) {
         processes.calls,
         ElementsAre("start " + PathOf("bin/raport -d 5;touch ZLE") + " <R&D.txt> <$x>",
                     "start " + PathOf("bin/raport") + " <-d> <5;touch> <ZLE> <R&D.txt> <$x>"));
+    EXPECT_EQ(Typed("id"), "150:11");
+}
+
+TEST_F(ProgramsTest, SecondAttemptKeepsAQuotedProgramWhole) {
+    processes.failures = 1;
+    EXPECT_EQ(Run({"LOCAL id = EXEC \"/opt/Mój program/x\" -WD \"/brak\" \"a b\" c"}), "done");
+    EXPECT_THAT(processes.calls, ElementsAre("start /opt/Mój program/x <a b> <c> in /brak",
+                                             "start /opt/Mój program/x <a b> <c>"));
     EXPECT_EQ(Typed("id"), "150:11");
 }
 
@@ -427,24 +430,66 @@ TEST_F(ProgramsRealTest, NoShellSeesAParameter) {
     EXPECT_FALSE(Has("ZLE"));
 }
 
+class FewDescriptors {
+  public:
+    FewDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &m_kept);
+        const rlimit few{100, m_kept.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &m_kept); }
+    FewDescriptors(const FewDescriptors&) = delete;
+    FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+  private:
+    rlimit m_kept{};
+};
+
+// Programs that go on until they are ended, and no longer than this.
+class Sleepers {
+  public:
+    explicit Sleepers(platform::Processes& processes) : m_processes(processes) {}
+    ~Sleepers() { EndAll(); }
+    Sleepers(const Sleepers&) = delete;
+    Sleepers& operator=(const Sleepers&) = delete;
+
+    // As many as there can be; why there cannot be one more.
+    std::string StartAll() {
+        std::string error;
+        while (const int id = m_processes.Start({"/bin/sleep", {"1000"}, {}}, error)) {
+            m_ids.push_back(id);
+        }
+        return error;
+    }
+
+    // Returns when they are no children of this process any more.
+    void EndAll() {
+        std::string error;
+        for (const int id : m_ids) EXPECT_TRUE(m_processes.Terminate(id, 0, error)) << error;
+        m_ids.clear();
+        siginfo_t info;
+        while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0 || errno == EINTR) {
+        }
+    }
+
+    std::size_t Count() const { return m_ids.size(); }
+
+  private:
+    platform::Processes& m_processes;
+    std::vector<int> m_ids;
+};
+
 TEST_F(ProgramsRealTest, EndedProgramsLeaveTheirDescriptorsToDataFiles) {
     engine::CKalvexDoc& script = Open("");
-    rlimit kept{};
-    getrlimit(RLIMIT_NOFILE, &kept);
-    const rlimit few{100, kept.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &few);
-    std::string error;
-    std::vector<int> ids;
-    while (const int id = processes.Start({"/bin/sleep", {"1000"}, {}}, error)) ids.push_back(id);
-    EXPECT_EQ(error, "Too many open files");
-    EXPECT_GT(ids.size(), 50U);
-    EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Failed);
-    for (const int id : ids) pidfd_send_signal(id, SIGKILL, nullptr, 0);
-    siginfo_t info;
-    while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0 || errno == EINTR) {
+    {
+        const FewDescriptors few;
+        Sleepers sleepers(processes);
+        EXPECT_EQ(sleepers.StartAll(), "Too many open files");
+        EXPECT_GT(sleepers.Count(), 50U);
+        EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Failed);
+        sleepers.EndAll();
+        EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Data);
     }
-    EXPECT_EQ(WriteDataFile(script, files, "\"d.txt\" \"S\""), DataFileResult::Data);
-    setrlimit(RLIMIT_NOFILE, &kept);
     EXPECT_EQ(Get("d.txt"), "[S]\r\n");
 }
 

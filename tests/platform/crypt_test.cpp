@@ -48,11 +48,6 @@ TEST_F(CryptTest, OrdinaryTextIsNotDecrypted) {
         EXPECT_FALSE(m_crypt.CanDecryptText(text)) << text;
         EXPECT_EQ(m_crypt.DecryptText(text), "") << text;
     }
-    EXPECT_TRUE(CCrypt::IsProtected(sealed));
-    for (const std::string& text : {std::string("haslo"), std::string("{kx1}"),
-                                    std::string("{kx1}jawne"), std::string("{kx1}!!!")}) {
-        EXPECT_FALSE(CCrypt::IsProtected(text)) << text;
-    }
 }
 
 TEST_F(CryptTest, ChangedTextIsNotDecrypted) {

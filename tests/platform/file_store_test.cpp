@@ -119,6 +119,8 @@ TEST_F(FileStoreTest, WhatABreakHasLeftIsCleared) {
     folder.Put("a", "x");
     folder.Put(".a.kalvex-new", "połowa tego, co miało być zapisane");
     folder.Put(".a.kalvex-old", "stary");
+    folder.Put(".a.kalvex-bak", "stary");
+    folder.Put(".a.kalvex-was", "stary");
     EXPECT_TRUE(Add("a", "y", "b"));
     EXPECT_EQ(folder.Get("a"), "xy");
     EXPECT_EQ(folder.Get("b"), "x");
@@ -143,7 +145,7 @@ TEST_F(FileStoreTest, ReplacementThatAnotherIsAtFails) {
 }
 
 TEST_F(FileStoreTest, NamesOfItsOwnAreNotReplaced) {
-    for (const char* name : {".a.kalvex-new", ".a.kalvex-old"}) {
+    for (const char* name : {".a.kalvex-new", ".a.kalvex-old", ".a.kalvex-bak", ".a.kalvex-was"}) {
         folder.Put(name, "x");
         std::filesystem::create_symlink(name, folder.Path("a"));
         EXPECT_FALSE(Add(name, "y")) << name;

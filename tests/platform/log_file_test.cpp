@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -112,6 +113,10 @@ TEST_F(LogFileTest, WhyItCannotBeOpenedIsKnown) {
     m_file.SetFile(m_folder.Path("nie/ma"), 100);
     EXPECT_FALSE(m_file.CanOpen(error));
     EXPECT_EQ(error, "No such file or directory");
+    ASSERT_EQ(::mkfifo(m_folder.Path("rura.log").c_str(), 0600), 0);
+    m_file.SetFile(m_folder.Path("rura"), 100);
+    EXPECT_FALSE(m_file.CanOpen(error));
+    EXPECT_EQ(error, "Not a regular file");
     m_file.SetFile(Path(), 100);
     EXPECT_TRUE(m_file.CanOpen(error));
 }

@@ -77,7 +77,7 @@ TEST_F(ProcessesTest, SignalCountsFromOneHundredAndTwentyEight) {
 }
 
 TEST_F(ProcessesTest, TerminateGivesTheProgramItsCode) {
-    const int id = Shell("sleep 1000");
+    const int id = Shell("exec sleep 1000");
     EXPECT_TRUE(processes.Terminate(id, -5, error));
     EXPECT_EQ(ExitOf(id), -5);
 }
@@ -91,7 +91,7 @@ TEST_F(ProcessesTest, TerminateOfAnEndedProgramFailsAndLeavesItsCode) {
 }
 
 TEST_F(ProcessesTest, ProgramTerminatedWithTheCodeOfTheStillActiveLooksAsIfItRan) {
-    const int id = Shell("sleep 1000");
+    const int id = Shell("exec sleep 1000");
     EXPECT_TRUE(processes.Terminate(id, 259, error));
     WaitForNoChild();
     EXPECT_EQ(processes.GetExitCode(id, error), Processes::kStillActive);
@@ -205,13 +205,13 @@ TEST_F(ProcessesTest, ProgramThatCouldNotBeWatchedIsNotStarted) {
 
 TEST_F(ProcessesTest, ProgramHasNoneOfOurDescriptors) {
     const int open = ::open(folder.Path("otwarty").c_str(), O_CREAT | O_RDWR, 0600);
-    const int running = Shell("sleep 1000");
+    const int running = Shell("exec sleep 1000");
     EXPECT_EQ(ExitOf(Shell("exec ls /proc/self/fd > opisy")), 0);
     EXPECT_EQ(folder.Get("opisy"), "0\n1\n2\n3\n");  // 3 is the folder that ls reads
     EXPECT_EQ(ExitOf(Shell("exec readlink /proc/self/fd/0 /proc/self/fd/2 > pliki")), 0);
     EXPECT_EQ(folder.Get("pliki"), "/dev/null\n/dev/null\n");
     EXPECT_EQ(ExitOf(Shell("[ /proc/$$/fd/1 -ef /dev/null ]")), 0);
-    processes.Terminate(running, 0, error);
+    EXPECT_TRUE(processes.Terminate(running, 0, error)) << error;
     close(open);
 }
 

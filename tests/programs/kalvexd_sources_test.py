@@ -55,6 +55,13 @@ class Sources(ServiceTest):
         self.assertEqual(self.run_with("--add-source", "Gaz,ewa"), (1, "", "Nie podano hasła\n"))
         self.assertFalse((self.folder / "Kalvex.ini").exists())
 
+    def test_password_of_characters_that_the_texts_of_scripts_have_not_is_refused(self):
+        fault = "Hasło ma znaki spoza Windows-1250\n"
+        for order in (("--add-source", "Gaz,ewa"), ("--protect",)):
+            for password in ("пароль\n", "tajne☃"):
+                self.assertEqual(self.run_with(*order, stdin=password), (1, "", fault), order)
+        self.assertEqual(list(self.folder.iterdir()), [])
+
     def test_nothing_is_listed_and_nothing_is_made_without_a_profile(self):
         self.assertEqual(self.run_with("--list-sources"), (0, "", ""))
         self.assertEqual(list(self.folder.iterdir()), [])

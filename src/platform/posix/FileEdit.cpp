@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
-#include <filesystem>
+#include <optional>
 #include <string_view>
 
 #include "platform/Files.h"
@@ -39,23 +39,10 @@ bool Lock(int folder, const LockPause& pause, std::string& error) {
     return true;
 }
 
-// Where the file itself lies when the path is a link.
-std::string FollowLinks(const std::string& path) {
-    std::error_code fault;
-    const std::filesystem::path target = std::filesystem::weakly_canonical(path, fault);
-    return fault ? path : target.string();
-}
-
-// With the rights and the owner of the file that is replaced.
-bool WriteCopy(const std::string& path, const struct stat* replaced, std::string_view content) {
+bool WriteCopy(const std::string& path, const std::optional<struct stat>& replaced,
+               std::string_view content) {
     const Descriptor file(OpenRegularFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, 0640));
-    if (file.Get() < 0) return false;
-    if (replaced != nullptr) {
-        // Only a process with the system's rights may give a file away.
-        [[maybe_unused]] const int given = ::fchown(file.Get(), replaced->st_uid, replaced->st_gid);
-        if (::fchmod(file.Get(), replaced->st_mode & 07777) != 0) return false;
-    }
-    return WriteAll(file.Get(), content) && ::fsync(file.Get()) == 0;
+    return file.Get() >= 0 && FillFile(file.Get(), replaced, content);
 }
 
 }  // namespace
@@ -71,21 +58,26 @@ LockPause UsualLockPause() {
 
 bool EditWholeFile(const std::string& path, const std::function<bool(std::string& content)>& edit,
                    std::string& error, const LockPause& pause) {
-    const std::filesystem::path file = FollowLinks(path);
-    const std::string folderPath = file.has_parent_path() ? file.parent_path().string() : ".";
-    const Descriptor folder(::open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::string file = path;
+    if (!FollowLinks(file)) return Fail(error);
+    const std::string folderPath = FolderOf(file);
+    const Descriptor folder(
+        ::open(folderPath.empty() ? "." : folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.Get() < 0) return Fail(error);
     if (!Lock(folder.Get(), pause, error)) return false;
     struct stat info {};
-    const bool there = ::stat(file.c_str(), &info) == 0;
-    if (!there && errno != ENOENT) return Fail(error);
+    std::optional<struct stat> replaced;
+    if (::stat(file.c_str(), &info) == 0) {
+        replaced = info;
+    } else if (errno != ENOENT) {
+        return Fail(error);
+    }
     std::string content;
-    if (there && !ReadWholeFile(file.string(), content, error)) return false;
+    if (replaced && !ReadWholeFile(file, content, error)) return false;
     if (!edit(content)) return true;
 
-    const std::string copy = file.string() + ".tmp";
-    if (!WriteCopy(copy, there ? &info : nullptr, content) ||
-        ::rename(copy.c_str(), file.c_str()) != 0) {
+    const std::string copy = file + ".tmp";
+    if (!WriteCopy(copy, replaced, content) || ::rename(copy.c_str(), file.c_str()) != 0) {
         Fail(error);
         ::unlink(copy.c_str());
         return false;

@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -15,35 +16,26 @@ namespace kalvex::platform {
 namespace {
 
 constexpr std::string_view kNewSuffix = ".kalvex-new";
-constexpr std::string_view kAsideSuffix = ".kalvex-old";
-constexpr int kLinkLimit = 40;
+constexpr std::string_view kOldSuffix = ".kalvex-old";
+constexpr std::string_view kBackupSuffix = ".kalvex-bak";
+constexpr std::string_view kFormerBackupSuffix = ".kalvex-was";
+constexpr std::string_view kSuffixes[] = {kNewSuffix, kOldSuffix, kBackupSuffix,
+                                          kFormerBackupSuffix};
 constexpr int kAttempts = 4;
 
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.rfind('/') + 1);
-}
-
-// Puts the file itself in the place of a link to it, which may be one that is not there yet.
-bool FollowLinks(std::string& path) {
-    for (int i = 0; i < kLinkLimit; ++i) {
-        char target[PATH_MAX];
-        const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
-        if (length < 0) return errno == EINVAL || errno == ENOENT;
-        const std::string_view named(target, static_cast<std::size_t>(length));
-        path = named.starts_with('/') ? named : FolderOf(path).append(named);
-    }
-    return false;
-}
-
-std::string TemporaryName(const std::string& path, std::string_view suffix) {
-    const std::string folder = FolderOf(path);
+// In the folder of `beside`, for the replacement of the file.
+std::string TemporaryName(const std::string& beside, const std::string& path,
+                          std::string_view suffix) {
     const std::size_t room = NAME_MAX - 1 - suffix.size();
-    return folder + '.' + path.substr(folder.size(), room) + std::string(suffix);
+    const std::string name = path.substr(FolderOf(path).size(), room);
+    return FolderOf(beside) + '.' + name + std::string(suffix);
 }
 
 bool IsTemporaryName(const std::string& path) {
     const bool hidden = path.compare(FolderOf(path).size(), 1, ".") == 0;
-    return hidden && (path.ends_with(kNewSuffix) || path.ends_with(kAsideSuffix));
+    return hidden && std::ranges::any_of(kSuffixes, [&](std::string_view suffix) {
+               return path.ends_with(suffix);
+           });
 }
 
 // What some file systems cannot do at all.
@@ -58,6 +50,13 @@ bool IsNamed(int fd, const std::string& path) {
            own.st_dev == named.st_dev && own.st_ino == named.st_ino;
 }
 
+// Over a network, what is not open for writing is not locked alone either.
+Descriptor OpenLeftover(const std::string& path) {
+    const int file = OpenRegularFile(path, O_WRONLY | O_NOFOLLOW);
+    if (file >= 0 || errno != EACCES) return Descriptor(file);
+    return Descriptor(OpenRegularFile(path, O_RDONLY | O_NOFOLLOW));
+}
+
 // A folder that may be changed and not read cannot be brought to the disk by itself.
 bool OpenFolder(const std::string& path, Descriptor& folder) {
     folder =
@@ -69,41 +68,47 @@ bool SyncFolder(const Descriptor& folder) {
     return folder.Get() < 0 || ::fsync(folder.Get()) == 0 || IsUnsupported(errno);
 }
 
-// Rights and owner of another file, the owner where the system permits it.
-bool TakeOver(int fd, const struct stat& other) {
-    struct stat own {};
-    if (::fstat(fd, &own) != 0) return false;
-    const bool sameOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
-    if (!sameOwner && ::fchown(fd, other.st_uid, other.st_gid) != 0) {
-        [[maybe_unused]] const int group = ::fchown(fd, static_cast<uid_t>(-1), other.st_gid);
-    }
-    return ::fchmod(fd, other.st_mode & 07777) == 0;
-}
-
-bool Fill(int fd, const std::optional<struct stat>& like, std::string_view content) {
-    return (!like || TakeOver(fd, *like)) && WriteAll(fd, content) && ::fsync(fd) == 0;
+// Another name of the file. One of somebody else's file is not always to be had, nor to be got rid
+// of again; a copy does as well.
+bool Keep(const std::string& path, const std::string& kept) {
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0) return false;
+    const uid_t user = ::geteuid();
+    const bool isOwn = user == 0 || user == info.st_uid;
+    if (isOwn && ::link(path.c_str(), kept.c_str()) == 0) return true;
+    const Descriptor file(OpenRegularFile(path, O_RDONLY | O_NOFOLLOW));
+    std::string content;
+    if (file.Get() < 0 || !ReadToEnd(file.Get(), content)) return false;
+    const Descriptor copy(OpenRegularFile(kept, O_WRONLY | O_CREAT | O_EXCL, 0600));
+    return copy.Get() >= 0 && FillFile(copy.Get(), info, content);
 }
 
 }  // namespace
 
 FileReplacement::FileReplacement(const std::string& path, const std::string& backup)
-    : m_target(path), m_backup(backup), m_asidePath(TemporaryName(path, kAsideSuffix)) {}
+    : m_target(path),
+      m_backup(backup),
+      m_backupAside(TemporaryName(backup, path, kBackupSuffix)),
+      m_backupFormer(TemporaryName(backup, path, kFormerBackupSuffix)) {}
 
 // The lock goes with the descriptor, so it goes last.
 FileReplacement::~FileReplacement() {
-    if (m_new.Get() >= 0 && !m_placed) ::unlink(m_newPath.c_str());
-    if (m_ownsAside) ::unlink(m_asidePath.c_str());
+    if (m_new.Get() >= 0 && !m_placed && IsNamed(m_new.Get(), m_newPath)) {
+        ::unlink(m_newPath.c_str());
+    }
+    if (m_ownsAside) ClearAside();
 }
 
 bool FileReplacement::Begin() {
     if (!FollowLinks(m_target) || IsTemporaryName(m_target)) return false;
-    m_newPath = TemporaryName(m_target, kNewSuffix);
+    m_newPath = TemporaryName(m_target, m_target, kNewSuffix);
+    m_oldPath = TemporaryName(m_target, m_target, kOldSuffix);
     return OpenFolders() && OpenNew();
 }
 
 bool FileReplacement::OpenFolders() {
     const std::string folder = FolderOf(m_target);
-    const std::string other = FolderOf(m_asidePath);
+    const std::string other = m_backup.empty() ? folder : FolderOf(m_backup);
     return OpenFolder(folder, m_folder) && (folder == other || OpenFolder(other, m_backupFolder));
 }
 
@@ -118,12 +123,13 @@ bool FileReplacement::OpenNew() {
         Descriptor file(OpenRegularFile(m_newPath, O_WRONLY | O_CREAT | O_EXCL, mode));
         const bool made = file.Get() >= 0;
         if (!made && errno != EEXIST) return false;
-        if (!made) file = Descriptor(OpenRegularFile(m_newPath, O_RDONLY | O_NOFOLLOW));
+        if (!made) file = OpenLeftover(m_newPath);
         if (file.Get() < 0) {
             if (errno == ENOENT) continue;
             return false;
         }
-        if (::flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+        const bool locked = ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0;
+        if (!locked && (!made || errno == EWOULDBLOCK)) return false;
         if (!IsNamed(file.Get(), m_newPath)) continue;
         if (made) {
             m_new = Descriptor(file.Release());
@@ -146,18 +152,18 @@ bool FileReplacement::ReadOld() {
         m_replaced = info;
     }
     m_ownsAside = true;
-    ::unlink(m_asidePath.c_str());
+    ClearAside();
     if (m_replaced || m_backup.empty()) return true;
     const Descriptor backup(OpenRegularFile(m_backup, O_RDONLY));
     return backup.Get() >= 0 ? ReadToEnd(backup.Get(), m_old) : errno == ENOENT;
 }
 
 bool FileReplacement::Write(std::string_view content) {
-    return Fill(m_new.Get(), m_replaced, content);
+    return FillFile(m_new.Get(), m_replaced, content);
 }
 
 bool FileReplacement::Commit() {
-    const bool kept = !m_replaced || (IsUnchanged() && SetOldAside() && MakeBackup());
+    const bool kept = !m_replaced || (IsUnchanged() && Keep(m_target, m_oldPath) && MakeBackup());
     if (kept && PutInPlace() && SyncFolders()) return true;
     TakeBack();
     return false;
@@ -171,35 +177,35 @@ bool FileReplacement::IsUnchanged() const {
            now.st_mtim.tv_nsec == m_replaced->st_mtim.tv_nsec;
 }
 
-// A second name of somebody else's file is not always to be had, nor to be got rid of again; a copy
-// does as well.
-bool FileReplacement::SetOldAside() {
-    const uid_t user = ::geteuid();
-    const bool isOwn = user == 0 || user == m_replaced->st_uid;
-    if (isOwn && ::link(m_target.c_str(), m_asidePath.c_str()) == 0) return true;
-    const Descriptor copy(OpenRegularFile(m_asidePath, O_WRONLY | O_CREAT | O_EXCL, 0600));
-    return copy.Get() >= 0 && Fill(copy.Get(), m_replaced, m_old);
-}
-
 bool FileReplacement::MakeBackup() {
     if (m_backup.empty()) return true;
     struct stat info {};
     const bool there = ::lstat(m_backup.c_str(), &info) == 0;
     if (!there && errno != ENOENT) return false;
     if (there && !S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode)) return false;
-    const char* aside = m_asidePath.c_str();
+    if (!Keep(m_oldPath, m_backupAside)) return false;
+    if (there) return ReplaceBackup();
+    if (::rename(m_backupAside.c_str(), m_backup.c_str()) != 0) return false;
+    m_backupStep = BackupStep::Added;
+    return true;
+}
+
+bool FileReplacement::ReplaceBackup() {
+    const char* aside = m_backupAside.c_str();
     const char* backup = m_backup.c_str();
-    if (there && ::renameat2(AT_FDCWD, aside, AT_FDCWD, backup, RENAME_EXCHANGE) == 0) {
+    if (::renameat2(AT_FDCWD, aside, AT_FDCWD, backup, RENAME_EXCHANGE) == 0) {
         m_backupStep = BackupStep::Exchanged;
         return true;
     }
-    if ((there && !IsUnsupported(errno)) || ::rename(aside, backup) != 0) return false;
-    m_backupStep = there ? BackupStep::Overwritten : BackupStep::Added;
+    if (!IsUnsupported(errno) || !Keep(m_backup, m_backupFormer)) return false;
+    if (::rename(aside, backup) != 0) return false;
+    m_backupStep = BackupStep::Overwritten;
     return true;
 }
 
 // Where there was no file, one that has appeared meanwhile stays.
 bool FileReplacement::PutInPlace() {
+    if (!IsNamed(m_new.Get(), m_newPath)) return false;
     const char* made = m_newPath.c_str();
     const char* target = m_target.c_str();
     if (m_replaced) {
@@ -215,14 +221,20 @@ bool FileReplacement::SyncFolders() const {
     return SyncFolder(m_folder) && SyncFolder(m_backupFolder);
 }
 
-// A backup that could only be overwritten cannot come back; the former file is there then.
 void FileReplacement::TakeBack() {
-    if (m_backupStep == BackupStep::Overwritten) return;
-    const std::string& former = m_backupStep == BackupStep::None ? m_asidePath : m_backup;
-    if (m_placed && m_replaced) ::rename(former.c_str(), m_target.c_str());
+    if (m_placed && m_replaced) ::rename(m_oldPath.c_str(), m_target.c_str());
     if (m_placed && !m_replaced) ::unlink(m_target.c_str());
-    if (m_backupStep == BackupStep::Exchanged) ::rename(m_asidePath.c_str(), m_backup.c_str());
-    if (m_backupStep == BackupStep::Added) ::unlink(m_backup.c_str());
+    const char* backup = m_backup.c_str();
+    if (m_backupStep == BackupStep::Exchanged) ::rename(m_backupAside.c_str(), backup);
+    if (m_backupStep == BackupStep::Overwritten) ::rename(m_backupFormer.c_str(), backup);
+    if (m_backupStep == BackupStep::Added) ::unlink(backup);
+}
+
+void FileReplacement::ClearAside() const {
+    ::unlink(m_oldPath.c_str());
+    if (m_backup.empty()) return;
+    ::unlink(m_backupAside.c_str());
+    ::unlink(m_backupFormer.c_str());
 }
 
 }  // namespace kalvex::platform

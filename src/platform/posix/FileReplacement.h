@@ -37,16 +37,19 @@ class FileReplacement {
     bool OpenNew();
     bool OpenFolders();
     bool IsUnchanged() const;
-    bool SetOldAside();
     bool MakeBackup();
+    bool ReplaceBackup();
     bool PutInPlace();
     bool SyncFolders() const;
     void TakeBack();
+    void ClearAside() const;
 
     std::string m_target;  // the path, and after Begin the file itself where that is a link
     std::string m_newPath;
+    std::string m_oldPath;  // the former file
     const std::string m_backup;
-    const std::string m_asidePath;  // the former file, then the former backup
+    const std::string m_backupAside;   // the former file, then a backup that changed places with it
+    const std::string m_backupFormer;  // a backup that was overwritten
     std::optional<struct stat> m_replaced;
     std::string m_old;
     Descriptor m_new{-1};

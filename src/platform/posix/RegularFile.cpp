@@ -1,6 +1,7 @@
 #include "platform/posix/RegularFile.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +14,19 @@ namespace kalvex::platform {
 
 namespace {
 
+constexpr int kLinkLimit = 40;
 constexpr const char* kNoRegularFile = "Not a regular file";
+
+// Rights and owner of another file, the owner where the system permits it.
+bool TakeOver(int fd, const struct stat& other) {
+    struct stat own {};
+    if (::fstat(fd, &own) != 0) return false;
+    const bool sameOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
+    if (!sameOwner && ::fchown(fd, other.st_uid, other.st_gid) != 0) {
+        [[maybe_unused]] const int group = ::fchown(fd, static_cast<uid_t>(-1), other.st_gid);
+    }
+    return ::fchmod(fd, other.st_mode & 07777) == 0;
+}
 
 }  // namespace
 
@@ -52,6 +65,26 @@ bool WriteAll(int fd, std::string_view content) {
         }
     }
     return true;
+}
+
+bool FillFile(int fd, const std::optional<struct stat>& like, std::string_view content) {
+    return (!like || TakeOver(fd, *like)) && WriteAll(fd, content) && ::fsync(fd) == 0;
+}
+
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+bool FollowLinks(std::string& path) {
+    for (int i = 0; i < kLinkLimit; ++i) {
+        char target[PATH_MAX];
+        const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+        if (length < 0) return errno == EINVAL || errno == ENOENT;
+        const std::string_view named(target, static_cast<std::size_t>(length));
+        path = named.starts_with('/') ? named : FolderOf(path).append(named);
+    }
+    errno = ELOOP;
+    return false;
 }
 
 std::string FileFault(int error) {

@@ -1,8 +1,9 @@
 // Files by names that people give: what lies there may be anything.
 #pragma once
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,17 @@ int OpenRegularFile(const std::string& path, int flags, mode_t mode = 0);
 // ReadToEnd adds to the content.
 bool ReadToEnd(int fd, std::string& content);
 bool WriteAll(int fd, std::string_view content);
+
+// Writes a file and brings it to the disk, with the rights of another, where there is one, and its
+// owner as far as the system permits. False with errno set.
+bool FillFile(int fd, const std::optional<struct stat>& like, std::string_view content);
+
+// With the slash at its end; empty for a name alone.
+std::string FolderOf(const std::string& path);
+
+// Puts the file itself in the place of a link to it, which may be one that is not there yet. False
+// with errno set.
+bool FollowLinks(std::string& path);
 
 // The words for an errno of these.
 std::string FileFault(int error);

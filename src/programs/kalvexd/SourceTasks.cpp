@@ -114,8 +114,14 @@ bool Ask(const Desk& desk, std::string& password) {
         return false;
     }
     password = text::FromUtf8(typed);
+    std::string again = text::ToUtf8(password);
+    const bool fits = again == typed;
     platform::CCrypt::SecureEmptyString(typed);
-    return true;
+    platform::CCrypt::SecureEmptyString(again);
+    if (fits) return true;
+    platform::CCrypt::SecureEmptyString(password);
+    Fail(desk.translator, {platform::Translatable("Hasło ma znaki spoza Windows-1250")});
+    return false;
 }
 
 int AddSource(const Desk& desk) {
