@@ -228,8 +228,12 @@ PeriodRequest Read(const pb::PeriodRequest& in, Reader& reader) {
         reader.Note(WireFault::NumberOutOfRange);
         return {};
     }
-    return {static_cast<PeriodAction>(in.action() - pb::PERIOD_ACTION_INIT), reader.Kind(in.kind()),
-            reader.Name(in.variable()), in.time(), in.id(), in.serial()};
+    return {static_cast<PeriodAction>(in.action() - pb::PERIOD_ACTION_INIT),
+            reader.Kind(in.kind()),
+            reader.Name(in.variable()),
+            in.time(),
+            in.id(),
+            in.serial()};
 }
 
 ClientParcel Read(const pb::ClientParcel& in, Reader& reader) {
