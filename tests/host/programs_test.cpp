@@ -481,6 +481,8 @@ class Sleepers {
 
 TEST_F(ProgramsRealTest, EndedProgramsLeaveTheirDescriptorsToDataFiles) {
     engine::CKalvexDoc& script = Open("");
+    // A sanitizer needs descriptors to look at the type of an object for the first time.
+    EXPECT_EQ(WriteDataFile(script, files, "\"e.txt\" \"S\""), DataFileResult::Data);
     {
         const FewDescriptors few;
         Sleepers sleepers(processes);
