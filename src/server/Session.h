@@ -106,7 +106,7 @@ class Session final : public vantrel::ServerSession {
     void SendValues(const std::vector<vantrel::VariableHandle>& handles, bool last);
     void Release(vantrel::VariableHandle handle, Subscription& subscription);
 
-    std::uint16_t CheckRead(VariableId variable) const;
+    std::uint16_t CheckRead(VariableId id) const;
     std::uint16_t StartReading(const vantrel::ReadRequest& request);
     void ReadNext();
     void OnPiece(vantrel::RequestId id, StorePiece piece);
