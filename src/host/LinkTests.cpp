@@ -242,8 +242,8 @@ void LinkTests::Join(StartedTest& test) {
 }
 
 void LinkTests::DropOldest(Tests& tests) {
-    const auto& [number, address] = *tests.kept.begin();
-    const auto place = tests.started.find(address);
+    const std::uint64_t number = tests.kept.begin()->first;
+    const auto place = tests.started.find(tests.kept.begin()->second);
     std::erase_if(place->second,
                   [number](const StartedTest& test) { return test.finished == number; });
     if (place->second.empty()) tests.started.erase(place);
