@@ -128,6 +128,8 @@ void Server::Tick() {
     const std::int64_t now = m_clock.Now();
     if (m_lastTick == now) return;
     const bool isFirst = !std::exchange(m_lastTick, now);
+    // Before this second's own work is handed over.
+    m_refusesWrites = m_refusesWrites && !m_store.IsEmpty();
     StepTime();
     m_plant.Step(now, isFirst ? 0 : m_confirmed.Passed());
     Distribute();
@@ -136,7 +138,6 @@ void Server::Tick() {
     if (!m_recorder.IsLosing()) {
         m_automatic.Step(m_definitions, Confirmed(), m_confirmed.IsSure());
     }
-    m_refusesWrites = m_refusesWrites && !m_store.IsEmpty();
     m_reportChanges.Publish();
     for (const auto& [number, session] : m_sessions) {
         session->SendReportChanges();

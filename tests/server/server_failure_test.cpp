@@ -23,6 +23,12 @@ std::string Recovered(std::int64_t operations) {
     return "1 Dane znów są zapisywane, czekało operacji " + std::to_string(operations);
 }
 
+constexpr const char* kPlant =
+    "[archive]\nperiod = 600\n[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
+    "[[variable]]\nname = \"X\"\nat = 2\nrt = 2\nvalue = 1\n"
+    "[[variable]]\nname = \"S\"\nat = 4\nrt = 2\nvalue = 5\n"
+    "[[variable]]\nname = \"A\"\nat = 4\nrt = 2\nreport = \"sum\"\nvalue = 3\n";
+
 // The clock stands at 7:00.
 class ServerFailureTest : public ServerTest {
   protected:
@@ -35,7 +41,13 @@ class ServerFailureTest : public ServerTest {
         ASSERT_TRUE(m_other.Execute("BEGIN IMMEDIATE"));
     }
 
-    std::int64_t TickUntilValuesAreLost() {
+    // Nothing can be written from 7:10:01 on, and little may wait; the second of the first loss.
+    std::int64_t StartAndLoseValues() {
+        m_storeSettings.limits = {.clients = 1, .urgent = 3000, .background = 1'000'000};
+        Start(kPlant);
+        Tick();
+        TickOnce(599);
+        Block();
         TickBlocked(1);
         AwaitFailure();
         EXPECT_THAT(m_log.Take(), ElementsAre("1 Błąd zapisu danych (database is locked)"));
@@ -101,12 +113,6 @@ class ServerFailureTest : public ServerTest {
     std::shared_ptr<HandPause> m_pause = std::make_shared<HandPause>();
     platform::SqliteDatabase m_other;
 };
-
-constexpr const char* kPlant =
-    "[archive]\nperiod = 600\n[reports]\nautomatic = [\"hour\"]\n[[access]]\nwrite = \"0\"\n"
-    "[[variable]]\nname = \"X\"\nat = 2\nrt = 2\nvalue = 1\n"
-    "[[variable]]\nname = \"S\"\nat = 4\nrt = 2\nvalue = 5\n"
-    "[[variable]]\nname = \"A\"\nat = 4\nrt = 2\nreport = \"sum\"\nvalue = 3\n";
 
 TEST_F(ServerFailureTest, OutageOverTheEndOfAnHourCostsNothing) {
     Start(kPlant);
@@ -197,6 +203,29 @@ TEST_F(ServerFailureTest, ClientsAreRefusedBeforeAnythingIsLost) {
     EXPECT_THAT(m_log.Take(), IsEmpty());
 }
 
+// Around the bound some writes are taken and some are not.
+TEST_F(ServerFailureTest, RefusingIsToldOnceUntilAllIsWritten) {
+    const std::string told = "1 Zbyt wiele danych czeka na zapis, zapisy klientów są odrzucane";
+    const std::string refused = Refused("zapis CURDATA", "(zbyt wiele danych czeka na zapis)");
+    m_storeSettings.limits = {.clients = 1, .urgent = 1'000'000, .background = 1'000'000};
+    Start(kPlant);
+    Tick();
+    TestClient& client = LogIn();
+    const auto writeTwo = [&] {
+        m_log.Take();
+        Block();
+        WriteCurrent(client, 7);
+        WriteCurrent(client, 8);
+        std::vector<std::string> lines = m_log.Take();
+        Unblock();
+        return lines;
+    };
+    EXPECT_THAT(writeTwo(), ElementsAre(told, refused));
+    EXPECT_THAT(writeTwo(), IsEmpty());
+    Tick();
+    EXPECT_THAT(writeTwo(), ElementsAre(told));
+}
+
 TEST_F(ServerFailureTest, RefusedWriteMayComeAgain) {
     m_storeSettings.limits = {.clients = 1, .urgent = 1'000'000, .background = 1'000'000};
     Start(kPlant);
@@ -226,12 +255,7 @@ TEST_F(ServerFailureTest, RefusedWriteMayComeAgain) {
 
 // S is sampled every ten minutes and A is a sum of such samples; X does not change.
 TEST_F(ServerFailureTest, WhatIsLostIsCountedAndAGapInArchiveAndReports) {
-    m_storeSettings.limits = {.clients = 1, .urgent = 3000, .background = 1'000'000};
-    Start(kPlant);
-    Tick();
-    TickOnce(599);
-    Block();
-    const std::int64_t first = TickUntilValuesAreLost();
+    const std::int64_t first = StartAndLoseValues();
     EXPECT_LT(first, m_start + 1200);
     TickBlocked(m_start + 4200 - first);
     EXPECT_THAT(Unblock(), ElementsAre(Recovered(2 * (first - m_start - 601))));
@@ -262,12 +286,7 @@ TEST_F(ServerFailureTest, WhatIsLostIsCountedAndAGapInArchiveAndReports) {
 
 // What was lost at the end is unknown at the next start.
 TEST_F(ServerFailureTest, EndTellsWhatCouldNotBeWritten) {
-    m_storeSettings.limits = {.clients = 1, .urgent = 3000, .background = 1'000'000};
-    Start(kPlant);
-    Tick();
-    TickOnce(599);
-    Block();
-    const std::int64_t first = TickUntilValuesAreLost();
+    const std::int64_t first = StartAndLoseValues();
     TickBlocked(m_start + 1800 - first);
     m_pause->Free();
     m_server->Stop();
