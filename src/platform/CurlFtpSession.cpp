@@ -32,9 +32,9 @@ constexpr std::size_t kCodeLength = 3;
     X(slist_free_all)
 
 struct CurlLibrary {
-    SharedLibrary library{"libcurl.so.4"};
+    SharedLibrary curl{"libcurl.so.4"};
 #define KALVEX_ROW(name) \
-    decltype(&curl_##name) name = library.Find<decltype(&curl_##name)>("curl_" #name);
+    decltype(&curl_##name) name = curl.Find<decltype(&curl_##name)>("curl_" #name);
     KALVEX_CURL_FUNCTIONS(KALVEX_ROW)
 #undef KALVEX_ROW
 };
@@ -144,7 +144,7 @@ class CurlFtpSession final : public FtpSession {
 }  // namespace
 
 bool StartFtp() {
-    return Curl().library.IsComplete() && Curl().global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    return Curl().curl.IsComplete() && Curl().global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
 }
 
 void StopFtp() {

@@ -9,20 +9,18 @@ namespace kalvex::server {
 
 namespace {
 
-constexpr std::size_t kLongestName = 255;
-
 constexpr const char* kLogin = platform::Translatable("Rejestracja użytkownika %s z %s");
 constexpr const char* kLoginTry =
     platform::Translatable("Próba rejestracji użytkownika %s z %s - %s");
 
-// Bytes that would break a log line become "?".
+}  // namespace
+
 std::string Printable(std::string_view name) {
+    constexpr std::size_t kLongestName = 255;
     std::string text(name.substr(0, kLongestName));
     std::replace_if(text.begin(), text.end(), text::IsControl, '?');
     return text;
 }
-
-}  // namespace
 
 std::string ClientText(std::string_view name, const std::string& address) {
     return Printable(name) + (address.empty() ? "" : " (" + address + ")");

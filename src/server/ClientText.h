@@ -1,4 +1,5 @@
-// How the log names clients and their logins. Engine texts; what a client gives may be anything.
+// How the log names clients, their logins and what they name. Engine texts; what a client gives may
+// be anything.
 #pragma once
 
 #include <string>
@@ -8,6 +9,9 @@
 #include "server/LoginDesk.h"
 
 namespace kalvex::server {
+
+// The name, cut to 255 characters; bytes that would break a log line are "?".
+std::string Printable(std::string_view name);
 
 // The client's name, and its address unless it is on this machine.
 std::string ClientText(std::string_view name, const std::string& address);

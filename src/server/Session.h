@@ -114,7 +114,9 @@ class Session final : public vantrel::ServerSession {
     // Whether the serial has not come before. If it has, its answer goes to `decided`, or to the
     // client once there is one.
     bool IsNew(vantrel::RequestId id, std::uint64_t serial, vantrel::ModifyResults& decided);
-    bool HasAnswer(std::uint64_t serial) const { return serial != 0 && !m_token.empty(); }
+    static bool HasAnswer(const std::string& token, std::uint64_t serial) {
+        return serial != 0 && !token.empty();
+    }
     Refusal CheckWrite(value::ValueKind kind, std::string_view name, std::size_t& variable) const;
     Refusal PrepareModify(vantrel::ModifyRequest& request, std::vector<StoreOperation>& operations);
     Refusal PrepareArchive(vantrel::ArchiveModifyRequest& request,

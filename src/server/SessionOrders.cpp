@@ -1,12 +1,11 @@
 // Writes and orders of a client.
-#include <algorithm>
 #include <map>
 #include <utility>
 
+#include "server/ClientText.h"
 #include "server/ReportPeriods.h"
 #include "server/Server.h"
 #include "server/Session.h"
-#include "text/Characters.h"
 #include "text/TextFormat.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
@@ -18,7 +17,6 @@ namespace {
 
 constexpr std::size_t kMostArchiveValues = 100000;
 constexpr std::size_t kMostRefusals = 1000;  // lines that a conversation keeps
-constexpr std::size_t kLongestVariable = 255;
 
 constexpr const char* kRefused =
     platform::Translatable("Klient %s, użytkownik %s: odmowa: %s, zmienna %s (%s)");
@@ -28,13 +26,6 @@ constexpr const char* kAgain = platform::Translatable("%s, jeszcze razy: %d");
 constexpr const char* kNoneTaken = platform::Translatable("%s, nie przyjęto żadnej z wartości: %d");
 constexpr const char* kBadOne =
     platform::Translatable("%s nr %d, nie przyjęto żadnej z wartości: %d");
-
-// What a client gives may be anything.
-std::string Printable(std::string_view name) {
-    std::string text(name.substr(0, kLongestVariable));
-    std::replace_if(text.begin(), text.end(), text::IsControl, '?');
-    return text;
-}
 
 }  // namespace
 
@@ -198,7 +189,7 @@ void Session::Receive(vantrel::ArchiveModifyRequest& message) {
 // ---- answers
 
 bool Session::IsNew(vantrel::RequestId id, std::uint64_t serial, vantrel::ModifyResults& decided) {
-    if (!HasAnswer(serial)) return true;
+    if (!HasAnswer(m_token, serial)) return true;
     const WriteAnswers::Meeting meeting =
         m_server.GetWriteAnswers().Meet(m_token, serial, {m_number, id});
     if (meeting.result) decided.entries.push_back({id, *meeting.result});
@@ -208,7 +199,7 @@ bool Session::IsNew(vantrel::RequestId id, std::uint64_t serial, vantrel::Modify
 void Session::Decide(const Order& order, std::uint16_t result, vantrel::ModifyResults& decided,
                      std::vector<StoreOperation>& operations) {
     if (order.answered) decided.entries.push_back({order.id, result});
-    if (!HasAnswer(order.serial)) return;
+    if (!HasAnswer(m_token, order.serial)) return;
     WriteAnswers& answers = m_server.GetWriteAnswers();
     if (!m_server.TakesWrites()) return answers.Abandon(m_token, order.serial);
     answers.Keep(m_token, order.serial, result, operations);
@@ -217,7 +208,7 @@ void Session::Decide(const Order& order, std::uint16_t result, vantrel::ModifyRe
 
 void Session::Submit(std::vector<StoreOperation> operations, std::vector<Order> orders) {
     for (const Order& order : orders) {
-        if (!HasAnswer(order.serial)) continue;
+        if (!HasAnswer(m_token, order.serial)) continue;
         m_server.GetWriteAnswers().Keep(m_token, order.serial, vantrel::ResultOk, operations);
     }
     if (operations.empty() && orders.empty()) return;
@@ -231,7 +222,7 @@ void Session::Finish(Server& server, std::uint64_t number, const std::string& to
     std::map<std::uint64_t, vantrel::ModifyResults> results;  // by session
     for (const Order& order : orders) {
         std::vector<WriteAnswers::Waiter> waiters{{number, order.id}};
-        if (order.serial != 0 && !token.empty()) {
+        if (HasAnswer(token, order.serial)) {
             waiters = server.GetWriteAnswers().Settle(token, order.serial, vantrel::ResultOk);
         }
         for (const WriteAnswers::Waiter& waiter : waiters) {

@@ -13,6 +13,13 @@ constexpr std::int64_t kFar = 60 * value::kSecondsPerDay;
 class ServerClockTest : public ServerTest {
   protected:
     void Jump(std::int64_t seconds) { m_clock.SetSystemTime(m_clock.Now() + seconds); }
+    // The server is away for five minutes, in which the clock may jump.
+    void StartLater(const std::string& toml, std::int64_t jump = 0) {
+        End();
+        Jump(jump);
+        m_clock.Advance(300 * 1000);
+        Start(toml);
+    }
     std::vector<std::string> All(TestClient& client, value::ValueKind kind, std::string_view name) {
         return Read(client, kind, name, 0, value::kLargestTime);
     }
@@ -177,9 +184,7 @@ TEST_F(ServerClockTest, GapIsWhereTheArchiveEnds) {
     Tick();
     Modify(LogIn(), value::KindCurrent, "X", 0, value::CVal(2));
     Tick();
-    End();
-    m_clock.Advance(300 * 1000);
-    Start(toml);
+    StartLater(toml);
     Tick();
     EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
                 ElementsAre("171 0 " + At(7202) + " 2.00", "255 1 " + At(7204) + " ",
@@ -197,10 +202,7 @@ TEST_F(ServerClockTest, GapBeginsWhereTheTimeWasConfirmed) {
     Tick();
     Jump(kFar);
     Tick();
-    End();
-    Jump(-kFar);
-    m_clock.Advance(300 * 1000);
-    Start(toml);
+    StartLater(toml, -kFar);
     Tick();
     EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
                 ElementsAre("171 0 " + At(0) + " 1.00", "255 1 " + At(3) + " ",
@@ -216,10 +218,7 @@ TEST_F(ServerClockTest, GapSparesWhatHasBeenKnown) {
     Tick();
     Jump(-kFar);
     Tick();
-    End();
-    Jump(kFar);
-    m_clock.Advance(300 * 1000);
-    Start(toml);
+    StartLater(toml, kFar);
     EXPECT_THAT(All(LogIn(), value::KindArchive, "X"),
                 ElementsAre("171 0 " + At(-kFar - 100) + " 1.00", "171 0 " + At(-100) + " 2.00",
                             "255 1 " + At(-99) + " "));

@@ -45,21 +45,30 @@ constexpr value::ValueKind KindOf(std::int64_t number) {
     return kKinds[number % 3];
 }
 
-[[noreturn]] void ServeUntilKilled(const std::string& configuration, vantrel::RequestId first,
-                                   int tell) {
-    platform::VirtualClock clock(1700000000 + std::int64_t{first} * 10);
+// A server with one client, which tells of each answer; for a process that will be killed.
+struct Served {
+    Served(const std::string& configuration, std::int64_t now, int tell) : clock(now), link(tell) {
+        std::vector<std::string> errors;
+        if (!server.Start(configuration, errors)) ::_exit(1);
+        session = server.Accept(link);
+    }
+
+    platform::VirtualClock clock;
     support::LogRecorder log;
     const platform::Translator translator;
     support::WaitingLoop loop;
-    Server server(clock, log, translator, loop, platform::PasswordCost::Least);
-    std::vector<std::string> errors;
-    if (!server.Start(configuration, errors)) ::_exit(1);
-    TellingLink link(tell);
-    const std::unique_ptr<vantrel::ServerSession> session = server.Accept(link);
-    session->OnMessage(vantrel::LoginRequest{});
+    Server server{clock, log, translator, loop, platform::PasswordCost::Least};
+    TellingLink link;
+    std::unique_ptr<vantrel::ServerSession> session;
+};
+
+[[noreturn]] void ServeUntilKilled(const std::string& configuration, vantrel::RequestId first,
+                                   int tell) {
+    Served served(configuration, 1700000000 + std::int64_t{first} * 10, tell);
+    served.session->OnMessage(vantrel::LoginRequest{});
     for (vantrel::RequestId id = first;; ++id) {
         if (KindOf(id) != value::KindArchive) {
-            session->OnMessage(
+            served.session->OnMessage(
                 vantrel::ModifyRequests{{{id, KindOf(id), "X", std::int64_t{id} * 3600,
                                           value::CVal(static_cast<int>(id))}}});
         } else {
@@ -68,11 +77,11 @@ constexpr value::ValueKind KindOf(std::int64_t number) {
                 request.values.push_back(support::Stamped(value::CVal(static_cast<int>(id)),
                                                           std::int64_t{id} * 100 + index));
             }
-            session->OnMessage(std::move(request));
+            served.session->OnMessage(std::move(request));
         }
-        clock.Advance(300);
-        server.Tick();
-        if (id % 4 == 0) loop.WaitAndRun();
+        served.clock.Advance(300);
+        served.server.Tick();
+        if (id % 4 == 0) served.loop.WaitAndRun();
     }
 }
 
@@ -89,19 +98,11 @@ vantrel::ModifyRequests SetX(vantrel::RequestId number) {
 // Write number n: X is n, with the serial n.
 [[noreturn]] void SetUntilKilled(const std::string& configuration, const std::string& token,
                                  int tell) {
-    platform::VirtualClock clock(1700000000);
-    support::LogRecorder log;
-    const platform::Translator translator;
-    support::WaitingLoop loop;
-    Server server(clock, log, translator, loop, platform::PasswordCost::Least);
-    std::vector<std::string> errors;
-    if (!server.Start(configuration, errors)) ::_exit(1);
-    TellingLink link(tell);
-    const std::unique_ptr<vantrel::ServerSession> session = server.Accept(link);
-    session->OnMessage(LoginWith(token));
+    Served served(configuration, 1700000000, tell);
+    served.session->OnMessage(LoginWith(token));
     for (vantrel::RequestId id = 1;; ++id) {
-        session->OnMessage(SetX(id));
-        if (id % 4 == 0) loop.WaitAndRun();
+        served.session->OnMessage(SetX(id));
+        if (id % 4 == 0) served.loop.WaitAndRun();
     }
 }
 

@@ -1,5 +1,5 @@
 // What one client hears and may do.
-#include "server_fixture.h"
+#include "operator_fixture.h"
 #include "value/Status.h"
 
 namespace kalvex::server {
@@ -9,52 +9,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr const char* kPlant = R"(
-[[access]]
-variables = "Tajne.*"
-read = "gaz"
-write = "gaz"
-[[access]]
-variables = "Z1.*"
-read = "0"
-write = "50"
-[[variable]]
-name = "Z1.P"
-un = "MPa"
-min = 0
-max = 10
-at = 32
-rt = 30
-value = 5
-[[variable]]
-name = "Z1.N"
-type = "int"
-at = 32
-rt = 2
-[[variable]]
-name = "Z1.T"
-type = "text"
-at = 32
-rt = 2
-[[variable]]
-name = "Z1.S"
-signal = "ramp from=0 to=3600 period=3600"
-[[variable]]
-name = "Tajne.X"
-value = 1
-)";
-
-class SessionTest : public ServerTest {
+class SessionTest : public OperatorTest {
   protected:
-    SessionTest() {
-        Start(kPlant);
-        AddUser("adam", "tajne", 50, {"gaz"});
-    }
-    TestClient& Operator() { return LogIn("adam", "tajne"); }
-
-    const std::string m_adam = "Klient Kalvex_stacja, użytkownik adam: odmowa: ";
-    const std::string m_nobody = "Klient Kalvex_stacja, użytkownik NOBODY: odmowa: ";
-
     std::string Stamp(std::int64_t later = 0) const { return std::to_string(m_start + later); }
 };
 

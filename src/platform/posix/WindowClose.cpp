@@ -39,16 +39,15 @@ namespace {
     X(send_event)
 
 struct XcbLibrary {
-    SharedLibrary library{"libxcb.so.1"};
-#define KALVEX_ROW(name) \
-    decltype(&xcb_##name) name = library.Find<decltype(&xcb_##name)>("xcb_" #name);
+    SharedLibrary xcb{"libxcb.so.1"};
+#define KALVEX_ROW(name) decltype(&xcb_##name) name = xcb.Find<decltype(&xcb_##name)>("xcb_" #name);
     KALVEX_XCB_FUNCTIONS(KALVEX_ROW)
 #undef KALVEX_ROW
 };
 
 const XcbLibrary* Xcb() {
     static const XcbLibrary functions;
-    return functions.library.IsComplete() ? &functions : nullptr;
+    return functions.xcb.IsComplete() ? &functions : nullptr;
 }
 
 struct Free {
