@@ -1,0 +1,84 @@
+#include "console/ControlVariables.h"
+
+#include <algorithm>
+
+#include "console/ConsoleMessages.h"
+
+namespace kalvex::console {
+
+namespace {
+
+struct KindRow {
+    ControlKind kind;
+    std::string_view prefix;
+};
+
+// In the order of the lookup by name.
+constexpr KindRow kOfScripts[] = {
+    {ControlKind::Command, ""},
+    {ControlKind::List, kListPrefix},
+    {ControlKind::Line, kLinePrefix},
+};
+
+std::string_view PrefixOf(ControlKind kind) {
+    for (const KindRow& row : kOfScripts) {
+        if (row.kind == kind) return row.prefix;
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string_view CVarRCCtrl::GetScript() const {
+    return std::string_view(GetName()).substr(PrefixOf(m_kind).size());
+}
+
+void CVarRCCtrl::SetValue(value::CVal value) {
+    CVarVal::SetValue(std::move(value));
+    m_handler(*this);
+}
+
+ControlVariables::ControlVariables(CVarRCCtrl::Handler handler)
+    : m_handler(std::move(handler)),
+      m_logLevel(ControlKind::LogLevel, kLogLevelVariable, m_handler),
+      m_documentInfo(ControlKind::DocumentInfo, kDocumentInfoVariable, m_handler) {}
+
+ControlVariables::Variables& ControlVariables::VariablesOf(ControlKind kind) {
+    return m_ofScripts[static_cast<std::size_t>(kind) -
+                       static_cast<std::size_t>(ControlKind::Command)];
+}
+
+void ControlVariables::CreateForScript(std::string_view path) {
+    for (const auto& [kind, prefix] : kOfScripts) {
+        VariablesOf(kind).push_back(
+            std::make_unique<CVarRCCtrl>(kind, std::string(prefix).append(path), m_handler));
+    }
+}
+
+void ControlVariables::RemoveOfScript(std::string_view path) {
+    for (const KindRow& row : kOfScripts) {
+        std::erase_if(VariablesOf(row.kind),
+                      [path](const auto& variable) { return variable->GetScript() == path; });
+    }
+}
+
+CVarRCCtrl* ControlVariables::FindControlVariable(std::string_view name) {
+    for (CVarRCCtrl* variable : {&m_logLevel, &m_documentInfo}) {
+        if (variable->GetName() == name) return variable;
+    }
+    for (const KindRow& row : kOfScripts) {
+        for (const auto& variable : VariablesOf(row.kind)) {
+            if (variable->GetName() == name) return variable.get();
+        }
+    }
+    return nullptr;
+}
+
+CVarRCCtrl* ControlVariables::Find(ControlKind kind, std::string_view path) {
+    for (const auto& variable : VariablesOf(kind)) {
+        if (variable->GetScript() == path) return variable.get();
+    }
+    return nullptr;
+}
+
+}  // namespace kalvex::console

@@ -1,0 +1,69 @@
+// What a module publishes for its consoles: the level of its log, which scripts are opened and
+// closed, and three variables of each script. Main thread; engine texts.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vantrel/VarVal.h"
+
+namespace kalvex::console {
+
+enum class ControlKind { LogLevel, DocumentInfo, Command, List, Line };
+
+class CVarRCCtrl final : public vantrel::CVarVal {
+  public:
+    using Handler = std::function<void(CVarRCCtrl&)>;
+
+    CVarRCCtrl(ControlKind kind, std::string_view name, const Handler& handler)
+        : CVarVal(name), m_kind(kind), m_handler(handler) {}
+
+    ControlKind GetKind() const { return m_kind; }
+    // The path of a script's variable, which is its name without the prefix.
+    std::string_view GetScript() const;
+
+    // A client has written: the value is kept, and the handler does what it asks for.
+    void SetValue(value::CVal value) override;
+    // The module sets it.
+    void SetControlValue(value::CVal value) override { Value() = std::move(value); }
+
+  private:
+    const ControlKind m_kind;
+    const Handler& m_handler;
+};
+
+class ControlVariables {
+  public:
+    // The handler hears of what clients write.
+    explicit ControlVariables(CVarRCCtrl::Handler handler);
+    ControlVariables(const ControlVariables&) = delete;
+    ControlVariables& operator=(const ControlVariables&) = delete;
+
+    CVarRCCtrl& LogLevel() { return m_logLevel; }
+    CVarRCCtrl& DocumentInfo() { return m_documentInfo; }
+
+    // Three more, whether there are some of the name or not; lookups find the oldest.
+    void CreateForScript(std::string_view path);
+    // All of the script.
+    void RemoveOfScript(std::string_view path);
+
+    CVarRCCtrl* FindControlVariable(std::string_view name);
+    // Of the script; null when there is none.
+    CVarRCCtrl* Find(ControlKind kind, std::string_view path);
+
+  private:
+    using Variables = std::vector<std::unique_ptr<CVarRCCtrl>>;
+
+    Variables& VariablesOf(ControlKind kind);
+
+    const CVarRCCtrl::Handler m_handler;
+    CVarRCCtrl m_logLevel;
+    CVarRCCtrl m_documentInfo;
+    std::array<Variables, 3> m_ofScripts;  // commands, lists, lines
+};
+
+}  // namespace kalvex::console

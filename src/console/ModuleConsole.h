@@ -1,0 +1,116 @@
+// The module's side of the remote console: what its consoles ask for is done here, and what they
+// have to know is published. Main thread; engine texts.
+//
+// At any time one side, the module or one console, has the session of a script, the right to
+// control it. The module has it at first, gives it to whoever asks, and takes all sessions back
+// when the connection of any console breaks.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "console/ConsoleMessages.h"
+#include "console/ControlVariables.h"
+#include "engine/ConsoleLink.h"
+#include "engine/ScriptDocument.h"
+#include "workbench/model/ScriptMarkers.h"
+
+namespace kalvex::console {
+
+// What the console needs of the module that it stands in.
+class ConsoleHost {
+  public:
+    virtual ~ConsoleHost() = default;
+
+    // By the name that the consoles know, and by full path; null when it is not open.
+    virtual engine::CKalvexDoc* FindScript(std::string_view path) = 0;
+    // Opens the file that is not open yet; null when it does not open.
+    virtual engine::CKalvexDoc* OpenScript(std::string_view path) = 0;
+    // Without the notice to the consoles that goes with a script closed at the module.
+    virtual void CloseScript(engine::CKalvexDoc& document) = 0;
+    // In the order of their opening.
+    virtual std::vector<engine::CKalvexDoc*> Scripts() = 0;
+    virtual workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc& document) = 0;
+    // Takes effect at once; what follows from it is told and published.
+    virtual void SetLogLevel(int level) = 0;
+    virtual const std::string& GetClientIdentity() const = 0;
+};
+
+// Where values that the module has set go: to all clients that have subscribed the variable.
+class ValueDistribution {
+  public:
+    virtual ~ValueDistribution() = default;
+    virtual void AddCurrentValueChange(const CVarRCCtrl& variable) = 0;
+    // Variables have come or gone.
+    virtual void OnVariables() = 0;
+};
+
+class ModuleConsole final : public engine::ConsoleLink {
+  public:
+    // The host outlives the console.
+    explicit ModuleConsole(ConsoleHost& host);
+
+    // None by default: nobody listens. Not owned.
+    void SetDistribution(ValueDistribution* clients) { m_clients = clients; }
+    ControlVariables& Variables() { return m_variables; }
+
+    // ---- what happens at the module
+
+    // A script has been opened by the module itself, and its consoles are told if they shall mirror
+    // it. Before its run is destroyed a script is taken off.
+    void OnOpened(const engine::CKalvexDoc& document, bool isTold);
+    void OnClosing(const engine::CKalvexDoc& document);
+    void PublishLevel(int level);
+    // The connection of a console has broken.
+    void TakeBackAllSessions();
+
+    // ---- from the interpreter
+
+    void SendCommand(std::string_view documentKey, engine::ConsoleCommand command) override;
+    void SendLine(std::string_view documentKey, int line) override;
+    void SendState(std::string_view documentKey, engine::ConsoleStateMessage message, int stateWord,
+                   int line) override;
+
+  private:
+    struct Message;
+    struct MessageRow;
+    static const MessageRow kMessages[];
+
+    void OnWritten(CVarRCCtrl& variable);
+    void OnMessage(CVarRCCtrl& variable);
+    void OnLine(CVarRCCtrl& variable);
+    void OnDocumentInfo(CVarRCCtrl& variable);
+    void OnLogLevel(CVarRCCtrl& variable);
+
+    // The messages, one by one; a null document is none that is open.
+    void AskSession(const Message& message);
+    void PassSession(const Message& message);
+    void Start(const Message& message);
+    void Stop(const Message& message);
+    void Reset(const Message& message);
+    void Step(const Message& message);
+    void SetBreakpoint(const Message& message);
+    void RemoveBreakpoint(const Message& message);
+    void RemoveBreakpoints(const Message& message);
+    void Echo(const Message& message);
+    void SetVariable(const Message& message);
+    void AskVariable(const Message& message);
+    void AskVariables(const Message& message);
+
+    void HandOverSession(std::string_view path, std::string_view asking);
+    void TakeSession(engine::CKalvexDoc* document, std::string_view newHolder);
+    void Publish(CVarRCCtrl* variable, value::CVal value);
+    void SendText(std::string_view path, std::string text);
+    void SendList(std::string_view path, std::string text);
+    void SendDocumentNotice(std::string_view path);
+
+    ConsoleHost& m_host;
+    ControlVariables m_variables;
+    ValueDistribution* m_clients = nullptr;
+    std::set<const engine::CKalvexDoc*> m_asked;  // whose session the module has asked for
+};
+
+}  // namespace kalvex::console

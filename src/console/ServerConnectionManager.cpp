@@ -1,0 +1,76 @@
+#include "console/ServerConnectionManager.h"
+
+#include "console/ServerConnection.h"
+
+namespace kalvex::console {
+
+namespace {
+
+constexpr std::int64_t kLoginTime = 30;  // seconds until a client has to have logged in
+
+constexpr const char* kManyClients =
+    platform::Translatable("Zbyt wielu klientów, odrzucono połączenie");
+
+}  // namespace
+
+CKalvexServerConnectionManager::CKalvexServerConnectionManager(const ConsoleServices& services)
+    : m_services(services),
+      m_logins(services.users, services.clock, services.translator, services.loop,
+               services.passwordCost) {
+    m_logins.AllowNobody(vantrel::NobodyAccess::Local);
+    m_services.console.SetDistribution(this);
+}
+
+CKalvexServerConnectionManager::~CKalvexServerConnectionManager() {
+    m_services.console.SetDistribution(nullptr);
+}
+
+void CKalvexServerConnectionManager::Check() {
+    const std::int64_t acceptedBefore = m_services.clock.Elapsed() - kLoginTime;
+    for (const auto& [number, connection] : m_connections) {
+        connection->CloseUnlessLoggedIn(acceptedBefore);
+    }
+}
+
+void CKalvexServerConnectionManager::AddLogMessage(std::string_view text, std::int64_t time,
+                                                   int level) {
+    const vantrel::LogMessage message{level, time, std::string(text)};
+    for (const auto& [number, connection] : m_connections) connection->SendLog(message);
+}
+
+void CKalvexServerConnectionManager::AddCurrentValueChange(const CVarRCCtrl& variable) {
+    for (const auto& [number, connection] : m_connections) connection->SendValue(variable);
+}
+
+void CKalvexServerConnectionManager::OnVariables() {
+    for (const auto& [number, connection] : m_connections) connection->OnVariables();
+}
+
+std::unique_ptr<vantrel::ServerSession> CKalvexServerConnectionManager::Accept(
+    vantrel::ServerLink& link) {
+    if (m_connections.size() >= m_services.mostClients) {
+        m_services.log.Log(m_services.translator.Translate(kManyClients), platform::LogErrors);
+        return nullptr;
+    }
+    auto connection = std::make_unique<CKalvexServerConnection>(*this, link, ++m_lastNumber);
+    m_connections.emplace(m_lastNumber, connection.get());
+    connection->OnConnect();
+    return connection;
+}
+
+// What a module publishes has no definitions.
+void CKalvexServerConnectionManager::ListVariables(vantrel::LoginRequest login, std::string address,
+                                                   ListAnswer answer) {
+    m_logins.Check(std::move(login), std::move(address),
+                   [answer = std::move(answer)](const vantrel::LoginVerdict& verdict) {
+                       if (verdict.code != vantrel::LoginOk) return answer(std::nullopt);
+                       answer(std::vector<vantrel::VariableDefinition>());
+                   });
+}
+
+CKalvexServerConnection* CKalvexServerConnectionManager::Find(std::uint64_t number) const {
+    const auto found = m_connections.find(number);
+    return found == m_connections.end() ? nullptr : found->second;
+}
+
+}  // namespace kalvex::console

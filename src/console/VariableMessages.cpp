@@ -1,0 +1,51 @@
+#include "console/VariableMessages.h"
+
+#include "text/TextFormat.h"
+#include "value/LocalTimeText.h"
+#include "value/ValueText.h"
+
+namespace kalvex::console {
+
+namespace {
+
+constexpr char kSlotEnd = ';';
+constexpr const char* kCell = "%s ( %d ) %s";
+constexpr int kAsStored = 1;  // whether a script could use it or not
+
+constexpr value::ValueKind kSlots[] = {value::KindCurrent, value::KindHour, value::KindDay,
+                                       value::KindMonth, value::KindSpan};
+
+}  // namespace
+
+std::string CellText(const value::CVal& value) {
+    return text::FormatText(kCell, {value::FormatLocalTime(value.GetTime()),
+                                    std::to_string(value.GetStatus()), value::ValueToText(value)});
+}
+
+std::string VariableValuesText(operands::CVariable& variable) {
+    const bool hasReports = variable.GetKind() == operands::VariableRemote;
+    std::string text(1, kSlotEnd);
+    for (const value::ValueKind kind : kSlots) {
+        if (kind != value::KindCurrent && !hasReports) break;
+        value::CVal value;
+        if (variable.GetValue(value, kind, kAsStored) == operands::ReadValue) {
+            text += CellText(value);
+        }
+        text += kSlotEnd;
+    }
+    return NamesText(MessageCode::VariableValues, variable.GetName(), text);
+}
+
+value::CVal ReadMessageValue(std::string_view text, int type, int status) {
+    value::CVal value;
+    double number = 0;
+    if (type == value::ValueType::Double && value::ConvertString2Double(text, &number)) {
+        value = value::CVal(number);
+    } else if (type == value::ValueType::Double || type == value::ValueType::Text) {
+        value = value::CVal(text);
+    }
+    value.SetStatus(static_cast<std::uint16_t>(status));
+    return value;
+}
+
+}  // namespace kalvex::console

@@ -1,0 +1,24 @@
+// The messages about the variables of a script: what they hold, and what a console writes to them.
+// Main thread; engine texts.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "console/ConsoleMessages.h"
+#include "operands/Variable.h"
+
+namespace kalvex::console {
+
+// The time, the status and the text of a value, as the table of variables shows it.
+std::string CellText(const value::CVal& value);
+
+// The message with all that the variable holds: a field for each slot, empty where nothing can be
+// read.
+std::string VariableValuesText(operands::CVariable& variable);
+
+// The value that a message brings: of type code 190 a text, of 171 a number or, where it does not
+// read as one, the text, of any other none; with the status.
+value::CVal ReadMessageValue(std::string_view text, int type, int status);
+
+}  // namespace kalvex::console
