@@ -26,9 +26,9 @@ std::string ClientText(std::string_view name, const std::string& address) {
     return Printable(name) + (address.empty() ? "" : " (" + address + ")");
 }
 
-std::string LoginLine(const LoginVerdict& verdict, std::string_view user, const std::string& client,
-                      const platform::Translator& translator) {
-    const bool accepted = verdict.code == LoginOk;
+std::string LoginLine(const vantrel::LoginVerdict& verdict, std::string_view user,
+                      const std::string& client, const platform::Translator& translator) {
+    const bool accepted = verdict.code == vantrel::LoginOk;
     const std::string name = Printable(accepted ? std::string_view(verdict.user.name) : user);
     return text::FormatText(translator.Translate(accepted ? kLogin : kLoginTry),
                             {name, client, verdict.text});

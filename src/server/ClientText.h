@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/Translator.h"
-#include "server/LoginDesk.h"
+#include "vantrel/LoginDesk.h"
 
 namespace kalvex::server {
 
@@ -17,7 +17,7 @@ std::string Printable(std::string_view name);
 std::string ClientText(std::string_view name, const std::string& address);
 
 // `user` is the name that was given.
-std::string LoginLine(const LoginVerdict& verdict, std::string_view user, const std::string& client,
-                      const platform::Translator& translator);
+std::string LoginLine(const vantrel::LoginVerdict& verdict, std::string_view user,
+                      const std::string& client, const platform::Translator& translator);
 
 }  // namespace kalvex::server

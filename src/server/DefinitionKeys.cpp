@@ -30,13 +30,13 @@ constexpr TypeRow kTypes[] = {
 
 struct NobodyRow {
     std::string_view word;
-    NobodyAccess access;
+    vantrel::NobodyAccess access;
 };
 
 constexpr NobodyRow kNobodyRows[] = {
-    {"never", NobodyAccess::Never},
-    {"local", NobodyAccess::Local},
-    {"always", NobodyAccess::Always},
+    {"never", vantrel::NobodyAccess::Never},
+    {"local", vantrel::NobodyAccess::Local},
+    {"always", vantrel::NobodyAccess::Always},
 };
 
 struct PeriodRow {

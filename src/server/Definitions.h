@@ -15,6 +15,7 @@
 #include "server/Signals.h"
 #include "value/Value.h"
 #include "vantrel/Attributes.h"
+#include "vantrel/LoginDesk.h"
 #include "vantrel/Messages.h"
 
 namespace kalvex::server {
@@ -44,8 +45,6 @@ struct AccessRule {
     std::string write = "50";
 };
 
-enum class NobodyAccess { Never, Local, Always };
-
 // The highest that `clients` can be; that of `variables` is kMostVariables.
 inline constexpr std::int64_t kMostClients = 10'000;
 
@@ -53,7 +52,7 @@ struct Definitions {
     std::string name = "sorvaned";
     std::string dataFolder = "data";              // these two are system paths (UTF-8), made
     std::string usersFile = "data/users.sqlite";  // relative to the configuration file
-    NobodyAccess nobody = NobodyAccess::Local;
+    vantrel::NobodyAccess nobody = vantrel::NobodyAccess::Local;
     std::string logRight = "100";
     std::int64_t maxClients = 100;
     std::int64_t maxVariables = 100000;

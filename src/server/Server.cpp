@@ -62,7 +62,7 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     m_configuration = configuration;
     if (!LoadDefinitions(configuration, m_translator, m_definitions, errors) || !OpenFiles(errors))
         return false;
-    m_logins = std::make_unique<LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
+    m_logins = std::make_unique<vantrel::LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
     m_reportChanges.Load(m_store.ChangesAtOpening());
     m_writeAnswers.Load(m_store.AnswersAtOpening());
     StepTime();
@@ -200,7 +200,7 @@ void Server::ListVariables(vantrel::LoginRequest login, std::string address, Lis
     m_logins->Check(std::move(login), address,
                     [this, user, client, address, answer = std::move(answer)](const auto& verdict) {
                         LogLogin(verdict, user, client);
-                        if (verdict.code != LoginOk) return answer(std::nullopt);
+                        if (verdict.code != vantrel::LoginOk) return answer(std::nullopt);
                         answer(DefinitionsFor(verdict.user, address));
                     });
 }
@@ -231,10 +231,10 @@ void Server::Log(const char* polish, std::initializer_list<std::string_view> val
     Log(text::FormatText(m_translator.Translate(polish), values), level);
 }
 
-void Server::LogLogin(const LoginVerdict& verdict, std::string_view user,
+void Server::LogLogin(const vantrel::LoginVerdict& verdict, std::string_view user,
                       const std::string& client) {
     Log(LoginLine(verdict, user, client, m_translator),
-        verdict.code == LoginOk ? platform::LogEvents : platform::LogErrors);
+        verdict.code == vantrel::LoginOk ? platform::LogEvents : platform::LogErrors);
 }
 
 std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {

@@ -24,13 +24,13 @@
 #include "server/AutomaticReports.h"
 #include "server/ConfirmedTime.h"
 #include "server/Definitions.h"
-#include "server/LoginDesk.h"
 #include "server/Plant.h"
 #include "server/Recorder.h"
 #include "server/ReportChanges.h"
 #include "server/Rights.h"
 #include "server/Store.h"
 #include "server/WriteAnswers.h"
+#include "vantrel/LoginDesk.h"
 #include "vantrel/Transport.h"
 
 namespace kalvex::server {
@@ -78,7 +78,7 @@ class Server final : public vantrel::SessionAcceptor {
     std::int64_t Confirmed() const { return m_confirmed.At(Now(), Elapsed()); }
     Plant& GetPlant() { return m_plant; }
     Store& GetStore() { return m_store; }
-    LoginDesk& GetLogins() { return *m_logins; }
+    vantrel::LoginDesk& GetLogins() { return *m_logins; }
     const Rights& GetRights() const { return m_rights; }
     const ReportChanges& GetReportChanges() const { return m_reportChanges; }
     WriteAnswers& GetWriteAnswers() { return m_writeAnswers; }
@@ -87,7 +87,8 @@ class Server final : public vantrel::SessionAcceptor {
     // The translation with the values (engine texts) in its places.
     void Log(const char* polish, std::initializer_list<std::string_view> values, int level);
     // `user` as the client gave it, `client` as the log names it.
-    void LogLogin(const LoginVerdict& verdict, std::string_view user, const std::string& client);
+    void LogLogin(const vantrel::LoginVerdict& verdict, std::string_view user,
+                  const std::string& client);
     std::deque<vantrel::LogMessage> LastMessages(std::size_t count) const;
 
     // The session of that number, or null when it is gone.
@@ -125,7 +126,7 @@ class Server final : public vantrel::SessionAcceptor {
     platform::FileLock m_lock;
     platform::UserStore m_users;
     Store m_store;
-    std::unique_ptr<LoginDesk> m_logins;
+    std::unique_ptr<vantrel::LoginDesk> m_logins;
     Plant m_plant;
     Recorder m_recorder;
     AutomaticReports m_automatic;

@@ -87,13 +87,13 @@ void Session::Receive(vantrel::LoginRequest& message) {
     m_changesSince = message.changesSince;
     m_server.GetLogins().Check(
         std::move(message), m_link.PeerAddress(),
-        [&server = m_server, number = m_number](const LoginVerdict& verdict) {
+        [&server = m_server, number = m_number](const vantrel::LoginVerdict& verdict) {
             if (Session* session = server.FindSession(number)) session->OnLogin(verdict);
         });
 }
 
-void Session::OnLogin(const LoginVerdict& verdict) {
-    const bool accepted = verdict.code == LoginOk;
+void Session::OnLogin(const vantrel::LoginVerdict& verdict) {
+    const bool accepted = verdict.code == vantrel::LoginOk;
     m_server.LogLogin(verdict, m_userName, Peer());
     m_state = accepted ? State::LoggedIn : State::New;
     if (accepted) {

@@ -13,12 +13,12 @@
 #include <vector>
 
 #include "platform/UserDirectory.h"
-#include "server/LoginDesk.h"
 #include "server/Plant.h"
 #include "server/Refusal.h"
 #include "server/Rights.h"
 #include "server/Store.h"
 #include "vantrel/Codes.h"
+#include "vantrel/LoginDesk.h"
 #include "vantrel/Transport.h"
 
 namespace kalvex::server {
@@ -41,7 +41,7 @@ class Session final : public vantrel::ServerSession {
 
     std::uint64_t Number() const { return m_number; }
     bool IsLoggedIn() const { return m_state == State::LoggedIn; }
-    void OnLogin(const LoginVerdict& verdict);
+    void OnLogin(const vantrel::LoginVerdict& verdict);
 
     // The variables or the rights have been defined anew: what had been subscribed is answered
     // again.

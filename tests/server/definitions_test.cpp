@@ -49,7 +49,7 @@ TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
     EXPECT_EQ(m_definitions.name, "sorvaned");
     EXPECT_EQ(m_definitions.dataFolder, m_folder.Path("data"));
     EXPECT_EQ(m_definitions.usersFile, m_folder.Path("data/users.sqlite"));
-    EXPECT_EQ(m_definitions.nobody, NobodyAccess::Local);
+    EXPECT_EQ(m_definitions.nobody, vantrel::NobodyAccess::Local);
     EXPECT_EQ(m_definitions.logRight, "100");
     EXPECT_EQ(m_definitions.maxClients, 100);
     EXPECT_EQ(m_definitions.maxVariables, 100000);
@@ -95,7 +95,7 @@ write = "100"
     EXPECT_EQ(m_definitions.name, "Stacja");
     EXPECT_EQ(m_definitions.dataFolder, "/var/lib/sorvane");
     EXPECT_EQ(m_definitions.usersFile, m_folder.Path("users.sqlite"));
-    EXPECT_EQ(m_definitions.nobody, NobodyAccess::Never);
+    EXPECT_EQ(m_definitions.nobody, vantrel::NobodyAccess::Never);
     EXPECT_EQ(m_definitions.logRight, "serwis");
     EXPECT_EQ(m_definitions.maxClients, 5);
     EXPECT_EQ(m_definitions.maxVariables, 7);

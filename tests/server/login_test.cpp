@@ -1,4 +1,3 @@
-#include "server/LoginGate.h"
 #include "server_fixture.h"
 
 namespace kalvex::server {
@@ -49,18 +48,6 @@ TEST_F(LoginTest, NobodyComesInAsTheConfigurationSays) {
     EXPECT_EQ(Result(Connect("10.1.2.3"), "NOBODY", ""), "0 ");
 }
 
-TEST_F(LoginTest, PasswordDecides) {
-    Start("");
-    AddUser("adam", "tajne", 50, {}, {"10.1.0.0/16"});
-    EXPECT_EQ(Result(Connect("10.1.2.3"), "ADAM", "tajne"), "0 ");
-    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "Tajne"), "1 brak uprawnień");
-    EXPECT_EQ(Result(Connect("10.2.2.3"), "adam", "tajne"), "1 brak uprawnień");
-    EXPECT_EQ(Result(Connect("10.1.2.3"), "ewa", "tajne"), "1 brak uprawnień");
-    EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", ""), "1 brak uprawnień");
-    EXPECT_EQ(Result(Connect("10.1.2.4"), std::string(65, 'a'), "x"), "1 brak uprawnień");
-    EXPECT_EQ(Result(Connect("10.1.2.4"), "adam", std::string(257, 'x')), "1 brak uprawnień");
-}
-
 TEST_F(LoginTest, AddressIsSlowedDownAfterThreeFailures) {
     Start("");
     AddUser("adam", "tajne", 50);
@@ -80,23 +67,6 @@ TEST_F(LoginTest, AddressIsSlowedDownAfterThreeFailures) {
     EXPECT_EQ(Result(client, "adam", "tajne"), "0 ");
     EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "zle"), "1 brak uprawnień");
     EXPECT_EQ(Result(Connect("10.1.2.3"), "adam", "tajne"), "0 ");
-}
-
-TEST_F(LoginTest, AttemptsAtTheSameTimeAreCountedToo) {
-    Start("");
-    AddUser("adam", "tajne", 50);
-    for (int attempt = 0; attempt < 5; ++attempt) {
-        vantrel::LoginRequest request;
-        request.user = "adam";
-        request.password = attempt < 4 ? "zle" : "tajne";
-        Connect("10.1.2.3").Say(std::move(request));
-    }
-    std::vector<int> codes;
-    for (const auto& client : m_clients) {
-        while (client->messages.empty()) m_loop.WaitAndRun();
-        codes.push_back(client->Take<vantrel::LoginResult>().at(0).code);
-    }
-    EXPECT_THAT(codes, ElementsAre(1, 1, 1, 2, 2));
 }
 
 TEST_F(LoginTest, OtherProtocolIsRefused) {
@@ -268,48 +238,6 @@ TEST_F(LoginListTest, ServerThatGoesMeanwhileDoesNotAnswer) {
     End();
     m_loop.Run();
     EXPECT_THAT(m_answers, IsEmpty());
-}
-
-// ---- who tries passwords
-
-TEST(LoginGateTest, WaitsDoubleUpToAMinuteAndAreForgotten) {
-    LoginGate gate;
-    std::int64_t now = 1000;
-    std::vector<std::int64_t> waits;
-    for (int failure = 0; failure < 10; ++failure) {
-        gate.OnFailure("10.1.2.3", "adam", now);
-        waits.push_back(gate.Wait("10.1.2.3", "ewa", now));
-        now += waits.back();
-    }
-    EXPECT_THAT(waits, ElementsAre(0, 0, 2, 4, 8, 16, 32, 64, 64, 64));
-    EXPECT_EQ(gate.Wait("10.1.2.3", "adam", now), 0);
-    gate.OnFailure("10.9.9.9", "adam", now + 601);
-    gate.OnFailure("10.1.2.3", "adam", now + 601);
-    EXPECT_EQ(gate.Wait("10.1.2.3", "adam", now + 601), 0);
-}
-
-TEST(LoginGateTest, ProgramsOfThisMachineAreToldApartByUser) {
-    LoginGate gate;
-    for (int failure = 0; failure < 3; ++failure) gate.OnFailure("", "Adam", 0);
-    EXPECT_EQ(gate.Wait("", "ADAM", 0), 2);
-    EXPECT_EQ(gate.Wait("", "ewa", 0), 0);
-    gate.OnSuccess("", "adam");
-    EXPECT_EQ(gate.Wait("", "adam", 0), 0);
-}
-
-TEST(LoginGateTest, RecordsAreBounded) {
-    LoginGate gate;
-    for (int address = 0; address < 10500; ++address) {
-        for (int failure = 0; failure < 3; ++failure) {
-            gate.OnFailure(std::to_string(address), "", 0);
-        }
-    }
-    int known = 0;
-    for (int address = 0; address < 10500; ++address) {
-        if (gate.Wait(std::to_string(address), "", 0) > 0) ++known;
-    }
-    EXPECT_LE(known, 10000);
-    EXPECT_GT(gate.Wait("10499", "", 0), 0);
 }
 
 }  // namespace

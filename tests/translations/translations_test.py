@@ -43,7 +43,7 @@ TABLES = {
     "src/programs/kalvexd/ServiceLibraries.cpp": None,
     "src/programs/sorvaned/Tasks.cpp": None,
     "src/server/ClientText.cpp": None,
-    "src/server/LoginDesk.cpp": None,
+    "src/vantrel/LoginDesk.cpp": None,
     "src/server/Recorder.cpp": None,
     "src/server/Server.cpp": None,
     "src/server/Session.cpp": None,

@@ -1,10 +1,10 @@
-#include "server/LoginGate.h"
+#include "vantrel/LoginGate.h"
 
 #include <algorithm>
 
 #include "text/CodePage.h"
 
-namespace kalvex::server {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -49,4 +49,4 @@ void LoginGate::OnSuccess(std::string_view address, std::string_view user) {
     m_records.erase(KeyOf(address, user));
 }
 
-}  // namespace kalvex::server
+}  // namespace kalvex::vantrel

@@ -1,4 +1,5 @@
-// Checks who logs in. Passwords are checked on a thread of their own, one at a time. Main thread.
+// Checks who logs in to a server. Passwords are checked on a thread of their own, one at a time.
+// Main thread.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +13,13 @@
 #include "platform/MainLoop.h"
 #include "platform/Translator.h"
 #include "platform/UserStore.h"
-#include "server/Definitions.h"
-#include "server/LoginGate.h"
+#include "vantrel/LoginGate.h"
 #include "vantrel/Messages.h"
 
-namespace kalvex::server {
+namespace kalvex::vantrel {
+
+// From where nobody, a client without a user, is let in.
+enum class NobodyAccess { Never, Local, Always };
 
 enum LoginCode : std::uint8_t {
     LoginOk = 0,
@@ -48,11 +51,11 @@ class LoginDesk {
 
     // `done` is called when it is decided, from within the call or later; not at all once the desk
     // is gone. The user who is "NOBODY", or nameless, and has no password is nobody.
-    void Check(vantrel::LoginRequest request, std::string address, Done done);
+    void Check(LoginRequest request, std::string address, Done done);
 
   private:
     struct Pending {
-        vantrel::LoginRequest request;
+        LoginRequest request;
         std::string address;
         Done done;
     };
@@ -75,4 +78,4 @@ class LoginDesk {
     std::thread m_checker;
 };
 
-}  // namespace kalvex::server
+}  // namespace kalvex::vantrel

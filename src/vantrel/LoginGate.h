@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex::server {
+namespace kalvex::vantrel {
 
 class LoginGate {
   public:
@@ -30,4 +30,4 @@ class LoginGate {
     std::map<std::string, Record, std::less<>> m_records;
 };
 
-}  // namespace kalvex::server
+}  // namespace kalvex::vantrel

@@ -1,11 +1,11 @@
-#include "server/LoginDesk.h"
+#include "vantrel/LoginDesk.h"
 
 #include <utility>
 
 #include "platform/PasswordHash.h"
 #include "text/TextFormat.h"
 
-namespace kalvex::server {
+namespace kalvex::vantrel {
 
 namespace {
 
@@ -14,7 +14,7 @@ constexpr const char* kTooOften =
     platform::Translatable("zbyt wiele nieudanych prób, następna możliwa za %d s");
 constexpr const char* kOtherVersion = platform::Translatable("inna wersja protokołu");
 
-bool IsNobody(const vantrel::LoginRequest& request) {
+bool IsNobody(const LoginRequest& request) {
     return request.password.empty() && (request.user.empty() || request.user == platform::kNobody);
 }
 
@@ -35,8 +35,8 @@ LoginDesk::~LoginDesk() {
 }
 
 bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::string& hash) {
-    const vantrel::LoginRequest& request = pending.request;
-    if (request.protocolVersion != vantrel::kProtocolVersion) {
+    const LoginRequest& request = pending.request;
+    if (request.protocolVersion != kProtocolVersion) {
         verdict = {LoginOtherVersion, m_translator.Translate(kOtherVersion), {}};
         return true;
     }
@@ -79,7 +79,7 @@ LoginVerdict LoginDesk::Conclude(const Pending& pending, LoginVerdict verdict, b
     return verdict;
 }
 
-void LoginDesk::Check(vantrel::LoginRequest request, std::string address, Done done) {
+void LoginDesk::Check(LoginRequest request, std::string address, Done done) {
     m_pending.push_back({std::move(request), std::move(address), std::move(done)});
     Next();
 }
@@ -109,4 +109,4 @@ void LoginDesk::Next() {
     }
 }
 
-}  // namespace kalvex::server
+}  // namespace kalvex::vantrel
