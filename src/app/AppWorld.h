@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/Configuration.h"
 #include "app/MainWindow.h"
 #include "app/TickDriver.h"
 #include "engine/DocumentServices.h"
@@ -20,6 +21,7 @@
 #include "platform/Profile.h"
 #include "platform/Translator.h"
 #include "platform/UserManager.h"
+#include "platform/UserStore.h"
 #include "vantrel/Transport.h"
 
 namespace kalvex::app {
@@ -54,6 +56,18 @@ class AppTransports {
     virtual vantrel::TransportFactory& Factory() = 0;
 };
 
+// Lets consoles come to a module.
+class AppConsoleDoor {
+  public:
+    virtual ~AppConsoleDoor() = default;
+    // Under that name. False with an engine text in `error` when it cannot listen as told.
+    virtual bool Open(vantrel::SessionAcceptor& acceptor, const ConsoleConfiguration& configuration,
+                      const std::string& name, std::string& error) = 0;
+    // About once a second while it is open.
+    virtual void Check() = 0;
+    virtual void Close() = 0;
+};
+
 // Nothing is owned; all of it outlives the application.
 struct AppWorld {
     platform::Clock& clock;
@@ -68,6 +82,8 @@ struct AppWorld {
     platform::NetworkProbes& probes;
     AppTransports& transports;
     std::vector<AppLibrary*> libraries = {};  // in the order of their start
+    const platform::UserStore* userStore = nullptr;  // who may log in; null: nobody's console comes
+    AppConsoleDoor* consoleDoor = nullptr;           // null where no console can come
     MainWindow* window = nullptr;             // without one the process is not interactive
     bool service = false;                     // run by the system, with no session of its own
     engine::RunCounts* counts = nullptr;      // where scripts count; none where nobody counts

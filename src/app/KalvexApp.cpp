@@ -60,10 +60,19 @@ int CKalvexApp::CloseInstance(int flag) {
 }
 
 void CKalvexApp::ReleaseScripts() {
-    if (m_documents) m_documents->CloseAll();
-    if (m_services) m_services->sources = nullptr;
+    while (m_documents && !m_documents->All().empty()) CloseDocument(*m_documents->All().front());
+    if (m_services) {
+        m_services->console = nullptr;
+        m_services->sources = nullptr;
+    }
+    m_console.reset();
     m_clientInterface.reset();
     m_configuration.autostart.clear();
+}
+
+void CKalvexApp::CloseDocument(engine::CKalvexDoc& document) {
+    if (m_console) m_console->OnClosing(document);
+    m_documents->Close(document);
 }
 
 void CKalvexApp::OnEndSession(bool ending) {
@@ -106,6 +115,7 @@ void CKalvexApp::LogAppStop() {
 
 void CKalvexApp::DoPeriodicWork() {
     if (m_clientInterface) m_clientInterface->SourceList().CheckConnections();
+    if (m_console) m_console->Check();
 }
 
 void CKalvexApp::OnUserBroadcast(unsigned int parameter, std::string_view info) {
@@ -138,6 +148,7 @@ void CKalvexApp::ShowStatusLine(std::string_view text) {
 }
 
 void CKalvexApp::OnLogLevel(int level) {
+    if (m_console) m_console->PublishLevel(level);
     m_configuration.logLevel = level;
     if (m_store->WriteLogLevel(m_configuration)) return;
     m_log.Log(m_store->WhyNoLogLevel(m_profile, m_world.translator), platform::LogErrors);

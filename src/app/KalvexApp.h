@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/AppConsole.h"
 #include "app/AppWorld.h"
 #include "app/CmdLine.h"
 #include "app/Configuration.h"
@@ -97,6 +98,7 @@ class CKalvexApp final : private LogOutlets {
     bool CreateMainFrame();
     bool CreateClientInterface();
     bool TellRole();
+    bool StartConsole();
     bool ScheduleAutoStart();
     bool CompleteFrame();
 
@@ -113,6 +115,7 @@ class CKalvexApp final : private LogOutlets {
     void UpdateTitle();
     void CloseFrame();
     void ReleaseScripts();
+    void CloseDocument(engine::CKalvexDoc& document);
     void LogAppStart();
     void LogAppStop();
 
@@ -137,6 +140,7 @@ class CKalvexApp final : private LogOutlets {
     std::unique_ptr<sources::CClientInterface> m_clientInterface;
     std::unique_ptr<engine::DocumentServices> m_services;
     std::unique_ptr<ScriptDocuments> m_documents;
+    std::unique_ptr<AppConsole> m_console;  // of a module
     std::unique_ptr<CMainFrame> m_frame;
     std::string m_logFault;
     bool m_startLogged = false;

@@ -45,6 +45,7 @@ const CKalvexApp::Step CKalvexApp::kSteps[] = {
     &CKalvexApp::CreateMainFrame,
     &CKalvexApp::CreateClientInterface,
     &CKalvexApp::TellRole,
+    &CKalvexApp::StartConsole,
     &CKalvexApp::ScheduleAutoStart,
     &CKalvexApp::CompleteFrame,
 };
@@ -249,6 +250,15 @@ bool CKalvexApp::TellRole() {
         "Ten program nie może pracować jako zdalna konsola innego modułu"));
 }
 
+bool CKalvexApp::StartConsole() {
+    m_console = std::make_unique<AppConsole>(
+        AppConsole::Parts{m_world, m_log, *m_documents, m_configuration, m_clientIdentity,
+                          [this](int level) { SetLogLevel(level); }});
+    m_services->console = &m_console->Link();
+    m_console->Open();
+    return true;
+}
+
 // ---- the scripts to start
 
 bool CKalvexApp::ScheduleAutoStart() {
@@ -316,6 +326,7 @@ void CKalvexApp::OpenAutoStartScripts() {
             m_log.Log(path + " : " + text::FromUtf8(error), platform::LogErrors);
             continue;
         }
+        m_console->OnOpened(*document);
         document->Start();
         document->SetMinimised(true);
         if (m_world.window != nullptr) m_world.window->MinimiseFrame(*document);

@@ -8,6 +8,7 @@ engine::CKalvexDoc* ScriptDocuments::Open(std::string_view path, std::string& er
     if (engine::CKalvexDoc* open = Find(path)) return open;
     auto document = std::make_unique<engine::CKalvexDoc>(m_services);
     if (!document->Open(path, error)) return nullptr;
+    document->SetView(&m_models[document.get()]);
     m_ticker.Add(*document);
     return m_documents.emplace_back(std::move(document)).get();
 }
@@ -20,8 +21,10 @@ engine::CKalvexDoc* ScriptDocuments::Find(std::string_view path) const {
 }
 
 void ScriptDocuments::Close(engine::CKalvexDoc& document) {
+    const engine::CKalvexDoc* const closed = &document;
     m_ticker.Remove(document);
     std::erase_if(m_documents, [&document](const auto& open) { return open.get() == &document; });
+    m_models.erase(closed);
 }
 
 void ScriptDocuments::CloseAll() {

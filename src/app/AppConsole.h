@@ -1,0 +1,66 @@
+// The remote console of a module in its application: its server, and what the server needs of the
+// scripts, the log and the settings. Main thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/AppWorld.h"
+#include "app/Configuration.h"
+#include "app/KalvexLog.h"
+#include "app/ScriptDocuments.h"
+#include "console/ModuleConsole.h"
+#include "console/ServerConnectionManager.h"
+
+namespace kalvex::app {
+
+class AppConsole final : private console::ConsoleHost, private LogClients {
+  public:
+    struct Parts {
+        const AppWorld& world;
+        CKalvexLog& log;
+        ScriptDocuments& documents;
+        const KalvexConfiguration& configuration;
+        const std::string& identity;            // of the module among clients
+        std::function<void(int level)> setLevel;  // takes effect at once, is told and kept
+    };
+
+    // All that the parts refer to outlives the console.
+    explicit AppConsole(Parts parts);
+    ~AppConsole() override;
+    AppConsole(const AppConsole&) = delete;
+    AppConsole& operator=(const AppConsole&) = delete;
+
+    engine::ConsoleLink& Link() { return m_console; }
+
+    // Lets clients come. Where they cannot the log is told, and the module works without them.
+    void Open();
+    // About once a second.
+    void Check();
+
+    // A script has been opened at the module, and one is about to be closed there.
+    void OnOpened(const engine::CKalvexDoc& document) { m_console.OnOpened(document, false); }
+    void OnClosing(const engine::CKalvexDoc& document) { m_console.OnClosing(document); }
+    void PublishLevel(int level) { m_console.PublishLevel(level); }
+
+  private:
+    engine::CKalvexDoc* FindScript(std::string_view path) override;
+    engine::CKalvexDoc* OpenScript(std::string_view path) override;
+    void CloseScript(engine::CKalvexDoc& document) override;
+    std::vector<engine::CKalvexDoc*> Scripts() override;
+    workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc& document) override;
+    void SetLogLevel(int level) override { m_parts.setLevel(level); }
+    const std::string& GetClientIdentity() const override { return m_parts.identity; }
+
+    void AddLogMessage(std::string_view text, std::int64_t time, int level) override;
+
+    const Parts m_parts;
+    console::ModuleConsole m_console;
+    std::unique_ptr<console::CKalvexServerConnectionManager> m_server;
+    bool m_listens = false;
+};
+
+}  // namespace kalvex::app
