@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/NetworkAddress.h"
 #include "platform/UserDirectory.h"
-#include "platform/posix/AccountName.h"
 #include "text/Characters.h"
 #include "text/CodePage.h"
 #include "text/WholeNumber.h"
 #include "value/ValueText.h"
+#include "vantrel/Listening.h"
 
 namespace kalvex::server {
 
@@ -69,16 +68,24 @@ platform::Notice SetSetting(Definitions& target, std::string_view, std::string_v
 
 template <auto Member>
 platform::Notice SetPath(Definitions& target, std::string_view, std::string_view text) {
-    if (text.empty() || HasControls(text)) return {platform::Translatable("oczekiwano ścieżki")};
-    target.*Member = text::ToUtf8(text);
+    return vantrel::SetListeningFile(target.*Member, text);
+}
+
+template <bool vantrel::Listening::*Member>
+platform::Notice SetFlag(Definitions& target, std::string_view, std::string_view text) {
+    if (text != "0" && text != "1") return {platform::Translatable("oczekiwano true albo false")};
+    target.listening.*Member = text == "1";
     return {};
 }
 
-template <bool Definitions::*Member>
-platform::Notice SetFlag(Definitions& target, std::string_view, std::string_view text) {
-    if (text != "0" && text != "1") return {platform::Translatable("oczekiwano true albo false")};
-    target.*Member = text == "1";
-    return {};
+template <platform::Notice (*Set)(vantrel::Listening&, std::string_view)>
+platform::Notice SetListening(Definitions& target, std::string_view, std::string_view text) {
+    return Set(target.listening, text);
+}
+
+template <std::string vantrel::Listening::*Member>
+platform::Notice SetFile(Definitions& target, std::string_view, std::string_view text) {
+    return vantrel::SetListeningFile(target.listening.*Member, text);
 }
 
 template <class Target, std::string Target::*Member>
@@ -107,22 +114,6 @@ platform::Notice SetNobody(Definitions& target, std::string_view, std::string_vi
         return {};
     }
     return {platform::Translatable("oczekiwano jednego ze słów never, local, always")};
-}
-
-platform::Notice SetAddress(Definitions& target, std::string_view, std::string_view text) {
-    std::string host;
-    std::uint16_t port = 0;
-    if (HasControls(text) || !platform::ReadAddress(text, host, port)) {
-        return {platform::Translatable("oczekiwano adresu w postaci komputer:port")};
-    }
-    target.address = text::ToUtf8(text);
-    return {};
-}
-
-platform::Notice SetGroup(Definitions& target, std::string_view, std::string_view text) {
-    target.socketGroup = text::ToUtf8(text);
-    if (platform::HasSystemGroup(target.socketGroup)) return {};
-    return {platform::Translatable("w systemie nie ma grupy o tej nazwie")};
 }
 
 platform::Notice SetAutomatic(Definitions& target, std::string_view, std::string_view text) {
@@ -239,13 +230,13 @@ constexpr Setting kReportKeys[] = {
 };
 
 constexpr Setting kNetworkKeys[] = {
-    {"local-socket", SetFlag<&Definitions::localSocket>},
-    {"group", SetGroup},
-    {"address", SetAddress},
-    {"certificate", SetPath<&Definitions::certificate>},
-    {"key", SetPath<&Definitions::certificateKey>},
-    {"authority", SetPath<&Definitions::authority>},
-    {"plain-text-allowed", SetFlag<&Definitions::plainTextAllowed>},
+    {"local-socket", SetFlag<&vantrel::Listening::localSocket>},
+    {"group", SetListening<vantrel::SetListeningGroup>},
+    {"address", SetListening<vantrel::SetListeningAddress>},
+    {"certificate", SetFile<&vantrel::Listening::certificate>},
+    {"key", SetFile<&vantrel::Listening::certificateKey>},
+    {"authority", SetFile<&vantrel::Listening::authority>},
+    {"plain-text-allowed", SetFlag<&vantrel::Listening::plainTextAllowed>},
 };
 
 constexpr DefinitionSection kSections[] = {
@@ -255,11 +246,21 @@ constexpr DefinitionSection kSections[] = {
     {"reports", kReportKeys},
 };
 
-template <auto Member>
-bool Keep(const Definitions& current, Definitions& next) {
+template <auto Member, class Settings>
+bool KeepIn(const Settings& current, Settings& next) {
     const bool changed = next.*Member != current.*Member;
     next.*Member = current.*Member;
     return changed;
+}
+
+template <auto Member>
+bool Keep(const Definitions& current, Definitions& next) {
+    return KeepIn<Member>(current, next);
+}
+
+template <auto Member>
+bool KeepListening(const Definitions& current, Definitions& next) {
+    return KeepIn<Member>(current.listening, next.listening);
 }
 
 struct StartKey {
@@ -272,13 +273,13 @@ constexpr StartKey kStartKeys[] = {
     {"server.name", Keep<&Definitions::name>},
     {"server.data", Keep<&Definitions::dataFolder>},
     {"server.users", Keep<&Definitions::usersFile>},
-    {"network.local-socket", Keep<&Definitions::localSocket>},
-    {"network.group", Keep<&Definitions::socketGroup>},
-    {"network.address", Keep<&Definitions::address>},
-    {"network.certificate", Keep<&Definitions::certificate>},
-    {"network.key", Keep<&Definitions::certificateKey>},
-    {"network.authority", Keep<&Definitions::authority>},
-    {"network.plain-text-allowed", Keep<&Definitions::plainTextAllowed>},
+    {"network.local-socket", KeepListening<&vantrel::Listening::localSocket>},
+    {"network.group", KeepListening<&vantrel::Listening::group>},
+    {"network.address", KeepListening<&vantrel::Listening::address>},
+    {"network.certificate", KeepListening<&vantrel::Listening::certificate>},
+    {"network.key", KeepListening<&vantrel::Listening::certificateKey>},
+    {"network.authority", KeepListening<&vantrel::Listening::authority>},
+    {"network.plain-text-allowed", KeepListening<&vantrel::Listening::plainTextAllowed>},
 };
 
 constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
@@ -316,33 +317,6 @@ std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definiti
         if (key.keep(current, next)) names.emplace_back(key.name);
     }
     return names;
-}
-
-platform::Notice CheckNetworkSettings(const Definitions& definitions, std::string& key) {
-    if (definitions.certificate.empty() != definitions.certificateKey.empty()) {
-        key = definitions.certificate.empty() ? "key" : "certificate";
-        return {platform::Translatable("certyfikat i klucz podaje się razem")};
-    }
-    if (!definitions.authority.empty() && definitions.certificate.empty()) {
-        key = "authority";
-        return {platform::Translatable(
-            "certyfikaty klientów sprawdza tylko serwer, który ma własny certyfikat")};
-    }
-    if (!definitions.socketGroup.empty() && !definitions.localSocket) {
-        key = "group";
-        return {platform::Translatable("bez gniazda lokalnego grupa nie ma znaczenia")};
-    }
-    std::string host;
-    std::uint16_t port = 0;
-    const bool plain = definitions.certificate.empty() && !definitions.plainTextAllowed;
-    if (plain && platform::ReadAddress(definitions.address, host, port) &&
-        !platform::IsLoopback(host)) {
-        key = "address";
-        return {platform::Translatable(
-            "poza tym komputerem połączenia muszą być szyfrowane (certificate, key), chyba że "
-            "plain-text-allowed = true")};
-    }
-    return {};
 }
 
 std::span<const DefinitionKey<AccessRule>> AccessKeys() {

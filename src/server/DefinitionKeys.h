@@ -26,9 +26,6 @@ struct DefinitionSection {
 
 std::span<const DefinitionSection> DefinitionSections();
 
-// What the settings of the network need as a whole, once their keys are set; empty when all is
-// well, else the key and the reason.
-platform::Notice CheckNetworkSettings(const Definitions& definitions, std::string& key);
 std::span<const DefinitionKey<AccessRule>> AccessKeys();
 std::span<const DefinitionKey<VariableConfig>> VariableKeys();
 

@@ -19,6 +19,15 @@ namespace kalvex::server {
 
 namespace {
 
+constexpr vantrel::ListeningKeys kListeningKeys = {
+    .group = "group",
+    .address = "address",
+    .certificate = "certificate",
+    .certificateKey = "key",
+    .authority = "authority",
+    .plainText = "plain-text-allowed = true",
+};
+
 constexpr std::size_t kMostFaults = 100;
 
 struct Place {
@@ -272,7 +281,7 @@ Place Reader::PlaceOf(const std::string& key) const {
 
 void Reader::CheckNetwork() {
     std::string name;
-    platform::Notice reason = CheckNetworkSettings(m_out, name);
+    platform::Notice reason = vantrel::CheckListening(m_out.listening, kListeningKeys, name);
     if (reason) {
         const std::string key = Qualified("network", name);
         Tell(PlaceOf(key), key, std::move(reason));
@@ -280,9 +289,9 @@ void Reader::CheckNetwork() {
     const struct {
         const char* key;
         std::string& path;
-    } files[] = {{"network.certificate", m_out.certificate},
-                 {"network.key", m_out.certificateKey},
-                 {"network.authority", m_out.authority}};
+    } files[] = {{"network.certificate", m_out.listening.certificate},
+                 {"network.key", m_out.listening.certificateKey},
+                 {"network.authority", m_out.listening.authority}};
     for (const auto& file : files) {
         if (file.path.empty()) continue;
         file.path = Below(file.path);

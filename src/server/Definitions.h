@@ -15,6 +15,7 @@
 #include "server/Signals.h"
 #include "value/Value.h"
 #include "vantrel/Attributes.h"
+#include "vantrel/Listening.h"
 #include "vantrel/LoginDesk.h"
 #include "vantrel/Messages.h"
 
@@ -61,14 +62,7 @@ struct Definitions {
     std::int64_t keepDays = 0;
     std::int64_t dayStart = 0;
     std::vector<value::ValueKind> automatic;  // report kinds, each once, the shorter first
-    // How clients reach the server. Paths as above, empty for none.
-    bool localSocket = true;
-    std::string socketGroup;  // UTF-8
-    std::string address;      // "host:port"; empty: the local socket alone
-    std::string certificate;
-    std::string certificateKey;
-    std::string authority;
-    bool plainTextAllowed = false;
+    vantrel::Listening listening;             // paths as above
     std::vector<AccessRule> access;
     std::vector<VariableConfig> variables;
 };

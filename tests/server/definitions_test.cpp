@@ -58,13 +58,13 @@ TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
     EXPECT_EQ(m_definitions.keepDays, 0);
     EXPECT_EQ(m_definitions.dayStart, 0);
     EXPECT_THAT(m_definitions.automatic, IsEmpty());
-    EXPECT_TRUE(m_definitions.localSocket);
-    EXPECT_EQ(m_definitions.socketGroup, "");
-    EXPECT_EQ(m_definitions.address, "");
-    EXPECT_EQ(m_definitions.certificate, "");
-    EXPECT_EQ(m_definitions.certificateKey, "");
-    EXPECT_EQ(m_definitions.authority, "");
-    EXPECT_FALSE(m_definitions.plainTextAllowed);
+    EXPECT_TRUE(m_definitions.listening.localSocket);
+    EXPECT_EQ(m_definitions.listening.group, "");
+    EXPECT_EQ(m_definitions.listening.address, "");
+    EXPECT_EQ(m_definitions.listening.certificate, "");
+    EXPECT_EQ(m_definitions.listening.certificateKey, "");
+    EXPECT_EQ(m_definitions.listening.authority, "");
+    EXPECT_FALSE(m_definitions.listening.plainTextAllowed);
     EXPECT_THAT(m_definitions.access, IsEmpty());
     EXPECT_THAT(m_definitions.variables, IsEmpty());
 }
@@ -125,18 +125,18 @@ key = "a.key"
 authority = "b.pem"
 plain-text-allowed = false
 )")) << testing::PrintToString(m_errors);
-    EXPECT_TRUE(m_definitions.localSocket);
-    EXPECT_EQ(m_definitions.socketGroup, "root");
-    EXPECT_EQ(m_definitions.address, "0.0.0.0:4300");
-    EXPECT_EQ(m_definitions.certificate, m_folder.Path("a.pem"));
-    EXPECT_EQ(m_definitions.certificateKey, m_folder.Path("a.key"));
-    EXPECT_EQ(m_definitions.authority, m_folder.Path("b.pem"));
-    EXPECT_FALSE(m_definitions.plainTextAllowed);
+    EXPECT_TRUE(m_definitions.listening.localSocket);
+    EXPECT_EQ(m_definitions.listening.group, "root");
+    EXPECT_EQ(m_definitions.listening.address, "0.0.0.0:4300");
+    EXPECT_EQ(m_definitions.listening.certificate, m_folder.Path("a.pem"));
+    EXPECT_EQ(m_definitions.listening.certificateKey, m_folder.Path("a.key"));
+    EXPECT_EQ(m_definitions.listening.authority, m_folder.Path("b.pem"));
+    EXPECT_FALSE(m_definitions.listening.plainTextAllowed);
     ASSERT_TRUE(
         Load("[network]\nlocal-socket = false\naddress = \"plant.example:0\"\n"
              "plain-text-allowed = true\n"));
-    EXPECT_FALSE(m_definitions.localSocket);
-    EXPECT_TRUE(m_definitions.plainTextAllowed);
+    EXPECT_FALSE(m_definitions.listening.localSocket);
+    EXPECT_TRUE(m_definitions.listening.plainTextAllowed);
 }
 
 TEST_F(DefinitionsTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords) {
@@ -202,13 +202,13 @@ key = "a.key"
 authority = "a.pem"
 plain-text-allowed = true
 )")) << testing::PrintToString(m_errors);
-    m_definitions.socketGroup = "root";
+    m_definitions.listening.group = "root";
     EXPECT_THAT(KeepUntilNextStart(current, m_definitions),
                 ElementsAre("server.name", "server.data", "server.users", "network.local-socket",
                             "network.group", "network.address", "network.certificate",
                             "network.key", "network.authority", "network.plain-text-allowed"));
     EXPECT_THAT(KeepUntilNextStart(current, m_definitions), IsEmpty());
-    EXPECT_EQ(m_definitions.address, "localhost:1");
+    EXPECT_EQ(m_definitions.listening.address, "localhost:1");
     EXPECT_EQ(m_definitions.name, "sorvaned");
     EXPECT_EQ(m_definitions.maxClients, 6);
 }

@@ -57,6 +57,7 @@ TABLES = {
 UNTRANSLATED = {
     # keys of profiles
     "src/app/Configuration.cpp",
+    "src/app/ConsoleConfiguration.cpp",
     "src/app/Servers.cpp",
     "src/programs/kalvexd/ServiceLibraries.cpp",
     # the help of the language, which no program shows yet

@@ -21,6 +21,32 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
+// ---- settings
+
+TEST(NetworkSecuritySettingsTest, ServerListensAsItsConfigurationSays) {
+    const NetworkServerSettings local = SettingsFor("srv", {.group = "a"});
+    EXPECT_EQ(local.name, "srv");
+    EXPECT_EQ(local.source, "srv");
+    EXPECT_EQ(local.group, "a");
+    EXPECT_EQ(local.address, "");
+    EXPECT_FALSE(local.tls.has_value());
+    EXPECT_FALSE(local.plainTextAllowed);
+    const NetworkServerSettings tcp = SettingsFor("srv", {.localSocket = false,
+                                                          .address = "a:1",
+                                                          .certificate = "c",
+                                                          .certificateKey = "k",
+                                                          .authority = "u",
+                                                          .plainTextAllowed = true});
+    EXPECT_EQ(tcp.name, "srv");
+    EXPECT_EQ(tcp.source, "");
+    EXPECT_EQ(tcp.address, "a:1");
+    ASSERT_TRUE(tcp.tls.has_value());
+    EXPECT_EQ(tcp.tls->certificate, "c");
+    EXPECT_EQ(tcp.tls->key, "k");
+    EXPECT_EQ(tcp.tls->authority, "u");
+    EXPECT_TRUE(tcp.plainTextAllowed);
+}
+
 // ---- addresses
 
 TEST(NetworkSecurityAddressTest, RuntimeFolderIsTakenFromTheEnvironment) {

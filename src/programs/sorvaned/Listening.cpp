@@ -15,17 +15,8 @@ constexpr const char* kTlsForKnown =
     platform::Translatable("Nasłuchiwanie: %s (TLS, certyfikaty klientów)");
 
 vantrel::NetworkServerSettings MakeSettings(const server::Definitions& definitions) {
-    vantrel::NetworkServerSettings settings;
-    settings.name = definitions.name;
-    if (definitions.localSocket) settings.source = definitions.name;
-    settings.group = definitions.socketGroup;
-    settings.address = definitions.address;
-    if (!definitions.certificate.empty()) {
-        settings.tls = vantrel::TlsFiles{.authority = definitions.authority,
-                                         .certificate = definitions.certificate,
-                                         .key = definitions.certificateKey};
-    }
-    settings.plainTextAllowed = definitions.plainTextAllowed;
+    vantrel::NetworkServerSettings settings =
+        vantrel::SettingsFor(definitions.name, definitions.listening);
     // How many there may be is the server's to say, and can change while it runs.
     settings.conversationLimit = server::kMostClients;
     settings.variableLimit = 2 * vantrel::kMostVariables;

@@ -142,6 +142,21 @@ class Server final : public NetworkServer, private PortEvents {
 
 }  // namespace
 
+NetworkServerSettings SettingsFor(const std::string& name, const Listening& listening) {
+    NetworkServerSettings settings;
+    settings.name = name;
+    if (listening.localSocket) settings.source = name;
+    settings.group = listening.group;
+    settings.address = listening.address;
+    if (!listening.certificate.empty()) {
+        settings.tls = TlsFiles{.authority = listening.authority,
+                                .certificate = listening.certificate,
+                                .key = listening.certificateKey};
+    }
+    settings.plainTextAllowed = listening.plainTextAllowed;
+    return settings;
+}
+
 std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
                                                SessionAcceptor& acceptor, platform::MainLoop& loop,
                                                platform::LogSink& log,

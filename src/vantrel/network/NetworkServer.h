@@ -10,6 +10,7 @@
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
 #include "platform/Translator.h"
+#include "vantrel/Listening.h"
 #include "vantrel/Transport.h"
 #include "vantrel/network/Endpoint.h"
 #include "vantrel/network/Patience.h"
@@ -37,6 +38,9 @@ struct NetworkServerSettings {
     std::size_t conversationLimit = 4096;   // calls for lists of variables among them
     std::size_t variableLimit = 1'000'000;  // subscribed on one conversation
 };
+
+// Those of a server of this name, an engine text, which its local socket bears as well.
+NetworkServerSettings SettingsFor(const std::string& name, const Listening& listening);
 
 // Loop, log, translator and acceptor outlive it.
 class NetworkServer : public ServerTransport {
