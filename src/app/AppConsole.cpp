@@ -16,6 +16,7 @@ constexpr const char* kNotCreated =
 AppConsole::AppConsole(Parts parts) : m_parts(std::move(parts)), m_console(*this) {
     const AppWorld& world = m_parts.world;
     if (world.userStore == nullptr) return;
+    m_faults = ReadConsole(world.profile, m_parts.profile, world.translator, m_configuration);
     m_server = std::make_unique<console::CKalvexServerConnectionManager>(console::ConsoleServices{
         .clock = world.clock,
         .log = m_parts.log,
@@ -33,7 +34,7 @@ AppConsole::AppConsole(Parts parts) : m_parts(std::move(parts)), m_console(*this
                 return lines;
             },
         .controlRight = [this] { return m_parts.configuration.controlRight; },
-        .mostClients = static_cast<std::size_t>(m_parts.configuration.console.mostClients)});
+        .mostClients = static_cast<std::size_t>(m_configuration.clients)});
     m_parts.log.SetClients(this);
 }
 
@@ -45,13 +46,16 @@ AppConsole::~AppConsole() {
 void AppConsole::Open() {
     AppConsoleDoor* door = m_parts.world.consoleDoor;
     if (door == nullptr || !m_server) return;
-    std::string error;
-    m_listens = door->Open(*m_server, m_parts.configuration.console,
-                           m_parts.configuration.moduleName, error);
-    if (m_listens) return;
-    m_parts.log.Log(
-        text::FormatText(m_parts.world.translator.Translate(kNotCreated), {error}),
-        platform::LogErrors);
+    std::vector<std::string> faults = m_faults;
+    if (faults.empty()) {
+        m_listens = door->Open(*m_server, m_configuration, m_parts.configuration.moduleName,
+                               faults.emplace_back());
+        if (m_listens) return;
+    }
+    for (const std::string& fault : faults) {
+        m_parts.log.Log(text::FormatText(m_parts.world.translator.Translate(kNotCreated), {fault}),
+                        platform::LogErrors);
+    }
 }
 
 void AppConsole::Check() {

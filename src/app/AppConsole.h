@@ -24,7 +24,8 @@ class AppConsole final : private console::ConsoleHost, private LogClients {
         CKalvexLog& log;
         ScriptDocuments& documents;
         const KalvexConfiguration& configuration;
-        const std::string& identity;            // of the module among clients
+        const std::string& identity;              // of the module among clients
+        const std::string& profile;               // path
         std::function<void(int level)> setLevel;  // takes effect at once, is told and kept
     };
 
@@ -58,6 +59,8 @@ class AppConsole final : private console::ConsoleHost, private LogClients {
     void AddLogMessage(std::string_view text, std::int64_t time, int level) override;
 
     const Parts m_parts;
+    ConsoleConfiguration m_configuration;
+    std::vector<std::string> m_faults;  // of the configuration
     console::ModuleConsole m_console;
     std::unique_ptr<console::CKalvexServerConnectionManager> m_server;
     bool m_listens = false;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/Configuration.h"
+#include "app/ConsoleConfiguration.h"
 #include "app/MainWindow.h"
 #include "app/TickDriver.h"
 #include "engine/DocumentServices.h"

@@ -43,9 +43,11 @@ KalvexService::KalvexService(const KalvexdOptions& options)
       m_instances(vantrel::RuntimeFolder()),
       m_userLibrary(m_profile, m_translator),
       m_network(m_profile, m_loop, m_translator),
+      m_consoleDoor(m_loop, m_translator),
       m_users(m_userLibrary.Store(), platform::AccountName()),
       m_app(MakeWorld(options)) {
     m_network.SetLog(m_app.Log());
+    m_consoleDoor.SetLog(m_app.Log());
     if (options.logStdout) {
         m_stream.emplace(STDOUT_FILENO, app::FormOf(STDOUT_FILENO), m_clock, m_translator);
         m_app.Log().SetListener(&*m_stream);
@@ -60,6 +62,8 @@ app::AppWorld KalvexService::MakeWorld(const KalvexdOptions& options) {
                         m_crypt, m_users,      m_instances, m_processes,
                         m_files, m_probes,     m_network,   {&m_userLibrary, &m_network}};
     world.service = true;
+    world.userStore = &m_userLibrary.Store();
+    world.consoleDoor = &m_consoleDoor;
     world.counts = &m_health.Counts();
     world.arguments = options.arguments;
     world.workingDir = options.workingDir;

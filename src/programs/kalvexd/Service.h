@@ -59,6 +59,7 @@ class KalvexService {
     platform::PosixNetworkProbes m_probes;
     UserLibrary m_userLibrary;
     NetworkLibrary m_network;
+    ConsoleDoor m_consoleDoor;
     platform::UserSession m_users;
     std::optional<app::LogStream> m_stream;
     app::Health m_health{SteadyMicroseconds()};

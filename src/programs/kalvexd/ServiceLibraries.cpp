@@ -17,6 +17,9 @@ constexpr std::int64_t kNetworkPeriod = 1000;  // milliseconds
 
 constexpr const char* kUsers = "Użytkownicy";
 
+constexpr const char* kNowhere =
+    platform::Translatable("ani gniazda lokalnego, ani adresu");
+
 }  // namespace
 
 bool UserLibrary::Start(std::string& error) {
@@ -49,6 +52,21 @@ bool NetworkLibrary::Start(std::string&) {
 void NetworkLibrary::Stop() {
     m_loop.KillTimer(NetworkTimer);
     m_client.reset();
+}
+
+bool ConsoleDoor::Open(vantrel::SessionAcceptor& acceptor,
+                       const app::ConsoleConfiguration& configuration, const std::string& name,
+                       std::string& error) {
+    const vantrel::Listening& listening = configuration.listening;
+    if (!listening.localSocket && listening.address.empty()) {
+        error = m_translator.Translate(kNowhere);
+        return false;
+    }
+    vantrel::NetworkServerSettings settings = vantrel::SettingsFor(name, listening);
+    settings.conversationLimit = static_cast<std::size_t>(configuration.clients);
+    m_network =
+        vantrel::ListenOnNetwork(settings, acceptor, m_loop, *m_log, m_translator, error);
+    return m_network != nullptr;
 }
 
 }  // namespace kalvex::kalvexd

@@ -1,5 +1,5 @@
-// What a service starts before its module and stops behind it: its users, and its way to data
-// servers. Main thread.
+// What a service starts before its module and stops behind it: its users, its way to data servers,
+// and that of consoles to it. Main thread.
 #pragma once
 
 #include <memory>
@@ -9,6 +9,7 @@
 #include "platform/LogSink.h"
 #include "platform/UserStore.h"
 #include "vantrel/network/NetworkClient.h"
+#include "vantrel/network/NetworkServer.h"
 
 namespace kalvex::kalvexd {
 
@@ -49,6 +50,26 @@ class NetworkLibrary final : public app::AppLibrary, public app::AppTransports {
     const platform::Translator& m_translator;
     platform::LogSink* m_log = nullptr;
     std::unique_ptr<vantrel::NetworkClient> m_client;
+};
+
+class ConsoleDoor final : public app::AppConsoleDoor {
+  public:
+    ConsoleDoor(app::AppLoop& loop, const platform::Translator& translator)
+        : m_loop(loop), m_translator(translator) {}
+
+    // Before the start; outlives the work.
+    void SetLog(platform::LogSink& log) { m_log = &log; }
+
+    bool Open(vantrel::SessionAcceptor& acceptor, const app::ConsoleConfiguration& configuration,
+              const std::string& name, std::string& error) override;
+    void Check() override { m_network->Check(); }
+    void Close() override { m_network.reset(); }
+
+  private:
+    app::AppLoop& m_loop;
+    const platform::Translator& m_translator;
+    platform::LogSink* m_log = nullptr;
+    std::unique_ptr<vantrel::NetworkServer> m_network;
 };
 
 }  // namespace kalvex::kalvexd
