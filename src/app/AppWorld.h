@@ -81,12 +81,12 @@ struct AppWorld {
     platform::FileStore& files;
     platform::NetworkProbes& probes;
     AppTransports& transports;
-    std::vector<AppLibrary*> libraries = {};  // in the order of their start
+    std::vector<AppLibrary*> libraries = {};         // in the order of their start
     const platform::UserStore* userStore = nullptr;  // who may log in; null: nobody's console comes
     AppConsoleDoor* consoleDoor = nullptr;           // null where no console can come
-    MainWindow* window = nullptr;             // without one the process is not interactive
-    bool service = false;                     // run by the system, with no session of its own
-    engine::RunCounts* counts = nullptr;      // where scripts count; none where nobody counts
+    MainWindow* window = nullptr;                    // without one the process is not interactive
+    bool service = false;                 // run by the system, with no session of its own
+    engine::RunCounts* counts = nullptr;  // where scripts count; none where nobody counts
 
     // In the system's encoding; the folders are absolute paths.
     std::vector<std::string> arguments = {};  // without the program's name

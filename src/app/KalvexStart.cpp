@@ -252,8 +252,8 @@ bool CKalvexApp::TellRole() {
 
 bool CKalvexApp::StartConsole() {
     m_console = std::make_unique<AppConsole>(
-        AppConsole::Parts{m_world, m_log, *m_documents, m_configuration, m_clientIdentity, m_profile,
-                          [this](int level) { SetLogLevel(level); }});
+        AppConsole::Parts{m_world, m_log, *m_documents, m_configuration, m_clientIdentity,
+                          m_profile, [this](int level) { SetLogLevel(level); }});
     m_services->console = &m_console->Link();
     m_console->Open();
     return true;

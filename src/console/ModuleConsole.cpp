@@ -38,8 +38,7 @@ const ModuleConsole::MessageRow ModuleConsole::kMessages[] = {
     {ControlKind::Command, MessageCode::Step, &ModuleConsole::Step, true},
     {ControlKind::Command, MessageCode::SetBreakpoint, &ModuleConsole::SetBreakpoint, true},
     {ControlKind::Command, MessageCode::RemoveBreakpoint, &ModuleConsole::RemoveBreakpoint, true},
-    {ControlKind::Command, MessageCode::RemoveBreakpoints, &ModuleConsole::RemoveBreakpoints,
-     true},
+    {ControlKind::Command, MessageCode::RemoveBreakpoints, &ModuleConsole::RemoveBreakpoints, true},
     {ControlKind::Command, MessageCode::SessionHeld, &ModuleConsole::Echo, false},
     {ControlKind::List, MessageCode::SetVariable, &ModuleConsole::SetVariable, true},
     {ControlKind::List, MessageCode::AskVariable, &ModuleConsole::AskVariable, true},
@@ -133,7 +132,7 @@ void ModuleConsole::OnLogLevel(CVarRCCtrl& variable) {
 }
 
 void ModuleConsole::OnDocumentInfo(CVarRCCtrl& variable) {
-    const std::string text = variable.Value().Text();
+    const std::string text(variable.Value().Text());
     if (text.empty()) return;
     const bool closes = text.front() == kClosedPrefix;
     const std::string path = text.substr(closes ? 1 : 0);
@@ -154,7 +153,7 @@ void ModuleConsole::OnDocumentInfo(CVarRCCtrl& variable) {
 
 void ModuleConsole::OnMessage(CVarRCCtrl& variable) {
     const std::string path(variable.GetScript());
-    const std::string text = variable.Value().Text();
+    const std::string text(variable.Value().Text());
     const Message message{path, text, MessageFields(text), m_host.FindScript(path)};
     const MessageCode code = message.fields.Code();
     for (const MessageRow& row : kMessages) {
@@ -235,8 +234,7 @@ void ModuleConsole::SetVariable(const Message& message) {
 }
 
 void ModuleConsole::AskVariable(const Message& message) {
-    operands::CVariable* variable =
-        message.document->Variables().Find(message.fields.Text(1));
+    operands::CVariable* variable = message.document->Variables().Find(message.fields.Text(1));
     if (variable != nullptr) SendList(message.path, VariableValuesText(*variable));
 }
 

@@ -100,8 +100,8 @@ void CKalvexServerConnection::Receive(vantrel::LoginRequest& message) {
     if (m_loggedIn || m_loginUnderWay) return;
     m_peerModule = Printable(message.clientName);
     m_user = Printable(message.user);
-    const bool fits = message.protocolVersion == vantrel::kProtocolVersion &&
-                      message.moduleType == kModuleType;
+    const bool fits =
+        message.protocolVersion == vantrel::kProtocolVersion && message.moduleType == kModuleType;
     if (!fits) return OnLogin({kOtherKind, {}, {}});
     m_loginUnderWay = true;
     m_manager.Logins().Check(

@@ -30,24 +30,25 @@ ConsoleTest::ConsoleTest() {
     user.name = "EWA";
     user.level = 49;
     EXPECT_TRUE(m_users.Add(user, "haslo", error)) << error;
-    m_server = std::make_unique<CKalvexServerConnectionManager>(ConsoleServices{
-        .clock = clock,
-        .log = log,
-        .translator = translator,
-        .loop = m_loop,
-        .users = m_users,
-        .console = m_console,
-        .host = *this,
-        .lastMessages =
-            [this](std::size_t count) {
-                const std::size_t first = m_lastMessages.size() - std::min(count, m_lastMessages.size());
-                return std::vector<vantrel::LogMessage>(
-                    m_lastMessages.begin() + static_cast<std::ptrdiff_t>(first),
-                    m_lastMessages.end());
-            },
-        .controlRight = [this] { return m_controlRight; },
-        .passwordCost = platform::PasswordCost::Least,
-        .mostClients = 4});
+    m_server = std::make_unique<CKalvexServerConnectionManager>(
+        ConsoleServices{.clock = clock,
+                        .log = log,
+                        .translator = translator,
+                        .loop = m_loop,
+                        .users = m_users,
+                        .console = m_console,
+                        .host = *this,
+                        .lastMessages =
+                            [this](std::size_t count) {
+                                const std::size_t first =
+                                    m_lastMessages.size() - std::min(count, m_lastMessages.size());
+                                return std::vector<vantrel::LogMessage>(
+                                    m_lastMessages.begin() + static_cast<std::ptrdiff_t>(first),
+                                    m_lastMessages.end());
+                            },
+                        .controlRight = [this] { return m_controlRight; },
+                        .passwordCost = platform::PasswordCost::Least,
+                        .mostClients = 4});
     services.console = &m_console;
 }
 
@@ -87,7 +88,8 @@ vantrel::LoginResult ConsoleTest::TryLogin(TestClient& client, std::string user,
 
 TestClient& ConsoleTest::LogIn(std::string user, std::string address) {
     TestClient& client = Connect(std::move(address));
-    EXPECT_EQ(TryLogin(client, std::move(user), "haslo").code, 0);
+    const std::string password = user == platform::kNobody ? "" : "haslo";
+    EXPECT_EQ(TryLogin(client, std::move(user), password).code, 0);
     log.Take();
     return client;
 }
@@ -125,8 +127,7 @@ std::vector<std::string> ConsoleTest::Heard(TestClient& client) {
 
 std::uint16_t ConsoleTest::Write(TestClient& client, std::string_view variable,
                                  const value::CVal& value, value::ValueKind kind) {
-    client.Say(
-        vantrel::ModifyRequests{{{++m_lastRequest, kind, std::string(variable), 0, value}}});
+    client.Say(vantrel::ModifyRequests{{{++m_lastRequest, kind, std::string(variable), 0, value}}});
     const std::vector<vantrel::ModifyResults> results = client.Take<vantrel::ModifyResults>();
     EXPECT_EQ(results.size(), 1u);
     EXPECT_EQ(results.at(0).entries.at(0).id, m_lastRequest);

@@ -31,6 +31,7 @@ TEST_F(ConsoleSessionsTest, ModuleHandsOverToWhoAsks) {
     EXPECT_TRUE(m_document->IsReadOnly());
     // Now the holder is a client, which answers for itself.
     EXPECT_THAT(Say(*m_second, "a.kx", "0|B_RC|0"), ElementsAre("a.kx: 0|B_RC|0"));
+    Heard(*m_first);
     EXPECT_THAT(Say(*m_first, "a.kx", "21|A_RC|B_RC"), ElementsAre("a.kx: 21|A_RC|B_RC"));
     EXPECT_THAT(Say(*m_first, "a.kx", "1|A_RC|B_RC"), ElementsAre("a.kx: 1|A_RC|B_RC"));
     EXPECT_FALSE(m_document->State().m_bControlAllowed);
@@ -45,8 +46,7 @@ TEST_F(ConsoleSessionsTest, EndOfTheBreakpointsIsATab) {
 
 TEST_F(ConsoleSessionsTest, AskingOfNobodyAndOfTheModuleIsEchoedOnly) {
     EXPECT_THAT(Say(*m_first, "a.kx", "0"), ElementsAre("a.kx: 0"));
-    EXPECT_THAT(Say(*m_first, "a.kx", "0|Kalvex_stacja|1"),
-                ElementsAre("a.kx: 0|Kalvex_stacja|1"));
+    EXPECT_THAT(Say(*m_first, "a.kx", "0|Kalvex_stacja|1"), ElementsAre("a.kx: 0|Kalvex_stacja|1"));
     EXPECT_TRUE(m_document->State().m_bControlAllowed);
 }
 
@@ -110,7 +110,7 @@ TEST_F(ConsoleSessionsTest, BreakOfAnyConnectionTakesAllSessionsBack) {
     EXPECT_FALSE(m_document->IsReadOnly());
     EXPECT_TRUE(other.IsReadOnly());
     EXPECT_THAT(Heard(*m_first), IsEmpty());
-    EXPECT_EQ(log.Take().front(), "1 Połączenie z klientem Konsola_RC zerwane  (utrata połączenia)");
+    EXPECT_EQ(log.Take().back(), "1 Połączenie z klientem Konsola_RC zerwane  (utrata połączenia)");
 }
 
 TEST_F(ConsoleSessionsTest, OrderlyEndLeavesTheSession) {

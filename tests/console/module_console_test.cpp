@@ -17,9 +17,7 @@ class ModuleConsoleTest : public ConsoleTest {
         Subscribe(*m_client, {"a.kx", "VL:a.kx", "VC:a.kx"});
     }
 
-    std::vector<std::string> Command(std::string_view text) {
-        return Say(*m_client, "a.kx", text);
-    }
+    std::vector<std::string> Command(std::string_view text) { return Say(*m_client, "a.kx", text); }
     std::vector<std::string> List(std::string_view text) { return Say(*m_client, "VL:a.kx", text); }
 
     engine::CKalvexDoc* m_document = nullptr;
@@ -84,9 +82,8 @@ TEST_F(ModuleConsoleTest, ScriptThatReachesABreakpointStopsAndTells) {
 }
 
 TEST_F(ModuleConsoleTest, CodesOfOthersAreLeftAlone) {
-    for (const char* text : {"", "3|9|0", "5", "7", "9", "11|1", "13|1", "14", "16|2|1", "17|X|1|190|0",
-                             "18|X", "19|X|;", "20", "22", "-1", "x2"}) {
-        if (std::string_view(text) == "x2") continue;
+    for (const char* text : {"", "3|9|0", "5", "7", "9", "11|1", "13|1", "14", "16|2|1",
+                             "17|X|1|190|0", "18|X", "19|X|;", "20", "22", "-1"}) {
         EXPECT_THAT(Command(text), IsEmpty()) << text;
     }
     EXPECT_THAT(List("2"), IsEmpty());
@@ -106,7 +103,7 @@ TEST_F(ModuleConsoleTest, MessageOfBadStatusIsKeptAndNothingElse) {
 }
 
 TEST_F(ModuleConsoleTest, VariablesAreTold) {
-    WriteFile("v.kx", "LOCAL X = 5\nLIST L\nREMOTE R srv@V\nPOINTER P\nSETPTR P X\n");
+    WriteFile("v.kx", "LOCAL X = 5\nLIST L\nREMOTE R srv@V\nPOINTER P\nSETPTR P = \"X\"\n");
     Say(*m_client, "RC_KalvexDocInfo", "v.kx");
     Subscribe(*m_client, {"v.kx", "VL:v.kx"});
     Say(*m_client, "v.kx", "2");
@@ -114,10 +111,10 @@ TEST_F(ModuleConsoleTest, VariablesAreTold) {
     Tick(10);
     EXPECT_THAT(Say(*m_client, "VL:v.kx", "18|X"),
                 ElementsAre("VL:v.kx: 19|X|;1970-01-01 01:00:00 ( 0 ) 5.00;"));
-    EXPECT_THAT(Say(*m_client, "VL:v.kx", "20"),
-                ElementsAre("VL:v.kx: 19|X|;1970-01-01 01:00:00 ( 0 ) 5.00;", "VL:v.kx: 19|L|;;",
-                            "VL:v.kx: 19|R|;;;;;;",
-                            "VL:v.kx: 19|P|;1970-01-01 01:00:00 ( 0 ) 5.00;"));
+    EXPECT_THAT(
+        Say(*m_client, "VL:v.kx", "20"),
+        ElementsAre("VL:v.kx: 19|X|;1970-01-01 01:00:00 ( 0 ) 5.00;", "VL:v.kx: 19|L|;;",
+                    "VL:v.kx: 19|R|;;;;;;", "VL:v.kx: 19|P|;1970-01-01 01:00:00 ( 0 ) 5.00;"));
     EXPECT_THAT(Say(*m_client, "VL:v.kx", "18|NIE"), IsEmpty());
     EXPECT_THAT(Say(*m_client, "VL:v.kx", "17|X|7|171|32"), IsEmpty());
     EXPECT_THAT(Say(*m_client, "VL:v.kx", "18|X"),
@@ -179,8 +176,8 @@ TEST_F(ModuleConsoleTest, ScriptClosedAtTheModuleTakesItsVariablesAlong) {
     Subscribe(*m_client, {"RC_KalvexDocInfo"});
     CloseAtModule(*m_document);
     EXPECT_THAT(Heard(*m_client),
-                testing::UnorderedElementsAre("RC_KalvexDocInfo: ~a.kx", "a.kx: ! 0", "VL:a.kx: ! 0",
-                                              "VC:a.kx: ! 0"));
+                testing::UnorderedElementsAre("RC_KalvexDocInfo: ~a.kx", "a.kx: ! 0",
+                                              "VL:a.kx: ! 0", "VC:a.kx: ! 0"));
     EXPECT_EQ(Write(*m_client, "a.kx", value::CVal("2")), vantrel::ResultNothing);
 }
 

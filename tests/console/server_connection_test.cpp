@@ -57,11 +57,13 @@ TEST_F(ServerConnectionTest, ClientWithoutTheRightSeesWhichScriptsAreOpen) {
     for (TestClient* client : {&LogIn("EWA"), &LogIn("NOBODY")}) {
         EXPECT_THAT(Subscribe(*client, {"SYS_LogLevel", "RC_KalvexDocInfo", "a.kx", "VL:a.kx",
                                         "VC:a.kx", "nie.kx"}),
-                    testing::UnorderedElementsAre("SYS_LogLevel: ", testing::StartsWith("RC_KalvexDocInfo: "),
-                                                  "RC_KalvexDocInfo: a.kx", "a.kx: ! 2",
-                                                  "VL:a.kx: ! 2", "VC:a.kx: ! 2", "nie.kx: ! 0"));
+                    testing::UnorderedElementsAre(
+                        "SYS_LogLevel: ", testing::StartsWith("RC_KalvexDocInfo: "),
+                        "RC_KalvexDocInfo: a.kx", "a.kx: ! 2", "VL:a.kx: ! 2", "VC:a.kx: ! 2",
+                        "nie.kx: ! 0"));
         EXPECT_EQ(Write(*client, "SYS_LogLevel", value::CVal(2)), vantrel::ResultNoAccess);
-        EXPECT_EQ(Write(*client, "RC_KalvexDocInfo", value::CVal("~a.kx")), vantrel::ResultNoAccess);
+        EXPECT_EQ(Write(*client, "RC_KalvexDocInfo", value::CVal("~a.kx")),
+                  vantrel::ResultNoAccess);
         EXPECT_EQ(Write(*client, "a.kx", value::CVal("2")), vantrel::ResultNothing);
         EXPECT_EQ(Write(*client, "nie.kx", value::CVal("2")), vantrel::ResultNothing);
     }
@@ -88,13 +90,14 @@ TEST_F(ServerConnectionTest, EachClientIsToldOnceWhichScriptsAreOpen) {
     Open("LOCAL X = 5\n", "b.kx");
     TestClient& first = LogIn();
     EXPECT_THAT(Subscribe(first, {"SYS_LogLevel"}, false), ElementsAre("SYS_LogLevel: "));
-    EXPECT_THAT(Subscribe(first, {"RC_KalvexDocInfo"}),
-                ElementsAre("RC_KalvexDocInfo: ", "RC_KalvexDocInfo: a.kx", "RC_KalvexDocInfo: b.kx"));
+    EXPECT_THAT(
+        Subscribe(first, {"RC_KalvexDocInfo"}),
+        ElementsAre("RC_KalvexDocInfo: ", "RC_KalvexDocInfo: a.kx", "RC_KalvexDocInfo: b.kx"));
     EXPECT_THAT(Subscribe(first, {"a.kx"}), ElementsAre("a.kx: "));
     TestClient& second = LogIn();
-    EXPECT_THAT(Subscribe(second, {"RC_KalvexDocInfo"}),
-                ElementsAre("RC_KalvexDocInfo: b.kx", "RC_KalvexDocInfo: a.kx",
-                            "RC_KalvexDocInfo: b.kx"));
+    EXPECT_THAT(
+        Subscribe(second, {"RC_KalvexDocInfo"}),
+        ElementsAre("RC_KalvexDocInfo: b.kx", "RC_KalvexDocInfo: a.kx", "RC_KalvexDocInfo: b.kx"));
     EXPECT_THAT(Heard(first), IsEmpty());
 }
 
@@ -151,9 +154,8 @@ TEST_F(ServerConnectionTest, ListOfVariablesIsEmpty) {
     bool answered = false;
     vantrel::LoginRequest login;
     login.user = "NOBODY";
-    m_server->ListVariables(login, {}, [&](const auto& list) {
-        answered = list.has_value() && list->empty();
-    });
+    m_server->ListVariables(
+        login, {}, [&](const auto& list) { answered = list.has_value() && list->empty(); });
     while (!answered && m_loop.Run()) {
     }
     EXPECT_TRUE(answered);

@@ -17,9 +17,6 @@ constexpr std::int64_t kNetworkPeriod = 1000;  // milliseconds
 
 constexpr const char* kUsers = "Użytkownicy";
 
-constexpr const char* kNowhere =
-    platform::Translatable("ani gniazda lokalnego, ani adresu");
-
 }  // namespace
 
 bool UserLibrary::Start(std::string& error) {
@@ -58,14 +55,10 @@ bool ConsoleDoor::Open(vantrel::SessionAcceptor& acceptor,
                        const app::ConsoleConfiguration& configuration, const std::string& name,
                        std::string& error) {
     const vantrel::Listening& listening = configuration.listening;
-    if (!listening.localSocket && listening.address.empty()) {
-        error = m_translator.Translate(kNowhere);
-        return false;
-    }
+    if (!listening.localSocket && listening.address.empty()) return true;
     vantrel::NetworkServerSettings settings = vantrel::SettingsFor(name, listening);
     settings.conversationLimit = static_cast<std::size_t>(configuration.clients);
-    m_network =
-        vantrel::ListenOnNetwork(settings, acceptor, m_loop, *m_log, m_translator, error);
+    m_network = vantrel::ListenOnNetwork(settings, acceptor, m_loop, *m_log, m_translator, error);
     return m_network != nullptr;
 }
 

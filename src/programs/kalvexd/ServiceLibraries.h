@@ -62,14 +62,16 @@ class ConsoleDoor final : public app::AppConsoleDoor {
 
     bool Open(vantrel::SessionAcceptor& acceptor, const app::ConsoleConfiguration& configuration,
               const std::string& name, std::string& error) override;
-    void Check() override { m_network->Check(); }
+    void Check() override {
+        if (m_network) m_network->Check();
+    }
     void Close() override { m_network.reset(); }
 
   private:
     app::AppLoop& m_loop;
     const platform::Translator& m_translator;
     platform::LogSink* m_log = nullptr;
-    std::unique_ptr<vantrel::NetworkServer> m_network;
+    std::unique_ptr<vantrel::NetworkServer> m_network;  // null where nothing is to listen
 };
 
 }  // namespace kalvex::kalvexd
