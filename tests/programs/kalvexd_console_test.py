@@ -1,0 +1,136 @@
+"""The console of a module, seen by a client that knows sorvane.proto and docs/console.md alone."""
+import subprocess
+import sys
+import unittest
+
+PROTO = sys.argv.pop(2)
+SORVANED = sys.argv.pop(2)
+
+from kalvexd_process import STARTED, ServiceTest  # noqa: E402
+import grpc  # noqa: E402
+import stranger  # noqa: E402
+
+MESSAGES, _ = stranger.generate(PROTO)
+CURRENT = 1
+INTEGER, TEXT = 150, 190
+SCRIPT = "LOCAL X = 5\nLOCAL Y = 6\n:a\nSLEEP 1\nGOTO a\n"
+
+
+class Console(stranger.Conversation):
+    """Subscribed names are handles in their order; every value that comes is kept as (name, content)."""
+
+    def __init__(self, channel):
+        super().__init__(MESSAGES, channel)
+        self.take("greeting")
+        self.names = []
+
+    def enter(self, user="", password="", name="Obca_RC"):
+        code, text = self.log_in(user, password, name)
+        assert code == 0, (code, text)
+        return text
+
+    def watch(self, *names, flags=0):
+        first = len(self.names) + 1
+        self.names += names
+        self.say(subscribe={"added_handles": range(first, len(self.names) + 1), "added_names": names,
+                            "flags": flags})
+
+    def next(self):
+        updates = self.take("value_updates")
+        return [(self.names[handle - 1], value[3]) for handle, value in
+                zip(updates.handles, stranger.values_of(updates.values))]
+
+    def order(self, name, text):
+        """The result of the write of a message."""
+        return self.modify(CURRENT, name, 0, type=TEXT, text=text.replace("|", "\t"))
+
+
+class ConsoleTest(ServiceTest):
+    def setUp(self):
+        super().setUp()
+        self.put("a.kx", SCRIPT)
+        self.put("Kalvex.ini", "[Autostart]\nProcedura0=a.kx\n[Prawa]\n")
+        users = self.folder / "users.sqlite"
+        self.put("users.toml", f'[server]\nname = "x"\ndata = "{self.folder}/x"\nusers = "{users}"\n')
+        subprocess.run([SORVANED, "--config", self.folder / "users.toml", "user", "add", "JAN", "--level", "100"],
+                       input="haslo\nhaslo\n", encoding="utf-8", check=True, env=self.environment,
+                       capture_output=True)
+        self.put("sorvane.ini", f"[Konfiguracja]\nUżytkownicy={users}\n")
+
+    def connect(self):
+        channel = grpc.insecure_channel(f"unix:{self.folder}/run/Kalvex")
+        self.addCleanup(channel.close)
+        return Console(channel)
+
+    def start_module(self):
+        service = self.start()
+        self.read_to(service, f"{self.folder}/a.kx : Start skryptu ")
+        return service
+
+    def test_nobody_sees_which_scripts_are_open_and_nothing_else(self):
+        self.start_module()
+        console = self.connect()
+        console.enter()
+        console.watch("SYS_LogLevel", "RC_KalvexDocInfo", "a.kx", "nie.kx")
+        errors = console.take("access_errors")
+        self.assertEqual(list(zip(errors.handles, errors.codes)), [(3, 2), (4, 0)])
+        self.assertEqual(console.next(), [("SYS_LogLevel", 1), ("RC_KalvexDocInfo", None)])
+        self.assertEqual(console.next(), [("RC_KalvexDocInfo", "a.kx")])
+        self.assertEqual(console.order("a.kx", "4"), 1)
+        self.assertEqual(console.order("RC_KalvexDocInfo", "~a.kx"), 2)
+
+    def test_script_is_controlled(self):
+        service = self.start_module()
+        console = self.connect()
+        identity = console.enter("JAN", "haslo")
+        self.assertTrue(identity.startswith("Kalvex_"))
+        console.watch("a.kx", "VL:a.kx", "VC:a.kx")
+        console.next()
+        self.assertEqual(console.order("a.kx", "0|Obca_RC|0"), 0)
+        (name, text), = console.next()
+        self.assertEqual(name, "a.kx")
+        code, old, new, status, line, breakpoints = text.split("\t")
+        self.assertEqual((code, old, new, status, breakpoints), ("1", identity, "Obca_RC", "9", ""))
+        self.assertEqual(console.next(), [("a.kx", "0\tObca_RC\t0")])
+        console.order("a.kx", "4")
+        (name, text), = console.next()
+        self.assertRegex(text, "^5\t10\t[2-4]$")
+        console.order("VL:a.kx", "18|Y")
+        (name, text), = console.next()
+        self.assertEqual((name, text), ("VL:a.kx", "19\tY\t;1970-01-01 01:00:00 ( 0 ) 6.00;"))
+        console.order("a.kx", "6")
+        self.assertEqual(console.next(), [("a.kx", "7")])
+        console.order("a.kx", f"1|Obca_RC|{identity}")
+        self.assertEqual(console.next(), [("a.kx", f"1\tObca_RC\t{identity}")])
+        console.say(farewell={"reason": 4106})
+        console.end()
+        self.assertEqual(service.poll(), None)
+
+    def test_broken_connection_gives_all_sessions_back(self):
+        service = self.start_module()
+        console = self.connect()
+        console.enter("JAN", "haslo")
+        console.watch("a.kx")
+        console.next()
+        console.order("a.kx", "0|Obca_RC|0")
+        console.next()
+        console.call.cancel()
+        self.read_to(service, "Połączenie z klientem Obca_RC zerwane  (utrata połączenia)")
+        other = self.connect()
+        identity = other.enter("JAN", "haslo")
+        other.watch("a.kx")
+        other.next()
+        other.order("a.kx", "0|Inna_RC|0")
+        (_, text), = other.next()
+        self.assertTrue(text.startswith(f"1\t{identity}\tInna_RC\t"), text)
+
+    def test_module_that_cannot_listen_runs_its_scripts(self):
+        self.put("Kalvex.ini", "[Autostart]\nProcedura0=a.kx\n[Konsola]\nAdres=256.1.1.1:5\nOtwarty tekst=1\n")
+        service = self.start()
+        lines = self.read_to(service, f"{self.folder}/a.kx : Start skryptu ")
+        self.assertEqual(len([line for line in lines if line.startswith("RCSrv: ")]), 1)
+        self.assertIn(STARTED[0], lines)
+
+
+if __name__ == "__main__":
+    unittest.main()
