@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -25,12 +23,7 @@ bool IsControl(char c) {
 // ended. The library would wait on a file that does not open.
 bool Prepare(const std::string& path) {
     const Descriptor file(OpenRegularFile(path, O_RDWR | O_CREAT | O_APPEND, 0640));
-    struct stat info {};
-    if (file.Get() < 0 || ::fstat(file.Get(), &info) != 0) return false;
-    char last = '\n';
-    const bool ends =
-        info.st_size == 0 || ::pread(file.Get(), &last, 1, info.st_size - 1) != 1 || last == '\n';
-    return ends || ::write(file.Get(), "\n", 1) == 1;
+    return file.Get() >= 0 && EndLastLine(file.Get());
 }
 
 spdlog::file_event_handlers Unbuffered() {

@@ -13,6 +13,7 @@ class Descriptor {
     ~Descriptor() {
         if (m_fd >= 0) ::close(m_fd);
     }
+    Descriptor(Descriptor&& other) : m_fd(other.Release()) {}
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     Descriptor& operator=(Descriptor&& other) {

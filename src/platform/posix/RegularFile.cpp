@@ -67,6 +67,15 @@ bool WriteAll(int fd, std::string_view content) {
     return true;
 }
 
+bool EndLastLine(int fd) {
+    struct stat info {};
+    if (::fstat(fd, &info) != 0) return false;
+    char last = '\n';
+    const bool ends =
+        info.st_size == 0 || ::pread(fd, &last, 1, info.st_size - 1) != 1 || last == '\n';
+    return ends || WriteAll(fd, "\n");
+}
+
 bool FillFile(int fd, const std::optional<struct stat>& like, std::string_view content) {
     return (!like || TakeOver(fd, *like)) && WriteAll(fd, content) && ::fsync(fd) == 0;
 }

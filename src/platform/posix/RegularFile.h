@@ -19,6 +19,10 @@ int OpenRegularFile(const std::string& path, int flags, mode_t mode = 0);
 bool ReadToEnd(int fd, std::string& content);
 bool WriteAll(int fd, std::string_view content);
 
+// Ends a part of a line at the end of a file of lines, which is open for both reading and adding.
+// False with errno set.
+bool EndLastLine(int fd);
+
 // Writes a file and brings it to the disk, with the rights of another, where there is one, and its
 // owner as far as the system permits. False with errno set.
 bool FillFile(int fd, const std::optional<struct stat>& like, std::string_view content);
