@@ -104,6 +104,11 @@ TEST_F(ConsoleConfigurationTest, WhatDoesNotFitTogetherIsToldWithItsKey) {
         ElementsAre("Plik FILE, [Konsola] Grupa: bez gniazda lokalnego grupa nie ma znaczenia"));
 }
 
+TEST_F(ConsoleConfigurationTest, ValueThatIsWrongIsNotToldAsMissing) {
+    EXPECT_THAT(Read("Certyfikat=a\tb\r\nKlucz=a.key\r\n"),
+                ElementsAre("Plik FILE, [Konsola] Certyfikat: oczekiwano ścieżki"));
+}
+
 TEST_F(ConsoleConfigurationTest, FaultsAreToldInTheLanguageOfTheModule) {
     m_translator.marks = true;
     EXPECT_THAT(Read("Klienci=0\r\n"),
