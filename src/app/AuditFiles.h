@@ -1,0 +1,41 @@
+// The files of an audit trail: NAME.log is the newest, NAME.1.log the one before, and so on. Paths
+// are the system's; NAME, a path, stands without its ending. Any thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/AuditRecord.h"
+
+namespace kalvex::app {
+
+// 0 is the newest.
+std::string AuditFile(const std::string& name, int number);
+
+// Those that are there, oldest first.
+std::vector<std::string> AuditFiles(const std::string& name);
+
+// Makes room for a new NAME.log: each file gets the next number. False with errno set; what has its
+// number by then keeps it, and no file is lost.
+bool TurnAuditFilesOver(const std::string& name);
+
+// Removes the older files whose last line is from before that time. One without a line that tells a
+// time stays.
+void RemoveAuditFiles(const std::string& name, std::int64_t before);
+
+struct AuditReading {
+    std::uint64_t unreadable = 0;  // lines that are none of a trail, and do not look like old ones
+    std::vector<std::string> faults = {};  // "PATH (reason)" of a file that could not be read
+};
+
+// Hands the entries of the files over, in this order, which is oldest first: those since that time,
+// a script's alone when one is named, an engine text, with what concerns every script. The
+// files may be turned over meanwhile. `sink` answers false to have no more.
+AuditReading ReadAudit(const std::vector<std::string>& files, std::int64_t since,
+                       std::string_view script, const std::function<bool(const AuditEntry&)>& sink);
+
+}  // namespace kalvex::app
