@@ -24,7 +24,7 @@ platform::Notice SetListening(ConsoleConfiguration& target, std::string_view tex
 
 template <std::string vantrel::Listening::*Member>
 platform::Notice SetFile(ConsoleConfiguration& target, std::string_view text) {
-    return vantrel::SetListeningFile(target.listening.*Member, text);
+    return vantrel::SetConfiguredPath(target.listening.*Member, text);
 }
 
 platform::Notice SetClients(ConsoleConfiguration& target, std::string_view text) {

@@ -68,7 +68,7 @@ platform::Notice SetSetting(Definitions& target, std::string_view, std::string_v
 
 template <auto Member>
 platform::Notice SetPath(Definitions& target, std::string_view, std::string_view text) {
-    return vantrel::SetListeningFile(target.*Member, text);
+    return vantrel::SetConfiguredPath(target.*Member, text);
 }
 
 template <bool vantrel::Listening::*Member>
@@ -85,7 +85,7 @@ platform::Notice SetListening(Definitions& target, std::string_view, std::string
 
 template <std::string vantrel::Listening::*Member>
 platform::Notice SetFile(Definitions& target, std::string_view, std::string_view text) {
-    return vantrel::SetListeningFile(target.listening.*Member, text);
+    return vantrel::SetConfiguredPath(target.listening.*Member, text);
 }
 
 template <class Target, std::string Target::*Member>

@@ -40,9 +40,9 @@ platform::Notice SetListeningAddress(Listening& target, std::string_view text) {
     return {};
 }
 
-platform::Notice SetListeningFile(std::string& file, std::string_view text) {
+platform::Notice SetConfiguredPath(std::string& path, std::string_view text) {
     if (text.empty() || HasControls(text)) return {platform::Translatable("oczekiwano ścieżki")};
-    file = text::ToUtf8(text);
+    path = text::ToUtf8(text);
     return {};
 }
 

@@ -22,7 +22,7 @@ struct Listening {
 // Each takes a value as a configuration has it, an engine text; the answer tells what is wrong.
 platform::Notice SetListeningGroup(Listening& target, std::string_view text);
 platform::Notice SetListeningAddress(Listening& target, std::string_view text);
-platform::Notice SetListeningFile(std::string& file, std::string_view text);
+platform::Notice SetConfiguredPath(std::string& path, std::string_view text);
 
 // How a configuration names what it sets, UTF-8.
 struct ListeningKeys {

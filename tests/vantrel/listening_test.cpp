@@ -75,12 +75,12 @@ TEST(ListeningTest, GroupIsOneOfTheSystem) {
               "w systemie nie ma grupy o tej nazwie");
 }
 
-TEST(ListeningTest, FileHasAPath) {
+TEST(ListeningTest, PathIsNotEmptyAndInOneLine) {
     std::string file;
-    EXPECT_EQ(Words(SetListeningFile(file, text::FromUtf8("/etc/klucz główny.pem"))), "");
+    EXPECT_EQ(Words(SetConfiguredPath(file, text::FromUtf8("/etc/klucz główny.pem"))), "");
     EXPECT_EQ(file, "/etc/klucz główny.pem");
-    EXPECT_EQ(Words(SetListeningFile(file, "")), "oczekiwano ścieżki");
-    EXPECT_EQ(Words(SetListeningFile(file, "a\tb")), "oczekiwano ścieżki");
+    EXPECT_EQ(Words(SetConfiguredPath(file, "")), "oczekiwano ścieżki");
+    EXPECT_EQ(Words(SetConfiguredPath(file, "a\tb")), "oczekiwano ścieżki");
 }
 
 }  // namespace
