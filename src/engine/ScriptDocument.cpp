@@ -152,9 +152,13 @@ bool CKalvexDoc::Start() {
 
 void CKalvexDoc::Stop() {
     if (CommandGoesToModule(ConsoleCommand::Stop)) return;
+    StopFor(StopCause::Command);
+}
+
+void CKalvexDoc::StopFor(StopCause cause) {
     MarkLine(m_nCurrentLine);
     m_bStepRequested = false;
-    Pause();
+    if (!m_bPaused) Pause(cause);
     if (m_view != nullptr) {
         m_view->SelectLine(m_nCurrentLine);
         m_view->RefreshTitle();
@@ -204,6 +208,7 @@ void CKalvexDoc::ClearRunState() {
     m_nReportedError = operands::ErrorNone;
     m_bErrorStanding = false;
     stepFailed = false;
+    standing = {};
 }
 
 void CKalvexDoc::MarkLine(int line) {

@@ -15,6 +15,7 @@
 #include "engine/CallStack.h"
 #include "engine/DocumentServices.h"
 #include "engine/IfBlocks.h"
+#include "engine/LineStanding.h"
 #include "engine/ScriptText.h"
 #include "engine/ScriptView.h"
 #include "operands/ScriptContext.h"
@@ -48,6 +49,7 @@ struct RunState {
     bool m_bLineReportSend = false;
     std::int64_t m_tLastLineReport = 0;
     bool m_bIgnoreUnknown = false;
+    LineStanding standing;
 };
 
 class CKalvexDoc final : public operands::ScriptContext, private RunState {
@@ -94,7 +96,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // Counts the pace on as so many steps do that have no line to run.
     void SkipSteps(int count);
     // Into step mode, all state kept, and out of it to run freely.
-    void Pause();
+    void Pause(StopCause cause);
     void Resume();
 
     int GetLineCount() const;
@@ -105,7 +107,9 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // Records the error and puts the script into step mode, for a handler to return.
     operands::Failure StopOnError(int code, std::string_view text);
     std::string GetErrorMessage(int code) const;  // translated
-    // " : Linia N - message" and " : text" if there is one.
+    // The message and " : text" if there is one.
+    std::string FormatError(int code, std::string_view text) const;
+    // The same behind " : Linia N - ".
     std::string FormatErrorReport(int line, int code, std::string_view text) const;
     void LogLine(std::string_view text, int level);  // the path followed by the text
 
@@ -147,6 +151,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     bool Reload();
     void ReportError(int level);
     void ShowLine(int line);
+    void StopFor(StopCause cause);
     void MarkLine(int line);
     void RunFreely();
     void RunOneStep();

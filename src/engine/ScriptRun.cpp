@@ -38,14 +38,16 @@ void CKalvexDoc::SkipSteps(int count) {
     m_nPaceCounter = CounterAfter(m_nPaceCounter, m_nPriority, count);
 }
 
-void CKalvexDoc::Pause() {
+void CKalvexDoc::Pause(StopCause cause) {
     m_bRunning = false;
     m_bPaused = true;
+    standing.OnStop(cause, Services().clock);
 }
 
 void CKalvexDoc::Resume() {
     m_bRunning = true;
     m_bPaused = false;
+    standing.OnStart(Services().clock);
 }
 
 void CKalvexDoc::RunFreely() {
@@ -73,7 +75,9 @@ void CKalvexDoc::RunFreely() {
 
 // A step reports an error only where line and code both differ from the reported ones.
 void CKalvexDoc::RunOneStep() {
+    standing.OnStep();
     const bool succeeded = ExecuteLine();
+    standing.Settle(Services().clock);
     stepFailed = !succeeded && !LastError().IsWaiting();
     if (!succeeded) {
         const int code = LastError().m_nErrorCode;
@@ -103,7 +107,7 @@ void CKalvexDoc::ShowLine(int line) {
     m_view->SelectLine(line);
     const bool behindText = line >= GetLineCount();
     if (m_bStepRequested || behindText || !m_view->HasBreakpoint(line)) return;
-    Stop();
+    StopFor(StopCause::Breakpoint);
     if (Services().console != nullptr) {
         Services().console->SendState(m_strDocKey, ConsoleStateMessage::Breakpoint, GetStateWord(),
                                       line);
@@ -111,7 +115,10 @@ void CKalvexDoc::ShowLine(int line) {
 }
 
 bool CKalvexDoc::ExecuteLine() {
-    if (m_nCurrentLine >= GetLineCount()) return true;
+    if (m_nCurrentLine >= GetLineCount()) {
+        standing.Settle(Services().clock);
+        return true;
+    }
     if (!m_arrLineCache.empty()) return RunLine();
     // A text that is not started may change between two lines, but not within one.
     FillLineCache();
@@ -132,6 +139,7 @@ bool CKalvexDoc::RunLine() {
     if (failed && LastError().m_nErrorCode == operands::ErrorNone)
         SetError(operands::ErrorOther, {}, false);
     if (Services().counts != nullptr) CountLine(*Services().counts, failed);
+    standing.OnLine(outcome, LastError(), Services().clock);
     if (outcome == LineOutcome::Finished) CompleteLine();
     return !failed;
 }
@@ -165,7 +173,7 @@ void CKalvexDoc::CompleteLine() {
 }
 
 operands::Failure CKalvexDoc::StopOnError(int code, std::string_view text) {
-    Pause();
+    Pause(StopCause::Error);
     return Fail(code, text);
 }
 
@@ -179,15 +187,20 @@ std::string CKalvexDoc::GetErrorMessage(int code) const {
     return row->translated ? translator.Translate(row->text) : text::FromUtf8(row->text);
 }
 
+std::string CKalvexDoc::FormatError(int code, std::string_view text) const {
+    std::string words = GetErrorMessage(code);
+    if (!text.empty()) {
+        words += " : ";
+        words += text;
+    }
+    return words;
+}
+
 std::string CKalvexDoc::FormatErrorReport(int line, int code, std::string_view text) const {
     std::string report = Services().translator.Translate(" : Linia ");
     report += std::to_string(line + 1);
     report += " - ";
-    report += GetErrorMessage(code);
-    if (!text.empty()) {
-        report += " : ";
-        report += text;
-    }
+    report += FormatError(code, text);
     return report;
 }
 

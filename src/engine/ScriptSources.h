@@ -14,6 +14,37 @@ namespace kalvex::engine {
 
 class CKalvexDoc;
 
+// Whether a server variable has a value that a script can read, and what keeps it from one.
+enum class DataState {
+    Usable,
+    NoTarget,     // the script's variable is a pointer that leads nowhere
+    NoElement,    // or a list without a known element under its iterator
+    NotReadable,  // there are no such data to be read
+    NoAddress,    // no connection can be made to the source
+    Down,         // the source is out of reach
+    Opening,      // being connected
+    Login,        // the source has yet to answer the login
+    LoginRefused,
+    NotSubscribed,  // held back by SUBSCRIBE STOP
+    NoVariable,     // the source does not have it
+    NoAccess,       // or does not show it
+    NoData,         // connected, and no data have come since
+    NoValue,        // the source has none
+    Unknown,        // the value's status says so
+    Locked,         // LOCK keeps a value that cannot be read
+    NotAsked,       // report: nobody has asked for it
+    Asked,          // report: no answer yet
+    NotThere,       // report: the source answered with an error, or was out of reach
+    NoReport,       // report: the answer holds no value
+};
+
+struct DataCondition {
+    std::string source;
+    std::string variable;  // at the source
+    DataState state = DataState::Usable;
+    std::string reason = {};  // why the source is out of reach, translated, where that is known
+};
+
 class ScriptSources {
   public:
     virtual ~ScriptSources() = default;
@@ -27,6 +58,9 @@ class ScriptSources {
 
     // Ends the binding of a remote variable whose document clears its run state.
     virtual void ReleaseRemote(operands::CVariable& variable) = 0;
+
+    // How it is with the data of that kind of a remote variable.
+    virtual DataCondition GetCondition(operands::CVariable& remote, value::ValueKind kind) = 0;
 
     // Subscription is held back while blocks nest; the reset form ends them all.
     virtual void BlockSubscribe() = 0;

@@ -1,6 +1,7 @@
 #include "sources/ClientInterface.h"
 
 #include "platform/UserDirectory.h"
+#include "sources/DataStates.h"
 #include "sources/VariableRemote.h"
 
 namespace kalvex::sources {
@@ -126,6 +127,21 @@ void CClientInterface::ReleaseRemote(operands::CVariable& variable) {
     CInterfaceObj& link = *variable.GetSourceRecord();
     link.CancelAll();
     UnregisterOwner(link);
+}
+
+engine::DataCondition CClientInterface::GetCondition(operands::CVariable& remote,
+                                                     value::ValueKind kind) {
+    CInterfaceObj& link = *remote.GetSourceRecord();
+    engine::DataCondition condition{link.GetSource(), link.GetVariable(),
+                                    FindDataState(link, kind)};
+    if (condition.state == engine::DataState::Down) {
+        const std::uint32_t reason = link.GetConnection()->GetDownReason();
+        if (reason != 0) {
+            condition.reason =
+                CInterfaceClientConnection::GetErrorInfo(reason, m_services.translator);
+        }
+    }
+    return condition;
 }
 
 std::optional<std::vector<std::string>> CClientInterface::GetVariableNames(

@@ -95,6 +95,7 @@ class CClientInterface final : public engine::ScriptSources {
                                                       std::string_view source,
                                                       std::string_view variable) override;
     void ReleaseRemote(operands::CVariable& variable) override;
+    engine::DataCondition GetCondition(operands::CVariable& remote, value::ValueKind kind) override;
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override;
 
   private:

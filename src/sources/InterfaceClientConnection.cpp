@@ -107,6 +107,7 @@ void CInterfaceClientConnection::OnVariableList() {
 
 void CInterfaceClientConnection::OnConnectionFault(vantrel::ConnectionFault fault,
                                                    std::uint32_t code) {
+    if (fault == vantrel::ConnectionFault::Open) m_downReason = code;
     const std::string words = GetErrorInfo(code, m_services.translator);
     for (const FaultRow& row : kFaults) {
         if (row.fault != fault) continue;
@@ -119,10 +120,14 @@ void CInterfaceClientConnection::OnConnectionFault(vantrel::ConnectionFault faul
 }
 
 void CInterfaceClientConnection::OnServerAccess(bool denied, std::string_view text) {
-    if (denied) Log("Brak dostępu do serwera %s %s", {GetServerName(), text}, platform::LogErrors);
+    if (!denied) return;
+    m_downReason = vantrel::ReasonLoginRefused;
+    Log("Brak dostępu do serwera %s %s", {GetServerName(), text}, platform::LogErrors);
 }
 
 void CInterfaceClientConnection::OnConnect() {
+    m_downReason = 0;
+    for (int i = 0; i <= GetMaxVarValIndex(); ++i) Registered(GetVarVal(i)).SetRefusal({});
     Log("Nawiązanie połączenia z %s", {GetServerName()}, platform::LogEvents);
     if (m_lostUntold > 0) {
         Log("Bez połączenia z %s przepadły jeszcze polecenia w liczbie %s",
@@ -134,6 +139,7 @@ void CInterfaceClientConnection::OnConnect() {
 
 void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
     m_fDataReady = false;
+    m_downReason = reason;
     if (reason == vantrel::ReasonClosed) {
         Log("Rozwiązanie połączenia z %s", {GetServerName()}, platform::LogEvents);
     } else if (reason == vantrel::ReasonSettingsChanged || reason == vantrel::ReasonLoginChanged) {
@@ -184,6 +190,7 @@ void CInterfaceClientConnection::OnVarAccessError(const vantrel::RequestRecord& 
             m_services.translator.Translate("Brak dostępu do wartości zmiennej w źródle (%d)"),
             {std::to_string(record.result)});
     }
+    Registered(*GetVarVal(record.variable)).SetRefusal(record.result);
     LogVariableError(text, record.variable);
 }
 

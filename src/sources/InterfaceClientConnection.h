@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -35,9 +36,19 @@ class CVarReg final : public vantrel::CVarVal {
     const vantrel::CVarDefInfo* GetDefInfo() const { return m_pDefInfo; }
     void SetDefInfo(const vantrel::CVarDefInfo* definition) { m_pDefInfo = definition; }
 
+    // The access error with which the server has answered the subscription: 0 where it does not
+    // have the variable; nothing where it has, or has not answered yet.
+    std::optional<std::uint16_t> GetRefusal() const { return m_refusal; }
+    void SetRefusal(std::optional<std::uint16_t> refusal) { m_refusal = refusal; }
+    void SetValue(value::CVal value) override {
+        m_refusal.reset();
+        vantrel::CVarVal::SetValue(std::move(value));
+    }
+
   private:
     std::vector<CInterfaceObj*> m_arrOwners;
     const vantrel::CVarDefInfo* m_pDefInfo = nullptr;
+    std::optional<std::uint16_t> m_refusal;
 };
 
 class CInterfaceClientConnection : public vantrel::CClientConnection {
@@ -47,6 +58,10 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
 
     // Current data has come in since the last connect.
     bool IsDataReady() const { return m_fDataReady; }
+
+    // Why there is no connection, a ConnectionReason; 0 while there is one, and before the first
+    // attempt has ended.
+    std::uint32_t GetDownReason() const { return m_downReason; }
 
     // The login of the source, or that of the user at the keyboard where the source has none.
     void GetLoginData(std::string& user, std::string& password) const override;
@@ -93,6 +108,7 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
 
     SourceServices& m_services;
     bool m_fDataReady = false;
+    std::uint32_t m_downReason = 0;
     // Orders lost since there was no server: those that the log has had, by variable and text, and
     // the number of the others.
     std::set<std::pair<std::string, std::string>> m_lostTold;

@@ -160,6 +160,11 @@ CVarVal* CClientConnection::GetVarVal(std::string_view name) const {
     return found == m_byName.end() ? nullptr : found->second->pVarVal.get();
 }
 
+bool CClientConnection::IsSubscribed(std::string_view name) const {
+    const auto found = m_byName.find(name);
+    return found != m_byName.end() && found->second->handle != 0;
+}
+
 const CVarDefInfo* CClientConnection::GetVarDefInfo(std::string_view name) const {
     const auto found = m_definitions.find(std::string(name));
     return found == m_definitions.end() ? nullptr : &found->second;

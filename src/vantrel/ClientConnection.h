@@ -63,6 +63,8 @@ class CClientConnection : private ClientTransportEvents {
     void Subscribe();
 
     CVarVal* GetVarVal(std::string_view name) const;  // null when it is not registered
+    // The variable is part of what the server is asked to send.
+    bool IsSubscribed(std::string_view name) const;
     CVarVal& GetVarVal(int index) const { return *m_arrVariables[index]->pVarVal; }
     int GetMaxVarValIndex() const { return static_cast<int>(m_arrVariables.size()) - 1; }
 
