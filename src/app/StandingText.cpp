@@ -112,7 +112,6 @@ constexpr ReleaseRow kReleases[] = {
     {Release::Subscribe, Translatable("po SUBSCRIBE START")},
 };
 
-constexpr const char* kBecause = Translatable("%s (%s)");
 constexpr const char* kErrorTimes = Translatable("%s (razy: %s)");
 constexpr const char* kMore = Translatable("i jeszcze %s");
 
@@ -145,7 +144,7 @@ std::string DataText(const engine::DataCondition& condition, const Translator& t
     const std::string words =
         translator.Translate(std::ranges::find(kData, condition.state, &DataRow::state)->words);
     if (condition.reason.empty()) return words;
-    return text::FormatText(translator.Translate(kBecause), {words, condition.reason});
+    return text::FormatText("%s (%s)", {words, condition.reason});
 }
 
 std::string MissingText(const MissingValue& missing, const Translator& translator) {

@@ -211,11 +211,11 @@ ScriptStanding GetStanding(CKalvexDoc& document) {
     if (result.state == StandingState::Sleeping) result.until = state.m_tSleepUntil;
     if (result.state == StandingState::Scheduled) result.until = NextWaitTime(state);
     if (state.m_bPaused) result.stopped = line.GetStopped();
-    result.lastFinished = line.GetLastFinished();
-    if (line.GetOutcome() == LineOutcome::Finished) {
-        result.lastFinished = document.Services().clock.Now();
-    } else {
-        result.since = line.GetSince();
+    const bool moves = line.GetOutcome() == LineOutcome::Finished;
+    const std::int64_t now = document.Services().clock.Now();
+    result.lastFinished = moves ? now : line.GetLastFinished();
+    if (result.state != StandingState::Running) result.since = moves ? now : line.GetSince();
+    if (!moves) {
         result.error = line.GetError();
         result.message = document.FormatError(result.error.code, result.error.text);
     }

@@ -58,7 +58,7 @@ struct ScriptStanding {
     int line = 0;      // counts from 0; the number of lines when the script has passed the last one
     std::string text;  // of the script with its INCLUDE lines replaced, as it was written there
     StandingState state = StandingState::Idle;
-    std::int64_t since = 0;    // that it stands on the line
+    std::int64_t since = 0;    // when it came to stand on the line; 0 while it runs freely
     std::int64_t stopped = 0;  // when it was stopped, in the three states that say so
     std::int64_t until = 0;    // Sleeping, Scheduled
     // Waiting and failed reads: the value that the try ended with first, then those of further

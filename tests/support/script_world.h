@@ -50,6 +50,13 @@ class HandSources final : public engine::ScriptSources {
     void ReleaseRemote(operands::CVariable& variable) override {
         calls.push_back("release " + text::ToUtf8(variable.GetName()));
     }
+    engine::DataCondition GetCondition(operands::CVariable& remote,
+                                       value::ValueKind kind) override {
+        engine::DataCondition condition = conditions[text::ToUtf8(remote.GetName())];
+        condition.variable += '.';
+        condition.variable += value::WordOfKind(kind);
+        return condition;
+    }
     void BlockSubscribe() override { calls.push_back("block"); }
     void UnblockSubscribe(bool reset) override {
         calls.push_back(reset ? "unblock all" : "unblock");
@@ -71,6 +78,7 @@ class HandSources final : public engine::ScriptSources {
 
     std::vector<std::string> calls;
     std::map<std::string, std::vector<std::string>> servers;
+    std::map<std::string, engine::DataCondition> conditions;  // of remote variables by their names
 };
 
 class ScriptWorld : public testing::Test {

@@ -12,6 +12,7 @@ TABLES = {
     "src/app/CmdLine.cpp": {"", " ", ":=", "{}", "/{}", "{:<14}{}\\n"}
     | {"?", "RC", "D", "X", "C", "INST", "NOLOGIN", "U", "Q", "P", "MIRROR"},
     "src/app/HealthText.cpp": None,
+    "src/app/StandingText.cpp": None,
     "src/app/KalvexLog.cpp": {"", "RC: "},
     "src/host/LinkStatements.cpp": {" \\t"},
     "src/host/LinkTests.cpp": {
