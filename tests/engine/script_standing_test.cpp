@@ -163,7 +163,7 @@ TEST_F(ScriptStandingTest, LineThatSucceedsAfterErrorsLeavesNothingBehind) {
 }
 
 TEST_F(ScriptStandingTest, ErrorThatOnlyTriesCanEnd) {
-    CKalvexDoc& document = Started("LOCAL A\nREAD_FILE \"brak.dat\" \"S\"");
+    CKalvexDoc& document = Started("LOCAL A = \"/nie/ma/dane.txt\"\nREAD_FILE A");
     Try(document, 2);
     const ScriptStanding standing = GetStanding(document);
     EXPECT_EQ(standing.state, StandingState::Failing);
