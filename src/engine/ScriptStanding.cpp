@@ -1,7 +1,6 @@
 #include "engine/ScriptStanding.h"
 
 #include <algorithm>
-#include <array>
 
 #include "engine/Procedures.h"
 #include "engine/WaitFor.h"
@@ -214,11 +213,12 @@ ScriptStanding GetStanding(CKalvexDoc& document) {
     const bool moves = line.GetOutcome() == LineOutcome::Finished;
     const std::int64_t now = document.Services().clock.Now();
     result.lastFinished = moves ? now : line.GetLastFinished();
-    if (result.state != StandingState::Running) result.since = moves ? now : line.GetSince();
-    if (!moves) {
-        result.error = line.GetError();
-        result.message = document.FormatError(result.error.code, result.error.text);
+    if (result.state != StandingState::Running) {
+        result.since = moves ? now : line.GetSince();
+        if (!moves) result.error = line.GetError();
     }
+    if (result.error.times != 0)
+        result.message = document.FormatError(result.error.code, result.error.text);
     result.release = ReleaseOf(result);
     return result;
 }

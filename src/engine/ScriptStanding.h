@@ -64,7 +64,7 @@ struct ScriptStanding {
     // Waiting and failed reads: the value that the try ended with first, then those of further
     // remote variables of the line that have no value for it either.
     std::vector<MissingValue> missing;
-    StandingError error;            // the last one on this line that is no wait; code 0 for none
+    StandingError error;            // the last one on this line that is no wait; times 0 for none
     std::string message;            // of that error, as the log has it behind the line's number
     std::int64_t lastFinished = 0;  // when a line last finished, in this run
     Release release = Release::None;

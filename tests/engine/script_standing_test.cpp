@@ -413,7 +413,7 @@ TEST_F(ScriptStandingTest, ErrorThatStopsTheScript) {
     Wait(5);
     Try(document, 2);
     EXPECT_EQ(Stands(document), "error 1 since 5 stopped 5 ran 5 error 6 x1, correction");
-    EXPECT_EQ(text::ToUtf8(GetStanding(document).message), "Nie znaleziono etykiety : brak");
+    EXPECT_EQ(text::ToUtf8(GetStanding(document).message), "Nie znaleziono etykiety : :brak");
 }
 
 TEST_F(ScriptStandingTest, ErrorThatStopsOnABreakpointIsTheCause) {
