@@ -1,5 +1,5 @@
 // How a script stands on its line: since when, with what outcome, when it last got on. Kept as
-// lines run, at one store for a line that finishes and two for one that does not. Main thread.
+// lines run; one that finishes, or sleeps on, as the last one did costs a comparison. Main thread.
 #pragma once
 
 #include <cstdint>
@@ -28,6 +28,7 @@ class LineStanding {
     // A line has been tried.
     void OnLine(LineOutcome outcome, const operands::ErrorSlot& error,
                 const platform::Clock& clock) {
+        if (outcome == m_outcome && outcome != LineOutcome::Failed) return;
         if (outcome != LineOutcome::Finished) OnStay(outcome, error, clock);
         m_outcome = outcome;
     }

@@ -228,7 +228,7 @@ TEST_F(StandingTextTest, LongValuesAreBounded) {
         standing.missing.push_back(Missing(std::string(300, 'z').c_str(), DataState::Opening));
     }
     const std::vector<std::string> lines = Report(standing);
-    ASSERT_EQ(lines.size(), 23u);
+    ASSERT_EQ(lines.size(), 22u);
     EXPECT_EQ(lines[0], "Linia:            12: SET A =");
     EXPECT_EQ(lines[1], "                  " + std::string(62, 'x'));
     EXPECT_EQ(lines[2], "                  " + std::string(59, 'x') + "...");
