@@ -162,6 +162,17 @@ TEST_F(ScriptStandingTest, LineThatSucceedsAfterErrorsLeavesNothingBehind) {
     EXPECT_EQ(Stands(document), "failing 3 since 10 ran 10 error 1 x2, correction");
 }
 
+TEST_F(ScriptStandingTest, SameErrorOnTheNextLineIsCountedAnew) {
+    CKalvexDoc& document = Started("REMOTE A srv@X\nREMOTE C srv@Y\nLOCAL B = A\nSET B = C");
+    Try(document, 2);
+    Remote(document, "A").answer = operands::ReadUnavailable;
+    Remote(document, "C").answer = operands::ReadUnavailable;
+    Try(document, 3);
+    Remote(document, "A").answer = operands::ReadValue;
+    Try(document, 3);
+    EXPECT_EQ(Stands(document), "failing 3 since 0 ran 0 error 15 x2, next try");
+}
+
 TEST_F(ScriptStandingTest, ErrorThatOnlyTriesCanEnd) {
     CKalvexDoc& document = Started("LOCAL A = \"/nie/ma/dane.txt\"\nREAD_FILE A");
     Try(document, 2);

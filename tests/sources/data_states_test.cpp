@@ -160,6 +160,18 @@ TEST_F(DataStatesTest, RefusalEndsWithItsConnection) {
     Reconnect();
     EXPECT_EQ(State(), DataState::NoData);
     EXPECT_EQ(Condition().reason, "");
+    EXPECT_EQ(client->FindConnection("srv")->GetDownReason(), 0u);
+}
+
+TEST_F(DataStatesTest, ValueFromBeforeABreakCountsForNothingUntilDataHaveCome) {
+    Connect("\nIGNORE_UNKNOWN_ON");
+    SendValue(value::CVal(5));
+    network.Break("srv", vantrel::ReasonLost);
+    network.Deliver();
+    Reconnect();
+    EXPECT_EQ(State(), DataState::NoData);
+    SendNothing();
+    EXPECT_EQ(State(), DataState::Usable);
 }
 
 TEST_F(DataStatesTest, ValueFromBeforeABreakIsUnknownUntilTheNext) {
