@@ -115,6 +115,12 @@ std::string_view AuditWord(AuditAction action) {
     return RowOf(action).word;
 }
 
+std::optional<AuditAction> AuditActionOf(std::string_view word) {
+    const auto row = std::ranges::find(kActions, word, &ActionRow::word);
+    if (row == std::end(kActions)) return {};
+    return row->action;
+}
+
 bool ConcernsAllScripts(AuditAction action) {
     return RowOf(action).allScripts;
 }
@@ -144,11 +150,10 @@ std::optional<AuditEntry> ParseAuditLine(std::string_view line) {
         !action->is_string()) {
         return {};
     }
-    const auto row = std::ranges::find(
-        kActions, std::string_view(action->get_ref<const std::string&>()), &ActionRow::word);
+    const auto known = AuditActionOf(action->get_ref<const std::string&>());
     AuditEntry entry{.time = seconds->get<std::int64_t>()};
-    if (row == std::end(kActions) || !TakeTexts(object, entry.record)) return {};
-    entry.record.action = row->action;
+    if (!known || !TakeTexts(object, entry.record)) return {};
+    entry.record.action = *known;
     return entry;
 }
 

@@ -58,6 +58,9 @@ inline constexpr std::size_t kLongestAuditLine = std::size_t{1} << 20;
 // The word by which lines and programs know the action.
 std::string_view AuditWord(AuditAction action);
 
+// Nothing for a word that is none.
+std::optional<AuditAction> AuditActionOf(std::string_view word);
+
 // Whether the action concerns every script where no script is named.
 bool ConcernsAllScripts(AuditAction action);
 

@@ -198,7 +198,7 @@ bool CKalvexDoc::CheckStructure() {
             while (!token.empty() && !EndsCondition(token));
             if (text::EqualNoCase(token, operands::Keyword::Then)) ++open;
         } else if (text::EqualNoCase(token, operands::Keyword::Endif) && --open < 0) {
-            LogLine(FormatErrorReport(line, operands::ErrorStrayEndif, {}), platform::LogErrors);
+            Report(line, operands::ErrorStrayEndif, {}, platform::LogErrors);
             return false;
         }
     }

@@ -122,6 +122,7 @@ bool CKalvexDoc::SaveChanges() {
 bool CKalvexDoc::Start() {
     if (Services().consoleClient && !m_bControlAllowed) return false;
     if (!SaveChanges() || CommandGoesToModule(ConsoleCommand::Start)) return false;
+    report.reset();
     LogLine(Services().translator.Translate(" : Inicjowanie skryptu "), platform::LogAlways);
     if (!m_bIncludesExpanded) {
         DropLineCache();
@@ -209,6 +210,7 @@ void CKalvexDoc::ClearRunState() {
     m_bErrorStanding = false;
     stepFailed = false;
     standing = {};
+    report.reset();
 }
 
 void CKalvexDoc::MarkLine(int line) {

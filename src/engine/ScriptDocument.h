@@ -7,6 +7,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -24,6 +25,15 @@ namespace kalvex::engine {
 
 // Bits of the state word that the console publishes.
 enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, StateMinimised = 8 };
+
+// A line of the log about a line of the script.
+struct ScriptReport {
+    std::int64_t time = 0;
+    int level = 0;  // of the log
+    int line = 0;
+    std::string text;      // behind the line's number
+    bool waiting = false;  // for data; else an error
+};
 
 // The state of a script's run. The document alone changes it. Line numbers count from 0.
 struct RunState {
@@ -50,6 +60,7 @@ struct RunState {
     std::int64_t m_tLastLineReport = 0;
     bool m_bIgnoreUnknown = false;
     LineStanding standing;
+    std::optional<ScriptReport> report;  // the newest since the start or the reset
 };
 
 class CKalvexDoc final : public operands::ScriptContext, private RunState {
@@ -109,8 +120,8 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     std::string GetErrorMessage(int code) const;  // translated
     // The message and " : text" if there is one.
     std::string FormatError(int code, std::string_view text) const;
-    // The same behind " : Linia N - ".
-    std::string FormatErrorReport(int line, int code, std::string_view text) const;
+    // The same behind " : Linia N - " into the log.
+    void Report(int line, int code, std::string_view text, int level);
     void LogLine(std::string_view text, int level);  // the path followed by the text
 
     // Preparation. With `expand` the file is reloaded and its INCLUDE and INCLUDE_VAR lines

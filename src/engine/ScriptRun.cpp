@@ -98,7 +98,8 @@ void CKalvexDoc::RunOneStep() {
 
 void CKalvexDoc::ReportError(int level) {
     const operands::ErrorSlot& error = LastError();
-    LogLine(FormatErrorReport(m_nCurrentLine, error.m_nErrorCode, error.m_strErrorText), level);
+    Report(m_nCurrentLine, error.m_nErrorCode, error.m_strErrorText, level);
+    report->waiting = error.IsWaiting();
 }
 
 void CKalvexDoc::ShowLine(int line) {
@@ -196,12 +197,13 @@ std::string CKalvexDoc::FormatError(int code, std::string_view text) const {
     return words;
 }
 
-std::string CKalvexDoc::FormatErrorReport(int line, int code, std::string_view text) const {
-    std::string report = Services().translator.Translate(" : Linia ");
-    report += std::to_string(line + 1);
-    report += " - ";
-    report += FormatError(code, text);
-    return report;
+void CKalvexDoc::Report(int line, int code, std::string_view text, int level) {
+    report = {Services().clock.Now(), level, line, FormatError(code, text)};
+    std::string words = Services().translator.Translate(" : Linia ");
+    words += std::to_string(line + 1);
+    words += " - ";
+    words += report->text;
+    LogLine(words, level);
 }
 
 }  // namespace kalvex::engine

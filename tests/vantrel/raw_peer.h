@@ -74,7 +74,7 @@ class RawServer final : private PortEvents {
   public:
     explicit RawServer(const std::string& socket) {
         platform::Notice error;
-        m_port = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, error);
+        m_port = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, nullptr, error);
     }
     ~RawServer() override {
         if (stream) stream->Cancel();

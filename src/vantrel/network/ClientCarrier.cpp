@@ -59,16 +59,15 @@ class ClientStream final : public GrpcStream<Reactor> {
           m_yard(std::move(yard)),
           m_stub(std::move(channel)) {}
 
-    void Begin(StreamMethod method) {
+    void Begin(const char* method) {
         KeepAlive();
         m_yard->Enter();
-        const char* name = method == StreamMethod::Converse ? kConverse : kListVariables;
-        m_stub.PrepareBidiStreamingCall(&m_context, name, {}, this);
+        m_stub.PrepareBidiStreamingCall(&m_context, method, {}, this);
         AddHold();
         StartCall();
     }
 
-    void Finish(StreamEnd) override { CloseOutbox(); }
+    void Finish(StreamEnd, std::string) override { CloseOutbox(); }
 
     void Cancel() override {
         m_context.TryCancel();
@@ -125,6 +124,13 @@ ClientCarrier::~ClientCarrier() {
 }
 
 std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, StreamMethod method,
+                                            std::shared_ptr<StreamEvents> events,
+                                            std::size_t outboxLimit, platform::Notice& error) {
+    return Dial(endpoint, method == StreamMethod::Converse ? kConverse : kListVariables,
+                std::move(events), outboxLimit, error);
+}
+
+std::shared_ptr<Stream> ClientCarrier::Dial(const Endpoint& endpoint, const char* method,
                                             std::shared_ptr<StreamEvents> events,
                                             std::size_t outboxLimit, platform::Notice& error) {
     m_yard->Sweep();

@@ -27,6 +27,10 @@ class ClientCarrier {
     std::shared_ptr<Stream> Dial(const Endpoint& endpoint, StreamMethod method,
                                  std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
                                  platform::Notice& error);
+    // The same for a method that is none of sorvane.proto, "/package.Service/Method".
+    std::shared_ptr<Stream> Dial(const Endpoint& endpoint, const char* method,
+                                 std::shared_ptr<StreamEvents> events, std::size_t outboxLimit,
+                                 platform::Notice& error);
 
   private:
     std::shared_ptr<StreamYard> m_yard;

@@ -39,6 +39,10 @@ inline constexpr StreamEndRow kStreamEnds[] = {
     {StreamEnd::Refused, grpc::StatusCode::PERMISSION_DENIED},
     {StreamEnd::Unreachable, grpc::StatusCode::UNAVAILABLE},
     {StreamEnd::TooLarge, grpc::StatusCode::RESOURCE_EXHAUSTED},
+    {StreamEnd::LoginRefused, grpc::StatusCode::UNAUTHENTICATED},
+    {StreamEnd::NotFound, grpc::StatusCode::NOT_FOUND},
+    {StreamEnd::NotAQuestion, grpc::StatusCode::INVALID_ARGUMENT},
+    {StreamEnd::NotOffered, grpc::StatusCode::UNIMPLEMENTED},
     {StreamEnd::Lost, grpc::StatusCode::CANCELLED},
 };
 

@@ -2,11 +2,13 @@
 
 #include <limits>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "platform/NetworkAddress.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/FurtherCalls.h"
 #include "vantrel/network/LocalSocket.h"
 #include "vantrel/network/ServerCall.h"
 #include "vantrel/network/ServerPort.h"
@@ -36,17 +38,21 @@ class WaitingCaller {
 class Server final : public NetworkServer, private PortEvents {
   public:
     Server(const NetworkServerSettings& settings, SessionAcceptor& acceptor,
-           platform::MainLoop& loop, platform::LogSink& log, const platform::Translator& translator)
+           platform::MainLoop& loop, platform::LogSink& log, const platform::Translator& translator,
+           FurtherMethods* further)
         : m_settings(settings),
           m_loop(loop),
           m_services{m_settings, acceptor, log, translator,
                      [this](ServerCall& call) { Retire(call); }},
-          m_work(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {}
+          m_work(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {
+        if (further != nullptr) m_further.emplace(*further, loop, m_settings.clock);
+    }
 
     ~Server() override {
         m_work->Stop();
         for (const auto& [call, owned] : m_calls) call->Bury(ReasonServerEnded);
         m_calls.clear();
+        if (m_further) m_further->Close();
         m_port.reset();
     }
 
@@ -68,7 +74,7 @@ class Server final : public NetworkServer, private PortEvents {
         }
         {
             const LocalSocket::OwnerOnly mode;
-            m_port = OpenPort(port, *this, error);
+            m_port = OpenPort(port, *this, m_further ? &*m_further : nullptr, error);
         }
         if (!m_port) return false;
         return m_settings.source.empty() || m_settings.group.empty() ||
@@ -80,6 +86,7 @@ class Server final : public NetworkServer, private PortEvents {
     void Check() override {
         const std::int64_t now = m_settings.clock();
         for (const auto& [call, owned] : m_calls) call->Check(now);
+        if (m_further) m_further->Check();
     }
 
   private:
@@ -137,6 +144,7 @@ class Server final : public NetworkServer, private PortEvents {
     std::shared_ptr<HandOver> m_work;
     std::map<ServerCall*, std::unique_ptr<ServerCall>> m_calls;
     LocalSocket m_socket;
+    std::optional<FurtherCalls> m_further;
     std::unique_ptr<ServerPort> m_port;
 };
 
@@ -161,8 +169,8 @@ std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& sett
                                                SessionAcceptor& acceptor, platform::MainLoop& loop,
                                                platform::LogSink& log,
                                                const platform::Translator& translator,
-                                               std::string& error) {
-    auto server = std::make_unique<Server>(settings, acceptor, loop, log, translator);
+                                               std::string& error, FurtherMethods* further) {
+    auto server = std::make_unique<Server>(settings, acceptor, loop, log, translator, further);
     platform::Notice reason;
     if (server->Listen(reason)) return server;
     error = text::FromUtf8(platform::InWords(reason, translator));

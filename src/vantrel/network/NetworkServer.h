@@ -13,6 +13,7 @@
 #include "vantrel/Listening.h"
 #include "vantrel/Transport.h"
 #include "vantrel/network/Endpoint.h"
+#include "vantrel/network/FurtherMethods.h"
 #include "vantrel/network/Patience.h"
 
 namespace kalvex::vantrel {
@@ -51,11 +52,13 @@ class NetworkServer : public ServerTransport {
     virtual void Check() = 0;
 };
 
-// Null with an engine text in `error` when it cannot listen as told.
+// Null with an engine text in `error` when it cannot listen as told. `further`, which may be null,
+// outlives it as well.
 std::unique_ptr<NetworkServer> ListenOnNetwork(const NetworkServerSettings& settings,
                                                SessionAcceptor& acceptor, platform::MainLoop& loop,
                                                platform::LogSink& log,
                                                const platform::Translator& translator,
-                                               std::string& error);
+                                               std::string& error,
+                                               FurtherMethods* further = nullptr);
 
 }  // namespace kalvex::vantrel

@@ -26,16 +26,20 @@ constexpr MethodRow kMethods[] = {{kConverse, StreamMethod::Converse},
 
 class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
   public:
-    ServerStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit, StreamMethod method,
+    // A client that talks has ended when it says nothing more; one that has asked waits.
+    enum class Manner { Talks, Asks };
+
+    ServerStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit, Manner manner,
                  grpc::GenericCallbackServerContext& context)
-        : GrpcStream(std::move(events), outboxLimit), m_method(method), m_context(context) {}
+        : GrpcStream(std::move(events), outboxLimit), m_manner(manner), m_context(context) {}
 
     void Begin() { KeepAlive(); }
 
-    void Finish(StreamEnd end) override {
+    void Finish(StreamEnd end, std::string detail) override {
         {
             const std::lock_guard lock(m_mutex);
             m_end = end;
+            m_detail = std::move(detail);
         }
         CloseOutbox();
     }
@@ -51,7 +55,7 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
     void FinishLocked(StreamEnd end) {
         if (std::exchange(m_over, true)) return;
         for (const StreamEndRow& row : kStreamEnds) {
-            if (row.end == end) grpc::ServerGenericBidiReactor::Finish({row.code, ""});
+            if (row.end == end) grpc::ServerGenericBidiReactor::Finish({row.code, m_detail});
         }
     }
 
@@ -60,9 +64,8 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
     }
 
     void OnAllWrittenLocked() override { FinishLocked(m_end); }
-    // Who asks for a list has nothing more to say, and waits.
     void OnReadingEndedLocked() override {
-        if (m_method == StreamMethod::Converse) EndLocked();
+        if (m_manner == Manner::Talks) EndLocked();
     }
     void OnWritingFailedLocked() override { FinishLocked(StreamEnd::Lost); }
 
@@ -78,9 +81,10 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
         m_done = true;
     }
 
-    const StreamMethod m_method;
+    const Manner m_manner;
     grpc::GenericCallbackServerContext& m_context;  // until the stream is done
     StreamEnd m_end = StreamEnd::Orderly;
+    std::string m_detail;
     bool m_ended = false;  // the events have been told
     bool m_done = false;
 };
@@ -89,8 +93,8 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
 // one lost message and not the end of its stream.
 class Service final : public grpc::CallbackGenericService {
   public:
-    Service(PortEvents& events, std::size_t outboxLimit)
-        : m_events(events), m_outboxLimit(outboxLimit) {}
+    Service(PortEvents& events, FurtherPort* further, std::size_t outboxLimit)
+        : m_events(events), m_further(further), m_outboxLimit(outboxLimit) {}
 
   private:
     grpc::ServerGenericBidiReactor* CreateReactor(
@@ -99,11 +103,21 @@ class Service final : public grpc::CallbackGenericService {
             if (context->method() != row.name) continue;
             const auto events = m_events.MakeEvents();
             // A list is made in one piece whatever its length.
-            const bool bounded = row.method == StreamMethod::Converse;
+            const bool talks = row.method == StreamMethod::Converse;
             const auto stream = std::make_shared<ServerStream>(
-                events, bounded ? m_outboxLimit : SIZE_MAX, row.method, *context);
+                events, talks ? m_outboxLimit : SIZE_MAX,
+                talks ? ServerStream::Manner::Talks : ServerStream::Manner::Asks, *context);
             stream->Begin();
             m_events.OnCaller(stream, events, row.method, RemoteHost(context->peer()));
+            return stream.get();
+        }
+        if (m_further == nullptr) return CallbackGenericService::CreateReactor(context);
+        if (const auto method = m_further->Find(context->method())) {
+            const auto events = m_further->MakeEvents();
+            const auto stream = std::make_shared<ServerStream>(
+                events, m_outboxLimit, ServerStream::Manner::Asks, *context);
+            stream->Begin();
+            m_further->OnCaller(stream, events, *method, RemoteHost(context->peer()));
             return stream.get();
         }
         return CallbackGenericService::CreateReactor(context);
@@ -130,12 +144,14 @@ class Service final : public grpc::CallbackGenericService {
     }
 
     PortEvents& m_events;
+    FurtherPort* const m_further;  // may be null
     const std::size_t m_outboxLimit;
 };
 
 class GrpcPort final : public ServerPort {
   public:
-    GrpcPort(PortEvents& events, std::size_t outboxLimit) : m_service(events, outboxLimit) {
+    GrpcPort(PortEvents& events, FurtherPort* further, std::size_t outboxLimit)
+        : m_service(events, further, outboxLimit) {
         PrepareLibrary();
     }
 
@@ -207,8 +223,8 @@ class GrpcPort final : public ServerPort {
 }  // namespace
 
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
-                                     platform::Notice& error) {
-    auto port = std::make_unique<GrpcPort>(events, settings.outboxLimit);
+                                     FurtherPort* further, platform::Notice& error) {
+    auto port = std::make_unique<GrpcPort>(events, further, settings.outboxLimit);
     if (!port->Open(settings, error)) return nullptr;
     return port;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/Translator.h"
 #include "vantrel/network/Endpoint.h"
@@ -18,6 +19,19 @@ struct PortSettings {
     // With an authority, clients must show a certificate that it has signed.
     std::optional<TlsFiles> tls = {};
     std::size_t outboxLimit = 0;
+};
+
+// The methods beside those of sorvane.proto. Called on the library's threads.
+class FurtherPort {
+  public:
+    virtual ~FurtherPort() = default;
+
+    // Nothing when the server does not offer it.
+    virtual std::optional<std::size_t> Find(std::string_view name) const = 0;
+    // As those of PortEvents.
+    virtual std::shared_ptr<StreamEvents> MakeEvents() = 0;
+    virtual void OnCaller(std::shared_ptr<Stream> stream, std::shared_ptr<StreamEvents> events,
+                          std::size_t method, std::string address) = 0;
 };
 
 // Called on the library's threads.
@@ -41,8 +55,9 @@ class ServerPort {
     virtual int TcpPort() const = 0;  // 0 without TCP
 };
 
-// Null with the reason in `error`. The events outlive the port.
+// Null with the reason in `error`. The events and the further methods, which may be null, outlive
+// the port.
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
-                                     platform::Notice& error);
+                                     FurtherPort* further, platform::Notice& error);
 
 }  // namespace kalvex::vantrel

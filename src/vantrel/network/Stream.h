@@ -17,6 +17,10 @@ enum class StreamEnd {
     Refused,      // the server does not let this client in
     Unreachable,  // there is no server, or none that is trusted
     TooLarge,     // what was sent is beyond what the other side takes
+    LoginRefused,
+    NotFound,      // what was asked for is not there
+    NotAQuestion,  // what was sent is none
+    NotOffered,    // the server does not have the method
     Lost,
 };
 
@@ -29,8 +33,9 @@ class Stream {
     virtual bool Send(std::string parcel) = 0;
     // Begins to read, and goes on after a pause. Any thread.
     virtual void Resume() = 0;
-    // Ends the stream when all that was sent has been written, or when that takes too long.
-    virtual void Finish(StreamEnd end) = 0;
+    // Ends the stream when all that was sent has been written, or when that takes too long. A
+    // client hears of `end` and `detail`, UTF-8.
+    virtual void Finish(StreamEnd end, std::string detail = {}) = 0;
     // Ends the stream at once.
     virtual void Cancel() = 0;
 
