@@ -12,12 +12,14 @@
 #include "app/Configuration.h"
 #include "app/KalvexLog.h"
 #include "app/ScriptDocuments.h"
+#include "app/Supervision.h"
+#include "audit/AuditTrail.h"
 #include "console/ModuleConsole.h"
 #include "console/ServerConnectionManager.h"
 
 namespace kalvex::app {
 
-class AppConsole final : private console::ConsoleHost, private LogClients {
+class AppConsole final : public Supervised, private console::ConsoleHost, private LogClients {
   public:
     struct Parts {
         const AppWorld& world;
@@ -26,6 +28,7 @@ class AppConsole final : private console::ConsoleHost, private LogClients {
         const KalvexConfiguration& configuration;
         const std::string& identity;              // of the module among clients
         const std::string& profile;               // path
+        std::string trail;                        // path of the audit trail, without its ending
         std::function<void(int level)> setLevel;  // takes effect at once, is told and kept
     };
 
@@ -46,6 +49,15 @@ class AppConsole final : private console::ConsoleHost, private LogClients {
     void OnOpened(const engine::CKalvexDoc& document) { m_console.OnOpened(document, false); }
     void OnClosing(const engine::CKalvexDoc& document) { m_console.OnClosing(document); }
     void PublishLevel(int level) { m_console.PublishLevel(level); }
+    // The file of the audit trail may have been moved.
+    void ReopenTrail() { m_trail.Reopen(); }
+
+    void Admit(vantrel::LoginRequest login, const std::string& address,
+               std::function<void(const Admission&)> done) override;
+    ModuleStatus GetStatus() override;
+    std::optional<std::vector<int>> GetBreakpoints(std::string_view script) override;
+    std::optional<engine::ScriptStanding> GetStanding(std::string_view script) override;
+    std::vector<std::string> GetAuditFiles() override;
 
   private:
     engine::CKalvexDoc* FindScript(std::string_view path) override;
@@ -61,6 +73,7 @@ class AppConsole final : private console::ConsoleHost, private LogClients {
     const Parts m_parts;
     ConsoleConfiguration m_configuration;
     std::vector<std::string> m_faults;  // of the configuration
+    audit::AuditTrail m_trail;
     console::ModuleConsole m_console;
     std::unique_ptr<console::CKalvexServerConnectionManager> m_server;
     bool m_listens = false;

@@ -9,6 +9,7 @@
 
 #include "app/ConsoleConfiguration.h"
 #include "app/MainWindow.h"
+#include "app/Supervision.h"
 #include "app/TickDriver.h"
 #include "engine/DocumentServices.h"
 #include "platform/Clock.h"
@@ -60,9 +61,11 @@ class AppTransports {
 class AppConsoleDoor {
   public:
     virtual ~AppConsoleDoor() = default;
-    // Under that name. False with an engine text in `error` when it cannot listen as told.
-    virtual bool Open(vantrel::SessionAcceptor& acceptor, const ConsoleConfiguration& configuration,
-                      const std::string& name, std::string& error) = 0;
+    // Under that name, for consoles and for who supervises the module. False with an engine text in
+    // `error` when it cannot listen as told.
+    virtual bool Open(vantrel::SessionAcceptor& acceptor, Supervised& module,
+                      const ConsoleConfiguration& configuration, const std::string& name,
+                      std::string& error) = 0;
     // About once a second while it is open.
     virtual void Check() = 0;
     virtual void Close() = 0;

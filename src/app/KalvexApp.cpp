@@ -136,6 +136,7 @@ void CKalvexApp::UpdateTitle() {
 void CKalvexApp::ReopenLogFiles() {
     m_log.ReopenLogFile();
     m_diagnosticLog.ReopenLogFile();
+    if (m_console) m_console->ReopenTrail();
 }
 
 void CKalvexApp::SetLogLevel(int level) {

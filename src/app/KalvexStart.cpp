@@ -14,6 +14,7 @@ constexpr const char* kClientLock = "Kalvex_RC";
 constexpr const char* kClientSuffix = "_RC";
 constexpr const char* kClientLogSuffix = "_rc";
 constexpr const char* kDiagnosticSuffix = "_d";
+constexpr const char* kTrailSuffix = ".audit";
 
 constexpr int kFirstInstance = 1;
 constexpr int kCloseLevel = 1;
@@ -251,9 +252,9 @@ bool CKalvexApp::TellRole() {
 }
 
 bool CKalvexApp::StartConsole() {
-    m_console = std::make_unique<AppConsole>(
-        AppConsole::Parts{m_world, m_log, *m_documents, m_configuration, m_clientIdentity,
-                          m_profile, [this](int level) { SetLogLevel(level); }});
+    m_console = std::make_unique<AppConsole>(AppConsole::Parts{
+        m_world, m_log, *m_documents, m_configuration, m_clientIdentity, m_profile,
+        m_logBase + kTrailSuffix, [this](int level) { SetLogLevel(level); }});
     m_services->console = &m_console->Link();
     m_console->Open();
     return true;

@@ -1,13 +1,37 @@
 #include "console/ModuleConsole.h"
 
+#include <optional>
+#include <utility>
+
 #include "console/VariableMessages.h"
+#include "text/TextFormat.h"
 #include "value/Status.h"
+#include "value/ValueText.h"
 
 namespace kalvex::console {
 
 namespace {
 
+using audit::AuditAction;
+
 constexpr std::uint16_t kBad = value::Status::Unknown | value::Status::TransmissionError;
+
+// Lines as people count them.
+std::string LineName(int line) {
+    return std::to_string(line + 1);
+}
+
+std::string StateOf(const engine::CKalvexDoc* document) {
+    return std::string(engine::StateName(document->GetStateWord()));
+}
+
+// With the status where it says something.
+std::string ValueName(const value::CVal& value) {
+    std::string text = value::ValueToText(value);
+    if (value.GetStatus() != 0)
+        text += text::FormatText(" ( %d )", {std::to_string(value.GetStatus())});
+    return text;
+}
 
 bool IsIdle(const engine::RunState& state) {
     return !state.m_bPaused && !state.m_bRunning && !state.m_bStepRequested;
@@ -27,15 +51,17 @@ struct ModuleConsole::MessageRow {
     MessageCode code;
     void (ModuleConsole::*handle)(const Message& message);
     bool needsDocument;
+    // Of a command, which is recorded with the state of its script before and after.
+    std::optional<AuditAction> command = {};
 };
 
 const ModuleConsole::MessageRow ModuleConsole::kMessages[] = {
     {ControlKind::Command, MessageCode::AskSession, &ModuleConsole::AskSession, false},
     {ControlKind::Command, MessageCode::PassSession, &ModuleConsole::PassSession, false},
-    {ControlKind::Command, MessageCode::Start, &ModuleConsole::Start, true},
-    {ControlKind::Command, MessageCode::Stop, &ModuleConsole::Stop, true},
-    {ControlKind::Command, MessageCode::Reset, &ModuleConsole::Reset, true},
-    {ControlKind::Command, MessageCode::Step, &ModuleConsole::Step, true},
+    {ControlKind::Command, MessageCode::Start, &ModuleConsole::Start, true, AuditAction::Start},
+    {ControlKind::Command, MessageCode::Stop, &ModuleConsole::Stop, true, AuditAction::Stop},
+    {ControlKind::Command, MessageCode::Reset, &ModuleConsole::Reset, true, AuditAction::Reset},
+    {ControlKind::Command, MessageCode::Step, &ModuleConsole::Step, true, AuditAction::Step},
     {ControlKind::Command, MessageCode::SetBreakpoint, &ModuleConsole::SetBreakpoint, true},
     {ControlKind::Command, MessageCode::RemoveBreakpoint, &ModuleConsole::RemoveBreakpoint, true},
     {ControlKind::Command, MessageCode::RemoveBreakpoints, &ModuleConsole::RemoveBreakpoints, true},
@@ -64,15 +90,37 @@ void ModuleConsole::OnClosing(const engine::CKalvexDoc& document) {
 }
 
 void ModuleConsole::PublishLevel(int level) {
+    m_level = level;
     Publish(&m_variables.LogLevel(), value::CVal(level));
 }
 
-void ModuleConsole::TakeBackAllSessions() {
+void ModuleConsole::TakeBackAllSessions(const ConsoleWriter& client) {
+    std::string scripts;
     for (engine::CKalvexDoc* document : m_host.Scripts()) {
         if (document->State().m_bControlAllowed) continue;
         document->AllowControl(true);
         if (IsIdle(document->State())) document->SetReadOnly(false);
+        if (!scripts.empty()) scripts += ", ";
+        scripts += document->GetDocKey();
     }
+    if (scripts.empty()) return;
+    m_writer = &client;
+    Record({.action = AuditAction::SessionsTakenBack, .newValue = scripts});
+    m_writer = nullptr;
+}
+
+void ModuleConsole::Write(CVarRCCtrl& variable, value::CVal value, const ConsoleWriter& writer) {
+    m_writer = &writer;
+    variable.SetValue(std::move(value));
+    m_writer = nullptr;
+}
+
+void ModuleConsole::Record(audit::AuditRecord record) {
+    if (m_trail == nullptr || m_writer == nullptr) return;
+    record.user = m_writer->user;
+    record.address = m_writer->address;
+    record.client = m_writer->client;
+    m_trail->Add(record);
 }
 
 // ---- publishing
@@ -128,7 +176,12 @@ void ModuleConsole::OnWritten(CVarRCCtrl& variable) {
 void ModuleConsole::OnLogLevel(CVarRCCtrl& variable) {
     int level = 0;
     variable.Value().GetValData(value::ValueType::Int, &level);
+    const int before = m_level;
     m_host.SetLogLevel(level);
+    if (m_level == before) return;
+    Record({.action = AuditAction::Level,
+            .oldValue = std::to_string(before),
+            .newValue = std::to_string(m_level)});
 }
 
 void ModuleConsole::OnDocumentInfo(CVarRCCtrl& variable) {
@@ -137,18 +190,25 @@ void ModuleConsole::OnDocumentInfo(CVarRCCtrl& variable) {
     const bool closes = text.front() == kClosedPrefix;
     const std::string path = text.substr(closes ? 1 : 0);
     engine::CKalvexDoc* document = m_host.FindScript(path);
-    if (closes && document != nullptr) {
-        m_asked.erase(document);
-        m_host.CloseScript(*document);
-    }
-    if (!closes && document == nullptr) {
-        document = m_host.OpenScript(path);
-        if (document != nullptr) {
-            document->AllowControl(true);
-            OnOpened(*document, false);
-        }
-    }
+    if (closes && document != nullptr) CloseForClient(*document);
+    if (!closes && document == nullptr) OpenForClient(path);
     SendDocumentNotice(text);
+}
+
+void ModuleConsole::OpenForClient(const std::string& path) {
+    engine::CKalvexDoc* document = m_host.OpenScript(path);
+    if (document == nullptr) return;
+    document->AllowControl(true);
+    OnOpened(*document, false);
+    Record({.action = AuditAction::Open, .script = document->GetDocKey()});
+}
+
+void ModuleConsole::CloseForClient(engine::CKalvexDoc& document) {
+    const std::string path = document.GetDocKey();
+    const std::string state = StateOf(&document);
+    m_asked.erase(&document);
+    m_host.CloseScript(document);
+    Record({.action = AuditAction::Close, .script = path, .oldValue = state});
 }
 
 void ModuleConsole::OnMessage(CVarRCCtrl& variable) {
@@ -158,8 +218,14 @@ void ModuleConsole::OnMessage(CVarRCCtrl& variable) {
     const MessageCode code = message.fields.Code();
     for (const MessageRow& row : kMessages) {
         if (row.kind != variable.GetKind() || row.code != code) continue;
-        if (message.document != nullptr || !row.needsDocument) (this->*row.handle)(message);
-        return;
+        if (message.document == nullptr && row.needsDocument) return;
+        const std::string before = row.command ? StateOf(message.document) : "";
+        (this->*row.handle)(message);
+        if (!row.command) return;
+        return Record({.action = *row.command,
+                       .script = path,
+                       .oldValue = before,
+                       .newValue = StateOf(message.document)});
     }
 }
 
@@ -205,18 +271,32 @@ void ModuleConsole::SetBreakpoint(const Message& message) {
     if (line < 0) return;
     m_host.MarkersOf(*message.document).SetBreakpoint(line, true);
     SendText(message.path, LineText(MessageCode::BreakpointSet, line));
+    Record({.action = AuditAction::BreakpointSet,
+            .script = std::string(message.path),
+            .name = LineName(line)});
 }
 
 void ModuleConsole::RemoveBreakpoint(const Message& message) {
     const int line = message.fields.Number(1);
     m_host.MarkersOf(*message.document).SetBreakpoint(line, false);
     SendText(message.path, LineText(MessageCode::BreakpointRemoved, line));
+    Record({.action = AuditAction::BreakpointRemoved,
+            .script = std::string(message.path),
+            .name = LineName(line)});
 }
 
 void ModuleConsole::RemoveBreakpoints(const Message& message) {
-    m_host.MarkersOf(*message.document)
-        .DeleteAllMarkers(workbench::MarkerBreakpoint | workbench::MarkerBreakpointColour);
+    workbench::ScriptMarkers& markers = m_host.MarkersOf(*message.document);
+    std::string lines;
+    for (const int line : markers.LinesOf(workbench::MarkerBreakpoint)) {
+        if (!lines.empty()) lines += ' ';
+        lines += LineName(line);
+    }
+    markers.DeleteAllMarkers(workbench::MarkerBreakpoint | workbench::MarkerBreakpointColour);
     SendText(message.path, CodeText(MessageCode::BreakpointsRemoved));
+    Record({.action = AuditAction::BreakpointsRemoved,
+            .script = std::string(message.path),
+            .oldValue = lines});
 }
 
 void ModuleConsole::Echo(const Message& message) {
@@ -229,8 +309,17 @@ void ModuleConsole::SetVariable(const Message& message) {
     const MessageFields& fields = message.fields;
     operands::CVariable* variable = message.document->Variables().Find(fields.Text(1));
     if (variable == nullptr) return;
-    variable->SetValue(ReadMessageValue(fields.Text(2), fields.Number(3), fields.Number(4)),
-                       value::KindCurrent);
+    audit::AuditRecord record{.action = AuditAction::Value,
+                              .script = std::string(message.path),
+                              .name = variable->GetName()};
+    value::CVal value;
+    if (variable->GetValue(value, value::KindCurrent, kAsStored) == operands::ReadValue) {
+        record.oldValue = ValueName(value);
+    }
+    value = ReadMessageValue(fields.Text(2), fields.Number(3), fields.Number(4));
+    record.newValue = ValueName(value);
+    variable->SetValue(std::move(value), value::KindCurrent);
+    Record(std::move(record));
 }
 
 void ModuleConsole::AskVariable(const Message& message) {
@@ -248,8 +337,19 @@ void ModuleConsole::AskVariables(const Message& message) {
 
 void ModuleConsole::AskSession(const Message& message) {
     const std::string_view asking = message.fields.Text(1);
+    const bool force = message.fields.Number(2) == 1;
     if (!asking.empty() && asking != m_host.GetClientIdentity()) {
-        HandOverSession(message.path, asking);
+        const bool given = HandOverSession(message.path, asking);
+        if (given || force) {
+            audit::AuditRecord record{.action = AuditAction::SessionForced,
+                                      .script = std::string(message.path),
+                                      .newValue = std::string(asking)};
+            if (given) {
+                record.action = AuditAction::SessionTaken;
+                record.oldValue = m_host.GetClientIdentity();
+            }
+            Record(std::move(record));
+        }
     }
     Echo(message);
 }
@@ -258,14 +358,18 @@ void ModuleConsole::PassSession(const Message& message) {
     const std::string_view holder = message.fields.Text(1);
     if (!holder.empty() && holder != m_host.GetClientIdentity()) {
         TakeSession(message.document, message.fields.Text(2));
+        Record({.action = AuditAction::SessionGiven,
+                .script = std::string(message.path),
+                .oldValue = std::string(holder),
+                .newValue = std::string(message.fields.Text(2))});
     }
     Echo(message);
 }
 
-void ModuleConsole::HandOverSession(std::string_view path, std::string_view asking) {
+bool ModuleConsole::HandOverSession(std::string_view path, std::string_view asking) {
     engine::CKalvexDoc* document = m_host.FindScript(path);
     if (document == nullptr) document = m_host.OpenScript(path);
-    if (document == nullptr || !document->State().m_bControlAllowed) return;
+    if (document == nullptr || !document->State().m_bControlAllowed) return false;
     if (!document->IsReadOnly() && document->IsModified()) document->ExpandIncludes(false);
     const std::vector<int> breakpoints =
         m_host.MarkersOf(*document).LinesOf(workbench::MarkerBreakpoint);
@@ -274,6 +378,7 @@ void ModuleConsole::HandOverSession(std::string_view path, std::string_view aski
     SendText(path, PassSessionText(m_host.GetClientIdentity(), asking, document->GetStateWord(),
                                    document->State().m_nCurrentLine, breakpoints));
     m_asked.insert(document);
+    return true;
 }
 
 void ModuleConsole::TakeSession(engine::CKalvexDoc* document, std::string_view newHolder) {

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "audit/AuditTrail.h"
 #include "console/ConsoleMessages.h"
 #include "console/ControlVariables.h"
 #include "engine/ConsoleLink.h"
@@ -19,6 +20,13 @@
 #include "workbench/model/ScriptMarkers.h"
 
 namespace kalvex::console {
+
+// The client whose write is being done.
+struct ConsoleWriter {
+    std::string user = {};
+    std::string address = {};  // of its machine, empty when it is this one
+    std::string client = {};   // its identity
+};
 
 // What the console needs of the module that it stands in.
 class ConsoleHost {
@@ -55,6 +63,8 @@ class ModuleConsole final : public engine::ConsoleLink {
 
     // None by default: nobody listens. Not owned.
     void SetDistribution(ValueDistribution* clients) { m_clients = clients; }
+    // Where it is recorded what consoles change; none by default. Not owned.
+    void SetTrail(audit::AuditTrail* trail) { m_trail = trail; }
     ControlVariables& Variables() { return m_variables; }
 
     // ---- what happens at the module
@@ -64,8 +74,10 @@ class ModuleConsole final : public engine::ConsoleLink {
     void OnOpened(const engine::CKalvexDoc& document, bool isTold);
     void OnClosing(const engine::CKalvexDoc& document);
     void PublishLevel(int level);
-    // The connection of a console has broken.
-    void TakeBackAllSessions();
+    // The connection of this console has broken.
+    void TakeBackAllSessions(const ConsoleWriter& client);
+    // A client writes a variable: what the value asks for is done.
+    void Write(CVarRCCtrl& variable, value::CVal value, const ConsoleWriter& writer);
 
     // ---- from the interpreter
 
@@ -100,8 +112,13 @@ class ModuleConsole final : public engine::ConsoleLink {
     void AskVariable(const Message& message);
     void AskVariables(const Message& message);
 
-    void HandOverSession(std::string_view path, std::string_view asking);
+    // Whether the module had the session.
+    bool HandOverSession(std::string_view path, std::string_view asking);
     void TakeSession(engine::CKalvexDoc* document, std::string_view newHolder);
+    void OpenForClient(const std::string& path);
+    void CloseForClient(engine::CKalvexDoc& document);
+    // With who writes.
+    void Record(audit::AuditRecord record);
     void Publish(CVarRCCtrl* variable, value::CVal value);
     void SendText(std::string_view path, std::string text);
     void SendList(std::string_view path, std::string text);
@@ -110,6 +127,9 @@ class ModuleConsole final : public engine::ConsoleLink {
     ConsoleHost& m_host;
     ControlVariables m_variables;
     ValueDistribution* m_clients = nullptr;
+    audit::AuditTrail* m_trail = nullptr;
+    const ConsoleWriter* m_writer = nullptr;      // of the write that is being done
+    int m_level = 0;                              // as it was published last
     std::set<const engine::CKalvexDoc*> m_asked;  // whose session the module has asked for
 };
 

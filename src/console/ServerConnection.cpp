@@ -1,11 +1,10 @@
 #include "console/ServerConnection.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "console/ServerConnectionManager.h"
-#include "text/Characters.h"
 #include "text/TextFormat.h"
+#include "vantrel/ClientName.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex::console {
@@ -15,37 +14,10 @@ namespace {
 constexpr std::uint16_t kModuleType = 23;  // of script modules
 constexpr std::uint8_t kOtherKind = 21;    // of a login; from here on nothing is logged
 constexpr std::uint16_t kNoVariable = 0;   // of an access error
-constexpr std::size_t kLongestName = 255;
 constexpr std::size_t kMostSubscriptions = 30000;
 
 constexpr const char* kConnected = platform::Translatable("Nawiązano połączenie z klientem");
 constexpr const char* kBroken = platform::Translatable("Połączenie z klientem %s zerwane  (%s)");
-constexpr const char* kLogin = platform::Translatable("Rejestracja użytkownika");
-constexpr const char* kLoginTry = platform::Translatable("Próba rejestracji użytkownika");
-constexpr const char* kNoRight = platform::Translatable(" - brak uprawnień");
-
-struct AccountRow {
-    int level;
-    const char* text;
-};
-
-constexpr int kAnyLevel = -1;
-constexpr const char* kOwnAccount = platform::Translatable("%s %s (Sorvane: %d) z %s");
-
-// Of accounts of a directory, by their levels.
-constexpr AccountRow kDirectoryAccounts[] = {
-    {255, platform::Translatable(
-              "%s %s (AD: Użytkownik nie należy do predefiniowanej grupy domenowej) z %s")},
-    {100, platform::Translatable("%s %s (AD: Administrator Sorvane SCADA) z %s")},
-    {kAnyLevel, platform::Translatable("%s %s (AD: Użytkownik Sorvane SCADA) z %s")},
-};
-
-// What a client gives may be anything.
-std::string Printable(std::string_view name) {
-    std::string text(name.substr(0, kLongestName));
-    std::replace_if(text.begin(), text.end(), text::IsControl, '?');
-    return text;
-}
 
 }  // namespace
 
@@ -85,7 +57,7 @@ void CKalvexServerConnection::OnClosed(std::uint32_t reason) {
     Log(text::FormatText(translator.Translate(kBroken),
                          {m_peerModule, vantrel::ConnectionReasonText(reason, translator)}),
         platform::LogErrors);
-    m_manager.Services().console.TakeBackAllSessions();
+    m_manager.Services().console.TakeBackAllSessions(GetWriter());
 }
 
 void CKalvexServerConnection::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
@@ -98,8 +70,8 @@ void CKalvexServerConnection::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
 
 void CKalvexServerConnection::Receive(vantrel::LoginRequest& message) {
     if (m_loggedIn || m_loginUnderWay) return;
-    m_peerModule = Printable(message.clientName);
-    m_user = Printable(message.user);
+    m_peerModule = vantrel::Printable(message.clientName);
+    m_user = vantrel::Printable(message.user);
     const bool fits =
         message.protocolVersion == vantrel::kProtocolVersion && message.moduleType == kModuleType;
     if (!fits) return OnLogin({kOtherKind, {}, {}});
@@ -125,32 +97,18 @@ void CKalvexServerConnection::ProcessLoginData(const vantrel::LoginVerdict& verd
     const bool accepted = verdict.code == vantrel::LoginOk;
     if (accepted) m_user = verdict.user.name;
     m_loggedIn = m_mayWrite = accepted;
-    std::string text = WithAddress(LoginText(accepted));
-    if (!accepted) text += m_manager.Services().translator.Translate(kNoRight);
-    Log(std::move(text), accepted ? platform::LogEvents : platform::LogErrors);
-}
-
-std::string CKalvexServerConnection::LoginText(bool accepted) const {
-    const platform::Translator& translator = m_manager.Services().translator;
-    const platform::UserStore& users = m_manager.Services().users;
-    const std::string word = translator.Translate(accepted ? kLogin : kLoginTry);
-    const int level = users.GetUserRightLevel(m_user, {});
-    if (!users.IsUserADAccount(m_user)) {
-        return text::FormatText(translator.Translate(kOwnAccount),
-                                {word, m_user, std::to_string(level), m_peerModule});
-    }
-    const auto* row = std::ranges::find_if(kDirectoryAccounts, [level](const AccountRow& account) {
-        return account.level == level || account.level == kAnyLevel;
-    });
-    return text::FormatText(translator.Translate(row->text), {word, m_user, m_peerModule});
+    m_manager.LogLogin(GetWriter(), accepted);
 }
 
 // ---- rights
 
 // By the name alone: before the login nothing is served anyway.
 bool CKalvexServerConnection::MayControl() const {
-    const ConsoleServices& services = m_manager.Services();
-    return services.users.CheckUserRight(m_user, services.controlRight(), m_link.PeerAddress());
+    return m_manager.MayControl(GetWriter());
+}
+
+ConsoleWriter CKalvexServerConnection::GetWriter() const {
+    return {m_user, m_link.PeerAddress(), m_peerModule};
 }
 
 unsigned CKalvexServerConnection::GetVarRights(const CVarRCCtrl& variable) const {
@@ -239,7 +197,7 @@ std::uint16_t CKalvexServerConnection::Write(vantrel::ModifyRequest& request) {
     if (rights == RightsNone) return vantrel::ResultNothing;
     if ((rights & RightsWrite) == 0) return vantrel::ResultNoAccess;
     if (request.kind != value::KindCurrent) return vantrel::ResultBadRequest;
-    variable->SetValue(std::move(request.value));
+    m_manager.Services().console.Write(*variable, std::move(request.value), GetWriter());
     return vantrel::ResultOk;
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "console/ControlVariables.h"
+#include "console/ModuleConsole.h"
 #include "platform/UserDirectory.h"
 #include "vantrel/LoginDesk.h"
 #include "vantrel/Transport.h"
@@ -69,12 +69,12 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     void OnLogin(vantrel::LoginVerdict verdict);
     // Logs the try, and lets the client in if it may come.
     void ProcessLoginData(const vantrel::LoginVerdict& verdict);
-    std::string LoginText(bool accepted) const;
     void OnSubscribeFinish();
     void Show(vantrel::VariableHandle handle, Subscription& subscription, bool isNew,
               vantrel::ValueUpdates& values, vantrel::AccessErrors& errors);
     std::uint16_t Write(vantrel::ModifyRequest& request);
     bool MayControl() const;
+    ConsoleWriter GetWriter() const;
     void Log(std::string text, int level) const;
     std::string WithAddress(std::string text) const;
 

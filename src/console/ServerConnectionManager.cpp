@@ -1,5 +1,6 @@
 #include "console/ServerConnectionManager.h"
 
+#include "console/LoginText.h"
 #include "console/ServerConnection.h"
 
 namespace kalvex::console {
@@ -66,6 +67,15 @@ void CKalvexServerConnectionManager::ListVariables(vantrel::LoginRequest login, 
                        if (verdict.code != vantrel::LoginOk) return answer(std::nullopt);
                        answer(std::vector<vantrel::VariableDefinition>());
                    });
+}
+
+bool CKalvexServerConnectionManager::MayControl(const ConsoleWriter& client) const {
+    return m_services.users.CheckUserRight(client.user, m_services.controlRight(), client.address);
+}
+
+void CKalvexServerConnectionManager::LogLogin(const ConsoleWriter& client, bool accepted) const {
+    m_services.log.Log(LoginText(client, accepted, m_services.users, m_services.translator),
+                       accepted ? platform::LogEvents : platform::LogErrors);
 }
 
 CKalvexServerConnection* CKalvexServerConnectionManager::Find(std::uint64_t number) const {

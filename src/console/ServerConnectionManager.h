@@ -56,6 +56,10 @@ class CKalvexServerConnectionManager final : public vantrel::SessionAcceptor,
     void AddCurrentValueChange(const CVarRCCtrl& variable) override;
     void OnVariables() override;
 
+    // Whether its user may control scripts from there.
+    bool MayControl(const ConsoleWriter& client) const;
+    void LogLogin(const ConsoleWriter& client, bool accepted) const;
+
     // ---- for the transport
 
     // The session is counted until it is destroyed; one too many is refused.

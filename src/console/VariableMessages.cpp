@@ -10,7 +10,6 @@ namespace {
 
 constexpr char kSlotEnd = ';';
 constexpr const char* kCell = "%s ( %d ) %s";
-constexpr int kAsStored = 1;  // whether a script could use it or not
 
 constexpr value::ValueKind kSlots[] = {value::KindCurrent, value::KindHour, value::KindDay,
                                        value::KindMonth, value::KindSpan};

@@ -62,6 +62,11 @@ int CKalvexDoc::GetStateWord() const {
            (m_bStepRequested ? StateStep : 0) | (m_bMinimised ? StateMinimised : 0);
 }
 
+std::string_view StateName(int stateWord) {
+    if ((stateWord & StateRunning) != 0) return "running";
+    return (stateWord & (StatePaused | StateStep)) != 0 ? "stopped" : "idle";
+}
+
 void CKalvexDoc::LogLine(std::string_view text, int level) {
     Services().log.Log(GetPathName() + std::string(text), level);
 }

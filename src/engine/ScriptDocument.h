@@ -26,6 +26,9 @@ namespace kalvex::engine {
 // Bits of the state word that the console publishes.
 enum ScriptStateBit : int { StateRunning = 1, StatePaused = 2, StateStep = 4, StateMinimised = 8 };
 
+// "running", "stopped" or "idle".
+std::string_view StateName(int stateWord);
+
 // A line of the log about a line of the script.
 struct ScriptReport {
     std::int64_t time = 0;

@@ -1,9 +1,7 @@
 #include "server/ClientText.h"
 
-#include <algorithm>
-
-#include "text/Characters.h"
 #include "text/TextFormat.h"
+#include "vantrel/ClientName.h"
 
 namespace kalvex::server {
 
@@ -15,21 +13,15 @@ constexpr const char* kLoginTry =
 
 }  // namespace
 
-std::string Printable(std::string_view name) {
-    constexpr std::size_t kLongestName = 255;
-    std::string text(name.substr(0, kLongestName));
-    std::replace_if(text.begin(), text.end(), text::IsControl, '?');
-    return text;
-}
-
 std::string ClientText(std::string_view name, const std::string& address) {
-    return Printable(name) + (address.empty() ? "" : " (" + address + ")");
+    return vantrel::Printable(name) + (address.empty() ? "" : " (" + address + ")");
 }
 
 std::string LoginLine(const vantrel::LoginVerdict& verdict, std::string_view user,
                       const std::string& client, const platform::Translator& translator) {
     const bool accepted = verdict.code == vantrel::LoginOk;
-    const std::string name = Printable(accepted ? std::string_view(verdict.user.name) : user);
+    const std::string name =
+        vantrel::Printable(accepted ? std::string_view(verdict.user.name) : user);
     return text::FormatText(translator.Translate(accepted ? kLogin : kLoginTry),
                             {name, client, verdict.text});
 }

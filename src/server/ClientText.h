@@ -10,9 +10,6 @@
 
 namespace kalvex::server {
 
-// The name, cut to 255 characters; bytes that would break a log line are "?".
-std::string Printable(std::string_view name);
-
 // The client's name, and its address unless it is on this machine.
 std::string ClientText(std::string_view name, const std::string& address);
 

@@ -2,7 +2,6 @@
 #include <map>
 #include <utility>
 
-#include "server/ClientText.h"
 #include "server/ReportPeriods.h"
 #include "server/Server.h"
 #include "server/Session.h"
@@ -42,7 +41,7 @@ void Session::TellRefused(const Order& order, std::string_view reason) {
                                   : vantrel::WriteWords(order.kind, translator);
     std::string line =
         text::FormatText(translator.Translate(kRefused),
-                         {Peer(), m_user.name, words, Printable(order.variable), reason});
+                         {Peer(), m_user.name, words, vantrel::Printable(order.variable), reason});
     if (m_refusals.size() >= kMostRefusals && m_refusals.count(line) == 0) {
         line = text::FormatText(translator.Translate(kMoreRefused), {Peer(), m_user.name});
     }

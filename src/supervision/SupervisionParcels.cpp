@@ -145,30 +145,30 @@ pb::Status HeadOf(const app::ModuleStatus& status) {
 // ---- audit
 
 struct AuditText {
-    std::string app::AuditRecord::*text;
+    std::string audit::AuditRecord::*text;
     std::string* (pb::AuditEntry::*put)();
     const std::string& (pb::AuditEntry::*take)() const;
 };
 
 constexpr AuditText kAuditTexts[] = {
-    {&app::AuditRecord::script, &pb::AuditEntry::mutable_script, &pb::AuditEntry::script},
-    {&app::AuditRecord::user, &pb::AuditEntry::mutable_user, &pb::AuditEntry::user},
-    {&app::AuditRecord::address, &pb::AuditEntry::mutable_address, &pb::AuditEntry::address},
-    {&app::AuditRecord::client, &pb::AuditEntry::mutable_client, &pb::AuditEntry::client},
-    {&app::AuditRecord::name, &pb::AuditEntry::mutable_name, &pb::AuditEntry::name},
+    {&audit::AuditRecord::script, &pb::AuditEntry::mutable_script, &pb::AuditEntry::script},
+    {&audit::AuditRecord::user, &pb::AuditEntry::mutable_user, &pb::AuditEntry::user},
+    {&audit::AuditRecord::address, &pb::AuditEntry::mutable_address, &pb::AuditEntry::address},
+    {&audit::AuditRecord::client, &pb::AuditEntry::mutable_client, &pb::AuditEntry::client},
+    {&audit::AuditRecord::name, &pb::AuditEntry::mutable_name, &pb::AuditEntry::name},
 };
 
-void Put(const app::AuditEntry& entry, pb::AuditEntry& out) {
+void Put(const audit::AuditEntry& entry, pb::AuditEntry& out) {
     out.set_time(entry.time);
-    out.set_action(std::string(app::AuditWord(entry.record.action)));
+    out.set_action(std::string(audit::AuditWord(entry.record.action)));
     for (const AuditText& row : kAuditTexts) *(out.*row.put)() = Shown(entry.record.*row.text);
     if (entry.record.oldValue) out.set_old_value(Shown(*entry.record.oldValue));
     if (entry.record.newValue) out.set_new_value(Shown(*entry.record.newValue));
 }
 
 // False for an action that this side does not know.
-bool Take(const pb::AuditEntry& in, app::AuditEntry& entry) {
-    const auto action = app::AuditActionOf(in.action());
+bool Take(const pb::AuditEntry& in, audit::AuditEntry& entry) {
+    const auto action = audit::AuditActionOf(in.action());
     if (!action) return false;
     entry.time = in.time();
     entry.record.action = *action;
@@ -262,7 +262,7 @@ bool Unpack(std::string_view bytes, engine::ScriptStanding& standing) {
 
 std::string Pack(const AuditPiece& piece) {
     pb::Audit out;
-    for (const app::AuditEntry& entry : piece.entries) Put(entry, *out.add_entries());
+    for (const audit::AuditEntry& entry : piece.entries) Put(entry, *out.add_entries());
     out.set_unreadable(piece.unreadable);
     for (const std::string& fault : piece.faults) out.add_faults(fault);
     return out.SerializeAsString();
@@ -273,7 +273,7 @@ bool Unpack(std::string_view bytes, AuditPiece& piece) {
     if (!Parse(bytes, in)) return false;
     piece = {};
     for (const pb::AuditEntry& entry : in.entries()) {
-        app::AuditEntry taken;
+        audit::AuditEntry taken;
         if (Take(entry, taken)) piece.entries.push_back(std::move(taken));
     }
     piece.unreadable = in.unreadable();

@@ -9,22 +9,22 @@
 #include <string_view>
 #include <vector>
 
-#include "app/AuditRecord.h"
 #include "app/Supervision.h"
+#include "audit/AuditRecord.h"
 
 namespace kalvex::supervision {
 
 enum class Method { GetStatus, WatchStatus, GetBreakpoints, GetStanding, GetAudit };
 
 // On the wire, in the order of Method.
-inline constexpr std::array kMethodNames{
+inline constexpr std::array<std::string_view, 5> kMethodNames{
     "/kalvex.v1.Supervision/GetStatus",      "/kalvex.v1.Supervision/WatchStatus",
     "/kalvex.v1.Supervision/GetBreakpoints", "/kalvex.v1.Supervision/GetStanding",
     "/kalvex.v1.Supervision/GetAudit",
 };
 
 // Of texts in answers, but for paths and names; in bytes of the engine text.
-inline constexpr std::size_t kLongestText = app::kLongestAuditText;
+inline constexpr std::size_t kLongestText = audit::kLongestAuditText;
 
 struct Question {
     std::string user = {};
@@ -42,7 +42,7 @@ struct StatusPiece {
 };
 
 struct AuditPiece {
-    std::vector<app::AuditEntry> entries = {};
+    std::vector<audit::AuditEntry> entries = {};
     std::uint64_t unreadable = 0;
     std::vector<std::string> faults = {};  // UTF-8
 };

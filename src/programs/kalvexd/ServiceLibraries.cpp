@@ -51,14 +51,16 @@ void NetworkLibrary::Stop() {
     m_client.reset();
 }
 
-bool ConsoleDoor::Open(vantrel::SessionAcceptor& acceptor,
+bool ConsoleDoor::Open(vantrel::SessionAcceptor& acceptor, app::Supervised& module,
                        const app::ConsoleConfiguration& configuration, const std::string& name,
                        std::string& error) {
     const vantrel::Listening& listening = configuration.listening;
     if (!listening.localSocket && listening.address.empty()) return true;
     vantrel::NetworkServerSettings settings = vantrel::SettingsFor(name, listening);
     settings.conversationLimit = static_cast<std::size_t>(configuration.clients);
-    m_network = vantrel::ListenOnNetwork(settings, acceptor, m_loop, *m_log, m_translator, error);
+    m_supervision = std::make_unique<supervision::SupervisionServer>(module, m_loop);
+    m_network = vantrel::ListenOnNetwork(settings, acceptor, m_loop, *m_log, m_translator, error,
+                                         m_supervision.get());
     return m_network != nullptr;
 }
 

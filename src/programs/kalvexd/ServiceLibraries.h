@@ -8,6 +8,7 @@
 #include "app/AppWorld.h"
 #include "platform/LogSink.h"
 #include "platform/UserStore.h"
+#include "supervision/SupervisionServer.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 
@@ -60,17 +61,22 @@ class ConsoleDoor final : public app::AppConsoleDoor {
     // Before the start; outlives the work.
     void SetLog(platform::LogSink& log) { m_log = &log; }
 
-    bool Open(vantrel::SessionAcceptor& acceptor, const app::ConsoleConfiguration& configuration,
-              const std::string& name, std::string& error) override;
+    bool Open(vantrel::SessionAcceptor& acceptor, app::Supervised& module,
+              const app::ConsoleConfiguration& configuration, const std::string& name,
+              std::string& error) override;
     void Check() override {
         if (m_network) m_network->Check();
     }
-    void Close() override { m_network.reset(); }
+    void Close() override {
+        m_network.reset();
+        m_supervision.reset();
+    }
 
   private:
     app::AppLoop& m_loop;
     const platform::Translator& m_translator;
     platform::LogSink* m_log = nullptr;
+    std::unique_ptr<supervision::SupervisionServer> m_supervision;
     std::unique_ptr<vantrel::NetworkServer> m_network;  // null where nothing is to listen
 };
 

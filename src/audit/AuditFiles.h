@@ -5,13 +5,14 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/AuditRecord.h"
+#include "audit/AuditRecord.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 // 0 is the newest.
 std::string AuditFile(const std::string& name, int number);
@@ -34,9 +35,11 @@ struct AuditReading {
 
 // Hands the entries of the files over, in this order, which is oldest first: those since that time,
 // a script's alone when one is named, an engine text, with what concerns every script. `sink`
-// answers false to have no more. All files are opened first, so they may be turned over or removed
-// while it reads. A file of 10 million bytes takes some 0.4 s.
+// answers false to have no more; a stop that is asked for ends the reading as well. All files are
+// opened first, so they may be turned over or removed while it reads. A file of 10 million bytes
+// takes some 0.4 s.
 AuditReading ReadAudit(const std::vector<std::string>& files, std::int64_t since,
-                       std::string_view script, const std::function<bool(const AuditEntry&)>& sink);
+                       std::string_view script, const std::function<bool(const AuditEntry&)>& sink,
+                       const std::stop_token& stop = {});
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

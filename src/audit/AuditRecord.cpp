@@ -1,4 +1,4 @@
-#include "app/AuditRecord.h"
+#include "audit/AuditRecord.h"
 
 #include <fmt/format.h>
 
@@ -11,7 +11,7 @@
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 namespace {
 
@@ -169,4 +169,4 @@ std::optional<std::int64_t> AuditLineTime(std::string_view line) {
     return seconds;
 }
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

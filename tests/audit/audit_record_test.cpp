@@ -1,4 +1,4 @@
-#include "app/AuditRecord.h"
+#include "audit/AuditRecord.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 namespace {
 
 constexpr std::int64_t kNow = support::Gmt(2024, 3, 10, 6);
@@ -158,4 +158,4 @@ TEST_F(AuditRecordTest, TimeIsFoundInFrontOfALine) {
 }
 
 }  // namespace
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

@@ -1,4 +1,4 @@
-#include "app/Since.h"
+#include "audit/Since.h"
 
 #include <string>
 
@@ -6,7 +6,7 @@
 #include "value/LocalTime.h"
 #include "value/LocalTimeText.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 namespace {
 
@@ -51,4 +51,4 @@ std::optional<std::int64_t> ParseSince(std::string_view text, std::int64_t now) 
     return {};
 }
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

@@ -6,13 +6,13 @@
 #include <string>
 #include <string_view>
 
-#include "app/AuditRecord.h"
+#include "audit/AuditRecord.h"
 #include "platform/Clock.h"
 #include "platform/LogSink.h"
 #include "platform/Translator.h"
 #include "platform/posix/Descriptor.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 class AuditTrail {
   public:
@@ -62,4 +62,4 @@ class AuditTrail {
     std::uint64_t m_lost = 0;
 };
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

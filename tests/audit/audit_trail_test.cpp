@@ -1,4 +1,4 @@
-#include "app/AuditTrail.h"
+#include "audit/AuditTrail.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@
 #include <functional>
 #include <memory>
 
-#include "app/AuditFiles.h"
+#include "audit/AuditFiles.h"
 #include "support/log_recorder.h"
 #include "support/marking_translator.h"
 #include "support/scratch_folder.h"
@@ -23,7 +23,7 @@
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 namespace {
 
 using testing::ElementsAre;
@@ -416,4 +416,4 @@ TEST_F(AuditTrailTest, KilledWriterLosesNothingThatItHadWritten) {
 }
 
 }  // namespace
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 enum class AuditAction {
     Start,
@@ -73,4 +73,4 @@ std::optional<AuditEntry> ParseAuditLine(std::string_view line);
 // The time of a line without a look at the rest of it.
 std::optional<std::int64_t> AuditLineTime(std::string_view line);
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string_view>
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 // Seconds since 1970 GMT; nothing when the text is none of these.
 std::optional<std::int64_t> ParseSince(std::string_view text, std::int64_t now);
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

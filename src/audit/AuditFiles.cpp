@@ -1,4 +1,4 @@
-#include "app/AuditFiles.h"
+#include "audit/AuditFiles.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -17,7 +17,7 @@
 #include "platform/posix/RegularFile.h"
 #include "text/WholeNumber.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 namespace {
 
@@ -197,13 +197,14 @@ void RemoveAuditFiles(const std::string& name, std::int64_t before) {
 }
 
 AuditReading ReadAudit(const std::vector<std::string>& files, std::int64_t since,
-                       std::string_view script,
-                       const std::function<bool(const AuditEntry&)>& sink) {
+                       std::string_view script, const std::function<bool(const AuditEntry&)>& sink,
+                       const std::stop_token& stop) {
     AuditReading reading;
     std::string line;
     for (const OpenFile& open : OpenAll(files, reading)) {
         Lines lines(open.file.Get());
         while (lines.Next(line)) {
+            if (stop.stop_requested()) return reading;
             const auto time = AuditLineTime(line);
             if (time && *time < since) continue;
             const auto entry = ParseAuditLine(line);
@@ -221,4 +222,4 @@ AuditReading ReadAudit(const std::vector<std::string>& files, std::int64_t since
     return reading;
 }
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

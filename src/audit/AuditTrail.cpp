@@ -1,4 +1,4 @@
-#include "app/AuditTrail.h"
+#include "audit/AuditTrail.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,12 +7,12 @@
 #include <cerrno>
 #include <utility>
 
-#include "app/AuditFiles.h"
+#include "audit/AuditFiles.h"
 #include "platform/posix/RegularFile.h"
 #include "text/CodePage.h"
 #include "value/LocalTime.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 
 namespace {
 
@@ -94,4 +94,4 @@ void AuditTrail::RemoveOldFiles() {
     RemoveAuditFiles(m_name, now - kKeptDays * value::kSecondsPerDay);
 }
 
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

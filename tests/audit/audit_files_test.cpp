@@ -1,4 +1,4 @@
-#include "app/AuditFiles.h"
+#include "audit/AuditFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include "support/zone_scope.h"
 #include "text/CodePage.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 namespace {
 
 using testing::ElementsAre;
@@ -265,4 +265,4 @@ TEST_F(AuditFilesTest, FileThatCannotBeReadIsTold) {
 }
 
 }  // namespace
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

@@ -1,10 +1,10 @@
-#include "app/Since.h"
+#include "audit/Since.h"
 
 #include <gtest/gtest.h>
 
 #include "support/zone_scope.h"
 
-namespace kalvex::app {
+namespace kalvex::audit {
 namespace {
 
 using support::Gmt;
@@ -58,4 +58,4 @@ TEST_F(SinceTest, OtherTextsAreNone) {
 }
 
 }  // namespace
-}  // namespace kalvex::app
+}  // namespace kalvex::audit

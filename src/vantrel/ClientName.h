@@ -1,0 +1,12 @@
+// What a client says of itself may be anything. Engine texts; any thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kalvex::vantrel {
+
+// The name, cut to 255 characters; bytes that would break a log line are "?".
+std::string Printable(std::string_view name);
+
+}  // namespace kalvex::vantrel
