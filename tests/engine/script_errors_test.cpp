@@ -57,18 +57,49 @@ TEST_F(ScriptErrorsTest, MessagesPassThroughTheTranslatorButForTheMissingCompari
     const DocumentServices translated{{clock, log, marker, users, paths, language::Functions()},
                                       language::Statements(),
                                       questions};
-    const CKalvexDoc document(translated);
+    CKalvexDoc document(translated);
     EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(16)), "<Błąd obliczenia wyrażenia>");
     EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(18)), "Nie znaleziono właściwego operatora");
-    EXPECT_EQ(document.FormatErrorReport(0, 0, ""), text::FromUtf8("< : Linia >1 - <Brak błędów>"));
+    document.Report(0, 0, "", platform::LogErrors);
+    EXPECT_EQ(Log().back(), "< : Linia >1 - <Brak błędów>");
 }
 
 TEST_F(ScriptErrorsTest, ReportNamesLineMessageAndText) {
-    const CKalvexDoc document(services);
-    EXPECT_EQ(text::ToUtf8(document.FormatErrorReport(11, operands::ErrorUnknownKeyword, "FOO")),
-              " : Linia 12 - Nieznane słowo kluczowe : FOO");
-    EXPECT_EQ(text::ToUtf8(document.FormatErrorReport(0, operands::ErrorOther, "")),
-              " : Linia 1 - Inny błąd");
+    CKalvexDoc document(services);
+    document.Report(11, operands::ErrorUnknownKeyword, "FOO", platform::LogErrors);
+    EXPECT_EQ(Log().back(), " : Linia 12 - Nieznane słowo kluczowe : FOO");
+    document.Report(0, operands::ErrorOther, "", platform::LogEvents);
+    EXPECT_EQ(Log(platform::LogEvents).back(), " : Linia 1 - Inny błąd");
+}
+
+TEST_F(ScriptErrorsTest, NewestReportIsKeptUntilTheStartOrTheReset) {
+    const auto report = [](const CKalvexDoc& document) {
+        const auto& kept = document.State().report;
+        if (!kept) return std::string("none");
+        return std::to_string(kept->time - kStart) + " level " + std::to_string(kept->level) +
+               " line " + std::to_string(kept->line) + " " + text::ToUtf8(kept->text) +
+               (kept->waiting ? " waiting" : "");
+    };
+    CKalvexDoc& document = Run("LOCAL X\nfoo");
+    EXPECT_EQ(report(document), "0 level 1 line 1 Nieznane słowo kluczowe : FOO");
+    document.Stop();
+    EXPECT_EQ(report(document), "0 level 1 line 1 Nieznane słowo kluczowe : FOO");
+    document.Start();
+    EXPECT_EQ(report(document), "none");
+    Tick(100);
+    EXPECT_EQ(report(document), "0 level 1 line 1 Nieznane słowo kluczowe : FOO");
+    document.Reset();
+    EXPECT_EQ(report(document), "none");
+    CKalvexDoc& stray = Run("ENDIF");
+    EXPECT_EQ(report(stray), "0 level 1 line 0 Brak instrukcji IF...THEN dla użytej komendy ENDIF");
+    CKalvexDoc& waiting = Open("REMOTE R srv@A\nLOCAL X\nSET X = R");
+    waiting.Start();
+    Tick(100);
+    static_cast<support::HandRemote&>(*waiting.Variables().Find("R")).answer =
+        operands::ReadNothing;
+    Tick(100);
+    EXPECT_EQ(report(waiting),
+              "0 level 2 line 2 Oczekiwanie na pobranie danych bieżących : R waiting");
 }
 
 TEST_F(ScriptErrorsTest, FirstSpecificErrorStands) {
