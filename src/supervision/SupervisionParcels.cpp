@@ -58,7 +58,8 @@ void Put(const engine::MissingValue& missing, pb::MissingValue& out) {
 engine::MissingValue Take(const pb::MissingValue& in) {
     engine::MissingValue missing;
     missing.name = text::FromUtf8(in.name());
-    missing.kind = static_cast<value::ValueKind>(in.kind());
+    const bool isKnown = in.kind() > value::KindNone && in.kind() <= value::KindArchive;
+    missing.kind = isKnown ? static_cast<value::ValueKind>(in.kind()) : value::KindCurrent;
     missing.condition = {text::FromUtf8(in.source()), text::FromUtf8(in.variable()),
                          FromWire(in.state(), DataState::NoReport, DataState::Unknown),
                          text::FromUtf8(in.reason())};
