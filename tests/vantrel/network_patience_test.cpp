@@ -86,7 +86,7 @@ class FakeStream final : public Stream {
   public:
     bool Send(std::string) override { return true; }
     void Resume() override { ++resumed; }
-    void Finish(StreamEnd) override {}
+    void Finish(StreamEnd, std::string) override {}
     void Cancel() override {}
     std::size_t Backlog() const override { return 0; }
     bool IsStuck() override { return false; }

@@ -24,9 +24,10 @@ class RawEvents final : public StreamEvents {
         m_changed.notify_all();
         return true;
     }
-    void OnEnded(StreamEnd end, const std::string&) override {
+    void OnEnded(StreamEnd end, const std::string& detail) override {
         const std::lock_guard lock(m_mutex);
         m_end = end;
+        m_detail = detail;
         m_ended = true;
         m_changed.notify_all();
     }
@@ -43,9 +44,16 @@ class RawEvents final : public StreamEvents {
         return m_end;
     }
 
+    // Of the end, once it has come.
+    std::string Detail() {
+        const std::lock_guard lock(m_mutex);
+        return m_detail;
+    }
+
   private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
+    std::string m_detail;
     std::vector<std::string> m_parcels;
     std::size_t m_taken = 0;
     StreamEnd m_end = StreamEnd::Orderly;
@@ -54,7 +62,8 @@ class RawEvents final : public StreamEvents {
 
 class RawClient {
   public:
-    RawClient(const Endpoint& endpoint, StreamMethod method) {
+    template <class Method>  // as ClientCarrier has them
+    RawClient(const Endpoint& endpoint, Method method) {
         platform::Notice error;
         stream = m_carrier.Dial(endpoint, method, events, SIZE_MAX, error);
     }
