@@ -8,6 +8,7 @@
 #include "text/TextFormat.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
+#include "vantrel/ClientName.h"
 #include "vantrel/OrderWords.h"
 
 namespace kalvex::server {

@@ -21,7 +21,7 @@ def generate(proto):
                     proto.name], check=True)
     sys.path.insert(0, folder.name)
     try:
-        return importlib.import_module("sorvane_pb2"), importlib.import_module("sorvane_pb2_grpc")
+        return tuple(importlib.import_module(f"{proto.stem}_{part}") for part in ("pb2", "pb2_grpc"))
     finally:
         sys.path.pop(0)
         folder.cleanup()
