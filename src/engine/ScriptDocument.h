@@ -123,7 +123,9 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     std::string GetErrorMessage(int code) const;  // translated
     // The message and " : text" if there is one.
     std::string FormatError(int code, std::string_view text) const;
-    // The same behind " : Linia N - " into the log.
+    // The same behind " : Linia N - ".
+    std::string FormatErrorReport(int line, int code, std::string_view text) const;
+    // That goes into the log, and is kept.
     void Report(int line, int code, std::string_view text, int level);
     void LogLine(std::string_view text, int level);  // the path followed by the text
 

@@ -197,13 +197,17 @@ std::string CKalvexDoc::FormatError(int code, std::string_view text) const {
     return words;
 }
 
-void CKalvexDoc::Report(int line, int code, std::string_view text, int level) {
-    report = {Services().clock.Now(), level, line, FormatError(code, text)};
+std::string CKalvexDoc::FormatErrorReport(int line, int code, std::string_view text) const {
     std::string words = Services().translator.Translate(" : Linia ");
     words += std::to_string(line + 1);
     words += " - ";
-    words += report->text;
-    LogLine(words, level);
+    words += FormatError(code, text);
+    return words;
+}
+
+void CKalvexDoc::Report(int line, int code, std::string_view text, int level) {
+    report = {Services().clock.Now(), level, line, FormatError(code, text)};
+    LogLine(FormatErrorReport(line, code, text), level);
 }
 
 }  // namespace kalvex::engine

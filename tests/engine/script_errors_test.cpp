@@ -57,19 +57,18 @@ TEST_F(ScriptErrorsTest, MessagesPassThroughTheTranslatorButForTheMissingCompari
     const DocumentServices translated{{clock, log, marker, users, paths, language::Functions()},
                                       language::Statements(),
                                       questions};
-    CKalvexDoc document(translated);
+    const CKalvexDoc document(translated);
     EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(16)), "<Błąd obliczenia wyrażenia>");
     EXPECT_EQ(text::ToUtf8(document.GetErrorMessage(18)), "Nie znaleziono właściwego operatora");
-    document.Report(0, 0, "", platform::LogErrors);
-    EXPECT_EQ(Log().back(), "< : Linia >1 - <Brak błędów>");
+    EXPECT_EQ(document.FormatErrorReport(0, 0, ""), text::FromUtf8("< : Linia >1 - <Brak błędów>"));
 }
 
 TEST_F(ScriptErrorsTest, ReportNamesLineMessageAndText) {
-    CKalvexDoc document(services);
-    document.Report(11, operands::ErrorUnknownKeyword, "FOO", platform::LogErrors);
-    EXPECT_EQ(Log().back(), " : Linia 12 - Nieznane słowo kluczowe : FOO");
-    document.Report(0, operands::ErrorOther, "", platform::LogEvents);
-    EXPECT_EQ(Log(platform::LogEvents).back(), " : Linia 1 - Inny błąd");
+    const CKalvexDoc document(services);
+    EXPECT_EQ(text::ToUtf8(document.FormatErrorReport(11, operands::ErrorUnknownKeyword, "FOO")),
+              " : Linia 12 - Nieznane słowo kluczowe : FOO");
+    EXPECT_EQ(text::ToUtf8(document.FormatErrorReport(0, operands::ErrorOther, "")),
+              " : Linia 1 - Inny błąd");
 }
 
 TEST_F(ScriptErrorsTest, NewestReportIsKeptUntilTheStartOrTheReset) {

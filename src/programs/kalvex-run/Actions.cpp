@@ -34,7 +34,7 @@ constexpr ActionRow kRows[] = {
     {"restore", false, false,
      [](RunScript& script, const Action&) { script.Document().SetMinimised(false); }},
     {"breakpoint", true, false,
-     [](RunScript& script, const Action& action) { script.Breakpoints().Toggle(action.line); }},
+     [](RunScript& script, const Action& action) { script.ToggleBreakpoint(action.line); }},
     {"setValue", false, true, SetValue},
 };
 

@@ -9,7 +9,11 @@ constexpr int kReadUnusable = 1;  // the mode of a read
 }  // namespace
 
 RunScript::RunScript(const engine::DocumentServices& services) : m_document(services) {
-    m_document.SetView(&m_breakpoints);
+    m_document.SetView(&m_model);
+}
+
+void RunScript::ToggleBreakpoint(int line) {
+    m_model.Markers().SetBreakpoint(line, !m_model.HasBreakpoint(line));
 }
 
 void RunScript::Start() {

@@ -1,32 +1,10 @@
-// One script of the command line: its document, its breakpoints and what its run came to.
+// One script of the command line: its document, its marks and what its run came to.
 #pragma once
 
-#include <set>
-#include <string>
-
 #include "engine/ScriptDocument.h"
-#include "engine/ScriptView.h"
+#include "workbench/model/DocumentModel.h"
 
 namespace kalvex::run {
-
-// A view without a window: all that it holds is breakpoints.
-class BreakpointSet final : public engine::ScriptView {
-  public:
-    void Toggle(int line) {
-        if (m_lines.erase(line) == 0) m_lines.insert(line);
-    }
-
-    void SelectLine(int) override {}
-    void SetLineMarker(int, bool) override {}
-    void SetReadOnly(bool) override {}
-    void RefreshTitle() override {}
-    void ClearAllMarkers() override { m_lines.clear(); }
-    void RefreshVariables() override {}
-    bool HasBreakpoint(int line) const override { return m_lines.contains(line); }
-
-  private:
-    std::set<int> m_lines;
-};
 
 class RunScript {
   public:
@@ -34,7 +12,7 @@ class RunScript {
 
     engine::CKalvexDoc& Document() { return m_document; }
     const engine::CKalvexDoc& Document() const { return m_document; }
-    BreakpointSet& Breakpoints() { return m_breakpoints; }
+    void ToggleBreakpoint(int line);
 
     void Start();
 
@@ -52,7 +30,7 @@ class RunScript {
   private:
     bool IsStepPending() const;
 
-    BreakpointSet m_breakpoints;
+    workbench::DocumentModel m_model;
     engine::CKalvexDoc m_document;
     bool m_started = false;
     bool m_refused = false;
