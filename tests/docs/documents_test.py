@@ -70,6 +70,13 @@ class Documents(unittest.TestCase):
                 code = code.replace(text, "")
             self.assertEqual([found[0] for found in own.finditer(code)], [], path.name)
 
+    def test_console_page_has_a_row_for_each_message_and_method(self):
+        page = read("docs/console.md")
+        codes = re.findall(r"(?m)^    [A-Z]\w+ = (\d+),$", read("src/console/ConsoleMessages.h"))
+        self.assertEqual(re.findall(r"(?m)^\| (\d+) \|", page), codes)
+        methods = re.findall(r"(?m)^  rpc (\w+)\(", read("src/supervision/kalvex.proto"))
+        self.assertEqual(re.findall(r"(?m)^\| `((?:Get|Watch)\w+)` \|", page), methods)
+
     def test_front_page_has_a_line_for_each_folder(self):
         lines = re.findall(r"(?m)^\| `([a-z./]+)/` \|", read("README.md"))
         folders = {"src/" + folder for folder in folders_below("src")} | (folders_below(".") - {"src"})

@@ -11,9 +11,13 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 TABLES = {
     "src/app/CmdLine.cpp": {"", " ", ":=", "{}", "/{}", "{:<14}{}\\n"}
     | {"?", "RC", "D", "X", "C", "INST", "NOLOGIN", "U", "Q", "P", "MIRROR"},
+    "src/app/AppConsole.cpp": None,
     "src/app/HealthText.cpp": None,
     "src/app/StandingText.cpp": None,
     "src/app/KalvexLog.cpp": {"", "RC: "},
+    "src/console/LoginText.cpp": None,
+    "src/console/ServerConnection.cpp": None,
+    "src/console/ServerConnectionManager.cpp": None,
     "src/host/LinkStatements.cpp": {" \\t"},
     "src/host/LinkTests.cpp": {
         "ExecutePingThread",
