@@ -29,6 +29,14 @@ std::string_view PrefixOf(ControlKind kind) {
 
 }  // namespace
 
+std::array<std::string, 3> ControlNames(std::string_view path) {
+    std::array<std::string, 3> names;
+    std::ranges::transform(kOfScripts, names.begin(), [path](const KindRow& row) {
+        return std::string(row.prefix).append(path);
+    });
+    return names;
+}
+
 std::string_view CVarRCCtrl::GetScript() const {
     return std::string_view(GetName()).substr(PrefixOf(m_kind).size());
 }

@@ -36,6 +36,9 @@ class CVarRCCtrl final : public vantrel::CVarVal {
     const Handler& m_handler;
 };
 
+// Of a script: its command, list and line variable.
+std::array<std::string, 3> ControlNames(std::string_view path);
+
 class ControlVariables {
   public:
     // The handler hears of what clients write.

@@ -78,7 +78,7 @@ ModuleConsole::ModuleConsole(ConsoleHost& host)
 
 void ModuleConsole::OnOpened(const engine::CKalvexDoc& document, bool isTold) {
     m_variables.CreateForScript(document.GetDocKey());
-    if (m_clients != nullptr) m_clients->OnVariables();
+    if (m_clients != nullptr) m_clients->OnVariables(document.GetDocKey());
     if (isTold) SendDocumentNotice(document.GetDocKey());
 }
 
@@ -86,7 +86,7 @@ void ModuleConsole::OnClosing(const engine::CKalvexDoc& document) {
     m_asked.erase(&document);
     SendDocumentNotice(kClosedPrefix + document.GetDocKey());
     m_variables.RemoveOfScript(document.GetDocKey());
-    if (m_clients != nullptr) m_clients->OnVariables();
+    if (m_clients != nullptr) m_clients->OnVariables(document.GetDocKey());
 }
 
 void ModuleConsole::PublishLevel(int level) {

@@ -52,8 +52,8 @@ class ValueDistribution {
   public:
     virtual ~ValueDistribution() = default;
     virtual void AddCurrentValueChange(const CVarRCCtrl& variable) = 0;
-    // Variables have come or gone.
-    virtual void OnVariables() = 0;
+    // The variables of a script have come or gone.
+    virtual void OnVariables(std::string_view path) = 0;
 };
 
 class ModuleConsole final : public engine::ConsoleLink {

@@ -60,7 +60,8 @@ void CKalvexServerConnection::OnClosed(std::uint32_t reason) {
     m_manager.Services().console.TakeBackAllSessions(GetWriter());
 }
 
-void CKalvexServerConnection::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
+void CKalvexServerConnection::Check(std::int64_t acceptedBefore) {
+    m_hearsLog.reset();
     if (m_loggedIn || m_closing || m_accepted >= acceptedBefore) return;
     m_closing = true;
     m_link.Close(vantrel::ReasonLoginRefused);
@@ -141,7 +142,7 @@ void CKalvexServerConnection::Show(vantrel::VariableHandle handle, Subscription&
 
 void CKalvexServerConnection::Receive(vantrel::SubscribeRequest& message) {
     m_flags |= message.flags;
-    for (const vantrel::VariableHandle handle : message.removed) m_subscriptions.erase(handle);
+    for (const vantrel::VariableHandle handle : message.removed) Unsubscribe(handle);
     vantrel::ValueUpdates values;
     vantrel::AccessErrors errors;
     for (vantrel::SubscribeRequest::Entry& entry : message.added) {
@@ -152,12 +153,21 @@ void CKalvexServerConnection::Receive(vantrel::SubscribeRequest& message) {
         }
         Subscription& subscription = m_subscriptions[entry.handle];
         subscription.name = std::move(entry.name);
+        m_byName[subscription.name].push_back(entry.handle);
         Show(entry.handle, subscription, true, values, errors);
     }
     values.last = message.last;
     if (!errors.entries.empty()) m_link.Send(std::move(errors));
     if (!message.added.empty()) m_link.Send(std::move(values));
     if (message.last) OnSubscribeFinish();
+}
+
+void CKalvexServerConnection::Unsubscribe(vantrel::VariableHandle handle) {
+    const auto node = m_subscriptions.extract(handle);
+    if (node.empty()) return;
+    const auto named = m_byName.find(node.mapped().name);
+    std::erase(named->second, handle);
+    if (named->second.empty()) m_byName.erase(named);
 }
 
 // Each client is told once which scripts are open, and by itself.
@@ -170,21 +180,27 @@ void CKalvexServerConnection::OnSubscribeFinish() {
     }
 }
 
-void CKalvexServerConnection::OnVariables() {
+void CKalvexServerConnection::OnVariables(std::span<const std::string> names) {
     vantrel::ValueUpdates values;
     vantrel::AccessErrors errors;
-    for (auto& [handle, subscription] : m_subscriptions) {
-        Show(handle, subscription, false, values, errors);
+    for (const std::string& name : names) {
+        const auto named = m_byName.find(name);
+        if (named == m_byName.end()) continue;
+        for (const vantrel::VariableHandle handle : named->second) {
+            Show(handle, m_subscriptions.at(handle), false, values, errors);
+        }
     }
     if (!errors.entries.empty()) m_link.Send(std::move(errors));
     if (!values.entries.empty()) m_link.Send(std::move(values));
 }
 
 void CKalvexServerConnection::SendValue(const CVarRCCtrl& variable) {
+    const auto named = m_byName.find(variable.GetName());
+    if (named == m_byName.end()) return;
     vantrel::ValueUpdates values;
-    for (const auto& [handle, subscription] : m_subscriptions) {
-        if (!subscription.isShown || subscription.name != variable.GetName()) continue;
-        values.entries.push_back({handle, variable.Value()});
+    for (const vantrel::VariableHandle handle : named->second) {
+        if (m_subscriptions.at(handle).isShown)
+            values.entries.push_back({handle, variable.Value()});
     }
     if (!values.entries.empty()) m_link.Send(std::move(values));
 }
@@ -238,8 +254,9 @@ void CKalvexServerConnection::Receive(vantrel::LastMessagesRequest& message) {
 }
 
 void CKalvexServerConnection::SendLog(const vantrel::LogMessage& message) {
-    const bool wanted = m_loggedIn && (m_flags & vantrel::SubscribeFlag::LogMessages) != 0;
-    if (wanted && MayControl()) m_link.Send(message);
+    if (!m_loggedIn || (m_flags & vantrel::SubscribeFlag::LogMessages) == 0) return;
+    if (!m_hearsLog) m_hearsLog = MayControl();
+    if (*m_hearsLog) m_link.Send(message);
 }
 
 }  // namespace kalvex::console

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "console/ModuleConsole.h"
 #include "platform/UserDirectory.h"
@@ -41,10 +43,10 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     // A value that the module has set, to be sent if it is subscribed and may be seen.
     void SendValue(const CVarRCCtrl& variable);
     void SendLog(const vantrel::LogMessage& message);
-    // Subscribed names that had no variable may have one now, and others none any more.
-    void OnVariables();
-    // Ends a conversation in which nobody has logged in since.
-    void CloseUnlessLoggedIn(std::int64_t acceptedBefore);
+    // These names may have a variable now, or none any more.
+    void OnVariables(std::span<const std::string> names);
+    // About once a second. Ends a conversation in which nobody has logged in since.
+    void Check(std::int64_t acceptedBefore);
 
     unsigned GetVarRights(const CVarRCCtrl& variable) const;
     // Of the connection as a whole.
@@ -70,6 +72,7 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     // Logs the try, and lets the client in if it may come.
     void ProcessLoginData(const vantrel::LoginVerdict& verdict);
     void OnSubscribeFinish();
+    void Unsubscribe(vantrel::VariableHandle handle);
     void Show(vantrel::VariableHandle handle, Subscription& subscription, bool isNew,
               vantrel::ValueUpdates& values, vantrel::AccessErrors& errors);
     std::uint16_t Write(vantrel::ModifyRequest& request);
@@ -90,7 +93,9 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     bool m_documentsSent = false;
     bool m_closing = false;
     std::uint32_t m_flags = 0;
+    std::optional<bool> m_hearsLog;  // until the next look
     std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;
+    std::unordered_map<std::string, std::vector<vantrel::VariableHandle>> m_byName;
 };
 
 }  // namespace kalvex::console

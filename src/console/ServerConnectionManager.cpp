@@ -29,7 +29,7 @@ CKalvexServerConnectionManager::~CKalvexServerConnectionManager() {
 void CKalvexServerConnectionManager::Check() {
     const std::int64_t acceptedBefore = m_services.clock.Elapsed() - kLoginTime;
     for (const auto& [number, connection] : m_connections) {
-        connection->CloseUnlessLoggedIn(acceptedBefore);
+        connection->Check(acceptedBefore);
     }
 }
 
@@ -43,8 +43,9 @@ void CKalvexServerConnectionManager::AddCurrentValueChange(const CVarRCCtrl& var
     for (const auto& [number, connection] : m_connections) connection->SendValue(variable);
 }
 
-void CKalvexServerConnectionManager::OnVariables() {
-    for (const auto& [number, connection] : m_connections) connection->OnVariables();
+void CKalvexServerConnectionManager::OnVariables(std::string_view path) {
+    const auto names = ControlNames(path);
+    for (const auto& [number, connection] : m_connections) connection->OnVariables(names);
 }
 
 std::unique_ptr<vantrel::ServerSession> CKalvexServerConnectionManager::Accept(

@@ -48,13 +48,14 @@ class CKalvexServerConnectionManager final : public vantrel::SessionAcceptor,
     CKalvexServerConnectionManager(const CKalvexServerConnectionManager&) = delete;
     CKalvexServerConnectionManager& operator=(const CKalvexServerConnectionManager&) = delete;
 
-    // About once a second: ends conversations in which nobody logs in.
+    // About once a second: ends conversations in which nobody logs in. A change of who may hear the
+    // log counts from then on.
     void Check();
 
     // To all clients whose user may see it.
     void AddLogMessage(std::string_view text, std::int64_t time, int level);
     void AddCurrentValueChange(const CVarRCCtrl& variable) override;
-    void OnVariables() override;
+    void OnVariables(std::string_view path) override;
 
     // Whether its user may control scripts from there.
     bool MayControl(const ConsoleWriter& client) const;

@@ -131,6 +131,33 @@ TEST_F(ServerConnectionTest, LogGoesToWhoMayControlScripts) {
     EXPECT_THAT(unasked.messages, IsEmpty());
 }
 
+TEST_F(ServerConnectionTest, RightToHearTheLogIsAskedForAnewEachSecond) {
+    TestClient& client = LogIn();
+    client.Say(vantrel::SubscribeRequest{{}, {}, vantrel::SubscribeFlag::LogMessages, true});
+    m_server->AddLogMessage("a", 100, 1);
+    m_controlRight = "200";
+    m_server->Check();
+    m_server->AddLogMessage("b", 200, 1);
+    m_controlRight = "50";
+    m_server->Check();
+    m_server->AddLogMessage("c", 300, 1);
+    const auto lines = client.Take<vantrel::LogMessage>();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].text, "a");
+    EXPECT_EQ(lines[1].text, "c");
+}
+
+TEST_F(ServerConnectionTest, VariableMayBeSubscribedTwiceAndLetGoOnce) {
+    Open("LOCAL X");
+    TestClient& client = LogIn();
+    Subscribe(client, {"a.kx", "a.kx"});
+    EXPECT_THAT(Say(client, "a.kx", "6"), ElementsAre("a.kx: 7", "a.kx: 7"));
+    client.Say(vantrel::SubscribeRequest{{}, {m_lastHandle, 999}, 0, true});
+    EXPECT_THAT(Say(client, "a.kx", "6"), ElementsAre("a.kx: 7"));
+    client.Say(vantrel::SubscribeRequest{{}, {m_lastHandle - 1}, 0, true});
+    EXPECT_THAT(Say(client, "a.kx", "6"), IsEmpty());
+}
+
 TEST_F(ServerConnectionTest, OneClientTooManyIsRefused) {
     for (int count = 0; count < 4; ++count) EXPECT_NE(Connect().session, nullptr);
     log.Take();
