@@ -77,6 +77,13 @@ class Documents(unittest.TestCase):
         methods = re.findall(r"(?m)^  rpc (\w+)\(", read("src/supervision/kalvex.proto"))
         self.assertEqual(re.findall(r"(?m)^\| `((?:Get|Watch)\w+)` \|", page), methods)
 
+    def test_operations_page_has_each_action_of_the_audit_trail(self):
+        actions = re.findall(r"AuditAction::\w+, \"([a-z-]+)\"", read("src/audit/AuditRecord.cpp"))
+        self.assertTrue(actions)
+        table = re.search(r"(?s)\| action \| `old` \| `new` \|\n\|---\|---\|---\|\n(.*?)\n\n", read("docs/operations.md"))
+        told = [word for row in table[1].splitlines() for word in re.findall(r"`([a-z-]+)`", row.split("|")[1])]
+        self.assertCountEqual(told, actions)
+
     def test_front_page_has_a_line_for_each_folder(self):
         lines = re.findall(r"(?m)^\| `([a-z./]+)/` \|", read("README.md"))
         folders = {"src/" + folder for folder in folders_below("src")} | (folders_below(".") - {"src"})
