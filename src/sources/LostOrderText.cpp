@@ -39,9 +39,10 @@ constexpr WriteRow kWrites[] = {
 };
 
 // By LossReason.
-constexpr std::array<const char*, 2> kReasons = {
+constexpr std::array<const char*, 3> kReasons = {
     platform::Translatable("Brak połączenia z serwerem"),
     platform::Translatable("Zbyt wiele zapisów i poleceń czeka na odpowiedź serwera"),
+    platform::Translatable("Połączenie zerwane przed odpowiedzią serwera"),
 };
 
 constexpr const char* kLost = platform::Translatable("%s, przepadło polecenie %s");

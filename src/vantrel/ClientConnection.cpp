@@ -148,6 +148,7 @@ void CClientConnection::Forget(Registration& registration) {
 void CClientConnection::SubscribeAll() {
     SubscribeRequest request;
     for (const auto& registration : m_arrVariables) {
+        registration->told = false;
         if (registration->handle == 0) continue;
         request.added.push_back({registration->handle, registration->pVarVal->GetName()});
         request.flags |= GetSubscribeFlags(*registration->pVarVal);
@@ -265,7 +266,13 @@ void CClientConnection::Receive(VariableDefinitions& message) {
 void CClientConnection::Receive(ValueUpdates& message) {
     for (ValueUpdates::Entry& entry : message.entries) {
         const auto found = m_byHandle.find(entry.handle);
-        if (found != m_byHandle.end()) found->second->pVarVal->SetValue(std::move(entry.value));
+        if (found == m_byHandle.end()) continue;
+        CVarVal& variable = *found->second->pVarVal;
+        if (std::exchange(found->second->told, true)) {
+            variable.SetControlValue(std::move(entry.value));
+        } else {
+            variable.SetValue(std::move(entry.value));
+        }
     }
     if (message.last) OnDataArrived();
 }
@@ -277,6 +284,7 @@ void CClientConnection::Receive(AccessErrors& message) {
     for (const AccessErrors::Entry& entry : message.entries) {
         const auto found = m_byHandle.find(entry.handle);
         if (found == m_byHandle.end()) continue;
+        found->second->told = false;
         CVarVal& variable = *found->second->pVarVal;
         if (variable.Value().GetType() != value::ValueType::None) {
             variable.SetValue(value::CVal());

@@ -89,7 +89,7 @@ class CClientConnection : private ClientTransportEvents {
     // Writes and orders reach the server in the order in which they were made; of very many the
     // later ones are held back until the earlier are answered. What a break leaves without an
     // answer is sent again when the connection is up, before what is made then, and done once
-    // nevertheless.
+    // nevertheless; or, where SendsWritesAgain says so, is lost.
 
     // Sent by MakeDataRequest. A refusal comes to OnReportModifyError.
     void AddReportModifyRequest(value::ValueKind kind, std::string_view variable, std::int64_t time,
@@ -117,6 +117,10 @@ class CClientConnection : private ClientTransportEvents {
     virtual bool IsVarInUse(const CVarVal& variable) const;
     // What a subscription of the variable asks for; SubscribeFlag names the bits that matter.
     virtual std::uint32_t GetSubscribeFlags(const CVarVal& variable) const;
+
+    // False where a write that comes late does harm: what a break leaves without an answer goes to
+    // OnOrderLost instead, before OnDisconnect.
+    virtual bool SendsWritesAgain() const { return true; }
 
     virtual void OnConnectionFault(ConnectionFault fault, std::uint32_t code);
     // The server's answer to the login.
@@ -149,6 +153,7 @@ class CClientConnection : private ClientTransportEvents {
         std::size_t index = 0;
         bool dropped = false;  // goes at the next Subscribe
         bool touched = false;  // stands in m_touched
+        bool told = false;     // in this conversation the server has sent what it holds
     };
 
     struct PendingRead {

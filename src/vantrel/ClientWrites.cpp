@@ -1,5 +1,5 @@
-// Writes and orders of a connection: queued by "Add", sent by "Make", in order and again after a
-// break until they are answered.
+// Writes and orders of a connection: queued by "Add", sent by "Make", in order and, unless that
+// would do harm, again after a break until they are answered.
 #include <utility>
 
 #include "vantrel/ClientConnection.h"
@@ -255,22 +255,24 @@ void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t res
 // ---- breaks
 
 void CClientConnection::HoldWrites(bool wasConnected) {
-    if (wasConnected) m_lastReleased = m_lastSerial;
-    std::vector<std::uint64_t> lost;
+    const bool sendsAgain = SendsWritesAgain();
+    if (wasConnected && sendsAgain) m_lastReleased = m_lastSerial;
+    std::vector<std::pair<std::uint64_t, LossReason>> lost;
     std::vector<std::uint64_t> done;  // as far as will ever be known
     for (const auto& [serial, write] : m_writes) {
-        if (serial > m_lastReleased) {
-            lost.push_back(serial);
-        } else if (serial <= m_lastSent && !IsAnswered(write)) {
+        const bool sent = serial <= m_lastSent;
+        if (sent && !IsAnswered(write)) {
             done.push_back(serial);
+        } else if (!sendsAgain || serial > m_lastReleased) {
+            lost.emplace_back(serial, sent ? LossReason::Unanswered : LossReason::NotConnected);
         }
     }
     for (const std::uint64_t serial : done) Forget(serial);
     m_lastSent = 0;
     m_writesUnderWay = m_ordersUnderWay = 0;
     m_writeBytesUnderWay = 0;
-    for (const std::uint64_t serial : lost) {
-        Lose(std::move(Forget(serial).request), LossReason::NotConnected);
+    for (const auto& [serial, reason] : lost) {
+        Lose(std::move(Forget(serial).request), reason);
     }
 }
 

@@ -24,10 +24,11 @@ struct RequestRecord {
 
 enum class LossReason : std::uint8_t {
     NotConnected,
-    QueueFull,  // too much waits for its answers
+    QueueFull,   // too much waits for its answers
+    Unanswered,  // sent; whether the server has done it is not known
 };
 
-// A write or an order of which the server was never told.
+// A write or an order that is not sent, or not again.
 struct LostOrder {
     LossReason reason = LossReason::NotConnected;
     std::optional<PeriodAction> action;  // none: a write

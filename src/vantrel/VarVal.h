@@ -38,8 +38,10 @@ class CVarVal {
     value::CVal& Value() { return m_value; }
     const value::CVal& Value() const { return m_value; }
 
-    // A value that the server has sent, and one that a write of this client has confirmed.
+    // What the server holds when it is asked for the variable.
     virtual void SetValue(value::CVal value) { m_value = std::move(value); }
+    // A value that has been set since: the server tells of it, or confirms a write of this client.
+    // It may bring about whatever a value can, but the end of this variable.
     virtual void SetControlValue(value::CVal value) { SetValue(std::move(value)); }
 
   private:

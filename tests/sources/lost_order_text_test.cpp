@@ -32,6 +32,8 @@ TEST(LostOrderTextTest, TellsWhatTheScriptHadOrdered) {
     EXPECT_EQ(text(LossReason::NotConnected, PeriodAction::Refresh, value::KindArchive, {}),
               "Brak połączenia z serwerem, przepadło polecenie INIT_LOAD_REFRESH ARCH 2024-03-10 "
               "07:00:00");
+    EXPECT_EQ(text(LossReason::Unanswered, {}, value::KindCurrent, {value::CVal("2")}),
+              "Połączenie zerwane przed odpowiedzią serwera, przepadło polecenie SET o wartości 2");
 }
 
 }  // namespace

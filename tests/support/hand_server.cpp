@@ -188,8 +188,12 @@ void HeardConnection::OnPeriodError(vantrel::PeriodAction action, value::ValueKi
 }
 
 void HeardConnection::OnOrderLost(const vantrel::LostOrder& order) {
-    std::string text =
-        order.reason == vantrel::LossReason::QueueFull ? "lost, as too many wait, " : "lost ";
+    static const std::map<vantrel::LossReason, std::string> words = {
+        {vantrel::LossReason::NotConnected, "lost "},
+        {vantrel::LossReason::QueueFull, "lost, as too many wait, "},
+        {vantrel::LossReason::Unanswered, "lost unanswered "},
+    };
+    std::string text = words.at(order.reason);
     if (order.action) text += "period " + Text(static_cast<int>(*order.action)) + ":";
     text += Text(order.kind) + order.variable + "[" + Text(order.time) + "]";
     for (const value::CVal& value : order.values) text += " " + Describe(value);

@@ -52,10 +52,12 @@ class HeardConnection final : public vantrel::CClientConnection {
     void UnRegisterVariable(const std::string& name, const Owner* owner);
 
     std::vector<std::string> events;
+    bool sendsWritesAgain = true;
     std::multimap<std::string, const Owner*> owners;
 
   protected:
     bool IsVarInUse(const vantrel::CVarVal& variable) const override;
+    bool SendsWritesAgain() const override { return sendsWritesAgain; }
     void OnConnectionFault(vantrel::ConnectionFault fault, std::uint32_t code) override;
     void OnServerAccess(bool denied, std::string_view text) override;
     void OnConnect() override;

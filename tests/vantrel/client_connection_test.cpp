@@ -2,6 +2,7 @@
 
 #include "support/hand_server.h"
 #include "support/value_dump.h"
+#include "value/ValueText.h"
 #include "vantrel/Codes.h"
 
 namespace kalvex::vantrel {
@@ -9,6 +10,34 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+// Tells what a server holds from what it sets.
+class ToldVariable final : public CVarVal {
+  public:
+    ToldVariable(std::string_view name, std::vector<std::string>& told)
+        : CVarVal(name), m_told(told) {}
+
+    void SetValue(value::CVal value) override {
+        m_told.push_back("holds " + value::ValueToText(value));
+    }
+    void SetControlValue(value::CVal value) override {
+        m_told.push_back("sets " + value::ValueToText(value));
+        CVarVal::SetValue(std::move(value));
+    }
+
+  private:
+    std::vector<std::string>& m_told;
+};
+
+class ToldConnection final : public CClientConnection {
+  public:
+    std::vector<std::string> told;
+
+  protected:
+    std::unique_ptr<CVarVal> CreateVarVal(std::string_view name) override {
+        return std::make_unique<ToldVariable>(name, told);
+    }
+};
 
 class ClientConnectionTest : public testing::Test {
   protected:
@@ -245,6 +274,30 @@ TEST_F(ClientConnectionTest, RegisteredAndDroppedBeforeSubscribeIsNeverTold) {
     network.Deliver();
     EXPECT_THAT(server.heard, IsEmpty());
     EXPECT_EQ(connection.GetVarVal("A"), nullptr);
+}
+
+TEST_F(ClientConnectionTest, FirstValueOfAConversationIsWhatTheServerHolds) {
+    ToldConnection client;
+    client.RegisterVariable("A");
+    client.Subscribe();
+    client.Create(23, "srv", "Kalvex", network, nullptr);
+    network.Deliver();
+    for (const int number : {1, 2, 3}) server.SendValue(1, value::CVal(number));
+    network.Deliver();
+    EXPECT_THAT(client.told, ElementsAre("holds 1", "sets 2", "sets 3"));
+    client.told.clear();
+    network.Break("srv", ReasonLost);
+    network.Deliver();
+    client.CheckConnection();
+    network.Deliver();
+    for (const int number : {4, 5}) server.SendValue(1, value::CVal(number));
+    network.Deliver();
+    EXPECT_THAT(client.told, ElementsAre("holds 4", "sets 5"));
+    client.told.clear();
+    server.Send(AccessErrors{{{1, ResultOk}}});
+    for (const int number : {6, 7}) server.SendValue(1, value::CVal(number));
+    network.Deliver();
+    EXPECT_THAT(client.told, ElementsAre("holds ", "holds 6", "sets 7"));
 }
 
 TEST_F(ClientConnectionTest, HandleOfADroppedVariableIsNotGivenAgain) {
