@@ -236,7 +236,6 @@ bool CKalvexApp::CreateClientInterface() {
     services.descriptions = m_configuration.sources;
     services.crypt = &m_world.crypt;
     services.clientName = m_consoleClient ? m_clientIdentity : m_configuration.moduleName;
-    services.consoleClient = m_consoleClient;
     m_clientInterface = std::make_unique<sources::CClientInterface>(std::move(services));
     m_services->sources = m_clientInterface.get();
     LogAppStart();

@@ -38,8 +38,8 @@ struct SourceServices {
     std::vector<CSourceDesc> descriptions = {};
     const platform::CCrypt* crypt = nullptr;  // none where the passwords are plain
     std::string clientName = "Kalvex";        // by which the servers know this process
-    bool consoleClient = false;
-    bool definitionsChanged = false;  // definitions have come since the flag was cleared
+    ConsoleEvents* console = nullptr;         // of a process that is a console of a module
+    bool definitionsChanged = false;          // definitions have come since the flag was cleared
 };
 
 class CInterfaceSourceList final : public vantrel::CSourceList {

@@ -4,6 +4,7 @@
 
 #include "platform/UserDirectory.h"
 #include "sources/ClientInterface.h"
+#include "sources/ConsoleEvents.h"
 #include "sources/LostOrderText.h"
 #include "sources/ReportNotifications.h"
 #include "text/CodePage.h"
@@ -53,6 +54,16 @@ CVarReg& Registered(vantrel::CVarVal& variable) {
 
 }  // namespace
 
+void CVarRC::SetValue(value::CVal value) {
+    m_console.OnHeldValue(GetName(), value);
+    CVarReg::SetValue(std::move(value));
+}
+
+void CVarRC::SetControlValue(value::CVal value) {
+    m_console.OnControlValue(GetName(), value);
+    vantrel::CVarVal::SetValue(std::move(value));
+}
+
 void CInterfaceClientConnection::Log(const char* polish,
                                      std::initializer_list<std::string_view> arguments, int level) {
     m_services.log.Log(text::FormatText(m_services.translator.Translate(polish), arguments), level);
@@ -60,14 +71,19 @@ void CInterfaceClientConnection::Log(const char* polish,
 
 void CInterfaceClientConnection::GetLoginData(std::string& user, std::string& password) const {
     vantrel::CClientConnection::GetLoginData(user, password);
-    if (user != platform::kNobody && !user.empty() && !m_services.consoleClient) return;
+    if (user != platform::kNobody && !user.empty() && m_services.console == nullptr) return;
     m_services.users.ActiveUserInfo(user, password);
 }
 
 // ---- variables and their owners
 
 std::unique_ptr<vantrel::CVarVal> CInterfaceClientConnection::CreateVarVal(std::string_view name) {
-    auto variable = std::make_unique<CVarReg>(name);
+    std::unique_ptr<CVarReg> variable;
+    if (m_services.console != nullptr) {
+        variable = std::make_unique<CVarRC>(name, *m_services.console);
+    } else {
+        variable = std::make_unique<CVarReg>(name);
+    }
     variable->SetDefInfo(GetVarDefInfo(name));
     return variable;
 }
@@ -85,13 +101,17 @@ void CInterfaceClientConnection::DetachVarOwner(CInterfaceObj& owner) {
 }
 
 bool CInterfaceClientConnection::IsVarInUse(const vantrel::CVarVal& variable) const {
-    return !m_services.consoleClient && !static_cast<const CVarReg&>(variable).Owners().empty();
+    return m_services.console == nullptr && !static_cast<const CVarReg&>(variable).Owners().empty();
 }
 
 std::uint32_t CInterfaceClientConnection::GetSubscribeFlags(
     const vantrel::CVarVal& variable) const {
-    return m_services.consoleClient ? kConsoleWishes
-                                    : vantrel::CClientConnection::GetSubscribeFlags(variable);
+    return m_services.console != nullptr ? kConsoleWishes
+                                         : vantrel::CClientConnection::GetSubscribeFlags(variable);
+}
+
+bool CInterfaceClientConnection::SendsWritesAgain() const {
+    return m_services.console == nullptr;
 }
 
 void CInterfaceClientConnection::OnVariableList() {
@@ -135,6 +155,7 @@ void CInterfaceClientConnection::OnConnect() {
     }
     m_lostTold.clear();
     m_lostUntold = 0;
+    if (m_services.console != nullptr) m_services.console->OnConnected(GetServerName());
 }
 
 void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
@@ -152,6 +173,7 @@ void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
         Log(kWritesWait, {GetServerName(), std::to_string(WritesWaiting())}, platform::LogErrors);
     }
     vantrel::CClientConnection::OnDisconnect(reason);
+    if (m_services.console != nullptr) m_services.console->OnConnectionLost(GetServerName());
 }
 
 void CInterfaceClientConnection::OnDataArrived() {
@@ -246,6 +268,11 @@ void CInterfaceClientConnection::OnReportChange(value::ValueKind kind, std::int6
     for (engine::CKalvexDoc* document : *documents) {
         ReportNotifications::Of(*document).OnReportChange(kind, GetServerName(), time);
     }
+}
+
+void CInterfaceClientConnection::OnRemoteLogMessage(int level, std::int64_t time,
+                                                    std::string_view text) {
+    if (m_services.console != nullptr) m_services.console->OnModuleLog(level, time, text);
 }
 
 std::vector<engine::CKalvexDoc*>* CInterfaceClientConnection::FindNotifyDocs(

@@ -21,10 +21,11 @@ class CKalvexDoc;
 namespace kalvex::sources {
 
 class CInterfaceObj;
+class ConsoleEvents;
 struct SourceServices;
 
 // The local copy of a server variable, which several links share.
-class CVarReg final : public vantrel::CVarVal {
+class CVarReg : public vantrel::CVarVal {
   public:
     using vantrel::CVarVal::CVarVal;
 
@@ -49,6 +50,19 @@ class CVarReg final : public vantrel::CVarVal {
     std::vector<CInterfaceObj*> m_arrOwners;
     const vantrel::CVarDefInfo* m_pDefInfo = nullptr;
     std::optional<std::uint16_t> m_refusal;
+};
+
+// The same in a console.
+class CVarRC final : public CVarReg {
+  public:
+    // The console outlives the variable.
+    CVarRC(std::string_view name, ConsoleEvents& console) : CVarReg(name), m_console(console) {}
+
+    void SetValue(value::CVal value) override;
+    void SetControlValue(value::CVal value) override;
+
+  private:
+    ConsoleEvents& m_console;
 };
 
 class CInterfaceClientConnection : public vantrel::CClientConnection {
@@ -84,6 +98,8 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
     std::unique_ptr<vantrel::CVarVal> CreateVarVal(std::string_view name) override;
     bool IsVarInUse(const vantrel::CVarVal& variable) const override;
     std::uint32_t GetSubscribeFlags(const vantrel::CVarVal& variable) const override;
+    // A script that is started late does harm, and so does whatever else a console orders.
+    bool SendsWritesAgain() const override;
 
     void OnConnectionFault(vantrel::ConnectionFault fault, std::uint32_t code) override;
     void OnServerAccess(bool denied, std::string_view text) override;
@@ -100,6 +116,7 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
                        const vantrel::RequestRecord& record) override;
     void OnOrderLost(const vantrel::LostOrder& order) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
+    void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;
 
   private:
     void Log(const char* polish, std::initializer_list<std::string_view> arguments, int level);

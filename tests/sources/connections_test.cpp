@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "sources/ConsoleEvents.h"
 #include "support/hand_server.h"
 #include "support/source_world.h"
 
@@ -9,14 +10,42 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+class HeardConsole final : public ConsoleEvents {
+  public:
+    void OnHeldValue(std::string_view variable, const value::CVal& value) override {
+        Add("holds", variable, value);
+    }
+    void OnControlValue(std::string_view variable, const value::CVal& value) override {
+        Add("sets", variable, value);
+    }
+    void OnConnected(std::string_view source) override {
+        events.push_back("connected " + std::string(source));
+    }
+    void OnConnectionLost(std::string_view source) override {
+        events.push_back("lost " + std::string(source));
+    }
+    void OnModuleLog(int level, std::int64_t time, std::string_view text) override {
+        events.push_back("log " + std::to_string(level) + " " + std::to_string(time) + " " +
+                         std::string(text));
+    }
+
+    std::vector<std::string> events;
+
+  private:
+    void Add(const char* what, std::string_view variable, const value::CVal& value) {
+        events.push_back(std::string(what) + " " + std::string(variable) + " " +
+                         value::ValueToText(value));
+    }
+};
+
 // ---- login
 
 class ConnectionsLoginTest : public support::ScriptWorld {
   protected:
     // How the source "srv" is logged in to with this description, if any.
-    std::string LoginWith(std::vector<CSourceDesc> descriptions, bool consoleClient = false) {
+    std::string LoginWith(std::vector<CSourceDesc> descriptions, ConsoleEvents* console = nullptr) {
         SourceServices world{log, translator, users, network, nullptr, std::move(descriptions)};
-        world.consoleClient = consoleClient;
+        world.console = console;
         server.heard.clear();
         auto client = std::make_unique<CClientInterface>(std::move(world));
         client->RegisterPlain("srv", "V");
@@ -34,6 +63,7 @@ class ConnectionsLoginTest : public support::ScriptWorld {
 
     support::InProcessNetwork network;
     support::HandServer server;
+    HeardConsole console;
 };
 
 TEST_F(ConnectionsLoginTest, WithoutADescriptionAsTheActiveUser) {
@@ -53,13 +83,13 @@ TEST_F(ConnectionsLoginTest, NobodyAndTheEmptyUserMeanTheActiveUser) {
 }
 
 TEST_F(ConnectionsLoginTest, ConsoleClientAlwaysIsTheActiveUser) {
-    EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}}, true), "login ewa/ Kalvex 23");
+    EXPECT_EQ(LoginWith({{"srv", "jan", "tajne"}}, &console), "login ewa/ Kalvex 23");
 }
 
 TEST_F(ConnectionsLoginTest, ConsoleClientWishesForMoreThanAModule) {
-    LoginWith({}, false);
+    LoginWith({});
     EXPECT_EQ(server.wishes, 577u);
-    LoginWith({}, true);
+    LoginWith({}, &console);
     EXPECT_EQ(server.wishes, 833u);
 }
 
@@ -73,6 +103,52 @@ TEST_F(ConnectionsLoginTest, RefusalIsLogged) {
 TEST_F(ConnectionsLoginTest, AccessWithoutRefusalLogsTheConnectionAlone) {
     LoginWith({});
     EXPECT_THAT(log.lines, ElementsAre(std::pair(2, std::string("Nawiązanie połączenia z srv"))));
+}
+
+// ---- a console
+
+TEST_F(ConnectionsLoginTest, ConsoleHearsWhatItsModuleHoldsAndSetsAndItsLog) {
+    SourceServices world{log, translator, users, network};
+    world.console = &console;
+    CClientInterface client(std::move(world));
+    const vantrel::CVarVal* variable = client.RegisterPlain("srv", "V");
+    network.Deliver();
+    server.SendValue(1, value::CVal("a"));
+    server.SendValue(1, value::CVal("b"));
+    server.Send(vantrel::LogMessage{2, 77, "wiersz"});
+    network.Deliver();
+    EXPECT_THAT(console.events,
+                ElementsAre("connected srv", "holds V a", "sets V b", "log 2 77 wiersz"));
+    EXPECT_EQ(value::ValueToText(variable->Value()), "b");
+    console.events.clear();
+    client.ModifyCurrentByName("srv", "V", value::CVal("c"));
+    network.Deliver();
+    server.Send(vantrel::ModifyResults{{{1, vantrel::ResultOk}}});
+    network.Deliver();
+    EXPECT_THAT(console.events, ElementsAre("sets V c"));
+}
+
+TEST_F(ConnectionsLoginTest, ConsoleNeverSendsAgainWhatABreakLeftUnanswered) {
+    SourceServices world{log, translator, users, network};
+    world.console = &console;
+    CClientInterface client(std::move(world));
+    client.SourceList().AddSource("srv");
+    network.Deliver();
+    client.ModifyCurrentByName("srv", "V", value::CVal("2"));
+    network.Deliver();
+    server.heard.clear();
+    log.Take();
+    network.Break("srv", vantrel::ReasonLost);
+    network.Deliver();
+    client.SourceList().CheckConnections();
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("closed 4104", "login ewa/ Kalvex 23"));
+    EXPECT_THAT(console.events, ElementsAre("connected srv", "lost srv", "connected srv"));
+    EXPECT_THAT(log.Take(),
+                ElementsAre("1 Połączenie zerwane przed odpowiedzią serwera, przepadło polecenie "
+                            "SET o wartości 2 (V)",
+                            "1 Połączenie z srv zerwane (utrata połączenia)",
+                            "2 Nawiązanie połączenia z srv"));
 }
 
 // ---- faults
