@@ -38,7 +38,15 @@ bool CKalvexDoc::Save(std::string& error) {
     if (!platform::WriteWholeFile(platform::NativePath(GetPathName()), m_text->GetText(), error))
         return false;
     m_modified = false;
+    if (Services().console != nullptr) Services().console->OnSaved(*this);
     return true;
+}
+
+bool CKalvexDoc::SaveOrLog() {
+    std::string error;
+    if (Save(error)) return true;
+    LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
+    return false;
 }
 
 bool CKalvexDoc::Reload() {
@@ -118,10 +126,17 @@ bool CKalvexDoc::SaveChanges() {
     if (!Services().questions.AskYesNo(Services().translator.Translate("Czy zapisać zmiany?"))) {
         return false;
     }
-    std::string error;
-    if (Save(error)) return true;
-    LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
-    return false;
+    return SaveOrLog();
+}
+
+void CKalvexDoc::PrepareRun() {
+    if (!m_bIncludesExpanded) {
+        DropLineCache();
+        ExpandIncludes(true);
+    }
+    ClearLine();
+    FillLineCache();
+    m_modified = false;
 }
 
 bool CKalvexDoc::Start() {
@@ -129,14 +144,7 @@ bool CKalvexDoc::Start() {
     if (!SaveChanges() || CommandGoesToModule(ConsoleCommand::Start)) return false;
     report.reset();
     LogLine(Services().translator.Translate(" : Inicjowanie skryptu "), platform::LogAlways);
-    if (!m_bIncludesExpanded) {
-        DropLineCache();
-        ExpandIncludes(true);
-    }
-    MarkLine(-1);
-    FillLineCache();
-    if (m_view != nullptr) m_view->SelectLine(-1);
-    m_modified = false;
+    PrepareRun();
     if (!CheckStructure()) {
         DropLineCache();
         if (m_bIncludesExpanded) ExpandIncludes(false);
@@ -181,8 +189,11 @@ void CKalvexDoc::Step() {
 void CKalvexDoc::Reset() {
     if (CommandGoesToModule(ConsoleCommand::Reset)) return;
     LogLine(Services().translator.Translate(" : Reset skryptu "), platform::LogAlways);
-    MarkLine(-1);
-    if (m_view != nullptr) m_view->SelectLine(-1);
+    EndRun();
+}
+
+void CKalvexDoc::EndRun() {
+    ClearLine();
     ClearRunState();
     ExpandIncludes(false);
     SetReadOnly(!m_bControlAllowed);
@@ -216,6 +227,27 @@ void CKalvexDoc::ClearRunState() {
     stepFailed = false;
     standing = {};
     report.reset();
+}
+
+void CKalvexDoc::ClearLine() {
+    MarkLine(-1);
+    if (m_view != nullptr) m_view->SelectLine(-1);
+}
+
+void CKalvexDoc::MirrorState(int stateWord) {
+    m_bRunning = (stateWord & StateRunning) != 0;
+    m_bPaused = (stateWord & StatePaused) != 0;
+    m_bStepRequested = (stateWord & StateStep) != 0;
+    if (m_view != nullptr) m_view->RefreshTitle();
+}
+
+void CKalvexDoc::MirrorLine(int line) {
+    if (line >= 0) m_nCurrentLine = line;
+    if (m_view == nullptr || m_bMinimised) return;
+    m_view->SelectLine(line < 0 ? -1 : line);
+    if (line < 0 || (!m_bStepRequested && !m_bPaused)) return;
+    m_view->SetLineMarker(line, true);
+    m_nMarkedLine = line;
 }
 
 void CKalvexDoc::MarkLine(int line) {

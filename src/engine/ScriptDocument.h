@@ -77,6 +77,8 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     bool Open(std::string_view path, std::string& error);
     // Writes the text to the file, line ends CR LF; clears the modified flag.
     bool Save(std::string& error);
+    // The same; the log is told why it could not be written.
+    bool SaveOrLog();
 
     const DocumentServices& Services() const { return m_documentServices; }
     const std::string& GetDocKey() const { return m_strDocKey; }  // short path
@@ -97,6 +99,19 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void Step();
     void Reset();
     void ClearRunState();
+
+    // ---- a console, where nothing runs, makes its copy show what its module does
+
+    // The text as it is while a script runs, with nothing marked or selected.
+    void PrepareRun();
+    // Running, stopped, step ordered; whether the window is minimised is this side's own.
+    void MirrorState(int stateWord);
+    // The line on which the module is, -1 for none. Lines marked before stay marked.
+    void MirrorLine(int line);
+    // No current line.
+    void ClearLine();
+    // The end of a run: idle, with the text that is in the file.
+    void EndRun();
 
     // Without control a console client commands nothing. Lines go to the console once it wants
     // them.
