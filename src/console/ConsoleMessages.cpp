@@ -28,13 +28,6 @@ int ReadNumber(std::string_view text) {
     return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
 }
 
-template <class... Fields>
-std::string Join(MessageCode code, const Fields&... fields) {
-    std::string text = std::to_string(static_cast<int>(code));
-    ((text += kSeparator, text += fields), ...);
-    return text;
-}
-
 // Of a state word, which the senders write without a sign.
 std::string StateNumber(int stateWord) {
     return std::to_string(static_cast<unsigned int>(stateWord));
@@ -62,30 +55,37 @@ int MessageFields::NumberOr(std::size_t index, int empty) const {
     return Text(index).empty() ? empty : Number(index);
 }
 
+std::string JoinFields(MessageCode code, std::initializer_list<std::string_view> fields) {
+    std::string text = std::to_string(static_cast<int>(code));
+    for (const std::string_view field : fields) (text += kSeparator).append(field);
+    return text;
+}
+
 std::string CodeText(MessageCode code) {
-    return Join(code);
+    return JoinFields(code, {});
 }
 
 std::string LineText(MessageCode code, int line) {
-    return Join(code, std::to_string(line));
+    return JoinFields(code, {std::to_string(line)});
 }
 
 std::string StateText(MessageCode code, int stateWord, int line) {
-    return Join(code, StateNumber(stateWord), std::to_string(line));
+    return JoinFields(code, {StateNumber(stateWord), std::to_string(line)});
 }
 
 std::string NamesText(MessageCode code, std::string_view first, std::string_view second) {
-    return Join(code, first, second);
+    return JoinFields(code, {first, second});
 }
 
 std::string AskSessionText(std::string_view identity, bool force) {
-    return Join(MessageCode::AskSession, identity, force ? "1" : "0");
+    return JoinFields(MessageCode::AskSession, {identity, force ? "1" : "0"});
 }
 
 std::string PassSessionText(std::string_view holder, std::string_view newHolder, int stateWord,
                             int line, const std::vector<int>& breakpoints) {
-    return Join(MessageCode::PassSession, holder, newHolder, StateNumber(stateWord),
-                std::to_string(line), BreakpointsText(breakpoints));
+    return JoinFields(MessageCode::PassSession,
+                      {holder, newHolder, StateNumber(stateWord), std::to_string(line),
+                       BreakpointsText(breakpoints)});
 }
 
 std::string BreakpointsText(const std::vector<int>& lines) {

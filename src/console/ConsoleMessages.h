@@ -3,9 +3,12 @@
 // says which script is meant. Engine texts; lines count from 0.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "value/Value.h"
 
 namespace kalvex::console {
 
@@ -49,6 +52,11 @@ enum LineReports : int { LineReportsWanted = -1, LineReportsUnwanted = -2 };
 
 // ---- texts
 
+// Of what a client writes, or a module sends; empty for a number, which is no message.
+inline std::string_view MessageText(const value::CVal& value) {
+    return value.IsText() ? value.Text() : std::string_view();
+}
+
 // The fields of a message, empty ones left out; one that is not there is empty.
 class MessageFields {
   public:
@@ -63,6 +71,9 @@ class MessageFields {
   private:
     std::vector<std::string_view> m_fields;
 };
+
+// The code and these fields.
+std::string JoinFields(MessageCode code, std::initializer_list<std::string_view> fields);
 
 std::string CodeText(MessageCode code);
 std::string LineText(MessageCode code, int line);

@@ -2,36 +2,18 @@
 
 #include <algorithm>
 
-#include "console/ConsoleMessages.h"
-
 namespace kalvex::console {
 
-namespace {
-
-struct KindRow {
-    ControlKind kind;
-    std::string_view prefix;
-};
-
-// In the order of the lookup by name.
-constexpr KindRow kOfScripts[] = {
-    {ControlKind::Command, ""},
-    {ControlKind::List, kListPrefix},
-    {ControlKind::Line, kLinePrefix},
-};
-
 std::string_view PrefixOf(ControlKind kind) {
-    for (const KindRow& row : kOfScripts) {
+    for (const ScriptVariable& row : kScriptVariables) {
         if (row.kind == kind) return row.prefix;
     }
     return {};
 }
 
-}  // namespace
-
 std::array<std::string, 3> ControlNames(std::string_view path) {
     std::array<std::string, 3> names;
-    std::ranges::transform(kOfScripts, names.begin(), [path](const KindRow& row) {
+    std::ranges::transform(kScriptVariables, names.begin(), [path](const ScriptVariable& row) {
         return std::string(row.prefix).append(path);
     });
     return names;
@@ -57,14 +39,14 @@ ControlVariables::Variables& ControlVariables::VariablesOf(ControlKind kind) {
 }
 
 void ControlVariables::CreateForScript(std::string_view path) {
-    for (const auto& [kind, prefix] : kOfScripts) {
+    for (const auto& [kind, prefix] : kScriptVariables) {
         VariablesOf(kind).push_back(
             std::make_unique<CVarRCCtrl>(kind, std::string(prefix).append(path), m_handler));
     }
 }
 
 void ControlVariables::RemoveOfScript(std::string_view path) {
-    for (const KindRow& row : kOfScripts) {
+    for (const ScriptVariable& row : kScriptVariables) {
         std::erase_if(VariablesOf(row.kind),
                       [path](const auto& variable) { return variable->GetScript() == path; });
     }
@@ -74,7 +56,7 @@ CVarRCCtrl* ControlVariables::FindControlVariable(std::string_view name) {
     for (CVarRCCtrl* variable : {&m_logLevel, &m_documentInfo}) {
         if (variable->GetName() == name) return variable;
     }
-    for (const KindRow& row : kOfScripts) {
+    for (const ScriptVariable& row : kScriptVariables) {
         for (const auto& variable : VariablesOf(row.kind)) {
             if (variable->GetName() == name) return variable.get();
         }

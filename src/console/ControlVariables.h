@@ -9,11 +9,28 @@
 #include <string_view>
 #include <vector>
 
+#include "console/ConsoleMessages.h"
 #include "vantrel/VarVal.h"
 
 namespace kalvex::console {
 
 enum class ControlKind { LogLevel, DocumentInfo, Command, List, Line };
+
+// A variable of a script is named by the script's path with this before it.
+struct ScriptVariable {
+    ControlKind kind;
+    std::string_view prefix;
+};
+
+// In the order of the lookup by name.
+inline constexpr ScriptVariable kScriptVariables[] = {
+    {ControlKind::Command, ""},
+    {ControlKind::List, kListPrefix},
+    {ControlKind::Line, kLinePrefix},
+};
+
+// Of the variable of a script; empty for another kind.
+std::string_view PrefixOf(ControlKind kind);
 
 class CVarRCCtrl final : public vantrel::CVarVal {
   public:

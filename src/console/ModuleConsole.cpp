@@ -185,7 +185,7 @@ void ModuleConsole::OnLogLevel(CVarRCCtrl& variable) {
 }
 
 void ModuleConsole::OnDocumentInfo(CVarRCCtrl& variable) {
-    const std::string text(variable.Value().Text());
+    const std::string text(MessageText(variable.Value()));
     if (text.empty()) return;
     const bool closes = text.front() == kClosedPrefix;
     const std::string path = text.substr(closes ? 1 : 0);
@@ -213,7 +213,7 @@ void ModuleConsole::CloseForClient(engine::CKalvexDoc& document) {
 
 void ModuleConsole::OnMessage(CVarRCCtrl& variable) {
     const std::string path(variable.GetScript());
-    const std::string text(variable.Value().Text());
+    const std::string text(MessageText(variable.Value()));
     const Message message{path, text, MessageFields(text), m_host.FindScript(path)};
     const MessageCode code = message.fields.Code();
     for (const MessageRow& row : kMessages) {

@@ -35,6 +35,17 @@ std::string VariableValuesText(operands::CVariable& variable) {
     return NamesText(MessageCode::VariableValues, variable.GetName(), text);
 }
 
+std::string SetVariableText(std::string_view name, const value::CVal& value) {
+    const std::string text = value::ValueToText(value);
+    if (text.empty() || text.find('\t') != std::string::npos) return {};
+    return JoinFields(MessageCode::SetVariable, {name, text, std::to_string(value.GetType()),
+                                                 std::to_string(value.GetStatus())});
+}
+
+std::string AskVariableText(std::string_view name) {
+    return JoinFields(MessageCode::AskVariable, {name});
+}
+
 value::CVal ReadMessageValue(std::string_view text, int type, int status) {
     value::CVal value;
     double number = 0;

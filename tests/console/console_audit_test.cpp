@@ -17,7 +17,7 @@ class ConsoleAuditTest : public ConsoleTest {
   protected:
     ConsoleAuditTest() {
         m_trail.SetFile(folder.Path("Kalvex.audit"), 1'000'000);
-        m_console.SetTrail(&m_trail);
+        m_console->SetTrail(&m_trail);
         m_document = &Open(kScript);
         m_document->SetPriority(1);
         m_client = &LogIn();
@@ -130,7 +130,7 @@ TEST_F(ConsoleAuditTest, OpeningAndClosingAreRecordedWhenTheyHappen) {
 }
 
 TEST_F(ConsoleAuditTest, LevelIsRecordedWhenItChanges) {
-    m_console.PublishLevel(1);
+    m_console->PublishLevel(1);
     SayLine(*m_client, "SYS_LogLevel", 3);
     EXPECT_THAT(Recorded(), ElementsAre("level - - 1->3"));
     SayLine(*m_client, "SYS_LogLevel", 3);

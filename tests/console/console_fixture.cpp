@@ -30,13 +30,24 @@ ConsoleTest::ConsoleTest() {
     user.name = "EWA";
     user.level = 49;
     EXPECT_TRUE(m_users.Add(user, "haslo", error)) << error;
+    StartModule();
+}
+
+ConsoleTest::~ConsoleTest() {
+    for (const auto& client : m_clients) client->session.reset();
+    StopModule();
+}
+
+void ConsoleTest::StartModule() {
+    m_console = std::make_unique<ModuleConsole>(static_cast<ConsoleHost&>(*this));
+    services.console = m_console.get();
     m_server = std::make_unique<CKalvexServerConnectionManager>(
         ConsoleServices{.clock = clock,
                         .log = log,
                         .translator = translator,
                         .loop = m_loop,
                         .users = m_users,
-                        .console = m_console,
+                        .console = *m_console,
                         .host = *this,
                         .lastMessages =
                             [this](std::size_t count) {
@@ -49,23 +60,23 @@ ConsoleTest::ConsoleTest() {
                         .controlRight = [this] { return m_controlRight; },
                         .passwordCost = platform::PasswordCost::Least,
                         .mostClients = 4});
-    services.console = &m_console;
 }
 
-ConsoleTest::~ConsoleTest() {
-    for (const auto& client : m_clients) client->session.reset();
-    documents.clear();
+void ConsoleTest::StopModule() {
+    while (!documents.empty()) CloseScript(*documents.front());
+    m_server.reset();
+    m_console.reset();
 }
 
 engine::CKalvexDoc& ConsoleTest::Open(std::string_view text, const std::string& name) {
     engine::CKalvexDoc& document = ScriptWorld::Open(text, name);
     document.SetView(&m_models[&document]);
-    m_console.OnOpened(document, false);
+    m_console->OnOpened(document, false);
     return document;
 }
 
 void ConsoleTest::CloseAtModule(engine::CKalvexDoc& document) {
-    m_console.OnClosing(document);
+    m_console->OnClosing(document);
     CloseScript(document);
 }
 
@@ -183,7 +194,7 @@ workbench::ScriptMarkers& ConsoleTest::MarkersOf(const engine::CKalvexDoc& docum
 
 void ConsoleTest::SetLogLevel(int newLevel) {
     m_level = newLevel;
-    m_console.PublishLevel(newLevel);
+    m_console->PublishLevel(newLevel);
 }
 
 }  // namespace kalvex::console

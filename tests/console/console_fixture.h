@@ -28,6 +28,10 @@ class ConsoleTest : public support::ScriptWorld, protected ConsoleHost {
     ConsoleTest();
     ~ConsoleTest() override;
 
+    // The module begins to work, and ends with nothing left of it but its files; its consoles have
+    // gone by then.
+    void StartModule();
+    void StopModule();
     // A script of the module, as one that starts by itself is opened.
     engine::CKalvexDoc& Open(std::string_view text, const std::string& name = "a.kx");
     void CloseAtModule(engine::CKalvexDoc& document);
@@ -66,7 +70,7 @@ class ConsoleTest : public support::ScriptWorld, protected ConsoleHost {
     std::string m_controlRight = "50";
     int m_level = 1;
     std::vector<vantrel::LogMessage> m_lastMessages;
-    ModuleConsole m_console{*this};
+    std::unique_ptr<ModuleConsole> m_console;
     std::unique_ptr<CKalvexServerConnectionManager> m_server;
     std::vector<std::unique_ptr<TestClient>> m_clients;
     std::map<const TestClient*, std::map<vantrel::VariableHandle, std::string>> m_names;

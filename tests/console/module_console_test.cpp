@@ -102,6 +102,16 @@ TEST_F(ModuleConsoleTest, MessageOfBadStatusIsKeptAndNothingElse) {
     EXPECT_THAT(Subscribe(other, {"a.kx"}), ElementsAre("a.kx: 2"));
 }
 
+TEST_F(ModuleConsoleTest, NumberIsNoMessage) {
+    for (const char* variable : {"a.kx", "VL:a.kx", "RC_KalvexDocInfo"}) {
+        EXPECT_EQ(Write(*m_client, variable, value::CVal(2)), vantrel::ResultOk);
+        EXPECT_EQ(Write(*m_client, variable, value::CVal(2.5)), vantrel::ResultOk);
+        EXPECT_EQ(Write(*m_client, variable, value::CVal()), vantrel::ResultOk);
+    }
+    EXPECT_THAT(Heard(*m_client), IsEmpty());
+    EXPECT_FALSE(m_document->State().m_bRunning);
+}
+
 TEST_F(ModuleConsoleTest, VariablesAreTold) {
     WriteFile("v.kx", "LOCAL X = 5\nLIST L\nREMOTE R srv@V\nPOINTER P\nSETPTR P = \"X\"\n");
     Say(*m_client, "RC_KalvexDocInfo", "v.kx");

@@ -30,6 +30,7 @@ class InProcessNetwork final : public vantrel::TransportFactory {
 
     // Carries what is under way, and what that brings about, until nothing is left.
     void Deliver();
+    bool IsIdle() const { return m_queue.empty(); }
 
     std::unique_ptr<vantrel::ClientTransport> Connect(std::string_view source,
                                                       vantrel::ClientTransportEvents& events,

@@ -1,0 +1,1 @@
+#include "consoles_fixture.h"
