@@ -88,6 +88,7 @@ struct AppWorld {
     const platform::UserStore* userStore = nullptr;  // who may log in; null: nobody's console comes
     AppConsoleDoor* consoleDoor = nullptr;           // null where no console can come
     MainWindow* window = nullptr;                    // without one the process is not interactive
+    bool canMirror = false;                          // it can be a console of another module
     bool service = false;                 // run by the system, with no session of its own
     engine::RunCounts* counts = nullptr;  // where scripts count; none where nobody counts
 

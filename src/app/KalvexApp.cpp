@@ -17,6 +17,10 @@ constexpr platform::ThreadIdentity kMainThread{"MainThread", 101};
 constexpr int kMayRefuse = 0;  // flags of CloseInstance
 constexpr int kMustClose = 1;
 
+constexpr const char* kMirrors = platform::Translatable(" (zdalna konsola - połączona)");
+constexpr const char* kMirrorsNothing =
+    platform::Translatable(" (zdalna konsola - brak połączenia)");
+
 enum Broadcast : unsigned int { BroadcastUser = 0, BroadcastInfo = 1 };
 
 }  // namespace
@@ -66,6 +70,7 @@ void CKalvexApp::ReleaseScripts() {
         m_services->sources = nullptr;
     }
     m_console.reset();
+    m_clientConsole.reset();
     m_clientInterface.reset();
     m_configuration.autostart.clear();
 }
@@ -130,7 +135,13 @@ void CKalvexApp::UpdateCloseEntry() {
 }
 
 void CKalvexApp::UpdateTitle() {
-    if (m_world.window != nullptr) m_world.window->SetTitle(WithInstance(" [%d]", "Kalvex"));
+    if (m_world.window == nullptr) return;
+    std::string title = WithInstance(" [%d]", "Kalvex");
+    if (m_clientConsole) {
+        title += m_world.translator.Translate(
+            m_clientConsole->Console().IsConnected() ? kMirrors : kMirrorsNothing);
+    }
+    m_world.window->SetTitle(title);
 }
 
 void CKalvexApp::ReopenLogFiles() {
@@ -149,6 +160,7 @@ void CKalvexApp::ShowStatusLine(std::string_view text) {
 }
 
 void CKalvexApp::OnLogLevel(int level) {
+    if (m_clientConsole) return m_clientConsole->Console().SendLogLevel(level);
     if (m_console) m_console->PublishLevel(level);
     m_configuration.logLevel = level;
     if (m_store->WriteLogLevel(m_configuration)) return;

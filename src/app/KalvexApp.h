@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/AppClientConsole.h"
 #include "app/AppConsole.h"
 #include "app/AppWorld.h"
 #include "app/CmdLine.h"
@@ -75,6 +76,8 @@ class CKalvexApp final : private LogOutlets {
     CMainFrame& MainFrame() { return *m_frame; }
     ScriptDocuments& Documents() { return *m_documents; }
     sources::CClientInterface* ClientInterface() { return m_clientInterface.get(); }
+    // Of a console of another module alone, until CloseInstance.
+    console::ClientConsole& RemoteModule() { return m_clientConsole->Console(); }
 
   private:
     using Step = bool (CKalvexApp::*)();
@@ -102,6 +105,7 @@ class CKalvexApp final : private LogOutlets {
     bool ScheduleAutoStart();
     bool CompleteFrame();
 
+    platform::Questions& Questions();
     bool Fail(std::string text);
     bool FailWithBox(std::string text);
     std::string WithInstance(std::string_view format, std::string_view name) const;
@@ -140,7 +144,8 @@ class CKalvexApp final : private LogOutlets {
     std::unique_ptr<sources::CClientInterface> m_clientInterface;
     std::unique_ptr<engine::DocumentServices> m_services;
     std::unique_ptr<ScriptDocuments> m_documents;
-    std::unique_ptr<AppConsole> m_console;  // of a module
+    std::unique_ptr<AppConsole> m_console;              // of a module
+    std::unique_ptr<AppClientConsole> m_clientConsole;  // of a console client
     std::unique_ptr<CMainFrame> m_frame;
     std::string m_logFault;
     bool m_startLogged = false;

@@ -48,11 +48,13 @@ void CKalvexLog::LogFromModule(std::string_view text, std::int64_t time, int lev
 }
 
 void CKalvexLog::PublishLevel() {
-    std::string line = m_translator.Translate("Poziom rejestracji: ");
-    for (const LevelRow& row : kLevels) {
-        if (row.level == m_level) line += m_translator.Translate(row.word);
+    if (!m_consoleClient) {
+        std::string line = m_translator.Translate("Poziom rejestracji: ");
+        for (const LevelRow& row : kLevels) {
+            if (row.level == m_level) line += m_translator.Translate(row.word);
+        }
+        Log(line, platform::LogAlways);
     }
-    Log(line, platform::LogAlways);
     if (m_outlets != nullptr) m_outlets->OnLogLevel(m_level);
 }
 

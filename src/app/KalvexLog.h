@@ -13,7 +13,7 @@ class LogOutlets {
   public:
     virtual ~LogOutlets() = default;
     virtual void ShowStatusLine(std::string_view text) = 0;
-    // The level of a module has been set: the profile keeps it.
+    // The level has been set: the profile of a module keeps it, a console client asks for it.
     virtual void OnLogLevel(int level) = 0;
 };
 
@@ -47,7 +47,7 @@ class CKalvexLog final : public CLog, public platform::LogSink {
 
     int GetLevel() const { return m_level; }
     void SetLevel(int level) { m_level = level; }
-    // Tells the level of a module; numbers without a name have none.
+    // Tells the level; in a module the log has a line of it, without a name for other numbers.
     void PublishLevel();
 
   private:

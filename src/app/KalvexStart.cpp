@@ -202,14 +202,16 @@ bool CKalvexApp::OpenLogFile() {
 
 // ---- documents, frame, sources
 
+platform::Questions& CKalvexApp::Questions() {
+    if (m_world.window != nullptr) return *m_world.window;
+    return m_noAnswers;
+}
+
 bool CKalvexApp::MakeDocuments() {
-    platform::Questions& questions = m_world.window != nullptr
-                                         ? static_cast<platform::Questions&>(*m_world.window)
-                                         : static_cast<platform::Questions&>(m_noAnswers);
     m_services.reset(new engine::DocumentServices{
         {m_world.clock, m_log, m_world.translator, m_world.users, *m_paths, language::Functions()},
         language::Statements(),
-        questions});
+        Questions()});
     m_services->consoleClient = m_consoleClient;
     m_services->processes = &m_world.processes;
     m_services->files = &m_world.files;
@@ -246,11 +248,20 @@ bool CKalvexApp::TellRole() {
     if (!m_consoleClient) return true;
     m_log.Log(m_world.translator.Translate("Moduł uruchomiony w trybie zdalnej konsoli"),
               platform::LogAlways);
+    if (m_world.canMirror) return true;
     return Fail(m_world.translator.Translate(
         "Ten program nie może pracować jako zdalna konsola innego modułu"));
 }
 
 bool CKalvexApp::StartConsole() {
+    if (m_consoleClient) {
+        m_clientConsole = std::make_unique<AppClientConsole>(AppClientConsole::Parts{
+            m_world, m_log, *m_documents, *m_clientInterface, Questions(),
+            m_configuration.moduleName, m_clientIdentity, [this] { UpdateTitle(); }});
+        m_services->console = &m_clientConsole->Console();
+        m_clientConsole->Open();
+        return true;
+    }
     m_console = std::make_unique<AppConsole>(AppConsole::Parts{
         m_world, m_log, *m_documents, m_configuration, m_clientIdentity, m_profile,
         m_logBase + kTrailSuffix, [this](int level) { SetLogLevel(level); }});

@@ -40,7 +40,9 @@ class CMainFrame final : public TickSource {
 
     void RunTick() override { OnTimer(TickTimer); }
     // Ticks are needed while a script is open, or an error is shown that is to go.
-    bool NeedsTicks() const override { return !m_documents.All().empty() || m_errorShown; }
+    bool NeedsTicks() const override {
+        return !m_consoleClient && (!m_documents.All().empty() || m_errorShown);
+    }
     int GetIdleTicks() const override { return m_documents.Ticker().GetIdleTicks(); }
     void SkipTicks(int count) override { m_documents.Ticker().SkipTicks(count); }
 

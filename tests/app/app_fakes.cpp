@@ -23,6 +23,7 @@ bool AppTest::Start(std::vector<std::string> arguments) {
                    {&m_mordex, &m_dorlin, &m_vantrel}};
     world.window = m_hasWindow ? &m_window : nullptr;
     world.service = m_service;
+    world.canMirror = m_canMirror;
     world.arguments = std::move(arguments);
     world.logFolder = m_folder.Path();
     world.workingDir = m_workingDir;

@@ -273,6 +273,7 @@ class AppTest : public testing::Test, protected LogListener {
     FakeWindow m_window{m_record};
     bool m_hasWindow = false;
     bool m_service = false;
+    bool m_canMirror = false;
     std::unique_ptr<CKalvexApp> m_app;
 
   private:

@@ -150,6 +150,13 @@ TEST_F(LogTest, LevelIsToldByItsWord) {
     EXPECT_THAT(m_outlets.levels, ElementsAre(1, 2, 3, 0, 7));
 }
 
+TEST_F(LogTest, LevelOfAConsoleClientIsAskedForWithoutAWord) {
+    m_client.SetLevel(2);
+    m_client.PublishLevel();
+    EXPECT_THAT(Lines(m_client), IsEmpty());
+    EXPECT_THAT(m_outlets.levels, ElementsAre(2));
+}
+
 TEST_F(LogTest, OldestLinesGoWhenThereAreTooMany) {
     for (std::size_t i = 0; i < CLog::kLines + 2; ++i) m_module.Log(std::to_string(i), 0);
     EXPECT_EQ(m_module.GetCount(), CLog::kLines);

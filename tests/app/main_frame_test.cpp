@@ -137,6 +137,8 @@ TEST_F(MainFrameTest, TimersOfAConsoleClientDoNothing) {
     const FrameWork work{[&worked] { worked = true; }, [&worked] { worked = true; }};
     CMainFrame client(m_loop, m_translator, App().Documents(), &m_window, work, true);
     for (const int id : {1, 2, 4}) client.OnTimer(id);
+    EXPECT_FALSE(client.NeedsTicks());
+    EXPECT_TRUE(App().MainFrame().NeedsTicks());
     EXPECT_FALSE(worked);
     EXPECT_THAT(m_record, IsEmpty());
     EXPECT_EQ(Script(0).State().m_nCurrentLine, 0);

@@ -303,7 +303,7 @@ TEST_F(ClientSessionsTest, BreakOfAnotherConsoleTakesTheSessionOfOneThatLives) {
     Reconnect(*m_second);
     m_second->questions.answer = true;
     Ask(*m_second);
-    // Both had it: the module gave it, and the other one says that it holds and gives it, too.
+    // Both have it: the module gave what the first one still believes to hold.
     EXPECT_EQ(States(), "0/0 C, 0/0 C, 0/0 R");
     EXPECT_THAT(m_second->questions.asked, IsEmpty());
 }
