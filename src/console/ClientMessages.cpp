@@ -1,4 +1,6 @@
 // What a console does with the messages of its module, row by row. Sessions: ClientSessions.cpp.
+#include <algorithm>
+
 #include "console/ClientConsole.h"
 
 namespace kalvex::console {
@@ -41,7 +43,7 @@ void ClientConsole::Started(const Message& message) {
     document.MirrorState(message.fields.Number(1));
     document.SetReadOnly(true);
     document.PrepareRun();
-    document.JumpTo(message.fields.Number(2));
+    document.JumpTo(std::max(message.fields.Number(2), 0));
     workbench::DocumentModel& model = m_services.host.ModelOf(document);
     model.Markers().DeleteAllMarkers(workbench::MarkerCurrentLine);
     model.Variables().Rebuild(document.Text());

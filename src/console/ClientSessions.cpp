@@ -115,7 +115,9 @@ void ClientConsole::PassSession(const Message& message) {
     if (fields.Text(2) != identity || m_asked.erase(&document) == 0) return;
     workbench::ScriptMarkers& markers = m_services.host.ModelOf(document).Markers();
     markers.DeleteAllMarkers(kBreakpoints);
-    for (const int line : ReadBreakpoints(fields.Text(5))) markers.SetBreakpoint(line, true);
+    for (const int line : ReadBreakpoints(fields.Text(5))) {
+        if (line >= 0) markers.SetBreakpoint(line, true);
+    }
     document.MirrorState(fields.Number(3));
     document.AllowControl(true);
     if (document.State().m_bRunning) document.PrepareRun();

@@ -53,6 +53,8 @@ TEST_F(ClientMessagesTest, StartedScriptIsPreparedAsForARun) {
     EXPECT_EQ(Model().GetSelectedLine(), -1);
     EXPECT_EQ(Model().Variables().GetCount(), 2u);
     EXPECT_THAT(m_client->Shown(), ElementsAre("variables a.kx"));
+    Tell("3|1|-7");
+    EXPECT_EQ(State(), "1/0 R");
 }
 
 TEST_F(ClientMessagesTest, StoppedScriptShowsItsLine) {

@@ -110,7 +110,7 @@ TEST_F(ClientSessionsTest, SessionIsTakenByWhoeverAskedOnly) {
         Publish("a.kx", text);
         EXPECT_EQ(m_first->State("a.kx"), "0/0 R") << text;
     }
-    Publish("a.kx", "1|Kalvex_stacja|A_RC|2|1|7;;9;");
+    Publish("a.kx", "1|Kalvex_stacja|A_RC|2|1|7;;-3;9;");
     EXPECT_EQ(m_first->State("a.kx"), "2/1 RC");
     EXPECT_THAT(m_first->Breakpoints("a.kx"), ElementsAre(7, 9));
     m_first->Find("a.kx")->AllowControl(false);
