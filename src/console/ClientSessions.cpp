@@ -47,6 +47,8 @@ void ClientConsole::SessionHeld(const Message& message) {
 }
 
 void ClientConsole::ForceAsked(const std::string& path, const std::string& holder) {
+    const engine::CKalvexDoc* document = m_services.host.FindScript(path);
+    if (document == nullptr || m_asked.count(document) == 0) return;
     if (!Ask(kForce, {path, holder})) return;
     SendText(path, AskSessionText(m_services.host.GetClientIdentity(), true));
 }

@@ -292,9 +292,9 @@ TEST_F(ClientMessagesTest, BreakpointsAreSetByTheReply) {
 
 // ---- lines that come and go while breakpoints stand
 
-class ClientLinesTest : public ClientMessagesTest {
+class ClientMessagesLinesTest : public ClientMessagesTest {
   protected:
-    ClientLinesTest() {
+    ClientMessagesLinesTest() {
         Take(*m_client);
         for (const int line : {3, 1, 2}) m_client->console->ToggleBreakpoint(*m_copy, line);
         Settle();
@@ -306,7 +306,7 @@ class ClientLinesTest : public ClientMessagesTest {
     }
 };
 
-TEST_F(ClientLinesTest, BreakpointsBehindInsertedLinesMove) {
+TEST_F(ClientMessagesLinesTest, BreakpointsBehindInsertedLinesMove) {
     m_client->console->OnLinesInserted(*m_copy, 2, 1);
     EXPECT_THAT(m_client->Sent(),
                 ElementsAre("a.kx: 12|3", "a.kx: 10|4", "a.kx: 12|2", "a.kx: 10|3"));
@@ -316,7 +316,7 @@ TEST_F(ClientLinesTest, BreakpointsBehindInsertedLinesMove) {
     EXPECT_THAT(OfModule(), ElementsAre(1, 4, 3));
 }
 
-TEST_F(ClientLinesTest, BreakpointsInDeletedLinesGoAndThoseBehindMove) {
+TEST_F(ClientMessagesLinesTest, BreakpointsInDeletedLinesGoAndThoseBehindMove) {
     m_client->console->OnLinesDeleted(*m_copy, 1, 1);
     EXPECT_THAT(m_client->Sent(),
                 ElementsAre("a.kx: 12|1", "a.kx: 12|2", "a.kx: 10|1", "a.kx: 12|3", "a.kx: 10|2"));

@@ -248,12 +248,17 @@ TEST_F(ClientSessionsTest, UnchangedTextIsNotAskedAbout) {
 TEST_F(ClientSessionsTest, QuestionOfAScriptThatHasBeenClosedMeanwhileIsNotAsked) {
     Ask(*m_first);
     Forget();
-    CVarRCCtrl& variable = *m_console->Variables().FindControlVariable("a.kx");
-    variable.SetControlValue(value::CVal("0\t1\t0"));
-    m_server->AddCurrentValueChange(variable);
+    m_second->console->AskForSession(*m_second->Find("a.kx"));
+    for (const char* text : {"0\t1\t0", "21\tC_RC\tB_RC"}) {
+        CVarRCCtrl& variable = *m_console->Variables().FindControlVariable("a.kx");
+        variable.SetControlValue(value::CVal(text));
+        m_server->AddCurrentValueChange(variable);
+    }
     CloseAtModule(*m_document);
     Settle();
-    EXPECT_THAT(m_first->questions.asked, IsEmpty());
+    for (TestConsole* console : {m_first, m_second}) {
+        EXPECT_THAT(console->questions.asked, IsEmpty());
+    }
     EXPECT_THAT(m_first->Sent(), IsEmpty());
 }
 
@@ -274,6 +279,20 @@ TEST_F(ClientSessionsTest, HolderThatIsNamedToSomebodyElseOrWithoutAskingMeansNo
     // It goes on waiting.
     Publish("a.kx", "1|C_RC|A_RC");
     EXPECT_EQ(m_first->State("a.kx"), "0/0 C");
+}
+
+TEST_F(ClientSessionsTest, SessionThatComesBeforeTheQuestionIsNotAskedAbout) {
+    m_document->AllowControl(false);
+    m_first->console->AskForSession(*m_first->Find("a.kx"));
+    m_first->network.Deliver();
+    CVarRCCtrl& variable = *m_console->Variables().FindControlVariable("a.kx");
+    for (const char* text : {"21\tC_RC\tA_RC", "1\tC_RC\tA_RC"}) {
+        variable.SetControlValue(value::CVal(text));
+        m_server->AddCurrentValueChange(variable);
+    }
+    Settle();
+    EXPECT_EQ(m_first->State("a.kx"), "0/0 C");
+    EXPECT_THAT(m_first->questions.asked, IsEmpty());
 }
 
 // ---- breaks
