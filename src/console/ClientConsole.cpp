@@ -91,7 +91,7 @@ void ClientConsole::OnDocumentInfo(std::string_view notice) {
 }
 
 void ClientConsole::CloseFor(engine::CKalvexDoc& document) {
-    m_asked.erase(&document);
+    m_asked.erase(document.GetDocKey());
     UnregisterVariables(document.GetDocKey());
     m_services.host.CloseScript(document);
 }
@@ -131,7 +131,7 @@ engine::CKalvexDoc* ClientConsole::OpenByHand(std::string_view path) {
 }
 
 void ClientConsole::OnClosing(const engine::CKalvexDoc& document) {
-    m_asked.erase(&document);
+    m_asked.erase(document.GetDocKey());
     Write(kDocumentInfoVariable, value::CVal(kClosedPrefix + document.GetDocKey()));
     UnregisterVariables(document.GetDocKey());
 }

@@ -170,7 +170,7 @@ class ClientConsole final : public engine::ConsoleLink, public sources::ConsoleE
 
     const ClientServices m_services;
     std::map<std::string, Variable, std::less<>> m_variables;  // of scripts, registered; by name
-    std::set<const engine::CKalvexDoc*> m_asked;  // whose session this side has asked for
+    std::set<std::string> m_asked;  // scripts whose session this side has asked for
     const std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };
 

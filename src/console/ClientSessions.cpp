@@ -30,25 +30,20 @@ void ClientConsole::AskForSession(engine::CKalvexDoc& asked) {
     if (saves && !Ask(kSaveToAsk, {})) return;
     engine::CKalvexDoc* document = m_services.host.FindScript(path);
     if (document == nullptr) return;
-    if (saves) {
-        if (!document->SaveOrLog()) return;
-        document->SetReadOnly(true);
-    }
+    if (saves && !document->SaveOrLog()) return;
     RegisterVariables(path);
     SendText(path, AskSessionText(m_services.host.GetClientIdentity(), false));
-    m_asked.insert(document);
+    m_asked.insert(path);
 }
 
 void ClientConsole::SessionHeld(const Message& message) {
     if (message.fields.Text(2) != m_services.host.GetClientIdentity()) return;
-    if (m_asked.count(&message.document) == 0) return;
     Later([this, path = message.document.GetDocKey(),
            holder = std::string(message.fields.Text(1))] { ForceAsked(path, holder); });
 }
 
 void ClientConsole::ForceAsked(const std::string& path, const std::string& holder) {
-    const engine::CKalvexDoc* document = m_services.host.FindScript(path);
-    if (document == nullptr || m_asked.count(document) == 0) return;
+    if (m_asked.count(path) == 0) return;
     if (!Ask(kForce, {path, holder})) return;
     SendText(path, AskSessionText(m_services.host.GetClientIdentity(), true));
 }
@@ -114,7 +109,7 @@ void ClientConsole::PassSession(const Message& message) {
     const std::string& identity = m_services.host.GetClientIdentity();
     if (fields.Text(1).empty() || fields.Text(1) == identity) return;
     engine::CKalvexDoc& document = message.document;
-    if (fields.Text(2) != identity || m_asked.erase(&document) == 0) return;
+    if (fields.Text(2) != identity || m_asked.erase(document.GetDocKey()) == 0) return;
     workbench::ScriptMarkers& markers = m_services.host.ModelOf(document).Markers();
     markers.DeleteAllMarkers(kBreakpoints);
     for (const int line : ReadBreakpoints(fields.Text(5))) {

@@ -229,9 +229,9 @@ TEST_F(ClientConsoleTest, OtherSourcesAreNotItsModule) {
     TestConsole& console = AddConsole("A_RC");
     support::HandServer server;
     console.network.AddServer("inny", server);
+    console.Shown();
     console.client->RegisterPlain("inny", "V");
     Settle();
-    console.Shown();
     console.network.Break("inny", vantrel::ReasonLost);
     Settle();
     EXPECT_THAT(console.Shown(), IsEmpty());

@@ -245,6 +245,28 @@ TEST_F(ClientSessionsTest, UnchangedTextIsNotAskedAbout) {
     EXPECT_THAT(m_first->Sent(), ElementsAre("a.kx: 1|A_RC|1"));
 }
 
+TEST_F(ClientSessionsTest, TextOfARunningScriptIsNotAskedAbout) {
+    Ask(*m_first);
+    m_first->Find("a.kx")->SetModified(true);
+    m_first->Find("a.kx")->SetReadOnly(true);
+    Forget();
+    Publish("a.kx", "0|1|1");
+    EXPECT_THAT(m_first->questions.asked, IsEmpty());
+    EXPECT_THAT(m_first->Sent(), ElementsAre("a.kx: 1|A_RC|1"));
+}
+
+TEST_F(ClientSessionsTest, QuestionOfAConsoleThatIsGoneIsNotAsked) {
+    Ask(*m_first);
+    m_second->console->AskForSession(*m_second->Find("a.kx"));
+    for (int round = 0; round < 3; ++round) {
+        m_second->network.Deliver();
+        m_first->network.Deliver();
+    }
+    m_second->console.reset();
+    m_second->loop.Run();
+    EXPECT_THAT(m_second->questions.asked, IsEmpty());
+}
+
 TEST_F(ClientSessionsTest, QuestionOfAScriptThatHasBeenClosedMeanwhileIsNotAsked) {
     Ask(*m_first);
     Forget();
@@ -373,6 +395,17 @@ TEST_F(ClientSessionsTest, SessionOfAScriptThatIsOpenedAgainIsNotThatOfTheOldOne
     Open(kScript).AllowControl(false);
     Publish("RC_KalvexDocInfo", "a.kx");
     EXPECT_EQ(m_first->State("a.kx"), "8/0 R");
+    Publish("a.kx", "1|Kalvex_stacja|A_RC|0|0|");
+    EXPECT_EQ(m_first->State("a.kx"), "8/0 R");
+}
+
+TEST_F(ClientSessionsTest, SessionOfAScriptThatWasClosedByHandIsNotAskedForAnyMore) {
+    m_document->AllowControl(false);
+    Ask(*m_first);
+    m_first->Close("a.kx");
+    Settle();
+    Open(kScript, "a.kx").AllowControl(false);
+    Publish("RC_KalvexDocInfo", "a.kx");
     Publish("a.kx", "1|Kalvex_stacja|A_RC|0|0|");
     EXPECT_EQ(m_first->State("a.kx"), "8/0 R");
 }

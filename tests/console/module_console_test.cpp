@@ -104,9 +104,12 @@ TEST_F(ModuleConsoleTest, MessageOfBadStatusIsKeptAndNothingElse) {
 
 TEST_F(ModuleConsoleTest, NumberIsNoMessage) {
     for (const char* variable : {"a.kx", "VL:a.kx", "RC_KalvexDocInfo"}) {
-        EXPECT_EQ(Write(*m_client, variable, value::CVal(2)), vantrel::ResultOk);
-        EXPECT_EQ(Write(*m_client, variable, value::CVal(2.5)), vantrel::ResultOk);
-        EXPECT_EQ(Write(*m_client, variable, value::CVal()), vantrel::ResultOk);
+        for (const value::CVal& number : {value::CVal(2), value::CVal(2.5), value::CVal()}) {
+            Write(*m_client, variable, value::CVal("a text before it that is rather long"));
+            Heard(*m_client);
+            EXPECT_EQ(Write(*m_client, variable, number), vantrel::ResultOk);
+            EXPECT_THAT(Heard(*m_client), IsEmpty());
+        }
     }
     EXPECT_THAT(Heard(*m_client), IsEmpty());
     EXPECT_FALSE(m_document->State().m_bRunning);
