@@ -256,7 +256,7 @@ void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t res
 
 void CClientConnection::HoldWrites(bool wasConnected) {
     const bool sendsAgain = SendsWritesAgain();
-    if (wasConnected && sendsAgain) m_lastReleased = m_lastSerial;
+    if (wasConnected) m_lastReleased = m_lastSerial;
     std::vector<std::pair<std::uint64_t, LossReason>> lost;
     std::vector<std::uint64_t> done;  // as far as will ever be known
     for (const auto& [serial, write] : m_writes) {
