@@ -12,7 +12,7 @@ import unittest
 CMAKE, BUILD = sys.argv[1:3]
 del sys.argv[1:3]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PROGRAMS = ["kalvex-run", "kalvexd", "sorvaned"]
+PROGRAMS = ["kalvex-run", "kalvexctl", "kalvexd", "sorvaned"]
 SERVICES = ["kalvexd", "sorvaned"]
 
 
@@ -51,6 +51,12 @@ class Installation(unittest.TestCase):
     def test_every_program_has_its_page(self):
         pages = {path.stem for path in (self.prefix / "share/man").glob("man?/*")}
         self.assertEqual(pages, set(PROGRAMS))
+
+    def test_shells_complete_command_lines(self):
+        for place in ("bash-completion/completions/kalvexctl", "zsh/site-functions/_kalvexctl"):
+            text = (self.prefix / "share" / place).read_text(encoding="utf-8")
+            for command in ("list", "status", "start", "release"):
+                self.assertRegex(text, rf"\b{command}\b", place)
 
     def test_catalogues_documents_and_examples_are_there(self):
         for language in (ROOT / "translations").glob("*.po"):

@@ -51,6 +51,10 @@ TABLES = {
     # their texts and those of src/platform/UserStore.cpp are marked
     "src/programs/kalvexd/ServiceLibraries.cpp": None,
     "src/programs/sorvaned/Tasks.cpp": None,
+    "src/programs/kalvexctl/Console.cpp": None,
+    "src/programs/kalvexctl/Endings.cpp": None,
+    "src/programs/kalvexctl/Login.cpp": None,
+    "src/programs/kalvexctl/SupervisionCommands.cpp": None,
     "src/server/ClientText.cpp": None,
     "src/vantrel/LoginDesk.cpp": None,
     "src/server/Recorder.cpp": None,
