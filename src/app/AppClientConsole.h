@@ -27,7 +27,8 @@ class AppClientConsole final : private console::ClientHost {
         std::function<void()> updateTitle;
     };
 
-    // All that the parts refer to outlives the console, whose sources have no connection yet.
+    // All that the parts refer to outlives the console, but for the sources, which go before it and
+    // have no connection yet.
     explicit AppClientConsole(Parts parts);
     ~AppClientConsole() override;
     AppClientConsole(const AppClientConsole&) = delete;

@@ -70,8 +70,8 @@ void CKalvexApp::ReleaseScripts() {
         m_services->sources = nullptr;
     }
     m_console.reset();
-    m_clientConsole.reset();
     m_clientInterface.reset();
+    m_clientConsole.reset();
     m_configuration.autostart.clear();
 }
 

@@ -23,14 +23,15 @@ constexpr const char* kSaveToGive = platform::Translatable(
 
 // ---- asking
 
-void ClientConsole::AskForSession(engine::CKalvexDoc& asked) {
-    if (asked.State().m_bControlAllowed) return;
-    const std::string path = asked.GetDocKey();
-    const bool saves = asked.IsModified();
-    if (saves && !Ask(kSaveToAsk, {})) return;
-    engine::CKalvexDoc* document = m_services.host.FindScript(path);
-    if (document == nullptr) return;
-    if (saves && !document->SaveOrLog()) return;
+// The document may be closed while the person is asked.
+void ClientConsole::AskForSession(engine::CKalvexDoc& document) {
+    if (document.State().m_bControlAllowed) return;
+    const std::string path(std::string_view(document.GetDocKey()));
+    if (document.IsModified()) {
+        if (!Ask(kSaveToAsk, {})) return;
+        engine::CKalvexDoc* open = m_services.host.FindScript(path);
+        if (open == nullptr || !open->SaveOrLog()) return;
+    }
     RegisterVariables(path);
     SendText(path, AskSessionText(m_services.host.GetClientIdentity(), false));
     m_asked.insert(path);
