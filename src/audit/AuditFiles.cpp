@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <ranges>
 #include <system_error>
 
 #include "platform/posix/Descriptor.h"
@@ -146,7 +145,8 @@ struct OpenFile {
 // not at all. Oldest first in the answer.
 std::vector<OpenFile> OpenAll(const std::vector<std::string>& files, AuditReading& reading) {
     std::vector<OpenFile> open;
-    for (const std::string& path : files | std::views::reverse) {
+    for (auto file = files.rbegin(); file != files.rend(); ++file) {
+        const std::string& path = *file;
         OpenFile next{platform::Descriptor(platform::OpenRegularFile(path, O_RDONLY)), {}, path};
         if (next.file.Get() < 0 || ::fstat(next.file.Get(), &next.info) != 0) {
             if (errno != ENOENT) {
@@ -171,9 +171,8 @@ std::string AuditFile(const std::string& name, int number) {
 
 std::vector<std::string> AuditFiles(const std::string& name) {
     std::vector<std::string> files;
-    for (const int number : OlderNumbers(name) | std::views::reverse) {
-        files.push_back(AuditFile(name, number));
-    }
+    for (const int number : OlderNumbers(name)) files.push_back(AuditFile(name, number));
+    std::ranges::reverse(files);
     if (IsThere(AuditFile(name, 0))) files.push_back(AuditFile(name, 0));
     return files;
 }
