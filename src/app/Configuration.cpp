@@ -217,13 +217,6 @@ std::string ConfigurationStore::SealSource(const sources::CSourceDesc& source) c
     return head + sealed;
 }
 
-void ConfigurationStore::WriteSources(const KalvexConfiguration& configuration) {
-    EditSources([&](std::vector<sources::CSourceDesc>& sources) {
-        sources = configuration.sources;
-        return true;
-    });
-}
-
 std::vector<std::string> ConfigurationStore::FindFaults(
     const KalvexConfiguration& configuration, const std::string& profile,
     const platform::Translator& translator) const {

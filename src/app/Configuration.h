@@ -60,7 +60,6 @@ class ConfigurationStore {
 
     // What cannot be written is not reported, but for the log level. A console client writes no log
     // level, and transmission is never kept as one.
-    void WriteSources(const KalvexConfiguration& configuration);
     void WriteColumns(const KalvexConfiguration& configuration);
     bool WriteLogLevel(const KalvexConfiguration& configuration);
     // What is said of a level that could not be written to the profile, an engine text.

@@ -11,7 +11,6 @@ namespace kalvex::workbench {
 class DocumentModel final : public engine::ScriptView {
   public:
     ScriptMarkers& Markers() { return m_markers; }
-    const ScriptMarkers& Markers() const { return m_markers; }
     VariableRows& Variables() { return m_variables; }
     int GetSelectedLine() const { return m_selectedLine; }  // -1: none
 
