@@ -121,6 +121,10 @@ std::optional<AuditAction> AuditActionOf(std::string_view word) {
     return row->action;
 }
 
+std::string AuditAddress(const AuditRecord& record) {
+    return record.address.empty() && !record.user.empty() ? kLocal : record.address;
+}
+
 bool ConcernsAllScripts(AuditAction action) {
     return RowOf(action).allScripts;
 }
@@ -133,7 +137,9 @@ std::string AuditLine(const AuditEntry& entry) {
         const std::string& text = entry.record.*row.field;
         line[row.key] = text.empty() ? Json() : Json(Shown(text));
     }
-    if (entry.record.address.empty() && !entry.record.user.empty()) line[kAddress] = kLocal;
+    if (const std::string address = AuditAddress(entry.record); !address.empty()) {
+        line[kAddress] = Shown(address);
+    }
     for (const ValueRow& row : kValues) {
         const std::optional<std::string>& text = entry.record.*row.field;
         line[row.key] = text ? Json(Shown(*text)) : Json();

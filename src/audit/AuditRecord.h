@@ -61,6 +61,9 @@ std::string_view AuditWord(AuditAction action);
 // Nothing for a word that is none.
 std::optional<AuditAction> AuditActionOf(std::string_view word);
 
+// Of whoever did it, "local" for a user on this machine; empty without a user.
+std::string AuditAddress(const AuditRecord& record);
+
 // Whether the action concerns every script where no script is named.
 bool ConcernsAllScripts(AuditAction action);
 

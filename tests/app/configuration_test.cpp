@@ -15,6 +15,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+// Writes the sources without a change.
+bool AsTheyAre(std::vector<sources::CSourceDesc>&) {
+    return true;
+}
+
 class ConfigurationTest : public testing::Test {
   protected:
     void Put(const std::string& utf8) const { m_folder.Put("Kalvex.ini", text::FromUtf8(utf8)); }
@@ -248,7 +253,7 @@ TEST_F(ConfigurationTest, SourcesEndAtTheFirstGap) {
 
 TEST_F(ConfigurationTest, OldPasswordIsWrittenProtectedAndReadsBack) {
     Put(std::string("[Zrodla]\r\nZrodlo0=srv,jan,") + kOldPassword + "\r\nZrodlo7=x\r\n");
-    m_store.WriteSources(Read());
+    m_store.EditSources(AsTheyAre);
     const platform::ProfileEntries lines = m_profile.GetProfileSectionEx("Zrodla");
     ASSERT_THAT(lines, SizeIs(1));
     EXPECT_EQ(lines[0].first, "Zrodlo0");
@@ -330,9 +335,7 @@ TEST_F(ConfigurationTest, SourcesStayWhenAPasswordCannotBeProtected) {
     Put(line);
     const platform::CCrypt crypt(m_folder.Path("nie/ma.key"), platform::KeyFile::MadeAtFirstUse);
     ConfigurationStore store(m_profile, crypt, m_paths, false);
-    KalvexConfiguration configuration;
-    store.ReadSources(configuration);
-    store.WriteSources(configuration);
+    EXPECT_FALSE(store.EditSources(AsTheyAre));
     EXPECT_EQ(Content(), line);
 }
 

@@ -79,7 +79,7 @@ class SupervisionTest(ControlTest):
         self.end_of(process)
         identity = f"{MODULE_IDENTITY}.{self.account()}.{process.pid}_RC"
         rows = [line.split("\t")[1:] for line in self.done("audit").splitlines()]
-        tail = ["JAN", "-", identity]
+        tail = ["JAN", "local", identity]
         self.assertEqual(rows, [["session-taken", "a.kx", "-", MODULE_IDENTITY, identity, *tail],
                                 ["reset", "a.kx", "-", "running", "idle", *tail],
                                 ["session-given", "a.kx", "-", identity, MODULE_IDENTITY, *tail]])

@@ -4,6 +4,7 @@
 #include "platform/GettextTranslator.h"
 #include "platform/IniProfile.h"
 #include "platform/NetworkAddress.h"
+#include "text/CodePage.h"
 
 namespace kalvex::kalvexctl {
 
@@ -46,7 +47,10 @@ int RunKalvexctl(const ControlLine& line) {
     if (!line.options.address.empty()) {
         addresses.insert_or_assign(call.GetModule(), AddressOf(line.options));
     }
-    const Ending ending = line.order.command->run(call);
+    Ending ending = line.order.command->run(call);
+    if (ending.status == programs::ExitDone && !output.GetFault().empty()) {
+        ending = call.Fail(Fault::NotWritten, {text::FromUtf8(output.GetFault())});
+    }
     Output::Tell(ending);
     return ending.status;
 }

@@ -31,6 +31,7 @@ constexpr FaultRow kRows[] = {
      Translatable("Skrypt %s działa albo stoi w trybie krokowym")},
     {Fault::NoVariable, programs::ExitFailed, Translatable("Skrypt %s nie ma zmiennej %s")},
     {Fault::NoFile, programs::ExitFailed, Translatable("Nie można odczytać pliku %s (%s)")},
+    {Fault::NotWritten, programs::ExitFailed, Translatable("Nie można zapisać wyniku (%s)")},
     {Fault::NotOffered, programs::ExitFailed,
      Translatable("Moduł %s nie udostępnia nadzoru skryptów")},
     {Fault::AuditFault, programs::ExitFailed,

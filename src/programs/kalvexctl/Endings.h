@@ -28,6 +28,7 @@ enum class Fault {
     StillRuns,      // script
     NoVariable,     // script, variable
     NoFile,         // file, the system's words
+    NotWritten,     // why
     NotOffered,     // module
     AuditFault,     // which file, and why
     AuditUnread,    // how many lines

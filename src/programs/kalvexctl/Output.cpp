@@ -1,11 +1,13 @@
 #include "programs/kalvexctl/Output.h"
 
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "text/CodePage.h"
 
@@ -33,9 +35,17 @@ bool WriteAll(int descriptor, std::string_view text) {
 
 }  // namespace
 
+bool IsStream(int descriptor) {
+    struct stat info {};
+    return ::fstat(descriptor, &info) == 0 && (info.st_mode & S_IFMT) != 0;
+}
+
 Output::Output()
     : m_isTerminal(::isatty(STDOUT_FILENO) == 1),
-      m_isColoured(m_isTerminal && !IsSet("NO_COLOR")) {}
+      m_isColoured(m_isTerminal && !IsSet("NO_COLOR")),
+      m_closed(!IsStream(STDOUT_FILENO)) {
+    if (m_closed) m_fault = std::strerror(EBADF);
+}
 
 Screen Output::GetScreen() const {
     winsize size{};
@@ -44,7 +54,9 @@ Screen Output::GetScreen() const {
 }
 
 void Output::PrintText(std::string_view text) {
-    if (!m_closed) m_closed = !WriteAll(STDOUT_FILENO, text);
+    if (m_closed || WriteAll(STDOUT_FILENO, text)) return;
+    m_closed = true;
+    if (errno != EPIPE) m_fault = std::strerror(errno);
 }
 
 void Output::PrintTable(const std::vector<std::string>& head, const std::vector<Row>& rows) {

@@ -11,13 +11,19 @@
 
 namespace kalvex::kalvexctl {
 
+// False for a standard stream that the caller has closed: by then libraries have put another thing
+// in its place, which is none of a file's kinds.
+bool IsStream(int descriptor);
+
 class Output final : public platform::LogSink {
   public:
     Output();
 
     bool IsTerminal() const { return m_isTerminal; }
-    // The other side reads no more.
+    // Nothing can be written any more.
     bool IsClosed() const { return m_closed; }
+    // Why not, in the system's words; empty when the other side just reads no more.
+    const std::string& GetFault() const { return m_fault; }
 
     // A table with a head on a terminal, a line for each row for a program.
     void PrintTable(const std::vector<std::string>& head, const std::vector<Row>& rows);
@@ -40,6 +46,7 @@ class Output final : public platform::LogSink {
     const bool m_isTerminal;
     const bool m_isColoured;
     bool m_closed = false;
+    std::string m_fault;
 };
 
 }  // namespace kalvex::kalvexctl

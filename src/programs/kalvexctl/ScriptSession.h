@@ -30,7 +30,6 @@ class ScriptSession final : private ConversationListener {
     // what went wrong here when that was nothing.
     Ending GiveBack(Ending ending);
 
-    bool IsHeld() const { return m_held; }
     const std::string& GetScript() const { return m_script; }
     const ScriptState& GetState() const { return m_state; }
     Console& GetConsole() { return m_console; }

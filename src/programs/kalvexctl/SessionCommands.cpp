@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "console/ConsoleMessages.h"
+#include "console/VariableMessages.h"
 #include "programs/kalvexctl/Commands.h"
 #include "programs/kalvexctl/VariableRows.h"
 #include "text/CodePage.h"
@@ -212,12 +213,11 @@ MaybeEnding SetVariable(Call& call, ScriptSession& session) {
     const std::string& name = call.arguments.variable;
     value::CVal value;
     value::ApplyOperatorText(value, call.arguments.text);
-    const std::string message =
-        NamesText(MessageCode::SetVariable, name, value::ValueToText(value)) + '\t' +
-        std::to_string(value.GetType()) + '\t' + std::to_string(value.GetStatus());
-    const std::string question = console::CodeText(MessageCode::AskVariable) + '\t' + name;
     std::vector<std::string> came;
-    if (MaybeEnding ending = session.AskList({message, question}, came)) return ending;
+    if (MaybeEnding ending = session.AskList(
+            {console::SetVariableText(name, value), console::AskVariableText(name)}, came)) {
+        return ending;
+    }
     const std::vector<VariableRow> rows = OwnAnswer(came);
     const auto row = std::ranges::find(rows, text::ToUtf8(name), &VariableRow::name);
     if (row == rows.end()) {

@@ -209,13 +209,29 @@ Cell KnownCell(const std::string& text) {
     return {text.empty() ? kUnknown : text::ToUtf8(text)};
 }
 
+// All for a program.
 Row RowOf(const audit::AuditEntry& entry) {
     const audit::AuditRecord& record = entry.record;
     return {{Cell{value::FormatLocalTime(entry.time)},
              Cell{std::string(audit::AuditWord(record.action))}, KnownCell(record.script),
              KnownCell(record.name), KnownCell(record.oldValue.value_or("")),
              KnownCell(record.newValue.value_or("")), KnownCell(record.user),
-             KnownCell(record.address), KnownCell(record.client)}};
+             KnownCell(audit::AuditAddress(record)), KnownCell(record.client)}};
+}
+
+// For a person: the values and the client are too long to stand in columns.
+Row ScreenRowOf(const audit::AuditEntry& entry) {
+    const audit::AuditRecord& record = entry.record;
+    Row row{{Cell{value::FormatLocalTime(entry.time)}, KnownCell(record.user),
+             Cell{std::string(audit::AuditWord(record.action))}, KnownCell(record.script),
+             KnownCell(record.name)}};
+    if (record.oldValue || record.newValue) {
+        row.below = KnownCell(record.oldValue.value_or("")).text + " -> " +
+                    KnownCell(record.newValue.value_or("")).text + "  ";
+    }
+    row.below += fmt::format("({}, {})", KnownCell(audit::AuditAddress(record)).text,
+                             KnownCell(record.client).text);
+    return row;
 }
 
 // Prints what comes: lines at once, a table when all is there.
@@ -235,11 +251,9 @@ class AuditPrinter {
     Ending Finish() {
         if (m_call.output.IsTerminal() && !m_call.arguments.json) {
             m_call.output.PrintTable(
-                Head(m_call, {platform::Translatable("CZAS"), platform::Translatable("ZMIANA"),
-                              platform::Translatable("SKRYPT"), platform::Translatable("NAZWA"),
-                              platform::Translatable("PRZED"), platform::Translatable("PO"),
-                              platform::Translatable("UŻYTKOWNIK"), platform::Translatable("ADRES"),
-                              platform::Translatable("KLIENT")}),
+                Head(m_call, {platform::Translatable("CZAS"), platform::Translatable("UŻYTKOWNIK"),
+                              platform::Translatable("ZMIANA"), platform::Translatable("SKRYPT"),
+                              platform::Translatable("NAZWA")}),
                 m_rows);
         }
         if (m_unreadable > 0) {
@@ -257,7 +271,7 @@ class AuditPrinter {
     void Print(const audit::AuditEntry& entry) {
         if (m_call.arguments.json) return m_call.output.PrintText(audit::AuditLine(entry));
         if (!m_call.output.IsTerminal()) return m_call.output.PrintRow(RowOf(entry));
-        m_rows.push_back(RowOf(entry));
+        m_rows.push_back(ScreenRowOf(entry));
     }
 
     Call& m_call;

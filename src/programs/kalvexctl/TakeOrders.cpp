@@ -41,7 +41,7 @@ class OrderInput {
 
   private:
     std::string m_text;
-    bool m_ended = false;
+    bool m_ended = !IsStream(STDIN_FILENO);
 };
 
 MaybeEnding RunOrder(Call& call, ScriptSession& session, const Order& order) {
