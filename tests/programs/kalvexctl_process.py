@@ -8,20 +8,11 @@ import subprocess
 import sys
 import threading
 
-PROTO = sys.argv.pop(2)
-SORVANED = sys.argv.pop(2)
-KALVEXCTL = sys.argv.pop(2)
+import module_process  # first: it takes its arguments
 
-from kalvexd_process import STARTED, STOPPED, ServiceTest  # noqa: E402, F401
-import grpc  # noqa: E402
-import stranger  # noqa: E402
-
-MESSAGES, _ = stranger.generate(PROTO)
-CURRENT = 1
-TEXT = 190
-INTEGER = 150
+KALVEXCTL = sys.argv.pop(1)
+SORVANED = module_process.SORVANED
 PATIENCE = 60  # seconds for what has to come
-LOOP = "LOCAL X = 5\nLOCAL Y = 6\n:a\nSLEEP 1\nGOTO a\n"
 ACCOUNT = pwd.getpwuid(os.geteuid()).pw_name
 MODULE_IDENTITY = f"Kalvex_{socket.gethostname()}"
 
@@ -31,33 +22,21 @@ def identity_of(process):
     return f"Kalvex_{socket.gethostname()}.{ACCOUNT}.{process.pid}_RC"
 
 
-class Console(stranger.Conversation):
-    """Subscribed names are handles in their order; every value that comes is (name, content)."""
+class Console(module_process.Console):
+    """One that takes one change at a time."""
 
     def __init__(self, channel):
-        super().__init__(MESSAGES, channel)
-        self.take("greeting")
-        self.names = []
+        super().__init__(channel)
         self.waiting = []
-        self.ids = 0
-
-    def enter(self, name, user="JAN", password="haslo"):
-        code, text = self.log_in(user, password, name)
-        assert code == 0, (code, text)
-        return text
 
     def watch(self, *names):
-        first = len(self.names) + 1
-        self.names += names
-        self.say(subscribe={"added_handles": range(first, len(self.names) + 1), "added_names": names, "flags": 0})
+        super().watch(*names)
         self.take("value_updates")
 
     def next(self):
         """The next change, in the order in which the module made them."""
         while not self.waiting:
-            updates = self.take("value_updates")
-            self.waiting += [(self.names[handle - 1], value[3]) for handle, value in
-                             zip(updates.handles, stranger.values_of(updates.values))]
+            self.waiting += super().next()
         return self.waiting.pop(0)
 
     def next_message(self, name="a.kx"):
@@ -72,14 +51,6 @@ class Console(stranger.Conversation):
         while self.next_message() != wanted:
             pass
 
-    def order(self, name, text):
-        """The result of the write of a message."""
-        self.ids += 1
-        self.say(modify_requests={"requests": [{"id": self.ids, "kind": CURRENT, "variable": name, "time": 0,
-                                                "value": {"type": TEXT, "text": text.replace("|", "\t")}}]})
-        results = self.take("modify_results")
-        return results.results[0]
-
     def leave(self):
         """In good order, whatever it holds."""
         self.say(farewell={"reason": 4106})
@@ -93,30 +64,16 @@ class Console(stranger.Conversation):
         self.read_to(f"0|{name}|0")
 
 
-class ControlTest(ServiceTest):
-    """Each test has a folder of its own with a user, and a module that runs the script a.kx."""
-
+class ControlTest(module_process.ModuleTest):
     def setUp(self):
         super().setUp()
-        self.put("a.kx", LOOP)
-        self.put("Kalvex.ini", "[Autostart]\nProcedura0=a.kx\n")
-        users = self.folder / "users.sqlite"
-        self.put("users.toml", f'[server]\nname = "x"\ndata = "{self.folder}/x"\nusers = "{users}"\n')
-        self.add_user("JAN", "--level", "100")
-        self.put("sorvane.ini", f"[Konfiguracja]\nUżytkownicy={users}\n")
         self.login = self.folder / "login"
         self.login.write_text("JAN\nhaslo\n", encoding="utf-8")
         self.login.chmod(0o600)
         self.environment["KALVEXCTL_LOGIN"] = str(self.login)
 
-    def add_user(self, name, *options):
-        subprocess.run([SORVANED, "--config", self.folder / "users.toml", "user", "add", name, *options],
-                       input="haslo\nhaslo\n", encoding="utf-8", check=True, env=self.environment,
-                       capture_output=True)
-
     def start_module(self, *arguments):
-        service = self.start(*arguments)
-        self.read_to(service, f"{self.folder}/a.kx : Start skryptu ")
+        service = super().start_module(*arguments)
         # What a module has to say must never fill the pipe.
         self.log = []
 
@@ -127,10 +84,8 @@ class ControlTest(ServiceTest):
         return service
 
     def connect(self, name, *watched):
-        channel = grpc.insecure_channel(f"unix:{self.folder}/run/Kalvex")
-        self.addCleanup(channel.close)
-        console = Console(channel)
-        console.enter(name)
+        console = super().connect(Console)
+        console.enter("JAN", "haslo", name)
         if watched:
             console.watch(*watched)
         return console

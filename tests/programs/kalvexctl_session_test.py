@@ -334,6 +334,11 @@ class SessionTest(ControlTest):
             self.assert_module_holds()
         self.assertEqual(self.done("reset", "a.kx"), "a.kx\tidle\t-\n")
 
+    def test_input_that_was_closed_is_at_its_end(self):
+        process = self.begin("take", "a.kx", stdin=None, preexec_fn=lambda: os.close(0))
+        self.assertEqual(self.end_of(process), (0, "a.kx\ttaken\n", ""))
+        self.assert_module_holds()
+
     def test_person_at_a_terminal_may_err(self):
         leader, follower = pty.openpty()
         self.addCleanup(os.close, leader)

@@ -220,6 +220,27 @@ class CommandsTest(ControlTest):
         self.assertEqual((status, errors),
                          (3, "kalvexctl: Połączenie z modułem Kalvex zerwane (zakończenie pracy serwera)\n"))
 
+    # ---- output that cannot be written
+
+    def test_output_that_cannot_be_written_is_told(self):
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([KALVEXCTL, "list"], stdout=full, stderr=subprocess.PIPE, encoding="utf-8",
+                                  env=self.environment, cwd=self.folder, timeout=PATIENCE)
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "kalvexctl: Nie można zapisać wyniku (No space left on device)\n"))
+        done = subprocess.run([KALVEXCTL, "list"], stderr=subprocess.PIPE, encoding="utf-8", env=self.environment,
+                              cwd=self.folder, timeout=PATIENCE, preexec_fn=lambda: os.close(1))
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "kalvexctl: Nie można zapisać wyniku (Bad file descriptor)\n"))
+
+    def test_reader_that_goes_is_no_fault(self):
+        reading, writing = os.pipe()
+        os.close(reading)
+        done = subprocess.run([KALVEXCTL, "list"], stdout=writing, stderr=subprocess.PIPE, encoding="utf-8",
+                              env=self.environment, cwd=self.folder, timeout=PATIENCE)
+        os.close(writing)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+
     # ---- language and terminal
 
     def test_english(self):
@@ -257,6 +278,10 @@ class CommandsTest(ControlTest):
         self.assertTrue(shown[2].startswith(f"    zatrzymany poleceniem, linia {line} od "), shown[2])
         self.assertEqual((len(shown[2]), shown[3:]), (40, [""]))
         self.assertEqual(self.on_terminal("list"), "a.kx\n")
+        self.done("set", "a.kx", "X", "5")
+        last = self.on_terminal("audit").rstrip("\n").split("\n")[-2:]
+        self.assertRegex(last[0], r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  JAN         value$")
+        self.assertRegex(last[1], r"^    5.00 -> 5.00  \(local, .*$")
         self.repeat_until(lambda: self.done("vars", "a.kx").count("\n") == 2)
         self.assertEqual(self.on_terminal("vars", "a.kx"),
                          "ZMIENNA  CURDATA\n"

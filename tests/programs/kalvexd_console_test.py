@@ -1,8 +1,33 @@
 """The console of a module, seen by a client that knows sorvane.proto and docs/console.md alone."""
+import threading
 import unittest
 
-from module_process import ModuleTest  # first: it takes its arguments
+from module_process import CURRENT, TEXT, Console, ModuleTest  # first: it takes its arguments
 from kalvexd_process import STARTED
+import grpc
+
+
+class Deaf(Console):
+    """One that reads until it is to stop."""
+
+    def __init__(self, channel):
+        self.reads = threading.Event()
+        self.reads.set()
+        super().__init__(channel)
+
+    def listen(self):
+        try:
+            for parcel in self.call:
+                self.inbox.put(parcel)
+                self.reads.wait()
+        except grpc.RpcError:
+            pass
+        self.inbox.put(None)
+
+    def ask(self, name, text):
+        """Without a look at the answer."""
+        self.say(modify_requests={"requests": [{"id": 1, "kind": CURRENT, "variable": name,
+                                                "value": {"type": TEXT, "text": text.replace("|", "\t")}}]})
 
 
 class ConsoleTest(ModuleTest):
@@ -57,6 +82,26 @@ class ConsoleTest(ModuleTest):
         self.read_to(service, "Połączenie z klientem Obca_RC zerwane  (utrata połączenia)")
         other = self.connect()
         identity = other.enter("JAN", "haslo")
+        other.watch("a.kx")
+        other.next()
+        other.order("a.kx", "0|Inna_RC|0")
+        (_, text), = other.next()
+        self.assertTrue(text.startswith(f"1\t{identity}\tInna_RC\t"), text)
+
+    def test_client_that_stops_reading_is_cut_off_and_its_session_comes_back(self):
+        service = self.start_module()
+        deaf = self.connect(Deaf)
+        identity = deaf.enter("JAN", "haslo")
+        deaf.watch("a.kx", "VL:a.kx")
+        deaf.order("VL:a.kx", f"17|X|{100_000 * 'x'}|190|0")
+        deaf.order("a.kx", "0|Obca_RC|0")
+        deaf.reads.clear()
+        for _ in range(1000):
+            deaf.ask("VL:a.kx", "18|X")
+        self.read_to(service, "Połączenie z klientem Obca_RC zerwane  (brak odpowiedzi drugiej strony)")
+        deaf.reads.set()
+        other = self.connect()
+        other.enter("JAN", "haslo")
         other.watch("a.kx")
         other.next()
         other.order("a.kx", "0|Inna_RC|0")

@@ -45,23 +45,28 @@ class Console(stranger.Conversation):
 
 
 class ModuleTest(ServiceTest):
+    """Each test has a folder of its own with a user, and a module that runs the script a.kx."""
+
     def setUp(self):
         super().setUp()
         self.put("a.kx", SCRIPT)
         self.put("Kalvex.ini", "[Autostart]\nProcedura0=a.kx\n[Prawa]\n")
         users = self.folder / "users.sqlite"
         self.put("users.toml", f'[server]\nname = "x"\ndata = "{self.folder}/x"\nusers = "{users}"\n')
-        subprocess.run([SORVANED, "--config", self.folder / "users.toml", "user", "add", "JAN", "--level", "100"],
-                       input="haslo\nhaslo\n", encoding="utf-8", check=True, env=self.environment,
-                       capture_output=True)
+        self.add_user("JAN", "--level", "100")
         self.put("sorvane.ini", f"[Konfiguracja]\nUżytkownicy={users}\n")
 
-    def connect(self):
+    def add_user(self, name, *options):
+        subprocess.run([SORVANED, "--config", self.folder / "users.toml", "user", "add", name, *options],
+                       input="haslo\nhaslo\n", encoding="utf-8", check=True, env=self.environment,
+                       capture_output=True)
+
+    def connect(self, kind=Console):
         channel = grpc.insecure_channel(f"unix:{self.folder}/run/Kalvex")
         self.addCleanup(channel.close)
-        return Console(channel)
+        return kind(channel)
 
-    def start_module(self):
-        service = self.start()
+    def start_module(self, *arguments):
+        service = self.start(*arguments)
         self.read_to(service, f"{self.folder}/a.kx : Start skryptu ")
         return service
