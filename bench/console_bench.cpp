@@ -122,9 +122,7 @@ class Module final : private console::ConsoleHost {
     engine::CKalvexDoc* OpenScript(std::string_view) override { return nullptr; }
     void CloseScript(engine::CKalvexDoc&) override {}
     std::vector<engine::CKalvexDoc*> Scripts() override { return {m_document.get()}; }
-    workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc&) override {
-        return m_model.Markers();
-    }
+    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc&) override { return m_model; }
     void SetLogLevel(int) override {}
     const std::string& GetClientIdentity() const override { return m_identity; }
 

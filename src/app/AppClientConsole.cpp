@@ -12,7 +12,8 @@ constexpr std::int64_t kConnectionPeriod = 1000;  // milliseconds
 }  // namespace
 
 AppClientConsole::AppClientConsole(Parts parts)
-    : m_parts(std::move(parts)),
+    : HostedScripts(parts.documents),
+      m_parts(std::move(parts)),
       m_console({m_parts.log, m_parts.world.translator, m_parts.questions, m_parts.world.loop,
                  m_parts.sources, *this, m_parts.module}) {}
 
@@ -24,29 +25,6 @@ void AppClientConsole::Open() {
     m_parts.world.loop.SetTimer(kConnectionTimer, kConnectionPeriod,
                                 [this] { m_parts.sources.SourceList().CheckConnections(); });
     m_console.Open();
-}
-
-engine::CKalvexDoc* AppClientConsole::FindScript(std::string_view path) {
-    return m_parts.documents.Find(path);
-}
-
-engine::CKalvexDoc* AppClientConsole::OpenScript(std::string_view path) {
-    std::string error;
-    return m_parts.documents.Open(path, error);
-}
-
-void AppClientConsole::CloseScript(engine::CKalvexDoc& document) {
-    m_parts.documents.Close(document);
-}
-
-std::vector<engine::CKalvexDoc*> AppClientConsole::Scripts() {
-    std::vector<engine::CKalvexDoc*> scripts;
-    for (const auto& document : m_parts.documents.All()) scripts.push_back(document.get());
-    return scripts;
-}
-
-workbench::DocumentModel& AppClientConsole::ModelOf(const engine::CKalvexDoc& document) {
-    return m_parts.documents.ModelOf(document);
 }
 
 void AppClientConsole::MinimiseFrame(engine::CKalvexDoc& document) {

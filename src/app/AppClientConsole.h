@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "app/AppWorld.h"
+#include "app/HostedScripts.h"
 #include "app/KalvexLog.h"
 #include "app/ScriptDocuments.h"
 #include "console/ClientConsole.h"
 
 namespace kalvex::app {
 
-class AppClientConsole final : private console::ClientHost {
+class AppClientConsole final : private HostedScripts<console::ClientHost> {
   public:
     struct Parts {
         const AppWorld& world;
@@ -40,11 +41,6 @@ class AppClientConsole final : private console::ClientHost {
     console::ClientConsole& Console() { return m_console; }
 
   private:
-    engine::CKalvexDoc* FindScript(std::string_view path) override;
-    engine::CKalvexDoc* OpenScript(std::string_view path) override;
-    void CloseScript(engine::CKalvexDoc& document) override;
-    std::vector<engine::CKalvexDoc*> Scripts() override;
-    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc& document) override;
     void MinimiseFrame(engine::CKalvexDoc& document) override;
     void ShowVariables(engine::CKalvexDoc& document, int row) override;
     void ShowMessage(std::string_view text) override;

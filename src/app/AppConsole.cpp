@@ -22,7 +22,8 @@ constexpr const char* kNotCreated =
 }  // namespace
 
 AppConsole::AppConsole(Parts parts)
-    : m_parts(std::move(parts)),
+    : HostedScripts(parts.documents),
+      m_parts(std::move(parts)),
       m_trail(m_parts.world.clock, m_parts.world.translator, m_parts.log),
       m_console(*this) {
     const AppWorld& world = m_parts.world;
@@ -84,29 +85,6 @@ void AppConsole::Check() {
     m_parts.world.consoleDoor->Check();
 }
 
-engine::CKalvexDoc* AppConsole::FindScript(std::string_view path) {
-    return m_parts.documents.Find(path);
-}
-
-engine::CKalvexDoc* AppConsole::OpenScript(std::string_view path) {
-    std::string error;
-    return m_parts.documents.Open(path, error);
-}
-
-void AppConsole::CloseScript(engine::CKalvexDoc& document) {
-    m_parts.documents.Close(document);
-}
-
-std::vector<engine::CKalvexDoc*> AppConsole::Scripts() {
-    std::vector<engine::CKalvexDoc*> scripts;
-    for (const auto& document : m_parts.documents.All()) scripts.push_back(document.get());
-    return scripts;
-}
-
-workbench::ScriptMarkers& AppConsole::MarkersOf(const engine::CKalvexDoc& document) {
-    return m_parts.documents.ModelOf(document).Markers();
-}
-
 // ---- supervision
 
 void AppConsole::Admit(vantrel::LoginRequest login, const std::string& address,
@@ -146,7 +124,7 @@ ModuleStatus AppConsole::GetStatus() {
 std::optional<std::vector<int>> AppConsole::GetBreakpoints(std::string_view script) {
     const engine::CKalvexDoc* document = FindScript(script);
     if (document == nullptr) return {};
-    std::vector<int> lines = MarkersOf(*document).LinesOf(workbench::MarkerBreakpoint);
+    std::vector<int> lines = ModelOf(*document).Markers().LinesOf(workbench::MarkerBreakpoint);
     std::ranges::sort(lines);
     return lines;
 }

@@ -10,6 +10,7 @@
 
 #include "app/AppWorld.h"
 #include "app/Configuration.h"
+#include "app/HostedScripts.h"
 #include "app/KalvexLog.h"
 #include "app/ScriptDocuments.h"
 #include "app/Supervision.h"
@@ -19,7 +20,9 @@
 
 namespace kalvex::app {
 
-class AppConsole final : public Supervised, private console::ConsoleHost, private LogClients {
+class AppConsole final : public Supervised,
+                         private HostedScripts<console::ConsoleHost>,
+                         private LogClients {
   public:
     struct Parts {
         const AppWorld& world;
@@ -60,11 +63,6 @@ class AppConsole final : public Supervised, private console::ConsoleHost, privat
     std::vector<std::string> GetAuditFiles() override;
 
   private:
-    engine::CKalvexDoc* FindScript(std::string_view path) override;
-    engine::CKalvexDoc* OpenScript(std::string_view path) override;
-    void CloseScript(engine::CKalvexDoc& document) override;
-    std::vector<engine::CKalvexDoc*> Scripts() override;
-    workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc& document) override;
     void SetLogLevel(int level) override { m_parts.setLevel(level); }
     const std::string& GetClientIdentity() const override { return m_parts.identity; }
 

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "app/Servers.h"
 #include "platform/NetworkAddress.h"
 
 namespace kalvex::app {
@@ -16,7 +15,9 @@ bool IsPlainTextMeant(const ServerEntry& server) {
            (platform::ReadAddress(server.address, host, port) && platform::IsLoopback(host));
 }
 
-vantrel::ServerAddress MakeAddress(const ServerEntry& server) {
+}  // namespace
+
+vantrel::ServerAddress MakeServerAddress(const ServerEntry& server) {
     vantrel::ServerAddress address{.address = server.address,
                                    .certificateName = server.certificateName,
                                    .plainTextAllowed = server.plainTextAllowed};
@@ -28,12 +29,10 @@ vantrel::ServerAddress MakeAddress(const ServerEntry& server) {
     return address;
 }
 
-}  // namespace
-
 vantrel::ServerAddresses ReadServerAddresses(const platform::Profile& profile) {
     vantrel::ServerAddresses addresses;
     for (const ServerEntry& server : ReadServers(profile)) {
-        addresses.emplace(server.source, MakeAddress(server));
+        addresses.emplace(server.source, MakeServerAddress(server));
     }
     return addresses;
 }

@@ -19,6 +19,7 @@
 
 #include "console/ConsoleMessages.h"
 #include "console/ControlVariables.h"
+#include "console/ScriptHost.h"
 #include "engine/ConsoleLink.h"
 #include "engine/ScriptDocument.h"
 #include "platform/LogSink.h"
@@ -27,24 +28,12 @@
 #include "platform/Translator.h"
 #include "sources/ClientInterface.h"
 #include "sources/ConsoleEvents.h"
-#include "workbench/model/DocumentModel.h"
 
 namespace kalvex::console {
 
 // What the console needs of the process that it stands in, and what it shows there.
-class ClientHost {
+class ClientHost : public ScriptHost {
   public:
-    virtual ~ClientHost() = default;
-
-    // By the name that the module knows, and by full path; null when it is not open.
-    virtual engine::CKalvexDoc* FindScript(std::string_view path) = 0;
-    // Opens the file that is not open yet; null, without a word, when it does not open.
-    virtual engine::CKalvexDoc* OpenScript(std::string_view path) = 0;
-    // Asks nothing, and tells the module nothing.
-    virtual void CloseScript(engine::CKalvexDoc& document) = 0;
-    // In the order of their opening.
-    virtual std::vector<engine::CKalvexDoc*> Scripts() = 0;
-    virtual workbench::DocumentModel& ModelOf(const engine::CKalvexDoc& document) = 0;
     virtual void MinimiseFrame(engine::CKalvexDoc& document) = 0;
     // A row of the script's variables has changed, or all of them for -1.
     virtual void ShowVariables(engine::CKalvexDoc& document, int row) = 0;

@@ -269,7 +269,7 @@ void ModuleConsole::Step(const Message& message) {
 void ModuleConsole::SetBreakpoint(const Message& message) {
     const int line = message.fields.Number(1);
     if (line < 0) return;
-    m_host.MarkersOf(*message.document).SetBreakpoint(line, true);
+    m_host.ModelOf(*message.document).Markers().SetBreakpoint(line, true);
     SendText(message.path, LineText(MessageCode::BreakpointSet, line));
     Record({.action = AuditAction::BreakpointSet,
             .script = std::string(message.path),
@@ -278,7 +278,7 @@ void ModuleConsole::SetBreakpoint(const Message& message) {
 
 void ModuleConsole::RemoveBreakpoint(const Message& message) {
     const int line = message.fields.Number(1);
-    m_host.MarkersOf(*message.document).SetBreakpoint(line, false);
+    m_host.ModelOf(*message.document).Markers().SetBreakpoint(line, false);
     SendText(message.path, LineText(MessageCode::BreakpointRemoved, line));
     Record({.action = AuditAction::BreakpointRemoved,
             .script = std::string(message.path),
@@ -286,7 +286,7 @@ void ModuleConsole::RemoveBreakpoint(const Message& message) {
 }
 
 void ModuleConsole::RemoveBreakpoints(const Message& message) {
-    workbench::ScriptMarkers& markers = m_host.MarkersOf(*message.document);
+    workbench::ScriptMarkers& markers = m_host.ModelOf(*message.document).Markers();
     std::string lines;
     for (const int line : markers.LinesOf(workbench::MarkerBreakpoint)) {
         if (!lines.empty()) lines += ' ';
@@ -372,7 +372,7 @@ bool ModuleConsole::HandOverSession(std::string_view path, std::string_view aski
     if (document == nullptr || !document->State().m_bControlAllowed) return false;
     if (!document->IsReadOnly() && document->IsModified()) document->ExpandIncludes(false);
     const std::vector<int> breakpoints =
-        m_host.MarkersOf(*document).LinesOf(workbench::MarkerBreakpoint);
+        m_host.ModelOf(*document).Markers().LinesOf(workbench::MarkerBreakpoint);
     if (!document->IsReadOnly()) document->SetReadOnly(true);
     document->AllowControl(false);
     SendText(path, PassSessionText(m_host.GetClientIdentity(), asking, document->GetStateWord(),

@@ -15,9 +15,9 @@
 #include "audit/AuditTrail.h"
 #include "console/ConsoleMessages.h"
 #include "console/ControlVariables.h"
+#include "console/ScriptHost.h"
 #include "engine/ConsoleLink.h"
 #include "engine/ScriptDocument.h"
-#include "workbench/model/ScriptMarkers.h"
 
 namespace kalvex::console {
 
@@ -29,19 +29,8 @@ struct ConsoleWriter {
 };
 
 // What the console needs of the module that it stands in.
-class ConsoleHost {
+class ConsoleHost : public ScriptHost {
   public:
-    virtual ~ConsoleHost() = default;
-
-    // By the name that the consoles know, and by full path; null when it is not open.
-    virtual engine::CKalvexDoc* FindScript(std::string_view path) = 0;
-    // Opens the file that is not open yet; null when it does not open.
-    virtual engine::CKalvexDoc* OpenScript(std::string_view path) = 0;
-    // Without the notice to the consoles that goes with a script closed at the module.
-    virtual void CloseScript(engine::CKalvexDoc& document) = 0;
-    // In the order of their opening.
-    virtual std::vector<engine::CKalvexDoc*> Scripts() = 0;
-    virtual workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc& document) = 0;
     // Takes effect at once; what follows from it is told and published.
     virtual void SetLogLevel(int level) = 0;
     virtual const std::string& GetClientIdentity() const = 0;

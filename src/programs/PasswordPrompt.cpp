@@ -1,33 +1,16 @@
 #include "programs/PasswordPrompt.h"
 
-#include <termios.h>
 #include <unistd.h>
 
 #include <iostream>
 
 #include "platform/PasswordHash.h"
+#include "programs/SilentTerminal.h"
 #include "text/CodePage.h"
 
 namespace kalvex::programs {
 
 namespace {
-
-// The terminal shows nothing of what is typed.
-class SilentTerminal {
-  public:
-    SilentTerminal() {
-        ::tcgetattr(STDIN_FILENO, &m_before);
-        termios silent = m_before;
-        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-    }
-    ~SilentTerminal() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before); }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
-
-  private:
-    termios m_before;
-};
 
 bool AskOnce(const std::string& question, std::string& password) {
     std::cerr << text::ToUtf8(question) << std::flush;
@@ -40,7 +23,7 @@ bool AskOnce(const std::string& question, std::string& password) {
 
 bool AskPassword(std::string& password, const platform::Translator& translator) {
     if (::isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, password));
-    const SilentTerminal silent;
+    const SilentTerminal silent(STDIN_FILENO);
     std::string again;
     for (;;) {
         if (!AskOnce(translator.Translate("Hasło: "), password) ||

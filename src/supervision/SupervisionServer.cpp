@@ -45,7 +45,6 @@ class Call : public vantrel::FurtherCall {
   protected:
     virtual void Answer() = 0;
     void Finish() { m_link.Finish(StreamEnd::Orderly, {}); }
-    void FinishWithoutScript() { m_link.Finish(StreamEnd::NotFound, {}); }
 
     const Ground m_ground;
     vantrel::FurtherLink& m_link;
@@ -131,28 +130,17 @@ class WatchCall final : public Call {
     bool m_begun = false;
 };
 
-class BreakpointsCall final : public Call {
+// The answer of an operation about a script, which gives nothing when the script is not open.
+template <auto Get>
+class ScriptCall final : public Call {
   public:
     using Call::Call;
 
   private:
     void Answer() override {
-        const auto lines = m_ground.module.GetBreakpoints(m_question.script);
-        if (!lines) return FinishWithoutScript();
-        m_link.Send(Pack(*lines));
-        Finish();
-    }
-};
-
-class StandingCall final : public Call {
-  public:
-    using Call::Call;
-
-  private:
-    void Answer() override {
-        const auto standing = m_ground.module.GetStanding(m_question.script);
-        if (!standing) return FinishWithoutScript();
-        m_link.Send(Pack(*standing));
+        const auto answer = (m_ground.module.*Get)(m_question.script);
+        if (!answer) return m_link.Finish(StreamEnd::NotFound, {});
+        m_link.Send(Pack(*answer));
         Finish();
     }
 };
@@ -194,8 +182,9 @@ std::unique_ptr<vantrel::FurtherCall> Make(const Ground& ground, vantrel::Furthe
 using Maker = std::unique_ptr<vantrel::FurtherCall> (*)(const Ground&, vantrel::FurtherLink&);
 
 // In the order of Method.
-constexpr Maker kMakers[] = {Make<StatusCall>, Make<WatchCall>, Make<BreakpointsCall>,
-                             Make<StandingCall>, Make<AuditCall>};
+constexpr Maker kMakers[] = {Make<StatusCall>, Make<WatchCall>,
+                             Make<ScriptCall<&app::Supervised::GetBreakpoints>>,
+                             Make<ScriptCall<&app::Supervised::GetStanding>>, Make<AuditCall>};
 static_assert(std::size(kMakers) == kMethodNames.size());
 
 }  // namespace

@@ -188,8 +188,8 @@ std::vector<engine::CKalvexDoc*> ConsoleTest::Scripts() {
     return scripts;
 }
 
-workbench::ScriptMarkers& ConsoleTest::MarkersOf(const engine::CKalvexDoc& document) {
-    return m_models.at(&document).Markers();
+workbench::DocumentModel& ConsoleTest::ModelOf(const engine::CKalvexDoc& document) {
+    return m_models.at(&document);
 }
 
 void ConsoleTest::SetLogLevel(int newLevel) {

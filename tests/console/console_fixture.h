@@ -58,7 +58,10 @@ class ConsoleTest : public support::ScriptWorld, protected ConsoleHost {
     engine::CKalvexDoc* OpenScript(std::string_view path) override;
     void CloseScript(engine::CKalvexDoc& document) override;
     std::vector<engine::CKalvexDoc*> Scripts() override;
-    workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc& document) override;
+    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc& document) override;
+    workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc& document) {
+        return ModelOf(document).Markers();
+    }
     void SetLogLevel(int newLevel) override;
     const std::string& GetClientIdentity() const override { return m_identity; }
 

@@ -219,8 +219,8 @@ class Module final : private console::ConsoleHost, private console::ValueDistrib
     }
     void CloseScript(engine::CKalvexDoc&) override { m_documents.Close(); }
     std::vector<engine::CKalvexDoc*> Scripts() override { return m_documents.All(); }
-    workbench::ScriptMarkers& MarkersOf(const engine::CKalvexDoc&) override {
-        return m_documents.Model().Markers();
+    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc&) override {
+        return m_documents.Model();
     }
     void SetLogLevel(int level) override { m_console.PublishLevel(level); }
     const std::string& GetClientIdentity() const override { return m_identity; }

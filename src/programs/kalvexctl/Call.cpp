@@ -3,33 +3,9 @@
 #include "app/ServerAddresses.h"
 #include "platform/GettextTranslator.h"
 #include "platform/IniProfile.h"
-#include "platform/NetworkAddress.h"
 #include "text/CodePage.h"
 
 namespace kalvex::kalvexctl {
-
-namespace {
-
-bool IsPlainTextMeant(const ControlOptions& options) {
-    std::string host;
-    std::uint16_t port = 0;
-    return options.plainText ||
-           (platform::ReadAddress(options.address, host, port) && platform::IsLoopback(host));
-}
-
-// By the rules of the section that the profile has for this.
-vantrel::ServerAddress AddressOf(const ControlOptions& options) {
-    vantrel::ServerAddress address{.address = options.address,
-                                   .certificateName = options.certificateName,
-                                   .plainTextAllowed = options.plainText};
-    const bool namesFiles = !options.authority.empty() || !options.certificate.empty();
-    if (namesFiles || !IsPlainTextMeant(options)) {
-        address.tls = vantrel::TlsFiles{options.authority, options.certificate, options.key};
-    }
-    return address;
-}
-
-}  // namespace
 
 int RunKalvexctl(const ControlLine& line) {
     const platform::GettextTranslator translator;
@@ -45,7 +21,15 @@ int RunKalvexctl(const ControlLine& line) {
     vantrel::ServerAddresses addresses = app::ReadServerAddresses(profile);
     Call call{line.options, line.order.arguments, loop, output, translator, login, addresses};
     if (!line.options.address.empty()) {
-        addresses.insert_or_assign(call.GetModule(), AddressOf(line.options));
+        const ControlOptions& options = line.options;
+        addresses.insert_or_assign(
+            call.GetModule(), app::MakeServerAddress({.source = {},
+                                                      .address = options.address,
+                                                      .authority = options.authority,
+                                                      .certificate = options.certificate,
+                                                      .key = options.key,
+                                                      .certificateName = options.certificateName,
+                                                      .plainTextAllowed = options.plainText}));
     }
     Ending ending = line.order.command->run(call);
     if (ending.status == programs::ExitDone && !output.GetFault().empty()) {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <utility>
 
 #include "platform/PasswordHash.h"
+#include "programs/SilentTerminal.h"
 #include "text/CodePage.h"
 
 namespace kalvex::kalvexctl {
@@ -40,24 +40,6 @@ class File {
 
   private:
     const int m_descriptor;
-};
-
-// What is typed is not shown.
-class Silence {
-  public:
-    explicit Silence(int terminal) : m_terminal(terminal) {
-        ::tcgetattr(m_terminal, &m_before);
-        termios silent = m_before;
-        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        ::tcsetattr(m_terminal, TCSAFLUSH, &silent);
-    }
-    ~Silence() { ::tcsetattr(m_terminal, TCSAFLUSH, &m_before); }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-
-  private:
-    const int m_terminal;
-    termios m_before{};
 };
 
 bool ReadAll(int descriptor, bool firstLine, std::string& content) {
@@ -130,7 +112,7 @@ MaybeEnding Login::AskAtTerminal(Loop& loop, const platform::Translator& transla
     bool answered = false;
     const std::string prompt = text::ToUtf8(translator.Translate(kPrompt));
     {
-        const Silence silence(terminal.Get());
+        const programs::SilentTerminal silence(terminal.Get());
         [[maybe_unused]] ssize_t written = ::write(terminal.Get(), prompt.data(), prompt.size());
         while (!loop.IsReadable() && loop.GetSignal() == 0) {
             loop.Turn(std::numeric_limits<std::int64_t>::max(), terminal.Get());
