@@ -37,7 +37,8 @@ class Demo(unittest.TestCase):
     def expect_end(self, demo, shown=""):
         shown += demo.stdout.read()
         self.assertEqual(demo.wait(60), 0, shown)
-        wanted = ("== a gas network", "== how the module fared", "Stan modułu, takty", "== what the plant holds",
+        wanted = ("== a gas network", "== how the module fared", "Stan modułu, takty", "== what its scripts do",
+                  "pobor.kx\trunning\t", "== what the plant holds",
                   "== the end", "Zatrzymanie modułu Kalvex", "Zatrzymanie serwera Gaz")
         places = [shown.index(text) for text in wanted]
         self.assertEqual(places, sorted(places), shown)
@@ -82,7 +83,7 @@ class Demo(unittest.TestCase):
     def test_module_that_is_slow_to_start_is_waited_for(self):
         with tempfile.TemporaryDirectory() as folder:
             programs = pathlib.Path(folder)
-            for name in ("sorvaned", "kalvex-run"):
+            for name in ("sorvaned", "kalvexctl", "kalvex-run"):
                 (programs / name).symlink_to(os.path.join(os.path.realpath(BIN), name))
             # It goes on when somebody writes to the pipe.
             os.mkfifo(programs / "go")
