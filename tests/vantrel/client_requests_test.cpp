@@ -1,7 +1,4 @@
-#include <gmock/gmock.h>
-
-#include "support/hand_server.h"
-#include "vantrel/Codes.h"
+#include "vantrel/client_requests.h"
 
 namespace kalvex::vantrel {
 namespace {
@@ -9,53 +6,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ClientRequestsTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        network.AddServer("srv", server);
-        connection.Create(23, "srv", "Kalvex", network, &journal);
-        network.Deliver();
-        Forget();
-    }
-
-    void Forget() {
-        server.heard.clear();
-        connection.events.clear();
-        journal.entries.clear();
-    }
-
-    RequestId Read(value::ValueKind kind, std::int64_t from, std::int64_t to,
-                   value::CArchiveValueList* into = nullptr) {
-        const RequestId id = connection.AddDataRequest(kind, "V", from, to, into, window);
-        connection.MakeDataRequest(kind);
-        network.Deliver();
-        return id;
-    }
-
-    void Break() {
-        network.Break("srv", ReasonLost);
-        network.Deliver();
-    }
-
-    // Of the writes that the server has heard.
-    std::vector<std::uint64_t> Serials() const { return server.serials; }
-
-    static value::CVal At(std::int64_t time, double number) {
-        value::CVal value(number);
-        value.SetTime(time);
-        return value;
-    }
-
-    using Owner = support::HeardConnection::Owner;
-
-    support::InProcessNetwork network;
-    support::HandServer server;
-    support::HeardJournal journal;
-    support::HeardConnection connection;
-    support::HeardWindow window;
-    value::CArchiveValueList list;
-    Owner owner;
-};
+class ClientRequestsTest : public ClientRequests {};
 
 TEST_F(ClientRequestsTest, AddQueuesAndMakeSends) {
     connection.AddDataRequest(value::KindHour, "A", 100, 100, nullptr, window);
@@ -257,57 +208,6 @@ TEST_F(ClientRequestsTest, FailedAttemptsDoNotEndWritesThatHadBeenSent) {
     connection.CheckConnection();
     network.Deliver();
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "modify 1:1V[0]=1/0"));
-}
-
-TEST_F(ClientRequestsTest, WritesThatAreNotSentAgainAreToldAsLost) {
-    connection.sendsWritesAgain = false;
-    connection.AddReportModifyRequest(value::KindDay, "V", 100, value::CVal(1.5));
-    connection.MakeDataRequest(value::KindDay);
-    for (int number = 0; number < 501; ++number) {
-        connection.AddCurrentDataModifyRequest("V", value::CVal(number));
-    }
-    connection.MakeCurrentDataModifyRequest();
-    connection.MakePeriodRequest(PeriodAction::Load, value::KindHour, "V", 100);
-    network.Deliver();
-    server.Send(ModifyResults{{{1, ResultOk}}});
-    network.Deliver();
-    Forget();
-    Break();
-    ASSERT_EQ(connection.events.size(), 503u);
-    EXPECT_EQ(connection.events[0], "lost unanswered 1V[0] 0/0");
-    EXPECT_EQ(connection.events[499], "lost unanswered 1V[0] 499/0");
-    EXPECT_EQ(connection.events[500], "lost 1V[0] 500/0");
-    EXPECT_EQ(connection.events[501], "lost period 1:2V[100]");
-    EXPECT_EQ(connection.events[502], "disconnect 4104");
-    EXPECT_EQ(connection.WritesWaiting(), 0u);
-    Forget();
-    connection.CheckConnection();
-    network.Deliver();
-    connection.AddCurrentDataModifyRequest("V", value::CVal(7));
-    connection.MakeCurrentDataModifyRequest();
-    network.Deliver();
-    EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "modify 504:1V[0]=7/0"));
-}
-
-TEST_F(ClientRequestsTest, WritesThatAreNotSentAgainWaitForTheFirstAnswerToALogin) {
-    connection.sendsWritesAgain = false;
-    server.answersLogin = false;
-    Break();
-    connection.CheckConnection();
-    network.Deliver();
-    connection.AddCurrentDataModifyRequest("V", value::CVal(1));
-    connection.MakeCurrentDataModifyRequest();
-    Forget();
-    Break();
-    EXPECT_THAT(connection.events, ElementsAre("lost 1V[0] 1/0", "fault 2 4104"));
-    connection.CheckConnection();
-    network.Deliver();
-    connection.AddCurrentDataModifyRequest("V", value::CVal(2));
-    connection.MakeCurrentDataModifyRequest();
-    Forget();
-    server.Send(LoginResult{});
-    network.Deliver();
-    EXPECT_THAT(server.heard, ElementsAre("modify 2:1V[0]=2/0"));
 }
 
 TEST_F(ClientRequestsTest, TokenIsOneConnectionsOwn) {
