@@ -20,6 +20,7 @@ constexpr int kSignAfter = 10;
 struct Ground {
     app::Supervised& module;
     platform::MainLoop& loop;
+    StatusView& view;
     int& readers;
 };
 
@@ -68,7 +69,7 @@ class StatusCall final : public Call {
 
   private:
     void Answer() override {
-        StatusPiece piece{m_ground.module.GetStatus(), {}, true};
+        const StatusPiece piece{m_ground.view.Get().status, {}, true};
         for (std::string& parcel : Pack(piece)) m_link.Send(std::move(parcel));
         Finish();
     }
@@ -106,17 +107,18 @@ class WatchCall final : public Call {
 
     // A script is as it was when it would be told in the same bytes.
     StatusPiece TakeChanges() {
-        StatusPiece changes{m_ground.module.GetStatus(), {}, false};
+        const StatusView::Content& now = m_ground.view.Get();
+        StatusPiece changes{
+            {now.status.module, now.status.identity, now.status.logLevel, {}}, {}, false};
         std::map<std::string, std::string> told;
-        std::erase_if(changes.status.scripts, [&](const app::ScriptStatus& script) {
-            StatusPiece one;
-            one.status.scripts.push_back(script);
-            std::string parcel = Pack(one).front();
+        for (std::size_t i = 0; i < now.parcels.size(); ++i) {
+            const app::ScriptStatus& script = now.status.scripts[i];
             const auto before = m_told.find(script.path);
-            const bool same = before != m_told.end() && before->second == parcel;
-            told.emplace(script.path, std::move(parcel));
-            return same;
-        });
+            if (before == m_told.end() || before->second != now.parcels[i]) {
+                changes.status.scripts.push_back(script);
+            }
+            told.emplace(script.path, now.parcels[i]);
+        }
         for (const auto& [path, parcel] : m_told) {
             if (told.count(path) == 0) changes.closed.push_back(path);
         }
@@ -189,6 +191,20 @@ static_assert(std::size(kMakers) == kMethodNames.size());
 
 }  // namespace
 
+const StatusView::Content& StatusView::Get() {
+    if (*m_content) return **m_content;
+    Content& content = m_content->emplace(Content{m_module.GetStatus(), {}});
+    for (const app::ScriptStatus& script : content.status.scripts) {
+        StatusPiece one;
+        one.status.scripts.push_back(script);
+        content.parcels.push_back(Pack(one).front());
+    }
+    m_loop.Post([weak = std::weak_ptr(m_content)] {
+        if (const auto kept = weak.lock()) kept->reset();
+    });
+    return content;
+}
+
 std::optional<std::size_t> SupervisionServer::Find(std::string_view name) const {
     const auto* found = std::ranges::find(kMethodNames, name);
     if (found == kMethodNames.end()) return {};
@@ -197,7 +213,7 @@ std::optional<std::size_t> SupervisionServer::Find(std::string_view name) const 
 
 std::unique_ptr<vantrel::FurtherCall> SupervisionServer::Accept(std::size_t method,
                                                                 vantrel::FurtherLink& link) {
-    return kMakers[method]({m_module, m_loop, m_readers}, link);
+    return kMakers[method]({m_module, m_loop, m_view, m_readers}, link);
 }
 
 }  // namespace kalvex::supervision

@@ -27,7 +27,10 @@ class HandModule final : public app::Supervised {
             done(admission);
         }
     }
-    app::ModuleStatus GetStatus() override { return status; }
+    app::ModuleStatus GetStatus() override {
+        ++looks;
+        return status;
+    }
     std::optional<std::vector<int>> GetBreakpoints(std::string_view script) override {
         if (script != "a.kx") return {};
         return std::vector<int>{2, 7};
@@ -44,6 +47,7 @@ class HandModule final : public app::Supervised {
     app::Admission admission{app::Admission::Admitted};
     bool waits = false;
     std::function<void(const app::Admission&)> waiting;
+    int looks = 0;  // at the status
     app::ModuleStatus status{"Kalvex", "Kalvex_stacja", 1, {}};
     std::vector<std::string> files;
 };
@@ -82,6 +86,12 @@ class SupervisionServerTest : public testing::Test {
         m_call.reset();
         m_call = m_server.Accept(static_cast<std::size_t>(method), m_link);
         m_call->OnParcel(Pack(question));
+    }
+
+    // A second later.
+    void Check() {
+        m_loop.Run();
+        m_call->Check();
     }
 
     // "module: scripts, -closed." of what has come since the last call; "." when it is complete.
@@ -190,19 +200,19 @@ TEST_F(SupervisionServerTest, StatusIsToldOnce) {
 TEST_F(SupervisionServerTest, WatcherHearsEverythingAndThenWhatChanges) {
     Ask(Method::WatchStatus);
     EXPECT_THAT(Told(), ElementsAre("Kalvex1: a.kx0 b.kx0."));
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), IsEmpty());
     m_module.status.scripts[1].stateWord = 1;
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), ElementsAre("Kalvex1: b.kx1"));
     m_module.status.scripts.erase(m_module.status.scripts.begin());
     AddScript("c.kx");
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), ElementsAre("Kalvex1: c.kx0 -a.kx"));
     m_module.status.logLevel = 3;
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), ElementsAre("Kalvex3:"));
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), IsEmpty());
     EXPECT_FALSE(m_link.end);
 }
@@ -220,7 +230,7 @@ TEST_F(SupervisionServerTest, WatcherHearsOfEachThingThatChangesInAScript) {
     for (const auto& change : changes) {
         Told();
         change();
-        m_call->Check();
+        Check();
         EXPECT_THAT(Told(), ElementsAre("Kalvex1: a.kx0"));
     }
 }
@@ -231,29 +241,44 @@ TEST_F(SupervisionServerTest, WatcherThatIsSlowGetsTheNewestState) {
     m_link.backlog = 1;
     for (const int word : {1, 2, 3}) {
         m_module.status.scripts[0].stateWord = word;
-        m_call->Check();
+        Check();
     }
     EXPECT_THAT(Told(), IsEmpty());
     m_link.backlog = 0;
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), ElementsAre("Kalvex1: a.kx3"));
 }
 
 TEST_F(SupervisionServerTest, WatcherGetsASignOfLifeWhenThereIsNothingToTell) {
     Ask(Method::WatchStatus);
     Told();
-    for (int second = 1; second < 10; ++second) m_call->Check();
+    for (int second = 1; second < 10; ++second) Check();
     EXPECT_THAT(Told(), IsEmpty());
-    m_call->Check();
+    Check();
     EXPECT_THAT(Told(), ElementsAre("Kalvex1:"));
-    for (int second = 1; second < 10; ++second) m_call->Check();
+    for (int second = 1; second < 10; ++second) Check();
     EXPECT_THAT(Told(), IsEmpty());
+}
+
+TEST_F(SupervisionServerTest, AllWhoLookAtOneTimeSeeTheSame) {
+    std::vector<std::unique_ptr<HandLink>> links;
+    std::vector<std::unique_ptr<vantrel::FurtherCall>> calls;
+    for (int number = 0; number < 3; ++number) {
+        links.push_back(std::make_unique<HandLink>());
+        calls.push_back(
+            m_server.Accept(static_cast<std::size_t>(Method::WatchStatus), *links.back()));
+        calls.back()->OnParcel(Pack(Question{}));
+    }
+    EXPECT_EQ(m_module.looks, 1);
+    m_loop.Run();
+    for (const auto& call : calls) call->Check();
+    EXPECT_EQ(m_module.looks, 2);
 }
 
 TEST_F(SupervisionServerTest, NobodyWatchesBeforeTheAdmission) {
     m_module.waits = true;
     Ask(Method::WatchStatus);
-    for (int second = 0; second < 20; ++second) m_call->Check();
+    for (int second = 0; second < 20; ++second) Check();
     EXPECT_THAT(Told(), IsEmpty());
 }
 
