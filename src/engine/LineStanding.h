@@ -33,7 +33,7 @@ class LineStanding {
         m_outcome = outcome;
     }
 
-    // No line is tried for now, or there is none: where the script has got to is where it stands.
+    // No line is tried from here on, or there is none: the script stands where it has got to.
     void Settle(const platform::Clock& clock) {
         if (m_outcome == LineOutcome::Finished) BeginLine(clock.Now());
     }

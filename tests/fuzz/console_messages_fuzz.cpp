@@ -53,15 +53,17 @@ class Answers final : public platform::Questions {
     bool m_yes = false;
 };
 
-// The documents of one side; of all scripts only one has a file.
-class Documents {
-  public:
-    explicit Documents(const engine::DocumentServices& services) : m_services(services) {}
+// One side; of all scripts only one has a file. `Host` is a console::ScriptHost of more.
+template <class Host>
+class Side : public Host {
+  protected:
+    explicit Side(const engine::DocumentServices& services) : m_services(services) {}
+    ~Side() override = default;
 
-    engine::CKalvexDoc* Find(std::string_view path) {
+    engine::CKalvexDoc* FindScript(std::string_view path) final {
         return m_open && path == kPath ? m_open.get() : nullptr;
     }
-    engine::CKalvexDoc* Open(std::string_view path) {
+    engine::CKalvexDoc* OpenScript(std::string_view path) final {
         std::string error;
         if (path != kPath) return nullptr;
         m_open = std::make_unique<engine::CKalvexDoc>(m_services);
@@ -70,15 +72,19 @@ class Documents {
         m_open->SetView(&m_model);
         return m_open.get();
     }
-    void Close() { m_open.reset(); }
-    std::vector<engine::CKalvexDoc*> All() {
+    void CloseScript(engine::CKalvexDoc&) final { Close(); }
+    std::vector<engine::CKalvexDoc*> Scripts() final {
         if (!m_open) return {};
         return {m_open.get()};
     }
+    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc&) final { return m_model; }
+
+    void Close() { m_open.reset(); }
     workbench::DocumentModel& Model() { return m_model; }
 
+    engine::DocumentServices m_services;
+
   private:
-    const engine::DocumentServices& m_services;
     workbench::DocumentModel m_model;
     std::unique_ptr<engine::CKalvexDoc> m_open;
 };
@@ -102,10 +108,10 @@ struct World {
     platform::PostedWork loop;
 };
 
-class Console final : private console::ClientHost {
+class Console final : private Side<console::ClientHost> {
   public:
     explicit Console(World& world)
-        : m_services(world.Services()),
+        : Side(world.Services()),
           m_sources(sources::SourceServices{world.log, world.translator, world.users, m_none}),
           m_console({world.log, world.translator, world.answers, world.loop, m_sources, *this,
                      "Kalvex"}) {
@@ -114,7 +120,7 @@ class Console final : private console::ClientHost {
         m_services.consoleClient = true;
         m_console.OnControlValue(console::kDocumentInfoVariable, value::CVal(kPath));
     }
-    ~Console() override { m_documents.Close(); }
+    ~Console() override { Close(); }
 
     void Hear(std::string_view variable, const value::CVal& value) {
         m_console.OnControlValue(variable, value);
@@ -141,26 +147,15 @@ class Console final : private console::ClientHost {
         Demand(state.m_nCurrentLine >= 0, "no line");
         Demand(document->Variables().begin() == document->Variables().end(),
                "a console interprets nothing");
-        for (const int line : m_documents.Model().Markers().LinesOf(workbench::MarkerBreakpoint)) {
+        for (const int line : Model().Markers().LinesOf(workbench::MarkerBreakpoint)) {
             Demand(line >= 0, "a breakpoint on no line");
         }
     }
 
   private:
-    engine::CKalvexDoc* FindScript(std::string_view path) override {
-        return m_documents.Find(path);
-    }
-    engine::CKalvexDoc* OpenScript(std::string_view path) override {
-        return m_documents.Open(path);
-    }
-    void CloseScript(engine::CKalvexDoc&) override { m_documents.Close(); }
-    std::vector<engine::CKalvexDoc*> Scripts() override { return m_documents.All(); }
-    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc&) override {
-        return m_documents.Model();
-    }
     void MinimiseFrame(engine::CKalvexDoc& document) override { document.SetMinimised(false); }
     void ShowVariables(engine::CKalvexDoc&, int row) override {
-        const workbench::VariableRows& rows = m_documents.Model().Variables();
+        const workbench::VariableRows& rows = Model().Variables();
         Demand(row < static_cast<int>(rows.GetCount()), "no such row");
         if (row >= 0) rows.CellsOf(static_cast<std::size_t>(row));
     }
@@ -173,24 +168,22 @@ class Console final : private console::ClientHost {
 
     const std::string m_identity = kConsole;
     support::NoTransports m_none;
-    engine::DocumentServices m_services;
     sources::CClientInterface m_sources;
-    Documents m_documents{m_services};
     console::ClientConsole m_console;
     bool m_asked = false;
 };
 
-class Module final : private console::ConsoleHost, private console::ValueDistribution {
+class Module final : private Side<console::ConsoleHost>, private console::ValueDistribution {
   public:
     Module(World& world, Console& listener)
-        : m_services(world.Services()), m_listener(listener), m_console(*this) {
+        : Side(world.Services()), m_listener(listener), m_console(*this) {
         m_services.console = &m_console;
         m_console.SetDistribution(this);
-        m_console.OnOpened(*m_documents.Open(kPath), false);
+        m_console.OnOpened(*OpenScript(kPath), false);
     }
     ~Module() override {
         m_console.SetDistribution(nullptr);
-        m_documents.Close();
+        Close();
     }
 
     void Hear(std::string_view variable, const value::CVal& value) {
@@ -211,17 +204,6 @@ class Module final : private console::ConsoleHost, private console::ValueDistrib
     }
 
   private:
-    engine::CKalvexDoc* FindScript(std::string_view path) override {
-        return m_documents.Find(path);
-    }
-    engine::CKalvexDoc* OpenScript(std::string_view path) override {
-        return m_documents.Open(path);
-    }
-    void CloseScript(engine::CKalvexDoc&) override { m_documents.Close(); }
-    std::vector<engine::CKalvexDoc*> Scripts() override { return m_documents.All(); }
-    workbench::DocumentModel& ModelOf(const engine::CKalvexDoc&) override {
-        return m_documents.Model();
-    }
     void SetLogLevel(int level) override { m_console.PublishLevel(level); }
     const std::string& GetClientIdentity() const override { return m_identity; }
 
@@ -231,8 +213,6 @@ class Module final : private console::ConsoleHost, private console::ValueDistrib
     void OnVariables(std::string_view) override {}
 
     const std::string m_identity = kModule;
-    engine::DocumentServices m_services;
-    Documents m_documents{m_services};
     Console& m_listener;
     console::ModuleConsole m_console;
 };
