@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -53,6 +55,30 @@ TEST(MainLoopTest, SignalIsPendingUntilItsHandlerIsCalled) {
     EXPECT_TRUE(PosixMainLoop::IsPending(SIGUSR1));
     loop.Run();
     EXPECT_FALSE(seen);
+}
+
+TEST(MainLoopTest, WaitEndsWhenTheWatchedDescriptorCanBeReadOrHasEnded) {
+    PosixMainLoop loop;
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    loop.AroundWait([] { return std::nullopt; }, [&] { loop.Quit(); });
+    loop.Watch(ends[0]);
+    loop.Post([] {});
+    loop.Run();
+    EXPECT_FALSE(loop.IsReadable());
+    ASSERT_EQ(::write(ends[1], "x", 1), 1);
+    loop.Run();
+    EXPECT_TRUE(loop.IsReadable());
+    char taken;
+    ASSERT_EQ(::read(ends[0], &taken, 1), 1);
+    ::close(ends[1]);
+    loop.Run();
+    EXPECT_TRUE(loop.IsReadable());
+    loop.Watch(-1);
+    loop.Post([] {});
+    loop.Run();
+    EXPECT_FALSE(loop.IsReadable());
+    ::close(ends[0]);
 }
 
 TEST(MainLoopTest, DoesPostedWorkTimersAndSignals) {

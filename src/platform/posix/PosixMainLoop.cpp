@@ -81,11 +81,12 @@ void PosixMainLoop::ReadSignals() {
 bool PosixMainLoop::Wait(std::vector<pollfd>& waits) {
     const std::optional<std::int64_t> most = m_beforeWait ? m_beforeWait() : std::nullopt;
     if (m_quit) return false;
-    waits.assign({{m_wakeFd, POLLIN, 0}, {m_signalsFd, POLLIN, 0}});
+    waits.assign({{m_wakeFd, POLLIN, 0}, {m_signalsFd, POLLIN, 0}, {m_watched, POLLIN, 0}});
     for (const auto& [descriptor, work] : m_timers) waits.push_back({descriptor, POLLIN, 0});
     const std::int64_t microseconds = most.value_or(0);
     const timespec limit{microseconds / 1'000'000, microseconds % 1'000'000 * 1000};
     const int ready = ::ppoll(waits.data(), waits.size(), most ? &limit : nullptr, nullptr);
+    m_readable = ready > 0 && waits[2].revents != 0;
     if (m_afterWait) m_afterWait();
     return ready > 0;
 }
@@ -98,7 +99,7 @@ void PosixMainLoop::Run() {
         if (waits[0].revents != 0) Drain(m_wakeFd);
         m_work.Run();
         if (waits[1].revents != 0) ReadSignals();
-        for (std::size_t index = 2; index < waits.size(); ++index) {
+        for (std::size_t index = 3; index < waits.size(); ++index) {
             if (waits[index].revents == 0) continue;
             // One may have been cancelled by what was called before it.
             const auto timer = m_timers.find(waits[index].fd);

@@ -44,6 +44,11 @@ class PosixMainLoop final : public MainLoop {
         m_afterWait = std::move(after);
     }
 
+    // A wait ends as well when the descriptor can be read or has come to its end; -1: none.
+    void Watch(int descriptor) { m_watched = descriptor; }
+    // Whether the last wait has found it so.
+    bool IsReadable() const { return m_readable; }
+
     // Until Quit has been called from within.
     void Run();
     void Quit() { m_quit = true; }
@@ -54,6 +59,8 @@ class PosixMainLoop final : public MainLoop {
 
     int m_wakeFd;
     int m_signalsFd;
+    int m_watched = -1;
+    bool m_readable = false;
     bool m_quit = false;
     sigset_t m_signals;
     std::map<int, std::function<void()>> m_signalHandlers;

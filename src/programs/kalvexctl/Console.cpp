@@ -1,6 +1,5 @@
 #include "programs/kalvexctl/Console.h"
 
-#include <limits.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,8 +7,10 @@
 
 #include "console/ConsoleMessages.h"
 #include "platform/posix/AccountName.h"
+#include "platform/posix/HostName.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
 
@@ -18,11 +19,6 @@ namespace {
 constexpr std::uint16_t kModuleType = 23;  // of script modules
 constexpr const char* kNobody = "NOBODY";
 constexpr const char* kOtherKind = platform::Translatable("inny rodzaj modułu albo inna wersja");
-
-std::string HostName() {
-    char name[HOST_NAME_MAX + 1] = {};
-    return ::gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
-}
 
 vantrel::NetworkClientSettings SettingsOf(const Call& call) {
     vantrel::NetworkClientSettings settings;
@@ -33,8 +29,8 @@ vantrel::NetworkClientSettings SettingsOf(const Call& call) {
 }  // namespace
 
 std::string ClientIdentity(const std::string& module) {
-    return module + '_' + text::FromUtf8(HostName()) + '.' + platform::AccountName() + '.' +
-           std::to_string(::getpid()) + "_RC";
+    return module + '_' + text::FromUtf8(platform::HostName()) + '.' + platform::AccountName() +
+           '.' + std::to_string(::getpid()) + "_RC";
 }
 
 Console::Console(Call& call)
@@ -60,7 +56,7 @@ std::string Console::ReasonText(std::uint32_t reason) const {
 }
 
 std::int64_t Console::AnswerDue() const {
-    return Loop::Now() + std::int64_t{1000} * m_call.options.timeout;
+    return vantrel::SteadyMilliseconds() + std::int64_t{1000} * m_call.options.timeout;
 }
 
 // ---- waits

@@ -7,6 +7,7 @@
 
 #include "console/ConsoleMessages.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
 
@@ -30,7 +31,7 @@ Waited Conversation::Await(const std::function<bool()>& done, std::int64_t until
         if (done()) return Waited::Done;
         if (m_lost) return Waited::Lost;
         if (signals == Signals::End && m_loop.GetSignal() != 0) return Waited::Signal;
-        if (Loop::Now() >= until) return Waited::TimeOut;
+        if (vantrel::SteadyMilliseconds() >= until) return Waited::TimeOut;
         m_loop.Turn(until, descriptor);
     }
 }

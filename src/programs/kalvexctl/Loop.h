@@ -2,12 +2,11 @@
 // descriptor. Main thread, but for Post.
 #pragma once
 
-#include <signal.h>
-
 #include <cstdint>
 #include <functional>
 
 #include "platform/MainLoop.h"
+#include "platform/posix/PosixMainLoop.h"
 
 namespace kalvex::kalvexctl {
 
@@ -15,35 +14,28 @@ class Loop final : public platform::MainLoop {
   public:
     // Made before any other thread: from now on SIGINT, SIGTERM and SIGHUP are only noted.
     Loop();
-    ~Loop() override;
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
 
-    void Post(std::function<void()> work) override { m_work.Post(std::move(work)); }
+    void Post(std::function<void()> work) override { m_loop.Post(std::move(work)); }
 
     // Called about once a second while there are turns.
     void SetPeriodic(std::function<void()> work) { m_periodic = std::move(work); }
 
     // Waits until something is posted and does it, until a signal comes, `descriptor` can be read,
-    // or the time has come; possibly shorter. Milliseconds of a clock that nobody sets.
+    // or the time of vantrel::SteadyMilliseconds has come; possibly shorter.
     void Turn(std::int64_t until, int descriptor = -1);
-    static std::int64_t Now();
 
     // The first signal that has come; 0 when none has.
     int GetSignal() const { return m_signal; }
     // Whether the descriptor of the last turn had something to read, or had come to its end.
-    bool IsReadable() const { return m_readable; }
+    bool IsReadable() const { return m_loop.IsReadable(); }
 
   private:
-    void ReadSignals();
-
-    int m_wakeFd;
-    int m_signalsFd = -1;
     int m_signal = 0;
-    bool m_readable = false;
-    std::int64_t m_nextPeriodic = 0;
+    std::int64_t m_until = 0;
     std::function<void()> m_periodic = [] {};
-    platform::PostedWork m_work;
+    platform::PosixMainLoop m_loop;
 };
 
 }  // namespace kalvex::kalvexctl

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/posix/RegularFile.h"
 #include "text/CodePage.h"
 
 namespace kalvex::kalvexctl {
@@ -21,16 +22,6 @@ constexpr const char* kCleared = "\033[H\033[2J";
 bool IsSet(const char* variable) {
     const char* value = std::getenv(variable);
     return value != nullptr && *value != '\0';
-}
-
-bool WriteAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 }  // namespace
@@ -54,7 +45,7 @@ Screen Output::GetScreen() const {
 }
 
 void Output::PrintText(std::string_view text) {
-    if (m_closed || WriteAll(STDOUT_FILENO, text)) return;
+    if (m_closed || platform::WriteAll(STDOUT_FILENO, text)) return;
     m_closed = true;
     if (errno != EPIPE) m_fault = std::strerror(errno);
 }
@@ -78,7 +69,7 @@ void Output::Clear() {
 }
 
 void Output::Tell(const Ending& ending) {
-    if (!ending.text.empty()) WriteAll(STDERR_FILENO, "kalvexctl: " + ending.text + '\n');
+    if (!ending.text.empty()) platform::WriteAll(STDERR_FILENO, "kalvexctl: " + ending.text + '\n');
 }
 
 void Output::Log(std::string_view text, int level) {

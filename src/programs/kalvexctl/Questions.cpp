@@ -7,6 +7,7 @@
 #include "programs/kalvexctl/Console.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
 
@@ -52,7 +53,7 @@ void Questions::Ask(const std::string& module, supervision::Method method,
     asked.module = module;
     asked.script = script;
     const std::int64_t patience = std::int64_t{1000} * m_call.options.timeout;
-    m_due = Loop::Now() + patience;
+    m_due = vantrel::SteadyMilliseconds() + patience;
     vantrel::Endpoint endpoint;
     asked.noWay =
         vantrel::FindEndpoint(module, m_call.addresses, vantrel::RuntimeFolder(), endpoint);
@@ -61,7 +62,7 @@ void Questions::Ask(const std::string& module, supervision::Method method,
                                          ClientIdentity(module), script, since};
     asked.inquiry.Ask(m_carrier, endpoint, method, question,
                       [this, patience, piece = std::move(piece)](std::string_view bytes) {
-                          m_due = Loop::Now() + patience;
+                          m_due = vantrel::SteadyMilliseconds() + patience;
                           return piece(bytes);
                       });
 }
@@ -72,7 +73,7 @@ bool Questions::IsOver() const {
 }
 
 MaybeEnding Questions::Await() {
-    while (!IsOver() && Loop::Now() < m_due) {
+    while (!IsOver() && vantrel::SteadyMilliseconds() < m_due) {
         if (m_call.loop.GetSignal() != 0) return Ending{ExitSignal + m_call.loop.GetSignal()};
         m_call.loop.Turn(m_due);
     }

@@ -6,6 +6,7 @@
 
 #include "value/Status.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
 
@@ -176,7 +177,7 @@ bool ScriptSession::MayForce(bool force) const {
 }
 
 MaybeEnding ScriptSession::AwaitAsked(int wait, bool force) {
-    const std::int64_t begin = Loop::Now();
+    const std::int64_t begin = vantrel::SteadyMilliseconds();
     std::int64_t deadline = begin + std::int64_t{1000} * wait;
     std::int64_t nextAsk = begin;
     while (!m_held) {
@@ -185,15 +186,16 @@ MaybeEnding ScriptSession::AwaitAsked(int wait, bool force) {
         // A holder has some time to tell that it lives.
         const std::int64_t end =
             m_holder.empty() ? std::max(deadline, begin + kAskPause) : deadline;
-        const bool isOver = m_asked > 0 && !forces && !m_isFree && Loop::Now() >= end;
+        const bool isOver =
+            m_asked > 0 && !forces && !m_isFree && vantrel::SteadyMilliseconds() >= end;
         if (isOver) {
             if (MaybeEnding ending = AwaitEchoes(Signals::End)) return ending;
             if (m_held) return {};
             return EndingOfNone();
         }
-        if (forces || m_isFree || Loop::Now() >= nextAsk) {
+        if (forces || m_isFree || vantrel::SteadyMilliseconds() >= nextAsk) {
             Ask(forces || m_forced);
-            nextAsk = Loop::Now() + kAskPause;
+            nextAsk = vantrel::SteadyMilliseconds() + kAskPause;
         }
         const auto something = [this, force, knew = m_holder] {
             return m_held || m_isFree || MayForce(force) || m_holder != knew || IsGone();

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
+
+#include "engine/ScriptDocument.h"
 
 namespace kalvex::kalvexctl {
 
 namespace {
-
-constexpr unsigned kRunning = 1;
-constexpr unsigned kStopped = 2;
-constexpr unsigned kStepPending = 4;
 
 struct WordRow {
     RunWord word;
@@ -31,8 +30,10 @@ const WordRow& RowOf(RunWord word) {
 }  // namespace
 
 RunWord WordOf(unsigned stateWord) {
-    if ((stateWord & kRunning) != 0) return RunWord::Running;
-    return (stateWord & (kStopped | kStepPending)) != 0 ? RunWord::Stopped : RunWord::Idle;
+    const std::string_view name = engine::StateName(static_cast<int>(stateWord));
+    return std::ranges::find(kWords, name,
+                             [](const WordRow& row) { return std::string_view(row.text); })
+        ->word;
 }
 
 Cell StateCell(RunWord word) {

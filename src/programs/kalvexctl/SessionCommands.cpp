@@ -11,6 +11,7 @@
 #include "text/CodePage.h"
 #include "value/ValueText.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
 
@@ -201,7 +202,8 @@ MaybeEnding PrintVariables(Call& call, ScriptSession& session) {
         if (once) return once;
         if (!watches || call.output.IsClosed()) return {};
         const auto gone = [&session] { return session.IsGone(); };
-        const std::int64_t next = Loop::Now() + std::int64_t{1000} * *call.arguments.watch;
+        const std::int64_t next =
+            vantrel::SteadyMilliseconds() + std::int64_t{1000} * *call.arguments.watch;
         const Waited waited = session.GetConsole().Talk().Await(gone, next);
         if (waited == Waited::Done) return session.Check();
         if (waited == Waited::Signal && isMeant()) return {};

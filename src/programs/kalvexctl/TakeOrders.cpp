@@ -7,6 +7,7 @@
 
 #include "programs/kalvexctl/Commands.h"
 #include "text/CodePage.h"
+#include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
 
@@ -93,9 +94,9 @@ class KeptSession {
 
     void Wait() {
         const auto something = [this] { return m_call.loop.IsReadable() || m_session.IsGone(); };
-        m_call.loop.Turn(Loop::Now());
+        m_call.loop.Turn(vantrel::SteadyMilliseconds());
         const Waited waited = m_session.GetConsole().Talk().Await(
-            something, Loop::Now() + kLongPause, Signals::End, STDIN_FILENO);
+            something, vantrel::SteadyMilliseconds() + kLongPause, Signals::End, STDIN_FILENO);
         if (waited == Waited::Done && m_call.loop.IsReadable()) m_input.Read();
     }
 

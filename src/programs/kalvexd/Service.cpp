@@ -1,16 +1,14 @@
 #include "programs/kalvexd/Service.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
-#include <climits>
 #include <csignal>
 #include <cstdio>
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
 #include "platform/posix/AccountName.h"
+#include "platform/posix/HostName.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 #include "vantrel/network/Endpoint.h"
@@ -28,11 +26,6 @@ constexpr int kEndingSignals[] = {SIGTERM, SIGINT};
 
 bool IsAskedToEnd() {
     return std::ranges::any_of(kEndingSignals, platform::PosixMainLoop::IsPending);
-}
-
-std::string HostName() {
-    char name[HOST_NAME_MAX + 1] = {};
-    return ::gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
 }
 
 }  // namespace
@@ -68,7 +61,7 @@ app::AppWorld KalvexService::MakeWorld(const KalvexdOptions& options) {
     world.arguments = options.arguments;
     world.workingDir = options.workingDir;
     world.logFolder = options.logDir;
-    world.hostName = HostName();
+    world.hostName = platform::HostName();
     return world;
 }
 
