@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "platform/Files.h"
+#include "platform/SteadyTime.h"
 #include "programs/sorvaned/Tasks.h"
 #include "support/scratch_folder.h"
 #include "support/zone_scope.h"
@@ -86,18 +87,18 @@ int ServePlant(const std::string& configuration) {
 
 void Network::Deliver() {
     m_loop.Run();
-    const std::int64_t now = vantrel::SteadyMilliseconds();
+    const std::int64_t now = platform::SteadyMilliseconds();
     if (now < m_nextCheck) return;
     m_nextCheck = now + 100;
     m_client.Check();
 }
 
 void Network::DeliverUntil(const std::function<bool()>& done) {
-    const std::int64_t begin = vantrel::SteadyMilliseconds();
+    const std::int64_t begin = platform::SteadyMilliseconds();
     while (!done()) {
         Deliver();
         std::this_thread::yield();
-        if (vantrel::SteadyMilliseconds() - begin < kMostMilliseconds) continue;
+        if (platform::SteadyMilliseconds() - begin < kMostMilliseconds) continue;
         Expect(false, "what is waited for does not come");
         std::exit(EXIT_FAILURE);
     }

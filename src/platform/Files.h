@@ -15,8 +15,12 @@ FileRead ReadFile(const std::string& path, std::string& content, std::string& er
 // False with the system's words in `error` when the file cannot be read to its end.
 bool ReadWholeFile(const std::string& path, std::string& content, std::string& error);
 
-// Replaces the file's content; false with the system's words in `error`.
+// Replaces the file as a whole, so that what comes after a break is the old content or the new one
+// and never a part; false with the system's words in `error`.
 bool WriteWholeFile(const std::string& path, std::string_view content, std::string& error);
+
+// The same; a file that was not there is for its owner alone to read and write.
+bool WritePrivateFile(const std::string& path, std::string_view content, std::string& error);
 
 // Makes the file, for its owner alone to read and write, unless it is there; false with the
 // system's words in `error`.

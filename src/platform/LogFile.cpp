@@ -83,7 +83,8 @@ bool CLogFile::Write(std::string_view line) {
     const std::int64_t now = m_clock.Now();
     if (now == m_failed) return false;
     std::string text(line);
-    std::ranges::replace_if(text, IsControl, ' ');
+    const auto isBlank = [this](char c) { return IsControl(c) && !(m_keepsTabs && c == '\t'); };
+    std::ranges::replace_if(text, isBlank, ' ');
     bool written = false;
     try {
         written = Open();

@@ -26,6 +26,9 @@ class CLogFile {
     // `path` without the ending ".log"; an empty one, or a limit of 0, writes nowhere.
     void SetFile(std::string path, std::size_t maxBytes);
 
+    // From now on tabs are no control characters.
+    void KeepTabs() { m_keepsTabs = true; }
+
     // One line, without its end, in UTF-8; control characters in it become blanks. False when the
     // line is lost, because the disk is full or the like; then a second passes before the file is
     // tried again. True as well where lines go nowhere.
@@ -46,6 +49,7 @@ class CLogFile {
     const Clock& m_clock;
     std::string m_path;
     std::size_t m_maxBytes = 0;
+    bool m_keepsTabs = false;
     std::unique_ptr<Sink> m_sink;
     std::int64_t m_failed = -1;  // the second of the last failure
 };

@@ -1,6 +1,23 @@
 #include "platform/UserSession.h"
 
+#include "text/CodePage.h"
+
 namespace kalvex::platform {
+
+namespace {
+
+constexpr const char* kTrusted =
+    Translatable("Brak pliku użytkowników: konto %s ma w tym oknie poziom %d");
+
+}  // namespace
+
+std::string UserSession::TrustAccount(const Translator& translator) {
+    m_trusted.emplace();
+    m_trusted->name = m_account;
+    m_trusted->level = kHighestLevel;
+    return text::FromUtf8(
+        InWords({kTrusted, {text::ToUtf8(m_account), std::to_string(kHighestLevel)}}, translator));
+}
 
 bool UserSession::RegisterUser(std::string_view name, std::string_view password) {
     std::string hash;
@@ -17,26 +34,35 @@ void UserSession::Logout() {
     WipePassword(m_password);
 }
 
+const UserRecord* UserSession::ActiveUser() const {
+    const std::optional<UserRecord>& active = m_user ? m_user : m_trusted;
+    return active ? &*active : nullptr;
+}
+
 bool UserSession::CheckRight(int level) const {
-    return (m_user ? m_user->level : 0) >= level;
+    const UserRecord* const user = ActiveUser();
+    return (user == nullptr ? 0 : user->level) >= level;
 }
 
 bool UserSession::CheckActiveUserRight(std::string_view right, std::string_view address) const {
-    return m_user && HasRight(*m_user, right, address);
+    const UserRecord* const user = ActiveUser();
+    return user != nullptr && HasRight(*user, right, address);
 }
 
 bool UserSession::ActiveUserInfo(std::string& name, std::string& password) const {
-    name = GetActiveUserName();
+    name = m_user ? m_user->name : std::string();
     password = m_password;
     return m_user.has_value();
 }
 
 std::string UserSession::GetActiveUserName() const {
-    return m_user ? m_user->name : std::string();
+    const UserRecord* const user = ActiveUser();
+    return user == nullptr ? std::string() : user->name;
 }
 
 std::string UserSession::GetActiveUserDescription() const {
-    return m_user ? m_user->description : std::string();
+    const UserRecord* const user = ActiveUser();
+    return user == nullptr ? std::string() : user->description;
 }
 
 }  // namespace kalvex::platform

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Translator.h"
 #include "platform/UserManager.h"
 #include "platform/UserStore.h"
 
@@ -19,6 +20,11 @@ class UserSession final : public UserManager {
     UserSession(const UserSession&) = delete;
     UserSession& operator=(const UserSession&) = delete;
 
+    // For a window on a machine without users: from now on, while nobody is logged in, the account
+    // counts as a user of its own name with the highest level, in no group. No server is given a
+    // login for it. What the log is to say of it, an engine text.
+    std::string TrustAccount(const Translator& translator);
+
     bool RegisterUser(std::string_view name, std::string_view password) override;
     bool CheckRight(int level) const override;
     void Logout();
@@ -32,8 +38,11 @@ class UserSession final : public UserManager {
     bool ActiveUserInfo(std::string& name, std::string& password) const override;
 
   private:
+    const UserRecord* ActiveUser() const;  // null for nobody
+
     const UserStore& m_store;
     std::string m_account;
+    std::optional<UserRecord> m_trusted;
     std::optional<UserRecord> m_user;  // as it was at the login
     std::string m_password;
 };

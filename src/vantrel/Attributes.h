@@ -17,6 +17,7 @@ inline constexpr std::string_view Minimum = "min";
 inline constexpr std::string_view Maximum = "max";
 inline constexpr std::string_view Archive = "at";  // ArchiveBit
 inline constexpr std::string_view Reports = "rt";  // ReportBit
+inline constexpr std::string_view Path = "pa";     // groups separated by "/"
 }  // namespace Attribute
 
 namespace ArchiveBit {

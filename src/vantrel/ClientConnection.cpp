@@ -22,6 +22,13 @@ std::string MakeToken() {
     return token;
 }
 
+CObjInfoList AsList(std::vector<VariableDefinition> definitions) {
+    CObjInfoList list;
+    list.reserve(definitions.size());
+    for (VariableDefinition& definition : definitions) list.emplace_back(std::move(definition));
+    return list;
+}
+
 }  // namespace
 
 bool CClientConnection::Create(std::uint16_t moduleType, std::string_view source,
@@ -174,10 +181,16 @@ const CVarDefInfo* CClientConnection::GetVarDefInfo(std::string_view name) const
 bool CClientConnection::LoadVarDefList(CObjInfoList& list) {
     std::vector<VariableDefinition> definitions;
     if (!m_transport->LoadVariableList(MakeLoginRequest(), definitions)) return false;
-    list.clear();
-    list.reserve(definitions.size());
-    for (VariableDefinition& definition : definitions) list.emplace_back(std::move(definition));
+    list = AsList(std::move(definitions));
     return true;
+}
+
+void CClientConnection::AskVarDefList(std::function<void(std::optional<CObjInfoList>)> done) {
+    m_transport->AskVariableList(
+        MakeLoginRequest(),
+        [done = std::move(done)](std::optional<std::vector<VariableDefinition>> definitions) {
+            done(definitions ? std::optional(AsList(*std::move(definitions))) : std::nullopt);
+        });
 }
 
 // Whatever the lost source has said last is not what holds now.

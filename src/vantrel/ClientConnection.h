@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -72,6 +73,9 @@ class CClientConnection : private ClientTransportEvents {
     const CVarDefInfo* GetVarDefInfo(std::string_view name) const;
     // All variables of the server in its order; false when they are not to be had. May wait.
     bool LoadVarDefList(CObjInfoList& list);
+    // The same without waiting: `done` hears of them, or of nothing when they are not to be had,
+    // from within the call or later; never once the connection has gone.
+    void AskVarDefList(std::function<void(std::optional<CObjInfoList>)> done);
 
     // ---- requests: "Add" queues, "Make" sends what is queued of that kind. The operations of the
     // five report and archive kinds differ by `kind` alone; each has its own queue.

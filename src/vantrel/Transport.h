@@ -74,6 +74,15 @@ class ClientTransport {
     // the list is not to be had. A server on the same main thread has to answer at once.
     virtual bool LoadVariableList(const LoginRequest& login,
                                   std::vector<VariableDefinition>& list) = 0;
+
+    // The same without waiting: `done` hears of the list, or of nothing when it is not to be had,
+    // from within the call or later on the main thread; never once the transport has gone.
+    using ListTaker = std::function<void(std::optional<std::vector<VariableDefinition>>)>;
+    virtual void AskVariableList(const LoginRequest& login, ListTaker done) {
+        std::vector<VariableDefinition> list;
+        const bool loaded = LoadVariableList(login, list);
+        done(loaded ? std::optional(std::move(list)) : std::nullopt);
+    }
 };
 
 // Makes the transport for a source, by the source's name alone. Outlives the transports.

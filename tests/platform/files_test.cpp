@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+#include <fstream>
+#include <string>
+
 #include "platform/FileEdit.h"
 #include "support/scratch_folder.h"
 
@@ -33,6 +37,19 @@ TEST_F(FilesTest, WritingReplacesTheContent) {
     EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "", error));
     EXPECT_TRUE(ReadWholeFile(folder.Path("a"), content, error));
     EXPECT_EQ(content, "");
+}
+
+TEST_F(FilesTest, PrivateFileIsItsOwnersAlone) {
+    EXPECT_TRUE(WritePrivateFile(folder.Path("a"), "nowy", error));
+    EXPECT_EQ(folder.Get("a"), "nowy");
+    struct stat status {};
+    ASSERT_EQ(stat(folder.Path("a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600u);
+    ASSERT_EQ(chmod(folder.Path("a").c_str(), 0640), 0);
+    EXPECT_TRUE(WritePrivateFile(folder.Path("a"), "zmieniony", error));
+    EXPECT_EQ(folder.Get("a"), "zmieniony");
+    ASSERT_EQ(stat(folder.Path("a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
 }
 
 TEST_F(FilesTest, MissingFileDoesNotOpen) {
@@ -83,6 +100,17 @@ TEST_F(FilesTest, FileOfUnknownLengthIsReadToItsEnd) {
 TEST_F(FilesTest, FolderThatIsMissingTakesNoFile) {
     EXPECT_FALSE(WriteWholeFile(folder.Path("brak/a"), "x", error));
     EXPECT_EQ(error, "No such file or directory");
+}
+
+TEST_F(FilesTest, FileIsReplacedAsAWhole) {
+    folder.Put("a", "stary");
+    std::ifstream reader(folder.Path("a"));
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "nowy", error));
+    std::string read;
+    std::getline(reader, read);
+    EXPECT_EQ(read, "stary");
+    EXPECT_EQ(folder.Get("a"), "nowy");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path(".a.kalvex-new")));
 }
 
 }  // namespace

@@ -53,6 +53,14 @@ TEST_F(LogFileTest, ControlCharactersBecomeBlanks) {
     EXPECT_EQ(m_folder.Get("Kalvex.log"), "a  b c [1m \n");
 }
 
+TEST_F(LogFileTest, TabsAreKeptWhereTheyAreWanted) {
+    m_file.KeepTabs();
+    m_file.SetFile(Path(), kPlenty);
+    EXPECT_TRUE(m_file.Write("\ta\tb\nc"));
+    EXPECT_TRUE(m_file.Write(""));
+    EXPECT_EQ(m_folder.Get("Kalvex.log"), "\ta\tb c\n\n");
+}
+
 TEST_F(LogFileTest, WithoutAPathOrALimitLinesGoNowhere) {
     EXPECT_TRUE(m_file.Write("a"));
     m_file.SetFile(Path(), 0);

@@ -47,12 +47,12 @@ TEST(MainLoopTest, SignalIsPendingUntilItsHandlerIsCalled) {
     PosixMainLoop loop;
     bool seen = true;
     loop.OnSignal(SIGUSR1, [&] {
-        seen = PosixMainLoop::IsPending(SIGUSR1);
+        seen = SignalQueue::IsPending(SIGUSR1);
         loop.Quit();
     });
-    EXPECT_FALSE(PosixMainLoop::IsPending(SIGUSR1));
+    EXPECT_FALSE(SignalQueue::IsPending(SIGUSR1));
     std::raise(SIGUSR1);
-    EXPECT_TRUE(PosixMainLoop::IsPending(SIGUSR1));
+    EXPECT_TRUE(SignalQueue::IsPending(SIGUSR1));
     loop.Run();
     EXPECT_FALSE(seen);
 }

@@ -232,6 +232,39 @@ TEST_F(UserStoreTest, SessionHoldsTheUserWhoLoggedIn) {
     EXPECT_FALSE(session.CheckRight(1));
 }
 
+TEST_F(UserStoreTest, AnAccountThatIsTrustedCountsWhileNobodyIsLoggedIn) {
+    ASSERT_TRUE(Add(Named("Adam", 50), "TAJNE"));
+    UserSession session(m_store, text::FromUtf8("łucja"));
+    const Translator translator;
+    EXPECT_EQ(text::ToUtf8(session.TrustAccount(translator)),
+              "Brak pliku użytkowników: konto łucja ma w tym oknie poziom 100");
+    EXPECT_EQ(text::ToUtf8(session.GetActiveUserName()), "łucja");
+    EXPECT_EQ(session.GetActiveUserDescription(), "");
+    EXPECT_TRUE(session.CheckRight(100));
+    EXPECT_TRUE(session.CheckActiveUserRight("100", ""));
+    EXPECT_FALSE(session.CheckActiveUserRight("gaz", ""));
+
+    ASSERT_TRUE(session.RegisterUser("ADAM", "TAJNE"));
+    EXPECT_EQ(session.GetActiveUserName(), "Adam");
+    EXPECT_FALSE(session.CheckRight(51));
+    EXPECT_FALSE(session.CheckActiveUserRight("100", ""));
+    session.Logout();
+    EXPECT_EQ(text::ToUtf8(session.GetActiveUserName()), "łucja");
+    EXPECT_TRUE(session.CheckRight(100));
+}
+
+TEST_F(UserStoreTest, NoServerHearsOfAnAccountThatIsTrusted) {
+    UserSession session(m_store, "sorvane");
+    session.TrustAccount(Translator());
+    std::string name = "x";
+    std::string password = "x";
+    EXPECT_FALSE(session.ActiveUserInfo(name, password));
+    EXPECT_EQ(name + password, "");
+    EXPECT_FALSE(m_store.Find("sorvane"));
+    EXPECT_FALSE(m_store.CheckUserRight("sorvane", "0", ""));
+    EXPECT_FALSE(session.RegisterUser("sorvane", ""));
+}
+
 TEST(UserStoreRightTextTest, IsALevelOrNoNumber) {
     for (const char* right : {"0", "100", "007", "gaz", "gaz 2", "-1"}) {
         EXPECT_TRUE(IsRightText(right)) << right;

@@ -429,6 +429,25 @@ TEST_F(ClientConnectionTest, VariableListIsHadWithoutAConnection) {
     EXPECT_FALSE(connection.LoadVarDefList(list));
 }
 
+TEST_F(ClientConnectionTest, VariableListIsAskedForWithoutWaiting) {
+    server.definitions = {{"B", {{"nd", "Be"}}}, {"A", {}}};
+    server.answersList = false;
+    connection.Create(23, "srv", "Kalvex", network, nullptr);
+    std::vector<std::string> answers;
+    const auto take = [&answers](std::optional<CObjInfoList> list) {
+        answers.push_back(list ? list->front().GetName() + list->front().GetText("nd") +
+                                     std::to_string(list->size())
+                               : "nothing");
+    };
+    connection.AskVarDefList(take);
+    EXPECT_THAT(answers, IsEmpty());
+    server.listAnswer(server.definitions);
+    EXPECT_THAT(answers, ElementsAre("BBe2"));
+    connection.AskVarDefList(take);
+    server.listAnswer(std::nullopt);
+    EXPECT_THAT(answers, ElementsAre("BBe2", "nothing"));
+}
+
 TEST_F(ClientConnectionTest, ReportChangesAndLogLinesArePassedOn) {
     Connect();
     server.Send(ReportChange{value::KindDay, 1710025200});

@@ -422,5 +422,96 @@ TEST_F(NetworkConversationListTest, LoginThatCannotBeSentFails) {
     EXPECT_FALSE(transport->LoadVariableList({1, 23, std::string(2000, 'x'), "", ""}, list));
 }
 
+// ---- the list of variables, without waiting
+
+class NetworkConversationAskedListTest : public NetworkConversationTest {
+  protected:
+    NetworkConversationAskedListTest() { transport = Connect(events); }
+
+    void Ask(const char* name = "Kalvex") {
+        transport->AskVariableList({1, 23, name, "jan", "tajne"}, [this](auto list) {
+            answers.push_back(list ? support::Describe(VariableDefinitions{*std::move(list), true})
+                                   : "nothing");
+        });
+    }
+    void RunUntilAnswered(std::size_t count) {
+        world.RunUntil([&] { return answers.size() >= count; });
+    }
+
+    std::vector<std::string> answers;
+};
+
+TEST_F(NetworkConversationAskedListTest, ListComesWithTheMainLoop) {
+    acceptor.definitions = {{"B", {{"un", "bar"}}}, {"A", {}}};
+    const std::string whole = support::Describe(VariableDefinitions{acceptor.definitions, true});
+    Ask();
+    EXPECT_THAT(answers, IsEmpty());
+    RunUntilAnswered(1);
+    EXPECT_THAT(answers, ElementsAre(whole));
+    EXPECT_THAT(acceptor.heard, ElementsAre("list jan"));
+    Ask();
+    Ask();
+    RunUntilAnswered(3);
+    EXPECT_THAT(answers, ElementsAre(whole, whole, whole));
+    world.now += 60'000;
+    client.Check();
+    EXPECT_EQ(answers.size(), 3u);
+}
+
+TEST_F(NetworkConversationAskedListTest, RefusedListIsNothing) {
+    acceptor.lists = false;
+    Ask();
+    RunUntilAnswered(1);
+    EXPECT_THAT(answers, ElementsAre("nothing"));
+}
+
+TEST_F(NetworkConversationAskedListTest, ListOfAServerThatIsNotThereIsNothing) {
+    server.reset();
+    Ask();
+    RunUntilAnswered(1);
+    EXPECT_THAT(answers, ElementsAre("nothing"));
+}
+
+TEST_F(NetworkConversationAskedListTest, ServerThatHangsIsGivenUpAfterFiveSeconds) {
+    acceptor.answersList = false;
+    Ask();
+    world.now += 1000;
+    Ask();
+    world.now += 3999;
+    client.Check();
+    world.loop.Run();
+    EXPECT_THAT(answers, IsEmpty());
+    world.now += 1;
+    client.Check();
+    client.Check();
+    EXPECT_THAT(answers, IsEmpty());
+    world.loop.Run();
+    EXPECT_THAT(answers, ElementsAre("nothing"));
+    world.now += 1000;
+    client.Check();
+    world.loop.Run();
+    EXPECT_THAT(answers, ElementsAre("nothing", "nothing"));
+    world.now += 60'000;
+    client.Check();
+    world.loop.Run();
+    EXPECT_EQ(answers.size(), 2u);
+}
+
+TEST_F(NetworkConversationAskedListTest, LoginThatCannotBeSentIsNothing) {
+    Ask(std::string(2000, 'x').c_str());
+    EXPECT_THAT(answers, ElementsAre("nothing"));
+}
+
+TEST_F(NetworkConversationAskedListTest, TransportThatGoesDoesNotAnswer) {
+    Ask();
+    world.RunUntil(acceptor, "list jan");
+    transport.reset();
+    transport = Connect(events);
+    acceptor.lists = false;
+    Ask();
+    RunUntilAnswered(1);
+    EXPECT_THAT(answers, ElementsAre("nothing"));
+}
+
 }  // namespace
 }  // namespace kalvex::vantrel

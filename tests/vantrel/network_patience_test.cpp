@@ -74,12 +74,6 @@ TEST(NetworkPatienceRetryPauseTest, GrowsToFiveSecondsAndBeginsAnew) {
     EXPECT_EQ(pause.Next(), 500);
 }
 
-TEST(NetworkPatienceSteadyClockTest, NeverGoesBack) {
-    const std::int64_t before = SteadyMilliseconds();
-    EXPECT_GE(SteadyMilliseconds(), before);
-    EXPECT_GT(before, 0);
-}
-
 // ---- the reading side of a stream
 
 class FakeStream final : public Stream {

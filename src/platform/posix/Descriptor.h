@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace kalvex::platform {
@@ -26,5 +28,12 @@ class Descriptor {
   private:
     int m_fd;
 };
+
+// One that a program cannot do without: it ends when the system has none to give.
+inline int CheckedDescriptor(int fd) {
+    if (fd >= 0) return fd;
+    std::perror("main loop");
+    std::exit(EXIT_FAILURE);
+}
 
 }  // namespace kalvex::platform

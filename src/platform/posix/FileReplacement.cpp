@@ -85,8 +85,9 @@ bool Keep(const std::string& path, const std::string& kept) {
 
 }  // namespace
 
-FileReplacement::FileReplacement(const std::string& path, const std::string& backup)
+FileReplacement::FileReplacement(const std::string& path, const std::string& backup, mode_t mode)
     : m_target(path),
+      m_mode(mode),
       m_backup(backup),
       m_backupAside(TemporaryName(backup, path, kBackupSuffix)),
       m_backupFormer(TemporaryName(backup, path, kFormerBackupSuffix)) {}
@@ -118,7 +119,7 @@ bool FileReplacement::OpenNew() {
     struct stat info {};
     const bool there = ::stat(m_target.c_str(), &info) == 0;
     if (there && !S_ISREG(info.st_mode)) return false;
-    const mode_t mode = there ? info.st_mode & 0777 : 0666;
+    const mode_t mode = there ? info.st_mode & 0777 : m_mode;
     for (int i = 0; i < kAttempts; ++i) {
         Descriptor file(OpenRegularFile(m_newPath, O_WRONLY | O_CREAT | O_EXCL, mode));
         const bool made = file.Get() >= 0;

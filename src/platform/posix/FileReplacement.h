@@ -14,8 +14,8 @@ namespace kalvex::platform {
 
 class FileReplacement {
   public:
-    // No backup is kept where its path is empty.
-    FileReplacement(const std::string& path, const std::string& backup);
+    // No backup is kept where its path is empty. `mode` is for a file that is not there before.
+    FileReplacement(const std::string& path, const std::string& backup, mode_t mode = 0666);
     // Nothing but file and backup is left.
     ~FileReplacement();
     FileReplacement(const FileReplacement&) = delete;
@@ -47,6 +47,7 @@ class FileReplacement {
     std::string m_target;  // the path, and after Begin the file itself where that is a link
     std::string m_newPath;
     std::string m_oldPath;  // the former file
+    const mode_t m_mode;
     const std::string m_backup;
     const std::string m_backupAside;   // the former file, then a backup that changed places with it
     const std::string m_backupFormer;  // a backup that was overwritten

@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/FileReplacement.h"
 #include "platform/posix/RegularFile.h"
 
 namespace kalvex::platform {
@@ -15,6 +16,20 @@ namespace {
 bool Fail(std::string& error) {
     error = FileFault(errno);
     return false;
+}
+
+bool Replace(const std::string& path, std::string_view content, mode_t mode, std::string& error) {
+    // A file that may not be written is not replaced either.
+    const Descriptor file(OpenRegularFile(path, O_WRONLY));
+    if (file.Get() < 0 && errno != ENOENT) return Fail(error);
+    FileReplacement replacement(path, {}, mode);
+    errno = 0;
+    if (replacement.Begin() && replacement.ReadOld() && replacement.Write(content) &&
+        replacement.Commit()) {
+        return true;
+    }
+    if (errno == 0) errno = EBUSY;
+    return Fail(error);
 }
 
 }  // namespace
@@ -36,9 +51,11 @@ bool ReadWholeFile(const std::string& path, std::string& content, std::string& e
 }
 
 bool WriteWholeFile(const std::string& path, std::string_view content, std::string& error) {
-    Descriptor file(OpenRegularFile(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
-    if (file.Get() < 0 || !WriteAll(file.Get(), content)) return Fail(error);
-    return ::close(file.Release()) == 0 || Fail(error);
+    return Replace(path, content, 0666, error);
+}
+
+bool WritePrivateFile(const std::string& path, std::string_view content, std::string& error) {
+    return Replace(path, content, 0600, error);
 }
 
 bool MakePrivateFile(const std::string& path, std::string& error) {

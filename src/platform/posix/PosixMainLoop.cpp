@@ -1,26 +1,18 @@
 #include "platform/posix/PosixMainLoop.h"
 
 #include <poll.h>
-#include <pthread.h>
 #include <sys/eventfd.h>
-#include <sys/signalfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 #include <vector>
+
+#include "platform/posix/Descriptor.h"
 
 namespace kalvex::platform {
 
 namespace {
-
-int Checked(int descriptor) {
-    if (descriptor >= 0) return descriptor;
-    std::perror("main loop");
-    std::exit(EXIT_FAILURE);
-}
 
 // Takes the count off a descriptor that counts; false when it has counted nothing.
 bool Drain(int descriptor) {
@@ -31,37 +23,23 @@ bool Drain(int descriptor) {
 }  // namespace
 
 PosixMainLoop::PosixMainLoop()
-    : m_wakeFd(Checked(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))), m_signalsFd(-1), m_work([this] {
+    : m_wakeFd(CheckedDescriptor(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))), m_work([this] {
           const std::uint64_t one = 1;
           // A full counter wakes as well.
           [[maybe_unused]] const ssize_t written = ::write(m_wakeFd, &one, sizeof one);
-      }) {
-    sigemptyset(&m_signals);
-}
+      }) {}
 
 PosixMainLoop::~PosixMainLoop() {
     for (const auto& [descriptor, work] : m_timers) ::close(descriptor);
-    if (m_signalsFd >= 0) ::close(m_signalsFd);
     ::close(m_wakeFd);
 }
 
-void PosixMainLoop::OnSignal(int signal, std::function<void()> handler) {
-    sigaddset(&m_signals, signal);
-    pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
-    m_signalsFd = Checked(::signalfd(m_signalsFd, &m_signals, SFD_NONBLOCK | SFD_CLOEXEC));
-    m_signalHandlers[signal] = std::move(handler);
-}
-
-bool PosixMainLoop::IsPending(int signal) {
-    sigset_t pending;
-    return sigpending(&pending) == 0 && sigismember(&pending, signal) == 1;
-}
-
 int PosixMainLoop::Every(std::int64_t milliseconds, std::function<void()> work) {
-    const int timer = Checked(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    const int timer =
+        CheckedDescriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     const timespec period{milliseconds / 1000, (milliseconds % 1000) * 1'000'000};
     const itimerspec setting{period, period};
-    Checked(::timerfd_settime(timer, 0, &setting, nullptr));
+    CheckedDescriptor(::timerfd_settime(timer, 0, &setting, nullptr));
     m_timers[timer] = std::move(work);
     return timer;
 }
@@ -70,18 +48,12 @@ void PosixMainLoop::Cancel(int timer) {
     if (m_timers.erase(timer) != 0) ::close(timer);
 }
 
-void PosixMainLoop::ReadSignals() {
-    signalfd_siginfo info;
-    while (::read(m_signalsFd, &info, sizeof info) == sizeof info) {
-        m_signalHandlers.at(static_cast<int>(info.ssi_signo))();
-    }
-}
-
 // Fills in what the descriptors have to tell; false when none has.
 bool PosixMainLoop::Wait(std::vector<pollfd>& waits) {
     const std::optional<std::int64_t> most = m_beforeWait ? m_beforeWait() : std::nullopt;
     if (m_quit) return false;
-    waits.assign({{m_wakeFd, POLLIN, 0}, {m_signalsFd, POLLIN, 0}, {m_watched, POLLIN, 0}});
+    waits.assign(
+        {{m_wakeFd, POLLIN, 0}, {m_signals.GetDescriptor(), POLLIN, 0}, {m_watched, POLLIN, 0}});
     for (const auto& [descriptor, work] : m_timers) waits.push_back({descriptor, POLLIN, 0});
     const std::int64_t microseconds = most.value_or(0);
     const timespec limit{microseconds / 1'000'000, microseconds % 1'000'000 * 1000};
@@ -98,7 +70,7 @@ void PosixMainLoop::Run() {
         if (!Wait(waits)) continue;
         if (waits[0].revents != 0) Drain(m_wakeFd);
         m_work.Run();
-        if (waits[1].revents != 0) ReadSignals();
+        if (waits[1].revents != 0) m_signals.Deliver();
         for (std::size_t index = 3; index < waits.size(); ++index) {
             if (waits[index].revents == 0) continue;
             // One may have been cancelled by what was called before it.

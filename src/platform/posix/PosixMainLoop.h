@@ -3,14 +3,15 @@
 
 #include <poll.h>
 
-#include <csignal>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/MainLoop.h"
+#include "platform/posix/SignalQueue.h"
 
 namespace kalvex::platform {
 
@@ -26,9 +27,9 @@ class PosixMainLoop final : public MainLoop {
     void Post(std::function<void()> work) override { m_work.Post(std::move(work)); }
 
     // From now on the signal calls the handler instead of what the system does with it.
-    void OnSignal(int signal, std::function<void()> handler);
-    // Whether the signal has come and its handler has not been called yet.
-    static bool IsPending(int signal);
+    void OnSignal(int signal, std::function<void()> handler) {
+        m_signals.OnSignal(signal, std::move(handler));
+    }
 
     // Calls `work` every so many milliseconds while Run lasts, until it is cancelled by the number
     // that this gives. A call that comes late is not made up for.
@@ -54,16 +55,13 @@ class PosixMainLoop final : public MainLoop {
     void Quit() { m_quit = true; }
 
   private:
-    void ReadSignals();
     bool Wait(std::vector<pollfd>& waits);
 
     int m_wakeFd;
-    int m_signalsFd;
     int m_watched = -1;
     bool m_readable = false;
     bool m_quit = false;
-    sigset_t m_signals;
-    std::map<int, std::function<void()>> m_signalHandlers;
+    SignalQueue m_signals;
     std::map<int, std::function<void()>> m_timers;  // by descriptor
     std::function<std::optional<std::int64_t>()> m_beforeWait;
     std::function<void()> m_afterWait;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "console/ConsoleMessages.h"
+#include "platform/SteadyTime.h"
 #include "platform/posix/AccountName.h"
 #include "platform/posix/HostName.h"
 #include "text/CodePage.h"
@@ -56,7 +57,7 @@ std::string Console::ReasonText(std::uint32_t reason) const {
 }
 
 std::int64_t Console::AnswerDue() const {
-    return vantrel::SteadyMilliseconds() + std::int64_t{1000} * m_call.options.timeout;
+    return platform::SteadyMilliseconds() + std::int64_t{1000} * m_call.options.timeout;
 }
 
 // ---- waits

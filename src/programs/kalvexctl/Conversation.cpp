@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "console/ConsoleMessages.h"
+#include "platform/SteadyTime.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/Patience.h"
 
@@ -31,7 +32,7 @@ Waited Conversation::Await(const std::function<bool()>& done, std::int64_t until
         if (done()) return Waited::Done;
         if (m_lost) return Waited::Lost;
         if (signals == Signals::End && m_loop.GetSignal() != 0) return Waited::Signal;
-        if (vantrel::SteadyMilliseconds() >= until) return Waited::TimeOut;
+        if (platform::SteadyMilliseconds() >= until) return Waited::TimeOut;
         m_loop.Turn(until, descriptor);
     }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 
+#include "platform/SteadyTime.h"
 #include "vantrel/network/Patience.h"
 
 namespace kalvex::kalvexctl {
@@ -23,7 +24,7 @@ Loop::Loop() {
     m_loop.Every(kPeriod, [this] { m_periodic(); });
     m_loop.AroundWait(
         [this] {
-            const std::int64_t left = m_until - vantrel::SteadyMilliseconds();
+            const std::int64_t left = m_until - platform::SteadyMilliseconds();
             return std::clamp<std::int64_t>(left, 0, kPeriod) * 1000;
         },
         [this] { m_loop.Quit(); });

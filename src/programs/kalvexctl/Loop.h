@@ -23,7 +23,7 @@ class Loop final : public platform::MainLoop {
     void SetPeriodic(std::function<void()> work) { m_periodic = std::move(work); }
 
     // Waits until something is posted and does it, until a signal comes, `descriptor` can be read,
-    // or the time of vantrel::SteadyMilliseconds has come; possibly shorter.
+    // or the time of platform::SteadyMilliseconds has come; possibly shorter.
     void Turn(std::int64_t until, int descriptor = -1);
 
     // The first signal that has come; 0 when none has.

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/SteadyTime.h"
 #include "programs/kalvexctl/Console.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
@@ -53,7 +54,7 @@ void Questions::Ask(const std::string& module, supervision::Method method,
     asked.module = module;
     asked.script = script;
     const std::int64_t patience = std::int64_t{1000} * m_call.options.timeout;
-    m_due = vantrel::SteadyMilliseconds() + patience;
+    m_due = platform::SteadyMilliseconds() + patience;
     vantrel::Endpoint endpoint;
     asked.noWay =
         vantrel::FindEndpoint(module, m_call.addresses, vantrel::RuntimeFolder(), endpoint);
@@ -62,7 +63,7 @@ void Questions::Ask(const std::string& module, supervision::Method method,
                                          ClientIdentity(module), script, since};
     asked.inquiry.Ask(m_carrier, endpoint, method, question,
                       [this, patience, piece = std::move(piece)](std::string_view bytes) {
-                          m_due = vantrel::SteadyMilliseconds() + patience;
+                          m_due = platform::SteadyMilliseconds() + patience;
                           return piece(bytes);
                       });
 }
@@ -73,7 +74,7 @@ bool Questions::IsOver() const {
 }
 
 MaybeEnding Questions::Await() {
-    while (!IsOver() && vantrel::SteadyMilliseconds() < m_due) {
+    while (!IsOver() && platform::SteadyMilliseconds() < m_due) {
         if (m_call.loop.GetSignal() != 0) return Ending{ExitSignal + m_call.loop.GetSignal()};
         m_call.loop.Turn(m_due);
     }

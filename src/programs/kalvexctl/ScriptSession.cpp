@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/SteadyTime.h"
 #include "value/Status.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/Patience.h"
@@ -177,7 +178,7 @@ bool ScriptSession::MayForce(bool force) const {
 }
 
 MaybeEnding ScriptSession::AwaitAsked(int wait, bool force) {
-    const std::int64_t begin = vantrel::SteadyMilliseconds();
+    const std::int64_t begin = platform::SteadyMilliseconds();
     std::int64_t deadline = begin + std::int64_t{1000} * wait;
     std::int64_t nextAsk = begin;
     while (!m_held) {
@@ -187,15 +188,15 @@ MaybeEnding ScriptSession::AwaitAsked(int wait, bool force) {
         const std::int64_t end =
             m_holder.empty() ? std::max(deadline, begin + kAskPause) : deadline;
         const bool isOver =
-            m_asked > 0 && !forces && !m_isFree && vantrel::SteadyMilliseconds() >= end;
+            m_asked > 0 && !forces && !m_isFree && platform::SteadyMilliseconds() >= end;
         if (isOver) {
             if (MaybeEnding ending = AwaitEchoes(Signals::End)) return ending;
             if (m_held) return {};
             return EndingOfNone();
         }
-        if (forces || m_isFree || vantrel::SteadyMilliseconds() >= nextAsk) {
+        if (forces || m_isFree || platform::SteadyMilliseconds() >= nextAsk) {
             Ask(forces || m_forced);
-            nextAsk = vantrel::SteadyMilliseconds() + kAskPause;
+            nextAsk = platform::SteadyMilliseconds() + kAskPause;
         }
         const auto something = [this, force, knew = m_holder] {
             return m_held || m_isFree || MayForce(force) || m_holder != knew || IsGone();

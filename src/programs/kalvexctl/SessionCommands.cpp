@@ -6,6 +6,7 @@
 
 #include "console/ConsoleMessages.h"
 #include "console/VariableMessages.h"
+#include "platform/SteadyTime.h"
 #include "programs/kalvexctl/Commands.h"
 #include "programs/kalvexctl/VariableRows.h"
 #include "text/CodePage.h"
@@ -203,7 +204,7 @@ MaybeEnding PrintVariables(Call& call, ScriptSession& session) {
         if (!watches || call.output.IsClosed()) return {};
         const auto gone = [&session] { return session.IsGone(); };
         const std::int64_t next =
-            vantrel::SteadyMilliseconds() + std::int64_t{1000} * *call.arguments.watch;
+            platform::SteadyMilliseconds() + std::int64_t{1000} * *call.arguments.watch;
         const Waited waited = session.GetConsole().Talk().Await(gone, next);
         if (waited == Waited::Done) return session.Check();
         if (waited == Waited::Signal && isMeant()) return {};

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/SteadyTime.h"
 #include "programs/kalvexctl/Commands.h"
 #include "text/CodePage.h"
 #include "vantrel/network/Patience.h"
@@ -94,9 +95,9 @@ class KeptSession {
 
     void Wait() {
         const auto something = [this] { return m_call.loop.IsReadable() || m_session.IsGone(); };
-        m_call.loop.Turn(vantrel::SteadyMilliseconds());
+        m_call.loop.Turn(platform::SteadyMilliseconds());
         const Waited waited = m_session.GetConsole().Talk().Await(
-            something, vantrel::SteadyMilliseconds() + kLongPause, Signals::End, STDIN_FILENO);
+            something, platform::SteadyMilliseconds() + kLongPause, Signals::End, STDIN_FILENO);
         if (waited == Waited::Done && m_call.loop.IsReadable()) m_input.Read();
     }
 

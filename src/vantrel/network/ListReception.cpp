@@ -30,11 +30,14 @@ bool ListReception::OnParcel(std::string_view bytes) {
 }
 
 void ListReception::OnEnded(StreamEnd end, const std::string&) {
-    const std::lock_guard lock(m_mutex);
-    m_ended = true;
-    // A server that has more is none that should be listened to.
-    m_good = m_good && end == StreamEnd::Orderly;
-    m_changed.notify_all();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ended = true;
+        // A server that has more is none that should be listened to.
+        m_good = m_good && end == StreamEnd::Orderly;
+        m_changed.notify_all();
+    }
+    m_tellEnd();
 }
 
 }  // namespace kalvex::vantrel

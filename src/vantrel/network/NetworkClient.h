@@ -9,6 +9,7 @@
 
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
+#include "platform/SteadyTime.h"
 #include "platform/Translator.h"
 #include "vantrel/Transport.h"
 #include "vantrel/network/ClientCarrier.h"
@@ -20,7 +21,7 @@ namespace kalvex::vantrel {
 struct NetworkClientSettings {
     ServerAddresses addresses;
     std::string runtimeFolder = RuntimeFolder();
-    SteadyClock clock = SteadyMilliseconds;
+    SteadyClock clock = platform::SteadyMilliseconds;
     // Bytes that wait on one conversation: above the first, reading pauses; above the second, the
     // server counts as gone.
     std::size_t inboxLimit = 4 << 20;

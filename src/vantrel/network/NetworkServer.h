@@ -9,6 +9,7 @@
 
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
+#include "platform/SteadyTime.h"
 #include "platform/Translator.h"
 #include "vantrel/Listening.h"
 #include "vantrel/Transport.h"
@@ -31,7 +32,7 @@ struct NetworkServerSettings {
     std::optional<TlsFiles> tls;
     bool plainTextAllowed = false;  // without TLS also where other machines can hear
 
-    SteadyClock clock = SteadyMilliseconds;
+    SteadyClock clock = platform::SteadyMilliseconds;
     // Bytes that wait on one conversation: above the first, reading pauses; above the second, the
     // client is cut off.
     std::size_t inboxLimit = 4 << 20;

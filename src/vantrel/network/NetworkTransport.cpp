@@ -6,7 +6,6 @@
 
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
-#include "vantrel/network/ListReception.h"
 
 namespace kalvex::vantrel {
 
@@ -39,6 +38,7 @@ NetworkTransport::~NetworkTransport() {
     std::erase(m_client.m_transports, this);
     Close(ReasonClosed);
     m_ownEvents->Stop();
+    for (const auto& asked : m_askedLists) asked.second.stream->Cancel();
 }
 
 bool NetworkTransport::Open() {
@@ -92,6 +92,10 @@ void NetworkTransport::Close(std::uint32_t reason) {
 
 void NetworkTransport::KeepUp() {
     const std::int64_t now = m_client.m_settings.clock();
+    for (const auto& asked : m_askedLists) {
+        if (now < asked.second.until) break;
+        Tell([this, number = asked.first](ClientTransportEvents&) { FinishList(number); });
+    }
     if (m_state == State::Waiting && now >= m_nextAttempt) return Attempt();
     if (!m_stream) return;
     const LifeSigns signs{.heard = m_reception->TakeHeard(),
@@ -164,23 +168,52 @@ void NetworkTransport::OnEnded(StreamEnd end, const std::string& detail) {
 
 // ---- the list of variables
 
-bool NetworkTransport::LoadVariableList(const LoginRequest& login,
-                                        std::vector<VariableDefinition>& list) {
+std::shared_ptr<Stream> NetworkTransport::DialForList(
+    const LoginRequest& login, const std::shared_ptr<ListReception>& reception) {
     PackedRequest packed = Pack(ClientMessage(login));
-    if (packed.parcels.empty()) return false;
-    const auto reception = std::make_shared<ListReception>();
+    if (packed.parcels.empty()) return nullptr;
     platform::Notice error;
-    const auto stream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::ListVariables, reception,
-                                                m_client.m_settings.outboxLimit, error);
+    auto stream = m_client.m_carrier.Dial(m_endpoint, StreamMethod::ListVariables, reception,
+                                          m_client.m_settings.outboxLimit, error);
     if (!stream) {
         Log(kNoConnection, platform::InWords(error, m_client.m_translator), platform::LogErrors);
-        return false;
+        return nullptr;
     }
     stream->Resume();
     stream->Send(std::move(packed.parcels.front()));
+    return stream;
+}
+
+bool NetworkTransport::LoadVariableList(const LoginRequest& login,
+                                        std::vector<VariableDefinition>& list) {
+    const auto reception = std::make_shared<ListReception>();
+    const auto stream = DialForList(login, reception);
+    if (!stream) return false;
     const bool loaded = reception->Await(m_client.m_settings.listPatience, list);
     stream->Cancel();
     return loaded;
+}
+
+void NetworkTransport::AskVariableList(const LoginRequest& login, ListTaker done) {
+    const std::uint64_t number = ++m_lastAskedList;
+    const auto reception = std::make_shared<ListReception>([events = m_ownEvents, this, number] {
+        events->Push([this, number] { FinishList(number); }, 0);
+    });
+    auto stream = DialForList(login, reception);
+    if (!stream) return done(std::nullopt);
+    const std::int64_t until =
+        m_client.m_settings.clock() + m_client.m_settings.listPatience.count();
+    m_askedLists.emplace(number, AskedList{std::move(stream), reception, std::move(done), until});
+}
+
+// One that has run out of time may end yet.
+void NetworkTransport::FinishList(std::uint64_t number) {
+    const auto asked = m_askedLists.extract(number);
+    if (asked.empty()) return;
+    asked.mapped().stream->Cancel();
+    std::vector<VariableDefinition> list;
+    const bool loaded = asked.mapped().reception->Await(std::chrono::milliseconds(0), list);
+    asked.mapped().done(loaded ? std::optional(std::move(list)) : std::nullopt);
 }
 
 // ---- the factory

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "vantrel/network/ListReception.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/Reception.h"
 
@@ -25,6 +27,7 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     void Close(std::uint32_t reason) override;
     bool LoadVariableList(const LoginRequest& login,
                           std::vector<VariableDefinition>& list) override;
+    void AskVariableList(const LoginRequest& login, ListTaker done) override;
 
     // The client's periodic work on it: attempts to open anew, signs of life.
     void KeepUp();
@@ -32,10 +35,20 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
   private:
     enum class State { Resting, Waiting, Opening, Open };
 
+    struct AskedList {
+        std::shared_ptr<Stream> stream;
+        std::shared_ptr<ListReception> reception;
+        ListTaker done;
+        std::int64_t until;  // milliseconds of the client's clock
+    };
+
     void OnParcel(ServerParcel parcel) override;
     void OnWireFault(WireFault fault) override;
     void OnEnded(StreamEnd end, const std::string& detail) override;
 
+    std::shared_ptr<Stream> DialForList(const LoginRequest& login,
+                                        const std::shared_ptr<ListReception>& reception);
+    void FinishList(std::uint64_t number);
     void Attempt();
     // The conversation is gone, or an attempt has failed; there will be another one.
     void Break(std::uint32_t reason);
@@ -57,6 +70,8 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     bool m_spoke = false;
     RetryPause m_pause;
     std::int64_t m_nextAttempt = 0;
+    std::map<std::uint64_t, AskedList> m_askedLists;  // by numbers that ascend
+    std::uint64_t m_lastAskedList = 0;
     std::string m_lastDetail;  // of the log, which is told each detail once
 };
 

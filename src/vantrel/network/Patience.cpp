@@ -1,7 +1,6 @@
 #include "vantrel/network/Patience.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace kalvex::vantrel {
@@ -13,11 +12,6 @@ namespace {
 constexpr std::int64_t kLongestLook = 5'000;
 
 }  // namespace
-
-std::int64_t SteadyMilliseconds() {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
 
 PeerWatch::Due PeerWatch::Look(std::int64_t now, LifeSigns signs) {
     const std::int64_t passed = std::min(now - std::exchange(m_looked, now), kLongestLook);

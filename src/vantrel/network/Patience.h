@@ -9,9 +9,6 @@ namespace kalvex::vantrel {
 
 using SteadyClock = std::function<std::int64_t()>;
 
-// The clock of the machine.
-std::int64_t SteadyMilliseconds();
-
 inline constexpr std::int64_t kBeatAfter = 2'000;
 inline constexpr std::int64_t kGoneAfter = 10'000;
 inline constexpr std::int64_t kLongestPause = 5'000;
