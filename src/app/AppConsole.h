@@ -48,9 +48,13 @@ class AppConsole final : public Supervised,
     // About once a second.
     void Check();
 
-    // A script has been opened at the module, and one is about to be closed there.
-    void OnOpened(const engine::CKalvexDoc& document) { m_console.OnOpened(document, false); }
+    // A script has been opened at the module, which its consoles are to mirror or not, and one is
+    // about to be closed there.
+    void OnOpened(const engine::CKalvexDoc& document, bool isTold) {
+        m_console.OnOpened(document, isTold);
+    }
     void OnClosing(const engine::CKalvexDoc& document) { m_console.OnClosing(document); }
+    void AskForSession(const engine::CKalvexDoc& document) { m_console.AskForSession(document); }
     void PublishLevel(int level) { m_console.PublishLevel(level); }
     // The file of the audit trail may have been moved.
     void ReopenTrail() { m_trail.Reopen(); }

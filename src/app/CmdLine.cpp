@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
@@ -62,7 +63,7 @@ CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
         const std::size_t sign = option.find_first_of(":=");
         const CmdLineRow* row = FindRow(option.substr(0, sign));
         if (row == nullptr) {
-            m_unknown.emplace_back(argument);
+            (IsScript(argument) ? m_scripts : m_unknown).emplace_back(argument);
             continue;
         }
         Option& found = m_options.emplace_back(Option{row, {}});
@@ -77,6 +78,18 @@ CCmdLine::CCmdLine(const std::vector<std::string>& arguments) {
             m_withoutNumber.push_back(std::move(written));
         }
     }
+}
+
+bool CCmdLine::IsScript(std::string_view argument) {
+    constexpr std::string_view kEnding = ".KX";
+    return argument.size() > kEnding.size() &&
+           std::ranges::equal(argument.substr(argument.size() - kEnding.size()), kEnding, {},
+                              UpperAscii);
+}
+
+void CCmdLine::PassOverScripts() {
+    std::ranges::move(m_scripts, std::back_inserter(m_unknown));
+    m_scripts.clear();
 }
 
 const CCmdLine::Option* CCmdLine::Find(std::string_view name) const {

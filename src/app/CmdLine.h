@@ -28,6 +28,13 @@ class CCmdLine {
     // The whole number that the value is; nothing when it is none.
     std::optional<int> GetIntOption(std::string_view name) const;
 
+    // Whether the argument ends in ".kx", in any case of its letters.
+    static bool IsScript(std::string_view argument);
+    // Arguments that are no option and end in ".kx", in any case of its letters.
+    const std::vector<std::string>& GetScripts() const { return m_scripts; }
+    // The program opens none.
+    void PassOverScripts();
+
     // A line that names what was passed over, and one that names the options whose value is not the
     // number that it has to be: engine texts.
     std::vector<std::string> GetWarnings(const platform::Translator& translator) const;
@@ -45,6 +52,7 @@ class CCmdLine {
 
     std::vector<Option> m_options;
     std::vector<std::string> m_unknown;
+    std::vector<std::string> m_scripts;
     std::vector<std::string> m_withoutNumber;
 };
 

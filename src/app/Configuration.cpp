@@ -24,6 +24,7 @@ constexpr const char* kWindows = "Okna";
 constexpr const char* kTrayIcon = "Ikona w pasku zadan";
 constexpr const char* kRefreshPeriod = "Częstotliwość odświeżania";
 constexpr const char* kColumns = "Szerokości kolumn";
+constexpr const char* kLogFont = "Czcionka Logu";
 constexpr const char* kAutostart = "Autostart";
 constexpr const char* kScript = "Procedura";
 constexpr const char* kSources = "Zrodla";
@@ -264,6 +265,14 @@ std::string ConfigurationStore::WhyNoLogLevel(const std::string& profile,
         platform::InWords({kNotWritten, {profile, reason, kLog, kLogLevel}}, translator));
 }
 
+std::string ConfigurationStore::ReadLogFont() const {
+    return m_profile.GetProfileStringEx(kWindows, kLogFont);
+}
+
+void ConfigurationStore::WriteLogFont(std::string_view font) {
+    m_profile.WriteProfileStringEx(kWindows, kLogFont, font);
+}
+
 void ConfigurationStore::WriteApplication(const KalvexConfiguration& configuration) {
     m_profile.WriteProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon);
     m_profile.WriteProfileIntEx(kWindows, text::FromUtf8(kRefreshPeriod),
@@ -278,6 +287,10 @@ void ConfigurationStore::WriteApplication(const KalvexConfiguration& configurati
                                    configuration.configurationRight);
     m_profile.WriteProfileStringEx(kGeneral, text::FromUtf8(kControlRight),
                                    configuration.controlRight);
+}
+
+bool IsSourceField(std::string_view text) {
+    return !text.empty() && text.find_first_of(",\r\n") == std::string_view::npos;
 }
 
 std::string ProfileFileName(int instance) {

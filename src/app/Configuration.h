@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Crypt.h"
@@ -65,6 +66,9 @@ class ConfigurationStore {
     // What is said of a level that could not be written to the profile, an engine text.
     std::string WhyNoLogLevel(const std::string& profile,
                               const platform::Translator& translator) const;
+    // The font of the log window, as the toolkit writes one down; empty: none was chosen.
+    std::string ReadLogFont() const;
+    void WriteLogFont(std::string_view font);
     // What the application dialog has: windows, scripts to start, log level, rights.
     void WriteApplication(const KalvexConfiguration& configuration);
 
@@ -79,6 +83,9 @@ class ConfigurationStore {
     const platform::Paths& m_paths;
     const bool m_consoleClient;
 };
+
+// Whether a source may have it as its name or its user: the profile keeps both in one line.
+bool IsSourceField(std::string_view text);
 
 // The name of the file with the key of a profile's passwords, which lies beside the profile.
 inline constexpr char kKeyFileName[] = "Kalvex.key";

@@ -31,6 +31,7 @@ CKalvexApp::CKalvexApp(const AppWorld& world)
       m_log(m_world.clock, m_world.translator),
       m_diagnosticLog(m_world.clock, m_world.translator) {
     platform::SetThreadIdentity(kMainThread);
+    if (m_world.window == nullptr) m_cmdLine.PassOverScripts();
 }
 
 CKalvexApp::~CKalvexApp() = default;
@@ -56,7 +57,7 @@ void CKalvexApp::CloseFrame() {
 int CKalvexApp::CloseInstance(int flag) {
     MainWindow* const window = m_world.window;
     if (window != nullptr) {
-        if (!window->SaveModified() && flag == kMayRefuse) return -1;
+        if (flag == kMayRefuse && !window->SaveModified()) return -1;
         window->Hide();
     }
     ReleaseScripts();
@@ -76,7 +77,7 @@ void CKalvexApp::ReleaseScripts() {
 }
 
 void CKalvexApp::CloseDocument(engine::CKalvexDoc& document) {
-    if (m_console) m_console->OnClosing(document);
+    if (m_console && !document.GetDocKey().empty()) m_console->OnClosing(document);
     m_documents->Close(document);
 }
 

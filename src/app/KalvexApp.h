@@ -62,6 +62,36 @@ class CKalvexApp final : private LogOutlets {
     // Takes effect at once, is told and kept.
     void SetLogLevel(int level);
 
+    // ---- scripts, as the person at the window opens, saves and closes them; none of it asks
+
+    // The script of that file, which is opened unless it is open; null with the system's words in
+    // `error` when it does not open, and with none when the person has been told why.
+    engine::CKalvexDoc* OpenScript(std::string_view path, std::string& error);
+    // Without a file.
+    engine::CKalvexDoc& NewScript();
+    // To that file, an engine text, which is the script's from then on; false, with the system's
+    // words in `error`, leaves the script with the file that it had.
+    bool SaveScriptAs(engine::CKalvexDoc& document, std::string_view path, std::string& error);
+    void CloseScript(engine::CKalvexDoc& document);
+
+    // The person wants the session of a script that is not held here.
+    void AskForSession(engine::CKalvexDoc& document);
+
+    // ---- settings, changed and written at once
+
+    // The person's changes of the application dialog.
+    void Configure(KalvexConfiguration configuration);
+    void SetColumnWidths(std::vector<unsigned int> widths);
+    // See ConfigurationStore::EditSources.
+    bool EditSources(const std::function<bool(std::vector<sources::CSourceDesc>&)>& change);
+
+    std::string ReadLogFont() const { return m_store->ReadLogFont(); }
+    void KeepLogFont(std::string_view font) { m_store->WriteLogFont(font); }
+
+    // Scripts given on the command line, in the system's encoding; a process with a window opens
+    // them.
+    const std::vector<std::string>& GetScriptArguments() const { return m_cmdLine.GetScripts(); }
+
     bool IsConsoleClient() const { return m_consoleClient; }
     bool IsInteractiveMode() const { return m_world.window != nullptr; }
     // By which the servers know the module, and the machine's process in it.
@@ -69,6 +99,14 @@ class CKalvexApp final : private LogOutlets {
     const std::string& GetClientIdentity() const { return m_clientIdentity; }
     int GetCloseLevel() const { return m_closeLevel; }
     const KalvexConfiguration& Configuration() const { return m_configuration; }
+    // After InitInstance: the profile's path without its ending, which what lies beside it shares;
+    // the path of the log files without theirs. Both in the system's encoding.
+    std::string GetProfileBase() const { return m_profile.substr(0, m_profile.rfind('.')); }
+    const std::string& GetLogBase() const { return m_logBase; }
+    const platform::Paths& Paths() const { return *m_paths; }
+    const std::string& GetWorkingDir() const { return m_world.workingDir; }
+    // Whether there are documents yet, and still.
+    bool HasDocuments() const { return m_documents != nullptr; }
     CKalvexLog& Log() { return m_log; }
 
     // After InitInstance: of the process until its end; the sources go with CloseInstance, and are
@@ -127,7 +165,7 @@ class CKalvexApp final : private LogOutlets {
     void OnLogLevel(int level) override;
 
     const AppWorld m_world;
-    const CCmdLine m_cmdLine;
+    CCmdLine m_cmdLine;
     bool m_consoleClient = false;
     int m_instance = 1;
     int m_closeLevel = 0;

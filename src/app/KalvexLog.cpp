@@ -47,13 +47,16 @@ void CKalvexLog::LogFromModule(std::string_view text, std::int64_t time, int lev
     m_outlets->ShowStatusLine(text);
 }
 
+std::string CKalvexLog::GetLevelWord() const {
+    for (const LevelRow& row : kLevels) {
+        if (row.level == m_level) return m_translator.Translate(row.word);
+    }
+    return {};
+}
+
 void CKalvexLog::PublishLevel() {
     if (!m_consoleClient) {
-        std::string line = m_translator.Translate("Poziom rejestracji: ");
-        for (const LevelRow& row : kLevels) {
-            if (row.level == m_level) line += m_translator.Translate(row.word);
-        }
-        Log(line, platform::LogAlways);
+        Log(m_translator.Translate("Poziom rejestracji: ") + GetLevelWord(), platform::LogAlways);
     }
     if (m_outlets != nullptr) m_outlets->OnLogLevel(m_level);
 }

@@ -46,6 +46,8 @@ class CKalvexLog final : public CLog, public platform::LogSink {
     void LogFromModule(std::string_view text, std::int64_t time, int level);
 
     int GetLevel() const { return m_level; }
+    // As the log tells it; empty for other numbers than those of the levels.
+    std::string GetLevelWord() const;
     void SetLevel(int level) { m_level = level; }
     // Tells the level; in a module the log has a line of it, without a name for other numbers.
     void PublishLevel();

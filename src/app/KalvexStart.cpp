@@ -220,6 +220,7 @@ bool CKalvexApp::MakeDocuments() {
     m_services->crypt = &m_world.crypt;
     m_services->counts = m_world.counts;
     m_documents = std::make_unique<ScriptDocuments>(*m_services);
+    m_documents->SetListener(m_world.window);
     return true;
 }
 
@@ -337,7 +338,7 @@ void CKalvexApp::OpenAutoStartScripts() {
             m_log.Log(path + " : " + text::FromUtf8(error), platform::LogErrors);
             continue;
         }
-        m_console->OnOpened(*document);
+        m_console->OnOpened(*document, false);
         document->Start();
         document->SetMinimised(true);
         if (m_world.window != nullptr) m_world.window->MinimiseFrame(*document);

@@ -30,6 +30,11 @@ void CLog::AddMessage(std::string_view text, std::int64_t time, int level) {
     if (m_listener != nullptr) m_listener->OnLogMessage(message);
 }
 
+void CLog::OnClear() {
+    m_messages.clear();
+    if (m_listener != nullptr) m_listener->OnLogCleared();
+}
+
 bool CLog::WriteLine(const LogMessage& message) {
     return m_file.Write(text::ToUtf8(FormatLogLine(message)));
 }

@@ -25,11 +25,13 @@ struct LogMessage {
     std::string text;
 };
 
-// Hears of each line as it comes; the file, and what else there is, know nothing of each other.
+// Hears of each line as it comes, and when they are cleared; the file, and what else there is, know
+// nothing of each other.
 class LogListener {
   public:
     virtual ~LogListener() = default;
     virtual void OnLogMessage(const LogMessage& message) = 0;
+    virtual void OnLogCleared() {}
 };
 
 class CLog {
@@ -45,11 +47,12 @@ class CLog {
 
     // The line with its stamp; index from 0, the oldest that is kept.
     std::string GetText(std::size_t index) const;
+    int GetLevelOf(std::size_t index) const { return m_messages.at(index).level; }
     std::size_t GetCount() const { return m_messages.size(); }
     // The newest, at most so many, oldest first.
     std::vector<LogMessage> GetLastMessages(std::size_t count) const;
     // Of memory; the file keeps what it has.
-    void OnClear() { m_messages.clear(); }
+    void OnClear();
 
     // Lines go to `path`, ".log" behind it, from now on; see CLogFile. What could not be written is
     // counted, and told in the file when it can be written again.

@@ -3,12 +3,13 @@
 
 #include <string_view>
 
+#include "app/ScriptDocuments.h"
 #include "engine/ScriptDocument.h"
 #include "platform/Questions.h"
 
 namespace kalvex::app {
 
-class MainWindow : public platform::Questions {
+class MainWindow : public platform::Questions, public DocumentsListener {
   public:
     // ---- dialogs: each returns when the person at the keyboard has answered
     virtual void ShowMessage(std::string_view text) = 0;

@@ -313,7 +313,7 @@ void ModuleConsole::SetVariable(const Message& message) {
                               .script = std::string(message.path),
                               .name = variable->GetName()};
     value::CVal value;
-    if (variable->GetValue(value, value::KindCurrent, kAsStored) == operands::ReadValue) {
+    if (variable->GetValue(value, value::KindCurrent, operands::kAsStored) == operands::ReadValue) {
         record.oldValue = ValueName(value);
     }
     value = ReadMessageValue(fields.Text(2), fields.Number(3), fields.Number(4));

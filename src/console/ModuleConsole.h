@@ -62,6 +62,8 @@ class ModuleConsole final : public engine::ConsoleLink {
     // it. Before its run is destroyed a script is taken off.
     void OnOpened(const engine::CKalvexDoc& document, bool isTold);
     void OnClosing(const engine::CKalvexDoc& document);
+    // The module wants the session back: it takes it when a console gives it, and asks for nothing.
+    void AskForSession(const engine::CKalvexDoc& document) { m_asked.insert(&document); }
     void PublishLevel(int level);
     // The connection of this console has broken.
     void TakeBackAllSessions(const ConsoleWriter& client);

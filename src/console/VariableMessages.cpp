@@ -1,35 +1,20 @@
 #include "console/VariableMessages.h"
 
-#include "text/TextFormat.h"
-#include "value/LocalTimeText.h"
 #include "value/ValueText.h"
+#include "workbench/model/VariableSlots.h"
 
 namespace kalvex::console {
 
 namespace {
 
 constexpr char kSlotEnd = ';';
-constexpr const char* kCell = "%s ( %d ) %s";
-
-constexpr value::ValueKind kSlots[] = {value::KindCurrent, value::KindHour, value::KindDay,
-                                       value::KindMonth, value::KindSpan};
 
 }  // namespace
 
-std::string CellText(const value::CVal& value) {
-    return text::FormatText(kCell, {value::FormatLocalTime(value.GetTime()),
-                                    std::to_string(value.GetStatus()), value::ValueToText(value)});
-}
-
 std::string VariableValuesText(operands::CVariable& variable) {
-    const bool hasReports = variable.GetKind() == operands::VariableRemote;
     std::string text(1, kSlotEnd);
-    for (const value::ValueKind kind : kSlots) {
-        if (kind != value::KindCurrent && !hasReports) break;
-        value::CVal value;
-        if (variable.GetValue(value, kind, kAsStored) == operands::ReadValue) {
-            text += CellText(value);
-        }
+    for (const std::string& slot : workbench::SlotTexts(variable)) {
+        text += slot;
         text += kSlotEnd;
     }
     return NamesText(MessageCode::VariableValues, variable.GetName(), text);

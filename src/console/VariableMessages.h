@@ -10,12 +10,6 @@
 
 namespace kalvex::console {
 
-// How a variable is read whether a script could use its value or not.
-inline constexpr int kAsStored = 1;
-
-// The time, the status and the text of a value, as the table of variables shows it.
-std::string CellText(const value::CVal& value);
-
 // The message with all that the variable holds: a field for each slot, empty where nothing can be
 // read.
 std::string VariableValuesText(operands::CVariable& variable);

@@ -23,15 +23,23 @@ CKalvexDoc::~CKalvexDoc() {
 }
 
 bool CKalvexDoc::Open(std::string_view path, std::string& error) {
-    const platform::Paths& paths = Services().paths;
     std::string content;
-    const std::string full = paths.GetFullPath(path);
+    const std::string full = Services().paths.GetFullPath(path);
     if (!platform::ReadWholeFile(platform::NativePath(full), content, error)) return false;
-    SetPathName(full);
-    m_strDocKey = paths.GetShortPath(path);
+    SetFile(path);
     m_text->SetText(content);
     m_modified = false;
     return true;
+}
+
+void CKalvexDoc::SetFile(std::string_view path) {
+    if (path.empty()) {
+        SetPathName({});
+        m_strDocKey.clear();
+        return;
+    }
+    SetPathName(Services().paths.GetFullPath(path));
+    m_strDocKey = Services().paths.GetShortPath(path);
 }
 
 bool CKalvexDoc::Save(std::string& error) {

@@ -75,6 +75,9 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
 
     // Loads the file and takes its path (Windows-1250); false with the system's words in `error`.
     bool Open(std::string_view path, std::string& error);
+    // Has no file until it is given one, which Save writes. The path is an engine text; an empty
+    // one takes the file away.
+    void SetFile(std::string_view path);
     // Writes the text to the file, line ends CR LF; clears the modified flag.
     bool Save(std::string& error);
     // The same; the log is told why it could not be written.

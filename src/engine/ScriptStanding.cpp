@@ -4,6 +4,7 @@
 
 #include "engine/Procedures.h"
 #include "engine/WaitFor.h"
+#include "operands/VariableTarget.h"
 #include "text/LineScanner.h"
 
 namespace kalvex::engine {
@@ -130,26 +131,11 @@ class MissingValues {
         return RewriteLine(state.m_lstCallStack.back(), line);
     }
 
-    // A pointer's own operations leave an error in the slot where they lead nowhere.
-    operands::CVariable* FindTarget(std::string_view name) const {
-        const operands::VariableTable& variables = m_document.Variables();
-        operands::CVariable* variable = variables.Find(operands::BaseName(name));
-        for (std::size_t steps = variables.GetSize(); steps > 0 && IsPointer(variable); --steps) {
-            const auto& pointer = static_cast<const operands::CVariablePointer&>(*variable);
-            variable = variables.Find(operands::BaseName(pointer.GetTargetName()));
-        }
-        return IsPointer(variable) ? nullptr : variable;
-    }
-
-    static bool IsPointer(const operands::CVariable* variable) {
-        return variable != nullptr && variable->GetKind() == operands::VariablePointer;
-    }
-
     // The operand that the try has ended with.
     void AddRead(std::string_view name) {
         if (m_document.Variables().Find(operands::BaseName(name)) == nullptr) return;
         const value::ValueKind kind = value::GetValueKind(name);
-        operands::CVariable* target = FindTarget(name);
+        operands::CVariable* target = operands::FindTarget(m_document.Variables(), name);
         MissingValue& missing = m_found.emplace_back(MissingValue{std::string(name), kind, {}});
         if (target == nullptr) {
             missing.condition.state = DataState::NoTarget;
@@ -164,7 +150,7 @@ class MissingValues {
 
     void AddNamed(std::string_view token) {
         const value::ValueKind kind = value::GetValueKind(token);
-        operands::CVariable* target = FindTarget(token);
+        operands::CVariable* target = operands::FindTarget(m_document.Variables(), token);
         const bool known = std::ranges::find(m_found, token, &MissingValue::name) != m_found.end();
         if (known || kind == value::KindNone || target == nullptr) return;
         if (target->GetKind() != operands::VariableRemote) return;

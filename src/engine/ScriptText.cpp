@@ -5,9 +5,6 @@
 
 namespace kalvex::engine {
 
-namespace {
-
-// The lines of a text; the carriage return of a line end belongs to it.
 std::vector<std::string> SplitLines(std::string_view text) {
     std::vector<std::string> lines;
     for (;;) {
@@ -22,8 +19,6 @@ std::vector<std::string> SplitLines(std::string_view text) {
         text.remove_prefix(end + 1);
     }
 }
-
-}  // namespace
 
 void NormaliseLine(std::string_view raw, std::string& line) {
     line.assign(raw);
@@ -58,6 +53,19 @@ void LineList::InsertScriptText(int line, std::string_view text, bool replace) {
     }
     m_lines.insert(position, std::make_move_iterator(added.begin()),
                    std::make_move_iterator(added.end()));
+}
+
+void LineList::ReplaceLines(int first, int removed, std::vector<std::string> lines) {
+    const std::size_t kept = std::min(lines.size(), static_cast<std::size_t>(removed));
+    const auto position = m_lines.begin() + first;
+    const auto added = lines.begin() + static_cast<std::ptrdiff_t>(kept);
+    const auto behind = std::move(lines.begin(), added, position);
+    if (added == lines.end()) {
+        m_lines.erase(behind, position + removed);
+    } else {
+        m_lines.insert(behind, std::make_move_iterator(added),
+                       std::make_move_iterator(lines.end()));
+    }
 }
 
 }  // namespace kalvex::engine

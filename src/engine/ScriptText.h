@@ -12,11 +12,13 @@ namespace kalvex::engine {
 // The line as statements read it: tabs are blanks, leading blanks are gone. `line` is overwritten.
 void NormaliseLine(std::string_view raw, std::string& line);
 
+// A text of n line ends has n + 1 lines; the carriage return of a line end belongs to it.
+std::vector<std::string> SplitLines(std::string_view text);
+
 class ScriptText {
   public:
     virtual ~ScriptText() = default;
 
-    // A text of n line ends has n + 1 lines.
     virtual int GetLineCount() const = 0;
     virtual std::string_view GetLine(int n) const = 0;  // valid until the text changes
     virtual void SetText(std::string_view text) = 0;    // line ends CR LF or LF
@@ -36,6 +38,9 @@ class LineList final : public ScriptText {
     void SetText(std::string_view text) override;
     std::string GetText() const override;
     void InsertScriptText(int line, std::string_view text, bool replace) override;
+
+    // The lines take the place of `removed` lines from `first` on; at least one line is left.
+    void ReplaceLines(int first, int removed, std::vector<std::string> lines);
 
   private:
     std::vector<std::string> m_lines;  // never empty

@@ -25,19 +25,6 @@ std::int64_t CountOf(const CWaitFor& record) {
     return static_cast<std::int64_t>(record.arrTimes.size());
 }
 
-bool ReadWaitTimes(CKalvexDoc& document, std::string_view text, CWaitFor& record,
-                   const value::TimeFields& today) {
-    std::string_view token = text::NextToken(text);
-    if (token.empty()) return false;
-    for (; !token.empty(); token = text::NextToken(text)) {
-        if (token == ",") continue;
-        operands::SleepTime written;
-        if (!operands::ParseSleepTime(document, token, written)) return false;
-        AddWaitTimes(record, written, today);
-    }
-    return true;
-}
-
 }  // namespace
 
 void AddWaitTimes(CWaitFor& record, const operands::SleepTime& written,
@@ -58,6 +45,22 @@ void AddWaitTimes(CWaitFor& record, const operands::SleepTime& written,
             Insert(record.arrTimes, value::MakeLocalTime(at));
         }
     }
+}
+
+bool ReadWaitFor(operands::ScriptContext& script, std::string_view text, std::int64_t now,
+                 CWaitFor& record) {
+    const value::TimeFields today = value::SplitLocalTime(now);
+    std::string_view token = text::NextToken(text);
+    if (token.empty()) return false;
+    for (; !token.empty(); token = text::NextToken(text)) {
+        if (token == ",") continue;
+        operands::SleepTime written;
+        if (!operands::ParseSleepTime(script, token, written)) return false;
+        AddWaitTimes(record, written, today);
+    }
+    LocateWaitTime(record, now);
+    SetDay(record, today);
+    return true;
 }
 
 void LocateWaitTime(CWaitFor& record, std::int64_t time) {
@@ -112,12 +115,9 @@ LineOutcome ExecuteWaitFor(StatementCall& call) {
     if (CWaitFor* known = document.FindWaitFor()) {
         return PassWaitTime(*known, now) ? LineOutcome::Finished : LineOutcome::Stays;
     }
-    const value::TimeFields today = value::SplitLocalTime(now);
     CWaitFor record;
-    if (!ReadWaitTimes(document, call.rest, record, today)) return LineOutcome::Failed;
+    if (!ReadWaitFor(document, call.rest, now, record)) return LineOutcome::Failed;
     if (record.arrTimes.empty()) return LineOutcome::Stays;
-    LocateWaitTime(record, now);
-    SetDay(record, today);
     document.AddWaitFor(std::move(record));
     return LineOutcome::Stays;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "engine/CallStack.h"
 #include "operands/TimeText.h"
@@ -13,6 +14,11 @@ namespace kalvex::engine {
 // m.s, one a minute for s. Fields out of their bounds are brought to the nearest bound.
 void AddWaitTimes(CWaitFor& record, const operands::SleepTime& written,
                   const value::TimeFields& today);
+
+// Reads the times of a WAITFOR line, behind its keyword, for the day of `now`, and places the
+// record there. False when one of them cannot be read, or the line has nothing.
+bool ReadWaitFor(operands::ScriptContext& script, std::string_view text, std::int64_t now,
+                 CWaitFor& record);
 
 // Places the record at its first time at or after `time`, or behind its last one.
 void LocateWaitTime(CWaitFor& record, std::int64_t time);

@@ -225,14 +225,29 @@ bool FitsSchedule(const ScheduleEntry& entry, std::int64_t time) {
            FitsMinute(entry, at);
 }
 
-bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now) {
+ScheduleForm GetScheduleForm(std::int32_t a, std::int32_t b) {
     constexpr std::int32_t kFirstTime = 100000;
+    if (a <= 0) return ScheduleForm::Present;
+    if (a < kFirstTime) return ScheduleForm::PresentOn;
+    if (b <= 0) return ScheduleForm::Time;
+    return b < kFirstTime ? ScheduleForm::TimeOn : ScheduleForm::Range;
+}
+
+bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now) {
     ScheduleEntry entry;
     if (!ReadScheduleEntry(text, entry)) return false;
-    if (a <= 0) return FitsSchedule(entry, now);
-    if (a < kFirstTime) return FitsWithin(entry, now, a);
-    if (b <= 0) return FitsSchedule(entry, a);
-    if (b < kFirstTime) return FitsWithin(entry, a, b);
+    switch (GetScheduleForm(a, b)) {
+        case ScheduleForm::Present:
+            return FitsSchedule(entry, now);
+        case ScheduleForm::PresentOn:
+            return FitsWithin(entry, now, a);
+        case ScheduleForm::Time:
+            return FitsSchedule(entry, a);
+        case ScheduleForm::TimeOn:
+            return FitsWithin(entry, a, b);
+        case ScheduleForm::Range:
+            break;
+    }
     return a <= now && now <= b && FitsSchedule(entry, now);
 }
 

@@ -34,10 +34,20 @@ bool ReadScheduleEntry(std::string_view text, ScheduleEntry& entry);
 // Whether the second fits. A negative time fits no entry.
 bool FitsSchedule(const ScheduleEntry& entry, std::int64_t time);
 
-// The question of CHECK_EVENT_TIME. `a` and `b` are told apart by their size: below 1 absent, below
-// 100000 a tolerance in seconds, which looks forward only, else a time. So: the present; a
-// tolerance from the present on; the time a; a tolerance from the time a on; the present, if it
-// lies in a to b.
+// What CHECK_EVENT_TIME asks about.
+enum class ScheduleForm {
+    Present,
+    PresentOn,  // the present and the seconds after it, `a` in all
+    Time,       // the time a
+    TimeOn,     // the time a and the seconds after it, `b` in all
+    Range,      // the present, if it lies in a to b
+};
+
+// `a` and `b` are told apart by their size: below 1 absent, below 100000 a tolerance in seconds,
+// which looks forward only, else a time.
+ScheduleForm GetScheduleForm(std::int32_t a, std::int32_t b);
+
+// The question of CHECK_EVENT_TIME.
 bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now);
 
 }  // namespace kalvex::operands

@@ -1,4 +1,6 @@
 // CHECK_EVENT_TIME: whether a schedule entry fits.
+#include "operands/ScheduleFunction.h"
+
 #include "operands/FunctionArguments.h"
 #include "operands/FunctionFamilies.h"
 #include "operands/Schedule.h"
@@ -22,14 +24,24 @@ std::optional<int> Seconds(const FunctionCall& call, std::size_t index) {
 
 }  // namespace
 
-FunctionResult CheckEventTimeFunction(FunctionCall& call) {
-    if (call.arguments[0].empty()) return FunctionResult::Failed;
-    const std::string entry = TextArgument(call, 0).value_or(std::string(call.arguments[0]));
+std::optional<ScheduleQuestion> ReadScheduleQuestion(const FunctionCall& call) {
+    if (call.arguments[0].empty()) return std::nullopt;
+    ScheduleQuestion question;
+    question.entry = TextArgument(call, 0).value_or(std::string(call.arguments[0]));
     const std::optional<int> a = Seconds(call, 1);
-    if (!a) return FunctionResult::Failed;
+    if (!a) return std::nullopt;
     const std::optional<int> b = Seconds(call, 2);
-    if (!b) return FunctionResult::Failed;
-    const bool fits = CheckEventTime(entry, *a, *b, call.script.Services().clock.Now());
+    if (!b) return std::nullopt;
+    question.a = *a;
+    question.b = *b;
+    return question;
+}
+
+FunctionResult CheckEventTimeFunction(FunctionCall& call) {
+    const std::optional<ScheduleQuestion> question = ReadScheduleQuestion(call);
+    if (!question) return FunctionResult::Failed;
+    const bool fits = CheckEventTime(question->entry, question->a, question->b,
+                                     call.script.Services().clock.Now());
     call.out = value::CVal(fits ? 1 : 0);
     return FunctionResult::Done;
 }

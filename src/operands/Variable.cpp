@@ -116,40 +116,40 @@ std::string CVariable::GetMaxVal() {
 
 int VariableStored::GetValueType(value::ValueKind kind, int) {
     value::CVal value;
-    return GetValue(value, kind, 1) == 0 ? value::ValueType::Unreadable : value.GetType();
+    return GetValue(value, kind, kAsStored) == 0 ? value::ValueType::Unreadable : value.GetType();
 }
 
 int VariableStored::GetStatus(std::uint16_t* out, value::ValueKind kind) {
     value::CVal value;
-    if (GetValue(value, kind, 1) == 0) return 0;
+    if (GetValue(value, kind, kAsStored) == 0) return 0;
     *out = value.GetStatus();
     return 1;
 }
 
 int VariableStored::SetStatus(std::uint16_t word, value::ValueKind kind) {
     value::CVal value;
-    if (GetValue(value, kind, 1) == 0) return 0;
+    if (GetValue(value, kind, kAsStored) == 0) return 0;
     value.SetStatus(word);
     return SetValue(value, kind);
 }
 
 int VariableStored::GetTime(std::int64_t* out, value::ValueKind kind) {
     value::CVal value;
-    if (GetValue(value, kind, 1) == 0) return 0;
+    if (GetValue(value, kind, kAsStored) == 0) return 0;
     *out = value.GetTime();
     return 1;
 }
 
 int VariableStored::SetTime(std::int64_t time, value::ValueKind kind) {
     value::CVal value;
-    if (GetValue(value, kind, 1) == 0) return 0;
+    if (GetValue(value, kind, kAsStored) == 0) return 0;
     value.SetTime(time);
     return SetValue(value, kind);
 }
 
 int VariableStored::CopyFrom(CVariable* source, value::ValueKind kind) {
     value::CVal value;
-    if (source == nullptr || source->GetValue(value, kind, 1) == 0) return 0;
+    if (source == nullptr || source->GetValue(value, kind, kAsStored) == 0) return 0;
     return SetValue(value, kind);
 }
 
@@ -250,14 +250,24 @@ void CVariableList::RemoveAll() {
 }
 
 // A way of more steps than there are variables leads in a circle.
-CVariable* CVariablePointer::FindTarget() const {
+template <class LookUp>
+CVariable* CVariablePointer::Follow(LookUp lookUp) const {
     const CVariablePointer* pointer = this;
     for (std::size_t steps = m_script.Variables().GetSize(); steps > 0; --steps) {
-        CVariable* target = FindVariable(m_script, pointer->m_target);
+        CVariable* target = lookUp(pointer->m_target);
         if (target == nullptr || target->GetKind() != VariablePointer) return target;
         pointer = static_cast<const CVariablePointer*>(target);
     }
     return nullptr;
+}
+
+CVariable* CVariablePointer::FindTarget() const {
+    return Follow([this](const std::string& name) { return FindVariable(m_script, name); });
+}
+
+CVariable* CVariablePointer::LookUpTarget() const {
+    const VariableTable& variables = m_script.Variables();
+    return Follow([&](const std::string& name) { return variables.Find(BaseName(name)); });
 }
 
 template <class Result, class... Parameters, class... Arguments>

@@ -30,6 +30,9 @@ enum VariableKind : int {
     VariableRemote = 4
 };
 
+// How GetValue reads a value whether the script may use it or not.
+inline constexpr int kAsStored = 1;
+
 // Answers of GetValue.
 enum ReadResult : int {
     ReadNothing = 0,      // no value, or the source of a remote variable is not connected
@@ -49,7 +52,7 @@ class CVariable {
     virtual VariableKind GetKind() const { return VariableNone; }
     const std::string& GetName() const { return m_name; }
 
-    // mode 0 refuses a value that the script may not use; mode 1 reads whatever is stored.
+    // mode 0 refuses a value that the script may not use; kAsStored reads whatever is stored.
     virtual int GetValue(value::CVal& out, value::ValueKind kind, int mode);
     virtual int SetValue(const value::CVal& value, value::ValueKind kind);
     virtual int GetValueType(value::ValueKind kind, int mode);  // Unreadable when it cannot be read
@@ -173,6 +176,9 @@ class CVariablePointer final : public CVariable {
     const std::string& GetTargetName() const { return m_target; }
     void SetTargetName(std::string_view name) { m_target = name; }
     VariableKind GetTargetKind();
+    // What this pointer, or the last of a row of them, stands for; null where that is not there,
+    // which is no error here.
+    CVariable* LookUpTarget() const;
 
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
     int SetValue(const value::CVal& value, value::ValueKind kind) override;
@@ -217,6 +223,8 @@ class CVariablePointer final : public CVariable {
     Result Forward(Result missing, Result (CVariable::*operation)(Parameters...),
                    Arguments&&... arguments);
 
+    template <class LookUp>
+    CVariable* Follow(LookUp lookUp) const;
     CVariable* FindTarget() const;
 
     ScriptContext& m_script;

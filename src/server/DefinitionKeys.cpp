@@ -299,7 +299,7 @@ constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
     {vantrel::Attribute::Maximum, SetBound<&VariableConfig::maximum>},
     {vantrel::Attribute::Archive, SetBits<&VariableConfig::archive>},
     {vantrel::Attribute::Reports, SetBits<&VariableConfig::reports>},
-    {"pa", SetText},
+    {vantrel::Attribute::Path, SetText},
     {"report", SetRule},
     {"value", SetInitial},
     {"signal", SetSignal},

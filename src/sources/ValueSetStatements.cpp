@@ -92,7 +92,7 @@ engine::LineOutcome ExecuteMPut(engine::StatementCall& call) {
     if (kind == value::KindArchive) archive.RemoveAll();
     for (list->MoveFirst(); list->IsIteratorValid();) {
         value::CVal value;
-        list->GetValue(value, value::KindCurrent, 1);
+        list->GetValue(value, value::KindCurrent, operands::kAsStored);
         list->MoveNext();
         if (kind == value::KindArchive) {
             archive.Add(std::move(value));

@@ -47,7 +47,7 @@ int CVariableRemote::GetStatus(std::uint16_t* out, value::ValueKind kind) {
 
 int CVariableRemote::SetStatus(std::uint16_t word, value::ValueKind kind) {
     value::CVal value;
-    GetValue(value, kind, 1);
+    GetValue(value, kind, operands::kAsStored);
     value.SetStatus(word);
     return Store(std::move(value), kind);
 }
@@ -67,14 +67,16 @@ int CVariableRemote::GetTime(std::int64_t* out, value::ValueKind kind) {
 
 int CVariableRemote::SetTime(std::int64_t time, value::ValueKind kind) {
     value::CVal value;
-    GetValue(value, kind, 1);
+    GetValue(value, kind, operands::kAsStored);
     value.SetTime(time);
     return Store(std::move(value), kind);
 }
 
 int CVariableRemote::CopyFrom(operands::CVariable* source, value::ValueKind kind) {
     value::CVal value;
-    if (source == nullptr || source->GetValue(value, kind, 1) == operands::ReadNothing) return 0;
+    if (source == nullptr ||
+        source->GetValue(value, kind, operands::kAsStored) == operands::ReadNothing)
+        return 0;
     return Store(std::move(value), kind);
 }
 

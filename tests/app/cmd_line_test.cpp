@@ -73,10 +73,33 @@ TEST(CmdLineTest, LastOfTwoCounts) {
 }
 
 TEST(CmdLineTest, WhatIsUnknownIsNamedInOneLineAndPassedOver) {
-    const CCmdLine line({"/Y:1", "plik.kx", "-", "/D:5", "-żółw"});
+    const CCmdLine line({"/Y:1", "plik.txt", "-", "/D:5", "-żółw"});
     EXPECT_THAT(Warnings(line),
-                ElementsAre("Pominięte parametry wiersza poleceń: /Y:1 plik.kx - -żółw"));
+                ElementsAre("Pominięte parametry wiersza poleceń: /Y:1 plik.txt - -żółw"));
     EXPECT_EQ(line.GetIntOption("D"), 5);
+}
+
+TEST(CmdLineTest, ScriptsAreKeptInTheirOrder) {
+    const CCmdLine line({"b.kx", "/D", "5", "a.Kx", "/dom/c.KX", "/U", "jan.kx"});
+    EXPECT_THAT(line.GetScripts(), ElementsAre("b.kx", "a.Kx", "/dom/c.KX"));
+    EXPECT_EQ(line.GetStringOption("U"), "jan.kx");
+    EXPECT_THAT(Warnings(line), testing::IsEmpty());
+}
+
+TEST(CmdLineTest, ProgramThatOpensNoScriptsPassesThemOver) {
+    CCmdLine line({"b.kx", "/Y", "a.kx"});
+    line.PassOverScripts();
+    EXPECT_THAT(line.GetScripts(), testing::IsEmpty());
+    EXPECT_THAT(Warnings(line), ElementsAre("Pominięte parametry wiersza poleceń: /Y b.kx a.kx"));
+}
+
+TEST(CmdLineTest, ScriptEndsInItsLettersWithANameBefore) {
+    for (const char* name : {"a.kx", "a.KX", "a.kX", "/x/.a.kx"}) {
+        EXPECT_TRUE(CCmdLine::IsScript(name)) << name;
+    }
+    for (const char* name : {".kx", "kx", "akx", "a.kxx", "a.kx ", ""}) {
+        EXPECT_FALSE(CCmdLine::IsScript(name)) << name;
+    }
 }
 
 TEST(CmdLineTest, NumberThatIsNoneIsNamedAsItIsWritten) {

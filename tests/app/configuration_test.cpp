@@ -183,6 +183,19 @@ TEST_F(ConfigurationTest, EmptyValueEndsTheScripts) {
     EXPECT_THAT(Read().autostart, IsEmpty());
 }
 
+TEST(ConfigurationSourceFieldTest, IsOneFieldOfALine) {
+    for (const char* text : {"Gaz", "a b", "a;b", "\xb9"}) EXPECT_TRUE(IsSourceField(text)) << text;
+    for (const char* text : {"", ",", "a,b", "a\n", "\ra"})
+        EXPECT_FALSE(IsSourceField(text)) << text;
+}
+
+TEST_F(ConfigurationTest, FontOfTheLogIsKept) {
+    EXPECT_EQ(m_store.ReadLogFont(), "");
+    m_store.WriteLogFont(text::FromUtf8("Żółty Mono,11,-1,5"));
+    EXPECT_EQ(Content(), "[Okna]\r\nCzcionka Logu=Żółty Mono,11,-1,5\r\n");
+    EXPECT_EQ(text::ToUtf8(m_store.ReadLogFont()), "Żółty Mono,11,-1,5");
+}
+
 TEST_F(ConfigurationTest, ApplicationSettingsAreWritten) {
     KalvexConfiguration configuration;
     configuration.moduleName = "x";

@@ -170,6 +170,35 @@ TEST_F(LogTest, OldestLinesGoWhenThereAreTooMany) {
     EXPECT_THAT(m_module.GetLastMessages(2), IsEmpty());
 }
 
+TEST_F(LogTest, EachLineHasItsLevel) {
+    m_module.SetLevel(3);
+    for (const int level : {0, 3, 1}) m_module.Log("a", level);
+    EXPECT_EQ(m_module.GetLevelOf(0), 0);
+    EXPECT_EQ(m_module.GetLevelOf(1), 3);
+    EXPECT_EQ(m_module.GetLevelOf(2), 1);
+}
+
+TEST_F(LogTest, AListenerHearsThatTheLinesAreGone) {
+    class Listener final : public LogListener {
+      public:
+        explicit Listener(CLog& log) : m_log(log) {}
+        void OnLogMessage(const LogMessage& message) override { heard.push_back(message.text); }
+        void OnLogCleared() override { heard.push_back(std::to_string(m_log.GetCount())); }
+        std::vector<std::string> heard;
+
+      private:
+        CLog& m_log;
+    };
+    Listener listener(m_module);
+    m_module.SetListener(&listener);
+    m_module.Log("a", 0);
+    m_module.OnClear();
+    EXPECT_THAT(listener.heard, ElementsAre("a", "0"));
+    m_module.SetListener(nullptr);
+    m_module.OnClear();
+    EXPECT_THAT(listener.heard, ElementsAre("a", "0"));
+}
+
 TEST_F(LogTest, FileIsUtf8) {
     m_module.SetLogFile(m_folder.Path("Kalvex"), 10000000);
     m_module.Log(text::FromUtf8("zażółć"), 1);

@@ -7,12 +7,14 @@
 #include "console/VariableMessages.h"
 #include "support/zone_scope.h"
 #include "value/Status.h"
+#include "workbench/model/VariableSlots.h"
 
 namespace kalvex::console {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using workbench::CellText;
 
 TEST(ConsoleMessagesTest, CodeIsTheFirstNumber) {
     EXPECT_EQ(MessageFields("2").Code(), MessageCode::Start);

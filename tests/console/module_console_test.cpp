@@ -135,6 +135,18 @@ TEST_F(ModuleConsoleTest, VariablesAreTold) {
     EXPECT_THAT(Say(*m_client, "VL:v.kx", "17|NIE|7|171|32"), IsEmpty());
 }
 
+TEST_F(ModuleConsoleTest, PointerTellsTheSlotsOfWhatItLeadsTo) {
+    WriteFile("v.kx", "REMOTE R srv@V\nPOINTER P\nSETPTR P = \"R\"\nPOINTER Q\n");
+    Say(*m_client, "RC_KalvexDocInfo", "v.kx");
+    Subscribe(*m_client, {"v.kx", "VL:v.kx"});
+    Say(*m_client, "v.kx", "2");
+    FindScript("v.kx")->SetPriority(1);
+    Tick(10);
+    EXPECT_THAT(Say(*m_client, "VL:v.kx", "18|P"), ElementsAre("VL:v.kx: 19|P|;;;;;;"));
+    EXPECT_THAT(Say(*m_client, "VL:v.kx", "18|Q"), ElementsAre("VL:v.kx: 19|Q|;;"));
+    EXPECT_EQ(FindScript("v.kx")->LastError().m_nErrorCode, 0);
+}
+
 TEST_F(ModuleConsoleTest, LineIsReportedOnceASecondWhileItIsWanted) {
     Command("2");
     m_document->SetPriority(1);

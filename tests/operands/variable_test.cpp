@@ -309,6 +309,16 @@ TEST(VariablePointerTest, PointersFollowEachOther) {
     EXPECT_EQ(second.GetTargetKind(), VariablePointer);
 }
 
+TEST(VariablePointerTest, TargetIsLookedUpWithoutAnError) {
+    support::FakeScript script;
+    CVariableLocal& local = script.Local("X");
+    script.Pointer("P", "X.HREP");
+    EXPECT_EQ(script.Pointer("Q", "P").LookUpTarget(), &local);
+    EXPECT_EQ(script.Pointer("R", "NIE").LookUpTarget(), nullptr);
+    EXPECT_EQ(script.Pointer("S", "S").LookUpTarget(), nullptr);
+    EXPECT_EQ(script.Error(), "0");
+}
+
 TEST(VariablePointerTest, PointerThatReachesItselfEnds) {
     support::FakeScript script;
     CVariablePointer& pointer = script.Pointer("P", "Q");

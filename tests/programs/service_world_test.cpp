@@ -3,7 +3,7 @@
 
 #include "platform/IniProfile.h"
 #include "platform/UserSession.h"
-#include "programs/kalvexd/ServiceLibraries.h"
+#include "programs/ModuleLibraries.h"
 #include "programs/kalvexd/ServiceLoop.h"
 #include "support/environment_scope.h"
 #include "support/scratch_folder.h"
@@ -66,7 +66,7 @@ class ServiceWorldUserLibraryTest : public testing::Test {
     support::EnvironmentScope m_common{"SORVANE_COMMON_PROFILE", m_folder.Path("sorvane.ini")};
     platform::IniProfile m_profile;
     platform::Translator m_translator;
-    kalvexd::UserLibrary m_library{m_profile, m_translator};
+    UserLibrary m_library{m_profile, m_translator};
     std::string m_error;
 };
 

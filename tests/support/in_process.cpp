@@ -80,6 +80,12 @@ class InProcessTransport final : public vantrel::ClientTransport {
         return answered->has_value();
     }
 
+    void AskVariableList(const vantrel::LoginRequest& login, ListTaker done) override {
+        vantrel::SessionAcceptor* server = m_network.FindServer(m_strSource);
+        if (server == nullptr) return done(std::nullopt);
+        server->ListVariables(login, {}, std::move(done));
+    }
+
     InProcessNetwork& m_network;
     std::string m_strSource;
     vantrel::ClientTransportEvents& m_events;

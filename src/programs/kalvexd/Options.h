@@ -5,24 +5,18 @@
 #include <string>
 #include <vector>
 
+#include "programs/OptionTable.h"
 #include "programs/kalvexd/SourceTasks.h"
 
 namespace kalvex::kalvexd {
 
-struct KalvexdOptions {
-    std::string workingDir;  // absolute
-    std::string logDir;      // absolute
+struct KalvexdOptions : programs::ModuleOptions {
     bool logStdout = false;
-    std::string metrics;                 // where figures are read; empty: nowhere
-    std::optional<SourceOrder> source;   // to be done instead of the service
-    std::vector<std::string> arguments;  // of the module
+    std::string metrics;                // where figures are read; empty: nowhere
+    std::optional<SourceOrder> source;  // to be done instead of the service
 };
 
-struct KalvexdLine {
-    KalvexdOptions options;
-    std::optional<int> exitStatus = {};  // the process ends at once, with this
-    std::string message = {};
-};
+using KalvexdLine = programs::OptionLine<KalvexdOptions>;
 
 // `currentDir` is what relative folders are relative to; absolute.
 KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,

@@ -25,7 +25,7 @@ constexpr std::int64_t kLongestBusy = 15 * 60 * 1000;  // milliseconds
 constexpr int kEndingSignals[] = {SIGTERM, SIGINT};
 
 bool IsAskedToEnd() {
-    return std::ranges::any_of(kEndingSignals, platform::PosixMainLoop::IsPending);
+    return std::ranges::any_of(kEndingSignals, platform::SignalQueue::IsPending);
 }
 
 }  // namespace
@@ -79,7 +79,7 @@ void KalvexService::WatchSignals() {
 
 app::HealthFigures KalvexService::GetFigures() {
     const sources::CClientInterface* sources = m_app.ClientInterface();
-    return m_health.GetFigures(SteadyMicroseconds(), m_app.Documents().All(),
+    return m_health.GetFigures(platform::SteadyMicroseconds(), m_app.Documents().All(),
                                sources == nullptr ? nullptr : &sources->SourceList());
 }
 

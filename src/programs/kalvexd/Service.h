@@ -13,13 +13,14 @@
 #include "platform/IniProfile.h"
 #include "platform/LifeSigns.h"
 #include "platform/ServiceManager.h"
+#include "platform/SteadyTime.h"
 #include "platform/UserSession.h"
 #include "platform/posix/FileStore.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
 #include "platform/posix/SystemClock.h"
+#include "programs/ModuleLibraries.h"
 #include "programs/kalvexd/Options.h"
-#include "programs/kalvexd/ServiceLibraries.h"
 #include "programs/kalvexd/ServiceLoop.h"
 
 namespace kalvex::kalvexd {
@@ -57,12 +58,12 @@ class KalvexService {
     platform::PosixProcesses m_processes;
     platform::PosixFileStore m_files;
     platform::PosixNetworkProbes m_probes;
-    UserLibrary m_userLibrary;
-    NetworkLibrary m_network;
-    ConsoleDoor m_consoleDoor;
+    programs::UserLibrary m_userLibrary;
+    programs::NetworkLibrary m_network;
+    programs::ConsoleDoor m_consoleDoor;
     platform::UserSession m_users;
     std::optional<app::LogStream> m_stream;
-    app::Health m_health{SteadyMicroseconds()};
+    app::Health m_health{platform::SteadyMicroseconds()};
     app::CKalvexApp m_app;
     std::unique_ptr<platform::HttpEndpoint> m_endpoint;
     std::string m_status;  // that the manager has heard last

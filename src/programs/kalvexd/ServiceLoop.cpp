@@ -1,7 +1,8 @@
 #include "programs/kalvexd/ServiceLoop.h"
 
 #include <algorithm>
-#include <chrono>
+
+#include "platform/SteadyTime.h"
 
 namespace kalvex::kalvexd {
 
@@ -11,12 +12,7 @@ constexpr std::int64_t kLeastPeriod = 10;  // milliseconds
 
 }  // namespace
 
-std::int64_t SteadyMicroseconds() {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
-}
-
-ServiceLoop::ServiceLoop() : m_ticks(SteadyMicroseconds) {
+ServiceLoop::ServiceLoop() : m_ticks(platform::SteadyMicroseconds) {
     m_loop.AroundWait([this] { return m_ticks.OnTurn(); }, [this] { m_ticks.OnWake(); });
 }
 

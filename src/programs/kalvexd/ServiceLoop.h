@@ -12,11 +12,8 @@
 
 namespace kalvex::kalvexd {
 
-// Timers beside those of the main frame.
-enum ServiceTimer : int { NetworkTimer = 100, StatusTimer, WatchdogTimer };
-
-// Of a clock that nobody sets.
-std::int64_t SteadyMicroseconds();
+// Timers beside those of the main frame and of the network.
+enum ServiceTimer : int { StatusTimer = 101, WatchdogTimer };
 
 class ServiceLoop final : public app::AppLoop {
   public:

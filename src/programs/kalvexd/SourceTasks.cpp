@@ -102,10 +102,6 @@ auto FindSource(std::vector<sources::CSourceDesc>& sources, const std::string& n
     return std::ranges::find(sources, name, &sources::CSourceDesc::name);
 }
 
-bool IsField(const std::string& text) {
-    return !text.empty() && text.find_first_of(",\r\n") == std::string::npos;
-}
-
 // An engine text; false, which is told, when there is none.
 bool Ask(const Desk& desk, std::string& password) {
     std::string typed;
@@ -126,7 +122,7 @@ bool Ask(const Desk& desk, std::string& password) {
 
 int AddSource(const Desk& desk) {
     const SourceOrder& order = desk.order;
-    if (!IsField(order.name) || !IsField(order.user)) {
+    if (!app::IsSourceField(order.name) || !app::IsSourceField(order.user)) {
         return Fail(desk.translator,
                     {platform::Translatable(
                         "Nazwa źródła i użytkownik nie mogą być puste ani zawierać przecinka")});

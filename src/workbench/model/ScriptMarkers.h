@@ -26,6 +26,14 @@ class ScriptMarkers {
     // A breakpoint comes and goes with the colour of its line.
     void SetBreakpoint(int line, bool set);
 
+    // The marks from `line` on move by `count`.
+    void LinesInserted(int line, int count);
+    // The marks of `count` lines go with them, those behind move up.
+    void LinesDeleted(int line, int count);
+
+    // Another one after each change.
+    unsigned GetRevision() const { return m_revision; }
+
   private:
     struct Entry {
         int line;
@@ -35,6 +43,7 @@ class ScriptMarkers {
     };
 
     std::vector<Entry> m_entries;
+    unsigned m_revision = 0;
 };
 
 }  // namespace kalvex::workbench

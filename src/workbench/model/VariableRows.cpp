@@ -8,30 +8,11 @@ namespace {
 
 constexpr char kFieldEnd = ';';
 
-struct KindRow {
-    operands::VariableKind kind;
-    char letter;
-};
-
-constexpr KindRow kKinds[] = {
-    {operands::VariableLocal, 'L'},
-    {operands::VariablePointer, 'P'},
-    {operands::VariableList, 'A'},
-    {operands::VariableRemote, 'R'},
-};
-
-constexpr char kOtherKind = '?';
-
 constexpr std::string engine::DeclaredVar::*kValues[] = {
     &engine::DeclaredVar::strValue,   &engine::DeclaredVar::strStatus,
     &engine::DeclaredVar::strTime,    &engine::DeclaredVar::strDetailA,
     &engine::DeclaredVar::strDetailB,
 };
-
-char LetterOf(operands::VariableKind kind) {
-    const auto* row = std::ranges::find(kKinds, kind, &KindRow::kind);
-    return row == std::end(kKinds) ? kOtherKind : row->letter;
-}
 
 }  // namespace
 
@@ -50,7 +31,7 @@ int VariableRows::Update(std::string_view name, std::string_view fields) {
 
 VariableCells VariableRows::CellsOf(std::size_t index) const {
     const engine::DeclaredVar& row = m_rows[index];
-    VariableCells cells{row.strName, std::string(1, LetterOf(row.nKind))};
+    VariableCells cells{row.strName, std::string(1, KindLetter(row.nKind))};
     std::ranges::transform(kValues, cells.begin() + 2,
                            [&row](const auto value) { return row.*value; });
     return cells;

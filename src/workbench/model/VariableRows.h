@@ -2,7 +2,6 @@
 // declaration, filled from the messages of the module. Main thread; engine texts.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -10,12 +9,9 @@
 
 #include "engine/DeclaredVariables.h"
 #include "engine/ScriptText.h"
+#include "workbench/model/VariableSlots.h"
 
 namespace kalvex::workbench {
-
-// Name, kind, and the values: current, of the hour, the day, the month, the span.
-inline constexpr std::size_t kVariableColumns = 7;
-using VariableCells = std::array<std::string, kVariableColumns>;
 
 class VariableRows {
   public:

@@ -1,4 +1,4 @@
-// What a service starts before its module and stops behind it: its users, its way to data servers,
+// What a program starts before its module and stops behind it: its users, its way to data servers,
 // and that of consoles to it. Main thread.
 #pragma once
 
@@ -12,7 +12,7 @@
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
 
-namespace kalvex::kalvexd {
+namespace kalvex::programs {
 
 // Opens the users' file that the common profile of the machine names. Where it names none, nobody
 // can be logged in.
@@ -22,6 +22,8 @@ class UserLibrary final : public app::AppLibrary {
         : m_profile(profile), m_translator(translator) {}
 
     const platform::UserStore& Store() const { return m_store; }
+    // The file that the common profile names, an engine text; empty where it names none.
+    std::string GetFile() const;
 
     bool Start(std::string& error) override;
     void Stop() override {}
@@ -80,4 +82,4 @@ class ConsoleDoor final : public app::AppConsoleDoor {
     std::unique_ptr<vantrel::NetworkServer> m_network;  // null where nothing is to listen
 };
 
-}  // namespace kalvex::kalvexd
+}  // namespace kalvex::programs

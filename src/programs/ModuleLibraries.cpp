@@ -1,13 +1,12 @@
-#include "programs/kalvexd/ServiceLibraries.h"
+#include "programs/ModuleLibraries.h"
 
 #include "app/ServerAddresses.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
-#include "programs/kalvexd/ServiceLoop.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
-namespace kalvex::kalvexd {
+namespace kalvex::programs {
 
 namespace {
 
@@ -16,12 +15,17 @@ constexpr const char* kGeneral = "Konfiguracja";
 constexpr std::int64_t kNetworkPeriod = 1000;  // milliseconds
 
 constexpr const char* kUsers = "Użytkownicy";
+constexpr int kNetworkTimer = 100;  // beside those of the main frame
 
 }  // namespace
 
+std::string UserLibrary::GetFile() const {
+    return m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(kUsers), {},
+                                        m_profile.GetCommonProfilePath());
+}
+
 bool UserLibrary::Start(std::string& error) {
-    const std::string file = m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(kUsers), {},
-                                                          m_profile.GetCommonProfilePath());
+    const std::string file = GetFile();
     if (file.empty()) return true;
     std::string content;
     std::string reason;
@@ -42,12 +46,12 @@ bool NetworkLibrary::Start(std::string&) {
     settings.addresses = app::ReadServerAddresses(m_profile);
     m_client =
         std::make_unique<vantrel::NetworkClient>(std::move(settings), m_loop, *m_log, m_translator);
-    m_loop.SetTimer(NetworkTimer, kNetworkPeriod, [this] { m_client->Check(); });
+    m_loop.SetTimer(kNetworkTimer, kNetworkPeriod, [this] { m_client->Check(); });
     return true;
 }
 
 void NetworkLibrary::Stop() {
-    m_loop.KillTimer(NetworkTimer);
+    m_loop.KillTimer(kNetworkTimer);
     m_client.reset();
 }
 
@@ -64,4 +68,4 @@ bool ConsoleDoor::Open(vantrel::SessionAcceptor& acceptor, app::Supervised& modu
     return m_network != nullptr;
 }
 
-}  // namespace kalvex::kalvexd
+}  // namespace kalvex::programs
