@@ -9,10 +9,10 @@ import sys
 import tempfile
 import unittest
 
-CMAKE, BUILD = sys.argv[1:3]
-del sys.argv[1:3]
+CMAKE, BUILD, *WINDOWS = sys.argv[1:]
+del sys.argv[1:]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PROGRAMS = ["kalvex-run", "kalvexctl", "kalvexd", "sorvaned"]
+PROGRAMS = ["kalvex-run", "kalvexctl", "kalvexd", "sorvaned", *(pathlib.Path(path).name for path in WINDOWS)]
 SERVICES = ["kalvexd", "sorvaned"]
 
 
@@ -67,6 +67,16 @@ class Installation(unittest.TestCase):
             for path in (ROOT / source).glob("*.*"):
                 self.assertEqual((target / path.name).read_bytes(), path.read_bytes())
         self.assertFalse((shared / "examples/plant/data").exists())
+
+    @unittest.skipUnless(WINDOWS, "built without the window")
+    def test_desktop_finds_the_window(self):
+        shared = self.prefix / "share"
+        for place, name in (("applications", "kalvex.desktop"), ("mime/packages", "kalvex.xml"),
+                            ("metainfo", "pl.sorvane.kalvex.metainfo.xml"),
+                            ("icons/hicolor/scalable/apps", "kalvex.svg"),
+                            ("icons/hicolor/scalable/mimetypes", "text-x-kalvex-script.svg")):
+            self.assertEqual((shared / place / name).read_bytes(),
+                             (ROOT / "packaging/desktop" / name).read_bytes(), place)
 
     def test_units_name_options_that_their_programs_have(self):
         for service in SERVICES:

@@ -9,7 +9,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 # Files that translate texts out of tables of theirs, with the literals that are none of those; None where the texts
 # are found otherwise.
 TABLES = {
-    "src/app/CmdLine.cpp": {"", " ", ":=", "{}", "/{}", "{:<14}{}\\n"}
+    "src/app/CmdLine.cpp": {"", " ", ":=", ".KX", "{}", "/{}", "{:<14}{}\\n"}
     | {"?", "RC", "D", "X", "C", "INST", "NOLOGIN", "U", "Q", "P", "MIRROR"},
     "src/app/AppConsole.cpp": None,
     "src/app/HealthText.cpp": None,
@@ -47,9 +47,24 @@ TABLES = {
     # their texts are marked
     "src/app/KalvexApp.cpp": None,
     "src/console/ClientConsole.cpp": None,
+    "src/workbench/model/ScheduleProof.cpp": None,
+    "src/workbench/model/ScheduleWords.cpp": None,
     "src/workbench/model/ScriptTitle.cpp": None,
+    "src/workbench/model/TrendCsv.cpp": None,
+    "src/workbench/model/TrendScale.cpp": None,
+    "src/workbench/model/UndoActions.cpp": None,
+    "src/workbench/model/ValuesBeside.cpp": None,
+    "src/workbench/qt/HistoryDialog.cpp": None,
+    "src/workbench/qt/InsertVariablesDialog.cpp": None,
+    "src/workbench/qt/ScriptFiles.cpp": None,
+    "src/workbench/qt/ScriptFrames.cpp": None,
+    "src/workbench/qt/ScriptPrinter.cpp": None,
+    "src/workbench/qt/Toolkit.cpp": None,
+    "src/workbench/qt/TrendWindow.cpp": None,
+    # its texts are marked there and in the tables of the language
+    "src/workbench/model/KeywordHelp.cpp": None,
     # their texts and those of src/platform/UserStore.cpp are marked
-    "src/programs/kalvexd/ServiceLibraries.cpp": None,
+    "src/programs/ModuleLibraries.cpp": None,
     "src/programs/sorvaned/Tasks.cpp": None,
     "src/programs/kalvexctl/Console.cpp": None,
     "src/programs/kalvexctl/Endings.cpp": None,
@@ -66,14 +81,9 @@ TABLES = {
     "src/sources/LostOrderText.cpp": None,
 }
 
-# Files with Polish texts that are no messages, or messages that stay Polish.
-UNTRANSLATED = {
-    # keys of profiles
-    "src/app/Configuration.cpp",
-    "src/app/ConsoleConfiguration.cpp",
-    "src/app/Servers.cpp",
-    "src/programs/kalvexd/ServiceLibraries.cpp",
-    # the help of the language, which no program shows yet
+# Tables of the language, whose rows have help and usage that src/workbench/model/KeywordHelp.cpp translates. What is in
+# capitals alone is the language's own.
+HELP = [
     "src/language/Directives.cpp",
     "src/language/Functions.cpp",
     "src/language/Statements.cpp",
@@ -81,6 +91,15 @@ UNTRANSLATED = {
     "src/operands/OperandEvaluator.cpp",
     "src/operands/TimeProperties.cpp",
     "src/value/Status.cpp",
+]
+
+# Files with Polish texts that are no messages, or messages that stay Polish.
+UNTRANSLATED = {
+    # keys of profiles
+    "src/app/Configuration.cpp",
+    "src/app/ConsoleConfiguration.cpp",
+    "src/app/Servers.cpp",
+    "src/programs/ModuleLibraries.cpp",
     # told to the script alone
     "src/host/LinkTests.cpp",
     # the one text of an error that is not translated
@@ -111,8 +130,12 @@ def translated():
     assert rows and reasons and faults and refusals
     texts = {*rows, *reasons, *faults, *refusals}
     for path in (ROOT / "src").rglob("*.cpp"):
-        marked = r'\b(?:Translate|Translatable)\(\s*"((?:[^"\\]|\\.)*)"'
+        marked = r'\b(?:Translate\(|Translatable\(|Translated\([\w.]+,)\s*"((?:[^"\\]|\\.)*)"'
         texts.update(re.findall(marked, read(path.relative_to(ROOT))))
+    for path in HELP:
+        helps = {text for text in literals(read(path).replace("'\"'", "")) if re.search("[a-z]", text.replace("\\n", ""))}
+        assert helps
+        texts |= helps
     for path, others in TABLES.items():
         if others is not None:
             texts |= set(literals(read(path))) - others
