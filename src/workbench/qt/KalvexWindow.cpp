@@ -18,8 +18,7 @@ namespace kalvex::window {
 
 namespace {
 
-constexpr int kLeastViewPause = 2;  // milliseconds, before the first view
-constexpr int kStatePeriod = 150;   // milliseconds
+constexpr int kStatePeriod = 150;  // milliseconds
 constexpr const char* kStatusNames[] = {"statusMessage", "statusCaret", "statusMode", "statusUser",
                                         "statusLevel"};
 
@@ -65,12 +64,15 @@ void KalvexWindow::SetApp(app::CKalvexApp& app) {
     m_frames->SetApp(app);
 }
 
+std::string KalvexWindow::GetBesideProfile() const {
+    return m_app->GetProfileBase() + (m_app->IsConsoleClient() ? "_rc" : "");
+}
+
 // What lies beside the profile can be named when the application has chosen it.
 LookSettings& KalvexWindow::Look() {
     if (!m_look) {
-        const std::string role = m_app->IsConsoleClient() ? "_rc" : "";
-        m_look = std::make_unique<LookSettings>(
-            QString::fromStdString(m_app->GetProfileBase() + role + ".window"));
+        m_look =
+            std::make_unique<LookSettings>(QString::fromStdString(GetBesideProfile() + ".window"));
         m_frames->SetPlaces(*m_look);
     }
     return *m_look;
@@ -78,11 +80,10 @@ LookSettings& KalvexWindow::Look() {
 
 ScriptFiles& KalvexWindow::Files() {
     if (!m_files) {
-        const std::string role = m_app->IsConsoleClient() ? "_rc" : "";
         m_files = std::make_unique<ScriptFiles>(ScriptFiles::Parts{
             *this, m_translator, m_world.clock, *m_app, *m_frames, Look(),
             [this](BoxKind kind, const QString& text) { return Ask(kind, text); },
-            m_app->GetProfileBase() + role + ".recovery"});
+            GetBesideProfile() + ".recovery"});
     }
     return *m_files;
 }
@@ -208,7 +209,7 @@ void KalvexWindow::Show() {
     if (m_app->Configuration().trayIcon) m_tray.SetShown(true);
     show();
     activateWindow();
-    m_viewTimer.start(kLeastViewPause);
+    m_viewTimer.start(0);
     m_stateTimer.start(kStatePeriod);
     UpdateState();
     QTimer::singleShot(0, this, [this] {

@@ -95,6 +95,8 @@ class KalvexWindow final : public QMainWindow, public app::MainWindow {
     static const CommandHandler kHandlers[];
 
     // ---- parts
+    // The path, without an ending, of what is kept beside the profile.
+    std::string GetBesideProfile() const;
     LookSettings& Look();
     ScriptFiles& Files();
     workbench::SourceVariables& Variables();

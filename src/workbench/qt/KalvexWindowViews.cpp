@@ -73,7 +73,6 @@ FramesCalls KalvexWindow::FrameCallsOf() {
         document.SetMinimised(minimised);
     };
     calls.editorCalls = [this](engine::CKalvexDoc& document) { return EditorCallsOf(document); };
-    calls.editorMade = [](engine::CKalvexDoc&, CKalvexEditCtrl&) {};
     calls.makeVariables = [this](engine::CKalvexDoc& document) {
         return std::make_unique<CVariablesView>(CVariablesView::Parts{
             m_translator,

@@ -42,7 +42,6 @@ CKalvexEditCtrl& CChildFrame::NeedEditor() {
     m_content->setFocusProxy(m_editor);
     SetLook(m_look);
     m_editor->setAccessibleName(m_editorName);
-    m_calls.editorMade(*m_editor);
     m_editor->ApplyView();
     return *m_editor;
 }

@@ -31,7 +31,6 @@ struct EditorLook {
 struct FrameCalls {
     std::function<void()> close;  // the person wants it to be closed
     std::function<void(bool minimised)> minimised;
-    std::function<void(CKalvexEditCtrl& editor)> editorMade;
     EditorCalls editor;
 };
 

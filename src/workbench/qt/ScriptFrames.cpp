@@ -54,9 +54,6 @@ void ScriptFrames::Add(engine::CKalvexDoc& document) {
     FrameCalls calls;
     calls.close = [this, &document] { m_calls.close(document); };
     calls.minimised = [this, &document](bool minimised) { m_calls.minimised(document, minimised); };
-    calls.editorMade = [this, &document](CKalvexEditCtrl& editor) {
-        m_calls.editorMade(document, editor);
-    };
     calls.editor = m_calls.editorCalls(document);
     const EditorRole role = m_app->IsConsoleClient() ? EditorRole::Console : EditorRole::Module;
     entry->frame = new CChildFrame(document, model, m_translator, role, m_finds, std::move(calls));
@@ -194,7 +191,10 @@ void ScriptFrames::UpdateTitle(engine::CKalvexDoc& document) {
 
 void ScriptFrames::OnNews(engine::CKalvexDoc& document, workbench::DocumentNews news) {
     switch (news) {
+        // A stop leaves the variables as they are, and the period shows none of its values.
         case workbench::DocumentNews::Title:
+            RefreshVariables(document);
+            [[fallthrough]];
         case workbench::DocumentNews::ReadOnly:
             UpdateTitle(document);
             return ApplySoon(document);

@@ -22,7 +22,6 @@ struct FramesCalls {
     std::function<void(engine::CKalvexDoc&)> close;
     std::function<void(engine::CKalvexDoc&, bool minimised)> minimised;
     std::function<EditorCalls(engine::CKalvexDoc&)> editorCalls;
-    std::function<void(engine::CKalvexDoc&, CKalvexEditCtrl&)> editorMade;
     std::function<std::unique_ptr<CVariablesView>(engine::CKalvexDoc&)> makeVariables;
     std::function<bool(CChildFrame&)> isShown;  // its frame is, to the person
 };

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <QListView>
+#include <QTableView>
 #include <QToolBar>
 
 #include "workbench/qt/Texts.h"
@@ -91,6 +92,27 @@ TEST_F(WindowRunTest, StepShowsTheLineAtOnce) {
     EXPECT_EQ(script.State().m_nCurrentLine, before + 1);
     EXPECT_TRUE(Until([&] { return EditorOf(script).CaretLine() == before + 1; }));
     EXPECT_TRUE(script.State().m_bPaused);
+}
+
+// The period refreshes scripts that run, and no others.
+TEST_F(WindowRunTest, StopShowsTheVariablesAsTheyAre) {
+    engine::CKalvexDoc& script = OpenLines("LOCAL N = 0\n:a\nSET N = N + 1\nGOTO a");
+    Run(Command::Start);
+    Tick(300);
+    Run(Command::Variables);
+    const auto* const table = Window().findChild<QTableView*>("variablesTable");
+    ASSERT_NE(table, nullptr);
+    const auto shown = [table] { return table->model()->index(0, 2).data().toString(); };
+    const QString before = shown();
+    Tick(600);
+    Run(Command::Stop);
+    value::CVal value;
+    ASSERT_NE(
+        script.Variables().Find("N")->GetValue(value, value::KindCurrent, operands::kAsStored), 0);
+    double number = 0;
+    ASSERT_TRUE(value.GetValData(value::ValueType::Double, &number));
+    EXPECT_TRUE(Until([&] { return shown() != before; }));
+    EXPECT_EQ(shown(), "1970-01-01 01:00:00 ( 0 ) " + QString::number(number, 'f', 2));
 }
 
 TEST_F(WindowRunTest, BreakpointStopsTheRunAndIsTakenAway) {
