@@ -1,0 +1,29 @@
+10 S$ = "Z1"
+20 M$ = "auto"
+30 A = 0
+40 B = 0
+50 C = 0
+60 N = 0
+70 IF S$ = "Z1" THEN
+80 S$ = "Z2"
+90 A = A + 1
+100 ELSE
+110 IF S$ = "Z2" THEN
+120 IF M$ = "auto" THEN
+130 S$ = "Z3"
+140 ELSE
+150 S$ = "Z1"
+160 END IF
+170 B = B + 2
+180 ELSE
+190 S$ = "Z1"
+200 C = C + 3
+210 END IF
+220 END IF
+230 N = N + 1
+240 IF N < 1000000 THEN GOTO 70
+250 PRINT "STACJA "; S$
+260 PRINT "A "; A
+270 PRINT "B "; B
+280 PRINT "C "; C
+290 SYSTEM

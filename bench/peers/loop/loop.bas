@@ -1,0 +1,6 @@
+10 N = 0
+20 M = N
+30 N = M * 1.01 + 1 - M * 0.01
+40 IF N < 1000000 THEN GOTO 20
+50 PRINT "N "; N
+60 SYSTEM
