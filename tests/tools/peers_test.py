@@ -103,6 +103,12 @@ class Refusals(Scratch):
             str(refused.exception), "loop of 12000 passes, bash: N = 12001 and not 12000.00000001 as in Kalvex"
         )
 
+    def test_texts_are_the_same_as_they_stand_and_numbers_by_their_digits(self):
+        for one, other in (("Z1", "Z1"), (12, "12.0"), ("1e3", 1000), (3.0000000001, 3)):
+            self.assertTrue(peers.same(one, other), (one, other))
+        for one, other in (("Z1", "z1"), ("Z1", 1), (None, 0), (3.0001, 3)):
+            self.assertFalse(peers.same(one, other), (one, other))
+
     def test_result_that_is_not_printed(self):
         with self.assertRaises(peers.Refused) as refused:
             self.bench().compare(LOOP, OURS, 3000, {"M": 3000})
@@ -159,8 +165,8 @@ class Figures(unittest.TestCase):
 
     def test_row_has_medians_of_times_and_of_the_ratios_of_pairs(self):
         first, second = HERE_ALWAYS
-        pairs = {second: [(100, 1000), (10, 20), (50, 150)]}
-        self.assertEqual(peers.time_row(LOOP, (first, second), pairs), ["loop", "50 ns", "-", "150 ns (3.0)"])
+        pairs = {second: [(100, 150), (10, 100), (50, 160)]}
+        self.assertEqual(peers.time_row(LOOP, (first, second), pairs), ["loop", "50 ns", "-", "150 ns (3.2)"])
 
     def test_amounts_have_two_digits(self):
         amounts = {1234.5: "1234", 99.6: "100", 12.3: "12", 9.87: "9.9", 0.123: "0.12", 0.0123: "0.012", 0: "0"}
