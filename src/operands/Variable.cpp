@@ -8,6 +8,9 @@ namespace kalvex::operands {
 int CVariable::GetValue(value::CVal&, value::ValueKind, int) {
     return 0;
 }
+const value::CVal* CVariable::PeekValue(value::ValueKind) {
+    return nullptr;
+}
 int CVariable::SetValue(const value::CVal&, value::ValueKind) {
     return 0;
 }
@@ -195,22 +198,54 @@ int VariableStored::SetLocked(bool) {
     return 1;
 }
 
+int VariableHeld::GetValueType(value::ValueKind kind, int) {
+    const value::CVal* stored = FindStored(kind);
+    return stored == nullptr ? value::ValueType::Unreadable : stored->GetType();
+}
+
+int VariableHeld::GetStatus(std::uint16_t* out, value::ValueKind kind) {
+    const value::CVal* stored = FindStored(kind);
+    if (stored == nullptr) return 0;
+    *out = stored->GetStatus();
+    return 1;
+}
+
+int VariableHeld::GetTime(std::int64_t* out, value::ValueKind kind) {
+    const value::CVal* stored = FindStored(kind);
+    if (stored == nullptr) return 0;
+    *out = stored->GetTime();
+    return 1;
+}
+
 int CVariableLocal::GetValue(value::CVal& out, value::ValueKind kind, int) {
-    if (kind < value::KindCurrent || kind > value::KindSpan) return 0;
-    out = m_values[kind - value::KindCurrent];
+    const value::CVal* stored = FindStored(kind);
+    if (stored == nullptr) return 0;
+    out = *stored;
     return 1;
 }
 
 int CVariableLocal::SetValue(const value::CVal& value, value::ValueKind kind) {
-    if (kind < value::KindCurrent || kind > value::KindSpan) return 0;
+    if (!HasKind(kind)) return 0;
     m_values[kind - value::KindCurrent] = value;
     return kind == value::KindHour ? 0 : 1;
 }
 
 int CVariableList::GetValue(value::CVal& out, value::ValueKind kind, int mode) {
-    if (kind != value::KindCurrent || !IsIteratorValid()) return 0;
-    out = m_elements[static_cast<std::size_t>(m_iterator)];
+    const value::CVal* stored = FindStored(kind);
+    if (stored == nullptr) return 0;
+    out = *stored;
     return mode == 0 && (out.GetStatus() & value::Status::Unknown) != 0 ? 0 : 1;
+}
+
+const value::CVal* CVariableList::FindStored(value::ValueKind kind) const {
+    if (kind != value::KindCurrent || !IsIteratorValid()) return nullptr;
+    return &m_elements[static_cast<std::size_t>(m_iterator)];
+}
+
+const value::CVal* CVariableList::PeekValue(value::ValueKind kind) {
+    const value::CVal* stored = FindStored(kind);
+    if (stored == nullptr || (stored->GetStatus() & value::Status::Unknown) != 0) return nullptr;
+    return stored;
 }
 
 int CVariableList::SetValue(const value::CVal& value, value::ValueKind kind) {
@@ -285,6 +320,9 @@ VariableKind CVariablePointer::GetTargetKind() {
 
 int CVariablePointer::GetValue(value::CVal& out, value::ValueKind kind, int mode) {
     return Forward(0, &CVariable::GetValue, out, kind, mode);
+}
+const value::CVal* CVariablePointer::PeekValue(value::ValueKind kind) {
+    return Forward<const value::CVal*>(nullptr, &CVariable::PeekValue, kind);
 }
 int CVariablePointer::SetValue(const value::CVal& value, value::ValueKind kind) {
     return Forward(0, &CVariable::SetValue, value, kind);
@@ -401,12 +439,14 @@ CVariable* VariableTable::Find(std::string_view name) const {
 CVariable& VariableTable::Append(std::unique_ptr<CVariable> variable) {
     CVariable& added = *m_arrVariables.emplace_back(std::move(variable));
     m_byName.emplace(added.GetName(), &added);
+    ++m_generation;
     return added;
 }
 
 void VariableTable::RemoveAll() {
     m_byName.clear();
     m_arrVariables.clear();
+    ++m_generation;
 }
 
 std::string_view BaseName(std::string_view name) {

@@ -54,6 +54,9 @@ class CVariable {
 
     // mode 0 refuses a value that the script may not use; kAsStored reads whatever is stored.
     virtual int GetValue(value::CVal& out, value::ValueKind kind, int mode);
+    // What GetValue with mode 0 would copy, where it stands, until the variable changes. Null where
+    // that has to be asked: it would not answer ReadValue, or the value is held elsewhere.
+    virtual const value::CVal* PeekValue(value::ValueKind kind);
     virtual int SetValue(const value::CVal& value, value::ValueKind kind);
     virtual int GetValueType(value::ValueKind kind, int mode);  // Unreadable when it cannot be read
     virtual int GetStatus(std::uint16_t* out, value::ValueKind kind);
@@ -123,27 +126,50 @@ class VariableStored : public CVariable {
     int SetLocked(bool flag) override;
 };
 
-// Five values of its own, for the kinds 1 to 5; each is readable whatever its status.
-class CVariableLocal final : public VariableStored {
+// Holds its values itself, so what is asked of one needs no copy of it.
+class VariableHeld : public VariableStored {
   public:
     using VariableStored::VariableStored;
 
+    int GetValueType(value::ValueKind kind, int mode) override;
+    int GetStatus(std::uint16_t* out, value::ValueKind kind) override;
+    int GetTime(std::int64_t* out, value::ValueKind kind) override;
+
+  private:
+    // What GetValue reads as stored; null where there is nothing.
+    virtual const value::CVal* FindStored(value::ValueKind kind) const = 0;
+};
+
+// Five values of its own, for the kinds 1 to 5; each is readable whatever its status.
+class CVariableLocal final : public VariableHeld {
+  public:
+    using VariableHeld::VariableHeld;
+
     VariableKind GetKind() const override { return VariableLocal; }
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    const value::CVal* PeekValue(value::ValueKind kind) override { return FindStored(kind); }
     int SetValue(const value::CVal& value,
                  value::ValueKind kind) override;  // for KindHour: stored, and answers 0
 
   private:
+    static bool HasKind(value::ValueKind kind) {
+        return kind >= value::KindCurrent && kind <= value::KindSpan;
+    }
+    const value::CVal* FindStored(value::ValueKind kind) const override {
+        return HasKind(kind) ? &m_values[kind - value::KindCurrent] : nullptr;
+    }
+
     value::CVal m_values[5];
 };
 
 // Values in order with an iterator; the element under the iterator is the list's value.
-class CVariableList final : public VariableStored {
+class CVariableList final : public VariableHeld {
   public:
-    using VariableStored::VariableStored;
+    using VariableHeld::VariableHeld;
 
     VariableKind GetKind() const override { return VariableList; }
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    const value::CVal* PeekValue(value::ValueKind kind) override;
     int SetValue(const value::CVal& value, value::ValueKind kind) override;
 
     void Add(const value::CVal& value) { m_elements.push_back(value); }
@@ -160,6 +186,8 @@ class CVariableList final : public VariableStored {
     const std::vector<value::CVal>& Elements() const { return m_elements; }
 
   private:
+    const value::CVal* FindStored(value::ValueKind kind) const override;
+
     std::vector<value::CVal> m_elements;
     std::int32_t m_iterator = -1;
 };
@@ -181,6 +209,7 @@ class CVariablePointer final : public CVariable {
     CVariable* LookUpTarget() const;
 
     int GetValue(value::CVal& out, value::ValueKind kind, int mode) override;
+    const value::CVal* PeekValue(value::ValueKind kind) override;
     int SetValue(const value::CVal& value, value::ValueKind kind) override;
     int GetValueType(value::ValueKind kind, int mode) override;
     int GetStatus(std::uint16_t* out, value::ValueKind kind) override;
@@ -238,12 +267,16 @@ class VariableTable {
     CVariable& Append(std::unique_ptr<CVariable> variable);  // its name must not be there yet
     void RemoveAll();
     std::size_t GetSize() const { return m_arrVariables.size(); }
+    // Another number than before whenever a name may have come to mean another variable or none:
+    // what Find answered stands as long as this does.
+    std::uint32_t Generation() const { return m_generation; }
     auto begin() const { return m_arrVariables.begin(); }
     auto end() const { return m_arrVariables.end(); }
 
   private:
     std::vector<std::unique_ptr<CVariable>> m_arrVariables;
     std::unordered_map<std::string_view, CVariable*> m_byName;  // keys live in the variables
+    std::uint32_t m_generation = 0;
 };
 
 // The name without its suffix: cut at the first dot that does not stand at position 0.

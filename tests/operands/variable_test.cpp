@@ -26,6 +26,7 @@ TEST(VariableTest, BaseClassAnswersNothing) {
     EXPECT_EQ(variable.GetKind(), VariableNone);
     EXPECT_EQ(variable.GetName(), "x");
     EXPECT_EQ(variable.GetValue(value, value::KindCurrent, 1), 0);
+    EXPECT_EQ(variable.PeekValue(value::KindCurrent), nullptr);
     EXPECT_EQ(variable.SetValue(value, value::KindCurrent), 0);
     EXPECT_EQ(variable.GetValueType(value::KindCurrent, 1), 0);
     EXPECT_EQ(variable.GetStatus(&word, value::KindCurrent), 0);
@@ -82,6 +83,22 @@ TEST(VariableLocalTest, FiveKindsAreReadableWhateverTheirStatus) {
         EXPECT_EQ(variable.GetValue(value, kind, 0), 1);
         EXPECT_EQ(value::ValueToInt(value), kind);
     }
+}
+
+TEST(VariableLocalTest, EveryKindIsSeenInPlace) {
+    support::FakeScript script;
+    CVariableLocal& local = script.Local("a");
+    value::CVal value(5);
+    value.SetStatus(value::Status::Unknown);
+    local.SetValue(value, value::KindSpan);
+    EXPECT_EQ(local.PeekValue(value::KindCurrent)->GetType(), value::ValueType::None);
+    const value::CVal* seen = local.PeekValue(value::KindSpan);
+    EXPECT_EQ(support::Dump(*seen), "150:5");
+    EXPECT_EQ(seen->GetStatus(), value::Status::Unknown);
+    local.SetValue(value::CVal("x"), value::KindSpan);
+    EXPECT_EQ(support::Dump(*seen), "190:x");
+    EXPECT_EQ(local.PeekValue(value::KindNone), nullptr);
+    EXPECT_EQ(local.PeekValue(value::KindArchive), nullptr);
 }
 
 TEST(VariableLocalTest, OtherKindsAreNeverReadable) {
@@ -191,6 +208,20 @@ TEST(VariableListTest, UnknownElementIsRefusedThoughFilledIn) {
     EXPECT_EQ(list.GetNameValueText(text, value::KindCurrent), 0);
 }
 
+TEST(VariableListTest, CurrentElementIsSeenInPlaceWhereAScriptMayReadIt) {
+    support::FakeScript script;
+    CVariableList& list = script.List("L", {value::CVal("a"), value::CVal("b")});
+    EXPECT_EQ(list.PeekValue(value::KindCurrent), nullptr);
+    list.MoveTo(1);
+    EXPECT_EQ(list.PeekValue(value::KindCurrent), &list.Elements()[1]);
+    EXPECT_EQ(list.PeekValue(value::KindHour), nullptr);
+    list.SetStatus(value::Status::Unknown, value::KindCurrent);
+    EXPECT_EQ(list.PeekValue(value::KindCurrent), nullptr);
+    EXPECT_EQ(list.GetValueType(value::KindCurrent, 0), value::ValueType::Text);
+    list.MoveTo(2);
+    EXPECT_EQ(list.PeekValue(value::KindCurrent), nullptr);
+}
+
 TEST(VariableListTest, WritesOverTheCurrentElement) {
     CVariableList list("L");
     EXPECT_EQ(list.SetValue(value::CVal(1), value::KindCurrent), 0);
@@ -284,6 +315,20 @@ TEST(VariablePointerTest, PassesEveryOperationOn) {
     EXPECT_EQ(pointer.SetValueText("7", value::KindCurrent), 1);
     EXPECT_EQ(target.GetValueType(value::KindCurrent, 1), value::ValueType::Text);
     EXPECT_EQ(script.Error(), "0");
+}
+
+TEST(VariablePointerTest, TargetIsSeenInPlace) {
+    support::FakeScript script;
+    CVariableLocal& local = script.Local("a");
+    local.SetValue(value::CVal(2), value::KindMonth);
+    script.Pointer("p", "a.HREP");
+    script.Pointer("q", "p");
+    CVariable* pointer = script.Variables().Find("q");
+    EXPECT_EQ(pointer->PeekValue(value::KindMonth), local.PeekValue(value::KindMonth));
+    EXPECT_EQ(pointer->PeekValue(value::KindArchive), nullptr);
+    EXPECT_EQ(script.Error(), "0");
+    EXPECT_EQ(script.Pointer("r", "brak.HREP").PeekValue(value::KindCurrent), nullptr);
+    EXPECT_EQ(script.Error(), "3 brak");
 }
 
 TEST(VariablePointerTest, MissingTargetGivesTheBaseAnswersAndError3) {
@@ -387,6 +432,23 @@ TEST(VariableFindTest, FindsAmongManyByExactName) {
     for (const auto& variable : script.Variables()) {
         EXPECT_EQ(variable->GetName(), "V" + std::to_string(index++));
     }
+}
+
+TEST(VariableFindTest, GenerationTellsThatANameMayMeanAnother) {
+    support::FakeScript script;
+    const std::uint32_t empty = script.Variables().Generation();
+    script.Local("a");
+    const std::uint32_t one = script.Variables().Generation();
+    EXPECT_NE(one, empty);
+    script.Variables().Find("a")->SetValue(value::CVal(1), value::KindCurrent);
+    EXPECT_EQ(script.Variables().Generation(), one);
+    script.Variables().RemoveAll();
+    const std::uint32_t removed = script.Variables().Generation();
+    EXPECT_NE(removed, empty);
+    EXPECT_NE(removed, one);
+    script.Local("a");
+    EXPECT_NE(script.Variables().Generation(), removed);
+    EXPECT_NE(script.Variables().Generation(), one);
 }
 
 TEST(VariableStatusAndTimeTest, FollowTheSuffix) {
