@@ -162,7 +162,7 @@ CVal::CVal(std::wstring_view text) : CVal(text::FromWide(text)) {}
 
 void CVal::AssignText(const CVal& other) {
     if (!other.IsText()) {
-        PutNumber(other.m_type, other.m_number);
+        PutNumber(other.m_head.type, other.m_number);
     } else if (IsText()) {
         m_text = other.m_text;
     } else {
@@ -172,21 +172,16 @@ void CVal::AssignText(const CVal& other) {
 
 void CVal::TakeText(CVal& other) noexcept {
     if (!other.IsText()) {
-        PutNumber(other.m_type, other.m_number);
+        PutNumber(other.m_head.type, other.m_number);
     } else {
         PutText(std::move(other.m_text));
     }
 }
 
-void CVal::JoinStamp(const CVal& right) noexcept {
-    m_status |= right.m_status;
-    if (right.m_time > m_time) SetTime(right.m_time, right.m_subTime1, right.m_subTime2);
-}
-
 void CVal::PutNumber(std::uint16_t type, Number number) noexcept {
     if (IsText()) m_text.~basic_string();
     m_number = number;
-    m_type = type;
+    if (m_head.type != type) m_head.type = type;
 }
 
 void CVal::PutText(std::string&& text) noexcept {
@@ -195,15 +190,15 @@ void CVal::PutText(std::string&& text) noexcept {
     } else {
         new (&m_text) std::string(std::move(text));
     }
-    m_type = ValueType::Text;
+    m_head.type = ValueType::Text;
 }
 
 void CVal::SetType(std::uint16_t code) {
-    if (code == m_type) return;
+    if (code == m_head.type) return;
     if (code == ValueType::None || !Cast(code)) PutNumber(code, Number{0});
 }
 
-bool CVal::GetValData(int type, void* destination, int, const char*) const {
+bool CVal::GetAny(int type, void* destination) const {
     const bool integer = ValueType::IsInteger(type);
     if (!integer && type != ValueType::Double) return false;
     Operand operand;
@@ -223,8 +218,7 @@ bool CVal::GetValData(int type, std::string& destination, int, const char*) cons
     return true;
 }
 
-bool CVal::Cast(int type) {
-    if (type == m_type || type == ValueType::None || type == ValueType::Unreadable) return true;
+bool CVal::CastAny(int type) {
     if (type == ValueType::Text) {
         PutText(ValueToText(*this));
         return true;
@@ -241,6 +235,10 @@ bool CVal::Cast(int type) {
 
 template <class Operation>
 void CVal::Compute(const CVal& right, Operation operation) {
+    if (IsReal() && right.IsInteger()) {
+        PutReal(operation(Real(), static_cast<double>(right.Integer())), right);
+        return;
+    }
     Operand a;
     Operand b;
     ReadOperand(*this, a);
@@ -260,7 +258,7 @@ void CVal::Compute(const CVal& right, Operation operation) {
     JoinStamp(right);
 }
 
-CVal& CVal::operator+=(const CVal& right) {
+CVal& CVal::AddAny(const CVal& right) {
     if (IsText() && right.IsText()) {
         m_text += right.m_text;
         JoinStamp(right);
@@ -270,17 +268,17 @@ CVal& CVal::operator+=(const CVal& right) {
     return *this;
 }
 
-CVal& CVal::operator-=(const CVal& right) {
+CVal& CVal::SubtractAny(const CVal& right) {
     Compute(right, Subtract());
     return *this;
 }
 
-CVal& CVal::operator*=(const CVal& right) {
+CVal& CVal::MultiplyAny(const CVal& right) {
     Compute(right, Multiply());
     return *this;
 }
 
-CVal& CVal::operator/=(const CVal& right) {
+CVal& CVal::DivideAny(const CVal& right) {
     Operand a;
     Operand b;
     ReadOperand(*this, a);
@@ -317,28 +315,21 @@ CVal pow(const CVal& base, const CVal& exponent) {
     return result;
 }
 
-int CVal::operator==(const CVal& right) const {
-    return Compare(*this, right) == 0;
+double CVal::Order(const CVal& right) const {
+    const std::partial_ordering order =
+        IsInteger() && right.IsReal()   ? CompareMixed(Integer(), right.Real())
+        : IsReal() && right.IsInteger() ? 0 <=> CompareMixed(right.Integer(), Real())
+                                        : Compare(*this, right);
+    if (order == std::partial_ordering::unordered) return std::numeric_limits<double>::quiet_NaN();
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
-int CVal::operator!=(const CVal& right) const {
-    return Compare(*this, right) != 0;
-}
-
-int CVal::operator<(const CVal& right) const {
-    return Compare(*this, right) < 0;
-}
-
-int CVal::operator<=(const CVal& right) const {
-    return Compare(*this, right) <= 0;
-}
-
-int CVal::operator>(const CVal& right) const {
-    return Compare(*this, right) > 0;
-}
-
-int CVal::operator>=(const CVal& right) const {
-    return Compare(*this, right) >= 0;
+bool CVal::AppendText(std::string_view tail) {
+    if (!IsText()) return false;
+    m_text.append(tail);
+    m_head.status = 0;
+    SetTime(0);
+    return true;
 }
 
 }  // namespace kalvex::value

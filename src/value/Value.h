@@ -6,6 +6,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <functional>
 #include <new>
 #include <string>
 #include <string_view>
@@ -67,13 +69,13 @@ class CVal {
     CVal& operator=(const CVal& other);
     CVal& operator=(CVal&& other) noexcept;
 
-    std::uint16_t GetType() const { return m_type; }
+    std::uint16_t GetType() const { return m_head.type; }
     // Gives the value this type whatever its content: what does not read as the type becomes 0 or
     // empty, and a type that is neither a number's nor a text's leaves no content.
     void SetType(std::uint16_t code);
-    std::uint16_t GetStatus() const { return m_status; }
-    void SetStatus(std::uint16_t word) { m_status = word; }
-    void AddStatus(std::uint16_t bits) { m_status |= bits; }
+    std::uint16_t GetStatus() const { return m_head.status; }
+    void SetStatus(std::uint16_t word) { m_head.status = word; }
+    void AddStatus(std::uint16_t bits) { m_head.status |= bits; }
     std::int64_t GetTime() const { return m_time; }
     void SetTime(std::int64_t seconds, std::uint16_t sub1 = 0, std::uint16_t sub2 = 0);
     TIMEW GetTimeW() const { return TIMEW{m_time}; }
@@ -109,6 +111,9 @@ class CVal {
     // The complement of the value read as a 64-bit integer, in the value's own integer type (int
     // for a double, 64 bits for a text) or in 64 bits where it does not fit. Status and time are 0.
     CVal operator~() const;
+    // Joins the bytes to a text, which is then as one made of the whole: status 0, time 0. They may
+    // be a part of the text itself. False, with nothing changed, for a value that is no text.
+    bool AppendText(std::string_view tail);
     friend CVal pow(const CVal& base, const CVal& exponent);
 
     // 0 or 1. Two numbers are compared exactly, two texts by their bytes, a text and a number as
@@ -127,7 +132,9 @@ class CVal {
     std::int64_t Integer() const { return m_number.integer; }
     double Real() const { return m_number.real; }
     std::string_view Text() const { return m_text; }
-    bool IsText() const { return m_type == ValueType::Text; }
+    bool IsText() const { return m_head.type == ValueType::Text; }
+    bool IsReal() const { return m_head.type == ValueType::Double; }
+    bool IsInteger() const { return ValueType::IsInteger(m_head.type); }
 
   private:
     union Number {
@@ -135,9 +142,33 @@ class CVal {
         double real;
     };
 
-    CVal(std::uint16_t type, Number number) noexcept
-        : m_type(type), m_status(0), m_subTime1(0), m_subTime2(0), m_time(0), m_number(number) {}
+    // Copied as the one word that it is. What writes a part of it leaves alone what does not
+    // change: a value is often copied soon after, and a wide read waits for the narrow write before
+    // it.
+    struct Head {
+        std::uint16_t type;
+        std::uint16_t status = 0;
+        std::uint16_t subTime1 = 0;
+        std::uint16_t subTime2 = 0;
+    };
 
+    CVal(std::uint16_t type, Number number) noexcept : m_head{type}, m_time(0), m_number(number) {}
+
+    bool IsInt() const { return m_head.type == ValueType::Int; }
+    // What an operation does to two doubles or two ints stands in this header, the rest apart from
+    // it.
+    CVal& PutReal(double result, const CVal& right) noexcept;
+    CVal& PutInt(std::int64_t result, const CVal& right) noexcept;
+    CVal& AddAny(const CVal& right);
+    CVal& SubtractAny(const CVal& right);
+    CVal& MultiplyAny(const CVal& right);
+    CVal& DivideAny(const CVal& right);
+    bool GetAny(int type, void* destination) const;
+    bool CastAny(int type);
+    // Below, at or above 0 as the value is beside the other; NaN beside a NaN.
+    double Order(const CVal& right) const;
+    template <class Relation>
+    int Holds(const CVal& right, Relation relation) const;
     void AssignText(const CVal& other);
     void TakeText(CVal& other) noexcept;
     void CopyStamp(const CVal& other) noexcept;
@@ -147,10 +178,7 @@ class CVal {
     template <class Operation>
     void Compute(const CVal& right, Operation operation);
 
-    std::uint16_t m_type;
-    std::uint16_t m_status;
-    std::uint16_t m_subTime1;
-    std::uint16_t m_subTime2;
+    Head m_head;
     std::int64_t m_time;
     union {
         Number m_number;  // every type but Text; 0 where there is no content
@@ -162,11 +190,13 @@ class CVal {
 CVal pow(const CVal& base, const CVal& exponent);
 
 inline void CVal::CopyStamp(const CVal& other) noexcept {
-    m_type = other.m_type;
-    m_status = other.m_status;
-    m_subTime1 = other.m_subTime1;
-    m_subTime2 = other.m_subTime2;
+    m_head = other.m_head;
     m_time = other.m_time;
+}
+
+inline void CVal::JoinStamp(const CVal& right) noexcept {
+    if ((right.m_head.status & ~m_head.status) != 0) m_head.status |= right.m_head.status;
+    if (right.m_time > m_time) SetTime(right.m_time, right.m_head.subTime1, right.m_head.subTime2);
 }
 
 inline CVal::CVal(const CVal& other) {
@@ -188,12 +218,7 @@ inline CVal::CVal(CVal&& other) noexcept {
 }
 
 inline CVal::CVal(std::string text) noexcept
-    : m_type(ValueType::Text),
-      m_status(0),
-      m_subTime1(0),
-      m_subTime2(0),
-      m_time(0),
-      m_text(std::move(text)) {}
+    : m_head{ValueType::Text}, m_time(0), m_text(std::move(text)) {}
 
 inline CVal& CVal::operator=(const CVal& other) {
     if (IsText() || other.IsText()) {
@@ -217,8 +242,96 @@ inline CVal& CVal::operator=(CVal&& other) noexcept {
 
 inline void CVal::SetTime(std::int64_t seconds, std::uint16_t sub1, std::uint16_t sub2) {
     m_time = seconds;
-    m_subTime1 = sub1;
-    m_subTime2 = sub2;
+    m_head.subTime1 = sub1;
+    m_head.subTime2 = sub2;
+}
+
+// Of two values of one type, which stays; of ints 64 bits where it does not hold the result, which
+// two of them never leave.
+inline CVal& CVal::PutReal(double result, const CVal& right) noexcept {
+    m_number.real = result;
+    JoinStamp(right);
+    return *this;
+}
+
+inline CVal& CVal::PutInt(std::int64_t result, const CVal& right) noexcept {
+    m_number.integer = result;
+    if (result != static_cast<std::int32_t>(result)) m_head.type = ValueType::Int64;
+    JoinStamp(right);
+    return *this;
+}
+
+inline bool CVal::GetValData(int type, void* destination, int, const char*) const {
+    if (type != m_head.type || (!IsReal() && !IsInt())) return GetAny(type, destination);
+    const auto narrow = static_cast<std::int32_t>(m_number.integer);
+    if (IsReal()) {
+        std::memcpy(destination, &m_number.real, sizeof m_number.real);
+    } else {
+        std::memcpy(destination, &narrow, sizeof narrow);
+    }
+    return true;
+}
+
+inline bool CVal::Cast(int type) {
+    if (type == m_head.type || type == ValueType::None || type == ValueType::Unreadable)
+        return true;
+    return CastAny(type);
+}
+
+inline CVal& CVal::operator+=(const CVal& right) {
+    if (IsReal() && right.IsReal()) return PutReal(m_number.real + right.m_number.real, right);
+    if (IsInt() && right.IsInt()) return PutInt(m_number.integer + right.m_number.integer, right);
+    return AddAny(right);
+}
+
+inline CVal& CVal::operator-=(const CVal& right) {
+    if (IsReal() && right.IsReal()) return PutReal(m_number.real - right.m_number.real, right);
+    if (IsInt() && right.IsInt()) return PutInt(m_number.integer - right.m_number.integer, right);
+    return SubtractAny(right);
+}
+
+inline CVal& CVal::operator*=(const CVal& right) {
+    if (IsReal() && right.IsReal()) return PutReal(m_number.real * right.m_number.real, right);
+    if (IsInt() && right.IsInt()) return PutInt(m_number.integer * right.m_number.integer, right);
+    return MultiplyAny(right);
+}
+
+inline CVal& CVal::operator/=(const CVal& right) {
+    if (IsReal() && right.IsReal()) return PutReal(m_number.real / right.m_number.real, right);
+    return DivideAny(right);
+}
+
+template <class Relation>
+inline int CVal::Holds(const CVal& right, Relation relation) const {
+    if (IsReal() && right.IsReal()) return relation(m_number.real, right.m_number.real);
+    if (IsInteger() && right.IsInteger()) {
+        return relation(m_number.integer, right.m_number.integer);
+    }
+    return relation(Order(right), 0.0);
+}
+
+inline int CVal::operator==(const CVal& right) const {
+    return Holds(right, std::equal_to<>());
+}
+
+inline int CVal::operator!=(const CVal& right) const {
+    return Holds(right, std::not_equal_to<>());
+}
+
+inline int CVal::operator<(const CVal& right) const {
+    return Holds(right, std::less<>());
+}
+
+inline int CVal::operator<=(const CVal& right) const {
+    return Holds(right, std::less_equal<>());
+}
+
+inline int CVal::operator>(const CVal& right) const {
+    return Holds(right, std::greater<>());
+}
+
+inline int CVal::operator>=(const CVal& right) const {
+    return Holds(right, std::greater_equal<>());
 }
 
 }  // namespace kalvex::value

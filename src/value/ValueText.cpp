@@ -159,18 +159,6 @@ std::string FormatDouble(double value) {
     return text;
 }
 
-std::int32_t ValueToInt(const CVal& value) {
-    std::int32_t number = 0;
-    value.GetValData(ValueType::Int, &number);
-    return number;
-}
-
-double ValueToDouble(const CVal& value) {
-    double number = 0;
-    value.GetValData(ValueType::Double, &number);
-    return number;
-}
-
 std::string ValueToText(const CVal& value) {
     if (value.IsText()) return std::string(value.Text());
     if (value.GetType() == ValueType::Double) return FormatDouble(value.Real());

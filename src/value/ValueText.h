@@ -29,8 +29,16 @@ bool ReadWholeNumber(std::string_view text, CVal& out);
 std::string FormatDouble(double value);
 
 // GetValData at 150, 171 and 190, whatever its result.
-std::int32_t ValueToInt(const CVal& value);
-double ValueToDouble(const CVal& value);
+inline std::int32_t ValueToInt(const CVal& value) {
+    std::int32_t number = 0;
+    value.GetValData(ValueType::Int, &number);
+    return number;
+}
+inline double ValueToDouble(const CVal& value) {
+    double number = 0;
+    value.GetValData(ValueType::Double, &number);
+    return number;
+}
 std::string ValueToText(const CVal& value);
 
 // Changes the value as the operator's dialog does. "*" alone makes it unknown, "$" alone unknown,

@@ -140,6 +140,39 @@ TEST(ValueCopyTest, OfANumberDoesNotAllocate) {
     EXPECT_GT(support::AllocationCount(), before);
 }
 
+TEST(ValueAppendTextTest, TextIsAsOneMadeAfresh) {
+    CVal value = support::Stamped(CVal("ab"), 100, 5);
+    EXPECT_TRUE(value.AppendText("cd"));
+    EXPECT_EQ(support::Dump(value), "190:abcd");
+    EXPECT_EQ(value.GetStatus(), 0);
+    EXPECT_EQ(value.GetTime(), 0);
+    value = support::Stamped(value, 100, 5);
+    EXPECT_TRUE(value.AppendText(""));
+    EXPECT_EQ(support::Dump(value), "190:abcd");
+    EXPECT_EQ(value.GetTime(), 0);
+}
+
+TEST(ValueAppendTextTest, TailMayBeOfTheTextItself) {
+    CVal value("abc");
+    std::string wanted = "abc";
+    for (int i = 0; i < 12; ++i) {
+        const std::string tail = wanted.substr(1);
+        EXPECT_TRUE(value.AppendText(value.Text().substr(1)));
+        wanted += tail;
+        EXPECT_EQ(value.Text(), wanted);
+    }
+}
+
+TEST(ValueAppendTextTest, WhatIsNoTextStays) {
+    for (const CVal& content : {CVal(), CVal(7), CVal(2.5)}) {
+        CVal value = support::Stamped(content, 100, 5);
+        EXPECT_FALSE(value.AppendText("x"));
+        EXPECT_EQ(support::Dump(value), support::Dump(content));
+        EXPECT_EQ(value.GetStatus(), 5);
+        EXPECT_EQ(value.GetTime(), 100);
+    }
+}
+
 TEST(ValueStatusTest, AddStatusKeepsTheOtherBits) {
     CVal value(1);
     value.SetStatus(0x0020);
