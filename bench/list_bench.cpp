@@ -1,6 +1,7 @@
-// Aggregates over lists of 10 to 100000 elements, as properties and as CALC_IN_LIST, and series
-// made by FILL_IN_LIST. Each row compares its result with the one worked out beforehand; the
-// program fails when one differs. The time of a row grows with the number of elements alone.
+// Aggregates over lists of 10 to 1000000 elements, as properties and as CALC_IN_LIST, series made
+// by FILL_IN_LIST, and lists that grow and shrink at either end and on a walk. Each row compares
+// its result with the one worked out beforehand; the program fails when one differs. The time of a
+// row grows with the number of elements alone.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -71,7 +72,7 @@ void ListProperty(benchmark::State& state) {
 }
 BENCHMARK(ListProperty)
     ->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kProperties) - 1, 1),
-                   {10, 1000, 100000}});
+                   {10, 1000, 100000, 1000000}});
 
 struct Calculation {
     const char* text;
@@ -102,7 +103,7 @@ void ListCalculation(benchmark::State& state) {
 }
 BENCHMARK(ListCalculation)
     ->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kCalculations) - 1, 1),
-                   {10, 1000, 100000}});
+                   {10, 1000, 100000, 1000000}});
 
 // One element an hour.
 void ListSeries(benchmark::State& state) {
@@ -121,6 +122,67 @@ void ListSeries(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * hours);
 }
 BENCHMARK(ListSeries)->Arg(24)->Arg(744)->Arg(8784);
+
+// What a list of n elements is put through; the time of each is for one element.
+struct Walk {
+    const char* label;
+    void (*run)(operands::CVariableList& list, std::int64_t n);
+    std::int64_t (*left)(std::int64_t n);
+};
+
+constexpr Walk kWalks[] = {
+    {"add", [](operands::CVariableList& list, std::int64_t n) { Fill(list, n); },
+     [](std::int64_t n) { return 2 * n; }},
+    {"insert at the front",
+     [](operands::CVariableList& list, std::int64_t n) {
+         const value::CVal value(1);
+         for (std::int64_t i = 0; i < n; ++i) list.Insert(0, value);
+     },
+     [](std::int64_t n) { return 2 * n; }},
+    {"remove from the front",
+     [](operands::CVariableList& list, std::int64_t) {
+         for (list.MoveFirst(); list.IsIteratorValid();) list.RemoveCurrent();
+     },
+     [](std::int64_t) { return std::int64_t{0}; }},
+    {"read all",
+     [](operands::CVariableList& list, std::int64_t) {
+         value::CVal value;
+         for (list.MoveFirst(); list.IsIteratorValid(); list.MoveNext()) {
+             list.GetValue(value, value::KindCurrent, operands::kAsStored);
+         }
+     },
+     [](std::int64_t n) { return n; }},
+    {"remove every other on a walk",
+     [](operands::CVariableList& list, std::int64_t) {
+         list.MoveTo(1);
+         while (list.IsIteratorValid()) {
+             list.RemoveCurrent();
+             list.MoveNext();
+             list.MoveNext();
+         }
+     },
+     [](std::int64_t n) { return n / 2; }},
+};
+
+void ListWalk(benchmark::State& state) {
+    const Walk& walk = kWalks[state.range(0)];
+    const std::int64_t n = state.range(1);
+    support::FakeScript script;
+    operands::CVariableList& list = script.List("LISTA");
+    for (auto _ : state) {
+        state.PauseTiming();
+        list.RemoveAll();
+        Fill(list, n);
+        state.ResumeTiming();
+        walk.run(list, n);
+    }
+    Expect(static_cast<double>(list.Elements().size()), static_cast<double>(walk.left(n)),
+           walk.label);
+    state.SetItemsProcessed(state.iterations() * n);
+    state.SetLabel(walk.label);
+}
+BENCHMARK(ListWalk)->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kWalks) - 1, 1),
+                                  {1000, 1000000}});
 
 }  // namespace
 }  // namespace kalvex::bench

@@ -31,7 +31,7 @@ void MarkCalculated(value::CVal& result, std::int64_t now) {
 }  // namespace
 
 int CountItems(const CVariableList& list, const ElementFilter& filter) {
-    const std::vector<value::CVal>& elements = list.Elements();
+    const ElementSequence& elements = list.Elements();
     if (filter.ignoreMask == 0 && filter.from == 0 && filter.to == value::kLargestTime) {
         return static_cast<int>(elements.size());
     }

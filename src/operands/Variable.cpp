@@ -1,5 +1,7 @@
 #include "operands/Variable.h"
 
+#include <algorithm>
+
 #include "operands/ScriptContext.h"
 #include "value/ValueText.h"
 
@@ -256,12 +258,7 @@ int CVariableList::SetValue(const value::CVal& value, value::ValueKind kind) {
 
 int CVariableList::Insert(int index, const value::CVal& value) {
     if (index < 0) return 0;
-    const auto position = static_cast<std::size_t>(index);
-    if (position >= m_elements.size()) {
-        m_elements.push_back(value);
-    } else {
-        m_elements.insert(m_elements.begin() + index, value);
-    }
+    m_elements.Insert(std::min(static_cast<std::size_t>(index), m_elements.size()), value);
     return 1;
 }
 
@@ -275,12 +272,12 @@ bool CVariableList::IsIteratorValid() const {
 
 void CVariableList::RemoveCurrent() {
     if (!IsIteratorValid()) return;
-    m_elements.erase(m_elements.begin() + m_iterator);
+    m_elements.Remove(static_cast<std::size_t>(m_iterator));
     if (m_iterator >= 1) --m_iterator;
 }
 
 void CVariableList::RemoveAll() {
-    m_elements.clear();
+    m_elements.Clear();
     m_iterator = -1;
 }
 

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "operands/ElementSequence.h"
 #include "value/ArchiveValueList.h"
 #include "value/Status.h"
 #include "value/Value.h"
@@ -150,6 +151,11 @@ class CVariableLocal final : public VariableHeld {
     const value::CVal* PeekValue(value::ValueKind kind) override { return FindStored(kind); }
     int SetValue(const value::CVal& value,
                  value::ValueKind kind) override;  // for KindHour: stored, and answers 0
+    // Joins the bytes to the text that is stored, which may be their own: what SetValue with a new
+    // value of the whole text would leave. False, with nothing changed, where no text is stored.
+    bool AppendText(value::ValueKind kind, std::string_view tail) {
+        return HasKind(kind) && m_values[kind - value::KindCurrent].AppendText(tail);
+    }
 
   private:
     static bool HasKind(value::ValueKind kind) {
@@ -172,8 +178,7 @@ class CVariableList final : public VariableHeld {
     const value::CVal* PeekValue(value::ValueKind kind) override;
     int SetValue(const value::CVal& value, value::ValueKind kind) override;
 
-    void Add(const value::CVal& value) { m_elements.push_back(value); }
-    void Reserve(std::size_t count) { m_elements.reserve(count); }  // ahead of so many additions
+    void Add(const value::CVal& value) { m_elements.Append(value); }
     int Insert(int index,
                const value::CVal& value);  // 0 for a negative index, which inserts nothing
     void MoveFirst() { m_iterator = 0; }
@@ -183,12 +188,12 @@ class CVariableList final : public VariableHeld {
     std::int32_t GetIterator() const { return m_iterator; }
     void RemoveCurrent();
     void RemoveAll();
-    const std::vector<value::CVal>& Elements() const { return m_elements; }
+    const ElementSequence& Elements() const { return m_elements; }
 
   private:
     const value::CVal* FindStored(value::ValueKind kind) const override;
 
-    std::vector<value::CVal> m_elements;
+    ElementSequence m_elements;
     std::int32_t m_iterator = -1;
 };
 

@@ -46,7 +46,6 @@ engine::LineOutcome CopyAnswer(engine::StatementCall& call, operands::CVariable&
     const std::int64_t to = variable.GetRequestEnd();
     const value::CArchiveValueList& values = variable.GetSourceRecord()->GetArchValues();
     list->RemoveAll();
-    list->Reserve(values.GetSize());
     for (std::size_t i = 0; i < values.GetSize(); ++i) {
         const value::CVal& value = *values.Get(i);
         if (value.GetTime() > from && value.GetTime() < to) list->Add(value);

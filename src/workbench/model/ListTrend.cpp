@@ -43,7 +43,7 @@ void ListTrend::Request(std::int64_t, std::int64_t, Answer answer) {
 std::uint64_t ListTrend::GetVersion() {
     const operands::CVariableList* list = FindList();
     if (list == nullptr) return 0;
-    const std::vector<value::CVal>& elements = list->Elements();
+    const operands::ElementSequence& elements = list->Elements();
     std::uint64_t version = Joined(1, elements.size());
     const auto look = [&](std::size_t index) {
         const TrendPoint point = MakeTrendPoint(0, elements[index]);
