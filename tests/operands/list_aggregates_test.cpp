@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <random>
+
 #include "support/value_dump.h"
 
 namespace kalvex::operands {
@@ -86,6 +89,64 @@ TEST_F(ListAggregatesTest, ElementsAreNotChanged) {
     SumItems(list, result, {}, kNow);
     EXPECT_EQ(support::Dump(list.Elements()[0]), "150:5");
     EXPECT_EQ(list.Elements()[0].GetTime(), 100);
+}
+
+TEST_F(ListAggregatesTest, AverageDividesByTheCount) {
+    list.Add(Element(7, 0, -1));
+    value::CVal result;
+    EXPECT_TRUE(SumItems(list, result, {}, kNow));
+    EXPECT_EQ(support::Dump(result), "150:15");
+    EXPECT_TRUE(AverageItems(list, result, {}, kNow));
+    EXPECT_EQ(support::Dump(result), "171:3.00");
+    EXPECT_TRUE(AverageItems(list, result, {value::Status::Unknown}, kNow));
+    EXPECT_EQ(support::Dump(result), "171:4.333333333333333");
+}
+
+// Doubles mostly, so that rows of them begin and end at every place.
+value::CVal AnyContent(std::mt19937& random) {
+    switch (random() % 12) {
+        case 0:
+            return value::CVal(static_cast<int>(random()));
+        case 1:
+            return value::CVal(std::numeric_limits<std::int64_t>::max());
+        case 2:
+            return value::CVal("12.25");
+        case 3:
+            return value::CVal("x");
+        case 4:
+            return value::CVal();
+        default:
+            return value::CVal(static_cast<double>(random()) / 3e9 - 0.7);
+    }
+}
+
+TEST(ListAggregatesFoldTest, SumIsThatOfEachElementToTheOnesBefore) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 2000; ++round) {
+        CVariableList list("L");
+        value::CVal sum;
+        const ElementFilter known{value::Status::Unknown};
+        int count = 0;
+        for (std::size_t left = random() % 12; left > 0; --left) {
+            value::CVal element = AnyContent(random);
+            element.SetStatus(random() % 5 == 0 ? value::Status::Unknown : 0);
+            list.Insert(static_cast<int>(list.Elements().size()) / 2, element);
+        }
+        for (const value::CVal& element : list.Elements()) {
+            if (element.GetStatus() != 0) continue;
+            if (count++ == 0) {
+                sum = element;
+            } else {
+                sum += element;
+            }
+        }
+        value::CVal result;
+        ASSERT_EQ(SumItems(list, result, known, kNow), count > 0);
+        ASSERT_EQ(support::Dump(result), support::Dump(sum)) << round;
+        ASSERT_EQ(AverageItems(list, result, known, kNow), count > 0);
+        if (count > 0) sum /= value::CVal(count);
+        ASSERT_EQ(support::Dump(result), support::Dump(sum)) << round;
+    }
 }
 
 TEST(ListAggregatesArchiveTest, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
