@@ -1,4 +1,6 @@
 // TOKENIZE and JOIN: texts to pieces and lists to texts.
+#include <utility>
+
 #include "operands/FunctionArguments.h"
 #include "operands/FunctionFamilies.h"
 #include "operands/OperandEvaluator.h"
@@ -53,9 +55,16 @@ FunctionResult Join(FunctionCall& call) {
     }
     auto& list = static_cast<CVariableList&>(*variable);
     std::string joined;
-    for (const value::CVal& element : list.Elements()) {
-        if (&element != &list.Elements().front()) joined += separator;
-        joined += value::ValueToText(element);
+    bool first = true;
+    for (const ElementSequence::Row* row : list.Elements().Rows()) {
+        for (const value::CVal& element : *row) {
+            if (!std::exchange(first, false)) joined += separator;
+            if (element.IsText()) {
+                joined += element.Text();
+            } else {
+                joined += value::ValueToText(element);
+            }
+        }
     }
     list.MoveTo(static_cast<std::int32_t>(list.Elements().size()));
     call.out = value::CVal(std::move(joined));
