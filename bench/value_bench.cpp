@@ -98,10 +98,12 @@ void Read(benchmark::State& state) {
     double real = 0;
     std::int32_t integer = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(real = value::ValueToDouble(value));
-        benchmark::DoNotOptimize(integer = value::ValueToInt(value));
+        real = value::ValueToDouble(value);
+        integer = value::ValueToInt(value);
+        benchmark::ClobberMemory();
     }
     Expect(integer, 6, "read");
+    Expect(real, value.IsReal() ? 6.5 : 6, "read");
     state.SetLabel(PairAt(state.range(0)).label);
 }
 BENCHMARK(Read)->DenseRange(0, 3);
