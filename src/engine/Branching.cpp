@@ -151,17 +151,9 @@ LineOutcome ExecuteIf(StatementCall& call) {
 
 LineOutcome ExecuteElse(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    int line = document.State().m_nCurrentLine;
-    std::string first = FirstKeyword(document, line);
-    while (first != operands::Keyword::Endif && line < document.GetLineCount()) {
-        if (first == operands::Keyword::If)
-            line = document.IfBlocks().Find(document, line).nEndifLine;
-        ++line;
-        first = FirstKeyword(document, line);
-    }
-    document.JumpTo(line);
-    if (first == operands::Keyword::Endif) return LineOutcome::Finished;
-    return document.Fail(operands::ErrorBadFunction, first);
+    const int end = document.IfBlocks().FindElseEnd(document, document.State().m_nCurrentLine);
+    document.JumpTo(end);
+    return FinishedIf(end < document.GetLineCount());
 }
 
 LineOutcome ExecuteEndif(StatementCall&) {
@@ -172,15 +164,9 @@ LineOutcome ExecuteGoto(StatementCall& call) {
     return FinishedIf(call.document.GotoLabel(text::NextToken(call.rest)));
 }
 
-// The first line that is the label, or -1.
-int CKalvexDoc::FindLabel(std::string_view target) const {
-    const auto found = m_labels.find(target);
-    return found == m_labels.end() ? -1 : found->second;
-}
-
 bool CKalvexDoc::GotoLabel(std::string_view label) {
     const std::string target = ':' + std::string(label);
-    const int line = FindLabel(target);
+    const int line = m_arrLineCache.FindLabel(target);
     if (line < 0) return StopOnError(operands::ErrorNoLabel, target);
     JumpTo(line);
     return true;

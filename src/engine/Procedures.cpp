@@ -29,22 +29,13 @@ void ForEachArgument(std::string_view text, Take take) {
     }
 }
 
-int FindProcedure(CKalvexDoc& document, std::string_view name) {
-    for (int i = 0, count = document.GetLineCount(); i < count; ++i) {
-        std::string_view line = document.GetLine(i);
-        if (text::NextToken(line) == operands::Keyword::Procedure && ProcedureName(line) == name)
-            return i;
-    }
-    return -1;
-}
-
 LineOutcome CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view text) {
     const std::string name(ProcedureName(text));  // the search moves on from this line's text
     if (name.empty()) return document.StopOnError(operands::ErrorNoProcedure, "");
     ForEachArgument(text, [&](std::string item) {
         frame.arrArgs.push_back({.strActual = std::move(item), .strFormal = {}});
     });
-    const int head = FindProcedure(document, name);
+    const int head = document.Lines().FindProcedure(name);
     if (head < 0) return document.StopOnError(operands::ErrorNoProcedure, "");
 
     std::string_view line = document.GetLine(head);

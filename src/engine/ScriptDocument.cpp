@@ -2,7 +2,6 @@
 
 #include "platform/Files.h"
 #include "text/CodePage.h"
-#include "text/LineScanner.h"
 
 namespace kalvex::engine {
 
@@ -89,36 +88,16 @@ void CKalvexDoc::LogLine(std::string_view text, int level) {
 
 void CKalvexDoc::FillLineCache() {
     DropLineCache();
-    const int count = m_text->GetLineCount();
-    m_arrLineCache.resize(static_cast<std::size_t>(count));
-    for (int n = 0; n < count; ++n) {
-        std::string& line = m_arrLineCache[static_cast<std::size_t>(n)];
-        NormaliseLine(m_text->GetLine(n), line);
-        std::string_view text = line;
-        if (text.starts_with(':')) m_labels.emplace(text::NextToken(text), n);
-    }
+    m_arrLineCache.Fill(*m_text);
 }
 
 void CKalvexDoc::DropLineCache() {
-    m_labels.clear();
-    m_arrLineCache.clear();
+    m_arrLineCache.Clear();
     m_ifBlocks.Clear();
 }
 
 int CKalvexDoc::GetLineCount() const {
-    return m_arrLineCache.empty() ? m_text->GetLineCount()
-                                  : static_cast<int>(m_arrLineCache.size());
-}
-
-// The text of a started script stands still until its reset, whether its window shows or not.
-std::string_view CKalvexDoc::GetLine(int n) const {
-    if (static_cast<std::size_t>(n) >= m_arrLineCache.size()) return {};
-    return m_arrLineCache[static_cast<std::size_t>(n)];
-}
-
-std::string FirstKeyword(CKalvexDoc& document, int line) {
-    std::string_view text = document.GetLine(line);
-    return text::ToUpper(text::NextToken(text));
+    return m_arrLineCache.IsFilled() ? m_arrLineCache.Count() : m_text->GetLineCount();
 }
 
 bool CKalvexDoc::CommandGoesToModule(ConsoleCommand command) {

@@ -10,12 +10,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "engine/CallStack.h"
 #include "engine/DocumentServices.h"
 #include "engine/IfBlocks.h"
+#include "engine/LineCache.h"
 #include "engine/LineStanding.h"
 #include "engine/ScriptText.h"
 #include "engine/ScriptView.h"
@@ -131,10 +131,13 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void Pause(StopCause cause);
     void Resume();
 
+    // The text of a started script stands still until its reset, whether its window shows or not.
     int GetLineCount() const;
     // Line n normalised: tabs are blanks, leading blanks gone; empty where there is none. Only
     // while the script is started or a line runs; valid until the line that runs has ended.
-    std::string_view GetLine(int n) const;
+    std::string_view GetLine(int n) const { return m_arrLineCache.Get(n); }
+    // All of them, at the same time.
+    const LineCache& Lines() const { return m_arrLineCache; }
 
     // Records the error and puts the script into step mode, for a handler to return.
     operands::Failure StopOnError(int code, std::string_view text);
@@ -198,7 +201,6 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void FillLineCache();
     void DropLineCache();
     bool SaveChanges();
-    int FindLabel(std::string_view target) const;
     bool NameMayBeDeclared(std::string_view name);
 
     const DocumentServices& m_documentServices;
@@ -207,14 +209,9 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     std::string m_strDocKey;
     bool m_modified = false;
     bool m_readOnly = false;
-    std::vector<std::string> m_arrLineCache;  // all lines, normalised; filled while the text stands
-    // First line of each label of the cached lines, by the label's token.
-    std::unordered_map<std::string_view, int> m_labels;
+    LineCache m_arrLineCache;  // filled while the text stands
     IfBlockIndex m_ifBlocks;
     std::string m_rewrittenLine;
 };
-
-// First token of a line of the document, upper-cased; empty for a blank line.
-std::string FirstKeyword(CKalvexDoc& document, int line);
 
 }  // namespace kalvex::engine

@@ -120,7 +120,7 @@ bool CKalvexDoc::ExecuteLine() {
         standing.Settle(Services().clock);
         return true;
     }
-    if (!m_arrLineCache.empty()) return RunLine();
+    if (m_arrLineCache.IsFilled()) return RunLine();
     // A text that is not started may change between two lines, but not within one.
     FillLineCache();
     const bool succeeded = RunLine();

@@ -5,6 +5,14 @@
 
 namespace kalvex::engine {
 
+namespace {
+
+std::string_view WithoutIndent(std::string_view line) {
+    return line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
+}
+
+}  // namespace
+
 std::vector<std::string> SplitLines(std::string_view text) {
     std::vector<std::string> lines;
     for (;;) {
@@ -21,9 +29,12 @@ std::vector<std::string> SplitLines(std::string_view text) {
 }
 
 void NormaliseLine(std::string_view raw, std::string& line) {
-    line.assign(raw);
+    line.assign(WithoutIndent(raw));
     std::ranges::replace(line, '\t', ' ');
-    line.erase(0, std::min(line.find_first_not_of(' '), line.size()));
+}
+
+char* NormaliseLine(std::string_view raw, char* line) {
+    return std::ranges::replace_copy(WithoutIndent(raw), line, '\t', ' ').out;
 }
 
 void LineList::SetText(std::string_view text) {

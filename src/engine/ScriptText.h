@@ -11,6 +11,8 @@ namespace kalvex::engine {
 
 // The line as statements read it: tabs are blanks, leading blanks are gone. `line` is overwritten.
 void NormaliseLine(std::string_view raw, std::string& line);
+// The same to where there is room for all of `raw`; the end of it.
+char* NormaliseLine(std::string_view raw, char* line);
 
 // A text of n line ends has n + 1 lines; the carriage return of a line end belongs to it.
 std::vector<std::string> SplitLines(std::string_view text);
