@@ -52,18 +52,10 @@ std::string LineList::GetText() const {
 
 void LineList::InsertScriptText(int line, std::string_view text, bool replace) {
     std::vector<std::string> added = SplitLines(text);
-    auto position = m_lines.begin() + line;
-    if (replace) {
-        // The text brings its own line end; the last line has none to give up.
-        const bool last = position + 1 == m_lines.end();
-        if (!last && added.back().empty() && added.size() > 1) added.pop_back();
-        position = m_lines.erase(position);
-    } else {
-        if (added.back().empty() && added.size() > 1) added.pop_back();
-        ++position;
-    }
-    m_lines.insert(position, std::make_move_iterator(added.begin()),
-                   std::make_move_iterator(added.end()));
+    // The text brings its own line end; a last line that it replaces has none to give up.
+    const bool last = replace && line + 1 == GetLineCount();
+    if (!last && added.back().empty() && added.size() > 1) added.pop_back();
+    ReplaceLines(replace ? line : line + 1, replace ? 1 : 0, std::move(added));
 }
 
 void LineList::ReplaceLines(int first, int removed, std::vector<std::string> lines) {
