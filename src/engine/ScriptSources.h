@@ -2,6 +2,7 @@
 // one has none. Main thread. Source and variable names are engine texts.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,6 +62,10 @@ class ScriptSources {
 
     // How it is with the data of that kind of a remote variable.
     virtual DataCondition GetCondition(operands::CVariable& remote, value::ValueKind kind) = 0;
+
+    // Differs from what it was whenever anything may have changed that a remote variable of any
+    // script shows; never LinePromise::kAnyData.
+    virtual std::uint64_t GetChangeCount() const = 0;
 
     // Subscription is held back while blocks nest; the reset form ends them all.
     virtual void BlockSubscribe() = 0;

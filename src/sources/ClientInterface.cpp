@@ -27,6 +27,7 @@ std::unique_ptr<vantrel::CClientConnection> CInterfaceSourceList::CreateConnecti
     platform::CCrypt::SecureEmptyString(password);
     const bool made = connection->Create(kModuleType, name, m_services.clientName,
                                          m_services.transports, m_services.journal);
+    ++m_services.changes;
     return made ? std::move(connection) : nullptr;
 }
 

@@ -40,6 +40,7 @@ struct SourceServices {
     std::string clientName = "Kalvex";        // by which the servers know this process
     ConsoleEvents* console = nullptr;         // of a process that is a console of a module
     bool definitionsChanged = false;          // definitions have come since the flag was cleared
+    std::uint64_t changes = 0;                // see ScriptSources::GetChangeCount
 };
 
 class CInterfaceSourceList final : public vantrel::CSourceList {
@@ -96,6 +97,7 @@ class CClientInterface final : public engine::ScriptSources {
                                                       std::string_view variable) override;
     void ReleaseRemote(operands::CVariable& variable) override;
     engine::DataCondition GetCondition(operands::CVariable& remote, value::ValueKind kind) override;
+    std::uint64_t GetChangeCount() const override { return m_services.changes; }
     std::optional<std::vector<std::string>> GetVariableNames(std::string_view source) override;
 
   private:

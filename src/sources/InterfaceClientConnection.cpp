@@ -80,9 +80,9 @@ void CInterfaceClientConnection::GetLoginData(std::string& user, std::string& pa
 std::unique_ptr<vantrel::CVarVal> CInterfaceClientConnection::CreateVarVal(std::string_view name) {
     std::unique_ptr<CVarReg> variable;
     if (m_services.console != nullptr) {
-        variable = std::make_unique<CVarRC>(name, *m_services.console);
+        variable = std::make_unique<CVarRC>(name, m_services.changes, *m_services.console);
     } else {
-        variable = std::make_unique<CVarReg>(name);
+        variable = std::make_unique<CVarReg>(name, m_services.changes);
     }
     variable->SetDefInfo(GetVarDefInfo(name));
     return variable;
@@ -120,6 +120,7 @@ void CInterfaceClientConnection::OnVariableList() {
         variable.SetDefInfo(GetVarDefInfo(variable.GetName()));
     }
     m_services.definitionsChanged = true;
+    ++m_services.changes;
     vantrel::CClientConnection::OnVariableList();
 }
 
@@ -173,11 +174,13 @@ void CInterfaceClientConnection::OnDisconnect(std::uint32_t reason) {
         Log(kWritesWait, {GetServerName(), std::to_string(WritesWaiting())}, platform::LogErrors);
     }
     vantrel::CClientConnection::OnDisconnect(reason);
+    ++m_services.changes;
     if (m_services.console != nullptr) m_services.console->OnConnectionLost(GetServerName());
 }
 
 void CInterfaceClientConnection::OnDataArrived() {
     m_fDataReady = GetState() == vantrel::StateConnected;
+    ++m_services.changes;
 }
 
 // ---- what the server says of variables and reports
@@ -213,6 +216,7 @@ void CInterfaceClientConnection::OnVarAccessError(const vantrel::RequestRecord& 
             {std::to_string(record.result)});
     }
     Registered(*GetVarVal(record.variable)).SetRefusal(record.result);
+    ++m_services.changes;
     LogVariableError(text, record.variable);
 }
 

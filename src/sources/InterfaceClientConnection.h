@@ -27,7 +27,9 @@ struct SourceServices;
 // The local copy of a server variable, which several links share.
 class CVarReg : public vantrel::CVarVal {
   public:
-    using vantrel::CVarVal::CVarVal;
+    // `changes` counts the values that come, with those of all other variables.
+    CVarReg(std::string_view name, std::uint64_t& changes)
+        : vantrel::CVarVal(name), m_changes(changes) {}
 
     const std::vector<CInterfaceObj*>& Owners() const { return m_arrOwners; }
     void AddOwner(CInterfaceObj& owner) { m_arrOwners.push_back(&owner); }
@@ -43,6 +45,7 @@ class CVarReg : public vantrel::CVarVal {
     void SetRefusal(std::optional<std::uint16_t> refusal) { m_refusal = refusal; }
     void SetValue(value::CVal value) override {
         m_refusal.reset();
+        ++m_changes;
         vantrel::CVarVal::SetValue(std::move(value));
     }
 
@@ -50,13 +53,15 @@ class CVarReg : public vantrel::CVarVal {
     std::vector<CInterfaceObj*> m_arrOwners;
     const vantrel::CVarDefInfo* m_pDefInfo = nullptr;
     std::optional<std::uint16_t> m_refusal;
+    std::uint64_t& m_changes;
 };
 
 // The same in a console.
 class CVarRC final : public CVarReg {
   public:
     // The console outlives the variable.
-    CVarRC(std::string_view name, ConsoleEvents& console) : CVarReg(name), m_console(console) {}
+    CVarRC(std::string_view name, std::uint64_t& changes, ConsoleEvents& console)
+        : CVarReg(name, changes), m_console(console) {}
 
     void SetValue(value::CVal value) override;
     void SetControlValue(value::CVal value) override;

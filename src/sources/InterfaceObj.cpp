@@ -1,5 +1,7 @@
 #include "sources/InterfaceObj.h"
 
+#include <utility>
+
 #include "sources/ClientInterface.h"
 
 namespace kalvex::sources {
@@ -17,8 +19,15 @@ CInterfaceObj::CInterfaceObj(engine::CKalvexDoc& document, CClientInterface& cli
                              std::string_view source, std::string_view variable)
     : m_document(document), m_client(client), m_strSource(source), m_strVariable(variable) {}
 
+void CInterfaceObj::NoteChange() {
+    ++m_client.Services().changes;
+}
+
 CInterfaceClientConnection* CInterfaceObj::GetConnection() {
-    if (m_connection == nullptr) m_connection = m_client.FindConnection(m_strSource);
+    if (m_connection != nullptr) return m_connection;
+    const std::size_t connections = m_client.SourceList().Connections().size();
+    if (std::exchange(m_connectionsSeen, connections) != connections)
+        m_connection = m_client.FindConnection(m_strSource);
     return m_connection;
 }
 
@@ -41,26 +50,17 @@ RequestState CInterfaceObj::GetRequestState(value::ValueKind kind) {
     return *FindRequest(kind).state;
 }
 
-bool CInterfaceObj::IsUsable(value::ValueKind kind) {
+const value::CVal* CInterfaceObj::FindValue(value::ValueKind kind, bool skipCheck) {
     const value::CVal* value = nullptr;
     if (kind == value::KindCurrent) {
         value = CurrentValue();
     } else if (const ReportSlot* slot = FindSlot(kind); slot && slot->m_state == RequestReady) {
         value = &slot->m_value;
     }
-    if (value == nullptr) return false;
-    if ((value->GetStatus() & value::Status::Unknown) != 0) return m_fIgnoreUnknown;
-    return value->GetType() != value::ValueType::None;
-}
-
-void CInterfaceObj::ReadValue(value::CVal& out, value::ValueKind kind, bool skipCheck) {
-    out = value::CVal();
-    if (!skipCheck && !IsUsable(kind)) return;
-    if (kind == value::KindCurrent) {
-        if (const value::CVal* value = CurrentValue()) out = *value;
-    } else if (const ReportSlot* slot = FindSlot(kind); slot && slot->m_state == RequestReady) {
-        out = slot->m_value;
-    }
+    if (value == nullptr || skipCheck) return value;
+    const bool known = (value->GetStatus() & value::Status::Unknown) == 0;
+    const bool usable = known ? value->GetType() != value::ValueType::None : m_fIgnoreUnknown;
+    return usable ? value : nullptr;
 }
 
 bool CInterfaceObj::IsAnswered(value::ValueKind kind) {
@@ -82,6 +82,7 @@ bool CInterfaceObj::Write(value::CVal value) {
     value::CVal* target = CurrentValue();
     if (target == nullptr) return false;
     *target = std::move(marked);
+    NoteChange();
     return true;
 }
 
@@ -90,6 +91,7 @@ void CInterfaceObj::Assign(value::ValueKind kind, value::CVal value) {
     ReportSlot& slot = *FindSlot(kind);
     slot.m_state = RequestReady;
     slot.m_value = Marked(std::move(value));
+    NoteChange();
 }
 
 // Without a connection the state stays, for there is nobody to tell.
@@ -98,6 +100,7 @@ void CInterfaceObj::Cancel(value::ValueKind kind) {
     if (*request.state != RequestWaiting) return;
     GetConnection()->CancelDataRequest(kind, *request.id);
     *request.state = RequestNone;
+    NoteChange();
 }
 
 void CInterfaceObj::CancelAll() {
@@ -107,6 +110,7 @@ void CInterfaceObj::CancelAll() {
 
 bool CInterfaceObj::Request(value::ValueKind kind, std::int64_t from, std::int64_t to) {
     Cancel(kind);
+    NoteChange();
     m_ArchValues.RemoveAll();
     const Outstanding request = FindRequest(kind);
     CInterfaceClientConnection* connection = GetConnection();
@@ -126,6 +130,7 @@ void CInterfaceObj::OnAnswer(value::ValueKind kind, vantrel::RequestRecord recor
     RequestState& state = *FindRequest(kind).state;
     const bool failed = record.result != vantrel::ResultOk;
     state = failed ? RequestFailed : RequestReady;
+    NoteChange();
     ReportSlot* slot = FindSlot(kind);
     if (slot == nullptr) return;
     if (failed) {

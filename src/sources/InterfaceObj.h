@@ -53,9 +53,9 @@ class CInterfaceObj final : public vantrel::AnswerWindow {
     value::CVal* CurrentValue();
 
     // A value may be read: it is there and not unknown, unless unknown values are to be taken.
-    bool IsUsable(value::ValueKind kind);
-    // Empty where nothing is to be had, and for an unusable value unless the check is skipped.
-    void ReadValue(value::CVal& out, value::ValueKind kind, bool skipCheck);
+    bool IsUsable(value::ValueKind kind) { return FindValue(kind, false) != nullptr; }
+    // Null where nothing is to be had, and for an unusable value unless the check is skipped.
+    const value::CVal* FindValue(value::ValueKind kind, bool skipCheck);
 
     // The slot of a report kind, null for another kind.
     ReportSlot* FindSlot(value::ValueKind kind);
@@ -87,6 +87,7 @@ class CInterfaceObj final : public vantrel::AnswerWindow {
         RequestState* state;
     };
 
+    void NoteChange();
     Outstanding FindRequest(value::ValueKind kind);
     void Cancel(value::ValueKind kind);
 
@@ -95,6 +96,7 @@ class CInterfaceObj final : public vantrel::AnswerWindow {
     std::string m_strSource;
     std::string m_strVariable;
     CInterfaceClientConnection* m_connection = nullptr;  // once found it stays
+    std::size_t m_connectionsSeen = 0;                   // where it was not found
     CVarReg* m_pVarVal = nullptr;
     value::CVal m_LockedVal;
     bool m_fLocked = false;

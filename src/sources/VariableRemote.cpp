@@ -11,7 +11,11 @@ namespace kalvex::sources {
 
 // Without data since the last connect nothing counts, whatever is stored: the script waits.
 int CVariableRemote::GetValue(value::CVal& out, value::ValueKind kind, int mode) {
-    m_pLink->ReadValue(out, kind, mode != 0);
+    if (const value::CVal* value = m_pLink->FindValue(kind, mode != 0)) {
+        out = *value;
+    } else {
+        out = value::CVal();
+    }
     const CInterfaceClientConnection* connection = m_pLink->GetConnection();
     if (connection == nullptr || !connection->IsDataReady()) return operands::ReadNothing;
     return out.GetType() == value::ValueType::None ? operands::ReadUnavailable
@@ -30,9 +34,8 @@ bool CVariableRemote::Store(value::CVal value, value::ValueKind kind) {
 }
 
 int CVariableRemote::GetValueType(value::ValueKind kind, int mode) {
-    value::CVal value;
-    m_pLink->ReadValue(value, kind, mode != 0);
-    return value.GetType();
+    const value::CVal* value = m_pLink->FindValue(kind, mode != 0);
+    return value == nullptr ? int{value::ValueType::None} : value->GetType();
 }
 
 int CVariableRemote::GetStatus(std::uint16_t* out, value::ValueKind kind) {

@@ -57,6 +57,8 @@ class HandSources final : public engine::ScriptSources {
         condition.variable += value::WordOfKind(kind);
         return condition;
     }
+    // A test sets its variables without telling.
+    std::uint64_t GetChangeCount() const override { return ++changes; }
     void BlockSubscribe() override { calls.push_back("block"); }
     void UnblockSubscribe(bool reset) override {
         calls.push_back(reset ? "unblock all" : "unblock");
@@ -77,6 +79,7 @@ class HandSources final : public engine::ScriptSources {
     }
 
     std::vector<std::string> calls;
+    mutable std::uint64_t changes = 0;
     std::map<std::string, std::vector<std::string>> servers;
     std::map<std::string, engine::DataCondition> conditions;  // of remote variables by their names
 };
