@@ -319,6 +319,7 @@ void ModuleConsole::SetVariable(const Message& message) {
     value = ReadMessageValue(fields.Text(2), fields.Number(3), fields.Number(4));
     record.newValue = ValueName(value);
     variable->SetValue(std::move(value), value::KindCurrent);
+    message.document->OnValueSet();
     Record(std::move(record));
 }
 

@@ -1,11 +1,17 @@
 // Labels, IF, ELSE, ENDIF and GOTO.
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "engine/IfBlocks.h"
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
 #include "operands/Comparisons.h"
 #include "operands/Conditions.h"
+#include "operands/Expression.h"
 #include "operands/Keywords.h"
-#include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
@@ -30,122 +36,155 @@ bool Connects(std::string_view token) {
 // The comparisons of a condition that is no formula, one after the other from left to right.
 class ComparisonChain {
   public:
-    ComparisonChain(CKalvexDoc& document, std::string_view rest, int elseLine)
-        : m_document(document), m_text(rest), m_elseLine(elseLine) {
+    explicit ComparisonChain(std::string_view rest) : m_text(rest) {
         std::erase_if(m_text, [](char c) { return c == '(' || c == ')'; });
         m_rest = m_text;
-    }
-
-    bool Run() {
-        if (!ReadComparison()) return false;
-        const int first = Evaluate();
-        if (first != 0 && first != 1) return m_document.Fail(operands::ErrorExpression);
-        bool result = first == 1;
-        if (result && !EndsComparison()) return false;
-        while (Connects(m_token)) {
-            const bool both = m_token == "&";
-            if (!ReadComparison()) return false;
-            const int next = Evaluate();
-            if (next != 0 && next != 1) return m_document.Fail(operands::ErrorExpression);
-            result = both ? result && next == 1 : result || next == 1;
-            if (!EndsComparison()) return false;
+        do m_complete = ReadComparison();
+        while (m_complete && Connects(m_token) && m_links.back().ends);
+        if (text::EqualNoCase(m_token, operands::Keyword::Goto)) {
+            m_target.emplace(text::NextToken(m_rest));
         }
-        return Decide(result);
+        m_then = text::EqualNoCase(m_token, operands::Keyword::Then);
+    }
+    ComparisonChain(const ComparisonChain&) = delete;
+    ComparisonChain& operator=(const ComparisonChain&) = delete;
+
+    bool Run(CKalvexDoc& document, int elseLine) {
+        bool result = false;
+        for (Link& link : m_links) {
+            const int compared = link.comparison.Evaluate(document);
+            if (compared != 0 && compared != 1) return document.Fail(operands::ErrorExpression);
+            const bool holds = (compared == 1) != link.inverted;
+            result = link.connector == "&"   ? result && holds
+                     : link.connector == "|" ? result || holds
+                                             : holds;
+            const bool mayBeEndless = link.connector.empty() && !result;
+            if (!link.ends && !mayBeEndless) return false;
+        }
+        if (!m_complete) return document.Fail(operands::ErrorNoComparison);
+        if (m_target && result) return document.GotoLabel(*m_target);
+        if (m_then && !result) document.JumpTo(elseLine);
+        return true;
     }
 
   private:
+    struct Link {
+        std::string_view connector;  // to what stands before
+        operands::OperandComparison comparison;
+        bool inverted;
+        bool ends;  // behind it stands what may stand there
+    };
+
     bool EndsComparison() const {
         return text::EqualNoCase(m_token, operands::Keyword::Goto) ||
                text::EqualNoCase(m_token, operands::Keyword::Then) || Connects(m_token);
     }
 
-    // Reads left side, operator and right side; the token behind them stays in m_token.
+    // Reads left side, operator and right side; the token behind them stays in m_token. A NOT in
+    // front of the first comparison inverts all later ones too.
     bool ReadComparison() {
-        m_left.clear();
-        m_right.clear();
-        m_token = {};
-        ReadLeft();
-        if (m_left == operands::Keyword::Not) {
+        const std::string_view connector = m_token;
+        std::string left = ReadLeft();
+        if (left == operands::Keyword::Not) {
             m_not = true;
-            m_left = m_token;
+            left = m_token;
             m_token = text::NextToken(m_rest);
         }
-        m_operator = m_token;
-        if (operands::FindConditionWord(m_left) != nullptr) {
+        const std::string_view compare = m_token;
+        std::string right;
+        if (operands::FindConditionWord(left) != nullptr) {
             m_token = text::NextToken(m_rest);
-            return true;
+        } else if (!ReadRight(right)) {
+            return false;
         }
-        return ReadRight();
+        m_links.push_back(
+            {connector, {std::move(left), std::move(right), compare}, m_not, EndsComparison()});
+        return true;
     }
 
-    void ReadLeft() {
+    std::string ReadLeft() {
+        std::string left;
+        m_token = {};
         while (!m_rest.empty() && !IsComparison(m_token)) {
             const std::string upper = text::ToUpper(m_token);
-            if (upper == operands::Keyword::Then || upper == operands::Keyword::Goto) return;
-            m_left += upper;
+            if (upper == operands::Keyword::Then || upper == operands::Keyword::Goto) break;
+            left += upper;
             m_token = text::NextToken(m_rest);
-            if (m_left == operands::Keyword::Not || operands::FindConditionWord(m_left) != nullptr)
-                return;
+            if (left == operands::Keyword::Not || operands::FindConditionWord(left) != nullptr)
+                break;
         }
+        return left;
     }
 
     // Here THEN and GOTO are known in upper case only.
-    bool ReadRight() {
+    bool ReadRight(std::string& right) {
         while (!m_rest.empty()) {
             m_token = text::NextToken(m_rest);
             if (m_token == operands::Keyword::Goto || m_token == operands::Keyword::Then ||
                 Connects(m_token)) {
                 return true;
             }
-            m_right += m_token;
+            right += m_token;
         }
-        return m_document.Fail(operands::ErrorNoComparison);
+        return false;
     }
 
-    // A NOT in front of the first comparison inverts all later ones too.
-    int Evaluate() {
-        const int result = operands::CompareOperands(m_document, m_left, m_right, m_operator);
-        return result == 0 || result == 1 ? result ^ static_cast<int>(m_not) : -1;
-    }
-
-    bool Decide(bool result) {
-        if (text::EqualNoCase(m_token, operands::Keyword::Goto) && result)
-            return m_document.GotoLabel(text::NextToken(m_rest));
-        if (text::EqualNoCase(m_token, operands::Keyword::Then) && !result)
-            m_document.JumpTo(m_elseLine);
-        return true;
-    }
-
-    CKalvexDoc& m_document;
     std::string m_text;
     std::string_view m_rest;
-    int m_elseLine;
-    std::string m_left;
-    std::string m_right;
-    std::string_view m_operator;
     std::string_view m_token;
     bool m_not = false;
+    std::vector<Link> m_links;
+    bool m_complete;  // a last comparison without its end fails once it is reached
+    std::optional<LabelTarget> m_target;
+    bool m_then;
+};
+
+struct IfForm final : StatementForm {
+    explicit IfForm(std::string_view text) : condition(operands::Expression::OfRest(text)) {
+        std::string_view token = text::NextToken(text);
+        while (!token.empty() && !EndsCondition(token)) token = text::NextToken(text);
+        then = text::EqualNoCase(token, operands::Keyword::Then);
+        if (text::EqualNoCase(token, operands::Keyword::Goto)) {
+            target.emplace(text::NextToken(text));
+        }
+    }
+
+    // Of the line of the form.
+    ComparisonChain& Chain(std::string_view text) {
+        if (chain == nullptr) chain = std::make_unique<ComparisonChain>(text);
+        return *chain;
+    }
+
+    operands::Expression condition;
+    std::unique_ptr<ComparisonChain> chain;  // of a condition that was no formula
+    std::optional<LabelTarget> target;
+    bool then;
+    std::optional<int> elseLine;  // of a block without fault
+};
+
+struct GotoForm final : StatementForm {
+    explicit GotoForm(std::string_view text) : target(text::NextToken(text)) {}
+
+    LabelTarget target;
 };
 
 }  // namespace
 
 LineOutcome ExecuteIf(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const int elseLine =
-        document.IfBlocks().Find(document, document.State().m_nCurrentLine).nElseLine;
-    if (document.LastError().m_nErrorCode != operands::ErrorNone) return LineOutcome::Failed;
-    value::CVal value;
-    std::string_view condition = call.rest;
-    if (!operands::EvaluateRest(document, condition, value, value::ValueType::Double)) {
-        return FinishedIf(ComparisonChain(document, call.rest, elseLine).Run());
+    auto& form = call.Read<IfForm>();
+    if (!form.elseLine) {
+        const CIfBlock& block = document.IfBlocks().Find(document, document.State().m_nCurrentLine);
+        if (block.nError != 0) return LineOutcome::Failed;
+        form.elseLine = block.nElseLine;
     }
-    const bool holds = (value != value::CVal(0)) != 0;
-    std::string_view token = text::NextToken(call.rest);
-    while (!token.empty() && !EndsCondition(token)) token = text::NextToken(call.rest);
-    if (text::EqualNoCase(token, operands::Keyword::Goto) && holds) {
-        return FinishedIf(document.GotoLabel(text::NextToken(call.rest)));
-    }
-    if (text::EqualNoCase(token, operands::Keyword::Then) && !holds) document.JumpTo(elseLine);
+    value::CVal scratch;
+    const value::CVal* const value =
+        form.condition.Look(document, scratch, value::ValueType::Double);
+    if (value == nullptr) return FinishedIf(form.Chain(call.rest).Run(document, *form.elseLine));
+    const bool holds = (*value != value::CVal(0)) != 0;
+    if (form.target && holds) return FinishedIf(document.GotoLabel(*form.target));
+    if (form.then && !holds) document.JumpTo(*form.elseLine);
     return LineOutcome::Finished;
 }
 
@@ -161,14 +200,16 @@ LineOutcome ExecuteEndif(StatementCall&) {
 }
 
 LineOutcome ExecuteGoto(StatementCall& call) {
-    return FinishedIf(call.document.GotoLabel(text::NextToken(call.rest)));
+    return FinishedIf(call.document.GotoLabel(call.Read<GotoForm>().target));
 }
 
-bool CKalvexDoc::GotoLabel(std::string_view label) {
-    const std::string target = ':' + std::string(label);
-    const int line = m_arrLineCache.FindLabel(target);
-    if (line < 0) return StopOnError(operands::ErrorNoLabel, target);
-    JumpTo(line);
+bool CKalvexDoc::GotoLabel(LabelTarget& label) {
+    if (label.line < 0) {
+        const std::string token = ':' + std::string(label.label);
+        label.line = m_arrLineCache.FindLabel(token);
+        if (label.line < 0) return StopOnError(operands::ErrorNoLabel, token);
+    }
+    JumpTo(label.line);
     return true;
 }
 

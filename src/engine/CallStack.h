@@ -7,6 +7,8 @@
 
 namespace kalvex::engine {
 
+class RewrittenLines;
+
 struct CCallArg {
     std::string strActual;  // the argument's text at the call, blanks removed
     std::string strFormal;  // the parameter's name; empty if the head has fewer parameters
@@ -15,6 +17,7 @@ struct CCallArg {
 struct CCallFrame {
     int nReturnLine = 0;  // the line of the CALL
     std::vector<CCallArg> arrArgs;
+    RewrittenLines* lines = nullptr;  // as these arguments rewrite them; null where none are kept
 };
 
 // The times of one WAITFOR line on one calendar day.

@@ -1,7 +1,14 @@
 // Declarations and assignment: LOCAL, REMOTE, POINTER, LIST, SET, COPY, SETPTR, CREATE_VAR_LIST.
+#include <optional>
+#include <utility>
+
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
+#include "operands/Expression.h"
+#include "operands/FunctionArguments.h"
+#include "operands/FunctionFamilies.h"
 #include "operands/OperandEvaluator.h"
+#include "operands/VariableName.h"
 #include "text/LineScanner.h"
 #include "text/PatternMatch.h"
 #include "value/ValueText.h"
@@ -11,11 +18,95 @@ namespace kalvex::engine {
 namespace {
 
 // The current type of the variable is what numeric literals on the right side become.
-bool EvaluateFor(CKalvexDoc& document, operands::CVariable& variable, std::string_view& text,
-                 value::CVal& out) {
-    return operands::EvaluateRest(document, text, out,
-                                  variable.GetValueType(value::KindCurrent, 1));
+const value::CVal* LookFor(CKalvexDoc& document, operands::CVariable& variable,
+                           operands::Expression& expression, value::CVal& scratch) {
+    return expression.Look(document, scratch, variable.GetValueType(value::KindCurrent, 1));
 }
+
+// <name> [= <expression>]
+struct AssignmentForm final : StatementForm {
+    enum class Sign : unsigned char { None, Equals, Other };
+
+    explicit AssignmentForm(std::string_view text)
+        : name(text::NextToken(text)),
+          sign(ReadSign(text::NextToken(text))),
+          expression(operands::Expression::OfRest(text)) {}
+
+    static Sign ReadSign(std::string_view token) {
+        if (token.empty() || token == ";") return Sign::None;
+        return token == "=" ? Sign::Equals : Sign::Other;
+    }
+    // What stands behind the sign, in the line of the form.
+    static std::string_view TextOf(std::string_view line) {
+        text::NextToken(line);
+        text::NextToken(line);
+        return text::TrimBlanks(line);
+    }
+
+    operands::VariableName name;
+    Sign sign;
+    operands::Expression expression;
+};
+
+// <name>[.TIMESTAMP] = <expression>
+struct SetForm final : StatementForm {
+    explicit SetForm(std::string_view text) : SetForm(text::NextToken(text), text) {}
+
+    // The value is what the variable holds with something appended to it.
+    bool Appends(CKalvexDoc& document) {
+        if (!m_growth) {
+            operands::Expression::Call* const call = expression.FindCall(document);
+            m_growth = call != nullptr && call->function->handler == operands::StringAppend &&
+                       call->arguments[0].Text() == name.Text() && call->arguments[0].IsVariable();
+        }
+        return *m_growth;
+    }
+
+    operands::VariableName name;
+    bool setsTime;
+    bool assigns;
+    operands::Expression expression;
+
+  private:
+    std::optional<bool> m_growth;
+
+    // What stands behind the target.
+    SetForm(std::string_view target, std::string_view& rest)
+        : name(target.substr(0, target.find(operands::kTimestamp, 1))),
+          setsTime(name.Text().size() != target.size()),
+          assigns(text::NextToken(rest) == "="),
+          expression(operands::Expression::OfRest(rest)) {}
+};
+
+// What SetValue does for a local variable. A text that is built piece by piece costs what is
+// appended.
+LineOutcome SetHeld(CKalvexDoc& document, SetForm& form, value::CVal& held) {
+    if (held.IsText() && form.Appends(document)) {
+        operands::Expression::Call& call = *form.expression.FindCall(document);
+        const operands::TextArgument tail(document, call.arguments[1]);
+        return FinishedIf(tail && held.AppendText(*tail));
+    }
+    const int wanted = form.name.Kind() == value::KindCurrent
+                           ? held.GetType()
+                           : form.name.Find(document)->GetValueType(value::KindCurrent, 1);
+    value::CVal scratch;
+    const value::CVal* const value = form.expression.Look(document, scratch, wanted);
+    if (value == nullptr) return LineOutcome::Failed;
+    if (value == &scratch) {
+        held = std::move(scratch);
+    } else {
+        held = *value;
+    }
+    return LineOutcome::Finished;
+}
+
+struct TwoNamesForm final : StatementForm {
+    explicit TwoNamesForm(std::string_view text)
+        : first(text::NextToken(text)), second(text::NextToken(text)) {}
+
+    operands::VariableName first;
+    operands::VariableName second;
+};
 
 }  // namespace
 
@@ -53,18 +144,21 @@ bool CKalvexDoc::CreateRemoteVariable(std::string_view name, std::string_view ta
 
 LineOutcome ExecuteLocal(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view name = text::NextToken(call.rest);
-    const std::string_view sign = text::NextToken(call.rest);
-    if (!document.CreateVariable(name, operands::VariableLocal)) return LineOutcome::Failed;
-    if (sign.empty() || sign == ";") return LineOutcome::Finished;
-    if (sign != "=") return document.Fail(operands::ErrorNoAssignment);
-    operands::CVariable& variable = *document.Variables().Find(name);
-    const std::string_view text = text::TrimBlanks(call.rest);
-    value::CVal value;
-    if (!EvaluateFor(document, variable, call.rest, value)) {
-        return document.Fail(operands::ErrorExpression, text);
+    auto& form = call.Read<AssignmentForm>();
+    if (!document.CreateVariable(form.name.Text(), operands::VariableLocal)) {
+        return LineOutcome::Failed;
     }
-    variable.SetValue(value, value::GetValueKind(name));
+    if (form.sign == AssignmentForm::Sign::None) return LineOutcome::Finished;
+    if (form.sign != AssignmentForm::Sign::Equals) {
+        return document.Fail(operands::ErrorNoAssignment);
+    }
+    operands::CVariable& variable = *form.name.Find(document);
+    value::CVal scratch;
+    const value::CVal* const value = LookFor(document, variable, form.expression, scratch);
+    if (value == nullptr) {
+        return document.Fail(operands::ErrorExpression, AssignmentForm::TextOf(call.rest));
+    }
+    variable.SetValue(*value, form.name.Kind());
     return LineOutcome::Finished;
 }
 
@@ -94,50 +188,51 @@ LineOutcome ExecuteList(StatementCall& call) {
 
 LineOutcome ExecuteSet(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    std::string_view name = text::NextToken(call.rest);
-    if (text::NextToken(call.rest) != "=") return document.Fail(operands::ErrorNoAssignment);
-    const std::size_t stamp = name.find(operands::kTimestamp, 1);
-    const bool setsTime = stamp != std::string_view::npos;
-    if (setsTime) name = name.substr(0, stamp);
-    operands::CVariable* variable = document.FindNamed(name);
+    auto& form = call.Read<SetForm>();
+    if (!form.assigns) return document.Fail(operands::ErrorNoAssignment);
+    if (value::CVal* const held = form.name.Held(document); held != nullptr && !form.setsTime) {
+        return SetHeld(document, form, *held);
+    }
+    operands::CVariable* variable = form.name.FindNamed(document);
     if (variable == nullptr) return LineOutcome::Failed;
-    value::CVal value;
-    if (!EvaluateFor(document, *variable, call.rest, value)) return LineOutcome::Failed;
-    if (setsTime) {
-        variable->SetTime(value::ValueToInt(value), value::GetValueKind(name));
+    value::CVal scratch;
+    const value::CVal* const value = LookFor(document, *variable, form.expression, scratch);
+    if (value == nullptr) return LineOutcome::Failed;
+    if (form.setsTime) {
+        variable->SetTime(value::ValueToInt(*value), form.name.Kind());
     } else {
-        variable->SetValue(value, value::GetValueKind(name));
+        variable->SetValue(*value, form.name.Kind());
     }
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteCopy(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view source = text::NextToken(call.rest);
-    const std::string_view target = text::NextToken(call.rest);
-    if (source.empty() || target.empty()) {
+    auto& [source, target] = call.Read<TwoNamesForm>();
+    if (source.Text().empty() || target.Text().empty()) {
         return document.Fail(operands::ErrorUndefinedVariable);
     }
-    operands::CVariable* from = document.FindNamed(source);
+    operands::CVariable* from = source.FindNamed(document);
     if (from == nullptr) return LineOutcome::Failed;
-    operands::CVariable* to = document.FindNamed(target);
+    operands::CVariable* to = target.FindNamed(document);
     if (to == nullptr) return LineOutcome::Failed;
-    to->CopyFrom(from, value::GetValueKind(source));
+    to->CopyFrom(from, source.Kind());
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteSetPtr(StatementCall& call) {
     CKalvexDoc& document = call.document;
-    const std::string_view name = text::NextToken(call.rest);
-    if (text::NextToken(call.rest) != "=") return document.Fail(operands::ErrorNoAssignment);
-    operands::CVariable* variable = operands::FindVariable(document, name);
-    if (variable == nullptr || variable->GetKind() != operands::VariablePointer) {
-        return document.FailForced(operands::ErrorUndefinedVariable, name);
+    auto& form = call.Read<AssignmentForm>();
+    if (form.sign != AssignmentForm::Sign::Equals) {
+        return document.Fail(operands::ErrorNoAssignment);
     }
-    const std::string_view text = text::TrimBlanks(call.rest);
+    operands::CVariable* variable = form.name.Find(document);
+    if (variable == nullptr || variable->GetKind() != operands::VariablePointer) {
+        return document.FailForced(operands::ErrorUndefinedVariable, form.name.Text());
+    }
     value::CVal target;
-    if (!operands::EvaluateRest(document, call.rest, target, value::ValueType::Text)) {
-        return document.Fail(operands::ErrorExpression, text);
+    if (!form.expression.Evaluate(document, target, value::ValueType::Text)) {
+        return document.Fail(operands::ErrorExpression, AssignmentForm::TextOf(call.rest));
     }
     static_cast<operands::CVariablePointer*>(variable)->SetTargetName(value::ValueToText(target));
     return LineOutcome::Finished;

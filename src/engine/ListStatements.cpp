@@ -3,7 +3,8 @@
 
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "operands/OperandEvaluator.h"
+#include "operands/Expression.h"
+#include "operands/VariableName.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
 
@@ -12,44 +13,82 @@ namespace kalvex::engine {
 namespace {
 
 // An argument is one token, whatever stands behind it.
-bool ReadArgument(CKalvexDoc& document, std::string_view token, value::CVal& out, int wanted) {
-    std::string_view text = token;
-    if (operands::EvaluateRest(document, text, out, wanted)) return true;
-    return document.Fail(operands::ErrorExpression, token);
-}
+class Argument {
+  public:
+    explicit Argument(std::string_view token)
+        : m_token(token), m_expression(operands::Expression::OfRest(token)) {}
 
-bool ReadIndex(CKalvexDoc& document, std::string_view token, std::int32_t& out) {
-    value::CVal value;
-    if (!ReadArgument(document, token, value, value::ValueType::Int)) return false;
-    out = value::ValueToInt(value);
-    return true;
-}
+    std::string_view Token() const { return m_token; }
 
-bool ReadElement(CKalvexDoc& document, operands::CVariableList& list, std::string_view token,
-                 value::CVal& out) {
-    return ReadArgument(document, token, out, list.GetValueType(value::KindCurrent, 1));
-}
+    bool Read(CKalvexDoc& document, value::CVal& out, int wanted) {
+        if (m_expression.Evaluate(document, out, wanted)) return true;
+        return document.Fail(operands::ErrorExpression, m_token);
+    }
+
+    bool ReadIndex(CKalvexDoc& document, std::int32_t& out) {
+        value::CVal value;
+        if (!Read(document, value, value::ValueType::Int)) return false;
+        out = value::ValueToInt(value);
+        return true;
+    }
+
+    bool ReadElement(CKalvexDoc& document, operands::CVariableList& list, value::CVal& out) {
+        return Read(document, out, list.GetValueType(value::KindCurrent, 1));
+    }
+
+  private:
+    std::string_view m_token;
+    operands::Expression m_expression;
+};
+
+struct ListForm final : StatementForm {
+    explicit ListForm(std::string_view text) : list(text::NextToken(text)) {}
+
+    operands::VariableName list;
+};
+
+// <list> <index or element>
+struct ListArgumentForm final : StatementForm {
+    explicit ListArgumentForm(std::string_view text)
+        : list(text::NextToken(text)), argument(text::NextToken(text)) {}
+
+    operands::VariableName list;
+    Argument argument;
+};
+
+// <list> <index> <element>
+struct InsertForm final : StatementForm {
+    explicit InsertForm(std::string_view text)
+        : list(text::NextToken(text)),
+          index(text::NextToken(text)),
+          element(text::NextToken(text)) {}
+
+    operands::VariableName list;
+    Argument index;
+    Argument element;
+};
 
 }  // namespace
 
 LineOutcome ExecuteMoveFirst(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
+    operands::CVariableList* const list = call.Read<ListForm>().list.FindList(call.document);
     if (list == nullptr) return LineOutcome::Failed;
     list->MoveFirst();
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteMoveNext(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
+    operands::CVariableList* const list = call.Read<ListForm>().list.FindList(call.document);
     if (list == nullptr) return LineOutcome::Failed;
     list->MoveNext();
     return LineOutcome::Finished;
 }
 
 LineOutcome ExecuteMoveTo(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
+    auto& form = call.Read<ListArgumentForm>();
+    operands::CVariableList* const list = form.list.FindList(call.document);
     std::int32_t index = 0;
-    if (list == nullptr || !ReadIndex(call.document, text::NextToken(call.rest), index)) {
+    if (list == nullptr || !form.argument.ReadIndex(call.document, index)) {
         return LineOutcome::Failed;
     }
     list->MoveTo(index);
@@ -57,10 +96,10 @@ LineOutcome ExecuteMoveTo(StatementCall& call) {
 }
 
 LineOutcome ExecuteAdd(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
+    auto& form = call.Read<ListArgumentForm>();
+    operands::CVariableList* const list = form.list.FindList(call.document);
     value::CVal element;
-    if (list == nullptr ||
-        !ReadElement(call.document, *list, text::NextToken(call.rest), element)) {
+    if (list == nullptr || !form.argument.ReadElement(call.document, *list, element)) {
         return LineOutcome::Failed;
     }
     list->Add(element);
@@ -68,24 +107,24 @@ LineOutcome ExecuteAdd(StatementCall& call) {
 }
 
 LineOutcome ExecuteInsert(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
-    const std::string_view indexToken = text::NextToken(call.rest);
-    const std::string_view elementToken = text::NextToken(call.rest);
+    auto& form = call.Read<InsertForm>();
+    operands::CVariableList* const list = form.list.FindList(call.document);
     std::int32_t index = 0;
     value::CVal element;
-    if (list == nullptr || !ReadIndex(call.document, indexToken, index) ||
-        !ReadElement(call.document, *list, elementToken, element)) {
+    if (list == nullptr || !form.index.ReadIndex(call.document, index) ||
+        !form.element.ReadElement(call.document, *list, element)) {
         return LineOutcome::Failed;
     }
     if (list->Insert(index, element) != 0) return LineOutcome::Finished;
-    return call.document.Fail(operands::ErrorExpression, indexToken);
+    return call.document.Fail(operands::ErrorExpression, form.index.Token());
 }
 
 // Removes the element under the iterator: the index has to be a valid expression and is not used.
 LineOutcome ExecuteRemove(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
+    auto& form = call.Read<ListArgumentForm>();
+    operands::CVariableList* const list = form.list.FindList(call.document);
     std::int32_t index = 0;
-    if (list == nullptr || !ReadIndex(call.document, text::NextToken(call.rest), index)) {
+    if (list == nullptr || !form.argument.ReadIndex(call.document, index)) {
         return LineOutcome::Failed;
     }
     list->RemoveCurrent();
@@ -93,7 +132,7 @@ LineOutcome ExecuteRemove(StatementCall& call) {
 }
 
 LineOutcome ExecuteRemoveAll(StatementCall& call) {
-    operands::CVariableList* const list = call.document.FindList(text::NextToken(call.rest));
+    operands::CVariableList* const list = call.Read<ListForm>().list.FindList(call.document);
     if (list == nullptr) return LineOutcome::Failed;
     list->RemoveAll();
     return LineOutcome::Finished;

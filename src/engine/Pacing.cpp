@@ -72,11 +72,19 @@ LineOutcome ExecutePriority(StatementCall& call) {
 }
 
 LineOutcome ExecuteSleep(StatementCall& call) {
+    CKalvexDoc& document = call.document;
+    const std::string_view written = text::NextToken(call.rest);
     operands::SleepTime span;
-    if (!operands::ParseSleepTime(call.document, text::NextToken(call.rest), span))
-        return LineOutcome::Failed;
-    return call.document.Sleep(std::int64_t{span.hours} * 3600 + std::int64_t{span.minutes} * 60 +
-                               span.seconds);
+    if (!operands::ParseSleepTime(document, written, span)) return LineOutcome::Failed;
+    const LineOutcome outcome = document.Sleep(std::int64_t{span.hours} * 3600 +
+                                               std::int64_t{span.minutes} * 60 + span.seconds);
+    const std::int64_t until = document.State().m_tSleepUntil;
+    // The next try would begin a sleep anew.
+    if (outcome != LineOutcome::Stays || until == 0) return outcome;
+    const bool named = document.Variables().Find(operands::BaseName(written)) != nullptr;
+    document.Promise(
+        {.until = until, .data = named ? document.DataCount() : LinePromise::kAnyData});
+    return outcome;
 }
 
 LineOutcome ExecuteSetTime(StatementCall& call) {

@@ -1,5 +1,6 @@
 #include "engine/Procedures.h"
 
+#include <iterator>
 #include <utility>
 
 #include "engine/ScriptDocument.h"
@@ -29,24 +30,35 @@ void ForEachArgument(std::string_view text, Take take) {
     }
 }
 
-LineOutcome CallProcedure(CKalvexDoc& document, CCallFrame& frame, std::string_view text) {
-    const std::string name(ProcedureName(text));  // the search moves on from this line's text
-    if (name.empty()) return document.StopOnError(operands::ErrorNoProcedure, "");
-    ForEachArgument(text, [&](std::string item) {
-        frame.arrArgs.push_back({.strActual = std::move(item), .strFormal = {}});
-    });
-    const int head = document.Lines().FindProcedure(name);
-    if (head < 0) return document.StopOnError(operands::ErrorNoProcedure, "");
+// What a CALL hands over to the procedure that begins at a line: -1 where there is none of the
+// name.
+struct CallForm final : StatementForm {
+    static constexpr int kUnsought = -2;
 
-    std::string_view line = document.GetLine(head);
-    text::NextToken(line);
-    auto next = frame.arrArgs.begin();
-    ForEachArgument(line, [&](std::string item) {
-        if (next != frame.arrArgs.end()) (next++)->strFormal = std::move(item);
-    });
-    document.JumpTo(head);
-    return LineOutcome::Finished;
-}
+    explicit CallForm(std::string_view text) : name(ProcedureName(text)) {
+        if (name.empty()) return;
+        ForEachArgument(text, [this](std::string item) {
+            arguments.push_back({.strActual = std::move(item), .strFormal = {}});
+        });
+    }
+
+    // The parameters of the head get the arguments in their order.
+    void FindHead(CKalvexDoc& document) {
+        head = name.empty() ? -1 : document.Lines().FindProcedure(name);
+        if (head < 0) return;
+        std::string_view line = document.GetLine(head);
+        text::NextToken(line);
+        auto next = arguments.begin();
+        ForEachArgument(line, [&](std::string item) {
+            if (next != arguments.end()) (next++)->strFormal = std::move(item);
+        });
+    }
+
+    std::string_view name;
+    std::vector<CCallArg> arguments;
+    int head = kUnsought;
+    RewrittenLines* lines = nullptr;  // go together with the form
+};
 
 // The arguments of a nested call are rewritten where they stand, so that they arrive as those of
 // the outer call and a frame never has to look into another.
@@ -110,16 +122,26 @@ LineOutcome CKalvexDoc::PassProcedureLine(std::string_view keyword) {
     return LineOutcome::Finished;
 }
 
-CCallFrame& CKalvexDoc::PushFrame() {
-    CCallFrame& frame = m_lstCallStack.emplace_back();
+RewrittenLines* CKalvexDoc::FindLinesOf(const std::vector<CCallArg>& arguments) {
+    return Services().keepForms ? m_rewrittenCalls.Find(arguments) : nullptr;
+}
+
+// Frames that have ended serve again, with the room that their texts have.
+CCallFrame& CKalvexDoc::PushFrame(const std::vector<CCallArg>& arguments) {
+    if (m_endedFrames.empty()) m_endedFrames.emplace_back();
+    m_lstCallStack.splice(m_lstCallStack.end(), m_endedFrames, m_endedFrames.begin());
+    CCallFrame& frame = m_lstCallStack.back();
     frame.nReturnLine = m_nCurrentLine;
+    frame.arrArgs = arguments;
     return frame;
 }
 
 bool CKalvexDoc::ReturnFromCall() {
+    constexpr std::size_t kMostEndedFrames = 16;
     if (m_lstCallStack.empty()) return false;
     JumpTo(m_lstCallStack.back().nReturnLine);
-    m_lstCallStack.pop_back();
+    m_endedFrames.splice(m_endedFrames.begin(), m_lstCallStack, std::prev(m_lstCallStack.end()));
+    if (m_endedFrames.size() > kMostEndedFrames) m_endedFrames.pop_back();
     return true;
 }
 
@@ -137,7 +159,14 @@ LineOutcome ExecuteEnd(StatementCall& call) {
 }
 
 LineOutcome ExecuteCall(StatementCall& call) {
-    return CallProcedure(call.document, call.document.PushFrame(), call.rest);
+    CKalvexDoc& document = call.document;
+    auto& form = call.Read<CallForm>();
+    if (form.head == CallForm::kUnsought) form.FindHead(document);
+    if (form.lines == nullptr) form.lines = document.FindLinesOf(form.arguments);
+    document.PushFrame(form.arguments).lines = form.lines;
+    if (form.head < 0) return document.StopOnError(operands::ErrorNoProcedure, "");
+    document.JumpTo(form.head);
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex::engine

@@ -14,7 +14,7 @@ constexpr int kDefaultPriority = 50;
 }  // namespace
 
 CKalvexDoc::CKalvexDoc(const DocumentServices& services, std::unique_ptr<ScriptText> text)
-    : operands::ScriptContext(services), m_documentServices(services), m_text(std::move(text)) {}
+    : operands::ScriptContext(services), m_text(std::move(text)) {}
 
 CKalvexDoc::~CKalvexDoc() {
     ClearRunState();
@@ -92,8 +92,12 @@ void CKalvexDoc::FillLineCache() {
 }
 
 void CKalvexDoc::DropLineCache() {
+    EndPromise();
     m_arrLineCache.Clear();
     m_ifBlocks.Clear();
+    m_lineForms.Clear();
+    m_rewrittenCalls.Clear();
+    for (CCallFrame& frame : m_lstCallStack) frame.lines = nullptr;
 }
 
 int CKalvexDoc::GetLineCount() const {
@@ -117,6 +121,8 @@ bool CKalvexDoc::SaveChanges() {
 }
 
 void CKalvexDoc::PrepareRun() {
+    EndPromise();
+    m_waiting = {};
     if (!m_bIncludesExpanded) {
         DropLineCache();
         ExpandIncludes(true);
@@ -169,6 +175,7 @@ void CKalvexDoc::StopFor(StopCause cause) {
 
 void CKalvexDoc::Step() {
     if (CommandGoesToModule(ConsoleCommand::Step)) return;
+    EndPromise();
     m_nReportedLine = kNoLineReported;
     m_bStepRequested = true;
 }
@@ -188,6 +195,8 @@ void CKalvexDoc::EndRun() {
 }
 
 void CKalvexDoc::ClearRunState() {
+    EndPromise();
+    m_waiting = {};
     m_bRunning = false;
     m_bStepRequested = false;
     m_bPaused = false;
@@ -222,6 +231,7 @@ void CKalvexDoc::ClearLine() {
 }
 
 void CKalvexDoc::MirrorState(int stateWord) {
+    EndPromise();
     m_bRunning = (stateWord & StateRunning) != 0;
     m_bPaused = (stateWord & StatePaused) != 0;
     m_bStepRequested = (stateWord & StateStep) != 0;

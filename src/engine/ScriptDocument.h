@@ -16,6 +16,8 @@
 #include "engine/DocumentServices.h"
 #include "engine/IfBlocks.h"
 #include "engine/LineCache.h"
+#include "engine/LineForm.h"
+#include "engine/LinePromise.h"
 #include "engine/LineStanding.h"
 #include "engine/ScriptText.h"
 #include "engine/ScriptView.h"
@@ -38,24 +40,35 @@ struct ScriptReport {
     bool waiting = false;  // for data; else an error
 };
 
+// A label that a line jumps to. Its line is found once, as the text stands still as long as the
+// form of the line does.
+struct LabelTarget {
+    explicit LabelTarget(std::string_view written) : label(written) {}  // outlives the target
+
+    std::string_view label;  // without its ":"
+    int line = -1;           // where it is not known
+};
+
 // The state of a script's run. The document alone changes it. Line numbers count from 0.
-struct RunState {
-    bool m_bIncludesExpanded = false;
+// It begins with what a tick looks at in a script that has nothing to do.
+struct alignas(64) RunState {
+    LinePromise promise;            // of the current line, in a script that runs freely
+    int m_nPaceCounter = 0;         // ticks left until the next line is due
+    int m_nPriority = 50;           // a line runs every so many ticks
+    int m_nCurrentLine = 0;         // the next line to run
     bool m_bRunning = false;        // runs freely; also when it has passed its last line
     bool m_bStepRequested = false;  // the next due step runs one line
     bool m_bMinimised = false;
-    bool m_bPaused = false;  // stands in step mode with all of its state
-    int m_nCurrentLine = 0;  // the next line to run
-    int m_nReportedLine = 0;
-    int m_nReportedError = 0;
     bool m_bErrorStanding = false;  // the last line failed with a real error
+    bool m_bPaused = false;         // stands in step mode with all of its state
     bool stepFailed = false;        // so did the last single step, which leaves no error standing
-    int m_nPriority = 50;           // a line runs every so many ticks
-    std::int64_t m_tSleepUntil = 0;
-    int m_nPaceCounter = 0;  // ticks left until the next line is due
-    int m_nMarkedLine = -1;
+    bool m_bIncludesExpanded = false;
     bool m_bInProcedureSkip = false;
     bool m_bInProcedureBody = false;
+    int m_nReportedLine = 0;
+    int m_nReportedError = 0;
+    std::int64_t m_tSleepUntil = 0;
+    int m_nMarkedLine = -1;
     std::list<CCallFrame> m_lstCallStack;            // newest at the tail
     std::map<std::uint16_t, CWaitFor> m_mapWaitFor;  // by line number cut to 16 bits
     bool m_bControlAllowed = true;
@@ -83,11 +96,17 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // The same; the log is told why it could not be written.
     bool SaveOrLog();
 
-    const DocumentServices& Services() const { return m_documentServices; }
+    const DocumentServices& Services() const {
+        return static_cast<const DocumentServices&>(ScriptContext::Services());
+    }
     const std::string& GetDocKey() const { return m_strDocKey; }  // short path
     ScriptText& Text() { return *m_text; }
     const ScriptText& Text() const { return *m_text; }
-    void SetView(ScriptView* view) { m_view = view; }  // not owned, may be null
+    // Not owned, may be null.
+    void SetView(ScriptView* view) {
+        m_view = view;
+        EndPromise();
+    }
     bool IsModified() const { return m_modified; }
     void SetModified(bool modified) { m_modified = modified; }
     bool IsReadOnly() const { return m_readOnly; }
@@ -119,9 +138,29 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // Without control a console client commands nothing. Lines go to the console once it wants
     // them.
     void AllowControl(bool allowed) { m_bControlAllowed = allowed; }
-    void SendLineReports(bool wanted) { m_bLineReportSend = wanted; }
+    void SendLineReports(bool wanted) {
+        m_bLineReportSend = wanted;
+        EndPromise();
+    }
 
+    // The value of a variable has been set, but not by a line of the script.
+    void OnValueSet() { EndPromise(); }
+
+    // All steps of a tick; true when one of them leaves an error standing.
+    bool ExecuteTick(TickMoment& moment);
+    // Ahead of a tick: what it looks at first is fetched from memory meanwhile.
+    void Prefetch() const {
+        __builtin_prefetch(this);
+        __builtin_prefetch(static_cast<const RunState*>(this));
+    }
+    // Takes the step where the pace has no line for it.
+    bool PassStep() {
+        if (m_nPaceCounter < 1) return false;
+        --m_nPaceCounter;
+        return true;
+    }
     // One step by pacing; returns m_bErrorStanding.
+    bool ExecuteStep(TickMoment& moment);
     bool ExecuteStep();
     // Runs the current line; true when it finished or waits without error.
     bool ExecuteLine();
@@ -158,12 +197,17 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     // Where the blocks of the text end.
     IfBlockIndex& IfBlocks() { return m_ifBlocks; }
     // Moves to a line, which is passed over when the statement that jumps has finished.
-    void JumpTo(int line) { m_nCurrentLine = line; }
+    void JumpTo(int line) {
+        m_nCurrentLine = line;
+        EndPromise();
+    }
     // Jumps to the label's line; a missing label stops the script with error 6.
-    bool GotoLabel(std::string_view label);
+    bool GotoLabel(LabelTarget& label);
     // A frame for a CALL on the current line. Going back ends the newest one and jumps to its CALL;
     // false when there is none.
-    CCallFrame& PushFrame();
+    CCallFrame& PushFrame(const std::vector<CCallArg>& arguments);
+    // Where the lines are kept as these arguments rewrite them; null where they are not.
+    RewrittenLines* FindLinesOf(const std::vector<CCallArg>& arguments);
     bool ReturnFromCall();
     // The lines from here to the END of the procedure are passed over.
     void SkipProcedure() { m_bInProcedureSkip = true; }
@@ -172,6 +216,10 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void SetPriority(int ticks);
     // Begins to sleep or goes on sleeping: finished once the time is up.
     LineOutcome Sleep(std::int64_t seconds);
+    // The line that runs, and does not finish now, can do nothing else as long as this holds.
+    void Promise(LinePromise promise);
+    // The change count of the sources.
+    std::uint64_t DataCount() const;
     // The wait record of the current line, null until it has one.
     CWaitFor* FindWaitFor();
     void AddWaitFor(CWaitFor record);
@@ -190,11 +238,21 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     void ShowLine(int line);
     void StopFor(StopCause cause);
     void MarkLine(int line);
-    void RunFreely();
+    void RunFreely(TickMoment& moment);
+    void HandleTry(bool succeeded);
+    void SendLine();
     void RunOneStep();
     bool RunLine();
     void CompleteLine();
-    LineOutcome RunStatement(std::string_view line);
+    bool EndLine(LineOutcome outcome);
+    int RunKeptLines(int most);
+    // The form of the current line, null where none is kept.
+    LineForm* FindKept() {
+        return m_lstCallStack.empty() ? m_lineForms.Find(m_nCurrentLine) : FindRewritten();
+    }
+    LineForm* FindRewritten();
+    LineOutcome RunNewLine();
+    LineOutcome RunStatement(LineForm& line);
     LineOutcome PassProcedureLine(std::string_view keyword);
     void CountLine(RunCounts& counts, bool failed) const;
     bool CommandGoesToModule(ConsoleCommand command);
@@ -203,7 +261,14 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     bool SaveChanges();
     bool NameMayBeDeclared(std::string_view name);
 
-    const DocumentServices& m_documentServices;
+    void EndPromise() { promise.standing = false; }
+    bool KeepsPromise(TickMoment& moment) const { return promise.standing && PromiseHolds(moment); }
+    bool PromiseHolds(TickMoment& moment) const;
+    bool PassSteps(int count, TickMoment& moment) const;
+    void PromiseToWait();
+    WaitingLine JudgeLine(std::string_view line) const;
+    void CountKept(int tries) const;
+
     std::unique_ptr<ScriptText> m_text;
     ScriptView* m_view = nullptr;
     std::string m_strDocKey;
@@ -211,7 +276,11 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     bool m_readOnly = false;
     LineCache m_arrLineCache;  // filled while the text stands
     IfBlockIndex m_ifBlocks;
-    std::string m_rewrittenLine;
+    LineForms m_lineForms;
+    RewrittenCalls m_rewrittenCalls;
+    std::string m_rewrittenLine;          // one that is not kept
+    std::list<CCallFrame> m_endedFrames;  // for the calls to come
+    WaitingLine m_waiting;
 };
 
 }  // namespace kalvex::engine

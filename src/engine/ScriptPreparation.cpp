@@ -145,7 +145,7 @@ class Expansion {
 
 bool CKalvexDoc::ExpandIncludes(bool expand) {
     Reload();
-    m_bIncludesExpanded = expand && Expansion(*m_text, m_documentServices).Run();
+    m_bIncludesExpanded = expand && Expansion(*m_text, Services()).Run();
     if (expand && !m_bIncludesExpanded) return false;
     m_modified = false;
     return true;

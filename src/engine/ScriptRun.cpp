@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::int64_t kLineReportPause = 1;  // seconds
 
+constexpr int kTopPriority = 1;
+constexpr int kExtraSteps = 9;
+constexpr int kExtraStepsMinimised = 10;
+
 // The pace counter after so many steps that run nothing.
 int CounterAfter(int counter, int priority, int steps) {
     if (steps <= counter) return counter - steps;
@@ -19,17 +23,82 @@ int CounterAfter(int counter, int priority, int steps) {
 
 }  // namespace
 
-bool CKalvexDoc::ExecuteStep() {
-    if (Services().consoleClient) return false;
-    if (m_nPaceCounter >= 1) {
-        --m_nPaceCounter;
-        return m_bErrorStanding;
+// So many steps of a tick at once. Nothing can end the promise between two of them but the clock,
+// and no script can tell when in a tick that is seen.
+bool CKalvexDoc::PassSteps(int count, TickMoment& moment) const {
+    const bool allDue = m_nPriority == kTopPriority && m_nPaceCounter == 0;
+    if (!allDue || !KeepsPromise(moment)) return false;
+    CountKept(count);
+    return true;
+}
+
+bool CKalvexDoc::ExecuteTick(TickMoment& moment) {
+    const int extra = kExtraSteps + (m_bMinimised ? kExtraStepsMinimised : 0);
+    if (!promise.shows && PassSteps(1 + extra, moment)) return m_bErrorStanding;
+    // Whoever looks at the line has seen it after the first step.
+    bool errorStanding = ExecuteStep(moment);
+    if (m_nPriority != kTopPriority) return errorStanding;
+    int left = extra;
+    while (left > 0 && !PassSteps(left, moment)) {
+        if (const int run = RunKeptLines(left); run > 0) {
+            left -= run;
+            moment.Forget();
+            errorStanding |= m_bErrorStanding;
+        } else {
+            errorStanding |= ExecuteStep(moment);
+            --left;
+        }
     }
+    return errorStanding;
+}
+
+// The steps of a tick at the top priority, as long as each finds a line whose form is kept and
+// nobody looks on in between: how many there were.
+int CKalvexDoc::RunKeptLines(int most) {
+    const bool watched =
+        m_bLineReportSend || m_bStepRequested || (m_view != nullptr && m_view->HasBreakpoints());
+    if (watched || !m_bRunning || m_nPaceCounter != 0 || m_nPriority != kTopPriority) return 0;
+    const int lastLine = GetLineCount() - 1;
+    RunCounts* const counts = Services().counts;
+    int steps = 0;
+    while (steps < most && m_nPriority == kTopPriority) {
+        LineForm* const kept = FindKept();
+        if (kept == nullptr) break;
+        EndPromise();
+        ClearError();
+        const LineOutcome outcome = RunStatement(*kept);
+        ++steps;
+        if (outcome != LineOutcome::Finished) {
+            HandleTry(EndLine(outcome));
+            break;
+        }
+        m_bErrorStanding = false;
+        if (counts != nullptr) ++counts->lines;
+        standing.OnLine(outcome, LastError(), Services().clock);
+        if (m_nCurrentLine < lastLine) {
+            ++m_nCurrentLine;
+        } else {
+            CompleteLine();
+        }
+    }
+    if (steps > 0) ShowLine(m_nCurrentLine);
+    return steps;
+}
+
+bool CKalvexDoc::ExecuteStep() {
+    TickMoment moment;
+    return ExecuteStep(moment);
+}
+
+bool CKalvexDoc::ExecuteStep(TickMoment& moment) {
+    if (PassStep()) return m_bErrorStanding;
+    if (Services().consoleClient) return false;
     m_nPaceCounter = m_nPriority - 1;
     if (m_bRunning) {
-        RunFreely();
+        RunFreely(moment);
     } else if (m_bStepRequested) {
         RunOneStep();
+        moment.Forget();
     }
     return m_bErrorStanding;
 }
@@ -39,32 +108,51 @@ void CKalvexDoc::SkipSteps(int count) {
 }
 
 void CKalvexDoc::Pause(StopCause cause) {
+    EndPromise();
     m_bRunning = false;
     m_bPaused = true;
     standing.OnStop(cause, Services().clock);
 }
 
 void CKalvexDoc::Resume() {
+    EndPromise();
     m_bRunning = true;
     m_bPaused = false;
     standing.OnStart(Services().clock);
 }
 
-void CKalvexDoc::RunFreely() {
-    if (ExecuteLine()) {
-        m_bErrorStanding = false;
+void CKalvexDoc::RunFreely(TickMoment& moment) {
+    if (KeepsPromise(moment)) {
+        CountKept(1);
+        if (!promise.shows) return;
     } else {
-        const bool lineChanged = m_nReportedLine != m_nCurrentLine;
-        const bool errorChanged = m_nReportedError != LastError().m_nErrorCode;
-        const bool waiting = LastError().IsWaiting();
-        if (waiting ? lineChanged : lineChanged || errorChanged) {
-            ReportError(waiting ? platform::LogEvents : platform::LogErrors);
-        }
-        m_nReportedLine = m_nCurrentLine;
-        m_nReportedError = LastError().m_nErrorCode;
-        m_bErrorStanding = !waiting;
+        EndPromise();
+        HandleTry(ExecuteLine());
+        moment.Forget();
     }
     ShowLine(m_nCurrentLine);
+    SendLine();
+}
+
+// What becomes of a script that runs freely when a line was tried.
+void CKalvexDoc::HandleTry(bool succeeded) {
+    if (succeeded) {
+        m_bErrorStanding = false;
+        return;
+    }
+    const bool lineChanged = m_nReportedLine != m_nCurrentLine;
+    const bool errorChanged = m_nReportedError != LastError().m_nErrorCode;
+    const bool waiting = LastError().IsWaiting();
+    if (waiting ? lineChanged : lineChanged || errorChanged) {
+        ReportError(waiting ? platform::LogEvents : platform::LogErrors);
+    }
+    m_nReportedLine = m_nCurrentLine;
+    m_nReportedError = LastError().m_nErrorCode;
+    m_bErrorStanding = !waiting;
+    if (waiting) PromiseToWait();
+}
+
+void CKalvexDoc::SendLine() {
     if (!m_bLineReportSend || Services().console == nullptr) return;
     const std::int64_t now = Services().clock.Now();
     if (now - m_tLastLineReport > kLineReportPause) {
@@ -118,6 +206,7 @@ void CKalvexDoc::ShowLine(int line) {
 bool CKalvexDoc::ExecuteLine() {
     if (m_nCurrentLine >= GetLineCount()) {
         standing.Settle(Services().clock);
+        Promise({.tries = false});
         return true;
     }
     if (m_arrLineCache.IsFilled()) return RunLine();
@@ -129,13 +218,12 @@ bool CKalvexDoc::ExecuteLine() {
 }
 
 bool CKalvexDoc::RunLine() {
-    SetError(operands::ErrorNone, {}, true);
-    std::string_view line = GetLine(m_nCurrentLine);
-    if (!m_lstCallStack.empty()) {
-        m_rewrittenLine = RewriteLine(m_lstCallStack.back(), line);
-        line = m_rewrittenLine;
-    }
-    const LineOutcome outcome = RunStatement(line);
+    ClearError();
+    LineForm* const kept = FindKept();
+    return EndLine(kept != nullptr ? RunStatement(*kept) : RunNewLine());
+}
+
+bool CKalvexDoc::EndLine(LineOutcome outcome) {
     const bool failed = outcome == LineOutcome::Failed;
     if (failed && LastError().m_nErrorCode == operands::ErrorNone)
         SetError(operands::ErrorOther, {}, false);
@@ -145,22 +233,47 @@ bool CKalvexDoc::RunLine() {
     return !failed;
 }
 
+// The form of the current line as the newest call rewrites it; null where none is kept.
+LineForm* CKalvexDoc::FindRewritten() {
+    CCallFrame& frame = m_lstCallStack.back();
+    if (frame.lines == nullptr) frame.lines = FindLinesOf(frame.arrArgs);
+    return frame.lines == nullptr ? nullptr : frame.lines->Find(m_nCurrentLine);
+}
+
+LineOutcome CKalvexDoc::RunNewLine() {
+    const StatementTable& statements = Services().statements;
+    std::string_view line = GetLine(m_nCurrentLine);
+    if (m_lstCallStack.empty()) {
+        if (Services().keepForms && m_lineForms.WantsForm(m_nCurrentLine)) {
+            return RunStatement(m_lineForms.Keep(m_nCurrentLine, line, statements));
+        }
+    } else {
+        const CCallFrame& frame = m_lstCallStack.back();
+        m_rewrittenLine = RewriteLine(frame, line);
+        line = m_rewrittenLine;
+        if (frame.lines != nullptr && m_rewrittenCalls.TakeLine()) {
+            return RunStatement(frame.lines->Keep(m_nCurrentLine, m_rewrittenLine, statements));
+        }
+    }
+    LineForm once(line, statements);
+    return RunStatement(once);
+}
+
 void CKalvexDoc::CountLine(RunCounts& counts, bool failed) const {
     ++counts.lines;
     if (!failed) return;
     ++(LastError().IsWaiting() ? counts.waits : counts.errors);
 }
 
-LineOutcome CKalvexDoc::RunStatement(std::string_view line) {
-    if (line.empty() || line.front() == ';') return LineOutcome::Finished;
-    std::string_view rest = line;
-    const std::string word = text::ToUpper(text::NextToken(rest));
-    if (word.starts_with(':')) return LineOutcome::Finished;
-    const StatementRow* row = Services().statements.Find(word);
-    if (m_bInProcedureSkip && word != operands::Keyword::Procedure) return PassProcedureLine(word);
-    if (row == nullptr) return Fail(operands::ErrorUnknownKeyword, word);
-    StatementCall call{*this, row->keyword, rest};
-    return row->handler(call);
+LineOutcome CKalvexDoc::RunStatement(LineForm& line) {
+    if (line.isEmpty) return LineOutcome::Finished;
+    if (m_bInProcedureSkip) {
+        const std::string word = line.Word();
+        if (word != operands::Keyword::Procedure) return PassProcedureLine(word);
+    }
+    if (line.row == nullptr) return Fail(operands::ErrorUnknownKeyword, line.Word());
+    StatementCall call{*this, line.row->keyword, line.Rest(), line.statement};
+    return line.row->handler(call);
 }
 
 // A finished script that has waited at a WAITFOR goes back to the first one and becomes a cycle.

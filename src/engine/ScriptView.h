@@ -13,6 +13,9 @@ class ScriptView {
     virtual void ClearAllMarkers() = 0;
     virtual void RefreshVariables() = 0;
     virtual bool HasBreakpoint(int line) const = 0;
+    // One of its lines may hold a breakpoint. Where none does, lines that run in one tick are not
+    // selected one by one, but the last of them.
+    virtual bool HasBreakpoints() const { return true; }
 };
 
 }  // namespace kalvex::engine

@@ -3,16 +3,29 @@
 
 #include "engine/ScriptDocument.h"
 #include "engine/StatementFamilies.h"
-#include "operands/OperandEvaluator.h"
+#include "operands/Expression.h"
 #include "text/LineScanner.h"
 
 namespace kalvex::engine {
 
+namespace {
+
+// The statements are the functions of their names.
+struct StatusForm final : StatementForm {
+    StatusForm(std::string_view keyword, std::string_view rest)
+        : line(std::string(keyword) + ' ' + std::string(rest)),
+          expression(operands::Expression::OfRest(line)) {}
+
+    std::string line;
+    operands::Expression expression;
+};
+
+}  // namespace
+
 LineOutcome ExecuteStatusChange(StatementCall& call) {
-    const std::string line = std::string(call.keyword) + ' ' + std::string(call.rest);
-    std::string_view text = line;
+    auto& form = call.Read<StatusForm>(call.keyword, call.rest);
     value::CVal changed;
-    if (operands::EvaluateRest(call.document, text, changed, value::ValueType::Int))
+    if (form.expression.Evaluate(call.document, changed, value::ValueType::Int))
         return LineOutcome::Finished;
     return call.document.FailForced(operands::ErrorExpression, text::TrimBlanks(call.rest));
 }

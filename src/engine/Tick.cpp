@@ -7,9 +7,8 @@ namespace kalvex::engine {
 namespace {
 
 constexpr int kTopPriority = 1;
-constexpr int kExtraSteps = 9;
-constexpr int kExtraStepsMinimised = 10;
 constexpr int kMostIdleTicks = 100;
+constexpr std::size_t kAhead = 8;  // documents that are fetched before their turn
 
 }  // namespace
 
@@ -21,11 +20,14 @@ void TickRunner::RunTick() {
     if (m_inTick || m_blocked) return;
     m_inTick = true;
     bool errorStanding = false;
-    for (CKalvexDoc* document : m_documents) {
-        errorStanding |= document->ExecuteStep();
-        if (document->State().m_nPriority != kTopPriority) continue;
-        const int steps = kExtraSteps + (document->State().m_bMinimised ? kExtraStepsMinimised : 0);
-        for (int i = 0; i < steps; ++i) errorStanding |= document->ExecuteStep();
+    TickMoment moment;
+    const std::size_t count = m_documents.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i + kAhead < count) m_documents[i + kAhead]->Prefetch();
+        CKalvexDoc& document = *m_documents[i];
+        const RunState& state = document.State();
+        const bool passed = state.m_nPriority != kTopPriority && document.PassStep();
+        errorStanding |= passed ? state.m_bErrorStanding : document.ExecuteTick(moment);
     }
     m_bErrorStanding = errorStanding;
     m_inTick = false;

@@ -11,6 +11,8 @@ namespace kalvex::engine {
 
 namespace {
 
+constexpr std::int64_t kDay = 86400;
+
 void SetDay(CWaitFor& record, const value::TimeFields& date) {
     record.nDay = date.day;
     record.nMonth = date.month;
@@ -23,6 +25,14 @@ void Insert(std::vector<std::int64_t>& times, std::int64_t time) {
 
 std::int64_t CountOf(const CWaitFor& record) {
     return static_cast<std::int64_t>(record.arrTimes.size());
+}
+
+bool IsPast(const CWaitFor& record, const value::TimeFields& today) {
+    return record.nDay < today.day && record.nMonth <= today.month && record.nYear <= today.year;
+}
+
+std::int64_t SecondOfDay(const value::TimeFields& time) {
+    return (std::int64_t{time.hour} * 60 + time.minute) * 60 + time.second;
 }
 
 }  // namespace
@@ -88,7 +98,7 @@ void RollWaitTimes(CWaitFor& record) {
 
 bool PassWaitTime(CWaitFor& record, std::int64_t now) {
     const value::TimeFields today = value::SplitLocalTime(now);
-    if (record.nDay < today.day && record.nMonth <= today.month && record.nYear <= today.year) {
+    if (IsPast(record, today)) {
         RollWaitTimes(record);
     } else {
         if (record.nNext != CountOf(record)) LocateWaitTime(record, now - 1);
@@ -97,6 +107,20 @@ bool PassWaitTime(CWaitFor& record, std::int64_t now) {
     if (record.arrTimes[static_cast<std::size_t>(record.nNext)] >= now) return false;
     ++record.nNext;
     return true;
+}
+
+std::int64_t GetStillUntil(const CWaitFor& record, std::int64_t now) {
+    const value::TimeFields today = value::SplitLocalTime(now);
+    const auto next = record.arrTimes.begin() + record.nNext;
+    const bool placed = std::ranges::lower_bound(record.arrTimes, now - 1) == next;
+    if (!placed || IsPast(record, today)) return now;
+    const std::int64_t midnight = now + kDay - SecondOfDay(today);
+    const std::int64_t until = std::min(*next + 1, midnight);
+    // Not across a change of the zone's offset, which may bring another day.
+    const value::TimeFields last = value::SplitLocalTime(until - 1);
+    const bool even =
+        last.day == today.day && SecondOfDay(last) - SecondOfDay(today) == until - 1 - now;
+    return even ? until : now + 1;
 }
 
 CWaitFor* CKalvexDoc::FindWaitFor() {
@@ -113,7 +137,9 @@ LineOutcome ExecuteWaitFor(StatementCall& call) {
     CKalvexDoc& document = call.document;
     const std::int64_t now = document.Services().clock.Now();
     if (CWaitFor* known = document.FindWaitFor()) {
-        return PassWaitTime(*known, now) ? LineOutcome::Finished : LineOutcome::Stays;
+        if (PassWaitTime(*known, now)) return LineOutcome::Finished;
+        document.Promise({.from = now, .until = GetStillUntil(*known, now)});
+        return LineOutcome::Stays;
     }
     CWaitFor record;
     if (!ReadWaitFor(document, call.rest, now, record)) return LineOutcome::Failed;

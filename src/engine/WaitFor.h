@@ -30,4 +30,8 @@ void RollWaitTimes(CWaitFor& record);
 // Moves the record on to `now`; true when a time has come, which is then used up.
 bool PassWaitTime(CWaitFor& record, std::int64_t now);
 
+// Of a record that PassWaitTime has just left waiting at `now`: the first time from then on at
+// which it may do anything but leave it as it is; `now` itself where it may do so at once.
+std::int64_t GetStillUntil(const CWaitFor& record, std::int64_t now);
+
 }  // namespace kalvex::engine

@@ -9,7 +9,10 @@ namespace kalvex::language {
 
 namespace {
 
-// keyword, handler, forms as the help shows them (one a line), help text
+constexpr bool kWaitsAlike = true;
+
+// keyword, handler, forms as the help shows them (one a line), help text, whether a line that waits
+// for data has only read
 constexpr engine::StatementRow kRows[] = {
     {operands::Keyword::Procedure, engine::ExecuteProcedure,
      "PROCEDURE nazwa([parametr1,parametr2...]) BEGIN ... END", ""},
@@ -57,7 +60,7 @@ constexpr engine::StatementRow kRows[] = {
     {"LOCAL", engine::ExecuteLocal,
      "LOCAL <nazwa_zmiennej>\nLOCAL <nazwa_zmiennej> = <zmienna>\nLOCAL <nazwa_zmiennej> = "
      "<wartość>",
-     ""},
+     "", kWaitsAlike},
     {"REMOTE", engine::ExecuteRemote,
      "REMOTE <nazwa_zmiennej> <nazwa_serwera>@<nazwa_zmiennej_w_serwerze>", ""},
     {"POINTER", engine::ExecutePointer, "POINTER <nazwa_wskaźnika>", ""},
@@ -90,7 +93,7 @@ constexpr engine::StatementRow kRows[] = {
     {"REMOVEALL", engine::ExecuteRemoveAll, "REMOVEALL <lista>",
      "Usunięcie wszystkich elementów z listy"},
     {"SET", engine::ExecuteSet,
-     "SET <nazwa_zmiennej> = <zmienna>\nSET <nazwa_zmiennej> = <wartość>", ""},
+     "SET <nazwa_zmiennej> = <zmienna>\nSET <nazwa_zmiennej> = <wartość>", "", kWaitsAlike},
     {"MPUT", sources::ExecuteMPut, "MPUT <zmienna> <typ_danych> <lista_wartości>",
      "Modyfikacja zestawu wartości w serwerze"},
     {"MGET", sources::ExecuteMGet,
@@ -121,7 +124,7 @@ constexpr engine::StatementRow kRows[] = {
     {operands::Keyword::If, engine::ExecuteIf,
      "IF <warunek> THEN ... ELSE ... ENDIF\nIF <warunek> GOTO <etykieta>\n"
      "IF NOT <warunek> THEN ... ELSE ... ENDIF\nIF NOT <warunek> GOTO <etykieta>",
-     ""},
+     "", kWaitsAlike},
     {operands::Keyword::Else, engine::ExecuteElse, "ELSE", ""},
     {operands::Keyword::Endif, engine::ExecuteEndif, "ENDIF", ""},
     {operands::Keyword::Goto, engine::ExecuteGoto, "GOTO <etykieta>", ""},

@@ -42,16 +42,6 @@ bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
 }
 
-bool EvaluateSide(ScriptContext& script, std::string_view side, value::CVal& out) {
-    if (IsStringLiteral(side)) {
-        out = value::CVal(side.substr(1, side.size() - 2));
-        return true;
-    }
-    const std::string bracketed = '(' + std::string(side) + ')';
-    std::string_view text = bracketed;
-    return EvaluateExpression(script, text, out, value::ValueType::Double);
-}
-
 }  // namespace
 
 std::span<const ConditionWordRow> ConditionWords() {
@@ -63,16 +53,40 @@ const ConditionWordRow* FindConditionWord(std::string_view word) {
     return row == std::end(kConditionWords) ? nullptr : row;
 }
 
+OperandComparison::Side::Side(const std::string& side) {
+    if (IsStringLiteral(side)) {
+        m_literal = value::CVal(std::string_view(side).substr(1, side.size() - 2));
+    } else {
+        m_expression.emplace('(' + side + ')');
+    }
+}
+
+const value::CVal* OperandComparison::Side::Evaluate(ScriptContext& script, value::CVal& scratch) {
+    if (!m_expression) return &m_literal;
+    return m_expression->Look(script, scratch, value::ValueType::Double);
+}
+
+OperandComparison::OperandComparison(const std::string& left, const std::string& right,
+                                     std::string_view op)
+    : m_word(FindConditionWord(left)),
+      m_operator(op),
+      m_comparison(FindComparison(op)),
+      m_left(left),
+      m_right(right) {}
+
+int OperandComparison::Evaluate(ScriptContext& script) {
+    if (m_word != nullptr) return m_word->test(script, m_operator);
+    value::CVal leftScratch;
+    value::CVal rightScratch;
+    const value::CVal* const left = m_left.Evaluate(script, leftScratch);
+    const value::CVal* const right = m_right.Evaluate(script, rightScratch);
+    if (left == nullptr || right == nullptr || m_comparison == nullptr) return -1;
+    return (left->*m_comparison->compare)(*right);
+}
+
 int CompareOperands(ScriptContext& script, std::string_view left, std::string_view right,
                     std::string_view op) {
-    if (const ConditionWordRow* row = FindConditionWord(left)) return row->test(script, op);
-    value::CVal leftValue;
-    value::CVal rightValue;
-    const bool leftRead = EvaluateSide(script, left, leftValue);
-    const bool rightRead = EvaluateSide(script, right, rightValue);
-    const Comparison* comparison = FindComparison(op);
-    if (!leftRead || !rightRead || comparison == nullptr) return -1;
-    return (leftValue.*comparison->compare)(rightValue);
+    return OperandComparison(std::string(left), std::string(right), op).Evaluate(script);
 }
 
 }  // namespace kalvex::operands

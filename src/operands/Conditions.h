@@ -1,9 +1,13 @@
 // Conditions of IF that a formula cannot express.
 #pragma once
 
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
+#include "operands/Comparisons.h"
+#include "operands/Expression.h"
 #include "operands/ScriptContext.h"
 
 namespace kalvex::operands {
@@ -18,8 +22,36 @@ struct ConditionWordRow {
 std::span<const ConditionWordRow> ConditionWords();
 const ConditionWordRow* FindConditionWord(std::string_view word);
 
-// 1 true, 0 false, -1 when it cannot be evaluated. For a test word on the left, `op` is its
-// operand. A side that is a string literal is that text; every other side is a formula in brackets.
+// A comparison of a condition, as its text tells it. Belongs to one script.
+class OperandComparison {
+  public:
+    // For a test word on the left, `op` is its operand; its text outlives the comparison. A side
+    // that is a string literal is that text; every other side is a formula in brackets.
+    OperandComparison(const std::string& left, const std::string& right, std::string_view op);
+
+    // 1 true, 0 false, -1 when it cannot be evaluated.
+    int Evaluate(ScriptContext& script);
+
+  private:
+    class Side {
+      public:
+        explicit Side(const std::string& side);
+        // Null when it cannot be evaluated.
+        const value::CVal* Evaluate(ScriptContext& script, value::CVal& scratch);
+
+      private:
+        value::CVal m_literal;
+        std::optional<Expression> m_expression;
+    };
+
+    const ConditionWordRow* m_word;
+    std::string_view m_operator;
+    const Comparison* m_comparison;
+    Side m_left;
+    Side m_right;
+};
+
+// The same, once.
 int CompareOperands(ScriptContext& script, std::string_view left, std::string_view right,
                     std::string_view op);
 

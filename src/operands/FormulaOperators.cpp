@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "operands/Comparisons.h"
-#include "operands/FormulaParser.h"
 #include "value/ValueText.h"
 
 namespace kalvex::operands {
@@ -15,24 +14,23 @@ namespace kalvex::operands {
 namespace {
 
 template <value::CVal& (value::CVal::*Operation)(const value::CVal&)>
-bool Arithmetic(FormulaParser& stack) {
-    const value::CVal right = stack.Pop();
-    value::CVal left = stack.Pop();
+void Arithmetic(value::CVal& left, const value::CVal& right) {
     (left.*Operation)(right);
-    stack.Push(std::move(left));
-    return true;
 }
 
 template <int (value::CVal::*Comparison)(const value::CVal&) const>
-bool Compare(FormulaParser& stack) {
+void Compare(value::CVal& left, const value::CVal& right) {
+    left = value::CVal((left.*Comparison)(right));
+}
+
+bool Combine(FormulaStack& stack, const FormulaOperator& row) {
     const value::CVal right = stack.Pop();
-    const value::CVal left = stack.Pop();
-    stack.Push(value::CVal((left.*Comparison)(right)));
+    row.combine(stack.Top(), right);
     return true;
 }
 
 template <class Operation>
-bool OnIntegers(FormulaParser& stack, Operation operation) {
+bool OnIntegers(FormulaStack& stack, Operation operation) {
     const int right = value::ValueToInt(stack.Pop());
     const int left = value::ValueToInt(stack.Pop());
     stack.Push(value::CVal(operation(left, right)));
@@ -40,30 +38,30 @@ bool OnIntegers(FormulaParser& stack, Operation operation) {
 }
 
 template <double (*Function)(double)>
-bool OnDouble(FormulaParser& stack) {
+bool OnDouble(FormulaStack& stack, const FormulaOperator&) {
     stack.Push(value::CVal(Function(value::ValueToDouble(stack.Pop()))));
     return true;
 }
 
-bool Power(FormulaParser& stack) {
+bool Power(FormulaStack& stack, const FormulaOperator&) {
     const value::CVal exponent = stack.Pop();
     const value::CVal base = stack.Pop();
     stack.Push(value::pow(base, exponent));
     return true;
 }
 
-bool Negate(FormulaParser& stack) {
+bool Negate(FormulaStack& stack, const FormulaOperator&) {
     stack.Push(stack.Pop() * value::CVal(-1));
     return true;
 }
 
-bool SquareValue(FormulaParser& stack) {
+bool SquareValue(FormulaStack& stack, const FormulaOperator&) {
     const value::CVal value = stack.Pop();
     stack.Push(value * value);
     return true;
 }
 
-bool Remainder(FormulaParser& stack) {
+bool Remainder(FormulaStack& stack, const FormulaOperator&) {
     const int right = value::ValueToInt(stack.Pop());
     const int left = value::ValueToInt(stack.Pop());
     if (right == 0) return false;
@@ -71,37 +69,37 @@ bool Remainder(FormulaParser& stack) {
     return true;
 }
 
-bool BitAnd(FormulaParser& stack) {
+bool BitAnd(FormulaStack& stack, const FormulaOperator&) {
     return OnIntegers(stack, [](int a, int b) { return a & b; });
 }
 
-bool BitOr(FormulaParser& stack) {
+bool BitOr(FormulaStack& stack, const FormulaOperator&) {
     return OnIntegers(stack, [](int a, int b) { return a | b; });
 }
 
-bool BitXor(FormulaParser& stack) {
+bool BitXor(FormulaStack& stack, const FormulaOperator&) {
     return OnIntegers(stack, [](int a, int b) { return a ^ b; });
 }
 
-bool LogicalAnd(FormulaParser& stack) {
+bool LogicalAnd(FormulaStack& stack, const FormulaOperator&) {
     return OnIntegers(stack, [](int a, int b) { return a != 0 && b != 0 ? 1 : 0; });
 }
 
-bool LogicalOr(FormulaParser& stack) {
+bool LogicalOr(FormulaStack& stack, const FormulaOperator&) {
     return OnIntegers(stack, [](int a, int b) { return a != 0 || b != 0 ? 1 : 0; });
 }
 
-bool LogicalNot(FormulaParser& stack) {
+bool LogicalNot(FormulaStack& stack, const FormulaOperator&) {
     stack.Push(value::CVal((stack.Pop() != value::CVal(0)) != 0 ? 0 : 1));
     return true;
 }
 
-bool Complement(FormulaParser& stack) {
+bool Complement(FormulaStack& stack, const FormulaOperator&) {
     stack.Push(~stack.Pop());
     return true;
 }
 
-bool FactorialOfTop(FormulaParser& stack) {
+bool FactorialOfTop(FormulaStack& stack, const FormulaOperator&) {
     const int n = value::ValueToInt(stack.Pop());
     std::uint32_t product = 1;
     // From 34! on the product has lost all of its 32 bits.
@@ -110,12 +108,12 @@ bool FactorialOfTop(FormulaParser& stack) {
     return true;
 }
 
-bool TruncateTop(FormulaParser& stack) {
+bool TruncateTop(FormulaStack& stack, const FormulaOperator&) {
     stack.Push(value::CVal(value::ValueToInt(stack.Pop())));
     return true;
 }
 
-bool RoundTop(FormulaParser& stack) {
+bool RoundTop(FormulaStack& stack, const FormulaOperator&) {
     const int digits = value::ValueToInt(stack.Pop());
     stack.Push(value::CVal(RoundToDigits(value::ValueToDouble(stack.Pop()), digits)));
     return true;
@@ -128,10 +126,10 @@ constexpr std::array kOtherOperators = {
     FormulaOperator{'|', "|", 4, false, BitOr},
     FormulaOperator{'^', "^", 5, false, BitXor},
     FormulaOperator{'&', "&", 6, false, BitAnd},
-    FormulaOperator{'+', "+", 7, false, Arithmetic<(&value::CVal::operator+=)>},
-    FormulaOperator{'-', "-", 7, false, Arithmetic<(&value::CVal::operator-=)>},
-    FormulaOperator{'*', "*", 8, false, Arithmetic<(&value::CVal::operator*=)>},
-    FormulaOperator{'/', "/", 8, false, Arithmetic<(&value::CVal::operator/=)>},
+    FormulaOperator{'+', "+", 7, false, Combine, Arithmetic<(&value::CVal::operator+=)>},
+    FormulaOperator{'-', "-", 7, false, Combine, Arithmetic<(&value::CVal::operator-=)>},
+    FormulaOperator{'*', "*", 8, false, Combine, Arithmetic<(&value::CVal::operator*=)>},
+    FormulaOperator{'/', "/", 8, false, Combine, Arithmetic<(&value::CVal::operator/=)>},
     FormulaOperator{'%', "%", 8, false, Remainder},
     FormulaOperator{'#', "#", kBindsFirst, false, Power},
     FormulaOperator{FormulaLetter::UnaryMinus, "P", kBindsFirst, false, Negate},
@@ -156,7 +154,7 @@ constexpr std::array kOtherOperators = {
 template <std::size_t... Index>
 constexpr auto WithComparisons(std::index_sequence<Index...>) {
     std::array<FormulaOperator, sizeof...(Index) + kOtherOperators.size()> rows = {
-        FormulaOperator{kComparisons[Index].letter, kComparisons[Index].text, 3, false,
+        FormulaOperator{kComparisons[Index].letter, kComparisons[Index].text, 3, false, Combine,
                         Compare<kComparisons[Index].compare>}...};
     std::ranges::copy(kOtherOperators, rows.begin() + sizeof...(Index));
     return rows;

@@ -3,18 +3,21 @@
 
 #include <string_view>
 
-namespace kalvex::operands {
+#include "operands/FormulaStack.h"
 
-class FormulaParser;
+namespace kalvex::operands {
 
 // While a formula is compiled each operator is one character, its letter. Comparisons.h has those
 // of the comparisons.
 struct FormulaOperator {
     char letter;
-    std::string_view text;                // in the postfix
-    int binding;                          // higher binds tighter; kBindsFirst is always written out
-    bool function;                        // written as a word before "("
-    bool (*apply)(FormulaParser& stack);  // null: the postfix text is not known as an operator
+    std::string_view text;  // in the postfix
+    int binding;            // higher binds tighter; kBindsFirst is always written out
+    bool function;          // written as a word before "("
+    // Null: the postfix text is not known as an operator. False when the operands do not allow it.
+    bool (*apply)(FormulaStack& stack, const FormulaOperator& row);
+    // The same for two operands that are any values; null for an operator that wants others.
+    void (*combine)(value::CVal& left, const value::CVal& right) = nullptr;
 };
 
 inline constexpr int kBindsFirst = 10;

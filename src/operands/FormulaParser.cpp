@@ -1,5 +1,6 @@
 #include "operands/FormulaParser.h"
 
+#include <algorithm>
 #include <array>
 
 #include "operands/Comparisons.h"
@@ -17,8 +18,7 @@ namespace {
 // The first pass. `negative` says that a "-" now means the unary minus.
 class Compiler {
   public:
-    Compiler(ScriptContext& script, std::string_view text, std::string& postfix)
-        : m_script(script), m_text(text), m_postfix(postfix) {}
+    Compiler(std::string_view text, Postfix& postfix) : m_text(text), m_postfix(postfix) {}
 
     bool Run() {
         while (m_position < m_text.size() && m_text[m_position] != ';') {
@@ -30,7 +30,8 @@ class Compiler {
   private:
     bool Fail(ScriptError code) {
         m_count = 0;
-        return m_script.Fail(code);
+        if (m_postfix.error == ErrorNone) m_postfix.error = code;
+        return false;
     }
 
     char Next() const { return m_position < m_text.size() ? m_text[m_position] : '\0'; }
@@ -52,11 +53,11 @@ class Compiler {
     void Write(char letter) {
         const FormulaOperator* row = FindOperatorByLetter(letter);
         if (row != nullptr) {
-            m_postfix += row->text;
+            m_postfix.text += row->text;
         } else {
-            m_postfix += letter;
+            m_postfix.text += letter;
         }
-        m_postfix += ' ';
+        m_postfix.text += ' ';
     }
 
     bool CompileAt(char c) {
@@ -89,8 +90,8 @@ class Compiler {
         m_negative = false;
         const FormulaOperator* function = FindFunction(word);
         if (function == nullptr) {
-            m_postfix += word;
-            m_postfix += ' ';
+            m_postfix.text += word;
+            m_postfix.text += ' ';
             return true;
         }
         SkipBlanks();
@@ -177,12 +178,11 @@ class Compiler {
         return true;
     }
 
-    ScriptContext& m_script;
     std::string_view m_text;
-    std::string& m_postfix;
+    Postfix& m_postfix;
     std::size_t m_position = 0;
     bool m_negative = true;
-    std::array<char, FormulaParser::kStackCells> m_stack;
+    std::array<char, FormulaStack::kCells> m_stack;
     std::size_t m_count = 0;
 };
 
@@ -195,59 +195,71 @@ bool HoldsLetter(std::string_view token) {
 
 }  // namespace
 
-bool FormulaParser::CompileFormula(std::string_view text, std::string& postfix) {
-    postfix.clear();
-    postfix.reserve(2 * text.size() + 8);
-    return Compiler(m_script, text, postfix).Run();
+Postfix CompileToPostfix(std::string_view text) {
+    Postfix postfix;
+    postfix.text.reserve(2 * text.size() + 8);
+    postfix.succeeded = Compiler(text, postfix).Run();
+    return postfix;
 }
 
-void FormulaParser::Push(value::CVal value) {
-    if (m_stack.size() == kStackCells) {
-        m_stack.clear();
-        m_script.SetError(ErrorStackOverflow, {}, false);
-    } else {
-        m_stack.push_back(std::move(value));
-    }
+std::string_view PostfixTokens::Next() {
+    const std::string_view token = m_rest.substr(0, m_rest.find(' '));
+    m_rest.remove_prefix(std::min(token.size() + 1, m_rest.size()));
+    return token;
 }
 
-value::CVal FormulaParser::Pop() {
-    if (m_stack.empty()) return value::CVal(0);
-    value::CVal top = std::move(m_stack.back());
-    m_stack.pop_back();
-    return top;
-}
-
-bool FormulaParser::EvaluateToken(std::string_view token) {
+PostfixToken ReadPostfixToken(std::string_view token) {
     double number = 0;
     const char first = token[0];
     if ((text::IsDigit(first) || first == '.') && value::ConvertString2Double(token, &number)) {
-        if (HoldsLetter(token)) return false;
-        Push(value::CVal(number));
-        return true;
+        if (HoldsLetter(token)) return {PostfixKind::NotANumber, 0, nullptr};
+        return {PostfixKind::Number, number, nullptr};
     }
     if (const FormulaOperator* row = FindOperatorByText(token)) {
-        if (row->apply(*this)) return true;
-        return m_script.Fail(ErrorBadEquation);
+        return {PostfixKind::Operator, 0, row};
+    }
+    return {PostfixKind::Operand, 0, nullptr};
+}
+
+bool ApplyOperator(const FormulaOperator& row, FormulaStack& stack) {
+    return row.apply(stack, row) || stack.Script().Fail(ErrorBadEquation);
+}
+
+bool FormulaParser::CompileFormula(std::string_view text, std::string& postfix) {
+    Postfix compiled = CompileToPostfix(text);
+    postfix = std::move(compiled.text);
+    if (compiled.error != ErrorNone) m_script.SetError(compiled.error, {}, false);
+    return compiled.succeeded;
+}
+
+bool FormulaParser::EvaluateToken(FormulaStack& stack, std::string_view token) {
+    const PostfixToken read = ReadPostfixToken(token);
+    switch (read.kind) {
+        case PostfixKind::NotANumber:
+            return false;
+        case PostfixKind::Number:
+            stack.Push(value::CVal(read.number));
+            return true;
+        case PostfixKind::Operator:
+            return ApplyOperator(*read.row, stack);
+        case PostfixKind::Operand:
+            break;
     }
     value::CVal operand;
     if (!EvaluateOperand(m_script, token, operand, value::ValueType::Double, true)) {
         return m_script.Fail(ErrorRemoteValue);
     }
-    Push(std::move(operand));
+    stack.Push(std::move(operand));
     return true;
 }
 
 bool FormulaParser::EvaluatePostfix(value::CVal& out, std::string_view postfix) {
-    m_stack.clear();
-    m_stack.reserve(8);
-    out = value::CVal(0);
-    while (!postfix.empty()) {
-        const std::string_view token = postfix.substr(0, postfix.find(' '));
-        if (token.empty()) break;
-        if (!EvaluateToken(token)) return false;
-        postfix.remove_prefix(std::min(token.size() + 1, postfix.size()));
+    FormulaStack stack(m_script);
+    PostfixTokens tokens(postfix);
+    for (std::string_view token = tokens.Next(); !token.empty(); token = tokens.Next()) {
+        if (!EvaluateToken(stack, token)) return false;
     }
-    out = Pop();
+    out = stack.Pop();
     return true;
 }
 

@@ -3,25 +3,32 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
+#include "operands/Operand.h"
 #include "value/Value.h"
 
 namespace kalvex::operands {
 
-class ScriptContext;
+// What a function makes of the texts of its arguments, for the next call on the same line.
+class FunctionForm {
+  public:
+    virtual ~FunctionForm() = default;
+};
 
 struct FunctionCall {
     ScriptContext& script;
     std::string_view keyword;
-    std::array<std::string_view, 3> arguments;  // the three tokens behind it, empty where missing
-    std::string_view rest;                      // the text behind the keyword and the three tokens
-    std::string_view full;  // the whole text of the expression, keyword included
-    int wanted;             // type code that the caller would like to have
+    std::array<Operand, 3>& arguments;  // the three tokens behind it, empty where missing
+    std::string_view rest;              // the text behind the keyword and the three tokens
+    std::string_view full;              // the whole text of the expression, keyword included
+    int wanted;                         // type code that the caller would like to have
     value::CVal& out;
+    std::unique_ptr<FunctionForm>& form;  // made by the handler, if any
     std::string formula;  // for FunctionContinues: the text that is evaluated as a formula
 };
 

@@ -235,7 +235,10 @@ ScheduleForm GetScheduleForm(std::int32_t a, std::int32_t b) {
 
 bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now) {
     ScheduleEntry entry;
-    if (!ReadScheduleEntry(text, entry)) return false;
+    return ReadScheduleEntry(text, entry) && CheckEventTime(entry, a, b, now);
+}
+
+bool CheckEventTime(const ScheduleEntry& entry, std::int32_t a, std::int32_t b, std::int64_t now) {
     switch (GetScheduleForm(a, b)) {
         case ScheduleForm::Present:
             return FitsSchedule(entry, now);

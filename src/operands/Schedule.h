@@ -48,6 +48,7 @@ enum class ScheduleForm {
 ScheduleForm GetScheduleForm(std::int32_t a, std::int32_t b);
 
 // The question of CHECK_EVENT_TIME.
+bool CheckEventTime(const ScheduleEntry& entry, std::int32_t a, std::int32_t b, std::int64_t now);
 bool CheckEventTime(std::string_view text, std::int32_t a, std::int32_t b, std::int64_t now);
 
 }  // namespace kalvex::operands

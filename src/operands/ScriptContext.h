@@ -40,6 +40,9 @@ struct ValueServices {
     const platform::CCrypt* crypt = nullptr;                    // none where no text is protected
     platform::NetworkProbes* probes = &platform::NoProbes();    // never null
     platform::MainLoop* loop = &platform::NoLoop();             // never null
+    // What follows from a line's text alone is kept with the line. Without that each line is worked
+    // out anew each time it runs, and each due step really tries its line: the same, only slower.
+    bool keepForms = true;
 };
 
 // The error of the line that runs, or of the last one that ran.
@@ -78,6 +81,11 @@ class ScriptContext {
     // Records an error. Without force the first specific error of a line stands, and ErrorOther
     // gives way to any other.
     void SetError(int code, std::string_view text, bool force);
+    // No error stands, whatever stood before.
+    void ClearError() {
+        m_error.m_nErrorCode = ErrorNone;
+        m_error.m_strErrorText.clear();
+    }
     // Records an error without force, for a handler to return.
     Failure Fail(int code, std::string_view text = {});
     // The same with force, for an error that is known to be the real cause.

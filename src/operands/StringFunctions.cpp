@@ -23,15 +23,15 @@ FunctionResult Give(FunctionCall& call, std::string text) {
 
 template <class Function>
 FunctionResult OfText(FunctionCall& call, Function function) {
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     return text ? Give(call, function(*text)) : FunctionResult::Failed;
 }
 
 template <class Function>
 FunctionResult OfTwoTexts(FunctionCall& call, Function function) {
-    const std::optional<std::string> first = TextArgument(call, 0);
+    const TextArgument first(call, 0);
     if (!first) return FunctionResult::Failed;
-    const std::optional<std::string> second = TextArgument(call, 1);
+    const TextArgument second(call, 1);
     if (!second) return FunctionResult::Failed;
     return Give(call, std::string(function(*first, *second)));
 }
@@ -43,11 +43,11 @@ std::size_t Count(int count) {
 
 template <class Function>
 FunctionResult OfTextAndCount(FunctionCall& call, Function function) {
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     if (!text) return FunctionResult::Failed;
     const std::optional<int> count = NumberArgument(call, 1);
     if (!count) return FunctionResult::Failed;
-    return Give(call, function(*text, std::min(Count(*count), text->size())));
+    return Give(call, std::string(function(*text, std::min(Count(*count), text->size()))));
 }
 
 std::string_view SpanIncluding(std::string_view text, std::string_view set) {
@@ -59,7 +59,9 @@ std::string_view SpanExcluding(std::string_view text, std::string_view set) {
 }
 
 std::string Append(std::string_view first, std::string_view second) {
-    return std::string(first).append(second);
+    std::string joined;
+    joined.reserve(first.size() + second.size());
+    return joined.append(first).append(second);
 }
 
 }  // namespace
@@ -69,14 +71,14 @@ FunctionResult ToStringFunction(FunctionCall& call) {
     if (!EvaluateOperand(call.script, call.arguments[0], value, value::ValueType::Text, true)) {
         return FunctionResult::Failed;
     }
-    if (call.arguments[0].find('"') != std::string_view::npos) {
+    if (call.arguments[0].Text().find('"') != std::string_view::npos) {
         return Give(call, value::ValueToText(value));
     }
     std::string format(kDefaultFormat);
     if (!call.arguments[1].empty()) {
-        std::optional<std::string> given = TextArgument(call, 1);
+        const TextArgument given(call, 1);
         if (!given) return FunctionResult::Failed;
-        format = std::move(*given);
+        format = *given;
     }
     return Give(call, FormatNumber(value, format));
 }
@@ -98,7 +100,7 @@ FunctionResult ToInt(FunctionCall& call) {
 }
 
 FunctionResult StringLen(FunctionCall& call) {
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     if (!text) return FunctionResult::Failed;
     call.out = value::CVal(static_cast<int>(text->size()));
     return FunctionResult::Done;
@@ -114,7 +116,7 @@ FunctionResult StringMakeUpper(FunctionCall& call) {
 
 FunctionResult StringMakeReverse(FunctionCall& call) {
     return OfText(call,
-                  [](const std::string& text) { return std::string(text.rbegin(), text.rend()); });
+                  [](std::string_view text) { return std::string(text.rbegin(), text.rend()); });
 }
 
 FunctionResult StringAppend(FunctionCall& call) {
@@ -143,23 +145,24 @@ FunctionResult StringTrimRight(FunctionCall& call) {
 
 FunctionResult StringLeft(FunctionCall& call) {
     return OfTextAndCount(
-        call, [](const std::string& text, std::size_t count) { return text.substr(0, count); });
+        call, [](std::string_view text, std::size_t count) { return text.substr(0, count); });
 }
 
 FunctionResult StringRight(FunctionCall& call) {
-    return OfTextAndCount(call, [](const std::string& text, std::size_t count) {
+    return OfTextAndCount(call, [](std::string_view text, std::size_t count) {
         return text.substr(text.size() - count);
     });
 }
 
 FunctionResult StringMid(FunctionCall& call) {
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     if (!text) return FunctionResult::Failed;
     const std::optional<int> position = NumberArgument(call, 1);
     if (!position) return FunctionResult::Failed;
     const std::optional<int> count = NumberArgument(call, 2);
     if (!count) return FunctionResult::Failed;
-    return Give(call, text->substr(std::min(Count(*position), text->size()), Count(*count)));
+    const std::size_t start = std::min(Count(*position), text->size());
+    return Give(call, std::string(text->substr(start, Count(*count))));
 }
 
 }  // namespace kalvex::operands

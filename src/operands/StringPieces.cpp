@@ -31,7 +31,7 @@ FunctionResult Tokenize(FunctionCall& call) {
     for (const std::string_view argument : call.arguments) {
         if (argument.empty()) return FunctionResult::Failed;
     }
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     if (!text) return FunctionResult::Failed;
     CVariable* variable = FindVariable(call.script, call.arguments[2]);
     value::CVal value;
@@ -51,7 +51,7 @@ FunctionResult Join(FunctionCall& call) {
     if (variable == nullptr || variable->GetKind() != VariableList) return FunctionResult::Failed;
     std::string separator;
     if (!call.arguments[1].empty()) {
-        separator = TextArgument(call, 1).value_or(std::string(call.arguments[1]));
+        separator = TextArgument(call, 1).ValueOr(call.arguments[1]);
     }
     auto& list = static_cast<CVariableList&>(*variable);
     std::string joined;

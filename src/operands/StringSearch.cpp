@@ -5,6 +5,7 @@
 #include "operands/FunctionFamilies.h"
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
+#include "text/LineScanner.h"
 
 namespace kalvex::operands {
 
@@ -42,15 +43,19 @@ FunctionResult ContinueWith(FunctionCall& call, int result, std::string_view fir
         EvaluateOperand(call.script, call.keyword, call.out, call.wanted, true)) {
         return FunctionResult::Done;
     }
+    if (call.script.Services().keepForms && text::TrimBlanks(call.rest).empty()) {
+        call.out = value::CVal(static_cast<double>(result));  // as the formula of one number
+        return FunctionResult::Done;
+    }
     call.formula = std::to_string(result) + ' ';
     call.formula += call.rest;
     return FunctionResult::Continues;
 }
 
 FunctionResult OfTwoTexts(FunctionCall& call, int (*function)(std::string_view, std::string_view)) {
-    const std::optional<std::string> first = TextArgument(call, 0);
+    const TextArgument first(call, 0);
     if (!first) return FunctionResult::Failed;
-    const std::optional<std::string> second = TextArgument(call, 1);
+    const TextArgument second(call, 1);
     if (!second) return FunctionResult::Failed;
     return ContinueWith(call, function(*first, *second), *first);
 }
@@ -74,9 +79,9 @@ FunctionResult StringReverseFind(FunctionCall& call) {
 }
 
 FunctionResult StringFind(FunctionCall& call) {
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     if (!text) return FunctionResult::Failed;
-    const std::optional<std::string> wanted = TextArgument(call, 1);
+    const TextArgument wanted(call, 1);
     if (!wanted) return FunctionResult::Failed;
     const std::optional<int> start = NumberArgument(call, 2);
     if (!start) return FunctionResult::Failed;

@@ -27,7 +27,7 @@ FunctionResult TimestampFunction(FunctionCall& call) {
 }
 
 FunctionResult FormatedTimestamp(FunctionCall& call) {
-    const std::string format = TextArgument(call, 1).value_or(std::string(kDefaultTimeFormat));
+    const std::string format = TextArgument(call, 1).ValueOr(kDefaultTimeFormat);
     std::int64_t time = 0;
     std::tm fields;
     if (!GetVariableTime(call.script, call.arguments[0], &time) ||
@@ -48,13 +48,13 @@ FunctionResult MakeTime(FunctionCall& call) {
 // The text is read as winter time throughout the year.
 FunctionResult MakeTimeFromString(FunctionCall& call) {
     if (call.arguments[0].empty()) return FunctionResult::Failed;
-    const std::optional<std::string> text = TextArgument(call, 0);
+    const TextArgument text(call, 0);
     if (!text) return FunctionResult::Failed;
     std::string format(kDefaultTimeFormat);
     if (!call.arguments[1].empty()) {
-        std::optional<std::string> given = TextArgument(call, 1);
+        const TextArgument given(call, 1);
         if (!given) return FunctionResult::Failed;
-        format = std::move(*given);
+        format = *given;
     }
     const std::optional<std::tm> read = ReadTime(*text, format);
     if (!read) return FunctionResult::Failed;

@@ -151,10 +151,9 @@ class CVariableLocal final : public VariableHeld {
     const value::CVal* PeekValue(value::ValueKind kind) override { return FindStored(kind); }
     int SetValue(const value::CVal& value,
                  value::ValueKind kind) override;  // for KindHour: stored, and answers 0
-    // Joins the bytes to the text that is stored, which may be their own: what SetValue with a new
-    // value of the whole text would leave. False, with nothing changed, where no text is stored.
-    bool AppendText(value::ValueKind kind, std::string_view tail) {
-        return HasKind(kind) && m_values[kind - value::KindCurrent].AppendText(tail);
+    // The value of the kind where it is kept, to be read and set; null for another kind.
+    value::CVal* At(value::ValueKind kind) {
+        return HasKind(kind) ? &m_values[kind - value::KindCurrent] : nullptr;
     }
 
   private:

@@ -101,20 +101,15 @@ TEST(VariableLocalTest, EveryKindIsSeenInPlace) {
     EXPECT_EQ(local.PeekValue(value::KindArchive), nullptr);
 }
 
-TEST(VariableLocalTest, TextGrowsInPlace) {
+TEST(VariableLocalTest, ValuesAreSetWhereTheyStand) {
     support::FakeScript script;
     CVariableLocal& local = script.Local("a", support::Stamped(value::CVal("ab"), 100, 5));
-    local.SetValue(value::CVal("h"), value::KindHour);
-    EXPECT_TRUE(local.AppendText(value::KindCurrent, "cd"));
-    EXPECT_TRUE(local.AppendText(value::KindHour, "i"));
+    EXPECT_TRUE(local.At(value::KindCurrent)->AppendText("cd"));
     EXPECT_EQ(support::Dump(script.Value("a")), "190:abcd");
-    EXPECT_EQ(script.Value("a").GetStatus(), 0);
-    EXPECT_EQ(script.Value("a").GetTime(), 0);
-    EXPECT_EQ(support::Dump(script.Value("a", value::KindHour)), "190:hi");
-    EXPECT_FALSE(local.AppendText(value::KindDay, "x"));
-    EXPECT_EQ(script.Value("a", value::KindDay).GetType(), value::ValueType::None);
-    EXPECT_FALSE(local.AppendText(value::KindNone, "x"));
-    EXPECT_FALSE(local.AppendText(value::KindArchive, "x"));
+    *local.At(value::KindHour) = value::CVal(7);
+    EXPECT_EQ(support::Dump(script.Value("a", value::KindHour)), "150:7");
+    EXPECT_EQ(local.At(value::KindNone), nullptr);
+    EXPECT_EQ(local.At(value::KindArchive), nullptr);
 }
 
 TEST(VariableLocalTest, OtherKindsAreNeverReadable) {

@@ -88,7 +88,7 @@ HELP = [
     "src/language/Functions.cpp",
     "src/language/Statements.cpp",
     "src/operands/Conditions.cpp",
-    "src/operands/OperandEvaluator.cpp",
+    "src/operands/Operand.cpp",
     "src/operands/TimeProperties.cpp",
     "src/value/Status.cpp",
 ]

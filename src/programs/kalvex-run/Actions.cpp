@@ -22,6 +22,7 @@ void SetValue(RunScript& script, const Action& action) {
     value::CVal value = StoredValue(*variable, value::KindCurrent);
     value::ApplyOperatorText(value, action.text);
     variable->SetValue(value, value::KindCurrent);
+    script.Document().OnValueSet();
 }
 
 constexpr ActionRow kRows[] = {

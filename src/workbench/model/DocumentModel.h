@@ -46,6 +46,7 @@ class DocumentModel final : public engine::ScriptView {
     void ClearAllMarkers() override;
     void RefreshVariables() override;
     bool HasBreakpoint(int line) const override;
+    bool HasBreakpoints() const override { return m_markers.HasAny(MarkerBreakpoint); }
 
   private:
     void Tell(DocumentNews news) const;

@@ -236,20 +236,21 @@ bool Proof::LacksValue(std::string_view word) {
 void Proof::OnCondition(std::string_view rest) {
     std::string_view more = rest;
     if (FindCondition(m_document, more)) Remark(kFirstOfMore);
-    std::array<std::string_view, 3> arguments;
-    for (std::string_view& argument : arguments) {
+    std::array<operands::Operand, 3> arguments;
+    for (operands::Operand& argument : arguments) {
         const std::string_view token = text::NextToken(rest);
         const std::string upper = text::ToUpper(token);
         if (upper == operands::Keyword::Then || upper == operands::Keyword::Goto || token == ";")
             break;
-        argument = token;
+        argument = operands::Operand(token);
     }
-    for (const std::string_view argument : arguments) {
+    for (const operands::Operand& argument : arguments) {
         if (!argument.empty() && LacksValue(argument)) return;
     }
     value::CVal out;
-    const operands::FunctionCall call{*m_reader, {}, arguments, {}, {}, value::ValueType::Double,
-                                      out,       {}};
+    std::unique_ptr<operands::FunctionForm> form;
+    const operands::FunctionCall call{*m_reader, {},   arguments, {}, {}, value::ValueType::Double,
+                                      out,       form, {}};
     const auto question = operands::ReadScheduleQuestion(call);
     if (!question) return Never(kCallFails);
     OnEntry(*question);

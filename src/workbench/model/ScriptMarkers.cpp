@@ -15,6 +15,10 @@ bool ScriptMarkers::Has(int line, Marker marker) const {
     return std::ranges::find(m_entries, Entry{line, marker}) != m_entries.end();
 }
 
+bool ScriptMarkers::HasAny(Marker marker) const {
+    return std::ranges::find(m_entries, marker, &Entry::marker) != m_entries.end();
+}
+
 void ScriptMarkers::DeleteAllMarkers(unsigned markers) {
     if (std::erase_if(m_entries, [markers](const Entry& entry) {
             return (entry.marker & markers) != 0;

@@ -18,6 +18,7 @@ class ScriptMarkers {
     // Whether the line has the mark afterwards.
     bool Toggle(int line, Marker marker);
     bool Has(int line, Marker marker) const;
+    bool HasAny(Marker marker) const;
     // All marks of the kinds whose bits are set.
     void DeleteAllMarkers(unsigned markers);
     // In the order in which they were set.

@@ -12,7 +12,9 @@ VariablesSource ModuleVariables(engine::CKalvexDoc& document) {
             },
         .write =
             [&](const std::string& name, const value::CVal& value) {
-                return workbench::WriteByHand(document.Variables(), name, value);
+                const bool written = workbench::WriteByHand(document.Variables(), name, value);
+                document.OnValueSet();
+                return written;
             },
     };
 }
