@@ -27,7 +27,8 @@ void LineStanding::OnStay(LineOutcome outcome, const operands::ErrorSlot& error,
     if (m_since == 0) m_since = clock.Now();
     if (outcome != LineOutcome::Failed || error.IsWaiting()) return;
     if (m_error.code != error.m_nErrorCode) m_error = {.code = error.m_nErrorCode, .text = {}};
-    if (m_error.text != error.m_strErrorText) m_error.text = error.m_strErrorText;
+    if (const std::string_view about = error.m_strErrorText; m_error.text != about)
+        m_error.text = about;
     ++m_error.times;
 }
 

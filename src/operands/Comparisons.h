@@ -5,23 +5,23 @@
 #include <array>
 #include <string_view>
 
-#include "value/Value.h"
+#include "operands/ValueOperation.h"
 
 namespace kalvex::operands {
 
 struct Comparison {
     char letter;  // in a formula while it is compiled
     std::string_view text;
-    int (value::CVal::*compare)(const value::CVal& right) const;
+    ValueOperation operation;
 };
 
 inline constexpr std::array kComparisons = {
-    Comparison{'D', "!=", (&value::CVal::operator!=)},
-    Comparison{'E', "==", (&value::CVal::operator==)},
-    Comparison{'L', "<=", (&value::CVal::operator<=)},
-    Comparison{'G', ">=", (&value::CVal::operator>=)},
-    Comparison{'<', "<", (&value::CVal::operator<)},
-    Comparison{'>', ">", (&value::CVal::operator>)},
+    Comparison{'D', "!=", ValueOperation::NotEqual},
+    Comparison{'E', "==", ValueOperation::Equal},
+    Comparison{'L', "<=", ValueOperation::LessOrEqual},
+    Comparison{'G', ">=", ValueOperation::GreaterOrEqual},
+    Comparison{'<', "<", ValueOperation::Less},
+    Comparison{'>', ">", ValueOperation::Greater},
 };
 
 // Null when the text is none.

@@ -74,14 +74,14 @@ OperandComparison::OperandComparison(const std::string& left, const std::string&
       m_left(left),
       m_right(right) {}
 
-int OperandComparison::Evaluate(ScriptContext& script) {
+int OperandComparison::EvaluateSides(ScriptContext& script) {
     if (m_word != nullptr) return m_word->test(script, m_operator);
     value::CVal leftScratch;
     value::CVal rightScratch;
     const value::CVal* const left = m_left.Evaluate(script, leftScratch);
     const value::CVal* const right = m_right.Evaluate(script, rightScratch);
     if (left == nullptr || right == nullptr || m_comparison == nullptr) return -1;
-    return (left->*m_comparison->compare)(*right);
+    return Compare(m_comparison->operation, *left, *right);
 }
 
 int CompareOperands(ScriptContext& script, std::string_view left, std::string_view right,

@@ -30,7 +30,12 @@ class OperandComparison {
     OperandComparison(const std::string& left, const std::string& right, std::string_view op);
 
     // 1 true, 0 false, -1 when it cannot be evaluated.
-    int Evaluate(ScriptContext& script);
+    int Evaluate(ScriptContext& script) {
+        const value::CVal* const left = m_left.Held(script);
+        const value::CVal* const right = m_right.Held(script);
+        const bool ready = m_comparison != nullptr && left != nullptr && right != nullptr;
+        return ready ? Compare(m_comparison->operation, *left, *right) : EvaluateSides(script);
+    }
 
   private:
     class Side {
@@ -38,11 +43,17 @@ class OperandComparison {
         explicit Side(const std::string& side);
         // Null when it cannot be evaluated.
         const value::CVal* Evaluate(ScriptContext& script, value::CVal& scratch);
+        // The value where it is kept; null when it takes more.
+        const value::CVal* Held(ScriptContext& script) {
+            return m_expression ? m_expression->Held(script) : &m_literal;
+        }
 
       private:
         value::CVal m_literal;
         std::optional<Expression> m_expression;
     };
+
+    int EvaluateSides(ScriptContext& script);
 
     const ConditionWordRow* m_word;
     std::string_view m_operator;

@@ -38,6 +38,27 @@ class Expression {
         return Evaluate(script, scratch, wanted) ? &scratch : nullptr;
     }
 
+    // The value of a formula that takes no more than doubles to be computed; false, with nothing
+    // changed, where another way is needed.
+    bool FindReal(ScriptContext& script, double& out) {
+        return m_formula != nullptr && m_operand == nullptr && m_formula->FindReal(script, out);
+    }
+    // Ahead of an evaluation: what it needs is fetched from memory meanwhile.
+    void Fetch() const {
+        __builtin_prefetch(m_operand.get());
+        if (m_formula != nullptr) m_formula->Fetch();
+    }
+    // A formula that fails for a name, which is recorded, and would in each other way.
+    bool FailsByName(ScriptContext& script) {
+        return m_formula != nullptr && m_operand == nullptr && m_formula->FailsByName(script);
+    }
+    // The value of a formula that is no more than the value of a local variable.
+    const value::CVal* Held(ScriptContext& script) {
+        return m_formula != nullptr && m_operand == nullptr ? m_formula->Held(script) : nullptr;
+    }
+    // The value that FindReal has found is the int of a comparison.
+    bool IsComparison() const { return m_formula->IsComparison(); }
+
     // A formula that a function has led to.
     struct Continuation {
         std::string text;
@@ -62,12 +83,12 @@ class Expression {
     bool EvaluateFormula(ScriptContext& script, value::CVal& out);
     Formula& FormulaOf(std::string text);
 
+    std::unique_ptr<Formula> m_formula;
+    std::unique_ptr<Operand> m_operand;
+    std::unique_ptr<Call> m_call;
+    bool m_read = false;
     std::unique_ptr<const std::string> m_owned;
     std::string_view m_text;
-    std::unique_ptr<Call> m_call;
-    std::unique_ptr<Operand> m_operand;
-    std::unique_ptr<Formula> m_formula;
-    bool m_read = false;
 };
 
 }  // namespace kalvex::operands

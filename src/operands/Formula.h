@@ -2,6 +2,7 @@
 // Evaluating one gives what evaluating the postfix gives. Belongs to one script. Main thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -21,9 +22,34 @@ class Formula {
 
     // Its errors go to the script, not forced.
     bool Evaluate(ScriptContext& script, value::CVal& out);
-    // The same: the value where it is kept, or in `scratch`; null when there is none. Valid until a
-    // variable changes.
-    const value::CVal* Look(ScriptContext& script, value::CVal& scratch);
+    // The value as a double, where that is no more than it takes: for a comparison, whose value is
+    // an int, 0 or 1. False when it is not, with nothing changed.
+    bool FindReal(ScriptContext& script, double& out) {
+        return m_canBeReal && m_failing == 0 && ComputeReal(script, out);
+    }
+    bool IsComparison() const { return m_compares; }
+    void Fetch() const {
+        __builtin_prefetch(m_cells.data());
+        __builtin_prefetch(m_operands.data());
+    }
+    // It is one operand, the value of a local variable that is there.
+    const value::CVal* Held(ScriptContext& script) {
+        return m_shape == Shape::Operand ? m_operands.front().Held(script) : nullptr;
+    }
+    // A name in it is of no variable any more than the last time, which is the error that it
+    // records; no other operand can have one.
+    bool FailsByName(ScriptContext& script) {
+        if (!m_failsByNames || m_failedIn != script.Variables().Generation()) return false;
+        m_operands[m_failing - 1].RecordUndefined(script);
+        return true;
+    }
+    // The same as Evaluate: the value where it is kept, or in `scratch`; null when there is none.
+    // Valid until a variable changes.
+    const value::CVal* Look(ScriptContext& script, value::CVal& scratch) {
+        if (const value::CVal* held = Held(script)) return held;
+        if (m_shape == Shape::Operand) return LookForOperand(script, scratch);
+        return Evaluate(script, scratch) ? &scratch : nullptr;
+    }
 
   private:
     enum class CellKind : unsigned char {
@@ -36,6 +62,7 @@ class Formula {
     };
     struct Cell {
         CellKind kind;
+        ValueOperation operation = ValueOperation::None;  // of the row
         const FormulaOperator* row;
         union {
             double number;
@@ -43,22 +70,40 @@ class Formula {
         };
     };
 
+    enum class Shape : unsigned char {
+        Any,
+        Operand,  // and nothing else
+        Row,      // one value, and operators that each take one more
+    };
+
+    static constexpr std::size_t kMostReals = 8;
+
+    Shape FindShape() const;
+    bool CanBeReal() const;
     Cell ReadToken(std::string_view token);
     void Append(Cell cell);
+    const value::CVal* LookForOperand(ScriptContext& script, value::CVal& scratch);
+    bool ComputeReal(ScriptContext& script, double& out);
     bool EvaluateRow(ScriptContext& script, value::CVal& out);
+    static void Take(const Cell& cell, value::CVal& out, const value::CVal& value);
+    bool TakeFurther(ScriptContext& script, const Cell& cell, value::CVal& out);
     bool RunCell(const Cell& cell, FormulaStack& stack);
     bool MissOperand(ScriptContext& script, const Cell& cell);
     bool FailsAgain(ScriptContext& script);
+    void NoteMiss(ScriptContext& script, std::uint32_t operand);
 
-    std::string m_postfix;  // the operands are views into it
     std::vector<Cell> m_cells;
     std::vector<Operand> m_operands;
-    std::uint32_t m_failing = 0;  // so many operands were enough to fail the last time
-    int m_error;                  // of the compilation
+    std::uint32_t m_failing = 0;   // so many operands were enough to fail the last time
+    std::uint32_t m_failedIn = 0;  // the generation of the variables in which it failed
+    Shape m_shape = Shape::Any;
     bool m_compiled;
-    bool m_isOperand = false;  // and nothing else
-    bool m_isRow = false;      // one value, and operators that each take one more
+    bool m_canBeReal = false;  // it computes a double from doubles, as far as its text tells
+    bool m_compares = false;   // last of all
     bool m_onlyOperandsFail = false;
+    bool m_failsByNames = false;  // as long as the generation stands
+    int m_error;                  // of the compilation
+    std::string m_postfix;        // the operands are views into it
 };
 
 }  // namespace kalvex::operands

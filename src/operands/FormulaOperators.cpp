@@ -13,19 +13,9 @@ namespace kalvex::operands {
 
 namespace {
 
-template <value::CVal& (value::CVal::*Operation)(const value::CVal&)>
-void Arithmetic(value::CVal& left, const value::CVal& right) {
-    (left.*Operation)(right);
-}
-
-template <int (value::CVal::*Comparison)(const value::CVal&) const>
-void Compare(value::CVal& left, const value::CVal& right) {
-    left = value::CVal((left.*Comparison)(right));
-}
-
-bool Combine(FormulaStack& stack, const FormulaOperator& row) {
+bool CombineTwo(FormulaStack& stack, const FormulaOperator& row) {
     const value::CVal right = stack.Pop();
-    row.combine(stack.Top(), right);
+    Combine(row.operation, stack.Top(), right);
     return true;
 }
 
@@ -126,10 +116,10 @@ constexpr std::array kOtherOperators = {
     FormulaOperator{'|', "|", 4, false, BitOr},
     FormulaOperator{'^', "^", 5, false, BitXor},
     FormulaOperator{'&', "&", 6, false, BitAnd},
-    FormulaOperator{'+', "+", 7, false, Combine, Arithmetic<(&value::CVal::operator+=)>},
-    FormulaOperator{'-', "-", 7, false, Combine, Arithmetic<(&value::CVal::operator-=)>},
-    FormulaOperator{'*', "*", 8, false, Combine, Arithmetic<(&value::CVal::operator*=)>},
-    FormulaOperator{'/', "/", 8, false, Combine, Arithmetic<(&value::CVal::operator/=)>},
+    FormulaOperator{'+', "+", 7, false, CombineTwo, ValueOperation::Add},
+    FormulaOperator{'-', "-", 7, false, CombineTwo, ValueOperation::Subtract},
+    FormulaOperator{'*', "*", 8, false, CombineTwo, ValueOperation::Multiply},
+    FormulaOperator{'/', "/", 8, false, CombineTwo, ValueOperation::Divide},
     FormulaOperator{'%', "%", 8, false, Remainder},
     FormulaOperator{'#', "#", kBindsFirst, false, Power},
     FormulaOperator{FormulaLetter::UnaryMinus, "P", kBindsFirst, false, Negate},
@@ -154,8 +144,8 @@ constexpr std::array kOtherOperators = {
 template <std::size_t... Index>
 constexpr auto WithComparisons(std::index_sequence<Index...>) {
     std::array<FormulaOperator, sizeof...(Index) + kOtherOperators.size()> rows = {
-        FormulaOperator{kComparisons[Index].letter, kComparisons[Index].text, 3, false, Combine,
-                        Compare<kComparisons[Index].compare>}...};
+        FormulaOperator{kComparisons[Index].letter, kComparisons[Index].text, 3, false, CombineTwo,
+                        kComparisons[Index].operation}...};
     std::ranges::copy(kOtherOperators, rows.begin() + sizeof...(Index));
     return rows;
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "operands/FormulaStack.h"
+#include "operands/ValueOperation.h"
 
 namespace kalvex::operands {
 
@@ -16,8 +17,8 @@ struct FormulaOperator {
     bool function;          // written as a word before "("
     // Null: the postfix text is not known as an operator. False when the operands do not allow it.
     bool (*apply)(FormulaStack& stack, const FormulaOperator& row);
-    // The same for two operands that are any values; null for an operator that wants others.
-    void (*combine)(value::CVal& left, const value::CVal& right) = nullptr;
+    // What it does to two operands that are any values; none for an operator that wants others.
+    ValueOperation operation = ValueOperation::None;
 };
 
 inline constexpr int kBindsFirst = 10;

@@ -50,7 +50,7 @@ bool ApplyOperator(const FormulaOperator& row, FormulaStack& stack);
 inline bool ApplyOperator(const FormulaOperator& row, FormulaStack& stack,
                           const value::CVal& right) {
     if (!stack.IsFull()) {
-        row.combine(stack.Top(), right);
+        Combine(row.operation, stack.Top(), right);
         return true;
     }
     stack.Push(right);

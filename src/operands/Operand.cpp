@@ -116,6 +116,22 @@ bool IsTimeWord(std::string_view text) {
 
 }  // namespace
 
+struct Operand::Property final : Details {
+    std::unique_ptr<Operand> base;  // what a time property is asked of
+    const ListProperty* ofList = nullptr;
+    const TimeProperty* ofTime = nullptr;
+};
+
+struct Operand::Number final : Details {
+    double number = 0;
+    std::int64_t integer = 0;  // the number as the integer type that was wanted last
+    int integerType = 0;
+};
+
+struct Operand::Literal final : Details {
+    value::CVal text;
+};
+
 // How the value of an operand is had, by what it is.
 struct Operand::Readers {
     static bool ScheduleWord(Operand& operand, ScriptContext&, value::CVal& out, int, bool) {
@@ -161,8 +177,8 @@ struct Operand::Readers {
             if (report) script.SetError(code, operand.m_name.Text(), false);
             return false;
         }
-        operand.m_details->listProperty->read(script, static_cast<const CVariableList&>(*variable),
-                                              out);
+        operand.Known<Property>().ofList->read(script, static_cast<const CVariableList&>(*variable),
+                                               out);
         return true;
     }
 
@@ -178,21 +194,20 @@ struct Operand::Readers {
     }
 
     static bool Time(Operand& operand, ScriptContext& script, value::CVal& out, int, bool) {
+        const auto& known = operand.Known<Property>();
         std::int64_t time = 0;
-        if (operand.m_details->base == nullptr) {
+        if (known.base == nullptr) {
             time = script.Services().clock.Now();
         } else {
             value::CVal value;
-            if (!operand.m_details->base->Evaluate(script, value, value::ValueType::Int64, true)) {
-                return false;
-            }
+            if (!known.base->Evaluate(script, value, value::ValueType::Int64, true)) return false;
             value.GetValData(value::ValueType::Int64, &time);
         }
         if (operand.m_name.Base().size() == operand.m_text.size()) {
             out = value::CVal(time);
             return true;
         }
-        const TimeProperty* const property = operand.m_details->timeProperty;
+        const TimeProperty* const property = known.ofTime;
         if (property == nullptr) return false;
         const std::int64_t result = property->compute(time);
         out = property->kind == TimePropertyKind::Time ? value::CVal(result)
@@ -200,24 +215,25 @@ struct Operand::Readers {
         return true;
     }
 
-    static bool Number(Operand& operand, ScriptContext&, value::CVal& out, int wanted, bool) {
-        Details& details = *operand.m_details;
+    static bool NumberLiteral(Operand& operand, ScriptContext&, value::CVal& out, int wanted,
+                              bool) {
+        auto& known = operand.Known<Number>();
         if (!value::ValueType::IsInteger(wanted)) {
-            out = value::CVal(details.number);
+            out = value::CVal(known.number);
             return out.Cast(wanted);
         }
-        if (details.integerType != wanted) {
+        if (known.integerType != wanted) {
             value::CVal integer(operand.m_text);
             if (!integer.Cast(wanted)) return false;
-            details.integer = integer.Integer();
-            details.integerType = wanted;
+            known.integer = integer.Integer();
+            known.integerType = wanted;
         }
-        out = value::CVal(details.integer);
+        out = value::CVal(known.integer);
         return out.Cast(wanted);
     }
 
     static bool StringLiteral(Operand& operand, ScriptContext&, value::CVal& out, int, bool) {
-        out = value::CVal(operand.m_text.substr(1, operand.m_text.size() - 2));
+        out = operand.Known<Literal>().text;
         return true;
     }
 
@@ -248,7 +264,7 @@ struct Operand::Readers {
         for (const ListProperty& property : kListProperties) {
             if (!Mentions(text, property.name)) continue;
             operand.m_name = VariableName(CutAtLastDot(text));
-            operand.NewDetails().listProperty = &property;
+            operand.NewDetails<Property>().ofList = &property;
             return OfList;
         }
         if (Mentions(text, kTimestamp)) {
@@ -261,9 +277,9 @@ struct Operand::Readers {
     static Reader PrepareTime(Operand& operand) {
         operand.m_name = VariableName(operand.m_text);
         const std::string_view base = operand.m_name.Base();
-        Details& details = operand.NewDetails();
-        details.timeProperty = FindTimeProperty(operand.m_text.substr(base.size()));
-        if (base != Keyword::Time) details.base = std::make_unique<Operand>(base);
+        auto& known = operand.NewDetails<Property>();
+        known.ofTime = FindTimeProperty(operand.m_text.substr(base.size()));
+        if (base != Keyword::Time) known.base = std::make_unique<Operand>(base);
         return Time;
     }
 };
@@ -277,10 +293,11 @@ Operand::Reader Operand::Classify() {
     }
     if (IsTimeWord(m_text)) return Readers::PrepareTime(*this);
     if (double number = 0; value::ConvertString2Double(m_text, &number)) {
-        NewDetails().number = number;
-        return Readers::Number;
+        NewDetails<Number>().number = number;
+        return Readers::NumberLiteral;
     }
     if (m_text.size() > 2 && m_text.front() == '"' && m_text.back() == '"') {
+        NewDetails<Literal>().text = value::CVal(m_text.substr(1, m_text.size() - 2));
         return Readers::StringLiteral;
     }
     m_name = VariableName(m_text);
@@ -299,6 +316,8 @@ const value::CVal* Operand::LookFurther(ScriptContext& script, value::CVal& scra
         CVariable* const variable = m_name.Find(script);
         if (variable == nullptr) return nullptr;
         if (const value::CVal* value = variable->PeekValue(m_name.Kind())) return value;
+    } else if (m_read == Readers::StringLiteral) {
+        return &Known<Literal>().text;
     }
     return Evaluate(script, scratch, wanted, true) ? &scratch : nullptr;
 }

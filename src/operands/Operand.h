@@ -41,6 +41,14 @@ class Operand {
     bool Evaluate(ScriptContext& script, value::CVal& out, int wanted, bool report) {
         return m_read(*this, script, out, wanted, report);
     }
+    // The value itself, to be read, where a local variable keeps it; null where it takes more.
+    const value::CVal* Held(ScriptContext& script) {
+        return m_isVariable ? m_name.Held(script) : nullptr;
+    }
+    // A variable that is not there.
+    bool IsUndefined(ScriptContext& script) { return m_isVariable && m_name.IsUndefined(script); }
+    // What is wrong with that.
+    void RecordUndefined(ScriptContext& script) { m_name.Find(script); }
     // The same with `report`: the value where it is kept, or in `scratch`; null when there is none.
     // Valid until a variable changes.
     const value::CVal* Look(ScriptContext& script, value::CVal& scratch, int wanted) {
@@ -54,27 +62,35 @@ class Operand {
     using Reader = bool (*)(Operand& operand, ScriptContext& script, value::CVal& out, int wanted,
                             bool report);
     struct Readers;
-    // What is known of numbers and properties.
+    // What is known of an operand that is no variable.
     struct Details {
-        std::unique_ptr<Operand> base;  // what a time property is asked of
-        const ListProperty* listProperty = nullptr;
-        const TimeProperty* timeProperty = nullptr;
-        double number = 0;
-        std::int64_t integer = 0;  // the number as the integer type that was wanted last
-        int integerType = 0;
+        virtual ~Details() = default;
     };
+    struct Property;
+    struct Number;
+    struct Literal;
 
     static bool ClassifyAndRead(Operand& operand, ScriptContext& script, value::CVal& out,
                                 int wanted, bool report);
     Reader Classify();
-    Details& NewDetails() { return *(m_details = std::make_unique<Details>()); }
+    template <class Kind>
+    Kind& NewDetails() {
+        auto details = std::make_unique<Kind>();
+        Kind& made = *details;
+        m_details = std::move(details);
+        return made;
+    }
+    template <class Kind>
+    Kind& Known() const {
+        return static_cast<Kind&>(*m_details);
+    }
     const value::CVal* LookFurther(ScriptContext& script, value::CVal& scratch, int wanted);
 
-    std::string_view m_text;  // from the first evaluation on without blanks around it
-    Reader m_read = ClassifyAndRead;
     VariableName m_name;
-    std::unique_ptr<Details> m_details;
     bool m_isVariable = false;  // known to be one
+    Reader m_read = ClassifyAndRead;
+    std::unique_ptr<Details> m_details;
+    std::string_view m_text;  // from the first evaluation on without blanks around it
 };
 
 // Rows of the property table, for completion and the manual.

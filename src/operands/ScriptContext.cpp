@@ -2,13 +2,6 @@
 
 namespace kalvex::operands {
 
-void ScriptContext::SetError(int code, std::string_view text, bool force) {
-    const int standing = m_error.m_nErrorCode;
-    if (!force && standing != ErrorNone && standing != ErrorOther) return;
-    m_error.m_nErrorCode = code;
-    m_error.m_strErrorText = text;
-}
-
 Failure ScriptContext::Fail(int code, std::string_view text) {
     SetError(code, text, false);
     return {};

@@ -45,10 +45,26 @@ struct ValueServices {
     bool keepForms = true;
 };
 
+// A text that is written far more often than read, in place.
+class ErrorSubject {
+  public:
+    ErrorSubject& operator=(std::string_view text) {
+        if (text.size() > m_room.size()) m_room.resize(text.size());
+        std::char_traits<char>::move(m_room.data(), text.data(), text.size());
+        m_size = text.size();
+        return *this;
+    }
+    operator std::string_view() const { return {m_room.data(), m_size}; }
+
+  private:
+    std::string m_room;
+    std::size_t m_size = 0;
+};
+
 // The error of the line that runs, or of the last one that ran.
 struct ErrorSlot {
     int m_nErrorCode = ErrorNone;
-    std::string m_strErrorText;  // what it is about, usually the offending token
+    ErrorSubject m_strErrorText;  // what it is about, usually the offending token
 
     // The line awaits current data, which is no fault.
     bool IsWaiting() const { return m_nErrorCode == ErrorWaiting; }
@@ -80,11 +96,17 @@ class ScriptContext {
     const ErrorSlot& LastError() const { return m_error; }
     // Records an error. Without force the first specific error of a line stands, and ErrorOther
     // gives way to any other.
-    void SetError(int code, std::string_view text, bool force);
+    void SetError(int code, std::string_view text, bool force) {
+        const int standing = m_error.m_nErrorCode;
+        if (!force && standing != ErrorNone && standing != ErrorOther) return;
+        m_error.m_nErrorCode = code;
+        m_error.m_strErrorText = text;
+    }
     // No error stands, whatever stood before.
     void ClearError() {
+        if (m_error.m_nErrorCode == ErrorNone) return;
         m_error.m_nErrorCode = ErrorNone;
-        m_error.m_strErrorText.clear();
+        m_error.m_strErrorText = std::string_view();
     }
     // Records an error without force, for a handler to return.
     Failure Fail(int code, std::string_view text = {});

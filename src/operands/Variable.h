@@ -278,9 +278,9 @@ class VariableTable {
     auto end() const { return m_arrVariables.end(); }
 
   private:
+    std::uint32_t m_generation = 0;
     std::vector<std::unique_ptr<CVariable>> m_arrVariables;
     std::unordered_map<std::string_view, CVariable*> m_byName;  // keys live in the variables
-    std::uint32_t m_generation = 0;
 };
 
 // The name without its suffix: cut at the first dot that does not stand at position 0.

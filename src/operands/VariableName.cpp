@@ -14,14 +14,14 @@ void VariableName::LookUpAnew(ScriptContext& script) {
 
 CVariable* VariableName::FindNamed(ScriptContext& script) {
     CVariable* const variable = Find(script);
-    if (variable == nullptr) return script.FailForced(ErrorUndefinedVariable, m_text);
+    if (variable == nullptr) return script.FailForced(ErrorUndefinedVariable, Text());
     return variable;
 }
 
 CVariableList* VariableName::FindList(ScriptContext& script) {
     CVariable* const variable = FindNamed(script);
     if (variable == nullptr) return nullptr;
-    if (variable->GetKind() != VariableList) return script.FailForced(ErrorWrongKind, m_text);
+    if (variable->GetKind() != VariableList) return script.FailForced(ErrorWrongKind, Text());
     return static_cast<CVariableList*>(variable);
 }
 

@@ -14,11 +14,15 @@ namespace kalvex::operands {
 class VariableName {
   public:
     VariableName() = default;
-    explicit VariableName(std::string_view text)  // outlives the name
-        : m_text(text), m_kind(value::GetValueKind(text)) {}
+    // The text has less than 4 GB and outlives the name.
+    explicit VariableName(std::string_view text)
+        : m_kind(value::GetValueKind(text)),
+          m_text(text.data()),
+          m_length(static_cast<std::uint32_t>(text.size())),
+          m_baseLength(static_cast<std::uint32_t>(BaseName(text).size())) {}
 
-    std::string_view Text() const { return m_text; }
-    std::string_view Base() const { return BaseName(m_text); }
+    std::string_view Text() const { return {m_text, m_length}; }
+    std::string_view Base() const { return {m_text, m_baseLength}; }
     value::ValueKind Kind() const { return m_kind; }
 
     // As FindVariable, ScriptContext::FindNamed and ScriptContext::FindList.
@@ -33,6 +37,14 @@ class VariableName {
         LookUp(script);
         return m_held;
     }
+    // There is no such variable.
+    bool IsUndefined(ScriptContext& script) { return LookUp(script) == nullptr; }
+    // Ahead of a use: the value is fetched from memory meanwhile.
+    void Fetch() const {
+        if (m_held == nullptr) return;
+        __builtin_prefetch(m_held);
+        __builtin_prefetch(m_held + 1);
+    }
     CVariable* FindNamed(ScriptContext& script);
     CVariableList* FindList(ScriptContext& script);
 
@@ -44,11 +56,13 @@ class VariableName {
     }
     void LookUpAnew(ScriptContext& script);
 
-    std::string_view m_text;
-    CVariable* m_found = nullptr;
     value::CVal* m_held = nullptr;
+    CVariable* m_found = nullptr;
     std::uint32_t m_generation = 0;
     value::ValueKind m_kind = value::KindCurrent;
+    const char* m_text = nullptr;
+    std::uint32_t m_length = 0;
+    std::uint32_t m_baseLength = 0;
 };
 
 }  // namespace kalvex::operands

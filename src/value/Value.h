@@ -5,6 +5,7 @@
 // copies. Texts are Windows-1250 bytes and are owned by their value.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -65,6 +66,14 @@ class CVal {
         if (IsText()) m_text.~basic_string();
     }
 
+    // The value of that type, status 0, time 0.
+    CVal& operator=(double value) noexcept {
+        if (IsText()) m_text.~basic_string();
+        m_head = {ValueType::Double};
+        m_time = 0;
+        m_number.real = value;
+        return *this;
+    }
     // Copies type, status, time and content.
     CVal& operator=(const CVal& other);
     CVal& operator=(CVal&& other) noexcept;
@@ -134,6 +143,12 @@ class CVal {
     std::string_view Text() const { return m_text; }
     bool IsText() const { return m_head.type == ValueType::Text; }
     bool IsReal() const { return m_head.type == ValueType::Double; }
+    // A double with status 0 and time 0.
+    bool IsBareReal() const {
+        return std::bit_cast<std::uint64_t>(m_head) ==
+                   std::bit_cast<std::uint64_t>(Head{ValueType::Double}) &&
+               m_time == 0;
+    }
     bool IsInteger() const { return ValueType::IsInteger(m_head.type); }
 
   private:
@@ -311,10 +326,12 @@ inline int CVal::Holds(const CVal& right, Relation relation) const {
 }
 
 inline int CVal::operator==(const CVal& right) const {
+    if (IsText() && right.IsText()) return m_text == right.m_text;
     return Holds(right, std::equal_to<>());
 }
 
 inline int CVal::operator!=(const CVal& right) const {
+    if (IsText() && right.IsText()) return m_text != right.m_text;
     return Holds(right, std::not_equal_to<>());
 }
 

@@ -155,7 +155,8 @@ bool Comparison::CompareScripts(std::size_t index, bool whole) {
     engine::CKalvexDoc& read = *m_read.documents[index];
     m_context = FileName(index) + ' ';
     return Same("error code", kept.LastError().m_nErrorCode, read.LastError().m_nErrorCode) &&
-           Same("error text", kept.LastError().m_strErrorText, read.LastError().m_strErrorText) &&
+           Same("error text", std::string(kept.LastError().m_strErrorText),
+                std::string(read.LastError().m_strErrorText)) &&
            CompareState(kept.State(), read.State(), whole) && CompareVariables(kept, read) &&
            CompareViews(m_kept.views[index], m_read.views[index]) &&
            Same("modified", kept.IsModified(), read.IsModified()) &&

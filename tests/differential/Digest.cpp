@@ -106,7 +106,7 @@ void Digest::Add(const World& world) {
         Add(static_cast<std::int64_t>(count));
     for (const auto& document : world.documents) {
         Add(document->LastError().m_nErrorCode);
-        Add(document->LastError().m_strErrorText);
+        Add(std::string(document->LastError().m_strErrorText));
         Add(document->State());
         for (const auto& variable : document->Variables()) Add(*variable);
     }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,7 +34,28 @@ std::string Outcome(support::FakeScript& script, Expression& expression, int wan
     script.ClearError();
     value::CVal value;
     const bool succeeded = expression.Evaluate(script, value, wanted);
-    return (succeeded ? support::Dump(value) : "failed") + " " + script.Error();
+    return (succeeded ? support::DescribeWhole(value) : "failed") + " " + script.Error();
+}
+
+// The same as statements have it, each by the shortest way that there is.
+std::string ShortOutcome(support::FakeScript& script, Expression& expression, int wanted) {
+    script.ClearError();
+    if (expression.FailsByName(script)) return "failed " + script.Error();
+    if (double real = 0; expression.FindReal(script, real)) {
+        const value::CVal value =
+            expression.IsComparison() ? value::CVal(static_cast<int>(real)) : value::CVal(real);
+        return support::DescribeWhole(value) + " " + script.Error();
+    }
+    value::CVal scratch;
+    const value::CVal* const value = expression.Look(script, scratch, wanted);
+    return (value != nullptr ? support::DescribeWhole(*value) : "failed") + " " + script.Error();
+}
+
+template <class Value>
+std::function<void(support::FakeScript&)> SetA(Value value) {
+    return [value](support::FakeScript& script) {
+        script.Variables().Find("A")->SetValue(value::CVal(value), value::KindCurrent);
+    };
 }
 
 // What a script is made to be, one after the other.
@@ -45,9 +67,15 @@ const std::vector<Change>& Changes() {
         [](support::FakeScript& script) { script.Local("A", value::CVal(7)); },
         [](support::FakeScript& script) { script.Local("B", value::CVal("tekst")); },
         [](support::FakeScript& script) { script.Local("ZERO", value::CVal(0)); },
-        [](support::FakeScript& script) {
-            script.Variables().Find("A")->SetValue(value::CVal(2.5), value::KindCurrent);
-        },
+        SetA(2.5),
+        SetA(support::Stamped(value::CVal(2.5), 0, 1)),
+        SetA(support::Stamped(value::CVal(2.5), 1710050400)),
+        SetA(support::Stamped(value::CVal(2.5), -1)),
+        SetA(0.0),
+        SetA(std::numeric_limits<double>::infinity()),
+        SetA(std::numeric_limits<double>::quiet_NaN()),
+        SetA(std::string("2.5")),
+        SetA(-8.25),
         [](support::FakeScript& script) {
             script.Variables().Find("B")->SetValue(value::CVal("-12"), value::KindCurrent);
         },
@@ -86,8 +114,11 @@ TEST_P(ExpressionKeptTest, IsWhatIsReadAnew) {
         Changes()[i](anew);
         for (const int wanted : {150, 171, 190, 150, 160, 255}) {
             Expression once{std::string_view(GetParam())};
-            EXPECT_EQ(Outcome(kept, expression, wanted), Outcome(anew, once, wanted))
+            const std::string outcome = Outcome(anew, once, wanted);
+            EXPECT_EQ(Outcome(kept, expression, wanted), outcome)
                 << GetParam() << " after change " << i << " as " << wanted;
+            EXPECT_EQ(ShortOutcome(kept, expression, wanted), outcome)
+                << GetParam() << " seen after change " << i << " as " << wanted;
         }
     }
 }
@@ -96,11 +127,15 @@ INSTANTIATE_TEST_SUITE_P(
     Texts, ExpressionKeptTest,
     testing::Values("A", "B", "A.COUNT", "A.HREP", "12", "12.75", "1E3", "\"A\"", "@daily", "TIME",
                     "TIME.YEAR", "A.YEAR", "", "A + 1", "A * 1.01 + 1 - A * 0.01", "-A", "2 - -A",
-                    "A == \"B\"", "A == B", "B + B", "B + \"x\"", "A % ZERO + C", "C + A % ZERO",
-                    "A % ZERO", "A + C", "C + A", "ZERO + A + C + B", "NOT(A)", "NOT A",
-                    "ROUND(A, 1)", "SQRT(A) + SQR(A)", "TG(A)", "~A", "A !", "A # 2", "A && ZERO",
-                    "A || ZERO", "A & 3 | 8 ^ 1", "A < B", "A <= 7", "(A", "A)", "A + * 2", "1 2 3",
-                    "2X", "2X + A", "A + 2X", "1E5 + A", "= A", "GO_ON B", "GO_ON B + 1",
+                    "A == \"B\"", "A == B", "C == A", "A + B == C", "(A)", "(B)", "(C)",
+                    "A * 2 - (A + 1) / (A - 2)", "A / (A - A)", "A < 3 == 1", "(A < 8)", "A >= A",
+                    "A != A", "A > 2 + 0.5", "A < 1 + (A > 1)", "A * (A - (A / (A + 1)))",
+                    "1+(A+(A+(A+(A+(A+(A+(A)))))))", "1+(A+(A+(A+(A+(A+(A+(A+(A))))))))", "A B + C",
+                    "B + B", "B + \"x\"", "A % ZERO + C", "C + A % ZERO", "A % ZERO", "A + C",
+                    "C + A", "ZERO + A + C + B", "NOT(A)", "NOT A", "ROUND(A, 1)",
+                    "SQRT(A) + SQR(A)", "TG(A)", "~A", "A !", "A # 2", "A && ZERO", "A || ZERO",
+                    "A & 3 | 8 ^ 1", "A < B", "A <= 7", "(A", "A)", "A + * 2", "1 2 3", "2X",
+                    "2X + A", "A + 2X", "1E5 + A", "= A", "GO_ON B", "GO_ON B + 1",
                     "GO_ON B , , * 3", Numbers(1023), Numbers(1024), Numbers(1025),
                     Numbers(1024) + "+", Numbers(1024) + "A +", Numbers(1025) + "+ A", Nested(500),
                     Nested(511)));
@@ -113,7 +148,7 @@ TEST(ExpressionTest, MoreContinuationsThanAreKept) {
         for (int i = 0; i < 20; ++i) {
             variable.SetValue(value::CVal(std::to_string(i)), value::KindCurrent);
             EXPECT_EQ(Outcome(script, expression, value::ValueType::Double),
-                      "171:" + std::to_string(2 * i) + ".00 0");
+                      "171:" + std::to_string(2 * i) + ".00/0@0 0");
         }
     }
 }

@@ -232,6 +232,25 @@ TEST_F(OperandTest, FirstErrorStays) {
     EXPECT_EQ(script.Error(), "16 pierwszy");
 }
 
+TEST_F(OperandTest, ErrorIsAboutTheWholeText) {
+    for (const std::string& text : {std::string("krótki"), std::string(300, 'x'), std::string("a"),
+                                    std::string(301, 'y'), std::string()}) {
+        script.SetError(ErrorExpression, text, true);
+        EXPECT_EQ(std::string(script.LastError().m_strErrorText), text);
+    }
+}
+
+TEST_F(OperandTest, ErrorGoesOnUnderAnotherCode) {
+    script.SetError(ErrorExpression, "nazwa", true);
+    script.SetError(ErrorOther, script.LastError().m_strErrorText, true);
+    EXPECT_EQ(script.Error(), "11 nazwa");
+    const ErrorSlot before = script.LastError();
+    script.ClearError();
+    EXPECT_EQ(script.Error(), "0");
+    script.SetError(before.m_nErrorCode, before.m_strErrorText, true);
+    EXPECT_EQ(script.Error(), "11 nazwa");
+}
+
 class OperandExpressionTest : public testing::Test {
   protected:
     support::FakeScript script;

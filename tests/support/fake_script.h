@@ -77,7 +77,7 @@ class FakeScript final : public FakeWorld, public operands::ScriptContext {
     // The error slot as "code text", or "0" where there is none.
     std::string Error() const {
         std::string error = std::to_string(LastError().m_nErrorCode);
-        if (const std::string& text = LastError().m_strErrorText; !text.empty()) {
+        if (const std::string_view text = LastError().m_strErrorText; !text.empty()) {
             error += " " + text::ToUtf8(text);
         }
         return error;

@@ -48,8 +48,8 @@ void ScriptWorld::Tick(int count) {
 
 std::string ScriptWorld::Error(const engine::CKalvexDoc& document) {
     std::string text = std::to_string(document.LastError().m_nErrorCode);
-    if (!document.LastError().m_strErrorText.empty())
-        text += " " + text::ToUtf8(document.LastError().m_strErrorText);
+    if (const std::string_view about = document.LastError().m_strErrorText; !about.empty())
+        text += " " + text::ToUtf8(about);
     return text;
 }
 

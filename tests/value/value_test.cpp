@@ -140,6 +140,30 @@ TEST(ValueCopyTest, OfANumberDoesNotAllocate) {
     EXPECT_GT(support::AllocationCount(), before);
 }
 
+TEST(ValueCopyTest, AssignedDoubleIsBare) {
+    for (CVal value : {support::Stamped(CVal(7), 1000, 4), CVal(std::string(40, 'x')), CVal()}) {
+        value = 2.5;
+        EXPECT_EQ(support::DescribeWhole(value), "171:2.50/0@0");
+        EXPECT_TRUE(value.IsBareReal());
+    }
+}
+
+TEST(ValueCopyTest, BareIsADoubleWithoutStatusAndTime) {
+    EXPECT_TRUE(CVal(0.0).IsBareReal());
+    EXPECT_TRUE(CVal(kNaN).IsBareReal());
+    EXPECT_FALSE(CVal(1).IsBareReal());
+    EXPECT_FALSE(CVal("1.5").IsBareReal());
+    EXPECT_FALSE(CVal().IsBareReal());
+    EXPECT_FALSE(support::Stamped(CVal(1.5), 0, 1).IsBareReal());
+    EXPECT_FALSE(support::Stamped(CVal(1.5), 1).IsBareReal());
+    EXPECT_FALSE(support::Stamped(CVal(1.5), -1).IsBareReal());
+    CVal value(1.5);
+    value.SetTime(0, 1);
+    EXPECT_FALSE(value.IsBareReal());
+    value.SetTime(0, 0, 1);
+    EXPECT_FALSE(value.IsBareReal());
+}
+
 TEST(ValueAppendTextTest, TextIsAsOneMadeAfresh) {
     CVal value = support::Stamped(CVal("ab"), 100, 5);
     EXPECT_TRUE(value.AppendText("cd"));

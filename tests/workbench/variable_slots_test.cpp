@@ -96,7 +96,7 @@ TEST_F(VariableSlotsTest, PointerToNothingShowsNothingAndIsNoErrorOfTheScript) {
     EXPECT_THAT(SlotTexts(ring), ElementsAre(""));
     EXPECT_EQ(ShownVariable(ring), nullptr);
     EXPECT_EQ(m_script.LastError().m_nErrorCode, operands::ErrorOther);
-    EXPECT_THAT(m_script.LastError().m_strErrorText, IsEmpty());
+    EXPECT_THAT(std::string_view(m_script.LastError().m_strErrorText), IsEmpty());
 }
 
 }  // namespace
