@@ -149,6 +149,17 @@ struct IfForm final : StatementForm {
         }
     }
 
+    // Empty when it is no formula, or has no value.
+    std::optional<bool> Holds(CKalvexDoc& document) {
+        if (chain != nullptr && condition.FailsByName(document)) return std::nullopt;
+        if (double real = 0; condition.FindReal(document, real)) return real != 0;
+        value::CVal scratch;
+        const value::CVal* const value =
+            condition.Look(document, scratch, value::ValueType::Double);
+        if (value == nullptr) return std::nullopt;
+        return (*value != value::CVal(0)) != 0;
+    }
+
     // Of the line of the form.
     ComparisonChain& Chain(std::string_view text) {
         if (chain == nullptr) chain = std::make_unique<ComparisonChain>(text);
@@ -178,11 +189,9 @@ LineOutcome ExecuteIf(StatementCall& call) {
         if (block.nError != 0) return LineOutcome::Failed;
         form.elseLine = block.nElseLine;
     }
-    value::CVal scratch;
-    const value::CVal* const value =
-        form.condition.Look(document, scratch, value::ValueType::Double);
-    if (value == nullptr) return FinishedIf(form.Chain(call.rest).Run(document, *form.elseLine));
-    const bool holds = (*value != value::CVal(0)) != 0;
+    const std::optional<bool> condition = form.Holds(document);
+    if (!condition) return FinishedIf(form.Chain(call.rest).Run(document, *form.elseLine));
+    const bool holds = *condition;
     if (form.target && holds) return FinishedIf(document.GotoLabel(*form.target));
     if (form.then && !holds) document.JumpTo(*form.elseLine);
     return LineOutcome::Finished;

@@ -52,6 +52,11 @@ struct AssignmentForm final : StatementForm {
 struct SetForm final : StatementForm {
     explicit SetForm(std::string_view text) : SetForm(text::NextToken(text), text) {}
 
+    void Fetch() const override {
+        name.Fetch();
+        expression.Fetch();
+    }
+
     // The value is what the variable holds with something appended to it.
     bool Appends(CKalvexDoc& document) {
         if (!m_growth) {
@@ -81,6 +86,11 @@ struct SetForm final : StatementForm {
 // What SetValue does for a local variable. A text that is built piece by piece costs what is
 // appended.
 LineOutcome SetHeld(CKalvexDoc& document, SetForm& form, value::CVal& held) {
+    if (double real = 0; form.expression.FindReal(document, real)) {
+        held = real;
+        if (form.expression.IsComparison()) held = value::CVal(static_cast<int>(real));
+        return LineOutcome::Finished;
+    }
     if (held.IsText() && form.Appends(document)) {
         operands::Expression::Call& call = *form.expression.FindCall(document);
         const operands::TextArgument tail(document, call.arguments[1]);

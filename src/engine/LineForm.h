@@ -20,10 +20,12 @@ struct LineForm {
 
     std::string Word() const;  // the first one, upper case
 
-    std::string_view Rest() const { return text.substr(restStart); }  // behind the word
+    std::string_view Rest() const {  // behind the word
+        return {text.data() + restStart, text.size() - restStart};
+    }
 
     std::string_view text;
-    const StatementRow* row = nullptr;  // null where the word is no keyword
+    const StatementRow* row = nullptr;  // null where there is no word, or one that is no keyword
     std::unique_ptr<StatementForm> statement;
     std::uint32_t restStart = 0;
     bool isEmpty = false;  // nothing to run: a blank line, a comment or a label
@@ -38,6 +40,11 @@ class LineForms {
     LineForm* Find(int number) const {
         const auto index = static_cast<std::size_t>(number);
         return index < m_forms.size() ? m_forms[index].get() : nullptr;
+    }
+    // Where the form is kept, or would be; null where none is.
+    const std::unique_ptr<LineForm>* Slot(int number) const {
+        const auto index = static_cast<std::size_t>(number);
+        return index < m_forms.size() ? &m_forms[index] : nullptr;
     }
     // The line runs, and not for the first time.
     bool WantsForm(int number);

@@ -63,20 +63,21 @@ struct alignas(64) RunState {
     bool m_bPaused = false;         // stands in step mode with all of its state
     bool stepFailed = false;        // so did the last single step, which leaves no error standing
     bool m_bIncludesExpanded = false;
+    // What a line looks at.
     bool m_bInProcedureSkip = false;
     bool m_bInProcedureBody = false;
+    bool m_bLineReportSend = false;
+    bool m_bControlAllowed = true;
+    bool m_bIgnoreUnknown = false;
+    std::list<CCallFrame> m_lstCallStack;  // newest at the tail
+    LineStanding standing;
     int m_nReportedLine = 0;
     int m_nReportedError = 0;
     std::int64_t m_tSleepUntil = 0;
-    int m_nMarkedLine = -1;
-    std::list<CCallFrame> m_lstCallStack;            // newest at the tail
-    std::map<std::uint16_t, CWaitFor> m_mapWaitFor;  // by line number cut to 16 bits
-    bool m_bControlAllowed = true;
-    bool m_bLineReportSend = false;
     std::int64_t m_tLastLineReport = 0;
-    bool m_bIgnoreUnknown = false;
-    LineStanding standing;
-    std::optional<ScriptReport> report;  // the newest since the start or the reset
+    int m_nMarkedLine = -1;
+    std::map<std::uint16_t, CWaitFor> m_mapWaitFor;  // by line number cut to 16 bits
+    std::optional<ScriptReport> report;              // the newest since the start or the reset
 };
 
 class CKalvexDoc final : public operands::ScriptContext, private RunState {
@@ -153,6 +154,9 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
         __builtin_prefetch(this);
         __builtin_prefetch(static_cast<const RunState*>(this));
     }
+    // The same for the line that is due next, a step after the other.
+    static constexpr int kFetchSteps = 5;
+    void FetchLine(int step) const;
     // Takes the step where the pace has no line for it.
     bool PassStep() {
         if (m_nPaceCounter < 1) return false;
@@ -252,7 +256,14 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     }
     LineForm* FindRewritten();
     LineOutcome RunNewLine();
-    LineOutcome RunStatement(LineForm& line);
+    LineOutcome RunStatement(LineForm& line) {
+        return line.row == nullptr || m_bInProcedureSkip ? PassLine(line) : CallHandler(line);
+    }
+    LineOutcome CallHandler(LineForm& line) {
+        StatementCall call{*this, line.row->keyword, line.Rest(), line.statement};
+        return line.row->handler(call);
+    }
+    LineOutcome PassLine(LineForm& line);
     LineOutcome PassProcedureLine(std::string_view keyword);
     void CountLine(RunCounts& counts, bool failed) const;
     bool CommandGoesToModule(ConsoleCommand command);
@@ -269,14 +280,14 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     WaitingLine JudgeLine(std::string_view line) const;
     void CountKept(int tries) const;
 
+    alignas(64) ScriptView* m_view = nullptr;
+    LineForms m_lineForms;
+    LineCache m_arrLineCache;  // filled while the text stands
     std::unique_ptr<ScriptText> m_text;
-    ScriptView* m_view = nullptr;
     std::string m_strDocKey;
     bool m_modified = false;
     bool m_readOnly = false;
-    LineCache m_arrLineCache;  // filled while the text stands
     IfBlockIndex m_ifBlocks;
-    LineForms m_lineForms;
     RewrittenCalls m_rewrittenCalls;
     std::string m_rewrittenLine;          // one that is not kept
     std::list<CCallFrame> m_endedFrames;  // for the calls to come

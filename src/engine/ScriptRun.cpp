@@ -12,6 +12,7 @@ namespace {
 constexpr std::int64_t kLineReportPause = 1;  // seconds
 
 constexpr int kTopPriority = 1;
+constexpr int kCacheLine = 64;  // most forms of statements take two
 constexpr int kExtraSteps = 9;
 constexpr int kExtraStepsMinimised = 10;
 
@@ -23,6 +24,31 @@ int CounterAfter(int counter, int priority, int steps) {
 
 }  // namespace
 
+void CKalvexDoc::FetchLine(int step) const {
+    const auto fetch = [](const void* place) { __builtin_prefetch(place); };
+    if (step == 0) {
+        fetch(&Variables());
+        fetch(&standing);
+        fetch(&m_view);
+        fetch(&m_arrLineCache);
+        return;
+    }
+    const std::unique_ptr<LineForm>* const slot = m_lineForms.Slot(m_nCurrentLine);
+    if (slot == nullptr) return;
+    if (step == 1) return fetch(slot);
+    const LineForm* const form = slot->get();
+    if (form == nullptr) return;
+    if (step == 2) return fetch(form);
+    if (form->statement == nullptr) return;
+    if (step == 3) {
+        const auto* const statement = reinterpret_cast<const char*>(form->statement.get());
+        fetch(statement);
+        fetch(statement + kCacheLine);
+    } else {
+        form->statement->Fetch();
+    }
+}
+
 // So many steps of a tick at once. Nothing can end the promise between two of them but the clock,
 // and no script can tell when in a tick that is seen.
 bool CKalvexDoc::PassSteps(int count, TickMoment& moment) const {
@@ -33,21 +59,21 @@ bool CKalvexDoc::PassSteps(int count, TickMoment& moment) const {
 }
 
 bool CKalvexDoc::ExecuteTick(TickMoment& moment) {
-    const int extra = kExtraSteps + (m_bMinimised ? kExtraStepsMinimised : 0);
-    if (!promise.shows && PassSteps(1 + extra, moment)) return m_bErrorStanding;
-    // Whoever looks at the line has seen it after the first step.
-    bool errorStanding = ExecuteStep(moment);
-    if (m_nPriority != kTopPriority) return errorStanding;
-    int left = extra;
-    while (left > 0 && !PassSteps(left, moment)) {
+    const int all = 1 + kExtraSteps + (m_bMinimised ? kExtraStepsMinimised : 0);
+    bool errorStanding = false;
+    for (int left = all; left > 0;) {
+        // Whoever looks at the line has seen it after the first step.
+        const bool unseen = promise.shows && left == all;
+        if (!unseen && PassSteps(left, moment)) return errorStanding || m_bErrorStanding;
         if (const int run = RunKeptLines(left); run > 0) {
             left -= run;
             moment.Forget();
             errorStanding |= m_bErrorStanding;
         } else {
-            errorStanding |= ExecuteStep(moment);
             --left;
+            errorStanding |= ExecuteStep(moment);
         }
+        if (left == all - 1 && m_nPriority != kTopPriority) break;
     }
     return errorStanding;
 }
@@ -55,9 +81,10 @@ bool CKalvexDoc::ExecuteTick(TickMoment& moment) {
 // The steps of a tick at the top priority, as long as each finds a line whose form is kept and
 // nobody looks on in between: how many there were.
 int CKalvexDoc::RunKeptLines(int most) {
+    if (m_nPriority != kTopPriority || m_nPaceCounter != 0 || !m_bRunning) return 0;
     const bool watched =
         m_bLineReportSend || m_bStepRequested || (m_view != nullptr && m_view->HasBreakpoints());
-    if (watched || !m_bRunning || m_nPaceCounter != 0 || m_nPriority != kTopPriority) return 0;
+    if (watched) return 0;
     const int lastLine = GetLineCount() - 1;
     RunCounts* const counts = Services().counts;
     int steps = 0;
@@ -265,15 +292,13 @@ void CKalvexDoc::CountLine(RunCounts& counts, bool failed) const {
     ++(LastError().IsWaiting() ? counts.waits : counts.errors);
 }
 
-LineOutcome CKalvexDoc::RunStatement(LineForm& line) {
+// A line without a statement, or in a procedure that is passed over.
+LineOutcome CKalvexDoc::PassLine(LineForm& line) {
     if (line.isEmpty) return LineOutcome::Finished;
-    if (m_bInProcedureSkip) {
-        const std::string word = line.Word();
-        if (word != operands::Keyword::Procedure) return PassProcedureLine(word);
-    }
-    if (line.row == nullptr) return Fail(operands::ErrorUnknownKeyword, line.Word());
-    StatementCall call{*this, line.row->keyword, line.Rest(), line.statement};
-    return line.row->handler(call);
+    const std::string word = line.Word();
+    if (m_bInProcedureSkip && word != operands::Keyword::Procedure) return PassProcedureLine(word);
+    if (line.row == nullptr) return Fail(operands::ErrorUnknownKeyword, word);
+    return CallHandler(line);
 }
 
 // A finished script that has waited at a WAITFOR goes back to the first one and becomes a cycle.

@@ -16,6 +16,8 @@ class CKalvexDoc;
 class StatementForm {
   public:
     virtual ~StatementForm() = default;
+    // Ahead of the line's turn: what it needs is fetched from memory meanwhile.
+    virtual void Fetch() const {}
 };
 
 struct StatementCall {

@@ -1,6 +1,7 @@
 // The only driver of scripts: one tick walks the open documents in order. Main thread.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "engine/ScriptDocument.h"
@@ -28,6 +29,8 @@ class TickRunner {
     bool IsErrorStanding() const { return m_bErrorStanding; }
 
   private:
+    void FetchLines(std::size_t current) const;
+
     std::vector<CKalvexDoc*> m_documents;
     bool m_inTick = false;
     bool m_blocked = false;
