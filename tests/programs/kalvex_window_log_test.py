@@ -80,6 +80,8 @@ class VariablesWindow(WindowTest):
         self.desktop.click(x + 5, y + height // 2, count=2)
         dialog = self.dialog("Zmiana wartości zmiennej")
         new = self.app.find("text", "Nowa wartość", dialog)
+        # A click that ends behind the dialog's coming leaves the focus of the display where it was.
+        self.app.take_focus(dialog.name)
         self.app.wait(lambda: new.has("focused"), "the focus")
         new.text = text
         self.leave(dialog, button)
