@@ -10,11 +10,7 @@
 
 #include "console/ServerConnectionManager.h"
 #include "engine/Tick.h"
-#include "language/Functions.h"
-#include "language/Statements.h"
-#include "support/fixed_user.h"
-#include "support/log_recorder.h"
-#include "support/scratch_folder.h"
+#include "script_services.h"
 #include "support/waiting_loop.h"
 #include "vantrel/network/NetworkClient.h"
 #include "vantrel/network/NetworkServer.h"
@@ -82,13 +78,13 @@ class Module final : private console::ConsoleHost {
         platform::UserRecord user;
         user.name = "JAN";
         user.level = 100;
-        if (!m_users.Open(m_folder.Path("users.sqlite"), error) ||
+        if (!m_users.Open(m_world.folder.Path("users.sqlite"), error) ||
             !m_users.Add(user, "haslo", error)) {
             Fail(error);
         }
-        m_folder.Put("a.kx", kScript);
-        m_services.console = &m_console;
-        m_document = std::make_unique<engine::CKalvexDoc>(m_services);
+        m_world.folder.Put("a.kx", kScript);
+        m_world.services.console = &m_console;
+        m_document = std::make_unique<engine::CKalvexDoc>(m_world.services);
         if (!m_document->Open("a.kx", error)) Fail(error);
         m_document->SetView(&m_model);
         m_console.OnOpened(*m_document, false);
@@ -97,9 +93,9 @@ class Module final : private console::ConsoleHost {
         m_document->SendLineReports(true);
         vantrel::NetworkServerSettings settings;
         settings.source = settings.name = "Kalvex";
-        settings.runtimeFolder = m_folder.Path();
-        m_server =
-            vantrel::ListenOnNetwork(settings, m_consoles, m_loop, m_log, m_translator, error);
+        settings.runtimeFolder = m_world.folder.Path();
+        m_server = vantrel::ListenOnNetwork(settings, m_consoles, m_loop, m_world.log,
+                                            m_world.translator, error);
         if (!m_server) Fail(error);
     }
     ~Module() override { m_ticks.Remove(*m_document); }
@@ -107,15 +103,15 @@ class Module final : private console::ConsoleHost {
     Module& operator=(const Module&) = delete;
 
     void Tick() {
-        m_clock.Advance(1);
+        m_world.clock.Advance(1);
         m_ticks.RunTick();
         m_loop.Run();
     }
     platform::MainLoop& Loop() { return m_loop; }
     support::WaitingLoop& Waiting() { return m_loop; }
-    const std::string& Folder() const { return m_folder.Path(); }
-    platform::LogSink& Log() { return m_log; }
-    const platform::Translator& Translator() const { return m_translator; }
+    const std::string& Folder() const { return m_world.folder.Path(); }
+    platform::LogSink& Log() { return m_world.log; }
+    const platform::Translator& Translator() const { return m_world.translator; }
 
   private:
     engine::CKalvexDoc* FindScript(std::string_view) override { return m_document.get(); }
@@ -127,17 +123,7 @@ class Module final : private console::ConsoleHost {
     const std::string& GetClientIdentity() const override { return m_identity; }
 
     const std::string m_identity = "Kalvex_bench";
-    support::ScratchFolder m_folder;
-    platform::VirtualClock m_clock{1710050400};
-    support::SilentLog m_log;
-    platform::Translator m_translator;
-    support::FixedUser m_user;
-    platform::Paths m_paths{m_folder.Path()};
-    platform::NoAnswers m_questions;
-    engine::DocumentServices m_services{
-        {m_clock, m_log, m_translator, m_user, m_paths, language::Functions()},
-        language::Statements(),
-        m_questions};
+    ScriptServices m_world;
     engine::TickRunner m_ticks;
     support::WaitingLoop m_loop;
     platform::UserStore m_users{platform::PasswordCost::Least};
@@ -145,9 +131,9 @@ class Module final : private console::ConsoleHost {
     console::ModuleConsole m_console{*this};
     std::unique_ptr<engine::CKalvexDoc> m_document;
     console::CKalvexServerConnectionManager m_consoles{
-        {.clock = m_clock,
-         .log = m_log,
-         .translator = m_translator,
+        {.clock = m_world.clock,
+         .log = m_world.log,
+         .translator = m_world.translator,
          .loop = m_loop,
          .users = m_users,
          .console = m_console,

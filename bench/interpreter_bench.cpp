@@ -1,7 +1,6 @@
 // The interpreter: lines by kind, variables looked up among many, ticks over scripts that have
 // nothing to do. Every row counts lines (or scripts a tick) as its items and compares what its
 // script computed with what so many lines must give; the program fails when one differs.
-#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,14 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "checked_rows.h"
 #include "engine/ScriptDocument.h"
 #include "engine/Tick.h"
-#include "language/Functions.h"
-#include "language/Statements.h"
-#include "platform/Questions.h"
-#include "support/fixed_user.h"
-#include "support/log_recorder.h"
-#include "support/scratch_folder.h"
+#include "script_services.h"
 #include "value/ValueText.h"
 
 namespace kalvex::bench {
@@ -24,22 +19,14 @@ namespace {
 
 constexpr int kLinesOfRound = 4200;
 
-bool g_wrong = false;
-
-void Expect(double got, double wanted, const std::string& row) {
-    if (got == wanted) return;
-    std::fprintf(stderr, "%s: %.17g instead of %.17g\n", row.c_str(), got, wanted);
-    g_wrong = true;
-}
-
 class World {
   public:
-    void Write(const std::string& text) { m_folder.Put("a.kx", text); }
+    void Write(const std::string& text) { m_world.folder.Put("a.kx", text); }
 
     // A document of the text written last, started.
     engine::CKalvexDoc& Open() {
         engine::CKalvexDoc& document =
-            *m_documents.emplace_back(std::make_unique<engine::CKalvexDoc>(m_services));
+            *m_documents.emplace_back(std::make_unique<engine::CKalvexDoc>(m_world.services));
         std::string error;
         if (!document.Open("a.kx", error)) Expect(0, 1, error);
         if (!document.Start()) Expect(0, 1, "start");
@@ -50,17 +37,7 @@ class World {
     void RunTick() { m_ticker.RunTick(); }
 
   private:
-    support::ScratchFolder m_folder;
-    platform::VirtualClock m_clock{1710050400};
-    support::SilentLog m_log;
-    platform::Translator m_translator;
-    support::FixedUser m_users;
-    platform::Paths m_paths{m_folder.Path()};
-    platform::NoAnswers m_questions;
-    engine::DocumentServices m_services{
-        {m_clock, m_log, m_translator, m_users, m_paths, language::Functions()},
-        language::Statements(),
-        m_questions};
+    ScriptServices m_world;
     std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
     engine::TickRunner m_ticker;
 };
@@ -197,8 +174,5 @@ BENCHMARK(IdleScripts)
 }  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-    benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_wrong ? 1 : 0;
+    return kalvex::bench::RunRows(argc, argv);
 }

@@ -2,27 +2,18 @@
 // by FILL_IN_LIST, and lists that grow and shrink at either end and on a walk. Each row compares
 // its result with the one worked out beforehand; the program fails when one differs. The time of a
 // row grows with the number of elements alone.
-#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <iterator>
 #include <string_view>
 
+#include "checked_rows.h"
 #include "operands/ListFunctions.h"
 #include "support/fake_script.h"
 #include "support/zone_scope.h"
 
 namespace kalvex::bench {
 namespace {
-
-bool g_wrong = false;
-
-void Expect(double got, double wanted, std::string_view row) {
-    if (got == wanted) return;
-    std::fprintf(stderr, "%.*s: %g instead of %g\n", static_cast<int>(row.size()), row.data(), got,
-                 wanted);
-    g_wrong = true;
-}
 
 constexpr std::int64_t kStart = 1710050400;
 
@@ -189,7 +180,5 @@ BENCHMARK(ListWalk)->ArgsProduct({benchmark::CreateDenseRange(0, std::size(kWalk
 
 int main(int argc, char** argv) {
     const kalvex::support::ZoneScope zone("Europe/Warsaw");
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_wrong ? 1 : 0;
+    return kalvex::bench::RunRows(argc, argv);
 }

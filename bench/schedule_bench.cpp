@@ -1,11 +1,11 @@
 // Schedule entries, from their text and prepared, and time properties. A row counts its answers and
 // compares them with the number worked out from the calendar; the program fails when one differs.
-#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <iterator>
 #include <string_view>
 
+#include "checked_rows.h"
 #include "operands/Schedule.h"
 #include "operands/TimeProperties.h"
 #include "support/zone_scope.h"
@@ -17,8 +17,6 @@ namespace {
 // Monday 2024-03-11 00:00:00 in Warsaw, an hour ahead of GMT.
 constexpr std::int64_t kMonday = 1710111600;
 constexpr std::int64_t kDay = 86400;
-
-bool g_wrong = false;
 
 void Expect(std::int64_t got, std::int64_t wanted, const char* row) {
     if (got == wanted) return;
@@ -154,8 +152,5 @@ BENCHMARK(Mentions)->DenseRange(0, std::size(kMentions) - 1);
 
 int main(int argc, char** argv) {
     const kalvex::support::ZoneScope zone("Europe/Warsaw");
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-    benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_wrong ? 1 : 0;
+    return kalvex::bench::RunRows(argc, argv);
 }

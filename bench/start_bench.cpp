@@ -2,7 +2,6 @@
 // of what the lines keep once they have run. Documents are made as the service makes them. The
 // program fails when a script does not run, does not compute what it should, or takes more memory
 // than the limits below.
-#include <benchmark/benchmark.h>
 #include <malloc.h>
 
 #include <cstdio>
@@ -11,13 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "checked_rows.h"
 #include "engine/ScriptDocument.h"
-#include "language/Functions.h"
-#include "language/Statements.h"
-#include "platform/Questions.h"
-#include "support/fixed_user.h"
-#include "support/log_recorder.h"
-#include "support/scratch_folder.h"
+#include "script_services.h"
 #include "value/ValueText.h"
 #include "workbench/model/DocumentModel.h"
 
@@ -29,12 +24,8 @@ constexpr int kLongScript = 100000;
 constexpr double kShortLimit = 20e3;  // bytes
 constexpr double kLongLimit = 40e6;
 
-bool g_wrong = false;
-
 void Expect(bool holds, const std::string& what) {
-    if (holds) return;
-    if (!g_wrong) std::fprintf(stderr, "%s\n", what.c_str());
-    g_wrong = true;
+    if (!holds) Wrong(what);
 }
 
 struct Script {
@@ -44,13 +35,13 @@ struct Script {
 
 class World {
   public:
-    void Write(const std::string& text) { m_folder.Put("a.kx", text); }
+    void Write(const std::string& text) { m_world.folder.Put("a.kx", text); }
 
     Script OpenAndStart() {
         auto text = std::make_unique<workbench::EditedText>();
         Script script{std::make_unique<workbench::DocumentModel>(), nullptr};
         script.model->SetText(*text);
-        script.document = std::make_unique<engine::CKalvexDoc>(m_services, std::move(text));
+        script.document = std::make_unique<engine::CKalvexDoc>(m_world.services, std::move(text));
         script.document->SetView(script.model.get());
         script.document->SetMinimised(true);
         std::string error;
@@ -60,17 +51,7 @@ class World {
     }
 
   private:
-    support::ScratchFolder m_folder;
-    platform::VirtualClock m_clock{1710050400};
-    support::SilentLog m_log;
-    platform::Translator m_translator;
-    support::FixedUser m_users;
-    platform::Paths m_paths{m_folder.Path()};
-    platform::NoAnswers m_questions;
-    engine::DocumentServices m_services{
-        {m_clock, m_log, m_translator, m_users, m_paths, language::Functions()},
-        language::Statements(),
-        m_questions};
+    ScriptServices m_world;
 };
 
 // A loop that runs twice: of its lines each is of another kind than the one above.
@@ -189,8 +170,5 @@ BENCHMARK(Memory)->Arg(kShortScript)->Arg(kLongScript)->Iterations(1);
 }  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
-    benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_wrong ? EXIT_FAILURE : EXIT_SUCCESS;
+    return kalvex::bench::RunRows(argc, argv);
 }

@@ -1,7 +1,6 @@
 // The data server's store: archive rows written and acknowledged, a month of one-second values read
 // in pieces, ranges out of ten million rows, a day of hours computed. Each row checks its answers,
 // and the program fails when one is wrong or when the long read takes more memory than it may.
-#include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -9,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "checked_rows.h"
 #include "server/Store.h"
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
@@ -25,12 +25,8 @@ constexpr std::int64_t kManyRows = 100'000;  // of each of them
 constexpr std::int64_t kManyPeriod = 10;     // seconds between two of them
 constexpr long kMostMemory = 200 * 1024;     // KB
 
-bool g_wrong = false;
-
 void Expect(bool right, const char* what) {
-    if (right) return;
-    std::fprintf(stderr, "wrong: %s\n", what);
-    g_wrong = true;
+    if (!right) Wrong(std::string("wrong: ") + what);
 }
 
 class OpenStore {
@@ -205,7 +201,5 @@ int main(int argc, char** argv) {
     const kalvex::support::ZoneScope zone("Europe/Warsaw");
     const kalvex::support::ScratchFolder folder;
     kalvex::bench::OpenStore::Folder() = folder.Path();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_wrong ? EXIT_FAILURE : EXIT_SUCCESS;
+    return kalvex::bench::RunRows(argc, argv);
 }

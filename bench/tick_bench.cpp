@@ -16,13 +16,8 @@
 
 #include "engine/ScriptDocument.h"
 #include "engine/Tick.h"
-#include "language/Functions.h"
-#include "language/Statements.h"
-#include "platform/Questions.h"
+#include "script_services.h"
 #include "sources/ClientInterface.h"
-#include "support/fixed_user.h"
-#include "support/log_recorder.h"
-#include "support/scratch_folder.h"
 #include "value/ValueText.h"
 #include "vantrel/plant/SimulatedPlant.h"
 
@@ -58,11 +53,16 @@ constexpr const char* kTopLoop = "LOCAL N = 0\nPRIORITY 1\n:w\nSET N = N + 1\nGO
 
 class World {
   public:
-    void Write(const std::string& name, const std::string& text) { m_folder.Put(name, text); }
+    World() {
+        m_world.services.sources = &m_client;
+        m_world.services.counts = &m_counts;
+    }
+
+    void Write(const std::string& name, const std::string& text) { m_world.folder.Put(name, text); }
 
     engine::CKalvexDoc& Open(const std::string& name) {
         engine::CKalvexDoc& document =
-            *m_documents.emplace_back(std::make_unique<engine::CKalvexDoc>(m_services));
+            *m_documents.emplace_back(std::make_unique<engine::CKalvexDoc>(m_world.services));
         std::string error;
         if (!document.Open(name, error)) Fail(error);
         m_ticker.Add(document);
@@ -71,30 +71,16 @@ class World {
 
     void RunTick() {
         m_ticker.RunTick();
-        m_clock.Advance(1);
+        m_world.clock.Advance(1);
     }
 
     std::uint64_t Lines() const { return m_counts.lines; }
 
   private:
-    support::ScratchFolder m_folder;
-    platform::VirtualClock m_clock{1710050400};
-    support::SilentLog m_log;
-    platform::Translator m_translator;
-    support::FixedUser m_users;
-    platform::Paths m_paths{m_folder.Path()};
-    platform::NoAnswers m_questions;
+    ScriptServices m_world;
     engine::RunCounts m_counts;
-    vantrel::SimulatedPlant m_plant{{}, m_clock};
-    sources::CClientInterface m_client{{m_log, m_translator, m_users, m_plant}};
-    engine::DocumentServices m_services{
-        {m_clock, m_log, m_translator, m_users, m_paths, language::Functions()},
-        language::Statements(),
-        m_questions,
-        &m_client,
-        nullptr,
-        false,
-        &m_counts};
+    vantrel::SimulatedPlant m_plant{{}, m_world.clock};
+    sources::CClientInterface m_client{{m_world.log, m_world.translator, m_world.users, m_plant}};
     std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
     engine::TickRunner m_ticker;
 };

@@ -1,23 +1,14 @@
 // The operations that a script's values spend their time in: copies, arithmetic and comparisons of
 // numbers, and texts that grow. Each row checks what came out; the program fails when it is wrong.
-#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <string_view>
 
+#include "checked_rows.h"
 #include "value/ValueText.h"
 
 namespace kalvex::bench {
 namespace {
-
-bool g_wrong = false;
-
-void Expect(double got, double wanted, std::string_view row) {
-    if (got == wanted) return;
-    std::fprintf(stderr, "%.*s: %g instead of %g\n", static_cast<int>(row.size()), row.data(), got,
-                 wanted);
-    g_wrong = true;
-}
 
 value::CVal Stamped(value::CVal value) {
     value.SetTime(1710050400);
@@ -112,7 +103,5 @@ BENCHMARK(Read)->DenseRange(0, 3);
 }  // namespace kalvex::bench
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return kalvex::bench::g_wrong ? 1 : 0;
+    return kalvex::bench::RunRows(argc, argv);
 }
