@@ -1,4 +1,5 @@
 // Labels, IF, ELSE, ENDIF and GOTO.
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,9 +46,27 @@ class ComparisonChain {
             m_target.emplace(text::NextToken(m_rest));
         }
         m_then = text::EqualNoCase(m_token, operands::Keyword::Then);
+        m_isSingle = m_links.size() == 1 && m_complete && m_then;
     }
     ComparisonChain(const ComparisonChain&) = delete;
     ComparisonChain& operator=(const ComparisonChain&) = delete;
+
+    // Remembers a condition of one comparison before THEN, where both sides are values that stay
+    // where they are as long as the variables of the script stand. `name` is the one for which the
+    // condition is no formula.
+    void Settle(CKalvexDoc& document, std::string_view name) {
+        if (!m_isSingle || !m_links.front().comparison.FindHeld(document, m_held)) return;
+        m_name = name;
+        m_settledIn = document.Variables().Generation();
+    }
+    bool IsSettled(const CKalvexDoc& document) const {
+        return m_settledIn == document.Variables().Generation();
+    }
+    // What Run would find, with the error that the formula leaves.
+    bool HoldsAsSettled(CKalvexDoc& document) const {
+        document.LendError(operands::ErrorUndefinedVariable, m_name);
+        return (m_held.Compare() == 1) != m_links.front().inverted;
+    }
 
     bool Run(CKalvexDoc& document, int elseLine) {
         bool result = false;
@@ -55,10 +74,10 @@ class ComparisonChain {
             const int compared = link.comparison.Evaluate(document);
             if (compared != 0 && compared != 1) return document.Fail(operands::ErrorExpression);
             const bool holds = (compared == 1) != link.inverted;
-            result = link.connector == "&"   ? result && holds
-                     : link.connector == "|" ? result || holds
+            result = link.connector == '&'   ? result && holds
+                     : link.connector == '|' ? result || holds
                                              : holds;
-            const bool mayBeEndless = link.connector.empty() && !result;
+            const bool mayBeEndless = link.connector == kNoConnector && !result;
             if (!link.ends && !mayBeEndless) return false;
         }
         if (!m_complete) return document.Fail(operands::ErrorNoComparison);
@@ -68,8 +87,10 @@ class ComparisonChain {
     }
 
   private:
+    static constexpr char kNoConnector = '\0';
+
     struct Link {
-        std::string_view connector;  // to what stands before
+        char connector;  // to what stands before
         operands::OperandComparison comparison;
         bool inverted;
         bool ends;  // behind it stands what may stand there
@@ -83,7 +104,7 @@ class ComparisonChain {
     // Reads left side, operator and right side; the token behind them stays in m_token. A NOT in
     // front of the first comparison inverts all later ones too.
     bool ReadComparison() {
-        const std::string_view connector = m_token;
+        const char connector = Connects(m_token) ? m_token.front() : kNoConnector;
         std::string left = ReadLeft();
         if (left == operands::Keyword::Not) {
             m_not = true;
@@ -137,6 +158,10 @@ class ComparisonChain {
     bool m_complete;  // a last comparison without its end fails once it is reached
     std::optional<LabelTarget> m_target;
     bool m_then;
+    bool m_isSingle;
+    std::optional<std::uint32_t> m_settledIn;  // the generation of the variables
+    operands::HeldComparison m_held;
+    std::string_view m_name;
 };
 
 struct IfForm final : StatementForm {
@@ -149,21 +174,38 @@ struct IfForm final : StatementForm {
         }
     }
 
-    // Empty when it is no formula, or has no value.
-    std::optional<bool> Holds(CKalvexDoc& document) {
-        if (chain != nullptr && condition.FailsByName(document)) return std::nullopt;
-        if (double real = 0; condition.FindReal(document, real)) return real != 0;
+    [[gnu::noinline]] bool FindBlock(CKalvexDoc& document) {
+        const CIfBlock& block = document.IfBlocks().Find(document, document.State().m_nCurrentLine);
+        if (block.nError == 0) elseLine = block.nElseLine;
+        return block.nError == 0;
+    }
+
+    LineOutcome Branch(CKalvexDoc& document, bool holds) {
+        if (target && holds) return FinishedIf(document.GotoLabel(*target));
+        if (then && !holds) document.JumpTo(*elseLine);
+        return LineOutcome::Finished;
+    }
+
+    bool IsSettled(const CKalvexDoc& document) const {
+        return chain != nullptr && chain->IsSettled(document);
+    }
+    [[gnu::noinline]] LineOutcome BranchAsSettled(CKalvexDoc& document) {
+        if (!chain->HoldsAsSettled(document)) document.JumpTo(*elseLine);
+        return LineOutcome::Finished;
+    }
+
+    // By any condition, the text being that of the form. Stands apart, since most need none of it.
+    [[gnu::noinline]] LineOutcome Decide(CKalvexDoc& document, std::string_view text) {
+        if (chain != nullptr && condition.FailsByName(document)) {
+            chain->Settle(document, condition.FailedName());
+            return FinishedIf(chain->Run(document, *elseLine));
+        }
         value::CVal scratch;
         const value::CVal* const value =
             condition.Look(document, scratch, value::ValueType::Double);
-        if (value == nullptr) return std::nullopt;
-        return (*value != value::CVal(0)) != 0;
-    }
-
-    // Of the line of the form.
-    ComparisonChain& Chain(std::string_view text) {
+        if (value != nullptr) return Branch(document, (*value != value::CVal(0)) != 0);
         if (chain == nullptr) chain = std::make_unique<ComparisonChain>(text);
-        return *chain;
+        return FinishedIf(chain->Run(document, *elseLine));
     }
 
     operands::Expression condition;
@@ -171,6 +213,29 @@ struct IfForm final : StatementForm {
     std::optional<LabelTarget> target;
     bool then;
     std::optional<int> elseLine;  // of a block without fault
+};
+
+[[gnu::noinline]] LineOutcome BranchByValue(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<IfForm>();
+    if (!form.elseLine && !form.FindBlock(document)) return LineOutcome::Failed;
+    if (double real = 0; form.condition.FindReal(document, real)) {
+        return form.Branch(document, real != 0);
+    }
+    return form.Decide(document, line.Rest());
+}
+
+struct ElseForm final : StatementForm {
+    explicit ElseForm(std::string_view) {}
+
+    // False where that leaves an error, which is to be recorded each time.
+    bool FindEnd(CKalvexDoc& document) {
+        const ElseEnd found =
+            document.IfBlocks().ElseEndAt(document.Lines(), document.State().m_nCurrentLine);
+        if (found.error == 0 && found.line < document.GetLineCount()) end = found.line;
+        return end.has_value();
+    }
+
+    std::optional<int> end;  // the line of its ENDIF
 };
 
 struct GotoForm final : StatementForm {
@@ -181,43 +246,35 @@ struct GotoForm final : StatementForm {
 
 }  // namespace
 
-LineOutcome ExecuteIf(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    auto& form = call.Read<IfForm>();
-    if (!form.elseLine) {
-        const CIfBlock& block = document.IfBlocks().Find(document, document.State().m_nCurrentLine);
-        if (block.nError != 0) return LineOutcome::Failed;
-        form.elseLine = block.nElseLine;
+LineOutcome ExecuteIf(CKalvexDoc& document, LineForm& line) {
+    auto* const form = line.Made<IfForm>();
+    if (form != nullptr && form->IsSettled(document)) return form->BranchAsSettled(document);
+    return BranchByValue(document, line);
+}
+
+LineOutcome ExecuteElse(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<ElseForm>();
+    if (!form.end && !form.FindEnd(document)) {
+        const int end = document.IfBlocks().FindElseEnd(document, document.State().m_nCurrentLine);
+        document.JumpTo(end);
+        return FinishedIf(end < document.GetLineCount());
     }
-    const std::optional<bool> condition = form.Holds(document);
-    if (!condition) return FinishedIf(form.Chain(call.rest).Run(document, *form.elseLine));
-    const bool holds = *condition;
-    if (form.target && holds) return FinishedIf(document.GotoLabel(*form.target));
-    if (form.then && !holds) document.JumpTo(*form.elseLine);
+    document.JumpTo(*form.end);
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteElse(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    const int end = document.IfBlocks().FindElseEnd(document, document.State().m_nCurrentLine);
-    document.JumpTo(end);
-    return FinishedIf(end < document.GetLineCount());
-}
-
-LineOutcome ExecuteEndif(StatementCall&) {
+LineOutcome ExecuteEndif(CKalvexDoc&, LineForm&) {
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteGoto(StatementCall& call) {
-    return FinishedIf(call.document.GotoLabel(call.Read<GotoForm>().target));
+LineOutcome ExecuteGoto(CKalvexDoc& document, LineForm& line) {
+    return FinishedIf(document.GotoLabel(line.Read<GotoForm>().target));
 }
 
-bool CKalvexDoc::GotoLabel(LabelTarget& label) {
-    if (label.line < 0) {
-        const std::string token = ':' + std::string(label.label);
-        label.line = m_arrLineCache.FindLabel(token);
-        if (label.line < 0) return StopOnError(operands::ErrorNoLabel, token);
-    }
+bool CKalvexDoc::GotoNewLabel(LabelTarget& label) {
+    const std::string token = ':' + std::string(label.label);
+    label.line = m_arrLineCache.FindLabel(token);
+    if (label.line < 0) return StopOnError(operands::ErrorNoLabel, token);
     JumpTo(label.line);
     return true;
 }

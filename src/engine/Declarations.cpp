@@ -70,6 +70,7 @@ struct SetForm final : StatementForm {
     operands::VariableName name;
     bool setsTime;
     bool assigns;
+    bool setsValue;
     operands::Expression expression;
 
   private:
@@ -80,15 +81,15 @@ struct SetForm final : StatementForm {
         : name(target.substr(0, target.find(operands::kTimestamp, 1))),
           setsTime(name.Text().size() != target.size()),
           assigns(text::NextToken(rest) == "="),
+          setsValue(assigns && !setsTime),
           expression(operands::Expression::OfRest(rest)) {}
 };
 
-// What SetValue does for a local variable. A text that is built piece by piece costs what is
-// appended.
-LineOutcome SetHeld(CKalvexDoc& document, SetForm& form, value::CVal& held) {
-    if (double real = 0; form.expression.FindReal(document, real)) {
-        held = real;
-        if (form.expression.IsComparison()) held = value::CVal(static_cast<int>(real));
+// What SetValue does for a local variable, by any expression. Stands apart, as SetAny does, since
+// most need none of it. A text that is built piece by piece costs what is appended.
+[[gnu::noinline]] LineOutcome SetHeld(CKalvexDoc& document, SetForm& form, value::CVal& held) {
+    if (const value::CVal* const text = form.expression.HeldText()) {
+        held = *text;
         return LineOutcome::Finished;
     }
     if (held.IsText() && form.Appends(document)) {
@@ -106,6 +107,25 @@ LineOutcome SetHeld(CKalvexDoc& document, SetForm& form, value::CVal& held) {
         held = std::move(scratch);
     } else {
         held = *value;
+    }
+    return LineOutcome::Finished;
+}
+
+[[gnu::noinline]] void SetComparison(value::CVal& held, double result) {
+    held = value::CVal(static_cast<int>(result));
+}
+
+[[gnu::noinline]] LineOutcome SetAny(CKalvexDoc& document, SetForm& form) {
+    if (!form.assigns) return document.Fail(operands::ErrorNoAssignment);
+    operands::CVariable* variable = form.name.FindNamed(document);
+    if (variable == nullptr) return LineOutcome::Failed;
+    value::CVal scratch;
+    const value::CVal* const value = LookFor(document, *variable, form.expression, scratch);
+    if (value == nullptr) return LineOutcome::Failed;
+    if (form.setsTime) {
+        variable->SetTime(value::ValueToInt(*value), form.name.Kind());
+    } else {
+        variable->SetValue(*value, form.name.Kind());
     }
     return LineOutcome::Finished;
 }
@@ -152,9 +172,8 @@ bool CKalvexDoc::CreateRemoteVariable(std::string_view name, std::string_view ta
     return true;
 }
 
-LineOutcome ExecuteLocal(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    auto& form = call.Read<AssignmentForm>();
+LineOutcome ExecuteLocal(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<AssignmentForm>();
     if (!document.CreateVariable(form.name.Text(), operands::VariableLocal)) {
         return LineOutcome::Failed;
     }
@@ -166,7 +185,7 @@ LineOutcome ExecuteLocal(StatementCall& call) {
     value::CVal scratch;
     const value::CVal* const value = LookFor(document, variable, form.expression, scratch);
     if (value == nullptr) {
-        return document.Fail(operands::ErrorExpression, AssignmentForm::TextOf(call.rest));
+        return document.Fail(operands::ErrorExpression, AssignmentForm::TextOf(line.Rest()));
     }
     variable.SetValue(*value, form.name.Kind());
     return LineOutcome::Finished;
@@ -196,29 +215,22 @@ LineOutcome ExecuteList(StatementCall& call) {
         call.document.CreateVariable(text::NextToken(call.rest), operands::VariableList));
 }
 
-LineOutcome ExecuteSet(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    auto& form = call.Read<SetForm>();
-    if (!form.assigns) return document.Fail(operands::ErrorNoAssignment);
-    if (value::CVal* const held = form.name.Held(document); held != nullptr && !form.setsTime) {
-        return SetHeld(document, form, *held);
-    }
-    operands::CVariable* variable = form.name.FindNamed(document);
-    if (variable == nullptr) return LineOutcome::Failed;
-    value::CVal scratch;
-    const value::CVal* const value = LookFor(document, *variable, form.expression, scratch);
-    if (value == nullptr) return LineOutcome::Failed;
-    if (form.setsTime) {
-        variable->SetTime(value::ValueToInt(*value), form.name.Kind());
+LineOutcome ExecuteSet(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<SetForm>();
+    value::CVal* const held = form.setsValue ? form.name.Held(document) : nullptr;
+    if (held == nullptr) return SetAny(document, form);
+    double real = 0;
+    if (!form.expression.FindReal(document, real)) return SetHeld(document, form, *held);
+    if (form.expression.IsComparison()) {
+        SetComparison(*held, real);
     } else {
-        variable->SetValue(*value, form.name.Kind());
+        *held = real;
     }
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteCopy(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    auto& [source, target] = call.Read<TwoNamesForm>();
+LineOutcome ExecuteCopy(CKalvexDoc& document, LineForm& line) {
+    auto& [source, target] = line.Read<TwoNamesForm>();
     if (source.Text().empty() || target.Text().empty()) {
         return document.Fail(operands::ErrorUndefinedVariable);
     }
@@ -230,9 +242,8 @@ LineOutcome ExecuteCopy(StatementCall& call) {
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteSetPtr(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    auto& form = call.Read<AssignmentForm>();
+LineOutcome ExecuteSetPtr(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<AssignmentForm>();
     if (form.sign != AssignmentForm::Sign::Equals) {
         return document.Fail(operands::ErrorNoAssignment);
     }
@@ -242,7 +253,7 @@ LineOutcome ExecuteSetPtr(StatementCall& call) {
     }
     value::CVal target;
     if (!form.expression.Evaluate(document, target, value::ValueType::Text)) {
-        return document.Fail(operands::ErrorExpression, AssignmentForm::TextOf(call.rest));
+        return document.Fail(operands::ErrorExpression, AssignmentForm::TextOf(line.Rest()));
     }
     static_cast<operands::CVariablePointer*>(variable)->SetTargetName(value::ValueToText(target));
     return LineOutcome::Finished;

@@ -2,16 +2,43 @@
 
 #include <utility>
 
+#include "engine/ScriptDocument.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
 namespace kalvex::engine {
 
+namespace {
+
+LineOutcome PassLine(CKalvexDoc&, LineForm&) {
+    return LineOutcome::Finished;
+}
+
+LineOutcome FailAtWord(CKalvexDoc& document, LineForm& line) {
+    return document.Fail(operands::ErrorUnknownKeyword, line.Word());
+}
+
+// Lines that are no statements.
+constexpr StatementRow kNothing{{}, PassLine, {}, {}};
+constexpr StatementRow kUnknownWord{{}, FailAtWord, {}, {}};
+
+}  // namespace
+
 LineForm::LineForm(std::string_view line, const StatementTable& statements)
-    : text(line), isEmpty(line.empty() || line.front() == ';' || line.front() == ':') {
-    if (isEmpty) return;
+    : text(line), row(&kNothing) {
+    if (line.empty() || line.front() == ';' || line.front() == ':') return;
     row = statements.Find(text::ToUpper(text::NextToken(line)));
+    if (row == nullptr) row = &kUnknownWord;
     restStart = static_cast<std::uint32_t>(text.size() - line.size());
+}
+
+bool LineForm::IsEmpty() const {
+    return row == &kNothing;
+}
+
+LineOutcome StatementHandler::Read(CKalvexDoc& document, const LineForm& line) const {
+    StatementCall call{document, line.row->keyword, line.Rest()};
+    return m_reads(call);
 }
 
 std::string LineForm::Word() const {

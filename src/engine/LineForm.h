@@ -19,16 +19,39 @@ struct LineForm {
     LineForm(std::string_view line, const StatementTable& statements);
 
     std::string Word() const;  // the first one, upper case
+    bool IsEmpty() const;      // nothing to run: a blank line, a comment or a label
 
     std::string_view Rest() const {  // behind the word
         return {text.data() + restStart, text.size() - restStart};
     }
 
+    // The line as its handler reads it, made from its rest unless other texts are given. A handler
+    // has one form.
+    template <class Form>
+    Form* Made() const {  // null before that
+        return static_cast<Form*>(statement.get());
+    }
+    template <class Form, class... Texts>
+    Form& Read(Texts... texts) {
+        if (statement == nullptr) Make<Form>(texts...);
+        return static_cast<Form&>(*statement);
+    }
+
     std::string_view text;
-    const StatementRow* row = nullptr;  // null where there is no word, or one that is no keyword
+    const StatementRow* row;  // one of its own for a line without a statement
     std::unique_ptr<StatementForm> statement;
     std::uint32_t restStart = 0;
-    bool isEmpty = false;  // nothing to run: a blank line, a comment or a label
+
+  private:
+    // Apart from its callers, which then need no more room than what they do each time.
+    template <class Form, class... Texts>
+    [[gnu::noinline]] void Make(Texts... texts) {
+        if constexpr (sizeof...(texts) == 0) {
+            statement = std::make_unique<Form>(Rest());
+        } else {
+            statement = std::make_unique<Form>(texts...);
+        }
+    }
 };
 
 // The forms of lines that have run before. A line that runs once, as most declarations do, leaves

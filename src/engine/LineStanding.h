@@ -28,10 +28,12 @@ class LineStanding {
     // A line has been tried.
     void OnLine(LineOutcome outcome, const operands::ErrorSlot& error,
                 const platform::Clock& clock) {
+        if (outcome == LineOutcome::Finished) return OnFinish();
         if (outcome == m_outcome && outcome != LineOutcome::Failed) return;
-        if (outcome != LineOutcome::Finished) OnStay(outcome, error, clock);
+        OnStay(outcome, error, clock);
         m_outcome = outcome;
     }
+    void OnFinish() { m_outcome = LineOutcome::Finished; }
 
     // No line is tried from here on, or there is none: the script stands where it has got to.
     void Settle(const platform::Clock& clock) {

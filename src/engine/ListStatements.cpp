@@ -70,69 +70,69 @@ struct InsertForm final : StatementForm {
 
 }  // namespace
 
-LineOutcome ExecuteMoveFirst(StatementCall& call) {
-    operands::CVariableList* const list = call.Read<ListForm>().list.FindList(call.document);
+LineOutcome ExecuteMoveFirst(CKalvexDoc& document, LineForm& line) {
+    operands::CVariableList* const list = line.Read<ListForm>().list.FindList(document);
     if (list == nullptr) return LineOutcome::Failed;
     list->MoveFirst();
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteMoveNext(StatementCall& call) {
-    operands::CVariableList* const list = call.Read<ListForm>().list.FindList(call.document);
+LineOutcome ExecuteMoveNext(CKalvexDoc& document, LineForm& line) {
+    operands::CVariableList* const list = line.Read<ListForm>().list.FindList(document);
     if (list == nullptr) return LineOutcome::Failed;
     list->MoveNext();
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteMoveTo(StatementCall& call) {
-    auto& form = call.Read<ListArgumentForm>();
-    operands::CVariableList* const list = form.list.FindList(call.document);
+LineOutcome ExecuteMoveTo(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<ListArgumentForm>();
+    operands::CVariableList* const list = form.list.FindList(document);
     std::int32_t index = 0;
-    if (list == nullptr || !form.argument.ReadIndex(call.document, index)) {
+    if (list == nullptr || !form.argument.ReadIndex(document, index)) {
         return LineOutcome::Failed;
     }
     list->MoveTo(index);
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteAdd(StatementCall& call) {
-    auto& form = call.Read<ListArgumentForm>();
-    operands::CVariableList* const list = form.list.FindList(call.document);
+LineOutcome ExecuteAdd(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<ListArgumentForm>();
+    operands::CVariableList* const list = form.list.FindList(document);
     value::CVal element;
-    if (list == nullptr || !form.argument.ReadElement(call.document, *list, element)) {
+    if (list == nullptr || !form.argument.ReadElement(document, *list, element)) {
         return LineOutcome::Failed;
     }
     list->Add(element);
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteInsert(StatementCall& call) {
-    auto& form = call.Read<InsertForm>();
-    operands::CVariableList* const list = form.list.FindList(call.document);
+LineOutcome ExecuteInsert(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<InsertForm>();
+    operands::CVariableList* const list = form.list.FindList(document);
     std::int32_t index = 0;
     value::CVal element;
-    if (list == nullptr || !form.index.ReadIndex(call.document, index) ||
-        !form.element.ReadElement(call.document, *list, element)) {
+    if (list == nullptr || !form.index.ReadIndex(document, index) ||
+        !form.element.ReadElement(document, *list, element)) {
         return LineOutcome::Failed;
     }
     if (list->Insert(index, element) != 0) return LineOutcome::Finished;
-    return call.document.Fail(operands::ErrorExpression, form.index.Token());
+    return document.Fail(operands::ErrorExpression, form.index.Token());
 }
 
 // Removes the element under the iterator: the index has to be a valid expression and is not used.
-LineOutcome ExecuteRemove(StatementCall& call) {
-    auto& form = call.Read<ListArgumentForm>();
-    operands::CVariableList* const list = form.list.FindList(call.document);
+LineOutcome ExecuteRemove(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<ListArgumentForm>();
+    operands::CVariableList* const list = form.list.FindList(document);
     std::int32_t index = 0;
-    if (list == nullptr || !form.argument.ReadIndex(call.document, index)) {
+    if (list == nullptr || !form.argument.ReadIndex(document, index)) {
         return LineOutcome::Failed;
     }
     list->RemoveCurrent();
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteRemoveAll(StatementCall& call) {
-    operands::CVariableList* const list = call.Read<ListForm>().list.FindList(call.document);
+LineOutcome ExecuteRemoveAll(CKalvexDoc& document, LineForm& line) {
+    operands::CVariableList* const list = line.Read<ListForm>().list.FindList(document);
     if (list == nullptr) return LineOutcome::Failed;
     list->RemoveAll();
     return LineOutcome::Finished;

@@ -145,22 +145,21 @@ bool CKalvexDoc::ReturnFromCall() {
     return true;
 }
 
-LineOutcome ExecuteProcedure(StatementCall& call) {
-    call.document.SkipProcedure();
+LineOutcome ExecuteProcedure(CKalvexDoc& document, LineForm&) {
+    document.SkipProcedure();
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteBegin(StatementCall&) {
+LineOutcome ExecuteBegin(CKalvexDoc&, LineForm&) {
     return LineOutcome::Finished;
 }
 
-LineOutcome ExecuteEnd(StatementCall& call) {
-    return FinishedIf(call.document.ReturnFromCall());
+LineOutcome ExecuteEnd(CKalvexDoc& document, LineForm&) {
+    return FinishedIf(document.ReturnFromCall());
 }
 
-LineOutcome ExecuteCall(StatementCall& call) {
-    CKalvexDoc& document = call.document;
-    auto& form = call.Read<CallForm>();
+LineOutcome ExecuteCall(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<CallForm>();
     if (form.head == CallForm::kUnsought) form.FindHead(document);
     if (form.lines == nullptr) form.lines = document.FindLinesOf(form.arguments);
     document.PushFrame(form.arguments).lines = form.lines;

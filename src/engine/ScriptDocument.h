@@ -206,7 +206,11 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
         EndPromise();
     }
     // Jumps to the label's line; a missing label stops the script with error 6.
-    bool GotoLabel(LabelTarget& label);
+    bool GotoLabel(LabelTarget& label) {
+        if (label.line < 0) return GotoNewLabel(label);
+        JumpTo(label.line);
+        return true;
+    }
     // A frame for a CALL on the current line. Going back ends the newest one and jumps to its CALL;
     // false when there is none.
     CCallFrame& PushFrame(const std::vector<CCallArg>& arguments);
@@ -237,6 +241,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     bool CreateRemoteVariable(std::string_view name, std::string_view target);
 
   private:
+    bool GotoNewLabel(LabelTarget& label);
     bool Reload();
     void ReportError(int level);
     void ShowLine(int line);
@@ -257,11 +262,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     LineForm* FindRewritten();
     LineOutcome RunNewLine();
     LineOutcome RunStatement(LineForm& line) {
-        return line.row == nullptr || m_bInProcedureSkip ? PassLine(line) : CallHandler(line);
-    }
-    LineOutcome CallHandler(LineForm& line) {
-        StatementCall call{*this, line.row->keyword, line.Rest(), line.statement};
-        return line.row->handler(call);
+        return m_bInProcedureSkip ? PassLine(line) : line.row->handler(*this, line);
     }
     LineOutcome PassLine(LineForm& line);
     LineOutcome PassProcedureLine(std::string_view keyword);

@@ -87,27 +87,31 @@ int CKalvexDoc::RunKeptLines(int most) {
     if (watched) return 0;
     const int lastLine = GetLineCount() - 1;
     RunCounts* const counts = Services().counts;
-    int steps = 0;
-    while (steps < most && m_nPriority == kTopPriority) {
+    int finished = 0;
+    LineOutcome outcome = LineOutcome::Finished;
+    while (finished < most && m_nPriority == kTopPriority) {
         LineForm* const kept = FindKept();
         if (kept == nullptr) break;
         EndPromise();
         ClearError();
-        const LineOutcome outcome = RunStatement(*kept);
-        ++steps;
-        if (outcome != LineOutcome::Finished) {
-            HandleTry(EndLine(outcome));
-            break;
-        }
-        m_bErrorStanding = false;
-        if (counts != nullptr) ++counts->lines;
-        standing.OnLine(outcome, LastError(), Services().clock);
+        outcome = RunStatement(*kept);
+        if (outcome != LineOutcome::Finished) break;
+        ++finished;
+        standing.OnFinish();
         if (m_nCurrentLine < lastLine) {
             ++m_nCurrentLine;
         } else {
             CompleteLine();
         }
     }
+    KeepError();
+    const bool stays = outcome != LineOutcome::Finished;
+    if (finished > 0) {
+        m_bErrorStanding = false;
+        if (counts != nullptr) counts->lines += static_cast<std::uint64_t>(finished);
+    }
+    if (stays) HandleTry(EndLine(outcome));
+    const int steps = finished + (stays ? 1 : 0);
     if (steps > 0) ShowLine(m_nCurrentLine);
     return steps;
 }
@@ -251,6 +255,7 @@ bool CKalvexDoc::RunLine() {
 }
 
 bool CKalvexDoc::EndLine(LineOutcome outcome) {
+    KeepError();
     const bool failed = outcome == LineOutcome::Failed;
     if (failed && LastError().m_nErrorCode == operands::ErrorNone)
         SetError(operands::ErrorOther, {}, false);
@@ -292,13 +297,12 @@ void CKalvexDoc::CountLine(RunCounts& counts, bool failed) const {
     ++(LastError().IsWaiting() ? counts.waits : counts.errors);
 }
 
-// A line without a statement, or in a procedure that is passed over.
+// A line of a procedure that is passed over.
 LineOutcome CKalvexDoc::PassLine(LineForm& line) {
-    if (line.isEmpty) return LineOutcome::Finished;
+    if (line.IsEmpty()) return LineOutcome::Finished;
     const std::string word = line.Word();
-    if (m_bInProcedureSkip && word != operands::Keyword::Procedure) return PassProcedureLine(word);
-    if (line.row == nullptr) return Fail(operands::ErrorUnknownKeyword, word);
-    return CallHandler(line);
+    if (word != operands::Keyword::Procedure) return PassProcedureLine(word);
+    return line.row->handler(*this, line);
 }
 
 // A finished script that has waited at a WAITFOR goes back to the first one and becomes a cycle.

@@ -9,6 +9,7 @@
 namespace kalvex::engine {
 
 class CKalvexDoc;
+struct LineForm;
 
 // What a statement makes of the text behind its keyword, and of that alone: it sees no script when
 // it is made. What it holds may remember of the script what does not change as long as the line
@@ -24,21 +25,6 @@ struct StatementCall {
     CKalvexDoc& document;
     std::string_view keyword;  // upper case
     std::string_view rest;     // the line behind the keyword; the handler takes its tokens off
-    std::unique_ptr<StatementForm>& form;  // kept with the line; made by its handler, if any
-
-    // The line as this handler reads it, made from its rest unless other texts are given. A
-    // handler has one form.
-    template <class Form, class... Texts>
-    Form& Read(Texts... texts) {
-        if (form == nullptr) {
-            if constexpr (sizeof...(texts) == 0) {
-                form = std::make_unique<Form>(rest);
-            } else {
-                form = std::make_unique<Form>(texts...);
-            }
-        }
-        return static_cast<Form&>(*form);
-    }
 };
 
 // What became of a line. One that has not finished runs again at the next due step.
@@ -52,7 +38,27 @@ constexpr LineOutcome FinishedIf(bool succeeded) {
     return succeeded ? LineOutcome::Finished : LineOutcome::Failed;
 }
 
-using StatementHandler = LineOutcome (*)(StatementCall&);
+// Runs a statement: reads its line anew each time, or asks the line for the form that it keeps.
+class StatementHandler {
+  public:
+    using Reading = LineOutcome (*)(StatementCall& call);
+    using Keeping = LineOutcome (*)(CKalvexDoc& document, LineForm& line);
+
+    constexpr StatementHandler(Reading reads) : m_reads(reads) {}
+    constexpr StatementHandler(Keeping keeps) : m_keeps(keeps) {}
+    bool operator==(const StatementHandler&) const = default;
+    explicit operator bool() const { return m_reads != nullptr || m_keeps != nullptr; }
+
+    LineOutcome operator()(CKalvexDoc& document, LineForm& line) const {
+        return m_keeps != nullptr ? m_keeps(document, line) : Read(document, line);
+    }
+
+  private:
+    LineOutcome Read(CKalvexDoc& document, const LineForm& line) const;
+
+    Reading m_reads = nullptr;
+    Keeping m_keeps = nullptr;
+};
 
 struct StatementRow {
     std::string_view keyword;  // upper case

@@ -6,26 +6,26 @@
 namespace kalvex::engine {
 
 // Declarations and assignment
-LineOutcome ExecuteLocal(StatementCall& call);
+LineOutcome ExecuteLocal(CKalvexDoc& document, LineForm& line);
 LineOutcome ExecuteRemote(StatementCall& call);
 LineOutcome ExecutePointer(StatementCall& call);
 LineOutcome ExecuteList(StatementCall& call);
-LineOutcome ExecuteSet(StatementCall& call);
-LineOutcome ExecuteCopy(StatementCall& call);
-LineOutcome ExecuteSetPtr(StatementCall& call);
+LineOutcome ExecuteSet(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteCopy(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteSetPtr(CKalvexDoc& document, LineForm& line);
 LineOutcome ExecuteCreateVarList(StatementCall& call);
 
 // Branching
-LineOutcome ExecuteIf(StatementCall& call);
-LineOutcome ExecuteElse(StatementCall& call);
-LineOutcome ExecuteEndif(StatementCall& call);
-LineOutcome ExecuteGoto(StatementCall& call);
+LineOutcome ExecuteIf(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteElse(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteEndif(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteGoto(CKalvexDoc& document, LineForm& line);
 
 // Procedures
-LineOutcome ExecuteProcedure(StatementCall& call);
-LineOutcome ExecuteBegin(StatementCall& call);
-LineOutcome ExecuteEnd(StatementCall& call);
-LineOutcome ExecuteCall(StatementCall& call);
+LineOutcome ExecuteProcedure(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteBegin(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteEnd(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteCall(CKalvexDoc& document, LineForm& line);
 
 // Pacing and engine control
 LineOutcome ExecuteLock(StatementCall& call);
@@ -39,18 +39,18 @@ LineOutcome ExecuteSetTime(StatementCall& call);
 LineOutcome ExecuteSubscribe(StatementCall& call);
 
 // Lists
-LineOutcome ExecuteMoveFirst(StatementCall& call);
-LineOutcome ExecuteMoveNext(StatementCall& call);
-LineOutcome ExecuteMoveTo(StatementCall& call);
-LineOutcome ExecuteAdd(StatementCall& call);
-LineOutcome ExecuteInsert(StatementCall& call);
-LineOutcome ExecuteRemove(StatementCall& call);
-LineOutcome ExecuteRemoveAll(StatementCall& call);
+LineOutcome ExecuteMoveFirst(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteMoveNext(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteMoveTo(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteAdd(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteInsert(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteRemove(CKalvexDoc& document, LineForm& line);
+LineOutcome ExecuteRemoveAll(CKalvexDoc& document, LineForm& line);
 LineOutcome ExecuteSplit(StatementCall& call);
 LineOutcome ExecuteFillInList(StatementCall& call);
 LineOutcome ExecuteCalcInList(StatementCall& call);
 
 // Status words
-LineOutcome ExecuteStatusChange(StatementCall& call);
+LineOutcome ExecuteStatusChange(CKalvexDoc& document, LineForm& line);
 
 }  // namespace kalvex::engine

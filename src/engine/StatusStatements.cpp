@@ -22,12 +22,12 @@ struct StatusForm final : StatementForm {
 
 }  // namespace
 
-LineOutcome ExecuteStatusChange(StatementCall& call) {
-    auto& form = call.Read<StatusForm>(call.keyword, call.rest);
+LineOutcome ExecuteStatusChange(CKalvexDoc& document, LineForm& line) {
+    auto& form = line.Read<StatusForm>(line.row->keyword, line.Rest());
     value::CVal changed;
-    if (form.expression.Evaluate(call.document, changed, value::ValueType::Int))
+    if (form.expression.Evaluate(document, changed, value::ValueType::Int))
         return LineOutcome::Finished;
-    return call.document.FailForced(operands::ErrorExpression, text::TrimBlanks(call.rest));
+    return document.FailForced(operands::ErrorExpression, text::TrimBlanks(line.Rest()));
 }
 
 }  // namespace kalvex::engine

@@ -38,6 +38,11 @@ constexpr ConditionWordRow kConditionWords[] = {
     {"REP_LOADED", Holds<&CVariable::IsReportLoaded>, "Sprawdzenie, czy raport został pobrany"},
 };
 
+ValueOperation OperationOf(std::string_view op) {
+    const Comparison* const comparison = FindComparison(op);
+    return comparison == nullptr ? ValueOperation::None : comparison->operation;
+}
+
 bool IsStringLiteral(std::string_view side) {
     return side.size() > 2 && side.front() == '"' && side.find('"', 1) == side.size() - 1;
 }
@@ -70,7 +75,7 @@ OperandComparison::OperandComparison(const std::string& left, const std::string&
                                      std::string_view op)
     : m_word(FindConditionWord(left)),
       m_operator(op),
-      m_comparison(FindComparison(op)),
+      m_comparison(OperationOf(op)),
       m_left(left),
       m_right(right) {}
 
@@ -80,8 +85,8 @@ int OperandComparison::EvaluateSides(ScriptContext& script) {
     value::CVal rightScratch;
     const value::CVal* const left = m_left.Evaluate(script, leftScratch);
     const value::CVal* const right = m_right.Evaluate(script, rightScratch);
-    if (left == nullptr || right == nullptr || m_comparison == nullptr) return -1;
-    return Compare(m_comparison->operation, *left, *right);
+    if (left == nullptr || right == nullptr || m_comparison == ValueOperation::None) return -1;
+    return Compare(m_comparison, *left, *right);
 }
 
 int CompareOperands(ScriptContext& script, std::string_view left, std::string_view right,

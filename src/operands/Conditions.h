@@ -22,6 +22,17 @@ struct ConditionWordRow {
 std::span<const ConditionWordRow> ConditionWords();
 const ConditionWordRow* FindConditionWord(std::string_view word);
 
+struct HeldComparison {
+    ValueOperation operation = ValueOperation::None;
+    const value::CVal* left = nullptr;
+    const value::CVal* right = nullptr;
+
+    int Compare() const {
+        if (operation == ValueOperation::Equal) return *left == *right;  // most often, in place
+        return operands::Compare(operation, *left, *right);
+    }
+};
+
 // A comparison of a condition, as its text tells it. Belongs to one script.
 class OperandComparison {
   public:
@@ -31,10 +42,14 @@ class OperandComparison {
 
     // 1 true, 0 false, -1 when it cannot be evaluated.
     int Evaluate(ScriptContext& script) {
-        const value::CVal* const left = m_left.Held(script);
-        const value::CVal* const right = m_right.Held(script);
-        const bool ready = m_comparison != nullptr && left != nullptr && right != nullptr;
-        return ready ? Compare(m_comparison->operation, *left, *right) : EvaluateSides(script);
+        HeldComparison held;
+        return FindHeld(script, held) ? held.Compare() : EvaluateSides(script);
+    }
+    // It compares values that are kept somewhere, and stay there as long as the variables stand.
+    bool FindHeld(ScriptContext& script, HeldComparison& out) {
+        if (m_comparison == ValueOperation::None) return false;
+        out = {m_comparison, m_left.Held(script), m_right.Held(script)};
+        return out.left != nullptr && out.right != nullptr;
     }
 
   private:
@@ -57,7 +72,7 @@ class OperandComparison {
 
     const ConditionWordRow* m_word;
     std::string_view m_operator;
-    const Comparison* m_comparison;
+    ValueOperation m_comparison;  // none where the operator is no comparison
     Side m_left;
     Side m_right;
 };

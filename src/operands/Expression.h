@@ -52,9 +52,15 @@ class Expression {
     bool FailsByName(ScriptContext& script) {
         return m_formula != nullptr && m_operand == nullptr && m_formula->FailsByName(script);
     }
+    // That name.
+    std::string_view FailedName() const { return m_formula->FailedName(); }
     // The value of a formula that is no more than the value of a local variable.
     const value::CVal* Held(ScriptContext& script) {
         return m_formula != nullptr && m_operand == nullptr ? m_formula->Held(script) : nullptr;
+    }
+    // The value of an operand that is known to be a string literal; null for anything else.
+    const value::CVal* HeldText() const {
+        return m_operand != nullptr ? m_operand->HeldText() : nullptr;
     }
     // The value that FindReal has found is the int of a comparison.
     bool IsComparison() const { return m_formula->IsComparison(); }

@@ -22,6 +22,7 @@ Formula::Formula(std::string_view text) {
     }
     if (m_error == ErrorNone) m_shape = FindShape();
     m_canBeReal = m_error == ErrorNone && CanBeReal();
+    m_isPair = m_canBeReal && m_cells.size() == 2;
     m_compares = !m_cells.empty() && operands::IsComparison(m_cells.back().operation);
     m_onlyOperandsFail = m_cells.size() <= FormulaStack::kCells &&
                          std::ranges::all_of(m_cells, [](const Cell& cell) {
@@ -200,41 +201,22 @@ bool Formula::TakeFurther(ScriptContext& script, const Cell& cell, value::CVal& 
 
 // Doubles that carry neither status nor time, as most do, need no more than doubles. False where
 // there is something else, with nothing changed.
-bool Formula::ComputeReal(ScriptContext& script, double& out) {
+bool Formula::ComputeReals(ScriptContext& script, double& out) {
     std::array<double, kMostReals> below;
     std::size_t depth = 0;
     double top = 0;
     for (const Cell& cell : m_cells) {
         double right = top;
-        if (cell.kind == CellKind::Operand || cell.kind == CellKind::OperandOperator) {
-            const value::CVal* const held = m_operands[cell.operand].Held(script);
-            if (held == nullptr || !held->IsBareReal()) return false;
-            right = held->Real();
-        } else if (cell.kind != CellKind::Operator) {
-            right = cell.number;
-        } else {
+        if (cell.kind == CellKind::Operator) {
             top = below[--depth];
+        } else if (!ReadReal(script, cell, right)) {
+            return false;
         }
-        switch (cell.operation) {
-            case ValueOperation::None:
-                below[depth++] = top;
-                top = right;
-                break;
-            case ValueOperation::Add:
-                top += right;
-                break;
-            case ValueOperation::Subtract:
-                top -= right;
-                break;
-            case ValueOperation::Multiply:
-                top *= right;
-                break;
-            case ValueOperation::Divide:
-                top /= right;
-                break;
-            default:
-                top = Compare(cell.operation, top, right);
-                break;
+        if (cell.operation == ValueOperation::None) {
+            below[depth++] = top;
+            top = right;
+        } else {
+            Combine(cell.operation, top, right);
         }
     }
     out = top;
@@ -244,7 +226,7 @@ bool Formula::ComputeReal(ScriptContext& script, double& out) {
 bool Formula::Evaluate(ScriptContext& script, value::CVal& out) {
     if (m_error != ErrorNone) script.SetError(m_error, {}, false);
     if (!m_compiled || (m_failing > 0 && FailsAgain(script))) return false;
-    if (double real = 0; m_canBeReal && ComputeReal(script, real)) {
+    if (double real = 0; FindReal(script, real)) {
         out = m_compares ? value::CVal(static_cast<int>(real)) : value::CVal(real);
         return true;
     }

@@ -25,7 +25,9 @@ class Formula {
     // The value as a double, where that is no more than it takes: for a comparison, whose value is
     // an int, 0 or 1. False when it is not, with nothing changed.
     bool FindReal(ScriptContext& script, double& out) {
-        return m_canBeReal && m_failing == 0 && ComputeReal(script, out);
+        if (m_failing != 0) return false;
+        if (m_isPair) return ComputePair(script, out);
+        return m_canBeReal && ComputeReals(script, out);
     }
     bool IsComparison() const { return m_compares; }
     void Fetch() const {
@@ -43,6 +45,7 @@ class Formula {
         m_operands[m_failing - 1].RecordUndefined(script);
         return true;
     }
+    std::string_view FailedName() const { return m_operands[m_failing - 1].BaseName(); }
     // The same as Evaluate: the value where it is kept, or in `scratch`; null when there is none.
     // Valid until a variable changes.
     const value::CVal* Look(ScriptContext& script, value::CVal& scratch) {
@@ -83,7 +86,27 @@ class Formula {
     Cell ReadToken(std::string_view token);
     void Append(Cell cell);
     const value::CVal* LookForOperand(ScriptContext& script, value::CVal& scratch);
-    bool ComputeReal(ScriptContext& script, double& out);
+    // False for what is no double, or carries a status or a time.
+    bool ReadReal(ScriptContext& script, const Cell& cell, double& out) {
+        if (cell.kind == CellKind::Number || cell.kind == CellKind::NumberOperator) {
+            out = cell.number;
+            return true;
+        }
+        const value::CVal* const held = m_operands[cell.operand].Held(script);
+        if (held == nullptr || !held->IsBareReal()) return false;
+        out = held->Real();
+        return true;
+    }
+    bool ComputePair(ScriptContext& script, double& out) {
+        double left = 0;
+        double right = 0;
+        const Cell* const cells = m_cells.data();
+        if (!ReadReal(script, cells[0], left) || !ReadReal(script, cells[1], right)) return false;
+        Combine(cells[1].operation, left, right);
+        out = left;
+        return true;
+    }
+    bool ComputeReals(ScriptContext& script, double& out);
     bool EvaluateRow(ScriptContext& script, value::CVal& out);
     static void Take(const Cell& cell, value::CVal& out, const value::CVal& value);
     bool TakeFurther(ScriptContext& script, const Cell& cell, value::CVal& out);
@@ -99,6 +122,7 @@ class Formula {
     Shape m_shape = Shape::Any;
     bool m_compiled;
     bool m_canBeReal = false;  // it computes a double from doubles, as far as its text tells
+    bool m_isPair = false;     // and of two cells
     bool m_compares = false;   // last of all
     bool m_onlyOperandsFail = false;
     bool m_failsByNames = false;  // as long as the generation stands

@@ -128,10 +128,6 @@ struct Operand::Number final : Details {
     int integerType = 0;
 };
 
-struct Operand::Literal final : Details {
-    value::CVal text;
-};
-
 // How the value of an operand is had, by what it is.
 struct Operand::Readers {
     static bool ScheduleWord(Operand& operand, ScriptContext&, value::CVal& out, int, bool) {
@@ -298,6 +294,7 @@ Operand::Reader Operand::Classify() {
     }
     if (m_text.size() > 2 && m_text.front() == '"' && m_text.back() == '"') {
         NewDetails<Literal>().text = value::CVal(m_text.substr(1, m_text.size() - 2));
+        m_isText = true;
         return Readers::StringLiteral;
     }
     m_name = VariableName(m_text);
@@ -316,8 +313,8 @@ const value::CVal* Operand::LookFurther(ScriptContext& script, value::CVal& scra
         CVariable* const variable = m_name.Find(script);
         if (variable == nullptr) return nullptr;
         if (const value::CVal* value = variable->PeekValue(m_name.Kind())) return value;
-    } else if (m_read == Readers::StringLiteral) {
-        return &Known<Literal>().text;
+    } else if (m_isText) {
+        return HeldText();
     }
     return Evaluate(script, scratch, wanted, true) ? &scratch : nullptr;
 }

@@ -45,8 +45,11 @@ class Operand {
     const value::CVal* Held(ScriptContext& script) {
         return m_isVariable ? m_name.Held(script) : nullptr;
     }
+    // The value of what is known to be a string literal; null for anything else.
+    const value::CVal* HeldText() const { return m_isText ? &Known<Literal>().text : nullptr; }
     // A variable that is not there.
     bool IsUndefined(ScriptContext& script) { return m_isVariable && m_name.IsUndefined(script); }
+    std::string_view BaseName() const { return m_name.Base(); }
     // What is wrong with that.
     void RecordUndefined(ScriptContext& script) { m_name.Find(script); }
     // The same with `report`: the value where it is kept, or in `scratch`; null when there is none.
@@ -68,7 +71,9 @@ class Operand {
     };
     struct Property;
     struct Number;
-    struct Literal;
+    struct Literal final : Details {
+        value::CVal text;
+    };
 
     static bool ClassifyAndRead(Operand& operand, ScriptContext& script, value::CVal& out,
                                 int wanted, bool report);
@@ -88,6 +93,7 @@ class Operand {
 
     VariableName m_name;
     bool m_isVariable = false;  // known to be one
+    bool m_isText = false;      // known to be a string literal
     Reader m_read = ClassifyAndRead;
     std::unique_ptr<Details> m_details;
     std::string_view m_text;  // from the first evaluation on without blanks around it

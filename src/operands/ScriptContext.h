@@ -45,20 +45,31 @@ struct ValueServices {
     bool keepForms = true;
 };
 
-// A text that is written far more often than read, in place.
+// A text that is written far more often than read, in place, or seen where it stands as long as
+// nobody else could read it.
 class ErrorSubject {
   public:
+    ErrorSubject() = default;
+    ErrorSubject(const ErrorSubject& other) { *this = other; }
+    ErrorSubject& operator=(const ErrorSubject& other) { return *this = other.m_text; }
     ErrorSubject& operator=(std::string_view text) {
-        if (text.size() > m_room.size()) m_room.resize(text.size());
+        if (text.size() > m_room.size()) Grow(text.size());
         std::char_traits<char>::move(m_room.data(), text.data(), text.size());
-        m_size = text.size();
+        m_text = {m_room.data(), text.size()};
         return *this;
     }
-    operator std::string_view() const { return {m_room.data(), m_size}; }
+    void Borrow(std::string_view text) { m_text = text; }
+    // Before what was lent goes.
+    void Keep() {
+        if (m_text.data() != m_room.data()) *this = m_text;
+    }
+    operator std::string_view() const { return m_text; }
 
   private:
+    [[gnu::noinline]] void Grow(std::size_t size) { m_room.resize(size); }
+
     std::string m_room;
-    std::size_t m_size = 0;
+    std::string_view m_text;
 };
 
 // The error of the line that runs, or of the last one that ran.
@@ -102,6 +113,14 @@ class ScriptContext {
         m_error.m_nErrorCode = code;
         m_error.m_strErrorText = text;
     }
+    // The same without force, for a text that outlives the next KeepError.
+    void LendError(int code, std::string_view text) {
+        const int standing = m_error.m_nErrorCode;
+        if (standing != ErrorNone && standing != ErrorOther) return;
+        m_error.m_nErrorCode = code;
+        m_error.m_strErrorText.Borrow(text);
+    }
+    void KeepError() { m_error.m_strErrorText.Keep(); }
     // No error stands, whatever stood before.
     void ClearError() {
         if (m_error.m_nErrorCode == ErrorNone) return;

@@ -45,8 +45,10 @@ constexpr bool IsComparison(ValueOperation operation) {
     return operation >= ValueOperation::NotEqual;
 }
 
-// The left value becomes the result, that of a comparison an int.
-inline void Combine(ValueOperation operation, value::CVal& left, const value::CVal& right) {
+// The left side becomes the result, that of a comparison an int. The sides are values, or doubles
+// where values would hold nothing else.
+template <class Value>
+void Combine(ValueOperation operation, Value& left, const Value& right) {
     switch (operation) {
         case ValueOperation::Add:
             left += right;
@@ -61,7 +63,7 @@ inline void Combine(ValueOperation operation, value::CVal& left, const value::CV
             left /= right;
             break;
         default:
-            left = value::CVal(Compare(operation, left, right));
+            left = Value(Compare(operation, left, right));
             break;
     }
 }

@@ -1,6 +1,7 @@
 // The main thread's inbox: other threads hand their results over here, and nothing else crosses.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -33,6 +34,7 @@ class PostedWork final : public MainLoop {
     std::function<void()> m_wake;
     std::mutex m_mutex;
     std::vector<std::function<void()>> m_work;
+    std::atomic<bool> m_isEmpty = true;  // seen without the lock, which most ticks need not take
 };
 
 }  // namespace kalvex::platform

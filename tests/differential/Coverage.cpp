@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "engine/ScriptDocument.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
 
@@ -9,9 +10,10 @@ namespace kalvex::differential {
 
 namespace {
 
-engine::LineOutcome CountStatement(engine::StatementCall& call) {
-    const std::string_view keyword = call.keyword;
-    const engine::LineOutcome outcome = language::Statements().Find(keyword)->handler(call);
+engine::LineOutcome CountStatement(engine::CKalvexDoc& document, engine::LineForm& line) {
+    const std::string_view keyword = line.row->keyword;
+    const engine::LineOutcome outcome =
+        language::Statements().Find(keyword)->handler(document, line);
     OutcomeCounts& counts = Covered().statements[keyword];
     switch (outcome) {
         case engine::LineOutcome::Finished:
@@ -22,7 +24,7 @@ engine::LineOutcome CountStatement(engine::StatementCall& call) {
             break;
         case engine::LineOutcome::Failed:
             ++counts.failed;
-            ++Covered().errors.at(static_cast<std::size_t>(call.document.LastError().m_nErrorCode));
+            ++Covered().errors.at(static_cast<std::size_t>(document.LastError().m_nErrorCode));
             break;
     }
     return outcome;

@@ -247,6 +247,16 @@ const Trap kTraps[] = {
      "SET A = 0\nELSE\nSET A = A + 1\nENDIF\nIF NOT S == \"x\" | A == 2 GOTO x\n:x\n"
      "IF UNKNOWN E GOTO y\nSET A = 7\n:y\nif A = 1 goto x\nIF UNKNOWN S GOTO w\nIF A == 1 then\n"
      "endif\nIF S GOTO w\nIF A.NAME == \"A\" THEN\nSET S = \"abd\"\nENDIF\nGOTO w"},
+    {"ConditionsOfTexts",
+     "PRIORITY 1\nLOCAL S = \"X\"\nLOCAL Sgotow = \"X\"\nLOCAL N = 0\n:w\nSET N = N + 1\n"
+     "IF \"x\" == S goto w THEN\nSET N = N + 100\nIF S == \"X\" THEN\nSET S = \"Y\"\nELSE\n"
+     "SET S = \"X\"\nENDIF\nIF NOT S == \"X\" THEN\nSET N = N + 10\nENDIF\n"
+     "IF S >= \"X\" THEN\nSET Sgotow = S\nENDIF\nIF S == \"X\" GOTO x\nIF S = \"Y\" THEN\nENDIF\n"
+     ":x\nIF N > 1500 THEN\nLOCAL \"X\" = 5\nENDIF\nIF N > 2500 THEN\nSET S = 5\nENDIF\nGOTO w"},
+    {"ConditionsWithoutVariables",
+     "PRIORITY 1\n:w\nIF \"A\" == \"A\" THEN\nIF \"A\" == \"B\" "
+     "THEN\nCOS\nENDIF\nELSE\nCOS\nENDIF\n"
+     "GOTO w"},
     {"ErrorsOfAnEvaluationThatIsTriedTwice",
      "PRIORITY 1\nLOCAL A = 1\nLOCAL S = \"a\"\n:w\nIF S == \"a\" & BRAK == 1 GOTO w\n"
      "IF S == \"b\" | A == 1 GOTO x\n:x\nIF S == BRAK GOTO w\nIF A == GOTO w\nIF S == \"a\" FOO\n"

@@ -20,14 +20,15 @@ TEST(LineFormTest, LineIsCutOnce) {
     const LineForm set("SET A = 1", language::Statements());
     EXPECT_EQ(set.Word(), "SET");
     EXPECT_EQ(set.Rest(), " A = 1");
-    EXPECT_FALSE(set.isEmpty);
+    EXPECT_FALSE(set.IsEmpty());
     const LineForm lower("set A = 1", language::Statements());
     EXPECT_EQ(lower.row, set.row);
     const LineForm unknown("Bzdura 1", language::Statements());
-    EXPECT_EQ(unknown.row, nullptr);
+    EXPECT_EQ(unknown.row->keyword, "");
+    EXPECT_FALSE(unknown.IsEmpty());
     EXPECT_EQ(unknown.Word(), "BZDURA");
     for (const char* line : {"", "; SET A = 1", ":SET", ": SET A = 1"}) {
-        EXPECT_TRUE(LineForm(line, language::Statements()).isEmpty) << line;
+        EXPECT_TRUE(LineForm(line, language::Statements()).IsEmpty()) << line;
     }
 }
 

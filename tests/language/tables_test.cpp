@@ -171,12 +171,12 @@ TEST(TablesTest, DirectivesStandApart) {
 TEST(TablesTest, EveryKeywordIsFoundByItsSpelling) {
     for (const engine::StatementRow& row : Statements().Rows()) {
         EXPECT_EQ(Statements().Find(row.keyword), &row) << row.keyword;
-        EXPECT_NE(row.handler, nullptr);
+        EXPECT_TRUE(row.handler);
         EXPECT_FALSE(row.usage.empty()) << row.keyword;
     }
     for (const operands::FunctionRow& row : Functions().Rows()) {
         EXPECT_EQ(Functions().Find(row.keyword), &row) << row.keyword;
-        EXPECT_NE(row.handler, nullptr);
+        EXPECT_TRUE(row.handler);
         EXPECT_FALSE(row.help.empty()) << row.keyword;
     }
     EXPECT_EQ(Statements().Find("set"), nullptr);
