@@ -58,8 +58,8 @@ void Inquiry::Ask(vantrel::ClientCarrier& carrier, const vantrel::Endpoint& endp
                                  platform::InWords(error, untranslated));
     }
     m_events->Start(m_stream);
+    // Not ended on this side, which would leave the answer no more than the grace of an end.
     m_stream->Send(Pack(question));
-    m_stream->Finish(vantrel::StreamEnd::Orderly);
 }
 
 void Inquiry::OnPiece(std::string_view bytes) {

@@ -309,6 +309,16 @@ class ConnectionTest(ControlTest):
         finally:
             service.send_signal(signal.SIGCONT)
 
+    def test_question_waits_as_long_as_the_timeout_says(self):
+        service = self.start_module()
+        service.send_signal(signal.SIGSTOP)
+        try:
+            asking = self.begin("--timeout", "60", "breaks", "a.kx")
+            self.assertEqual(self.control("--timeout", "4", "list")[0], 3)
+        finally:
+            service.send_signal(signal.SIGCONT)
+        self.assertEqual(self.end_of(asking), (0, "", ""))
+
     def test_name_of_the_module(self):
         self.put("Kalvex.ini", "[Konfiguracja]\nNazwa=Oczyszczalnia\n[Autostart]\nProcedura0=a.kx\n")
         self.start_module()
