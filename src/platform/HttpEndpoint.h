@@ -18,28 +18,31 @@ struct HttpText {
     std::function<std::string()> render;
 };
 
+// Clients that are being served are left when it is destroyed.
 class HttpEndpoint {
   public:
-    // The loop outlives the endpoint. A client has `patience` for its request, and the main loop
-    // for the text: when it does not come, the answer is 503.
-    HttpEndpoint(MainLoop& loop, HttpText text,
-                 std::chrono::milliseconds patience = std::chrono::seconds(2));
-    // Clients that are being served are left.
-    ~HttpEndpoint();
+    HttpEndpoint() = default;
+    virtual ~HttpEndpoint() = default;
     HttpEndpoint(const HttpEndpoint&) = delete;
     HttpEndpoint& operator=(const HttpEndpoint&) = delete;
 
     // Listens on "127.0.0.1:9464" or "[::1]:9464", port 0 for any that is free, or on the local
     // socket whose path is given, which begins with "/". False, with the reason, for an address
     // that is not this machine's own, or one that is taken. Once.
-    bool Start(const std::string& address, std::string& error);
+    virtual bool Start(const std::string& address, std::string& error) = 0;
 
     // Where it listens: as given, with the port that was found.
-    const std::string& GetAddress() const;
-
-  private:
-    class Impl;
-    std::unique_ptr<Impl> m_impl;
+    virtual const std::string& GetAddress() const = 0;
 };
+
+// The loop outlives the endpoint. A client has `patience` for its request, and the main loop for
+// the text: when it does not come, the answer is 503.
+inline constexpr std::chrono::seconds kHttpPatience{2};
+std::unique_ptr<HttpEndpoint> MakeHttpEndpoint(MainLoop& loop, HttpText text,
+                                               std::chrono::milliseconds patience = kHttpPatience);
+
+// The same from a module that is loaded with the first one, so that who offers nothing starts
+// without the library that reads requests. Null, with the reason, without the module.
+std::unique_ptr<HttpEndpoint> LoadHttpEndpoint(MainLoop& loop, HttpText text, std::string& error);
 
 }  // namespace kalvex::platform

@@ -78,7 +78,7 @@ std::string Body(const std::string& answer) {
 class HttpEndpointTest : public testing::Test {
   protected:
     std::unique_ptr<HttpEndpoint> Make(milliseconds patience = std::chrono::seconds(60)) {
-        return std::make_unique<HttpEndpoint>(
+        return MakeHttpEndpoint(
             loop,
             HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
                      [this] { return "zapytanie " + std::to_string(++rendered) + "\n"; }},

@@ -3,11 +3,13 @@
 import http.client
 import os
 import re
+import shutil
 import signal
 import socket
+import subprocess
 import unittest
 
-from kalvexd_process import STARTED, STOPPED, ServiceTest
+from kalvexd_process import PROGRAM, STARTED, STOPPED, ServiceTest
 
 PROFILE = "[Autostart]\r\nProcedura0=dziala.kx\r\nProcedura1=blad.kx\r\nProcedura2=koniec.kx\r\n"
 RUNNING = "PRIORITY 1\r\nLOCAL A = 0\r\n:obieg\r\nSET A = A + 1\r\nGOTO obieg\r\n"
@@ -117,6 +119,14 @@ class Health(ServiceTest):
             self.assertEqual(self.run_with("--metrics", address), (1, "", f"kalvexd: {fault}\n"))
         log = (self.folder / "Kalvex.log").read_text(encoding="utf-8").splitlines()
         self.assertEqual([line[21:] for line in log[-2:]], [fault, STOPPED])
+
+    def test_module_that_is_missing_is_named(self):
+        self.put("Kalvex.ini", PROFILE)
+        alone = shutil.copy(PROGRAM, self.folder / "kalvexd")
+        done = subprocess.run([alone, "--working-dir", self.folder, "--metrics", "127.0.0.1:0"], capture_output=True,
+                              encoding="utf-8", env=self.environment, timeout=60)
+        fault = "Nie można udostępnić stanu modułu: 127.0.0.1:0 (nie można załadować kalvex-health.so)"
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", f"kalvexd: {fault}\n"))
 
     def test_without_the_option_nothing_listens(self):
         service = self.start()

@@ -140,11 +140,9 @@ void RenderText(TextExchange& exchange) {
     exchange.changed.notify_all();
 }
 
-}  // namespace
-
-class HttpEndpoint::Impl {
+class LoopbackEndpoint final : public HttpEndpoint {
   public:
-    Impl(MainLoop& loop, HttpText text, milliseconds patience)
+    LoopbackEndpoint(MainLoop& loop, HttpText text, milliseconds patience)
         : m_loop(loop),
           m_patience(patience),
           m_server(MakeServer()),
@@ -157,7 +155,7 @@ class HttpEndpoint::Impl {
         });
     }
 
-    ~Impl() {
+    ~LoopbackEndpoint() override {
         m_exchange->render = nullptr;
         {
             const std::lock_guard lock(m_exchange->mutex);
@@ -168,10 +166,8 @@ class HttpEndpoint::Impl {
         [[maybe_unused]] const ssize_t written = ::write(m_stopFd.Get(), &one, sizeof one);
         for (std::thread& worker : m_workers) worker.join();
     }
-    Impl(const Impl&) = delete;
-    Impl& operator=(const Impl&) = delete;
 
-    bool Start(const std::string& address, std::string& error) {
+    bool Start(const std::string& address, std::string& error) override {
         if (!m_listener.Listen(address, error)) return false;
         for (std::size_t i = 0; i < kWorkers; ++i) {
             std::thread worker = StartThread({"HttpEndpoint", 0}, [this] { Work(); });
@@ -181,7 +177,7 @@ class HttpEndpoint::Impl {
         return !m_workers.empty();
     }
 
-    const std::string& GetAddress() const { return m_listener.GetAddress(); }
+    const std::string& GetAddress() const override { return m_listener.GetAddress(); }
 
   private:
     // Waits for a client; false at the end of the endpoint.
@@ -238,17 +234,11 @@ class HttpEndpoint::Impl {
     std::vector<std::thread> m_workers;
 };
 
-HttpEndpoint::HttpEndpoint(MainLoop& loop, HttpText text, milliseconds patience)
-    : m_impl(std::make_unique<Impl>(loop, std::move(text), patience)) {}
+}  // namespace
 
-HttpEndpoint::~HttpEndpoint() = default;
-
-bool HttpEndpoint::Start(const std::string& address, std::string& error) {
-    return m_impl->Start(address, error);
-}
-
-const std::string& HttpEndpoint::GetAddress() const {
-    return m_impl->GetAddress();
+std::unique_ptr<HttpEndpoint> MakeHttpEndpoint(MainLoop& loop, HttpText text,
+                                               milliseconds patience) {
+    return std::make_unique<LoopbackEndpoint>(loop, std::move(text), patience);
 }
 
 }  // namespace kalvex::platform

@@ -91,11 +91,13 @@ void KalvexService::LogHealth() {
 
 bool KalvexService::OfferFigures(std::string& fault) {
     if (m_metrics.empty()) return true;
-    m_endpoint = std::make_unique<platform::HttpEndpoint>(
-        m_loop, platform::HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
-                                   [this] { return app::FormatHealthMetrics(GetFigures()); }});
     std::string reason;
-    if (m_endpoint->Start(m_metrics, reason)) {
+    m_endpoint = platform::LoadHttpEndpoint(
+        m_loop,
+        platform::HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
+                           [this] { return app::FormatHealthMetrics(GetFigures()); }},
+        reason);
+    if (m_endpoint && m_endpoint->Start(m_metrics, reason)) {
         m_app.Log().Log(text::FormatText(m_translator.Translate("Udostępnianie stanu modułu: %s"),
                                          {text::FromUtf8(m_endpoint->GetAddress())}),
                         platform::LogAlways);

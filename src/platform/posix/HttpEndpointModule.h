@@ -1,0 +1,14 @@
+// What the module of the endpoint offers to whoever loads it.
+#pragma once
+
+#include "platform/HttpEndpoint.h"
+
+namespace kalvex::platform {
+
+inline constexpr char kHttpEndpointModule[] = "kalvex-health.so";
+inline constexpr char kHttpEndpointEntry[] = "kalvex_make_http_endpoint";
+
+// The caller owns what it gets.
+using HttpEndpointEntry = HttpEndpoint*(MainLoop& loop, HttpText& text);
+
+}  // namespace kalvex::platform
