@@ -23,6 +23,10 @@ class ManualTest : public testing::Test {
     void SetUp() override {
         std::string error;
         ASSERT_TRUE(platform::ReadWholeFile(KALVEX_MANUAL, text, error)) << error;
+        const std::size_t end = text.find("\n## Index\n");
+        ASSERT_NE(end, std::string::npos);
+        index = text.substr(end);
+        text.resize(end);
         std::istringstream lines(text);
         for (std::string line; std::getline(lines, line);) {
             if (!line.starts_with("### ")) continue;
@@ -36,7 +40,12 @@ class ManualTest : public testing::Test {
 
     bool Mentions(std::string_view word) const { return text.find(word) != std::string::npos; }
 
-    std::string text;
+    void ExpectIndexed(std::string_view word) const {
+        EXPECT_NE(index.find("[`" + std::string(word) + "`](#"), std::string::npos) << word;
+    }
+
+    std::string text;   // ahead of the index
+    std::string index;  // a link each: [`WORD`](#place)
     std::set<std::string, std::less<>> entries;
 };
 
@@ -82,6 +91,17 @@ TEST_F(ManualTest, NamesEveryPropertyKindStatusAndTestWord) {
     for (const operands::ConditionWordRow& row : operands::ConditionWords()) {
         EXPECT_TRUE(Mentions("`" + std::string(row.word) + " <")) << row.word;
     }
+}
+
+TEST_F(ManualTest, IndexHasEveryWordOfTheTables) {
+    for (const engine::StatementRow& row : Statements().Rows()) ExpectIndexed(row.keyword);
+    for (const DirectiveRow& row : Directives()) ExpectIndexed(row.keyword);
+    for (const operands::FunctionRow& row : Functions().Rows()) ExpectIndexed(row.keyword);
+    for (const auto& row : operands::VariableProperties()) ExpectIndexed(row.name);
+    for (const operands::TimeProperty& row : operands::TimeProperties()) ExpectIndexed(row.name);
+    for (const value::ValueKindRow& row : value::ValueKinds()) ExpectIndexed(row.suffix);
+    for (const value::StatusWord& row : value::StatusWords()) ExpectIndexed(row.word);
+    for (const auto& row : operands::ConditionWords()) ExpectIndexed(row.word);
 }
 
 }  // namespace
