@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
 """What the documents say of the project, compared with the project."""
+import collections
+import json
 import pathlib
 import re
+import subprocess
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")]
+DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md"), *ROOT.glob("examples/*.md")]
 
 
 def read(path):
@@ -19,6 +22,20 @@ def folders_below(path):
         for entry in (ROOT / path).iterdir()
         if entry.is_dir() and not entry.name.startswith((".", "__")) and entry.name != "build"
     }
+
+
+def prose(document):
+    """The document without its blocks of code."""
+    return re.sub(r"(?ms)^```.*?^```$|^    [^\n]*$", "", document.read_text(encoding="utf-8"))
+
+
+def anchors(document):
+    """Where links into the document may lead: a heading in small letters, without its signs."""
+    counts = collections.Counter()
+    for title in re.findall(r"(?m)^#{1,6} (.*)$", prose(document)):
+        anchor = "".join(c for c in title.lower().replace(" ", "-") if c.isalnum() or c in "-_")
+        yield f"{anchor}-{counts[anchor]}" if counts[anchor] else anchor
+        counts[anchor] += 1
 
 
 def own_lines(script):
@@ -95,9 +112,33 @@ class Documents(unittest.TestCase):
         self.assertEqual(shown[2], script)
 
     def test_every_example_is_run_by_a_script_test(self):
-        tests = (path.read_bytes().decode("cp1250") for path in ROOT.glob("tests/scripts/examples/*.kx"))
-        run = {name for text in tests for name in re.findall(r"(?m)^;; script: ../../../examples/(\S+)", text)}
-        self.assertEqual(run, {path.name for path in ROOT.glob("examples/*.kx")})
+        for examples, folder in {"examples": "examples", "examples/cookbook": "cookbook"}.items():
+            texts = [path.read_bytes().decode("cp1250") for path in ROOT.glob(f"tests/scripts/{folder}/*.kx")]
+            scripts = rf"(?m)^;; script: ../../../{examples}/([^/\s]+)"
+            run = {name for text in texts for name in re.findall(scripts, text)}
+            self.assertEqual(run, {path.name for path in ROOT.glob(f"{examples}/*.kx")})
+
+    def test_cookbook_shows_every_script_once(self):
+        text = read("docs/cookbook.md")
+        block = r"(?s)`(examples/cookbook/\w+\.kx)`:\n\n<!-- made: file \1 -->\n\n```\n(.*?)```\n"
+        shown = re.findall(block, text)
+        scripts = {str(path.relative_to(ROOT)): path for path in ROOT.glob("examples/cookbook/*.kx")}
+        self.assertGreaterEqual(len(scripts), 30)
+        self.assertCountEqual([name for name, _ in shown], scripts)
+        for name, lines in shown:
+            self.assertEqual(lines, scripts[name].read_bytes().decode("cp1250").replace("\r\n", "\n"), name)
+        tasks = re.findall(r"(?m)^### .+\n\n(?:.+\n)+\n`(examples/cookbook/\w+\.kx)`:$", text)
+        self.assertEqual(tasks, [name for name, _ in shown])
+
+    def test_examples_read_variables_that_their_plants_have(self):
+        plant = read("examples/plant/plant.toml") + read("examples/plant/stacje.csv")
+        names = set(re.findall(r'(?m)^name = "([A-Z.]+)"$|^([A-Z0-9._]+);', plant))
+        live = {one or other for one, other in names}
+        simulated = set(json.loads(read("examples/cookbook/plant.json"))["sources"]["Gaz"]["variables"])
+        self.assertLessEqual(simulated, live)
+        for path in ROOT.glob("examples/**/*.kx"):
+            used = set(re.findall(r"\bGaz@(\S+)", path.read_bytes().decode("cp1250")))
+            self.assertLessEqual(used, simulated, path.name)
 
     def test_every_row_of_the_language_is_in_a_script_test(self):
         spellings = dict(re.findall(r'string_view (\w+) = "([A-Z_]+)";', read("src/operands/Keywords.h")))
@@ -155,6 +196,21 @@ class Documents(unittest.TestCase):
         for document in DOCUMENTS:
             for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):
                 self.assertTrue((document.parent / target).exists(), f"{document.name}: {target}")
+
+    def test_every_link_within_a_document_leads_to_a_heading(self):
+        for document in DOCUMENTS:
+            for path, anchor in re.findall(r"\]\(([^)#:]*)#([^)]+)\)", prose(document)):
+                self.assertIn(anchor, list(anchors(document.parent / path if path else document)), document.name)
+
+    def test_contents_of_the_manual_have_every_heading(self):
+        text = read("docs/language.md")
+        contents = re.search(r"(?s)<!-- made: contents -->(.*?)<!-- end -->", text)[1]
+        linked = re.findall(r"\]\(#([^)]+)\)", contents)
+        self.assertEqual(linked, list(anchors(ROOT / "docs/language.md"))[1:])
+
+    def test_made_parts_of_documents_are_as_they_are_made(self):
+        done = subprocess.run([ROOT / "tools/renew-documents", "--check"], capture_output=True, encoding="utf-8")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
 
 
 if __name__ == "__main__":
