@@ -15,6 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class NetworkConversationTest : public testing::Test {
   protected:
@@ -39,6 +40,15 @@ class NetworkConversationTest : public testing::Test {
         acceptor.Send(LogMessage{0, 0, "flush"});
         world.RunUntil(events, "log 0 0 flush");
         std::erase(events.heard, "log 0 0 flush");
+    }
+
+    std::string Refused() const {
+        return "1 Serwer srv nie przyjmuje połączenia przez " + world.folder.Path("srv") +
+               " (powód podaje jego log)";
+    }
+    std::string Absent() const {
+        return "Serwer srv jest nieosiągalny: nie ma gniazda " + world.folder.Path("srv") +
+               " (czy serwer jest uruchomiony?)";
     }
 
     support::NetworkWorld world;
@@ -164,6 +174,7 @@ TEST_F(NetworkConversationTest, ServerThatRefusesIsOneThatCannotBeReached) {
     EXPECT_TRUE(transport->Open());
     world.RunUntil(events, "fault 2 4110");
     EXPECT_THAT(events.heard, ElementsAre("fault 2 4110"));
+    EXPECT_THAT(world.log.Take(), ElementsAre(Refused()));
 }
 
 TEST_F(NetworkConversationTest, ConversationsAreBounded) {
@@ -179,7 +190,7 @@ TEST_F(NetworkConversationTest, ConversationsAreBounded) {
     EXPECT_EQ(acceptor.clients, 1);
     EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Odmowa połączenia z klientem na tym komputerze: za dużo klientów",
-                            "2 Brak połączenia z srv ()"));
+                            Refused()));
     Flush();
 }
 
@@ -224,9 +235,54 @@ TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
     client.Check();
     world.RunUntil(events, "opened");
     EXPECT_THAT(events.heard, ElementsAre("closed 4107", "fault 2 4110", "opened"));
+    const std::vector<std::string> lines = world.log.Take();
+    EXPECT_THAT(lines, ElementsAre("1 " + Absent(), StartsWith("3 Brak połączenia z srv ("),
+                                   "1 Serwer srv odpowiada (" + world.folder.Path("srv") + ")"));
     world.RunUntil([&] { return acceptor.link != nullptr; });
     events.heard.clear();
     Flush();
+}
+
+TEST_F(NetworkConversationTest, FaultIsToldOnceForEachChange) {
+    server.reset();
+    transport = Connect(events);
+    transport->Open();
+    const auto fail = [this] {
+        world.RunUntil(events, "fault 2 4110");
+        events.heard.clear();
+        world.now += 60'000;
+        client.Check();
+    };
+    fail();
+    EXPECT_EQ(world.log.Take().front(), "1 " + Absent());
+    fail();
+    fail();
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+    world.folder.Put("srv", "");
+    while (world.log.lines.empty()) fail();
+    EXPECT_EQ(world.log.Take().front(),
+              "1 Serwer srv jest nieosiągalny: nikt nie obsługuje gniazda " +
+                  world.folder.Path("srv") + " (czy serwer jest uruchomiony?)");
+    transport.reset();
+}
+
+TEST_F(NetworkConversationTest, ClientMayKeepFaultsToItself) {
+    server.reset();
+    NetworkClientSettings settings = world.ClientSettings();
+    settings.tellsFaults = false;
+    NetworkClient quiet(settings, world.loop, world.log, world.translator);
+    std::uint32_t reason = 0;
+    EXPECT_EQ(quiet.Connect("a/b", events, reason), nullptr);
+    transport = quiet.Connect("srv", events, reason);
+    transport->Open();
+    world.RunUntil(events, "fault 2 4110");
+    server = world.Listen(world.ServerSettings(), acceptor);
+    world.now += 500;
+    quiet.Check();
+    world.RunUntil(events, "opened");
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+    server.reset();
+    transport.reset();
 }
 
 TEST_F(NetworkConversationTest, ConnectionOfTheLibraryLogsInAndSubscribesAgain) {

@@ -107,6 +107,11 @@ class NetworkSecurityTest : public testing::Test {
         return heard.heard.front();
     }
 
+    // What the last of them was to be reached by.
+    std::string Place(const std::string& host = "127.0.0.1") const {
+        return host + ":" + std::to_string(server->TcpPort());
+    }
+
     mode_t Mode(const std::string& path) const {
         struct stat status {};
         EXPECT_EQ(::stat(path.c_str(), &status), 0);
@@ -127,6 +132,24 @@ TEST_F(NetworkSecurityTest, PlainTextBeyondThisMachineMustBeAllowedInSoManyWords
     EXPECT_EQ(ConnectReason({.address = "192.0.2.1:4300", .tls = TlsFiles{}}), 0u);
     EXPECT_EQ(ConnectReason({.address = "127.0.0.1:4300"}), 0u);
     EXPECT_EQ(ConnectReason({.address = "[::1]:4300"}), 0u);
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Serwer far jest nieosiągalny: połączenie z 192.0.2.1:4300 bez "
+                            "szyfrowania jest niedozwolone (sekcja Szyfrowanie w profilu "
+                            "komputera)",
+                            "1 Serwer far jest nieosiągalny: połączenie z plant.example:4300 bez "
+                            "szyfrowania jest niedozwolone (sekcja Szyfrowanie w profilu "
+                            "komputera)"));
+}
+
+TEST_F(NetworkSecurityTest, SourceWithoutAWayIsToldOnce) {
+    NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
+    std::uint32_t reason = 0;
+    EXPECT_EQ(client.Connect("a/b", events, reason), nullptr);
+    EXPECT_EQ(client.Connect("a/b", events, reason), nullptr);
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Serwer a/b jest nieosiągalny: niepoprawna nazwa albo za długa "
+                            "ścieżka gniazda " +
+                            world.folder.Path("a/b")));
 }
 
 TEST_F(NetworkSecurityTest, SourceWithoutAWayToItIsRefusedAtOnce) {
@@ -228,12 +251,28 @@ TEST_F(NetworkSecurityTlsTest, CertificateMayBearAName) {
 TEST_F(NetworkSecurityTlsTest, ServerThatIsNotTrustedCannotBeReached) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "fault 2 4110");
-    EXPECT_THAT(world.log.Take(), ElementsAre(StartsWith("2 Brak połączenia z far (")));
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Serwer far jest nieosiągalny: certyfikat spod adresu " + Place() +
+                                " nie jest zaufany (sprawdź klucz Urząd w profilu komputera)",
+                            StartsWith("3 Brak połączenia z far (")));
+}
+
+TEST_F(NetworkSecurityTlsTest, ServerThatDoesNotEncryptCannotBeReachedEncrypted) {
+    server = world.Listen(settings, acceptor);
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "fault 2 4110");
+    EXPECT_EQ(world.log.Take().front(),
+              "1 Serwer far jest nieosiągalny: " + Place() +
+                  " nie szyfruje połączeń tak jak ten komputer (sprawdź sekcję Szyfrowanie w "
+                  "profilu komputera)");
 }
 
 TEST_F(NetworkSecurityTlsTest, CertificateMustBearTheNameOfTheHost) {
+    settings.address = "127.0.0.2:0";
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.2", certificates.Files("good")), "fault 2 4110");
+    EXPECT_EQ(world.log.Take().front(),
+              "1 Serwer far jest nieosiągalny: certyfikat spod adresu " + Place("127.0.0.2") +
+                  " jest dla innej nazwy (sprawdź klucz Nazwa certyfikatu w profilu komputera)");
 }
 
 TEST_F(NetworkSecurityTlsTest, NameOfTheCertificateCanBeGiven) {
@@ -255,6 +294,10 @@ TEST_F(NetworkSecurityTlsTest, PlainClientDoesNotComeIn) {
     Listen(certificates.Files("", "server"));
     EXPECT_EQ(FirstEvent("127.0.0.1", {}), "fault 2 4110");
     EXPECT_EQ(acceptor.clients, 0);
+    EXPECT_EQ(world.log.Take().front(),
+              "1 Serwer far jest nieosiągalny: " + Place() +
+                  " przerywa połączenie (czy serwer szyfruje połączenia i zna certyfikat tego "
+                  "komputera?)");
 }
 
 TEST_F(NetworkSecurityTlsTest, MutualTlsRefusesAClientWithoutItsCertificate) {

@@ -24,6 +24,7 @@ constexpr const char* kOtherKind = platform::Translatable("inny rodzaj modułu a
 vantrel::NetworkClientSettings SettingsOf(const Call& call) {
     vantrel::NetworkClientSettings settings;
     settings.addresses = call.addresses;
+    settings.tellsFaults = false;  // the ending says it
     return settings;
 }
 

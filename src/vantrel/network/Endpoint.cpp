@@ -74,9 +74,11 @@ std::uint32_t FindEndpoint(std::string_view source, const ServerAddresses& addre
     if (found == addresses.end()) {
         const std::string path = LocalSocketPath(runtimeFolder, source);
         endpoint.target = LocalSocketTarget(path);
+        endpoint.place = runtimeFolder + '/' + text::ToUtf8(source);
         return path.empty() ? std::uint32_t{ReasonUnknownAddress} : 0;
     }
     const ServerAddress& address = found->second;
+    endpoint.place = address.address;
     std::string host;
     std::uint16_t port = 0;
     if (!platform::ReadAddress(address.address, host, port) || port == 0)

@@ -31,11 +31,13 @@ using ServerAddresses = std::map<std::string, ServerAddress, std::less<>>;
 // What a carrier dials.
 struct Endpoint {
     std::string target = {};
+    std::string place = {};  // the same for people: the path of the socket, or "host:port"
     std::optional<TlsFiles> tls = {};
     std::string certificateName = {};
 };
 
-// 0, or a reason of vantrel/Codes.h why there is no way to the source.
+// 0, or a reason of vantrel/Codes.h why there is no way to the source: ReasonUnknownAddress or
+// ReasonPlainText; then `endpoint` only tells where the way would have gone.
 std::uint32_t FindEndpoint(std::string_view source, const ServerAddresses& addresses,
                            const std::string& runtimeFolder, Endpoint& endpoint);
 

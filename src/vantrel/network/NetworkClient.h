@@ -3,7 +3,9 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,8 @@ struct NetworkClientSettings {
     // server counts as gone.
     std::size_t inboxLimit = 4 << 20;
     std::size_t outboxLimit = 64 << 20;
+    // Whether the log is told why a server cannot be reached, and that it answers again.
+    bool tellsFaults = true;
     // For a list of variables. While it lasts this side gives no sign of life.
     std::chrono::milliseconds listPatience{5'000};
 };
@@ -57,6 +61,7 @@ class NetworkClient final : public TransportFactory {
     const platform::Translator& m_translator;
     ClientCarrier m_carrier;
     std::vector<NetworkTransport*> m_transports;
+    std::set<std::string, std::less<>> m_noWayTold;  // sources
 };
 
 }  // namespace kalvex::vantrel

@@ -6,6 +6,7 @@
 
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
+#include "vantrel/network/DialFault.h"
 
 namespace kalvex::vantrel {
 
@@ -15,6 +16,10 @@ namespace {
 constexpr const char* kNoConnection = platform::Translatable("Brak połączenia z %s (%s)");
 constexpr const char* kServerStuck =
     platform::Translatable("Serwer %s nie odbiera komunikatów (%s)");
+
+std::string LineOf(const platform::Notice& notice, const platform::Translator& translator) {
+    return text::FromUtf8(platform::InWords(notice, translator));
+}
 
 std::uint32_t ReasonOf(StreamEnd end, bool wasOpen) {
     if (end == StreamEnd::TooLarge) return ReasonBadMessage;
@@ -26,7 +31,7 @@ std::uint32_t ReasonOf(StreamEnd end, bool wasOpen) {
 NetworkTransport::NetworkTransport(NetworkClient& client, std::string_view source,
                                    Endpoint endpoint, ClientTransportEvents& events)
     : m_client(client),
-      m_strSource(source),
+      m_source(text::ToUtf8(source)),
       m_endpoint(std::move(endpoint)),
       m_events(events),
       m_ownEvents(
@@ -105,6 +110,7 @@ void NetworkTransport::KeepUp() {
     if (due == PeerWatch::Due::Beat) {
         if (m_state == State::Open) m_stream->Send(Pack(Heartbeat{}));
     } else if (due != PeerWatch::Due::Nothing) {
+        if (m_state == State::Opening) TellFault(StreamEnd::Lost, {});
         Break(ReasonSilent);
     }
 }
@@ -118,6 +124,7 @@ std::shared_ptr<Stream> NetworkTransport::TakeStream() {
 void NetworkTransport::Break(std::uint32_t reason) {
     if (const auto stream = TakeStream()) stream->Cancel();
     const State state = std::exchange(m_state, State::Waiting);
+    m_away = true;
     m_nextAttempt = m_client.m_settings.clock() + m_pause.Next();
     if (state == State::Open) {
         Tell([reason](ClientTransportEvents& events) { events.OnClosed(reason); });
@@ -134,11 +141,23 @@ void NetworkTransport::Tell(std::function<void(ClientTransportEvents&)> event) {
 }
 
 void NetworkTransport::Log(const char* polish, const std::string& detail, int level) {
-    std::string line = text::FromUtf8(
-        platform::InWords({polish, {text::ToUtf8(m_strSource), detail}}, m_client.m_translator));
-    if (line == m_lastDetail) return;
+    Log({polish, {m_source, detail}}, level);
+}
+
+bool NetworkTransport::Log(const platform::Notice& notice, int level) {
+    std::string line = LineOf(notice, m_client.m_translator);
+    if (line == m_lastLine) return false;
     m_client.m_log.Log(line, level);
-    m_lastDetail = std::move(line);
+    m_lastLine = std::move(line);
+    return true;
+}
+
+void NetworkTransport::TellFault(StreamEnd end, const std::string& detail) {
+    if (!m_client.m_settings.tellsFaults) return;
+    const platform::Notice fault = DialFault(m_source, m_endpoint, end, detail);
+    if (!Log(fault, platform::LogErrors) || detail.empty()) return;
+    m_client.m_log.Log(LineOf({kNoConnection, {m_source, detail}}, m_client.m_translator),
+                       platform::LogTransmission);
 }
 
 // ---- what the stream brings
@@ -147,7 +166,10 @@ void NetworkTransport::OnParcel(ServerParcel parcel) {
     if (const auto* farewell = std::get_if<Farewell>(&parcel)) return Break(farewell->reason);
     if (std::holds_alternative<Greeting>(parcel) && m_state == State::Opening) {
         m_state = State::Open;
-        m_lastDetail.clear();
+        if (std::exchange(m_away, false) && m_client.m_settings.tellsFaults) {
+            Log(DialSuccess(m_source, m_endpoint), platform::LogErrors);
+        }
+        m_lastLine.clear();
         return m_events.OnOpened();
     }
     auto* message = std::get_if<ServerMessage>(&parcel);
@@ -158,11 +180,12 @@ void NetworkTransport::OnParcel(ServerParcel parcel) {
 
 void NetworkTransport::OnWireFault(WireFault) {
     if (m_state == State::Open) return m_events.OnFault(ConnectionFault::Receive, ReasonBadMessage);
+    TellFault(StreamEnd::NotOffered, {});
     Break(ReasonBadMessage);
 }
 
 void NetworkTransport::OnEnded(StreamEnd end, const std::string& detail) {
-    if (m_state == State::Opening) Log(kNoConnection, detail, platform::LogEvents);
+    if (m_state == State::Opening) TellFault(end, detail);
     Break(ReasonOf(end, m_state == State::Open));
 }
 
@@ -229,7 +252,13 @@ std::unique_ptr<ClientTransport> NetworkClient::Connect(std::string_view source,
                                                         std::uint32_t& reason) {
     Endpoint endpoint;
     reason = FindEndpoint(source, m_settings.addresses, m_settings.runtimeFolder, endpoint);
-    if (reason != 0) return nullptr;
+    if (reason != 0) {
+        if (m_settings.tellsFaults && m_noWayTold.emplace(source).second) {
+            m_log.Log(LineOf(NoWayFault(text::ToUtf8(source), endpoint, reason), m_translator),
+                      platform::LogErrors);
+        }
+        return nullptr;
+    }
     return std::make_unique<NetworkTransport>(*this, source, std::move(endpoint), events);
 }
 

@@ -56,10 +56,15 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     std::shared_ptr<Stream> TakeStream();
     // Delivered after the call that brings it about.
     void Tell(std::function<void(ClientTransportEvents&)> event);
+    // Why an attempt has failed.
+    void TellFault(StreamEnd end, const std::string& detail);
+    // The source with a reason, which is UTF-8.
     void Log(const char* polish, const std::string& detail, int level);
+    // False: the log has had this last.
+    bool Log(const platform::Notice& notice, int level);
 
     NetworkClient& m_client;
-    const std::string m_strSource;
+    const std::string m_source;  // UTF-8
     const Endpoint m_endpoint;
     ClientTransportEvents& m_events;
     State m_state = State::Resting;
@@ -72,7 +77,8 @@ class NetworkTransport final : public ClientTransport, private ReceptionListener
     std::int64_t m_nextAttempt = 0;
     std::map<std::uint64_t, AskedList> m_askedLists;  // by numbers that ascend
     std::uint64_t m_lastAskedList = 0;
-    std::string m_lastDetail;  // of the log, which is told each detail once
+    std::string m_lastLine;  // of the log, which is told each once
+    bool m_away = false;     // an attempt has failed, or a conversation broke, since the last one
 };
 
 }  // namespace kalvex::vantrel
