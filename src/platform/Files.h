@@ -22,6 +22,10 @@ bool WriteWholeFile(const std::string& path, std::string_view content, std::stri
 // The same; a file that was not there is for its owner alone to read and write.
 bool WritePrivateFile(const std::string& path, std::string_view content, std::string& error);
 
+// Puts a file in the place of another, whose folder is on the disk then; false with the system's
+// words in `error`.
+bool MoveIntoPlace(const std::string& made, const std::string& path, std::string& error);
+
 // Makes the file, for its owner alone to read and write, unless it is there; false with the
 // system's words in `error`.
 bool MakePrivateFile(const std::string& path, std::string& error);

@@ -9,13 +9,21 @@ namespace kalvex::platform {
 namespace {
 
 constexpr int kLockWait = 5000;  // ms
+constexpr int kExisting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
 
 }  // namespace
 
 bool SqliteDatabase::Open(const std::string& path) {
+    return Open(path, kExisting | SQLITE_OPEN_CREATE);
+}
+
+bool SqliteDatabase::OpenExisting(const std::string& path) {
+    return Open(path, kExisting);
+}
+
+bool SqliteDatabase::Open(const std::string& path, int flags) {
     Close();
-    constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-    if (sqlite3_open_v2(path.c_str(), &m_database, kFlags, nullptr) != SQLITE_OK) return false;
+    if (sqlite3_open_v2(path.c_str(), &m_database, flags, nullptr) != SQLITE_OK) return false;
     sqlite3_busy_timeout(m_database, kLockWait);
     return true;
 }

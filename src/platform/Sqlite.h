@@ -21,6 +21,8 @@ class SqliteDatabase {
     // Opens the file and makes it if it is not there. A lock that another connection holds is
     // waited for, some seconds at most.
     bool Open(const std::string& path);
+    // The same; a file that is not there does not open.
+    bool OpenExisting(const std::string& path);
     void Close();  // all statements are gone before
 
     // One statement or several, without results.
@@ -35,6 +37,8 @@ class SqliteDatabase {
     sqlite3* Get() const { return m_database; }
 
   private:
+    bool Open(const std::string& path, int flags);
+
     sqlite3* m_database = nullptr;
 };
 

@@ -341,6 +341,7 @@ void Reader::Read() {
     }
     m_out.dataFolder = Below(m_out.dataFolder);
     m_out.usersFile = Below(m_out.usersFile);
+    m_out.files = m_files;
     CheckNetwork();
     if (m_out.variables.size() > static_cast<std::size_t>(m_out.maxVariables)) {
         Tell({0, 0}, "",
@@ -374,6 +375,10 @@ std::vector<std::string> Reader::Faults(const platform::Translator& translator) 
 bool IsBounded(const VariableConfig& config, double number) {
     return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
            (!config.maximum || number <= *config.maximum);
+}
+
+std::string StorePath(const Definitions& definitions) {
+    return definitions.dataFolder + "/store.sqlite";
 }
 
 bool LoadDefinitions(const std::string& path, const platform::Translator& translator,

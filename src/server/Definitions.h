@@ -65,7 +65,11 @@ struct Definitions {
     vantrel::Listening listening;             // paths as above
     std::vector<AccessRule> access;
     std::vector<VariableConfig> variables;
+    std::vector<std::string> files;  // what it was read from, the configuration itself first
 };
+
+// Where the store lies; a system path (UTF-8).
+std::string StorePath(const Definitions& definitions);
 
 // Reads the configuration. When anything is wrong the answer is false and `errors` holds a line for
 // each fault, in UTF-8: file, line, key if there is one, reason; `out` is then

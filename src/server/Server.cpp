@@ -85,7 +85,7 @@ bool Server::OpenFiles(std::vector<std::string>& errors) {
         return false;
     }
     platform::Notice fault;
-    if (!m_store.Open(folder + "/store.sqlite", fault)) {
+    if (!m_store.Open(StorePath(m_definitions), fault)) {
         errors.push_back(platform::InWords(fault, m_translator));
         return false;
     }

@@ -162,11 +162,12 @@ class ServerAndRun(unittest.TestCase):
         self.environment = dict(os.environ, TZ=ZONE, LC_ALL="C.UTF-8", SORVANE_RUNTIME_DIR=str(self.folder / "run"),
                                 SORVANE_COMMON_PROFILE=str(self.folder / "sorvane.ini"))
         self.environment.pop("LANGUAGE", None)
+        self.configuration = self.folder / "plant.toml"
         self.configure(self.PLANT)
         self.write_profile("")
 
     def configure(self, text):
-        (self.folder / "plant.toml").write_text(f'[server]\nname = "{self.NAME}"\n' + text, encoding="utf-8")
+        self.configuration.write_text(f'[server]\nname = "{self.NAME}"\n' + text, encoding="utf-8")
 
     def write_profile(self, text):
         (self.folder / "Kalvex.ini").write_bytes(text.encode("cp1250"))
@@ -182,7 +183,7 @@ class ServerAndRun(unittest.TestCase):
         return str(path)
 
     def start_server(self):
-        server = Process(self, self.command(self.SERVER, "--config", str(self.folder / "plant.toml"),
+        server = Process(self, self.command(self.SERVER, "--config", str(self.configuration),
                                             "--log-level", "2"), self.environment, "stderr")
         server.await_line(f"Nasłuchiwanie: gniazdo lokalne {self.folder}/run/{self.NAME}")
         return server
@@ -195,7 +196,7 @@ class ServerAndRun(unittest.TestCase):
         return Run(self, self.arguments(self.script(text, name)), self.environment)
 
     def add_user(self, name, level):
-        subprocess.run([self.SERVER, "--config", str(self.folder / "plant.toml"), "user", "add", name, "--level",
+        subprocess.run([self.SERVER, "--config", str(self.configuration), "user", "add", name, "--level",
                         str(level)], input=PASSWORD + "\n", encoding="utf-8", check=True, capture_output=True,
                        timeout=LIMIT_SECONDS)
 

@@ -71,6 +71,13 @@ TEST(SorvanedOptionsTest, OtherTasksWithUsers) {
     EXPECT_EQ(options.configuration, "a.toml");
 }
 
+TEST(SorvanedOptionsTest, BackupHasItsFolder) {
+    const sorvaned::SorvanedOptions options = Parsed({"backup", "kopia", "--config", "a.toml"});
+    EXPECT_EQ(options.task, sorvaned::SorvanedTask::BackUp);
+    EXPECT_EQ(options.backup, "kopia");
+    EXPECT_EQ(options.configuration, "a.toml");
+}
+
 TEST(SorvanedOptionsTest, WrongUsageIsTold) {
     struct Row {
         std::vector<std::string> arguments;
@@ -78,6 +85,8 @@ TEST(SorvanedOptionsTest, WrongUsageIsTold) {
     };
     const Row rows[] = {
         {{"user", "add"}, "sorvaned: NAME is required\n"},
+        {{"backup"}, "sorvaned: FOLDER is required\n"},
+        {{"backup", "a", "b"}, "sorvaned: The following argument was not expected: b\n"},
         {{"user"}, "sorvaned: A subcommand is required\n"},
         {{"--log-level", "4"}, "sorvaned: --log-level: Value 4 not in range 0 to 3\n"},
         {{"serve"}, "sorvaned: The following argument was not expected: serve\n"},
@@ -105,7 +114,7 @@ TEST(SorvanedOptionsTest, HelpTellsOfTheProgramAndOfItsEnd) {
     EXPECT_THAT(std::vector(lines.end() - 2, lines.end()),
                 ElementsAre("Exit status: 0 done, or ended by SIGTERM or SIGINT; "
                             "1 a fault of the configuration,",
-                            "of the store or of the users; 2 wrong usage."));
+                            "of the store, of the users or of a backup; 2 wrong usage."));
 }
 
 TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {

@@ -38,11 +38,6 @@ bool IsTemporaryName(const std::string& path) {
            });
 }
 
-// What some file systems cannot do at all.
-bool IsUnsupported(int error) {
-    return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
-}
-
 bool IsNamed(int fd, const std::string& path) {
     struct stat own {};
     struct stat named {};
@@ -62,10 +57,6 @@ bool OpenFolder(const std::string& path, Descriptor& folder) {
     folder =
         Descriptor(::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return folder.Get() >= 0 || errno == EACCES;
-}
-
-bool SyncFolder(const Descriptor& folder) {
-    return folder.Get() < 0 || ::fsync(folder.Get()) == 0 || IsUnsupported(errno);
 }
 
 // Another name of the file. One of somebody else's file is not always to be had, nor to be got rid
@@ -219,7 +210,8 @@ bool FileReplacement::PutInPlace() {
 }
 
 bool FileReplacement::SyncFolders() const {
-    return SyncFolder(m_folder) && SyncFolder(m_backupFolder);
+    return SyncFolder(m_folder.Get()) &&
+           (m_backupFolder.Get() < 0 || SyncFolder(m_backupFolder.Get()));
 }
 
 void FileReplacement::TakeBack() {

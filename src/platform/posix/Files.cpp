@@ -58,6 +58,10 @@ bool WritePrivateFile(const std::string& path, std::string_view content, std::st
     return Replace(path, content, 0600, error);
 }
 
+bool MoveIntoPlace(const std::string& made, const std::string& path, std::string& error) {
+    return (::rename(made.c_str(), path.c_str()) == 0 && SyncFolder(FolderOf(path))) || Fail(error);
+}
+
 bool MakePrivateFile(const std::string& path, std::string& error) {
     const Descriptor file(OpenRegularFile(path, O_RDWR | O_CREAT, 0600));
     return file.Get() >= 0 || Fail(error);

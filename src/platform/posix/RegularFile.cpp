@@ -96,6 +96,20 @@ bool FollowLinks(std::string& path) {
     return false;
 }
 
+bool SyncFolder(int fd) {
+    return ::fsync(fd) == 0 || IsUnsupported(errno);
+}
+
+bool SyncFolder(const std::string& path) {
+    const char* name = path.empty() ? "." : path.c_str();
+    const Descriptor folder(::open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder.Get() >= 0 && SyncFolder(folder.Get());
+}
+
+bool IsUnsupported(int error) {
+    return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
+}
+
 std::string FileFault(int error) {
     return error == ENXIO ? kNoRegularFile : std::strerror(error);
 }

@@ -30,6 +30,13 @@ bool FillFile(int fd, const std::optional<struct stat>& like, std::string_view c
 // With the slash at its end; empty for a name alone.
 std::string FolderOf(const std::string& path);
 
+// Brings to the disk what a folder names. False with errno set.
+bool SyncFolder(int fd);
+bool SyncFolder(const std::string& path);  // empty: the current one
+
+// Of an errno: what some file systems cannot do at all.
+bool IsUnsupported(int error);
+
 // Puts the file itself in the place of a link to it, which may be one that is not there yet. False
 // with errno set.
 bool FollowLinks(std::string& path);

@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kPurpose = "A data server: keeps variables and gives them to its clients.";
 constexpr const char* kExitStatuses =
     "Exit status: 0 done, or ended by SIGTERM or SIGINT; 1 a fault of the configuration,\n"
-    "of the store or of the users; 2 wrong usage.";
+    "of the store, of the users or of a backup; 2 wrong usage.";
 
 struct UserTexts {
     std::string name;
@@ -63,6 +63,14 @@ void AddUserCommands(CLI::App& app, SorvanedOptions& options, UserTexts& texts) 
     }
 }
 
+void AddBackupCommand(CLI::App& app, SorvanedOptions& options) {
+    CLI::App* command = app.add_subcommand(
+        "backup", "Save store, users and configuration, also of a server that runs");
+    command->fallthrough();
+    command->callback([&options] { options.task = SorvanedTask::BackUp; });
+    command->add_option("FOLDER", options.backup, "A folder that is not there yet")->required();
+}
+
 }  // namespace
 
 SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
@@ -84,6 +92,7 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         ->check(CLI::Range(0, 3));
     app.add_flag("--check", check, "Tell what is wrong with the configuration and exit");
     AddUserCommands(app, options, texts);
+    AddBackupCommand(app, options);
 
     std::reverse(arguments.begin(), arguments.end());
     try {

@@ -10,13 +10,22 @@
 
 namespace kalvex::sorvaned {
 
-enum class SorvanedTask { Serve, Check, AddUser, ListUsers, ChangePassword, RemoveUser };
+enum class SorvanedTask {
+    Serve,
+    Check,
+    AddUser,
+    ListUsers,
+    ChangePassword,
+    RemoveUser,
+    BackUp,
+};
 
 struct SorvanedOptions {
     SorvanedTask task = SorvanedTask::Serve;
     std::string configuration = "/etc/sorvane/sorvaned.toml";
     int logLevel = 2;
     platform::UserRecord user;  // of a task with users; engine texts
+    std::string backup;         // the folder to be made, a system path
 };
 
 struct SorvanedLine {

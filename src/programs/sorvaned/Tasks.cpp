@@ -11,6 +11,7 @@
 #include "platform/posix/SystemClock.h"
 #include "programs/PasswordPrompt.h"
 #include "programs/sorvaned/Listening.h"
+#include "server/Backup.h"
 #include "server/Server.h"
 #include "text/CodePage.h"
 #include "value/LocalTimeText.h"
@@ -127,6 +128,13 @@ int ListUsers(platform::UserStore& users, const platform::UserRecord&,
     return programs::ExitDone;
 }
 
+int BackUp(const server::Definitions& definitions, const SorvanedOptions& options,
+           const platform::Translator& translator) {
+    platform::Notice fault;
+    if (server::MakeBackup(definitions, options.backup, fault)) return programs::ExitDone;
+    return Fail(std::vector{platform::InWords(fault, translator)});
+}
+
 struct UserTask {
     SorvanedTask task;
     int (*run)(platform::UserStore& users, const platform::UserRecord& user,
@@ -149,6 +157,7 @@ int RunSorvaned(const SorvanedOptions& options) {
     std::vector<std::string> errors;
     if (!server::LoadDefinitions(options.configuration, translator, definitions, errors))
         return Fail(errors);
+    if (options.task == SorvanedTask::BackUp) return BackUp(definitions, options, translator);
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;
         std::error_code failed;
