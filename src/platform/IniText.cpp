@@ -4,13 +4,13 @@
 
 #include "text/CodePage.h"
 #include "text/Trim.h"
+#include "text/Utf8.h"
 
 namespace kalvex::platform {
 
 namespace {
 
 constexpr std::string_view kLineEnds = "\r\n";
-constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
 bool IsQuoted(std::string_view value) {
     return value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
@@ -69,9 +69,9 @@ std::string IniText::ValueOf(const Line& line) {
 }
 
 IniText::IniText(std::string_view content) {
-    if (content.starts_with(kMark)) {
-        m_mark = kMark;
-        content.remove_prefix(kMark.size());
+    if (content.starts_with(text::kUtf8Mark)) {
+        m_mark = text::kUtf8Mark;
+        content.remove_prefix(text::kUtf8Mark.size());
     }
     const std::size_t firstEnd = content.find('\n');
     const bool plain =

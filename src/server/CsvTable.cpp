@@ -3,12 +3,11 @@
 #include <algorithm>
 
 #include "text/Trim.h"
+#include "text/Utf8.h"
 
 namespace kalvex::server {
 
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Takes a cell in quotes off the text, up to the separator; false when it is not well formed.
 bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
@@ -52,9 +51,7 @@ CsvRow ReadRow(std::string_view text, char separator, int line) {
 
 std::vector<CsvRow> ReadCsv(std::string_view text) {
     std::vector<CsvRow> rows;
-    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-        text.remove_prefix(kByteOrderMark.size());
-    }
+    if (text.starts_with(text::kUtf8Mark)) text.remove_prefix(text::kUtf8Mark.size());
     char separator = 0;
     for (int line = 1; !text.empty(); ++line) {
         const std::size_t end = std::min(text.find('\n'), text.size());

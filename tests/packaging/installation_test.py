@@ -12,7 +12,8 @@ import unittest
 CMAKE, BUILD, *WINDOWS = sys.argv[1:]
 del sys.argv[1:]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PROGRAMS = ["kalvex-run", "kalvexctl", "kalvexd", "sorvaned", *(pathlib.Path(path).name for path in WINDOWS)]
+PROGRAMS = ["kalvex-convert", "kalvex-run", "kalvexctl", "kalvexd", "sorvaned",
+            *(pathlib.Path(path).name for path in WINDOWS)]
 SERVICES = ["kalvexd", "sorvaned"]
 
 
@@ -53,10 +54,13 @@ class Installation(unittest.TestCase):
         self.assertEqual(pages, set(PROGRAMS))
 
     def test_shells_complete_command_lines(self):
-        for place in ("bash-completion/completions/kalvexctl", "zsh/site-functions/_kalvexctl"):
-            text = (self.prefix / "share" / place).read_text(encoding="utf-8")
-            for command in ("list", "status", "start", "release"):
-                self.assertRegex(text, rf"\b{command}\b", place)
+        for program, words in {"kalvexctl": ("list", "status", "start", "release"),
+                               "kalvex-convert": ("--to", "--check", "windows-1250", "utf-8")}.items():
+            for place in (f"bash-completion/completions/{program}", f"zsh/site-functions/_{program}"):
+                text = (self.prefix / "share" / place).read_text(encoding="utf-8")
+                for word in words:
+                    self.assertRegex(text, rf"(?<![\w-]){word}\b", place)
+                self.assertNotRegex(text, "@[A-Z]+@", place)
 
     def test_catalogues_documents_and_examples_are_there(self):
         for language in (ROOT / "translations").glob("*.po"):
