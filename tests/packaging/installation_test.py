@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The installation: what lies where, that the programs run from there, and the service units."""
 import configparser
+import os
 import pathlib
 import re
 import shutil
@@ -48,6 +49,14 @@ class Installation(unittest.TestCase):
             self.assertEqual((shown.returncode, shown.stderr), (0, ""), program)
             self.assertIn(program, shown.stdout)
         self.assertEqual(sorted(path.name for path in (self.prefix / "bin").iterdir()), sorted(PROGRAMS))
+
+    def test_service_finds_the_module_that_it_loads(self):
+        with tempfile.TemporaryDirectory() as folder:
+            environment = {"PATH": os.environ["PATH"], "SORVANE_RUNTIME_DIR": folder}
+            done = subprocess.run([self.prefix / "bin/kalvexd", "--working-dir", folder, "--metrics", "0.0.0.0:9464"],
+                                  capture_output=True, encoding="utf-8", timeout=120, env=environment)
+        fault = "kalvexd: Nie można udostępnić stanu modułu: 0.0.0.0:9464 (to nie jest adres tego komputera)\n"
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", fault))
 
     def test_every_program_has_its_page(self):
         pages = {path.stem for path in (self.prefix / "share/man").glob("man?/*")}
