@@ -174,6 +174,10 @@ const FormulaOperator* FindOperator(std::string_view text, Test test) {
 
 }  // namespace
 
+std::span<const FormulaOperator> FormulaOperators() {
+    return kOperators;
+}
+
 const FormulaOperator* FindOperatorByLetter(char letter) {
     const unsigned char row = kRowByLetter[static_cast<unsigned char>(letter)];
     return row == kNoRow ? nullptr : &kOperators[row];

@@ -1,6 +1,7 @@
 // The operators and functions of formulas: how they are written, how they bind, what they compute.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "operands/FormulaStack.h"
@@ -29,6 +30,7 @@ inline constexpr char And = 'A';
 inline constexpr char Or = 'O';
 }  // namespace FormulaLetter
 
+std::span<const FormulaOperator> FormulaOperators();
 const FormulaOperator* FindOperatorByLetter(char letter);
 const FormulaOperator* FindFunctionByName(std::string_view name);  // upper case
 // An operator of the postfix text that can be applied.

@@ -5,6 +5,7 @@
 
 #include "operands/Keywords.h"
 #include "operands/ListAggregates.h"
+#include "operands/PropertyNames.h"
 #include "operands/Schedule.h"
 #include "operands/TimeProperties.h"
 #include "text/LineScanner.h"
@@ -326,6 +327,15 @@ std::span<const VariablePropertyRow> VariableProperties() {
         return copy;
     }();
     return rows;
+}
+
+std::vector<std::string_view> PropertyNames() {
+    std::vector<std::string_view> names;
+    for (const VariableProperty& property : kVariableProperties) names.push_back(property.row.name);
+    names.push_back(kTimestamp);
+    names.push_back(kBaseName);
+    for (const ListProperty& property : kListProperties) names.push_back(property.name);
+    return names;
 }
 
 }  // namespace kalvex::operands

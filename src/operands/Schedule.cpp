@@ -24,11 +24,6 @@ constexpr std::uint64_t kAllWeek = All(0, 7);
 constexpr std::uint64_t kSunday = 1 << 0 | 1 << 7;
 constexpr unsigned kAnyDay = ScheduleEntry::AnyDayOfMonth | ScheduleEntry::AnyDayOfWeek;
 
-struct ScheduleWord {
-    std::string_view word;
-    ScheduleEntry entry;
-};
-
 constexpr ScheduleWord kWords[] = {
     {"@yearly", {kFirst, kFirst, kFirst, kFirst, kFirst, kAllWeek, kAnyDay}},
     {"@annually", {kFirst, kFirst, kFirst, kFirst, kFirst, kAllWeek, kAnyDay}},
@@ -201,6 +196,10 @@ const ScheduleWord* FindWord(std::string_view text) {
 }
 
 }  // namespace
+
+std::span<const ScheduleWord> ScheduleWords() {
+    return kWords;
+}
 
 bool IsScheduleWord(std::string_view text) {
     return FindWord(text) != nullptr;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace kalvex::operands {
@@ -23,6 +24,12 @@ struct ScheduleEntry {
     std::uint64_t daysOfWeek = 0;   // 0 to 7; an entry that was read holds both or none of 0 and 7
     unsigned flags = 0;
 };
+
+struct ScheduleWord {
+    std::string_view word;  // with its "@"
+    ScheduleEntry entry;
+};
+std::span<const ScheduleWord> ScheduleWords();
 
 // True for exactly one of the words: "@daily" and its kin.
 bool IsScheduleWord(std::string_view text);

@@ -10,6 +10,8 @@
 #include "language/Statements.h"
 #include "operands/Conditions.h"
 #include "operands/OperandEvaluator.h"
+#include "operands/PropertyNames.h"
+#include "operands/Schedule.h"
 #include "operands/ScriptErrors.h"
 #include "operands/TimeProperties.h"
 #include "platform/Files.h"
@@ -97,7 +99,8 @@ TEST_F(ManualTest, IndexHasEveryWordOfTheTables) {
     for (const engine::StatementRow& row : Statements().Rows()) ExpectIndexed(row.keyword);
     for (const DirectiveRow& row : Directives()) ExpectIndexed(row.keyword);
     for (const operands::FunctionRow& row : Functions().Rows()) ExpectIndexed(row.keyword);
-    for (const auto& row : operands::VariableProperties()) ExpectIndexed(row.name);
+    for (const std::string_view name : operands::PropertyNames()) ExpectIndexed(name);
+    for (const auto& row : operands::ScheduleWords()) ExpectIndexed(row.word);
     for (const operands::TimeProperty& row : operands::TimeProperties()) ExpectIndexed(row.name);
     for (const value::ValueKindRow& row : value::ValueKinds()) ExpectIndexed(row.suffix);
     for (const value::StatusWord& row : value::StatusWords()) ExpectIndexed(row.word);

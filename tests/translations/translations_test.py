@@ -66,6 +66,8 @@ TABLES = {
     # their texts and those of src/platform/UserStore.cpp are marked
     "src/programs/ModuleLibraries.cpp": None,
     "src/programs/sorvaned/Tasks.cpp": None,
+    # its texts are those of the tables of the language
+    "src/programs/card/CardText.cpp": None,
     "src/programs/kalvexctl/Console.cpp": None,
     "src/programs/kalvexctl/Endings.cpp": None,
     "src/programs/kalvexctl/Login.cpp": None,
