@@ -9,28 +9,14 @@
 #include <iterator>
 #include <optional>
 
+#include "app/ProfileCheck.h"
+#include "app/ProfileKeys.h"
 #include "text/CodePage.h"
+#include "text/WholeNumber.h"
 
 namespace kalvex::app {
 
 namespace {
-
-constexpr const char* kGeneral = "Konfiguracja";
-constexpr const char* kName = "Nazwa";
-constexpr const char* kRootFolder = "Katalog główny";
-constexpr const char* kConfigurationRight = "Poziom uprawnień do konfiguracji";
-constexpr const char* kControlRight = "Poziom uprawnień do sterowania procedurą";
-constexpr const char* kWindows = "Okna";
-constexpr const char* kTrayIcon = "Ikona w pasku zadan";
-constexpr const char* kRefreshPeriod = "Częstotliwość odświeżania";
-constexpr const char* kColumns = "Szerokości kolumn";
-constexpr const char* kLogFont = "Czcionka Logu";
-constexpr const char* kAutostart = "Autostart";
-constexpr const char* kScript = "Procedura";
-constexpr const char* kSources = "Zrodla";
-constexpr const char* kSource = "Zrodlo";
-constexpr const char* kLog = "Log";
-constexpr const char* kLogLevel = "Rodzaj";
 
 constexpr const char* kPasswordLabel = "Kalvex";
 
@@ -85,6 +71,19 @@ bool HasWidth(std::span<const unsigned int> widths) {
     return std::ranges::any_of(widths, [](unsigned int width) { return width != 0; });
 }
 
+std::array<unsigned int, kColumnCount> ParseColumns(const std::string& text) {
+    std::array<int, kColumnCount> numbers{};
+    const int count = std::sscanf(text.c_str(), "%d %d %d %d %d %d %d", &numbers[0], &numbers[1],
+                                  &numbers[2], &numbers[3], &numbers[4], &numbers[5], &numbers[6]);
+    for (std::size_t i = kFirstLateColumn; i < kColumnCount; ++i) {
+        if (static_cast<int>(i) >= count) numbers[i] = kLateColumnWidth;
+    }
+    std::array<unsigned int, kColumnCount> widths{};
+    std::ranges::copy(numbers, widths.begin());
+    if (text.empty() || !HasWidth(widths)) widths.fill(kColumnWidth);
+    return widths;
+}
+
 platform::ProfileEntries Numbered(const char* key, const std::vector<std::string>& values) {
     platform::ProfileEntries entries;
     for (const std::string& value : values) {
@@ -113,51 +112,45 @@ std::string ValueAmong(const platform::ProfileEntries& entries, const std::strin
 }  // namespace
 
 void ConfigurationStore::ReadName(KalvexConfiguration& configuration) const {
-    configuration.moduleName = m_profile.GetProfileStringEx(kGeneral, kName);
+    configuration.moduleName = m_profile.GetProfileStringEx(Section::General, Key::Name);
 }
 
 void ConfigurationStore::ReadSources(KalvexConfiguration& configuration) const {
-    std::ranges::move(OpenSources(ReadList(kSources, kSource)),
+    std::ranges::move(OpenSources(ReadList(Section::Sources, Key::Source)),
                       std::back_inserter(configuration.sources));
 }
 
 void ConfigurationStore::ReadWindows(KalvexConfiguration& configuration) const {
     configuration.trayIcon =
-        m_profile.GetProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon) != 0;
-    configuration.refreshPeriod = static_cast<unsigned int>(m_profile.GetProfileIntEx(
-        kWindows, text::FromUtf8(kRefreshPeriod), static_cast<int>(configuration.refreshPeriod)));
-    for (const std::string& path : ReadList(kAutostart, kScript)) {
+        m_profile.GetProfileIntEx(Section::Windows, Key::TrayIcon, configuration.trayIcon) != 0;
+    configuration.refreshPeriod = static_cast<unsigned int>(
+        m_profile.GetProfileIntEx(Section::Windows, text::FromUtf8(Key::RefreshPeriod),
+                                  static_cast<int>(configuration.refreshPeriod)));
+    for (const std::string& path : ReadList(Section::Autostart, Key::Script)) {
         configuration.autostart.push_back(m_paths.GetFullPath(path));
     }
 }
 
 void ConfigurationStore::ReadColumns(KalvexConfiguration& configuration) const {
-    const std::string text = m_profile.GetProfileStringEx(kWindows, text::FromUtf8(kColumns));
-    std::array<int, kColumnCount> numbers{};
-    const int count = std::sscanf(text.c_str(), "%d %d %d %d %d %d %d", &numbers[0], &numbers[1],
-                                  &numbers[2], &numbers[3], &numbers[4], &numbers[5], &numbers[6]);
-    for (std::size_t i = kFirstLateColumn; i < kColumnCount; ++i) {
-        if (static_cast<int>(i) >= count) numbers[i] = kLateColumnWidth;
-    }
-    std::array<unsigned int, kColumnCount> widths{};
-    std::ranges::copy(numbers, widths.begin());
-    if (text.empty() || !HasWidth(widths)) widths.fill(kColumnWidth);
+    const auto widths =
+        ParseColumns(m_profile.GetProfileStringEx(Section::Windows, text::FromUtf8(Key::Columns)));
     configuration.columnWidths.insert(configuration.columnWidths.end(), widths.begin(),
                                       widths.end());
 }
 
 void ConfigurationStore::ReadRights(KalvexConfiguration& configuration) const {
     const auto read = [this](const char* key, std::string& right) {
-        right = m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(key), right);
+        right = m_profile.GetProfileStringEx(Section::General, text::FromUtf8(key), right);
     };
-    read(kConfigurationRight, configuration.configurationRight);
-    read(kControlRight, configuration.controlRight);
+    read(Key::ConfigurationRight, configuration.configurationRight);
+    read(Key::ControlRight, configuration.controlRight);
 }
 
 void ConfigurationStore::ReadLogLevel(KalvexConfiguration& configuration) const {
     configuration.logLevel =
-        m_consoleClient ? kLogLevelOfModule
-                        : m_profile.GetProfileIntEx(kLog, kLogLevel, configuration.logLevel);
+        m_consoleClient
+            ? kLogLevelOfModule
+            : m_profile.GetProfileIntEx(Section::Log, Key::LogLevel, configuration.logLevel);
 }
 
 std::vector<std::string> ConfigurationStore::ReadList(std::string_view section,
@@ -193,15 +186,15 @@ std::optional<std::string> ConfigurationStore::DecodePassword(std::string_view t
 bool ConfigurationStore::EditSources(
     const std::function<bool(std::vector<sources::CSourceDesc>&)>& change) {
     // The key lies beside the profile, so it has to be there before the profile is locked.
-    OpenSources(ReadList(kSources, kSource));
+    OpenSources(ReadList(Section::Sources, Key::Source));
     if (!m_crypt.EncryptTextWithLabel(kPasswordLabel, {})) return false;
-    return m_profile.EditProfileSectionEx(kSources, [&](platform::ProfileEntries& entries) {
-        std::vector<sources::CSourceDesc> sources = OpenSources(
-            ListOf(kSource, [&](const std::string& name) { return ValueAmong(entries, name); }));
+    return m_profile.EditProfileSectionEx(Section::Sources, [&](platform::ProfileEntries& entries) {
+        std::vector<sources::CSourceDesc> sources = OpenSources(ListOf(
+            Key::Source, [&](const std::string& name) { return ValueAmong(entries, name); }));
         if (!change(sources)) return false;
         std::vector<std::string> lines;
         for (const sources::CSourceDesc& source : sources) lines.push_back(SealSource(source));
-        entries = Numbered(kSource, lines);
+        entries = Numbered(Key::Source, lines);
         return true;
     });
 }
@@ -225,14 +218,22 @@ std::vector<std::string> ConfigurationStore::FindFaults(
     const auto add = [&](const char* text, std::initializer_list<std::string> values) {
         faults.push_back(platform::InWords({text, values}, translator));
     };
+    const auto addAll = [&](const std::string& path, std::span<const ProfileKey> keys) {
+        std::ranges::move(FindProfileFaults(path, keys, translator), std::back_inserter(faults));
+    };
     const std::string common = m_profile.GetCommonProfilePath();
     std::string reason;
     if (m_profile.HasMark()) add(kMarked, {profile});
-    if (!m_profile.IsReadable(reason, common)) add(kUnreadable, {common, reason});
+    addAll(profile, ModuleKeys());
+    if (!m_profile.IsReadable(reason, common)) {
+        add(kUnreadable, {common, platform::InWords({reason.c_str()}, translator)});
+    }
     if (m_profile.HasMark(common)) add(kMarked, {common});
+    addAll(common, MachineKeys());
     for (std::size_t i = 0; i < configuration.sources.size(); ++i) {
         if (!configuration.sources[i].lost) continue;
-        add(kLost, {m_crypt.GetKeyFile(), profile, kSources, fmt::format("{}{}", kSource, i)});
+        add(kLost,
+            {m_crypt.GetKeyFile(), profile, Section::Sources, fmt::format("{}{}", Key::Source, i)});
     }
     std::ranges::transform(faults, faults.begin(), text::FromUtf8);
     return faults;
@@ -242,50 +243,65 @@ void ConfigurationStore::WriteColumns(const KalvexConfiguration& configuration) 
     std::array<unsigned int, kColumnCount> widths{};
     const std::size_t count = std::min(kColumnCount, configuration.columnWidths.size());
     std::copy_n(configuration.columnWidths.begin(), count, widths.begin());
+    const std::string name = text::FromUtf8(Key::Columns);
+    const std::string present = ValueAmong(m_profile.GetProfileSectionEx(Section::Windows), name);
+    if (!present.empty() && ParseColumns(present) == widths) return;
     std::string text;
     if (HasWidth(widths)) {
         for (const unsigned int width : widths) {
             text += fmt::format("{}{}", text.empty() ? "" : " ", static_cast<int>(width));
         }
     }
-    m_profile.WriteProfileStringEx(kWindows, text::FromUtf8(kColumns), text);
+    m_profile.WriteProfileStringEx(Section::Windows, name, text);
+}
+
+// What could not be read stays as somebody has written it, until the setting is another one.
+bool ConfigurationStore::WriteNumber(const char* section, const char* key, int value,
+                                     int fallback) {
+    const std::string name = text::FromUtf8(key);
+    const std::string present = ValueAmong(m_profile.GetProfileSectionEx(section), name);
+    const bool isRead = present.empty() || text::ReadWholeNumber<int>(present);
+    if (!isRead && m_profile.GetProfileIntEx(section, name, fallback) == value) return true;
+    return m_profile.WriteProfileIntEx(section, name, value);
 }
 
 bool ConfigurationStore::WriteLogLevel(const KalvexConfiguration& configuration) {
     if (m_consoleClient) return true;
     const bool transmission = configuration.logLevel == platform::LogTransmission;
-    return m_profile.WriteProfileIntEx(kLog, kLogLevel,
-                                       transmission ? platform::LogErrors : configuration.logLevel);
+    return WriteNumber(Section::Log, Key::LogLevel,
+                       transmission ? platform::LogErrors : configuration.logLevel,
+                       KalvexConfiguration().logLevel);
 }
 
 std::string ConfigurationStore::WhyNoLogLevel(const std::string& profile,
                                               const platform::Translator& translator) const {
     const std::string reason = platform::InWords({m_profile.GetWriteFault().c_str()}, translator);
-    return text::FromUtf8(
-        platform::InWords({kNotWritten, {profile, reason, kLog, kLogLevel}}, translator));
+    return text::FromUtf8(platform::InWords(
+        {kNotWritten, {profile, reason, Section::Log, Key::LogLevel}}, translator));
 }
 
 std::string ConfigurationStore::ReadLogFont() const {
-    return m_profile.GetProfileStringEx(kWindows, kLogFont);
+    return m_profile.GetProfileStringEx(Section::Windows, Key::LogFont);
 }
 
 void ConfigurationStore::WriteLogFont(std::string_view font) {
-    m_profile.WriteProfileStringEx(kWindows, kLogFont, font);
+    m_profile.WriteProfileStringEx(Section::Windows, Key::LogFont, font);
 }
 
 void ConfigurationStore::WriteApplication(const KalvexConfiguration& configuration) {
-    m_profile.WriteProfileIntEx(kWindows, kTrayIcon, configuration.trayIcon);
-    m_profile.WriteProfileIntEx(kWindows, text::FromUtf8(kRefreshPeriod),
-                                static_cast<int>(configuration.refreshPeriod));
+    const KalvexConfiguration defaults;
+    WriteNumber(Section::Windows, Key::TrayIcon, configuration.trayIcon, defaults.trayIcon);
+    WriteNumber(Section::Windows, Key::RefreshPeriod, static_cast<int>(configuration.refreshPeriod),
+                static_cast<int>(defaults.refreshPeriod));
     std::vector<std::string> paths;
     for (const std::string& path : configuration.autostart) {
         paths.push_back(m_paths.GetShortPath(path));
     }
-    m_profile.WriteProfileSectionEx(kAutostart, Numbered(kScript, paths));
+    m_profile.WriteProfileSectionEx(Section::Autostart, Numbered(Key::Script, paths));
     WriteLogLevel(configuration);
-    m_profile.WriteProfileStringEx(kGeneral, text::FromUtf8(kConfigurationRight),
+    m_profile.WriteProfileStringEx(Section::General, text::FromUtf8(Key::ConfigurationRight),
                                    configuration.configurationRight);
-    m_profile.WriteProfileStringEx(kGeneral, text::FromUtf8(kControlRight),
+    m_profile.WriteProfileStringEx(Section::General, text::FromUtf8(Key::ControlRight),
                                    configuration.controlRight);
 }
 
@@ -298,7 +314,8 @@ std::string ProfileFileName(int instance) {
 }
 
 std::string ReadRootFolder(const platform::Profile& profile, const std::string& workingDir) {
-    std::string name = profile.GetProfileStringEx(kGeneral, text::FromUtf8(kRootFolder));
+    std::string name =
+        profile.GetProfileStringEx(Section::General, text::FromUtf8(Key::RootFolder));
     std::ranges::replace(name, '\\', '/');
     const std::filesystem::path folder = platform::NativePath(name);
     return folder.empty() ? workingDir : (workingDir / folder).lexically_normal().string();

@@ -60,7 +60,8 @@ class ConfigurationStore {
     bool EditSources(const std::function<bool(std::vector<sources::CSourceDesc>&)>& change);
 
     // What cannot be written is not reported, but for the log level. A console client writes no log
-    // level, and transmission is never kept as one.
+    // level, and transmission is never kept as one. A value that is not the number that it should
+    // be stays as long as the setting is what was read for it.
     void WriteColumns(const KalvexConfiguration& configuration);
     bool WriteLogLevel(const KalvexConfiguration& configuration);
     // What is said of a level that could not be written to the profile, an engine text.
@@ -73,6 +74,7 @@ class ConfigurationStore {
     void WriteApplication(const KalvexConfiguration& configuration);
 
   private:
+    bool WriteNumber(const char* section, const char* key, int value, int fallback);
     std::vector<std::string> ReadList(std::string_view section, std::string_view key) const;
     std::vector<sources::CSourceDesc> OpenSources(const std::vector<std::string>& lines) const;
     std::string SealSource(const sources::CSourceDesc& source) const;

@@ -1,5 +1,6 @@
 #include "app/ConsoleConfiguration.h"
 
+#include "app/ProfileKeys.h"
 #include "text/CodePage.h"
 #include "text/WholeNumber.h"
 
@@ -7,7 +8,6 @@ namespace kalvex::app {
 
 namespace {
 
-constexpr const char* kConsole = "Konsola";
 constexpr const char* kFault = platform::Translatable("Plik %s, [%s] %s: %s");
 
 template <bool vantrel::Listening::*Member>
@@ -38,11 +38,11 @@ platform::Notice SetClients(ConsoleConfiguration& target, std::string_view text)
 }
 
 constexpr vantrel::ListeningKeys kKeys = {
-    .group = "Grupa",
-    .address = "Adres",
-    .certificate = "Certyfikat",
-    .certificateKey = "Klucz",
-    .authority = "Urząd",
+    .group = Key::Group,
+    .address = Key::Address,
+    .certificate = Key::Certificate,
+    .certificateKey = Key::CertificateKey,
+    .authority = Key::Authority,
     .plainText = "Otwarty tekst=1",
 };
 
@@ -52,14 +52,14 @@ struct KeyRow {
 };
 
 constexpr KeyRow kRows[] = {
-    {"Gniazdo lokalne", SetFlag<&vantrel::Listening::localSocket>},
-    {kKeys.group, SetListening<vantrel::SetListeningGroup>},
-    {kKeys.address, SetListening<vantrel::SetListeningAddress>},
-    {kKeys.certificate, SetFile<&vantrel::Listening::certificate>},
-    {kKeys.certificateKey, SetFile<&vantrel::Listening::certificateKey>},
-    {kKeys.authority, SetFile<&vantrel::Listening::authority>},
-    {"Otwarty tekst", SetFlag<&vantrel::Listening::plainTextAllowed>},
-    {"Klienci", SetClients},
+    {Key::LocalSocket, SetFlag<&vantrel::Listening::localSocket>},
+    {Key::Group, SetListening<vantrel::SetListeningGroup>},
+    {Key::Address, SetListening<vantrel::SetListeningAddress>},
+    {Key::Certificate, SetFile<&vantrel::Listening::certificate>},
+    {Key::CertificateKey, SetFile<&vantrel::Listening::certificateKey>},
+    {Key::Authority, SetFile<&vantrel::Listening::authority>},
+    {Key::PlainText, SetFlag<&vantrel::Listening::plainTextAllowed>},
+    {Key::Clients, SetClients},
 };
 
 }  // namespace
@@ -70,12 +70,13 @@ std::vector<std::string> ReadConsole(const platform::Profile& profile, const std
     std::vector<std::string> faults;
     const auto tell = [&](const std::string& key, const platform::Notice& reason) {
         if (!reason) return;
-        const platform::Notice fault{kFault,
-                                     {path, kConsole, key, platform::InWords(reason, translator)}};
+        const platform::Notice fault{
+            kFault, {path, Section::Console, key, platform::InWords(reason, translator)}};
         faults.push_back(text::FromUtf8(platform::InWords(fault, translator)));
     };
     for (const KeyRow& row : kRows) {
-        const std::string value = profile.GetProfileStringEx(kConsole, text::FromUtf8(row.key));
+        const std::string value =
+            profile.GetProfileStringEx(Section::Console, text::FromUtf8(row.key));
         if (!value.empty()) tell(row.key, row.set(console, value));
     }
     if (!faults.empty()) return faults;

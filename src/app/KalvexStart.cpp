@@ -1,5 +1,6 @@
 // The start of the application: the steps of InitInstance, and what runs once after them.
 #include "app/KalvexApp.h"
+#include "app/ProfileKeys.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
 #include "text/CodePage.h"
@@ -21,9 +22,6 @@ constexpr int kCloseLevel = 1;
 constexpr int kLoginLevel = 1;
 constexpr std::size_t kLogBytes = 10000000;
 constexpr unsigned int kUsualRefreshPeriod = 1000;  // milliseconds
-
-constexpr const char* kGeneral = "Konfiguracja";
-constexpr const char* kAutoClient = "AutoRC";
 
 }  // namespace
 
@@ -107,7 +105,7 @@ bool CKalvexApp::DecideRole() {
     m_instance = m_cmdLine.GetIntOption("INST").value_or(kFirstInstance);
     if (!m_consoleClient && !m_world.instances.SetPrimaryInstance(kProgram)) {
         const int automatic = m_world.profile.GetProfileIntEx(
-            kGeneral, kAutoClient, 1, m_world.profile.GetCommonProfilePath());
+            Section::General, Key::AutoClient, 1, m_world.profile.GetCommonProfilePath());
         m_consoleClient = automatic != 0 && !m_world.service;
     }
     if (m_consoleClient) m_log.BecomeConsoleClient();
@@ -159,9 +157,10 @@ bool CKalvexApp::RequirePrimaryInstance() {
 bool CKalvexApp::OpenProfile() {
     std::string error;
     if (!m_world.profile.IsReadable(error)) {
-        return Fail(
-            text::FormatText(m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
-                             {text::FromUtf8(m_profile), text::FromUtf8(error)}));
+        return Fail(text::FormatText(
+            m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
+            {text::FromUtf8(m_profile),
+             text::FromUtf8(platform::InWords({error.c_str()}, m_world.translator))}));
     }
     m_paths.emplace(m_world.workingDir, ReadRootFolder(m_world.profile, m_world.workingDir));
     m_store.emplace(m_world.profile, m_world.crypt, *m_paths, m_consoleClient);
@@ -344,6 +343,12 @@ void CKalvexApp::OpenAutoStartScripts() {
         if (m_world.window != nullptr) m_world.window->MinimiseFrame(*document);
     }
     m_frame->SetOpeningScripts(false);
+    if (m_world.service && m_documents->All().empty()) {
+        m_log.Log(text::FormatText(m_world.translator.Translate(
+                                       "Nie uruchomiono żadnego skryptu (plik %s, sekcja [%s])"),
+                                   {text::FromUtf8(m_profile), Section::Autostart}),
+                  platform::LogErrors);
+    }
 }
 
 }  // namespace kalvex::app

@@ -5,27 +5,36 @@
 
 #include "platform/FileEdit.h"
 #include "platform/Files.h"
+#include "platform/Translator.h"
 
 namespace kalvex::platform {
+
+const char* const kBinary = Translatable("to plik binarny, a nie tekst");
 
 bool IniProfile::IsReadable(std::string& error, const std::string& path) const {
     std::string content;
     std::error_code fault;
     const std::filesystem::file_status status = std::filesystem::status(PathOr(path), fault);
-    return status.type() == std::filesystem::file_type::not_found ||
-           ReadWholeFile(PathOr(path), content, error);
+    if (status.type() == std::filesystem::file_type::not_found) return true;
+    if (!ReadWholeFile(PathOr(path), content, error)) return false;
+    if (!IniText::IsBinary(content)) return true;
+    error = kBinary;
+    return false;
 }
 
 IniText IniProfile::Read(const std::string& path) const {
     std::string content;
     std::string error;
-    const bool read = ReadWholeFile(PathOr(path), content, error);
+    const bool read = ReadWholeFile(PathOr(path), content, error) && !IniText::IsBinary(content);
     return IniText(read ? content : std::string());
 }
 
 bool IniProfile::Edit(const std::string& path, const std::function<bool(IniText&)>& change) {
     bool accepted = false;
+    bool isBinary = false;
     const auto edit = [&](std::string& content) {
+        isBinary = IniText::IsBinary(content);
+        if (isBinary) return false;
         IniText text(content);
         accepted = change(text);
         std::string changed = text.GetContent();
@@ -34,7 +43,9 @@ bool IniProfile::Edit(const std::string& path, const std::function<bool(IniText&
         return true;
     };
     m_writeFault.clear();
-    return EditWholeFile(PathOr(path), edit, m_writeFault) && accepted;
+    if (!EditWholeFile(PathOr(path), edit, m_writeFault)) return false;
+    if (isBinary) m_writeFault = kBinary;
+    return accepted;
 }
 
 std::string IniProfile::GetProfileStringEx(std::string_view section, std::string_view key,

@@ -10,6 +10,10 @@
 
 namespace kalvex::platform {
 
+// What is said of a file that is no text: nothing is read of it, and it is not written. To be
+// translated.
+extern const char* const kBinary;
+
 class IniProfile final : public Profile {
   public:
     // The file of the process; it need not be there.

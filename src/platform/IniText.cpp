@@ -39,21 +39,21 @@ bool IsEntry(std::string_view key, std::string_view value) {
 }  // namespace
 
 IniText::Line IniText::ParseLine(std::string_view text) {
-    Line line{std::string(text), Kind::Other, {}};
+    Line line{std::string(text), IniKind::Other, {}};
     line.length = text.find_last_not_of(kLineEnds) + 1;
     const std::string_view whole = text.substr(0, line.length);
     const std::string_view content = text::Trim(whole);
     if (content.empty()) {
-        line.kind = Kind::Blank;
+        line.kind = IniKind::Blank;
     } else if (content.front() == ';' || content.front() == '#') {
-        line.kind = Kind::Comment;
+        line.kind = IniKind::Comment;
     } else if (content.front() == '[') {
         const std::size_t end = content.find(']');
         if (end == std::string_view::npos) return line;
-        line.kind = Kind::Heading;
+        line.kind = IniKind::Heading;
         line.name = text::Trim(content.substr(1, end - 1));
     } else if (const std::size_t sign = whole.find('='); sign != std::string_view::npos) {
-        line.kind = Kind::Entry;
+        line.kind = IniKind::Entry;
         line.name = text::Trim(whole.substr(0, sign));
         line.value =
             std::min(whole.find_first_not_of(text::kBlanksAndTabs, sign + 1), whole.size());
@@ -84,6 +84,10 @@ IniText::IniText(std::string_view content) {
     }
 }
 
+bool IniText::IsBinary(std::string_view content) {
+    return content.find('\0') != std::string_view::npos;
+}
+
 std::string IniText::GetContent() const {
     std::string content = m_mark;
     for (const Line& line : m_lines) content += line.text;
@@ -94,7 +98,7 @@ std::vector<bool> IniText::LinesOf(std::string_view section) const {
     std::vector<bool> lines;
     bool inside = false;
     for (const Line& line : m_lines) {
-        if (line.kind == Kind::Heading) inside = text::EqualNoCase(line.name, section);
+        if (line.kind == IniKind::Heading) inside = text::EqualNoCase(line.name, section);
         lines.push_back(inside);
     }
     return lines;
@@ -105,9 +109,24 @@ ProfileEntries IniText::GetSection(std::string_view section) const {
     const std::vector<bool> inside = LinesOf(section);
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const Line& line = m_lines[i];
-        if (inside[i] && line.kind == Kind::Entry) entries.emplace_back(line.name, ValueOf(line));
+        if (inside[i] && line.kind == IniKind::Entry)
+            entries.emplace_back(line.name, ValueOf(line));
     }
     return entries;
+}
+
+std::vector<IniLine> IniText::GetLines() const {
+    std::vector<IniLine> lines;
+    std::string section;
+    for (const Line& line : m_lines) {
+        IniLine& read = lines.emplace_back(IniLine{line.kind, {}, {}, {}});
+        if (line.kind == IniKind::Heading) section = line.name;
+        read.section = section;
+        if (line.kind != IniKind::Entry) continue;
+        read.key = line.name;
+        read.value = ValueOf(line);
+    }
+    return lines;
 }
 
 std::optional<std::string> IniText::Get(std::string_view section, std::string_view key) const {
@@ -141,8 +160,8 @@ void IniText::Put(std::string_view section, std::string_view key, std::string_vi
     std::size_t behind = 0;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const Line& line = m_lines[i];
-        if (!inside[i] || (line.kind != Kind::Entry && line.kind != Kind::Heading)) continue;
-        if (line.kind == Kind::Entry && text::EqualNoCase(line.name, key)) {
+        if (!inside[i] || (line.kind != IniKind::Entry && line.kind != IniKind::Heading)) continue;
+        if (line.kind == IniKind::Entry && text::EqualNoCase(line.name, key)) {
             const std::string end = line.text.substr(line.length);
             m_lines[i] = ParseLine(line.text.substr(0, line.value) + Quote(value) + end);
             return;
@@ -157,7 +176,7 @@ void IniText::Put(std::string_view section, std::string_view key, std::string_vi
 }
 
 void IniText::AppendHeading(std::string_view section) {
-    if (!m_lines.empty() && m_lines.back().kind != Kind::Blank) {
+    if (!m_lines.empty() && m_lines.back().kind != IniKind::Blank) {
         InsertLine(m_lines.size(), {});
     }
     InsertLine(m_lines.size(), '[' + std::string(section) + ']');
@@ -175,7 +194,7 @@ void IniText::Remove(std::string_view section, std::string_view key) {
     const std::vector<bool> inside = LinesOf(section);
     for (std::size_t i = m_lines.size(); i-- > 0;) {
         const Line& line = m_lines[i];
-        if (inside[i] && line.kind == Kind::Entry && text::EqualNoCase(line.name, key)) {
+        if (inside[i] && line.kind == IniKind::Entry && text::EqualNoCase(line.name, key)) {
             m_lines.erase(m_lines.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
@@ -185,8 +204,8 @@ void IniText::RemoveSection(std::string_view section) {
     const std::vector<bool> inside = LinesOf(section);
     bool ofNext = false;  // a comment here belongs to the heading below
     for (std::size_t i = m_lines.size(); i-- > 0;) {
-        const Kind kind = m_lines[i].kind;
-        ofNext = (kind == Kind::Heading && !inside[i]) || (ofNext && kind == Kind::Comment);
+        const IniKind kind = m_lines[i].kind;
+        ofNext = (kind == IniKind::Heading && !inside[i]) || (ofNext && kind == IniKind::Comment);
         if (inside[i] && !ofNext) {
             m_lines.erase(m_lines.begin() + static_cast<std::ptrdiff_t>(i));
         }

@@ -16,9 +16,21 @@
 
 namespace kalvex::platform {
 
+enum class IniKind { Heading, Entry, Comment, Blank, Other };
+
+// A line as it was read.
+struct IniLine {
+    IniKind kind;
+    std::string section;  // whose line it is, as its heading has it; empty above the first one
+    std::string key;      // of an entry
+    std::string value;
+};
+
 class IniText {
   public:
     explicit IniText(std::string_view content);
+    // Whether the content of a file is none of a text at all.
+    static bool IsBinary(std::string_view content);
 
     std::string GetContent() const;
     bool HasMark() const { return !m_mark.empty(); }
@@ -26,6 +38,8 @@ class IniText {
     // The first entry of the name counts.
     std::optional<std::string> Get(std::string_view section, std::string_view key) const;
     ProfileEntries GetSection(std::string_view section) const;
+    // All of them in order.
+    std::vector<IniLine> GetLines() const;
 
     // False, with nothing changed, when a text has a line end or a name cannot stand in its place.
     bool Set(std::string_view section, std::string_view key, std::string_view value);
@@ -36,10 +50,9 @@ class IniText {
     void RemoveSection(std::string_view section);
 
   private:
-    enum class Kind { Heading, Entry, Comment, Blank, Other };
     struct Line {
         std::string text;  // with its line end
-        Kind kind;
+        IniKind kind;
         std::string name;        // of a heading or an entry
         std::size_t value = 0;   // of an entry: where the value begins
         std::size_t length = 0;  // of the text without its end

@@ -20,7 +20,8 @@ class Profile {
 
     // Takes the file as the profile of the process from now on; it need not be there.
     virtual void SetProfileConfigEx(std::string path) = 0;
-    // False, with the system's words in `error`, when the profile is there and cannot be read.
+    // False, with the system's words or a text to translate in `error`, when the profile is there
+    // and cannot be read.
     virtual bool IsReadable(std::string& error, const std::string& path = {}) const = 0;
     // Whether the profile begins with a mark of UTF-8, which is none of its encodings.
     virtual bool HasMark(const std::string& path = {}) const = 0;

@@ -1,5 +1,6 @@
 #include "programs/ModuleLibraries.h"
 
+#include "app/ProfileKeys.h"
 #include "app/ServerAddresses.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
@@ -10,17 +11,15 @@ namespace kalvex::programs {
 
 namespace {
 
-constexpr const char* kGeneral = "Konfiguracja";
 // Signs of life go out in time however rarely views are refreshed.
 constexpr std::int64_t kNetworkPeriod = 1000;  // milliseconds
 
-constexpr const char* kUsers = "Użytkownicy";
 constexpr int kNetworkTimer = 100;  // beside those of the main frame
 
 }  // namespace
 
 std::string UserLibrary::GetFile() const {
-    return m_profile.GetProfileStringEx(kGeneral, text::FromUtf8(kUsers), {},
+    return m_profile.GetProfileStringEx(app::Section::General, text::FromUtf8(app::Key::Users), {},
                                         m_profile.GetCommonProfilePath());
 }
 

@@ -269,6 +269,40 @@ TEST_F(AppStartTest, CommonProfileThatCannotBeReadIsTold) {
                                           "Poziom rejestracji: błędy "));
 }
 
+TEST_F(AppStartTest, FaultsOfBothProfilesAreToldWithFileLineAndKey) {
+    m_profile.commonPath = m_folder.Put("sorvane.ini", "[Konfiguracja]\nAutoRC=tak\n");
+    PutProfile("[Autsotart]\nProcedura0=a.kx\n[Log]\nRodzaj=dwa\n");
+    ASSERT_TRUE(Start());
+    const std::string file = "Plik " + m_folder.Path("Kalvex.ini") + ", wiersz ";
+    EXPECT_THAT(
+        Those("log"),
+        ElementsAre("Uruchomienie modułu Kalvex",
+                    file + "1: nieznana sekcja [Autsotart], może chodzi o [Autostart]",
+                    file + "4, [Log] Rodzaj: oczekiwano liczby całkowitej od 0 do 3",
+                    "Plik " + m_profile.commonPath +
+                        ", wiersz 2, [Konfiguracja] AutoRC: oczekiwano liczby całkowitej od 0 do 1",
+                    "Poziom rejestracji: błędy "));
+    EXPECT_EQ(FileText("Kalvex.ini"), "[Autsotart]\nProcedura0=a.kx\n[Log]\nRodzaj=dwa\n");
+}
+
+TEST_F(AppStartTest, BinaryProfileEndsTheProcess) {
+    m_folder.Put("Kalvex.ini", std::string("[Log]\0", 6));
+    EXPECT_FALSE(Start());
+    ExpectFault("Nie można odczytać pliku " + m_folder.Path("Kalvex.ini") +
+                " (to plik binarny, a nie tekst)");
+}
+
+TEST_F(AppStartTest, ServiceWithoutAScriptTellsSo) {
+    m_service = true;
+    PutProfile("[Autostart]\nProcedura0=brak.kx\n");
+    ASSERT_TRUE(Start());
+    EXPECT_THAT(Those("log"), ElementsAre("Uruchomienie modułu Kalvex",
+                                          Script("brak.kx") + " : No such file or directory",
+                                          "Nie uruchomiono żadnego skryptu (plik " +
+                                              m_folder.Path("Kalvex.ini") + ", sekcja [Autostart])",
+                                          "Poziom rejestracji: błędy "));
+}
+
 TEST_F(AppStartTest, MarkOfUtf8IsToldAndReadPast) {
     m_profile.commonPath = m_folder.Put("sorvane.ini", "\xEF\xBB\xBF[Serwery]\n");
     m_folder.Put("Kalvex.ini", "\xEF\xBB\xBF[Konfiguracja]\nNazwa=Gaz\n");

@@ -93,6 +93,22 @@ TEST(CmdLineTest, ProgramThatOpensNoScriptsPassesThemOver) {
     EXPECT_THAT(Warnings(line), ElementsAre("Pominięte parametry wiersza poleceń: /Y b.kx a.kx"));
 }
 
+TEST(CmdLineTest, StrangerIsWhatHasNoFormOfAnOption) {
+    for (const char* argument : {"status", "--kolor", "-x", "-", "", "2"}) {
+        EXPECT_EQ(CCmdLine({"/ZZ", "/D:5", argument, "obcy"}).FindStranger(), argument);
+    }
+    EXPECT_EQ(CCmdLine({"/ZZ:1", "/srv/plik", "-d", "5", "-INST", "abc", "/U", "jan:x", "-q", "-?"})
+                  .FindStranger(),
+              std::nullopt);
+}
+
+TEST(CmdLineTest, ScriptIsAStrangerToAProgramThatOpensNone) {
+    CCmdLine line({"a.kx"});
+    EXPECT_EQ(line.FindStranger(), std::nullopt);
+    line.PassOverScripts();
+    EXPECT_EQ(line.FindStranger(), "a.kx");
+}
+
 TEST(CmdLineTest, ScriptEndsInItsLettersWithANameBefore) {
     for (const char* name : {"a.kx", "a.KX", "a.kX", "/x/.a.kx"}) {
         EXPECT_TRUE(CCmdLine::IsScript(name)) << name;

@@ -156,6 +156,28 @@ TEST_F(ConfigurationTest, TransmissionIsNeverKept) {
     }
 }
 
+TEST_F(ConfigurationTest, NumberThatCannotBeReadStaysUntilTheSettingIsAnotherOne) {
+    const std::string profile =
+        "[Okna]\r\nIkona w pasku zadan=tak\r\nCzęstotliwość odświeżania=250 ms\r\n"
+        "Szerokości kolumn=10 x 30\r\n[Log]\r\nRodzaj=dwa\r\n";
+    Put(profile);
+    KalvexConfiguration configuration = Read();
+    EXPECT_TRUE(m_store.WriteLogLevel(configuration));
+    m_store.WriteApplication(configuration);
+    m_store.WriteColumns(configuration);
+    EXPECT_EQ(Content().substr(0, profile.size()), profile);
+    configuration.trayIcon = false;
+    configuration.refreshPeriod = 300;
+    configuration.columnWidths[1] = 20;
+    configuration.logLevel = 2;
+    m_store.WriteApplication(configuration);
+    m_store.WriteColumns(configuration);
+    const std::string changed =
+        "[Okna]\r\nIkona w pasku zadan=0\r\nCzęstotliwość odświeżania=300\r\n"
+        "Szerokości kolumn=10 20 0 0 0 120 120\r\n[Log]\r\nRodzaj=2\r\n";
+    EXPECT_EQ(Content().substr(0, changed.size()), changed);
+}
+
 TEST_F(ConfigurationTest, ConsoleClientReadsAndWritesNoLogLevel) {
     Put("[Log]\r\nRodzaj=2\r\n");
     KalvexConfiguration configuration;

@@ -49,6 +49,18 @@ TEST_F(IniProfileTest, MissingFileGivesTheFallbacks) {
     EXPECT_FALSE(m_folder.Has("Kalvex.ini"));
 }
 
+TEST_F(IniProfileTest, BinaryFileIsNeitherReadNorWritten) {
+    const std::string content("[Log]\r\nRodzaj=2\r\n\0", 18);
+    Put(content);
+    std::string error;
+    EXPECT_FALSE(m_profile.IsReadable(error));
+    EXPECT_EQ(error, "to plik binarny, a nie tekst");
+    EXPECT_EQ(m_profile.GetProfileIntEx("Log", "Rodzaj", 1), 1);
+    EXPECT_FALSE(m_profile.WriteProfileIntEx("Log", "Rodzaj", 1));
+    EXPECT_EQ(m_profile.GetWriteFault(), "to plik binarny, a nie tekst");
+    EXPECT_EQ(Content(), content);
+}
+
 TEST_F(IniProfileTest, EmptyValueIsNoFallback) {
     Put("[a]\r\nk=\r\n");
     EXPECT_EQ(m_profile.GetProfileStringEx("a", "k", "x"), "");

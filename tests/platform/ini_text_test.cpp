@@ -149,5 +149,21 @@ TEST(IniTextTest, ReplacedSectionTakesNewKeysInOrder) {
     EXPECT_EQ(text.GetContent(), Replaced(kFile, "b.kx\r\n", "b.kx\r\nProcedura2=c.kx\r\n"));
 }
 
+TEST(IniTextTest, LinesAreGivenInOrderWithTheirSections) {
+    std::vector<std::string> lines;
+    for (const IniLine& line :
+         IniText("x=1\n[a]\r\n; b=2\r\n k = 'v ' \r\n\r\nnic\r\n[ b ]\r\nl=").GetLines()) {
+        lines.push_back(std::to_string(static_cast<int>(line.kind)) + "|" + line.section + "|" +
+                        line.key + "|" + line.value);
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{"1||x|1", "0|a||", "2|a||", "1|a|k|v ", "3|a||",
+                                               "4|a||", "0|b||", "1|b|l|"}));
+}
+
+TEST(IniTextTest, TextWithAByteOfZeroIsBinary) {
+    EXPECT_FALSE(IniText::IsBinary("[a]\r\n\x01\xFF"));
+    EXPECT_TRUE(IniText::IsBinary(std::string_view("[a]\0", 4)));
+}
+
 }  // namespace
 }  // namespace kalvex::platform

@@ -9,7 +9,7 @@ import socket
 import subprocess
 import unittest
 
-from kalvexd_process import PROGRAM, STARTED, STOPPED, ServiceTest
+from kalvexd_process import PROGRAM, STOPPED, ServiceTest
 
 PROFILE = "[Autostart]\r\nProcedura0=dziala.kx\r\nProcedura1=blad.kx\r\nProcedura2=koniec.kx\r\n"
 RUNNING = "PRIORITY 1\r\nLOCAL A = 0\r\n:obieg\r\nSET A = A + 1\r\nGOTO obieg\r\n"
@@ -97,7 +97,7 @@ class Health(ServiceTest):
     def test_prometheus_reads_from_a_local_socket(self):
         path = str(self.folder / "stan.sock")
         service = self.start("--metrics", path)
-        self.assertEqual(self.lines_of(service, 3), [*STARTED, f"Udostępnianie stanu modułu: {path}"])
+        self.assertEqual(self.lines_of(service, 4), [*self.idle_start(), f"Udostępnianie stanu modułu: {path}"])
         self.assertEqual(self.metrics_of(LocalConnection(path))["kalvex_ticks_total"], 0)
         self.end(service)
         self.assertFalse((self.folder / "stan.sock").exists())
@@ -130,7 +130,7 @@ class Health(ServiceTest):
 
     def test_without_the_option_nothing_listens(self):
         service = self.start()
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
         self.end(service)
         with open(f"{self.folder}/Kalvex.log", encoding="utf-8") as log:
             self.assertNotIn("Udostępnianie", log.read())

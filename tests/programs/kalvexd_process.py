@@ -34,6 +34,11 @@ class ServiceTest(unittest.TestCase):
     def put(self, name, text):
         (self.folder / name).write_bytes(text.encode("cp1250"))
 
+    def idle_start(self, *told):
+        """The log of a start without a script; `told` comes before what is said of that."""
+        idle = f"Nie uruchomiono żadnego skryptu (plik {self.folder}/Kalvex.ini, sekcja [Autostart])"
+        return [STARTED[0], *told, idle, STARTED[1]]
+
     @contextlib.contextmanager
     def lock_of_the_folder(self):
         """Somebody else changes files of the folder."""

@@ -86,6 +86,14 @@ class Sources(ServiceTest):
         self.assertEqual((status, out, err),
                          (1, "", f"Nie można zapisać profilu lub jego klucza: {self.folder}/Kalvex.ini\n"))
 
+    def test_binary_profile_is_neither_listed_nor_changed(self):
+        self.put("Kalvex.ini", "[Log]\0")
+        reason = f"{self.folder}/Kalvex.ini (to plik binarny, a nie tekst)"
+        self.assertEqual(self.run_with("--list-sources"), (1, "", f"Nie można odczytać pliku {reason}\n"))
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"),
+                         (1, "", f"Nie można zapisać profilu {reason}\n"))
+        self.assertEqual(self.profile(), "[Log]\0")
+
     def test_profile_is_whole_however_often_its_writer_is_killed(self):
         self.put("Kalvex.ini", "; uwaga\r\n[Log]\r\nRodzaj=2\r\n")
         begin = time.monotonic()

@@ -50,7 +50,7 @@ class ModuleTest(ServiceTest):
     def setUp(self):
         super().setUp()
         self.put("a.kx", SCRIPT)
-        self.put("Kalvex.ini", "[Autostart]\nProcedura0=a.kx\n[Prawa]\n")
+        self.put("Kalvex.ini", "[Autostart]\nProcedura0=a.kx\n")
         users = self.folder / "users.sqlite"
         self.put("users.toml", f'[server]\nname = "x"\ndata = "{self.folder}/x"\nusers = "{users}"\n')
         self.add_user("JAN", "--level", "100")

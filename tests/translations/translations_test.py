@@ -98,10 +98,7 @@ HELP = [
 # Files with Polish texts that are no messages, or messages that stay Polish.
 UNTRANSLATED = {
     # keys of profiles
-    "src/app/Configuration.cpp",
-    "src/app/ConsoleConfiguration.cpp",
-    "src/app/Servers.cpp",
-    "src/programs/ModuleLibraries.cpp",
+    "src/app/ProfileKeys.h",
     # told to the script alone
     "src/host/LinkTests.cpp",
     # the one text of an error that is not translated

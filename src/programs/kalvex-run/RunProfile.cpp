@@ -18,6 +18,8 @@ RunProfile ReadRunProfile(const RunOptions& options, const std::string& workingD
         std::string error;
         if (!platform::ReadWholeFile(*options.profile, content, error)) {
             settings.fault = *options.profile + ": " + error;
+        } else if (platform::IniText::IsBinary(content)) {
+            settings.fault = *options.profile + ": it is a binary file and no text";
         }
         const std::filesystem::path file = *options.profile;
         settings.crypt = std::make_unique<platform::CCrypt>(

@@ -48,6 +48,7 @@ class SourceBook {
     }
 
     const platform::CCrypt& Crypt() const { return m_crypt; }
+    bool IsReadable(std::string& error) const { return m_profile.IsReadable(error); }
     const std::string& GetWriteFault() const { return m_profile.GetWriteFault(); }
 
   private:
@@ -76,9 +77,10 @@ int FailLost(const Desk& desk) {
 }
 
 int FailToWrite(const Desk& desk) {
-    if (desk.book.GetWriteFault() != platform::kFolderLocked)
+    const std::string& fault = desk.book.GetWriteFault();
+    if (fault != platform::kFolderLocked && fault != platform::kBinary)
         return Fail(desk.translator, {kNotWritten, {desk.profile}});
-    const std::string words = platform::InWords({platform::kFolderLocked}, desk.translator);
+    const std::string words = platform::InWords({fault.c_str()}, desk.translator);
     return Fail(desk.translator, {kNotWrittenSince, {desk.profile, words}});
 }
 
@@ -143,6 +145,12 @@ int AddSource(const Desk& desk) {
 }
 
 int ListSources(const Desk& desk) {
+    std::string error;
+    if (!desk.book.IsReadable(error)) {
+        return Fail(desk.translator,
+                    {platform::Translatable("Nie można odczytać pliku %s (%s)"),
+                     {desk.profile, platform::InWords({error.c_str()}, desk.translator)}});
+    }
     for (const sources::CSourceDesc& source : desk.book.Read()) {
         std::cout << text::ToUtf8(source.name) << '\t' << text::ToUtf8(source.user) << '\n';
     }
