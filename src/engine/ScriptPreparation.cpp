@@ -11,6 +11,7 @@
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "text/PatternMatch.h"
+#include "text/TextFormat.h"
 
 namespace kalvex::engine {
 
@@ -47,8 +48,8 @@ std::string LocalName(std::string name) {
 
 class Expansion {
   public:
-    Expansion(ScriptText& text, const DocumentServices& services)
-        : m_text(text), m_services(services) {}
+    explicit Expansion(CKalvexDoc& document)
+        : m_document(document), m_text(document.Text()), m_services(document.Services()) {}
 
     // False when a file failed in the middle of its reading, which ends the expansion there.
     bool Run() {
@@ -83,6 +84,16 @@ class Expansion {
         ++m_line;
     }
 
+    // A console has its module's word for it.
+    void TellFile(const std::string& path, const std::string& error) {
+        if (m_services.consoleClient) return;
+        m_document.LogLine(
+            text::FormatText(m_services.translator.Translate(
+                                 " : Nie można odczytać pliku %s (%s), INCLUDE w wierszu %s"),
+                             {path, text::FromUtf8(error), std::to_string(m_line + 1)}),
+            platform::LogErrors);
+    }
+
     bool IncludeFile(std::string_view rest) {
         const std::string path = m_services.paths.GetFullPath(TrimOf(rest, " \"\t"));
         ReplaceLine("; BEGIN -> INCLUDE " + path + " */");
@@ -92,6 +103,7 @@ class Expansion {
         const platform::FileRead read =
             platform::ReadFile(platform::NativePath(path), content, error);
         if (read == platform::FileRead::NotOpened) {
+            TellFile(path, error);
             InsertFault("ERROR - file \"" + path + "\" not found");
         } else {
             std::string lines;
@@ -99,6 +111,7 @@ class Expansion {
             InsertAndPass(lines, count);
         }
         if (read == platform::FileRead::Broken) {
+            TellFile(path, error);
             InsertFault("ERROR - file \"" + path + "\" %s" + text::FromUtf8(error));
             return false;
         }
@@ -136,6 +149,7 @@ class Expansion {
         InsertAndPass(lines, count);
     }
 
+    CKalvexDoc& m_document;
     ScriptText& m_text;
     const DocumentServices& m_services;
     int m_line = 0;
@@ -145,7 +159,7 @@ class Expansion {
 
 bool CKalvexDoc::ExpandIncludes(bool expand) {
     Reload();
-    m_bIncludesExpanded = expand && Expansion(*m_text, Services()).Run();
+    m_bIncludesExpanded = expand && Expansion(*this).Run();
     if (expand && !m_bIncludesExpanded) return false;
     m_modified = false;
     return true;

@@ -10,6 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::IsEmpty;
 
 class ScriptPreparationTest : public ScriptLines {
   protected:
@@ -130,6 +131,17 @@ TEST_F(ScriptPreparationTest, MissingFileLeavesALineThatFails) {
     document.Resume();
     EXPECT_FALSE(GoOn());
     EXPECT_EQ(Failure(), "2: 1 ERROR");
+}
+
+TEST_F(ScriptPreparationTest, FileThatCannotBeReadIsToldWithItsLineButNotByAConsole) {
+    Write("dod.kx", "LOCAL A\r\nLOCAL B\r\n");
+    Expand("INCLUDE dod.kx\r\nINCLUDE nie_ma.kx");
+    EXPECT_THAT(Log(), ElementsAre("main.kx : Nie można odczytać pliku " + Path("nie_ma.kx") +
+                                   " (No such file or directory), INCLUDE w wierszu 5"));
+    log.lines.clear();
+    services.consoleClient = true;
+    Expand("INCLUDE nie_ma.kx");
+    EXPECT_THAT(Log(), IsEmpty());
 }
 
 TEST_F(ScriptPreparationTest, FolderIsNoFile) {
