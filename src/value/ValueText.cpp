@@ -118,9 +118,17 @@ bool IsWhole(const std::optional<NumberText>& number) {
     return number && WithoutLeadingBlanks(number->rest).empty();
 }
 
-double ReadOperatorNumber(const std::string& text) {
+// The number at the beginning, 0 without one; where it ends.
+double ReadOperatorNumber(const std::string& text, std::size_t& length) {
     static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
-    return static_cast<double>(strtold_l(text.c_str(), nullptr, classic));
+    char* end = nullptr;
+    const auto number = static_cast<double>(strtold_l(text.c_str(), &end, classic));
+    length = static_cast<std::size_t>(end - text.c_str());
+    return number;
+}
+
+bool IsQuoted(std::string_view text) {
+    return text.size() >= 2 && text.front() == '"' && text.back() == '"';
 }
 
 }  // namespace
@@ -177,12 +185,21 @@ void ApplyOperatorText(CVal& value, std::string_view text) {
         status = Status::SetByUser | Status::SoftLock;
         text.remove_prefix(1);
     }
-    if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
+    if (IsQuoted(text)) {
         value = CVal(text.substr(1, text.size() - 2));
     } else {
-        value = CVal(ReadOperatorNumber(std::string(text)));
+        std::size_t length = 0;
+        value = CVal(ReadOperatorNumber(std::string(text), length));
     }
     value.SetStatus(status);
+}
+
+bool IsOperatorText(std::string_view text) {
+    if (text.empty() || text == "*" || text == "$") return true;
+    if (text.front() == '#') text.remove_prefix(1);
+    std::size_t length = 0;
+    ReadOperatorNumber(std::string(text), length);
+    return IsQuoted(text) || length > 0;
 }
 
 std::string OperatorText(const CVal& value) {

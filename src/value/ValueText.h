@@ -47,6 +47,8 @@ std::string ValueToText(const CVal& value);
 // finds at its beginning, 0 if there is none: here alone hexadecimal, "inf" and "nan" are numbers.
 // The value is made anew, with no other status and with time 0. An empty text leaves it as it was.
 void ApplyOperatorText(CVal& value, std::string_view text);
+// Whether the text is one of these forms, or empty: it is not read as 0 for want of a number.
+bool IsOperatorText(std::string_view text);
 
 // The text with which that dialog opens: empty while the value is unknown.
 std::string OperatorText(const CVal& value);

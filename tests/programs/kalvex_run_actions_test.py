@@ -100,9 +100,34 @@ class Actions(RunnerTest):
         elements = next(v for v in run.script["variables"] if v["name"] == "L")["elements"]
         self.assertEqual([cell["value"] for cell in elements], [1, "L"])
 
+    def test_breakpoint_behind_the_script_is_told(self):
+        actions = [at(1, "breakpoint", line=1), at(6, "breakpoint", line=2), at(7, "breakpoint", line=99)]
+        run = self.run_scripts("LOCAL A\nLOCAL B", actions=actions)
+        path = f"{self.folder}/a.kx"
+        self.assertEqual(run.err, "".join(
+            f"kalvex-run: tick {tick}: {path} has no line {line} for a breakpoint: its lines are 0 to 1\n"
+            for tick, line in ((6, 2), (7, 99))))
+        self.assertEqual((run.code, run.script["currentLine"]), (2, 1))
+
+    def test_set_value_to_no_value_is_told(self):
+        texts = ("abc", '"abc', "#", "**", "=5", " ")
+        actions = [at(400, "setValue", variable="A", text=text) for text in texts]
+        run = self.run_scripts("LOCAL A = 5", actions=actions)
+        self.assertEqual(run.err, "".join(
+            f"kalvex-run: tick 400: {self.folder}/a.kx: {text} is no value for A: a number, a text in double quotes, "
+            "* or $ was expected\n" for text in texts))
+        self.assertEqual((run.code, run.value("A")), (2, 5))
+
+    def test_set_value_where_none_can_be_is_told(self):
+        actions = [at(400, "setValue", variable=name, text="1") for name in "WL"]
+        run = self.run_scripts("POINTER W\nLIST L", actions=actions)
+        self.assertEqual(run.err, "".join(
+            f"kalvex-run: tick 400: {self.folder}/a.kx: {name} takes no value by then\n" for name in "WL"))
+        self.assertEqual(run.code, 2)
+
     def test_set_value_of_no_variable_is_told(self):
         run = self.run_scripts("LOCAL A", actions=[at(400, "setValue", variable="Ż", text="1")])
-        self.assertEqual(run.code, 0)
+        self.assertEqual(run.code, 2)
         self.assertEqual(run.err, f"kalvex-run: tick 400: {self.folder}/a.kx has no variable Ż to set\n")
         self.assertEqual(run.script["errorCode"], 0)
 
@@ -141,6 +166,16 @@ class Profile(RunnerTest):
         run = self.run_scripts("LOCAL A\n", options=(*VIRTUAL, "--profile", "brak.ini"))
         self.assertEqual((run.code, run.out), (2, ""))
         self.assertEqual(run.err, "kalvex-run: brak.ini: No such file or directory\n")
+
+    def test_that_is_binary_is_refused(self):
+        (self.folder / "Kalvex.ini").write_bytes(b"[Log]\0")
+        run = self.run_scripts("LOCAL A\n", options=(*VIRTUAL, "--profile", "Kalvex.ini"))
+        self.assertEqual((run.code, run.out), (2, ""))
+        self.assertEqual(run.err, "kalvex-run: Kalvex.ini: it is a binary file and no text\n")
+
+    def test_faults_are_lines_of_the_log(self):
+        run = self.run_with("LOCAL A\n", profile="[Log]\nRodzaj=dwa\n")
+        self.assertEqual(run.log[0], "Plik Kalvex.ini, wiersz 2, [Log] Rodzaj: oczekiwano liczby całkowitej od 0 do 3")
 
 
 if __name__ == "__main__":

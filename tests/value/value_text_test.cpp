@@ -338,6 +338,17 @@ TEST(ValueTextOperatorTest, NumbersAndMarks) {
     }
 }
 
+TEST(ValueTextOperatorTest, TextThatIsReadAsZeroForWantOfANumberIsNone) {
+    for (const char* text : {"", "*", "$", "#5", "7", " 7 ", "-1.5e2x", "inf", "0x10", "1,5",
+                             "\"\"", "#\"abc\"", "\"12\""}) {
+        EXPECT_TRUE(IsOperatorText(text)) << text;
+    }
+    for (const char* text :
+         {"abc", " ", "#", "#*", "##5", "**", "$5", "*5", "\"", "\"abc", "#\""}) {
+        EXPECT_FALSE(IsOperatorText(text)) << text;
+    }
+}
+
 TEST(ValueTextOperatorTest, NumbersAreThoseOfC) {
     constexpr OperatorRow kRows[] = {
         {"inf", 0, kInfinity},

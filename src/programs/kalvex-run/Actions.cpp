@@ -12,30 +12,57 @@ namespace kalvex::run {
 
 namespace {
 
-void SetValue(RunScript& script, const Action& action) {
+std::string PathOf(const RunScript& script) {
+    return text::ToUtf8(script.Document().GetPathName());
+}
+
+std::string SetValue(RunScript& script, const Action& action) {
+    const std::string name = text::ToUtf8(action.variable);
     operands::CVariable* variable = script.Document().Variables().Find(action.variable);
     if (variable == nullptr) {
-        fmt::print(stderr, "kalvex-run: tick {}: {} has no variable {} to set\n", action.atTick,
-                   text::ToUtf8(script.Document().GetPathName()), text::ToUtf8(action.variable));
-        return;
+        return fmt::format("{} has no variable {} to set", PathOf(script), name);
+    }
+    if (!value::IsOperatorText(action.text)) {
+        return fmt::format(
+            "{}: {} is no value for {}: a number, a text in double quotes, * or $ "
+            "was expected",
+            PathOf(script), text::ToUtf8(action.text), name);
     }
     value::CVal value = StoredValue(*variable, value::KindCurrent);
     value::ApplyOperatorText(value, action.text);
-    variable->SetValue(value, value::KindCurrent);
+    const bool isSet = variable->SetValue(value, value::KindCurrent) != 0;
     script.Document().OnValueSet();
+    if (isSet) return {};
+    return fmt::format("{}: {} takes no value by then", PathOf(script), name);
+}
+
+std::string ToggleBreakpoint(RunScript& script, const Action& action) {
+    const int count = script.Document().GetLineCount();
+    if (action.line >= count) {
+        return fmt::format("{} has no line {} for a breakpoint: its lines are 0 to {}",
+                           PathOf(script), action.line, count - 1);
+    }
+    script.ToggleBreakpoint(action.line);
+    return {};
+}
+
+// Nothing keeps it from being carried out.
+template <void (*Do)(RunScript&)>
+std::string Always(RunScript& script, const Action&) {
+    Do(script);
+    return {};
 }
 
 constexpr ActionRow kRows[] = {
-    {"start", false, false, [](RunScript& script, const Action&) { script.Start(); }},
-    {"stop", false, false, [](RunScript& script, const Action&) { script.Document().Stop(); }},
-    {"step", false, false, [](RunScript& script, const Action&) { script.Document().Step(); }},
-    {"reset", false, false, [](RunScript& script, const Action&) { script.Document().Reset(); }},
+    {"start", false, false, Always<[](RunScript& script) { script.Start(); }>},
+    {"stop", false, false, Always<[](RunScript& script) { script.Document().Stop(); }>},
+    {"step", false, false, Always<[](RunScript& script) { script.Document().Step(); }>},
+    {"reset", false, false, Always<[](RunScript& script) { script.Document().Reset(); }>},
     {"minimise", false, false,
-     [](RunScript& script, const Action&) { script.Document().SetMinimised(true); }},
+     Always<[](RunScript& script) { script.Document().SetMinimised(true); }>},
     {"restore", false, false,
-     [](RunScript& script, const Action&) { script.Document().SetMinimised(false); }},
-    {"breakpoint", true, false,
-     [](RunScript& script, const Action& action) { script.ToggleBreakpoint(action.line); }},
+     Always<[](RunScript& script) { script.Document().SetMinimised(false); }>},
+    {"breakpoint", true, false, ToggleBreakpoint},
     {"setValue", false, true, SetValue},
 };
 

@@ -16,7 +16,8 @@ struct ActionRow {
     std::string_view name;
     bool takesLine;   // fields that it needs beside those of every action
     bool takesValue;  // variable and text
-    void (*perform)(RunScript&, const Action&);
+    // What keeps it from being carried out, for people; empty when it has been.
+    std::string (*perform)(RunScript&, const Action&);
 };
 
 struct Action {

@@ -21,8 +21,8 @@ constexpr const char* kPurpose =
     "Runs Kalvex scripts, against the real clock or a virtual one, and prints what happened.";
 constexpr const char* kExitStatuses =
     "Exit status: 0 every script finished; 1 a script stopped or stands on an error;\n"
-    "2 wrong usage, a file that cannot be read or is not valid, or a start that was\n"
-    "refused; 3 the tick limit came first.";
+    "2 wrong usage, a file that cannot be read or is not valid, a start that was\n"
+    "refused, or an action that could not be carried out; 3 the tick limit came first.";
 
 class UsageFormatter final : public CLI::Formatter {
   public:
@@ -110,8 +110,9 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     app.formatter(std::make_shared<UsageFormatter>());
     app.footer(kExitStatuses);
     app.allow_extras();
-    app.set_help_flag("--help", "Print this and exit");
-    app.set_version_flag("--version", "kalvex-run " KALVEX_VERSION, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this and exit");
+    app.set_version_flag("-V,--version", "kalvex-run " KALVEX_VERSION,
+                         "Print the version and exit");
     app.add_option("SCRIPT", options.scripts);
     AddClock(app, options);
     AddNumber(app, "--tick-ms", 1, kGreatestTickMs, options.tickMs,

@@ -1,5 +1,7 @@
 #include "programs/kalvex-run/Runner.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <thread>
@@ -96,11 +98,17 @@ void Runner::RunTick() {
     m_inbox.Run();
     m_sources->BeginTick(m_ticks);
     while (m_nextAction < m_actions.size() && m_actions[m_nextAction].atTick <= m_ticks) {
-        const Action& action = m_actions[m_nextAction++];
-        action.row->perform(*m_scripts[action.script], action);
+        Perform(m_actions[m_nextAction++]);
     }
     m_ticker.RunTick();
     if (m_virtualClock != nullptr) m_virtualClock->Advance(m_options.tickMs);
+}
+
+void Runner::Perform(const Action& action) {
+    const std::string fault = action.row->perform(*m_scripts[action.script], action);
+    if (fault.empty()) return;
+    m_actionFailed = true;
+    fmt::print(stderr, "kalvex-run: tick {}: {}\n", action.atTick, fault);
 }
 
 programs::ExitStatus Runner::GetExitStatus() const {
@@ -108,7 +116,7 @@ programs::ExitStatus Runner::GetExitStatus() const {
         return std::ranges::any_of(m_scripts,
                                    [test](const auto& script) { return (*script.*test)(); });
     };
-    if (any(&RunScript::IsRefused)) return programs::ExitRefused;
+    if (m_actionFailed || any(&RunScript::IsRefused)) return programs::ExitRefused;
     if (any(&RunScript::IsFailed)) return programs::ExitFailed;
     return m_limitReached ? programs::ExitLimit : programs::ExitDone;
 }

@@ -50,6 +50,8 @@ class Runner {
     bool IsDone() const;
     bool WaitForTick();
     void RunTick();
+    // What cannot be carried out is told on standard error.
+    void Perform(const Action& action);
 
     RunOptions m_options;
     std::string m_workingDir;
@@ -73,6 +75,7 @@ class Runner {
     std::size_t m_nextAction = 0;
     std::int64_t m_ticks = 0;
     bool m_limitReached = false;
+    bool m_actionFailed = false;
     app::Pace m_pace;
     std::chrono::steady_clock::time_point m_begin;
 };
