@@ -92,6 +92,13 @@ void CCmdLine::PassOverScripts() {
     m_scripts.clear();
 }
 
+std::optional<std::string> CCmdLine::FindStranger() const {
+    const auto found = std::ranges::find_if(
+        m_unknown, [](const std::string& argument) { return !argument.starts_with('/'); });
+    if (found == m_unknown.end()) return std::nullopt;
+    return *found;
+}
+
 const CCmdLine::Option* CCmdLine::Find(std::string_view name) const {
     const CmdLineRow* row = FindRow(name);
     const auto last = std::find_if(m_options.rbegin(), m_options.rend(),

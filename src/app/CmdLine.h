@@ -35,6 +35,10 @@ class CCmdLine {
     // The program opens none.
     void PassOverScripts();
 
+    // The first argument that is no option and has none's form: what is passed over with a line of
+    // the log begins with "/" or is an option without its number.
+    std::optional<std::string> FindStranger() const;
+
     // A line that names what was passed over, and one that names the options whose value is not the
     // number that it has to be: engine texts.
     std::vector<std::string> GetWarnings(const platform::Translator& translator) const;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string>
@@ -34,6 +35,12 @@ struct OptionRow {
 inline constexpr std::string_view kHelpOption = "--help";
 inline constexpr std::string_view kVersionOption = "--version";
 
+struct ShortName {
+    std::string_view shortName;
+    std::string_view name;
+};
+inline constexpr ShortName kShortNames[] = {{"-h", kHelpOption}, {"-V", kVersionOption}};
+
 template <class Options>
 struct OptionLine {
     Options options = {};
@@ -45,14 +52,23 @@ struct ProgramTexts {
     const char* name;
     const char* usage;    // what stands above the options
     const char* remarks;  // what stands below them
+    const char* hint;     // what is said of a word that the program does not know
+    bool opensScripts;    // that stand on its command line
 };
+
+// What is said of the first of the module's arguments that nobody knows; empty where there is none.
+// `options` are the names of the program's own.
+std::string TellStranger(const ProgramTexts& program, std::span<const std::string_view> options,
+                         const std::vector<std::string>& arguments);
 
 template <class Options>
 std::string FormatHelp(const ProgramTexts& program, std::span<const OptionRow<Options>> rows) {
     std::string help = program.usage;
     for (const OptionRow<Options>& row : rows) {
-        const std::string form =
-            row.value == nullptr ? row.name : fmt::format("{} {}", row.name, row.value);
+        std::string form = row.name;
+        const auto* shorter = std::ranges::find(kShortNames, form, &ShortName::name);
+        if (shorter != std::end(kShortNames)) form = fmt::format("{},{}", shorter->shortName, form);
+        if (row.value != nullptr) form += fmt::format(" {}", row.value);
         help += fmt::format("  {:<26}{}\n", form, row.help);
     }
     return help + program.remarks;
@@ -71,13 +87,15 @@ OptionLine<Options> ParseOptions(const ProgramTexts& program,
     };
     OptionLine<Options> line;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string name = arguments[i].substr(0, arguments[i].find('='));
+        std::string name = arguments[i].substr(0, arguments[i].find('='));
+        const bool given = arguments[i].size() > name.size();
+        const auto* full = std::ranges::find(kShortNames, name, &ShortName::shortName);
+        if (full != std::end(kShortNames)) name = full->name;
         const auto row = std::ranges::find(rows, name, &OptionRow<Options>::name);
         if (row == rows.end()) {
             line.options.arguments.push_back(arguments[i]);
             continue;
         }
-        const bool given = arguments[i].size() > name.size();
         if (row->value == nullptr && given) {
             return end(ExitRefused, fmt::format("{}: {} takes no value\n", program.name, name));
         }
@@ -92,6 +110,10 @@ OptionLine<Options> ParseOptions(const ProgramTexts& program,
         }
         row->take(line.options, value);
     }
+    std::vector<std::string_view> names;
+    for (const OptionRow<Options>& row : rows) names.push_back(row.name);
+    std::string stranger = TellStranger(program, names, line.options.arguments);
+    if (!stranger.empty()) return end(ExitRefused, std::move(stranger));
     MakeAbsolute(line.options, currentDir);
     return line;
 }

@@ -37,13 +37,28 @@ TEST(KalvexOptionsTest, ScriptsAreMadeAbsoluteAndTheRestIsForTheModule) {
                 ElementsAre("/srv/a.kx", "/RC", "/dom/b.KX", "/D:5", "-u.kx"));
 }
 
+TEST(KalvexOptionsTest, WhatNobodyKnowsIsRefusedWithAHint) {
+    const std::string list = " (kalvex --help lists the options)\n";
+    for (const char* word : {"status", "a.txt"}) {
+        EXPECT_EQ(Parse({"a.kx", word}).exitStatus, 2);
+        EXPECT_EQ(Parse({"a.kx", word}).message, "kalvex: unknown word \"" + std::string(word) +
+                                                     "\": the name of a script ends in .kx" + list);
+    }
+    EXPECT_EQ(Parse({"--log-stdout"}).exitStatus, 2);
+    EXPECT_EQ(Parse({"--log-fir", "x"}).message,
+              "kalvex: unknown option --log-fir, did you mean --log-dir?" + list);
+    EXPECT_THAT(Parse({"/ZZ", "-NOLOGIN"}).options.arguments, ElementsAre("/ZZ", "-NOLOGIN"));
+}
+
 TEST(KalvexOptionsTest, WrongUsageAndTheTextsEndTheProgram) {
     EXPECT_EQ(Parse({"--log-dir"}).exitStatus, 2);
     EXPECT_EQ(Parse({"--log-dir"}).message, "kalvex: --log-dir needs a value\n");
     EXPECT_EQ(Parse({"--help=1"}).message, "kalvex: --help takes no value\n");
     EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).message, "kalvex 0.1.0\n");
+    EXPECT_EQ(Parse({"-V"}).message, "kalvex 0.1.0\n");
     EXPECT_EQ(Parse({"--help"}).exitStatus, 0);
+    EXPECT_EQ(Parse({"-h"}).message, Parse({"--help"}).message);
 }
 
 TEST(KalvexOptionsTest, StartOfADesktopWorksInTheFolderOfData) {

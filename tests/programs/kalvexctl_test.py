@@ -468,7 +468,9 @@ class UsageTest(ControlTest):
 
     def test_help_and_version(self):
         self.assertRegex(self.done("--version"), r"^kalvexctl \d+\.\d+\.\d+\n$")
+        self.assertEqual(self.done("-V"), self.done("--version"))
         self.assertTrue(self.done("start", "--help").startswith("Usage: kalvexctl [OPTIONS] COMMAND [ARGUMENTS]\n"))
+        self.assertEqual(self.done("-h"), self.done("--help"))
 
 
 if __name__ == "__main__":

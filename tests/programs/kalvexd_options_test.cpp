@@ -33,9 +33,34 @@ TEST(KalvexdOptionsTest, FoldersAreMadeAbsolute) {
 
 TEST(KalvexdOptionsTest, EverythingElseIsForTheModule) {
     const kalvexd::KalvexdOptions options =
-        Parse({"/D:5", "--log-stdout", "-INST", "2", "--logs", "--log-dirs=x"}).options;
+        Parse({"/D:5", "--log-stdout", "-INST", "2", "/ZZ", "/srv/a.kx"}).options;
     EXPECT_TRUE(options.logStdout);
-    EXPECT_THAT(options.arguments, ElementsAre("/D:5", "-INST", "2", "--logs", "--log-dirs=x"));
+    EXPECT_THAT(options.arguments, ElementsAre("/D:5", "-INST", "2", "/ZZ", "/srv/a.kx"));
+}
+
+TEST(KalvexdOptionsTest, WhatNobodyKnowsIsRefusedWithAHint) {
+    const auto refused = [](const std::vector<std::string>& arguments) {
+        const kalvexd::KalvexdLine line = Parse(arguments);
+        EXPECT_EQ(line.exitStatus, 2);
+        return line.message;
+    };
+    const std::string list = " (kalvexd --help lists the options)\n";
+    EXPECT_EQ(refused({"--log-level", "2"}), "kalvexd: unknown option --log-level" + list);
+    EXPECT_EQ(refused({"/D:5", "--log-stdaut=1"}),
+              "kalvexd: unknown option --log-stdaut, did you mean --log-stdout?" + list);
+    EXPECT_EQ(refused({"-v"}), "kalvexd: unknown option -v" + list);
+    const std::string hint =
+        ": the profile names the scripts, kalvex-run runs one at a prompt, kalvexctl asks a "
+        "running "
+        "module" +
+        list;
+    EXPECT_EQ(refused({"status"}), "kalvexd: unknown word \"status\"" + hint);
+    EXPECT_EQ(refused({"foo.kx"}), "kalvexd: unknown word \"foo.kx\"" + hint);
+}
+
+TEST(KalvexdOptionsTest, CheckIsDoneInsteadOfTheService) {
+    EXPECT_FALSE(Parse({}).options.check);
+    EXPECT_TRUE(Parse({"--check", "/INST:2"}).options.check);
 }
 
 TEST(KalvexdOptionsTest, SourcesAreManagedInsteadOfTheService) {
@@ -74,6 +99,12 @@ TEST(KalvexdOptionsTest, HelpAndVersionEndTheProcessWell) {
     EXPECT_EQ(Parse({"/D:5", "--help"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).message, "kalvexd 0.1.0\n");
+    EXPECT_EQ(Parse({"status", "-V"}).message, "kalvexd 0.1.0\n");
+    EXPECT_EQ(Parse({"-h"}).exitStatus, 0);
+    EXPECT_EQ(Parse({"-h"}).message, Parse({"--help"}).message);
+    EXPECT_NE(Parse({"-h"}).message.find("  -V,--version              Print the version and exit\n"
+                                         "  -h,--help                 Print this and exit\n\n"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -57,17 +57,16 @@ class Kalvexd(ServiceTest):
         os.mkfifo(self.folder / "rura.kx")
         self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=rura.kx\r\n")
         service = self.start()
-        self.assertEqual(self.lines_of(service, 3),
-                         [STARTED[0], f"{self.folder}/rura.kx : Not a regular file", STARTED[1]])
+        self.assertEqual(self.lines_of(service, 4), self.idle_start(f"{self.folder}/rura.kx : Not a regular file"))
         self.expect_end(service)
 
     def test_log_file_that_was_moved_is_opened_anew(self):
         service = self.start()
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
         (self.folder / "Kalvex.log").rename(self.folder / "stary.log")
         service.send_signal(signal.SIGHUP)
         self.expect_end(service)
-        self.assertEqual(self.file_lines("stary.log"), STARTED)
+        self.assertEqual(self.file_lines("stary.log"), self.idle_start())
         self.assertEqual(self.file_lines("Kalvex.log"), [STOPPED])
 
     def test_profile_is_whole_however_often_the_service_is_killed(self):
@@ -88,23 +87,23 @@ class Kalvexd(ServiceTest):
     def test_logs_may_lie_elsewhere(self):
         (self.folder / "dziennik").mkdir()
         service = self.start("--log-dir", str(self.folder / "dziennik"))
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
         self.expect_end(service)
-        self.assertEqual(self.file_lines("dziennik/Kalvex.log"), [*STARTED, STOPPED])
+        self.assertEqual(self.file_lines("dziennik/Kalvex.log"), [*self.idle_start(), STOPPED])
         self.assertFalse((self.folder / "Kalvex.log").exists())
 
     def test_second_copy_ends_silently_and_the_next_one_starts(self):
         service = self.start()
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
         self.assertEqual(self.run_with(), (1, "", ""))
         service.kill()
         service.wait(60)
         service = self.start()
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
 
     def test_second_instance_is_not_the_primary_one(self):
         service = self.start()
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
         self.assertEqual(self.run_with("/INST:2"), (1, "", f"kalvexd: {NOT_PRIMARY}\n"))
         self.assertEqual(self.file_lines("Kalvex2_d.log"), [NOT_PRIMARY])
         self.assertFalse((self.folder / "Kalvex2.log").exists())
@@ -112,7 +111,7 @@ class Kalvexd(ServiceTest):
 
     def test_instances_of_two_runtime_folders_run_side_by_side(self):
         first = self.start()
-        self.assertEqual(self.lines_of(first, 2), STARTED)
+        self.assertEqual(self.lines_of(first, 3), self.idle_start())
         self.environment["SORVANE_RUNTIME_DIR"] = str(self.folder / "run2")
         second = self.start("/INST:2")
         self.assertEqual(self.line_of(second), "Uruchomienie modułu Kalvex [2]")
@@ -131,10 +130,10 @@ class Kalvexd(ServiceTest):
             (1, "", "kalvexd: Ten program nie może pracować jako zdalna konsola innego modułu\n"))
 
     def test_unknown_options_are_passed_over(self):
-        service = self.start("--kolor", "/ZZ:1")
+        service = self.start("/ZZ:1", "/srv/a.kx")
         self.assertEqual(
-            self.lines_of(service, 3),
-            [STARTED[0], "Pominięte parametry wiersza poleceń: --kolor /ZZ:1", STARTED[1]])
+            self.lines_of(service, 4),
+            self.idle_start("Pominięte parametry wiersza poleceń: /ZZ:1 /srv/a.kx"))
         self.expect_end(service)
 
     def test_faults_of_the_configuration_are_told_with_file_and_key(self):
@@ -143,25 +142,40 @@ class Kalvexd(ServiceTest):
         self.put("Kalvex.ini", "[Zrodla]\r\nZrodlo0=Gaz,ewa,{kx1}zgubione\r\n")
         service = self.start("/INST:abc")
         log = f"Nie można zapisać pliku rejestru {self.folder}/Kalvex.log (Is a directory)"
-        self.assertEqual(self.lines_of(service, 6), [
-            STARTED[0],
+        self.assertEqual(self.lines_of(service, 7), self.idle_start(
             "Pominięte parametry wiersza poleceń, które wymagają liczby: /INST:abc",
             f"Nie można odczytać pliku {self.folder}/sorvane.ini (Is a directory)",
             f"Klucz {self.folder}/Kalvex.key nie otwiera hasła z pliku {self.folder}/Kalvex.ini ([Zrodla] Zrodlo0): "
             "źródło bez logowania",
-            log,
-            STARTED[1],
-        ])
+            log))
         service.send_signal(signal.SIGTERM)
         self.assertEqual(self.line_of(service), STOPPED)
         self.assertEqual(service.wait(60), 0)
         self.assertEqual(service.stderr.read(), f"kalvexd: {log}\n")
         self.assertFalse((self.folder / "Kalvex.key").exists())
 
+    def test_faults_of_the_profile_are_told_with_their_lines(self):
+        profile = "[Autsotart]\r\n[Autostart]\r\nProcedra0=a.kx\r\nProcedura1=a.kx\r\n[Log]\r\nRodzaj=dwa\r\n"
+        self.put("Kalvex.ini", profile)
+        service = self.start()
+        file = f"Plik {self.folder}/Kalvex.ini, wiersz"
+        self.assertEqual(self.lines_of(service, 7), self.idle_start(
+            f"{file} 1: nieznana sekcja [Autsotart], może chodzi o [Autostart]",
+            f"{file} 3, [Autostart] Procedra0: nieznany klucz, może chodzi o Procedura0",
+            f"{file} 4, [Autostart] Procedura1: nie jest czytany, bo Procedura0 nie ma wartości",
+            f"{file} 6, [Log] Rodzaj: oczekiwano liczby całkowitej od 0 do 3"))
+        self.expect_end(service)
+        self.assertEqual((self.folder / "Kalvex.ini").read_bytes().decode("cp1250"), profile)
+
+    def test_binary_profile_is_refused(self):
+        self.put("Kalvex.ini", "[Log]\0")
+        self.assertEqual(self.run_with(), (
+            1, "", f"kalvexd: Nie można odczytać pliku {self.folder}/Kalvex.ini (to plik binarny, a nie tekst)\n"))
+
     def test_profile_that_somebody_has_locked_holds_up_neither_start_nor_end(self):
         with self.lock_of_the_folder():
             service = self.start()
-            self.assertEqual(self.lines_of(service, 2), STARTED)
+            self.assertEqual(self.lines_of(service, 3), self.idle_start())
             service.send_signal(signal.SIGTERM)
             self.assertEqual(self.line_of(service),
                              f"Nie można zapisać pliku {self.folder}/Kalvex.ini ({LOCKED}): [Log] Rodzaj")
@@ -171,7 +185,7 @@ class Kalvexd(ServiceTest):
     def test_levels_are_for_the_journal_alone(self):
         self.environment["JOURNAL_STREAM"] = "1:1"
         service = self.start()
-        self.assertEqual(self.lines_of(service, 2), STARTED)
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
         service.kill()
         service.wait(60)
         reader, writer = os.pipe()
@@ -184,7 +198,8 @@ class Kalvexd(ServiceTest):
         self.addCleanup(service.wait)
         self.addCleanup(service.kill)
         with open(reader, encoding="utf-8", closefd=False) as log:
-            self.assertEqual([log.readline(), log.readline()], [f"<5>{line}\n" for line in STARTED])
+            self.assertEqual([log.readline() for _ in range(3)],
+                             [f"<{level}>{line}\n" for level, line in zip((5, 3, 5), self.idle_start())])
 
     def test_wrong_usage(self):
         self.assertEqual(self.run_with("--log-dir"), (2, "", "kalvexd: --log-dir needs a value\n"))
@@ -203,6 +218,61 @@ class Kalvexd(ServiceTest):
         status, out, err = self.run_with("/?")
         self.assertEqual((status, err), (0, ""))
         self.assertEqual(out.splitlines()[0], "/?            lista parametrów")
+
+    def test_what_nobody_knows_is_refused_and_nothing_starts(self):
+        hint = ("the profile names the scripts, kalvex-run runs one at a prompt, kalvexctl asks a running module "
+                "(kalvexd --help lists the options)")
+        for word in ("status", "foo.kx"):
+            self.assertEqual(self.run_with(word), (2, "", f'kalvexd: unknown word "{word}": {hint}\n'))
+        self.assertEqual(self.run_with("--log-level", "2"),
+                         (2, "", "kalvexd: unknown option --log-level (kalvexd --help lists the options)\n"))
+        self.assertEqual(list(self.folder.iterdir()), [])
+        self.assertEqual(self.run_with("-h"), self.run_with("--help"))
+        self.assertEqual(self.run_with("-V"), self.run_with("--version"))
+
+    def test_check_of_what_is_right_is_silent_and_writes_nothing(self):
+        self.put("a.kx", "LOCAL A = 1\r\nIF A > 0 THEN\r\nENDIF\r\n")
+        self.put("Kalvex2.ini", "[Autostart]\r\nProcedura0=a.kx\r\n[Log]\r\nRodzaj=3\r\n")
+        self.assertEqual(self.run_with("--check", "/INST:2"), (0, "", ""))
+        self.assertEqual({path.name for path in self.folder.iterdir()}, {"a.kx", "Kalvex2.ini"})
+
+    def test_check_tells_all_that_is_wrong(self):
+        users = self.folder / "users.sqlite"
+        self.put("sorvane.ini", f"[Konfiguracja]\nUżytkownicy={users}\nAutoRc2=1\n")
+        self.put("a.kx", "LOCAL A = 1\r\nENDIF\r\n")
+        self.put("b.kx", "INCLUDE nie_ma.kx\r\nIF 1 > 0 THEN\r\n")
+        self.put("c.kx", "BZDURA\r\n")
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=a.kx\r\nProcedura1=b.kx\r\nProcedura2=brak.kx\r\n"
+                 "Procedura3=c.kx\r\nProcedura5=c.kx\r\n[Konsola]\r\nKlienci=0\r\n"
+                 "[Zrodla]\r\nZrodlo0=Gaz,ewa,{kx1}zgubione\r\n")
+        status, out, err = self.run_with("--check", "/ZZ")
+        self.assertEqual((status, out), (1, ""))
+        profile = f"{self.folder}/Kalvex.ini"
+        self.assertEqual(err.splitlines(), [
+            "Pominięte parametry wiersza poleceń: /ZZ",
+            f"Plik {profile}, wiersz 6, [Autostart] Procedura5: nie jest czytany, bo Procedura4 nie ma wartości",
+            f"Plik {self.folder}/sorvane.ini, wiersz 3, [Konfiguracja] AutoRc2: nieznany klucz, może chodzi o AutoRC",
+            f"Klucz {self.folder}/Kalvex.key nie otwiera hasła z pliku {profile} ([Zrodla] Zrodlo0): "
+            "źródło bez logowania",
+            f"Plik {profile}, [Konsola] Klienci: oczekiwano liczby całkowitej od 1 do 10000",
+            f"Nie można otworzyć pliku użytkowników {users} (No such file or directory)",
+            f"{self.folder}/a.kx : Linia 2 - Brak instrukcji IF...THEN dla użytej komendy ENDIF",
+            f"{self.folder}/b.kx : Nie można odczytać pliku {self.folder}/nie_ma.kx (No such file or directory), "
+            "INCLUDE w wierszu 1",
+            f"{self.folder}/b.kx : Brak instrukcji ENDIF dla instrukcji IF...THEN",
+            f"{self.folder}/brak.kx : No such file or directory",
+        ])
+        self.assertFalse((self.folder / "run").exists())
+
+    def test_check_needs_a_profile_that_can_be_read_and_names_scripts(self):
+        profile = f"{self.folder}/Kalvex.ini"
+        self.assertEqual(self.run_with("--check"), (1, "", f"Nie ma pliku {profile}\n"))
+        self.put("Kalvex.ini", "\0")
+        self.assertEqual(self.run_with("--check"),
+                         (1, "", f"Nie można odczytać pliku {profile} (to plik binarny, a nie tekst)\n"))
+        self.put("Kalvex.ini", "[Autostart]\r\n")
+        self.assertEqual(self.run_with("--check"),
+                         (1, "", f"Brak skryptów do uruchomienia (plik {profile}, sekcja [Autostart])\n"))
 
     def test_runtime_folder_that_cannot_be_made_is_told(self):
         self.put("plik", "")

@@ -103,14 +103,16 @@ TEST(OptionsTest, VersionIsOneLine) {
     const run::CommandLine line = run::ParseCommandLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
     EXPECT_EQ(line.message, "kalvex-run 0.1.0\n");
+    EXPECT_EQ(run::ParseCommandLine({"-V"}).message, line.message);
 }
 
 TEST(OptionsTest, HelpNamesEveryOption) {
     const run::CommandLine line = run::ParseCommandLine({"--help"});
     EXPECT_EQ(line.exitStatus, 0);
+    EXPECT_EQ(run::ParseCommandLine({"-h"}).message, line.message);
     for (const char* option :
          {"--clock", "--tick-ms", "--ticks", "--minimised", "--plant", "--actions", "--user",
-          "--log-level", "--json", "--lines", "--profile", "--version", "--help"}) {
+          "--log-level", "--json", "--lines", "--profile", "-V,--version", "-h,--help"}) {
         EXPECT_NE(line.message.find("\n  " + std::string(option) + " "), std::string::npos)
             << option;
     }

@@ -103,11 +103,13 @@ TEST(SorvanedOptionsTest, VersionIsOneLine) {
     const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
     EXPECT_EQ(line.message, "sorvaned 0.1.0\n");
+    EXPECT_EQ(sorvaned::ParseSorvanedLine({"-V"}).message, line.message);
 }
 
 TEST(SorvanedOptionsTest, HelpTellsOfTheProgramAndOfItsEnd) {
     const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"--help"});
     EXPECT_EQ(line.exitStatus, 0);
+    EXPECT_EQ(sorvaned::ParseSorvanedLine({"-h"}).message, line.message);
     const std::vector<std::string> lines = Lines(line.message);
     ASSERT_GT(lines.size(), 3u);
     EXPECT_EQ(lines.front(), "A data server: keeps variables and gives them to its clients.");

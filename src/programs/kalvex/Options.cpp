@@ -31,7 +31,8 @@ constexpr programs::ProgramTexts kProgram{
     "SIGTERM and SIGINT end the program without a question, SIGHUP has it open its log files\n"
     "anew, SIGUSR1 has it write the figures of its health to the log.\n"
     "Exit status: 0 closed by the person or by a signal; 1 it could not start, or nobody logged\n"
-    "in; 2 wrong usage.\n"};
+    "in; 2 wrong usage.\n",
+    "the name of a script ends in .kx", true};
 
 }  // namespace
 

@@ -271,8 +271,8 @@ std::string Help() {
     help += "\nOptions:\n";
     add(true);
     return help +
-           "  --version\n      Print the version and exit\n"
-           "  --help\n      Print this and exit\n"
+           "  -V,--version\n      Print the version and exit\n"
+           "  -h,--help\n      Print this and exit\n"
            "\nExit status: 0 done; 1 the module did not do it; 2 wrong usage; 3 no connection;\n"
            "4 login refused, or right missing; 5 another client has the session;\n"
            "6 no such script; 128 and the number of the signal that ended it.\n";
@@ -325,8 +325,8 @@ class Parser {
     }
 
     MaybeEnding TakeOption(const std::string& word) {
-        if (word == "--help") return Ending{programs::ExitDone, Help()};
-        if (word == "--version") {
+        if (word == "-h" || word == "--help") return Ending{programs::ExitDone, Help()};
+        if (word == "-V" || word == "--version") {
             return Ending{programs::ExitDone, "kalvexctl " KALVEX_VERSION "\n"};
         }
         const bool isLong = word.starts_with("--");

@@ -23,6 +23,8 @@ constexpr programs::OptionRow<KalvexdOptions> kRows[] = {
     {"--metrics", "ADDRESS",
      "Figures for Prometheus: 127.0.0.1:9464, [::1]:9464, or the path of a socket (none)",
      [](KalvexdOptions& options, const std::string& value) { options.metrics = value; }},
+    {"--check", nullptr, "Tell what is wrong with the profile and its scripts, and exit",
+     [](KalvexdOptions& options, const std::string&) { options.check = true; }},
     {"--add-source", "NAME,USER",
      "Put the login of a data server into the profile, with a password that is asked for",
      [](KalvexdOptions& options, const std::string& value) {
@@ -52,7 +54,11 @@ constexpr programs::ProgramTexts kProgram{
     "\n\"/?\" lists the options of a module, such as /INST:2 and /D:5.\n"
     "SIGTERM and SIGINT end the service, SIGHUP has it open its log files anew, SIGUSR1 has it\n"
     "write the figures of its health to the log.\n"
-    "Exit status: 0 ended by a signal; 1 it could not start; 2 wrong usage.\n"};
+    "Exit status: 0 ended by a signal, or nothing is wrong; 1 it could not start, or --check has\n"
+    "found something; 2 wrong usage.\n",
+    "the profile names the scripts, kalvex-run runs one at a prompt, kalvexctl asks a running "
+    "module",
+    false};
 
 }  // namespace
 

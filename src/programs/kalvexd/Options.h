@@ -12,6 +12,7 @@ namespace kalvex::kalvexd {
 
 struct KalvexdOptions : programs::ModuleOptions {
     bool logStdout = false;
+    bool check = false;                 // to be done instead of the service
     std::string metrics;                // where figures are read; empty: nowhere
     std::optional<SourceOrder> source;  // to be done instead of the service
 };

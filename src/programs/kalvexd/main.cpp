@@ -10,6 +10,7 @@
 #include "app/Configuration.h"
 #include "platform/GettextTranslator.h"
 #include "programs/ExitStatus.h"
+#include "programs/kalvexd/Check.h"
 #include "programs/kalvexd/Service.h"
 #include "text/CodePage.h"
 
@@ -22,13 +23,14 @@ std::string ProfileOf(const kalvex::kalvexd::KalvexdOptions& options, int instan
 }
 
 // It may write, so an instance that is none is not taken for the first one.
-int RunTask(const kalvex::kalvexd::KalvexdOptions& options) {
+int RunOrder(const kalvex::kalvexd::KalvexdOptions& options) {
     const kalvex::platform::GettextTranslator translator;
     const kalvex::app::CCmdLine line(options.arguments);
     const std::optional<int> instance = line.GetIntOption(kInstance);
+    const std::string profile = ProfileOf(options, instance.value_or(1));
+    if (options.check) return kalvex::kalvexd::RunCheck(options, line, profile, translator);
     if (instance || !line.HasOption(kInstance)) {
-        return kalvex::kalvexd::RunSourceTask(*options.source,
-                                              ProfileOf(options, instance.value_or(1)), translator);
+        return kalvex::kalvexd::RunSourceTask(*options.source, profile, translator);
     }
     for (const std::string& warning : line.GetWarnings(translator)) {
         std::fprintf(stderr, "kalvexd: %s\n", kalvex::text::ToUtf8(warning).c_str());
@@ -58,8 +60,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "kalvexd: %s: %s\n", folder.c_str(), fault.message().c_str());
         return EXIT_FAILURE;
     }
-    if (line.options.source) {
-        return RunTask(line.options);
-    }
+    if (line.options.source || line.options.check) return RunOrder(line.options);
     return kalvex::kalvexd::KalvexService(line.options).Run();
 }

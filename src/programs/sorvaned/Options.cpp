@@ -81,8 +81,8 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
 
     CLI::App app(kPurpose, "sorvaned");
     app.footer(kExitStatuses);
-    app.set_help_flag("--help", "Print this and exit");
-    app.set_version_flag("--version", "sorvaned " KALVEX_VERSION, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this and exit");
+    app.set_version_flag("-V,--version", "sorvaned " KALVEX_VERSION, "Print the version and exit");
     app.add_option("--config", options.configuration,
                    "The configuration (/etc/sorvane/sorvaned.toml)")
         ->type_name("FILE");
