@@ -11,6 +11,8 @@
 
 #include "app/ProfileCheck.h"
 #include "app/ProfileKeys.h"
+#include "platform/Files.h"
+#include "platform/ForeignText.h"
 #include "text/CodePage.h"
 #include "text/WholeNumber.h"
 
@@ -21,8 +23,6 @@ namespace {
 constexpr const char* kPasswordLabel = "Kalvex";
 
 constexpr const char* kUnreadable = platform::Translatable("Nie można odczytać pliku %s (%s)");
-constexpr const char* kMarked = platform::Translatable(
-    "Plik %s zaczyna się znacznikiem UTF-8, a jest czytany w kodzie Windows-1250");
 constexpr const char* kLost =
     platform::Translatable("Klucz %s nie otwiera hasła z pliku %s ([%s] %s): źródło bez logowania");
 constexpr const char* kNotWritten =
@@ -218,17 +218,19 @@ std::vector<std::string> ConfigurationStore::FindFaults(
     const auto add = [&](const char* text, std::initializer_list<std::string> values) {
         faults.push_back(platform::InWords({text, values}, translator));
     };
-    const auto addAll = [&](const std::string& path, std::span<const ProfileKey> keys) {
-        std::ranges::move(FindProfileFaults(path, keys, translator), std::back_inserter(faults));
-    };
     const std::string common = m_profile.GetCommonProfilePath();
     std::string reason;
-    if (m_profile.HasMark()) add(kMarked, {profile});
-    addAll(profile, ModuleKeys());
     if (!m_profile.IsReadable(reason, common)) {
         add(kUnreadable, {common, platform::InWords({reason.c_str()}, translator)});
     }
-    if (m_profile.HasMark(common)) add(kMarked, {common});
+    const auto addAll = [&](const std::string& file, std::span<const ProfileKey> keys) {
+        std::string content;
+        platform::ReadWholeFile(file, content, reason);
+        const platform::Notice notice = platform::DescribeForeignText(file, content);
+        if (notice) faults.push_back(platform::InWords(notice, translator));
+        std::ranges::move(FindProfileFaults(file, keys, translator), std::back_inserter(faults));
+    };
+    addAll(profile, ModuleKeys());
     addAll(common, MachineKeys());
     for (std::size_t i = 0; i < configuration.sources.size(); ++i) {
         if (!configuration.sources[i].lost) continue;

@@ -1,6 +1,7 @@
 #include "engine/ScriptDocument.h"
 
 #include "platform/Files.h"
+#include "platform/ForeignText.h"
 #include "text/CodePage.h"
 
 namespace kalvex::engine {
@@ -23,8 +24,9 @@ CKalvexDoc::~CKalvexDoc() {
 
 bool CKalvexDoc::Open(std::string_view path, std::string& error) {
     std::string content;
-    const std::string full = Services().paths.GetFullPath(path);
-    if (!platform::ReadWholeFile(platform::NativePath(full), content, error)) return false;
+    const std::string file = platform::NativePath(Services().paths.GetFullPath(path));
+    if (!platform::ReadWholeFile(file, content, error)) return false;
+    platform::TellForeignText(file, content, Services().log, Services().translator);
     SetFile(path);
     m_text->SetText(content);
     m_modified = false;
@@ -59,10 +61,12 @@ bool CKalvexDoc::SaveOrLog() {
 bool CKalvexDoc::Reload() {
     std::string content;
     std::string error;
-    if (!platform::ReadWholeFile(platform::NativePath(GetPathName()), content, error)) {
+    const std::string file = platform::NativePath(GetPathName());
+    if (!platform::ReadWholeFile(file, content, error)) {
         LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
         return false;
     }
+    platform::TellForeignText(file, content, Services().log, Services().translator);
     m_text->SetText(content);
     return true;
 }

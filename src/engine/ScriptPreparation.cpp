@@ -7,6 +7,7 @@
 #include "engine/ScriptDocument.h"
 #include "operands/Keywords.h"
 #include "platform/Files.h"
+#include "platform/ForeignText.h"
 #include "platform/Paths.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
@@ -100,8 +101,9 @@ class Expansion {
 
         std::string content;
         std::string error;
-        const platform::FileRead read =
-            platform::ReadFile(platform::NativePath(path), content, error);
+        const std::string file = platform::NativePath(path);
+        const platform::FileRead read = platform::ReadFile(file, content, error);
+        platform::TellForeignText(file, content, m_services.log, m_services.translator);
         if (read == platform::FileRead::NotOpened) {
             TellFile(path, error);
             InsertFault("ERROR - file \"" + path + "\" not found");

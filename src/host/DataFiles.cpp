@@ -9,6 +9,7 @@
 #include "engine/ScriptDocument.h"
 #include "host/DataFile.h"
 #include "host/HostStatements.h"
+#include "platform/ForeignText.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
@@ -141,12 +142,14 @@ void Assign(operands::CVariable& variable, std::string_view text) {
 DataFileResult Rewrite(operands::ScriptContext& script, platform::FileStore& files,
                        const Parameters& parameters, std::span<const DataEntry> entries) {
     RewrittenData data;
-    const bool replaced =
-        files.Replace(platform::NativePath(parameters.path),
-                      platform::NativePath(BackupPath(parameters.path)), [&](std::string_view old) {
-                          data = RewriteData(old, parameters.section, entries);
-                          return std::move(data.text);
-                      });
+    const std::string file = platform::NativePath(parameters.path);
+    const bool replaced = files.Replace(
+        file, platform::NativePath(BackupPath(parameters.path)), [&](std::string_view old) {
+            platform::TellForeignText(file, old, script.Services().log,
+                                      script.Services().translator);
+            data = RewriteData(old, parameters.section, entries);
+            return std::move(data.text);
+        });
     if (!replaced) return script.Fail(operands::ErrorFileOpen, parameters.path);
     return data.hasMore ? DataFileResult::Data : DataFileResult::Nothing;
 }
@@ -175,9 +178,11 @@ DataFileResult ReadDataFile(operands::ScriptContext& script, platform::FileStore
         return DataFileResult::Failed;
     }
     std::string content;
-    if (files.Read(platform::NativePath(parameters.path), content) != platform::FileOutcome::Done) {
+    const std::string file = platform::NativePath(parameters.path);
+    if (files.Read(file, content) != platform::FileOutcome::Done) {
         return script.Fail(operands::ErrorFileOpen, parameters.path);
     }
+    platform::TellForeignText(file, content, script.Services().log, script.Services().translator);
     DataFileResult result = DataFileResult::Nothing;
     ReadDataLines(content, parameters.section, [&](std::string_view name, std::string_view value) {
         operands::CVariable* variable = operands::FindVariable(script, name);

@@ -21,7 +21,6 @@ class IniProfile final : public Profile {
 
     void SetProfileConfigEx(std::string path) override { m_path = std::move(path); }
     bool IsReadable(std::string& error, const std::string& path = {}) const override;
-    bool HasMark(const std::string& path = {}) const override { return Read(path).HasMark(); }
 
     std::string GetProfileStringEx(std::string_view section, std::string_view key,
                                    std::string_view fallback = {},

@@ -33,7 +33,6 @@ class IniText {
     static bool IsBinary(std::string_view content);
 
     std::string GetContent() const;
-    bool HasMark() const { return !m_mark.empty(); }
 
     // The first entry of the name counts.
     std::optional<std::string> Get(std::string_view section, std::string_view key) const;

@@ -23,8 +23,6 @@ class Profile {
     // False, with the system's words or a text to translate in `error`, when the profile is there
     // and cannot be read.
     virtual bool IsReadable(std::string& error, const std::string& path = {}) const = 0;
-    // Whether the profile begins with a mark of UTF-8, which is none of its encodings.
-    virtual bool HasMark(const std::string& path = {}) const = 0;
 
     // The value of the key, or the fallback where there is none.
     virtual std::string GetProfileStringEx(std::string_view section, std::string_view key,

@@ -13,6 +13,8 @@
 #include "server/CsvTable.h"
 #include "server/DefinitionKeys.h"
 #include "text/CodePage.h"
+#include "text/Encoding.h"
+#include "text/ShellWord.h"
 #include "value/ValueText.h"
 
 namespace kalvex::server {
@@ -52,6 +54,7 @@ class Reader {
             m_faults.push_back({place, std::move(key), std::move(reason)});
         }
     }
+    void TellOtherEncoding(Place place);
     std::string Below(const std::string& path) const {
         return (std::filesystem::path(m_folder) / path).string();
     }
@@ -222,6 +225,13 @@ void Reader::ReadFiles(const toml::node& node) {
     }
 }
 
+void Reader::TellOtherEncoding(Place place) {
+    Tell(place, "",
+         {platform::Translatable("plik nie jest w UTF-8, wygląda na Windows-1250; zamieni go "
+                                 "polecenie: kalvex-convert --to utf-8 %s"),
+          {text::ShellWord(m_files[place.file])}});
+}
+
 void Reader::ReadCsvFile(const std::string& path, Place named) {
     std::string content;
     std::string error;
@@ -237,8 +247,7 @@ void Reader::ReadCsvFile(const std::string& path, Place named) {
         return !std::all_of(row.cells.begin(), row.cells.end(), text::IsUtf8);
     });
     if (foreign != rows.end()) {
-        Tell({file, foreign->line}, "",
-             {platform::Translatable("plik nie jest w UTF-8, wygląda na Windows-1250")});
+        TellOtherEncoding({file, foreign->line});
         return;
     }
     const CsvRow& head = rows.front();
@@ -307,6 +316,10 @@ void Reader::Read() {
     std::string error;
     if (!platform::ReadWholeFile(m_files.front(), content, error)) {
         Tell({0, 0}, "", {"%s", {error}});
+        return;
+    }
+    if (const std::optional<int> line = text::FindOtherLine(content)) {
+        TellOtherEncoding({0, *line});
         return;
     }
     const toml::parse_result parsed = toml::parse(std::string_view(content));

@@ -68,7 +68,6 @@ class FakeProfile final : public platform::Profile {
     bool IsReadable(std::string& error, const std::string& path) const override {
         return m_file.IsReadable(error, path);
     }
-    bool HasMark(const std::string& path) const override { return m_file.HasMark(path); }
     std::string GetProfileStringEx(std::string_view section, std::string_view key,
                                    std::string_view fallback,
                                    const std::string& path) const override {

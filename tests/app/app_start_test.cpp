@@ -14,6 +14,13 @@ class AppStartTest : public AppTest {
   protected:
     std::string Script(const std::string& name) const { return m_folder.Path(name); }
 
+    static std::string InUtf8(const std::string& file, int line) {
+        return file + ':' + std::to_string(line) +
+               ": plik jest w UTF-8, a jest czytany w kodzie Windows-1250; zamieni go polecenie: "
+               "kalvex-convert " +
+               file;
+    }
+
     // How a process that has refused to start tells it.
     void ExpectFault(const std::string& text) {
         EXPECT_EQ(text::ToUtf8(App().GetEnd().text), text);
@@ -307,10 +314,18 @@ TEST_F(AppStartTest, MarkOfUtf8IsToldAndReadPast) {
     m_profile.commonPath = m_folder.Put("sorvane.ini", "\xEF\xBB\xBF[Serwery]\n");
     m_folder.Put("Kalvex.ini", "\xEF\xBB\xBF[Konfiguracja]\nNazwa=Gaz\n");
     ASSERT_TRUE(Start());
-    const std::string told = " zaczyna się znacznikiem UTF-8, a jest czytany w kodzie Windows-1250";
     EXPECT_THAT(Those("log"),
-                ElementsAre("Uruchomienie modułu Gaz", "Plik " + m_folder.Path("Kalvex.ini") + told,
-                            "Plik " + m_profile.commonPath + told, "Poziom rejestracji: błędy "));
+                ElementsAre("Uruchomienie modułu Gaz", InUtf8(m_folder.Path("Kalvex.ini"), 1),
+                            InUtf8(m_profile.commonPath, 1), "Poziom rejestracji: błędy "));
+}
+
+TEST_F(AppStartTest, ProfileInUtf8IsToldWithTheLineThatShowsIt) {
+    m_profile.commonPath = m_folder.Put("sorvane.ini", text::FromUtf8("[Serwery]\n; Łącza\n"));
+    m_folder.Put("Kalvex.ini", "[Konfiguracja]\nNazwa=Gaz\n; Zażółcenie\n; gęś\n");
+    ASSERT_TRUE(Start());
+    EXPECT_THAT(Those("log"),
+                ElementsAre("Uruchomienie modułu Gaz", InUtf8(m_folder.Path("Kalvex.ini"), 3),
+                            "Poziom rejestracji: błędy "));
 }
 
 TEST_F(AppStartTest, KeyThatIsMissingBesideAPasswordIsToldAndNotMade) {

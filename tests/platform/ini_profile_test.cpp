@@ -255,11 +255,9 @@ TEST_F(IniProfileTest, ReasonOfAWriteThatFailsIsKeptUntilTheNext) {
 
 TEST_F(IniProfileTest, MarkOfUtf8IsReadPastAndStays) {
     Put("\xEF\xBB\xBF[a]\nb=1\n");
-    EXPECT_TRUE(m_profile.HasMark());
     EXPECT_EQ(m_profile.GetProfileStringEx("a", "b"), "1");
     EXPECT_TRUE(m_profile.WriteProfileStringEx("a", "b", "2"));
     EXPECT_EQ(Content(), "\xEF\xBB\xBF[a]\nb=2\n");
-    EXPECT_FALSE(m_profile.HasMark(m_folder.Path("nie_ma.ini")));
 }
 
 TEST_F(IniProfileTest, AnotherFileThatIsThereAndCannotBeReadIsKnown) {

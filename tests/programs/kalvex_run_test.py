@@ -362,6 +362,64 @@ class Output(RunnerTest):
         self.assertEqual(headings, [f"{self.folder}/{place}" for place in places])
 
 
+class ForeignFiles(RunnerTest):
+    """Files in UTF-8, where the program reads Windows-1250."""
+
+    def put(self, name, text):
+        (self.folder / name).write_bytes(text.encode("utf-8"))
+
+    def line(self, name, number):
+        path = self.folder / name
+        return (f"{path}:{number}: plik jest w UTF-8, a jest czytany w kodzie Windows-1250; zamieni go polecenie: "
+                f"kalvex-convert {path}")
+
+    def told(self, *options, code=0):
+        """Behind the two lines of the start; all of it at level 1."""
+        run = self.call("--json", *VIRTUAL, *options, "a.kx")
+        self.assertEqual((run.code, run.err), (code, ""))
+        start = [f"{self.folder}/a.kx : Inicjowanie skryptu ", f"{self.folder}/a.kx : Start skryptu "]
+        self.assertEqual([entry["level"] for entry in run.result["log"] if entry["text"] not in start],
+                         [1] * (len(run.log) - 2))
+        return [text for text in run.log if text not in start]
+
+    def test_script_is_told_once_though_it_is_read_at_each_start(self):
+        self.put("a.kx", "LOCAL A = 1\r\n; Zażółć\r\n; gęś\r\n")
+        (self.folder / "actions.json").write_text(json.dumps([at(300, "reset"), at(301, "start")]), encoding="utf-8")
+        run = self.call("--json", *VIRTUAL, "--actions", "actions.json", "a.kx")
+        self.assertEqual(run.code, 0)
+        self.assertEqual([text for text in run.log if " : " not in text], [self.line("a.kx", 2)])
+        self.assertEqual(run.log.count(f"{self.folder}/a.kx : Start skryptu "), 2)
+
+    def test_mark_at_the_beginning_of_a_script_is_told(self):
+        self.put("a.kx", "\ufeff; A\r\n")
+        fault = f"{self.folder}/a.kx : Linia 1 - Nieznane słowo kluczowe : Ď"
+        self.assertEqual(self.told(code=1), [self.line("a.kx", 1), fault])
+
+    def test_script_in_windows_1250_is_not_told(self):
+        self.write("a.kx", "; Zażółć gęślą jaźń, PÓŁNOC\n")
+        self.assertEqual(self.told(), [])
+
+    def test_included_script_is_told(self):
+        self.write("a.kx", "INCLUDE b.kx\n")
+        self.put("b.kx", "\r\n\r\n; Zażółć\r\n")
+        self.assertEqual(self.told(), [self.line("b.kx", 3)])
+
+    def test_data_file_is_told_once_though_it_is_read_often(self):
+        self.write("a.kx", 'LOCAL T = "x"\nLOCAL N = 0\n:w\nREAD_FILE "dane.txt"\nSET N = N + 1\nIF N < 3 GOTO w\n')
+        self.put("dane.txt", "; A\r\nT:zażółć\r\n")
+        self.assertEqual(self.told(), [self.line("dane.txt", 2)])
+
+    def test_data_file_is_told_when_it_is_written(self):
+        self.write("a.kx", 'LOCAL N = 0\nWRITE_FILE "dane.txt"\n')
+        self.put("dane.txt", "; zażółć\r\nN:1\r\n")
+        self.assertEqual(self.told(), [self.line("dane.txt", 1)])
+
+    def test_profile_is_told(self):
+        self.write("a.kx", "LOCAL A\n")
+        self.put("Kalvex.ini", "[Konfiguracja]\r\nNazwa=Łódź\r\n")
+        self.assertEqual(self.told("--profile", str(self.folder / "Kalvex.ini")), [self.line("Kalvex.ini", 2)])
+
+
 class Ticks(RunnerTest):
     def test_virtual_time_moves_by_tick(self):
         options = ("--clock", CLOCK, "--tick-ms", "1000")

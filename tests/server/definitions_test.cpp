@@ -29,6 +29,14 @@ class DefinitionsTest : public testing::Test {
         return loaded;
     }
 
+    // The command names the file by its path, whose folder goes as everywhere.
+    static std::string NotInUtf8(const std::string& file, int line) {
+        return file + ':' + std::to_string(line) +
+               ": plik nie jest w UTF-8, wygląda na Windows-1250; zamieni go polecenie: "
+               "kalvex-convert --to utf-8 " +
+               file;
+    }
+
     support::ScratchFolder m_folder;
     Definitions m_definitions;
     std::vector<std::string> m_errors;
@@ -395,6 +403,11 @@ TEST_F(DefinitionsTest, ColumnsHaveToBeKnown) {
                                       "a.csv:3: name: kolumna występuje więcej niż raz"));
 }
 
+TEST_F(DefinitionsTest, ConfigurationInWindows1250IsToldAsSuch) {
+    EXPECT_FALSE(Load(text::FromUtf8("[server]\nname = \"x\"\n# Gałąź\nvariables = \"y\"\n")));
+    EXPECT_THAT(m_errors, ElementsAre(NotInUtf8("plant.toml", 3)));
+}
+
 TEST_F(DefinitionsTest, FileInWindows1250IsToldAsSuch) {
     m_folder.Put("a.csv", text::FromUtf8("# Sieć\nname;de;signal\n\nZ1.P;Pressure;\n"
                                          "Z1.T;Ciśnienie;constant value=1\n"
@@ -405,8 +418,7 @@ TEST_F(DefinitionsTest, FileInWindows1250IsToldAsSuch) {
              "[[variable]]\nname = \"X\"\nrt = 300\n"));
     EXPECT_THAT(m_errors,
                 ElementsAre("plant.toml:7: variable.rt: oczekiwano liczby całkowitej od 0 do 255",
-                            "a.csv:5: plik nie jest w UTF-8, wygląda na Windows-1250",
-                            "b.csv:1: plik nie jest w UTF-8, wygląda na Windows-1250"));
+                            NotInUtf8("a.csv", 5), NotInUtf8("b.csv", 1)));
     m_folder.Put("a.csv", text::FromUtf8("# Sieć\nname;de\nZ1.P;Pressure\n"));
     EXPECT_TRUE(Load("[[variables]]\nfile = \"a.csv\"\n"));
 }
