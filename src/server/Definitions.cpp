@@ -31,6 +31,7 @@ constexpr vantrel::ListeningKeys kListeningKeys = {
 };
 
 constexpr std::size_t kMostFaults = 100;
+constexpr std::string_view kNetwork = "network";
 
 struct Place {
     std::size_t file = 0;  // in the order in which the files are read
@@ -40,8 +41,10 @@ struct Place {
 // Reads one configuration into `m_out` and gathers what is wrong with it.
 class Reader {
   public:
-    Reader(const std::string& path, Definitions& out)
-        : m_folder(std::filesystem::path(path).parent_path().string()), m_out(out) {
+    Reader(const std::string& path, Definitions& out, bool listens)
+        : m_folder(std::filesystem::path(path).parent_path().string()),
+          m_out(out),
+          m_listens(listens) {
         m_files.push_back(path);
     }
 
@@ -84,6 +87,7 @@ class Reader {
     std::string m_folder;
     std::vector<std::string> m_files;
     Definitions& m_out;
+    bool m_listens;
     std::vector<Entry> m_faults;
     std::unordered_map<std::string, Place> m_names;
     std::unordered_map<std::string, int> m_lines;  // of the settings, by key
@@ -292,7 +296,7 @@ void Reader::CheckNetwork() {
     std::string name;
     platform::Notice reason = vantrel::CheckListening(m_out.listening, kListeningKeys, name);
     if (reason) {
-        const std::string key = Qualified("network", name);
+        const std::string key = Qualified(kNetwork, name);
         Tell(PlaceOf(key), key, std::move(reason));
     }
     const struct {
@@ -331,6 +335,7 @@ void Reader::Read() {
     }
     for (const auto& [key, node] : parsed.table()) {
         const std::string_view name = key.str();
+        if (name == kNetwork && !m_listens) continue;
         const auto sections = DefinitionSections();
         const auto section =
             std::find_if(sections.begin(), sections.end(),
@@ -355,7 +360,7 @@ void Reader::Read() {
     m_out.dataFolder = Below(m_out.dataFolder);
     m_out.usersFile = Below(m_out.usersFile);
     m_out.files = m_files;
-    CheckNetwork();
+    if (m_listens) CheckNetwork();
     if (m_out.variables.size() > static_cast<std::size_t>(m_out.maxVariables)) {
         Tell({0, 0}, "",
              {platform::Translatable("zmiennych jest %s, a server.variables dopuszcza %s"),
@@ -383,7 +388,21 @@ std::vector<std::string> Reader::Faults(const platform::Translator& translator) 
     return lines;
 }
 
+bool Load(const std::string& path, bool listens, const platform::Translator& translator,
+          Definitions& out, std::vector<std::string>& errors) {
+    out = Definitions();
+    Reader reader(path, out, listens);
+    reader.Read();
+    errors = reader.Faults(translator);
+    return errors.empty();
+}
+
 }  // namespace
+
+value::CVal InitialValue(const VariableConfig& config) {
+    value::CVal value(config.initial);
+    return !config.initial.empty() && value.Cast(config.type) ? value : value::CVal();
+}
 
 bool IsBounded(const VariableConfig& config, double number) {
     return std::isfinite(number) && (!config.minimum || number >= *config.minimum) &&
@@ -396,11 +415,12 @@ std::string StorePath(const Definitions& definitions) {
 
 bool LoadDefinitions(const std::string& path, const platform::Translator& translator,
                      Definitions& out, std::vector<std::string>& errors) {
-    out = Definitions();
-    Reader reader(path, out);
-    reader.Read();
-    errors = reader.Faults(translator);
-    return errors.empty();
+    return Load(path, true, translator, out, errors);
+}
+
+bool LoadVariables(const std::string& path, const platform::Translator& translator,
+                   Definitions& out, std::vector<std::string>& errors) {
+    return Load(path, false, translator, out, errors);
 }
 
 }  // namespace kalvex::server

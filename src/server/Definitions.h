@@ -37,6 +37,10 @@ struct VariableConfig {
     std::optional<Signal> signal;
 };
 
+// What a new variable has: of its type, or of none where the definition gives no value. Its time is
+// 0.
+value::CVal InitialValue(const VariableConfig& config);
+
 // Finite, and not outside min and max.
 bool IsBounded(const VariableConfig& config, double number);
 
@@ -76,6 +80,11 @@ std::string StorePath(const Definitions& definitions);
 // undefined. After a hundred faults the rest is not told.
 bool LoadDefinitions(const std::string& path, const platform::Translator& translator,
                      Definitions& out, std::vector<std::string>& errors);
+
+// The same for who wants the name and the variables alone, on a machine that need not be the
+// server's: the section [network] is passed over.
+bool LoadVariables(const std::string& path, const platform::Translator& translator,
+                   Definitions& out, std::vector<std::string>& errors);
 
 // Puts back into `next` what cannot change while the server runs. The answer names the keys whose
 // change has to wait for the next start.

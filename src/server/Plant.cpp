@@ -10,9 +10,9 @@ namespace kalvex::server {
 namespace {
 
 // A value of the variable's type, or none.
-value::CVal InitialValue(const VariableConfig& config, std::int64_t now) {
-    value::CVal value(config.initial);
-    if (config.initial.empty() || !value.Cast(config.type)) return NoValue();
+value::CVal FirstValue(const VariableConfig& config, std::int64_t now) {
+    value::CVal value = InitialValue(config);
+    if (value.GetType() == value::ValueType::None) return NoValue();
     value.SetTime(now);
     return value;
 }
@@ -46,7 +46,7 @@ void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& r
         const bool hasLast = last && last->GetType() != value::ValueType::None;
         if (hasLast && last->Cast(config.type)) {
             variable.value = std::move(*last);
-        } else if (value::CVal value = InitialValue(config, now);
+        } else if (value::CVal value = FirstValue(config, now);
                    value.GetType() != value::ValueType::None) {
             SetValue(m_arrVariables.size() - 1, std::move(value));
         } else {

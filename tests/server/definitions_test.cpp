@@ -52,6 +52,33 @@ TEST_F(DefinitionsTest, ReasonsAreTranslatedAndPathsAndKeysAreNot) {
                     path + ":4: server.kolor: <nieznany klucz>"));
 }
 
+TEST_F(DefinitionsTest, WhoWantsTheVariablesAloneIsToldNothingOfTheNetwork) {
+    const std::string network = "[network]\naddress = 5\ncolour = 1\ncertificate = \"nie.pem\"\n";
+    const std::string variable = "[[variable]]\nname = \"A\"\ntype = \"int\"\nvalue = \"7\"\n";
+    const std::string path =
+        m_folder.Put("plant.toml", "[server]\nname = \"Gaz\"\n" + network + variable);
+    ASSERT_TRUE(LoadVariables(path, platform::Translator(), m_definitions, m_errors));
+    EXPECT_EQ(m_definitions.name, "Gaz");
+    ASSERT_EQ(m_definitions.variables.size(), 1U);
+    EXPECT_EQ(m_definitions.variables[0].name, "A");
+    EXPECT_FALSE(Load("[server]\nname = \"Gaz\"\n" + network + variable));
+
+    const std::string wrong =
+        m_folder.Put("plant.toml", network + "[[variable]]\ntype = \"int\"\n");
+    EXPECT_FALSE(LoadVariables(wrong, platform::Translator(), m_definitions, m_errors));
+    EXPECT_THAT(m_errors, ElementsAre(wrong + ":5: variable.name: brak nazwy zmiennej"));
+}
+
+TEST_F(DefinitionsTest, FirstValueIsOfTheTypeOrNone) {
+    ASSERT_TRUE(Load(
+        "[[variable]]\nname = \"A\"\ntype = \"int\"\nvalue = \"7\"\n[[variable]]\nname = \"B\"\n"));
+    const value::CVal first = InitialValue(m_definitions.variables[0]);
+    EXPECT_EQ(first.GetType(), value::ValueType::Int);
+    EXPECT_EQ(first, value::CVal(7));
+    EXPECT_EQ(first.GetTime(), 0);
+    EXPECT_EQ(InitialValue(m_definitions.variables[1]).GetType(), value::ValueType::None);
+}
+
 TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
     ASSERT_TRUE(Load(""));
     EXPECT_EQ(m_definitions.name, "sorvaned");

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -21,10 +22,15 @@ struct PlantCurrent {
     bool stamped = false;  // false: its time is the moment of that tick
 };
 
+// The value that a variable has come to at a time of the plant's clock. Called as the seconds go,
+// which may also be set back; its time is the plant's to set.
+using PlantSignal = std::function<value::CVal(std::int64_t now)>;
+
 struct SimulatedVariable {
     std::string name;
     std::vector<std::pair<std::string, std::string>> attributes;
     std::vector<PlantCurrent> current;
+    PlantSignal signal;                                                      // none in a file
     std::map<value::ValueKind, std::map<std::int64_t, value::CVal>> stored;  // by kind and time
     std::optional<std::uint16_t> accessError;
     std::optional<std::uint16_t> readError;

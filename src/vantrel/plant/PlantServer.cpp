@@ -77,6 +77,18 @@ void PlantServer::Publish(Variable& variable, value::CVal value) {
     for (PlantTransport* transport : m_transports) transport->Publish(variable);
 }
 
+void PlantServer::MoveSignals(std::int64_t now) {
+    for (Variable& variable : m_arrVariables) {
+        if (!variable.definition.signal) continue;
+        value::CVal value = variable.definition.signal(now);
+        const value::CVal& old = variable.value;
+        const bool same = old.GetStatus() == 0 && old.GetType() == value.GetType() && old == value;
+        if (same) continue;
+        value.SetTime(now);
+        Publish(variable, std::move(value));
+    }
+}
+
 ReadAnswer PlantServer::Read(const ReadRequest& request) {
     ReadAnswer answer;
     answer.id = request.id;

@@ -42,6 +42,8 @@ class PlantServer {
     std::uint16_t Modify(ModifyRequest& request);
     std::uint16_t Modify(ArchiveModifyRequest& request);
     void Work(const PeriodRequest& request);
+    // A value that comes out the same keeps its time.
+    void MoveSignals(std::int64_t now);
 
   private:
     void Publish(Variable& variable, value::CVal value);

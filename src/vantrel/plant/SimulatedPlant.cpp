@@ -23,6 +23,10 @@ void SimulatedPlant::At(std::int64_t tick, std::function<void()> event) {
 
 void SimulatedPlant::AdvanceTo(std::int64_t tick) {
     m_tick = tick;
+    if (const std::int64_t now = Now(); m_moved != now) {
+        m_moved = now;
+        for (const auto& [name, server] : m_servers) server->MoveSignals(now);
+    }
     while (!m_events.empty() && m_events.begin()->first <= tick) {
         const auto event = m_events.extract(m_events.begin());
         event.mapped()();

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,7 @@ class SimulatedPlant final : public TransportFactory {
   private:
     const platform::Clock& m_clock;
     std::int64_t m_tick = 0;
+    std::optional<std::int64_t> m_moved;  // the time to which the signals have moved
     std::multimap<std::int64_t, std::function<void()>> m_events;
     std::map<std::string, std::unique_ptr<PlantServer>, std::less<>> m_servers;
 };
