@@ -163,6 +163,81 @@ class ExitStatus(RunnerTest):
                                         "127.0.0.1. Connection refused\n")
 
 
+CYCLE = "LOCAL N = 0\n:w\nSET N = N + 1\nGOTO w\n"
+
+
+class Until(RunnerTest):
+    """--until: the run ends with 0 when the clock gets there, whatever its scripts are at."""
+
+    def until(self, time, *texts, options=("--clock", CLOCK)):
+        return self.run_scripts(*texts, options=(*options, "--until", time))
+
+    def test_cyclic_script_ends_well_at_that_moment(self):
+        run = self.until("2024-03-10 07:00:03", CYCLE)
+        self.assertEqual((run.code, run.err, run.result["ticks"], run.result["now"]), (0, "", 3000, START + 3))
+        self.assertEqual([run.script[f] for f in ("running", "finished", "errorStanding")], [True, False, False])
+        # A turn of the loop is two lines, 50 ticks each; the first SET comes 51 ticks after the declaration.
+        self.assertEqual(run.value("N"), 29)
+
+    def test_table_says_on_which_line_a_script_was(self):
+        self.write("a.kx", ":w\nSLEEP 00:10.00\nGOTO w\n")
+        run = self.call("--clock", CLOCK, "--until", "2024-03-10 07:00:01", "a.kx")
+        a = self.folder / "a.kx"
+        self.assertEqual((run.code, run.out), (0, f"{CLOCK} {a} : Inicjowanie skryptu \n{CLOCK} {a} : Start skryptu \n\n"
+                                                  f"{a} : at line 2\n"))
+
+    def test_million_ticks_are_no_limit_then(self):
+        run = self.until("2024-03-10 07:16:41", ":w\nSLEEP 01:00.00\nGOTO w\n")
+        self.assertEqual((run.code, run.result["ticks"]), (0, 1001000))
+
+    def test_limit_that_comes_first_counts(self):
+        run = self.until("2024-03-10 07:00:03", CYCLE, options=("--clock", CLOCK, "--ticks", "2999"))
+        self.assertEqual((run.code, run.result["ticks"]), (3, 2999))
+        run = self.until("2024-03-10 07:00:03", CYCLE, options=("--clock", CLOCK, "--ticks", "3000"))
+        self.assertEqual((run.code, run.result["ticks"]), (0, 3000))
+
+    def test_ticks_count_by_what_they_are_worth(self):
+        run = self.until("2024-03-10 07:01:00", CYCLE, options=("--clock", CLOCK, "--tick-ms", "700"))
+        self.assertEqual((run.code, run.result["ticks"]), (0, 86))
+
+    def test_finished_scripts_end_the_run_before(self):
+        run = self.until("2024-03-10 07:00:03", "LOCAL A\n")
+        self.assertEqual((run.code, run.result["ticks"], run.script["finished"]), (0, 51, True))
+
+    def test_error_is_an_error_then_too(self):
+        self.assertEqual(self.until("2024-03-10 07:00:03", "SET Q = 1\n").code, 1)
+        self.assertEqual(self.until("2024-03-10 07:00:03", "GOTO brak\n", CYCLE).code, 1)
+        self.assertEqual(self.until("2024-03-10 07:00:03", "ENDIF\n", CYCLE).code, 2)
+
+    def test_time_that_a_script_sets_counts(self):
+        run = self.until("2024-03-10 08:00:00", "SETTIME 2024 3 10 8 0 0\n:w\nGOTO w\n")
+        self.assertEqual((run.code, run.result["ticks"], run.script["currentLine"]), (0, 1, 1))
+
+    def test_actions_behind_it_do_not_happen(self):
+        run = self.run_scripts(CYCLE, options=("--clock", CLOCK, "--until", "2024-03-10 07:00:01"), actions=[at(1001, "stop")])
+        self.assertEqual((run.code, run.result["ticks"], run.script["paused"]), (0, 1000, False))
+
+    def test_time_that_is_past_is_refused(self):
+        for time, clock in ((CLOCK, CLOCK), ("2024-03-10 06:59:59", CLOCK)):
+            run = self.until(time, CYCLE, options=("--clock", clock))
+            reason = f'kalvex-run: --until: "{time}" is past at the start, "{clock}"\n'
+            self.assertEqual((run.code, run.out, run.err), (2, "", reason))
+        past = self.until(CLOCK, CYCLE, options=())
+        self.assertEqual((past.code, past.out), (2, ""))
+        self.assertRegex(past.err, rf'^kalvex-run: --until: "{CLOCK}" is past at the start, "[-\d]+ [:\d]+"\n$')
+
+    def test_without_a_virtual_clock_the_system_s_counts(self):
+        self.environment["TZ"] = "UTC"
+        for seconds in (1, 2, 4, 8, 16, 32):  # the program may be long in coming up
+            moment = datetime.datetime.now(datetime.timezone.utc).replace(microsecond=0) + datetime.timedelta(seconds=seconds)
+            run = self.until(moment.strftime("%Y-%m-%d %H:%M:%S"), CYCLE, options=())
+            if run.code == 0:
+                break
+            self.assertRegex(run.err, "^kalvex-run: --until: .* is past at the start, ")
+        self.assertEqual((run.code, run.err), (0, ""))
+        self.assertGreaterEqual(run.result["now"], int(moment.timestamp()))
+
+
 class Faults(RunnerTest):
     """What is wrong comes as one line on standard error, with nothing on standard output and status 2."""
 

@@ -22,6 +22,7 @@ TEST(OptionsTest, Defaults) {
     EXPECT_EQ(options.clock, std::nullopt);
     EXPECT_EQ(options.tickMs, 1);
     EXPECT_EQ(options.ticks, std::nullopt);
+    EXPECT_EQ(options.until, std::nullopt);
     EXPECT_EQ(options.plant, std::nullopt);
     EXPECT_EQ(options.actions, std::nullopt);
     EXPECT_EQ(options.profile, std::nullopt);
@@ -30,6 +31,9 @@ TEST(OptionsTest, Defaults) {
     EXPECT_FALSE(options.minimised);
     EXPECT_FALSE(options.json);
     EXPECT_FALSE(options.lines);
+    EXPECT_FALSE(options.test);
+    EXPECT_EQ(options.junit, std::nullopt);
+    EXPECT_EQ(options.language, std::nullopt);
 }
 
 TEST(OptionsTest, AllAreTaken) {
@@ -40,6 +44,8 @@ TEST(OptionsTest, AllAreTaken) {
                                            "10",
                                            "--ticks",
                                            "500",
+                                           "--until",
+                                           "2024-03-10 08:00:00",
                                            "--minimised",
                                            "--plant",
                                            "p.json",
@@ -59,6 +65,7 @@ TEST(OptionsTest, AllAreTaken) {
     EXPECT_EQ(options.clock, 1710050400);
     EXPECT_EQ(options.tickMs, 10);
     EXPECT_EQ(options.ticks, 500);
+    EXPECT_EQ(options.until, 1710054000);
     EXPECT_EQ(options.plant, "p.json");
     EXPECT_EQ(options.actions, "a.json");
     EXPECT_EQ(options.profile, "p.ini");
@@ -93,6 +100,28 @@ TEST(OptionsTest, VirtualRunHasALimit) {
     EXPECT_EQ(Parse({"--clock", "2024-03-10 07:00:00", "--ticks", "0", "a.kx"}).ticks, 0);
 }
 
+TEST(OptionsTest, VirtualRunWithATimeToEndHasNoLimitOfItsOwn) {
+    const Words times = {"--clock", "2024-03-10 07:00:00", "--until", "2024-03-11 07:00:00",
+                         "a.kx"};
+    EXPECT_EQ(Parse(times).ticks, std::nullopt);
+    Words limited = times;
+    limited.insert(limited.end(), {"--ticks", "7"});
+    EXPECT_EQ(Parse(limited).ticks, 7);
+}
+
+TEST(OptionsTest, Tests) {
+    const run::RunOptions options = Parse({"--test", "folder", "--junit", "out.xml", "a.kx"});
+    EXPECT_TRUE(options.test);
+    EXPECT_EQ(options.junit, "out.xml");
+    EXPECT_EQ(options.scripts, (Words{"folder", "a.kx"}));
+}
+
+TEST(OptionsTest, WordOfTheLanguageMayBeMissing) {
+    EXPECT_EQ(Parse({"--language"}).language, "");
+    EXPECT_EQ(Parse({"--language", "SET"}).language, "SET");
+    EXPECT_EQ(Parse({"--language=SET"}).language, "SET");
+}
+
 TEST(OptionsTest, UserWithoutDescription) {
     const run::RunOptions options = Parse({"--user", "jan", "a.kx"});
     EXPECT_EQ(options.userName, "jan");
@@ -111,8 +140,9 @@ TEST(OptionsTest, HelpNamesEveryOption) {
     EXPECT_EQ(line.exitStatus, 0);
     EXPECT_EQ(run::ParseCommandLine({"-h"}).message, line.message);
     for (const char* option :
-         {"--clock", "--tick-ms", "--ticks", "--minimised", "--plant", "--actions", "--user",
-          "--log-level", "--json", "--lines", "--profile", "-V,--version", "-h,--help"}) {
+         {"--clock", "--tick-ms", "--ticks", "--until", "--minimised", "--plant", "--actions",
+          "--user", "--log-level", "--json", "--lines", "--profile", "--test", "--junit",
+          "--language", "-V,--version", "-h,--help"}) {
         EXPECT_NE(line.message.find("\n  " + std::string(option) + " "), std::string::npos)
             << option;
     }
@@ -145,6 +175,9 @@ const UsageCase kUsages[] = {
     {"ClockIsNoDay",
      {"--clock", "2024-02-30 07:00:00", "a.kx"},
      "kalvex-run: --clock: \"2024-02-30 07:00:00\" is not a time \"YYYY-MM-DD HH:MM:SS\"\n"},
+    {"UntilIsAnHour",
+     {"--until", "08:00:00", "a.kx"},
+     "kalvex-run: --until: \"08:00:00\" is not a time \"YYYY-MM-DD HH:MM:SS\"\n"},
     {"TicksText",
      {"--ticks", "12x", "a.kx"},
      "kalvex-run: --ticks: \"12x\" is not a whole number of at least 0\n"},
@@ -163,6 +196,11 @@ const UsageCase kUsages[] = {
     {"LogLevelFour",
      {"--log-level", "4", "a.kx"},
      "kalvex-run: --log-level: \"4\" is not a whole number from 0 to 3\n"},
+    {"JUnitWithoutTest", {"--junit", "out.xml", "a.kx"}, "kalvex-run: --junit goes with --test\n"},
+    {"TestWithAnOptionOfRuns",
+     {"--test", "--until", "2024-03-10 07:00:00", "a.kx"},
+     "kalvex-run: --test takes no --until: a script names its own behind \";; run:\"\n"},
+    {"TestOfNothing", {"--test"}, "kalvex-run: no script is named\n"},
     {"UserWithoutName", {"--user", ":Jan", "a.kx"}, "kalvex-run: --user: \":Jan\" names nobody\n"},
     {"PlantWithoutFile", {"a.kx", "--plant"}, "kalvex-run: --plant needs a value\n"},
     {"ActionsWithoutFile", {"a.kx", "--actions"}, "kalvex-run: --actions needs a value\n"},

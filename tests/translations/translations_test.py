@@ -63,6 +63,7 @@ TABLES = {
     "src/workbench/qt/TrendWindow.cpp": None,
     # its texts are marked there and in the tables of the language
     "src/workbench/model/KeywordHelp.cpp": None,
+    "src/programs/kalvex-run/LanguageHelp.cpp": None,
     # their texts and those of src/platform/UserStore.cpp are marked
     "src/programs/ModuleLibraries.cpp": None,
     "src/programs/sorvaned/Tasks.cpp": None,

@@ -17,18 +17,21 @@ namespace {
 constexpr std::int64_t kTicksOfVirtualRun = 1000000;
 constexpr std::int64_t kGreatestTickMs = 86400000;
 
+constexpr const char* kTimeForm = "\"YYYY-MM-DD HH:MM:SS\"";
 constexpr const char* kPurpose =
     "Runs Kalvex scripts, against the real clock or a virtual one, and prints what happened.";
 constexpr const char* kExitStatuses =
-    "Exit status: 0 every script finished; 1 a script stopped or stands on an error;\n"
-    "2 wrong usage, a file that cannot be read or is not valid, a start that was\n"
-    "refused, or an action that could not be carried out; 3 the tick limit came first.";
+    "Exit status: 0 every script finished, or --until came; 1 a script stopped or stands\n"
+    "on an error; 2 wrong usage, a file that cannot be read or is not valid, a start that\n"
+    "was refused, or an action that could not be carried out; 3 the tick limit came first.";
 
 class UsageFormatter final : public CLI::Formatter {
   public:
     UsageFormatter() { column_width(32); }
     std::string make_usage(const CLI::App*, std::string) const override {
-        return "Usage: kalvex-run [OPTIONS] SCRIPT.kx [SCRIPT.kx ...]\n";
+        return "Usage: kalvex-run [OPTIONS] SCRIPT.kx [SCRIPT.kx ...]\n"
+               "       kalvex-run --test [--junit FILE] SCRIPT.kx|FOLDER ...\n"
+               "       kalvex-run --language [WORD]\n";
     }
     std::string make_positionals(const CLI::App*) const override { return {}; }
     std::string make_option_opts(const CLI::Option* option) const override {
@@ -36,60 +39,128 @@ class UsageFormatter final : public CLI::Formatter {
     }
 };
 
-void AddNumber(CLI::App& app, const std::string& name, std::int64_t least, std::int64_t greatest,
-               std::int64_t& out, const std::string& help) {
-    const auto take = [=, &out](const std::string& text) {
-        const auto number = text::ReadWholeNumber<std::int64_t>(text);
-        if (number && *number >= least && *number <= greatest) {
-            out = *number;
-            return;
-        }
-        const std::string range = greatest == INT64_MAX
-                                      ? fmt::format("of at least {}", least)
-                                      : fmt::format("from {} to {}", least, greatest);
-        throw CLI::ValidationError(name,
-                                   fmt::format("\"{}\" is not a whole number {}", text, range));
-    };
-    app.add_option_function<std::string>(name, take, help)->type_name("N")->take_last();
+std::string ReadNumber(const std::string& text, std::int64_t least, std::int64_t greatest,
+                       std::int64_t& out) {
+    const auto number = text::ReadWholeNumber<std::int64_t>(text);
+    if (number && *number >= least && *number <= greatest) {
+        out = *number;
+        return {};
+    }
+    const std::string range = greatest == INT64_MAX ? fmt::format("of at least {}", least)
+                                                    : fmt::format("from {} to {}", least, greatest);
+    return fmt::format("\"{}\" is not a whole number {}", text, range);
 }
 
-void AddClock(CLI::App& app, RunOptions& options) {
-    const auto take = [&options](const std::string& text) {
-        options.clock = value::ParseLocalTime(text);
-        if (options.clock) return;
-        throw CLI::ValidationError(
-            "--clock", fmt::format("\"{}\" is not a time \"YYYY-MM-DD HH:MM:SS\"", text));
-    };
-    app.add_option_function<std::string>("--clock", take,
-                                         "Virtual local time at the first tick; nothing waits then")
-        ->type_name("\"YYYY-MM-DD HH:MM:SS\"")
-        ->take_last();
+std::string TakeTickMs(RunOptions& options, const std::string& text) {
+    return ReadNumber(text, 1, kGreatestTickMs, options.tickMs);
 }
 
-void AddUser(CLI::App& app, RunOptions& options) {
-    const auto take = [&options](const std::string& text) {
-        const std::size_t colon = text.find(':');
-        options.userName = text::FromUtf8(text.substr(0, colon));
-        if (colon != std::string::npos)
-            options.userDescription = text::FromUtf8(text.substr(colon + 1));
-        if (options.userName.empty()) {
-            throw CLI::ValidationError("--user", fmt::format("\"{}\" names nobody", text));
-        }
-    };
-    app.add_option_function<std::string>("--user", take, "The user who is logged in")
-        ->type_name("NAME[:DESCRIPTION]")
-        ->take_last();
+template <auto Member, std::int64_t Greatest>
+std::string TakeNumber(RunOptions& options, const std::string& text) {
+    std::int64_t number = 0;
+    std::string fault = ReadNumber(text, 0, Greatest, number);
+    if (fault.empty()) options.*Member = number;
+    return fault;
 }
 
-void AddFile(CLI::App& app, const std::string& name, std::optional<std::string>& out,
-             const std::string& help) {
-    app.add_option(name, out, help)->type_name("FILE")->take_last();
+template <std::optional<std::int64_t> RunOptions::*Member>
+std::string TakeTime(RunOptions& options, const std::string& text) {
+    options.*Member = value::ParseLocalTime(text);
+    if (options.*Member) return {};
+    return fmt::format("\"{}\" is not a time {}", text, kTimeForm);
+}
+
+std::string TakeUser(RunOptions& options, const std::string& text) {
+    const std::size_t colon = text.find(':');
+    options.userName = text::FromUtf8(text.substr(0, colon));
+    if (colon != std::string::npos)
+        options.userDescription = text::FromUtf8(text.substr(colon + 1));
+    return options.userName.empty() ? fmt::format("\"{}\" names nobody", text) : std::string();
+}
+
+template <std::optional<std::string> RunOptions::*Member>
+std::string TakeText(RunOptions& options, const std::string& text) {
+    options.*Member = text;
+    return {};
+}
+
+template <bool RunOptions::*Member>
+std::string TakeFlag(RunOptions& options, const std::string&) {
+    options.*Member = true;
+    return {};
+}
+
+struct OptionRow {
+    const char* name;
+    const char* value;  // as the help shows it; null for an option without one
+    const char* help;
+    // Tells what is wrong with the text, if anything.
+    std::string (*take)(RunOptions& options, const std::string& text);
+    bool ofTests = false;  // one of those that --test can do with
+};
+
+constexpr OptionRow kOptions[] = {
+    {"--clock", kTimeForm, "Virtual local time at the first tick; nothing waits then",
+     TakeTime<&RunOptions::clock>},
+    {"--tick-ms", "N", "Milliseconds of virtual time per tick (default 1)", TakeTickMs},
+    {"--ticks", "N",
+     "Stop after N ticks (1000000 with --clock and without --until, else without end)",
+     TakeNumber<&RunOptions::ticks, INT64_MAX>},
+    {"--until", kTimeForm, "End when the clock reads this local time; that is no limit",
+     TakeTime<&RunOptions::until>},
+    {"--minimised", nullptr, "Run every script as if its window were minimised",
+     TakeFlag<&RunOptions::minimised>},
+    {"--plant", "FILE", "Simulated data servers, or the .toml of a real one",
+     TakeText<&RunOptions::plant>},
+    {"--actions", "FILE", "Operator actions at given ticks", TakeText<&RunOptions::actions>},
+    {"--user", "NAME[:DESCRIPTION]", "The user who is logged in", TakeUser},
+    {"--log-level", "N",
+     "Log: 0 always, 1 errors, 2 events, 3 transmission (default: of the profile, or 1)",
+     TakeNumber<&RunOptions::logLevel, 3>},
+    {"--json", nullptr, "Print the result as one JSON object and nothing else",
+     TakeFlag<&RunOptions::json>},
+    {"--lines", nullptr, "Add each script's text after preparation to the JSON",
+     TakeFlag<&RunOptions::lines>},
+    {"--profile", "FILE", "Profile to read sources and settings from",
+     TakeText<&RunOptions::profile>},
+    {"--test", nullptr, "Run scripts that carry expectations, also all of folders",
+     TakeFlag<&RunOptions::test>, true},
+    {"--junit", "FILE", "With --test: write what came of it as JUnit XML too",
+     TakeText<&RunOptions::junit>, true},
+    {"--language", "[WORD]", "Print what a word of the language means, or all words, and exit",
+     TakeText<&RunOptions::language>},
+};
+
+void Add(CLI::App& app, const OptionRow& row, RunOptions& options) {
+    if (row.value == nullptr) {
+        app.add_flag_callback(
+            row.name, [&row, &options] { row.take(options, {}); }, row.help);
+        return;
+    }
+    const auto take = [&row, &options](const std::string& text) {
+        const std::string fault = row.take(options, text);
+        if (!fault.empty()) throw CLI::ValidationError(row.name, fault);
+    };
+    CLI::Option* const option = app.add_option_function<std::string>(row.name, take, row.help);
+    option->type_name(row.value)->take_last();
+    if (*row.value == '[') option->expected(0, 1);
 }
 
 // The library counts the sign that ends the options among what it does not know.
 std::string FirstUnknown(const CLI::App& app) {
     for (const std::string& argument : app.remaining()) {
         if (argument != "--") return argument;
+    }
+    return {};
+}
+
+// What does not go together.
+std::string FindConflict(const CLI::App& app, const RunOptions& options) {
+    if (options.junit && !options.test) return "--junit goes with --test";
+    for (const OptionRow& row : kOptions) {
+        if (!options.test || row.ofTests || app.count(row.name) == 0) continue;
+        return fmt::format("--test takes no {}: a script names its own behind \";; run:\"",
+                           row.name);
     }
     return {};
 }
@@ -103,8 +174,6 @@ CommandLine Refuse(const std::string& reason) {
 CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     CommandLine line;
     RunOptions& options = line.options;
-    std::int64_t ticks = -1;
-    std::int64_t logLevel = -1;
 
     CLI::App app(kPurpose, "kalvex-run");
     app.formatter(std::make_shared<UsageFormatter>());
@@ -114,23 +183,7 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     app.set_version_flag("-V,--version", "kalvex-run " KALVEX_VERSION,
                          "Print the version and exit");
     app.add_option("SCRIPT", options.scripts);
-    AddClock(app, options);
-    AddNumber(app, "--tick-ms", 1, kGreatestTickMs, options.tickMs,
-              "Milliseconds of virtual time per tick (default 1)");
-    AddNumber(app, "--ticks", 0, INT64_MAX, ticks,
-              "Stop after N ticks (1000000 with --clock, else without end)");
-    app.add_flag("--minimised", options.minimised,
-                 "Run every script as if its window were minimised");
-    AddFile(app, "--plant", options.plant, "Simulated data servers");
-    AddFile(app, "--actions", options.actions, "Operator actions at given ticks");
-    AddUser(app, options);
-    AddNumber(app, "--log-level", 0, 3, logLevel,
-              "Log: 0 always, 1 errors, 2 events, 3 transmission (default: of the "
-              "profile, or 1)");
-    app.add_flag("--json", options.json, "Print the result as one JSON object and nothing else");
-    app.add_flag("--lines", options.lines, "Add each script's text after preparation to the JSON");
-    AddFile(app, "--profile", options.profile, "Profile to read sources and settings from");
-
+    for (const OptionRow& row : kOptions) Add(app, row, options);
     try {
         std::ranges::reverse(arguments);
         app.parse(arguments);
@@ -147,13 +200,11 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     if (const std::string unknown = FirstUnknown(app); !unknown.empty()) {
         return Refuse("unknown option " + unknown);
     }
-    if (options.scripts.empty()) return Refuse("no script is named");
-    if (logLevel >= 0) options.logLevel = static_cast<int>(logLevel);
-    if (ticks >= 0) {
-        options.ticks = ticks;
-    } else if (options.clock) {
-        options.ticks = kTicksOfVirtualRun;
+    if (const std::string conflict = FindConflict(app, options); !conflict.empty()) {
+        return Refuse(conflict);
     }
+    if (options.scripts.empty() && !options.language) return Refuse("no script is named");
+    if (options.clock && !options.until && !options.ticks) options.ticks = kTicksOfVirtualRun;
     return line;
 }
 

@@ -14,6 +14,7 @@ struct RunOptions {
     std::optional<std::int64_t> clock;  // virtual time at the first tick, seconds since 1970 GMT
     std::int64_t tickMs = 1;
     std::optional<std::int64_t> ticks;  // the limit; none is set by an empty one
+    std::optional<std::int64_t> until;  // the clock's time at which the run ends, as clock
     std::optional<std::string> plant;
     std::optional<std::string> actions;
     std::optional<std::string> profile;
@@ -23,6 +24,10 @@ struct RunOptions {
     bool minimised = false;
     bool json = false;
     bool lines = false;
+    bool test = false;                 // the scripts, and those of folders, carry expectations
+    std::optional<std::string> junit;  // with test
+    // A word of the language to be told, empty for all of them; then there may be no script.
+    std::optional<std::string> language;
 };
 
 struct CommandLine {

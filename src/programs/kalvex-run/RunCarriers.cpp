@@ -1,6 +1,11 @@
 #include "programs/kalvex-run/RunCarriers.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <utility>
+
+#include "text/CodePage.h"
 
 namespace kalvex::run {
 
@@ -16,8 +21,20 @@ std::vector<std::string> SourceNamesOf(const vantrel::PlantDefinition& plant) {
 
 }  // namespace
 
-RunPlant::RunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock)
-    : m_names(SourceNamesOf(plant)), m_plant(std::move(plant), clock) {}
+RunPlant::RunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock, std::string remedy)
+    : m_names(SourceNamesOf(plant)),
+      m_remedy(std::move(remedy)),
+      m_plant(std::move(plant), clock) {}
+
+std::unique_ptr<vantrel::ClientTransport> RunPlant::Connect(std::string_view source,
+                                                            vantrel::ClientTransportEvents& events,
+                                                            std::uint32_t& reason) {
+    if (std::ranges::find(m_names, source) == m_names.end()) {
+        fmt::print(stderr, "kalvex-run: the data server \"{}\" is never reached: {}\n",
+                   text::ToUtf8(source), m_remedy);
+    }
+    return m_plant.Connect(source, events, reason);
+}
 
 RunNetwork::RunNetwork(vantrel::NetworkClientSettings settings, platform::LogSink& log,
                        const platform::Translator& translator)

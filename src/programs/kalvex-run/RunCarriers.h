@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Clock.h"
@@ -27,17 +29,23 @@ class RunCarrier {
     virtual void BeginTick(std::int64_t tick, vantrel::CSourceList& sources) = 0;
 };
 
-// Servers that are simulated by ticks.
-class RunPlant final : public RunCarrier {
+// Servers that are simulated by ticks. A source that is none of them never connects: standard error
+// is told so when a script first names it, with `remedy`, what is to be done about it.
+class RunPlant final : public RunCarrier, private vantrel::TransportFactory {
   public:
-    RunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock);
+    RunPlant(vantrel::PlantDefinition plant, const platform::Clock& clock, std::string remedy);
 
-    vantrel::TransportFactory& Transports() override { return m_plant; }
+    vantrel::TransportFactory& Transports() override { return *this; }
     const std::vector<std::string>& SourceNames() const override { return m_names; }
     void BeginTick(std::int64_t tick, vantrel::CSourceList&) override { m_plant.AdvanceTo(tick); }
 
   private:
+    std::unique_ptr<vantrel::ClientTransport> Connect(std::string_view source,
+                                                      vantrel::ClientTransportEvents& events,
+                                                      std::uint32_t& reason) override;
+
     std::vector<std::string> m_names;
+    std::string m_remedy;
     vantrel::SimulatedPlant m_plant;
 };
 

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "programs/kalvex-run/JsonResult.h"
+#include "programs/kalvex-run/ServerPlant.h"
 #include "text/CodePage.h"
 
 namespace kalvex::run {
@@ -13,6 +14,15 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* kRequestStates[] = {"none", "waiting", "ready", "failed"};
+
+constexpr const char* kNoServers =
+    "give --plant FILE for servers that are simulated, or --profile FILE for those that run";
+
+bool ReadPlantOf(const std::string& path, const platform::Translator& translator,
+                 vantrel::PlantDefinition& plant, std::string& fault) {
+    return IsServerConfiguration(path) ? ReadServerPlant(path, translator, plant, fault)
+                                       : vantrel::ReadPlant(path, plant, fault);
+}
 
 Json CellsJson(const std::vector<value::CVal>& values) {
     Json cells = Json::array();
@@ -98,8 +108,10 @@ std::unique_ptr<RunSources> MakeRunSources(const RunOptions& options, const RunP
             vantrel::NetworkClientSettings{.addresses = profile.servers}, log, translator);
     } else {
         vantrel::PlantDefinition plant;
-        if (options.plant && !vantrel::ReadPlant(*options.plant, plant, fault)) return nullptr;
-        carrier = std::make_unique<RunPlant>(std::move(plant), clock);
+        if (options.plant && !ReadPlantOf(*options.plant, translator, plant, fault)) return nullptr;
+        carrier = std::make_unique<RunPlant>(
+            std::move(plant), clock,
+            options.plant ? *options.plant + " does not have it" : kNoServers);
     }
     return std::make_unique<RunSources>(std::move(carrier), options.json, profile, log, translator,
                                         users);

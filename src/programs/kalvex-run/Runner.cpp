@@ -11,6 +11,7 @@
 #include "platform/posix/SystemClock.h"
 #include "programs/kalvex-run/Interruption.h"
 #include "text/CodePage.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex::run {
 
@@ -45,7 +46,7 @@ Runner::Runner(const RunOptions& options)
 }
 
 bool Runner::Open(std::string& fault) {
-    fault = m_profile.fault;
+    fault = m_profile.fault.empty() ? UntilFault() : m_profile.fault;
     if (!fault.empty()) return false;
     for (const std::string& warning : m_profile.warnings) m_log.Log(warning, platform::LogErrors);
     m_sources = MakeRunSources(m_options, m_profile, *m_clock, m_log, m_translator, m_users, fault);
@@ -72,11 +73,22 @@ bool Runner::Open(std::string& fault) {
 void Runner::Run() {
     for (const std::unique_ptr<RunScript>& script : m_scripts) script->Start();
     m_begin = std::chrono::steady_clock::now();
-    while (!IsDone()) {
+    while (!IsDone() && !IsTimeUp()) {
         m_limitReached = IsInterrupted() || (m_options.ticks && m_ticks >= *m_options.ticks);
         if (m_limitReached) return;
         if (m_virtualClock != nullptr || WaitForTick()) RunTick();
     }
+}
+
+std::string Runner::UntilFault() const {
+    if (!IsTimeUp()) return {};
+    return fmt::format("--until: \"{}\" is past at the start, \"{}\"",
+                       value::FormatLocalTime(*m_options.until),
+                       value::FormatLocalTime(m_clock->Now()));
+}
+
+bool Runner::IsTimeUp() const {
+    return m_options.until && m_clock->Now() >= *m_options.until;
 }
 
 bool Runner::IsDone() const {

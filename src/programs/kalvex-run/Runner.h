@@ -36,7 +36,7 @@ class Runner {
     // Opens everything that the options name; false with the reason in `fault`.
     bool Open(std::string& fault);
 
-    // Starts the scripts and ticks until they are at rest or the limit comes.
+    // Starts the scripts and ticks until they are at rest, or the time to end or the limit comes.
     void Run();
 
     programs::ExitStatus GetExitStatus() const;
@@ -47,6 +47,8 @@ class Runner {
     const std::vector<std::unique_ptr<RunScript>>& Scripts() const { return m_scripts; }
 
   private:
+    std::string UntilFault() const;
+    bool IsTimeUp() const;
     bool IsDone() const;
     bool WaitForTick();
     void RunTick();
