@@ -80,6 +80,8 @@ class Installation(unittest.TestCase):
             for path in (ROOT / source).glob("*.*"):
                 self.assertEqual((target / path.name).read_bytes(), path.read_bytes())
         self.assertFalse((shared / "examples/plant/data").exists())
+        if WINDOWS:
+            self.assertEqual((shared / "card.pdf").read_bytes()[:5], b"%PDF-")
 
     @unittest.skipUnless(WINDOWS, "built without the window")
     def test_desktop_finds_the_window(self):
