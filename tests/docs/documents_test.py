@@ -160,6 +160,14 @@ class Documents(unittest.TestCase):
         for name, value in rows:
             self.assertIn(f"{name} {value}".rstrip(), explained)
 
+    def test_operations_explain_the_keys_of_the_profiles(self):
+        words = re.findall(r'constexpr const char\* \w+ = "([^"]+)";', read("src/app/ProfileKeys.h"))
+        self.assertTrue(words)
+        page = read("docs/operations.md")
+        explained = re.findall(r"`([^`|]+)`", "".join(re.findall(r"(?m)^\| (.*)$", page)))
+        for word in words:
+            self.assertTrue([told for told in explained if re.fullmatch(rf"{word}(\d|NAME)?", told)], word)
+
     def test_operations_explain_the_figures_of_health(self):
         figures = re.findall(r'(?m)^    \{"([a-z_]+)",$', read("src/app/HealthText.cpp"))
         table = re.search(r"(?ms)^\| figure \|.*?\n\n", read("docs/operations.md"))[0]
