@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/Files.h"
+#include "text/Encoding.h"
+#include "text/ShellWord.h"
 
 namespace kalvex::platform {
 
@@ -153,6 +155,11 @@ bool JsonFile::Read(JsonNode& root) {
     if (!ReadWholeFile(m_path, content, error)) {
         m_fault = m_path + ": " + error;
         return false;
+    }
+    if (const std::optional<int> line = text::FindOtherLine(content)) {
+        return FaultAt(*line,
+                       "the file is not in UTF-8; this converts it: kalvex-convert --to utf-8 " +
+                           text::ShellWord(m_path));
     }
     Place place;
     TreeBuilder builder(root, place);

@@ -96,6 +96,17 @@ TEST(JsonFileTest, FaultOfFormHasItsLine) {
     EXPECT_EQ(Fault("[\n1e999]"), "FILE:2: number overflow parsing '1e999'");
 }
 
+TEST(JsonFileTest, FileInAnotherEncodingIsToldAsSuch) {
+    const support::ScratchFile scratch("[1,\n\"\xB9\"]");
+    JsonFile file(scratch.Path());
+    JsonNode root;
+    EXPECT_FALSE(file.Read(root));
+    EXPECT_EQ(file.GetFault(),
+              scratch.Path() +
+                  ":2: the file is not in UTF-8; this converts it: kalvex-convert --to utf-8 " +
+                  scratch.Path());
+}
+
 TEST(JsonFileTest, DeepBracketsAreRefused) {
     EXPECT_EQ(Read(std::string(64, '[') + std::string(64, ']')).items.size(), 1u);
     EXPECT_EQ(Fault("\n" + std::string(65, '[') + std::string(65, ']')),
