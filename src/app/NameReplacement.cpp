@@ -8,6 +8,7 @@
 
 #include "app/Log.h"
 #include "platform/Files.h"
+#include "platform/ForeignText.h"
 #include "platform/LogFile.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
@@ -203,12 +204,15 @@ void NameReplacement::Run() {
     const std::optional<std::string> file = m_parts.desk.AskForFile(
         m_parts.translator.Translate("Zmienne (*.txt)|*.txt|Wszystkie pliki (*.*)|*.*||"));
     if (!file || !m_names.Load(*file, tellRepeated)) return Tell({kNotLoaded});
+    std::string content;
+    std::string error;
+    platform::ReadWholeFile(*file, content, error);
+    if (const auto foreign = platform::DescribeForeignText(*file, content)) Tell(foreign);
     if (m_names.Count() == 0) return Tell({kNoRecords});
     const std::optional<std::string> folder = m_parts.desk.AskForFolder(
         m_parts.translator.Translate("Zmiany globalne w skryptach - wybór katalogu"));
     if (!folder) return;
     Journal journal(m_parts);
-    std::string error;
     if (!journal.CanOpen(error)) {
         return Tell({kNoLog, {m_parts.logFolder + kLogName + ".log", error}});
     }

@@ -275,6 +275,18 @@ TEST_F(NameReplacementTest, NamesOutsideASCIIComeThrough) {
                                     "Zamiana nazwy zmiennej ŻABA (źródło gaz) na ŁĄKA"));
 }
 
+TEST_F(NameReplacementTest, AListInUtf8IsToldBeforeTheFolderIsAskedFor) {
+    folder.Put("nazwy.txt", "gaz\tP1\tX\ngaz\tŻABA\tŁĄKA\n");
+    m_desk.folder.reset();
+    Run();
+    const std::string list = folder.Path("nazwy.txt");
+    EXPECT_THAT(m_record,
+                ElementsAre(kWarning, "message " + list +
+                                          ":2: plik jest w UTF-8, a jest czytany w kodzie "
+                                          "Windows-1250; zamieni go polecenie: kalvex-convert " +
+                                          list));
+}
+
 TEST_F(NameReplacementTest, TheDeepestFoldersComeFirst) {
     for (const char* name : {"skrypty/b", "skrypty/b/c", "skrypty/.ukryty"}) {
         folder.MakeFolder(name);
