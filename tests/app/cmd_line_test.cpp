@@ -94,7 +94,7 @@ TEST(CmdLineTest, ProgramThatOpensNoScriptsPassesThemOver) {
 }
 
 TEST(CmdLineTest, StrangerIsWhatHasNoFormOfAnOption) {
-    for (const char* argument : {"status", "--kolor", "-x", "-", "", "2"}) {
+    for (const char* argument : {"status", "--kolor", "-y", "-", "", "2"}) {
         EXPECT_EQ(CCmdLine({"/ZZ", "/D:5", argument, "obcy"}).FindStranger(), argument);
     }
     EXPECT_EQ(CCmdLine({"/ZZ:1", "/srv/plik", "-d", "5", "-INST", "abc", "/U", "jan:x", "-q", "-?"})

@@ -27,6 +27,8 @@ class WithoutDisplay(unittest.TestCase):
         self.assertEqual((status, errors), (0, ""))
         for option in ("--working-dir", "--log-dir", "--version", "--help"):
             self.assertIn(option, shown)
+        self.assertEqual(self.run_with("-h"), (0, shown, ""))
+        self.assertEqual(self.run_with("-V"), self.run_with("--version"))
 
     def test_no_display_is_one_line_and_status_1(self):
         status, shown, errors = self.run_with()
@@ -38,7 +40,7 @@ class WithoutDisplay(unittest.TestCase):
         self.assertEqual(status, 1, errors)
 
     def test_wrong_usage_is_status_2(self):
-        for arguments in (["--working-dir"], ["--log-dir="], ["--help=yes"]):
+        for arguments in (["--working-dir"], ["--log-dir="], ["--help=yes"], ["status"], ["--kolor"]):
             status, shown, errors = self.run_with(*arguments)
             self.assertEqual((status, shown, len(errors.splitlines())), (2, "", 1), (arguments, errors))
 
