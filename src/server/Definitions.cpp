@@ -38,6 +38,17 @@ struct Place {
     int line = 0;
 };
 
+// The configuration of the machine's service lies where a service does not write, and its store
+// where its unit lets it.
+constexpr const char* kMachineFolder = "/etc/sorvane";
+constexpr const char* kMachineData = "/var/lib/sorvane";
+
+bool IsOfTheMachine(const std::string& path) {
+    std::error_code failed;
+    const std::filesystem::path full = std::filesystem::absolute(path, failed);
+    return !failed && full.lexically_normal().parent_path() == kMachineFolder;
+}
+
 // Reads one configuration into `m_out` and gathers what is wrong with it.
 class Reader {
   public:
@@ -46,6 +57,9 @@ class Reader {
           m_out(out),
           m_listens(listens) {
         m_files.push_back(path);
+        if (!IsOfTheMachine(path)) return;
+        out.dataFolder = kMachineData;
+        out.usersFile = std::string(kMachineData) + "/users.sqlite";
     }
 
     void Read();

@@ -77,6 +77,32 @@ class Sorvaned(unittest.TestCase):
         """The next line of the log without its time."""
         return server.stderr.readline().rstrip("\n")[len("2024-03-10 07:00:00 "):]
 
+    def test_configuration_of_the_machine_needs_no_more_than_the_name(self):
+        """As under its unit: the configuration in /etc/sorvane, the only folder to write in /var/lib/sorvane."""
+        self.config.write_text('[server]\nname = "Stacja"\n', encoding="utf-8")
+        into_place = ["mount -t tmpfs none /etc", "mkdir /etc/sorvane", 'cp "$1" /etc/sorvane/sorvaned.toml',
+                      "mount -o remount,ro /etc", "mount -t tmpfs none /var/lib", "mkdir /var/lib/sorvane"]
+        inside = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-ec"]
+        mounted = subprocess.run([*inside, "; ".join(into_place), "sh", self.config], capture_output=True,
+                                 encoding="utf-8", timeout=60)
+        if mounted.returncode != 0:
+            self.skipTest(f"folders of its own cannot be mounted here: {mounted.stderr.strip()}")
+        server = ['"$2" --config /etc/sorvane/sorvaned.toml user add adam', 'ls /var/lib/sorvane',
+                  'exec "$2" --config /etc/sorvane/sorvaned.toml']
+        program = subprocess.Popen([*inside, "; ".join(into_place + server), "sh", self.config, PROGRAM],
+                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   encoding="utf-8", env=self.environment)
+        for cleanup in (program.stdout.close, program.stderr.close, program.wait, program.kill):
+            self.addCleanup(cleanup)
+        program.stdin.write("tajne\n")
+        program.stdin.close()
+        self.assertEqual(program.stdout.readline(), "users.sqlite\n")
+        self.assertEqual(self.line_of(program), "Uruchomienie serwera Stacja")
+        self.assertRegex(self.line_of(program), f"^Nasłuchiwanie: {self.local_socket()}$")
+        store = pathlib.Path(f"/proc/{program.pid}/root/var/lib/sorvane/store.sqlite")
+        self.assertTrue(store.exists())
+        self.stop(program)
+
     def test_users_are_managed(self):
         self.assertEqual(self.run_with("user", "add", "adam", "--level", "50", "--group", "gaz", stdin="tajne\n"),
                          (0, "", ""))

@@ -79,6 +79,22 @@ TEST_F(DefinitionsTest, FirstValueIsOfTheTypeOrNone) {
     EXPECT_EQ(InitialValue(m_definitions.variables[1]).GetType(), value::ValueType::None);
 }
 
+TEST_F(DefinitionsTest, DataOfTheMachinesConfigurationLieWhereItsServiceMayWrite) {
+    const auto folderOf = [this](const std::string& path) {
+        EXPECT_FALSE(LoadDefinitions(path, platform::Translator(), m_definitions, m_errors));
+        return m_definitions.dataFolder + " " + m_definitions.usersFile;
+    };
+    const std::string machine = "/var/lib/sorvane /var/lib/sorvane/users.sqlite";
+    const std::string other = "data data/users.sqlite";
+    EXPECT_EQ(folderOf("/etc/sorvane/nie-ma.toml"), machine);
+    EXPECT_EQ(folderOf("/etc/./sorvane//nie-ma.toml"), machine);
+    EXPECT_EQ(folderOf("/etc/sorvane/stacja/../nie-ma.toml"), machine);
+    EXPECT_EQ(folderOf("/etc/sorvane/stacja/nie-ma.toml"), other);
+    EXPECT_EQ(folderOf("/etc/sorvane-nie-ma.toml"), other);
+    EXPECT_EQ(folderOf(m_folder.Path("nie-ma.toml")), other);
+    EXPECT_EQ(folderOf("nie-ma.toml"), other);
+}
+
 TEST_F(DefinitionsTest, EmptyFileGivesTheStandard) {
     ASSERT_TRUE(Load(""));
     EXPECT_EQ(m_definitions.name, "sorvaned");
