@@ -1,6 +1,7 @@
 #include "app/Health.h"
 
-#include "operands/ScriptErrors.h"
+#include <algorithm>
+
 #include "platform/ProcessMemory.h"
 
 namespace kalvex::app {
@@ -16,6 +17,29 @@ double Seconds(std::int64_t microseconds) {
 
 double Rate(std::uint64_t from, std::uint64_t to, double seconds) {
     return seconds > 0 ? static_cast<double>(to - from) / seconds : 0;
+}
+
+// Since a line finished, or the script was started if none has.
+std::int64_t StandingSeconds(const engine::CKalvexDoc& script) {
+    const engine::LineStanding& standing = script.State().standing;
+    if (standing.GetOutcome() == engine::LineOutcome::Finished) return 0;
+    const std::int64_t finished = standing.GetLastFinished();
+    const std::int64_t from = finished != 0 ? finished : standing.GetSince();
+    return std::max<std::int64_t>(script.Services().clock.Now() - from, 0);
+}
+
+ScriptFigures FiguresOf(const engine::TickedScript& ticked) {
+    engine::CKalvexDoc& script = *ticked.document;
+    ScriptFigures figures{
+        .name = script.GetDocKey(), .condition = ConditionOf(script), .counts = ticked.counts};
+    const engine::RunState& state = script.State();
+    if (figures.condition == ScriptCondition::Error) figures.error = state.standing.GetError().code;
+    const bool hasLine = figures.condition != ScriptCondition::Idle &&
+                         figures.condition != ScriptCondition::Finished;
+    if (!hasLine) return figures;
+    figures.line = state.m_nCurrentLine + 1;
+    figures.standing = static_cast<double>(StandingSeconds(script));
+    return figures;
 }
 
 }  // namespace
@@ -38,8 +62,8 @@ void Health::OnTick(std::int64_t now, std::int64_t lateness) {
     if (m_samples.size() > kSamples) m_samples.pop_front();
 }
 
-HealthFigures Health::GetFigures(std::int64_t now, const ScriptList& scripts,
-                                 const vantrel::CSourceList* sources) const {
+HealthFigures Health::GetFigures(std::int64_t now, const engine::TickRunner& ticks,
+                                 const vantrel::CSourceList* sources, const CLog& log) const {
     HealthFigures figures;
     figures.uptime = Seconds(now - m_start);
     figures.ticks = m_lateness.GetCount();
@@ -52,8 +76,9 @@ HealthFigures Health::GetFigures(std::int64_t now, const ScriptList& scripts,
     const double span = Seconds(now - oldest.time);
     figures.ticksPerSecond = Rate(oldest.ticks, figures.ticks, span);
     figures.linesPerSecond = Rate(oldest.lines, m_counts.lines, span);
-    for (const std::unique_ptr<engine::CKalvexDoc>& script : scripts) {
-        ++figures.scripts[static_cast<std::size_t>(ConditionOf(*script))];
+    for (const engine::TickedScript& script : ticks.Scripts()) {
+        const ScriptFigures& own = figures.byScript.emplace_back(FiguresOf(script));
+        ++figures.scripts[static_cast<std::size_t>(own.condition)];
     }
     if (sources != nullptr) {
         for (const auto& connection : sources->Connections()) {
@@ -61,6 +86,7 @@ HealthFigures Health::GetFigures(std::int64_t now, const ScriptList& scripts,
         }
     }
     figures.memory = platform::ResidentBytes();
+    figures.linesLost = log.GetLostLines();
     return figures;
 }
 

@@ -5,11 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <memory>
+#include <string>
 #include <vector>
 
+#include "app/Log.h"
 #include "app/TickLateness.h"
 #include "engine/ScriptDocument.h"
+#include "engine/Tick.h"
 #include "vantrel/SourceList.h"
 
 namespace kalvex::app {
@@ -27,6 +29,15 @@ enum class ScriptCondition : std::size_t {
 
 ScriptCondition ConditionOf(engine::CKalvexDoc& script);
 
+struct ScriptFigures {
+    std::string name;  // as the module lists it, an engine text
+    ScriptCondition condition = ScriptCondition::Idle;
+    int line = 0;         // on which it stands, from 1; 0 for none
+    int error = 0;        // the code of the error that stands; 0 for none
+    double standing = 0;  // seconds since a line finished, of a script that has lines to run
+    engine::RunCounts counts;
+};
+
 // Seconds unless said otherwise.
 struct HealthFigures {
     double uptime = 0;
@@ -41,12 +52,12 @@ struct HealthFigures {
     std::array<std::size_t, static_cast<std::size_t>(ScriptCondition::Count)> scripts{};
     std::array<std::size_t, vantrel::StateConnected + 1> connections{};  // by ConnectionState
     std::uint64_t memory = 0;                                            // bytes
+    std::uint64_t linesLost = 0;                                         // of the log's file
+    std::vector<ScriptFigures> byScript;                                 // as they were opened
 };
 
 class Health {
   public:
-    using ScriptList = std::vector<std::unique_ptr<engine::CKalvexDoc>>;
-
     // `now` is here and below a reading in microseconds of one clock that nobody sets.
     explicit Health(std::int64_t now);
 
@@ -57,8 +68,8 @@ class Health {
     engine::RunCounts& Counts() { return m_counts; }
 
     // Without a list of sources there are no connections.
-    HealthFigures GetFigures(std::int64_t now, const ScriptList& scripts,
-                             const vantrel::CSourceList* sources) const;
+    HealthFigures GetFigures(std::int64_t now, const engine::TickRunner& ticks,
+                             const vantrel::CSourceList* sources, const CLog& log) const;
 
   private:
     struct Sample {

@@ -2,6 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <string_view>
+
+#include "app/StandingText.h"
+#include "engine/ScriptStanding.h"
+#include "text/CodePage.h"
+#include "text/TextFormat.h"
+
 namespace kalvex::app {
 
 namespace {
@@ -14,6 +22,8 @@ struct Sample {
 };
 
 using Samples = std::vector<Sample>;
+
+enum class Shown { Never, Always, UnlessZero };
 
 struct LogForm {
     const char* text;
@@ -28,7 +38,7 @@ struct FigureRow {
     const char* help;
     LogForm log;
     Samples (*samples)(const HealthFigures& figures);
-    bool inStatus = false;  // that the service manager shows
+    Shown inStatus = Shown::Never;  // that the service manager shows
 };
 
 // A value that stands alone.
@@ -44,6 +54,7 @@ struct StateRow {
     std::size_t index;
     const char* label;
     const char* word;
+    int number = 0;  // of a script's state as a figure
 };
 
 constexpr std::size_t IndexOf(ScriptCondition condition) {
@@ -51,14 +62,15 @@ constexpr std::size_t IndexOf(ScriptCondition condition) {
 }
 
 constexpr StateRow kScriptStates[] = {
-    {IndexOf(ScriptCondition::Running), "state=\"running\"", platform::Translatable("działa")},
+    {IndexOf(ScriptCondition::Running), "state=\"running\"", platform::Translatable("działa"), 1},
     {IndexOf(ScriptCondition::Waiting), "state=\"waiting\"",
-     platform::Translatable("czeka na dane")},
-    {IndexOf(ScriptCondition::Error), "state=\"error\"", platform::Translatable("w błędzie")},
-    {IndexOf(ScriptCondition::Stopped), "state=\"stopped\"", platform::Translatable("zatrzymane")},
-    {IndexOf(ScriptCondition::Finished), "state=\"finished\"",
-     platform::Translatable("zakończone")},
-    {IndexOf(ScriptCondition::Idle), "state=\"idle\"", platform::Translatable("nieuruchomione")},
+     platform::Translatable("czeka na dane"), 2},
+    {IndexOf(ScriptCondition::Error), "state=\"error\"", platform::Translatable("w błędzie"), 3},
+    {IndexOf(ScriptCondition::Stopped), "state=\"stopped\"", platform::Translatable("zatrzymane"),
+     4},
+    {IndexOf(ScriptCondition::Finished), "state=\"finished\"", platform::Translatable("zakończone"),
+     5},
+    {IndexOf(ScriptCondition::Idle), "state=\"idle\"", platform::Translatable("nieuruchomione"), 0},
 };
 
 constexpr StateRow kConnectionStates[] = {
@@ -138,19 +150,96 @@ constexpr FigureRow kFigures[] = {
      "Scripts by state.",
      {platform::Translatable("skrypty"), 1, 0, ""},
      [](const HealthFigures& f) { return ByState(kScriptStates, f.scripts); },
-     true},
+     Shown::Always},
     {"kalvex_connections",
      "gauge",
      "Connections to data servers by state.",
      {platform::Translatable("połączenia"), 1, 0, ""},
      [](const HealthFigures& f) { return ByState(kConnectionStates, f.connections); },
-     true},
+     Shown::Always},
     {"process_resident_memory_bytes",
      "gauge",
      "Physical memory that the process occupies.",
      {platform::Translatable("pamięć procesu"), kPerMega, 1, " MB"},
      [](const HealthFigures& f) { return Single(f.memory); }},
+    {"kalvex_log_lines_lost_total",
+     "counter",
+     "Lines that could not be written to the file of the log.",
+     {platform::Translatable("pominięte wiersze rejestru"), 1, 0, ""},
+     [](const HealthFigures& f) { return Single(f.linesLost); },
+     Shown::UnlessZero},
 };
+
+bool IsInStatus(const FigureRow& row, const HealthFigures& figures) {
+    if (row.inStatus != Shown::UnlessZero) return row.inStatus == Shown::Always;
+    return std::ranges::any_of(row.samples(figures),
+                               [](const Sample& sample) { return sample.value != 0; });
+}
+
+// What each script has, under its name.
+struct ScriptFigureRow {
+    const char* name;
+    const char* type;
+    const char* help;
+    double (*value)(const ScriptFigures& figures);
+};
+
+int NumberOf(ScriptCondition condition) {
+    return std::ranges::find(kScriptStates, IndexOf(condition), &StateRow::index)->number;
+}
+
+constexpr ScriptFigureRow kScriptFigures[] = {
+    {"kalvex_script_state", "gauge",
+     "State of a script: 0 idle, 1 running, 2 waiting, 3 error, 4 stopped, 5 finished.",
+     [](const ScriptFigures& f) { return static_cast<double>(NumberOf(f.condition)); }},
+    {"kalvex_script_line", "gauge",
+     "Line on which a script stands, from 1; 0 of one that is idle or finished.",
+     [](const ScriptFigures& f) { return static_cast<double>(f.line); }},
+    {"kalvex_script_error_code", "gauge", "Code of the error on which a script stands, 0 for none.",
+     [](const ScriptFigures& f) { return static_cast<double>(f.error); }},
+    {"kalvex_script_standing_seconds", "gauge",
+     "Time since a line of a script finished; 0 of one that is idle or finished.",
+     [](const ScriptFigures& f) { return f.standing; }},
+    {"kalvex_script_lines_total", "counter", "Lines of a script run, each try counted.",
+     [](const ScriptFigures& f) { return static_cast<double>(f.counts.lines); }},
+    {"kalvex_script_line_errors_total", "counter",
+     "Lines of a script that failed, each try counted.",
+     [](const ScriptFigures& f) { return static_cast<double>(f.counts.errors); }},
+};
+
+// The value of a label, UTF-8.
+std::string EscapeLabel(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        if (c == '\\' || c == '"') escaped += '\\';
+        if (c == '\n') {
+            escaped += "\\n";
+        } else {
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string FormatHead(const char* name, const char* help, const char* type) {
+    return fmt::format("# HELP {0} {1}\n# TYPE {0} {2}\n", name, help, type);
+}
+
+std::string FormatScriptMetrics(const std::vector<ScriptFigures>& scripts) {
+    std::vector<std::string> names;
+    for (const ScriptFigures& script : scripts) {
+        names.push_back(EscapeLabel(text::ToUtf8(script.name)));
+    }
+    std::string text;
+    for (const ScriptFigureRow& row : kScriptFigures) {
+        text += FormatHead(row.name, row.help, row.type);
+        for (std::size_t i = 0; i < scripts.size(); ++i) {
+            text +=
+                fmt::format("{}{{script=\"{}\"}} {}\n", row.name, names[i], row.value(scripts[i]));
+        }
+    }
+    return text;
+}
 
 std::string FormatFigure(const FigureRow& row, const HealthFigures& figures,
                          const platform::Translator& translator) {
@@ -179,11 +268,37 @@ std::vector<std::string> FormatHealthLines(const HealthFigures& figures,
     return lines;
 }
 
+std::vector<std::string> FormatHeldScripts(const engine::TickRunner& ticks,
+                                           const platform::Translator& translator) {
+    std::vector<std::string> lines;
+    for (const engine::TickedScript& ticked : ticks.Scripts()) {
+        engine::CKalvexDoc& script = *ticked.document;
+        const ScriptCondition condition = ConditionOf(script);
+        const bool held =
+            condition == ScriptCondition::Error || condition == ScriptCondition::Waiting;
+        if (!held) continue;
+        lines.push_back(text::FormatText(
+            translator.Translate("Stan modułu, skrypt %s: %s"),
+            {script.GetDocKey(), FormatStandingStatus(engine::GetStanding(script), translator)}));
+    }
+    return lines;
+}
+
+void LogHealth(platform::LogSink& log, const HealthFigures& figures,
+               const engine::TickRunner& ticks, const platform::Translator& translator) {
+    for (const std::string& line : FormatHealthLines(figures, translator)) {
+        log.Log(line, platform::LogAlways);
+    }
+    for (const std::string& line : FormatHeldScripts(ticks, translator)) {
+        log.Log(line, platform::LogAlways);
+    }
+}
+
 std::string FormatHealthStatus(const HealthFigures& figures,
                                const platform::Translator& translator) {
     std::string status;
     for (const FigureRow& row : kFigures) {
-        if (!row.inStatus) continue;
+        if (!IsInStatus(row, figures)) continue;
         status += (status.empty() ? "" : "; ") + FormatFigure(row, figures, translator);
     }
     return status;
@@ -192,14 +307,14 @@ std::string FormatHealthStatus(const HealthFigures& figures,
 std::string FormatHealthMetrics(const HealthFigures& figures) {
     std::string text;
     for (const FigureRow& row : kFigures) {
-        text += fmt::format("# HELP {0} {1}\n# TYPE {0} {2}\n", row.name, row.help, row.type);
+        text += FormatHead(row.name, row.help, row.type);
         for (const Sample& sample : row.samples(figures)) {
             const std::string label =
                 *sample.label == '\0' ? "" : fmt::format("{{{}}}", sample.label);
             text += fmt::format("{}{}{} {}\n", row.name, sample.suffix, label, sample.value);
         }
     }
-    return text;
+    return figures.byScript.empty() ? text : text + FormatScriptMetrics(figures.byScript);
 }
 
 }  // namespace kalvex::app

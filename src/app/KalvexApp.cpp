@@ -7,6 +7,7 @@
 #include "platform/Threads.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex::app {
 
@@ -122,6 +123,46 @@ void CKalvexApp::LogAppStop() {
 void CKalvexApp::DoPeriodicWork() {
     if (m_clientInterface) m_clientInterface->SourceList().CheckConnections();
     if (m_console) m_console->Check();
+    RemindOfErrors();
+    if (m_log.GetLostLines() != m_linesLost || !m_logFault.empty()) CheckLogFile();
+}
+
+std::string CKalvexApp::FindLogFault() const {
+    std::string reason;
+    if (m_log.CanOpenLogFile(reason)) return {};
+    return text::FormatText(
+        m_world.translator.Translate("Nie można zapisać pliku rejestru %s (%s)"),
+        {text::FromUtf8(m_logBase + ".log"), text::FromUtf8(reason)});
+}
+
+// Whoever does not read the file hears of it.
+void CKalvexApp::CheckLogFile() {
+    std::string fault = FindLogFault();
+    const bool isNew = !fault.empty() && fault != m_logFault;
+    m_logFault = std::move(fault);
+    if (isNew) m_log.Log(m_logFault, platform::LogErrors);
+    m_linesLost = m_log.GetLostLines();
+}
+
+void CKalvexApp::RemindOfErrors() {
+    std::vector<engine::CKalvexDoc*> scripts;
+    std::vector<StandingFault> faults;
+    for (const std::unique_ptr<engine::CKalvexDoc>& script : m_documents->All()) {
+        const engine::RunState& state = script->State();
+        if (!state.m_bErrorStanding) continue;
+        scripts.push_back(script.get());
+        faults.push_back({script->GetPathName(), state.m_nCurrentLine,
+                          state.standing.GetError().code, state.standing.GetSince()});
+    }
+    for (const std::size_t index : m_reminder.FindDue(faults)) {
+        const StandingFault& fault = faults[index];
+        const engine::StandingError& error = scripts[index]->State().standing.GetError();
+        scripts[index]->LogLine(
+            text::FormatText(m_world.translator.Translate("%s (błąd trwa od %s, razy: %s)"),
+                             {scripts[index]->FormatErrorReport(fault.line, fault.code, error.text),
+                              value::FormatLocalTime(fault.since), std::to_string(error.times)}),
+            platform::LogErrors);
+    }
 }
 
 void CKalvexApp::OnUserBroadcast(unsigned int parameter, std::string_view info) {
@@ -149,6 +190,7 @@ void CKalvexApp::ReopenLogFiles() {
     m_log.ReopenLogFile();
     m_diagnosticLog.ReopenLogFile();
     if (m_console) m_console->ReopenTrail();
+    CheckLogFile();
 }
 
 void CKalvexApp::SetLogLevel(int level) {

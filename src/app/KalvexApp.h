@@ -16,6 +16,7 @@
 #include "app/AppWorld.h"
 #include "app/CmdLine.h"
 #include "app/Configuration.h"
+#include "app/ErrorReminder.h"
 #include "app/KalvexLog.h"
 #include "app/MainFrame.h"
 #include "app/ScriptDocuments.h"
@@ -153,6 +154,9 @@ class CKalvexApp final : private LogOutlets {
     void OpenAutoStartScripts();
     void OnLoginFailed(std::string text);
     void DoPeriodicWork();
+    void RemindOfErrors();
+    void CheckLogFile();
+    std::string FindLogFault() const;
     void UpdateCloseEntry();
     void UpdateTitle();
     void CloseFrame();
@@ -185,7 +189,9 @@ class CKalvexApp final : private LogOutlets {
     std::unique_ptr<AppConsole> m_console;              // of a module
     std::unique_ptr<AppClientConsole> m_clientConsole;  // of a console client
     std::unique_ptr<CMainFrame> m_frame;
+    ErrorReminder m_reminder{m_world.clock};
     std::string m_logFault;
+    std::uint64_t m_linesLost = 0;  // of the log, when its file was looked at last
     bool m_startLogged = false;
     bool m_closing = false;
     AppEnd m_end;

@@ -190,12 +190,7 @@ bool CKalvexApp::LoadSettings() {
 
 bool CKalvexApp::OpenLogFile() {
     m_log.SetLogFile(m_logBase, m_consoleClient ? 0 : kLogBytes);
-    std::string reason;
-    if (!m_log.CanOpenLogFile(reason)) {
-        m_logFault = text::FormatText(
-            m_world.translator.Translate("Nie można zapisać pliku rejestru %s (%s)"),
-            {text::FromUtf8(m_logBase + ".log"), text::FromUtf8(reason)});
-    }
+    m_logFault = FindLogFault();
     return true;
 }
 

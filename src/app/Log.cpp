@@ -26,7 +26,10 @@ void CLog::AddMessage(std::string_view text, std::int64_t time, int level) {
         const std::string gap = GapText(m_lost, m_translator);
         if (WriteLine({m_clock.Now(), platform::LogAlways, gap})) m_lost = 0;
     }
-    if (m_lost > 0 || !WriteLine(message)) ++m_lost;
+    if (m_lost > 0 || !WriteLine(message)) {
+        ++m_lost;
+        ++m_lostInAll;
+    }
     if (m_listener != nullptr) m_listener->OnLogMessage(message);
 }
 

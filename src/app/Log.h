@@ -59,6 +59,8 @@ class CLog {
     void SetLogFile(std::string path, std::size_t maxBytes);
     void ReopenLogFile() { m_file.Reopen(); }
     bool CanOpenLogFile(std::string& error) const { return m_file.CanOpen(error); }
+    // Lines that could not be written to any of the files so far.
+    std::uint64_t GetLostLines() const { return m_lostInAll; }
 
     // None by default; not owned.
     void SetListener(LogListener* listener) { m_listener = listener; }
@@ -71,7 +73,8 @@ class CLog {
     bool WriteLine(const LogMessage& message);
 
     platform::CLogFile m_file;
-    std::uint64_t m_lost = 0;
+    std::uint64_t m_lost = 0;  // since the last that was written
+    std::uint64_t m_lostInAll = 0;
     std::deque<LogMessage> m_messages;
     LogListener* m_listener = nullptr;
 };

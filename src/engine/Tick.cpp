@@ -15,7 +15,8 @@ constexpr std::size_t kApart = 4;
 }  // namespace
 
 void TickRunner::Remove(CKalvexDoc& document) {
-    std::erase(m_documents, &document);
+    std::erase_if(m_scripts,
+                  [&document](const TickedScript& script) { return script.document == &document; });
 }
 
 // Where a script has a line to run, those behind it often have one too, and what a line needs lies
@@ -24,8 +25,26 @@ void TickRunner::Remove(CKalvexDoc& document) {
 void TickRunner::FetchLines(std::size_t current) const {
     for (int step = 0; step < CKalvexDoc::kFetchSteps; ++step) {
         const auto ahead = static_cast<std::size_t>(CKalvexDoc::kFetchSteps - step) * kApart;
-        if (current + ahead < m_documents.size()) m_documents[current + ahead]->FetchLine(step);
+        if (current + ahead < m_scripts.size()) {
+            m_scripts[current + ahead].document->FetchLine(step);
+        }
     }
+}
+
+// Nobody else counts meanwhile, so what has been added to the counts of all is the script's own.
+bool TickRunner::Execute(std::size_t index, TickMoment& moment) {
+    CKalvexDoc& document = *m_scripts[index].document;
+    const RunCounts* const all = document.Services().counts;
+    if (all == nullptr) return document.ExecuteTick(moment);
+    const RunCounts before = *all;
+    const bool errorStanding = document.ExecuteTick(moment);
+    // A person who was asked may have closed scripts.
+    if (index >= m_scripts.size() || m_scripts[index].document != &document) return errorStanding;
+    RunCounts& own = m_scripts[index].counts;
+    own.lines += all->lines - before.lines;
+    own.errors += all->errors - before.errors;
+    own.waits += all->waits - before.waits;
+    return errorStanding;
 }
 
 void TickRunner::RunTick() {
@@ -33,10 +52,10 @@ void TickRunner::RunTick() {
     m_inTick = true;
     bool errorStanding = false;
     TickMoment moment;
-    const std::size_t count = m_documents.size();
+    const std::size_t count = m_scripts.size();
     for (std::size_t i = 0; i < count; ++i) {
-        if (i + kAhead < count) m_documents[i + kAhead]->Prefetch();
-        CKalvexDoc& document = *m_documents[i];
+        if (i + kAhead < count) m_scripts[i + kAhead].document->Prefetch();
+        CKalvexDoc& document = *m_scripts[i].document;
         const RunState& state = document.State();
         if (state.m_nPriority != kTopPriority) {
             if (document.PassStep()) {
@@ -45,7 +64,7 @@ void TickRunner::RunTick() {
             }
             if (!state.promise.standing) FetchLines(i);
         }
-        errorStanding |= document.ExecuteTick(moment);
+        errorStanding |= Execute(i, moment);
     }
     m_bErrorStanding = errorStanding;
     m_inTick = false;
@@ -55,8 +74,8 @@ int TickRunner::GetIdleTicks() const {
     if (m_blocked) return 0;
     int idle = kMostIdleTicks;
     bool errorStanding = false;
-    for (const CKalvexDoc* document : m_documents) {
-        const RunState& state = document->State();
+    for (const TickedScript& script : m_scripts) {
+        const RunState& state = script.document->State();
         errorStanding |= state.m_bErrorStanding;
         if (!state.m_bRunning && !state.m_bStepRequested) continue;
         if (state.m_nPriority == kTopPriority || state.m_nPaceCounter == 0) return 0;
@@ -66,7 +85,7 @@ int TickRunner::GetIdleTicks() const {
 }
 
 void TickRunner::SkipTicks(int count) {
-    for (CKalvexDoc* document : m_documents) document->SkipSteps(count);
+    for (const TickedScript& script : m_scripts) script.document->SkipSteps(count);
 }
 
 }  // namespace kalvex::engine

@@ -8,11 +8,19 @@
 
 namespace kalvex::engine {
 
+// With what it has done in ticks since it was added, where DocumentServices counts at all.
+struct TickedScript {
+    CKalvexDoc* document;
+    RunCounts counts;
+};
+
 class TickRunner {
   public:
     // The documents are not owned; a document is removed before it is destroyed.
-    void Add(CKalvexDoc& document) { m_documents.push_back(&document); }
+    void Add(CKalvexDoc& document) { m_scripts.push_back({&document, {}}); }
     void Remove(CKalvexDoc& document);
+    // In the order in which they were added.
+    const std::vector<TickedScript>& Scripts() const { return m_scripts; }
 
     // Does nothing within a tick or while blocked.
     void RunTick();
@@ -30,8 +38,9 @@ class TickRunner {
 
   private:
     void FetchLines(std::size_t current) const;
+    bool Execute(std::size_t index, TickMoment& moment);
 
-    std::vector<CKalvexDoc*> m_documents;
+    std::vector<TickedScript> m_scripts;
     bool m_inTick = false;
     bool m_blocked = false;
     bool m_bErrorStanding = false;

@@ -398,6 +398,47 @@ TEST_F(AppStartTest, LogFilesAreOpenedAnew) {
     EXPECT_EQ(FileText("Kalvex.log"), "2024-03-10 07:00:00  x\n");
 }
 
+TEST_F(AppStartTest, LogThatCannotBeWrittenAnyMoreIsToldOnceUntilItCan) {
+    ASSERT_TRUE(Start());
+    const auto refresh = [this] {
+        m_record.clear();
+        m_clock.Advance(1000);
+        m_loop.Fire(CMainFrame::RefreshTimer);
+    };
+    refresh();
+    EXPECT_EQ(App().GetLogFault(), "");
+    std::filesystem::rename(m_folder.Path("Kalvex.log"), m_folder.Path("stary"));
+    m_folder.MakeFolder("Kalvex.log");
+    m_record.clear();
+    App().ReopenLogFiles();
+    const std::string fault =
+        "Nie można zapisać pliku rejestru " + m_folder.Path("Kalvex.log") + " (Is a directory)";
+    EXPECT_EQ(text::ToUtf8(App().GetLogFault()), fault);
+    EXPECT_THAT(Those("log"), ElementsAre(fault));
+    refresh();
+    EXPECT_THAT(Those("log"), IsEmpty());
+    std::filesystem::remove(m_folder.Path("Kalvex.log"));
+    refresh();
+    EXPECT_EQ(App().GetLogFault(), "");
+    App().Log().Log("x", platform::LogErrors);
+    EXPECT_EQ(FileText("Kalvex.log"),
+              "2024-03-10 07:00:03  Pominięte wiersze rejestru: 1\n2024-03-10 07:00:03  x\n");
+}
+
+TEST_F(AppStartTest, LogThatLosesLinesIsLookedAt) {
+    ASSERT_TRUE(Start());
+    std::filesystem::rename(m_folder.Path("Kalvex.log"), m_folder.Path("stary"));
+    m_folder.MakeFolder("Kalvex.log");
+    App().Log().ReopenLogFile();
+    m_loop.Fire(CMainFrame::RefreshTimer);
+    EXPECT_EQ(App().GetLogFault(), "");
+    App().Log().Log("x", platform::LogErrors);
+    m_loop.Fire(CMainFrame::RefreshTimer);
+    EXPECT_EQ(
+        text::ToUtf8(App().GetLogFault()),
+        "Nie można zapisać pliku rejestru " + m_folder.Path("Kalvex.log") + " (Is a directory)");
+}
+
 TEST_F(AppStartTest, DataFilesLieWhereTheProfileSays) {
     std::filesystem::create_directory(m_folder.Path("dane"));
     PutProfile("[Konfiguracja]\nKatalog główny=dane\n[Autostart]\nProcedura0=a.kx\n");

@@ -2,7 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include "app/HealthText.h"
+#include "app/StandingText.h"
+#include "operands/ScriptErrors.h"
 #include "support/source_world.h"
+#include "text/CodePage.h"
 
 namespace kalvex::app {
 namespace {
@@ -16,7 +20,7 @@ class HealthTest : public support::SourceWorld {
   protected:
     HealthTest() { services.counts = &health.Counts(); }
 
-    HealthFigures Figures() { return health.GetFigures(now, documents, nullptr); }
+    HealthFigures Figures() { return health.GetFigures(now, ticks, nullptr, appLog); }
 
     // Ticks of ten milliseconds, each of which runs so many lines.
     void Pass(std::int64_t seconds, std::uint64_t lines = 0) {
@@ -35,6 +39,7 @@ class HealthTest : public support::SourceWorld {
 
     std::int64_t now = kBegin;
     Health health{kBegin};
+    CLog appLog{clock, translator};
 };
 
 TEST_F(HealthTest, BeforeTheFirstTickThereIsNothingToDivideBy) {
@@ -114,10 +119,108 @@ TEST_F(HealthTest, EachScriptIsInOneState) {
     EXPECT_THAT(Figures().scripts, ElementsAre(2, 1, 1, 1, 0, 1));
 }
 
+class HealthScriptTest : public HealthTest {
+  protected:
+    ScriptFigures Own(std::size_t index = 0) { return Figures().byScript.at(index); }
+};
+
+TEST_F(HealthScriptTest, EachScriptCountsForItself) {
+    Add(":a\nGOTO a", "dziala.kx", 20);
+    Add("; opis\nNIEZNANE", "blad.kx", 200);
+    const HealthFigures figures = Figures();
+    const ScriptFigures& runs = figures.byScript.at(0);
+    const ScriptFigures& fails = figures.byScript.at(1);
+    EXPECT_EQ(runs.name, "dziala.kx");
+    EXPECT_EQ(runs.condition, ScriptCondition::Running);
+    EXPECT_EQ(runs.error, 0);
+    EXPECT_EQ(runs.counts.errors, 0u);
+    EXPECT_EQ(fails.name, "blad.kx");
+    EXPECT_EQ(fails.condition, ScriptCondition::Error);
+    EXPECT_EQ(fails.line, 2);
+    EXPECT_EQ(fails.error, operands::ErrorUnknownKeyword);
+    EXPECT_GT(fails.counts.errors, 0u);
+    EXPECT_EQ(fails.counts.errors + 1, fails.counts.lines);
+    EXPECT_GT(runs.counts.lines, fails.counts.lines);
+    EXPECT_EQ(figures.counts.lines, runs.counts.lines + fails.counts.lines);
+    EXPECT_EQ(figures.counts.errors, fails.counts.errors);
+}
+
+TEST_F(HealthScriptTest, LinesOfATickAtTopPriorityAreCounted) {
+    engine::CKalvexDoc& script = Add("PRIORITY 1\n:a\nSET A = 1\nGOTO a", "szybki.kx", 300);
+    EXPECT_GT(Own().counts.lines, 100u);
+    EXPECT_EQ(Own().counts.lines, health.Counts().lines);
+    EXPECT_EQ(Own().counts.errors, health.Counts().errors);
+    script.Stop();
+    const std::uint64_t lines = Own().counts.lines;
+    Tick(300);
+    EXPECT_EQ(Own().counts.lines, lines);
+}
+
+TEST_F(HealthScriptTest, ScriptThatWaitsCountsItsTries) {
+    Plant("'dataAtTick': 100000, 'variables': {'X': {'current': [{'atTick': 0, 'value': 1}]}}");
+    Add("PRIORITY 1\nREMOTE X srv@X\nLOCAL A\nSET A = X", "czeka.kx", 500);
+    EXPECT_EQ(Own().condition, ScriptCondition::Waiting);
+    EXPECT_EQ(Own().line, 4);
+    EXPECT_EQ(Own().counts.lines, health.Counts().lines);
+    EXPECT_GT(Own().counts.waits, 400u);
+    EXPECT_EQ(Own().counts.waits, health.Counts().waits);
+}
+
+TEST_F(HealthScriptTest, TimeWithoutAFinishedLineGrowsWhereThereIsOneToRun) {
+    engine::CKalvexDoc& script = Add(":a\nGOTO a", "dziala.kx");
+    EXPECT_EQ(Own().standing, 0);
+    clock.Advance(7'000);
+    EXPECT_EQ(Own().standing, 0);
+    script.Stop();
+    clock.Advance(5'000);
+    EXPECT_EQ(Own().standing, 5);
+    clock.SetSystemTime(0);
+    EXPECT_EQ(Own().standing, 0);
+    script.Reset();
+    clock.Advance(5'000);
+    EXPECT_EQ(Own().standing, 0);
+    EXPECT_EQ(Own().line, 0);
+}
+
+TEST_F(HealthScriptTest, TimeOfAnErrorGrowsFromItsFirstTry) {
+    Add("NIEZNANE", "blad.kx");
+    const double first = Own().standing;
+    clock.Advance(30'000);
+    EXPECT_EQ(Own().standing, first + 30);
+}
+
+TEST_F(HealthScriptTest, TimeOfAFinishedScriptStandsStill) {
+    Add("LOCAL A", "koniec.kx");
+    ASSERT_EQ(Own().condition, ScriptCondition::Finished);
+    clock.Advance(30'000);
+    EXPECT_EQ(Own().standing, 0);
+    EXPECT_EQ(Own().line, 0);
+}
+
+TEST_F(HealthScriptTest, ScriptsInErrorAndThoseThatWaitAreNamed) {
+    Plant("'dataAtTick': 100000, 'variables': {'X': {'current': [{'atTick': 0, 'value': 1}]}}");
+    Add(":a\nGOTO a", "dziala.kx");
+    Add("NIEZNANE", "blad.kx", 51);
+    Add("REMOTE X srv@X\nLOCAL A\nSET A = X", "czeka.kx", 150);
+    Add("LOCAL A", "koniec.kx");
+    std::vector<std::string> lines;
+    for (const std::string& line : FormatHeldScripts(ticks, platform::Translator())) {
+        lines.push_back(text::ToUtf8(line));
+    }
+    const auto status = [this](std::size_t index) {
+        return text::ToUtf8(
+            FormatStandingStatus(engine::GetStanding(*documents[index]), platform::Translator()));
+    };
+    EXPECT_THAT(lines, ElementsAre("Stan modułu, skrypt blad.kx: " + status(1),
+                                   "Stan modułu, skrypt czeka.kx: " + status(2)));
+    EXPECT_EQ(status(1).substr(0, 21), "w błędzie, linia 1 ");
+    EXPECT_EQ(status(2).substr(0, 23), "czeka na dane, linia 3 ");
+}
+
 TEST_F(HealthTest, ConnectionsAreCountedByState) {
     Plant("'variables': {'X': {'current': [{'atTick': 0, 'value': 1}]}}");
     const auto connections = [this] {
-        return health.GetFigures(now, documents, &client->SourceList()).connections;
+        return health.GetFigures(now, ticks, &client->SourceList(), appLog).connections;
     };
     EXPECT_THAT(connections(), ElementsAre(0, 0, 0, 0));
     Add("REMOTE A srv@X\nREMOTE B inny@X", "zrodla.kx");
@@ -125,6 +228,18 @@ TEST_F(HealthTest, ConnectionsAreCountedByState) {
     ASSERT_EQ(Connection("inny").GetState(), vantrel::StateDown);
     // Down, opening, login, connected.
     EXPECT_THAT(connections(), ElementsAre(1, 0, 0, 1));
+}
+
+TEST_F(HealthTest, LinesThatTheLogLostAreCounted) {
+    EXPECT_EQ(Figures().linesLost, 0u);
+    folder.Put("plik", "");
+    appLog.SetLogFile(folder.Path("plik/Kalvex"), 1000);
+    appLog.AddMessage("a", platform::LogErrors);
+    appLog.AddMessage("b", platform::LogErrors);
+    EXPECT_EQ(Figures().linesLost, 2u);
+    appLog.SetLogFile(folder.Path("Kalvex"), 1000);
+    appLog.AddMessage("c", platform::LogErrors);
+    EXPECT_EQ(Figures().linesLost, 2u);
 }
 
 TEST_F(HealthTest, MemoryOfTheProcessIsKnown) {

@@ -109,6 +109,39 @@ TEST_F(MainFrameTest, RefreshDoesThePeriodicWorkAndShowsRunningScripts) {
     EXPECT_THAT(m_record, ElementsAre("tool bar", "variables 1.kx"));
 }
 
+TEST_F(MainFrameTest, ErrorThatStandsIsToldAgainWithItsNumber) {
+    StartScripts({"LOCAL A = 1\nBZDURA\n", "\n", "GOTO nigdzie\n"});
+    Tick(250);
+    Refresh();
+    m_record.clear();
+    m_clock.Advance(3'599'000);
+    Refresh();
+    EXPECT_THAT(Those("log"), IsEmpty());
+    m_clock.Advance(1'000);
+    Refresh();
+    const std::uint64_t times = Script(0).State().standing.GetError().times;
+    EXPECT_GT(times, 1u);
+    EXPECT_THAT(Those("log"),
+                ElementsAre(m_folder.Path("0.kx") +
+                                " : Linia 2 - Nieznane słowo kluczowe : BZDURA (błąd trwa od "
+                                "2024-03-10 07:00:00, razy: " +
+                                std::to_string(times) + ")",
+                            m_folder.Path("2.kx") +
+                                " : Linia 1 - Nie znaleziono etykiety : :nigdzie (błąd trwa od "
+                                "2024-03-10 07:00:00, razy: 1)"));
+    m_record.clear();
+    Refresh();
+    EXPECT_THAT(Those("log"), IsEmpty());
+    Script(0).Reset();
+    m_record.clear();
+    m_clock.Advance(std::int64_t{23} * 3'600'000);
+    Refresh();
+    EXPECT_THAT(Those("log"),
+                ElementsAre(m_folder.Path("2.kx") +
+                            " : Linia 1 - Nie znaleziono etykiety : :nigdzie (błąd trwa "
+                            "od 2024-03-10 07:00:00, razy: 1)"));
+}
+
 TEST_F(MainFrameTest, RefreshOpensConnectionsAnew) {
     StartScripts({"\n"});
     support::HandServer server;

@@ -57,9 +57,17 @@ class Health(ServiceTest):
                 return figures
         self.fail(figures)
 
+    def read_through(self, service, beginning):
+        """The lines of the log up to one that begins so."""
+        lines = [""]
+        while not lines[-1].startswith(beginning):
+            lines += self.lines_of(service, 1)
+            self.assertNotEqual(lines[-1], "", lines)
+        return lines[1:]
+
     def end(self, service):
         service.send_signal(signal.SIGTERM)
-        self.read_to(service, STOPPED)
+        self.seen_at_end = self.read_to(service, STOPPED)
         self.assertEqual(service.wait(60), 0)
         self.assertEqual(service.stderr.read(), "")
 
@@ -71,9 +79,27 @@ class Health(ServiceTest):
                     rf"największe spóźnienie taktu: {NUMBER} ms", rf"wykonane wiersze: {NUMBER}",
                     rf"wiersze na sekundę: {NUMBER}", rf"wiersze z błędem: {NUMBER}", "wiersze czekające na dane: 0",
                     "skrypty: działa 1, czeka na dane 0, w błędzie 1, zatrzymane 0, zakończone 1, nieuruchomione 0",
-                    "połączenia: połączone 0, logowanie 0, łączenie 0, rozłączone 0", rf"pamięć procesu: {NUMBER} MB"]
+                    "połączenia: połączone 0, logowanie 0, łączenie 0, rozłączone 0", rf"pamięć procesu: {NUMBER} MB",
+                    "pominięte wiersze rejestru: 0"]
         for line, form in zip(self.lines_of(service, len(expected)), expected, strict=True):
             self.assertTrue(re.fullmatch("Stan modułu, " + form, line), line)
+        # A script in error is named behind the figures, one that runs or has finished is not.
+        self.assertRegex(self.lines_of(service, 1)[0],
+                         r"^Stan modułu, skrypt blad\.kx: w błędzie, linia 2 od \d{4}-\d\d-\d\d \d\d:\d\d:\d\d, "
+                         r"Nieznane słowo kluczowe : BZDURA \(razy: \d+\)$")
+        self.end(service)
+        self.assertEqual(self.seen_at_end, [STOPPED])
+
+    def test_signal_names_the_scripts_that_wait(self):
+        self.put("Kalvex.ini", "[Autostart]\r\nProcedura0=czeka.kx\r\n")
+        self.put("czeka.kx", "PRIORITY 1\r\nREMOTE A brak@A\r\nLOCAL B = A\r\n")
+        service = self.start()
+        self.read_to(service, "Błąd nawiązania połączenia z brak (serwer nie odpowiada)")
+        service.send_signal(signal.SIGUSR1)
+        *_, before, last = self.read_through(service, "Stan modułu, skrypt ")
+        self.assertEqual(before, "Stan modułu, pominięte wiersze rejestru: 0")
+        self.assertRegex(last, r"^Stan modułu, skrypt czeka\.kx: czeka na dane, linia 3 od \d{4}-\d\d-\d\d \d\d:\d\d:\d\d, "
+                               r"A = brak@A CURDATA: brak połączenia ze źródłem \(serwer nie odpowiada\)$")
         self.end(service)
 
     def test_prometheus_reads_figures_that_grow(self):
@@ -89,10 +115,48 @@ class Health(ServiceTest):
         self.assertEqual(first['kalvex_scripts{state="error"}'], 1)
         self.assertEqual(first['kalvex_scripts{state="finished"}'], 1)
         self.assertGreater(first["process_resident_memory_bytes"], 1e6)
-        names = ("kalvex_ticks_total", "kalvex_lines_total", "kalvex_line_errors_total", "kalvex_uptime_seconds")
+        for name, value in (("state", (1, 3, 5)), ("error_code", (0, 1, 0))):
+            self.assertEqual(tuple(first[f'kalvex_script_{name}{{script="{script}.kx"}}']
+                                   for script in ("dziala", "blad", "koniec")), value)
+        self.assertEqual(first['kalvex_script_line{script="blad.kx"}'], 2)
+        self.assertEqual(first['kalvex_script_line{script="koniec.kx"}'], 0)
+        self.assertEqual(first['kalvex_script_standing_seconds{script="dziala.kx"}'], 0)
+        self.assertEqual(first['kalvex_script_standing_seconds{script="koniec.kx"}'], 0)
+        self.assertEqual(first['kalvex_script_lines_total{script="koniec.kx"}'], 2)
+        self.assertEqual(first['kalvex_script_line_errors_total{script="dziala.kx"}'], 0)
+        names = ("kalvex_ticks_total", "kalvex_lines_total", "kalvex_line_errors_total", "kalvex_uptime_seconds",
+                 'kalvex_script_lines_total{script="dziala.kx"}', 'kalvex_script_line_errors_total{script="blad.kx"}',
+                 'kalvex_script_standing_seconds{script="blad.kx"}')
         second = self.wait_for_metrics(connect, lambda now: all(now[name] > first[name] for name in names))
         self.assertEqual(second["kalvex_tick_lateness_seconds_count"], second["kalvex_ticks_total"])
         self.end(service)
+
+    def test_log_folder_that_cannot_be_written_is_told_and_counted(self):
+        path = str(self.folder / "stan.sock")
+        logs = self.folder / "logi"
+        logs.mkdir()
+        service = self.start("--metrics", path, "--log-dir", str(logs))
+        self.read_to(service, f"Udostępnianie stanu modułu: {path}")
+        self.assertEqual(self.metrics_of(LocalConnection(path))["kalvex_log_lines_lost_total"], 0)
+        logs.rename(self.folder / "stare")
+        logs.touch()
+        service.send_signal(signal.SIGHUP)
+        fault = f"Nie można zapisać pliku rejestru {logs}/Kalvex.log (Not a directory)"
+        self.assertEqual(service.stderr.readline(), f"kalvexd: {fault}\n")
+        self.read_to(service, fault)
+        self.wait_for_metrics(lambda: LocalConnection(path), lambda now: now["kalvex_log_lines_lost_total"] > 0)
+        service.send_signal(signal.SIGUSR1)
+        self.assertRegex(self.read_through(service, "Stan modułu, pominięte wiersze rejestru: ")[-1], r": [1-9]\d*$")
+        logs.unlink()
+        logs.mkdir()
+        service.send_signal(signal.SIGHUP)
+        # The file is made when the signal has come through.
+        self.wait_for_metrics(lambda: LocalConnection(path), lambda _: (logs / "Kalvex.log").exists())
+        self.metrics_of(LocalConnection(path))
+        self.end(service)
+        written = (logs / "Kalvex.log").read_text(encoding="utf-8").splitlines()
+        self.assertRegex(written[0][21:], r"^Pominięte wiersze rejestru: \d+$")
+        self.assertEqual(written[1][21:], STOPPED)
 
     def test_prometheus_reads_from_a_local_socket(self):
         path = str(self.folder / "stan.sock")

@@ -79,11 +79,9 @@ void KalvexDesk::WatchSignals() {
 void KalvexDesk::LogHealth() {
     const sources::CClientInterface* sources = m_app.ClientInterface();
     const app::HealthFigures figures =
-        m_health.GetFigures(platform::SteadyMicroseconds(), m_app.Documents().All(),
-                            sources == nullptr ? nullptr : &sources->SourceList());
-    for (const std::string& line : app::FormatHealthLines(figures, m_translator)) {
-        m_app.Log().Log(line, platform::LogAlways);
-    }
+        m_health.GetFigures(platform::SteadyMicroseconds(), m_app.Documents().Ticker(),
+                            sources == nullptr ? nullptr : &sources->SourceList(), m_app.Log());
+    app::LogHealth(m_app.Log(), figures, m_app.Documents().Ticker(), m_translator);
 }
 
 int KalvexDesk::Run() {

@@ -73,20 +73,28 @@ void KalvexService::WatchSignals() {
             m_app.OnCloseMainWindow();
         });
     }
-    m_loop.OnSignal(SIGHUP, [this] { m_app.ReopenLogFiles(); });
+    m_loop.OnSignal(SIGHUP, [this] {
+        m_app.ReopenLogFiles();
+        TellLogFault();
+    });
     m_loop.OnSignal(SIGUSR1, [this] { LogHealth(); });
 }
 
 app::HealthFigures KalvexService::GetFigures() {
     const sources::CClientInterface* sources = m_app.ClientInterface();
-    return m_health.GetFigures(platform::SteadyMicroseconds(), m_app.Documents().All(),
-                               sources == nullptr ? nullptr : &sources->SourceList());
+    return m_health.GetFigures(platform::SteadyMicroseconds(), m_app.Documents().Ticker(),
+                               sources == nullptr ? nullptr : &sources->SourceList(), m_app.Log());
 }
 
 void KalvexService::LogHealth() {
-    for (const std::string& line : app::FormatHealthLines(GetFigures(), m_translator)) {
-        m_app.Log().Log(line, platform::LogAlways);
-    }
+    app::LogHealth(m_app.Log(), GetFigures(), m_app.Documents().Ticker(), m_translator);
+}
+
+void KalvexService::TellLogFault() {
+    const std::string& fault = m_app.GetLogFault();
+    if (fault == m_logFault) return;
+    m_logFault = fault;
+    if (!fault.empty()) std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(fault).c_str());
 }
 
 bool KalvexService::OfferFigures(std::string& fault) {
@@ -116,6 +124,7 @@ void KalvexService::KeepAlive(std::int64_t period) {
 // The timers go by the main loop: when it hangs the manager does not hear that it is alive.
 void KalvexService::ReportToManager() {
     const auto tellStatus = [this] {
+        TellLogFault();
         const std::string status =
             text::ToUtf8(app::FormatHealthStatus(GetFigures(), m_translator));
         if (status == m_status) return;
@@ -145,9 +154,7 @@ int KalvexService::Run() {
     KeepAlive(kSignPeriod);
     std::string fault;
     const bool started = m_app.InitInstance();
-    if (!m_app.GetLogFault().empty()) {
-        std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(m_app.GetLogFault()).c_str());
-    }
+    TellLogFault();
     if (started) {
         if (OfferFigures(fault)) {
             m_signs.reset();

@@ -44,6 +44,8 @@ class KalvexService {
     void KeepAlive(std::int64_t period);
     app::HealthFigures GetFigures();
     void LogHealth();
+    // On standard error, each once, when the file of the log cannot be written.
+    void TellLogFault();
     int End(int status, const std::string& text) const;
 
     const std::string m_metrics;  // the address of the endpoint; empty: none
@@ -66,7 +68,8 @@ class KalvexService {
     app::Health m_health{platform::SteadyMicroseconds()};
     app::CKalvexApp m_app;
     std::unique_ptr<platform::HttpEndpoint> m_endpoint;
-    std::string m_status;  // that the manager has heard last
+    std::string m_status;    // that the manager has heard last
+    std::string m_logFault;  // that has been told last
     std::optional<platform::LifeSigns> m_signs;
 };
 
