@@ -64,7 +64,8 @@ class Installation(unittest.TestCase):
 
     def test_shells_complete_command_lines(self):
         for program, words in {"kalvexctl": ("list", "status", "start", "release"),
-                               "kalvex-convert": ("--to", "--check", "windows-1250", "utf-8")}.items():
+                               "kalvex-convert": ("--to", "--check", "windows-1250", "utf-8"),
+                               "kalvex-run": ("--until", "--junit", "--language")}.items():
             for place in (f"bash-completion/completions/{program}", f"zsh/site-functions/_{program}"):
                 text = (self.prefix / "share" / place).read_text(encoding="utf-8")
                 for word in words:

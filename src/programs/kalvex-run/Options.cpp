@@ -131,6 +131,9 @@ constexpr OptionRow kOptions[] = {
      TakeText<&RunOptions::language>},
 };
 
+constexpr OptionRow kHelp = {"--help", nullptr, "Print this and exit", nullptr};
+constexpr OptionRow kVersion = {"--version", nullptr, "Print the version and exit", nullptr};
+
 void Add(CLI::App& app, const OptionRow& row, RunOptions& options) {
     if (row.value == nullptr) {
         app.add_flag_callback(
@@ -179,9 +182,9 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     app.formatter(std::make_shared<UsageFormatter>());
     app.footer(kExitStatuses);
     app.allow_extras();
-    app.set_help_flag("-h,--help", "Print this and exit");
-    app.set_version_flag("-V,--version", "kalvex-run " KALVEX_VERSION,
-                         "Print the version and exit");
+    app.set_help_flag(fmt::format("-h,{}", kHelp.name), kHelp.help);
+    app.set_version_flag(fmt::format("-V,{}", kVersion.name), "kalvex-run " KALVEX_VERSION,
+                         kVersion.help);
     app.add_option("SCRIPT", options.scripts);
     for (const OptionRow& row : kOptions) Add(app, row, options);
     try {
@@ -206,6 +209,17 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     if (options.scripts.empty() && !options.language) return Refuse("no script is named");
     if (options.clock && !options.until && !options.ticks) options.ticks = kTicksOfVirtualRun;
     return line;
+}
+
+std::vector<OptionInfo> OptionInfos() {
+    std::vector<OptionInfo> infos;
+    const auto add = [&infos](const OptionRow& row) {
+        infos.push_back({row.name, row.value == nullptr ? "" : row.value, row.help});
+    };
+    for (const OptionRow& row : kOptions) add(row);
+    add(kVersion);
+    add(kHelp);
+    return infos;
 }
 
 }  // namespace kalvex::run

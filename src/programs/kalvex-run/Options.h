@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kalvex::run {
@@ -38,5 +39,13 @@ struct CommandLine {
 
 // `arguments` without the name of the program.
 CommandLine ParseCommandLine(std::vector<std::string> arguments);
+
+// For completion.
+struct OptionInfo {
+    std::string_view name;   // "--plant"
+    std::string_view value;  // "FILE", or empty
+    const char* help;
+};
+std::vector<OptionInfo> OptionInfos();
 
 }  // namespace kalvex::run

@@ -124,7 +124,7 @@ int WaitFor(pid_t pid) {
     const auto deadline = std::chrono::steady_clock::now() + kTimeLimit;
     bool isLate = false;
     pollfd ended{process.Get(), POLLIN, 0};
-    while (poll(&ended, 1, kLookPeriod) <= 0) {
+    while (process.Get() >= 0 && poll(&ended, 1, kLookPeriod) <= 0) {
         if (IsInterrupted()) kill(pid, SIGTERM);
         isLate = std::chrono::steady_clock::now() > deadline;
         if (isLate) kill(pid, SIGKILL);
@@ -198,6 +198,9 @@ TestReport RunScriptTest(const fs::path& script) {
     } catch (const TestFault& fault) {
         report.verdict = TestVerdict::Broken;
         AddLines(report.lines, fault.words, "");
+    } catch (const fs::filesystem_error& fault) {
+        report.verdict = TestVerdict::Broken;
+        report.lines.emplace_back(fault.what());
     }
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
     report.seconds = passed.count();
