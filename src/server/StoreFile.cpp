@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "platform/SqliteCopy.h"
 #include "text/CodePage.h"
 
 namespace kalvex::server {
@@ -12,6 +13,8 @@ namespace {
 constexpr int kSchemaVersion = 2;
 constexpr const char* kNewerFile =
     platform::Translatable("%s: Plik danych jest z nowszej wersji programu");
+constexpr const char* kOlderNotKept =
+    platform::Translatable("%s: nie można zachować danych sprzed zmiany wersji (%s)");
 
 // Full: a transaction that was committed outlasts a loss of power.
 constexpr const char* kSettings =
@@ -68,6 +71,15 @@ bool IsSame(const value::CVal& a, const value::CVal& b) {
     return a.GetType() == b.GetType() && a.GetStatus() == b.GetStatus() && a == b;
 }
 
+// For whoever has to go back to the program that wrote it.
+bool KeepOlder(const std::string& path, std::int64_t version, platform::Notice& error) {
+    const std::string kept = path + ".v" + std::to_string(version);
+    std::string reason;
+    if (platform::CopyDatabase(path, kept, reason)) return true;
+    error = {kOlderNotKept, {kept, reason}};
+    return false;
+}
+
 }  // namespace
 
 value::CVal NoValue() {
@@ -86,15 +98,18 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
         return false;
     };
     if (!m_database.Open(path)) return fail();
+    std::int64_t found = 0;
     {
         platform::SqliteStatement version;
         if (!version.Prepare(m_database, "PRAGMA user_version")) return fail();
-        if (version.Next() && version.Integer(0) > kSchemaVersion) {
-            error = {kNewerFile, {path}};
-            return false;
-        }
+        if (version.Next()) found = version.Integer(0);
         if (version.Failed()) return fail();
     }
+    if (found > kSchemaVersion) {
+        error = {kNewerFile, {path}};
+        return false;
+    }
+    if (found > 0 && found < kSchemaVersion && !KeepOlder(path, found, error)) return false;
     if (!m_database.Execute(kSettings)) return fail();
     platform::SqliteTransaction transaction(m_database);
     return (m_database.Execute(kSchema) && m_database.Execute(ReportChangeTable::Schema()) &&

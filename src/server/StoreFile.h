@@ -104,7 +104,8 @@ class StoreFile {
         std::vector<SaveAnswer> answers;            // by their numbers
     };
 
-    // Makes the file and its tables if they are not there.
+    // Makes the file and its tables if they are not there. One of an older version becomes one of
+    // this version, and stays as it was in a copy beside it, such as "store.sqlite.v1".
     bool Open(const std::string& path, platform::Notice& error);
     bool ReadContents(Contents& contents);
 

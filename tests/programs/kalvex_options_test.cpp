@@ -55,8 +55,8 @@ TEST(KalvexOptionsTest, WrongUsageAndTheTextsEndTheProgram) {
     EXPECT_EQ(Parse({"--log-dir"}).message, "kalvex: --log-dir needs a value\n");
     EXPECT_EQ(Parse({"--help=1"}).message, "kalvex: --help takes no value\n");
     EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
-    EXPECT_EQ(Parse({"--version"}).message, "kalvex 0.1.0\n");
-    EXPECT_EQ(Parse({"-V"}).message, "kalvex 0.1.0\n");
+    EXPECT_EQ(Parse({"--version"}).message, "kalvex " KALVEX_VERSION "\n");
+    EXPECT_EQ(Parse({"-V"}).message, "kalvex " KALVEX_VERSION "\n");
     EXPECT_EQ(Parse({"--help"}).exitStatus, 0);
     EXPECT_EQ(Parse({"-h"}).message, Parse({"--help"}).message);
 }

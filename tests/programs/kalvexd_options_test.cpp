@@ -98,8 +98,8 @@ TEST(KalvexdOptionsTest, WrongUsageEndsTheProcess) {
 TEST(KalvexdOptionsTest, HelpAndVersionEndTheProcessWell) {
     EXPECT_EQ(Parse({"/D:5", "--help"}).exitStatus, 0);
     EXPECT_EQ(Parse({"--version"}).exitStatus, 0);
-    EXPECT_EQ(Parse({"--version"}).message, "kalvexd 0.1.0\n");
-    EXPECT_EQ(Parse({"status", "-V"}).message, "kalvexd 0.1.0\n");
+    EXPECT_EQ(Parse({"--version"}).message, "kalvexd " KALVEX_VERSION "\n");
+    EXPECT_EQ(Parse({"status", "-V"}).message, "kalvexd " KALVEX_VERSION "\n");
     EXPECT_EQ(Parse({"-h"}).exitStatus, 0);
     EXPECT_EQ(Parse({"-h"}).message, Parse({"--help"}).message);
     EXPECT_NE(Parse({"-h"}).message.find("  -V,--version              Print the version and exit\n"

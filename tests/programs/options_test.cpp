@@ -131,7 +131,7 @@ TEST(OptionsTest, UserWithoutDescription) {
 TEST(OptionsTest, VersionIsOneLine) {
     const run::CommandLine line = run::ParseCommandLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
-    EXPECT_EQ(line.message, "kalvex-run 0.1.0\n");
+    EXPECT_EQ(line.message, "kalvex-run " KALVEX_VERSION "\n");
     EXPECT_EQ(run::ParseCommandLine({"-V"}).message, line.message);
 }
 

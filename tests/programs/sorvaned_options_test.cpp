@@ -102,7 +102,7 @@ TEST(SorvanedOptionsTest, WrongUsageIsTold) {
 TEST(SorvanedOptionsTest, VersionIsOneLine) {
     const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"--version"});
     EXPECT_EQ(line.exitStatus, 0);
-    EXPECT_EQ(line.message, "sorvaned 0.1.0\n");
+    EXPECT_EQ(line.message, "sorvaned " KALVEX_VERSION "\n");
     EXPECT_EQ(sorvaned::ParseSorvanedLine({"-V"}).message, line.message);
 }
 

@@ -142,6 +142,19 @@ class Sorvaned(unittest.TestCase):
         self.assertEqual(self.line_of(server), "The server Stacja stops")
         self.assertEqual(server.wait(60), 0)
 
+    def test_files_of_a_newer_program_are_refused(self):
+        self.stop(self.start())
+        for name, version, fault in (("store", 2, "Plik danych jest z nowszej wersji programu"),
+                                     ("users", 1, "Plik użytkowników jest z nowszej wersji programu")):
+            path = self.folder / "data" / f"{name}.sqlite"
+            database = sqlite3.connect(path)
+            self.assertEqual(database.execute("PRAGMA user_version").fetchone(), (version,))
+            database.execute(f"PRAGMA user_version = {version + 1}")
+            self.assertEqual(self.refusal(), [f"{path}: {fault}"])
+            self.assertEqual(database.execute("PRAGMA user_version").fetchone(), (version + 1,))
+            database.execute(f"PRAGMA user_version = {version}")
+            database.close()
+
     def test_polite_end_commits_everything(self):
         for ending in (signal.SIGTERM, signal.SIGINT):
             server = self.start()

@@ -235,18 +235,62 @@ TEST_F(StoreTest, NewerFileIsRefused) {
               m_folder.Path("brak/x.sqlite") + ": unable to open database file");
 }
 
-TEST_F(StoreTest, FileOfTheFirstVersionIsTaken) {
+void MakeFirstVersion(const std::string& path) {
+    platform::SqliteDatabase database;
+    ASSERT_TRUE(database.Open(path));
+    ASSERT_TRUE(database.Execute(
+        "CREATE TABLE variables (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);"
+        "CREATE TABLE last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
+        "type INTEGER NOT NULL, status INTEGER NOT NULL, value);"
+        "INSERT INTO variables VALUES (7, 'X');"
+        "INSERT INTO last_values VALUES (7, 100, 150, 4, 5);"
+        "PRAGMA user_version = 1"));
+}
+
+std::int64_t VersionOf(const std::string& path) {
+    platform::SqliteDatabase database;
+    platform::SqliteStatement version;
+    EXPECT_TRUE(database.OpenExisting(path));
+    EXPECT_TRUE(version.Prepare(database, "PRAGMA user_version") && version.Next());
+    return version.Integer(0);
+}
+
+TEST_F(StoreTest, FileOfAnOlderVersionStaysInACopy) {
+    MakeFirstVersion(m_folder.Path("first.sqlite"));
     {
-        platform::SqliteDatabase database;
-        ASSERT_TRUE(database.Open(m_folder.Path("first.sqlite")));
-        ASSERT_TRUE(database.Execute(
-            "CREATE TABLE variables (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);"
-            "CREATE TABLE last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
-            "type INTEGER NOT NULL, status INTEGER NOT NULL, value);"
-            "INSERT INTO variables VALUES (7, 'X');"
-            "INSERT INTO last_values VALUES (7, 100, 150, 4, 5);"
-            "PRAGMA user_version = 1"));
+        Store other(m_loop);
+        platform::Notice error;
+        ASSERT_TRUE(other.Open(m_folder.Path("first.sqlite"), error));
+        other.Close();
     }
+    EXPECT_EQ(VersionOf(m_folder.Path("first.sqlite")), 2);
+    EXPECT_EQ(VersionOf(m_folder.Path("first.sqlite.v1")), 1);
+    EXPECT_FALSE(m_folder.Has("first.sqlite.v2"));
+    EXPECT_FALSE(m_folder.Has("store.sqlite.v0"));
+    platform::SqliteDatabase copy;
+    platform::SqliteStatement row;
+    ASSERT_TRUE(copy.OpenExisting(m_folder.Path("first.sqlite.v1")));
+    ASSERT_TRUE(row.Prepare(copy, "SELECT name, value FROM variables, last_values"));
+    ASSERT_TRUE(row.Next());
+    EXPECT_EQ(row.Text(0), "X");
+    EXPECT_EQ(row.Integer(1), 5);
+}
+
+TEST_F(StoreTest, FileOfAnOlderVersionIsLeftAloneWithoutACopy) {
+    MakeFirstVersion(m_folder.Path("first.sqlite"));
+    m_folder.MakeFolder("first.sqlite.v1");
+    Store other(m_loop);
+    platform::Notice error;
+    EXPECT_FALSE(other.Open(m_folder.Path("first.sqlite"), error));
+    EXPECT_EQ(platform::InWords(error, platform::Translator()),
+              m_folder.Path("first.sqlite.v1") +
+                  ": nie można zachować danych sprzed zmiany wersji (Is a directory)");
+    EXPECT_EQ(VersionOf(m_folder.Path("first.sqlite")), 1);
+    EXPECT_FALSE(m_folder.Has("first.sqlite.v1.new"));
+}
+
+TEST_F(StoreTest, FileOfTheFirstVersionIsTaken) {
+    MakeFirstVersion(m_folder.Path("first.sqlite"));
     Store other(m_loop);
     platform::Notice error;
     ASSERT_TRUE(other.Open(m_folder.Path("first.sqlite"), error));
