@@ -127,9 +127,9 @@ class ExitStatus(RunnerTest):
         run = self.run_scripts(failing, actions=[breaks, *steps])
         self.assertEqual((run.code, run.script["currentLine"]), (1, 65535))
 
-    def test_breakpoint_behind_the_last_line_stops_nothing(self):
+    def test_breakpoint_behind_the_last_line_is_refused_and_stops_nothing(self):
         run = self.run_scripts("LOCAL A\nLOCAL B", actions=[at(1, "breakpoint", line=2), at(500, "restore")])
-        self.assertEqual((run.code, run.result["ticks"]), (0, 500))
+        self.assertEqual((run.code, run.result["ticks"]), (2, 500))
         self.assertEqual([run.script[f] for f in ("running", "paused", "finished")], [True, False, True])
         self.assertEqual(len(run.log), 2)
 
