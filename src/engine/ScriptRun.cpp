@@ -1,4 +1,5 @@
 // The run cycle: due steps, the frame of a line, errors and their reports.
+#include "engine/ErrorReport.h"
 #include "engine/Procedures.h"
 #include "engine/ScriptDocument.h"
 #include "operands/Keywords.h"
@@ -340,7 +341,7 @@ std::string CKalvexDoc::FormatError(int code, std::string_view text) const {
 }
 
 std::string CKalvexDoc::FormatErrorReport(int line, int code, std::string_view text) const {
-    std::string words = Services().translator.Translate(" : Linia ");
+    std::string words = Services().translator.Translate(kLineMark);
     words += std::to_string(line + 1);
     words += " - ";
     words += FormatError(code, text);

@@ -2,19 +2,28 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/ErrorReport.h"
+
 namespace kalvex::workbench {
 namespace {
 
 constexpr const char* kStamp = "2024-03-10 07:00:00  ";
 
 LogReference Find(const std::string& text, std::size_t selectedRows = 1) {
-    return FindScript(kStamp + text, selectedRows);
+    return FindScript(kStamp + text, selectedRows, engine::kLineMark);
 }
 
 TEST(LogReferenceTest, ALineOfAScriptNamesScriptAndLine) {
     const LogReference found = Find("/scada/gaz.kx : Linia 12 - Brak danych : A");
     EXPECT_EQ(found.path, "/scada/gaz.kx");
     EXPECT_EQ(found.line, 11);
+}
+
+TEST(LogReferenceTest, TheMarkIsThatOfTheLogsLanguage) {
+    const std::string line = std::string(kStamp) + "/a.kx : Line 12 - No data : A";
+    EXPECT_EQ(FindScript(line, 1, " : Line ").line, 11);
+    EXPECT_EQ(FindScript(line, 1, engine::kLineMark).line, std::nullopt);
+    EXPECT_EQ(FindScript(line, 1, engine::kLineMark).path, "/a.kx");
 }
 
 TEST(LogReferenceTest, TheNumberEndsAtTheNextSeparator) {
@@ -50,11 +59,11 @@ TEST(LogReferenceTest, ANumberThatIsTooLargeIsTheLargest) {
 TEST(LogReferenceTest, WithoutASeparatorNothingIsNamed) {
     EXPECT_EQ(Find("Uruchomienie modułu Kalvex").path, "");
     EXPECT_EQ(Find("").path, "");
-    EXPECT_EQ(FindScript("", 1).path, "");
+    EXPECT_EQ(FindScript("", 1, engine::kLineMark).path, "");
 }
 
 TEST(LogReferenceTest, ASeparatorWithinTheStampIsNone) {
-    EXPECT_EQ(FindScript("a : Linia 1", 1).path, "");
+    EXPECT_EQ(FindScript("a : Linia 1", 1, engine::kLineMark).path, "");
     EXPECT_EQ(Find(" : Linia 1").path, "");
 }
 

@@ -11,10 +11,10 @@
 #include "engine/DocumentServices.h"
 #include "engine/Tick.h"
 #include "platform/Clock.h"
+#include "platform/GettextTranslator.h"
 #include "platform/MainLoop.h"
 #include "platform/Paths.h"
 #include "platform/Questions.h"
-#include "platform/Translator.h"
 #include "platform/posix/FileStore.h"
 #include "platform/posix/NetworkProbes.h"
 #include "platform/posix/Processes.h"
@@ -57,7 +57,7 @@ class Runner {
 
     RunOptions m_options;
     std::string m_workingDir;
-    platform::Translator m_translator;
+    platform::GettextTranslator m_translator;
     RunProfile m_profile;
     std::unique_ptr<platform::Clock> m_clock;
     platform::VirtualClock* m_virtualClock = nullptr;  // the same clock, when it is a virtual one

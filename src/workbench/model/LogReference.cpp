@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t kStampLength = 21;
 constexpr std::string_view kSeparator = " : ";
-constexpr std::string_view kLine = " : Linia ";
 
 std::optional<int> ReadLineNumber(std::string_view text) {
     const std::string number(text);
@@ -22,15 +21,16 @@ std::optional<int> ReadLineNumber(std::string_view text) {
 
 }  // namespace
 
-LogReference FindScript(std::string_view lineText, std::size_t selectedRows) {
+LogReference FindScript(std::string_view lineText, std::size_t selectedRows,
+                        std::string_view lineMark) {
     const std::size_t separator = lineText.find(kSeparator);
     const bool found = separator != std::string_view::npos && separator > kStampLength;
     if (selectedRows != 1 || !found) return {};
     LogReference reference;
     reference.path = lineText.substr(kStampLength, separator - kStampLength);
-    const std::size_t line = lineText.find(kLine);
+    const std::size_t line = lineText.find(lineMark);
     if (line != std::string_view::npos) {
-        reference.line = ReadLineNumber(lineText.substr(line + kLine.size()));
+        reference.line = ReadLineNumber(lineText.substr(line + lineMark.size()));
     }
     return reference;
 }

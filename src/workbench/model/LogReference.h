@@ -13,7 +13,9 @@ struct LogReference {
     std::optional<int> line;  // from 0; none: the script's window alone is to be shown
 };
 
-// The line is that of the log with its stamp. Of several selected rows, or none, nothing is found.
-LogReference FindScript(std::string_view lineText, std::size_t selectedRows);
+// The line is that of the log with its stamp; `lineMark` is engine::kLineMark in the log's
+// language. Of several selected rows, or none, nothing is found.
+LogReference FindScript(std::string_view lineText, std::size_t selectedRows,
+                        std::string_view lineMark);
 
 }  // namespace kalvex::workbench

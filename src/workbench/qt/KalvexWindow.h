@@ -23,6 +23,7 @@
 #include "platform/UserSession.h"
 #include "platform/UserStore.h"
 #include "workbench/model/FindRequest.h"
+#include "workbench/model/LogReference.h"
 #include "workbench/model/SourceVariables.h"
 #include "workbench/model/StandingRefresh.h"
 #include "workbench/qt/CommandActions.h"

@@ -12,6 +12,7 @@
 
 #include "app/CmdLine.h"
 #include "app/NameReplacement.h"
+#include "engine/ErrorReport.h"
 #include "text/TextFormat.h"
 #include "workbench/qt/ConfigurationDialog.h"
 #include "workbench/qt/Documents.h"
@@ -337,7 +338,9 @@ void KalvexWindow::ToggleAutoScroll() {
 void KalvexWindow::ShowLog() {
     if (m_logFrame == nullptr) {
         auto log = std::make_unique<CKalvexLogView>(
-            m_app->Log(), [this](const workbench::LogReference& reference) {
+            m_app->Log(), [this](const std::string& line, std::size_t selectedRows) {
+                const workbench::LogReference reference = workbench::FindScript(
+                    line, selectedRows, m_translator.Translate(engine::kLineMark));
                 Do([this, &reference] { ShowReference(reference); });
             });
         log->SetAutoScroll(m_autoScroll);

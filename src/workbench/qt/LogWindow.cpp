@@ -62,14 +62,12 @@ QFont UsualFont() {
 
 }  // namespace
 
-CKalvexLogView::CKalvexLogView(app::CLog& log,
-                               std::function<void(const workbench::LogReference&)> openScript,
-                               QWidget* parent)
+CKalvexLogView::CKalvexLogView(app::CLog& log, OpenLine openLine, QWidget* parent)
     : QWidget(parent),
       m_log(log),
-      m_openScript(std::move(openScript)),
+      m_openLine(std::move(openLine)),
       m_lines(log),
-      m_list(new LogList([this] { Copy(); }, [this] { OpenScript(); }, this)) {
+      m_list(new LogList([this] { Copy(); }, [this] { OpenSelected(); }, this)) {
     const QString name = QStringLiteral("LOG");
     setObjectName(QStringLiteral("logWindow"));
     setWindowTitle(name);
@@ -89,7 +87,7 @@ CKalvexLogView::CKalvexLogView(app::CLog& log,
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_list);
     setFocusProxy(m_list);
-    connect(m_list, &QListView::doubleClicked, this, [this] { OpenScript(); });
+    connect(m_list, &QListView::doubleClicked, this, [this] { OpenSelected(); });
     m_timer.setSingleShot(true);
     m_timer.setInterval(kCollectTime);
     connect(&m_timer, &QTimer::timeout, this, [this] { Follow(); });
@@ -138,12 +136,10 @@ void CKalvexLogView::SelectAll() {
     m_list->selectAll();
 }
 
-void CKalvexLogView::OpenScript() const {
+void CKalvexLogView::OpenSelected() const {
     const QModelIndexList rows = m_list->selectionModel()->selectedRows();
     if (rows.isEmpty()) return;
-    const workbench::LogReference reference = workbench::FindScript(
-        FromQt(rows.first().data().toString()), static_cast<std::size_t>(rows.size()));
-    if (!reference.path.empty()) m_openScript(reference);
+    m_openLine(FromQt(rows.first().data().toString()), static_cast<std::size_t>(rows.size()));
 }
 
 void CKalvexLogView::SetLogFont(const QFont& font) {

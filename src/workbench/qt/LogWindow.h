@@ -12,7 +12,6 @@
 #include <string_view>
 
 #include "app/Log.h"
-#include "workbench/model/LogReference.h"
 #include "workbench/qt/LogLines.h"
 
 namespace kalvex::window {
@@ -20,10 +19,11 @@ namespace kalvex::window {
 // The widget is the listener of the log as long as it lives.
 class CKalvexLogView final : public QWidget, private app::LogListener {
   public:
-    // A double click on a line about a script, or Enter, calls `openScript`. The log outlives the
-    // window.
-    CKalvexLogView(app::CLog& log, std::function<void(const workbench::LogReference&)> openScript,
-                   QWidget* parent = nullptr);
+    // Takes a line of the log (engine text) and how many are selected.
+    using OpenLine = std::function<void(const std::string& line, std::size_t selectedRows)>;
+
+    // A double click on a line, or Enter, calls `openLine`. The log outlives the window.
+    CKalvexLogView(app::CLog& log, OpenLine openLine, QWidget* parent = nullptr);
     ~CKalvexLogView() override;
 
     // The newest line stays in sight; on by default.
@@ -46,10 +46,10 @@ class CKalvexLogView final : public QWidget, private app::LogListener {
     void OnLogMessage(const app::LogMessage& message) override;
     void OnLogCleared() override;
     void Follow();
-    void OpenScript() const;
+    void OpenSelected() const;
 
     app::CLog& m_log;
-    const std::function<void(const workbench::LogReference&)> m_openScript;
+    const OpenLine m_openLine;
     LogLines m_lines;
     QListView* m_list;
     QTimer m_timer;  // runs while lines have come that are not shown

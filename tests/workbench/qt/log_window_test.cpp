@@ -9,8 +9,10 @@
 #include <QTest>
 #include <optional>
 
+#include "engine/ErrorReport.h"
 #include "shown_dialog.h"
 #include "text/CodePage.h"
+#include "workbench/model/LogReference.h"
 #include "workbench/qt/Icons.h"
 #include "workbench/qt/Texts.h"
 
@@ -25,7 +27,10 @@ constexpr std::int64_t kNow = 1710050400;
 class LogWindowTest : public testing::Test {
   protected:
     void Open() {
-        m_window.emplace(m_log, [this](const workbench::LogReference& reference) {
+        m_window.emplace(m_log, [this](const std::string& line, std::size_t selectedRows) {
+            const workbench::LogReference reference =
+                workbench::FindScript(line, selectedRows, engine::kLineMark);
+            if (reference.path.empty()) return;
             m_opened.push_back(reference.path + "/" +
                                (reference.line ? std::to_string(*reference.line) : "-"));
         });
