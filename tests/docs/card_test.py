@@ -15,7 +15,7 @@ CARD = pathlib.Path(__file__).resolve().parents[2] / "docs/card.md"
 
 def run(*command, **variables):
     environment = {name: value for name, value in os.environ.items() if name != "LANGUAGE"}
-    return subprocess.run(command, env={**environment, **variables}, capture_output=True, encoding="utf-8", timeout=60)
+    return subprocess.run(command, env={**environment, **variables}, capture_output=True, encoding="utf-8", timeout=600)
 
 
 class Card(unittest.TestCase):
@@ -48,7 +48,7 @@ class Page(unittest.TestCase):
 
     def test_what_needs_more_than_a_page_is_refused(self):
         long = self.folder / "long.md"
-        long.write_text("# Long\n\n```\n" + "ADD <list> <element>\n" * 1000 + "```\n", encoding="utf-8")
+        long.write_text("# Long\n\n```\n" + "ADD <list> <element>\n" * 600 + "```\n", encoding="utf-8")
         done = self.print(long)
         self.assertEqual((done.returncode, done.stderr), (1, f"card-pdf: {long}: this is too much for one page\n"))
 

@@ -31,7 +31,7 @@ CHECKS = ["tests/docs/documents_test.py", "tests/docs/names_test.py", "tests/tra
 
 
 def run(*command, **options):
-    return subprocess.run(command, capture_output=True, encoding="utf-8", timeout=300, **options)
+    return subprocess.run(command, capture_output=True, encoding="utf-8", timeout=900, **options)
 
 
 def files_of(folder):
