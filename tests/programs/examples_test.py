@@ -40,7 +40,7 @@ class Examples(unittest.TestCase):
         command[0] = RUNNER
         command[-1:] = [*shlex.split(options), script]
         return subprocess.run(command, cwd=self.folder, env={**os.environ, "TZ": "Europe/Warsaw"},
-                              capture_output=True, encoding="utf-8", timeout=120)
+                              capture_output=True, encoding="utf-8", timeout=600)
 
     def test_index_has_a_row_for_each_script(self):
         self.assertCountEqual([script for script, *_ in rows_of_index()], [path.name for path in EXAMPLES.glob("*.kx")])
