@@ -56,7 +56,7 @@ class Converter {
 
     Converted Run() {
         if (m_conversion.mark) m_result.text = kUtf8Mark;
-        for (m_line = 1; !m_rest.empty() && !IsFull(); ++m_line) {
+        for (m_line = 1; !m_rest.empty(); ++m_line) {
             std::string_view line = TakeLine(m_rest);
             const std::string_view end = TakeEnd(line);
             const Encoding from =

@@ -62,6 +62,11 @@ class Files(ConvertTest):
             self.done("-e", option, "a.kx")
             self.assertEqual(self.get("a.kx"), content, option)
 
+    def test_line_ends_stay_in_utf_8(self):
+        self.put("a.csv", WINDOWS.replace(b"\r\n", b"\n"))
+        self.done("-t", "utf-8", "a.csv")
+        self.assertEqual(self.get("a.csv"), UTF8)
+
     def test_mark_is_written_where_it_is_wanted(self):
         self.put("a.csv", WINDOWS)
         self.done("--to=utf-8", "--mark", "--line-ends=lf", "a.csv")

@@ -95,9 +95,9 @@ TEST(EncodingTest, EveryCharacterComesBack) {
 }
 
 TEST(EncodingTest, CharactersWithoutACounterpartAreNamed) {
-    EXPECT_THAT(
-        FaultsOf("; zażółć\r\n; ą→😀\n\xC2\x85", kToWindows1250),
-        ElementsAre("2:4 NoCounterpart 2192", "2:5 NoCounterpart 1F600", "3:1 NoCounterpart 85"));
+    EXPECT_THAT(FaultsOf("; zażółć\r\n; ą→😀\n\xC2\x85\xC2\x81", kToWindows1250),
+                ElementsAre("2:4 NoCounterpart 2192", "2:5 NoCounterpart 1F600",
+                            "3:1 NoCounterpart 85", "3:2 NoCounterpart 81"));
     EXPECT_EQ(Convert("ą→", kToWindows1250).faults.front().bytes, "→");
 }
 
@@ -166,6 +166,7 @@ TEST(EncodingTest, FaultsEndAtTheirLimit) {
     std::string arrows;
     for (std::size_t i = 0; i < kMostEncodingFaults; ++i) arrows += "→";
     EXPECT_EQ(Convert(arrows, kToWindows1250).faults.size(), kMostEncodingFaults);
+    EXPECT_EQ(Convert(arrows + "→→", kToWindows1250).faults.size(), kMostEncodingFaults);
     const std::vector<EncodingFault> faults = Convert(arrows + "\n→→", kToWindows1250).faults;
     EXPECT_EQ(faults.size(), kMostEncodingFaults);
     EXPECT_EQ(faults.back().column, static_cast<int>(kMostEncodingFaults));

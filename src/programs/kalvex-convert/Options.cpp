@@ -125,7 +125,7 @@ class Parser {
 
     std::string Parse() {
         bool optionsEnded = false;
-        while (m_next < m_words.size() && m_draft.end.empty()) {
+        while (m_next < m_words.size()) {
             const std::string& word = m_words[m_next++];
             const bool isOption = !optionsEnded && word.size() > 1 && word.front() == '-';
             if (isOption && word == "--") {
@@ -136,7 +136,7 @@ class Parser {
                 return fault;
             }
         }
-        return m_draft.end.empty() ? Complete() : std::string();
+        return Complete();
     }
 
   private:
