@@ -150,8 +150,12 @@ TEST_F(RunNetworkTest, PeriodicWorkComesOnceASecond) {
     EXPECT_EQ(server.clients, 0);
     network.now += 1;
     TickUntilHeard("subscribe +1V");
-    EXPECT_THAT(Log(platform::LogErrors), ElementsAre("main.kx : Inicjowanie skryptu ",
-                                                      "main.kx : Start skryptu ", unreachable));
+    const std::string place = network.folder.Path("srv");
+    EXPECT_THAT(Log(platform::LogErrors),
+                ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
+                            "Serwer srv jest nieosiągalny: nie ma gniazda " + place +
+                                " (czy serwer jest uruchomiony?)",
+                            unreachable, "Serwer srv odpowiada (" + place + ")"));
 }
 
 TEST_F(RunNetworkTest, RefusedLoginIsTriedAgainAfterSixtyRoundsOfPeriodicWork) {
