@@ -59,14 +59,60 @@ class Installation(unittest.TestCase):
         self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", fault))
 
     def test_every_program_has_its_page(self):
-        pages = {path.stem for path in (self.prefix / "share/man").glob("man?/*")}
-        self.assertEqual(pages, set(PROGRAMS))
+        pages = {path.name for path in (self.prefix / "share/man").glob("man?/*")}
+        self.assertEqual({page.rpartition(".")[0] for page in pages if page[-1] in "18"}, set(PROGRAMS))
+        self.assertEqual({page for page in pages if page[-1] not in "18"},
+                         {"kalvex.ini.5", "kalvex-language.7", "sorvaned.toml.5"})
+
+    def test_pages_bear_the_version_and_the_day_that_the_changes_tell(self):
+        version = output_of(self.prefix / "bin/sorvaned", "--version").stdout.split()[1]
+        changes = (self.prefix / "share/doc/kalvex/CHANGELOG.md").read_text(encoding="utf-8")
+        newest, date = re.search(r"(?m)^## (\S+) \((\d{4}-\d\d-\d\d)\)$", changes).groups()
+        self.assertEqual(newest, version)
+        for page in (self.prefix / "share/man").glob("man?/*"):
+            title = page.read_text(encoding="utf-8").splitlines()[0]
+            self.assertEqual(re.sub(r'^\.TH \S+ \d|"[^"]*"$', "", title), f' "{date}" "Kalvex {version}" ', page.name)
+
+    def test_page_of_the_language_has_each_row_of_the_tables(self):
+        page = (self.prefix / "share/man/man7/kalvex-language.7").read_text(encoding="utf-8")
+        spellings = dict(re.findall(r'string_view (\w+) = "([A-Z_]+)";',
+                                    (ROOT / "src/operands/Keywords.h").read_text(encoding="utf-8")))
+        parts = re.split(r"(?m)^\.SH ([A-Z]+)$", page)
+        sections = dict(zip(parts[1::2], parts[2::2]))
+        for table in ("Statements", "Functions", "Directives"):
+            text = (ROOT / f"src/language/{table}.cpp").read_text(encoding="utf-8")
+            rows = re.findall(r'(?m)^    \{(?:"([A-Z_]+)"|operands::Keyword::(\w+)),', text)
+            self.assertTrue(rows)
+            told = re.findall(r'(?m)^\.TP\n\.B "([A-Z_]+)', sections[table.upper()])
+            self.assertEqual(told, [word or spellings[name] for word, name in rows], table)
+        self.assertIn('\n.TP\n.B "SETTIME <year> <month> <day> <hour> <minute> <second>"\n\\&Sets the system time.\n',
+                      page)
+
+    def test_installation_can_be_taken_back(self):
+        with tempfile.TemporaryDirectory() as folder:
+            build = pathlib.Path(folder) / "build"
+            prefix = pathlib.Path(folder) / "usr"
+            (prefix / "bin").mkdir(parents=True)
+            (prefix / "bin/other").write_text("x", encoding="utf-8")
+            manifest = pathlib.Path(BUILD) / "install_manifest.txt"
+            done = output_of(CMAKE, "--install", BUILD, "--prefix", str(prefix))
+            self.assertEqual(done.returncode, 0, done.stderr)
+            build.mkdir()
+            shutil.move(manifest, build / manifest.name)
+            done = output_of(CMAKE, "-D", f"MANIFEST={build / manifest.name}", "-P",
+                             str(ROOT / "packaging/uninstall.cmake"))
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertEqual([path for path in prefix.rglob("*") if path.is_file()], [prefix / "bin/other"])
+            self.assertFalse((prefix / "share/doc/kalvex").exists())
+            self.assertFalse((build / manifest.name).exists())
 
     def test_shells_complete_command_lines(self):
         for program, words in {"kalvexctl": ("list", "status", "start", "release"),
                                "kalvex-convert": ("--to", "--check", "windows-1250", "utf-8"),
                                "kalvex-run": ("--until", "--junit", "--language")}.items():
-            for place in (f"bash-completion/completions/{program}", f"zsh/site-functions/_{program}"):
+            places = [f"bash-completion/completions/{program}", f"zsh/site-functions/_{program}",
+                      f"fish/vendor_completions.d/{program}.fish"]
+            for place in places:
                 text = (self.prefix / "share" / place).read_text(encoding="utf-8")
                 for word in words:
                     self.assertRegex(text, rf"(?<![\w-]){word}\b", place)

@@ -31,6 +31,20 @@ std::string BashCompletion(std::string script) {
     return script;
 }
 
+std::string FishCompletion(std::string script) {
+    std::string options;
+    for (const OptionInfo& option : OptionInfos()) {
+        const std::string words = fmt::format(" -x -a '{}'", WordsOf(option));
+        const std::string value = option.value.empty()   ? ""
+                                  : option.words.empty() ? " -r -F"
+                                                         : words;
+        options += programs::FishOption("kalvex-convert", option.name, option.shortName, value,
+                                        option.help);
+    }
+    programs::FillPlace(script, "@OPTIONS@", options);
+    return script;
+}
+
 std::string ZshCompletion(std::string script) {
     std::string options;
     for (const OptionInfo& option : OptionInfos()) {

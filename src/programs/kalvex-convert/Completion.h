@@ -8,6 +8,7 @@ namespace kalvex::convert {
 
 // The script with its places, such as @OPTIONS@, filled in.
 std::string BashCompletion(std::string script);
+std::string FishCompletion(std::string script);
 std::string ZshCompletion(std::string script);
 
 }  // namespace kalvex::convert

@@ -14,16 +14,19 @@ namespace {
 // What the shells offer for a value of this kind; nothing for any other.
 struct ValueRow {
     std::string_view value;
-    std::string_view action;  // of zsh
+    std::string_view zsh;
+    std::string_view fish;
 };
 
-constexpr ValueRow kValues[] = {{"FILE", "_files"}, {"[WORD]", "_kalvex_run_words"}};
+constexpr ValueRow kValues[] = {{"FILE", "_files", " -r -F"},
+                                {"[WORD]", "_kalvex_run_words", " -x -a '(__kalvex_run_words)'"}};
+constexpr ValueRow kAnyValue = {"", " ", " -x"};
 
-std::string_view ActionOf(std::string_view value) {
+const ValueRow& RowOf(std::string_view value) {
     for (const ValueRow& row : kValues) {
-        if (row.value == value) return row.action;
+        if (row.value == value) return row;
     }
-    return " ";
+    return kAnyValue;
 }
 
 void AddAlternative(std::string& pattern, std::string_view name) {
@@ -48,13 +51,23 @@ std::string BashCompletion(std::string script) {
     return script;
 }
 
+std::string FishCompletion(std::string script) {
+    std::string options;
+    for (const OptionInfo& option : OptionInfos()) {
+        const std::string_view value = option.value.empty() ? "" : RowOf(option.value).fish;
+        options += programs::FishOption("kalvex-run", option.name, "", value, option.help);
+    }
+    programs::FillPlace(script, "@OPTIONS@", options);
+    return script;
+}
+
 std::string ZshCompletion(std::string script) {
     std::string options;
     for (const OptionInfo& option : OptionInfos()) {
         const std::string value =
             option.value.empty()
                 ? ""
-                : fmt::format(":{}:{}", programs::ZshText(option.value), ActionOf(option.value));
+                : fmt::format(":{}:{}", programs::ZshText(option.value), RowOf(option.value).zsh);
         options +=
             fmt::format("    '{}[{}]{}' \\\n", option.name, programs::ZshText(option.help), value);
     }

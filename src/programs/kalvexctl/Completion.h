@@ -9,5 +9,6 @@ namespace kalvex::kalvexctl {
 // The script with its places, such as @COMMANDS@, filled in.
 std::string BashCompletion(std::string script);
 std::string ZshCompletion(std::string script);
+std::string FishCompletion(std::string script);
 
 }  // namespace kalvex::kalvexctl

@@ -1,16 +1,12 @@
-// For the build: fills in a script of completion, from the standard input to the standard output.
-#include <iostream>
-#include <iterator>
-#include <string>
-#include <string_view>
-
+// For the build.
+#include "programs/CompletionText.h"
 #include "programs/kalvexctl/Completion.h"
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 2;
-    const std::string script{std::istreambuf_iterator<char>(std::cin), {}};
-    const bool isBash = std::string_view(argv[1]) == "bash";
-    std::cout << (isBash ? kalvex::kalvexctl::BashCompletion(script)
-                         : kalvex::kalvexctl::ZshCompletion(script));
-    return 0;
+    constexpr kalvex::programs::Shell kShells[] = {
+        {"bash", kalvex::kalvexctl::BashCompletion},
+        {"fish", kalvex::kalvexctl::FishCompletion},
+        {"zsh", kalvex::kalvexctl::ZshCompletion},
+    };
+    return kalvex::programs::FillCompletion(argc, argv, kShells);
 }
