@@ -4,9 +4,9 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
 
+#include "platform/posix/Installation.h"
 #include "text/CodePage.h"
 
 namespace kalvex::platform {
@@ -14,12 +14,6 @@ namespace kalvex::platform {
 namespace {
 
 constexpr const char* kDomain = "kalvex";
-
-std::string CatalogueFolder() {
-    std::error_code fault;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", fault);
-    return (program.parent_path().parent_path() / "share" / "locale").string();
-}
 
 // LANGUAGE is looked at in a locale with a language only.
 void ChooseLanguage() {
@@ -31,7 +25,8 @@ void ChooseLanguage() {
 
 }  // namespace
 
-GettextTranslator::GettextTranslator() : GettextTranslator(CatalogueFolder()) {}
+GettextTranslator::GettextTranslator()
+    : GettextTranslator(InstallationPrefix() / "share" / "locale") {}
 
 GettextTranslator::GettextTranslator(const std::string& folder) {
     ChooseLanguage();

@@ -1,5 +1,6 @@
 #include "platform/Translator.h"
 #include "platform/posix/HttpEndpointModule.h"
+#include "platform/posix/Installation.h"
 #include "platform/posix/SharedLibrary.h"
 
 namespace kalvex::platform {
@@ -11,7 +12,7 @@ constexpr const char* kNoModule = Translatable("nie można załadować kalvex-he
 }  // namespace
 
 std::unique_ptr<HttpEndpoint> LoadHttpEndpoint(MainLoop& loop, HttpText text, std::string& error) {
-    static SharedLibrary module{kHttpEndpointModule};
+    static SharedLibrary module{(InstallationPrefix() / kHttpEndpointModule).c_str()};
     static const auto make = module.Find<HttpEndpointEntry*>(kHttpEndpointEntry);
     if (make == nullptr) {
         error = kNoModule;

@@ -5,7 +5,8 @@
 
 namespace kalvex::platform {
 
-inline constexpr char kHttpEndpointModule[] = "kalvex-health.so";
+// Below the prefix of the installation.
+inline constexpr char kHttpEndpointModule[] = "lib/kalvex/kalvex-health.so";
 inline constexpr char kHttpEndpointEntry[] = "kalvex_make_http_endpoint";
 
 // The caller owns what it gets.
