@@ -155,6 +155,26 @@ class Sorvaned(unittest.TestCase):
             database.execute(f"PRAGMA user_version = {version}")
             database.close()
 
+    def test_store_of_an_older_program_stays_in_a_copy(self):
+        self.stop(self.start())
+        store = self.folder / "data" / "store.sqlite"
+        self.assertFalse(store.with_name("store.sqlite.v2").exists())
+        database = sqlite3.connect(store)
+        database.execute("PRAGMA user_version = 1")
+        database.close()
+        self.stop(self.start())
+        for path, version in ((store, 2), (store.with_name("store.sqlite.v1"), 1)):
+            database = sqlite3.connect(path)
+            self.assertEqual(database.execute("PRAGMA user_version").fetchone(), (version,), path.name)
+            self.assertEqual(database.execute("SELECT name FROM variables").fetchall(), [("X",)], path.name)
+            database.close()
+        store.with_name("store.sqlite.v1").unlink()
+        store.with_name("store.sqlite.v1").mkdir()
+        database = sqlite3.connect(store)
+        database.execute("PRAGMA user_version = 1")
+        database.close()
+        self.assertEqual(self.refusal(), [f"{store}.v1: nie można zachować danych sprzed zmiany wersji (Is a directory)"])
+
     def test_polite_end_commits_everything(self):
         for ending in (signal.SIGTERM, signal.SIGINT):
             server = self.start()
