@@ -154,8 +154,8 @@ class SoakTest : public support::ScriptWorld {
     }
 
     void EndDay() {
-        m_metrics = FormatHealthMetrics(
-            m_health.GetFigures(m_tick * kTick * 1'000'000, m_scripts, &m_client->SourceList()));
+        m_metrics = FormatHealthMetrics(m_health.GetFigures(m_tick * kTick * 1'000'000, ticks,
+                                                            &m_client->SourceList(), m_appLog));
         for (const std::unique_ptr<engine::CKalvexDoc>& script : m_scripts) {
             if (ConditionOf(*script) != ScriptCondition::Error) continue;
             script->Reset();
@@ -170,6 +170,7 @@ class SoakTest : public support::ScriptWorld {
         {clock, m_log, translator, users, paths, language::Functions()},
         language::Statements(),
         questions};
+    CLog m_appLog{clock, translator};
     Health m_health{0};
     std::unique_ptr<vantrel::SimulatedPlant> m_plant;
     std::unique_ptr<sources::CClientInterface> m_client;
