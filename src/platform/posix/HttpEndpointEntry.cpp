@@ -2,7 +2,7 @@
 
 #include "platform/posix/HttpEndpointModule.h"
 
-extern "C" kalvex::platform::HttpEndpoint* kalvex_make_http_endpoint(
+extern "C" kalvex::platform::HttpEndpoint* MakeKalvexHttpEndpoint(
     kalvex::platform::MainLoop& loop, kalvex::platform::HttpText& text) {
     return kalvex::platform::MakeHttpEndpoint(loop, std::move(text)).release();
 }

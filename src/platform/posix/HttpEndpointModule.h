@@ -7,7 +7,7 @@ namespace kalvex::platform {
 
 // Below the prefix of the installation.
 inline constexpr char kHttpEndpointModule[] = "lib/kalvex/kalvex-health.so";
-inline constexpr char kHttpEndpointEntry[] = "kalvex_make_http_endpoint";
+inline constexpr char kHttpEndpointEntry[] = "MakeKalvexHttpEndpoint";
 
 // The caller owns what it gets.
 using HttpEndpointEntry = HttpEndpoint*(MainLoop& loop, HttpText& text);
