@@ -153,7 +153,7 @@ class Packages(unittest.TestCase):
             self.assertEqual(root.checked("stat", "-c", "%U %G %a", folder), "sorvane sorvane 750\n", folder)
 
     def programs_run(self, root):
-        for program in ("kalvexd", "kalvexctl", "kalvex-run", "sorvaned"):
+        for program in ("kalvexd", "kalvexctl", "kalvex-convert", "kalvex-run", "sorvaned"):
             # The program's own version; packages of an older one are made of the same programs.
             self.assertEqual(root.checked(program, "--version"), f"{program} {self.version}\n")
         self.assertEqual(root.checked("sorvaned", "--check"), "")
