@@ -82,8 +82,13 @@ class Root:
         for path in packages:
             shutil.copy(path, self.folder / "tmp")
         # Settings that somebody has changed stay.
-        self.checked("apt-get", "-q", "-y", "--no-install-recommends", "-o", "Dpkg::Options::=--force-confdef",
-                     "-o", "Dpkg::Options::=--force-confold", "install", *(f"/tmp/{path.name}" for path in packages))
+        command = ("apt-get", "-q", "-y", "--no-install-recommends", "-o", "Dpkg::Options::=--force-confdef",
+                   "-o", "Dpkg::Options::=--force-confold", "-o", "Acquire::Retries=3", "install",
+                   *(f"/tmp/{path.name}" for path in packages))
+        done = self.run(*command)
+        if "Failed to fetch" in done.stderr:
+            raise unittest.SkipTest("the mirrors of the distribution cannot be reached:\n" + done.stderr[-500:])
+        assert done.returncode == 0, f"{command}\n{done.stdout}\n{done.stderr}"
 
     def path(self, name):
         return self.folder / name.lstrip("/")
