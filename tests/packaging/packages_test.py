@@ -3,8 +3,8 @@
 
     packages_test.py PATH_OF_CPACK BUILD_FOLDER [PATH_OF_KALVEX]
 
-Ends with 77 where it may not make such a system. KALVEX_BARE_SYSTEM names the folder of one that is made already, by
-debootstrap --variant=minbase, of which a copy is used.
+Ends with 77 where it may not make such a system. It is made once, by debootstrap, in the folder of the build or the one
+that KALVEX_BARE_SYSTEM names, and each test uses a copy.
 """
 import os
 import pathlib
@@ -18,7 +18,7 @@ import unittest
 CPACK, BUILD, *WINDOWS = sys.argv[1:]
 del sys.argv[1:]
 SKIPPED = 77
-READY = os.environ.get("KALVEX_BARE_SYSTEM")
+READY = pathlib.Path(os.environ.get("KALVEX_BARE_SYSTEM", f"{BUILD}/bare_system"))
 OLDER = "0.1.9"
 UNITS = {"kalvex": "kalvexd", "sorvane-server": "sorvaned"}
 CONFFILES = {"kalvex-common": "/etc/sorvane/sorvane.ini", "sorvane-server": "/etc/sorvane/sorvaned.toml"}
@@ -59,13 +59,25 @@ class Root:
 
     def __init__(self, folder):
         self.folder = folder
-        made = run("cp", "-a", READY, str(folder)) if READY else \
-            run("debootstrap", "--variant=minbase", "bookworm", str(folder))
-        if made.returncode != 0:
-            raise unittest.SkipTest("no bare system can be made here:\n" + made.stdout[-500:] + made.stderr[-500:])
+        if not READY.exists():
+            new = READY.with_suffix(".new")
+            shutil.rmtree(new, ignore_errors=True)
+            made = run("debootstrap", "--variant=minbase", "bookworm", str(new))
+            if made.returncode != 0:
+                raise unittest.SkipTest("no bare system can be made here:\n" + made.stdout[-500:] + made.stderr[-500:])
+            new.rename(READY)
+        checked("cp", "-a", str(READY), str(folder))
         policy = folder / "usr/sbin/policy-rc.d"
         policy.write_text("#!/bin/sh\nexit 101\n", encoding="utf-8")
         policy.chmod(0o755)
+
+    def mount_processes(self, test):
+        """For programs that look up where they lie."""
+        place = str(self.path("/proc"))
+        done = run("mount", "-t", "proc", "proc", place)
+        if done.returncode != 0:
+            raise unittest.SkipTest("nothing can be mounted here:\n" + done.stderr)
+        test.addCleanup(run, "umount", "--lazy", place)
 
     def run(self, *command, user=None):
         prefix = ["setpriv", f"--reuid={user}", f"--regid={user}", "--clear-groups"] if user else []
@@ -78,17 +90,21 @@ class Root:
         assert done.returncode == 0, f"{command}\n{done.stdout}\n{done.stderr}"
         return done.stdout + done.stderr
 
+    def refresh(self):
+        """Looks up what the mirrors have now."""
+        done = self.run("apt-get", "-q", "-o", "Acquire::Retries=3", "update")
+        if done.returncode != 0 or "Failed to fetch" in done.stderr:
+            raise unittest.SkipTest("the mirrors of the distribution cannot be reached:\n" + done.stderr[-500:])
+
     def install(self, packages):
         for path in packages:
             shutil.copy(path, self.folder / "tmp")
         # Settings that somebody has changed stay.
+        self.refresh()
         command = ("apt-get", "-q", "-y", "--no-install-recommends", "-o", "Dpkg::Options::=--force-confdef",
                    "-o", "Dpkg::Options::=--force-confold", "-o", "Acquire::Retries=3", "install",
                    *(f"/tmp/{path.name}" for path in packages))
-        done = self.run(*command)
-        if "Failed to fetch" in done.stderr:
-            raise unittest.SkipTest("the mirrors of the distribution cannot be reached:\n" + done.stderr[-500:])
-        assert done.returncode == 0, f"{command}\n{done.stdout}\n{done.stderr}"
+        self.checked(*command)
 
     def path(self, name):
         return self.folder / name.lstrip("/")
