@@ -123,8 +123,10 @@ class FirstPlant(unittest.TestCase):
         self.folder.chmod(0o755)
         self.root = Root(self.folder / "root")
         self.root.mount_processes(self)
+        packages = self.root.path("/srv/packages")
+        packages.mkdir()
         for package in make_packages(self.folder / "made").values():
-            shutil.copy(package, self.root.path("/root"))
+            shutil.copy(package, packages)
         self.root.refresh()
         self.manager = Manager(self.root)
         self.addCleanup(self.manager.end)
@@ -138,7 +140,6 @@ class FirstPlant(unittest.TestCase):
         guard = threading.Timer(10 * LIMIT_SECONDS, self.shell.kill)
         guard.start()
         self.addCleanup(guard.cancel)
-        self.shell.stdin.write("cd\n")
 
     def run_block(self, commands):
         self.root.path("/tmp/block").write_text(commands, encoding="utf-8")

@@ -99,7 +99,7 @@ class Sorvaned(unittest.TestCase):
         self.assertEqual(program.stdout.readline(), "users.sqlite\n")
         self.assertEqual(self.line_of(program), "Uruchomienie serwera Stacja")
         self.assertRegex(self.line_of(program), f"^Nasłuchiwanie: {self.local_socket()}$")
-        store = pathlib.Path(f"/proc/{program.pid}/root/var/lib/sorvane/store.sqlite")
+        store = pathlib.Path(f"/proc/{program.pid}", "root", "var/lib/sorvane/store.sqlite")
         self.assertTrue(store.exists())
         self.stop(program)
 
