@@ -23,11 +23,7 @@ bool IsNobody(const LoginRequest& request) {
 LoginDesk::LoginDesk(const platform::UserStore& users, const platform::Clock& clock,
                      const platform::Translator& translator, platform::MainLoop& loop,
                      platform::PasswordCost cost)
-    : m_users(users),
-      m_clock(clock),
-      m_translator(translator),
-      m_loop(loop),
-      m_otherHash(platform::HashPassword("", cost)) {}
+    : m_users(users), m_clock(clock), m_translator(translator), m_loop(loop), m_cost(cost) {}
 
 LoginDesk::~LoginDesk() {
     *m_open = false;
@@ -64,7 +60,7 @@ bool LoginDesk::Decide(const Pending& pending, LoginVerdict& verdict, std::strin
     if (user && platform::MayComeFrom(*user, pending.address)) {
         verdict.user = *user;
     } else {
-        hash = m_otherHash;
+        hash.clear();
     }
     return false;
 }
@@ -96,8 +92,11 @@ void LoginDesk::Next() {
         }
         m_checking = true;
         if (m_checker.joinable()) m_checker.join();
-        m_checker = std::thread([this, open = m_open, pending, verdict, hash] {
-            const bool right = platform::CheckPassword(hash, pending->request.password);
+        m_checker = std::thread([this, open = m_open, pending, verdict, hash, cost = m_cost] {
+            const std::string& password = pending->request.password;
+            const bool right = !hash.empty() && platform::CheckPassword(hash, password);
+            // Takes as long as a check.
+            if (hash.empty()) platform::HashPassword(password, cost);
             m_loop.Post([this, open, pending, verdict, right] {
                 platform::WipePassword(pending->request.password);
                 if (!*open) return;

@@ -60,7 +60,8 @@ class LoginDesk {
         Done done;
     };
 
-    // What can be said without the password. True when that decides it.
+    // What can be said without the password. True when that decides it; else `hash` is the one to
+    // be checked, empty for a user who is not there.
     bool Decide(const Pending& pending, LoginVerdict& verdict, std::string& hash);
     LoginVerdict Conclude(const Pending& pending, LoginVerdict verdict, bool right);
     void Next();
@@ -70,7 +71,7 @@ class LoginDesk {
     const platform::Translator& m_translator;
     platform::MainLoop& m_loop;
     NobodyAccess m_nobody = NobodyAccess::Never;
-    std::string m_otherHash;  // checked in place of the one of a user who is not there
+    const platform::PasswordCost m_cost;
     LoginGate m_gate;
     std::deque<Pending> m_pending;
     bool m_checking = false;
