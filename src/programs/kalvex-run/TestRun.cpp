@@ -34,7 +34,6 @@ constexpr const char* kStandard[][2] = {{"--clock", "2024-03-10 07:00:00"}, {"--
 // What may stand beside WHAT.kx, and the option that takes it.
 constexpr const char* kBeside[][2] = {
     {"--plant", ".plant.json"}, {"--plant", ".plant.toml"}, {"--actions", ".actions.json"}};
-constexpr const char* kFolderBeside = ".d";
 constexpr const char* kSelf = "/proc/self/exe";
 constexpr std::chrono::seconds kTimeLimit(300);
 constexpr int kLookPeriod = 200;  // milliseconds

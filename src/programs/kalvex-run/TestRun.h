@@ -7,6 +7,9 @@
 
 namespace kalvex::run {
 
+// Beside WHAT.kx, the folder WHAT.d has the files that the script finds beside itself.
+inline constexpr const char* kFolderBeside = ".d";
+
 enum class TestVerdict {
     Passed,
     Failed,   // something was not as expected

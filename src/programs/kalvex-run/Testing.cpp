@@ -19,7 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kScriptEnding = ".kx";
-constexpr const char* kFolderBeside = ".d";
 
 // How each verdict is shown.
 constexpr const char* kVerdicts[] = {"ok  ", "FAIL", "FAIL", "skip"};
