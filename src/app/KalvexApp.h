@@ -184,6 +184,7 @@ class CKalvexApp final : private LogOutlets {
     std::size_t m_librariesStarted = 0;
     platform::NoAnswers m_noAnswers;
     std::unique_ptr<sources::CClientInterface> m_clientInterface;
+    platform::ToldFiles m_toldFiles;
     std::unique_ptr<engine::DocumentServices> m_services;
     std::unique_ptr<ScriptDocuments> m_documents;
     std::unique_ptr<AppConsole> m_console;              // of a module

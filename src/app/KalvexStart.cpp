@@ -211,6 +211,7 @@ bool CKalvexApp::MakeDocuments() {
     m_services->files = &m_world.files;
     m_services->probes = &m_world.probes;
     m_services->loop = &m_world.loop;
+    m_services->toldFiles = &m_toldFiles;
     m_services->crypt = &m_world.crypt;
     m_services->counts = m_world.counts;
     m_documents = std::make_unique<ScriptDocuments>(*m_services);

@@ -1,7 +1,6 @@
 #include "engine/ScriptDocument.h"
 
 #include "platform/Files.h"
-#include "platform/ForeignText.h"
 #include "text/CodePage.h"
 
 namespace kalvex::engine {
@@ -26,7 +25,7 @@ bool CKalvexDoc::Open(std::string_view path, std::string& error) {
     std::string content;
     const std::string file = platform::NativePath(Services().paths.GetFullPath(path));
     if (!platform::ReadWholeFile(file, content, error)) return false;
-    platform::TellForeignText(file, content, Services().log, Services().translator);
+    TellForeignText(file, content);
     SetFile(path);
     m_text->SetText(content);
     m_modified = false;
@@ -66,7 +65,7 @@ bool CKalvexDoc::Reload() {
         LogLine(" : " + text::FromUtf8(error), platform::LogErrors);
         return false;
     }
-    platform::TellForeignText(file, content, Services().log, Services().translator);
+    TellForeignText(file, content);
     m_text->SetText(content);
     return true;
 }

@@ -7,7 +7,6 @@
 #include "engine/ScriptDocument.h"
 #include "operands/Keywords.h"
 #include "platform/Files.h"
-#include "platform/ForeignText.h"
 #include "platform/Paths.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
@@ -103,7 +102,7 @@ class Expansion {
         std::string error;
         const std::string file = platform::NativePath(path);
         const platform::FileRead read = platform::ReadFile(file, content, error);
-        platform::TellForeignText(file, content, m_services.log, m_services.translator);
+        m_document.TellForeignText(file, content);
         if (read == platform::FileRead::NotOpened) {
             TellFile(path, error);
             InsertFault("ERROR - file \"" + path + "\" not found");

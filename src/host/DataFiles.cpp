@@ -9,7 +9,6 @@
 #include "engine/ScriptDocument.h"
 #include "host/DataFile.h"
 #include "host/HostStatements.h"
-#include "platform/ForeignText.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 #include "value/ValueText.h"
@@ -143,13 +142,12 @@ DataFileResult Rewrite(operands::ScriptContext& script, platform::FileStore& fil
                        const Parameters& parameters, std::span<const DataEntry> entries) {
     RewrittenData data;
     const std::string file = platform::NativePath(parameters.path);
-    const bool replaced = files.Replace(
-        file, platform::NativePath(BackupPath(parameters.path)), [&](std::string_view old) {
-            platform::TellForeignText(file, old, script.Services().log,
-                                      script.Services().translator);
-            data = RewriteData(old, parameters.section, entries);
-            return std::move(data.text);
-        });
+    const bool replaced = files.Replace(file, platform::NativePath(BackupPath(parameters.path)),
+                                        [&](std::string_view old) {
+                                            script.TellForeignText(file, old);
+                                            data = RewriteData(old, parameters.section, entries);
+                                            return std::move(data.text);
+                                        });
     if (!replaced) return script.Fail(operands::ErrorFileOpen, parameters.path);
     return data.hasMore ? DataFileResult::Data : DataFileResult::Nothing;
 }
@@ -182,7 +180,7 @@ DataFileResult ReadDataFile(operands::ScriptContext& script, platform::FileStore
     if (files.Read(file, content) != platform::FileOutcome::Done) {
         return script.Fail(operands::ErrorFileOpen, parameters.path);
     }
-    platform::TellForeignText(file, content, script.Services().log, script.Services().translator);
+    script.TellForeignText(file, content);
     DataFileResult result = DataFileResult::Nothing;
     ReadDataLines(content, parameters.section, [&](std::string_view name, std::string_view value) {
         operands::CVariable* variable = operands::FindVariable(script, name);

@@ -25,6 +25,13 @@ CVariableList* ScriptContext::FindList(std::string_view name) {
     return static_cast<CVariableList*>(variable);
 }
 
+void ScriptContext::TellForeignText(const std::string& file, std::string_view content) {
+    platform::ToldFiles nothing;
+    platform::ToldFiles* const told = m_services.toldFiles;
+    platform::TellForeignText(file, content, m_services.log, m_services.translator,
+                              told != nullptr ? *told : nothing);
+}
+
 void ScriptContext::ClearParts() {
     for (const std::unique_ptr<DocumentPart>& part : m_parts) {
         if (part) part->ClearRunState();

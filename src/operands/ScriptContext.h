@@ -15,6 +15,7 @@
 #include "platform/Clock.h"
 #include "platform/Crypt.h"
 #include "platform/FileStore.h"
+#include "platform/ForeignText.h"
 #include "platform/LogSink.h"
 #include "platform/MainLoop.h"
 #include "platform/NetworkProbes.h"
@@ -40,6 +41,7 @@ struct ValueServices {
     const platform::CCrypt* crypt = nullptr;                    // none where no text is protected
     platform::NetworkProbes* probes = &platform::NoProbes();    // never null
     platform::MainLoop* loop = &platform::NoLoop();             // never null
+    platform::ToldFiles* toldFiles = nullptr;                   // none where each reading tells
     // What follows from a line's text alone is kept with the line. Without that each line is worked
     // out anew each time it runs, and each due step really tries its line: the same, only slower.
     bool keepForms = true;
@@ -103,6 +105,9 @@ class ScriptContext {
 
     const ValueServices& Services() const { return m_services; }
     const std::string& GetPathName() const { return m_path; }  // full path, Windows-1250
+
+    // Tells the log of a file that was read, when it is in another code page.
+    void TellForeignText(const std::string& file, std::string_view content);
 
     const ErrorSlot& LastError() const { return m_error; }
     // Records an error. Without force the first specific error of a line stands, and ErrorOther

@@ -1,6 +1,5 @@
 #include "platform/ForeignText.h"
 
-#include <map>
 #include <utility>
 
 #include "text/CodePage.h"
@@ -18,19 +17,18 @@ Notice DescribeForeignText(const std::string& path, std::string_view content) {
 }
 
 void TellForeignText(const std::string& path, std::string_view content, LogSink& log,
-                     const Translator& translator) {
-    static std::map<std::pair<LogSink*, std::string>, std::string> told;
-    const std::pair key(&log, path);
+                     const Translator& translator, ToldFiles& told) {
     const Notice notice = DescribeForeignText(path, content);
     if (!notice) {
-        told.erase(key);
+        told.erase(path);
         return;
     }
     std::string words = text::FromUtf8(InWords(notice, translator));
-    std::string& last = told[key];
-    if (last == words) return;
+    const auto last = told.find(path);
+    if (last != told.end() && last->second == words) return;
     log.Log(words, LogErrors);
-    last = std::move(words);
+    if (last == told.end() && told.size() >= kMostToldFiles) told.clear();
+    told[path] = std::move(words);
 }
 
 }  // namespace kalvex::platform

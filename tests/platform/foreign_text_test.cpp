@@ -15,15 +15,11 @@ using testing::IsEmpty;
 
 class ForeignTextTest : public testing::Test {
   protected:
-    // The file has the name of the test: a log like that of another test is told of its own.
-    static std::string File() {
-        return std::string("/srv/") +
-               testing::UnitTest::GetInstance()->current_test_info()->name() + ".kx";
+    void Read(std::string_view content, const std::string& file = "/srv/a.kx") {
+        TellForeignText(file, content, m_log, m_translator, m_told);
     }
 
-    void Read(std::string_view content) { TellForeignText(File(), content, m_log, m_translator); }
-
-    static std::string Line(int line, const std::string& file = File()) {
+    static std::string Line(int line, const std::string& file = "/srv/a.kx") {
         return "1 " + file + ':' + std::to_string(line) +
                ": plik jest w UTF-8, a jest czytany w kodzie Windows-1250; zamieni go polecenie: "
                "kalvex-convert " +
@@ -32,6 +28,7 @@ class ForeignTextTest : public testing::Test {
 
     support::LogRecorder m_log;
     const Translator m_translator;
+    ToldFiles m_told;
 };
 
 TEST_F(ForeignTextTest, FileIsDescribedWithItsLineAndTheCommand) {
@@ -71,20 +68,24 @@ TEST_F(ForeignTextTest, FileThatWasMendedIsToldAnew) {
 
 TEST_F(ForeignTextTest, EachFileIsTold) {
     Read("; gęś\n");
-    TellForeignText("/srv/b.kx", "; gęś\n", m_log, m_translator);
+    Read("; gęś\n", "/srv/b.kx");
     EXPECT_THAT(m_log.Take(), ElementsAre(Line(1), Line(1, "/srv/b.kx")));
 }
 
-TEST_F(ForeignTextTest, EachLogIsTold) {
-    support::LogRecorder other;
+TEST_F(ForeignTextTest, WhatWasToldOfManyFilesIsForgotten) {
     Read("; gęś\n");
-    TellForeignText(File(), "; gęś\n", other, m_translator);
-    EXPECT_THAT(m_log.Take(), ElementsAre(Line(1)));
-    EXPECT_THAT(other.Take(), ElementsAre(Line(1)));
+    for (std::size_t i = 1; i < kMostToldFiles; ++i) Read("ą", std::to_string(i));
+    m_log.Take();
+    Read("; gęś\n");
+    EXPECT_THAT(m_log.Take(), IsEmpty());
+    Read("ą", "b");
+    Read("; gęś\n");
+    EXPECT_THAT(m_log.Take(), ElementsAre(Line(1, "b"), Line(1)));
+    EXPECT_EQ(m_told.size(), 2U);
 }
 
 TEST_F(ForeignTextTest, LineIsTranslated) {
-    TellForeignText("a", "ą", m_log, support::MarkingTranslator());
+    TellForeignText("a", "ą", m_log, support::MarkingTranslator(), m_told);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 <a:1: plik jest w UTF-8, a jest czytany w kodzie Windows-1250; "
                             "zamieni go polecenie: kalvex-convert a>"));

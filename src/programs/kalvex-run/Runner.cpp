@@ -42,6 +42,7 @@ Runner::Runner(const RunOptions& options)
     m_services.files = &m_files;
     m_services.probes = &m_probes;
     m_services.loop = &m_inbox;
+    m_services.toldFiles = &m_toldFiles;
     m_services.crypt = m_profile.crypt.get();
 }
 

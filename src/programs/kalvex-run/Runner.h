@@ -70,6 +70,7 @@ class Runner {
     platform::PosixNetworkProbes m_probes;
     platform::PostedWork m_inbox;
     std::unique_ptr<RunSources> m_sources;
+    platform::ToldFiles m_toldFiles;
     engine::DocumentServices m_services;
     std::vector<std::unique_ptr<RunScript>> m_scripts;
     engine::TickRunner m_ticker;
