@@ -1,14 +1,15 @@
 #include "app/ConsoleConfiguration.h"
 
+#include "app/ProfileCheck.h"
 #include "app/ProfileKeys.h"
+#include "platform/Files.h"
+#include "platform/IniText.h"
 #include "text/CodePage.h"
 #include "text/WholeNumber.h"
 
 namespace kalvex::app {
 
 namespace {
-
-constexpr const char* kFault = platform::Translatable("Plik %s, [%s] %s: %s");
 
 template <bool vantrel::Listening::*Member>
 platform::Notice SetFlag(ConsoleConfiguration& target, std::string_view text) {
@@ -62,6 +63,13 @@ constexpr KeyRow kRows[] = {
     {Key::Clients, SetClients},
 };
 
+int FindLine(const std::string& path, const std::string& key) {
+    std::string content;
+    std::string error;
+    if (!platform::ReadWholeFile(path, content, error)) return 0;
+    return platform::IniText(content).FindLine(Section::Console, text::FromUtf8(key));
+}
+
 }  // namespace
 
 std::vector<std::string> ReadConsole(const platform::Profile& profile, const std::string& path,
@@ -70,9 +78,8 @@ std::vector<std::string> ReadConsole(const platform::Profile& profile, const std
     std::vector<std::string> faults;
     const auto tell = [&](const std::string& key, const platform::Notice& reason) {
         if (!reason) return;
-        const platform::Notice fault{
-            kFault, {path, Section::Console, key, platform::InWords(reason, translator)}};
-        faults.push_back(text::FromUtf8(platform::InWords(fault, translator)));
+        const ProfileEntry entry{path, FindLine(path, key), Section::Console, key};
+        faults.push_back(text::FromUtf8(TellEntryFault(entry, reason, translator)));
     };
     for (const KeyRow& row : kRows) {
         const std::string value =

@@ -19,8 +19,8 @@ struct ConsoleConfiguration {
 };
 
 // A key that is missing, or has no value, leaves the default. The answer has a line for each fault,
-// an engine text that names the file, `path`, and the key; with any, nothing is to listen, since
-// what was meant is not known.
+// an engine text that names the file, `path`, its line and the key; with any, nothing is to listen,
+// since what was meant is not known.
 std::vector<std::string> ReadConsole(const platform::Profile& profile, const std::string& path,
                                      const platform::Translator& translator,
                                      ConsoleConfiguration& console);

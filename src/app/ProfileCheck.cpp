@@ -24,6 +24,7 @@ using platform::Notice;
 
 constexpr const char* kLineFault = platform::Translatable("Plik %s, wiersz %s: %s");
 constexpr const char* kEntryFault = platform::Translatable("Plik %s, wiersz %s, [%s] %s: %s");
+constexpr const char* kFaultWithoutLine = platform::Translatable("Plik %s, [%s] %s: %s");
 
 constexpr std::size_t kMostWidths = 7;
 constexpr std::string_view kDigits = "0123456789";
@@ -134,10 +135,9 @@ class ProfileCheck {
 
     void TellEntry(int line, const std::string& section, const std::string& key,
                    const Notice& fault) {
-        const Notice told{kEntryFault,
-                          {m_path, std::to_string(line), text::ToUtf8(section), text::ToUtf8(key),
-                           InWords(fault, m_translator)}};
-        m_faults.emplace_back(line, InWords(told, m_translator));
+        m_faults.emplace_back(
+            line, TellEntryFault({m_path, line, text::ToUtf8(section), text::ToUtf8(key)}, fault,
+                                 m_translator));
     }
 
     std::string NearestSection(std::string_view section) const {
@@ -229,6 +229,18 @@ class ProfileCheck {
 };
 
 }  // namespace
+
+std::string TellEntryFault(const ProfileEntry& entry, const platform::Notice& fault,
+                           const platform::Translator& translator) {
+    const std::string reason = InWords(fault, translator);
+    if (entry.line == 0) {
+        return InWords({kFaultWithoutLine, {entry.path, entry.section, entry.key, reason}},
+                       translator);
+    }
+    return InWords(
+        {kEntryFault, {entry.path, std::to_string(entry.line), entry.section, entry.key, reason}},
+        translator);
+}
 
 std::vector<std::string> FindProfileFaults(const std::string& path,
                                            std::span<const ProfileKey> keys,

@@ -11,6 +11,18 @@
 
 namespace kalvex::app {
 
+// An entry in a file; no line where it does not stand there.
+struct ProfileEntry {
+    std::string path;
+    int line;  // from 1; 0 for none
+    std::string section;
+    std::string key;
+};
+
+// A line of the log that tells what is wrong with an entry. All texts are UTF-8.
+std::string TellEntryFault(const ProfileEntry& entry, const platform::Notice& fault,
+                           const platform::Translator& translator);
+
 // A line of the log, UTF-8, for each fault, in order of the lines of the file: its path, the line
 // from 1, section and key. None where the file is not there, cannot be read or is no text. Whether
 // a value of the section of consoles can be used is not said here.

@@ -136,6 +136,16 @@ std::optional<std::string> IniText::Get(std::string_view section, std::string_vi
     return std::nullopt;
 }
 
+int IniText::FindLine(std::string_view section, std::string_view key) const {
+    const std::vector<bool> inside = LinesOf(section);
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const Line& line = m_lines[i];
+        if (inside[i] && line.kind == IniKind::Entry && text::EqualNoCase(line.name, key))
+            return static_cast<int>(i) + 1;
+    }
+    return 0;
+}
+
 bool IniText::Set(std::string_view section, std::string_view key, std::string_view value) {
     if (!IsSectionName(section) || !IsEntry(key, value)) return false;
     Put(section, key, value);

@@ -36,6 +36,8 @@ class IniText {
 
     // The first entry of the name counts.
     std::optional<std::string> Get(std::string_view section, std::string_view key) const;
+    // The line where that entry stands, from 1; 0 without one.
+    int FindLine(std::string_view section, std::string_view key) const;
     ProfileEntries GetSection(std::string_view section) const;
     // All of them in order.
     std::vector<IniLine> GetLines() const;

@@ -17,13 +17,18 @@ using testing::IsEmpty;
 
 class ConsoleConfigurationTest : public testing::Test {
   protected:
-    // The faults, the path of the profile as "FILE", with these lines in the section.
+    // The faults, the path of the profile as "FILE", with these lines below the heading of the
+    // section.
     std::vector<std::string> Read(const std::string& utf8) {
         m_folder.Put("Kalvex.ini", text::FromUtf8("[Konsola]\r\n" + utf8));
         m_console = {};
         const platform::IniProfile profile(m_folder.Path("Kalvex.ini"));
-        std::vector<std::string> faults = ReadConsole(profile, "FILE", m_translator, m_console);
-        for (std::string& fault : faults) fault = text::ToUtf8(fault);
+        const std::string path = m_folder.Path("Kalvex.ini");
+        std::vector<std::string> faults = ReadConsole(profile, path, m_translator, m_console);
+        for (std::string& fault : faults) {
+            fault = text::ToUtf8(fault);
+            fault.replace(fault.find(path), path.size(), "FILE");
+        }
         return faults;
     }
 
@@ -67,53 +72,62 @@ TEST_F(ConsoleConfigurationTest, EveryKeyIsRead) {
     EXPECT_EQ(m_console.clients, 1);
 }
 
-TEST_F(ConsoleConfigurationTest, EachFaultIsToldWithFileAndKey) {
+TEST_F(ConsoleConfigurationTest, EachFaultIsToldWithFileLineAndKey) {
     EXPECT_THAT(
         Read("Gniazdo lokalne=tak\r\nGrupa=no-such-group\r\nAdres=4310\r\nCertyfikat=a\tb\r\n"
              "Klucz=a\tb\r\nUrząd=a\tb\r\nOtwarty tekst=2\r\nKlienci=0\r\n"),
-        ElementsAre("Plik FILE, [Konsola] Gniazdo lokalne: oczekiwano 0 albo 1",
-                    "Plik FILE, [Konsola] Grupa: w systemie nie ma grupy o tej nazwie",
-                    "Plik FILE, [Konsola] Adres: oczekiwano adresu w postaci komputer:port",
-                    "Plik FILE, [Konsola] Certyfikat: oczekiwano ścieżki",
-                    "Plik FILE, [Konsola] Klucz: oczekiwano ścieżki",
-                    "Plik FILE, [Konsola] Urząd: oczekiwano ścieżki",
-                    "Plik FILE, [Konsola] Otwarty tekst: oczekiwano 0 albo 1",
-                    "Plik FILE, [Konsola] Klienci: oczekiwano liczby całkowitej od 1 do 10000"));
+        ElementsAre(
+            "Plik FILE, wiersz 2, [Konsola] Gniazdo lokalne: oczekiwano 0 albo 1",
+            "Plik FILE, wiersz 3, [Konsola] Grupa: w systemie nie ma grupy o tej nazwie",
+            "Plik FILE, wiersz 4, [Konsola] Adres: oczekiwano adresu w postaci komputer:port",
+            "Plik FILE, wiersz 5, [Konsola] Certyfikat: oczekiwano ścieżki",
+            "Plik FILE, wiersz 6, [Konsola] Klucz: oczekiwano ścieżki",
+            "Plik FILE, wiersz 7, [Konsola] Urząd: oczekiwano ścieżki",
+            "Plik FILE, wiersz 8, [Konsola] Otwarty tekst: oczekiwano 0 albo 1",
+            "Plik FILE, wiersz 9, [Konsola] Klienci: oczekiwano liczby całkowitej od 1 do 10000"));
     for (const char* clients : {"10001", "-1", "5x", "99999999999"}) {
-        EXPECT_THAT(
-            Read(std::string("Klienci=") + clients + "\r\n"),
-            ElementsAre("Plik FILE, [Konsola] Klienci: oczekiwano liczby całkowitej od 1 do 10000"))
+        EXPECT_THAT(Read(std::string("Klienci=") + clients + "\r\n"),
+                    ElementsAre("Plik FILE, wiersz 2, [Konsola] Klienci: oczekiwano liczby "
+                                "całkowitej od 1 do 10000"))
             << clients;
     }
 }
 
 TEST_F(ConsoleConfigurationTest, WhatDoesNotFitTogetherIsToldWithItsKey) {
-    EXPECT_THAT(Read("Adres=0.0.0.0:4310\r\n"),
-                ElementsAre("Plik FILE, [Konsola] Adres: poza tym komputerem połączenia muszą być "
-                            "szyfrowane (Certyfikat, Klucz), chyba że Otwarty tekst=1"));
+    EXPECT_THAT(
+        Read("Adres=0.0.0.0:4310\r\n"),
+        ElementsAre(
+            "Plik FILE, wiersz 2, [Konsola] Adres: poza tym komputerem połączenia muszą być "
+            "szyfrowane (Certyfikat, Klucz), chyba że Otwarty tekst=1"));
     EXPECT_THAT(
         Read("Certyfikat=a.pem\r\n"),
-        ElementsAre("Plik FILE, [Konsola] Certyfikat: certyfikat i klucz podaje się razem"));
-    EXPECT_THAT(Read("Klucz=a.key\r\n"),
-                ElementsAre("Plik FILE, [Konsola] Klucz: certyfikat i klucz podaje się razem"));
-    EXPECT_THAT(Read("Urząd=a.pem\r\n"),
-                ElementsAre("Plik FILE, [Konsola] Urząd: certyfikaty klientów sprawdza tylko "
-                            "serwer, który ma własny certyfikat"));
+        ElementsAre(
+            "Plik FILE, wiersz 2, [Konsola] Certyfikat: certyfikat i klucz podaje się razem"));
+    EXPECT_THAT(
+        Read("Klucz=a.key\r\n"),
+        ElementsAre("Plik FILE, wiersz 2, [Konsola] Klucz: certyfikat i klucz podaje się razem"));
+    EXPECT_THAT(
+        Read("Urząd=a.pem\r\n"),
+        ElementsAre("Plik FILE, wiersz 2, [Konsola] Urząd: certyfikaty klientów sprawdza tylko "
+                    "serwer, który ma własny certyfikat"));
     EXPECT_THAT(
         Read(std::string("Gniazdo lokalne=0\r\nGrupa=") + ::getgrgid(0)->gr_name + "\r\n"),
-        ElementsAre("Plik FILE, [Konsola] Grupa: bez gniazda lokalnego grupa nie ma znaczenia"));
+        ElementsAre(
+            "Plik FILE, wiersz 3, [Konsola] Grupa: bez gniazda lokalnego grupa nie ma znaczenia"));
 }
 
 TEST_F(ConsoleConfigurationTest, ValueThatIsWrongIsNotToldAsMissing) {
     EXPECT_THAT(Read("Certyfikat=a\tb\r\nKlucz=a.key\r\n"),
-                ElementsAre("Plik FILE, [Konsola] Certyfikat: oczekiwano ścieżki"));
+                ElementsAre("Plik FILE, wiersz 2, [Konsola] Certyfikat: oczekiwano ścieżki"));
 }
 
 TEST_F(ConsoleConfigurationTest, FaultsAreToldInTheLanguageOfTheModule) {
     m_translator.marks = true;
-    EXPECT_THAT(Read("Klienci=0\r\n"),
-                ElementsAre("<Plik FILE, [Konsola] Klienci: <oczekiwano liczby całkowitej od 1 do "
-                            "10000>>"));
+    EXPECT_THAT(
+        Read("Klienci=0\r\n"),
+        ElementsAre(
+            "<Plik FILE, wiersz 2, [Konsola] Klienci: <oczekiwano liczby całkowitej od 1 do "
+            "10000>>"));
 }
 
 }  // namespace

@@ -45,6 +45,16 @@ TEST(IniTextTest, ReadsValuesByNamesInAnyCase) {
     EXPECT_EQ(text.Get("Okna", "Nazwa"), std::nullopt);
 }
 
+TEST(IniTextTest, TellsTheLineOfAnEntry) {
+    const IniText text("\xEF\xBB\xBF; A\r\n[a]\r\n\r\nk=1\n[A]\n k =2\nl=3\n[b]\nm=4\n[k]\n");
+    EXPECT_EQ(text.FindLine("a", "k"), 4);
+    EXPECT_EQ(text.FindLine("A", "L"), 7);
+    EXPECT_EQ(text.FindLine("b", "m"), 9);
+    EXPECT_EQ(text.FindLine("b", "k"), 0);
+    EXPECT_EQ(text.FindLine("a", "a"), 0);
+    EXPECT_EQ(text.FindLine("c", "k"), 0);
+}
+
 TEST(IniTextTest, PolishLettersHaveACaseToo) {
     const IniText text(text::FromUtf8("[Okna]\nCZĘSTOTLIWOŚĆ=5\n"));
     EXPECT_EQ(text.Get("Okna", text::FromUtf8("częstotliwość")), "5");

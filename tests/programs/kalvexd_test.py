@@ -254,7 +254,7 @@ class Kalvexd(ServiceTest):
             f"Plik {self.folder}/sorvane.ini, wiersz 3, [Konfiguracja] AutoRc2: nieznany klucz, może chodzi o AutoRC",
             f"Klucz {self.folder}/Kalvex.key nie otwiera hasła z pliku {profile} ([Zrodla] Zrodlo0): "
             "źródło bez logowania",
-            f"Plik {profile}, [Konsola] Klienci: oczekiwano liczby całkowitej od 1 do 10000",
+            f"Plik {profile}, wiersz 8, [Konsola] Klienci: oczekiwano liczby całkowitej od 1 do 10000",
             f"Nie można otworzyć pliku użytkowników {users} (No such file or directory)",
             f"{self.folder}/a.kx : Linia 2 - Brak instrukcji IF...THEN dla użytej komendy ENDIF",
             f"{self.folder}/b.kx : Nie można odczytać pliku {self.folder}/nie_ma.kx (No such file or directory), "

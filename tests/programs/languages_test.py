@@ -93,7 +93,7 @@ class Languages(unittest.TestCase):
         lines, end = self.said_until(later, "kalvexd", "--working-dir", ".", "--log-stdout")
         entries = ["File ~/Kalvex.ini, line 4, [Autostart] Procedura3: not read, since Procedura2 has no value",
                    "File ~/Kalvex.ini, line 7: unknown section [Autsotart], did you mean [Autostart]"]
-        clients = "File ~/Kalvex.ini, [Konsola] Klienci: a whole number from 1 to 10000 was expected"
+        clients = "File ~/Kalvex.ini, line 6, [Konsola] Klienci: a whole number from 1 to 10000 was expected"
         self.assertEqual(lines[:9], [
             "The module Kalvex starts", *entries, f"RCSrv: Cannot open connections for clients ({clients})",
             "~/a.kx : Script initialised ", "~/a.kx : Script started ", "~/b.kx : Script initialised ",
