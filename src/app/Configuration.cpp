@@ -11,6 +11,7 @@
 
 #include "app/ProfileCheck.h"
 #include "app/ProfileKeys.h"
+#include "platform/FileTexts.h"
 #include "platform/Files.h"
 #include "platform/ForeignText.h"
 #include "text/CodePage.h"
@@ -22,7 +23,6 @@ namespace {
 
 constexpr const char* kPasswordLabel = "Kalvex";
 
-constexpr const char* kUnreadable = platform::Translatable("Nie można odczytać pliku %s (%s)");
 constexpr const char* kLost =
     platform::Translatable("Klucz %s nie otwiera hasła z pliku %s ([%s] %s): źródło bez logowania");
 constexpr const char* kNotWritten =
@@ -221,7 +221,7 @@ std::vector<std::string> ConfigurationStore::FindFaults(
     const std::string common = m_profile.GetCommonProfilePath();
     std::string reason;
     if (!m_profile.IsReadable(reason, common)) {
-        add(kUnreadable, {common, platform::InWords({reason.c_str()}, translator)});
+        add(platform::kUnreadableFile, {common, platform::InWords({reason.c_str()}, translator)});
     }
     const auto addAll = [&](const std::string& file, std::span<const ProfileKey> keys) {
         std::string content;

@@ -3,6 +3,7 @@
 #include "app/ProfileKeys.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
+#include "platform/FileTexts.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
@@ -157,10 +158,10 @@ bool CKalvexApp::RequirePrimaryInstance() {
 bool CKalvexApp::OpenProfile() {
     std::string error;
     if (!m_world.profile.IsReadable(error)) {
-        return Fail(text::FormatText(
-            m_world.translator.Translate("Nie można odczytać pliku %s (%s)"),
-            {text::FromUtf8(m_profile),
-             text::FromUtf8(platform::InWords({error.c_str()}, m_world.translator))}));
+        const platform::Notice fault{
+            platform::kUnreadableFile,
+            {m_profile, platform::InWords({error.c_str()}, m_world.translator)}};
+        return Fail(text::FromUtf8(platform::InWords(fault, m_world.translator)));
     }
     m_paths.emplace(m_world.workingDir, ReadRootFolder(m_world.profile, m_world.workingDir));
     m_store.emplace(m_world.profile, m_world.crypt, *m_paths, m_consoleClient);

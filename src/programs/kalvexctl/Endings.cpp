@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/FileTexts.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
@@ -30,7 +31,7 @@ constexpr FaultRow kRows[] = {
     {Fault::StillRuns, programs::ExitFailed,
      Translatable("Skrypt %s działa albo stoi w trybie krokowym")},
     {Fault::NoVariable, programs::ExitFailed, Translatable("Skrypt %s nie ma zmiennej %s")},
-    {Fault::NoFile, programs::ExitFailed, Translatable("Nie można odczytać pliku %s (%s)")},
+    {Fault::NoFile, programs::ExitFailed, platform::kUnreadableFile},
     {Fault::NotWritten, programs::ExitFailed, Translatable("Nie można zapisać wyniku (%s)")},
     {Fault::NotOffered, programs::ExitFailed,
      Translatable("Moduł %s nie udostępnia nadzoru skryptów")},

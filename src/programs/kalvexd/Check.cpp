@@ -11,6 +11,7 @@
 #include "engine/ScriptDocument.h"
 #include "language/Functions.h"
 #include "language/Statements.h"
+#include "platform/FileTexts.h"
 #include "platform/Files.h"
 #include "platform/IniProfile.h"
 #include "platform/UserSession.h"
@@ -48,7 +49,7 @@ class Check {
         if (!std::filesystem::exists(m_path, unknown)) {
             Tell({platform::Translatable("Nie ma pliku %s"), {m_path}});
         } else if (!m_profile.IsReadable(error)) {
-            Tell({platform::Translatable("Nie można odczytać pliku %s (%s)"),
+            Tell({platform::kUnreadableFile,
                   {m_path, platform::InWords({error.c_str()}, m_translator)}});
         } else {
             CheckSettings();

@@ -8,6 +8,7 @@
 
 #include "app/Configuration.h"
 #include "platform/FileEdit.h"
+#include "platform/FileTexts.h"
 #include "platform/IniProfile.h"
 #include "programs/PasswordPrompt.h"
 #include "text/CodePage.h"
@@ -148,7 +149,7 @@ int ListSources(const Desk& desk) {
     std::string error;
     if (!desk.book.IsReadable(error)) {
         return Fail(desk.translator,
-                    {platform::Translatable("Nie można odczytać pliku %s (%s)"),
+                    {platform::kUnreadableFile,
                      {desk.profile, platform::InWords({error.c_str()}, desk.translator)}});
     }
     for (const sources::CSourceDesc& source : desk.book.Read()) {
