@@ -32,6 +32,11 @@ std::string Tcp(const std::string& detail, StreamEnd end = StreamEnd::Unreachabl
         DialFault("Gaz", EndpointOf({{"Gaz", {.address = "127.0.0.1:4300"}}}), end, detail));
 }
 
+std::string NoAnswer(const std::string& place) {
+    return "Serwer Gaz jest nieosiągalny: brak odpowiedzi z " + place +
+           " (czy serwer nie jest zawieszony, a komputer i sieć działają?)";
+}
+
 TEST(DialFaultTest, LocalSocketThatIsNotThereIsNamed) {
     EXPECT_EQ(Local(kFailed + "unix:/run/sorvane/Gaz: No such file or directory"),
               "Serwer Gaz jest nieosiągalny: nie ma gniazda /run/sorvane/Gaz (czy serwer jest "
@@ -89,14 +94,45 @@ TEST(DialFaultTest, EncryptionThatFailsTellsWhereToLook) {
 
 TEST(DialFaultTest, NoWordOfTheLibraryIsPassedOn) {
     for (const char* detail : {"", "connection attempt timed out", "what nobody has foreseen"}) {
-        EXPECT_EQ(Local(detail),
-                  "Serwer Gaz jest nieosiągalny: brak odpowiedzi z /run/sorvane/Gaz (czy serwer "
-                  "nie jest zawieszony, a komputer i sieć działają?)");
-        EXPECT_EQ(Local(detail, StreamEnd::Refused),
-                  "Serwer Gaz nie przyjmuje połączenia przez /run/sorvane/Gaz (powód podaje jego "
-                  "log)");
-        EXPECT_EQ(Tcp(detail, StreamEnd::NotOffered),
-                  "Serwer Gaz jest nieosiągalny: pod 127.0.0.1:4300 działa inny program");
+        EXPECT_EQ(Local(detail), NoAnswer("/run/sorvane/Gaz"));
+        EXPECT_EQ(Tcp(detail), NoAnswer("127.0.0.1:4300"));
+    }
+}
+
+TEST(DialFaultTest, ServerThatTurnsAwayIsNamedWithItsWay) {
+    EXPECT_EQ(Local("", StreamEnd::Refused),
+              "Serwer Gaz nie przyjmuje połączenia przez /run/sorvane/Gaz (powód podaje jego log)");
+    EXPECT_EQ(Tcp("", StreamEnd::Refused),
+              "Serwer Gaz nie przyjmuje połączenia przez 127.0.0.1:4300 (powód podaje jego log)");
+    EXPECT_EQ(Local("", StreamEnd::NotOffered),
+              "Serwer Gaz jest nieosiągalny: pod /run/sorvane/Gaz działa inny program");
+    EXPECT_EQ(Tcp("", StreamEnd::NotOffered),
+              "Serwer Gaz jest nieosiągalny: pod 127.0.0.1:4300 działa inny program");
+}
+
+TEST(DialFaultTest, LocalConnectionThatIsCutOffIsNoSilence) {
+    for (const char* detail : {"Socket closed", "recvmsg:Connection reset by peer"}) {
+        EXPECT_EQ(Local(kFailed + detail),
+                  "Serwer Gaz jest nieosiągalny: /run/sorvane/Gaz przerywa połączenie (czy serwer "
+                  "szyfruje połączenia i zna certyfikat tego komputera?)");
+    }
+}
+
+TEST(DialFaultTest, EndOfAnotherKindIsNotReadAsAFailedAttempt) {
+    EXPECT_EQ(Local("Permission denied", StreamEnd::Lost), NoAnswer("/run/sorvane/Gaz"));
+    EXPECT_EQ(Tcp("Socket closed", StreamEnd::Lost), NoAnswer("127.0.0.1:4300"));
+}
+
+// A socket has no address, an address has no socket.
+TEST(DialFaultTest, WordsOfOneWayMeanNothingOnTheOther) {
+    for (const char* detail : {"No such file or directory", "Permission denied"}) {
+        EXPECT_EQ(Tcp(detail), NoAnswer("127.0.0.1:4300"));
+    }
+    for (const char* detail :
+         {"Name or service not known", "Temporary failure in name resolution", "No route to host",
+          "Network is unreachable", "DNS resolution failed", "certificate verify failed",
+          "is not in peer certificate", "Ssl handshake failed"}) {
+        EXPECT_EQ(Local(detail), NoAnswer("/run/sorvane/Gaz"));
     }
 }
 
@@ -105,6 +141,19 @@ TEST(DialFaultTest, WordsOfTheSystemStandAtTheEnd) {
     EXPECT_EQ(Local("unix:/run/Permission denied: No such file or directory"),
               "Serwer Gaz jest nieosiągalny: nie ma gniazda /run/sorvane/Gaz (czy serwer jest "
               "uruchomiony?)");
+    EXPECT_EQ(Local("unix:/run/No such file or directory: Permission denied"),
+              "Serwer Gaz jest nieosiągalny: brak uprawnień do gniazda /run/sorvane/Gaz (czy to "
+              "konto należy do jego grupy?)");
+    EXPECT_EQ(Tcp("Name or service not known: Temporary failure in name resolution"),
+              "Serwer Gaz jest nieosiągalny: nie udało się ustalić adresu komputera z "
+              "127.0.0.1:4300 (czy DNS działa?)");
+}
+
+TEST(DialFaultTest, HostThatIsCalledAsASocketIsAnAddress) {
+    const Endpoint endpoint = EndpointOf({{"Gaz", {"unix:4300", std::nullopt, "", true}}});
+    EXPECT_EQ(Words(DialFault("Gaz", endpoint, StreamEnd::Unreachable, "Connection refused")),
+              "Serwer Gaz jest nieosiągalny: nikt nie słucha pod adresem unix:4300 (czy serwer "
+              "jest uruchomiony?)");
 }
 
 TEST(DialFaultTest, SourceWithoutAWayTellsWhatStandsInTheProfile) {
