@@ -61,6 +61,8 @@ TEST_F(ProfileCheckTest, EveryKeyOfTheMachineIsKnown) {
                             "wiersz 4, [Serwer Gaz] Adres: nieznany klucz",
                             "wiersz 5, [Serwer Gaz] Otwarty tekst: oczekiwano liczby całkowitej od "
                             "0 do 1"));
+    EXPECT_THAT(OfMachine("[Nieznana sekcja]\nUrząd=x\n"),
+                ElementsAre("wiersz 1: nieznana sekcja [Nieznana sekcja]"));
     EXPECT_THAT(OfMachine("[Konfiguracja]\nAutoRC=2\n[Szyfrowanie]\nOtwarty tekst=2\n"),
                 ElementsAre("wiersz 2, [Konfiguracja] AutoRC: oczekiwano liczby całkowitej od 0 do "
                             "1",
@@ -77,13 +79,14 @@ TEST_F(ProfileCheckTest, UnknownSectionIsToldOnceWithTheOneThatIsMeant) {
 TEST_F(ProfileCheckTest, UnknownKeyIsToldWithTheOneThatIsMeant) {
     EXPECT_THAT(
         OfModule("[Autostart]\nProcedra0=a.kx\nProcedura=b.kx\nProcedura01=c.kx\n"
-                 "Procedura-1=d.kx\nSkrypt=e.kx\n[Konsola]\nUrzad=x\n"),
+                 "Procedura-1=d.kx\nSkrypt=e.kx\nProcedyra2=f.kx\n[Konsola]\nUrzad=x\n"),
         ElementsAre("wiersz 2, [Autostart] Procedra0: nieznany klucz, może chodzi o Procedura0",
                     "wiersz 3, [Autostart] Procedura: nieznany klucz, może chodzi o Procedura0",
                     "wiersz 4, [Autostart] Procedura01: nieznany klucz, może chodzi o Procedura1",
                     "wiersz 5, [Autostart] Procedura-1: nieznany klucz, może chodzi o Procedura1",
                     "wiersz 6, [Autostart] Skrypt: nieznany klucz",
-                    "wiersz 8, [Konsola] Urzad: nieznany klucz, może chodzi o Urząd"));
+                    "wiersz 7, [Autostart] Procedyra2: nieznany klucz, może chodzi o Procedura2",
+                    "wiersz 9, [Konsola] Urzad: nieznany klucz, może chodzi o Urząd"));
 }
 
 TEST_F(ProfileCheckTest, EntryBehindAGapOfAListIsTold) {
