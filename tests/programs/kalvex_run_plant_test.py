@@ -3,6 +3,7 @@
 
     kalvex_run_plant_test.py PATH_OF_KALVEX_RUN [unittest arguments]
 """
+import json
 import math
 import pathlib
 import unittest
@@ -54,10 +55,10 @@ class Missing(RunnerTest):
     WAY = "give --plant FILE for servers that are simulated, or --profile FILE for those that run"
 
     def test_source_without_plant_and_profile(self):
-        run = self.run_scripts("REMOTE P Gaz@Z1.P\nREMOTE Q Gaz@Z1.Q\nREMOTE R łąka@R\nLOCAL A\nSET A = P + 0\n", options=VIRTUAL)
+        run = self.run_scripts("REMOTE C Gaz@Z1.C\nREMOTE Q Gaz@Z1.Q\nREMOTE R łąka@R\nLOCAL A\nSET A = C + 0\n", options=VIRTUAL)
         self.assertEqual(run.err, f'kalvex-run: the data server "Gaz" is never reached: {self.WAY}\n'
                                   f'kalvex-run: the data server "łąka" is never reached: {self.WAY}\n')
-        self.assertEqual(run.code, 0)
+        self.assertEqual((run.code, run.script["currentLine"]), (3, 4))
 
     def test_it_is_said_of_what_takes_no_declaration_too(self):
         run = self.run_scripts("INCLUDE_VAR Gaz Z1*\nLOCAL A\n")
@@ -77,6 +78,16 @@ class Missing(RunnerTest):
         self.environment["SORVANE_COMMON_PROFILE"] = str(self.folder / "nie.ini")
         run = self.run_scripts("REMOTE P Gaz@Z1.P\n", options=(*VIRTUAL, "--profile", "p.ini"))
         self.assertEqual((run.code, run.err), (0, ""))
+
+    def test_with_a_profile_and_a_plant_nothing_is_dialled(self):
+        (self.folder / "p.ini").write_bytes(b"")
+        plant = {"sources": {"Gaz": {"variables": {"Z1.P": {"current": [{"atTick": 0, "value": 5}]}}}}}
+        (self.folder / "p.json").write_text(json.dumps(plant), encoding="utf-8")
+        self.environment["SORVANE_COMMON_PROFILE"] = str(self.folder / "nie.ini")
+        text = "REMOTE R Gaz@Z1.P\nREMOTE Q Gas@Q\nLOCAL A\nSET A = R + 0\n"
+        run = self.run_scripts(text, options=(*VIRTUAL, "--profile", "p.ini", "--plant", "p.json"))
+        self.assertEqual(run.err, 'kalvex-run: the data server "Gas" is never reached: p.json does not have it\n')
+        self.assertEqual((run.code, run.value("A")), (0, 5))
 
 
 class Configuration(RunnerTest):
