@@ -243,6 +243,22 @@ TEST_F(NetworkConversationTest, ClientComesBackByItselfWhenTheServerDoes) {
     Flush();
 }
 
+TEST_F(NetworkConversationTest, EachReturnIsToldThoughNoFaultLiesBetween) {
+    Open();
+    for (int i = 0; i < 2; ++i) {
+        server.reset();
+        world.RunUntil(events, "closed 4107");
+        events.heard.clear();
+        server = world.Listen(world.ServerSettings(), acceptor);
+        world.now += 60'000;
+        client.Check();
+        world.RunUntil(events, "opened");
+        events.heard.clear();
+        EXPECT_THAT(world.log.Take(),
+                    ElementsAre("1 Serwer srv odpowiada (" + world.folder.Path("srv") + ")"));
+    }
+}
+
 TEST_F(NetworkConversationTest, FaultIsToldOnceForEachChange) {
     server.reset();
     transport = Connect(events);
