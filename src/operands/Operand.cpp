@@ -329,11 +329,15 @@ std::span<const VariablePropertyRow> VariableProperties() {
     return rows;
 }
 
-std::vector<std::string_view> PropertyNames() {
+std::vector<std::string_view> VariablePropertyNames() {
     std::vector<std::string_view> names;
     for (const VariableProperty& property : kVariableProperties) names.push_back(property.row.name);
     names.push_back(kTimestamp);
-    names.push_back(kBaseName);
+    return names;
+}
+
+std::vector<std::string_view> ListPropertyNames() {
+    std::vector<std::string_view> names = {kBaseName};
     for (const ListProperty& property : kListProperties) names.push_back(property.name);
     return names;
 }

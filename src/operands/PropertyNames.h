@@ -8,6 +8,7 @@
 namespace kalvex::operands {
 
 // Each with its dot, once.
-std::vector<std::string_view> PropertyNames();
+std::vector<std::string_view> VariablePropertyNames();
+std::vector<std::string_view> ListPropertyNames();  // of lists, and of pointers
 
 }  // namespace kalvex::operands

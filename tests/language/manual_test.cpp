@@ -99,7 +99,8 @@ TEST_F(ManualTest, IndexHasEveryWordOfTheTables) {
     for (const engine::StatementRow& row : Statements().Rows()) ExpectIndexed(row.keyword);
     for (const DirectiveRow& row : Directives()) ExpectIndexed(row.keyword);
     for (const operands::FunctionRow& row : Functions().Rows()) ExpectIndexed(row.keyword);
-    for (const std::string_view name : operands::PropertyNames()) ExpectIndexed(name);
+    for (const std::string_view name : operands::VariablePropertyNames()) ExpectIndexed(name);
+    for (const std::string_view name : operands::ListPropertyNames()) ExpectIndexed(name);
     for (const auto& row : operands::ScheduleWords()) ExpectIndexed(row.word);
     for (const operands::TimeProperty& row : operands::TimeProperties()) ExpectIndexed(row.name);
     for (const value::ValueKindRow& row : value::ValueKinds()) ExpectIndexed(row.suffix);

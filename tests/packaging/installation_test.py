@@ -77,7 +77,7 @@ class Installation(unittest.TestCase):
         page = (self.prefix / "share/man/man7/kalvex-language.7").read_text(encoding="utf-8")
         spellings = dict(re.findall(r'string_view (\w+) = "([A-Z_]+)";',
                                     (ROOT / "src/operands/Keywords.h").read_text(encoding="utf-8")))
-        parts = re.split(r"(?m)^\.SH ([A-Z]+)$", page)
+        parts = re.split(r"(?m)^\.SH (.+)$", page)
         sections = dict(zip(parts[1::2], parts[2::2]))
         for table in ("Statements", "Functions", "Directives"):
             text = (ROOT / f"src/language/{table}.cpp").read_text(encoding="utf-8")

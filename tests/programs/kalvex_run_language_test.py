@@ -17,8 +17,9 @@ TABLES = {
     "Warunki instrukcji IF": ("operands/Conditions.cpp", r'^    \{"([A-Z_]+)", \w+'),
     "Właściwości czasu": ("operands/TimeProperties.cpp", r'^    \{"(\.[A-Z.]+)", (?:Time|Int),'),
     "Typy danych": ("value/Status.cpp", r'^    \{"([A-Z]+)", Kind'),
+    "Słowa harmonogramu": ("operands/Schedule.cpp", r'"(@[a-z_]+)"'),
     "Statusy": ("value/Status.cpp", r'^    \{"([A-Z_]+)", Status::'),
-    "Błędy skryptu": ("operands/ScriptErrors.h", r"^    X\(([1-9]\d*),"),
+    "Błędy skryptu": ("operands/ScriptErrors.h", r"^    X\((\d+),"),
 }
 
 
@@ -76,7 +77,7 @@ class Language(RunnerTest):
         self.assert_told("ALARM", "ALARM (status)", "Status zmiennej")
         self.assert_told("THEN", "THEN (słowo)", "    IF <warunek> THEN ... ELSE ... ENDIF",
                          "Początek bloku, wykonywanego przy spełnionym warunku")
-        self.assert_told("AVERAGE", "AVERAGE (słowo)", "    <lista>.AVERAGE", "Średnia elementów listy")
+        self.assert_told("AVERAGE", ".AVERAGE (właściwość listy lub wskaźnika)", "    <lista>.AVERAGE", "Średnia elementów listy")
 
     def test_property_with_and_without_its_dot_in_any_case(self):
         hour = (".GMTHOUR (właściwość czasu)", "Bieżąca godzina GMT")
@@ -84,7 +85,19 @@ class Language(RunnerTest):
             self.assert_told(word, *hour)
         self.assertEqual(self.language("unit").out.splitlines()[0], ".UNIT (właściwość zmiennej)")
 
+    def test_property_that_is_a_function_too(self):
+        self.assert_told("TIMESTAMP", "TIMESTAMP (funkcja)", "    TIMESTAMP <zmienna>", "Znacznik czasowy zmiennej", "",
+                         ".TIMESTAMP (właściwość zmiennej)", "Znacznik czasowy zmiennej")
+
+    def test_word_of_the_schedule(self):
+        self.assert_told("@Daily", "@daily (słowo harmonogramu)")
+
+    def test_condition_that_takes_a_kind_or_none(self):
+        self.assert_told("UNKNOWN", "UNKNOWN (warunek)", "    UNKNOWN <zmienna>[.<typ_danych>]",
+                         "Sprawdzenie, czy zmienna posiada niepoprawną wartość", "", "UNKNOWN (status)", "Status zmiennej")
+
     def test_error_by_its_number(self):
+        self.assert_told("0", "0 (błąd skryptu)", "Brak błędów")
         self.assert_told("27", "27 (błąd skryptu)", "Oczekiwanie na pobranie danych bieżących")
 
     def test_word_that_is_none_ends_with_2_and_what_is_near(self):
@@ -105,7 +118,8 @@ class Language(RunnerTest):
     def test_list_has_every_word_of_the_tables(self):
         parts = self.list()
         self.assertEqual(list(parts), ["Instrukcje", "Dyrektywy", "Funkcje", "Warunki instrukcji IF", "Właściwości zmiennych",
-                                       "Właściwości czasu", "Typy danych", "Statusy", "Inne słowa", "Błędy skryptu"])
+                                       "Właściwości list i wskaźników", "Właściwości czasu", "Typy danych",
+                                       "Słowa harmonogramu", "Statusy", "Inne słowa", "Błędy skryptu"])
         for heading, (path, row) in TABLES.items():
             words = re.findall("(?m)" + row, (SOURCE / path).read_text(encoding="utf-8"))
             self.assertGreater(len(words), 4, heading)

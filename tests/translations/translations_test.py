@@ -64,12 +64,10 @@ TABLES = {
     "src/workbench/qt/TrendWindow.cpp": None,
     # its texts are marked there and in the tables of the language
     "src/workbench/model/KeywordHelp.cpp": None,
-    "src/programs/kalvex-run/LanguageHelp.cpp": None,
+    "src/programs/glossary/Glossary.cpp": None,
     # their texts and those of src/platform/UserStore.cpp are marked
     "src/programs/ModuleLibraries.cpp": None,
     "src/programs/sorvaned/Tasks.cpp": None,
-    # its texts are those of the tables of the language
-    "src/programs/card/CardText.cpp": None,
     "src/programs/kalvexctl/Console.cpp": None,
     "src/programs/kalvexctl/Endings.cpp": None,
     "src/programs/kalvexctl/Login.cpp": None,

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "platform/GettextTranslator.h"
+#include "programs/glossary/LanguageHelp.h"
 #include "programs/kalvex-run/Interruption.h"
 #include "programs/kalvex-run/JsonResult.h"
-#include "programs/kalvex-run/LanguageHelp.h"
 #include "programs/kalvex-run/Options.h"
 #include "programs/kalvex-run/Runner.h"
 #include "programs/kalvex-run/Testing.h"
@@ -47,8 +47,8 @@ int Run(const kalvex::run::RunOptions& options) {
 
 // What the tables of the language say of the word, or all of its words.
 int Tell(const std::string& word) {
-    const kalvex::platform::GettextTranslator translator;
-    const kalvex::run::LanguageHelp help(translator);
+    const kalvex::glossary::LanguageHelp help(
+        kalvex::glossary::MakeGlossary(kalvex::platform::GettextTranslator()));
     const std::string text = word.empty() ? help.List() : help.TextOf(word);
     if (!text.empty()) {
         return Print(text) ? kalvex::programs::ExitDone : Fail("the help cannot be written");
