@@ -22,6 +22,17 @@ READY = pathlib.Path(os.environ.get("KALVEX_BARE_SYSTEM", f"{BUILD}/bare_system"
 OLDER = "0.1.9"
 UNITS = {"kalvex": "kalvexd", "sorvane-server": "sorvaned"}
 CONFFILES = {"kalvex-common": "/etc/sorvane/sorvane.ini", "sorvane-server": "/etc/sorvane/sorvaned.toml"}
+WINDOW_FILES = """/usr/bin/kalvex
+/usr/share/applications/kalvex.desktop
+/usr/share/doc/kalvex-window/changelog.gz
+/usr/share/doc/kalvex-window/copyright
+/usr/share/icons/hicolor/scalable/apps/kalvex.svg
+/usr/share/icons/hicolor/scalable/mimetypes/text-x-kalvex-script.svg
+/usr/share/man/man1/kalvex.1.gz
+/usr/share/metainfo/pl.sorvane.kalvex.metainfo.xml
+/usr/share/mime/packages/kalvex.xml""".splitlines()
+# Nobody needs these systems after a loss of power, nor the descriptions of packages in other languages.
+QUICK = {"etc/dpkg/dpkg.cfg.d/quick": "force-unsafe-io\n", "etc/apt/apt.conf.d/quick": 'Acquire::Languages "none";\n'}
 # Loaded at run time, so that no linker knows of them.
 LOADED = ["libcurl4", "libxcb1"]
 
@@ -54,19 +65,33 @@ def make_packages(folder, version=None):
     return {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
 
 
+def make_ready():
+    """Sees to it that READY is there."""
+    if READY.exists():
+        return
+    new = READY.with_suffix(".new")
+    shutil.rmtree(new, ignore_errors=True)
+    made = run("debootstrap", "--variant=minbase", "bookworm", str(new))
+    if made.returncode != 0:
+        raise unittest.SkipTest("no bare system can be made here:\n" + made.stdout[-500:] + made.stderr[-500:])
+    new.rename(READY)
+
+
+def put(folder, files):
+    """Texts by name, in Windows-1250."""
+    for name, text in files.items():
+        (folder / name).parent.mkdir(parents=True, exist_ok=True)
+        (folder / name).write_bytes(text.encode("cp1250"))
+
+
 class Root:
     """A bare Debian in a folder."""
 
     def __init__(self, folder):
         self.folder = folder
-        if not READY.exists():
-            new = READY.with_suffix(".new")
-            shutil.rmtree(new, ignore_errors=True)
-            made = run("debootstrap", "--variant=minbase", "bookworm", str(new))
-            if made.returncode != 0:
-                raise unittest.SkipTest("no bare system can be made here:\n" + made.stdout[-500:] + made.stderr[-500:])
-            new.rename(READY)
+        make_ready()
         checked("cp", "-a", str(READY), str(folder))
+        put(folder, QUICK)
         policy = folder / "usr/sbin/policy-rc.d"
         policy.write_text("#!/bin/sh\nexit 101\n", encoding="utf-8")
         policy.chmod(0o755)
@@ -152,6 +177,9 @@ class Packages(unittest.TestCase):
         older = make_packages(self.folder / "old", OLDER)
         self.installs(root, older, OLDER)
         self.programs_run(root)
+        if WINDOWS:
+            self.window_starts(root)
+            self.desktop_knows_the_window(root)
         configuration = root.path(CONFFILES["sorvane-server"])
         configuration.write_text(configuration.read_text(encoding="utf-8").replace('"sorvaned"', '"Gaz"'), encoding="utf-8")
         root.checked("sh", "-c", "echo tajne | setpriv --reuid=sorvane --regid=sorvane --clear-groups "
@@ -163,18 +191,18 @@ class Packages(unittest.TestCase):
         self.is_purged(root)
 
     def installs(self, root, packages, version):
-        root.install([path for name, path in packages.items() if name != "kalvex-window"])
+        root.install(packages.values())
         for name in packages:
-            if name != "kalvex-window":
-                shown = root.checked("dpkg-query", "-W", "-f", "${Status} ${Version}", name)
-                self.assertEqual(shown, f"install ok installed {version}", name)
+            shown = root.checked("dpkg-query", "-W", "-f", "${Status} ${Version}", name)
+            self.assertEqual(shown, f"install ok installed {version}", name)
         account = root.checked("getent", "passwd", "sorvane").split(":")
         self.assertEqual(account[5:], ["/var/lib/sorvane", "/usr/sbin/nologin\n"])
         for folder in ("/var/lib/kalvex", "/var/log/kalvex", "/var/lib/sorvane"):
             self.assertEqual(root.checked("stat", "-c", "%U %G %a", folder), "sorvane sorvane 750\n", folder)
 
     def programs_run(self, root):
-        for program in ("kalvexd", "kalvexctl", "kalvex-convert", "kalvex-run", "sorvaned"):
+        window = ["kalvex"] if WINDOWS else []
+        for program in ("kalvexd", "kalvexctl", "kalvex-convert", "kalvex-run", "sorvaned", *window):
             # The program's own version; packages of an older one are made of the same programs.
             self.assertEqual(root.checked(program, "--version"), f"{program} {self.version}\n")
         self.assertEqual(root.checked("sorvaned", "--check"), "")
@@ -187,13 +215,36 @@ class Packages(unittest.TestCase):
             text = root.path(f"/usr/lib/systemd/system/{unit}.service").read_text(encoding="utf-8")
             self.assertIn(f"\nExecStart=/usr/bin/{unit} ", text)
 
+    def window_starts(self, root):
+        """A script of the window sends it the signal at which it ends."""
+        root.checked("install", "-d", "-o", "sorvane", "-g", "sorvane", "-m", "700", "/tmp/desk")
+        put(root.path("/tmp/desk"), {
+            "Kalvex.ini": "[Autostart]\r\nProcedura0=koniec.kx\r\n",
+            "koniec.kx": 'PRIORITY 1\r\nEXEC "/bin/sh" "-c" "kill -TERM $PPID"\r\n'})
+        done = root.run("env", "QT_QPA_PLATFORM=offscreen", "HOME=/tmp/desk", "XDG_RUNTIME_DIR=/tmp/desk",
+                        "LANGUAGE=pl", "kalvex", "--working-dir", "/tmp/desk", user="sorvane")
+        self.assertEqual((done.returncode, done.stdout), (0, ""), done.stderr)
+        log = root.path("/tmp/desk/Kalvex.log").read_text(encoding="utf-8")
+        self.assertEqual(re.sub(r"(?m)^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ", "", log).splitlines(), [
+            "Uruchomienie modułu Kalvex", "/tmp/desk/koniec.kx : Inicjowanie skryptu ",
+            "/tmp/desk/koniec.kx : Start skryptu ", "Poziom rejestracji: błędy ",
+            "Brak pliku użytkowników: konto sorvane ma w tym oknie poziom 100", "Sesja Windows została zakończona",
+            "Zatrzymanie modułu Kalvex"])
+
+    def desktop_knows_the_window(self, root):
+        listed = root.checked("dpkg", "-L", "kalvex-window").splitlines()
+        self.assertEqual(sorted(name for name in listed if not root.path(name).is_dir()), WINDOW_FILES)
+        kinds = root.path("/usr/share/mime/globs").read_text(encoding="utf-8").splitlines()
+        self.assertEqual([line for line in kinds if "kalvex" in line], ["text/x-kalvex-script:*.kx"])
+
     def is_purged(self, root):
         root.path("/var/log/kalvex/Kalvex.log").write_text("x", encoding="utf-8")
-        told = root.checked("apt-get", "-q", "-y", "purge", "kalvex", "kalvex-common", "kalvex-doc", "sorvane-server")
+        told = root.checked("apt-get", "-q", "-y", "purge", *self.packages)
         self.assertIn("\nsorvane-server: /var/lib/sorvane is kept\n", told)
-        for gone in ("/etc/sorvane", "/var/log/kalvex", "/var/lib/kalvex", "/usr/bin/kalvexd", "/usr/share/doc/kalvex",
-                     "/usr/lib/systemd/system/sorvaned.service"):
-            self.assertFalse(root.path(gone).exists(), gone)
+        left = root.checked("find", "/", "-xdev", "-path", "/tmp", "-prune", "-o",
+                            "(", "-name", "*kalvex*", "-o", "-name", "*sorvane*", ")", "-print")
+        self.assertEqual(left, "/var/lib/sorvane\n")
+        self.assertEqual(root.checked("sh", "-c", "grep -rl kalvex /usr/share /etc || true"), "")
         self.assertEqual([path.name for path in root.path("/var/lib/sorvane").iterdir()], ["users.sqlite"])
         self.assertEqual(root.checked("sh", "-c", "dpkg-query -W | grep -c 'kalvex\\|sorvane' || true"), "0\n")
 
