@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/IniProfile.h"
+#include "support/environment_scope.h"
+#include "support/marking_translator.h"
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
 
@@ -363,6 +365,15 @@ TEST_F(ConfigurationLostKeyTest, SourceIsNamedWithItsFileItsKeyAndTheKeyFile) {
     EXPECT_EQ(text::ToUtf8(faults[0]),
               "Klucz " + m_folder.Path("Kalvex.key") + " nie otwiera hasła z pliku " +
                   m_folder.Path("Kalvex.ini") + " ([Zrodla] Zrodlo1): źródło bez logowania");
+}
+
+TEST_F(ConfigurationTest, ReasonOfAFileThatCannotBeReadIsInTheLanguageOfTheModule) {
+    const std::string common = m_folder.Put("sorvane.ini", std::string("[Log]\0", 6));
+    const support::EnvironmentScope path("SORVANE_COMMON_PROFILE", common);
+    EXPECT_THAT(
+        m_store.FindFaults(Read(), m_folder.Path("Kalvex.ini"), support::MarkingTranslator()),
+        ElementsAre(text::FromUtf8("<Nie można odczytać pliku " + common +
+                                   " (<to plik binarny, a nie tekst>)>")));
 }
 
 TEST_F(ConfigurationTest, SourcesStayWhenAPasswordCannotBeProtected) {
