@@ -6,6 +6,7 @@
 import json
 import math
 import pathlib
+import re
 import unittest
 
 from kalvex_run_process import CLOCK, START, VIRTUAL, RunnerTest
@@ -161,6 +162,12 @@ class Configuration(RunnerTest):
         run = self.on("REMOTE C Gaz@C\n:w\nGOTO w\n", "--tick-ms", "60000", "--ticks", "11")
         self.assertEqual(run.value("C"), 1 + 2 * 600)
 
+    def test_clock_that_is_set_back_takes_nothing_off_a_signal(self):
+        self.csv("name,value,signal\nC,1,counter rate=2\n")
+        run = self.on("REMOTE C Gaz@C\nSETTIME 2024 3 10 6 0 0\n:w\nGOTO w\n", "--tick-ms", "1000", "--ticks", "100")
+        # The step back counts as no time, the ticks before and behind it as a second each.
+        self.assertEqual(run.value("C"), 1 + 2 * 98)
+
     def test_example_of_a_server(self):
         names = [line.split(";")[0] for line in (EXAMPLES / "plant/stacje.csv").read_text(encoding="utf-8").splitlines()
                  if line and not line.startswith("#")][1:]  # fmt: skip
@@ -195,10 +202,11 @@ class Configuration(RunnerTest):
         self.assert_refused("nie.toml", "nie.toml: No such file or directory")
 
     def test_file_of_another_name_is_json(self):
-        (self.folder / "plant.json").write_text(PLANT, encoding="utf-8")
-        run = self.on("LOCAL A\n", plant="plant.json")
-        self.assertEqual((run.code, run.out), (2, ""))
-        self.assertRegex(run.err, r"^kalvex-run: plant\.json:\d+: ")
+        for name in ("plant.json", "plant.toml.json"):
+            (self.folder / name).write_text(PLANT, encoding="utf-8")
+            run = self.on("LOCAL A\n", plant=name)
+            self.assertEqual((run.code, run.out), (2, ""))
+            self.assertRegex(run.err, rf"^kalvex-run: {re.escape(name)}:\d+: ")
 
 
 if __name__ == "__main__":
