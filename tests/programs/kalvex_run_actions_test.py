@@ -100,6 +100,11 @@ class Actions(RunnerTest):
         elements = next(v for v in run.script["variables"] if v["name"] == "L")["elements"]
         self.assertEqual([cell["value"] for cell in elements], [1, "L"])
 
+    def test_set_value_is_seen_by_a_line_that_sleeps(self):
+        run = self.run_scripts('LOCAL T = "30"\nSLEEP T', actions=[at(400, "setValue", variable="T", text='"abc"')])
+        self.assertEqual((run.code, run.err), (1, ""))
+        self.assertEqual((run.script["currentLine"], run.script["errorCode"]), (1, 11))
+
     def test_breakpoint_behind_the_script_is_told(self):
         actions = [at(1, "breakpoint", line=1), at(6, "breakpoint", line=2), at(7, "breakpoint", line=99)]
         run = self.run_scripts("LOCAL A\nLOCAL B", actions=actions)
