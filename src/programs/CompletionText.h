@@ -1,33 +1,36 @@
-// What the scripts for the completion of shells are filled in with. UTF-8.
+// The scripts by which shells complete the command lines of a program. UTF-8.
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 
-namespace kalvex::programs {
+#include "programs/CommandForm.h"
 
-// Puts the text in the place of the first mention of `place`, such as @OPTIONS@, if there is one.
-void FillPlace(std::string& script, std::string_view place, const std::string& text);
+namespace kalvex::programs {
 
 // Behind a blank, unless it is the first.
 void AddWord(std::string& list, std::string_view word);
 
-// For single quotes, with what has a meaning of its own in a description quoted.
+// Puts the text in the place of each mention of `place`, such as @OPTIONS@.
+void FillPlace(std::string& script, std::string_view place, std::string_view text);
+
+// For single quotes of zsh and fish, with what has a meaning of its own in a description quoted.
 std::string ZshText(std::string_view text);
 std::string FishText(std::string_view text);
 
-// A line of fish that tells of an option. `further` is more of it, such as what its value takes.
-std::string FishOption(std::string_view program, std::string_view name, std::string_view shortName,
-                       std::string_view further, std::string_view help);
+// What a shell calls the functions of a program, without the underscores before it.
+std::string FunctionName(std::string_view program);
 
-struct Shell {
-    std::string_view name;
-    std::string (*fill)(std::string script);
-};
+// The case of its letters does not count: "*.[kK][xX]" of ".kx".
+std::string PatternOfEnding(std::string_view ending);
 
-// The whole of a program of the build: fills in the script of the shell that is named, from the
-// standard input to the standard output. The exit status.
-int FillCompletion(int argc, char** argv, std::span<const Shell> shells);
+// `script` is that of the shell for any program, with its places filled in for this one.
+std::string FillBash(const CommandForm& program, std::string script);
+std::string FillZsh(const CommandForm& program, std::string script);
+std::string FillFish(const CommandForm& program, std::string script);
+
+// The whole of a program of the build, PROGRAM SHELL SCRIPT [OWN]: prints the script, filled in;
+// the file OWN is what this program alone has for this shell. The exit status.
+int WriteCompletion(const CommandForm& program, int argc, char** argv);
 
 }  // namespace kalvex::programs

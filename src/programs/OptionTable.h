@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "programs/CommandForm.h"
 #include "programs/ExitStatus.h"
 
 namespace kalvex::programs {
@@ -72,6 +73,19 @@ std::string FormatHelp(const ProgramTexts& program, std::span<const OptionRow<Op
         help += fmt::format("  {:<26}{}\n", form, row.help);
     }
     return help + program.remarks;
+}
+
+// For completion, which does not know the options of a module.
+template <class Options>
+CommandForm DescribeOptions(const ProgramTexts& program, std::span<const OptionRow<Options>> rows) {
+    CommandForm form{.name = program.name};
+    for (const OptionRow<Options>& row : rows) {
+        const auto* shorter = std::ranges::find(kShortNames, row.name, &ShortName::name);
+        const bool hasShort = shorter != std::end(kShortNames);
+        form.options.push_back({row.name, std::string(hasShort ? shorter->shortName : ""),
+                                MakeValueForm(row.value == nullptr ? "" : row.value), row.help});
+    }
+    return form;
 }
 
 // `currentDir` is what relative folders are relative to; absolute.

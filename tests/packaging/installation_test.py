@@ -107,9 +107,13 @@ class Installation(unittest.TestCase):
             self.assertFalse((build / manifest.name).exists())
 
     def test_shells_complete_command_lines(self):
-        for program, words in {"kalvexctl": ("list", "status", "start", "release"),
-                               "kalvex-convert": ("--to", "--check", "windows-1250", "utf-8"),
-                               "kalvex-run": ("--until", "--junit", "--language")}.items():
+        told = {"kalvex": ("--working-dir", "--log-dir"), "kalvexd": ("--metrics", "--add-source"),
+                "sorvaned": ("--config", "user", "passwd", "--group", "backup"),
+                "kalvexctl": ("list", "status", "start", "release"),
+                "kalvex-convert": ("--to", "--check", "windows-1250", "utf-8"),
+                "kalvex-run": ("--until", "--junit", "--language")}
+        for program in PROGRAMS:
+            words = told[program]
             places = [f"bash-completion/completions/{program}", f"zsh/site-functions/_{program}",
                       f"fish/vendor_completions.d/{program}.fish"]
             for place in places:
@@ -119,6 +123,25 @@ class Installation(unittest.TestCase):
                     wanted = word.removeprefix("--") if place.endswith(".fish") else word
                     self.assertRegex(text, rf"(?<![\w-]){wanted}\b", place)
                 self.assertNotRegex(text, "@[A-Z]+@", place)
+
+    def test_completions_lie_where_shells_look_and_are_with_their_programs(self):
+        packages = {"kalvex": ["kalvex-convert", "kalvex-run", "kalvexctl", "kalvexd"], "sorvane-server": ["sorvaned"],
+                    "kalvex-window": ["kalvex"] if WINDOWS else [], "kalvex-common": []}
+        # Below /usr, but nowhere else, zsh looks for what packages have.
+        for prefix, zsh in (("/usr", "vendor-completions"), ("/usr/local", "site-functions")):
+            for package, programs in packages.items():
+                with tempfile.TemporaryDirectory() as folder:
+                    done = subprocess.run([CMAKE, "--install", BUILD, "--prefix", prefix, "--component", package],
+                                          capture_output=True, encoding="utf-8", timeout=120,
+                                          env=os.environ | {"DESTDIR": folder})
+                    self.assertEqual((done.returncode, done.stderr), (0, ""))
+                    shared = pathlib.Path(folder + prefix) / "share"
+                    found = [str(path.relative_to(shared)) for shell in ("bash-completion", "zsh", "fish")
+                             for path in (shared / shell).rglob("*") if path.is_file()]
+                self.assertEqual(sorted(found), sorted(
+                    place for program in programs for place in (f"bash-completion/completions/{program}",
+                                                                f"zsh/{zsh}/_{program}",
+                                                                f"fish/vendor_completions.d/{program}.fish")), package)
 
     def test_catalogues_documents_and_examples_are_there(self):
         for language in (ROOT / "translations").glob("*.po"):

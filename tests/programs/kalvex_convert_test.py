@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """kalvex-convert from outside: what becomes of files, what it says of those that it cannot convert, its options.
 
-    kalvex_convert_test.py PATH_OF_KALVEX_CONVERT PATH_OF_ITS_COMPLETION FOLDER_OF_TEMPLATES [unittest arguments]
+    kalvex_convert_test.py PATH_OF_KALVEX_CONVERT FOLDER_OF_COMPLETIONS [unittest arguments]
 """
 import os
 import pathlib
@@ -12,7 +12,10 @@ import sys
 import tempfile
 import unittest
 
-CONVERT, COMPLETION, TEMPLATES = (str(pathlib.Path(sys.argv.pop(1)).resolve()) for _ in range(3))
+CONVERT = str(pathlib.Path(sys.argv.pop(1)).resolve())
+
+import completion_shells  # noqa: E402
+
 TEXT = "; Zażółć „gęślą jaźń”\nLOCAL A = 1\n"
 UTF8 = TEXT.encode("utf-8")
 WINDOWS = TEXT.replace("\n", "\r\n").encode("cp1250")
@@ -209,17 +212,11 @@ class Options(ConvertTest):
 
 class CompletionTest(ConvertTest):
     def script(self, shell):
-        template = pathlib.Path(TEMPLATES) / f"kalvex-convert.{shell}.in"
-        return subprocess.run([COMPLETION, shell], input=template.read_text(encoding="utf-8"), capture_output=True,
-                              encoding="utf-8", check=True).stdout
+        return completion_shells.script("kalvex-convert", shell)
 
     def complete(self, *words):
         """What bash offers for the last word."""
-        asked = 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kalvex_convert; printf "%s\\n" "${COMPREPLY[@]}"'
-        shown = subprocess.run(["bash", "-c", f"{self.script('bash')}\n{asked}", "bash", "kalvex-convert", *words],
-                               capture_output=True, encoding="utf-8", cwd=self.folder, timeout=60)
-        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
-        return [line for line in shown.stdout.split("\n") if line]
+        return completion_shells.bash("kalvex-convert", [["kalvex-convert", *words]], self.folder, self.environment)[0]
 
     def test_bash(self):
         self.put("ą b.kx", b"")
@@ -234,10 +231,10 @@ class CompletionTest(ConvertTest):
     def test_zsh_is_told_each_option_with_its_values(self):
         lines = self.script("zsh").splitlines()
         help_of_to = "What the files become\\: windows-1250 (default) or utf-8"
-        for name in ("-t", "--to"):
-            self.assertIn(f"        '{name}[{help_of_to}]:ENCODING:(windows-1250 utf-8)' \\", lines)
-        self.assertIn("        '--check[Change nothing; print the names of the files that would change]' \\", lines)
-        self.assertEqual(sum(line.startswith("        '-") for line in lines), 16)
+        for name in ("-t+", "--to="):
+            self.assertIn(f"        '(-t --to){name}[{help_of_to}]:ENCODING:(windows-1250 utf-8)'", lines)
+        self.assertIn("        '(-c --check)--check[Change nothing; print the names of the files that would change]'", lines)
+        self.assertEqual(sum(line.startswith("        '(-") for line in lines), 16)
 
     def test_zsh_takes_the_script(self):
         if shutil.which("zsh") is None:

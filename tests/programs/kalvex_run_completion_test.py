@@ -1,37 +1,30 @@
 #!/usr/bin/env python3
 """The completion of kalvex-run's command lines.
 
-    kalvex_run_completion_test.py PATH_OF_KALVEX_RUN PATH_OF_ITS_COMPLETION FOLDER_OF_TEMPLATES [unittest arguments]
+    kalvex_run_completion_test.py PATH_OF_KALVEX_RUN FOLDER_OF_COMPLETIONS [unittest arguments]
 """
 import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import unittest
 
 from kalvex_run_process import RUNNER, RunnerTest
 
-COMPLETION, TEMPLATES = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(2))
+import completion_shells
+
 OPTIONS = ["--clock", "--tick-ms", "--ticks", "--until", "--minimised", "--plant", "--actions", "--user", "--log-level",
            "--json", "--lines", "--profile", "--test", "--junit", "--language", "--version", "--help"]
 
 
 class Completion(RunnerTest):
     def script(self, shell):
-        template = (TEMPLATES / f"kalvex-run.{shell}.in").read_text(encoding="utf-8")
-        filled = subprocess.run([COMPLETION, shell], input=template, capture_output=True, encoding="utf-8", check=True)
-        return filled.stdout
+        return completion_shells.script("kalvex-run", shell)
 
     def complete(self, *words):
         """What bash offers for the last word."""
-        asked = 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kalvex_run; printf "%s\\n" "${COMPREPLY[@]}"'
         path = f"{pathlib.Path(RUNNER).parent}:{os.environ['PATH']}"
-        shown = subprocess.run(["bash", "-c", f"{self.script('bash')}\n{asked}", "bash", "kalvex-run", *words],
-                               capture_output=True, encoding="utf-8", cwd=self.folder, timeout=60,
-                               env=self.environment | {"PATH": path})
-        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
-        return [line for line in shown.stdout.split("\n") if line]
+        return completion_shells.bash("kalvex-run", [["kalvex-run", *words]], self.folder, self.environment | {"PATH": path})[0]
 
     def test_bash(self):
         self.write("ą b.kx", "")
@@ -46,12 +39,17 @@ class Completion(RunnerTest):
 
     def test_zsh_is_told_each_option_with_its_value(self):
         lines = self.script("zsh").splitlines()
-        self.assertEqual([line.split("[")[0] for line in lines if line.startswith("    '-")],
-                         [f"    '{option}" for option in OPTIONS])
-        self.assertIn("    '--junit[With --test\\: write what came of it as JUnit XML too]:FILE:_files' \\", lines)
-        self.assertIn("    '--language[Print what a word of the language means, or all words, and exit]"
-                      ":\\[WORD\\]:_kalvex_run_words' \\", lines)
-        self.assertIn("    '--json[Print the result as one JSON object and nothing else]' \\", lines)
+        self.assertEqual([line.split("[")[0].rstrip("=") for line in lines if line.startswith("        '-")],
+                         [f"        '{option}" for option in OPTIONS if option not in ("--version", "--help")])
+        self.assertEqual([line for line in lines if line.startswith("        '(")],
+                         ["        '(-V --version)-V[Print the version and exit]'",
+                          "        '(-V --version)--version[Print the version and exit]'",
+                          "        '(-h --help)-h[Print this and exit]'",
+                          "        '(-h --help)--help[Print this and exit]'"])
+        self.assertIn("        '--junit=[With --test\\: write what came of it as JUnit XML too]:FILE:_files'", lines)
+        self.assertIn("        '--language=[Print what a word of the language means, or all words, and exit]"
+                      ":WORD:_kalvex_run_words'", lines)
+        self.assertIn("        '--json[Print the result as one JSON object and nothing else]'", lines)
 
     def test_zsh_takes_the_script(self):
         if shutil.which("zsh") is None:

@@ -1,16 +1,13 @@
 """What kalvexctl asks beside the conversation, of one module and of many; and the completion of its command lines."""
 import json
 import os
-import pathlib
 import socket
 import subprocess
-import sys
 import unittest
 
-COMPLETION = sys.argv.pop(5)
-TEMPLATE = sys.argv.pop(5)
-
 from kalvexctl_process import KALVEXCTL, MODULE_IDENTITY, SORVANED, ControlTest, signal  # noqa: E402
+
+import completion_shells  # noqa: E402
 
 UNREACHABLE = "Brak połączenia z modułem B (serwer nie odpowiada)"
 
@@ -158,14 +155,10 @@ class SupervisionTest(ControlTest):
 class CompletionTest(ControlTest):
     def complete(self, *words):
         """What bash offers for the last word."""
-        script = subprocess.run([COMPLETION, "bash"], input=pathlib.Path(TEMPLATE).read_text(encoding="utf-8"),
-                                capture_output=True, encoding="utf-8", check=True).stdout
-        asked = 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kalvexctl; printf "%s\\n" "${COMPREPLY[@]}"'
-        environment = self.environment | {"PATH": f"{os.path.dirname(KALVEXCTL)}:{os.environ['PATH']}"}
-        shown = subprocess.run(["bash", "-c", f"{script}\n{asked}", "bash", "kalvexctl", *words],
-                               capture_output=True, encoding="utf-8", env=environment, cwd=self.folder, timeout=60)
-        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
-        return [line for line in shown.stdout.split("\n") if line]
+        return completion_shells.bash("kalvexctl", [["kalvexctl", *words]], self.folder, self.path_and_all())[0]
+
+    def path_and_all(self):
+        return self.environment | {"PATH": f"{os.path.dirname(KALVEXCTL)}:{os.environ['PATH']}"}
 
     def test_bash(self):
         self.put("ą b.kx", "HALT\n")
@@ -182,6 +175,24 @@ class CompletionTest(ControlTest):
         self.assertEqual(self.complete("--login", "lo"), ["login"])
         self.assertEqual(self.complete("level", ""), ["1", "2", "3"])
         self.assertEqual(self.complete("list", ""), [])
+        self.assertEqual(self.complete("audit", "--script", "a"), ["a.kx"])
+
+    def offer_what_the_module_has(self, shell):
+        self.put("ą b.kx", "HALT\n")
+        self.start_module()
+        self.done("open", "ą b.kx")
+        offered = {"kalvexctl stop ": ["a.kx", "ą b.kx"], "kalvexctl -m Kalvex stop ą": ["ą b.kx"],
+                   "kalvexctl --module=Kalvex stop a": ["a.kx"], "kalvexctl --module=Nie stop ": [],
+                   "kalvexctl -m Nie stop ": [], "kalvexctl set a.kx ": ["X", "Y"],
+                   "kalvexctl -m Kalvex set a.kx X": ["X"], "kalvexctl audit --script a": ["a.kx"]}
+        found = shell("kalvexctl", list(offered), self.folder, self.path_and_all())
+        self.assertEqual(dict(zip(offered, found)), offered)
+
+    def test_zsh(self):
+        self.offer_what_the_module_has(completion_shells.zsh)
+
+    def test_fish(self):
+        self.offer_what_the_module_has(completion_shells.fish)
 
 
 if __name__ == "__main__":

@@ -91,6 +91,15 @@ TEST(SorvanedOptionsTest, WrongUsageIsTold) {
         {{"--log-level", "4"}, "sorvaned: --log-level: Value 4 not in range 0 to 3\n"},
         {{"serve"}, "sorvaned: The following argument was not expected: serve\n"},
         {{"user", "list", "adam"}, "sorvaned: The following argument was not expected: adam\n"},
+        {{"user", "list", "--level", "3"},
+         "sorvaned: The following arguments were not expected: 3 --level\n"},
+        {{"user", "add", "a", "--level"}, "sorvaned: --level: 1 required N missing\n"},
+        {{"user", "add", "a", "--level", "x"}, "sorvaned: Could not convert: --level = x\n"},
+        {{"user", "add", "a", "--group"}, "sorvaned: --group: 1 required GROUP missing\n"},
+        {{"user", "add", "a", "--description", "b", "--description", "c"},
+         "sorvaned: --description: At Most 1 required but received 2\n"},
+        {{"--config"}, "sorvaned: --config: 1 required FILE missing\n"},
+        {{"--log-level", "x"}, "sorvaned: --log-level: Value x not in range 0 to 3\n"},
     };
     for (const Row& row : rows) {
         const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine(row.arguments);
@@ -120,12 +129,64 @@ TEST(SorvanedOptionsTest, HelpTellsOfTheProgramAndOfItsEnd) {
 }
 
 TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
-    const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine({"user", "add", "--help"});
-    EXPECT_EQ(line.exitStatus, 0);
-    const std::vector<std::string> lines = Lines(line.message);
-    ASSERT_GT(lines.size(), 1u);
-    EXPECT_EQ(lines[0], "Add a user");
-    EXPECT_EQ(lines[1], "Usage: sorvaned user add [OPTIONS] NAME");
+    const std::string options = "\nOptions:\n  -h,--help                   Print this and exit\n";
+    const std::string name =
+        "\nPositionals:\n  NAME TEXT REQUIRED          The user's name\n" + options;
+    const std::string end =
+        "\nExit status: 0 done, or ended by SIGTERM or SIGINT; 1 a fault of the configuration,\n"
+        "of the store, of the users or of a backup; 2 wrong usage.\n";
+    struct Row {
+        std::vector<std::string> command;
+        std::string help;
+    };
+    const Row rows[] = {
+        {{},
+         "A data server: keeps variables and gives them to its clients.\n"
+         "Usage: sorvaned [OPTIONS] [SUBCOMMAND]\n" +
+             options +
+             "  -V,--version                Print the version and exit\n"
+             "  --config FILE               The configuration (/etc/sorvane/sorvaned.toml)\n"
+             "  --log-level N:INT in [0 - 3]\n"
+             "                              Log: 0 always, 1 errors, 2 events, 3 transmission (2)\n"
+             "  --check                     Tell what is wrong with the configuration and exit\n"
+             "\nSubcommands:\n"
+             "  user                        Manage the users\n"
+             "  backup                      Save store, users and configuration, also of a server "
+             "that runs\n"},
+        {{"user"},
+         "Manage the users\nUsage: sorvaned user [OPTIONS] SUBCOMMAND\n" + options +
+             "\nSubcommands:\n"
+             "  add                         Add a user\n"
+             "  list                        List the users: name, level, groups, addresses, "
+             "description, separated by tabs\n"
+             "  passwd                      Give a user another password\n"
+             "  remove                      Remove a user\n"},
+        {{"user", "add"},
+         "Add a user\nUsage: sorvaned user add [OPTIONS] NAME\n" + name +
+             "  --level N                   From 0 to 100, an administrator's (0)\n"
+             "  --group GROUP ...           A group that the user belongs to; repeatable\n"
+             "  --address RANGE ...         Where the user may come from (10.1.2.3, 10.1.0.0/16); "
+             "repeatable\n"
+             "  --description TEXT          For people\n"},
+        {{"user", "list"},
+         "List the users: name, level, groups, addresses, description, separated by tabs\n"
+         "Usage: sorvaned user list [OPTIONS]\n" +
+             options},
+        {{"user", "passwd"},
+         "Give a user another password\nUsage: sorvaned user passwd [OPTIONS] NAME\n" + name},
+        {{"user", "remove"}, "Remove a user\nUsage: sorvaned user remove [OPTIONS] NAME\n" + name},
+        {{"backup"},
+         "Save store, users and configuration, also of a server that runs\n"
+         "Usage: sorvaned backup [OPTIONS] FOLDER\n"
+         "\nPositionals:\n  FOLDER TEXT REQUIRED        A folder that is not there yet\n" +
+             options},
+    };
+    for (Row row : rows) {
+        row.command.emplace_back("--help");
+        const sorvaned::SorvanedLine line = sorvaned::ParseSorvanedLine(row.command);
+        EXPECT_EQ(line.exitStatus, 0);
+        EXPECT_EQ(line.message, row.help + end);
+    }
 }
 
 }  // namespace

@@ -118,6 +118,12 @@ std::string Help() {
            "with its line and column, or with --check would change; 2 wrong usage.\n";
 }
 
+std::string WordsOf(const OptionRow& row) {
+    std::string list;
+    for (const std::string_view word : row.words) programs::AddWord(list, word);
+    return list;
+}
+
 // Words into options and files, in whatever order they come; the answers tell what is wrong.
 class Parser {
   public:
@@ -160,12 +166,6 @@ class Parser {
         return {};
     }
 
-    static std::string WordsOf(const OptionRow& row) {
-        std::string list;
-        for (const std::string_view word : row.words) programs::AddWord(list, word);
-        return list;
-    }
-
     std::string Complete() {
         ConvertOptions& options = m_draft.options;
         const bool toUtf8 = options.conversion.to == text::Encoding::Utf8;
@@ -195,13 +195,20 @@ ConvertLine ParseConvertLine(const std::vector<std::string>& arguments) {
             fmt::format("kalvex-convert: {}; kalvex-convert --help tells more\n", fault)};
 }
 
-std::vector<OptionInfo> OptionInfos() {
-    std::vector<OptionInfo> infos;
+programs::CommandForm DescribeCommandLine() {
+    programs::CommandForm form{.name = "kalvex-convert"};
     for (const OptionRow& row : kOptions) {
-        infos.push_back(
-            {row.name, row.shortName, row.value, {row.words.begin(), row.words.end()}, row.help});
+        programs::ValueForm value = programs::MakeValueForm(row.value);
+        if (!row.words.empty()) {
+            value.offer = programs::Offer::Words;
+            value.detail = WordsOf(row);
+        }
+        form.options.push_back(
+            {std::string(row.name), std::string(row.shortName), std::move(value), row.help});
     }
-    return infos;
+    form.arguments = {programs::MakeValueForm("FILE")};
+    form.lastRepeats = true;
+    return form;
 }
 
 }  // namespace kalvex::convert

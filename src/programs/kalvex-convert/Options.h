@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "programs/CommandForm.h"
 #include "text/Encoding.h"
 
 namespace kalvex::convert {
@@ -29,13 +30,6 @@ struct ConvertLine {
 ConvertLine ParseConvertLine(const std::vector<std::string>& arguments);
 
 // For completion.
-struct OptionInfo {
-    std::string_view name;                // "--to"
-    std::string_view shortName;           // "-t"
-    std::string_view value;               // "ENCODING", or empty
-    std::vector<std::string_view> words;  // that the value can be; none: a file
-    const char* help;
-};
-std::vector<OptionInfo> OptionInfos();
+programs::CommandForm DescribeCommandLine();
 
 }  // namespace kalvex::convert

@@ -1,12 +1,7 @@
 // For the build.
 #include "programs/CompletionText.h"
-#include "programs/kalvex-convert/Completion.h"
+#include "programs/kalvex-convert/Options.h"
 
 int main(int argc, char** argv) {
-    constexpr kalvex::programs::Shell kShells[] = {
-        {"bash", kalvex::convert::BashCompletion},
-        {"fish", kalvex::convert::FishCompletion},
-        {"zsh", kalvex::convert::ZshCompletion},
-    };
-    return kalvex::programs::FillCompletion(argc, argv, kShells);
+    return kalvex::programs::WriteCompletion(kalvex::convert::DescribeCommandLine(), argc, argv);
 }

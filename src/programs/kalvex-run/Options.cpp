@@ -18,6 +18,7 @@ constexpr std::int64_t kTicksOfVirtualRun = 1000000;
 constexpr std::int64_t kGreatestTickMs = 86400000;
 
 constexpr const char* kTimeForm = "\"YYYY-MM-DD HH:MM:SS\"";
+constexpr const char* kScript = "SCRIPT";
 constexpr const char* kPurpose =
     "Runs Kalvex scripts, against the real clock or a virtual one, and prints what happened.";
 constexpr const char* kExitStatuses =
@@ -132,7 +133,9 @@ constexpr OptionRow kOptions[] = {
 };
 
 constexpr OptionRow kHelp = {"--help", nullptr, "Print this and exit", nullptr};
+constexpr const char* kHelpLetter = "-h";
 constexpr OptionRow kVersion = {"--version", nullptr, "Print the version and exit", nullptr};
+constexpr const char* kVersionLetter = "-V";
 
 void Add(CLI::App& app, const OptionRow& row, RunOptions& options) {
     if (row.value == nullptr) {
@@ -182,10 +185,10 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     app.formatter(std::make_shared<UsageFormatter>());
     app.footer(kExitStatuses);
     app.allow_extras();
-    app.set_help_flag(fmt::format("-h,{}", kHelp.name), kHelp.help);
-    app.set_version_flag(fmt::format("-V,{}", kVersion.name), "kalvex-run " KALVEX_VERSION,
-                         kVersion.help);
-    app.add_option("SCRIPT", options.scripts);
+    app.set_help_flag(fmt::format("{},{}", kHelpLetter, kHelp.name), kHelp.help);
+    app.set_version_flag(fmt::format("{},{}", kVersionLetter, kVersion.name),
+                         "kalvex-run " KALVEX_VERSION, kVersion.help);
+    app.add_option(kScript, options.scripts);
     for (const OptionRow& row : kOptions) Add(app, row, options);
     try {
         std::ranges::reverse(arguments);
@@ -211,15 +214,21 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
     return line;
 }
 
-std::vector<OptionInfo> OptionInfos() {
-    std::vector<OptionInfo> infos;
-    const auto add = [&infos](const OptionRow& row) {
-        infos.push_back({row.name, row.value == nullptr ? "" : row.value, row.help});
+programs::CommandForm DescribeCommandLine() {
+    const programs::ValueForm values[] = {{"WORD", programs::Offer::Told, "words"},
+                                          {kScript, programs::Offer::File, ".kx"}};
+    programs::CommandForm form{.name = "kalvex-run"};
+    const auto add = [&](const OptionRow& row, const char* shortName) {
+        const char* const value = row.value == nullptr ? "" : row.value;
+        form.options.push_back(
+            {row.name, shortName, programs::MakeValueForm(value, values), row.help});
     };
-    for (const OptionRow& row : kOptions) add(row);
-    add(kVersion);
-    add(kHelp);
-    return infos;
+    for (const OptionRow& row : kOptions) add(row, "");
+    add(kVersion, kVersionLetter);
+    add(kHelp, kHelpLetter);
+    form.arguments = {programs::MakeValueForm(kScript, values)};
+    form.lastRepeats = true;
+    return form;
 }
 
 }  // namespace kalvex::run

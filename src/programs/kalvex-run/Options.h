@@ -4,8 +4,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "programs/CommandForm.h"
 
 namespace kalvex::run {
 
@@ -41,11 +42,6 @@ struct CommandLine {
 CommandLine ParseCommandLine(std::vector<std::string> arguments);
 
 // For completion.
-struct OptionInfo {
-    std::string_view name;   // "--plant"
-    std::string_view value;  // "FILE", or empty
-    const char* help;
-};
-std::vector<OptionInfo> OptionInfos();
+programs::CommandForm DescribeCommandLine();
 
 }  // namespace kalvex::run

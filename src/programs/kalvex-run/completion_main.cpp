@@ -1,12 +1,7 @@
 // For the build.
 #include "programs/CompletionText.h"
-#include "programs/kalvex-run/Completion.h"
+#include "programs/kalvex-run/Options.h"
 
 int main(int argc, char** argv) {
-    constexpr kalvex::programs::Shell kShells[] = {
-        {"bash", kalvex::run::BashCompletion},
-        {"fish", kalvex::run::FishCompletion},
-        {"zsh", kalvex::run::ZshCompletion},
-    };
-    return kalvex::programs::FillCompletion(argc, argv, kShells);
+    return kalvex::programs::WriteCompletion(kalvex::run::DescribeCommandLine(), argc, argv);
 }

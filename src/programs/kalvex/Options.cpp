@@ -52,6 +52,13 @@ DeskLine ParseDeskLine(std::vector<std::string> arguments, const std::string& cu
     return line;
 }
 
+programs::CommandForm DescribeCommandLine() {
+    programs::CommandForm form = programs::DescribeOptions<ModuleOptions>(kProgram, kRows);
+    form.arguments = {{"SCRIPT", programs::Offer::File, ".kx"}};
+    form.lastRepeats = true;
+    return form;
+}
+
 std::string UsualFolder(const std::string& currentDir, const std::string& home,
                         const std::string& dataHome) {
     std::error_code fault;

@@ -15,6 +15,9 @@ using DeskLine = programs::OptionLine<programs::ModuleOptions>;
 // are given by absolute paths afterwards.
 DeskLine ParseDeskLine(std::vector<std::string> arguments, const std::string& currentDir);
 
+// For completion.
+programs::CommandForm DescribeCommandLine();
+
 // Where the program works when nobody has said where: in the current folder or, begun there by a
 // desktop, in that of the user's data, which need not be there. `home` and `dataHome` are the
 // variables HOME and XDG_DATA_HOME, empty when they are not set.

@@ -123,10 +123,11 @@ struct OptionRow {
     Take take;
     bool isGeneral;
     const char* help;
+    bool repeats = false;
 };
 
 constexpr OptionRow kOptions[] = {
-    {"--module", "-m", Value::Needed, "NAME", TakeModule, true, "The module (Kalvex)"},
+    {"--module", "-m", Value::Needed, "NAME", TakeModule, true, "The module (Kalvex)", true},
     {"--address", "", Value::Needed, "HOST:PORT", TakeAddress, true,
      "Dial this address instead of looking the module up"},
     {"--authority", "", Value::Needed, "FILE", TakeText<&ControlOptions::authority>, true,
@@ -169,6 +170,25 @@ constexpr OptionRow kOptions[] = {
      "Ask anew every S (2) seconds until it is interrupted"},
 };
 
+// What ends the program, whatever else is asked for.
+struct EndingRow {
+    std::string_view name;
+    std::string_view shortName;
+    const char* help;
+    std::string (*text)();
+};
+
+std::string Help();
+
+std::string Version() {
+    return "kalvexctl " KALVEX_VERSION "\n";
+}
+
+constexpr EndingRow kEndings[] = {
+    {"--version", "-V", "Print the version and exit", Version},
+    {"--help", "-h", "Print this and exit", Help},
+};
+
 struct ArgumentRow {
     Argument argument;
     std::string_view usage;
@@ -184,6 +204,10 @@ constexpr ArgumentRow kArguments[] = {
 
 const ArgumentRow& RowOf(Argument argument) {
     return *std::ranges::find(kArguments, argument, &ArgumentRow::argument);
+}
+
+const OptionRow& OptionNamed(std::string_view name) {
+    return *std::ranges::find(kOptions, name, &OptionRow::name);
 }
 
 std::string TakeName(std::string& target, const std::string& text, std::string_view what) {
@@ -237,9 +261,9 @@ std::string TakeArgument(Argument argument, const std::string& text, OrderArgume
 
 std::string Form(const CommandRow& row) {
     std::string form(row.name);
-    for (const Argument argument : row.arguments) form += fmt::format(" {}", UsageOf(argument));
+    for (const Argument argument : row.arguments) form += fmt::format(" {}", RowOf(argument).usage);
     for (const std::string_view option : row.options) {
-        const OptionRow& info = *std::ranges::find(kOptions, option, &OptionRow::name);
+        const OptionRow& info = OptionNamed(option);
         const std::string_view name = info.shortName.empty() ? info.name : info.shortName;
         form += info.form == Value::None       ? fmt::format(" [{}]", name)
                 : info.form == Value::Possible ? fmt::format(" [{} [{}]]", name, info.value)
@@ -270,9 +294,10 @@ std::string Help() {
     add(false);
     help += "\nOptions:\n";
     add(true);
+    for (const EndingRow& row : kEndings) {
+        help += fmt::format("  {},{}\n      {}\n", row.shortName, row.name, row.help);
+    }
     return help +
-           "  -V,--version\n      Print the version and exit\n"
-           "  -h,--help\n      Print this and exit\n"
            "\nExit status: 0 done; 1 the module did not do it; 2 wrong usage; 3 no connection;\n"
            "4 login refused, or right missing; 5 another client has the session;\n"
            "6 no such script; 128 and the number of the signal that ended it.\n";
@@ -325,9 +350,9 @@ class Parser {
     }
 
     MaybeEnding TakeOption(const std::string& word) {
-        if (word == "-h" || word == "--help") return Ending{programs::ExitDone, Help()};
-        if (word == "-V" || word == "--version") {
-            return Ending{programs::ExitDone, "kalvexctl " KALVEX_VERSION "\n"};
+        for (const EndingRow& row : kEndings) {
+            if (word != row.name && word != row.shortName) continue;
+            return Ending{programs::ExitDone, row.text()};
         }
         const bool isLong = word.starts_with("--");
         const std::string name = isLong ? word.substr(0, word.find('=')) : word.substr(0, 2);
@@ -414,6 +439,13 @@ class Parser {
     std::vector<std::string> m_arguments;
 };
 
+programs::OptionForm FormOf(const OptionRow& row, std::span<const programs::ValueForm> values) {
+    programs::ValueForm value = programs::MakeValueForm(row.value, values);
+    value.mayLack = row.form == Value::Possible;
+    return {std::string(row.name), std::string(row.shortName), std::move(value), row.help,
+            row.repeats};
+}
+
 constexpr std::string_view kBlanks = " \t";
 
 // Takes the first word off, and the blanks around it.
@@ -427,17 +459,34 @@ std::string TakeWord(std::string_view& line) {
 
 }  // namespace
 
-std::string_view UsageOf(Argument argument) {
-    return RowOf(argument).usage;
-}
-
-std::vector<OptionInfo> OptionInfos() {
-    std::vector<OptionInfo> infos;
+programs::CommandForm DescribeCommandLine() {
+    using programs::Offer;
+    const programs::ValueForm script = {"SCRIPT", Offer::Told, "scripts"};
+    const programs::ValueForm ofOptions[] = {script, {"L", Offer::Words, "0 1 2 3"}};
+    const programs::ValueForm ofArguments[] = {script,
+                                               {"PATH", Offer::File, ".kx"},
+                                               {"VAR", Offer::Told, "variables"},
+                                               {"N", Offer::Words, "1 2 3"}};
+    programs::CommandForm form{.name = "kalvexctl"};
     for (const OptionRow& row : kOptions) {
-        infos.push_back({row.name, row.shortName, row.form == Value::None ? "" : row.value,
-                         row.help, row.isGeneral, row.form == Value::Possible});
+        if (row.isGeneral) form.options.push_back(FormOf(row, ofOptions));
     }
-    return infos;
+    for (const EndingRow& row : kEndings) {
+        form.options.push_back({std::string(row.name), std::string(row.shortName), {}, row.help});
+    }
+    for (const CommandRow& row : CommandRows()) {
+        programs::CommandForm& command = form.commands.emplace_back();
+        command.name = row.name;
+        command.help = row.help;
+        for (const std::string_view name : row.options) {
+            command.options.push_back(FormOf(OptionNamed(name), ofOptions));
+        }
+        for (const Argument argument : row.arguments) {
+            command.arguments.push_back(
+                programs::MakeValueForm(RowOf(argument).usage, ofArguments));
+        }
+    }
+    return form;
 }
 
 ControlLine ParseControlLine(const std::vector<std::string>& arguments) {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "programs/CommandForm.h"
 #include "programs/kalvexctl/Endings.h"
 
 namespace kalvex::kalvexctl {
@@ -78,7 +79,6 @@ struct ControlLine {
 };
 
 std::span<const CommandRow> CommandRows();
-std::string_view UsageOf(Argument argument);
 
 // `arguments` without the name of the program.
 ControlLine ParseControlLine(const std::vector<std::string>& arguments);
@@ -91,15 +91,7 @@ struct OrderLine {
 };
 OrderLine ParseOrder(std::string_view line, const std::string& script);
 
-// For completion: an option, whether it takes a value, and its help.
-struct OptionInfo {
-    std::string_view name;       // "--module"
-    std::string_view shortName;  // "-m", or empty
-    std::string_view value;      // "NAME", or empty
-    const char* help;
-    bool isGeneral;  // stands with every command
-    bool mayLackValue;
-};
-std::vector<OptionInfo> OptionInfos();
+// For completion.
+programs::CommandForm DescribeCommandLine();
 
 }  // namespace kalvex::kalvexctl

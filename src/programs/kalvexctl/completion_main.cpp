@@ -1,12 +1,7 @@
 // For the build.
 #include "programs/CompletionText.h"
-#include "programs/kalvexctl/Completion.h"
+#include "programs/kalvexctl/Options.h"
 
 int main(int argc, char** argv) {
-    constexpr kalvex::programs::Shell kShells[] = {
-        {"bash", kalvex::kalvexctl::BashCompletion},
-        {"fish", kalvex::kalvexctl::FishCompletion},
-        {"zsh", kalvex::kalvexctl::ZshCompletion},
-    };
-    return kalvex::programs::FillCompletion(argc, argv, kShells);
+    return kalvex::programs::WriteCompletion(kalvex::kalvexctl::DescribeCommandLine(), argc, argv);
 }

@@ -67,4 +67,8 @@ KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
     return programs::ParseOptions<KalvexdOptions>(kProgram, kRows, arguments, currentDir);
 }
 
+programs::CommandForm DescribeCommandLine() {
+    return programs::DescribeOptions<KalvexdOptions>(kProgram, kRows);
+}
+
 }  // namespace kalvex::kalvexd

@@ -23,4 +23,7 @@ using KalvexdLine = programs::OptionLine<KalvexdOptions>;
 KalvexdLine ParseKalvexdLine(const std::vector<std::string>& arguments,
                              const std::string& currentDir);
 
+// For completion.
+programs::CommandForm DescribeCommandLine();
+
 }  // namespace kalvex::kalvexd

@@ -2,8 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <span>
 #include <sstream>
 
+#include "programs/CompletionText.h"
 #include "text/CodePage.h"
 
 namespace kalvex::sorvaned {
@@ -15,84 +17,139 @@ constexpr const char* kExitStatuses =
     "Exit status: 0 done, or ended by SIGTERM or SIGINT; 1 a fault of the configuration,\n"
     "of the store, of the users or of a backup; 2 wrong usage.";
 
-struct UserTexts {
+// What the command line says, texts as they are there.
+struct Draft : SorvanedOptions {
+    bool check = false;
+    int level = 0;
     std::string name;
     std::string description;
     std::vector<std::string> groups;
     std::vector<std::string> addresses;
 };
 
-void AddName(CLI::App& command, UserTexts& texts) {
-    command.add_option("NAME", texts.name, "The user's name")->required();
+struct OptionRow {
+    const char* name;   // an argument of a command has no dashes before it
+    const char* value;  // as the help shows it; null for an option without one
+    const char* help;
+    CLI::Option* (*add)(CLI::App& app, const OptionRow& row, Draft& draft);
+    int most = 0;  // of a number that begins with 0
+    bool repeats = false;
+};
+
+template <auto Member>
+CLI::Option* Add(CLI::App& app, const OptionRow& row, Draft& draft) {
+    return app.add_option(row.name, draft.*Member, row.help);
 }
 
-void AddUserCommands(CLI::App& app, SorvanedOptions& options, UserTexts& texts) {
-    CLI::App* user = app.add_subcommand("user", "Manage the users");
-    user->require_subcommand(1);
-    user->fallthrough();
-    struct Row {
-        const char* name;
-        const char* help;
-        SorvanedTask task;
-        bool named;
-    };
-    constexpr Row kRows[] = {
-        {"add", "Add a user", SorvanedTask::AddUser, true},
-        {"list", "List the users: name, level, groups, addresses, description, separated by tabs",
-         SorvanedTask::ListUsers, false},
-        {"passwd", "Give a user another password", SorvanedTask::ChangePassword, true},
-        {"remove", "Remove a user", SorvanedTask::RemoveUser, true},
-    };
-    for (const Row& row : kRows) {
-        CLI::App* command = user->add_subcommand(row.name, row.help);
-        command->fallthrough();
-        command->callback([&options, task = row.task] { options.task = task; });
-        if (row.named) AddName(*command, texts);
-        if (row.task != SorvanedTask::AddUser) continue;
-        command->add_option("--level", options.user.level, "From 0 to 100, an administrator's (0)")
-            ->type_name("N");
-        command->add_option("--group", texts.groups, "A group that the user belongs to; repeatable")
-            ->type_name("GROUP")
-            ->allow_extra_args(false);
-        command
-            ->add_option("--address", texts.addresses,
-                         "Where the user may come from (10.1.2.3, 10.1.0.0/16); repeatable")
-            ->type_name("RANGE")
-            ->allow_extra_args(false);
-        command->add_option("--description", texts.description, "For people")->type_name("TEXT");
-    }
+template <auto Member>
+CLI::Option* AddFlag(CLI::App& app, const OptionRow& row, Draft& draft) {
+    return app.add_flag(row.name, draft.*Member, row.help);
 }
 
-void AddBackupCommand(CLI::App& app, SorvanedOptions& options) {
-    CLI::App* command = app.add_subcommand(
-        "backup", "Save store, users and configuration, also of a server that runs");
+constexpr OptionRow kOptions[] = {
+    {"--config", "FILE", "The configuration (/etc/sorvane/sorvaned.toml)",
+     Add<&Draft::configuration>},
+    {"--log-level", "N", "Log: 0 always, 1 errors, 2 events, 3 transmission (2)",
+     Add<&Draft::logLevel>, 3},
+    {"--check", nullptr, "Tell what is wrong with the configuration and exit",
+     AddFlag<&Draft::check>},
+};
+
+constexpr OptionRow kUserOptions[] = {
+    {"--level", "N", "From 0 to 100, an administrator's (0)", Add<&Draft::level>},
+    {"--group", "GROUP", "A group that the user belongs to; repeatable", Add<&Draft::groups>, 0,
+     true},
+    {"--address", "RANGE", "Where the user may come from (10.1.2.3, 10.1.0.0/16); repeatable",
+     Add<&Draft::addresses>, 0, true},
+    {"--description", "TEXT", "For people", Add<&Draft::description>},
+};
+
+constexpr OptionRow kName = {"NAME", nullptr, "The user's name", Add<&Draft::name>};
+constexpr OptionRow kFolder = {"FOLDER", nullptr, "A folder that is not there yet",
+                               Add<&Draft::backup>};
+
+// What ends the program, whatever else is asked for.
+struct EndingRow {
+    const char* shortName;
+    const char* name;
+    const char* help;
+
+    std::string Names() const { return std::string(shortName) + "," + name; }
+};
+
+constexpr EndingRow kHelp = {"-h", "--help", "Print this and exit"};
+constexpr EndingRow kVersion = {"-V", "--version", "Print the version and exit"};
+
+// A command stands behind that of which it is one.
+struct CommandRow {
+    const char* above;  // null: the program
+    const char* name;
+    const char* help;
+    std::optional<SorvanedTask> task = {};  // none: one of its commands has to be named
+    const OptionRow* argument = nullptr;
+    std::span<const OptionRow> options = {};
+};
+
+constexpr CommandRow kCommands[] = {
+    {nullptr, "user", "Manage the users"},
+    {"user", "add", "Add a user", SorvanedTask::AddUser, &kName, kUserOptions},
+    {"user", "list",
+     "List the users: name, level, groups, addresses, description, separated by tabs",
+     SorvanedTask::ListUsers},
+    {"user", "passwd", "Give a user another password", SorvanedTask::ChangePassword, &kName},
+    {"user", "remove", "Remove a user", SorvanedTask::RemoveUser, &kName},
+    {nullptr, "backup", "Save store, users and configuration, also of a server that runs",
+     SorvanedTask::BackUp, &kFolder},
+};
+
+void AddOption(CLI::App& app, const OptionRow& row, Draft& draft) {
+    CLI::Option* const option = row.add(app, row, draft);
+    if (row.value != nullptr) option->type_name(row.value);
+    if (row.most > 0) option->check(CLI::Range(0, row.most));
+    if (row.repeats) option->allow_extra_args(false);
+}
+
+void AddCommand(CLI::App& app, const CommandRow& row, Draft& draft) {
+    CLI::App* const above = row.above == nullptr ? &app : app.get_subcommand(row.above);
+    CLI::App* const command = above->add_subcommand(row.name, row.help);
     command->fallthrough();
-    command->callback([&options] { options.task = SorvanedTask::BackUp; });
-    command->add_option("FOLDER", options.backup, "A folder that is not there yet")->required();
+    if (row.task) {
+        command->callback([&draft, task = *row.task] { draft.task = task; });
+    } else {
+        command->require_subcommand(1);
+    }
+    if (row.argument != nullptr) row.argument->add(*command, *row.argument, draft)->required();
+    for (const OptionRow& option : row.options) AddOption(*command, option, draft);
+}
+
+programs::OptionForm FormOf(const OptionRow& row) {
+    programs::ValueForm value = programs::MakeValueForm(row.value == nullptr ? "" : row.value);
+    if (row.most > 0) value.offer = programs::Offer::Words;
+    for (int number = 0; row.most > 0 && number <= row.most; ++number) {
+        programs::AddWord(value.detail, std::to_string(number));
+    }
+    return {row.name, {}, std::move(value), row.help, row.repeats};
+}
+
+programs::CommandForm FormOf(const CommandRow& row) {
+    programs::CommandForm form{row.name, row.help};
+    for (const OptionRow& option : row.options) form.options.push_back(FormOf(option));
+    if (row.argument != nullptr) form.arguments = {programs::MakeValueForm(row.argument->name)};
+    return form;
 }
 
 }  // namespace
 
 SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
     SorvanedLine line;
-    SorvanedOptions& options = line.options;
-    UserTexts texts;
-    bool check = false;
+    Draft draft;
 
     CLI::App app(kPurpose, "sorvaned");
     app.footer(kExitStatuses);
-    app.set_help_flag("-h,--help", "Print this and exit");
-    app.set_version_flag("-V,--version", "sorvaned " KALVEX_VERSION, "Print the version and exit");
-    app.add_option("--config", options.configuration,
-                   "The configuration (/etc/sorvane/sorvaned.toml)")
-        ->type_name("FILE");
-    app.add_option("--log-level", options.logLevel,
-                   "Log: 0 always, 1 errors, 2 events, 3 transmission (2)")
-        ->type_name("N")
-        ->check(CLI::Range(0, 3));
-    app.add_flag("--check", check, "Tell what is wrong with the configuration and exit");
-    AddUserCommands(app, options, texts);
-    AddBackupCommand(app, options);
+    app.set_help_flag(kHelp.Names(), kHelp.help);
+    app.set_version_flag(kVersion.Names(), "sorvaned " KALVEX_VERSION, kVersion.help);
+    for (const OptionRow& row : kOptions) AddOption(app, row, draft);
+    for (const CommandRow& row : kCommands) AddCommand(app, row, draft);
 
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -105,13 +162,31 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         line.message = wrong ? "sorvaned: " + std::string(error.what()) + "\n" : out.str();
         return line;
     }
-    if (check && options.task == SorvanedTask::Serve) options.task = SorvanedTask::Check;
-    options.user.name = text::FromUtf8(texts.name);
-    options.user.description = text::FromUtf8(texts.description);
-    for (const std::string& group : texts.groups)
-        options.user.groups.push_back(text::FromUtf8(group));
-    options.user.addresses = texts.addresses;
+    if (draft.check && draft.task == SorvanedTask::Serve) draft.task = SorvanedTask::Check;
+    draft.user.name = text::FromUtf8(draft.name);
+    draft.user.description = text::FromUtf8(draft.description);
+    draft.user.level = draft.level;
+    for (const std::string& group : draft.groups)
+        draft.user.groups.push_back(text::FromUtf8(group));
+    draft.user.addresses = draft.addresses;
+    line.options = draft;
     return line;
+}
+
+programs::CommandForm DescribeCommandLine() {
+    programs::CommandForm form{.name = "sorvaned"};
+    for (const OptionRow& row : kOptions) form.options.push_back(FormOf(row));
+    for (const EndingRow& row : {kVersion, kHelp}) {
+        form.options.push_back({row.name, row.shortName, {}, row.help});
+    }
+    for (const CommandRow& row : kCommands) {
+        auto& commands = row.above == nullptr ? form.commands
+                                              : std::ranges::find(form.commands, row.above,
+                                                                  &programs::CommandForm::name)
+                                                    ->commands;
+        commands.push_back(FormOf(row));
+    }
+    return form;
 }
 
 }  // namespace kalvex::sorvaned

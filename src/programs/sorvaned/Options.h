@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/UserDirectory.h"
+#include "programs/CommandForm.h"
 #include "programs/ExitStatus.h"
 
 namespace kalvex::sorvaned {
@@ -37,5 +38,8 @@ struct SorvanedLine {
 
 // `arguments` without the name of the program.
 SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments);
+
+// For completion.
+programs::CommandForm DescribeCommandLine();
 
 }  // namespace kalvex::sorvaned
