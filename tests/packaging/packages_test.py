@@ -166,6 +166,17 @@ class Packages(unittest.TestCase):
             listed = run("dpkg-deb", "-I", str(package), "conffiles").stdout.split()
             self.assertEqual(listed, [CONFFILES[name]] if name in CONFFILES else [], name)
 
+    def test_completions_are_with_their_programs(self):
+        programs = {"kalvex": ["kalvex-convert", "kalvex-run", "kalvexctl", "kalvexd"], "kalvex-window": ["kalvex"],
+                    "sorvane-server": ["sorvaned"]}
+        for name, package in self.packages.items():
+            listed = re.findall(r"(?m) \./usr/share/((?:bash-completion|fish|zsh)/.*[^/\n])$",
+                                checked("dpkg-deb", "-c", str(package)))
+            wanted = [place for program in programs.get(name, ())
+                      for place in (f"bash-completion/completions/{program}", f"fish/vendor_completions.d/{program}.fish",
+                                    f"zsh/vendor-completions/_{program}")]
+            self.assertEqual(sorted(listed), sorted(wanted), name)
+
     def test_lintian_finds_no_error(self):
         done = run("lintian", "--allow-root", "--fail-on", "error", "--tag-display-limit", "0",
                    *map(str, self.packages.values()))

@@ -23,8 +23,8 @@ class Completion(RunnerTest):
 
     def complete(self, *words):
         """What bash offers for the last word."""
-        path = f"{pathlib.Path(RUNNER).parent}:{os.environ['PATH']}"
-        return completion_shells.bash("kalvex-run", [["kalvex-run", *words]], self.folder, self.environment | {"PATH": path})[0]
+        environment = self.environment | {"PATH": f"{pathlib.Path(RUNNER).parent}:{os.environ['PATH']}"}
+        return completion_shells.bash("kalvex-run", [["kalvex-run", *words]], self.folder, environment)[0]
 
     def test_bash(self):
         self.write("ą b.kx", "")
