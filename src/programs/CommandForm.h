@@ -50,4 +50,9 @@ struct CommandForm {
     std::vector<CommandForm> commands = {};
 };
 
+// ", did you mean --to?" of an option, with or without its value, or a command that the program
+// does not have; empty when none of its own is near, or it is one of them in another place.
+std::string Suggest(const CommandForm& program, std::string_view word);
+std::string Suggest(std::span<const std::string_view> known, std::string_view word);
+
 }  // namespace kalvex::programs

@@ -1,7 +1,6 @@
 #include "programs/OptionTable.h"
 
 #include "app/CmdLine.h"
-#include "text/NearestWord.h"
 
 namespace kalvex::programs {
 
@@ -14,9 +13,7 @@ std::string TellStranger(const ProgramTexts& program, std::span<const std::strin
     std::string told;
     if (stranger->starts_with('-')) {
         const std::string name = stranger->substr(0, stranger->find('='));
-        told = "unknown option " + name;
-        const std::string_view nearest = text::FindNearestWord(name, options);
-        if (!nearest.empty()) told += fmt::format(", did you mean {}?", nearest);
+        told = "unknown option " + name + Suggest(options, name);
     } else {
         told = fmt::format("unknown word \"{}\": {}", *stranger, program.hint);
     }

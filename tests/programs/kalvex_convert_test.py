@@ -188,6 +188,7 @@ class Options(ConvertTest):
     def test_wrong_usage(self):
         for arguments, told in (
                 (["--foo"], "unknown option --foo"),
+                (["--two"], "unknown option --two, did you mean --to?"),
                 (["-x"], "unknown option -x"),
                 (["--to"], "--to needs a value"),
                 (["--to="], "--to needs a value"),

@@ -156,7 +156,7 @@ class Expectations(Tests):
 
     def test_run_that_comes_to_nothing_is_a_failure(self):
         self.assert_fails("LOCAL A\n;; line: 2\n", "run: --tick 5", "exit 2 and no result",
-                          "kalvex-run: unknown option --tick")
+                          "kalvex-run: unknown option --tick, did you mean --ticks?")
         self.assert_fails("LOCAL A\n;; line: 2\n", "run: --plant nie.json", "exit 2 and no result",
                           "kalvex-run: nie.json: No such file or directory")
 

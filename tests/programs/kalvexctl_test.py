@@ -428,7 +428,9 @@ class UsageTest(ControlTest):
         for arguments, text in (
                 ([], "no command is named"),
                 (["skok"], 'there is no command "skok"'),
+                (["lst"], 'there is no command "lst", did you mean list?'),
                 (["list", "--skok"], "unknown option --skok"),
+                (["list", "--adress=x"], "unknown option --adress, did you mean --address?"),
                 (["-z", "list"], "unknown option -z"),
                 (["list", "a"], 'list: "a" is too much'),
                 (["list", "--json"], "list takes no --json"),

@@ -152,7 +152,10 @@ class Parser {
         const auto* row = std::ranges::find_if(kOptions, [&](const OptionRow& option) {
             return option.name == name || option.shortName == name;
         });
-        if (row == std::end(kOptions)) return fmt::format("unknown option {}", name);
+        if (row == std::end(kOptions)) {
+            return fmt::format("unknown option {}{}", name,
+                               programs::Suggest(DescribeCommandLine(), name));
+        }
         const bool given = word.size() > name.size();
         if (row->value.empty() && given) return fmt::format("{} takes no value", name);
         std::string value = given ? word.substr(name.size() + (isLong ? 1 : 0)) : std::string();

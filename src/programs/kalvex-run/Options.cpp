@@ -204,7 +204,8 @@ CommandLine ParseCommandLine(std::vector<std::string> arguments) {
         return Refuse(error.what());
     }
     if (const std::string unknown = FirstUnknown(app); !unknown.empty()) {
-        return Refuse("unknown option " + unknown);
+        return Refuse("unknown option " + unknown +
+                      programs::Suggest(DescribeCommandLine(), unknown));
     }
     if (const std::string conflict = FindConflict(app, options); !conflict.empty()) {
         return Refuse(conflict);

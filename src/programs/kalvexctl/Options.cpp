@@ -344,7 +344,10 @@ class Parser {
         }
         const auto rows = CommandRows();
         const auto row = std::ranges::find(rows, std::string_view(word), &CommandRow::name);
-        if (row == rows.end()) return Usage(fmt::format("there is no command \"{}\"", word));
+        if (row == rows.end()) {
+            return Usage(fmt::format("there is no command \"{}\"{}", word,
+                                     programs::Suggest(DescribeCommandLine(), word)));
+        }
         m_order.command = &*row;
         return {};
     }
@@ -359,7 +362,10 @@ class Parser {
         const auto* row = std::ranges::find_if(kOptions, [&name](const OptionRow& option) {
             return option.name == name || (!option.shortName.empty() && option.shortName == name);
         });
-        if (row == std::end(kOptions)) return Usage(fmt::format("unknown option {}", name));
+        if (row == std::end(kOptions)) {
+            return Usage(fmt::format("unknown option {}{}", name,
+                                     programs::Suggest(DescribeCommandLine(), name)));
+        }
         std::optional<std::string> value;
         if (word.size() > name.size()) value = word.substr(name.size() + (isLong ? 1 : 0));
         if (row->form == Value::None && value) {

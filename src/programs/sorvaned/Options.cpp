@@ -1,5 +1,7 @@
 #include "programs/sorvaned/Options.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <span>
@@ -138,6 +140,17 @@ programs::CommandForm FormOf(const CommandRow& row) {
     return form;
 }
 
+// Of what the library has left over, an option before the value that somebody gave it.
+std::string TellStranger(const CLI::App& app) {
+    const std::vector<std::string> left = app.remaining(true);
+    const auto option =
+        std::ranges::find_if(left, [](const std::string& word) { return word.starts_with('-'); });
+    const std::string& word = option == left.end() ? left.front() : *option;
+    return fmt::format("unknown {} {}{} (sorvaned --help lists all)",
+                       option == left.end() ? "word" : "option", word,
+                       programs::Suggest(DescribeCommandLine(), word));
+}
+
 }  // namespace
 
 SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
@@ -159,7 +172,9 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         std::ostringstream fault;
         const bool wrong = app.exit(error, out, fault) != 0;
         line.exitStatus = wrong ? programs::ExitRefused : programs::ExitDone;
-        line.message = wrong ? "sorvaned: " + std::string(error.what()) + "\n" : out.str();
+        const bool strange = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+        const std::string told = strange ? TellStranger(app) : error.what();
+        line.message = wrong ? "sorvaned: " + told + "\n" : out.str();
         return line;
     }
     if (draft.check && draft.task == SorvanedTask::Serve) draft.task = SorvanedTask::Check;
