@@ -386,6 +386,7 @@ TEST_F(NetworkConversationTest, SilentServerCountsAsGoneAfterTenSeconds) {
     world.now += 1000;
     client.Check();
     world.RunUntil(events, "closed 4105");
+    EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
 TEST_F(NetworkConversationTest, SilentClientCountsAsGoneAfterTenSeconds) {
@@ -411,6 +412,10 @@ TEST_F(NetworkConversationTest, ServerThatNeverGreetsIsGivenUp) {
     }
     world.loop.Run();
     EXPECT_THAT(events.heard, testing::Contains("fault 2 4105"));
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Serwer srv jest nieosiągalny: brak odpowiedzi z " +
+                            world.folder.Path("srv") +
+                            " (czy serwer nie jest zawieszony, a komputer i sieć działają?)"));
 }
 
 // ---- the list of variables

@@ -360,6 +360,8 @@ TEST_F(NetworkLimitsServerTest, RubbishForAGreetingFailsTheAttempt) {
     raw.AwaitClient();
     raw.stream->Send("rubbish");
     world.RunUntil(events, "fault 2 4108");
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Serwer srv jest nieosiągalny: pod " +
+                                              world.folder.Path("srv") + " działa inny program"));
 }
 
 TEST_F(NetworkLimitsServerTest, ServerThatDoesNotReadCountsAsGone) {
