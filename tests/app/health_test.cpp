@@ -67,6 +67,7 @@ TEST_F(HealthTest, RateOfAModuleThatHangsFalls) {
     Pass(10, 1);
     now += 10 * kSecond;
     EXPECT_DOUBLE_EQ(Figures().ticksPerSecond, 50);
+    EXPECT_DOUBLE_EQ(Figures().linesPerSecond, 50);
 }
 
 TEST_F(HealthTest, LatenessIsInSeconds) {
@@ -184,9 +185,17 @@ TEST_F(HealthScriptTest, TimeWithoutAFinishedLineGrowsWhereThereIsOneToRun) {
 
 TEST_F(HealthScriptTest, TimeOfAnErrorGrowsFromItsFirstTry) {
     Add("NIEZNANE", "blad.kx");
-    const double first = Own().standing;
+    EXPECT_EQ(Own().standing, 0);
     clock.Advance(30'000);
-    EXPECT_EQ(Own().standing, first + 30);
+    EXPECT_EQ(Own().standing, 30);
+}
+
+TEST_F(HealthScriptTest, TimeOfAnErrorGrowsFromTheLineBefore) {
+    Add("LOCAL A\nNIEZNANE", "blad.kx", 10);
+    clock.Advance(5'000);
+    Tick(100);
+    ASSERT_EQ(Own().condition, ScriptCondition::Error);
+    EXPECT_EQ(Own().standing, 5);
 }
 
 TEST_F(HealthScriptTest, TimeOfAFinishedScriptStandsStill) {
