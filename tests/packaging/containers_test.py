@@ -1,33 +1,30 @@
 #!/usr/bin/env python3
 """The images of packaging/Containerfile: how they are built, and a plant that runs in them.
 
-    containers_test.py PATH_OF_CPACK BUILD_FOLDER [PATH_OF_KALVEX] [unittest arguments]
+    containers_test.py PATH_OF_CPACK BUILD_FOLDER [PATH_OF_KALVEX]
 
-No registry is asked: the bare system of packages_test.py stands for the one that the images begin with. The packages are
-those of the build; with KALVEX_WHOLE_CONTAINERS=1 they are compiled from the sources instead, which takes as long as a
-whole build. Passed over where there is no podman, or where it cannot run a container.
+No registry is asked: the bare system of packages_test.py stands for the one that the images begin with, and the
+packages are those of the build, so that the stage which compiles them is left out. Passed over where there is no podman,
+or where it cannot run a container.
 """
 import json
-import os
 import pathlib
 import re
 import shutil
 import socket
 import subprocess
-import sys
 import tempfile
 import threading
 import unittest
 
 from first_plant_test import steady
-from packages_test import QUICK, READY, SKIPPED, checked, make_packages, make_ready, put, reason_to_skip, run
+from packages_test import ROOT, Root, checked, main, make_packages, put, reason_to_skip, run
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
 BASE = "docker.io/library/debian:12-slim"
 # What the system that the images begin with leaves out.
 SLIM = {"etc/dpkg/dpkg.cfg.d/docker": "path-exclude /usr/share/doc/*\npath-include /usr/share/doc/*/copyright\n"
                                       "path-exclude /usr/share/locale/*\npath-exclude /usr/share/man/*\n"}
-LIMIT_SECONDS = 120
+LIMIT_SECONDS = 300
 SERVICE_VOLUMES = ("-v", "service:/var/lib/kalvex", "-v", "log:/var/log/kalvex")
 # The limits of podman are more than some machines may give.
 RUN = ("run", "--rm", "--network", "none", "--ulimit", "nofile=1024:1024", "--ulimit", "nproc=1024:1024")
@@ -72,24 +69,13 @@ class Podman:
     def __init__(self, folder):
         self.folder = folder
         self.command = ["podman", "--root", f"{folder}/store", "--runroot", f"{folder}/run",
-                        "--tmpdir", f"{folder}/tmp", "--cgroup-manager", "cgroupfs"]
+                        "--tmpdir", f"{folder}/tmp", "--cgroup-manager", "cgroupfs", "--storage-driver", "overlay"]
 
     def __call__(self, *words, **more):
         return run(*self.command, *words, **more)
 
     def checked(self, *words, **more):
         return checked(*self.command, *words, **more)
-
-    def choose(self, option, values, *words):
-        """Keeps the first value with which the words do not fail."""
-        told = ""
-        for value in values:
-            done = run(*self.command, option, value, *words)
-            if done.returncode == 0:
-                self.command += [option, value]
-                return
-            told += f"{option} {value}: {done.stderr}"
-        raise unittest.SkipTest("no container can run here:\n" + told)
 
     def close(self):
         self("rm", "--all", "--force", "--time", "0")
@@ -149,23 +135,25 @@ class Containers(unittest.TestCase):
 
     @classmethod
     def import_base(cls):
-        make_ready()
-        put(cls.folder / "base", QUICK | SLIM)
+        base = Root(cls.folder / "base")
+        put(base.folder, SLIM)
         archive = str(cls.folder / "base.tar")
-        checked("tar", "-cf", archive, "--exclude=./var/cache/apt/archives/*.deb", "-C", str(READY), ".",
-                "-C", str(cls.folder / "base"), "--owner=0", "--group=0", ".")
-        cls.podman.choose("--storage-driver", ("overlay", "vfs"), "import", "--quiet", archive, BASE)
-        os.remove(archive)
-        cls.podman.choose("--runtime", ("crun", "runc"), *RUN, BASE, "true")
+        checked("tar", "-cf", archive, "--exclude=./var/cache/apt/archives/*.deb", "-C", str(base.folder), ".")
+        done = cls.podman("import", "--quiet", archive, BASE)
+        told = done.stderr
+        for runtime in filter(shutil.which, ("crun", "runc") if done.returncode == 0 else ()):
+            done = cls.podman("--runtime", runtime, *RUN, BASE, "true")
+            if done.returncode == 0:
+                cls.podman.command += ["--runtime", runtime]
+                return
+            told += f"{runtime}: {done.stderr}"
+        raise unittest.SkipTest("no container can run here:\n" + told)
 
     @classmethod
     def build(cls, name):
-        made = ["--build-context", f"packages={cls.folder}/packages"]
-        if os.environ.get("KALVEX_WHOLE_CONTAINERS"):
-            made = []
         # Without namespaces of its own, which fewer machines allow.
-        done = cls.podman("build", "--isolation", "chroot", *made, "--target", name, "--tag", name,
-                          "--file", str(ROOT / "packaging/Containerfile"), str(ROOT))
+        done = cls.podman("build", "--isolation", "chroot", "--build-context", f"packages={cls.folder}/packages",
+                          "--target", name, "--tag", name, "--file", str(ROOT / "packaging/Containerfile"), str(ROOT))
         told = done.stdout + done.stderr
         if done.returncode != 0 and "Failed to fetch" in told:
             raise unittest.SkipTest("the mirrors of the distribution cannot be reached:\n" + told[-500:])
@@ -210,7 +198,8 @@ class Containers(unittest.TestCase):
         for image, volumes, ports in (("sorvaned", ["/run/sorvane", "/var/lib/sorvane"], ["4300/tcp"]),
                                       ("kalvexd", ["/run/sorvane", "/var/lib/kalvex", "/var/log/kalvex"], [])):
             told = json.loads(self.podman.checked("image", "inspect", image))[0]["Config"]
-            shown = (sorted(told["Volumes"]), list(told.get("ExposedPorts", [])), told["StopSignal"], told["Env"][1:])
+            zone = [setting for setting in told["Env"] if setting.startswith("TZ=")]
+            shown = (sorted(told["Volumes"]), list(told.get("ExposedPorts", [])), told["StopSignal"], zone)
             self.assertEqual(shown, (volumes, ports, "SIGTERM", ["TZ=:/etc/localtime"]), image)
 
     def test_programs_run_as_one_account_that_is_not_root(self):
@@ -255,8 +244,4 @@ class Containers(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    reason = reason_to_skip() or (None if shutil.which("podman") else "not installed: podman")
-    if reason:
-        print(reason)
-        sys.exit(SKIPPED)
-    unittest.main()
+    main(reason_to_skip("podman"))

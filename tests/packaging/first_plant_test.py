@@ -13,12 +13,11 @@ import shutil
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import threading
 import unittest
 
-from packages_test import SKIPPED, Root, make_packages, reason_to_skip
+from packages_test import Root, main, make_packages, reason_to_skip
 
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/first-plant.md"
 END = "-- the block has ended --"
@@ -162,8 +161,4 @@ class FirstPlant(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    reason = reason_to_skip()
-    if reason:
-        print(reason)
-        sys.exit(SKIPPED)
-    unittest.main()
+    main(reason_to_skip())

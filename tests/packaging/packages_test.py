@@ -17,6 +17,7 @@ import unittest
 
 CPACK, BUILD, *WINDOWS = sys.argv[1:]
 del sys.argv[1:]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 SKIPPED = 77
 READY = pathlib.Path(os.environ.get("KALVEX_BARE_SYSTEM", f"{BUILD}/bare_system"))
 OLDER = "0.1.9"
@@ -24,13 +25,16 @@ UNITS = {"kalvex": "kalvexd", "sorvane-server": "sorvaned"}
 CONFFILES = {"kalvex-common": "/etc/sorvane/sorvane.ini", "sorvane-server": "/etc/sorvane/sorvaned.toml"}
 WINDOW_FILES = """/usr/bin/kalvex
 /usr/share/applications/kalvex.desktop
+/usr/share/bash-completion/completions/kalvex
 /usr/share/doc/kalvex-window/changelog.gz
 /usr/share/doc/kalvex-window/copyright
+/usr/share/fish/vendor_completions.d/kalvex.fish
 /usr/share/icons/hicolor/scalable/apps/kalvex.svg
 /usr/share/icons/hicolor/scalable/mimetypes/text-x-kalvex-script.svg
 /usr/share/man/man1/kalvex.1.gz
 /usr/share/metainfo/pl.sorvane.kalvex.metainfo.xml
-/usr/share/mime/packages/kalvex.xml""".splitlines()
+/usr/share/mime/packages/kalvex.xml
+/usr/share/zsh/vendor-completions/_kalvex""".splitlines()
 # Nobody needs these systems after a loss of power, nor the descriptions of packages in other languages.
 QUICK = {"etc/dpkg/dpkg.cfg.d/quick": "force-unsafe-io\n", "etc/apt/apt.conf.d/quick": 'Acquire::Languages "none";\n'}
 # Loaded at run time, so that no linker knows of them.
@@ -47,10 +51,11 @@ def checked(*command, **more):
     return done.stdout
 
 
-def reason_to_skip():
+def reason_to_skip(*programs):
     if os.geteuid() != 0:
         return "a system of its own needs root"
-    missing = [name for name in ("debootstrap", "lintian", "dpkg-deb", "dpkg-shlibdeps") if shutil.which(name) is None]
+    needed = ("debootstrap", "lintian", "dpkg-deb", "dpkg-shlibdeps", *programs)
+    missing = [name for name in needed if shutil.which(name) is None]
     if missing:
         return "not installed: " + ", ".join(missing)
     if not (pathlib.Path(BUILD) / "bin/kalvexd").exists():
@@ -65,18 +70,6 @@ def make_packages(folder, version=None):
     return {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
 
 
-def make_ready():
-    """Sees to it that READY is there."""
-    if READY.exists():
-        return
-    new = READY.with_suffix(".new")
-    shutil.rmtree(new, ignore_errors=True)
-    made = run("debootstrap", "--variant=minbase", "bookworm", str(new))
-    if made.returncode != 0:
-        raise unittest.SkipTest("no bare system can be made here:\n" + made.stdout[-500:] + made.stderr[-500:])
-    new.rename(READY)
-
-
 def put(folder, files):
     """Texts by name, in Windows-1250."""
     for name, text in files.items():
@@ -89,7 +82,13 @@ class Root:
 
     def __init__(self, folder):
         self.folder = folder
-        make_ready()
+        if not READY.exists():
+            new = READY.with_suffix(".new")
+            shutil.rmtree(new, ignore_errors=True)
+            made = run("debootstrap", "--variant=minbase", "bookworm", str(new))
+            if made.returncode != 0:
+                raise unittest.SkipTest("no bare system can be made here:\n" + made.stdout[-500:] + made.stderr[-500:])
+            new.rename(READY)
         checked("cp", "-a", str(READY), str(folder))
         put(folder, QUICK)
         policy = folder / "usr/sbin/policy-rc.d"
@@ -151,6 +150,12 @@ class Packages(unittest.TestCase):
     def test_there_is_a_package_for_each_part(self):
         window = ["kalvex-window"] if WINDOWS else []
         self.assertEqual(sorted(self.packages), ["kalvex", "kalvex-common", "kalvex-doc", *window, "sorvane-server"])
+
+    def test_what_cpack_calls_is_installed_with_what_builds(self):
+        rows = [line.split() for line in (ROOT / "tools/packages.list").read_text(encoding="utf-8").splitlines()]
+        for program in ("file", "dpkg-shlibdeps"):
+            package = checked("dpkg", "-S", shutil.which(program)).split(":")[0]
+            self.assertIn([package, "build"], rows)
 
     def test_packages_need_what_their_programs_load(self):
         for name in UNITS:
@@ -260,9 +265,16 @@ class Packages(unittest.TestCase):
         self.assertEqual(root.checked("sh", "-c", "dpkg-query -W | grep -c 'kalvex\\|sorvane' || true"), "0\n")
 
 
-if __name__ == "__main__":
-    reason = reason_to_skip()
+def main(reason):
+    """Runs the tests unless there is a reason not to; tells each reason for which something was passed over."""
     if reason:
         print(reason)
         sys.exit(SKIPPED)
-    unittest.main()
+    result = unittest.main(exit=False).result
+    for _, passed_over in result.skipped:
+        print(passed_over)
+    sys.exit(1 if not result.wasSuccessful() else SKIPPED if result.skipped else 0)
+
+
+if __name__ == "__main__":
+    main(reason_to_skip())
