@@ -83,7 +83,8 @@ class RawServer final : private PortEvents {
   public:
     explicit RawServer(const std::string& socket) {
         platform::Notice error;
-        m_port = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX}, *this, nullptr, error);
+        m_port = OpenPort({.localSocket = socket, .outboxLimit = SIZE_MAX, .patience = 10'000},
+                          *this, nullptr, error);
     }
     ~RawServer() override {
         if (stream) stream->Cancel();

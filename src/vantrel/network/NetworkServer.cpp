@@ -1,5 +1,8 @@
 #include "vantrel/network/NetworkServer.h"
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <limits>
 #include <map>
 #include <optional>
@@ -16,6 +19,9 @@
 namespace kalvex::vantrel {
 
 namespace {
+
+// Streams at a time that leave enough behind to be given back.
+constexpr std::size_t kCrowd = 256;
 
 // Turns the client away unless somebody takes it.
 class WaitingCaller {
@@ -42,8 +48,12 @@ class Server final : public NetworkServer, private PortEvents {
            FurtherMethods* further)
         : m_settings(settings),
           m_loop(loop),
-          m_services{m_settings, acceptor, log, translator,
-                     [this](ServerCall& call) { Retire(call); }},
+          m_services{m_settings,
+                     acceptor,
+                     log,
+                     translator,
+                     [this](ServerCall& call) { Retire(call); },
+                     [this](const std::string& host) { m_port->OnLogin(host); }},
           m_work(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {
         if (further != nullptr) m_further.emplace(*further, loop, m_settings.clock);
     }
@@ -60,7 +70,9 @@ class Server final : public NetworkServer, private PortEvents {
         PortSettings port{.localSocket = {},
                           .address = m_settings.address,
                           .tls = m_settings.tls,
-                          .outboxLimit = m_settings.outboxLimit};
+                          .outboxLimit = m_settings.outboxLimit,
+                          .patience = m_settings.patience,
+                          .streamLimit = 2 * m_settings.conversationLimit};
         if (!AllowsAddress(error)) return false;
         if (!m_settings.source.empty()) {
             port.localSocket = LocalSocketPath(m_settings.runtimeFolder, m_settings.source);
@@ -77,8 +89,7 @@ class Server final : public NetworkServer, private PortEvents {
             m_port = OpenPort(port, *this, m_further ? &*m_further : nullptr, error);
         }
         if (!m_port) return false;
-        return m_settings.source.empty() || m_settings.group.empty() ||
-               m_socket.Admit(m_settings.group, error);
+        return AdmitGroup(error);
     }
 
     int TcpPort() const override { return m_port->TcpPort(); }
@@ -87,9 +98,38 @@ class Server final : public NetworkServer, private PortEvents {
         const std::int64_t now = m_settings.clock();
         for (const auto& [call, owned] : m_calls) call->Check(now);
         if (m_further) m_further->Check();
+        CheckPort(now);
+        GiveBackMemory();
     }
 
   private:
+    bool AdmitGroup(platform::Notice& error) {
+        return m_settings.source.empty() || m_settings.group.empty() ||
+               m_socket.Admit(m_settings.group, error);
+    }
+
+    void Log(const platform::Notice& notice) {
+        m_services.log.Log(text::FromUtf8(platform::InWords(notice, m_services.translator)),
+                           platform::LogErrors);
+    }
+
+    void CheckPort(std::int64_t now) {
+        const LocalSocket::OwnerOnly mode;
+        bool remade = false;
+        for (const platform::Notice& notice : m_port->Check(now, remade)) Log(notice);
+        platform::Notice error;
+        if (remade && !AdmitGroup(error)) Log(error);
+    }
+
+    // The allocator keeps what a crowd has taken until it is told.
+    void GiveBackMemory() {
+        const std::size_t count = m_port->StreamCount();
+        m_crowd = std::max(m_crowd, count);
+        if (m_crowd < kCrowd || count > m_crowd / 4) return;
+        m_crowd = count;
+        ::malloc_trim(0);
+    }
+
     bool AllowsAddress(platform::Notice& error) const {
         std::string host;
         std::uint16_t port = 0;
@@ -146,6 +186,7 @@ class Server final : public NetworkServer, private PortEvents {
     LocalSocket m_socket;
     std::optional<FurtherCalls> m_further;
     std::unique_ptr<ServerPort> m_port;
+    std::size_t m_crowd = 0;  // of streams, the most since memory was given back
 };
 
 }  // namespace

@@ -110,7 +110,10 @@ Conversation::Conversation(const CallServices& services, Caller caller, bool too
 void Conversation::Send(ServerMessage message) {
     if (HasEnded()) return;
     const auto* login = std::get_if<LoginResult>(&message);
-    if (login != nullptr && login->code == 0) m_loggedIn = true;
+    if (login != nullptr && login->code == 0) {
+        m_loggedIn = true;
+        m_services.onLogin(m_caller.address);
+    }
     PackedAnswer packed = Pack(message);
     if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
     for (std::string& parcel : packed.parcels) Put(std::move(parcel));

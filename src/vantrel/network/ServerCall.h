@@ -34,6 +34,8 @@ struct CallServices {
     const platform::Translator& translator;
     // Removes the call after the present piece of work, with a last word to it.
     std::function<void(ServerCall&)> retire;
+    // Somebody has logged in from that machine.
+    std::function<void(const std::string& host)> onLogin;
 };
 
 class ServerCall : protected ReceptionListener<ClientParcel> {

@@ -5,9 +5,12 @@
 #include <grpcpp/server.h>
 #include <grpcpp/server_builder.h>
 
-#include "platform/NetworkAddress.h"
+#include <atomic>
+#include <functional>
+#include <utility>
+
 #include "vantrel/network/GrpcStream.h"
-#include "vantrel/network/ListeningFault.h"
+#include "vantrel/network/Listener.h"
 #include "vantrel/network/TlsContent.h"
 
 namespace kalvex::vantrel {
@@ -15,7 +18,6 @@ namespace kalvex::vantrel {
 namespace {
 
 constexpr int kStreamsOfAConnection = 16;
-constexpr int kHandshakeMilliseconds = 10'000;
 
 struct MethodRow {
     const char* name;
@@ -24,14 +26,36 @@ struct MethodRow {
 constexpr MethodRow kMethods[] = {{kConverse, StreamMethod::Converse},
                                   {kListVariables, StreamMethod::ListVariables}};
 
+// Counts those who have one.
+class Presence {
+  public:
+    explicit Presence(std::shared_ptr<std::atomic<std::size_t>> count) : m_count(std::move(count)) {
+        ++*m_count;
+    }
+    Presence(Presence&&) = default;
+    Presence(const Presence&) = delete;
+    Presence& operator=(const Presence&) = delete;
+    ~Presence() {
+        if (m_count) --*m_count;
+    }
+
+  private:
+    std::shared_ptr<std::atomic<std::size_t>> m_count;
+};
+
 class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
   public:
     // A client that talks has ended when it says nothing more; one that has asked waits.
     enum class Manner { Talks, Asks };
 
     ServerStream(std::shared_ptr<StreamEvents> events, std::size_t outboxLimit, Manner manner,
-                 grpc::GenericCallbackServerContext& context)
-        : GrpcStream(std::move(events), outboxLimit), m_manner(manner), m_context(context) {}
+                 grpc::GenericCallbackServerContext& context, Presence presence,
+                 std::function<void()> onTakenBack)
+        : GrpcStream(std::move(events), outboxLimit),
+          m_manner(manner),
+          m_context(context),
+          m_presence(std::move(presence)),
+          m_onTakenBack(std::move(onTakenBack)) {}
 
     void Begin() { KeepAlive(); }
 
@@ -63,7 +87,10 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
         if (!std::exchange(m_ended, true)) Events().OnEnded(StreamEnd::Lost, "");
     }
 
-    void OnAllWrittenLocked() override { FinishLocked(m_end); }
+    void OnAllWrittenLocked() override {
+        m_answered = true;
+        FinishLocked(m_end);
+    }
     void OnReadingEndedLocked() override {
         if (m_manner == Manner::Talks) EndLocked();
     }
@@ -71,6 +98,7 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
 
     void OnCancel() override {
         const std::lock_guard lock(m_mutex);
+        if (!m_answered) m_onTakenBack();
         EndLocked();
         FinishLocked(StreamEnd::Lost);
     }
@@ -87,126 +115,152 @@ class ServerStream final : public GrpcStream<grpc::ServerGenericBidiReactor> {
     std::string m_detail;
     bool m_ended = false;  // the events have been told
     bool m_done = false;
+    bool m_answered = false;  // up to its end
+    const Presence m_presence;
+    const std::function<void()> m_onTakenBack;
+};
+
+// What is called while there are too many.
+class Refusal final : public grpc::ServerGenericBidiReactor {
+  public:
+    Refusal() { Finish({grpc::StatusCode::RESOURCE_EXHAUSTED, ""}); }
+
+  private:
+    void OnDone() override { delete this; }
 };
 
 // The calls are taken as bytes, not as the generated classes: so a message that does not decode is
 // one lost message and not the end of its stream.
 class Service final : public grpc::CallbackGenericService {
   public:
-    Service(PortEvents& events, FurtherPort* further, std::size_t outboxLimit)
-        : m_events(events), m_further(further), m_outboxLimit(outboxLimit) {}
+    Service(PortEvents& events, FurtherPort* further, const PortSettings& settings,
+            Listener& listener)
+        : m_events(events),
+          m_further(further),
+          m_outboxLimit(settings.outboxLimit),
+          m_streamLimit(settings.streamLimit),
+          m_listener(listener) {}
+
+    std::size_t StreamCount() const { return *m_count; }
 
   private:
     grpc::ServerGenericBidiReactor* CreateReactor(
         grpc::GenericCallbackServerContext* context) override {
+        const Peer peer = PeerOf(context->peer());
+        m_listener.OnCall(peer);
+        if (StreamCount() >= m_streamLimit) return new Refusal;
         for (const MethodRow& row : kMethods) {
             if (context->method() != row.name) continue;
             const auto events = m_events.MakeEvents();
             // A list is made in one piece whatever its length.
             const bool talks = row.method == StreamMethod::Converse;
-            const auto stream = std::make_shared<ServerStream>(
+            const auto stream = MakeStream(
                 events, talks ? m_outboxLimit : SIZE_MAX,
-                talks ? ServerStream::Manner::Talks : ServerStream::Manner::Asks, *context);
-            stream->Begin();
-            m_events.OnCaller(stream, events, row.method, RemoteHost(context->peer()));
+                talks ? ServerStream::Manner::Talks : ServerStream::Manner::Asks, *context, peer);
+            m_events.OnCaller(stream, events, row.method, peer.host);
             return stream.get();
         }
         if (m_further == nullptr) return CallbackGenericService::CreateReactor(context);
         if (const auto method = m_further->Find(context->method())) {
             const auto events = m_further->MakeEvents();
-            const auto stream = std::make_shared<ServerStream>(
-                events, m_outboxLimit, ServerStream::Manner::Asks, *context);
-            stream->Begin();
-            m_further->OnCaller(stream, events, *method, RemoteHost(context->peer()));
+            const auto stream =
+                MakeStream(events, m_outboxLimit, ServerStream::Manner::Asks, *context, peer);
+            m_further->OnCaller(stream, events, *method, peer.host);
             return stream.get();
         }
         return CallbackGenericService::CreateReactor(context);
     }
 
-    // From "ipv4:10.1.2.3:50412", "ipv6:%5Bfe80::1%5D:50412" or "unix:".
-    static std::string RemoteHost(std::string peer) {
-        const std::size_t family = peer.find(':');
-        if (peer.compare(0, 2, "ip") != 0) return {};
-        peer.erase(0, family + 1);
-        for (const auto& [escaped, plain] :
-             {std::pair("%5B", "["), std::pair("%5D", "]"), std::pair("%25", "%")}) {
-            const std::size_t found = peer.find(escaped);
-            if (found != std::string::npos) peer.replace(found, 3, plain);
-        }
-        std::string host;
-        std::uint16_t port = 0;
-        if (!platform::ReadAddress(peer, host, port) || platform::IsLoopback(host)) return {};
-        constexpr std::string_view kMapped = "::ffff:";
-        if (host.starts_with(kMapped) && host.find('.') != std::string::npos) {
-            host.erase(0, kMapped.size());
-        }
-        return host;
+    std::shared_ptr<ServerStream> MakeStream(std::shared_ptr<StreamEvents> events,
+                                             std::size_t outboxLimit, ServerStream::Manner manner,
+                                             grpc::GenericCallbackServerContext& context,
+                                             const Peer& peer) {
+        auto stream = std::make_shared<ServerStream>(
+            std::move(events), outboxLimit, manner, context, Presence(m_count),
+            [this, peer] { m_listener.OnTakenBack(peer); });
+        stream->Begin();
+        return stream;
     }
 
     PortEvents& m_events;
     FurtherPort* const m_further;  // may be null
     const std::size_t m_outboxLimit;
+    const std::size_t m_streamLimit;
+    Listener& m_listener;
+    // A stream may outlive the service in the hands of who has it.
+    const std::shared_ptr<std::atomic<std::size_t>> m_count =
+        std::make_shared<std::atomic<std::size_t>>(0);
 };
 
 class GrpcPort final : public ServerPort {
   public:
-    GrpcPort(PortEvents& events, FurtherPort* further, std::size_t outboxLimit)
-        : m_service(events, further, outboxLimit) {
+    GrpcPort(const PortSettings& settings, PortEvents& events, FurtherPort* further)
+        : m_settings(settings),
+          m_listener({.localSocket = settings.localSocket,
+                      .address = settings.address,
+                      .encrypted = settings.tls.has_value()}),
+          m_service(events, further, settings, m_listener) {
         PrepareLibrary();
     }
 
     ~GrpcPort() override {
+        m_listener.Stop();
         if (m_server) m_server->Shutdown(std::chrono::system_clock::now() + kGrace);
     }
 
-    bool Open(const PortSettings& settings, platform::Notice& error) {
+    bool Open(platform::Notice& error) {
         auto credentials = grpc::InsecureServerCredentials();
-        if (settings.tls) {
-            credentials = MakeCredentials(*settings.tls, error);
+        if (m_settings.tls) {
+            credentials = MakeCredentials(*m_settings.tls, error);
             if (!credentials) return false;
         }
+        if (!m_listener.Open(error)) return false;
         grpc::ServerBuilder builder;
         builder.RegisterCallbackGenericService(&m_service);
         builder.SetMaxReceiveMessageSize(kLibraryMaxBytes);
-        builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
         builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kStreamsOfAConnection);
-        builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kHandshakeMilliseconds);
+        builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, m_settings.patience);
+        builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, m_settings.patience);
         builder.AddChannelArgument(GRPC_COMPRESSION_CHANNEL_ENABLED_ALGORITHMS_BITSET, 1);
-        if (!settings.localSocket.empty()) {
-            builder.AddListeningPort(LocalSocketTarget(settings.localSocket),
-                                     grpc::InsecureServerCredentials());
-        }
-        if (!settings.address.empty()) {
-            builder.AddListeningPort("dns:///" + settings.address, credentials, &m_tcpPort);
-        }
+        m_local = AddDoor(builder, grpc::InsecureServerCredentials());
+        m_remote = AddDoor(builder, credentials);
         m_server = builder.BuildAndStart();
-        if (m_server) return true;
-        error = Fault(settings);
-        return false;
+        m_listener.Start([this](int descriptor, bool local) {
+            Door::NewConnectionParameters connection;
+            connection.fd = descriptor;
+            (local ? m_local : m_remote)->HandleNewConnection(&connection);
+        });
+        return true;
     }
 
-    int TcpPort() const override { return m_tcpPort; }
+    int TcpPort() const override { return m_listener.TcpPort(); }
+
+    std::vector<platform::Notice> Check(std::int64_t now, bool& remade) override {
+        return m_listener.Check(now, remade);
+    }
+    void OnLogin(const std::string& host) override { m_listener.OnLogin(host); }
+    std::size_t StreamCount() const override { return m_service.StreamCount(); }
 
   private:
-    // The library does not tell why; so the system is asked, and what it has nothing against is the
-    // fault of the certificate.
-    static platform::Notice Fault(const PortSettings& settings) {
-        const bool local = settings.address.empty();
-        const std::string& place = local ? settings.localSocket : settings.address;
-        const std::string why = local ? "" : ListeningFault(place);
-        if (!why.empty())
-            return {platform::Translatable("Nie można nasłuchiwać %s (%s)"), {place, why}};
-        if (local || !settings.tls)
-            return {platform::Translatable("Nie można nasłuchiwać %s"), {place}};
-        return {
-            platform::Translatable("Nie można nasłuchiwać %s (niepoprawny certyfikat albo klucz)"),
-            {place}};
+    using Door = grpc::experimental::ExternalConnectionAcceptor;
+
+    static std::unique_ptr<Door> AddDoor(grpc::ServerBuilder& builder,
+                                         std::shared_ptr<grpc::ServerCredentials> credentials) {
+        using Builder = grpc::ServerBuilder::experimental_type;
+        return builder.experimental().AddExternalConnectionAcceptor(
+            Builder::ExternalConnectionType::FROM_FD, std::move(credentials));
     }
 
-    static std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
-                                                                    platform::Notice& error) {
+    std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
+                                                             platform::Notice& error) const {
         TlsContent content;
         if (!ReadTlsFiles(files, content, error)) return nullptr;
+        if (!CanBeShown(content)) {
+            error = {platform::Translatable(
+                         "Nie można nasłuchiwać %s (niepoprawny certyfikat albo klucz)"),
+                     {m_settings.address}};
+            return nullptr;
+        }
         grpc::SslServerCredentialsOptions options(
             content.authority.empty() ? GRPC_SSL_DONT_REQUEST_CLIENT_CERTIFICATE
                                       : GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY);
@@ -215,17 +269,20 @@ class GrpcPort final : public ServerPort {
         return grpc::SslServerCredentials(options);
     }
 
+    const PortSettings m_settings;
+    Listener m_listener;
     Service m_service;
+    std::unique_ptr<Door> m_local;
+    std::unique_ptr<Door> m_remote;
     std::unique_ptr<grpc::Server> m_server;
-    int m_tcpPort = 0;
 };
 
 }  // namespace
 
 std::unique_ptr<ServerPort> OpenPort(const PortSettings& settings, PortEvents& events,
                                      FurtherPort* further, platform::Notice& error) {
-    auto port = std::make_unique<GrpcPort>(events, further, settings.outboxLimit);
-    if (!port->Open(settings, error)) return nullptr;
+    auto port = std::make_unique<GrpcPort>(settings, events, further);
+    if (!port->Open(error)) return nullptr;
     return port;
 }
 

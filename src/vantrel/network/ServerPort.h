@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/Translator.h"
 #include "vantrel/network/Endpoint.h"
@@ -19,6 +21,8 @@ struct PortSettings {
     // With an authority, clients must show a certificate that it has signed.
     std::optional<TlsFiles> tls = {};
     std::size_t outboxLimit = 0;
+    int patience = 0;                    // milliseconds that a connection may be without a call
+    std::size_t streamLimit = SIZE_MAX;  // at a time; what is beyond it is turned away
 };
 
 // The methods beside those of sorvane.proto. Called on the library's threads.
@@ -53,6 +57,12 @@ class ServerPort {
   public:
     virtual ~ServerPort() = default;
     virtual int TcpPort() const = 0;  // 0 without TCP
+
+    // See Listener.
+    virtual std::vector<platform::Notice> Check(std::int64_t now, bool& remade) = 0;
+    virtual void OnLogin(const std::string& host) = 0;
+    // Streams that somebody still holds.
+    virtual std::size_t StreamCount() const = 0;
 };
 
 // Null with the reason in `error`. The events and the further methods, which may be null, outlive

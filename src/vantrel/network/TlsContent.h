@@ -17,4 +17,7 @@ struct TlsContent {
 // False, with the reason in `error`, when a file that is named cannot be read.
 bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, platform::Notice& error);
 
+// Whether a server can show the certificate, with what stands behind it, and has its key.
+bool CanBeShown(const TlsContent& content);
+
 }  // namespace kalvex::vantrel
