@@ -52,6 +52,8 @@ TEST_F(IniProfileTest, MissingFileGivesTheFallbacks) {
 TEST_F(IniProfileTest, BinaryFileIsNeitherReadNorWritten) {
     const std::string content("[Log]\r\nRodzaj=2\r\n\0", 18);
     Put(content);
+    struct stat before {};
+    ASSERT_EQ(::stat(m_path.c_str(), &before), 0);
     std::string error;
     EXPECT_FALSE(m_profile.IsReadable(error));
     EXPECT_EQ(error, "to plik binarny, a nie tekst");
@@ -59,6 +61,9 @@ TEST_F(IniProfileTest, BinaryFileIsNeitherReadNorWritten) {
     EXPECT_FALSE(m_profile.WriteProfileIntEx("Log", "Rodzaj", 1));
     EXPECT_EQ(m_profile.GetWriteFault(), "to plik binarny, a nie tekst");
     EXPECT_EQ(Content(), content);
+    struct stat after {};
+    ASSERT_EQ(::stat(m_path.c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
 }
 
 TEST_F(IniProfileTest, EmptyValueIsNoFallback) {
