@@ -165,7 +165,9 @@ TEST_P(OptionsWrongUsageTest, IsOneLine) {
 const UsageCase kUsages[] = {
     {"Nothing", {}, "kalvex-run: no script is named\n"},
     {"NoScript", {"--json"}, "kalvex-run: no script is named\n"},
-    {"UnknownOption", {"--jsn", "a.kx"}, "kalvex-run: unknown option --jsn, did you mean --json?\n"},
+    {"UnknownOption",
+     {"--jsn", "a.kx"},
+     "kalvex-run: unknown option --jsn, did you mean --json?\n"},
     {"ShortOption", {"a.kx", "-v"}, "kalvex-run: unknown option -v\n"},
     {"Abbreviation", {"a.kx", "--min"}, "kalvex-run: unknown option --min\n"},
     {"ClockWithoutTime", {"a.kx", "--clock"}, "kalvex-run: --clock needs a value\n"},
