@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/LogGap.h"
 #include "text/CodePage.h"
-#include "text/TextFormat.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex::app {
@@ -14,16 +14,11 @@ std::string FormatLogLine(const LogMessage& message) {
     return line + message.text;
 }
 
-std::string GapText(std::uint64_t lost, const platform::Translator& translator) {
-    return text::FormatText(translator.Translate("Pominięte wiersze rejestru: %s"),
-                            {std::to_string(lost)});
-}
-
 void CLog::AddMessage(std::string_view text, std::int64_t time, int level) {
     if (m_messages.size() == kLines) m_messages.pop_front();
     const LogMessage& message = m_messages.emplace_back(LogMessage{time, level, std::string(text)});
     if (m_lost > 0) {
-        const std::string gap = GapText(m_lost, m_translator);
+        const std::string gap = platform::GapText(m_lost, m_translator);
         if (WriteLine({m_clock.Now(), platform::LogAlways, gap})) m_lost = 0;
     }
     if (m_lost > 0 || !WriteLine(message)) {

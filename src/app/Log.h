@@ -79,9 +79,6 @@ class CLog {
     LogListener* m_listener = nullptr;
 };
 
-// What is said in the place of lines that are lost.
-std::string GapText(std::uint64_t lost, const platform::Translator& translator);
-
 // The line as it is shown.
 std::string FormatLogLine(const LogMessage& message);
 

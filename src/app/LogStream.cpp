@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "platform/LogGap.h"
 #include "text/CodePage.h"
 
 namespace kalvex::app {
@@ -29,7 +30,7 @@ LogStreamForm FormOf(int descriptor) {
 LogStream::LogStream(int descriptor, LogStreamForm form, const platform::Clock& clock,
                      const platform::Translator& translator)
     : m_form(form), m_writer(descriptor, [this, &clock, &translator](std::uint64_t lost) {
-          return LineOf({clock.Now(), platform::LogAlways, GapText(lost, translator)});
+          return LineOf({clock.Now(), platform::LogAlways, platform::GapText(lost, translator)});
       }) {}
 
 std::string LogStream::LineOf(const LogMessage& message) const {

@@ -10,6 +10,7 @@
 #include "platform/Files.h"
 #include "platform/ForeignText.h"
 #include "platform/LogFile.h"
+#include "platform/LogGap.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
 
@@ -169,7 +170,8 @@ class NameReplacement::Journal {
     std::uint64_t GetLost() const { return m_lost; }
 
     void Write(const platform::Notice& notice) {
-        if (m_lost > 0 && m_file.Write(text::ToUtf8(GapText(m_lost, m_parts.translator)))) {
+        if (m_lost > 0 &&
+            m_file.Write(text::ToUtf8(platform::GapText(m_lost, m_parts.translator)))) {
             m_lost = 0;
         }
         const bool written =
@@ -220,7 +222,7 @@ void NameReplacement::Run() {
     RenameBelow(*folder, journal);
     journal.Write({});
     if (journal.GetLost() > 0) {
-        m_parts.window.ShowMessage(GapText(journal.GetLost(), m_parts.translator));
+        m_parts.window.ShowMessage(platform::GapText(journal.GetLost(), m_parts.translator));
     }
     Tell({kDone});
 }

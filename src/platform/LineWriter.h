@@ -13,7 +13,9 @@ namespace kalvex::platform {
 
 class LineWriter {
   public:
-    static constexpr std::size_t kLines = 10000;  // that wait at most
+    // That wait at most, whichever comes first.
+    static constexpr std::size_t kLines = 10000;
+    static constexpr std::size_t kBytes = 8 << 20;
 
     // The line that stands where so many are missing, without its end; called on the writer's
     // thread.

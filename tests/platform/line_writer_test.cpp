@@ -3,14 +3,18 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
+#include <semaphore>
 #include <string>
 #include <vector>
 
 #include "platform/posix/Descriptor.h"
+#include "support/scratch_folder.h"
 
 namespace kalvex::platform {
 namespace {
@@ -41,11 +45,13 @@ class LineWriterTest : public testing::Test {
 
     // So many lines; an empty list when the writer has gone before.
     std::vector<std::string> Read(std::size_t count) {
-        while (static_cast<std::size_t>(std::ranges::count(m_text, '\n')) < count) {
-            char buffer[4096];
+        for (auto ends = std::ranges::count(m_text, '\n');
+             static_cast<std::size_t>(ends) < count;) {
+            char buffer[65536];
             const ssize_t read = ::read(m_reader.Get(), buffer, sizeof buffer);
             if (read <= 0) return {};
             m_text.append(buffer, static_cast<std::size_t>(read));
+            ends += std::count(buffer, buffer + read, '\n');
         }
         std::vector<std::string> lines;
         while (lines.size() < count) {
@@ -102,6 +108,63 @@ TEST_F(LineWriterTest, PipeThatStandsStillHoldsUpNobodyAndTheGapIsToldInItsPlace
     EXPECT_LE(lost, 8u);
     writer.Write("po przerwie");
     EXPECT_THAT(Read(1), ElementsAre("po przerwie"));
+}
+
+TEST_F(LineWriterTest, LongLinesThatWaitAreBoundedByTheirLength) {
+    FillPipe();
+    LineWriter writer(m_writer.Get(), Gap);
+    constexpr std::size_t kWritten = 4;
+    const std::string half(LineWriter::kBytes / 2, 'z');
+    for (std::size_t i = 0; i < kWritten; ++i) writer.Write(half);
+    // Lines of this length would take long through a small pipe.
+    ASSERT_GT(::fcntl(m_writer.Get(), F_SETPIPE_SZ, 1 << 20), 0);
+    ASSERT_EQ(Read(1)[0].size(), Room() - 1);
+    // The writer may have taken a line by then, so one or two have no place.
+    std::size_t kept = 0;
+    std::size_t lost = 0;
+    while (kept + lost < kWritten) {
+        const std::string line = Read(1).at(0);
+        if (line == half) {
+            ++kept;
+            continue;
+        }
+        ASSERT_TRUE(line == Gap(1) || line == Gap(2)) << line.substr(0, 10);
+        lost += line == Gap(1) ? 1 : 2;
+    }
+    EXPECT_EQ(kept + lost, kWritten);
+    EXPECT_GE(lost, 1u);
+    EXPECT_LE(lost, 2u);
+}
+
+// The name of a pipe, whose readers come and go.
+TEST_F(LineWriterTest, ReaderThatGoesIsNoEndAndTheNextHearsWhatIsMissing) {
+    const support::ScratchFolder folder;
+    const std::string path = folder.Path("rura");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const auto open = [&path](int flags) { return Descriptor(::open(path.c_str(), flags)); };
+    const auto kept = std::signal(SIGPIPE, SIG_IGN);
+    m_reader = open(O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const Descriptor pipe = open(O_WRONLY | O_CLOEXEC);
+    std::counting_semaphore<> tries(0);
+    LineWriter writer(pipe.Get(), [&tries](std::uint64_t lost) {
+        tries.release();
+        return Gap(lost);
+    });
+    m_reader = Descriptor(-1);
+    writer.Write("a");
+    writer.Write("b");
+    tries.acquire();
+    m_reader = open(O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_EQ(::fcntl(m_reader.Get(), F_SETFL, 0), 0);
+    writer.Write("c");
+    const std::string gap = Read(1).at(0);
+    if (gap == Gap(1)) {
+        EXPECT_THAT(Read(2), ElementsAre("b", "c"));
+    } else {
+        EXPECT_EQ(gap, Gap(2));
+        EXPECT_THAT(Read(1), ElementsAre("c"));
+    }
+    std::signal(SIGPIPE, kept);
 }
 
 TEST_F(LineWriterTest, EndDoesNotWaitForAPipeThatStandsStill) {

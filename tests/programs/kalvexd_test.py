@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """The service as a process: its start, its end, its files, its signals."""
+import fcntl
 import os
 import re
+import resource
 import signal
 import subprocess
 import unittest
@@ -181,6 +183,42 @@ class Kalvexd(ServiceTest):
                              f"Nie można zapisać pliku {self.folder}/Kalvex.ini ({LOCKED}): [Log] Rodzaj")
             self.assertEqual(self.line_of(service), STOPPED)
             self.assertEqual(service.wait(60), 0)
+
+    def test_error_output_that_nobody_reads_holds_up_nothing(self):
+        (self.folder / "Kalvex.log").mkdir()
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        filling = b"x" * fcntl.fcntl(writer, fcntl.F_SETPIPE_SZ, 4096)
+        os.write(writer, filling)
+        service = subprocess.Popen([PROGRAM, "--working-dir", self.folder, "--log-stdout"], stdout=subprocess.PIPE,
+                                   stderr=writer, encoding="utf-8", env=self.environment)
+        os.close(writer)
+        for cleanup in (service.stdout.close, service.wait, service.kill):
+            self.addCleanup(cleanup)
+        log = f"Nie można zapisać pliku rejestru {self.folder}/Kalvex.log (Is a directory)"
+        self.assertEqual(self.lines_of(service, 4), self.idle_start(log))
+        service.send_signal(signal.SIGTERM)
+        self.assertEqual(self.line_of(service), STOPPED)
+        self.assertEqual(service.wait(60), 0)
+        self.assertEqual(os.read(reader, 8192), filling)
+
+    def test_file_of_the_log_that_may_not_grow_ends_nothing(self):
+        service = self.start()
+        self.assertEqual(self.lines_of(service, 3), self.idle_start())
+        log = self.folder / "Kalvex.log"
+        whole = log.read_bytes()
+        hard = resource.prlimit(service.pid, resource.RLIMIT_FSIZE)[1]
+        resource.prlimit(service.pid, resource.RLIMIT_FSIZE, (len(whole) + 25, hard))
+        service.send_signal(signal.SIGUSR1)
+        told = [self.line_of(service)]
+        while not told[-1].startswith("Stan modułu, pominięte wiersze rejestru: "):
+            told.append(self.line_of(service))
+            self.assertNotEqual(told[-1], "", "the service has ended")
+        resource.prlimit(service.pid, resource.RLIMIT_FSIZE, (hard, hard))
+        service.send_signal(signal.SIGHUP)
+        self.expect_end(service)
+        lines = self.file_lines("Kalvex.log")
+        self.assertEqual(lines, [*self.idle_start(), told[0][:4], f"Pominięte wiersze rejestru: {len(told)}", STOPPED])
 
     def test_levels_are_for_the_journal_alone(self):
         self.environment["JOURNAL_STREAM"] = "1:1"

@@ -34,9 +34,10 @@ class LineWriter::Work {
     void Put(std::string line) {
         const std::lock_guard lock(m_mutex);
         if (m_finishing) return;
-        if (m_entries.size() == kLines) {
+        if (m_entries.size() == kLines || line.size() > kBytes - m_bytes) {
             ++m_lost;
         } else {
+            m_bytes += line.size();
             m_entries.push_back({std::exchange(m_lost, 0), std::move(line)});
         }
         m_changed.notify_all();
@@ -81,6 +82,7 @@ class LineWriter::Work {
         }
         entry = std::move(m_entries.front());
         m_entries.pop_front();
+        m_bytes -= entry.line->size();
         return true;
     }
 
@@ -123,6 +125,7 @@ class LineWriter::Work {
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Entry> m_entries;
+    std::size_t m_bytes = 0;   // of their lines
     std::uint64_t m_lost = 0;  // behind the last entry
     bool m_finishing = false;
     bool m_abandoned = false;

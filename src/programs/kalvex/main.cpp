@@ -60,6 +60,7 @@ int main(int argc, char** argv) {
     tzset();
     ::umask(0027);
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     std::error_code fault;
     const std::string current = std::filesystem::current_path(fault).string();
     kalvex::desk::DeskLine line = kalvex::desk::ParseDeskLine({argv + 1, argv + argc}, current);

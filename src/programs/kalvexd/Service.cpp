@@ -1,5 +1,7 @@
 #include "programs/kalvexd/Service.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -7,6 +9,7 @@
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
+#include "platform/LogGap.h"
 #include "platform/posix/AccountName.h"
 #include "platform/posix/HostName.h"
 #include "text/CodePage.h"
@@ -17,6 +20,7 @@ namespace kalvex::kalvexd {
 
 namespace {
 
+const std::string kName = "kalvexd: ";
 constexpr std::int64_t kStatusPeriod = 5000;  // milliseconds
 // Three signs in the time that each of them gains.
 constexpr std::int64_t kSignPeriod = 10000;  // milliseconds
@@ -94,7 +98,17 @@ void KalvexService::TellLogFault() {
     const std::string& fault = m_app.GetLogFault();
     if (fault == m_logFault) return;
     m_logFault = fault;
-    if (!fault.empty()) std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(fault).c_str());
+    if (!fault.empty()) Tell(fault);
+}
+
+// The module goes on, whether anybody reads this or not.
+void KalvexService::Tell(const std::string& text) {
+    if (!m_errors) {
+        m_errors.emplace(STDERR_FILENO, [this](std::uint64_t lost) {
+            return kName + text::ToUtf8(platform::GapText(lost, m_translator));
+        });
+    }
+    m_errors->Write(kName + text::ToUtf8(text));
 }
 
 bool KalvexService::OfferFigures(std::string& fault) {
@@ -139,12 +153,12 @@ void KalvexService::ReportToManager() {
     }
 }
 
-int KalvexService::End(int status, const std::string& text) const {
+int KalvexService::End(int status, const std::string& text) {
     if (text.empty()) return status;
     if (status == EXIT_SUCCESS) {
         std::fputs(text::ToUtf8(text).c_str(), stdout);
     } else {
-        std::fprintf(stderr, "kalvexd: %s\n", text::ToUtf8(text).c_str());
+        Tell(text);
     }
     return status;
 }

@@ -12,6 +12,7 @@
 #include "platform/HttpEndpoint.h"
 #include "platform/IniProfile.h"
 #include "platform/LifeSigns.h"
+#include "platform/LineWriter.h"
 #include "platform/ServiceManager.h"
 #include "platform/SteadyTime.h"
 #include "platform/UserSession.h"
@@ -46,7 +47,8 @@ class KalvexService {
     void LogHealth();
     // On standard error, each once, when the file of the log cannot be written.
     void TellLogFault();
-    int End(int status, const std::string& text) const;
+    void Tell(const std::string& text);  // an engine text, on standard error
+    int End(int status, const std::string& text);
 
     const std::string m_metrics;  // the address of the endpoint; empty: none
     platform::ServiceManager m_manager;
@@ -65,6 +67,7 @@ class KalvexService {
     programs::ConsoleDoor m_consoleDoor;
     platform::UserSession m_users;
     std::optional<app::LogStream> m_stream;
+    std::optional<platform::LineWriter> m_errors;
     app::Health m_health{platform::SteadyMicroseconds()};
     app::CKalvexApp m_app;
     std::unique_ptr<platform::HttpEndpoint> m_endpoint;

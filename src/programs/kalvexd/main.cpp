@@ -44,8 +44,10 @@ int main(int argc, char** argv) {
     tzset();
     // What the service writes is for its account and its group.
     ::umask(0027);
-    // Whoever reads the log on standard output may go away.
+    // Whoever reads the log on standard output may go away, and a file may be as long as the system
+    // lets it be.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     std::error_code fault;
     const std::string current = std::filesystem::current_path(fault).string();
     const kalvex::kalvexd::KalvexdLine line =

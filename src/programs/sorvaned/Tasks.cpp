@@ -1,5 +1,7 @@
 #include "programs/sorvaned/Tasks.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -11,10 +13,10 @@
 #include "platform/posix/SystemClock.h"
 #include "programs/PasswordPrompt.h"
 #include "programs/sorvaned/Listening.h"
+#include "programs/sorvaned/ServerLog.h"
 #include "server/Backup.h"
 #include "server/Server.h"
 #include "text/CodePage.h"
-#include "value/LocalTimeText.h"
 
 namespace kalvex::sorvaned {
 
@@ -23,39 +25,25 @@ namespace {
 constexpr std::int64_t kTick = 100;  // ms
 constexpr std::int64_t kCheck = 1000;
 
-class ErrorOutputLog final : public platform::LogSink {
-  public:
-    ErrorOutputLog(const platform::Clock& clock, int level) : m_clock(clock), m_level(level) {}
-
-    void Log(std::string_view text, int level) override {
-        if (level > m_level) return;
-        std::cerr << value::FormatLocalTime(m_clock.Now()) << ' ' << text::ToUtf8(text)
-                  << std::endl;
-    }
-
-  private:
-    const platform::Clock& m_clock;
-    int m_level;
-};
-
 int Fail(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) std::cerr << line << '\n';
     return programs::ExitFailed;
 }
 
-int Fail(const std::string& engineText) {
-    return Fail(std::vector<std::string>{text::ToUtf8(engineText)});
-}
-
 // What the users' file has told.
 int FailWithUsers(const std::string& error, const platform::Translator& translator) {
-    return Fail(translator.Translate(text::ToUtf8(error).c_str()));
+    return Fail({text::ToUtf8(translator.Translate(text::ToUtf8(error).c_str()))});
+}
+
+int Fail(const std::vector<std::string>& lines, ServerLog& log) {
+    log.Tell(lines);
+    return programs::ExitFailed;
 }
 
 int Serve(const SorvanedOptions& options, const platform::Translator& translator) {
     const platform::SystemClock clock;
     platform::PosixMainLoop loop;
-    ErrorOutputLog log(clock, options.logLevel);
+    ServerLog log(STDERR_FILENO, options.logLevel, clock, translator);
     server::Server server(clock, log, translator, loop);
     // Before the server makes its threads, which inherit what is blocked here.
     loop.OnSignal(SIGHUP, [&server] { server.Reload(); });
@@ -63,12 +51,12 @@ int Serve(const SorvanedOptions& options, const platform::Translator& translator
     loop.OnSignal(SIGINT, [&loop] { loop.Quit(); });
     platform::ServiceManager manager;
     std::vector<std::string> errors;
-    if (!server.Start(options.configuration, errors)) return Fail(errors);
+    if (!server.Start(options.configuration, errors)) return Fail(errors, log);
     std::unique_ptr<vantrel::NetworkServer> network;
     std::string error;
     if (!OpenToClients(server, loop, log, translator, network, error)) {
         server.Stop();
-        return Fail(error);
+        return Fail({text::ToUtf8(error)}, log);
     }
     loop.Every(kTick, [&server] { server.Tick(); });
     if (network) loop.Every(kCheck, [&network] { network->Check(); });
@@ -132,7 +120,7 @@ int BackUp(const server::Definitions& definitions, const SorvanedOptions& option
            const platform::Translator& translator) {
     platform::Notice fault;
     if (server::MakeBackup(definitions, options.backup, fault)) return programs::ExitDone;
-    return Fail(std::vector{platform::InWords(fault, translator)});
+    return Fail({platform::InWords(fault, translator)});
 }
 
 struct UserTask {
