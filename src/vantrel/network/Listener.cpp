@@ -206,11 +206,12 @@ bool Listener::RefuseOne(int socket) {
         m_reserve = MakeReserve();
         return false;
     }
-    const std::string from = CallerAt(client, address);
+    {
+        const std::lock_guard lock(m_mutex);
+        Note(Event::Lack, CallerAt(client, address));
+    }
     client = Descriptor(-1);
     m_reserve = MakeReserve();
-    const std::lock_guard lock(m_mutex);
-    Note(Event::Lack, from);
     return true;
 }
 
