@@ -1,6 +1,7 @@
 #include "app/KalvexLog.h"
 
 #include "app/Configuration.h"
+#include "text/ControlText.h"
 
 namespace kalvex::app {
 
@@ -25,7 +26,7 @@ void CKalvexLog::BecomeConsoleClient() {
 }
 
 std::string CKalvexLog::Prefixed(std::string_view text) const {
-    return (m_consoleClient ? "RC: " : "") + std::string(text);
+    return (m_consoleClient ? "RC: " : "") + text::EscapeControls(text);
 }
 
 void CKalvexLog::Log(std::string_view text, int level) {
@@ -44,7 +45,7 @@ void CKalvexLog::LogAlways(std::string_view text) {
 void CKalvexLog::LogFromModule(std::string_view text, std::int64_t time, int level) {
     if (!m_consoleClient || m_outlets == nullptr) return;
     AddMessage(text, time, level);
-    m_outlets->ShowStatusLine(text);
+    m_outlets->ShowStatusLine(text::EscapeControls(text));
 }
 
 std::string CKalvexLog::GetLevelWord() const {

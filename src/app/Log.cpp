@@ -4,6 +4,7 @@
 
 #include "platform/LogGap.h"
 #include "text/CodePage.h"
+#include "text/ControlText.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex::app {
@@ -16,7 +17,8 @@ std::string FormatLogLine(const LogMessage& message) {
 
 void CLog::AddMessage(std::string_view text, std::int64_t time, int level) {
     if (m_messages.size() == kLines) m_messages.pop_front();
-    const LogMessage& message = m_messages.emplace_back(LogMessage{time, level, std::string(text)});
+    const LogMessage& message =
+        m_messages.emplace_back(LogMessage{time, level, text::EscapeControls(text)});
     if (m_lost > 0) {
         const std::string gap = platform::GapText(m_lost, m_translator);
         if (WriteLine({m_clock.Now(), platform::LogAlways, gap})) m_lost = 0;

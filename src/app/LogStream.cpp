@@ -35,13 +35,11 @@ LogStream::LogStream(int descriptor, LogStreamForm form, const platform::Clock& 
 
 std::string LogStream::LineOf(const LogMessage& message) const {
     const int highest = static_cast<int>(std::size(kPriorities)) - 1;
-    std::string line =
+    const std::string line =
         m_form == LogStreamForm::Stamped
             ? FormatLogLine(message)
             : fmt::format("<{}>{}", kPriorities[std::clamp(message.level, 0, highest)],
                           message.text);
-    std::ranges::replace_if(
-        line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
     return text::ToUtf8(line);
 }
 

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "text/CodePage.h"
+#include "text/ControlText.h"
 #include "value/LocalTime.h"
 
 namespace kalvex::audit {
@@ -144,7 +145,8 @@ std::string AuditLine(const AuditEntry& entry) {
         const std::optional<std::string>& text = entry.record.*row.field;
         line[row.key] = text ? Json(Shown(*text)) : Json();
     }
-    return line.dump() + '\n';
+    // The library leaves 0x7f and C1 as they are, which a terminal that shows the file obeys.
+    return text::EscapeUtf8Controls(line.dump(), ' ', "\\u00") + '\n';
 }
 
 std::optional<AuditEntry> ParseAuditLine(std::string_view line) {

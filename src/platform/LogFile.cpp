@@ -4,20 +4,16 @@
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/RegularFile.h"
+#include "text/ControlText.h"
 
 namespace kalvex::platform {
 
 namespace {
-
-bool IsControl(char c) {
-    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-}
 
 // Whether the file can be opened now; a part of a line at its end, which a full disk leaves, is
 // ended. The library would wait on a file that does not open.
@@ -82,9 +78,7 @@ bool CLogFile::Write(std::string_view line) {
     if (m_path.empty()) return true;
     const std::int64_t now = m_clock.Now();
     if (now == m_failed) return false;
-    std::string text(line);
-    const auto isBlank = [this](char c) { return IsControl(c) && !(m_keepsTabs && c == '\t'); };
-    std::ranges::replace_if(text, isBlank, ' ');
+    const std::string text = text::EscapeUtf8Controls(line, m_keepsTabs ? '\t' : ' ');
     bool written = false;
     try {
         written = Open();

@@ -29,7 +29,7 @@ class CLogFile {
     // From now on tabs are no control characters.
     void KeepTabs() { m_keepsTabs = true; }
 
-    // One line, without its end, in UTF-8; control characters in it become blanks. False when the
+    // One line, without its end, in UTF-8; control characters in it are escaped. False when the
     // line is lost, because the disk is full or the like; then a second passes before the file is
     // tried again. True as well where lines go nowhere.
     bool Write(std::string_view line);

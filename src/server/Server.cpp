@@ -7,6 +7,7 @@
 #include "server/ClientText.h"
 #include "server/Session.h"
 #include "text/CodePage.h"
+#include "text/ControlText.h"
 #include "text/TextFormat.h"
 #include "value/LocalTimeText.h"
 
@@ -220,7 +221,7 @@ std::vector<vantrel::VariableDefinition> Server::DefinitionsFor(const platform::
 
 void Server::Log(const std::string& text, int level) {
     m_log.Log(text, level);
-    m_lastMessages.push_back({level, m_clock.Now(), text});
+    m_lastMessages.push_back({level, m_clock.Now(), text::EscapeControls(text)});
     if (m_lastMessages.size() > kLogLines) m_lastMessages.pop_front();
     for (const auto& [number, session] : m_sessions) {
         session->SendLog(m_lastMessages.back());

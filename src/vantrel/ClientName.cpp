@@ -1,16 +1,12 @@
 #include "vantrel/ClientName.h"
 
-#include <algorithm>
-
-#include "text/Characters.h"
+#include "text/ControlText.h"
 
 namespace kalvex::vantrel {
 
 std::string Printable(std::string_view name) {
     constexpr std::size_t kLongestName = 255;
-    std::string text(name.substr(0, kLongestName));
-    std::replace_if(text.begin(), text.end(), text::IsControl, '?');
-    return text;
+    return text::EscapeControls(name.substr(0, kLongestName));
 }
 
 }  // namespace kalvex::vantrel

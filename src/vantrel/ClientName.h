@@ -6,7 +6,7 @@
 
 namespace kalvex::vantrel {
 
-// The name, cut to 255 characters; bytes that would break a log line are "?".
+// The name, cut to 255 characters, with its control characters escaped.
 std::string Printable(std::string_view name);
 
 }  // namespace kalvex::vantrel

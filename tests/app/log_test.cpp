@@ -157,6 +157,27 @@ TEST_F(LogTest, LevelOfAConsoleClientIsAskedForWithoutAWord) {
     EXPECT_THAT(m_outlets.levels, ElementsAre(2));
 }
 
+TEST_F(LogTest, ControlCharactersAreEscapedWhereverALineGoes) {
+    const platform::Descriptor file(
+        ::open(m_folder.Path("wyjscie").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    const std::string shown = "a\\nb\\t\\x1b[2J\\x7f\\x90";
+    {
+        LogStream stream(file.Get(), LogStreamForm::Priority, m_clock, m_translator);
+        m_module.SetListener(&stream);
+        m_module.SetLogFile(m_folder.Path("Kalvex"), 10000000);
+        m_module.Log("a\nb\t\x1b[2J\x7f\x90", 1);
+        m_module.SetListener(nullptr);
+    }
+    EXPECT_THAT(Lines(m_module), ElementsAre("2024-03-10 07:00:00  " + shown));
+    EXPECT_THAT(m_outlets.forwarded, ElementsAre(shown + "/1710050400/1"));
+    EXPECT_EQ(m_outlets.status, shown);
+    EXPECT_EQ(m_folder.Get("Kalvex.log"), "2024-03-10 07:00:00  " + shown + "\n");
+    EXPECT_EQ(m_folder.Get("wyjscie"), "<3>" + shown + "\n");
+    m_client.LogFromModule("\r", kNow, 3);
+    EXPECT_THAT(Lines(m_client), ElementsAre("2024-03-10 07:00:00  \\r"));
+    EXPECT_EQ(m_outlets.status, "\\r");
+}
+
 TEST_F(LogTest, OldestLinesGoWhenThereAreTooMany) {
     for (std::size_t i = 0; i < CLog::kLines + 2; ++i) m_module.Log(std::to_string(i), 0);
     EXPECT_EQ(m_module.GetCount(), CLog::kLines);
@@ -270,11 +291,11 @@ TEST_F(LogTest, GapIsToldBeforeTheLinesBehindItWheneverTheDiskHasRoomAgain) {
 
 TEST_F(LogTest, StreamHasThePriorityOfTheLevel) {
     EXPECT_EQ(Streamed(LogStreamForm::Priority, {{kNow, 0, "a"},
-                                                 {kNow, 1, text::FromUtf8("ż\nb")},
+                                                 {kNow, 1, text::FromUtf8("ż")},
                                                  {kNow, 2, "c"},
                                                  {kNow, 3, "d"},
                                                  {kNow, 9, "e"}}),
-              "<5>a\n<3>ż b\n<6>c\n<7>d\n<7>e\n");
+              "<5>a\n<3>ż\n<6>c\n<7>d\n<7>e\n");
 }
 
 TEST_F(LogTest, StreamForAPersonHasTheStamp) {

@@ -115,6 +115,14 @@ TEST_F(AuditRecordTest, LineIsOneLineWhateverTheTextsAre) {
     EXPECT_EQ(ParseAuditLine(line), entry);
 }
 
+TEST_F(AuditRecordTest, LineHasNoControlCharacterButItsEnd) {
+    const AuditEntry entry{kNow, {.action = AuditAction::Open, .client = "\n\x1b\x7f\x90"}};
+    const std::string line = AuditLine(entry);
+    EXPECT_EQ(line.substr(line.find("\"client\"")),
+              "\"client\":\"\\n\\u001b\\u007f\\u0090\",\"name\":null,\"old\":null,\"new\":null}\n");
+    EXPECT_EQ(ParseAuditLine(line), entry);
+}
+
 TEST_F(AuditRecordTest, LongTextsAreCut) {
     const std::string longest(kLongestAuditText, '\x01');
     const std::string longer = longest + '\x01';

@@ -47,10 +47,10 @@ TEST_F(LogFileTest, PartOfALineAtTheEndIsEnded) {
     EXPECT_EQ(m_folder.Get("Kalvex.log"), "daw\nnowy\n");
 }
 
-TEST_F(LogFileTest, ControlCharactersBecomeBlanks) {
+TEST_F(LogFileTest, ControlCharactersAreEscaped) {
     m_file.SetFile(Path(), kPlenty);
-    EXPECT_TRUE(m_file.Write("a\r\nb\tc\x1B[1m\x7F"));
-    EXPECT_EQ(m_folder.Get("Kalvex.log"), "a  b c [1m \n");
+    EXPECT_TRUE(m_file.Write("a\r\nb\tc\x1B[1m\x7F\xC2\x9B"));
+    EXPECT_EQ(m_folder.Get("Kalvex.log"), "a\\r\\nb\\tc\\x1b[1m\\x7f\\x9b\n");
 }
 
 TEST_F(LogFileTest, TabsAreKeptWhereTheyAreWanted) {
@@ -58,7 +58,7 @@ TEST_F(LogFileTest, TabsAreKeptWhereTheyAreWanted) {
     m_file.SetFile(Path(), kPlenty);
     EXPECT_TRUE(m_file.Write("\ta\tb\nc"));
     EXPECT_TRUE(m_file.Write(""));
-    EXPECT_EQ(m_folder.Get("Kalvex.log"), "\ta\tb c\n\n");
+    EXPECT_EQ(m_folder.Get("Kalvex.log"), "\ta\tb\\nc\n\n");
 }
 
 TEST_F(LogFileTest, WithoutAPathOrALimitLinesGoNowhere) {

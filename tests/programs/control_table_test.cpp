@@ -22,6 +22,9 @@ TEST(ControlTableTest, ProgramsGetTabs) {
 
 TEST(ControlTableTest, NothingInAFieldSpoilsTheLine) {
     EXPECT_EQ(kalvexctl::PipeLine({Cell{"a\tb\nc\033[31m"}, Cell{"d"}}), "a b c [31m\td");
+    EXPECT_EQ(kalvexctl::PipeLine({Cell{"a\xC2\x9B"
+                                        "2J"}}),
+              "a\\x9b2J");
 }
 
 TEST(ControlTableTest, ColumnsAreAlignedByCharacters) {

@@ -277,6 +277,26 @@ class Stranger(unittest.TestCase):
             message = listener.take("log_message")
         self.assertEqual(message.level, 2)
 
+    def test_control_characters_begin_no_line_and_steer_nothing(self):
+        listener = self.client("admin", "wszystko")
+        listener.subscribe(["OPIS"], flags=LOG_MESSAGES)
+        client = self.client(name="Zly\n2024-03-10 07:00:00 Rejestracja\t\x1b[2J\x7f\x90")
+        shown = r"Zly\n2024-03-10 07:00:00 Rejestracja\t\x1b[2J\x7f\x90"
+        self.plant.await_log(f"Rejestracja użytkownika NOBODY z {shown}")
+        self.await_message(listener, f"Rejestracja użytkownika NOBODY z {shown}")
+        client.say_bytes(b"rubbish")
+        self.plant.await_log(f"Błąd odbioru pakietu od klienta {shown} (to nie jest komunikat protokołu)")
+        self.plant.configure(self.NETWORK + '\n"a\\u001bb" = 1')
+        self.plant.process.send_signal(signal.SIGHUP)
+        fault = rf"{self.plant.config}:7: network.a\x1bb: nieznany klucz"
+        self.plant.await_log(fault)
+        self.await_message(listener, fault)
+        self.plant.configure(self.NETWORK)
+
+    def await_message(self, listener, text):
+        while listener.take("log_message").text != text:
+            pass
+
     def test_what_is_not_understood_ends_the_conversation(self):
         def subscription(name):
             return MESSAGES.ClientParcel(subscribe={"added_handles": [1], "added_names": [name]}).SerializeToString()

@@ -153,7 +153,7 @@ TEST_F(LoginTest, NamesDoNotBreakTheLog) {
     client.Say(request);
     while (client.messages.empty()) m_loop.WaitAndRun();
     EXPECT_THAT(m_log.Take(),
-                ElementsAre("1 Próba rejestracji użytkownika c??d z a?b - brak uprawnień"));
+                ElementsAre("1 Próba rejestracji użytkownika c\\r\\nd z a\\nb - brak uprawnień"));
 }
 
 // ---- the list of variables

@@ -59,7 +59,7 @@ TEST_F(SessionRefusalsTest, NameThatWouldBreakALineIsMended) {
     Modify(client, value::KindCurrent, "A\n2024", 0, value::CVal(1));
     EXPECT_THAT(
         m_log.Take(),
-        ElementsAre("1 " + m_adam + "zapis CURDATA, zmienna A?2024 (nie ma takiej zmiennej)"));
+        ElementsAre("1 " + m_adam + "zapis CURDATA, zmienna A\\n2024 (nie ma takiej zmiennej)"));
 }
 
 TEST_F(SessionRefusalsTest, RefusedListIsLoggedWithTheFirstValueThatIsBad) {

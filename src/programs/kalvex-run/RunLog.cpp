@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "text/CodePage.h"
+#include "text/ControlText.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex::run {
@@ -14,8 +15,8 @@ void RunLog::Log(std::string_view text, int level) {
         m_entries.push_back({now, level, text::ToUtf8(text)});
         return;
     }
-    const std::string line =
-        fmt::format("{} {}\n", value::FormatLocalTime(now), text::ToUtf8(text));
+    const std::string line = fmt::format("{} {}\n", value::FormatLocalTime(now),
+                                         text::ToUtf8(text::EscapeControls(text)));
     std::fwrite(line.data(), 1, line.size(), m_out);
     std::fflush(m_out);
 }

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "text/Characters.h"
+#include "text/ControlText.h"
 
 namespace kalvex::kalvexctl {
 
@@ -77,7 +78,7 @@ std::string ScreenLine(const std::vector<Cell>& cells, const std::vector<std::si
 std::string Printable(std::string_view text) {
     std::string printable(text);
     std::ranges::replace_if(printable, text::IsControl, ' ');
-    return printable;
+    return text::EscapeUtf8Controls(printable);
 }
 
 std::string PipeLine(const std::vector<Cell>& cells) {

@@ -2,6 +2,7 @@
 
 #include "platform/LogGap.h"
 #include "text/CodePage.h"
+#include "text/ControlText.h"
 #include "value/LocalTimeText.h"
 
 namespace kalvex::sorvaned {
@@ -9,7 +10,7 @@ namespace kalvex::sorvaned {
 namespace {
 
 std::string LineOf(std::string_view text, const platform::Clock& clock) {
-    return value::FormatLocalTime(clock.Now()) + ' ' + text::ToUtf8(text);
+    return value::FormatLocalTime(clock.Now()) + ' ' + text::ToUtf8(text::EscapeControls(text));
 }
 
 }  // namespace
