@@ -11,6 +11,7 @@
 #include "operands/VariableName.h"
 #include "text/LineScanner.h"
 #include "text/PatternMatch.h"
+#include "value/Bounds.h"
 #include "value/ValueText.h"
 
 namespace kalvex::engine {
@@ -281,8 +282,9 @@ LineOutcome ExecuteCreateVarList(StatementCall& call) {
         if (kind == operands::VariablePointer || kind == operands::VariableList) continue;
         const std::string& candidate = variable->GetName();
         if (text::CompareWithPattern(candidate, text, text::PatternOption::VariableNames)) {
-            static_cast<operands::CVariableList*>(list)->Add(
-                value::CVal(std::string_view(candidate)));
+            auto& names = static_cast<operands::CVariableList&>(*list);
+            value::CheckListRoom(names.Elements().size(), 1);
+            names.Add(value::CVal(std::string_view(candidate)));
         }
     }
     return LineOutcome::Finished;

@@ -41,6 +41,7 @@ void CKalvexDoc::CountKept(int tries) const {
     const auto count = static_cast<std::uint64_t>(tries);
     counts->lines += count;
     if (promise.error == operands::ErrorWaiting) counts->waits += count;
+    if (m_bErrorStanding) counts->errors += count;
 }
 
 // A keyword function may do more than read, or read more than variables.

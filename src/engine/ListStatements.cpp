@@ -6,6 +6,7 @@
 #include "operands/Expression.h"
 #include "operands/VariableName.h"
 #include "text/LineScanner.h"
+#include "value/Bounds.h"
 #include "value/ValueText.h"
 
 namespace kalvex::engine {
@@ -68,6 +69,17 @@ struct InsertForm final : StatementForm {
     Argument element;
 };
 
+template <class Take>
+void ForEachPiece(std::string_view text, std::string_view separators, Take take) {
+    std::size_t end = 0;
+    for (;;) {
+        const std::size_t start = text.find_first_not_of(separators, end);
+        if (start == std::string_view::npos) return;
+        end = text.find_first_of(separators, start);
+        take(text.substr(start, end - start));
+    }
+}
+
 }  // namespace
 
 LineOutcome ExecuteMoveFirst(CKalvexDoc& document, LineForm& line) {
@@ -102,6 +114,7 @@ LineOutcome ExecuteAdd(CKalvexDoc& document, LineForm& line) {
     if (list == nullptr || !form.argument.ReadElement(document, *list, element)) {
         return LineOutcome::Failed;
     }
+    value::CheckListRoom(list->Elements().size(), 1);
     list->Add(element);
     return LineOutcome::Finished;
 }
@@ -151,13 +164,15 @@ LineOutcome ExecuteSplit(StatementCall& call) {
     value::CVal value;
     const bool readable = source->GetValue(value, value::KindCurrent, 0) == operands::ReadValue;
     const std::string text = readable ? value::ValueToText(value) : std::string();
-    std::size_t end = 0;
-    for (;;) {
-        const std::size_t start = text.find_first_not_of(separators, end);
-        if (start == std::string::npos) return LineOutcome::Finished;
-        end = text.find_first_of(separators, start);
-        list->Add(value::CVal(std::string_view(text).substr(start, end - start)));
+    // There are no more than every other byte, so a text of usual size need not be gone through.
+    if ((text.size() + 1) / 2 > value::kMostElements - list->Elements().size()) {
+        std::size_t count = 0;
+        ForEachPiece(text, separators, [&count](std::string_view) { ++count; });
+        value::CheckListRoom(list->Elements().size(), count);
     }
+    ForEachPiece(text, separators,
+                 [list](std::string_view piece) { list->Add(value::CVal(piece)); });
+    return LineOutcome::Finished;
 }
 
 }  // namespace kalvex::engine

@@ -129,10 +129,10 @@ RewrittenLines* CKalvexDoc::FindLinesOf(const std::vector<CCallArg>& arguments) 
 // Frames that have ended serve again, with the room that their texts have.
 CCallFrame& CKalvexDoc::PushFrame(const std::vector<CCallArg>& arguments) {
     if (m_endedFrames.empty()) m_endedFrames.emplace_back();
-    m_lstCallStack.splice(m_lstCallStack.end(), m_endedFrames, m_endedFrames.begin());
-    CCallFrame& frame = m_lstCallStack.back();
+    CCallFrame& frame = m_endedFrames.front();
     frame.nReturnLine = m_nCurrentLine;
     frame.arrArgs = arguments;
+    m_lstCallStack.splice(m_lstCallStack.end(), m_endedFrames, m_endedFrames.begin());
     return frame;
 }
 

@@ -1,10 +1,13 @@
 // The run cycle: due steps, the frame of a line, errors and their reports.
+#include <new>
+
 #include "engine/ErrorReport.h"
 #include "engine/Procedures.h"
 #include "engine/ScriptDocument.h"
 #include "operands/Keywords.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
+#include "value/Bounds.h"
 
 namespace kalvex::engine {
 
@@ -21,6 +24,36 @@ constexpr int kExtraStepsMinimised = 10;
 int CounterAfter(int counter, int priority, int steps) {
     if (steps <= counter) return counter - steps;
     return priority - 1 - (steps - counter - 1) % priority;
+}
+
+// Tries that would have failed as the last one did.
+void CountFailures(LineStanding& standing, int tries, const operands::ErrorSlot& error,
+                   const platform::Clock& clock) {
+    for (int i = 0; i < tries; ++i) standing.OnLine(LineOutcome::Failed, error, clock);
+}
+
+// What a line asks for and cannot have, memory or a text or list beyond its bound, fails the line
+// and nothing else. To ask again may cost as much as to get it, so that is done once a second:
+// nothing of the script changes meanwhile.
+LineOutcome FailBeyond(CKalvexDoc& document, const char* polish) {
+    document.SetError(operands::ErrorExpression, document.Services().translator.Translate(polish),
+                      true);
+    const std::int64_t now = document.Services().clock.Now();
+    document.Promise({.from = now, .until = now + 1, .data = document.DataCount()});
+    return LineOutcome::Failed;
+}
+
+template <class Run>
+LineOutcome RunBounded(CKalvexDoc& document, Run run) {
+    try {
+        return run();
+    } catch (const value::TextTooLong&) {
+        return FailBeyond(document, platform::Translatable("tekst dłuższy niż 64 MiB"));
+    } catch (const value::ListTooLong&) {
+        return FailBeyond(document, platform::Translatable("lista dłuższa niż 10000000 elementów"));
+    } catch (const std::bad_alloc&) {
+        return FailBeyond(document, platform::Translatable("brak pamięci"));
+    }
 }
 
 }  // namespace
@@ -64,9 +97,12 @@ bool CKalvexDoc::ExecuteTick(TickMoment& moment) {
     bool errorStanding = false;
     for (int left = all; left > 0;) {
         // Whoever looks at the line has seen it after the first step.
-        const bool unseen = promise.shows && left == all;
-        if (!unseen && PassSteps(left, moment)) return errorStanding || m_bErrorStanding;
-        if (const int run = RunKeptLines(left); run > 0) {
+        const bool unseen = promise.standing && promise.shows && left == all;
+        if (!unseen && PassSteps(left, moment)) {
+            CountFailures(standing, m_bErrorStanding ? left : 0, LastError(), Services().clock);
+            return errorStanding || m_bErrorStanding;
+        }
+        if (const int run = unseen ? 0 : RunKeptLines(left); run > 0) {
             left -= run;
             moment.Forget();
             errorStanding |= m_bErrorStanding;
@@ -95,7 +131,7 @@ int CKalvexDoc::RunKeptLines(int most) {
         if (kept == nullptr) break;
         EndPromise();
         ClearError();
-        outcome = RunStatement(*kept);
+        outcome = RunBounded(*this, [this, kept] { return RunStatement(*kept); });
         if (outcome != LineOutcome::Finished) break;
         ++finished;
         standing.OnFinish();
@@ -156,6 +192,7 @@ void CKalvexDoc::Resume() {
 void CKalvexDoc::RunFreely(TickMoment& moment) {
     if (KeepsPromise(moment)) {
         CountKept(1);
+        CountFailures(standing, m_bErrorStanding ? 1 : 0, LastError(), Services().clock);
         if (!promise.shows) return;
     } else {
         EndPromise();
@@ -252,7 +289,8 @@ bool CKalvexDoc::ExecuteLine() {
 bool CKalvexDoc::RunLine() {
     ClearError();
     LineForm* const kept = FindKept();
-    return EndLine(kept != nullptr ? RunStatement(*kept) : RunNewLine());
+    return EndLine(RunBounded(
+        *this, [this, kept] { return kept != nullptr ? RunStatement(*kept) : RunNewLine(); }));
 }
 
 bool CKalvexDoc::EndLine(LineOutcome outcome) {

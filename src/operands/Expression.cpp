@@ -6,6 +6,7 @@
 #include "operands/Keywords.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
+#include "value/Bounds.h"
 
 namespace kalvex::operands {
 
@@ -90,6 +91,7 @@ bool Expression::EvaluateCall(ScriptContext& script, value::CVal& out, int wante
                       m_call->rest, m_text,          wanted,
                       out,          m_call->form,    {}};
     const FunctionResult result = m_call->function->handler(call);
+    if (out.IsText()) value::CheckTextSize(out.Text().size());
     if (result != FunctionResult::Continues) return result == FunctionResult::Done;
     if (!script.Services().keepForms) return EvaluateOnce(script, call.formula, out);
     return FormulaOf(std::move(call.formula)).Evaluate(script, out);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "operands/FunctionFamilies.h"
 #include "operands/Keywords.h"
@@ -10,6 +11,7 @@
 #include "operands/StatusArgument.h"
 #include "operands/TimeText.h"
 #include "text/LineScanner.h"
+#include "value/Bounds.h"
 #include "value/LocalTime.h"
 
 namespace kalvex::operands {
@@ -106,6 +108,14 @@ constexpr FillStep kFillSteps[] = {
     {"MREP", value::GetFirstLocalMonthTime, value::GetNextLocalMonthTime},
 };
 
+std::size_t CountSteps(const FillStep& step, std::int64_t start, std::int64_t end) {
+    std::size_t count = 0;
+    for (std::int64_t time = start; time <= end && count <= value::kMostElements; ++count) {
+        time = step.next(time);
+    }
+    return count;
+}
+
 }  // namespace
 
 CalcResult CalcInList(ScriptContext& script, std::string_view text) {
@@ -157,8 +167,14 @@ bool FillInList(ScriptContext& script, std::string_view text) {
     const auto step = std::ranges::find(kFillSteps, stepToken, &FillStep::word);
     if (step == std::end(kFillSteps)) return script.FailForced(ErrorArguments, stepToken);
     value.SetStatus(status);
+    start = step->first(start);
     end = step->first(end);
-    for (std::int64_t time = step->first(start); time <= end; time = step->next(time)) {
+    // No step is shorter than an hour, and a list that stays within its bound need not be asked.
+    const std::int64_t most = (end - start) / value::kSecondsPerHour + 1;
+    if (std::cmp_greater(most, value::kMostElements - list->Elements().size())) {
+        value::CheckListRoom(list->Elements().size(), CountSteps(*step, start, end));
+    }
+    for (std::int64_t time = start; time <= end; time = step->next(time)) {
         value.SetTime(time);
         list->Add(value);
     }

@@ -8,6 +8,7 @@
 #include "operands/OperandEvaluator.h"
 #include "text/CodePage.h"
 #include "text/Trim.h"
+#include "value/Bounds.h"
 #include "value/ValueText.h"
 
 namespace kalvex::operands {
@@ -59,6 +60,7 @@ std::string_view SpanExcluding(std::string_view text, std::string_view set) {
 }
 
 std::string Append(std::string_view first, std::string_view second) {
+    value::CheckTextSize(first.size() + second.size());
     std::string joined;
     joined.reserve(first.size() + second.size());
     return joined.append(first).append(second);

@@ -4,6 +4,7 @@
 #include "operands/FunctionArguments.h"
 #include "operands/FunctionFamilies.h"
 #include "operands/OperandEvaluator.h"
+#include "value/Bounds.h"
 #include "value/ValueText.h"
 
 namespace kalvex::operands {
@@ -64,6 +65,7 @@ FunctionResult Join(FunctionCall& call) {
             } else {
                 joined += value::ValueToText(element);
             }
+            value::CheckTextSize(joined.size());
         }
     }
     list.MoveTo(static_cast<std::int32_t>(list.Elements().size()));

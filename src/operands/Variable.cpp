@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "operands/ScriptContext.h"
+#include "value/Bounds.h"
 #include "value/ValueText.h"
 
 namespace kalvex::operands {
@@ -258,6 +259,7 @@ int CVariableList::SetValue(const value::CVal& value, value::ValueKind kind) {
 
 int CVariableList::Insert(int index, const value::CVal& value) {
     if (index < 0) return 0;
+    value::CheckListRoom(m_elements.size(), 1);
     m_elements.Insert(std::min(static_cast<std::size_t>(index), m_elements.size()), value);
     return 1;
 }

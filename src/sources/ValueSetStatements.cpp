@@ -4,6 +4,7 @@
 #include "sources/InterfaceObj.h"
 #include "sources/SourceFamilies.h"
 #include "text/LineScanner.h"
+#include "value/Bounds.h"
 
 namespace kalvex::sources {
 
@@ -45,6 +46,7 @@ engine::LineOutcome CopyAnswer(engine::StatementCall& call, operands::CVariable&
     const std::int64_t from = variable.GetRequestStart();
     const std::int64_t to = variable.GetRequestEnd();
     const value::CArchiveValueList& values = variable.GetSourceRecord()->GetArchValues();
+    value::CheckListRoom(0, values.GetSize());
     list->RemoveAll();
     for (std::size_t i = 0; i < values.GetSize(); ++i) {
         const value::CVal& value = *values.Get(i);

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "text/CodePage.h"
+#include "value/Bounds.h"
 #include "value/ValueText.h"
 
 namespace kalvex::value {
@@ -166,7 +167,8 @@ void CVal::AssignText(const CVal& other) {
     } else if (IsText()) {
         m_text = other.m_text;
     } else {
-        new (&m_text) std::string(other.m_text);
+        std::string copy = other.m_text;  // a number stays whole where there is no memory for it
+        new (&m_text) std::string(std::move(copy));
     }
 }
 
@@ -260,6 +262,7 @@ void CVal::Compute(const CVal& right, Operation operation) {
 
 CVal& CVal::AddAny(const CVal& right) {
     if (IsText() && right.IsText()) {
+        CheckTextSize(m_text.size() + right.m_text.size());
         m_text += right.m_text;
         JoinStamp(right);
     } else {
@@ -326,6 +329,7 @@ double CVal::Order(const CVal& right) const {
 
 bool CVal::AppendText(std::string_view tail) {
     if (!IsText()) return false;
+    CheckTextSize(m_text.size() + tail.size());
     m_text.append(tail);
     m_head.status = 0;
     SetTime(0);

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include "engine/script_lines.h"
+#include "value/Bounds.h"
+#include "value/ValueText.h"
 
 namespace kalvex::engine {
 namespace {
@@ -253,6 +255,23 @@ TEST_F(ListStatementsSplitTest, MissingSourceAndListAreNamed) {
     EXPECT_EQ(Failure(), "2: 3 brak");
     EXPECT_FALSE(RunLines({"LOCAL s", "SPLIT s , s"}));
     EXPECT_EQ(Failure(), "2: 21 s");
+}
+
+TEST_F(ListStatementsTest, ListBeyondItsBoundTakesNothingMore) {
+    EXPECT_TRUE(RunOnList({"LOCAL slowo = \"a\"", "LOCAL kiedy = MAKE_TIME 2024 1 1"}));
+    operands::CVariableList& list = List("L");
+    const value::CVal element(1);
+    while (list.Elements().size() < value::kMostElements - 1) list.Add(element);
+    EXPECT_TRUE(RunLines({"ADD L 2"}));
+    for (const char* line : {"ADD L 3", "INSERT L 0 3", "INSERT L 5 3", "SPLIT slowo , L",
+                             "CREATE_VAR_LIST L slow*", "FILL_IN_LIST L 1 0 kiedy kiedy HREP"}) {
+        EXPECT_FALSE(RunLines({line})) << line;
+        EXPECT_EQ(Failure(), "1: 16 lista dłuższa niż 10000000 elementów") << line;
+        EXPECT_EQ(list.Elements().size(), value::kMostElements) << line;
+    }
+    EXPECT_EQ(value::ValueToInt(list.Elements().front()), 1);
+    EXPECT_EQ(value::ValueToInt(list.Elements().back()), 2);
+    EXPECT_TRUE(RunLines({"REMOVE_ALL L", "ADD L 3"}));
 }
 
 }  // namespace

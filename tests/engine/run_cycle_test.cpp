@@ -505,5 +505,54 @@ TEST_F(RunCycleTest, PartsOfADocumentAreToldAndDestroyedInTheirOrder) {
                                    "destroy notify", "destroy processes", "destroy links"));
 }
 
+// The line is tried at each step, and what that would cost is spared until the clock has moved on.
+TEST_F(RunCycleTest, LineBeyondABoundFailsOverAndOverAndHoldsNobodyUp) {
+    RunCounts counts;
+    services.counts = &counts;
+    services.sources = nullptr;
+    CKalvexDoc& grows = Run("LOCAL S = \"x\"\n:w\nSET S = S + S\nGOTO w");
+    CKalvexDoc& goesOn = Open("LOCAL N = 0\n:w\nSET N = N + 1\nGOTO w", "drugi.kx");
+    goesOn.Start();
+    Tick(20);
+    EXPECT_EQ(Error(grows), "16 tekst dłuższy niż 64 MiB");
+    EXPECT_EQ(grows.State().m_nCurrentLine, 2);
+    EXPECT_THAT(Log(), ElementsAre("main.kx : Inicjowanie skryptu ", "main.kx : Start skryptu ",
+                                   "main.kx : Linia 3 - Błąd obliczenia wyrażenia : tekst dłuższy "
+                                   "niż 64 MiB",
+                                   "drugi.kx : Inicjowanie skryptu ", "drugi.kx : Start skryptu "));
+    EXPECT_TRUE(grows.State().promise.standing);
+    const RunCounts before = counts;
+    const std::uint64_t times = grows.State().standing.GetError().times;
+    Tick(100);
+    EXPECT_EQ(counts.errors - before.errors, 1000U);
+    EXPECT_EQ(grows.State().standing.GetError().times - times, 1000U);
+    EXPECT_EQ(counts.lines - before.lines, 1002U);
+    clock.Advance(1000);
+    grows.Variables().Find("S")->SetValue(value::CVal("y"), value::KindCurrent);
+    Tick(1);
+    EXPECT_EQ(Error(grows), "0");
+}
+
+// Whoever looks on is shown each tick, and hears of no other try.
+TEST_F(RunCycleTest, LineBeyondABoundIsTriedAnewWhenTheClockHasMovedOnAndNoSooner) {
+    services.sources = nullptr;
+    ViewRecorder view;
+    CKalvexDoc& grows = Open("LOCAL S = \"x\"\n:w\nSET S = S + S\nGOTO w");
+    grows.SetView(&view);
+    grows.Start();
+    grows.SetPriority(1);
+    Tick(20);
+    EXPECT_EQ(Error(grows), "16 tekst dłuższy niż 64 MiB");
+    operands::CVariable& text = *grows.Variables().Find("S");
+    text.SetValue(value::CVal("y"), value::KindCurrent);
+    Tick(20);
+    EXPECT_EQ(Error(grows), "16 tekst dłuższy niż 64 MiB");
+    EXPECT_EQ(Value(grows, "S"), "190:y");
+    clock.Advance(1000);
+    Tick(1);
+    EXPECT_EQ(Error(grows), "0");
+    grows.SetView(nullptr);
+}
+
 }  // namespace
 }  // namespace kalvex::engine

@@ -63,6 +63,32 @@ TEST_F(FileStoreTest, RightsStayAndNewFilesHaveThoseOfTheMask) {
     EXPECT_EQ(Info("n").st_mode & 07777, 0640U);
 }
 
+TEST_F(FileStoreTest, FileBeyondTheBoundIsNeitherReadNorReplaced) {
+    folder.Put("a", "x");
+    std::filesystem::resize_file(folder.Path("a"), PosixFileStore::kMostBytes + 1);
+    std::string content;
+    EXPECT_EQ(store.Read(folder.Path("a"), content), FileOutcome::Failed);
+    EXPECT_EQ(content, "");
+    EXPECT_FALSE(Add("a", "y", "b"));
+    EXPECT_FALSE(folder.Has("b"));
+    // The one that a new file would be made of.
+    EXPECT_FALSE(Add("n", "y", "a"));
+    EXPECT_FALSE(folder.Has("n"));
+    EXPECT_EQ(Count(), 1U);
+}
+
+TEST_F(FileStoreTest, FileOfTheBoundIsReadAndGrowsNoFurther) {
+    folder.Put("a", "x");
+    std::filesystem::resize_file(folder.Path("a"), PosixFileStore::kMostBytes);
+    std::string content;
+    EXPECT_EQ(store.Read(folder.Path("a"), content), FileOutcome::Done);
+    EXPECT_EQ(content.size(), std::size_t{PosixFileStore::kMostBytes});
+    EXPECT_FALSE(Add("a", "y"));
+    EXPECT_EQ(Info("a").st_size, PosixFileStore::kMostBytes);
+    EXPECT_TRUE(Add("a", ""));
+    EXPECT_EQ(Count(), 1U);
+}
+
 TEST_F(FileStoreTest, OwnerStays) {
     if (geteuid() != 0) GTEST_SKIP() << "wants files of two users";
     folder.Put("a", "x");

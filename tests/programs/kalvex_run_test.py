@@ -8,11 +8,35 @@ import json
 import os
 import pathlib
 import re
+import resource
 import signal
 import subprocess
 import unittest
 
 from kalvex_run_process import CLOCK, RUNNER, SCRIPT_FIELDS, START, TIME_LIMIT_SECONDS, VIRTUAL, RunnerTest, at
+
+
+MEMORY = 400 << 20
+
+
+def limit_memory():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+
+
+class Memory(RunnerTest):
+    def test_line_without_memory_fails_alone(self):
+        text = " + (".join(["S"] * 60) + ")" * 59
+        self.write("a.kx", 'LOCAL S = "x"\nLOCAL T = 1\nLOCAL N = 0\nPRIORITY 1\n:w\nSET S = S + S\nSET N = N + 1\n'
+                           f"IF N < 23 GOTO w\nSET T = {text}\n")
+        self.write("b.kx", "LOCAL N = 0\n:w\nSET N = N + 1\nIF N < 5 GOTO w\n")
+        ended = subprocess.run([RUNNER, "--json", *VIRTUAL, "a.kx", "b.kx"], cwd=self.folder, env=self.environment,
+                               capture_output=True, timeout=TIME_LIMIT_SECONDS, preexec_fn=limit_memory)
+        self.assertEqual((ended.returncode, ended.stderr), (1, b""))
+        first, second = json.loads(ended.stdout)["scripts"]
+        self.assertEqual((first["errorCode"], first["errorText"]), (16, "brak pamięci"))
+        self.assertEqual(first["currentLine"], 8)
+        self.assertEqual(first["variables"][1]["slots"]["CURDATA"]["value"], 1)
+        self.assertTrue(second["finished"])
 
 
 class ExitStatus(RunnerTest):

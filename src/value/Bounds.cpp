@@ -1,0 +1,13 @@
+#include "value/Bounds.h"
+
+namespace kalvex::value {
+
+void RefuseText() {
+    throw TextTooLong();
+}
+
+void RefuseList() {
+    throw ListTooLong();
+}
+
+}  // namespace kalvex::value
