@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <optional>
 
 #include "app/ProfileCheck.h"
@@ -92,15 +93,20 @@ platform::ProfileEntries Numbered(const char* key, const std::vector<std::string
     return entries;
 }
 
-// The values of the numbered keys, up to the first that is missing; `valueOf` gives that of one.
-template <class ValueOf>
-std::vector<std::string> ListOf(std::string_view key, const ValueOf& valueOf) {
+// The values of the numbered keys, up to the first that is missing or empty. Of a key that stands
+// there twice the first one counts.
+std::vector<std::string> ListOf(std::string_view key, const platform::ProfileEntries& entries) {
+    std::map<int, std::string> byNumber;
+    for (const auto& [name, value] : entries) {
+        if (const std::optional<int> number = NumberIn(name, key))
+            byNumber.try_emplace(*number, value);
+    }
     std::vector<std::string> values;
-    for (;;) {
-        std::string value = valueOf(fmt::format("{}{}", key, values.size()));
-        if (value.empty()) return values;
+    for (auto& [number, value] : byNumber) {
+        if (static_cast<std::size_t>(number) != values.size() || value.empty()) break;
         values.push_back(std::move(value));
     }
+    return values;
 }
 
 std::string ValueAmong(const platform::ProfileEntries& entries, const std::string& name) {
@@ -155,8 +161,7 @@ void ConfigurationStore::ReadLogLevel(KalvexConfiguration& configuration) const 
 
 std::vector<std::string> ConfigurationStore::ReadList(std::string_view section,
                                                       std::string_view key) const {
-    return ListOf(
-        key, [&](const std::string& name) { return m_profile.GetProfileStringEx(section, name); });
+    return ListOf(key, m_profile.GetProfileSectionEx(section));
 }
 
 // All are opened before one is protected for the memory, so that a key that is missing shows and is
@@ -189,8 +194,7 @@ bool ConfigurationStore::EditSources(
     OpenSources(ReadList(Section::Sources, Key::Source));
     if (!m_crypt.EncryptTextWithLabel(kPasswordLabel, {})) return false;
     return m_profile.EditProfileSectionEx(Section::Sources, [&](platform::ProfileEntries& entries) {
-        std::vector<sources::CSourceDesc> sources = OpenSources(ListOf(
-            Key::Source, [&](const std::string& name) { return ValueAmong(entries, name); }));
+        std::vector<sources::CSourceDesc> sources = OpenSources(ListOf(Key::Source, entries));
         if (!change(sources)) return false;
         std::vector<std::string> lines;
         for (const sources::CSourceDesc& source : sources) lines.push_back(SealSource(source));

@@ -34,9 +34,9 @@ bool CKalvexApp::SaveScriptAs(engine::CKalvexDoc& document, std::string_view pat
         if (m_console) m_console->OnClosing(document);
         if (m_clientConsole) m_clientConsole->Console().OnClosing(document);
     }
-    document.SetFile(path);
+    m_documents->SetFile(document, path);
     const bool saved = document.Save(error);
-    if (!saved) document.SetFile(former);
+    if (!saved) m_documents->SetFile(document, former);
     if (moves && m_console && !document.GetDocKey().empty()) m_console->OnOpened(document, true);
     return saved;
 }

@@ -33,16 +33,6 @@ bool IsListed(KeyForm form) {
     return form == KeyForm::Scripts || form == KeyForm::Sources;
 }
 
-// The number behind the name of a list, as the list is read.
-std::optional<int> NumberIn(std::string_view key, std::string_view name) {
-    if (key.size() <= name.size() || !text::EqualNoCase(key.substr(0, name.size()), name))
-        return {};
-    const std::string_view digits = key.substr(name.size());
-    const auto number = text::ReadWholeNumber<int>(digits);
-    if (!number || *number < 0 || fmt::format("{}", *number) != digits) return {};
-    return number;
-}
-
 bool AreWidths(std::string_view value) {
     std::size_t count = 0;
     for (value = text::Trim(value); !value.empty(); ++count) {
@@ -229,6 +219,15 @@ class ProfileCheck {
 };
 
 }  // namespace
+
+std::optional<int> NumberIn(std::string_view key, std::string_view name) {
+    if (key.size() <= name.size() || !text::EqualNoCase(key.substr(0, name.size()), name))
+        return {};
+    const std::string_view digits = key.substr(name.size());
+    const auto number = text::ReadWholeNumber<int>(digits);
+    if (!number || *number < 0 || fmt::format("{}", *number) != digits) return {};
+    return number;
+}
 
 std::string TellEntryFault(const ProfileEntry& entry, const platform::Notice& fault,
                            const platform::Translator& translator) {

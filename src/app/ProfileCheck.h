@@ -2,8 +2,10 @@
 // read. Any thread.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/ProfileKeys.h"
@@ -18,6 +20,10 @@ struct ProfileEntry {
     std::string section;
     std::string key;
 };
+
+// The number behind the name of a list in a key of it, as the list is read: without a sign or a
+// leading zero. None for another key. Engine texts.
+std::optional<int> NumberIn(std::string_view key, std::string_view name);
 
 // A line of the log that tells what is wrong with an entry. All texts are UTF-8.
 std::string TellEntryFault(const ProfileEntry& entry, const platform::Notice& fault,

@@ -29,6 +29,7 @@ std::unique_ptr<engine::CKalvexDoc> ScriptDocuments::Make() {
 
 engine::CKalvexDoc& ScriptDocuments::Take(std::unique_ptr<engine::CKalvexDoc> document) {
     m_ticker.Add(*document);
+    m_byPath.emplace(document->GetPathName(), document.get());
     engine::CKalvexDoc& taken = *m_documents.emplace_back(std::move(document));
     if (m_listener != nullptr) m_listener->OnScriptOpened(taken);
     return taken;
@@ -36,9 +37,15 @@ engine::CKalvexDoc& ScriptDocuments::Take(std::unique_ptr<engine::CKalvexDoc> do
 
 engine::CKalvexDoc* ScriptDocuments::Find(std::string_view path) const {
     const std::string full = m_services.paths.GetFullPath(path);
-    const auto found = std::ranges::find_if(
-        m_documents, [&full](const auto& document) { return document->GetPathName() == full; });
-    return found == m_documents.end() ? nullptr : found->get();
+    const auto found = m_byPath.lower_bound(full);
+    return found == m_byPath.end() || found->first != full ? nullptr : found->second;
+}
+
+// Of two documents of one path the one that was opened first is found.
+void ScriptDocuments::SetFile(engine::CKalvexDoc& document, std::string_view path) {
+    document.SetFile(path);
+    m_byPath.clear();
+    for (const auto& open : m_documents) m_byPath.emplace(open->GetPathName(), open.get());
 }
 
 bool ScriptDocuments::IsOpen(const engine::CKalvexDoc& document) const {
@@ -49,6 +56,9 @@ bool ScriptDocuments::IsOpen(const engine::CKalvexDoc& document) const {
 void ScriptDocuments::Close(engine::CKalvexDoc& document) {
     if (m_listener != nullptr) m_listener->OnScriptClosing(document);
     m_ticker.Remove(document);
+    const auto [first, last] = m_byPath.equal_range(document.GetPathName());
+    m_byPath.erase(
+        std::find_if(first, last, [&](const auto& entry) { return entry.second == &document; }));
     const auto open =
         std::ranges::find(m_documents, &document, &std::unique_ptr<engine::CKalvexDoc>::get);
     std::unique_ptr<engine::CKalvexDoc> closed = std::move(*open);

@@ -41,6 +41,8 @@ class ScriptDocuments {
     bool IsOpen(const engine::CKalvexDoc& document) const;
     // By full or short path; null when it is not open.
     engine::CKalvexDoc* Find(std::string_view path) const;
+    // Gives an open document another file, or none for an empty path; nobody else does.
+    void SetFile(engine::CKalvexDoc& document, std::string_view path);
     // Ends the document's run and destroys it; while documents are held, when they no longer are.
     void Close(engine::CKalvexDoc& document);
     void CloseAll();
@@ -65,6 +67,7 @@ class ScriptDocuments {
     const engine::DocumentServices& m_services;
     std::map<const engine::CKalvexDoc*, workbench::DocumentModel> m_models;
     std::vector<std::unique_ptr<engine::CKalvexDoc>> m_documents;
+    std::multimap<std::string, engine::CKalvexDoc*> m_byPath;   // the open ones
     std::vector<std::unique_ptr<engine::CKalvexDoc>> m_closed;  // while they are held
     engine::TickRunner m_ticker;
     DocumentsListener* m_listener = nullptr;

@@ -40,15 +40,16 @@ ControlVariables::Variables& ControlVariables::VariablesOf(ControlKind kind) {
 
 void ControlVariables::CreateForScript(std::string_view path) {
     for (const auto& [kind, prefix] : kScriptVariables) {
-        VariablesOf(kind).push_back(
-            std::make_unique<CVarRCCtrl>(kind, std::string(prefix).append(path), m_handler));
+        VariablesOf(kind).emplace(
+            path, std::make_unique<CVarRCCtrl>(kind, std::string(prefix).append(path), m_handler));
     }
 }
 
 void ControlVariables::RemoveOfScript(std::string_view path) {
     for (const ScriptVariable& row : kScriptVariables) {
-        std::erase_if(VariablesOf(row.kind),
-                      [path](const auto& variable) { return variable->GetScript() == path; });
+        Variables& variables = VariablesOf(row.kind);
+        const auto [first, last] = variables.equal_range(path);
+        variables.erase(first, last);
     }
 }
 
@@ -57,18 +58,16 @@ CVarRCCtrl* ControlVariables::FindControlVariable(std::string_view name) {
         if (variable->GetName() == name) return variable;
     }
     for (const ScriptVariable& row : kScriptVariables) {
-        for (const auto& variable : VariablesOf(row.kind)) {
-            if (variable->GetName() == name) return variable.get();
-        }
+        if (!name.starts_with(row.prefix)) continue;
+        if (CVarRCCtrl* variable = Find(row.kind, name.substr(row.prefix.size()))) return variable;
     }
     return nullptr;
 }
 
 CVarRCCtrl* ControlVariables::Find(ControlKind kind, std::string_view path) {
-    for (const auto& variable : VariablesOf(kind)) {
-        if (variable->GetScript() == path) return variable.get();
-    }
-    return nullptr;
+    const Variables& variables = VariablesOf(kind);
+    const auto found = variables.lower_bound(path);
+    return found == variables.end() || found->first != path ? nullptr : found->second.get();
 }
 
 }  // namespace kalvex::console

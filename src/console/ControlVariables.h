@@ -4,10 +4,10 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "console/ConsoleMessages.h"
 #include "vantrel/VarVal.h"
@@ -76,7 +76,8 @@ class ControlVariables {
     CVarRCCtrl* Find(ControlKind kind, std::string_view path);
 
   private:
-    using Variables = std::vector<std::unique_ptr<CVarRCCtrl>>;
+    // By the path of the script, the oldest of a path first.
+    using Variables = std::multimap<std::string, std::unique_ptr<CVarRCCtrl>, std::less<>>;
 
     Variables& VariablesOf(ControlKind kind);
 

@@ -80,6 +80,7 @@ class FakeProfile final : public platform::Profile {
     }
     platform::ProfileEntries GetProfileSectionEx(std::string_view section,
                                                  const std::string& path) const override {
+        if (path.empty()) m_record.push_back("read " + std::string(section));
         return m_file.GetProfileSectionEx(section, path);
     }
     bool WriteProfileStringEx(std::string_view section, std::optional<std::string_view> key,

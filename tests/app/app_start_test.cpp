@@ -39,17 +39,16 @@ TEST_F(AppStartTest, ModuleStartsAndStopsInOrder) {
         m_record,
         ElementsAre("primary Kalvex", "lock Kalvex 1", "profile Kalvex.ini", "start Mordex",
                     "start Dorlin", "start Vantrel", "read Konfiguracja/Katalog główny",
-                    "read Konfiguracja/Nazwa", "read Zrodla/Zrodlo0", "read Zrodla/Zrodlo1",
-                    "read Okna/Ikona w pasku zadan", "read Okna/Częstotliwość odświeżania",
-                    "read Autostart/Procedura0", "read Autostart/Procedura1",
+                    "read Konfiguracja/Nazwa", "read Zrodla", "read Okna/Ikona w pasku zadan",
+                    "read Okna/Częstotliwość odświeżania", "read Autostart",
                     "read Okna/Szerokości kolumn",
                     "read Konfiguracja/Poziom uprawnień do konfiguracji",
                     "read Konfiguracja/Poziom uprawnień do sterowania procedurą", "read Log/Rodzaj",
                     "ticks", "timer 4 1000", "log Uruchomienie modułu Kalvex",
                     "log " + Script("a.kx") + " : Inicjowanie skryptu ",
                     "log " + Script("a.kx") + " : Start skryptu ", "log Poziom rejestracji: błędy ",
-                    "write Log/Rodzaj", "loop", "quit", "log Zatrzymanie modułu Kalvex", "no ticks",
-                    "no timer 4", "stop Vantrel", "stop Dorlin", "stop Mordex"));
+                    "read Log", "write Log/Rodzaj", "loop", "quit", "log Zatrzymanie modułu Kalvex",
+                    "no ticks", "no timer 4", "stop Vantrel", "stop Dorlin", "stop Mordex"));
 }
 
 TEST_F(AppStartTest, WindowIsTitledAndShownWithItsScriptsMinimised) {

@@ -202,6 +202,12 @@ TEST_F(ConfigurationTest, ScriptBehindAGapIsNotReadAndGoesWithTheNextWrite) {
         ElementsAre(testing::Pair("Procedura0", "a.kx"), testing::Pair("Procedura1", "b.kx")));
 }
 
+TEST_F(ConfigurationTest, ScriptsAreReadByTheirNumbersAndOfTwoTheFirst) {
+    Put("[Autostart]\r\nprocedura1=b.kx\r\nProcedura1=c.kx\r\nProcedura0=a.kx\r\n"
+        "Procedura02=d.kx\r\nProcedura+2=e.kx\r\nProcedura=f.kx\r\n");
+    EXPECT_THAT(Read().autostart, ElementsAre(m_folder.Path("a.kx"), m_folder.Path("b.kx")));
+}
+
 TEST_F(ConfigurationTest, EmptyValueEndsTheScripts) {
     Put("[Autostart]\r\nProcedura0=\r\nProcedura1=b.kx\r\n");
     EXPECT_THAT(Read().autostart, IsEmpty());

@@ -79,12 +79,26 @@ TEST_F(ScriptDocumentsTest, ScriptThatIsClosedWhileHeldIsThereUntilItIsNot) {
 TEST_F(ScriptDocumentsTest, ScriptIsGivenAFileAndLosesIt) {
     Begin();
     engine::CKalvexDoc& script = App().Documents().OpenNew();
-    script.SetFile("pod/b.kx");
+    App().Documents().SetFile(script, "pod/b.kx");
     EXPECT_EQ(script.GetPathName(), m_folder.Path("pod/b.kx"));
     EXPECT_EQ(script.GetDocKey(), "pod/b.kx");
-    script.SetFile("");
+    EXPECT_EQ(App().Documents().Find("pod/b.kx"), &script);
+    App().Documents().SetFile(script, "");
+    EXPECT_EQ(App().Documents().Find("pod/b.kx"), nullptr);
     EXPECT_EQ(script.GetPathName(), "");
     EXPECT_EQ(script.GetDocKey(), "");
+}
+
+TEST_F(ScriptDocumentsTest, OfTwoScriptsOfOnePathTheOneOpenedFirstIsFound) {
+    Begin();
+    engine::CKalvexDoc& first = App().Documents().OpenNew();
+    engine::CKalvexDoc& second = Open();
+    App().Documents().SetFile(first, "a.kx");
+    EXPECT_EQ(App().Documents().Find("a.kx"), &first);
+    App().Documents().Close(first);
+    EXPECT_EQ(App().Documents().Find("a.kx"), &second);
+    App().Documents().Close(second);
+    EXPECT_EQ(App().Documents().Find("a.kx"), nullptr);
 }
 
 }  // namespace
