@@ -36,6 +36,7 @@ constexpr const char* kRefusesWrites =
 constexpr const char* kLosing =
     platform::Translatable("Zbyt wiele danych czeka na zapis, wartości archiwalne przepadają");
 constexpr const char* kLost = platform::Translatable("Przepadło wartości %s od %s do %s");
+constexpr const char* kNoTime = platform::Translatable("zabrakło czasu");
 constexpr const char* kNotStoredAtEnd = platform::Translatable("Nie zapisano operacji %s (%s)");
 
 }  // namespace
@@ -158,7 +159,9 @@ void Server::Stop() {
     m_recorder.End(m_clock.Now(), Confirmed());
     const StoreTrouble left = m_store.Close();
     if (!left.over) {
-        Log(kNotStoredAtEnd, {std::to_string(left.operations), left.error}, platform::LogErrors);
+        const std::string reason =
+            left.error.empty() ? m_translator.Translate(kNoTime) : left.error;
+        Log(kNotStoredAtEnd, {std::to_string(left.operations), reason}, platform::LogErrors);
     }
     Log(kStopped, {m_definitions.name}, platform::LogAlways);
 }

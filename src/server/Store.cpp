@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/RoomReserve.h"
 #include "text/CodePage.h"
 
 namespace kalvex::server {
@@ -17,12 +18,19 @@ constexpr milliseconds kLongestPause{2000};
 // How long writing may fail before a read that has to see it fails too, and before the store closes
 // without it.
 constexpr milliseconds kReadPatience{3000};
-constexpr milliseconds kClosePatience{10000};
+constexpr milliseconds kClosePatience{700};
+constexpr std::int64_t kCloseTime = 700'000;  // microseconds for all that waits
+// What a start needs: the shared memory of the log and a little more.
+constexpr std::size_t kReserve = std::size_t{256} << 10;
 
 }  // namespace
 
+// The room that was kept lets a store open on a disk that has none, to be read at least.
 bool Store::Open(const std::string& path, platform::Notice& error) {
-    if (!m_writeFile.Open(path, error) || !m_readFile.Open(path, error)) return false;
+    m_reserve = path + ".reserve";
+    const auto open = [&] { return m_writeFile.Open(path, error) && m_readFile.Open(path, error); };
+    if (!open() && (!platform::ReleaseRoom(m_reserve) || !open())) return false;
+    platform::KeepRoom(m_reserve, kReserve);
     if (!m_writeFile.ReadContents(m_contents) || !m_writeFile.FailAtLocks()) {
         error = {"%s", {text::ToUtf8(m_writeFile.ErrorText())}};
         return false;
@@ -41,6 +49,7 @@ StoreTrouble Store::Close() {
     {
         const std::lock_guard lock(m_mutex);
         m_stop = true;
+        m_stopBy = m_now() + kCloseTime;
         m_reads.clear();
     }
     m_work.notify_all();
@@ -113,11 +122,13 @@ void Store::Flush() {
 }
 
 void Store::Write() {
+    bool triesAtEnd = false;
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_work.wait(lock, [this] { return m_stop || !m_queue.Empty(); });
         if (m_stop) m_queue.DropBackground();
         if (m_queue.Empty()) return;
+        if (m_stop && std::exchange(triesAtEnd, true) && m_now() > m_stopBy) return;
         const StoreBatch batch = m_queue.Next();
         m_writing = true;
         lock.unlock();
@@ -147,18 +158,20 @@ bool Store::Commit(const StoreBatch& batch, std::vector<ChangedReports>& changed
     return true;
 }
 
-bool Store::OnFailure(const std::string& error, milliseconds failedFor, milliseconds pause) {
+bool Store::OnFailure(const std::string& error, milliseconds failedFor, milliseconds& pause) {
     const std::lock_guard lock(m_mutex);
     m_error = error;
     m_stuck = failedFor >= kReadPatience;
     if (m_stuck) m_work.notify_all();
     if (!m_stop) return true;
+    if (m_failedSinceStop == milliseconds{0}) pause = kFirstPause;
     const bool triesAgain = m_failedSinceStop < kClosePatience;
     m_failedSinceStop += pause;
     return triesAgain;
 }
 
 void Store::OnRecovered() {
+    platform::KeepRoom(m_reserve, kReserve);
     const std::lock_guard lock(m_mutex);
     m_stuck = false;
     PostTrouble({true, std::exchange(m_error, {}), m_queue.Operations()});

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "platform/MainLoop.h"
+#include "platform/SteadyTime.h"
 #include "server/StoreFile.h"
 #include "server/StorePause.h"
 #include "server/StoreQueue.h"
@@ -45,6 +46,8 @@ struct StorePiece {
 struct StoreSettings {
     StoreLimits limits;
     std::shared_ptr<StorePause> pause = MakeTimedPause();
+    // Microseconds of a clock that nobody sets; any thread.
+    std::function<std::int64_t()> now = platform::SteadyMicroseconds;
 };
 
 // Writing has begun to fail, or succeeds again.
@@ -61,7 +64,7 @@ class Store {
     using TroubleHandler = std::function<void(const StoreTrouble&)>;
 
     explicit Store(platform::MainLoop& loop, const StoreSettings& settings = {})
-        : m_loop(loop), m_pause(settings.pause), m_queue(settings.limits) {}
+        : m_loop(loop), m_pause(settings.pause), m_now(settings.now), m_queue(settings.limits) {}
     ~Store() { Close(); }
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -69,11 +72,13 @@ class Store {
     // Told once when it begins and once when it is over. Set before Open.
     void OnTrouble(TroubleHandler handler) { m_onTrouble = std::move(handler); }
 
-    // Opens the file, makes it if it is not there, and starts the threads. Called once.
+    // Opens the file, makes it if it is not there, and starts the threads. Called once. Beside it
+    // lies "PATH.reserve", whose room is given up for opening a file that is there on a full disk.
     bool Open(const std::string& path, platform::Notice& error);
 
-    // Writes what is urgent and ends the threads; gives up when that fails for ten seconds. The
-    // answer has what was given up. No `done` is called any more.
+    // Writes what is urgent and ends the threads; gives up when that fails, or takes longer than,
+    // 0.7 s; one transaction is tried in any case. The answer has what was given up, without an
+    // error when only the time was short. No `done` is called any more.
     StoreTrouble Close();
 
     // The number of the variable, a new one if it has none yet. A new one is in the file before
@@ -116,7 +121,7 @@ class Store {
     bool Commit(const StoreBatch& batch, std::vector<ChangedReports>& changed);
     // Takes a failure down; whether to try again after the pause.
     bool OnFailure(const std::string& error, std::chrono::milliseconds failedFor,
-                   std::chrono::milliseconds pause);
+                   std::chrono::milliseconds& pause);
     void OnRecovered();
     void ReadPieces();
 
@@ -126,6 +131,8 @@ class Store {
 
     platform::MainLoop& m_loop;
     const std::shared_ptr<StorePause> m_pause;
+    const std::function<std::int64_t()> m_now;
+    std::string m_reserve;  // the path
     TroubleHandler m_onTrouble = [](const StoreTrouble&) {};
     // Outlives the store in what is posted. The main thread's.
     const std::shared_ptr<bool> m_open = std::make_shared<bool>(true);
@@ -143,6 +150,7 @@ class Store {
     bool m_reading = false;
     bool m_stuck = false;  // writing has failed for longer than a read waits
     bool m_stop = false;
+    std::int64_t m_stopBy = 0;  // then no second transaction begins
     std::chrono::milliseconds m_failedSinceStop{0};
     std::string m_error;  // of the last attempt that failed
 

@@ -111,6 +111,8 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
     }
     if (found > 0 && found < kSchemaVersion && !KeepOlder(path, found, error)) return false;
     if (!m_database.Execute(kSettings)) return fail();
+    // A file that has its tables is opened without writing to it.
+    if (found == kSchemaVersion && PrepareAll()) return true;
     platform::SqliteTransaction transaction(m_database);
     return (m_database.Execute(kSchema) && m_database.Execute(ReportChangeTable::Schema()) &&
             m_database.Execute(AnswerTable::Schema()) && transaction.Commit() && PrepareAll()) ||

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <thread>
 
 #include "hand_pause.h"
 #include "server/Store.h"
@@ -135,7 +137,7 @@ TEST_F(StoreFailureTest, FullDiskLosesNothing) {
     if (!support::MountSmallDisk(m_folder.Path("dysk"), 2048))
         GTEST_SKIP() << "no disk of its own for this user";
     Open("dysk/store.sqlite");
-    m_folder.Put("dysk/inny", std::string(1850 * 1024, 'x'));
+    m_folder.Put("dysk/inny", std::string(1600 * 1024, 'x'));
     for (int number = 0; number < 10; ++number) Submit(number, Archive(number * 1000, 1000));
     m_pause->Await(1);
     m_loop.Run();
@@ -150,6 +152,43 @@ TEST_F(StoreFailureTest, FullDiskLosesNothing) {
     EXPECT_EQ(Count("history"), 10000);
     EXPECT_EQ(m_troubles.size(), 2u);
     m_store->Close();
+    m_other.Close();
+    umount2(m_folder.Path("dysk").c_str(), MNT_DETACH);
+}
+
+TEST_F(StoreFailureTest, StoreOpensOnAFullDiskAndWritesWhenThereIsRoom) {
+    m_folder.MakeFolder("dysk");
+    if (!support::MountSmallDisk(m_folder.Path("dysk"), 2048))
+        GTEST_SKIP() << "no disk of its own for this user";
+    Open("dysk/store.sqlite");
+    Submit(1, Archive(0, 1000));
+    Finish();
+    m_store->Close();
+    m_other.Close();
+    m_store.reset();
+    std::ofstream filler(m_folder.Path("dysk/inny"));
+    while (filler << std::string(1024, 'x') << std::flush) {
+    }
+    filler.close();
+    Open("dysk/store.sqlite");
+    std::size_t read = 0;
+    m_store->Read({m_x, value::KindArchive, 0, 2000, 2000},
+                  [&](StorePiece piece) { read = piece.values.size(); });
+    Finish();
+    EXPECT_EQ(read, 1000u);
+    EXPECT_FALSE(std::filesystem::exists(m_path + ".reserve"));
+    Submit(2, Archive(1000, 15000));
+    m_pause->Await(1);
+    m_loop.Run();
+    EXPECT_THAT(m_troubles, ElementsAre("database or disk is full"));
+
+    std::filesystem::remove(m_folder.Path("dysk/inny"));
+    m_pause->Free();
+    Finish();
+    EXPECT_THAT(m_written, ElementsAre(1, 2));
+    EXPECT_EQ(Count("history"), 16000);
+    EXPECT_EQ(std::filesystem::file_size(m_path + ".reserve"), 256u << 10);
+    m_store.reset();
     m_other.Close();
     umount2(m_folder.Path("dysk").c_str(), MNT_DETACH);
 }
@@ -339,6 +378,41 @@ TEST_F(StoreFailureTest, ClosingGivesUpAndTellsHowMuch) {
     EXPECT_EQ(left.operations, 7u);
     Execute("COMMIT");
     EXPECT_EQ(Count("history"), 0);
+}
+
+TEST_F(StoreFailureTest, ClosingBeginsTheShortPausesAnew) {
+    Open();
+    Execute("BEGIN IMMEDIATE");
+    Submit(1, Archive(0, 3));
+    m_pause->Allow(5);
+    m_pause->Await(6);
+    // Closing cuts the one that lasts.
+    std::thread later([this] {
+        m_pause->Await(7);
+        m_pause->Allow(3);
+    });
+    m_store->Close();
+    later.join();
+    Execute("COMMIT");
+    EXPECT_THAT(m_pause->Await(9), ElementsAre(100, 200, 400, 800, 1600, 2000, 100, 200, 400));
+}
+
+// What is under way is written, and a transaction more; what waits behind them is told.
+TEST_F(StoreFailureTest, ClosingBeginsNothingWhenItsTimeIsOver) {
+    std::int64_t now = 0;
+    m_settings.now = [&now] { return now += 1'000'000; };
+    Open();
+    Execute("BEGIN IMMEDIATE");
+    Submit(1, Archive(0, 3));
+    m_pause->Await(1);
+    Submit(2, Archive(3, 15000));
+    Submit(3, Archive(15003, 15000));
+    Execute("COMMIT");
+    const StoreTrouble left = m_store->Close();
+    EXPECT_FALSE(left.over);
+    EXPECT_EQ(left.error, "");
+    EXPECT_EQ(left.operations, 15000u);
+    EXPECT_EQ(Count("history"), 15003);
 }
 
 TEST_F(StoreFailureTest, ClosingWritesWhenItWorksAgain) {
