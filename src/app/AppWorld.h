@@ -91,6 +91,8 @@ struct AppWorld {
     bool canMirror = false;                          // it can be a console of another module
     bool service = false;                 // run by the system, with no session of its own
     engine::RunCounts* counts = nullptr;  // where scripts count; none where nobody counts
+    // Microseconds of the clock that ticks go by; none where time stands still in a tick.
+    std::function<std::int64_t()> tickClock = {};
 
     // In the system's encoding; the folders are absolute paths.
     std::vector<std::string> arguments = {};  // without the program's name

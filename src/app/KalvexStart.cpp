@@ -22,6 +22,7 @@ constexpr int kFirstInstance = 1;
 constexpr int kCloseLevel = 1;
 constexpr int kLoginLevel = 1;
 constexpr std::size_t kLogBytes = 10000000;
+constexpr std::int64_t kTickBudget = 500;  // microseconds: half of the time between two ticks
 constexpr unsigned int kUsualRefreshPeriod = 1000;  // milliseconds
 
 }  // namespace
@@ -216,6 +217,7 @@ bool CKalvexApp::MakeDocuments() {
     m_services->crypt = &m_world.crypt;
     m_services->counts = m_world.counts;
     m_documents = std::make_unique<ScriptDocuments>(*m_services);
+    if (m_world.tickClock) m_documents->Ticker().SetBudget(m_world.tickClock, kTickBudget);
     m_documents->SetListener(m_world.window);
     return true;
 }

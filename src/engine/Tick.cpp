@@ -15,8 +15,26 @@ constexpr std::size_t kApart = 4;
 }  // namespace
 
 void TickRunner::Remove(CKalvexDoc& document) {
-    std::erase_if(m_scripts,
-                  [&document](const TickedScript& script) { return script.document == &document; });
+    const auto removed = std::ranges::find(m_scripts, &document, &TickedScript::document);
+    if (removed == m_scripts.end()) return;
+    const auto index = static_cast<std::size_t>(removed - m_scripts.begin());
+    if (index < m_firstTurn) --m_firstTurn;
+    m_scripts.erase(removed);
+}
+
+// A script that has not come to a line yet, or has promised that there is nothing to run, costs
+// next to nothing and rests in no tick.
+bool TickRunner::IsLeftOut(std::size_t index, Turns& turns) const {
+    const RunState& state = m_scripts[index].document->State();
+    const bool rests = !state.m_bRunning || state.promise.standing || !state.standing.GetOutcome();
+    if (rests) return false;
+    if (index < m_firstTurn || turns.next != 0) return true;
+    if (turns.hadOne && m_clock() > turns.until) {
+        turns.next = index;
+        return true;
+    }
+    turns.hadOne = true;
+    return false;
 }
 
 // Where a script has a line to run, those behind it often have one too, and what a line needs lies
@@ -52,6 +70,7 @@ void TickRunner::RunTick() {
     m_inTick = true;
     bool errorStanding = false;
     TickMoment moment;
+    Turns turns{.until = m_clock ? m_clock() + m_budget : 0};
     const std::size_t count = m_scripts.size();
     for (std::size_t i = 0; i < count; ++i) {
         if (i + kAhead < count) m_scripts[i + kAhead].document->Prefetch();
@@ -63,9 +82,13 @@ void TickRunner::RunTick() {
                 continue;
             }
             if (!state.promise.standing) FetchLines(i);
+        } else if (m_clock && IsLeftOut(i, turns)) {
+            errorStanding |= state.m_bErrorStanding;
+            continue;
         }
         errorStanding |= Execute(i, moment);
     }
+    m_firstTurn = turns.next;
     m_bErrorStanding = errorStanding;
     m_inTick = false;
 }

@@ -58,6 +58,7 @@ app::AppWorld KalvexDesk::MakeWorld(const programs::ModuleOptions& options) {
     world.window = &m_window;
     world.canMirror = true;
     world.counts = &m_health.Counts();
+    world.tickClock = platform::SteadyMicroseconds;
     world.arguments = options.arguments;
     world.workingDir = options.workingDir;
     world.logFolder = options.logDir;
