@@ -89,8 +89,9 @@ struct AppWorld {
     AppConsoleDoor* consoleDoor = nullptr;           // null where no console can come
     MainWindow* window = nullptr;                    // without one the process is not interactive
     bool canMirror = false;                          // it can be a console of another module
-    bool service = false;                 // run by the system, with no session of its own
-    engine::RunCounts* counts = nullptr;  // where scripts count; none where nobody counts
+    bool service = false;                    // run by the system, with no session of its own
+    engine::LineWatch* lineWatch = nullptr;  // where a slow line is told
+    engine::RunCounts* counts = nullptr;     // where scripts count; none where nobody counts
     // Microseconds of the clock that ticks go by; none where time stands still in a tick.
     std::function<std::int64_t()> tickClock = {};
 

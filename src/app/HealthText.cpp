@@ -145,6 +145,11 @@ constexpr FigureRow kFigures[] = {
      "Script lines that waited for data, each try counted.",
      {platform::Translatable("wiersze czekające na dane"), 1, 0, ""},
      [](const HealthFigures& f) { return Single(f.counts.waits); }},
+    {"kalvex_slow_lines_total",
+     "counter",
+     "Script lines that took over 100 ms.",
+     {platform::Translatable("długie wiersze"), 1, 0, ""},
+     [](const HealthFigures& f) { return Single(f.counts.slow); }},
     {"kalvex_scripts",
      "gauge",
      "Scripts by state.",
@@ -205,6 +210,8 @@ constexpr ScriptFigureRow kScriptFigures[] = {
     {"kalvex_script_line_errors_total", "counter",
      "Lines of a script that failed, each try counted.",
      [](const ScriptFigures& f) { return static_cast<double>(f.counts.errors); }},
+    {"kalvex_script_slow_lines_total", "counter", "Lines of a script that took over 100 ms.",
+     [](const ScriptFigures& f) { return static_cast<double>(f.counts.slow); }},
 };
 
 // The value of a label, UTF-8.

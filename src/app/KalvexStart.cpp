@@ -216,8 +216,10 @@ bool CKalvexApp::MakeDocuments() {
     m_services->toldFiles = &m_toldFiles;
     m_services->crypt = &m_world.crypt;
     m_services->counts = m_world.counts;
+    m_services->lineWatch = m_world.lineWatch;
     m_documents = std::make_unique<ScriptDocuments>(*m_services);
     if (m_world.tickClock) m_documents->Ticker().SetBudget(m_world.tickClock, kTickBudget);
+    m_documents->Ticker().SetLineWatch(m_world.lineWatch);
     m_documents->SetListener(m_world.window);
     return true;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "engine/ConsoleLink.h"
+#include "engine/LineWatch.h"
 #include "engine/ScriptSources.h"
 #include "engine/Statement.h"
 #include "operands/ScriptContext.h"
@@ -16,6 +17,7 @@ struct RunCounts {
     std::uint64_t lines = 0;   // run, each try of a line that stays
     std::uint64_t errors = 0;  // of them those that failed
     std::uint64_t waits = 0;   // of them those that waited for data
+    std::uint64_t slow = 0;    // of them those that a LineWatch tells
 };
 
 struct DocumentServices : operands::ValueServices {
@@ -25,6 +27,7 @@ struct DocumentServices : operands::ValueServices {
     ConsoleLink* console = nullptr;    // none without a remote console
     bool consoleClient = false;        // this process mirrors a module and never interprets
     RunCounts* counts = nullptr;       // none where nobody counts
+    LineWatch* lineWatch = nullptr;    // none without a real clock
 };
 
 }  // namespace kalvex::engine

@@ -78,6 +78,7 @@ struct alignas(64) RunState {
     int m_nMarkedLine = -1;
     std::map<std::uint16_t, CWaitFor> m_mapWaitFor;  // by line number cut to 16 bits
     std::optional<ScriptReport> report;              // the newest since the start or the reset
+    SlowLines slowLines;
 };
 
 class CKalvexDoc final : public operands::ScriptContext, private RunState {
@@ -264,6 +265,10 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     LineOutcome RunStatement(LineForm& line) {
         return m_bInProcedureSkip ? PassLine(line) : line.row->handler(*this, line);
     }
+    // At the edge of the line, which is left by no exception.
+    template <class Run>
+    LineOutcome RunAtEdge(Run run);
+    void CountSlowLine(int line, std::int64_t took);
     LineOutcome PassLine(LineForm& line);
     LineOutcome PassProcedureLine(std::string_view keyword);
     void CountLine(RunCounts& counts, bool failed) const;

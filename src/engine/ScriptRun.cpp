@@ -1,5 +1,6 @@
 // The run cycle: due steps, the frame of a line, errors and their reports.
 #include <new>
+#include <utility>
 
 #include "engine/ErrorReport.h"
 #include "engine/Procedures.h"
@@ -7,13 +8,18 @@
 #include "operands/Keywords.h"
 #include "text/CodePage.h"
 #include "text/LineScanner.h"
+#include "text/TextFormat.h"
 #include "value/Bounds.h"
 
 namespace kalvex::engine {
 
 namespace {
 
-constexpr std::int64_t kLineReportPause = 1;  // seconds
+constexpr std::int64_t kLineReportPause = 1;          // seconds
+constexpr std::int64_t kSlowLinesPause = 60'000'000;  // microseconds
+
+constexpr const char* kSlowLine =
+    platform::Translatable(" : Linia %s trwała %s ms (takich linii: %s)");
 
 constexpr int kTopPriority = 1;
 constexpr int kCacheLine = 64;  // most forms of statements take two
@@ -57,6 +63,31 @@ LineOutcome RunBounded(CKalvexDoc& document, Run run) {
 }
 
 }  // namespace
+
+template <class Run>
+LineOutcome CKalvexDoc::RunAtEdge(Run run) {
+    LineWatch* const watch = Services().lineWatch;
+    if (watch == nullptr) return RunBounded(*this, run);
+    const int line = m_nCurrentLine;
+    const LineOutcome outcome = RunBounded(*this, run);
+    const std::int64_t took = watch->Take();
+    if (took > LineWatch::kUnnoticed) [[unlikely]]
+        CountSlowLine(line, took);
+    return outcome;
+}
+
+void CKalvexDoc::CountSlowLine(int line, std::int64_t took) {
+    const DocumentServices& services = Services();
+    if (services.counts != nullptr) ++services.counts->slow;
+    ++slowLines.untold;
+    const std::int64_t now = services.lineWatch->Now();
+    if (slowLines.told != 0 && now - slowLines.told < kSlowLinesPause) return;
+    slowLines.told = now;
+    const std::string count = std::to_string(std::exchange(slowLines.untold, 0));
+    LogLine(text::FormatText(services.translator.Translate(kSlowLine),
+                             {std::to_string(line + 1), std::to_string(took / 1000), count}),
+            platform::LogErrors);
+}
 
 void CKalvexDoc::FetchLine(int step) const {
     const auto fetch = [](const void* place) { __builtin_prefetch(place); };
@@ -131,7 +162,7 @@ int CKalvexDoc::RunKeptLines(int most) {
         if (kept == nullptr) break;
         EndPromise();
         ClearError();
-        outcome = RunBounded(*this, [this, kept] { return RunStatement(*kept); });
+        outcome = RunAtEdge([this, kept] { return RunStatement(*kept); });
         if (outcome != LineOutcome::Finished) break;
         ++finished;
         standing.OnFinish();
@@ -289,8 +320,8 @@ bool CKalvexDoc::ExecuteLine() {
 bool CKalvexDoc::RunLine() {
     ClearError();
     LineForm* const kept = FindKept();
-    return EndLine(RunBounded(
-        *this, [this, kept] { return kept != nullptr ? RunStatement(*kept) : RunNewLine(); }));
+    return EndLine(
+        RunAtEdge([this, kept] { return kept != nullptr ? RunStatement(*kept) : RunNewLine(); }));
 }
 
 bool CKalvexDoc::EndLine(LineOutcome outcome) {

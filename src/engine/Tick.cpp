@@ -62,6 +62,7 @@ bool TickRunner::Execute(std::size_t index, TickMoment& moment) {
     own.lines += all->lines - before.lines;
     own.errors += all->errors - before.errors;
     own.waits += all->waits - before.waits;
+    own.slow += all->slow - before.slow;
     return errorStanding;
 }
 
@@ -70,6 +71,7 @@ void TickRunner::RunTick() {
     m_inTick = true;
     bool errorStanding = false;
     TickMoment moment;
+    if (m_lineWatch != nullptr) m_lineWatch->Begin();
     Turns turns{.until = m_clock ? m_clock() + m_budget : 0};
     const std::size_t count = m_scripts.size();
     for (std::size_t i = 0; i < count; ++i) {

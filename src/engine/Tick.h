@@ -36,6 +36,9 @@ class TickRunner {
         m_budget = microseconds;
     }
 
+    // Of all its documents; the watch is told where ticks begin.
+    void SetLineWatch(LineWatch* watch) { m_lineWatch = watch; }
+
     // How many of the next ticks will have no line to run, 100 at most. Skipping so many, or fewer,
     // leaves everything as running them does. Asked anew after whatever else acts on the documents.
     int GetIdleTicks() const;
@@ -62,6 +65,7 @@ class TickRunner {
     std::vector<TickedScript> m_scripts;
     std::function<std::int64_t()> m_clock;
     std::int64_t m_budget = 0;
+    LineWatch* m_lineWatch = nullptr;
     std::size_t m_firstTurn = 0;  // those before it have had theirs
     bool m_inTick = false;
     bool m_blocked = false;

@@ -18,7 +18,7 @@ HealthFigures SomeFigures() {
     figures.lateness99 = 0.0025;
     figures.latenessMax = 0.75;
     figures.latenessSum = 41.5;
-    figures.counts = {250'000, 12, 7};
+    figures.counts = {250'000, 12, 7, 3};
     figures.linesPerSecond = 69.44;
     figures.scripts = {1, 2, 3, 4, 5, 6};  // error, stopped, idle, finished, waiting, running
     figures.connections = {1, 2, 3, 4};    // down, opening, login, connected
@@ -34,17 +34,18 @@ TEST(HealthTextTest, LogHasALineForEachFigure) {
     }
     EXPECT_THAT(
         lines,
-        ElementsAre(
-            "Stan modułu, czas pracy: 3600 s", "Stan modułu, takty: 3595012",
-            "Stan modułu, takty na sekundę: 998.8",
-            "Stan modułu, spóźnienie taktów: 50% 0.01 ms, 99% 2.50 ms",
-            "Stan modułu, największe spóźnienie taktu: 750.00 ms",
-            "Stan modułu, wykonane wiersze: 250000", "Stan modułu, wiersze na sekundę: 69.4",
-            "Stan modułu, wiersze z błędem: 12", "Stan modułu, wiersze czekające na dane: 7",
-            "Stan modułu, skrypty: działa 6, czeka na dane 5, w błędzie 1, zatrzymane 2, "
-            "zakończone 4, nieuruchomione 3",
-            "Stan modułu, połączenia: połączone 4, logowanie 3, łączenie 2, rozłączone 1",
-            "Stan modułu, pamięć procesu: 18.4 MB", "Stan modułu, pominięte wiersze rejestru: 8"));
+        ElementsAre("Stan modułu, czas pracy: 3600 s", "Stan modułu, takty: 3595012",
+                    "Stan modułu, takty na sekundę: 998.8",
+                    "Stan modułu, spóźnienie taktów: 50% 0.01 ms, 99% 2.50 ms",
+                    "Stan modułu, największe spóźnienie taktu: 750.00 ms",
+                    "Stan modułu, wykonane wiersze: 250000",
+                    "Stan modułu, wiersze na sekundę: 69.4", "Stan modułu, wiersze z błędem: 12",
+                    "Stan modułu, wiersze czekające na dane: 7", "Stan modułu, długie wiersze: 3",
+                    "Stan modułu, skrypty: działa 6, czeka na dane 5, w błędzie 1, zatrzymane 2, "
+                    "zakończone 4, nieuruchomione 3",
+                    "Stan modułu, połączenia: połączone 4, logowanie 3, łączenie 2, rozłączone 1",
+                    "Stan modułu, pamięć procesu: 18.4 MB",
+                    "Stan modułu, pominięte wiersze rejestru: 8"));
 }
 
 TEST(HealthTextTest, StatusTellsOfScriptsAndConnections) {
@@ -91,6 +92,9 @@ kalvex_line_errors_total 12
 # HELP kalvex_line_waits_total Script lines that waited for data, each try counted.
 # TYPE kalvex_line_waits_total counter
 kalvex_line_waits_total 7
+# HELP kalvex_slow_lines_total Script lines that took over 100 ms.
+# TYPE kalvex_slow_lines_total counter
+kalvex_slow_lines_total 3
 # HELP kalvex_scripts Scripts by state.
 # TYPE kalvex_scripts gauge
 kalvex_scripts{state="running"} 6
@@ -130,10 +134,10 @@ TEST(HealthTextTest, MetricsOfScriptsBearTheirNames) {
                         .line = 2,
                         .error = 3,
                         .standing = 12,
-                        .counts = {100, 90, 4}},
+                        .counts = {100, 90, 4, 2}},
                        {.name = text::FromUtf8("kotły/b.kx"),
                         .condition = ScriptCondition::Finished,
-                        .counts = {7, 0, 0}}}),
+                        .counts = {7, 0, 0, 0}}}),
         R"(# HELP kalvex_script_state State of a script: 0 idle, 1 running, 2 waiting, 3 error, 4 stopped, 5 finished.
 # TYPE kalvex_script_state gauge
 kalvex_script_state{script="a.kx"} 3
@@ -158,6 +162,10 @@ kalvex_script_lines_total{script="kotły/b.kx"} 7
 # TYPE kalvex_script_line_errors_total counter
 kalvex_script_line_errors_total{script="a.kx"} 90
 kalvex_script_line_errors_total{script="kotły/b.kx"} 0
+# HELP kalvex_script_slow_lines_total Lines of a script that took over 100 ms.
+# TYPE kalvex_script_slow_lines_total counter
+kalvex_script_slow_lines_total{script="a.kx"} 2
+kalvex_script_slow_lines_total{script="kotły/b.kx"} 0
 )");
 }
 

@@ -62,6 +62,7 @@ app::AppWorld KalvexService::MakeWorld(const KalvexdOptions& options) {
     world.userStore = &m_userLibrary.Store();
     world.consoleDoor = &m_consoleDoor;
     world.counts = &m_health.Counts();
+    world.lineWatch = &m_lineWatch;
     world.tickClock = platform::SteadyMicroseconds;
     world.arguments = options.arguments;
     world.workingDir = options.workingDir;

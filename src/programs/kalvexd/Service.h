@@ -69,6 +69,7 @@ class KalvexService {
     std::optional<app::LogStream> m_stream;
     std::optional<platform::LineWriter> m_errors;
     app::Health m_health{platform::SteadyMicroseconds()};
+    engine::LineWatch m_lineWatch;
     app::CKalvexApp m_app;
     std::unique_ptr<platform::HttpEndpoint> m_endpoint;
     std::string m_status;    // that the manager has heard last
