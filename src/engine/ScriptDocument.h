@@ -282,6 +282,7 @@ class CKalvexDoc final : public operands::ScriptContext, private RunState {
     bool KeepsPromise(TickMoment& moment) const { return promise.standing && PromiseHolds(moment); }
     bool PromiseHolds(TickMoment& moment) const;
     bool PassSteps(int count, TickMoment& moment) const;
+    void CountFailures(int tries);
     void PromiseToWait();
     WaitingLine JudgeLine(std::string_view line) const;
     void CountKept(int tries) const;

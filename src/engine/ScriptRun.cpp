@@ -32,12 +32,6 @@ int CounterAfter(int counter, int priority, int steps) {
     return priority - 1 - (steps - counter - 1) % priority;
 }
 
-// Tries that would have failed as the last one did.
-void CountFailures(LineStanding& standing, int tries, const operands::ErrorSlot& error,
-                   const platform::Clock& clock) {
-    for (int i = 0; i < tries; ++i) standing.OnLine(LineOutcome::Failed, error, clock);
-}
-
 // What a line asks for and cannot have, memory or a text or list beyond its bound, fails the line
 // and nothing else. To ask again may cost as much as to get it, so that is done once a second:
 // nothing of the script changes meanwhile.
@@ -130,7 +124,7 @@ bool CKalvexDoc::ExecuteTick(TickMoment& moment) {
         // Whoever looks at the line has seen it after the first step.
         const bool unseen = promise.standing && promise.shows && left == all;
         if (!unseen && PassSteps(left, moment)) {
-            CountFailures(standing, m_bErrorStanding ? left : 0, LastError(), Services().clock);
+            if (m_bErrorStanding) CountFailures(left);
             return errorStanding || m_bErrorStanding;
         }
         if (const int run = unseen ? 0 : RunKeptLines(left); run > 0) {
@@ -202,6 +196,12 @@ bool CKalvexDoc::ExecuteStep(TickMoment& moment) {
     return m_bErrorStanding;
 }
 
+// Tries that would have failed as the last one did.
+void CKalvexDoc::CountFailures(int tries) {
+    for (int i = 0; i < tries; ++i)
+        standing.OnLine(LineOutcome::Failed, LastError(), Services().clock);
+}
+
 void CKalvexDoc::SkipSteps(int count) {
     m_nPaceCounter = CounterAfter(m_nPaceCounter, m_nPriority, count);
 }
@@ -223,7 +223,7 @@ void CKalvexDoc::Resume() {
 void CKalvexDoc::RunFreely(TickMoment& moment) {
     if (KeepsPromise(moment)) {
         CountKept(1);
-        CountFailures(standing, m_bErrorStanding ? 1 : 0, LastError(), Services().clock);
+        if (m_bErrorStanding) CountFailures(1);
         if (!promise.shows) return;
     } else {
         EndPromise();
