@@ -281,7 +281,7 @@ bool ConfigurationStore::WriteLogLevel(const KalvexConfiguration& configuration)
 
 std::string ConfigurationStore::WhyNoLogLevel(const std::string& profile,
                                               const platform::Translator& translator) const {
-    const std::string reason = platform::InWords({m_profile.GetWriteFault().c_str()}, translator);
+    const std::string reason = platform::InWords(m_profile.GetWriteFault(), translator);
     return text::FromUtf8(platform::InWords(
         {kNotWritten, {profile, reason, Section::Log, Key::LogLevel}}, translator));
 }

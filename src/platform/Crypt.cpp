@@ -68,7 +68,8 @@ void MakeKeyFile(const std::string& path, const Key& key) {
         return true;
     };
     std::string error;
-    if (MakePrivateFile(path, error)) EditWholeFile(path, fill, error);
+    Notice fault;
+    if (MakePrivateFile(path, error)) EditWholeFile(path, fill, fault);
 }
 
 }  // namespace

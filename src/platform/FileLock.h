@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "platform/LockPause.h"
+
 namespace kalvex::platform {
 
 class FileLock {
@@ -12,9 +14,11 @@ class FileLock {
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
 
-    // Makes the file if it is not there. False with the system's words in `error`; `taken` tells
-    // that another process has the lock.
-    bool Acquire(const std::string& path, bool& taken, std::string& error);
+    // Makes the file if it is not there; it is for its owner alone, since whoever can open it can
+    // hold the lock. What is no regular file, a link among them, is refused. False with the
+    // system's words in `error`; or, where `taken` tells that another process has the lock and kept
+    // it for as long as the pause waits, with that process, such as "sorvaned[4711]".
+    bool Acquire(const std::string& path, bool& taken, std::string& error, const LockPause& pause);
     void Release();
 
   private:

@@ -30,4 +30,12 @@ bool MoveIntoPlace(const std::string& made, const std::string& path, std::string
 // system's words in `error`.
 bool MakePrivateFile(const std::string& path, std::string& error);
 
+// Makes the folder, for its owner alone, and those above it, unless it is there; false with the
+// system's words in `error`.
+bool MakePrivateFolder(const std::string& path, std::string& error);
+
+// Takes from everybody but the owner what they may do with a file or a folder; `taken` tells that
+// there was something. One that is not there is none's. False with the system's words in `error`.
+bool CloseToOthers(const std::string& path, bool& taken, std::string& error);
+
 }  // namespace kalvex::platform

@@ -42,9 +42,9 @@ bool IniProfile::Edit(const std::string& path, const std::function<bool(IniText&
         content = std::move(changed);
         return true;
     };
-    m_writeFault.clear();
+    m_writeFault = {};
     if (!EditWholeFile(PathOr(path), edit, m_writeFault)) return false;
-    if (isBinary) m_writeFault = kBinary;
+    if (isBinary) m_writeFault = {kBinary};
     return accepted;
 }
 

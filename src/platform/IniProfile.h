@@ -35,7 +35,7 @@ class IniProfile final : public Profile {
     bool EditProfileSectionEx(std::string_view section,
                               const std::function<bool(ProfileEntries&)>& change,
                               const std::string& path = {}) override;
-    const std::string& GetWriteFault() const override { return m_writeFault; }
+    const Notice& GetWriteFault() const override { return m_writeFault; }
 
     // $SORVANE_COMMON_PROFILE, else /etc/sorvane/sorvane.ini.
     std::string GetCommonProfilePath() const override;
@@ -48,7 +48,7 @@ class IniProfile final : public Profile {
     bool Edit(const std::string& path, const std::function<bool(IniText&)>& change);
 
     std::string m_path;
-    std::string m_writeFault;
+    Notice m_writeFault;
 };
 
 }  // namespace kalvex::platform

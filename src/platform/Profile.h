@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Translator.h"
+
 namespace kalvex::platform {
 
 using ProfileEntries = std::vector<std::pair<std::string, std::string>>;
@@ -54,9 +56,8 @@ class Profile {
     virtual bool EditProfileSectionEx(std::string_view section,
                                       const std::function<bool(ProfileEntries&)>& change,
                                       const std::string& path = {}) = 0;
-    // Why the last of these could not write: the system's words or a text to translate; empty when
-    // it could, or when a text had no form.
-    virtual const std::string& GetWriteFault() const = 0;
+    // Why the last of these could not write; nothing when it could, or when a text had no form.
+    virtual const Notice& GetWriteFault() const = 0;
 
     // The profile that all modules of the machine share.
     virtual std::string GetCommonProfilePath() const = 0;

@@ -1,9 +1,9 @@
 #include "server/Server.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
+#include "platform/Files.h"
 #include "server/ClientText.h"
 #include "server/Session.h"
 #include "text/CodePage.h"
@@ -16,11 +16,18 @@ namespace kalvex::server {
 namespace {
 
 constexpr std::size_t kLogLines = 1000;
+constexpr int kLockPatience = 2;         // seconds
 constexpr std::int64_t kLoginTime = 30;  // seconds until a client has to have logged in
+
+constexpr const char* kDatabaseSuffixes[] = {"", "-wal", "-shm", "-journal"};
 
 constexpr const char* kStarted = platform::Translatable("Uruchomienie serwera %s");
 constexpr const char* kStopped = platform::Translatable("Zatrzymanie serwera %s");
-constexpr const char* kTaken = platform::Translatable("używa go już inny serwer");
+constexpr const char* kTaken = platform::Translatable("%s: używa go już inny serwer (%s)");
+constexpr const char* kClosed =
+    platform::Translatable("%s: dostęp mieli inni, teraz ma go tylko właściciel");
+constexpr const char* kOpen =
+    platform::Translatable("%s: dostęp mają inni i nie można go odebrać (%s)");
 constexpr const char* kUnchanged = platform::Translatable("Konfiguracja bez zmian");
 constexpr const char* kNextStart =
     platform::Translatable("%s: zmiana zadziała po ponownym uruchomieniu serwera");
@@ -77,15 +84,18 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
 
 bool Server::OpenFiles(std::vector<std::string>& errors) {
     const std::string& folder = m_definitions.dataFolder;
-    std::error_code failed;
-    std::filesystem::create_directories(folder, failed);
     bool taken = false;
     std::string error;
-    if (!m_lock.Acquire(folder + "/lock", taken, error)) {
-        errors.push_back(folder + ": " +
-                         (taken ? text::ToUtf8(m_translator.Translate(kTaken)) : error));
+    if (!platform::MakePrivateFolder(folder, error)) {
+        errors.push_back(folder + ": " + error);
         return false;
     }
+    if (!m_lock.Acquire(folder + "/lock", taken, error, platform::PauseFor(kLockPatience))) {
+        errors.push_back(
+            platform::InWords({taken ? kTaken : "%s: %s", {folder, error}}, m_translator));
+        return false;
+    }
+    if (!CloseFilesToOthers(errors)) return false;
     platform::Notice fault;
     if (!m_store.Open(StorePath(m_definitions), fault)) {
         errors.push_back(platform::InWords(fault, m_translator));
@@ -95,6 +105,30 @@ bool Server::OpenFiles(std::vector<std::string>& errors) {
         const std::string reason = m_translator.Translate(text::ToUtf8(error).c_str());
         errors.push_back(m_definitions.usersFile + ": " + text::ToUtf8(reason));
         return false;
+    }
+    return true;
+}
+
+// What older versions have left open, or somebody has opened since.
+bool Server::CloseFilesToOthers(std::vector<std::string>& errors) {
+    bool taken = false;
+    std::string error;
+    const auto close = [&](const std::string& path) {
+        const bool closed = platform::CloseToOthers(path, taken, error);
+        if (taken) Log(kClosed, {text::FromUtf8(path)}, platform::LogErrors);
+        return closed;
+    };
+    // One of somebody else's is theirs to close; the files in it are closed all the same.
+    if (!close(m_definitions.dataFolder)) {
+        Log(kOpen, {text::FromUtf8(m_definitions.dataFolder), text::FromUtf8(error)},
+            platform::LogErrors);
+    }
+    for (const std::string& database : {StorePath(m_definitions), m_definitions.usersFile}) {
+        for (const char* suffix : kDatabaseSuffixes) {
+            if (close(database + suffix)) continue;
+            errors.push_back(platform::InWords({kOpen, {database + suffix, error}}, m_translator));
+            return false;
+        }
     }
     return true;
 }

@@ -110,6 +110,7 @@ class Server final : public vantrel::SessionAcceptor {
     void OnTrouble(const StoreTrouble& trouble);
     void OnLoss(const ValueLoss& loss);
     bool OpenFiles(std::vector<std::string>& errors);
+    bool CloseFilesToOthers(std::vector<std::string>& errors);
     void Define();
     void StepTime();
     std::vector<vantrel::VariableDefinition> DefinitionsFor(const platform::UserRecord& user,

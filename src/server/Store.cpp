@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/Files.h"
 #include "platform/RoomReserve.h"
 #include "text/CodePage.h"
 
@@ -27,6 +28,9 @@ constexpr std::size_t kReserve = std::size_t{256} << 10;
 
 // The room that was kept lets a store open on a disk that has none, to be read at least.
 bool Store::Open(const std::string& path, platform::Notice& error) {
+    // For its owner alone, as is what SQLite puts beside it; SQLite tells what is wrong.
+    std::string ignored;
+    platform::MakePrivateFile(path, ignored);
     m_reserve = path + ".reserve";
     const auto open = [&] { return m_writeFile.Open(path, error) && m_readFile.Open(path, error); };
     if (!open() && (!platform::ReleaseRoom(m_reserve) || !open())) return false;

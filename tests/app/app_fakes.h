@@ -98,7 +98,7 @@ class FakeProfile final : public platform::Profile {
                               const std::string& path) override {
         return m_file.EditProfileSectionEx(section, change, path);
     }
-    const std::string& GetWriteFault() const override { return m_file.GetWriteFault(); }
+    const platform::Notice& GetWriteFault() const override { return m_file.GetWriteFault(); }
     std::string GetCommonProfilePath() const override { return commonPath; }
 
     std::string automaticClient;

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 #include "platform/posix/Descriptor.h"
+#include "support/marking_translator.h"
 #include "support/scratch_folder.h"
 
 namespace kalvex::platform {
@@ -29,14 +31,16 @@ class FileEditTest : public testing::Test {
 
     support::ScratchFolder m_folder;
     Descriptor m_other;
-    std::string m_error;
+    Notice m_error;
 };
 
 TEST_F(FileEditTest, LockThatStaysRefusesTheEdit) {
     int pauses = 0;
     EXPECT_FALSE(Edit([&] { return ++pauses < 3; }));
     EXPECT_EQ(pauses, 3);
-    EXPECT_EQ(m_error, "folder jest zablokowany przez inny proces");
+    EXPECT_EQ(InWords(m_error, support::MarkingTranslator(false)),
+              "folder jest zablokowany przez inny proces: platform_test[" +
+                  std::to_string(::getpid()) + "]");
     EXPECT_FALSE(m_folder.Has("a"));
 }
 

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "platform/FileEdit.h"
+#include "support/marking_translator.h"
 #include "support/scratch_folder.h"
 
 namespace kalvex::platform {
@@ -17,6 +19,14 @@ using namespace std::string_literals;
 
 class FilesTest : public testing::Test {
   protected:
+    // Why the file cannot be changed.
+    static std::string EditFault(const std::string& path) {
+        Notice fault;
+        EXPECT_FALSE(EditWholeFile(
+            path, [](std::string&) { return true; }, fault));
+        return InWords(fault, support::MarkingTranslator(false));
+    }
+
     support::ScratchFolder folder;
     std::string content = "old";
     std::string error;
@@ -52,6 +62,55 @@ TEST_F(FilesTest, PrivateFileIsItsOwnersAlone) {
     EXPECT_EQ(status.st_mode & 07777, 0640u);
 }
 
+class FilesRightsTest : public FilesTest {
+  protected:
+    mode_t Mode(const std::string& name) const {
+        struct stat status {};
+        EXPECT_EQ(stat(folder.Path(name).c_str(), &status), 0);
+        return status.st_mode & 07777;
+    }
+    void Put(const std::string& name, mode_t mode) const {
+        folder.Put(name, "x");
+        ASSERT_EQ(chmod(folder.Path(name).c_str(), mode), 0);
+    }
+
+    bool taken = false;
+};
+
+TEST_F(FilesRightsTest, PrivateFolderIsItsOwnersAlone) {
+    const mode_t mask = umask(0);
+    EXPECT_TRUE(MakePrivateFolder(folder.Path("a/b"), error));
+    umask(mask);
+    EXPECT_EQ(Mode("a/b"), 0700u);
+    ASSERT_EQ(chmod(folder.Path("a").c_str(), 0755), 0);
+    EXPECT_TRUE(MakePrivateFolder(folder.Path("a"), error));
+    EXPECT_EQ(Mode("a"), 0755u);
+    folder.Put("plik", "");
+    EXPECT_FALSE(MakePrivateFolder(folder.Path("plik/a"), error));
+    EXPECT_EQ(error, "Not a directory");
+}
+
+TEST_F(FilesRightsTest, OthersLoseWhatTheyMayDo) {
+    Put("a", 0644);
+    EXPECT_TRUE(CloseToOthers(folder.Path("a"), taken, error));
+    EXPECT_TRUE(taken);
+    EXPECT_EQ(Mode("a"), 0600u);
+    EXPECT_TRUE(CloseToOthers(folder.Path("a"), taken, error));
+    EXPECT_FALSE(taken);
+    Put("b", 0420);
+    EXPECT_TRUE(CloseToOthers(folder.Path("b"), taken, error));
+    EXPECT_TRUE(taken);
+    EXPECT_EQ(Mode("b"), 0400u);
+    EXPECT_TRUE(CloseToOthers(folder.Path("brak"), taken, error));
+    EXPECT_FALSE(taken);
+    EXPECT_FALSE(CloseToOthers(folder.Path("a/b"), taken, error));
+    EXPECT_FALSE(taken);
+    EXPECT_EQ(error, "Not a directory");
+    EXPECT_FALSE(CloseToOthers("/proc/self/status", taken, error));
+    EXPECT_FALSE(taken);
+    EXPECT_EQ(error, "Operation not permitted");
+}
+
 TEST_F(FilesTest, MissingFileDoesNotOpen) {
     EXPECT_EQ(ReadFile(folder.Path("a"), content, error), FileRead::NotOpened);
     EXPECT_EQ(content, "");
@@ -73,16 +132,12 @@ TEST_F(FilesTest, WhatIsNoRegularFileDoesNotOpenAndIsNotWaitedFor) {
         error.clear();
         EXPECT_FALSE(WriteWholeFile(path, "x", error));
         EXPECT_EQ(error, "Not a regular file") << path;
-        EXPECT_FALSE(EditWholeFile(
-            path, [](std::string&) { return true; }, error));
+        EXPECT_EQ(EditFault(path), "Not a regular file");
         EXPECT_FALSE(MakePrivateFile(path, error));
     }
     folder.Put("a", "stary");
     ASSERT_EQ(mkfifo(folder.Path("a.tmp").c_str(), 0600), 0);
-    error.clear();
-    EXPECT_FALSE(EditWholeFile(
-        folder.Path("a"), [](std::string&) { return true; }, error));
-    EXPECT_EQ(error, "Not a regular file");
+    EXPECT_EQ(EditFault(folder.Path("a")), "Not a regular file");
     EXPECT_EQ(folder.Get("a"), "stary");
 }
 

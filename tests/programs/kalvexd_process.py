@@ -11,7 +11,7 @@ import unittest
 PROGRAM = sys.argv.pop(1)
 STARTED = ["Uruchomienie modułu Kalvex", "Poziom rejestracji: błędy "]
 STOPPED = "Zatrzymanie modułu Kalvex"
-LOCKED = "folder jest zablokowany przez inny proces"
+LOCKED = f"folder jest zablokowany przez inny proces: {pathlib.Path(sys.executable).name}[{os.getpid()}]"
 
 
 class ServiceTest(unittest.TestCase):

@@ -81,7 +81,7 @@ class Sorvaned(unittest.TestCase):
         """As under its unit: the configuration in /etc/sorvane, the only folder to write in /var/lib/sorvane."""
         self.config.write_text('[server]\nname = "Stacja"\n', encoding="utf-8")
         into_place = ["mount -t tmpfs none /etc", "mkdir /etc/sorvane", 'cp "$1" /etc/sorvane/sorvaned.toml',
-                      "mount -o remount,ro /etc", "mount -t tmpfs none /var/lib", "mkdir /var/lib/sorvane"]
+                      "mount -o remount,ro /etc", "mount -t tmpfs none /var/lib", "mkdir -m 700 /var/lib/sorvane"]
         inside = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-ec"]
         mounted = subprocess.run([*inside, "; ".join(into_place), "sh", self.config], capture_output=True,
                                  encoding="utf-8", timeout=60)
@@ -218,7 +218,7 @@ class Sorvaned(unittest.TestCase):
 
     def test_folder_is_for_one_server_and_free_after_its_death(self):
         server = self.start()
-        self.assertEqual(self.run_with(), (1, "", f"{self.folder}/data: używa go już inny serwer\n"))
+        self.assertEqual(self.run_with(), (1, "", f"{self.folder}/data: używa go już inny serwer (sorvaned[{server.pid}])\n"))
         server.kill()
         server.wait(60)
         self.start()
@@ -229,7 +229,7 @@ class Sorvaned(unittest.TestCase):
         self.assertEqual(place.stat().st_mode & 0o777, 0o600)
         self.config.write_text(PLANT.replace("[server]", '[server]\ndata = "data2"'), encoding="utf-8")
         self.assertEqual(self.refusal(), ["Uruchomienie serwera Stacja", "Zatrzymanie serwera Stacja",
-                                          f"Gniazdo {place} (obsługuje je inny serwer)"])
+                                          f"Gniazdo {place} (obsługuje je inny serwer: sorvaned[{server.pid}])"])
         self.stop(server)
         self.assertFalse(place.exists())
 

@@ -1,5 +1,8 @@
 // The server through time: signals, archives, automatic reports, restarts, changes of
 // configuration.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "server_fixture.h"
 #include "value/Status.h"
 
@@ -371,7 +374,66 @@ TEST_F(ServerTest, FolderIsForOneServer) {
     Server second(m_clock, m_log, m_translator, m_loop, platform::PasswordCost::Least);
     std::vector<std::string> errors;
     EXPECT_FALSE(second.Start(m_folder.Path("plant.toml"), errors));
-    EXPECT_THAT(errors, ElementsAre(m_folder.Path("data") + ": używa go już inny serwer"));
+    EXPECT_THAT(errors, ElementsAre(m_folder.Path("data") +
+                                    ": używa go już inny serwer (server_threads_test[" +
+                                    std::to_string(::getpid()) + "])"));
+}
+
+class ServerFilesTest : public ServerTest {
+  protected:
+    mode_t Mode(const std::string& name) const {
+        struct stat info {};
+        EXPECT_EQ(::stat(m_folder.Path(name).c_str(), &info), 0) << name;
+        return info.st_mode & 07777;
+    }
+    void Open(const std::string& name, mode_t mode) const {
+        ASSERT_EQ(::chmod(m_folder.Path(name).c_str(), mode), 0) << name;
+    }
+    std::string Closed(const std::string& name) const {
+        return "1 " + m_folder.Path(name) + ": dostęp mieli inni, teraz ma go tylko właściciel";
+    }
+};
+
+TEST_F(ServerFilesTest, AreForTheirOwnerAlone) {
+    const mode_t mask = ::umask(0);
+    Start("[[variable]]\nname = \"A\"\nat = 2\nvalue = 1\n");
+    Tick();
+    ::umask(mask);
+    EXPECT_EQ(Mode("data"), 0700u);
+    for (const std::string name :
+         {"lock", "store.sqlite", "store.sqlite-wal", "store.sqlite-shm", "users.sqlite"}) {
+        EXPECT_EQ(Mode("data/" + name), 0600u) << name;
+    }
+}
+
+TEST_F(ServerFilesTest, ThatWereOpenAreClosedAndTold) {
+    Start("");
+    End();
+    m_log.Take();
+    m_folder.Put("data/store.sqlite-shm", "");
+    Open("data", 0750);
+    for (const std::string name : {"store.sqlite", "store.sqlite-shm", "users.sqlite"})
+        Open("data/" + name, 0640);
+    Server server(m_clock, m_log, m_translator, m_loop, platform::PasswordCost::Least);
+    std::vector<std::string> errors;
+    ASSERT_TRUE(server.Start(m_folder.Path("plant.toml"), errors));
+    EXPECT_THAT(
+        m_log.Take(),
+        ElementsAre(Closed("data"), Closed("data/store.sqlite"), Closed("data/store.sqlite-shm"),
+                    Closed("data/users.sqlite"), "0 Uruchomienie serwera sorvaned"));
+    EXPECT_EQ(Mode("data"), 0700u);
+    for (const std::string name : {"store.sqlite", "store.sqlite-shm", "users.sqlite"})
+        EXPECT_EQ(Mode("data/" + name), 0600u) << name;
+    server.Stop();
+}
+
+TEST_F(ServerFilesTest, ThatStayOpenKeepTheServerFromStarting) {
+    Configure("[server]\nusers = \"/proc/self/status\"\n");
+    Server server(m_clock, m_log, m_translator, m_loop, platform::PasswordCost::Least);
+    std::vector<std::string> errors;
+    EXPECT_FALSE(server.Start(m_folder.Path("plant.toml"), errors));
+    EXPECT_THAT(errors, ElementsAre("/proc/self/status: dostęp mają inni i nie można go odebrać "
+                                    "(Operation not permitted)"));
 }
 
 TEST_F(ServerTest, StartTellsWhatFails) {

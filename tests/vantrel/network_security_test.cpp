@@ -347,7 +347,9 @@ TEST_F(NetworkSecurityTest, LocalSocketIsOpenToTheGroupThatIsNamed) {
 TEST_F(NetworkSecurityTest, SecondServerDoesNotStealTheSocket) {
     server = world.Listen(settings, acceptor);
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
-    EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (obsługuje je inny serwer)");
+    EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") +
+                               " (obsługuje je inny serwer: vantrel_network_test[" +
+                               std::to_string(::getpid()) + "])");
     NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
     std::uint32_t reason = 0;
     const auto transport = client.Connect("srv", events, reason);

@@ -1,42 +1,33 @@
 #include "platform/FileEdit.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 #include <optional>
 #include <string_view>
 
 #include "platform/Files.h"
-#include "platform/Translator.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Flock.h"
 #include "platform/posix/RegularFile.h"
 
 namespace kalvex::platform {
 
 namespace {
 
-constexpr int kLockTries = 500;
-constexpr timespec kBetweenTries{0, 10'000'000};
-
-bool Fail(std::string& error) {
-    error = FileFault(errno);
+bool Fail(Notice& error) {
+    error = {"%s", {FileFault(errno)}};
     return false;
 }
 
-bool Lock(int folder, const LockPause& pause, std::string& error) {
-    while (::flock(folder, LOCK_EX | LOCK_NB) != 0) {
-        if (errno == EINTR) continue;
-        if (errno != EWOULDBLOCK) return Fail(error);
-        if (pause()) continue;
-        error = kFolderLocked;
-        return false;
-    }
-    return true;
+bool Lock(int folder, const LockPause& pause, Notice& error) {
+    if (LockAlone(folder, pause)) return true;
+    if (errno != EWOULDBLOCK) return Fail(error);
+    error = {kFolderLocked, {LockHolder(folder)}};
+    return false;
 }
 
 bool WriteCopy(const std::string& path, const std::optional<struct stat>& replaced,
@@ -47,17 +38,10 @@ bool WriteCopy(const std::string& path, const std::optional<struct stat>& replac
 
 }  // namespace
 
-const char* const kFolderLocked = Translatable("folder jest zablokowany przez inny proces");
-
-LockPause UsualLockPause() {
-    return [left = kLockTries]() mutable {
-        ::nanosleep(&kBetweenTries, nullptr);
-        return left-- > 0;
-    };
-}
+const char* const kFolderLocked = Translatable("folder jest zablokowany przez inny proces: %s");
 
 bool EditWholeFile(const std::string& path, const std::function<bool(std::string& content)>& edit,
-                   std::string& error, const LockPause& pause) {
+                   Notice& error, const LockPause& pause) {
     std::string file = path;
     if (!FollowLinks(file)) return Fail(error);
     const std::string folderPath = FolderOf(file);
@@ -73,7 +57,11 @@ bool EditWholeFile(const std::string& path, const std::function<bool(std::string
         return Fail(error);
     }
     std::string content;
-    if (replaced && !ReadWholeFile(file, content, error)) return false;
+    std::string words;
+    if (replaced && !ReadWholeFile(file, content, words)) {
+        error = {"%s", {words}};
+        return false;
+    }
     if (!edit(content)) return true;
 
     const std::string copy = file + ".tmp";

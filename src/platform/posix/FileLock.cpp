@@ -1,21 +1,40 @@
 #include "platform/FileLock.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+
+#include "platform/posix/Flock.h"
+#include "platform/posix/RegularFile.h"
 
 namespace kalvex::platform {
 
-bool FileLock::Acquire(const std::string& path, bool& taken, std::string& error) {
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+
+// The file of somebody else keeps its rights: they are theirs to give.
+void CloseToOthers(int fd) {
+    [[maybe_unused]] const int kept = ::fchmod(fd, kOwnerOnly);
+}
+
+}  // namespace
+
+bool FileLock::Acquire(const std::string& path, bool& taken, std::string& error,
+                       const LockPause& pause) {
     Release();
     taken = false;
-    m_fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (m_fd >= 0 && ::flock(m_fd, LOCK_EX | LOCK_NB) == 0) return true;
-    taken = m_fd >= 0 && errno == EWOULDBLOCK;
-    error = std::strerror(errno);
+    m_fd = OpenRegularFile(path, O_RDWR | O_CREAT | O_NOFOLLOW, kOwnerOnly);
+    if (m_fd < 0) {
+        error = FileFault(errno == ELOOP ? ENXIO : errno);
+        return false;
+    }
+    CloseToOthers(m_fd);
+    if (LockAlone(m_fd, pause)) return true;
+    taken = errno == EWOULDBLOCK;
+    error = taken ? LockHolder(m_fd) : FileFault(errno);
     Release();
     return false;
 }

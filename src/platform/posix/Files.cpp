@@ -1,9 +1,11 @@
 #include "platform/Files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/FileReplacement.h"
@@ -12,6 +14,9 @@
 namespace kalvex::platform {
 
 namespace {
+
+constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+constexpr mode_t kOwnersFolder = S_IRWXU;
 
 bool Fail(std::string& error) {
     error = FileFault(errno);
@@ -60,6 +65,21 @@ bool WritePrivateFile(const std::string& path, std::string_view content, std::st
 
 bool MoveIntoPlace(const std::string& made, const std::string& path, std::string& error) {
     return (::rename(made.c_str(), path.c_str()) == 0 && SyncFolder(FolderOf(path))) || Fail(error);
+}
+
+bool MakePrivateFolder(const std::string& path, std::string& error) {
+    std::error_code failed;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), failed);
+    return ::mkdir(path.c_str(), kOwnersFolder) == 0 || errno == EEXIST || Fail(error);
+}
+
+bool CloseToOthers(const std::string& path, bool& taken, std::string& error) {
+    struct stat info {};
+    taken = false;
+    if (::stat(path.c_str(), &info) != 0) return errno == ENOENT || Fail(error);
+    if ((info.st_mode & kOthers) == 0) return true;
+    taken = ::chmod(path.c_str(), info.st_mode & 07777 & ~kOthers) == 0;
+    return taken || Fail(error);
 }
 
 bool MakePrivateFile(const std::string& path, std::string& error) {

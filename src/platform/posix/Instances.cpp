@@ -9,7 +9,8 @@ bool FileInstances::Take(const std::string& file, std::string& error) {
     std::error_code ignored;  // the lock tells what is wrong
     std::filesystem::create_directories(m_folder, ignored);
     bool taken = false;
-    if (m_locks.emplace_back().Acquire(path.string(), taken, error)) return true;
+    const auto atOnce = [] { return false; };
+    if (m_locks.emplace_back().Acquire(path.string(), taken, error, atOnce)) return true;
     m_locks.pop_back();
     error = taken ? std::string() : path.string() + ": " + error;
     return false;

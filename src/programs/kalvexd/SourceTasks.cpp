@@ -50,7 +50,7 @@ class SourceBook {
 
     const platform::CCrypt& Crypt() const { return m_crypt; }
     bool IsReadable(std::string& error) const { return m_profile.IsReadable(error); }
-    const std::string& GetWriteFault() const { return m_profile.GetWriteFault(); }
+    const platform::Notice& GetWriteFault() const { return m_profile.GetWriteFault(); }
 
   private:
     platform::IniProfile m_profile;
@@ -78,10 +78,10 @@ int FailLost(const Desk& desk) {
 }
 
 int FailToWrite(const Desk& desk) {
-    const std::string& fault = desk.book.GetWriteFault();
-    if (fault != platform::kFolderLocked && fault != platform::kBinary)
+    const platform::Notice& fault = desk.book.GetWriteFault();
+    if (fault.polish != platform::kFolderLocked && fault.polish != platform::kBinary)
         return Fail(desk.translator, {kNotWritten, {desk.profile}});
-    const std::string words = platform::InWords({fault.c_str()}, desk.translator);
+    const std::string words = platform::InWords(fault, desk.translator);
     return Fail(desk.translator, {kNotWrittenSince, {desk.profile, words}});
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "platform/Files.h"
 #include "platform/GettextTranslator.h"
 #include "platform/ServiceManager.h"
 #include "platform/UserStore.h"
@@ -148,11 +149,11 @@ int RunSorvaned(const SorvanedOptions& options) {
     if (options.task == SorvanedTask::BackUp) return BackUp(definitions, options, translator);
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;
-        std::error_code failed;
-        std::filesystem::create_directories(
-            std::filesystem::path(definitions.usersFile).parent_path(), failed);
-        platform::UserStore users;
+        // The users' file tells what is wrong.
         std::string error;
+        platform::MakePrivateFolder(
+            std::filesystem::path(definitions.usersFile).parent_path().string(), error);
+        platform::UserStore users;
         if (!users.Open(definitions.usersFile, error)) return FailWithUsers(error, translator);
         return row.run(users, options.user, translator);
     }

@@ -12,9 +12,11 @@ namespace kalvex::vantrel {
 
 namespace {
 
+constexpr int kPatience = 2;  // seconds
+
 constexpr const char* kNoFolder = platform::Translatable("Nie można utworzyć folderu %s (%s)");
 constexpr const char* kNoLock = platform::Translatable("Brak dostępu do pliku %s (%s)");
-constexpr const char* kTaken = platform::Translatable("Gniazdo %s (obsługuje je inny serwer)");
+constexpr const char* kTaken = platform::Translatable("Gniazdo %s (obsługuje je inny serwer: %s)");
 constexpr const char* kNoSocket = platform::Translatable("Gniazdo %s (to nie jest gniazdo)");
 constexpr const char* kNoGroup = platform::Translatable("Gniazdo %s (brak grupy %s)");
 constexpr const char* kRefused = platform::Translatable("Gniazdo %s (%s)");
@@ -39,8 +41,8 @@ bool LocalSocket::Claim(const std::string& path, platform::Notice& error) {
     const std::string lock = file.parent_path() / ("." + file.filename().string() + ".lock");
     bool taken = false;
     std::string why;
-    if (!m_lock.Acquire(lock, taken, why)) {
-        if (taken) return Fail(error, kTaken, path);
+    if (!m_lock.Acquire(lock, taken, why, platform::PauseFor(kPatience))) {
+        if (taken) return Fail(error, kTaken, path, why);
         return Fail(error, kNoLock, lock, why);
     }
     struct stat status;
