@@ -204,7 +204,8 @@ class Containers(unittest.TestCase):
 
     def test_programs_run_as_one_account_that_is_not_root(self):
         accounts = [self.run_once(image, options=("--entrypoint", "id")) for image in ("sorvaned", "kalvexd")]
-        self.assertRegex(accounts[0], r"^uid=[1-9]\d*\(sorvane\) gid=[1-9]\d*\(sorvane\) groups=[1-9]\d*\(sorvane\)\n$")
+        self.assertRegex(accounts[0], r"^uid=[1-9]\d*\(sorvane\) gid=[1-9]\d*\(sorvane\) "
+                         r"groups=[1-9]\d*\(sorvane\),[1-9]\d*\(sorvane-clients\)\n$")
         self.assertEqual(accounts[1], accounts[0])
         self.assertEqual(self.run_once("sorvaned", "--version"), f"sorvaned {self.version}\n")
         self.assertEqual(self.run_once("kalvexd", "--version"), f"kalvexd {self.version}\n")

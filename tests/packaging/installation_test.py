@@ -179,7 +179,8 @@ class Installation(unittest.TestCase):
             unit = Unit(self.unit(service))["Service"]
             for key, value in {"User": "sorvane", "NoNewPrivileges": "yes", "ProtectSystem": "strict",
                                "CapabilityBoundingSet": "", "Type": "notify", "RuntimeDirectory": "sorvane",
-                               "RuntimeDirectoryPreserve": "yes"}.items():
+                               "RuntimeDirectoryPreserve": "yes", "RuntimeDirectoryMode": "0751",
+                               "StateDirectoryMode": "0700"}.items():
                 self.assertEqual(unit[key], value, f"{service}: {key}")
 
     def test_service_manager_takes_the_units(self):

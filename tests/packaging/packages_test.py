@@ -200,7 +200,12 @@ class Packages(unittest.TestCase):
         configuration.write_text(configuration.read_text(encoding="utf-8").replace('"sorvaned"', '"Gaz"'), encoding="utf-8")
         root.checked("sh", "-c", "echo tajne | setpriv --reuid=sorvane --regid=sorvane --clear-groups "
                      "sorvaned user add adam --level 50")
+        # As earlier versions left them; one that somebody has chosen stays.
+        root.checked("chmod", "750", "/var/lib/kalvex", "/var/lib/sorvane")
         self.installs(root, self.packages, self.version)
+        root.checked("chmod", "710", "/var/lib/kalvex")
+        root.checked("/var/lib/dpkg/info/kalvex.postinst", "configure", self.version)
+        self.assertEqual(root.checked("stat", "-c", "%a", "/var/lib/kalvex"), "710\n")
         self.assertIn('name = "Gaz"', configuration.read_text(encoding="utf-8"))
         self.assertEqual(root.checked("sorvaned", "user", "list"), "adam\t50\t\t\t\n")
         self.programs_run(root)
@@ -213,8 +218,9 @@ class Packages(unittest.TestCase):
             self.assertEqual(shown, f"install ok installed {version}", name)
         account = root.checked("getent", "passwd", "sorvane").split(":")
         self.assertEqual(account[5:], ["/var/lib/sorvane", "/usr/sbin/nologin\n"])
-        for folder in ("/var/lib/kalvex", "/var/log/kalvex", "/var/lib/sorvane"):
-            self.assertEqual(root.checked("stat", "-c", "%U %G %a", folder), "sorvane sorvane 750\n", folder)
+        self.assertRegex(root.checked("getent", "group", "sorvane-clients"), r"^sorvane-clients:x:\d+:sorvane\n$")
+        for folder, mode in (("/var/lib/kalvex", 700), ("/var/log/kalvex", 750), ("/var/lib/sorvane", 700)):
+            self.assertEqual(root.checked("stat", "-c", "%U %G %a", folder), f"sorvane sorvane {mode}\n", folder)
 
     def programs_run(self, root):
         window = ["kalvex"] if WINDOWS else []

@@ -107,6 +107,17 @@ class NetworkSecurityTest : public testing::Test {
         return heard.heard.front();
     }
 
+    // Whether a client finds the server at its local socket.
+    bool Reaches() {
+        NetworkClient client(world.ClientSettings(), world.loop, world.log, world.translator);
+        support::HeardEvents heard;
+        std::uint32_t reason = 0;
+        const auto transport = client.Connect("srv", heard, reason);
+        transport->Open();
+        world.RunUntil([&] { return !heard.heard.empty(); });
+        return heard.heard.front() == "opened";
+    }
+
     // What the last of them was to be reached by.
     std::string Place(const std::string& host = "127.0.0.1") const {
         return host + ":" + std::to_string(server->TcpPort());
@@ -337,11 +348,46 @@ TEST_F(NetworkSecurityTest, LocalSocketIsOpenToTheGroupThatIsNamed) {
     server = world.Listen(settings, acceptor);
     ASSERT_NE(server, nullptr) << world.error;
     EXPECT_EQ(Mode(world.folder.Path("srv")), S_IFSOCK | 0660u);
+    EXPECT_EQ(Mode(world.folder.Path(".srv")), S_IFDIR | 0710u);
+    EXPECT_EQ(Mode(world.folder.Path(".srv/s")), S_IFSOCK | 0660u);
+    EXPECT_TRUE(Reaches());
     server.reset();
+    EXPECT_FALSE(world.folder.Has("srv"));
+    EXPECT_FALSE(world.folder.Has(".srv"));
     settings.group = "no-such-group";
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (brak grupy no-such-group)");
     EXPECT_FALSE(world.folder.Has("srv"));
+}
+
+// One of a server that died, and had another group than the next.
+TEST_F(NetworkSecurityTest, LeftoverOfAGroupGives) {
+    const std::string group = ::getgrgid(::getegid())->gr_name;
+    for (const std::string& next : {group, std::string()}) {
+        world.folder.MakeFolder(".srv");
+        world.folder.Put(".srv/s", "");
+        ASSERT_EQ(::symlink(".srv/s", world.folder.Path("srv").c_str()), 0);
+        settings.group = next;
+        server = world.Listen(settings, acceptor);
+        ASSERT_NE(server, nullptr) << world.error;
+        EXPECT_TRUE(Reaches()) << next;
+        EXPECT_EQ(world.folder.Has(".srv"), !next.empty());
+        server.reset();
+    }
+    ASSERT_EQ(::symlink("elsewhere", world.folder.Path("srv").c_str()), 0);
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, "Gniazdo " + world.folder.Path("srv") + " (to nie jest gniazdo)");
+}
+
+TEST_F(NetworkSecurityTest, PathThatHasNoRoomForAFolderHasItsSocketItself) {
+    settings.group = ::getgrgid(::getegid())->gr_name;
+    const std::size_t room = kLongestSocketPath - world.folder.Path("").size();
+    settings.source = std::string(room, 'n');
+    server = world.Listen(settings, acceptor);
+    ASSERT_NE(server, nullptr) << world.error;
+    struct stat info {};
+    ASSERT_EQ(::lstat(world.folder.Path(settings.source).c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode, S_IFSOCK | 0660u);
 }
 
 TEST_F(NetworkSecurityTest, SecondServerDoesNotStealTheSocket) {

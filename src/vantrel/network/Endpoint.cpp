@@ -1,7 +1,5 @@
 #include "vantrel/network/Endpoint.h"
 
-#include <sys/un.h>
-
 #include <cstdlib>
 
 #include "platform/NetworkAddress.h"
@@ -11,8 +9,6 @@
 namespace kalvex::vantrel {
 
 namespace {
-
-constexpr std::size_t kLongestSocketPath = sizeof(sockaddr_un::sun_path) - 1;
 
 bool IsPlain(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||

@@ -2,6 +2,8 @@
 // socket. Texts are UTF-8 but for the names of sources.
 #pragma once
 
+#include <sys/un.h>
+
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -44,6 +46,8 @@ std::uint32_t FindEndpoint(std::string_view source, const ServerAddresses& addre
 // The folder of local sockets: $SORVANE_RUNTIME_DIR, else $XDG_RUNTIME_DIR/sorvane, else
 // /run/sorvane.
 std::string RuntimeFolder();
+
+inline constexpr std::size_t kLongestSocketPath = sizeof(sockaddr_un::sun_path) - 1;
 
 // Empty when the name is no name of a file or the path is too long for a socket.
 std::string LocalSocketPath(const std::string& runtimeFolder, std::string_view source);

@@ -2,6 +2,7 @@
 // Main thread.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "platform/FileLock.h"
@@ -17,12 +18,17 @@ class LocalSocket {
     LocalSocket& operator=(const LocalSocket&) = delete;
 
     // Makes the folder if it is not there, takes the lock beside the socket and removes a socket
-    // that nobody serves. False with the reason in `error`.
-    bool Claim(const std::string& path, platform::Notice& error);
+    // that nobody serves. Where a group is named, `path` becomes a link to a socket in a folder of
+    // its own, which the group may pass through, unless that would be too long a path for a socket.
+    // False with the reason in `error`.
+    bool Claim(const std::string& path, const std::string& group, platform::Notice& error);
 
-    // Opens the socket, which the server has made by now, to the group besides the owner. False as
-    // above.
-    bool Admit(const std::string& group, platform::Notice& error);
+    // Where the server has to make the socket.
+    const std::string& Place() const { return m_place; }
+
+    // Opens the socket, which the server has made by now, to the group besides the owner, if one is
+    // named. False as above.
+    bool Admit(platform::Notice& error);
 
     // Until the object goes, what the process makes is for its owner alone.
     class OwnerOnly {
@@ -37,7 +43,15 @@ class LocalSocket {
     };
 
   private:
-    std::string m_path;  // empty until it is claimed
+    bool RemoveLeftover(platform::Notice& error) const;
+    bool MakeFolder(const std::string& group, platform::Notice& error);
+    bool Fail(platform::Notice& error) const;
+    bool HasOwnFolder() const { return m_place != m_path; }
+
+    std::string m_path;    // by which clients know it; empty until it is claimed
+    std::string m_folder;  // for a group
+    std::string m_place;
+    std::optional<unsigned int> m_group;
     platform::FileLock m_lock;
 };
 

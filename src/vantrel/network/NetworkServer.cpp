@@ -82,14 +82,15 @@ class Server final : public NetworkServer, private PortEvents {
                     {m_settings.runtimeFolder + '/' + text::ToUtf8(m_settings.source)}};
                 return false;
             }
-            if (!m_socket.Claim(port.localSocket, error)) return false;
+            if (!m_socket.Claim(port.localSocket, m_settings.group, error)) return false;
+            port.localSocket = m_socket.Place();
         }
         {
             const LocalSocket::OwnerOnly mode;
             m_port = OpenPort(port, *this, m_further ? &*m_further : nullptr, error);
         }
         if (!m_port) return false;
-        return AdmitGroup(error);
+        return m_socket.Admit(error);
     }
 
     int TcpPort() const override { return m_port->TcpPort(); }
@@ -103,11 +104,6 @@ class Server final : public NetworkServer, private PortEvents {
     }
 
   private:
-    bool AdmitGroup(platform::Notice& error) {
-        return m_settings.source.empty() || m_settings.group.empty() ||
-               m_socket.Admit(m_settings.group, error);
-    }
-
     void Log(const platform::Notice& notice) {
         m_services.log.Log(text::FromUtf8(platform::InWords(notice, m_services.translator)),
                            platform::LogErrors);
@@ -118,7 +114,7 @@ class Server final : public NetworkServer, private PortEvents {
         bool remade = false;
         for (const platform::Notice& notice : m_port->Check(now, remade)) Log(notice);
         platform::Notice error;
-        if (remade && !AdmitGroup(error)) Log(error);
+        if (remade && !m_socket.Admit(error)) Log(error);
     }
 
     // The allocator keeps what a crowd has taken until it is told.
