@@ -19,12 +19,19 @@ constexpr std::size_t kLongestClientName = 255;
 constexpr std::size_t kDefinitionsTogether = 500;
 constexpr std::size_t kValuesTogether = 1000;
 
+// Of the names that stand for nothing: so many, and so many bytes of them.
+constexpr std::size_t kMostAbsent = 20'000;
+constexpr std::size_t kMostAbsentBytes = 2 << 20;
+
+// Of one that the client may not see, too.
 constexpr std::uint16_t kNoVariable = 0;
 
 constexpr const char* kBroken = platform::Translatable("Połączenie z klientem %s zerwane (%s)");
 constexpr const char* kClient = platform::Translatable("Klient %s: %s");
 constexpr const char* kManySubscriptions =
     platform::Translatable("zbyt wiele subskrybowanych zmiennych");
+constexpr const char* kManyAbsent =
+    platform::Translatable("zbyt wiele subskrybowanych nazw, pod którymi nie ma zmiennych");
 
 }  // namespace
 
@@ -129,7 +136,7 @@ void Session::Receive(vantrel::SubscribeRequest& message) {
         const auto found = m_subscriptions.find(handle);
         if (found == m_subscriptions.end()) continue;
         Release(handle, found->second);
-        m_absent.erase({found->second.name, handle});
+        DropAbsent(found->second.name, handle);
         m_subscriptions.erase(found);
     }
     const auto most = 2 * static_cast<std::size_t>(m_server.Settings().maxVariables);
@@ -137,16 +144,37 @@ void Session::Receive(vantrel::SubscribeRequest& message) {
     vantrel::AccessErrors refused;
     for (vantrel::SubscribeRequest::Entry& entry : message.added) {
         if (entry.handle == 0 || m_subscriptions.count(entry.handle) != 0) continue;
-        if (m_subscriptions.size() >= most) {
-            TellOnce(kManySubscriptions);
+        const bool sees = Sees(m_server.GetPlant().Find(entry.name));
+        const char* fault = sees || HasRoomForAbsent(entry.name) ? nullptr : kManyAbsent;
+        if (m_subscriptions.size() >= most) fault = kManySubscriptions;
+        if (fault != nullptr) {
+            TellOnce(fault);
             refused.entries.push_back({entry.handle, vantrel::ResultBadRequest});
             continue;
         }
-        m_subscriptions[entry.handle].name = std::move(entry.name);
+        Subscription& subscription = m_subscriptions[entry.handle];
+        subscription.name = std::move(entry.name);
+        if (!sees) AddAbsent(subscription.name, entry.handle);
         added.push_back(entry.handle);
     }
     if (!refused.entries.empty()) m_link.Send(std::move(refused));
     if (!message.added.empty()) SendValues(Bind(added), message.last);
+}
+
+bool Session::Sees(std::size_t variable) const {
+    return variable != Plant::kNone && RightsTo(variable).read;
+}
+
+bool Session::HasRoomForAbsent(std::string_view name) const {
+    return m_absent.size() < kMostAbsent && m_absentBytes + name.size() <= kMostAbsentBytes;
+}
+
+void Session::AddAbsent(const std::string& name, vantrel::VariableHandle handle) {
+    if (m_absent.emplace(name, handle).second) m_absentBytes += name.size();
+}
+
+void Session::DropAbsent(const std::string& name, vantrel::VariableHandle handle) {
+    if (m_absent.erase({name, handle}) != 0) m_absentBytes -= name.size();
 }
 
 std::vector<vantrel::VariableHandle> Session::Bind(
@@ -158,11 +186,9 @@ std::vector<vantrel::VariableHandle> Session::Bind(
     for (const vantrel::VariableHandle handle : handles) {
         Subscription& subscription = m_subscriptions[handle];
         const std::size_t index = plant.Find(subscription.name);
-        if (index == Plant::kNone || !RightsTo(index).read) {
-            std::uint16_t code = kNoVariable;
-            if (index != Plant::kNone) code = vantrel::ResultNoAccess;
-            errors.entries.push_back({handle, code});
-            m_absent.emplace(subscription.name, handle);
+        if (!Sees(index)) {
+            errors.entries.push_back({handle, kNoVariable});
+            AddAbsent(subscription.name, handle);
             continue;
         }
         PlantVariable& variable = plant.At(index);
@@ -217,6 +243,7 @@ void Session::OnDefine() {
     }
     m_marked.clear();
     m_absent.clear();
+    m_absentBytes = 0;
     std::sort(handles.begin(), handles.end());
     for (const vantrel::VariableHandle handle : Bind(handles)) MarkChanged(handle);
     SendChanges();

@@ -104,6 +104,11 @@ class Session final : public vantrel::ServerSession {
     // it, but for the value. The answer are the handles that have one.
     std::vector<vantrel::VariableHandle> Bind(const std::vector<vantrel::VariableHandle>& handles);
     void SendValues(const std::vector<vantrel::VariableHandle>& handles, bool last);
+    // Whether the client may know that there is a variable in that place of the list, kNone too.
+    bool Sees(std::size_t variable) const;
+    bool HasRoomForAbsent(std::string_view name) const;
+    void AddAbsent(const std::string& name, vantrel::VariableHandle handle);
+    void DropAbsent(const std::string& name, vantrel::VariableHandle handle);
     void Release(vantrel::VariableHandle handle, Subscription& subscription);
 
     std::uint16_t CheckRead(VariableId id) const;
@@ -158,8 +163,9 @@ class Session final : public vantrel::ServerSession {
     std::int64_t m_refusalsTold;
 
     std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;
-    // Of those without a variable.
-    std::set<std::pair<std::string, vantrel::VariableHandle>> m_absent;
+    // Of those without a variable; the names are theirs.
+    std::set<std::pair<std::string_view, vantrel::VariableHandle>> m_absent;
+    std::size_t m_absentBytes = 0;  // of these names
     std::vector<vantrel::VariableHandle> m_marked;
 
     std::map<vantrel::RequestId, Reading> m_reads;

@@ -128,7 +128,7 @@ void Session::Receive(vantrel::ModifyRequests& message) {
 
 // A client shows what it has written before it hears of it, so it needs to be told what is true.
 void Session::Correct(std::string_view name) {
-    auto absent = m_absent.lower_bound({std::string(name), 0});
+    auto absent = m_absent.lower_bound({name, 0});
     for (; absent != m_absent.end() && absent->first == name; ++absent) MarkChanged(absent->second);
     Plant& plant = m_server.GetPlant();
     const std::size_t variable = plant.Find(name);

@@ -42,8 +42,7 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
     }
     const Plant& plant = m_server.GetPlant();
     const std::size_t index = plant.Find(request.variable);
-    if (index == Plant::kNone) return vantrel::ResultNothing;
-    if (!RightsTo(index).read) return vantrel::ResultNoAccess;
+    if (!Sees(index)) return vantrel::ResultNothing;
     Reading reading;
     reading.query = {plant.At(index).id, request.kind, request.from, request.to, kPieceValues};
     reading.single = value::IsReport(request.kind) && request.from == request.to;
@@ -59,8 +58,8 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
 // What is read in pieces may be taken from the client between two of them.
 std::uint16_t Session::CheckRead(VariableId id) const {
     const PlantVariable* variable = m_server.GetPlant().Lookup(id);
-    if (variable == nullptr) return vantrel::ResultNothing;
-    return m_granted[variable->rule].read ? vantrel::ResultOk : vantrel::ResultNoAccess;
+    const bool seen = variable != nullptr && m_granted[variable->rule].read;
+    return seen ? vantrel::ResultOk : vantrel::ResultNothing;
 }
 
 void Session::ReadNext() {

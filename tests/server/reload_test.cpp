@@ -141,7 +141,7 @@ TEST_F(ReloadTest, NoValueIsSentWhoseRightHasBeenWithdrawn) {
     TestClient& client = LagBehind(200);
     const std::string secret = "[[access]]\nvariables = \"V1??\"\nread = \"100\"\n";
     ReloadAsItCatchesUp(client, Counters(Numbers(0, 200), secret));
-    EXPECT_EQ(Refused(client, vantrel::ResultNoAccess), Numbers(100, 200));
+    EXPECT_EQ(Refused(client, 0), Numbers(100, 200));
     EXPECT_EQ(Received(client), Numbers(0, 100));
     Tick();
     EXPECT_EQ(Received(client), Numbers(0, 100));

@@ -24,7 +24,7 @@ TEST_F(SessionTest, SubscriptionIsAnsweredWithErrorsDefinitionsAndValues) {
     const auto& errors = std::get<vantrel::AccessErrors>(client.messages[0]).entries;
     ASSERT_EQ(errors.size(), 2u);
     EXPECT_EQ(errors[0].handle, 8u);
-    EXPECT_EQ(errors[0].code, vantrel::ResultNoAccess);
+    EXPECT_EQ(errors[0].code, 0);
     EXPECT_EQ(errors[1].handle, 9u);
     EXPECT_EQ(errors[1].code, 0);
     const auto& definitions = std::get<vantrel::VariableDefinitions>(client.messages[1]);
@@ -141,6 +141,73 @@ TEST_F(SessionTest, LargeSubscriptionIsAnsweredInPieces) {
     EXPECT_EQ(errors[0].entries[0].code, vantrel::ResultBadRequest);
     EXPECT_THAT(m_log.Take(),
                 ElementsAre("1 Klient Kalvex_stacja: zbyt wiele subskrybowanych zmiennych"));
+}
+
+class SessionAbsentTest : public SessionTest {
+  protected:
+    // Under handles that have not been given, names that stand for nothing, each of that length.
+    // Whether hidden or missing is the same.
+    vantrel::SubscribeRequest Absent(std::size_t count, std::size_t length) {
+        vantrel::SubscribeRequest request{{}, {}, 0, true};
+        for (std::size_t i = 0; i < count; ++i) {
+            std::string name = "Tajne.X";
+            if (i > 0) name = std::to_string(i);
+            name.resize(length, ' ');
+            request.added.push_back({++m_handle, name});
+        }
+        return request;
+    }
+    // How many were answered with each code since the last call.
+    std::map<std::uint16_t, int> Codes() {
+        std::map<std::uint16_t, int> codes;
+        for (const vantrel::AccessErrors& errors : m_client.Take<vantrel::AccessErrors>()) {
+            for (const auto& entry : errors.entries) ++codes[entry.code];
+        }
+        m_client.messages.clear();
+        return codes;
+    }
+
+    TestClient& m_client = LogIn();
+    vantrel::VariableHandle m_handle = 0;
+    const std::string m_told =
+        "1 Klient Kalvex_stacja: zbyt wiele subskrybowanych nazw, pod którymi nie ma zmiennych";
+};
+
+TEST_F(SessionAbsentTest, SoManyNamesAreKept) {
+    const vantrel::SubscribeRequest request = Absent(20'002, 7);
+    m_client.Say(request);
+    EXPECT_THAT(Codes(), ElementsAre(Pair(0, 20'000), Pair(vantrel::ResultBadRequest, 2)));
+    m_client.Say(vantrel::SubscribeRequest{{{++m_handle, "Z1.N"}}, {}, 0, true});
+    EXPECT_THAT(Codes(), IsEmpty());
+    m_client.Say(vantrel::SubscribeRequest{{}, {1, 2, m_handle}, 0, true});
+    m_client.Say(Absent(3, 7));
+    EXPECT_THAT(Codes(), ElementsAre(Pair(0, 2), Pair(vantrel::ResultBadRequest, 1)));
+    EXPECT_THAT(m_log.Take(), ElementsAre(m_told));
+}
+
+TEST_F(SessionAbsentTest, SoManyBytesOfNamesAreKept) {
+    m_client.Say(Absent(2049, 1024));
+    EXPECT_THAT(Codes(), ElementsAre(Pair(0, 2048), Pair(vantrel::ResultBadRequest, 1)));
+    m_client.Say(vantrel::SubscribeRequest{{}, {1}, 0, true});
+    m_client.Say(Absent(2, 512));
+    EXPECT_THAT(Codes(), ElementsAre(Pair(0, 2)));
+    EXPECT_THAT(m_log.Take(), ElementsAre(m_told));
+}
+
+TEST_F(SessionAbsentTest, WhatHasGoneSinceStaysSubscribed) {
+    const std::string gone = m_toml.substr(0, m_toml.find("[[variable]]"));
+    Subscribe(m_client, {"Z1.P"});
+    m_handle = 1;
+    m_client.Say(Absent(20'000, 7));
+    m_client.messages.clear();
+    Configure(gone);
+    m_server->Reload();
+    EXPECT_THAT(Codes(), ElementsAre(Pair(0, 20'001)));
+    m_client.Say(Absent(1, 7));
+    EXPECT_THAT(Codes(), ElementsAre(Pair(vantrel::ResultBadRequest, 1)));
+    Configure(m_toml);
+    m_server->Reload();
+    EXPECT_EQ(Updates(m_client).size(), 1u);
 }
 
 // ---- current values
@@ -364,7 +431,7 @@ TEST_F(SessionTest, ArchiveWriteIsTakenAsAWholeOrNotAtAll) {
 TEST_F(SessionTest, ReadsAreRefusedWithTheirReasons) {
     TestClient& client = LogIn();
     EXPECT_THAT(Read(client, value::KindHour, "Brak", 0, 0), ElementsAre("result 1"));
-    EXPECT_THAT(Read(client, value::KindHour, "Tajne.X", 0, 0), ElementsAre("result 2"));
+    EXPECT_THAT(Read(client, value::KindHour, "Tajne.X", 0, 0), ElementsAre("result 1"));
     EXPECT_THAT(Read(client, value::KindCurrent, "Z1.P", 0, 0), ElementsAre("result 4"));
     EXPECT_THAT(Read(client, static_cast<value::ValueKind>(-3), "Z1.P", 0, 0),
                 ElementsAre("result 4"));

@@ -210,6 +210,23 @@ TEST_F(NetworkConversationTest, SubscribedVariablesAreBounded) {
     EXPECT_THAT(world.log.Take(), ElementsAre("1 Klient Kalvex subskrybuje za dużo zmiennych"));
 }
 
+TEST_F(NetworkConversationTest, WhatTheServerDoesNotTakeIsNoSubscription) {
+    server.reset();
+    NetworkServerSettings settings = world.ServerSettings();
+    settings.variableLimit = 2;
+    server = world.Listen(settings, acceptor);
+    Open();
+    transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});
+    transport->Send(SubscribeRequest{{{1, "A"}, {2, "B"}}, {}, 0, true});
+    world.RunUntil(acceptor, "subscribe +1A +2B");
+    acceptor.Send(AccessErrors{{{1, 0}, {2, ResultBadRequest}}});
+    world.RunUntil(events, "access errors 1:0 2:4");
+    transport->Send(SubscribeRequest{{{3, "C"}, {4, "D"}}, {}, 0, true});
+    world.RunUntil(events, "access errors 4:4");
+    EXPECT_THAT(acceptor.heard,
+                ElementsAre("login / Kalvex 23", "subscribe +1A +2B", "subscribe +3C"));
+}
+
 TEST_F(NetworkConversationTest, TextThatIsTooLongIsLeftOutWithALogLine) {
     Open();
     transport->Send(LoginRequest{1, 23, "Kalvex", "", ""});

@@ -107,7 +107,17 @@ Conversation::Conversation(const CallServices& services, Caller caller, bool too
     }
 }
 
+// What the server does not take is no subscription.
 void Conversation::Send(ServerMessage message) {
+    if (const auto* errors = std::get_if<AccessErrors>(&message)) {
+        for (const AccessErrors::Entry& entry : errors->entries) {
+            if (entry.code == ResultBadRequest) m_handles.erase(entry.handle);
+        }
+    }
+    Deliver(message);
+}
+
+void Conversation::Deliver(const ServerMessage& message) {
     if (HasEnded()) return;
     const auto* login = std::get_if<LoginResult>(&message);
     if (login != nullptr && login->code == 0) {
@@ -166,7 +176,7 @@ void Conversation::BoundSubscription(SubscribeRequest& request) {
     });
     if (refused.entries.empty()) return;
     Log(kTooManyVariables);
-    Send(std::move(refused));
+    Deliver(std::move(refused));
 }
 
 // ---- lists of variables

@@ -93,6 +93,7 @@ class Conversation final : public ServerCall, private ServerLink {
     void OnBuried(std::uint32_t reason) override;
     bool Beats() const override { return true; }
 
+    void Deliver(const ServerMessage& message);
     // Keeps the subscription within the bound; what is beyond it is answered.
     void BoundSubscription(SubscribeRequest& request);
 
