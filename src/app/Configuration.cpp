@@ -236,6 +236,9 @@ std::vector<std::string> ConfigurationStore::FindFaults(
     };
     addAll(profile, ModuleKeys());
     addAll(common, MachineKeys());
+    if (const platform::Notice open = platform::DescribeOpenSecret(m_crypt.GetKeyFile())) {
+        faults.push_back(platform::InWords(open, translator));
+    }
     for (std::size_t i = 0; i < configuration.sources.size(); ++i) {
         if (!configuration.sources[i].lost) continue;
         add(kLost,

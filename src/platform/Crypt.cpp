@@ -53,7 +53,10 @@ template <class Key>
 bool ReadKeyFile(const std::string& path, Key& key) {
     std::string content;
     std::string error;
-    if (!ReadWholeFile(path, content, error) || content.size() != key.size()) return false;
+    if (DescribeOpenSecret(path) || !ReadWholeFile(path, content, error) ||
+        content.size() != key.size()) {
+        return false;
+    }
     std::ranges::copy(content, key.begin());
     CCrypt::SecureEmptyString(content);
     return true;

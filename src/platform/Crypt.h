@@ -2,7 +2,8 @@
 // profile, and those of FTP servers in scripts. Any thread.
 //
 // A protected text is a header and a cipher under a secret key, which lies in a file of its own
-// that only its owner can read. Whoever has the file can read the texts; without it they are lost.
+// that only its owner can read; one that others can read as well is not used. Whoever has the file
+// can read the texts; without it they are lost.
 #pragma once
 
 #include <array>

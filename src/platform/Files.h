@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Translator.h"
+
 namespace kalvex::platform {
 
 enum class FileRead { Complete, NotOpened, Broken };
@@ -37,5 +39,9 @@ bool MakePrivateFolder(const std::string& path, std::string& error);
 // Takes from everybody but the owner what they may do with a file or a folder; `taken` tells that
 // there was something. One that is not there is none's. False with the system's words in `error`.
 bool CloseToOthers(const std::string& path, bool& taken, std::string& error);
+
+// What is wrong with a file whose content is to be secret: others may read or write it. A group may
+// read one that the administrator of the system owns. Nothing for one that is not there.
+Notice DescribeOpenSecret(const std::string& path);
 
 }  // namespace kalvex::platform

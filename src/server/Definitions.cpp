@@ -313,19 +313,26 @@ void Reader::CheckNetwork() {
         const std::string key = Qualified(kNetwork, name);
         Tell(PlaceOf(key), key, std::move(reason));
     }
-    const struct {
+    struct Row {
         const char* key;
         std::string& path;
-    } files[] = {{"network.certificate", m_out.listening.certificate},
-                 {"network.key", m_out.listening.certificateKey},
-                 {"network.authority", m_out.listening.authority}};
+        bool secret = false;
+    };
+    const Row files[] = {{"network.certificate", m_out.listening.certificate},
+                         {"network.key", m_out.listening.certificateKey, true},
+                         {"network.authority", m_out.listening.authority}};
     for (const auto& file : files) {
         if (file.path.empty()) continue;
         file.path = Below(file.path);
         std::string content;
         std::string error;
-        if (platform::ReadWholeFile(file.path, content, error)) continue;
-        Tell(PlaceOf(file.key), file.key, {"%s: %s", {file.path, error}});
+        platform::Notice fault;
+        if (!platform::ReadWholeFile(file.path, content, error)) {
+            fault = {"%s: %s", {file.path, error}};
+        } else if (file.secret) {
+            fault = platform::DescribeOpenSecret(file.path);
+        }
+        if (fault) Tell(PlaceOf(file.key), file.key, std::move(fault));
     }
 }
 

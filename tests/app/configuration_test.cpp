@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "platform/IniProfile.h"
 #include "support/environment_scope.h"
@@ -371,6 +372,18 @@ TEST_F(ConfigurationLostKeyTest, SourceIsNamedWithItsFileItsKeyAndTheKeyFile) {
     EXPECT_EQ(text::ToUtf8(faults[0]),
               "Klucz " + m_folder.Path("Kalvex.key") + " nie otwiera hasła z pliku " +
                   m_folder.Path("Kalvex.ini") + " ([Zrodla] Zrodlo1): źródło bez logowania");
+}
+
+TEST_F(ConfigurationLostKeyTest, KeyThatOthersCanReadIsTold) {
+    m_folder.Put("Kalvex.key", std::string(32, 'k'));
+    ASSERT_EQ(::chmod(m_folder.Path("Kalvex.key").c_str(), 0646), 0);
+    const platform::Translator translator;
+    std::vector<std::string> faults =
+        m_store.FindFaults(Read(), m_folder.Path("Kalvex.ini"), translator);
+    ASSERT_THAT(faults, SizeIs(2));
+    EXPECT_EQ(text::ToUtf8(faults[0]),
+              "Do pliku " + m_folder.Path("Kalvex.key") +
+                  ", który ma być tajny, mają dostęp inni (prawa 646, a mają być 600)");
 }
 
 TEST_F(ConfigurationTest, ReasonOfAFileThatCannotBeReadIsInTheLanguageOfTheModule) {

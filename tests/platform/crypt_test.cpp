@@ -66,6 +66,20 @@ TEST_F(CryptTest, KeyFileIsMadeAtFirstUseForItsOwnerAlone) {
     EXPECT_EQ(info.st_size, 32);
 }
 
+TEST_F(CryptTest, KeyThatOthersCanReadIsNotUsed) {
+    const auto sealed = m_crypt.EncryptTextWithLabel("Kalvex", "haslo");
+    ASSERT_TRUE(sealed.has_value());
+    const std::string key = m_folder.Get("Kalvex.key");
+    ASSERT_EQ(::chmod(KeyPath().c_str(), 0644), 0);
+    const CCrypt open(KeyPath(), KeyFile::MadeAtFirstUse);
+    EXPECT_EQ(open.DecryptTextWithLabel("Kalvex", *sealed), std::nullopt);
+    EXPECT_EQ(open.EncryptTextWithLabel("Kalvex", "nowe"), std::nullopt);
+    EXPECT_EQ(m_folder.Get("Kalvex.key"), key);
+    ASSERT_EQ(::chmod(KeyPath().c_str(), 0600), 0);
+    const CCrypt closed(KeyPath(), KeyFile::ReadOnly);
+    EXPECT_EQ(closed.DecryptTextWithLabel("Kalvex", *sealed), "haslo");
+}
+
 TEST_F(CryptTest, KeyThatIsMissingWhereATextIsToBeOpenedIsNotMade) {
     const CCrypt other(m_folder.Path("inny.key"), KeyFile::MadeAtFirstUse);
     EXPECT_FALSE(m_crypt.CanDecryptText(other.EncryptText("haslo")));
@@ -102,7 +116,7 @@ TEST_F(CryptTest, ReaderMakesNoKeyFile) {
 }
 
 TEST_F(CryptTest, FileThatIsNoKeyIsLeftAlone) {
-    m_folder.Put("Kalvex.key", "krotki");
+    m_folder.PutSecret("Kalvex.key", "krotki");
     EXPECT_EQ(m_crypt.EncryptTextWithLabel("Kalvex", "haslo"), std::nullopt);
     EXPECT_EQ(m_folder.Get("Kalvex.key"), "krotki");
 }

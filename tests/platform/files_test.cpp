@@ -73,6 +73,15 @@ class FilesRightsTest : public FilesTest {
         folder.Put(name, "x");
         ASSERT_EQ(chmod(folder.Path(name).c_str(), mode), 0);
     }
+    std::string OpenSecret(const std::string& name) const {
+        const Notice notice = DescribeOpenSecret(folder.Path(name));
+        return notice ? InWords(notice, support::MarkingTranslator(false)) : "";
+    }
+    // Somebody who is not the administrator.
+    void GiveAway(const std::string& name) const {
+        const bool may = geteuid() == 0;
+        EXPECT_EQ(may ? chown(folder.Path(name).c_str(), 1, 1) : 0, 0);
+    }
 
     bool taken = false;
 };
@@ -109,6 +118,31 @@ TEST_F(FilesRightsTest, OthersLoseWhatTheyMayDo) {
     EXPECT_FALSE(CloseToOthers("/proc/self/status", taken, error));
     EXPECT_FALSE(taken);
     EXPECT_EQ(error, "Operation not permitted");
+}
+
+TEST_F(FilesRightsTest, SecretThatOthersMayReadIsTold) {
+    const auto told = [this](const std::string& rights) {
+        return "Do pliku " + folder.Path("a") + ", który ma być tajny, mają dostęp inni (prawa " +
+               rights + ", a mają być 600)";
+    };
+    EXPECT_EQ(OpenSecret("a"), "");
+    Put("a", 0600);
+    GiveAway("a");
+    EXPECT_EQ(OpenSecret("a"), "");
+    Put("a", 0640);
+    EXPECT_EQ(OpenSecret("a"), told("640"));
+    Put("a", 0604);
+    EXPECT_EQ(OpenSecret("a"), told("604"));
+    Put("a", 0602);
+    EXPECT_EQ(OpenSecret("a"), told("602"));
+    if (geteuid() != 0) return;
+    ASSERT_EQ(chown(folder.Path("a").c_str(), 0, 1), 0);
+    Put("a", 0640);
+    EXPECT_EQ(OpenSecret("a"), "");
+    Put("a", 0660);
+    EXPECT_EQ(OpenSecret("a"), told("660"));
+    Put("a", 0644);
+    EXPECT_EQ(OpenSecret("a"), told("644"));
 }
 
 TEST_F(FilesTest, MissingFileDoesNotOpen) {

@@ -74,11 +74,25 @@ class Sources(ServiceTest):
         key.unlink()
         self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (1, "", f"{LOST}{key}\n"))
         self.assertFalse(key.exists())
+        key.touch(0o600)
         key.write_bytes(bytes(len(secret)))
         self.assertEqual(self.run_with("--remove-source", "Gaz"), (1, "", f"{LOST}{key}\n"))
         self.assertEqual(self.profile(), before)
         key.write_bytes(secret)
         self.assertEqual(self.run_with("--add-source", "Woda,jan", stdin="nowe\n"), (0, "", ""))
+
+    def test_key_that_others_can_read_is_told_and_not_used(self):
+        self.assertEqual(self.run_with("--add-source", "Gaz,ewa", stdin="tajne\n"), (0, "", ""))
+        before = self.profile()
+        key = self.folder / "Kalvex.key"
+        key.chmod(0o644)
+        told = f"Do pliku {key}, który ma być tajny, mają dostęp inni (prawa 644, a mają być 600)\n"
+        for order in (("--add-source", "Woda,jan"), ("--remove-source", "Gaz"), ("--protect",)):
+            self.assertEqual(self.run_with(*order, stdin="nowe\n"), (1, "", told), order)
+        self.assertEqual(self.profile(), before)
+        self.assertEqual(self.run_with("--list-sources"), (0, "Gaz\tewa\n", ""))
+        key.chmod(0o600)
+        self.assertEqual(self.run_with("--remove-source", "Gaz"), (0, "", ""))
 
     def test_profile_that_cannot_be_written_is_told(self):
         (self.folder / "Kalvex.ini").mkdir()

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""The data server as a process: its users, its configuration, its signals."""
+"""The data server as a process: its users, its configuration, its files, its signals."""
+import fcntl
+import grp
 import os
 import pathlib
 import re
@@ -273,12 +275,14 @@ class Sorvaned(unittest.TestCase):
 
     def test_server_that_cannot_listen_does_not_start(self):
         self.make_certificate()
+        (self.folder / "b.pem").write_bytes((self.folder / "a.pem").read_bytes())
+        (self.folder / "b.pem").chmod(0o600)
         other = socket.create_server(("127.0.0.1", 0))
         self.addCleanup(other.close)
         taken = f"127.0.0.1:{other.getsockname()[1]}"
         for keys, fault in (
             (f'address = "{taken}"', f"Nie można nasłuchiwać {taken} (Address already in use)"),
-            ('address = "127.0.0.1:0"\ncertificate = "a.pem"\nkey = "a.pem"',
+            ('address = "127.0.0.1:0"\ncertificate = "a.pem"\nkey = "b.pem"',
              "Nie można nasłuchiwać 127.0.0.1:0 (niepoprawny certyfikat albo klucz)"),
         ):
             self.listen_as(keys)
@@ -287,6 +291,70 @@ class Sorvaned(unittest.TestCase):
         (self.folder / "file").touch()
         self.environment["SORVANE_RUNTIME_DIR"] = str(self.folder / "file" / "run")
         self.assertEqual(self.refusal()[-1], f"Nie można utworzyć folderu {self.folder}/file/run (Not a directory)")
+
+    def test_key_that_others_can_read_is_refused(self):
+        self.make_certificate()
+        (self.folder / "a.key").chmod(0o604)
+        self.listen_as('address = "127.0.0.1:0"\ncertificate = "a.pem"\nkey = "a.key"')
+        fault = (f"{self.config}:10: network.key: Do pliku {self.folder}/a.key, który ma być tajny, mają dostęp inni "
+                 "(prawa 604, a mają być 600)\n")
+        self.assertEqual(self.run_with("--check"), (1, "", fault))
+        self.assertEqual(self.run_with(), (1, "", fault))
+
+    def test_what_it_makes_is_for_its_owner_alone(self):
+        self.environment["SORVANE_RUNTIME_DIR"] = str(self.folder)
+        self.assertEqual(self.run_with("user", "add", "adam", stdin="tajne\n"), (0, "", ""))
+        server = subprocess.Popen([PROGRAM, "--config", self.config], stderr=subprocess.PIPE, encoding="utf-8",
+                                  env=self.environment, umask=0)
+        for cleanup in (server.stderr.close, server.wait, server.kill):
+            self.addCleanup(cleanup)
+        self.assertEqual(self.line_of(server), "Uruchomienie serwera Stacja")
+        self.assertEqual(self.line_of(server), f"Nasłuchiwanie: gniazdo lokalne {self.folder}/Stacja")
+        data = self.folder / "data"
+        self.assertEqual({path.name: oct(path.stat().st_mode & 0o777) for path in (data, *data.iterdir())},
+                         {"data": "0o700", "lock": "0o600", "users.sqlite": "0o600", "store.sqlite": "0o600",
+                          "store.sqlite-wal": "0o600", "store.sqlite-shm": "0o600", "store.sqlite.reserve": "0o600"})
+        self.assertEqual((self.folder / ".Stacja.lock").stat().st_mode & 0o777, 0o600)
+
+    def test_store_that_others_could_read_is_closed_and_told(self):
+        self.stop(self.start())
+        data = self.folder / "data"
+        data.chmod(0o750)
+        (data / "store.sqlite").chmod(0o640)
+        server = subprocess.Popen([PROGRAM, "--config", self.config], stderr=subprocess.PIPE, encoding="utf-8",
+                                  env=self.environment)
+        for cleanup in (server.stderr.close, server.wait, server.kill):
+            self.addCleanup(cleanup)
+        for path in (data, data / "store.sqlite"):
+            self.assertEqual(self.line_of(server), f"{path}: dostęp mieli inni, teraz ma go tylko właściciel")
+        self.assertEqual(self.line_of(server), "Uruchomienie serwera Stacja")
+        self.assertEqual([oct(path.stat().st_mode & 0o777) for path in (data, data / "store.sqlite")],
+                         ["0o700", "0o600"])
+
+    def test_lock_that_somebody_holds_is_waited_for_and_told(self):
+        self.stop(self.start())
+        with open(self.folder / "data" / "lock", encoding="utf-8") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            holder = f"{pathlib.Path(sys.executable).name}[{os.getpid()}]"
+            self.assertEqual(self.run_with(), (1, "", f"{self.folder}/data: używa go już inny serwer ({holder})\n"))
+
+    def test_lock_that_is_a_link_is_refused(self):
+        (self.folder / "data").mkdir()
+        (self.folder / "data" / "lock").symlink_to(self.folder / "somebodys")
+        self.assertEqual(self.run_with(), (1, "", f"{self.folder}/data: Not a regular file\n"))
+        self.assertFalse((self.folder / "somebodys").exists())
+
+    def test_socket_for_a_group_lies_in_a_folder_of_its_own(self):
+        self.listen_as(f'group = "{grp.getgrgid(os.getgid()).gr_name}"')
+        server = self.start()
+        place = self.folder / "run" / "Stacja"
+        self.assertEqual(os.readlink(place), ".Stacja/s")
+        self.assertEqual([oct(path.stat().st_mode & 0o777) for path in (place.parent / ".Stacja", place)],
+                         ["0o710", "0o660"])
+        with socket.socket(socket.AF_UNIX) as client:
+            client.connect(str(place))
+        self.stop(server)
+        self.assertEqual([path.name for path in place.parent.iterdir()], [".Stacja.lock"])
 
     def test_changed_network_settings_wait_for_the_next_start(self):
         server = self.start()

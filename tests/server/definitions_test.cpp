@@ -165,7 +165,7 @@ write = "100"
 }
 
 TEST_F(DefinitionsTest, NetworkIsRead) {
-    for (const char* file : {"a.pem", "a.key", "b.pem"}) m_folder.Put(file, "x");
+    for (const char* file : {"a.pem", "a.key", "b.pem"}) m_folder.PutSecret(file, "x");
     ASSERT_TRUE(Load(R"(
 [network]
 local-socket = true
@@ -227,7 +227,7 @@ TEST_F(DefinitionsTest, NetworkFaultsAreToldWithTheirLines) {
         {"certificate = \"a.key\"\nkey = \"a.key\"\nauthority = \"brak.pem\"",
          "4: network.authority: brak.pem: No such file or directory"},
     };
-    m_folder.Put("a.key", "x");
+    m_folder.PutSecret("a.key", "x");
     for (const Row& row : kRows) {
         EXPECT_FALSE(Load(std::string("[network]\n") + row.keys + "\n"));
         EXPECT_THAT(m_errors, ElementsAre("plant.toml:" + std::string(row.fault)));
@@ -235,7 +235,7 @@ TEST_F(DefinitionsTest, NetworkFaultsAreToldWithTheirLines) {
 }
 
 TEST_F(DefinitionsTest, SomeKeysCountAtTheStartOnly) {
-    for (const char* file : {"a.pem", "a.key"}) m_folder.Put(file, "x");
+    for (const char* file : {"a.pem", "a.key"}) m_folder.PutSecret(file, "x");
     ASSERT_TRUE(Load("[server]\nclients = 5\n[network]\naddress = \"localhost:1\"\n"));
     const Definitions current = m_definitions;
     EXPECT_THAT(KeepUntilNextStart(current, m_definitions), IsEmpty());

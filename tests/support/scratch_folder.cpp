@@ -28,6 +28,13 @@ std::string ScratchFolder::Put(std::string_view name, std::string_view content) 
     return Path(name);
 }
 
+std::string ScratchFolder::PutSecret(std::string_view name, std::string_view content) const {
+    using std::filesystem::perms;
+    const std::string path = Put(name, content);
+    std::filesystem::permissions(path, perms::owner_read | perms::owner_write);
+    return path;
+}
+
 std::string ScratchFolder::Get(std::string_view name) const {
     std::ifstream file(Path(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};

@@ -20,6 +20,8 @@ class ScratchFolder {
     // Files byte for byte. Put answers with the path of its file, Get with nothing where none is.
     std::string Put(std::string_view name, std::string_view content) const;
     std::string Get(std::string_view name) const;
+    // The same as Put, for its owner alone, as keys have to be.
+    std::string PutSecret(std::string_view name, std::string_view content) const;
 
     // A folder inside.
     void MakeFolder(std::string_view name) const;

@@ -326,10 +326,29 @@ TEST_F(NetworkSecurityTlsTest, FileThatCannotBeReadIsNamed) {
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Brak dostępu do pliku " + certificates.File("nobody") +
                                " (No such file or directory)");
-    settings.tls =
-        TlsFiles{.certificate = certificates.File("server"), .key = certificates.File("server")};
+    const std::string both = certificates.File("server");
+    settings.tls = TlsFiles{.certificate = both, .key = both};
+    ASSERT_EQ(::chmod(both.c_str(), 0600), 0);
     EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
     EXPECT_EQ(world.error, "Nie można nasłuchiwać 127.0.0.1:0 (niepoprawny certyfikat albo klucz)");
+}
+
+TEST_F(NetworkSecurityTlsTest, KeyThatOthersCanReadIsRefusedOnBothSides) {
+    certificates.Make("client", "good");
+    for (const std::string name : {"server", "client"})
+        ASSERT_EQ(::chmod(certificates.Key(name).c_str(), 0604), 0);
+    const auto told = [this](const std::string& name) {
+        return "Do pliku " + certificates.Key(name) +
+               ", który ma być tajny, mają dostęp inni (prawa 604, a mają być 600)";
+    };
+    settings.tls = certificates.Files("good", "server");
+    EXPECT_EQ(world.Listen(settings, acceptor), nullptr);
+    EXPECT_EQ(world.error, told("server"));
+    ASSERT_EQ(::chmod(certificates.Key("server").c_str(), 0600), 0);
+    Listen(certificates.Files("good", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good", "client")), "fault 2 4110");
+    EXPECT_EQ(acceptor.clients, 0);
+    EXPECT_EQ(world.log.Take().front(), "1 Brak połączenia z far (" + told("client") + ")");
 }
 
 // ---- local sockets

@@ -1,6 +1,7 @@
 #include "platform/Files.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +18,9 @@ namespace {
 
 constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
 constexpr mode_t kOwnersFolder = S_IRWXU;
+
+constexpr const char* kOpenSecret =
+    Translatable("Do pliku %s, który ma być tajny, mają dostęp inni (prawa %s, a mają być 600)");
 
 bool Fail(std::string& error) {
     error = FileFault(errno);
@@ -80,6 +84,14 @@ bool CloseToOthers(const std::string& path, bool& taken, std::string& error) {
     if ((info.st_mode & kOthers) == 0) return true;
     taken = ::chmod(path.c_str(), info.st_mode & 07777 & ~kOthers) == 0;
     return taken || Fail(error);
+}
+
+Notice DescribeOpenSecret(const std::string& path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0) return {};
+    const mode_t closed = info.st_uid == 0 ? kOthers & ~S_IRGRP : kOthers;
+    if ((info.st_mode & closed) == 0) return {};
+    return {kOpenSecret, {path, fmt::format("{:03o}", info.st_mode & 0777)}};
 }
 
 bool MakePrivateFile(const std::string& path, std::string& error) {

@@ -9,6 +9,7 @@
 #include "app/Configuration.h"
 #include "platform/FileEdit.h"
 #include "platform/FileTexts.h"
+#include "platform/Files.h"
 #include "platform/IniProfile.h"
 #include "programs/PasswordPrompt.h"
 #include "text/CodePage.h"
@@ -200,6 +201,8 @@ constexpr TaskRow kTasks[] = {
 int RunSourceTask(const SourceOrder& order, const std::string& profile,
                   const platform::Translator& translator) {
     const TaskRow& row = *std::ranges::find(kTasks, order.task, &TaskRow::task);
+    const platform::Notice open = platform::DescribeOpenSecret(KeyFileOf(profile));
+    if (open && order.task != SourceTask::List) return Fail(translator, open);
     // A key that is missing beside protected passwords is not made, so this comes first.
     SourceBook reader(profile, platform::KeyFile::ReadOnly);
     const Desk desk{reader, order, profile, translator};

@@ -50,6 +50,10 @@ bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, platform::Notice& 
     } rows[] = {{files.authority, content.authority},
                 {files.certificate, content.certificate},
                 {files.key, content.key}};
+    if (const platform::Notice open = platform::DescribeOpenSecret(files.key)) {
+        error = open;
+        return false;
+    }
     for (const auto& row : rows) {
         std::string why;
         if (row.path.empty() || platform::ReadWholeFile(row.path, row.content, why)) continue;

@@ -14,7 +14,8 @@ struct TlsContent {
     std::string key;
 };
 
-// False, with the reason in `error`, when a file that is named cannot be read.
+// False, with the reason in `error`, when a file that is named cannot be read, or others can read
+// the key.
 bool ReadTlsFiles(const TlsFiles& files, TlsContent& content, platform::Notice& error);
 
 // Whether a server can show the certificate, with what stands behind it, and has its key.
