@@ -26,7 +26,7 @@ bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
     return nothingBehind;
 }
 
-CsvRow ReadRow(std::string_view text, char separator, int line) {
+CsvRow ReadRow(std::string_view text, char separator, int line, std::size_t mostCells) {
     CsvRow row;
     row.line = line;
     for (;;) {
@@ -42,18 +42,18 @@ CsvRow ReadRow(std::string_view text, char separator, int line) {
             cell = text::Trim(text.substr(0, end));
             text.remove_prefix(end);
         }
-        if (text.empty()) return row;
+        if (text.empty() || row.cells.size() > mostCells) return row;
         text.remove_prefix(1);
     }
 }
 
 }  // namespace
 
-std::vector<CsvRow> ReadCsv(std::string_view text) {
+std::vector<CsvRow> ReadCsv(std::string_view text, const CsvBounds& bounds) {
     std::vector<CsvRow> rows;
     if (text.starts_with(text::kUtf8Mark)) text.remove_prefix(text::kUtf8Mark.size());
     char separator = 0;
-    for (int line = 1; !text.empty(); ++line) {
+    for (int line = 1; !text.empty() && rows.size() <= bounds.rows; ++line) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         std::string_view content = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
@@ -63,7 +63,7 @@ std::vector<CsvRow> ReadCsv(std::string_view text) {
             const std::size_t first = content.find_first_of(",;\t");
             separator = first == std::string_view::npos ? ',' : content[first];
         }
-        rows.push_back(ReadRow(content, separator, line));
+        rows.push_back(ReadRow(content, separator, line, bounds.cells));
     }
     return rows;
 }

@@ -1,6 +1,7 @@
 // A text of lines and cells, as spreadsheets save it.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,10 +14,16 @@ struct CsvRow {
     bool closed = true;  // false: a quote is not closed on its line, or something follows behind it
 };
 
+struct CsvBounds {
+    std::size_t rows;
+    std::size_t cells;  // of a row
+};
+
 // The lines that are not empty and do not begin with "#". The separator is the first of comma,
 // semicolon and tab in the first of them. A cell in quotes may hold the separator and doubled
 // quotes. A byte order mark and the CR of a line end are taken off, and blanks around a cell that
-// has no quotes.
-std::vector<CsvRow> ReadCsv(std::string_view text);
+// has no quotes. What lies beyond the bounds is left out: a cell and a row too many show that there
+// was more.
+std::vector<CsvRow> ReadCsv(std::string_view text, const CsvBounds& bounds);
 
 }  // namespace kalvex::server

@@ -1,17 +1,15 @@
 #include "server/Definitions.h"
 
-#define TOML_EXCEPTIONS 0
-#define TOML_HEADER_ONLY 1
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <new>
 #include <unordered_map>
 
 #include "platform/Files.h"
 #include "server/CsvTable.h"
 #include "server/DefinitionKeys.h"
+#include "server/TomlText.h"
 #include "text/CodePage.h"
 #include "text/Encoding.h"
 #include "text/ShellWord.h"
@@ -36,6 +34,7 @@ constexpr std::string_view kNetwork = "network";
 struct Place {
     std::size_t file = 0;  // in the order in which the files are read
     int line = 0;
+    int column = 0;  // 0: the line as a whole
 };
 
 // The configuration of the machine's service lies where a service does not write, and its store
@@ -72,6 +71,9 @@ class Reader {
         }
     }
     void TellOtherEncoding(Place place);
+    bool IsOfBoundedSize(std::size_t file);  // told when it is not
+    std::optional<std::vector<CsvRow>> RowsOf(const std::string& content, std::size_t file);
+    void CheckColumns(const CsvRow& head, std::size_t file);
     std::string Below(const std::string& path) const {
         return (std::filesystem::path(m_folder) / path).string();
     }
@@ -250,35 +252,69 @@ void Reader::TellOtherEncoding(Place place) {
           {text::ShellWord(m_files[place.file])}});
 }
 
+bool Reader::IsOfBoundedSize(std::size_t file) {
+    std::error_code failed;
+    const std::uintmax_t size = std::filesystem::file_size(m_files[file], failed);
+    if (failed || size <= kLongestDefinitionFile) return true;
+    Tell({file}, "",
+         {platform::Translatable("plik większy niż %s MiB"),
+          {std::to_string(kLongestDefinitionFile >> 20)}});
+    return false;
+}
+
+void Reader::CheckColumns(const CsvRow& head, std::size_t file) {
+    const Place place{file, head.line};
+    if (head.cells.size() > VariableKeys().size()) {
+        Tell(place, "", {platform::Translatable("więcej kolumn niż kluczy zmiennej")});
+        return;
+    }
+    for (const std::string& column : head.cells) {
+        if (FindKey(VariableKeys(), column) == nullptr) {
+            Tell(place, column, {platform::Translatable("nieznana kolumna")});
+        } else if (std::count(head.cells.begin(), head.cells.end(), column) > 1) {
+            Tell(place, column, {platform::Translatable("kolumna występuje więcej niż raz")});
+        }
+    }
+}
+
+// Nothing for a file that has no variables or is refused as a whole.
+std::optional<std::vector<CsvRow>> Reader::RowsOf(const std::string& content, std::size_t file) {
+    const CsvBounds bounds{1 + vantrel::kMostVariables, VariableKeys().size()};
+    std::vector<CsvRow> rows = ReadCsv(content, bounds);
+    if (rows.empty()) return std::nullopt;
+    const auto foreign = std::find_if(rows.begin(), rows.end(), [](const CsvRow& row) {
+        return !std::all_of(row.cells.begin(), row.cells.end(), text::IsUtf8);
+    });
+    if (foreign != rows.end()) {
+        TellOtherEncoding({file, foreign->line});
+        return std::nullopt;
+    }
+    if (rows.size() > bounds.rows) {
+        Tell({file, rows.back().line}, "",
+             {platform::Translatable("więcej zmiennych niż %s"),
+              {std::to_string(vantrel::kMostVariables)}});
+        return std::nullopt;
+    }
+    const std::size_t before = m_faultCount;
+    CheckColumns(rows.front(), file);
+    if (m_faultCount != before) return std::nullopt;
+    return rows;
+}
+
 void Reader::ReadCsvFile(const std::string& path, Place named) {
+    const std::size_t file = m_files.size();
+    m_files.push_back(path);
+    if (!IsOfBoundedSize(file)) return;
     std::string content;
     std::string error;
     if (!platform::ReadWholeFile(path, content, error)) {
         Tell(named, "variables.file", {"%s: %s", {path, error}});
         return;
     }
-    const std::size_t file = m_files.size();
-    m_files.push_back(path);
-    const std::vector<CsvRow> rows = ReadCsv(content);
-    if (rows.empty()) return;
-    const auto foreign = std::find_if(rows.begin(), rows.end(), [](const CsvRow& row) {
-        return !std::all_of(row.cells.begin(), row.cells.end(), text::IsUtf8);
-    });
-    if (foreign != rows.end()) {
-        TellOtherEncoding({file, foreign->line});
-        return;
-    }
+    const std::optional<std::vector<CsvRow>> read = RowsOf(content, file);
+    if (!read) return;
+    const std::vector<CsvRow>& rows = *read;
     const CsvRow& head = rows.front();
-    const std::size_t before = m_faultCount;
-    for (const std::string& column : head.cells) {
-        if (FindKey(VariableKeys(), column) == nullptr) {
-            Tell({file, head.line}, column, {platform::Translatable("nieznana kolumna")});
-        } else if (std::count(head.cells.begin(), head.cells.end(), column) > 1) {
-            Tell({file, head.line}, column,
-                 {platform::Translatable("kolumna występuje więcej niż raz")});
-        }
-    }
-    if (m_faultCount != before) return;
     for (std::size_t index = 1; index < rows.size(); ++index) {
         const CsvRow& row = rows[index];
         const Place place{file, row.line};
@@ -337,24 +373,24 @@ void Reader::CheckNetwork() {
 }
 
 void Reader::Read() {
+    if (!IsOfBoundedSize(0)) return;
     std::string content;
     std::string error;
     if (!platform::ReadWholeFile(m_files.front(), content, error)) {
-        Tell({0, 0}, "", {"%s", {error}});
+        Tell({}, "", {"%s", {error}});
         return;
     }
     if (const std::optional<int> line = text::FindOtherLine(content)) {
         TellOtherEncoding({0, *line});
         return;
     }
-    const toml::parse_result parsed = toml::parse(std::string_view(content));
+    TomlFault fault;
+    const std::optional<toml::table> parsed = ParseToml(content, fault);
     if (!parsed) {
-        Tell({0, static_cast<int>(parsed.error().source().begin.line)}, "",
-             {platform::Translatable("błąd składni (%s)"),
-              {std::string(parsed.error().description())}});
+        Tell({0, fault.line, fault.column}, "", std::move(fault.reason));
         return;
     }
-    for (const auto& [key, node] : parsed.table()) {
+    for (const auto& [key, node] : *parsed) {
         const std::string_view name = key.str();
         if (name == kNetwork && !m_listens) continue;
         const auto sections = DefinitionSections();
@@ -397,7 +433,9 @@ std::vector<std::string> Reader::Faults(const platform::Translator& translator) 
     std::vector<std::string> lines;
     for (const Entry& fault : m_faults) {
         std::string line = m_files[fault.place.file] + ":";
-        if (fault.place.line > 0) line += std::to_string(fault.place.line) + ":";
+        for (const int number : {fault.place.line, fault.place.column}) {
+            if (number > 0) line += std::to_string(number) + ":";
+        }
         if (!fault.key.empty()) line += " " + fault.key + ":";
         lines.push_back(line + " " + platform::InWords(fault.reason, translator));
     }
@@ -413,8 +451,13 @@ bool Load(const std::string& path, bool listens, const platform::Translator& tra
           Definitions& out, std::vector<std::string>& errors) {
     out = Definitions();
     Reader reader(path, out, listens);
-    reader.Read();
-    errors = reader.Faults(translator);
+    try {
+        reader.Read();
+        errors = reader.Faults(translator);
+    } catch (const std::bad_alloc&) {
+        const platform::Notice reason{platform::Translatable("brak pamięci")};
+        errors = {path + ": " + platform::InWords(reason, translator)};
+    }
     return errors.empty();
 }
 

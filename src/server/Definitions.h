@@ -24,6 +24,9 @@ namespace kalvex::server {
 // Of the text of an attribute or a value, in bytes.
 inline constexpr std::size_t kLongestText = 65535;
 
+// Of the configuration and of each CSV file, in bytes.
+inline constexpr std::uintmax_t kLongestDefinitionFile = std::uintmax_t{64} << 20;
+
 struct VariableConfig {
     std::string name;
     std::uint16_t type = value::ValueType::Double;
@@ -76,8 +79,8 @@ struct Definitions {
 std::string StorePath(const Definitions& definitions);
 
 // Reads the configuration. When anything is wrong the answer is false and `errors` holds a line for
-// each fault, in UTF-8: file, line, key if there is one, reason; `out` is then
-// undefined. After a hundred faults the rest is not told.
+// each fault, in UTF-8: file, line, column of what is no TOML, key if there is one, reason; `out`
+// is then undefined. After a hundred faults the rest is not told.
 bool LoadDefinitions(const std::string& path, const platform::Translator& translator,
                      Definitions& out, std::vector<std::string>& errors);
 

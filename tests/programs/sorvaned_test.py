@@ -5,6 +5,7 @@ import grp
 import os
 import pathlib
 import re
+import resource
 import signal
 import socket
 import sqlite3
@@ -14,6 +15,7 @@ import tempfile
 import unittest
 
 PROGRAM = sys.argv.pop(1)
+MEMORY = 200 << 20
 
 PLANT = """[server]
 name = "Stacja"
@@ -129,6 +131,39 @@ class Sorvaned(unittest.TestCase):
         self.assertEqual(self.run_with("--check"), (1, "", fault))
         self.assertEqual(self.run_with(), (1, "", fault))
         self.assertEqual(self.run_with("user", "list"), (1, "", fault))
+
+    def test_configuration_that_is_no_toml_ends_nothing(self):
+        place = f"{self.config}:"
+        inKey = "Error while parsing key: expected bare key starting character or string delimiter, saw"
+        refused = [
+            ("[[", "1:3: błąd składni (Error while parsing table header: encountered end-of-file)"),
+            ("[[[", f"1:3: błąd składni ({inKey} '[')"),
+            ("[=]\n", f"1:2: błąd składni ({inKey} '=')"),
+            ("[a.[b]]\n", f"1:4: błąd składni ({inKey} '[')"),
+            ("a = [}\n", "1:6: błąd składni (Error while parsing value: could not determine value type)"),
+            ("a" + ".a" * 300_000 + " = 1\n", "1:128: zagnieżdżenie głębsze niż 64"),
+            ("[a" + ".a" * 300_000 + "]\n", "1:127: zagnieżdżenie głębsze niż 64"),
+        ]
+        server = self.start()
+        for text, fault in refused:
+            self.config.write_text(text, encoding="utf-8")
+            self.assertEqual(self.run_with("--check"), (1, "", place + fault + "\n"))
+            server.send_signal(signal.SIGHUP)
+            self.assertEqual(self.line_of(server), place + fault)
+            self.assertEqual(self.line_of(server), "Konfiguracja bez zmian")
+        self.stop(server)
+
+    def test_configuration_beyond_the_memory_is_refused(self):
+        def limited(*arguments):
+            return subprocess.run([PROGRAM, *arguments], capture_output=True, encoding="utf-8", timeout=60,
+                                  env=self.environment,
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY)))
+        if limited("--version").returncode != 0:
+            self.skipTest("a sanitized program takes more addresses")
+        self.config.write_text("a = [" + "0," * (8 << 20) + "]\n", encoding="utf-8")
+        refused = limited("--config", self.config, "--check")
+        self.assertEqual((refused.returncode, refused.stdout, refused.stderr),
+                         (1, "", f"{self.config}: brak pamięci\n"))
 
     def test_messages_are_translated(self):
         self.environment["LANGUAGE"] = "en"

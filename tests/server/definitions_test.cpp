@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "server/CsvTable.h"
 #include "support/marking_translator.h"
 #include "support/scratch_folder.h"
@@ -336,8 +338,117 @@ TEST_F(DefinitionsTest, FileThatIsNotThere) {
 TEST_F(DefinitionsTest, SyntaxErrorHasItsLine) {
     EXPECT_FALSE(Load("[server]\nname = \"a\"\nclients = = 5\n"));
     EXPECT_THAT(m_errors,
-                ElementsAre("plant.toml:3: błąd składni (Error while parsing value: could "
+                ElementsAre("plant.toml:3:11: błąd składni (Error while parsing value: could "
                             "not determine value type)"));
+}
+
+// The whole fault of a text.
+struct SyntaxCase {
+    std::string toml;
+    const char* fault;
+};
+
+TEST_F(DefinitionsTest, WhatIsNoTomlIsToldWithItsPlace) {
+    const SyntaxCase cases[] = {
+        {"[[", "1:3: błąd składni (Error while parsing table header: encountered end-of-file)"},
+        {"\n[=]\n",
+         "2:2: błąd składni (Error while parsing key: expected bare key starting character or "
+         "string delimiter, saw '=')"},
+        {"[[[a]]]",
+         "1:3: błąd składni (Error while parsing key: expected bare key starting character or "
+         "string delimiter, saw '[')"},
+        {"[a.[b]]",
+         "1:4: błąd składni (Error while parsing key: expected bare key starting character or "
+         "string delimiter, saw '[')"},
+        {"[server]\nclients = [}",
+         "2:12: błąd składni (Error while parsing value: could not determine value type)"},
+        {"a = {", "1:6: błąd składni (Error while parsing inline table: encountered end-of-file)"},
+    };
+    for (const SyntaxCase& syntax : cases) {
+        EXPECT_FALSE(Load(syntax.toml));
+        EXPECT_THAT(m_errors, ElementsAre(std::string("plant.toml:") + syntax.fault));
+    }
+}
+
+TEST_F(DefinitionsTest, CharactersBeyondAsciiStandInQuotesAndCommentsAlone) {
+    constexpr const char* kFault = ": znak spoza ASCII poza cudzysłowem";
+    const SyntaxCase cases[] = {
+        {"# ż\n[server]\nname = Żółw\n", "3:8"},
+        {"\xEF\xBB\xBF"
+         "łó = 1",
+         "1:1"},
+        {"ab.ł = 1", "1:4"},
+        {"[sekcja ł]", "1:9"},
+        {"a = \"ś\\\"ć\" ń", "1:12"},
+        {"a = 'ś\\' ń", "1:10"},
+        {"a = 1\"ś\"", "1:7"},
+        {"a = 1.\"ś\"", "1:8"},
+        {"a = \"\"\"ś\n\"\"\\\"\"\"\"ń", "2:8"},
+        {"a = '''ś\n''\\''''' ń", "2:10"},
+        {"a = \"ś\nb = ń", "2:5"},
+        {"a = [ # ś\n ł]", "2:2"},
+    };
+    for (const SyntaxCase& syntax : cases) {
+        EXPECT_FALSE(Load(syntax.toml)) << syntax.toml;
+        EXPECT_THAT(m_errors, ElementsAre(std::string("plant.toml:") + syntax.fault + kFault));
+    }
+    EXPECT_TRUE(Load("\xEF\xBB\xBF# ł\n[server] # ć\n\"name\" = 'Żółw' # \"ń\n"));
+    EXPECT_EQ(m_definitions.name, text::FromUtf8("Żółw"));
+}
+
+std::string Times(int count, const std::string& text) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+TEST_F(DefinitionsTest, NestingIsBounded) {
+    const SyntaxCase deep[] = {
+        {"a" + Times(300'000, ".a") + " = 1", "1:128"},
+        {"[a" + Times(300'000, ".a") + "]\n", "1:127"},
+        {"[[ a" + Times(300'000, " . \"a.b\"") + "]]\n", "1:502"},
+        {"a = " + Times(300'000, "["), "1:68"},
+        {"a = " + Times(40, "{a = "), "1:160"},
+        {"a = " + Times(10, "{a.b.c.d.e.f = "), "1:140"},
+        {"[a" + Times(30, ".a") + "]\nb" + Times(30, ".b") + " = " + Times(4, "["), "2:67"},
+        {"[a" + Times(31, ".a") + "]\nb = 1\nb" + Times(32, ".b") + " = 1", "3:64"},
+    };
+    for (const SyntaxCase& syntax : deep) {
+        EXPECT_FALSE(Load(syntax.toml));
+        EXPECT_THAT(m_errors, ElementsAre(std::string("plant.toml:") + syntax.fault +
+                                          ": zagnieżdżenie głębsze niż 64"));
+    }
+    const SyntaxCase flat[] = {
+        {"a" + Times(63, ".a") + " = 1", "1: a: nieznana sekcja"},
+        {"a = " + Times(63, "[") + Times(63, "]"), "1: a: nieznana sekcja"},
+        {"a = [" + Times(100, "[], {a.b = 1.5, c.d = 2}, '[[[[', \"{{{{\", ") + "]",
+         "1: a: nieznana sekcja"},
+        {Times(100, "# [[[[{\n") + "[a]\n" + Times(100, "# [[[[{\n"), "101: a: nieznana sekcja"},
+    };
+    for (const SyntaxCase& syntax : flat) {
+        EXPECT_FALSE(Load(syntax.toml));
+        EXPECT_THAT(m_errors, ElementsAre(std::string("plant.toml:") + syntax.fault));
+    }
+}
+
+TEST_F(DefinitionsTest, SizeOfAFileIsBounded) {
+    const std::string path = m_folder.Put("plant.toml", "");
+    std::filesystem::resize_file(path, kLongestDefinitionFile + 1);
+    EXPECT_FALSE(LoadDefinitions(path, platform::Translator(), m_definitions, m_errors));
+    EXPECT_THAT(m_errors, ElementsAre(path + ": plik większy niż 64 MiB"));
+    const std::string csv = m_folder.Put("a.csv", "");
+    std::filesystem::resize_file(csv, kLongestDefinitionFile + 1);
+    EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("a.csv: plik większy niż 64 MiB"));
+}
+
+TEST_F(DefinitionsTest, ColumnsAndRowsOfACsvFileAreBounded) {
+    m_folder.Put("a.csv", Times(300'000, "at,"));
+    EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("a.csv:1: więcej kolumn niż kluczy zmiennej"));
+    m_folder.Put("a.csv", "name\n" + Times(1'000'000, "A\n") + "\n# ł\nA\n" + Times(10, "B\n"));
+    EXPECT_FALSE(Load("[[variables]]\nfile = \"a.csv\"\n"));
+    EXPECT_THAT(m_errors, ElementsAre("a.csv:1000004: więcej zmiennych niż 1000000"));
 }
 
 TEST_F(DefinitionsTest, EveryFaultIsToldWithFileLineAndKey) {
@@ -514,7 +625,7 @@ TEST_F(DefinitionsTest, AfterAHundredFaultsTheyAreCounted) {
 TEST(DefinitionsCsvTableTest, CellsAndSeparators) {
     const auto cells = [](std::string_view text) {
         std::vector<std::vector<std::string>> all;
-        for (const CsvRow& row : ReadCsv(text)) all.push_back(row.cells);
+        for (const CsvRow& row : ReadCsv(text, {9, 9})) all.push_back(row.cells);
         return all;
     };
     EXPECT_THAT(cells(""), IsEmpty());
@@ -526,9 +637,17 @@ TEST(DefinitionsCsvTableTest, CellsAndSeparators) {
 }
 
 TEST(DefinitionsCsvTableTest, BrokenQuotesAreTold) {
-    EXPECT_FALSE(ReadCsv("a,b\n\"x,y\n")[1].closed);
-    EXPECT_FALSE(ReadCsv("a,b\n\"x\"z,y\n")[1].closed);
-    EXPECT_TRUE(ReadCsv("a,b\nx\"y,z\n")[1].closed);
+    EXPECT_FALSE(ReadCsv("a,b\n\"x,y\n", {9, 9})[1].closed);
+    EXPECT_FALSE(ReadCsv("a,b\n\"x\"z,y\n", {9, 9})[1].closed);
+    EXPECT_TRUE(ReadCsv("a,b\nx\"y,z\n", {9, 9})[1].closed);
+}
+
+TEST(DefinitionsCsvTableTest, OneCellAndOneRowTooManyShowThatThereWasMore) {
+    const std::vector<CsvRow> rows = ReadCsv("a,b,c,d\ne\nf\ng,\n", {2, 2});
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_THAT(rows[0].cells, ElementsAre("a", "b", "c"));
+    EXPECT_THAT(rows[1].cells, ElementsAre("e"));
+    EXPECT_THAT(rows[2].cells, ElementsAre("f"));
 }
 
 }  // namespace
