@@ -10,21 +10,11 @@ import subprocess
 import unittest
 
 from kalvexd_process import PROGRAM, STOPPED, ServiceTest
+from local_http import LocalConnection, figures_of
 
 PROFILE = "[Autostart]\r\nProcedura0=dziala.kx\r\nProcedura1=blad.kx\r\nProcedura2=koniec.kx\r\n"
 RUNNING = "PRIORITY 1\r\nLOCAL A = 0\r\n:obieg\r\nSET A = A + 1\r\nGOTO obieg\r\n"
 NUMBER = r"\d+(?:\.\d+)?(?:e[+-]\d+)?"
-
-
-class LocalConnection(http.client.HTTPConnection):
-    def __init__(self, path):
-        super().__init__("localhost", timeout=60)
-        self.path = path
-
-    def connect(self):
-        self.sock = socket.socket(socket.AF_UNIX)
-        self.sock.settimeout(60)
-        self.sock.connect(self.path)
 
 
 class Health(ServiceTest):
@@ -47,7 +37,7 @@ class Health(ServiceTest):
         rows = [line for line in text.splitlines() if not line.startswith("#")]
         for row in rows:
             self.assertRegex(row, rf'^[a-z_0-9]+(\{{[a-z]+="[a-z0-9.]+"\}})? {NUMBER}$')
-        return {name: float(value) for name, value in (row.rsplit(" ", 1) for row in rows)}
+        return figures_of(text)
 
     def wait_for_metrics(self, connect, condition):
         """The figures, as soon as they are as they should be; the test ends at its limit otherwise."""

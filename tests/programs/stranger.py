@@ -100,10 +100,10 @@ class Conversation:
             pass
         return self.call.code()
 
-    def log_in(self, user="", password="", name="Obcy", version=1):
+    def log_in(self, user="", password="", name="Obcy", version=1, **more):
         """(code, text) of the answer."""
         self.say(login={"protocol_version": version, "module_type": 23, "client_name": name, "user": user,
-                        "password": password})
+                        "password": password, **more})
         result = self.take("login_result")
         return result.code, result.text
 

@@ -8,13 +8,13 @@ import socket
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 
 os.environ.setdefault("GRPC_VERBOSITY", "NONE")
 import grpc  # noqa: E402, its first look at the environment
 
 import stranger  # noqa: E402
+from followed_log import FollowedLog  # noqa: E402
 
 PROGRAM, PROTO = sys.argv[1:3]
 del sys.argv[1:3]
@@ -95,33 +95,13 @@ class Plant:
         self.test.addClassCleanup(self.process.stderr.close)
         self.test.addClassCleanup(self.process.wait)
         self.test.addClassCleanup(self.process.kill)
-        self.log = []
-        self.news = threading.Condition()
-        threading.Thread(target=self.read_log, args=[self.process.stderr], daemon=True).start()
+        self.log = FollowedLog(self.process.stderr)
         self.place = self.await_line(r"Nasłuchiwanie: (.*)")[1]
         return self
 
-    def read_log(self, lines):
-        for line in lines:
-            with self.news:
-                self.log.append(line.rstrip("\n")[len("2024-03-10 07:00:00 "):])
-                self.news.notify_all()
-
     def await_line(self, pattern):
         """The match of the first log line that is like this as a whole; it is taken out."""
-        def find():
-            for index, line in enumerate(self.log):
-                match = re.fullmatch(pattern, line)
-                if match:
-                    del self.log[:index + 1]
-                    return match
-            return None
-
-        with self.news:
-            match = self.news.wait_for(find, stranger.PATIENCE)
-            if not match:
-                raise AssertionError(f"{pattern} is not in the log: {self.log}")
-            return match
+        return self.log.await_line(pattern)
 
     def await_log(self, line):
         self.await_line(re.escape(line))
