@@ -86,7 +86,8 @@ class Plant:
         self.configure(self.definitions())
         for user, level in ((SCRIPTS_USER, "50"), (WATCHER, "100"), (GUEST, "0")):
             subprocess.run([sorvaned, "--config", self.configuration, "user", "add", user, "--level", level],
-                           input=PASSWORD + "\n", encoding="utf-8", check=True, capture_output=True, env=environment)
+                           input=PASSWORD + "\n", encoding="utf-8", check=True, capture_output=True, env=environment,
+                           timeout=60)
         for name in self.scripts:
             kind = name.rstrip("0123456789")
             text = SINGLE.get(name) or LOOPS[kind].replace("{i}", name[len(kind):])
@@ -99,7 +100,8 @@ class Plant:
         users = f"[Konfiguracja]\r\nUżytkownicy={self.folder}/users.sqlite\r\n"
         (self.folder / "sorvane.ini").write_bytes(users.encode("cp1250"))
         subprocess.run([kalvexd, "--working-dir", self.module, "--add-source", f"{NAME},{SCRIPTS_USER}"],
-                       input=PASSWORD + "\n", encoding="utf-8", check=True, capture_output=True, env=environment)
+                       input=PASSWORD + "\n", encoding="utf-8", check=True, capture_output=True, env=environment,
+                       timeout=60)
         # A name and password of the command line would count in upper case; a file has them as they are.
         self.login.write_text(f"{WATCHER}\n{PASSWORD}\n", encoding="utf-8")
         self.login.chmod(0o600)
