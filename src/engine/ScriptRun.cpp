@@ -15,7 +15,10 @@ namespace kalvex::engine {
 
 namespace {
 
-constexpr std::int64_t kLineReportPause = 1;          // seconds
+constexpr std::int64_t kLineReportPause = 1;  // seconds
+// Seconds until what was refused is tried again.
+constexpr std::int64_t kBoundPause = 60;
+constexpr std::int64_t kMemoryPause = 1;
 constexpr std::int64_t kSlowLinesPause = 60'000'000;  // microseconds
 
 constexpr const char* kSlowLine =
@@ -33,13 +36,13 @@ int CounterAfter(int counter, int priority, int steps) {
 }
 
 // What a line asks for and cannot have, memory or a text or list beyond its bound, fails the line
-// and nothing else. To ask again may cost as much as to get it, so that is done once a second:
-// nothing of the script changes meanwhile.
-LineOutcome FailBeyond(CKalvexDoc& document, const char* polish) {
+// and nothing else. To ask again may cost as much as to get it, so that is done seldom: nothing of
+// the script changes meanwhile, and no value of a source is as large.
+LineOutcome FailBeyond(CKalvexDoc& document, const char* polish, std::int64_t pause) {
     document.SetError(operands::ErrorExpression, document.Services().translator.Translate(polish),
                       true);
     const std::int64_t now = document.Services().clock.Now();
-    document.Promise({.from = now, .until = now + 1, .data = document.DataCount()});
+    document.Promise({.from = now, .until = now + pause});
     return LineOutcome::Failed;
 }
 
@@ -48,11 +51,13 @@ LineOutcome RunBounded(CKalvexDoc& document, Run run) {
     try {
         return run();
     } catch (const value::TextTooLong&) {
-        return FailBeyond(document, platform::Translatable("tekst dłuższy niż 64 MiB"));
+        return FailBeyond(document, platform::Translatable("tekst dłuższy niż 64 MiB"),
+                          kBoundPause);
     } catch (const value::ListTooLong&) {
-        return FailBeyond(document, platform::Translatable("lista dłuższa niż 10000000 elementów"));
+        return FailBeyond(document, platform::Translatable("lista dłuższa niż 10000000 elementów"),
+                          kBoundPause);
     } catch (const std::bad_alloc&) {
-        return FailBeyond(document, platform::Translatable("brak pamięci"));
+        return FailBeyond(document, platform::Translatable("brak pamięci"), kMemoryPause);
     }
 }
 

@@ -68,6 +68,7 @@ class Health(ServiceTest):
                     rf"spóźnienie taktów: 50% {NUMBER} ms, 99% {NUMBER} ms",
                     rf"największe spóźnienie taktu: {NUMBER} ms", rf"wykonane wiersze: {NUMBER}",
                     rf"wiersze na sekundę: {NUMBER}", rf"wiersze z błędem: {NUMBER}", "wiersze czekające na dane: 0",
+                    rf"długie wiersze: {NUMBER}",
                     "skrypty: działa 1, czeka na dane 0, w błędzie 1, zatrzymane 0, zakończone 1, nieuruchomione 0",
                     "połączenia: połączone 0, logowanie 0, łączenie 0, rozłączone 0", rf"pamięć procesu: {NUMBER} MB",
                     "pominięte wiersze rejestru: 0"]
@@ -250,9 +251,11 @@ class Health(ServiceTest):
         self.forget(manager)
         self.assertEqual([manager.recv(1000), manager.recv(1000)], [b"WATCHDOG=1"] * 2)
         service.send_signal(signal.SIGTERM)
-        self.assertRegex(self.read_to(service, STOPPED)[-2],
+        unclosed, slow = self.read_to(service, STOPPED)[-3:-1]
+        self.assertRegex(unclosed,
                          "^" + re.escape(f"{self.folder}/a.kx - Brak informacji o zamknięciu programu (Id procesu ") +
                          r"\d+\)$")
+        self.assertRegex(slow, rf"^{re.escape(str(self.folder))}/a\.kx : Linia 4 trwała {NUMBER} ms \(takich linii: 1\)$")
         self.assertEqual(service.wait(60), 0)
 
     def test_documents_that_wait_for_their_checks_gain_time_for_the_end(self):
