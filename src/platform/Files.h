@@ -41,7 +41,8 @@ bool MakePrivateFolder(const std::string& path, std::string& error);
 bool CloseToOthers(const std::string& path, bool& taken, std::string& error);
 
 // What is wrong with a file whose content is to be secret: others may read or write it. A group may
-// read one that the administrator of the system owns. Nothing for one that is not there.
+// read one that the administrator of the system owns. Nothing for what is no file or
+// not there.
 Notice DescribeOpenSecret(const std::string& path);
 
 }  // namespace kalvex::platform

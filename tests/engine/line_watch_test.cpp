@@ -99,7 +99,7 @@ TEST_F(LineWatchTest, EachScriptHasItsOwnMinuteAndCount) {
     EXPECT_EQ(ticks.Scripts()[1].counts.slow, 1U);
 }
 
-TEST(LineClocksTest, TimeForWhichTheMachineHadNoProcessorIsNotTheLines) {
+TEST(LineWatchClocksTest, TimeForWhichTheMachineHadNoProcessorIsNotTheLines) {
     LineWatch watch({[] { return g_now; }, [] { return g_thread; }});
     watch.Begin();
     g_now += 300'000;

@@ -126,6 +126,9 @@ TEST_F(FilesRightsTest, SecretThatOthersMayReadIsTold) {
                rights + ", a mają być 600)";
     };
     EXPECT_EQ(OpenSecret("a"), "");
+    folder.MakeFolder("b");
+    ASSERT_EQ(chmod(folder.Path("b").c_str(), 0755), 0);
+    EXPECT_EQ(OpenSecret("b"), "");
     Put("a", 0600);
     GiveAway("a");
     EXPECT_EQ(OpenSecret("a"), "");

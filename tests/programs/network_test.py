@@ -188,7 +188,7 @@ class Rights(Network):
         run = self.run_script("REMOTE t srv@TAJNE\nREMOTE n srv@NIE_MA\nREMOTE a srv@X\nLOCAL x = a")
         self.assertEqual(run.code, 0)
         self.assertCountEqual(run.log[4:], [
-            f"{self.path()} - Brak dostępu do wartości zmiennej w źródle (2) (srv@TAJNE)",
+            f"{self.path()} - Brak zmiennej w źródle (srv@TAJNE)",
             f"{self.path()} - Brak zmiennej w źródle (srv@NIE_MA)"])
 
     def test_refused_login_is_logged_and_holds_the_script(self):

@@ -39,6 +39,7 @@ class Backup(ServerAndRun):
                                "-nodes", "-subj", "/CN=localhost", "-keyout", "-", "-out", "-"], capture_output=True)
         self.assertEqual(made.returncode, 0, made.stderr)
         (self.plant / "tls/a.pem").write_bytes(made.stdout)
+        (self.plant / "tls/a.pem").chmod(0o600)
         self.configuration = self.plant / "plant.toml"
         self.configure(PLANT.replace("FOLDER", str(self.folder)))
         self.outside = f"elsewhere{self.folder}/obce/z2.csv"

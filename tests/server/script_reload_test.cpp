@@ -58,8 +58,7 @@ TEST_F(ScriptReloadTest, VariableThatMayNotBeReadAnyMoreBecomesUnknown) {
     Second();
     Reload(kSecret);
     EXPECT_EQ(Seen(document), "171:1.00 171:5.00  1");
-    EXPECT_THAT(Errors(),
-                ElementsAre("main.kx - Brak dostępu do wartości zmiennej w źródle (2) (srv@X)"));
+    EXPECT_THAT(Errors(), ElementsAre("main.kx - Brak zmiennej w źródle (srv@X)"));
     Reload(kWith);
     EXPECT_EQ(Seen(document), "171:0.00 171:5.00 bar 0");
 }

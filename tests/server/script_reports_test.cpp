@@ -125,7 +125,7 @@ TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
     EXPECT_EQ(state("brak"), sources::RequestFailed);
     EXPECT_EQ(state("x"), sources::RequestFailed);
     EXPECT_THAT(Errors(),
-                ElementsAre("main.kx - Brak dostępu do wartości zmiennej w źródle (2) (srv@T)",
+                ElementsAre("main.kx - Brak zmiennej w źródle (srv@T)",
                             "main.kx - Brak zmiennej w źródle (srv@Brak)",
                             "main.kx - Błąd modyfikacji raportu godzinowego (srv@T)",
                             "main.kx - Błąd modyfikacji raportu dobowego (srv@Brak)"));

@@ -88,7 +88,7 @@ bool CloseToOthers(const std::string& path, bool& taken, std::string& error) {
 
 Notice DescribeOpenSecret(const std::string& path) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) return {};
+    if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
     const mode_t closed = info.st_uid == 0 ? kOthers & ~S_IRGRP : kOthers;
     if ((info.st_mode & closed) == 0) return {};
     return {kOpenSecret, {path, fmt::format("{:03o}", info.st_mode & 0777)}};
