@@ -124,11 +124,10 @@ TEST_F(ScriptReportsTest, VariablesThatAreNotThereOrSecretAreLogged) {
     EXPECT_EQ(state("t"), sources::RequestFailed);
     EXPECT_EQ(state("brak"), sources::RequestFailed);
     EXPECT_EQ(state("x"), sources::RequestFailed);
-    EXPECT_THAT(Errors(),
-                ElementsAre("main.kx - Brak zmiennej w źródle (srv@T)",
-                            "main.kx - Brak zmiennej w źródle (srv@Brak)",
-                            "main.kx - Błąd modyfikacji raportu godzinowego (srv@T)",
-                            "main.kx - Błąd modyfikacji raportu dobowego (srv@Brak)"));
+    EXPECT_THAT(Errors(), ElementsAre("main.kx - Brak zmiennej w źródle (srv@T)",
+                                      "main.kx - Brak zmiennej w źródle (srv@Brak)",
+                                      "main.kx - Błąd modyfikacji raportu godzinowego (srv@T)",
+                                      "main.kx - Błąd modyfikacji raportu dobowego (srv@Brak)"));
 }
 
 TEST_F(ScriptReportsTest, ReportThatIsNotThereHoldsTheLineThatReadsIt) {
