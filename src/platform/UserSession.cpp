@@ -31,7 +31,7 @@ bool UserSession::RegisterUser(std::string_view name, std::string_view password)
 
 void UserSession::Logout() {
     m_user.reset();
-    WipePassword(m_password);
+    m_password = {};
 }
 
 const UserRecord* UserSession::ActiveUser() const {
@@ -51,7 +51,7 @@ bool UserSession::CheckActiveUserRight(std::string_view right, std::string_view 
 
 bool UserSession::ActiveUserInfo(std::string& name, std::string& password) const {
     name = m_user ? m_user->name : std::string();
-    password = m_password;
+    password = m_password.View();
     return m_user.has_value();
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Secret.h"
 #include "platform/Translator.h"
 #include "platform/UserManager.h"
 #include "platform/UserStore.h"
@@ -44,7 +45,7 @@ class UserSession final : public UserManager {
     std::string m_account;
     std::optional<UserRecord> m_trusted;
     std::optional<UserRecord> m_user;  // as it was at the login
-    std::string m_password;
+    Secret m_password;
 };
 
 }  // namespace kalvex::platform

@@ -69,10 +69,12 @@ void CInterfaceClientConnection::Log(const char* polish,
     m_services.log.Log(text::FormatText(m_services.translator.Translate(polish), arguments), level);
 }
 
-void CInterfaceClientConnection::GetLoginData(std::string& user, std::string& password) const {
+void CInterfaceClientConnection::GetLoginData(std::string& user, platform::Secret& password) const {
     vantrel::CClientConnection::GetLoginData(user, password);
     if (user != platform::kNobody && !user.empty() && m_services.console == nullptr) return;
-    m_services.users.ActiveUserInfo(user, password);
+    std::string own;
+    m_services.users.ActiveUserInfo(user, own);
+    password = std::move(own);
 }
 
 // ---- variables and their owners

@@ -83,7 +83,7 @@ class CInterfaceClientConnection : public vantrel::CClientConnection {
     std::uint32_t GetDownReason() const { return m_downReason; }
 
     // The login of the source, or that of the user at the keyboard where the source has none.
-    void GetLoginData(std::string& user, std::string& password) const override;
+    void GetLoginData(std::string& user, platform::Secret& password) const override;
 
     // Binds a link to its variable, which has been registered, and lets it go before the variable
     // is unregistered.

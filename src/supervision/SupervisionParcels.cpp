@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kalvex.pb.h"
+#include "platform/PasswordHash.h"
 #include "text/CodePage.h"
 
 namespace kalvex::supervision {
@@ -186,7 +187,7 @@ bool Take(const pb::AuditEntry& in, audit::AuditEntry& entry) {
 std::string Pack(const Question& question) {
     pb::Question out;
     out.mutable_login()->set_user(text::ToUtf8(question.user));
-    out.mutable_login()->set_password(text::ToUtf8(question.password));
+    out.mutable_login()->set_password(text::ToUtf8(question.password.View()));
     out.mutable_login()->set_client_name(text::ToUtf8(question.clientName));
     out.set_script(text::ToUtf8(question.script));
     out.set_since(question.since);
@@ -195,10 +196,14 @@ std::string Pack(const Question& question) {
 
 bool Unpack(std::string_view bytes, Question& question) {
     pb::Question in;
-    if (!Parse(bytes, in)) return false;
-    question = {text::FromUtf8(in.login().user()), text::FromUtf8(in.login().password()),
-                text::FromUtf8(in.login().client_name()), text::FromUtf8(in.script()), in.since()};
-    return true;
+    const bool isQuestion = Parse(bytes, in);
+    if (isQuestion) {
+        question = {text::FromUtf8(in.login().user()), text::FromUtf8(in.login().password()),
+                    text::FromUtf8(in.login().client_name()), text::FromUtf8(in.script()),
+                    in.since()};
+    }
+    platform::WipePassword(*in.mutable_login()->mutable_password());
+    return isQuestion;
 }
 
 std::vector<std::string> Pack(const StatusPiece& piece) {

@@ -11,6 +11,7 @@
 
 #include "app/Supervision.h"
 #include "audit/AuditRecord.h"
+#include "platform/Secret.h"
 
 namespace kalvex::supervision {
 
@@ -28,7 +29,7 @@ inline constexpr std::size_t kLongestText = audit::kLongestAuditText;
 
 struct Question {
     std::string user = {};
-    std::string password = {};
+    platform::Secret password = {};
     std::string clientName = {};
     std::string script = {};
     std::int64_t since = 0;

@@ -58,7 +58,7 @@ void CClientConnection::SetLoginData(std::string_view user, std::string_view pas
     m_password = password;
 }
 
-void CClientConnection::GetLoginData(std::string& user, std::string& password) const {
+void CClientConnection::GetLoginData(std::string& user, platform::Secret& password) const {
     user = m_userName;
     password = m_password;
 }

@@ -47,7 +47,7 @@ class CClientConnection : private ClientTransportEvents {
     }
 
     void SetLoginData(std::string_view user, std::string_view password);
-    virtual void GetLoginData(std::string& user, std::string& password) const;
+    virtual void GetLoginData(std::string& user, platform::Secret& password) const;
 
     // Logs in anew, as after a change of the user.
     void Login();
@@ -225,7 +225,7 @@ class CClientConnection : private ClientTransportEvents {
     std::string m_server;
     std::string m_client;
     std::string m_userName;
-    std::string m_password;
+    platform::Secret m_password;
     std::uint16_t m_moduleType = 0;
     std::uint16_t m_state = StateDown;
     bool m_openFaultTold = false;  // the first of a row of failed attempts has been reported

@@ -93,12 +93,12 @@ void LoginDesk::Next() {
         m_checking = true;
         if (m_checker.joinable()) m_checker.join();
         m_checker = std::thread([this, open = m_open, pending, verdict, hash, cost = m_cost] {
-            const std::string& password = pending->request.password;
+            const std::string_view password = pending->request.password.View();
             const bool right = !hash.empty() && platform::CheckPassword(hash, password);
             // Takes as long as a check.
             if (hash.empty()) platform::HashPassword(password, cost);
             m_loop.Post([this, open, pending, verdict, right] {
-                platform::WipePassword(pending->request.password);
+                pending->request.password = {};
                 if (!*open) return;
                 m_checking = false;
                 pending->done(Conclude(*pending, verdict, right));

@@ -14,6 +14,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/Secret.h"
 #include "value/Status.h"
 #include "value/Value.h"
 
@@ -40,7 +41,7 @@ struct LoginRequest {
     std::uint16_t moduleType = 0;  // of the server that the client means to talk to
     std::string clientName;
     std::string user;
-    std::string password;
+    platform::Secret password;
     std::string token = {};  // of the client process; empty: its writes have no serials
     std::string pair = {};   // of clients that stand in for one another
     std::uint64_t term = 0;

@@ -20,7 +20,8 @@ class HandModule final : public app::Supervised {
   public:
     void Admit(vantrel::LoginRequest login, const std::string& address,
                std::function<void(const app::Admission&)> done) override {
-        asked = login.user + "|" + login.password + "|" + login.clientName + "|" + address;
+        asked = login.user + "|" + std::string(login.password.View()) + "|" + login.clientName +
+                "|" + address;
         if (waits) {
             waiting = std::move(done);
         } else {

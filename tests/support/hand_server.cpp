@@ -46,8 +46,8 @@ std::string Text(std::int64_t number) {
 
 struct Describer {
     std::string operator()(const vantrel::LoginRequest& message) const {
-        return "login " + message.user + "/" + message.password + " " + message.clientName + " " +
-               Text(message.moduleType);
+        return "login " + message.user + "/" + std::string(message.password.View()) + " " +
+               message.clientName + " " + Text(message.moduleType);
     }
     std::string operator()(const vantrel::SubscribeRequest& message) const {
         std::string text = "subscribe";

@@ -8,6 +8,7 @@
 
 #include "app/CmdLine.h"
 #include "app/Configuration.h"
+#include "platform/CoreFiles.h"
 #include "platform/GettextTranslator.h"
 #include "programs/ExitStatus.h"
 #include "programs/kalvexd/Check.h"
@@ -41,6 +42,7 @@ int RunOrder(const kalvex::kalvexd::KalvexdOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    kalvex::platform::ForbidCoreFiles();
     tzset();
     // What the service writes is for its account and its group.
     ::umask(0027);

@@ -4,9 +4,11 @@
 #include <cstdio>
 #include <ctime>
 
+#include "platform/CoreFiles.h"
 #include "programs/sorvaned/Tasks.h"
 
 int main(int argc, char** argv) {
+    kalvex::platform::ForbidCoreFiles();
     tzset();
     // What the server writes is for its account and its group.
     ::umask(0027);

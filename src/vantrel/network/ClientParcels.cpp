@@ -1,4 +1,5 @@
 // What a client says: out at the client, in at the server.
+#include "platform/PasswordHash.h"
 #include "text/CodePage.h"
 #include "vantrel/Codes.h"
 #include "vantrel/network/ListCutter.h"
@@ -26,10 +27,11 @@ class Packer {
         if (message.changesSince) out.set_changes_since(*message.changesSince);
         if (PutText(message.clientName, kMaxNameBytes, *out.mutable_client_name()) &&
             PutText(message.user, kMaxNameBytes, *out.mutable_user()) &&
-            PutText(message.password, kMaxNameBytes, *out.mutable_password()) &&
+            PutText(message.password.View(), kMaxNameBytes, *out.mutable_password()) &&
             PutText(message.token, kMaxNameBytes, *out.mutable_token()) &&
             PutText(message.pair, kMaxNameBytes, *out.mutable_pair())) {
-            return Put(parcel);
+            Put(parcel);
+            return platform::WipePassword(*out.mutable_password());
         }
         Refuse(
             LoginResult{ResultBadRequest, text::FromUtf8(WireFaultText(WireFault::NameTooLong))});
@@ -276,8 +278,8 @@ PackedRequest Pack(const ClientMessage& message) {
 WireFault Unpack(std::string_view bytes, ClientParcel& parcel) {
     pb::ClientParcel in;
     Reader reader;
-    if (!Parse(bytes, in, reader)) return reader.Fault();
-    parcel = Read(in, reader);
+    if (Parse(bytes, in, reader)) parcel = Read(in, reader);
+    if (in.has_login()) platform::WipePassword(*in.mutable_login()->mutable_password());
     return reader.Fault();
 }
 

@@ -3,6 +3,8 @@
 #include <limits>
 #include <utility>
 
+#include "platform/Secret.h"
+
 namespace kalvex::vantrel {
 
 // What comes in, from the library's threads to the call.
@@ -100,9 +102,11 @@ class FurtherCalls::Call final : public FurtherLink {
 };
 
 bool FurtherCalls::Events::OnParcel(std::string_view bytes) {
-    return m_handOver->Push([self = shared_from_this(),
-                             parcel = std::string(bytes)] { self->m_call->OnParcel(parcel); },
-                            bytes.size());
+    return m_handOver->Push(
+        [self = shared_from_this(), parcel = platform::Secret(bytes)] {
+            self->m_call->OnParcel(parcel.View());
+        },
+        bytes.size());
 }
 
 void FurtherCalls::Events::OnDrained() {

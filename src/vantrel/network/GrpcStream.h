@@ -7,13 +7,16 @@
 #include <grpcpp/support/status.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "platform/Secret.h"
 #include "vantrel/network/Outbox.h"
 #include "vantrel/network/Parcel.h"
 #include "vantrel/network/Stream.h"
@@ -22,6 +25,9 @@ namespace kalvex::vantrel {
 
 // Above our own bound, so that what is a little too large is told apart from what is no parcel.
 inline constexpr int kLibraryMaxBytes = static_cast<int>(2 * kMaxParcelBytes);
+
+// Of a parcel with a login, at most.
+inline constexpr std::size_t kLongestLogin = 8 << 10;
 
 // For what has been sent last to be written and for the other side to end as well.
 inline constexpr std::chrono::seconds kGrace{1};
@@ -140,12 +146,34 @@ class GrpcStream : public Stream,
         if (!m_bufferIn.TrySingleSlice(&bytes).ok()) m_bufferIn.DumpToSingleSlice(&bytes);
         const bool goOn =
             m_events->OnParcel({reinterpret_cast<const char*>(bytes.begin()), bytes.size()});
+        if (bytes.size() <= kLongestLogin) WipeParcel(bytes);
         const std::lock_guard lock(m_mutex);
         if (goOn || std::exchange(m_resumed, false)) {
             ReadLocked();
         } else {
             m_reading = false;
         }
+    }
+
+    // The bytes that have been read are nobody else's any more, and may hold a password.
+    void WipeParcel(const grpc::Slice& whole) {
+        std::vector<grpc::Slice> slices;
+        m_bufferIn.Dump(&slices);
+        slices.push_back(whole);
+        for (const grpc::Slice& slice : slices) {
+            platform::WipeMemory(const_cast<std::uint8_t*>(slice.begin()), slice.size());
+        }
+    }
+
+    // Nothing of it is left in memory once the library has written it.
+    static grpc::Slice SelfWiping(std::string parcel) {
+        auto* own = new std::string(std::move(parcel));
+        return {own->data(), own->size(),
+                [](void* written) {
+                    const std::unique_ptr<std::string> gone(static_cast<std::string*>(written));
+                    platform::WipeMemory(gone->data(), gone->size());
+                },
+                own};
     }
 
     // One writer at a time, by the outbox.
@@ -158,7 +186,8 @@ class GrpcStream : public Stream,
         const std::lock_guard lock(m_mutex);
         if (m_over) return;
         if (next == Outbox::Next::End) return OnAllWrittenLocked();
-        const grpc::Slice slice(parcel);
+        const grpc::Slice slice =
+            parcel.size() <= kLongestLogin ? SelfWiping(std::move(parcel)) : grpc::Slice(parcel);
         m_bufferOut = grpc::ByteBuffer(&slice, 1);
         this->StartWrite(&m_bufferOut);
     }
