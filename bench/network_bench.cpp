@@ -126,7 +126,8 @@ class Source final : public vantrel::SessionAcceptor {
     std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override {
         return std::make_unique<SourceSession>(link, m_loop);
     }
-    void ListVariables(vantrel::LoginRequest, std::string, ListAnswer answer) override {
+    void ListVariables(vantrel::LoginRequest, std::string, std::weak_ptr<const void>,
+                       ListAnswer answer) override {
         answer({});
     }
 

@@ -88,15 +88,16 @@ void AppConsole::Check() {
 // ---- supervision
 
 void AppConsole::Admit(vantrel::LoginRequest login, const std::string& address,
+                       std::weak_ptr<const void> asker,
                        std::function<void(const Admission&)> done) {
     console::ConsoleWriter client{vantrel::Printable(login.user), address,
                                   vantrel::Printable(login.clientName)};
     m_server->Logins().Check(
-        std::move(login), address,
+        std::move(login), address, std::move(asker),
         [this, client, done = std::move(done)](const vantrel::LoginVerdict& verdict) mutable {
             const bool accepted = verdict.code == vantrel::LoginOk;
             if (accepted) client.user = verdict.user.name;
-            m_server->LogLogin(client, accepted);
+            m_server->LogLogin(client, verdict);
             if (!accepted) return done({Admission::LoginRefused, verdict.text});
             if (m_server->MayControl(client)) return done({Admission::Admitted});
             done({Admission::NoRight, m_parts.world.translator.Translate(kNoControl)});

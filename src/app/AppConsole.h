@@ -60,6 +60,7 @@ class AppConsole final : public Supervised,
     void ReopenTrail() { m_trail.Reopen(); }
 
     void Admit(vantrel::LoginRequest login, const std::string& address,
+               std::weak_ptr<const void> asker,
                std::function<void(const Admission&)> done) override;
     ModuleStatus GetStatus() override;
     std::optional<std::vector<int>> GetBreakpoints(std::string_view script) override;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,8 +45,9 @@ class Supervised {
     virtual ~Supervised() = default;
 
     // Checks the login and the right to control scripts, and logs the try. `done` is called from
-    // within the call or later; not at all once the module's console is gone.
+    // within the call or later; not at all once the module's console or the asker is gone.
     virtual void Admit(vantrel::LoginRequest login, const std::string& address,
+                       std::weak_ptr<const void> asker,
                        std::function<void(const Admission&)> done) = 0;
 
     virtual ModuleStatus GetStatus() = 0;

@@ -62,23 +62,30 @@ void CKalvexServerConnection::OnClosed(std::uint32_t reason) {
 
 void CKalvexServerConnection::Check(std::int64_t acceptedBefore) {
     m_hearsLog.reset();
-    if (m_loggedIn || m_closing || m_accepted >= acceptedBefore) return;
-    m_closing = true;
+    if (!m_loggedIn && m_accepted < acceptedBefore) SendAway();
+}
+
+void CKalvexServerConnection::SendAway() {
+    if (std::exchange(m_closing, true)) return;
+    m_asker.reset();
     m_link.Close(vantrel::ReasonLoginRefused);
 }
 
 // ---- login
 
 void CKalvexServerConnection::Receive(vantrel::LoginRequest& message) {
-    if (m_loggedIn || m_loginUnderWay) return;
+    if (m_loggedIn || m_loginUnderWay || m_closing) return;
     m_peerModule = vantrel::Printable(message.clientName);
     m_user = vantrel::Printable(message.user);
     const bool fits =
         message.protocolVersion == vantrel::kProtocolVersion && message.moduleType == kModuleType;
     if (!fits) return OnLogin({kOtherKind, {}, {}});
     m_loginUnderWay = true;
+    using Standing = vantrel::ConversationSlots::Standing;
+    const bool isKnown = m_manager.Logins().KnowsProgram(message, m_link.PeerAddress());
+    m_manager.Slots().SetStanding(m_number, isKnown ? Standing::Known : Standing::Checked);
     m_manager.Logins().Check(
-        std::move(message), m_link.PeerAddress(),
+        std::move(message), m_link.PeerAddress(), m_asker,
         [&manager = m_manager, number = m_number](const vantrel::LoginVerdict& verdict) {
             if (CKalvexServerConnection* connection = manager.Find(number)) {
                 connection->OnLogin(verdict);
@@ -88,6 +95,7 @@ void CKalvexServerConnection::Receive(vantrel::LoginRequest& message) {
 
 void CKalvexServerConnection::OnLogin(vantrel::LoginVerdict verdict) {
     m_loginUnderWay = false;
+    m_manager.Slots().SetStanding(m_number, vantrel::ConversationSlots::Standing::Silent);
     ProcessLoginData(verdict);
     if (m_loggedIn) verdict.text = m_manager.Services().host.GetClientIdentity();
     m_link.Send(vantrel::LoginResult{verdict.code, verdict.text});
@@ -96,9 +104,12 @@ void CKalvexServerConnection::OnLogin(vantrel::LoginVerdict verdict) {
 void CKalvexServerConnection::ProcessLoginData(const vantrel::LoginVerdict& verdict) {
     if (verdict.code >= kOtherKind) return;
     const bool accepted = verdict.code == vantrel::LoginOk;
-    if (accepted) m_user = verdict.user.name;
+    if (accepted) {
+        m_user = verdict.user.name;
+        m_manager.Slots().OnLogin(m_number);
+    }
     m_loggedIn = m_mayWrite = accepted;
-    m_manager.LogLogin(GetWriter(), accepted);
+    m_manager.LogLogin(GetWriter(), verdict);
 }
 
 // ---- rights

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -47,6 +48,8 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     void OnVariables(std::span<const std::string> names);
     // About once a second. Ends a conversation in which nobody has logged in since.
     void Check(std::int64_t acceptedBefore);
+    // Ends a conversation in which nobody has logged in.
+    void SendAway();
 
     unsigned GetVarRights(const CVarRCCtrl& variable) const;
     // Of the connection as a whole.
@@ -92,6 +95,7 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     bool m_mayWrite = false;
     bool m_documentsSent = false;
     bool m_closing = false;
+    std::shared_ptr<char> m_asker = std::make_shared<char>();  // while a login is wanted
     std::uint32_t m_flags = 0;
     std::optional<bool> m_hearsLog;  // until the next look
     std::unordered_map<vantrel::VariableHandle, Subscription> m_subscriptions;

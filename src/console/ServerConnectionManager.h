@@ -16,7 +16,9 @@
 #include "platform/MainLoop.h"
 #include "platform/Translator.h"
 #include "platform/UserStore.h"
+#include "vantrel/ConversationSlots.h"
 #include "vantrel/LoginDesk.h"
+#include "vantrel/Refusals.h"
 #include "vantrel/Transport.h"
 
 namespace kalvex::console {
@@ -48,8 +50,8 @@ class CKalvexServerConnectionManager final : public vantrel::SessionAcceptor,
     CKalvexServerConnectionManager(const CKalvexServerConnectionManager&) = delete;
     CKalvexServerConnectionManager& operator=(const CKalvexServerConnectionManager&) = delete;
 
-    // About once a second: ends conversations in which nobody logs in. A change of who may hear the
-    // log counts from then on.
+    // About once a second: what logins wait for, and the end of conversations in which nobody logs
+    // in. A change of who may hear the log counts from then on.
     void Check();
 
     // To all clients whose user may see it.
@@ -59,29 +61,34 @@ class CKalvexServerConnectionManager final : public vantrel::SessionAcceptor,
 
     // Whether its user may control scripts from there.
     bool MayControl(const ConsoleWriter& client) const;
-    void LogLogin(const ConsoleWriter& client, bool accepted) const;
+    // Of refused ones, what the log takes of them.
+    void LogLogin(const ConsoleWriter& client, const vantrel::LoginVerdict& verdict);
 
     // ---- for the transport
 
-    // The session is counted until it is destroyed; one too many is refused.
+    // The session is counted until it is destroyed. For one too many, one without a login is sent
+    // away; without such a one it is refused.
     std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override;
     void ListVariables(vantrel::LoginRequest login, std::string address,
-                       ListAnswer answer) override;
+                       std::weak_ptr<const void> asker, ListAnswer answer) override;
 
     // ---- for the sessions
 
     const ConsoleServices& Services() const { return m_services; }
     ControlVariables& Variables() { return m_services.console.Variables(); }
     vantrel::LoginDesk& Logins() { return m_logins; }
+    vantrel::ConversationSlots& Slots() { return m_slots; }
     // The session of that number, or null when it is gone.
     CKalvexServerConnection* Find(std::uint64_t number) const;
-    void Forget(std::uint64_t number) { m_connections.erase(number); }
+    void Forget(std::uint64_t number);
 
   private:
     const ConsoleServices m_services;
     vantrel::LoginDesk m_logins;
     std::map<std::uint64_t, CKalvexServerConnection*> m_connections;
     std::uint64_t m_lastNumber = 0;
+    vantrel::ConversationSlots m_slots;
+    vantrel::Refusals m_refusals;
 };
 
 }  // namespace kalvex::console

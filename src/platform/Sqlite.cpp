@@ -8,7 +8,6 @@ namespace kalvex::platform {
 
 namespace {
 
-constexpr int kLockWait = 5000;  // ms
 constexpr int kExisting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
 
 }  // namespace
@@ -26,6 +25,10 @@ bool SqliteDatabase::Open(const std::string& path, int flags) {
     if (sqlite3_open_v2(path.c_str(), &m_database, flags, nullptr) != SQLITE_OK) return false;
     sqlite3_busy_timeout(m_database, kLockWait);
     return true;
+}
+
+void SqliteDatabase::SetLockWait(int milliseconds) {
+    sqlite3_busy_timeout(m_database, milliseconds);
 }
 
 void SqliteDatabase::Close() {

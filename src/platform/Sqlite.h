@@ -11,6 +11,9 @@ struct sqlite3_stmt;
 
 namespace kalvex::platform {
 
+// Milliseconds for which a lock is waited for unless another time is set.
+inline constexpr int kLockWait = 5000;
+
 class SqliteDatabase {
   public:
     SqliteDatabase() = default;
@@ -24,6 +27,9 @@ class SqliteDatabase {
     // The same; a file that is not there does not open.
     bool OpenExisting(const std::string& path);
     void Close();  // all statements are gone before
+
+    // How long a lock that another connection holds is waited for.
+    void SetLockWait(int milliseconds);
 
     // One statement or several, without results.
     bool Execute(const char* sql);

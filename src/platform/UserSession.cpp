@@ -20,11 +20,10 @@ std::string UserSession::TrustAccount(const Translator& translator) {
 }
 
 bool UserSession::RegisterUser(std::string_view name, std::string_view password) {
-    std::string hash;
-    std::optional<UserRecord> user = m_store.Find(name, &hash);
-    if (!user || !CheckPassword(hash, password)) return false;
+    UserFinding user = m_store.FindAside(name);
+    if (!user.record || !CheckPassword(user.hash, password)) return false;
     Logout();
-    m_user = std::move(user);
+    m_user = std::move(user.record);
     m_password = password;
     return true;
 }

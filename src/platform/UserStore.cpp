@@ -13,6 +13,7 @@ namespace kalvex::platform {
 namespace {
 
 constexpr int kSchemaVersion = 1;
+constexpr int kShortWait = 250;  // ms
 constexpr std::size_t kLongestDescription = 255;
 
 constexpr const char* kNameTaken = Translatable("Użytkownik o tej nazwie już istnieje");
@@ -97,6 +98,22 @@ UserRecord ReadUser(SqliteDatabase& database, const SqliteStatement& row) {
     return user;
 }
 
+UserFinding FindIn(SqliteDatabase& database, std::string_view name) {
+    UserFinding finding;
+    SqliteStatement select;
+    if (select.Prepare(database, (std::string(kSelectUser) + "WHERE key = ?").c_str())) {
+        select.BindText(1, text::ToUpper(name));
+        if (select.Next()) {
+            finding.hash = select.Text(4);
+            finding.record = ReadUser(database, select);
+            return finding;
+        }
+        if (!select.Failed()) return finding;
+    }
+    finding.fault = text::FromUtf8(database.ErrorText());
+    return finding;
+}
+
 bool InsertList(SqliteDatabase& database, const char* sql, std::int64_t user,
                 const std::vector<std::string>& list) {
     SqliteStatement insert;
@@ -121,6 +138,7 @@ bool UserStore::Open(const std::string& path, std::string& error) {
         return false;
     }
     if (!m_database.Open(path)) return Fail(error);
+    m_path = path;
     {
         SqliteStatement version;
         if (!version.Prepare(m_database, "PRAGMA user_version")) return Fail(error);
@@ -195,25 +213,50 @@ bool UserStore::List(std::vector<UserRecord>& users, std::string& error) const {
     return !select.Failed() || Fail(error);
 }
 
-std::optional<UserRecord> UserStore::Find(std::string_view name, std::string* hash) const {
-    SqliteStatement select;
-    if (!select.Prepare(m_database, (std::string(kSelectUser) + "WHERE key = ?").c_str())) {
-        return std::nullopt;
+std::optional<UserRecord> UserStore::Find(std::string_view name) const {
+    return FindIn(m_database, name).record;
+}
+
+UserFinding UserStore::FindAside(std::string_view name) const {
+    if (m_path.empty()) return {};
+    SqliteDatabase database;
+    UserFinding finding;
+    if (database.OpenExisting(m_path)) {
+        database.SetLockWait(kShortWait);
+        finding = FindIn(database, name);
+    } else {
+        finding.fault = text::FromUtf8(database.ErrorText());
     }
-    select.BindText(1, text::ToUpper(name));
-    if (!select.Next()) return std::nullopt;
-    if (hash != nullptr) *hash = select.Text(4);
-    return ReadUser(m_database, select);
+    if (!finding.fault.empty()) finding.fault.insert(0, text::FromUtf8(m_path) + ": ");
+    return finding;
+}
+
+std::optional<UserRecord> UserStore::FindNow(std::string_view name) const {
+    if (m_path.empty()) return std::nullopt;
+    m_database.SetLockWait(0);
+    UserFinding finding = FindIn(m_database, name);
+    m_database.SetLockWait(kLockWait);
+    const std::string key = text::ToUpper(name);
+    if (!finding.fault.empty()) {
+        const auto seen = m_lastSeen.find(key);
+        return seen == m_lastSeen.end() ? std::nullopt : std::optional(seen->second);
+    }
+    if (finding.record) {
+        m_lastSeen[key] = *finding.record;
+    } else {
+        m_lastSeen.erase(key);
+    }
+    return finding.record;
 }
 
 bool UserStore::CheckUserRight(std::string_view user, std::string_view right,
                                std::string_view address) const {
-    const std::optional<UserRecord> record = Find(user);
+    const std::optional<UserRecord> record = FindNow(user);
     return record && HasRight(*record, right, address);
 }
 
 int UserStore::GetUserRightLevel(std::string_view user, std::string_view address) const {
-    const std::optional<UserRecord> record = Find(user);
+    const std::optional<UserRecord> record = FindNow(user);
     return record && MayComeFrom(*record, address) ? record->level : 0;
 }
 

@@ -1,9 +1,10 @@
 // The users in an SQLite file. Several programs may have the file open; each operation sees what
-// the last one left. Main thread. Reasons are engine texts,
+// the last one left. Main thread, unless said otherwise. Reasons are engine texts,
 // Polish ones still to be translated.
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,12 @@ namespace kalvex::platform {
 // In characters; the first holds for groups as well.
 inline constexpr std::size_t kLongestUserName = 64;
 inline constexpr std::size_t kLongestPassword = 256;
+
+struct UserFinding {
+    std::optional<UserRecord> record;
+    std::string hash;   // of the password
+    std::string fault;  // which file could not be read, and why
+};
 
 class UserStore final : public UserDirectory {
   public:
@@ -34,8 +41,13 @@ class UserStore final : public UserDirectory {
     bool Remove(std::string_view name, std::string& error);
     bool List(std::vector<UserRecord>& users, std::string& error) const;  // by name
 
-    // The user, with the hash of the password if it is asked for.
-    std::optional<UserRecord> Find(std::string_view name, std::string* hash = nullptr) const;
+    // Waits for who has locked the file.
+    std::optional<UserRecord> Find(std::string_view name) const;
+    // On a connection of its own, a quarter of a second at most for who has locked the file. Any
+    // thread, once the store is open.
+    UserFinding FindAside(std::string_view name) const;
+
+    // ---- without a wait: while the file is locked, users are as they were seen last
 
     bool CheckUserRight(std::string_view user, std::string_view right,
                         std::string_view address) const override;
@@ -45,9 +57,12 @@ class UserStore final : public UserDirectory {
 
   private:
     bool Fail(std::string& error) const;
+    std::optional<UserRecord> FindNow(std::string_view name) const;
 
+    std::string m_path;
     PasswordCost m_cost;
     mutable SqliteDatabase m_database;
+    mutable std::map<std::string, UserRecord> m_lastSeen;
 };
 
 }  // namespace kalvex::platform

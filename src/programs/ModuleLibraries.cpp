@@ -60,7 +60,8 @@ bool ConsoleDoor::Open(vantrel::SessionAcceptor& acceptor, app::Supervised& modu
     const vantrel::Listening& listening = configuration.listening;
     if (!listening.localSocket && listening.address.empty()) return true;
     vantrel::NetworkServerSettings settings = vantrel::SettingsFor(name, listening);
-    settings.conversationLimit = static_cast<std::size_t>(configuration.clients);
+    // How many there may be is the console's to say; so one more, for whom another one goes.
+    settings.conversationLimit = static_cast<std::size_t>(configuration.clients) + 1;
     m_supervision = std::make_unique<supervision::SupervisionServer>(module, m_loop);
     m_network = vantrel::ListenOnNetwork(settings, acceptor, m_loop, *m_log, m_translator, error,
                                          m_supervision.get());

@@ -175,6 +175,10 @@ void Server::Tick() {
         m_automatic.Step(m_definitions, Confirmed(), m_confirmed.IsSure());
     }
     m_reportChanges.Publish();
+    m_logins->Step();
+    for (const auto& leftOut : m_refusals.TakeLeftOut(Elapsed())) {
+        Log(vantrel::LeftOutLine(leftOut, m_translator), platform::LogErrors);
+    }
     for (const auto& [number, session] : m_sessions) {
         session->SendReportChanges();
         session->TellRefusals(Elapsed());
@@ -214,10 +218,15 @@ void Server::Distribute() {
 // ---- sessions
 
 std::unique_ptr<vantrel::ServerSession> Server::Accept(vantrel::ServerLink& link) {
-    if (m_sessions.size() >= static_cast<std::size_t>(m_definitions.maxClients)) {
-        Log(kManyClients, {}, platform::LogErrors);
+    const std::string address = link.PeerAddress();
+    const vantrel::ConversationSlots::Entry slot =
+        m_slots.Enter(m_lastSession + 1, address, m_logins->KnowsAddress(address),
+                      static_cast<std::size_t>(m_definitions.maxClients));
+    if (!slot.isTaken) {
+        if (m_refusals.MayLog(address, Elapsed())) Log(kManyClients, {}, platform::LogErrors);
         return nullptr;
     }
+    if (Session* leaving = FindSession(slot.leaves)) leaving->SendAway();
     auto session = std::make_unique<Session>(*this, link, ++m_lastSession);
     m_sessions.emplace(m_lastSession, session.get());
     return session;
@@ -230,14 +239,16 @@ Session* Server::FindSession(std::uint64_t number) const {
 
 void Server::Forget(const Session& session) {
     m_sessions.erase(session.Number());
+    m_slots.Leave(session.Number());
 }
 
-void Server::ListVariables(vantrel::LoginRequest login, std::string address, ListAnswer answer) {
+void Server::ListVariables(vantrel::LoginRequest login, std::string address,
+                           std::weak_ptr<const void> asker, ListAnswer answer) {
     const std::string user = login.user;
     const std::string client = ClientText(login.clientName, address);
-    m_logins->Check(std::move(login), address,
+    m_logins->Check(std::move(login), address, std::move(asker),
                     [this, user, client, address, answer = std::move(answer)](const auto& verdict) {
-                        LogLogin(verdict, user, client);
+                        LogLogin(verdict, user, client, address);
                         if (verdict.code != vantrel::LoginOk) return answer(std::nullopt);
                         answer(DefinitionsFor(verdict.user, address));
                     });
@@ -270,9 +281,14 @@ void Server::Log(const char* polish, std::initializer_list<std::string_view> val
 }
 
 void Server::LogLogin(const vantrel::LoginVerdict& verdict, std::string_view user,
-                      const std::string& client) {
+                      const std::string& client, const std::string& address) {
+    const bool accepted = verdict.code == vantrel::LoginOk;
+    if (!accepted && !m_refusals.MayLog(address, Elapsed())) return;
+    if (!verdict.fault.empty()) {
+        Log(vantrel::LoginFaultLine(verdict, m_translator), platform::LogErrors);
+    }
     Log(LoginLine(verdict, user, client, m_translator),
-        verdict.code == vantrel::LoginOk ? platform::LogEvents : platform::LogErrors);
+        accepted ? platform::LogEvents : platform::LogErrors);
 }
 
 std::deque<vantrel::LogMessage> Server::LastMessages(std::size_t count) const {

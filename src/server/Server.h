@@ -30,7 +30,9 @@
 #include "server/Rights.h"
 #include "server/Store.h"
 #include "server/WriteAnswers.h"
+#include "vantrel/ConversationSlots.h"
 #include "vantrel/LoginDesk.h"
+#include "vantrel/Refusals.h"
 #include "vantrel/Transport.h"
 
 namespace kalvex::server {
@@ -65,11 +67,12 @@ class Server final : public vantrel::SessionAcceptor {
 
     // ---- for the transport
 
-    // The session is counted until it is destroyed; one too many is refused.
+    // The session is counted until it is destroyed. For one too many, one without a login is sent
+    // away; without such a one it is refused.
     std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override;
 
     void ListVariables(vantrel::LoginRequest login, std::string address,
-                       ListAnswer answer) override;
+                       std::weak_ptr<const void> asker, ListAnswer answer) override;
 
     // ---- for the sessions
 
@@ -79,6 +82,7 @@ class Server final : public vantrel::SessionAcceptor {
     Plant& GetPlant() { return m_plant; }
     Store& GetStore() { return m_store; }
     vantrel::LoginDesk& GetLogins() { return *m_logins; }
+    vantrel::ConversationSlots& GetSlots() { return m_slots; }
     const Rights& GetRights() const { return m_rights; }
     const ReportChanges& GetReportChanges() const { return m_reportChanges; }
     WriteAnswers& GetWriteAnswers() { return m_writeAnswers; }
@@ -88,7 +92,7 @@ class Server final : public vantrel::SessionAcceptor {
     void Log(const char* polish, std::initializer_list<std::string_view> values, int level);
     // `user` as the client gave it, `client` as the log names it.
     void LogLogin(const vantrel::LoginVerdict& verdict, std::string_view user,
-                  const std::string& client);
+                  const std::string& client, const std::string& address);
     std::deque<vantrel::LogMessage> LastMessages(std::size_t count) const;
 
     // The session of that number, or null when it is gone.
@@ -133,6 +137,8 @@ class Server final : public vantrel::SessionAcceptor {
     AutomaticReports m_automatic;
     std::map<std::uint64_t, Session*> m_sessions;
     std::uint64_t m_lastSession = 0;
+    vantrel::ConversationSlots m_slots;
+    vantrel::Refusals m_refusals;
     ReportChanges m_reportChanges;
     WriteAnswers m_writeAnswers;
     std::deque<vantrel::LogMessage> m_lastMessages;

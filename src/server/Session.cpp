@@ -86,14 +86,17 @@ Rights::Granted Session::RightsTo(std::size_t variable) const {
 // ---- login
 
 void Session::Receive(vantrel::LoginRequest& message) {
-    if (m_state != State::New) return;
+    if (m_state != State::New || m_closing) return;
     m_state = State::Checking;
+    using Standing = vantrel::ConversationSlots::Standing;
+    const bool isKnown = m_server.GetLogins().KnowsProgram(message, m_link.PeerAddress());
+    m_server.GetSlots().SetStanding(m_number, isKnown ? Standing::Known : Standing::Checked);
     m_client = message.clientName.substr(0, kLongestClientName);
     m_userName = message.user.substr(0, kLongestClientName);
     m_token = message.token;
     m_changesSince = message.changesSince;
     m_server.GetLogins().Check(
-        std::move(message), m_link.PeerAddress(),
+        std::move(message), m_link.PeerAddress(), m_asker,
         [&server = m_server, number = m_number](const vantrel::LoginVerdict& verdict) {
             if (Session* session = server.FindSession(number)) session->OnLogin(verdict);
         });
@@ -101,9 +104,11 @@ void Session::Receive(vantrel::LoginRequest& message) {
 
 void Session::OnLogin(const vantrel::LoginVerdict& verdict) {
     const bool accepted = verdict.code == vantrel::LoginOk;
-    m_server.LogLogin(verdict, m_userName, Peer());
+    m_server.LogLogin(verdict, m_userName, Peer(), m_link.PeerAddress());
     m_state = accepted ? State::LoggedIn : State::New;
+    m_server.GetSlots().SetStanding(m_number, vantrel::ConversationSlots::Standing::Silent);
     if (accepted) {
+        m_server.GetSlots().OnLogin(m_number);
         m_user = verdict.user;
         m_granted = m_server.GetRights().GrantedTo(m_user, m_link.PeerAddress());
     }
@@ -120,8 +125,12 @@ void Session::OnLogin(const vantrel::LoginVerdict& verdict) {
 }
 
 void Session::CloseUnlessLoggedIn(std::int64_t acceptedBefore) {
-    if (IsLoggedIn() || m_closing || m_accepted >= acceptedBefore) return;
-    m_closing = true;
+    if (!IsLoggedIn() && m_accepted < acceptedBefore) SendAway();
+}
+
+void Session::SendAway() {
+    if (std::exchange(m_closing, true)) return;
+    m_asker.reset();
     m_link.Close(vantrel::ReasonLoginRefused);
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -60,6 +61,8 @@ class Session final : public vantrel::ServerSession {
 
     // Ends a conversation in which nobody has logged in since.
     void CloseUnlessLoggedIn(std::int64_t acceptedBefore);
+    // Ends a conversation in which nobody has logged in.
+    void SendAway();
 
   private:
     enum class State { New, Checking, LoggedIn };
@@ -155,6 +158,7 @@ class Session final : public vantrel::ServerSession {
     std::vector<Rights::Granted> m_granted;  // by rule
     std::uint32_t m_flags = 0;
     bool m_closing = false;
+    std::shared_ptr<char> m_asker = std::make_shared<char>();  // while a login is wanted
     std::string m_token;
     std::optional<std::uint64_t> m_changesSince;    // as the login says, or its answer
     std::optional<std::uint64_t> m_lastChangeTold;  // of reports; none while nobody has asked

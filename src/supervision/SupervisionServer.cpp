@@ -36,7 +36,7 @@ class Call : public vantrel::FurtherCall {
         login.user = m_question.user;
         login.password = std::move(m_question.password);
         login.clientName = m_question.clientName;
-        m_ground.module.Admit(std::move(login), m_link.PeerAddress(),
+        m_ground.module.Admit(std::move(login), m_link.PeerAddress(), m_self,
                               [weak = std::weak_ptr(m_self)](const app::Admission& admission) {
                                   if (const auto self = weak.lock())
                                       (*self)->OnAdmission(admission);

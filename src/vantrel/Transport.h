@@ -144,8 +144,10 @@ class SessionAcceptor {
     virtual std::unique_ptr<ServerSession> Accept(ServerLink& link) = 0;
 
     // For ClientTransport::LoadVariableList. `address` is as ServerLink::PeerAddress gives it.
-    // `answer` is called once, from within the call or later, unless the server goes before.
-    virtual void ListVariables(LoginRequest login, std::string address, ListAnswer answer) = 0;
+    // `answer` is called once, from within the call or later, unless the server or the asker goes
+    // before.
+    virtual void ListVariables(LoginRequest login, std::string address,
+                               std::weak_ptr<const void> asker, ListAnswer answer) = 0;
 };
 
 // Waits for clients from its making on; destroying it ends all conversations with

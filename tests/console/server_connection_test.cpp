@@ -1,5 +1,6 @@
 // Who is let in to a module's console server, and what each may see and do.
 #include "console_fixture.h"
+#include "platform/Sqlite.h"
 
 namespace kalvex::console {
 namespace {
@@ -159,10 +160,47 @@ TEST_F(ServerConnectionTest, VariableMayBeSubscribedTwiceAndLetGoOnce) {
 }
 
 TEST_F(ServerConnectionTest, OneClientTooManyIsRefused) {
-    for (int count = 0; count < 4; ++count) EXPECT_NE(Connect().session, nullptr);
-    log.Take();
+    for (int count = 0; count < 4; ++count) LogIn();
     EXPECT_EQ(Connect().session, nullptr);
     EXPECT_THAT(log.Take(), ElementsAre("1 Zbyt wielu klientów, odrzucono połączenie"));
+}
+
+TEST_F(ServerConnectionTest, WhoDoesNotLogInKeepsNobodyOut) {
+    TestClient& silent = Connect();
+    for (int count = 0; count < 20; ++count) EXPECT_NE(Connect().session, nullptr);
+    EXPECT_EQ(silent.closed, vantrel::ReasonLoginRefused);
+    EXPECT_EQ(TryLogin(Connect(), "JAN", "haslo").code, 0);
+    EXPECT_EQ(TryLogin(Connect("10.0.0.7"), "JAN", "haslo").code, 0);
+}
+
+TEST_F(ServerConnectionTest, RefusedLoginsAreLoggedOnceASecond) {
+    TestClient& client = Connect();
+    log.Take();
+    for (int count = 0; count < 3; ++count) EXPECT_EQ(TryLogin(client, "EWA", "zle").code, 1);
+    EXPECT_THAT(log.Take(), ElementsAre("1 Próba rejestracji użytkownika EWA (Sorvane: 49) z "
+                                        "Konsola_RC - brak uprawnień"));
+    clock.Advance(1000);
+    m_server->Check();
+    EXPECT_THAT(log.Take(),
+                ElementsAre("1 Odmowy klientom na tym komputerze, których nie ma w logu: 2"));
+}
+
+TEST_F(ServerConnectionTest, UsersFileThatIsLockedIsTold) {
+    EXPECT_EQ(TryLogin(Connect(), "JAN", "haslo").code, 0);
+    log.Take();
+    platform::SqliteDatabase other;
+    ASSERT_TRUE(other.Open(folder.Path("users.sqlite")));
+    ASSERT_TRUE(other.Execute("BEGIN EXCLUSIVE"));
+    TestClient& client = Connect();
+    log.Take();
+    const vantrel::LoginResult result = TryLogin(client, "JAN", "haslo");
+    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(text::ToUtf8(result.text), "hasła nie można teraz sprawdzić");
+    EXPECT_THAT(log.Take(),
+                ElementsAre("1 Nie można sprawdzić hasła (" + folder.Path("users.sqlite") +
+                                ": database is locked)",
+                            "1 Próba rejestracji użytkownika JAN (Sorvane: 50) z Konsola_RC - "
+                            "brak uprawnień"));
 }
 
 TEST_F(ServerConnectionTest, WhoDoesNotLogInIsSentAway) {
@@ -179,10 +217,11 @@ TEST_F(ServerConnectionTest, WhoDoesNotLogInIsSentAway) {
 
 TEST_F(ServerConnectionTest, ListOfVariablesIsEmpty) {
     bool answered = false;
+    const auto asker = std::make_shared<char>();
     vantrel::LoginRequest login;
     login.user = "NOBODY";
     m_server->ListVariables(
-        login, {}, [&](const auto& list) { answered = list.has_value() && list->empty(); });
+        login, {}, asker, [&](const auto& list) { answered = list.has_value() && list->empty(); });
     while (!answered && m_loop.Run()) {
     }
     EXPECT_TRUE(answered);

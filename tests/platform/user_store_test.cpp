@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "platform/UserSession.h"
 #include "support/scratch_folder.h"
 #include "text/CodePage.h"
@@ -58,6 +60,16 @@ TEST_F(UserStoreTest, FileIsForItsOwnerAlone) {
     struct stat info {};
     ASSERT_EQ(::stat(m_path.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0600u);
+}
+
+TEST_F(UserStoreTest, HasNobodyWhileNoFileIsOpen) {
+    const UserStore none;
+    const UserFinding finding = none.FindAside("adam");
+    EXPECT_FALSE(finding.record);
+    EXPECT_EQ(finding.fault, "");
+    EXPECT_FALSE(none.Find("adam"));
+    EXPECT_FALSE(none.CheckUserRight("adam", "0", ""));
+    EXPECT_EQ(none.GetUserRightLevel("adam", ""), 0);
 }
 
 TEST_F(UserStoreTest, NamesDifferByMoreThanCase) {
@@ -138,14 +150,13 @@ TEST_F(UserStoreTest, RemovedUserLeavesNoGroups) {
 
 TEST_F(UserStoreTest, PasswordIsCheckedAndChanged) {
     ASSERT_TRUE(Add(Named("adam"), "pierwsze"));
-    std::string hash;
-    ASSERT_TRUE(m_store.Find("adam", &hash));
+    std::string hash = m_store.FindAside("adam").hash;
     EXPECT_EQ(hash.rfind("$argon2id$", 0), 0u) << hash;
     EXPECT_TRUE(CheckPassword(hash, "pierwsze"));
     EXPECT_FALSE(CheckPassword(hash, "Pierwsze"));
 
     ASSERT_TRUE(m_store.SetPassword("ADAM", "drugie", m_error));
-    ASSERT_TRUE(m_store.Find("adam", &hash));
+    hash = m_store.FindAside("adam").hash;
     EXPECT_FALSE(CheckPassword(hash, "pierwsze"));
     EXPECT_TRUE(CheckPassword(hash, "drugie"));
 
@@ -186,6 +197,50 @@ TEST_F(UserStoreTest, RightsHoldFromTheUsersAddressesOnly) {
         EXPECT_FALSE(m_store.CheckUserRight("adam", "10", address)) << address;
         EXPECT_EQ(m_store.GetUserRightLevel("adam", address), 0) << address;
     }
+}
+
+TEST_F(UserStoreTest, WhoIsLookedUpAsideIsFoundOrNot) {
+    UserRecord adam = Named("adam");
+    adam.groups = {"operatorzy"};
+    ASSERT_TRUE(Add(adam, "haslo"));
+    const UserFinding found = m_store.FindAside("ADAM");
+    ASSERT_TRUE(found.record);
+    EXPECT_EQ(found.record->name, "adam");
+    EXPECT_EQ(found.record->groups, adam.groups);
+    EXPECT_EQ(found.fault, "");
+    const UserFinding missing = m_store.FindAside("ewa");
+    EXPECT_FALSE(missing.record);
+    EXPECT_EQ(missing.fault, "");
+    std::filesystem::remove(m_path);
+    EXPECT_EQ(m_store.FindAside("adam").fault, m_path + ": unable to open database file");
+}
+
+TEST_F(UserStoreTest, LockedFileIsAFaultAside) {
+    ASSERT_TRUE(Add(Named("adam"), "haslo"));
+    SqliteDatabase other;
+    ASSERT_TRUE(other.Open(m_path));
+    ASSERT_TRUE(other.Execute("BEGIN EXCLUSIVE"));
+    const UserFinding finding = m_store.FindAside("adam");
+    EXPECT_FALSE(finding.record);
+    EXPECT_EQ(finding.hash, "");
+    EXPECT_EQ(finding.fault, m_path + ": database is locked");
+}
+
+TEST_F(UserStoreTest, WhileTheFileIsLockedRightsAreAsTheyWereSeenLast) {
+    UserRecord adam = Named("adam");
+    adam.level = 50;
+    ASSERT_TRUE(Add(adam, "haslo"));
+    ASSERT_TRUE(Add(Named("ewa"), "haslo"));
+    EXPECT_EQ(m_store.GetUserRightLevel("adam", ""), 50);
+    EXPECT_TRUE(m_store.CheckUserRight("ewa", "0", ""));
+    ASSERT_TRUE(m_store.Remove("ewa", m_error));
+    EXPECT_FALSE(m_store.CheckUserRight("ewa", "0", ""));
+    SqliteDatabase other;
+    ASSERT_TRUE(other.Open(m_path));
+    ASSERT_TRUE(other.Execute("BEGIN EXCLUSIVE"));
+    EXPECT_EQ(m_store.GetUserRightLevel("Adam", ""), 50);
+    EXPECT_FALSE(m_store.CheckUserRight("ewa", "0", ""));
+    EXPECT_EQ(m_store.GetUserRightLevel("jan", ""), 0);
 }
 
 TEST_F(UserStoreTest, NewerFileIsRefused) {

@@ -564,7 +564,8 @@ TEST_F(SessionTest, LogReachesAThousandLinesBack) {
         vantrel::LoginRequest request;
         request.clientName = "K" + std::to_string(i);
         bool answered = false;
-        m_server->ListVariables(request, {}, [&answered](const auto&) { answered = true; });
+        const auto asker = std::make_shared<char>();
+        m_server->ListVariables(request, {}, asker, [&answered](const auto&) { answered = true; });
         while (!answered) m_loop.WaitAndRun();
         if (i > 0) expected.push_back("Rejestracja użytkownika NOBODY z " + request.clientName);
     }

@@ -18,7 +18,7 @@ using testing::IsEmpty;
 
 class HandModule final : public app::Supervised {
   public:
-    void Admit(vantrel::LoginRequest login, const std::string& address,
+    void Admit(vantrel::LoginRequest login, const std::string& address, std::weak_ptr<const void>,
                std::function<void(const app::Admission&)> done) override {
         asked = login.user + "|" + std::string(login.password.View()) + "|" + login.clientName +
                 "|" + address;

@@ -108,7 +108,7 @@ std::unique_ptr<vantrel::ServerSession> HandServer::Accept(vantrel::ServerLink& 
 }
 
 void HandServer::ListVariables(vantrel::LoginRequest login, std::string address,
-                               ListAnswer answer) {
+                               std::weak_ptr<const void>, ListAnswer answer) {
     heard.push_back("list " + login.user + (address.empty() ? "" : " from " + address));
     if (!answersList) {
         listAnswer = std::move(answer);

@@ -19,7 +19,7 @@ class HandServer final : public vantrel::SessionAcceptor {
   public:
     std::unique_ptr<vantrel::ServerSession> Accept(vantrel::ServerLink& link) override;
     void ListVariables(vantrel::LoginRequest login, std::string address,
-                       ListAnswer answer) override;
+                       std::weak_ptr<const void> asker, ListAnswer answer) override;
 
     // To the client that came last.
     void Send(vantrel::ServerMessage message) { link->Send(std::move(message)); }

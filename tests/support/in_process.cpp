@@ -74,7 +74,7 @@ class InProcessTransport final : public vantrel::ClientTransport {
         if (server == nullptr) return false;
         const auto answered =
             std::make_shared<std::optional<std::vector<vantrel::VariableDefinition>>>();
-        server->ListVariables(login, {},
+        server->ListVariables(login, {}, answered,
                               [answered](auto definitions) { *answered = std::move(definitions); });
         if (*answered) list = std::move(**answered);
         return answered->has_value();
@@ -83,7 +83,7 @@ class InProcessTransport final : public vantrel::ClientTransport {
     void AskVariableList(const vantrel::LoginRequest& login, ListTaker done) override {
         vantrel::SessionAcceptor* server = m_network.FindServer(m_strSource);
         if (server == nullptr) return done(std::nullopt);
-        server->ListVariables(login, {}, std::move(done));
+        server->ListVariables(login, {}, m_asker, std::move(done));
     }
 
     InProcessNetwork& m_network;
@@ -91,6 +91,7 @@ class InProcessTransport final : public vantrel::ClientTransport {
     vantrel::ClientTransportEvents& m_events;
     std::shared_ptr<InProcessNetwork::Conversation> m_conversation;
     bool m_wanted = false;
+    const std::shared_ptr<char> m_asker = std::make_shared<char>();
 };
 
 void InProcessNetwork::Conversation::Send(vantrel::ServerMessage message) {

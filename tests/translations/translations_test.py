@@ -74,6 +74,7 @@ TABLES = {
     "src/programs/kalvexctl/SupervisionCommands.cpp": None,
     "src/server/ClientText.cpp": None,
     "src/vantrel/LoginDesk.cpp": None,
+    "src/vantrel/Refusals.cpp": None,
     "src/server/Recorder.cpp": None,
     "src/server/Server.cpp": None,
     "src/server/Session.cpp": None,

@@ -1,8 +1,11 @@
 // Peers that do not keep to the rules.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <future>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include "support/network_world.h"
 #include "text/CodePage.h"
@@ -259,18 +262,55 @@ TEST_F(NetworkLimitsClientTest, ListCallerThatHasGoneIsNotAnswered) {
     EXPECT_THAT(world.log.Take(), IsEmpty());
 }
 
-TEST_F(NetworkLimitsClientTest, ListCallersAreCountedWithTheConversations) {
-    settings.conversationLimit = 1;
+TEST_F(NetworkLimitsClientTest, ListCallersThatSayNothingKeepNobodyOut) {
+    settings.conversationLimit = 4;
     server = world.Listen(settings, acceptor);
+    std::vector<std::unique_ptr<RawClient>> silent;
+    for (int call = 0; call < 6; ++call) {
+        silent.push_back(std::make_unique<RawClient>(Local(), StreamMethod::ListVariables));
+        silent.back()->stream->Resume();
+    }
     RawClient first(Local(), StreamMethod::Converse);
     LogIn(first);
-    RawClient raw(Local(), StreamMethod::ListVariables);
-    raw.stream->Resume();
+    RawClient asking(Local(), StreamMethod::ListVariables);
+    asking.stream->Resume();
+    asking.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "jan", ""})));
+    world.RunUntil(acceptor, "list jan");
+    EXPECT_EQ(asking.events->AwaitEnd(), StreamEnd::Orderly);
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+}
+
+TEST_F(NetworkLimitsClientTest, ListCallersThatWaitAreBounded) {
+    settings.conversationLimit = 1;
+    acceptor.answersList = false;
+    server = world.Listen(settings, acceptor);
+    RawClient first(Local(), StreamMethod::ListVariables);
+    first.stream->Resume();
+    first.stream->Send(Parcel(ClientMessage(LoginRequest{1, 23, "Obcy", "jan", ""})));
+    world.RunUntil([&] { return acceptor.heard.size() == 1; });
+    RawClient second(Local(), StreamMethod::ListVariables);
+    second.stream->Resume();
     world.RunUntil([&] { return !world.log.lines.empty(); });
-    EXPECT_EQ(raw.events->AwaitEnd(), StreamEnd::Refused);
+    EXPECT_EQ(second.events->AwaitEnd(), StreamEnd::Refused);
     EXPECT_THAT(world.log.Take(),
                 ElementsAre("1 Odmowa połączenia z klientem na tym komputerze: za dużo klientów"));
-    EXPECT_THAT(acceptor.heard, testing::Not(testing::Contains("list ")));
+}
+
+TEST_F(NetworkLimitsClientTest, WhoIsNotLoggedInHasALineASecondInTheLog) {
+    server = world.Listen(settings, acceptor);
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (int call = 0; call < 3; ++call) {
+        clients.push_back(std::make_unique<RawClient>(Local(), StreamMethod::Converse));
+        clients.back()->stream->Resume();
+        clients.back()->stream->Send("rubbish");
+    }
+    world.RunUntil([&] { return std::ranges::count(acceptor.heard, "closed 4108") == 3; });
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Błąd odbioru pakietu od klienta na tym komputerze "
+                                              "(to nie jest komunikat protokołu)"));
+    world.now += 1000;
+    server->Check();
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Odmowy klientom na tym komputerze, których nie ma w logu: 2"));
 }
 
 TEST_F(NetworkLimitsClientTest, ListCallerThatSaysNothingIsGivenUp) {

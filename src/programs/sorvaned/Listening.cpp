@@ -18,7 +18,7 @@ vantrel::NetworkServerSettings MakeSettings(const server::Definitions& definitio
     vantrel::NetworkServerSettings settings =
         vantrel::SettingsFor(definitions.name, definitions.listening);
     // How many there may be is the server's to say, and can change while it runs.
-    settings.conversationLimit = server::kMostClients;
+    settings.conversationLimit = server::kMostClients + 1;
     settings.variableLimit = 2 * vantrel::kMostVariables;
     return settings;
 }

@@ -6,7 +6,9 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <utility>
+#include <vector>
 
 #include "platform/NetworkAddress.h"
 #include "text/CodePage.h"
@@ -22,6 +24,9 @@ namespace {
 
 // Streams at a time that leave enough behind to be given back.
 constexpr std::size_t kCrowd = 256;
+// Of the calls for lists, one in so many may be of one address, and so many in any case.
+constexpr std::size_t kShareOfAddress = 4;
+constexpr std::size_t kLeastOfAddress = 2;
 
 // Turns the client away unless somebody takes it.
 class WaitingCaller {
@@ -52,6 +57,7 @@ class Server final : public NetworkServer, private PortEvents {
                      acceptor,
                      log,
                      translator,
+                     m_refusals,
                      [this](ServerCall& call) { Retire(call); },
                      [this](const std::string& host) { m_port->OnLogin(host); }},
           m_work(std::make_shared<HandOver>(loop, std::numeric_limits<std::size_t>::max())) {
@@ -100,6 +106,9 @@ class Server final : public NetworkServer, private PortEvents {
         for (const auto& [call, owned] : m_calls) call->Check(now);
         if (m_further) m_further->Check();
         CheckPort(now);
+        for (const Refusals::LeftOut& leftOut : m_refusals.TakeLeftOut(now / 1000)) {
+            m_services.log.Log(LeftOutLine(leftOut, m_services.translator), platform::LogErrors);
+        }
         GiveBackMemory();
     }
 
@@ -155,17 +164,40 @@ class Server final : public NetworkServer, private PortEvents {
     }
 
     void Admit(Caller caller) {
-        const bool tooMany = m_calls.size() >= m_settings.conversationLimit;
-        std::unique_ptr<ServerCall> call;
-        if (caller.method == StreamMethod::ListVariables) {
-            call = std::make_unique<ListCall>(m_services, std::move(caller), tooMany);
-        } else {
-            call = std::make_unique<Conversation>(m_services, std::move(caller), tooMany);
+        if (caller.method == StreamMethod::ListVariables) return AdmitList(std::move(caller));
+        const bool tooMany = m_conversations.size() >= m_settings.conversationLimit;
+        auto call = std::make_unique<Conversation>(m_services, std::move(caller), tooMany);
+        if (!call->HasEnded()) m_conversations.insert(call.get());
+        m_calls.emplace(call.get(), std::move(call));
+    }
+
+    // One too many from an address, or in all, takes the place of one that has asked nothing yet.
+    void AdmitList(Caller caller) {
+        const auto isOfAddress = [&](const ListCall* call) {
+            return call->Address() == caller.address;
+        };
+        const auto ofAddress =
+            static_cast<std::size_t>(std::ranges::count_if(m_lists, isOfAddress));
+        const bool addressIsFull =
+            ofAddress >= std::max(m_settings.conversationLimit / kShareOfAddress, kLeastOfAddress);
+        bool tooMany = addressIsFull || m_lists.size() >= m_settings.conversationLimit;
+        if (tooMany) {
+            const auto silent = std::ranges::find_if(m_lists, [&](const ListCall* call) {
+                return !call->HasAsked() && (!addressIsFull || isOfAddress(call));
+            });
+            if (silent != m_lists.end()) {
+                (*silent)->TurnAway();
+                tooMany = false;
+            }
         }
+        auto call = std::make_unique<ListCall>(m_services, std::move(caller), tooMany);
+        if (!call->HasEnded()) m_lists.push_back(call.get());
         m_calls.emplace(call.get(), std::move(call));
     }
 
     void Retire(ServerCall& call) {
+        m_conversations.erase(&call);
+        std::erase(m_lists, &call);
         m_work->Push(
             [this, &call] {
                 const auto node = m_calls.extract(&call);
@@ -176,9 +208,12 @@ class Server final : public NetworkServer, private PortEvents {
 
     const NetworkServerSettings m_settings;
     platform::MainLoop& m_loop;
+    Refusals m_refusals;
     const CallServices m_services;
     std::shared_ptr<HandOver> m_work;
     std::map<ServerCall*, std::unique_ptr<ServerCall>> m_calls;
+    std::set<ServerCall*> m_conversations;  // of these calls, that have not ended
+    std::vector<ListCall*> m_lists;         // the same, by their coming
     LocalSocket m_socket;
     std::optional<FurtherCalls> m_further;
     std::unique_ptr<ServerPort> m_port;

@@ -38,7 +38,7 @@ struct NetworkServerSettings {
     std::size_t inboxLimit = 4 << 20;
     std::size_t outboxLimit = 64 << 20;
     int patience = 10'000;                  // milliseconds that a connection may be without a call
-    std::size_t conversationLimit = 4096;   // calls for lists of variables among them
+    std::size_t conversationLimit = 4096;   // and so many calls for lists of variables
     std::size_t variableLimit = 1'000'000;  // subscribed on one conversation
 };
 

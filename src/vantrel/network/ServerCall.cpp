@@ -72,6 +72,8 @@ void ServerCall::Check(std::int64_t now) {
 }
 
 void ServerCall::Log(const char* polish, const std::string& detail) {
+    const std::int64_t second = m_services.settings.clock() / 1000;
+    if (!m_loggedIn && !m_services.refusals.MayLog(m_caller.address, second)) return;
     std::string client = text::ToUtf8(m_client);
     if (!m_caller.address.empty()) {
         client += client.empty() ? m_caller.address : " (" + m_caller.address + ")";
@@ -191,13 +193,17 @@ ListCall::ListCall(const CallServices& services, Caller caller, bool tooMany)
     }
 }
 
+void ListCall::TurnAway() {
+    End(ReasonServerEnded, Ending::Refusal);
+}
+
 void ListCall::OnParcel(ClientParcel parcel) {
     if (std::exchange(m_asked, true)) return;
     auto* message = std::get_if<ClientMessage>(&parcel);
     auto* login = message == nullptr ? nullptr : std::get_if<LoginRequest>(message);
     if (login == nullptr) return End(ReasonBadMessage, Ending::Refusal);
     m_client = login->clientName;
-    m_services.acceptor.ListVariables(std::move(*login), m_caller.address,
+    m_services.acceptor.ListVariables(std::move(*login), m_caller.address, m_self,
                                       [weak = std::weak_ptr(m_self)](auto definitions) {
                                           if (const auto self = weak.lock())
                                               (*self)->Answer(std::move(definitions));
@@ -206,6 +212,7 @@ void ListCall::OnParcel(ClientParcel parcel) {
 
 void ListCall::Answer(std::optional<std::vector<VariableDefinition>> definitions) {
     if (!definitions) return End(ReasonLoginRefused, Ending::Refusal);
+    m_loggedIn = true;
     PackedAnswer packed = Pack(ServerMessage(VariableDefinitions{std::move(*definitions), true}));
     if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
     for (std::string& piece : packed.parcels) Put(std::move(piece));

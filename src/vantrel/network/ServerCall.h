@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "vantrel/Refusals.h"
 #include "vantrel/network/NetworkServer.h"
 #include "vantrel/network/Reception.h"
 
@@ -32,6 +33,8 @@ struct CallServices {
     SessionAcceptor& acceptor;
     platform::LogSink& log;
     const platform::Translator& translator;
+    // Bounds what the log takes of those who have not logged in.
+    Refusals& refusals;
     // Removes the call after the present piece of work, with a last word to it.
     std::function<void(ServerCall&)> retire;
     // Somebody has logged in from that machine.
@@ -45,6 +48,8 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
     // Ends the call unless it has ended; then the last word to who takes part in it.
     void Bury(std::uint32_t reason);
     void Check(std::int64_t now);
+    bool HasEnded() const { return m_ended; }
+    const std::string& Address() const { return m_caller.address; }
 
   protected:
     enum class Ending { Farewell, Quiet, Refusal, Cut };
@@ -53,9 +58,9 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
 
     // Once; later calls have no effect. The call is retired.
     void End(std::uint32_t reason, Ending ending);
-    bool HasEnded() const { return m_ended; }
     void Put(std::string parcel);
-    // A line about the client; the text takes its name, then the detail (UTF-8).
+    // A line about the client; the text takes its name, then the detail (UTF-8). Of those who have
+    // not logged in, what the log takes of them.
     void Log(const char* polish, const std::string& detail = {});
     void LogFault(WireFault fault);
     void Start() { m_caller.reception->Start(m_caller.stream, *this); }
@@ -68,6 +73,7 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
     const CallServices& m_services;
     const Caller m_caller;
     std::string m_client;  // its name, once it has said it
+    bool m_loggedIn = false;
 
   private:
     PeerWatch m_watch;
@@ -97,7 +103,6 @@ class Conversation final : public ServerCall, private ServerLink {
     // Keeps the subscription within the bound; what is beyond it is answered.
     void BoundSubscription(SubscribeRequest& request);
 
-    bool m_loggedIn = false;
     std::unordered_set<VariableHandle> m_handles;
     std::unique_ptr<ServerSession> m_session;
 };
@@ -105,6 +110,9 @@ class Conversation final : public ServerCall, private ServerLink {
 class ListCall final : public ServerCall {
   public:
     ListCall(const CallServices& services, Caller caller, bool tooMany);
+
+    bool HasAsked() const { return m_asked; }
+    void TurnAway();
 
   private:
     void Answer(std::optional<std::vector<VariableDefinition>> definitions);
