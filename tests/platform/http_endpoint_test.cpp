@@ -3,14 +3,17 @@
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <new>
 #include <thread>
 
+#include "support/allocation_count.h"
 #include "support/loopback.h"
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
@@ -246,6 +249,102 @@ TEST_F(HttpEndpointTest, RequestWithoutEndIsCutOff) {
     for (int i = 0; i < 2000; ++i) client.Send("Naglowek: tresc\r\n");
     EXPECT_THAT(client.Receive(), testing::Not(HasSubstr(" 200 ")));
     EXPECT_EQ(rendered, 0);
+    EXPECT_EQ(Body(Ask(*endpoint)), "zapytanie 1\n");
+}
+
+// What threads get that begin while it lives.
+class SmallStacks {
+  public:
+    SmallStacks() {
+        pthread_attr_init(&m_attributes);
+        pthread_getattr_default_np(&m_attributes);
+        pthread_attr_getstacksize(&m_attributes, &m_before);
+        Set(kSmall);
+    }
+    ~SmallStacks() {
+        Set(m_before);
+        pthread_attr_destroy(&m_attributes);
+    }
+    SmallStacks(const SmallStacks&) = delete;
+    SmallStacks& operator=(const SmallStacks&) = delete;
+
+  private:
+    static constexpr std::size_t kSmall = 256 << 10;
+
+    void Set(std::size_t size) {
+        pthread_attr_setstacksize(&m_attributes, size);
+        pthread_setattr_default_np(&m_attributes);
+    }
+
+    pthread_attr_t m_attributes{};
+    std::size_t m_before = 0;
+};
+
+TEST_F(HttpEndpointTest, LongRangeIsPassedOver) {
+    const SmallStacks stacks;
+    const auto endpoint = Start();
+    std::string range = "Range: bytes=0-1";
+    while (range.size() < 8000) range += ",0-1";
+    const std::string answer = Ask(*endpoint, "GET /metrics HTTP/1.1\r\n" + range + "\r\n\r\n");
+    EXPECT_THAT(answer,
+                AllOf(StartsWith("HTTP/1.1 200 OK\r\n"), EndsWith("\r\n\r\nzapytanie 1\n")));
+}
+
+TEST_F(HttpEndpointTest, HeadBeyondTheBoundsIsRefused) {
+    const auto endpoint = Start();
+    std::string headers;
+    for (int i = 0; i < 65; ++i) headers += "A: b\r\n";
+    const auto refusal = [](const std::string& status) {
+        return "HTTP/1.1 " + status + "\r\nConnection: close\r\nContent-Length: 0\r\n\r\n";
+    };
+    EXPECT_EQ(Ask(*endpoint, "GET /" + std::string(1024, 'a') + " HTTP/1.1\r\n\r\n"),
+              refusal("414 URI Too Long"));
+    EXPECT_EQ(Ask(*endpoint, "GET /metrics HTTP/1.1\r\n" + headers + "\r\n"),
+              refusal("431 Request Header Fields Too Large"));
+    EXPECT_EQ(Ask(*endpoint, "GET /metrics HTTP/1.1\r\nA: " + std::string(8192, 'b') + "\r\n\r\n"),
+              refusal("431 Request Header Fields Too Large"));
+    EXPECT_EQ(Ask(*endpoint, "GET /metrics HTTP/1.1\nRange: bytes=0-1\r\n\r\n"),
+              refusal("400 Bad Request"));
+    EXPECT_EQ(rendered, 0);
+}
+
+TEST_F(HttpEndpointTest, HeadMayComeInPieces) {
+    const auto endpoint = Start();
+    const Client client(endpoint->GetAddress());
+    for (const char c : std::string(kGet)) client.Send(std::string(1, c));
+    loop.WaitAndRun();
+    EXPECT_EQ(Body(client.Receive()), "zapytanie 1\n");
+}
+
+TEST_F(HttpEndpointTest, TextForWhichThereIsNoMemoryIsNotThereAndTheNextOneIs) {
+    bool lacksMemory = true;
+    const auto endpoint = MakeHttpEndpoint(loop,
+                                           HttpText{"/metrics", "text/plain",
+                                                    [&lacksMemory] {
+                                                        if (std::exchange(lacksMemory, false))
+                                                            throw std::bad_alloc();
+                                                        return std::string("tekst\n");
+                                                    }},
+                                           milliseconds(50));
+    std::string error;
+    ASSERT_TRUE(endpoint->Start("127.0.0.1:0", error)) << error;
+    std::string answer = Ask(*endpoint);
+    EXPECT_THAT(answer, StartsWith("HTTP/1.1 503 "));
+    while (!(answer = Ask(*endpoint)).ends_with("tekst\n")) {
+        ASSERT_THAT(answer, StartsWith("HTTP/1.1 503 "));
+    }
+}
+
+TEST_F(HttpEndpointTest, ClientForWhomThereIsNoMemoryIsLeftAlone) {
+    const auto endpoint = Start();
+    const std::string request =
+        "GET /metrics HTTP/1.1\r\nA: " + std::string(7000, 'b') + "\r\n\r\n";
+    {
+        const Client client(endpoint->GetAddress());
+        const support::AllocationBound bound(4096);
+        client.Send(request);
+        EXPECT_EQ(client.Receive(), "");
+    }
     EXPECT_EQ(Body(Ask(*endpoint)), "zapytanie 1\n");
 }
 

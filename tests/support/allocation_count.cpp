@@ -5,14 +5,17 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace {
 
 std::atomic<int> g_allocations = 0;
 std::atomic<std::int64_t> g_heldBytes = 0;
+std::atomic<std::size_t> g_largest = std::numeric_limits<std::size_t>::max();
 
 void* Allocate(std::size_t size) noexcept {
+    if (size > g_largest) return nullptr;
     void* memory = std::malloc(size);
     ++g_allocations;
     g_heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
@@ -34,6 +37,14 @@ int AllocationCount() {
 
 std::int64_t HeldBytes() {
     return g_heldBytes;
+}
+
+AllocationBound::AllocationBound(std::size_t largest) {
+    g_largest = largest;
+}
+
+AllocationBound::~AllocationBound() {
+    g_largest = std::numeric_limits<std::size_t>::max();
 }
 
 }  // namespace kalvex::support

@@ -5,13 +5,16 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
+#include "platform/HttpHead.h"
 #include "platform/Threads.h"
 #include "platform/posix/LocalListener.h"
 
@@ -23,9 +26,19 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::size_t kWorkers = 4;
-constexpr std::size_t kLongestRequest = 16384;  // bytes
 constexpr milliseconds kPauseWithoutDescriptors{200};
 constexpr int kServiceUnavailable = 503;
+
+struct Refusal {
+    int status;
+    const char* words;
+};
+
+constexpr Refusal kRefusals[] = {
+    {400, "Bad Request"},
+    {414, "URI Too Long"},
+    {431, "Request Header Fields Too Large"},
+};
 
 // One client, who has a limited time to ask, and the same again to take the answer. What ends the
 // endpoint ends the conversation.
@@ -37,18 +50,35 @@ class ClientStream final : public httplib::Stream {
           m_patience(patience),
           m_deadline(steady_clock::now() + patience) {}
 
-    bool is_readable() const override { return m_begin < m_end || Wait(POLLIN); }
+    bool is_readable() const override { return m_begin < m_bytes.size() || Wait(POLLIN); }
     bool is_writable() const override { return Wait(POLLOUT); }
     void get_remote_ip_and_port(std::string&, int&) const override {}
     void get_local_ip_and_port(std::string&, int&) const override {}
     socket_t socket() const override { return m_socket; }
 
     ssize_t read(char* target, size_t size) override {
-        if (m_begin == m_end && !Fill()) return -1;
-        const std::size_t count = std::min(size, m_end - m_begin);
-        std::memcpy(target, m_buffer.data() + m_begin, count);
+        if (m_begin == m_bytes.size() && !Fill()) return -1;
+        const std::size_t count = m_bytes.copy(target, size, m_begin);
         m_begin += count;
         return static_cast<ssize_t>(count);
+    }
+
+    // Reads up to the content, or until the head is too long; false when that does not come.
+    bool TakeHead(std::string& head) {
+        std::size_t end;
+        while ((end = FindHttpContent(m_bytes)) == std::string::npos) {
+            if (m_bytes.size() > kLongestHttpHead) break;
+            if (!Fill()) return false;
+        }
+        head = m_bytes.substr(0, end);
+        m_begin = head.size();
+        return true;
+    }
+
+    // Is read before what follows.
+    void PutBack(const std::string& head) {
+        m_bytes.replace(0, m_begin, head);
+        m_begin = 0;
     }
 
     ssize_t write(const char* source, size_t size) override {
@@ -72,12 +102,14 @@ class ClientStream final : public httplib::Stream {
     }
 
     bool Fill() {
-        m_read += m_end;
-        if (m_read >= kLongestRequest || !Wait(POLLIN)) return false;
-        const ssize_t count = ::recv(m_socket, m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+        if (m_read >= kLongestHttpRequest || !Wait(POLLIN)) return false;
+        std::array<char, 2048> buffer;
+        const ssize_t count = ::recv(m_socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
+        if (count <= 0) return false;
+        m_bytes.erase(0, m_begin).append(buffer.data(), static_cast<std::size_t>(count));
         m_begin = 0;
-        m_end = count > 0 ? static_cast<std::size_t>(count) : 0;
-        return count > 0;
+        m_read += static_cast<std::size_t>(count);
+        return true;
     }
 
     const int m_socket;
@@ -85,16 +117,31 @@ class ClientStream final : public httplib::Stream {
     const milliseconds m_patience;
     steady_clock::time_point m_deadline;
     bool m_answering = false;
-    std::array<char, 2048> m_buffer;
-    std::size_t m_begin = 0;
-    std::size_t m_end = 0;
-    std::size_t m_read = 0;
+    std::string m_bytes;      // that have come and
+    std::size_t m_begin = 0;  // from here on have not been read
+    std::size_t m_read = 0;   // of all that has come
 };
 
-// The library reads requests and writes answers; sockets and threads are the endpoint's.
+std::string RefusalText(int status) {
+    const auto row = std::ranges::find(kRefusals, status, &Refusal::status);
+    return "HTTP/1.1 " + std::to_string(status) + ' ' + row->words +
+           "\r\nConnection: close\r\nContent-Length: 0\r\n\r\n";
+}
+
+// The library reads requests and writes answers; sockets and threads are the endpoint's, and so are
+// the bounds: the library takes the time and the stack that a header asks for.
 class RequestServer final : public httplib::Server {
   public:
-    void Serve(httplib::Stream& stream) {
+    void Serve(ClientStream& stream) {
+        std::string head;
+        if (!stream.TakeHead(head)) return;
+        const HttpHead bounded = BoundHttpHead(head);
+        if (bounded.refusal != 0) {
+            const std::string answer = RefusalText(bounded.refusal);
+            stream.write(answer.data(), answer.size());
+            return;
+        }
+        stream.PutBack(bounded.text);
         bool closed = false;
         process_request(stream, true, closed, nullptr);
     }
@@ -132,10 +179,17 @@ struct TextExchange {
 
 void RenderText(TextExchange& exchange) {
     if (!exchange.render) return;
-    std::string text = exchange.render();
+    std::string text;
+    bool made = true;
+    try {
+        text = exchange.render();
+    } catch (const std::bad_alloc&) {
+        made = false;
+    }
     const std::lock_guard lock(exchange.mutex);
-    exchange.text = std::move(text);
     exchange.asked = false;
+    if (!made) return;
+    exchange.text = std::move(text);
     ++exchange.generation;
     exchange.changed.notify_all();
 }
@@ -148,7 +202,7 @@ class LoopbackEndpoint final : public HttpEndpoint {
           m_server(MakeServer()),
           m_stopFd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
         m_exchange->render = std::move(text.render);
-        m_server->set_payload_max_length(kLongestRequest);
+        m_server->set_payload_max_length(kLongestHttpRequest);
         m_server->Get(text.path, [this, type = std::move(text.contentType)](
                                      const httplib::Request&, httplib::Response& response) {
             Answer(type, response);
@@ -191,12 +245,20 @@ class LoopbackEndpoint final : public HttpEndpoint {
         while (WaitForClient()) {
             const Descriptor client(::accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
             if (client.Get() >= 0) {
-                ClientStream stream(client.Get(), m_stopFd.Get(), m_patience);
-                m_server->Serve(stream);
+                Serve(client.Get());
             } else if (errno == EMFILE || errno == ENFILE) {
                 pollfd stop{m_stopFd.Get(), POLLIN, 0};
                 ::poll(&stop, 1, static_cast<int>(kPauseWithoutDescriptors.count()));
             }
+        }
+    }
+
+    // Without memory the client gets no answer.
+    void Serve(int client) {
+        try {
+            ClientStream stream(client, m_stopFd.Get(), m_patience);
+            m_server->Serve(stream);
+        } catch (const std::bad_alloc&) {
         }
     }
 
