@@ -1,11 +1,14 @@
 #include "server/Store.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <utility>
 
 #include "platform/Files.h"
 #include "platform/RoomReserve.h"
+#include "platform/Threads.h"
 #include "text/CodePage.h"
 
 namespace kalvex::server {
@@ -42,9 +45,13 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
     for (const auto& [name, id] : m_contents.variables) {
         m_lastVariable = std::max(m_lastVariable, id);
     }
-    m_writer = std::thread([this] { Write(); });
-    m_reader = std::thread([this] { ReadPieces(); });
-    return true;
+    m_writer = platform::StartThread({"store-writer"}, [this] { Write(); });
+    if (m_writer.joinable())
+        m_reader = platform::StartThread({"store-reader"}, [this] { ReadPieces(); });
+    if (m_reader.joinable()) return true;
+    Close();
+    error = {"%s", {std::strerror(EAGAIN)}};
+    return false;
 }
 
 StoreTrouble Store::Close() {
@@ -59,7 +66,7 @@ StoreTrouble Store::Close() {
     m_work.notify_all();
     m_pause->Cut();
     m_writer.join();
-    m_reader.join();
+    if (m_reader.joinable()) m_reader.join();
     m_queue.DropBackground();
     return {m_queue.Empty(), m_error, m_queue.Operations()};
 }

@@ -1,6 +1,9 @@
 #include "supervision/AuditReader.h"
 
+#include <cerrno>
+#include <cstring>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "audit/AuditFiles.h"
@@ -14,6 +17,14 @@ std::size_t BytesOf(const audit::AuditRecord& record) {
            record.oldValue.value_or("").size() + record.newValue.value_or("").size();
 }
 
+std::jthread Start(std::function<void(const std::stop_token&)> work) {
+    try {
+        return std::jthread(std::move(work));
+    } catch (const std::system_error&) {
+        return {};
+    }
+}
+
 }  // namespace
 
 AuditReader::AuditReader(std::vector<std::string> files, std::int64_t since, std::string script,
@@ -21,8 +32,11 @@ AuditReader::AuditReader(std::vector<std::string> files, std::int64_t since, std
     : m_sink(std::move(sink)),
       m_handOver(
           std::make_shared<vantrel::HandOver>(loop, std::numeric_limits<std::size_t>::max())),
-      m_thread([this, files = std::move(files), since, script = std::move(script)](
-                   const std::stop_token& stop) { Read(stop, files, since, script); }) {}
+      m_thread(Start([this, files = std::move(files), since, script = std::move(script)](
+                         const std::stop_token& stop) { Read(stop, files, since, script); })) {
+    if (m_thread.joinable()) return;
+    m_handOver->Push([this] { m_sink({.faults = {std::strerror(EAGAIN)}}, true); }, 0);
+}
 
 void AuditReader::TakeNext() {
     {

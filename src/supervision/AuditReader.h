@@ -28,7 +28,8 @@ class AuditReader {
     using Sink = std::function<void(AuditPiece piece, bool last)>;
 
     // The loop outlives the reader. The first piece is read at once. Files are paths of the system,
-    // oldest first; an empty script stands for all.
+    // oldest first; an empty script stands for all. Without a thread there is one piece with a
+    // fault.
     AuditReader(std::vector<std::string> files, std::int64_t since, std::string script,
                 platform::MainLoop& loop, Sink sink);
     // The thread ends with the line that it is at.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -10,6 +12,7 @@
 
 #include "hand_pause.h"
 #include "server/Store.h"
+#include "support/one_thread.h"
 #include "support/scratch_folder.h"
 #include "support/small_disk.h"
 #include "support/waiting_loop.h"
@@ -425,6 +428,21 @@ TEST_F(StoreFailureTest, ClosingWritesWhenItWorksAgain) {
     EXPECT_TRUE(left.over);
     EXPECT_EQ(left.operations, 0u);
     EXPECT_EQ(Count("history"), 3);
+}
+
+TEST(StoreFailureThreadsTest, StoreWithoutThreadsDoesNotOpen) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can be another account";
+    const support::ScratchFolder folder;
+    const auto open = [&folder] {
+        if (!support::LeaveOneThread(folder.Path())) std::_Exit(2);
+        platform::PostedWork loop;
+        Store store(loop);
+        platform::Notice error;
+        const bool opened = store.Open(folder.Path("store.sqlite"), error);
+        std::fprintf(stderr, "%s", InWords(error, platform::Translator()).c_str());
+        std::_Exit(opened ? 1 : 0);
+    };
+    EXPECT_EXIT(open(), testing::ExitedWithCode(0), "^Resource temporarily unavailable$");
 }
 
 }  // namespace

@@ -2,11 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 #include "audit/AuditFiles.h"
 #include "supervision/AuditReader.h"
+#include "support/one_thread.h"
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
 
@@ -373,6 +376,25 @@ TEST_F(SupervisionServerTest, CallThatGoesInTheMiddleOfATrailEndsItsReading) {
     m_loop.Run();
     EXPECT_EQ(m_link.parcels.size(), parcels);
     EXPECT_FALSE(m_link.end);
+}
+
+TEST(SupervisionServerAuditReaderTest, WithoutAThreadThereIsOnePieceWithAFault) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can be another account";
+    const support::ScratchFolder folder;
+    const auto read = [&folder] {
+        if (!support::LeaveOneThread(folder.Path())) std::_Exit(2);
+        platform::PostedWork loop;
+        std::string heard;
+        const AuditReader reader({folder.Put("audit.log", "")}, 0, "", loop,
+                                 [&heard](const AuditPiece& piece, bool last) {
+                                     for (const std::string& fault : piece.faults) heard += fault;
+                                     if (last) heard += ", last";
+                                 });
+        loop.Run();
+        std::fprintf(stderr, "%s", heard.c_str());
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(read(), testing::ExitedWithCode(0), "^Resource temporarily unavailable, last$");
 }
 
 }  // namespace

@@ -3,14 +3,18 @@
 #include <pthread.h>
 
 #include <csignal>
+#include <future>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace kalvex::platform {
 
 namespace {
 
 constexpr std::size_t kShownLength = 15;
+constexpr unsigned kServiceThreads = 16;  // and as many for each processor as follows
+constexpr unsigned kThreadsOfAProcessor = 2;
 
 thread_local ThreadIdentity t_identity;
 
@@ -51,6 +55,25 @@ std::thread StartThread(const ThreadIdentity& identity, std::function<void()> wo
     } catch (const std::system_error&) {
         return {};
     }
+}
+
+Notice CheckThreads() {
+    const unsigned count =
+        kServiceThreads + kThreadsOfAProcessor * std::thread::hardware_concurrency();
+    std::promise<void> end;
+    const std::shared_future<void> ended = end.get_future().share();
+    std::vector<std::thread> threads;
+    bool refused = false;
+    while (threads.size() < count && !refused) {
+        std::thread thread = StartThread({"check"}, [ended] { ended.wait(); });
+        refused = !thread.joinable();
+        if (!refused) threads.push_back(std::move(thread));
+    }
+    end.set_value();
+    for (std::thread& thread : threads) thread.join();
+    if (!refused) return {};
+    return {Translatable("Za mało wątków, potrzeba %s (TasksMax, ulimit -u)"),
+            {std::to_string(count)}};
 }
 
 }  // namespace kalvex::platform

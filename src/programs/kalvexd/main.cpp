@@ -10,6 +10,7 @@
 #include "app/Configuration.h"
 #include "platform/CoreFiles.h"
 #include "platform/GettextTranslator.h"
+#include "platform/Threads.h"
 #include "programs/ExitStatus.h"
 #include "programs/kalvexd/Check.h"
 #include "programs/kalvexd/Service.h"
@@ -65,5 +66,10 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     if (line.options.source || line.options.check) return RunOrder(line.options);
+    if (const kalvex::platform::Notice lack = kalvex::platform::CheckThreads()) {
+        const kalvex::platform::GettextTranslator translator;
+        std::fprintf(stderr, "kalvexd: %s\n", InWords(lack, translator).c_str());
+        return EXIT_FAILURE;
+    }
     return kalvex::kalvexd::KalvexService(line.options).Run();
 }

@@ -9,6 +9,7 @@
 #include "platform/Files.h"
 #include "platform/GettextTranslator.h"
 #include "platform/ServiceManager.h"
+#include "platform/Threads.h"
 #include "platform/UserStore.h"
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
@@ -42,6 +43,9 @@ int Fail(const std::vector<std::string>& lines, ServerLog& log) {
 }
 
 int Serve(const SorvanedOptions& options, const platform::Translator& translator) {
+    if (const platform::Notice fault = platform::CheckThreads()) {
+        return Fail({platform::InWords(fault, translator)});
+    }
     const platform::SystemClock clock;
     platform::PosixMainLoop loop;
     ServerLog log(STDERR_FILENO, options.logLevel, clock, translator);
