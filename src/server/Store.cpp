@@ -221,14 +221,7 @@ void Store::ReadPieces() {
         lock.unlock();
 
         auto piece = std::make_shared<StorePiece>();
-        const StoreQuery& query = job.query;
-        piece->read = current && m_readFile.ReadRange(query.variable, query.kind, query.from,
-                                                      query.to, query.limit + 1, piece->values);
-        if (!piece->read) piece->values.clear();
-        if (piece->values.size() > static_cast<std::size_t>(query.limit)) {
-            piece->values.pop_back();
-            piece->more = true;
-        }
+        if (current) *piece = m_readFile.ReadRange(job.query);
         Post([piece, done = std::move(job.done)] { done(std::move(*piece)); });
 
         lock.lock();

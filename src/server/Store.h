@@ -29,20 +29,6 @@
 
 namespace kalvex::server {
 
-struct StoreQuery {
-    VariableId variable = 0;
-    value::ValueKind kind = value::KindNone;
-    std::int64_t from = 0;  // bounds included
-    std::int64_t to = 0;
-    std::int64_t limit = 0;  // values in this piece at most
-};
-
-struct StorePiece {
-    bool read = false;
-    std::vector<value::CVal> values;  // ascending by time
-    bool more = false;                // further values follow behind the last one
-};
-
 struct StoreSettings {
     StoreLimits limits;
     std::shared_ptr<StorePause> pause = MakeTimedPause();

@@ -291,16 +291,25 @@ bool StoreFile::ReadReport(VariableId variable, value::ValueKind kind, std::int6
     return ReadOne(m_get, value);
 }
 
-bool StoreFile::ReadRange(VariableId variable, value::ValueKind kind, std::int64_t from,
-                          std::int64_t to, std::int64_t limit, std::vector<value::CVal>& values) {
-    m_getRange.BindInteger(1, variable);
-    m_getRange.BindInteger(2, kind);
-    m_getRange.BindInteger(3, from);
-    m_getRange.BindInteger(4, to);
-    m_getRange.BindInteger(5, limit);
-    while (m_getRange.Next()) values.push_back(ReadValue(m_getRange, 0));
+StorePiece StoreFile::ReadRange(const StoreQuery& query) {
+    StorePiece piece;
+    m_getRange.BindInteger(1, query.variable);
+    m_getRange.BindInteger(2, query.kind);
+    m_getRange.BindInteger(3, query.from);
+    m_getRange.BindInteger(4, query.to);
+    m_getRange.BindInteger(5, query.limit + 1);
+    std::size_t texts = 0;
+    while (m_getRange.Next()) {
+        const auto count = static_cast<std::int64_t>(piece.values.size());
+        piece.more = count == query.limit || texts >= query.texts;
+        if (piece.more) break;
+        const value::CVal& value = piece.values.emplace_back(ReadValue(m_getRange, 0));
+        if (value.IsText()) texts += value.Text().size();
+    }
     m_getRange.Reset();
-    return !m_getRange.Failed();
+    piece.read = !m_getRange.Failed();
+    if (!piece.read) return {};
+    return piece;
 }
 
 bool StoreFile::Run(const MakeReport& operation, ChangedReports& changed) {
@@ -337,12 +346,11 @@ bool StoreFile::ComputeHour(const MakeReport& operation, value::CVal& result) {
         select.BindInteger(2, span.begin);
         if (!ReadOne(select, before)) return false;
     }
-    std::vector<value::CVal> inside;
-    if (!ReadRange(operation.variable, value::KindArchive, span.begin, span.end - 1,
-                   span.end - span.begin, inside)) {
-        return false;
-    }
-    result = ComputeFromArchive(operation.rule, span, before, inside);
+    const StorePiece inside =
+        ReadRange({operation.variable, value::KindArchive, span.begin, span.end - 1,
+                   span.end - span.begin, std::numeric_limits<std::size_t>::max()});
+    if (!inside.read) return false;
+    result = ComputeFromArchive(operation.rule, span, before, inside.values);
     const bool known = (result.GetStatus() & value::Status::Unknown) == 0;
     if (known && span.end < end) result.AddStatus(value::Status::CalculateError);
     return true;

@@ -92,6 +92,26 @@ struct StoreBatch {
     std::vector<std::span<const StoreOperation>> parts;
 };
 
+// ---- what is read
+
+// A piece ends with the value with which its texts have so many bytes.
+inline constexpr std::size_t kTextsOfAPiece = std::size_t{4} << 20;
+
+struct StoreQuery {
+    VariableId variable = 0;
+    value::ValueKind kind = value::KindNone;
+    std::int64_t from = 0;  // bounds included
+    std::int64_t to = 0;
+    std::int64_t limit = 0;  // values in this piece at most
+    std::size_t texts = kTextsOfAPiece;
+};
+
+struct StorePiece {
+    bool read = false;
+    std::vector<value::CVal> values;  // ascending by time
+    bool more = false;                // further values follow behind the last one
+};
+
 // ---- the file
 
 class StoreFile {
@@ -116,9 +136,7 @@ class StoreFile {
     // written, when the file fails; the reason is an engine text.
     bool Write(const StoreBatch& batch, std::vector<ChangedReports>& changed, std::string& error);
 
-    // The values from `from` to `to`, bounds included, ascending, `limit` at most.
-    bool ReadRange(VariableId variable, value::ValueKind kind, std::int64_t from, std::int64_t to,
-                   std::int64_t limit, std::vector<value::CVal>& values);
+    StorePiece ReadRange(const StoreQuery& query);
 
     std::string ErrorText() const;  // an engine text
 

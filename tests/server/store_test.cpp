@@ -179,6 +179,25 @@ TEST_F(StoreTest, RangeComesInPieces) {
     EXPECT_THAT(Read({x, value::KindArchive, 9, 2, 5}).values, IsEmpty());
 }
 
+TEST_F(StoreTest, PieceEndsWithTheValueThatFillsIt) {
+    const VariableId x = m_store->Register("X");
+    const std::string text(kTextsOfAPiece / 4, 'x');
+    std::vector<StoreOperation> operations;
+    for (int time = 1; time <= 9; ++time) {
+        operations.push_back(PutValue{x, value::KindArchive, time, value::CVal(text)});
+    }
+    Submit(operations);
+    StorePiece piece = Read({x, value::KindArchive, 1, 9, 2000});
+    ASSERT_EQ(piece.values.size(), 4u);
+    EXPECT_TRUE(piece.more);
+    piece = Read({x, value::KindArchive, 6, 9, 2000});
+    ASSERT_EQ(piece.values.size(), 4u);
+    EXPECT_FALSE(piece.more);
+    piece = Read({x, value::KindArchive, 6, 9, 4});
+    ASSERT_EQ(piece.values.size(), 4u);
+    EXPECT_FALSE(piece.more);
+}
+
 // The loop runs only at the end, so that the read is asked for while the writes are under way.
 TEST_F(StoreTest, ReadSeesTheWritesBeforeIt) {
     const VariableId x = m_store->Register("X");
