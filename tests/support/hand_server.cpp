@@ -1,5 +1,7 @@
 #include "support/hand_server.h"
 
+#include <new>
+
 #include "support/value_dump.h"
 
 namespace kalvex::support {
@@ -11,6 +13,7 @@ class HandSession final : public vantrel::ServerSession {
     HandSession(HandServer& server, vantrel::ServerLink& link) : m_server(server), m_link(link) {}
 
     void OnMessage(vantrel::ClientMessage message) override {
+        if (m_server.lacksMemory) throw std::bad_alloc();
         m_server.heard.push_back(Describe(message));
         const auto* subscription = std::get_if<vantrel::SubscribeRequest>(&message);
         if (subscription != nullptr) m_server.wishes = subscription->flags;

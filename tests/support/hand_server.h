@@ -35,6 +35,7 @@ class HandServer final : public vantrel::SessionAcceptor {
     std::uint32_t wishes = 0;                   // the flags of the last subscription
     bool accepts = true;
     bool answersLogin = true;
+    bool lacksMemory = false;  // for what a client says
     vantrel::LoginResult loginResult;
     std::vector<vantrel::VariableDefinition> definitions;
     bool lists = true;

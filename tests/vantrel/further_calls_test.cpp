@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
 #include <set>
 #include <thread>
 
@@ -43,6 +44,7 @@ class EchoCall final : public FurtherCall {
     void OnParcel(std::string_view bytes) override {
         m_methods.heard.emplace_back(m_link.PeerAddress() + "|" + std::string(bytes));
         if (bytes == "end") return m_link.Finish(StreamEnd::NotFound, "nie ma, żółw");
+        if (bytes == "large") throw std::bad_alloc();
         if (bytes != "quiet") m_link.Send(std::string(bytes));
     }
     void Check() override { ++m_methods.checks; }
@@ -183,6 +185,18 @@ TEST_F(FurtherCallsTest, QuestionThatIsTooLongIsNotTaken) {
     const auto other = Dial();
     other->stream->Send(std::string(kMaxQuestionBytes, 'x'));
     RunUntilHeard(1);
+}
+
+TEST_F(FurtherCallsTest, CallForWhichThereIsNoMemoryEndsAlone) {
+    Listen(&methods);
+    const auto other = Dial();
+    const auto client = Dial();
+    client->stream->Send("large");
+    EXPECT_EQ(EndOf(*client), StreamEnd::Lost);
+    other->stream->Send("x");
+    RunUntilHeard(2);
+    EXPECT_EQ(other->events->Take(), "x");
+    world.RunUntil([this] { return methods.calls.size() == 1; });
 }
 
 TEST_F(FurtherCallsTest, ClientThatReadsNothingIsCutOff) {

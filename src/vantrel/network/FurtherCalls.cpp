@@ -1,6 +1,7 @@
 #include "vantrel/network/FurtherCalls.h"
 
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "platform/Secret.h"
@@ -44,8 +45,10 @@ class FurtherCalls::Call final : public FurtherLink {
     ~Call() override { End(StreamEnd::Unreachable, {}); }
 
     void Begin(std::size_t method) {
-        m_answerer = m_calls.m_methods.Accept(method, *this);
-        if (!m_ended) m_events->Start(m_stream, *this);
+        Serve([&] {
+            m_answerer = m_calls.m_methods.Accept(method, *this);
+            if (!m_ended) m_events->Start(m_stream, *this);
+        });
     }
 
     void Send(std::string parcel) override {
@@ -63,10 +66,10 @@ class FurtherCalls::Call final : public FurtherLink {
     void OnParcel(std::string_view bytes) {
         m_heard = true;
         if (bytes.size() > kMaxQuestionBytes) return Finish(StreamEnd::TooLarge, {});
-        if (!m_ended) m_answerer->OnParcel(bytes);
+        Serve([&] { m_answerer->OnParcel(bytes); });
     }
     void OnDrained() {
-        if (!m_ended) m_answerer->OnDrained();
+        Serve([&] { m_answerer->OnDrained(); });
     }
     void Cut() {
         if (std::exchange(m_ended, true)) return;
@@ -81,10 +84,21 @@ class FurtherCalls::Call final : public FurtherLink {
         const PeerWatch::Due due = m_watch.Look(
             m_calls.m_clock(), {.heard = m_heard, .spoke = true, .stuck = m_stream->IsStuck()});
         if (due != PeerWatch::Due::Nothing) return Cut();
-        m_answerer->Check();
+        Serve([&] { m_answerer->Check(); });
     }
 
   private:
+    // A call ends for which there is no memory.
+    template <class Work>
+    void Serve(Work work) {
+        if (m_ended) return;
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            Cut();
+        }
+    }
+
     void End(StreamEnd end, std::string detail) {
         if (std::exchange(m_ended, true)) return;
         m_events->Stop();

@@ -55,16 +55,17 @@ std::string Pack(const Greeting& greeting);  // a server's only
 
 // What is wrong with bytes that are no parcel. The words are translated where they are told.
 // X(name, Polish words in UTF-8)
-#define KALVEX_WIRE_FAULTS(X)                                 \
-    X(None, "")                                               \
-    X(NotAParcel, "to nie jest komunikat protokołu")          \
-    X(ParcelTooLarge, "komunikat jest za duży")               \
-    X(ListTooLong, "za dużo pozycji w komunikacie")           \
-    X(NameTooLong, "nazwa jest za długa")                     \
-    X(TextTooLong, "tekst jest za długi")                     \
-    X(NumberOutOfRange, "liczba jest spoza zakresu")          \
-    X(ColumnsDiffer, "kolumny komunikatu są różnej długości") \
-    X(ContentMissing, "wartość nie ma treści, którą zapowiada jej typ")
+#define KALVEX_WIRE_FAULTS(X)                                           \
+    X(None, "")                                                         \
+    X(NotAParcel, "to nie jest komunikat protokołu")                    \
+    X(ParcelTooLarge, "komunikat jest za duży")                         \
+    X(ListTooLong, "za dużo pozycji w komunikacie")                     \
+    X(NameTooLong, "nazwa jest za długa")                               \
+    X(TextTooLong, "tekst jest za długi")                               \
+    X(NumberOutOfRange, "liczba jest spoza zakresu")                    \
+    X(ColumnsDiffer, "kolumny komunikatu są różnej długości")           \
+    X(ContentMissing, "wartość nie ma treści, którą zapowiada jej typ") \
+    X(NoMemory, "brak pamięci")
 
 enum class WireFault : std::uint8_t {
 #define KALVEX_ROW(name, text) name,

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -67,17 +68,11 @@ class Reception final : public StreamEvents,
 
     bool OnParcel(std::string_view bytes) override {
         m_heard = true;
-        Parcel parcel;
-        const WireFault fault = Unpack(bytes, parcel);
-        if (fault != WireFault::None) {
-            return Push(bytes.size(), [fault](Listener& listener) { listener.OnWireFault(fault); });
+        try {
+            return Take(bytes);
+        } catch (const std::bad_alloc&) {
+            return PushFault(bytes.size(), WireFault::NoMemory);
         }
-        if (std::holds_alternative<Heartbeat>(parcel)) return true;
-        std::size_t weight = bytes.size();
-        if (const auto* message = std::get_if<0>(&parcel)) weight += WeightOf(*message);
-        return Push(weight, [parcel = std::move(parcel)](Listener& listener) mutable {
-            listener.OnParcel(std::move(parcel));
-        });
     }
 
     void OnDrained() override {
@@ -90,6 +85,22 @@ class Reception final : public StreamEvents,
 
   private:
     using Listener = ReceptionListener<Parcel>;
+
+    bool Take(std::string_view bytes) {
+        Parcel parcel;
+        const WireFault fault = Unpack(bytes, parcel);
+        if (fault != WireFault::None) return PushFault(bytes.size(), fault);
+        if (std::holds_alternative<Heartbeat>(parcel)) return true;
+        std::size_t weight = bytes.size();
+        if (const auto* message = std::get_if<0>(&parcel)) weight += WeightOf(*message);
+        return Push(weight, [parcel = std::move(parcel)](Listener& listener) mutable {
+            listener.OnParcel(std::move(parcel));
+        });
+    }
+
+    bool PushFault(std::size_t weight, WireFault fault) {
+        return Push(weight, [fault](Listener& listener) { listener.OnWireFault(fault); });
+    }
 
     template <class Event>
     bool Push(std::size_t weight, Event event) {

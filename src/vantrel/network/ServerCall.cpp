@@ -23,6 +23,8 @@ constexpr const char* kTooManyVariables =
     platform::Translatable("Klient %s subskrybuje za dużo zmiennych");
 constexpr const char* kLeftOut =
     platform::Translatable("Klient %s nie otrzyma za długich danych (pozycje: %s)");
+constexpr const char* kNoMemory =
+    platform::Translatable("Brak pamięci dla klienta %s - połączenie zerwane");
 constexpr const char* kThisMachine = platform::Translatable("na tym komputerze");
 
 }  // namespace
@@ -88,6 +90,11 @@ void ServerCall::LogFault(WireFault fault) {
     Log(kBadMessage, text::ToUtf8(m_services.translator.Translate(WireFaultText(fault))));
 }
 
+void ServerCall::EndWithoutMemory() {
+    Log(kNoMemory);
+    End(ReasonLost, Ending::Cut);
+}
+
 void ServerCall::OnEnded(StreamEnd, const std::string&) {
     End(ReasonLost, Ending::Cut);
 }
@@ -126,9 +133,11 @@ void Conversation::Deliver(const ServerMessage& message) {
         m_loggedIn = true;
         m_services.onLogin(m_caller.address);
     }
-    PackedAnswer packed = Pack(message);
-    if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
-    for (std::string& parcel : packed.parcels) Put(std::move(parcel));
+    Serve([&] {
+        PackedAnswer packed = Pack(message);
+        if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
+        for (std::string& parcel : packed.parcels) Put(std::move(parcel));
+    });
 }
 
 void Conversation::Close(std::uint32_t reason) {
@@ -140,7 +149,7 @@ std::size_t Conversation::Backlog() const {
 }
 
 void Conversation::OnDrained() {
-    m_session->OnDrained();
+    Serve([&] { m_session->OnDrained(); });
 }
 
 void Conversation::OnBuried(std::uint32_t reason) {
@@ -153,6 +162,10 @@ void Conversation::OnWireFault(WireFault fault) {
 }
 
 void Conversation::OnParcel(ClientParcel parcel) {
+    Serve([&] { Take(std::move(parcel)); });
+}
+
+void Conversation::Take(ClientParcel parcel) {
     if (const auto* farewell = std::get_if<Farewell>(&parcel)) {
         return End(farewell->reason, Ending::Quiet);
     }
@@ -203,20 +216,25 @@ void ListCall::OnParcel(ClientParcel parcel) {
     auto* login = message == nullptr ? nullptr : std::get_if<LoginRequest>(message);
     if (login == nullptr) return End(ReasonBadMessage, Ending::Refusal);
     m_client = login->clientName;
-    m_services.acceptor.ListVariables(std::move(*login), m_caller.address, m_self,
-                                      [weak = std::weak_ptr(m_self)](auto definitions) {
-                                          if (const auto self = weak.lock())
-                                              (*self)->Answer(std::move(definitions));
-                                      });
+    Serve([&] {
+        m_services.acceptor.ListVariables(std::move(*login), m_caller.address, m_self,
+                                          [weak = std::weak_ptr(m_self)](auto definitions) {
+                                              if (const auto self = weak.lock())
+                                                  (*self)->Answer(std::move(definitions));
+                                          });
+    });
 }
 
 void ListCall::Answer(std::optional<std::vector<VariableDefinition>> definitions) {
     if (!definitions) return End(ReasonLoginRefused, Ending::Refusal);
     m_loggedIn = true;
-    PackedAnswer packed = Pack(ServerMessage(VariableDefinitions{std::move(*definitions), true}));
-    if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
-    for (std::string& piece : packed.parcels) Put(std::move(piece));
-    End(ReasonClosed, Ending::Quiet);
+    Serve([&] {
+        PackedAnswer packed =
+            Pack(ServerMessage(VariableDefinitions{std::move(*definitions), true}));
+        if (packed.leftOut > 0) Log(kLeftOut, std::to_string(packed.leftOut));
+        for (std::string& piece : packed.parcels) Put(std::move(piece));
+        End(ReasonClosed, Ending::Quiet);
+    });
 }
 
 void ListCall::OnWireFault(WireFault fault) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -63,6 +64,15 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
     // not logged in, what the log takes of them.
     void Log(const char* polish, const std::string& detail = {});
     void LogFault(WireFault fault);
+    // Does a piece of work for the client, whose call ends when there is no memory for it.
+    template <class Work>
+    void Serve(Work work) {
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            EndWithoutMemory();
+        }
+    }
     void Start() { m_caller.reception->Start(m_caller.stream, *this); }
 
     virtual void OnBuried(std::uint32_t) {}
@@ -76,6 +86,8 @@ class ServerCall : protected ReceptionListener<ClientParcel> {
     bool m_loggedIn = false;
 
   private:
+    void EndWithoutMemory();
+
     PeerWatch m_watch;
     bool m_spoke = false;
     bool m_ended = false;
@@ -94,6 +106,7 @@ class Conversation final : public ServerCall, private ServerLink {
     std::string PeerAddress() const override { return m_caller.address; }
 
     void OnParcel(ClientParcel parcel) override;
+    void Take(ClientParcel parcel);
     void OnWireFault(WireFault fault) override;
     void OnDrained() override;
     void OnBuried(std::uint32_t reason) override;
