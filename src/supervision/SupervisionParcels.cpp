@@ -6,12 +6,14 @@
 #include "kalvex.pb.h"
 #include "platform/PasswordHash.h"
 #include "text/CodePage.h"
+#include "vantrel/network/WireValues.h"
 
 namespace kalvex::supervision {
 
 namespace {
 
 namespace pb = ::kalvex::v1;
+using vantrel::wire::ParseBytes;
 
 // From this size on the scripts of a status go into another parcel.
 constexpr std::size_t kParcelGoal = 256 << 10;
@@ -39,10 +41,6 @@ static_assert(static_cast<int>(DataState::NoReport) + 1 == pb::MissingValue::NO_
 std::string Shown(std::string_view text) {
     if (text.size() <= kLongestText) return text::ToUtf8(text);
     return text::ToUtf8(text.substr(0, kLongestText)).append(kCut);
-}
-
-bool Parse(std::string_view bytes, google::protobuf::MessageLite& message) {
-    return message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 // ---- what a script stands on
@@ -196,7 +194,7 @@ std::string Pack(const Question& question) {
 
 bool Unpack(std::string_view bytes, Question& question) {
     pb::Question in;
-    const bool isQuestion = Parse(bytes, in);
+    const bool isQuestion = ParseBytes(bytes, in);
     if (isQuestion) {
         question = {text::FromUtf8(in.login().user()), text::FromUtf8(in.login().password()),
                     text::FromUtf8(in.login().client_name()), text::FromUtf8(in.script()),
@@ -227,7 +225,7 @@ std::vector<std::string> Pack(const StatusPiece& piece) {
 
 bool Unpack(std::string_view bytes, StatusPiece& piece) {
     pb::Status in;
-    if (!Parse(bytes, in)) return false;
+    if (!ParseBytes(bytes, in)) return false;
     piece = {};
     piece.status.module = text::FromUtf8(in.module());
     piece.status.identity = text::FromUtf8(in.identity());
@@ -248,7 +246,7 @@ std::string Pack(const std::vector<int>& breakpoints) {
 
 bool Unpack(std::string_view bytes, std::vector<int>& breakpoints) {
     pb::Breakpoints in;
-    if (!Parse(bytes, in)) return false;
+    if (!ParseBytes(bytes, in)) return false;
     breakpoints.assign(in.lines().begin(), in.lines().end());
     return true;
 }
@@ -261,7 +259,7 @@ std::string Pack(const engine::ScriptStanding& standing) {
 
 bool Unpack(std::string_view bytes, engine::ScriptStanding& standing) {
     pb::Standing in;
-    if (!Parse(bytes, in)) return false;
+    if (!ParseBytes(bytes, in)) return false;
     standing = Take(in);
     return true;
 }
@@ -276,7 +274,7 @@ std::string Pack(const AuditPiece& piece) {
 
 bool Unpack(std::string_view bytes, AuditPiece& piece) {
     pb::Audit in;
-    if (!Parse(bytes, in)) return false;
+    if (!ParseBytes(bytes, in)) return false;
     piece = {};
     for (const pb::AuditEntry& entry : in.entries()) {
         audit::AuditEntry taken;

@@ -209,6 +209,13 @@ TEST(SupervisionParcelsTest, AuditComesThroughWhole) {
     EXPECT_FALSE(Unpack("\xff\xff", taken));
 }
 
+TEST(SupervisionParcelsTest, TextThatIsNoneIsToldToNobody) {
+    Question taken;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(Unpack("\x12\x01\xff", taken));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(SupervisionParcelsTest, ActionOfANewerModuleIsPassedOver) {
     pb::Audit out;
     out.add_entries()->set_action("nowa");

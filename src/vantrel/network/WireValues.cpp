@@ -114,14 +114,18 @@ void Squeeze(pb::Values& values) {
     if (IsUniform(values.times())) values.mutable_times()->Truncate(1);
 }
 
-bool Parse(std::string_view bytes, google::protobuf::MessageLite& message, Reader& reader) {
+bool ParseBytes(std::string_view bytes, google::protobuf::MessageLite& message) {
     // What is wrong with a peer's bytes goes to the log of the program.
     [[maybe_unused]] static const auto silenced = google::protobuf::SetLogHandler(nullptr);
+    return message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+bool Parse(std::string_view bytes, google::protobuf::MessageLite& message, Reader& reader) {
     if (bytes.size() > kMaxParcelBytes) {
         reader.Note(WireFault::ParcelTooLarge);
         return false;
     }
-    if (message.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()))) return true;
+    if (ParseBytes(bytes, message)) return true;
     reader.Note(WireFault::NotAParcel);
     return false;
 }

@@ -35,7 +35,9 @@ std::size_t SizeOf(
 
 class Reader;
 
-// False, with the fault noted, when the bytes are too many or no such message.
+// False when the bytes are no such message. The library logs nothing about it.
+bool ParseBytes(std::string_view bytes, google::protobuf::MessageLite& message);
+// The same, with the fault noted; also when the bytes are too many.
 bool Parse(std::string_view bytes, google::protobuf::MessageLite& message, Reader& reader);
 
 // Each reading notes the first thing that is wrong and goes on.
