@@ -31,7 +31,10 @@ class Secret {
     }
     ~Secret();
 
-    std::string_view View() const { return {m_bytes, m_size}; }
+    // Of an empty one it points somewhere, too: libraries want that.
+    std::string_view View() const {
+        return m_bytes == nullptr ? std::string_view("") : std::string_view(m_bytes, m_size);
+    }
     std::size_t size() const { return m_size; }  // NOLINT: as texts have it
     bool empty() const { return m_size == 0; }   // NOLINT
 

@@ -16,6 +16,7 @@ TEST(SecretTest, StandsForItsText) {
     EXPECT_FALSE(secret.empty());
     EXPECT_TRUE(Secret().empty());
     EXPECT_EQ(Secret("").View(), "");
+    EXPECT_NE(Secret().View().data(), nullptr);
     EXPECT_TRUE(secret == "tajne");
     EXPECT_FALSE(secret == "Tajne");
 }
