@@ -150,6 +150,7 @@ void KalvexService::ReportToManager() {
     m_manager.TellReady();
     tellStatus();
     m_loop.SetTimer(StatusTimer, kStatusPeriod, tellStatus);
+    m_loop.SetTimer(MemoryTimer, platform::kMemoryReturnPeriod, [this] { m_memory.Step(); });
     if (const std::optional<std::int64_t> period = m_manager.GetWatchdogPeriod()) {
         m_loop.SetTimer(WatchdogTimer, *period, [this] { m_manager.TellAlive(); });
     }

@@ -13,6 +13,7 @@
 #include "platform/IniProfile.h"
 #include "platform/LifeSigns.h"
 #include "platform/LineWriter.h"
+#include "platform/ProcessMemory.h"
 #include "platform/ServiceManager.h"
 #include "platform/SteadyTime.h"
 #include "platform/UserSession.h"
@@ -52,6 +53,7 @@ class KalvexService {
 
     const std::string m_metrics;  // the address of the endpoint; empty: none
     platform::ServiceManager m_manager;
+    platform::MemoryReturn m_memory;
 
     platform::SystemClock m_clock;
     platform::GettextTranslator m_translator;

@@ -13,7 +13,7 @@
 namespace kalvex::kalvexd {
 
 // Timers beside those of the main frame and of the network.
-enum ServiceTimer : int { StatusTimer = 101, WatchdogTimer };
+enum ServiceTimer : int { StatusTimer = 101, WatchdogTimer, MemoryTimer };
 
 class ServiceLoop final : public app::AppLoop {
   public:

@@ -8,6 +8,7 @@
 
 #include "platform/Files.h"
 #include "platform/GettextTranslator.h"
+#include "platform/ProcessMemory.h"
 #include "platform/ServiceManager.h"
 #include "platform/Threads.h"
 #include "platform/UserStore.h"
@@ -64,6 +65,8 @@ int Serve(const SorvanedOptions& options, const platform::Translator& translator
         return Fail({text::ToUtf8(error)}, log);
     }
     loop.Every(kTick, [&server] { server.Tick(); });
+    platform::MemoryReturn memory;
+    loop.Every(platform::kMemoryReturnPeriod, [&memory] { memory.Step(); });
     if (network) loop.Every(kCheck, [&network] { network->Check(); });
     if (const std::optional<std::int64_t> period = manager.GetWatchdogPeriod()) {
         loop.Every(*period, [&manager] { manager.TellAlive(); });
