@@ -269,7 +269,12 @@ class SmallStacks {
     SmallStacks& operator=(const SmallStacks&) = delete;
 
   private:
+#if defined(__SANITIZE_THREAD__)
+    // What the sanitizer has of each thread lies there, too.
+    static constexpr std::size_t kSmall = 4 << 20;
+#else
     static constexpr std::size_t kSmall = 256 << 10;
+#endif
 
     void Set(std::size_t size) {
         pthread_attr_setstacksize(&m_attributes, size);
