@@ -123,13 +123,13 @@ def metrics_of(path):
 class SteppedClock:
     """By how much the clock of the day of the programs is ahead; the machine's own stays as it is."""
 
-    def __init__(self, library, path):
-        self.library = library
+    def __init__(self, preloaded, path):
+        self.preloaded = preloaded
         self.path = path
         path.write_bytes(struct.pack("q", 0))
 
     def environment(self):
-        return {"LD_PRELOAD": str(self.library), "SIEGE_CLOCK": str(self.path)} if self.library else {}
+        return {"LD_PRELOAD": str(self.preloaded), "SIEGE_CLOCK": str(self.path)} if self.preloaded else {}
 
     def set(self, seconds):
         with open(self.path, "r+b") as offset:
