@@ -19,15 +19,6 @@ class LoginTest : public ServerTest {
         return std::to_string(result.code) + " " + text::ToUtf8(result.text);
     }
 
-    void Say(TestClient& client, std::string user, std::string password) {
-        vantrel::LoginRequest request;
-        request.moduleType = 23;
-        request.clientName = "Kalvex_stacja";
-        request.user = std::move(user);
-        request.password = std::move(password);
-        client.Say(std::move(request));
-    }
-
     std::string Heard(TestClient& client) {
         while (client.messages.empty()) m_loop.WaitAndRun();
         const vantrel::LoginResult result = client.Take<vantrel::LoginResult>().at(0);

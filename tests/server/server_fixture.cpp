@@ -48,14 +48,18 @@ TestClient& ServerTest::Connect(std::string address) {
     return *m_clients.back();
 }
 
-vantrel::LoginResult ServerTest::TryLogin(TestClient& client, std::string user,
-                                          std::string password) {
+void ServerTest::Say(TestClient& client, std::string user, std::string password) {
     vantrel::LoginRequest request;
     request.moduleType = 23;
     request.clientName = "Kalvex_stacja";
     request.user = std::move(user);
     request.password = std::move(password);
     client.Say(std::move(request));
+}
+
+vantrel::LoginResult ServerTest::TryLogin(TestClient& client, std::string user,
+                                          std::string password) {
+    Say(client, std::move(user), std::move(password));
     while (client.messages.empty()) m_loop.WaitAndRun();
     return client.Take<vantrel::LoginResult>().at(0);
 }

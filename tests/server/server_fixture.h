@@ -52,6 +52,8 @@ class ServerTest : public testing::Test {
     TestClient& Connect(std::string address = {});
     // A client that is logged in, as nobody unless told.
     TestClient& LogIn(std::string user = {}, std::string password = {}, std::string address = {});
+    // Asks to be let in.
+    void Say(TestClient& client, std::string user, std::string password);
     vantrel::LoginResult TryLogin(TestClient& client, std::string user, std::string password);
     // Subscribes under the handles 1, 2, ... and forgets the answer.
     void Subscribe(TestClient& client, std::vector<std::string> names);
