@@ -1,4 +1,5 @@
 // The plant of a run as a JSON file, and a moment of the data servers that it describes.
+#include <iterator>
 #include <utility>
 
 #include "fuzz/fuzz.h"
@@ -23,6 +24,7 @@ constexpr const char* kWhole = R"({"sources": {"srv": {
           "accessError": 1, "readError": 2, "writeError": 65535}}}}})";
 
 constexpr const char* kPieces[] = {
+    kWhole,
     "",
     "{}",
     R"({"sources": []})",
@@ -34,9 +36,7 @@ constexpr const char* kPieces[] = {
 }  // namespace
 
 std::vector<std::string> FuzzCorpus() {
-    std::vector<std::string> corpus{kWhole};
-    for (const char* piece : kPieces) corpus.emplace_back(piece);
-    return corpus;
+    return {std::begin(kPieces), std::end(kPieces)};
 }
 
 }  // namespace kalvex::fuzz

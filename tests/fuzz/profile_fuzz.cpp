@@ -1,5 +1,6 @@
 // A profile: what is read of it and what is wrong with it, and that a change changes nothing else.
 #include <algorithm>
+#include <iterator>
 
 #include "app/ProfileCheck.h"
 #include "fuzz/fuzz.h"
@@ -18,6 +19,7 @@ constexpr const char* kWhole =
     "ci kolumn=1,2,3\r\n";
 
 constexpr const char* kPieces[] = {
+    kWhole,
     "",
     "[a",
     "[a]\n=\n",
@@ -62,9 +64,7 @@ void CheckChanges(std::string_view content) {
 }  // namespace
 
 std::vector<std::string> FuzzCorpus() {
-    std::vector<std::string> corpus{kWhole};
-    for (const char* piece : kPieces) corpus.emplace_back(piece);
-    return corpus;
+    return {std::begin(kPieces), std::end(kPieces)};
 }
 
 }  // namespace kalvex::fuzz
