@@ -2,6 +2,7 @@
 import collections
 import dataclasses
 import threading
+import time
 
 import grpc
 
@@ -15,17 +16,22 @@ AGAIN = 5  # the result of a write that may be tried again
 # Each has a connection of its own, and is back soon after the server.
 CHANNEL = (("grpc.use_local_subchannel_pool", 1), ("grpc.initial_reconnect_backoff_ms", 100),
            ("grpc.min_reconnect_backoff_ms", 100), ("grpc.max_reconnect_backoff_ms", 500))
+DIAL_SECONDS = 2
 
 
 def open_channel(target):
-    """A channel that is connected."""
-    channel = grpc.insecure_channel(target, options=CHANNEL)
-    try:
-        grpc.channel_ready_future(channel).result(PATIENCE)
-    except grpc.FutureTimeoutError:
-        channel.close()
-        raise
-    return channel
+    """A channel that is connected. One whose peer hangs up as soon as it is connected may be idle before its library
+    looks, and then dials no more; so there is soon another one."""
+    end = time.monotonic() + PATIENCE
+    while True:
+        channel = grpc.insecure_channel(target, options=CHANNEL)
+        try:
+            grpc.channel_ready_future(channel).result(DIAL_SECONDS)
+            return channel
+        except grpc.FutureTimeoutError:
+            channel.close()
+            if time.monotonic() > end:
+                raise
 
 
 @dataclasses.dataclass(frozen=True)

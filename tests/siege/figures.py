@@ -54,11 +54,12 @@ class Figures:
             entry["lateness_p99_ms"] = round(metrics[LATENESS] * 1000, 3)
             entry["lateness_max_ms"] = round(metrics["kalvex_tick_lateness_max_seconds"] * 1000, 1)
         for program in programs:
-            size = program.resident_bytes()
-            first = self.first_of_life.setdefault((program.name, program.lives), size)
+            first = self.first_of_life.setdefault((program.name, program.lives), program.resident_bytes())
+            most = first * GROWTH_FACTOR + GROWTH_BYTES
+            size = program.least_bytes(most) if self.holds_memory else program.resident_bytes()
             entry[program.name] = {"resident_mib": round(size / MIB, 1), "life": program.lives,
                                    "first_of_life_mib": round(first / MIB, 1), "descriptors": program.descriptors()}
-            if self.holds_memory and size > first * GROWTH_FACTOR + GROWTH_BYTES:
+            if self.holds_memory and size > most:
                 self.add_fault(f"{program.name} has grown from {first / MIB:.0f} to {size / MIB:.0f} MiB")
         self.rounds.append(entry)
         print(f"round {len(self.rounds) - 1}: {json.dumps(entry)}", flush=True)

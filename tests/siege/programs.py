@@ -106,6 +106,17 @@ class Program:
         with open(f"/proc/{self.process.pid}/statm", encoding="ascii") as sizes:
             return int(sizes.read().split()[1]) * mmap.PAGESIZE
 
+    def least_bytes(self, enough, looks=60):
+        """Of what is resident at some looks a second apart, the least; of no more when that is not above `enough`. What
+        is used for a moment, as by the check of a password, is no growth."""
+        least = self.resident_bytes()
+        for _ in range(looks):
+            with self.news:
+                if least <= enough or self.news.wait_for(self.has_ended, 1):
+                    break
+            least = min(least, self.resident_bytes())
+        return least
+
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.process.pid}/fd"))
 
