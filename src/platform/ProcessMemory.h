@@ -17,7 +17,7 @@ class MemoryReturn {
     void Step();
 
   private:
-    std::uint64_t m_least = 0;  // resident bytes since the allocator was asked last
+    std::uint64_t m_least = 0;  // spare bytes since the allocator was asked last
 };
 
 inline constexpr std::int64_t kMemoryReturnPeriod = 30'000;  // ms

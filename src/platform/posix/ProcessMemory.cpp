@@ -12,6 +12,15 @@ namespace {
 
 constexpr std::uint64_t kMuch = std::uint64_t{32} << 20;
 
+// Resident bytes that nothing uses which the allocator has given, and those of what it does not
+// know, such as stacks and the program itself.
+std::uint64_t SpareBytes() {
+    const struct mallinfo2 info = ::mallinfo2();
+    const std::uint64_t used = info.uordblks + info.hblkhd;
+    const std::uint64_t resident = ResidentBytes();
+    return resident - std::min(resident, used);
+}
+
 }  // namespace
 
 std::uint64_t ResidentBytes() {
@@ -23,11 +32,11 @@ std::uint64_t ResidentBytes() {
 }
 
 void MemoryReturn::Step() {
-    const std::uint64_t resident = ResidentBytes();
-    m_least = std::min(m_least, resident);
-    if (resident < m_least + kMuch) return;
-    if (::mallinfo2().fordblks >= kMuch) ::malloc_trim(0);
-    m_least = ResidentBytes();
+    const std::uint64_t spare = SpareBytes();
+    m_least = std::min(m_least, spare);
+    if (spare < m_least + kMuch) return;
+    ::malloc_trim(0);
+    m_least = SpareBytes();
 }
 
 }  // namespace kalvex::platform
