@@ -67,22 +67,77 @@ class OpenStore {
     server::Store m_store{m_loop};
 };
 
-// One transaction of so many rows each time.
-void WriteArchive(benchmark::State& state) {
-    OpenStore store;
-    const server::VariableId x = store.Variable("W");
+std::vector<server::StoreOperation> Rows(server::VariableId variable, std::int64_t first,
+                                         std::int64_t count, double number,
+                                         const server::Origin& origin) {
+    std::vector<server::StoreOperation> operations;
+    for (std::int64_t time = first; time < first + count; ++time) {
+        operations.emplace_back(
+            server::PutValue{variable, value::KindArchive, time, value::CVal(number), origin});
+    }
+    return operations;
+}
+
+// One transaction of so many rows each time, each behind the last one.
+void WriteRows(benchmark::State& state, const char* name, const server::Origin& origin) {
     static std::int64_t next = 0;
+    OpenStore store;
+    const server::VariableId x = store.Variable(name);
     for (auto _ : state) {
-        std::vector<server::StoreOperation> operations;
-        for (std::int64_t row = 0; row < state.range(0); ++row) {
-            operations.emplace_back(
-                server::PutValue{x, value::KindArchive, next++, value::CVal(0.5)});
-        }
-        Expect(store.Submit(std::move(operations)), "write");
+        Expect(store.Submit(Rows(x, next, state.range(0), 0.5, origin)), "write");
+        next += state.range(0);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
+
+void WriteArchive(benchmark::State& state) {
+    WriteRows(state, "W", {});
+}
 BENCHMARK(WriteArchive)->Arg(1)->Arg(1000)->Arg(10000)->UseRealTime();
+
+// The same with who wrote it.
+void WriteArchiveOfClient(benchmark::State& state) {
+    WriteRows(state, "C", {1, kStart});
+}
+BENCHMARK(WriteArchiveOfClient)->Arg(1)->Arg(1000)->Arg(10000)->UseRealTime();
+
+// Each row in the place of another one, which stays as a version.
+void CorrectArchive(benchmark::State& state) {
+    OpenStore store;
+    const server::VariableId x = store.Variable("K");
+    double number = 0;
+    for (auto _ : state) {
+        Expect(store.Submit(Rows(x, 0, state.range(0), ++number, {1, kStart})), "correct");
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(CorrectArchive)->Arg(10000)->UseRealTime();
+
+// What the library alone takes for the same rows without who wrote them.
+void WriteRawSqlite(benchmark::State& state) {
+    static std::int64_t next = 0;
+    platform::SqliteDatabase database;
+    platform::SqliteStatement put;
+    Expect(database.Open(OpenStore::Folder() + "/raw.sqlite") &&
+               database.Execute(
+                   "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA cache_size = "
+                   "-16000; CREATE TABLE IF NOT EXISTS history (variable INTEGER NOT NULL, kind "
+                   "INTEGER NOT NULL, time INTEGER NOT NULL, type INTEGER NOT NULL, status INTEGER "
+                   "NOT NULL, value, PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;") &&
+               put.Prepare(database, "INSERT OR REPLACE INTO history VALUES (1, 6, ?, 171, 0, ?)"),
+           "raw");
+    for (auto _ : state) {
+        platform::SqliteTransaction transaction(database);
+        for (std::int64_t row = 0; row < state.range(0); ++row) {
+            put.BindInteger(1, next++);
+            put.BindReal(2, 0.5);
+            Expect(put.Run(), "raw row");
+        }
+        Expect(transaction.Commit(), "raw commit");
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(WriteRawSqlite)->Arg(1)->Arg(1000)->Arg(10000)->UseRealTime();
 
 server::VariableId FillMonth(OpenStore& store) {
     const server::VariableId x = store.Variable("M");

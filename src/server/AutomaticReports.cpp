@@ -21,13 +21,17 @@ std::string ProgressName(value::ValueKind kind) {
 }
 
 // The first report that is made up for.
-std::int64_t Farthest(value::ValueKind kind, std::int64_t now, const Definitions& definitions) {
-    const bool isKept = kind != value::KindHour || definitions.keepDays == 0 ||
-                        definitions.keepDays >= kFarthestDays;
-    const std::int64_t days = isKept ? kFarthestDays : definitions.keepDays;
-    const std::int64_t time = std::max<std::int64_t>(now - days * value::kSecondsPerDay, 0);
-    const std::int64_t report = CoveringReport(kind, time, static_cast<int>(definitions.dayStart));
-    return isKept ? report : NextReportTime(kind, report);
+std::int64_t Farthest(value::ValueKind kind, std::int64_t now, int dayStart) {
+    const std::int64_t time =
+        std::max<std::int64_t>(now - kFarthestDays * value::kSecondsPerDay, 0);
+    return CoveringReport(kind, time, dayStart);
+}
+
+// Whether the archive that the report is computed from may be gone in part.
+bool IsPast(const VariableConfig& config, value::ValueKind kind, std::int64_t time,
+            std::int64_t now) {
+    return kind == value::KindHour && config.keepDays != 0 &&
+           time < now - config.keepDays * value::kSecondsPerDay;
 }
 
 }  // namespace
@@ -43,7 +47,7 @@ void AutomaticReports::Step(const Definitions& definitions, std::int64_t now, bo
         }
         Place& place = m_places[kind];
         if (!Return(kind, present, sure, place)) return;
-        const std::int64_t farthest = Farthest(kind, now, definitions);
+        const std::int64_t farthest = Farthest(kind, now, dayStart);
         if (place.time < farthest) place = Place{farthest};
         while (CoveredSpan(kind, place.time, dayStart).end <= now) {
             if (!HandOver(kind, dayStart, now, place)) return;
@@ -93,8 +97,10 @@ bool AutomaticReports::HandOver(value::ValueKind kind, int dayStart, std::int64_
         for (; index < m_plant.Size() && operations.size() < kReportsTogether; ++index) {
             const PlantVariable& variable = m_plant.At(index);
             if ((variable.config.reports & vantrel::ReportBit(kind)) == 0) continue;
+            if (IsPast(variable.config, kind, place.time, now)) continue;
             operations.emplace_back(MakeReport{vantrel::PeriodAction::Load, variable.id, kind,
-                                               place.time, variable.config.rule, dayStart, now});
+                                               place.time, variable.config.rule, dayStart, now,
+                                               {kServerItself, now}});
         }
         last = index == m_plant.Size();
         const std::int64_t next = NextReportTime(kind, place.time);

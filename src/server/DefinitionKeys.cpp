@@ -15,6 +15,7 @@ namespace kalvex::server {
 namespace {
 
 constexpr std::size_t kLongestName = 255;
+constexpr std::int64_t kMostKeepDays = 36500;
 
 struct TypeRow {
     std::string_view word;
@@ -61,8 +62,8 @@ platform::Notice SetInteger(std::int64_t& target, std::string_view text, std::in
     return {};
 }
 
-template <auto Member, std::int64_t Least, std::int64_t Most>
-platform::Notice SetSetting(Definitions& target, std::string_view, std::string_view text) {
+template <auto Member, std::int64_t Least, std::int64_t Most, class Target = Definitions>
+platform::Notice SetSetting(Target& target, std::string_view, std::string_view text) {
     return SetInteger(target.*Member, text, Least, Most);
 }
 
@@ -131,7 +132,8 @@ platform::Notice SetAutomatic(Definitions& target, std::string_view, std::string
     return {platform::Translatable("oczekiwano słów hour, day, month")};
 }
 
-platform::Notice SetPattern(AccessRule& target, std::string_view, std::string_view text) {
+template <class Target>
+platform::Notice SetPattern(Target& target, std::string_view, std::string_view text) {
     if (text.empty())
         return {platform::Translatable("oczekiwano nazwy, w której * i ? zastępują znaki")};
     target.variables = text;
@@ -221,7 +223,7 @@ constexpr Setting kServerKeys[] = {
 
 constexpr Setting kArchiveKeys[] = {
     {"period", SetSetting<&Definitions::archivePeriod, 1, 86400>},
-    {"keep-days", SetSetting<&Definitions::keepDays, 0, 36500>},
+    {"keep-days", SetSetting<&Definitions::keepDays, 0, kMostKeepDays>},
 };
 
 constexpr Setting kReportKeys[] = {
@@ -283,9 +285,16 @@ constexpr StartKey kStartKeys[] = {
 };
 
 constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
-    {"variables", SetPattern},
+    {"variables", SetPattern<AccessRule>},
     {"read", SetRight<AccessRule, &AccessRule::read>},
     {"write", SetRight<AccessRule, &AccessRule::write>},
+};
+
+constexpr DefinitionKey<RetentionRule> kRetentionKeys[] = {
+    {"variables", SetPattern<RetentionRule>},
+    {"keep-days", SetSetting<&RetentionRule::keepDays, 0, kMostKeepDays, RetentionRule>},
+    {"reports-keep-days",
+     SetSetting<&RetentionRule::reportsKeepDays, 0, kMostKeepDays, RetentionRule>},
 };
 
 constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
@@ -321,6 +330,10 @@ std::vector<std::string> KeepUntilNextStart(const Definitions& current, Definiti
 
 std::span<const DefinitionKey<AccessRule>> AccessKeys() {
     return kAccessKeys;
+}
+
+std::span<const DefinitionKey<RetentionRule>> RetentionKeys() {
+    return kRetentionKeys;
 }
 
 std::span<const DefinitionKey<VariableConfig>> VariableKeys() {

@@ -27,6 +27,7 @@ struct DefinitionSection {
 std::span<const DefinitionSection> DefinitionSections();
 
 std::span<const DefinitionKey<AccessRule>> AccessKeys();
+std::span<const DefinitionKey<RetentionRule>> RetentionKeys();
 std::span<const DefinitionKey<VariableConfig>> VariableKeys();
 
 // What a variable needs as a whole, once its keys are set; empty when all is well, else the key in

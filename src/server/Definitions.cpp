@@ -12,6 +12,7 @@
 #include "server/TomlText.h"
 #include "text/CodePage.h"
 #include "text/Encoding.h"
+#include "text/PatternMatch.h"
 #include "text/ShellWord.h"
 #include "value/ValueText.h"
 
@@ -87,7 +88,10 @@ class Reader {
                    const toml::table& table, std::string_view section);
     const toml::array* TablesOf(const toml::node& node, std::string_view section);
     void ReadVariables(const toml::node& node);
-    void ReadAccess(const toml::node& node);
+    template <class Rule>
+    void ReadRules(std::vector<Rule>& rules, std::span<const DefinitionKey<Rule>> keys,
+                   const toml::node& node, std::string_view section);
+    void ApplyRetention();
     void ReadFiles(const toml::node& node);
     void ReadCsvFile(const std::string& path, Place named);
     void AddVariable(VariableConfig variable, Place place, std::string_view prefix);
@@ -217,11 +221,26 @@ void Reader::ReadVariables(const toml::node& node) {
     }
 }
 
-void Reader::ReadAccess(const toml::node& node) {
-    const toml::array* tables = TablesOf(node, "access");
+template <class Rule>
+void Reader::ReadRules(std::vector<Rule>& rules, std::span<const DefinitionKey<Rule>> keys,
+                       const toml::node& node, std::string_view section) {
+    const toml::array* tables = TablesOf(node, section);
     if (tables == nullptr) return;
     for (const toml::node& entry : *tables) {
-        ReadTable(m_out.access.emplace_back(), AccessKeys(), *entry.as_table(), "access");
+        ReadTable(rules.emplace_back(), keys, *entry.as_table(), section);
+    }
+}
+
+void Reader::ApplyRetention() {
+    for (VariableConfig& variable : m_out.variables) {
+        const auto rule = std::ranges::find_if(m_out.retention, [&](const RetentionRule& each) {
+            return text::CompareWithPattern(
+                variable.name, each.variables,
+                text::PatternOption::Wildcards | text::PatternOption::Whole);
+        });
+        const bool fits = rule != m_out.retention.end();
+        variable.keepDays = fits ? rule->keepDays : m_out.keepDays;
+        variable.reportsKeepDays = fits ? rule->reportsKeepDays : 0;
     }
 }
 
@@ -405,7 +424,9 @@ void Reader::Read() {
                      {platform::Translatable("oczekiwano sekcji [%s]"), {std::string(name)}});
             }
         } else if (name == "access") {
-            ReadAccess(node);
+            ReadRules(m_out.access, AccessKeys(), node, name);
+        } else if (name == "retention") {
+            ReadRules(m_out.retention, RetentionKeys(), node, name);
         } else if (name == "variable") {
             ReadVariables(node);
         } else if (name == "variables") {
@@ -414,6 +435,7 @@ void Reader::Read() {
             Tell({0, LineOf(node)}, std::string(name), {platform::Translatable("nieznana sekcja")});
         }
     }
+    ApplyRetention();
     m_out.dataFolder = Below(m_out.dataFolder);
     m_out.usersFile = Below(m_out.usersFile);
     m_out.files = m_files;

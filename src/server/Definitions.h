@@ -38,6 +38,9 @@ struct VariableConfig {
     ReportRule rule = ReportRule::Mean;
     std::string initial;  // the text of the value that a new variable has; empty: none
     std::optional<Signal> signal;
+    // What the retention that counts for it says, in days; 0 keeps all.
+    std::int64_t keepDays = 0;
+    std::int64_t reportsKeepDays = 0;
 };
 
 // What a new variable has: of its type, or of none where the definition gives no value. Its time is
@@ -51,6 +54,12 @@ struct AccessRule {
     std::string variables = "*";  // a pattern
     std::string read = "0";
     std::string write = "50";
+};
+
+struct RetentionRule {
+    std::string variables = "*";  // a pattern
+    std::int64_t keepDays = 0;    // of archive values; 0 keeps all
+    std::int64_t reportsKeepDays = 0;
 };
 
 // The highest that `clients` can be; that of `variables` is kMostVariables.
@@ -71,6 +80,7 @@ struct Definitions {
     std::vector<value::ValueKind> automatic;  // report kinds, each once, the shorter first
     vantrel::Listening listening;             // paths as above
     std::vector<AccessRule> access;
+    std::vector<RetentionRule> retention;  // the first that fits counts, else keepDays
     std::vector<VariableConfig> variables;
     std::vector<std::string> files;  // what it was read from, the configuration itself first
 };

@@ -85,9 +85,10 @@ void Plant::Step(std::int64_t now, std::int64_t passed) {
     }
 }
 
-void Plant::SetValue(std::size_t index, value::CVal value) {
+void Plant::SetValue(std::size_t index, value::CVal value, const Origin& origin) {
     PlantVariable& variable = m_arrVariables[index];
     variable.value = std::move(value);
+    variable.origin = origin;
     variable.saved = false;
     if (variable.changed) return;
     variable.changed = true;

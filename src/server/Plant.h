@@ -26,6 +26,7 @@ class Session;
 struct VariableState {
     // Of the variable's type, or without content and UNKNOWN while there is none.
     value::CVal value;
+    Origin origin;                    // of the value
     std::optional<double> generated;  // what the signal has come to, uncut by the type
     bool saved = true;
     std::size_t unarchived = 0;  // its last changes have no second of their own in the archive yet
@@ -68,7 +69,7 @@ class Plant {
     void Step(std::int64_t now, std::int64_t passed);
 
     // Sets a current value as it stands.
-    void SetValue(std::size_t index, value::CVal value);
+    void SetValue(std::size_t index, value::CVal value, const Origin& origin = {});
 
     // The variables whose values have been set since the last call, each once.
     std::vector<std::size_t> TakeChanges();

@@ -57,7 +57,8 @@ void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
             continue;
         }
         m_pending.emplace_back(
-            PutValue{variable.id, value::KindArchive, variable.value.GetTime(), variable.value});
+            PutValue{variable.id, value::KindArchive, variable.value.GetTime(), variable.value,
+                     variable.origin});
     }
 }
 
@@ -78,7 +79,8 @@ void Recorder::CatchUp(std::int64_t now) {
         const bool isPart = variable.config.rule == ReportRule::Sum && values > 1;
         value::CVal value = isPart ? NoValue() : variable.value;
         value.SetTime(now);
-        m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value)});
+        m_pending.emplace_back(PutValue{variable.id, value::KindArchive, now, std::move(value),
+                                        isPart ? Origin() : variable.origin});
     }
 }
 
@@ -105,7 +107,7 @@ void Recorder::Step(const Definitions& definitions, std::int64_t now, std::int64
     }
     SaveAlive(now, confirmed);
     Submit(now, m_done);
-    RemoveOld(definitions.keepDays, confirmed);
+    RemoveOld(confirmed);
 }
 
 void Recorder::SaveAlive(std::int64_t now, std::int64_t confirmed) {
@@ -140,7 +142,7 @@ void Recorder::AddUnsaved() {
     const auto save = [this](VariableId id, VariableState& state) {
         if (state.saved && !m_saveAll) return;
         state.saved = true;
-        m_pending.emplace_back(SaveLastValue{id, state.value});
+        m_pending.emplace_back(SaveLastValue{id, state.value, state.origin});
     };
     for (std::size_t index = 0; index < m_plant.Size(); ++index) {
         save(m_plant.At(index).id, m_plant.At(index));
@@ -186,14 +188,21 @@ void Recorder::EndLoss(std::int64_t now) {
     m_onLoss(*std::exchange(m_loss, std::nullopt));
 }
 
-void Recorder::RemoveOld(std::int64_t keepDays, std::int64_t now) {
-    if (keepDays == 0 || m_plant.Size() == 0) return;
+void Recorder::RemoveOld(std::int64_t now) {
+    if (m_plant.Size() == 0) return;
     std::vector<StoreOperation> operations;
+    const auto before = [now](std::int64_t days) { return now - days * value::kSecondsPerDay; };
     for (std::size_t count = m_plant.Size() / value::kSecondsPerHour + 1; count > 0; --count) {
         m_nextRemoval = (m_nextRemoval + 1) % m_plant.Size();
-        operations.emplace_back(
-            RemoveArchive{m_plant.At(m_nextRemoval).id, now - keepDays * value::kSecondsPerDay});
+        const PlantVariable& variable = m_plant.At(m_nextRemoval);
+        if (const std::int64_t days = variable.config.keepDays; days != 0) {
+            operations.emplace_back(RemoveArchive{variable.id, before(days)});
+        }
+        if (const std::int64_t days = variable.config.reportsKeepDays; days != 0) {
+            operations.emplace_back(RemoveReports{variable.id, before(days)});
+        }
     }
+    if (operations.empty()) return;
     m_store.Submit(std::move(operations), Store::Urgency::Background, {});
 }
 

@@ -58,7 +58,7 @@ class Recorder {
     void AddUnsaved();
     void SaveAlive(std::int64_t now, std::int64_t confirmed);
     void AddGap(const PlantVariable& variable, std::int64_t from, std::int64_t now);
-    void RemoveOld(std::int64_t keepDays, std::int64_t now);
+    void RemoveOld(std::int64_t now);
     void Submit(std::int64_t now, const Store::Done& done);
     void Lose(std::int64_t now);
     void EndLoss(std::int64_t now);

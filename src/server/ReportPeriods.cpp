@@ -55,6 +55,19 @@ std::int64_t CoveringReport(value::ValueKind kind, std::int64_t instant, int day
     return ReportTime(kind, time - 1);
 }
 
+ReportName ReportAbove(value::ValueKind kind, std::int64_t time, int dayStart) {
+    switch (kind) {
+        case value::KindArchive:
+            return {value::KindHour, ReportTime(value::KindHour, time)};
+        case value::KindHour:
+            return {value::KindDay, CoveringReport(value::KindDay, time, dayStart)};
+        case value::KindDay:
+            return {value::KindMonth, ReportTime(value::KindMonth, time)};
+        default:
+            return {};
+    }
+}
+
 std::vector<std::int64_t> PartsOf(value::ValueKind kind, std::int64_t reportTime, int dayStart) {
     const value::ValueKind part = kind == value::KindMonth ? value::KindDay : value::KindHour;
     std::vector<std::int64_t> parts;

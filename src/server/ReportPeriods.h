@@ -35,6 +35,15 @@ TimeSpan CoveredSpan(value::ValueKind kind, std::int64_t reportTime, int dayStar
 // The name of the hour, day or month report that covers the instant.
 std::int64_t CoveringReport(value::ValueKind kind, std::int64_t instant, int dayStart);
 
+struct ReportName {
+    value::ValueKind kind = value::KindNone;
+    std::int64_t time = 0;
+};
+
+// The report that is computed from what has that kind and time: an hour from the archive, a day from
+// hours, a month from days. KindNone where nothing is.
+ReportName ReportAbove(value::ValueKind kind, std::int64_t time, int dayStart);
+
 // The reports from which the day or month report of that name is computed: hours or days.
 std::vector<std::int64_t> PartsOf(value::ValueKind kind, std::int64_t reportTime, int dayStart);
 

@@ -61,7 +61,8 @@ Server::Server(const platform::Clock& clock, platform::LogSink& log,
       m_recorder(
           m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); },
           [this](const ValueLoss& loss) { OnLoss(loss); }),
-      m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {
+      m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
+      m_late(m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {
     m_store.OnTrouble([this](const StoreTrouble& trouble) { OnTrouble(trouble); });
 }
 
@@ -173,6 +174,7 @@ void Server::Tick() {
     // What is lost has to be told to the archives before a report is computed from them.
     if (!m_recorder.IsLosing()) {
         m_automatic.Step(m_definitions, Confirmed(), m_confirmed.IsSure());
+        m_late.Step(now, Confirmed());
     }
     m_reportChanges.Publish();
     m_logins->Step();
@@ -304,6 +306,12 @@ bool Server::TakesWrites() {
     return false;
 }
 
+void Server::MarkLate(const PlantVariable& variable, value::ValueKind kind, std::int64_t time,
+                      std::vector<StoreOperation>& operations) {
+    m_late.Mark(variable, kind, time, static_cast<int>(m_definitions.dayStart), Confirmed(),
+                operations);
+}
+
 void Server::Write(std::vector<StoreOperation> operations, std::function<void()> done) {
     m_recorder.Write(std::move(operations), m_clock.Now(),
                      [this, done = std::move(done)](const StoreOutcome& outcome) {
@@ -314,6 +322,9 @@ void Server::Write(std::vector<StoreOperation> operations, std::function<void()>
 
 void Server::OnOutcome(const StoreOutcome& outcome) {
     m_reportChanges.Take(outcome.changed);
+    for (const std::string& line : KeptLines(outcome.kept, m_plant, m_translator)) {
+        Log(line, platform::LogErrors);
+    }
 }
 
 void Server::OnTrouble(const StoreTrouble& trouble) {

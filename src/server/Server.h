@@ -24,6 +24,7 @@
 #include "server/AutomaticReports.h"
 #include "server/ConfirmedTime.h"
 #include "server/Definitions.h"
+#include "server/LateReports.h"
 #include "server/Plant.h"
 #include "server/Recorder.h"
 #include "server/ReportChanges.h"
@@ -105,6 +106,10 @@ class Server final : public vantrel::SessionAcceptor {
     // False while too much waits to be written; the log is told of it once until all is written.
     bool TakesWrites();
 
+    // Adds the mark of the report above what a client is about to change.
+    void MarkLate(const PlantVariable& variable, value::ValueKind kind, std::int64_t time,
+                  std::vector<StoreOperation>& operations);
+
     // Writes what a client has asked for, behind all that was recorded before. `done` is called
     // when it is on disk. Only after TakesWrites.
     void Write(std::vector<StoreOperation> operations, std::function<void()> done);
@@ -135,6 +140,7 @@ class Server final : public vantrel::SessionAcceptor {
     Plant m_plant;
     Recorder m_recorder;
     AutomaticReports m_automatic;
+    LateReports m_late;
     std::map<std::uint64_t, Session*> m_sessions;
     std::uint64_t m_lastSession = 0;
     vantrel::ConversationSlots m_slots;

@@ -132,7 +132,8 @@ class Session final : public vantrel::ServerSession {
     // `good` values stand before the bad one, if it is one.
     std::string ArchiveReason(Refusal refusal, std::size_t good, std::size_t count) const;
     Refusal PreparePeriod(const vantrel::PeriodRequest& request,
-                          std::vector<StoreOperation>& operations) const;
+                          std::vector<StoreOperation>& operations);
+    Origin OriginNow();  // of what the client writes
     void Correct(std::string_view name);
 
     // An order that is not carried out, with the words for why: to the log. The answer is the
@@ -155,6 +156,7 @@ class Session final : public vantrel::ServerSession {
     std::string m_client;
     std::string m_userName;  // as it was given
     platform::UserRecord m_user;
+    WriterId m_writer = kServerItself;  // until the client writes
     std::vector<Rights::Granted> m_granted;  // by rule
     std::uint32_t m_flags = 0;
     bool m_closing = false;

@@ -62,6 +62,14 @@ void Session::TellRefusals(std::int64_t now) {
 
 // ---- writes
 
+Origin Session::OriginNow() {
+    if (m_writer == kServerItself) {
+        m_writer = m_server.GetStore().Register(
+            Writer{m_user.name, vantrel::Printable(m_client), m_link.PeerAddress()});
+    }
+    return {m_writer, m_server.Now()};
+}
+
 Refusal Session::CheckWrite(value::ValueKind kind, std::string_view name,
                             std::size_t& variable) const {
     variable = m_server.GetPlant().Find(name);
@@ -89,19 +97,21 @@ Refusal Session::PrepareModify(vantrel::ModifyRequest& request,
     const VariableId id = plant.At(variable).id;
     value::CVal& value = request.value;
     if (!ConvertWritten(plant.At(variable).config, request.kind, value)) return Refusal::BadValue;
+    const Origin origin = OriginNow();
     const bool isCurrent = request.kind == value::KindCurrent;
     if (!isCurrent && !IsTime(request.time)) return Refusal::BadTime;
     if (!m_server.TakesWrites()) return Refusal::StoreBusy;
     if (isCurrent) {
         value.SetTime(m_server.Now());
-        operations.emplace_back(SaveLastValue{id, value});
-        plant.SetValue(variable, std::move(value));
+        operations.emplace_back(SaveLastValue{id, value, origin});
+        plant.SetValue(variable, std::move(value), origin);
         plant.At(variable).saved = true;
         return Refusal::None;
     }
     value.AddStatus(value::Status::SetByUser);
-    operations.emplace_back(
-        PutValue{id, request.kind, ReportTime(request.kind, request.time), std::move(value)});
+    const std::int64_t time = ReportTime(request.kind, request.time);
+    operations.emplace_back(PutValue{id, request.kind, time, std::move(value), origin});
+    m_server.MarkLate(plant.At(variable), request.kind, time, operations);
     return Refusal::None;
 }
 
@@ -145,12 +155,18 @@ Refusal Session::PrepareArchive(vantrel::ArchiveModifyRequest& request,
     if (request.values.size() > kMostArchiveValues) return Refusal::ManyValues;
     if (refusal != Refusal::None) return refusal;
     const PlantVariable& target = m_server.GetPlant().At(variable);
+    const Origin origin = OriginNow();
+    TimeSpan hour;  // of the value before
     for (value::CVal& value : request.values) {
         const std::int64_t time = value.GetTime();
         if (!IsTime(time)) return Refusal::BadTime;
         if (!ConvertWritten(target.config, value::KindArchive, value)) return Refusal::BadValue;
-        operations.emplace_back(PutValue{target.id, value::KindArchive, time, std::move(value)});
+        operations.emplace_back(
+            PutValue{target.id, value::KindArchive, time, std::move(value), origin});
         ++good;
+        if (hour.begin <= time && time < hour.end) continue;
+        hour = CoveredSpan(value::KindHour, ReportTime(value::KindHour, time), 0);
+        m_server.MarkLate(target, value::KindArchive, time, operations);
     }
     return m_server.TakesWrites() ? Refusal::None : Refusal::StoreBusy;
 }
@@ -239,7 +255,7 @@ void Session::Finish(Server& server, std::uint64_t number, const std::string& to
 // ---- orders
 
 Refusal Session::PreparePeriod(const vantrel::PeriodRequest& request,
-                               std::vector<StoreOperation>& operations) const {
+                               std::vector<StoreOperation>& operations) {
     const bool forArchive = request.action == vantrel::PeriodAction::Update ||
                             request.action == vantrel::PeriodAction::Refresh;
     const bool fits =
@@ -255,9 +271,14 @@ Refusal Session::PreparePeriod(const vantrel::PeriodRequest& request,
     if (nothingToDo) return Refusal::None;
     if (!m_server.TakesWrites()) return Refusal::StoreBusy;
     const PlantVariable& target = m_server.GetPlant().At(variable);
-    operations.emplace_back(MakeReport{
-        request.action, target.id, request.kind, ReportTime(request.kind, request.time),
-        target.config.rule, static_cast<int>(m_server.Settings().dayStart), m_server.Confirmed()});
+    const std::int64_t time = ReportTime(request.kind, request.time);
+    operations.emplace_back(MakeReport{request.action, target.id, request.kind, time,
+                                       target.config.rule,
+                                       static_cast<int>(m_server.Settings().dayStart),
+                                       m_server.Confirmed(), OriginNow()});
+    if (request.action != vantrel::PeriodAction::Init) {
+        m_server.MarkLate(target, request.kind, time, operations);
+    }
     return Refusal::None;
 }
 

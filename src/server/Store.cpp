@@ -23,6 +23,8 @@ constexpr milliseconds kLongestPause{2000};
 // without it.
 constexpr milliseconds kReadPatience{3000};
 constexpr milliseconds kClosePatience{700};
+// With their clients' names, which clients give themselves.
+constexpr std::size_t kMostWriters = 100'000;
 constexpr std::int64_t kCloseTime = 700'000;  // microseconds for all that waits
 // What a start needs: the shared memory of the log and a little more.
 constexpr std::size_t kReserve = std::size_t{256} << 10;
@@ -45,6 +47,7 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
     for (const auto& [name, id] : m_contents.variables) {
         m_lastVariable = std::max(m_lastVariable, id);
     }
+    for (const auto& [writer, id] : m_contents.writers) m_lastWriter = std::max(m_lastWriter, id);
     m_writer = platform::StartThread({"store-writer"}, [this] { Write(); });
     if (m_writer.joinable())
         m_reader = platform::StartThread({"store-reader"}, [this] { ReadPieces(); });
@@ -76,7 +79,21 @@ VariableId Store::Register(std::string_view name) {
     if (isNew) {
         ++m_lastVariable;
         const std::lock_guard lock(m_mutex);
-        m_queue.PushName({known->second, known->first});
+        m_queue.PushName(SaveName{known->second, known->first});
+    }
+    return known->second;
+}
+
+WriterId Store::Register(const Writer& writer) {
+    const bool isFull = m_contents.writers.size() >= kMostWriters && !writer.client.empty();
+    if (isFull && m_contents.writers.count(writer) == 0) {
+        return Register(Writer{writer.user, {}, writer.address});
+    }
+    const auto [known, isNew] = m_contents.writers.emplace(writer, m_lastWriter + 1);
+    if (isNew) {
+        ++m_lastWriter;
+        const std::lock_guard lock(m_mutex);
+        m_queue.PushName(SaveWriter{known->second, known->first});
     }
     return known->second;
 }
@@ -143,22 +160,22 @@ void Store::Write() {
         const StoreBatch batch = m_queue.Next();
         m_writing = true;
         lock.unlock();
-        std::vector<ChangedReports> changed;
-        const bool committed = Commit(batch, changed);
+        std::vector<StoreOutcome> outcomes;
+        const bool committed = Commit(batch, outcomes);
         lock.lock();
         m_writing = false;
         if (!committed) return;
-        PostDone(m_queue.Take(batch, std::move(changed)));
+        PostDone(m_queue.Take(batch, std::move(outcomes)));
         m_done.notify_all();
         m_work.notify_all();
     }
 }
 
-bool Store::Commit(const StoreBatch& batch, std::vector<ChangedReports>& changed) {
+bool Store::Commit(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes) {
     milliseconds failedFor{0};
     milliseconds pause = kFirstPause;
     std::string error;
-    while (!m_writeFile.Write(batch, changed, error)) {
+    while (!m_writeFile.Write(batch, outcomes, error)) {
         if (failedFor == milliseconds{0}) PostTrouble({false, error, 0});
         if (!OnFailure(error, failedFor, pause)) return false;
         m_pause->Wait(pause);

@@ -70,6 +70,8 @@ class Store {
     // The number of the variable, a new one if it has none yet. A new one is in the file before
     // the first operation that is committed with it.
     VariableId Register(std::string_view name);
+    // The same for a writer.
+    WriterId Register(const Writer& writer);
 
     // What the file held when it was opened.
     std::optional<value::CVal> LastValue(VariableId variable) const;
@@ -104,7 +106,7 @@ class Store {
     };
 
     void Write();
-    bool Commit(const StoreBatch& batch, std::vector<ChangedReports>& changed);
+    bool Commit(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes);
     // Takes a failure down; whether to try again after the pause.
     bool OnFailure(const std::string& error, std::chrono::milliseconds failedFor,
                    std::chrono::milliseconds& pause);
@@ -126,6 +128,7 @@ class Store {
     StoreFile m_readFile;   // the reader's
     StoreFile::Contents m_contents;
     VariableId m_lastVariable = 0;
+    WriterId m_lastWriter = kServerItself;
 
     std::mutex m_mutex;  // guards all below
     std::condition_variable m_work;

@@ -10,7 +10,6 @@ namespace kalvex::server {
 
 namespace {
 
-constexpr int kSchemaVersion = 2;
 constexpr const char* kNewerFile =
     platform::Translatable("%s: Plik danych jest z nowszej wersji programu");
 constexpr const char* kOlderNotKept =
@@ -26,50 +25,21 @@ constexpr const char* kSettings =
 constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS variables (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);"
     "CREATE TABLE IF NOT EXISTS last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
-    "type INTEGER NOT NULL, status INTEGER NOT NULL, value);"
-    "CREATE TABLE IF NOT EXISTS history (variable INTEGER NOT NULL, kind INTEGER NOT NULL, "
-    "time INTEGER NOT NULL, type INTEGER NOT NULL, status INTEGER NOT NULL, value, "
-    "PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;"
+    "type INTEGER NOT NULL, status INTEGER NOT NULL, value, writer INTEGER NOT NULL DEFAULT 0, "
+    "written INTEGER DEFAULT 0, before_time INTEGER, before_type INTEGER, before_status INTEGER, "
+    "before_value);"
     "CREATE TABLE IF NOT EXISTS progress (what TEXT PRIMARY KEY, time INTEGER NOT NULL) "
     "WITHOUT ROWID;"
-    "PRAGMA user_version = 2;";
+    "PRAGMA user_version = 3;";
 
-// Binds type, status and content to three parameters in a row.
-void BindValue(platform::SqliteStatement& statement, int parameter, const value::CVal& value) {
-    statement.BindInteger(parameter, value.GetType());
-    statement.BindInteger(parameter + 1, value.GetStatus());
-    if (value.IsText()) {
-        statement.BindText(parameter + 2, value.Text());
-    } else if (value.GetType() == value::ValueType::Double) {
-        statement.BindReal(parameter + 2, value.Real());
-    } else if (value::ValueType::IsInteger(value.GetType())) {
-        statement.BindInteger(parameter + 2, value.Integer());
-    } else {
-        statement.BindNull(parameter + 2);
-    }
-}
-
-// From four columns in a row: time, type, status, content.
-value::CVal ReadValue(const platform::SqliteStatement& row, int column) {
-    const auto type = static_cast<std::uint16_t>(row.Integer(column + 1));
-    value::CVal value;
-    if (type == value::ValueType::Text) {
-        value = value::CVal(row.Text(column + 3));
-    } else if (type == value::ValueType::Double) {
-        value = value::CVal(row.IsNull(column + 3) ? std::numeric_limits<double>::quiet_NaN()
-                                                   : row.Real(column + 3));
-    } else if (value::ValueType::IsInteger(type)) {
-        value = value::CVal(static_cast<long long>(row.Integer(column + 3)));
-        value.SetType(type);
-    }
-    value.SetTime(row.Integer(column));
-    value.SetStatus(static_cast<std::uint16_t>(row.Integer(column + 2)));
-    return value;
-}
-
-bool IsSame(const value::CVal& a, const value::CVal& b) {
-    return a.GetType() == b.GetType() && a.GetStatus() == b.GetStatus() && a == b;
-}
+// What the table of a file of version 1 or 2 lacks.
+constexpr const char* kAdditions =
+    "ALTER TABLE last_values ADD COLUMN writer INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE last_values ADD COLUMN written INTEGER DEFAULT 0;"
+    "ALTER TABLE last_values ADD COLUMN before_time INTEGER;"
+    "ALTER TABLE last_values ADD COLUMN before_type INTEGER;"
+    "ALTER TABLE last_values ADD COLUMN before_status INTEGER;"
+    "ALTER TABLE last_values ADD COLUMN before_value;";
 
 // For whoever has to go back to the program that wrote it.
 bool KeepOlder(const std::string& path, std::int64_t version, platform::Notice& error) {
@@ -81,12 +51,6 @@ bool KeepOlder(const std::string& path, std::int64_t version, platform::Notice& 
 }
 
 }  // namespace
-
-value::CVal NoValue() {
-    value::CVal value;
-    value.SetStatus(value::Status::Unknown);
-    return value;
-}
 
 std::string StoreFile::ErrorText() const {
     return text::FromUtf8(m_database.ErrorText());
@@ -105,18 +69,25 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
         if (version.Next()) found = version.Integer(0);
         if (version.Failed()) return fail();
     }
-    if (found > kSchemaVersion) {
+    if (found > kStoreVersion) {
         error = {kNewerFile, {path}};
         return false;
     }
-    if (found > 0 && found < kSchemaVersion && !KeepOlder(path, found, error)) return false;
+    if (found > 0 && found < kStoreVersion && !KeepOlder(path, found, error)) return false;
     if (!m_database.Execute(kSettings)) return fail();
     // A file that has its tables is opened without writing to it.
-    if (found == kSchemaVersion && PrepareAll()) return true;
+    if (found == kStoreVersion && PrepareAll()) return true;
+    const bool isOlder = found > 0 && found < kStoreVersion;
     platform::SqliteTransaction transaction(m_database);
-    return (m_database.Execute(kSchema) && m_database.Execute(ReportChangeTable::Schema()) &&
-            m_database.Execute(AnswerTable::Schema()) && transaction.Commit() && PrepareAll()) ||
-           fail();
+    const char* const steps[] = {isOlder ? kAdditions : "",
+                                 isOlder ? HistoryTable::Additions() : "",
+                                 kSchema,
+                                 HistoryTable::Schema(),
+                                 LateTable::Schema(),
+                                 ReportChangeTable::Schema(),
+                                 AnswerTable::Schema()};
+    const auto execute = [this](const char* sql) { return m_database.Execute(sql); };
+    return (std::ranges::all_of(steps, execute) && transaction.Commit() && PrepareAll()) || fail();
 }
 
 bool StoreFile::PrepareAll() {
@@ -126,31 +97,24 @@ bool StoreFile::PrepareAll() {
     };
     const Row rows[] = {
         {m_putName, "INSERT OR IGNORE INTO variables VALUES (?, ?)"},
-        {m_putLastValue, "INSERT OR REPLACE INTO last_values VALUES (?, ?, ?, ?, ?)"},
+        {m_putLastValue,
+         "INSERT INTO last_values (variable, time, type, status, value, writer, written) "
+         "VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT DO UPDATE SET "
+         "(before_time, before_type, before_status, before_value) = (SELECT "
+         "iif(again, before_time, time), iif(again, before_type, type), "
+         "iif(again, before_status, status), iif(again, before_value, value) FROM (SELECT "
+         "writer = excluded.writer AND written = excluded.written AND time = excluded.time AND "
+         "type = excluded.type AND status = excluded.status AND value IS excluded.value "
+         "AS again) WHERE excluded.writer <> 0), "
+         "time = excluded.time, type = excluded.type, status = excluded.status, "
+         "value = excluded.value, writer = excluded.writer, written = excluded.written"},
         {m_putProgress, "INSERT OR REPLACE INTO progress VALUES (?, ?)"},
-        {m_put, "INSERT OR REPLACE INTO history VALUES (?, ?, ?, ?, ?, ?)"},
-        {m_get,
-         "SELECT time, type, status, value FROM history "
-         "WHERE variable = ? AND kind = ? AND time = ?"},
-        {m_getRange,
-         "SELECT time, type, status, value FROM history "
-         "WHERE variable = ? AND kind = ? AND time BETWEEN ? AND ? ORDER BY time LIMIT ?"},
-        {m_getBefore,
-         "SELECT time, type, status, value FROM history "
-         "WHERE variable = ? AND kind = 6 AND time <= ? ORDER BY time DESC LIMIT 1"},
-        {m_getKnownBefore,
-         "SELECT time, type, status, value FROM history WHERE variable = ? AND kind = 6 "
-         "AND time < ? AND status & 1 = 0 AND type <> 255 ORDER BY time DESC LIMIT 1"},
-        {m_remove,
-         "DELETE FROM history WHERE variable = ?1 AND kind = 6 AND time < "
-         "(SELECT max(time) FROM history WHERE variable = ?1 AND kind = 6 AND time <= ?2) "
-         "AND time < coalesce((SELECT time FROM history WHERE variable = ?1 AND kind = 6 "
-         "ORDER BY time LIMIT 1 OFFSET 10000), ?2)"},
     };
     for (const Row& row : rows) {
         if (!row.statement.Prepare(m_database, row.sql)) return false;
     }
-    return m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database);
+    return m_history.Prepare(m_database) && m_late.Prepare(m_database) &&
+           m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database);
 }
 
 bool StoreFile::ReadContents(Contents& contents) {
@@ -167,7 +131,8 @@ bool StoreFile::ReadContents(Contents& contents) {
         return false;
     }
     while (select.Next()) contents.progress[select.Text(0)] = select.Integer(1);
-    return !select.Failed() && m_reportChanges.Read(m_database, contents.reportChanges) &&
+    return !select.Failed() && m_history.ReadWriters(m_database, contents.writers) &&
+           m_reportChanges.Read(m_database, contents.reportChanges) &&
            m_answers.Read(m_database, contents.answers);
 }
 
@@ -175,54 +140,61 @@ bool StoreFile::FailAtLocks() {
     return m_database.Execute("PRAGMA busy_timeout = 0");
 }
 
-bool StoreFile::Write(const StoreBatch& batch, std::vector<ChangedReports>& changed,
+bool StoreFile::Write(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes,
                       std::string& error) {
     platform::SqliteTransaction transaction(m_database);
-    if (transaction.Begun() && Apply(batch, changed) && transaction.Commit()) return true;
+    if (transaction.Begun() && Apply(batch, outcomes) && transaction.Commit()) return true;
     error = ErrorText();
     return false;
 }
 
-bool StoreFile::Apply(const StoreBatch& batch, std::vector<ChangedReports>& changed) {
-    changed.assign(batch.parts.size(), {});
-    ChangedReports none;
-    for (const SaveName& name : batch.names) {
-        if (!Run(name, none)) return false;
+bool StoreFile::Apply(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes) {
+    outcomes.assign(batch.parts.size(), {});
+    StoreOutcome none;
+    const auto runName = [&](const auto& known) { return Run(known, none); };
+    for (const StoreName& name : batch.names) {
+        if (!std::visit(runName, name)) return false;
     }
     for (std::size_t part = 0; part < batch.parts.size(); ++part) {
+        const auto run = [&](const auto& known) { return Run(known, outcomes[part]); };
         for (const StoreOperation& operation : batch.parts[part]) {
-            const auto run = [&](const auto& known) { return Run(known, changed[part]); };
             if (!std::visit(run, operation)) return false;
         }
-        if (!Number(changed[part])) return false;
+        if (!Number(outcomes[part].changed)) return false;
     }
     return true;
 }
 
-bool StoreFile::Run(const SaveName& operation, ChangedReports&) {
+bool StoreFile::Run(const SaveName& operation, StoreOutcome&) {
     m_putName.BindInteger(1, operation.variable);
     m_putName.BindText(2, operation.name);
     return m_putName.Run();
 }
 
-bool StoreFile::Run(const SaveLastValue& operation, ChangedReports&) {
+bool StoreFile::Run(const SaveWriter& operation, StoreOutcome&) {
+    return m_history.Run(operation);
+}
+
+bool StoreFile::Run(const SaveLastValue& operation, StoreOutcome&) {
     m_putLastValue.BindInteger(1, operation.variable);
     m_putLastValue.BindInteger(2, operation.value.GetTime());
     BindValue(m_putLastValue, 3, operation.value);
+    m_putLastValue.BindInteger(6, operation.origin.writer);
+    m_putLastValue.BindInteger(7, operation.origin.time);
     return m_putLastValue.Run();
 }
 
-bool StoreFile::Run(const SaveProgress& operation, ChangedReports&) {
+bool StoreFile::Run(const SaveProgress& operation, StoreOutcome&) {
     m_putProgress.BindText(1, operation.what);
     m_putProgress.BindInteger(2, operation.time);
     return m_putProgress.Run();
 }
 
-bool StoreFile::Run(const SaveAnswer& operation, ChangedReports&) {
+bool StoreFile::Run(const SaveAnswer& operation, StoreOutcome&) {
     return m_answers.Run(operation);
 }
 
-bool StoreFile::Run(const DropAnswers& operation, ChangedReports&) {
+bool StoreFile::Run(const DropAnswers& operation, StoreOutcome&) {
     return m_answers.Run(operation);
 }
 
@@ -234,88 +206,49 @@ bool StoreFile::Number(ChangedReports& changed) {
     return true;
 }
 
-bool StoreFile::Put(VariableId variable, value::ValueKind kind, std::int64_t time,
-                    const value::CVal& value) {
-    m_put.BindInteger(1, variable);
-    m_put.BindInteger(2, kind);
-    m_put.BindInteger(3, time);
-    BindValue(m_put, 4, value);
-    return m_put.Run();
-}
-
-bool StoreFile::Run(const PutValue& operation, ChangedReports& changed) {
-    const auto& [variable, kind, time, value] = operation;
-    if (!value::IsReport(kind)) return Put(variable, kind, time, value);
+bool StoreFile::Run(const PutValue& operation, StoreOutcome& outcome) {
+    const HistoryKey key{operation.variable, operation.kind, operation.time};
+    if (!value::IsReport(key.kind)) return m_history.Put(key, operation.value, operation.origin);
     std::optional<value::CVal> standing;
-    return ReadReport(variable, kind, time, standing) &&
-           PutReport(variable, kind, time, standing, value, changed);
+    return m_history.Get(key, standing) &&
+           PutReport(key, standing, operation.value, operation.origin, outcome.changed);
 }
 
-bool StoreFile::PutReport(VariableId variable, value::ValueKind kind, std::int64_t time,
-                          const std::optional<value::CVal>& standing, const value::CVal& value,
-                          ChangedReports& changed) {
+bool StoreFile::PutReport(const HistoryKey& key, const std::optional<value::CVal>& standing,
+                          const value::CVal& value, const Origin& origin, ChangedReports& changed) {
     if (standing && IsSame(*standing, value)) return true;
-    changed[{kind, time}] = 0;
-    return Put(variable, kind, time, value);
+    changed[{key.kind, key.time}] = 0;
+    return m_history.Put(key, value, origin);
 }
 
-bool StoreFile::Run(const MarkGap& operation, ChangedReports&) {
-    m_getBefore.BindInteger(1, operation.variable);
-    m_getBefore.BindInteger(2, std::max(operation.time, operation.until));
+bool StoreFile::Run(const MarkGap& operation, StoreOutcome&) {
     std::optional<value::CVal> last;
-    if (!ReadOne(m_getBefore, last)) return false;
+    if (!m_history.GetBefore(operation.variable, std::max(operation.time, operation.until), last)) {
+        return false;
+    }
     if (!last || (last->GetStatus() & value::Status::Unknown) != 0) return true;
     const std::int64_t time = std::max(operation.time, last->GetTime() + 1);
     if (operation.until != 0 && time > operation.until) return true;
-    return Put(operation.variable, value::KindArchive, time, NoValue());
+    return m_history.Put({operation.variable, value::KindArchive, time}, NoValue(), {});
 }
 
-bool StoreFile::Run(const RemoveArchive& operation, ChangedReports&) {
-    m_remove.BindInteger(1, operation.variable);
-    m_remove.BindInteger(2, operation.before);
-    return m_remove.Run();
+bool StoreFile::Run(const RemoveArchive& operation, StoreOutcome&) {
+    return m_history.RemoveArchive(operation.variable, operation.before);
 }
 
-bool StoreFile::ReadOne(platform::SqliteStatement& statement, std::optional<value::CVal>& value) {
-    value.reset();
-    if (statement.Next()) value = ReadValue(statement, 0);
-    statement.Reset();
-    return !statement.Failed();
+bool StoreFile::Run(const RemoveReports& operation, StoreOutcome&) {
+    const auto remove = [&](value::ValueKind kind) {
+        return m_history.RemoveReports(operation.variable, kind, operation.before);
+    };
+    return std::ranges::all_of(value::kReportKinds, remove);
 }
 
-bool StoreFile::ReadReport(VariableId variable, value::ValueKind kind, std::int64_t time,
-                           std::optional<value::CVal>& value) {
-    m_get.BindInteger(1, variable);
-    m_get.BindInteger(2, kind);
-    m_get.BindInteger(3, time);
-    return ReadOne(m_get, value);
-}
-
-StorePiece StoreFile::ReadRange(const StoreQuery& query) {
-    StorePiece piece;
-    m_getRange.BindInteger(1, query.variable);
-    m_getRange.BindInteger(2, query.kind);
-    m_getRange.BindInteger(3, query.from);
-    m_getRange.BindInteger(4, query.to);
-    m_getRange.BindInteger(5, query.limit + 1);
-    std::size_t texts = 0;
-    while (m_getRange.Next()) {
-        const auto count = static_cast<std::int64_t>(piece.values.size());
-        piece.more = count == query.limit || texts >= query.texts;
-        if (piece.more) break;
-        const value::CVal& value = piece.values.emplace_back(ReadValue(m_getRange, 0));
-        if (value.IsText()) texts += value.Text().size();
-    }
-    m_getRange.Reset();
-    piece.read = !m_getRange.Failed();
-    if (!piece.read) return {};
-    return piece;
-}
-
-bool StoreFile::Run(const MakeReport& operation, ChangedReports& changed) {
+bool StoreFile::Run(const MakeReport& operation, StoreOutcome& outcome) {
+    const HistoryKey key{operation.variable, operation.kind, operation.time};
     std::optional<value::CVal> standing;
-    if (!ReadReport(operation.variable, operation.kind, operation.time, standing)) return false;
+    if (!m_history.Get(key, standing)) return false;
     const std::uint16_t status = standing ? standing->GetStatus() : 0;
+    Origin origin = operation.origin;
     value::CVal result;
     if (operation.action == vantrel::PeriodAction::Init) {
         if ((status & value::Status::ReportInited) != 0) return true;
@@ -326,8 +259,10 @@ bool StoreFile::Run(const MakeReport& operation, ChangedReports& changed) {
         if (load && (status & value::Status::SetByUser) != 0) return true;
         if (!Compute(operation, result)) return false;
         result.AddStatus(status & value::Status::ReportInited);
+        origin.provisional =
+            CoveredSpan(key.kind, key.time, operation.dayStart).end > operation.now;
     }
-    return PutReport(operation.variable, operation.kind, operation.time, standing, result, changed);
+    return PutReport(key, standing, result, origin, outcome.changed);
 }
 
 bool StoreFile::Compute(const MakeReport& operation, value::CVal& result) {
@@ -338,17 +273,18 @@ bool StoreFile::Compute(const MakeReport& operation, value::CVal& result) {
 bool StoreFile::ComputeHour(const MakeReport& operation, value::CVal& result) {
     const std::int64_t end = CoveredSpan(value::KindHour, operation.time, operation.dayStart).end;
     const TimeSpan span{operation.time, std::clamp(operation.now, operation.time, end)};
+    const VariableId variable = operation.variable;
     std::optional<value::CVal> before;
-    if (operation.rule != ReportRule::Sum) {
-        platform::SqliteStatement& select =
-            operation.rule == ReportRule::Mean ? m_getBefore : m_getKnownBefore;
-        select.BindInteger(1, operation.variable);
-        select.BindInteger(2, span.begin);
-        if (!ReadOne(select, before)) return false;
+    if (operation.rule == ReportRule::Mean && !m_history.GetBefore(variable, span.begin, before)) {
+        return false;
+    }
+    if (operation.rule == ReportRule::Increase &&
+        !m_history.GetKnownBefore(variable, span.begin, before)) {
+        return false;
     }
     const StorePiece inside =
-        ReadRange({operation.variable, value::KindArchive, span.begin, span.end - 1,
-                   span.end - span.begin, std::numeric_limits<std::size_t>::max()});
+        ReadRange({variable, value::KindArchive, span.begin, span.end - 1, span.end - span.begin,
+                   std::numeric_limits<std::size_t>::max()});
     if (!inside.read) return false;
     result = ComputeFromArchive(operation.rule, span, before, inside.values);
     const bool known = (result.GetStatus() & value::Status::Unknown) == 0;
@@ -364,10 +300,65 @@ bool StoreFile::ComputeFromParts(const MakeReport& operation, value::CVal& resul
         const TimeSpan span = CoveredSpan(partKind, time, operation.dayStart);
         ReportPart& part = parts.emplace_back();
         part.length = span.end - span.begin;
-        if (!ReadReport(operation.variable, partKind, time, part.value)) return false;
+        if (!m_history.Get({operation.variable, partKind, time}, part.value)) return false;
     }
     result = ComputeFromReports(operation.rule, parts);
     return true;
+}
+
+// ---- late data
+
+bool StoreFile::Run(const MarkLate& operation, StoreOutcome&) {
+    return m_late.Mark(operation);
+}
+
+bool StoreFile::Run(const ComputeLate& operation, StoreOutcome& outcome) {
+    std::optional<MarkLate> mark;
+    for (std::size_t done = 0; m_late.First(mark); ++done) {
+        outcome.lateLeft = mark.has_value();
+        if (!mark || done == operation.most) return true;
+        if (!ComputeMarked(*mark, operation, outcome) || !m_late.Drop(*mark)) return false;
+    }
+    return false;
+}
+
+bool StoreFile::ComputeMarked(const MarkLate& mark, const ComputeLate& order,
+                              StoreOutcome& outcome) {
+    const HistoryKey& report = mark.report;
+    std::optional<value::CVal> standing;
+    if (!m_history.Get(report, standing)) return false;
+    const std::uint16_t status = standing ? standing->GetStatus() : 0;
+    const bool isKept = (status & value::Status::SetByUser) != 0;
+    if (isKept) outcome.kept.push_back(report);
+    StoreOutcome own;
+    if (!isKept && (status & value::Status::ReportLoaded) != 0) {
+        const MakeReport make{vantrel::PeriodAction::Load, report.variable, report.kind,
+                              report.time,                 mark.rule,       mark.dayStart,
+                              order.now,                   order.origin};
+        if (!Run(make, own)) return false;
+    }
+    const bool hasChanged = !own.changed.empty();
+    outcome.changed.merge(own.changed);
+    if (hasChanged && !MarkAbove(mark)) return false;
+    const bool goesOn = report.kind == value::KindHour && (!mark.chained || isKept || hasChanged);
+    return !goesOn || MarkNext(mark);
+}
+
+bool StoreFile::MarkAbove(const MarkLate& mark) {
+    const ReportName above = ReportAbove(mark.report.kind, mark.report.time, mark.dayStart);
+    return above.kind == value::KindNone ||
+           m_late.Mark({{mark.report.variable, above.kind, above.time}, mark.rule, mark.dayStart});
+}
+
+// The last value of an hour counts in those behind it, up to the next one.
+bool StoreFile::MarkNext(const MarkLate& hour) {
+    const std::int64_t end = CoveredSpan(value::KindHour, hour.report.time, hour.dayStart).end;
+    std::optional<std::int64_t> next;
+    if (!m_late.NextChained(hour, end, next)) return false;
+    return !next || m_late.Mark({{hour.report.variable, value::KindHour, *next},
+                                 hour.rule,
+                                 hour.dayStart,
+                                 true});
 }
 
 }  // namespace kalvex::server

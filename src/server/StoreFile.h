@@ -14,19 +14,17 @@
 #include "platform/Sqlite.h"
 #include "platform/Translator.h"
 #include "server/AnswerTable.h"
+#include "server/HistoryTable.h"
+#include "server/LateTable.h"
 #include "server/ReportChangeTable.h"
 #include "server/ReportComputing.h"
+#include "server/StoreValues.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
 #include "value/Value.h"
 #include "vantrel/Messages.h"
 
 namespace kalvex::server {
-
-using VariableId = std::int64_t;
-
-// What is there where there is no value.
-value::CVal NoValue();
 
 // ---- operations
 
@@ -35,9 +33,11 @@ struct SaveName {
     std::string name;
 };
 
+// What stood there before a client's value is kept with it.
 struct SaveLastValue {
     VariableId variable = 0;
     value::CVal value;
+    Origin origin = {};
 };
 
 // A report or archive value at its time.
@@ -46,6 +46,7 @@ struct PutValue {
     value::ValueKind kind = value::KindNone;
     std::int64_t time = 0;
     value::CVal value;
+    Origin origin = {};
 };
 
 // Init, Load or Calculate of an hour, day or month report; Init of a span report.
@@ -57,6 +58,7 @@ struct MakeReport {
     ReportRule rule = ReportRule::Mean;
     int dayStart = 0;
     std::int64_t now = value::kLargestTime;  // from here on nothing is known
+    Origin origin = {};
 };
 
 // An unknown archive value at the time, or behind the last value up to `until`, unless there is
@@ -74,50 +76,58 @@ struct RemoveArchive {
     std::int64_t before = 0;
 };
 
+// Reports of all kinds before the time with their versions, the oldest thousand of each kind at most.
+struct RemoveReports {
+    VariableId variable = 0;
+    std::int64_t before = 0;
+};
+
 struct SaveProgress {
     std::string what;
     std::int64_t time = 0;
 };
 
-using StoreOperation = std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap,
-                                    RemoveArchive, SaveProgress, SaveAnswer, DropAnswers>;
+// Computes reports that are marked as late anew, so many at most. What changes marks the report
+// above it. A report that is not there, or was never computed, is left to who will compute it.
+struct ComputeLate {
+    std::int64_t now = value::kLargestTime;
+    std::size_t most = 0;
+    Origin origin = {};
+};
+
+using StoreOperation =
+    std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap, RemoveArchive,
+                 RemoveReports, SaveProgress, SaveAnswer, DropAnswers, MarkLate, ComputeLate>;
 
 // Reports that operations have changed, by kind and time, with their sequences. One that comes out
 // as it stood is not among them.
 using ChangedReports = std::map<std::pair<value::ValueKind, std::int64_t>, std::uint64_t>;
 
+struct StoreOutcome {
+    ChangedReports changed;
+    std::vector<HistoryKey> kept;  // late reports that stay as a person has written them
+    bool lateLeft = false;         // further reports are marked as late
+};
+
+// A number that is given to a variable or a writer.
+using StoreName = std::variant<SaveName, SaveWriter>;
+
 // What goes into one transaction: names first, then the parts in their order.
 struct StoreBatch {
-    std::vector<SaveName> names;
+    std::vector<StoreName> names;
     std::vector<std::span<const StoreOperation>> parts;
 };
 
-// ---- what is read
-
-// A piece ends with the value with which its texts have so many bytes.
-inline constexpr std::size_t kTextsOfAPiece = std::size_t{4} << 20;
-
-struct StoreQuery {
-    VariableId variable = 0;
-    value::ValueKind kind = value::KindNone;
-    std::int64_t from = 0;  // bounds included
-    std::int64_t to = 0;
-    std::int64_t limit = 0;  // values in this piece at most
-    std::size_t texts = kTextsOfAPiece;
-};
-
-struct StorePiece {
-    bool read = false;
-    std::vector<value::CVal> values;  // ascending by time
-    bool more = false;                // further values follow behind the last one
-};
-
 // ---- the file
+
+// Its PRAGMA user_version.
+inline constexpr std::int64_t kStoreVersion = 3;
 
 class StoreFile {
   public:
     struct Contents {
         std::map<std::string, VariableId> variables;
+        std::map<Writer, WriterId> writers;
         std::map<VariableId, value::CVal> lastValues;
         std::map<std::string, std::int64_t> progress;
         std::vector<NumberedChange> reportChanges;  // ascending
@@ -132,49 +142,46 @@ class StoreFile {
     // A lock that another connection holds is from now on a failure at once.
     bool FailAtLocks();
 
-    // In one transaction, with the reports that each part has changed. False, and nothing is
-    // written, when the file fails; the reason is an engine text.
-    bool Write(const StoreBatch& batch, std::vector<ChangedReports>& changed, std::string& error);
+    // In one transaction, with what has come of each part. False, and nothing is written, when the
+    // file fails; the reason is an engine text.
+    bool Write(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes, std::string& error);
 
-    StorePiece ReadRange(const StoreQuery& query);
+    StorePiece ReadRange(const StoreQuery& query) { return m_history.ReadRange(query); }
 
     std::string ErrorText() const;  // an engine text
 
   private:
     bool PrepareAll();
-    bool Apply(const StoreBatch& batch, std::vector<ChangedReports>& changed);
+    bool Apply(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes);
     bool Number(ChangedReports& changed);
-    bool Run(const SaveName& operation, ChangedReports& changed);
-    bool Run(const SaveLastValue& operation, ChangedReports& changed);
-    bool Run(const PutValue& operation, ChangedReports& changed);
-    bool Run(const MakeReport& operation, ChangedReports& changed);
-    bool Run(const MarkGap& operation, ChangedReports& changed);
-    bool Run(const RemoveArchive& operation, ChangedReports& changed);
-    bool Run(const SaveProgress& operation, ChangedReports& changed);
-    bool Run(const SaveAnswer& operation, ChangedReports& changed);
-    bool Run(const DropAnswers& operation, ChangedReports& changed);
-    bool Put(VariableId variable, value::ValueKind kind, std::int64_t time,
-             const value::CVal& value);
-    bool PutReport(VariableId variable, value::ValueKind kind, std::int64_t time,
-                   const std::optional<value::CVal>& standing, const value::CVal& value,
-                   ChangedReports& changed);
-    bool ReadOne(platform::SqliteStatement& statement, std::optional<value::CVal>& value);
-    bool ReadReport(VariableId variable, value::ValueKind kind, std::int64_t time,
-                    std::optional<value::CVal>& value);
+    bool Run(const SaveName& operation, StoreOutcome& outcome);
+    bool Run(const SaveWriter& operation, StoreOutcome& outcome);
+    bool Run(const SaveLastValue& operation, StoreOutcome& outcome);
+    bool Run(const PutValue& operation, StoreOutcome& outcome);
+    bool Run(const MakeReport& operation, StoreOutcome& outcome);
+    bool Run(const MarkGap& operation, StoreOutcome& outcome);
+    bool Run(const RemoveArchive& operation, StoreOutcome& outcome);
+    bool Run(const RemoveReports& operation, StoreOutcome& outcome);
+    bool Run(const SaveProgress& operation, StoreOutcome& outcome);
+    bool Run(const SaveAnswer& operation, StoreOutcome& outcome);
+    bool Run(const DropAnswers& operation, StoreOutcome& outcome);
+    bool Run(const MarkLate& operation, StoreOutcome& outcome);
+    bool Run(const ComputeLate& operation, StoreOutcome& outcome);
+    bool PutReport(const HistoryKey& key, const std::optional<value::CVal>& standing,
+                   const value::CVal& value, const Origin& origin, ChangedReports& changed);
     bool Compute(const MakeReport& operation, value::CVal& result);
     bool ComputeHour(const MakeReport& operation, value::CVal& result);
     bool ComputeFromParts(const MakeReport& operation, value::CVal& result);
+    bool ComputeMarked(const MarkLate& mark, const ComputeLate& order, StoreOutcome& outcome);
+    bool MarkAbove(const MarkLate& mark);
+    bool MarkNext(const MarkLate& hour);
 
     platform::SqliteDatabase m_database;
     platform::SqliteStatement m_putName;
     platform::SqliteStatement m_putLastValue;
     platform::SqliteStatement m_putProgress;
-    platform::SqliteStatement m_put;
-    platform::SqliteStatement m_get;
-    platform::SqliteStatement m_getRange;
-    platform::SqliteStatement m_getBefore;
-    platform::SqliteStatement m_getKnownBefore;
-    platform::SqliteStatement m_remove;
+    HistoryTable m_history;
+    LateTable m_late;
     ReportChangeTable m_reportChanges;
     AnswerTable m_answers;
 };

@@ -50,6 +50,13 @@ std::size_t BytesOf(const std::vector<StoreOperation>& operations) {
     return bytes;
 }
 
+// Of a submission that is written in pieces.
+void Join(StoreOutcome& piece, StoreOutcome& whole) {
+    for (const auto& [period, sequence] : piece.changed) whole.changed[period] = sequence;
+    std::ranges::move(piece.kept, std::back_inserter(whole.kept));
+    whole.lateLeft = piece.lateLeft;
+}
+
 }  // namespace
 
 bool StoreQueue::HasRoom(StoreUrgency urgency) const {
@@ -113,26 +120,24 @@ StoreBatch StoreQueue::Next() {
 }
 
 std::vector<StoreQueue::Finished> StoreQueue::Take(const StoreBatch& batch,
-                                                   std::vector<ChangedReports> changed) {
+                                                   std::vector<StoreOutcome> outcomes) {
     m_names.erase(m_names.begin(),
                   m_names.begin() + static_cast<std::ptrdiff_t>(batch.names.size()));
     std::vector<Finished> finished;
     const std::size_t urgentParts = m_urgent.taken;
-    m_urgentWritten += TakeFrom(m_urgent, batch, 0, changed, finished);
-    TakeFrom(m_background, batch, urgentParts, changed, finished);
+    m_urgentWritten += TakeFrom(m_urgent, batch, 0, outcomes, finished);
+    TakeFrom(m_background, batch, urgentParts, outcomes, finished);
     return finished;
 }
 
 std::size_t StoreQueue::TakeFrom(Lane& lane, const StoreBatch& batch, std::size_t part,
-                                 std::vector<ChangedReports>& changed,
+                                 std::vector<StoreOutcome>& outcomes,
                                  std::vector<Finished>& finished) {
     std::size_t ended = 0;
     for (std::size_t left = std::exchange(lane.taken, 0); left > 0; --left, ++part) {
         Submission& submission = lane.waiting.front();
         submission.written += batch.parts[part].size();
-        for (const auto& [period, sequence] : changed[part]) {
-            submission.outcome.changed[period] = sequence;
-        }
+        Join(outcomes[part], submission.outcome);
         if (submission.written < submission.operations.size()) continue;
         lane.bytes -= submission.bytes;
         finished.push_back({std::move(submission.done), std::move(submission.outcome)});

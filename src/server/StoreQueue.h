@@ -27,10 +27,6 @@ enum class StoreUrgency {
     Background,
 };
 
-struct StoreOutcome {
-    ChangedReports changed;
-};
-
 class StoreQueue {
   public:
     using Done = std::function<void(const StoreOutcome&)>;
@@ -47,7 +43,7 @@ class StoreQueue {
     // Room or not, it is taken.
     void Push(std::vector<StoreOperation> operations, StoreUrgency urgency, Done done);
     // Goes with the next batch.
-    void PushName(SaveName name) { m_names.push_back(std::move(name)); }
+    void PushName(StoreName name) { m_names.push_back(std::move(name)); }
 
     bool Empty() const { return m_urgent.waiting.empty() && m_background.waiting.empty(); }
     std::size_t Operations() const;  // that wait
@@ -56,9 +52,9 @@ class StoreQueue {
     // operations than a batch holds is cut, any other is whole.
     StoreBatch Next();
 
-    // Takes off what the last batch had, with the reports that each of its parts has changed. The
-    // answer has the submissions that are written to their end by it.
-    std::vector<Finished> Take(const StoreBatch& batch, std::vector<ChangedReports> changed);
+    // Takes off what the last batch had, with what has come of each of its parts. The answer has the
+    // submissions that are written to their end by it.
+    std::vector<Finished> Take(const StoreBatch& batch, std::vector<StoreOutcome> outcomes);
 
     void DropBackground();
 
@@ -84,10 +80,10 @@ class StoreQueue {
 
     static bool Add(Submission& submission, std::size_t& room, StoreBatch& batch);
     std::size_t TakeFrom(Lane& lane, const StoreBatch& batch, std::size_t part,
-                         std::vector<ChangedReports>& changed, std::vector<Finished>& finished);
+                         std::vector<StoreOutcome>& outcomes, std::vector<Finished>& finished);
 
     const StoreLimits m_limits;
-    std::deque<SaveName> m_names;
+    std::deque<StoreName> m_names;
     Lane m_urgent;
     Lane m_background;
     std::uint64_t m_urgentMade = 0;

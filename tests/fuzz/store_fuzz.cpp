@@ -36,10 +36,10 @@ const std::vector<StoreOperation> kOperations = {
 };
 
 void Write(server::StoreFile& file) {
-    server::StoreBatch batch{{{1, "A"}, {2, "B"}}, {kOperations}};
-    std::vector<server::ChangedReports> changed;
+    server::StoreBatch batch{{server::SaveName{1, "A"}, server::SaveName{2, "B"}}, {kOperations}};
+    std::vector<server::StoreOutcome> outcomes;
     std::string error;
-    const bool written = file.Write(batch, changed, error);
+    const bool written = file.Write(batch, outcomes, error);
     Demand(written == error.empty(), "what is not written has a reason");
 }
 

@@ -156,7 +156,10 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "\nSubcommands:\n"
              "  user                        Manage the users\n"
              "  backup                      Save store, users and configuration, also of a server "
-             "that runs\n"},
+             "that runs\n"
+             "  history                     Tell who wrote a value and when: kind, time, when "
+             "written, user, client, address, value,\n"
+             "                              status, separated by tabs\n"},
         {{"user"},
          "Manage the users\nUsage: sorvaned user [OPTIONS] SUBCOMMAND\n" + options +
              "\nSubcommands:\n"
@@ -184,6 +187,16 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
          "Usage: sorvaned backup [OPTIONS] FOLDER\n"
          "\nPositionals:\n  FOLDER TEXT REQUIRED        A folder that is not there yet\n" +
              options},
+        {{"history"},
+         "Tell who wrote a value and when: kind, time, when written, user, client, address, value,\n"
+         "status, separated by tabs\n"
+         "Usage: sorvaned history [OPTIONS] VARIABLE\n"
+         "\nPositionals:\n  VARIABLE TEXT REQUIRED      Its name\n" +
+             options +
+             "  --at TIME                   Archive value and reports that count at YYYY-MM-DD "
+             "HH:MM:SS instead of the current value\n"
+             "  --versions                  What stood there before, too, the latest first\n"
+             "  --json                      As JSON\n"},
     };
     for (Row row : rows) {
         row.command.emplace_back("--help");

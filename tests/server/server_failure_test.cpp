@@ -197,7 +197,7 @@ TEST_F(ServerFailureTest, ClientsAreRefusedBeforeAnythingIsLost) {
                                     "z wartości: 1)"),
                             Refused("rozpoczęcie HREP", "(zbyt wiele danych czeka na zapis)")));
     TickBlocked(700);
-    EXPECT_THAT(Unblock(), ElementsAre(Recovered(1407)));
+    EXPECT_THAT(Unblock(), ElementsAre(Recovered(1408)));
     EXPECT_EQ(Archive("S").size(), 1u);
     EXPECT_EQ(Modify(client, value::KindCurrent, "X", 0, value::CVal(8)), vantrel::ResultOk);
     EXPECT_THAT(m_log.Take(), IsEmpty());

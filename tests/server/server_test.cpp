@@ -196,6 +196,36 @@ TEST_F(ServerTest, OldArchiveValuesGo) {
                             "171 0 " + At(m_start - 86398) + " 3.00"));
 }
 
+TEST_F(ServerTest, EachGroupOfVariablesIsKeptForItsTime) {
+    Start(
+        "[archive]\nkeep-days = 1\n[[access]]\nwrite = \"0\"\n"
+        "[[retention]]\nvariables = \"G.*\"\nkeep-days = 3\nreports-keep-days = 2\n"
+        "[[retention]]\nvariables = \"G.X\"\nkeep-days = 1\n"
+        "[[variable]]\nname = \"G.X\"\nat = 32\nrt = 6\n"
+        "[[variable]]\nname = \"X\"\nat = 32\nrt = 6\n");
+    TestClient& client = LogIn();
+    const std::int64_t day = value::MakeLocalTime({2024, 3, 7});
+    for (const char* name : {"G.X", "X"}) {
+        ModifyArchive(client, name,
+                      {support::Stamped(value::CVal(1), m_start - 4 * 86400),
+                       support::Stamped(value::CVal(2), m_start - 2 * 86400),
+                       support::Stamped(value::CVal(3), m_start)});
+        Modify(client, value::KindHour, name, m_start - 3 * 86400, value::CVal(4));
+        Modify(client, value::KindHour, name, m_start - 86400, value::CVal(5));
+        Modify(client, value::KindDay, name, day, value::CVal(6));
+    }
+    Tick(2);
+    const auto count = [&](value::ValueKind kind, const char* name) {
+        return Read(client, kind, name, 0, value::kLargestTime).size();
+    };
+    EXPECT_EQ(count(value::KindArchive, "G.X"), 3u);  // the oldest holds until the second
+    EXPECT_EQ(count(value::KindHour, "G.X"), 1u);
+    EXPECT_EQ(count(value::KindDay, "G.X"), 0u);
+    EXPECT_EQ(count(value::KindArchive, "X"), 2u);
+    EXPECT_EQ(count(value::KindHour, "X"), 2u);
+    EXPECT_EQ(count(value::KindDay, "X"), 1u);
+}
+
 // ---- automatic reports
 
 // The clock stands at 7:00; the archive has 10 from 6:30, 20 from 7:15.

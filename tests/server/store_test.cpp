@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "server/StoreReader.h"
 #include "server_fixture.h"
 #include "support/waiting_loop.h"
 
@@ -242,7 +243,7 @@ TEST_F(StoreTest, NewerFileIsRefused) {
     {
         platform::SqliteDatabase database;
         ASSERT_TRUE(database.Open(m_folder.Path("newer.sqlite")));
-        ASSERT_TRUE(database.Execute("PRAGMA user_version = 3"));
+        ASSERT_TRUE(database.Execute("PRAGMA user_version = 4"));
     }
     Store other(m_loop);
     platform::Notice error;
@@ -261,6 +262,10 @@ void MakeFirstVersion(const std::string& path) {
         "CREATE TABLE variables (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);"
         "CREATE TABLE last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
         "type INTEGER NOT NULL, status INTEGER NOT NULL, value);"
+        "CREATE TABLE history (variable INTEGER NOT NULL, kind INTEGER NOT NULL, "
+        "time INTEGER NOT NULL, type INTEGER NOT NULL, status INTEGER NOT NULL, value, "
+        "PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;"
+        "INSERT INTO history VALUES (7, 2, 3600, 150, 128, 8);"
         "INSERT INTO variables VALUES (7, 'X');"
         "INSERT INTO last_values VALUES (7, 100, 150, 4, 5);"
         "PRAGMA user_version = 1"));
@@ -282,9 +287,9 @@ TEST_F(StoreTest, FileOfAnOlderVersionStaysInACopy) {
         ASSERT_TRUE(other.Open(m_folder.Path("first.sqlite"), error));
         other.Close();
     }
-    EXPECT_EQ(VersionOf(m_folder.Path("first.sqlite")), 2);
+    EXPECT_EQ(VersionOf(m_folder.Path("first.sqlite")), 3);
     EXPECT_EQ(VersionOf(m_folder.Path("first.sqlite.v1")), 1);
-    EXPECT_FALSE(m_folder.Has("first.sqlite.v2"));
+    EXPECT_FALSE(m_folder.Has("first.sqlite.v3"));
     EXPECT_FALSE(m_folder.Has("store.sqlite.v0"));
     platform::SqliteDatabase copy;
     platform::SqliteStatement row;
@@ -317,6 +322,12 @@ TEST_F(StoreTest, FileOfTheFirstVersionIsTaken) {
     EXPECT_EQ(DumpRow(other.LastValue(7).value_or(value::CVal())), "150 4 100 5");
     EXPECT_THAT(other.ChangesAtOpening(), IsEmpty());
     EXPECT_THAT(other.AnswersAtOpening(), IsEmpty());
+    StoreReader reader;
+    ASSERT_TRUE(reader.Open(m_folder.Path("first.sqlite"), error));
+    const std::vector<ValueVersion> hour = reader.Versions({7, value::KindHour, 3600});
+    ASSERT_EQ(hour.size(), 1u);
+    EXPECT_EQ(DumpRow(hour[0].value), "150 128 3600 8");
+    EXPECT_FALSE(hour[0].written || hour[0].writer);
 }
 
 TEST_F(StoreTest, GapIsMarkedOnceBehindAKnownValue) {

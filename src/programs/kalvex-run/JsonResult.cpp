@@ -1,9 +1,9 @@
 #include "programs/kalvex-run/JsonResult.h"
 
 #include <algorithm>
-#include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "programs/ShownValues.h"
 #include "text/CodePage.h"
 #include "value/Status.h"
 #include "value/ValueText.h"
@@ -13,14 +13,6 @@ namespace kalvex::run {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json ContentJson(const value::CVal& value) {
-    if (value.IsText()) return text::ToUtf8(value.Text());
-    if (value::ValueType::IsInteger(value.GetType())) return value.Integer();
-    if (value.GetType() == value::ValueType::Double && std::isfinite(value.Real()))
-        return value.Real();
-    return nullptr;
-}
 
 Json SlotsJson(operands::CVariable& variable) {
     Json slots = Json::object();
@@ -112,7 +104,7 @@ Json CellJson(const value::CVal& value) {
     return {{"type", value.GetType()},
             {"status", value.GetStatus()},
             {"time", value.GetTime()},
-            {"value", ContentJson(value)},
+            {"value", programs::JsonContent(value)},
             {"text", text::ToUtf8(value::ValueToText(value))}};
 }
 

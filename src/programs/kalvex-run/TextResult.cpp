@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "text/Characters.h"
+#include "programs/ShownValues.h"
 #include "text/CodePage.h"
 #include "value/LocalTimeText.h"
 #include "value/Status.h"
@@ -25,35 +25,8 @@ std::size_t Width(std::string_view utf8) {
         std::ranges::count_if(utf8, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-// Control characters would break the table.
-std::string Printable(std::string_view windows1250) {
-    std::string text(windows1250);
-    std::ranges::replace_if(text, text::IsControl, ' ');
-    return text::ToUtf8(text);
-}
-
-std::string StatusText(std::uint16_t status) {
-    std::string text;
-    const auto add = [&text](std::string_view word) {
-        if (!text.empty()) text += ' ';
-        text += word;
-    };
-    for (const value::StatusWord& row : value::StatusWords()) {
-        if ((status & row.bit) == 0) continue;
-        add(row.word);
-        status &= static_cast<std::uint16_t>(~row.bit);
-    }
-    if (status != 0) add(std::to_string(status));
-    return text;
-}
-
-std::string ContentText(const value::CVal& value) {
-    if (value.IsText()) return '"' + Printable(value.Text()) + '"';
-    return value.GetType() == value::ValueType::None ? "-" : value::ValueToText(value);
-}
-
 Row ValueRow(std::string name, std::string_view kind, const value::CVal& value) {
-    return {std::move(name), std::string(kind), ContentText(value), StatusText(value.GetStatus()),
+    return {std::move(name), std::string(kind), programs::ShownContent(value), programs::ShownStatus(value.GetStatus()),
             value.GetTime() == 0 ? "" : value::FormatLocalTime(value.GetTime())};
 }
 

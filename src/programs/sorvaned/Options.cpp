@@ -9,6 +9,7 @@
 
 #include "programs/CompletionText.h"
 #include "text/CodePage.h"
+#include "value/LocalTimeText.h"
 
 namespace kalvex::sorvaned {
 
@@ -27,6 +28,7 @@ struct Draft : SorvanedOptions {
     std::string description;
     std::vector<std::string> groups;
     std::vector<std::string> addresses;
+    std::string time;
 };
 
 struct OptionRow {
@@ -66,7 +68,17 @@ constexpr OptionRow kUserOptions[] = {
     {"--description", "TEXT", "For people", Add<&Draft::description>},
 };
 
+constexpr OptionRow kHistoryOptions[] = {
+    {"--at", "TIME",
+     "Archive value and reports that count at YYYY-MM-DD HH:MM:SS instead of the current value",
+     Add<&Draft::time>},
+    {"--versions", nullptr, "What stood there before, too, the latest first",
+     AddFlag<&Draft::versions>},
+    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+};
+
 constexpr OptionRow kName = {"NAME", nullptr, "The user's name", Add<&Draft::name>};
+constexpr OptionRow kVariable = {"VARIABLE", nullptr, "Its name", Add<&Draft::variable>};
 constexpr OptionRow kFolder = {"FOLDER", nullptr, "A folder that is not there yet",
                                Add<&Draft::backup>};
 
@@ -102,6 +114,10 @@ constexpr CommandRow kCommands[] = {
     {"user", "remove", "Remove a user", SorvanedTask::RemoveUser, &kName},
     {nullptr, "backup", "Save store, users and configuration, also of a server that runs",
      SorvanedTask::BackUp, &kFolder},
+    {nullptr, "history",
+     "Tell who wrote a value and when: kind, time, when written, user, client, address, value,\n"
+     "status, separated by tabs",
+     SorvanedTask::ShowHistory, &kVariable, kHistoryOptions},
 };
 
 void AddOption(CLI::App& app, const OptionRow& row, Draft& draft) {
@@ -178,6 +194,14 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         return line;
     }
     if (draft.check && draft.task == SorvanedTask::Serve) draft.task = SorvanedTask::Check;
+    if (!draft.time.empty()) {
+        draft.at = value::ParseLocalTime(draft.time);
+        if (!draft.at) {
+            line.exitStatus = programs::ExitRefused;
+            line.message = "sorvaned: --at: expected YYYY-MM-DD HH:MM:SS\n";
+            return line;
+        }
+    }
     draft.user.name = text::FromUtf8(draft.name);
     draft.user.description = text::FromUtf8(draft.description);
     draft.user.level = draft.level;

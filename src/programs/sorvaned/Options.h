@@ -1,6 +1,7 @@
 // The command line of the data server.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ enum class SorvanedTask {
     ChangePassword,
     RemoveUser,
     BackUp,
+    ShowHistory,
 };
 
 struct SorvanedOptions {
@@ -27,6 +29,10 @@ struct SorvanedOptions {
     int logLevel = 2;
     platform::UserRecord user;  // of a task with users; engine texts
     std::string backup;         // the folder to be made, a system path
+    std::string variable = {};  // its name (UTF-8)
+    std::optional<std::int64_t> at = {};
+    bool versions = false;
+    bool json = false;
 };
 
 struct SorvanedLine {

@@ -15,6 +15,7 @@
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
 #include "programs/PasswordPrompt.h"
+#include "programs/sorvaned/History.h"
 #include "programs/sorvaned/Listening.h"
 #include "programs/sorvaned/ServerLog.h"
 #include "server/Backup.h"
@@ -154,6 +155,9 @@ int RunSorvaned(const SorvanedOptions& options) {
     if (!server::LoadDefinitions(options.configuration, translator, definitions, errors))
         return Fail(errors);
     if (options.task == SorvanedTask::BackUp) return BackUp(definitions, options, translator);
+    if (options.task == SorvanedTask::ShowHistory) {
+        return ShowHistory(definitions, options, translator);
+    }
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;
         // The users' file tells what is wrong.

@@ -1,0 +1,51 @@
+// A look into a store's file for tools, while its server runs or not. Nothing is written. One
+// thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Sqlite.h"
+#include "platform/Translator.h"
+#include "server/HistoryTable.h"
+
+namespace kalvex::server {
+
+// A value as it stands or stood.
+struct ValueVersion {
+    value::ValueKind kind = value::KindNone;
+    value::CVal value;
+    std::optional<Writer> writer;         // none: the server itself, or not known
+    std::optional<std::int64_t> written;  // none: not known
+};
+
+class StoreReader {
+  public:
+    // A file of this version (a system path). False with the reason.
+    bool Open(const std::string& path, platform::Notice& error);
+
+    // The number of the variable; nothing when the store has none of that name.
+    std::optional<VariableId> Find(std::string_view name);
+
+    // The latest first; nothing where there never was a value. Of a current value the one before it
+    // is known alone.
+    std::vector<ValueVersion> Versions(const HistoryKey& key);
+    std::vector<ValueVersion> CurrentVersions(VariableId variable);
+    // The time of the archive value that counts at that time.
+    std::optional<std::int64_t> ArchiveTimeAt(VariableId variable, std::int64_t time);
+
+    // The words for what has failed; empty when nothing has (UTF-8).
+    const std::string& Fault() const { return m_fault; }
+
+  private:
+    bool Prepare(platform::SqliteStatement& statement, const char* sql);
+    void Note(const platform::SqliteStatement& statement);
+
+    platform::SqliteDatabase m_database;
+    std::string m_fault;
+};
+
+}  // namespace kalvex::server
