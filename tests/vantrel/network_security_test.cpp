@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 #include "support/localhost.h"
 #include "support/network_world.h"
@@ -319,6 +320,99 @@ TEST_F(NetworkSecurityTlsTest, MutualTlsRefusesAClientWithoutItsCertificate) {
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "fault 2 4110");
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good", "stranger")), "fault 2 4110");
     EXPECT_EQ(acceptor.clients, 1);
+}
+
+// A certificate that is renewed while the server runs.
+TEST_F(NetworkSecurityTlsTest, RenewedCertificateIsShownToWhoComesNext) {
+    Listen(certificates.Files("", "server"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
+    certificates.Make("server", "other");
+    server->Check();
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Certyfikat odczytany ponownie: " +
+                                              certificates.File("server")));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "opened");
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "fault 2 4110");
+    world.log.Take();
+    server->Check();
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+}
+
+TEST_F(NetworkSecurityTlsTest, WhoIsConnectedStaysSoWhenTheCertificateIsRenewed) {
+    Listen(certificates.Files("", "server"));
+    NetworkClientSettings clientSettings = world.ClientSettings();
+    clientSettings.addresses["far"] = {.address = "127.0.0.1:" + std::to_string(server->TcpPort()),
+                                       .tls = certificates.Files("good")};
+    NetworkClient client(clientSettings, world.loop, world.log, world.translator);
+    std::uint32_t reason = 0;
+    const auto transport = client.Connect("far", events, reason);
+    transport->Open();
+    world.RunUntil(events, "opened");
+    certificates.Make("server", "other");
+    server->Check();
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "opened");
+    EXPECT_FALSE(events.Has("closed 4107"));
+}
+
+TEST_F(NetworkSecurityTlsTest, RenewedAuthorityDecidesWhoComesNext) {
+    certificates.Make("client", "good");
+    certificates.Make("stranger", "other");
+    Listen(certificates.Files("good", "server"));
+    std::filesystem::copy_file(certificates.File("other"), certificates.File("good") + ".new");
+    const TlsFiles good = certificates.Files("good", "client");
+    std::filesystem::copy_file(certificates.File("good"), certificates.File("kept"));
+    std::filesystem::rename(certificates.File("good") + ".new", certificates.File("good"));
+    server->Check();
+    TlsFiles client = certificates.Files("kept", "client");
+    EXPECT_EQ(FirstEvent("127.0.0.1", client), "fault 2 4110");
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("kept", "stranger")), "opened");
+}
+
+// Of two files one is always replaced first.
+TEST_F(NetworkSecurityTlsTest, WhatCannotBeShownLeavesTheCertificateAsItWas) {
+    certificates.Make("next", "other");
+    Listen(certificates.Files("", "server"));
+    const std::string unchanged = "1 Certyfikat bez zmian: " + certificates.File("server");
+    const std::string reason = "1 Nie można nasłuchiwać 127.0.0.1:0 (niepoprawny certyfikat albo "
+                               "klucz)";
+    std::filesystem::rename(certificates.File("next"), certificates.File("server"));
+    server->Check();
+    world.now += 9'999;
+    server->Check();
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
+    world.now += 1;
+    server->Check();
+    EXPECT_THAT(world.log.Take(), ElementsAre(unchanged, reason));
+    server->Check();
+    EXPECT_THAT(world.log.Take(), IsEmpty());
+    std::filesystem::rename(certificates.Key("next"), certificates.Key("server"));
+    server->Check();
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Certyfikat odczytany ponownie: " +
+                                              certificates.File("server")));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "opened");
+}
+
+TEST_F(NetworkSecurityTlsTest, KeyThatOthersCanReadIsNotTaken) {
+    Listen(certificates.Files("", "server"));
+    std::filesystem::permissions(certificates.Key("server"),
+                                 std::filesystem::perms::others_read,
+                                 std::filesystem::perm_options::add);
+    server->Check();
+    world.now += 10'000;
+    server->Check();
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Certyfikat bez zmian: " + certificates.File("server"),
+                            "1 Do pliku " + certificates.Key("server") +
+                                ", który ma być tajny, mają dostęp inni (prawa 604, a mają być "
+                                "600)"));
+    EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
+    std::filesystem::permissions(certificates.Key("server"),
+                                 std::filesystem::perms::others_read,
+                                 std::filesystem::perm_options::remove);
+    world.log.Take();
+    server->Check();
+    EXPECT_THAT(world.log.Take(), ElementsAre("1 Certyfikat odczytany ponownie: " +
+                                              certificates.File("server")));
 }
 
 TEST_F(NetworkSecurityTlsTest, FileThatCannotBeReadIsNamed) {

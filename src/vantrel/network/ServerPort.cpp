@@ -5,13 +5,15 @@
 #include <grpcpp/server.h>
 #include <grpcpp/server_builder.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
+#include <iterator>
 #include <utility>
 
 #include "vantrel/network/GrpcStream.h"
 #include "vantrel/network/Listener.h"
-#include "vantrel/network/TlsContent.h"
+#include "vantrel/network/ServerCertificate.h"
 
 namespace kalvex::vantrel {
 
@@ -211,8 +213,9 @@ class GrpcPort final : public ServerPort {
     bool Open(platform::Notice& error) {
         auto credentials = grpc::InsecureServerCredentials();
         if (m_settings.tls) {
-            credentials = MakeCredentials(*m_settings.tls, error);
-            if (!credentials) return false;
+            m_certificate.emplace(*m_settings.tls, m_settings.address);
+            if (!m_certificate->Open(error)) return false;
+            credentials = m_certificate->Credentials();
         }
         if (!m_listener.Open(error)) return false;
         grpc::ServerBuilder builder;
@@ -236,7 +239,9 @@ class GrpcPort final : public ServerPort {
     int TcpPort() const override { return m_listener.TcpPort(); }
 
     std::vector<platform::Notice> Check(std::int64_t now, bool& remade) override {
-        return m_listener.Check(now, remade);
+        std::vector<platform::Notice> notices = m_listener.Check(now, remade);
+        if (m_certificate) std::ranges::move(m_certificate->Check(now), std::back_inserter(notices));
+        return notices;
     }
     void OnLogin(const std::string& host) override { m_listener.OnLogin(host); }
     std::size_t StreamCount() const override { return m_service.StreamCount(); }
@@ -251,27 +256,10 @@ class GrpcPort final : public ServerPort {
             Builder::ExternalConnectionType::FROM_FD, std::move(credentials));
     }
 
-    std::shared_ptr<grpc::ServerCredentials> MakeCredentials(const TlsFiles& files,
-                                                             platform::Notice& error) const {
-        TlsContent content;
-        if (!ReadTlsFiles(files, content, error)) return nullptr;
-        if (!CanBeShown(content)) {
-            error = {platform::Translatable(
-                         "Nie można nasłuchiwać %s (niepoprawny certyfikat albo klucz)"),
-                     {m_settings.address}};
-            return nullptr;
-        }
-        grpc::SslServerCredentialsOptions options(
-            content.authority.empty() ? GRPC_SSL_DONT_REQUEST_CLIENT_CERTIFICATE
-                                      : GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY);
-        options.pem_root_certs = content.authority;
-        options.pem_key_cert_pairs.push_back({content.key, content.certificate});
-        return grpc::SslServerCredentials(options);
-    }
-
     const PortSettings m_settings;
     Listener m_listener;
     Service m_service;
+    std::optional<ServerCertificate> m_certificate;
     std::unique_ptr<Door> m_local;
     std::unique_ptr<Door> m_remote;
     std::unique_ptr<grpc::Server> m_server;
