@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "app/Log.h"
-#include "app/TickLateness.h"
 #include "engine/ScriptDocument.h"
 #include "engine/Tick.h"
+#include "platform/DurationCounts.h"
 #include "vantrel/SourceList.h"
 
 namespace kalvex::app {
@@ -79,7 +79,7 @@ class Health {
     };
 
     const std::int64_t m_start;
-    TickLateness m_lateness;
+    platform::DurationCounts m_lateness;
     engine::RunCounts m_counts;
     std::deque<Sample> m_samples;  // one a second, the newest at the end
 };

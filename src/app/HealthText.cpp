@@ -7,6 +7,7 @@
 
 #include "app/StandingText.h"
 #include "engine/ScriptStanding.h"
+#include "platform/FigureText.h"
 #include "text/CodePage.h"
 #include "text/TextFormat.h"
 
@@ -14,29 +15,12 @@ namespace kalvex::app {
 
 namespace {
 
-struct Sample {
-    const char* suffix;  // of the metric's name
-    const char* label;   // of the metric; "" for none
-    const char* word;    // before the value in the log; "" for none, null: the log leaves it out
-    double value;
-};
-
-using Samples = std::vector<Sample>;
+using Samples = std::vector<platform::FigureSample>;
 
 enum class Shown { Never, Always, UnlessZero };
 
-struct LogForm {
-    const char* text;
-    double scale;  // from the unit of the metric to that of the log
-    int decimals;
-    const char* unit;
-};
-
 struct FigureRow {
-    const char* name;
-    const char* type;
-    const char* help;
-    LogForm log;
+    platform::FigureForm form;
     Samples (*samples)(const HealthFigures& figures);
     Shown inStatus = Shown::Never;  // that the service manager shows
 };
@@ -178,7 +162,7 @@ constexpr FigureRow kFigures[] = {
 bool IsInStatus(const FigureRow& row, const HealthFigures& figures) {
     if (row.inStatus != Shown::UnlessZero) return row.inStatus == Shown::Always;
     return std::ranges::any_of(row.samples(figures),
-                               [](const Sample& sample) { return sample.value != 0; });
+                               [](const platform::FigureSample& sample) { return sample.value != 0; });
 }
 
 // What each script has, under its name.
@@ -228,10 +212,6 @@ std::string EscapeLabel(std::string_view text) {
     return escaped;
 }
 
-std::string FormatHead(const char* name, const char* help, const char* type) {
-    return fmt::format("# HELP {0} {1}\n# TYPE {0} {2}\n", name, help, type);
-}
-
 std::string FormatScriptMetrics(const std::vector<ScriptFigures>& scripts) {
     std::vector<std::string> names;
     for (const ScriptFigures& script : scripts) {
@@ -239,28 +219,13 @@ std::string FormatScriptMetrics(const std::vector<ScriptFigures>& scripts) {
     }
     std::string text;
     for (const ScriptFigureRow& row : kScriptFigures) {
-        text += FormatHead(row.name, row.help, row.type);
+        text += platform::FigureHead(row.name, row.help, row.type);
         for (std::size_t i = 0; i < scripts.size(); ++i) {
             text +=
                 fmt::format("{}{{script=\"{}\"}} {}\n", row.name, names[i], row.value(scripts[i]));
         }
     }
     return text;
-}
-
-std::string FormatFigure(const FigureRow& row, const HealthFigures& figures,
-                         const platform::Translator& translator) {
-    std::string line = translator.Translate(row.log.text);
-    const char* separator = ": ";
-    for (const Sample& sample : row.samples(figures)) {
-        if (sample.word == nullptr) continue;
-        line += separator;
-        separator = ", ";
-        if (*sample.word != '\0') line += translator.Translate(sample.word) + ' ';
-        line +=
-            fmt::format("{:.{}f}{}", sample.value * row.log.scale, row.log.decimals, row.log.unit);
-    }
-    return line;
 }
 
 }  // namespace
@@ -270,7 +235,7 @@ std::vector<std::string> FormatHealthLines(const HealthFigures& figures,
     const std::string beginning = translator.Translate("Stan modułu, ");
     std::vector<std::string> lines;
     for (const FigureRow& row : kFigures) {
-        lines.push_back(beginning + FormatFigure(row, figures, translator));
+        lines.push_back(beginning + platform::FigureLine(row.form, row.samples(figures), translator));
     }
     return lines;
 }
@@ -306,7 +271,7 @@ std::string FormatHealthStatus(const HealthFigures& figures,
     std::string status;
     for (const FigureRow& row : kFigures) {
         if (!IsInStatus(row, figures)) continue;
-        status += (status.empty() ? "" : "; ") + FormatFigure(row, figures, translator);
+        status += (status.empty() ? "" : "; ") + platform::FigureLine(row.form, row.samples(figures), translator);
     }
     return status;
 }
@@ -314,12 +279,7 @@ std::string FormatHealthStatus(const HealthFigures& figures,
 std::string FormatHealthMetrics(const HealthFigures& figures) {
     std::string text;
     for (const FigureRow& row : kFigures) {
-        text += FormatHead(row.name, row.help, row.type);
-        for (const Sample& sample : row.samples(figures)) {
-            const std::string label =
-                *sample.label == '\0' ? "" : fmt::format("{{{}}}", sample.label);
-            text += fmt::format("{}{}{} {}\n", row.name, sample.suffix, label, sample.value);
-        }
+        text += platform::FigureMetric(row.form, row.samples(figures));
     }
     return figures.byScript.empty() ? text : text + FormatScriptMetrics(figures.byScript);
 }

@@ -2,6 +2,8 @@
 // folder, a pipe, a device) does not open, and nothing waits for it.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,5 +46,9 @@ bool CloseToOthers(const std::string& path, bool& taken, std::string& error);
 // read one that the administrator of the system owns. Nothing for what is no file or
 // not there.
 Notice DescribeOpenSecret(const std::string& path);
+
+// That this account can still write on the disk of the folder; nothing when the system does not
+// tell.
+std::optional<std::uint64_t> FreeBytes(const std::string& folder);
 
 }  // namespace kalvex::platform

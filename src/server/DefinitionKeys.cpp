@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kLongestName = 255;
 constexpr std::int64_t kMostKeepDays = 36500;
+constexpr std::int64_t kMostFreeSpace = 1 << 20;  // MiB
 
 struct TypeRow {
     std::string_view word;
@@ -219,6 +220,7 @@ constexpr Setting kServerKeys[] = {
     {"clients", SetSetting<&Definitions::maxClients, 1, kMostClients>},
     {"variables", SetSetting<&Definitions::maxVariables, 1, vantrel::kMostVariables>},
     {"save-period", SetSetting<&Definitions::savePeriod, 1, 3600>},
+    {"free-space", SetSetting<&Definitions::freeSpace, 0, kMostFreeSpace>},
 };
 
 constexpr Setting kArchiveKeys[] = {

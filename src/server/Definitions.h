@@ -74,6 +74,7 @@ struct Definitions {
     std::int64_t maxClients = 100;
     std::int64_t maxVariables = 100000;
     std::int64_t savePeriod = 10;  // seconds
+    std::int64_t freeSpace = 512;  // MiB; less on the disk of the data is told. 0: never
     std::int64_t archivePeriod = 60;
     std::int64_t keepDays = 0;
     std::int64_t dayStart = 0;

@@ -165,6 +165,7 @@ void Recorder::Lose(std::int64_t now) {
         const auto* put = std::get_if<PutValue>(&operation);
         if (put == nullptr) continue;
         ++m_loss->values;
+        ++m_lost;
         m_lostSince.try_emplace(put->variable, put->time);
     }
     m_saveAll = true;

@@ -43,6 +43,7 @@ class Recorder {
 
     // Values are being lost, and the archives do not tell of it yet.
     bool IsLosing() const { return m_loss.has_value(); }
+    std::uint64_t Lost() const { return m_lost; }  // archive values since the start
 
     // Once a second, behind the changes: samples, and everything that is due goes to the store.
     // What is old is so by the confirmed time.
@@ -73,6 +74,7 @@ class Recorder {
     std::optional<std::int64_t> m_newest;
     bool m_behind = false;
     std::optional<ValueLoss> m_loss;
+    std::uint64_t m_lost = 0;
     std::unordered_map<VariableId, std::int64_t> m_lostSince;
     bool m_saveAll = false;                    // after a loss
     std::optional<std::int64_t> m_lastSample;  // counted in periods since 1970

@@ -1,9 +1,12 @@
 #include "server/Server.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "platform/Files.h"
+#include "platform/ProcessMemory.h"
 #include "server/ClientText.h"
 #include "server/Session.h"
 #include "text/CodePage.h"
@@ -62,7 +65,9 @@ Server::Server(const platform::Clock& clock, platform::LogSink& log,
           m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); },
           [this](const ValueLoss& loss) { OnLoss(loss); }),
       m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
-      m_late(m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }) {
+      m_late(m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
+      m_freeSpace([this, look = store.freeBytes] { return look(m_definitions.dataFolder); }),
+      m_startedAt(clock.Elapsed()) {
     m_store.OnTrouble([this](const StoreTrouble& trouble) { OnTrouble(trouble); });
 }
 
@@ -80,6 +85,7 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     m_recorder.Begin(m_clock.Now());
     m_started = true;
     Log(kStarted, {m_definitions.name}, platform::LogAlways);
+    WatchFreeSpace();
     return true;
 }
 
@@ -178,6 +184,7 @@ void Server::Tick() {
     }
     m_reportChanges.Publish();
     m_logins->Step();
+    WatchFreeSpace();
     for (const auto& leftOut : m_refusals.TakeLeftOut(Elapsed())) {
         Log(vantrel::LeftOutLine(leftOut, m_translator), platform::LogErrors);
     }
@@ -191,6 +198,13 @@ void Server::Tick() {
 void Server::StepTime() {
     const std::int64_t jump = m_confirmed.Step(Now(), Elapsed());
     if (jump != 0) Log(kJumped, {std::to_string(jump)}, platform::LogErrors);
+}
+
+void Server::WatchFreeSpace() {
+    const auto little = static_cast<std::uint64_t>(m_definitions.freeSpace) << 20;
+    const platform::Notice notice = m_freeSpace.Step(Elapsed(), little);
+    if (!notice) return;
+    Log(text::FromUtf8(platform::InWords(notice, m_translator)), platform::LogErrors);
 }
 
 void Server::Stop() {
@@ -215,6 +229,33 @@ void Server::Distribute() {
         }
     }
     for (const auto& [number, session] : m_sessions) session->SendChanges();
+}
+
+ServerFigures Server::Figures() {
+    ServerFigures figures;
+    figures.uptime = Elapsed() - m_startedAt;
+    for (const auto& [number, session] : m_sessions) {
+        ++(session->IsLoggedIn() ? figures.clients : figures.strangers);
+        figures.subscriptions += session->SubscriptionCount();
+    }
+    figures.variables = m_plant.Size();
+    figures.store = m_store.Figures();
+    figures.lost = m_recorder.Lost();
+    figures.freeBytes = m_freeSpace.Bytes();
+    for (const char* suffix : kDatabaseSuffixes) {
+        std::error_code fault;
+        const std::uintmax_t size =
+            std::filesystem::file_size(StorePath(m_definitions) + suffix, fault);
+        if (!fault) figures.storeBytes += size;
+    }
+    figures.memory = platform::ResidentBytes();
+    return figures;
+}
+
+void Server::LogHealth() {
+    for (const std::string& line : FormatHealthLines(Figures(), m_translator)) {
+        Log(line, platform::LogAlways);
+    }
 }
 
 // ---- sessions

@@ -24,6 +24,8 @@
 #include "server/AutomaticReports.h"
 #include "server/ConfirmedTime.h"
 #include "server/Definitions.h"
+#include "server/FreeSpace.h"
+#include "server/Health.h"
 #include "server/LateReports.h"
 #include "server/Plant.h"
 #include "server/Recorder.h"
@@ -65,6 +67,10 @@ class Server final : public vantrel::SessionAcceptor {
     void Stop();
 
     const Definitions& Settings() const { return m_definitions; }
+
+    ServerFigures Figures();
+    // Writes them to the log, whatever its level.
+    void LogHealth();
 
     // ---- for the transport
 
@@ -122,6 +128,7 @@ class Server final : public vantrel::SessionAcceptor {
     bool CloseFilesToOthers(std::vector<std::string>& errors);
     void Define();
     void StepTime();
+    void WatchFreeSpace();
     std::vector<vantrel::VariableDefinition> DefinitionsFor(const platform::UserRecord& user,
                                                             const std::string& address) const;
 
@@ -151,6 +158,8 @@ class Server final : public vantrel::SessionAcceptor {
     bool m_refusesWrites = false;
     bool m_started = false;
     ConfirmedTime m_confirmed;
+    FreeSpace m_freeSpace;
+    const std::int64_t m_startedAt;  // elapsed seconds
     std::optional<std::int64_t> m_lastTick;
 };
 

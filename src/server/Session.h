@@ -42,6 +42,7 @@ class Session final : public vantrel::ServerSession {
 
     std::uint64_t Number() const { return m_number; }
     bool IsLoggedIn() const { return m_state == State::LoggedIn; }
+    std::size_t SubscriptionCount() const { return m_subscriptions.size(); }
     void OnLogin(const vantrel::LoginVerdict& verdict);
 
     // The variables or the rights have been defined anew: what had been subscribed is answered

@@ -115,6 +115,13 @@ bool Store::IsEmpty() {
     return m_queue.Empty();
 }
 
+StoreFigures Store::Figures() {
+    const std::lock_guard lock(m_mutex);
+    StoreFigures figures = m_figures;
+    figures.waiting = m_queue.Operations();
+    return figures;
+}
+
 bool Store::HasRoomForClients() {
     const std::lock_guard lock(m_mutex);
     return m_queue.HasRoomForClients();
@@ -175,19 +182,29 @@ bool Store::Commit(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes)
     milliseconds failedFor{0};
     milliseconds pause = kFirstPause;
     std::string error;
+    std::int64_t begin = m_now();
     while (!m_writeFile.Write(batch, outcomes, error)) {
         if (failedFor == milliseconds{0}) PostTrouble({false, error, 0});
         if (!OnFailure(error, failedFor, pause)) return false;
         m_pause->Wait(pause);
         failedFor += pause;
         pause = std::min(2 * pause, kLongestPause);
+        begin = m_now();
     }
+    OnCommitted(batch, m_now() - begin);
     if (failedFor > milliseconds{0}) OnRecovered();
     return true;
 }
 
+void Store::OnCommitted(const StoreBatch& batch, std::int64_t duration) {
+    const std::lock_guard lock(m_mutex);
+    for (const auto& part : batch.parts) m_figures.stored += part.size();
+    m_figures.commits.Add(duration);
+}
+
 bool Store::OnFailure(const std::string& error, milliseconds failedFor, milliseconds& pause) {
     const std::lock_guard lock(m_mutex);
+    ++m_figures.repeated;
     m_error = error;
     m_stuck = failedFor >= kReadPatience;
     if (m_stuck) m_work.notify_all();

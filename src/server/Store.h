@@ -21,8 +21,10 @@
 #include <thread>
 #include <vector>
 
+#include "platform/Files.h"
 #include "platform/MainLoop.h"
 #include "platform/SteadyTime.h"
+#include "server/Health.h"
 #include "server/StoreFile.h"
 #include "server/StorePause.h"
 #include "server/StoreQueue.h"
@@ -30,10 +32,12 @@
 namespace kalvex::server {
 
 struct StoreSettings {
-    StoreLimits limits;
+    StoreLimits limits = {};
     std::shared_ptr<StorePause> pause = MakeTimedPause();
     // Microseconds of a clock that nobody sets; any thread.
     std::function<std::int64_t()> now = platform::SteadyMicroseconds;
+    // Of the disk of a folder.
+    std::function<std::optional<std::uint64_t>(const std::string&)> freeBytes = platform::FreeBytes;
 };
 
 // Writing has begun to fail, or succeeds again.
@@ -80,6 +84,7 @@ class Store {
     const std::vector<SaveAnswer>& AnswersAtOpening() const { return m_contents.answers; }
 
     bool IsEmpty();  // nothing waits to be written
+    StoreFigures Figures();
 
     // False while so much waits that clients' submissions should not be made any more.
     bool HasRoomForClients();
@@ -107,6 +112,7 @@ class Store {
 
     void Write();
     bool Commit(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes);
+    void OnCommitted(const StoreBatch& batch, std::int64_t duration);
     // Takes a failure down; whether to try again after the pause.
     bool OnFailure(const std::string& error, std::chrono::milliseconds failedFor,
                    std::chrono::milliseconds& pause);
@@ -137,6 +143,7 @@ class Store {
     std::deque<ReadJob> m_reads;
     bool m_writing = false;
     bool m_reading = false;
+    StoreFigures m_figures;
     bool m_stuck = false;  // writing has failed for longer than a read waits
     bool m_stop = false;
     std::int64_t m_stopBy = 0;  // then no second transaction begins

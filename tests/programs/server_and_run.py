@@ -54,6 +54,10 @@ class Process:
                 return
         raise AssertionError(f"no line {expected!r} in\n" + "\n".join(self.lines))
 
+    def next_line(self):
+        self.lines.append(self.stream.readline().rstrip("\n")[STAMP:])
+        return self.lines[-1]
+
     def send(self, number):
         self.process.send_signal(number)
 
@@ -182,9 +186,9 @@ class ServerAndRun(unittest.TestCase):
         path.write_bytes(("PRIORITY 1\n" + text).replace("\n", "\r\n").encode("cp1250"))
         return str(path)
 
-    def start_server(self):
+    def start_server(self, *options):
         server = Process(self, self.command(self.SERVER, "--config", str(self.configuration),
-                                            "--log-level", "2"), self.environment, "stderr")
+                                            "--log-level", "2", *options), self.environment, "stderr")
         server.await_line(f"Nasłuchiwanie: gniazdo lokalne {self.folder}/run/{self.NAME}")
         return server
 

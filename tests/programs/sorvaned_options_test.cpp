@@ -152,6 +152,8 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "  --config FILE               The configuration (/etc/sorvane/sorvaned.toml)\n"
              "  --log-level N:INT in [0 - 3]\n"
              "                              Log: 0 always, 1 errors, 2 events, 3 transmission (2)\n"
+             "  --metrics ADDRESS           Figures for Prometheus: 127.0.0.1:9464, [::1]:9464, or the "
+             "path of a socket (none)\n"
              "  --check                     Tell what is wrong with the configuration and exit\n"
              "\nSubcommands:\n"
              "  user                        Manage the users\n"

@@ -81,7 +81,9 @@ class ServerTest : public testing::Test {
     support::MarkingTranslator m_translator{false};
     support::WaitingLoop m_loop;
     std::string m_toml;
-    StoreSettings m_storeSettings;
+    std::optional<std::uint64_t> m_freeBytes = std::uint64_t{1} << 40;
+    StoreSettings m_storeSettings{
+        .freeBytes = [this](const std::string&) { return m_freeBytes; }};
     std::unique_ptr<Server> m_server;
     std::vector<std::unique_ptr<TestClient>> m_clients;
     vantrel::RequestId m_lastRequest = 0;

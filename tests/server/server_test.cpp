@@ -504,5 +504,45 @@ TEST_F(ServerTest, StartAndEndAreLogged) {
     EXPECT_THAT(m_log.Take(), IsEmpty());
 }
 
+// ---- health
+
+TEST_F(ServerTest, LittleSpaceOnTheDiskIsToldAndThatThereIsEnough) {
+    Start("[server]\nfree-space = 100\n");
+    m_freeBytes = std::uint64_t{99} << 20;
+    Tick();
+    m_log.Take();
+    m_clock.Advance(30'000);
+    Tick();
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 Mało miejsca na dysku danych: 99 MiB"));
+    m_freeBytes = std::uint64_t{125} << 20;
+    m_clock.Advance(30'000);
+    Tick();
+    EXPECT_THAT(m_log.Take(), ElementsAre("1 Miejsca na dysku danych znów wystarcza: 125 MiB"));
+    EXPECT_EQ(m_server->Figures().freeBytes, m_freeBytes);
+}
+
+TEST_F(ServerTest, FiguresTellWhatThereIs) {
+    Start(
+        "[[variable]]\nname = \"X\"\nat = 32\nvalue = 1\n"
+        "[[variable]]\nname = \"S\"\nsignal = \"sine mean=5 amplitude=2 period=10\"\nat = 4\n");
+    Connect();
+    TestClient& client = LogIn();
+    Subscribe(client, {"X", "S"});
+    Tick(5);
+    Settle();
+    const ServerFigures figures = m_server->Figures();
+    EXPECT_EQ(figures.uptime, 5);
+    EXPECT_EQ(figures.clients, 1u);
+    EXPECT_EQ(figures.strangers, 1u);
+    EXPECT_EQ(figures.subscriptions, 2u);
+    EXPECT_EQ(figures.variables, m_server->GetPlant().Size());
+    EXPECT_EQ(figures.store.waiting, 0u);
+    EXPECT_GT(figures.store.stored, 0u);
+    EXPECT_EQ(figures.store.repeated, 0u);
+    EXPECT_GT(figures.store.commits.GetCount(), 0u);
+    EXPECT_EQ(figures.lost, 0u);
+    EXPECT_GT(figures.storeBytes, 0u);
+}
+
 }  // namespace
 }  // namespace kalvex::server

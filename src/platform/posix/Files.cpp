@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -97,6 +98,12 @@ Notice DescribeOpenSecret(const std::string& path) {
 bool MakePrivateFile(const std::string& path, std::string& error) {
     const Descriptor file(OpenRegularFile(path, O_RDWR | O_CREAT, 0600));
     return file.Get() >= 0 || Fail(error);
+}
+
+std::optional<std::uint64_t> FreeBytes(const std::string& folder) {
+    struct statvfs disk = {};
+    if (::statvfs(folder.c_str(), &disk) != 0) return std::nullopt;
+    return std::uint64_t{disk.f_bavail} * disk.f_frsize;
 }
 
 }  // namespace kalvex::platform

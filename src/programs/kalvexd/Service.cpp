@@ -9,6 +9,7 @@
 
 #include "app/Configuration.h"
 #include "app/HealthText.h"
+#include "platform/FigureText.h"
 #include "platform/LogGap.h"
 #include "platform/posix/AccountName.h"
 #include "platform/posix/HostName.h"
@@ -118,7 +119,7 @@ bool KalvexService::OfferFigures(std::string& fault) {
     std::string reason;
     m_endpoint = platform::LoadHttpEndpoint(
         m_loop,
-        platform::HttpText{"/metrics", "text/plain; version=0.0.4; charset=utf-8",
+        platform::HttpText{"/metrics", platform::kFigureContentType,
                            [this] { return app::FormatHealthMetrics(GetFigures()); }},
         reason);
     if (m_endpoint && m_endpoint->Start(m_metrics, reason)) {

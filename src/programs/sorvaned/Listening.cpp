@@ -1,6 +1,8 @@
 #include "programs/sorvaned/Listening.h"
 
+#include "platform/FigureText.h"
 #include "text/CodePage.h"
+#include "text/TextFormat.h"
 
 namespace kalvex::sorvaned {
 
@@ -50,6 +52,29 @@ bool OpenToClients(server::Server& server, platform::MainLoop& loop, platform::L
         server.Log(TextFor(settings), {text::FromUtf8(address)}, platform::LogAlways);
     }
     return true;
+}
+
+std::unique_ptr<platform::HttpEndpoint> OfferFigures(server::Server& server,
+                                                     const std::string& address,
+                                                     platform::MainLoop& loop,
+                                                     platform::LogSink& log,
+                                                     const platform::Translator& translator,
+                                                     std::string& error) {
+    std::string reason;
+    auto endpoint = platform::LoadHttpEndpoint(
+        loop,
+        platform::HttpText{"/metrics", platform::kFigureContentType,
+                           [&server] { return server::FormatHealthMetrics(server.Figures()); }},
+        reason);
+    if (endpoint && endpoint->Start(address, reason)) {
+        log.Log(text::FormatText(translator.Translate("Udostępnianie stanu serwera: %s"),
+                                 {text::FromUtf8(endpoint->GetAddress())}),
+                platform::LogAlways);
+        return endpoint;
+    }
+    error = text::FormatText(translator.Translate("Nie można udostępnić stanu serwera: %s (%s)"),
+                             {text::FromUtf8(address), translator.Translate(reason.c_str())});
+    return nullptr;
 }
 
 }  // namespace kalvex::sorvaned

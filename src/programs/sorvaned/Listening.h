@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/HttpEndpoint.h"
 #include "server/Server.h"
 #include "vantrel/network/NetworkServer.h"
 
@@ -15,5 +16,14 @@ namespace kalvex::sorvaned {
 bool OpenToClients(server::Server& server, platform::MainLoop& loop, platform::LogSink& log,
                    const platform::Translator& translator,
                    std::unique_ptr<vantrel::NetworkServer>& network, std::string& error);
+
+// Offers the server's figures at the address, and tells the log where. Null with an engine text in
+// `error` when that cannot be.
+std::unique_ptr<platform::HttpEndpoint> OfferFigures(server::Server& server,
+                                                     const std::string& address,
+                                                     platform::MainLoop& loop,
+                                                     platform::LogSink& log,
+                                                     const platform::Translator& translator,
+                                                     std::string& error);
 
 }  // namespace kalvex::sorvaned

@@ -55,6 +55,9 @@ constexpr OptionRow kOptions[] = {
      Add<&Draft::configuration>},
     {"--log-level", "N", "Log: 0 always, 1 errors, 2 events, 3 transmission (2)",
      Add<&Draft::logLevel>, 3},
+    {"--metrics", "ADDRESS",
+     "Figures for Prometheus: 127.0.0.1:9464, [::1]:9464, or the path of a socket (none)",
+     Add<&Draft::metrics>},
     {"--check", nullptr, "Tell what is wrong with the configuration and exit",
      AddFlag<&Draft::check>},
 };

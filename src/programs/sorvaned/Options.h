@@ -27,6 +27,7 @@ struct SorvanedOptions {
     SorvanedTask task = SorvanedTask::Serve;
     std::string configuration = "/etc/sorvane/sorvaned.toml";
     int logLevel = 2;
+    std::string metrics = {};   // where figures are offered; empty: nowhere
     platform::UserRecord user;  // of a task with users; engine texts
     std::string backup;         // the folder to be made, a system path
     std::string variable = {};  // its name (UTF-8)

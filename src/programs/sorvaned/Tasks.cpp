@@ -54,6 +54,7 @@ int Serve(const SorvanedOptions& options, const platform::Translator& translator
     server::Server server(clock, log, translator, loop);
     // Before the server makes its threads, which inherit what is blocked here.
     loop.OnSignal(SIGHUP, [&server] { server.Reload(); });
+    loop.OnSignal(SIGUSR1, [&server] { server.LogHealth(); });
     loop.OnSignal(SIGTERM, [&loop] { loop.Quit(); });
     loop.OnSignal(SIGINT, [&loop] { loop.Quit(); });
     platform::ServiceManager manager;
@@ -65,6 +66,15 @@ int Serve(const SorvanedOptions& options, const platform::Translator& translator
         server.Stop();
         return Fail({text::ToUtf8(error)}, log);
     }
+    std::unique_ptr<platform::HttpEndpoint> endpoint;
+    if (!options.metrics.empty()) {
+        endpoint = OfferFigures(server, options.metrics, loop, log, translator, error);
+        if (!endpoint) {
+            network.reset();
+            server.Stop();
+            return Fail({text::ToUtf8(error)}, log);
+        }
+    }
     loop.Every(kTick, [&server] { server.Tick(); });
     platform::MemoryReturn memory;
     loop.Every(platform::kMemoryReturnPeriod, [&memory] { memory.Step(); });
@@ -75,6 +85,7 @@ int Serve(const SorvanedOptions& options, const platform::Translator& translator
     manager.TellReady();
     loop.Run();
     manager.TellStopping();
+    endpoint.reset();
     network.reset();
     server.Stop();
     return programs::ExitDone;

@@ -1,36 +1,36 @@
-#include "app/TickLateness.h"
+#include "platform/DurationCounts.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
-namespace kalvex::app {
+namespace kalvex::platform {
 
 // Up to 8 a class a value; from there on the bits below the highest four are left out of account.
-std::size_t TickLateness::ClassOf(std::uint64_t lateness) {
-    if (lateness < (1u << kSplit)) return lateness;
-    const int top = std::bit_width(lateness) - 1;
-    const std::uint64_t part = (lateness >> (top - kSplit)) & ((1u << kSplit) - 1);
+std::size_t DurationCounts::ClassOf(std::uint64_t duration) {
+    if (duration < (1u << kSplit)) return duration;
+    const int top = std::bit_width(duration) - 1;
+    const std::uint64_t part = (duration >> (top - kSplit)) & ((1u << kSplit) - 1);
     return (static_cast<std::size_t>(top - kSplit + 1) << kSplit) + part;
 }
 
-std::int64_t TickLateness::TopOf(std::size_t index) {
+std::int64_t DurationCounts::TopOf(std::size_t index) {
     if (index < (1u << kSplit)) return static_cast<std::int64_t>(index);
     const std::size_t shift = (index >> kSplit) - 1;
     const std::int64_t part = static_cast<std::int64_t>(index & ((1u << kSplit) - 1));
     return (((1 << kSplit) + part + 1) << shift) - 1;
 }
 
-void TickLateness::Add(std::int64_t lateness) {
+void DurationCounts::Add(std::int64_t duration) {
     constexpr std::int64_t kLongest = (std::int64_t{1} << kTopBit) - 1;
-    lateness = std::clamp<std::int64_t>(lateness, 0, kLongest);
-    ++m_counts[ClassOf(static_cast<std::uint64_t>(lateness))];
+    duration = std::clamp<std::int64_t>(duration, 0, kLongest);
+    ++m_counts[ClassOf(static_cast<std::uint64_t>(duration))];
     ++m_count;
-    m_sum += lateness;
-    m_max = std::max(m_max, lateness);
+    m_sum += duration;
+    m_max = std::max(m_max, duration);
 }
 
-std::int64_t TickLateness::GetPercentile(double share) const {
+std::int64_t DurationCounts::GetPercentile(double share) const {
     const double rank = std::ceil(share * static_cast<double>(m_count));
     std::uint64_t passed = 0;
     for (std::size_t index = 0; index < kClasses; ++index) {
@@ -40,4 +40,4 @@ std::int64_t TickLateness::GetPercentile(double share) const {
     return m_max;
 }
 
-}  // namespace kalvex::app
+}  // namespace kalvex::platform
