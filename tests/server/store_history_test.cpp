@@ -230,7 +230,7 @@ TEST_F(StoreHistoryTest, ReaderTakesNoOtherVersion) {
 
 // ---- late data
 
-class StoreLateTest : public StoreHistoryTest {
+class StoreHistoryLateTest : public StoreHistoryTest {
   protected:
     std::int64_t m_hour = value::MakeLocalTime({2024, 3, 10, 7});
     std::int64_t m_day = value::MakeLocalTime({2024, 3, 10});
@@ -264,7 +264,7 @@ class StoreLateTest : public StoreHistoryTest {
     }
 };
 
-TEST_F(StoreLateTest, WhatChangesIsComputedUpToTheMonth) {
+TEST_F(StoreHistoryLateTest, WhatChangesIsComputedUpToTheMonth) {
     LoadAll();
     Put(value::KindArchive, m_hour + 2, value::CVal(2.0));
     Mark(value::KindHour, m_hour);
@@ -282,7 +282,7 @@ TEST_F(StoreLateTest, WhatChangesIsComputedUpToTheMonth) {
     EXPECT_THAT(Compute().changed, IsEmpty());
 }
 
-TEST_F(StoreLateTest, WhatComesOutTheSameEndsThere) {
+TEST_F(StoreHistoryLateTest, WhatComesOutTheSameEndsThere) {
     LoadAll();
     Put(value::KindDay, m_day, value::CVal(7.0), {}, kLoaded);
     Mark(value::KindHour, m_hour);
@@ -290,7 +290,7 @@ TEST_F(StoreLateTest, WhatComesOutTheSameEndsThere) {
     EXPECT_EQ(Standing(value::KindDay, m_day), "7.00");
 }
 
-TEST_F(StoreLateTest, ReportOfAPersonStaysAndIsTold) {
+TEST_F(StoreHistoryLateTest, ReportOfAPersonStaysAndIsTold) {
     LoadAll();
     Put(value::KindHour, m_hour, value::CVal(9.0), {}, value::Status::SetByUser);
     Put(value::KindArchive, m_hour + 2, value::CVal(2.0));
@@ -304,7 +304,7 @@ TEST_F(StoreLateTest, ReportOfAPersonStaysAndIsTold) {
     EXPECT_EQ(Standing(value::KindHour, m_hour), "9.00");
 }
 
-TEST_F(StoreLateTest, ReportThatWasNotComputedIsLeftToWhoWill) {
+TEST_F(StoreHistoryLateTest, ReportThatWasNotComputedIsLeftToWhoWill) {
     Put(value::KindArchive, m_hour + 1, value::CVal(1.0));
     Mark(value::KindHour, m_hour);
     EXPECT_THAT(Compute().changed, IsEmpty());
@@ -315,7 +315,7 @@ TEST_F(StoreLateTest, ReportThatWasNotComputedIsLeftToWhoWill) {
     EXPECT_EQ(Standing(value::KindHour, m_hour), "");
 }
 
-TEST_F(StoreLateTest, MarksOutlastARestartAndAreTakenInPieces) {
+TEST_F(StoreHistoryLateTest, MarksOutlastARestartAndAreTakenInPieces) {
     LoadAll();
     Put(value::KindArchive, m_hour + 2, value::CVal(2.0));
     Mark(value::KindDay, m_day);
@@ -334,7 +334,7 @@ TEST_F(StoreLateTest, MarksOutlastARestartAndAreTakenInPieces) {
     EXPECT_FALSE(outcome.lateLeft);
 }
 
-class StoreLateChainTest : public StoreLateTest {
+class StoreHistoryChainTest : public StoreHistoryLateTest {
   protected:
     // A value at 7:10, hours up to 11:00 computed from it, and the next value at 10:30.
     void Fill(ReportRule rule) {
@@ -363,28 +363,28 @@ class StoreLateChainTest : public StoreLateTest {
     ReportRule m_rule = ReportRule::Mean;
 };
 
-TEST_F(StoreLateChainTest, ValueCountsInTheHoursBehindUpToTheNextOne) {
+TEST_F(StoreHistoryChainTest, ValueCountsInTheHoursBehindUpToTheNextOne) {
     Fill(ReportRule::Mean);
     EXPECT_THAT(ChangeLate(5), ElementsAre(0, 1, 2, 3));
     EXPECT_EQ(Standing(value::KindHour, m_hour + 3600), "5.00");
     EXPECT_EQ(Standing(value::KindHour, m_hour + 3 * 3600), "7.00");
 }
 
-TEST_F(StoreLateChainTest, ReportsOfAPersonBetweenThemEndNothing) {
+TEST_F(StoreHistoryChainTest, ReportsOfAPersonBetweenThemEndNothing) {
     Fill(ReportRule::Mean);
     Put(value::KindHour, m_hour, value::CVal(70.0), {}, value::Status::SetByUser);
     Put(value::KindHour, m_hour + 3600, value::CVal(80.0), {}, value::Status::SetByUser);
     EXPECT_THAT(ChangeLate(5), ElementsAre(2, 3));
 }
 
-TEST_F(StoreLateChainTest, ReadingCountsInTheHourOfTheNextOne) {
+TEST_F(StoreHistoryChainTest, ReadingCountsInTheHourOfTheNextOne) {
     Fill(ReportRule::Increase);
     EXPECT_EQ(Standing(value::KindHour, m_hour + 3 * 3600), "7.00");
     EXPECT_THAT(ChangeLate(4), ElementsAre(0, 3));
     EXPECT_EQ(Standing(value::KindHour, m_hour + 3 * 3600), "5.00");
 }
 
-TEST_F(StoreLateChainTest, AmountCountsInItsHourAlone) {
+TEST_F(StoreHistoryChainTest, AmountCountsInItsHourAlone) {
     Fill(ReportRule::Sum);
     EXPECT_THAT(ChangeLate(4), ElementsAre(0));
 }

@@ -76,6 +76,9 @@ TABLES = {
     "src/vantrel/LoginDesk.cpp": None,
     "src/vantrel/Refusals.cpp": None,
     "src/server/Recorder.cpp": None,
+    "src/platform/FigureText.cpp": None,
+    "src/programs/sorvaned/Listening.cpp": None,
+    "src/server/LateReports.cpp": None,
     "src/server/Server.cpp": None,
     "src/server/Session.cpp": None,
     # and those of src/server/Refusal.h
