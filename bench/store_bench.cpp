@@ -1,6 +1,7 @@
-// The data server's store: archive rows written and acknowledged, a month of one-second values read
-// in pieces, ranges out of ten million rows, a day of hours computed. Each row checks its answers,
-// and the program fails when one is wrong or when the long read takes more memory than it may.
+// The data server's store: archive rows and alarms written and acknowledged, a month of one-second
+// values read in pieces, ranges out of ten million rows, a day of hours computed. Each row checks
+// its answers, and the program fails when one is wrong or when the long read takes more memory than
+// it may.
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -112,6 +113,32 @@ void CorrectArchive(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(CorrectArchive)->Arg(10000)->UseRealTime();
+
+// So many alarms begin, are acknowledged and end, in a transaction each.
+void WriteAlarms(benchmark::State& state) {
+    OpenStore store;
+    std::vector<server::VariableId> variables;
+    for (std::int64_t index = 0; index < state.range(0); ++index) {
+        variables.push_back(store.Variable(("A" + std::to_string(index)).c_str()));
+    }
+    static server::AlarmId last = 0;
+    for (auto _ : state) {
+        std::vector<server::StoreOperation> begin;
+        std::vector<server::StoreOperation> acknowledge;
+        std::vector<server::StoreOperation> end;
+        for (const server::VariableId variable : variables) {
+            begin.emplace_back(
+                server::BeginAlarm{++last, variable, server::AlarmStage::High, kStart, 12.5});
+            acknowledge.emplace_back(server::AcknowledgeAlarms{variable, {1, kStart}});
+            end.emplace_back(server::EndAlarm{last, kStart});
+        }
+        for (auto* operations : {&begin, &acknowledge, &end}) {
+            Expect(store.Submit(std::move(*operations)), "alarms");
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(WriteAlarms)->Arg(10000)->UseRealTime();
 
 // What the library alone takes for the same rows without who wrote them.
 void WriteRawSqlite(benchmark::State& state) {

@@ -251,6 +251,14 @@ void CKalvexServerConnection::Receive(vantrel::ReadRequests& message) {
     }
 }
 
+void CKalvexServerConnection::Receive(vantrel::AcknowledgeRequests& message) {
+    vantrel::ModifyResults results;
+    for (const vantrel::AcknowledgeRequest& request : message.requests) {
+        results.entries.push_back({request.id, vantrel::ResultBadRequest});
+    }
+    m_link.Send(std::move(results));
+}
+
 void CKalvexServerConnection::Receive(vantrel::TakeTerm&) {
     m_link.Send(vantrel::TermResult{});
 }

@@ -70,6 +70,7 @@ class CKalvexServerConnection final : public vantrel::ServerSession {
     void Receive(vantrel::CancelRequests&) {}
     void Receive(vantrel::LastMessagesRequest& message);
     void Receive(vantrel::TakeTerm& message);
+    void Receive(vantrel::AcknowledgeRequests& message);
 
     void OnLogin(vantrel::LoginVerdict verdict);
     // Logs the try, and lets the client in if it may come.

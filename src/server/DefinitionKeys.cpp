@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/UserDirectory.h"
 #include "text/Characters.h"
 #include "text/CodePage.h"
 #include "text/WholeNumber.h"
+#include "value/LocalTime.h"
 #include "value/ValueText.h"
 #include "vantrel/Listening.h"
 
@@ -17,6 +19,7 @@ namespace {
 constexpr std::size_t kLongestName = 255;
 constexpr std::int64_t kMostKeepDays = 36500;
 constexpr std::int64_t kMostFreeSpace = 1 << 20;  // MiB
+constexpr std::int64_t kLongestStale = 365 * value::kSecondsPerDay;
 
 struct TypeRow {
     std::string_view word;
@@ -169,11 +172,14 @@ platform::Notice SetText(VariableConfig& target, std::string_view name, std::str
     return {};
 }
 
+bool ReadNumber(std::string_view text, double& number) {
+    return value::ConvertString2Double(text, &number) && std::isfinite(number);
+}
+
 template <std::optional<double> VariableConfig::*Member>
 platform::Notice SetBound(VariableConfig& target, std::string_view name, std::string_view text) {
     double number = 0;
-    if (!value::ConvertString2Double(text, &number) || !std::isfinite(number))
-        return {platform::Translatable("oczekiwano liczby")};
+    if (!ReadNumber(text, number)) return {platform::Translatable("oczekiwano liczby")};
     target.*Member = number;
     return SetText(target, name, text);
 }
@@ -207,6 +213,40 @@ platform::Notice SetSignal(VariableConfig& target, std::string_view, std::string
     platform::Notice fault;
     target.signal = Signal::Parse(text::ToUtf8(text), fault);
     return fault;
+}
+
+AlarmLimits& AlarmsOf(VariableConfig& target) {
+    if (!target.alarms) target.alarms = std::make_shared<AlarmLimits>();
+    return *target.alarms;
+}
+
+template <std::optional<double> AlarmLimits::*Member>
+platform::Notice SetLimit(VariableConfig& target, std::string_view, std::string_view text) {
+    double number = 0;
+    if (!ReadNumber(text, number)) return {platform::Translatable("oczekiwano liczby")};
+    AlarmsOf(target).*Member = number;
+    return {};
+}
+
+platform::Notice SetHysteresis(VariableConfig& target, std::string_view, std::string_view text) {
+    double number = 0;
+    if (!ReadNumber(text, number) || number < 0)
+        return {platform::Translatable("oczekiwano liczby nie mniejszej od 0")};
+    AlarmsOf(target).hysteresis = number;
+    return {};
+}
+
+platform::Notice SetRate(VariableConfig& target, std::string_view, std::string_view text) {
+    double number = 0;
+    if (!ReadNumber(text, number) || number <= 0)
+        return {platform::Translatable("oczekiwano liczby większej od 0")};
+    AlarmsOf(target).rate = number;
+    return {};
+}
+
+template <std::int64_t AlarmLimits::*Member, std::int64_t Least, std::int64_t Most>
+platform::Notice SetAlarmTime(VariableConfig& target, std::string_view, std::string_view text) {
+    return SetInteger(AlarmsOf(target).*Member, text, Least, Most);
 }
 
 using Setting = DefinitionKey<Definitions>;
@@ -290,6 +330,7 @@ constexpr DefinitionKey<AccessRule> kAccessKeys[] = {
     {"variables", SetPattern<AccessRule>},
     {"read", SetRight<AccessRule, &AccessRule::read>},
     {"write", SetRight<AccessRule, &AccessRule::write>},
+    {"acknowledge", SetRight<AccessRule, &AccessRule::acknowledge>},
 };
 
 constexpr DefinitionKey<RetentionRule> kRetentionKeys[] = {
@@ -314,7 +355,67 @@ constexpr DefinitionKey<VariableConfig> kVariableKeys[] = {
     {"report", SetRule},
     {"value", SetInitial},
     {"signal", SetSignal},
+    {"ll", SetLimit<&AlarmLimits::lowLow>},
+    {"l", SetLimit<&AlarmLimits::low>},
+    {"h", SetLimit<&AlarmLimits::high>},
+    {"hh", SetLimit<&AlarmLimits::highHigh>},
+    {"hysteresis", SetHysteresis},
+    {"alarm-delay", SetAlarmTime<&AlarmLimits::delay, 0, value::kSecondsPerDay>},
+    {"rate", SetRate},
+    {"stale", SetAlarmTime<&AlarmLimits::stale, 1, kLongestStale>},
 };
+
+// The first one that is given; one that is given as 0 is as if it were not.
+std::string FirstAlarmKey(const AlarmLimits& limits) {
+    const std::pair<const char*, bool> rows[] = {
+        {"ll", limits.lowLow.has_value()},      {"l", limits.low.has_value()},
+        {"h", limits.high.has_value()},         {"hh", limits.highHigh.has_value()},
+        {"rate", limits.rate.has_value()},      {"stale", limits.stale != 0},
+        {"hysteresis", limits.hysteresis != 0}, {"alarm-delay", true},
+    };
+    return std::ranges::find_if(rows, [](const auto& row) { return row.second; })->first;
+}
+
+// What the limits need beside each other.
+platform::Notice CheckAlarms(const VariableConfig& variable, std::string& key) {
+    const AlarmLimits& limits = *variable.alarms;
+    if (variable.type == value::ValueType::Text) {
+        key = FirstAlarmKey(limits);
+        return {platform::Translatable("zmienna tekstowa nie może mieć alarmów")};
+    }
+    struct Row {
+        const char* key;
+        const std::optional<double>& limit;
+        bool isHigh;
+    };
+    const Row rows[] = {{"ll", limits.lowLow, false},
+                        {"l", limits.low, false},
+                        {"h", limits.high, true},
+                        {"hh", limits.highHigh, true}};
+    const Row* before = nullptr;
+    std::optional<double> gap;  // between the sides
+    for (const Row& row : rows) {
+        if (!row.limit) continue;
+        const bool isOtherSide = before != nullptr && before->isHigh != row.isHigh;
+        const double step = before == nullptr ? 0 : *row.limit - *before->limit;
+        if (step < 0 || (isOtherSide && step == 0)) {
+            key = row.key;
+            return {platform::Translatable("granice muszą rosnąć: ll <= l < h <= hh")};
+        }
+        if (isOtherSide) gap = step;
+        before = &row;
+    }
+    if (gap && limits.hysteresis > *gap) {
+        key = "hysteresis";
+        return {platform::Translatable(
+            "hysteresis nie może być większa od odstępu granicy górnej od dolnej")};
+    }
+    if (variable.signal && limits.stale != 0) {
+        key = "stale";
+        return {platform::Translatable("wartość, którą wyznacza sygnał, jest zawsze aktualna")};
+    }
+    return {};
+}
 
 }  // namespace
 
@@ -368,7 +469,7 @@ platform::Notice CheckVariable(const VariableConfig& variable, std::string& key)
         key = "signal";
         return {platform::Translatable("zmienna tekstowa nie może mieć sygnału")};
     }
-    return {};
+    return variable.alarms ? CheckAlarms(variable, key) : platform::Notice();
 }
 
 }  // namespace kalvex::server

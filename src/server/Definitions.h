@@ -5,12 +5,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/Translator.h"
+#include "server/Alarms.h"
 #include "server/ReportComputing.h"
 #include "server/Signals.h"
 #include "value/Value.h"
@@ -38,6 +40,7 @@ struct VariableConfig {
     ReportRule rule = ReportRule::Mean;
     std::string initial;  // the text of the value that a new variable has; empty: none
     std::optional<Signal> signal;
+    std::shared_ptr<AlarmLimits> alarms;  // null: none of their keys is given
     // What the retention that counts for it says, in days; 0 keeps all.
     std::int64_t keepDays = 0;
     std::int64_t reportsKeepDays = 0;
@@ -54,6 +57,7 @@ struct AccessRule {
     std::string variables = "*";  // a pattern
     std::string read = "0";
     std::string write = "50";
+    std::string acknowledge = "50";
 };
 
 struct RetentionRule {

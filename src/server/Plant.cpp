@@ -17,6 +17,12 @@ value::CVal FirstValue(const VariableConfig& config, std::int64_t now) {
     return value;
 }
 
+std::uint16_t StatusOf(const PlantVariable& variable) {
+    const std::uint16_t status = variable.value.GetStatus();
+    if (!variable.alarmBits) return status;
+    return static_cast<std::uint16_t>((status & ~kAlarmBits) | *variable.alarmBits);
+}
+
 }  // namespace
 
 void Plant::Define(const std::vector<VariableConfig>& variables, const Rights& rights, Store& store,
@@ -78,7 +84,8 @@ void Plant::Step(std::int64_t now, std::int64_t passed) {
         value::CVal value(*variable.generated);
         value.Cast(variable.config.type);
         const value::CVal& old = variable.value;
-        const bool same = old.GetStatus() == 0 && old.GetType() == value.GetType() && old == value;
+        const bool same = old.GetStatus() == variable.alarmBits.value_or(0) &&
+                          old.GetType() == value.GetType() && old == value;
         if (same) continue;
         value.SetTime(now);
         SetValue(index, std::move(value));
@@ -87,12 +94,26 @@ void Plant::Step(std::int64_t now, std::int64_t passed) {
 
 void Plant::SetValue(std::size_t index, value::CVal value, const Origin& origin) {
     PlantVariable& variable = m_arrVariables[index];
+    if (variable.alarmBits) m_judge(variable, value);
     variable.value = std::move(value);
+    variable.value.SetStatus(StatusOf(variable));
     variable.origin = origin;
+    variable.changedAt = variable.value.GetTime();
+    MarkChanged(variable);
+}
+
+void Plant::ShowAlarms(PlantVariable& variable, std::int64_t now) {
+    const std::uint16_t status = StatusOf(variable);
+    if (variable.value.GetStatus() == status) return;
+    variable.value.SetStatus(status);
+    variable.changedAt = now;
+    MarkChanged(variable);
+}
+
+void Plant::MarkChanged(PlantVariable& variable) {
     variable.saved = false;
-    if (variable.changed) return;
-    variable.changed = true;
-    m_changed.push_back(index);
+    if (std::exchange(variable.changed, true)) return;
+    m_changed.push_back(static_cast<std::size_t>(&variable - m_arrVariables.data()));
 }
 
 std::vector<std::size_t> Plant::TakeChanges() {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,9 +40,12 @@ struct PlantVariable : VariableState {
     };
 
     VariableConfig config;
-    VariableId id = 0;     // in the store
-    std::size_t rule = 0;  // of the rights
-    bool changed = false;  // since the changes were last taken
+    VariableId id = 0;           // in the store
+    std::size_t rule = 0;        // of the rights
+    bool changed = false;        // since the changes were last taken
+    std::int64_t changedAt = 0;  // later than the time of the value when its status alone has
+    // The bits of kAlarmBits in its status, while the server keeps them.
+    std::optional<std::uint16_t> alarmBits;
     std::vector<Subscriber> subscribers;
 };
 
@@ -68,19 +72,30 @@ class Plant {
     // time.
     void Step(std::int64_t now, std::int64_t passed);
 
-    // Sets a current value as it stands.
+    // Sets a current value as it stands, but for alarm bits that the server keeps.
     void SetValue(std::size_t index, value::CVal value, const Origin& origin = {});
+
+    // Is called with each value that is set of a variable whose alarm bits the server keeps, and
+    // brings these bits up to date. Set before Define.
+    using Judge = std::function<void(PlantVariable& variable, const value::CVal& value)>;
+    void OnValue(Judge judge) { m_judge = std::move(judge); }
+
+    // Brings the status of the value into line with the alarm bits, at that time.
+    void ShowAlarms(PlantVariable& variable, std::int64_t now);
 
     // The variables whose values have been set since the last call, each once.
     std::vector<std::size_t> TakeChanges();
 
   private:
+    void MarkChanged(PlantVariable& variable);
+
     std::vector<PlantVariable> m_arrVariables;
     std::unordered_map<std::string, std::size_t> m_byName;
     std::unordered_map<VariableId, std::size_t> m_byId;
     std::unordered_map<VariableId, VariableState> m_retired;
     std::vector<std::size_t> m_changed;
     std::uint64_t m_random = 0;
+    Judge m_judge;
 };
 
 // What a client is told of the variable.

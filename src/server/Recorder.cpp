@@ -52,13 +52,18 @@ void Recorder::OnChanges(const std::vector<std::size_t>& changed) {
     for (const std::size_t index : changed) {
         PlantVariable& variable = m_plant.At(index);
         if ((variable.config.archive & vantrel::ArchiveBit::Changes) == 0) continue;
-        if (IsBehind(variable.value.GetTime())) {
+        // An amount is not to be counted twice because of its status.
+        const bool isStatusAlone = variable.changedAt != variable.value.GetTime();
+        if (isStatusAlone && variable.config.rule == ReportRule::Sum) continue;
+        if (IsBehind(variable.changedAt)) {
             ++variable.unarchived;
             continue;
         }
-        m_pending.emplace_back(
-            PutValue{variable.id, value::KindArchive, variable.value.GetTime(), variable.value,
-                     variable.origin});
+        value::CVal value = variable.value;
+        value.SetTime(variable.changedAt);
+        m_pending.emplace_back(PutValue{variable.id, value::KindArchive, variable.changedAt,
+                                        std::move(value),
+                                        isStatusAlone ? Origin() : variable.origin});
     }
 }
 
@@ -90,9 +95,13 @@ bool Recorder::TakesWrites(std::int64_t now) {
     return !m_loss && m_store.HasRoomForClients();
 }
 
-void Recorder::Write(std::vector<StoreOperation> operations, std::int64_t now, Store::Done done) {
+void Recorder::Add(std::vector<StoreOperation> operations) {
     m_pending.insert(m_pending.end(), std::make_move_iterator(operations.begin()),
                      std::make_move_iterator(operations.end()));
+}
+
+void Recorder::Write(std::vector<StoreOperation> operations, std::int64_t now, Store::Done done) {
+    Add(std::move(operations));
     Submit(now, done);
 }
 
@@ -183,8 +192,7 @@ void Recorder::EndLoss(std::int64_t now) {
     for (const auto& [variable, since] : std::exchange(m_lostSince, {})) {
         m_pending.emplace_back(MarkGap{variable, since});
     }
-    m_pending.insert(m_pending.end(), std::make_move_iterator(recorded.begin()),
-                     std::make_move_iterator(recorded.end()));
+    Add(std::move(recorded));
     m_loss->over = true;
     m_onLoss(*std::exchange(m_loss, std::nullopt));
 }
@@ -198,6 +206,7 @@ void Recorder::RemoveOld(std::int64_t now) {
         const PlantVariable& variable = m_plant.At(m_nextRemoval);
         if (const std::int64_t days = variable.config.keepDays; days != 0) {
             operations.emplace_back(RemoveArchive{variable.id, before(days)});
+            operations.emplace_back(RemoveAlarms{variable.id, before(days)});
         }
         if (const std::int64_t days = variable.config.reportsKeepDays; days != 0) {
             operations.emplace_back(RemoveReports{variable.id, before(days)});

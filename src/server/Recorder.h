@@ -37,6 +37,9 @@ class Recorder {
     // Values that have been set.
     void OnChanges(const std::vector<std::size_t>& changed);
 
+    // What goes with the next submission.
+    void Add(std::vector<StoreOperation> operations);
+
     // What a client writes, behind all that was recorded before. Only while TakesWrites.
     void Write(std::vector<StoreOperation> operations, std::int64_t now, Store::Done done);
     bool TakesWrites(std::int64_t now);

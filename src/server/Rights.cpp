@@ -26,7 +26,8 @@ std::vector<Rights::Granted> Rights::GrantedTo(const platform::UserRecord& user,
     std::vector<Granted> granted;
     for (const AccessRule& rule : m_rules) {
         granted.push_back({platform::HasRight(user, rule.read, address),
-                           platform::HasRight(user, rule.write, address)});
+                           platform::HasRight(user, rule.write, address),
+                           platform::HasRight(user, rule.acknowledge, address)});
     }
     return granted;
 }

@@ -1,4 +1,5 @@
-// Who may read and write which variables: the access rules of the configuration. Main thread.
+// Who may read and write which variables, and acknowledge their alarms: the access rules of the
+// configuration. Main thread.
 #pragma once
 
 #include <cstddef>
@@ -21,6 +22,7 @@ class Rights {
     struct Granted {
         bool read = false;
         bool write = false;
+        bool acknowledge = false;
     };
 
     // What the user, coming from that address, may do under each rule.

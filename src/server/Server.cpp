@@ -61,6 +61,8 @@ Server::Server(const platform::Clock& clock, platform::LogSink& log,
       m_cost(cost),
       m_users(cost),
       m_store(loop, store),
+      m_alarms(m_plant, m_store, clock, translator,
+               [this](const std::string& line) { Log(line, platform::LogEvents); }),
       m_recorder(
           m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); },
           [this](const ValueLoss& loss) { OnLoss(loss); }),
@@ -80,6 +82,7 @@ bool Server::Start(const std::string& configuration, std::vector<std::string>& e
     m_logins = std::make_unique<vantrel::LoginDesk>(m_users, m_clock, m_translator, m_loop, m_cost);
     m_reportChanges.Load(m_store.ChangesAtOpening());
     m_writeAnswers.Load(m_store.AnswersAtOpening());
+    m_alarms.Load();
     StepTime();
     Define();
     m_recorder.Begin(m_clock.Now());
@@ -144,8 +147,10 @@ void Server::Define() {
     m_rights = Rights(m_definitions.access);
     m_logins->AllowNobody(m_definitions.nobody);
     m_plant.Define(m_definitions.variables, m_rights, m_store, m_clock.Now());
+    m_alarms.Define();
     m_automatic.OnDefine();
     m_recorder.OnChanges(m_plant.TakeChanges());
+    m_recorder.Add(m_alarms.TakeOperations());
     for (const auto& [number, session] : m_sessions) session->OnDefine();
 }
 
@@ -175,6 +180,7 @@ void Server::Tick() {
     m_refusesWrites = m_refusesWrites && !m_store.IsEmpty();
     StepTime();
     m_plant.Step(now, isFirst ? 0 : m_confirmed.Passed());
+    m_alarms.Step();
     Distribute();
     m_recorder.Step(m_definitions, now, Confirmed());
     // What is lost has to be told to the archives before a report is computed from them.
@@ -223,6 +229,7 @@ void Server::Stop() {
 void Server::Distribute() {
     const std::vector<std::size_t> changed = m_plant.TakeChanges();
     m_recorder.OnChanges(changed);
+    m_recorder.Add(m_alarms.TakeOperations());
     for (const std::size_t index : changed) {
         for (const PlantVariable::Subscriber& subscriber : m_plant.At(index).subscribers) {
             subscriber.session->MarkChanged(subscriber.handle);

@@ -28,6 +28,7 @@
 #include "server/Health.h"
 #include "server/LateReports.h"
 #include "server/Plant.h"
+#include "server/PlantAlarms.h"
 #include "server/Recorder.h"
 #include "server/ReportChanges.h"
 #include "server/Rights.h"
@@ -87,6 +88,7 @@ class Server final : public vantrel::SessionAcceptor {
     std::int64_t Elapsed() const { return m_clock.Elapsed(); }
     std::int64_t Confirmed() const { return m_confirmed.At(Now(), Elapsed()); }
     Plant& GetPlant() { return m_plant; }
+    PlantAlarms& GetAlarms() { return m_alarms; }
     Store& GetStore() { return m_store; }
     vantrel::LoginDesk& GetLogins() { return *m_logins; }
     vantrel::ConversationSlots& GetSlots() { return m_slots; }
@@ -106,7 +108,8 @@ class Server final : public vantrel::SessionAcceptor {
     Session* FindSession(std::uint64_t number) const;
     void Forget(const Session& session);
 
-    // Archives the values that have been set and sends them to their subscribers.
+    // Archives the values that have been set, with what they have made of alarms, and sends them to
+    // their subscribers.
     void Distribute();
 
     // False while too much waits to be written; the log is told of it once until all is written.
@@ -145,6 +148,7 @@ class Server final : public vantrel::SessionAcceptor {
     Store m_store;
     std::unique_ptr<vantrel::LoginDesk> m_logins;
     Plant m_plant;
+    PlantAlarms m_alarms;
     Recorder m_recorder;
     AutomaticReports m_automatic;
     LateReports m_late;

@@ -88,6 +88,7 @@ class Session final : public vantrel::ServerSession {
     void Receive(vantrel::PeriodRequest& message);
     void Receive(vantrel::LastMessagesRequest& message);
     void Receive(vantrel::TakeTerm& message);
+    void Receive(vantrel::AcknowledgeRequests& message);
 
     // A write, or an order for a period, on its way.
     struct Order {
@@ -97,6 +98,7 @@ class Session final : public vantrel::ServerSession {
         std::string variable;
         std::optional<vantrel::PeriodAction> action = {};  // none: a write
         bool answered = true;
+        bool acknowledges = false;  // alarms: neither a write nor for a period
     };
 
     std::string Peer() const;  // the client's name and address for the log
@@ -127,6 +129,7 @@ class Session final : public vantrel::ServerSession {
         return serial != 0 && !token.empty();
     }
     Refusal CheckWrite(value::ValueKind kind, std::string_view name, std::size_t& variable) const;
+    Refusal Acknowledge(std::string_view name);
     Refusal PrepareModify(vantrel::ModifyRequest& request, std::vector<StoreOperation>& operations);
     Refusal PrepareArchive(vantrel::ArchiveModifyRequest& request,
                            std::vector<StoreOperation>& operations, std::size_t& good);

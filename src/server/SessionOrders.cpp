@@ -22,6 +22,7 @@ constexpr const char* kRefused =
     platform::Translatable("Klient %s, użytkownik %s: odmowa: %s, zmienna %s (%s)");
 constexpr const char* kMoreRefused =
     platform::Translatable("Klient %s, użytkownik %s: dalsze odmowy");
+constexpr const char* kAcknowledgement = platform::Translatable("potwierdzenie alarmów");
 constexpr const char* kAgain = platform::Translatable("%s, jeszcze razy: %d");
 constexpr const char* kNoneTaken = platform::Translatable("%s, nie przyjęto żadnej z wartości: %d");
 constexpr const char* kBadOne =
@@ -37,7 +38,8 @@ std::string Session::ReasonText(Refusal refusal) const {
 
 void Session::TellRefused(const Order& order, std::string_view reason) {
     const platform::Translator& translator = m_server.GetTranslator();
-    const std::string words = order.action
+    const std::string words = order.acknowledges ? translator.Translate(kAcknowledgement)
+                              : order.action
                                   ? vantrel::PeriodWords(*order.action, order.kind, translator)
                                   : vantrel::WriteWords(order.kind, translator);
     std::string line =
@@ -100,18 +102,22 @@ Refusal Session::PrepareModify(vantrel::ModifyRequest& request,
     const Origin origin = OriginNow();
     const bool isCurrent = request.kind == value::KindCurrent;
     if (!isCurrent && !IsTime(request.time)) return Refusal::BadTime;
+    PlantVariable& target = plant.At(variable);
+    const bool acknowledges = isCurrent && m_server.GetAlarms().IsAcknowledgement(target, value);
+    if (acknowledges && !RightsTo(variable).acknowledge) return Refusal::NoAlarmRight;
     if (!m_server.TakesWrites()) return Refusal::StoreBusy;
     if (isCurrent) {
         value.SetTime(m_server.Now());
-        operations.emplace_back(SaveLastValue{id, value, origin});
         plant.SetValue(variable, std::move(value), origin);
-        plant.At(variable).saved = true;
+        if (acknowledges) m_server.GetAlarms().Acknowledge(target, origin, Peer(), m_user.name);
+        operations.emplace_back(SaveLastValue{id, target.value, origin});
+        target.saved = true;
         return Refusal::None;
     }
     value.AddStatus(value::Status::SetByUser);
     const std::int64_t time = ReportTime(request.kind, request.time);
     operations.emplace_back(PutValue{id, request.kind, time, std::move(value), origin});
-    m_server.MarkLate(plant.At(variable), request.kind, time, operations);
+    m_server.MarkLate(target, request.kind, time, operations);
     return Refusal::None;
 }
 

@@ -77,11 +77,15 @@ class Store {
     // The same for a writer.
     WriterId Register(const Writer& writer);
 
+    // A number that no alarm has had.
+    AlarmId NewAlarm() { return ++m_contents.alarms.last; }
+
     // What the file held when it was opened.
     std::optional<value::CVal> LastValue(VariableId variable) const;
     std::optional<std::int64_t> Progress(const std::string& what) const;
     const std::vector<NumberedChange>& ChangesAtOpening() const { return m_contents.reportChanges; }
     const std::vector<SaveAnswer>& AnswersAtOpening() const { return m_contents.answers; }
+    const KeptAlarms& AlarmsAtOpening() const { return m_contents.alarms; }
 
     bool IsEmpty();  // nothing waits to be written
     StoreFigures Figures();

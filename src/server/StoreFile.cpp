@@ -85,7 +85,8 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
                                  HistoryTable::Schema(),
                                  LateTable::Schema(),
                                  ReportChangeTable::Schema(),
-                                 AnswerTable::Schema()};
+                                 AnswerTable::Schema(),
+                                 AlarmTable::Schema()};
     const auto execute = [this](const char* sql) { return m_database.Execute(sql); };
     return (std::ranges::all_of(steps, execute) && transaction.Commit() && PrepareAll()) || fail();
 }
@@ -114,7 +115,8 @@ bool StoreFile::PrepareAll() {
         if (!row.statement.Prepare(m_database, row.sql)) return false;
     }
     return m_history.Prepare(m_database) && m_late.Prepare(m_database) &&
-           m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database);
+           m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database) &&
+           m_alarms.Prepare(m_database);
 }
 
 bool StoreFile::ReadContents(Contents& contents) {
@@ -133,7 +135,8 @@ bool StoreFile::ReadContents(Contents& contents) {
     while (select.Next()) contents.progress[select.Text(0)] = select.Integer(1);
     return !select.Failed() && m_history.ReadWriters(m_database, contents.writers) &&
            m_reportChanges.Read(m_database, contents.reportChanges) &&
-           m_answers.Read(m_database, contents.answers);
+           m_answers.Read(m_database, contents.answers) &&
+           m_alarms.Read(m_database, contents.alarms);
 }
 
 bool StoreFile::FailAtLocks() {

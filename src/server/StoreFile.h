@@ -13,6 +13,7 @@
 
 #include "platform/Sqlite.h"
 #include "platform/Translator.h"
+#include "server/AlarmTable.h"
 #include "server/AnswerTable.h"
 #include "server/HistoryTable.h"
 #include "server/LateTable.h"
@@ -97,7 +98,8 @@ struct ComputeLate {
 
 using StoreOperation =
     std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap, RemoveArchive,
-                 RemoveReports, SaveProgress, SaveAnswer, DropAnswers, MarkLate, ComputeLate>;
+                 RemoveReports, SaveProgress, SaveAnswer, DropAnswers, MarkLate, ComputeLate,
+                 BeginAlarm, EndAlarm, AcknowledgeAlarms, RemoveAlarms>;
 
 // Reports that operations have changed, by kind and time, with their sequences. One that comes out
 // as it stood is not among them.
@@ -132,6 +134,7 @@ class StoreFile {
         std::map<std::string, std::int64_t> progress;
         std::vector<NumberedChange> reportChanges;  // ascending
         std::vector<SaveAnswer> answers;            // by their numbers
+        KeptAlarms alarms;
     };
 
     // Makes the file and its tables if they are not there. One of an older version becomes one of
@@ -167,6 +170,10 @@ class StoreFile {
     bool Run(const DropAnswers& operation, StoreOutcome& outcome);
     bool Run(const MarkLate& operation, StoreOutcome& outcome);
     bool Run(const ComputeLate& operation, StoreOutcome& outcome);
+    bool Run(const BeginAlarm& operation, StoreOutcome&) { return m_alarms.Run(operation); }
+    bool Run(const EndAlarm& operation, StoreOutcome&) { return m_alarms.Run(operation); }
+    bool Run(const AcknowledgeAlarms& operation, StoreOutcome&) { return m_alarms.Run(operation); }
+    bool Run(const RemoveAlarms& operation, StoreOutcome&) { return m_alarms.Run(operation); }
     bool PutReport(const HistoryKey& key, const std::optional<value::CVal>& standing,
                    const value::CVal& value, const Origin& origin, ChangedReports& changed);
     bool Compute(const MakeReport& operation, value::CVal& result);
@@ -184,6 +191,7 @@ class StoreFile {
     LateTable m_late;
     ReportChangeTable m_reportChanges;
     AnswerTable m_answers;
+    AlarmTable m_alarms;
 };
 
 }  // namespace kalvex::server

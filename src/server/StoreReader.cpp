@@ -1,7 +1,10 @@
 #include "server/StoreReader.h"
 
+#include <limits>
+
 #include "server/StoreFile.h"
 #include "server/StoreValues.h"
+#include "text/PatternMatch.h"
 
 namespace kalvex::server {
 
@@ -22,6 +25,13 @@ constexpr const char* kCurrent =
     "SELECT time, type, status, value, written, id, user, client, address, "
     "before_time, before_type, before_status, before_value "
     "FROM last_values LEFT JOIN writers ON id = writer WHERE variable = ?";
+// Columns: name, stage, began, value, ended, acknowledged, the number of who, user, client,
+// address.
+constexpr const char* kAlarms =
+    "SELECT name, stage, began, value, ended, acknowledged, writers.id, user, client, address "
+    "FROM alarms JOIN variables ON variables.id = variable LEFT JOIN writers ON writers.id = who "
+    "WHERE began BETWEEN ? AND ? AND (NOT ? OR ended IS NULL OR acknowledged IS NULL) "
+    "ORDER BY alarms.id";
 constexpr const char* kArchiveTime =
     "SELECT max(time) FROM history WHERE variable = ? AND kind = 6 AND time <= ?";
 
@@ -92,6 +102,36 @@ std::vector<ValueVersion> StoreReader::CurrentVersions(VariableId variable) {
     }
     Note(select);
     return versions;
+}
+
+void StoreReader::ReadAlarms(const AlarmChoice& choice,
+                             const std::function<void(const JournalAlarm&)>& take) {
+    platform::SqliteStatement select;
+    if (!Prepare(select, kAlarms)) return;
+    select.BindInteger(1, choice.from.value_or(std::numeric_limits<std::int64_t>::min()));
+    select.BindInteger(2, choice.to.value_or(std::numeric_limits<std::int64_t>::max()));
+    select.BindInteger(3, choice.active ? 1 : 0);
+    const auto time = [&select](int column) {
+        return select.IsNull(column) ? std::nullopt : std::optional(select.Integer(column));
+    };
+    while (select.Next()) {
+        const std::optional<AlarmStage> stage = AlarmStageOf(select.Integer(1));
+        JournalAlarm alarm{select.Text(0),
+                           stage.value_or(AlarmStage::LowLow),
+                           select.Integer(2),
+                           {},
+                           time(4),
+                           time(5),
+                           {}};
+        const bool fits =
+            text::CompareWithPattern(alarm.variable, choice.variables,
+                                     text::PatternOption::Wildcards | text::PatternOption::Whole);
+        if (!stage || !fits) continue;
+        if (!select.IsNull(3)) alarm.number = select.Real(3);
+        if (!select.IsNull(6)) alarm.who = Writer{select.Text(7), select.Text(8), select.Text(9)};
+        take(alarm);
+    }
+    Note(select);
 }
 
 std::optional<std::int64_t> StoreReader::ArchiveTimeAt(VariableId variable, std::int64_t time) {

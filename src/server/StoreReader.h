@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "platform/Sqlite.h"
 #include "platform/Translator.h"
+#include "server/AlarmTable.h"
 #include "server/HistoryTable.h"
 
 namespace kalvex::server {
@@ -20,6 +22,24 @@ struct ValueVersion {
     value::CVal value;
     std::optional<Writer> writer;         // none: the server itself, or not known
     std::optional<std::int64_t> written;  // none: not known
+};
+
+// A row of the journal of alarms.
+struct JournalAlarm {
+    std::string variable;  // an engine text
+    AlarmStage stage = AlarmStage::LowLow;
+    std::int64_t began = 0;
+    std::optional<double> number;              // the value with which it began
+    std::optional<std::int64_t> ended;         // none: it stands
+    std::optional<std::int64_t> acknowledged;  // none: it is not
+    std::optional<Writer> who;                 // by whom
+};
+
+struct AlarmChoice {
+    std::string variables = "*";            // a pattern
+    bool active = false;                    // only those that stand or are not acknowledged
+    std::optional<std::int64_t> from = {};  // only those that began in that time, bounds included
+    std::optional<std::int64_t> to = {};
 };
 
 class StoreReader {
@@ -36,6 +56,10 @@ class StoreReader {
     std::vector<ValueVersion> CurrentVersions(VariableId variable);
     // The time of the archive value that counts at that time.
     std::optional<std::int64_t> ArchiveTimeAt(VariableId variable, std::int64_t time);
+
+    // In the order in which they began.
+    void ReadAlarms(const AlarmChoice& choice,
+                    const std::function<void(const JournalAlarm&)>& take);
 
     // The words for what has failed; empty when nothing has (UTF-8).
     const std::string& Fault() const { return m_fault; }

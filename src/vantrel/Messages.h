@@ -130,6 +130,18 @@ struct PeriodRequest {
     std::uint64_t serial = 0;
 };
 
+// Who sends it knows of the alarms of the variable that have been so far.
+struct AcknowledgeRequest {
+    RequestId id = 0;
+    std::string variable;
+    std::uint64_t serial = 0;
+};
+
+// Answered in ModifyResults, each by its id.
+struct AcknowledgeRequests {
+    std::vector<AcknowledgeRequest> requests;
+};
+
 // The server's newest log lines, to be sent as log messages.
 struct LastMessagesRequest {
     std::uint32_t count = 0;
@@ -140,9 +152,9 @@ struct TakeTerm {
     std::uint64_t term = 0;
 };
 
-using ClientMessage =
-    std::variant<LoginRequest, SubscribeRequest, ReadRequests, CancelRequests, ModifyRequests,
-                 ArchiveModifyRequest, PeriodRequest, LastMessagesRequest, TakeTerm>;
+using ClientMessage = std::variant<LoginRequest, SubscribeRequest, ReadRequests, CancelRequests,
+                                   ModifyRequests, ArchiveModifyRequest, PeriodRequest,
+                                   LastMessagesRequest, TakeTerm, AcknowledgeRequests>;
 
 // ---- server to client
 // ----------------------------------------------------------------------------
@@ -190,7 +202,8 @@ struct ReadAnswer {
     bool last = true;
 };
 
-// Answers to modify requests, archive ones among them, and to orders with an id.
+// Answers to modify requests, archive ones among them, to acknowledgements, and to orders with an
+// id.
 struct ModifyResults {
     struct Entry {
         RequestId id = 0;

@@ -55,6 +55,7 @@ std::vector<vantrel::ClientMessage> SampleClientMessages() {
         vantrel::PeriodRequest{vantrel::PeriodAction::Refresh, value::KindArchive, name, kNoon},
         vantrel::PeriodRequest{vantrel::PeriodAction::Load, value::KindHour, name, kNoon, 17},
         vantrel::TakeTerm{1710068400},
+        vantrel::AcknowledgeRequests{{{18, name}, {19, "BRAK", 4}}},
         vantrel::LastMessagesRequest{3},
     };
 }

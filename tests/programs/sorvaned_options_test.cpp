@@ -161,7 +161,10 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "that runs\n"
              "  history                     Tell who wrote a value and when: kind, time, when "
              "written, user, client, address, value,\n"
-             "                              status, separated by tabs\n"},
+             "                              status, separated by tabs\n"
+             "  alarms                      Tell the journal of alarms: variable, stage, began, "
+             "value, ended, acknowledged, user, client,\n"
+             "                              address, separated by tabs\n"},
         {{"user"},
          "Manage the users\nUsage: sorvaned user [OPTIONS] SUBCOMMAND\n" + options +
              "\nSubcommands:\n"
@@ -190,7 +193,8 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
          "\nPositionals:\n  FOLDER TEXT REQUIRED        A folder that is not there yet\n" +
              options},
         {{"history"},
-         "Tell who wrote a value and when: kind, time, when written, user, client, address, value,\n"
+         "Tell who wrote a value and when: kind, time, when written, user, client, address, "
+         "value,\n"
          "status, separated by tabs\n"
          "Usage: sorvaned history [OPTIONS] VARIABLE\n"
          "\nPositionals:\n  VARIABLE TEXT REQUIRED      Its name\n" +
@@ -198,6 +202,17 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "  --at TIME                   Archive value and reports that count at YYYY-MM-DD "
              "HH:MM:SS instead of the current value\n"
              "  --versions                  What stood there before, too, the latest first\n"
+             "  --json                      As JSON\n"},
+        {{"alarms"},
+         "Tell the journal of alarms: variable, stage, began, value, ended, acknowledged, user, "
+         "client,\naddress, separated by tabs\n"
+         "Usage: sorvaned alarms [OPTIONS] [PATTERN]\n"
+         "\nPositionals:\n  PATTERN TEXT                Names of variables, * for any characters "
+         "and ? for one (*)\n" +
+             options +
+             "  --active                    Those alone that stand or are not acknowledged\n"
+             "  --from TIME                 Those that began at YYYY-MM-DD HH:MM:SS or later\n"
+             "  --to TIME                   Those that began at that time or before\n"
              "  --json                      As JSON\n"},
     };
     for (Row row : rows) {

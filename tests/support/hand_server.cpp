@@ -95,6 +95,13 @@ struct Describer {
     std::string operator()(const vantrel::TakeTerm& message) const {
         return "take term " + std::to_string(message.term);
     }
+    std::string operator()(const vantrel::AcknowledgeRequests& message) const {
+        std::string text = "acknowledge";
+        for (const vantrel::AcknowledgeRequest& request : message.requests) {
+            text += " " + Text(request.id) + ":" + request.variable;
+        }
+        return text;
+    }
 };
 
 }  // namespace

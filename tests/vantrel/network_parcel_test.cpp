@@ -108,6 +108,23 @@ TEST(NetworkParcelClientTest, TermGoesAcross) {
     EXPECT_EQ(back.term, UINT64_MAX);
 }
 
+TEST(NetworkParcelClientTest, AcknowledgementsGoAcross) {
+    const AcknowledgeRequests back =
+        Carry(AcknowledgeRequests{{{1, "A", 0}, {UINT32_MAX, kText, UINT64_MAX}}});
+    ASSERT_EQ(back.requests.size(), 2u);
+    EXPECT_EQ(support::Describe(ClientMessage(back)), "acknowledge 1:A 4294967295:" + kText);
+    EXPECT_EQ(back.requests[0].serial, 0u);
+    EXPECT_EQ(back.requests[1].serial, UINT64_MAX);
+}
+
+TEST(NetworkParcelClientTest, NameThatIsTooLongIsNotAcknowledged) {
+    const PackedRequest packed =
+        Pack(ClientMessage(AcknowledgeRequests{{{1, std::string(2000, 'a')}, {2, "A"}}}));
+    ASSERT_EQ(packed.refusals.size(), 1u);
+    EXPECT_EQ(std::get<ModifyResults>(packed.refusals[0]).entries.at(0).id, 1u);
+    ASSERT_EQ(packed.parcels.size(), 1u);
+}
+
 TEST(NetworkParcelClientTest, SerialsAndTheNumberOfAnOrderGoAcross) {
     EXPECT_EQ(Carry(ModifyRequests{{{3, value::KindHour, "A", 9, value::CVal(1), UINT64_MAX}}})
                   .requests.at(0)
@@ -226,6 +243,8 @@ TEST(NetworkParcelTest, BytesAreThoseOfTheContract) {
     EXPECT_EQ(Pack(Greeting{1, "G", "b", 7}), "\x1a\x0a\x08\x01\x12\x01G\x1a\x01\x62\x20\x07"s);
     EXPECT_EQ(Pack(Farewell{4106, {"a", "b"}}), "\x12\x09\x08\x8a\x20\x12\x01\x61\x12\x01\x62"s);
     EXPECT_THAT(Pack(ClientMessage(TakeTerm{5})).parcels, ElementsAre("\x5a\x02\x08\x05"s));
+    EXPECT_THAT(Pack(ClientMessage(AcknowledgeRequests{{{5, "A", 7}}})).parcels,
+                ElementsAre("\xa2\x01\x09\x0a\x07\x08\x05\x12\x01\x41\x18\x07"s));
     EXPECT_THAT(Pack(ServerMessage(TermResult{1, 5})).parcels,
                 ElementsAre("\x62\x04\x08\x01\x10\x05"s));
     EXPECT_THAT(Pack(ClientMessage(LoginRequest{1, 23, "", "", "", "t", "p", 5, 0})).parcels,

@@ -29,6 +29,8 @@ struct Draft : SorvanedOptions {
     std::vector<std::string> groups;
     std::vector<std::string> addresses;
     std::string time;
+    std::string fromTime;
+    std::string toTime;
 };
 
 struct OptionRow {
@@ -80,8 +82,19 @@ constexpr OptionRow kHistoryOptions[] = {
     {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
 };
 
+constexpr OptionRow kAlarmOptions[] = {
+    {"--active", nullptr, "Those alone that stand or are not acknowledged",
+     AddFlag<&Draft::active>},
+    {"--from", "TIME", "Those that began at YYYY-MM-DD HH:MM:SS or later", Add<&Draft::fromTime>},
+    {"--to", "TIME", "Those that began at that time or before", Add<&Draft::toTime>},
+    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+};
+
 constexpr OptionRow kName = {"NAME", nullptr, "The user's name", Add<&Draft::name>};
 constexpr OptionRow kVariable = {"VARIABLE", nullptr, "Its name", Add<&Draft::variable>};
+constexpr OptionRow kPattern = {"PATTERN", nullptr,
+                                "Names of variables, * for any characters and ? for one (*)",
+                                Add<&Draft::pattern>};
 constexpr OptionRow kFolder = {"FOLDER", nullptr, "A folder that is not there yet",
                                Add<&Draft::backup>};
 
@@ -105,6 +118,7 @@ struct CommandRow {
     std::optional<SorvanedTask> task = {};  // none: one of its commands has to be named
     const OptionRow* argument = nullptr;
     std::span<const OptionRow> options = {};
+    bool needsArgument = true;
 };
 
 constexpr CommandRow kCommands[] = {
@@ -121,6 +135,11 @@ constexpr CommandRow kCommands[] = {
      "Tell who wrote a value and when: kind, time, when written, user, client, address, value,\n"
      "status, separated by tabs",
      SorvanedTask::ShowHistory, &kVariable, kHistoryOptions},
+    {nullptr, "alarms",
+     "Tell the journal of alarms: variable, stage, began, value, ended, acknowledged, user, "
+     "client,\n"
+     "address, separated by tabs",
+     SorvanedTask::ShowAlarms, &kPattern, kAlarmOptions, false},
 };
 
 void AddOption(CLI::App& app, const OptionRow& row, Draft& draft) {
@@ -139,7 +158,9 @@ void AddCommand(CLI::App& app, const CommandRow& row, Draft& draft) {
     } else {
         command->require_subcommand(1);
     }
-    if (row.argument != nullptr) row.argument->add(*command, *row.argument, draft)->required();
+    if (row.argument != nullptr) {
+        row.argument->add(*command, *row.argument, draft)->required(row.needsArgument);
+    }
     for (const OptionRow& option : row.options) AddOption(*command, option, draft);
 }
 
@@ -170,6 +191,24 @@ std::string TellStranger(const CLI::App& app) {
                        programs::Suggest(DescribeCommandLine(), word));
 }
 
+// The option whose value is no time; null when there is none.
+const char* ReadTimes(Draft& draft) {
+    struct Row {
+        const char* option;
+        const std::string& text;
+        std::optional<std::int64_t>& time;
+    };
+    const Row rows[] = {{"--at", draft.time, draft.at},
+                        {"--from", draft.fromTime, draft.from},
+                        {"--to", draft.toTime, draft.to}};
+    for (const Row& row : rows) {
+        if (row.text.empty()) continue;
+        row.time = value::ParseLocalTime(row.text);
+        if (!row.time) return row.option;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
@@ -197,13 +236,10 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         return line;
     }
     if (draft.check && draft.task == SorvanedTask::Serve) draft.task = SorvanedTask::Check;
-    if (!draft.time.empty()) {
-        draft.at = value::ParseLocalTime(draft.time);
-        if (!draft.at) {
-            line.exitStatus = programs::ExitRefused;
-            line.message = "sorvaned: --at: expected YYYY-MM-DD HH:MM:SS\n";
-            return line;
-        }
+    if (const char* const wrong = ReadTimes(draft)) {
+        line.exitStatus = programs::ExitRefused;
+        line.message = fmt::format("sorvaned: {}: expected YYYY-MM-DD HH:MM:SS\n", wrong);
+        return line;
     }
     draft.user.name = text::FromUtf8(draft.name);
     draft.user.description = text::FromUtf8(draft.description);

@@ -21,6 +21,7 @@ enum class SorvanedTask {
     RemoveUser,
     BackUp,
     ShowHistory,
+    ShowAlarms,
 };
 
 struct SorvanedOptions {
@@ -33,6 +34,10 @@ struct SorvanedOptions {
     std::string variable = {};  // its name (UTF-8)
     std::optional<std::int64_t> at = {};
     bool versions = false;
+    std::string pattern = "*";  // of names (UTF-8)
+    bool active = false;
+    std::optional<std::int64_t> from = {};
+    std::optional<std::int64_t> to = {};
     bool json = false;
 };
 

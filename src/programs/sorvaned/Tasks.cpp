@@ -15,6 +15,7 @@
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
 #include "programs/PasswordPrompt.h"
+#include "programs/sorvaned/AlarmJournal.h"
 #include "programs/sorvaned/History.h"
 #include "programs/sorvaned/Listening.h"
 #include "programs/sorvaned/ServerLog.h"
@@ -168,6 +169,9 @@ int RunSorvaned(const SorvanedOptions& options) {
     if (options.task == SorvanedTask::BackUp) return BackUp(definitions, options, translator);
     if (options.task == SorvanedTask::ShowHistory) {
         return ShowHistory(definitions, options, translator);
+    }
+    if (options.task == SorvanedTask::ShowAlarms) {
+        return ShowAlarms(definitions, options, translator);
     }
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;

@@ -144,6 +144,25 @@ class Packer {
         Put(parcel);
     }
 
+    void operator()(const AcknowledgeRequests& message) {
+        KALVEX_LIST_CUTTER(ClientParcel, AcknowledgeRequests, acknowledge_requests)
+        cutter(m_packed.parcels);
+        ModifyResults refused;
+        std::string name;
+        for (const AcknowledgeRequest& request : message.requests) {
+            if (!PutText(request.variable, kMaxNameBytes, name)) {
+                refused.entries.push_back({request.id, ResultBadRequest});
+                continue;
+            }
+            pb::AcknowledgeRequest& entry = *cutter.Next(kEntryBytes + name.size()).add_requests();
+            entry.set_id(request.id);
+            entry.set_variable(std::move(name));
+            entry.set_serial(request.serial);
+        }
+        cutter.Finish();
+        if (!refused.entries.empty()) Refuse(std::move(refused));
+    }
+
     void operator()(const TakeTerm& message) {
         pb::ClientParcel parcel;
         parcel.mutable_take_term()->set_term(message.term);
@@ -238,6 +257,17 @@ PeriodRequest Read(const pb::PeriodRequest& in, Reader& reader) {
             in.serial()};
 }
 
+AcknowledgeRequests Read(const pb::AcknowledgeRequests& in, Reader& reader) {
+    AcknowledgeRequests message;
+    if (!reader.Columns({in.requests_size()})) return message;
+    message.requests.reserve(in.requests_size());
+    for (const pb::AcknowledgeRequest& request : in.requests()) {
+        message.requests.push_back(
+            {request.id(), reader.Name(request.variable()), request.serial()});
+    }
+    return message;
+}
+
 ClientParcel Read(const pb::ClientParcel& in, Reader& reader) {
     switch (in.content_case()) {
         case pb::ClientParcel::kLogin:
@@ -258,6 +288,8 @@ ClientParcel Read(const pb::ClientParcel& in, Reader& reader) {
             return LastMessagesRequest{in.last_messages_request().count()};
         case pb::ClientParcel::kTakeTerm:
             return TakeTerm{in.take_term().term()};
+        case pb::ClientParcel::kAcknowledgeRequests:
+            return Read(in.acknowledge_requests(), reader);
         case pb::ClientParcel::kFarewell:
             return ReadFarewell(in.farewell(), reader);
         case pb::ClientParcel::kHeartbeat:

@@ -43,6 +43,7 @@ class PlantTransport final : public ClientTransport {
     void Take(PeriodRequest& message);
     void Take(LastMessagesRequest&) {}  // the plant keeps no log
     void Take(TakeTerm&) { Deliver(TermResult{}); }
+    void Take(AcknowledgeRequests&) {}  // nor alarms
 
     void After(std::int64_t ticks, std::function<void()> event);
     void BeginData();

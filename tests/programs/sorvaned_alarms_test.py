@@ -1,0 +1,92 @@
+#!/usr/bin/env python3
+"""Which alarms have been, as `sorvaned alarms` tells it, and how a script acknowledges them.
+
+    sorvaned_alarms_test.py PATH_OF_KALVEX_RUN PATH_OF_SORVANED [unittest arguments]
+"""
+import json
+import signal
+import subprocess
+import time
+
+from server_and_run import LIMIT_SECONDS, ServerAndRun, main
+
+PLANT = """[[access]]
+write = "0"
+acknowledge = "0"
+[[variable]]
+name = "Z1.P"
+value = 0
+h = 10
+hh = 20
+[[variable]]
+name = "Łąka"
+type = "int"
+value = 0
+l = 0
+"""
+SUPERVISORY = 32768  # of what scripts write
+SCRIPT = ["REMOTE x srv@Z1.P", "REMOTE l srv@Łąka", "LOCAL u = x", "LOCAL w = l"]
+
+
+class Alarms(ServerAndRun):
+    def setUp(self):
+        super().setUp()
+        self.configure(PLANT)
+        self.begin = int(time.time())
+        self.server = self.start_server()
+
+    def alarms(self, *arguments):
+        done = subprocess.run([self.SERVER, "--config", self.configuration, "alarms", *arguments],
+                              capture_output=True, encoding="utf-8", timeout=LIMIT_SECONDS, cwd=self.folder,
+                              env=self.environment)
+        return done.returncode, done.stdout, done.stderr
+
+    def rows(self, *arguments):
+        code, out, err = self.alarms(*arguments, "--json")
+        self.assertEqual((code, err), (0, ""))
+        return json.loads(out)
+
+    def run_lines(self, *lines):
+        run = self.run_script("\n".join([*SCRIPT, *lines, ""]))
+        self.assertEqual(run.code, 0, run.log)
+        return run
+
+    def test_journal_of_a_server_that_runs(self):
+        self.run_lines("SET x = 12.5", "SET l = -1", "SET x = 25", "SET x = 3")
+        rows = self.rows()
+        self.assertEqual([(row["variable"], row["stage"], row["value"], row["ended"] is None) for row in rows],
+                         [("Z1.P", "H", 12.5, False), ("Łąka", "L", -1, True), ("Z1.P", "HH", 25, False)])
+        self.assertEqual([(row["acknowledged"], row["who"]) for row in rows], [(None, None)] * 3)
+        for row in rows:
+            self.assertLessEqual(self.begin, row["began"])
+        self.assertEqual([row["stage"] for row in self.rows("Z?.*")], ["H", "HH"])
+        self.assertEqual(self.rows("--from", "2124-03-10 07:00:00"), [])
+        self.assertEqual(self.rows("--to", "2024-03-10 07:00:00"), [])
+        self.assertEqual(len(self.rows("--from", "2024-03-10 07:00:00", "--to", "2124-03-10 07:00:00")), 3)
+
+    def test_script_acknowledges_by_the_status(self):
+        run = self.run_lines("LOCAL s = 0", "SET x = 12.5", ":w", "SET s = STATUS x ALARM", "IF s < 1 GOTO w",
+                             "LOCAL before = STATUS x", "ADD_STATUS x CONFIRMED_ALARM", ":a",
+                             "SET s = STATUS x ALARM_MEM", "IF s > 0 GOTO a", "LOCAL after = STATUS x")
+        self.assertEqual((run.value("before"), run.value("after")), (SUPERVISORY | 16388, SUPERVISORY | 12))
+        self.server.send(signal.SIGTERM)
+        self.assertEqual(self.server.process.wait(), 0)
+        code, out, err = self.alarms("--active")
+        self.assertEqual((code, err), (0, ""))
+        fields = out.rstrip("\n").split("\t")
+        self.assertEqual([*fields[:2], fields[3], fields[4], *fields[6:]],
+                         ["Z1.P", "H", "12.50", "-", "NOBODY", "kalvex-run", "-"])
+        for moment in (fields[2], fields[5]):
+            self.assertLessEqual(self.begin, time.mktime(time.strptime(moment, "%Y-%m-%d %H:%M:%S")))
+
+    def test_what_cannot_be_told(self):
+        self.assertEqual(self.alarms("--from", "wczoraj"),
+                         (2, "", "sorvaned: --from: expected YYYY-MM-DD HH:MM:SS\n"))
+        self.assertEqual(self.alarms("--to", "jutro"), (2, "", "sorvaned: --to: expected YYYY-MM-DD HH:MM:SS\n"))
+        self.assertEqual(self.alarms("BRAK*"), (0, "", ""))
+        (self.folder / "data/store.sqlite").unlink()
+        self.assertEqual(self.alarms(), (1, "", f"{self.folder}/data/store.sqlite: unable to open database file\n"))
+
+
+if __name__ == "__main__":
+    main()
