@@ -75,7 +75,7 @@ class Alarms(ServerAndRun):
         self.assertEqual((code, err), (0, ""))
         fields = out.rstrip("\n").split("\t")
         self.assertEqual([*fields[:2], fields[3], fields[4], *fields[6:]],
-                         ["Z1.P", "H", "12.50", "-", "NOBODY", "kalvex-run", "-"])
+                         ["Z1.P", "H", "12.50", "-", "NOBODY", "Kalvex", "-"])
         for moment in (fields[2], fields[5]):
             self.assertLessEqual(self.begin, time.mktime(time.strptime(moment, "%Y-%m-%d %H:%M:%S")))
 

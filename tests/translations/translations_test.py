@@ -82,6 +82,7 @@ TABLES = {
     "src/server/Server.cpp": None,
     "src/server/Session.cpp": None,
     # and those of src/server/Refusal.h
+    "src/server/PlantAlarms.cpp": None,
     "src/server/SessionOrders.cpp": None,
     "src/vantrel/OrderWords.cpp": None,
     "src/sources/LostOrderText.cpp": None,
