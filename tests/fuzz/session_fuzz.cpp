@@ -33,6 +33,8 @@ name = "Z1.PRZEPŁYW"
 min = 0
 max = 5000
 at = 34
+h = 10
+rate = 5
 rt = 30
 [[variable]]
 name = "TEKST"
@@ -122,6 +124,8 @@ class Client final : public vantrel::ServerLink {
                 m_requests.insert(request.id);
         } else if (const auto* archive = std::get_if<vantrel::ArchiveModifyRequest>(&message)) {
             m_requests.insert(archive->id);
+        } else if (const auto* known = std::get_if<vantrel::AcknowledgeRequests>(&message)) {
+            for (const auto& request : known->requests) m_requests.insert(request.id);
         } else if (const auto* order = std::get_if<vantrel::PeriodRequest>(&message)) {
             m_requests.insert(order->id);
         }
