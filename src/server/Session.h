@@ -99,6 +99,7 @@ class Session final : public vantrel::ServerSession {
         std::optional<vantrel::PeriodAction> action = {};  // none: a write
         bool answered = true;
         bool acknowledges = false;  // alarms: neither a write nor for a period
+        std::optional<std::uint16_t> alarmBits = {};  // of a current value, as they were written
     };
 
     std::string Peer() const;  // the client's name and address for the log
@@ -149,6 +150,8 @@ class Session final : public vantrel::ServerSession {
                 std::vector<StoreOperation>& operations);
     // Answers the orders when the operations are committed.
     void Submit(std::vector<StoreOperation> operations, std::vector<Order> orders);
+    // Who has written a current value shows it with its own alarm bits from the answer on.
+    void CorrectAlarmBits(const std::vector<Order>& orders);
     static void Finish(Server& server, std::uint64_t number, const std::string& token,
                        const std::vector<Order>& orders);
 

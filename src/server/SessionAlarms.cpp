@@ -1,4 +1,4 @@
-// Acknowledgements of a client.
+// Acknowledgements of a client, and what it is told of alarms besides.
 #include <utility>
 
 #include "server/Server.h"
@@ -37,6 +37,17 @@ void Session::Receive(vantrel::AcknowledgeRequests& message) {
     if (!decided.entries.empty()) m_link.Send(std::move(decided));
     m_server.Distribute();
     Submit(std::move(operations), std::move(waiting));
+}
+
+void Session::CorrectAlarmBits(const std::vector<Order>& orders) {
+    const Plant& plant = m_server.GetPlant();
+    for (const Order& order : orders) {
+        const std::size_t index = order.alarmBits ? plant.Find(order.variable) : Plant::kNone;
+        if (index == Plant::kNone) continue;
+        const std::optional<std::uint16_t>& standing = plant.At(index).alarmBits;
+        if (standing && standing != order.alarmBits) Correct(order.variable);
+    }
+    SendChanges();
 }
 
 }  // namespace kalvex::server

@@ -128,6 +128,9 @@ void Session::Receive(vantrel::ModifyRequests& message) {
     for (vantrel::ModifyRequest& request : message.requests) {
         if (!IsNew(request.id, request.serial, decided)) continue;
         Order order{request.id, request.serial, request.kind, request.variable};
+        if (request.kind == value::KindCurrent) {
+            order.alarmBits = request.value.GetStatus() & kAlarmBits;
+        }
         const Refusal refusal = PrepareModify(request, operations);
         if (refusal == Refusal::None) {
             waiting.push_back(std::move(order));
@@ -253,8 +256,10 @@ void Session::Finish(Server& server, std::uint64_t number, const std::string& to
         }
     }
     for (auto& [waiting, message] : results) {
-        if (Session* session = server.FindSession(waiting))
-            session->m_link.Send(std::move(message));
+        Session* session = server.FindSession(waiting);
+        if (session == nullptr) continue;
+        session->m_link.Send(std::move(message));
+        session->CorrectAlarmBits(orders);
     }
 }
 

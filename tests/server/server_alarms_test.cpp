@@ -27,9 +27,11 @@ class ServerAlarmsTest : public ServerTest {
         AddUser("adam", "tajne", 50);
         m_client = &LogIn("adam", "tajne");
         Subscribe(*m_client, {"X"});
+        m_writer = &LogIn();
     }
     void BeginAnew() {
         Restart();
+        m_writer = &LogIn("adam", "tajne");
         m_client = &LogIn("adam", "tajne");
         m_client->Say(vantrel::SubscribeRequest{{{1, "X"}}, {}, 0, true});
     }
@@ -39,7 +41,7 @@ class ServerAlarmsTest : public ServerTest {
         Settle();
     }
     std::uint16_t Write(double number, std::uint16_t status = 0) {
-        return Modify(*m_client, value::KindCurrent, "X", 0,
+        return Modify(m_writer == nullptr ? *m_client : *m_writer, value::KindCurrent, "X", 0,
                       support::Stamped(value::CVal(number), 0, status));
     }
     std::vector<std::uint16_t> Acknowledge(TestClient& client, std::vector<std::string> names,
@@ -80,7 +82,8 @@ class ServerAlarmsTest : public ServerTest {
     }
     std::vector<std::string> Log() { return m_log.Take(); }
 
-    TestClient* m_client = nullptr;
+    TestClient* m_client = nullptr;  // that watches
+    TestClient* m_writer = nullptr;  // the same, where there is none
 };
 
 TEST_F(ServerAlarmsTest, StatusFollowsTheAlarmToItsEnd) {
@@ -208,10 +211,33 @@ TEST_F(ServerAlarmsTest, WithLimitsAlarmBitsAreTheServersAndOthersTheClients) {
     EXPECT_THAT(Updates(*m_client), ElementsAre("1: 171 16 " + At(m_start) + " 5.00"));
 }
 
+TEST_F(ServerAlarmsTest, WriterIsToldBehindTheAnswerWhatItDidNotWrite) {
+    Begin("h = 10\n");
+    m_client->messages.clear();
+    const auto write = [this](double number, std::uint16_t status) {
+        m_client->Say(
+            vantrel::ModifyRequests{{{++m_lastRequest, value::KindCurrent, "X", 0,
+                                      support::Stamped(value::CVal(number), 0, status)}}});
+        Settle();
+        std::string kinds;
+        for (const vantrel::ServerMessage& message : m_client->messages) {
+            if (std::holds_alternative<vantrel::ValueUpdates>(message)) kinds += "value ";
+            if (std::holds_alternative<vantrel::ModifyResults>(message)) kinds += "answer ";
+        }
+        m_client->messages.clear();
+        return kinds;
+    };
+    EXPECT_EQ(write(5, 0), "value answer ");
+    EXPECT_EQ(write(12, 0), "value answer value ");
+    EXPECT_EQ(write(13, 16388), "value answer ");
+    EXPECT_EQ(write(5, 0), "value answer value ");
+}
+
 // ---- acknowledgement
 
 TEST_F(ServerAlarmsTest, WriteOfTheStandingValueWithConfirmedAlarmAcknowledges) {
     Begin("h = 10\n");
+    m_writer = &LogIn("adam", "tajne");
     Write(12);
     Updates(*m_client);
     EXPECT_EQ(Write(13, kConfirmed), 0);
@@ -255,6 +281,7 @@ TEST_F(ServerAlarmsTest, HiddenVariableIsAnsweredAsOneThatIsNotThere) {
 
 TEST_F(ServerAlarmsTest, AcknowledgementThatIsSentAgainAcknowledgesNothingNew) {
     Begin("h = 10\n");
+    m_writer = nullptr;
     m_client = &Connect();
     vantrel::LoginRequest login;
     login.moduleType = 23;
