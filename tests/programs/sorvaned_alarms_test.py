@@ -50,8 +50,21 @@ class Alarms(ServerAndRun):
         run = self.run_script("\n".join([*SCRIPT, *lines, ""]))
         self.assertEqual(run.code, 0, run.log)
 
+    def await_status(self, bits):
+        """Lines that wait for what only the server gives x."""
+        status = SUPERVISORY + bits
+        label = f"s{status}"
+        return [f":{label}", "SET s = STATUS x", f"IF s < {status} GOTO {label}", f"IF s > {status} GOTO {label}"]
+
+    def end_server(self):
+        self.server.send(signal.SIGTERM)
+        self.assertEqual(self.server.process.wait(), 0)
+
     def test_journal_of_a_server_that_runs(self):
-        self.run_lines("SET x = 12.5", "SET l = -1", "SET x = 25", "SET x = 3")
+        self.run_lines("LOCAL s = 0", "SET x = 12.5", "SET l = -1", "SET x = 25", "SET x = 3",
+                       *self.await_status(16384))
+        self.end_server()
+        self.server = self.start_server()
         rows = self.rows()
         self.assertEqual([(row["variable"], row["stage"], row["value"], row["ended"] is None) for row in rows],
                          [("Z1.P", "H", 12.5, False), ("Łąka", "L", -1, True), ("Z1.P", "HH", 25, False)])
@@ -64,13 +77,9 @@ class Alarms(ServerAndRun):
         self.assertEqual(len(self.rows("--from", "2024-03-10 07:00:00", "--to", "2124-03-10 07:00:00")), 3)
 
     def test_script_acknowledges_by_the_status(self):
-        standing, confirmed = SUPERVISORY + 16388, SUPERVISORY + 12
-        self.run_lines("LOCAL s = 0", "SET x = 12.5",
-                       ":w", "SET s = STATUS x", f"IF s < {standing} GOTO w", f"IF s > {standing} GOTO w",
-                       "ADD_STATUS x CONFIRMED_ALARM",
-                       ":a", "SET s = STATUS x", f"IF s < {confirmed} GOTO a", f"IF s > {confirmed} GOTO a")
-        self.server.send(signal.SIGTERM)
-        self.assertEqual(self.server.process.wait(), 0)
+        self.run_lines("LOCAL s = 0", "SET x = 12.5", *self.await_status(16388), "ADD_STATUS x CONFIRMED_ALARM",
+                       *self.await_status(12))
+        self.end_server()
         code, out, err = self.alarms("--active")
         self.assertEqual((code, err), (0, ""))
         fields = out.rstrip("\n").split("\t")
