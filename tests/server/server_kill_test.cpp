@@ -12,7 +12,7 @@
 namespace kalvex::server {
 namespace {
 
-constexpr int kRounds = 15;
+constexpr int kRounds = 25;
 constexpr int kArchiveValues = 5;
 constexpr const char* kPlant =
     "[[access]]\nwrite = \"0\"\n[[variable]]\nname = \"X\"\nat = 32\nrt = 2\n"

@@ -16,7 +16,7 @@
 namespace kalvex::server {
 namespace {
 
-constexpr int kRounds = 25;
+constexpr int kRounds = 50;
 constexpr int kBatch = 7;
 
 // Writes archive and report values without end and tells the number of each acknowledged batch. Now
