@@ -12,6 +12,10 @@ namespace kalvex::programs {
 
 namespace {
 
+std::string Prompt(const platform::Translator& translator) {
+    return translator.Translate("Hasło: ");
+}
+
 bool AskOnce(const std::string& question, std::string& password) {
     std::cerr << text::ToUtf8(question) << std::flush;
     const bool answered = static_cast<bool>(std::getline(std::cin, password));
@@ -21,12 +25,18 @@ bool AskOnce(const std::string& question, std::string& password) {
 
 }  // namespace
 
+bool AskOwnPassword(std::string& password, const platform::Translator& translator) {
+    if (::isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, password));
+    const SilentTerminal silent(STDIN_FILENO);
+    return AskOnce(Prompt(translator), password);
+}
+
 bool AskPassword(std::string& password, const platform::Translator& translator) {
     if (::isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, password));
     const SilentTerminal silent(STDIN_FILENO);
     std::string again;
     for (;;) {
-        if (!AskOnce(translator.Translate("Hasło: "), password) ||
+        if (!AskOnce(Prompt(translator), password) ||
             !AskOnce(translator.Translate("Hasło ponownie: "), again)) {
             return false;
         }

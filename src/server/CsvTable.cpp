@@ -26,7 +26,14 @@ bool TakeQuoted(std::string_view& text, char separator, std::string& cell) {
     return nothingBehind;
 }
 
-CsvRow ReadRow(std::string_view text, char separator, int line, std::size_t mostCells) {
+}  // namespace
+
+char FindCsvSeparator(std::string_view content) {
+    const std::size_t first = content.find_first_of(",;\t");
+    return first == std::string_view::npos ? ',' : content[first];
+}
+
+CsvRow ReadCsvRow(std::string_view text, char separator, int line, std::size_t mostCells) {
     CsvRow row;
     row.line = line;
     for (;;) {
@@ -47,8 +54,6 @@ CsvRow ReadRow(std::string_view text, char separator, int line, std::size_t most
     }
 }
 
-}  // namespace
-
 std::vector<CsvRow> ReadCsv(std::string_view text, const CsvBounds& bounds) {
     std::vector<CsvRow> rows;
     if (text.starts_with(text::kUtf8Mark)) text.remove_prefix(text::kUtf8Mark.size());
@@ -59,13 +64,22 @@ std::vector<CsvRow> ReadCsv(std::string_view text, const CsvBounds& bounds) {
         text.remove_prefix(std::min(end + 1, text.size()));
         if (!content.empty() && content.back() == '\r') content.remove_suffix(1);
         if (text::Trim(content).empty() || content.front() == '#') continue;
-        if (separator == 0) {
-            const std::size_t first = content.find_first_of(",;\t");
-            separator = first == std::string_view::npos ? ',' : content[first];
-        }
-        rows.push_back(ReadRow(content, separator, line, bounds.cells));
+        if (separator == 0) separator = FindCsvSeparator(content);
+        rows.push_back(ReadCsvRow(content, separator, line, bounds.cells));
     }
     return rows;
+}
+
+std::string CsvCell(std::string_view text) {
+    const bool isPlain = text.find_first_of(",;\t\"\r\n") == std::string_view::npos &&
+                         !text.starts_with('#') && text::Trim(text) == text;
+    if (isPlain) return std::string(text);
+    std::string cell = "\"";
+    for (const char sign : text) {
+        if (sign == '"') cell += sign;
+        cell += sign;
+    }
+    return cell + '"';
 }
 
 }  // namespace kalvex::server

@@ -26,4 +26,14 @@ struct CsvBounds {
 // was more.
 std::vector<CsvRow> ReadCsv(std::string_view text, const CsvBounds& bounds);
 
+// ---- the parts of it
+
+// Of a first line that is not empty.
+char FindCsvSeparator(std::string_view content);
+// A line without its end. What is in quotes may hold line ends here.
+CsvRow ReadCsvRow(std::string_view text, char separator, int line, std::size_t mostCells);
+
+// The cell as it has to stand to be read as this text, line ends included, whatever the separator.
+std::string CsvCell(std::string_view text);
+
 }  // namespace kalvex::server

@@ -77,6 +77,34 @@ std::optional<VariableId> StoreReader::Find(std::string_view name) {
     return found;
 }
 
+std::map<std::string, VariableId> StoreReader::Variables() {
+    std::map<std::string, VariableId> variables;
+    platform::SqliteStatement select;
+    if (!Prepare(select, "SELECT id, name FROM variables")) return variables;
+    while (select.Next()) variables.emplace(select.Text(1), select.Integer(0));
+    Note(select);
+    return variables;
+}
+
+bool StoreReader::PrepareHistory() {
+    m_historyPrepared = m_historyPrepared || m_history.Prepare(m_database);
+    if (!m_historyPrepared) m_fault = m_database.ErrorText();
+    return m_historyPrepared;
+}
+
+StorePiece StoreReader::ReadRange(const StoreQuery& query) {
+    if (!PrepareHistory()) return {};
+    StorePiece piece = m_history.ReadRange(query);
+    if (!piece.read) m_fault = m_database.ErrorText();
+    return piece;
+}
+
+std::optional<value::CVal> StoreReader::ValueAt(const HistoryKey& key) {
+    std::optional<value::CVal> value;
+    if (PrepareHistory() && !m_history.Get(key, value)) m_fault = m_database.ErrorText();
+    return value;
+}
+
 std::vector<ValueVersion> StoreReader::Versions(const HistoryKey& key) {
     std::vector<ValueVersion> versions;
     platform::SqliteStatement select;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -50,6 +51,13 @@ class StoreReader {
     // The number of the variable; nothing when the store has none of that name.
     std::optional<VariableId> Find(std::string_view name);
 
+    // All that the store has, also of those that are in no configuration any more.
+    std::map<std::string, VariableId> Variables();
+
+    // One piece, which sees what stands by then; between two of them nothing holds up the server.
+    StorePiece ReadRange(const StoreQuery& query);
+    std::optional<value::CVal> ValueAt(const HistoryKey& key);
+
     // The latest first; nothing where there never was a value. Of a current value the one before it
     // is known alone.
     std::vector<ValueVersion> Versions(const HistoryKey& key);
@@ -68,7 +76,12 @@ class StoreReader {
     bool Prepare(platform::SqliteStatement& statement, const char* sql);
     void Note(const platform::SqliteStatement& statement);
 
+    // Statements for whole ranges, made when they are first wanted.
+    bool PrepareHistory();
+
     platform::SqliteDatabase m_database;
+    HistoryTable m_history;
+    bool m_historyPrepared = false;
     std::string m_fault;
 };
 

@@ -37,6 +37,11 @@ OPTIONS = {
         "user passwd": SERVER,
         "user remove": SERVER,
         "backup": SERVER,
+        "history": [*SERVER, "--at", "--versions", "--json"],
+        "values": [*SERVER, "--watch", "--user", "--json"],
+        "export": [*SERVER, "--from", "--to", "--kind", "--csv", "--json"],
+        "import": [*SERVER, "--write", "--user", "--json"],
+        "check": [*SERVER, "--json"],
     },
     "kalvexctl": {
         "": REACH,
@@ -67,9 +72,13 @@ OPTIONS = {
                         "--log-level", "--json", "--lines", "--profile", "--test", "--junit", "--language", *ENDINGS]},
 }
 COMMANDS = {
-    "sorvaned": {"": ["user", "backup"], "user": ["add", "list", "passwd", "remove"]},
+    "sorvaned": {"": ["user", "backup", "history", "values", "export", "import", "check"],
+                 "user": ["add", "list", "passwd", "remove"]},
     "kalvexctl": {"": [name for name in OPTIONS["kalvexctl"] if name]},
 }
+
+# Those with options of their own.
+SORVANED_COMMANDS = [["user", "add"], ["history"], ["values"], ["export"], ["import"], ["check"]]
 
 FILES = ["a.kx", "b.KX", "d.csv", "sub"]
 SCRIPTS = ["a.kx", "b.KX", "sub"]
@@ -91,7 +100,7 @@ VALUES = {
     "sorvaned --config ": FILES,
     "sorvaned --config d": ["d.csv"],
     "sorvaned --log-level ": ["0", "1", "2", "3"],
-    "sorvaned --config d.csv ": ["backup", "user"],
+    "sorvaned --config d.csv ": ["backup", "check", "export", "history", "import", "user", "values"],
     "sorvaned user --config d.csv ": ["add", "list", "passwd", "remove"],
     "sorvaned user add --level ": NOTHING,
     "sorvaned user add --group ": NOTHING,
@@ -104,6 +113,15 @@ VALUES = {
     "sorvaned user remove ": NOTHING,
     "sorvaned backup ": FOLDERS,
     "sorvaned backup sub ": NOTHING,
+    "sorvaned history ": NOTHING,
+    "sorvaned values ": NOTHING,
+    "sorvaned values --user ": NOTHING,
+    "sorvaned export --kind ": ["archive", "day", "hour", "month", "span"],
+    "sorvaned export --from ": NOTHING,
+    "sorvaned export ": NOTHING,
+    "sorvaned import ": FILES,
+    "sorvaned import a.kx ": NOTHING,
+    "sorvaned check ": NOTHING,
     "kalvexctl --authority ": FILES,
     "kalvexctl --certificate ": FILES,
     "kalvexctl --key ": FILES,
@@ -204,7 +222,7 @@ class Completion(unittest.TestCase):
     def test_options_are_those_that_the_programs_tell(self):
         for program in BUILT:
             told = set()
-            for command in ([], ["user", "add"]) if program == "sorvaned" else ([],):
+            for command in ([], *SORVANED_COMMANDS) if program == "sorvaned" else ([],):
                 told |= set(re.findall(r"(?m)^ +(?:-\w,)?(--[a-z-]+)", self.help_of(program, *command)))
             self.assertEqual(told, {option for options in OPTIONS[program].values() for option in options}, program)
 
@@ -277,8 +295,8 @@ class Completion(unittest.TestCase):
 
     def test_descriptions_are_those_of_the_help(self):
         for program in BUILT:
-            text = re.sub(r"\s+", " ", self.help_of(program) +
-                          (self.help_of(program, "user", "add") if program == "sorvaned" else ""))
+            commands = SORVANED_COMMANDS if program == "sorvaned" else []
+            text = re.sub(r"\s+", " ", "".join(self.help_of(program, *command) for command in ([], *commands)))
             lines = completion_shells.script(program, "fish").splitlines()
             described = re.findall(r"(?m)^complete .* -l ([a-z-]+).* -d '(.*)'$", "\n".join(lines))
             self.assertEqual({"--" + name for name, _ in described},

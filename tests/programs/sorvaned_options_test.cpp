@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/zone_scope.h"
 #include "text/CodePage.h"
 
 namespace kalvex::programs {
@@ -78,7 +79,43 @@ TEST(SorvanedOptionsTest, BackupHasItsFolder) {
     EXPECT_EQ(options.configuration, "a.toml");
 }
 
+TEST(SorvanedOptionsTest, ExportHasNamesAndARange) {
+    const support::ZoneScope zone("Europe/Warsaw");
+    const sorvaned::SorvanedOptions options =
+        Parsed({"export", "A", "B*", "--from", "2024-03-10 07:00:00", "--to",
+                "2024-10-27 02:30:00+01:00", "--kind", "day", "--csv", "--config", "a.toml"});
+    EXPECT_EQ(options.task, sorvaned::SorvanedTask::Export);
+    EXPECT_THAT(options.names, ElementsAre("A", "B*"));
+    EXPECT_EQ(options.from, 1710050400);
+    EXPECT_EQ(options.to, 1729992600);
+    EXPECT_EQ(options.kind, value::KindDay);
+    EXPECT_TRUE(options.csv);
+    EXPECT_EQ(options.configuration, "a.toml");
+    EXPECT_EQ(
+        Parsed({"export", "A", "--from", "2024-03-10 07:00:00", "--to", "2024-03-10 07:00:00"})
+            .kind,
+        value::KindArchive);
+}
+
+TEST(SorvanedOptionsTest, ValuesImportAndCheckHaveTheirOptions) {
+    EXPECT_EQ(Parsed({"values"}).task, sorvaned::SorvanedTask::ShowValues);
+    EXPECT_EQ(Parsed({"values"}).pattern, "*");
+    const sorvaned::SorvanedOptions values =
+        Parsed({"values", "A?", "--watch", "--user", "adam", "--json"});
+    EXPECT_EQ(values.pattern, "A?");
+    EXPECT_EQ(values.asUser, "adam");
+    EXPECT_TRUE(values.watch && values.json);
+    const sorvaned::SorvanedOptions import = Parsed({"import", "a.csv", "--write"});
+    EXPECT_EQ(import.task, sorvaned::SorvanedTask::Import);
+    EXPECT_EQ(import.file, "a.csv");
+    EXPECT_TRUE(import.write);
+    EXPECT_FALSE(Parsed({"import", "a.csv"}).write);
+    EXPECT_EQ(Parsed({"check", "--json"}).task, sorvaned::SorvanedTask::CheckStore);
+}
+
 TEST(SorvanedOptionsTest, WrongUsageIsTold) {
+    const support::ZoneScope zone("Europe/Warsaw");
+    const std::string time = "2024-03-10 07:00:00";
     struct Row {
         std::vector<std::string> arguments;
         const char* message;
@@ -102,6 +139,23 @@ TEST(SorvanedOptionsTest, WrongUsageIsTold) {
         {{"user", "add", "a", "--group"}, "sorvaned: --group: 1 required GROUP missing\n"},
         {{"user", "add", "a", "--description", "b", "--description", "c"},
          "sorvaned: --description: At Most 1 required but received 2\n"},
+        {{"export", "--from", time, "--to", time}, "sorvaned: NAME is required\n"},
+        {{"export", "A", "--to", time}, "sorvaned: --from is required\n"},
+        {{"export", "A", "--from", time}, "sorvaned: --to is required\n"},
+        {{"export", "A", "--from", "7:00", "--to", time},
+         "sorvaned: --from: expected YYYY-MM-DD HH:MM:SS\n"},
+        {{"export", "A", "--from", time, "--to", "2024-10-27 02:30:00"},
+         "sorvaned: --to: clocks show this time twice, put the offset behind it, such as +02:00\n"},
+        {{"export", "A", "--from", "2024-03-31 02:30:00", "--to", time},
+         "sorvaned: --from: clocks leave this time out\n"},
+        {{"export", "A", "--from", time, "--to", "2024-03-10 06:59:59"},
+         "sorvaned: --to is before --from\n"},
+        {{"export", "A", "--from", time, "--to", time, "--csv", "--json"},
+         "sorvaned: --csv and --json exclude each other\n"},
+        {{"export", "A", "--from", time, "--to", time, "--kind", "week"},
+         "sorvaned: --kind: week not in {archive,hour,day,month,span}\n"},
+        {{"import"}, "sorvaned: FILE is required\n"},
+        {{"values", "A", "B"}, "sorvaned: unknown word B (sorvaned --help lists all)\n"},
         {{"--config"}, "sorvaned: --config: 1 required FILE missing\n"},
         {{"--log-level", "x"}, "sorvaned: --log-level: Value x not in range 0 to 3\n"},
     };
@@ -129,7 +183,8 @@ TEST(SorvanedOptionsTest, HelpTellsOfTheProgramAndOfItsEnd) {
     EXPECT_THAT(std::vector(lines.end() - 2, lines.end()),
                 ElementsAre("Exit status: 0 done, or ended by SIGTERM or SIGINT; "
                             "1 a fault of the configuration,",
-                            "of the store, of the users or of a backup; 2 wrong usage."));
+                            "of the store, of the users, of a backup or of an import, or no "
+                            "server; 2 wrong usage."));
 }
 
 TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
@@ -138,7 +193,7 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
         "\nPositionals:\n  NAME TEXT REQUIRED          The user's name\n" + options;
     const std::string end =
         "\nExit status: 0 done, or ended by SIGTERM or SIGINT; 1 a fault of the configuration,\n"
-        "of the store, of the users or of a backup; 2 wrong usage.\n";
+        "of the store, of the users, of a backup or of an import, or no server; 2 wrong usage.\n";
     struct Row {
         std::vector<std::string> command;
         std::string help;
@@ -164,7 +219,15 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "                              status, separated by tabs\n"
              "  alarms                      Tell the journal of alarms: variable, stage, began, "
              "value, ended, acknowledged, user, client,\n"
-             "                              address, separated by tabs\n"},
+             "                              address, separated by tabs\n"
+             "  values                      Tell the current values of a server that runs: name, "
+             "value, status, time, separated by tabs\n"
+             "  export                      Tell archive values or reports: name, kind, time, "
+             "value, status, separated by tabs\n"
+             "  import                      Tell what a file would change, and what is wrong with "
+             "it\n"
+             "  check                       Check the store (--check: the configuration), and "
+             "tell what each variable has in it\n"},
         {{"user"},
          "Manage the users\nUsage: sorvaned user [OPTIONS] SUBCOMMAND\n" + options +
              "\nSubcommands:\n"
@@ -187,6 +250,25 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
         {{"user", "passwd"},
          "Give a user another password\nUsage: sorvaned user passwd [OPTIONS] NAME\n" + name},
         {{"user", "remove"}, "Remove a user\nUsage: sorvaned user remove [OPTIONS] NAME\n" + name},
+        {{"import"},
+         "Tell what a file would change, and what is wrong with it\n"
+         "Usage: sorvaned import [OPTIONS] FILE\n"
+         "\nPositionals:\n  FILE TEXT REQUIRED          A CSV file as export makes it\n" +
+             options +
+             "  --write                     Write what is new or changed, by way of the server "
+             "that runs\n"
+             "  --user NAME                 Whose rights count; NOBODY unless given\n"
+             "  --json                      As JSON\n"},
+        {{"values"},
+         "Tell the current values of a server that runs: name, value, status, time, separated by "
+         "tabs\nUsage: sorvaned values [OPTIONS] [PATTERN]\n"
+         "\nPositionals:\n  PATTERN TEXT                Their names, with * and ?; all unless "
+         "given\n" +
+             options +
+             "  --watch                     Go on with each change\n"
+             "  --user NAME                 Log in, the password is asked for; NOBODY unless "
+             "given\n"
+             "  --json                      As JSON\n"},
         {{"backup"},
          "Save store, users and configuration, also of a server that runs\n"
          "Usage: sorvaned backup [OPTIONS] FOLDER\n"
@@ -207,8 +289,8 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
          "Tell the journal of alarms: variable, stage, began, value, ended, acknowledged, user, "
          "client,\naddress, separated by tabs\n"
          "Usage: sorvaned alarms [OPTIONS] [PATTERN]\n"
-         "\nPositionals:\n  PATTERN TEXT                Names of variables, * for any characters "
-         "and ? for one (*)\n" +
+         "\nPositionals:\n  PATTERN TEXT                Their names, with * and ?; all unless "
+         "given\n" +
              options +
              "  --active                    Those alone that stand or are not acknowledged\n"
              "  --from TIME                 Those that began at YYYY-MM-DD HH:MM:SS or later\n"

@@ -18,7 +18,7 @@ namespace {
 constexpr const char* kPurpose = "A data server: keeps variables and gives them to its clients.";
 constexpr const char* kExitStatuses =
     "Exit status: 0 done, or ended by SIGTERM or SIGINT; 1 a fault of the configuration,\n"
-    "of the store, of the users or of a backup; 2 wrong usage.";
+    "of the store, of the users, of a backup or of an import, or no server; 2 wrong usage.";
 
 // What the command line says, texts as they are there.
 struct Draft : SorvanedOptions {
@@ -31,6 +31,18 @@ struct Draft : SorvanedOptions {
     std::string time;
     std::string fromTime;
     std::string toTime;
+    std::string kindWord = "archive";
+};
+
+// As the command line names the kinds of stored values.
+struct KindRow {
+    const char* word;
+    value::ValueKind kind;
+};
+
+constexpr KindRow kKinds[] = {
+    {"archive", value::KindArchive}, {"hour", value::KindHour}, {"day", value::KindDay},
+    {"month", value::KindMonth},     {"span", value::KindSpan},
 };
 
 struct OptionRow {
@@ -40,6 +52,9 @@ struct OptionRow {
     CLI::Option* (*add)(CLI::App& app, const OptionRow& row, Draft& draft);
     int most = 0;  // of a number that begins with 0
     bool repeats = false;
+    bool isNeeded = false;
+    bool mayLack = false;         // an argument of a command
+    const char* words = nullptr;  // the values that there are, with blanks between them
 };
 
 template <auto Member>
@@ -90,11 +105,47 @@ constexpr OptionRow kAlarmOptions[] = {
     {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
 };
 
+constexpr OptionRow kValuesOptions[] = {
+    {"--watch", nullptr, "Go on with each change", AddFlag<&Draft::watch>},
+    {"--user", "NAME", "Log in, the password is asked for; NOBODY unless given",
+     Add<&Draft::asUser>},
+    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+};
+
+constexpr OptionRow kExportOptions[] = {
+    {"--from", "TIME", "The first second, YYYY-MM-DD HH:MM:SS", Add<&Draft::fromTime>, 0, false,
+     true},
+    {"--to", "TIME", "The last second", Add<&Draft::toTime>, 0, false, true},
+    {"--kind", "KIND", "archive, or reports: hour, day, month, span (archive)",
+     Add<&Draft::kindWord>, 0, false, false, false, "archive hour day month span"},
+    {"--csv", nullptr, "As CSV with a head, which import reads", AddFlag<&Draft::csv>},
+    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+};
+
+constexpr OptionRow kImportOptions[] = {
+    {"--write", nullptr, "Write what is new or changed, by way of the server that runs",
+     AddFlag<&Draft::write>},
+    {"--user", "NAME", "Whose rights count; NOBODY unless given", Add<&Draft::asUser>},
+    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+};
+
+constexpr OptionRow kCheckOptions[] = {
+    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+};
+
+constexpr OptionRow kNames = {"NAME", nullptr, "Their names, with * and ?", Add<&Draft::names>,
+                              0,      true};
+constexpr OptionRow kPattern = {"PATTERN",
+                                nullptr,
+                                "Their names, with * and ?; all unless given",
+                                Add<&Draft::pattern>,
+                                0,
+                                false,
+                                false,
+                                true};
+constexpr OptionRow kFile = {"FILE", nullptr, "A CSV file as export makes it", Add<&Draft::file>};
 constexpr OptionRow kName = {"NAME", nullptr, "The user's name", Add<&Draft::name>};
 constexpr OptionRow kVariable = {"VARIABLE", nullptr, "Its name", Add<&Draft::variable>};
-constexpr OptionRow kPattern = {"PATTERN", nullptr,
-                                "Names of variables, * for any characters and ? for one (*)",
-                                Add<&Draft::pattern>};
 constexpr OptionRow kFolder = {"FOLDER", nullptr, "A folder that is not there yet",
                                Add<&Draft::backup>};
 
@@ -118,7 +169,6 @@ struct CommandRow {
     std::optional<SorvanedTask> task = {};  // none: one of its commands has to be named
     const OptionRow* argument = nullptr;
     std::span<const OptionRow> options = {};
-    bool needsArgument = true;
 };
 
 constexpr CommandRow kCommands[] = {
@@ -139,7 +189,18 @@ constexpr CommandRow kCommands[] = {
      "Tell the journal of alarms: variable, stage, began, value, ended, acknowledged, user, "
      "client,\n"
      "address, separated by tabs",
-     SorvanedTask::ShowAlarms, &kPattern, kAlarmOptions, false},
+     SorvanedTask::ShowAlarms, &kPattern, kAlarmOptions},
+    {nullptr, "values",
+     "Tell the current values of a server that runs: name, value, status, time, separated by tabs",
+     SorvanedTask::ShowValues, &kPattern, kValuesOptions},
+    {nullptr, "export",
+     "Tell archive values or reports: name, kind, time, value, status, separated by tabs",
+     SorvanedTask::Export, &kNames, kExportOptions},
+    {nullptr, "import", "Tell what a file would change, and what is wrong with it",
+     SorvanedTask::Import, &kFile, kImportOptions},
+    {nullptr, "check",
+     "Check the store (--check: the configuration), and tell what each variable has in it",
+     SorvanedTask::CheckStore, nullptr, kCheckOptions},
 };
 
 void AddOption(CLI::App& app, const OptionRow& row, Draft& draft) {
@@ -147,6 +208,8 @@ void AddOption(CLI::App& app, const OptionRow& row, Draft& draft) {
     if (row.value != nullptr) option->type_name(row.value);
     if (row.most > 0) option->check(CLI::Range(0, row.most));
     if (row.repeats) option->allow_extra_args(false);
+    if (row.words != nullptr) option->check(CLI::IsMember(CLI::detail::split(row.words, ' ')));
+    option->required(row.isNeeded);
 }
 
 void AddCommand(CLI::App& app, const CommandRow& row, Draft& draft) {
@@ -159,7 +222,7 @@ void AddCommand(CLI::App& app, const CommandRow& row, Draft& draft) {
         command->require_subcommand(1);
     }
     if (row.argument != nullptr) {
-        row.argument->add(*command, *row.argument, draft)->required(row.needsArgument);
+        row.argument->add(*command, *row.argument, draft)->required(!row.argument->mayLack);
     }
     for (const OptionRow& option : row.options) AddOption(*command, option, draft);
 }
@@ -170,13 +233,22 @@ programs::OptionForm FormOf(const OptionRow& row) {
     for (int number = 0; row.most > 0 && number <= row.most; ++number) {
         programs::AddWord(value.detail, std::to_string(number));
     }
+    if (row.words != nullptr) {
+        value.offer = programs::Offer::Words;
+        value.detail = row.words;
+    }
     return {row.name, {}, std::move(value), row.help, row.repeats};
 }
 
 programs::CommandForm FormOf(const CommandRow& row) {
     programs::CommandForm form{row.name, row.help};
+    std::ranges::replace(form.help, '\n', ' ');
     for (const OptionRow& option : row.options) form.options.push_back(FormOf(option));
-    if (row.argument != nullptr) form.arguments = {programs::MakeValueForm(row.argument->name)};
+    if (row.argument != nullptr) {
+        const std::string name = row.argument->name;
+        form.arguments = {programs::MakeValueForm(row.argument->mayLack ? '[' + name + ']' : name)};
+        form.lastRepeats = row.argument->repeats;
+    }
     return form;
 }
 
@@ -191,8 +263,23 @@ std::string TellStranger(const CLI::App& app) {
                        programs::Suggest(DescribeCommandLine(), word));
 }
 
-// The option whose value is no time; null when there is none.
-const char* ReadTimes(Draft& draft) {
+// Null where the text is a time that can be meant.
+const char* FaultOf(const std::string& text, std::int64_t& time) {
+    switch (value::ReadExactLocalTime(text, time)) {
+        case value::LocalReading::Exact:
+            return nullptr;
+        case value::LocalReading::Unreadable:
+            return "expected YYYY-MM-DD HH:MM:SS";
+        case value::LocalReading::Twice:
+            return "clocks show this time twice, put the offset behind it, such as +02:00";
+        case value::LocalReading::LeftOut:
+            break;
+    }
+    return "clocks leave this time out";
+}
+
+// What is wrong with the times and with the form of an export; empty when all is well.
+std::string TakeTimes(Draft& draft) {
     struct Row {
         const char* option;
         const std::string& text;
@@ -203,10 +290,14 @@ const char* ReadTimes(Draft& draft) {
                         {"--to", draft.toTime, draft.to}};
     for (const Row& row : rows) {
         if (row.text.empty()) continue;
-        row.time = value::ParseLocalTime(row.text);
-        if (!row.time) return row.option;
+        if (const char* fault = FaultOf(row.text, row.time.emplace())) {
+            return fmt::format("{}: {}", row.option, fault);
+        }
     }
-    return nullptr;
+    if (draft.from && draft.to && *draft.to < *draft.from) return "--to is before --from";
+    if (draft.csv && draft.json) return "--csv and --json exclude each other";
+    draft.kind = std::ranges::find(kKinds, draft.kindWord, &KindRow::word)->kind;
+    return {};
 }
 
 }  // namespace
@@ -236,9 +327,9 @@ SorvanedLine ParseSorvanedLine(std::vector<std::string> arguments) {
         return line;
     }
     if (draft.check && draft.task == SorvanedTask::Serve) draft.task = SorvanedTask::Check;
-    if (const char* const wrong = ReadTimes(draft)) {
+    if (const std::string fault = TakeTimes(draft); !fault.empty()) {
         line.exitStatus = programs::ExitRefused;
-        line.message = fmt::format("sorvaned: {}: expected YYYY-MM-DD HH:MM:SS\n", wrong);
+        line.message = "sorvaned: " + fault + '\n';
         return line;
     }
     draft.user.name = text::FromUtf8(draft.name);

@@ -9,6 +9,7 @@
 #include "platform/UserDirectory.h"
 #include "programs/CommandForm.h"
 #include "programs/ExitStatus.h"
+#include "value/Status.h"
 
 namespace kalvex::sorvaned {
 
@@ -22,6 +23,10 @@ enum class SorvanedTask {
     BackUp,
     ShowHistory,
     ShowAlarms,
+    ShowValues,
+    Export,
+    Import,
+    CheckStore,
 };
 
 struct SorvanedOptions {
@@ -34,11 +39,18 @@ struct SorvanedOptions {
     std::string variable = {};  // its name (UTF-8)
     std::optional<std::int64_t> at = {};
     bool versions = false;
-    std::string pattern = "*";  // of names (UTF-8)
     bool active = false;
-    std::optional<std::int64_t> from = {};
-    std::optional<std::int64_t> to = {};
     bool json = false;
+    std::vector<std::string> names = {};  // of variables, or patterns (UTF-8)
+    std::string pattern = "*";            // the same, one alone
+    std::optional<std::int64_t> from = {};  // both are included
+    std::optional<std::int64_t> to = {};
+    value::ValueKind kind = value::KindArchive;
+    bool csv = false;
+    bool watch = false;
+    std::string file = {};  // a system path
+    bool write = false;
+    std::string asUser = {};  // who asks the server (UTF-8); empty: NOBODY
 };
 
 struct SorvanedLine {

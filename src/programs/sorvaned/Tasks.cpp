@@ -16,9 +16,13 @@
 #include "platform/posix/SystemClock.h"
 #include "programs/PasswordPrompt.h"
 #include "programs/sorvaned/AlarmJournal.h"
+#include "programs/sorvaned/Check.h"
+#include "programs/sorvaned/Export.h"
 #include "programs/sorvaned/History.h"
+#include "programs/sorvaned/Import.h"
 #include "programs/sorvaned/Listening.h"
 #include "programs/sorvaned/ServerLog.h"
+#include "programs/sorvaned/Values.h"
 #include "server/Backup.h"
 #include "server/Server.h"
 #include "text/CodePage.h"
@@ -144,6 +148,19 @@ int BackUp(const server::Definitions& definitions, const SorvanedOptions& option
     return Fail({platform::InWords(fault, translator)});
 }
 
+struct StoreTask {
+    SorvanedTask task;
+    int (*run)(const server::Definitions& definitions, const SorvanedOptions& options,
+               const platform::Translator& translator);
+};
+
+constexpr StoreTask kStoreTasks[] = {
+    {SorvanedTask::BackUp, BackUp},         {SorvanedTask::ShowHistory, ShowHistory},
+    {SorvanedTask::ShowValues, ShowValues}, {SorvanedTask::Export, Export},
+    {SorvanedTask::Import, Import},         {SorvanedTask::CheckStore, CheckStore},
+    {SorvanedTask::ShowAlarms, ShowAlarms},
+};
+
 struct UserTask {
     SorvanedTask task;
     int (*run)(platform::UserStore& users, const platform::UserRecord& user,
@@ -166,12 +183,8 @@ int RunSorvaned(const SorvanedOptions& options) {
     std::vector<std::string> errors;
     if (!server::LoadDefinitions(options.configuration, translator, definitions, errors))
         return Fail(errors);
-    if (options.task == SorvanedTask::BackUp) return BackUp(definitions, options, translator);
-    if (options.task == SorvanedTask::ShowHistory) {
-        return ShowHistory(definitions, options, translator);
-    }
-    if (options.task == SorvanedTask::ShowAlarms) {
-        return ShowAlarms(definitions, options, translator);
+    for (const StoreTask& row : kStoreTasks) {
+        if (row.task == options.task) return row.run(definitions, options, translator);
     }
     for (const UserTask& row : kUserTasks) {
         if (row.task != options.task) continue;
