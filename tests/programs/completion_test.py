@@ -21,7 +21,7 @@ BUILT = sys.argv[1:]
 del sys.argv[1:]
 
 ENDINGS = ["--version", "--help"]
-SERVER = ["--config", "--log-level", "--check", *ENDINGS]
+SERVER = ["--config", "--log-level", "--metrics", "--check", *ENDINGS]
 REACH = ["--module", "--address", "--authority", "--certificate", "--key", "--certificate-name", "--plain-text", "--user",
          "--login", "--dir", "--timeout", "--wait", *ENDINGS]
 # By the words in front of it, what is offered for "--".
@@ -38,6 +38,7 @@ OPTIONS = {
         "user remove": SERVER,
         "backup": SERVER,
         "history": [*SERVER, "--at", "--versions", "--json"],
+        "alarms": [*SERVER, "--active", "--from", "--to", "--json"],
         "values": [*SERVER, "--watch", "--user", "--json"],
         "export": [*SERVER, "--from", "--to", "--kind", "--csv", "--json"],
         "import": [*SERVER, "--write", "--user", "--json"],
@@ -72,13 +73,13 @@ OPTIONS = {
                         "--log-level", "--json", "--lines", "--profile", "--test", "--junit", "--language", *ENDINGS]},
 }
 COMMANDS = {
-    "sorvaned": {"": ["user", "backup", "history", "values", "export", "import", "check"],
+    "sorvaned": {"": ["user", "backup", "history", "alarms", "values", "export", "import", "check"],
                  "user": ["add", "list", "passwd", "remove"]},
     "kalvexctl": {"": [name for name in OPTIONS["kalvexctl"] if name]},
 }
 
 # Those with options of their own.
-SORVANED_COMMANDS = [["user", "add"], ["history"], ["values"], ["export"], ["import"], ["check"]]
+SORVANED_COMMANDS = [["user", "add"], ["history"], ["alarms"], ["values"], ["export"], ["import"], ["check"]]
 
 FILES = ["a.kx", "b.KX", "d.csv", "sub"]
 SCRIPTS = ["a.kx", "b.KX", "sub"]
@@ -100,7 +101,8 @@ VALUES = {
     "sorvaned --config ": FILES,
     "sorvaned --config d": ["d.csv"],
     "sorvaned --log-level ": ["0", "1", "2", "3"],
-    "sorvaned --config d.csv ": ["backup", "check", "export", "history", "import", "user", "values"],
+    "sorvaned --metrics ": NOTHING,
+    "sorvaned --config d.csv ": ["alarms", "backup", "check", "export", "history", "import", "user", "values"],
     "sorvaned user --config d.csv ": ["add", "list", "passwd", "remove"],
     "sorvaned user add --level ": NOTHING,
     "sorvaned user add --group ": NOTHING,
@@ -114,6 +116,7 @@ VALUES = {
     "sorvaned backup ": FOLDERS,
     "sorvaned backup sub ": NOTHING,
     "sorvaned history ": NOTHING,
+    "sorvaned alarms ": NOTHING,
     "sorvaned values ": NOTHING,
     "sorvaned values --user ": NOTHING,
     "sorvaned export --kind ": ["archive", "day", "hour", "month", "span"],

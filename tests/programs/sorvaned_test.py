@@ -181,7 +181,7 @@ class Sorvaned(unittest.TestCase):
 
     def test_files_of_a_newer_program_are_refused(self):
         self.stop(self.start())
-        for name, version, fault in (("store", 2, "Plik danych jest z nowszej wersji programu"),
+        for name, version, fault in (("store", 3, "Plik danych jest z nowszej wersji programu"),
                                      ("users", 1, "Plik użytkowników jest z nowszej wersji programu")):
             path = self.folder / "data" / f"{name}.sqlite"
             database = sqlite3.connect(path)
@@ -192,24 +192,32 @@ class Sorvaned(unittest.TestCase):
             database.execute(f"PRAGMA user_version = {version}")
             database.close()
 
+    def make_older(self, store):
+        """Takes from the store what version 1 did not have."""
+        columns = [("history", name) for name in ("writer", "written")]
+        columns += [("last_values", name) for name in ("writer", "written", "before_time", "before_type",
+                                                       "before_status", "before_value")]
+        database = sqlite3.connect(store)
+        database.execute("DROP TRIGGER keep_version")
+        for table, column in columns:
+            database.execute(f"ALTER TABLE {table} DROP COLUMN {column}")
+        database.execute("PRAGMA user_version = 1")
+        database.close()
+
     def test_store_of_an_older_program_stays_in_a_copy(self):
         self.stop(self.start())
         store = self.folder / "data" / "store.sqlite"
-        self.assertFalse(store.with_name("store.sqlite.v2").exists())
-        database = sqlite3.connect(store)
-        database.execute("PRAGMA user_version = 1")
-        database.close()
+        self.assertFalse(store.with_name("store.sqlite.v3").exists())
+        self.make_older(store)
         self.stop(self.start())
-        for path, version in ((store, 2), (store.with_name("store.sqlite.v1"), 1)):
+        for path, version in ((store, 3), (store.with_name("store.sqlite.v1"), 1)):
             database = sqlite3.connect(path)
             self.assertEqual(database.execute("PRAGMA user_version").fetchone(), (version,), path.name)
             self.assertEqual(database.execute("SELECT name FROM variables").fetchall(), [("X",)], path.name)
             database.close()
         store.with_name("store.sqlite.v1").unlink()
         store.with_name("store.sqlite.v1").mkdir()
-        database = sqlite3.connect(store)
-        database.execute("PRAGMA user_version = 1")
-        database.close()
+        self.make_older(store)
         self.assertEqual(self.refusal(), [f"{store}.v1: nie można zachować danych sprzed zmiany wersji (Is a directory)"])
 
     def test_polite_end_commits_everything(self):
