@@ -58,6 +58,8 @@ constexpr RowRule kRules[] = {
      "NOT EXISTS (SELECT 1 FROM history AS h WHERE h.variable = r.variable AND h.kind = r.kind "
      "AND h.time = r.time)",
      kNoValue},
+    {"alarms", KALVEX_NO_VARIABLE, kNoVariable},
+    {"alarms", "who <> 0 AND who NOT IN (SELECT id FROM writers)", kNoWriter},
     {"late", KALVEX_NO_VARIABLE, kNoVariable},
     {"late", "kind NOT BETWEEN 2 AND 4", kOtherKind},
 };

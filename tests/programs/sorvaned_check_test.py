@@ -75,10 +75,13 @@ class Check(ToolsTest):
 
     def test_versions_and_late_reports_of_nothing_are_told(self):
         self.faults("INSERT INTO versions VALUES (1, 6, 5, 1, 171, 0, 1.5, 0, 0), (99, 2, 5, 1, 171, 0, 1.5, 0, 0);"
+                    "INSERT INTO alarms VALUES (1, 99, 4, 5, 21.5, 6, 7, 44), (2, 1, 4, 5, 21.5, NULL, NULL, NULL);"
                     "INSERT INTO late (kind, time, variable, rule, day_start, chained) VALUES (2, 5, 99, 0, 0, 0), "
                     "(6, 5, 1, 0, 0, 0);",
                     "versions: wiersze bez zmiennej w tabeli variables: 1",
                     "versions: wiersze bez wartości w tabeli history: 2",
+                    "alarms: wiersze bez zmiennej w tabeli variables: 1",
+                    "alarms: wiersze bez autora w tabeli writers: 1",
                     "late: wiersze bez zmiennej w tabeli variables: 1", "late: wiersze nieznanego rodzaju danych: 1")
 
     def test_values_that_cannot_be_are_told(self):
