@@ -1,15 +1,22 @@
 // The data server's store: archive rows and alarms written and acknowledged, a month of one-second
-// values read in pieces, ranges out of ten million rows, a day of hours computed. Each row checks
-// its answers, and the program fails when one is wrong or when the long read takes more memory than
-// it may.
+// values read in pieces, ranges out of ten million rows, a day of hours computed, a year of hours of
+// a thousand variables, a year of minutes in a thousand points. Each row checks its answers, and the
+// program fails when one is wrong or when the long read takes more memory than it may.
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <iterator>
+#include <memory>
 #include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "checked_rows.h"
+#include "server/PointScan.h"
 #include "server/Store.h"
 #include "support/scratch_folder.h"
 #include "support/waiting_loop.h"
@@ -24,7 +31,10 @@ constexpr std::int64_t kPiece = 2000;
 constexpr int kManyVariables = 100;
 constexpr std::int64_t kManyRows = 100'000;  // of each of them
 constexpr std::int64_t kManyPeriod = 10;     // seconds between two of them
-constexpr long kMostMemory = 200 * 1024;     // KB
+constexpr std::int64_t kYearHours = 8760;
+constexpr std::int64_t kYearStart = kStart - 2 * kYearHours * 3600;
+constexpr int kYearVariables = 1000;
+constexpr long kMostMemory = 200 * 1024;  // KB
 
 void Expect(bool right, const char* what) {
     if (!right) Wrong(std::string("wrong: ") + what);
@@ -59,6 +69,27 @@ class OpenStore {
         });
         while (!answered) m_loop.WaitAndRun();
         return answer;
+    }
+
+    // Values in all, by queries that are under way at the same time, piece by piece.
+    std::int64_t Count(std::vector<server::StoreQuery> queries) {
+        std::int64_t count = 0;
+        std::size_t left = queries.size();
+        std::function<void(server::StoreQuery&)> read = [&](server::StoreQuery& query) {
+            m_store.Read(query, [&](const server::StorePiece& piece) {
+                Expect(piece.read, "piece");
+                count += static_cast<std::int64_t>(piece.values.size());
+                if (piece.more) {
+                    query.from = piece.values.back().GetTime() + 1;
+                    read(query);
+                } else {
+                    --left;
+                }
+            });
+        };
+        for (server::StoreQuery& query : queries) read(query);
+        while (left > 0) m_loop.WaitAndRun();
+        return count;
     }
 
     server::VariableId Variable(const char* name) { return m_store.Register(name); }
@@ -275,6 +306,106 @@ void ComputeDayOfHours(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * 24);
 }
 BENCHMARK(ComputeDayOfHours)->UseRealTime();
+
+// ---- years
+
+// One row after another, as they stand in the file of a server that has run so long.
+void FillReports(std::int64_t first, std::int64_t variables) {
+    platform::SqliteDatabase database;
+    platform::SqliteStatement put;
+    Expect(database.Open(OpenStore::Folder() + "/store.sqlite") &&
+               put.Prepare(database,
+                           "INSERT INTO history (variable, kind, time, type, status, value) "
+                           "VALUES (?, 2, ?, 171, 128, ?)"),
+           "fill of reports");
+    platform::SqliteTransaction transaction(database);
+    for (std::int64_t variable = first; variable < first + variables; ++variable) {
+        for (std::int64_t hour = 0; hour < kYearHours; ++hour) {
+            put.BindInteger(1, variable);
+            put.BindInteger(2, kStart + hour * 3600);
+            put.BindReal(3, static_cast<double>(hour) + 0.25);
+            Expect(put.Run(), "report row");
+        }
+    }
+    Expect(transaction.Commit(), "commit of reports");
+}
+
+// The hours of a year of a thousand variables, all their values.
+void ReadYearOfHours(benchmark::State& state) {
+    OpenStore store;
+    const server::VariableId first = store.Variable("R0");
+    for (int i = 1; i < kYearVariables; ++i) store.Variable(("R" + std::to_string(i)).c_str());
+    if (store.Read({first, value::KindHour, kStart, kStart, 1}).values.empty())
+        FillReports(first, kYearVariables);
+    for (auto _ : state) {
+        std::vector<server::StoreQuery> queries;
+        for (server::VariableId variable = first; variable < first + kYearVariables; ++variable) {
+            queries.push_back({variable, value::KindHour, kStart, INT64_MAX, kPiece});
+        }
+        Expect(store.Count(std::move(queries)) == kYearVariables * kYearHours, "reports");
+    }
+    state.SetItemsProcessed(state.iterations() * kYearVariables * kYearHours);
+}
+BENCHMARK(ReadYearOfHours)->UseRealTime();
+
+server::VariableId FillYearOfMinutes(OpenStore& store, bool isRolledUp) {
+    const server::VariableId x = store.Variable(isRolledUp ? "Y1" : "Y0");
+    if (!store.Read({x, value::KindArchive, kYearStart, INT64_MAX, 1}).values.empty()) return x;
+    std::vector<server::StoreOperation> operations;
+    for (std::int64_t minute = 0; minute < kYearHours * 60; ++minute) {
+        operations.emplace_back(server::PutValue{x, value::KindArchive, kYearStart + minute * 60,
+                                                 value::CVal(static_cast<double>(minute % 1440))});
+        if (operations.size() == 18000 || minute + 1 == kYearHours * 60) {
+            Expect(store.Submit(std::exchange(operations, {})), "fill");
+        }
+    }
+    if (isRolledUp)
+        Expect(store.Submit({server::RollUp{kYearStart + kYearHours * 3600, INT64_MAX}}),
+               "rolling up");
+    return x;
+}
+
+// In a thousand points: 1 with rollups, 0 without.
+void ReadYearInPoints(benchmark::State& state) {
+    OpenStore store;
+    const server::VariableId x = FillYearOfMinutes(store, state.range(0) != 0);
+    constexpr std::uint32_t kPoints = 1000;
+    for (auto _ : state) {
+        server::StoreQuery query{x, value::KindArchive, kYearStart, INT64_MAX, kPiece};
+        query.scan = std::make_shared<server::PointScan>(
+            server::HistoryKey{x, query.kind, query.from}, query.to, kPoints);
+        std::vector<value::CVal> values;
+        for (bool more = true; more;) {
+            server::StorePiece piece = store.Read(query);
+            Expect(piece.read, "piece of points");
+            std::ranges::move(piece.values, std::back_inserter(values));
+            more = piece.more;
+        }
+        Expect(values.size() > 900 && values.size() <= kPoints, "points of the year");
+        Expect(values.back().GetTime() == kYearStart + (kYearHours * 60 - 1) * 60, "last point");
+        Expect(std::ranges::count(values, value::CVal(1439.0)) >= 180, "largest values");
+    }
+}
+BENCHMARK(ReadYearInPoints)->Arg(0)->Arg(1)->UseRealTime();
+
+// Hours that are rolled up, of values of each second.
+void RollUpHours(benchmark::State& state) {
+    OpenStore store;
+    const server::VariableId x = FillMonth(store);
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::vector<server::StoreOperation> operations;
+        for (std::int64_t hour = 0; hour < 24; ++hour) {
+            operations.emplace_back(
+                server::PutValue{x, value::KindArchive, kStart + hour * 3600, value::CVal(0.0)});
+        }
+        Expect(store.Submit(std::move(operations)), "marks");
+        state.ResumeTiming();
+        Expect(store.Submit({server::RollUp{kStart + 86400, INT64_MAX}}), "rolling up");
+    }
+    state.SetItemsProcessed(state.iterations() * 24);
+}
+BENCHMARK(RollUpHours)->UseRealTime();
 
 }  // namespace
 }  // namespace kalvex::bench

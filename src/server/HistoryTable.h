@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,8 @@
 #include "value/Value.h"
 
 namespace kalvex::server {
+
+class PointScan;
 
 using VariableId = std::int64_t;
 using WriterId = std::int64_t;
@@ -59,6 +62,9 @@ struct StoreQuery {
     std::int64_t to = 0;
     std::int64_t limit = 0;  // values in this piece at most
     std::size_t texts = kTextsOfAPiece;
+    // Gives the values thinned instead, as it was made to. Its pieces are asked for by the same
+    // query, one behind the other.
+    std::shared_ptr<PointScan> scan = {};
 };
 
 struct StorePiece {

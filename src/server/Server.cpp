@@ -68,6 +68,7 @@ Server::Server(const platform::Clock& clock, platform::LogSink& log,
           [this](const ValueLoss& loss) { OnLoss(loss); }),
       m_automatic(m_plant, m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
       m_late(m_store, [this](const StoreOutcome& outcome) { OnOutcome(outcome); }),
+      m_rollups(m_store),
       m_freeSpace([this, look = store.freeBytes] { return look(m_definitions.dataFolder); }),
       m_startedAt(clock.Elapsed()) {
     m_store.OnTrouble([this](const StoreTrouble& trouble) { OnTrouble(trouble); });
@@ -187,6 +188,7 @@ void Server::Tick() {
     if (!m_recorder.IsLosing()) {
         m_automatic.Step(m_definitions, Confirmed(), m_confirmed.IsSure());
         m_late.Step(now, Confirmed());
+        m_rollups.Step(Confirmed());
     }
     m_reportChanges.Publish();
     m_logins->Step();
@@ -370,12 +372,14 @@ void Server::Write(std::vector<StoreOperation> operations, std::function<void()>
 
 void Server::OnOutcome(const StoreOutcome& outcome) {
     m_reportChanges.Take(outcome.changed);
+    m_rollups.OnOutcome(outcome);
     for (const std::string& line : KeptLines(outcome.kept, m_plant, m_translator)) {
         Log(line, platform::LogErrors);
     }
 }
 
 void Server::OnTrouble(const StoreTrouble& trouble) {
+    m_rollups.OnTrouble(trouble.over);
     if (trouble.over) {
         Log(kStoredAgain, {std::to_string(trouble.operations)}, platform::LogErrors);
     } else {

@@ -32,6 +32,7 @@
 #include "server/Recorder.h"
 #include "server/ReportChanges.h"
 #include "server/Rights.h"
+#include "server/Rollups.h"
 #include "server/Store.h"
 #include "server/WriteAnswers.h"
 #include "vantrel/ConversationSlots.h"
@@ -152,6 +153,7 @@ class Server final : public vantrel::SessionAcceptor {
     Recorder m_recorder;
     AutomaticReports m_automatic;
     LateReports m_late;
+    Rollups m_rollups;
     std::map<std::uint64_t, Session*> m_sessions;
     std::uint64_t m_lastSession = 0;
     vantrel::ConversationSlots m_slots;

@@ -121,6 +121,8 @@ class Session final : public vantrel::ServerSession {
     std::uint16_t CheckRead(VariableId id) const;
     std::uint16_t StartReading(const vantrel::ReadRequest& request);
     void ReadNext();
+    std::optional<vantrel::RequestId> TakeNextRead();
+    void DropRead(vantrel::RequestId id);
     void OnPiece(vantrel::RequestId id, StorePiece piece);
 
     // Whether the serial has not come before. If it has, its answer goes to `decided`, or to the
@@ -184,6 +186,7 @@ class Session final : public vantrel::ServerSession {
     std::map<vantrel::RequestId, Reading> m_reads;
     std::deque<vantrel::RequestId> m_readQueue;  // in the order in which pieces are fetched
     bool m_reading = false;                      // a piece is being fetched
+    vantrel::RequestId m_scanned = 0;            // the read that is being thinned, one at a time
 };
 
 }  // namespace kalvex::server

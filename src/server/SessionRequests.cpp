@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "server/PointScan.h"
 #include "server/ReportPeriods.h"
 #include "server/Server.h"
 #include "server/Session.h"
@@ -40,6 +41,7 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
         TellOnce(kManyReads);
         return vantrel::ResultBadRequest;
     }
+    if (request.points != 0 && request.points < kFewestPoints) return vantrel::ResultBadRequest;
     const Plant& plant = m_server.GetPlant();
     const std::size_t index = plant.Find(request.variable);
     if (!Sees(index)) return vantrel::ResultNothing;
@@ -49,6 +51,11 @@ std::uint16_t Session::StartReading(const vantrel::ReadRequest& request) {
     if (reading.single) {
         if (!IsTime(request.from)) return vantrel::ResultBadRequest;
         reading.query.from = reading.query.to = ReportTime(request.kind, request.from);
+    } else if (request.points != 0) {
+        const StoreQuery& query = reading.query;
+        reading.query.scan =
+            std::make_shared<PointScan>(HistoryKey{query.variable, query.kind, query.from},
+                                        query.to, std::min(request.points, kMostPoints));
     }
     m_reads.emplace(request.id, reading);
     m_readQueue.push_back(request.id);
@@ -62,20 +69,37 @@ std::uint16_t Session::CheckRead(VariableId id) const {
     return seen ? vantrel::ResultOk : vantrel::ResultNothing;
 }
 
+// One that is to be thinned waits for the one that is, since it keeps what it has found so far.
+std::optional<vantrel::RequestId> Session::TakeNextRead() {
+    const auto mayGoOn = [this](vantrel::RequestId id) {
+        const bool isThinned = m_reads.at(id).query.scan != nullptr;
+        if (isThinned && m_scanned == 0) m_scanned = id;
+        return !isThinned || m_scanned == id;
+    };
+    const auto next = std::ranges::find_if(m_readQueue, mayGoOn);
+    if (next == m_readQueue.end()) return std::nullopt;
+    const vantrel::RequestId id = *next;
+    m_readQueue.erase(next);
+    return id;
+}
+
 void Session::ReadNext() {
-    while (!m_reading && !m_readQueue.empty() && m_link.Backlog() < vantrel::kMostBacklog) {
-        const vantrel::RequestId id = m_readQueue.front();
-        m_readQueue.pop_front();
-        const auto found = m_reads.find(id);
-        if (found == m_reads.end()) continue;
-        m_reading = true;
-        m_server.GetStore().Read(found->second.query,
-                                 [&server = m_server, number = m_number, id](StorePiece piece) {
-                                     if (Session* session = server.FindSession(number)) {
-                                         session->OnPiece(id, std::move(piece));
-                                     }
-                                 });
-    }
+    if (m_reading || m_link.Backlog() >= vantrel::kMostBacklog) return;
+    const std::optional<vantrel::RequestId> id = TakeNextRead();
+    if (!id) return;
+    m_reading = true;
+    m_server.GetStore().Read(m_reads.at(*id).query,
+                             [&server = m_server, number = m_number, id = *id](StorePiece piece) {
+                                 if (Session* session = server.FindSession(number)) {
+                                     session->OnPiece(id, std::move(piece));
+                                 }
+                             });
+}
+
+void Session::DropRead(vantrel::RequestId id) {
+    m_reads.erase(id);
+    std::erase(m_readQueue, id);
+    if (m_scanned == id) m_scanned = 0;
 }
 
 void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
@@ -94,20 +118,22 @@ void Session::OnPiece(vantrel::RequestId id, StorePiece piece) {
         }
         answer.last = !piece.more;
         if (piece.more) {
-            found->second.query.from = piece.values.back().GetTime() + 1;
+            if (!piece.values.empty()) {
+                found->second.query.from = piece.values.back().GetTime() + 1;
+            }
             m_readQueue.push_back(id);
         } else {
-            m_reads.erase(found);
+            DropRead(id);
         }
         answer.values = std::move(piece.values);
-        m_link.Send(std::move(answer));
+        if (answer.last || !answer.values.empty()) m_link.Send(std::move(answer));
     }
     ReadNext();
 }
 
 void Session::Receive(vantrel::CancelRequests& message) {
     for (const vantrel::RequestId id : message.ids) {
-        if (m_reads.erase(id) != 0) std::erase(m_readQueue, id);
+        DropRead(id);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "platform/SqliteCopy.h"
+#include "server/PointScan.h"
 #include "text/CodePage.h"
 
 namespace kalvex::server {
@@ -84,6 +85,7 @@ bool StoreFile::Open(const std::string& path, platform::Notice& error) {
                                  kSchema,
                                  HistoryTable::Schema(),
                                  LateTable::Schema(),
+                                 RollupTable::Schema(),
                                  ReportChangeTable::Schema(),
                                  AnswerTable::Schema(),
                                  AlarmTable::Schema()};
@@ -115,8 +117,8 @@ bool StoreFile::PrepareAll() {
         if (!row.statement.Prepare(m_database, row.sql)) return false;
     }
     return m_history.Prepare(m_database) && m_late.Prepare(m_database) &&
-           m_reportChanges.Prepare(m_database) && m_answers.Prepare(m_database) &&
-           m_alarms.Prepare(m_database);
+           m_rollups.Prepare(m_database) && m_reportChanges.Prepare(m_database) &&
+           m_answers.Prepare(m_database) && m_alarms.Prepare(m_database);
 }
 
 bool StoreFile::ReadContents(Contents& contents) {
@@ -148,6 +150,7 @@ bool StoreFile::Write(const StoreBatch& batch, std::vector<StoreOutcome>& outcom
     platform::SqliteTransaction transaction(m_database);
     if (transaction.Begun() && Apply(batch, outcomes) && transaction.Commit()) return true;
     error = ErrorText();
+    m_rollups.OnRollback();
     return false;
 }
 
@@ -211,7 +214,9 @@ bool StoreFile::Number(ChangedReports& changed) {
 
 bool StoreFile::Run(const PutValue& operation, StoreOutcome& outcome) {
     const HistoryKey key{operation.variable, operation.kind, operation.time};
-    if (!value::IsReport(key.kind)) return m_history.Put(key, operation.value, operation.origin);
+    if (!value::IsReport(key.kind)) {
+        return PutArchive(key, operation.value, operation.origin, outcome);
+    }
     std::optional<value::CVal> standing;
     return m_history.Get(key, standing) &&
            PutReport(key, standing, operation.value, operation.origin, outcome.changed);
@@ -224,7 +229,13 @@ bool StoreFile::PutReport(const HistoryKey& key, const std::optional<value::CVal
     return m_history.Put(key, value, origin);
 }
 
-bool StoreFile::Run(const MarkGap& operation, StoreOutcome&) {
+bool StoreFile::PutArchive(const HistoryKey& key, const value::CVal& value, const Origin& origin,
+                           StoreOutcome& outcome) {
+    return m_history.Put(key, value, origin) &&
+           m_rollups.Mark(key.variable, key.time, outcome.marked);
+}
+
+bool StoreFile::Run(const MarkGap& operation, StoreOutcome& outcome) {
     std::optional<value::CVal> last;
     if (!m_history.GetBefore(operation.variable, std::max(operation.time, operation.until), last)) {
         return false;
@@ -232,11 +243,17 @@ bool StoreFile::Run(const MarkGap& operation, StoreOutcome&) {
     if (!last || (last->GetStatus() & value::Status::Unknown) != 0) return true;
     const std::int64_t time = std::max(operation.time, last->GetTime() + 1);
     if (operation.until != 0 && time > operation.until) return true;
-    return m_history.Put({operation.variable, value::KindArchive, time}, NoValue(), {});
+    return PutArchive({operation.variable, value::KindArchive, time}, NoValue(), {}, outcome);
 }
 
-bool StoreFile::Run(const RemoveArchive& operation, StoreOutcome&) {
-    return m_history.RemoveArchive(operation.variable, operation.before);
+bool StoreFile::Run(const RemoveArchive& operation, StoreOutcome& outcome) {
+    const VariableId variable = operation.variable;
+    std::optional<std::int64_t> before;
+    std::optional<std::int64_t> after;
+    return m_rollups.ReadOldest(variable, before) &&
+           m_history.RemoveArchive(variable, operation.before) &&
+           m_rollups.ReadOldest(variable, after) &&
+           (!after || after == before || m_rollups.OnRemoved(variable, *after, outcome.marked));
 }
 
 bool StoreFile::Run(const RemoveReports& operation, StoreOutcome&) {
@@ -307,6 +324,16 @@ bool StoreFile::ComputeFromParts(const MakeReport& operation, value::CVal& resul
     }
     result = ComputeFromReports(operation.rule, parts);
     return true;
+}
+
+// ---- rollups
+
+bool StoreFile::Run(const RollUp& operation, StoreOutcome& outcome) {
+    return m_rollups.Run(operation, outcome.hoursLeft);
+}
+
+StorePiece StoreFile::ReadRange(const StoreQuery& query) {
+    return query.scan ? query.scan->Step(m_history, m_rollups) : m_history.ReadRange(query);
 }
 
 // ---- late data

@@ -19,6 +19,7 @@
 #include "server/LateTable.h"
 #include "server/ReportChangeTable.h"
 #include "server/ReportComputing.h"
+#include "server/RollupTable.h"
 #include "server/StoreValues.h"
 #include "value/LocalTime.h"
 #include "value/Status.h"
@@ -99,7 +100,7 @@ struct ComputeLate {
 using StoreOperation =
     std::variant<SaveName, SaveLastValue, PutValue, MakeReport, MarkGap, RemoveArchive,
                  RemoveReports, SaveProgress, SaveAnswer, DropAnswers, MarkLate, ComputeLate,
-                 BeginAlarm, EndAlarm, AcknowledgeAlarms, RemoveAlarms>;
+                 RollUp, BeginAlarm, EndAlarm, AcknowledgeAlarms, RemoveAlarms>;
 
 // Reports that operations have changed, by kind and time, with their sequences. One that comes out
 // as it stood is not among them.
@@ -109,6 +110,9 @@ struct StoreOutcome {
     ChangedReports changed;
     std::vector<HistoryKey> kept;  // late reports that stay as a person has written them
     bool lateLeft = false;         // further reports are marked as late
+    bool hoursLeft = false;        // hours of archives that have ended are left to be rolled up
+    // The oldest one that is to be rolled up from now on; kNoHour: none.
+    std::int64_t marked = kNoHour;
 };
 
 // A number that is given to a variable or a writer.
@@ -149,7 +153,7 @@ class StoreFile {
     // file fails; the reason is an engine text.
     bool Write(const StoreBatch& batch, std::vector<StoreOutcome>& outcomes, std::string& error);
 
-    StorePiece ReadRange(const StoreQuery& query) { return m_history.ReadRange(query); }
+    StorePiece ReadRange(const StoreQuery& query);
 
     std::string ErrorText() const;  // an engine text
 
@@ -174,6 +178,9 @@ class StoreFile {
     bool Run(const EndAlarm& operation, StoreOutcome&) { return m_alarms.Run(operation); }
     bool Run(const AcknowledgeAlarms& operation, StoreOutcome&) { return m_alarms.Run(operation); }
     bool Run(const RemoveAlarms& operation, StoreOutcome&) { return m_alarms.Run(operation); }
+    bool Run(const RollUp& operation, StoreOutcome& outcome);
+    bool PutArchive(const HistoryKey& key, const value::CVal& value, const Origin& origin,
+                    StoreOutcome& outcome);
     bool PutReport(const HistoryKey& key, const std::optional<value::CVal>& standing,
                    const value::CVal& value, const Origin& origin, ChangedReports& changed);
     bool Compute(const MakeReport& operation, value::CVal& result);
@@ -189,6 +196,7 @@ class StoreFile {
     platform::SqliteStatement m_putProgress;
     HistoryTable m_history;
     LateTable m_late;
+    RollupTable m_rollups;
     ReportChangeTable m_reportChanges;
     AnswerTable m_answers;
     AlarmTable m_alarms;

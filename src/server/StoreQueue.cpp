@@ -55,6 +55,8 @@ void Join(StoreOutcome& piece, StoreOutcome& whole) {
     for (const auto& [period, sequence] : piece.changed) whole.changed[period] = sequence;
     std::ranges::move(piece.kept, std::back_inserter(whole.kept));
     whole.lateLeft = piece.lateLeft;
+    whole.marked = std::min(whole.marked, piece.marked);
+    whole.hoursLeft = piece.hoursLeft;
 }
 
 }  // namespace

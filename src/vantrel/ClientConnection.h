@@ -83,9 +83,10 @@ class CClientConnection : private ClientTransportEvents {
     // Reads the value at `from` when there is no list, otherwise the values from `from` to `to`
     // into the list. The answer comes to the window, which, like the list, must last until then or
     // until the request is cancelled. Of very many reads the later ones are held back until the
-    // server has answered the earlier.
+    // server has answered the earlier. `points` as in ReadRequest.
     RequestId AddDataRequest(value::ValueKind kind, std::string_view variable, std::int64_t from,
-                             std::int64_t to, value::CArchiveValueList* list, AnswerWindow& window);
+                             std::int64_t to, value::CArchiveValueList* list, AnswerWindow& window,
+                             std::uint32_t points = 0);
     void MakeDataRequest(value::ValueKind kind);
     // No answer comes any more.
     void CancelDataRequest(value::ValueKind kind, RequestId id);

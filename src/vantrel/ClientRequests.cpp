@@ -46,17 +46,20 @@ void CClientConnection::SendOutbox() {
 
 RequestId CClientConnection::AddDataRequest(value::ValueKind kind, std::string_view variable,
                                             std::int64_t from, std::int64_t to,
-                                            value::CArchiveValueList* list, AnswerWindow& window) {
+                                            value::CArchiveValueList* list, AnswerWindow& window,
+                                            std::uint32_t points) {
     const RequestId id = ++m_lastRequest;
     Record({.operation = OperationName("Add", kind),
             .variable = std::string(variable),
             .from = from,
             .to = to,
             .id = id,
-            .list = list != nullptr});
+            .list = list != nullptr,
+            .points = points == 0 ? std::nullopt : std::optional(points)});
     m_queuedReads[kind].push_back(id);
     m_reads.emplace(
-        id, PendingRead{{id, kind, std::string(variable), from, to}, list, &window, {}, false});
+        id,
+        PendingRead{{id, kind, std::string(variable), from, to, points}, list, &window, {}, false});
     return id;
 }
 

@@ -78,6 +78,9 @@ struct ReadRequest {
     std::string variable;
     std::int64_t from = 0;
     std::int64_t to = 0;
+    // Of a range at most so many values, from 8 on, among them the smallest and the largest ones of
+    // its pieces; 0: all. A server that does not know of it gives all.
+    std::uint32_t points = 0;
 };
 
 struct ReadRequests {

@@ -56,7 +56,8 @@ struct JournalEntry {
     std::optional<RequestId> id = {};
     std::optional<value::CVal> value = {};
     std::optional<std::vector<value::CVal>> values = {};
-    std::optional<bool> list = {};  // the request carried a list for its answer
+    std::optional<bool> list = {};             // the request carried a list for its answer
+    std::optional<std::uint32_t> points = {};  // of a range that is asked for thinned
 };
 
 // Keeps account of the calls, for who wants to see what scripts ask of their servers.

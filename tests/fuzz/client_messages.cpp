@@ -36,6 +36,8 @@ std::vector<vantrel::ClientMessage> SampleClientMessages() {
                                {2, value::KindArchive, name, 0, kNoon * 2}}},
         vantrel::ReadRequests{
             {{3, value::KindDay, name, kNoon, kNoon}, {4, value::KindSpan, "BRAK", 5, 4}}},
+        vantrel::ReadRequests{{{18, value::KindArchive, name, 0, kNoon * 2, 8},
+                               {19, value::KindHour, name, 0, kNoon * 2, 4294967295}}},
         vantrel::CancelRequests{{1, 2, 77}},
         vantrel::ModifyRequests{
             {{5, value::KindCurrent, name, 0, value::CVal(12.5)},

@@ -1,8 +1,11 @@
 // The store of a data server, which somebody else may have written: it can be refused, and
 // whatever it holds can be read, written to and computed with.
 #include <filesystem>
+#include <limits>
+#include <memory>
 
 #include "fuzz/fuzz.h"
+#include "server/PointScan.h"
 #include "server/StoreFile.h"
 #include "support/scratch_folder.h"
 #include "support/zone_scope.h"
@@ -32,6 +35,7 @@ const std::vector<StoreOperation> kOperations = {
     server::MakeReport{vantrel::PeriodAction::Calculate, 1, value::KindHour, kHour},
     server::MakeReport{vantrel::PeriodAction::Calculate, 1, value::KindDay, kHour},
     server::SaveProgress{"x", kHour},
+    server::RollUp{kHour + 7200, 1000},
     server::RemoveArchive{1, kHour},
 };
 
@@ -54,6 +58,19 @@ std::string Written() {
     return folder.Get(kFile);
 }
 
+void ReadPoints(server::StoreFile& file, const server::HistoryKey& from) {
+    server::StoreQuery query{from.variable, from.kind};
+    query.scan = std::make_shared<server::PointScan>(from, std::numeric_limits<std::int64_t>::max(),
+                                                     server::kFewestPoints);
+    server::StorePiece piece;
+    std::size_t values = 0;
+    do {
+        piece = file.ReadRange(query);
+        values += piece.values.size();
+    } while (piece.more);
+    Demand(values <= server::kFewestPoints, "there are no more points than were asked for");
+}
+
 void Read(server::StoreFile& file) {
     server::StoreFile::Contents contents;
     if (!file.ReadContents(contents)) return;
@@ -63,6 +80,7 @@ void Read(server::StoreFile& file) {
                 file.ReadRange({variable, kind, 0, value::kLargestTime, kMostValues});
             Demand(piece.values.size() <= static_cast<std::size_t>(kMostValues),
                    "a piece is bounded");
+            ReadPoints(file, {variable, kind, std::numeric_limits<std::int64_t>::min()});
         }
     }
 }

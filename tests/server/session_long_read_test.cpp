@@ -113,6 +113,72 @@ TEST_F(SessionLongReadTest, CancelledReadIsNotAnswered) {
     EXPECT_EQ(Read(m_client, value::KindArchive, "Z1.T", 0, 10).size(), 1u);
 }
 
+// ---- thinned
+
+TEST_F(SessionLongReadTest, ThinnedRangeHasSoManyValuesAtMost) {
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 2, 6999, 100}}});
+    Settle();
+    const std::vector<vantrel::ReadAnswer> answers = m_client.Take<vantrel::ReadAnswer>();
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_TRUE(answers[0].last);
+    // 48 pieces of 146 s with their first and last values.
+    EXPECT_EQ(answers[0].values.size(), 96u);
+    EXPECT_EQ(DumpRow(answers[0].values[0]), "150 0 2 2");
+    EXPECT_EQ(DumpRow(answers[0].values[1]), "150 0 147 147");
+    EXPECT_EQ(DumpRow(answers[0].values[95]), "150 0 6999 6999");
+}
+
+TEST_F(SessionLongReadTest, ThinnedRangeOfManyPointsComesInPieces) {
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000, UINT32_MAX}}});
+    Settle();
+    const std::vector<vantrel::ReadAnswer> answers = m_client.Take<vantrel::ReadAnswer>();
+    ASSERT_EQ(answers.size(), 4u);
+    int next = 1;
+    for (const vantrel::ReadAnswer& answer : answers) {
+        for (const value::CVal& value : answer.values) ASSERT_EQ(value.GetTime(), next++);
+    }
+    EXPECT_EQ(next, 7001);
+}
+
+TEST_F(SessionLongReadTest, FewerThanEightPointsAreRefused) {
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000, 7},
+                                        {2, value::KindArchive, "Z1.N", 1, 7000, 8},
+                                        {3, value::KindHour, "Z1.N", 3600, 3600, 8}}});
+    Settle();
+    std::vector<std::string> lines;
+    for (const vantrel::ReadAnswer& answer : m_client.Take<vantrel::ReadAnswer>()) {
+        lines.push_back(std::to_string(answer.id) + ": " + std::to_string(answer.result) + " " +
+                        std::to_string(answer.values.size()));
+    }
+    EXPECT_THAT(lines, ElementsAre("1: 4 0", "2: 0 4", "3: 1 0"));
+}
+
+TEST_F(SessionLongReadTest, ThinnedReadsGoOneBehindTheOther) {
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000, 5000},
+                                        {2, value::KindArchive, "Z1.N", 1, 7000, 5000},
+                                        {3, value::KindArchive, "Z1.N", 1, 7000},
+                                        {4, value::KindArchive, "Z1.N", 1, 7000, 5000}}});
+    m_client.Say(vantrel::CancelRequests{{1}});
+    Settle();
+    std::vector<vantrel::RequestId> order;
+    for (const vantrel::ReadAnswer& answer : m_client.Take<vantrel::ReadAnswer>())
+        order.push_back(answer.id);
+    EXPECT_THAT(order, ElementsAre(2, 3, 2, 3, 2, 4, 3, 4, 3, 4));
+}
+
+TEST_F(SessionLongReadTest, CancelledNumberMayBeGivenAgain) {
+    for (int round = 0; round < 3; ++round) {
+        m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000}}});
+        m_client.Say(vantrel::CancelRequests{{1}});
+    }
+    m_client.Say(vantrel::ReadRequests{{{1, value::KindArchive, "Z1.N", 1, 7000, 50}}});
+    Settle();
+    EXPECT_TRUE(m_client.Take<vantrel::ReadAnswer>().back().last);
+    EXPECT_EQ(Read(m_client, value::KindArchive, "Z1.T", 0, 10).size(), 1u);
+}
+
+// ---- bounds
+
 TEST_F(SessionLongReadTest, ReadsUnderWayAreBounded) {
     m_client.backlog = 8;
     vantrel::ReadRequests requests;

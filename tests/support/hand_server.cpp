@@ -63,6 +63,7 @@ struct Describer {
         for (const vantrel::ReadRequest& request : message.requests) {
             text += " " + Text(request.id) + ":" + Text(request.kind) + request.variable + "[" +
                     Text(request.from) + ".." + Text(request.to) + "]";
+            if (request.points != 0) text += "/" + Text(request.points);
         }
         return text;
     }

@@ -18,6 +18,7 @@ std::string Describe(const vantrel::JournalEntry& entry) {
     if (entry.time) text += " " + value::FormatLocalTime(*entry.time);
     if (entry.value) text += " " + support::Describe(*entry.value);
     if (entry.list.value_or(false)) text += " into a list";
+    if (entry.points) text += " in " + std::to_string(*entry.points) + " points";
     for (const value::CVal& value : entry.values.value_or(std::vector<value::CVal>())) {
         text += " " + support::Describe(value);
     }

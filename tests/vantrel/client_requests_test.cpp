@@ -24,6 +24,13 @@ TEST_F(ClientRequestsTest, AddQueuesAndMakeSends) {
     EXPECT_THAT(server.heard, ElementsAre("read 3:3A[400..400]"));
 }
 
+TEST_F(ClientRequestsTest, RangeMayBeAskedForThinned) {
+    connection.AddDataRequest(value::KindArchive, "A", 100, 900, &list, window, 500);
+    connection.MakeDataRequest(value::KindArchive);
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("read 1:6A[100..900]/500"));
+}
+
 TEST_F(ClientRequestsTest, SingleAnswer) {
     const RequestId id = Read(value::KindHour, 100, 100);
     server.Send(ReadAnswer{id, ResultOk, {At(100, 1.5)}, true});

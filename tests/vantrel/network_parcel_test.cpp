@@ -148,8 +148,8 @@ TEST(NetworkParcelClientTest, SubscriptionGoesAcross) {
 }
 
 TEST(NetworkParcelClientTest, RequestsGoAcross) {
-    const ReadRequests reads{
-        {{1, value::KindHour, "A", -5, 1LL << 40}, {2, value::KindArchive, kText, 0, 1}}};
+    const ReadRequests reads{{{1, value::KindHour, "A", -5, 1LL << 40},
+                              {2, value::KindArchive, kText, 0, 1, UINT32_MAX}}};
     EXPECT_EQ(support::Describe(ClientMessage(Carry(reads))),
               support::Describe(ClientMessage(reads)));
     const CancelRequests cancels{{1, 2, 4294967295u}};

@@ -53,7 +53,7 @@ TEST_F(RemoteTrendTest, ArchiveComesWithoutDisturbingTheScript) {
     RemoteTrend trend(document, "p");
     trend.Request(m_from, m_from + 10, m_answers.Take());
     EXPECT_THAT(Calls("Data"), ElementsAre("AddArchiveDataRequest V 2024-03-01 00:00:00 - "
-                                           "2024-03-01 00:00:10 into a list",
+                                           "2024-03-01 00:00:10 into a list in 8000 points",
                                            "MakeArchiveDataRequest"));
     Tick(5);
     const std::string first = std::to_string(m_from);

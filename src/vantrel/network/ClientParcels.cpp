@@ -72,6 +72,7 @@ class Packer {
             entry.set_variable(std::move(name));
             entry.set_from(request.from);
             entry.set_to(request.to);
+            entry.set_points(request.points);
         }
         cutter.Finish();
     }
@@ -216,7 +217,8 @@ ReadRequests Read(const pb::ReadRequests& in, Reader& reader) {
     message.requests.reserve(in.requests_size());
     for (const pb::ReadRequest& request : in.requests()) {
         message.requests.push_back({request.id(), reader.Kind(request.kind()),
-                                    reader.Name(request.variable()), request.from(), request.to()});
+                                    reader.Name(request.variable()), request.from(), request.to(),
+                                    request.points()});
     }
     return message;
 }

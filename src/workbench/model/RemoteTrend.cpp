@@ -64,7 +64,7 @@ void RemoteTrend::Request(std::int64_t from, std::int64_t to, Answer answer) {
     m_answer = std::move(answer);
     m_connection = connection;
     m_request = connection->AddDataRequest(value::KindArchive, link->GetVariable(), from, to,
-                                           &m_values, *this);
+                                           &m_values, *this, kMostTrendPoints);
     // Without a server the answer comes within this call.
     connection->MakeDataRequest(value::KindArchive);
 }

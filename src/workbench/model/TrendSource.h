@@ -17,6 +17,9 @@ struct TrendArchive {
     platform::Notice fault = {};  // why there are none
 };
 
+// Points of an archive that a request brings at most, where the server can thin them.
+inline constexpr std::uint32_t kMostTrendPoints = 8000;
+
 class TrendSource {
   public:
     using Answer = std::function<void(TrendArchive)>;
@@ -30,7 +33,8 @@ class TrendSource {
     virtual bool IsTime() const = 0;
 
     // Has the points of the range, both ends included, come to the answer, once, perhaps before the
-    // call ends. A new request takes the place of one under way, which is not answered then.
+    // call ends; of more than kMostTrendPoints perhaps those that show its course. A new request
+    // takes the place of one under way, which is not answered then.
     virtual void Request(std::int64_t from, std::int64_t to, Answer answer) = 0;
 
     // The value of now; nothing where there is no such thing.

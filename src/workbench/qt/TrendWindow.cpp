@@ -41,7 +41,7 @@ struct RangeRow {
 constexpr RangeRow kRanges[] = {
     {3600, Translatable("Ostatnia godzina")},      {8 * 3600, Translatable("Ostatnie 8 godzin")},
     {86400, Translatable("Ostatnia doba")},        {7 * 86400, Translatable("Ostatni tydzień")},
-    {31 * 86400, Translatable("Ostatni miesiąc")},
+    {31 * 86400, Translatable("Ostatni miesiąc")}, {366 * 86400, Translatable("Ostatni rok")},
 };
 
 constexpr const char* kFilters =
@@ -53,6 +53,8 @@ constexpr const char* kCursorText = Translatable("%s: %s, punkt %s z %s");
 constexpr const char* kNoCursor = Translatable("Kursor: strzałki w lewo i w prawo");
 constexpr const char* kNoPoints = Translatable("Brak punktów");
 
+// What was asked for may be thinned; a view so much narrower is worth asking for its own points.
+constexpr int kCoarse = 8;
 constexpr int kSettled = 300;  // milliseconds
 constexpr int kSecond = 1000;
 constexpr int kImageWidth = 1600;
@@ -176,13 +178,20 @@ void TrendWindow::ShowRange(int seconds) {
     Request(now - seconds, now, false);
 }
 
+bool TrendWindow::IsCoarse() const {
+    const std::int64_t asked = m_to - m_from;
+    return asked >= workbench::kMostTrendPoints &&
+           static_cast<double>(asked) > kCoarse * m_plot->View().Width();
+}
+
 // Half a width more on either side, so that a short way needs no new request.
 void TrendWindow::RequestSeen() {
     const workbench::TrendView& view = m_plot->View();
     const std::int64_t now = m_world.clock.Now();
     const auto from = std::llround(std::floor(view.From()));
     const auto to = std::min<std::int64_t>(std::llround(std::ceil(view.To())), now);
-    if (from > to || (from >= m_from && (to <= m_to || m_toPresent))) return;
+    const bool isThere = from >= m_from && (to <= m_to || m_toPresent);
+    if (from > to || (isThere && !IsCoarse())) return;
     const auto more = std::llround(view.Width() / 2);
     Request(from - more, std::min<std::int64_t>(to + more, now), false);
 }

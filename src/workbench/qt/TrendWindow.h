@@ -45,6 +45,8 @@ class TrendWindow final : public QWidget {
 
     // "2024-03-31 03:00:00 CEST: 12.50 bar, punkt 3 z 10", of the cursor.
     QString CursorText() const;
+    // Whether what was asked for may lack values that a view so narrow could show.
+    bool IsCoarse() const;
 
   private:
     void MakeControls();

@@ -168,6 +168,28 @@ TEST_F(TrendWindowTest, WhatIsNotThereYetIsAskedForWhenTheViewHasSettled) {
     EXPECT_EQ(Plot().GetCursor(), 1u);
 }
 
+TEST_F(TrendWindowTest, NarrowViewOfALongRangeIsAskedForAnew) {
+    emit Child<QComboBox>("trendRange").activated(5);
+    EXPECT_EQ(m_source->requests.back(), std::pair(kNow - 366 * 86400, kNow));
+    ThreePoints();
+    m_window->show();
+    // An eighth is seen in what has come; then it is asked for, and more.
+    for (int i = 0; i < 3; ++i) QTest::keyClick(&Plot(), Qt::Key_Plus);
+    EXPECT_FALSE(m_window->IsCoarse());
+    QTest::keyClick(&Plot(), Qt::Key_Plus);
+    EXPECT_TRUE(m_window->IsCoarse());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return m_source->requests.size() > 2; }));
+    ASSERT_EQ(m_source->requests.size(), 3u);
+    EXPECT_EQ(m_source->requests[2].second - m_source->requests[2].first, 366 * 86400 / 8);
+    EXPECT_FALSE(m_window->IsCoarse());
+}
+
+TEST_F(TrendWindowTest, ShortRangeIsNeverThinned) {
+    emit Child<QComboBox>("trendRange").activated(0);
+    for (int i = 0; i < 9; ++i) QTest::keyClick(&Plot(), Qt::Key_Plus);
+    EXPECT_FALSE(m_window->IsCoarse());
+}
+
 TEST_F(TrendWindowTest, LiveValuesGoOnAndTheViewWithThem) {
     ThreePoints();
     m_source->live = 7;
