@@ -1,7 +1,7 @@
 // The data server's store: archive rows and alarms written and acknowledged, a month of one-second
-// values read in pieces, ranges out of ten million rows, a day of hours computed, a year of hours of
-// a thousand variables, a year of minutes in a thousand points. Each row checks its answers, and the
-// program fails when one is wrong or when the long read takes more memory than it may.
+// values read in pieces, ranges out of ten million rows, a day of hours computed, a year of hours
+// of a thousand variables, a year of minutes in a thousand points. Each row checks its answers, and
+// the program fails when one is wrong or when the long read takes more memory than it may.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "checked_rows.h"
+#include "raw_sqlite.h"
 #include "server/PointScan.h"
 #include "server/Store.h"
 #include "support/scratch_folder.h"
@@ -174,24 +175,11 @@ BENCHMARK(WriteAlarms)->Arg(10000)->UseRealTime();
 // What the library alone takes for the same rows without who wrote them.
 void WriteRawSqlite(benchmark::State& state) {
     static std::int64_t next = 0;
-    platform::SqliteDatabase database;
-    platform::SqliteStatement put;
-    Expect(database.Open(OpenStore::Folder() + "/raw.sqlite") &&
-               database.Execute(
-                   "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA cache_size = "
-                   "-16000; CREATE TABLE IF NOT EXISTS history (variable INTEGER NOT NULL, kind "
-                   "INTEGER NOT NULL, time INTEGER NOT NULL, type INTEGER NOT NULL, status INTEGER "
-                   "NOT NULL, value, PRIMARY KEY (variable, kind, time)) WITHOUT ROWID;") &&
-               put.Prepare(database, "INSERT OR REPLACE INTO history VALUES (1, 6, ?, 171, 0, ?)"),
-           "raw");
+    RawSqlite raw;
+    Expect(raw.Open(OpenStore::Folder()), "raw");
     for (auto _ : state) {
-        platform::SqliteTransaction transaction(database);
-        for (std::int64_t row = 0; row < state.range(0); ++row) {
-            put.BindInteger(1, next++);
-            put.BindReal(2, 0.5);
-            Expect(put.Run(), "raw row");
-        }
-        Expect(transaction.Commit(), "raw commit");
+        Expect(raw.Write(next, state.range(0)), "raw rows");
+        next += state.range(0);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
