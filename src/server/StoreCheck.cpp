@@ -29,6 +29,8 @@ constexpr const char* kOtherType =
     platform::Translatable("%s: wiersze z wartością innego typu niż podany: %d");
 constexpr const char* kOtherKind =
     platform::Translatable("%s: wiersze nieznanego rodzaju danych: %d");
+constexpr const char* kOtherCount =
+    platform::Translatable("%s: wiersze z inną liczbą wartości niż w tabeli history: %d");
 constexpr const char* kOtherTime = platform::Translatable("%s: wiersze z czasem spoza zakresu: %d");
 
 #define KALVEX_NO_VARIABLE "variable NOT IN (SELECT id FROM variables)"
@@ -62,6 +64,13 @@ constexpr RowRule kRules[] = {
     {"alarms", "who <> 0 AND who NOT IN (SELECT id FROM writers)", kNoWriter},
     {"late", KALVEX_NO_VARIABLE, kNoVariable},
     {"late", "kind NOT BETWEEN 2 AND 4", kOtherKind},
+    {"rollups", KALVEX_NO_VARIABLE, kNoVariable},
+    {"rollups",
+     "span = 3600 AND NOT EXISTS (SELECT 1 FROM rollup_marks AS m WHERE m.hour = r.time "
+     "AND m.variable = r.variable) AND count <> (SELECT count(*) FROM history AS h "
+     "WHERE h.variable = r.variable AND h.kind = 6 AND h.time BETWEEN r.time AND r.time + 3599)",
+     kOtherCount},
+    {"rollup_marks", KALVEX_NO_VARIABLE, kNoVariable},
 };
 
 // Of a row, with what the file puts around it.

@@ -84,6 +84,16 @@ class Check(ToolsTest):
                     "alarms: wiersze bez autora w tabeli writers: 1",
                     "late: wiersze bez zmiennej w tabeli variables: 1", "late: wiersze nieznanego rodzaju danych: 1")
 
+    def test_rollups_of_other_values_are_told(self):
+        self.fill()
+        hour = START // 3600 * 3600
+        rows = [(99, 3600, hour, 1), (1, 3600, hour, 3), (1, 3600, hour + 3600, 5), (1, 60, hour, 7)]
+        self.faults("".join(f"INSERT INTO rollups (variable, span, time, count, numbers) VALUES {row + (0,)};"
+                            for row in rows) + f"INSERT INTO rollup_marks VALUES ({hour + 3600}, 1), ({hour}, 98);",
+                    "rollups: wiersze bez zmiennej w tabeli variables: 1",
+                    "rollups: wiersze z inną liczbą wartości niż w tabeli history: 2",
+                    "rollup_marks: wiersze bez zmiennej w tabeli variables: 1")
+
     def test_values_that_cannot_be_are_told(self):
         self.fill()
         self.faults("UPDATE history SET value = 'tekst' WHERE kind = 3; UPDATE history SET type = 33 WHERE kind = 2;"
