@@ -98,8 +98,13 @@ bool AutomaticReports::HandOver(value::ValueKind kind, int dayStart, std::int64_
             const PlantVariable& variable = m_plant.At(index);
             if ((variable.config.reports & vantrel::ReportBit(kind)) == 0) continue;
             if (IsPast(variable.config, kind, place.time, now)) continue;
-            operations.emplace_back(MakeReport{vantrel::PeriodAction::Load, variable.id, kind,
-                                               place.time, variable.config.rule, dayStart, now,
+            operations.emplace_back(MakeReport{vantrel::PeriodAction::Load,
+                                               variable.id,
+                                               kind,
+                                               place.time,
+                                               variable.config.rule,
+                                               dayStart,
+                                               now,
                                                {kServerItself, now}});
         }
         last = index == m_plant.Size();

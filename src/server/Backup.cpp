@@ -1,11 +1,13 @@
 #include "server/Backup.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <map>
 
 #include "platform/Files.h"
 #include "platform/NewFolder.h"
 #include "platform/SqliteCopy.h"
+#include "platform/posix/RegularFile.h"
 
 namespace kalvex::server {
 
@@ -27,8 +29,14 @@ using SavedFiles = std::map<std::string, SavedFile>;  // by the names in the bac
 
 bool CopyText(const std::string& from, const std::string& to, std::string& error) {
     std::string content;
-    return platform::ReadWholeFile(from, content, error) &&
-           platform::WritePrivateFile(to, content, error);
+    std::string written;
+    if (!platform::ReadWholeFile(from, content, error) ||
+        !platform::WritePrivateFile(to, content, error) ||
+        !platform::ReadWholeFile(to, written, error)) {
+        return false;
+    }
+    if (written != content) error = platform::FileFault(EIO);
+    return written == content;
 }
 
 std::string Absolute(const std::string& path) {
@@ -64,7 +72,7 @@ SavedFiles FilesOf(const Definitions& definitions) {
 }  // namespace
 
 bool MakeBackup(const Definitions& definitions, const std::string& folder,
-                platform::Notice& error) {
+                std::vector<BackupFile>& files, platform::Notice& error) {
     std::error_code ignored;
     if (fs::symlink_status(folder, ignored).type() != fs::file_type::not_found) {
         error = {kTaken, {folder}};
@@ -79,10 +87,11 @@ bool MakeBackup(const Definitions& definitions, const std::string& folder,
     if (!made.Begin(reason)) return fail(folder);
     std::string list;
     for (const auto& [name, file] : FilesOf(definitions)) {
-        if (!made.MakeFolderOf(name, reason) ||
-            !file.copy(file.origin, made.Making() + "/" + name, reason)) {
+        const std::string copy = made.Making() + '/' + name;
+        if (!made.MakeFolderOf(name, reason) || !file.copy(file.origin, copy, reason)) {
             return fail(file.origin);
         }
+        files.push_back({name, file.origin, fs::file_size(copy, ignored)});
         list += name + '\t' + file.origin + '\n';
     }
     if (!platform::WritePrivateFile(made.Making() + "/files", list, reason) ||

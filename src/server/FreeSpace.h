@@ -16,9 +16,9 @@ class FreeSpace {
 
     explicit FreeSpace(Look look) : m_look(std::move(look)) {}
 
-    // At least once a second, with the seconds that have elapsed and the bytes that are little, 0 for
-    // none. Looks each half minute. What is to be said, if anything: that there is little, again with
-    // each halving, and that there is enough again, which is a quarter more.
+    // At least once a second, with the seconds that have elapsed and the bytes that are little, 0
+    // for none. Looks each half minute. What is to be said, if anything: that there is little,
+    // again with each halving, and that there is enough again, which is a quarter more.
     platform::Notice Step(std::int64_t elapsed, std::uint64_t little);
 
     // Of the last look.

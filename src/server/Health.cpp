@@ -95,9 +95,7 @@ constexpr FigureRow kFigures[] = {
       "gauge",
       "Free space on the disk of the store.",
       {platform::Translatable("wolne miejsce na dysku danych"), kPerMega, 1, " MB"}},
-     [](const ServerFigures& f) {
-         return f.freeBytes ? Single(*f.freeBytes) : Samples();
-     }},
+     [](const ServerFigures& f) { return f.freeBytes ? Single(*f.freeBytes) : Samples(); }},
     {{"process_resident_memory_bytes",
       "gauge",
       "Physical memory that the process occupies.",

@@ -59,8 +59,7 @@ bool LateTable::NextChained(const MarkLate& hour, std::int64_t end,
                             std::optional<std::int64_t>& next) {
     next.reset();
     if (hour.rule == ReportRule::Sum) return true;
-    platform::SqliteStatement& select =
-        hour.rule == ReportRule::Mean ? m_nextMean : m_nextIncrease;
+    platform::SqliteStatement& select = hour.rule == ReportRule::Mean ? m_nextMean : m_nextIncrease;
     select.BindInteger(1, hour.report.variable);
     select.BindInteger(2, hour.report.time);
     select.BindInteger(3, end);
@@ -75,7 +74,8 @@ bool LateTable::First(std::optional<MarkLate>& mark) {
         mark = MarkLate{{m_first.Integer(2), static_cast<value::ValueKind>(m_first.Integer(0)),
                          m_first.Integer(1)},
                         static_cast<ReportRule>(m_first.Integer(3)),
-                        static_cast<int>(m_first.Integer(4)), m_first.Integer(5) != 0};
+                        static_cast<int>(m_first.Integer(4)),
+                        m_first.Integer(5) != 0};
     }
     m_first.Reset();
     return !m_first.Failed();

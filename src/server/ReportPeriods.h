@@ -40,8 +40,8 @@ struct ReportName {
     std::int64_t time = 0;
 };
 
-// The report that is computed from what has that kind and time: an hour from the archive, a day from
-// hours, a month from days. KindNone where nothing is.
+// The report that is computed from what has that kind and time: an hour from the archive, a day
+// from hours, a month from days. KindNone where nothing is.
 ReportName ReportAbove(value::ValueKind kind, std::int64_t time, int dayStart);
 
 // The reports from which the day or month report of that name is computed: hours or days.

@@ -98,7 +98,7 @@ class Session final : public vantrel::ServerSession {
         std::string variable;
         std::optional<vantrel::PeriodAction> action = {};  // none: a write
         bool answered = true;
-        bool acknowledges = false;  // alarms: neither a write nor for a period
+        bool acknowledges = false;                    // alarms: neither a write nor for a period
         std::optional<std::uint16_t> alarmBits = {};  // of a current value, as they were written
     };
 
@@ -165,7 +165,7 @@ class Session final : public vantrel::ServerSession {
     std::string m_client;
     std::string m_userName;  // as it was given
     platform::UserRecord m_user;
-    WriterId m_writer = kServerItself;  // until the client writes
+    WriterId m_writer = kServerItself;       // until the client writes
     std::vector<Rights::Granted> m_granted;  // by rule
     std::uint32_t m_flags = 0;
     bool m_closing = false;

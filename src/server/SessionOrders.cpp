@@ -283,10 +283,9 @@ Refusal Session::PreparePeriod(const vantrel::PeriodRequest& request,
     if (!m_server.TakesWrites()) return Refusal::StoreBusy;
     const PlantVariable& target = m_server.GetPlant().At(variable);
     const std::int64_t time = ReportTime(request.kind, request.time);
-    operations.emplace_back(MakeReport{request.action, target.id, request.kind, time,
-                                       target.config.rule,
-                                       static_cast<int>(m_server.Settings().dayStart),
-                                       m_server.Confirmed(), OriginNow()});
+    operations.emplace_back(MakeReport{
+        request.action, target.id, request.kind, time, target.config.rule,
+        static_cast<int>(m_server.Settings().dayStart), m_server.Confirmed(), OriginNow()});
     if (request.action != vantrel::PeriodAction::Init) {
         m_server.MarkLate(target, request.kind, time, operations);
     }

@@ -362,9 +362,14 @@ bool StoreFile::ComputeMarked(const MarkLate& mark, const ComputeLate& order,
     if (isKept) outcome.kept.push_back(report);
     StoreOutcome own;
     if (!isKept && (status & value::Status::ReportLoaded) != 0) {
-        const MakeReport make{vantrel::PeriodAction::Load, report.variable, report.kind,
-                              report.time,                 mark.rule,       mark.dayStart,
-                              order.now,                   order.origin};
+        const MakeReport make{vantrel::PeriodAction::Load,
+                              report.variable,
+                              report.kind,
+                              report.time,
+                              mark.rule,
+                              mark.dayStart,
+                              order.now,
+                              order.origin};
         if (!Run(make, own)) return false;
     }
     const bool hasChanged = !own.changed.empty();
@@ -385,10 +390,9 @@ bool StoreFile::MarkNext(const MarkLate& hour) {
     const std::int64_t end = CoveredSpan(value::KindHour, hour.report.time, hour.dayStart).end;
     std::optional<std::int64_t> next;
     if (!m_late.NextChained(hour, end, next)) return false;
-    return !next || m_late.Mark({{hour.report.variable, value::KindHour, *next},
-                                 hour.rule,
-                                 hour.dayStart,
-                                 true});
+    return !next ||
+           m_late.Mark(
+               {{hour.report.variable, value::KindHour, *next}, hour.rule, hour.dayStart, true});
 }
 
 }  // namespace kalvex::server

@@ -78,7 +78,8 @@ struct RemoveArchive {
     std::int64_t before = 0;
 };
 
-// Reports of all kinds before the time with their versions, the oldest thousand of each kind at most.
+// Reports of all kinds before the time with their versions, the oldest thousand of each kind at
+// most.
 struct RemoveReports {
     VariableId variable = 0;
     std::int64_t before = 0;

@@ -52,8 +52,8 @@ class StoreQueue {
     // operations than a batch holds is cut, any other is whole.
     StoreBatch Next();
 
-    // Takes off what the last batch had, with what has come of each of its parts. The answer has the
-    // submissions that are written to their end by it.
+    // Takes off what the last batch had, with what has come of each of its parts. The answer has
+    // the submissions that are written to their end by it.
     std::vector<Finished> Take(const StoreBatch& batch, std::vector<StoreOutcome> outcomes);
 
     void DropBackground();

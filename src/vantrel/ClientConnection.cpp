@@ -356,6 +356,7 @@ void CClientConnection::OnCurrentDataModifyError(const RequestRecord&) {}
 void CClientConnection::OnReportModifyError(value::ValueKind, const RequestRecord&) {}
 void CClientConnection::OnArchiveModifyError(const RequestRecord&) {}
 void CClientConnection::OnPeriodError(PeriodAction, value::ValueKind, const RequestRecord&) {}
+void CClientConnection::OnAcknowledgement(const RequestRecord&) {}
 void CClientConnection::OnOrderLost(const LostOrder&) {}
 void CClientConnection::OnReportChange(value::ValueKind, std::int64_t) {}
 void CClientConnection::OnRemoteLogMessage(int, std::int64_t, std::string_view) {}

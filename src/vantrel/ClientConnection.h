@@ -112,6 +112,10 @@ class CClientConnection : private ClientTransportEvents {
     void AddCurrentDataModifyRequest(std::string_view variable, value::CVal value);
     void MakeCurrentDataModifyRequest();
 
+    // Acknowledges all alarms of the variable that have been so far, in turn with the writes. The
+    // answer comes to OnAcknowledgement.
+    void Acknowledge(std::string_view variable);
+
     // Writes and orders that the server has not answered yet.
     std::size_t WritesWaiting() const { return m_writes.size(); }
 
@@ -147,6 +151,7 @@ class CClientConnection : private ClientTransportEvents {
     virtual void OnArchiveModifyError(const RequestRecord& record);
     virtual void OnPeriodError(PeriodAction action, value::ValueKind kind,
                                const RequestRecord& record);
+    virtual void OnAcknowledgement(const RequestRecord& record);
     virtual void OnOrderLost(const LostOrder& order);
     virtual void OnReportChange(value::ValueKind kind, std::int64_t time);
     virtual void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text);
@@ -169,7 +174,8 @@ class CClientConnection : private ClientTransportEvents {
         bool sent = false;
     };
 
-    using WriteRequest = std::variant<ModifyRequest, ArchiveModifyRequest, PeriodRequest>;
+    using WriteRequest =
+        std::variant<ModifyRequest, ArchiveModifyRequest, PeriodRequest, AcknowledgeRequest>;
 
     struct PendingWrite {
         WriteRequest request;

@@ -36,7 +36,8 @@ std::size_t BytesOf(const ArchiveModifyRequest& request) {
     return bytes;
 }
 
-std::size_t BytesOf(const PeriodRequest& request) {
+template <class Request>
+std::size_t BytesOf(const Request& request) {
     return sizeof request + request.variable.size();
 }
 
@@ -120,6 +121,12 @@ void CClientConnection::MakePeriodRequest(PeriodAction action, value::ValueKind 
     ReleaseWrites();
 }
 
+void CClientConnection::Acknowledge(std::string_view variable) {
+    Record({.operation = "Acknowledge", .variable = std::string(variable)});
+    AddWrite(AcknowledgeRequest{++m_lastRequest, std::string(variable)});
+    ReleaseWrites();
+}
+
 // ---- on their way
 
 void CClientConnection::AddWrite(WriteRequest request) {
@@ -148,9 +155,11 @@ void CClientConnection::Lose(WriteRequest request, LossReason reason) {
                 std::move(archive->variable),
                 archive->from,
                 std::move(archive->values)};
+    } else if (auto* order = std::get_if<PeriodRequest>(&request)) {
+        lost = {reason, order->action, order->kind, std::move(order->variable), order->time, {}};
     } else {
-        auto& order = std::get<PeriodRequest>(request);
-        lost = {reason, order.action, order.kind, std::move(order.variable), order.time, {}};
+        auto& acknowledgement = std::get<AcknowledgeRequest>(request);
+        lost = {reason, {}, value::KindNone, std::move(acknowledgement.variable), 0, {}};
     }
     OnOrderLost(lost);
 }
@@ -169,7 +178,6 @@ void CClientConnection::SendWrites() {
     const auto end = m_writes.upper_bound(m_lastReleased);
     for (auto next = m_writes.upper_bound(m_lastSent); next != end; ++next) {
         const PendingWrite& write = next->second;
-        const auto* order = std::get_if<PeriodRequest>(&write.request);
         const bool isAnswered = IsAnswered(write);
         if (isAnswered && (m_writesUnderWay >= kMostWritesUnderWay ||
                            m_writeBytesUnderWay >= kMostBytesUnderWay)) {
@@ -187,10 +195,12 @@ void CClientConnection::SendWrites() {
             continue;
         }
         sendTogether();
-        if (order != nullptr) {
+        if (const auto* order = std::get_if<PeriodRequest>(&write.request)) {
             m_transport->Send(*order);
+        } else if (const auto* archive = std::get_if<ArchiveModifyRequest>(&write.request)) {
+            m_transport->Send(*archive);
         } else {
-            m_transport->Send(std::get<ArchiveModifyRequest>(write.request));
+            m_transport->Send(AcknowledgeRequests{{std::get<AcknowledgeRequest>(write.request)}});
         }
     }
     sendTogether();
@@ -239,7 +249,9 @@ void CClientConnection::TellWrite(const WriteRequest& request, std::uint16_t res
     const auto* modify = std::get_if<ModifyRequest>(&request);
     if (modify != nullptr) record.value = modify->value;
     const bool isCurrent = modify != nullptr && modify->kind == value::KindCurrent;
-    if (result == ResultOk) {
+    if (std::holds_alternative<AcknowledgeRequest>(request)) {
+        OnAcknowledgement(record);
+    } else if (result == ResultOk) {
         if (isCurrent) OnCurrentDataModifyAck(record);
     } else if (isCurrent) {
         OnCurrentDataModifyError(record);

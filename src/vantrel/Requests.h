@@ -31,7 +31,7 @@ enum class LossReason : std::uint8_t {
 // A write or an order that is not sent, or not again.
 struct LostOrder {
     LossReason reason = LossReason::NotConnected;
-    std::optional<PeriodAction> action;  // none: a write
+    std::optional<PeriodAction> action;  // none: a write, or of no kind, an acknowledgement
     value::ValueKind kind = value::KindNone;
     std::string variable;
     std::int64_t time = 0;            // of the report or of the first archive value

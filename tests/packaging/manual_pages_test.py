@@ -15,7 +15,8 @@ del sys.argv[1:]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 ALL = [page for page in (ROOT / "packaging/man").iterdir() if page.stem != "kalvex" or page.stem in PROGRAMS]
 PAGES = [page for page in ALL if page.suffix != ".5"]
-COMMANDS = {"sorvaned": [["user", "add"], ["history"], ["values"], ["export"], ["import"], ["check"]]}
+COMMANDS = {"sorvaned": [["user", "add"], ["backup"], ["history"], ["alarms"], ["acknowledge"], ["values"], ["export"],
+                         ["import"], ["check"]]}
 
 
 def options_that_are_told(program):

@@ -36,9 +36,10 @@ OPTIONS = {
         "user list": SERVER,
         "user passwd": SERVER,
         "user remove": SERVER,
-        "backup": SERVER,
+        "backup": [*SERVER, "--json"],
         "history": [*SERVER, "--at", "--versions", "--json"],
         "alarms": [*SERVER, "--active", "--from", "--to", "--json"],
+        "acknowledge": [*SERVER, "--user", "--json"],
         "values": [*SERVER, "--watch", "--user", "--json"],
         "export": [*SERVER, "--from", "--to", "--kind", "--csv", "--json"],
         "import": [*SERVER, "--write", "--user", "--json"],
@@ -73,13 +74,14 @@ OPTIONS = {
                         "--log-level", "--json", "--lines", "--profile", "--test", "--junit", "--language", *ENDINGS]},
 }
 COMMANDS = {
-    "sorvaned": {"": ["user", "backup", "history", "alarms", "values", "export", "import", "check"],
+    "sorvaned": {"": ["user", "backup", "history", "alarms", "acknowledge", "values", "export", "import", "check"],
                  "user": ["add", "list", "passwd", "remove"]},
     "kalvexctl": {"": [name for name in OPTIONS["kalvexctl"] if name]},
 }
 
 # Those with options of their own.
-SORVANED_COMMANDS = [["user", "add"], ["history"], ["alarms"], ["values"], ["export"], ["import"], ["check"]]
+SORVANED_COMMANDS = [["user", "add"], ["backup"], ["history"], ["alarms"], ["acknowledge"], ["values"], ["export"],
+                     ["import"], ["check"]]
 
 FILES = ["a.kx", "b.KX", "d.csv", "sub"]
 SCRIPTS = ["a.kx", "b.KX", "sub"]
@@ -102,7 +104,8 @@ VALUES = {
     "sorvaned --config d": ["d.csv"],
     "sorvaned --log-level ": ["0", "1", "2", "3"],
     "sorvaned --metrics ": NOTHING,
-    "sorvaned --config d.csv ": ["alarms", "backup", "check", "export", "history", "import", "user", "values"],
+    "sorvaned --config d.csv ": ["acknowledge", "alarms", "backup", "check", "export", "history", "import", "user",
+                                 "values"],
     "sorvaned user --config d.csv ": ["add", "list", "passwd", "remove"],
     "sorvaned user add --level ": NOTHING,
     "sorvaned user add --group ": NOTHING,
@@ -117,6 +120,8 @@ VALUES = {
     "sorvaned backup sub ": NOTHING,
     "sorvaned history ": NOTHING,
     "sorvaned alarms ": NOTHING,
+    "sorvaned acknowledge ": NOTHING,
+    "sorvaned acknowledge --user ": NOTHING,
     "sorvaned values ": NOTHING,
     "sorvaned values --user ": NOTHING,
     "sorvaned export --kind ": ["archive", "day", "hour", "month", "span"],

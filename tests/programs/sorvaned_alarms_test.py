@@ -8,7 +8,7 @@ import signal
 import subprocess
 import time
 
-from server_and_run import LIMIT_SECONDS, ServerAndRun, main
+from server_and_run import LIMIT_SECONDS, PASSWORD, ServerAndRun, main
 
 PLANT = """[[access]]
 write = "0"
@@ -28,6 +28,9 @@ SUPERVISORY = 32768  # of what scripts write
 SCRIPT = ["REMOTE x srv@Z1.P", "REMOTE l srv@Łąka", "LOCAL u = x", "LOCAL w = l"]
 
 
+ALARMED = ["LOCAL s = 0", "SET x = 12.5", "SET l = -1"]
+
+
 class Alarms(ServerAndRun):
     def setUp(self):
         super().setUp()
@@ -35,20 +38,28 @@ class Alarms(ServerAndRun):
         self.begin = int(time.time())
         self.server = self.start_server()
 
-    def alarms(self, *arguments):
-        done = subprocess.run([self.SERVER, "--config", self.configuration, "alarms", *arguments],
+    def call(self, *arguments, stdin=""):
+        done = subprocess.run([self.SERVER, "--config", self.configuration, *arguments], input=stdin,
                               capture_output=True, encoding="utf-8", timeout=LIMIT_SECONDS, cwd=self.folder,
                               env=self.environment)
         return done.returncode, done.stdout, done.stderr
 
+    def alarms(self, *arguments):
+        return self.call("alarms", *arguments)
+
     def rows(self, *arguments):
         code, out, err = self.alarms(*arguments, "--json")
         self.assertEqual((code, err), (0, ""))
-        return json.loads(out)
+        return [json.loads(line) for line in out.splitlines()]
 
     def run_lines(self, *lines):
         run = self.run_script("\n".join([*SCRIPT, *lines, ""]))
         self.assertEqual(run.code, 0, run.log)
+
+    def await_rows(self, count, acknowledged=False):
+        """The store has them within a second or so."""
+        while [row["acknowledged"] is not None for row in self.rows()] != [acknowledged] * count:
+            pass
 
     def await_status(self, bits):
         """Lines that wait for what only the server gives x."""
@@ -87,6 +98,47 @@ class Alarms(ServerAndRun):
                          ["Z1.P", "H", "12.50", "-", "NOBODY", "Kalvex", "-"])
         for moment in (fields[2], fields[5]):
             self.assertLessEqual(self.begin, time.mktime(time.strptime(moment, "%Y-%m-%d %H:%M:%S")))
+
+    def test_command_acknowledges_by_name(self):
+        self.run_lines(*ALARMED, *self.await_status(16388))
+        self.assertEqual(self.call("acknowledge", "Łąka"), (0, "Łąka\n", ""))
+        self.assertEqual(self.call("values", "Łąka")[1].split("\t")[2], "ALARM CONFIRMED_ALARM SUPERVISORY")
+        # What is acknowledged already may be so again.
+        self.assertEqual(self.call("acknowledge", "Łąka", "--json"), (0, '{"variable":"Łąka"}\n', ""))
+        self.end_server()
+        self.assertEqual([(row["variable"], row["who"]) for row in self.rows()],
+                         [("Z1.P", None), ("Łąka", {"user": "NOBODY", "client": "sorvaned acknowledge",
+                                                    "address": ""})])
+
+    def test_command_acknowledges_by_pattern_what_is_not_acknowledged(self):
+        self.run_lines(*ALARMED, *self.await_status(16388))
+        self.await_rows(2)
+        self.assertEqual(self.call("acknowledge", "BRAK*"), (0, "", ""))
+        self.assertEqual(self.call("acknowledge", "*", "?1.P"), (0, "Z1.P\nŁąka\n", ""))
+        self.await_rows(2, acknowledged=True)
+        self.assertEqual(self.call("acknowledge", "*"), (0, "", ""))
+
+    def test_acknowledgement_that_is_refused_is_told(self):
+        self.run_lines(*ALARMED)
+        missing = "alarmy niepotwierdzone (brak zmiennej albo danych)\n"
+        self.assertEqual(self.call("acknowledge", "BRAK", "Z1.P"), (1, "Z1.P\n", f"BRAK: {missing}"))
+        self.assertEqual(self.call("acknowledge", "Z1.P", "--user", "adam", stdin="x\n"),
+                         (1, "", "Serwer srv odmawia zalogowania (brak uprawnień)\n"))
+        self.end_server()
+        fault = f"Serwer srv jest nieosiągalny: nie ma gniazda {self.folder}/run/srv (czy serwer jest uruchomiony?)\n"
+        self.assertEqual(self.call("acknowledge", "Z1.P"), (1, "", fault))
+        (self.folder / "data/store.sqlite").unlink()
+        self.assertEqual(self.call("acknowledge", "Z*"),
+                         (1, "", f"{self.folder}/data/store.sqlite: unable to open database file\n"))
+
+    def test_right_to_acknowledge_is_a_users(self):
+        self.end_server()
+        self.configure(PLANT.replace('acknowledge = "0"', 'acknowledge = "50"'))
+        self.add_user("adam", 50)
+        self.server = self.start_server()
+        self.run_lines(*ALARMED)
+        self.assertEqual(self.call("acknowledge", "Z1.P"), (1, "", "Z1.P: alarmy niepotwierdzone (brak dostępu)\n"))
+        self.assertEqual(self.call("acknowledge", "Z1.P", "--user", "adam", stdin=PASSWORD + "\n"), (0, "Z1.P\n", ""))
 
     def test_what_cannot_be_told(self):
         self.assertEqual(self.alarms("--from", "wczoraj"),

@@ -3,6 +3,7 @@
 
     sorvaned_backup_test.py PATH_OF_KALVEX_RUN PATH_OF_SORVANED [unittest arguments]
 """
+import json
 import pathlib
 import shutil
 import signal
@@ -114,7 +115,11 @@ class Backup(ServerAndRun):
                 self.assertEqual((self.kept / name).read_bytes(), pathlib.Path(origin).read_bytes(), name)
         server.send(signal.SIGTERM)
         self.assertEqual(server.process.wait(), 0)
-        self.assertEqual(self.sorvaned("backup", self.folder / "druga"), (0, "", ""))
+        code, out, err = self.sorvaned("backup", self.folder / "druga", "--json")
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual([json.loads(line) for line in out.splitlines()],
+                         [{"file": name, "origin": origins[name],
+                           "bytes": (self.folder / "druga" / name).stat().st_size} for name in sorted(origins)])
 
     def test_copies_are_single_files_that_need_no_others(self):
         self.start_server()

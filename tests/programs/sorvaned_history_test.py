@@ -59,7 +59,7 @@ class History(ServerAndRun):
         self.assertEqual(self.lines("X", "--at", "2024-03-10 06:30:00", "--versions"), [standing, before])
         self.assertEqual(self.lines("X", "--at", "2024-03-10 07:00:00"), [])
         code, out, _ = self.history("X", "--at", "2024-03-10 06:00:00", "--versions", "--json")
-        rows = json.loads(out)
+        rows = [json.loads(line) for line in out.splitlines()]
         self.assertEqual([(row["kind"], row["time"], row["value"], row["status"]) for row in rows],
                          [("HREP", SIX, 42.25, 32800), ("HREP", SIX, 41.5, 32800)])
         self.assertEqual(rows[0]["writer"], {"user": "NOBODY", "client": "Kalvex", "address": ""})

@@ -97,7 +97,7 @@ TEST(SorvanedOptionsTest, ExportHasNamesAndARange) {
         value::KindArchive);
 }
 
-TEST(SorvanedOptionsTest, ValuesImportAndCheckHaveTheirOptions) {
+TEST(SorvanedOptionsTest, CommandsHaveTheirOptions) {
     EXPECT_EQ(Parsed({"values"}).task, sorvaned::SorvanedTask::ShowValues);
     EXPECT_EQ(Parsed({"values"}).pattern, "*");
     const sorvaned::SorvanedOptions values =
@@ -105,6 +105,13 @@ TEST(SorvanedOptionsTest, ValuesImportAndCheckHaveTheirOptions) {
     EXPECT_EQ(values.pattern, "A?");
     EXPECT_EQ(values.asUser, "adam");
     EXPECT_TRUE(values.watch && values.json);
+    const sorvaned::SorvanedOptions acknowledge =
+        Parsed({"acknowledge", "A", "B*", "--user", "adam", "--json"});
+    EXPECT_EQ(acknowledge.task, sorvaned::SorvanedTask::Acknowledge);
+    EXPECT_THAT(acknowledge.names, ElementsAre("A", "B*"));
+    EXPECT_EQ(acknowledge.asUser, "adam");
+    EXPECT_TRUE(acknowledge.json);
+    EXPECT_TRUE(Parsed({"backup", "kopia", "--json"}).json);
     const sorvaned::SorvanedOptions import = Parsed({"import", "a.csv", "--write"});
     EXPECT_EQ(import.task, sorvaned::SorvanedTask::Import);
     EXPECT_EQ(import.file, "a.csv");
@@ -155,6 +162,7 @@ TEST(SorvanedOptionsTest, WrongUsageIsTold) {
         {{"export", "A", "--from", time, "--to", time, "--kind", "week"},
          "sorvaned: --kind: week not in {archive,hour,day,month,span}\n"},
         {{"import"}, "sorvaned: FILE is required\n"},
+        {{"acknowledge"}, "sorvaned: NAME is required\n"},
         {{"values", "A", "B"}, "sorvaned: unknown word B (sorvaned --help lists all)\n"},
         {{"--config"}, "sorvaned: --config: 1 required FILE missing\n"},
         {{"--log-level", "x"}, "sorvaned: --log-level: Value x not in range 0 to 3\n"},
@@ -207,7 +215,8 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "  --config FILE               The configuration (/etc/sorvane/sorvaned.toml)\n"
              "  --log-level N:INT in [0 - 3]\n"
              "                              Log: 0 always, 1 errors, 2 events, 3 transmission (2)\n"
-             "  --metrics ADDRESS           Figures for Prometheus: 127.0.0.1:9464, [::1]:9464, or the "
+             "  --metrics ADDRESS           Figures for Prometheus: 127.0.0.1:9464, [::1]:9464, or "
+             "the "
              "path of a socket (none)\n"
              "  --check                     Tell what is wrong with the configuration and exit\n"
              "\nSubcommands:\n"
@@ -220,6 +229,8 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "  alarms                      Tell the journal of alarms: variable, stage, began, "
              "value, ended, acknowledged, user, client,\n"
              "                              address, separated by tabs\n"
+             "  acknowledge                 Acknowledge the alarms of variables of a server that "
+             "runs, and tell whose they were\n"
              "  values                      Tell the current values of a server that runs: name, "
              "value, status, time, separated by tabs\n"
              "  export                      Tell archive values or reports: name, kind, time, "
@@ -273,7 +284,7 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
          "Save store, users and configuration, also of a server that runs\n"
          "Usage: sorvaned backup [OPTIONS] FOLDER\n"
          "\nPositionals:\n  FOLDER TEXT REQUIRED        A folder that is not there yet\n" +
-             options},
+             options + "  --json                      As JSON\n"},
         {{"history"},
          "Tell who wrote a value and when: kind, time, when written, user, client, address, "
          "value,\n"
@@ -295,6 +306,14 @@ TEST(SorvanedOptionsTest, HelpOfACommandIsItsOwn) {
              "  --active                    Those alone that stand or are not acknowledged\n"
              "  --from TIME                 Those that began at YYYY-MM-DD HH:MM:SS or later\n"
              "  --to TIME                   Those that began at that time or before\n"
+             "  --json                      As JSON\n"},
+        {{"acknowledge"},
+         "Acknowledge the alarms of variables of a server that runs, and tell whose they were\n"
+         "Usage: sorvaned acknowledge [OPTIONS] NAME...\n"
+         "\nPositionals:\n  NAME TEXT ... REQUIRED      Their names, with * and ?\n" +
+             options +
+             "  --user NAME                 Log in, the password is asked for; NOBODY unless "
+             "given\n"
              "  --json                      As JSON\n"},
     };
     for (Row row : rows) {

@@ -13,8 +13,8 @@ class FaultyDisk {
     FaultyDisk(const FaultyDisk&) = delete;
     FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-    // Of all that changes the disk (a file is made or removed, written, cut, brought to the disk, room
-    // of the shared memory is made) so many succeed, then so many fail. Any thread, as below.
+    // Of all that changes the disk (a file is made or removed, written, cut, brought to the disk,
+    // room of the shared memory is made) so many succeed, then so many fail. Any thread, as below.
     void Fail(std::int64_t after, std::int64_t count);
     // Whatever is left to fail succeeds.
     void Mend();

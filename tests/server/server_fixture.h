@@ -82,8 +82,7 @@ class ServerTest : public testing::Test {
     support::WaitingLoop m_loop;
     std::string m_toml;
     std::optional<std::uint64_t> m_freeBytes = std::uint64_t{1} << 40;
-    StoreSettings m_storeSettings{
-        .freeBytes = [this](const std::string&) { return m_freeBytes; }};
+    StoreSettings m_storeSettings{.freeBytes = [this](const std::string&) { return m_freeBytes; }};
     std::unique_ptr<Server> m_server;
     std::vector<std::unique_ptr<TestClient>> m_clients;
     vantrel::RequestId m_lastRequest = 0;

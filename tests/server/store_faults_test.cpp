@@ -71,8 +71,9 @@ class StoreFaultsTest : public testing::Test {
         int submitted = 0;
         const auto submit = [&](std::vector<StoreOperation> operations, Store::Urgency urgency) {
             const int number = submitted++;
-            EXPECT_TRUE(store.Submit(std::move(operations), urgency,
-                                     [&, number](const StoreOutcome&) { written.push_back(number); }));
+            EXPECT_TRUE(
+                store.Submit(std::move(operations), urgency,
+                             [&, number](const StoreOutcome&) { written.push_back(number); }));
             while (written.size() < static_cast<std::size_t>(submitted)) m_loop.WaitAndRun();
         };
         for (int round = 0; round < 3; ++round) {

@@ -104,8 +104,7 @@ TEST_F(StoreHistoryTest, WritersHaveNumbersForTheLifeOfTheFile) {
     EXPECT_EQ(m_store->Register(adam), first);
     EXPECT_EQ(m_store->Register(Writer{"adam", "Kalvex_a", ""}), local);
     EXPECT_GT(m_store->Register(Writer{"ewa", "Kalvex_a", ""}), std::max(first, local));
-    EXPECT_THAT(Versions(value::KindArchive, 5),
-                ElementsAre("1 0, 100 by adam/Kalvex_a/10.1.2.3"));
+    EXPECT_THAT(Versions(value::KindArchive, 5), ElementsAre("1 0, 100 by adam/Kalvex_a/10.1.2.3"));
 }
 
 TEST_F(StoreHistoryTest, ArchiveValueOfAClientLeavesWhatStoodThere) {
@@ -115,9 +114,9 @@ TEST_F(StoreHistoryTest, ArchiveValueOfAClientLeavesWhatStoodThere) {
     Put(value::KindArchive, 5, value::CVal(2.5), {adam, 100});
     Put(value::KindArchive, 5, value::CVal("tekst"), {ewa, 200});
     Put(value::KindArchive, 5, value::CVal(4));
-    EXPECT_THAT(Versions(value::KindArchive, 5),
-                ElementsAre("4 0, -", "tekst 0, 200 by ewa/K/", "2.50 0, 100 by adam/K/",
-                            "1.50 2, -"));
+    EXPECT_THAT(
+        Versions(value::KindArchive, 5),
+        ElementsAre("4 0, -", "tekst 0, 200 by ewa/K/", "2.50 0, 100 by adam/K/", "1.50 2, -"));
     EXPECT_THAT(Versions(value::KindArchive, 6), IsEmpty());
 }
 
@@ -151,8 +150,8 @@ TEST_F(StoreHistoryTest, CorrectedReportLeavesEveryVersion) {
     Put(value::KindHour, 3600, value::CVal(3.5), {adam, 7400}, value::Status::SetByUser);
     Put(value::KindHour, 3600, value::CVal(4.5), {adam, 7500}, value::Status::SetByUser);
     EXPECT_THAT(Versions(value::KindHour, 3600),
-                ElementsAre("4.50 32, 7500 by adam/K/", "3.50 32, 7400 by adam/K/", "2.50 128, 7300",
-                            "1.50 128, 7200"));
+                ElementsAre("4.50 32, 7500 by adam/K/", "3.50 32, 7400 by adam/K/",
+                            "2.50 128, 7300", "1.50 128, 7200"));
 }
 
 TEST_F(StoreHistoryTest, ReportThatWasBegunOrComputedTooEarlyIsNoVersion) {
@@ -183,14 +182,17 @@ TEST_F(StoreHistoryTest, CurrentValueKeepsTheOneBefore) {
     save(2, 101, {});
     EXPECT_THAT(Versions(value::KindCurrent, 0), ElementsAre("2.00 0, -"));
     save(3, 102, {adam, 102});
-    EXPECT_THAT(Versions(value::KindCurrent, 0), ElementsAre("3.00 0, 102 by adam/K/", "2.00 0, -"));
+    EXPECT_THAT(Versions(value::KindCurrent, 0),
+                ElementsAre("3.00 0, 102 by adam/K/", "2.00 0, -"));
     save(3, 102, {adam, 102});  // saved once more, as after a loss
-    EXPECT_THAT(Versions(value::KindCurrent, 0), ElementsAre("3.00 0, 102 by adam/K/", "2.00 0, -"));
+    EXPECT_THAT(Versions(value::KindCurrent, 0),
+                ElementsAre("3.00 0, 102 by adam/K/", "2.00 0, -"));
     save(3.5, 102, {adam, 102});
     EXPECT_THAT(Versions(value::KindCurrent, 0),
                 ElementsAre("3.50 0, 102 by adam/K/", "3.00 0, -"));
     save(4, 103, {adam, 103});
-    EXPECT_THAT(Versions(value::KindCurrent, 0), ElementsAre("4.00 0, 103 by adam/K/", "3.50 0, -"));
+    EXPECT_THAT(Versions(value::KindCurrent, 0),
+                ElementsAre("4.00 0, 103 by adam/K/", "3.50 0, -"));
     save(5, 104, {});
     EXPECT_THAT(Versions(value::KindCurrent, 0), ElementsAre("5.00 0, -"));
 }
@@ -238,7 +240,13 @@ class StoreHistoryLateTest : public StoreHistoryTest {
     std::int64_t m_now = value::MakeLocalTime({2024, 4, 2});
 
     void Load(value::ValueKind kind, std::int64_t time) {
-        Submit({MakeReport{vantrel::PeriodAction::Load, m_x, kind, time, ReportRule::Sum, 0, m_now,
+        Submit({MakeReport{vantrel::PeriodAction::Load,
+                           m_x,
+                           kind,
+                           time,
+                           ReportRule::Sum,
+                           0,
+                           m_now,
                            {kServerItself, m_now}}});
     }
 
@@ -269,10 +277,9 @@ TEST_F(StoreHistoryLateTest, WhatChangesIsComputedUpToTheMonth) {
     Put(value::KindArchive, m_hour + 2, value::CVal(2.0));
     Mark(value::KindHour, m_hour);
     const StoreOutcome outcome = Compute();
-    EXPECT_THAT(outcome.changed,
-                ElementsAre(testing::Key(std::pair(value::KindHour, m_hour)),
-                            testing::Key(std::pair(value::KindDay, m_day)),
-                            testing::Key(std::pair(value::KindMonth, m_month))));
+    EXPECT_THAT(outcome.changed, ElementsAre(testing::Key(std::pair(value::KindHour, m_hour)),
+                                             testing::Key(std::pair(value::KindDay, m_day)),
+                                             testing::Key(std::pair(value::KindMonth, m_month))));
     EXPECT_THAT(outcome.kept, IsEmpty());
     EXPECT_FALSE(outcome.lateLeft);
     EXPECT_EQ(Standing(value::KindHour, m_hour), "3.00");
@@ -328,9 +335,8 @@ TEST_F(StoreHistoryLateTest, MarksOutlastARestartAndAreTakenInPieces) {
     EXPECT_THAT(outcome.changed, ElementsAre(testing::Key(std::pair(value::KindHour, m_hour))));
     EXPECT_TRUE(outcome.lateLeft);
     outcome = Compute(2);
-    EXPECT_THAT(outcome.changed,
-                ElementsAre(testing::Key(std::pair(value::KindDay, m_day)),
-                            testing::Key(std::pair(value::KindMonth, m_month))));
+    EXPECT_THAT(outcome.changed, ElementsAre(testing::Key(std::pair(value::KindDay, m_day)),
+                                             testing::Key(std::pair(value::KindMonth, m_month))));
     EXPECT_FALSE(outcome.lateLeft);
 }
 
@@ -343,8 +349,14 @@ class StoreHistoryChainTest : public StoreHistoryLateTest {
         Put(value::KindArchive, m_hour + 600, value::CVal(2.0));
         Put(value::KindArchive, m_hour + 3 * 3600 + 1800, value::CVal(9.0));
         for (int hour = 0; hour < 5; ++hour) {
-            Submit({MakeReport{vantrel::PeriodAction::Load, m_x, value::KindHour,
-                               m_hour + hour * 3600, rule, 0, m_now, {kServerItself, m_now}}});
+            Submit({MakeReport{vantrel::PeriodAction::Load,
+                               m_x,
+                               value::KindHour,
+                               m_hour + hour * 3600,
+                               rule,
+                               0,
+                               m_now,
+                               {kServerItself, m_now}}});
         }
     }
 

@@ -25,6 +25,10 @@ class HandSession final : public vantrel::ServerSession {
             m_server.serials.push_back(archive->serial);
         if (const auto* order = std::get_if<vantrel::PeriodRequest>(&message))
             m_server.serials.push_back(order->serial);
+        if (const auto* acknowledgements = std::get_if<vantrel::AcknowledgeRequests>(&message)) {
+            for (const vantrel::AcknowledgeRequest& request : acknowledgements->requests)
+                m_server.serials.push_back(request.serial);
+        }
         const auto* login = std::get_if<vantrel::LoginRequest>(&message);
         if (login == nullptr) return;
         m_server.logins.push_back(*login);
@@ -196,6 +200,10 @@ void HeardConnection::OnPeriodError(vantrel::PeriodAction action, value::ValueKi
                                     const vantrel::RequestRecord& record) {
     events.push_back("order not done " + Text(static_cast<int>(action)) + ":" + Text(kind) +
                      record.variable + " " + Text(record.result));
+}
+
+void HeardConnection::OnAcknowledgement(const vantrel::RequestRecord& record) {
+    events.push_back("acknowledged " + record.variable + " " + Text(record.result));
 }
 
 void HeardConnection::OnOrderLost(const vantrel::LostOrder& order) {

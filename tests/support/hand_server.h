@@ -72,6 +72,7 @@ class HeardConnection final : public vantrel::CClientConnection {
     void OnArchiveModifyError(const vantrel::RequestRecord& record) override;
     void OnPeriodError(vantrel::PeriodAction action, value::ValueKind kind,
                        const vantrel::RequestRecord& record) override;
+    void OnAcknowledgement(const vantrel::RequestRecord& record) override;
     void OnOrderLost(const vantrel::LostOrder& order) override;
     void OnReportChange(value::ValueKind kind, std::int64_t time) override;
     void OnRemoteLogMessage(int level, std::int64_t time, std::string_view text) override;

@@ -38,6 +38,18 @@ TEST_F(ClientLossesTest, WritesThatAreNotSentAgainAreToldAsLost) {
     EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "modify 504:1V[0]=7/0"));
 }
 
+TEST_F(ClientLossesTest, AcknowledgementsAreToldAsLost) {
+    connection.sendsWritesAgain = false;
+    connection.Acknowledge("V");
+    network.Deliver();
+    Forget();
+    Break();
+    connection.Acknowledge("W");
+    EXPECT_THAT(connection.events,
+                ElementsAre("lost unanswered 0V[0]", "disconnect 4104", "lost 0W[0]"));
+    EXPECT_EQ(connection.WritesWaiting(), 0u);
+}
+
 TEST_F(ClientLossesTest, WritesThatAreNotSentAgainWaitForTheFirstAnswerToALogin) {
     connection.sendsWritesAgain = false;
     server.answersLogin = false;

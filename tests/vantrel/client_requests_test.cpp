@@ -322,6 +322,35 @@ TEST_F(ClientRequestsTest, OrdersOfAServerThatAnswersThemAreHeldBack) {
     EXPECT_EQ(server.heard.back(), "period 1:2V[501]");
 }
 
+TEST_F(ClientRequestsTest, AcknowledgementsGoInTurnWithTheWritesAndAgainAfterABreak) {
+    connection.Acknowledge("V");
+    connection.AddCurrentDataModifyRequest("V", value::CVal(7));
+    connection.MakeCurrentDataModifyRequest();
+    connection.Acknowledge("W");
+    EXPECT_THAT(journal.entries,
+                ElementsAre("srv Acknowledge variable=V",
+                            "srv AddCurrentDataModifyRequest variable=V value=7/0",
+                            "srv MakeCurrentDataModifyRequest", "srv Acknowledge variable=W"));
+    network.Deliver();
+    EXPECT_THAT(server.heard,
+                ElementsAre("acknowledge 1:V", "modify 2:1V[0]=7/0", "acknowledge 3:W"));
+    EXPECT_THAT(server.serials, ElementsAre(1, 2, 3));
+    server.Send(ModifyResults{{{1, ResultOk}, {2, ResultOk}}});
+    network.Deliver();
+    Break();
+    EXPECT_EQ(connection.WritesWaiting(), 1u);
+    Forget();
+    connection.CheckConnection();
+    network.Deliver();
+    EXPECT_THAT(server.heard, ElementsAre("login / Kalvex 23", "acknowledge 3:W"));
+    EXPECT_THAT(server.serials, ElementsAre(1, 2, 3, 3));
+    connection.events.clear();
+    server.Send(ModifyResults{{{3, ResultNoAccess}}});
+    network.Deliver();
+    EXPECT_THAT(connection.events, ElementsAre("acknowledged W 2"));
+    EXPECT_EQ(connection.WritesWaiting(), 0u);
+}
+
 TEST_F(ClientRequestsTest, OrdersThatAreNeverAnsweredDoNotGather) {
     for (int i = 0; i < 2000; ++i) {
         connection.MakePeriodRequest(PeriodAction::Load, value::KindHour, "V", i);

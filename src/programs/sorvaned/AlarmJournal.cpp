@@ -70,21 +70,15 @@ int ShowAlarms(const server::Definitions& definitions, const SorvanedOptions& op
         std::cerr << platform::InWords(fault, translator) << '\n';
         return programs::ExitFailed;
     }
-    Json list = Json::array();
     const server::AlarmChoice choice{text::FromUtf8(options.pattern), options.active, options.from,
                                      options.to};
     reader.ReadAlarms(choice, [&](const server::JournalAlarm& alarm) {
-        if (options.json) {
-            list.push_back(JsonOf(alarm));
-        } else {
-            std::cout << LineOf(alarm) << '\n';
-        }
+        std::cout << (options.json ? JsonOf(alarm).dump() : LineOf(alarm)) << '\n';
     });
     if (!reader.Fault().empty()) {
         std::cerr << path << ": " << reader.Fault() << '\n';
         return programs::ExitFailed;
     }
-    if (options.json) std::cout << list.dump(2) << '\n';
     return programs::ExitDone;
 }
 

@@ -31,7 +31,8 @@ std::string LineOf(const server::ValueVersion& version) {
     std::string line(value::WordOfKind(version.kind));
     for (const std::string& field :
          {TimeText(version.value.GetTime()), TimeText(version.written), OrNothing(writer.user),
-          OrNothing(writer.client), OrNothing(writer.address), programs::ShownContent(version.value),
+          OrNothing(writer.client), OrNothing(writer.address),
+          programs::ShownContent(version.value),
           OrNothing(programs::ShownStatus(version.value.GetStatus()))}) {
         line += '\t' + field;
     }
@@ -88,20 +89,18 @@ int ShowHistory(const server::Definitions& definitions, const SorvanedOptions& o
     if (!variable && reader.Fault().empty()) {
         return fail(platform::InWords({kNoVariable, {options.variable}}, translator));
     }
-    Json list = Json::array();
     std::string lines;
     if (variable) {
         const int dayStart = static_cast<int>(definitions.dayStart);
         for (auto& versions : Gather(reader, *variable, options.at, dayStart)) {
             if (!options.versions && versions.size() > 1) versions.resize(1);
             for (const server::ValueVersion& version : versions) {
-                list.push_back(JsonOf(version));
-                lines += LineOf(version) + '\n';
+                lines += (options.json ? JsonOf(version).dump() : LineOf(version)) + '\n';
             }
         }
     }
     if (!reader.Fault().empty()) return fail(path + ": " + reader.Fault());
-    std::cout << (options.json ? list.dump(2) + '\n' : lines);
+    std::cout << lines;
     return programs::ExitDone;
 }
 

@@ -54,12 +54,9 @@ bool OpenToClients(server::Server& server, platform::MainLoop& loop, platform::L
     return true;
 }
 
-std::unique_ptr<platform::HttpEndpoint> OfferFigures(server::Server& server,
-                                                     const std::string& address,
-                                                     platform::MainLoop& loop,
-                                                     platform::LogSink& log,
-                                                     const platform::Translator& translator,
-                                                     std::string& error) {
+std::unique_ptr<platform::HttpEndpoint> OfferFigures(
+    server::Server& server, const std::string& address, platform::MainLoop& loop,
+    platform::LogSink& log, const platform::Translator& translator, std::string& error) {
     std::string reason;
     auto endpoint = platform::LoadHttpEndpoint(
         loop,

@@ -19,11 +19,8 @@ bool OpenToClients(server::Server& server, platform::MainLoop& loop, platform::L
 
 // Offers the server's figures at the address, and tells the log where. Null with an engine text in
 // `error` when that cannot be.
-std::unique_ptr<platform::HttpEndpoint> OfferFigures(server::Server& server,
-                                                     const std::string& address,
-                                                     platform::MainLoop& loop,
-                                                     platform::LogSink& log,
-                                                     const platform::Translator& translator,
-                                                     std::string& error);
+std::unique_ptr<platform::HttpEndpoint> OfferFigures(
+    server::Server& server, const std::string& address, platform::MainLoop& loop,
+    platform::LogSink& log, const platform::Translator& translator, std::string& error);
 
 }  // namespace kalvex::sorvaned

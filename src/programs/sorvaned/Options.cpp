@@ -67,6 +67,11 @@ CLI::Option* AddFlag(CLI::App& app, const OptionRow& row, Draft& draft) {
     return app.add_flag(row.name, draft.*Member, row.help);
 }
 
+constexpr OptionRow kLogin = {"--user", "NAME",
+                              "Log in, the password is asked for; NOBODY unless given",
+                              Add<&Draft::asUser>};
+constexpr OptionRow kJson = {"--json", nullptr, "As JSON", AddFlag<&Draft::json>};
+
 constexpr OptionRow kOptions[] = {
     {"--config", "FILE", "The configuration (/etc/sorvane/sorvaned.toml)",
      Add<&Draft::configuration>},
@@ -94,7 +99,7 @@ constexpr OptionRow kHistoryOptions[] = {
      Add<&Draft::time>},
     {"--versions", nullptr, "What stood there before, too, the latest first",
      AddFlag<&Draft::versions>},
-    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+    kJson,
 };
 
 constexpr OptionRow kAlarmOptions[] = {
@@ -102,14 +107,15 @@ constexpr OptionRow kAlarmOptions[] = {
      AddFlag<&Draft::active>},
     {"--from", "TIME", "Those that began at YYYY-MM-DD HH:MM:SS or later", Add<&Draft::fromTime>},
     {"--to", "TIME", "Those that began at that time or before", Add<&Draft::toTime>},
-    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+    kJson,
 };
+
+constexpr OptionRow kAcknowledgeOptions[] = {kLogin, kJson};
 
 constexpr OptionRow kValuesOptions[] = {
     {"--watch", nullptr, "Go on with each change", AddFlag<&Draft::watch>},
-    {"--user", "NAME", "Log in, the password is asked for; NOBODY unless given",
-     Add<&Draft::asUser>},
-    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+    kLogin,
+    kJson,
 };
 
 constexpr OptionRow kExportOptions[] = {
@@ -119,19 +125,17 @@ constexpr OptionRow kExportOptions[] = {
     {"--kind", "KIND", "archive, or reports: hour, day, month, span (archive)",
      Add<&Draft::kindWord>, 0, false, false, false, "archive hour day month span"},
     {"--csv", nullptr, "As CSV with a head, which import reads", AddFlag<&Draft::csv>},
-    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+    kJson,
 };
 
 constexpr OptionRow kImportOptions[] = {
     {"--write", nullptr, "Write what is new or changed, by way of the server that runs",
      AddFlag<&Draft::write>},
     {"--user", "NAME", "Whose rights count; NOBODY unless given", Add<&Draft::asUser>},
-    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
+    kJson,
 };
 
-constexpr OptionRow kCheckOptions[] = {
-    {"--json", nullptr, "As JSON", AddFlag<&Draft::json>},
-};
+constexpr OptionRow kJsonAlone[] = {kJson};
 
 constexpr OptionRow kNames = {"NAME", nullptr, "Their names, with * and ?", Add<&Draft::names>,
                               0,      true};
@@ -180,7 +184,7 @@ constexpr CommandRow kCommands[] = {
     {"user", "passwd", "Give a user another password", SorvanedTask::ChangePassword, &kName},
     {"user", "remove", "Remove a user", SorvanedTask::RemoveUser, &kName},
     {nullptr, "backup", "Save store, users and configuration, also of a server that runs",
-     SorvanedTask::BackUp, &kFolder},
+     SorvanedTask::BackUp, &kFolder, kJsonAlone},
     {nullptr, "history",
      "Tell who wrote a value and when: kind, time, when written, user, client, address, value,\n"
      "status, separated by tabs",
@@ -190,6 +194,9 @@ constexpr CommandRow kCommands[] = {
      "client,\n"
      "address, separated by tabs",
      SorvanedTask::ShowAlarms, &kPattern, kAlarmOptions},
+    {nullptr, "acknowledge",
+     "Acknowledge the alarms of variables of a server that runs, and tell whose they were",
+     SorvanedTask::Acknowledge, &kNames, kAcknowledgeOptions},
     {nullptr, "values",
      "Tell the current values of a server that runs: name, value, status, time, separated by tabs",
      SorvanedTask::ShowValues, &kPattern, kValuesOptions},
@@ -200,7 +207,7 @@ constexpr CommandRow kCommands[] = {
      SorvanedTask::Import, &kFile, kImportOptions},
     {nullptr, "check",
      "Check the store (--check: the configuration), and tell what each variable has in it",
-     SorvanedTask::CheckStore, nullptr, kCheckOptions},
+     SorvanedTask::CheckStore, nullptr, kJsonAlone},
 };
 
 void AddOption(CLI::App& app, const OptionRow& row, Draft& draft) {

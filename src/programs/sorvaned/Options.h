@@ -23,6 +23,7 @@ enum class SorvanedTask {
     BackUp,
     ShowHistory,
     ShowAlarms,
+    Acknowledge,
     ShowValues,
     Export,
     Import,
@@ -41,8 +42,8 @@ struct SorvanedOptions {
     bool versions = false;
     bool active = false;
     bool json = false;
-    std::vector<std::string> names = {};  // of variables, or patterns (UTF-8)
-    std::string pattern = "*";            // the same, one alone
+    std::vector<std::string> names = {};    // of variables, or patterns (UTF-8)
+    std::string pattern = "*";              // the same, one alone
     std::optional<std::int64_t> from = {};  // both are included
     std::optional<std::int64_t> to = {};
     value::ValueKind kind = value::KindArchive;

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "platform/Files.h"
 #include "platform/GettextTranslator.h"
@@ -15,6 +16,7 @@
 #include "platform/posix/PosixMainLoop.h"
 #include "platform/posix/SystemClock.h"
 #include "programs/PasswordPrompt.h"
+#include "programs/sorvaned/Acknowledge.h"
 #include "programs/sorvaned/AlarmJournal.h"
 #include "programs/sorvaned/Check.h"
 #include "programs/sorvaned/Export.h"
@@ -144,8 +146,17 @@ int ListUsers(platform::UserStore& users, const platform::UserRecord&,
 int BackUp(const server::Definitions& definitions, const SorvanedOptions& options,
            const platform::Translator& translator) {
     platform::Notice fault;
-    if (server::MakeBackup(definitions, options.backup, fault)) return programs::ExitDone;
-    return Fail({platform::InWords(fault, translator)});
+    std::vector<server::BackupFile> files;
+    if (!server::MakeBackup(definitions, options.backup, files, fault)) {
+        return Fail({platform::InWords(fault, translator)});
+    }
+    for (const server::BackupFile& file : files) {
+        if (!options.json) break;
+        const nlohmann::ordered_json object = {
+            {"file", file.name}, {"origin", file.origin}, {"bytes", file.bytes}};
+        std::cout << object.dump() << '\n';
+    }
+    return programs::ExitDone;
 }
 
 struct StoreTask {
@@ -158,7 +169,7 @@ constexpr StoreTask kStoreTasks[] = {
     {SorvanedTask::BackUp, BackUp},         {SorvanedTask::ShowHistory, ShowHistory},
     {SorvanedTask::ShowValues, ShowValues}, {SorvanedTask::Export, Export},
     {SorvanedTask::Import, Import},         {SorvanedTask::CheckStore, CheckStore},
-    {SorvanedTask::ShowAlarms, ShowAlarms},
+    {SorvanedTask::ShowAlarms, ShowAlarms}, {SorvanedTask::Acknowledge, Acknowledge},
 };
 
 struct UserTask {
