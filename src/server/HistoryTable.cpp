@@ -39,6 +39,7 @@ bool HistoryTable::Prepare(platform::SqliteDatabase& database) {
     };
     const Row rows[] = {
         {m_putWriter, "INSERT OR IGNORE INTO writers VALUES (?, ?, ?, ?)"},
+        {m_add, "INSERT INTO history VALUES (?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT DO NOTHING"},
         {m_put,
          "INSERT INTO history VALUES (?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT DO UPDATE SET "
          "type = excluded.type, status = excluded.status, value = excluded.value, "
@@ -73,6 +74,7 @@ bool HistoryTable::Prepare(platform::SqliteDatabase& database) {
          "DELETE FROM versions WHERE variable = ?1 AND kind = ?2 AND time < coalesce("
          "(SELECT min(time) FROM history WHERE variable = ?1 AND kind = ?2), ?3) AND time < ?3"},
     };
+    m_database = &database;
     for (const Row& row : rows) {
         if (!row.statement.Prepare(database, row.sql)) return false;
     }
@@ -97,18 +99,25 @@ bool HistoryTable::Run(const SaveWriter& operation) {
     return m_putWriter.Run();
 }
 
+// Most values are new, and what stands there need not be looked at then.
 bool HistoryTable::Put(const HistoryKey& key, const value::CVal& value, const Origin& origin) {
-    m_put.BindInteger(1, key.variable);
-    m_put.BindInteger(2, key.kind);
-    m_put.BindInteger(3, key.time);
-    BindValue(m_put, 4, value);
-    m_put.BindInteger(7, origin.writer);
+    return Put(m_add, key, value, origin) &&
+           (m_database->Changes() > 0 || Put(m_put, key, value, origin));
+}
+
+bool HistoryTable::Put(platform::SqliteStatement& statement, const HistoryKey& key,
+                       const value::CVal& value, const Origin& origin) {
+    statement.BindInteger(1, key.variable);
+    statement.BindInteger(2, key.kind);
+    statement.BindInteger(3, key.time);
+    BindValue(statement, 4, value);
+    statement.BindInteger(7, origin.writer);
     if (origin.provisional) {
-        m_put.BindNull(8);
+        statement.BindNull(8);
     } else {
-        m_put.BindInteger(8, origin.time);
+        statement.BindInteger(8, origin.time);
     }
-    return m_put.Run();
+    return statement.Run();
 }
 
 bool HistoryTable::RemoveArchive(VariableId variable, std::int64_t before) {

@@ -106,11 +106,15 @@ class HistoryTable {
     StorePiece ReadRange(const StoreQuery& query);
 
   private:
+    bool Put(platform::SqliteStatement& statement, const HistoryKey& key, const value::CVal& value,
+             const Origin& origin);
     bool ReadOne(platform::SqliteStatement& statement, std::optional<value::CVal>& value);
     bool ReadArchive(platform::SqliteStatement& statement, VariableId variable, std::int64_t time,
                      std::optional<value::CVal>& value);
 
     platform::SqliteStatement m_putWriter;
+    platform::SqliteDatabase* m_database = nullptr;  // from Prepare on
+    platform::SqliteStatement m_add;                 // where nothing stands
     platform::SqliteStatement m_put;
     platform::SqliteStatement m_get;
     platform::SqliteStatement m_getRange;
