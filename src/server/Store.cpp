@@ -37,7 +37,10 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
     std::string ignored;
     platform::MakePrivateFile(path, ignored);
     m_reserve = path + ".reserve";
-    const auto open = [&] { return m_writeFile.Open(path, error) && m_readFile.Open(path, error); };
+    const auto openOne = [&](StoreFile& file) { return file.Open(path, error); };
+    const auto open = [&] {
+        return openOne(m_writeFile) && std::ranges::all_of(m_readFiles, openOne);
+    };
     if (!open() && (!platform::ReleaseRoom(m_reserve) || !open())) return false;
     platform::KeepRoom(m_reserve, kReserve);
     if (!m_writeFile.ReadContents(m_contents) || !m_writeFile.FailAtLocks()) {
@@ -49,9 +52,13 @@ bool Store::Open(const std::string& path, platform::Notice& error) {
     }
     for (const auto& [writer, id] : m_contents.writers) m_lastWriter = std::max(m_lastWriter, id);
     m_writer = platform::StartThread({"store-writer"}, [this] { Write(); });
-    if (m_writer.joinable())
-        m_reader = platform::StartThread({"store-reader"}, [this] { ReadPieces(); });
-    if (m_reader.joinable()) return true;
+    bool started = m_writer.joinable();
+    for (std::size_t index = 0; started && index < kReaders; ++index) {
+        m_readers[index] = platform::StartThread({"store-reader"},
+                                                 [this, index] { ReadPieces(m_readFiles[index]); });
+        started = m_readers[index].joinable();
+    }
+    if (started) return true;
     Close();
     error = {"%s", {std::strerror(EAGAIN)}};
     return false;
@@ -69,7 +76,9 @@ StoreTrouble Store::Close() {
     m_work.notify_all();
     m_pause->Cut();
     m_writer.join();
-    if (m_reader.joinable()) m_reader.join();
+    for (std::thread& reader : m_readers) {
+        if (reader.joinable()) reader.join();
+    }
     m_queue.DropBackground();
     return {m_queue.Empty(), m_error, m_queue.Operations()};
 }
@@ -152,8 +161,9 @@ void Store::Read(const StoreQuery& query, std::function<void(StorePiece)> done) 
 
 void Store::Flush() {
     std::unique_lock lock(m_mutex);
-    m_done.wait(lock,
-                [this] { return m_queue.Empty() && m_reads.empty() && !m_writing && !m_reading; });
+    m_done.wait(lock, [this] {
+        return m_queue.Empty() && m_reads.empty() && !m_writing && m_reading == 0;
+    });
 }
 
 void Store::Write() {
@@ -240,7 +250,7 @@ void Store::PostDone(std::vector<StoreQueue::Finished> finished) {
     });
 }
 
-void Store::ReadPieces() {
+void Store::ReadPieces(StoreFile& file) {
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_work.wait(lock, [this] {
@@ -250,16 +260,16 @@ void Store::ReadPieces() {
         if (m_stop) return;
         ReadJob job = std::move(m_reads.front());
         m_reads.pop_front();
-        m_reading = true;
+        ++m_reading;
         const bool current = m_queue.Written() >= job.after;
         lock.unlock();
 
         auto piece = std::make_shared<StorePiece>();
-        if (current) *piece = m_readFile.ReadRange(job.query);
+        if (current) *piece = file.ReadRange(job.query);
         Post([piece, done = std::move(job.done)] { done(std::move(*piece)); });
 
         lock.lock();
-        m_reading = false;
+        --m_reading;
         m_done.notify_all();
     }
 }

@@ -8,6 +8,7 @@
 // store.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -100,7 +101,8 @@ class Store {
     bool Submit(std::vector<StoreOperation> operations, Urgency urgency, Done done);
 
     // One piece of a range read. It sees every urgent submission that was made before; it fails
-    // when these cannot be written for some seconds.
+    // when these cannot be written for some seconds. Pieces may come in another order than that in
+    // which they were asked for.
     void Read(const StoreQuery& query, std::function<void(StorePiece)> done);
 
     // Waits until everything that has been asked for is done; the calls of `done` are then with the
@@ -108,6 +110,9 @@ class Store {
     void Flush();
 
   private:
+    // So that a long read holds up no other one.
+    static constexpr std::size_t kReaders = 2;
+
     struct ReadJob {
         StoreQuery query;
         std::function<void(StorePiece)> done;
@@ -121,7 +126,7 @@ class Store {
     bool OnFailure(const std::string& error, std::chrono::milliseconds failedFor,
                    std::chrono::milliseconds& pause);
     void OnRecovered();
-    void ReadPieces();
+    void ReadPieces(StoreFile& file);
 
     void Post(std::function<void()> work);
     void PostTrouble(StoreTrouble trouble);
@@ -134,8 +139,8 @@ class Store {
     TroubleHandler m_onTrouble = [](const StoreTrouble&) {};
     // Outlives the store in what is posted. The main thread's.
     const std::shared_ptr<bool> m_open = std::make_shared<bool>(true);
-    StoreFile m_writeFile;  // the writer's, once it runs
-    StoreFile m_readFile;   // the reader's
+    StoreFile m_writeFile;                        // the writer's, once it runs
+    std::array<StoreFile, kReaders> m_readFiles;  // a reader's each
     StoreFile::Contents m_contents;
     VariableId m_lastVariable = 0;
     WriterId m_lastWriter = kServerItself;
@@ -146,7 +151,7 @@ class Store {
     StoreQueue m_queue;
     std::deque<ReadJob> m_reads;
     bool m_writing = false;
-    bool m_reading = false;
+    int m_reading = 0;  // readers that are at work
     StoreFigures m_figures;
     bool m_stuck = false;  // writing has failed for longer than a read waits
     bool m_stop = false;
@@ -155,7 +160,7 @@ class Store {
     std::string m_error;  // of the last attempt that failed
 
     std::thread m_writer;
-    std::thread m_reader;
+    std::array<std::thread, kReaders> m_readers;
 };
 
 }  // namespace kalvex::server

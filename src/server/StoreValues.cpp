@@ -32,8 +32,9 @@ value::CVal ReadValue(const platform::SqliteStatement& row, int column) {
     if (type == value::ValueType::Text) {
         value = value::CVal(row.Text(column + 3));
     } else if (type == value::ValueType::Double) {
-        value = value::CVal(row.IsNull(column + 3) ? std::numeric_limits<double>::quiet_NaN()
-                                                   : row.Real(column + 3));
+        const double number = row.Real(column + 3);
+        const bool isNone = number == 0 && row.IsNull(column + 3);
+        value = value::CVal(isNone ? std::numeric_limits<double>::quiet_NaN() : number);
     } else if (value::ValueType::IsInteger(type)) {
         value = value::CVal(static_cast<long long>(row.Integer(column + 3)));
         value.SetType(type);
