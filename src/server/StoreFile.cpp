@@ -28,7 +28,7 @@ constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS last_values (variable INTEGER PRIMARY KEY, time INTEGER NOT NULL, "
     "type INTEGER NOT NULL, status INTEGER NOT NULL, value, writer INTEGER NOT NULL DEFAULT 0, "
     "written INTEGER DEFAULT 0, before_time INTEGER, before_type INTEGER, before_status INTEGER, "
-    "before_value);"
+    "before_value, before_writer INTEGER, before_written INTEGER);"
     "CREATE TABLE IF NOT EXISTS progress (what TEXT PRIMARY KEY, time INTEGER NOT NULL) "
     "WITHOUT ROWID;"
     "PRAGMA user_version = 3;";
@@ -40,7 +40,9 @@ constexpr const char* kAdditions =
     "ALTER TABLE last_values ADD COLUMN before_time INTEGER;"
     "ALTER TABLE last_values ADD COLUMN before_type INTEGER;"
     "ALTER TABLE last_values ADD COLUMN before_status INTEGER;"
-    "ALTER TABLE last_values ADD COLUMN before_value;";
+    "ALTER TABLE last_values ADD COLUMN before_value;"
+    "ALTER TABLE last_values ADD COLUMN before_writer INTEGER;"
+    "ALTER TABLE last_values ADD COLUMN before_written INTEGER;";
 
 // For whoever has to go back to the program that wrote it.
 bool KeepOlder(const std::string& path, std::int64_t version, platform::Notice& error) {
@@ -103,9 +105,11 @@ bool StoreFile::PrepareAll() {
         {m_putLastValue,
          "INSERT INTO last_values (variable, time, type, status, value, writer, written) "
          "VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT DO UPDATE SET "
-         "(before_time, before_type, before_status, before_value) = (SELECT "
+         "(before_time, before_type, before_status, before_value, before_writer, "
+         "before_written) = (SELECT "
          "iif(again, before_time, time), iif(again, before_type, type), "
-         "iif(again, before_status, status), iif(again, before_value, value) FROM (SELECT "
+         "iif(again, before_status, status), iif(again, before_value, value), "
+         "iif(again, before_writer, writer), iif(again, before_written, written) FROM (SELECT "
          "writer = excluded.writer AND written = excluded.written AND time = excluded.time AND "
          "type = excluded.type AND status = excluded.status AND value IS excluded.value "
          "AS again) WHERE excluded.writer <> 0), "

@@ -22,9 +22,11 @@ constexpr const char* kVersions =
     "WHERE variable = ?1 AND kind = ?2 AND time = ?3) LEFT JOIN writers ON id = writer "
     "ORDER BY number DESC NULLS FIRST";
 constexpr const char* kCurrent =
-    "SELECT time, type, status, value, written, id, user, client, address, "
-    "before_time, before_type, before_status, before_value "
-    "FROM last_values LEFT JOIN writers ON id = writer WHERE variable = ?";
+    "SELECT time, type, status, value, written, a.id, a.user, a.client, a.address, "
+    "before_time, before_type, before_status, before_value, before_written, b.id, b.user, "
+    "b.client, b.address FROM last_values LEFT JOIN writers AS a ON a.id = writer "
+    "LEFT JOIN writers AS b ON b.id = before_writer WHERE variable = ?";
+constexpr int kBefore = 9;  // the first column of the value before
 // Columns: name, stage, began, value, ended, acknowledged, the number of who, user, client,
 // address.
 constexpr const char* kAlarms =
@@ -35,10 +37,13 @@ constexpr const char* kAlarms =
 constexpr const char* kArchiveTime =
     "SELECT max(time) FROM history WHERE variable = ? AND kind = 6 AND time <= ?";
 
-ValueVersion ReadVersion(const platform::SqliteStatement& row, value::ValueKind kind) {
-    ValueVersion version{kind, ReadValue(row, 0), {}, {}};
-    if (row.Integer(4) != 0) version.written = row.Integer(4);
-    if (!row.IsNull(5)) version.writer = Writer{row.Text(6), row.Text(7), row.Text(8)};
+ValueVersion ReadVersion(const platform::SqliteStatement& row, value::ValueKind kind,
+                         int first = 0) {
+    ValueVersion version{kind, ReadValue(row, first), {}, {}};
+    if (row.Integer(first + 4) != 0) version.written = row.Integer(first + 4);
+    if (!row.IsNull(first + 5)) {
+        version.writer = Writer{row.Text(first + 6), row.Text(first + 7), row.Text(first + 8)};
+    }
     return version;
 }
 
@@ -124,8 +129,8 @@ std::vector<ValueVersion> StoreReader::CurrentVersions(VariableId variable) {
     select.BindInteger(1, variable);
     if (select.Next()) {
         versions.push_back(ReadVersion(select, value::KindCurrent));
-        if (!select.IsNull(9)) {
-            versions.push_back({value::KindCurrent, ReadValue(select, 9), {}, {}});
+        if (!select.IsNull(kBefore)) {
+            versions.push_back(ReadVersion(select, value::KindCurrent, kBefore));
         }
     }
     Note(select);

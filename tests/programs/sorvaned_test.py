@@ -196,7 +196,8 @@ class Sorvaned(unittest.TestCase):
         """Takes from the store what version 1 did not have."""
         columns = [("history", name) for name in ("writer", "written")]
         columns += [("last_values", name) for name in ("writer", "written", "before_time", "before_type",
-                                                       "before_status", "before_value")]
+                                                       "before_status", "before_value", "before_writer",
+                                                       "before_written")]
         database = sqlite3.connect(store)
         database.execute("DROP TRIGGER keep_version")
         for table, column in columns:

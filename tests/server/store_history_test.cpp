@@ -189,10 +189,10 @@ TEST_F(StoreHistoryTest, CurrentValueKeepsTheOneBefore) {
                 ElementsAre("3.00 0, 102 by adam/K/", "2.00 0, -"));
     save(3.5, 102, {adam, 102});
     EXPECT_THAT(Versions(value::KindCurrent, 0),
-                ElementsAre("3.50 0, 102 by adam/K/", "3.00 0, -"));
+                ElementsAre("3.50 0, 102 by adam/K/", "3.00 0, 102 by adam/K/"));
     save(4, 103, {adam, 103});
     EXPECT_THAT(Versions(value::KindCurrent, 0),
-                ElementsAre("4.00 0, 103 by adam/K/", "3.50 0, -"));
+                ElementsAre("4.00 0, 103 by adam/K/", "3.50 0, 102 by adam/K/"));
     save(5, 104, {});
     EXPECT_THAT(Versions(value::KindCurrent, 0), ElementsAre("5.00 0, -"));
 }
