@@ -161,8 +161,9 @@ constexpr FigureRow kFigures[] = {
 
 bool IsInStatus(const FigureRow& row, const HealthFigures& figures) {
     if (row.inStatus != Shown::UnlessZero) return row.inStatus == Shown::Always;
-    return std::ranges::any_of(row.samples(figures),
-                               [](const platform::FigureSample& sample) { return sample.value != 0; });
+    return std::ranges::any_of(row.samples(figures), [](const platform::FigureSample& sample) {
+        return sample.value != 0;
+    });
 }
 
 // What each script has, under its name.
@@ -235,7 +236,8 @@ std::vector<std::string> FormatHealthLines(const HealthFigures& figures,
     const std::string beginning = translator.Translate("Stan modułu, ");
     std::vector<std::string> lines;
     for (const FigureRow& row : kFigures) {
-        lines.push_back(beginning + platform::FigureLine(row.form, row.samples(figures), translator));
+        lines.push_back(beginning +
+                        platform::FigureLine(row.form, row.samples(figures), translator));
     }
     return lines;
 }
@@ -271,7 +273,8 @@ std::string FormatHealthStatus(const HealthFigures& figures,
     std::string status;
     for (const FigureRow& row : kFigures) {
         if (!IsInStatus(row, figures)) continue;
-        status += (status.empty() ? "" : "; ") + platform::FigureLine(row.form, row.samples(figures), translator);
+        status += (status.empty() ? "" : "; ") +
+                  platform::FigureLine(row.form, row.samples(figures), translator);
     }
     return status;
 }

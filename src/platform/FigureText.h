@@ -1,5 +1,5 @@
-// Figures of a process as texts: lines of its log, and the text exposition format 0.0.4 of Prometheus.
-// Any thread.
+// Figures of a process as texts: lines of its log, and the text exposition format 0.0.4 of
+// Prometheus. Any thread.
 #pragma once
 
 #include <string>

@@ -328,8 +328,8 @@ TEST_F(NetworkSecurityTlsTest, RenewedCertificateIsShownToWhoComesNext) {
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
     certificates.Make("server", "other");
     server->Check();
-    EXPECT_THAT(world.log.Take(), ElementsAre("1 Certyfikat odczytany ponownie: " +
-                                              certificates.File("server")));
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Certyfikat odczytany ponownie: " + certificates.File("server")));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "opened");
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "fault 2 4110");
     world.log.Take();
@@ -372,8 +372,9 @@ TEST_F(NetworkSecurityTlsTest, WhatCannotBeShownLeavesTheCertificateAsItWas) {
     certificates.Make("next", "other");
     Listen(certificates.Files("", "server"));
     const std::string unchanged = "1 Certyfikat bez zmian: " + certificates.File("server");
-    const std::string reason = "1 Nie można nasłuchiwać 127.0.0.1:0 (niepoprawny certyfikat albo "
-                               "klucz)";
+    const std::string reason =
+        "1 Nie można nasłuchiwać 127.0.0.1:0 (niepoprawny certyfikat albo "
+        "klucz)";
     std::filesystem::rename(certificates.File("next"), certificates.File("server"));
     server->Check();
     world.now += 9'999;
@@ -387,15 +388,14 @@ TEST_F(NetworkSecurityTlsTest, WhatCannotBeShownLeavesTheCertificateAsItWas) {
     EXPECT_THAT(world.log.Take(), IsEmpty());
     std::filesystem::rename(certificates.Key("next"), certificates.Key("server"));
     server->Check();
-    EXPECT_THAT(world.log.Take(), ElementsAre("1 Certyfikat odczytany ponownie: " +
-                                              certificates.File("server")));
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Certyfikat odczytany ponownie: " + certificates.File("server")));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("other")), "opened");
 }
 
 TEST_F(NetworkSecurityTlsTest, KeyThatOthersCanReadIsNotTaken) {
     Listen(certificates.Files("", "server"));
-    std::filesystem::permissions(certificates.Key("server"),
-                                 std::filesystem::perms::others_read,
+    std::filesystem::permissions(certificates.Key("server"), std::filesystem::perms::others_read,
                                  std::filesystem::perm_options::add);
     server->Check();
     world.now += 10'000;
@@ -406,13 +406,12 @@ TEST_F(NetworkSecurityTlsTest, KeyThatOthersCanReadIsNotTaken) {
                                 ", który ma być tajny, mają dostęp inni (prawa 604, a mają być "
                                 "600)"));
     EXPECT_EQ(FirstEvent("127.0.0.1", certificates.Files("good")), "opened");
-    std::filesystem::permissions(certificates.Key("server"),
-                                 std::filesystem::perms::others_read,
+    std::filesystem::permissions(certificates.Key("server"), std::filesystem::perms::others_read,
                                  std::filesystem::perm_options::remove);
     world.log.Take();
     server->Check();
-    EXPECT_THAT(world.log.Take(), ElementsAre("1 Certyfikat odczytany ponownie: " +
-                                              certificates.File("server")));
+    EXPECT_THAT(world.log.Take(),
+                ElementsAre("1 Certyfikat odczytany ponownie: " + certificates.File("server")));
 }
 
 TEST_F(NetworkSecurityTlsTest, FileThatCannotBeReadIsNamed) {

@@ -26,7 +26,8 @@ std::size_t Width(std::string_view utf8) {
 }
 
 Row ValueRow(std::string name, std::string_view kind, const value::CVal& value) {
-    return {std::move(name), std::string(kind), programs::ShownContent(value), programs::ShownStatus(value.GetStatus()),
+    return {std::move(name), std::string(kind), programs::ShownContent(value),
+            programs::ShownStatus(value.GetStatus()),
             value.GetTime() == 0 ? "" : value::FormatLocalTime(value.GetTime())};
 }
 

@@ -47,9 +47,8 @@ bool ServerCertificate::Open(platform::Notice& error) {
 std::shared_ptr<grpc::ServerCredentials> ServerCertificate::Credentials() {
     grpc_ssl_server_credentials_options* const options =
         ::grpc_ssl_server_credentials_create_options_using_config_fetcher(
-            m_files.authority.empty()
-                ? GRPC_SSL_DONT_REQUEST_CLIENT_CERTIFICATE
-                : GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY,
+            m_files.authority.empty() ? GRPC_SSL_DONT_REQUEST_CLIENT_CERTIFICATE
+                                      : GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY,
             Fetch, this);
     return std::make_shared<FetchedCredentials>(
         ::grpc_ssl_server_credentials_create_with_options(options));

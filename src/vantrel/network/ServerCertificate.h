@@ -1,5 +1,5 @@
-// What a server shows to clients over TLS, and read anew when its files change: whoever is connected
-// stays so, and the next one sees what is new.
+// What a server shows to clients over TLS, and read anew when its files change: whoever is
+// connected stays so, and the next one sees what is new.
 #pragma once
 
 #include <grpc/grpc_security.h>
@@ -19,7 +19,8 @@
 
 namespace kalvex::vantrel {
 
-// Main thread, but for the library's. It outlives the server that has its credentials, which is one.
+// Main thread, but for the library's. It outlives the server that has its credentials, which is
+// one.
 class ServerCertificate {
   public:
     // The address is for people.

@@ -240,7 +240,8 @@ class GrpcPort final : public ServerPort {
 
     std::vector<platform::Notice> Check(std::int64_t now, bool& remade) override {
         std::vector<platform::Notice> notices = m_listener.Check(now, remade);
-        if (m_certificate) std::ranges::move(m_certificate->Check(now), std::back_inserter(notices));
+        if (m_certificate)
+            std::ranges::move(m_certificate->Check(now), std::back_inserter(notices));
         return notices;
     }
     void OnLogin(const std::string& host) override { m_listener.OnLogin(host); }
