@@ -32,7 +32,7 @@ void SqliteDatabase::SetLockWait(int milliseconds) {
 }
 
 void SqliteDatabase::Close() {
-    sqlite3_close(m_database);
+    sqlite3_close_v2(m_database);
     m_database = nullptr;
 }
 

@@ -26,7 +26,7 @@ class SqliteDatabase {
     bool Open(const std::string& path);
     // The same; a file that is not there does not open.
     bool OpenExisting(const std::string& path);
-    void Close();  // all statements are gone before
+    void Close();  // it lets go of the file when the last of its statements has gone, too
 
     // How long a lock that another connection holds is waited for.
     void SetLockWait(int milliseconds);
