@@ -176,8 +176,7 @@ void PointScan::ChooseTimes() {
         }
     }
     std::ranges::sort(m_times);
-    const auto rest = std::ranges::unique(m_times);
-    m_times.erase(rest.begin(), rest.end());
+    m_times.erase(std::unique(m_times.begin(), m_times.end()), m_times.end());
 }
 
 // What has been removed since is left out.
