@@ -53,12 +53,26 @@ std::vector<std::string> Dump(const std::string& path) {
     read("PRAGMA integrity_check", 1);
     read("SELECT * FROM variables", 2);
     read("SELECT * FROM writers", 4);
-    read("SELECT * FROM last_values ORDER BY variable", 11);
+    read("SELECT * FROM last_values ORDER BY variable", 13);
     read("SELECT * FROM history", 8);
     read("SELECT * FROM versions", 9);
     read("SELECT * FROM progress", 2);
-    read("SELECT * FROM report_changes", 3);
+    // A transaction that was taken back has used up its numbers.
+    read("SELECT kind, time FROM report_changes ORDER BY sequence", 2);
+    read("SELECT * FROM alarms", 8);
+    read("SELECT * FROM rollups", 14);
+    read("SELECT * FROM rollup_marks", 2);
     return rows;
+}
+
+// The first row in which two dumps differ, as it is and as it should be; empty when none does.
+std::string Difference(const std::vector<std::string>& found,
+                       const std::vector<std::string>& expected) {
+    const auto [is, should] =
+        std::mismatch(found.begin(), found.end(), expected.begin(), expected.end());
+    if (is == found.end() && should == expected.end()) return {};
+    return (is == found.end() ? "nothing" : *is) + " instead of " +
+           (should == expected.end() ? "nothing" : *should);
 }
 
 class StoreFaultsTest : public testing::Test {
@@ -93,6 +107,11 @@ class StoreFaultsTest : public testing::Test {
                                ReportRule::Mean, 0, hour + 7200, origin},
                     MarkGap{x, hour + 500, hour + 600}, SaveProgress{"p", hour + round}},
                    Store::Urgency::Background);
+            const AlarmId alarm = store.NewAlarm();
+            submit({BeginAlarm{alarm, x, AlarmStage::High, hour, 12.5},
+                    AcknowledgeAlarms{x, origin}, EndAlarm{alarm, hour + 60}},
+                   Store::Urgency::Now);
+            submit({RollUp{hour + 7200, INT64_MAX}}, Store::Urgency::Background);
             submit({RemoveArchive{x, hour + 100}}, Store::Urgency::Background);
         }
     }
@@ -118,9 +137,17 @@ class StoreFaultsTest : public testing::Test {
     support::WaitingLoop m_loop;
 };
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kNear = 3;  // it all takes so much longer
+constexpr int kLeastRuns = 15;
+#else
+constexpr int kNear = 8;
+constexpr int kLeastRuns = 40;
+#endif
+
 // From each place to the next, which are the further apart the more of them there have been.
 std::int64_t Next(std::int64_t place) {
-    return place + 1 + place / 8;
+    return place + 1 + place / kNear;
 }
 
 TEST_F(StoreFaultsTest, EachFaultOnceLosesNothing) {
@@ -130,10 +157,10 @@ TEST_F(StoreFaultsTest, EachFaultOnceLosesNothing) {
     std::int64_t place = 0;
     int runs = 0;
     for (;; place = Next(place), ++runs) {
-        ASSERT_EQ(Rows(disk, place, 1, kTenSeconds), expected) << place;
+        ASSERT_EQ(Difference(Rows(disk, place, 1, kTenSeconds), expected), "") << place;
         if (disk.Failures() == 0) break;
     }
-    EXPECT_GT(runs, 40);
+    EXPECT_GT(runs, kLeastRuns);
 }
 
 TEST_F(StoreFaultsTest, TenSecondsOfFaultsLoseNothing) {
@@ -142,10 +169,10 @@ TEST_F(StoreFaultsTest, TenSecondsOfFaultsLoseNothing) {
     std::int64_t place = 0;
     int runs = 0;
     for (;; place = Next(place), ++runs) {
-        ASSERT_EQ(Rows(disk, place, INT64_MAX, kTenSeconds), expected) << place;
+        ASSERT_EQ(Difference(Rows(disk, place, INT64_MAX, kTenSeconds), expected), "") << place;
         if (disk.Failures() == 0) break;
     }
-    EXPECT_GT(runs, 40);
+    EXPECT_GT(runs, kLeastRuns);
 }
 
 // Either it opens, or it can be opened when the disk is whole again.
@@ -174,7 +201,7 @@ TEST_F(StoreFaultsTest, FaultWhileAFileIsOpenedLeavesItAsItWas) {
         failed = disk.Failures() > 0;
         disk.Mend();
         ASSERT_TRUE(opens()) << place;
-        ASSERT_EQ(Dump(path), expected) << place;
+        ASSERT_EQ(Difference(Dump(path), expected), "") << place;
     }
 }
 
