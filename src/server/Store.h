@@ -1,7 +1,7 @@
 // The data server's store: current values over a restart, archives and reports.
 //
-// Two threads of its own: a writer, which commits what is submitted and then acknowledges it, and a
-// reader, which answers range reads in pieces. A transaction that fails is repeated as it stands,
+// Threads of its own: a writer, which commits what is submitted and then acknowledges it, and
+// readers, which answer range reads in pieces. A transaction that fails is repeated as it stands,
 // after 0.1 s and then with pauses that double up to 2 s, until it succeeds; what came later waits
 // behind it. The public operations belong to the main thread and never wait, but for Open, Flush
 // and Close. What the threads bring about comes back through the main loop, which outlives the
