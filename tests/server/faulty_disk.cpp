@@ -3,7 +3,9 @@
 #include <sqlite3.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 
 namespace kalvex::server {
 
@@ -19,6 +21,26 @@ bool Fails() {
     if (g_left.fetch_sub(1) <= 0) return false;
     ++g_failures;
     return true;
+}
+
+enum class Hold { None, Wanted, Held };
+
+std::mutex g_mutex;
+std::condition_variable g_holdChanged;
+Hold g_hold = Hold::None;
+
+void SetHold(Hold hold) {
+    const std::lock_guard lock(g_mutex);
+    g_hold = hold;
+    g_holdChanged.notify_all();
+}
+
+void StandIfHeld() {
+    std::unique_lock lock(g_mutex);
+    if (g_hold != Hold::Wanted) return;
+    g_hold = Hold::Held;
+    g_holdChanged.notify_all();
+    g_holdChanged.wait(lock, [] { return g_hold != Hold::Held; });
 }
 
 sqlite3_vfs* Below(sqlite3_vfs* vfs) {
@@ -44,6 +66,11 @@ int PassOrFail(sqlite3_file* file, Arguments... arguments) {
 
 using Methods = sqlite3_io_methods;
 
+int Read(sqlite3_file* file, void* content, int size, sqlite3_int64 offset) {
+    StandIfHeld();
+    return Pass<&Methods::xRead>(file, content, size, offset);
+}
+
 int MapShared(sqlite3_file* file, int region, int size, int extend, void volatile** memory) {
     if (extend != 0 && Fails()) return SQLITE_IOERR_SHMSIZE;
     return Pass<&Methods::xShmMap>(file, region, size, extend, memory);
@@ -57,7 +84,7 @@ void Barrier(sqlite3_file* file) {
 const Methods kMethods = {
     3,
     Pass<&Methods::xClose>,
-    Pass<&Methods::xRead, void*, int, sqlite3_int64>,
+    Read,
     PassOrFail<&Methods::xWrite, SQLITE_FULL, const void*, int, sqlite3_int64>,
     PassOrFail<&Methods::xTruncate, SQLITE_IOERR_TRUNCATE, sqlite3_int64>,
     PassOrFail<&Methods::xSync, SQLITE_IOERR_FSYNC, int>,
@@ -123,6 +150,19 @@ void FaultyDisk::Mend() {
 
 std::int64_t FaultyDisk::Failures() const {
     return g_failures;
+}
+
+void FaultyDisk::HoldRead() {
+    SetHold(Hold::Wanted);
+}
+
+void FaultyDisk::AwaitHeld() {
+    std::unique_lock lock(g_mutex);
+    g_holdChanged.wait(lock, [] { return g_hold == Hold::Held; });
+}
+
+void FaultyDisk::Release() {
+    SetHold(Hold::None);
 }
 
 }  // namespace kalvex::server

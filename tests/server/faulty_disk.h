@@ -20,6 +20,11 @@ class FaultyDisk {
     void Mend();
     // That have failed since Fail.
     std::int64_t Failures() const;
+
+    // The next reading stands until Release.
+    void HoldRead();
+    void AwaitHeld();
+    void Release();
 };
 
 }  // namespace kalvex::server

@@ -175,6 +175,32 @@ TEST_F(StoreFaultsTest, TenSecondsOfFaultsLoseNothing) {
     EXPECT_GT(runs, kLeastRuns);
 }
 
+TEST_F(StoreFaultsTest, ReadThatStandsHoldsUpNoOther) {
+    FaultyDisk disk;
+    const support::ScratchFolder folder;
+    Store store(m_loop);
+    platform::Notice error;
+    ASSERT_TRUE(store.Open(folder.Path("store.sqlite"), error));
+    Use(store);
+    std::vector<int> answered;
+    const auto read = [&](int number) {
+        const VariableId x = store.Register("X" + std::to_string(number));
+        store.Read({x, value::KindArchive, 0, INT64_MAX, 10}, [&, number](const StorePiece& piece) {
+            EXPECT_EQ(piece.values.size(), 10u);
+            answered.push_back(number);
+        });
+    };
+    disk.HoldRead();
+    read(1);
+    disk.AwaitHeld();
+    read(2);
+    while (answered.empty()) m_loop.WaitAndRun();
+    EXPECT_EQ(answered, std::vector{2});
+    disk.Release();
+    while (answered.size() < 2) m_loop.WaitAndRun();
+    EXPECT_EQ(answered, (std::vector{2, 1}));
+}
+
 // Either it opens, or it can be opened when the disk is whole again.
 TEST_F(StoreFaultsTest, FaultWhileAFileIsOpenedLeavesItAsItWas) {
     FaultyDisk disk;
